@@ -1,0 +1,133 @@
+# Helpers with which every target of the project is declared, so that warnings, sanitizers,
+# visibility and the layout of the build tree are decided in one place.
+
+add_library(obvista_compile_options INTERFACE)
+target_compile_options(obvista_compile_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Wold-style-cast
+    -Woverloaded-virtual -Wcast-qual -Wformat=2 -Werror)
+target_compile_definitions(obvista_compile_options INTERFACE
+    QT_DEPRECATED_WARNINGS QT_NO_KEYWORDS QT_NO_CAST_FROM_BYTEARRAY QT_NO_URL_CAST_FROM_STRING
+    QT_STRICT_ITERATORS)
+
+if(OBVISTA_SANITIZE)
+    add_compile_options(-fsanitize=${OBVISTA_SANITIZE} -fno-sanitize-recover=all
+        -fno-omit-frame-pointer -g1)
+    add_link_options(-fsanitize=${OBVISTA_SANITIZE})
+endif()
+
+# Clang's sanitizer and fuzzing run-times are linked into the executable only, so a shared
+# library built with them has undefined symbols by design.
+if(NOT (OBVISTA_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES "Clang"))
+    add_link_options(-Wl,--no-undefined)
+endif()
+
+# obvista_add_library(NAME [SHARED|STATIC] ALIAS obvista::x [OUTPUT_NAME x] [MOC]
+#     SOURCES ... [PUBLIC_INCLUDE dir] [PUBLIC_LIBRARIES ...] [PRIVATE_LIBRARIES ...])
+#
+# Declares one library of the project. MOC turns Qt's meta-object compiler on.
+function(obvista_add_library name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "SHARED;STATIC;MOC" "ALIAS;OUTPUT_NAME;PUBLIC_INCLUDE"
+        "SOURCES;PUBLIC_LIBRARIES;PRIVATE_LIBRARIES")
+    if(arg_UNPARSED_ARGUMENTS)
+        message(FATAL_ERROR "obvista_add_library(${name}): unknown ${arg_UNPARSED_ARGUMENTS}")
+    endif()
+    set(kind STATIC)
+    if(arg_SHARED)
+        set(kind SHARED)
+    endif()
+    add_library(${name} ${kind} ${arg_SOURCES})
+    add_library(${arg_ALIAS} ALIAS ${name})
+    if(arg_OUTPUT_NAME)
+        set_target_properties(${name} PROPERTIES OUTPUT_NAME ${arg_OUTPUT_NAME})
+    endif()
+    set_target_properties(${name} PROPERTIES AUTOMOC ${arg_MOC})
+    if(arg_PUBLIC_INCLUDE)
+        target_include_directories(${name} PUBLIC
+            $<BUILD_INTERFACE:${arg_PUBLIC_INCLUDE}> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+    endif()
+    target_link_libraries(${name} PUBLIC ${arg_PUBLIC_LIBRARIES}
+        PRIVATE ${arg_PRIVATE_LIBRARIES} $<BUILD_INTERFACE:obvista_compile_options>)
+endfunction()
+
+# obvista_add_executable(NAME [MOC] SOURCES ... [LIBRARIES ...])
+function(obvista_add_executable name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "MOC" "" "SOURCES;LIBRARIES")
+    if(arg_UNPARSED_ARGUMENTS)
+        message(FATAL_ERROR "obvista_add_executable(${name}): unknown ${arg_UNPARSED_ARGUMENTS}")
+    endif()
+    add_executable(${name} ${arg_SOURCES})
+    set_target_properties(${name} PROPERTIES AUTOMOC ${arg_MOC})
+    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} obvista_compile_options)
+endfunction()
+
+# obvista_add_plugin(NAME SOURCES ... [LIBRARIES ...])
+#
+# Declares a viewer plugin: lib<NAME>.so in lib/obvista, linked with the plugin interface.
+function(obvista_add_plugin name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
+    if(arg_UNPARSED_ARGUMENTS)
+        message(FATAL_ERROR "obvista_add_plugin(${name}): unknown ${arg_UNPARSED_ARGUMENTS}")
+    endif()
+    add_library(${name} MODULE ${arg_SOURCES})
+    set_target_properties(${name} PROPERTIES AUTOMOC ON PREFIX "lib"
+        LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib/obvista" INSTALL_RPATH "$ORIGIN/..")
+    target_link_libraries(${name} PRIVATE obvista::plugins ${arg_LIBRARIES} obvista_compile_options)
+    install(TARGETS ${name} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/obvista")
+endfunction()
+
+# obvista_add_test(NAME folder.what [MOC] SOURCES ... [LIBRARIES ...]
+#     FRAMEWORK qtest|gtest LABEL unit|integration|lab [DISPLAY offscreen|xvfb] [TIMEOUT seconds]
+#     [RESOURCE_LOCK name] [ENVIRONMENT K=V ...] [ARGUMENTS ...] [WRAPPER command ...])
+#
+# Declares one test program. It runs with a HOME, XDG_* and TMPDIR of its own that are made
+# before it and removed after it (tests/support/run_isolated). With DISPLAY xvfb it also gets an X
+# server and a window manager of its own. WRAPPER is put between the isolation and the program.
+# Exit status 77 counts as skipped.
+function(obvista_add_test)
+    cmake_parse_arguments(PARSE_ARGV 0 arg "MOC" "NAME;FRAMEWORK;LABEL;DISPLAY;TIMEOUT;RESOURCE_LOCK"
+        "SOURCES;LIBRARIES;ENVIRONMENT;ARGUMENTS;WRAPPER")
+    if(arg_UNPARSED_ARGUMENTS OR NOT arg_NAME OR NOT arg_LABEL MATCHES "^(unit|integration|lab)$"
+            OR NOT arg_FRAMEWORK MATCHES "^(qtest|gtest)$")
+        message(FATAL_ERROR "obvista_add_test(${arg_NAME}): bad arguments ${arg_UNPARSED_ARGUMENTS}")
+    endif()
+    string(REPLACE "." "_" target "test_${arg_NAME}")
+    add_executable(${target} ${arg_SOURCES})
+    set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
+    if(arg_FRAMEWORK STREQUAL "qtest")
+        set_target_properties(${target} PROPERTIES AUTOMOC ON)
+        target_link_libraries(${target} PRIVATE obvista_test_support Qt5::Test)
+    else()
+        set_target_properties(${target} PROPERTIES AUTOMOC ${arg_MOC})
+        target_link_libraries(${target} PRIVATE GTest::gmock_main)
+    endif()
+    target_link_libraries(${target} PRIVATE ${arg_LIBRARIES} obvista_compile_options)
+    obvista_register_test(NAME ${arg_NAME} LABEL ${arg_LABEL} DISPLAY "${arg_DISPLAY}"
+        TIMEOUT "${arg_TIMEOUT}" RESOURCE_LOCK "${arg_RESOURCE_LOCK}" ENVIRONMENT ${arg_ENVIRONMENT}
+        COMMAND ${arg_WRAPPER} $<TARGET_FILE:${target}> ${arg_ARGUMENTS})
+endfunction()
+
+# obvista_register_test(NAME ... LABEL ... COMMAND ... [DISPLAY ...] [TIMEOUT ...] [RESOURCE_LOCK ...]
+#     [ENVIRONMENT ...])
+#
+# Registers any command (a script, say) as a test under the same isolation as obvista_add_test.
+function(obvista_register_test)
+    cmake_parse_arguments(PARSE_ARGV 0 arg "" "NAME;LABEL;DISPLAY;TIMEOUT;RESOURCE_LOCK"
+        "COMMAND;ENVIRONMENT")
+    if(arg_UNPARSED_ARGUMENTS)
+        message(FATAL_ERROR "obvista_register_test(${arg_NAME}): unknown ${arg_UNPARSED_ARGUMENTS}")
+    endif()
+    if(NOT arg_DISPLAY)
+        set(arg_DISPLAY offscreen)
+    endif()
+    if(NOT arg_TIMEOUT)
+        set(arg_TIMEOUT 120)
+    endif()
+    add_test(NAME ${arg_NAME}
+        COMMAND "${PROJECT_SOURCE_DIR}/tests/support/run_isolated" --display ${arg_DISPLAY} -- ${arg_COMMAND})
+    set_tests_properties(${arg_NAME} PROPERTIES LABELS ${arg_LABEL} TIMEOUT ${arg_TIMEOUT}
+        SKIP_RETURN_CODE 77
+        ENVIRONMENT "OBVISTA_BUILD_DIR=${CMAKE_BINARY_DIR};OBVISTA_SOURCE_DIR=${PROJECT_SOURCE_DIR};OBVISTA_SANITIZE=${OBVISTA_SANITIZE};${arg_ENVIRONMENT}")
+    if(arg_RESOURCE_LOCK)
+        set_tests_properties(${arg_NAME} PROPERTIES RESOURCE_LOCK ${arg_RESOURCE_LOCK})
+    endif()
+endfunction()

@@ -1,0 +1,65 @@
+#ifndef BONJOUR_BONJOUR_DISCOVERY_H
+#define BONJOUR_BONJOUR_DISCOVERY_H
+
+#include <bonjour/bonjour_export.h>
+#include <bonjour/bonjour_profile.h>
+#include <robaxi/kv_mutex.h>
+
+#include <boost/shared_ptr.hpp>
+#include <boost/signals2/signal.hpp>
+
+#include <map>
+#include <string>
+
+namespace KV {
+
+/**
+ * The robots and computers that are announced on the local network.
+ *
+ * Sits on Avahi. Connect to the two signals first, then call startListening(), or the first
+ * announcements are missed. The library changes the map and fires both signals while it holds
+ * fRobaxsMapMutex for writing, on a thread of its own: a handler reads a profile without a lock,
+ * and must not take the map lock.
+ */
+class BONJOUR_EXPORT BonjourDiscovery {
+  public:
+    using Map = std::map<std::string, boost::shared_ptr<BonjourProfile>>;
+    using ProfileSignal = boost::signals2::signal<void(boost::shared_ptr<BonjourProfile>)>;
+
+    /** Service type of a robot: "_robax._tcp". */
+    static const std::string fRobaxServiceType;
+    /** Service type of a running middleware: "_robaxi._tcp". */
+    static const std::string fRobaxiServiceType;
+    /** The port on which the middleware usually listens: 9559. */
+    static const int fDefaultRobaxiPort;
+
+    /** Guards the map and the fields of the profiles in it. */
+    static boost::shared_ptr<KVMutexRW> fRobaxsMapMutex;
+
+    /** A host appeared, or gained or lost a service: then for the same object again. */
+    static ProfileSignal fAddProfile;
+    /** The last service of a host is gone; the profile has left the map. */
+    static ProfileSignal fRemoveProfile;
+
+    /**
+     * Starts to listen; does nothing when it already listens. The daemon may restart while it
+     * listens: the map then empties and fills again.
+     *
+     * @throws std::runtime_error when there is no system bus or no Avahi daemon; the text says
+     * which and what to do
+     */
+    static void startListening();
+
+    /**
+     * Stops listening and empties the map without firing signals. Returns when no handler runs any
+     * more; must not be called from a handler. Does nothing when it does not listen.
+     */
+    static void stopListening();
+
+    /** The announced hosts by key. The map lock must be held while the reference is used. */
+    static const Map& getMap();
+};
+
+}  // namespace KV
+
+#endif

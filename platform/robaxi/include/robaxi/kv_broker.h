@@ -1,0 +1,79 @@
+#ifndef ROBAXI_KV_BROKER_H
+#define ROBAXI_KV_BROKER_H
+
+#include <robaxi/robaxi_export.h>
+
+#include <boost/shared_ptr.hpp>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+class KVModule;
+
+/**
+ * A program's end of the middleware: the point through which its proxies and connections reach
+ * robots and, when it listens, the server that hosts its modules.
+ *
+ * Several brokers may live in one process; there is no global state. A broker, its proxies,
+ * connections and subscriptions may be destroyed in any order and from any thread, with calls in
+ * flight: those end with KVError (Cancelled). The destructor returns when no callback of the
+ * broker runs any more. All operations may be called from any thread.
+ */
+class ROBAXI_EXPORT KVBroker {
+  public:
+    /** The port on which a robot listens unless told otherwise. */
+    static constexpr int a_defaultPort = 9559;
+
+    /**
+     * Makes a broker.
+     *
+     * @param name the broker's name, shown to its peers and in error texts
+     * @param ip address to listen on; empty with a port means all addresses of the machine; empty
+     *           with port 0 means that the broker does not listen at all
+     * @param port port to listen on, 1 to 65535; 0 only with an empty `ip`
+     * @param parentIP address of a broker to which this one belongs, or empty. The parent is
+     *                 connected to before this returns.
+     * @param parentPort the parent's port, 1 to 65535; 0 only with an empty `parentIP`
+     * @param flags kept for the callers of earlier clients; has no effect here
+     * @param path kept for the callers of earlier clients; has no effect here
+     * @param keepAlive kept for the callers of earlier clients; has no effect here
+     * @throws KVError InvalidArgument for a port out of range or an empty name; AddressInUse or
+     *         CannotListen when it cannot listen; the causes of a failed connection when the parent
+     *         cannot be reached within two seconds
+     */
+    static boost::shared_ptr<KVBroker> createBroker(const std::string& name, const std::string& ip,
+                                                    int port, const std::string& parentIP,
+                                                    int parentPort, int flags, std::string path,
+                                                    bool keepAlive);
+
+    ~KVBroker();
+    KVBroker(const KVBroker&) = delete;
+    KVBroker& operator=(const KVBroker&) = delete;
+
+    const std::string& getName() const;
+    /** The address given to createBroker(). */
+    const std::string& getIP() const;
+    /** The port it listens on, or 0. */
+    int getPort() const;
+    bool isListening() const;
+
+    /**
+     * Hosts a module under its name. Calls may arrive before this returns.
+     *
+     * @throws KVError InvalidArgument when a module of that name is already hosted
+     */
+    void addModule(boost::shared_ptr<KVModule> module);
+
+    /** Stops hosting a module; returns when none of its methods runs any more. */
+    void removeModule(const std::string& name);
+
+  private:
+    friend class KVConnection;
+    friend class KVProxy;
+    struct Private;
+    explicit KVBroker(std::shared_ptr<Private> implementation);
+    std::shared_ptr<Private> fPrivate;
+};
+
+#endif

@@ -1,0 +1,75 @@
+#ifndef ROBAXI_KV_MODULE_H
+#define ROBAXI_KV_MODULE_H
+
+#include <robaxi/kv_value.h>
+#include <robaxi/robaxi_export.h>
+
+#include <boost/shared_ptr.hpp>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+class KVValueTable;
+
+/** One method as the list of methods shows it. */
+struct KVMethodInfo {
+    std::string fName;
+    std::string fSignature;    ///< for people, for instance "rasta(duration: float)"
+    std::string fDescription;  ///< one sentence
+};
+
+/** One module as the list of modules shows it. */
+struct KVModuleInfo {
+    std::string fName;
+    std::string fDescription;
+    std::vector<KVMethodInfo> fMethods;
+    bool fHasValues = false;  ///< whether its values can be subscribed to
+};
+
+/**
+ * A named set of methods, and at most one table of values, that a broker hosts.
+ *
+ * Methods run on a small pool of threads of the broker, several at once, so they guard what they
+ * share. An exception that leaves a method reaches the caller as KVError: a KVError with its own
+ * cause and text, any other std::exception as RaisedByModule with its what().
+ */
+class ROBAXI_EXPORT KVModule {
+  public:
+    using Method = std::function<KVValue(const KVValue::List& arguments)>;
+
+    KVModule(const std::string& name, const std::string& description);
+    ~KVModule();
+    KVModule(const KVModule&) = delete;
+    KVModule& operator=(const KVModule&) = delete;
+
+    const std::string& getName() const;
+    KVModuleInfo getInfo() const;
+
+    /**
+     * Adds a method. To be called before the module is given to a broker.
+     *
+     * @param argumentTypes the types that the arguments must have; a call with others is refused
+     *        with WrongArguments before the method runs. Int is taken where Float is asked for.
+     */
+    void bindMethod(const KVMethodInfo& info, const std::vector<KVValue::Type>& argumentTypes,
+                    Method method);
+
+    /** Offers a table of values for subscription. To be called before the module is hosted. */
+    void setValues(boost::shared_ptr<KVValueTable> values);
+    boost::shared_ptr<KVValueTable> getValues() const;
+
+    /**
+     * Runs a method as a call from the network would, on the calling thread.
+     *
+     * @throws KVError NoSuchMethod, WrongArguments, or what the method raised
+     */
+    KVValue invoke(const std::string& method, const KVValue::List& arguments) const;
+
+  private:
+    struct Private;
+    std::unique_ptr<Private> fPrivate;
+};
+
+#endif

@@ -1,0 +1,93 @@
+#ifndef ROBAXI_KV_MUTEX_H
+#define ROBAXI_KV_MUTEX_H
+
+#include <robaxi/robaxi_export.h>
+
+#include <boost/shared_ptr.hpp>
+
+#include <mutex>
+#include <shared_mutex>
+
+/** A mutual exclusion lock, not recursive. Taken through KVCriticalSection. */
+class ROBAXI_EXPORT KVMutex {
+  public:
+    static boost::shared_ptr<KVMutex> createKVMutex();
+
+    KVMutex(const KVMutex&) = delete;
+    KVMutex& operator=(const KVMutex&) = delete;
+
+    void lock() { fMutex.lock(); }
+    void unlock() { fMutex.unlock(); }
+
+  private:
+    KVMutex() = default;
+    std::mutex fMutex;
+};
+
+/**
+ * A lock for many readers or one writer. Taken through KVCriticalSectionRead and
+ * KVCriticalSectionWrite.
+ *
+ * A thread that holds it for reading may take it for reading once more; every other second taking
+ * by the same thread is a deadlock.
+ */
+class ROBAXI_EXPORT KVMutexRW {
+  public:
+    static boost::shared_ptr<KVMutexRW> createKVMutexRW();
+
+    KVMutexRW(const KVMutexRW&) = delete;
+    KVMutexRW& operator=(const KVMutexRW&) = delete;
+
+    void lock() { fMutex.lock(); }
+    void unlock() { fMutex.unlock(); }
+    void lockRead() { fMutex.lock_shared(); }
+    void unlockRead() { fMutex.unlock_shared(); }
+
+  private:
+    KVMutexRW() = default;
+    std::shared_mutex fMutex;
+};
+
+/** Holds a KVMutex from construction to destruction, and the mutex itself alive. */
+class KVCriticalSection {
+  public:
+    explicit KVCriticalSection(boost::shared_ptr<KVMutex> mutex) : fMutex(std::move(mutex)) {
+        fMutex->lock();
+    }
+    ~KVCriticalSection() { fMutex->unlock(); }
+    KVCriticalSection(const KVCriticalSection&) = delete;
+    KVCriticalSection& operator=(const KVCriticalSection&) = delete;
+
+  private:
+    boost::shared_ptr<KVMutex> fMutex;
+};
+
+/** Holds a KVMutexRW for reading from construction to destruction, and the lock itself alive. */
+class KVCriticalSectionRead {
+  public:
+    explicit KVCriticalSectionRead(boost::shared_ptr<KVMutexRW> mutex) : fMutex(std::move(mutex)) {
+        fMutex->lockRead();
+    }
+    ~KVCriticalSectionRead() { fMutex->unlockRead(); }
+    KVCriticalSectionRead(const KVCriticalSectionRead&) = delete;
+    KVCriticalSectionRead& operator=(const KVCriticalSectionRead&) = delete;
+
+  private:
+    boost::shared_ptr<KVMutexRW> fMutex;
+};
+
+/** Holds a KVMutexRW for writing from construction to destruction, and the lock itself alive. */
+class KVCriticalSectionWrite {
+  public:
+    explicit KVCriticalSectionWrite(boost::shared_ptr<KVMutexRW> mutex) : fMutex(std::move(mutex)) {
+        fMutex->lock();
+    }
+    ~KVCriticalSectionWrite() { fMutex->unlock(); }
+    KVCriticalSectionWrite(const KVCriticalSectionWrite&) = delete;
+    KVCriticalSectionWrite& operator=(const KVCriticalSectionWrite&) = delete;
+
+  private:
+    boost::shared_ptr<KVMutexRW> fMutex;
+};
+
+#endif

@@ -1,0 +1,124 @@
+#ifndef ROBAXI_KV_PROXY_H
+#define ROBAXI_KV_PROXY_H
+
+#include <robaxi/kv_error.h>
+#include <robaxi/kv_module.h>
+#include <robaxi/kv_value.h>
+#include <robaxi/robaxi_export.h>
+
+#include <boost/shared_ptr.hpp>
+
+#include <memory>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+class KVBroker;
+
+/**
+ * One module of a robot, to be called.
+ *
+ * Calls may be made from several threads at once. The time-out given to the constructor holds for
+ * connecting and for each call.
+ */
+class ROBAXI_EXPORT KVProxy {
+  public:
+    /**
+     * Connects to a module.
+     *
+     * @param moduleName the module, for instance "KVLeds"
+     * @param ip address or host name of the robot
+     * @param port 1 to 65535
+     * @param broker the broker to go through; kept alive by the proxy
+     * @param timeOut seconds, at least 1
+     * @param flags kept for the callers of earlier clients; has no effect here
+     * @throws KVError within the time-out when nothing listens there, nothing answers, or there is
+     *         no such module; its text names module, address, port and cause
+     */
+    KVProxy(const std::string& moduleName, const std::string& ip, int port,
+            boost::shared_ptr<KVBroker> broker, int timeOut, int flags);
+    /** Calls in flight on other threads end with KVError (Cancelled). */
+    ~KVProxy();
+    KVProxy(const KVProxy&) = delete;
+    KVProxy& operator=(const KVProxy&) = delete;
+
+    /** Calls a method with no argument and waits for its end. @throws KVError */
+    void callVoid(const std::string& method) { callValue(method, {}); }
+
+    /** Calls a method with one argument and waits for its end. @throws KVError */
+    template <class T>
+    void callVoid(const std::string& method, const T& argument) {
+        callValue(method, {KVValue(argument)});
+    }
+
+    /**
+     * Posts a call with one argument: it is handed to the link and not waited for.
+     *
+     * @return the task's identifier, positive and different for each post of this proxy's link
+     * @throws KVError when the call cannot be posted
+     */
+    template <class T>
+    int pCall(const std::string& method, const T& argument) {
+        return postValue(method, {KVValue(argument)});
+    }
+
+    /**
+     * Calls a method and returns its result as R: bool, int, std::int64_t, float, double,
+     * std::string, KVValue::List, KVValue::Map or KVValue.
+     *
+     * @throws KVError WrongType when the result is of another type
+     */
+    template <class R, class... Args>
+    R call(const std::string& method, const Args&... arguments) {
+        return xConvert<R>(callValue(method, {KVValue(arguments)...}));
+    }
+
+    /** Calls a method and waits for its result. @throws KVError */
+    KVValue callValue(const std::string& method, const KVValue::List& arguments);
+
+    /** Posts a call. @throws KVError when it cannot be posted */
+    int postValue(const std::string& method, const KVValue::List& arguments);
+
+    /** Ends the calls of this proxy that are in flight on other threads with KVError (Cancelled).
+     */
+    void cancel();
+
+    /** The module's description and methods. @throws KVError */
+    KVModuleInfo getInfo();
+
+  private:
+    template <class R>
+    static R xConvert(const KVValue& value) {
+        if constexpr (std::is_same_v<R, KVValue>) {
+            return value;
+        } else if constexpr (std::is_same_v<R, bool>) {
+            return value.toBool();
+        } else if constexpr (std::is_integral_v<R>) {
+            return xNarrow<R>(value.toInt());
+        } else if constexpr (std::is_floating_point_v<R>) {
+            return static_cast<R>(value.toFloat());
+        } else if constexpr (std::is_same_v<R, std::string>) {
+            return value.toString();
+        } else if constexpr (std::is_same_v<R, KVValue::List>) {
+            return value.toList();
+        } else {
+            static_assert(std::is_same_v<R, KVValue::Map>, "not a type that a call can return");
+            return value.toMap();
+        }
+    }
+
+    template <class R>
+    static R xNarrow(std::int64_t value) {
+        const R narrow = static_cast<R>(value);
+        if (static_cast<std::int64_t>(narrow) != value) {
+            throw KVError(KVError::Cause::WrongType,
+                          "the result " + std::to_string(value) + " is too large for its type");
+        }
+        return narrow;
+    }
+
+    struct Private;
+    std::unique_ptr<Private> fPrivate;
+};
+
+#endif

@@ -1,0 +1,74 @@
+#ifndef OBVISTA_PLUGINS_WIDGET_INTERFACE_H
+#define OBVISTA_PLUGINS_WIDGET_INTERFACE_H
+
+#include <QtGlobal>
+#include <QtPlugin>
+
+#include <string>
+
+class QWidget;
+
+#if defined(OBVISTA_PLUGINS_LIBRARY)
+#define OBVISTA_PLUGINS_EXPORT Q_DECL_EXPORT
+#else
+#define OBVISTA_PLUGINS_EXPORT Q_DECL_IMPORT
+#endif
+
+/**
+ * What Obvista requires of a viewer plugin.
+ *
+ * A plugin is a Qt plugin in the folder lib/obvista beside the application: a shared library whose
+ * root component is a QObject that implements this interface under the identifier below. Its name
+ * is its file name less the suffix ".so" and a leading "lib".
+ *
+ * The host calls everything here on the GUI thread, in this order: it may set brokerPort, it may
+ * ask needsRobotConnection(), it calls createWidget() once for each load request (twice when a
+ * failed connection is tried again), and in the end it deletes the object, exactly once. Loading
+ * the same plugin again while its object lives gives the same object, so createWidget() may be
+ * called while earlier widgets are still shown. The library stays mapped until the process ends.
+ *
+ * The widget, not this object, carries the signal `disconnected(WidgetInterface*)`. It is emitted
+ * with this object's own pointer when the connection to the robot is lost; the host then deletes
+ * the plugin. The widget may outlive the plugin object, and the plugin object may be deleted by Qt
+ * after main() has returned, when neither widgets nor the application object exist any more.
+ */
+class OBVISTA_PLUGINS_EXPORT WidgetInterface {
+  public:
+    WidgetInterface() = default;
+    virtual ~WidgetInterface();
+
+    WidgetInterface(const WidgetInterface&) = delete;
+    WidgetInterface& operator=(const WidgetInterface&) = delete;
+
+    /**
+     * Connects to the robot and builds the widget to dock.
+     *
+     * Blocks the GUI thread while it connects, so an implementation bounds the time it takes.
+     *
+     * @param parent the host's main window; the widget may take it as parent
+     * @param ip address or host name of the robot, empty when needsRobotConnection() is false
+     * @param port the robot's port, 1 to 65535, or 0 when needsRobotConnection() is false
+     * @param mediaFolder folder of shared pictures, with a trailing separator
+     * @return the widget, which must declare the signal `disconnected(WidgetInterface*)`; null
+     *         when there is nothing to show
+     * @throws KVError when the robot cannot be reached
+     */
+    virtual QWidget* createWidget(QWidget* parent, const std::string& ip, int port,
+                                  const std::string& mediaFolder) = 0;
+
+    /** Whether the host has to obtain a robot's address and port before createWidget(). */
+    virtual bool needsRobotConnection() = 0;
+
+    /**
+     * Port on which the plugin is to open its own local broker. 0 means the first free port from
+     * 54010 upward, 54010 included. The host sets it only for a plugin named on the command line.
+     */
+    int brokerPort = 0;
+};
+
+/** Identifier under which a plugin's root object must answer, version included. */
+#define OBVISTA_WIDGET_INTERFACE_IID "com.quorvane.obvista.WidgetInterface/0.1"
+
+Q_DECLARE_INTERFACE(WidgetInterface, OBVISTA_WIDGET_INTERFACE_IID)
+
+#endif
