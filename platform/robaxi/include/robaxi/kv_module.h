@@ -51,7 +51,9 @@ class ROBAXI_EXPORT KVModule {
      * Adds a method. To be called before the module is given to a broker.
      *
      * @param argumentTypes the types that the arguments must have; a call with others is refused
-     *        with WrongArguments before the method runs. Int is taken where Float is asked for.
+     *        with WrongArguments before the method runs. Int is taken where Float is asked for,
+     *        and Type::Nothing stands for any type.
+     * @throws KVError InvalidArgument for an empty name, one that is taken, or no method
      */
     void bindMethod(const KVMethodInfo& info, const std::vector<KVValue::Type>& argumentTypes,
                     Method method);

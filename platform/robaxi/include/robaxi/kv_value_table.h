@@ -71,9 +71,15 @@ class ROBAXI_EXPORT KVValueTable {
     /** @throws KVError InvalidArgument when there is no such key */
     KVChange getValue(const std::string& name) const;
 
-    /** Without a handler every write is refused. Runs on a thread of the broker. */
+    /** Without a handler every write is refused. Runs on the thread that writes. */
     void setWriteHandler(WriteHandler handler);
-    /** Does what a client's write does. @throws KVError when it is refused */
+    /**
+     * Does what a client's write does: asks the handler and, when it accepts, sets the value. An
+     * Int becomes a Float where the key is one.
+     *
+     * @throws KVError when it is refused: no such key, a key that is not writable, another type, or
+     *         what the handler threw
+     */
     void write(const std::string& name, const KVValue& value);
 
     struct Private;

@@ -1,0 +1,64 @@
+#ifndef ROBAXI_VALUE_TABLE_PRIVATE_H
+#define ROBAXI_VALUE_TABLE_PRIVATE_H
+
+#include <robaxi/kv_value_table.h>
+
+#include <list>
+#include <mutex>
+#include <unordered_map>
+
+/**
+ * The table as its subscribers see it.
+ *
+ * Every change of a value gets a version, counted up from 1, and the entries are kept in the order
+ * of their versions. What changed since a version is therefore the end of one list, however large
+ * the table and however long ago the subscriber looked: no subscriber keeps a queue.
+ */
+struct KVValueTable::Private {
+    struct Entry {
+        KVKeyInfo fInfo;
+        KVValue fValue;
+        std::int64_t fTime = 0;
+        std::uint64_t fVersion = 0;
+    };
+    using Entries = std::list<Entry>;
+
+    /** Is told, with fMutex held, that something happened; it takes no lock that is held while the
+     *  table's is taken. */
+    class Observer {
+      public:
+        virtual ~Observer() = default;
+        virtual void tableChanged() = 0;
+        virtual void keyRemoved(std::uint32_t id) = 0;
+    };
+
+    void addObserver(Observer* observer);
+    /** When it returns the observer is not being called and will not be called again. */
+    void removeObserver(Observer* observer);
+
+    /** With fMutex held: the entry of a key, or null. */
+    const Entry* find(std::uint32_t id) const;
+
+    /** With fMutex held: the first entry, in the order of changes, above a version. */
+    Entries::const_iterator firstAfter(std::uint64_t version) const;
+
+    /** With fMutex held: the index in fIds of the first key with an identifier above `id`. */
+    std::size_t indexAbove(std::uint32_t id) const;
+
+    Entries::iterator* xPosition(std::uint32_t id);
+    bool xSet(std::uint32_t id, const KVValue& value, std::int64_t time);
+    void xTouch(Entries::iterator entry);
+    void xTellObservers();
+
+    mutable std::mutex fMutex;
+    Entries fEntries;
+    std::vector<std::uint32_t> fIds;            // ascending, since identifiers only grow
+    std::vector<Entries::iterator> fPositions;  // beside fIds
+    std::unordered_map<std::string, std::uint32_t> fIdOf;
+    std::vector<Observer*> fObservers;
+    std::uint32_t fLastId = 0;
+    std::uint64_t fLastVersion = 0;
+    WriteHandler fWriteHandler;
+};
+
+#endif
