@@ -42,8 +42,10 @@ class BONJOUR_EXPORT BonjourDiscovery {
     static ProfileSignal fRemoveProfile;
 
     /**
-     * Starts to listen; does nothing when it already listens. The daemon may restart while it
-     * listens: the map then empties and fills again.
+     * Starts to listen; does nothing when it already listens. Once it listens, the daemon and the
+     * system bus may go away and come back: the map empties, with fRemoveProfile for each host, and
+     * fills again. May be called from any thread. Does nothing while the program's static objects
+     * are being destroyed.
      *
      * @throws std::runtime_error when there is no system bus or no Avahi daemon; the text says
      * which and what to do
@@ -52,7 +54,10 @@ class BONJOUR_EXPORT BonjourDiscovery {
 
     /**
      * Stops listening and empties the map without firing signals. Returns when no handler runs any
-     * more; must not be called from a handler. Does nothing when it does not listen.
+     * more. May be called from any thread that does not hold the map lock. Does nothing when it
+     * does not listen. A program that ends without it is stopped before the signals are destroyed.
+     *
+     * @throws std::logic_error when it is called from a handler
      */
     static void stopListening();
 

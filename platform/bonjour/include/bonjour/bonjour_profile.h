@@ -17,6 +17,11 @@ namespace KV {
 struct BonjourService {
     std::string fType;  ///< for instance "_robaxi._tcp"
     int fPort = 0;      ///< 1 to 65535
+
+    bool operator==(const BonjourService& other) const {
+        return fType == other.fType && fPort == other.fPort;
+    }
+    bool operator!=(const BonjourService& other) const { return !(*this == other); }
 };
 
 /**
@@ -34,7 +39,7 @@ class BONJOUR_EXPORT BonjourProfile {
     BonjourProfile& operator=(const BonjourProfile&) = delete;
     ~BonjourProfile();
 
-    /** Key of the profile in the discovery map. */
+    /** Key of the profile in the discovery map: the host name, ASCII letters in lower case. */
     std::string fKey;
     /** The mDNS host name, for instance "robot1.local"; at most 255 bytes, made safe to show. */
     std::string fHostName;

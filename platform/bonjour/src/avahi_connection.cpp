@@ -1,0 +1,177 @@
+#include "avahi_connection.h"
+
+#include <avahi-common/error.h>
+
+#include <cstdint>
+#include <stdexcept>
+#include <strings.h>
+
+namespace KV::bonjour {
+
+namespace {
+
+/** Where a service leads to is all that is asked: neither its texts nor the host's addresses. */
+constexpr auto a_resolverFlags =
+    static_cast<AvahiLookupFlags>(AVAHI_LOOKUP_NO_TXT | AVAHI_LOOKUP_NO_ADDRESS);
+
+}  // namespace
+
+AvahiConnection::AvahiConnection(const AvahiPoll* poll, const std::vector<std::string>& types,
+                                 AvahiConnectionListener& listener)
+    : fPoll(poll), fListener(listener) {
+    for (const std::string& type : types) {
+        fBrowsers.push_back({this, type});
+    }
+    const int error = xAddLane(AVAHI_CLIENT_NO_FAIL);
+    if (error != AVAHI_OK) {
+        // A missing daemon is waited for, so "no daemon" can only be said of the bus.
+        throw std::runtime_error(error == AVAHI_ERR_NO_DAEMON ? "no connection"
+                                                              : avahi_strerror(error));
+    }
+    AvahiClient* const client = fLanes.front().fClient.get();
+    if (!isWaitingForDaemon() && !xBrowse()) {
+        throw std::runtime_error(avahi_strerror(avahi_client_errno(client)));
+    }
+}
+
+AvahiConnection::~AvahiConnection() = default;
+
+bool AvahiConnection::isWaitingForDaemon() const {
+    return avahi_client_get_state(fLanes.front().fClient.get()) == AVAHI_CLIENT_CONNECTING;
+}
+
+void AvahiConnection::xOnState(AvahiClient* /*client*/, AvahiClientState state,
+                               void* userData) noexcept {
+    auto* const self = static_cast<AvahiConnection*>(userData);
+    // Avahi calls for the first time before the client is known; the constructor looks itself.
+    if (self->fLanes.empty() || state == AVAHI_CLIENT_CONNECTING) {
+        return;
+    }
+    if (state == AVAHI_CLIENT_FAILURE || !self->xBrowse()) {
+        self->xFail();
+    }
+}
+
+void AvahiConnection::xOnBrowsed(AvahiServiceBrowser* /*browser*/, AvahiIfIndex interface,
+                                 AvahiProtocol protocol, AvahiBrowserEvent event,
+                                 const char* instance, const char* type, const char* domain,
+                                 AvahiLookupResultFlags /*flags*/, void* userData) noexcept {
+    const auto* const browser = static_cast<const Browser*>(userData);
+    AvahiConnection* const self = browser->fConnection;
+    if (event == AVAHI_BROWSER_FAILURE) {
+        self->xFail();
+        return;
+    }
+    // The other events tell how far the search is and name no service. An announcement under our
+    // type may name an instance of any other type.
+    if ((event != AVAHI_BROWSER_NEW && event != AVAHI_BROWSER_REMOVE) ||
+        strcasecmp(type, browser->fType.c_str()) != 0) {
+        return;
+    }
+    const Sighting sighting = {interface, protocol, browser->fType, instance, domain};
+    if (event == AVAHI_BROWSER_NEW) {
+        self->xSee(sighting);
+    } else {
+        self->xLose(sighting);
+    }
+}
+
+void AvahiConnection::xOnResolved(AvahiServiceResolver* /*resolver*/, AvahiIfIndex /*interface*/,
+                                  AvahiProtocol /*protocol*/, AvahiResolverEvent event,
+                                  const char* /*instance*/, const char* /*type*/,
+                                  const char* /*domain*/, const char* hostName,
+                                  const AvahiAddress* /*address*/, std::uint16_t port,
+                                  AvahiStringList* /*text*/, AvahiLookupResultFlags /*flags*/,
+                                  void* userData) noexcept {
+    const auto* const entry = static_cast<const Resolvers::value_type*>(userData);
+    AvahiConnectionListener& listener = entry->second.fConnection->fListener;
+    if (event == AVAHI_RESOLVER_FOUND) {
+        listener.onResolved(entry->first, hostName, port);
+    } else {
+        // The resolver stays: it goes on asking, and is heard again when the host is back.
+        listener.onUnresolved(entry->first);
+    }
+}
+
+int AvahiConnection::xAddLane(AvahiClientFlags flags) {
+    int error = AVAHI_OK;
+    ClientPointer client(avahi_client_new(fPoll, flags, &AvahiConnection::xOnState, this, &error));
+    if (client != nullptr) {
+        fLanes.push_back({std::move(client), false});
+        return AVAHI_OK;
+    }
+    return error;
+}
+
+bool AvahiConnection::xBrowse() {
+    if (fBrowsing) {
+        return true;
+    }
+    fBrowsing = true;
+    for (Browser& browser : fBrowsers) {
+        if (avahi_service_browser_new(fLanes.front().fClient.get(), AVAHI_IF_UNSPEC,
+                                      AVAHI_PROTO_UNSPEC, browser.fType.c_str(), nullptr,
+                                      AvahiLookupFlags{}, &AvahiConnection::xOnBrowsed,
+                                      &browser) == nullptr) {
+            return false;
+        }
+    }
+    fListener.onConnected();
+    return true;
+}
+
+void AvahiConnection::xFail() {
+    if (!fFailed) {
+        fFailed = true;
+        fListener.onDisconnected();
+    }
+}
+
+void AvahiConnection::xSee(const Sighting& sighting) {
+    if (!fListener.onSeen(sighting)) {
+        return;
+    }
+    const auto entry = fResolvers.try_emplace(sighting, Resolver{this, nullptr, 0}).first;
+    if (!xResolve(*entry)) {
+        // The daemon refuses a name that is none.
+        xLose(sighting);
+    }
+}
+
+void AvahiConnection::xLose(const Sighting& sighting) {
+    const auto entry = fResolvers.find(sighting);
+    if (entry == fResolvers.end()) {
+        return;
+    }
+    if (entry->second.fResolver != nullptr) {
+        avahi_service_resolver_free(entry->second.fResolver);
+        fLanes[entry->second.fLane].fFull = false;
+    }
+    fResolvers.erase(entry);
+    fListener.onLost(sighting);
+}
+
+bool AvahiConnection::xResolve(Resolvers::value_type& entry) {
+    const Sighting& sighting = entry.first;
+    for (std::size_t lane = 0; lane < fLanes.size() || xAddLane({}) == AVAHI_OK; ++lane) {
+        if (fLanes[lane].fFull) {
+            continue;
+        }
+        AvahiClient* const client = fLanes[lane].fClient.get();
+        entry.second.fLane = lane;
+        entry.second.fResolver = avahi_service_resolver_new(
+            client, sighting.fInterface, sighting.fProtocol, sighting.fInstance.c_str(),
+            sighting.fType.c_str(), sighting.fDomain.c_str(), AVAHI_PROTO_UNSPEC, a_resolverFlags,
+            &AvahiConnection::xOnResolved, &entry);
+        if (entry.second.fResolver != nullptr) {
+            return true;
+        }
+        if (avahi_client_errno(client) != AVAHI_ERR_TOO_MANY_OBJECTS) {
+            return false;
+        }
+        fLanes[lane].fFull = true;
+    }
+    return false;
+}
+
+}  // namespace KV::bonjour
