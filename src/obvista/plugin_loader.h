@@ -1,0 +1,66 @@
+#ifndef OBVISTA_PLUGIN_LOADER_H
+#define OBVISTA_PLUGIN_LOADER_H
+
+#include <QLabel>
+#include <QList>
+#include <QPixmap>
+#include <QRect>
+#include <QSize>
+#include <QString>
+
+#include <boost/shared_ptr.hpp>
+
+/** One zone of the launcher picture that loads a plugin when it is clicked. */
+class Plugin {
+  public:
+    Plugin(const QRect& zone, const QString& background, const QString& pluginName);
+    virtual ~Plugin();
+
+    QRect fZone;          ///< in pixels of the picture
+    QString fBackground;  ///< picture with the zone highlighted, relative to the media folder
+    QString fPluginName;
+};
+
+/**
+ * The launcher: a picture with zones that load plugins, shown while no plugin is docked.
+ *
+ * The picture follows the mouse: over a zone it is the one in which that zone is highlighted. A
+ * picture that cannot be read leaves the label empty without a message; the zones work all the
+ * same. GUI thread only.
+ */
+class PluginLoader : public QLabel {
+    Q_OBJECT
+  public:
+    /** @param mediaFolder with a separator at its end: file names are appended as they are */
+    PluginLoader(const QString& mediaFolder, QWidget* parent);
+
+    /** Size of the launcher picture; 0 by 0 when there is none. */
+    QSize pictureSize() const { return fPictureSize; }
+
+    /** Shows another picture of the media folder, unless it is the one that was last asked for. */
+    void xSetBackground(const QString& fileName);
+
+    static const QString fBackground;
+    static const QString fBackgroundMemory;
+    static const QString fBackgroundVision;
+
+  Q_SIGNALS:
+    /** A picture has been read; the label shows it. */
+    void bitmapChanged(const QPixmap& pixmap);
+    /** A zone has been clicked, with any button. */
+    void loadPlugin(const QString& pluginName);
+
+  protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+
+  private:
+    boost::shared_ptr<Plugin> xZoneAt(const QPoint& position) const;
+
+    QList<boost::shared_ptr<Plugin>> fZones;
+    QString fShownBackground;  // empty until the mouse moves, though a picture is shown
+    QString fMediaFolder;
+    QSize fPictureSize;
+};
+
+#endif

@@ -1,0 +1,90 @@
+#include "start_up.h"
+
+#include "application_arguments.h"
+#include "command_line.h"
+#include "identity.h"
+#include "main_window.h"
+
+#include <QApplication>
+#include <QIcon>
+#include <QStyleFactory>
+
+#include <boost/program_options/errors.hpp>
+#include <boost/program_options/parsers.hpp>
+#include <boost/program_options/variables_map.hpp>
+
+#include <clocale>
+#include <cstdlib>
+#include <iostream>
+
+namespace obvista {
+
+namespace po = boost::program_options;
+
+namespace {
+
+void identifyApplication() {
+    QCoreApplication::setOrganizationName(QLatin1String(a_organisationName));
+    QCoreApplication::setOrganizationDomain(QLatin1String(a_organisationDomain));
+    QCoreApplication::setApplicationName(QLatin1String(a_applicationName));
+    // The application object may have taken over the user's locale; numbers always have a point.
+    std::setlocale(LC_NUMERIC, "C");
+    // Beside the executable, unlike the pictures of the main window.
+    QApplication::setWindowIcon(QIcon(QCoreApplication::applicationDirPath() +
+                                      QStringLiteral("/media/icons/") +
+                                      QStringLiteral("obvista.png")));
+}
+
+po::variables_map parse(const CommandLine& commandLine, ApplicationArguments& arguments) {
+    po::variables_map values;
+    try {
+        po::store(po::parse_command_line(arguments.count(), arguments.values(),
+                                         commandLine.description()),
+                  values);
+        po::notify(values);
+    } catch (const po::error& error) {
+        std::cerr << "Could not parse arguments: " << error.what() << '\n'
+                  << commandLine.description() << '\n';
+        std::exit(EXIT_FAILURE);
+    }
+    return values;
+}
+
+bool loadNamedPlugin(MainWindow& window, const CommandLine& commandLine) {
+    return commandLine.pluginName().empty() ||
+           window.loadPlugin(QString::fromLatin1(commandLine.pluginName().c_str()),
+                             QString::fromLatin1(commandLine.ip().c_str()), commandLine.port(),
+                             commandLine.brokerPort());
+}
+
+}  // namespace
+
+int run(int argc, char** argv) {
+    const CommandLine commandLine;
+    ApplicationArguments arguments(argc, argv);
+    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Cleanlooks")));
+    const QApplication application(arguments.count(), arguments.values());
+    identifyApplication();
+
+    const po::variables_map values = parse(commandLine, arguments);
+    if (values.count("help") != 0) {
+        std::cout << "Help: " << commandLine.description() << std::endl;
+        return EXIT_SUCCESS;
+    }
+    if (values.count("version") != 0) {
+        std::cout << "Obvista Version " << a_version << std::endl;
+        return EXIT_SUCCESS;
+    }
+
+    MainWindow window;
+    window.setAppFolder(QCoreApplication::applicationDirPath());
+    window.init();
+    if (!loadNamedPlugin(window, commandLine)) {
+        std::cout << "Could not load given plugin and connect it to Robaxi" << std::endl;
+        return EXIT_SUCCESS;  // no error status: scripts that start viewers rely on it
+    }
+    window.show();
+    return QApplication::exec();
+}
+
+}  // namespace obvista
