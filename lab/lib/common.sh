@@ -1,0 +1,114 @@
+# shellcheck shell=bash
+# What the programs of the lab share. A lab consists of a switch, which is process 1 of the lab and
+# holds the bridge, and of hosts, each with namespaces of its own. The observer is the host in
+# which the command of lab/run runs.
+
+# Debian keeps ip and avahi-daemon in folders that are not on every user's path.
+PATH=$PATH:/usr/sbin:/sbin
+export PATH
+
+# shellcheck disable=SC2034  # all of them are used by the programs that read this file
+{
+    readonly lab_state=/run/obvista-lab
+    readonly lab_hosts=$lab_state/hosts
+    readonly lab_bridge=lab0
+    readonly lab_network=10.77
+    readonly lab_prefix_length=16
+    readonly observer_address=$lab_network.0.1
+
+    # Both are in the private /run of each host, so that they are found by programs that know
+    # nothing of the lab.
+    readonly bus_address=unix:path=/run/dbus/system_bus_socket
+    readonly avahi_run=/run/avahi-daemon
+
+    # The lab could not do its own part; also env's status for that.
+    readonly lab_failed=125
+}
+
+complain() {
+    echo "lab/${0##*/}: $*" >&2
+}
+
+die() {
+    complain "$@"
+    exit "$lab_failed"
+}
+
+usage_error() {
+    complain "$@"
+    exit 2
+}
+
+# wait_until SECONDS CONDITION...: waits until the condition, a command, holds; fails when it does
+# not hold in time.
+wait_until() {
+    local -i deadline=$(($(milliseconds) + $1 * 1000))
+    shift
+    until "$@"; do
+        [ "$(milliseconds)" -lt "$deadline" ] || return 1
+        sleep 0.02
+    done
+}
+
+milliseconds() {
+    echo $((${EPOCHREALTIME/[.,]/} / 1000))
+}
+
+# wait_for_child PID: waits to the end of a child, however many trapped signals come meanwhile,
+# and gives its exit status.
+wait_for_child() {
+    local status
+    while :; do
+        status=0
+        wait "$1" || status=$?
+        kill -0 "$1" 2>/dev/null || return "$status"
+    done
+}
+
+process_is_gone() {
+    ! kill -0 "$1" 2>/dev/null
+}
+
+# Bash starts background commands with these signals ignored, which their own children could never
+# undo.
+with_default_signals() {
+    exec env --default-signal=INT,QUIT -- "$@"
+}
+
+# The next functions act on the Avahi daemon of the host in whose namespaces they run.
+
+avahi_start() {
+    local configuration=$1 log=$2
+    setsid avahi-daemon --no-drop-root --no-rlimits --no-chroot --file="$configuration" \
+        </dev/null >>"$log" 2>&1 &
+    wait_until 20 avahi_answers
+}
+
+# avahi_state: 2 once the host name is established on the network (AVAHI_SERVER_RUNNING).
+avahi_state() {
+    [ -S "$avahi_run/socket" ] || return 1
+    dbus-send --bus="$bus_address" --print-reply=literal --dest=org.freedesktop.Avahi \
+        / org.freedesktop.Avahi.Server.GetState 2>/dev/null
+}
+
+avahi_answers() {
+    avahi_state >/dev/null
+}
+
+avahi_is_established() {
+    [[ $(avahi_state) == *"int32 2" ]]
+}
+
+avahi_pid() {
+    local pid
+    [ -r "$avahi_run/pid" ] && read -r pid <"$avahi_run/pid" && echo "$pid"
+}
+
+# avahi_end SIGNAL: ends the daemon, with TERM after it has said goodbye for the host.
+avahi_end() {
+    local pid
+    pid=$(avahi_pid) || return 0
+    kill -s "$1" "$pid" 2>/dev/null || true
+    wait_until 5 process_is_gone "$pid" || kill -KILL "$pid"
+    rm -f -- "$avahi_run/pid" "$avahi_run/socket"
+}

@@ -1,0 +1,121 @@
+# shellcheck shell=bash
+# Adding hosts to the lab and taking them away. Everything here runs in the namespaces of the
+# switch.
+
+# claim_host NAME [ADDRESS]: reserves the name, an address and a port of the switch.
+claim_host() {
+    local name=$1 address=${2:-} number
+    [[ $name =~ ^[A-Za-z0-9]([A-Za-z0-9-]{0,61}[A-Za-z0-9])?$ ]] ||
+        die "'$name' cannot be a host name"
+    # One host at a time: the file stays open for the life of this subshell only.
+    (
+        flock 9
+        [ ! -e "$lab_hosts/$name" ] || die "there is a host '$name' already"
+        read -r number <"$lab_state/next_port"
+        echo $((number + 1)) >"$lab_state/next_port"
+        [ -n "$address" ] || address=$lab_network.$((3 + number / 250)).$((1 + number % 250))
+        require_free_address "$address"
+        mkdir -p "$lab_hosts/$name"/{avahi,dbus}
+        echo "$address" >"$lab_hosts/$name/address"
+        echo "port$number" >"$lab_hosts/$name/port"
+        : >"$lab_hosts/$name/output"
+    ) 9>>"$lab_state/lock"
+}
+
+require_free_address() {
+    local address=$1 holder
+    [[ $address =~ ^${lab_network//./\\.}\.[0-9]{1,3}\.[0-9]{1,3}$ ]] ||
+        die "'$address' is not an address of the lab ($lab_network.0.0/$lab_prefix_length)"
+    holder=$(grep -lx -- "$address" "$lab_hosts"/*/address 2>/dev/null) || return 0
+    holder=${holder%/address}
+    die "the address $address is taken by '${holder##*/}'"
+}
+
+# start_host NAME [COMMAND...]: starts a claimed host. It is up when its bus and its Avahi daemon
+# answer; the command is started then.
+start_host() {
+    local name=$1 namespaces=(--net --mount) answer
+    # The observer's processes are those of the lab, and it goes by the machine's name, under which
+    # the user's X server knows its clients.
+    [ "$name" = observer ] || namespaces+=(--uts --pid --fork)
+    exec {born}< <(exec setsid unshare "${namespaces[@]}" "$lab/lib/host" "$@" \
+        </dev/null 2>>"$lab_hosts/$name/daemons")
+    read -r -t 60 -u "$born" answer || true
+    exec {born}<&-
+    [ "${answer:-}" = up ] && return
+    complain "the host '$name' did not start:"
+    cat "$lab_hosts/$name/daemons" >&2
+    remove_host "$name"
+    return 1
+}
+
+# wait_for_output NAME REGEX: waits for a line of the host's command; fails, showing what the
+# command wrote, when the command ends without it.
+wait_for_output() {
+    local name=$1 expected=$2
+    local output=$lab_hosts/$name/output
+    output_is_there_or_command_ended() {
+        [ -e "$lab_hosts/$name/status" ] || grep -qE -- "$expected" "$output"
+    }
+    wait_until 60 output_is_there_or_command_ended || true
+    grep -qE -- "$expected" "$output" && return
+    complain "the command of '$name' $(command_state "$name") and did not write '$expected':"
+    cat "$output" >&2
+    return 1
+}
+
+# command_state NAME: what became of the host's command, in words.
+command_state() {
+    local folder=$lab_hosts/$1
+    if [ -e "$folder/status" ]; then
+        echo "ended with $(<"$folder/status")"
+    elif [ -e "$folder/command" ]; then
+        echo "runs"
+    else
+        echo "none"
+    fi
+}
+
+require_host() {
+    [ -n "${1:-}" ] && [ -e "$lab_hosts/$1/pid" ] || die "there is no host '${1:-}'"
+}
+
+host_pid() {
+    cat "$lab_hosts/$1/pid"
+}
+
+host_port() {
+    cat "$lab_hosts/$1/port"
+}
+
+# in_host NAME COMMAND...: runs a command in all namespaces of a host. It ends with this process.
+in_host() {
+    local name=$1 namespaces=(--net --mount)
+    shift
+    [ "$name" = observer ] || namespaces+=(--uts --pid)
+    nsenter --target "$(host_pid "$name")" "${namespaces[@]}" -- \
+        setpriv --pdeathsig TERM env -C "$PWD" --default-signal=INT,QUIT -- "$@"
+}
+
+set_link() {
+    ip link set "$(host_port "$1")" "$2"
+}
+
+# remove_host NAME: takes a host away at once, so that nobody on the network hears of it.
+remove_host() {
+    local name=$1 pid
+    if ip link show "$(host_port "$name")" >/dev/null 2>&1; then
+        set_link "$name" down
+    fi
+    if [ -e "$lab_hosts/$name/pid" ]; then
+        pid=$(host_pid "$name")
+        kill -KILL "$pid" 2>/dev/null || true
+        wait_until 10 process_is_gone "$pid" || die "the host '$name' does not end"
+    fi
+    forget_host "$name"
+}
+
+forget_host() {
+    ip link delete "$(host_port "$1")" 2>/dev/null || true
+    rm -rf -- "${lab_hosts:?}/$1"
+}
