@@ -32,7 +32,7 @@ def outline(text, family, style, size):
 
 
 def number(value):
-    return f"{value:.2f}".rstrip("0").rstrip(".").replace("-0.", "-.").lstrip("0") or "0"
+    return f"{round(value, 2):g}"
 
 
 def path_data(path):
