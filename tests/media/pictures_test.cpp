@@ -12,6 +12,7 @@
 #include <QtTest>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdlib>
 
@@ -22,6 +23,8 @@ const QRect a_cameraZone(QPoint(310, 210), QPoint(399, 234));
 const int a_rowsBehindMenuBar = 40;
 const int a_cornerRadius = 4;
 const QSize a_listIconSize(60, 60);
+const std::array a_listIcons = {"computer", "robot_off", "robot_on", "star_on", "star_off"};
+const std::array a_backgrounds = {"interface", "interface_memory", "interface_camera"};
 
 QString buildPath(const QString& file) {
     return QDir(qEnvironmentVariable("OBVISTA_BUILD_DIR")).filePath(file);
@@ -128,11 +131,11 @@ class PicturesTest : public QObject {
 void PicturesTest::everyPictureHasItsSize_data() {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QSize>("size");
-    for (const char* name : {"interface", "interface_memory", "interface_camera"}) {
+    for (const char* name : a_backgrounds) {
         QTest::newRow(name) << background(QString::fromLatin1(name) + QStringLiteral(".png"))
                             << QSize(640, 400);
     }
-    for (const char* name : {"computer", "robot_off", "robot_on", "star_on", "star_off"}) {
+    for (const char* name : a_listIcons) {
         const QString icon = listIcon(QString::fromLatin1(name));
         QTest::newRow(name) << icon + QStringLiteral(".png") << a_listIconSize;
         QTest::addRow("%s, high resolution", name)
@@ -159,7 +162,7 @@ void PicturesTest::everyPictureHasItsSize() {
 
 void PicturesTest::iconsAreTransparentAroundTheirShape_data() {
     QTest::addColumn<QString>("path");
-    for (const char* name : {"computer", "robot_off", "robot_on", "star_on", "star_off"}) {
+    for (const char* name : a_listIcons) {
         QTest::newRow(name) << listIcon(QString::fromLatin1(name) + QStringLiteral(".png"));
     }
     QTest::newRow("window icon") << buildPath(QStringLiteral("bin/media/icons/obvista.png"));
@@ -209,7 +212,7 @@ void PicturesTest::highlightStaysInItsZone() {
 void PicturesTest::buttonsFillTheirZones_data() {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QRect>("zone");
-    for (const char* name : {"interface", "interface_memory", "interface_camera"}) {
+    for (const char* name : a_backgrounds) {
         const QString file = QString::fromLatin1(name) + QStringLiteral(".png");
         QTest::addRow("memory viewer in %s", name) << file << a_memoryZone;
         QTest::addRow("camera viewer in %s", name) << file << a_cameraZone;
@@ -262,7 +265,7 @@ void PicturesTest::rowsBehindTheMenuBarArePlain() {
 void PicturesTest::listIconsStandOutOnAnyList_data() {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QColor>("surface");
-    for (const char* name : {"computer", "robot_off", "robot_on", "star_on", "star_off"}) {
+    for (const char* name : a_listIcons) {
         const QString file = QString::fromLatin1(name) + QStringLiteral(".png");
         QTest::addRow("%s on white", name) << file << QColor(Qt::white);
         QTest::addRow("%s on dark", name) << file << QColor(0x23, 0x26, 0x29);
@@ -305,7 +308,7 @@ void PicturesTest::onAndOffDifferWithoutColour() {
 
 void PicturesTest::listIconsAreShownAtTheListsSize_data() {
     QTest::addColumn<QString>("name");
-    for (const char* name : {"computer", "robot_off", "robot_on", "star_on", "star_off"}) {
+    for (const char* name : a_listIcons) {
         QTest::newRow(name) << QString::fromLatin1(name) + QStringLiteral(".png");
     }
 }
