@@ -1,0 +1,131 @@
+#include "http/http_transfer.h"
+
+#include "http/curl_multi.h"
+
+#include <QCoreApplication>
+#include <QUrl>
+
+namespace {
+
+QString tr(const char* text) {
+    return QCoreApplication::translate("QHttp", text);
+}
+
+QByteArray urlHost(const QString& host) {
+    return host.contains(QLatin1Char(':')) ? '[' + host.toLatin1() + ']' : QUrl::toAce(host);
+}
+
+QByteArray urlPath(const QString& path) {
+    const QByteArray encoded = QUrl::toPercentEncoding(path, "/:@!$&'()*+,;=");
+    return encoded.startsWith('/') ? encoded : '/' + encoded;
+}
+
+}  // namespace
+
+HttpTransfer::HttpTransfer(CurlMulti* multi, const QString& host, quint16 port, const QString& path,
+                           std::chrono::milliseconds timeOut)
+    : fMulti(multi), fUrl(curl_url()), fEasy(curl_easy_init()) {
+    Q_CHECK_PTR(fUrl.get());
+    Q_CHECK_PTR(fEasy.get());
+    xSetUrl(host, port, path);
+    xSetOptions(timeOut);
+    fMulti->add(fEasy.get());
+}
+
+HttpTransfer::~HttpTransfer() {
+    fMulti->remove(fEasy.get());
+}
+
+std::optional<QHttpResponseHeader> HttpTransfer::takeHeader() {
+    if (!fHeaderComplete || fHeaderTaken) {
+        return std::nullopt;
+    }
+    fHeaderTaken = true;
+    curl_off_t contentLength = -1;
+    curl_easy_getinfo(fEasy.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &contentLength);
+    return QHttpResponseHeader(xStatusCode(), contentLength);
+}
+
+QByteArray HttpTransfer::takeBody() {
+    return std::exchange(fBody, QByteArray());
+}
+
+QString HttpTransfer::errorText(CURLcode result) const {
+    if (result == CURLE_OK) {
+        return QString();
+    }
+    if (!fRefusal.isEmpty()) {
+        return fRefusal;
+    }
+    const bool described = fErrorBuffer.front() != '\0';
+    return QString::fromUtf8(described ? fErrorBuffer.data() : curl_easy_strerror(result));
+}
+
+void HttpTransfer::xSetUrl(const QString& host, quint16 port, const QString& path) {
+    // Each part is set by itself, so that none can reach into the next one. Where one is refused,
+    // the URL stays incomplete and the transfer ends with an error about it.
+    curl_url_set(fUrl.get(), CURLUPART_SCHEME, "http", 0);
+    curl_url_set(fUrl.get(), CURLUPART_HOST, urlHost(host).constData(), 0);
+    curl_url_set(fUrl.get(), CURLUPART_PORT, QByteArray::number(port).constData(), 0);
+    curl_url_set(fUrl.get(), CURLUPART_PATH, urlPath(path).constData(), 0);
+}
+
+void HttpTransfer::xSetOptions(std::chrono::milliseconds timeOut) {
+    CURL* easy = fEasy.get();
+    curl_easy_setopt(easy, CURLOPT_CURLU, fUrl.get());
+    curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http");
+    curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, long{CURL_HTTP_VERSION_1_1});
+    curl_easy_setopt(easy, CURLOPT_PATH_AS_IS, 1L);
+    curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 0L);
+    // An empty proxy keeps those of the environment out as well.
+    curl_easy_setopt(easy, CURLOPT_PROXY, "");
+    // Signals are of the whole process, and this runs on a thread beside others.
+    curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+    // The connection ends with the request: nothing is left open for a request that may not come.
+    curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, 1L);
+    curl_easy_setopt(easy, CURLOPT_FORBID_REUSE, 1L);
+    curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(timeOut.count()));
+    curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, fErrorBuffer.data());
+    curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &HttpTransfer::xOnHeaderLine);
+    curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
+    curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &HttpTransfer::xOnBody);
+    curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
+}
+
+std::size_t HttpTransfer::xOnHeaderLine(char* data, std::size_t size, std::size_t count,
+                                        void* self) {
+    const std::size_t bytes = size * count;
+    const QByteArray line = QByteArray::fromRawData(data, static_cast<int>(bytes));
+    const bool accepted = static_cast<HttpTransfer*>(self)->xAcceptHeaderLine(line);
+    return accepted ? bytes : 0;
+}
+
+std::size_t HttpTransfer::xOnBody(char* data, std::size_t size, std::size_t count, void* self) {
+    const std::size_t bytes = size * count;
+    static_cast<HttpTransfer*>(self)->fBody.append(data, static_cast<int>(bytes));
+    return bytes;
+}
+
+bool HttpTransfer::xAcceptHeaderLine(const QByteArray& line) {
+    fHeaderSize += static_cast<std::size_t>(line.size());
+    if (fHeaderSize > a_maximumHeaderSize) {
+        fRefusal = tr("The header of the answer is too long");
+        return false;
+    }
+    // libcurl undoes a compressed transfer coding by itself, and a few bytes could become many.
+    const QByteArray field = line.trimmed().toLower();
+    if (field.startsWith("transfer-encoding:") && field.mid(18).trimmed() != "chunked") {
+        fRefusal = tr("The answer has a transfer coding that was not asked for");
+        return false;
+    }
+    if (field.isEmpty() && xStatusCode() >= 200) {
+        fHeaderComplete = true;
+    }
+    return true;
+}
+
+int HttpTransfer::xStatusCode() const {
+    long statusCode = 0;
+    curl_easy_getinfo(fEasy.get(), CURLINFO_RESPONSE_CODE, &statusCode);
+    return static_cast<int>(statusCode);
+}
