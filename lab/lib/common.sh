@@ -55,12 +55,12 @@ milliseconds() {
 }
 
 # wait_for_child PID: waits to the end of a child, however many trapped signals come meanwhile,
-# and gives its exit status.
+# and gives its exit status. Bash's own remark about a child that was killed is left out.
 wait_for_child() {
     local status
     while :; do
         status=0
-        wait "$1" || status=$?
+        wait "$1" 2>/dev/null || status=$?
         kill -0 "$1" 2>/dev/null || return "$status"
     done
 }

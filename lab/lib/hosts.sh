@@ -1,4 +1,4 @@
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2154  # the lab_* names are those of common.sh, read before
 # Adding hosts to the lab and taking them away. Everything here runs in the namespaces of the
 # switch.
 
@@ -54,6 +54,7 @@ start_host() {
 wait_for_output() {
     local name=$1 expected=$2
     local output=$lab_hosts/$name/output
+    # shellcheck disable=SC2317  # called by wait_until
     output_is_there_or_command_ended() {
         [ -e "$lab_hosts/$name/status" ] || grep -qE -- "$expected" "$output"
     }
@@ -77,7 +78,9 @@ command_state() {
 }
 
 require_host() {
-    [ -n "${1:-}" ] && [ -e "$lab_hosts/$1/pid" ] || die "there is no host '${1:-}'"
+    if [ -z "${1:-}" ] || [ ! -e "$lab_hosts/$1/pid" ]; then
+        die "there is no host '${1:-}'"
+    fi
 }
 
 host_pid() {
