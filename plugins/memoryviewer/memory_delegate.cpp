@@ -1,0 +1,28 @@
+#include "memory_delegate.h"
+
+#include "memory_model.h"
+
+namespace memoryviewer {
+
+namespace {
+
+/** Added to a row's height, in parts of the height of its text. */
+constexpr int a_paddingDivisor = 4;
+
+}  // namespace
+
+QSize MemoryDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const {
+    const QSize size = QStyledItemDelegate::sizeHint(option, index);
+    return {size.width(), size.height() + option.fontMetrics.height() / a_paddingDivisor};
+}
+
+void MemoryDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const {
+    QStyledItemDelegate::initStyleOption(option, index);
+    const bool isSecondary =
+        index.column() == MemoryModel::UnitColumn || index.column() == MemoryModel::TypeColumn;
+    if (fIsStale || isSecondary) {
+        option->palette.setColor(QPalette::Text, option->palette.color(QPalette::PlaceholderText));
+    }
+}
+
+}  // namespace memoryviewer

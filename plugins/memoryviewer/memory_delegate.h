@@ -1,0 +1,29 @@
+#ifndef OBVISTA_MEMORYVIEWER_MEMORY_DELEGATE_H
+#define OBVISTA_MEMORYVIEWER_MEMORY_DELEGATE_H
+
+#include <QStyledItemDelegate>
+
+namespace memoryviewer {
+
+/** Draws the cells of the tree: units and types dimmed, everything when the values are old. */
+class MemoryDelegate : public QStyledItemDelegate {
+    Q_OBJECT
+
+  public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    /** Whether the values are no longer live. The caller has the view painted again. */
+    void setStale(bool isStale) { fIsStale = isStale; }
+
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+
+  protected:
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
+
+  private:
+    bool fIsStale = false;
+};
+
+}  // namespace memoryviewer
+
+#endif
