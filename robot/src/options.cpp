@@ -1,0 +1,137 @@
+#include "options.h"
+
+#include "safe_text.h"
+
+#include <boost/program_options.hpp>
+
+#include <algorithm>
+#include <array>
+#include <stdexcept>
+#include <unistd.h>
+
+namespace robot {
+
+namespace po = boost::program_options;
+
+namespace {
+
+constexpr std::size_t a_longestName = 63;  // the longest label of a name that is announced
+constexpr int a_wrongUsage = 2;
+
+std::string machineName() {
+    std::array<char, 256> name{};
+    if (gethostname(name.data(), name.size() - 1) != 0 || name[0] == '\0') {
+        return "robot";
+    }
+    return std::string(name.data()).substr(0, a_longestName);
+}
+
+po::options_description describedOptions() {
+    po::options_description options("Options", 100);
+    // clang-format off
+    options.add_options()
+        ("help,h", "print this text and end")
+        ("kind", po::value<std::string>()->default_value("robot"),
+         "'robot': a simulated humanoid; 'computer': this machine and its own figures")
+        ("name", po::value<std::string>()->default_value(machineName()),
+         "name under which it appears, 1 to 63 bytes")
+        ("address", po::value<std::string>()->default_value("127.0.0.1"),
+         "address to listen on; 0.0.0.0 lets the whole network in, without any authentication")
+        ("port", po::value<int>()->default_value(9559), "port of the middleware, 1 to 65535")
+        ("seed", po::value<std::string>()->default_value("1"),
+         "number from which all that the simulated humanoid does follows; the same seed repeats a "
+         "run");
+    // clang-format on
+    return options;
+}
+
+Kind toKind(const std::string& text) {
+    if (text == "robot") {
+        return Kind::Robot;
+    }
+    if (text == "computer") {
+        return Kind::Computer;
+    }
+    throw std::invalid_argument("--kind is 'robot' or 'computer', not '" + text + "'");
+}
+
+std::string toName(const std::string& text) {
+    if (text.empty() || text.size() > a_longestName || oneLine(text) != text) {
+        throw std::invalid_argument(
+            "--name takes 1 to 63 bytes of UTF-8 without control characters");
+    }
+    return text;
+}
+
+int toPort(int port) {
+    if (port < 1 || port > 65535) {
+        throw std::invalid_argument("--port takes 1 to 65535, not " + std::to_string(port));
+    }
+    return port;
+}
+
+std::uint64_t toSeed(const std::string& text) {
+    // Digits only: a sign would be wrapped around silently by the conversion.
+    const bool digits = !text.empty() && std::all_of(text.begin(), text.end(),
+                                                     [](char c) { return c >= '0' && c <= '9'; });
+    try {
+        if (digits) {
+            return std::stoull(text);
+        }
+    } catch (const std::out_of_range&) {
+    }
+    throw std::invalid_argument("--seed takes a whole number from 0 to 2^64-1, not '" + text + "'");
+}
+
+std::string toAddress(const std::string& text) {
+    if (text.empty()) {
+        throw std::invalid_argument("--address must not be empty; 0.0.0.0 means all addresses");
+    }
+    return text;
+}
+
+Options toOptions(const po::variables_map& given) {
+    Options options;
+    options.fKind = toKind(given["kind"].as<std::string>());
+    options.fName = toName(given["name"].as<std::string>());
+    options.fAddress = toAddress(given["address"].as<std::string>());
+    options.fPort = toPort(given["port"].as<int>());
+    options.fSeed = toSeed(given["seed"].as<std::string>());
+    return options;
+}
+
+void printHelp(std::ostream& output, const po::options_description& options) {
+    output << "Usage: robaxi-robot [OPTION]...\n"
+              "A robot, or this computer, that runs the Robaxi middleware.\n\n"
+           << options
+           << "\n"
+              "It prints one line when it can be reached and runs until SIGTERM or SIGINT.\n"
+              "Exit status: 0 it was told to end, 1 it could not start, 2 wrong options.\n";
+}
+
+}  // namespace
+
+ParsedOptions parseOptions(const std::vector<std::string>& arguments, std::ostream& output,
+                           std::ostream& errors) {
+    const po::options_description described = describedOptions();
+    try {
+        po::variables_map given;
+        po::store(
+            po::command_line_parser(arguments)
+                .options(described)
+                .positional({})  // a word that belongs to no option is a mistake
+                .style(po::command_line_style::unix_style & ~po::command_line_style::allow_guessing)
+                .run(),
+            given);
+        if (given.count("help") != 0) {
+            printHelp(output, described);
+            return {std::nullopt, 0};
+        }
+        return {toOptions(given), 0};
+    } catch (const std::exception& mistake) {
+        errors << "robaxi-robot: " << oneLine(mistake.what()) << "\nTry 'robaxi-robot --help'.\n";
+        return {std::nullopt, a_wrongUsage};
+    }
+}
+
+}  // namespace robot

@@ -1,0 +1,41 @@
+#ifndef OBVISTA_ROBOT_OPTIONS_H
+#define OBVISTA_ROBOT_OPTIONS_H
+
+#include <cstdint>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace robot {
+
+enum class Kind { Robot, Computer };
+
+/** What the command line says. */
+struct Options {
+    Kind fKind = Kind::Robot;
+    std::string fName;
+    std::string fAddress;
+    int fPort = 0;
+    std::uint64_t fSeed = 0;
+};
+
+/** The command line was read: either the program is to run, or to end with a status. */
+struct ParsedOptions {
+    std::optional<Options> fOptions;
+    int fExitStatus = 0;
+};
+
+/**
+ * Reads the command line.
+ *
+ * @param arguments without the program's name
+ * @param output where --help is written, with status 0
+ * @param errors where a mistake is written, with status 2
+ */
+ParsedOptions parseOptions(const std::vector<std::string>& arguments, std::ostream& output,
+                           std::ostream& errors);
+
+}  // namespace robot
+
+#endif
