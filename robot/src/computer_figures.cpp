@@ -328,7 +328,8 @@ void ComputerFigures::xReadDisks() {
         stream >> device >> escaped;
         const std::string mountPoint = unescapedMountPoint(escaped);
         // Only file systems on a device, each once; and the root, whatever carries it.
-        if ((device.rfind("/dev/", 0) != 0 && mountPoint != "/") || !seen.insert(device).second) {
+        if (mountPoint.empty() || (device.rfind("/dev/", 0) != 0 && mountPoint != "/") ||
+            !seen.insert(device).second) {
             continue;
         }
         const fs::path place = fRoot / fs::path(mountPoint).relative_path();

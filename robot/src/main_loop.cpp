@@ -62,7 +62,8 @@ void MainLoop::run() {
     for (;;) {
         std::array<pollfd, 2> waited{{{fSignals, POLLIN, 0}, {fWake, POLLIN, 0}}};
         poll(waited.data(), waited.size(), xMillisecondsToNext());
-        if ((waited[0].revents & POLLIN) != 0) {
+        signalfd_siginfo signal{};
+        if (read(fSignals, &signal, sizeof signal) > 0) {
             return;
         }
         std::uint64_t wakes = 0;

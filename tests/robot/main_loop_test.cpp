@@ -1,0 +1,65 @@
+#include "main_loop.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+using robot::MainLoop;
+using testing::ElementsAre;
+
+namespace {
+
+void endProcess(int signal) {
+    ASSERT_EQ(kill(getpid(), signal), 0);
+}
+
+TEST(MainLoop, endsOnBothSignals) {
+    for (const int signal : {SIGTERM, SIGINT}) {
+        MainLoop loop;
+        loop.post([signal] { endProcess(signal); });
+        loop.run();
+    }
+}
+
+TEST(MainLoop, runsWhatOtherThreadsPostOnItsOwnThread) {
+    MainLoop loop;
+    std::vector<int> order;
+    const auto mainThread = std::this_thread::get_id();
+    std::thread other([&] {
+        loop.post([&] {
+            EXPECT_EQ(std::this_thread::get_id(), mainThread);
+            order.push_back(1);
+        });
+        loop.post([&] { order.push_back(2); });
+        loop.post([] { endProcess(SIGTERM); });
+    });
+    loop.run();
+    other.join();
+    EXPECT_THAT(order, ElementsAre(1, 2));
+}
+
+TEST(MainLoop, runsDelayedFunctionsInTheOrderOfTheirTimesAndNotEarly) {
+    using std::chrono::milliseconds;
+    MainLoop loop;
+    std::vector<int> order;
+    const auto start = MainLoop::Clock::now();
+    loop.post([] { endProcess(SIGTERM); }, milliseconds(60));
+    loop.post([&] { order.push_back(2); }, milliseconds(40));
+    loop.post([&] { order.push_back(1); }, milliseconds(20));
+    loop.post([] { ADD_FAILURE() << "ran before its time"; }, std::chrono::hours(1));
+    loop.run();
+    EXPECT_THAT(order, ElementsAre(1, 2));
+    EXPECT_GE(MainLoop::Clock::now() - start, milliseconds(60));
+}
+
+TEST(MainLoop, aPostedFunctionMayPostAnother) {
+    MainLoop loop;
+    loop.post([&] { loop.post([] { endProcess(SIGINT); }); });
+    loop.run();
+}
+
+}  // namespace

@@ -1,0 +1,88 @@
+#include "options.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+using robot::Kind;
+using robot::Options;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace {
+
+class OptionsTest : public testing::Test {
+  protected:
+    Options parsed(const std::vector<std::string>& arguments) {
+        const robot::ParsedOptions result = robot::parseOptions(arguments, fOutput, fErrors);
+        EXPECT_TRUE(result.fOptions) << fErrors.str();
+        return result.fOptions.value_or(Options());
+    }
+
+    /** What is said about a wrong command line. */
+    std::string mistake(const std::vector<std::string>& arguments) {
+        fErrors.str("");
+        const robot::ParsedOptions result = robot::parseOptions(arguments, fOutput, fErrors);
+        EXPECT_FALSE(result.fOptions);
+        EXPECT_EQ(result.fExitStatus, 2);
+        EXPECT_EQ(fOutput.str(), "");
+        EXPECT_THAT(fErrors.str(), HasSubstr("\nTry 'robaxi-robot --help'.\n"));
+        return fErrors.str();
+    }
+
+    std::ostringstream fOutput;
+    std::ostringstream fErrors;
+};
+
+TEST_F(OptionsTest, withoutAnyItIsARobotThatOnlyThisMachineCanReach) {
+    const Options options = parsed({});
+    EXPECT_EQ(options.fKind, Kind::Robot);
+    EXPECT_EQ(options.fAddress, "127.0.0.1");
+    EXPECT_EQ(options.fPort, 9559);
+    EXPECT_EQ(options.fSeed, 1U);
+    EXPECT_FALSE(options.fName.empty());
+}
+
+TEST_F(OptionsTest, takesAllThatIsGiven) {
+    const Options options =
+        parsed({"--kind", "computer", "--name", "Rob \xc3\xa9", "--address=::", "--port", "65535",
+                "--seed", "18446744073709551615"});
+    EXPECT_EQ(options.fKind, Kind::Computer);
+    EXPECT_EQ(options.fName, "Rob \xc3\xa9");
+    EXPECT_EQ(options.fAddress, "::");
+    EXPECT_EQ(options.fPort, 65535);
+    EXPECT_EQ(options.fSeed, 18446744073709551615U);
+}
+
+TEST_F(OptionsTest, helpNamesEveryOptionAndEndsWithStatusZero) {
+    const robot::ParsedOptions result = robot::parseOptions({"--help"}, fOutput, fErrors);
+    EXPECT_FALSE(result.fOptions);
+    EXPECT_EQ(result.fExitStatus, 0);
+    EXPECT_EQ(fErrors.str(), "");
+    EXPECT_THAT(fOutput.str(), StartsWith("Usage: robaxi-robot"));
+    for (const char* option : {"--help", "--kind", "--name", "--address", "--port", "--seed"}) {
+        EXPECT_THAT(fOutput.str(), HasSubstr(option));
+    }
+}
+
+TEST_F(OptionsTest, mistakesAreNamed) {
+    EXPECT_THAT(mistake({"--kind", "toaster"}), HasSubstr("not 'toaster'"));
+    EXPECT_THAT(mistake({"--port", "0"}), HasSubstr("--port takes 1 to 65535, not 0"));
+    EXPECT_THAT(mistake({"--port", "65536"}), HasSubstr("not 65536"));
+    EXPECT_THAT(mistake({"--port", "95x"}), HasSubstr("95x"));
+    EXPECT_THAT(mistake({"--seed", "-1"}), HasSubstr("--seed"));
+    EXPECT_THAT(mistake({"--seed", "18446744073709551616"}), HasSubstr("--seed"));
+    EXPECT_THAT(mistake({"--name", ""}), HasSubstr("--name"));
+    EXPECT_THAT(mistake({"--name", std::string(64, 'a')}), HasSubstr("1 to 63 bytes"));
+    EXPECT_THAT(mistake({"--name", "a\nb"}), HasSubstr("control characters"));
+    EXPECT_THAT(mistake({"--address", ""}), HasSubstr("--address"));
+    EXPECT_THAT(mistake({"--prot", "1"}), HasSubstr("--prot"));
+    EXPECT_THAT(mistake({"stray"}), HasSubstr("positional"));
+}
+
+TEST_F(OptionsTest, aMistakeIsShownOnOneSafeLine) {
+    EXPECT_THAT(mistake({"--kind", "a\n\x1b[2Jb"}), HasSubstr("'a\\n\\u001b[2Jb'"));
+}
+
+}  // namespace
