@@ -55,14 +55,12 @@ milliseconds() {
 }
 
 # wait_for_child PID: waits to the end of a child, however many trapped signals come meanwhile,
-# and gives its exit status. Bash's own remark about a child that was killed is left out.
+# and gives its exit status, which bash keeps. Bash's own remark about a killed child is left out.
 wait_for_child() {
-    local status
-    while :; do
-        status=0
-        wait "$1" 2>/dev/null || status=$?
-        kill -0 "$1" 2>/dev/null || return "$status"
+    while ! process_is_gone "$1"; do
+        wait "$1" 2>/dev/null || true
     done
+    wait "$1"
 }
 
 process_is_gone() {
@@ -78,10 +76,15 @@ with_default_signals() {
 # The next functions act on the Avahi daemon of the host in whose namespaces they run.
 
 avahi_start() {
-    local configuration=$1 log=$2
+    local configuration=$1 log=$2 daemon
+    # shellcheck disable=SC2317  # called by wait_until
+    answers_or_has_ended() {
+        avahi_answers || process_is_gone "$daemon"
+    }
     setsid avahi-daemon --no-drop-root --no-rlimits --no-chroot --file="$configuration" \
         </dev/null >>"$log" 2>&1 &
-    wait_until 20 avahi_answers
+    daemon=$!
+    wait_until 20 answers_or_has_ended && avahi_answers
 }
 
 # avahi_state: 2 once the host name is established on the network (AVAHI_SERVER_RUNNING).

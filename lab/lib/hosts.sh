@@ -91,13 +91,21 @@ host_port() {
     cat "$lab_hosts/$1/port"
 }
 
-# in_host NAME COMMAND...: runs a command in all namespaces of a host. It ends with this process.
+# make_host_entry NAME: sets host_entry to the words that, put before a command, run it in all
+# namespaces of the host. The command ends with its nsenter, which forks to enter the process
+# namespace of a host.
+make_host_entry() {
+    host_entry=(nsenter --target "$(host_pid "$1")" --net --mount)
+    [ "$1" = observer ] || host_entry+=(--uts --pid -- setpriv --pdeathsig TERM)
+    host_entry+=(-- env -C "$PWD" "--default-signal=INT,QUIT" --)
+}
+
+# in_host NAME COMMAND...
 in_host() {
-    local name=$1 namespaces=(--net --mount)
+    local host_entry
+    make_host_entry "$1"
     shift
-    [ "$name" = observer ] || namespaces+=(--uts --pid)
-    nsenter --target "$(host_pid "$name")" "${namespaces[@]}" -- \
-        setpriv --pdeathsig TERM env -C "$PWD" --default-signal=INT,QUIT -- "$@"
+    "${host_entry[@]}" "$@"
 }
 
 set_link() {
