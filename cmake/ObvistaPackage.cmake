@@ -1,0 +1,41 @@
+include(CMakePackageConfigHelpers)
+
+# obvista_install_package(PACKAGE TARGET target AS name [HEADERS folder]
+#     [DEPENDENCIES "Boost 1.74" ...] [FOLDERS VARIABLE=folder ...])
+#
+# Installs a shared library for those who run it (component runtime), and its headers and a CMake
+# package for those who build with it (component development): find_package(PACKAGE) gives them the
+# target PACKAGE::name. DEPENDENCIES are the arguments of the find_dependency() calls that the
+# headers need. FOLDERS are folders of the installation that the package names in a variable.
+function(obvista_install_package package)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "TARGET;AS;HEADERS" "DEPENDENCIES;FOLDERS")
+    if(arg_UNPARSED_ARGUMENTS OR NOT arg_TARGET OR NOT arg_AS)
+        message(FATAL_ERROR "obvista_install_package(${package}): bad arguments ${arg_UNPARSED_ARGUMENTS}")
+    endif()
+    set_target_properties(${arg_TARGET} PROPERTIES EXPORT_NAME ${arg_AS} INSTALL_RPATH "$ORIGIN")
+    install(TARGETS ${arg_TARGET} EXPORT ${package}Targets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development)
+    if(arg_HEADERS)
+        install(DIRECTORY ${arg_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+    endif()
+
+    set(dependencies)
+    foreach(dependency IN LISTS arg_DEPENDENCIES)
+        string(APPEND dependencies "find_dependency(${dependency})\n")
+    endforeach()
+    set(folders)
+    foreach(folder IN LISTS arg_FOLDERS)
+        string(REGEX REPLACE "^([^=]+)=(.+)$" "set(\\1 \"\${PACKAGE_PREFIX_DIR}/\\2\")\n" folder "${folder}")
+        string(APPEND folders "${folder}")
+    endforeach()
+    set(destination "${CMAKE_INSTALL_LIBDIR}/cmake/${package}")
+    set(generated "${CMAKE_CURRENT_BINARY_DIR}/${package}")
+    configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/PackageConfig.cmake.in"
+        "${generated}Config.cmake" INSTALL_DESTINATION "${destination}"
+        NO_CHECK_REQUIRED_COMPONENTS_MACRO NO_SET_AND_CHECK_MACRO)
+    write_basic_package_version_file("${generated}ConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
+    install(FILES "${generated}Config.cmake" "${generated}ConfigVersion.cmake"
+        DESTINATION "${destination}" COMPONENT development)
+    install(EXPORT ${package}Targets NAMESPACE ${package}:: DESTINATION "${destination}"
+        COMPONENT development)
+endfunction()

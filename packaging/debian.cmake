@@ -1,0 +1,33 @@
+# Run by CPack between the installation into its staging folder and the making of the packages. Puts
+# what a Debian system looks for in fixed places of /usr beside the installation in /opt: links to
+# the programs, to the menu entry and its icons, and each package's licence.
+
+set(prefix "${CPACK_PACKAGING_INSTALL_PREFIX}")
+set(runtime "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/runtime")
+set(development "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/development")
+
+file(GLOB programs RELATIVE "${runtime}${prefix}" LIST_DIRECTORIES false "${runtime}${prefix}/bin/*")
+file(GLOB_RECURSE desktop_files RELATIVE "${runtime}${prefix}"
+    "${runtime}${prefix}/share/applications/*" "${runtime}${prefix}/share/icons/*")
+foreach(file IN LISTS programs desktop_files)
+    set(link "${runtime}/usr/${file}")
+    cmake_path(GET link PARENT_PATH folder)
+    file(MAKE_DIRECTORY "${folder}")
+    file(CREATE_LINK "${prefix}/${file}" "${link}" SYMBOLIC)
+endforeach()
+
+set(licence "${runtime}${prefix}/share/doc/obvista/LICENSE")
+foreach(folder "${runtime}/usr/share/doc/${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME}"
+        "${development}/usr/share/doc/${CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME}")
+    file(MAKE_DIRECTORY "${folder}")
+    file(COPY_FILE "${licence}" "${folder}/copyright")
+endforeach()
+
+# The staging folders have the umask of whoever runs CPack; those of a package are open to everybody.
+file(GLOB_RECURSE staged LIST_DIRECTORIES true "${runtime}/*" "${development}/*")
+foreach(folder IN LISTS staged)
+    if(IS_DIRECTORY "${folder}" AND NOT IS_SYMLINK "${folder}")
+        file(CHMOD "${folder}" DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE
+            GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+    endif()
+endforeach()
