@@ -1,0 +1,76 @@
+# shellcheck shell=bash
+# What tests written as shell scripts share: checks, and a runner for the functions named test_*.
+
+fail() {
+    echo "  FAILED: $*" >&2
+    exit 1
+}
+
+# expect_equal EXPECTED ACTUAL
+expect_equal() {
+    [ "$1" = "$2" ] || fail "expected '$1' but got '$2'"
+}
+
+# expect_match REGEX TEXT
+expect_match() {
+    [[ $2 =~ $1 ]] || fail "expected a match of '$1' but got '$2'"
+}
+
+# expect_no_match REGEX TEXT
+expect_no_match() {
+    [[ ! $2 =~ $1 ]] || fail "expected no match of '$1' but got '$2'"
+}
+
+# expect_status STATUS COMMAND...
+expect_status() {
+    local expected=$1 status=0
+    shift
+    "$@" || status=$?
+    [ "$status" -eq "$expected" ] || fail "expected status $expected of '$*' but got $status"
+}
+
+# expect_eventually SECONDS COMMAND...: the command succeeds before the time is over.
+expect_eventually() {
+    local -i seconds=$1 deadline=$((SECONDS + $1))
+    shift
+    until "$@" >/dev/null 2>&1; do
+        [ "$SECONDS" -le "$deadline" ] || fail "not within $seconds s: $*"
+        sleep 0.05
+    done
+}
+
+# Waits for a child that may have been killed, which bash would remark on.
+wait_quietly() {
+    wait "$1" 2>/dev/null
+}
+
+is_gone() {
+    ! kill -0 "$1" 2>/dev/null
+}
+
+has_line() {
+    grep -q -- "$1" "$2"
+}
+
+elapsed_ms_since() {
+    echo $(((${EPOCHREALTIME/[.,]/} - ${1/[.,]/}) / 1000))
+}
+
+# Runs each test_* function in a shell of its own, in which the first failure ends the test.
+run_tests() {
+    local name failures=0
+    for name in $(compgen -A function test_); do
+        (
+            set -eu
+            "$name"
+        )
+        # shellcheck disable=SC2181  # asked in an "if", bash would not stop at failures in it
+        if [ $? -eq 0 ]; then
+            echo "passed: $name"
+        else
+            echo "FAILED: $name"
+            failures=$((failures + 1))
+        fi
+    done
+    [ "$failures" -eq 0 ]
+}
