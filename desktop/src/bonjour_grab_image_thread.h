@@ -1,0 +1,49 @@
+#ifndef OBVISTA_DESKTOP_BONJOUR_GRAB_IMAGE_THREAD_H
+#define OBVISTA_DESKTOP_BONJOUR_GRAB_IMAGE_THREAD_H
+
+#include <QThread>
+
+#include <boost/shared_ptr.hpp>
+#include <boost/weak_ptr.hpp>
+
+#include <future>
+#include <mutex>
+
+namespace KD {
+
+class BonjourListeningThread;
+
+/**
+ * Fetches the icons for which a BonjourListeningThread asks, in an event loop of its own.
+ *
+ * It does not keep that thread alive.
+ */
+class BonjourGrabImageThread : public QThread {
+    Q_OBJECT
+
+  public:
+    explicit BonjourGrabImageThread(boost::shared_ptr<BonjourListeningThread> listeningThread);
+    /** Ends the event loop, and with it all downloads, and waits for that. */
+    ~BonjourGrabImageThread() override;
+
+    /**
+     * Ready once requests no longer go unheard; it always becomes ready after start(), and may be
+     * waited for even when this object is destroyed in the meantime.
+     */
+    std::shared_future<void> connected() const;
+
+  protected:
+    void run() override;
+
+  private:
+    void xConnect(const class ImageGrabber& grabber);
+
+    boost::weak_ptr<BonjourListeningThread> fListeningThread;
+    std::promise<void> fConnectedPromise;
+    std::shared_future<void> fConnected;
+    std::once_flag fConnectedOnce;
+};
+
+}  // namespace KD
+
+#endif

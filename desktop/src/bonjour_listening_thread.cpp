@@ -1,0 +1,238 @@
+#include "bonjour_listening_thread.h"
+
+#include "bonjour_grab_image_thread.h"
+
+#include <bonjour/bonjour_discovery.h>
+
+#include <QHostAddress>
+
+#include <boost/bind/bind.hpp>
+#include <boost/make_shared.hpp>
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+namespace KD {
+
+namespace {
+
+// As many as Qt's own look-ups: one that gets no answer takes seconds and must not hold up others.
+constexpr int a_simultaneousLookUps = 20;
+constexpr unsigned long a_exitTimeOut = 3000;  // milliseconds
+
+QString toQString(const std::string& text) {
+    return QString::fromLatin1(text.data(), static_cast<int>(text.size()));
+}
+
+QString firstIPv4Address(const QHostInfo& host) {
+    if (host.error() != QHostInfo::NoError) {
+        return QString();
+    }
+    const QList<QHostAddress> addresses = host.addresses();
+    const auto found =
+        std::find_if(addresses.begin(), addresses.end(), [](const QHostAddress& address) {
+            return address.protocol() != QAbstractSocket::IPv6Protocol;
+        });
+    return found == addresses.end() ? QString() : found->toString();
+}
+
+}  // namespace
+
+/**
+ * What the discovery library's signals hold on to. They stay connected for good, so they must not
+ * lead to the object itself, which may be gone when they fire again.
+ */
+struct BonjourListeningThread::Link {
+    std::mutex fMutex;
+    BonjourListeningThread* fThread;
+};
+
+boost::shared_ptr<BonjourListeningThread> BonjourListeningThread::createBonjourListeningThread() {
+    // run() and the icon thread hold a strong pointer for moments. If that were the last one, a
+    // thread would destroy itself and wait for its own end. So theirs count among themselves
+    // (shared_from_this() knows only the first pointer), and the pointers given out share a second
+    // count whose end stops both threads before it lets go of the object.
+    boost::shared_ptr<BonjourListeningThread> owner(new BonjourListeningThread);
+    const auto stopAndRelease = [owner](BonjourListeningThread*) mutable {
+        owner->exit(0);
+        owner->wait();
+        owner.reset();
+    };
+    return boost::shared_ptr<BonjourListeningThread>(owner.get(), stopAndRelease);
+}
+
+BonjourListeningThread::BonjourListeningThread()
+    : fProfilesMutex(KVMutex::createKVMutex()), fLink(boost::make_shared<Link>()) {
+    fLink->fThread = this;
+    fLookUps.setMaxThreadCount(a_simultaneousLookUps);
+}
+
+BonjourListeningThread::~BonjourListeningThread() {
+    exit(0);
+    wait();
+    {
+        const std::lock_guard<std::mutex> lock(fLink->fMutex);
+        fLink->fThread = nullptr;
+    }
+    fLookUps.clear();
+    fLookUps.waitForDone();
+}
+
+void BonjourListeningThread::exit(int) {
+    {
+        const std::lock_guard<std::mutex> lock(fStateMutex);
+        fExitRequested = isRunning();
+    }
+    KV::BonjourDiscovery::stopListening();
+    xStopGrabbing();
+    if (wait(a_exitTimeOut)) {
+        const std::lock_guard<std::mutex> lock(fStateMutex);
+        fExitRequested = false;
+    }
+}
+
+void BonjourListeningThread::run() {
+    if (!xStartGrabbing()) {
+        return;
+    }
+    xConnectToDiscovery();
+    xStartListening();
+}
+
+/** Whether the icon thread hears requests now; if not, exit() was called before. */
+bool BonjourListeningThread::xStartGrabbing() {
+    const boost::shared_ptr<BonjourListeningThread> self = shared_from_this();
+    std::shared_future<void> connected;
+    {
+        const std::lock_guard<std::mutex> lock(fStateMutex);
+        if (fExitRequested) {
+            return false;
+        }
+        fGrabImageThread = new BonjourGrabImageThread(self);
+        fGrabImageThread->start();
+        connected = fGrabImageThread->connected();
+    }
+    // A request that is emitted before the icon thread is connected would be lost.
+    connected.wait();
+    return true;
+}
+
+void BonjourListeningThread::xStopGrabbing() {
+    BonjourGrabImageThread* thread = nullptr;
+    {
+        const std::lock_guard<std::mutex> lock(fStateMutex);
+        thread = std::exchange(fGrabImageThread, nullptr);
+    }
+    if (thread != nullptr) {
+        thread->exit(0);
+        delete thread;
+    }
+}
+
+void BonjourListeningThread::xConnectToDiscovery() {
+    using boost::placeholders::_1;
+    KV::BonjourDiscovery::fAddProfile.connect(boost::bind(
+        &BonjourListeningThread::xForward, fLink, &BonjourListeningThread::onAddProfile, _1));
+    KV::BonjourDiscovery::fRemoveProfile.connect(boost::bind(
+        &BonjourListeningThread::xForward, fLink, &BonjourListeningThread::onRemoveProfile, _1));
+}
+
+void BonjourListeningThread::xForward(const boost::shared_ptr<Link>& link, ProfileHandler handler,
+                                      const boost::shared_ptr<KV::BonjourProfile>& profile) {
+    const std::lock_guard<std::mutex> lock(link->fMutex);
+    if (link->fThread != nullptr) {
+        (link->fThread->*handler)(profile);
+    }
+}
+
+void BonjourListeningThread::xStartListening() {
+    try {
+        KV::BonjourDiscovery::startListening();
+    } catch (const std::exception& exception) {
+        Q_EMIT exceptionCaught(QString::fromLatin1(exception.what()));
+        return;
+    }
+    const std::lock_guard<std::mutex> lock(fStateMutex);
+    if (fExitRequested) {
+        // exit() has stopped listening before it was started.
+        KV::BonjourDiscovery::stopListening();
+    }
+}
+
+void BonjourListeningThread::onAddProfile(boost::shared_ptr<KV::BonjourProfile> profile) {
+    if (!profile) {
+        return;
+    }
+    if (!profile->fIP.empty()) {
+        xAskForMissingImage(profile);
+        return;
+    }
+    const KVCriticalSection lock(fProfilesMutex);
+    if (!fProfilesToLookUp.contains(profile)) {
+        fProfilesToLookUp.append(profile);
+        xLookUp(profile);
+    }
+}
+
+void BonjourListeningThread::onRemoveProfile(boost::shared_ptr<KV::BonjourProfile> profile) {
+    const KVCriticalSection lock(fProfilesMutex);
+    fProfilesToLookUp.removeAll(profile);
+}
+
+void BonjourListeningThread::lookedUp(QHostInfo host) {
+    const QString hostName = host.hostName();
+    const std::string address = firstIPv4Address(host).toStdString();
+    const KVCriticalSectionWrite mapLock(KV::BonjourDiscovery::fRobaxsMapMutex);
+    const KVCriticalSection lock(fProfilesMutex);
+    for (auto entry = fProfilesToLookUp.begin(); entry != fProfilesToLookUp.end();) {
+        const boost::shared_ptr<KV::BonjourProfile> profile = *entry;
+        if (toQString(profile->fHostName).compare(hostName, Qt::CaseInsensitive) != 0) {
+            ++entry;
+            continue;
+        }
+        if (!address.empty()) {
+            profile->fIP = address;
+            xAskForMissingImage(profile);
+        }
+        entry = fProfilesToLookUp.erase(entry);
+    }
+}
+
+/**
+ * Looks the host up on a thread of the pool. QHostInfo::lookupHost() would not do: it refuses on
+ * the threads of the discovery library, which have no Qt event loop, and it repeats what it has
+ * learnt for a minute, while a robot may come back with another address within seconds.
+ * fromName() always asks anew, and Qt remembers its answer for the other look-ups of the program.
+ */
+void BonjourListeningThread::xLookUp(const boost::shared_ptr<KV::BonjourProfile>& profile) {
+    const QString hostName = toQString(profile->fHostName);
+    fLookUps.start([this, profile, hostName] {
+        const QHostInfo host = QHostInfo::fromName(hostName);
+        const auto deliver = [this, profile, host] {
+            // The answer for a host that has gone meanwhile is not one for its successor.
+            if (xAwaitsLookUp(profile)) {
+                lookedUp(host);
+            }
+        };
+        QMetaObject::invokeMethod(this, deliver, Qt::QueuedConnection);
+    });
+}
+
+bool BonjourListeningThread::xAwaitsLookUp(
+    const boost::shared_ptr<KV::BonjourProfile>& profile) const {
+    const KVCriticalSection lock(fProfilesMutex);
+    return fProfilesToLookUp.contains(profile);
+}
+
+/** The map lock or the only reference to the profile must be held. */
+void BonjourListeningThread::xAskForMissingImage(
+    const boost::shared_ptr<KV::BonjourProfile>& profile) {
+    if (!profile->hasBitmapBinary() &&
+        profile->hasService(KV::BonjourDiscovery::fRobaxiServiceType) &&
+        profile->hasService(KV::BonjourDiscovery::fRobaxServiceType)) {
+        Q_EMIT askForImage(toQString(profile->fIP), profile);
+    }
+}
+
+}  // namespace KD
