@@ -1,3 +1,5 @@
+#include "refused_call.h"
+
 #include <robaxi/kv_error.h>
 #include <robaxi/kv_module.h>
 #include <robaxi/kv_value_table.h>
@@ -22,18 +24,19 @@ void checkArguments(const BoundMethod& method, const KVValue::List& arguments) {
     const std::string& signature =
         method.fInfo.fSignature.empty() ? method.fInfo.fName : method.fInfo.fSignature;
     if (arguments.size() != method.fArgumentTypes.size()) {
-        throw KVError(
+        throw robaxi::RefusedCall(
             KVError::Cause::WrongArguments,
             "The method " + signature + " takes " + std::to_string(method.fArgumentTypes.size()) +
                 " argument(s); it was called with " + std::to_string(arguments.size()) + ".");
     }
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         if (!fits(arguments[i], method.fArgumentTypes[i])) {
-            throw KVError(KVError::Cause::WrongArguments,
-                          "Argument " + std::to_string(i + 1) + " of the method " + signature +
-                              " is of type " + KVValue::typeName(method.fArgumentTypes[i]) +
-                              "; it was called with one of type " +
-                              KVValue::typeName(arguments[i].type()) + ".");
+            throw robaxi::RefusedCall(KVError::Cause::WrongArguments,
+                                      "Argument " + std::to_string(i + 1) + " of the method " +
+                                          signature + " is of type " +
+                                          KVValue::typeName(method.fArgumentTypes[i]) +
+                                          "; it was called with one of type " +
+                                          KVValue::typeName(arguments[i].type()) + ".");
         }
     }
 }
@@ -99,8 +102,9 @@ boost::shared_ptr<KVValueTable> KVModule::getValues() const {
 KVValue KVModule::invoke(const std::string& method, const KVValue::List& arguments) const {
     const auto found = fPrivate->fIndexOf.find(method);
     if (found == fPrivate->fIndexOf.end()) {
-        throw KVError(KVError::Cause::NoSuchMethod,
-                      "Module " + fPrivate->fName + " has no method named " + method + ".");
+        throw robaxi::RefusedCall(
+            KVError::Cause::NoSuchMethod,
+            "Module " + fPrivate->fName + " has no method named " + method + ".");
     }
     const BoundMethod& bound = fPrivate->fMethods[found->second];
     checkArguments(bound, arguments);

@@ -84,9 +84,9 @@ bool KVValueTable::Private::xSet(std::uint32_t id, const KVValue& value, std::in
     return true;
 }
 
-void KVValueTable::Private::xTellObservers() {
+void KVValueTable::Private::xTellOfValues() {
     for (Observer* observer : fObservers) {
-        observer->tableChanged();
+        observer->valuesChanged();
     }
 }
 
@@ -109,7 +109,9 @@ std::uint32_t KVValueTable::addKey(const KVKeyInfo& info, const KVValue& value) 
     fPrivate->fIds.push_back(fPrivate->fLastId);
     fPrivate->fPositions.push_back(position);
     fPrivate->fIdOf.emplace(info.fName, fPrivate->fLastId);
-    fPrivate->xTellObservers();
+    for (Private::Observer* observer : fPrivate->fObservers) {
+        observer->keyAdded();
+    }
     return fPrivate->fLastId;
 }
 
@@ -139,7 +141,7 @@ void KVValueTable::setValues(const std::vector<std::pair<std::uint32_t, KVValue>
         changed = fPrivate->xSet(id, value, instant) || changed;
     }
     if (changed) {
-        fPrivate->xTellObservers();
+        fPrivate->xTellOfValues();
     }
 }
 
@@ -147,7 +149,7 @@ void KVValueTable::setValue(std::uint32_t id, const KVValue& value, std::int64_t
     const std::int64_t instant = time != 0 ? time : microsecondsNow();
     const std::lock_guard lock(fPrivate->fMutex);
     if (fPrivate->xSet(id, value, instant)) {
-        fPrivate->xTellObservers();
+        fPrivate->xTellOfValues();
     }
 }
 

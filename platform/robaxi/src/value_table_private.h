@@ -28,7 +28,8 @@ struct KVValueTable::Private {
     class Observer {
       public:
         virtual ~Observer() = default;
-        virtual void tableChanged() = 0;
+        virtual void valuesChanged() = 0;
+        virtual void keyAdded() = 0;
         virtual void keyRemoved(std::uint32_t id) = 0;
     };
 
@@ -48,7 +49,7 @@ struct KVValueTable::Private {
     Entries::iterator* xPosition(std::uint32_t id);
     bool xSet(std::uint32_t id, const KVValue& value, std::int64_t time);
     void xTouch(Entries::iterator entry);
-    void xTellObservers();
+    void xTellOfValues();
 
     mutable std::mutex fMutex;
     Entries fEntries;

@@ -118,7 +118,7 @@ class ROBAXI_EXPORT KVProxy {
     }
 
     struct Private;
-    std::unique_ptr<Private> fPrivate;
+    std::shared_ptr<Private> fPrivate;
 };
 
 #endif

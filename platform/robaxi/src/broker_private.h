@@ -1,0 +1,31 @@
+#ifndef ROBAXI_BROKER_PRIVATE_H
+#define ROBAXI_BROKER_PRIVATE_H
+
+#include "hosted_modules.h"
+#include "link_table.h"
+#include "runtime.h"
+#include "server.h"
+
+#include <robaxi/kv_broker.h>
+
+#include <memory>
+#include <string>
+
+struct KVBroker::Private {
+    Private(const std::string& name, std::string ip, int port)
+        : fIP(std::move(ip)),
+          fPort(port),
+          fRuntime(std::make_shared<robaxi::Runtime>(name)),
+          fLinks(fRuntime),
+          fModules(std::make_shared<robaxi::HostedModules>()) {}
+
+    const std::string fIP;
+    const int fPort;
+    const std::shared_ptr<robaxi::Runtime> fRuntime;
+    robaxi::LinkTable fLinks;
+    const std::shared_ptr<robaxi::HostedModules> fModules;
+    std::unique_ptr<robaxi::Server> fServer;
+    std::shared_ptr<robaxi::Link> fParent;
+};
+
+#endif

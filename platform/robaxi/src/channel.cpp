@@ -1,0 +1,31 @@
+#include "channel.h"
+
+#include "limits.h"
+
+namespace robaxi {
+
+std::shared_ptr<grpc::Channel> createChannel(const std::string& target) {
+    grpc::ChannelArguments arguments;
+    arguments.SetMaxReceiveMessageSize(static_cast<int>(limits::a_largestMessage));
+    arguments.SetMaxSendMessageSize(static_cast<int>(limits::a_largestMessage));
+    // A robot is never behind the proxy that the environment names for web pages.
+    arguments.SetInt(GRPC_ARG_ENABLE_HTTP_PROXY, 0);
+    arguments.SetInt(GRPC_ARG_SERVICE_CONFIG_DISABLE_RESOLUTION, 1);
+    arguments.SetInt(GRPC_ARG_ENABLE_RETRIES, 0);
+    // Otherwise brokers of one process that reach the same robot share a connection, and the end
+    // of one broker's would be the end of the other's.
+    arguments.SetInt(GRPC_ARG_USE_LOCAL_SUBCHANNEL_POOL, 1);
+    return grpc::CreateCustomChannel(target, grpc::InsecureChannelCredentials(), arguments);
+}
+
+void configureServer(grpc::ServerBuilder& builder, const std::string& address, int* boundPort) {
+    builder.SetMaxReceiveMessageSize(static_cast<int>(limits::a_largestMessage));
+    builder.SetMaxSendMessageSize(static_cast<int>(limits::a_largestMessage));
+    // Two robots on one port would each get every second connection.
+    builder.AddChannelArgument(GRPC_ARG_ALLOW_REUSEPORT, 0);
+    builder.AddChannelArgument(GRPC_ARG_MAX_CONCURRENT_STREAMS,
+                               static_cast<int>(2 + 2 * limits::a_subscriptionsOfSession));
+    builder.AddListeningPort(address, grpc::InsecureServerCredentials(), boundPort);
+}
+
+}  // namespace robaxi

@@ -1,0 +1,19 @@
+#ifndef ROBAXI_CHANNEL_H
+#define ROBAXI_CHANNEL_H
+
+#include <grpcpp/grpcpp.h>
+
+#include <memory>
+#include <string>
+
+namespace robaxi {
+
+/** A channel to one numeric address that shares nothing with any other channel of the process. */
+std::shared_ptr<grpc::Channel> createChannel(const std::string& target);
+
+/** Sets what holds for every connection to a server of ours, and the address to listen on. */
+void configureServer(grpc::ServerBuilder& builder, const std::string& address, int* boundPort);
+
+}  // namespace robaxi
+
+#endif

@@ -1,0 +1,120 @@
+#include "error_sentences.h"
+
+#include <sstream>
+
+namespace robaxi {
+
+namespace {
+
+std::string place(const std::string& address, int port) {
+    return address + " port " + std::to_string(port);
+}
+
+std::string seconds(double time) {
+    std::ostringstream text;
+    text << time << " s";
+    return text.str();
+}
+
+std::string peer(const Target& target) {
+    const std::string where = place(target.fAddress, target.fPort);
+    return target.fModule.empty() ? where : "the module " + target.fModule + " at " + where;
+}
+
+std::string attempt(const Target& target) {
+    if (target.fMethod.empty()) {
+        return "Cannot reach " + peer(target);
+    }
+    return "The call of " + target.fModule + "." + target.fMethod + " at " +
+           place(target.fAddress, target.fPort) + " failed";
+}
+
+std::string reason(const Target& target, KVError::Cause cause) {
+    switch (cause) {
+        case KVError::Cause::NameNotFound:
+            return "the name does not resolve to an address";
+        case KVError::Cause::NoRoute:
+            return "there is no route to that address";
+        case KVError::Cause::Refused:
+            return "nothing listens on that port";
+        case KVError::Cause::TimedOut:
+            return "no answer came within " + seconds(target.fTimeOut);
+        case KVError::Cause::ProtocolVersion:
+            return "the program there does not speak this version of the Robaxi protocol";
+        case KVError::Cause::NoSuchModule:
+            return "there is no module named " + target.fModule;
+        case KVError::Cause::ConnectionLost:
+            return "the connection is lost";
+        case KVError::Cause::NotAuthorised:
+            return "the robot does not let this program in";
+        case KVError::Cause::TooLarge:
+            return "a message is larger than 16 MiB";
+        case KVError::Cause::Cancelled:
+            return "it was cancelled";
+        default:
+            return {};
+    }
+}
+
+const char* advice(KVError::Cause cause) {
+    switch (cause) {
+        case KVError::Cause::NameNotFound:
+            return "Check the spelling, or use the numeric address.";
+        case KVError::Cause::NoRoute:
+            return "Check that this computer is on the robot's network.";
+        case KVError::Cause::Refused:
+            return "Check that the robot's middleware is running and that the port is right.";
+        case KVError::Cause::TimedOut:
+            return "Check that the robot is switched on and on this network, and that no firewall "
+                   "stands between.";
+        case KVError::Cause::ProtocolVersion:
+            return "Check the port, and that robot and program are of matching versions.";
+        case KVError::Cause::NoSuchModule:
+            return "Check the module's name, and that it is started on the robot.";
+        case KVError::Cause::ConnectionLost:
+            return "Check that the robot is still running and connected, then connect again.";
+        case KVError::Cause::NotAuthorised:
+            return "Ask the robot's owner for access.";
+        case KVError::Cause::TooLarge:
+            return "Send it in smaller parts.";
+        default:
+            return "";
+    }
+}
+
+KVError sentence(const std::string& attempt, const std::string& reason, const Failure& failure,
+                 const std::string& advice) {
+    std::string detail = failure.fDetail;
+    if (!detail.empty() && detail.back() == '.') {
+        detail.pop_back();
+    }
+    std::string why = reason;
+    if (!detail.empty()) {
+        why = why.empty() ? detail : why + " (" + detail + ")";
+    }
+    std::string text = attempt + (why.empty() ? "" : ": " + why) + ".";
+    return KVError(failure.fCause, advice.empty() ? text : text + " " + advice);
+}
+
+}  // namespace
+
+KVError describe(const Target& target, const Failure& failure) {
+    if (failure.fCause == KVError::Cause::ConnectionLost && target.fMethod.empty()) {
+        return sentence("The connection to " + peer(target) + " is lost", {}, failure,
+                        advice(failure.fCause));
+    }
+    return sentence(attempt(target), reason(target, failure.fCause), failure,
+                    advice(failure.fCause));
+}
+
+KVError describeListening(const std::string& address, int port, const Failure& failure) {
+    const std::string where = place(address.empty() ? std::string("all addresses") : address, port);
+    if (failure.fCause == KVError::Cause::AddressInUse) {
+        return sentence("Cannot listen on " + where, "the port is in use by another program",
+                        failure, "Choose another port, or end that program.");
+    }
+    return sentence("Cannot listen on " + where, "the address cannot be used", failure,
+                    "Choose an address of this computer and a port that this user may open.");
+}
+
+}  // namespace robaxi

@@ -1,0 +1,27 @@
+#ifndef ROBAXI_ERROR_SENTENCES_H
+#define ROBAXI_ERROR_SENTENCES_H
+
+#include "failure.h"
+
+#include <string>
+
+namespace robaxi {
+
+/** What a failure is about; empty fields are not named. */
+struct Target {
+    std::string fModule;
+    std::string fMethod;
+    std::string fAddress;
+    int fPort = 0;
+    double fTimeOut = 0;  // seconds
+};
+
+/** The sentence for the user: what was tried, where, why it failed and what to try next. */
+KVError describe(const Target& target, const Failure& failure);
+
+/** The same for a broker that could not listen. */
+KVError describeListening(const std::string& address, int port, const Failure& failure);
+
+}  // namespace robaxi
+
+#endif

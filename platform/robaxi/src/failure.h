@@ -1,0 +1,22 @@
+#ifndef ROBAXI_FAILURE_H
+#define ROBAXI_FAILURE_H
+
+#include <robaxi/kv_error.h>
+
+#include <string>
+
+namespace robaxi {
+
+/**
+ * Thrown and kept inside the library, where it is known what went wrong but not for whom. The edge
+ * of the library makes a KVError of it that names module, address and port.
+ */
+struct Failure {
+    KVError::Cause fCause;
+    /** What the cause does not say by itself; may be empty. A part of a sentence, for the user. */
+    std::string fDetail;
+};
+
+}  // namespace robaxi
+
+#endif

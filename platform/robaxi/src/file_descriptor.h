@@ -1,0 +1,35 @@
+#ifndef ROBAXI_FILE_DESCRIPTOR_H
+#define ROBAXI_FILE_DESCRIPTOR_H
+
+#include <unistd.h>
+#include <utility>
+
+namespace robaxi {
+
+/** Owns a descriptor; -1 stands for none. */
+class FileDescriptor {
+  public:
+    explicit FileDescriptor(int descriptor) : fDescriptor(descriptor) {}
+    ~FileDescriptor() {
+        if (fDescriptor >= 0) {
+            ::close(fDescriptor);
+        }
+    }
+    FileDescriptor(FileDescriptor&& other) noexcept
+        : fDescriptor(std::exchange(other.fDescriptor, -1)) {}
+    FileDescriptor& operator=(FileDescriptor&& other) noexcept {
+        std::swap(fDescriptor, other.fDescriptor);
+        return *this;
+    }
+    FileDescriptor(const FileDescriptor&) = delete;
+    FileDescriptor& operator=(const FileDescriptor&) = delete;
+
+    int get() const { return fDescriptor; }
+
+  private:
+    int fDescriptor;
+};
+
+}  // namespace robaxi
+
+#endif

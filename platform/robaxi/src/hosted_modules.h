@@ -1,0 +1,58 @@
+#ifndef ROBAXI_HOSTED_MODULES_H
+#define ROBAXI_HOSTED_MODULES_H
+
+#include <robaxi/kv_module.h>
+
+#include <boost/shared_ptr.hpp>
+
+#include <condition_variable>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace robaxi {
+
+/** The modules that a broker hosts. */
+class HostedModules {
+  public:
+    HostedModules() = default;
+    HostedModules(const HostedModules&) = delete;
+    HostedModules& operator=(const HostedModules&) = delete;
+
+    /** @throws KVError InvalidArgument when the name is taken */
+    void add(boost::shared_ptr<KVModule> module);
+
+    /** Returns when no method of the module runs any more, except one from which it is called. */
+    void remove(const std::string& name);
+
+    /** The module of a name, or null. */
+    boost::shared_ptr<KVModule> find(const std::string& name) const;
+    std::vector<KVModuleInfo> getInfos() const;
+
+    /**
+     * Runs a method on the calling thread.
+     *
+     * @throws Failure NoSuchModule
+     * @throws KVError what KVModule::invoke() throws
+     */
+    KVValue invoke(const std::string& module, const std::string& method,
+                   const KVValue::List& arguments);
+
+  private:
+    struct Hosted {
+        boost::shared_ptr<KVModule> fModule;
+        std::vector<std::thread::id> fRunners;  // threads inside a method, guarded by fMutex
+    };
+    class Run;
+
+    mutable std::mutex fMutex;
+    std::condition_variable fRunEnded;
+    std::map<std::string, std::shared_ptr<Hosted>> fModules;
+};
+
+}  // namespace robaxi
+
+#endif

@@ -1,0 +1,73 @@
+#include "broker_private.h"
+#include "deadline.h"
+#include "link_requests.h"
+
+#include <robaxi/kv_broker.h>
+#include <robaxi/kv_proxy.h>
+
+#include <utility>
+
+/** Held by the proxy and by each call in flight, so that the proxy may go under a call. */
+struct KVProxy::Private {
+    boost::shared_ptr<KVBroker> fBroker;
+    std::shared_ptr<robaxi::Link> fLink;  // goes before the broker
+    robaxi::Target fTarget;
+    robaxi::CallOwner fOwner;
+
+    robaxi::Target xMethod(const std::string& method) const {
+        robaxi::Target target = fTarget;
+        target.fMethod = method;
+        return target;
+    }
+
+    robaxi::Deadline xDeadline() const { return robaxi::deadlineAfter(fTarget.fTimeOut); }
+};
+
+KVProxy::KVProxy(const std::string& moduleName, const std::string& ip, int port,
+                 boost::shared_ptr<KVBroker> broker, int timeOut, int /*flags*/)
+    : fPrivate(std::make_shared<Private>()) {
+    if (moduleName.empty() || !broker) {
+        throw KVError(KVError::Cause::InvalidArgument,
+                      "A proxy needs the name of a module and a broker.");
+    }
+    robaxi::checkPort(port);
+    const robaxi::Deadline deadline = robaxi::deadlineAfter(timeOut);
+    fPrivate->fBroker = std::move(broker);
+    fPrivate->fTarget = {moduleName, {}, ip, port, static_cast<double>(timeOut)};
+    try {
+        fPrivate->fLink = fPrivate->fBroker->fPrivate->fLinks.obtain(ip, port, deadline);
+    } catch (const robaxi::Failure& failure) {
+        throw robaxi::describe(fPrivate->fTarget, failure);
+    }
+    robaxi::listModules(*fPrivate->fLink, fPrivate->fOwner, fPrivate->fTarget, deadline);
+}
+
+KVProxy::~KVProxy() {
+    if (fPrivate->fLink) {
+        fPrivate->fLink->close(fPrivate->fOwner);
+    }
+}
+
+KVValue KVProxy::callValue(const std::string& method, const KVValue::List& arguments) {
+    const auto self = fPrivate;
+    return robaxi::callMethod(*self->fLink, self->fOwner, self->xMethod(method), arguments,
+                              self->xDeadline());
+}
+
+int KVProxy::postValue(const std::string& method, const KVValue::List& arguments) {
+    const auto self = fPrivate;
+    return robaxi::postMethod(*self->fLink, self->fOwner, self->xMethod(method), arguments,
+                              self->xDeadline());
+}
+
+void KVProxy::cancel() {
+    const auto self = fPrivate;
+    self->fLink->cancel(self->fOwner);
+}
+
+KVModuleInfo KVProxy::getInfo() {
+    const auto self = fPrivate;
+    const auto modules =
+        robaxi::listModules(*self->fLink, self->fOwner, self->fTarget, self->xDeadline());
+    return modules.empty() ? KVModuleInfo() : modules.front();
+}

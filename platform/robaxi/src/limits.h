@@ -1,0 +1,47 @@
+#ifndef ROBAXI_LIMITS_H
+#define ROBAXI_LIMITS_H
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+
+/** What the two ends of the protocol hold each other to. */
+namespace robaxi::limits {
+
+constexpr std::uint32_t a_protocolVersion = 1;
+
+constexpr std::size_t a_largestMessage = std::size_t{16} * 1024 * 1024;
+/** Messages above this are sent in parts, so that a heartbeat never waits for a whole one. */
+constexpr std::size_t a_fragmentSize = std::size_t{64} * 1024;
+/** Depth of lists and maps in one another. */
+constexpr int a_deepestValue = 64;
+
+constexpr std::chrono::milliseconds a_heartbeatPeriod{250};
+/** Heartbeats without anything received after which the robot is lost: 1.5 s. Counted in
+ *  heartbeats and not by the clock, so that a process that was itself kept from running does not
+ *  take its own pause for the robot's silence. */
+constexpr int a_silentHeartbeatsOfRobot = 6;
+/** The same for a client, seen from the robot: 5 s. Longer, because a client that was stopped for
+ *  a moment (in a debugger, a suspended laptop) costs the robot little. */
+constexpr int a_silentHeartbeatsOfClient = 20;
+
+constexpr std::size_t a_sessionsOfBroker = 256;
+constexpr std::size_t a_subscriptionsOfSession = 64;
+constexpr std::size_t a_methodThreads = 8;
+constexpr std::size_t a_noticeThreads = 4;
+/** Calls of one session that wait for a thread, in number and in bytes of arguments. */
+constexpr std::size_t a_waitingCalls = 1024;
+constexpr std::size_t a_waitingCallBytes = 4 * a_largestMessage;
+/** Bytes of one stream that wait to be sent. */
+constexpr std::size_t a_outgoingBytes = 4 * a_largestMessage;
+
+constexpr double a_highestRate = 1000.0;
+/** Updates that a subscription sends before the client is done with the first of them. */
+constexpr std::uint64_t a_updatesInFlight = 2;
+constexpr std::size_t a_bytesOfUpdate = std::size_t{1024} * 1024;
+/** Keys of one subscription that a client takes from a robot. */
+constexpr std::size_t a_keysOfSubscription = 1000000;
+
+}  // namespace robaxi::limits
+
+#endif

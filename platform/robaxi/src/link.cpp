@@ -1,0 +1,374 @@
+#include "link.h"
+
+#include "channel.h"
+#include "message_codec.h"
+#include "socket_address.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace robaxi {
+
+namespace {
+
+Failure helloFailure(const v1::HelloReply& reply) {
+    switch (reply.refusal()) {
+        case v1::HelloReply::TOO_MANY_SESSIONS:
+            return {KVError::Cause::NotAuthorised, "too many programs are connected to it"};
+        case v1::HelloReply::NOT_AUTHORISED:
+            return {KVError::Cause::NotAuthorised, {}};
+        default:
+            return {KVError::Cause::ProtocolVersion,
+                    "it speaks version " + std::to_string(reply.protocol_version()) +
+                        ", this program version " + std::to_string(limits::a_protocolVersion)};
+    }
+}
+
+Failure streamFailure(const grpc::Status& status, bool saidHello) {
+    switch (status.error_code()) {
+        case grpc::StatusCode::UNIMPLEMENTED:
+            return {KVError::Cause::ProtocolVersion, {}};
+        case grpc::StatusCode::RESOURCE_EXHAUSTED:
+            return {KVError::Cause::TooLarge, {}};
+        case grpc::StatusCode::UNAUTHENTICATED:
+        case grpc::StatusCode::PERMISSION_DENIED:
+            return {KVError::Cause::NotAuthorised, {}};
+        default:
+            return {KVError::Cause::ConnectionLost,
+                    saidHello ? "the robot ended it" : "it was closed before an answer came"};
+    }
+}
+
+void checkSize(const v1::ClientMessage& message) {
+    constexpr std::size_t roomForCallId = 16;
+    if (message.ByteSizeLong() + roomForCallId > limits::a_largestMessage) {
+        throw Failure{KVError::Cause::TooLarge, {}};
+    }
+}
+
+void setCallId(v1::ClientMessage& message, std::uint64_t callId) {
+    if (message.has_call()) {
+        message.mutable_call()->set_call_id(callId);
+    } else {
+        message.mutable_list_modules()->set_call_id(callId);
+    }
+}
+
+}  // namespace
+
+Link::Link(std::shared_ptr<Runtime> runtime, const std::string& address, int port,
+           Deadline deadline)
+    : fRuntime(std::move(runtime)),
+      fOut([this](const v1::ClientMessage* message) { StartWrite(message); }),
+      fHeartbeat(fRuntime->fTimers, [this] { xBeat(); }) {
+    const SocketAddress listener = findListener(resolve(address, port, deadline), deadline);
+    fChannel = createChannel(listener.toTarget());
+    fStub = v1::Robaxi::NewStub(fChannel);
+    fStub->async()->Session(&fContext, this);
+    AddHold();  // the users' threads write; taken back when nothing will be written any more
+    xSayHello();
+    StartRead(&fIncoming);
+    StartCall();
+    try {
+        xAwaitHello(deadline);
+    } catch (...) {
+        xEndStream();
+        throw;
+    }
+}
+
+Link::~Link() {
+    xEndStream();
+}
+
+void Link::xEndStream() {
+    fHeartbeat.stop();
+    xLose({KVError::Cause::Cancelled, {}});
+    fContext.TryCancel();
+    std::unique_lock lock(fMutex);
+    fStateChanged.wait(lock, [this] { return fIsDone; });
+}
+
+void Link::xSayHello() {
+    v1::ClientMessage message;
+    v1::Hello* hello = message.mutable_hello();
+    hello->set_protocol_version(limits::a_protocolVersion);
+    hello->set_name(toUtf8(fRuntime->fBrokerName));
+    hello->set_takes_fragments(true);
+    fOut.push(std::move(message));
+}
+
+void Link::xAwaitHello(Deadline deadline) {
+    {
+        std::unique_lock lock(fMutex);
+        const bool answered = fStateChanged.wait_until(
+            lock, deadline, [this] { return fHello.has_value() || fLoss.has_value(); });
+        if (!answered) {
+            throw Failure{KVError::Cause::TimedOut, {}};
+        }
+        if (fLoss) {
+            throw Failure(*fLoss);
+        }
+    }
+    fHeartbeat.startAt(Clock::now());
+}
+
+void Link::OnReadDone(bool ok) {
+    if (!ok) {
+        xEndWhen(fOut.close());
+        return;
+    }
+    fSilentHeartbeats = 0;
+    switch (fAssembler.take(fIncoming)) {
+        case FragmentAssembler<v1::ServerMessage>::Outcome::Complete:
+            xHandle();
+            break;
+        case FragmentAssembler<v1::ServerMessage>::Outcome::Incomplete:
+            break;
+        case FragmentAssembler<v1::ServerMessage>::Outcome::Malformed:
+            xLose({KVError::Cause::ConnectionLost, "the robot sent what cannot be read"});
+            fContext.TryCancel();
+            break;
+    }
+    StartRead(&fIncoming);
+}
+
+void Link::OnWriteDone(bool ok) {
+    xEndWhen(fOut.writeDone(ok));
+}
+
+void Link::xEndWhen(bool now) {
+    if (now) {
+        RemoveHold();
+    }
+}
+
+void Link::OnDone(const grpc::Status& status) {
+    bool saidHello = false;
+    {
+        const std::lock_guard lock(fMutex);
+        saidHello = fHello.has_value();
+    }
+    xLose(streamFailure(status, saidHello));
+    const std::lock_guard lock(fMutex);
+    fIsDone = true;
+    fStateChanged.notify_all();
+}
+
+void Link::xHandle() {
+    switch (fIncoming.content_case()) {
+        case v1::ServerMessage::kHelloReply:
+            xHandleHello(fIncoming.hello_reply());
+            break;
+        case v1::ServerMessage::kResult:
+            xHandleAnswer(fIncoming.result().call_id());
+            break;
+        case v1::ServerMessage::kModuleList:
+            xHandleAnswer(fIncoming.module_list().call_id());
+            break;
+        case v1::ServerMessage::kHeartbeat:
+            xHandleHeartbeat(fIncoming.heartbeat().number());
+            break;
+        default:
+            break;
+    }
+}
+
+void Link::xHandleHello(const v1::HelloReply& reply) {
+    if (reply.refusal() != v1::HelloReply::NONE ||
+        reply.protocol_version() != limits::a_protocolVersion) {
+        xLose(helloFailure(reply));
+        fContext.TryCancel();
+        return;
+    }
+    fOut.setPeerTakesFragments(reply.takes_fragments());
+    const std::lock_guard lock(fMutex);
+    if (!fHello) {
+        fHello = reply;
+        fStateChanged.notify_all();
+    }
+}
+
+void Link::xHandleAnswer(std::uint64_t callId) {
+    const std::lock_guard lock(fMutex);
+    const auto found = fPending.find(callId);
+    if (found == fPending.end()) {
+        return;  // cancelled, or its time was up
+    }
+    PendingCall& call = *found->second;
+    call.fAnswer.Swap(&fIncoming);
+    call.fHasEnded = true;
+    fPending.erase(found);
+    call.fEnded.notify_one();  // with the lock held: the call goes as soon as its caller sees it
+}
+
+void Link::xHandleHeartbeat(std::uint64_t number) {
+    const std::lock_guard lock(fMutex);
+    if (number == fHeartbeatNumber) {
+        fRoundTrip = std::chrono::duration<double>(Clock::now() - fHeartbeatSent).count();
+    }
+}
+
+void Link::xBeat() {
+    if (++fSilentHeartbeats > limits::a_silentHeartbeatsOfRobot) {
+        xLose({KVError::Cause::ConnectionLost, "the robot does not answer any more"});
+        fContext.TryCancel();
+        return;
+    }
+    v1::ClientMessage message;
+    {
+        const std::lock_guard lock(fMutex);
+        if (fLoss) {
+            return;
+        }
+        message.mutable_heartbeat()->set_number(++fHeartbeatNumber);
+        fHeartbeatSent = Clock::now();
+    }
+    fOut.pushUrgent(std::move(message));
+    fHeartbeat.startAt(Clock::now() + limits::a_heartbeatPeriod);
+}
+
+void Link::xLose(const Failure& failure) {
+    const std::lock_guard lock(fMutex);
+    if (fLoss) {
+        return;
+    }
+    fLoss = failure;
+    for (const auto& [id, call] : fPending) {
+        call->fFailure = failure;
+        call->fHasEnded = true;
+        call->fEnded.notify_one();
+    }
+    fPending.clear();
+    for (LossListener* listener : fLossListeners) {
+        listener->linkLost(failure);
+    }
+    fStateChanged.notify_all();
+}
+
+v1::ServerMessage Link::request(v1::ClientMessage message, CallOwner& owner, Deadline deadline) {
+    checkSize(message);
+    PendingCall call(owner);
+    const std::uint64_t callId = xRegister(call);
+    setCallId(message, callId);
+    if (fOut.waitForRoom(deadline)) {
+        fOut.push(std::move(message));
+    }
+    std::unique_lock lock(fMutex);
+    if (!call.fEnded.wait_until(lock, deadline, [&call] { return call.fHasEnded; })) {
+        fPending.erase(callId);
+        lock.unlock();
+        xSendCancel(callId);
+        throw Failure{KVError::Cause::TimedOut, {}};
+    }
+    if (call.fFailure) {
+        throw Failure(*call.fFailure);
+    }
+    return std::move(call.fAnswer);
+}
+
+std::uint64_t Link::xRegister(PendingCall& call) {
+    const std::lock_guard lock(fMutex);
+    xCheckOpen(*call.fOwner);
+    const std::uint64_t callId = ++fLastCallId;
+    fPending.emplace(callId, &call);
+    return callId;
+}
+
+void Link::xCheckOpen(const CallOwner& owner) const {
+    if (fLoss) {
+        throw Failure(*fLoss);
+    }
+    if (owner.fIsClosed) {
+        throw Failure{KVError::Cause::Cancelled, {}};
+    }
+}
+
+void Link::post(v1::ClientMessage message, const CallOwner& owner, Deadline deadline) {
+    checkSize(message);
+    const bool hasRoom = fOut.waitForRoom(deadline);
+    {
+        const std::lock_guard lock(fMutex);
+        xCheckOpen(owner);
+    }
+    if (!hasRoom) {
+        throw Failure{KVError::Cause::TimedOut, "too much waits to be sent"};
+    }
+    fOut.push(std::move(message));
+}
+
+int Link::nextTaskId() {
+    constexpr std::uint32_t largest = std::numeric_limits<int>::max();
+    return static_cast<int>(fLastTaskId.fetch_add(1) % largest) + 1;
+}
+
+void Link::cancel(const CallOwner& owner) {
+    xCancelPending(owner);
+}
+
+void Link::close(CallOwner& owner) {
+    {
+        const std::lock_guard lock(fMutex);
+        owner.fIsClosed = true;
+    }
+    xCancelPending(owner);
+}
+
+void Link::xCancelPending(const CallOwner& owner) {
+    std::vector<std::uint64_t> cancelled;
+    {
+        const std::lock_guard lock(fMutex);
+        for (auto each = fPending.begin(); each != fPending.end();) {
+            PendingCall& call = *each->second;
+            if (call.fOwner != &owner) {
+                ++each;
+                continue;
+            }
+            cancelled.push_back(each->first);
+            each = fPending.erase(each);
+            call.fFailure = Failure{KVError::Cause::Cancelled, {}};
+            call.fHasEnded = true;
+            call.fEnded.notify_one();
+        }
+    }
+    for (const std::uint64_t callId : cancelled) {
+        xSendCancel(callId);
+    }
+}
+
+void Link::xSendCancel(std::uint64_t callId) {
+    v1::ClientMessage message;
+    message.mutable_cancel()->set_call_id(callId);
+    fOut.push(std::move(message));
+}
+
+std::optional<Failure> Link::addLossListener(LossListener* listener) {
+    const std::lock_guard lock(fMutex);
+    if (!fLoss) {
+        fLossListeners.push_back(listener);
+    }
+    return fLoss;
+}
+
+void Link::removeLossListener(LossListener* listener) {
+    const std::lock_guard lock(fMutex);
+    fLossListeners.erase(std::remove(fLossListeners.begin(), fLossListeners.end(), listener),
+                         fLossListeners.end());
+}
+
+std::optional<Failure> Link::loss() const {
+    const std::lock_guard lock(fMutex);
+    return fLoss;
+}
+
+std::string Link::peerName() const {
+    const std::lock_guard lock(fMutex);
+    return fHello->name();
+}
+
+std::uint64_t Link::sessionId() const {
+    const std::lock_guard lock(fMutex);
+    return fHello->session_id();
+}
+
+}  // namespace robaxi

@@ -1,0 +1,260 @@
+#include "server_session.h"
+
+#include "failure.h"
+#include "limits.h"
+#include "message_codec.h"
+#include "refused_call.h"
+#include "server.h"
+#include "value_codec.h"
+
+#include <utility>
+
+namespace robaxi {
+
+namespace {
+
+v1::ServerMessage makeError(std::uint64_t callId, KVError::Cause cause, const std::string& text,
+                            bool byMethod) {
+    v1::ServerMessage message;
+    message.mutable_result()->set_call_id(callId);
+    v1::Error* error = message.mutable_result()->mutable_error();
+    encodeError(cause, text, error);
+    error->set_by_method(byMethod);
+    return message;
+}
+
+KVValue::List decodeArguments(const v1::Call& call) {
+    KVValue::List arguments;
+    arguments.reserve(static_cast<std::size_t>(call.arguments_size()));
+    for (const v1::Value& argument : call.arguments()) {
+        arguments.push_back(decodeValue(argument));
+    }
+    return arguments;
+}
+
+}  // namespace
+
+ServerSession::ServerSession(Server& server, grpc::CallbackServerContext* context, std::uint64_t id)
+    : fServer(server),
+      fModules(server.modules()),
+      fContext(context),
+      fId(id),
+      fOut([this](const v1::ServerMessage* message) { StartWrite(message); }),
+      fSilence(server.timers(), [this] { xCheckSilence(); }) {
+}
+
+ServerSession::~ServerSession() = default;
+
+void ServerSession::start(bool admitted) {
+    fIsAdmitted = admitted;
+    StartRead(&fIncoming);
+    fSilence.startAt(TimerThread::Clock::now() + limits::a_heartbeatPeriod);
+}
+
+void ServerSession::OnReadDone(bool ok) {
+    if (!ok) {
+        xFinishWhen(fOut.close());
+        return;
+    }
+    fSilentHeartbeats = 0;
+    switch (fAssembler.take(fIncoming)) {
+        case FragmentAssembler<v1::ClientMessage>::Outcome::Complete:
+            xHandle();
+            break;
+        case FragmentAssembler<v1::ClientMessage>::Outcome::Incomplete:
+            break;
+        case FragmentAssembler<v1::ClientMessage>::Outcome::Malformed:
+            fStatus = grpc::Status(grpc::StatusCode::INVALID_ARGUMENT, "unreadable parts");
+            xFinishWhen(fOut.close());
+            break;
+    }
+    StartRead(&fIncoming);
+}
+
+void ServerSession::OnWriteDone(bool ok) {
+    xFinishWhen(fOut.writeDone(ok));
+}
+
+void ServerSession::OnCancel() {
+    xFinishWhen(fOut.close());
+}
+
+void ServerSession::OnDone() {
+    fSilence.stop();
+    {
+        const std::lock_guard lock(fMutex);
+        fHasEnded = true;
+        for (const auto& [id, work] : fCalls) {
+            work->fIsCancelled = true;
+        }
+        fCalls.clear();
+    }
+    fServer.sessionEnded(fId);
+}
+
+void ServerSession::xFinishWhen(bool now) {
+    if (now) {
+        Finish(fStatus);
+    }
+}
+
+void ServerSession::xCheckSilence() {
+    if (++fSilentHeartbeats > limits::a_silentHeartbeatsOfClient) {
+        fContext->TryCancel();
+        return;
+    }
+    fSilence.startAt(TimerThread::Clock::now() + limits::a_heartbeatPeriod);
+}
+
+void ServerSession::xHandle() {
+    if (!fHasHello) {
+        xHandleHello(fIncoming.hello());  // of version 0 when it is something else
+        return;
+    }
+    switch (fIncoming.content_case()) {
+        case v1::ClientMessage::kCall:
+            xHandleCall(std::move(*fIncoming.mutable_call()));
+            break;
+        case v1::ClientMessage::kCancel:
+            xHandleCancel(fIncoming.cancel().call_id());
+            break;
+        case v1::ClientMessage::kListModules:
+            xHandleListModules(fIncoming.list_modules());
+            break;
+        case v1::ClientMessage::kHeartbeat: {
+            v1::ServerMessage answer;
+            *answer.mutable_heartbeat() = fIncoming.heartbeat();
+            fOut.pushUrgent(std::move(answer));
+            break;
+        }
+        default:
+            break;
+    }
+}
+
+void ServerSession::xHandleHello(const v1::Hello& hello) {
+    if (hello.protocol_version() != limits::a_protocolVersion) {
+        xRefuse(v1::HelloReply::PROTOCOL_VERSION);
+        return;
+    }
+    if (!fIsAdmitted) {
+        xRefuse(v1::HelloReply::TOO_MANY_SESSIONS);
+        return;
+    }
+    fHasHello = true;
+    fOut.setPeerTakesFragments(hello.takes_fragments());
+    v1::ServerMessage message;
+    v1::HelloReply* reply = message.mutable_hello_reply();
+    reply->set_protocol_version(limits::a_protocolVersion);
+    reply->set_name(toUtf8(fServer.brokerName()));
+    reply->set_session_id(fId);
+    reply->set_silence_limit(static_cast<std::uint32_t>(
+        (limits::a_heartbeatPeriod * limits::a_silentHeartbeatsOfClient).count()));
+    reply->set_takes_fragments(true);
+    fOut.push(std::move(message));
+}
+
+void ServerSession::xRefuse(v1::HelloReply::Refusal refusal) {
+    v1::ServerMessage message;
+    v1::HelloReply* reply = message.mutable_hello_reply();
+    reply->set_protocol_version(limits::a_protocolVersion);
+    reply->set_refusal(refusal);
+    reply->set_name(toUtf8(fServer.brokerName()));
+    fOut.push(std::move(message));
+    xFinishWhen(fOut.closeWhenWritten());
+}
+
+void ServerSession::xHandleListModules(const v1::ListModules& question) {
+    v1::ServerMessage message;
+    v1::ModuleList* list = message.mutable_module_list();
+    list->set_call_id(question.call_id());
+    for (const KVModuleInfo& info : fModules->getInfos()) {
+        if (question.module().empty() || question.module() == info.fName) {
+            encodeModule(info, list->add_modules());
+        }
+    }
+    if (!question.module().empty() && list->modules_size() == 0) {
+        xSendError(question.call_id(), KVError::Cause::NoSuchModule, {}, false);
+        return;
+    }
+    fOut.push(std::move(message));
+}
+
+void ServerSession::xHandleCall(v1::Call&& call) {
+    auto work = std::make_shared<Work>();
+    work->fCall = std::move(call);
+    work->fSize = work->fCall.ByteSizeLong();
+    if (!xAdmit(work)) {
+        xSendError(work->fCall.call_id(), KVError::Cause::Internal,
+                   "too many calls of this program wait for the robot", false);
+        return;
+    }
+    fServer.calls().post([self = shared_from_this(), work] { self->xRun(*work); });
+}
+
+bool ServerSession::xAdmit(const std::shared_ptr<Work>& work) {
+    const std::lock_guard lock(fMutex);
+    if (fHasEnded || fWaitingCalls >= limits::a_waitingCalls ||
+        fWaitingBytes + work->fSize > limits::a_waitingCallBytes || !fOut.hasRoom()) {
+        return false;
+    }
+    ++fWaitingCalls;
+    fWaitingBytes += work->fSize;
+    if (work->fCall.call_id() != 0) {
+        fCalls[work->fCall.call_id()] = work;
+    }
+    return true;
+}
+
+void ServerSession::xHandleCancel(std::uint64_t callId) {
+    const std::lock_guard lock(fMutex);
+    const auto found = fCalls.find(callId);
+    if (found != fCalls.end()) {
+        found->second->fIsCancelled = true;
+        fCalls.erase(found);
+    }
+}
+
+void ServerSession::xForget(const Work& work) {
+    const std::lock_guard lock(fMutex);
+    --fWaitingCalls;
+    fWaitingBytes -= work.fSize;
+    fCalls.erase(work.fCall.call_id());
+}
+
+void ServerSession::xRun(Work& work) {
+    xForget(work);
+    if (work.fIsCancelled) {
+        return;
+    }
+    const std::uint64_t callId = work.fCall.call_id();
+    try {
+        const KVValue result =
+            fModules->invoke(work.fCall.module(), work.fCall.method(), decodeArguments(work.fCall));
+        if (callId == 0) {
+            return;
+        }
+        v1::ServerMessage message;
+        message.mutable_result()->set_call_id(callId);
+        encodeValue(result, message.mutable_result()->mutable_value());
+        if (message.ByteSizeLong() > limits::a_largestMessage) {
+            throw Failure{KVError::Cause::TooLarge, "the result"};
+        }
+        fOut.push(std::move(message));
+    } catch (const Failure& failure) {
+        xSendError(callId, failure.fCause, failure.fDetail, false);
+    } catch (const RefusedCall& error) {
+        xSendError(callId, error.cause(), error.toString(), false);
+    } catch (const KVError& error) {
+        xSendError(callId, error.cause(), error.toString(), true);
+    }
+}
+
+void ServerSession::xSendError(std::uint64_t callId, KVError::Cause cause, const std::string& text,
+                               bool byMethod) {
+    if (callId != 0) {
+        fOut.push(makeError(callId, cause, text, byMethod));
+    }
+}
+
+}  // namespace robaxi

@@ -1,0 +1,94 @@
+#ifndef ROBAXI_SERVER_SESSION_H
+#define ROBAXI_SERVER_SESSION_H
+
+#include "fragment_assembler.h"
+#include "hosted_modules.h"
+#include "robaxi/v1/robaxi.grpc.pb.h"
+#include "timer_thread.h"
+#include "write_queue.h"
+
+#include <robaxi/kv_error.h>
+
+#include <grpcpp/grpcpp.h>
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <unordered_map>
+
+namespace robaxi {
+
+class Server;
+
+/**
+ * The robot's end of one session: answers the heartbeat on gRPC's thread and has methods run on the
+ * broker's threads.
+ *
+ * The server keeps it until OnDone(); calls that still run keep it longer, and their results are
+ * dropped.
+ */
+class ServerSession : public grpc::ServerBidiReactor<v1::ClientMessage, v1::ServerMessage>,
+                      public std::enable_shared_from_this<ServerSession> {
+  public:
+    ServerSession(Server& server, grpc::CallbackServerContext* context, std::uint64_t id);
+    ~ServerSession() override;
+    ServerSession(const ServerSession&) = delete;
+    ServerSession& operator=(const ServerSession&) = delete;
+
+    std::uint64_t id() const { return fId; }
+
+    /** Starts to serve; `admitted` is false for one session too many, which is told so. */
+    void start(bool admitted);
+
+    void OnReadDone(bool ok) override;
+    void OnWriteDone(bool ok) override;
+    void OnCancel() override;
+    void OnDone() override;
+
+  private:
+    /** A call on its way to its method. */
+    struct Work {
+        v1::Call fCall;
+        std::size_t fSize = 0;
+        std::atomic<bool> fIsCancelled{false};
+    };
+
+    void xHandle();
+    void xHandleHello(const v1::Hello& hello);
+    void xRefuse(v1::HelloReply::Refusal refusal);
+    void xHandleCall(v1::Call&& call);
+    void xHandleCancel(std::uint64_t callId);
+    void xHandleListModules(const v1::ListModules& question);
+    bool xAdmit(const std::shared_ptr<Work>& work);
+    void xRun(Work& work);
+    void xForget(const Work& work);
+    void xSendError(std::uint64_t callId, KVError::Cause cause, const std::string& text,
+                    bool byMethod);
+    void xFinishWhen(bool now);
+    void xCheckSilence();
+
+    Server& fServer;  // not to be used in a call: it may go while a method runs
+    const std::shared_ptr<HostedModules> fModules;
+    grpc::CallbackServerContext* const fContext;
+    const std::uint64_t fId;
+    WriteQueue<v1::ServerMessage> fOut;
+    v1::ClientMessage fIncoming;
+    FragmentAssembler<v1::ClientMessage> fAssembler;
+    bool fIsAdmitted = false;
+    bool fHasHello = false;
+    grpc::Status fStatus;
+
+    std::mutex fMutex;
+    std::unordered_map<std::uint64_t, std::shared_ptr<Work>> fCalls;  // those that can be cancelled
+    std::size_t fWaitingCalls = 0;
+    std::size_t fWaitingBytes = 0;
+    bool fHasEnded = false;
+
+    std::atomic<int> fSilentHeartbeats{0};
+    Timer fSilence;
+};
+
+}  // namespace robaxi
+
+#endif

@@ -1,0 +1,57 @@
+#ifndef ROBAXI_SOCKET_ADDRESS_H
+#define ROBAXI_SOCKET_ADDRESS_H
+
+#include "deadline.h"
+
+#include <string>
+#include <sys/socket.h>
+#include <vector>
+
+namespace robaxi {
+
+/** An address of the network layer with its port, ready to connect to or to listen on. */
+struct SocketAddress {
+    sockaddr_storage fStorage{};
+    socklen_t fLength = 0;
+
+    const sockaddr* raw() const;
+    /** "127.0.0.1:9559" or "[::1]:9559". */
+    std::string toString() const;
+    /** As a client of gRPC takes it, without any look-up left to do: "ipv4:127.0.0.1:9559". */
+    std::string toTarget() const;
+};
+
+/**
+ * The addresses of a host name or of a numeric address.
+ *
+ * The system's look-up knows no time-out and cannot be stopped, so it runs on a thread of its own
+ * that is left alone when the deadline passes; it owns what it writes to.
+ *
+ * @throws Failure NameNotFound, TimedOut
+ */
+std::vector<SocketAddress> resolve(const std::string& host, int port, Deadline deadline);
+
+/** The address to listen on for a host name or numeric address, or the one that stands for all
+ *  addresses of the machine when `host` is empty. @throws Failure */
+SocketAddress localAddress(const std::string& host, int port, Deadline deadline);
+
+/**
+ * Finds out which of some addresses something listens on, by connecting to all of them at once.
+ *
+ * gRPC reports every failure to connect alike; the sockets tell them apart.
+ *
+ * @return the first that took the connection
+ * @throws Failure Refused, NoRoute, TimedOut
+ */
+SocketAddress findListener(const std::vector<SocketAddress>& addresses, Deadline deadline);
+
+/**
+ * Finds out whether an address can be listened on.
+ *
+ * @throws Failure AddressInUse, CannotListen
+ */
+void checkCanListen(const SocketAddress& address);
+
+}  // namespace robaxi
+
+#endif

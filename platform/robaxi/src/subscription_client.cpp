@@ -1,0 +1,234 @@
+#include "subscription_client.h"
+
+#include "batch_codec.h"
+#include "message_codec.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace robaxi {
+
+SubscriptionClient::SubscriptionClient(std::shared_ptr<Runtime> runtime, std::shared_ptr<Link> link,
+                                       Target target, KVSubscription::Listener* listener)
+    : fLink(std::move(link)),
+      fTarget(std::move(target)),
+      fListener(listener),
+      fStrand(Strand::create(runtime->fNotices)) {
+}
+
+SubscriptionClient::~SubscriptionClient() {
+    stop();
+}
+
+void SubscriptionClient::start(bool allKeys, double rate) {
+    fLink->stub().async()->Subscribe(&fContext, this);
+    AddHold();  // the listener's and the users' threads write and read
+    {
+        const std::lock_guard lock(fMutex);
+        v1::SubscriptionStart* start = xNextRequest().mutable_start();
+        start->set_session_id(fLink->sessionId());
+        start->set_module(toUtf8(fTarget.fModule));
+        start->set_all_keys(allKeys);
+        start->set_rate(rate);
+        fIsStarted = true;
+    }
+    xWrite();
+    StartRead(&fUpdate);
+    StartCall();
+    const auto loss = fLink->addLossListener(this);
+    if (loss) {
+        linkLost(*loss);
+    }
+}
+
+void SubscriptionClient::setKeys(const std::vector<std::uint32_t>& ids) {
+    {
+        const std::lock_guard lock(fMutex);
+        v1::KeySelection* keys = xNextRequest().mutable_keys();
+        keys->mutable_ids()->Assign(ids.begin(), ids.end());
+    }
+    xWrite();
+}
+
+void SubscriptionClient::setRate(double rate) {
+    {
+        const std::lock_guard lock(fMutex);
+        xNextRequest().set_rate(rate);
+    }
+    xWrite();
+}
+
+void SubscriptionClient::stop() {
+    {
+        const std::lock_guard lock(fMutex);
+        fIsStopped = true;
+        if (!fIsStarted) {
+            return;
+        }
+    }
+    fLink->removeLossListener(this);
+    fStrand->close();
+    xEndWhen(fGate.close());
+    fContext.TryCancel();
+    std::unique_lock lock(fMutex);
+    fDone.wait(lock, [this] { return fIsDone; });
+}
+
+v1::SubscriptionRequest& SubscriptionClient::xNextRequest() {
+    return fNextRequest ? *fNextRequest : fNextRequest.emplace();
+}
+
+void SubscriptionClient::xWrite() {
+    {
+        const std::lock_guard lock(fMutex);
+        if (!fNextRequest || !fGate.enter()) {
+            return;
+        }
+        fRequest = std::move(*fNextRequest);
+        fNextRequest.reset();
+    }
+    StartWrite(&fRequest);
+}
+
+void SubscriptionClient::xEndWhen(bool now) {
+    if (now) {
+        RemoveHold();
+    }
+}
+
+void SubscriptionClient::OnReadDone(bool ok) {
+    if (!ok) {
+        xEndWhen(fGate.close());
+        return;
+    }
+    fStrand->post([weak = weak_from_this()] {
+        if (const auto self = weak.lock()) {
+            self->xDeliver();
+        }
+    });
+}
+
+void SubscriptionClient::OnWriteDone(bool /*ok*/) {
+    if (fGate.leave()) {
+        RemoveHold();
+    } else {
+        xWrite();
+    }
+}
+
+void SubscriptionClient::OnDone(const grpc::Status& status) {
+    {
+        const std::lock_guard lock(fMutex);
+        if (!fFailure) {
+            fFailure = Failure{KVError::Cause::ConnectionLost, status.error_message()};
+        }
+    }
+    fStrand->post([weak = weak_from_this()] {
+        if (const auto self = weak.lock()) {
+            self->xTellEnd();
+        }
+    });
+    const std::lock_guard lock(fMutex);
+    fIsDone = true;
+    fDone.notify_all();
+}
+
+void SubscriptionClient::linkLost(const Failure& loss) {
+    {
+        const std::lock_guard lock(fMutex);
+        if (!fFailure) {
+            fFailure = loss;
+        }
+    }
+    fContext.TryCancel();
+}
+
+void SubscriptionClient::xDeliver() {
+    try {
+        xDeliverContent();
+    } catch (const Failure& failure) {
+        linkLost(failure);  // a robot that breaks the protocol is not listened to any further
+    }
+    {
+        const std::lock_guard lock(fMutex);
+        if (fIsStopped) {
+            return;
+        }
+        xNextRequest().set_consumed(fUpdate.number());
+    }
+    xWrite();
+    StartRead(&fUpdate);
+}
+
+void SubscriptionClient::xDeliverContent() {
+    switch (fUpdate.content_case()) {
+        case v1::SubscriptionUpdate::kKeysAdded:
+            xAddKeys(fUpdate.keys_added());
+            break;
+        case v1::SubscriptionUpdate::kKeysRemoved:
+            xRemoveKeys(fUpdate.keys_removed());
+            break;
+        case v1::SubscriptionUpdate::kValues:
+            xChangeValues(fUpdate.values());
+            break;
+        case v1::SubscriptionUpdate::kEnded: {
+            const std::lock_guard lock(fMutex);
+            fFailure = Failure{decodeCause(fUpdate.ended().cause()), fUpdate.ended().text()};
+            break;
+        }
+        default:
+            break;
+    }
+}
+
+void SubscriptionClient::xAddKeys(const v1::KeysAdded& message) {
+    std::vector<KVKeyInfo> keys;
+    keys.reserve(static_cast<std::size_t>(message.keys_size()));
+    for (const v1::Key& key : message.keys()) {
+        keys.push_back(decodeKey(key));
+        if (!fKnownIds.insert(key.id()).second) {
+            throw Failure{KVError::Cause::Internal, "a key was sent twice"};
+        }
+    }
+    if (fKnownIds.size() > limits::a_keysOfSubscription) {
+        throw Failure{KVError::Cause::TooLarge, "the table of keys"};
+    }
+    fListener->keysAdded(keys);
+}
+
+void SubscriptionClient::xRemoveKeys(const v1::KeySelection& message) {
+    std::vector<std::uint32_t> ids;
+    for (const std::uint32_t id : message.ids()) {
+        if (fKnownIds.erase(id) != 0) {
+            ids.push_back(id);
+        }
+    }
+    if (!ids.empty()) {
+        fListener->keysRemoved(ids);
+    }
+}
+
+void SubscriptionClient::xChangeValues(const v1::Values& message) {
+    std::vector<KVChange> changes = decodeBatch(message);
+    const auto isUnknown = [this](const KVChange& change) {
+        return fKnownIds.count(change.fId) == 0;
+    };
+    changes.erase(std::remove_if(changes.begin(), changes.end(), isUnknown), changes.end());
+    if (!changes.empty()) {
+        fListener->valuesChanged(changes);
+    }
+}
+
+void SubscriptionClient::xTellEnd() {
+    std::optional<Failure> failure;
+    {
+        const std::lock_guard lock(fMutex);
+        if (fIsStopped) {
+            return;
+        }
+        failure = fFailure;
+    }
+    fListener->ended(describe(fTarget, *failure));
+}
+
+}  // namespace robaxi

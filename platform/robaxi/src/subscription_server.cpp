@@ -1,0 +1,329 @@
+#include "subscription_server.h"
+
+#include "limits.h"
+#include "message_codec.h"
+#include "server.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace robaxi {
+
+namespace {
+
+using Clock = TimerThread::Clock;
+
+bool isRate(double rate) {
+    return rate > 0 && rate <= limits::a_highestRate;
+}
+
+}  // namespace
+
+SubscriptionServer::SubscriptionServer(Server& server, grpc::CallbackServerContext* context)
+    : fServer(server), fContext(context), fPump(server.timers(), [this] { xPump(); }) {
+}
+
+SubscriptionServer::~SubscriptionServer() = default;
+
+void SubscriptionServer::start() {
+    StartRead(&fRequest);
+    // A stream on which nobody says what he wants is ended like a silent session.
+    fPump.startAt(Clock::now() + limits::a_heartbeatPeriod * limits::a_silentHeartbeatsOfClient);
+}
+
+void SubscriptionServer::cancel() {
+    fContext->TryCancel();
+}
+
+void SubscriptionServer::moduleRemoved(const std::string& name) {
+    {
+        const std::lock_guard lock(fMutex);
+        if (fModule != name) {
+            return;
+        }
+    }
+    xEnd(KVError::Cause::NoSuchModule, "the robot has ended it");
+}
+
+void SubscriptionServer::OnReadDone(bool ok) {
+    if (!ok) {
+        xFinishWhen(fGate.close());
+        return;
+    }
+    xHandle();
+    xWake();
+    StartRead(&fRequest);
+}
+
+void SubscriptionServer::OnWriteDone(bool ok) {
+    const bool isLast = fUpdate.has_ended();
+    if (fGate.leave()) {
+        xFinishWhen(true);
+    } else if (!ok || isLast) {
+        xFinishWhen(fGate.close());
+    } else {
+        xWake();
+    }
+}
+
+void SubscriptionServer::OnCancel() {
+    xFinishWhen(fGate.close());
+}
+
+void SubscriptionServer::OnDone() {
+    if (fTable) {
+        fTable->removeObserver(this);
+    }
+    fPump.stop();
+    fServer.subscriptionEnded(this);
+}
+
+void SubscriptionServer::xFinishWhen(bool now) {
+    if (now) {
+        Finish(grpc::Status::OK);
+    }
+}
+
+void SubscriptionServer::xWake() {
+    fPump.startAt(Clock::now());
+}
+
+void SubscriptionServer::xHandle() {
+    if (fRequest.has_start()) {
+        xStartSubscription(fRequest.start());
+    }
+    if (fRequest.has_rate()) {
+        xSetRate(fRequest.rate());
+    }
+    const std::lock_guard lock(fMutex);
+    if (fRequest.has_keys()) {
+        fNewChoice.emplace(fRequest.keys().ids().begin(), fRequest.keys().ids().end());
+    }
+    fConsumed = std::max(fConsumed, fRequest.consumed());
+}
+
+void SubscriptionServer::xStartSubscription(const v1::SubscriptionStart& start) {
+    if (fTable) {
+        xEnd(KVError::Cause::InvalidArgument, "a subscription was started twice");
+        return;
+    }
+    const auto refusal = fServer.joinSession(this, start.session_id());
+    if (refusal) {
+        xEnd(KVError::Cause::NotAuthorised, *refusal);
+        return;
+    }
+    const auto module = fServer.modules()->find(start.module());
+    const auto values = module ? module->getValues() : nullptr;
+    if (!values) {
+        xEnd(module ? KVError::Cause::InvalidArgument : KVError::Cause::NoSuchModule,
+             module ? "the module has no values to subscribe to" : "");
+        return;
+    }
+    xSetRate(start.rate());
+    {
+        const std::lock_guard lock(fMutex);
+        fModule = start.module();
+        fSendsAllKeys = start.all_keys();
+        fTable = values->getPrivate();
+    }
+    fTable->addObserver(this);
+    if (!fServer.modules()->find(start.module())) {
+        moduleRemoved(start.module());  // between the two questions, so that nobody told us
+    }
+}
+
+void SubscriptionServer::xSetRate(double rate) {
+    if (!isRate(rate)) {
+        xEnd(KVError::Cause::InvalidArgument, "a rate is above 0 to 1000 updates a second");
+        return;
+    }
+    const std::lock_guard lock(fMutex);
+    fPeriod = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(1 / rate));
+}
+
+void SubscriptionServer::xEnd(KVError::Cause cause, const std::string& text) {
+    {
+        const std::lock_guard lock(fMutex);
+        if (!fEnding) {
+            encodeError(cause, text, &fEnding.emplace());
+        }
+    }
+    xWake();
+}
+
+void SubscriptionServer::valuesChanged() {
+    if (!fIsAwake.exchange(true)) {
+        fPump.startAt(fWakeForValues);
+    }
+}
+
+void SubscriptionServer::keyAdded() {
+    xWake();
+}
+
+void SubscriptionServer::keyRemoved(std::uint32_t id) {
+    if (id <= fLastAnnounced) {
+        fRemoved.push_back(id);
+        xWake();
+    }
+}
+
+void SubscriptionServer::xPump() {
+    fIsAwake = false;
+    if (!xMaySend()) {
+        fIsAwake = true;  // the end of the write, or the client's answer, wakes the pump
+        return;
+    }
+    if (xCompose()) {
+        fIsAwake = true;
+        fUpdate.set_number(++fSent);
+        StartWrite(&fUpdate);
+    } else {
+        xFinishWhen(fGate.leave());
+    }
+}
+
+bool SubscriptionServer::xMaySend() {
+    const std::lock_guard lock(fMutex);
+    if (!fTable && !fEnding) {
+        cancel();  // no request came in time
+        return false;
+    }
+    const bool hasCredit = fSent < fConsumed + limits::a_updatesInFlight;
+    return (hasCredit || fEnding) && fGate.enter();
+}
+
+bool SubscriptionServer::xCompose() {
+    fUpdate.Clear();
+    Clock::duration period{};
+    std::optional<std::vector<std::uint32_t>> choice;
+    {
+        const std::lock_guard lock(fMutex);
+        if (fEnding) {
+            *fUpdate.mutable_ended() = *fEnding;
+            return true;
+        }
+        period = fPeriod;
+        choice.swap(fNewChoice);
+    }
+    const std::lock_guard lock(fTable->fMutex);
+    if (choice) {
+        xChoose(*choice);
+    }
+    if (xComposeRemovedKeys() || xComposeAddedKeys()) {
+        return true;
+    }
+    const auto now = Clock::now();
+    const auto due = fLastBatch + period;
+    if (fHasMore || now >= due) {
+        const bool isNextPart = fHasMore;
+        if (!xComposeValues(false)) {
+            fWakeForValues = now;
+            return false;
+        }
+        if (!isNextPart) {
+            // On the grid of the rate, unless it was quiet for longer than a period.
+            fLastBatch = now - due < period ? due : now;
+        }
+        fWakeForValues = fLastBatch + period;
+        return true;
+    }
+    if (fHasNewlyChosen && xComposeValues(true)) {
+        return true;
+    }
+    fWakeForValues = due;
+    if (fTable->fLastVersion > fSeenVersion) {
+        fIsAwake = true;
+        fPump.startAt(due);
+    }
+    return false;
+}
+
+void SubscriptionServer::xChoose(const std::vector<std::uint32_t>& ids) {
+    std::unordered_map<std::uint32_t, std::uint64_t> chosen;
+    for (const std::uint32_t id : ids) {
+        const auto before = fChosen.find(id);
+        if (before != fChosen.end()) {
+            chosen.insert(*before);
+        } else if (fTable->find(id) != nullptr) {
+            chosen.emplace(id, 0);
+            fHasNewlyChosen = true;
+        }
+    }
+    fChosen.swap(chosen);
+}
+
+bool SubscriptionServer::xComposeRemovedKeys() {
+    if (fRemoved.empty()) {
+        return false;
+    }
+    v1::KeySelection* removed = fUpdate.mutable_keys_removed();
+    for (const std::uint32_t id : fRemoved) {
+        removed->add_ids(id);
+        fChosen.erase(id);
+    }
+    fRemoved.clear();
+    return true;
+}
+
+bool SubscriptionServer::xComposeAddedKeys() {
+    std::size_t index = fTable->indexAbove(fLastAnnounced);
+    if (index == fTable->fIds.size() && fHasSentTable) {
+        return false;
+    }
+    v1::KeysAdded* added = fUpdate.mutable_keys_added();
+    std::size_t size = 0;
+    for (; index < fTable->fIds.size() && size < limits::a_bytesOfUpdate; ++index) {
+        v1::Key* key = added->add_keys();
+        encodeKey(fTable->fPositions[index]->fInfo, key);
+        fLastAnnounced = key->id();
+        size += key->ByteSizeLong();
+    }
+    fHasSentTable = true;
+    return true;
+}
+
+bool SubscriptionServer::xComposeValues(bool onlyNewlyChosen) {
+    BatchEncoder batch(fUpdate.mutable_values());
+    if (fSendsAllKeys) {
+        xPackAll(batch);
+    } else {
+        xPackChosen(batch, onlyNewlyChosen);
+    }
+    const bool isComplete = !batch.isFull();
+    if (onlyNewlyChosen) {
+        fHasNewlyChosen = !isComplete;
+    } else {
+        fHasMore = !isComplete;
+    }
+    if (isComplete && !onlyNewlyChosen) {
+        fSeenVersion = fTable->fLastVersion;
+        fHasNewlyChosen = false;
+    }
+    batch.finish();
+    return !batch.isEmpty();
+}
+
+void SubscriptionServer::xPackAll(BatchEncoder& batch) {
+    for (auto entry = fTable->firstAfter(fSeenVersion);
+         entry != fTable->fEntries.end() && !batch.isFull(); ++entry) {
+        batch.add(entry->fInfo.fId, entry->fValue, entry->fTime);
+        fSeenVersion = entry->fVersion;
+    }
+}
+
+void SubscriptionServer::xPackChosen(BatchEncoder& batch, bool onlyNewlyChosen) {
+    for (auto& [id, sentVersion] : fChosen) {
+        if (batch.isFull()) {
+            return;
+        }
+        const Table::Entry* entry = fTable->find(id);
+        if (entry != nullptr && entry->fVersion > sentVersion &&
+            !(onlyNewlyChosen && sentVersion != 0)) {
+            batch.add(id, entry->fValue, entry->fTime);
+            sentVersion = entry->fVersion;
+        }
+    }
+}
+
+}  // namespace robaxi

@@ -1,0 +1,81 @@
+#ifndef ROBAXI_TASK_POOL_H
+#define ROBAXI_TASK_POOL_H
+
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace robaxi {
+
+/**
+ * A few threads that run tasks, for code that may take its time: methods of modules and the
+ * callbacks of the library's users. gRPC's own threads never run such code, since everything else
+ * would wait behind it.
+ *
+ * Threads start as they are needed, up to the limit, and stay.
+ */
+class TaskPool : public std::enable_shared_from_this<TaskPool> {
+  public:
+    using Task = std::function<void()>;
+
+    static std::shared_ptr<TaskPool> create(std::size_t largestNumberOfThreads);
+    ~TaskPool();
+    TaskPool(const TaskPool&) = delete;
+    TaskPool& operator=(const TaskPool&) = delete;
+
+    /** Runs a task soon; after stop() it is dropped. */
+    void post(Task task);
+
+    /**
+     * Drops the tasks that wait and returns when none runs any more, except one from which it is
+     * called. Needed before the last reference goes, since the threads hold one.
+     */
+    void stop();
+
+  private:
+    explicit TaskPool(std::size_t largestNumberOfThreads) : fLimit(largestNumberOfThreads) {}
+    void xRun();
+
+    const std::size_t fLimit;
+    std::mutex fMutex;
+    std::condition_variable fWork;
+    std::deque<Task> fTasks;
+    std::vector<std::thread> fThreads;
+    std::size_t fIdle = 0;
+    bool fStopped = false;
+};
+
+/** Tasks that run on a pool one after the other, in the order in which they were posted. */
+class Strand : public std::enable_shared_from_this<Strand> {
+  public:
+    static std::shared_ptr<Strand> create(std::shared_ptr<TaskPool> pool);
+    Strand(const Strand&) = delete;
+    Strand& operator=(const Strand&) = delete;
+
+    void post(TaskPool::Task task);
+
+    /** Drops the tasks that wait and every later one; returns when none runs any more, unless it
+     *  is called from one. */
+    void close();
+
+  private:
+    explicit Strand(std::shared_ptr<TaskPool> pool) : fPool(std::move(pool)) {}
+    void xRunOne();
+
+    const std::shared_ptr<TaskPool> fPool;
+    std::mutex fMutex;
+    std::condition_variable fDone;
+    std::deque<TaskPool::Task> fTasks;
+    std::thread::id fRunner;
+    bool fScheduled = false;
+    bool fClosed = false;
+};
+
+}  // namespace robaxi
+
+#endif

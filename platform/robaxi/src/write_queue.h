@@ -1,0 +1,186 @@
+#ifndef ROBAXI_WRITE_QUEUE_H
+#define ROBAXI_WRITE_QUEUE_H
+
+#include "limits.h"
+#include "write_gate.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <utility>
+
+namespace robaxi {
+
+/**
+ * What waits to be written to a session stream. Message is v1::ClientMessage or v1::ServerMessage.
+ *
+ * A heartbeat goes before everything else. A large message goes in parts when the peer takes them,
+ * and small messages pass between the parts.
+ */
+template <class Message>
+class WriteQueue {
+  public:
+    using StartWrite = std::function<void(const Message*)>;
+
+    explicit WriteQueue(StartWrite startWrite) : fStartWrite(std::move(startWrite)) {}
+    WriteQueue(const WriteQueue&) = delete;
+    WriteQueue& operator=(const WriteQueue&) = delete;
+
+    void setPeerTakesFragments(bool takes) {
+        const std::lock_guard lock(fMutex);
+        fPeerTakesFragments = takes;
+    }
+
+    /** After close() the message is dropped. */
+    void push(Message message) {
+        const std::size_t size = message.ByteSizeLong();
+        {
+            const std::lock_guard lock(fMutex);
+            if (xTakesNoMore()) {
+                return;
+            }
+            fWaitingBytes += size;
+            if (size > limits::a_fragmentSize && fPeerTakesFragments) {
+                fLarge.push_back(message.SerializeAsString());
+            } else {
+                fSmall.push_back(std::move(message));
+            }
+        }
+        xWriteNext();
+    }
+
+    void pushUrgent(Message message) {
+        {
+            const std::lock_guard lock(fMutex);
+            if (xTakesNoMore()) {
+                return;
+            }
+            fWaitingBytes += message.ByteSizeLong();
+            fUrgent.push_back(std::move(message));
+        }
+        xWriteNext();
+    }
+
+    /** Waits until little enough is waiting that more may be pushed. Returns whether that is so. */
+    bool waitForRoom(std::chrono::steady_clock::time_point deadline) {
+        std::unique_lock lock(fMutex);
+        return fRoom.wait_until(lock, deadline, [this] { return xHasRoom() || fClosed; });
+    }
+
+    bool hasRoom() const {
+        const std::lock_guard lock(fMutex);
+        return xHasRoom();
+    }
+
+    /** To be called at the end of each write. When it returns true the caller ends the stream. */
+    [[nodiscard]] bool writeDone(bool ok) {
+        if (fGate.leave()) {
+            return true;
+        }
+        return ok ? xWriteNext() : close();
+    }
+
+    /** Drops what waits and everything later. When it returns true the caller ends the stream. */
+    [[nodiscard]] bool close() {
+        {
+            const std::lock_guard lock(fMutex);
+            fClosed = true;
+            fUrgent.clear();
+            fSmall.clear();
+            fLarge.clear();
+        }
+        fRoom.notify_all();
+        return fGate.close();
+    }
+
+    /** Writes what waits, then ends the stream: as close(), at once or from a later writeDone(). */
+    [[nodiscard]] bool closeWhenWritten() {
+        {
+            const std::lock_guard lock(fMutex);
+            fCloseWhenWritten = true;
+        }
+        return xWriteNext();
+    }
+
+  private:
+    bool xTakesNoMore() const { return fClosed || fCloseWhenWritten; }
+
+    bool xHasRoom() const { return fWaitingBytes < limits::a_outgoingBytes; }
+
+    bool xIsEmpty() const { return fUrgent.empty() && fSmall.empty() && fLarge.empty(); }
+
+    /** Returns true when the caller is to end the stream, since nothing more will be written. */
+    bool xWriteNext() {
+        {
+            const std::lock_guard lock(fMutex);
+            if (fClosed || (xIsEmpty() && !fCloseWhenWritten)) {
+                return false;
+            }
+            if (xIsEmpty()) {
+                return fGate.close();
+            }
+            if (!fGate.enter()) {
+                return false;
+            }
+            xTakeNext();
+        }
+        fRoom.notify_all();
+        fStartWrite(&fCurrent);
+        return false;
+    }
+
+    void xTakeNext() {
+        if (!fUrgent.empty()) {
+            xTake(fUrgent);
+        } else if (!fLarge.empty() && (fSmall.empty() || !fLastWasPart)) {
+            xTakePart();
+        } else {
+            xTake(fSmall);
+        }
+    }
+
+    void xTake(std::deque<Message>& queue) {
+        fLastWasPart = false;
+        fCurrent = std::move(queue.front());
+        queue.pop_front();
+        fWaitingBytes -= fCurrent.ByteSizeLong();
+    }
+
+    void xTakePart() {
+        fLastWasPart = true;
+        const std::string& whole = fLarge.front();
+        const std::size_t size = std::min(limits::a_fragmentSize, whole.size() - fOffset);
+        fCurrent.Clear();
+        auto* part = fCurrent.mutable_fragment();
+        part->set_data(whole.substr(fOffset, size));
+        fOffset += size;
+        fWaitingBytes -= size;
+        if (fOffset == whole.size()) {
+            part->set_last(true);
+            fLarge.pop_front();
+            fOffset = 0;
+        }
+    }
+
+    const StartWrite fStartWrite;
+    WriteGate fGate;
+    mutable std::mutex fMutex;
+    std::condition_variable fRoom;
+    std::deque<Message> fUrgent;
+    std::deque<Message> fSmall;
+    std::deque<std::string> fLarge;  // serialised; fOffset bytes of the first are written
+    std::size_t fOffset = 0;
+    std::size_t fWaitingBytes = 0;
+    Message fCurrent;  // in the hands of gRPC while a write is in flight
+    bool fPeerTakesFragments = false;
+    bool fLastWasPart = false;
+    bool fCloseWhenWritten = false;
+    bool fClosed = false;
+};
+
+}  // namespace robaxi
+
+#endif

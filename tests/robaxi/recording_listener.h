@@ -1,0 +1,65 @@
+#ifndef OBVISTA_TESTS_ROBAXI_RECORDING_LISTENER_H
+#define OBVISTA_TESTS_ROBAXI_RECORDING_LISTENER_H
+
+#include <robaxi/kv_subscription.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace robaxi_test {
+
+/** How long a test waits for something that should come at once. */
+constexpr std::chrono::seconds a_patience{20};
+
+/** Keeps what a subscription delivers, so that a test can wait for it. */
+class RecordingListener : public KVSubscription::Listener {
+  public:
+    struct Update {
+        std::vector<KVChange> fChanges;
+        std::chrono::steady_clock::time_point fWhen;
+    };
+
+    void keysAdded(const std::vector<KVKeyInfo>& keys) override;
+    void keysRemoved(const std::vector<std::uint32_t>& ids) override;
+    void valuesChanged(const std::vector<KVChange>& changes) override;
+    void ended(const KVError& error) override;
+
+    /** Called first in valuesChanged(), without any lock. To be set before the subscription. */
+    std::function<void()> fOnValues;
+
+    bool waitUntil(const std::function<bool()>& condition);
+    bool waitForKeys(std::size_t count);
+    bool waitForValue(const std::string& key, const KVValue& value);
+    bool waitForEnd();
+
+    /** @name What came so far; the first four only under waitUntil() or after the end */
+    ///@{
+    std::map<std::uint32_t, KVKeyInfo> fKeys;
+    std::vector<std::uint32_t> fRemoved;
+    std::map<std::string, KVChange> fValues;
+    std::vector<Update> fUpdates;
+    std::optional<KVError> fEnd;
+    int fCallsAfterEnd = 0;
+    ///@}
+
+    std::uint32_t idOf(const std::string& key);
+    std::vector<Update> updates();
+    std::size_t countUpdates();
+
+  private:
+    template <class Action>
+    void xRecord(const Action& action);
+
+    std::mutex fMutex;
+    std::condition_variable fChanged;
+};
+
+}  // namespace robaxi_test
+
+#endif

@@ -1,0 +1,44 @@
+#ifndef OBVISTA_TESTS_ROBAXI_TEST_BROKER_H
+#define OBVISTA_TESTS_ROBAXI_TEST_BROKER_H
+
+#include <robaxi/kv_broker.h>
+#include <robaxi/kv_error.h>
+#include <robaxi/kv_module.h>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+namespace robaxi_test {
+
+using BrokerPtr = boost::shared_ptr<KVBroker>;
+using ModulePtr = boost::shared_ptr<KVModule>;
+
+constexpr const char* a_loopback = "127.0.0.1";
+
+/** A broker that listens on a port of the loopback that was free. */
+BrokerPtr makeServer(const std::string& name = "Server");
+
+/** A broker that does not listen, as the host and its plugins use it. */
+BrokerPtr makeClient(const std::string& name = "Client");
+
+/** A port of the loopback on which nothing listens. */
+int findFreePort();
+
+/** A module "Echo" with "echo(any)" that returns its argument, and "fail(string)". */
+ModulePtr makeEcho();
+
+/** The error that an action throws; the test fails when it throws none. */
+KVError errorOf(const std::function<void()>& action);
+
+/** "Cause text" for the message of a failed test. */
+std::string describe(const KVError& error);
+
+}  // namespace robaxi_test
+
+#define EXPECT_CAUSE(error, wanted)                                                        \
+    EXPECT_EQ(static_cast<int>((error).cause()), static_cast<int>(KVError::Cause::wanted)) \
+        << (error).toString()
+
+#endif
