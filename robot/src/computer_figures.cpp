@@ -1,5 +1,6 @@
 #include "computer_figures.h"
 
+#include "rounded.h"
 #include "safe_text.h"
 
 #include <algorithm>
@@ -68,10 +69,6 @@ std::vector<fs::path> entries(const fs::path& folder) {
 std::string keyPart(std::string name) {
     std::replace(name.begin(), name.end(), '/', '_');
     return oneLine(name);
-}
-
-double rounded(double value, double perUnit) {
-    return std::round(value * perUnit) / perUnit;
 }
 
 /** A name that no figure has yet: sensors of one kind often share theirs. */

@@ -1,6 +1,7 @@
 #include "humanoid_channels.h"
 
 #include "led_animation.h"
+#include "rounded.h"
 
 #include <algorithm>
 #include <array>
@@ -21,11 +22,6 @@ constexpr std::uint64_t a_tenTimesASecond = 5;
 constexpr std::uint64_t a_eachSecond = 50;
 
 constexpr std::array<const char*, 2> a_sides{"Left", "Right"};
-
-/** A reading in whole multiples of a resolution that is given as readings a unit. */
-double rounded(double value, double perUnit) {
-    return std::round(value * perUnit) / perUnit;
-}
 
 /** A wave between -1 and 1 with a period in seconds. */
 double wave(const Instant& now, double period, double shift = 0) {

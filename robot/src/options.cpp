@@ -40,7 +40,16 @@ po::options_description describedOptions() {
         ("port", po::value<int>()->default_value(9559), "port of the middleware, 1 to 65535")
         ("seed", po::value<std::string>()->default_value("1"),
          "number from which all that the simulated humanoid does follows; the same seed repeats a "
-         "run");
+         "run")
+        ("no-middleware", "do not run the middleware: only announce, and serve HTTP")
+        ("http-port", po::value<int>()->default_value(80),
+         "port of the web page and the icon; 0 for none")
+        ("icon", po::value<std::string>()->default_value(""),
+         "picture to serve as the icon, at most 4 MiB")
+        ("no-announce", "do not announce it on the network")
+        ("sim-port", po::value<int>()->default_value(0),
+         "a second port that serves KVSim alone, and stays open when the middleware is switched "
+         "off; 0 for none");
     // clang-format on
     return options;
 }
@@ -63,9 +72,11 @@ std::string toName(const std::string& text) {
     return text;
 }
 
-int toPort(int port) {
-    if (port < 1 || port > 65535) {
-        throw std::invalid_argument("--port takes 1 to 65535, not " + std::to_string(port));
+int toPort(const po::variables_map& given, const std::string& option, int lowest) {
+    const int port = given[option].as<int>();
+    if (port < lowest || port > 65535) {
+        throw std::invalid_argument("--" + option + " takes " + std::to_string(lowest) +
+                                    " to 65535, not " + std::to_string(port));
     }
     return port;
 }
@@ -95,8 +106,13 @@ Options toOptions(const po::variables_map& given) {
     options.fKind = toKind(given["kind"].as<std::string>());
     options.fName = toName(given["name"].as<std::string>());
     options.fAddress = toAddress(given["address"].as<std::string>());
-    options.fPort = toPort(given["port"].as<int>());
+    options.fPort = toPort(given, "port", 1);
     options.fSeed = toSeed(given["seed"].as<std::string>());
+    options.fMiddleware = given.count("no-middleware") == 0;
+    options.fHttpPort = toPort(given, "http-port", 0);
+    options.fIcon = given["icon"].as<std::string>();
+    options.fAnnounce = given.count("no-announce") == 0;
+    options.fSimPort = toPort(given, "sim-port", 0);
     return options;
 }
 

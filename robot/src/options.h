@@ -17,6 +17,11 @@ struct Options {
     std::string fName;
     std::string fAddress;
     int fPort = 0;
+    bool fMiddleware = true;
+    int fHttpPort = 0;  ///< 0 for no HTTP
+    std::string fIcon;  ///< file; empty for the one that comes with the program
+    bool fAnnounce = true;
+    int fSimPort = 0;  ///< a second port with "KVSim" alone; 0 for none
     std::uint64_t fSeed = 0;
 };
 

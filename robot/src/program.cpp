@@ -1,5 +1,6 @@
 #include "program.h"
 
+#include "endpoint.h"
 #include "main_loop.h"
 #include "options.h"
 #include "robot.h"
@@ -16,18 +17,31 @@ namespace {
 
 constexpr int a_couldNotStart = 1;
 
-/** One line on standard output, written at once and never mixed with another thread's. */
-void say(const std::string& line) {
+/** One line at once, never mixed with another thread's. */
+void writeLine(std::FILE* file, const std::string& line) {
     const std::string text = "robaxi-robot: " + line + '\n';
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::fflush(stdout);
+    std::fwrite(text.data(), 1, text.size(), file);
+    std::fflush(file);
 }
 
-/** Address and port as in a URL: an IPv6 address in brackets. */
-std::string endpoint(const Options& options) {
-    const bool bare = options.fAddress.find(':') == std::string::npos;
-    return (bare ? options.fAddress : '[' + options.fAddress + ']') + ':' +
-           std::to_string(options.fPort);
+void say(const std::string& line) {
+    writeLine(stdout, line);
+}
+
+void complain(const std::string& line) {
+    writeLine(stderr, line);
+}
+
+/** What tests and scripts wait for. */
+std::string readyLine(const Options& options) {
+    if (options.fMiddleware) {
+        return options.fName + " listens on " + endpointText(options.fAddress, options.fPort);
+    }
+    if (options.fHttpPort != 0) {
+        return options.fName + " listens on " + endpointText(options.fAddress, options.fHttpPort) +
+               " for HTTP alone";
+    }
+    return options.fName + " listens on no port";
 }
 
 }  // namespace
@@ -41,11 +55,11 @@ int runProgram(int argc, char** argv) {
     }
     try {
         MainLoop loop;
-        const Robot robot(*parsed.fOptions, say);
-        say(parsed.fOptions->fName + " listens on " + endpoint(*parsed.fOptions));
+        const Robot robot(*parsed.fOptions, loop, {say, complain});
+        say(readyLine(*parsed.fOptions));
         loop.run();
     } catch (const std::exception& failure) {
-        std::cerr << "robaxi-robot: " << oneLine(failure.what()) << '\n';
+        complain(oneLine(failure.what()));
         return a_couldNotStart;
     }
     return 0;

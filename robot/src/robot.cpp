@@ -5,8 +5,11 @@
 #include "modules.h"
 #include "safe_text.h"
 
+#include <robaxi/kv_error.h>
+
 #include <boost/make_shared.hpp>
 
+#include <filesystem>
 #include <utility>
 
 namespace robot {
@@ -16,42 +19,229 @@ namespace {
 // Kept for callers of earlier servers; the broker takes no notice of it.
 constexpr int a_brokerFlags = 19;
 
+// A call that stops the broker that it came through is answered first.
+constexpr std::chrono::milliseconds a_timeToAnswer(100);
+constexpr std::chrono::seconds a_timeToRetry(1);
+
+const char* const a_robotType = "_robax._tcp";
+const char* const a_middlewareType = "_robaxi._tcp";
+
+KVError refusal(const std::string& text) {
+    return {KVError::Cause::RaisedByModule, text};
+}
+
+bool isLoopback(const std::string& address) {
+    return address == "localhost" || address == "::1" || address.rfind("127.", 0) == 0;
+}
+
+/** The picture that comes with the program. */
+std::string installedIcon(Kind kind) {
+    std::error_code error;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    const std::filesystem::path folder = program.parent_path() / "../share/obvista/robot";
+    return folder / (kind == Kind::Robot ? "buddy.png" : "computer.png");
+}
+
+MainLoop::Clock::duration toDuration(double seconds) {
+    return std::chrono::duration_cast<MainLoop::Clock::duration>(
+        std::chrono::duration<double>(seconds));
+}
+
 }  // namespace
 
-Robot::Robot(const Options& options, std::function<void(const std::string&)> say)
-    : fOptions(options), fSay(std::move(say)), fTable(boost::make_shared<KVValueTable>()) {
-    if (fOptions.fKind == Kind::Robot) {
-        xMakeHumanoid();
-    } else {
-        xMakeComputer();
-    }
+Robot::Robot(const Options& options, MainLoop& loop, Output output)
+    : fOptions(options),
+      fLoop(loop),
+      fOutput(std::move(output)),
+      fTable(boost::make_shared<KVValueTable>()) {
+    fState.fAnnounced = fOptions.fAnnounce;
+    xMakeMemory();
     xMakeModules();
-    fBroker = KVBroker::createBroker(fOptions.fName, fOptions.fAddress, fOptions.fPort, "", 0,
-                                     a_brokerFlags, "", false);
-    for (const boost::shared_ptr<KVModule>& module : fModules) {
-        fBroker->addModule(module);
+    xStartWebServer();
+    xStartAnnouncer();
+    if (fOptions.fMiddleware) {
+        xStartMiddleware();
     }
+    if (fOptions.fSimPort != 0) {
+        fSimBroker = xListen(fOptions.fSimPort);
+        fSimBroker->addModule(fSimModule);
+    }
+    xAnnounce();
     fTicker = std::make_unique<Ticker>(fMemory->period(),
                                        [this](std::uint64_t step) { fMemory->update(step); });
 }
 
-Robot::~Robot() = default;
+Robot::~Robot() {
+    // Goodbye is said before the services end, so that nobody is sent to a closed port.
+    if (fAnnouncer) {
+        fAnnouncer->announce({});
+    }
+}
 
-void Robot::xMakeHumanoid() {
+void Robot::setMiddleware(bool on) {
+    if (!on && fOptions.fSimPort == 0) {
+        throw refusal(
+            "Without --sim-port nothing could switch the middleware on again; "
+            "interruptMiddleware() stops it for a while.");
+    }
+    fLoop.post([this, on] { on ? xRestartMiddleware() : xStopMiddleware(); }, a_timeToAnswer);
+}
+
+void Robot::interruptMiddleware(double seconds) {
+    fLoop.post(
+        [this, seconds] {
+            xStopMiddleware();
+            fLoop.post([this] { xRestartMiddleware(); }, toDuration(seconds));
+        },
+        a_timeToAnswer);
+}
+
+void Robot::setAnnounced(bool on) {
+    xRequireAnnouncer();
+    {
+        const std::lock_guard lock(fStateMutex);
+        fState.fAnnounced = on;
+    }
+    xAnnounce();
+}
+
+void Robot::setAddress(const std::string& address) {
+    xRequireAnnouncer();
+    fAnnouncer->setAddress(address);
+    const std::lock_guard lock(fStateMutex);
+    fState.fAddress = address;
+}
+
+void Robot::setIcon(IconTrouble trouble) {
+    if (!fWebServer) {
+        throw refusal("This robot serves no icon: it was started with --http-port 0.");
+    }
+    fWebServer->setIconTrouble(trouble);
+}
+
+SimControls::State Robot::getState() const {
+    const std::lock_guard lock(fStateMutex);
+    State state = fState;
+    state.fIcon = fWebServer ? fWebServer->getIconTrouble() : IconTrouble::Missing;
+    return state;
+}
+
+void Robot::xMakeMemory() {
+    if (fOptions.fKind == Kind::Computer) {
+        fMemory = std::make_unique<ComputerMemory>(ComputerFigures(), fTable);
+        return;
+    }
     auto memory = std::make_unique<HumanoidMemory>(fOptions.fSeed, fTable);
     fModules.push_back(
         makeLedsModule([leds = memory.get()](double duration) { leds->startLeds(duration); }));
     fMemory = std::move(memory);
 }
 
-void Robot::xMakeComputer() {
-    fMemory = std::make_unique<ComputerMemory>(ComputerFigures(), fTable);
-}
-
 void Robot::xMakeModules() {
     fModules.push_back(makeMemoryModule(fTable));
     fModules.push_back(makeBallamorModule(
-        fTable, [this](const std::string& text) { fSay("clipboard: " + oneLine(text)); }));
+        fTable, [this](const std::string& text) { fOutput.fSay("clipboard: " + oneLine(text)); }));
+    fSimModule = makeSimModule(this);
+    fModules.push_back(fSimModule);
+}
+
+void Robot::xStartWebServer() {
+    if (fOptions.fHttpPort == 0) {
+        return;
+    }
+    const std::string description = fOptions.fKind == Kind::Robot
+                                        ? "A simulated robot that runs Robaxi."
+                                        : "A computer that runs Robaxi.";
+    fWebServer = std::make_unique<WebServer>(
+        fOptions.fAddress, fOptions.fHttpPort,
+        std::make_shared<WebPage>(fOptions.fName, description, fModules, fTable), xReadIcon());
+}
+
+std::string Robot::xReadIcon() const {
+    if (!fOptions.fIcon.empty()) {
+        return readIcon(fOptions.fIcon);
+    }
+    try {
+        return readIcon(installedIcon(fOptions.fKind));
+    } catch (const std::runtime_error& failure) {
+        fOutput.fComplain(oneLine(failure.what()) + "; --icon gives another one");
+        return {};
+    }
+}
+
+void Robot::xStartAnnouncer() {
+    if (!fOptions.fAnnounce) {
+        return;
+    }
+    if (isLoopback(fOptions.fAddress)) {
+        fOutput.fComplain("not announced: only this machine can reach " + fOptions.fAddress +
+                          " (--address 0.0.0.0 opens it to the network)");
+        return;
+    }
+    fAnnouncer = std::make_unique<Announcer>(fOptions.fName, fOutput.fComplain);
+}
+
+void Robot::xStartMiddleware() {
+    fBroker = xListen(fOptions.fPort);
+    for (const boost::shared_ptr<KVModule>& module : fModules) {
+        fBroker->addModule(module);
+    }
+    const std::lock_guard lock(fStateMutex);
+    fState.fMiddleware = true;
+}
+
+void Robot::xRestartMiddleware() {
+    if (fBroker) {
+        return;
+    }
+    try {
+        xStartMiddleware();
+    } catch (const KVError& failure) {
+        fOutput.fComplain(oneLine(failure.toString()) + " Trying again.");
+        fLoop.post([this] { xRestartMiddleware(); }, a_timeToRetry);
+        return;
+    }
+    xAnnounce();
+}
+
+void Robot::xStopMiddleware() {
+    {
+        const std::lock_guard lock(fStateMutex);
+        fState.fMiddleware = false;
+    }
+    xAnnounce();
+    fBroker.reset();
+}
+
+void Robot::xAnnounce() {
+    if (!fAnnouncer) {
+        return;
+    }
+    State state;
+    {
+        const std::lock_guard lock(fStateMutex);
+        state = fState;
+    }
+    std::vector<AnnouncedService> services;
+    if (state.fAnnounced && fOptions.fKind == Kind::Robot) {
+        const bool http = fOptions.fHttpPort != 0;
+        services.push_back({a_robotType, http ? fOptions.fHttpPort : KVBroker::a_defaultPort});
+    }
+    if (state.fAnnounced && state.fMiddleware) {
+        services.push_back({a_middlewareType, fOptions.fPort});
+    }
+    fAnnouncer->announce(services);
+}
+
+void Robot::xRequireAnnouncer() const {
+    if (!fAnnouncer) {
+        throw refusal("This robot is not announced: it was started so.");
+    }
+}
+
+boost::shared_ptr<KVBroker> Robot::xListen(int port) const {
+    return KVBroker::createBroker(fOptions.fName, fOptions.fAddress, port, "", 0, a_brokerFlags, "",
+                                  false);
 }
 
 }  // namespace robot

@@ -1,9 +1,14 @@
 #ifndef OBVISTA_ROBOT_ROBOT_H
 #define OBVISTA_ROBOT_ROBOT_H
 
+#include "announcer.h"
+#include "main_loop.h"
 #include "memory_source.h"
 #include "options.h"
+#include "sim_module.h"
 #include "ticker.h"
+#include "web_page.h"
+#include "web_server.h"
 
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_module.h>
@@ -13,39 +18,73 @@
 
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
 namespace robot {
 
-/** A running robot or computer: its values, its modules and the broker that serves them. */
-class Robot {
+/** Where a robot's lines for the user go; both are called from any thread. */
+struct Output {
+    std::function<void(const std::string& line)> fSay;
+    std::function<void(const std::string& line)> fComplain;
+};
+
+/**
+ * A running robot or computer: its values, the modules that the broker serves, its web page and
+ * its announcement. To be made and destroyed on the main thread.
+ */
+class Robot : private SimControls {
   public:
     /**
      * Starts it; it can be reached when this returns.
      *
-     * @param say writes one line for the user; called from any thread
-     * @throws KVError when the port cannot be listened on
+     * @param loop must outlive it, and not run any more when it is destroyed
+     * @throws KVError or std::runtime_error when a port cannot be listened on, or the icon that was
+     *         asked for cannot be read
      */
-    Robot(const Options& options, std::function<void(const std::string& line)> say);
+    Robot(const Options& options, MainLoop& loop, Output output);
 
-    /** Ends it: calls in flight end with a failure for their caller. */
-    ~Robot();
+    /** Says goodbye and ends: calls in flight fail for their caller. */
+    ~Robot() override;
     Robot(const Robot&) = delete;
     Robot& operator=(const Robot&) = delete;
 
   private:
-    void xMakeHumanoid();
-    void xMakeComputer();
+    void setMiddleware(bool on) override;
+    void interruptMiddleware(double seconds) override;
+    void setAnnounced(bool on) override;
+    void setAddress(const std::string& address) override;
+    void setIcon(IconTrouble trouble) override;
+    State getState() const override;
+
+    void xMakeMemory();
     void xMakeModules();
+    void xStartWebServer();
+    std::string xReadIcon() const;
+    void xStartAnnouncer();
+    void xStartMiddleware();
+    void xRestartMiddleware();
+    void xStopMiddleware();
+    void xAnnounce();
+    void xRequireAnnouncer() const;
+    boost::shared_ptr<KVBroker> xListen(int port) const;
 
     const Options fOptions;
-    const std::function<void(const std::string&)> fSay;
+    MainLoop& fLoop;
+    const Output fOutput;
     boost::shared_ptr<KVValueTable> fTable;
     std::unique_ptr<MemorySource> fMemory;
+    boost::shared_ptr<KVModule> fSimModule;
     std::vector<boost::shared_ptr<KVModule>> fModules;
+    mutable std::mutex fStateMutex;  // guards fState
+    State fState{};
     std::unique_ptr<Ticker> fTicker;
-    boost::shared_ptr<KVBroker> fBroker;  // last, so that no call runs when the rest goes
+    std::unique_ptr<WebServer> fWebServer;
+    std::unique_ptr<Announcer> fAnnouncer;
+    // The brokers go first: no call runs any more when the rest goes.
+    boost::shared_ptr<KVBroker> fSimBroker;
+    boost::shared_ptr<KVBroker> fBroker;
 };
 
 }  // namespace robot

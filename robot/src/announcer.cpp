@@ -1,0 +1,335 @@
+#include "announcer.h"
+
+#include "safe_text.h"
+
+#include <avahi-client/client.h>
+#include <avahi-client/publish.h>
+#include <avahi-common/address.h>
+#include <avahi-common/alternative.h>
+#include <avahi-common/error.h>
+#include <avahi-common/malloc.h>
+#include <avahi-common/thread-watch.h>
+#include <avahi-common/timeval.h>
+
+#include <algorithm>
+#include <cctype>
+#include <map>
+#include <stdexcept>
+#include <utility>
+
+namespace robot {
+
+namespace {
+
+// A daemon that restarts is back soon; without a bus there may never be one.
+constexpr unsigned a_reconnectMilliseconds = 50;
+constexpr unsigned a_retryMilliseconds = 1000;
+
+struct FreeGroup {
+    void operator()(AvahiEntryGroup* group) const { avahi_entry_group_free(group); }
+};
+using Group = std::unique_ptr<AvahiEntryGroup, FreeGroup>;
+
+struct FreeClient {
+    void operator()(AvahiClient* client) const { avahi_client_free(client); }
+};
+
+struct FreePoll {
+    void operator()(AvahiThreadedPoll* poll) const { avahi_threaded_poll_free(poll); }
+};
+
+/** Keeps Avahi's thread out of what it shares with the others. */
+class PollLock {
+  public:
+    explicit PollLock(AvahiThreadedPoll* poll) : fPoll(poll) { avahi_threaded_poll_lock(fPoll); }
+    ~PollLock() { avahi_threaded_poll_unlock(fPoll); }
+    PollLock(const PollLock&) = delete;
+    PollLock& operator=(const PollLock&) = delete;
+
+  private:
+    AvahiThreadedPoll* fPoll;
+};
+
+std::string alternativeTo(const std::string& name) {
+    char* other = avahi_alternative_service_name(name.c_str());
+    if (other == nullptr) {
+        throw std::bad_alloc();
+    }
+    std::string result = other;
+    avahi_free(other);
+    return result;
+}
+
+}  // namespace
+
+// Everything below runs on Avahi's thread or under its lock, which are the same to it.
+struct Announcer::Private {
+    Private(std::string name, std::function<void(const std::string&)> say);
+    ~Private();
+
+    void connect();
+    void disconnect();
+    void connectIn(unsigned milliseconds);
+    void setTimer(unsigned milliseconds);
+    void publishAll();
+    void publish(const AnnouncedService& service);
+    int addEntries(AvahiEntryGroup* group, const AnnouncedService& service);
+    void publishHost();
+    void withdrawAll();
+    void withdrawUnwanted();
+    bool isPublished(const AnnouncedService& service) const;
+    void takeAnotherName();
+    void complainOnce(const std::string& trouble);
+
+    static void onClient(AvahiClient* client, AvahiClientState state, void* self);
+    static void onGroup(AvahiEntryGroup* group, AvahiEntryGroupState state, void* self);
+    static void onTimer(AvahiTimeout* timeout, void* self);
+
+    struct Published {
+        AnnouncedService fService;
+        Group fGroup;
+    };
+
+    std::string fName;
+    std::function<void(const std::string&)> fSay;
+    std::string fAddress;
+    std::vector<AnnouncedService> fWanted;
+    std::string fLastTrouble;
+    std::unique_ptr<AvahiThreadedPoll, FreePoll> fPoll;
+    AvahiTimeout* fTimer = nullptr;
+    bool fConnectPending = true;
+    bool fRenamePending = false;
+    std::unique_ptr<AvahiClient, FreeClient> fClient;
+    Group fHost;  // the address record of the robot's own host name
+    std::vector<Published> fPublished;
+};
+
+Announcer::Private::Private(std::string name, std::function<void(const std::string&)> say)
+    : fName(std::move(name)), fSay(std::move(say)), fPoll(avahi_threaded_poll_new()) {
+    if (!fPoll) {
+        throw std::bad_alloc();
+    }
+    const AvahiPoll* poll = avahi_threaded_poll_get(fPoll.get());
+    // Connecting and renaming are left to this timer: neither a client nor a group may be freed in
+    // its own callback.
+    const timeval now{};
+    fTimer = poll->timeout_new(poll, &now, onTimer, this);
+    if (fTimer == nullptr || avahi_threaded_poll_start(fPoll.get()) != 0) {
+        throw std::runtime_error("cannot start the thread that announces the robot");
+    }
+}
+
+Announcer::Private::~Private() {
+    avahi_threaded_poll_stop(fPoll.get());
+    withdrawAll();
+    disconnect();
+    avahi_threaded_poll_get(fPoll.get())->timeout_free(fTimer);
+}
+
+void Announcer::Private::connect() {
+    disconnect();
+    int error = 0;
+    // NO_FAIL waits for a daemon that is not there yet; without a bus there is no client at all.
+    AvahiClient* client = avahi_client_new(avahi_threaded_poll_get(fPoll.get()),
+                                           AVAHI_CLIENT_NO_FAIL, onClient, this, &error);
+    if (client == nullptr) {
+        complainOnce(std::string("not announced: ") + avahi_strerror(error));
+        connectIn(a_retryMilliseconds);
+        return;
+    }
+    // The callback has already run, before the client could be known here.
+    fClient.reset(client);
+    onClient(client, avahi_client_get_state(client), this);
+}
+
+void Announcer::Private::disconnect() {
+    // Groups go with their client: free them first, while their pointers hold.
+    withdrawAll();
+    fClient.reset();
+}
+
+void Announcer::Private::connectIn(unsigned milliseconds) {
+    fConnectPending = true;
+    setTimer(milliseconds);
+}
+
+void Announcer::Private::setTimer(unsigned milliseconds) {
+    timeval when{};
+    avahi_elapse_time(&when, milliseconds, 0);
+    avahi_threaded_poll_get(fPoll.get())->timeout_update(fTimer, &when);
+}
+
+void Announcer::Private::publishAll() {
+    if (!fClient || avahi_client_get_state(fClient.get()) != AVAHI_CLIENT_S_RUNNING) {
+        return;
+    }
+    if (!fAddress.empty() && !fHost) {
+        publishHost();
+    }
+    for (const AnnouncedService& service : fWanted) {
+        if (!isPublished(service)) {
+            publish(service);
+        }
+    }
+}
+
+void Announcer::Private::publish(const AnnouncedService& service) {
+    Group group(avahi_entry_group_new(fClient.get(), onGroup, this));
+    const int error = group ? addEntries(group.get(), service) : avahi_client_errno(fClient.get());
+    if (error != AVAHI_OK) {
+        complainOnce("cannot announce " + service.fType + ": " + avahi_strerror(error));
+        return;
+    }
+    fPublished.push_back({service, std::move(group)});
+}
+
+int Announcer::Private::addEntries(AvahiEntryGroup* group, const AnnouncedService& service) {
+    const std::string host = fAddress.empty() ? std::string() : hostNameFor(fName);
+    for (;;) {
+        const int error = avahi_entry_group_add_service(
+            group, AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC, AvahiPublishFlags(0), fName.c_str(),
+            service.fType.c_str(), nullptr, host.empty() ? nullptr : host.c_str(),
+            static_cast<std::uint16_t>(service.fPort), nullptr);
+        if (error != AVAHI_ERR_COLLISION) {
+            return error == AVAHI_OK ? avahi_entry_group_commit(group) : error;
+        }
+        // Another program of this machine has the name: the daemon says so at once.
+        fName = alternativeTo(fName);
+        fSay("the name is taken; announced as " + oneLine(fName));
+    }
+}
+
+void Announcer::Private::publishHost() {
+    AvahiAddress address{};
+    avahi_address_parse(fAddress.c_str(), AVAHI_PROTO_INET, &address);
+    fHost.reset(avahi_entry_group_new(fClient.get(), onGroup, this));
+    const int error = fHost ? avahi_entry_group_add_address(
+                                  fHost.get(), AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC,
+                                  AVAHI_PUBLISH_NO_REVERSE, hostNameFor(fName).c_str(), &address)
+                            : avahi_client_errno(fClient.get());
+    const int committed = error == AVAHI_OK ? avahi_entry_group_commit(fHost.get()) : error;
+    if (committed != AVAHI_OK) {
+        complainOnce("cannot announce the address " + fAddress + ": " + avahi_strerror(committed));
+    }
+}
+
+void Announcer::Private::withdrawAll() {
+    fPublished.clear();
+    fHost.reset();
+}
+
+void Announcer::Private::withdrawUnwanted() {
+    const auto isUnwanted = [this](const Published& published) {
+        return std::find(fWanted.begin(), fWanted.end(), published.fService) == fWanted.end();
+    };
+    fPublished.erase(std::remove_if(fPublished.begin(), fPublished.end(), isUnwanted),
+                     fPublished.end());
+}
+
+bool Announcer::Private::isPublished(const AnnouncedService& service) const {
+    return std::any_of(
+        fPublished.begin(), fPublished.end(),
+        [&service](const Published& published) { return published.fService == service; });
+}
+
+void Announcer::Private::takeAnotherName() {
+    fName = alternativeTo(fName);
+    fSay("the name is taken; announced as " + oneLine(fName));
+    // One name for all services, so those that did not collide are renamed too.
+    withdrawAll();
+    publishAll();
+}
+
+void Announcer::Private::complainOnce(const std::string& trouble) {
+    if (trouble != fLastTrouble) {
+        fLastTrouble = trouble;
+        fSay(trouble);
+    }
+}
+
+void Announcer::Private::onClient(AvahiClient* client, AvahiClientState state, void* self) {
+    Private& announcer = *static_cast<Private*>(self);
+    if (announcer.fClient.get() != client) {
+        return;  // still within avahi_client_new(); connect() calls again
+    }
+    switch (state) {
+        case AVAHI_CLIENT_S_RUNNING:
+            announcer.fLastTrouble.clear();
+            announcer.publishAll();
+            break;
+        case AVAHI_CLIENT_S_REGISTERING:
+        case AVAHI_CLIENT_S_COLLISION:
+            // The machine's host name changes: announce again when it is settled.
+            announcer.withdrawAll();
+            break;
+        case AVAHI_CLIENT_CONNECTING:
+            announcer.complainOnce("not announced: there is no Avahi daemon");
+            break;
+        case AVAHI_CLIENT_FAILURE:
+            announcer.connectIn(a_reconnectMilliseconds);
+            break;
+    }
+}
+
+void Announcer::Private::onGroup(AvahiEntryGroup* group, AvahiEntryGroupState state, void* self) {
+    Private& announcer = *static_cast<Private*>(self);
+    if (state == AVAHI_ENTRY_GROUP_COLLISION) {
+        announcer.fRenamePending = true;
+        announcer.setTimer(0);
+    } else if (state == AVAHI_ENTRY_GROUP_FAILURE) {
+        AvahiClient* client = avahi_entry_group_get_client(group);
+        announcer.complainOnce(std::string("the announcement failed: ") +
+                               avahi_strerror(avahi_client_errno(client)));
+    }
+}
+
+void Announcer::Private::onTimer(AvahiTimeout* timeout, void* self) {
+    Private& announcer = *static_cast<Private*>(self);
+    avahi_threaded_poll_get(announcer.fPoll.get())->timeout_update(timeout, nullptr);
+    const bool connects = std::exchange(announcer.fConnectPending, false);
+    const bool renames = std::exchange(announcer.fRenamePending, false);
+    if (renames) {
+        announcer.takeAnotherName();
+    }
+    if (connects) {
+        announcer.connect();
+    }
+}
+
+Announcer::Announcer(const std::string& name, std::function<void(const std::string&)> say)
+    : fPrivate(std::make_unique<Private>(name, std::move(say))) {
+}
+
+Announcer::~Announcer() = default;
+
+void Announcer::announce(const std::vector<AnnouncedService>& services) {
+    const PollLock lock(fPrivate->fPoll.get());
+    fPrivate->fWanted = services;
+    fPrivate->withdrawUnwanted();
+    fPrivate->publishAll();
+}
+
+void Announcer::setAddress(const std::string& address) {
+    const PollLock lock(fPrivate->fPoll.get());
+    fPrivate->fAddress = address;
+    fPrivate->withdrawAll();
+    fPrivate->publishAll();
+}
+
+std::string hostNameFor(const std::string& name) {
+    std::string label;
+    for (const char c : name) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x80 && std::isalnum(byte) != 0) {
+            label += c;
+        } else if (!label.empty() && label.back() != '-') {
+            label += '-';
+        }
+    }
+    while (!label.empty() && label.back() == '-') {
+        label.pop_back();
+    }
+    return (label.empty() ? "robot" : label) + ".local";
+}
+
+}  // namespace robot

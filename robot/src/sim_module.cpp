@@ -1,0 +1,91 @@
+#include "sim_module.h"
+
+#include "safe_text.h"
+#include "write_rules.h"
+
+#include <robaxi/kv_error.h>
+
+#include <boost/make_shared.hpp>
+
+#include <arpa/inet.h>
+
+namespace robot {
+
+namespace {
+
+constexpr double a_shortestInterruption = 0.1;
+constexpr double a_longestInterruption = 3600;
+
+IconTrouble toTrouble(const std::string& word) {
+    const std::optional<IconTrouble> trouble = iconTroubleNamed(word);
+    if (!trouble) {
+        throw KVError(KVError::Cause::RaisedByModule,
+                      "The icon can be " + iconTroubleNames() + "; not '" + oneLine(word) + "'.");
+    }
+    return *trouble;
+}
+
+const std::string& toAddress(const std::string& text) {
+    in_addr address{};
+    if (!text.empty() && inet_pton(AF_INET, text.c_str(), &address) != 1) {
+        throw KVError(
+            KVError::Cause::RaisedByModule,
+            "An address is four numbers with points, or empty for the machine's own; not '" +
+                oneLine(text) + "'.");
+    }
+    return text;
+}
+
+KVValue stateAsValue(const SimControls::State& state) {
+    return KVValue::Map{{"middleware", state.fMiddleware},
+                        {"announced", state.fAnnounced},
+                        {"address", state.fAddress},
+                        {"icon", nameOf(state.fIcon)}};
+}
+
+}  // namespace
+
+SimControls::~SimControls() = default;
+
+boost::shared_ptr<KVModule> makeSimModule(SimControls* controls) {
+    auto module =
+        boost::make_shared<KVModule>("KVSim", "Faults of the simulated robot, on request.");
+    const auto bind = [&module](const KVMethodInfo& info, KVValue::Type type,
+                                const std::function<void(const KVValue&)>& method) {
+        module->bindMethod(info, {type}, [method](const KVValue::List& arguments) {
+            method(arguments[0]);
+            return KVValue();
+        });
+    };
+    bind({"setMiddleware", "setMiddleware(on: bool)",
+          "Stops to listen and withdraws the service, or starts again. Stopping needs --sim-port."},
+         KVValue::Type::Bool,
+         [controls](const KVValue& on) { controls->setMiddleware(on.toBool()); });
+    bind({"interruptMiddleware", "interruptMiddleware(duration: float)",
+          "Stops the middleware and starts it again after so many seconds, 0.1 to 3600."},
+         KVValue::Type::Float, [controls](const KVValue& duration) {
+             controls->interruptMiddleware(numberWithin("The middleware", duration.toFloat(),
+                                                        a_shortestInterruption,
+                                                        a_longestInterruption, " s"));
+         });
+    bind({"setAnnounced", "setAnnounced(on: bool)",
+          "Withdraws what the robot announces, or announces it again."},
+         KVValue::Type::Bool,
+         [controls](const KVValue& on) { controls->setAnnounced(on.toBool()); });
+    bind({"setAddress", "setAddress(address: string)",
+          "Announces a host name of the robot's own with this IPv4 address; empty for the "
+          "machine's own."},
+         KVValue::Type::String, [controls](const KVValue& address) {
+             controls->setAddress(toAddress(address.toString()));
+         });
+    bind({"setIcon", "setIcon(trouble: string)",
+          "How the icon is served from now on: " + iconTroubleNames() + "."},
+         KVValue::Type::String,
+         [controls](const KVValue& trouble) { controls->setIcon(toTrouble(trouble.toString())); });
+    module->bindMethod(
+        {"getState", "getState() -> map", "What is wrong at present."}, {},
+        [controls](const KVValue::List&) { return stateAsValue(controls->getState()); });
+    return module;
+}
+
+}  // namespace robot

@@ -1,0 +1,41 @@
+#ifndef OBVISTA_ROBOT_SIM_MODULE_H
+#define OBVISTA_ROBOT_SIM_MODULE_H
+
+#include "icon.h"
+
+#include <robaxi/kv_module.h>
+
+#include <boost/shared_ptr.hpp>
+
+#include <string>
+
+namespace robot {
+
+/** What people may do to a simulated robot. Called from threads of the broker. */
+class SimControls {
+  public:
+    struct State {
+        bool fMiddleware;
+        bool fAnnounced;
+        std::string fAddress;  ///< announced instead of the machine's own, or empty
+        IconTrouble fIcon;
+    };
+
+    virtual ~SimControls();
+    /** @name Each throws KVError when the robot was started without what it changes. */
+    ///@{
+    virtual void setMiddleware(bool on) = 0;
+    virtual void interruptMiddleware(double seconds) = 0;
+    virtual void setAnnounced(bool on) = 0;
+    virtual void setAddress(const std::string& address) = 0;
+    virtual void setIcon(IconTrouble trouble) = 0;
+    ///@}
+    virtual State getState() const = 0;
+};
+
+/** "KVSim": asks a simulated robot for faults. @param controls must outlive the module */
+boost::shared_ptr<KVModule> makeSimModule(SimControls* controls);
+
+}  // namespace robot
+
+#endif
