@@ -1,0 +1,40 @@
+#include "broker_port.h"
+
+#include <robaxi/kv_broker.h>
+#include <robaxi/kv_error.h>
+
+#include <string>
+
+namespace memoryviewer {
+
+namespace {
+
+constexpr int a_lastBrokerPort = 65535;
+
+boost::shared_ptr<KVBroker> createBroker(int port) {
+    return KVBroker::createBroker("ObvistaMemoryViewer", "127.0.0.1", port, "", 0, 0, "", true);
+}
+
+/** Listening is the only test of a port that nobody can overtake. */
+boost::shared_ptr<KVBroker> createBrokerOnFirstFreePort() {
+    for (int port = a_firstBrokerPort; port <= a_lastBrokerPort; ++port) {
+        try {
+            return createBroker(port);
+        } catch (const KVError& error) {
+            if (error.cause() != KVError::Cause::AddressInUse) {
+                throw;
+            }
+        }
+    }
+    throw KVError(KVError::Cause::AddressInUse,
+                  "no port from " + std::to_string(a_firstBrokerPort) + " to " +
+                      std::to_string(a_lastBrokerPort) + " is free on 127.0.0.1");
+}
+
+}  // namespace
+
+boost::shared_ptr<KVBroker> openBroker(int port) {
+    return port == 0 ? createBrokerOnFirstFreePort() : createBroker(port);
+}
+
+}  // namespace memoryviewer

@@ -1,0 +1,100 @@
+#include "memory_feed.h"
+
+#include <utility>
+
+namespace memoryviewer {
+
+void MemoryFeed::setNotice(std::function<void()> notice) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    fNotice = std::move(notice);
+    fHasNotified = false;
+    if (fHasSomething) {
+        xNotify();
+    }
+}
+
+MemoryBatch MemoryFeed::take() {
+    Pending pending;
+    {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        std::swap(pending, fPending);
+        fHasSomething = false;
+        fHasNotified = false;
+    }
+    MemoryBatch batch = std::move(pending.fBatch);
+    batch.fAdded.reserve(pending.fAdded.size());
+    for (auto& [id, key] : pending.fAdded) {
+        batch.fAdded.push_back(std::move(key));
+    }
+    batch.fChanged.reserve(pending.fChanged.size());
+    for (auto& [id, change] : pending.fChanged) {
+        batch.fChanged.push_back(std::move(change));
+    }
+    return batch;
+}
+
+void MemoryFeed::reportLost(const KVError& error) {
+    xReportEnd(MemoryBatch::End::Lost, error);
+}
+
+void MemoryFeed::reportClosed() {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    fPending.fBatch.fIsClosed = true;
+    xNotify();
+}
+
+void MemoryFeed::keysAdded(const std::vector<KVKeyInfo>& keys) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    fPending.fBatch.fHasTable = true;
+    for (const KVKeyInfo& key : keys) {
+        fPending.fAdded.insert_or_assign(key.fId, key);
+    }
+    xNotify();
+}
+
+void MemoryFeed::keysRemoved(const std::vector<std::uint32_t>& ids) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    for (const std::uint32_t id : ids) {
+        fPending.fChanged.erase(id);
+        // An identifier is never used again, so a key that came and went since the last take()
+        // need not be told at all.
+        if (fPending.fAdded.erase(id) == 0) {
+            fPending.fBatch.fRemoved.push_back(id);
+        }
+    }
+    xNotify();
+}
+
+void MemoryFeed::valuesChanged(const std::vector<KVChange>& changes) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    fPending.fBatch.fUpdates += changes.size();
+    for (const KVChange& change : changes) {
+        fPending.fChanged.insert_or_assign(change.fId, change);
+    }
+    xNotify();
+}
+
+void MemoryFeed::ended(const KVError& error) {
+    const bool isLost = error.cause() == KVError::Cause::ConnectionLost;
+    xReportEnd(isLost ? MemoryBatch::End::Lost : MemoryBatch::End::Refused, error);
+}
+
+void MemoryFeed::xReportEnd(MemoryBatch::End end, const KVError& error) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    if (fPending.fBatch.fEnd != MemoryBatch::End::Lost) {
+        fPending.fBatch.fEnd = end;
+        fPending.fBatch.fEndText = error.toString();
+    }
+    xNotify();
+}
+
+/** To be called with the lock held. */
+void MemoryFeed::xNotify() {
+    fHasSomething = true;
+    if (!fHasNotified && fNotice) {
+        fHasNotified = true;
+        fNotice();
+    }
+}
+
+}  // namespace memoryviewer

@@ -1,0 +1,316 @@
+#include "memory_viewer_widget.h"
+
+#include "memory_delegate.h"
+#include "memory_link.h"
+#include "memory_model.h"
+#include "value_text.h"
+
+#include <QDockWidget>
+#include <QEvent>
+#include <QHeaderView>
+#include <QLabel>
+#include <QStackedLayout>
+#include <QTreeView>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace memoryviewer {
+
+namespace {
+
+/** Milliseconds between two looks at the feed: more often than the eye follows, and a bound on how
+ *  much of the GUI thread a fast robot can take. */
+constexpr int a_frameTime = 40;
+constexpr int a_rateTime = 1000;
+constexpr int a_maxRobotNameLength = 60;
+constexpr QSize a_initialSize(760, 560);
+constexpr char a_separator[] = "  \u00B7  ";
+
+QLabel* makeLabel(const char* objectName, QWidget* parent) {
+    auto* label = new QLabel(parent);
+    label->setObjectName(QLatin1String(objectName));
+    // Texts of the robot are part of it.
+    label->setTextFormat(Qt::PlainText);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    return label;
+}
+
+}  // namespace
+
+MemoryViewerWidget::MemoryViewerWidget(std::shared_ptr<MemoryLink> link, WidgetInterface* plugin,
+                                       QWidget* parent)
+    : QWidget(parent),
+      fLink(std::move(link)),
+      fPlugin(plugin),
+      fModel(new MemoryModel(this)),
+      fDelegate(new MemoryDelegate(this)),
+      fTree(new QTreeView(this)),
+      fPages(new QStackedLayout),
+      fMessage(makeLabel("memoryMessage", this)),
+      fNotice(makeLabel("memoryNotice", this)),
+      fStatus(makeLabel("memoryStatus", this)) {
+    xBuild();
+    xFollowDock();
+
+    fFrameTimer.setSingleShot(true);
+    connect(&fFrameTimer, &QTimer::timeout, this, &MemoryViewerWidget::xOnFrame);
+    connect(&fRateTimer, &QTimer::timeout, this, &MemoryViewerWidget::xUpdateRate);
+    fSinceFrame.start();
+    fSinceRate.start();
+    fRateTimer.start(a_rateTime);
+    fLink->feed().setNotice([this] {
+        QMetaObject::invokeMethod(
+            this, [this] { xOnNotice(); }, Qt::QueuedConnection);
+    });
+}
+
+MemoryViewerWidget::~MemoryViewerWidget() {
+    fLink->feed().setNotice(nullptr);
+    fLink->close();
+}
+
+bool MemoryViewerWidget::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == fDock && event->type() == QEvent::Close) {
+        xOnDockAskedToClose();
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void MemoryViewerWidget::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::ParentChange) {
+        xFollowDock();
+    }
+    QWidget::changeEvent(event);
+}
+
+void MemoryViewerWidget::xBuild() {
+    setObjectName(QStringLiteral("memoryViewer"));
+    setWindowTitle(tr("Memory viewer"));
+    resize(a_initialSize);
+    setFocusProxy(fTree);
+    xBuildTree();
+
+    fMessage->setAlignment(Qt::AlignCenter);
+    fMessage->setWordWrap(true);
+    fMessage->setForegroundRole(QPalette::PlaceholderText);
+    fMessage->setMargin(fontMetrics().height());
+    fNotice->setWordWrap(true);
+    fNotice->setMargin(fontMetrics().height() / 2);
+    fNotice->setAutoFillBackground(true);
+    fNotice->setBackgroundRole(QPalette::ToolTipBase);
+    fNotice->setForegroundRole(QPalette::ToolTipText);
+    fStatus->setMargin(fontMetrics().height() / 4);
+    // A long name must not force the dock to be wide.
+    fStatus->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+
+    fPages->addWidget(fMessage);
+    fPages->addWidget(fTree);
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(fNotice);
+    column->addLayout(fPages, 1);
+    column->addWidget(fStatus);
+    xUpdateTexts();
+}
+
+void MemoryViewerWidget::xBuildTree() {
+    fTree->setObjectName(QStringLiteral("memoryTree"));
+    fTree->setAccessibleName(tr("Values in the robot's memory"));
+    fTree->setModel(fModel);
+    fTree->setItemDelegate(fDelegate);
+    fTree->setUniformRowHeights(true);
+    fTree->setAlternatingRowColors(true);
+    fTree->setAllColumnsShowFocus(true);
+    fTree->setFrameShape(QFrame::NoFrame);
+    fTree->setTextElideMode(Qt::ElideRight);
+
+    const int character = fontMetrics().averageCharWidth();
+    QHeaderView* header = fTree->header();
+    header->setSectionsMovable(false);
+    header->resizeSection(MemoryModel::NameColumn, 40 * character);
+    header->resizeSection(MemoryModel::ValueColumn, 24 * character);
+    header->resizeSection(MemoryModel::UnitColumn, 12 * character);
+    connect(fModel, &QAbstractItemModel::rowsInserted, this,
+            &MemoryViewerWidget::xExpandNewBranches);
+}
+
+void MemoryViewerWidget::xFollowDock() {
+    if (fDock) {
+        fDock->removeEventFilter(this);
+    }
+    fDock = qobject_cast<QDockWidget*>(parentWidget());
+    if (fDock) {
+        fDock->installEventFilter(this);
+    }
+}
+
+/**
+ * The dock's close event comes before the dock has decided on it. From here on no loss is reported;
+ * the next turn of the event loop sees what became of the dock.
+ */
+void MemoryViewerWidget::xOnDockAskedToClose() {
+    fIsDockClosing = true;
+    QMetaObject::invokeMethod(
+        this, [this] { xOnDockDecided(); }, Qt::QueuedConnection);
+}
+
+void MemoryViewerWidget::xOnDockDecided() {
+    if (!fIsDockClosing) {
+        return;
+    }
+    fIsDockClosing = false;
+    if (!fDock || fDock->isHidden()) {
+        fHasLossToReport = false;
+        fLink->close();
+        return;
+    }
+    if (fHasLossToReport) {
+        xReportLoss();
+    }
+}
+
+void MemoryViewerWidget::xOnNotice() {
+    if (!fFrameTimer.isActive()) {
+        const qint64 rest = a_frameTime - fSinceFrame.elapsed();
+        fFrameTimer.start(static_cast<int>(std::max<qint64>(rest, 0)));
+    }
+}
+
+void MemoryViewerWidget::xOnFrame() {
+    fSinceFrame.restart();
+    MemoryBatch batch = fLink->feed().take();
+    xApply(batch);
+    if (batch.fIsClosed) {
+        fHasLossToReport = false;
+        xSetPhase(fPhase == Phase::Lost ? Phase::Lost : Phase::Closed);
+        return;
+    }
+    switch (batch.fEnd) {
+        case MemoryBatch::End::None:
+            xSetPhase(batch.fHasTable ? Phase::Live : fPhase);
+            break;
+        case MemoryBatch::End::Refused:
+            fRefusal = plainText(batch.fEndText);
+            xSetPhase(Phase::Refused);
+            break;
+        case MemoryBatch::End::Lost:
+            if (fPhase != Phase::Lost) {
+                xSetPhase(Phase::Lost);
+                xReportLoss();
+            }
+            break;
+    }
+}
+
+void MemoryViewerWidget::xApply(MemoryBatch& batch) {
+    fUpdates += batch.fUpdates;
+    fModel->removeKeys(batch.fRemoved);
+    fModel->addKeys(batch.fAdded);
+    fModel->changeValues(std::move(batch.fChanged));
+}
+
+void MemoryViewerWidget::xSetPhase(Phase phase) {
+    const bool hasContent = fModel->keyCount() > 0;
+    if (phase == fPhase && hasContent == (fPages->currentWidget() == fTree)) {
+        return;
+    }
+    fPhase = phase;
+    if (phase != Phase::WaitingForKeys && phase != Phase::Live) {
+        fRateTimer.stop();
+        fDelegate->setStale(true);
+        fTree->viewport()->update();
+    }
+    xUpdateTexts();
+}
+
+/** Whoever answers may delete the plugin and this widget, so nothing follows the signal. */
+void MemoryViewerWidget::xReportLoss() {
+    if (fIsDockClosing) {
+        fHasLossToReport = true;
+        return;
+    }
+    fHasLossToReport = false;
+    Q_EMIT disconnected(fPlugin);
+}
+
+void MemoryViewerWidget::xExpandNewBranches(const QModelIndex& parent, int first, int last) {
+    if (parent.isValid()) {
+        return;
+    }
+    for (int row = first; row <= last; ++row) {
+        fTree->expand(fModel->index(row, MemoryModel::NameColumn));
+    }
+}
+
+void MemoryViewerWidget::xUpdateRate() {
+    const double seconds = static_cast<double>(fSinceRate.restart()) / a_rateTime;
+    fRate = static_cast<int>(std::lround(static_cast<double>(fUpdates) / seconds));
+    fUpdates = 0;
+    xUpdateTexts();
+}
+
+void MemoryViewerWidget::xUpdateTexts() {
+    const bool hasContent = fModel->keyCount() > 0;
+    const bool isLive = fPhase == Phase::Live;
+    const QString phaseText = xPhaseText();
+    fMessage->setText(phaseText);
+    fNotice->setText(phaseText + QLatin1Char(' ') + tr("These are the last values received."));
+    fNotice->setVisible(hasContent && !isLive);
+    fPages->setCurrentWidget(hasContent ? static_cast<QWidget*>(fTree) : fMessage);
+
+    const QString status = QStringList{xRobotText(), xKeyCountText(), xActivityText()}.join(
+        QString::fromUtf8(a_separator));
+    fStatus->setText(status);
+    fStatus->setToolTip(QStringLiteral("<p>%1</p>").arg(status.toHtmlEscaped()));
+    fStatus->setAccessibleName(tr("Status: %1").arg(status));
+}
+
+QString MemoryViewerWidget::xRobotText() const {
+    const QString name = plainText(fLink->robotName(), a_maxRobotNameLength);
+    const QString address = plainText(fLink->address());
+    return QStringLiteral("%1%2%3:%4")
+        .arg(name, QString::fromUtf8(a_separator), address, QString::number(fLink->port()));
+}
+
+QString MemoryViewerWidget::xKeyCountText() const {
+    const int count = fModel->keyCount();
+    return count == 1 ? tr("1 key") : tr("%1 keys").arg(count);
+}
+
+QString MemoryViewerWidget::xPhaseText() const {
+    switch (fPhase) {
+        case Phase::WaitingForKeys:
+            return tr("Connected. Waiting for the robot's keys\u2026");
+        case Phase::Live:
+            return tr("The robot's memory holds no keys.");
+        case Phase::Refused:
+            return tr("The robot gives no values: %1").arg(fRefusal);
+        case Phase::Lost:
+            return tr("The robot is lost.");
+        case Phase::Closed:
+            return tr("The connection is closed.");
+    }
+    return {};
+}
+
+QString MemoryViewerWidget::xActivityText() const {
+    switch (fPhase) {
+        case Phase::WaitingForKeys:
+            return tr("waiting for keys");
+        case Phase::Live:
+            return fRate == 1 ? tr("1 update a second") : tr("%1 updates a second").arg(fRate);
+        case Phase::Refused:
+            return tr("no values");
+        case Phase::Lost:
+            return tr("robot lost");
+        case Phase::Closed:
+            return tr("connection closed");
+    }
+    return {};
+}
+
+}  // namespace memoryviewer
