@@ -422,6 +422,7 @@ void ModelTest::survivesAnyOrderOfChanges() {
             added.push_back(key(nextId++, name));
         }
         std::vector<KVChange> changes;
+        changes.reserve(present.size());
         for (const auto& [id, name] : present) {
             changes.push_back(change(id, static_cast<int>(below(3))));
         }
@@ -445,6 +446,7 @@ void ModelTest::survivesAnyOrderOfChanges() {
         }
     }
     std::vector<std::uint32_t> rest;
+    rest.reserve(present.size());
     for (const auto& [id, name] : present) {
         rest.push_back(id);
     }

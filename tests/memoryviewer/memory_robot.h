@@ -1,0 +1,45 @@
+#ifndef OBVISTA_TESTS_MEMORY_ROBOT_H
+#define OBVISTA_TESTS_MEMORY_ROBOT_H
+
+#include <robaxi/kv_value.h>
+
+#include <boost/shared_ptr.hpp>
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+class KVBroker;
+class KVValueTable;
+
+namespace obvista_test {
+
+/** A robot in the test's own process: a broker on a free port of the loopback address. */
+class MemoryRobot {
+  public:
+    enum class Memory { Offered, Missing };
+
+    explicit MemoryRobot(const std::string& name = "TestRobot", Memory memory = Memory::Offered);
+    ~MemoryRobot();
+    MemoryRobot(const MemoryRobot&) = delete;
+    MemoryRobot& operator=(const MemoryRobot&) = delete;
+
+    int port() const { return fPort; }
+
+    /** Adds the key when there is none of that name, and sets its value. */
+    void set(const std::string& key, const KVValue& value);
+    void remove(const std::string& key);
+
+    /** Breaks every connection and stops listening. */
+    void stop();
+
+  private:
+    boost::shared_ptr<KVBroker> fBroker;
+    boost::shared_ptr<KVValueTable> fTable;
+    std::map<std::string, std::uint32_t> fIds;
+    int fPort = 0;
+};
+
+}  // namespace obvista_test
+
+#endif
