@@ -19,7 +19,8 @@ ExampleWidget::ExampleWidget(std::unique_ptr<RobotLink> link, WidgetInterface* p
     : QLabel(parent), fLink(std::move(link)), fPlugin(plugin) {
     // Robots choose their names themselves; what comes from the network is no markup.
     setTextFormat(Qt::PlainText);
-    setMargin(12);
+    setAlignment(Qt::AlignCenter);
+    setMinimumSize(320, 120);
     setText(tr("%1: connected").arg(fLink->robotName()));
 
     // The link speaks on threads of its own. Queued, so that nothing is reported before the host
