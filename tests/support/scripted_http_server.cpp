@@ -1,10 +1,12 @@
 #include "scripted_http_server.h"
 
+#include <QEventLoop>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTimer>
 
 #include <algorithm>
+#include <future>
 #include <mutex>
 #include <utility>
 
@@ -22,6 +24,11 @@ class ScriptedHttpServer::Worker : public QObject {
   public:
     explicit Worker(QList<ScriptedAnswer> answers) : fAnswers(std::move(answers)) {}
 
+    ~Worker() override {
+        const QObjectList doomed = children();  // each takes itself out of the original
+        qDeleteAll(doomed);
+    }
+
     void listen(const QHostAddress& address, quint16 port) {
         fServer = new QTcpServer(this);
         connect(fServer, &QTcpServer::newConnection, this, [this] { accept(); });
@@ -29,13 +36,11 @@ class ScriptedHttpServer::Worker : public QObject {
             qFatal("cannot listen on %s port %d: %s", qPrintable(address.toString()), port,
                    qPrintable(fServer->errorString()));
         }
-        fPort = fServer->serverPort();
+        change([this] { fPort = fServer->serverPort(); });
     }
 
-    void close() {
-        const QObjectList doomed = children();  // each takes itself out of the original
-        qDeleteAll(doomed);
-    }
+    void run() { fLoop.exec(); }
+    void stop() { QMetaObject::invokeMethod(&fLoop, &QEventLoop::quit, Qt::QueuedConnection); }
 
     template <typename T>
     T read(const T Worker::*member) const {
@@ -122,6 +127,7 @@ class ScriptedHttpServer::Worker : public QObject {
 
     const QList<ScriptedAnswer> fAnswers;
     int fNextAnswer = 0;
+    QEventLoop fLoop;
     QTcpServer* fServer = nullptr;
     mutable std::mutex fMutex;
 };
@@ -143,22 +149,20 @@ ScriptedAnswer answerThenSilence(const QByteArray& bytes) {
 }
 
 ScriptedHttpServer::ScriptedHttpServer(QList<ScriptedAnswer> answers, const QHostAddress& address,
-                                       quint16 port)
-    : fWorker(std::make_unique<Worker>(std::move(answers))) {
-    Worker* worker = fWorker.get();
-    worker->moveToThread(&fThread);
-    fThread.start();
-    QMetaObject::invokeMethod(
-        worker, [worker, address, port] { worker->listen(address, port); },
-        Qt::BlockingQueuedConnection);
+                                       quint16 port) {
+    std::promise<Worker*> listening;
+    fThread = std::thread([&answers, address, port, &listening] {
+        Worker worker(std::move(answers));
+        worker.listen(address, port);
+        listening.set_value(&worker);
+        worker.run();
+    });
+    fWorker = listening.get_future().get();
 }
 
 ScriptedHttpServer::~ScriptedHttpServer() {
-    Worker* worker = fWorker.get();
-    QMetaObject::invokeMethod(
-        worker, [worker] { worker->close(); }, Qt::BlockingQueuedConnection);
-    fThread.quit();
-    fThread.wait();
+    fWorker->stop();
+    fThread.join();
 }
 
 quint16 ScriptedHttpServer::port() const {

@@ -4,10 +4,9 @@
 #include <QByteArray>
 #include <QHostAddress>
 #include <QList>
-#include <QThread>
 
 #include <chrono>
-#include <memory>
+#include <thread>
 
 namespace obvista_test {
 
@@ -56,8 +55,8 @@ class ScriptedHttpServer {
 
   private:
     class Worker;
-    QThread fThread;
-    std::unique_ptr<Worker> fWorker;
+    Worker* fWorker;
+    std::thread fThread;
 };
 
 }  // namespace obvista_test
