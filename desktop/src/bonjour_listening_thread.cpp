@@ -39,6 +39,8 @@ QString firstIPv4Address(const QHostInfo& host) {
 
 }  // namespace
 
+boost::shared_ptr<KVBroker> BonjourListeningThread::fLightBonjourBroker;
+
 /**
  * What the discovery library's signals hold on to. They stay connected for good, so they must not
  * lead to the object itself, which may be gone when they fire again.
@@ -90,6 +92,14 @@ void BonjourListeningThread::exit(int) {
         const std::lock_guard<std::mutex> lock(fStateMutex);
         fExitRequested = false;
     }
+}
+
+boost::shared_ptr<KVBroker> BonjourListeningThread::getLightBonjourBroker() {
+    if (!fLightBonjourBroker) {
+        fLightBonjourBroker = KVBroker::createBroker("LightBonjourBroker", std::string(), 0,
+                                                     std::string(), 0, 19, std::string(), false);
+    }
+    return fLightBonjourBroker;
 }
 
 void BonjourListeningThread::run() {

@@ -157,6 +157,7 @@ class DiscoveryThreadTest : public QObject {
     void mayBeReleasedAtAnyTime();
     void stopsWhenTheLastPointerGivenOutGoes();
     void waitsForLookUpsUnderWay();
+    void sharesOneLightBroker();
 };
 
 void DiscoveryThreadTest::initTestCase() {
@@ -495,6 +496,14 @@ void DiscoveryThreadTest::waitsForLookUpsUnderWay() {
     listener.reset();
     QVERIFY(released);
     release.join();
+}
+
+void DiscoveryThreadTest::sharesOneLightBroker() {
+    const boost::shared_ptr<KVBroker> broker = BonjourListeningThread::getLightBonjourBroker();
+    QVERIFY(broker);
+    QCOMPARE(broker->getName(), std::string("LightBonjourBroker"));
+    QVERIFY(!broker->isListening());
+    QCOMPARE(BonjourListeningThread::getLightBonjourBroker(), broker);
 }
 
 OBVISTA_QTEST_MAIN(DiscoveryThreadTest)
