@@ -5,7 +5,8 @@
 
 namespace memoryviewer {
 
-/** Draws the cells of the tree: units and types dimmed, everything when the values are old. */
+/** Draws the cells of the tree: the topmost branches bold, units and types dimmed, and everything
+ *  dimmed when the values are old. */
 class MemoryDelegate : public QStyledItemDelegate {
     Q_OBJECT
 

@@ -48,8 +48,10 @@ bool isBefore(const MemoryNode* left, const MemoryNode* right) {
                : left->row() < right->row();
 }
 
-bool isNumber(KVValue::Type type) {
-    return type == KVValue::Type::Int || type == KVValue::Type::Float;
+/** Whether values of the type stand below one another better by their ends, next to the unit. */
+bool isReadFromTheRight(KVValue::Type type) {
+    return type == KVValue::Type::Int || type == KVValue::Type::Float ||
+           type == KVValue::Type::Bool;
 }
 
 /** A line of a tool tip, which Qt would otherwise take for rich text when it looks like it. */
@@ -201,7 +203,7 @@ QVariant MemoryModel::data(const QModelIndex& index, int role) const {
             return node.fKey ? QVariant(toolTipText(*node.fKey)) : QVariant();
         case Qt::TextAlignmentRole: {
             const bool isRight =
-                index.column() == ValueColumn && node.fKey && isNumber(node.fKey->type());
+                index.column() == ValueColumn && node.fKey && isReadFromTheRight(node.fKey->type());
             return QVariant(Qt::AlignVCenter | (isRight ? Qt::AlignRight : Qt::AlignLeft));
         }
         default:

@@ -26,7 +26,8 @@ namespace {
 constexpr int a_frameTime = 40;
 constexpr int a_rateTime = 1000;
 constexpr int a_maxRobotNameLength = 60;
-constexpr QSize a_initialSize(760, 560);
+constexpr int a_widthInCharacters = 110;
+constexpr int a_heightInLines = 38;
 constexpr char a_separator[] = "  \u00B7  ";
 
 QLabel* makeLabel(const char* objectName, QWidget* parent) {
@@ -72,6 +73,12 @@ MemoryViewerWidget::~MemoryViewerWidget() {
     fLink->close();
 }
 
+/** Room for the columns and some thirty rows; a docked widget gets its size from here. */
+QSize MemoryViewerWidget::sizeHint() const {
+    const QFontMetrics metrics = fontMetrics();
+    return {a_widthInCharacters * metrics.averageCharWidth(), a_heightInLines * metrics.height()};
+}
+
 bool MemoryViewerWidget::eventFilter(QObject* watched, QEvent* event) {
     if (watched == fDock && event->type() == QEvent::Close) {
         xOnDockAskedToClose();
@@ -89,7 +96,7 @@ void MemoryViewerWidget::changeEvent(QEvent* event) {
 void MemoryViewerWidget::xBuild() {
     setObjectName(QStringLiteral("memoryViewer"));
     setWindowTitle(tr("Memory viewer"));
-    resize(a_initialSize);
+    resize(sizeHint());
     setFocusProxy(fTree);
     xBuildTree();
 

@@ -38,6 +38,7 @@ class MemoryViewerWidget : public QWidget {
     MemoryViewerWidget(std::shared_ptr<MemoryLink> link, WidgetInterface* plugin, QWidget* parent);
     ~MemoryViewerWidget() override;
 
+    QSize sizeHint() const override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   Q_SIGNALS:

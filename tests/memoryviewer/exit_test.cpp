@@ -4,7 +4,10 @@
 #include <QtTest>
 #include <qt_test_main.h>
 
-#include <memory>
+#include <child_process.h>
+#include <chrono>
+#include <optional>
+#include <string>
 
 using namespace obvista_test;
 
@@ -17,56 +20,60 @@ class ExitTest : public QObject {
     void isDeletedByQtAfterMain();
     void exitWhileValuesFlow();
     void exitInsideTheReportOfALoss();
+
+  private:
+    /** Fails the test function unless the program wrote exactly that and ended with status 0. */
+    static void xVerifyEnd(ChildProcess& viewer, const std::string& output);
 };
+
+void ExitTest::xVerifyEnd(ChildProcess& viewer, const std::string& output) {
+    const std::optional<int> status = viewer.waitForEnd();
+    QCOMPARE(viewer.errors(), std::string());
+    QCOMPARE(viewer.output(), output);
+    QCOMPARE(status.value_or(-1), 0);
+}
 
 void ExitTest::isDeletedByQtAfterMain_data() {
     QTest::addColumn<QString>("mode");
-    QTest::newRow("without a widget") << "no-widget";
-    QTest::newRow("with its widget deleted") << "widget-deleted";
-    QTest::newRow("with its widget still connected") << "widget-kept";
+    QTest::addColumn<QString>("output");
+    const QString atEnd = QStringLiteral("main returns\nroot object deleted\n");
+    QTest::newRow("without a widget") << "no-widget" << atEnd;
+    QTest::newRow("with its widget deleted") << "widget-deleted"
+                                             << "ready\n" + atEnd;
+    QTest::newRow("with its widget still connected") << "widget-kept"
+                                                     << "ready\n" + atEnd;
 }
 
 void ExitTest::isDeletedByQtAfterMain() {
     QFETCH(QString, mode);
+    QFETCH(QString, output);
     MemoryRobot robot;
     robot.set("Uptime", 1);
-    ViewerProcess process(mode, robot.port());
-    const bool endsWell = process.endsWell();
-    const QByteArray ready = mode == QLatin1String("no-widget") ? "" : "ready\n";
-    QCOMPARE(process.output(), QByteArray(ready + "main returns\nroot object deleted\n"));
-    QVERIFY(endsWell);
+    ChildProcess viewer(viewerProcess(mode.toStdString(), robot.port()));
+    xVerifyEnd(viewer, output.toStdString());
 }
 
 void ExitTest::exitWhileValuesFlow() {
+    constexpr int keys = 500;
     MemoryRobot robot;
-    for (int i = 0; i < 500; ++i) {
-        robot.set("Joint/" + std::to_string(i), 0);
-    }
     robot.set("Uptime", 1);
-    ViewerProcess process(QStringLiteral("exit-while-live"), robot.port());
-    int value = 0;
-    QTimer changes;
-    connect(&changes, &QTimer::timeout, this, [&] {
-        ++value;
-        for (int i = 0; i < 500; ++i) {
-            robot.set("Joint/" + std::to_string(i), value);
+    ChildProcess viewer(viewerProcess("exit-while-live", robot.port()));
+    for (int value = 0; !viewer.waitForEnd(std::chrono::milliseconds(5)) && value < 10000;
+         ++value) {
+        for (int key = 0; key < keys; ++key) {
+            robot.set("Joint/" + std::to_string(key), value);
         }
-    });
-    changes.start(5);
-    const bool endsWell = process.endsWell();
-    QCOMPARE(process.output(), QByteArray("ready\nroot object deleted\n"));
-    QVERIFY(endsWell);
+    }
+    xVerifyEnd(viewer, "ready\nroot object deleted\n");
 }
 
 void ExitTest::exitInsideTheReportOfALoss() {
     MemoryRobot robot;
     robot.set("Uptime", 1);
-    ViewerProcess process(QStringLiteral("exit-on-loss"), robot.port());
-    QVERIFY2(process.waitForLine("ready"), process.output().constData());
+    ChildProcess viewer(viewerProcess("exit-on-loss", robot.port()));
+    QVERIFY2(viewer.waitForOutput("ready\n"), viewer.errors().c_str());
     robot.stop();
-    const bool endsWell = process.endsWell();
-    QCOMPARE(process.output(), QByteArray("ready\nroot object deleted\n"));
-    QVERIFY(endsWell);
+    xVerifyEnd(viewer, "ready\nroot object deleted\n");
 }
 
 OBVISTA_QTEST_MAIN(ExitTest)

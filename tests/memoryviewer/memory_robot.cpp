@@ -1,13 +1,13 @@
 #include "memory_robot.h"
 
-#include "sockets.h"
-
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_error.h>
 #include <robaxi/kv_module.h>
 #include <robaxi/kv_value_table.h>
 
 #include <boost/make_shared.hpp>
+
+#include <robot_process.h>
 
 namespace obvista_test {
 

@@ -94,7 +94,7 @@ class ModelTest : public QObject {
     void boundsTheDepth();
     void showsDeclaredTypeUntilTheFirstValue();
     void showsNewValues();
-    void alignsNumbersToTheRight();
+    void alignsNumbersAndTextsApart();
     void signalsOnlyRowsThatChanged();
     void mergesChangedRowsIntoRuns();
     void signalsAChangedType();
@@ -249,14 +249,16 @@ void ModelTest::showsNewValues() {
     QCOMPARE(text(*fModel, 1, MemoryModel::TypeColumn), QStringLiteral("list"));
 }
 
-void ModelTest::alignsNumbersToTheRight() {
-    fModel->addKeys({key(1, "A"), key(2, "B", KVValue::Type::String)});
+void ModelTest::alignsNumbersAndTextsApart() {
+    fModel->addKeys(
+        {key(1, "A"), key(2, "B", KVValue::Type::String), key(3, "C", KVValue::Type::Bool)});
     const auto alignment = [&](std::uint32_t id, int column) {
         return fModel->indexOfKey(id, column).data(Qt::TextAlignmentRole).toInt() &
                Qt::AlignHorizontal_Mask;
     };
     QCOMPARE(alignment(1, MemoryModel::ValueColumn), int(Qt::AlignRight));
     QCOMPARE(alignment(2, MemoryModel::ValueColumn), int(Qt::AlignLeft));
+    QCOMPARE(alignment(3, MemoryModel::ValueColumn), int(Qt::AlignRight));
     QCOMPARE(alignment(1, MemoryModel::NameColumn), int(Qt::AlignLeft));
 }
 

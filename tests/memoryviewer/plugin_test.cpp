@@ -19,9 +19,11 @@
 #include <QtTest>
 #include <qt_test_main.h>
 
+#include <child_process.h>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <robot_process.h>
 #include <widget_interface.h>
 
 using namespace obvista_test;
@@ -105,6 +107,8 @@ class PluginTest : public QObject {
     void connectsAfterAFailure();
 
     void reportsALossOnce();
+    void reportsARobotThatIsKilled();
+    void reportsARobotThatFallsSilent();
     void survivesItsDeletionInsideTheReport();
     void survivesTheWidgetsDeletionInsideTheReport();
     void reportsTheLossesOfTwoRobotsWhileADialogIsOpen();
@@ -235,8 +239,8 @@ void PluginTest::takesTheFirstFreePort() {
 
     const int second = firstFreePortFrom(a_firstBrokerPort);
     QVERIFY(second > first);
-    ViewerProcess other(QStringLiteral("widget-live"), fRobot->port());
-    QVERIFY(other.waitForLine("ready"));
+    ChildProcess other(viewerProcess("widget-live", fRobot->port()));
+    QVERIFY2(other.waitForOutput("ready\n"), other.errors().c_str());
     QCOMPARE(listeningAddresses(second).size(), 1);
 }
 
@@ -332,6 +336,28 @@ void PluginTest::reportsALossOnce() {
     QCOMPARE(lost.at(0).at(0).value<WidgetInterface*>(), fViewer->plugin());
     fViewer->letTimePass();
     QCOMPARE(lost.size(), 1);
+}
+
+void PluginTest::reportsARobotThatIsKilled() {
+    RobotProcess robot;
+    QWidget* widget = fViewer->createWidget(robot.port());
+    QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
+    QTRY_VERIFY(!valueOf(widget, "Battery/Charge").isEmpty());
+    robot.kill();
+    QTRY_COMPARE(lost.size(), 1);
+}
+
+void PluginTest::reportsARobotThatFallsSilent() {
+    RobotProcess robot;
+    QWidget* widget = fViewer->createWidget(robot.port());
+    QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
+    QTRY_VERIFY(!valueOf(widget, "Battery/Charge").isEmpty());
+    robot.suspend();
+    QTRY_COMPARE(lost.size(), 1);
+    robot.resume();
+    fViewer->letTimePass();
+    QCOMPARE(lost.size(), 1);
+    QVERIFY(statusOf(widget).endsWith(QLatin1String("robot lost")));
 }
 
 void PluginTest::survivesItsDeletionInsideTheReport() {

@@ -1,13 +1,8 @@
 #include "sockets.h"
 
 #include <QFile>
+#include <QTcpServer>
 #include <QTextStream>
-
-#include <arpa/inet.h>
-#include <functional>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 namespace obvista_test {
 
@@ -45,32 +40,15 @@ QList<Socket> sockets() {
     return all;
 }
 
-/** Whether a port of the loopback address can be bound, and which one: 0 lets the kernel choose. */
-int boundPort(int port) {
-    const int descriptor = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(static_cast<std::uint16_t>(port));
-    socklen_t size = sizeof address;
-    auto* generic = reinterpret_cast<sockaddr*>(&address);
-    const int on = 1;
-    ::setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-    const bool isBound = ::bind(descriptor, generic, size) == 0 && ::listen(descriptor, 1) == 0 &&
-                         ::getsockname(descriptor, generic, &size) == 0;
-    ::close(descriptor);
-    return isBound ? ntohs(address.sin_port) : -1;
+bool isFree(int port) {
+    return QTcpServer().listen(QHostAddress::LocalHost, static_cast<quint16>(port));
 }
 
 }  // namespace
 
-int freePort() {
-    return boundPort(0);
-}
-
 int firstFreePortFrom(int first) {
     int port = first;
-    while (boundPort(port) != port) {
+    while (!isFree(port)) {
         ++port;
     }
     return port;

@@ -5,10 +5,7 @@
 
 namespace obvista_test {
 
-/** A port on which nothing listens at the moment. */
-int freePort();
-
-/** The first port from `first` upward on which nothing listens at the moment. */
+/** The first port of loopback from `first` upward on which nothing listens at the moment. */
 int firstFreePortFrom(int first);
 
 /** The addresses, in the kernel's hexadecimal form, on which this machine listens on a port. */

@@ -12,7 +12,6 @@ namespace obvista_test {
 
 namespace {
 
-constexpr int a_patience = 20000;
 constexpr int a_valueColumn = 1;
 
 QString labelText(QWidget* viewer, const char* name) {
@@ -74,31 +73,10 @@ void ViewerDriver::xOnDisconnected(WidgetInterface* plugin) {
     action(plugin);
 }
 
-ViewerProcess::ViewerProcess(const QString& mode, int robotPort) {
-    fProcess.setProcessChannelMode(QProcess::MergedChannels);
-    fProcess.start(QCoreApplication::applicationDirPath() + QStringLiteral("/viewer_process"),
-                   {mode, QString::number(robotPort)});
-}
-
-ViewerProcess::~ViewerProcess() {
-    fProcess.kill();
-    fProcess.waitForFinished();
-}
-
-bool ViewerProcess::waitForLine(const QByteArray& line) {
-    return QTest::qWaitFor(
-        [&] {
-            fOutput += fProcess.readAll();
-            return fOutput.contains(line + '\n');
-        },
-        a_patience);
-}
-
-bool ViewerProcess::endsWell() {
-    const bool hasEnded =
-        QTest::qWaitFor([&] { return fProcess.state() == QProcess::NotRunning; }, a_patience);
-    fOutput += fProcess.readAll();
-    return hasEnded && fProcess.exitStatus() == QProcess::NormalExit && fProcess.exitCode() == 0;
+std::vector<std::string> viewerProcess(const std::string& mode, int robotPort) {
+    const QString program =
+        QCoreApplication::applicationDirPath() + QStringLiteral("/viewer_process");
+    return {program.toStdString(), mode, std::to_string(robotPort)};
 }
 
 QString viewerLibrary() {

@@ -1,13 +1,15 @@
 #ifndef OBVISTA_TESTS_VIEWER_DRIVER_H
 #define OBVISTA_TESTS_VIEWER_DRIVER_H
 
+#include <QHash>
 #include <QMainWindow>
 #include <QModelIndex>
 #include <QPointer>
-#include <QProcess>
 #include <QString>
 
 #include <functional>
+#include <string>
+#include <vector>
 #include <widget_interface.h>
 
 class QDockWidget;
@@ -49,23 +51,8 @@ class ViewerDriver : public QObject {
     QHash<QObject*, std::function<void(WidgetInterface*)>> fActions;
 };
 
-/** The program viewer_process, which shows a viewer of its own; killed when this goes. */
-class ViewerProcess {
-  public:
-    ViewerProcess(const QString& mode, int robotPort);
-    ~ViewerProcess();
-
-    /** Waits until it has written that line. */
-    bool waitForLine(const QByteArray& line);
-    /** Waits until it has ended by itself; true when that was with status 0. */
-    bool endsWell();
-    /** All that it has written to standard output and standard error. */
-    QByteArray output() const { return fOutput; }
-
-  private:
-    QProcess fProcess;
-    QByteArray fOutput;
-};
+/** The command that runs the program viewer_process beside a robot on this machine. */
+std::vector<std::string> viewerProcess(const std::string& mode, int robotPort);
 
 /** The path of the plugin's library in the build tree. */
 QString viewerLibrary();
