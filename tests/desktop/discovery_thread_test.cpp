@@ -1,16 +1,14 @@
 #include "bonjour_grab_image_thread.h"
 #include "bonjour_listening_thread.h"
+#include "discovery_profiles.h"
 #include "discovery_resolver.h"
 #include "open_descriptors.h"
 #include "qt_test_main.h"
-
-#include <bonjour/bonjour_discovery.h>
 
 #include <QHostAddress>
 #include <QMetaMethod>
 #include <QtTest>
 
-#include <boost/make_shared.hpp>
 #include <boost/smart_ptr/bad_weak_ptr.hpp>
 
 #include <atomic>
@@ -20,28 +18,13 @@
 
 using KD::BonjourListeningThread;
 using KV::BonjourDiscovery;
-using KV::BonjourProfile;
+using obvista_test::addressOf;
+using obvista_test::makeProfile;
 using obvista_test::openDescriptors;
+using obvista_test::ProfilePointer;
 namespace resolver = obvista_test::resolver;
 
 namespace {
-
-using ProfilePointer = boost::shared_ptr<BonjourProfile>;
-
-const std::vector<std::string> a_robotWithMiddleware{BonjourDiscovery::fRobaxServiceType,
-                                                     BonjourDiscovery::fRobaxiServiceType};
-
-ProfilePointer makeProfile(const std::string& hostName, const std::string& ip = std::string(),
-                           const std::vector<std::string>& types = a_robotWithMiddleware) {
-    const auto profile = boost::make_shared<BonjourProfile>();
-    profile->fKey = hostName;
-    profile->fHostName = hostName;
-    profile->fIP = ip;
-    for (const std::string& type : types) {
-        profile->fServices.push_back({type, BonjourDiscovery::fDefaultRobaxiPort});
-    }
-    return profile;
-}
 
 /** Fires as the discovery library does: on a thread that Qt knows nothing of, under the map lock.
  */
@@ -58,11 +41,6 @@ void announce(const ProfilePointer& profile) {
 
 void withdraw(const ProfilePointer& profile) {
     fire(BonjourDiscovery::fRemoveProfile, profile);
-}
-
-std::string addressOf(const ProfilePointer& profile) {
-    const KVCriticalSectionRead lock(BonjourDiscovery::fRobaxsMapMutex);
-    return profile->fIP;
 }
 
 QHostInfo answer(const QString& hostName, const QStringList& addresses) {
