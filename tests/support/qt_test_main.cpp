@@ -15,10 +15,10 @@ namespace {
 bool isUnexpectedMessage(const QString& line) {
     static const QRegularExpression message(
         QStringLiteral("^(QWARN|QCRITICAL|QSYSTEM|QFATAL|WARNING)\\s*: "));
-    // The offscreen platform's standing remark; and Qt asking the X server about a window manager's
-    // frame that went with a window in the same moment.
+    // The offscreen platform's standing remarks; and Qt asking the X server about a window
+    // manager's frame that went with a window in the same moment.
     static const QRegularExpression platformNoise(
-        QStringLiteral("This plugin does not support propagateSizeHints\\(\\)"
+        QStringLiteral("This plugin does not support (propagateSizeHints|raise)\\(\\)"
                        "|XCB error: 3 \\(BadWindow\\).*\\(TranslateCoords\\)"));
     return message.match(line).hasMatch() && !platformNoise.match(line).hasMatch();
 }

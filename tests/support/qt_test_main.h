@@ -8,7 +8,7 @@ namespace obvista_test {
 
 /**
  * Runs a QtTest object like QTest::qExec and fails the run when Qt or the code under test wrote a
- * warning, or worse, that the test did not announce with QTest::ignoreMessage. Two remarks of Qt's
+ * warning, or worse, that the test did not announce with QTest::ignoreMessage. Remarks of Qt's
  * platform plugins that say nothing about the code are let through.
  *
  * @return 0 when every test function passed and nothing unexpected was written.
