@@ -1,0 +1,174 @@
+#include "command_line.h"
+
+#include "installation.h"
+#include "program.h"
+#include "qt_test_main.h"
+
+#include <QSettings>
+#include <QtTest>
+
+#include <memory>
+#include <sstream>
+
+using obvista_test::Installation;
+using obvista_test::Program;
+
+namespace {
+
+const QString a_couldNotLoad =
+    QStringLiteral("Could not load given plugin and connect it to Robaxi\n");
+
+/** The option table as the program prints it. */
+QString options() {
+    std::ostringstream text;
+    const obvista::CommandLine commandLine;
+    text << commandLine.description();
+    return QString::fromStdString(text.str());
+}
+
+}  // namespace
+
+/** The real program's arguments, streams and exit status. It runs without a display. */
+class CommandLineTest : public QObject {
+    Q_OBJECT
+  private Q_SLOTS:
+    void init() {
+        QSettings().clear();
+        fInstallation = std::make_unique<Installation>();
+        fInstallation->addPlugin(QStringLiteral("viewer"));
+        fInstallation->addPlugin(QStringLiteral("throws_kv_error"));
+        fInstallation->addPlugin(QStringLiteral("throws_std"));
+        fInstallation->addPlugin(QStringLiteral("wrong_identifier"));
+        fInstallation->addPlugin(QStringLiteral("undefined_symbol"));
+    }
+
+    void cleanup() { fInstallation.reset(); }
+
+    // In none of these cases a window is made: the offscreen platform would remark on it on the
+    // standard error stream.
+    void answersAndEnds_data() {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("output");
+        QTest::addColumn<QString>("error");
+        const auto answers = [](const QString& arguments, const QString& output,
+                                const QString& error = {}) {
+            QTest::newRow(qPrintable(arguments))
+                << arguments.split(QLatin1Char(' ')) << 0 << output << error;
+        };
+        const auto refuses = [](const QString& arguments, const QString& message) {
+            QTest::newRow(qPrintable(arguments))
+                << arguments.split(QLatin1Char(' ')) << 1 << QString()
+                << QStringLiteral("Could not parse arguments: ") + message + QLatin1Char('\n') +
+                       options() + QLatin1Char('\n');
+        };
+        const QString help = QStringLiteral("Help: ") + options() + QLatin1Char('\n');
+        const QString version = QStringLiteral("Obvista Version 1.14\n");
+        const QString ambiguous =
+            QStringLiteral("option '-p' is ambiguous and matches '--plugin', and '--port'");
+        const QString noName = QStringLiteral(
+            "the argument for option '--plugin' should follow immediately after the equal sign");
+
+        answers(QStringLiteral("--help"), help);
+        answers(QStringLiteral("-h"), help);
+        answers(QStringLiteral("--version --help"), help);
+        answers(QStringLiteral("--help --plugin nosuchplugin --port 1"), help);
+        answers(QStringLiteral("--version"), version);
+        answers(QStringLiteral("--plugin viewer --version"), version);
+        answers(QStringLiteral("--version -reverse"), version);
+
+        answers(QStringLiteral("--plugin nosuchplugin"), a_couldNotLoad);
+        answers(QStringLiteral("--plugin=nosuchplugin"), a_couldNotLoad);
+        answers(QStringLiteral("--plugin wrong_identifier"), a_couldNotLoad);
+        answers(QStringLiteral("--plugin undefined_symbol"), a_couldNotLoad);
+        answers(QStringLiteral("--plugin throws_kv_error"), a_couldNotLoad,
+                QStringLiteral("Failed to load plugin: nothing listens there\n"));
+        answers(QStringLiteral("--plugin throws_std"), a_couldNotLoad,
+                QStringLiteral("Failed to load plugin: the viewer is out of order\n"));
+
+        refuses(QStringLiteral("--port abc"),
+                QStringLiteral("the argument ('abc') for option '--port' is invalid"));
+        refuses(QStringLiteral("--force-port 1x"),
+                QStringLiteral("the argument ('1x') for option '--force-port' is invalid"));
+        refuses(QStringLiteral("--port 99999999999"),
+                QStringLiteral("the argument ('99999999999') for option '--port' is invalid"));
+        refuses(QStringLiteral("--port"),
+                QStringLiteral("the required argument for option '--port' is missing"));
+        refuses(QStringLiteral("-p x"), ambiguous);
+        refuses(QStringLiteral("-p 9559"), ambiguous);
+        refuses(QStringLiteral("--plugin"), noName);
+        refuses(QStringLiteral("--plugin --version"), noName);
+        refuses(QStringLiteral("--unknown"), QStringLiteral("unrecognised option '--unknown'"));
+        refuses(QStringLiteral("--help --unknown"),
+                QStringLiteral("unrecognised option '--unknown'"));
+    }
+
+    void answersAndEnds() {
+        QFETCH(QStringList, arguments);
+        QFETCH(int, status);
+        QFETCH(QString, output);
+        QFETCH(QString, error);
+        Program program(*fInstallation, arguments);
+        QVERIFY(program.finish());
+        QCOMPARE(program.standardOutput(), output);
+        QCOMPARE(program.standardError(), error);
+        QCOMPARE(program.status(), status);
+    }
+
+    void connectsThePlugin_data() {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("connection");
+        QTest::newRow("to this machine unless told otherwise")
+            << QStringList() << QStringLiteral("ip \"127.0.0.1\", port 9559, brokerPort 0");
+        QTest::newRow("to the robot that is named")
+            << QStringList{QStringLiteral("--ip"), QStringLiteral("192.0.2.7"),
+                           QStringLiteral("--port=1234"), QStringLiteral("--force-port"),
+                           QStringLiteral("54321")}
+            << QStringLiteral("ip \"192.0.2.7\", port 1234, brokerPort 54321");
+        // What the numbers mean is the plugin's affair.
+        QTest::newRow("without judging the ports")
+            << QStringList{QStringLiteral("--port"), QStringLiteral("-1"),
+                           QStringLiteral("--force-port"), QStringLiteral("70000")}
+            << QStringLiteral("ip \"127.0.0.1\", port -1, brokerPort 70000");
+    }
+
+    void connectsThePlugin() {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, connection);
+        const Program program(
+            *fInstallation,
+            QStringList{QStringLiteral("--plugin"), QStringLiteral("viewer")} + arguments);
+        QTRY_VERIFY_WITH_TIMEOUT(!fInstallation->journal().isEmpty(), 30000);
+        QCOMPARE(fInstallation->journal().first(),
+                 QStringLiteral("createWidget parent MainWindow, %1, media \"%2\"")
+                     .arg(connection, fInstallation->mediaFolder()));
+        QVERIFY(program.isRunning());
+    }
+
+    void presentsItself() {
+        Installation::setScript({QStringLiteral("introduce")});
+        const Program program(*fInstallation, {QStringLiteral("--plugin=viewer")});
+        QTRY_COMPARE_WITH_TIMEOUT(fInstallation->journal().size(), 2, 30000);
+        QCOMPARE(fInstallation->journal().last(),
+                 QStringLiteral(
+                     "Quorvane Robotics, www.quorvane.com, Obvista Desktop, numbers as in C"));
+    }
+
+    // The process ends on the spot, with its window and plugins as they are.
+    void endsWithStatusZeroWhenAStrangerIsLost() {
+        QSettings().setValue(QStringLiteral("Preferences/remoteControl"), true);
+        Installation::setScript({QStringLiteral("stranger")});
+        Program program(*fInstallation, {QStringLiteral("--plugin"), QStringLiteral("viewer")});
+        QVERIFY(program.finish());
+        QCOMPARE(program.status(), 0);
+        QCOMPARE(program.standardOutput(), QString());
+        QVERIFY(!fInstallation->journal().contains(QStringLiteral("widget deleted")));
+    }
+
+  private:
+    std::unique_ptr<Installation> fInstallation;
+};
+
+OBVISTA_QTEST_MAIN(CommandLineTest)
+
+#include "command_line_test.moc"

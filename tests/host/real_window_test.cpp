@@ -1,0 +1,178 @@
+#include "installation.h"
+#include "program.h"
+#include "qt_test_main.h"
+
+#include <QScreen>
+#include <QtTest>
+
+#include <memory>
+
+using obvista_test::Installation;
+using obvista_test::Program;
+
+namespace {
+
+const QString a_mainWindow = QStringLiteral("Obvista Desktop");
+const QString a_lostDialog = QStringLiteral("Robaxi has been disconnected");
+const QString a_pluginDeleted = QStringLiteral("plugin deleted");
+const QPoint a_inMemoryZone(350, 187);
+const QPoint a_outside(20, 60);
+
+QString xdotool(const QStringList& arguments) {
+    QProcess tool;
+    tool.start(QStringLiteral("xdotool"), arguments);
+    tool.waitForFinished();
+    return QString::fromLatin1(tool.readAllStandardOutput()).trimmed();
+}
+
+}  // namespace
+
+/** The real program in front of an X server, with a mouse and a keyboard. */
+class RealWindowTest : public QObject {
+    Q_OBJECT
+  private Q_SLOTS:
+    void init() {
+        fInstallation = std::make_unique<Installation>();
+        fInstallation->addPlugin(QStringLiteral("viewer"), QStringLiteral("libmemoryviewer.so"));
+    }
+
+    void cleanup() {
+        fProgram.reset();
+        fInstallation.reset();
+    }
+
+    void opensWithTheLauncherAndEndsWithItsWindow() {
+        // Connection options without a plugin are accepted and mean nothing.
+        start({QStringLiteral("--ip"), QStringLiteral("192.0.2.7"), QStringLiteral("--port"),
+               QStringLiteral("1"), QStringLiteral("--force-port"), QStringLiteral("2")});
+        QTRY_COMPARE(colourAt(a_outside), Installation::a_plainColour);
+        key(QStringLiteral("alt+F4"));
+        endsWithStatusZero();
+        QCOMPARE(fProgram->standardOutput(), QString());
+        QCOMPARE(fProgram->standardError(), QString());
+    }
+
+    void followsTheMouse() {
+        start({});
+        moveTo(a_inMemoryZone);
+        QTRY_COMPARE(colourAt(a_outside), Installation::a_memoryColour);
+        moveTo(a_outside);
+        QTRY_COMPARE(colourAt(a_outside), Installation::a_plainColour);
+        // This zone's plugin is not installed.
+        moveTo(QPoint(350, 220));
+        QTRY_COMPARE(colourAt(a_outside), Installation::a_visionColour);
+        click();
+        moveTo(a_outside);
+        QTRY_COMPARE(colourAt(a_outside), Installation::a_plainColour);
+        QVERIFY(fProgram->isRunning());
+    }
+
+    void showsTheAboutBox() {
+        start({});
+        key(QStringLiteral("alt+h"));
+        key(QStringLiteral("Down"));
+        key(QStringLiteral("Return"));
+        QTRY_VERIFY(find(QStringLiteral("About Obvista")) != 0);
+        key(QStringLiteral("Return"));
+        QTRY_VERIFY(find(QStringLiteral("About Obvista")) == 0);
+        key(QStringLiteral("alt+F4"));
+        endsWithStatusZero();
+    }
+
+    void comesBackToTheLauncherWhenTheRobotIsLost() {
+        start({QStringLiteral("--plugin"), QStringLiteral("memoryviewer")});
+        moveTo(QPoint(200, 200));
+        click();
+        QTRY_VERIFY(find(a_lostDialog) != 0);
+        QVERIFY(!fInstallation->journal().contains(a_pluginDeleted));
+        key(QStringLiteral("Return"));
+        QTRY_VERIFY(fInstallation->journal().contains(a_pluginDeleted));
+        QTRY_COMPARE(picture().size(), Installation::a_pictureSize);
+        QTRY_COMPARE(colourAt(a_outside), Installation::a_plainColour);
+        key(QStringLiteral("alt+F4"));
+        endsWithStatusZero();
+    }
+
+    void endsWhenAStrangerIsLost() {
+        Installation::setScript({QStringLiteral("stranger")});
+        start({QStringLiteral("--plugin"), QStringLiteral("memoryviewer")});
+        QTRY_VERIFY(find(a_lostDialog) != 0);
+        key(QStringLiteral("Return"));
+        endsWithStatusZero();
+    }
+
+    void endsWhenAPluginThatWasClosedIsLost() {
+        Installation::setScript({QStringLiteral("late")});
+        start({QStringLiteral("--plugin"), QStringLiteral("memoryviewer")});
+        clickTheDocksCross();
+        QTRY_VERIFY(find(a_lostDialog) != 0);
+        QVERIFY(fInstallation->journal().contains(a_pluginDeleted));
+        QTRY_COMPARE(picture().size(), Installation::a_pictureSize);
+        key(QStringLiteral("Return"));
+        endsWithStatusZero();
+    }
+
+    void closesADockWithTheMouse() {
+        start({QStringLiteral("--plugin"), QStringLiteral("memoryviewer")});
+        clickTheDocksCross();
+        QTRY_VERIFY(fInstallation->journal().contains(a_pluginDeleted));
+        QTRY_COMPARE(picture().size(), Installation::a_pictureSize);
+        QTRY_COMPARE(colourAt(a_outside), Installation::a_plainColour);
+        QVERIFY(fProgram->isRunning());
+    }
+
+  private:
+    void start(const QStringList& arguments) {
+        fProgram = std::make_unique<Program>(*fInstallation, arguments);
+        QTRY_VERIFY_WITH_TIMEOUT((fWindow = find(a_mainWindow)) != 0, 30000);
+        // In front, or under a dialog of its own, so that keys arrive.
+        QTRY_VERIFY(!xdotool({QStringLiteral("getactivewindow")}).isEmpty());
+        fMenuHeight = 0;
+        if (arguments.isEmpty()) {
+            fMenuHeight = picture().height() - Installation::a_pictureSize.height();
+        }
+    }
+
+    /** The program's visible window of that title, 0 when there is none. */
+    WId find(const QString& title) const {
+        return xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                        QStringLiteral("--all"), QStringLiteral("--pid"),
+                        QString::number(fProgram->pid()), QStringLiteral("--name"),
+                        QStringLiteral("^%1$").arg(title)})
+            .toULongLong();
+    }
+
+    QImage picture() const {
+        return QGuiApplication::primaryScreen()->grabWindow(fWindow).toImage();
+    }
+
+    QColor colourAt(const QPoint& position) const { return picture().pixelColor(position); }
+
+    /** Moves the mouse to a point of the launcher, or of the window when a plugin is docked. */
+    void moveTo(const QPoint& position) const {
+        xdotool({QStringLiteral("mousemove"), QStringLiteral("--window"), QString::number(fWindow),
+                 QString::number(position.x()), QString::number(position.y() + fMenuHeight)});
+    }
+
+    static void click() { xdotool({QStringLiteral("click"), QStringLiteral("1")}); }
+    static void key(const QString& name) { xdotool({QStringLiteral("key"), name}); }
+
+    void clickTheDocksCross() {
+        moveTo(QPoint(picture().width() - 10, 36));
+        click();
+    }
+
+    void endsWithStatusZero() {
+        QVERIFY(fProgram->finish());
+        QCOMPARE(fProgram->status(), 0);
+    }
+
+    std::unique_ptr<Installation> fInstallation;
+    std::unique_ptr<Program> fProgram;
+    WId fWindow = 0;
+    int fMenuHeight = 0;
+};
+
+OBVISTA_QTEST_MAIN(RealWindowTest)
+
+#include "real_window_test.moc"
