@@ -5,7 +5,7 @@
 #include "plugin_call.h"
 #include "plugin_loader.h"
 #include "qclosabledock_widget.h"
-#include "robot_choice.h"
+#include "robot_browser.h"
 #include "widget_interface.h"
 
 #include <QAction>
@@ -119,13 +119,12 @@ void MainWindow::xLoadPlugin(const QString& pluginName) {
         xRefusePlugin(loader.errorString());
         return;
     }
-    if (const std::unique_ptr<RobotChoice> choice = xCreateRobotChoice()) {
-        xLoadOnRobot(pluginName, loader, *choice);
-    }
+    const std::unique_ptr<RobotChoice> choice = xCreateRobotChoice();
+    xLoadOnRobot(pluginName, loader, *choice);
 }
 
 std::unique_ptr<RobotChoice> MainWindow::xCreateRobotChoice() {
-    return nullptr;
+    return std::make_unique<RobotBrowser>(this, fAppFolder + fMediaFolder);
 }
 
 void MainWindow::xLoadOnRobot(const QString& pluginName, QPluginLoader& loader,

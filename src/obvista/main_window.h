@@ -72,7 +72,7 @@ class MainWindow : public QMainWindow {
     void xLoadPlugin(const QString& pluginName);
 
   private:
-    /** The dialog in which the user chooses a robot; null counts as cancelled. */
+    /** The dialog in which the user chooses a robot. */
     virtual std::unique_ptr<RobotChoice> xCreateRobotChoice();
 
     void xInitMenuBar();

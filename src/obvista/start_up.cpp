@@ -1,6 +1,7 @@
 #include "start_up.h"
 
 #include "application_arguments.h"
+#include "bonjour_listening_thread.h"
 #include "command_line.h"
 #include "identity.h"
 #include "main_window.h"
@@ -83,8 +84,16 @@ int run(int argc, char** argv) {
         std::cout << "Could not load given plugin and connect it to Robaxi" << std::endl;
         return EXIT_SUCCESS;  // no error status: scripts that start viewers rely on it
     }
+
+    auto discovery = KD::BonjourListeningThread::createBonjourListeningThread();
+    QObject::connect(discovery.get(), &KD::BonjourListeningThread::exceptionCaught, &window,
+                     &MainWindow::onBonjourListeningException);
+    discovery->start(QThread::InheritPriority);
     window.show();
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    // Discovery ends while everything that it reports to is still there.
+    discovery.reset();
+    return status;
 }
 
 }  // namespace obvista

@@ -1,0 +1,217 @@
+// The list of robots: brought in line with the discovery map once a second, and the favourites.
+
+#include "browserobots_dialog.h"
+
+#include <bonjour/bonjour_discovery.h>
+#include <robaxi/kv_mutex.h>
+#include <robaxi/kv_value.h>
+
+#include <QBuffer>
+#include <QImage>
+#include <QImageReader>
+#include <QItemSelectionModel>
+#include <QPixmap>
+#include <QSettings>
+#include <QTreeWidget>
+
+namespace KD {
+
+namespace {
+
+constexpr int a_noMiddleware = -1;  // port of a row without middleware
+// A small file can hold a picture that takes seconds and gigabytes to decode, and Qt has no limit
+// of its own. Icons are shown at 60 x 60.
+constexpr int a_largestPicture = 1024;  // pixels, each way
+
+QString portText(int port) {
+    return port == a_noMiddleware ? QString() : QString::number(port);
+}
+
+QImage decodePicture(const KVValue& bitmap) {
+    const auto* bytes = static_cast<const char*>(bitmap.GetBinary());
+    QByteArray data = QByteArray::fromRawData(bytes, bitmap.getSize());
+    QBuffer buffer(&data);
+    QImageReader reader(&buffer);
+    reader.setDecideFormatFromContent(true);
+    const QSize size = reader.size();
+    if (!size.isValid() || size.width() > a_largestPicture || size.height() > a_largestPicture) {
+        return {};
+    }
+    QImage image;
+    image.loadFromData(static_cast<const uchar*>(bitmap.GetBinary()), bitmap.getSize());
+    return image;
+}
+
+}  // namespace
+
+void BrowseRobotsDialog::updateRobotList() {
+    const QSettings settings;
+    const QStringList favouriteNames = settings.value(a_favourites_preferences).toStringList();
+    const KVCriticalSectionRead mapLock(KV::BonjourDiscovery::fRobaxsMapMutex);
+
+    QList<EntryKey> seenEntries;
+    for (const auto& entry : KV::BonjourDiscovery::getMap()) {
+        xRefreshProfile(*entry.second, favouriteNames, seenEntries);
+    }
+    xRemoveVanishedRows(seenEntries);
+
+    for (const int column : {a_favouriteColumn, a_nameColumn, a_portColumn, a_IPColumn}) {
+        fRobotTree->resizeColumnToContents(column);
+    }
+    update();
+}
+
+void BrowseRobotsDialog::onItemClicked(QTreeWidgetItem* item, int column) {
+    if (column != a_favouriteColumn || item == nullptr) {
+        return;
+    }
+    const QString hostName = item->text(a_nameColumn);
+    QSettings settings;
+    QStringList favouriteNames = settings.value(a_favourites_preferences).toStringList();
+    const bool favourite = !favouriteNames.contains(hostName);
+    updateFavouriteIcon(item, favourite);
+    if (favourite) {
+        favouriteNames.append(hostName);
+    } else {
+        favouriteNames.removeAll(hostName);
+    }
+    settings.setValue(a_favourites_preferences, favouriteNames);
+}
+
+void BrowseRobotsDialog::updateFavouriteIcon(QTreeWidgetItem* item, bool favourite) {
+    if (item == nullptr) {
+        return;
+    }
+    const QString& image = favourite ? a_favourite_on_image : a_favourite_off_image;
+    item->setIcon(a_favouriteColumn, QIcon(fImageFolder + image));
+}
+
+QTreeWidgetItem* BrowseRobotsDialog::hasRobaxi(const QString& hostName, int port) {
+    const QString wantedPort = portText(port);
+    const QList<QTreeWidgetItem*> rows =
+        fRobotTree->findItems(hostName, Qt::MatchExactly, a_nameColumn);
+    for (QTreeWidgetItem* row : rows) {
+        if (row->text(a_portColumn) == wantedPort) {
+            return row;
+        }
+    }
+    return nullptr;
+}
+
+void BrowseRobotsDialog::xRefreshProfile(const KV::BonjourProfile& profile,
+                                         const QStringList& favouriteNames,
+                                         QList<EntryKey>& seenEntries) {
+    const QString hostName = QString::fromLatin1(profile.fHostName.c_str());
+    const QString ip = QString::fromLatin1(profile.fIP.c_str());
+    bool hasMiddleware = false;
+    for (const KV::BonjourService& service : profile.fServices) {
+        if (service.fType != KV::BonjourDiscovery::fRobaxiServiceType) {
+            continue;
+        }
+        hasMiddleware = true;
+        seenEntries.append(EntryKey(hostName, service.fPort));
+        // Set again on every pass: the icon may have been downloaded since the last one, and the
+        // host may have become a robot.
+        xShowMiddleware(xRefreshRow(hostName, service.fPort, ip, favouriteNames), profile);
+    }
+    if (!hasMiddleware) {
+        seenEntries.append(EntryKey(hostName, a_noMiddleware));
+        xRefreshRow(hostName, a_noMiddleware, ip, favouriteNames);
+    }
+}
+
+QTreeWidgetItem* BrowseRobotsDialog::xRefreshRow(const QString& hostName, int port,
+                                                 const QString& ip,
+                                                 const QStringList& favouriteNames) {
+    if (QTreeWidgetItem* row = hasRobaxi(hostName, port)) {
+        row->setText(a_IPColumn, ip);
+        return row;
+    }
+    QTreeWidgetItem* row = xNewRow(hostName, port, ip);
+    xPlaceRow(row, favouriteNames);
+    return row;
+}
+
+QTreeWidgetItem* BrowseRobotsDialog::xNewRow(const QString& hostName, int port,
+                                             const QString& ip) const {
+    auto* row = new QTreeWidgetItem;
+    row->setText(a_nameColumn, hostName);
+    row->setText(a_portColumn, portText(port));
+    row->setText(a_IPColumn, ip);
+    row->setToolTip(a_favouriteColumn,
+                    tr("Clicking on this column will make this robot one of your favorites. "
+                       "Favourite robots appear on the top."));
+    if (port == a_noMiddleware) {
+        xShowNoMiddleware(row);
+    }
+    return row;
+}
+
+void BrowseRobotsDialog::xShowMiddleware(QTreeWidgetItem* row,
+                                         const KV::BonjourProfile& profile) const {
+    const bool isRobot = profile.hasService(KV::BonjourDiscovery::fRobaxServiceType);
+    row->setIcon(a_typeColumn,
+                 xProfileIcon(profile, isRobot ? a_robot_on_image : a_computer_image));
+    row->setToolTip(
+        a_typeColumn,
+        isRobot
+            ? tr("This is a robot with a running Robaxi. Right click to make its face LEDs blink")
+            : tr("This Robaxi is running on a computer."));
+    row->setText(a_InfoColumn, QString::number(isRobot ? RobotKind : ComputerKind));
+}
+
+void BrowseRobotsDialog::xShowNoMiddleware(QTreeWidgetItem* row) const {
+    row->setIcon(a_typeColumn, QIcon(fImageFolder + a_robot_off_image));
+    row->setToolTip(a_typeColumn, tr("This robot does not have a running Robaxi."));
+    row->setText(a_InfoColumn, QString::number(NoMiddlewareKind));
+}
+
+QIcon BrowseRobotsDialog::xProfileIcon(const KV::BonjourProfile& profile,
+                                       const QString& fileIcon) const {
+    if (profile.hasBitmapBinary()) {
+        const KVCriticalSectionRead profileLock(profile.fMutex);
+        const QImage image = decodePicture(profile.getBitmapBinary());
+        if (!image.isNull()) {
+            return QIcon(QPixmap::fromImage(image));
+        }
+    }
+    return QIcon(fImageFolder + fileIcon);
+}
+
+void BrowseRobotsDialog::xPlaceRow(QTreeWidgetItem* row, const QStringList& favouriteNames) {
+    const bool favourite = favouriteNames.contains(row->text(a_nameColumn));
+    updateFavouriteIcon(row, favourite);
+    if (!favourite) {
+        fRobotTree->addTopLevelItem(row);
+        return;
+    }
+    fRobotTree->insertTopLevelItem(0, row);
+    if (fRobotTree->selectedItems().isEmpty()) {
+        row->setSelected(true);
+    }
+}
+
+void BrowseRobotsDialog::xRemoveVanishedRows(const QList<EntryKey>& seenEntries) {
+    // The row that slides into the place of a removed one is looked at in the next pass only, so
+    // that neighbours that vanish together leave one after the other.
+    for (int index = 0; index < fRobotTree->topLevelItemCount(); ++index) {
+        const QTreeWidgetItem* row = fRobotTree->topLevelItem(index);
+        const QString port = row->text(a_portColumn);
+        const EntryKey key(row->text(a_nameColumn), port.isEmpty() ? a_noMiddleware : port.toInt());
+        if (!seenEntries.contains(key)) {
+            xDetachRow(index);
+        }
+    }
+}
+
+void BrowseRobotsDialog::xDetachRow(int index) {
+    // A tree moves the current row to a neighbour when it is removed, and selects that one, so that
+    // "Connect to" would reach another robot than the one chosen.
+    if (fRobotTree->indexOfTopLevelItem(fRobotTree->currentItem()) == index ||
+        fRobotTree->topLevelItem(index)->isSelected()) {
+        fRobotTree->selectionModel()->clear();
+    }
+    fDetachedRows.emplace_back(fRobotTree->takeTopLevelItem(index));
+}
+
+}  // namespace KD
