@@ -25,6 +25,9 @@ constexpr int a_silentHeartbeatsOfRobot = 6;
  *  a moment (in a debugger, a suspended laptop) costs the robot little. */
 constexpr int a_silentHeartbeatsOfClient = 20;
 
+/** How long a link that goes waits for a robot to take what was posted to it. */
+constexpr std::chrono::milliseconds a_timeToSendTheRest{500};
+
 constexpr std::size_t a_sessionsOfBroker = 256;
 constexpr std::size_t a_subscriptionsOfSession = 64;
 constexpr std::size_t a_methodThreads = 8;

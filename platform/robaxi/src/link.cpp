@@ -78,7 +78,16 @@ Link::Link(std::shared_ptr<Runtime> runtime, const std::string& address, int por
 }
 
 Link::~Link() {
+    if (fHasPosted) {
+        xSendTheRest();
+    }
     xEndStream();
+}
+
+void Link::xSendTheRest() {
+    xEndWhen(fOut.closeWhenWritten());
+    std::unique_lock lock(fMutex);
+    fStateChanged.wait_for(lock, limits::a_timeToSendTheRest, [this] { return fIsDone; });
 }
 
 void Link::xEndStream() {
@@ -139,6 +148,9 @@ void Link::OnWriteDone(bool ok) {
 
 void Link::xEndWhen(bool now) {
     if (now) {
+        // The robot reads to this end before it ends the stream itself, where a cancelled stream
+        // would take with it what the robot has not read yet.
+        StartWritesDone();
         RemoveHold();
     }
 }
@@ -294,6 +306,7 @@ void Link::post(v1::ClientMessage message, const CallOwner& owner, Deadline dead
     if (!hasRoom) {
         throw Failure{KVError::Cause::TimedOut, "too much waits to be sent"};
     }
+    fHasPosted = true;
     fOut.push(std::move(message));
 }
 

@@ -57,7 +57,8 @@ class Link : private grpc::ClientBidiReactor<v1::ClientMessage, v1::ServerMessag
      */
     v1::ServerMessage request(v1::ClientMessage message, CallOwner& owner, Deadline deadline);
 
-    /** Sends without waiting for an answer. @throws Failure when it cannot be sent */
+    /** Sends without waiting for an answer, at the latest before the link goes.
+     *  @throws Failure when it cannot be sent */
     void post(v1::ClientMessage message, const CallOwner& owner, Deadline deadline);
 
     /** A number for each posted call: positive, and again the same only after 2^31 posts. */
@@ -97,6 +98,7 @@ class Link : private grpc::ClientBidiReactor<v1::ClientMessage, v1::ServerMessag
 
     void xSayHello();
     void xAwaitHello(Deadline deadline);
+    void xSendTheRest();
     void xEndStream();
     void xEndWhen(bool now);
     void xHandle();
@@ -129,6 +131,7 @@ class Link : private grpc::ClientBidiReactor<v1::ClientMessage, v1::ServerMessag
     std::vector<LossListener*> fLossListeners;
 
     std::atomic<std::uint32_t> fLastTaskId{0};
+    std::atomic<bool> fHasPosted{false};  // nobody waits for a posted call but the destructor
     std::atomic<int> fSilentHeartbeats{0};
     std::atomic<double> fRoundTrip{-1};
     std::uint64_t fHeartbeatNumber = 0;  // guarded by fMutex, like the next

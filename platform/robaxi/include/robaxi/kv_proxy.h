@@ -37,7 +37,8 @@ class ROBAXI_EXPORT KVProxy {
      */
     KVProxy(const std::string& moduleName, const std::string& ip, int port,
             boost::shared_ptr<KVBroker> broker, int timeOut, int flags);
-    /** Calls in flight on other threads end with KVError (Cancelled). */
+    /** Calls in flight on other threads end with KVError (Cancelled); posted ones are still sent,
+     *  for which the last user of the link waits up to half a second. */
     ~KVProxy();
     KVProxy(const KVProxy&) = delete;
     KVProxy& operator=(const KVProxy&) = delete;
