@@ -24,7 +24,16 @@ Failure helloFailure(const v1::HelloReply& reply) {
     }
 }
 
+/** gRPC says only in words that what it received is not HTTP/2. */
+bool isAnotherLanguage(const grpc::Status& status) {
+    const std::string text = status.error_message();
+    return text.find("http1") != std::string::npos || text.find("HTTP/2") != std::string::npos;
+}
+
 Failure streamFailure(const grpc::Status& status, bool saidHello) {
+    if (!saidHello && isAnotherLanguage(status)) {
+        return {KVError::Cause::ProtocolVersion, {}};
+    }
     switch (status.error_code()) {
         case grpc::StatusCode::UNIMPLEMENTED:
             return {KVError::Cause::ProtocolVersion, {}};

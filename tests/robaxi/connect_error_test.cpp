@@ -1,0 +1,285 @@
+#include "test_broker.h"
+
+#include <robaxi/kv_connection.h>
+#include <robaxi/kv_proxy.h>
+
+#include <gtest/gtest.h>
+
+#include <arpa/inet.h>
+#include <atomic>
+#include <chrono>
+#include <climits>
+#include <cmath>
+#include <cstdlib>
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+using namespace robaxi_test;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/** A TCP socket of the loopback that listens and does nothing else. */
+class Listener {
+  public:
+    explicit Listener(int backlog) : fSocket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+        sockaddr_in address = loopback(0);
+        EXPECT_EQ(::bind(fSocket, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        EXPECT_EQ(::listen(fSocket, backlog), 0);
+        socklen_t length = sizeof address;
+        ::getsockname(fSocket, reinterpret_cast<sockaddr*>(&address), &length);
+        fPort = ntohs(address.sin_port);
+    }
+
+    ~Listener() {
+        for (const int client : fClients) {
+            ::close(client);
+        }
+        ::close(fSocket);
+    }
+
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
+
+    int port() const { return fPort; }
+
+    /** Takes one connection, answers with a text whatever comes, and closes it. */
+    void answerWith(const std::string& text) const {
+        const int connection = ::accept(fSocket, nullptr, nullptr);
+        char buffer[1024];
+        EXPECT_GE(::recv(connection, buffer, sizeof buffer, 0), 0);
+        EXPECT_GE(::send(connection, text.data(), text.size(), MSG_NOSIGNAL), -1);
+        ::close(connection);
+    }
+
+    /** Fills the queue of connections, after which the system drops all further packets. */
+    void fillQueue() {
+        constexpr int enough = 16;
+        for (int i = 0; i < enough; ++i) {
+            const int client = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+            const sockaddr_in address = loopback(fPort);
+            ::connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+            fClients.push_back(client);
+        }
+    }
+
+  private:
+    static sockaddr_in loopback(int port) {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(static_cast<std::uint16_t>(port));
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        return address;
+    }
+
+    int fSocket;
+    int fPort = 0;
+    std::vector<int> fClients;
+};
+
+/** What making a proxy to "KVLeds" fails with, and how long it took. */
+struct Outcome {
+    KVError fError;
+    double fSeconds;
+};
+
+Outcome connectProxy(const std::string& address, int port, int timeOut = 2) {
+    const auto client = makeClient();
+    const auto start = Clock::now();
+    const KVError error =
+        errorOf([&] { KVProxy proxy("KVLeds", address, port, client, timeOut, 0); });
+    return {error, std::chrono::duration<double>(Clock::now() - start).count()};
+}
+
+void expectAddressed(const KVError& error, const std::string& address, int port) {
+    EXPECT_EQ(error.toString().find("Cannot reach the module KVLeds at " + address + " port " +
+                                    std::to_string(port) + ": "),
+              0U)
+        << error.toString();
+}
+
+/** A little for the machine on top of what was promised. */
+constexpr double a_margin = 0.5;
+
+}  // namespace
+
+TEST(ConnectError, NothingListensOnThePort) {
+    const int port = findFreePort();
+    const Outcome outcome = connectProxy(a_loopback, port);
+    EXPECT_CAUSE(outcome.fError, Refused);
+    EXPECT_EQ(outcome.fError.toString(),
+              "Cannot reach the module KVLeds at 127.0.0.1 port " + std::to_string(port) +
+                  ": nothing listens on that port. Check that the robot's middleware is running "
+                  "and that the port is right.");
+    EXPECT_LT(outcome.fSeconds, 1.0) << "a refusal comes at once";
+}
+
+TEST(ConnectError, TheAddressSwallowsPackets) {
+    Listener listener(0);
+    listener.fillQueue();
+    const Outcome outcome = connectProxy(a_loopback, listener.port());
+    EXPECT_CAUSE(outcome.fError, TimedOut);
+    expectAddressed(outcome.fError, a_loopback, listener.port());
+    EXPECT_NE(outcome.fError.toString().find("no answer came within 2 s"), std::string::npos)
+        << outcome.fError.toString();
+    EXPECT_GE(outcome.fSeconds, 2.0);
+    EXPECT_LT(outcome.fSeconds, 2.0 + a_margin);
+}
+
+TEST(ConnectError, TheListenerNeverAnswers) {
+    const Listener listener(8);
+    const Outcome outcome = connectProxy(a_loopback, listener.port(), 1);
+    EXPECT_CAUSE(outcome.fError, TimedOut);
+    expectAddressed(outcome.fError, a_loopback, listener.port());
+    EXPECT_LT(outcome.fSeconds, 1.0 + a_margin);
+}
+
+TEST(ConnectError, TheListenerSpeaksAnotherLanguage) {
+    for (const std::string answer : {"HTTP/1.1 400 Bad Request\r\nContent-Length: 0\r\n\r\n",
+                                     "SSH-2.0-Example_1.0\r\n", "\r\nlogin: "}) {
+        const Listener listener(8);
+        std::thread program([&] {
+            listener.answerWith("");  // the connection that only looks whether somebody listens
+            listener.answerWith(answer);
+        });
+        const Outcome outcome = connectProxy(a_loopback, listener.port());
+        program.join();
+        EXPECT_CAUSE(outcome.fError, ProtocolVersion);
+        expectAddressed(outcome.fError, a_loopback, listener.port());
+        EXPECT_LT(outcome.fSeconds, 2.0 + a_margin);
+    }
+}
+
+TEST(ConnectError, TheListenerHangsUp) {
+    const Listener listener(8);
+    std::thread program([&] {
+        listener.answerWith("");
+        listener.answerWith("");
+    });
+    const Outcome outcome = connectProxy(a_loopback, listener.port());
+    program.join();
+    EXPECT_CAUSE(outcome.fError, ConnectionLost);
+    EXPECT_LT(outcome.fSeconds, 2.0 + a_margin);
+}
+
+TEST(ConnectError, ThereIsNoSuchModule) {
+    const auto server = makeServer();
+    const Outcome outcome = connectProxy(a_loopback, server->getPort());
+    EXPECT_CAUSE(outcome.fError, NoSuchModule);
+    EXPECT_EQ(outcome.fError.toString(),
+              "Cannot reach the module KVLeds at 127.0.0.1 port " +
+                  std::to_string(server->getPort()) +
+                  ": there is no module named KVLeds. Check the module's name, and that it is "
+                  "started on the robot.");
+    EXPECT_LT(outcome.fSeconds, 1.0) << "the robot answers at once";
+}
+
+TEST(ConnectError, TheNameDoesNotResolve) {
+    // A label of more than 63 characters is not a name anywhere.
+    const std::string name = std::string(70, 'x') + ".local";
+    const Outcome outcome = connectProxy(name, 9559);
+    EXPECT_CAUSE(outcome.fError, NameNotFound);
+    expectAddressed(outcome.fError, name, 9559);
+    EXPECT_LT(outcome.fSeconds, 2.0 + a_margin);
+    EXPECT_CAUSE(connectProxy("", 9559).fError, NameNotFound);
+}
+
+TEST(ConnectError, ThereIsNoRouteToTheAddress) {
+    // No connection goes to a group of receivers, whatever the network is like.
+    const Outcome outcome = connectProxy("224.0.0.1", 9559);
+    EXPECT_CAUSE(outcome.fError, NoRoute);
+    expectAddressed(outcome.fError, "224.0.0.1", 9559);
+    EXPECT_NE(outcome.fError.toString().find("there is no route to that address"),
+              std::string::npos)
+        << outcome.fError.toString();
+    EXPECT_LT(outcome.fSeconds, 1.0) << "the system says so at once";
+}
+
+TEST(ConnectError, ThePortIsOutOfRange) {
+    for (const int port : {0, -1, 65536, 65536 + 9559, INT_MIN, INT_MAX}) {
+        const Outcome outcome = connectProxy(a_loopback, port);
+        EXPECT_CAUSE(outcome.fError, InvalidArgument);
+        EXPECT_NE(outcome.fError.toString().find(std::to_string(port)), std::string::npos)
+            << outcome.fError.toString();
+        EXPECT_CAUSE(errorOf([&] { KVConnection::open(makeClient(), a_loopback, port, 1); }),
+                     InvalidArgument);
+    }
+}
+
+TEST(ConnectError, TheArgumentsMakeNoSense) {
+    const auto client = makeClient();
+    EXPECT_CAUSE(errorOf([&] { KVProxy proxy("", a_loopback, 9559, client, 2, 0); }),
+                 InvalidArgument);
+    EXPECT_CAUSE(errorOf([&] { KVProxy proxy("Echo", a_loopback, 9559, nullptr, 2, 0); }),
+                 InvalidArgument);
+    EXPECT_CAUSE(errorOf([&] { KVProxy proxy("Echo", a_loopback, 9559, client, 0, 0); }),
+                 InvalidArgument);
+    for (const double timeOut : {0.0, -1.0, std::nan("")}) {
+        EXPECT_CAUSE(errorOf([&] { KVConnection::open(client, a_loopback, 9559, timeOut); }),
+                     InvalidArgument);
+    }
+    EXPECT_CAUSE(errorOf([&] { KVConnection::open(nullptr, a_loopback, 9559, 1); }),
+                 InvalidArgument);
+}
+
+TEST(ConnectError, OfOneCallerDoesNotShortenTheTimeOfAnother) {
+    const Listener listener(8);
+    const auto client = makeClient();
+    const auto open = [&](double timeOut) {
+        const auto start = Clock::now();
+        const KVError error =
+            errorOf([&] { KVConnection::open(client, a_loopback, listener.port(), timeOut); });
+        EXPECT_CAUSE(error, TimedOut);
+        return std::chrono::duration<double>(Clock::now() - start).count();
+    };
+    double shortTime = 0;
+    double longTime = 0;
+    std::thread first([&] { shortTime = open(0.3); });
+    std::thread second([&] { longTime = open(1.0); });
+    first.join();
+    second.join();
+    EXPECT_LT(shortTime, 0.3 + a_margin);
+    EXPECT_GE(longTime, 1.0);
+    EXPECT_LT(longTime, 1.0 + a_margin);
+}
+
+TEST(Connect, IsSharedByAllUsersOfOneBroker) {
+    const auto server = makeServer();
+    server->addModule(makeEcho());
+    const auto client = makeClient();
+    std::vector<std::thread> threads;
+    std::atomic<int> reached{0};
+    for (int i = 0; i < 8; ++i) {
+        threads.emplace_back([&] {
+            KVProxy proxy("Echo", a_loopback, server->getPort(), client, 5, 0);
+            reached += proxy.call<int>("echo", 1);
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(reached, 8);
+}
+
+TEST(Connect, TakesAHostName) {
+    const auto server = makeServer();
+    server->addModule(makeEcho());
+    KVProxy proxy("Echo", "localhost", server->getPort(), makeClient(), 5, 0);
+    EXPECT_EQ(proxy.call<int>("echo", 1), 1);
+}
+
+TEST(Connect, DoesNotUseTheProxyForWebPages) {
+    ::setenv("http_proxy", "http://127.0.0.1:1", 1);
+    ::setenv("https_proxy", "http://127.0.0.1:1", 1);
+    const auto server = makeServer();
+    server->addModule(makeEcho());
+    KVProxy proxy("Echo", a_loopback, server->getPort(), makeClient(), 5, 0);
+    EXPECT_EQ(proxy.call<int>("echo", 1), 1);
+    ::unsetenv("http_proxy");
+    ::unsetenv("https_proxy");
+}

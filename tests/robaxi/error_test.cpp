@@ -1,0 +1,54 @@
+#include <robaxi/kv_error.h>
+
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <type_traits>
+#include <vector>
+
+static_assert(std::is_nothrow_copy_constructible_v<KVError>);
+static_assert(std::is_nothrow_copy_assignable_v<KVError>);
+static_assert(std::is_base_of_v<std::exception, KVError>);
+
+TEST(Error, CarriesItsCauseAndText) {
+    const KVError error(KVError::Cause::Refused, "nothing listens");
+    EXPECT_EQ(error.cause(), KVError::Cause::Refused);
+    EXPECT_EQ(error.toString(), "nothing listens");
+    EXPECT_STREQ(error.what(), "nothing listens");
+}
+
+TEST(Error, IsCopiedWithItsTextAndOutlivesTheOriginal) {
+    KVError copy(KVError::Cause::Internal, "other");
+    {
+        const KVError original(KVError::Cause::TimedOut, "late");
+        copy = original;
+    }
+    KVError& same = copy;
+    copy = same;
+    EXPECT_EQ(copy.toString(), "late");
+    EXPECT_EQ(copy.cause(), KVError::Cause::TimedOut);
+}
+
+TEST(Error, IsCaughtAsAStandardException) {
+    try {
+        throw KVError(KVError::Cause::NoRoute, "no way");
+    } catch (const std::exception& error) {
+        EXPECT_STREQ(error.what(), "no way");
+    }
+}
+
+TEST(Error, MayBeCopiedOnSeveralThreads) {
+    const KVError error(KVError::Cause::Internal, "shared");
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([error] {
+            for (int n = 0; n < 1000; ++n) {
+                const KVError copy(error);
+                ASSERT_EQ(copy.toString(), "shared");
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}

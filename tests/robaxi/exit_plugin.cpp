@@ -1,0 +1,52 @@
+// A plugin whose static object holds brokers in use until after main().
+#include "recording_listener.h"
+#include "test_broker.h"
+
+#include <robaxi/kv_connection.h>
+#include <robaxi/kv_proxy.h>
+#include <robaxi/kv_subscription.h>
+#include <robaxi/kv_value_table.h>
+
+#include <boost/make_shared.hpp>
+
+namespace {
+
+struct Held {
+    void fill() {
+        fServer = robaxi_test::makeServer();
+        const auto table = boost::make_shared<KVValueTable>();
+        KVKeyInfo key;
+        key.fName = "a";
+        table->addKey(key, 1);
+        const auto module = boost::make_shared<KVModule>("Held", "");
+        module->setValues(table);
+        fServer->addModule(module);
+        fClient = robaxi_test::makeClient();
+        fProxy = boost::make_shared<KVProxy>("Held", robaxi_test::a_loopback, fServer->getPort(),
+                                             fClient, 10, 0);
+        fConnection = KVConnection::open(fClient, robaxi_test::a_loopback, fServer->getPort(), 10);
+        fSubscription = KVSubscription::start(fConnection, "Held",
+                                              KVSubscription::Selection::AllKeys, 100, &fListener);
+        fListener.waitForValue("a", 1);
+    }
+
+    robaxi_test::RecordingListener fListener;
+    robaxi_test::BrokerPtr fServer;
+    robaxi_test::BrokerPtr fClient;
+    boost::shared_ptr<KVProxy> fProxy;
+    boost::shared_ptr<KVConnection> fConnection;
+    boost::shared_ptr<KVSubscription> fSubscription;
+};
+
+Held held;
+
+}  // namespace
+
+extern "C" __attribute__((visibility("default"))) void holdBrokers() {
+    held.fill();
+}
+
+extern "C" __attribute__((visibility("default"))) void throwError() {
+    const auto client = robaxi_test::makeClient();
+    KVProxy proxy("Held", robaxi_test::a_loopback, 0, client, 1, 0);
+}

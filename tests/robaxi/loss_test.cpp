@@ -1,0 +1,199 @@
+#include "child_process.h"
+#include "latch.h"
+#include "recording_listener.h"
+#include "test_broker.h"
+
+#include <robaxi/kv_connection.h>
+#include <robaxi/kv_proxy.h>
+#include <robaxi/kv_subscription.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <memory>
+#include <signal.h>
+#include <thread>
+#include <vector>
+
+using namespace robaxi_test;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/** A robot in a process of its own, and a connection to it. */
+class Loss : public testing::Test {
+  protected:
+    Loss() {
+        startRobot();
+        fConnection = KVConnection::open(fClient, a_loopback, fPort, 5);
+    }
+
+    void startRobot() {
+        fRobot = std::make_unique<ChildProcess>(
+            std::vector<std::string>{ROBAXI_TEST_SERVER, std::to_string(fPort)});
+        if (!fRobot->readUntil("ready")) {
+            throw std::runtime_error("the robot did not start: " + fRobot->output());
+        }
+    }
+
+    /** Sends the robot a signal and returns the seconds until the loss is told. */
+    double secondsUntilLost(int signal) {
+        std::promise<KVError> lost;
+        fConnection->setLostHandler([&](const KVError& error) { lost.set_value(error); });
+        const auto start = Clock::now();
+        fRobot->signal(signal);
+        auto future = lost.get_future();
+        if (future.wait_for(a_patience) != std::future_status::ready) {
+            ADD_FAILURE() << "the loss was not told";
+            fConnection->setLostHandler(nullptr);
+            return 0;
+        }
+        const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
+        fError = std::make_unique<KVError>(future.get());
+        return seconds;
+    }
+
+    const int fPort = findFreePort();
+    BrokerPtr fClient = makeClient();
+    std::unique_ptr<ChildProcess> fRobot;
+    boost::shared_ptr<KVConnection> fConnection;
+    std::unique_ptr<KVError> fError;
+};
+
+}  // namespace
+
+TEST_F(Loss, OfAKilledRobotIsToldWithinASecond) {
+    EXPECT_TRUE(fConnection->isConnected());
+    EXPECT_LT(secondsUntilLost(SIGKILL), 1.0) << "the system closes the sockets of a dead process";
+    EXPECT_FALSE(fConnection->isConnected());
+    ASSERT_TRUE(fError);
+    EXPECT_CAUSE(*fError, ConnectionLost);
+    EXPECT_EQ(fError->toString(),
+              "The connection to 127.0.0.1 port " + std::to_string(fPort) +
+                  " is lost: the robot ended it. Check that the robot is still running and "
+                  "connected, then connect again.");
+}
+
+TEST_F(Loss, OfASilentRobotIsToldWithinTwoSeconds) {
+    EXPECT_LT(secondsUntilLost(SIGSTOP), 2.0) << "six heartbeats of 250 ms without an answer";
+    ASSERT_TRUE(fError);
+    EXPECT_CAUSE(*fError, ConnectionLost);
+    EXPECT_NE(fError->toString().find("does not answer any more"), std::string::npos)
+        << fError->toString();
+    fRobot->signal(SIGCONT);
+    EXPECT_FALSE(fConnection->isConnected()) << "a lost connection stays lost";
+}
+
+TEST_F(Loss, OfARobotThatEndsProperlyIsTold) {
+    EXPECT_LT(secondsUntilLost(SIGTERM), 1.0) << "the system closes the sockets of a dead process";
+}
+
+TEST_F(Loss, EndsSubscriptionsAndCalls) {
+    RecordingListener listener;
+    const auto subscription = KVSubscription::start(
+        fConnection, "Memory", KVSubscription::Selection::AllKeys, 50, &listener);
+    ASSERT_TRUE(listener.waitUntil([&] { return listener.fUpdates.size() > 3; }));
+    KVProxy proxy("Echo", a_loopback, fPort, fClient, 10, 0);
+
+    EXPECT_LT(secondsUntilLost(SIGSTOP), 2.0) << "six heartbeats of 250 ms without an answer";
+
+    ASSERT_TRUE(listener.waitForEnd());
+    EXPECT_CAUSE(*listener.fEnd, ConnectionLost);
+    EXPECT_EQ(listener.fEnd->toString().find("The connection to the module Memory at 127.0.0.1"),
+              0U)
+        << listener.fEnd->toString();
+    EXPECT_EQ(listener.fCallsAfterEnd, 0);
+    EXPECT_CAUSE(errorOf([&] { proxy.callVoid("echo", 1); }), ConnectionLost);
+}
+
+TEST_F(Loss, EndsACallInFlightBeforeItsTimeOut) {
+    KVProxy proxy("Echo", a_loopback, fPort, fClient, 20, 0);
+    fRobot->signal(SIGSTOP);
+    const auto start = Clock::now();
+    EXPECT_CAUSE(errorOf([&] { proxy.callVoid("echo", 1); }), ConnectionLost);
+    EXPECT_LT(std::chrono::duration<double>(Clock::now() - start).count(), 2.0)
+        << "six heartbeats of 250 ms without an answer";
+}
+
+TEST_F(Loss, IsToldOnceAndAtOnceToAHandlerThatComesLater) {
+    std::atomic<int> calls{0};
+    secondsUntilLost(SIGKILL);
+    const auto here = std::this_thread::get_id();
+    fConnection->setLostHandler([&](const KVError&) {
+        EXPECT_EQ(std::this_thread::get_id(), here);
+        ++calls;
+    });
+    EXPECT_EQ(calls, 1);
+    fConnection->setLostHandler(nullptr);
+    EXPECT_EQ(calls, 1);
+}
+
+TEST_F(Loss, IsNotToldWhenTheConnectionIsClosedByItsUser) {
+    std::atomic<int> calls{0};
+    fConnection->setLostHandler([&](const KVError&) { ++calls; });
+    fConnection.reset();
+    fClient.reset();
+    EXPECT_EQ(calls, 0);
+}
+
+TEST_F(Loss, IsFollowedByANewConnectionToARestartedRobot) {
+    KVProxy old("Echo", a_loopback, fPort, fClient, 5, 0);
+    secondsUntilLost(SIGKILL);
+    fRobot->finish();
+    startRobot();
+    KVProxy proxy("Echo", a_loopback, fPort, fClient, 5, 0);
+    EXPECT_EQ(proxy.call<int>("echo", 7), 7);
+    EXPECT_TRUE(KVConnection::open(fClient, a_loopback, fPort, 5)->isConnected());
+    EXPECT_CAUSE(errorOf([&] { old.callVoid("echo", 7); }), ConnectionLost);
+    EXPECT_FALSE(fConnection->isConnected());
+}
+
+TEST_F(Loss, IsNotToldFalselyWhileAllProcessorsAreBusy) {
+    std::atomic<bool> stop{false};
+    std::vector<std::thread> burners;
+    for (unsigned i = 0; i < 4 * std::thread::hardware_concurrency(); ++i) {
+        burners.emplace_back([&stop] {
+            while (!stop) {
+            }
+        });
+    }
+    std::promise<void> lost;
+    fConnection->setLostHandler([&](const KVError&) { lost.set_value(); });
+    // Twice the time after which a silent robot is lost.
+    EXPECT_EQ(lost.get_future().wait_for(std::chrono::seconds(4)), std::future_status::timeout);
+    stop = true;
+    for (std::thread& burner : burners) {
+        burner.join();
+    }
+    fConnection->setLostHandler(nullptr);
+}
+
+TEST_F(Loss, HandlerMayLetEverythingGo) {
+    std::promise<void> done;
+    fConnection->setLostHandler([&](const KVError&) {
+        fConnection.reset();
+        fClient.reset();
+        done.set_value();
+    });
+    fRobot->signal(SIGKILL);
+    EXPECT_EQ(done.get_future().wait_for(a_patience), std::future_status::ready);
+}
+
+TEST_F(Loss, HandlerDoesNotRunAnyMoreWhenItWasTakenAway) {
+    Latch latch;
+    std::atomic<bool> ended{false};
+    fConnection->setLostHandler([&](const KVError&) {
+        latch.enter();
+        ended = true;
+    });
+    fRobot->signal(SIGKILL);
+    ASSERT_TRUE(latch.waitForEntries(1));
+    auto taken = std::async(std::launch::async, [&] { fConnection->setLostHandler(nullptr); });
+    EXPECT_EQ(taken.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
+    latch.open();
+    taken.get();
+    EXPECT_TRUE(ended);
+}

@@ -1,0 +1,65 @@
+#include "process_figures.h"
+
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <string>
+
+namespace robaxi_test {
+
+namespace {
+
+std::size_t countEntries(const char* folder) {
+    std::size_t count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        static_cast<void>(entry);
+        ++count;
+    }
+    return count;
+}
+
+std::set<std::string> ownSockets() {
+    std::set<std::string> sockets;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code ignored;
+        const std::string target = std::filesystem::read_symlink(entry.path(), ignored).string();
+        if (target.rfind("socket:[", 0) == 0) {
+            sockets.insert(target.substr(8, target.size() - 9));
+        }
+    }
+    return sockets;
+}
+
+std::size_t countListening(const char* table, const std::set<std::string>& own) {
+    std::ifstream file(table);
+    std::string line;
+    std::getline(file, line);
+    std::size_t count = 0;
+    while (std::getline(file, line)) {
+        std::istringstream fields(line);
+        std::string slot, local, remote, state, queues, timer, retransmits, user, timeOut, inode;
+        fields >> slot >> local >> remote >> state >> queues >> timer >> retransmits >> user >>
+            timeOut >> inode;
+        constexpr const char* listening = "0A";
+        count += static_cast<std::size_t>(state == listening && own.count(inode) != 0);
+    }
+    return count;
+}
+
+}  // namespace
+
+std::size_t countListeningSockets() {
+    const std::set<std::string> own = ownSockets();
+    return countListening("/proc/self/net/tcp", own) + countListening("/proc/self/net/tcp6", own);
+}
+
+std::size_t countDescriptors() {
+    return countEntries("/proc/self/fd");
+}
+
+std::size_t countThreads() {
+    return countEntries("/proc/self/task");
+}
+
+}  // namespace robaxi_test

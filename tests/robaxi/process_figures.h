@@ -1,0 +1,17 @@
+#ifndef OBVISTA_TESTS_ROBAXI_PROCESS_FIGURES_H
+#define OBVISTA_TESTS_ROBAXI_PROCESS_FIGURES_H
+
+#include <cstddef>
+
+namespace robaxi_test {
+
+/** @name Of this process, as the system counts them */
+///@{
+std::size_t countListeningSockets();
+std::size_t countDescriptors();
+std::size_t countThreads();
+///@}
+
+}  // namespace robaxi_test
+
+#endif

@@ -1,0 +1,101 @@
+#include "process_figures.h"
+#include "recording_listener.h"
+#include "test_broker.h"
+
+#include <robaxi/kv_connection.h>
+#include <robaxi/kv_proxy.h>
+#include <robaxi/kv_subscription.h>
+#include <robaxi/kv_value_table.h>
+
+#include <boost/make_shared.hpp>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <functional>
+#include <thread>
+
+using namespace robaxi_test;
+
+namespace {
+
+/** The pools of the server and of gRPC start threads as they happen to be needed, up to a limit. */
+constexpr std::size_t a_threadsStartedLate = 16;
+
+/** Waits, since the far end of a connection is closed a little after this one. */
+bool comesDownTo(std::size_t limit, const std::function<std::size_t()>& count) {
+    const auto deadline = std::chrono::steady_clock::now() + a_patience;
+    while (count() > limit && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::yield();
+    }
+    return count() <= limit;
+}
+
+/** A server with "Echo", and "Memory" that has one value. */
+class Resources : public testing::Test {
+  protected:
+    Resources() {
+        fServer->addModule(makeEcho());
+        const auto table = boost::make_shared<KVValueTable>();
+        KVKeyInfo key;
+        key.fName = "a";
+        table->addKey(key, 1);
+        const auto memory = boost::make_shared<KVModule>("Memory", "");
+        memory->setValues(table);
+        fServer->addModule(memory);
+    }
+
+    /** Fails when a thousand times more of an action leave descriptors or threads behind. */
+    void expectNoGrowth(const std::function<void()>& action) {
+        constexpr int warmUp = 20;
+        constexpr int repetitions = 1000;
+        for (int i = 0; i < warmUp; ++i) {
+            action();
+        }
+        // The figures right after the warm-up may still hold the end of the last connection.
+        const std::size_t descriptors = countDescriptors();
+        const std::size_t threads = countThreads();
+        for (int i = 0; i < repetitions; ++i) {
+            action();
+        }
+        EXPECT_TRUE(comesDownTo(descriptors, countDescriptors))
+            << countDescriptors() << " descriptors, before " << descriptors;
+        EXPECT_TRUE(comesDownTo(threads + a_threadsStartedLate, countThreads))
+            << countThreads() << " threads, before " << threads;
+    }
+
+    BrokerPtr fServer = makeServer();
+    BrokerPtr fClient = makeClient();
+};
+
+}  // namespace
+
+TEST_F(Resources, DoNotGrowWithConnections) {
+    expectNoGrowth([this] {
+        KVProxy proxy("Echo", a_loopback, fServer->getPort(), fClient, 10, 0);
+        ASSERT_EQ(proxy.call<int>("echo", 1), 1);
+    });
+}
+
+TEST_F(Resources, DoNotGrowWithSubscriptions) {
+    const auto connection = KVConnection::open(fClient, a_loopback, fServer->getPort(), 10);
+    expectNoGrowth([&] {
+        RecordingListener listener;
+        const auto subscription = KVSubscription::start(
+            connection, "Memory", KVSubscription::Selection::AllKeys, 1000, &listener);
+        ASSERT_TRUE(listener.waitUntil([&] { return listener.fEnd || !listener.fValues.empty(); }));
+    });
+}
+
+TEST_F(Resources, DoNotGrowWithFailedConnections) {
+    const int port = findFreePort();
+    expectNoGrowth([this, port] {
+        EXPECT_CAUSE(errorOf([&] { KVConnection::open(fClient, a_loopback, port, 5); }), Refused);
+    });
+}
+
+TEST_F(Resources, DoNotGrowWithBrokers) {
+    expectNoGrowth([this] {
+        KVProxy proxy("Echo", a_loopback, fServer->getPort(), makeClient(), 10, 0);
+        ASSERT_EQ(proxy.call<int>("echo", 1), 1);
+    });
+}
