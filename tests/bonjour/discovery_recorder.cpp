@@ -1,0 +1,86 @@
+#include "discovery_recorder.h"
+
+#include <algorithm>
+#include <iterator>
+
+using KV::BonjourDiscovery;
+using KV::BonjourProfile;
+using KV::BonjourService;
+
+std::string describeServices(const BonjourProfile& profile) {
+    std::string description;
+    for (const BonjourService& service : profile.fServices) {
+        description +=
+            (description.empty() ? "" : " ") + service.fType + ":" + std::to_string(service.fPort);
+    }
+    return description;
+}
+
+MapView viewMap() {
+    MapView view;
+    const KVCriticalSectionRead lock(BonjourDiscovery::fRobaxsMapMutex);
+    for (const auto& [key, profile] : BonjourDiscovery::getMap()) {
+        view[key] = {profile, profile->fHostName, describeServices(*profile), profile->fIP};
+    }
+    return view;
+}
+
+DiscoveryRecorder::DiscoveryRecorder()
+    : fAddConnection(BonjourDiscovery::fAddProfile.connect(
+          [this](const auto& profile) { xRecord(true, profile); })),
+      fRemoveConnection(BonjourDiscovery::fRemoveProfile.connect(
+          [this](const auto& profile) { xRecord(false, profile); })) {
+}
+
+std::vector<DiscoveryRecorder::Event> DiscoveryRecorder::eventsOf(
+    const std::string& hostName) const {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    std::vector<Event> found;
+    std::copy_if(fEvents.begin(), fEvents.end(), std::back_inserter(found),
+                 [&hostName](const Event& event) { return event.fHostName == hostName; });
+    return found;
+}
+
+std::vector<std::string> DiscoveryRecorder::wordsOf(const std::string& hostName) const {
+    std::vector<std::string> words;
+    for (const Event& event : eventsOf(hostName)) {
+        words.push_back(event.fAdded ? "+ " + event.fServices : "-");
+    }
+    return words;
+}
+
+bool DiscoveryRecorder::waitForMap(const std::function<bool(const MapView&)>& wanted,
+                                   std::chrono::milliseconds bound) const {
+    const auto deadline = std::chrono::steady_clock::now() + bound;
+    std::unique_lock<std::mutex> lock(fMutex);
+    for (;;) {
+        const std::size_t seen = fEvents.size();
+        lock.unlock();
+        // The handlers run under the map lock, so it must not be waited for under ours.
+        if (wanted(viewMap())) {
+            return true;
+        }
+        lock.lock();
+        if (!fChanged.wait_until(lock, deadline, [this, seen] { return fEvents.size() != seen; })) {
+            return false;
+        }
+    }
+}
+
+bool DiscoveryRecorder::waitForHost(const std::string& hostName,
+                                    const std::string& services) const {
+    return waitForMap([&](const MapView& map) {
+        const auto found = map.find(hostName);
+        return found != map.end() && found->second.fServices == services;
+    });
+}
+
+bool DiscoveryRecorder::waitForNoHost(const std::string& hostName) const {
+    return waitForMap([&](const MapView& map) { return map.count(hostName) == 0; });
+}
+
+void DiscoveryRecorder::xRecord(bool added, const boost::shared_ptr<BonjourProfile>& profile) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    fEvents.push_back({added, profile, profile->fHostName, describeServices(*profile)});
+    fChanged.notify_all();
+}

@@ -1,0 +1,65 @@
+#ifndef OBVISTA_TESTS_BONJOUR_DISCOVERY_RECORDER_H
+#define OBVISTA_TESTS_BONJOUR_DISCOVERY_RECORDER_H
+
+#include <bonjour/bonjour_discovery.h>
+
+#include <boost/signals2/connection.hpp>
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <string>
+#include <vector>
+
+/** What the map says of one host at one moment. */
+struct HostView {
+    boost::shared_ptr<KV::BonjourProfile> fProfile;
+    std::string fHostName;
+    std::string fServices;  ///< in order, for instance "_robax._tcp:9559 _robaxi._tcp:9560"
+    std::string fIP;
+};
+using MapView = std::map<std::string, HostView>;
+
+/** Describes the services of a profile as HostView has them. */
+std::string describeServices(const KV::BonjourProfile& profile);
+
+/** Copies the discovery map under its lock. */
+MapView viewMap();
+
+/** Follows the two discovery signals from construction to destruction. */
+class DiscoveryRecorder {
+  public:
+    struct Event {
+        bool fAdded = false;
+        boost::shared_ptr<KV::BonjourProfile> fProfile;
+        std::string fHostName;
+        std::string fServices;
+    };
+
+    DiscoveryRecorder();
+
+    std::vector<Event> eventsOf(const std::string& hostName) const;
+    /** The events of one host in words: "+ _robax._tcp:9559", "-". */
+    std::vector<std::string> wordsOf(const std::string& hostName) const;
+
+    /** Waits until the map is as wanted, looking whenever a signal was fired; false when it is not
+     * in time. */
+    bool waitForMap(const std::function<bool(const MapView&)>& wanted,
+                    std::chrono::milliseconds bound = std::chrono::seconds(20)) const;
+    /** Waits until the host is in the map with these services. */
+    bool waitForHost(const std::string& hostName, const std::string& services) const;
+    bool waitForNoHost(const std::string& hostName) const;
+
+  private:
+    void xRecord(bool added, const boost::shared_ptr<KV::BonjourProfile>& profile);
+
+    mutable std::mutex fMutex;
+    mutable std::condition_variable fChanged;
+    std::vector<Event> fEvents;
+    boost::signals2::scoped_connection fAddConnection;
+    boost::signals2::scoped_connection fRemoveConnection;
+};
+
+#endif

@@ -1,0 +1,89 @@
+#include "lab_network.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <sstream>
+#include <stdexcept>
+
+namespace lab {
+
+namespace {
+
+Arguments controlCommand(const Arguments& arguments) {
+    const char* const folder = std::getenv("OBVISTA_LAB");
+    if (folder == nullptr) {
+        throw std::runtime_error("this test runs inside lab/run");
+    }
+    Arguments command = {std::string(folder) + "/ctl"};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return command;
+}
+
+}  // namespace
+
+Result run(const Arguments& command) {
+    ChildProcess process(command);
+    const std::optional<int> status = process.waitForEnd();
+    if (!status) {
+        throw std::runtime_error(command.front() + " does not end");
+    }
+    return {*status, process.output(), process.errors()};
+}
+
+void control(const Arguments& arguments) {
+    const Result result = run(controlCommand(arguments));
+    EXPECT_EQ(result.fStatus, 0) << "lab/ctl " << arguments.front() << ": " << result.fErrors;
+}
+
+Process::Process(const Arguments& command) : fChild(command) {
+}
+
+Process::~Process() {
+    fChild.signal(SIGTERM);
+    EXPECT_TRUE(fChild.waitForEnd()) << "a command does not end";
+}
+
+Host::Host(const std::string& name) : fName(name) {
+    control({"add", name});
+}
+
+Host::~Host() {
+    control({"stop", fName});
+}
+
+std::unique_ptr<Process> Host::announce(const std::string& type, int port,
+                                        const std::string& instance,
+                                        const std::string& hostName) const {
+    Arguments command = {"avahi-publish", "-s"};
+    if (!hostName.empty()) {
+        command.insert(command.end(), {"-H", hostName});
+    }
+    command.insert(command.end(),
+                   {instance.empty() ? fName : instance, type, std::to_string(port)});
+    return start(command);
+}
+
+std::unique_ptr<Process> Host::announceRaw(const Arguments& arguments) const {
+    Arguments command = {MDNS_ANNOUNCER};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return start(command);
+}
+
+std::unique_ptr<Process> Host::start(const Arguments& command) const {
+    Arguments arguments = {"exec", fName, "--"};
+    arguments.insert(arguments.end(), command.begin(), command.end());
+    return std::make_unique<Process>(controlCommand(arguments));
+}
+
+std::size_t countBrowsed(const std::string& type, const std::string& interface) {
+    std::istringstream lines(run({"avahi-browse", "-tp", type}).fOutput);
+    std::size_t count = 0;
+    for (std::string line; std::getline(lines, line);) {
+        count += line.rfind("+;" + interface + ";", 0) == 0 ? 1 : 0;
+    }
+    return count;
+}
+
+}  // namespace lab
