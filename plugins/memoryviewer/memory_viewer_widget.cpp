@@ -80,7 +80,8 @@ QSize MemoryViewerWidget::sizeHint() const {
 }
 
 bool MemoryViewerWidget::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == fDock && event->type() == QEvent::Close) {
+    // Asked in this order: a dock that is being destroyed, and sends other events, is no dock now.
+    if (event->type() == QEvent::Close && watched == fDock) {
         xOnDockAskedToClose();
     }
     return QWidget::eventFilter(watched, event);
