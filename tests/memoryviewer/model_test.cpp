@@ -407,7 +407,7 @@ void ModelTest::survivesAnyOrderOfChanges() {
     };
     std::map<std::uint32_t, std::string> present;
     std::uint32_t nextId = 1;
-    for (int round = 0; round < 300; ++round) {
+    for (int round = 0; round < 120; ++round) {
         std::vector<std::uint32_t> removed;
         for (const auto& [id, name] : present) {
             if (below(4) == 0) {
