@@ -143,12 +143,13 @@ void AvahiConnection::xLose(const Sighting& sighting) {
     if (entry == fResolvers.end()) {
         return;
     }
+    // Told first, for freeing a resolver waits for the daemon.
+    fListener.onLost(sighting);
     if (entry->second.fResolver != nullptr) {
         avahi_service_resolver_free(entry->second.fResolver);
         fLanes[entry->second.fLane].fFull = false;
     }
     fResolvers.erase(entry);
-    fListener.onLost(sighting);
 }
 
 bool AvahiConnection::xResolve(Resolvers::value_type& entry) {
