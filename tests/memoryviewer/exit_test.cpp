@@ -36,7 +36,7 @@ void ExitTest::xVerifyEnd(ChildProcess& viewer, const std::string& output) {
 void ExitTest::isDeletedByQtAfterMain_data() {
     QTest::addColumn<QString>("mode");
     QTest::addColumn<QString>("output");
-    const QString atEnd = QStringLiteral("main returns\nroot object deleted\n");
+    const QString atEnd = QStringLiteral("main returns\nconnection closed\nroot object deleted\n");
     QTest::newRow("without a widget") << "no-widget" << atEnd;
     QTest::newRow("with its widget deleted") << "widget-deleted"
                                              << "ready\n" + atEnd;
@@ -64,7 +64,7 @@ void ExitTest::exitWhileValuesFlow() {
             robot.set("Joint/" + std::to_string(key), value);
         }
     }
-    xVerifyEnd(viewer, "ready\nroot object deleted\n");
+    xVerifyEnd(viewer, "ready\nconnection closed\nroot object deleted\n");
 }
 
 void ExitTest::exitInsideTheReportOfALoss() {
@@ -73,7 +73,7 @@ void ExitTest::exitInsideTheReportOfALoss() {
     ChildProcess viewer(viewerProcess("exit-on-loss", robot.port()));
     QVERIFY2(viewer.waitForOutput("ready\n"), viewer.errors().c_str());
     robot.stop();
-    xVerifyEnd(viewer, "ready\nroot object deleted\n");
+    xVerifyEnd(viewer, "ready\nconnection closed\nroot object deleted\n");
 }
 
 OBVISTA_QTEST_MAIN(ExitTest)

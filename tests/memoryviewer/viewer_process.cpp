@@ -3,6 +3,7 @@
 //
 //   viewer_process MODE ROBOT_PORT
 
+#include "sockets.h"
 #include "viewer_driver.h"
 
 #include <QApplication>
@@ -19,6 +20,24 @@ void say(const char* line) {
     std::printf("%s\n", line);
     std::fflush(stdout);
 }
+
+/**
+ * Says at exit whether the robot is still connected. Made before the viewer connects, it goes after
+ * what the viewer closes at exit, and before Qt deletes the root object.
+ */
+class ExitWitness {
+  public:
+    explicit ExitWitness(int robotPort) : fRobotPort(robotPort) {}
+    ~ExitWitness() {
+        const bool isConnected = obvista_test::connectionsTo(fRobotPort) > 0;
+        say(isConnected ? "still connected" : "connection closed");
+    }
+    ExitWitness(const ExitWitness&) = delete;
+    ExitWitness& operator=(const ExitWitness&) = delete;
+
+  private:
+    int fRobotPort;
+};
 
 /** Ends the process from inside the report of a loss, as a host does that knows no better. */
 class LastResort : public QObject {
@@ -83,7 +102,9 @@ int main(int argc, char** argv) {
         // Said by the root object's own end, so that its absence is seen.
         QObject::connect(root, &QObject::destroyed, [] { say("root object deleted"); });
         auto* plugin = qobject_cast<WidgetInterface*>(root);
-        status = run(application, *plugin, QString::fromLocal8Bit(argv[1]), std::atoi(argv[2]));
+        const int robotPort = std::atoi(argv[2]);
+        static const ExitWitness witness(robotPort);
+        status = run(application, *plugin, QString::fromLocal8Bit(argv[1]), robotPort);
     }
     say("main returns");
     return status;
