@@ -4,6 +4,8 @@
 
 #include <robaxi/kv_error.h>
 
+#include <boost/algorithm/string/replace.hpp>
+
 #include <array>
 #include <cstdio>
 #include <map>
@@ -40,6 +42,11 @@ std::string groupOf(const std::string& key) {
 std::string nameInGroup(const std::string& key) {
     const std::size_t slash = key.find('/');
     return slash == std::string::npos ? key : key.substr(slash + 1);
+}
+
+/** Lets a long path be broken at its slashes. */
+std::string breakable(const std::string& html) {
+    return boost::algorithm::replace_all_copy(html, "/", "/<wbr>");
 }
 
 std::string section(const std::string& title, const std::string& rows) {
@@ -118,16 +125,16 @@ std::string WebPage::style() {
                                        --page: #15181d; } }
 body { margin: 0 auto; max-width: 75rem; padding: 1rem; font: 0.95rem/1.4 system-ui, sans-serif;
        background: var(--page); }
-header { display: flex; gap: 1rem; align-items: center; }
+header { display: flex; gap: 1rem; align-items: center; margin-bottom: 1rem; }
 h1 { margin: 0; font-size: 1.6rem; overflow-wrap: anywhere; }
 h2 { margin: 0 0 0.4rem; font-size: 1.05rem; }
 p { margin: 0.2rem 0; color: var(--soft); }
 section { background: var(--card); border: 1px solid var(--line); border-radius: 0.5rem;
-          padding: 0.8rem 1rem; margin-top: 1rem; }
+          padding: 0.8rem 1rem; margin-bottom: 1rem; }
 .values { columns: 24rem; column-gap: 1rem; }
 .values section { break-inside: avoid; }
 table { border-collapse: collapse; width: 100%; table-layout: fixed; }
-th { font-weight: normal; text-align: left; color: var(--soft); width: 55%; }
+th { font-weight: normal; text-align: left; color: var(--soft); width: 58%; }
 th, td { padding: 0.12rem 0; overflow-wrap: anywhere; vertical-align: top; }
 td { text-align: right; font-variant-numeric: tabular-nums; }
 td.methods { text-align: left; }
@@ -189,8 +196,8 @@ std::string WebPage::xValues() const {
     std::map<std::string, std::string> groups;
     for (const KVKeyInfo& key : fValues->getKeys()) {
         groups[groupOf(key.fName)] +=
-            "<tr><th scope=\"row\">" + htmlEscaped(nameInGroup(key.fName)) + "</th><td data-id=\"" +
-            std::to_string(key.fId) + "\">" +
+            "<tr><th scope=\"row\">" + breakable(htmlEscaped(nameInGroup(key.fName))) +
+            "</th><td data-id=\"" + std::to_string(key.fId) + "\">" +
             htmlEscaped(shortText(valueOf(*fValues, key.fName), key.fUnit)) + "</td><td>" +
             htmlEscaped(key.fUnit) + "</td></tr>\n";
     }

@@ -1,0 +1,53 @@
+#ifndef OBVISTA_TESTS_ROBOT_LAB_BROWSER_H
+#define OBVISTA_TESTS_ROBOT_LAB_BROWSER_H
+
+#include "child_process.h"
+
+#include <string>
+#include <vector>
+
+/** What tests of announcements use inside a lab, where they run on the host "observer". */
+namespace lab_test {
+
+constexpr const char* a_robax = "_robax._tcp";
+constexpr const char* a_robaxi = "_robaxi._tcp";
+constexpr const char* a_ownAddress = "10.77.0.1";
+
+/** Runs a command of lab/ctl to its end, and expects that it succeeds. @return what it wrote */
+std::string inLab(const std::vector<std::string>& arguments);
+
+/** avahi-browse, which follows the services of a type while the object lives. */
+class Browser {
+  public:
+    explicit Browser(const std::string& type);
+
+    /** Waits until a service was announced and resolved: see resolved(). */
+    bool saw(const std::string& line,
+             obvista_test::ChildProcess::Timeout timeout = obvista_test::ChildProcess::a_patience);
+
+    /** Waits until the service of a name was withdrawn. */
+    bool lost(const std::string& name);
+
+    /** Whether any service of a name has been withdrawn so far. */
+    bool hasLost(const std::string& name) const;
+
+    std::string output() const { return fProcess.output(); }
+
+  private:
+    std::string xLossOf(const std::string& name) const;
+
+    std::string fType;
+    obvista_test::ChildProcess fProcess;
+};
+
+/** What a Browser writes about a service, by default one of the observer. */
+std::string resolved(const std::string& name, const std::string& type, int port,
+                     const std::string& host = "observer.local",
+                     const std::string& address = a_ownAddress);
+
+/** Whether somebody who asks now, or a little later, is told about a robot so. */
+bool isSeenInTheEnd(const std::string& line);
+
+}  // namespace lab_test
+
+#endif
