@@ -75,13 +75,12 @@ void WebConnection::xSend() {
 
 void WebConnection::xSendMore(std::size_t sent) {
     fOutputSent += sent;
-    if (fOutputSent < fOutput.size()) {
-        xSend();
-    } else if (!xTakeOutput()) {
+    const bool allSent = fOutputSent == fOutput.size();
+    if (allSent && !xTakeOutput()) {
         error_code ignored;
         fStream.socket().shutdown(boost::asio::ip::tcp::socket::shutdown_send, ignored);
         xLinger(a_timeToClose);
-    } else if (fAnswer.fPace == WebPace::ByteASecond) {
+    } else if (allSent && fAnswer.fPace == WebPace::ByteASecond) {
         xWaitForNextByte();
     } else {
         xSend();
