@@ -127,7 +127,7 @@ TEST_F(AnnouncedRobotTest, theMiddlewareIsWithdrawnAndAnnouncedAgainOnRequest) {
     EXPECT_TRUE(fMiddlewares.lost("rob5"));
     EXPECT_THROW(TcpClient{9559}, std::system_error);
     controls.callVoid("setMiddleware", true);
-    EXPECT_TRUE(Browser(a_robaxi).saw(resolved("rob5", a_robaxi, 9559)));
+    EXPECT_TRUE(isSeenInTheEnd(a_robaxi, resolved("rob5", a_robaxi, 9559)));
     EXPECT_FALSE(fRobots.hasLost("rob5"));
 }
 
@@ -140,7 +140,7 @@ TEST_F(AnnouncedRobotTest, theWholeAnnouncementAndItsAddressChangeOnRequest) {
     EXPECT_TRUE(fRobots.lost("rob6"));
     controls.callVoid<std::string>("setAddress", "10.77.8.8");
     controls.callVoid("setAnnounced", true);
-    EXPECT_TRUE(isSeenInTheEnd(resolved("rob6", a_robax, 80, "rob6.local", "10.77.8.8")));
+    EXPECT_TRUE(isSeenInTheEnd(a_robax, resolved("rob6", a_robax, 80, "rob6.local", "10.77.8.8")));
     EXPECT_EQ(controls.call<KVValue::Map>("getState").at("address"), KVValue("10.77.8.8"));
 }
 

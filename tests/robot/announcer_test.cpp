@@ -92,7 +92,7 @@ TEST_F(AnnouncerTest, oneServiceGoesAndComesWithoutDisturbingTheOther) {
     robot->announce({{a_robax, 80}});
     EXPECT_TRUE(middlewares.lost("robot3"));
     robot->announce({{a_robax, 80}, {a_robaxi, 9560}});
-    EXPECT_TRUE(middlewares.saw(resolved("robot3", a_robaxi, 9560)));
+    EXPECT_TRUE(isSeenInTheEnd(a_robaxi, resolved("robot3", a_robaxi, 9560)));
     EXPECT_FALSE(robots.hasLost("robot3"));
 }
 
@@ -149,12 +149,12 @@ TEST_F(AnnouncerTest, anotherAddressIsAnnouncedUnderAHostNameOfItsOwn) {
     const auto robot = announcer("my robot");
     robot->announce({{a_robax, 80}});
     const std::string own = resolved("my\\032robot", a_robax, 80);
-    EXPECT_TRUE(isSeenInTheEnd(own));
+    EXPECT_TRUE(isSeenInTheEnd(a_robax, own));
     robot->setAddress("10.77.9.9");
-    EXPECT_TRUE(
-        isSeenInTheEnd(resolved("my\\032robot", a_robax, 80, "my-robot.local", "10.77.9.9")));
+    EXPECT_TRUE(isSeenInTheEnd(
+        a_robax, resolved("my\\032robot", a_robax, 80, "my-robot.local", "10.77.9.9")));
     robot->setAddress("");
-    EXPECT_TRUE(isSeenInTheEnd(own));
+    EXPECT_TRUE(isSeenInTheEnd(a_robax, own));
 }
 
 TEST(HostNameFor, keepsWhatAHostNameMayHave) {

@@ -45,10 +45,10 @@ std::string resolved(const std::string& name, const std::string& type, int port,
            std::to_string(port) + ';';
 }
 
-bool isSeenInTheEnd(const std::string& line) {
+bool isSeenInTheEnd(const std::string& type, const std::string& line) {
     const auto end = std::chrono::steady_clock::now() + ChildProcess::a_patience;
     while (std::chrono::steady_clock::now() < end) {
-        if (Browser(a_robax).saw(line, std::chrono::seconds(2))) {
+        if (Browser(type).saw(line, std::chrono::seconds(2))) {
             return true;
         }
     }

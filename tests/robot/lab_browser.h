@@ -45,8 +45,11 @@ std::string resolved(const std::string& name, const std::string& type, int port,
                      const std::string& host = "observer.local",
                      const std::string& address = a_ownAddress);
 
-/** Whether somebody who asks now, or a little later, is told about a robot so. */
-bool isSeenInTheEnd(const std::string& line);
+/**
+ * Whether somebody who asks for a type now, or a little later, is told so: what has just changed is
+ * first remembered as it was.
+ */
+bool isSeenInTheEnd(const std::string& type, const std::string& line);
 
 }  // namespace lab_test
 
