@@ -1,0 +1,44 @@
+#include "doctor/checks.h"
+
+#include <algorithm>
+
+namespace robaxi_tool {
+
+namespace {
+
+bool shareAddress(const std::vector<std::string>& some, const std::vector<std::string>& others) {
+    return std::find_first_of(some.begin(), some.end(), others.begin(), others.end()) != some.end();
+}
+
+}  // namespace
+
+const AnnouncedHost* Examination::announcement() const {
+    for (const auto& [key, host] : fAnnounced) {
+        if ((fEndpoint && host.fHostName == fEndpoint->fHost) ||
+            shareAddress(host.fAddresses, fAddresses)) {
+            return &host;
+        }
+    }
+    return nullptr;
+}
+
+const std::vector<Check>& allChecks() {
+    static const std::vector<Check> checks = {
+        {"network", false, checkNetwork},
+        {"multicast", false, checkMulticast},
+        {"multicast-route", false, checkMulticastRoute},
+        {"mdns-port", false, checkMdnsPort},
+        {"bus", false, checkBus},
+        {"daemon", false, checkDaemon},
+        {"names", false, checkNames},
+        {"announcements", false, checkAnnouncements},
+        {"host-name", true, checkHostName},
+        {"announced", true, checkAnnounced},
+        {"port", true, checkPort},
+        {"protocol", true, checkProtocol},
+        {"icon", true, checkIcon},
+    };
+    return checks;
+}
+
+}  // namespace robaxi_tool

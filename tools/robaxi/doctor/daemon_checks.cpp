@@ -1,0 +1,86 @@
+#include "avahi_client.h"
+#include "doctor/checks.h"
+#include "failure.h"
+
+namespace robaxi_tool {
+
+namespace {
+
+/** Every host that is there has answered by then. */
+constexpr std::chrono::milliseconds a_longestListening(2500);
+
+const Finding a_noDaemon = {Verdict::Skipped, "This needs the Avahi daemon.", {}};
+
+std::string counted(std::size_t number, const std::string& what) {
+    return std::to_string(number) + ' ' + what + (number == 1 ? "" : "s");
+}
+
+}  // namespace
+
+Finding checkBus(Examination& /*examination*/) {
+    const AvahiState state = askAvahi();
+    if (state.fBusError.empty()) {
+        return {Verdict::Good, "The system message bus (D-Bus) answers.", {}};
+    }
+    return {Verdict::Problem,
+            "The system message bus (D-Bus) does not answer: " + state.fBusError + '.',
+            "sudo systemctl start dbus. In a container, share /run/dbus with it."};
+}
+
+Finding checkDaemon(Examination& /*examination*/) {
+    const AvahiState state = askAvahi();
+    if (!state.fBusError.empty()) {
+        return {Verdict::Skipped, "This needs the system message bus.", {}};
+    }
+    if (!state.fIsRunning) {
+        return {Verdict::Problem,
+                "The Avahi daemon is not running, so no robot is found by itself.",
+                "sudo apt install avahi-daemon && sudo systemctl enable --now avahi-daemon"};
+    }
+    return {Verdict::Good, state.fVersion + " runs; this computer is " + state.fHostName + '.', {}};
+}
+
+Finding checkNames(Examination& /*examination*/) {
+    const AvahiState state = askAvahi();
+    if (!state.fIsRunning) {
+        return a_noDaemon;
+    }
+    if (!addressesOf(state.fHostName).empty()) {
+        return {Verdict::Good, "Names of the local network resolve.", {}};
+    }
+    if (!state.fHasItsName) {
+        return {Verdict::Skipped,
+                "The Avahi daemon is still establishing the name " + state.fHostName + '.',
+                "Ask again in a few seconds."};
+    }
+    return {Verdict::Problem,
+            "Names of the local network do not resolve: not even this computer's own, " +
+                state.fHostName + '.',
+            "sudo apt install libnss-mdns; the line 'hosts:' of /etc/nsswitch.conf must have "
+            "'mdns4_minimal [NOTFOUND=return]' before 'dns'."};
+}
+
+Finding checkAnnouncements(Examination& examination) {
+    if (!askAvahi().fIsRunning) {
+        return a_noDaemon;
+    }
+    Bell bell(examination.fInterruption);
+    const AnnouncedHosts hosts(bell);
+    bell.sleepUntil(Clock::now() + a_longestListening);
+    examination.fAnnounced = hosts.hosts();
+    std::size_t robots = 0;
+    for (const auto& [key, host] : examination.fAnnounced) {
+        robots += host.isRobot() ? 1 : 0;
+    }
+    if (examination.fAnnounced.empty()) {
+        return {Verdict::Note, "No robot or computer announces itself.",
+                "Check that the robot is switched on and on this network. Wireless networks often "
+                "keep their members apart (\"client isolation\")."};
+    }
+    return {Verdict::Good,
+            "Heard of " + counted(robots, "robot") + " and " +
+                counted(examination.fAnnounced.size() - robots, "computer") + '.',
+            {}};
+}
+
+}  // namespace robaxi_tool

@@ -1,0 +1,49 @@
+#include "doctor/checks.h"
+#include "doctor/http_get.h"
+
+namespace robaxi_tool {
+
+namespace {
+
+constexpr std::size_t a_largestIcon = std::size_t{4} * 1024 * 1024;
+constexpr long a_httpOk = 200;
+
+/** Why there is no icon; empty when there is one. */
+std::string missing(const HttpAnswer& answer) {
+    if (!answer.fError.empty()) {
+        return answer.fError;
+    }
+    if (answer.fStatus != a_httpOk) {
+        return "status " + std::to_string(answer.fStatus);
+    }
+    return answer.fBytes == 0 ? "the file is empty" : "";
+}
+
+}  // namespace
+
+Finding checkIcon(Examination& examination) {
+    if (examination.fAddresses.empty()) {
+        return {Verdict::Skipped, "The host was not found.", {}};
+    }
+    const AnnouncedHost* const host = examination.announcement();
+    if (host != nullptr && !host->isRobot()) {
+        return {Verdict::Skipped, "Only robots have an icon.", {}};
+    }
+    const std::string& address = examination.fAddresses.front();
+    const bool isIpv6 = address.find(':') != std::string::npos;
+    // The slash stands twice because the robot browser asks so, and some servers mind.
+    const std::string url =
+        "http://" + (isIpv6 ? '[' + address + ']' : address) + "//media/buddy.icon";
+    const HttpAnswer answer = httpGet(url, examination.fTimeout, a_largestIcon);
+    const std::string reason = missing(answer);
+    if (reason.empty()) {
+        return {
+            Verdict::Good, "The icon is there (" + std::to_string(answer.fBytes) + " bytes).", {}};
+    }
+    // Of a host that does not announce itself it is not known whether it is a robot.
+    return {host == nullptr ? Verdict::Note : Verdict::Problem,
+            "The icon is missing, so lists show no picture: " + url + ": " + reason + '.',
+            "Let the robot's web server, on port 80, serve the picture at that address."};
+}
+
+}  // namespace robaxi_tool

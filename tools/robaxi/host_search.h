@@ -1,0 +1,61 @@
+#ifndef OBVISTA_TOOLS_ROBAXI_HOST_SEARCH_H
+#define OBVISTA_TOOLS_ROBAXI_HOST_SEARCH_H
+
+#include "announced_hosts.h"
+#include "avahi_client.h"
+#include "bell.h"
+#include "target.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace robaxi_tool {
+
+/** Where a robot is reached. */
+struct Endpoint {
+    std::string fHost;  ///< an address, or a name that resolves
+    int fPort = 0;
+};
+
+/** What is known while a name is searched for. */
+struct SearchState {
+    /** Where the announcements say that it is. */
+    std::optional<Endpoint> fAnnounced;
+    /** Whether announcements can be heard at all. */
+    bool fMayBeAnnounced = true;
+    /** The name itself, or with ".local", once it has resolved. */
+    std::optional<std::string> fResolved;
+    /** It resolved to this computer alone. */
+    bool fIsThisComputer = false;
+    bool fLookUpsEnded = false;
+    Clock::duration fElapsed{};
+};
+
+/** What follows from it. */
+struct SearchDecision {
+    enum class Kind { Wait, Found, NotFound };
+
+    Kind fKind = Kind::Wait;
+    Endpoint fEndpoint;
+};
+
+/**
+ * Announcements go before host names, since they tell the port; a name that resolves waits for
+ * them for a second only, and not at all when the user gave a port.
+ */
+SearchDecision decide(const Target& target, const SearchState& state);
+
+/**
+ * Finds the robot that goes by a name: its service instance, its host name with or without
+ * ".local", or any name that resolves.
+ *
+ * @param timeout seconds
+ * @throws Failure NotFound; Interrupted
+ */
+Endpoint findHost(const Target& target, int timeout, Interruption& interruption);
+
+}  // namespace robaxi_tool
+
+#endif

@@ -1,0 +1,46 @@
+#ifndef OBVISTA_TOOLS_ROBAXI_ROBOT_LINK_H
+#define OBVISTA_TOOLS_ROBAXI_ROBOT_LINK_H
+
+#include "host_search.h"
+
+#include <robaxi/kv_broker.h>
+#include <robaxi/kv_connection.h>
+#include <robaxi/kv_proxy.h>
+
+#include <boost/shared_ptr.hpp>
+
+#include <memory>
+#include <string>
+
+namespace robaxi_tool {
+
+/** The program's broker; it does not listen. */
+boost::shared_ptr<KVBroker> makeBroker();
+
+/** Finds a robot and connects to it: what every command that talks to one does first. */
+class RobotLink {
+  public:
+    /**
+     * @param host HOST as the user wrote it
+     * @param timeout seconds to find it, again to connect to it, and again for each call
+     * @throws UsageError, Failure, KVError, Interrupted
+     */
+    RobotLink(const std::string& host, int timeout, Interruption& interruption);
+
+    const Endpoint& endpoint() const { return fEndpoint; }
+    const boost::shared_ptr<KVConnection>& connection() const { return fConnection; }
+    int timeout() const { return fTimeout; }
+
+    /** One of its modules. @throws KVError */
+    std::unique_ptr<KVProxy> module(const std::string& name) const;
+
+  private:
+    int fTimeout;
+    boost::shared_ptr<KVBroker> fBroker;
+    Endpoint fEndpoint;
+    boost::shared_ptr<KVConnection> fConnection;
+};
+
+}  // namespace robaxi_tool
+
+#endif

@@ -1,0 +1,22 @@
+#ifndef OBVISTA_TOOLS_ROBAXI_ROUND_TRIPS_H
+#define OBVISTA_TOOLS_ROBAXI_ROUND_TRIPS_H
+
+#include <vector>
+
+namespace robaxi_tool {
+
+/** Times of a number of round trips, in the unit in which they were given. */
+struct RoundTripStatistics {
+    double fMinimum = 0;
+    double fMean = 0;
+    double fMedian = 0;
+    double fPercentile99 = 0;  ///< the smallest that at least 99 of 100 do not exceed
+    double fMaximum = 0;
+};
+
+/** @param times at least one */
+RoundTripStatistics statisticsOf(std::vector<double> times);
+
+}  // namespace robaxi_tool
+
+#endif

@@ -1,0 +1,42 @@
+#include "commands.h"
+#include "memory_module.h"
+#include "value_literal.h"
+
+namespace robaxi_tool {
+
+namespace {
+
+class SetCommand : public Command {
+  public:
+    std::string name() const override { return "set"; }
+    std::string summary() const override { return "writes the value of a key"; }
+    Words words() const override { return {"HOST KEY VALUE", 3, 3}; }
+    std::string explanation() const override {
+        return "VALUE is written as an argument of 'robaxi call'. It prints nothing when the robot "
+               "has\naccepted the value.\n";
+    }
+
+    void addOptions(po::options_description& options) override {
+        addMemoryModule(options, &fModule);
+        addTimeout(options, &fTimeout);
+    }
+
+    ExitStatus run(const std::vector<std::string>& given, Surroundings& surroundings) override {
+        const KVValue value = parseLiteral(given[2]);
+        const RobotLink link(given[0], fTimeout, surroundings.fInterruption);
+        MemoryModule(link, fModule).setValue(given[1], value);
+        return ExitStatus::Success;
+    }
+
+  private:
+    std::string fModule;
+    int fTimeout = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> makeSetCommand() {
+    return std::make_unique<SetCommand>();
+}
+
+}  // namespace robaxi_tool
