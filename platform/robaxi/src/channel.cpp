@@ -6,8 +6,8 @@ namespace robaxi {
 
 std::shared_ptr<grpc::Channel> createChannel(const std::string& target) {
     grpc::ChannelArguments arguments;
-    arguments.SetMaxReceiveMessageSize(static_cast<int>(limits::a_largestMessage));
-    arguments.SetMaxSendMessageSize(static_cast<int>(limits::a_largestMessage));
+    arguments.SetMaxReceiveMessageSize(static_cast<int>(limits::a_largestBatch));
+    arguments.SetMaxSendMessageSize(static_cast<int>(limits::a_largestBatch));
     // A robot is never behind the proxy that the environment names for web pages.
     arguments.SetInt(GRPC_ARG_ENABLE_HTTP_PROXY, 0);
     arguments.SetInt(GRPC_ARG_SERVICE_CONFIG_DISABLE_RESOLUTION, 1);
@@ -19,8 +19,8 @@ std::shared_ptr<grpc::Channel> createChannel(const std::string& target) {
 }
 
 void configureServer(grpc::ServerBuilder& builder, const std::string& address, int* boundPort) {
-    builder.SetMaxReceiveMessageSize(static_cast<int>(limits::a_largestMessage));
-    builder.SetMaxSendMessageSize(static_cast<int>(limits::a_largestMessage));
+    builder.SetMaxReceiveMessageSize(static_cast<int>(limits::a_largestBatch));
+    builder.SetMaxSendMessageSize(static_cast<int>(limits::a_largestBatch));
     // Two robots on one port would each get every second connection.
     builder.AddChannelArgument(GRPC_ARG_ALLOW_REUSEPORT, 0);
     builder.AddChannelArgument(GRPC_ARG_MAX_CONCURRENT_STREAMS,

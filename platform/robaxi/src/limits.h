@@ -11,7 +11,10 @@ namespace robaxi::limits {
 constexpr std::uint32_t a_protocolVersion = 1;
 
 constexpr std::size_t a_largestMessage = std::size_t{16} * 1024 * 1024;
-/** Messages above this are sent in parts, so that a heartbeat never waits for a whole one. */
+/** What a batch adds to the one message in it. */
+constexpr std::size_t a_largestBatch = a_largestMessage + 1024;
+/** Messages above this are sent in parts, so that a heartbeat never waits for a whole one; also
+ *  the size up to which messages are sent together. */
 constexpr std::size_t a_fragmentSize = std::size_t{64} * 1024;
 /** Depth of lists and maps in one another. */
 constexpr int a_deepestValue = 64;

@@ -68,7 +68,7 @@ void setCallId(v1::ClientMessage& message, std::uint64_t callId) {
 Link::Link(std::shared_ptr<Runtime> runtime, const std::string& address, int port,
            Deadline deadline)
     : fRuntime(std::move(runtime)),
-      fOut([this](const v1::ClientMessage* message) { StartWrite(message); }),
+      fOut([this](const v1::ClientBatch* batch) { StartWrite(batch); }),
       fHeartbeat(fRuntime->fTimers, [this] { xBeat(); }) {
     const SocketAddress listener = findListener(resolve(address, port, deadline), deadline);
     fChannel = createChannel(listener.toTarget());
@@ -137,18 +137,23 @@ void Link::OnReadDone(bool ok) {
         return;
     }
     fSilentHeartbeats = 0;
-    switch (fAssembler.take(fIncoming)) {
-        case FragmentAssembler<v1::ServerMessage>::Outcome::Complete:
-            xHandle();
-            break;
-        case FragmentAssembler<v1::ServerMessage>::Outcome::Incomplete:
-            break;
-        case FragmentAssembler<v1::ServerMessage>::Outcome::Malformed:
+    for (v1::ServerMessage& message : *fIncoming.mutable_messages()) {
+        if (!xReceive(message)) {
             xLose({KVError::Cause::ConnectionLost, "the robot sent what cannot be read"});
             fContext.TryCancel();
             break;
+        }
     }
     StartRead(&fIncoming);
+}
+
+bool Link::xReceive(v1::ServerMessage& message) {
+    using Outcome = FragmentAssembler<v1::ServerMessage>::Outcome;
+    const Outcome outcome = fAssembler.take(message);
+    if (outcome == Outcome::Complete) {
+        xHandle(message);
+    }
+    return outcome != Outcome::Malformed;
 }
 
 void Link::OnWriteDone(bool ok) {
@@ -176,19 +181,19 @@ void Link::OnDone(const grpc::Status& status) {
     fStateChanged.notify_all();
 }
 
-void Link::xHandle() {
-    switch (fIncoming.content_case()) {
+void Link::xHandle(v1::ServerMessage& message) {
+    switch (message.content_case()) {
         case v1::ServerMessage::kHelloReply:
-            xHandleHello(fIncoming.hello_reply());
+            xHandleHello(message.hello_reply());
             break;
         case v1::ServerMessage::kResult:
-            xHandleAnswer(fIncoming.result().call_id());
+            xHandleAnswer(message.result().call_id(), message);
             break;
         case v1::ServerMessage::kModuleList:
-            xHandleAnswer(fIncoming.module_list().call_id());
+            xHandleAnswer(message.module_list().call_id(), message);
             break;
         case v1::ServerMessage::kHeartbeat:
-            xHandleHeartbeat(fIncoming.heartbeat().number());
+            xHandleHeartbeat(message.heartbeat().number());
             break;
         default:
             break;
@@ -210,14 +215,14 @@ void Link::xHandleHello(const v1::HelloReply& reply) {
     }
 }
 
-void Link::xHandleAnswer(std::uint64_t callId) {
+void Link::xHandleAnswer(std::uint64_t callId, v1::ServerMessage& answer) {
     const std::lock_guard lock(fMutex);
     const auto found = fPending.find(callId);
     if (found == fPending.end()) {
         return;  // cancelled, or its time was up
     }
     PendingCall& call = *found->second;
-    call.fAnswer.Swap(&fIncoming);
+    call.fAnswer.Swap(&answer);
     call.fHasEnded = true;
     fPending.erase(found);
     call.fEnded.notify_one();  // with the lock held: the call goes as soon as its caller sees it

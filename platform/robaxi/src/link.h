@@ -33,7 +33,7 @@ struct CallOwner {
  * Once lost it stays lost. It is made and destroyed on threads of the users or of the broker, never
  * on those of gRPC: the destructor waits for them.
  */
-class Link : private grpc::ClientBidiReactor<v1::ClientMessage, v1::ServerMessage> {
+class Link : private grpc::ClientBidiReactor<v1::ClientBatch, v1::ServerBatch> {
   public:
     /** Is told that the link is lost: once, on a thread of gRPC or of the timers, with the link's
      *  lock held. Only hands the news on. */
@@ -101,9 +101,10 @@ class Link : private grpc::ClientBidiReactor<v1::ClientMessage, v1::ServerMessag
     void xSendTheRest();
     void xEndStream();
     void xEndWhen(bool now);
-    void xHandle();
+    bool xReceive(v1::ServerMessage& message);
+    void xHandle(v1::ServerMessage& message);
     void xHandleHello(const v1::HelloReply& reply);
-    void xHandleAnswer(std::uint64_t callId);
+    void xHandleAnswer(std::uint64_t callId, v1::ServerMessage& answer);
     void xHandleHeartbeat(std::uint64_t number);
     void xBeat();
     void xLose(const Failure& failure);
@@ -117,8 +118,8 @@ class Link : private grpc::ClientBidiReactor<v1::ClientMessage, v1::ServerMessag
     std::shared_ptr<grpc::Channel> fChannel;
     std::unique_ptr<v1::Robaxi::Stub> fStub;
     grpc::ClientContext fContext;
-    WriteQueue<v1::ClientMessage> fOut;
-    v1::ServerMessage fIncoming;
+    WriteQueue<v1::ClientBatch, v1::ClientMessage> fOut;
+    v1::ServerBatch fIncoming;
     FragmentAssembler<v1::ServerMessage> fAssembler;
 
     mutable std::mutex fMutex;

@@ -33,7 +33,7 @@ class Server::Service : public v1::Robaxi::CallbackService {
   public:
     explicit Service(Server& server) : fServer(server) {}
 
-    grpc::ServerBidiReactor<v1::ClientMessage, v1::ServerMessage>* Session(
+    grpc::ServerBidiReactor<v1::ClientBatch, v1::ServerBatch>* Session(
         grpc::CallbackServerContext* context) override {
         return fServer.xOpenSession(context);
     }
@@ -74,7 +74,7 @@ Server::~Server() {
     fCalls->stop();
 }
 
-grpc::ServerBidiReactor<v1::ClientMessage, v1::ServerMessage>* Server::xOpenSession(
+grpc::ServerBidiReactor<v1::ClientBatch, v1::ServerBatch>* Server::xOpenSession(
     grpc::CallbackServerContext* context) {
     std::shared_ptr<ServerSession> session;
     bool admitted = false;

@@ -52,7 +52,7 @@ class Server {
   private:
     class Service;
 
-    grpc::ServerBidiReactor<v1::ClientMessage, v1::ServerMessage>* xOpenSession(
+    grpc::ServerBidiReactor<v1::ClientBatch, v1::ServerBatch>* xOpenSession(
         grpc::CallbackServerContext* context);
     grpc::ServerBidiReactor<v1::SubscriptionRequest, v1::SubscriptionUpdate>* xOpenSubscription(
         grpc::CallbackServerContext* context);

@@ -39,7 +39,7 @@ ServerSession::ServerSession(Server& server, grpc::CallbackServerContext* contex
       fModules(server.modules()),
       fContext(context),
       fId(id),
-      fOut([this](const v1::ServerMessage* message) { StartWrite(message); }),
+      fOut([this](const v1::ServerBatch* batch) { StartWrite(batch); }),
       fSilence(server.timers(), [this] { xCheckSilence(); }) {
 }
 
@@ -57,18 +57,23 @@ void ServerSession::OnReadDone(bool ok) {
         return;
     }
     fSilentHeartbeats = 0;
-    switch (fAssembler.take(fIncoming)) {
-        case FragmentAssembler<v1::ClientMessage>::Outcome::Complete:
-            xHandle();
-            break;
-        case FragmentAssembler<v1::ClientMessage>::Outcome::Incomplete:
-            break;
-        case FragmentAssembler<v1::ClientMessage>::Outcome::Malformed:
+    for (v1::ClientMessage& message : *fIncoming.mutable_messages()) {
+        if (!xReceive(message)) {
             fStatus = grpc::Status(grpc::StatusCode::INVALID_ARGUMENT, "unreadable parts");
             xFinishWhen(fOut.close());
             break;
+        }
     }
     StartRead(&fIncoming);
+}
+
+bool ServerSession::xReceive(v1::ClientMessage& message) {
+    using Outcome = FragmentAssembler<v1::ClientMessage>::Outcome;
+    const Outcome outcome = fAssembler.take(message);
+    if (outcome == Outcome::Complete) {
+        xHandle(message);
+    }
+    return outcome != Outcome::Malformed;
 }
 
 void ServerSession::OnWriteDone(bool ok) {
@@ -106,24 +111,24 @@ void ServerSession::xCheckSilence() {
     fSilence.startAt(TimerThread::Clock::now() + limits::a_heartbeatPeriod);
 }
 
-void ServerSession::xHandle() {
+void ServerSession::xHandle(v1::ClientMessage& message) {
     if (!fHasHello) {
-        xHandleHello(fIncoming.hello());  // of version 0 when it is something else
+        xHandleHello(message.hello());  // of version 0 when it is something else
         return;
     }
-    switch (fIncoming.content_case()) {
+    switch (message.content_case()) {
         case v1::ClientMessage::kCall:
-            xHandleCall(std::move(*fIncoming.mutable_call()));
+            xHandleCall(std::move(*message.mutable_call()));
             break;
         case v1::ClientMessage::kCancel:
-            xHandleCancel(fIncoming.cancel().call_id());
+            xHandleCancel(message.cancel().call_id());
             break;
         case v1::ClientMessage::kListModules:
-            xHandleListModules(fIncoming.list_modules());
+            xHandleListModules(message.list_modules());
             break;
         case v1::ClientMessage::kHeartbeat: {
             v1::ServerMessage answer;
-            *answer.mutable_heartbeat() = fIncoming.heartbeat();
+            *answer.mutable_heartbeat() = message.heartbeat();
             fOut.pushUrgent(std::move(answer));
             break;
         }

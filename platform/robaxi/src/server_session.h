@@ -28,7 +28,7 @@ class Server;
  * The server keeps it until OnDone(); calls that still run keep it longer, and their results are
  * dropped.
  */
-class ServerSession : public grpc::ServerBidiReactor<v1::ClientMessage, v1::ServerMessage>,
+class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::ServerBatch>,
                       public std::enable_shared_from_this<ServerSession> {
   public:
     ServerSession(Server& server, grpc::CallbackServerContext* context, std::uint64_t id);
@@ -54,7 +54,8 @@ class ServerSession : public grpc::ServerBidiReactor<v1::ClientMessage, v1::Serv
         std::atomic<bool> fIsCancelled{false};
     };
 
-    void xHandle();
+    bool xReceive(v1::ClientMessage& message);
+    void xHandle(v1::ClientMessage& message);
     void xHandleHello(const v1::Hello& hello);
     void xRefuse(v1::HelloReply::Refusal refusal);
     void xHandleCall(v1::Call&& call);
@@ -72,8 +73,8 @@ class ServerSession : public grpc::ServerBidiReactor<v1::ClientMessage, v1::Serv
     const std::shared_ptr<HostedModules> fModules;
     grpc::CallbackServerContext* const fContext;
     const std::uint64_t fId;
-    WriteQueue<v1::ServerMessage> fOut;
-    v1::ClientMessage fIncoming;
+    WriteQueue<v1::ServerBatch, v1::ServerMessage> fOut;
+    v1::ClientBatch fIncoming;
     FragmentAssembler<v1::ClientMessage> fAssembler;
     bool fIsAdmitted = false;
     bool fHasHello = false;

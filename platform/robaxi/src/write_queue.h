@@ -4,6 +4,7 @@
 #include "limits.h"
 #include "write_gate.h"
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <deque>
@@ -15,15 +16,16 @@
 namespace robaxi {
 
 /**
- * What waits to be written to a session stream. Message is v1::ClientMessage or v1::ServerMessage.
+ * What waits to be written to a session stream. Batch is v1::ClientBatch or v1::ServerBatch.
  *
- * A heartbeat goes before everything else. A large message goes in parts when the peer takes them,
- * and small messages pass between the parts.
+ * What came in during one write goes with the next, together. Heartbeats go before everything else.
+ * A large message goes in parts when the peer takes them, and small messages pass between the
+ * parts.
  */
-template <class Message>
+template <class Batch, class Message>
 class WriteQueue {
   public:
-    using StartWrite = std::function<void(const Message*)>;
+    using StartWrite = std::function<void(const Batch*)>;
 
     explicit WriteQueue(StartWrite startWrite) : fStartWrite(std::move(startWrite)) {}
     WriteQueue(const WriteQueue&) = delete;
@@ -133,28 +135,32 @@ class WriteQueue {
     }
 
     void xTakeNext() {
-        if (!fUrgent.empty()) {
-            xTake(fUrgent);
-        } else if (!fLarge.empty() && (fSmall.empty() || !fLastWasPart)) {
+        fCurrent.Clear();
+        std::size_t size = 0;
+        while (!fUrgent.empty()) {
+            size += xTake(fUrgent);
+        }
+        while (!fSmall.empty() &&
+               (size == 0 || size + fSmall.front().ByteSizeLong() <= limits::a_fragmentSize)) {
+            size += xTake(fSmall);
+        }
+        if (!fLarge.empty() && size <= limits::a_fragmentSize) {
             xTakePart();
-        } else {
-            xTake(fSmall);
         }
     }
 
-    void xTake(std::deque<Message>& queue) {
-        fLastWasPart = false;
-        fCurrent = std::move(queue.front());
+    std::size_t xTake(std::deque<Message>& queue) {
+        const std::size_t size = queue.front().ByteSizeLong();
+        *fCurrent.add_messages() = std::move(queue.front());
         queue.pop_front();
-        fWaitingBytes -= fCurrent.ByteSizeLong();
+        fWaitingBytes -= size;
+        return size;
     }
 
     void xTakePart() {
-        fLastWasPart = true;
         const std::string& whole = fLarge.front();
         const std::size_t size = std::min(limits::a_fragmentSize, whole.size() - fOffset);
-        fCurrent.Clear();
-        auto* part = fCurrent.mutable_fragment();
+        auto* part = fCurrent.add_messages()->mutable_fragment();
         part->set_data(whole.substr(fOffset, size));
         fOffset += size;
         fWaitingBytes -= size;
@@ -174,9 +180,8 @@ class WriteQueue {
     std::deque<std::string> fLarge;  // serialised; fOffset bytes of the first are written
     std::size_t fOffset = 0;
     std::size_t fWaitingBytes = 0;
-    Message fCurrent;  // in the hands of gRPC while a write is in flight
+    Batch fCurrent;  // in the hands of gRPC while a write is in flight
     bool fPeerTakesFragments = false;
-    bool fLastWasPart = false;
     bool fCloseWhenWritten = false;
     bool fClosed = false;
 };
