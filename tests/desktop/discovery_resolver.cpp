@@ -14,6 +14,7 @@ struct State {
     std::mutex fMutex;
     std::condition_variable fChanged;
     std::map<std::string, int> fLookUps;
+    std::map<std::string, int> fAnswers;
     bool fHolding = false;
     int fHeld = 0;
     int fNextTicket = 0;
@@ -35,12 +36,25 @@ void countAndHold(const std::string& name) {
     --self.fHeld;
 }
 
+int countAnswer(const std::string& name, int result) {
+    State& self = state();
+    const std::lock_guard<std::mutex> lock(self.fMutex);
+    ++self.fAnswers[name];
+    return result;
+}
+
 }  // namespace
 
 int lookUps(const std::string& name) {
     State& self = state();
     const std::lock_guard<std::mutex> lock(self.fMutex);
     return self.fLookUps[name];
+}
+
+int answers(const std::string& name) {
+    State& self = state();
+    const std::lock_guard<std::mutex> lock(self.fMutex);
+    return self.fAnswers[name];
 }
 
 Hold::Hold() {
@@ -91,7 +105,8 @@ extern "C" __attribute__((visibility("default"))) int getaddrinfo(const char* no
     const std::string name = node == nullptr ? "" : node;
     obvista_test::resolver::countAndHold(name);
     if (isUnder(name, ".invalid")) {
-        return EAI_NONAME;  // as everywhere, but without asking the network
+        // As everywhere, but without asking the network.
+        return obvista_test::resolver::countAnswer(name, EAI_NONAME);
     }
-    return next(node, service, hints, result);
+    return obvista_test::resolver::countAnswer(name, next(node, service, hints, result));
 }

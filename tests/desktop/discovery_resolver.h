@@ -13,6 +13,9 @@ namespace obvista_test::resolver {
 /** How often the name was asked for. */
 int lookUps(const std::string& name);
 
+/** How often an answer about the name was given, a bad one included. */
+int answers(const std::string& name);
+
 /** Holds the answers to all look-ups that follow, while it lives. */
 class Hold {
   public:
