@@ -1,0 +1,16 @@
+// The floor for the start of a program with a picture in a window: nothing else is done.
+
+#include <QApplication>
+#include <QLabel>
+#include <QMainWindow>
+#include <QPixmap>
+
+int main(int argc, char** argv) {
+    const QApplication application(argc, argv);
+    QMainWindow window;
+    auto* label = new QLabel;
+    label->setPixmap(QPixmap(QCoreApplication::arguments().value(1)));
+    window.setCentralWidget(label);
+    window.show();
+    return QApplication::exec();
+}

@@ -1,0 +1,120 @@
+// Measures the time from exec to the launcher's picture on the screen, for Obvista and for a bare
+// QMainWindow with the same picture, in turn on one X server.
+//
+//   bench_host_start OBVISTA BARE_WINDOW PICTURE
+
+#include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QImage>
+#include <QPixmap>
+#include <QProcess>
+#include <QScreen>
+#include <QSet>
+#include <QThread>
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+namespace {
+
+constexpr int a_runs = 21;
+constexpr qint64 a_limit = 30000;  // ms
+
+/** The middle of the screen, where a window manager puts a lone window, and the picture. */
+class Middle {
+  public:
+    Middle(QScreen& screen, const QImage& picture) : fScreen(screen) {
+        for (int y = 0; y < picture.height(); ++y) {
+            for (int x = 0; x < picture.width(); ++x) {
+                fColours.insert(picture.pixel(x, y));
+            }
+        }
+        if (showsPicture()) {
+            qFatal("the empty screen cannot be told from the picture");
+        }
+    }
+
+    /** Whether something of the picture has been painted there. */
+    bool showsPicture() const {
+        const QPoint middle = fScreen.geometry().center();
+        const QImage pixel = fScreen.grabWindow(0, middle.x(), middle.y(), 1, 1).toImage();
+        return fColours.contains(pixel.pixel(0, 0));
+    }
+
+    void waitForPicture(bool shown) const {
+        QElapsedTimer clock;
+        clock.start();
+        while (showsPicture() != shown) {
+            if (clock.hasExpired(a_limit)) {
+                qFatal("the picture did not %s", shown ? "appear" : "go");
+            }
+            QThread::usleep(200);
+        }
+    }
+
+  private:
+    QScreen& fScreen;
+    QSet<QRgb> fColours;
+};
+
+/** Milliseconds from exec to the picture. */
+double startOnce(const Middle& middle, const QStringList& command) {
+    QProcess process;
+    QElapsedTimer clock;
+    clock.start();
+    process.start(command.first(), command.mid(1));
+    middle.waitForPicture(true);
+    const double elapsed = static_cast<double>(clock.nsecsElapsed()) / 1e6;
+    process.kill();
+    process.waitForFinished();
+    middle.waitForPicture(false);
+    return elapsed;
+}
+
+struct Figures {
+    double fMedian;
+    double fLeast;
+    double fMost;
+};
+
+Figures figures(std::vector<double> times) {
+    std::sort(times.begin(), times.end());
+    return {times[times.size() / 2], times.front(), times.back()};
+}
+
+void print(const char* name, const Figures& figures) {
+    std::printf("%-22s %7.1f ms  (%.1f to %.1f)\n", name, figures.fMedian, figures.fLeast,
+                figures.fMost);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const QGuiApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.size() != 4) {
+        std::fprintf(stderr, "usage: %s OBVISTA BARE_WINDOW PICTURE\n", argv[0]);
+        return 2;
+    }
+    const QStringList obvista{arguments[1]};
+    const QStringList bareWindow{arguments[2], arguments[3]};
+
+    const Middle middle(*QGuiApplication::primaryScreen(), QImage(arguments[3]));
+    startOnce(middle, obvista);  // from now on both are in the file cache
+    startOnce(middle, bareWindow);
+    std::vector<double> obvistaTimes;
+    std::vector<double> bareTimes;
+    for (int i = 0; i < a_runs; ++i) {
+        obvistaTimes.push_back(startOnce(middle, obvista));
+        bareTimes.push_back(startOnce(middle, bareWindow));
+    }
+
+    const Figures launcher = figures(obvistaTimes);
+    const Figures floor = figures(bareTimes);
+    std::printf("start to picture on the screen, median (least to most) of %d runs\n", a_runs);
+    print("Obvista's launcher", launcher);
+    print("bare QMainWindow", floor);
+    std::printf("%-22s %7.2f\n", "ratio", launcher.fMedian / floor.fMedian);
+    return 0;
+}
