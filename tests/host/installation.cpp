@@ -64,7 +64,7 @@ void Installation::addFile(const QString& fileName, const QByteArray& contents) 
 }
 
 QString Installation::addProgram() const {
-    const QString program = appFolder() + QStringLiteral("/obvista");
+    QString program = appFolder() + QStringLiteral("/obvista");
     copy(buildFolder() + QStringLiteral("/bin/obvista"), program);
     return program;
 }
