@@ -31,6 +31,9 @@ class QWidget;
  * with this object's own pointer when the connection to the robot is lost; the host then deletes
  * the plugin. The widget may outlive the plugin object, and the plugin object may be deleted by Qt
  * after main() has returned, when neither widgets nor the application object exist any more.
+ *
+ * Deleting the object ends its connections silently: a loss that is reported while it is deleted,
+ * or later, belongs to no plugin that the host knows, and the host then ends the application.
  */
 class OBVISTA_PLUGINS_EXPORT WidgetInterface {
   public:

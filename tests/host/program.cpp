@@ -12,6 +12,8 @@ Program::Program(const Installation& installation, const QStringList& arguments)
     environment.insert(
         QStringLiteral("LD_LIBRARY_PATH"),
         environment.value(QStringLiteral("OBVISTA_BUILD_DIR")) + QStringLiteral("/lib"));
+    environment.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"),
+                       QStringLiteral("unix:path=/nonexistent"));
     fProcess.setProcessEnvironment(environment);
     fProcess.start(installation.addProgram(), arguments);
     if (!fProcess.waitForStarted()) {

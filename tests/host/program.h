@@ -9,7 +9,12 @@ namespace obvista_test {
 
 class Installation;
 
-/** The real program, run from a private installation. Ended with the object at the latest. */
+/**
+ * The real program, run from a private installation. Ended with the object at the latest.
+ *
+ * There is no system bus for it, so that no test sees what is announced on somebody's network:
+ * discovery cannot run, and the program says so when its window is shown.
+ */
 class Program {
   public:
     Program(const Installation& installation, const QStringList& arguments);
