@@ -39,8 +39,8 @@ WidgetInterface* rootInterface(QPluginLoader& loader) {
 }  // namespace
 
 MainWindow::MainWindow() {
-    qRegisterMetaType<WidgetInterface*>(
-        "WidgetInterface*");  // so that disconnected() can be queued
+    // So that a plugin may emit disconnected() on another thread.
+    qRegisterMetaType<WidgetInterface*>("WidgetInterface*");
     setWindowTitle(QLatin1String(obvista::a_applicationName));
 }
 
@@ -48,7 +48,9 @@ MainWindow::~MainWindow() {
     // The widgets may still speak up while they and their plugins go.
     const auto docks = findChildren<QClosableDockWidget*>();
     for (const QClosableDockWidget* dock : docks) {
-        dock->widget()->disconnect(this);
+        if (const QWidget* widget = dock->widget()) {
+            widget->disconnect(this);
+        }
     }
     while (!fPlugins.isEmpty()) {
         const auto [dock, plugin] = fPlugins.takeLast();
@@ -109,18 +111,13 @@ void MainWindow::xLoadPlugin(const QString& pluginName) {
         return;
     }
     QPluginLoader loader(*path);
-    const WidgetInterface* plugin = nullptr;
-    const PluginCall load = callPlugin([&] { plugin = rootInterface(loader); });
-    if (load.fOutcome != PluginCall::Outcome::Returned) {
-        xReportPluginFailure(pluginName, load.fError);
-        return;
-    }
-    if (plugin == nullptr) {
-        xRefusePlugin(loader.errorString());
+    if (xPluginObject(pluginName, loader) == nullptr) {
         return;
     }
     const std::unique_ptr<RobotChoice> choice = xCreateRobotChoice();
-    xLoadOnRobot(pluginName, loader, *choice);
+    if (choice->exec() != 0) {
+        xLoadOnRobot(pluginName, loader, *choice);
+    }
 }
 
 std::unique_ptr<RobotChoice> MainWindow::xCreateRobotChoice() {
@@ -129,31 +126,22 @@ std::unique_ptr<RobotChoice> MainWindow::xCreateRobotChoice() {
 
 void MainWindow::xLoadOnRobot(const QString& pluginName, QPluginLoader& loader,
                               RobotChoice& choice) {
-    if (choice.exec() == 0) {
-        return;
-    }
-    // A docked widget of the same plugin may have lost its robot, and the plugin object with it,
-    // while the dialog was open. The loader knows, and makes a new object then.
-    WidgetInterface* plugin = nullptr;
-    bool needsRobot = false;
-    const PluginCall question = callPlugin([&] {
-        plugin = rootInterface(loader);
-        needsRobot = plugin != nullptr && plugin->needsRobotConnection();
-    });
-    if (question.fOutcome != PluginCall::Outcome::Returned) {
-        xReportPluginFailure(pluginName, question.fError);
-        return;
-    }
+    // Asked for again: while the dialog was open, a docked widget of the same plugin may have lost
+    // its robot, and the plugin object with it. The loader then makes a new one.
+    WidgetInterface* plugin = xPluginObject(pluginName, loader);
     if (plugin == nullptr) {
-        xRefusePlugin(loader.errorString());
         return;
     }
-
+    bool needsRobot = false;
+    if (!xSucceeded(pluginName, callPlugin([&] { needsRobot = plugin->needsRobotConnection(); }))) {
+        return;
+    }
     QString ip;
     int port = 0;
     if (needsRobot && !choice.getIPandPort(ip, port)) {
         return;
     }
+
     QWidget* widget = nullptr;
     const auto create = [&] {
         widget = plugin->createWidget(this, ip.toStdString(), port, xMediaFolder());
@@ -163,21 +151,7 @@ void MainWindow::xLoadOnRobot(const QString& pluginName, QPluginLoader& loader,
         choice.getIPandPort(ip, port)) {
         creation = callPlugin(create);
     }
-    switch (creation.fOutcome) {
-        case PluginCall::Outcome::NotConnected:
-            xReportFailure(tr("Could not connect to Robaxi. Make sure Robaxi is executed on the "
-                              "right IP and listening to the port you have set...\n"
-                              "Also make sur that another Obvista is not already connected to "
-                              "this Robaxi."),
-                           creation.fError);
-            return;
-        case PluginCall::Outcome::Failed:
-            xReportPluginFailure(pluginName, creation.fError);
-            return;
-        case PluginCall::Outcome::Returned:
-            break;
-    }
-    if (widget == nullptr) {
+    if (!xSucceeded(pluginName, creation) || widget == nullptr) {
         return;
     }
     QClosableDockWidget* dock = xCreateDock(pluginName, widget);
@@ -185,6 +159,15 @@ void MainWindow::xLoadOnRobot(const QString& pluginName, QPluginLoader& loader,
     // as no limit at all.
     setFixedSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
     xAddDock(dock, plugin);
+}
+
+WidgetInterface* MainWindow::xPluginObject(const QString& pluginName, QPluginLoader& loader) {
+    WidgetInterface* plugin = nullptr;
+    if (xSucceeded(pluginName, callPlugin([&] { plugin = rootInterface(loader); })) &&
+        plugin == nullptr) {
+        xRefusePlugin(loader.errorString());
+    }
+    return plugin;
 }
 
 bool MainWindow::loadPlugin(const QString& pluginName, const QString& ip, int port,
@@ -226,15 +209,21 @@ void MainWindow::xRefusePlugin(const QString& qtMessage) {
                          QMessageBox::Ok);
 }
 
-void MainWindow::xReportFailure(const QString& text, const std::string& details) {
+bool MainWindow::xSucceeded(const QString& pluginName, const PluginCall& call) {
+    if (call.fOutcome == PluginCall::Outcome::Returned) {
+        return true;
+    }
+    const QString text =
+        call.fOutcome == PluginCall::Outcome::NotConnected
+            ? tr("Could not connect to Robaxi. Make sure Robaxi is executed on the right IP and "
+                 "listening to the port you have set...\n"
+                 "Also make sur that another Obvista is not already connected to this Robaxi.")
+            : tr("The plugin \"%1\" failed and cannot be loaded.").arg(pluginName);
     KD::ErrorDialog dialog(tr("Error"), text, this, QMessageBox::NoButton);
     dialog.setTextFormat(Qt::PlainText);
-    dialog.setDetailedText(QString::fromStdString(details));
+    dialog.setDetailedText(QString::fromStdString(call.fError));
     dialog.displayDialog();
-}
-
-void MainWindow::xReportPluginFailure(const QString& pluginName, const std::string& details) {
-    xReportFailure(tr("The plugin \"%1\" failed and cannot be loaded.").arg(pluginName), details);
+    return false;
 }
 
 QClosableDockWidget* MainWindow::xCreateDock(const QString& pluginName, QWidget* widget) {

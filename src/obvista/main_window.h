@@ -9,6 +9,7 @@
 #include <QString>
 
 #include <memory>
+#include <string>
 
 class PluginLoader;
 class QAction;
@@ -17,6 +18,7 @@ class QMenu;
 class QPluginLoader;
 class RobotChoice;
 class WidgetInterface;
+struct PluginCall;
 
 /**
  * The application's window: finds the plugins, loads them on request, docks their widgets and
@@ -79,9 +81,11 @@ class MainWindow : public QMainWindow {
     void xLoadPluginsMenu(QMenu* menu);
 
     void xLoadOnRobot(const QString& pluginName, QPluginLoader& loader, RobotChoice& choice);
+    /** The plugin's object, or null: the user has then been told why. */
+    WidgetInterface* xPluginObject(const QString& pluginName, QPluginLoader& loader);
     void xRefusePlugin(const QString& qtMessage);
-    void xReportFailure(const QString& text, const std::string& details);
-    void xReportPluginFailure(const QString& pluginName, const std::string& details);
+    /** Whether a call into a plugin returned. The user is told when it did not. */
+    bool xSucceeded(const QString& pluginName, const PluginCall& call);
 
     QClosableDockWidget* xCreateDock(const QString& pluginName, QWidget* widget);
     void xAddDock(QClosableDockWidget* dock, WidgetInterface* plugin);

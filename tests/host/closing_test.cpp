@@ -316,6 +316,13 @@ class ClosingTest : public QObject {
         QCOMPARE(fInstallation->journal(), (QStringList{a_pluginDeleted, a_widgetDeleted}));
     }
 
+    void aDockMayHaveLostItsWidget() {
+        load({a_first});
+        delete fWindow->docks().first()->widget();
+        fWindow.reset();
+        QCOMPARE(fInstallation->journal(), (QStringList{a_widgetDeleted, a_pluginDeleted}));
+    }
+
     // ---- about
 
     void aboutHasFiveLines() {
