@@ -4,6 +4,7 @@
 #include <bonjour/bonjour_profile.h>
 
 #include <QDialog>
+#include <QHash>
 #include <QIcon>
 #include <QList>
 #include <QPair>
@@ -141,6 +142,7 @@ class BrowseRobotsDialog : public QDialog {
     void xShowNoMiddleware(QTreeWidgetItem* row) const;
     QIcon xProfileIcon(const KV::BonjourProfile& profile, const QString& fileIcon) const;
     void xPlaceRow(QTreeWidgetItem* row, const QStringList& favouriteNames);
+    static EntryKey xKeyOf(const QTreeWidgetItem& row);
     void xRemoveVanishedRows(const QList<EntryKey>& seenEntries);
     void xDetachRow(int index);
 
@@ -154,6 +156,7 @@ class BrowseRobotsDialog : public QDialog {
     QLineEdit* fPortEdit;
     QLineEdit* fIPEdit;
     QCheckBox* fUseIPCheck;
+    QHash<EntryKey, QTreeWidgetItem*> fRows;  // the rows of the tree, which never change their key
     // A slot further up the stack may still hold a row that a refresh takes out of the tree, so
     // such rows live as long as the dialog.
     std::vector<std::unique_ptr<QTreeWidgetItem>> fDetachedRows;

@@ -87,15 +87,12 @@ void BrowseRobotsDialog::updateFavouriteIcon(QTreeWidgetItem* item, bool favouri
 }
 
 QTreeWidgetItem* BrowseRobotsDialog::hasRobaxi(const QString& hostName, int port) {
-    const QString wantedPort = portText(port);
-    const QList<QTreeWidgetItem*> rows =
-        fRobotTree->findItems(hostName, Qt::MatchExactly, a_nameColumn);
-    for (QTreeWidgetItem* row : rows) {
-        if (row->text(a_portColumn) == wantedPort) {
-            return row;
-        }
-    }
-    return nullptr;
+    return fRows.value(EntryKey(hostName, port));
+}
+
+BrowseRobotsDialog::EntryKey BrowseRobotsDialog::xKeyOf(const QTreeWidgetItem& row) {
+    const QString port = row.text(a_portColumn);
+    return EntryKey(row.text(a_nameColumn), port.isEmpty() ? a_noMiddleware : port.toInt());
 }
 
 void BrowseRobotsDialog::xRefreshProfile(const KV::BonjourProfile& profile,
@@ -181,6 +178,7 @@ QIcon BrowseRobotsDialog::xProfileIcon(const KV::BonjourProfile& profile,
 void BrowseRobotsDialog::xPlaceRow(QTreeWidgetItem* row, const QStringList& favouriteNames) {
     const bool favourite = favouriteNames.contains(row->text(a_nameColumn));
     updateFavouriteIcon(row, favourite);
+    fRows.insert(xKeyOf(*row), row);
     if (!favourite) {
         fRobotTree->addTopLevelItem(row);
         return;
@@ -195,10 +193,7 @@ void BrowseRobotsDialog::xRemoveVanishedRows(const QList<EntryKey>& seenEntries)
     // The row that slides into the place of a removed one is looked at in the next pass only, so
     // that neighbours that vanish together leave one after the other.
     for (int index = 0; index < fRobotTree->topLevelItemCount(); ++index) {
-        const QTreeWidgetItem* row = fRobotTree->topLevelItem(index);
-        const QString port = row->text(a_portColumn);
-        const EntryKey key(row->text(a_nameColumn), port.isEmpty() ? a_noMiddleware : port.toInt());
-        if (!seenEntries.contains(key)) {
+        if (!seenEntries.contains(xKeyOf(*fRobotTree->topLevelItem(index)))) {
             xDetachRow(index);
         }
     }
@@ -212,6 +207,7 @@ void BrowseRobotsDialog::xDetachRow(int index) {
         fRobotTree->selectionModel()->clear();
     }
     fDetachedRows.emplace_back(fRobotTree->takeTopLevelItem(index));
+    fRows.remove(xKeyOf(*fDetachedRows.back()));
 }
 
 }  // namespace KD
