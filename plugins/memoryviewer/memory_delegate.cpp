@@ -8,6 +8,13 @@ namespace {
 
 /** Added to a row's height, in parts of the height of its text. */
 constexpr int a_paddingDivisor = 4;
+/** Of dimmed text: plainly second to the rest, yet with enough contrast to be read. */
+constexpr double a_dimmedOpacity = 0.65;
+
+QColor dimmed(QColor color) {
+    color.setAlphaF(a_dimmedOpacity);
+    return color;
+}
 
 }  // namespace
 
@@ -22,7 +29,7 @@ void MemoryDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelI
     const bool isSecondary =
         index.column() == MemoryModel::UnitColumn || index.column() == MemoryModel::TypeColumn;
     if (fIsStale || isSecondary) {
-        option->palette.setColor(QPalette::Text, option->palette.color(QPalette::PlaceholderText));
+        option->palette.setColor(QPalette::Text, dimmed(option->palette.color(QPalette::Text)));
     }
 }
 

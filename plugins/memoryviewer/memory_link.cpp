@@ -74,7 +74,7 @@ MemoryLink::~MemoryLink() {
 }
 
 void MemoryLink::close() {
-    if (!fConnection) {
+    if (isClosed()) {
         return;
     }
     fSubscription.reset();

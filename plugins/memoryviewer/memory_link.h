@@ -48,6 +48,7 @@ class MemoryLink {
      * nothing when it is closed already. Returns when no thread of the library uses the link.
      */
     void close();
+    bool isClosed() const { return !fConnection; }
 
   private:
     MemoryLink(const boost::shared_ptr<KVBroker>& broker, const std::string& ip, int port,

@@ -26,6 +26,9 @@ namespace {
 constexpr int a_frameTime = 40;
 constexpr int a_rateTime = 1000;
 constexpr int a_maxRobotNameLength = 60;
+constexpr int a_nameWidthInCharacters = 40;
+constexpr int a_valueWidthInCharacters = 24;
+constexpr int a_unitWidthInCharacters = 12;
 constexpr int a_widthInCharacters = 110;
 constexpr int a_heightInLines = 38;
 constexpr char a_separator[] = "  \u00B7  ";
@@ -103,7 +106,6 @@ void MemoryViewerWidget::xBuild() {
 
     fMessage->setAlignment(Qt::AlignCenter);
     fMessage->setWordWrap(true);
-    fMessage->setForegroundRole(QPalette::PlaceholderText);
     fMessage->setMargin(fontMetrics().height());
     fNotice->setWordWrap(true);
     fNotice->setMargin(fontMetrics().height() / 2);
@@ -139,9 +141,9 @@ void MemoryViewerWidget::xBuildTree() {
     const int character = fontMetrics().averageCharWidth();
     QHeaderView* header = fTree->header();
     header->setSectionsMovable(false);
-    header->resizeSection(MemoryModel::NameColumn, 40 * character);
-    header->resizeSection(MemoryModel::ValueColumn, 24 * character);
-    header->resizeSection(MemoryModel::UnitColumn, 12 * character);
+    header->resizeSection(MemoryModel::NameColumn, a_nameWidthInCharacters * character);
+    header->resizeSection(MemoryModel::ValueColumn, a_valueWidthInCharacters * character);
+    header->resizeSection(MemoryModel::UnitColumn, a_unitWidthInCharacters * character);
     connect(fModel, &QAbstractItemModel::rowsInserted, this,
             &MemoryViewerWidget::xExpandNewBranches);
 }
@@ -172,9 +174,7 @@ void MemoryViewerWidget::xOnDockDecided() {
     }
     fIsDockClosing = false;
     if (!fDock || fDock->isHidden()) {
-        fHasLossToReport = false;
         fLink->close();
-        return;
     }
     if (fHasLossToReport) {
         xReportLoss();
@@ -193,7 +193,6 @@ void MemoryViewerWidget::xOnFrame() {
     MemoryBatch batch = fLink->feed().take();
     xApply(batch);
     if (batch.fIsClosed) {
-        fHasLossToReport = false;
         xSetPhase(fPhase == Phase::Lost ? Phase::Lost : Phase::Closed);
         return;
     }
@@ -237,12 +236,10 @@ void MemoryViewerWidget::xSetPhase(Phase phase) {
 
 /** Whoever answers may delete the plugin and this widget, so nothing follows the signal. */
 void MemoryViewerWidget::xReportLoss() {
-    if (fIsDockClosing) {
-        fHasLossToReport = true;
-        return;
+    fHasLossToReport = fIsDockClosing;
+    if (!fIsDockClosing && !fLink->isClosed()) {
+        Q_EMIT disconnected(fPlugin);
     }
-    fHasLossToReport = false;
-    Q_EMIT disconnected(fPlugin);
 }
 
 void MemoryViewerWidget::xExpandNewBranches(const QModelIndex& parent, int first, int last) {

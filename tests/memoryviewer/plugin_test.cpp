@@ -122,6 +122,7 @@ class PluginTest : public QObject {
     void isSilentWhenItsDockIsClosedWithALossUnderWay();
     void keepsItsConnectionWhenItsDockIsNotClosedAfterAll();
     void reportsALossThatADockHeldBack();
+    void forgetsALossThatADockHeldBackWhenThePluginIsDeleted();
     void keepsItsConnectionWhenHidden();
     void followsTheDockItIsMovedTo();
     void endsItsConnectionWhenDeleted();
@@ -531,6 +532,21 @@ void PluginTest::reportsALossThatADockHeldBack() {
     fRobot->stop();
     QVERIFY(!dock.close());
     QTRY_COMPARE(lost.size(), 1);
+}
+
+void PluginTest::forgetsALossThatADockHeldBackWhenThePluginIsDeleted() {
+    StubbornDock dock(QStringLiteral("stubborn"), &fViewer->window());
+    QWidget* widget = fViewer->createWidget(fRobot->port());
+    QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
+    dock.setWidget(widget);
+    QTRY_VERIFY(indexOf(widget, "Uptime").isValid());
+    LossWitness witness(fRobot->port());
+    fRobot->stop();
+    QVERIFY(witness.wait());
+    QVERIFY(!dock.close());
+    fViewer->deletePlugin();
+    fViewer->letTimePass();
+    QCOMPARE(lost.size(), 0);
 }
 
 void PluginTest::keepsItsConnectionWhenHidden() {
