@@ -4,12 +4,15 @@
 //   bench_host_start OBVISTA BARE_WINDOW PICTURE
 
 #include <QElapsedTimer>
+#include <QFile>
 #include <QGuiApplication>
 #include <QImage>
 #include <QPixmap>
 #include <QProcess>
 #include <QScreen>
 #include <QSet>
+#include <QSettings>
+#include <QTemporaryDir>
 #include <QThread>
 
 #include <algorithm>
@@ -88,6 +91,14 @@ void print(const char* name, const Figures& figures) {
                 figures.fMost);
 }
 
+/** Where discovery cannot run, no dialog about it shall cover the picture. */
+void switchDialogsOff(const QTemporaryDir& folder) {
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(folder.path()));
+    QSettings settings(folder.filePath(QStringLiteral("Quorvane Robotics/Obvista Desktop.conf")),
+                       QSettings::IniFormat);
+    settings.setValue(QStringLiteral("Preferences/remoteControl"), true);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -99,6 +110,9 @@ int main(int argc, char** argv) {
     }
     const QStringList obvista{arguments[1]};
     const QStringList bareWindow{arguments[2], arguments[3]};
+
+    const QTemporaryDir settings;
+    switchDialogsOff(settings);
 
     const Middle middle(*QGuiApplication::primaryScreen(), QImage(arguments[3]));
     startOnce(middle, obvista);  // from now on both are in the file cache
