@@ -200,6 +200,29 @@ TEST_F(DiscoveryLab, aRobotThatComesBackIsANewProfileWithoutAnAddress) {
     EXPECT_EQ(after.fIP, "");
 }
 
+TEST_F(DiscoveryLab, aRobotThatChangesItsAddressIsANewProfileWithoutOne) {
+    const lab::Host host("robot29");
+    const auto announcement = host.announce(a_robot, 9559);
+    BonjourDiscovery::startListening();
+    ASSERT_TRUE(fRecorder.waitForHost("robot29.local", "_robax._tcp:9559"));
+    const Profile before = viewMap().at("robot29.local").fProfile;
+    const std::string addressBefore = lab::addressOf("robot29.local");
+    {
+        const KVCriticalSectionWrite lock(BonjourDiscovery::fRobaxsMapMutex);
+        before->fIP = addressBefore;
+    }
+    lab::control({"address", "robot29", "10.77.99.29"});
+    ASSERT_TRUE(fRecorder.waitForMap([&before](const MapView& map) {
+        const auto found = map.find("robot29.local");
+        return found != map.end() && found->second.fProfile != before;
+    }));
+    EXPECT_EQ(viewMap().at("robot29.local").fIP, "");
+    EXPECT_THAT(fRecorder.wordsOf("robot29.local"),
+                ElementsAre("+ _robax._tcp:9559", "-", "+ _robax._tcp:9559"));
+    EXPECT_EQ(lab::addressOf("robot29.local"), "10.77.99.29")
+        << "whoever looks it up now finds the new one";
+}
+
 TEST_F(DiscoveryLab, aServiceSeenOnTwoInterfacesIsOneAndOutlivesOneOfThem) {
     SecondInterface second;
     const lab::Host host("robot5");

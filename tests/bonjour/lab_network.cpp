@@ -86,4 +86,9 @@ std::size_t countBrowsed(const std::string& type, const std::string& interface) 
     return count;
 }
 
+std::string addressOf(const std::string& hostName) {
+    const std::string line = run({"getent", "ahostsv4", hostName}).fOutput;
+    return line.substr(0, line.find(' '));
+}
+
 }  // namespace lab

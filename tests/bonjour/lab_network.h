@@ -63,6 +63,9 @@ class Host {
 /** How often avahi-browse sees a service of the type on the interface, over all protocols. */
 std::size_t countBrowsed(const std::string& type, const std::string& interface);
 
+/** The IPv4 address that the system finds for a host name, or "" when it finds none. */
+std::string addressOf(const std::string& hostName);
+
 }  // namespace lab
 
 #endif

@@ -62,6 +62,12 @@ class SightingRegistryTest : public testing::Test {
     }
     Words unresolve(const Sighting& sighting) { return inWords(fRegistry.unresolve(sighting)); }
     Words lose(const Sighting& sighting) { return inWords(fRegistry.lose(sighting)); }
+    Words seeAddress(const std::string& key, const std::string& address) {
+        return inWords(fRegistry.seeAddress(key, address));
+    }
+    Words loseAddress(const std::string& key, const std::string& address) {
+        return inWords(fRegistry.loseAddress(key, address));
+    }
 
     SightingRegistry fRegistry;
 };
@@ -187,6 +193,62 @@ TEST_F(SightingRegistryTest, clearingRemovesEveryHost) {
     EXPECT_THAT(inWords(fRegistry.clear()), IsEmpty());
     EXPECT_THAT(announce(sighted(a_robot, "Robot 1"), "robot1.local", 9559),
                 ElementsAre("+ robot1.local _robax._tcp:9559"));
+}
+
+TEST_F(SightingRegistryTest, aHostThatChangesItsAddressIsRemovedAndAddedAtOnce) {
+    announce(sighted(a_robot, "Robot 1"), "Robot1.local", 9559);
+    EXPECT_THAT(seeAddress("robot1.local", "10.0.0.1"), IsEmpty());
+    EXPECT_THAT(seeAddress("robot1.local", "10.0.0.2"), IsEmpty()) << "it may have both";
+    EXPECT_THAT(loseAddress("robot1.local", "10.0.0.1"),
+                ElementsAre("- Robot1.local", "+ Robot1.local _robax._tcp:9559"));
+}
+
+TEST_F(SightingRegistryTest, aHostThatHasANewAddressAfterHavingNoneIsRemovedAndAdded) {
+    announce(sighted(a_robot, "Robot 1"), "robot1.local", 9559);
+    seeAddress("robot1.local", "10.0.0.1");
+    EXPECT_THAT(loseAddress("robot1.local", "10.0.0.1"), IsEmpty());
+    EXPECT_THAT(seeAddress("robot1.local", "10.0.0.2"),
+                ElementsAre("- robot1.local", "+ robot1.local _robax._tcp:9559"));
+}
+
+TEST_F(SightingRegistryTest, anAddressThatIsLostForAWhileChangesNothing) {
+    announce(sighted(a_robot, "Robot 1"), "robot1.local", 9559);
+    seeAddress("robot1.local", "10.0.0.1");
+    EXPECT_THAT(loseAddress("robot1.local", "10.0.0.1"), IsEmpty());
+    EXPECT_THAT(seeAddress("robot1.local", "10.0.0.1"), IsEmpty());
+}
+
+TEST_F(SightingRegistryTest, anAddressSeenTwiceIsOneAddress) {
+    announce(sighted(a_robot, "Robot 1"), "robot1.local", 9559);
+    seeAddress("robot1.local", "10.0.0.1");
+    seeAddress("robot1.local", "10.0.0.1");
+    seeAddress("robot1.local", "10.0.0.2");
+    EXPECT_THAT(loseAddress("robot1.local", "10.0.0.1"), IsEmpty());
+    EXPECT_THAT(loseAddress("robot1.local", "10.0.0.1"), Not(IsEmpty()));
+}
+
+TEST_F(SightingRegistryTest, aChangedPortDoesNotForgetTheAddresses) {
+    announce(sighted(a_robot, "Robot 1"), "robot1.local", 9559);
+    seeAddress("robot1.local", "10.0.0.1");
+    resolve(sighted(a_robot, "Robot 1"), "robot1.local", 9560);
+    seeAddress("robot1.local", "10.0.0.2");
+    EXPECT_THAT(loseAddress("robot1.local", "10.0.0.1"), Not(IsEmpty()));
+}
+
+TEST_F(SightingRegistryTest, anAddressOfAnUnknownHostIsPassedOver) {
+    EXPECT_THAT(seeAddress("robot1.local", "10.0.0.1"), IsEmpty());
+    EXPECT_THAT(loseAddress("robot1.local", "10.0.0.1"), IsEmpty());
+}
+
+TEST_F(SightingRegistryTest, addressesBeyondTheLimitArePassedOver) {
+    constexpr int limit = SightingRegistry::a_maximumAddressesPerHost;
+    announce(sighted(a_robot, "Robot 1"), "robot1.local", 9559);
+    for (int number = 1; number <= limit; ++number) {
+        seeAddress("robot1.local", "10.0.0." + std::to_string(number));
+    }
+    seeAddress("robot1.local", "10.0.1.1");
+    EXPECT_THAT(loseAddress("robot1.local", "10.0.1.1"), IsEmpty());
+    EXPECT_THAT(loseAddress("robot1.local", "10.0.0.1"), Not(IsEmpty()));
 }
 
 TEST_F(SightingRegistryTest, aHostUnderAnAddressLiteralIsLeftOut) {

@@ -1,8 +1,11 @@
 #include "avahi_connection.h"
 
+#include <avahi-common/defs.h>
 #include <avahi-common/error.h>
 
+#include <arpa/inet.h>
 #include <cstdint>
+#include <netinet/in.h>
 #include <stdexcept>
 #include <strings.h>
 
@@ -38,6 +41,32 @@ AvahiConnection::~AvahiConnection() = default;
 
 bool AvahiConnection::isWaitingForDaemon() const {
     return avahi_client_get_state(fLanes.front().fClient.get()) == AVAHI_CLIENT_CONNECTING;
+}
+
+void AvahiConnection::watchAddresses(const std::string& key, const char* hostName) {
+    const auto [entry, added] = fWatches.try_emplace(key, Watch{this, nullptr, 0});
+    if (!added) {
+        return;
+    }
+    Watches::value_type* const watch = &*entry;
+    watch->second.fBrowser = xCreateInLane<AvahiRecordBrowser>(
+        watch->second.fLane, [hostName, watch](AvahiClient* client) {
+            return avahi_record_browser_new(
+                client, AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC, hostName, AVAHI_DNS_CLASS_IN,
+                AVAHI_DNS_TYPE_A, AVAHI_LOOKUP_USE_MULTICAST, &AvahiConnection::xOnAddress, watch);
+        });
+}
+
+void AvahiConnection::unwatchAddresses(const std::string& key) {
+    const auto watch = fWatches.find(key);
+    if (watch == fWatches.end()) {
+        return;
+    }
+    if (watch->second.fBrowser != nullptr) {
+        avahi_record_browser_free(watch->second.fBrowser);
+        fLanes[watch->second.fLane].fFull = false;
+    }
+    fWatches.erase(watch);
 }
 
 void AvahiConnection::xOnState(AvahiClient* /*client*/, AvahiClientState state,
@@ -90,6 +119,25 @@ void AvahiConnection::xOnResolved(AvahiServiceResolver* /*resolver*/, AvahiIfInd
     } else {
         // The resolver stays: it goes on asking, and is heard again when the host is back.
         listener.onUnresolved(entry->first);
+    }
+}
+
+void AvahiConnection::xOnAddress(AvahiRecordBrowser* /*browser*/, AvahiIfIndex /*interface*/,
+                                 AvahiProtocol /*protocol*/, AvahiBrowserEvent event,
+                                 const char* /*name*/, std::uint16_t /*recordClass*/,
+                                 std::uint16_t /*type*/, const void* data, std::size_t size,
+                                 AvahiLookupResultFlags /*flags*/, void* userData) noexcept {
+    const auto* const entry = static_cast<const Watches::value_type*>(userData);
+    AvahiConnectionListener& listener = entry->second.fConnection->fListener;
+    char text[INET_ADDRSTRLEN] = "";
+    if ((event != AVAHI_BROWSER_NEW && event != AVAHI_BROWSER_REMOVE) || size != sizeof(in_addr) ||
+        inet_ntop(AF_INET, data, text, sizeof text) == nullptr) {
+        return;
+    }
+    if (event == AVAHI_BROWSER_NEW) {
+        listener.onAddressSeen(entry->first, text);
+    } else {
+        listener.onAddressLost(entry->first, text);
     }
 }
 
@@ -154,25 +202,30 @@ void AvahiConnection::xLose(const Sighting& sighting) {
 
 bool AvahiConnection::xResolve(Resolvers::value_type& entry) {
     const Sighting& sighting = entry.first;
-    for (std::size_t lane = 0; lane < fLanes.size() || xAddLane({}) == AVAHI_OK; ++lane) {
+    entry.second.fResolver = xCreateInLane<AvahiServiceResolver>(
+        entry.second.fLane, [&sighting, &entry](AvahiClient* client) {
+            return avahi_service_resolver_new(
+                client, sighting.fInterface, sighting.fProtocol, sighting.fInstance.c_str(),
+                sighting.fType.c_str(), sighting.fDomain.c_str(), AVAHI_PROTO_UNSPEC,
+                a_resolverFlags, &AvahiConnection::xOnResolved, &entry);
+        });
+    return entry.second.fResolver != nullptr;
+}
+
+template <typename Object, typename Create>
+Object* AvahiConnection::xCreateInLane(std::size_t& lane, Create create) {
+    for (lane = 0; lane < fLanes.size() || xAddLane({}) == AVAHI_OK; ++lane) {
         if (fLanes[lane].fFull) {
             continue;
         }
         AvahiClient* const client = fLanes[lane].fClient.get();
-        entry.second.fLane = lane;
-        entry.second.fResolver = avahi_service_resolver_new(
-            client, sighting.fInterface, sighting.fProtocol, sighting.fInstance.c_str(),
-            sighting.fType.c_str(), sighting.fDomain.c_str(), AVAHI_PROTO_UNSPEC, a_resolverFlags,
-            &AvahiConnection::xOnResolved, &entry);
-        if (entry.second.fResolver != nullptr) {
-            return true;
-        }
-        if (avahi_client_errno(client) != AVAHI_ERR_TOO_MANY_OBJECTS) {
-            return false;
+        Object* const object = create(client);
+        if (object != nullptr || avahi_client_errno(client) != AVAHI_ERR_TOO_MANY_OBJECTS) {
+            return object;
         }
         fLanes[lane].fFull = true;
     }
-    return false;
+    return nullptr;
 }
 
 }  // namespace KV::bonjour

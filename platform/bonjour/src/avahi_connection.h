@@ -29,6 +29,9 @@ class AvahiConnectionListener {
     virtual void onUnresolved(const Sighting& sighting) = 0;
     /** A service is announced no more. */
     virtual void onLost(const Sighting& sighting) = 0;
+    /** A watched host has an IPv4 address, as seen through one interface, or has it no more. */
+    virtual void onAddressSeen(const std::string& key, const std::string& address) = 0;
+    virtual void onAddressLost(const std::string& key, const std::string& address) = 0;
     /** The daemon runs and is being asked. */
     virtual void onConnected() = 0;
     /**
@@ -57,13 +60,17 @@ class AvahiConnection {
 
     bool isWaitingForDaemon() const;
 
+    /** Follows the addresses of a host; the listener is told under the key. */
+    void watchAddresses(const std::string& key, const char* hostName);
+    void unwatchAddresses(const std::string& key);
+
   private:
     struct ClientDeleter {
         void operator()(AvahiClient* client) const { avahi_client_free(client); }
     };
     using ClientPointer = std::unique_ptr<AvahiClient, ClientDeleter>;
 
-    /** One D-Bus connection: the daemon allows each of them some thousand resolvers and no more. */
+    /** One D-Bus connection: the daemon allows each of them some thousand objects and no more. */
     struct Lane {
         ClientPointer fClient;
         bool fFull = false;
@@ -78,6 +85,12 @@ class AvahiConnection {
         std::size_t fLane = 0;
     };
     using Resolvers = std::map<Sighting, Resolver>;
+    struct Watch {
+        AvahiConnection* fConnection = nullptr;
+        AvahiRecordBrowser* fBrowser = nullptr;
+        std::size_t fLane = 0;
+    };
+    using Watches = std::map<std::string, Watch>;
 
     static void xOnState(AvahiClient* client, AvahiClientState state, void* connection) noexcept;
     static void xOnBrowsed(AvahiServiceBrowser* browser, AvahiIfIndex interface,
@@ -89,6 +102,10 @@ class AvahiConnection {
                             const char* type, const char* domain, const char* hostName,
                             const AvahiAddress* address, std::uint16_t port, AvahiStringList* text,
                             AvahiLookupResultFlags flags, void* userData) noexcept;
+    static void xOnAddress(AvahiRecordBrowser* browser, AvahiIfIndex interface,
+                           AvahiProtocol protocol, AvahiBrowserEvent event, const char* name,
+                           std::uint16_t recordClass, std::uint16_t type, const void* data,
+                           std::size_t size, AvahiLookupResultFlags flags, void* userData) noexcept;
 
     int xAddLane(AvahiClientFlags flags);
     bool xBrowse();
@@ -96,11 +113,14 @@ class AvahiConnection {
     void xSee(const Sighting& sighting);
     void xLose(const Sighting& sighting);
     bool xResolve(Resolvers::value_type& entry);
+    template <typename Object, typename Create>
+    Object* xCreateInLane(std::size_t& lane, Create create);
 
     const AvahiPoll* fPoll;
     AvahiConnectionListener& fListener;
     std::vector<Browser> fBrowsers;
     Resolvers fResolvers;
+    Watches fWatches;
     std::vector<Lane> fLanes;
     bool fBrowsing = false;
     bool fFailed = false;

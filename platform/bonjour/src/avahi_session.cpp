@@ -51,15 +51,34 @@ bool AvahiSession::onSeen(const Sighting& sighting) {
 }
 
 void AvahiSession::onResolved(const Sighting& sighting, const char* hostName, int port) {
-    xTell(fRegistry.resolve(sighting, hostName, port));
+    const std::vector<HostChange> changes = fRegistry.resolve(sighting, hostName, port);
+    xTell(changes);
+    xUnwatchRemoved(changes);
+    for (const HostChange& change : changes) {
+        if (change.fKind == HostChange::Kind::Added) {
+            fConnection->watchAddresses(change.fKey, hostName);
+        }
+    }
 }
 
 void AvahiSession::onUnresolved(const Sighting& sighting) {
-    xTell(fRegistry.unresolve(sighting));
+    const std::vector<HostChange> changes = fRegistry.unresolve(sighting);
+    xTell(changes);
+    xUnwatchRemoved(changes);
 }
 
 void AvahiSession::onLost(const Sighting& sighting) {
-    xTell(fRegistry.lose(sighting));
+    const std::vector<HostChange> changes = fRegistry.lose(sighting);
+    xTell(changes);
+    xUnwatchRemoved(changes);
+}
+
+void AvahiSession::onAddressSeen(const std::string& key, const std::string& address) {
+    xTell(fRegistry.seeAddress(key, address));
+}
+
+void AvahiSession::onAddressLost(const std::string& key, const std::string& address) {
+    xTell(fRegistry.loseAddress(key, address));
 }
 
 void AvahiSession::onConnected() {
@@ -97,6 +116,14 @@ void AvahiSession::xConnectLater() {
 void AvahiSession::xTell(const std::vector<HostChange>& changes) {
     if (!changes.empty()) {
         fHandler(changes);
+    }
+}
+
+void AvahiSession::xUnwatchRemoved(const std::vector<HostChange>& changes) {
+    for (const HostChange& change : changes) {
+        if (change.fKind == HostChange::Kind::Removed) {
+            fConnection->unwatchAddresses(change.fKey);
+        }
     }
 }
 

@@ -38,6 +38,8 @@ class AvahiSession final : public AvahiConnectionListener {
     void onResolved(const Sighting& sighting, const char* hostName, int port) override;
     void onUnresolved(const Sighting& sighting) override;
     void onLost(const Sighting& sighting) override;
+    void onAddressSeen(const std::string& key, const std::string& address) override;
+    void onAddressLost(const std::string& key, const std::string& address) override;
     void onConnected() override;
     void onDisconnected() override;
 
@@ -45,6 +47,7 @@ class AvahiSession final : public AvahiConnectionListener {
     void xConnect();
     void xConnectLater();
     void xTell(const std::vector<HostChange>& changes);
+    void xUnwatchRemoved(const std::vector<HostChange>& changes);
 
     std::vector<std::string> fTypes;
     ChangeHandler fHandler;

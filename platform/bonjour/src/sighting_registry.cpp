@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <tuple>
+#include <utility>
 
 namespace KV::bonjour {
 
@@ -74,6 +75,9 @@ std::vector<HostChange> SightingRegistry::resolve(const Sighting& sighting,
     const HostChange oldHost = xDescribe(place.fKey);
     const HostChange newHost = xDescribe(key);
     xLeave(place);
+    if (key != oldHost.fKey) {
+        xForgetIfEmpty(oldHost.fKey);
+    }
     xEnter(place, safeName, service);
     std::vector<HostChange> changes;
     addDifference(oldHost, xDescribe(oldHost.fKey), changes);
@@ -90,6 +94,7 @@ std::vector<HostChange> SightingRegistry::unresolve(const Sighting& sighting) {
     }
     const HostChange before = xDescribe(found->second.fKey);
     xLeave(found->second);
+    xForgetIfEmpty(before.fKey);
     std::vector<HostChange> changes;
     addDifference(before, xDescribe(before.fKey), changes);
     return changes;
@@ -99,6 +104,40 @@ std::vector<HostChange> SightingRegistry::lose(const Sighting& sighting) {
     std::vector<HostChange> changes = unresolve(sighting);
     fSightings.erase(sighting);
     return changes;
+}
+
+std::vector<HostChange> SightingRegistry::seeAddress(const std::string& key,
+                                                     const std::string& address) {
+    const auto found = fHosts.find(key);
+    if (found == fHosts.end()) {
+        return {};
+    }
+    Host& host = found->second;
+    const bool wasWithout = host.fAddresses.empty();
+    if (host.fAddresses.size() >= a_maximumAddressesPerHost &&
+        host.fAddresses.count(address) == 0) {
+        return {};
+    }
+    ++host.fAddresses[address];
+    const bool moved = wasWithout && !host.fLastAddress.empty() && host.fLastAddress != address;
+    return moved ? xRenew(key) : std::vector<HostChange>();
+}
+
+std::vector<HostChange> SightingRegistry::loseAddress(const std::string& key,
+                                                      const std::string& address) {
+    const auto found = fHosts.find(key);
+    if (found == fHosts.end()) {
+        return {};
+    }
+    Host& host = found->second;
+    const auto entry = host.fAddresses.find(address);
+    if (entry == host.fAddresses.end() || --entry->second > 0) {
+        return {};
+    }
+    host.fAddresses.erase(entry);
+    // A host without any may only have been slow to answer, and have the same one again.
+    host.fLastAddress = address;
+    return host.fAddresses.empty() ? std::vector<HostChange>() : xRenew(key);
 }
 
 std::vector<HostChange> SightingRegistry::clear() {
@@ -123,10 +162,14 @@ void SightingRegistry::xLeave(Place& place) {
     if (--service->fSightings == 0) {
         services.erase(service);
     }
-    if (services.empty()) {
+    place = {};
+}
+
+void SightingRegistry::xForgetIfEmpty(const std::string& key) {
+    const auto host = fHosts.find(key);
+    if (host != fHosts.end() && host->second.fServices.empty()) {
         fHosts.erase(host);
     }
-    place = {};
 }
 
 void SightingRegistry::xEnter(Place& place, const std::string& hostName,
@@ -151,7 +194,9 @@ SightingRegistry::Host* SightingRegistry::xFindOrAddHost(const std::string& key,
         sayOnce(fSaidHosts, a_maximumHosts, "hosts");
         return nullptr;
     }
-    return &fHosts.insert({key, Host{hostName, {}}}).first->second;
+    Host host;
+    host.fName = hostName;
+    return &fHosts.insert({key, host}).first->second;
 }
 
 SightingRegistry::Service* SightingRegistry::xFindOrAddService(Host& host,
@@ -180,6 +225,14 @@ HostChange SightingRegistry::xDescribe(const std::string& key) const {
         description.fServices.push_back(service.fService);
     }
     return description;
+}
+
+std::vector<HostChange> SightingRegistry::xRenew(const std::string& key) const {
+    HostChange added = xDescribe(key);
+    HostChange removed = added;
+    removed.fKind = HostChange::Kind::Removed;
+    removed.fServices.clear();
+    return {std::move(removed), std::move(added)};
 }
 
 }  // namespace KV::bonjour

@@ -35,15 +35,17 @@ struct HostChange {
  * Counts the sightings of services and says what they mean for the hosts.
  *
  * A service of a host is a type and a port. It lives while one sighting of it is left, so the same
- * announcement seen on two interfaces is one service; a host lives while it has a service. What
- * comes in is from the network: names are made safe and everything is bounded; what goes beyond a
- * bound is left out, which is said once on standard error. It has no lock.
+ * announcement seen on two interfaces is one service; a host lives while it has a service. A host
+ * that moves from one address to another is removed and added at once, for whoever has looked its
+ * address up. What comes in is from the network: names are made safe and everything is bounded;
+ * what goes beyond a bound is left out, which is said once on standard error. It has no lock.
  */
 class SightingRegistry {
   public:
     static constexpr std::size_t a_maximumHosts = 4096;
     static constexpr std::size_t a_maximumServicesPerHost = 64;
     static constexpr std::size_t a_maximumSightings = 16384;
+    static constexpr std::size_t a_maximumAddressesPerHost = 64;
 
     /** Takes in a new sighting. False when it is known already or is one too many. */
     bool see(const Sighting& sighting);
@@ -62,6 +64,16 @@ class SightingRegistry {
     /** The sighting is gone. */
     std::vector<HostChange> lose(const Sighting& sighting);
 
+    /**
+     * @name Addresses
+     * An address of a host is announced, or is announced no more, on one interface and protocol.
+     * The key is that of a HostChange; one that is not known is passed over.
+     */
+    ///@{
+    std::vector<HostChange> seeAddress(const std::string& key, const std::string& address);
+    std::vector<HostChange> loseAddress(const std::string& key, const std::string& address);
+    ///@}
+
     /** Every sighting is gone. */
     std::vector<HostChange> clear();
 
@@ -73,6 +85,8 @@ class SightingRegistry {
     struct Host {
         std::string fName;
         std::vector<Service> fServices;
+        std::map<std::string, std::size_t> fAddresses;  ///< with the number of their sightings
+        std::string fLastAddress;                       ///< the one lost last, when all are
     };
     /** Where a sighting leads to; nowhere when the key is empty. */
     struct Place {
@@ -81,10 +95,12 @@ class SightingRegistry {
     };
 
     void xLeave(Place& place);
+    void xForgetIfEmpty(const std::string& key);
     void xEnter(Place& place, const std::string& hostName, const BonjourService& service);
     Host* xFindOrAddHost(const std::string& key, const std::string& hostName);
     Service* xFindOrAddService(Host& host, const BonjourService& service);
     HostChange xDescribe(const std::string& key) const;
+    std::vector<HostChange> xRenew(const std::string& key) const;
 
     std::map<Sighting, Place> fSightings;
     std::map<std::string, Host> fHosts;

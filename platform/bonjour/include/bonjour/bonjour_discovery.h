@@ -38,7 +38,10 @@ class BONJOUR_EXPORT BonjourDiscovery {
 
     /** A host appeared, or gained or lost a service: then for the same object again. */
     static ProfileSignal fAddProfile;
-    /** The last service of a host is gone; the profile has left the map. */
+    /**
+     * The last service of a host is gone, or the host has moved to another address, upon which
+     * fAddProfile follows at once for a new profile; the profile has left the map.
+     */
     static ProfileSignal fRemoveProfile;
 
     /**
