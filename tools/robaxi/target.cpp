@@ -2,7 +2,6 @@
 
 #include "failure.h"
 
-#include <algorithm>
 #include <arpa/inet.h>
 #include <array>
 #include <charconv>
@@ -45,9 +44,14 @@ Target parseBracketed(const std::string& text) {
 }
 
 Target parseUnbracketed(const std::string& text) {
-    const std::size_t colon = text.rfind(':');
+    const std::size_t colon = text.find(':');
     if (colon == std::string::npos || isAddress(text)) {
         return {text, std::nullopt};
+    }
+    if (text.find(':', colon + 1) != std::string::npos) {
+        throw UsageError("'" + text +
+                         "' is not an address; an IPv6 address with a port is written "
+                         "[IPv6]:PORT");
     }
     return {text.substr(0, colon), parsePort(text.substr(colon + 1))};
 }
@@ -59,10 +63,6 @@ Target parseTarget(const std::string& text) {
         !text.empty() && text[0] == '[' ? parseBracketed(text) : parseUnbracketed(text);
     if (target.fHost.empty() || target.fHost.size() > a_longestName) {
         throw UsageError("HOST must have 1 to 255 bytes");
-    }
-    const bool manyColons = std::count(target.fHost.begin(), target.fHost.end(), ':') > 0;
-    if (manyColons && !isAddress(target.fHost)) {
-        throw UsageError("'" + text + "' is not an address; write [IPv6]:PORT");
     }
     return target;
 }

@@ -1,0 +1,131 @@
+#include "command_line.h"
+
+#include "commands.h"
+#include "failure.h"
+#include "options.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace robaxi_tool {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+class SampleCommand : public Command {
+  public:
+    std::string name() const override { return "sample"; }
+    std::string summary() const override { return "does something"; }
+    Words words() const override { return {"HOST [WORD...]", 1, 3}; }
+    std::string explanation() const override { return "It explains.\n"; }
+    void addOptions(po::options_description& options) override {
+        addNumber(options, "count", &fCount, 5, 1, 10, "how many");
+        addNumber(options, "rate", &fRate, 0.5, 0.1, 2.0, "how often");
+        addSwitch(options, "json", &fJson, "as JSON");
+    }
+    ExitStatus run(const std::vector<std::string>&, Surroundings&) override {
+        return ExitStatus::Success;
+    }
+
+    int fCount = 0;
+    double fRate = 0;
+    bool fJson = false;
+};
+
+std::string mistakeOf(const std::vector<std::string>& arguments) {
+    SampleCommand command;
+    try {
+        parseCommandLine(command, arguments);
+    } catch (const UsageError& mistake) {
+        return mistake.what();
+    }
+    return {};
+}
+
+TEST(CommandLine, OptionsStandAnywhereAmongTheWords) {
+    SampleCommand command;
+    const auto line = parseCommandLine(
+        command, {"--count", "7", "robot1", "--json", "--rate=1.5", "a", "--color", "never"});
+    EXPECT_THAT(line.fWords, ElementsAre("robot1", "a"));
+    EXPECT_EQ(7, command.fCount);
+    EXPECT_EQ(1.5, command.fRate);
+    EXPECT_TRUE(command.fJson);
+    EXPECT_EQ(Console::Color::Never, line.fColor);
+}
+
+TEST(CommandLine, OptionsNotGivenHaveTheirDefaults) {
+    SampleCommand command;
+    const auto line = parseCommandLine(command, {"robot1"});
+    EXPECT_EQ(5, command.fCount);
+    EXPECT_EQ(0.5, command.fRate);
+    EXPECT_FALSE(command.fJson);
+    EXPECT_EQ(Console::Color::Auto, line.fColor);
+    EXPECT_FALSE(line.fHelp);
+}
+
+TEST(CommandLine, NegativeNumbersAreWords) {
+    SampleCommand command;
+    EXPECT_THAT(parseCommandLine(command, {"robot1", "-0.5", "-.5"}).fWords,
+                ElementsAre("robot1", "-0.5", "-.5"));
+    EXPECT_THAT(parseCommandLine(command, {"robot1", "-3", "--json"}).fWords,
+                ElementsAre("robot1", "-3"));
+}
+
+TEST(CommandLine, EverythingAfterTwoDashesIsAWord) {
+    SampleCommand command;
+    EXPECT_THAT(parseCommandLine(command, {"robot1", "--", "--json", "-x"}).fWords,
+                ElementsAre("robot1", "--json", "-x"));
+    EXPECT_FALSE(command.fJson);
+}
+
+TEST(CommandLine, EmptyWordsAreKept) {
+    SampleCommand command;
+    EXPECT_THAT(parseCommandLine(command, {"robot1", ""}).fWords, ElementsAre("robot1", ""));
+}
+
+TEST(CommandLine, MistakesAreNamed) {
+    EXPECT_THAT(mistakeOf({}), HasSubstr("too few words: it takes HOST [WORD...]"));
+    EXPECT_THAT(mistakeOf({"a", "b", "c", "d"}), HasSubstr("'d' is one word too many"));
+    EXPECT_THAT(mistakeOf({"a", "--nosuch"}), HasSubstr("--nosuch"));
+    EXPECT_THAT(mistakeOf({"a", "--cou", "3"}), HasSubstr("--cou")) << "nothing is guessed";
+    EXPECT_THAT(mistakeOf({"a", "--count"}), HasSubstr("--count"));
+    EXPECT_THAT(mistakeOf({"a", "--count", "x"}), HasSubstr("--count"));
+    EXPECT_THAT(mistakeOf({"a", "--count", "11"}), HasSubstr("--count takes 1 to 10, not 11"));
+    EXPECT_THAT(mistakeOf({"a", "--count", "0"}), HasSubstr("--count takes 1 to 10, not 0"));
+    EXPECT_THAT(mistakeOf({"a", "--rate", "nan"}), HasSubstr("--rate takes 0.1 to 2, not nan"));
+    EXPECT_THAT(mistakeOf({"a", "--color", "always"}), HasSubstr("--color is 'auto' or 'never'"));
+}
+
+TEST(CommandLine, HelpGoesBeforeMistakes) {
+    SampleCommand command;
+    EXPECT_TRUE(parseCommandLine(command, {"--help", "--count", "99"}).fHelp);
+    EXPECT_TRUE(parseCommandLine(command, {"-h"}).fHelp);
+}
+
+TEST(CommandLine, TheHelpOfACommandShowsItsUseAndOptions) {
+    SampleCommand command;
+    const std::string help = helpText(command);
+    EXPECT_EQ(0U, help.find("Usage: robaxi sample [OPTION]... HOST [WORD...]\nDoes something.\n\n"
+                            "It explains.\n\nOptions:\n"));
+    for (const char* option : {"--count arg (=5)", "--rate arg (=0.5)", "--json", "--color"}) {
+        EXPECT_THAT(help, HasSubstr(option));
+    }
+}
+
+TEST(CommandLine, TheGeneralHelpNamesEachCommandAndExitStatus) {
+    const std::string help = generalHelpText();
+    const auto commands = makeCommands();
+    ASSERT_FALSE(commands.empty());
+    for (const auto& command : commands) {
+        EXPECT_THAT(help, HasSubstr("  " + command->name() + ' '));
+        EXPECT_THAT(help, HasSubstr(command->summary()));
+    }
+    for (const ExitCode& code : exitCodes()) {
+        EXPECT_THAT(help, HasSubstr("  " + code.fNumber + ' '));
+        EXPECT_THAT(help, HasSubstr(code.fMeaning));
+    }
+}
+
+}  // namespace
+}  // namespace robaxi_tool

@@ -1,0 +1,76 @@
+#include "host_search.h"
+
+#include <gtest/gtest.h>
+
+namespace robaxi_tool {
+namespace {
+
+using Kind = SearchDecision::Kind;
+using namespace std::chrono_literals;
+
+void expectFound(const std::string& host, int port, const SearchDecision& decision) {
+    EXPECT_EQ(Kind::Found, decision.fKind);
+    EXPECT_EQ(joined(host, port), joined(decision.fEndpoint.fHost, decision.fEndpoint.fPort));
+}
+
+TEST(HostSearch, AnAnnouncementTellsThePort) {
+    SearchState state;
+    state.fAnnounced = Endpoint{"robot1.local", 7000};
+    expectFound("robot1.local", 7000, decide({"robot1", std::nullopt}, state));
+}
+
+TEST(HostSearch, ThePortOfTheUserGoesBeforeTheAnnouncedOne) {
+    SearchState state;
+    state.fAnnounced = Endpoint{"robot1.local", 7000};
+    expectFound("robot1.local", 80, decide({"robot1", 80}, state));
+}
+
+TEST(HostSearch, ANameThatResolvesWaitsForItsAnnouncementForASecond) {
+    SearchState state;
+    state.fResolved = "robot1.local";
+    for (const std::string name : {"robot1", "robot1.local", "Robot1.LOCAL"}) {
+        state.fElapsed = 900ms;
+        EXPECT_EQ(Kind::Wait, decide({name, std::nullopt}, state).fKind) << name;
+        state.fElapsed = 1s;
+        expectFound("robot1.local", 9559, decide({name, std::nullopt}, state));
+    }
+}
+
+TEST(HostSearch, NothingIsWaitedForThatCannotChangeAnything) {
+    SearchState state;
+    state.fResolved = "robot1.local";
+    expectFound("robot1.local", 80, decide({"robot1", 80}, state));
+    state.fMayBeAnnounced = false;
+    expectFound("robot1.local", 9559, decide({"robot1", std::nullopt}, state));
+}
+
+TEST(HostSearch, NamesBeyondTheLocalNetworkAndThisComputerAreUsedAtOnce) {
+    SearchState state;
+    state.fResolved = "robot.example.org";
+    expectFound("robot.example.org", 9559, decide({"robot.example.org", std::nullopt}, state));
+    state.fResolved = "localhost";
+    state.fIsThisComputer = true;
+    expectFound("localhost", 9559, decide({"localhost", std::nullopt}, state));
+}
+
+TEST(HostSearch, IsGivenUpWhenTheNameDoesNotResolveAndNobodyAnnouncesIt) {
+    SearchState state;
+    state.fElapsed = 1s;
+    EXPECT_EQ(Kind::Wait, decide({"robot1", std::nullopt}, state).fKind);
+    state.fLookUpsEnded = true;
+    EXPECT_EQ(Kind::Wait, decide({"robot1", std::nullopt}, state).fKind);
+    state.fElapsed = 2s;
+    EXPECT_EQ(Kind::NotFound, decide({"robot1", std::nullopt}, state).fKind);
+    state.fElapsed = 0s;
+    state.fMayBeAnnounced = false;
+    EXPECT_EQ(Kind::NotFound, decide({"robot1", std::nullopt}, state).fKind);
+}
+
+TEST(HostSearch, AddressesNeedNoSearch) {
+    Interruption interruption;
+    EXPECT_EQ(9559, findHost({"10.77.1.1", std::nullopt}, 1, interruption).fPort);
+    EXPECT_EQ("::1", findHost({"::1", 80}, 1, interruption).fHost);
+}
+
+}  // namespace
+}  // namespace robaxi_tool

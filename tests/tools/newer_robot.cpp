@@ -1,0 +1,56 @@
+// A robot that speaks another version of the protocol, as a later one will:
+//
+//   newer_robot ADDRESS:PORT
+//
+// It refuses every client in the way that the protocol provides. It says when it listens, and runs
+// until it is killed.
+#include <robaxi/v1/robaxi.grpc.pb.h>
+
+#include <grpcpp/grpcpp.h>
+
+#include <cstdio>
+
+namespace {
+
+namespace v1 = robaxi::v1;
+
+constexpr unsigned a_laterVersion = 2;
+
+class NewerRobot : public v1::Robaxi::Service {
+  public:
+    grpc::Status Session(
+        grpc::ServerContext* /*context*/,
+        grpc::ServerReaderWriter<v1::ServerMessage, v1::ClientMessage>* stream) override {
+        v1::ClientMessage hello;
+        stream->Read(&hello);
+        v1::ServerMessage answer;
+        v1::HelloReply* const reply = answer.mutable_hello_reply();
+        reply->set_protocol_version(a_laterVersion);
+        reply->set_refusal(v1::HelloReply::PROTOCOL_VERSION);
+        reply->set_name("newer");
+        stream->Write(answer);
+        return grpc::Status::OK;
+    }
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::fprintf(stderr, "newer_robot takes ADDRESS:PORT\n");
+        return 2;
+    }
+    NewerRobot robot;
+    grpc::ServerBuilder builder;
+    int port = 0;
+    builder.AddListeningPort(argv[1], grpc::InsecureServerCredentials(), &port);
+    builder.RegisterService(&robot);
+    const auto server = builder.BuildAndStart();
+    if (server == nullptr || port == 0) {
+        std::fprintf(stderr, "newer_robot cannot listen on %s\n", argv[1]);
+        return 1;
+    }
+    std::printf("newer_robot listens on %d\n", port);
+    std::fflush(stdout);
+    server->Wait();
+}
