@@ -1,5 +1,6 @@
 #include "modules.h"
 
+#include "table_keys.h"
 #include "write_rules.h"
 
 #include <robaxi/kv_error.h>
@@ -22,14 +23,6 @@ KVValue namesThatStartWith(const KVValueTable& table, const std::string& prefix)
         }
     }
     return names;
-}
-
-std::uint32_t addReadOnlyKey(KVValueTable& table, const char* name, const char* description,
-                             const KVValue& value) {
-    KVKeyInfo key;
-    key.fName = name;
-    key.fDescription = description;
-    return table.addKey(key, value);
 }
 
 /** The text that was sent last, and how often one was sent. */

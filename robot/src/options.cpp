@@ -5,6 +5,7 @@
 #include <boost/program_options.hpp>
 
 #include <algorithm>
+#include <arpa/inet.h>
 #include <array>
 #include <stdexcept>
 #include <unistd.h>
@@ -95,8 +96,10 @@ std::uint64_t toSeed(const std::string& text) {
 }
 
 std::string toAddress(const std::string& text) {
-    if (text.empty()) {
-        throw std::invalid_argument("--address must not be empty; 0.0.0.0 means all addresses");
+    in6_addr address{};
+    if (inet_pton(AF_INET, text.c_str(), &address) != 1 &&
+        inet_pton(AF_INET6, text.c_str(), &address) != 1) {
+        throw std::invalid_argument("--address takes an IPv4 or IPv6 address, not '" + text + "'");
     }
     return text;
 }

@@ -4,6 +4,7 @@
 #include "humanoid_memory.h"
 #include "modules.h"
 #include "safe_text.h"
+#include "table_keys.h"
 
 #include <robaxi/kv_error.h>
 
@@ -23,6 +24,8 @@ constexpr int a_brokerFlags = 19;
 constexpr std::chrono::milliseconds a_timeToAnswer(100);
 constexpr std::chrono::seconds a_timeToRetry(1);
 
+constexpr std::size_t a_longestShown = 500;  // bytes of a text in a line for the user
+
 const char* const a_robotType = "_robax._tcp";
 const char* const a_middlewareType = "_robaxi._tcp";
 
@@ -31,7 +34,7 @@ KVError refusal(const std::string& text) {
 }
 
 bool isLoopback(const std::string& address) {
-    return address == "localhost" || address == "::1" || address.rfind("127.", 0) == 0;
+    return address == "::1" || address.rfind("127.", 0) == 0;
 }
 
 /** The picture that comes with the program. */
@@ -55,6 +58,7 @@ Robot::Robot(const Options& options, MainLoop& loop, Output output)
       fOutput(std::move(output)),
       fTable(boost::make_shared<KVValueTable>()) {
     fState.fAnnounced = fOptions.fAnnounce;
+    xAddIdentity();
     xMakeMemory();
     xMakeModules();
     xStartWebServer();
@@ -126,6 +130,13 @@ SimControls::State Robot::getState() const {
     return state;
 }
 
+void Robot::xAddIdentity() {
+    const char* const kind = fOptions.fKind == Kind::Robot ? "robot" : "computer";
+    addReadOnlyKey(*fTable, "Robaxi/Name", "Name under which it appears", fOptions.fName);
+    addReadOnlyKey(*fTable, "Robaxi/Kind", "Whether it is a robot or a computer", kind);
+    addReadOnlyKey(*fTable, "Robaxi/Version", "Version of the program", OBVISTA_VERSION);
+}
+
 void Robot::xMakeMemory() {
     if (fOptions.fKind == Kind::Computer) {
         fMemory = std::make_unique<ComputerMemory>(ComputerFigures(), fTable);
@@ -139,8 +150,9 @@ void Robot::xMakeMemory() {
 
 void Robot::xMakeModules() {
     fModules.push_back(makeMemoryModule(fTable));
-    fModules.push_back(makeBallamorModule(
-        fTable, [this](const std::string& text) { fOutput.fSay("clipboard: " + oneLine(text)); }));
+    fModules.push_back(makeBallamorModule(fTable, [this](const std::string& text) {
+        fOutput.fSay("clipboard: " + oneLine(shortened(text, a_longestShown)));
+    }));
     fSimModule = makeSimModule(this);
     fModules.push_back(fSimModule);
 }

@@ -58,6 +58,7 @@ class Robot : private SimControls {
     void setIcon(IconTrouble trouble) override;
     State getState() const override;
 
+    void xAddIdentity();
     void xMakeMemory();
     void xMakeModules();
     void xStartWebServer();

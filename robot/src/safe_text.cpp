@@ -106,6 +106,11 @@ std::string validUtf8(const std::string& text) {
     return rewritten(text, [](std::uint32_t) { return std::string(); });
 }
 
+std::string shortened(const std::string& text, std::size_t bytes) {
+    const bool fits = text.size() <= bytes;
+    return fits ? validUtf8(text) : validUtf8(text.substr(0, bytes)) + "…";
+}
+
 std::string oneLine(const std::string& text) {
     return rewritten(text, [](std::uint32_t code) {
         return isControl(code) ? escapedCode(code) : std::string();

@@ -11,6 +11,9 @@ bool isUtf8(const std::string& text);
 /** The text with every byte that is not part of valid UTF-8 replaced by U+FFFD. */
 std::string validUtf8(const std::string& text);
 
+/** Valid UTF-8 of at most so many bytes of the text, with "…" after it when that is not all. */
+std::string shortened(const std::string& text, std::size_t bytes);
+
 /**
  * The text as one line for a terminal or log: valid UTF-8 without control characters, which are
  * written as "\n", "\t" or "\u001b", so that it cannot move the cursor or forge a second line.

@@ -29,11 +29,6 @@ std::string colourText(std::int64_t colour) {
     return text.data();
 }
 
-std::string cutText(const std::string& text) {
-    const bool fits = text.size() <= a_longestShown;
-    return fits ? validUtf8(text) : validUtf8(text.substr(0, a_longestShown)) + "…";
-}
-
 /** The first part of a key's path: values are shown in one table for each. */
 std::string groupOf(const std::string& key) {
     return key.substr(0, key.find('/'));
@@ -76,7 +71,7 @@ std::string shortText(const KVValue& value, const std::string& unit) {
         case KVValue::Type::Float:
             return numberText(value.toFloat());
         case KVValue::Type::String:
-            return cutText(value.toString());
+            return shortened(value.toString(), a_longestShown);
         case KVValue::Type::Binary:
         case KVValue::Type::List:
         case KVValue::Type::Map:

@@ -6,6 +6,7 @@
 #include "web_site.h"
 
 #include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/address.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/steady_timer.hpp>
 
@@ -24,9 +25,8 @@ constexpr int a_mostConnections = 64;
 constexpr std::chrono::milliseconds a_timeToRecover(100);
 
 void listen(tcp::acceptor& acceptor, const std::string& address, int port) {
-    tcp::resolver resolver(acceptor.get_executor());
-    const tcp::endpoint place =
-        *resolver.resolve(address, std::to_string(port), tcp::resolver::passive).begin();
+    const tcp::endpoint place(boost::asio::ip::make_address(address),
+                              static_cast<std::uint16_t>(port));
     acceptor.open(place.protocol());
     acceptor.set_option(tcp::acceptor::reuse_address(true));
     acceptor.bind(place);

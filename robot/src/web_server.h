@@ -22,6 +22,7 @@ class WebServer {
     /**
      * Starts to serve.
      *
+     * @param address IPv4 or IPv6
      * @param icon the icon's bytes; empty for none
      * @throws std::runtime_error when the address and port cannot be listened on
      */

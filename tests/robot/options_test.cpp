@@ -41,18 +41,29 @@ TEST_F(OptionsTest, withoutAnyItIsARobotThatOnlyThisMachineCanReach) {
     EXPECT_EQ(options.fAddress, "127.0.0.1");
     EXPECT_EQ(options.fPort, 9559);
     EXPECT_EQ(options.fSeed, 1U);
+    EXPECT_EQ(options.fHttpPort, 80);
+    EXPECT_TRUE(options.fMiddleware);
+    EXPECT_TRUE(options.fAnnounce);
+    EXPECT_EQ(options.fIcon, "");
+    EXPECT_EQ(options.fSimPort, 0);
     EXPECT_FALSE(options.fName.empty());
 }
 
 TEST_F(OptionsTest, takesAllThatIsGiven) {
     const Options options =
         parsed({"--kind", "computer", "--name", "Rob \xc3\xa9", "--address=::", "--port", "65535",
-                "--seed", "18446744073709551615"});
+                "--seed", "18446744073709551615", "--no-middleware", "--http-port", "0", "--icon",
+                "a.png", "--no-announce", "--sim-port", "7"});
     EXPECT_EQ(options.fKind, Kind::Computer);
     EXPECT_EQ(options.fName, "Rob \xc3\xa9");
     EXPECT_EQ(options.fAddress, "::");
     EXPECT_EQ(options.fPort, 65535);
     EXPECT_EQ(options.fSeed, 18446744073709551615U);
+    EXPECT_FALSE(options.fMiddleware);
+    EXPECT_EQ(options.fHttpPort, 0);
+    EXPECT_EQ(options.fIcon, "a.png");
+    EXPECT_FALSE(options.fAnnounce);
+    EXPECT_EQ(options.fSimPort, 7);
 }
 
 TEST_F(OptionsTest, helpNamesEveryOptionAndEndsWithStatusZero) {
@@ -61,7 +72,9 @@ TEST_F(OptionsTest, helpNamesEveryOptionAndEndsWithStatusZero) {
     EXPECT_EQ(result.fExitStatus, 0);
     EXPECT_EQ(fErrors.str(), "");
     EXPECT_THAT(fOutput.str(), StartsWith("Usage: robaxi-robot"));
-    for (const char* option : {"--help", "--kind", "--name", "--address", "--port", "--seed"}) {
+    for (const char* option :
+         {"--help", "--kind", "--name", "--address", "--port", "--seed", "--no-middleware",
+          "--http-port", "--icon", "--no-announce", "--sim-port"}) {
         EXPECT_THAT(fOutput.str(), HasSubstr(option));
     }
 }
@@ -77,6 +90,9 @@ TEST_F(OptionsTest, mistakesAreNamed) {
     EXPECT_THAT(mistake({"--name", std::string(64, 'a')}), HasSubstr("1 to 63 bytes"));
     EXPECT_THAT(mistake({"--name", "a\nb"}), HasSubstr("control characters"));
     EXPECT_THAT(mistake({"--address", ""}), HasSubstr("--address"));
+    EXPECT_THAT(mistake({"--address", "localhost"}), HasSubstr("not 'localhost'"));
+    EXPECT_THAT(mistake({"--http-port", "-1"}), HasSubstr("--http-port takes 0 to 65535"));
+    EXPECT_THAT(mistake({"--sim-port", "65536"}), HasSubstr("--sim-port takes 0 to 65535"));
     EXPECT_THAT(mistake({"--prot", "1"}), HasSubstr("--prot"));
     EXPECT_THAT(mistake({"stray"}), HasSubstr("positional"));
 }

@@ -11,6 +11,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
 #include <condition_variable>
 #include <csignal>
@@ -19,6 +20,7 @@
 #include <memory>
 #include <mutex>
 #include <thread>
+#include <unistd.h>
 
 using obvista_test::ChildProcess;
 using obvista_test::RobotProcess;
@@ -97,6 +99,7 @@ TEST_F(RobotProcessTest, memoryIsReadAndWritten) {
     const auto memory = proxy("KVMemory", robot);
     EXPECT_EQ(memory->call<KVValue::List>("getDataList", "Battery/").size(), 7U);
     EXPECT_GT(memory->call<double>("getData", "Battery/Charge"), 80);
+    EXPECT_EQ(memory->call<std::string>("getData", "Robaxi/Kind"), "robot");
     memory->callValue("setData", {"Joint/HeadYaw/Target", 0.75});
     EXPECT_EQ(memory->call<double>("getData", "Joint/HeadYaw/Target"), 0.75);
     EXPECT_TRUE(comesTrue([&] {
@@ -432,6 +435,59 @@ TEST_F(RobotProcessTest, aPortThatWasTakenMeanwhileIsTriedAgain) {
     squatter.reset();
     EXPECT_TRUE(comesTrue(
         [&] { return sim->call<KVValue::Map>("getState").at("middleware") == KVValue(true); }));
+}
+
+/** The program with its standard output in a pipe of the test, which the test need not read. */
+class PipedRobot {
+  public:
+    PipedRobot() : fPort(obvista_test::freePort()) {
+        EXPECT_EQ(pipe(fEnds.data()), 0);
+        fProcess = std::make_unique<ChildProcess>(
+            std::vector<std::string>{"bash", "-c", "exec \"$@\" >&" + std::to_string(fEnds[1]),
+                                     "bash", RobotProcess::program(), "--no-announce",
+                                     "--http-port", "0", "--port", std::to_string(fPort)});
+        close(fEnds[1]);
+        std::array<char, 256> line{};
+        EXPECT_GT(read(fEnds[0], line.data(), line.size()), 0);
+        EXPECT_THAT(line.data(), HasSubstr(" listens on "));
+    }
+    ~PipedRobot() { stopReading(); }
+    PipedRobot(const PipedRobot&) = delete;
+    PipedRobot& operator=(const PipedRobot&) = delete;
+
+    int port() const { return fPort; }
+    ChildProcess& process() { return *fProcess; }
+
+    void stopReading() {
+        close(fEnds[0]);
+        fEnds[0] = -1;
+    }
+
+  private:
+    int fPort;
+    std::array<int, 2> fEnds{-1, -1};
+    std::unique_ptr<ChildProcess> fProcess;
+};
+
+TEST_F(RobotProcessTest, goesOnWhenNobodyReadsWhatItSays) {
+    PipedRobot robot;
+    const auto ballamor = proxy("KVBallamor", robot.port());
+    // Far more than a pipe holds.
+    for (int i = 0; i < 400; ++i) {
+        ballamor->callVoid("sendClipboard", std::string(1000, 'x'));
+    }
+    robot.process().signal(SIGTERM);
+    EXPECT_EQ(robot.process().waitForEnd(), 0);
+}
+
+TEST_F(RobotProcessTest, goesOnWhenItsReaderHasGone) {
+    PipedRobot robot;
+    robot.stopReading();
+    const auto ballamor = proxy("KVBallamor", robot.port());
+    ballamor->callVoid<std::string>("sendClipboard", "one");
+    ballamor->callVoid<std::string>("sendClipboard", "two");
+    robot.process().signal(SIGTERM);
+    EXPECT_EQ(robot.process().waitForEnd(), 0);
 }
 
 TEST_F(RobotProcessTest, withoutMiddlewareItServesHttpAlone) {

@@ -32,6 +32,12 @@ TEST(SafeText, aLineHasNoControlCharacters) {
     EXPECT_EQ(robot::oneLine(std::string(1, '\0')), "\\u0000");
 }
 
+TEST(SafeText, longTextIsCut) {
+    EXPECT_EQ(robot::shortened("four", 4), "four");
+    EXPECT_EQ(robot::shortened("fours", 4), "four…");
+    EXPECT_EQ(robot::shortened("a\xc3\xa9", 2), "a" + a_replacement + "…");
+}
+
 TEST(SafeText, htmlHasNoMarkup) {
     EXPECT_EQ(robot::htmlEscaped("<b title=\"x\">'&'"),
               "&lt;b title=&quot;x&quot;&gt;&#39;&amp;&#39;");
