@@ -43,7 +43,7 @@ std::string escaped(utf::code_point character) {
     if (character == '\t') {
         return "\\t";
     }
-    std::array<char, 8> buffer{};
+    std::array<char, 12> buffer{};
     std::snprintf(buffer.data(), buffer.size(), "\\u%04x", static_cast<unsigned>(character));
     return buffer.data();
 }
