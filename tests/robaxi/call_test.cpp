@@ -214,6 +214,11 @@ TEST_F(Call, PostedIsNotWaitedForAndHasATaskIdentifierOfItsOwn) {
     EXPECT_TRUE(fLatch.waitForEntries(1)) << "the posted method runs";
 }
 
+TEST_F(Call, PostedRunsAlthoughItsProxyGoesAtOnce) {
+    KVProxy("Slow", a_loopback, fServer->getPort(), makeClient(), 5, 0).postValue("wait", {});
+    EXPECT_TRUE(fLatch.waitForEntries(1));
+}
+
 TEST_F(Call, PostedToAMethodThatIsNotThereIsDropped) {
     KVProxy proxy = makeProxy("Echo");
     EXPECT_GT(proxy.pCall("shout", 1.0F), 0);

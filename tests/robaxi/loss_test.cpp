@@ -152,23 +152,20 @@ TEST_F(Loss, IsFollowedByANewConnectionToARestartedRobot) {
 }
 
 TEST_F(Loss, IsNotToldFalselyWhileAllProcessorsAreBusy) {
-    std::atomic<bool> stop{false};
-    std::vector<std::thread> burners;
+    std::vector<std::unique_ptr<ChildProcess>> burners;
     for (unsigned i = 0; i < 4 * std::thread::hardware_concurrency(); ++i) {
-        burners.emplace_back([&stop] {
-            while (!stop) {
-            }
-        });
+        burners.push_back(std::make_unique<ChildProcess>(
+            std::vector<std::string>{"/bin/sh", "-c", "while :; do :; done"}));
     }
-    std::promise<void> lost;
-    fConnection->setLostHandler([&](const KVError&) { lost.set_value(); });
+    std::promise<std::string> lost;
+    fConnection->setLostHandler([&](const KVError& error) { lost.set_value(error.toString()); });
     // Twice the time after which a silent robot is lost.
-    EXPECT_EQ(lost.get_future().wait_for(std::chrono::seconds(4)), std::future_status::timeout);
-    stop = true;
-    for (std::thread& burner : burners) {
-        burner.join();
-    }
+    auto loss = lost.get_future();
+    const auto outcome = loss.wait_for(std::chrono::seconds(4));
+    burners.clear();
     fConnection->setLostHandler(nullptr);
+    EXPECT_EQ(outcome, std::future_status::timeout)
+        << (outcome == std::future_status::ready ? loss.get() : "");
 }
 
 TEST_F(Loss, HandlerMayLetEverythingGo) {

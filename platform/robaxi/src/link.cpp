@@ -1,6 +1,7 @@
 #include "link.h"
 
 #include "channel.h"
+#include "grpc_handover.h"
 #include "message_codec.h"
 #include "socket_address.h"
 
@@ -76,7 +77,7 @@ Link::Link(std::shared_ptr<Runtime> runtime, const std::string& address, int por
     fStub->async()->Session(&fContext, this);
     AddHold();  // the users' threads write; taken back when nothing will be written any more
     xSayHello();
-    StartRead(&fIncoming);
+    xRead();
     StartCall();
     try {
         xAwaitHello(deadline);
@@ -131,7 +132,14 @@ void Link::xAwaitHello(Deadline deadline) {
     fHeartbeat.startAt(Clock::now());
 }
 
+void Link::xRead() {
+    giveToGrpc(&fIncoming);
+    StartRead(&fIncoming);
+}
+
 void Link::OnReadDone(bool ok) {
+    const GrpcReaction reaction(this);
+    takeFromGrpc(&fIncoming);
     if (!ok) {
         xEndWhen(fOut.close());
         return;
@@ -144,7 +152,7 @@ void Link::OnReadDone(bool ok) {
             break;
         }
     }
-    StartRead(&fIncoming);
+    xRead();
 }
 
 bool Link::xReceive(v1::ServerMessage& message) {
@@ -157,6 +165,7 @@ bool Link::xReceive(v1::ServerMessage& message) {
 }
 
 void Link::OnWriteDone(bool ok) {
+    const GrpcReaction reaction(this);
     xEndWhen(fOut.writeDone(ok));
 }
 
@@ -164,12 +173,14 @@ void Link::xEndWhen(bool now) {
     if (now) {
         // The robot reads to this end before it ends the stream itself, where a cancelled stream
         // would take with it what the robot has not read yet.
+        giveToGrpc(this);
         StartWritesDone();
         RemoveHold();
     }
 }
 
 void Link::OnDone(const grpc::Status& status) {
+    takeFromGrpc(this);
     bool saidHello = false;
     {
         const std::lock_guard lock(fMutex);

@@ -96,6 +96,7 @@ class Link : private grpc::ClientBidiReactor<v1::ClientBatch, v1::ServerBatch> {
     void OnWriteDone(bool ok) override;
     void OnDone(const grpc::Status& status) override;
 
+    void xRead();
     void xSayHello();
     void xAwaitHello(Deadline deadline);
     void xSendTheRest();

@@ -3,6 +3,7 @@
 #include "channel.h"
 #include "deadline.h"
 #include "failure.h"
+#include "grpc_handover.h"
 #include "server_session.h"
 #include "socket_address.h"
 #include "subscription_server.h"
@@ -59,6 +60,7 @@ Server::Server(std::shared_ptr<Runtime> runtime, std::shared_ptr<HostedModules> 
     int boundPort = 0;
     configureServer(builder, local.toString(), &boundPort);
     builder.RegisterService(fService.get());
+    giveToGrpc(this);
     fServer = builder.BuildAndStart();
     if (!fServer || boundPort != port) {
         fServer.reset();
@@ -76,6 +78,7 @@ Server::~Server() {
 
 grpc::ServerBidiReactor<v1::ClientBatch, v1::ServerBatch>* Server::xOpenSession(
     grpc::CallbackServerContext* context) {
+    takeFromGrpc(this);
     std::shared_ptr<ServerSession> session;
     bool admitted = false;
     {
@@ -94,6 +97,7 @@ grpc::ServerBidiReactor<v1::ClientBatch, v1::ServerBatch>* Server::xOpenSession(
 
 grpc::ServerBidiReactor<v1::SubscriptionRequest, v1::SubscriptionUpdate>* Server::xOpenSubscription(
     grpc::CallbackServerContext* context) {
+    takeFromGrpc(this);
     const auto subscription = std::make_shared<SubscriptionServer>(*this, context);
     {
         const std::lock_guard lock(fMutex);

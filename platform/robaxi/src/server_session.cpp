@@ -1,6 +1,7 @@
 #include "server_session.h"
 
 #include "failure.h"
+#include "grpc_handover.h"
 #include "limits.h"
 #include "message_codec.h"
 #include "refused_call.h"
@@ -47,11 +48,19 @@ ServerSession::~ServerSession() = default;
 
 void ServerSession::start(bool admitted) {
     fIsAdmitted = admitted;
-    StartRead(&fIncoming);
+    giveToGrpc(&fContext);
+    xRead();
     fSilence.startAt(TimerThread::Clock::now() + limits::a_heartbeatPeriod);
 }
 
+void ServerSession::xRead() {
+    giveToGrpc(&fIncoming);
+    StartRead(&fIncoming);
+}
+
 void ServerSession::OnReadDone(bool ok) {
+    const GrpcReaction reaction(this);
+    takeFromGrpc(&fIncoming);
     if (!ok) {
         xFinishWhen(fOut.close());
         return;
@@ -64,7 +73,7 @@ void ServerSession::OnReadDone(bool ok) {
             break;
         }
     }
-    StartRead(&fIncoming);
+    xRead();
 }
 
 bool ServerSession::xReceive(v1::ClientMessage& message) {
@@ -77,14 +86,18 @@ bool ServerSession::xReceive(v1::ClientMessage& message) {
 }
 
 void ServerSession::OnWriteDone(bool ok) {
+    const GrpcReaction reaction(this);
     xFinishWhen(fOut.writeDone(ok));
 }
 
 void ServerSession::OnCancel() {
+    const GrpcReaction reaction(this);
+    takeFromGrpc(&fContext);
     xFinishWhen(fOut.close());
 }
 
 void ServerSession::OnDone() {
+    takeFromGrpc(this);
     fSilence.stop();
     {
         const std::lock_guard lock(fMutex);
@@ -99,6 +112,7 @@ void ServerSession::OnDone() {
 
 void ServerSession::xFinishWhen(bool now) {
     if (now) {
+        giveToGrpc(this);
         Finish(fStatus);
     }
 }

@@ -54,6 +54,7 @@ class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::Server
         std::atomic<bool> fIsCancelled{false};
     };
 
+    void xRead();
     bool xReceive(v1::ClientMessage& message);
     void xHandle(v1::ClientMessage& message);
     void xHandleHello(const v1::Hello& hello);

@@ -1,6 +1,7 @@
 #include "subscription_client.h"
 
 #include "batch_codec.h"
+#include "grpc_handover.h"
 #include "message_codec.h"
 
 #include <algorithm>
@@ -33,7 +34,7 @@ void SubscriptionClient::start(bool allKeys, double rate) {
         fIsStarted = true;
     }
     xWrite();
-    StartRead(&fUpdate);
+    xRead();
     StartCall();
     const auto loss = fLink->addLossListener(this);
     if (loss) {
@@ -87,16 +88,25 @@ void SubscriptionClient::xWrite() {
         fRequest = std::move(*fNextRequest);
         fNextRequest.reset();
     }
+    giveToGrpc(&fRequest);
     StartWrite(&fRequest);
 }
 
 void SubscriptionClient::xEndWhen(bool now) {
     if (now) {
+        giveToGrpc(this);
         RemoveHold();
     }
 }
 
+void SubscriptionClient::xRead() {
+    giveToGrpc(&fUpdate);
+    StartRead(&fUpdate);
+}
+
 void SubscriptionClient::OnReadDone(bool ok) {
+    const GrpcReaction reaction(this);
+    takeFromGrpc(&fUpdate);
     if (!ok) {
         xEndWhen(fGate.close());
         return;
@@ -109,14 +119,17 @@ void SubscriptionClient::OnReadDone(bool ok) {
 }
 
 void SubscriptionClient::OnWriteDone(bool /*ok*/) {
+    const GrpcReaction reaction(this);
+    takeFromGrpc(&fRequest);
     if (fGate.leave()) {
-        RemoveHold();
+        xEndWhen(true);
     } else {
         xWrite();
     }
 }
 
 void SubscriptionClient::OnDone(const grpc::Status& status) {
+    takeFromGrpc(this);
     {
         const std::lock_guard lock(fMutex);
         if (!fFailure) {
@@ -157,7 +170,7 @@ void SubscriptionClient::xDeliver() {
         xNextRequest().set_consumed(fUpdate.number());
     }
     xWrite();
-    StartRead(&fUpdate);
+    xRead();
 }
 
 void SubscriptionClient::xDeliverContent() {

@@ -50,6 +50,7 @@ class SubscriptionClient
     void linkLost(const Failure& loss) override;
 
     void xEndWhen(bool now);
+    void xRead();
     void xWrite();
     v1::SubscriptionRequest& xNextRequest();
 

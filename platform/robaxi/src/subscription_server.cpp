@@ -1,5 +1,6 @@
 #include "subscription_server.h"
 
+#include "grpc_handover.h"
 #include "limits.h"
 #include "message_codec.h"
 #include "server.h"
@@ -26,7 +27,8 @@ SubscriptionServer::SubscriptionServer(Server& server, grpc::CallbackServerConte
 SubscriptionServer::~SubscriptionServer() = default;
 
 void SubscriptionServer::start() {
-    StartRead(&fRequest);
+    giveToGrpc(&fContext);
+    xRead();
     // A stream on which nobody says what he wants is ended like a silent session.
     fPump.startAt(Clock::now() + limits::a_heartbeatPeriod * limits::a_silentHeartbeatsOfClient);
 }
@@ -45,17 +47,26 @@ void SubscriptionServer::moduleRemoved(const std::string& name) {
     xEnd(KVError::Cause::NoSuchModule, "the robot has ended it");
 }
 
+void SubscriptionServer::xRead() {
+    giveToGrpc(&fRequest);
+    StartRead(&fRequest);
+}
+
 void SubscriptionServer::OnReadDone(bool ok) {
+    const GrpcReaction reaction(this);
+    takeFromGrpc(&fRequest);
     if (!ok) {
         xFinishWhen(fGate.close());
         return;
     }
     xHandle();
     xWake();
-    StartRead(&fRequest);
+    xRead();
 }
 
 void SubscriptionServer::OnWriteDone(bool ok) {
+    const GrpcReaction reaction(this);
+    takeFromGrpc(&fUpdate);
     const bool isLast = fUpdate.has_ended();
     if (fGate.leave()) {
         xFinishWhen(true);
@@ -67,10 +78,13 @@ void SubscriptionServer::OnWriteDone(bool ok) {
 }
 
 void SubscriptionServer::OnCancel() {
+    const GrpcReaction reaction(this);
+    takeFromGrpc(&fContext);
     xFinishWhen(fGate.close());
 }
 
 void SubscriptionServer::OnDone() {
+    takeFromGrpc(this);
     if (fTable) {
         fTable->removeObserver(this);
     }
@@ -80,6 +94,7 @@ void SubscriptionServer::OnDone() {
 
 void SubscriptionServer::xFinishWhen(bool now) {
     if (now) {
+        giveToGrpc(this);
         Finish(grpc::Status::OK);
     }
 }
@@ -177,6 +192,7 @@ void SubscriptionServer::xPump() {
     if (xCompose()) {
         fIsAwake = true;
         fUpdate.set_number(++fSent);
+        giveToGrpc(&fUpdate);
         StartWrite(&fUpdate);
     } else {
         xFinishWhen(fGate.leave());

@@ -58,6 +58,7 @@ class SubscriptionServer
     void keyAdded() override;
     void keyRemoved(std::uint32_t id) override;
 
+    void xRead();
     void xHandle();
     void xStartSubscription(const v1::SubscriptionStart& start);
     void xSetRate(double rate);

@@ -1,6 +1,7 @@
 #ifndef ROBAXI_WRITE_QUEUE_H
 #define ROBAXI_WRITE_QUEUE_H
 
+#include "grpc_handover.h"
 #include "limits.h"
 #include "write_gate.h"
 
@@ -79,6 +80,7 @@ class WriteQueue {
 
     /** To be called at the end of each write. When it returns true the caller ends the stream. */
     [[nodiscard]] bool writeDone(bool ok) {
+        takeFromGrpc(&fCurrent);
         if (fGate.leave()) {
             return true;
         }
@@ -130,6 +132,7 @@ class WriteQueue {
             xTakeNext();
         }
         fRoom.notify_all();
+        giveToGrpc(&fCurrent);
         fStartWrite(&fCurrent);
         return false;
     }
