@@ -6,7 +6,7 @@
 namespace KD {
 
 BonjourGrabImageThread::BonjourGrabImageThread(
-    boost::shared_ptr<BonjourListeningThread> listeningThread)
+    const boost::shared_ptr<BonjourListeningThread>& listeningThread)
     : fListeningThread(listeningThread), fConnected(fConnectedPromise.get_future().share()) {
 }
 

@@ -22,7 +22,8 @@ class BonjourGrabImageThread : public QThread {
     Q_OBJECT
 
   public:
-    explicit BonjourGrabImageThread(boost::shared_ptr<BonjourListeningThread> listeningThread);
+    explicit BonjourGrabImageThread(
+        const boost::shared_ptr<BonjourListeningThread>& listeningThread);
     /** Ends the event loop, and with it all downloads, and waits for that. */
     ~BonjourGrabImageThread() override;
 

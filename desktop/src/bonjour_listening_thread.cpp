@@ -170,6 +170,8 @@ void BonjourListeningThread::xStartListening() {
     }
 }
 
+// The two handlers take what the library's signals give.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 void BonjourListeningThread::onAddProfile(boost::shared_ptr<KV::BonjourProfile> profile) {
     if (!profile) {
         return;
@@ -185,12 +187,13 @@ void BonjourListeningThread::onAddProfile(boost::shared_ptr<KV::BonjourProfile> 
     }
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 void BonjourListeningThread::onRemoveProfile(boost::shared_ptr<KV::BonjourProfile> profile) {
     const KVCriticalSection lock(fProfilesMutex);
     fProfilesToLookUp.removeAll(profile);
 }
 
-void BonjourListeningThread::lookedUp(QHostInfo host) {
+void BonjourListeningThread::lookedUp(const QHostInfo& host) {
     const QString hostName = host.hostName();
     const std::string address = firstIPv4Address(host).toStdString();
     const KVCriticalSectionWrite mapLock(KV::BonjourDiscovery::fRobaxsMapMutex);

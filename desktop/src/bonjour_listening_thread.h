@@ -82,7 +82,7 @@ class BonjourListeningThread : public QThread,
 
   public Q_SLOTS:
     /** Gives the first address of `host` that is not IPv6 to all waiting profiles of its name. */
-    void lookedUp(QHostInfo host);
+    void lookedUp(const QHostInfo& host);
 
   protected:
     BonjourListeningThread();

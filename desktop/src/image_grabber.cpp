@@ -30,7 +30,8 @@ void storeImage(HttpDownloadObject* download,
 
 }  // namespace
 
-void ImageGrabber::onAskForImage(QString IP, boost::shared_ptr<KV::BonjourProfile> profile) {
+void ImageGrabber::onAskForImage(const QString& IP,
+                                 const boost::shared_ptr<KV::BonjourProfile>& profile) {
     if (IP.isEmpty()) {
         return;
     }

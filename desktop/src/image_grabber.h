@@ -24,7 +24,7 @@ class ImageGrabber : public QObject {
 
   public Q_SLOTS:
     /** Starts the download of the icon of the robot at `IP`; without an address it does nothing. */
-    void onAskForImage(QString IP, boost::shared_ptr<KV::BonjourProfile> profile);
+    void onAskForImage(const QString& IP, const boost::shared_ptr<KV::BonjourProfile>& profile);
 
     /** Stores what the sending download has brought, if anything, and disposes of the download. */
     void onDownloadFinished(bool success);

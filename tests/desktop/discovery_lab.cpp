@@ -44,6 +44,11 @@ bool Announcement::isEstablished() {
     return fProcess.waitForErrors("Established");
 }
 
+bool nobodyAnnounces(const std::string& type) {
+    ChildProcess browser({"avahi-browse", "--terminate", "--parsable", type});
+    return browser.waitForEnd() == 0 && browser.output().empty();
+}
+
 std::string webServer(const std::string& folder, const std::string& path,
                       const std::string& content) {
     namespace fs = std::filesystem;

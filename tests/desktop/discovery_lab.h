@@ -28,6 +28,9 @@ class Announcement {
     ChildProcess fProcess;
 };
 
+/** Whether avahi-browse sees no service of the type, in the daemon's cache neither. */
+bool nobodyAnnounces(const std::string& type);
+
 /**
  * A web server, nginx, on port 80 that serves one file.
  *

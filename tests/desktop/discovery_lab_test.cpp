@@ -27,6 +27,7 @@ using obvista_test::ScriptedHttpServer;
 using obvista_test::lab::Announcement;
 using obvista_test::lab::control;
 using obvista_test::lab::hostName;
+using obvista_test::lab::nobodyAnnounces;
 using obvista_test::lab::service;
 using obvista_test::lab::webServer;
 namespace resolver = obvista_test::resolver;
@@ -172,6 +173,8 @@ void DiscoveryLabTest::cleanup() {
     fThread.reset();
     QVERIFY(mapIsEmpty());
     QVERIFY2(fExceptions.isEmpty(), qPrintable(fExceptions.join(QLatin1Char('\n'))));
+    // The goodbyes of one test are not to be heard in the next one.
+    QTRY_VERIFY_WITH_TIMEOUT(nobodyAnnounces(a_robot) && nobodyAnnounces(a_middleware), a_patience);
 }
 
 void DiscoveryLabTest::showsARobotOfOtherMakersUntilItIsGone() {
