@@ -20,11 +20,11 @@ class NewerRobot : public v1::Robaxi::Service {
   public:
     grpc::Status Session(
         grpc::ServerContext* /*context*/,
-        grpc::ServerReaderWriter<v1::ServerMessage, v1::ClientMessage>* stream) override {
-        v1::ClientMessage hello;
+        grpc::ServerReaderWriter<v1::ServerBatch, v1::ClientBatch>* stream) override {
+        v1::ClientBatch hello;
         stream->Read(&hello);
-        v1::ServerMessage answer;
-        v1::HelloReply* const reply = answer.mutable_hello_reply();
+        v1::ServerBatch answer;
+        v1::HelloReply* const reply = answer.add_messages()->mutable_hello_reply();
         reply->set_protocol_version(a_laterVersion);
         reply->set_refusal(v1::HelloReply::PROTOCOL_VERSION);
         reply->set_name("newer");
