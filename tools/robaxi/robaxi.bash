@@ -9,7 +9,7 @@ _robaxi_offer() {
     local word
     COMPREPLY=()
     while IFS= read -r word; do
-        [[ $word == "$cur"* ]] && COMPREPLY+=("$(printf '%q' "$word")")
+        [[ -n $word && $word == "$cur"* ]] && COMPREPLY+=("$(printf '%q' "$word")")
     done
 }
 
