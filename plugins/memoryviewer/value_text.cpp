@@ -48,7 +48,7 @@ class BoundedText {
     bool fIsFull = false;
 };
 
-bool isShownAsCodePoint(uint character) {
+bool isEscaped(uint character) {
     constexpr uint zeroWidthNonJoiner = 0x200C;
     constexpr uint zeroWidthJoiner = 0x200D;
     switch (QChar::category(character)) {
@@ -64,24 +64,29 @@ bool isShownAsCodePoint(uint character) {
     }
 }
 
+/** In ASCII, since few fonts have pictures of control characters. */
+QString escapedCharacter(uint character) {
+    switch (character) {
+        case '\n':
+            return QStringLiteral("\\n");
+        case '\r':
+            return QStringLiteral("\\r");
+        case '\t':
+            return QStringLiteral("\\t");
+        default:
+            break;
+    }
+    constexpr uint firstOfFourDigits = 0x100;
+    const QString digits = QString::number(character, 16);
+    return character < firstOfFourDigits ? QStringLiteral("\\x%1").arg(digits, 2, QLatin1Char('0'))
+                                         : QStringLiteral("\\u{%1}").arg(digits);
+}
+
 QString visibleCharacter(uint character, Quotes quotes) {
-    constexpr uint firstPicture = 0x2400;
-    constexpr uint deletePicture = 0x2421;
-    constexpr uint deleteCharacter = 0x7F;
-    if (character < ' ') {
-        return QChar(firstPicture + character);
-    }
-    if (character == deleteCharacter) {
-        return QChar(deletePicture);
-    }
-    if (quotes == Quotes::Double && (character == '"' || character == '\\')) {
+    if (character == '\\' || (character == '"' && quotes == Quotes::Double)) {
         return QLatin1Char('\\') + QString(QChar(character));
     }
-    if (isShownAsCodePoint(character)) {
-        return QString::fromUtf8("\u27E8U+%1\u27E9")
-            .arg(QString::number(character, 16).toUpper(), 4, QLatin1Char('0'));
-    }
-    return QString::fromUcs4(&character, 1);
+    return isEscaped(character) ? escapedCharacter(character) : QString::fromUcs4(&character, 1);
 }
 
 void appendString(BoundedText& line, const std::string& utf8, int maxLength, Quotes quotes) {

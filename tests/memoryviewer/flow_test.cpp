@@ -75,6 +75,7 @@ void FlowTest::xFlood(std::uint32_t keyCount, During during) {
     std::thread robot([&] {
         for (std::int64_t value = 1; !isOver; ++value) {
             std::vector<KVChange> changes;
+            changes.reserve(keys.size());
             for (const KVKeyInfo& key : keys) {
                 changes.push_back({key.fId, KVValue(value), value});
             }
