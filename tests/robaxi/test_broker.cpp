@@ -69,4 +69,13 @@ KVError errorOf(const std::function<void()>& action) {
     return KVError(KVError::Cause::Internal, "no KVError was thrown");
 }
 
+testing::AssertionResult hasCause(const KVError& error, KVError::Cause cause) {
+    if (error.cause() == cause) {
+        return testing::AssertionSuccess();
+    }
+    return testing::AssertionFailure()
+           << "cause " << static_cast<int>(error.cause()) << " in place of "
+           << static_cast<int>(cause) << ": " << error.toString();
+}
+
 }  // namespace robaxi_test

@@ -38,7 +38,7 @@ void SubscriptionClient::start(bool allKeys, double rate) {
     StartCall();
     const auto loss = fLink->addLossListener(this);
     if (loss) {
-        linkLost(*loss);
+        xFail(*loss);
     }
 }
 
@@ -147,10 +147,14 @@ void SubscriptionClient::OnDone(const grpc::Status& status) {
 }
 
 void SubscriptionClient::linkLost(const Failure& loss) {
+    xFail(loss);
+}
+
+void SubscriptionClient::xFail(const Failure& failure) {
     {
         const std::lock_guard lock(fMutex);
         if (!fFailure) {
-            fFailure = loss;
+            fFailure = failure;
         }
     }
     fContext.TryCancel();
@@ -160,7 +164,7 @@ void SubscriptionClient::xDeliver() {
     try {
         xDeliverContent();
     } catch (const Failure& failure) {
-        linkLost(failure);  // a robot that breaks the protocol is not listened to any further
+        xFail(failure);  // a robot that breaks the protocol is not listened to any further
     }
     {
         const std::lock_guard lock(fMutex);
@@ -184,11 +188,9 @@ void SubscriptionClient::xDeliverContent() {
         case v1::SubscriptionUpdate::kValues:
             xChangeValues(fUpdate.values());
             break;
-        case v1::SubscriptionUpdate::kEnded: {
-            const std::lock_guard lock(fMutex);
-            fFailure = Failure{decodeCause(fUpdate.ended().cause()), fUpdate.ended().text()};
+        case v1::SubscriptionUpdate::kEnded:
+            xFail({decodeCause(fUpdate.ended().cause()), fUpdate.ended().text()});
             break;
-        }
         default:
             break;
     }

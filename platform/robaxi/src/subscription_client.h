@@ -49,6 +49,7 @@ class SubscriptionClient
     void OnDone(const grpc::Status& status) override;
     void linkLost(const Failure& loss) override;
 
+    void xFail(const Failure& failure);
     void xEndWhen(bool now);
     void xRead();
     void xWrite();

@@ -1,0 +1,172 @@
+// What a client of ours does with robots that do not keep to the protocol.
+#include "raw_peer.h"
+#include "recording_listener.h"
+#include "test_broker.h"
+
+#include <robaxi/kv_connection.h>
+#include <robaxi/kv_proxy.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+using namespace robaxi_test;
+
+namespace {
+
+class ProtocolClient : public testing::Test {
+  protected:
+    ProtocolClient() {
+        fRobot.fAnswer = [this](const v1::ClientMessage& message, v1::ServerMessage& answer) {
+            if (message.has_list_modules()) {
+                answer.mutable_module_list()->set_call_id(message.list_modules().call_id());
+                answer.mutable_module_list()->add_modules()->set_name("Robot");
+                return true;
+            }
+            if (!message.has_call()) {
+                return false;
+            }
+            answer = fResult;
+            answer.mutable_result()->set_call_id(message.call().call_id());
+            return true;
+        };
+    }
+
+    KVError connectError() {
+        return errorOf([this] { KVConnection::open(fClient, a_loopback, fRobot.port(), 5); });
+    }
+
+    /** What a subscription ends with to which the robot sends this. */
+    KVError subscriptionError(const std::vector<v1::SubscriptionUpdate>& updates) {
+        fRobot.fSubscription = [&updates](RawServer::SubscriptionStream& stream) {
+            for (const v1::SubscriptionUpdate& update : updates) {
+                stream.Write(update);
+            }
+        };
+        const auto connection = KVConnection::open(fClient, a_loopback, fRobot.port(), 5);
+        const auto subscription = KVSubscription::start(
+            connection, "Robot", KVSubscription::Selection::AllKeys, 1, &fListener);
+        return fListener.waitForEnd() ? *fListener.fEnd : KVError(KVError::Cause::Internal, "none");
+    }
+
+    static v1::SubscriptionUpdate keyAdded(std::uint32_t id, const std::string& name) {
+        v1::SubscriptionUpdate update;
+        v1::Key* key = update.mutable_keys_added()->add_keys();
+        key->set_id(id);
+        key->set_name(name);
+        return update;
+    }
+
+    RawServer fRobot;
+    BrokerPtr fClient = makeClient();
+    RecordingListener fListener;
+    v1::ServerMessage fResult;
+};
+
+}  // namespace
+
+TEST_F(ProtocolClient, TellsThatTheRobotSpeaksAnotherVersion) {
+    fRobot.fHelloReply.set_protocol_version(7);
+    fRobot.fHelloReply.set_refusal(v1::HelloReply::PROTOCOL_VERSION);
+    const KVError error = connectError();
+    EXPECT_CAUSE(error, ProtocolVersion);
+    EXPECT_EQ(error.toString(),
+              "Cannot reach 127.0.0.1 port " + std::to_string(fRobot.port()) +
+                  ": the program there does not speak this version of the Robaxi protocol (it "
+                  "speaks version 7, this program version 1). Check the port, and that robot and "
+                  "program are of matching versions.");
+}
+
+TEST_F(ProtocolClient, DoesNotTakeAnotherVersionThatIsNotRefused) {
+    fRobot.fHelloReply.set_protocol_version(2);
+    EXPECT_CAUSE(connectError(), ProtocolVersion);
+}
+
+TEST_F(ProtocolClient, TellsThatTheRobotRefusesIt) {
+    fRobot.fHelloReply.set_refusal(v1::HelloReply::TOO_MANY_SESSIONS);
+    const KVError error = connectError();
+    EXPECT_CAUSE(error, NotAuthorised);
+    EXPECT_NE(error.toString().find("too many programs"), std::string::npos) << error.toString();
+    fRobot.fHelloReply.set_refusal(v1::HelloReply::NOT_AUTHORISED);
+    EXPECT_CAUSE(connectError(), NotAuthorised);
+}
+
+TEST_F(ProtocolClient, TellsThatAServerIsNoRobot) {
+    fRobot.fSessionStatus = grpc::Status(grpc::StatusCode::UNIMPLEMENTED, "");
+    EXPECT_CAUSE(connectError(), ProtocolVersion);
+}
+
+TEST_F(ProtocolClient, TellsThatAResultCannotBeRead) {
+    KVProxy proxy("Robot", a_loopback, fRobot.port(), fClient, 5, 0);
+    v1::Value* value = fResult.mutable_result()->mutable_value();
+    *value = nestedValue(65);
+    EXPECT_CAUSE(errorOf([&] { proxy.callVoid("x"); }), Internal);
+    value->Clear();
+    value->set_type(static_cast<v1::Value::Type>(99));
+    EXPECT_CAUSE(errorOf([&] { proxy.callVoid("x"); }), Internal);
+    value->set_type(v1::Value::MAP);
+    value->add_keys("key without a value");
+    EXPECT_CAUSE(errorOf([&] { proxy.callVoid("x"); }), Internal);
+    *value = textValue("well");
+    EXPECT_EQ(proxy.call<std::string>("x"), "well");
+}
+
+TEST_F(ProtocolClient, TakesAnUnknownCauseAsInternal) {
+    KVProxy proxy("Robot", a_loopback, fRobot.port(), fClient, 5, 0);
+    v1::Error* error = fResult.mutable_result()->mutable_error();
+    error->set_cause(static_cast<v1::Error::Cause>(1000));
+    error->set_text("of a later version");
+    error->set_by_method(true);
+    const KVError thrown = errorOf([&] { proxy.callVoid("x"); });
+    EXPECT_CAUSE(thrown, Internal);
+    EXPECT_EQ(thrown.toString(), "of a later version");
+}
+
+TEST_F(ProtocolClient, WaitsForItsTimeOutWhenTheRobotNeverAnswersACall) {
+    fRobot.fAnswer = [answer = fRobot.fAnswer](const auto& message, auto& reply) {
+        return !message.has_call() && answer(message, reply);
+    };
+    KVProxy proxy("Robot", a_loopback, fRobot.port(), fClient, 1, 0);
+    EXPECT_CAUSE(errorOf([&] { proxy.callVoid("x"); }), TimedOut);
+}
+
+TEST_F(ProtocolClient, EndsASubscriptionWhoseBatchDoesNotFitTogether) {
+    v1::SubscriptionUpdate broken;
+    broken.mutable_values()->add_float_ids(1);
+    EXPECT_CAUSE(subscriptionError({keyAdded(1, "a"), broken}), Internal);
+    EXPECT_EQ(fListener.fKeys.size(), 1U);
+    EXPECT_TRUE(fListener.fValues.empty());
+}
+
+TEST_F(ProtocolClient, EndsASubscriptionWhoseTimesDoNotFitTogether) {
+    v1::SubscriptionUpdate broken;
+    broken.mutable_values()->add_int_ids(1);
+    broken.mutable_values()->add_ints(1);
+    broken.mutable_values()->add_time_offsets(1);
+    broken.mutable_values()->add_time_offsets(2);
+    EXPECT_CAUSE(subscriptionError({keyAdded(1, "a"), broken}), Internal);
+}
+
+TEST_F(ProtocolClient, EndsASubscriptionWhoseKeysMakeNoSense) {
+    EXPECT_CAUSE(subscriptionError({keyAdded(0, "a")}), Internal);
+}
+
+TEST_F(ProtocolClient, EndsASubscriptionThatSendsAKeyTwice) {
+    EXPECT_CAUSE(subscriptionError({keyAdded(3, "a"), keyAdded(3, "b")}), Internal);
+}
+
+TEST_F(ProtocolClient, PassesOverValuesOfKeysThatItDoesNotKnow) {
+    v1::SubscriptionUpdate values;
+    for (const std::uint32_t id : {7U, 1U}) {
+        values.mutable_values()->add_int_ids(id);
+        values.mutable_values()->add_ints(id * 10);
+    }
+    v1::SubscriptionUpdate removed;
+    removed.mutable_keys_removed()->add_ids(8);
+    v1::SubscriptionUpdate end;
+    end.mutable_ended()->set_cause(v1::Error::NO_SUCH_MODULE);
+    EXPECT_CAUSE(subscriptionError({keyAdded(1, "a"), values, removed, end}), NoSuchModule);
+    EXPECT_EQ(fListener.fValues.size(), 1U);
+    EXPECT_EQ(fListener.fValues["a"].fValue, KVValue(10));
+    EXPECT_TRUE(fListener.fRemoved.empty());
+}

@@ -1,0 +1,237 @@
+// What a server of ours does with clients that do not keep to the protocol, or speak only the least
+// of it.
+#include "latch.h"
+#include "raw_peer.h"
+#include "test_broker.h"
+
+#include <robaxi/kv_proxy.h>
+#include <robaxi/kv_value_table.h>
+
+#include <boost/make_shared.hpp>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+
+using namespace robaxi_test;
+
+namespace {
+
+constexpr std::size_t a_mebibyte = std::size_t{1} << 20U;
+
+class ProtocolServer : public testing::Test {
+  protected:
+    ProtocolServer() { fServer->addModule(makeEcho()); }
+
+    /** The server must serve others on, whatever the one client does. */
+    ~ProtocolServer() override {
+        KVProxy proxy("Echo", a_loopback, fServer->getPort(), makeClient(), 10, 0);
+        EXPECT_EQ(proxy.call<int>("echo", 1), 1);
+    }
+
+    BrokerPtr fServer = makeServer("Robot");
+    RawClient fClient{fServer->getPort()};
+};
+
+}  // namespace
+
+TEST_F(ProtocolServer, AnswersHelloWithItsNameAndASession) {
+    const v1::HelloReply reply = fClient.hello();
+    EXPECT_EQ(reply.refusal(), v1::HelloReply::NONE);
+    EXPECT_EQ(reply.protocol_version(), 1U);
+    EXPECT_EQ(reply.name(), "Robot");
+    EXPECT_NE(reply.session_id(), 0U);
+    EXPECT_EQ(reply.silence_limit(), 5000U);
+    EXPECT_TRUE(reply.takes_fragments());
+}
+
+TEST_F(ProtocolServer, RefusesAnotherVersion) {
+    const v1::HelloReply reply = fClient.hello(2);
+    EXPECT_EQ(reply.refusal(), v1::HelloReply::PROTOCOL_VERSION);
+    EXPECT_EQ(reply.protocol_version(), 1U);
+    EXPECT_EQ(reply.session_id(), 0U);
+    EXPECT_TRUE(fClient.finish().ok());
+}
+
+TEST_F(ProtocolServer, RefusesAClientThatDoesNotSayHello) {
+    v1::ClientMessage message;
+    message.mutable_list_modules()->set_call_id(1);
+    ASSERT_TRUE(fClient.send(message));
+    v1::ServerMessage answer;
+    ASSERT_TRUE(fClient.receive(answer));
+    EXPECT_EQ(answer.hello_reply().refusal(), v1::HelloReply::PROTOCOL_VERSION);
+    EXPECT_FALSE(fClient.receive(answer));
+}
+
+TEST_F(ProtocolServer, EndsASessionThatIsSilent) {
+    fClient.hello();
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(fClient.finish().ok());
+    const auto seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    EXPECT_GE(seconds, 4.5) << "a client may be silent for five seconds";
+    EXPECT_LT(seconds, 7.0);
+}
+
+TEST_F(ProtocolServer, TakesSeveralMessagesTogether) {
+    fClient.hello();
+    v1::ClientBatch batch;
+    for (std::uint64_t id = 1; id <= 3; ++id) {
+        v1::Call* call = batch.add_messages()->mutable_call();
+        call->set_call_id(id);
+        call->set_module("Echo");
+        call->set_method("echo");
+        *call->add_arguments() = textValue("x");
+    }
+    ASSERT_TRUE(fClient.send(batch));
+    std::uint64_t sum = 0;
+    for (int i = 0; i < 3; ++i) {
+        v1::ServerMessage answer;
+        ASSERT_TRUE(fClient.receive(answer));
+        sum += answer.result().call_id();
+    }
+    EXPECT_EQ(sum, 6U);
+}
+
+TEST_F(ProtocolServer, AnswersValuesThatBreakTheProtocolWithAnError) {
+    fClient.hello();
+    v1::Value unknownType;
+    unknownType.set_type(static_cast<v1::Value::Type>(42));
+    v1::Value mapWithoutKeys;
+    mapWithoutKeys.set_type(v1::Value::MAP);
+    mapWithoutKeys.add_elements();
+    v1::Value keyTwice;
+    keyTwice.set_type(v1::Value::MAP);
+    for (int i = 0; i < 2; ++i) {
+        keyTwice.add_keys("same");
+        keyTwice.add_elements();
+    }
+    for (const v1::Value& value : {unknownType, mapWithoutKeys, keyTwice, nestedValue(65)}) {
+        const v1::Result result = fClient.echo(value);
+        EXPECT_TRUE(result.has_error());
+        EXPECT_FALSE(result.error().by_method());
+        EXPECT_FALSE(result.error().text().empty());
+    }
+    EXPECT_TRUE(fClient.echo(nestedValue(64)).has_value());
+}
+
+TEST_F(ProtocolServer, SurvivesAValueNestedBeyondReading) {
+    fClient.hello();
+    EXPECT_FALSE(fClient.echo(nestedValue(400)).has_value());
+}
+
+TEST_F(ProtocolServer, SurvivesAMessageAboveTheLimit) {
+    fClient.hello();
+    EXPECT_FALSE(fClient.echo(textValue(std::string(18 * a_mebibyte, 'x'))).has_value());
+}
+
+TEST_F(ProtocolServer, EndsASessionWhosePartsGrowAboveTheLimit) {
+    fClient.hello();
+    v1::ClientMessage part;
+    part.mutable_fragment()->set_data(std::string(a_mebibyte, 'x'));
+    for (int i = 0; i < 20 && fClient.send(part); ++i) {
+    }
+    EXPECT_EQ(fClient.finish().error_code(), grpc::StatusCode::INVALID_ARGUMENT);
+}
+
+TEST_F(ProtocolServer, EndsASessionWhosePartsCannotBeRead) {
+    fClient.hello();
+    v1::ClientMessage part;
+    part.mutable_fragment()->set_data("\xFF\xFF\xFF");
+    part.mutable_fragment()->set_last(true);
+    fClient.send(part);
+    EXPECT_EQ(fClient.finish().error_code(), grpc::StatusCode::INVALID_ARGUMENT);
+}
+
+TEST_F(ProtocolServer, SendsPartsOnlyToAClientThatTakesThem) {
+    const std::string large(3 * a_mebibyte, 'x');
+    fClient.hello(1, false);
+    EXPECT_EQ(fClient.echo(textValue(large)).value().bytes_value(), large);
+
+    RawClient takesParts(fServer->getPort());
+    takesParts.hello(1, true);
+    EXPECT_FALSE(takesParts.echo(textValue(large)).has_value()) << "it comes in parts";
+}
+
+TEST_F(ProtocolServer, RefusesCallsBeyondTheLimit) {
+    Latch latch;
+    const auto slow = boost::make_shared<KVModule>("Slow", "");
+    slow->bindMethod({"wait", "", ""}, {}, [&](const KVValue::List&) {
+        latch.enter();
+        return KVValue();
+    });
+    fServer->addModule(slow);
+    fClient.hello();
+    v1::ClientBatch batch;
+    for (std::uint64_t id = 1; id <= 2000; ++id) {
+        v1::Call* call = batch.add_messages()->mutable_call();
+        call->set_call_id(id);
+        call->set_module("Slow");
+        call->set_method("wait");
+    }
+    ASSERT_TRUE(fClient.send(batch));
+    v1::ServerMessage answer;
+    ASSERT_TRUE(fClient.receive(answer));
+    EXPECT_NE(answer.result().error().text().find("too many calls"), std::string::npos);
+    latch.open();
+    fServer->removeModule("Slow");
+}
+
+TEST_F(ProtocolServer, RefusesASubscriptionWithoutASession) {
+    const std::uint64_t session = fClient.hello().session_id();
+    grpc::ClientContext context;
+    const auto stream = fClient.stub().Subscribe(&context);
+    v1::SubscriptionRequest request;
+    request.mutable_start()->set_session_id(session + 1);
+    request.mutable_start()->set_module("Echo");
+    request.mutable_start()->set_rate(1);
+    ASSERT_TRUE(stream->Write(request));
+    v1::SubscriptionUpdate update;
+    ASSERT_TRUE(stream->Read(&update));
+    EXPECT_EQ(update.ended().cause(), v1::Error::NOT_AUTHORISED);
+    EXPECT_FALSE(stream->Read(&update));
+    EXPECT_TRUE(stream->Finish().ok());
+}
+
+TEST_F(ProtocolServer, RefusesASubscriptionWithARateOutOfRange) {
+    const std::uint64_t session = fClient.hello().session_id();
+    const auto memory = boost::make_shared<KVModule>("Memory", "");
+    memory->setValues(boost::make_shared<KVValueTable>());
+    fServer->addModule(memory);
+    grpc::ClientContext context;
+    const auto stream = fClient.stub().Subscribe(&context);
+    v1::SubscriptionRequest request;
+    request.mutable_start()->set_session_id(session);
+    request.mutable_start()->set_module("Memory");
+    request.mutable_start()->set_rate(1e6);
+    ASSERT_TRUE(stream->Write(request));
+    v1::SubscriptionUpdate update;
+    while (stream->Read(&update) && !update.has_ended()) {
+    }
+    EXPECT_EQ(update.ended().cause(), v1::Error::INVALID_ARGUMENT);
+    EXPECT_TRUE(stream->Finish().ok());
+}
+
+TEST_F(ProtocolServer, EndsSubscriptionsWithTheirSession) {
+    const auto memory = boost::make_shared<KVModule>("Memory", "");
+    memory->setValues(boost::make_shared<KVValueTable>());
+    fServer->addModule(memory);
+    grpc::ClientContext context;
+    RawClient other(fServer->getPort());
+    const auto stream = other.stub().Subscribe(&context);
+    {
+        RawClient session(fServer->getPort());
+        v1::SubscriptionRequest request;
+        request.mutable_start()->set_session_id(session.hello().session_id());
+        request.mutable_start()->set_module("Memory");
+        request.mutable_start()->set_all_keys(true);
+        request.mutable_start()->set_rate(1);
+        ASSERT_TRUE(stream->Write(request));
+        v1::SubscriptionUpdate update;
+        ASSERT_TRUE(stream->Read(&update));
+        EXPECT_TRUE(update.has_keys_added());
+    }
+    v1::SubscriptionUpdate update;
+    EXPECT_FALSE(stream->Read(&update));
+    EXPECT_FALSE(stream->Finish().ok());
+}

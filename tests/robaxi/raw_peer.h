@@ -1,0 +1,90 @@
+#ifndef OBVISTA_TESTS_ROBAXI_RAW_PEER_H
+#define OBVISTA_TESTS_ROBAXI_RAW_PEER_H
+
+#include "robaxi/v1/robaxi.grpc.pb.h"
+
+#include <grpcpp/grpcpp.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace robaxi_test {
+
+namespace v1 = robaxi::v1;
+
+/** A client that says whatever a test wants, as a program in another language might. */
+class RawClient {
+  public:
+    explicit RawClient(int port);
+    ~RawClient();
+    RawClient(const RawClient&) = delete;
+    RawClient& operator=(const RawClient&) = delete;
+
+    /** Says hello and returns the answer. */
+    v1::HelloReply hello(std::uint32_t version = 1, bool takesFragments = false);
+
+    bool send(const v1::ClientMessage& message);
+    bool send(const v1::ClientBatch& batch) { return fSession->Write(batch); }
+
+    /** The next message that is no heartbeat; false when the robot has ended the session. */
+    bool receive(v1::ServerMessage& message);
+    /** Sends a call of Echo.echo with one argument and returns its end. */
+    v1::Result echo(const v1::Value& argument);
+    /** Sends nothing more and waits for the end of the session. */
+    grpc::Status finish();
+
+    v1::Robaxi::Stub& stub() { return *fStub; }
+
+  private:
+    std::unique_ptr<v1::Robaxi::Stub> fStub;
+    grpc::ClientContext fContext;
+    std::unique_ptr<grpc::ClientReaderWriter<v1::ClientBatch, v1::ServerBatch>> fSession;
+    v1::ServerBatch fBatch;
+    int fNext = 0;
+    std::uint64_t fLastCallId = 0;
+    bool fIsFinished = false;
+};
+
+/** A robot that answers whatever a test wants. */
+class RawServer : private v1::Robaxi::Service {
+  public:
+    using SessionStream = grpc::ServerReaderWriter<v1::ServerBatch, v1::ClientBatch>;
+    using SubscriptionStream =
+        grpc::ServerReaderWriter<v1::SubscriptionUpdate, v1::SubscriptionRequest>;
+
+    /** What it answers to a message; nothing when the function returns false. */
+    using Answer = std::function<bool(const v1::ClientMessage&, v1::ServerMessage&)>;
+
+    RawServer();
+    ~RawServer() override;
+    RawServer(const RawServer&) = delete;
+    RawServer& operator=(const RawServer&) = delete;
+
+    int port() const { return fPort; }
+
+    /** @name To be set before a client comes; hello and heartbeats are answered well by default */
+    ///@{
+    v1::HelloReply fHelloReply;
+    grpc::Status fSessionStatus;
+    Answer fAnswer;
+    std::function<void(SubscriptionStream&)> fSubscription;
+    ///@}
+
+  private:
+    grpc::Status Session(grpc::ServerContext* context, SessionStream* stream) override;
+    grpc::Status Subscribe(grpc::ServerContext* context, SubscriptionStream* stream) override;
+    bool xAnswer(const v1::ClientMessage& message, v1::ServerMessage& answer) const;
+
+    std::unique_ptr<grpc::Server> fServer;
+    int fPort = 0;
+};
+
+v1::Value textValue(const std::string& text);
+/** A list in a list ... `depth` deep. */
+v1::Value nestedValue(int depth);
+
+}  // namespace robaxi_test
+
+#endif
