@@ -1,0 +1,73 @@
+// A name server that does not answer, played by the function that asks it.
+#include "latch.h"
+#include "test_broker.h"
+
+#include <robaxi/kv_connection.h>
+#include <robaxi/kv_proxy.h>
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstring>
+#include <dlfcn.h>
+#include <memory>
+#include <netdb.h>
+
+using namespace robaxi_test;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr const char* a_slowName = "slow.test";
+
+Latch& nameServer() {
+    static Latch latch;
+    return latch;
+}
+
+double secondsSince(Clock::time_point start) {
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+}  // namespace
+
+/** Stands before the system's function of this name, which it calls for every other host. */
+extern "C" __attribute__((visibility("default"))) int getaddrinfo(const char* host,
+                                                                  const char* service,
+                                                                  const addrinfo* hints,
+                                                                  addrinfo** result) {
+    const bool isNumeric = hints != nullptr && (hints->ai_flags & AI_NUMERICHOST) != 0;
+    if (host != nullptr && std::strcmp(host, a_slowName) == 0 && !isNumeric) {
+        nameServer().enter();
+        return EAI_AGAIN;
+    }
+    using Function = int (*)(const char*, const char*, const addrinfo*, addrinfo**);
+    static const auto system = reinterpret_cast<Function>(::dlsym(RTLD_NEXT, "getaddrinfo"));
+    return system(host, service, hints, result);
+}
+
+class SlowName : public testing::Test {
+  protected:
+    ~SlowName() override { nameServer().open(); }
+};
+
+TEST_F(SlowName, IsGivenUpWithTheTimeOut) {
+    auto client = makeClient();
+    const auto start = Clock::now();
+    const KVError error = errorOf([&] { KVProxy proxy("KVLeds", a_slowName, 9559, client, 1, 0); });
+    EXPECT_CAUSE(error, TimedOut);
+    EXPECT_NE(error.toString().find("(the name was not resolved)"), std::string::npos)
+        << error.toString();
+    EXPECT_GE(secondsSince(start), 1.0);
+    EXPECT_LT(secondsSince(start), 1.5) << "the time-out is one second";
+    EXPECT_EQ(nameServer().countEntries(), 1) << "the name server was asked";
+
+    const auto end = Clock::now();
+    client.reset();
+    EXPECT_LT(secondsSince(end), 0.5) << "nobody waits for the look-up that goes on";
+
+    nameServer().open();
+    EXPECT_CAUSE(errorOf([] { KVConnection::open(makeClient(), a_slowName, 9559, 5); }),
+                 NameNotFound);
+}
