@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t a_longestFile = 1024 * 1024;
+constexpr std::size_t a_longestFile = 1048576;
 
 std::string contents(const fs::path& file) {
     std::ifstream stream(file, std::ios::binary);

@@ -21,7 +21,10 @@ constexpr double a_fullCharge = 98;
 constexpr double a_emptyCharge = 12;
 
 // Channels of the noise that choose the run's constants.
-enum : std::uint32_t { a_ambientDraw = 1000000, a_batteryDraw, a_roundDraw, a_idleDraw };
+constexpr std::uint32_t a_ambientDraw = 1000000;
+constexpr std::uint32_t a_batteryDraw = 1000001;
+constexpr std::uint32_t a_roundDraw = 1000002;
+constexpr std::uint32_t a_idleDraw = 1000003;  // and one for each joint after it
 
 double inLimits(std::size_t joint, double angle) {
     const Joint& limits = joints()[joint];

@@ -21,6 +21,10 @@ constexpr std::uint64_t a_always = 1;
 constexpr std::uint64_t a_tenTimesASecond = 5;
 constexpr std::uint64_t a_eachSecond = 50;
 
+// Channels of the noise that choose the run's constants, beside those of the body.
+constexpr std::uint32_t a_cyclesDraw = 2000000;
+constexpr std::uint32_t a_colourDraw = 3000000;
+
 constexpr std::array<const char*, 2> a_sides{"Left", "Right"};
 
 /** A wave between -1 and 1 with a period in seconds. */
@@ -208,7 +212,7 @@ void HumanoidChannels::xAddBattery() {
              return KVValue(static_cast<std::int64_t>(body->batteryTimeLeft(now.fTime)));
          });
     xAdd("Battery/Cycles", "", "Full charges so far", a_always, [random = fNoise](const Instant&) {
-        return KVValue(static_cast<int>(80 + 300 * random.uniform(2000000, 0)));
+        return KVValue(static_cast<int>(80 + 300 * random.uniform(a_cyclesDraw, 0)));
     });
 }
 
@@ -273,16 +277,17 @@ void HumanoidChannels::xAddFeet() {
         };
         for (const bool front : {true, false}) {
             for (const bool outer : {true, false}) {
-                const std::string corner =
-                    std::string(front ? "Front" : "Rear") + (outer ? "Outer" : "Inner");
-                xAddMeasured(
-                    foot + "/Force/" + corner, "N", "Force on one corner of the sole", a_always,
-                    0.2, 10, [weight, forward, leftward, left, front, outer](const Instant& now) {
-                        const double along = front ? 1 + forward(now) : 1 - forward(now);
-                        const bool leftCorner = outer == left;
-                        const double across = leftCorner ? 1 + leftward(now) : 1 - leftward(now);
-                        return std::max(1.0, weight(now) * along * across / 4);
-                    });
+                std::string corner = foot + "/Force/";
+                corner += front ? "Front" : "Rear";
+                corner += outer ? "Outer" : "Inner";
+                xAddMeasured(corner, "N", "Force on one corner of the sole", a_always, 0.2, 10,
+                             [weight, forward, leftward, left, front, outer](const Instant& now) {
+                                 const double along = front ? 1 + forward(now) : 1 - forward(now);
+                                 const bool leftCorner = outer == left;
+                                 const double across =
+                                     leftCorner ? 1 + leftward(now) : 1 - leftward(now);
+                                 return std::max(1.0, weight(now) * along * across / 4);
+                             });
             }
         }
         xAddMeasured(foot + "/Force/Total", "N", "Force on the whole sole", a_always, 0.4, 10,
@@ -333,7 +338,9 @@ void HumanoidChannels::xAddSonar() {
 }
 
 void HumanoidChannels::xAddLeds() {
-    const auto draw = [this](std::uint32_t channel) { return fNoise.uniform(3000000, channel); };
+    const auto draw = [this](std::uint32_t channel) {
+        return fNoise.uniform(a_colourDraw, channel);
+    };
     // One calm colour for both eyes, chosen by the seed among blues and greens.
     const auto calm = (static_cast<std::int64_t>(0x60 + 0x90 * draw(0)) << 8) +
                       static_cast<std::int64_t>(0x80 + 0x7f * draw(1));
@@ -408,7 +415,7 @@ void HumanoidChannels::xAddSystem() {
                  10, [body](const Instant& now) {
                      return body->ambientTemperature() + 31 + 4 * wave(now, 180);
                  });
-    constexpr std::int64_t mebibyte = 1024 * 1024;
+    constexpr std::int64_t mebibyte = 1048576;
     xAdd("System/Memory/Total", "B", "Memory of the robot's computer", a_always,
          [](const Instant&) { return KVValue(3900 * mebibyte); });
     xAdd("System/Memory/Used", "B", "Memory in use", a_eachSecond, [](const Instant& now) {

@@ -53,7 +53,7 @@ class Clipboard {
 
 }  // namespace
 
-boost::shared_ptr<KVModule> makeMemoryModule(boost::shared_ptr<KVValueTable> table) {
+boost::shared_ptr<KVModule> makeMemoryModule(const boost::shared_ptr<KVValueTable>& table) {
     auto module = boost::make_shared<KVModule>("KVMemory", "The robot's values.");
     module->setValues(table);
     module->bindMethod({"getData", "getData(key: string) -> value", "The present value of a key."},

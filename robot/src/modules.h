@@ -15,7 +15,7 @@ namespace robot {
 constexpr std::size_t a_longestClipboard = 4096;
 
 /** "KVMemory": the robot's values, to be subscribed to, read and written. */
-boost::shared_ptr<KVModule> makeMemoryModule(boost::shared_ptr<KVValueTable> table);
+boost::shared_ptr<KVModule> makeMemoryModule(const boost::shared_ptr<KVValueTable>& table);
 
 /**
  * "KVLeds": shows an animation on the LEDs.

@@ -19,7 +19,6 @@ using lab_test::inLab;
 using lab_test::isSeenInTheEnd;
 using lab_test::resolved;
 using obvista_test::ChildProcess;
-using robot::AnnouncedService;
 using robot::Announcer;
 
 namespace {

@@ -283,9 +283,9 @@ TEST_F(RobotProcessTest, endsInTimeAndCleanlyDuringCallsAndSubscriptions) {
     RobotProcess robot({{}, true});
     std::atomic<int> calls{0};
     std::atomic<bool> over{false};
-    std::vector<std::thread> callers;
-    for (int i = 0; i < 4; ++i) {
-        callers.emplace_back([&] {
+    std::vector<std::thread> callers(4);
+    for (std::thread& caller : callers) {
+        caller = std::thread([&] {
             try {
                 const auto memory = proxy("KVMemory", robot);
                 while (!over) {
@@ -315,10 +315,10 @@ TEST_F(RobotProcessTest, endsInTimeAndCleanlyDuringCallsAndSubscriptions) {
 
 TEST_F(RobotProcessTest, manyClientsAtOnceGetTheirOwnAnswers) {
     RobotProcess robot;
-    std::vector<std::thread> clients;
+    std::vector<std::thread> clients(8);
     std::atomic<int> right{0};
-    for (int i = 0; i < 8; ++i) {
-        clients.emplace_back([&, i] {
+    for (std::size_t i = 0; i < clients.size(); ++i) {
+        clients[i] = std::thread([&, i] {
             const auto memory = proxy("KVMemory", robot);
             const std::string key = i % 2 == 0 ? "Robot/Joints" : "Audio/Volume";
             for (int call = 0; call < 50; ++call) {

@@ -158,9 +158,9 @@ TEST_F(WebServerTest, slowClientsKeepNobodyElseWaiting) {
 }
 
 TEST_F(WebServerTest, moreClientsThanItTakesAreServedWhenTheOthersAreGone) {
-    std::vector<std::unique_ptr<TcpClient>> idle;
-    for (int i = 0; i < 64; ++i) {
-        idle.push_back(std::make_unique<TcpClient>(fPort));
+    std::vector<std::unique_ptr<TcpClient>> idle(64);
+    for (std::unique_ptr<TcpClient>& client : idle) {
+        client = std::make_unique<TcpClient>(fPort);
     }
     TcpClient waiting(fPort);
     waiting.send("GET /media/buddy.icon HTTP/1.1\r\n\r\n");

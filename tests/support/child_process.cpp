@@ -62,6 +62,7 @@ int statusOf(int waited) {
 ChildProcess::ChildProcess(const std::vector<std::string>& command) {
     std::vector<std::string> copies = command;
     std::vector<char*> arguments;
+    arguments.reserve(copies.size() + 1);
     for (std::string& argument : copies) {
         arguments.push_back(argument.data());
     }
