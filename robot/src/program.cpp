@@ -61,7 +61,7 @@ int runProgram(int argc, char** argv) {
     }
     try {
         MainLoop loop;
-        const Robot robot(*parsed.fOptions, loop, {say, complain});
+        Robot robot(*parsed.fOptions, loop, {say, complain});
         say(readyLine(*parsed.fOptions));
         loop.run();
     } catch (const std::exception& failure) {

@@ -88,14 +88,14 @@ void Robot::setMiddleware(bool on) {
             "Without --sim-port nothing could switch the middleware on again; "
             "interruptMiddleware() stops it for a while.");
     }
-    fLoop.post([this, on] { on ? xRestartMiddleware() : xStopMiddleware(); }, a_timeToAnswer);
+    fLoop.post([this, on] { xSwitchMiddleware(on); }, a_timeToAnswer);
 }
 
 void Robot::interruptMiddleware(double seconds) {
     fLoop.post(
         [this, seconds] {
-            xStopMiddleware();
-            fLoop.post([this] { xRestartMiddleware(); }, toDuration(seconds));
+            xSwitchMiddleware(false);
+            fLoop.post([this] { xSwitchMiddleware(true); }, toDuration(seconds));
         },
         a_timeToAnswer);
 }
@@ -202,8 +202,13 @@ void Robot::xStartMiddleware() {
     fState.fMiddleware = true;
 }
 
+void Robot::xSwitchMiddleware(bool on) {
+    fIsMiddlewareWanted = on;
+    on ? xRestartMiddleware() : xStopMiddleware();
+}
+
 void Robot::xRestartMiddleware() {
-    if (fBroker) {
+    if (fBroker || !fIsMiddlewareWanted) {
         return;
     }
     try {
@@ -229,17 +234,14 @@ void Robot::xAnnounce() {
     if (!fAnnouncer) {
         return;
     }
-    State state;
-    {
-        const std::lock_guard lock(fStateMutex);
-        state = fState;
-    }
+    // Held to the end, so that of two changes the later one is announced last.
+    const std::lock_guard lock(fStateMutex);
     std::vector<AnnouncedService> services;
-    if (state.fAnnounced && fOptions.fKind == Kind::Robot) {
+    if (fState.fAnnounced && fOptions.fKind == Kind::Robot) {
         const bool http = fOptions.fHttpPort != 0;
         services.push_back({a_robotType, http ? fOptions.fHttpPort : KVBroker::a_defaultPort});
     }
-    if (state.fAnnounced && state.fMiddleware) {
+    if (fState.fAnnounced && fState.fMiddleware) {
         services.push_back({a_middlewareType, fOptions.fPort});
     }
     fAnnouncer->announce(services);

@@ -65,6 +65,7 @@ class Robot : private SimControls {
     std::string xReadIcon() const;
     void xStartAnnouncer();
     void xStartMiddleware();
+    void xSwitchMiddleware(bool on);
     void xRestartMiddleware();
     void xStopMiddleware();
     void xAnnounce();
@@ -80,6 +81,7 @@ class Robot : private SimControls {
     std::vector<boost::shared_ptr<KVModule>> fModules;
     mutable std::mutex fStateMutex;  // guards fState
     State fState{};
+    bool fIsMiddlewareWanted = true;  // of the main thread
     std::unique_ptr<Ticker> fTicker;
     std::unique_ptr<WebServer> fWebServer;
     std::unique_ptr<Announcer> fAnnouncer;
