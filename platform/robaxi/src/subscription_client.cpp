@@ -24,10 +24,12 @@ SubscriptionClient::~SubscriptionClient() {
 void SubscriptionClient::start(bool allKeys, double rate) {
     fLink->stub().async()->Subscribe(&fContext, this);
     AddHold();  // the listener's and the users' threads write and read
+    // Asked before the lock is taken: a link that is lost comes here with its own lock held.
+    const std::uint64_t sessionId = fLink->sessionId();
     {
         const std::lock_guard lock(fMutex);
         v1::SubscriptionStart* start = xNextRequest().mutable_start();
-        start->set_session_id(fLink->sessionId());
+        start->set_session_id(sessionId);
         start->set_module(toUtf8(fTarget.fModule));
         start->set_all_keys(allKeys);
         start->set_rate(rate);
