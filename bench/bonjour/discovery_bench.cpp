@@ -10,6 +10,8 @@
 
 #include <bonjour/bonjour_discovery.h>
 
+#include <boost/signals2/connection.hpp>
+
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
@@ -37,7 +39,12 @@ using Times = std::map<std::string, Clock::time_point>;
 constexpr std::chrono::seconds a_patience(60);
 
 Arguments controlCommand(const Arguments& arguments) {
-    Arguments command = {std::string(std::getenv("OBVISTA_LAB")) + "/ctl"};
+    const char* const lab = std::getenv("OBVISTA_LAB");
+    if (lab == nullptr) {
+        throw std::runtime_error(
+            "Run it in a lab: lab/run -- build/release/bench/bonjour_discovery_bench [ROBOTS]");
+    }
+    Arguments command = {std::string(lab) + "/ctl"};
     command.insert(command.end(), arguments.begin(), arguments.end());
     return command;
 }
@@ -138,21 +145,30 @@ void print(const char* what, const Times& starts, const Times& ends) {
     std::printf("%-46s %9.0f %9.0f %9.0f\n", what, at(0.5), at(0.95), at(1.0));
 }
 
-/** The times of the discovery map, taken in the library's signals. */
-struct MapTimes {
-    MapTimes() {
-        BonjourDiscovery::fAddProfile.connect(
-            [this](const Profile& profile) { fAdded.add(robotOf(*profile)); });
-        BonjourDiscovery::fRemoveProfile.connect(
-            [this](const Profile& profile) { fRemoved.add(robotOf(*profile)); });
+/** Listens, and keeps the times of the discovery map, taken in the library's signals. */
+class MapTimes {
+  public:
+    MapTimes()
+        : fAddConnection(BonjourDiscovery::fAddProfile.connect(
+              [this](const Profile& profile) { fAdded.add(xRobotOf(*profile)); })),
+          fRemoveConnection(BonjourDiscovery::fRemoveProfile.connect(
+              [this](const Profile& profile) { fRemoved.add(xRobotOf(*profile)); })) {
+        BonjourDiscovery::startListening();
     }
-
-    static std::string robotOf(const KV::BonjourProfile& profile) {
-        return profile.fHostName.substr(0, profile.fHostName.find('.'));
-    }
+    MapTimes(const MapTimes&) = delete;
+    MapTimes& operator=(const MapTimes&) = delete;
+    ~MapTimes() { BonjourDiscovery::stopListening(); }
 
     SightingTimes fAdded;
     SightingTimes fRemoved;
+
+  private:
+    static std::string xRobotOf(const KV::BonjourProfile& profile) {
+        return profile.fHostName.substr(0, profile.fHostName.find('.'));
+    }
+
+    boost::signals2::scoped_connection fAddConnection;
+    boost::signals2::scoped_connection fRemoveConnection;
 };
 
 void measureAnnouncement(const Robots& robots, MapTimes& map, BrowsePeer& peer) {
@@ -189,7 +205,6 @@ void measureGoodbye(const Robots& robots, MapTimes& map) {
 void run(int count) {
     const Robots robots = makeRobots(count);
     MapTimes map;
-    BonjourDiscovery::startListening();
     std::printf("%-46s %9s %9s %9s\n",
                 (std::to_string(count) + " robots, times in milliseconds").c_str(), "median",
                 "95 %", "worst");
@@ -202,16 +217,11 @@ void run(int count) {
     std::printf(
         "Targets at 95 %%: map 1000, full map 3000, removal 1000. A goodbye takes effect "
         "after one second\nby the rules of multicast DNS, in the daemon, for everybody.\n");
-    BonjourDiscovery::stopListening();
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (std::getenv("OBVISTA_LAB") == nullptr) {
-        std::fprintf(stderr, "Run it in a lab: lab/run -- %s [ROBOTS]\n", argv[0]);
-        return EXIT_FAILURE;
-    }
     try {
         run(argc > 1 ? std::max(1, std::atoi(argv[1])) : 50);
     } catch (const std::exception& error) {

@@ -28,7 +28,6 @@ using std::chrono::seconds;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 using Profile = boost::shared_ptr<BonjourProfile>;
 
 const std::string a_robot = BonjourDiscovery::fRobaxServiceType;
@@ -457,11 +456,10 @@ TEST_F(DiscoveryLab, noHandlerRunsAfterStoppingWhileAnnouncementsPourIn) {
     std::atomic<bool> stopped = {true};
     std::atomic<int> calls = {0};
     std::atomic<int> late = {0};
-    const boost::signals2::scoped_connection connection =
-        BonjourDiscovery::fAddProfile.connect([&](const Profile&) {
-            ++calls;
-            late += stopped ? 1 : 0;
-        });
+    const auto connection = connectToAdd([&](const Profile&) {
+        ++calls;
+        late += stopped ? 1 : 0;
+    });
     for (int round = 1; round <= 20; ++round) {
         stopped = false;
         const int before = calls;
@@ -480,12 +478,11 @@ TEST_F(DiscoveryLab, stoppingWaitsForAHandlerThatIsSlow) {
     std::atomic<bool> entered = {false};
     std::atomic<bool> released = {false};
     std::atomic<bool> left = {false};
-    const boost::signals2::scoped_connection connection =
-        BonjourDiscovery::fAddProfile.connect([&](const Profile&) {
-            entered = true;
-            EXPECT_TRUE(eventually([&] { return released.load(); }));
-            left = true;
-        });
+    const auto connection = connectToAdd([&](const Profile&) {
+        entered = true;
+        EXPECT_TRUE(eventually([&] { return released.load(); }));
+        left = true;
+    });
     BonjourDiscovery::startListening();
     ASSERT_TRUE(eventually([&] { return entered.load(); }));
     std::thread stopper([&] {
@@ -500,11 +497,10 @@ TEST_F(DiscoveryLab, stoppingFromAHandlerIsRefused) {
     const lab::Host host("robot20");
     const auto announcement = host.announce(a_robot, 9559);
     std::atomic<bool> refused = {false};
-    const boost::signals2::scoped_connection connection =
-        BonjourDiscovery::fAddProfile.connect([&](const Profile&) {
-            EXPECT_THROW(BonjourDiscovery::stopListening(), std::logic_error);
-            refused = true;
-        });
+    const auto connection = connectToAdd([&](const Profile&) {
+        EXPECT_THROW(BonjourDiscovery::stopListening(), std::logic_error);
+        refused = true;
+    });
     BonjourDiscovery::startListening();
     ASSERT_TRUE(eventually([&] { return refused.load(); }));
     EXPECT_TRUE(fRecorder.waitForHost("robot20.local", "_robax._tcp:9559"));
@@ -513,8 +509,8 @@ TEST_F(DiscoveryLab, stoppingFromAHandlerIsRefused) {
 TEST_F(DiscoveryLab, aHandlerThatThrowsEndsNothing) {
     const lab::Host host("robot21");
     const lab::Host other("robot22");
-    const boost::signals2::scoped_connection connection = BonjourDiscovery::fAddProfile.connect(
-        [](const Profile&) { throw std::runtime_error("trouble"); });
+    const auto connection =
+        connectToAdd([](const Profile&) { throw std::runtime_error("trouble"); });
     testing::internal::CaptureStderr();
     BonjourDiscovery::startListening();
     const auto announcement = host.announce(a_robot, 9559);
@@ -529,15 +525,14 @@ TEST_F(DiscoveryLab, aHandlerThatThrowsEndsNothing) {
 TEST_F(DiscoveryLab, startAndStopOnSeveralThreadsExcludeEachOther) {
     const lab::Host host("robot23");
     const auto announcement = host.announce(a_robot, 9559);
-    std::vector<std::thread> threads;
-    for (int number = 0; number < 3; ++number) {
-        threads.emplace_back([] {
-            for (int round = 0; round < 20; ++round) {
-                BonjourDiscovery::startListening();
-                BonjourDiscovery::stopListening();
-            }
-        });
-    }
+    const auto startAndStop = [] {
+        for (int round = 0; round < 20; ++round) {
+            BonjourDiscovery::startListening();
+            BonjourDiscovery::stopListening();
+        }
+    };
+    std::thread threads[] = {std::thread(startAndStop), std::thread(startAndStop),
+                             std::thread(startAndStop)};
     for (std::thread& thread : threads) {
         thread.join();
     }
@@ -560,8 +555,7 @@ TEST_F(DiscoveryLab, theMapIsTrueAfterAWhileOfChurn) {
         std::atomic<int> calls = {0};
         const auto end = std::chrono::steady_clock::now() + seconds(8);
         while (std::chrono::steady_clock::now() < end) {
-            const boost::signals2::scoped_connection connection =
-                BonjourDiscovery::fAddProfile.connect([&calls](const Profile&) { ++calls; });
+            const auto connection = connectToAdd([&calls](const Profile&) { ++calls; });
             for (const auto& [key, view] : viewMap()) {
                 EXPECT_EQ(key, view.fHostName);
                 EXPECT_NE(view.fServices, "");

@@ -25,9 +25,13 @@ MapView viewMap() {
     return view;
 }
 
+boost::signals2::scoped_connection connectToAdd(
+    const std::function<void(const boost::shared_ptr<BonjourProfile>&)>& handler) {
+    return BonjourDiscovery::fAddProfile.connect(handler);
+}
+
 DiscoveryRecorder::DiscoveryRecorder()
-    : fAddConnection(BonjourDiscovery::fAddProfile.connect(
-          [this](const auto& profile) { xRecord(true, profile); })),
+    : fAddConnection(connectToAdd([this](const auto& profile) { xRecord(true, profile); })),
       fRemoveConnection(BonjourDiscovery::fRemoveProfile.connect(
           [this](const auto& profile) { xRecord(false, profile); })) {
 }

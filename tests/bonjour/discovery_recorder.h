@@ -28,6 +28,10 @@ std::string describeServices(const KV::BonjourProfile& profile);
 /** Copies the discovery map under its lock. */
 MapView viewMap();
 
+/** Connects a handler to the signal of added profiles, until the connection goes. */
+boost::signals2::scoped_connection connectToAdd(
+    const std::function<void(const boost::shared_ptr<KV::BonjourProfile>&)>& handler);
+
 /** Follows the two discovery signals from construction to destruction. */
 class DiscoveryRecorder {
   public:

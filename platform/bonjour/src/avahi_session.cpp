@@ -52,8 +52,7 @@ bool AvahiSession::onSeen(const Sighting& sighting) {
 
 void AvahiSession::onResolved(const Sighting& sighting, const char* hostName, int port) {
     const std::vector<HostChange> changes = fRegistry.resolve(sighting, hostName, port);
-    xTell(changes);
-    xUnwatchRemoved(changes);
+    xApply(changes);
     for (const HostChange& change : changes) {
         if (change.fKind == HostChange::Kind::Added) {
             fConnection->watchAddresses(change.fKey, hostName);
@@ -62,15 +61,11 @@ void AvahiSession::onResolved(const Sighting& sighting, const char* hostName, in
 }
 
 void AvahiSession::onUnresolved(const Sighting& sighting) {
-    const std::vector<HostChange> changes = fRegistry.unresolve(sighting);
-    xTell(changes);
-    xUnwatchRemoved(changes);
+    xApply(fRegistry.unresolve(sighting));
 }
 
 void AvahiSession::onLost(const Sighting& sighting) {
-    const std::vector<HostChange> changes = fRegistry.lose(sighting);
-    xTell(changes);
-    xUnwatchRemoved(changes);
+    xApply(fRegistry.lose(sighting));
 }
 
 void AvahiSession::onAddressSeen(const std::string& key, const std::string& address) {
@@ -119,7 +114,8 @@ void AvahiSession::xTell(const std::vector<HostChange>& changes) {
     }
 }
 
-void AvahiSession::xUnwatchRemoved(const std::vector<HostChange>& changes) {
+void AvahiSession::xApply(const std::vector<HostChange>& changes) {
+    xTell(changes);
     for (const HostChange& change : changes) {
         if (change.fKind == HostChange::Kind::Removed) {
             fConnection->unwatchAddresses(change.fKey);

@@ -47,7 +47,8 @@ class AvahiSession final : public AvahiConnectionListener {
     void xConnect();
     void xConnectLater();
     void xTell(const std::vector<HostChange>& changes);
-    void xUnwatchRemoved(const std::vector<HostChange>& changes);
+    /** Tells the changes of services, and watches removed hosts no more. */
+    void xApply(const std::vector<HostChange>& changes);
 
     std::vector<std::string> fTypes;
     ChangeHandler fHandler;

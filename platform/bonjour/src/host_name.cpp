@@ -23,17 +23,17 @@ struct Character {
 };
 
 struct SequenceForm {
-    unsigned char fMask;
-    unsigned char fLead;
     std::size_t fSize;
     char32_t fSmallest;
+    unsigned char fMask;
+    unsigned char fLead;
 };
 
 constexpr SequenceForm a_sequenceForms[] = {
-    {0x80, 0x00, 1, 0x0},
-    {0xE0, 0xC0, 2, 0x80},
-    {0xF0, 0xE0, 3, 0x800},
-    {0xF8, 0xF0, 4, 0x10000},
+    {1, 0x0, 0x80, 0x00},
+    {2, 0x80, 0xE0, 0xC0},
+    {3, 0x800, 0xF0, 0xE0},
+    {4, 0x10000, 0xF8, 0xF0},
 };
 
 bool isCodePoint(char32_t code) {
