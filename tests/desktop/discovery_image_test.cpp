@@ -44,7 +44,7 @@ int downloadsOf(const ImageGrabber& grabber) {
 
 /** A discovery thread whose icon thread hears requests; there is no daemon for it. */
 boost::shared_ptr<BonjourListeningThread> startedThread() {
-    const auto thread = BonjourListeningThread::createBonjourListeningThread();
+    auto thread = BonjourListeningThread::createBonjourListeningThread();
     thread->start();
     thread->wait();
     return thread;

@@ -20,7 +20,7 @@ inline ProfilePointer makeProfile(const std::string& hostName,
                                   const std::vector<std::string>& types = {
                                       KV::BonjourDiscovery::fRobaxServiceType,
                                       KV::BonjourDiscovery::fRobaxiServiceType}) {
-    const auto profile = boost::make_shared<KV::BonjourProfile>();
+    auto profile = boost::make_shared<KV::BonjourProfile>();
     profile->fKey = hostName;
     profile->fHostName = hostName;
     profile->fIP = ip;

@@ -410,6 +410,7 @@ void HttpDownloadObjectTest::runsManyAtOnce() {
     const Server server({answerWith("200 OK", QByteArray(20000, 'i'))});
     const auto runAll = [&] {
         std::vector<std::unique_ptr<Download>> downloads;
+        downloads.reserve(count);
         for (int i = 0; i < count; ++i) {
             downloads.push_back(std::make_unique<Download>());
         }

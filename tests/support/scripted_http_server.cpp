@@ -15,7 +15,7 @@ namespace obvista_test {
 namespace {
 
 // Enough for the socket to be busy, little enough for a client that reads nothing.
-constexpr qint64 a_sendAhead = 256 * 1024;
+constexpr qint64 a_sendAhead = qint64{256} * 1024;
 
 }  // namespace
 
