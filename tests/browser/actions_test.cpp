@@ -4,6 +4,7 @@
 #include "browserobots_dialog.h"
 #include "modal_answer.h"
 #include "qt_test_main.h"
+#include "robot_process.h"
 
 #include <bonjour/bonjour_discovery.h>
 #include <robaxi/kv_broker.h>
@@ -177,6 +178,16 @@ class ActionsTest : public QObject {
         selectFirst(dialog);
         dialog.onSendClipboardContents();
         QCOMPARE(robot.nextCall(), std::string("sendClipboard <box/>"));
+    }
+
+    void textReachesAComputerThatRunsAsAProcessOfItsOwn() {
+        obvista_test::RobotProcess computer({{"--kind", "computer"}});
+        Announced announced;
+        announced.computer("computer1.local", computer.port(), computer.address());
+        BrowseRobotsDialog dialog(nullptr, QString(), "<box/>");
+        selectFirst(dialog);
+        dialog.onSendClipboardContents();
+        QVERIFY(computer.process().waitForOutput("clipboard: <box/>"));
     }
 
     void textWithoutABehaviourEditorSaysSo() {
