@@ -8,7 +8,9 @@
 
 #include <gtest/gtest.h>
 
+#include <mutex>
 #include <string>
+#include <vector>
 
 using namespace robaxi_test;
 
@@ -26,10 +28,23 @@ class ProtocolClient : public testing::Test {
             if (!message.has_call()) {
                 return false;
             }
-            answer = fResult;
+            const std::lock_guard lock(fMutex);
+            *answer.mutable_result() = fResult;
             answer.mutable_result()->set_call_id(message.call().call_id());
             return true;
         };
+    }
+
+    /** Sets what the robot answers to the next calls. */
+    void answerWith(const v1::Result& result) {
+        const std::lock_guard lock(fMutex);
+        fResult = result;
+    }
+
+    void answerWith(const v1::Value& value) {
+        v1::Result result;
+        *result.mutable_value() = value;
+        answerWith(result);
     }
 
     KVError connectError() {
@@ -60,7 +75,10 @@ class ProtocolClient : public testing::Test {
     RawServer fRobot;
     BrokerPtr fClient = makeClient();
     RecordingListener fListener;
-    v1::ServerMessage fResult;
+
+  private:
+    std::mutex fMutex;
+    v1::Result fResult;
 };
 
 }  // namespace
@@ -98,25 +116,26 @@ TEST_F(ProtocolClient, TellsThatAServerIsNoRobot) {
 
 TEST_F(ProtocolClient, TellsThatAResultCannotBeRead) {
     KVProxy proxy("Robot", a_loopback, fRobot.port(), fClient, 5, 0);
-    v1::Value* value = fResult.mutable_result()->mutable_value();
-    *value = nestedValue(65);
-    EXPECT_CAUSE(errorOf([&] { proxy.callVoid("x"); }), Internal);
-    value->Clear();
-    value->set_type(static_cast<v1::Value::Type>(99));
-    EXPECT_CAUSE(errorOf([&] { proxy.callVoid("x"); }), Internal);
-    value->set_type(v1::Value::MAP);
-    value->add_keys("key without a value");
-    EXPECT_CAUSE(errorOf([&] { proxy.callVoid("x"); }), Internal);
-    *value = textValue("well");
+    v1::Value unknownType;
+    unknownType.set_type(static_cast<v1::Value::Type>(99));
+    v1::Value keyWithoutValue;
+    keyWithoutValue.set_type(v1::Value::MAP);
+    keyWithoutValue.add_keys("lonely");
+    for (const v1::Value& value : {nestedValue(65), unknownType, keyWithoutValue}) {
+        answerWith(value);
+        EXPECT_CAUSE(errorOf([&] { proxy.callVoid("x"); }), Internal);
+    }
+    answerWith(textValue("well"));
     EXPECT_EQ(proxy.call<std::string>("x"), "well");
 }
 
 TEST_F(ProtocolClient, TakesAnUnknownCauseAsInternal) {
     KVProxy proxy("Robot", a_loopback, fRobot.port(), fClient, 5, 0);
-    v1::Error* error = fResult.mutable_result()->mutable_error();
-    error->set_cause(static_cast<v1::Error::Cause>(1000));
-    error->set_text("of a later version");
-    error->set_by_method(true);
+    v1::Result result;
+    result.mutable_error()->set_cause(static_cast<v1::Error::Cause>(1000));
+    result.mutable_error()->set_text("of a later version");
+    result.mutable_error()->set_by_method(true);
+    answerWith(result);
     const KVError thrown = errorOf([&] { proxy.callVoid("x"); });
     EXPECT_CAUSE(thrown, Internal);
     EXPECT_EQ(thrown.toString(), "of a later version");
