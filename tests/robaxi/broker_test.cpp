@@ -54,8 +54,10 @@ TEST(Broker, ListensOnAllAddressesWhenOnlyAPortIsGiven) {
 TEST(Broker, ListensOnTheAddressOfAHostName) {
     const auto server = create("localhost", findFreePort());
     server->addModule(makeEcho());
-    KVProxy proxy("Echo", "localhost", server->getPort(), makeClient(), 5, 0);
-    EXPECT_EQ(proxy.call<int>("echo", 1), 1);
+    for (const char* address : {"localhost", "127.0.0.1"}) {
+        KVProxy proxy("Echo", address, server->getPort(), makeClient(), 5, 0);
+        EXPECT_EQ(proxy.call<int>("echo", 1), 1);
+    }
 }
 
 TEST(Broker, SaysThatAPortIsInUse) {

@@ -169,6 +169,7 @@ TEST_F(Call, ThatWaitsForAThreadIsNotRunAfterItIsCancelled) {
     ASSERT_TRUE(fLatch.waitForEntries(threadsOfServer));
     KVProxy waiting = makeProxy("Slow", 1);
     EXPECT_CAUSE(errorOf([&] { waiting.callVoid("wait"); }), TimedOut);
+    waiting.getInfo();  // answered after the server has read that the call is cancelled
     blocker.cancel();
     for (auto& each : blockers) {
         EXPECT_CAUSE(each.get(), Cancelled);

@@ -18,14 +18,13 @@ std::shared_ptr<grpc::Channel> createChannel(const std::string& target) {
     return grpc::CreateCustomChannel(target, grpc::InsecureChannelCredentials(), arguments);
 }
 
-void configureServer(grpc::ServerBuilder& builder, const std::string& address, int* boundPort) {
+void configureServer(grpc::ServerBuilder& builder) {
     builder.SetMaxReceiveMessageSize(static_cast<int>(limits::a_largestBatch));
     builder.SetMaxSendMessageSize(static_cast<int>(limits::a_largestBatch));
     // Two robots on one port would each get every second connection.
     builder.AddChannelArgument(GRPC_ARG_ALLOW_REUSEPORT, 0);
     builder.AddChannelArgument(GRPC_ARG_MAX_CONCURRENT_STREAMS,
                                static_cast<int>(2 + 2 * limits::a_subscriptionsOfSession));
-    builder.AddListeningPort(address, grpc::InsecureServerCredentials(), boundPort);
 }
 
 }  // namespace robaxi

@@ -11,8 +11,8 @@ namespace robaxi {
 /** A channel to one numeric address that shares nothing with any other channel of the process. */
 std::shared_ptr<grpc::Channel> createChannel(const std::string& target);
 
-/** Sets what holds for every connection to a server of ours, and the address to listen on. */
-void configureServer(grpc::ServerBuilder& builder, const std::string& address, int* boundPort);
+/** Sets what holds for every connection to a server of ours. */
+void configureServer(grpc::ServerBuilder& builder);
 
 }  // namespace robaxi
 

@@ -1,5 +1,4 @@
 #include "failure.h"
-#include "file_descriptor.h"
 #include "socket_address.h"
 
 #include <arpa/inet.h>
@@ -98,15 +97,6 @@ std::vector<SocketAddress> resolve(const std::string& host, int port, Deadline d
         return addresses;
     }
     return lookUpInTime(host, std::to_string(port), 0, deadline);
-}
-
-SocketAddress localAddress(const std::string& host, int port, Deadline deadline) {
-    if (!host.empty()) {
-        return resolve(host, port, deadline).front();
-    }
-    const FileDescriptor probe(::socket(AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    const bool hasIpv6 = probe.get() >= 0;
-    return resolve(hasIpv6 ? "::" : "0.0.0.0", port, deadline).front();
 }
 
 }  // namespace robaxi

@@ -54,17 +54,17 @@ Server::Server(std::shared_ptr<Runtime> runtime, std::shared_ptr<HostedModules> 
       fModules(std::move(modules)),
       fCalls(TaskPool::create(limits::a_methodThreads)),
       fService(std::make_unique<Service>(*this)) {
-    const SocketAddress local = localAddress(address, port, deadlineAfter(a_listenTimeOut));
-    checkCanListen(local);
+    const Deadline deadline = deadlineAfter(a_listenTimeOut);
     grpc::ServerBuilder builder;
-    int boundPort = 0;
-    configureServer(builder, local.toString(), &boundPort);
+    configureServer(builder);
+    for (const SocketAddress& local : findLocalAddresses(address, port, deadline)) {
+        builder.AddListeningPort(local.toString(), grpc::InsecureServerCredentials());
+    }
     builder.RegisterService(fService.get());
     giveToGrpc(this);
     fServer = builder.BuildAndStart();
-    if (!fServer || boundPort != port) {
-        fServer.reset();
-        checkCanListen(local);  // somebody else may have taken the port just now
+    if (!fServer) {
+        findLocalAddresses(address, port, deadline);  // says so if the port was taken just now
         throw Failure{KVError::Cause::CannotListen, {}};
     }
 }

@@ -31,9 +31,14 @@ struct SocketAddress {
  */
 std::vector<SocketAddress> resolve(const std::string& host, int port, Deadline deadline);
 
-/** The address to listen on for a host name or numeric address, or the one that stands for all
- *  addresses of the machine when `host` is empty. @throws Failure */
-SocketAddress localAddress(const std::string& host, int port, Deadline deadline);
+/**
+ * The addresses to listen on for a host name (all that it has on this machine) or a numeric
+ * address, or the one that stands for every address of the machine when `host` is empty.
+ *
+ * @throws Failure NameNotFound, TimedOut; AddressInUse when one of them is taken, CannotListen when
+ *         none can be used
+ */
+std::vector<SocketAddress> findLocalAddresses(const std::string& host, int port, Deadline deadline);
 
 /**
  * Finds out which of some addresses something listens on, by connecting to all of them at once.
@@ -44,13 +49,6 @@ SocketAddress localAddress(const std::string& host, int port, Deadline deadline)
  * @throws Failure Refused, NoRoute, TimedOut
  */
 SocketAddress findListener(const std::vector<SocketAddress>& addresses, Deadline deadline);
-
-/**
- * Finds out whether an address can be listened on.
- *
- * @throws Failure AddressInUse, CannotListen
- */
-void checkCanListen(const SocketAddress& address);
 
 }  // namespace robaxi
 

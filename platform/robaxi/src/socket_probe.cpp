@@ -89,6 +89,26 @@ void waitForOutcomes(std::vector<Attempt>& attempts, Deadline deadline) {
     }
 }
 
+bool hasIpv6() {
+    return FileDescriptor(::socket(AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0)).get() >= 0;
+}
+
+/** Listens for a moment. Returns 0, or the error of the system. */
+int tryToListen(const SocketAddress& address) {
+    const FileDescriptor socket(
+        ::socket(address.fStorage.ss_family, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    // The same options as gRPC's own listening socket, so that the outcome is the same.
+    const int on = 1;
+    const int off = 0;
+    ::setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+    if (address.fStorage.ss_family == AF_INET6) {
+        ::setsockopt(socket.get(), IPPROTO_IPV6, IPV6_V6ONLY, &off, sizeof off);
+    }
+    const bool listens =
+        ::bind(socket.get(), address.raw(), address.fLength) == 0 && ::listen(socket.get(), 1) == 0;
+    return listens ? 0 : errno;
+}
+
 }  // namespace
 
 SocketAddress findListener(const std::vector<SocketAddress>& addresses, Deadline deadline) {
@@ -116,25 +136,26 @@ SocketAddress findListener(const std::vector<SocketAddress>& addresses, Deadline
     }
 }
 
-void checkCanListen(const SocketAddress& address) {
-    const FileDescriptor socket(
-        ::socket(address.fStorage.ss_family, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    // The same options as gRPC's own listening socket, so that the outcome is the same.
-    const int on = 1;
-    const int off = 0;
-    ::setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-    if (address.fStorage.ss_family == AF_INET6) {
-        ::setsockopt(socket.get(), IPPROTO_IPV6, IPV6_V6ONLY, &off, sizeof off);
+std::vector<SocketAddress> findLocalAddresses(const std::string& host, int port,
+                                              Deadline deadline) {
+    const std::string every = hasIpv6() ? "::" : "0.0.0.0";
+    std::vector<SocketAddress> usable;
+    int error = 0;
+    for (const SocketAddress& address : resolve(host.empty() ? every : host, port, deadline)) {
+        const int outcome = tryToListen(address);
+        if (outcome == EADDRINUSE) {
+            throw Failure{KVError::Cause::AddressInUse, {}};
+        }
+        if (outcome == 0) {
+            usable.push_back(address);
+        } else {
+            error = outcome;
+        }
     }
-    if (::bind(socket.get(), address.raw(), address.fLength) == 0 &&
-        ::listen(socket.get(), 1) == 0) {
-        return;
+    if (usable.empty()) {
+        throw Failure{KVError::Cause::CannotListen, errorText(error)};
     }
-    const int error = errno;
-    if (error == EADDRINUSE) {
-        throw Failure{KVError::Cause::AddressInUse, {}};
-    }
-    throw Failure{KVError::Cause::CannotListen, errorText(error)};
+    return usable;
 }
 
 }  // namespace robaxi
