@@ -6,7 +6,7 @@ namespace robaxi_tool {
 
 namespace {
 
-const Finding a_notFound = {Verdict::Skipped, "The host was not found.", {}};
+const Finding a_noAddress = {Verdict::Skipped, "The host's address is not known.", {}};
 
 std::string listed(const std::vector<std::string>& words) {
     std::string text;
@@ -80,7 +80,7 @@ Finding checkHostName(Examination& examination) {
 
 Finding checkAnnounced(Examination& examination) {
     if (!examination.fEndpoint) {
-        return a_notFound;
+        return a_noAddress;
     }
     const AnnouncedHost* const host = examination.announcement();
     if (host == nullptr) {
@@ -100,7 +100,7 @@ Finding checkAnnounced(Examination& examination) {
 
 Finding checkPort(Examination& examination) {
     if (!examination.fEndpoint || examination.fAddresses.empty()) {
-        return a_notFound;
+        return a_noAddress;
     }
     const Endpoint& endpoint = *examination.fEndpoint;
     try {

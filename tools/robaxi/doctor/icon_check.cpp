@@ -23,7 +23,7 @@ std::string missing(const HttpAnswer& answer) {
 
 Finding checkIcon(Examination& examination) {
     if (examination.fAddresses.empty()) {
-        return {Verdict::Skipped, "The host was not found.", {}};
+        return {Verdict::Skipped, "The host's address is not known.", {}};
     }
     const AnnouncedHost* const host = examination.announcement();
     if (host != nullptr && !host->isRobot()) {

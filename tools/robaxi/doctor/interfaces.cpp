@@ -33,6 +33,17 @@ bool has(unsigned flags, unsigned wanted) {
     return (flags & wanted) == wanted;
 }
 
+Interface interfaceOf(const ifaddrs& found) {
+    return {found.ifa_name, static_cast<int>(if_nametoindex(found.ifa_name)),
+            addressText(found.ifa_addr), has(found.ifa_flags, IFF_UP | IFF_RUNNING),
+            has(found.ifa_flags, IFF_MULTICAST)};
+}
+
+bool contains(const std::vector<Interface>& interfaces, int index) {
+    return std::any_of(interfaces.begin(), interfaces.end(),
+                       [index](const Interface& interface) { return interface.fIndex == index; });
+}
+
 }  // namespace
 
 std::vector<Interface> networkInterfaces() {
@@ -44,11 +55,13 @@ std::vector<Interface> networkInterfaces() {
     std::vector<Interface> interfaces;
     for (; found != nullptr; found = found->ifa_next) {
         const bool isIpv4 = found->ifa_addr != nullptr && found->ifa_addr->sa_family == AF_INET;
-        if (isIpv4 && !has(found->ifa_flags, IFF_LOOPBACK)) {
-            interfaces.push_back(
-                {found->ifa_name, static_cast<int>(if_nametoindex(found->ifa_name)),
-                 addressText(found->ifa_addr), has(found->ifa_flags, IFF_UP | IFF_RUNNING),
-                 has(found->ifa_flags, IFF_MULTICAST)});
+        if (!isIpv4 || has(found->ifa_flags, IFF_LOOPBACK)) {
+            continue;
+        }
+        const Interface interface = interfaceOf(*found);
+        // One with several addresses is found several times.
+        if (!contains(interfaces, interface.fIndex)) {
+            interfaces.push_back(interface);
         }
     }
     return interfaces;

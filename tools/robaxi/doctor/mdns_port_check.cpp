@@ -2,7 +2,7 @@
 #include "doctor/interfaces.h"
 
 #include <array>
-#include <cerrno>
+#include <map>
 #include <poll.h>
 #include <random>
 #include <sys/socket.h>
@@ -114,35 +114,37 @@ Outcome tryInterface(const Interface& interface) {
     return Outcome::NotHeard;
 }
 
-Finding blocked(const Interface& interface, Outcome outcome) {
-    const std::string what = outcome == Outcome::NotHeard ? "arrives at" : "is sent through";
-    return {Verdict::Problem,
-            "UDP port 5353 is blocked: a firewall of this computer stops what " + what + ' ' +
-                interface.fName + '.',
-            "Let mDNS pass: 'sudo ufw allow 5353/udp' or 'sudo firewall-cmd --add-service=mdns', "
-            "or look at 'sudo nft list ruleset'."};
+std::string blockedAt(const std::vector<Interface>& interfaces, const std::string& way) {
+    return interfaces.empty() ? "" : ' ' + way + ' ' + namesOf(interfaces);
 }
 
 }  // namespace
 
 Finding checkMdnsPort(Examination& /*examination*/) {
-    const std::vector<Interface> interfaces = multicastInterfaces();
-    if (interfaces.empty()) {
+    std::map<Outcome, std::vector<Interface>> found;
+    for (const Interface& interface : multicastInterfaces()) {
+        found[tryInterface(interface)].push_back(interface);
+    }
+    if (found.empty()) {
         return {Verdict::Skipped, "There is no network on which to multicast.", {}};
     }
-    for (const Interface& interface : interfaces) {
-        const Outcome outcome = tryInterface(interface);
-        if (outcome == Outcome::PortKept) {
-            return {Verdict::Skipped,
-                    "Another program keeps UDP port 5353 for itself, so a firewall cannot be told "
-                    "from it.",
-                    {}};
-        }
-        if (outcome != Outcome::Heard) {
-            return blocked(interface, outcome);
-        }
+    if (!found[Outcome::PortKept].empty()) {
+        return {Verdict::Skipped,
+                "Another program keeps UDP port 5353 for itself, so a firewall cannot be told from "
+                "it.",
+                {}};
     }
-    return {Verdict::Good, "UDP port 5353 is open on " + namesOf(interfaces) + '.', {}};
+    const std::string blocked = blockedAt(found[Outcome::SendingStopped], "on the way out of") +
+                                blockedAt(found[Outcome::NotHeard], "on the way in at");
+    if (blocked.empty()) {
+        return {
+            Verdict::Good, "UDP port 5353 is open on " + namesOf(found[Outcome::Heard]) + '.', {}};
+    }
+    // Networks of virtual machines often have a firewall of their own; the others still work.
+    return {found[Outcome::Heard].empty() ? Verdict::Problem : Verdict::Note,
+            "UDP port 5353 is blocked by a firewall of this computer" + blocked + '.',
+            "Let mDNS pass: 'sudo ufw allow 5353/udp' or 'sudo firewall-cmd --add-service=mdns', "
+            "or look at 'sudo nft list ruleset'."};
 }
 
 }  // namespace robaxi_tool
