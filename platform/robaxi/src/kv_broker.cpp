@@ -18,17 +18,18 @@ void checkAddress(const std::string& ip, int port) {
 
 }  // namespace
 
-boost::shared_ptr<KVBroker> KVBroker::createBroker(const std::string& name, const std::string& ip,
-                                                   int port, const std::string& parentIP,
-                                                   int parentPort, int /*flags*/,
-                                                   std::string /*path*/, bool /*keepAlive*/) {
+boost::shared_ptr<KVBroker> KVBroker::createBroker(
+    const std::string& name, const std::string& ip, int port, const std::string& parentIP,
+    int parentPort, int /*flags*/,
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): the interface has it so
+    std::string /*path*/, bool /*keepAlive*/) {
     if (name.empty()) {
         throw KVError(KVError::Cause::InvalidArgument, "A broker needs a name.");
     }
     checkAddress(ip, port);
     checkAddress(parentIP, parentPort);
     auto implementation = std::make_shared<Private>(name, ip, port);
-    const boost::shared_ptr<KVBroker> broker(new KVBroker(implementation));
+    boost::shared_ptr<KVBroker> broker(new KVBroker(implementation));
     if (port != 0) {
         try {
             implementation->fServer = std::make_unique<robaxi::Server>(

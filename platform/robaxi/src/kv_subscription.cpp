@@ -39,7 +39,7 @@ boost::shared_ptr<KVSubscription> KVSubscription::start(boost::shared_ptr<KVConn
     implementation->fClient = std::make_shared<robaxi::SubscriptionClient>(
         link.fRuntime, link.fLink, std::move(target), listener);
     implementation->fConnection = std::move(connection);
-    const boost::shared_ptr<KVSubscription> subscription(new KVSubscription(implementation));
+    boost::shared_ptr<KVSubscription> subscription(new KVSubscription(implementation));
     implementation->fClient->start(selection == Selection::AllKeys, rate);
     return subscription;
 }

@@ -76,6 +76,7 @@ class Attempt {
 
 void waitForOutcomes(std::vector<Attempt>& attempts, Deadline deadline) {
     std::vector<pollfd> polled;
+    polled.reserve(attempts.size());
     for (const Attempt& attempt : attempts) {
         polled.push_back(attempt.toPoll());
     }

@@ -9,8 +9,9 @@
 
 namespace robaxi {
 
-SubscriptionClient::SubscriptionClient(std::shared_ptr<Runtime> runtime, std::shared_ptr<Link> link,
-                                       Target target, KVSubscription::Listener* listener)
+SubscriptionClient::SubscriptionClient(const std::shared_ptr<Runtime>& runtime,
+                                       std::shared_ptr<Link> link, Target target,
+                                       KVSubscription::Listener* listener)
     : fLink(std::move(link)),
       fTarget(std::move(target)),
       fListener(listener),

@@ -31,8 +31,8 @@ class SubscriptionClient
       private grpc::ClientBidiReactor<v1::SubscriptionRequest, v1::SubscriptionUpdate>,
       private Link::LossListener {
   public:
-    SubscriptionClient(std::shared_ptr<Runtime> runtime, std::shared_ptr<Link> link, Target target,
-                       KVSubscription::Listener* listener);
+    SubscriptionClient(const std::shared_ptr<Runtime>& runtime, std::shared_ptr<Link> link,
+                       Target target, KVSubscription::Listener* listener);
     ~SubscriptionClient() override;
     SubscriptionClient(const SubscriptionClient&) = delete;
     SubscriptionClient& operator=(const SubscriptionClient&) = delete;
