@@ -5,12 +5,17 @@
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
+#include <stdexcept>
 
 namespace robaxi_tool {
 namespace {
 
 std::string document() {
-    std::ifstream file(std::string(std::getenv("OBVISTA_SOURCE_DIR")) + "/docs/robaxi-tool.md");
+    const char* const folder = std::getenv("OBVISTA_SOURCE_DIR");
+    if (folder == nullptr) {
+        throw std::runtime_error("OBVISTA_SOURCE_DIR is not set");
+    }
+    std::ifstream file(std::string(folder) + "/docs/robaxi-tool.md");
     std::ostringstream text;
     text << file.rdbuf();
     return text.str();

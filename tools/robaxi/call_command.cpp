@@ -16,8 +16,8 @@ class CallCommand : public Command {
         return {"HOST MODULE METHOD [ARGUMENT...]", 3, Words::a_anyNumber};
     }
     std::string explanation() const override {
-        return "An ARGUMENT is written as in JSON: true, false, null, 12, -0.5, \"text\", [1, 2], "
-               "{\"key\": 1}.\nAny other word is a text as it stands. A number becomes a text in "
+        return "An ARGUMENT is written as in JSON: true, false, null, 12, -0.5, \"text\", [1, 2],\n"
+               "{\"key\": 1}. Any other word is a text as it stands. A number becomes a text in\n"
                "quotes: '\"12\"'.\n";
     }
 

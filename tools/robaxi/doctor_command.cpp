@@ -71,11 +71,9 @@ class DoctorCommand : public Command {
     }
     Words words() const override { return {"[HOST]", 0, 1}; }
     std::string explanation() const override {
-        return "It examines this computer and, when HOST is given, the way to that host. Each "
-               "check "
-               "is 'ok', a\n'note' (worth knowing), a 'problem', or 'skipped'. The exit status is "
-               "0 "
-               "without a problem, else 1.\n";
+        return "It examines this computer and, when HOST is given, the way to that host. Each\n"
+               "check is 'ok', a 'note' (worth knowing), a 'problem', or 'skipped'. The exit\n"
+               "status is 0 without a problem, else 1.\n";
     }
 
     void addOptions(po::options_description& options) override {

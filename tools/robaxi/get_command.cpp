@@ -45,10 +45,9 @@ class GetCommand : public Command {
     std::string summary() const override { return "prints the present values of keys"; }
     Words words() const override { return {"HOST KEY...", 2, Words::a_anyNumber}; }
     std::string explanation() const override {
-        return "A KEY may hold '*' (any text, '/' included), '?' and '[...]'; put it in quotes "
-               "then."
-               "\nThe value of a single key is printed alone; otherwise each line is a key and its "
-               "value.\n";
+        return std::string(a_keyHelp) +
+               "The value of a single key is printed alone; otherwise each line is a key and\n"
+               "its value.\n";
     }
 
     void addOptions(po::options_description& options) override {

@@ -5,6 +5,10 @@
 
 namespace robaxi_tool {
 
+/** What --help says of them, in whole lines. */
+constexpr const char* a_keyHelp =
+    "A KEY may hold '*' (any text, '/' included), '?' and '[...]'; put it in quotes then.\n";
+
 /** Whether the text holds one of "*", "?" and "[", and so stands for many keys. */
 bool isPattern(const std::string& text);
 

@@ -95,10 +95,9 @@ class ListCommand : public Command {
     }
     Words words() const override { return {"", 0, 0}; }
     std::string explanation() const override {
-        return "Each is printed as soon as it is known. The list ends when nothing new has come "
-               "for "
-               "1.5 s.\nA computer runs the middleware without being a robot; a robot without a "
-               "port does not run it.\n";
+        return "Each is printed as soon as it is known. The list ends when nothing new has come\n"
+               "for 1.5 s. A computer runs the middleware without being a robot; a robot without\n"
+               "a port does not run it.\n";
     }
 
     void addOptions(po::options_description& options) override {

@@ -83,10 +83,9 @@ class PingCommand : public Command {
     std::string summary() const override { return "measures round trips to a robot"; }
     Words words() const override { return {"HOST", 1, 1}; }
     std::string explanation() const override {
-        return "A round trip is a small question to the robot's middleware and its answer, over "
-               "one "
-               "connection\nthat stands already. The statistics also come when it is ended with "
-               "Ctrl-C.\n";
+        return "A round trip is a small question to the robot's middleware and its answer, over\n"
+               "one connection that stands already. The statistics also come when it is ended\n"
+               "with Ctrl-C.\n";
     }
 
     void addOptions(po::options_description& options) override {
@@ -103,8 +102,9 @@ class PingCommand : public Command {
         Console& console = surroundings.fConsole;
         const RobotLink link(given[0], fTimeout, surroundings.fInterruption);
         if (!fJson && !fQuiet) {
-            console.print(joined(link.endpoint().fHost, link.endpoint().fPort) + " answers as " +
-                          oneLine(link.connection()->getPeerName()) + '\n');
+            const std::string place = joined(link.endpoint().fHost, link.endpoint().fPort);
+            console.print(oneLine(place + " answers as " + link.connection()->getPeerName()) +
+                          '\n');
         }
         std::vector<double> times;
         try {

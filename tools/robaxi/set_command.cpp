@@ -12,8 +12,9 @@ class SetCommand : public Command {
     std::string summary() const override { return "writes the value of a key"; }
     Words words() const override { return {"HOST KEY VALUE", 3, 3}; }
     std::string explanation() const override {
-        return "VALUE is written as an argument of 'robaxi call'. It prints nothing when the robot "
-               "has\naccepted the value.\n";
+        return "VALUE is written as an argument of 'robaxi call'. It prints nothing when the "
+               "robot\n"
+               "has accepted the value.\n";
     }
 
     void addOptions(po::options_description& options) override {

@@ -59,8 +59,7 @@ Target parseUnbracketed(const std::string& text) {
 }  // namespace
 
 Target parseTarget(const std::string& text) {
-    const Target target =
-        !text.empty() && text[0] == '[' ? parseBracketed(text) : parseUnbracketed(text);
+    Target target = !text.empty() && text[0] == '[' ? parseBracketed(text) : parseUnbracketed(text);
     if (target.fHost.empty() || target.fHost.size() > a_longestName) {
         throw UsageError("HOST must have 1 to 255 bytes");
     }

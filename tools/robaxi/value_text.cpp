@@ -99,7 +99,7 @@ std::string jsonLine(const Json& json) {
 }
 
 std::string csvField(const std::string& text) {
-    const std::string safe = oneLine(text);
+    std::string safe = oneLine(text);
     if (safe.find_first_of(",\"") == std::string::npos) {
         return safe;
     }

@@ -1,5 +1,6 @@
 #include "commands.h"
 #include "failure.h"
+#include "key_pattern.h"
 #include "key_watch.h"
 #include "memory_module.h"
 
@@ -69,10 +70,9 @@ class WatchCommand : public Command {
     std::string summary() const override { return "prints the values of keys as they change"; }
     Words words() const override { return {"HOST KEY...", 2, Words::a_anyNumber}; }
     std::string explanation() const override {
-        return "A KEY may hold '*' (any text, '/' included), '?' and '[...]'; put it in quotes "
-               "then."
-               "\nThe present values come first. A line is a time (by the robot's clock, UTC), a "
-               "key, a value\nand its unit. It goes on until the connection is lost, Ctrl-C, or "
+        return std::string(a_keyHelp) +
+               "The present values come first. A line is a time (by the robot's clock, UTC), a\n"
+               "key, a value and its unit. It goes on until the connection is lost, Ctrl-C, or\n"
                "--count lines.\n";
     }
 
