@@ -17,8 +17,6 @@ namespace KD {
 
 namespace {
 
-// As many as Qt's own look-ups: one that gets no answer takes seconds and must not hold up others.
-constexpr int a_simultaneousLookUps = 20;
 constexpr unsigned long a_exitTimeOut = 3000;  // milliseconds
 
 QString toQString(const std::string& text) {
@@ -67,18 +65,13 @@ boost::shared_ptr<BonjourListeningThread> BonjourListeningThread::createBonjourL
 BonjourListeningThread::BonjourListeningThread()
     : fProfilesMutex(KVMutex::createKVMutex()), fLink(boost::make_shared<Link>()) {
     fLink->fThread = this;
-    fLookUps.setMaxThreadCount(a_simultaneousLookUps);
 }
 
 BonjourListeningThread::~BonjourListeningThread() {
     exit(0);
     wait();
-    {
-        const std::lock_guard<std::mutex> lock(fLink->fMutex);
-        fLink->fThread = nullptr;
-    }
-    fLookUps.clear();
-    fLookUps.waitForDone();
+    const std::lock_guard<std::mutex> lock(fLink->fMutex);
+    fLink->fThread = nullptr;
 }
 
 void BonjourListeningThread::exit(int) {
@@ -212,16 +205,8 @@ void BonjourListeningThread::lookedUp(const QHostInfo& host) {
     }
 }
 
-/**
- * Looks the host up on a thread of the pool. QHostInfo::lookupHost() would not do: it refuses on
- * the threads of the discovery library, which have no Qt event loop, and it repeats what it has
- * learnt for a minute, while a robot may come back with another address within seconds.
- * fromName() always asks anew, and Qt remembers its answer for the other look-ups of the program.
- */
 void BonjourListeningThread::xLookUp(const boost::shared_ptr<KV::BonjourProfile>& profile) {
-    const QString hostName = toQString(profile->fHostName);
-    fLookUps.start([this, profile, hostName] {
-        const QHostInfo host = QHostInfo::fromName(hostName);
+    fLookUps.start(toQString(profile->fHostName), [this, profile](const QHostInfo& host) {
         const auto deliver = [this, profile, host] {
             // The answer for a host that has gone meanwhile is not one for its successor.
             if (xAwaitsLookUp(profile)) {

@@ -1,6 +1,8 @@
 #ifndef OBVISTA_DESKTOP_BONJOUR_LISTENING_THREAD_H
 #define OBVISTA_DESKTOP_BONJOUR_LISTENING_THREAD_H
 
+#include "host_look_ups.h"
+
 #include <bonjour/bonjour_profile.h>
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_mutex.h>
@@ -8,7 +10,6 @@
 #include <QHostInfo>
 #include <QList>
 #include <QThread>
-#include <QThreadPool>
 
 #include <boost/enable_shared_from_this.hpp>
 #include <boost/shared_ptr.hpp>
@@ -111,7 +112,7 @@ class BonjourListeningThread : public QThread,
     std::mutex fStateMutex;       // guards fGrabImageThread and the next one
     bool fExitRequested = false;  // of a run() that has not ended yet
     boost::shared_ptr<Link> fLink;
-    QThreadPool fLookUps;
+    HostLookUps fLookUps;  // destroyed first: its answers come to this object
 
     static boost::shared_ptr<KVBroker> fLightBonjourBroker;
 };
