@@ -58,6 +58,7 @@ std::future<KVError> errorOfCall(KVProxy& proxy, const std::string& method) {
 TEST_F(Call, OfEightCallersReachesEachWithItsOwnResult) {
     KVProxy proxy = makeProxy("Echo");
     std::vector<std::thread> callers;
+    callers.reserve(8);
     std::atomic<int> wrong{0};
     for (int caller = 0; caller < 8; ++caller) {
         callers.emplace_back([&proxy, &wrong, caller] {
@@ -159,9 +160,9 @@ TEST_F(Call, MayBeCancelledWithoutTouchingOtherProxies) {
 }
 
 TEST_F(Call, ThatWaitsForAThreadIsNotRunAfterItIsCancelled) {
-    std::vector<std::unique_ptr<KVProxy>> proxies;
     std::vector<std::future<KVError>> blockers;
     constexpr int threadsOfServer = 8;
+    blockers.reserve(threadsOfServer);
     KVProxy blocker = makeProxy("Slow");
     for (int i = 0; i < threadsOfServer; ++i) {
         blockers.push_back(errorOfCall(blocker, "wait"));
@@ -184,6 +185,7 @@ TEST_F(Call, ThatKeepsAllThreadsBusyDoesNotStopTheHeartbeat) {
     KVProxy blocker = makeProxy("Slow");
     std::vector<std::future<KVError>> blocked;
     constexpr int moreThanThreads = 12;
+    blocked.reserve(moreThanThreads);
     for (int i = 0; i < moreThanThreads; ++i) {
         blocked.push_back(errorOfCall(blocker, "wait"));
     }

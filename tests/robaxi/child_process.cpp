@@ -20,6 +20,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command) {
     ::posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
     ::posix_spawn_file_actions_adddup2(&actions, ends[1], STDERR_FILENO);
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (const std::string& argument : command) {
         arguments.push_back(const_cast<char*>(argument.c_str()));
     }

@@ -63,7 +63,8 @@ class Listener {
         for (int i = 0; i < enough; ++i) {
             const int client = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
             const sockaddr_in address = loopback(fPort);
-            ::connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+            static_cast<void>(
+                ::connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof address));
             fClients.push_back(client);
         }
     }
@@ -253,6 +254,7 @@ TEST(Connect, IsSharedByAllUsersOfOneBroker) {
     server->addModule(makeEcho());
     const auto client = makeClient();
     std::vector<std::thread> threads;
+    threads.reserve(8);
     std::atomic<int> reached{0};
     for (int i = 0; i < 8; ++i) {
         threads.emplace_back([&] {

@@ -40,10 +40,11 @@ TEST(Error, IsCaughtAsAStandardException) {
 TEST(Error, MayBeCopiedOnSeveralThreads) {
     const KVError error(KVError::Cause::Internal, "shared");
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([error] {
-            for (int n = 0; n < 1000; ++n) {
-                const KVError copy(error);
+            const std::vector<KVError> copies(1000, error);
+            for (const KVError& copy : copies) {
                 ASSERT_EQ(copy.toString(), "shared");
             }
         });

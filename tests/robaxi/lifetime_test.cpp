@@ -131,6 +131,7 @@ TEST(Lifetime, MayEndOnSeveralThreadsAtOnce) {
     for (int round = 0; round < 20; ++round) {
         World world;
         std::vector<std::thread> threads;
+        threads.reserve(World::a_parts);
         for (int part = 0; part < World::a_parts; ++part) {
             threads.emplace_back([&world, part] { world.destroy(part); });
         }

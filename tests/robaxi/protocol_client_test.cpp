@@ -178,7 +178,7 @@ TEST_F(ProtocolClient, PassesOverValuesOfKeysThatItDoesNotKnow) {
     v1::SubscriptionUpdate values;
     for (const std::uint32_t id : {7U, 1U}) {
         values.mutable_values()->add_int_ids(id);
-        values.mutable_values()->add_ints(id * 10);
+        values.mutable_values()->add_ints(std::int64_t{id} * 10);
     }
     v1::SubscriptionUpdate removed;
     removed.mutable_keys_removed()->add_ids(8);

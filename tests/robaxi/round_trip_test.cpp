@@ -89,7 +89,7 @@ TEST_F(RoundTrip, KeepsSeveralArguments) {
 }
 
 TEST_F(RoundTrip, CarriesFiveMebibytes) {
-    std::string content(5 * 1024 * 1024, '\0');
+    std::string content(std::size_t{5} * 1024 * 1024, '\0');
     for (std::size_t i = 0; i < content.size(); ++i) {
         content[i] = static_cast<char>(i * 31 + i / 251);
     }

@@ -109,6 +109,7 @@ TEST_F(Table, MayBeUsedByItsOwnWriteHandler) {
 TEST_F(Table, MayBeUsedFromSeveralThreads) {
     const std::uint32_t shared = fTable.addKey(key("shared"), 0);
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([this, shared, i] {
             for (int n = 0; n < 200; ++n) {
