@@ -128,6 +128,7 @@ double measureRate(const Call& call) {
     std::atomic<bool> stop{false};
     std::atomic<std::size_t> calls{0};
     std::vector<std::thread> callers;
+    callers.reserve(a_callers);
     const auto start = Clock::now();
     for (int i = 0; i < a_callers; ++i) {
         callers.emplace_back([&] {
