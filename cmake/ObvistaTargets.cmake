@@ -18,7 +18,7 @@ if(OBVISTA_SANITIZE)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         target_compile_options(obvista_compile_options INTERFACE -Wno-maybe-uninitialized)
     endif()
-    # cpp-httplib and the standard library have memory fences, which ThreadSanitizer does not follow.
+    # Boost.Asio and the standard library have memory fences, which ThreadSanitizer does not follow.
     if(OBVISTA_SANITIZE MATCHES "thread" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         target_compile_options(obvista_compile_options INTERFACE -Wno-tsan)
     endif()
