@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+class KVFrameSource;
 class KVValueTable;
 
 /** One method as the list of methods shows it. */
@@ -26,10 +27,12 @@ struct KVModuleInfo {
     std::string fDescription;
     std::vector<KVMethodInfo> fMethods;
     bool fHasValues = false;  ///< whether its values can be subscribed to
+    bool fHasFrames = false;  ///< whether it has cameras that can be watched
 };
 
 /**
- * A named set of methods, and at most one table of values, that a broker hosts.
+ * A named set of methods, and at most one table of values and one set of cameras, that
+ * a broker hosts.
  *
  * Methods run on a small pool of threads of the broker, several at once, so they guard what they
  * share. An exception that leaves a method reaches the caller as KVError: a KVError with its own
@@ -61,6 +64,10 @@ class ROBAXI_EXPORT KVModule {
     /** Offers a table of values for subscription. To be called before the module is hosted. */
     void setValues(boost::shared_ptr<KVValueTable> values);
     boost::shared_ptr<KVValueTable> getValues() const;
+
+    /** Offers cameras for watching. To be called before the module is hosted. */
+    void setFrames(boost::shared_ptr<KVFrameSource> frames);
+    boost::shared_ptr<KVFrameSource> getFrames() const;
 
     /**
      * Runs a method as a call from the network would, on the calling thread.

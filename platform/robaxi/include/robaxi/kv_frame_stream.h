@@ -1,0 +1,70 @@
+#ifndef ROBAXI_KV_FRAME_STREAM_H
+#define ROBAXI_KV_FRAME_STREAM_H
+
+#include <robaxi/kv_error.h>
+#include <robaxi/kv_frame.h>
+#include <robaxi/robaxi_export.h>
+
+#include <boost/shared_ptr.hpp>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+class KVConnection;
+
+/**
+ * The frames of one camera, as they come.
+ *
+ * There is no queue of frames on the way: the robot sends the newest frame it has whenever the
+ * network takes one, and a frame that arrives while the listener is still busy takes the place of
+ * one that waits. A slow listener or network gets fewer frames, not older ones.
+ */
+class ROBAXI_EXPORT KVFrameStream {
+  public:
+    /** Called on a thread of the library, one call at a time. */
+    class ROBAXI_EXPORT Listener {
+      public:
+        virtual ~Listener();
+        /**
+         * A frame came.
+         *
+         * @param frame untrusted, see KVFrame
+         * @param passedOver frames that were received since the last call and given up for this
+         *        newer one. What the robot did not send shows as a gap in KVFrame::fNumber.
+         */
+        virtual void frameReceived(const KVFrame& frame, std::uint64_t passedOver) = 0;
+        /** The stream is over: refused, gone at the robot, or the connection is lost. Called last,
+         *  at most once, and not after stop(). */
+        virtual void ended(const KVError& error) = 0;
+    };
+
+    /**
+     * Starts watching; does not wait for the robot. The newest frame, when there is one, comes at
+     * once.
+     *
+     * @param connection kept alive by the stream
+     * @param module name of a module that has cameras, for instance "KVVideo"
+     * @param stream name of the camera
+     * @param listener must outlive the stream or its stop()
+     * @throws KVError InvalidArgument
+     */
+    static boost::shared_ptr<KVFrameStream> start(boost::shared_ptr<KVConnection> connection,
+                                                  const std::string& module,
+                                                  const std::string& stream, Listener* listener);
+
+    /** Stops. */
+    ~KVFrameStream();
+    KVFrameStream(const KVFrameStream&) = delete;
+    KVFrameStream& operator=(const KVFrameStream&) = delete;
+
+    /** Ends it; returns when the listener is not being called any more, unless called from it. */
+    void stop();
+
+  private:
+    struct Private;
+    explicit KVFrameStream(std::shared_ptr<Private> implementation);
+    std::shared_ptr<Private> fPrivate;
+};
+
+#endif
