@@ -5,8 +5,6 @@
 #include "memory_model.h"
 #include "value_text.h"
 
-#include <QDockWidget>
-#include <QEvent>
 #include <QHeaderView>
 #include <QLabel>
 #include <QStackedLayout>
@@ -15,6 +13,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <labels.h>
 #include <utility>
 
 namespace memoryviewer {
@@ -31,33 +30,21 @@ constexpr int a_valueWidthInCharacters = 24;
 constexpr int a_unitWidthInCharacters = 12;
 constexpr int a_widthInCharacters = 110;
 constexpr int a_heightInLines = 38;
-constexpr char a_separator[] = "  \u00B7  ";
-
-QLabel* makeLabel(const char* objectName, QWidget* parent) {
-    auto* label = new QLabel(parent);
-    label->setObjectName(QLatin1String(objectName));
-    // Texts of the robot are part of it.
-    label->setTextFormat(Qt::PlainText);
-    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    return label;
-}
 
 }  // namespace
 
 MemoryViewerWidget::MemoryViewerWidget(std::shared_ptr<MemoryLink> link, WidgetInterface* plugin,
                                        QWidget* parent)
-    : QWidget(parent),
+    : ViewerWidget(link, plugin, parent),
       fLink(std::move(link)),
-      fPlugin(plugin),
       fModel(new MemoryModel(this)),
       fDelegate(new MemoryDelegate(this)),
       fTree(new QTreeView(this)),
       fPages(new QStackedLayout),
-      fMessage(makeLabel("memoryMessage", this)),
-      fNotice(makeLabel("memoryNotice", this)),
-      fStatus(makeLabel("memoryStatus", this)) {
+      fMessage(viewer::makeMessage("memoryMessage", this)),
+      fNotice(viewer::makeNotice("memoryNotice", this)),
+      fStatus(viewer::makeStatusLine("memoryStatus", this)) {
     xBuild();
-    xFollowDock();
 
     fFrameTimer.setSingleShot(true);
     connect(&fFrameTimer, &QTimer::timeout, this, &MemoryViewerWidget::xOnFrame);
@@ -71,30 +58,12 @@ MemoryViewerWidget::MemoryViewerWidget(std::shared_ptr<MemoryLink> link, WidgetI
     });
 }
 
-MemoryViewerWidget::~MemoryViewerWidget() {
-    fLink->feed().setNotice(nullptr);
-    fLink->close();
-}
+MemoryViewerWidget::~MemoryViewerWidget() = default;
 
 /** Room for the columns and some thirty rows; a docked widget gets its size from here. */
 QSize MemoryViewerWidget::sizeHint() const {
     const QFontMetrics metrics = fontMetrics();
     return {a_widthInCharacters * metrics.averageCharWidth(), a_heightInLines * metrics.height()};
-}
-
-bool MemoryViewerWidget::eventFilter(QObject* watched, QEvent* event) {
-    // Asked in this order: a dock that is being destroyed, and sends other events, is no dock now.
-    if (event->type() == QEvent::Close && watched == fDock) {
-        xOnDockAskedToClose();
-    }
-    return QWidget::eventFilter(watched, event);
-}
-
-void MemoryViewerWidget::changeEvent(QEvent* event) {
-    if (event->type() == QEvent::ParentChange) {
-        xFollowDock();
-    }
-    QWidget::changeEvent(event);
 }
 
 void MemoryViewerWidget::xBuild() {
@@ -103,18 +72,6 @@ void MemoryViewerWidget::xBuild() {
     resize(sizeHint());
     setFocusProxy(fTree);
     xBuildTree();
-
-    fMessage->setAlignment(Qt::AlignCenter);
-    fMessage->setWordWrap(true);
-    fMessage->setMargin(fontMetrics().height());
-    fNotice->setWordWrap(true);
-    fNotice->setMargin(fontMetrics().height() / 2);
-    fNotice->setAutoFillBackground(true);
-    fNotice->setBackgroundRole(QPalette::ToolTipBase);
-    fNotice->setForegroundRole(QPalette::ToolTipText);
-    fStatus->setMargin(fontMetrics().height() / 4);
-    // A long name must not force the dock to be wide.
-    fStatus->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
 
     fPages->addWidget(fMessage);
     fPages->addWidget(fTree);
@@ -148,39 +105,6 @@ void MemoryViewerWidget::xBuildTree() {
             &MemoryViewerWidget::xExpandNewBranches);
 }
 
-void MemoryViewerWidget::xFollowDock() {
-    if (fDock) {
-        fDock->removeEventFilter(this);
-    }
-    fDock = qobject_cast<QDockWidget*>(parentWidget());
-    if (fDock) {
-        fDock->installEventFilter(this);
-    }
-}
-
-/**
- * The dock's close event comes before the dock has decided on it. From here on no loss is reported;
- * the next turn of the event loop sees what became of the dock.
- */
-void MemoryViewerWidget::xOnDockAskedToClose() {
-    fIsDockClosing = true;
-    QMetaObject::invokeMethod(
-        this, [this] { xOnDockDecided(); }, Qt::QueuedConnection);
-}
-
-void MemoryViewerWidget::xOnDockDecided() {
-    if (!fIsDockClosing) {
-        return;
-    }
-    fIsDockClosing = false;
-    if (!fDock || fDock->isHidden()) {
-        fLink->close();
-    }
-    if (fHasLossToReport) {
-        xReportLoss();
-    }
-}
-
 void MemoryViewerWidget::xOnNotice() {
     if (!fFrameTimer.isActive()) {
         const qint64 rest = a_frameTime - fSinceFrame.elapsed();
@@ -207,7 +131,7 @@ void MemoryViewerWidget::xOnFrame() {
         case MemoryBatch::End::Lost:
             if (fPhase != Phase::Lost) {
                 xSetPhase(Phase::Lost);
-                xReportLoss();
+                reportLoss();
             }
             break;
     }
@@ -232,14 +156,6 @@ void MemoryViewerWidget::xSetPhase(Phase phase) {
         fTree->viewport()->update();
     }
     xUpdateTexts();
-}
-
-/** Whoever answers may delete the plugin and this widget, so nothing follows the signal. */
-void MemoryViewerWidget::xReportLoss() {
-    fHasLossToReport = fIsDockClosing;
-    if (!fIsDockClosing && !fLink->isClosed()) {
-        Q_EMIT disconnected(fPlugin);
-    }
 }
 
 void MemoryViewerWidget::xExpandNewBranches(const QModelIndex& parent, int first, int last) {
@@ -267,18 +183,15 @@ void MemoryViewerWidget::xUpdateTexts() {
     fNotice->setVisible(hasContent && !isLive);
     fPages->setCurrentWidget(hasContent ? static_cast<QWidget*>(fTree) : fMessage);
 
-    const QString status = QStringList{xRobotText(), xKeyCountText(), xActivityText()}.join(
-        QString::fromUtf8(a_separator));
-    fStatus->setText(status);
-    fStatus->setToolTip(QStringLiteral("<p>%1</p>").arg(status.toHtmlEscaped()));
-    fStatus->setAccessibleName(tr("Status: %1").arg(status));
+    viewer::setStatus(*fStatus, QStringList{xRobotText(), xKeyCountText(), xActivityText()}.join(
+                                    viewer::statusSeparator()));
 }
 
 QString MemoryViewerWidget::xRobotText() const {
     const QString name = plainText(fLink->robotName(), a_maxRobotNameLength);
     const QString address = plainText(fLink->address());
     return QStringLiteral("%1%2%3:%4")
-        .arg(name, QString::fromUtf8(a_separator), address, QString::number(fLink->port()));
+        .arg(name, viewer::statusSeparator(), address, QString::number(fLink->port()));
 }
 
 QString MemoryViewerWidget::xKeyCountText() const {

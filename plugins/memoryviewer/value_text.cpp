@@ -1,12 +1,14 @@
 #include "value_text.h"
 
-#include <QChar>
 #include <QLocale>
 
 #include <algorithm>
 #include <cmath>
 
 namespace memoryviewer {
+
+using viewer::BoundedText;
+using viewer::Quotes;
 
 namespace {
 
@@ -17,92 +19,6 @@ constexpr int a_maxNesting = 8;
 constexpr int a_maxBytesShown = 16;
 
 enum class Digits { Readable, Exact };
-enum class Quotes { None, Double };
-
-/** A line that takes text until it is full. */
-class BoundedText {
-  public:
-    explicit BoundedText(int maxLength) : fMaxLength(maxLength) {}
-
-    bool isFull() const { return fIsFull; }
-
-    void append(const QString& piece) {
-        if (fIsFull) {
-            return;
-        }
-        const int room = fMaxLength - fText.size();
-        if (piece.size() <= room) {
-            fText += piece;
-            return;
-        }
-        const bool splitsPair = room > 0 && piece.at(room - 1).isHighSurrogate();
-        fText += piece.leftRef(splitsPair ? room - 1 : room);
-        fIsFull = true;
-    }
-
-    QString text() const { return fIsFull ? fText + QChar(0x2026) : fText; }
-
-  private:
-    QString fText;
-    int fMaxLength;
-    bool fIsFull = false;
-};
-
-bool isEscaped(uint character) {
-    constexpr uint zeroWidthNonJoiner = 0x200C;
-    constexpr uint zeroWidthJoiner = 0x200D;
-    switch (QChar::category(character)) {
-        case QChar::Other_Control:
-        case QChar::Separator_Line:
-        case QChar::Separator_Paragraph:
-            return true;
-        case QChar::Other_Format:
-            // The joiners are part of ordinary words and pictures and hide nothing.
-            return character != zeroWidthNonJoiner && character != zeroWidthJoiner;
-        default:
-            return false;
-    }
-}
-
-/** In ASCII, since few fonts have pictures of control characters. */
-QString escapedCharacter(uint character) {
-    switch (character) {
-        case '\n':
-            return QStringLiteral("\\n");
-        case '\r':
-            return QStringLiteral("\\r");
-        case '\t':
-            return QStringLiteral("\\t");
-        default:
-            break;
-    }
-    constexpr uint firstOfFourDigits = 0x100;
-    const QString digits = QString::number(character, 16);
-    return character < firstOfFourDigits ? QStringLiteral("\\x%1").arg(digits, 2, QLatin1Char('0'))
-                                         : QStringLiteral("\\u{%1}").arg(digits);
-}
-
-QString visibleCharacter(uint character, Quotes quotes) {
-    if (character == '\\' || (character == '"' && quotes == Quotes::Double)) {
-        return QLatin1Char('\\') + QString(QChar(character));
-    }
-    return isEscaped(character) ? escapedCharacter(character) : QString::fromUcs4(&character, 1);
-}
-
-void appendString(BoundedText& line, const std::string& utf8, int maxLength, Quotes quotes) {
-    // No character of UTF-16 takes more than three bytes of UTF-8, so this many bytes fill a line.
-    const std::size_t enough = 3 * (static_cast<std::size_t>(maxLength) + 2);
-    const QString text =
-        QString::fromUtf8(utf8.data(), static_cast<int>(std::min(utf8.size(), enough)));
-    for (int i = 0; i < text.size() && !line.isFull(); ++i) {
-        uint character = text.at(i).unicode();
-        if (text.at(i).isHighSurrogate() && i + 1 < text.size()) {
-            character = QChar::surrogateToUcs4(text.at(i), text.at(i + 1));
-            ++i;
-        }
-        line.append(visibleCharacter(character, quotes));
-    }
-}
 
 QString floatText(double value, Digits digits) {
     if (std::isnan(value)) {
@@ -137,8 +53,7 @@ QString binaryText(const KVValue& value) {
 /** Writes one value, and those inside it, into a line. */
 class ValueWriter {
   public:
-    ValueWriter(int maxLength, Digits digits)
-        : fLine(maxLength), fMaxLength(maxLength), fDigits(digits) {}
+    ValueWriter(int maxLength, Digits digits) : fLine(maxLength), fDigits(digits) {}
 
     QString text() const { return fLine.text(); }
 
@@ -175,7 +90,7 @@ class ValueWriter {
     void xWriteString(const std::string& text, Quotes quotes) {
         const QString quote = quotes == Quotes::None ? QString() : QStringLiteral("\"");
         fLine.append(quote);
-        appendString(fLine, text, fMaxLength, quotes);
+        fLine.appendSafely(text, quotes);
         fLine.append(quote);
     }
 
@@ -215,7 +130,6 @@ class ValueWriter {
     }
 
     BoundedText fLine;
-    int fMaxLength;
     Digits fDigits;
 };
 
@@ -226,12 +140,6 @@ QString writtenValue(const KVValue& value, int maxLength, Digits digits) {
 }
 
 }  // namespace
-
-QString plainText(const std::string& utf8, int maxLength) {
-    BoundedText line(maxLength);
-    appendString(line, utf8, maxLength, Quotes::None);
-    return line.text();
-}
 
 QString valueText(const KVValue& value, int maxLength) {
     return writtenValue(value, maxLength, Digits::Readable);

@@ -1,35 +1,17 @@
 #include "memory_robot.h"
 
 #include <robaxi/kv_broker.h>
-#include <robaxi/kv_error.h>
 #include <robaxi/kv_module.h>
 #include <robaxi/kv_value_table.h>
 
 #include <boost/make_shared.hpp>
 
-#include <robot_process.h>
+#include <test_broker.h>
 
 namespace obvista_test {
 
-namespace {
-
-boost::shared_ptr<KVBroker> createBroker(const std::string& name) {
-    // Another test may take the port between the look and the listening.
-    for (int attempt = 0;; ++attempt) {
-        try {
-            return KVBroker::createBroker(name, "127.0.0.1", freePort(), "", 0, 0, "", true);
-        } catch (const KVError& error) {
-            if (error.cause() != KVError::Cause::AddressInUse || attempt == 20) {
-                throw;
-            }
-        }
-    }
-}
-
-}  // namespace
-
 MemoryRobot::MemoryRobot(const std::string& name, Memory memory)
-    : fBroker(createBroker(name)), fTable(boost::make_shared<KVValueTable>()) {
+    : fBroker(createTestBroker(name)), fTable(boost::make_shared<KVValueTable>()) {
     fPort = fBroker->getPort();
     if (memory == Memory::Offered) {
         const auto module = boost::make_shared<KVModule>("KVMemory", "values of a test");

@@ -1,9 +1,6 @@
 #include "memory_robot.h"
-#include "sockets.h"
 #include "viewer_driver.h"
 
-#include <robaxi/kv_broker.h>
-#include <robaxi/kv_connection.h>
 #include <robaxi/kv_error.h>
 
 #include <QDir>
@@ -20,10 +17,10 @@
 #include <qt_test_main.h>
 
 #include <child_process.h>
-#include <condition_variable>
+#include <loss_witness.h>
 #include <memory>
-#include <mutex>
 #include <robot_process.h>
+#include <sockets.h>
 #include <widget_interface.h>
 
 using namespace obvista_test;
@@ -49,32 +46,6 @@ KVError::Cause causeOfFailure(ViewerDriver& viewer, int port) {
     }
     return KVError::Cause::Internal;
 }
-
-/** Waits, without turning the event loop, until a robot's end is known in this process. */
-class LossWitness {
-  public:
-    explicit LossWitness(int port)
-        : fBroker(KVBroker::createBroker("Witness", "", 0, "", 0, 0, "", true)),
-          fConnection(KVConnection::open(fBroker, "127.0.0.1", port, 5)) {
-        fConnection->setLostHandler([this](const KVError&) {
-            const std::lock_guard<std::mutex> lock(fMutex);
-            fIsLost = true;
-            fCondition.notify_all();
-        });
-    }
-
-    bool wait() {
-        std::unique_lock<std::mutex> lock(fMutex);
-        return fCondition.wait_for(lock, std::chrono::seconds(10), [this] { return fIsLost; });
-    }
-
-  private:
-    std::mutex fMutex;
-    std::condition_variable fCondition;
-    bool fIsLost = false;
-    boost::shared_ptr<KVBroker> fBroker;
-    boost::shared_ptr<KVConnection> fConnection;
-};
 
 }  // namespace
 

@@ -2,10 +2,6 @@
 
 #include <QAbstractItemModel>
 #include <QCoreApplication>
-#include <QDockWidget>
-#include <QLabel>
-#include <QPluginLoader>
-#include <QTest>
 #include <QTreeView>
 
 namespace obvista_test {
@@ -14,63 +10,9 @@ namespace {
 
 constexpr int a_valueColumn = 1;
 
-QString labelText(QWidget* viewer, const char* name) {
-    const auto* label = viewer->findChild<QLabel*>(QLatin1String(name));
-    return label != nullptr && label->isVisibleTo(viewer) ? label->text() : QString();
-}
-
 }  // namespace
 
-ViewerDriver::ViewerDriver() {
-    qRegisterMetaType<WidgetInterface*>();
-    fWindow.resize(900, 700);
-    fWindow.show();
-    QPluginLoader loader(viewerLibrary());
-    fRoot = loader.instance();
-    fPlugin = qobject_cast<WidgetInterface*>(fRoot.data());
-    if (fPlugin == nullptr) {
-        qFatal("no plugin in %s: %s", qPrintable(viewerLibrary()),
-               qPrintable(loader.errorString()));
-    }
-}
-
-ViewerDriver::~ViewerDriver() {
-    deletePlugin();
-}
-
-QWidget* ViewerDriver::createWidget(int port) {
-    return fPlugin->createWidget(&fWindow, "127.0.0.1", port, "/nowhere/");
-}
-
-QDockWidget* ViewerDriver::dock(QWidget* widget) {
-    auto* dock = new QDockWidget(QStringLiteral("memoryviewer"), &fWindow);
-    dock->setWidget(widget);
-    dock->show();
-    fWindow.addDockWidget(Qt::TopDockWidgetArea, dock);
-    return dock;
-}
-
-void ViewerDriver::deletePlugin() {
-    if (fRoot) {
-        delete fPlugin;
-    }
-}
-
-void ViewerDriver::onDisconnected(QWidget* widget, std::function<void(WidgetInterface*)> action) {
-    fActions[widget] = std::move(action);
-    connect(widget, SIGNAL(disconnected(WidgetInterface*)), this,
-            SLOT(xOnDisconnected(WidgetInterface*)));
-}
-
-void ViewerDriver::letTimePass() {
-    constexpr int frames = 10;
-    constexpr int frameTime = 40;
-    QTest::qWait(frames * frameTime);
-}
-
-void ViewerDriver::xOnDisconnected(WidgetInterface* plugin) {
-    const auto action = fActions.value(sender());
-    action(plugin);
+ViewerDriver::ViewerDriver() : PluginDriver(QStringLiteral("memoryviewer")) {
 }
 
 std::vector<std::string> viewerProcess(const std::string& mode, int robotPort) {
@@ -80,8 +22,7 @@ std::vector<std::string> viewerProcess(const std::string& mode, int robotPort) {
 }
 
 QString viewerLibrary() {
-    return QString::fromLocal8Bit(qgetenv("OBVISTA_BUILD_DIR")) +
-           QStringLiteral("/lib/obvista/libmemoryviewer.so");
+    return pluginLibrary(QStringLiteral("memoryviewer"));
 }
 
 QModelIndex indexOf(QWidget* viewer, const QString& path) {

@@ -1,54 +1,19 @@
 #ifndef OBVISTA_TESTS_VIEWER_DRIVER_H
 #define OBVISTA_TESTS_VIEWER_DRIVER_H
 
-#include <QHash>
-#include <QMainWindow>
 #include <QModelIndex>
-#include <QPointer>
 #include <QString>
 
-#include <functional>
+#include <plugin_driver.h>
 #include <string>
 #include <vector>
-#include <widget_interface.h>
-
-class QDockWidget;
-
-Q_DECLARE_METATYPE(WidgetInterface*)
 
 namespace obvista_test {
 
-/** A host of the memory viewer: a window, and the plugin loaded from its library. */
-class ViewerDriver : public QObject {
-    Q_OBJECT
-
+/** A host of the memory viewer. */
+class ViewerDriver : public PluginDriver {
   public:
     ViewerDriver();
-    /** Deletes the plugin, unless that is done, before the window with its docks. */
-    ~ViewerDriver() override;
-
-    /** Null after deletePlugin(). */
-    WidgetInterface* plugin() const { return fRoot ? fPlugin : nullptr; }
-    QMainWindow& window() { return fWindow; }
-
-    /** Connects to a robot on this machine. @throws KVError */
-    QWidget* createWidget(int port);
-    QDockWidget* dock(QWidget* widget);
-    void deletePlugin();
-    void onDisconnected(QWidget* widget, std::function<void(WidgetInterface*)> action);
-
-    /** Turns the event loop for several of the viewer's frames: long enough for what must not
-     *  happen to happen. */
-    void letTimePass();
-
-  private Q_SLOTS:
-    void xOnDisconnected(WidgetInterface* plugin);
-
-  private:
-    QMainWindow fWindow;
-    QPointer<QObject> fRoot;
-    WidgetInterface* fPlugin = nullptr;
-    QHash<QObject*, std::function<void(WidgetInterface*)>> fActions;
 };
 
 /** The command that runs the program viewer_process beside a robot on this machine. */

@@ -3,7 +3,6 @@
 //
 //   viewer_process MODE ROBOT_PORT
 
-#include "sockets.h"
 #include "viewer_driver.h"
 
 #include <QApplication>
@@ -12,6 +11,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <sockets.h>
 #include <widget_interface.h>
 
 namespace {

@@ -1,5 +1,4 @@
 #include "memory_robot.h"
-#include "sockets.h"
 #include "viewer_driver.h"
 
 #include <QAbstractButton>
@@ -12,6 +11,7 @@
 #include <qt_test_main.h>
 
 #include <memory>
+#include <sockets.h>
 
 using namespace obvista_test;
 

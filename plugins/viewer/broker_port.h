@@ -1,11 +1,13 @@
-#ifndef OBVISTA_MEMORYVIEWER_BROKER_PORT_H
-#define OBVISTA_MEMORYVIEWER_BROKER_PORT_H
+#ifndef OBVISTA_VIEWER_BROKER_PORT_H
+#define OBVISTA_VIEWER_BROKER_PORT_H
 
 #include <boost/shared_ptr.hpp>
 
+#include <string>
+
 class KVBroker;
 
-namespace memoryviewer {
+namespace viewer {
 
 /** The port at which the search for a free one begins. */
 constexpr int a_firstBrokerPort = 54010;
@@ -13,12 +15,13 @@ constexpr int a_firstBrokerPort = 54010;
 /**
  * Opens a viewer's own broker, on the loopback address.
  *
+ * @param name under which it is known to its peers
  * @param port 1 to 65535, or 0 for the first free port from a_firstBrokerPort upward, itself
  *             included
  * @throws KVError when the port is out of range or in use, or none is free
  */
-boost::shared_ptr<KVBroker> openBroker(int port);
+boost::shared_ptr<KVBroker> openBroker(const std::string& name, int port);
 
-}  // namespace memoryviewer
+}  // namespace viewer
 
 #endif

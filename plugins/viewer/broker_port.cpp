@@ -3,23 +3,21 @@
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_error.h>
 
-#include <string>
-
-namespace memoryviewer {
+namespace viewer {
 
 namespace {
 
 constexpr int a_lastBrokerPort = 65535;
 
-boost::shared_ptr<KVBroker> createBroker(int port) {
-    return KVBroker::createBroker("ObvistaMemoryViewer", "127.0.0.1", port, "", 0, 0, "", true);
+boost::shared_ptr<KVBroker> createBroker(const std::string& name, int port) {
+    return KVBroker::createBroker(name, "127.0.0.1", port, "", 0, 0, "", true);
 }
 
 /** Listening is the only test of a port that nobody can overtake. */
-boost::shared_ptr<KVBroker> createBrokerOnFirstFreePort() {
+boost::shared_ptr<KVBroker> createBrokerOnFirstFreePort(const std::string& name) {
     for (int port = a_firstBrokerPort; port <= a_lastBrokerPort; ++port) {
         try {
-            return createBroker(port);
+            return createBroker(name, port);
         } catch (const KVError& error) {
             if (error.cause() != KVError::Cause::AddressInUse) {
                 throw;
@@ -33,8 +31,8 @@ boost::shared_ptr<KVBroker> createBrokerOnFirstFreePort() {
 
 }  // namespace
 
-boost::shared_ptr<KVBroker> openBroker(int port) {
-    return port == 0 ? createBrokerOnFirstFreePort() : createBroker(port);
+boost::shared_ptr<KVBroker> openBroker(const std::string& name, int port) {
+    return port == 0 ? createBrokerOnFirstFreePort(name) : createBroker(name, port);
 }
 
-}  // namespace memoryviewer
+}  // namespace viewer

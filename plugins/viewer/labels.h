@@ -1,0 +1,30 @@
+#ifndef OBVISTA_VIEWER_LABELS_H
+#define OBVISTA_VIEWER_LABELS_H
+
+class QLabel;
+class QString;
+class QWidget;
+
+namespace viewer {
+
+/** A label for texts that the robot may have a part in: shown as they stand, and copyable. */
+QLabel* makeLabel(const char* objectName, QWidget* parent);
+
+/** The page that says why there is nothing to show. */
+QLabel* makeMessage(const char* objectName, QWidget* parent);
+
+/** The bar above what is shown that says what is the matter with it. */
+QLabel* makeNotice(const char* objectName, QWidget* parent);
+
+/** The line below; however long, it does not force the dock to be wide. */
+QLabel* makeStatusLine(const char* objectName, QWidget* parent);
+
+/** Shows a text in the line, whole in its tool tip, and by name to a screen reader. */
+void setStatus(QLabel& line, const QString& status);
+
+/** What stands between two parts of the status line. */
+QString statusSeparator();
+
+}  // namespace viewer
+
+#endif

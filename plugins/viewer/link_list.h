@@ -1,0 +1,24 @@
+#ifndef OBVISTA_VIEWER_LINK_LIST_H
+#define OBVISTA_VIEWER_LINK_LIST_H
+
+#include <memory>
+#include <vector>
+
+namespace viewer {
+
+class RobotLink;
+
+/** Links that others hold. Used on the GUI thread. */
+class LinkList {
+  public:
+    void add(const std::shared_ptr<RobotLink>& link);
+    /** Those that are still held. */
+    std::vector<std::shared_ptr<RobotLink>> links() const;
+
+  private:
+    std::vector<std::weak_ptr<RobotLink>> fLinks;
+};
+
+}  // namespace viewer
+
+#endif

@@ -1,0 +1,72 @@
+#include "plugin_driver.h"
+
+#include <QDockWidget>
+#include <QLabel>
+#include <QPluginLoader>
+#include <QTest>
+
+namespace obvista_test {
+
+PluginDriver::PluginDriver(const QString& pluginName) : fPluginName(pluginName) {
+    qRegisterMetaType<WidgetInterface*>();
+    fWindow.resize(900, 700);
+    fWindow.show();
+    QPluginLoader loader(pluginLibrary(pluginName));
+    fRoot = loader.instance();
+    fPlugin = qobject_cast<WidgetInterface*>(fRoot.data());
+    if (fPlugin == nullptr) {
+        qFatal("no plugin in %s: %s", qPrintable(loader.fileName()),
+               qPrintable(loader.errorString()));
+    }
+}
+
+PluginDriver::~PluginDriver() {
+    deletePlugin();
+}
+
+QWidget* PluginDriver::createWidget(int port) {
+    return fPlugin->createWidget(&fWindow, "127.0.0.1", port, "/nowhere/");
+}
+
+QDockWidget* PluginDriver::dock(QWidget* widget) {
+    auto* dock = new QDockWidget(fPluginName, &fWindow);
+    dock->setWidget(widget);
+    dock->show();
+    fWindow.addDockWidget(Qt::TopDockWidgetArea, dock);
+    return dock;
+}
+
+void PluginDriver::deletePlugin() {
+    if (fRoot) {
+        delete fPlugin;
+    }
+}
+
+void PluginDriver::onDisconnected(QWidget* widget, std::function<void(WidgetInterface*)> action) {
+    fActions[widget] = std::move(action);
+    connect(widget, SIGNAL(disconnected(WidgetInterface*)), this,
+            SLOT(xOnDisconnected(WidgetInterface*)));
+}
+
+void PluginDriver::letTimePass() {
+    constexpr int frames = 10;
+    constexpr int frameTime = 40;
+    QTest::qWait(frames * frameTime);
+}
+
+void PluginDriver::xOnDisconnected(WidgetInterface* plugin) {
+    const auto action = fActions.value(sender());
+    action(plugin);
+}
+
+QString pluginLibrary(const QString& pluginName) {
+    return QString::fromLocal8Bit(qgetenv("OBVISTA_BUILD_DIR")) +
+           QStringLiteral("/lib/obvista/lib%1.so").arg(pluginName);
+}
+
+QString labelText(QWidget* viewer, const char* objectName) {
+    const auto* label = viewer->findChild<QLabel*>(QLatin1String(objectName));
+    return label != nullptr && label->isVisibleTo(viewer) ? label->text() : QString();
+}
+
+}  // namespace obvista_test

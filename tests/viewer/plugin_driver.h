@@ -1,0 +1,62 @@
+#ifndef OBVISTA_TESTS_PLUGIN_DRIVER_H
+#define OBVISTA_TESTS_PLUGIN_DRIVER_H
+
+#include <QHash>
+#include <QMainWindow>
+#include <QPointer>
+#include <QString>
+
+#include <functional>
+#include <string>
+#include <widget_interface.h>
+
+class QDockWidget;
+class QLabel;
+
+Q_DECLARE_METATYPE(WidgetInterface*)
+
+namespace obvista_test {
+
+/** A host of one viewer: a window, and the plugin loaded from its library. */
+class PluginDriver : public QObject {
+    Q_OBJECT
+
+  public:
+    explicit PluginDriver(const QString& pluginName);
+    /** Deletes the plugin, unless that is done, before the window with its docks. */
+    ~PluginDriver() override;
+
+    /** Null after deletePlugin(). */
+    WidgetInterface* plugin() const { return fRoot ? fPlugin : nullptr; }
+    QMainWindow& window() { return fWindow; }
+
+    /** Connects to a robot on this machine. @throws KVError */
+    QWidget* createWidget(int port);
+    QDockWidget* dock(QWidget* widget);
+    void deletePlugin();
+    void onDisconnected(QWidget* widget, std::function<void(WidgetInterface*)> action);
+
+    /** Turns the event loop for several of a viewer's frames: long enough for what must not
+     *  happen to happen. */
+    void letTimePass();
+
+  private Q_SLOTS:
+    void xOnDisconnected(WidgetInterface* plugin);
+
+  private:
+    QString fPluginName;
+    QMainWindow fWindow;
+    QPointer<QObject> fRoot;
+    WidgetInterface* fPlugin = nullptr;
+    QHash<QObject*, std::function<void(WidgetInterface*)>> fActions;
+};
+
+/** The path of a plugin's library in the build tree. */
+QString pluginLibrary(const QString& pluginName);
+
+/** The text of a viewer's label; empty when it is hidden or not there. */
+QString labelText(QWidget* viewer, const char* objectName);
+
+}  // namespace obvista_test
+
+#endif
