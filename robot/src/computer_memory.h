@@ -19,7 +19,7 @@ class ComputerMemory : public MemorySource {
     /** Adds the figures that can be read at once. */
     ComputerMemory(ComputerFigures figures, boost::shared_ptr<KVValueTable> table);
 
-    std::chrono::milliseconds period() const override { return std::chrono::seconds(1); }
+    std::chrono::microseconds period() const override { return std::chrono::seconds(1); }
     void update(std::uint64_t step) override;
 
   private:

@@ -24,7 +24,7 @@ class HumanoidMemory : public MemorySource {
     HumanoidMemory(const HumanoidMemory&) = delete;
     HumanoidMemory& operator=(const HumanoidMemory&) = delete;
 
-    std::chrono::milliseconds period() const override { return a_stepPeriod; }
+    std::chrono::microseconds period() const override { return a_stepPeriod; }
     void update(std::uint64_t step) override;
 
     /**

@@ -12,7 +12,7 @@ class MemorySource {
     virtual ~MemorySource();
 
     /** How often update() wants to be called. */
-    virtual std::chrono::milliseconds period() const = 0;
+    virtual std::chrono::microseconds period() const = 0;
 
     /** Brings the table to a step; steps may be left out when time is short. On any thread. */
     virtual void update(std::uint64_t step) = 0;

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <arpa/inet.h>
 #include <array>
+#include <sstream>
 #include <stdexcept>
 #include <unistd.h>
 
@@ -18,6 +19,9 @@ namespace {
 
 constexpr std::size_t a_longestName = 63;  // the longest label of a name that is announced
 constexpr int a_wrongUsage = 2;
+constexpr int a_mostKeys = 1000000;
+constexpr double a_lowestRate = 0.1;
+constexpr double a_highestRate = 1000;
 
 std::string machineName() {
     std::array<char, 256> name{};
@@ -42,6 +46,13 @@ po::options_description describedOptions() {
         ("seed", po::value<std::string>()->default_value("1"),
          "number from which all that the simulated humanoid does follows; the same seed repeats a "
          "run")
+        ("keys", po::value<int>()->default_value(0),
+         "so many values of drives instead of those of the kind, up to 1000000; 0 for none")
+        ("changing", po::value<int>(),
+         "how many of --keys change; a tenth of them unless given")
+        ("rate", po::value<double>()->default_value(50, "50"),
+         "how often these change in a second, 0.1 to 1000")
+        ("hostile", "also serve values that a viewer must bear: markup, 10 MB texts and worse")
         ("no-middleware", "do not run the middleware: only announce, and serve HTTP")
         ("http-port", po::value<int>()->default_value(80),
          "port of the web page and the icon; 0 for none")
@@ -73,13 +84,21 @@ std::string toName(const std::string& text) {
     return text;
 }
 
-int toPort(const po::variables_map& given, const std::string& option, int lowest) {
-    const int port = given[option].as<int>();
-    if (port < lowest || port > 65535) {
-        throw std::invalid_argument("--" + option + " takes " + std::to_string(lowest) +
-                                    " to 65535, not " + std::to_string(port));
+template <class Number>
+Number toNumberWithin(const po::variables_map& given, const std::string& option, Number lowest,
+                      Number highest) {
+    const auto number = given[option].as<Number>();
+    // Written so that not-a-number is refused.
+    if (number >= lowest && number <= highest) {
+        return number;
     }
-    return port;
+    std::ostringstream mistake;
+    mistake << "--" << option << " takes " << lowest << " to " << highest << ", not " << number;
+    throw std::invalid_argument(mistake.str());
+}
+
+int toPort(const po::variables_map& given, const std::string& option, int lowest) {
+    return toNumberWithin(given, option, lowest, 65535);
 }
 
 std::uint64_t toSeed(const std::string& text) {
@@ -93,6 +112,15 @@ std::uint64_t toSeed(const std::string& text) {
     } catch (const std::out_of_range&) {
     }
     throw std::invalid_argument("--seed takes a whole number from 0 to 2^64-1, not '" + text + "'");
+}
+
+Load toLoad(const po::variables_map& given) {
+    Load load;
+    load.fKeys = toNumberWithin(given, "keys", 0, a_mostKeys);
+    load.fChanging = given.count("changing") != 0 ? toNumberWithin(given, "changing", 0, load.fKeys)
+                                                  : load.fKeys / 10;
+    load.fRate = toNumberWithin(given, "rate", a_lowestRate, a_highestRate);
+    return load;
 }
 
 std::string toAddress(const std::string& text) {
@@ -111,6 +139,8 @@ Options toOptions(const po::variables_map& given) {
     options.fAddress = toAddress(given["address"].as<std::string>());
     options.fPort = toPort(given, "port", 1);
     options.fSeed = toSeed(given["seed"].as<std::string>());
+    options.fLoad = toLoad(given);
+    options.fHostile = given.count("hostile") != 0;
     options.fMiddleware = given.count("no-middleware") == 0;
     options.fHttpPort = toPort(given, "http-port", 0);
     options.fIcon = given["icon"].as<std::string>();

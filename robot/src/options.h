@@ -1,6 +1,8 @@
 #ifndef OBVISTA_ROBOT_OPTIONS_H
 #define OBVISTA_ROBOT_OPTIONS_H
 
+#include "load_memory.h"
+
 #include <cstdint>
 #include <optional>
 #include <ostream>
@@ -23,6 +25,8 @@ struct Options {
     bool fAnnounce = true;
     int fSimPort = 0;  ///< a second port with "KVSim" alone; 0 for none
     std::uint64_t fSeed = 0;
+    Load fLoad;             ///< instead of the values of its kind, when it has keys
+    bool fHostile = false;  ///< values that viewers must bear, too
 };
 
 /** The command line was read: either the program is to run, or to end with a status. */

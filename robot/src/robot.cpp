@@ -1,7 +1,9 @@
 #include "robot.h"
 
 #include "computer_memory.h"
+#include "hostile_memory.h"
 #include "humanoid_memory.h"
+#include "load_memory.h"
 #include "modules.h"
 #include "safe_text.h"
 #include "table_keys.h"
@@ -59,7 +61,7 @@ Robot::Robot(const Options& options, MainLoop& loop, Output output)
       fTable(boost::make_shared<KVValueTable>()) {
     fState.fAnnounced = fOptions.fAnnounce;
     xAddIdentity();
-    xMakeMemory();
+    xMakeMemories();
     xMakeModules();
     xStartWebServer();
     xStartAnnouncer();
@@ -71,8 +73,11 @@ Robot::Robot(const Options& options, MainLoop& loop, Output output)
         fSimBroker->addModule(fSimModule);
     }
     xAnnounce();
-    fTicker = std::make_unique<Ticker>(fMemory->period(),
-                                       [this](std::uint64_t step) { fMemory->update(step); });
+    for (const std::unique_ptr<MemorySource>& memory : fMemories) {
+        fTickers.push_back(std::make_unique<Ticker>(
+            memory->period(),
+            [memory = memory.get()](std::uint64_t step) { memory->update(step); }));
+    }
 }
 
 Robot::~Robot() {
@@ -137,15 +142,24 @@ void Robot::xAddIdentity() {
     addReadOnlyKey(*fTable, "Robaxi/Version", "Version of the program", OBVISTA_VERSION);
 }
 
-void Robot::xMakeMemory() {
-    if (fOptions.fKind == Kind::Computer) {
-        fMemory = std::make_unique<ComputerMemory>(ComputerFigures(), fTable);
-        return;
+void Robot::xMakeMemories() {
+    if (fOptions.fLoad.fKeys > 0) {
+        fMemories.push_back(std::make_unique<LoadMemory>(fOptions.fLoad, fTable));
+    } else if (fOptions.fKind == Kind::Computer) {
+        fMemories.push_back(std::make_unique<ComputerMemory>(ComputerFigures(), fTable));
+    } else {
+        xMakeHumanoid();
     }
+    if (fOptions.fHostile) {
+        fMemories.push_back(std::make_unique<HostileMemory>(fTable));
+    }
+}
+
+void Robot::xMakeHumanoid() {
     auto memory = std::make_unique<HumanoidMemory>(fOptions.fSeed, fTable);
     fModules.push_back(
         makeLedsModule([leds = memory.get()](double duration) { leds->startLeds(duration); }));
-    fMemory = std::move(memory);
+    fMemories.push_back(std::move(memory));
 }
 
 void Robot::xMakeModules() {

@@ -59,7 +59,8 @@ class Robot : private SimControls {
     State getState() const override;
 
     void xAddIdentity();
-    void xMakeMemory();
+    void xMakeMemories();
+    void xMakeHumanoid();
     void xMakeModules();
     void xStartWebServer();
     std::string xReadIcon() const;
@@ -76,13 +77,13 @@ class Robot : private SimControls {
     MainLoop& fLoop;
     const Output fOutput;
     boost::shared_ptr<KVValueTable> fTable;
-    std::unique_ptr<MemorySource> fMemory;
+    std::vector<std::unique_ptr<MemorySource>> fMemories;
     boost::shared_ptr<KVModule> fSimModule;
     std::vector<boost::shared_ptr<KVModule>> fModules;
     mutable std::mutex fStateMutex;  // guards fState
     State fState{};
     bool fIsMiddlewareWanted = true;  // of the main thread
-    std::unique_ptr<Ticker> fTicker;
+    std::vector<std::unique_ptr<Ticker>> fTickers;
     std::unique_ptr<WebServer> fWebServer;
     std::unique_ptr<Announcer> fAnnouncer;
     // The brokers go first: no call runs any more when the rest goes.

@@ -5,7 +5,7 @@
 
 namespace robot {
 
-Ticker::Ticker(std::chrono::milliseconds period, std::function<void(std::uint64_t)> function)
+Ticker::Ticker(std::chrono::microseconds period, std::function<void(std::uint64_t)> function)
     : fPeriod(period), fFunction(std::move(function)), fThread([this] { xRun(); }) {
 }
 

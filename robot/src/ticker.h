@@ -17,7 +17,7 @@ namespace robot {
 class Ticker {
   public:
     /** The first call is step 1, one period from now. */
-    Ticker(std::chrono::milliseconds period, std::function<void(std::uint64_t step)> function);
+    Ticker(std::chrono::microseconds period, std::function<void(std::uint64_t step)> function);
 
     /** Returns when the function does not run any more. */
     ~Ticker();
@@ -27,7 +27,7 @@ class Ticker {
   private:
     void xRun();
 
-    const std::chrono::milliseconds fPeriod;
+    const std::chrono::microseconds fPeriod;
     const std::function<void(std::uint64_t)> fFunction;
     std::mutex fMutex;
     std::condition_variable fWake;

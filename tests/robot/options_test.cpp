@@ -46,6 +46,8 @@ TEST_F(OptionsTest, withoutAnyItIsARobotThatOnlyThisMachineCanReach) {
     EXPECT_TRUE(options.fAnnounce);
     EXPECT_EQ(options.fIcon, "");
     EXPECT_EQ(options.fSimPort, 0);
+    EXPECT_EQ(options.fLoad.fKeys, 0);
+    EXPECT_FALSE(options.fHostile);
     EXPECT_FALSE(options.fName.empty());
 }
 
@@ -66,15 +68,25 @@ TEST_F(OptionsTest, takesAllThatIsGiven) {
     EXPECT_EQ(options.fSimPort, 7);
 }
 
+TEST_F(OptionsTest, takesALoadOfWhichATenthChangesUnlessToldOtherwise) {
+    const Options load = parsed({"--keys", "10000", "--changing", "500", "--rate", "12.5"});
+    EXPECT_EQ(load.fLoad.fKeys, 10000);
+    EXPECT_EQ(load.fLoad.fChanging, 500);
+    EXPECT_EQ(load.fLoad.fRate, 12.5);
+    EXPECT_EQ(parsed({"--keys", "200"}).fLoad.fChanging, 20);
+    EXPECT_EQ(parsed({"--keys", "200"}).fLoad.fRate, 50);
+    EXPECT_TRUE(parsed({"--hostile"}).fHostile);
+}
+
 TEST_F(OptionsTest, helpNamesEveryOptionAndEndsWithStatusZero) {
     const robot::ParsedOptions result = robot::parseOptions({"--help"}, fOutput, fErrors);
     EXPECT_FALSE(result.fOptions);
     EXPECT_EQ(result.fExitStatus, 0);
     EXPECT_EQ(fErrors.str(), "");
     EXPECT_THAT(fOutput.str(), StartsWith("Usage: robaxi-robot"));
-    for (const char* option :
-         {"--help", "--kind", "--name", "--address", "--port", "--seed", "--no-middleware",
-          "--http-port", "--icon", "--no-announce", "--sim-port"}) {
+    for (const char* option : {"--help", "--kind", "--name", "--address", "--port", "--seed",
+                               "--no-middleware", "--http-port", "--icon", "--no-announce",
+                               "--sim-port", "--keys", "--changing", "--rate", "--hostile"}) {
         EXPECT_THAT(fOutput.str(), HasSubstr(option));
     }
 }
@@ -93,6 +105,10 @@ TEST_F(OptionsTest, mistakesAreNamed) {
     EXPECT_THAT(mistake({"--address", "localhost"}), HasSubstr("not 'localhost'"));
     EXPECT_THAT(mistake({"--http-port", "-1"}), HasSubstr("--http-port takes 0 to 65535"));
     EXPECT_THAT(mistake({"--sim-port", "65536"}), HasSubstr("--sim-port takes 0 to 65535"));
+    EXPECT_THAT(mistake({"--keys", "-1"}), HasSubstr("--keys takes 0 to 1000000, not -1"));
+    EXPECT_THAT(mistake({"--keys", "9", "--changing", "10"}), HasSubstr("--changing takes 0 to 9"));
+    EXPECT_THAT(mistake({"--rate", "0"}), HasSubstr("--rate takes 0.1 to 1000, not 0"));
+    EXPECT_THAT(mistake({"--rate", "nan"}), HasSubstr("--rate"));
     EXPECT_THAT(mistake({"--prot", "1"}), HasSubstr("--prot"));
     EXPECT_THAT(mistake({"stray"}), HasSubstr("positional"));
 }
