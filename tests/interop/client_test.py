@@ -1,0 +1,250 @@
+"""A client in Python, which was written from robaxi.proto and docs/robaxi.md, with robots of ours.
+
+    client_test.py ROBOT TEST_SERVER
+"""
+
+import math
+import signal
+import socket
+import subprocess
+import sys
+import time
+import unittest
+
+from client import Client, ConnectionLost, Refused
+from messages import PART_SIZE, RemoteError, from_value
+from robaxi.v1 import robaxi_pb2 as pb
+
+
+def free_port():
+    with socket.socket() as probe:
+        probe.bind(("127.0.0.1", 0))
+        return probe.getsockname()[1]
+
+
+class Robot:
+    """A process that serves on a port of the loopback."""
+
+    def __init__(self, command, ready):
+        self.port = free_port()
+        self.address = f"127.0.0.1:{self.port}"
+        self.process = subprocess.Popen(
+            [word.replace("PORT", str(self.port)) for word in command],
+            stdout=subprocess.PIPE, text=True)
+        if not any(ready in line for line in iter(self.process.stdout.readline, "")):
+            raise RuntimeError(f"{command[0]} did not start")
+
+    def end(self):
+        self.process.kill()
+        self.process.wait()
+        self.process.stdout.close()
+
+
+def start_echo():
+    """A broker of the library with "Echo", and "Memory" in which a counter runs."""
+    return Robot([sys.argv[2], "PORT"], "ready")
+
+
+def start_robot():
+    return Robot([sys.argv[1], "--port", "PORT", "--http-port", "0", "--no-announce"], "listens on")
+
+
+class WithEcho(unittest.TestCase):
+    def setUp(self):
+        self.robot = start_echo()
+        self.addCleanup(self.robot.end)
+
+    def connect(self, **options):
+        client = Client(self.robot.address, **options)
+        self.addCleanup(client.close)
+        return client
+
+    def error_of(self, client, *call):
+        with self.assertRaises(RemoteError) as raised:
+            client.call(*call)
+        return raised.exception
+
+    def test_hello_is_answered(self):
+        hello = self.connect().hello
+        self.assertEqual(hello.protocol_version, 1)
+        self.assertEqual(hello.name, "Process")
+        self.assertNotEqual(hello.session_id, 0)
+        self.assertGreater(hello.silence_limit, 1500)
+
+    def test_another_version_is_refused(self):
+        for version in (0, 2):
+            with self.assertRaises(Refused) as raised:
+                Client(self.robot.address, version=version)
+            self.assertEqual(raised.exception.reply.refusal, pb.HelloReply.PROTOCOL_VERSION)
+            self.assertEqual(raised.exception.reply.protocol_version, 1)
+
+    def test_values_of_every_type_come_back(self):
+        client = self.connect()
+        values = [
+            None, False, True, 0, -(2**63), 2**63 - 1, 0.5, math.inf, "", "Zürich\0", b"\0\xff",
+            [], [1, 2.0, "three", [None]], {}, {"a": 1, "ü": {"b": [b"bytes"]}},
+        ]
+        for value in values:
+            answer = client.call("Echo", "echo", value)
+            self.assertEqual(answer, value)
+            self.assertIs(type(answer), type(value))
+        self.assertTrue(math.isnan(client.call("Echo", "echo", math.nan)))
+        self.assertEqual(math.copysign(1, client.call("Echo", "echo", -0.0)), -1)
+
+    def test_a_text_that_is_not_utf8_is_carried_unchanged(self):
+        client = self.connect()
+        text = pb.Value(type=pb.Value.STRING, bytes_value=b"caf\xe9")
+        call_id, future = client._expect_answer()
+        client._say(pb.ClientMessage(call=pb.Call(
+            call_id=call_id, module="Echo", method="echo", arguments=[text])))
+        self.assertEqual(future.result(timeout=20).value, text)
+
+    def test_errors_say_their_cause(self):
+        client = self.connect()
+        raised = self.error_of(client, "Echo", "fail", "too hot")
+        self.assertEqual(raised.cause, pb.Error.RAISED_BY_MODULE)
+        self.assertEqual(raised.text, "too hot")
+        self.assertTrue(raised.by_method)
+        for call, cause in [
+            (("Nobody", "echo"), pb.Error.NO_SUCH_MODULE),
+            (("Echo", "nothing"), pb.Error.NO_SUCH_METHOD),
+            (("Echo", "echo"), pb.Error.WRONG_ARGUMENTS),
+            (("Echo", "fail", 7), pb.Error.WRONG_ARGUMENTS),
+        ]:
+            refused = self.error_of(client, *call)
+            self.assertEqual(refused.cause, cause, call)
+            self.assertFalse(refused.by_method, call)
+
+    def test_large_messages_travel_whole_or_in_parts(self):
+        large = bytes(range(256)) * (3 * PART_SIZE // 256)
+        whole = self.connect(takes_fragments=False)
+        self.assertEqual(whole.call("Echo", "echo", large), large)
+        self.assertEqual(whole.assembler.parts, 0)
+        cut = self.connect(takes_fragments=True)
+        self.assertEqual(cut.call("Echo", "echo", large), large)
+        self.assertGreaterEqual(cut.assembler.parts, 3)
+
+    def test_results_of_calls_side_by_side_find_their_calls(self):
+        client = self.connect()
+        calls = [client.start_call("Echo", "echo", number)[1] for number in range(200)]
+        results = [from_value(call.result(timeout=20).value) for call in calls]
+        self.assertEqual(results, list(range(200)))
+
+    def test_heartbeats_come_back(self):
+        client = self.connect()
+        deadline = time.monotonic() + 20
+        while client.heartbeats_returned < 3 and time.monotonic() < deadline:
+            self.assertFalse(client.wait_for_loss(0.05))
+        self.assertGreaterEqual(client.heartbeats_returned, 3)
+
+    def test_the_end_of_a_robot_is_noticed(self):
+        client = self.connect()
+        self.robot.process.kill()
+        self.assertTrue(client.wait_for_loss(2))
+        with self.assertRaises(ConnectionLost):
+            client.call("Echo", "echo", 1)
+
+    def test_the_silence_of_a_robot_is_noticed(self):
+        client = self.connect()
+        _, call = client.start_call("Echo", "echo", 1)
+        call.result(timeout=20)
+        self.robot.process.send_signal(signal.SIGSTOP)
+        _, call = client.start_call("Echo", "echo", 1)
+        self.assertTrue(client.wait_for_loss(10))
+        self.assertIsInstance(call.exception(timeout=20), ConnectionLost)
+
+    def test_values_are_followed(self):
+        subscription = self.connect().subscribe("Memory", rate=100)
+        self.addCleanup(subscription.close)
+        table = subscription.next()
+        self.assertEqual([key.name for key in table.keys_added.keys], ["counter"])
+        key = table.keys_added.keys[0]
+        self.assertEqual(key.type, pb.Value.INT)
+        seen = []
+        for _ in range(5):
+            values = subscription.next().values
+            self.assertEqual(list(values.int_ids), [key.id])
+            self.assertAlmostEqual(values.time / 1e6, time.time(), delta=60)
+            seen.append(values.ints[0])
+        self.assertEqual(seen, sorted(set(seen)))
+
+    def test_no_more_than_two_updates_are_on_their_way(self):
+        subscription = self.connect().subscribe("Memory", rate=1000)
+        self.addCleanup(subscription.close)
+        subscription.next()
+        first = subscription.next()
+        # Nothing is reported for a while in which the counter goes on, and then all is new.
+        counter = first.values.ints[0]
+        other = self.connect().subscribe("Memory", rate=1000)
+        self.addCleanup(other.close)
+        while other.next().values.ints[:1] < [counter + 20]:
+            pass
+        waiting = subscription.next()
+        newest = subscription.next()
+        self.assertLess(waiting.values.ints[0], counter + 20)
+        self.assertGreaterEqual(newest.values.ints[0], counter + 20)
+
+    def test_refused_subscriptions_say_why(self):
+        client = self.connect()
+        for module, rate, cause in [
+            ("Nobody", 1, pb.Error.NO_SUCH_MODULE),
+            ("Memory", -1, pb.Error.INVALID_ARGUMENT),
+        ]:
+            subscription = client.subscribe(module, rate)
+            update = subscription.next()
+            self.assertEqual(update.ended.cause, cause)
+            subscription.close()
+
+
+class WithRobot(unittest.TestCase):
+    def setUp(self):
+        self.robot = start_robot()
+        self.addCleanup(self.robot.end)
+        self.client = Client(self.robot.address)
+        self.addCleanup(self.client.close)
+
+    def read(self, key):
+        return self.client.call("KVMemory", "getData", key)
+
+    def test_modules_are_described(self):
+        modules = {module.name: module for module in self.client.list_modules()}
+        self.assertLessEqual({"KVMemory", "KVLeds", "KVBallamor", "KVSim"}, set(modules))
+        self.assertTrue(modules["KVMemory"].has_values)
+        self.assertFalse(modules["KVLeds"].has_values)
+        [rasta] = modules["KVLeds"].methods
+        self.assertEqual(rasta.name, "rasta")
+        self.assertEqual(rasta.signature, "rasta(duration: float)")
+
+    def test_one_module_is_asked_for(self):
+        [leds] = self.client.list_modules("KVLeds")
+        self.assertEqual(leds.name, "KVLeds")
+        with self.assertRaises(RemoteError) as raised:
+            self.client.list_modules("Nobody")
+        self.assertEqual(raised.exception.cause, pb.Error.NO_SUCH_MODULE)
+
+    def test_posts_are_run_in_spite_of_the_end_of_their_session(self):
+        with Client(self.robot.address) as other:
+            other.post("KVBallamor", "sendClipboard", "posted")
+            other.post("KVBallamor", "noSuchMethod", "dropped")
+        deadline = time.monotonic() + 20
+        while self.read("Ballamor/ClipboardCount") == 0 and time.monotonic() < deadline:
+            pass
+        self.assertEqual(self.read("Ballamor/Clipboard"), "posted")
+        self.assertEqual(self.read("Ballamor/ClipboardCount"), 1)
+
+    def test_chosen_keys_are_followed(self):
+        table = self.client.subscribe("KVMemory", rate=1, ids=[])
+        names = {}
+        while "Ballamor/Clipboard" not in names:
+            names.update((key.name, key.id) for key in table.next().keys_added.keys)
+        table.request(keys=pb.KeySelection(ids=[names["Ballamor/Clipboard"]]))
+        values = table.next().values
+        self.assertEqual(list(values.other_ids), [names["Ballamor/Clipboard"]])
+        self.assertEqual(from_value(values.others[0]), "")
+        self.client.call("KVBallamor", "sendClipboard", "followed")
+        self.assertEqual(from_value(table.next().values.others[0]), "followed")
+        table.close()
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])
