@@ -1,0 +1,231 @@
+#include "recorder.h"
+
+#include "recording_files.h"
+
+#include <QCoreApplication>
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdlib>
+#include <deque>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <new>
+#include <optional>
+#include <thread>
+
+namespace cameraviewer {
+namespace {
+
+using State = RecorderStatus::State;
+
+std::int64_t now() {
+    const auto time = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::microseconds>(time).count();
+}
+
+/** A frame and when it came. */
+struct Offer {
+    KVFrame fFrame;
+    std::int64_t fArrival;
+};
+
+}  // namespace
+
+struct Recorder::Private {
+    const RecorderLimits fLimits;
+    std::thread fThread;
+
+    mutable std::mutex fMutex;
+    std::condition_variable fChanged;
+    std::deque<Offer> fOffers;
+    std::size_t fOfferedBytes = 0;
+    RecorderStatus fStatus;
+
+    explicit Private(const RecorderLimits& limits) : fLimits(limits) {}
+
+    bool hasRoomFor(const KVFrame& frame) const {
+        return fOffers.size() < fLimits.fFrames &&
+               (fOffers.empty() || fOfferedBytes + frame.fSize <= fLimits.fBytes);
+    }
+
+    void stop() {
+        {
+            const std::lock_guard lock(fMutex);
+            if (fStatus.fState == State::Recording) {
+                fStatus.fState = State::Finishing;
+            }
+        }
+        fChanged.notify_all();
+    }
+
+    void stopAndWait() {
+        stop();
+        if (fThread.joinable()) {
+            fThread.join();
+        }
+    }
+
+    /** @return nothing when the recording was stopped and all frames are recorded */
+    std::optional<Offer> take() {
+        std::unique_lock lock(fMutex);
+        fChanged.wait(lock,
+                      [this] { return !fOffers.empty() || fStatus.fState != State::Recording; });
+        if (fOffers.empty()) {
+            return std::nullopt;
+        }
+        Offer offer = std::move(fOffers.front());
+        fOffers.pop_front();
+        fOfferedBytes -= offer.fFrame.fSize;
+        return offer;
+    }
+
+    void report(const RecordingFiles& files) {
+        const std::int64_t bytes = files.bytes();
+        const std::lock_guard lock(fMutex);
+        fStatus.fFile = files.file();
+        fStatus.fFiles = files.fileCount();
+        fStatus.fBytes = bytes;
+        fStatus.fSeconds = static_cast<double>(files.duration()) / 1e6;
+    }
+
+    void count(std::uint64_t RecorderStatus::*counter) {
+        const std::lock_guard lock(fMutex);
+        ++(fStatus.*counter);
+    }
+
+    /** @return empty, or why the recording had to end */
+    QString record(RecordingFiles& files) {
+        while (const std::optional<Offer> offer = take()) {
+            const bool isSound = files.write(offer->fFrame, offer->fArrival);
+            if (!files.failure().isEmpty()) {
+                break;
+            }
+            count(isSound ? &RecorderStatus::fFrames : &RecorderStatus::fRefused);
+            report(files);
+        }
+        files.finish();
+        report(files);
+        return files.failure();
+    }
+
+    QString recordInMemory(const QString& file, const PictureOrigin& origin) {
+        try {
+            RecordingFiles files(file, origin, fLimits.fFreeSpace);
+            return record(files);
+        } catch (const std::bad_alloc&) {
+            return QCoreApplication::translate("cameraviewer::Recorder",
+                                               "There is not enough memory to record.");
+        }
+    }
+
+    void run(const QString& file, const PictureOrigin& origin) {
+        const QString failure = recordInMemory(file, origin);
+        const std::lock_guard lock(fMutex);
+        fStatus.fState = failure.isEmpty() ? State::Done : State::Failed;
+        fStatus.fFailure = failure;
+        fOffers.clear();
+        fOfferedBytes = 0;
+    }
+};
+
+namespace {
+
+/**
+ * Stops the recorders that live when the process ends, so that their files are complete and no
+ * thread of theirs runs after main(). It is never destroyed itself, since a recorder may be deleted
+ * even later.
+ */
+class RunningRecordings {
+  public:
+    using Stop = std::function<void()>;
+
+    static RunningRecordings& instance() {
+        static auto* const recordings = new RunningRecordings;
+        return *recordings;
+    }
+
+    void add(const void* recording, Stop stop) {
+        const std::lock_guard lock(fMutex);
+        fStops[recording] = std::move(stop);
+    }
+
+    void remove(const void* recording) {
+        const std::lock_guard lock(fMutex);
+        fStops.erase(recording);
+    }
+
+  private:
+    RunningRecordings() {
+        std::atexit([] { instance().xStopAll(); });
+    }
+
+    void xStopAll() {
+        const std::lock_guard lock(fMutex);
+        for (const auto& [recording, stop] : fStops) {
+            stop();
+        }
+    }
+
+    std::mutex fMutex;
+    std::map<const void*, Stop> fStops;
+};
+
+}  // namespace
+
+Recorder::Recorder(QObject* parent, const RecorderLimits& limits)
+    : QObject(parent), fPrivate(std::make_unique<Private>(limits)) {
+}
+
+Recorder::~Recorder() {
+    RunningRecordings::instance().remove(fPrivate.get());
+    fPrivate->stopAndWait();
+}
+
+void Recorder::start(const QString& file, const PictureOrigin& origin) {
+    const State state = status().fState;
+    if (state == State::Recording || state == State::Finishing) {
+        return;
+    }
+    fPrivate->stopAndWait();
+    {
+        const std::lock_guard lock(fPrivate->fMutex);
+        fPrivate->fStatus = RecorderStatus();
+        fPrivate->fStatus.fState = State::Recording;
+        fPrivate->fStatus.fFile = file;
+    }
+    RunningRecordings::instance().add(fPrivate.get(),
+                                      [recording = fPrivate.get()] { recording->stopAndWait(); });
+    fPrivate->fThread = std::thread([this, file, origin] {
+        fPrivate->run(file, origin);
+        Q_EMIT ended();
+    });
+}
+
+void Recorder::offer(const KVFrame& frame) {
+    {
+        const std::lock_guard lock(fPrivate->fMutex);
+        if (fPrivate->fStatus.fState != State::Recording) {
+            return;
+        }
+        if (!fPrivate->hasRoomFor(frame)) {
+            ++fPrivate->fStatus.fDropped;
+            return;
+        }
+        fPrivate->fOffers.push_back({frame, now()});
+        fPrivate->fOfferedBytes += frame.fSize;
+    }
+    fPrivate->fChanged.notify_all();
+}
+
+void Recorder::stop() {
+    fPrivate->stop();
+}
+
+RecorderStatus Recorder::status() const {
+    const std::lock_guard lock(fPrivate->fMutex);
+    return fPrivate->fStatus;
+}
+
+}  // namespace cameraviewer

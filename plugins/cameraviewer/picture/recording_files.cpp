@@ -1,0 +1,125 @@
+#include "recording_files.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QStorageInfo>
+
+namespace cameraviewer {
+namespace {
+
+constexpr std::chrono::seconds a_spaceCheckInterval{1};
+
+QString translated(const char* text) {
+    return QCoreApplication::translate("cameraviewer::RecordingFiles", text);
+}
+
+}  // namespace
+
+bool RecordingFiles::Kind::operator==(const Kind& other) const {
+    return fFormat == other.fFormat && fWidth == other.fWidth && fHeight == other.fHeight;
+}
+
+RecordingFiles::RecordingFiles(const QString& file, const PictureOrigin& origin,
+                               std::int64_t freeSpace)
+    : fFirstFile(file), fOrigin(origin), fFreeSpace(freeSpace), fFile(file) {
+}
+
+bool RecordingFiles::write(const KVFrame& frame, std::int64_t arrival) {
+    const JpegFile picture = xEncode(frame);
+    if (!picture.fData) {
+        return false;
+    }
+    xCheckFreeSpace();
+    if (!fFailure.isEmpty()) {
+        return true;
+    }
+    fTime = fClock.next(frame.fTime, arrival);
+    const Kind kind{frame.fFormat, frame.fWidth, frame.fHeight};
+    if (!fWriter || !(kind == fKind)) {
+        xBegin(kind, frame);
+    }
+    fWriter->write(picture, fTime - fBegin);
+    fFailure = fWriter->failure();
+    return true;
+}
+
+JpegFile RecordingFiles::xEncode(const KVFrame& frame) {
+    if (frame.fFormat == KVPixelFormat::Jpeg) {
+        const bool isSound = check(frame, fJpegReader) == FrameFault::None;
+        return isSound ? JpegFile{frame.fData, frame.fSize} : JpegFile();
+    }
+    const Picture picture = fDecoder.decode(frame);
+    if (picture.fFault != FrameFault::None) {
+        return {};
+    }
+    // YUV 4:2:2 has no more colours than that.
+    const bool isHalf = frame.fFormat == KVPixelFormat::Yuv422;
+    return fJpegWriter.write(picture.fImage, isHalf ? JpegDetail::Half : JpegDetail::Full);
+}
+
+/** Ends the recording while there is room to complete its file. */
+void RecordingFiles::xCheckFreeSpace() {
+    const auto now = std::chrono::steady_clock::now();
+    if (now < fNextSpaceCheck) {
+        return;
+    }
+    fNextSpaceCheck = now + a_spaceCheckInterval;
+    const QStorageInfo disk(QFileInfo(fFile).absolutePath());
+    if (disk.isValid() && disk.bytesAvailable() < fFreeSpace) {
+        fFailure = translated(
+            "The disk is nearly full, so the recording has ended. What was recorded can be "
+            "played.");
+    }
+}
+
+void RecordingFiles::xBegin(const Kind& kind, const KVFrame& frame) {
+    if (fWriter) {
+        fWriter->finish();
+        fBytesBefore = bytes();
+        fFile = xNextFile();
+    }
+    ++fFileCount;
+    fKind = kind;
+    fBegin = fTime;
+    MatroskaWriter::Settings settings;
+    settings.fFile = fFile;
+    settings.fWidth = static_cast<int>(kind.fWidth);
+    settings.fHeight = static_cast<int>(kind.fHeight);
+    settings.fTitle =
+        translated("%1 of %2, %3")
+            .arg(originText(fOrigin.fCamera), originText(fOrigin.fRobot), timeText(frame.fTime));
+    settings.fStart = frame.fTime;
+    fWriter = std::make_unique<MatroskaWriter>(settings);
+}
+
+QString RecordingFiles::xNextFile() const {
+    const QFileInfo first(fFirstFile);
+    const QString suffix = first.suffix().isEmpty() ? QString() : QLatin1Char('.') + first.suffix();
+    const QString stem = first.path() + QLatin1Char('/') + first.completeBaseName();
+    QString file;
+    int number = fFileCount;
+    do {
+        ++number;
+        file = stem + QLatin1Char('-') + QString::number(number) + suffix;
+    } while (QFile::exists(file));
+    return file;
+}
+
+void RecordingFiles::finish() {
+    if (!fWriter) {
+        return;
+    }
+    fWriter->finish();
+    if (fFailure.isEmpty()) {
+        fFailure = fWriter->failure();
+    }
+    fBytesBefore = bytes();
+    fWriter.reset();
+}
+
+std::int64_t RecordingFiles::bytes() const {
+    return fWriter ? fBytesBefore + QFileInfo(fFile).size() : fBytesBefore;
+}
+
+}  // namespace cameraviewer

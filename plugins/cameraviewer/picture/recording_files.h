@@ -1,0 +1,88 @@
+#ifndef OBVISTA_CAMERAVIEWER_RECORDING_FILES_H
+#define OBVISTA_CAMERAVIEWER_RECORDING_FILES_H
+
+#include "jpeg_writer.h"
+#include "matroska_writer.h"
+#include "picture_decoder.h"
+#include "picture_origin.h"
+#include "recording_clock.h"
+
+#include <robaxi/kv_frame.h>
+
+#include <QString>
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+
+namespace cameraviewer {
+
+/** The files of one recording: encodes frames, and begins another file for another size or
+ *  format. It belongs to one thread at a time, which it blocks like MatroskaWriter. */
+class RecordingFiles {
+  public:
+    /**
+     * @param file of the first file
+     * @param freeSpace bytes that stay free on the disk
+     */
+    RecordingFiles(const QString& file, const PictureOrigin& origin, std::int64_t freeSpace);
+
+    /**
+     * @param arrival microseconds, see RecordingClock
+     * @return false when there is a fault in the frame, which is left out
+     * @throws std::bad_alloc
+     */
+    bool write(const KVFrame& frame, std::int64_t arrival);
+
+    /** Completes the file. */
+    void finish();
+
+    /** A sentence for the user; empty while all is well. */
+    const QString& failure() const { return fFailure; }
+
+    /** The file that is written to, or was last. */
+    const QString& file() const { return fFile; }
+    int fileCount() const { return fFileCount; }
+    /** Of all files. */
+    std::int64_t bytes() const;
+    /** Microseconds from the first frame to the last. */
+    std::int64_t duration() const { return fTime; }
+
+  private:
+    /** What all frames of a file have in common. */
+    struct Kind {
+        KVPixelFormat fFormat;
+        std::uint32_t fWidth;
+        std::uint32_t fHeight;
+
+        bool operator==(const Kind& other) const;
+    };
+
+    /** @return no data when there is a fault in the frame */
+    JpegFile xEncode(const KVFrame& frame);
+    void xCheckFreeSpace();
+    void xBegin(const Kind& kind, const KVFrame& frame);
+    QString xNextFile() const;
+
+    const QString fFirstFile;
+    const PictureOrigin fOrigin;
+    const std::int64_t fFreeSpace;
+
+    PictureDecoder fDecoder;
+    JpegReader fJpegReader;
+    JpegWriter fJpegWriter;
+    RecordingClock fClock;
+    std::unique_ptr<MatroskaWriter> fWriter;
+    Kind fKind{};
+    QString fFile;
+    int fFileCount = 0;
+    std::int64_t fBytesBefore = 0;  // of the files before this one
+    std::int64_t fTime = 0;         // of the last frame
+    std::int64_t fBegin = 0;        // of the file's first frame
+    std::chrono::steady_clock::time_point fNextSpaceCheck;
+    QString fFailure;
+};
+
+}  // namespace cameraviewer
+
+#endif

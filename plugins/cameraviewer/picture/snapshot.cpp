@@ -1,0 +1,49 @@
+#include "snapshot.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QImageWriter>
+#include <QSaveFile>
+
+namespace cameraviewer {
+namespace {
+
+QString translated(const char* text) {
+    return QCoreApplication::translate("cameraviewer::Snapshot", text);
+}
+
+QString failureText(const QString& file, const QString& reason) {
+    return translated("The snapshot %1 could not be written: %2.")
+        .arg(QDir::toNativeSeparators(file), reason);
+}
+
+void describe(QImageWriter& writer, const KVFrame& frame, const PictureOrigin& origin) {
+    writer.setText(QStringLiteral("Robot"), originText(origin.fRobot));
+    writer.setText(QStringLiteral("Camera"), originText(origin.fCamera));
+    writer.setText(QStringLiteral("Time"), timeText(frame.fTime));
+    writer.setText(QStringLiteral("Frame"), QString::number(frame.fNumber));
+    writer.setText(QStringLiteral("Format"), formatText(frame.fFormat));
+    writer.setText(QStringLiteral("Software"), QStringLiteral("Obvista"));
+}
+
+}  // namespace
+
+QString writeSnapshot(const Picture& picture, const PictureOrigin& origin, const QString& file) {
+    if (picture.fImage.isNull()) {
+        return failureText(file, translated("there is no picture"));
+    }
+    QSaveFile output(file);
+    if (!output.open(QIODevice::WriteOnly)) {
+        return failureText(file, output.errorString());
+    }
+    QImageWriter writer(&output, "png");
+    describe(writer, picture.fFrame, origin);
+    const bool isWritten = writer.write(picture.fImage);
+    if (isWritten && output.commit()) {
+        return {};
+    }
+    const bool isFileAtFault = output.error() != QFileDevice::NoError;
+    return failureText(file, isFileAtFault ? output.errorString() : writer.errorString());
+}
+
+}  // namespace cameraviewer
