@@ -6,8 +6,9 @@ PROTOCOL_VERSION = 1
 HEARTBEAT_PERIOD = 0.25  # seconds
 PART_SIZE = 64 * 1024
 
-SESSION = "/robaxi.v1.Robaxi/Session"
-SUBSCRIBE = "/robaxi.v1.Robaxi/Subscribe"
+SERVICE = "robaxi.v1.Robaxi"
+SESSION = f"/{SERVICE}/Session"
+SUBSCRIBE = f"/{SERVICE}/Subscribe"
 # The limit of gRPC itself, 4 MiB, is below that of the protocol.
 UNLIMITED = [("grpc.max_receive_message_length", -1), ("grpc.max_send_message_length", -1)]
 

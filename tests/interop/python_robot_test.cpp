@@ -1,0 +1,227 @@
+// Our client with a robot in Python, which was written from robaxi.proto and docs/robaxi.md.
+#include "recording_listener.h"
+#include "support/child_process.h"
+#include "test_broker.h"
+
+#include <robaxi/kv_connection.h>
+#include <robaxi/kv_proxy.h>
+#include <robaxi/kv_subscription.h>
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <future>
+#include <limits>
+#include <memory>
+#include <signal.h>
+#include <string>
+#include <vector>
+
+using namespace robaxi_test;
+using obvista_test::ChildProcess;
+
+namespace {
+
+KVValue binary(const std::string& bytes) {
+    KVValue value;
+    value.SetBinary(bytes.data(), static_cast<int>(bytes.size()));
+    return value;
+}
+
+class PythonRobot : public testing::Test {
+  protected:
+    void startRobot(const std::vector<std::string>& options = {}) {
+        std::vector<std::string> command{INTEROP_PYTHON, INTEROP_ROBOT};
+        command.insert(command.end(), options.begin(), options.end());
+        fProcess = std::make_unique<ChildProcess>(command);
+        const std::string word = "port ";
+        ASSERT_TRUE(fProcess->waitForOutput("\n")) << fProcess->errors();
+        ASSERT_EQ(fProcess->output().find(word), 0U) << fProcess->output();
+        fPort = std::stoi(fProcess->output().substr(word.size()));
+    }
+
+    boost::shared_ptr<KVConnection> connect() {
+        return KVConnection::open(fClient, a_loopback, fPort, a_timeOut);
+    }
+
+    KVProxy makeProxy(const std::string& module = "Echo") {
+        return {module, a_loopback, fPort, fClient, a_timeOut, 0};
+    }
+
+    static constexpr int a_timeOut = 10;
+    std::unique_ptr<ChildProcess> fProcess;
+    int fPort = 0;
+    BrokerPtr fClient = makeClient();
+};
+
+}  // namespace
+
+TEST_F(PythonRobot, IsConnectedTo) {
+    startRobot();
+    const auto connection = connect();
+    EXPECT_TRUE(connection->isConnected());
+    EXPECT_EQ(connection->getPeerName(), "Python");
+}
+
+TEST_F(PythonRobot, OfAnotherVersionIsTold) {
+    startRobot({"--version", "2"});
+    const KVError error = errorOf([this] { connect(); });
+    EXPECT_CAUSE(error, ProtocolVersion);
+    EXPECT_NE(error.toString().find("it speaks version 2, this program version 1"),
+              std::string::npos)
+        << error.toString();
+}
+
+TEST_F(PythonRobot, ThatRefusesIsTold) {
+    startRobot({"--refuse", "TOO_MANY_SESSIONS"});
+    EXPECT_CAUSE(errorOf([this] { connect(); }), NotAuthorised);
+}
+
+TEST_F(PythonRobot, ReturnsValuesOfEveryType) {
+    startRobot();
+    KVProxy echo = makeProxy();
+    const KVValue::List list{KVValue(), true, 1, 2.5, "three", binary("four"), KVValue::List{}};
+    const KVValue::Map map{{"", 1}, {"ü", list}, {"map", KVValue::Map{{"a", -0.0}}}};
+    const std::vector<KVValue> values{KVValue(),
+                                      false,
+                                      true,
+                                      std::numeric_limits<std::int64_t>::min(),
+                                      std::numeric_limits<std::int64_t>::max(),
+                                      std::numeric_limits<double>::quiet_NaN(),
+                                      -std::numeric_limits<double>::infinity(),
+                                      "",
+                                      std::string("Zürich\0", 8),
+                                      binary(std::string("\0\xff", 2)),
+                                      list,
+                                      map};
+    for (const KVValue& value : values) {
+        EXPECT_EQ(echo.callValue("echo", {value}), value) << KVValue::typeName(value.type());
+    }
+}
+
+TEST_F(PythonRobot, SaysTheCauseOfAnError) {
+    startRobot();
+    KVProxy echo = makeProxy();
+    EXPECT_CAUSE(errorOf([&] { makeProxy("Nobody"); }), NoSuchModule);
+    EXPECT_CAUSE(errorOf([&] { echo.callVoid("nothing"); }), NoSuchMethod);
+    EXPECT_CAUSE(errorOf([&] { echo.callVoid("echo"); }), WrongArguments);
+    const std::vector<std::pair<std::string, KVError::Cause>> causes{
+        {"RAISED_BY_MODULE", KVError::Cause::RaisedByModule},
+        {"INVALID_ARGUMENT", KVError::Cause::InvalidArgument},
+        {"NOT_AUTHORISED", KVError::Cause::NotAuthorised},
+        {"WRONG_TYPE", KVError::Cause::WrongType},
+        {"CONNECTION_LOST", KVError::Cause::ConnectionLost},
+        {"INTERNAL", KVError::Cause::Internal},
+    };
+    for (const auto& [name, cause] : causes) {
+        const KVError error =
+            errorOf([&, name = name] { echo.call<KVValue>("fail", name, "The arm is too hot."); });
+        EXPECT_TRUE(hasCause(error, cause));
+        EXPECT_EQ(error.toString(), "The arm is too hot.");
+    }
+}
+
+TEST_F(PythonRobot, TakesLargeMessagesWholeOrInParts) {
+    constexpr std::size_t size = std::size_t{3} << 20U;
+    const KVValue large = binary(std::string(size, 'x'));
+    for (const std::vector<std::string>& options :
+         {std::vector<std::string>{}, std::vector<std::string>{"--no-fragments"}}) {
+        startRobot(options);
+        KVProxy echo = makeProxy();
+        EXPECT_EQ(echo.callValue("echo", {large}), large);
+    }
+}
+
+TEST_F(PythonRobot, AnswersSeveralCallersAtOnce) {
+    startRobot();
+    constexpr int callers = 8;
+    constexpr int calls = 25;
+    KVProxy echo = makeProxy();
+    std::vector<std::future<void>> ends;
+    ends.reserve(callers);
+    for (int caller = 0; caller < callers; ++caller) {
+        ends.push_back(std::async(std::launch::async, [&echo, caller] {
+            for (int call = 0; call < calls; ++call) {
+                const int number = caller * calls + call;
+                EXPECT_EQ(echo.call<int>("echo", number), number);
+            }
+        }));
+    }
+    for (auto& end : ends) {
+        end.get();
+    }
+}
+
+TEST_F(PythonRobot, RunsWhatWasPostedByAProxyThatIsGone) {
+    startRobot();
+    makeProxy().pCall("say", "hello");
+    KVProxy echo = makeProxy();
+    const auto deadline = std::chrono::steady_clock::now() + a_patience;
+    KVValue::List heard;
+    while (heard.empty() && std::chrono::steady_clock::now() < deadline) {
+        heard = echo.call<KVValue::List>("heard");
+    }
+    EXPECT_EQ(heard, KVValue::List{"hello"});
+}
+
+TEST_F(PythonRobot, MayTakeLongerThanTheTimeOut) {
+    startRobot();
+    KVProxy echo("Echo", a_loopback, fPort, fClient, 1, 0);
+    EXPECT_CAUSE(errorOf([&] { echo.callVoid("wait", 3.0); }), TimedOut);
+    EXPECT_EQ(echo.call<int>("echo", 5), 5) << "the late result is passed over";
+}
+
+TEST_F(PythonRobot, DescribesItsModules) {
+    startRobot();
+    const std::vector<KVModuleInfo> modules = connect()->getModules(a_timeOut);
+    ASSERT_EQ(modules.size(), 2U);
+    EXPECT_EQ(modules[0].fName, "Echo");
+    EXPECT_FALSE(modules[0].fHasValues);
+    ASSERT_EQ(modules[0].fMethods.size(), 5U);
+    EXPECT_EQ(modules[0].fMethods[0].fSignature, "echo(value)");
+    EXPECT_EQ(modules[1].fName, "Memory");
+    EXPECT_TRUE(modules[1].fHasValues);
+}
+
+TEST_F(PythonRobot, SendsItsValues) {
+    startRobot();
+    RecordingListener listener;
+    const auto subscription = KVSubscription::start(
+        connect(), "Memory", KVSubscription::Selection::AllKeys, 100, &listener);
+    ASSERT_TRUE(listener.waitUntil([&] { return listener.fUpdates.size() >= 20; }));
+    subscription->stop();
+
+    const std::uint32_t id = listener.idOf("Counter/Float");
+    EXPECT_EQ(listener.fKeys[id].fUnit, "rad");
+    EXPECT_TRUE(listener.fKeys[listener.idOf("Counter/Text")].fWritable);
+    const KVChange number = listener.fValues["Counter/Int"];
+    EXPECT_EQ(listener.fValues["Counter/Float"].fValue,
+              KVValue(static_cast<double>(number.fValue.toInt()) / 2));
+    const KVChange text = listener.fValues["Counter/Text"];
+    EXPECT_EQ(text.fValue, KVValue("update " + std::to_string(number.fValue.toInt())));
+    constexpr std::int64_t offsetBetween = 2000;
+    EXPECT_EQ(text.fTime - number.fTime, offsetBetween) << "microseconds";
+}
+
+TEST_F(PythonRobot, RefusesASubscription) {
+    startRobot();
+    RecordingListener listener;
+    const auto subscription = KVSubscription::start(
+        connect(), "Nobody", KVSubscription::Selection::AllKeys, 1, &listener);
+    ASSERT_TRUE(listener.waitForEnd());
+    EXPECT_CAUSE(*listener.fEnd, NoSuchModule);
+}
+
+TEST_F(PythonRobot, IsLostWhenItIsKilledOrFallsSilent) {
+    for (const int signal : {SIGKILL, SIGSTOP}) {
+        startRobot();
+        const auto connection = connect();
+        std::promise<KVError> lost;
+        connection->setLostHandler([&lost](const KVError& error) { lost.set_value(error); });
+        fProcess->signal(signal);
+        auto loss = lost.get_future();
+        ASSERT_EQ(loss.wait_for(a_patience), std::future_status::ready);
+        EXPECT_CAUSE(loss.get(), ConnectionLost);
+        connection->setLostHandler(nullptr);
+    }
+}

@@ -1,0 +1,253 @@
+"""A robot that speaks the Robaxi protocol: prints its port and serves until it is killed.
+
+    robot.py [--version N] [--refuse REFUSAL] [--no-fragments]
+
+    --version N        speaks this version of the protocol
+    --refuse REFUSAL   refuses everybody, for instance with TOO_MANY_SESSIONS
+    --no-fragments     does not take messages in parts
+"""
+
+import argparse
+import concurrent.futures
+import queue
+import threading
+import time
+
+import grpc
+
+import messages
+from messages import RemoteError, from_value, to_value
+from robaxi.v1 import robaxi_pb2 as pb
+
+SESSION_ID = 0x1234_5678_9ABC_DEF0
+SILENCE_LIMIT = 5000  # milliseconds
+
+
+class Method:
+    def __init__(self, function, signature, description):
+        self.function = function
+        self.signature = signature
+        self.description = description
+
+
+class Module:
+    def __init__(self, description, methods, keys=()):
+        self.description = description
+        self.methods = methods
+        self.keys = keys
+
+    def to_message(self, name):
+        return pb.Module(
+            name=name, description=self.description, has_values=bool(self.keys),
+            methods=[pb.Method(name=name, signature=method.signature,
+                               description=method.description)
+                     for name, method in self.methods.items()])
+
+
+class Heard:
+    """What was posted."""
+
+    def __init__(self):
+        self.words = []
+
+    def say(self, word):
+        self.words.append(word)
+
+    def so_far(self):
+        return list(self.words)
+
+
+def fail(cause, text):
+    raise RemoteError(pb.Error.Cause.Value(cause), text)
+
+
+def make_modules():
+    heard = Heard()
+    return {
+        "Echo": Module("Says what it hears", {
+            "echo": Method(lambda value: value, "echo(value)", "Returns its argument"),
+            "fail": Method(fail, "fail(cause: string, text: string)", "Fails"),
+            "wait": Method(time.sleep, "wait(seconds: float)", "Takes its time"),
+            "say": Method(heard.say, "say(word: string)", "Keeps a word"),
+            "heard": Method(heard.so_far, "heard() -> list", "The words that were said"),
+        }),
+        "Memory": Module("Counts", {}, keys=[
+            pb.Key(id=3, name="Counter/Float", unit="rad", type=pb.Value.FLOAT),
+            pb.Key(id=4, name="Counter/Int", description="Counts updates", type=pb.Value.INT),
+            pb.Key(id=9, name="Counter/Text", type=pb.Value.STRING, writable=True),
+        ]),
+    }
+
+
+def run(modules, call):
+    """The Result of a call."""
+    result = pb.Result(call_id=call.call_id)
+    try:
+        if call.module not in modules:
+            raise RemoteError(pb.Error.NO_SUCH_MODULE, by_method=False)
+        method = modules[call.module].methods.get(call.method)
+        if method is None:
+            raise RemoteError(pb.Error.NO_SUCH_METHOD, by_method=False)
+        value = method.function(*map(from_value, call.arguments))
+        result.value.CopyFrom(to_value(value))
+    except RemoteError as error:
+        result.error.CopyFrom(error.to_message())
+    except TypeError as error:
+        wrong = RemoteError(pb.Error.WRONG_ARGUMENTS, str(error), by_method=False)
+        result.error.CopyFrom(wrong.to_message())
+    return result
+
+
+class Session:
+    """The robot's end of a session: reads on a thread of its own, and yields what it has to say."""
+
+    def __init__(self, options, modules):
+        self._options = options
+        self._modules = modules
+        self._out = queue.Queue()
+        self._calls = concurrent.futures.ThreadPoolExecutor(max_workers=8)
+        self._client_takes_fragments = False
+
+    def serve(self, requests):
+        threading.Thread(target=self._read, args=[requests], daemon=True).start()
+        for message in iter(self._out.get, None):
+            cut = self._client_takes_fragments
+            for part in messages.in_parts(message) if cut else [message]:
+                yield pb.ServerBatch(messages=[part])
+
+    def _read(self, requests):
+        try:
+            assembler = messages.Assembler()
+            incoming = (assembler.take(message) for batch in requests for message in batch.messages)
+            if self._greet(next(incoming)):
+                for message in incoming:
+                    if message is not None:
+                        self._handle(message)
+        except grpc.RpcError:
+            pass  # the client is gone
+        self._calls.shutdown(wait=True)
+        self._out.put(None)
+
+    def _greet(self, message):
+        hello = message.hello  # of version 0 when it is something else
+        reply = pb.HelloReply(protocol_version=self._options.version, name="Python",
+                              refusal=pb.HelloReply.Refusal.Value(self._options.refuse))
+        if hello.protocol_version != self._options.version:
+            reply.refusal = pb.HelloReply.PROTOCOL_VERSION
+        is_taken = reply.refusal == pb.HelloReply.NONE
+        if is_taken:
+            reply.session_id = SESSION_ID
+            reply.silence_limit = SILENCE_LIMIT
+            reply.takes_fragments = self._options.takes_fragments
+            self._client_takes_fragments = hello.takes_fragments
+        self._out.put(pb.ServerMessage(hello_reply=reply))
+        return is_taken
+
+    def _handle(self, message):
+        content = message.WhichOneof("content")
+        if content == "heartbeat":
+            self._out.put(pb.ServerMessage(heartbeat=message.heartbeat))
+        elif content == "call":
+            self._calls.submit(self._run, message.call)
+        elif content == "list_modules":
+            self._list_modules(message.list_modules)
+
+    def _run(self, call):
+        result = run(self._modules, call)
+        if call.call_id != 0:
+            self._out.put(pb.ServerMessage(result=result))
+
+    def _list_modules(self, question):
+        described = [module.to_message(name) for name, module in self._modules.items()
+                     if question.module in ("", name)]
+        if described:
+            answer = pb.ModuleList(call_id=question.call_id, modules=described)
+            self._out.put(pb.ServerMessage(module_list=answer))
+        else:
+            error = pb.Error(cause=pb.Error.NO_SUCH_MODULE)
+            answer = pb.Result(call_id=question.call_id, error=error)
+            self._out.put(pb.ServerMessage(result=answer))
+
+
+class Subscription:
+    """Sends a table of keys, and values that count the updates as fast as they are consumed."""
+
+    def __init__(self, modules):
+        self._modules = modules
+        self._consumed = 0
+        self._changed = threading.Condition()
+        self._is_over = False
+        self._number = 0
+
+    def serve(self, requests):
+        start = next(requests).start
+        if start.session_id != SESSION_ID:
+            yield self._update(ended=pb.Error(cause=pb.Error.NOT_AUTHORISED, text="no session"))
+            return
+        module = self._modules.get(start.module)
+        if module is None or not module.keys:
+            yield self._update(ended=pb.Error(cause=pb.Error.NO_SUCH_MODULE))
+            return
+        threading.Thread(target=self._read, args=[requests], daemon=True).start()
+        yield self._update(keys_added=pb.KeysAdded(keys=module.keys))
+        while self._await_consumption():
+            yield self._update(values=self._values())
+            time.sleep(1 / start.rate)
+
+    def _values(self):
+        return pb.Values(time=int(time.time() * 1e6), float_ids=[3], floats=[self._number / 2],
+                         int_ids=[4], ints=[self._number], other_ids=[9],
+                         others=[to_value(f"update {self._number}")], time_offsets=[0, -1000, 1000])
+
+    def _update(self, **content):
+        self._number += 1
+        return pb.SubscriptionUpdate(number=self._number, **content)
+
+    def _read(self, requests):
+        try:
+            for request in requests:
+                with self._changed:
+                    self._consumed = max(self._consumed, request.consumed)
+                    self._changed.notify()
+        except grpc.RpcError:
+            pass  # the client is gone
+        with self._changed:
+            self._is_over = True
+            self._changed.notify()
+
+    def _await_consumption(self):
+        with self._changed:
+            self._changed.wait_for(lambda: self._is_over or self._number < self._consumed + 2)
+            return not self._is_over
+
+
+def handler(name, serve, request, reply):
+    return name, grpc.stream_stream_rpc_method_handler(
+        lambda requests, context: serve(requests), request.FromString, reply.SerializeToString)
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--version", type=int, default=messages.PROTOCOL_VERSION)
+    parser.add_argument("--refuse", default="NONE")
+    parser.add_argument("--no-fragments", dest="takes_fragments", action="store_false")
+    options = parser.parse_args()
+    modules = make_modules()
+
+    server = grpc.server(concurrent.futures.ThreadPoolExecutor(max_workers=64),
+                         options=messages.UNLIMITED)
+    server.add_generic_rpc_handlers([grpc.method_handlers_generic_handler(
+        messages.SERVICE, dict([
+            handler("Session", lambda requests: Session(options, modules).serve(requests),
+                    pb.ClientBatch, pb.ServerBatch),
+            handler("Subscribe", lambda requests: Subscription(modules).serve(requests),
+                    pb.SubscriptionRequest, pb.SubscriptionUpdate),
+        ]))])
+    port = server.add_insecure_port("127.0.0.1:0")
+    server.start()
+    print(f"port {port}", flush=True)
+    server.wait_for_termination()
+
+
+if __name__ == "__main__":
+    main()
