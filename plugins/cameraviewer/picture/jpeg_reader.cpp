@@ -25,7 +25,14 @@ void JpegReader::Release::operator()(void* handle) const {
     tjDestroy(handle);
 }
 
-JpegReader::JpegReader() : fHandle(tjInitDecompress()) {
+JpegReader::JpegReader() {
+    xRenew();
+}
+
+/** After an error in a header the library is left in the middle of it, and would refuse every
+ *  picture that follows. */
+void JpegReader::xRenew() {
+    fHandle.reset(tjInitDecompress());
     if (!fHandle) {
         throw std::bad_alloc();
     }
@@ -39,6 +46,7 @@ std::optional<JpegHeader> JpegReader::readHeader(const unsigned char* data, std:
     const int result =
         tjDecompressHeader3(fHandle.get(), data, size, &width, &height, &subsampling, &colourSpace);
     if (result != 0 || width <= 0 || height <= 0) {
+        xRenew();
         return std::nullopt;
     }
     return JpegHeader{static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height),
@@ -59,9 +67,13 @@ bool JpegReader::xDecode(const unsigned char* data, std::size_t size, const Jpeg
                          unsigned char* rows, int stride, int pixelFormat) {
     // The library only warns of a picture that ends early or is damaged, and fills what is missing
     // with grey or with what came before. Such a picture is not what the camera saw.
-    return tjDecompress2(fHandle.get(), data, size, rows, static_cast<int>(header.fWidth), stride,
-                         static_cast<int>(header.fHeight), pixelFormat,
-                         TJFLAG_STOPONWARNING | TJFLAG_LIMITSCANS) == 0;
+    const int result = tjDecompress2(
+        fHandle.get(), data, size, rows, static_cast<int>(header.fWidth), stride,
+        static_cast<int>(header.fHeight), pixelFormat, TJFLAG_STOPONWARNING | TJFLAG_LIMITSCANS);
+    if (result != 0) {
+        xRenew();
+    }
+    return result == 0;
 }
 
 }  // namespace cameraviewer

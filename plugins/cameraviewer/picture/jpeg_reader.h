@@ -21,10 +21,9 @@ struct JpegHeader {
 };
 
 /** Reads JPEGs that come from outside. It keeps its memory between pictures and belongs to one
- *  thread at a time. */
+ *  thread at a time. Its operations throw std::bad_alloc. */
 class JpegReader {
   public:
-    /** @throws std::bad_alloc */
     JpegReader();
 
     /** Reads no further than to where the picture begins; nothing when there is no JPEG header
@@ -50,6 +49,7 @@ class JpegReader {
         void operator()(void* handle) const;
     };
 
+    void xRenew();
     bool xDecode(const unsigned char* data, std::size_t size, const JpegHeader& header,
                  unsigned char* rows, int stride, int pixelFormat);
 

@@ -43,8 +43,8 @@ QString safeName(const QString& name, const QString& replacement) {
     int bytes = 0;
     for (const QChar character : name) {
         // Halves of characters beyond the basic plane are no letters for QChar.
-        const bool isKept = character.isLetterOrNumber() || character == QLatin1Char('-') ||
-                            (character == QLatin1Char('.') && !safe.isEmpty());
+        const bool isInner = character == QLatin1Char('.') || character == QLatin1Char('-');
+        const bool isKept = character.isLetterOrNumber() || (isInner && !safe.isEmpty());
         const QChar next = isKept ? character : QLatin1Char('_');
         bytes += QString(next).toUtf8().size();
         if (bytes > a_maxNameBytes) {

@@ -29,8 +29,8 @@ QString formatText(KVPixelFormat format);
  * A name for a file of pictures that were taken at that time:
  * "robot1-head-20261121T053139000125.png".
  *
- * It has no slash, no character that does not print and no leading dot, and every file system can
- * hold it, whatever the robot says.
+ * It has no slash, no character that does not print, no leading dot or dash, and every file system
+ * can hold it, whatever the robot says.
  *
  * @param suffix without a dot
  */

@@ -1,0 +1,362 @@
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <condition_variable>
+#include <cstdlib>
+#include <limits>
+#include <made_frames.h>
+#include <matroska_reading.h>
+#include <mutex>
+#include <picture_decoder.h>
+#include <recorder.h>
+
+using cameraviewer::PictureDecoder;
+using cameraviewer::PictureOrigin;
+using cameraviewer::Recorder;
+using cameraviewer::RecorderLimits;
+using cameraviewer::RecorderStatus;
+using obvista_test::Bytes;
+using obvista_test::bytesOf;
+using obvista_test::difference;
+using obvista_test::jpegFrame;
+using obvista_test::makeFrame;
+using obvista_test::MatroskaContent;
+using obvista_test::playMatroska;
+using obvista_test::readMatroska;
+using obvista_test::smoothPicture;
+using State = RecorderStatus::State;
+
+namespace {
+
+constexpr std::int64_t a_begin = 1'700'000'000'000'000;
+/** Microseconds between two frames, which no file can tell to the last digit. */
+constexpr std::int64_t a_step = 33'333;
+constexpr std::chrono::seconds a_patience{30};
+
+/** A JPEG frame of a recording. */
+KVFrame frameAt(int number, int width = 64, int height = 48) {
+    KVFrame frame = jpegFrame(smoothPicture(width, height, QImage::Format_RGB888, number));
+    frame.fNumber = static_cast<std::uint64_t>(number) + 1;
+    frame.fTime = a_begin + number * a_step;
+    return frame;
+}
+
+KVFrame at(KVFrame frame, int number) {
+    frame.fTime = a_begin + number * a_step;
+    return frame;
+}
+
+/** The first frame's bytes, for a frame of raw pixels. */
+KVFrame rawFrame(KVPixelFormat format, const QImage& image) {
+    return makeFrame(format, static_cast<std::uint32_t>(image.width()),
+                     static_cast<std::uint32_t>(image.height()),
+                     static_cast<std::uint32_t>(image.bytesPerLine()),
+                     Bytes(image.constBits(), image.constBits() + image.sizeInBytes()));
+}
+
+/** A file tells times to the millisecond. */
+void expectTime(std::int64_t found, std::int64_t wanted) {
+    EXPECT_LE(std::abs(found - wanted), 1000) << found << " in place of " << wanted;
+}
+
+/** Wide limits, so that nothing is dropped however slow the machine is. */
+RecorderLimits generous() {
+    RecorderLimits limits;
+    limits.fFrames = 1000;
+    limits.fFreeSpace = 0;
+    return limits;
+}
+
+/** A recorder whose end can be waited for. */
+class WatchedRecorder : public Recorder {
+  public:
+    explicit WatchedRecorder(const RecorderLimits& limits) : Recorder(nullptr, limits) {
+        connect(
+            this, &Recorder::ended, this, [this] { xNoteEnd(); }, Qt::DirectConnection);
+    }
+
+    /** Waits until the recording has ended, by itself or by fRecorder.stopAndWait(). */
+    RecorderStatus waitForEnd() {
+        std::unique_lock lock(fMutex);
+        EXPECT_TRUE(fChanged.wait_for(lock, a_patience, [this] { return fHasEnded; }));
+        fHasEnded = false;
+        return status();
+    }
+
+    RecorderStatus stopAndWait() {
+        stop();
+        return waitForEnd();
+    }
+
+  private:
+    void xNoteEnd() {
+        const std::lock_guard lock(fMutex);
+        fHasEnded = true;
+        fChanged.notify_all();
+    }
+
+    std::mutex fMutex;
+    std::condition_variable fChanged;
+    bool fHasEnded = false;
+};
+
+class RecorderTest : public testing::Test {
+  protected:
+    QString path(const char* name) const { return fFolder.filePath(QLatin1String(name)); }
+
+    QTemporaryDir fFolder;
+    const PictureOrigin fOrigin{QStringLiteral("robot1"), QStringLiteral("head")};
+    WatchedRecorder fRecorder{generous()};
+};
+
+TEST_F(RecorderTest, StoresJpegsAsTheyComeWithTheRobotsTimes) {
+    fRecorder.start(path("a.mkv"), fOrigin);
+    std::vector<KVFrame> frames;
+    for (int i = 0; i < 50; ++i) {
+        frames.push_back(frameAt(i));
+        fRecorder.offer(frames.back());
+    }
+    const RecorderStatus status = fRecorder.stopAndWait();
+    EXPECT_EQ(status.fState, State::Done) << qPrintable(status.fFailure);
+    EXPECT_EQ(status.fFrames, 50U);
+    EXPECT_EQ(status.fDropped, 0U);
+    EXPECT_EQ(status.fFiles, 1);
+    EXPECT_DOUBLE_EQ(status.fSeconds, 49 * a_step / 1e6);
+    EXPECT_EQ(status.fBytes, QFileInfo(path("a.mkv")).size());
+
+    const MatroskaContent content = readMatroska(path("a.mkv"));
+    EXPECT_EQ(content.fError, "");
+    ASSERT_EQ(content.fPictures.size(), frames.size());
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+        EXPECT_EQ(content.fPictures[i].fJpeg, bytesOf(frames[i]));
+        expectTime(content.fPictures[i].fTime, static_cast<std::int64_t>(i) * a_step);
+    }
+    expectTime(content.fDuration, 49 * a_step);
+    EXPECT_EQ(content.fTitle, "head of robot1, 2023-11-14T22:13:20.000000Z");
+}
+
+/** The pictures of a recording of one raw frame. */
+QImage recorded(const MatroskaContent& content) {
+    const MatroskaContent::Picture& first = content.fPictures.at(0);
+    return QImage::fromData(first.fJpeg.data(), static_cast<int>(first.fJpeg.size()), "jpg");
+}
+
+TEST_F(RecorderTest, EncodesRawPicturesSoThatTheyLookTheSame) {
+    const QImage smooth = smoothPicture(64, 48, QImage::Format_RGB888);
+    Bytes yuv;
+    for (int i = 0; i < 64 * 48 / 2; ++i) {
+        yuv.insert(yuv.end(), {static_cast<unsigned char>(60 + i % 32), 100,
+                               static_cast<unsigned char>(60 + i % 32), 150});
+    }
+    const std::vector<KVFrame> frames{
+        rawFrame(KVPixelFormat::Rgb888, smooth),
+        rawFrame(KVPixelFormat::Grey8, smooth.convertToFormat(QImage::Format_Grayscale8)),
+        makeFrame(KVPixelFormat::Yuv422, 64, 48, 128, yuv)};
+    for (const KVFrame& frame : frames) {
+        fRecorder.start(path("a.mkv"), fOrigin);
+        fRecorder.offer(frame);
+        ASSERT_EQ(fRecorder.stopAndWait().fState, State::Done);
+        const MatroskaContent content = readMatroska(path("a.mkv"));
+        ASSERT_EQ(content.fPictures.size(), 1U);
+        const QImage shown = PictureDecoder().decode(frame).fImage;
+        const QImage image = recorded(content);
+        ASSERT_EQ(image.size(), shown.size());
+        EXPECT_EQ(image.isGrayscale(), shown.format() == QImage::Format_Grayscale8);
+        EXPECT_LE(difference(image, shown), 6);
+    }
+}
+
+TEST_F(RecorderTest, BeginsAnotherFileForAnotherSizeOrFormat) {
+    QFile taken(path("a-2.mkv"));
+    ASSERT_TRUE(taken.open(QIODevice::WriteOnly));
+    fRecorder.start(path("a.mkv"), fOrigin);
+    fRecorder.offer(frameAt(0));
+    fRecorder.offer(frameAt(1));
+    fRecorder.offer(frameAt(2, 32, 24));
+    fRecorder.offer(frameAt(3, 32, 24));
+    fRecorder.offer(
+        at(rawFrame(KVPixelFormat::Rgb888, smoothPicture(32, 24, QImage::Format_RGB888)), 4));
+    const RecorderStatus status = fRecorder.stopAndWait();
+    EXPECT_EQ(status.fState, State::Done);
+    EXPECT_EQ(status.fFrames, 5U);
+    EXPECT_EQ(status.fFiles, 3);
+    EXPECT_EQ(status.fFile, path("a-4.mkv"));
+    EXPECT_DOUBLE_EQ(status.fSeconds, 4 * a_step / 1e6);
+    EXPECT_EQ(taken.size(), 0);
+
+    std::int64_t bytes = 0;
+    const std::vector<std::pair<const char*, std::size_t>> files{
+        {"a.mkv", 2}, {"a-3.mkv", 2}, {"a-4.mkv", 1}};
+    for (const auto& [name, pictures] : files) {
+        const MatroskaContent content = readMatroska(path(name));
+        EXPECT_EQ(content.fError, "") << name;
+        ASSERT_EQ(content.fPictures.size(), pictures) << name;
+        EXPECT_EQ(content.fPictures.front().fTime, 0) << name;
+        expectTime(content.fPictures.back().fTime, static_cast<int>(pictures - 1) * a_step);
+        bytes += QFileInfo(path(name)).size();
+    }
+    EXPECT_EQ(status.fBytes, bytes);
+}
+
+TEST_F(RecorderTest, LeavesOutFaultyFramesAndCountsThem) {
+    fRecorder.start(path("a.mkv"), fOrigin);
+    fRecorder.offer(frameAt(0));
+    KVFrame lying = frameAt(1);
+    lying.fWidth += 1;
+    fRecorder.offer(lying);
+    fRecorder.offer(makeFrame(KVPixelFormat::Rgb888, 64, 48, 192, Bytes(100)));
+    fRecorder.offer(KVFrame());
+    fRecorder.offer(frameAt(2));
+    const RecorderStatus status = fRecorder.stopAndWait();
+    EXPECT_EQ(status.fState, State::Done);
+    EXPECT_EQ(status.fFrames, 2U);
+    EXPECT_EQ(status.fRefused, 3U);
+    EXPECT_EQ(readMatroska(path("a.mkv")).fPictures.size(), 2U);
+}
+
+TEST_F(RecorderTest, PlaysOnAfterADamagedJpeg) {
+    fRecorder.start(path("a.mkv"), fOrigin);
+    for (int i = 0; i < 20; ++i) {
+        KVFrame frame = frameAt(i);
+        if (i % 4 == 1) {
+            frame.fSize = frame.fSize * 2 / 3;
+        }
+        fRecorder.offer(frame);
+    }
+    EXPECT_EQ(fRecorder.stopAndWait().fState, State::Done);
+    std::string error;
+    EXPECT_GE(playMatroska(path("a.mkv"), &error), 15);
+    EXPECT_EQ(error, "");
+}
+
+TEST_F(RecorderTest, MakesAFileThatPlaysWhenTheClockIsSetBack) {
+    fRecorder.start(path("a.mkv"), fOrigin);
+    fRecorder.offer(frameAt(0));
+    fRecorder.offer(frameAt(1));
+    fRecorder.offer(at(frameAt(2), -100'000));
+    fRecorder.offer(at(frameAt(3), -99'999));
+    EXPECT_EQ(fRecorder.stopAndWait().fFrames, 4U);
+    const MatroskaContent content = readMatroska(path("a.mkv"));
+    EXPECT_EQ(content.fError, "");
+    ASSERT_EQ(content.fPictures.size(), 4U);
+    for (std::size_t i = 1; i < 4; ++i) {
+        EXPECT_GT(content.fPictures[i].fTime, content.fPictures[i - 1].fTime);
+    }
+}
+
+TEST_F(RecorderTest, DropsAndCountsWhatItCannotTakeInTime) {
+    RecorderLimits limits = generous();
+    limits.fFrames = 2;
+    WatchedRecorder recorder(limits);
+    recorder.start(path("b.mkv"), fOrigin);
+    const KVFrame frame = frameAt(0, 640, 480);
+    const int offered = 2000;
+    for (int i = 0; i < offered; ++i) {
+        recorder.offer(at(frame, i));
+    }
+    const RecorderStatus status = recorder.stopAndWait();
+    EXPECT_EQ(status.fState, State::Done);
+    EXPECT_GT(status.fDropped, 0U);
+    EXPECT_EQ(status.fFrames + status.fDropped, static_cast<std::uint64_t>(offered));
+    EXPECT_EQ(readMatroska(path("b.mkv")).fPictures.size(), status.fFrames);
+}
+
+TEST_F(RecorderTest, TakesAFrameLargerThanItsBoundWhenNothingElseWaits) {
+    RecorderLimits limits = generous();
+    limits.fBytes = 1;
+    WatchedRecorder recorder(limits);
+    recorder.start(path("b.mkv"), fOrigin);
+    recorder.offer(frameAt(0));
+    EXPECT_EQ(recorder.stopAndWait().fFrames, 1U);
+}
+
+TEST_F(RecorderTest, CompletesTheFileWhenItIsDeleted) {
+    {
+        Recorder recorder(nullptr, generous());
+        recorder.start(path("b.mkv"), fOrigin);
+        for (int i = 0; i < 10; ++i) {
+            recorder.offer(frameAt(i));
+        }
+    }
+    const MatroskaContent content = readMatroska(path("b.mkv"));
+    EXPECT_EQ(content.fError, "");
+    EXPECT_EQ(content.fPictures.size(), 10U);
+    expectTime(content.fDuration, 9 * a_step);
+}
+
+TEST_F(RecorderTest, RecordsAgainAfterAnEnd) {
+    fRecorder.start(path("a.mkv"), fOrigin);
+    fRecorder.offer(frameAt(0));
+    EXPECT_EQ(fRecorder.stopAndWait().fFrames, 1U);
+    fRecorder.offer(frameAt(1));
+    fRecorder.start(path("b.mkv"), fOrigin);
+    fRecorder.offer(frameAt(2));
+    fRecorder.offer(frameAt(3));
+    const RecorderStatus status = fRecorder.stopAndWait();
+    EXPECT_EQ(status.fFrames, 2U);
+    EXPECT_EQ(status.fFile, path("b.mkv"));
+    EXPECT_EQ(readMatroska(path("b.mkv")).fPictures.size(), 2U);
+    EXPECT_EQ(readMatroska(path("a.mkv")).fPictures.size(), 1U);
+}
+
+TEST_F(RecorderTest, WritesNoFileWhenNoFrameComes) {
+    EXPECT_EQ(fRecorder.status().fState, State::Idle);
+    fRecorder.start(path("a.mkv"), fOrigin);
+    EXPECT_EQ(fRecorder.status().fState, State::Recording);
+    const RecorderStatus status = fRecorder.stopAndWait();
+    EXPECT_EQ(status.fState, State::Done);
+    EXPECT_EQ(status.fFiles, 0);
+    EXPECT_TRUE(QDir(fFolder.path()).isEmpty());
+}
+
+TEST_F(RecorderTest, OverwritesAFileThatIsThere) {
+    fRecorder.start(path("a.mkv"), fOrigin);
+    for (int i = 0; i < 50; ++i) {
+        fRecorder.offer(frameAt(i));
+    }
+    fRecorder.stopAndWait();
+    fRecorder.start(path("a.mkv"), fOrigin);
+    fRecorder.offer(frameAt(0));
+    fRecorder.stopAndWait();
+    EXPECT_EQ(readMatroska(path("a.mkv")).fPictures.size(), 1U);
+}
+
+TEST_F(RecorderTest, SaysWhyAFileCannotBeWritten) {
+    fRecorder.start(path("missing/a.mkv"), fOrigin);
+    fRecorder.offer(frameAt(0));
+    const RecorderStatus status = fRecorder.waitForEnd();
+    EXPECT_EQ(status.fState, State::Failed);
+    EXPECT_EQ(status.fFailure,
+              QStringLiteral("The recording %1 could not be written: No such file or directory.")
+                  .arg(path("missing/a.mkv")));
+}
+
+TEST_F(RecorderTest, SaysThatTheDiskIsFull) {
+    fRecorder.start(QStringLiteral("/dev/full"), fOrigin);
+    for (int i = 0; i < 200 && fRecorder.status().fState == State::Recording; ++i) {
+        fRecorder.offer(frameAt(i));
+    }
+    fRecorder.stop();
+    const RecorderStatus status = fRecorder.waitForEnd();
+    EXPECT_EQ(status.fState, State::Failed);
+    EXPECT_EQ(status.fFailure,
+              QStringLiteral("The disk is full. What was recorded until then can be played."));
+}
+
+TEST_F(RecorderTest, EndsWithACompleteFileBeforeTheDiskIsFull) {
+    RecorderLimits limits;
+    limits.fFreeSpace = std::numeric_limits<std::int64_t>::max();
+    WatchedRecorder recorder(limits);
+    recorder.start(path("b.mkv"), fOrigin);
+    recorder.offer(frameAt(0));
+    const RecorderStatus status = recorder.waitForEnd();
+    EXPECT_EQ(status.fState, State::Failed);
+    EXPECT_TRUE(status.fFailure.startsWith(QStringLiteral("The disk is nearly full")));
+    EXPECT_FALSE(QFile::exists(path("b.mkv")));
+}
+
+}  // namespace
