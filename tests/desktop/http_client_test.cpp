@@ -369,6 +369,8 @@ void HttpClientTest::failsOn_data() {
     QTest::newRow("no answer") << none << none << "Empty reply";
     QTest::newRow("an answer that is not HTTP")
         << QByteArray("hello\r\n\r\n") << none << "HTTP/0.9";
+    QTest::newRow("a header cut short")
+        << QByteArray("HTTP/1.1 200 OK\r\nContent-Len") << none << "within its header";
     QTest::newRow("a body cut short")
         << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nhalf") << none << "closed";
     QTest::newRow("a negative length")

@@ -52,7 +52,8 @@ QByteArray HttpTransfer::takeBody() {
 
 QString HttpTransfer::errorText(CURLcode result) const {
     if (result == CURLE_OK) {
-        return QString();
+        // libcurl takes a connection that is closed within the header for the end of the answer.
+        return fHeaderComplete ? QString() : tr("The answer ended within its header");
     }
     if (!fRefusal.isEmpty()) {
         return fRefusal;
