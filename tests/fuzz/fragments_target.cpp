@@ -1,0 +1,39 @@
+// Messages that arrive in parts, from either side.
+#include "fragment_assembler.h"
+#include "fuzz_target.h"
+#include "pieces.h"
+#include "robaxi/v1/robaxi.pb.h"
+
+namespace {
+
+using namespace robaxi::v1;
+
+template <class Batch, class Message>
+void assemble(const std::vector<std::string>& batches) {
+    using Assembler = robaxi::FragmentAssembler<Message>;
+    Assembler assembler;
+    for (const std::string& bytes : batches) {
+        Batch batch;
+        if (!batch.ParseFromString(bytes)) {
+            return;
+        }
+        for (Message& message : *batch.mutable_messages()) {
+            const auto outcome = assembler.take(message);
+            if (outcome == Assembler::Outcome::Malformed) {
+                return;
+            }
+            obvista_fuzz::require(
+                outcome == Assembler::Outcome::Incomplete || !message.has_fragment(),
+                "no part is taken for a message");
+        }
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::vector<std::string> batches = obvista_fuzz::pieces(data, size);
+    assemble<ClientBatch, ClientMessage>(batches);
+    assemble<ServerBatch, ServerMessage>(batches);
+    return 0;
+}

@@ -1,0 +1,98 @@
+#include "hosting_broker.h"
+
+#include "fuzz_target.h"
+#include "loopback.h"
+
+#include <robaxi/kv_module.h>
+#include <robaxi/kv_value_table.h>
+
+#include <boost/make_shared.hpp>
+
+#include <chrono>
+#include <stdexcept>
+
+namespace obvista_fuzz {
+
+namespace {
+
+using namespace robaxi::v1;
+
+boost::shared_ptr<KVModule> makeEcho() {
+    auto echo = boost::make_shared<KVModule>("Echo", "Says what it hears");
+    echo->bindMethod({"echo", "", ""}, {KVValue::Type::Nothing},
+                     [](const KVValue::List& arguments) { return arguments.front(); });
+    echo->bindMethod({"fail", "", ""}, {KVValue::Type::String},
+                     [](const KVValue::List& arguments) -> KVValue {
+                         throw std::runtime_error(arguments.front().toString());
+                     });
+    return echo;
+}
+
+boost::shared_ptr<KVModule> makeMemory() {
+    const auto table = boost::make_shared<KVValueTable>();
+    const KVValue::List list{1, 2.5, "three"};
+    for (const KVValue& value : {KVValue(1), KVValue(2.5), KVValue("text"), KVValue(list)}) {
+        KVKeyInfo key;
+        key.fName = KVValue::typeName(value.type());
+        key.fWritable = true;
+        table->addKey(key, value);
+    }
+    auto memory = boost::make_shared<KVModule>("Memory", "Keeps values");
+    memory->setValues(table);
+    memory->bindMethod({"setData", "", ""}, {KVValue::Type::String, KVValue::Type::Nothing},
+                       [table](const KVValue::List& arguments) {
+                           table->write(arguments[0].toString(), arguments[1]);
+                           return KVValue();
+                       });
+    return memory;
+}
+
+}  // namespace
+
+HostingBroker& HostingBroker::instance() {
+    static HostingBroker broker;
+    return broker;
+}
+
+HostingBroker::HostingBroker() : fBroker(listenOnLoopback()) {
+    fBroker->addModule(makeEcho());
+    fBroker->addModule(makeMemory());
+    fStub =
+        Robaxi::NewStub(grpc::CreateChannel("ipv4:127.0.0.1:" + std::to_string(fBroker->getPort()),
+                                            grpc::InsecureChannelCredentials()));
+    xOpenSession();
+}
+
+void HostingBroker::xOpenSession() {
+    fContext = std::make_unique<grpc::ClientContext>();
+    fSession = fStub->Session(fContext.get());
+    fSessionId = sayHello(*fSession);
+    require(fSessionId != 0, "a client is let in");
+}
+
+std::uint64_t HostingBroker::keepSession() {
+    ClientBatch heartbeat;
+    heartbeat.add_messages()->mutable_heartbeat()->set_number(1);
+    ServerBatch answer;
+    if (!fSession->Write(heartbeat) || !fSession->Read(&answer)) {
+        xOpenSession();  // this program was kept from running for so long that the robot gave it up
+    }
+    return fSessionId;
+}
+
+std::uint64_t HostingBroker::sayHello(Session& session) {
+    ClientBatch hello;
+    hello.add_messages()->mutable_hello()->set_protocol_version(1);
+    ServerBatch answer;
+    if (!session.Write(hello) || !session.Read(&answer) || answer.messages_size() == 0) {
+        return 0;
+    }
+    return answer.messages(0).hello_reply().session_id();
+}
+
+void HostingBroker::setDeadline(grpc::ClientContext& context) {
+    constexpr std::chrono::seconds longest{15};
+    context.set_deadline(std::chrono::system_clock::now() + longest);
+}
+
+}  // namespace obvista_fuzz

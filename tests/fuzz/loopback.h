@@ -1,0 +1,26 @@
+#ifndef OBVISTA_TESTS_FUZZ_LOOPBACK_H
+#define OBVISTA_TESTS_FUZZ_LOOPBACK_H
+
+#include <robaxi/kv_broker.h>
+#include <robaxi/kv_error.h>
+
+namespace obvista_fuzz {
+
+constexpr const char* a_loopback = "127.0.0.1";
+
+/** A broker on a port of the loopback that was free. */
+inline boost::shared_ptr<KVBroker> listenOnLoopback() {
+    for (int port = 27000;; ++port) {
+        try {
+            return KVBroker::createBroker("Fuzz", a_loopback, port, "", 0, 0, "", false);
+        } catch (const KVError& error) {
+            if (error.cause() != KVError::Cause::AddressInUse) {
+                throw;
+            }
+        }
+    }
+}
+
+}  // namespace obvista_fuzz
+
+#endif
