@@ -1,0 +1,89 @@
+#include "change_row.h"
+
+#include "csv_text.h"
+
+#include <value_text.h>
+
+namespace memoryviewer {
+
+namespace {
+
+void beginRow(std::string& rows, std::int64_t time, const RecordedKey& key) {
+    appendCsvTime(rows, time);
+    rows += ',';
+    appendCsvText(rows, key.fName);
+    rows += ',';
+}
+
+void endRow(std::string& rows, const RecordedKey& key, std::string_view type) {
+    rows += ',';
+    appendCsvText(rows, key.fUnit);
+    rows += ',';
+    rows += type;
+    rows += a_csvRowEnd;
+}
+
+/** Cut where a character of UTF-8 begins. */
+std::string_view cut(std::string_view utf8) {
+    std::size_t length = a_maxCsvValue;
+    constexpr unsigned continuationMask = 0xC0;
+    constexpr unsigned continuation = 0x80;
+    while (length > 0 &&
+           (static_cast<unsigned char>(utf8[length]) & continuationMask) == continuation) {
+        --length;
+    }
+    return utf8.substr(0, length);
+}
+
+/** @return whether the whole value was written */
+bool appendValue(std::string& rows, const KVValue& value) {
+    switch (value.type()) {
+        case KVValue::Type::Int:
+            appendCsvNumber(rows, value.toInt());
+            return true;
+        case KVValue::Type::Float:
+            appendCsvNumber(rows, value.toFloat());
+            return true;
+        case KVValue::Type::String: {
+            const std::string_view text = value.toString();
+            const bool fits = text.size() <= a_maxCsvValue;
+            appendCsvText(rows, fits ? text : cut(text));
+            return fits;
+        }
+        default: {
+            // In brackets, quotation marks and hexadecimal digits, which are no formula.
+            const QString text = exactValueText(value, static_cast<int>(a_maxCsvValue));
+            std::string field;
+            for (const char character : text.toStdString()) {
+                field.append(character == '"' ? 2 : 1, character);
+            }
+            rows += '"' + field + '"';
+            return !text.endsWith(QChar(0x2026));
+        }
+    }
+}
+
+}  // namespace
+
+void appendChangeRow(std::string& rows, const RecordedChange& change) {
+    beginRow(rows, change.fTime, *change.fKey);
+    const bool isWhole = appendValue(rows, change.fValue);
+    std::string type = KVValue::typeName(change.fValue.type());
+    endRow(rows, *change.fKey, isWhole ? type : type + " (cut)");
+}
+
+void appendNumberRow(std::string& rows, std::int64_t time, const RecordedKey& key, double value,
+                     std::string_view type) {
+    beginRow(rows, time, key);
+    appendCsvNumber(rows, value);
+    endRow(rows, key, type);
+}
+
+void appendLossRow(std::string& rows, std::int64_t time, std::uint64_t lost) {
+    const RecordedKey none;
+    beginRow(rows, time, none);
+    rows += std::to_string(lost);
+    endRow(rows, none, "lost");
+}
+
+}  // namespace memoryviewer

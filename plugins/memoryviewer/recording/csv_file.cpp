@@ -1,0 +1,114 @@
+#include "csv_file.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace memoryviewer {
+
+namespace {
+
+QString translate(const char* text) {
+    return QCoreApplication::translate("memoryviewer::CsvFile", text);
+}
+
+QString reason(int number) {
+    switch (number) {
+        case ENOSPC:
+        case EDQUOT:
+            return translate("The disk is full.");
+        case EFBIG:
+            return translate("The file has reached the largest size allowed.");
+        case EACCES:
+        case EPERM:
+        case EROFS:
+            return translate("You are not allowed to write there.");
+        case ENOENT:
+            return translate("The folder does not exist.");
+        case EISDIR:
+            return translate("It is a folder.");
+        default:
+            return QString::fromLocal8Bit(std::strerror(number)) + QLatin1Char('.');
+    }
+}
+
+}  // namespace
+
+CsvFile::~CsvFile() {
+    close();
+}
+
+bool CsvFile::open(const QString& fileName) {
+    close();
+    fFileName = fileName;
+    fError.clear();
+    fSize = 0;
+    constexpr mode_t mode = 0666;  // the user's mask takes from it
+    // A pipe without a reader must not hold us.
+    fDescriptor = ::open(QFile::encodeName(fileName).constData(),
+                         O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK, mode);
+    return isOpen() || xFail(errno);
+}
+
+bool CsvFile::append(std::string_view rows) {
+    if (!isOpen() || !fError.isEmpty()) {
+        return false;
+    }
+    const std::string_view all = rows;
+    while (!rows.empty()) {
+        const ssize_t written = ::write(fDescriptor, rows.data(), rows.size());
+        if (written < 0 && errno == EINTR) {
+            continue;
+        }
+        if (written < 0) {
+            const int number = errno;
+            const std::string_view begun = all.substr(0, all.size() - rows.size());
+            const std::size_t lastEnd = begun.rfind('\n');
+            fSize += lastEnd == std::string_view::npos ? 0 : static_cast<std::int64_t>(lastEnd) + 1;
+            xCutPartialRow();
+            return xFail(number);
+        }
+        rows.remove_prefix(static_cast<std::size_t>(written));
+    }
+    fSize += static_cast<std::int64_t>(all.size());
+    return true;
+}
+
+bool CsvFile::sync() {
+    if (!isOpen() || !fError.isEmpty()) {
+        return fError.isEmpty();
+    }
+    // What is no file on a disk cannot be synchronised, and need not be.
+    return ::fdatasync(fDescriptor) == 0 || errno == EINVAL || errno == EROFS || xFail(errno);
+}
+
+bool CsvFile::close() {
+    if (isOpen()) {
+        sync();
+        const int descriptor = fDescriptor;
+        fDescriptor = -1;
+        if (::close(descriptor) != 0 && fError.isEmpty()) {
+            xFail(errno);
+        }
+    }
+    return fError.isEmpty();
+}
+
+/** @return false, for the caller to return */
+bool CsvFile::xFail(int number) {
+    fError =
+        translate("%1 cannot be written: %2").arg(QFileInfo(fFileName).fileName(), reason(number));
+    return false;
+}
+
+bool CsvFile::xCutPartialRow() {
+    return ::ftruncate(fDescriptor, fSize) == 0;
+}
+
+}  // namespace memoryviewer

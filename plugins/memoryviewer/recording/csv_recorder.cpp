@@ -1,0 +1,209 @@
+#include "csv_recorder.h"
+
+#include "csv_file.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace memoryviewer {
+
+namespace {
+
+/** Enough for few calls of the system, little enough to lose little when the program is killed. */
+constexpr std::size_t a_bytesPerWrite = 65536;
+constexpr std::chrono::seconds a_syncTime{2};
+/** What a change takes beside the bytes of its texts. */
+constexpr std::size_t a_bytesOfValue = 64;
+
+std::size_t sizeInMemory(const KVValue& value) {
+    std::size_t size = a_bytesOfValue;
+    switch (value.type()) {
+        case KVValue::Type::List:
+            for (const KVValue& element : value.toList()) {
+                size += sizeInMemory(element);
+            }
+            return size;
+        case KVValue::Type::Map:
+            for (const auto& [name, element] : value.toMap()) {
+                size += name.size() + sizeInMemory(element);
+            }
+            return size;
+        default:
+            return size + static_cast<std::size_t>(value.getSize());
+    }
+}
+
+/** Collects rows and appends them to the file a piece at a time. */
+class RowWriter {
+  public:
+    explicit RowWriter(CsvFile& file) : fFile(file) {}
+
+    std::string& rows() { return fRows; }
+
+    bool writeIfLong() { return fRows.size() < a_bytesPerWrite || write(); }
+
+    bool write() {
+        const bool isWritten = fRows.empty() || fFile.append(fRows);
+        fRows.clear();
+        return isWritten;
+    }
+
+  private:
+    CsvFile& fFile;
+    std::string fRows;
+};
+
+}  // namespace
+
+CsvRecorder::CsvRecorder(QObject* parent) : CsvRecorder(Limits(), parent) {
+}
+
+CsvRecorder::CsvRecorder(Limits limits, QObject* parent) : QObject(parent), fLimits(limits) {
+}
+
+CsvRecorder::~CsvRecorder() {
+    stop();
+    if (fThread.joinable()) {
+        fThread.join();
+    }
+}
+
+void CsvRecorder::start(const QString& fileName) {
+    if (isRecording()) {
+        return;
+    }
+    fFileName = fileName;
+    {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        fPhase = Phase::Running;
+        fWaitingBytes = 0;
+        fNewlyLost = 0;
+        fProgress = RecordingProgress();
+        fStart = Clock::now();
+    }
+    fThread = std::thread([this] { xRun(); });
+}
+
+void CsvRecorder::record(std::vector<RecordedChange> changes) {
+    std::vector<std::size_t> sizes;
+    sizes.reserve(changes.size());
+    for (const RecordedChange& change : changes) {
+        sizes.push_back(sizeInMemory(change.fValue));
+    }
+    const std::lock_guard<std::mutex> lock(fMutex);
+    if (fPhase != Phase::Running) {
+        return;
+    }
+    for (std::size_t i = 0; i < changes.size(); ++i) {
+        // Once something is lost, all is until the next look of the writer, so that the row that
+        // tells of it stands where the hole is.
+        if (fNewlyLost > 0 || !xHasRoomFor(sizes[i])) {
+            ++fNewlyLost;
+            ++fProgress.fLost;
+            continue;
+        }
+        fWaitingBytes += sizes[i];
+        fWaiting.push_back(std::move(changes[i]));
+    }
+    fWake.notify_one();
+}
+
+void CsvRecorder::stop() {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    if (fPhase == Phase::Running) {
+        fPhase = Phase::Stopping;
+        fWake.notify_one();
+    }
+}
+
+RecordingProgress CsvRecorder::progress() const {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    RecordingProgress progress = fProgress;
+    if (fPhase != Phase::Idle) {
+        progress.fSeconds = std::chrono::duration<double>(Clock::now() - fStart).count();
+    }
+    return progress;
+}
+
+/** To be called with the lock held. */
+bool CsvRecorder::xHasRoomFor(std::size_t bytes) const {
+    return fWaiting.size() < fLimits.fChanges && fWaitingBytes + bytes <= fLimits.fBytes;
+}
+
+void CsvRecorder::xRun() {
+    const QString error = xWriteFile();
+    {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        fPhase = Phase::Idle;
+        fProgress.fSeconds = std::chrono::duration<double>(Clock::now() - fStart).count();
+        fWaiting.clear();
+    }
+    QMetaObject::invokeMethod(
+        this, [this, error] { xFinish(error); }, Qt::QueuedConnection);
+}
+
+/** @return why it ended too early, or nothing */
+QString CsvRecorder::xWriteFile() {
+    CsvFile file;
+    if (!file.open(fFileName) || !file.append(a_csvHeader)) {
+        return file.error();
+    }
+    QMetaObject::invokeMethod(this, &CsvRecorder::started, Qt::QueuedConnection);
+    xCount(0, file.size());
+
+    RowWriter writer(file);
+    Clock::time_point lastSync = Clock::now();
+    std::int64_t time = 0;
+    for (bool isLast = false; !isLast;) {
+        const Work work = xWaitForWork();
+        isLast = work.fIsLast;
+        std::uint64_t rows = 0;
+        for (const RecordedChange& change : work.fChanges) {
+            appendChangeRow(writer.rows(), change);
+            time = change.fTime;
+            ++rows;
+            if (!writer.writeIfLong()) {
+                return file.error();
+            }
+        }
+        if (work.fLost > 0) {
+            appendLossRow(writer.rows(), time, work.fLost);
+        }
+        if (!writer.write()) {
+            return file.error();
+        }
+        xCount(rows, file.size());
+        if (Clock::now() - lastSync >= a_syncTime) {
+            file.sync();
+            lastSync = Clock::now();
+        }
+    }
+    file.close();
+    return file.error();
+}
+
+CsvRecorder::Work CsvRecorder::xWaitForWork() {
+    std::unique_lock<std::mutex> lock(fMutex);
+    fWake.wait(lock,
+               [this] { return !fWaiting.empty() || fNewlyLost > 0 || fPhase == Phase::Stopping; });
+    Work work;
+    work.fChanges.swap(fWaiting);
+    work.fLost = std::exchange(fNewlyLost, 0);
+    work.fIsLast = fPhase == Phase::Stopping;
+    fWaitingBytes = 0;
+    return work;
+}
+
+void CsvRecorder::xCount(std::uint64_t rows, std::int64_t size) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    fProgress.fRows += rows;
+    fProgress.fBytes = size;
+}
+
+void CsvRecorder::xFinish(const QString& error) {
+    fThread.join();
+    Q_EMIT finished(error);
+}
+
+}  // namespace memoryviewer

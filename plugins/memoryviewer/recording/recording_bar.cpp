@@ -1,0 +1,144 @@
+#include "recording_bar.h"
+
+#include "csv_recorder.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLocale>
+#include <QStandardPaths>
+#include <QStyle>
+#include <QToolButton>
+
+#include <labels.h>
+#include <plain_text.h>
+
+namespace memoryviewer {
+
+namespace {
+
+constexpr int a_updateTime = 250;
+constexpr int a_maxNameLength = 60;
+
+/** A part of a file name that is a good one in every file system. */
+QString fileNamePart(const QString& text) {
+    QString part;
+    for (const QChar character : text.left(a_maxNameLength)) {
+        const bool isGood =
+            character.isLetterOrNumber() || QStringLiteral("-_.").contains(character);
+        part += isGood ? character : QLatin1Char('_');
+    }
+    return part.startsWith(QLatin1Char('.')) ? QLatin1Char('_') + part : part;
+}
+
+QString durationText(double seconds) {
+    constexpr int secondsPerMinute = 60;
+    const auto whole = static_cast<qlonglong>(seconds);
+    return QStringLiteral("%1:%2")
+        .arg(whole / secondsPerMinute)
+        .arg(whole % secondsPerMinute, 2, 10, QLatin1Char('0'));
+}
+
+}  // namespace
+
+RecordingBar::RecordingBar(CsvRecorder* recorder, QWidget* parent)
+    : QWidget(parent),
+      fRecorder(recorder),
+      fButton(new QToolButton(this)),
+      fText(viewer::makeStatusLine("recordingStatus", this)) {
+    setObjectName(QStringLiteral("recordingBar"));
+    setFocusProxy(fButton);
+    fButton->setObjectName(QStringLiteral("recordingButton"));
+    fButton->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    fButton->setFocusPolicy(Qt::StrongFocus);
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addWidget(fButton);
+    row->addWidget(fText, 1);
+
+    connect(fButton, &QToolButton::clicked, this, &RecordingBar::toggle);
+    connect(recorder, &CsvRecorder::started, this, &RecordingBar::xUpdate);
+    connect(recorder, &CsvRecorder::finished, this, &RecordingBar::xOnFinished);
+    connect(&fTimer, &QTimer::timeout, this, &RecordingBar::xUpdate);
+    fTimer.setInterval(a_updateTime);
+    xUpdate();
+}
+
+void RecordingBar::start(const QString& fileName) {
+    if (fRecorder->isRecording()) {
+        return;
+    }
+    fError.clear();
+    fHasRecorded = true;
+    fRecorder->start(fileName);
+    fTimer.start();
+    xUpdate();
+    Q_EMIT recordingChanged(true);
+}
+
+void RecordingBar::toggle() {
+    if (fRecorder->isRecording()) {
+        fRecorder->stop();
+    } else {
+        xAskForFile();
+    }
+}
+
+void RecordingBar::xAskForFile() {
+    auto* dialog = new QFileDialog(this, tr("Record to CSV"));
+    dialog->setObjectName(QStringLiteral("recordingFileDialog"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setNameFilter(tr("Comma-separated values (*.csv)"));
+    dialog->setDefaultSuffix(QStringLiteral("csv"));
+    dialog->setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    dialog->selectFile(xProposedName());
+    connect(dialog, &QFileDialog::fileSelected, this, &RecordingBar::start);
+    dialog->open();
+}
+
+void RecordingBar::xOnFinished(const QString& error) {
+    fError = error;
+    fTimer.stop();
+    xUpdate();
+    Q_EMIT recordingChanged(false);
+}
+
+void RecordingBar::xUpdate() {
+    const bool isRecording = fRecorder->isRecording();
+    fButton->setText(isRecording ? tr("Stop &recording") : tr("&Record\u2026"));
+    fButton->setIcon(
+        style()->standardIcon(isRecording ? QStyle::SP_MediaStop : QStyle::SP_DialogSaveButton));
+    fButton->setAccessibleName(isRecording ? tr("Stop recording") : tr("Record to a CSV file"));
+    viewer::setStatus(*fText, fHasRecorded ? xProgressText() : tr("Not recording."));
+}
+
+QString RecordingBar::xProposedName() const {
+    const QString name = fRobotName.isEmpty() ? QStringLiteral("robot") : fileNamePart(fRobotName);
+    const QString time = QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss"));
+    return QStringLiteral("%1-%2.csv").arg(name, time);
+}
+
+QString RecordingBar::xProgressText() const {
+    const RecordingProgress progress = fRecorder->progress();
+    const QLocale locale;
+    const QString file = QFileInfo(fRecorder->fileName()).fileName();
+    QStringList parts{viewer::plainText(file.toStdString()),
+                      tr("%1 rows").arg(locale.toString(static_cast<qulonglong>(progress.fRows))),
+                      locale.formattedDataSize(progress.fBytes), durationText(progress.fSeconds)};
+    if (progress.fLost > 0) {
+        parts += tr("%1 changes lost, since the disk is too slow")
+                     .arg(locale.toString(static_cast<qulonglong>(progress.fLost)));
+    }
+    if (!fError.isEmpty()) {
+        parts.prepend(fError + QLatin1Char(' ') + tr("The rows up to there are in the file."));
+    } else if (!fRecorder->isRecording()) {
+        parts.prepend(tr("Recorded"));
+    }
+    return parts.join(viewer::statusSeparator());
+}
+
+}  // namespace memoryviewer
