@@ -1,0 +1,54 @@
+#include "figures.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+#include <time.h>
+
+namespace bench {
+
+void printHeading(const char* peer) {
+    std::printf("%-34s %10s %10s\n", "", "robaxi", peer);
+}
+
+void compare(const char* what, double ours, double peers, const char* unit) {
+    std::printf("%-34s %10.1f %10.1f %s   ratio %.2f\n", what, ours, peers, unit, ours / peers);
+}
+
+double quantile(std::vector<double>& values, double part) {
+    const auto index = static_cast<std::ptrdiff_t>(part * static_cast<double>(values.size() - 1));
+    std::nth_element(values.begin(), values.begin() + index, values.end());
+    return values[static_cast<std::size_t>(index)];
+}
+
+double median(std::vector<double>& values) {
+    constexpr double half = 0.5;
+    return quantile(values, half);
+}
+
+double processorSeconds(pid_t process) {
+    clockid_t clock = 0;
+    timespec time{};
+    if (::clock_getcpuclockid(process, &clock) != 0 || ::clock_gettime(clock, &time) != 0) {
+        throw std::runtime_error("the processor time of a process is not known");
+    }
+    constexpr double nanosecond = 1e-9;
+    return static_cast<double>(time.tv_sec) + nanosecond * static_cast<double>(time.tv_nsec);
+}
+
+int runMain(int argc, char** argv, int usualRounds, const std::function<int()>& serve,
+            const std::function<int(int)>& measure) {
+    const std::string argument = argc > 1 ? argv[1] : "";
+    try {
+        return argument == "--serve"
+                   ? serve()
+                   : measure(argument.empty() ? usualRounds : std::max(1, std::atoi(argv[1])));
+    } catch (const std::exception& failure) {
+        std::fprintf(stderr, "%s: %s\n", argv[0], failure.what());
+        return EXIT_FAILURE;
+    }
+}
+
+}  // namespace bench
