@@ -76,6 +76,21 @@ QString fullText() {
     return translated("The disk is full. What was recorded until then can be played.");
 }
 
+using Bytes = std::shared_ptr<const unsigned char>;
+
+/** Called by GStreamer, on whatever thread is done with a picture. */
+void releasePicture(gpointer bytes) {
+    delete static_cast<Bytes*>(bytes);
+}
+
+/** A picture without a copy of its bytes. */
+GstBuffer* makeBuffer(const JpegFile& picture) {
+    // GStreamer asks for a pointer to what may be written, and is told that it must not.
+    auto* data = const_cast<unsigned char*>(picture.fData.get());
+    return gst_buffer_new_wrapped_full(GST_MEMORY_FLAG_READONLY, data, picture.fSize, 0,
+                                       picture.fSize, new Bytes(picture.fData), &releasePicture);
+}
+
 }  // namespace
 
 struct MatroskaWriter::Private {
@@ -259,13 +274,7 @@ void MatroskaWriter::write(const JpegFile& picture, std::int64_t time) {
     if (fPrivate->hasFailed()) {
         return;
     }
-    using Bytes = std::shared_ptr<const unsigned char>;
-    auto* owner = new Bytes(picture.fData);
-    // GStreamer asks for a pointer to what may be written, and is told that it must not.
-    auto* data = const_cast<unsigned char*>(picture.fData.get());
-    GstBuffer* const buffer = gst_buffer_new_wrapped_full(
-        GST_MEMORY_FLAG_READONLY, data, picture.fSize, 0, picture.fSize, owner,
-        [](gpointer bytes) { delete static_cast<Bytes*>(bytes); });
+    GstBuffer* const buffer = makeBuffer(picture);
     GST_BUFFER_PTS(buffer) = static_cast<GstClockTime>(time) * GST_USECOND;
     gst_app_src_push_buffer(fPrivate->fSource, buffer);
 }
