@@ -1,5 +1,6 @@
 #include "snapshot.h"
 
+#include <QBuffer>
 #include <QCoreApplication>
 #include <QDir>
 #include <QImageWriter>
@@ -32,18 +33,17 @@ QString writeSnapshot(const Picture& picture, const PictureOrigin& origin, const
     if (picture.fImage.isNull()) {
         return failureText(file, translated("there is no picture"));
     }
-    QSaveFile output(file);
-    if (!output.open(QIODevice::WriteOnly)) {
-        return failureText(file, output.errorString());
-    }
-    QImageWriter writer(&output, "png");
+    // Made in memory, as Qt loses some of it when it cannot write to the end.
+    QBuffer png;
+    QImageWriter writer(&png, "png");
     describe(writer, picture.fFrame, origin);
-    const bool isWritten = writer.write(picture.fImage);
-    if (isWritten && output.commit()) {
-        return {};
+    if (!writer.write(picture.fImage)) {
+        return failureText(file, writer.errorString());
     }
-    const bool isFileAtFault = output.error() != QFileDevice::NoError;
-    return failureText(file, isFileAtFault ? output.errorString() : writer.errorString());
+    QSaveFile output(file);
+    const bool isWritten = output.open(QIODevice::WriteOnly) &&
+                           output.write(png.data()) == png.size() && output.commit();
+    return isWritten ? QString() : failureText(file, output.errorString());
 }
 
 }  // namespace cameraviewer
