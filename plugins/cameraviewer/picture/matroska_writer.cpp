@@ -14,7 +14,7 @@ namespace cameraviewer {
 namespace {
 
 /** Bytes that wait inside GStreamer before canTake() turns false. */
-constexpr guint64 a_maxWaiting = 8 * 1024 * 1024;
+constexpr guint64 a_maxWaiting = guint64{8} * 1024 * 1024;
 constexpr std::int64_t a_microsecondsPerSecond = 1'000'000;
 /** Microseconds since 1970: until the year 2200, which Matroska's way to write a date can hold. */
 constexpr std::int64_t a_latestStart = 7'258'118'400 * a_microsecondsPerSecond;
@@ -179,7 +179,10 @@ struct MatroskaWriter::Private {
     }
 
     void setUpMuxer(GstElement* element) const {
-        g_object_set(element, "writing-app", "Obvista", nullptr);
+        // Every JPEG could be jumped to. An index of all would grow to megabytes in an hour.
+        constexpr gint64 indexInterval = G_GINT64_CONSTANT(1) * GST_SECOND;
+        g_object_set(element, "writing-app", "Obvista", "min-index-interval", indexInterval,
+                     nullptr);
         gst_tag_setter_add_tags(GST_TAG_SETTER(element), GST_TAG_MERGE_REPLACE, GST_TAG_TITLE,
                                 fSettings.fTitle.toUtf8().constData(), nullptr);
         if (fSettings.fStart < 0 || fSettings.fStart > a_latestStart) {

@@ -71,7 +71,7 @@ QImage PictureBuffers::makeImage(int width, int height, QImage::Format format) {
     const auto stride = static_cast<int>(wordsPerRow * qint64{sizeof(quint32)});
     QImage image(bytes, width, height, stride, format, &PictureBuffers::xGiveBack, loan.get());
     if (!image.isNull()) {
-        loan.release();  // now the image's
+        static_cast<void>(loan.release());  // now the image's
     }
     return image;
 }

@@ -13,14 +13,14 @@ using SharedBytes = std::shared_ptr<const unsigned char>;
  *  formats byte by byte. */
 QImage wrap(const KVFrame& frame, QImage::Format format) {
     auto owner = std::make_unique<SharedBytes>(frame.fData);
-    const QImage image(
+    QImage image(
         frame.fData.get(), static_cast<int>(frame.fWidth), static_cast<int>(frame.fHeight),
         static_cast<int>(frame.fStride), format,
         [](void* bytes) { delete static_cast<SharedBytes*>(bytes); }, owner.get());
     if (image.isNull()) {
         throw std::bad_alloc();
     }
-    owner.release();  // now the image's
+    static_cast<void>(owner.release());  // now the image's
     return image;
 }
 
@@ -40,7 +40,7 @@ QString yuvText(const KVFrame& frame, const QPoint& pixel) {
         frame.fData.get() + std::size_t{frame.fStride} * static_cast<std::size_t>(pixel.y());
     const unsigned char* pair = row + 4 * static_cast<std::size_t>(pixel.x() / 2);
     return QStringLiteral("Y %1 Cb %2 Cr %3")
-        .arg(pair[2 * (pixel.x() % 2)])
+        .arg(pixel.x() % 2 == 0 ? pair[0] : pair[2])
         .arg(pair[1])
         .arg(pair[3]);
 }

@@ -29,7 +29,7 @@ struct RecorderStatus {
     int fFiles = 0;              ///< begun
     std::uint64_t fFrames = 0;   ///< recorded
     std::uint64_t fDropped = 0;  ///< not recorded: encoding or the disk is too slow
-    std::uint64_t fRefused = 0;  ///< not recorded: there is a fault in them (see check())
+    std::uint64_t fRefused = 0;  ///< not recorded: there is a fault in them
     std::int64_t fBytes = 0;     ///< of all files
     double fSeconds = 0;         ///< from the first recorded frame to the last
     QString fFailure;            ///< a sentence for the user
@@ -37,9 +37,10 @@ struct RecorderStatus {
 
 /** What a recording may take of the machine. */
 struct RecorderLimits {
-    std::size_t fFrames = 30;                    ///< waiting to be recorded
-    std::size_t fBytes = 64 * 1024 * 1024;       ///< of these frames
-    std::int64_t fFreeSpace = 64 * 1024 * 1024;  ///< bytes left on the disk; recording ends there
+    std::size_t fFrames = 30;                            ///< waiting to be recorded
+    std::size_t fBytes = std::size_t{64} * 1024 * 1024;  ///< of these frames
+    std::int64_t fFreeSpace =
+        std::int64_t{64} * 1024 * 1024;  ///< bytes left on the disk; recording ends there
 };
 
 /**
@@ -48,7 +49,8 @@ struct RecorderLimits {
  * JPEG frames are stored byte for byte as they come. Other formats are encoded as JPEG of the
  * quality JpegWriter::a_quality: raw pictures would be 27 MB a second at 640x480, and few players
  * know them in Matroska. An exact picture is what a snapshot is for. Frames with a fault are left
- * out and counted.
+ * out and counted; a JPEG with damage beyond its header, where check() does not look, is stored
+ * like any other.
  *
  * The times in a file are those of the robot's stamps, from 0 on, see RecordingClock. As a track
  * has one size, another size or format begins a new file: "name.mkv", "name-2.mkv" and so on,

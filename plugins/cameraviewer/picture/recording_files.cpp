@@ -31,12 +31,16 @@ bool RecordingFiles::write(const KVFrame& frame, std::int64_t arrival) {
         return false;
     }
     xCheckFreeSpace();
+    const Kind kind{frame.fFormat, frame.fWidth, frame.fHeight};
+    if (fWriter && !(kind == fKind)) {
+        finish();
+        fFile = xNextFile();
+    }
     if (!fFailure.isEmpty()) {
         return true;
     }
     fTime = fClock.next(frame.fTime, arrival);
-    const Kind kind{frame.fFormat, frame.fWidth, frame.fHeight};
-    if (!fWriter || !(kind == fKind)) {
+    if (!fWriter) {
         xBegin(kind, frame);
     }
     fWriter->write(picture, fTime - fBegin);
@@ -74,11 +78,6 @@ void RecordingFiles::xCheckFreeSpace() {
 }
 
 void RecordingFiles::xBegin(const Kind& kind, const KVFrame& frame) {
-    if (fWriter) {
-        fWriter->finish();
-        fBytesBefore = bytes();
-        fFile = xNextFile();
-    }
     ++fFileCount;
     fKind = kind;
     fBegin = fTime;
