@@ -72,11 +72,15 @@ void appendChangeRow(std::string& rows, const RecordedChange& change) {
     endRow(rows, *change.fKey, isWhole ? type : type + " (cut)");
 }
 
-void appendNumberRow(std::string& rows, std::int64_t time, const RecordedKey& key, double value,
-                     std::string_view type) {
+void appendNumberRow(std::string& rows, std::int64_t time, const RecordedKey& key, double value) {
     beginRow(rows, time, key);
     appendCsvNumber(rows, value);
-    endRow(rows, key, type);
+    endRow(rows, key, "float");
+}
+
+void appendGapRow(std::string& rows, std::int64_t time, const RecordedKey& key) {
+    beginRow(rows, time, key);
+    endRow(rows, key, "gap");
 }
 
 void appendLossRow(std::string& rows, std::int64_t time, std::uint64_t lost) {

@@ -40,9 +40,12 @@ constexpr std::size_t a_maxCsvValue = 65536;
 /** Appends the row of a change. */
 void appendChangeRow(std::string& rows, const RecordedChange& change);
 
-/** Appends the row of a number. */
-void appendNumberRow(std::string& rows, std::int64_t time, const RecordedKey& key, double value,
-                     std::string_view type);
+/** Appends the row of a number of the type "float". */
+void appendNumberRow(std::string& rows, std::int64_t time, const RecordedKey& key, double value);
+
+/** Appends the row that says that from this time on the values of a key are not known: its type is
+ *  "gap" and it has no value. */
+void appendGapRow(std::string& rows, std::int64_t time, const RecordedKey& key);
 
 /** Appends the row that says how many changes are missing at its place: its type is "lost" and it
  *  has no key. */

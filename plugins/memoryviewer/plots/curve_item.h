@@ -1,0 +1,44 @@
+#ifndef OBVISTA_MEMORYVIEWER_CURVE_ITEM_H
+#define OBVISTA_MEMORYVIEWER_CURVE_ITEM_H
+
+#include "thinning.h"
+
+#include <QPen>
+#include <qwt_plot_item.h>
+
+namespace memoryviewer {
+
+/**
+ * The curve of one key in one plot.
+ *
+ * Before each picture prepare() chooses the points that are drawn, so that the values axis can be
+ * fitted to them before they are.
+ */
+class CurveItem : public QwtPlotItem {
+  public:
+    explicit CurveItem(int key) : fKey(key) {}
+
+    int key() const { return fKey; }
+    void setPen(const QPen& pen) { fPen = pen; }
+    const QPen& pen() const { return fPen; }
+    void setShape(CurveShape shape) { fShape = shape; }
+
+    /** @param view its shape is the item's own */
+    void prepare(const CurveHistory& history, ThinningView view);
+    const DrawnCurve& drawn() const { return fDrawn; }
+
+    void draw(QPainter* painter, const QwtScaleMap& times, const QwtScaleMap& values,
+              const QRectF& canvas) const override;
+
+  private:
+    void xDrawLine(QPainter* painter, QPolygonF line, const QRectF& canvas) const;
+
+    int fKey;
+    QPen fPen;
+    CurveShape fShape = CurveShape::Line;
+    DrawnCurve fDrawn;
+};
+
+}  // namespace memoryviewer
+
+#endif

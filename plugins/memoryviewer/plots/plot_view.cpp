@@ -1,0 +1,231 @@
+#include "plot_view.h"
+
+#include "axis_scales.h"
+#include "curve_item.h"
+#include "key_mime.h"
+#include "plot_canvas.h"
+#include "plot_history.h"
+#include "time_axis.h"
+
+#include <QDropEvent>
+#include <QMimeData>
+#include <qwt_plot_grid.h>
+#include <qwt_plot_layout.h>
+#include <qwt_scale_widget.h>
+
+#include <algorithm>
+#include <plain_text.h>
+
+namespace memoryviewer {
+
+namespace {
+
+constexpr int a_maxUnitLength = 24;
+constexpr double a_defaultHoldTime = 0.5e6;
+constexpr int a_charactersPerTime = 16;
+constexpr int a_linesPerValue = 3;
+constexpr int a_minimumLines = 7;
+constexpr int a_lines = 14;
+constexpr int a_minimumCharacters = 30;
+constexpr int a_characters = 70;
+constexpr qreal a_gridStrength = 0.15;
+
+}  // namespace
+
+PlotView::PlotView(TimeAxis* time, const PlotHistory* history, QWidget* parent)
+    : QwtPlot(parent),
+      fTime(time),
+      fHistory(history),
+      fCanvas(new PlotCanvas(time, this)),
+      fGrid(std::make_unique<QwtPlotGrid>()),
+      fHoldTime(a_defaultHoldTime) {
+    setObjectName(QStringLiteral("plot"));
+    setCanvas(fCanvas);
+    setAcceptDrops(true);
+    setFocusProxy(fCanvas);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    setAutoReplot(false);
+    setAxisScaleDraw(xBottom, new TimeScaleDraw);
+    setAxisScaleDraw(yLeft, new ValueScaleDraw);
+    plotLayout()->setAlignCanvasToScales(true);
+    for (const int axis : {int(xBottom), int(yLeft)}) {
+        axisWidget(axis)->setMargin(0);
+        // Qwt's own fonts are smaller than the user's.
+        setAxisFont(axis, font());
+    }
+    fGrid->attach(this);
+    connect(fCanvas, &PlotCanvas::valuesChosen, this, &PlotView::setValues);
+    xApplyPalette();
+}
+
+PlotView::~PlotView() {
+    // Qwt would delete what is attached.
+    for (const auto& item : fItems) {
+        item->detach();
+    }
+    fGrid->detach();
+}
+
+void PlotView::setCurve(int key, CurveShape shape, const QPen& pen) {
+    CurveItem* item = xItem(key);
+    if (item == nullptr) {
+        fItems.push_back(std::make_unique<CurveItem>(key));
+        fKeys.push_back(key);
+        item = fItems.back().get();
+        item->attach(this);
+    }
+    item->setShape(shape);
+    item->setPen(pen);
+}
+
+void PlotView::removeCurve(int key) {
+    const auto item = std::find_if(fItems.begin(), fItems.end(),
+                                   [key](const auto& each) { return each->key() == key; });
+    if (item != fItems.end()) {
+        (*item)->detach();
+        fItems.erase(item);
+        fKeys.erase(std::find(fKeys.begin(), fKeys.end(), key));
+    }
+}
+
+bool PlotView::contains(int key) const {
+    return xItem(key) != nullptr;
+}
+
+QPen PlotView::penOf(int key) const {
+    const CurveItem* item = xItem(key);
+    return item != nullptr ? item->pen() : QPen();
+}
+
+CurveItem* PlotView::xItem(int key) const {
+    const auto item = std::find_if(fItems.begin(), fItems.end(),
+                                   [key](const auto& each) { return each->key() == key; });
+    return item != fItems.end() ? item->get() : nullptr;
+}
+
+void PlotView::setUnit(const QString& unit) {
+    QwtText title(viewer::plainText(unit.toStdString(), a_maxUnitLength), QwtText::PlainText);
+    title.setFont(font());
+    setAxisTitle(yLeft, title);
+}
+
+void PlotView::setShowsTimes(bool showsTimes) {
+    enableAxis(xBottom, showsTimes);
+}
+
+void PlotView::refresh() {
+    ThinningView view;
+    view.fLeft = fTime->left();
+    view.fRight = fTime->right();
+    view.fColumns = std::max(1, qRound(fCanvas->width() * devicePixelRatioF()));
+    view.fNow = fTime->now();
+    view.fHoldTime = fHoldTime;
+    for (const auto& item : fItems) {
+        item->prepare(fHistory->curve(item->key()), view);
+    }
+    xFitTimes();
+    xFitValues();
+    replot();
+}
+
+void PlotView::xFitTimes() {
+    const int character = fontMetrics().averageCharWidth();
+    const int labels = fCanvas->width() / std::max(1, a_charactersPerTime * character);
+    setAxisScaleDiv(xBottom, timeScale(fTime->left(), fTime->right(), labels));
+    if (axisEnabled(xBottom)) {
+        const QString day = dayText(fTime->right());
+        QwtText title(day.isEmpty() ? tr("Robot's time") : tr("Robot's time, %1").arg(day),
+                      QwtText::PlainText);
+        title.setFont(font());
+        setAxisTitle(xBottom, title);
+    }
+}
+
+void PlotView::xFitValues() {
+    ValueSpan values;
+    if (fChosen) {
+        values = *fChosen;
+    } else {
+        for (const auto& item : fItems) {
+            addValues(values, item->drawn(), fTime->left(), fTime->right());
+        }
+        values = roomFor(values);
+    }
+    const int labels = fCanvas->height() / std::max(1, a_linesPerValue * fontMetrics().height());
+    setAxisScaleDiv(yLeft, valueScale(values.fMinimum, values.fMaximum, std::max(labels, 2)));
+}
+
+void PlotView::fitValues() {
+    fChosen.reset();
+    Q_EMIT refreshNeeded();
+}
+
+void PlotView::setValues(double low, double high) {
+    fChosen = ValueSpan{low, high};
+    Q_EMIT refreshNeeded();
+}
+
+double PlotView::axisExtent() const {
+    const QwtScaleDraw* labels = axisScaleDraw(yLeft);
+    const QFont font = axisWidget(yLeft)->font();
+    return labels->maxLabelWidth(font) + labels->spacing() + labels->maxTickLength();
+}
+
+void PlotView::setAxisExtent(double extent) {
+    if (extent != axisScaleDraw(yLeft)->minimumExtent()) {
+        axisScaleDraw(yLeft)->setMinimumExtent(extent);
+        updateLayout();
+        replot();
+    }
+}
+
+QSize PlotView::sizeHint() const {
+    return {a_characters * fontMetrics().averageCharWidth(), a_lines * fontMetrics().height()};
+}
+
+QSize PlotView::minimumSizeHint() const {
+    return {a_minimumCharacters * fontMetrics().averageCharWidth(),
+            a_minimumLines * fontMetrics().height()};
+}
+
+void PlotView::changeEvent(QEvent* event) {
+    QwtPlot::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange) {
+        xApplyPalette();
+        Q_EMIT refreshNeeded();
+    }
+}
+
+void PlotView::resizeEvent(QResizeEvent* event) {
+    QwtPlot::resizeEvent(event);
+    Q_EMIT refreshNeeded();
+}
+
+void PlotView::xApplyPalette() {
+    if (!fGrid) {
+        return;  // while Qwt builds the plot
+    }
+    setCanvasBackground(palette().brush(QPalette::Base));
+    QColor line = palette().color(QPalette::Text);
+    line.setAlphaF(a_gridStrength);
+    fGrid->setPen(line, 0);
+}
+
+void PlotView::dragEnterEvent(QDragEnterEvent* event) {
+    if (!keysFromMime(event->mimeData()).isEmpty()) {
+        event->acceptProposedAction();
+        fCanvas->setDropTarget(true);
+    }
+}
+
+void PlotView::dragLeaveEvent(QDragLeaveEvent* /*event*/) {
+    fCanvas->setDropTarget(false);
+}
+
+void PlotView::dropEvent(QDropEvent* event) {
+    fCanvas->setDropTarget(false);
+    event->acceptProposedAction();
+    Q_EMIT namesDropped(keysFromMime(event->mimeData()), event->source());
+}
+
+}  // namespace memoryviewer
