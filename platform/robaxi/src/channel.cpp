@@ -24,7 +24,8 @@ void configureServer(grpc::ServerBuilder& builder) {
     // Two robots on one port would each get every second connection.
     builder.AddChannelArgument(GRPC_ARG_ALLOW_REUSEPORT, 0);
     builder.AddChannelArgument(GRPC_ARG_MAX_CONCURRENT_STREAMS,
-                               static_cast<int>(2 + 2 * limits::a_subscriptionsOfSession));
+                               static_cast<int>(2 + 2 * (limits::a_subscriptionsOfSession +
+                                                         limits::a_watchedCamerasOfSession)));
 }
 
 }  // namespace robaxi

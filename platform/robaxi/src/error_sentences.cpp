@@ -43,6 +43,8 @@ std::string reason(const Target& target, KVError::Cause cause) {
             return "the program there does not speak this version of the Robaxi protocol";
         case KVError::Cause::NoSuchModule:
             return "there is no module named " + target.fModule;
+        case KVError::Cause::NoSuchStream:
+            return "it has no camera of that name";
         case KVError::Cause::ConnectionLost:
             return "the connection is lost";
         case KVError::Cause::NotAuthorised:
@@ -71,6 +73,8 @@ const char* advice(KVError::Cause cause) {
             return "Check the port, and that robot and program are of matching versions.";
         case KVError::Cause::NoSuchModule:
             return "Check the module's name, and that it is started on the robot.";
+        case KVError::Cause::NoSuchStream:
+            return "Choose one of the cameras that it has now.";
         case KVError::Cause::ConnectionLost:
             return "Check that the robot is still running and connected, then connect again.";
         case KVError::Cause::NotAuthorised:

@@ -1,6 +1,7 @@
 #include "refused_call.h"
 
 #include <robaxi/kv_error.h>
+#include <robaxi/kv_frame_source.h>
 #include <robaxi/kv_module.h>
 #include <robaxi/kv_value_table.h>
 
@@ -49,6 +50,7 @@ struct KVModule::Private {
     std::map<std::string, std::size_t> fIndexOf;
     std::vector<BoundMethod> fMethods;  // in the order in which they were bound
     boost::shared_ptr<KVValueTable> fValues;
+    boost::shared_ptr<KVFrameSource> fFrames;
 };
 
 KVModule::KVModule(const std::string& name, const std::string& description)
@@ -71,6 +73,7 @@ KVModuleInfo KVModule::getInfo() const {
     info.fName = fPrivate->fName;
     info.fDescription = fPrivate->fDescription;
     info.fHasValues = fPrivate->fValues != nullptr;
+    info.fHasFrames = fPrivate->fFrames != nullptr;
     for (const BoundMethod& method : fPrivate->fMethods) {
         info.fMethods.push_back(method.fInfo);
     }
@@ -97,6 +100,14 @@ void KVModule::setValues(boost::shared_ptr<KVValueTable> values) {
 
 boost::shared_ptr<KVValueTable> KVModule::getValues() const {
     return fPrivate->fValues;
+}
+
+void KVModule::setFrames(boost::shared_ptr<KVFrameSource> frames) {
+    fPrivate->fFrames = std::move(frames);
+}
+
+boost::shared_ptr<KVFrameSource> KVModule::getFrames() const {
+    return fPrivate->fFrames;
 }
 
 KVValue KVModule::invoke(const std::string& method, const KVValue::List& arguments) const {

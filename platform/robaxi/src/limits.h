@@ -33,6 +33,7 @@ constexpr std::chrono::milliseconds a_timeToSendTheRest{500};
 
 constexpr std::size_t a_sessionsOfBroker = 256;
 constexpr std::size_t a_subscriptionsOfSession = 64;
+constexpr std::size_t a_watchedCamerasOfSession = 16;
 constexpr std::size_t a_methodThreads = 8;
 constexpr std::size_t a_noticeThreads = 4;
 /** Calls of one session that wait for a thread, in number and in bytes of arguments. */
@@ -47,6 +48,13 @@ constexpr std::uint64_t a_updatesInFlight = 2;
 constexpr std::size_t a_bytesOfUpdate = std::size_t{1024} * 1024;
 /** Keys of one subscription that a client takes from a robot. */
 constexpr std::size_t a_keysOfSubscription = 1000000;
+
+constexpr std::size_t a_largestFrame = std::size_t{64} * 1024 * 1024;
+/** Frames that a robot sends before the client has received the first of them. */
+constexpr std::uint64_t a_framesInFlight = 2;
+/** Frames are sent in parts of this size, so that a call or heartbeat never waits for a whole one.
+ */
+constexpr std::size_t a_partOfFrame = std::size_t{256} * 1024;
 
 }  // namespace robaxi::limits
 

@@ -5,6 +5,8 @@
 #include "message_codec.h"
 #include "socket_address.h"
 
+#include <grpcpp/generic/generic_stub.h>
+
 #include <algorithm>
 #include <limits>
 
@@ -92,6 +94,12 @@ Link::~Link() {
         xSendTheRest();
     }
     xEndStream();
+}
+
+void Link::prepareStream(grpc::ClientContext* context, const std::string& method,
+                         grpc::ClientBidiReactor<grpc::ByteBuffer, grpc::ByteBuffer>* reactor) {
+    const std::string path = "/" + std::string(v1::Robaxi::service_full_name()) + "/" + method;
+    grpc::GenericStub(fChannel).PrepareBidiStreamingCall(context, path, {}, reactor);
 }
 
 void Link::xSendTheRest() {

@@ -78,8 +78,13 @@ class Link : private grpc::ClientBidiReactor<v1::ClientBatch, v1::ServerBatch> {
     std::uint64_t sessionId() const;
     /** Seconds; negative before the first heartbeat came back. */
     double roundTrip() const { return fRoundTrip; }
-    /** For streams beside the session. They must have ended before the link goes. */
+    /** @name For streams beside the session. They must have ended before the link goes. */
+    ///@{
     v1::Robaxi::Stub& stub() { return *fStub; }
+    /** Prepares a stream of bytes for a method of the protocol. */
+    void prepareStream(grpc::ClientContext* context, const std::string& method,
+                       grpc::ClientBidiReactor<grpc::ByteBuffer, grpc::ByteBuffer>* reactor);
+    ///@}
 
   private:
     struct PendingCall {

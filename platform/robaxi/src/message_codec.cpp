@@ -12,7 +12,7 @@ namespace {
 
 using CausePair = std::pair<KVError::Cause, v1::Error::Cause>;
 
-constexpr std::array<CausePair, 17> a_causes{{
+constexpr std::array<CausePair, 18> a_causes{{
     {KVError::Cause::InvalidArgument, v1::Error::INVALID_ARGUMENT},
     {KVError::Cause::NoSuchModule, v1::Error::NO_SUCH_MODULE},
     {KVError::Cause::NoSuchMethod, v1::Error::NO_SUCH_METHOD},
@@ -30,6 +30,7 @@ constexpr std::array<CausePair, 17> a_causes{{
     {KVError::Cause::ConnectionLost, v1::Error::CONNECTION_LOST},
     {KVError::Cause::AddressInUse, v1::Error::ADDRESS_IN_USE},
     {KVError::Cause::CannotListen, v1::Error::CANNOT_LISTEN},
+    {KVError::Cause::NoSuchStream, v1::Error::NO_SUCH_STREAM},
 }};
 
 v1::Error::Cause encodeCause(KVError::Cause cause) {
@@ -108,6 +109,7 @@ void encodeModule(const KVModuleInfo& info, v1::Module* message) {
     message->set_name(toUtf8(info.fName));
     message->set_description(toUtf8(info.fDescription));
     message->set_has_values(info.fHasValues);
+    message->set_has_frames(info.fHasFrames);
     for (const KVMethodInfo& method : info.fMethods) {
         v1::Method* added = message->add_methods();
         added->set_name(toUtf8(method.fName));
@@ -121,6 +123,7 @@ KVModuleInfo decodeModule(const v1::Module& message) {
     info.fName = message.name();
     info.fDescription = message.description();
     info.fHasValues = message.has_values();
+    info.fHasFrames = message.has_frames();
     for (const v1::Method& method : message.methods()) {
         info.fMethods.push_back({method.name(), method.signature(), method.description()});
     }

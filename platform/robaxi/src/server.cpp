@@ -2,7 +2,7 @@
 
 #include "channel.h"
 #include "deadline.h"
-#include "failure.h"
+#include "frame_server.h"
 #include "grpc_handover.h"
 #include "server_session.h"
 #include "socket_address.h"
@@ -30,7 +30,12 @@ std::uint64_t makeSessionId() {
 
 }  // namespace
 
-class Server::Service : public v1::Robaxi::CallbackService {
+/** Frames are handed to gRPC as they are, so their stream is one of bytes. */
+using CallbackService =
+    v1::Robaxi::WithCallbackMethod_Session<v1::Robaxi::WithCallbackMethod_Subscribe<
+        v1::Robaxi::WithRawCallbackMethod_Watch<v1::Robaxi::Service>>>;
+
+class Server::Service : public CallbackService {
   public:
     explicit Service(Server& server) : fServer(server) {}
 
@@ -41,7 +46,12 @@ class Server::Service : public v1::Robaxi::CallbackService {
 
     grpc::ServerBidiReactor<v1::SubscriptionRequest, v1::SubscriptionUpdate>* Subscribe(
         grpc::CallbackServerContext* context) override {
-        return fServer.xOpenSubscription(context);
+        return fServer.xOpenStream<SubscriptionServer>(context);
+    }
+
+    grpc::ServerBidiReactor<grpc::ByteBuffer, grpc::ByteBuffer>* Watch(
+        grpc::CallbackServerContext* context) override {
+        return fServer.xOpenStream<FrameServer>(context);
     }
 
   private:
@@ -95,31 +105,34 @@ grpc::ServerBidiReactor<v1::ClientBatch, v1::ServerBatch>* Server::xOpenSession(
     return session.get();
 }
 
-grpc::ServerBidiReactor<v1::SubscriptionRequest, v1::SubscriptionUpdate>* Server::xOpenSubscription(
-    grpc::CallbackServerContext* context) {
+template <class Stream>
+Stream* Server::xOpenStream(grpc::CallbackServerContext* context) {
     takeFromGrpc(this);
-    const auto subscription = std::make_shared<SubscriptionServer>(*this, context);
+    const auto stream = std::make_shared<Stream>(*this, context);
     {
         const std::lock_guard lock(fMutex);
-        fSubscriptions[subscription.get()] = {subscription, 0};
+        fStreams[stream.get()] = {stream, 0};
     }
-    subscription->start();
-    return subscription.get();
+    stream->start();
+    return stream.get();
 }
 
-std::optional<std::string> Server::joinSession(SubscriptionServer* subscription,
-                                               std::uint64_t sessionId) {
+std::optional<Failure> Server::joinSession(SideStream* stream, std::uint64_t sessionId) {
     const std::lock_guard lock(fMutex);
     if (fSessions.count(sessionId) == 0) {
-        return "it names no session";
+        return Failure{KVError::Cause::NotAuthorised, "it names no session"};
     }
-    const auto ofSession = std::count_if(
-        fSubscriptions.begin(), fSubscriptions.end(),
-        [sessionId](const auto& each) { return each.second.fSessionId == sessionId; });
-    if (static_cast<std::size_t>(ofSession) >= limits::a_subscriptionsOfSession) {
-        return "this program has too many subscriptions already";
+    const bool isCamera = stream->kind() == SideStream::Kind::Camera;
+    const auto alike = std::count_if(fStreams.begin(), fStreams.end(), [&](const auto& each) {
+        return each.second.fSessionId == sessionId && each.first->kind() == stream->kind();
+    });
+    if (static_cast<std::size_t>(alike) >=
+        (isCamera ? limits::a_watchedCamerasOfSession : limits::a_subscriptionsOfSession)) {
+        return Failure{KVError::Cause::NotAuthorised,
+                       isCamera ? "this program watches too many cameras already"
+                                : "this program has too many subscriptions already"};
     }
-    fSubscriptions[subscription].fSessionId = sessionId;
+    fStreams[stream].fSessionId = sessionId;
     return std::nullopt;
 }
 
@@ -130,30 +143,30 @@ void Server::sessionEnded(std::uint64_t id) {
         const auto found = fSessions.find(id);
         session = std::move(found->second);
         fSessions.erase(found);
-        for (const auto& [reactor, subscription] : fSubscriptions) {
-            if (subscription.fSessionId == id) {
-                reactor->cancel();
+        for (const auto& [stream, membership] : fStreams) {
+            if (membership.fSessionId == id) {
+                stream->cancel();
             }
         }
     }
     xLetGo(std::move(session));
 }
 
-void Server::subscriptionEnded(SubscriptionServer* subscription) {
-    std::shared_ptr<SubscriptionServer> reactor;
+void Server::streamEnded(SideStream* stream) {
+    std::shared_ptr<SideStream> kept;
     {
         const std::lock_guard lock(fMutex);
-        const auto found = fSubscriptions.find(subscription);
-        reactor = std::move(found->second.fReactor);
-        fSubscriptions.erase(found);
+        const auto found = fStreams.find(stream);
+        kept = std::move(found->second.fStream);
+        fStreams.erase(found);
     }
-    xLetGo(std::move(reactor));
+    xLetGo(std::move(kept));
 }
 
 void Server::moduleRemoved(const std::string& name) {
     const std::lock_guard lock(fMutex);
-    for (const auto& [reactor, subscription] : fSubscriptions) {
-        reactor->moduleRemoved(name);
+    for (const auto& [stream, membership] : fStreams) {
+        stream->moduleRemoved(name);
     }
 }
 

@@ -1,9 +1,11 @@
 #ifndef ROBAXI_SERVER_H
 #define ROBAXI_SERVER_H
 
+#include "failure.h"
 #include "hosted_modules.h"
 #include "robaxi/v1/robaxi.grpc.pb.h"
 #include "runtime.h"
+#include "side_stream.h"
 
 #include <grpcpp/grpcpp.h>
 
@@ -18,10 +20,9 @@
 namespace robaxi {
 
 class ServerSession;
-class SubscriptionServer;
 
-/** What of a broker listens: the gRPC server, its sessions and subscriptions, and the threads on
- *  which methods run. */
+/** What of a broker listens: the gRPC server, its sessions and the streams beside them, and the
+ *  threads on which methods run. */
 class Server {
   public:
     /** Starts to listen. @throws Failure AddressInUse, CannotListen */
@@ -33,20 +34,19 @@ class Server {
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
-    /** Ends the subscriptions to a module that is hosted no more. */
+    /** Ends the streams to a module that is hosted no more. */
     void moduleRemoved(const std::string& name);
 
-    /** @name For the sessions and subscriptions */
+    /** @name For the sessions and the streams beside them */
     ///@{
     const std::string& brokerName() const { return fRuntime->fBrokerName; }
     const std::shared_ptr<TimerThread>& timers() const { return fRuntime->fTimers; }
     const std::shared_ptr<HostedModules>& modules() const { return fModules; }
-    TaskPool& calls() { return *fCalls; }
+    const std::shared_ptr<TaskPool>& calls() const { return fCalls; }
     void sessionEnded(std::uint64_t id);
-    /** Counts a subscription to its session. Returns the reason why it is refused, if it is. */
-    std::optional<std::string> joinSession(SubscriptionServer* subscription,
-                                           std::uint64_t sessionId);
-    void subscriptionEnded(SubscriptionServer* subscription);
+    /** Counts a stream to its session. Returns the reason why it is refused, if it is. */
+    std::optional<Failure> joinSession(SideStream* stream, std::uint64_t sessionId);
+    void streamEnded(SideStream* stream);
     ///@}
 
   private:
@@ -54,8 +54,8 @@ class Server {
 
     grpc::ServerBidiReactor<v1::ClientBatch, v1::ServerBatch>* xOpenSession(
         grpc::CallbackServerContext* context);
-    grpc::ServerBidiReactor<v1::SubscriptionRequest, v1::SubscriptionUpdate>* xOpenSubscription(
-        grpc::CallbackServerContext* context);
+    template <class Stream>
+    Stream* xOpenStream(grpc::CallbackServerContext* context);
     template <class Object>
     void xLetGo(std::shared_ptr<Object> object);
 
@@ -67,11 +67,11 @@ class Server {
 
     std::mutex fMutex;
     std::unordered_map<std::uint64_t, std::shared_ptr<ServerSession>> fSessions;
-    struct Subscription {
-        std::shared_ptr<SubscriptionServer> fReactor;
+    struct Membership {
+        std::shared_ptr<SideStream> fStream;
         std::uint64_t fSessionId = 0;
     };
-    std::unordered_map<SubscriptionServer*, Subscription> fSubscriptions;
+    std::unordered_map<SideStream*, Membership> fStreams;
 };
 
 }  // namespace robaxi

@@ -208,7 +208,7 @@ void ServerSession::xHandleCall(v1::Call&& call) {
                    "too many calls of this program wait for the robot", false);
         return;
     }
-    fServer.calls().post([self = shared_from_this(), work] { self->xRun(*work); });
+    fServer.calls()->post([self = shared_from_this(), work] { self->xRun(*work); });
 }
 
 bool ServerSession::xAdmit(const std::shared_ptr<Work>& work) {

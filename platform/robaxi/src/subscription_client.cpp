@@ -1,7 +1,6 @@
 #include "subscription_client.h"
 
 #include "batch_codec.h"
-#include "grpc_handover.h"
 #include "message_codec.h"
 
 #include <algorithm>
@@ -12,10 +11,7 @@ namespace robaxi {
 SubscriptionClient::SubscriptionClient(const std::shared_ptr<Runtime>& runtime,
                                        std::shared_ptr<Link> link, Target target,
                                        KVSubscription::Listener* listener)
-    : fLink(std::move(link)),
-      fTarget(std::move(target)),
-      fListener(listener),
-      fStrand(Strand::create(runtime->fNotices)) {
+    : ClientStream(runtime, std::move(link), std::move(target)), fListener(listener) {
 }
 
 SubscriptionClient::~SubscriptionClient() {
@@ -24,7 +20,6 @@ SubscriptionClient::~SubscriptionClient() {
 
 void SubscriptionClient::start(bool allKeys, double rate) {
     fLink->stub().async()->Subscribe(&fContext, this);
-    AddHold();  // the listener's and the users' threads write and read
     // Asked before the lock is taken: a link that is lost comes here with its own lock held.
     const std::uint64_t sessionId = fLink->sessionId();
     {
@@ -34,15 +29,8 @@ void SubscriptionClient::start(bool allKeys, double rate) {
         start->set_module(toUtf8(fTarget.fModule));
         start->set_all_keys(allKeys);
         start->set_rate(rate);
-        fIsStarted = true;
     }
-    xWrite();
-    xRead();
-    StartCall();
-    const auto loss = fLink->addLossListener(this);
-    if (loss) {
-        xFail(*loss);
-    }
+    xStart();
 }
 
 void SubscriptionClient::setKeys(const std::vector<std::uint32_t>& ids) {
@@ -62,105 +50,21 @@ void SubscriptionClient::setRate(double rate) {
     xWrite();
 }
 
-void SubscriptionClient::stop() {
-    {
-        const std::lock_guard lock(fMutex);
-        fIsStopped = true;
-        if (!fIsStarted) {
-            return;
-        }
-    }
-    fLink->removeLossListener(this);
-    fStrand->close();
-    xEndWhen(fGate.close());
-    fContext.TryCancel();
-    std::unique_lock lock(fMutex);
-    fDone.wait(lock, [this] { return fIsDone; });
-}
-
 v1::SubscriptionRequest& SubscriptionClient::xNextRequest() {
     return fNextRequest ? *fNextRequest : fNextRequest.emplace();
 }
 
-void SubscriptionClient::xWrite() {
-    {
-        const std::lock_guard lock(fMutex);
-        if (!fNextRequest || !fGate.enter()) {
-            return;
-        }
-        fRequest = std::move(*fNextRequest);
-        fNextRequest.reset();
+bool SubscriptionClient::xTakeRequest(v1::SubscriptionRequest& request) {
+    if (!fNextRequest) {
+        return false;
     }
-    giveToGrpc(&fRequest);
-    StartWrite(&fRequest);
+    request = std::move(*fNextRequest);
+    fNextRequest.reset();
+    return true;
 }
 
-void SubscriptionClient::xEndWhen(bool now) {
-    if (now) {
-        giveToGrpc(this);
-        RemoveHold();
-    }
-}
-
-void SubscriptionClient::xRead() {
-    giveToGrpc(&fUpdate);
-    StartRead(&fUpdate);
-}
-
-void SubscriptionClient::OnReadDone(bool ok) {
-    const GrpcReaction reaction(this);
-    takeFromGrpc(&fUpdate);
-    if (!ok) {
-        xEndWhen(fGate.close());
-        return;
-    }
-    fStrand->post([weak = weak_from_this()] {
-        if (const auto self = weak.lock()) {
-            self->xDeliver();
-        }
-    });
-}
-
-void SubscriptionClient::OnWriteDone(bool /*ok*/) {
-    const GrpcReaction reaction(this);
-    takeFromGrpc(&fRequest);
-    if (fGate.leave()) {
-        xEndWhen(true);
-    } else {
-        xWrite();
-    }
-}
-
-void SubscriptionClient::OnDone(const grpc::Status& status) {
-    takeFromGrpc(this);
-    {
-        const std::lock_guard lock(fMutex);
-        if (!fFailure) {
-            fFailure = Failure{KVError::Cause::ConnectionLost, status.error_message()};
-        }
-    }
-    fStrand->post([weak = weak_from_this()] {
-        if (const auto self = weak.lock()) {
-            self->xTellEnd();
-        }
-    });
-    const std::lock_guard lock(fMutex);
-    fIsDone = true;
-    fDone.notify_all();
-}
-
-void SubscriptionClient::linkLost(const Failure& loss) {
-    xFail(loss);
-}
-
-void SubscriptionClient::xFail(const Failure& failure) {
-    {
-        const std::lock_guard lock(fMutex);
-        if (!fFailure) {
-            fFailure = failure;
-        }
-    }
-    fContext.TryCancel();
+void SubscriptionClient::xReceived() {
+    xPost(&SubscriptionClient::xDeliver);
 }
 
 void SubscriptionClient::xDeliver() {
@@ -237,16 +141,8 @@ void SubscriptionClient::xChangeValues(const v1::Values& message) {
     }
 }
 
-void SubscriptionClient::xTellEnd() {
-    std::optional<Failure> failure;
-    {
-        const std::lock_guard lock(fMutex);
-        if (fIsStopped) {
-            return;
-        }
-        failure = fFailure;
-    }
-    fListener->ended(describe(fTarget, *failure));
+void SubscriptionClient::xTellEnd(const KVError& error) {
+    fListener->ended(error);
 }
 
 }  // namespace robaxi

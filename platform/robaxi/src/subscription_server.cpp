@@ -1,10 +1,5 @@
 #include "subscription_server.h"
 
-#include "grpc_handover.h"
-#include "limits.h"
-#include "message_codec.h"
-#include "server.h"
-
 #include <algorithm>
 #include <utility>
 
@@ -21,48 +16,10 @@ bool isRate(double rate) {
 }  // namespace
 
 SubscriptionServer::SubscriptionServer(Server& server, grpc::CallbackServerContext* context)
-    : fServer(server), fContext(context), fPump(server.timers(), [this] { xPump(); }) {
+    : ServerStream(server, context) {
 }
 
 SubscriptionServer::~SubscriptionServer() = default;
-
-void SubscriptionServer::start() {
-    giveToGrpc(&fContext);
-    xRead();
-    // A stream on which nobody says what he wants is ended like a silent session.
-    fPump.startAt(Clock::now() + limits::a_heartbeatPeriod * limits::a_silentHeartbeatsOfClient);
-}
-
-void SubscriptionServer::cancel() {
-    fContext->TryCancel();
-}
-
-void SubscriptionServer::moduleRemoved(const std::string& name) {
-    {
-        const std::lock_guard lock(fMutex);
-        if (fModule != name) {
-            return;
-        }
-    }
-    xEnd(KVError::Cause::NoSuchModule, "the robot has ended it");
-}
-
-void SubscriptionServer::xRead() {
-    giveToGrpc(&fRequest);
-    StartRead(&fRequest);
-}
-
-void SubscriptionServer::OnReadDone(bool ok) {
-    const GrpcReaction reaction(this);
-    takeFromGrpc(&fRequest);
-    if (!ok) {
-        xFinishWhen(fGate.close());
-        return;
-    }
-    xHandle();
-    xWake();
-    xRead();
-}
 
 void SubscriptionServer::OnWriteDone(bool ok) {
     const GrpcReaction reaction(this);
@@ -77,30 +34,10 @@ void SubscriptionServer::OnWriteDone(bool ok) {
     }
 }
 
-void SubscriptionServer::OnCancel() {
-    const GrpcReaction reaction(this);
-    takeFromGrpc(&fContext);
-    xFinishWhen(fGate.close());
-}
-
-void SubscriptionServer::OnDone() {
-    takeFromGrpc(this);
+void SubscriptionServer::xLeave() {
     if (fTable) {
         fTable->removeObserver(this);
     }
-    fPump.stop();
-    fServer.subscriptionEnded(this);
-}
-
-void SubscriptionServer::xFinishWhen(bool now) {
-    if (now) {
-        giveToGrpc(this);
-        Finish(grpc::Status::OK);
-    }
-}
-
-void SubscriptionServer::xWake() {
-    fPump.startAt(Clock::now());
 }
 
 void SubscriptionServer::xHandle() {
@@ -124,7 +61,7 @@ void SubscriptionServer::xStartSubscription(const v1::SubscriptionStart& start) 
     }
     const auto refusal = fServer.joinSession(this, start.session_id());
     if (refusal) {
-        xEnd(KVError::Cause::NotAuthorised, *refusal);
+        xEnd(refusal->fCause, refusal->fDetail);
         return;
     }
     const auto module = fServer.modules()->find(start.module());
@@ -156,16 +93,6 @@ void SubscriptionServer::xSetRate(double rate) {
     fPeriod = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(1 / rate));
 }
 
-void SubscriptionServer::xEnd(KVError::Cause cause, const std::string& text) {
-    {
-        const std::lock_guard lock(fMutex);
-        if (!fEnding) {
-            encodeError(cause, text, &fEnding.emplace());
-        }
-    }
-    xWake();
-}
-
 void SubscriptionServer::valuesChanged() {
     if (!fIsAwake.exchange(true)) {
         fPump.startAt(fWakeForValues);
@@ -192,8 +119,7 @@ void SubscriptionServer::xPump() {
     if (xCompose()) {
         fIsAwake = true;
         fUpdate.set_number(++fSent);
-        giveToGrpc(&fUpdate);
-        StartWrite(&fUpdate);
+        xStartWrite();
     } else {
         xFinishWhen(fGate.leave());
     }

@@ -3,25 +3,17 @@
 
 #include "batch_codec.h"
 #include "robaxi/v1/robaxi.grpc.pb.h"
-#include "timer_thread.h"
+#include "server_stream.h"
 #include "value_table_private.h"
-#include "write_gate.h"
-
-#include <robaxi/kv_error.h>
-
-#include <grpcpp/grpcpp.h>
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 namespace robaxi {
-
-class Server;
 
 /**
  * The robot's end of one subscription.
@@ -31,25 +23,15 @@ class Server;
  * packing happens on the broker's timer thread; the threads of gRPC and those that set values only
  * wake it.
  */
-class SubscriptionServer
-    : public grpc::ServerBidiReactor<v1::SubscriptionRequest, v1::SubscriptionUpdate>,
-      private KVValueTable::Private::Observer {
+class SubscriptionServer : public ServerStream<v1::SubscriptionRequest, v1::SubscriptionUpdate>,
+                           private KVValueTable::Private::Observer {
   public:
     SubscriptionServer(Server& server, grpc::CallbackServerContext* context);
     ~SubscriptionServer() override;
-    SubscriptionServer(const SubscriptionServer&) = delete;
-    SubscriptionServer& operator=(const SubscriptionServer&) = delete;
 
-    void start();
-    /** Ends the stream; to be called before OnDone() has told the server. */
-    void cancel();
-    /** Ends the subscription if it is to this module. */
-    void moduleRemoved(const std::string& name);
+    Kind kind() const override { return Kind::Subscription; }
 
-    void OnReadDone(bool ok) override;
     void OnWriteDone(bool ok) override;
-    void OnCancel() override;
-    void OnDone() override;
 
   private:
     using Table = KVValueTable::Private;
@@ -58,16 +40,13 @@ class SubscriptionServer
     void keyAdded() override;
     void keyRemoved(std::uint32_t id) override;
 
-    void xRead();
-    void xHandle();
+    void xHandle() override;
+    void xLeave() override;
     void xStartSubscription(const v1::SubscriptionStart& start);
     void xSetRate(double rate);
-    void xEnd(KVError::Cause cause, const std::string& text);
-    void xFinishWhen(bool now);
-    void xWake();
 
     // On the timer thread; from xChoose() on with the table's lock held:
-    void xPump();
+    void xPump() override;
     bool xMaySend();
     bool xCompose();
     void xChoose(const std::vector<std::uint32_t>& ids);
@@ -77,19 +56,11 @@ class SubscriptionServer
     void xPackAll(BatchEncoder& batch);
     void xPackChosen(BatchEncoder& batch, bool onlyNewlyChosen);
 
-    Server& fServer;
-    grpc::CallbackServerContext* const fContext;
-    v1::SubscriptionRequest fRequest;
-    v1::SubscriptionUpdate fUpdate;
-    WriteGate fGate;
-
-    std::mutex fMutex;
-    std::string fModule;
+    // Guarded by fMutex:
     bool fSendsAllKeys = false;
     std::uint64_t fConsumed = 0;
     TimerThread::Clock::duration fPeriod{};
     std::optional<std::vector<std::uint32_t>> fNewChoice;
-    std::optional<v1::Error> fEnding;
     std::shared_ptr<Table> fTable;  // set once, by the first request
 
     // Used on the timer thread only, except that keys are announced and removed with the table's
@@ -107,7 +78,6 @@ class SubscriptionServer
     /** Whether the pump will run anyhow, so that a changed value need not wake it. */
     std::atomic<bool> fIsAwake{false};
     std::atomic<TimerThread::Clock::time_point> fWakeForValues{TimerThread::Clock::time_point{}};
-    Timer fPump;
 };
 
 }  // namespace robaxi

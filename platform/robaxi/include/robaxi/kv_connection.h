@@ -69,6 +69,7 @@ class ROBAXI_EXPORT KVConnection {
     void setLostHandler(LostHandler handler);
 
   private:
+    friend class KVFrameStream;
     friend class KVSubscription;
     struct Private;
     explicit KVConnection(std::shared_ptr<Private> implementation);

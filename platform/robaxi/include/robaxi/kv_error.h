@@ -34,7 +34,8 @@ class ROBAXI_EXPORT KVError : public std::exception {
         TooLarge,         ///< a message above the size limit
         WrongType,        ///< a KVValue was read as a type that it does not hold
         Cancelled,        ///< the caller cancelled, or the broker is being destroyed
-        Internal          ///< anything else
+        Internal,         ///< anything else
+        NoSuchStream      ///< the module has no camera of that name, or not any more
     };
 
     KVError(Cause cause, const std::string& text);

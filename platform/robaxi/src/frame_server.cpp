@@ -1,0 +1,146 @@
+#include "frame_server.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace robaxi {
+
+FrameServer::FrameServer(Server& server, grpc::CallbackServerContext* context)
+    : ServerStream(server, context), fPool(server.calls()) {
+}
+
+FrameServer::~FrameServer() = default;
+
+void FrameServer::xHandle() {
+    v1::WatchRequest request;
+    if (!grpc::SerializationTraits<v1::WatchRequest>::Deserialize(&fRequest, &request).ok()) {
+        xEnd(KVError::Cause::InvalidArgument, "a request that cannot be read");
+        return;
+    }
+    if (request.has_start()) {
+        xStartWatching(request.start());
+    }
+    const std::lock_guard lock(fMutex);
+    fReceived = std::max(fReceived, request.received());
+}
+
+void FrameServer::xStartWatching(const v1::WatchStart& start) {
+    if (fSource) {
+        xEnd(KVError::Cause::InvalidArgument, "watching was started twice");
+        return;
+    }
+    const auto refusal = fServer.joinSession(this, start.session_id());
+    if (refusal) {
+        xEnd(refusal->fCause, refusal->fDetail);
+        return;
+    }
+    const auto module = fServer.modules()->find(start.module());
+    const auto frames = module ? module->getFrames() : nullptr;
+    if (!frames) {
+        xEnd(module ? KVError::Cause::NoSuchStream : KVError::Cause::NoSuchModule, {});
+        return;
+    }
+    {
+        const std::lock_guard lock(fMutex);
+        fModule = start.module();
+        fStream = start.stream();
+        fSource = frames->getPrivate();
+    }
+    if (!fSource->addWatcher(fStream, this)) {
+        xEnd(KVError::Cause::NoSuchStream, fStream);
+    }
+    if (!fServer.modules()->find(start.module())) {
+        moduleRemoved(start.module());  // between the two questions, so that nobody told us
+    }
+}
+
+void FrameServer::xLeave() {
+    if (fSource) {
+        fSource->removeWatcher(fStream, this);
+    }
+}
+
+void FrameServer::framePublished() {
+    xWake();
+}
+
+void FrameServer::streamRemoved() {
+    xEnd(KVError::Cause::NoSuchStream, "the robot has taken it away");
+}
+
+void FrameServer::xPump() {
+    bool isWatching = false;
+    {
+        const std::lock_guard lock(fMutex);
+        isWatching = fSource || fEnding;
+    }
+    if (isWatching) {
+        xSend();
+    } else {
+        cancel();  // no request came in time
+    }
+}
+
+void FrameServer::OnWriteDone(bool ok) {
+    const GrpcReaction reaction(this);
+    takeFromGrpc(&fUpdate);
+    fUpdate.Clear();
+    const bool isLast = fIsLast;
+    if (fGate.leave()) {
+        xFinishWhen(true);
+    } else if (!ok || isLast) {
+        xFinishWhen(fGate.close());
+    } else {
+        xSend();
+    }
+}
+
+void FrameServer::xSend() {
+    fIsWanted = true;
+    while (fIsWanted && fGate.enter()) {
+        fIsWanted = false;
+        if (xCompose()) {
+            xStartWrite();
+            return;
+        }
+        if (fGate.leave()) {
+            xFinishWhen(true);
+            return;
+        }
+    }
+}
+
+bool FrameServer::xCompose() {
+    std::shared_ptr<KVFrameSource::Private> source;
+    {
+        const std::lock_guard lock(fMutex);
+        if (fEnding) {
+            fUpdate = encodeEndOfWatch(*fEnding);
+            fIsLast = true;
+            return true;
+        }
+        source = fSource;
+    }
+    if (!fFrame && source && xHasCredit()) {
+        if (auto newest = source->newestAfter(fStream, fVersion)) {
+            fVersion = newest->fVersion;
+            fFrame = std::make_unique<FrameEncoder>(newest->fFrame, fPool);
+            ++fSent;
+        }
+    }
+    if (!fFrame) {
+        return false;
+    }
+    fUpdate = fFrame->next();
+    if (fFrame->isComplete()) {
+        fFrame.reset();
+    }
+    return true;
+}
+
+bool FrameServer::xHasCredit() {
+    const std::lock_guard lock(fMutex);
+    return fSent < fReceived + limits::a_framesInFlight;
+}
+
+}  // namespace robaxi

@@ -1,0 +1,46 @@
+#include "connection_private.h"
+#include "frame_client.h"
+
+#include <robaxi/kv_frame_stream.h>
+
+#include <utility>
+
+struct KVFrameStream::Private {
+    boost::shared_ptr<KVConnection> fConnection;
+    std::shared_ptr<robaxi::FrameClient> fClient;  // goes before the connection
+};
+
+KVFrameStream::Listener::~Listener() = default;
+
+boost::shared_ptr<KVFrameStream> KVFrameStream::start(boost::shared_ptr<KVConnection> connection,
+                                                      const std::string& module,
+                                                      const std::string& stream,
+                                                      Listener* listener) {
+    if (!connection || module.empty() || stream.empty() || listener == nullptr) {
+        throw KVError(KVError::Cause::InvalidArgument,
+                      "Watching needs a connection, the names of a module and of a camera, and a "
+                      "listener.");
+    }
+    const auto& link = *connection->fPrivate;
+    robaxi::Target target = link.fTarget;
+    target.fModule = module;
+    auto implementation = std::make_shared<Private>();
+    implementation->fClient = std::make_shared<robaxi::FrameClient>(
+        link.fRuntime, link.fLink, std::move(target), stream, listener);
+    implementation->fConnection = std::move(connection);
+    boost::shared_ptr<KVFrameStream> result(new KVFrameStream(implementation));
+    implementation->fClient->start();
+    return result;
+}
+
+KVFrameStream::KVFrameStream(std::shared_ptr<Private> implementation)
+    : fPrivate(std::move(implementation)) {
+}
+
+KVFrameStream::~KVFrameStream() {
+    stop();
+}
+
+void KVFrameStream::stop() {
+    fPrivate->fClient->stop();
+}

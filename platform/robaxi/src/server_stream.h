@@ -1,0 +1,138 @@
+#ifndef ROBAXI_SERVER_STREAM_H
+#define ROBAXI_SERVER_STREAM_H
+
+#include "grpc_handover.h"
+#include "limits.h"
+#include "message_codec.h"
+#include "server.h"
+#include "timer_thread.h"
+#include "write_gate.h"
+
+#include <robaxi/kv_error.h>
+
+#include <grpcpp/grpcpp.h>
+
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace robaxi {
+
+/**
+ * What the robot's ends of all streams beside the session have in common.
+ *
+ * It reads requests until the client has no more, and ends with the client, the session, the module
+ * or the stream's own last update. The server keeps it until OnDone().
+ */
+template <class Request, class Update>
+class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public SideStream {
+  public:
+    ServerStream(const ServerStream&) = delete;
+    ServerStream& operator=(const ServerStream&) = delete;
+
+    void start() {
+        giveToGrpc(&fContext);
+        xRead();
+        // A stream on which nobody says what he wants is ended like a silent session.
+        fPump.startAt(TimerThread::Clock::now() +
+                      limits::a_heartbeatPeriod * limits::a_silentHeartbeatsOfClient);
+    }
+
+    void cancel() final { fContext->TryCancel(); }
+
+    void moduleRemoved(const std::string& name) final {
+        {
+            const std::lock_guard lock(fMutex);
+            if (fModule != name) {
+                return;
+            }
+        }
+        xEnd(KVError::Cause::NoSuchModule, "the robot has ended it");
+    }
+
+    void OnReadDone(bool ok) final {
+        const GrpcReaction reaction(this);
+        takeFromGrpc(&fRequest);
+        if (!ok) {
+            xFinishWhen(fGate.close());
+            return;
+        }
+        xHandle();
+        xWake();
+        xRead();
+    }
+
+    void OnCancel() final {
+        const GrpcReaction reaction(this);
+        takeFromGrpc(&fContext);
+        xFinishWhen(fGate.close());
+    }
+
+    void OnDone() final {
+        takeFromGrpc(this);
+        xLeave();
+        fPump.stop();
+        fServer.streamEnded(this);
+    }
+
+  protected:
+    ServerStream(Server& server, grpc::CallbackServerContext* context)
+        : fServer(server), fContext(context), fPump(server.timers(), [this] { xPump(); }) {}
+
+    /** Deals with fRequest. */
+    virtual void xHandle() = 0;
+    /** Sends if there is something; on the timer thread. */
+    virtual void xPump() = 0;
+    /** Watches and observes nothing any more. */
+    virtual void xLeave() = 0;
+
+    void xWake() { fPump.startAt(TimerThread::Clock::now()); }
+
+    /** Makes the reason for the end the last update. */
+    void xEnd(KVError::Cause cause, const std::string& text) {
+        {
+            const std::lock_guard lock(fMutex);
+            if (!fEnding) {
+                encodeError(cause, text, &fEnding.emplace());
+            }
+        }
+        xWake();
+    }
+
+    void xFinishWhen(bool now) {
+        if (now) {
+            giveToGrpc(this);
+            this->Finish(grpc::Status::OK);
+        }
+    }
+
+    void xStartWrite() {
+        giveToGrpc(&fUpdate);
+        this->StartWrite(&fUpdate);
+    }
+
+    Server& fServer;
+    Request fRequest;
+    Update fUpdate;
+    WriteGate fGate;
+
+    std::mutex fMutex;
+    std::string fModule;
+    std::optional<v1::Error> fEnding;
+
+  private:
+    void xRead() {
+        giveToGrpc(&fRequest);
+        this->StartRead(&fRequest);
+    }
+
+    grpc::CallbackServerContext* const fContext;
+
+  protected:
+    Timer fPump;  // stops before the rest goes
+};
+
+}  // namespace robaxi
+
+#endif

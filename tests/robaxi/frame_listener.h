@@ -1,0 +1,50 @@
+#ifndef OBVISTA_TESTS_ROBAXI_FRAME_LISTENER_H
+#define OBVISTA_TESTS_ROBAXI_FRAME_LISTENER_H
+
+#include <robaxi/kv_frame_stream.h>
+
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+namespace robaxi_test {
+
+/** Keeps what a watched camera delivers, so that a test can wait for it. */
+class FrameListener : public KVFrameStream::Listener {
+  public:
+    void frameReceived(const KVFrame& frame, std::uint64_t passedOver) override;
+    void ended(const KVError& error) override;
+
+    /** Called first in frameReceived(), without any lock. To be set before the stream. */
+    std::function<void()> fOnFrame;
+
+    bool waitUntil(const std::function<bool()>& condition);
+    bool waitForFrame(std::uint64_t number);
+    bool waitForEnd();
+
+    /** @name What came so far; only under waitUntil() or after the end */
+    ///@{
+    std::optional<KVFrame> fLast;
+    std::vector<std::uint64_t> fNumbers;
+    std::uint64_t fPassedOver = 0;
+    std::optional<KVError> fEnd;
+    ///@}
+
+    KVFrame last();
+    std::size_t count();
+
+  private:
+    std::mutex fMutex;
+    std::condition_variable fChanged;
+};
+
+/** A frame of so many bytes, each of which depends on its place and on the number. */
+KVFrame makeFrame(std::uint64_t number, std::size_t size);
+bool hasBytesOf(const KVFrame& frame, std::uint64_t number);
+
+}  // namespace robaxi_test
+
+#endif
