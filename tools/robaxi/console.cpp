@@ -2,6 +2,7 @@
 
 #include "failure.h"
 #include "safe_text.h"
+#include "write_all.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -33,19 +34,6 @@ const char* escapeSequence(Console::Paint paint) {
     return "\x1b[2m";
 }
 
-/** @return 0, or the number of the error */
-int writeAll(int descriptor, const std::string& text) {
-    std::size_t written = 0;
-    while (written < text.size()) {
-        const ssize_t count = write(descriptor, text.data() + written, text.size() - written);
-        if (count < 0 && errno != EINTR) {
-            return errno;
-        }
-        written += count > 0 ? static_cast<std::size_t>(count) : 0;
-    }
-    return 0;
-}
-
 }  // namespace
 
 Console::Console(int output, int errors)
@@ -54,6 +42,10 @@ Console::Console(int output, int errors)
 
 void Console::setColor(Color color) {
     fPaints = color == Color::Auto && isTerminalWithColors(fOutput);
+}
+
+bool Console::isTerminal() const {
+    return isatty(fOutput) != 0;
 }
 
 std::string Console::painted(Paint paint, const std::string& text) const {

@@ -19,6 +19,8 @@ class Console {
 
     /** Auto, the default, means colours on a terminal, unless NO_COLOR is set. */
     void setColor(Color color);
+    /** Whether a person reads the results directly. */
+    bool isTerminal() const;
     /** The text in a colour, or as it is. */
     std::string painted(Paint paint, const std::string& text) const;
 

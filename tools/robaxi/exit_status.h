@@ -24,6 +24,7 @@ enum class ExitStatus {
     NoDiscovery = 11,
     CannotWrite = 12,
     Internal = 13,
+    BadPicture = 14,
     ReaderGone = 141
 };
 

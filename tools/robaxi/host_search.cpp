@@ -1,6 +1,7 @@
 #include "host_search.h"
 
 #include "failure.h"
+#include "lower_case.h"
 
 #include <bonjour/bonjour_discovery.h>
 #include <robaxi/kv_broker.h>
@@ -19,14 +20,6 @@ constexpr std::chrono::milliseconds a_patienceWhenResolved(1000);
 constexpr std::chrono::milliseconds a_patience(2000);
 /** Nobody answers on the local network later; the resolver itself would go on for longer. */
 constexpr std::chrono::milliseconds a_longestLocalSearch(3000);
-
-std::string lowerCase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](char character) {
-        return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
-                                                    : character;
-    });
-    return text;
-}
 
 bool isLoopback(const std::string& address) {
     return address == "::1" || address.compare(0, 4, "127.") == 0;

@@ -1,0 +1,41 @@
+#ifndef OBVISTA_TOOLS_ROBAXI_PICTURE_PICTURE_FILE_H
+#define OBVISTA_TOOLS_ROBAXI_PICTURE_PICTURE_FILE_H
+
+#include <robaxi/kv_frame.h>
+
+#include <optional>
+#include <string>
+
+namespace robaxi_tool {
+
+/** How a picture is kept in a file. */
+enum class PictureFormat {
+    Jpeg,
+    Png,
+    Ppm,  ///< bytes of red, green and blue behind a short heading
+    Pgm   ///< bytes of grey behind a short heading
+};
+
+/** "jpeg", "png", "ppm" or "pgm"; also the ending "jpg", and capitals. */
+std::optional<PictureFormat> parsePictureFormat(const std::string& text);
+/** By the ending of a file's name. */
+std::optional<PictureFormat> pictureFormatOf(const std::string& fileName);
+
+std::string nameOf(PictureFormat format);
+/** The usual ending of a file's name, without the point. */
+std::string endingOf(PictureFormat format);
+
+/** What fits the camera's own format best: nothing is lost. */
+PictureFormat bestFormatFor(KVPixelFormat format);
+
+/**
+ * The bytes of a picture's file. A JPEG that is to stay one is kept as it came.
+ *
+ * @param frame untrusted
+ * @throws Failure BadPicture
+ */
+std::string pictureFile(const KVFrame& frame, PictureFormat format);
+
+}  // namespace robaxi_tool
+
+#endif
