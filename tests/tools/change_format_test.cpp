@@ -45,6 +45,16 @@ TEST(ChangeFormat, ForgedLinesStayOneLine) {
     }
 }
 
+TEST(ChangeFormat, ATextIsNoFormulaForASpreadsheet) {
+    EXPECT_EQ("2024-05-01T12:34:56.789012Z,'=A1,'+1,'@b\n",
+              lineOf(ChangeFormat::Csv, row("=A1", "+1", "@b")));
+    EXPECT_EQ("2024-05-01T12:34:56.789012Z,a,\"'-1,5\",\n",
+              lineOf(ChangeFormat::Csv, row("a", "-1,5", "")));
+    EXPECT_EQ("2024-05-01T12:34:56.789012Z,a,-0.5,\n",
+              lineOf(ChangeFormat::Csv, row("a", -0.5, "")))
+        << "a number stays one";
+}
+
 TEST(ChangeFormat, EveryTimeIsShown) {
     EXPECT_EQ("1970-01-01T00:00:00.000000Z", timeText(0));
     EXPECT_EQ("1969-12-31T23:59:59.999999Z", timeText(-1));

@@ -20,8 +20,8 @@ class SampleCommand : public Command {
     Words words() const override { return {"HOST [WORD...]", 1, 3}; }
     std::string explanation() const override { return "It explains.\n"; }
     void addOptions(po::options_description& options) override {
-        addNumber(options, "count", &fCount, 5, 1, 10, "how many");
-        addNumber(options, "rate", &fRate, 0.5, 0.1, 2.0, "how often");
+        addNumber(options, "count", "N", &fCount, 5, 1, 10, "how many");
+        addNumber(options, "rate", "HZ", &fRate, 0.5, 0.1, 2.0, "how often");
         addSwitch(options, "json", &fJson, "as JSON");
     }
     ExitStatus run(const std::vector<std::string>&, Surroundings&) override {
@@ -108,7 +108,7 @@ TEST(CommandLine, TheHelpOfACommandShowsItsUseAndOptions) {
     const std::string help = helpText(command);
     EXPECT_EQ(0U, help.find("Usage: robaxi sample [OPTION]... HOST [WORD...]\nDoes something.\n\n"
                             "It explains.\n\nOptions:\n"));
-    for (const char* option : {"--count arg (=5)", "--rate arg (=0.5)", "--json", "--color"}) {
+    for (const char* option : {"--count N (=5)", "--rate HZ (=0.5)", "--json", "--color"}) {
         EXPECT_THAT(help, HasSubstr(option));
     }
 }

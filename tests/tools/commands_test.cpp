@@ -1,8 +1,14 @@
 // The commands against a robot in another process.
 #include "robot_process.h"
 #include "silent_server.h"
+#include "test_broker.h"
 #include "tool_process.h"
 
+#include <robaxi/kv_broker.h>
+#include <robaxi/kv_error.h>
+#include <robaxi/kv_module.h>
+
+#include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -83,6 +89,7 @@ TEST_F(Commands, ModulesAreJsonLines) {
     }
     EXPECT_EQ(true, modules.at("KVMemory")["values"]);
     EXPECT_EQ(false, modules.at("KVLeds")["values"]);
+    EXPECT_EQ(false, modules.at("KVLeds")["cameras"]);
     EXPECT_EQ("rasta", modules.at("KVLeds")["methods"][0]["name"]);
 }
 
@@ -116,6 +123,28 @@ TEST_F(Commands, GetPrintsASingleValueAlone) {
     EXPECT_THAT(outputOf("get", {"Battery/Charging"}), MatchesRegex("(true|false)\n"));
 }
 
+TEST_F(Commands, NumbersHaveAPointInEveryLocale) {
+    ChildProcess shell({"bash", "-c",
+                        "localedef -i de_DE -f UTF-8 \"$TMPDIR/de_DE.UTF-8\" || exit 77\n"
+                        "export LOCPATH=$TMPDIR LC_ALL=de_DE.UTF-8\n"
+                        "/usr/bin/printf '%.1f\\n' 1,5\n"
+                        "\"$1\" get \"$2\" Battery/Voltage\n"
+                        "\"$1\" watch \"$2\" Battery/Voltage --csv --count 1 --rate 0.5\n"
+                        "\"$1\" ping \"$2\" --count 1 --quiet\n"
+                        "\"$1\" call \"$2\" KVLeds rasta 0.5 --json\n",
+                        "bash", toolCommand({})[0], placeOf(*fRobot)});
+    if (shell.waitForEnd() == 77) {
+        GTEST_SKIP() << "no such locale can be made here: " << shell.errors();
+    }
+    const auto lines = linesOf(shell.output());
+    ASSERT_EQ(6U, lines.size()) << shell.output() << shell.errors();
+    EXPECT_EQ("1,5", lines[0]) << "the locale is another one";
+    EXPECT_THAT(lines[1], MatchesRegex("[0-9]+\\.[0-9]+"));
+    EXPECT_THAT(lines[3], MatchesRegex("[^,]+,Battery/Voltage,[0-9]+\\.[0-9]+,V"));
+    EXPECT_THAT(lines[4], MatchesRegex("1 round trip in ms: min [0-9]+\\.[0-9]+, .*"));
+    EXPECT_EQ("null", lines[5]);
+}
+
 TEST_F(Commands, GetPrintsSeveralValuesWithTheirKeys) {
     const auto lines = linesOf(outputOf("get", {"Battery/Charge", "Joint/*/Position"}));
     ASSERT_GT(lines.size(), 10U);
@@ -136,6 +165,29 @@ TEST_F(Commands, GetNamesTheKeyThatIsMissing) {
     expectFailure(8, "no key named Nosuch", run("get", {"Nosuch"}));
     expectFailure(8, "No key matches 'Nosuch/*'", run("get", {"Nosuch/*"}));
     expectFailure(8, "no module named Other", run("get", {"--module", "Other", "Battery/Charge"}));
+}
+
+// A key may go between the list of keys and the question for its value.
+TEST_F(Commands, GetLeavesOutAKeyOfAPatternThatIsGone) {
+    const auto memory = boost::make_shared<KVModule>("KVMemory", "Values that come and go.");
+    memory->bindMethod({"getDataList", "", ""}, {KVValue::Type::String},
+                       [](const KVValue::List& /*arguments*/) {
+                           return KVValue::List{"a", "gone", "z"};
+                       });
+    memory->bindMethod({"getData", "", ""}, {KVValue::Type::String},
+                       [](const KVValue::List& arguments) -> KVValue {
+                           if (arguments[0].toString() == "gone") {
+                               throw KVError(KVError::Cause::InvalidArgument, "It is gone.");
+                           }
+                           return 1;
+                       });
+    const auto broker = createTestBroker("forgetful");
+    broker->addModule(memory);
+    const std::string place = "127.0.0.1:" + std::to_string(broker->getPort());
+    const ToolResult all = runTool({"get", place, "*"});
+    EXPECT_EQ("a 1\nz 1\n", all.fOutput);
+    EXPECT_EQ(0, all.fStatus);
+    expectFailure(8, "It is gone.", runTool({"get", place, "gone"}));
 }
 
 TEST_F(Commands, SetWritesOrSaysWhyNot) {
@@ -202,6 +254,29 @@ TEST_F(Commands, ResultsThatCannotBeWrittenAreNotLostSilently) {
     EXPECT_THAT(shell.errors(), HasSubstr("The results cannot be written: No space left"));
 }
 
+// Otherwise a connection gets the number of standard output, and results go to the robot.
+TEST_F(Commands, AClosedStandardOutputStaysClosed) {
+    ChildProcess shell({"bash", "-c", "\"$@\" >&- <&-", "bash", toolCommand({})[0], "get",
+                        placeOf(*fRobot), "Battery/Charge"});
+    EXPECT_EQ(12, shell.waitForEnd());
+    EXPECT_THAT(shell.errors(), HasSubstr("The results cannot be written: Bad file descriptor"));
+}
+
+TEST_F(Commands, ASlowReaderGetsEveryByteAlthoughThePipeDoesNotBlock) {
+    ChildProcess shell({"python3", "-c",
+                        "import os, subprocess, sys\n"
+                        "reading, writing = os.pipe()\n"
+                        "os.set_blocking(writing, False)\n"
+                        "tool = subprocess.Popen(sys.argv[1:], stdout=writing)\n"
+                        "os.close(writing)\n"
+                        "lines = open(reading).read().splitlines()\n"
+                        "print(len(lines), tool.wait())\n",
+                        toolCommand({})[0], "watch", placeOf(*fRobot), "*", "--json", "--count",
+                        "20000", "--rate", "1000"});
+    EXPECT_EQ(0, shell.waitForEnd());
+    EXPECT_EQ("20000 0\n", shell.output()) << shell.errors();
+}
+
 TEST_F(Commands, PingShowsEachRoundTripAndTheirStatistics) {
     const auto lines = linesOf(outputOf("ping", {"--count", "3", "--interval", "0.01"}));
     ASSERT_EQ(5U, lines.size());
@@ -219,6 +294,15 @@ TEST_F(Commands, PingStatisticsAreOneJsonObject) {
     EXPECT_LE(statistics["min_ms"], statistics["median_ms"]);
     EXPECT_LE(statistics["median_ms"], statistics["p99_ms"]);
     EXPECT_LE(statistics["p99_ms"], statistics["max_ms"]);
+}
+
+TEST_F(Commands, PingShowsItsStatisticsWhenTheRobotIsLost) {
+    RobotProcess robot;
+    ChildProcess ping(toolCommand({"ping", placeOf(robot), "--count", "100000"}));
+    ASSERT_TRUE(ping.waitForOutput("2: "));
+    robot.kill();
+    EXPECT_EQ(10, ping.waitForEnd());
+    EXPECT_THAT(ping.output(), HasSubstr(" round trips in ms: min "));
 }
 
 TEST_F(Commands, PingShowsItsStatisticsWhenItIsInterrupted) {
@@ -295,6 +379,18 @@ TEST_F(Commands, ThisComputerGoesByItsName) {
     const ToolResult result =
         runTool({"get", "localhost:" + std::to_string(fRobot->port()), "Battery/Charge"});
     EXPECT_EQ(0, result.fStatus) << result.fErrors;
+}
+
+TEST_F(Commands, AnIpv6AddressWithItsPortIsReached) {
+    const std::string port = std::to_string(freePort());
+    ChildProcess robot({RobotProcess::program(), "--name", "sixth", "--address", "::1", "--port",
+                        port, "--http-port", "0", "--no-announce"});
+    ASSERT_TRUE(robot.waitForOutput("listens on ")) << robot.errors();
+    const ToolResult result = runTool({"ping", "[::1]:" + port, "--count", "1"});
+    EXPECT_EQ(0, result.fStatus) << result.fErrors;
+    EXPECT_THAT(result.fOutput, StartsWith("[::1]:" + port + " answers as sixth\n"));
+    expectFailure(2, "an IPv6 address with a port is written [IPv6]:PORT",
+                  runTool({"ping", "fe80::1:x"}));
 }
 
 TEST_F(Commands, ANameThatNobodyKnowsIsTold) {

@@ -26,8 +26,10 @@ std::string jsonOfChange(const ChangeRow& row) {
 }
 
 std::string csvLine(const ChangeRow& row) {
-    return timeText(row.fTime) + ',' + csvField(row.fKey) + ',' + csvField(valueText(row.fValue)) +
-           ',' + csvField(row.fUnit) + '\n';
+    const bool isText = row.fValue.type() == KVValue::Type::String;
+    return timeText(row.fTime) + ',' + csvText(row.fKey) + ',' +
+           (isText ? csvText(row.fValue.toString()) : csvField(valueText(row.fValue))) + ',' +
+           csvText(row.fUnit) + '\n';
 }
 
 }  // namespace

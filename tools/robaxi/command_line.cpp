@@ -18,6 +18,7 @@ namespace {
 
 constexpr const char* a_words = "words";
 constexpr unsigned a_lineLength = 100;
+constexpr int a_nameWidth = 10;
 
 using Arguments = std::vector<std::string>;
 
@@ -53,7 +54,7 @@ po::options_description describedOptions(Command& command) {
     command.addOptions(options);
     // clang-format off
     options.add_options()
-        ("color", po::value<std::string>()->default_value("auto"),
+        ("color", po::value<std::string>()->value_name("WHEN")->default_value("auto"),
          "'auto': colours on a terminal, unless NO_COLOR is set; 'never'")
         ("help,h", "print this text and end");
     // clang-format on
@@ -134,7 +135,8 @@ std::string generalHelpText() {
     text << "Usage: robaxi COMMAND [OPTION]... [WORD]...\n"
             "Looks for robots that run the Robaxi middleware, and talks to them.\n\nCommands:\n";
     for (const auto& command : makeCommands()) {
-        text << "  " << std::left << std::setw(10) << command->name() << command->summary() << '\n';
+        text << "  " << std::left << std::setw(a_nameWidth) << command->name() << command->summary()
+             << '\n';
     }
     text << "\n'robaxi COMMAND --help' says more about each. 'robaxi --version' prints the "
             "version.\n\n"

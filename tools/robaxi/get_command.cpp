@@ -6,37 +6,56 @@
 #include "value_text.h"
 
 #include <algorithm>
-#include <iterator>
+#include <optional>
 
 namespace robaxi_tool {
 
 namespace {
 
+struct AskedKey {
+    std::string fName;
+    bool fIsOfPattern;
+};
+
 void addMatching(const std::string& pattern, const std::vector<std::string>& keys,
-                 std::vector<std::string>& expanded) {
+                 std::vector<AskedKey>& expanded) {
     const std::size_t before = expanded.size();
-    std::copy_if(keys.begin(), keys.end(), std::back_inserter(expanded),
-                 [&](const std::string& key) { return matchesKey(pattern, key); });
+    for (const std::string& key : keys) {
+        if (matchesKey(pattern, key)) {
+            expanded.push_back({key, true});
+        }
+    }
     if (expanded.size() == before) {
         throw Failure(ExitStatus::NotOffered, "No key matches '" + pattern + "'.");
     }
 }
 
 /** Replaces patterns by the keys that they match. */
-std::vector<std::string> expandedKeys(MemoryModule& memory, const std::vector<std::string>& given) {
-    if (std::none_of(given.begin(), given.end(), isPattern)) {
-        return given;
-    }
-    const std::vector<std::string> keys = memory.keys();
-    std::vector<std::string> expanded;
+std::vector<AskedKey> expandedKeys(MemoryModule& memory, const std::vector<std::string>& given) {
+    const std::vector<std::string> keys = std::any_of(given.begin(), given.end(), isPattern)
+                                              ? memory.keys()
+                                              : std::vector<std::string>();
+    std::vector<AskedKey> expanded;
     for (const std::string& word : given) {
         if (isPattern(word)) {
             addMatching(word, keys, expanded);
         } else {
-            expanded.push_back(word);
+            expanded.push_back({word, false});
         }
     }
     return expanded;
+}
+
+/** @return nothing when a key that a pattern has matched is gone again */
+std::optional<KVValue> valueOf(MemoryModule& memory, const AskedKey& key) {
+    try {
+        return memory.value(key.fName);
+    } catch (const KVError& error) {
+        if (key.fIsOfPattern && error.cause() == KVError::Cause::InvalidArgument) {
+            return std::nullopt;
+        }
+        throw;
+    }
 }
 
 class GetCommand : public Command {
@@ -61,14 +80,17 @@ class GetCommand : public Command {
         MemoryModule memory(link, fModule);
         const bool isSingle = given.size() == 2 && !isPattern(given[1]);
         Json all = Json::object();
-        for (const std::string& key : expandedKeys(memory, {given.begin() + 1, given.end()})) {
+        for (const AskedKey& key : expandedKeys(memory, {given.begin() + 1, given.end()})) {
             surroundings.fInterruption.check();
-            const KVValue value = memory.value(key);
+            const std::optional<KVValue> value = valueOf(memory, key);
+            if (!value) {
+                continue;
+            }
             if (fJson) {
-                all[key] = valueJson(value);
+                all[key.fName] = valueJson(*value);
             } else {
-                surroundings.fConsole.print((isSingle ? "" : oneLine(key) + ' ') +
-                                            valueText(value) + '\n');
+                surroundings.fConsole.print((isSingle ? "" : oneLine(key.fName) + ' ') +
+                                            valueText(*value) + '\n');
             }
         }
         if (fJson) {

@@ -102,7 +102,7 @@ class ListCommand : public Command {
 
     void addOptions(po::options_description& options) override {
         addSwitch(options, "json", &fJson, "print one JSON object a line");
-        addNumber(options, "timeout", &fTimeout, a_defaultTimeout, 1, a_longestTimeout,
+        addNumber(options, "timeout", "S", &fTimeout, a_defaultTimeout, 1, a_longestTimeout,
                   "seconds after which the list ends in any case");
     }
 

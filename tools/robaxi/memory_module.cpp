@@ -23,8 +23,7 @@ void MemoryModule::setValue(const std::string& key, const KVValue& value) {
 }
 
 void addMemoryModule(po::options_description& options, std::string* name) {
-    options.add_options()("module", po::value<std::string>(name)->default_value("KVMemory"),
-                          "the module that keeps the values");
+    addText(options, "module", "NAME", name, "KVMemory", "the module that keeps the values");
 }
 
 }  // namespace robaxi_tool

@@ -10,7 +10,8 @@ namespace {
 
 std::string moduleText(const KVModuleInfo& module) {
     std::string text = oneLine(module.fName) + ": " + oneLine(module.fDescription) +
-                       (module.fHasValues ? " Its values can be watched." : "") + '\n';
+                       (module.fHasValues ? " Its values can be watched." : "") +
+                       (module.fHasFrames ? " Its cameras can be watched." : "") + '\n';
     for (const KVMethodInfo& method : module.fMethods) {
         const std::string& shown = method.fSignature.empty() ? method.fName : method.fSignature;
         text += "  " + oneLine(shown) + '\n';
@@ -31,6 +32,7 @@ Json moduleJson(const KVModuleInfo& module) {
     return {{"name", module.fName},
             {"description", module.fDescription},
             {"values", module.fHasValues},
+            {"cameras", module.fHasFrames},
             {"methods", methods}};
 }
 
@@ -39,7 +41,11 @@ class ModulesCommand : public Command {
     std::string name() const override { return "modules"; }
     std::string summary() const override { return "shows a robot's modules and their methods"; }
     Words words() const override { return {"HOST", 1, 1}; }
-    std::string explanation() const override { return {}; }
+    std::string explanation() const override {
+        return "A module is a line with its name and what it is; its methods follow, as 'robaxi\n"
+               "call' takes them. 'robaxi watch' shows values, 'robaxi snapshot' what a camera\n"
+               "sees.\n";
+    }
 
     void addOptions(po::options_description& options) override {
         addSwitch(options, "json", &fJson, "print one JSON object a line, one for each module");

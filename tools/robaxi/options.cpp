@@ -21,8 +21,9 @@ std::string shown(Number number) {
 }
 
 template <class Number>
-void addAnyNumber(po::options_description& options, const char* name, Number* value,
-                  Number standard, Number lowest, Number highest, const char* description) {
+void addAnyNumber(po::options_description& options, const char* name, const char* word,
+                  Number* value, Number standard, Number lowest, Number highest,
+                  const char* description) {
     const std::string option = name;
     const auto check = [option, lowest, highest](Number number) {
         // Written so that not-a-number is refused.
@@ -31,21 +32,36 @@ void addAnyNumber(po::options_description& options, const char* name, Number* va
                              ", not " + shown(number));
         }
     };
-    options.add_options()(
-        name, po::value<Number>(value)->default_value(standard, shown(standard))->notifier(check),
-        description);
+    options.add_options()(name,
+                          po::value<Number>(value)
+                              ->value_name(word)
+                              ->default_value(standard, shown(standard))
+                              ->notifier(check),
+                          description);
 }
 
 }  // namespace
 
-void addNumber(po::options_description& options, const char* name, int* value, int standard,
-               int lowest, int highest, const char* description) {
-    addAnyNumber(options, name, value, standard, lowest, highest, description);
+void addNumber(po::options_description& options, const char* name, const char* word, int* value,
+               int standard, int lowest, int highest, const char* description) {
+    addAnyNumber(options, name, word, value, standard, lowest, highest, description);
 }
 
-void addNumber(po::options_description& options, const char* name, double* value, double standard,
-               double lowest, double highest, const char* description) {
-    addAnyNumber(options, name, value, standard, lowest, highest, description);
+void addNumber(po::options_description& options, const char* name, const char* word, double* value,
+               double standard, double lowest, double highest, const char* description) {
+    addAnyNumber(options, name, word, value, standard, lowest, highest, description);
+}
+
+void addText(po::options_description& options, const char* name, const char* word,
+             std::string* value, const char* description) {
+    options.add_options()(name, po::value<std::string>(value)->value_name(word), description);
+}
+
+void addText(po::options_description& options, const char* name, const char* word,
+             std::string* value, const std::string& standard, const char* description) {
+    options.add_options()(name,
+                          po::value<std::string>(value)->value_name(word)->default_value(standard),
+                          description);
 }
 
 void addSwitch(po::options_description& options, const char* name, bool* value,
@@ -54,7 +70,7 @@ void addSwitch(po::options_description& options, const char* name, bool* value,
 }
 
 void addTimeout(po::options_description& options, int* value) {
-    addNumber(options, "timeout", value, a_defaultTimeout, 1, a_longestTimeout,
+    addNumber(options, "timeout", "S", value, a_defaultTimeout, 1, a_longestTimeout,
               "seconds within which the robot must answer");
 }
 

@@ -35,10 +35,11 @@ double rounded(double time) {
 }
 
 std::string statisticsText(std::size_t count, const RoundTripStatistics& statistics) {
-    return std::to_string(count) + " round trips in ms: min " + milliseconds(statistics.fMinimum) +
-           ", mean " + milliseconds(statistics.fMean) + ", median " +
-           milliseconds(statistics.fMedian) + ", p99 " + milliseconds(statistics.fPercentile99) +
-           ", max " + milliseconds(statistics.fMaximum) + '\n';
+    return std::to_string(count) + (count == 1 ? " round trip" : " round trips") + " in ms: min " +
+           milliseconds(statistics.fMinimum) + ", mean " + milliseconds(statistics.fMean) +
+           ", median " + milliseconds(statistics.fMedian) + ", p99 " +
+           milliseconds(statistics.fPercentile99) + ", max " + milliseconds(statistics.fMaximum) +
+           '\n';
 }
 
 std::string statisticsJson(std::size_t count, const RoundTripStatistics& statistics) {
@@ -85,13 +86,13 @@ class PingCommand : public Command {
     std::string explanation() const override {
         return "A round trip is a small question to the robot's middleware and its answer, over\n"
                "one connection that stands already. The statistics also come when it is ended\n"
-               "with Ctrl-C.\n";
+               "with Ctrl-C, or by the loss of the robot.\n";
     }
 
     void addOptions(po::options_description& options) override {
-        addNumber(options, "count", &fCount, a_defaultCount, 1, a_mostRoundTrips,
+        addNumber(options, "count", "N", &fCount, a_defaultCount, 1, a_mostRoundTrips,
                   "number of round trips");
-        addNumber(options, "interval", &fInterval, a_defaultInterval, 0.0, a_longestInterval,
+        addNumber(options, "interval", "S", &fInterval, a_defaultInterval, 0.0, a_longestInterval,
                   "seconds from the start of one to the start of the next");
         addSwitch(options, "quiet", &fQuiet, "print the statistics only");
         addSwitch(options, "json", &fJson, "print the statistics only, as a JSON object");
@@ -109,7 +110,9 @@ class PingCommand : public Command {
         std::vector<double> times;
         try {
             xMeasure(link, surroundings, times);
-        } catch (const Interrupted&) {
+        } catch (const ReaderGone&) {
+            throw;
+        } catch (const std::exception&) {  // the user's wish to end, or the robot's
             xPrintStatistics(console, times);
             throw;
         }

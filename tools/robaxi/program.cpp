@@ -6,7 +6,7 @@
 #include "signal_watcher.h"
 
 #include <algorithm>
-#include <csignal>
+#include <fcntl.h>
 #include <memory>
 #include <unistd.h>
 
@@ -58,6 +58,18 @@ ExitStatus runFirstWord(const Arguments& arguments, Surroundings& surroundings) 
     }
 }
 
+/**
+ * Occupies the standard descriptors that whoever started the program has closed, so that no
+ * connection gets such a number and results go into it. Writing to them fails, as it has to.
+ */
+void keepStandardDescriptors() {
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(descriptor, F_GETFD) < 0) {
+            open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
+
 }  // namespace
 
 int runArguments(const Arguments& arguments, Surroundings surroundings) {
@@ -84,6 +96,7 @@ int runArguments(const Arguments& arguments, Surroundings surroundings) {
 }
 
 int runProgram(int argc, char** argv) {
+    keepStandardDescriptors();
     Interruption interruption;
     const SignalWatcher signals(interruption);
     Console console(STDOUT_FILENO, STDERR_FILENO);

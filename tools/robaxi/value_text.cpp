@@ -75,6 +75,12 @@ std::string floatText(double number) {
     return dumped(number, false);
 }
 
+/** Programs that read CSV may drop blanks around a field. */
+bool needsQuotes(const std::string& text) {
+    return text.find_first_of(",\"") != std::string::npos ||
+           (!text.empty() && (text.front() == ' ' || text.back() == ' '));
+}
+
 }  // namespace
 
 std::string valueText(const KVValue& value) {
@@ -100,7 +106,7 @@ std::string jsonLine(const Json& json) {
 
 std::string csvField(const std::string& text) {
     std::string safe = oneLine(text);
-    if (safe.find_first_of(",\"") == std::string::npos) {
+    if (!needsQuotes(safe)) {
         return safe;
     }
     std::string quoted = "\"";
@@ -108,6 +114,12 @@ std::string csvField(const std::string& text) {
         quoted.append(character == '"' ? 2 : 1, character);
     }
     return quoted + '"';
+}
+
+std::string csvText(const std::string& text) {
+    const bool looksLikeFormula =
+        !text.empty() && std::string("=+-@").find(text.front()) != std::string::npos;
+    return csvField(looksLikeFormula ? '\'' + text : text);
 }
 
 }  // namespace robaxi_tool

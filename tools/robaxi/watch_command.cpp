@@ -77,9 +77,9 @@ class WatchCommand : public Command {
     }
 
     void addOptions(po::options_description& options) override {
-        addNumber(options, "rate", &fRate, a_defaultRate, a_lowestRate, a_highestRate,
+        addNumber(options, "rate", "HZ", &fRate, a_defaultRate, a_lowestRate, a_highestRate,
                   "most updates of a key in a second; between two only the newest value counts");
-        addNumber(options, "count", &fCount, 0, 0, std::numeric_limits<int>::max(),
+        addNumber(options, "count", "N", &fCount, 0, 0, std::numeric_limits<int>::max(),
                   "end after so many lines; 0 means never");
         addSwitch(options, "json", &fJson, "print one JSON object a line");
         addSwitch(options, "csv", &fCsv, "print comma-separated values below a heading");
