@@ -1,53 +1,18 @@
 #include "memory_robot.h"
 #include "viewer_driver.h"
 
-#include <robaxi/kv_error.h>
-
-#include <QDir>
 #include <QDockWidget>
-#include <QElapsedTimer>
-#include <QEventLoop>
 #include <QLabel>
 #include <QMainWindow>
-#include <QPointer>
 #include <QSignalSpy>
-#include <QTcpServer>
 #include <QTreeView>
 #include <QtTest>
 #include <qt_test_main.h>
 
-#include <child_process.h>
-#include <loss_witness.h>
 #include <memory>
-#include <robot_process.h>
-#include <sockets.h>
 #include <widget_interface.h>
 
 using namespace obvista_test;
-
-namespace {
-
-constexpr int a_firstBrokerPort = 54010;
-
-/** A dock that refuses to be closed. */
-class StubbornDock : public QDockWidget {
-  public:
-    using QDockWidget::QDockWidget;
-
-  protected:
-    void closeEvent(QCloseEvent* event) override { event->ignore(); }
-};
-
-KVError::Cause causeOfFailure(ViewerDriver& viewer, int port) {
-    try {
-        viewer.createWidget(port);
-    } catch (const KVError& error) {
-        return error.cause();
-    }
-    return KVError::Cause::Internal;
-}
-
-}  // namespace
 
 class PluginTest : public QObject {
     Q_OBJECT
@@ -56,7 +21,6 @@ class PluginTest : public QObject {
     void init();
     void cleanup();
 
-    void needsARobot();
     void showsTheKeysWithLiveValues();
     void showsKeysThatComeAndGo();
     void showsRobotAddressAndKeysInTheStatusLine();
@@ -64,39 +28,8 @@ class PluginTest : public QObject {
     void saysWhyARobotGivesNoValues();
     void showsTextsOfTheRobotAsPlainText();
     void canBeReadByAScreenReader();
-
-    void takesTheFirstFreePort();
-    void takesTheGivenPortOnLoopbackOnly();
-    void refusesAGivenPortInUse();
-    void refusesAPortOutOfRange_data();
-    void refusesAPortOutOfRange();
-    void closesItsPortWithTheLastWidget();
-
-    void throwsWhenNothingListens();
-    void throwsWithinTheBoundWhenNothingAnswers();
-    void leavesNothingBehindWhenItFails();
-    void connectsAfterAFailure();
-
-    void reportsALossOnce();
-    void reportsARobotThatIsKilled();
-    void reportsARobotThatFallsSilent();
-    void survivesItsDeletionInsideTheReport();
-    void survivesTheWidgetsDeletionInsideTheReport();
-    void reportsTheLossesOfTwoRobotsWhileADialogIsOpen();
     void saysThatTheRobotIsLostAndKeepsItsValues();
-
-    void isSilentAfterThePluginIsDeleted();
-    void isSilentWhenThePluginIsDeletedWithALossUnderWay();
-    void closesEveryWidgetOfADeletedPlugin();
-    void servesSeveralWidgetsOfOneObject();
-    void endsItsConnectionWithItsDock();
-    void isSilentWhenItsDockIsClosedWithALossUnderWay();
-    void keepsItsConnectionWhenItsDockIsNotClosedAfterAll();
-    void reportsALossThatADockHeldBack();
-    void forgetsALossThatADockHeldBackWhenThePluginIsDeleted();
     void keepsItsConnectionWhenHidden();
-    void followsTheDockItIsMovedTo();
-    void endsItsConnectionWhenDeleted();
 
   private:
     std::unique_ptr<MemoryRobot> fRobot;
@@ -114,10 +47,6 @@ void PluginTest::init() {
 void PluginTest::cleanup() {
     fViewer.reset();
     fRobot.reset();
-}
-
-void PluginTest::needsARobot() {
-    QVERIFY(fViewer->plugin()->needsRobotConnection());
 }
 
 void PluginTest::showsTheKeysWithLiveValues() {
@@ -204,188 +133,6 @@ void PluginTest::canBeReadByAScreenReader() {
     QCOMPARE(widget->focusProxy(), static_cast<QWidget*>(widget->findChild<QTreeView*>()));
 }
 
-void PluginTest::takesTheFirstFreePort() {
-    const int first = firstFreePortFrom(a_firstBrokerPort);
-    fViewer->createWidget(fRobot->port());
-    QCOMPARE(listeningAddresses(first).size(), 1);
-
-    const int second = firstFreePortFrom(a_firstBrokerPort);
-    QVERIFY(second > first);
-    ChildProcess other(viewerProcess("widget-live", fRobot->port()));
-    QVERIFY2(other.waitForOutput("ready\n"), other.errors().c_str());
-    QCOMPARE(listeningAddresses(second).size(), 1);
-}
-
-void PluginTest::takesTheGivenPortOnLoopbackOnly() {
-    fViewer->plugin()->brokerPort = freePort();
-    fViewer->createWidget(fRobot->port());
-    const QStringList addresses = listeningAddresses(fViewer->plugin()->brokerPort);
-    QCOMPARE(addresses.size(), 1);
-    const QStringList loopback{QStringLiteral("0100007F"),
-                               QStringLiteral("0000000000000000FFFF00000100007F")};
-    QVERIFY2(loopback.contains(addresses.first()), qPrintable(addresses.first()));
-}
-
-void PluginTest::refusesAGivenPortInUse() {
-    QTcpServer occupant;
-    QVERIFY(occupant.listen(QHostAddress::LocalHost));
-    fViewer->plugin()->brokerPort = occupant.serverPort();
-    QCOMPARE(causeOfFailure(*fViewer, fRobot->port()), KVError::Cause::AddressInUse);
-
-    MemoryRobot broker;
-    fViewer->plugin()->brokerPort = broker.port();
-    QCOMPARE(causeOfFailure(*fViewer, fRobot->port()), KVError::Cause::AddressInUse);
-}
-
-void PluginTest::refusesAPortOutOfRange_data() {
-    QTest::addColumn<int>("port");
-    QTest::newRow("negative") << -1;
-    QTest::newRow("one too large") << 65536;
-    QTest::newRow("would be 80 when cut to 16 bits") << 65616;
-}
-
-void PluginTest::refusesAPortOutOfRange() {
-    QFETCH(int, port);
-    fViewer->plugin()->brokerPort = port;
-    QCOMPARE(causeOfFailure(*fViewer, fRobot->port()), KVError::Cause::InvalidArgument);
-}
-
-void PluginTest::closesItsPortWithTheLastWidget() {
-    fViewer->plugin()->brokerPort = freePort();
-    std::unique_ptr<QWidget> first(fViewer->createWidget(fRobot->port()));
-    std::unique_ptr<QWidget> second(fViewer->createWidget(fRobot->port()));
-    first.reset();
-    QCOMPARE(listeningAddresses(fViewer->plugin()->brokerPort).size(), 1);
-    second.reset();
-    QCOMPARE(listeningAddresses(fViewer->plugin()->brokerPort), QStringList());
-}
-
-void PluginTest::throwsWhenNothingListens() {
-    QCOMPARE(causeOfFailure(*fViewer, freePort()), KVError::Cause::Refused);
-    QCOMPARE(causeOfFailure(*fViewer, 0), KVError::Cause::InvalidArgument);
-}
-
-void PluginTest::throwsWithinTheBoundWhenNothingAnswers() {
-    QTcpServer mute;
-    QVERIFY(mute.listen(QHostAddress::LocalHost));
-    QElapsedTimer time;
-    time.start();
-    QCOMPARE(causeOfFailure(*fViewer, mute.serverPort()), KVError::Cause::TimedOut);
-    QVERIFY2(time.elapsed() < 4000, qPrintable(QString::number(time.elapsed())));
-}
-
-void PluginTest::leavesNothingBehindWhenItFails() {
-    fViewer->plugin()->brokerPort = freePort();
-    const auto threadCount = [] {
-        return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs).size();
-    };
-    const int nobody = freePort();
-    // The middleware's own pool of threads starts with the first use.
-    causeOfFailure(*fViewer, nobody);
-    const int threads = threadCount();
-    const auto children = fViewer->window().children();
-    for (int i = 0; i < 5; ++i) {
-        QCOMPARE(causeOfFailure(*fViewer, nobody), KVError::Cause::Refused);
-    }
-    QTRY_VERIFY(threadCount() <= threads);
-    QCOMPARE(fViewer->window().children(), children);
-    QCOMPARE(listeningAddresses(fViewer->plugin()->brokerPort), QStringList());
-}
-
-void PluginTest::connectsAfterAFailure() {
-    QCOMPARE(causeOfFailure(*fViewer, freePort()), KVError::Cause::Refused);
-    QWidget* widget = fViewer->createWidget(fRobot->port());
-    QTRY_COMPARE(valueOf(widget, "Uptime"), QStringLiteral("7"));
-}
-
-void PluginTest::reportsALossOnce() {
-    QWidget* widget = fViewer->createWidget(fRobot->port());
-    QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
-    QTRY_VERIFY(indexOf(widget, "Uptime").isValid());
-    QCOMPARE(lost.size(), 0);
-    fRobot->stop();
-    QTRY_COMPARE(lost.size(), 1);
-    QCOMPARE(lost.at(0).at(0).value<WidgetInterface*>(), fViewer->plugin());
-    fViewer->letTimePass();
-    QCOMPARE(lost.size(), 1);
-}
-
-void PluginTest::reportsARobotThatIsKilled() {
-    RobotProcess robot;
-    QWidget* widget = fViewer->createWidget(robot.port());
-    QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
-    QTRY_VERIFY(!valueOf(widget, "Battery/Charge").isEmpty());
-    robot.kill();
-    QTRY_COMPARE(lost.size(), 1);
-}
-
-void PluginTest::reportsARobotThatFallsSilent() {
-    RobotProcess robot;
-    QWidget* widget = fViewer->createWidget(robot.port());
-    QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
-    QTRY_VERIFY(!valueOf(widget, "Battery/Charge").isEmpty());
-    robot.suspend();
-    QTRY_COMPARE(lost.size(), 1);
-    robot.resume();
-    fViewer->letTimePass();
-    QCOMPARE(lost.size(), 1);
-    QVERIFY(statusOf(widget).endsWith(QLatin1String("robot lost")));
-}
-
-void PluginTest::survivesItsDeletionInsideTheReport() {
-    QWidget* widget = fViewer->createWidget(fRobot->port());
-    int reports = 0;
-    fViewer->onDisconnected(widget, [&](WidgetInterface* plugin) {
-        ++reports;
-        QCOMPARE(plugin, fViewer->plugin());
-        fViewer->letTimePass();  // the user looks at a dialog
-        fViewer->deletePlugin();
-    });
-    QTRY_VERIFY(indexOf(widget, "Uptime").isValid());
-    fRobot->stop();
-    QTRY_VERIFY(!fViewer->plugin());
-    fViewer->letTimePass();
-    QCOMPARE(reports, 1);
-    QCOMPARE(noticeOf(widget),
-             QStringLiteral("The robot is lost. These are the last values received."));
-}
-
-void PluginTest::survivesTheWidgetsDeletionInsideTheReport() {
-    QPointer<QWidget> widget = fViewer->createWidget(fRobot->port());
-    fViewer->onDisconnected(widget, [&](WidgetInterface*) {
-        delete widget;
-        fViewer->deletePlugin();
-    });
-    fRobot->stop();
-    QTRY_VERIFY(!fViewer->plugin());
-    QVERIFY(!widget);
-    fViewer->letTimePass();
-}
-
-void PluginTest::reportsTheLossesOfTwoRobotsWhileADialogIsOpen() {
-    MemoryRobot otherRobot("Other");
-    QWidget* first = fViewer->createWidget(fRobot->port());
-    QWidget* second = fViewer->createWidget(otherRobot.port());
-    int firstReports = 0;
-    int secondReports = 0;
-    QEventLoop dialog;
-    fViewer->onDisconnected(first, [&](WidgetInterface*) {
-        ++firstReports;
-        otherRobot.stop();
-        dialog.exec();
-        fViewer->deletePlugin();
-    });
-    fViewer->onDisconnected(second, [&](WidgetInterface*) {
-        ++secondReports;
-        dialog.quit();
-    });
-    fRobot->stop();
-    QTRY_VERIFY(!fViewer->plugin());
-    fViewer->letTimePass();
-    QCOMPARE(firstReports, 1);
-    QCOMPARE(secondReports, 1);
-}
-
 void PluginTest::saysThatTheRobotIsLostAndKeepsItsValues() {
     QWidget* widget = fViewer->createWidget(fRobot->port());
     QTRY_COMPARE(valueOf(widget, "Uptime"), QStringLiteral("7"));
@@ -395,129 +142,6 @@ void PluginTest::saysThatTheRobotIsLostAndKeepsItsValues() {
                  QStringLiteral("The robot is lost. These are the last values received."));
     QCOMPARE(valueOf(widget, "Uptime"), QStringLiteral("7"));
     QVERIFY(statusOf(widget).endsWith(QLatin1String("robot lost")));
-}
-
-void PluginTest::isSilentAfterThePluginIsDeleted() {
-    QWidget* widget = fViewer->createWidget(fRobot->port());
-    QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
-    QTRY_COMPARE(valueOf(widget, "Uptime"), QStringLiteral("7"));
-    fViewer->deletePlugin();
-    QCOMPARE(connectionsTo(fRobot->port()), 0);
-    fRobot->stop();
-    QTRY_COMPARE(noticeOf(widget),
-                 QStringLiteral("The connection is closed. These are the last values received."));
-    QVERIFY(statusOf(widget).endsWith(QLatin1String("connection closed")));
-    fViewer->letTimePass();
-    QCOMPARE(lost.size(), 0);
-}
-
-void PluginTest::isSilentWhenThePluginIsDeletedWithALossUnderWay() {
-    QWidget* widget = fViewer->createWidget(fRobot->port());
-    QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
-    QTRY_VERIFY(indexOf(widget, "Uptime").isValid());
-    LossWitness witness(fRobot->port());
-    fRobot->stop();
-    QVERIFY(witness.wait());
-    fViewer->deletePlugin();
-    fViewer->letTimePass();
-    QCOMPARE(lost.size(), 0);
-    QVERIFY(statusOf(widget).endsWith(QLatin1String("connection closed")));
-}
-
-void PluginTest::closesEveryWidgetOfADeletedPlugin() {
-    QWidget* first = fViewer->createWidget(fRobot->port());
-    QWidget* second = fViewer->createWidget(fRobot->port());
-    fViewer->deletePlugin();
-    for (QWidget* widget : {first, second}) {
-        QTRY_VERIFY(statusOf(widget).endsWith(QLatin1String("connection closed")));
-    }
-}
-
-void PluginTest::servesSeveralWidgetsOfOneObject() {
-    MemoryRobot otherRobot("Other");
-    otherRobot.set("Only/Here", 1);
-    fViewer->plugin()->brokerPort = freePort();
-    QWidget* first = fViewer->createWidget(fRobot->port());
-    QWidget* second = fViewer->createWidget(otherRobot.port());
-    QSignalSpy firstLost(first, SIGNAL(disconnected(WidgetInterface*)));
-    QSignalSpy secondLost(second, SIGNAL(disconnected(WidgetInterface*)));
-    QTRY_VERIFY(indexOf(second, "Only/Here").isValid());
-    QTRY_VERIFY(indexOf(first, "Uptime").isValid());
-    QVERIFY(!indexOf(first, "Only").isValid());
-
-    otherRobot.stop();
-    QTRY_COMPARE(secondLost.size(), 1);
-    QCOMPARE(firstLost.size(), 0);
-    fRobot->set("Uptime", 8);
-    QTRY_COMPARE(valueOf(first, "Uptime"), QStringLiteral("8"));
-}
-
-void PluginTest::endsItsConnectionWithItsDock() {
-    MemoryRobot otherRobot("Other");
-    otherRobot.set("Uptime", 1);
-    QDockWidget* firstDock = fViewer->dock(fViewer->createWidget(fRobot->port()));
-    QDockWidget* secondDock = fViewer->dock(fViewer->createWidget(otherRobot.port()));
-    QSignalSpy firstLost(firstDock->widget(), SIGNAL(disconnected(WidgetInterface*)));
-    QTRY_COMPARE(valueOf(secondDock->widget(), "Uptime"), QStringLiteral("1"));
-    QCOMPARE(connectionsTo(fRobot->port()), 1);
-
-    QVERIFY(firstDock->close());
-    QTRY_COMPARE(connectionsTo(fRobot->port()), 0);
-    QTRY_VERIFY(statusOf(firstDock->widget()).endsWith(QLatin1String("connection closed")));
-    fRobot->stop();
-    otherRobot.set("Uptime", 2);
-    QTRY_COMPARE(valueOf(secondDock->widget(), "Uptime"), QStringLiteral("2"));
-    QCOMPARE(firstLost.size(), 0);
-}
-
-void PluginTest::isSilentWhenItsDockIsClosedWithALossUnderWay() {
-    QDockWidget* dock = fViewer->dock(fViewer->createWidget(fRobot->port()));
-    QSignalSpy lost(dock->widget(), SIGNAL(disconnected(WidgetInterface*)));
-    QTRY_VERIFY(indexOf(dock->widget(), "Uptime").isValid());
-    LossWitness witness(fRobot->port());
-    fRobot->stop();
-    QVERIFY(witness.wait());
-    QVERIFY(dock->close());
-    fViewer->letTimePass();
-    QCOMPARE(lost.size(), 0);
-}
-
-void PluginTest::keepsItsConnectionWhenItsDockIsNotClosedAfterAll() {
-    StubbornDock dock(QStringLiteral("stubborn"), &fViewer->window());
-    QWidget* widget = fViewer->createWidget(fRobot->port());
-    dock.setWidget(widget);
-    fViewer->window().addDockWidget(Qt::TopDockWidgetArea, &dock);
-    QVERIFY(!dock.close());
-    fViewer->letTimePass();
-    fRobot->set("Uptime", 8);
-    QTRY_COMPARE(valueOf(widget, "Uptime"), QStringLiteral("8"));
-}
-
-void PluginTest::reportsALossThatADockHeldBack() {
-    StubbornDock dock(QStringLiteral("stubborn"), &fViewer->window());
-    QWidget* widget = fViewer->createWidget(fRobot->port());
-    QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
-    dock.setWidget(widget);
-    fViewer->window().addDockWidget(Qt::TopDockWidgetArea, &dock);
-    QTRY_VERIFY(indexOf(widget, "Uptime").isValid());
-    fRobot->stop();
-    QVERIFY(!dock.close());
-    QTRY_COMPARE(lost.size(), 1);
-}
-
-void PluginTest::forgetsALossThatADockHeldBackWhenThePluginIsDeleted() {
-    StubbornDock dock(QStringLiteral("stubborn"), &fViewer->window());
-    QWidget* widget = fViewer->createWidget(fRobot->port());
-    QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
-    dock.setWidget(widget);
-    QTRY_VERIFY(indexOf(widget, "Uptime").isValid());
-    LossWitness witness(fRobot->port());
-    fRobot->stop();
-    QVERIFY(witness.wait());
-    QVERIFY(!dock.close());
-    fViewer->deletePlugin();
-    fViewer->letTimePass();
-    QCOMPARE(lost.size(), 0);
 }
 
 void PluginTest::keepsItsConnectionWhenHidden() {
@@ -544,25 +168,6 @@ void PluginTest::keepsItsConnectionWhenHidden() {
     fViewer->window().show();
     fViewer->window().close();
     QVERIFY(staysLive());
-}
-
-void PluginTest::followsTheDockItIsMovedTo() {
-    QDockWidget* left = fViewer->dock(fViewer->createWidget(fRobot->port()));
-    QWidget* widget = left->widget();
-    QDockWidget* moved = fViewer->dock(widget);
-    QVERIFY(left->close());
-    fViewer->letTimePass();
-    QCOMPARE(connectionsTo(fRobot->port()), 1);
-    QVERIFY(moved->close());
-    QTRY_COMPARE(connectionsTo(fRobot->port()), 0);
-}
-
-void PluginTest::endsItsConnectionWhenDeleted() {
-    std::unique_ptr<QWidget> widget(fViewer->createWidget(fRobot->port()));
-    QTRY_VERIFY(indexOf(widget.get(), "Uptime").isValid());
-    widget.reset();
-    QCOMPARE(connectionsTo(fRobot->port()), 0);
-    fViewer->deletePlugin();
 }
 
 OBVISTA_QTEST_MAIN(PluginTest)

@@ -1,7 +1,6 @@
 #include "viewer_driver.h"
 
 #include <QAbstractItemModel>
-#include <QCoreApplication>
 #include <QTreeView>
 
 namespace obvista_test {
@@ -13,16 +12,6 @@ constexpr int a_valueColumn = 1;
 }  // namespace
 
 ViewerDriver::ViewerDriver() : PluginDriver(QStringLiteral("memoryviewer")) {
-}
-
-std::vector<std::string> viewerProcess(const std::string& mode, int robotPort) {
-    const QString program =
-        QCoreApplication::applicationDirPath() + QStringLiteral("/viewer_process");
-    return {program.toStdString(), mode, std::to_string(robotPort)};
-}
-
-QString viewerLibrary() {
-    return pluginLibrary(QStringLiteral("memoryviewer"));
 }
 
 QModelIndex indexOf(QWidget* viewer, const QString& path) {

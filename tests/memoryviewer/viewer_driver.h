@@ -5,8 +5,6 @@
 #include <QString>
 
 #include <plugin_driver.h>
-#include <string>
-#include <vector>
 
 namespace obvista_test {
 
@@ -15,12 +13,6 @@ class ViewerDriver : public PluginDriver {
   public:
     ViewerDriver();
 };
-
-/** The command that runs the program viewer_process beside a robot on this machine. */
-std::vector<std::string> viewerProcess(const std::string& mode, int robotPort);
-
-/** The path of the plugin's library in the build tree. */
-QString viewerLibrary();
 
 /** The name column's index of a row of the viewer's tree by its path of shown names. */
 QModelIndex indexOf(QWidget* viewer, const QString& path);

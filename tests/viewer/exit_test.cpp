@@ -1,11 +1,12 @@
-#include "memory_robot.h"
-#include "viewer_driver.h"
+#include "viewer_case.h"
+#include "viewer_process_command.h"
 
 #include <QtTest>
 #include <qt_test_main.h>
 
 #include <child_process.h>
 #include <chrono>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -18,7 +19,7 @@ class ExitTest : public QObject {
   private Q_SLOTS:
     void isDeletedByQtAfterMain_data();
     void isDeletedByQtAfterMain();
-    void exitWhileValuesFlow();
+    void exitWhileTheRobotSends();
     void exitInsideTheReportOfALoss();
 
   private:
@@ -47,32 +48,28 @@ void ExitTest::isDeletedByQtAfterMain_data() {
 void ExitTest::isDeletedByQtAfterMain() {
     QFETCH(QString, mode);
     QFETCH(QString, output);
-    MemoryRobot robot;
-    robot.set("Uptime", 1);
-    ChildProcess viewer(viewerProcess(mode.toStdString(), robot.port()));
+    const std::unique_ptr<ShownRobot> robot = viewer_case::makeRobot();
+    robot->show(1);
+    ChildProcess viewer(viewerProcess(mode.toStdString(), robot->port()));
     xVerifyEnd(viewer, output.toStdString());
 }
 
-void ExitTest::exitWhileValuesFlow() {
-    constexpr int keys = 500;
-    MemoryRobot robot;
-    robot.set("Uptime", 1);
-    ChildProcess viewer(viewerProcess("exit-while-live", robot.port()));
-    for (int value = 0; !viewer.waitForEnd(std::chrono::milliseconds(5)) && value < 10000;
-         ++value) {
-        for (int key = 0; key < keys; ++key) {
-            robot.set("Joint/" + std::to_string(key), value);
-        }
+void ExitTest::exitWhileTheRobotSends() {
+    const std::unique_ptr<ShownRobot> robot = viewer_case::makeRobot();
+    robot->show(1);
+    ChildProcess viewer(viewerProcess("exit-while-live", robot->port()));
+    for (int step = 0; !viewer.waitForEnd(std::chrono::milliseconds(5)) && step < 10000; ++step) {
+        robot->show(step % 200);
     }
     xVerifyEnd(viewer, "ready\nconnection closed\nroot object deleted\n");
 }
 
 void ExitTest::exitInsideTheReportOfALoss() {
-    MemoryRobot robot;
-    robot.set("Uptime", 1);
-    ChildProcess viewer(viewerProcess("exit-on-loss", robot.port()));
+    const std::unique_ptr<ShownRobot> robot = viewer_case::makeRobot();
+    robot->show(1);
+    ChildProcess viewer(viewerProcess("exit-on-loss", robot->port()));
     QVERIFY2(viewer.waitForOutput("ready\n"), viewer.errors().c_str());
-    robot.stop();
+    robot->stop();
     xVerifyEnd(viewer, "ready\nconnection closed\nroot object deleted\n");
 }
 

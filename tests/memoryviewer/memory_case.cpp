@@ -1,0 +1,64 @@
+#include "memory_robot.h"
+#include "viewer_driver.h"
+
+#include <QAbstractItemModel>
+#include <QTreeView>
+
+#include <string>
+#include <viewer_case.h>
+
+namespace obvista_test::viewer_case {
+namespace {
+
+constexpr int a_keys = 500;
+
+class MemoryShown : public ShownRobot {
+  public:
+    int port() const override { return fRobot.port(); }
+    void stop() override { fRobot.stop(); }
+
+    /** Changes so much that the viewer has something to do. */
+    void show(int value) override {
+        for (int key = 0; key < a_keys; ++key) {
+            fRobot.set("Joint/" + std::to_string(key), value);
+        }
+        fRobot.set("Uptime", value);
+    }
+
+  private:
+    MemoryRobot fRobot;
+};
+
+}  // namespace
+
+QString pluginName() {
+    return QStringLiteral("memoryviewer");
+}
+
+std::unique_ptr<ShownRobot> makeRobot() {
+    return std::make_unique<MemoryShown>();
+}
+
+bool shows(QWidget* viewer, int value) {
+    return valueOf(viewer, "Uptime") == QString::number(value);
+}
+
+bool isLive(QWidget* viewer) {
+    return viewer->findChild<QTreeView*>()->model()->rowCount() > 0;
+}
+
+bool saysLost(QWidget* viewer) {
+    return statusOf(viewer).endsWith(QLatin1String("robot lost")) &&
+           noticeOf(viewer) ==
+               QLatin1String("The robot is lost. These are the last values received.");
+}
+
+bool saysClosed(QWidget* viewer) {
+    return statusOf(viewer).endsWith(QLatin1String("connection closed"));
+}
+
+bool makeBusy(QWidget* viewer) {
+    return isLive(viewer);
+}
+
+}  // namespace obvista_test::viewer_case

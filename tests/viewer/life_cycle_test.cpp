@@ -1,0 +1,442 @@
+#include "viewer_case.h"
+#include "viewer_process_command.h"
+
+#include <robaxi/kv_error.h>
+
+#include <QDir>
+#include <QDockWidget>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QMainWindow>
+#include <QPointer>
+#include <QSignalSpy>
+#include <QTcpServer>
+#include <QtTest>
+#include <qt_test_main.h>
+
+#include <child_process.h>
+#include <loss_witness.h>
+#include <memory>
+#include <plugin_driver.h>
+#include <robot_process.h>
+#include <sockets.h>
+#include <widget_interface.h>
+
+using namespace obvista_test;
+using namespace obvista_test::viewer_case;
+
+namespace {
+
+constexpr int a_firstBrokerPort = 54010;
+
+/** A dock that refuses to be closed. */
+class StubbornDock : public QDockWidget {
+  public:
+    using QDockWidget::QDockWidget;
+
+  protected:
+    void closeEvent(QCloseEvent* event) override { event->ignore(); }
+};
+
+KVError::Cause causeOfFailure(PluginDriver& viewer, int port) {
+    try {
+        viewer.createWidget(port);
+    } catch (const KVError& error) {
+        return error.cause();
+    }
+    return KVError::Cause::Internal;
+}
+
+}  // namespace
+
+/** What every viewer's plugin does about ports, connections, losses and docks. */
+class LifeCycleTest : public QObject {
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void needsARobot();
+
+    void takesTheFirstFreePort();
+    void takesTheGivenPortOnLoopbackOnly();
+    void refusesAGivenPortInUse();
+    void refusesAPortOutOfRange_data();
+    void refusesAPortOutOfRange();
+    void closesItsPortWithTheLastWidget();
+
+    void throwsWhenNothingListens();
+    void throwsWithinTheBoundWhenNothingAnswers();
+    void leavesNothingBehindWhenItFails();
+    void connectsAfterAFailure();
+
+    void reportsALossOnce();
+    void reportsARobotThatIsKilled();
+    void reportsARobotThatFallsSilent();
+    void survivesItsDeletionInsideTheReport();
+    void survivesTheWidgetsDeletionInsideTheReport();
+    void reportsTheLossesOfTwoRobotsWhileADialogIsOpen();
+
+    void isSilentAfterThePluginIsDeleted();
+    void isSilentWhenThePluginIsDeletedWithALossUnderWay();
+    void closesEveryWidgetOfADeletedPlugin();
+    void servesSeveralWidgetsOfOneObject();
+    void endsItsConnectionWithItsDock();
+    void isSilentWhenItsDockIsClosedWithALossUnderWay();
+    void keepsItsConnectionWhenItsDockIsNotClosedAfterAll();
+    void reportsALossThatADockHeldBack();
+    void forgetsALossThatADockHeldBackWhenThePluginIsDeleted();
+    void followsTheDockItIsMovedTo();
+    void endsItsConnectionWhenDeleted();
+
+  private:
+    /** A viewer in a dock that can be seen. */
+    QWidget* xShow(const ShownRobot& robot);
+
+    std::unique_ptr<ShownRobot> fRobot;
+    std::unique_ptr<PluginDriver> fViewer;
+};
+
+void LifeCycleTest::init() {
+    fRobot = makeRobot();
+    fRobot->show(7);
+    fViewer = std::make_unique<PluginDriver>(pluginName());
+}
+
+void LifeCycleTest::cleanup() {
+    fViewer.reset();
+    fRobot.reset();
+}
+
+QWidget* LifeCycleTest::xShow(const ShownRobot& robot) {
+    QWidget* widget = fViewer->createWidget(robot.port());
+    fViewer->dock(widget);
+    return widget;
+}
+
+void LifeCycleTest::needsARobot() {
+    QVERIFY(fViewer->plugin()->needsRobotConnection());
+}
+
+void LifeCycleTest::takesTheFirstFreePort() {
+    const int first = firstFreePortFrom(a_firstBrokerPort);
+    fViewer->createWidget(fRobot->port());
+    QCOMPARE(listeningAddresses(first).size(), 1);
+
+    const int second = firstFreePortFrom(a_firstBrokerPort);
+    QVERIFY(second > first);
+    ChildProcess other(viewerProcess("widget-live", fRobot->port()));
+    QVERIFY2(other.waitForOutput("ready\n"), other.errors().c_str());
+    QCOMPARE(listeningAddresses(second).size(), 1);
+}
+
+void LifeCycleTest::takesTheGivenPortOnLoopbackOnly() {
+    fViewer->plugin()->brokerPort = freePort();
+    fViewer->createWidget(fRobot->port());
+    const QStringList addresses = listeningAddresses(fViewer->plugin()->brokerPort);
+    QCOMPARE(addresses.size(), 1);
+    const QStringList loopback{QStringLiteral("0100007F"),
+                               QStringLiteral("0000000000000000FFFF00000100007F")};
+    QVERIFY2(loopback.contains(addresses.first()), qPrintable(addresses.first()));
+}
+
+void LifeCycleTest::refusesAGivenPortInUse() {
+    QTcpServer occupant;
+    QVERIFY(occupant.listen(QHostAddress::LocalHost));
+    fViewer->plugin()->brokerPort = occupant.serverPort();
+    QCOMPARE(causeOfFailure(*fViewer, fRobot->port()), KVError::Cause::AddressInUse);
+
+    fViewer->plugin()->brokerPort = fRobot->port();
+    QCOMPARE(causeOfFailure(*fViewer, fRobot->port()), KVError::Cause::AddressInUse);
+}
+
+void LifeCycleTest::refusesAPortOutOfRange_data() {
+    QTest::addColumn<int>("port");
+    QTest::newRow("negative") << -1;
+    QTest::newRow("one too large") << 65536;
+    QTest::newRow("would be 80 when cut to 16 bits") << 65616;
+}
+
+void LifeCycleTest::refusesAPortOutOfRange() {
+    QFETCH(int, port);
+    fViewer->plugin()->brokerPort = port;
+    QCOMPARE(causeOfFailure(*fViewer, fRobot->port()), KVError::Cause::InvalidArgument);
+}
+
+void LifeCycleTest::closesItsPortWithTheLastWidget() {
+    fViewer->plugin()->brokerPort = freePort();
+    std::unique_ptr<QWidget> first(fViewer->createWidget(fRobot->port()));
+    std::unique_ptr<QWidget> second(fViewer->createWidget(fRobot->port()));
+    first.reset();
+    QCOMPARE(listeningAddresses(fViewer->plugin()->brokerPort).size(), 1);
+    second.reset();
+    QCOMPARE(listeningAddresses(fViewer->plugin()->brokerPort), QStringList());
+}
+
+void LifeCycleTest::throwsWhenNothingListens() {
+    QCOMPARE(causeOfFailure(*fViewer, freePort()), KVError::Cause::Refused);
+    QCOMPARE(causeOfFailure(*fViewer, 0), KVError::Cause::InvalidArgument);
+}
+
+void LifeCycleTest::throwsWithinTheBoundWhenNothingAnswers() {
+    QTcpServer mute;
+    QVERIFY(mute.listen(QHostAddress::LocalHost));
+    QElapsedTimer time;
+    time.start();
+    QCOMPARE(causeOfFailure(*fViewer, mute.serverPort()), KVError::Cause::TimedOut);
+    QVERIFY2(time.elapsed() < 4000, qPrintable(QString::number(time.elapsed())));
+}
+
+void LifeCycleTest::leavesNothingBehindWhenItFails() {
+    fViewer->plugin()->brokerPort = freePort();
+    const auto threadCount = [] {
+        return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs).size();
+    };
+    const int nobody = freePort();
+    // The middleware's own pool of threads starts with the first use.
+    causeOfFailure(*fViewer, nobody);
+    const int threads = threadCount();
+    const auto children = fViewer->window().children();
+    for (int i = 0; i < 5; ++i) {
+        QCOMPARE(causeOfFailure(*fViewer, nobody), KVError::Cause::Refused);
+    }
+    QTRY_VERIFY(threadCount() <= threads);
+    QCOMPARE(fViewer->window().children(), children);
+    QCOMPARE(listeningAddresses(fViewer->plugin()->brokerPort), QStringList());
+}
+
+void LifeCycleTest::connectsAfterAFailure() {
+    QCOMPARE(causeOfFailure(*fViewer, freePort()), KVError::Cause::Refused);
+    QWidget* widget = xShow(*fRobot);
+    QTRY_VERIFY(shows(widget, 7));
+}
+
+void LifeCycleTest::reportsALossOnce() {
+    QWidget* widget = fViewer->createWidget(fRobot->port());
+    QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
+    QTRY_VERIFY(isLive(widget));
+    QCOMPARE(lost.size(), 0);
+    fRobot->stop();
+    QTRY_COMPARE(lost.size(), 1);
+    QCOMPARE(lost.at(0).at(0).value<WidgetInterface*>(), fViewer->plugin());
+    fViewer->letTimePass();
+    QCOMPARE(lost.size(), 1);
+}
+
+void LifeCycleTest::reportsARobotThatIsKilled() {
+    RobotProcess robot;
+    QWidget* widget = fViewer->createWidget(robot.port());
+    QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
+    QTRY_VERIFY(isLive(widget));
+    robot.kill();
+    QTRY_COMPARE(lost.size(), 1);
+}
+
+void LifeCycleTest::reportsARobotThatFallsSilent() {
+    RobotProcess robot;
+    QWidget* widget = fViewer->createWidget(robot.port());
+    QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
+    QTRY_VERIFY(isLive(widget));
+    robot.suspend();
+    QTRY_COMPARE(lost.size(), 1);
+    robot.resume();
+    fViewer->letTimePass();
+    QCOMPARE(lost.size(), 1);
+    QVERIFY(saysLost(widget));
+}
+
+void LifeCycleTest::survivesItsDeletionInsideTheReport() {
+    QWidget* widget = fViewer->createWidget(fRobot->port());
+    int reports = 0;
+    fViewer->onDisconnected(widget, [&](WidgetInterface* plugin) {
+        ++reports;
+        QCOMPARE(plugin, fViewer->plugin());
+        fViewer->letTimePass();  // the user looks at a dialog
+        fViewer->deletePlugin();
+    });
+    QTRY_VERIFY(isLive(widget));
+    fRobot->stop();
+    QTRY_VERIFY(!fViewer->plugin());
+    fViewer->letTimePass();
+    QCOMPARE(reports, 1);
+    QVERIFY(saysLost(widget));
+}
+
+void LifeCycleTest::survivesTheWidgetsDeletionInsideTheReport() {
+    QPointer<QWidget> widget = fViewer->createWidget(fRobot->port());
+    fViewer->onDisconnected(widget, [&](WidgetInterface*) {
+        delete widget;
+        fViewer->deletePlugin();
+    });
+    fRobot->stop();
+    QTRY_VERIFY(!fViewer->plugin());
+    QVERIFY(!widget);
+    fViewer->letTimePass();
+}
+
+void LifeCycleTest::reportsTheLossesOfTwoRobotsWhileADialogIsOpen() {
+    const std::unique_ptr<ShownRobot> otherRobot = makeRobot();
+    QWidget* first = fViewer->createWidget(fRobot->port());
+    QWidget* second = fViewer->createWidget(otherRobot->port());
+    int firstReports = 0;
+    int secondReports = 0;
+    QEventLoop dialog;
+    fViewer->onDisconnected(first, [&](WidgetInterface*) {
+        ++firstReports;
+        otherRobot->stop();
+        dialog.exec();
+        fViewer->deletePlugin();
+    });
+    fViewer->onDisconnected(second, [&](WidgetInterface*) {
+        ++secondReports;
+        dialog.quit();
+    });
+    fRobot->stop();
+    QTRY_VERIFY(!fViewer->plugin());
+    fViewer->letTimePass();
+    QCOMPARE(firstReports, 1);
+    QCOMPARE(secondReports, 1);
+}
+
+void LifeCycleTest::isSilentAfterThePluginIsDeleted() {
+    QWidget* widget = fViewer->createWidget(fRobot->port());
+    QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
+    QTRY_VERIFY(isLive(widget));
+    fViewer->deletePlugin();
+    QCOMPARE(connectionsTo(fRobot->port()), 0);
+    fRobot->stop();
+    QTRY_VERIFY(saysClosed(widget));
+    fViewer->letTimePass();
+    QCOMPARE(lost.size(), 0);
+}
+
+void LifeCycleTest::isSilentWhenThePluginIsDeletedWithALossUnderWay() {
+    QWidget* widget = fViewer->createWidget(fRobot->port());
+    QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
+    QTRY_VERIFY(isLive(widget));
+    LossWitness witness(fRobot->port());
+    fRobot->stop();
+    QVERIFY(witness.wait());
+    fViewer->deletePlugin();
+    fViewer->letTimePass();
+    QCOMPARE(lost.size(), 0);
+    QVERIFY(saysClosed(widget));
+}
+
+void LifeCycleTest::closesEveryWidgetOfADeletedPlugin() {
+    QWidget* first = fViewer->createWidget(fRobot->port());
+    QWidget* second = fViewer->createWidget(fRobot->port());
+    fViewer->deletePlugin();
+    for (QWidget* widget : {first, second}) {
+        QTRY_VERIFY(saysClosed(widget));
+    }
+}
+
+void LifeCycleTest::servesSeveralWidgetsOfOneObject() {
+    const std::unique_ptr<ShownRobot> otherRobot = makeRobot();
+    otherRobot->show(90);
+    fViewer->plugin()->brokerPort = freePort();
+    QWidget* first = xShow(*fRobot);
+    QWidget* second = xShow(*otherRobot);
+    QSignalSpy firstLost(first, SIGNAL(disconnected(WidgetInterface*)));
+    QSignalSpy secondLost(second, SIGNAL(disconnected(WidgetInterface*)));
+    QTRY_VERIFY(shows(second, 90));
+    QTRY_VERIFY(shows(first, 7));
+
+    otherRobot->stop();
+    QTRY_COMPARE(secondLost.size(), 1);
+    QCOMPARE(firstLost.size(), 0);
+    fRobot->show(8);
+    QTRY_VERIFY(shows(first, 8));
+}
+
+void LifeCycleTest::endsItsConnectionWithItsDock() {
+    const std::unique_ptr<ShownRobot> otherRobot = makeRobot();
+    otherRobot->show(1);
+    QDockWidget* firstDock = fViewer->dock(fViewer->createWidget(fRobot->port()));
+    QDockWidget* secondDock = fViewer->dock(fViewer->createWidget(otherRobot->port()));
+    QSignalSpy firstLost(firstDock->widget(), SIGNAL(disconnected(WidgetInterface*)));
+    QTRY_VERIFY(shows(secondDock->widget(), 1));
+    QCOMPARE(connectionsTo(fRobot->port()), 1);
+
+    QVERIFY(firstDock->close());
+    QTRY_COMPARE(connectionsTo(fRobot->port()), 0);
+    QTRY_VERIFY(saysClosed(firstDock->widget()));
+    fRobot->stop();
+    otherRobot->show(2);
+    QTRY_VERIFY(shows(secondDock->widget(), 2));
+    QCOMPARE(firstLost.size(), 0);
+}
+
+void LifeCycleTest::isSilentWhenItsDockIsClosedWithALossUnderWay() {
+    QDockWidget* dock = fViewer->dock(fViewer->createWidget(fRobot->port()));
+    QSignalSpy lost(dock->widget(), SIGNAL(disconnected(WidgetInterface*)));
+    QTRY_VERIFY(isLive(dock->widget()));
+    LossWitness witness(fRobot->port());
+    fRobot->stop();
+    QVERIFY(witness.wait());
+    QVERIFY(dock->close());
+    fViewer->letTimePass();
+    QCOMPARE(lost.size(), 0);
+}
+
+void LifeCycleTest::keepsItsConnectionWhenItsDockIsNotClosedAfterAll() {
+    StubbornDock dock(QStringLiteral("stubborn"), &fViewer->window());
+    QWidget* widget = fViewer->createWidget(fRobot->port());
+    dock.setWidget(widget);
+    fViewer->window().addDockWidget(Qt::TopDockWidgetArea, &dock);
+    QVERIFY(!dock.close());
+    fViewer->letTimePass();
+    fRobot->show(8);
+    QTRY_VERIFY(shows(widget, 8));
+}
+
+void LifeCycleTest::reportsALossThatADockHeldBack() {
+    StubbornDock dock(QStringLiteral("stubborn"), &fViewer->window());
+    QWidget* widget = fViewer->createWidget(fRobot->port());
+    QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
+    dock.setWidget(widget);
+    fViewer->window().addDockWidget(Qt::TopDockWidgetArea, &dock);
+    QTRY_VERIFY(isLive(widget));
+    fRobot->stop();
+    QVERIFY(!dock.close());
+    QTRY_COMPARE(lost.size(), 1);
+}
+
+void LifeCycleTest::forgetsALossThatADockHeldBackWhenThePluginIsDeleted() {
+    StubbornDock dock(QStringLiteral("stubborn"), &fViewer->window());
+    QWidget* widget = fViewer->createWidget(fRobot->port());
+    QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
+    dock.setWidget(widget);
+    QTRY_VERIFY(isLive(widget));
+    LossWitness witness(fRobot->port());
+    fRobot->stop();
+    QVERIFY(witness.wait());
+    QVERIFY(!dock.close());
+    fViewer->deletePlugin();
+    fViewer->letTimePass();
+    QCOMPARE(lost.size(), 0);
+}
+
+void LifeCycleTest::followsTheDockItIsMovedTo() {
+    QDockWidget* left = fViewer->dock(fViewer->createWidget(fRobot->port()));
+    QWidget* widget = left->widget();
+    QDockWidget* moved = fViewer->dock(widget);
+    QVERIFY(left->close());
+    fViewer->letTimePass();
+    QCOMPARE(connectionsTo(fRobot->port()), 1);
+    QVERIFY(moved->close());
+    QTRY_COMPARE(connectionsTo(fRobot->port()), 0);
+}
+
+void LifeCycleTest::endsItsConnectionWhenDeleted() {
+    std::unique_ptr<QWidget> widget(fViewer->createWidget(fRobot->port()));
+    QTRY_VERIFY(isLive(widget.get()));
+    widget.reset();
+    QCOMPARE(connectionsTo(fRobot->port()), 0);
+    fViewer->deletePlugin();
+}
+
+OBVISTA_QTEST_MAIN(LifeCycleTest)
+#include "life_cycle_test.moc"

@@ -1,0 +1,15 @@
+#ifndef OBVISTA_TESTS_VIEWER_PROCESS_COMMAND_H
+#define OBVISTA_TESTS_VIEWER_PROCESS_COMMAND_H
+
+#include <string>
+#include <vector>
+
+namespace obvista_test {
+
+/** The command that runs viewer_process, for the viewer under test, beside a robot on this
+ *  machine. */
+std::vector<std::string> viewerProcess(const std::string& mode, int robotPort);
+
+}  // namespace obvista_test
+
+#endif
