@@ -56,6 +56,12 @@ class Search {
 
 }  // namespace
 
+std::int64_t pointTime(double microseconds) {
+    // The largest times of all are not numbers that a double can hold.
+    constexpr double most = 9.2e18;
+    return static_cast<std::int64_t>(std::clamp(microseconds, -most, most));
+}
+
 bool CurveHistory::Chunk::isInterruption(std::size_t index) const {
     return ((fInterruptions[index / a_blockSize] >> (index % a_blockSize)) & 1U) != 0;
 }

@@ -20,6 +20,9 @@ struct CurvePoint {
     }
 };
 
+/** The nearest time that a point can have. */
+std::int64_t pointTime(double microseconds);
+
 /** What is known of some neighbouring points without looking at them. */
 struct PointSummary {
     CurvePoint fFirst;

@@ -13,7 +13,6 @@
 #include <QAction>
 #include <QDateTime>
 #include <QDropEvent>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
 #include <QLocale>
@@ -21,7 +20,6 @@
 #include <QScrollArea>
 #include <QSplitter>
 #include <QStackedLayout>
-#include <QStandardPaths>
 #include <QToolBar>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -29,6 +27,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <file_question.h>
 #include <labels.h>
 #include <plain_text.h>
 #include <set>
@@ -202,12 +201,17 @@ void PlotPanel::xBuildToolBar() {
     QAction* remove = xAddAction(bar, tr("Remove a&ll"), tr("Take all keys from the plots"),
                                  "plotRemoveAll", &PlotPanel::removeAll);
     auto* save = new QMenu(this);
-    save->addAction(tr("&Picture (PNG)\u2026"), this, &PlotPanel::askToSavePicture);
-    save->addAction(tr("P&oints (CSV)\u2026"), this, &PlotPanel::askToSavePoints);
+    xAddSaveActions(*save);
     QAction* saveAction =
         addMenu(tr("&Save"), tr("Save the current plot or its points"), "plotSave", save);
     fActionsOnPoints = {all, clear, remove, saveAction};
     qobject_cast<QVBoxLayout*>(layout())->addWidget(bar);
+}
+
+void PlotPanel::xAddSaveActions(QMenu& menu) {
+    menu.addAction(tr("Save &picture (PNG)\u2026"), this, &PlotPanel::askToSavePicture);
+    menu.addAction(tr("Save p&oints shown (CSV)\u2026"), this, [this] { askToSavePoints(true); });
+    menu.addAction(tr("Save all poin&ts (CSV)\u2026"), this, [this] { askToSavePoints(false); });
 }
 
 void PlotPanel::xConnectTime() {
@@ -387,13 +391,13 @@ double PlotPanel::xNow() const {
 
 void PlotPanel::keyGone(const QString& keyName) {
     fNewest = xNow();
-    fHistory->interrupt(keyHandle(keyName), static_cast<std::int64_t>(fNewest));
+    fHistory->interrupt(keyHandle(keyName), pointTime(fNewest));
     xSchedule(Pace::Data);
 }
 
 void PlotPanel::breakCurves() {
     fNewest = xNow();
-    fHistory->interruptAll(static_cast<std::int64_t>(fNewest));
+    fHistory->interruptAll(pointTime(fNewest));
     xSchedule(Pace::Data);
 }
 
@@ -724,8 +728,7 @@ void PlotPanel::xShowMenu(const QPoint& position) {
     }
     menu->addAction(tr("&Fit values"), fPlots[plot], &PlotView::fitValues);
     menu->addAction(tr("Show &all points"), this, &PlotPanel::showAll);
-    menu->addAction(tr("Save &picture\u2026"), this, &PlotPanel::askToSavePicture);
-    menu->addAction(tr("Save p&oints\u2026"), this, &PlotPanel::askToSavePoints);
+    xAddSaveActions(*menu);
     menu->addSeparator();
     menu->addAction(tr("Remove p&lot"), this, [this, plot] { xRemovePlot(plot); });
     menu->popup(position);
@@ -751,29 +754,17 @@ void PlotPanel::showAll() {
 }
 
 void PlotPanel::askToSavePicture() {
-    xAskForFile(tr("Save picture"), tr("Pictures (*.png)"), QStringLiteral("png"),
-                [this](const QString& file) { savePicture(file); });
+    askForFile(
+        this,
+        {tr("Save picture"), tr("Pictures (*.png)"), QStringLiteral("png"), QStringLiteral("plot")},
+        [this](const QString& file) { savePicture(file); });
 }
 
-void PlotPanel::askToSavePoints() {
-    xAskForFile(tr("Save points"), tr("Comma-separated values (*.csv)"), QStringLiteral("csv"),
-                [this](const QString& file) { savePoints(file, false); });
-}
-
-void PlotPanel::xAskForFile(const QString& title, const QString& filter, const QString& suffix,
-                            const std::function<void(const QString&)>& save) {
-    auto* dialog = new QFileDialog(this, title);
-    dialog->setObjectName(QStringLiteral("plotFileDialog"));
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setAcceptMode(QFileDialog::AcceptSave);
-    dialog->setNameFilter(filter);
-    dialog->setDefaultSuffix(suffix);
-    dialog->setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
-    dialog->selectFile(
-        QStringLiteral("plot-%1.%2")
-            .arg(QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss")), suffix));
-    connect(dialog, &QFileDialog::fileSelected, this, save);
-    dialog->open();
+void PlotPanel::askToSavePoints(bool onlyShown) {
+    askForFile(this,
+               {tr("Save points"), tr("Comma-separated values (*.csv)"), QStringLiteral("csv"),
+                QStringLiteral("plot")},
+               [this, onlyShown](const QString& file) { savePoints(file, onlyShown); });
 }
 
 void PlotPanel::savePicture(const QString& fileName) {

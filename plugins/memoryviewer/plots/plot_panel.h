@@ -17,6 +17,7 @@
 
 class QAction;
 class QLabel;
+class QMenu;
 class QSplitter;
 class QStackedLayout;
 class QToolBar;
@@ -117,7 +118,7 @@ class PlotPanel : public QWidget {
     void showAll();
     /** Saves the current plot; the user chooses the file. */
     void askToSavePicture();
-    void askToSavePoints();
+    void askToSavePoints(bool onlyShown);
 
   public:
     /** Saves the current plot into a file, and says so or why not. */
@@ -179,8 +180,7 @@ class PlotPanel : public QWidget {
     QString xValueText(int key) const;
     void xSay(const QString& text);
     void xShowMenu(const QPoint& position);
-    void xAskForFile(const QString& title, const QString& filter, const QString& suffix,
-                     const std::function<void(const QString&)>& save);
+    void xAddSaveActions(QMenu& menu);
 
     std::unique_ptr<PlotHistory> fHistory;
     TimeAxis* fTime;

@@ -294,7 +294,7 @@ DrawnCurve thinOut(const CurveHistory& curve, const ThinningView& view) {
     curve.visit(thinner);
     const CurvePoint last = curve.last();
     if (view.fNow > static_cast<double>(last.fTime)) {
-        thinner.takePoint({static_cast<std::int64_t>(view.fNow), last.fValue}, false);
+        thinner.takePoint({pointTime(view.fNow), last.fValue}, false);
     }
     if (!thinner.isTooFine()) {
         return thinner.finish();

@@ -38,6 +38,11 @@ std::string_view cut(std::string_view utf8) {
 /** @return whether the whole value was written */
 bool appendValue(std::string& rows, const KVValue& value) {
     switch (value.type()) {
+        case KVValue::Type::Nothing:
+            return true;
+        case KVValue::Type::Bool:
+            rows += value.toBool() ? "true" : "false";
+            return true;
         case KVValue::Type::Int:
             appendCsvNumber(rows, value.toInt());
             return true;

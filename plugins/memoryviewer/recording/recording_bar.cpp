@@ -1,15 +1,12 @@
 #include "recording_bar.h"
 
 #include "csv_recorder.h"
+#include "file_question.h"
 
-#include <QDateTime>
-#include <QDir>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLocale>
-#include <QStandardPaths>
 #include <QStyle>
 #include <QToolButton>
 
@@ -21,18 +18,6 @@ namespace memoryviewer {
 namespace {
 
 constexpr int a_updateTime = 250;
-constexpr int a_maxNameLength = 60;
-
-/** A part of a file name that is a good one in every file system. */
-QString fileNamePart(const QString& text) {
-    QString part;
-    for (const QChar character : text.left(a_maxNameLength)) {
-        const bool isGood =
-            character.isLetterOrNumber() || QStringLiteral("-_.").contains(character);
-        part += isGood ? character : QLatin1Char('_');
-    }
-    return part.startsWith(QLatin1Char('.')) ? QLatin1Char('_') + part : part;
-}
 
 QString durationText(double seconds) {
     constexpr int secondsPerMinute = 60;
@@ -88,16 +73,10 @@ void RecordingBar::toggle() {
 }
 
 void RecordingBar::xAskForFile() {
-    auto* dialog = new QFileDialog(this, tr("Record to CSV"));
-    dialog->setObjectName(QStringLiteral("recordingFileDialog"));
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setAcceptMode(QFileDialog::AcceptSave);
-    dialog->setNameFilter(tr("Comma-separated values (*.csv)"));
-    dialog->setDefaultSuffix(QStringLiteral("csv"));
-    dialog->setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
-    dialog->selectFile(xProposedName());
-    connect(dialog, &QFileDialog::fileSelected, this, &RecordingBar::start);
-    dialog->open();
+    const FileQuestion question{tr("Record to CSV"), tr("Comma-separated values (*.csv)"),
+                                QStringLiteral("csv"),
+                                fRobotName.isEmpty() ? QStringLiteral("robot") : fRobotName};
+    askForFile(this, question, [this](const QString& fileName) { start(fileName); });
 }
 
 void RecordingBar::xOnFinished(const QString& error) {
@@ -114,12 +93,6 @@ void RecordingBar::xUpdate() {
         style()->standardIcon(isRecording ? QStyle::SP_MediaStop : QStyle::SP_DialogSaveButton));
     fButton->setAccessibleName(isRecording ? tr("Stop recording") : tr("Record to a CSV file"));
     viewer::setStatus(*fText, fHasRecorded ? xProgressText() : tr("Not recording."));
-}
-
-QString RecordingBar::xProposedName() const {
-    const QString name = fRobotName.isEmpty() ? QStringLiteral("robot") : fileNamePart(fRobotName);
-    const QString time = QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss"));
-    return QStringLiteral("%1-%2.csv").arg(name, time);
 }
 
 QString RecordingBar::xProgressText() const {

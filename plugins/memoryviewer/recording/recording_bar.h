@@ -39,7 +39,6 @@ class RecordingBar : public QWidget {
     void xAskForFile();
     void xOnFinished(const QString& error);
     void xUpdate();
-    QString xProposedName() const;
     QString xProgressText() const;
 
     CsvRecorder* fRecorder;
