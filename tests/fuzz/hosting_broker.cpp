@@ -18,7 +18,7 @@ namespace {
 using namespace robaxi::v1;
 
 boost::shared_ptr<KVModule> makeEcho() {
-    auto echo = boost::make_shared<KVModule>("Echo", "Says what it hears");
+    auto echo = boost::make_shared<KVModule>("KVEcho", "Says what it hears");
     echo->bindMethod({"echo", "", ""}, {KVValue::Type::Nothing},
                      [](const KVValue::List& arguments) { return arguments.front(); });
     echo->bindMethod({"fail", "", ""}, {KVValue::Type::String},
@@ -33,12 +33,16 @@ boost::shared_ptr<KVModule> makeMemory() {
     const KVValue::List list{1, 2.5, "three"};
     for (const KVValue& value : {KVValue(1), KVValue(2.5), KVValue("text"), KVValue(list)}) {
         KVKeyInfo key;
-        key.fName = KVValue::typeName(value.type());
+        key.fName = std::string("Robot/") + KVValue::typeName(value.type());
         key.fWritable = true;
         table->addKey(key, value);
     }
-    auto memory = boost::make_shared<KVModule>("Memory", "Keeps values");
+    auto memory = boost::make_shared<KVModule>("KVMemory", "Keeps values");
     memory->setValues(table);
+    memory->bindMethod({"getData", "", ""}, {KVValue::Type::String},
+                       [table](const KVValue::List& arguments) {
+                           return table->getValue(arguments[0].toString()).fValue;
+                       });
     memory->bindMethod({"setData", "", ""}, {KVValue::Type::String, KVValue::Type::Nothing},
                        [table](const KVValue::List& arguments) {
                            table->write(arguments[0].toString(), arguments[1]);

@@ -11,7 +11,7 @@
 
 namespace obvista_fuzz {
 
-/** A broker that listens on the loopback and hosts an "Echo" and a "Memory", with a way to reach it
+/** A broker that listens on the loopback and hosts "KVEcho" and "KVMemory", with a way to reach it
  *  without the library. One for the whole run, so that what an input does to it shows in the next
  *  ones. */
 class HostingBroker {

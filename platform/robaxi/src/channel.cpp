@@ -26,6 +26,10 @@ void configureServer(grpc::ServerBuilder& builder) {
     builder.AddChannelArgument(GRPC_ARG_MAX_CONCURRENT_STREAMS,
                                static_cast<int>(2 + 2 * (limits::a_subscriptionsOfSession +
                                                          limits::a_watchedCamerasOfSession)));
+    // With its silence only the session of a client ends that was stopped or has vanished. This
+    // ends the connection under it.
+    constexpr int longestWithoutSession = 2000;  // milliseconds
+    builder.AddChannelArgument(GRPC_ARG_MAX_CONNECTION_IDLE_MS, longestWithoutSession);
 }
 
 }  // namespace robaxi

@@ -9,6 +9,8 @@ namespace {
 
 using Clock = TimerThread::Clock;
 
+constexpr double a_longestPeriod = 86400;  // seconds
+
 bool isRate(double rate) {
     return rate > 0 && rate <= limits::a_highestRate;
 }
@@ -89,8 +91,10 @@ void SubscriptionServer::xSetRate(double rate) {
         xEnd(KVError::Cause::InvalidArgument, "a rate is above 0 to 1000 updates a second");
         return;
     }
+    // A clock cannot hold the period of every rate.
+    const double seconds = std::min(1 / rate, a_longestPeriod);
     const std::lock_guard lock(fMutex);
-    fPeriod = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(1 / rate));
+    fPeriod = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
 }
 
 void SubscriptionServer::valuesChanged() {
