@@ -1,0 +1,432 @@
+// What may happen to a robot, its network and its visitors, and what must be left of it afterwards:
+// nothing. The robot is a process on a host of its own; each fault happens to a visit in full
+// swing, several times over, and neither side may keep descriptors, threads or memory of it.
+#include "lab_network.h"
+#include "robot_process.h"
+
+#include <robaxi/kv_broker.h>
+#include <robaxi/kv_connection.h>
+#include <robaxi/kv_error.h>
+#include <robaxi/kv_proxy.h>
+#include <robaxi/kv_subscription.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <future>
+#include <malloc.h>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using lab::control;
+using obvista_test::ChildProcess;
+using obvista_test::RobotProcess;
+
+constexpr const char* a_host = "walker";
+constexpr const char* a_address = "10.77.50.1";
+constexpr const char* a_otherAddress = "10.77.50.2";
+constexpr int a_port = 9559;
+constexpr int a_timeOut = 5;  // seconds
+constexpr std::chrono::seconds a_patience{30};
+/** Six heartbeats of 250 ms without an answer, and one on its way. */
+constexpr std::chrono::seconds a_longestSilence{2};
+
+bool eventually(const std::function<bool()>& condition) {
+    const auto deadline = Clock::now() + a_patience;
+    while (!condition()) {
+        if (Clock::now() > deadline) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return true;
+}
+
+/** What a process holds. Its memory is known of this process alone, and not under a sanitizer,
+ *  which looks for leaks itself. */
+struct Holdings {
+    std::size_t fDescriptors = 0;
+    std::size_t fThreads = 0;
+    std::size_t fBytes = 0;
+};
+
+std::size_t countEntries(const std::filesystem::path& folder) {
+    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
+}
+
+Holdings holdingsOf(const std::string& process) {
+    const std::filesystem::path folder = "/proc/" + process;
+    return {countEntries(folder / "fd"), countEntries(folder / "task"), 0};
+}
+
+Holdings ownHoldings() {
+    Holdings holdings = holdingsOf("self");
+    const struct mallinfo2 memory = ::mallinfo2();
+    holdings.fBytes = memory.uordblks + memory.hblkhd;
+    return holdings;
+}
+
+/** Threads of pools start as they are needed, and the allocator keeps a little for each. */
+constexpr Holdings a_slack{0, 16, std::size_t{512} * 1024};
+
+bool isBackAt(const Holdings& before, const Holdings& now) {
+    return now.fDescriptors <= before.fDescriptors + a_slack.fDescriptors &&
+           now.fThreads <= before.fThreads + a_slack.fThreads &&
+           now.fBytes <= before.fBytes + a_slack.fBytes;
+}
+
+std::ostream& operator<<(std::ostream& stream, const Holdings& holdings) {
+    return stream << holdings.fDescriptors << " descriptors, " << holdings.fThreads << " threads, "
+                  << holdings.fBytes << " bytes";
+}
+
+/** A program with a connection, a subscription to all values, and eight callers. */
+class Visit : private KVSubscription::Listener {
+  public:
+    Visit()
+        : fConnection(KVConnection::open(fBroker, a_address, a_port, a_timeOut)),
+          fProxy("KVMemory", a_address, a_port, fBroker, a_timeOut, 0) {
+        fConnection->setLostHandler([this](const KVError& error) { xKeepLoss(error); });
+        fSubscription = KVSubscription::start(fConnection, "KVMemory",
+                                              KVSubscription::Selection::AllKeys, a_rate, this);
+        for (int i = 0; i < a_callers; ++i) {
+            fCallers.push_back(std::async(std::launch::async, [this] { return xCall(); }));
+        }
+    }
+
+    ~Visit() override {
+        fConnection->setLostHandler(nullptr);
+        fSubscription->stop();
+        fIsLeaving = true;
+        fProxy.cancel();
+    }
+
+    Visit(const Visit&) = delete;
+    Visit& operator=(const Visit&) = delete;
+
+    bool isInFullSwing() {
+        return waitForUpdates(10) && eventually([this] { return fCalls > 20; });
+    }
+
+    bool waitForUpdates(std::uint64_t count) {
+        const std::uint64_t wanted = fUpdates + count;
+        return eventually([&] { return fUpdates >= wanted; });
+    }
+
+    /** Fails unless the loss is told in time, and every call and the subscription end with it. */
+    void expectLossWithin(std::chrono::milliseconds longest) {
+        {
+            std::unique_lock lock(fMutex);
+            EXPECT_TRUE(fChanged.wait_for(lock, longest, [this] { return fLoss.has_value(); }))
+                << "the loss is not told in time";
+            EXPECT_TRUE(fChanged.wait_for(lock, a_patience, [this] { return fEnd.has_value(); }))
+                << "the subscription does not end";
+        }
+        for (auto& caller : fCallers) {
+            ASSERT_EQ(caller.wait_for(std::chrono::seconds(1)), std::future_status::ready)
+                << "a call does not end";
+            EXPECT_EQ(caller.get(), KVError::Cause::ConnectionLost);
+        }
+        EXPECT_FALSE(fConnection->isConnected());
+    }
+
+  private:
+    static constexpr double a_rate = 50;
+    static constexpr int a_callers = 8;
+
+    void keysAdded(const std::vector<KVKeyInfo>& /*keys*/) override {}
+    void keysRemoved(const std::vector<std::uint32_t>& /*ids*/) override {}
+    void valuesChanged(const std::vector<KVChange>& /*changes*/) override { ++fUpdates; }
+
+    void ended(const KVError& error) override {
+        const std::lock_guard lock(fMutex);
+        fEnd = error;
+        fChanged.notify_all();
+    }
+
+    void xKeepLoss(const KVError& error) {
+        const std::lock_guard lock(fMutex);
+        fLoss = error;
+        fChanged.notify_all();
+    }
+
+    /** Calls until a call fails, and returns why it does. */
+    KVError::Cause xCall() {
+        try {
+            while (!fIsLeaving) {
+                fProxy.callVoid("getData", std::string("Robaxi/Name"));
+                ++fCalls;
+            }
+            return KVError::Cause::Cancelled;
+        } catch (const KVError& error) {
+            return error.cause();
+        }
+    }
+
+    std::atomic<std::uint64_t> fUpdates{0};
+    std::atomic<std::uint64_t> fCalls{0};
+    std::atomic<bool> fIsLeaving{false};
+    std::mutex fMutex;  // guards the next three
+    std::condition_variable fChanged;
+    std::optional<KVError> fLoss;
+    std::optional<KVError> fEnd;
+
+    boost::shared_ptr<KVBroker> fBroker =
+        KVBroker::createBroker("Visitor", "", 0, "", 0, 0, "", false);
+    boost::shared_ptr<KVConnection> fConnection;
+    KVProxy fProxy;
+    boost::shared_ptr<KVSubscription> fSubscription;
+    std::vector<std::future<KVError::Cause>> fCallers;  // first to go, while all else is there
+};
+
+/** A robot with 2,000 values that all change 50 times a second, on a host of its own. */
+class Faults : public testing::Test {
+  protected:
+    void SetUp() override { addHost(); }
+    ~Faults() override { control({"kill", a_host}); }
+
+    /** Makes the robot's host, new to the network. */
+    static void addHost() {
+        // Who was at that address before is remembered here for some seconds.
+        lab::run({"ip", "neighbour", "flush", "dev", "eth0"});
+        control({"add",
+                 a_host,
+                 "--address",
+                 a_address,
+                 "--ready",
+                 "listens on",
+                 "--",
+                 RobotProcess::program(),
+                 "--address",
+                 "0.0.0.0",
+                 "--port",
+                 std::to_string(a_port),
+                 "--http-port",
+                 "0",
+                 "--no-announce",
+                 "--keys",
+                 "2000",
+                 "--changing",
+                 "2000",
+                 "--rate",
+                 "50"});
+    }
+
+    static void killHost() { control({"kill", a_host}); }
+
+    /** Sends the robot's process a signal. */
+    static void signalRobot(const std::string& signal) {
+        control({"exec", a_host, "--", "pkill", "-" + signal, "-x", "robaxi-robot"});
+    }
+
+    /** The robot's process as it is numbered here. */
+    static std::string robotProcess() {
+        const std::string lines = lab::run({"pgrep", "-x", "robaxi-robot"}).fOutput;
+        return lines.substr(0, lines.find('\n'));
+    }
+
+    static void expectConnectError(const std::string& address) {
+        const auto broker = KVBroker::createBroker("Late", "", 0, "", 0, 0, "", false);
+        const auto start = Clock::now();
+        try {
+            KVConnection::open(broker, address, a_port, a_timeOut);
+            ADD_FAILURE() << "there is a robot at " << address;
+        } catch (const KVError& error) {
+            EXPECT_TRUE(error.cause() == KVError::Cause::TimedOut ||
+                        error.cause() == KVError::Cause::NoRoute)
+                << error.toString();
+        }
+        EXPECT_LT(Clock::now() - start, std::chrono::seconds(a_timeOut + 1));
+    }
+
+    static bool canConnect(const std::string& address) {
+        try {
+            const auto broker = KVBroker::createBroker("Back", "", 0, "", 0, 0, "", false);
+            KVProxy proxy("KVMemory", address, a_port, broker, a_timeOut, 0);
+            return proxy.call<std::string>("getData", std::string("Robaxi/Kind")) == "robot";
+        } catch (const KVError&) {
+            return false;
+        }
+    }
+
+    /**
+     * Lets a fault happen to visits in full swing, and mends it, several times over.
+     *
+     * @param mend makes the robot's address reach a robot again
+     */
+    static void expectNothingLeftOf(const std::function<void()>& fault,
+                                    const std::function<void()>& mend,
+                                    std::chrono::milliseconds longest = a_longestSilence) {
+        constexpr int rounds = 2;
+        const auto happen = [&] {
+            Visit visit;
+            ASSERT_TRUE(visit.isInFullSwing());
+            fault();
+            visit.expectLossWithin(longest);
+            mend();
+            ASSERT_TRUE(eventually([] { return canConnect(a_address); }));
+        };
+        happen();
+        const std::string robot = robotProcess();
+        ASSERT_FALSE(robot.empty());
+        const Holdings ownBefore = ownHoldings();
+        const Holdings robotsBefore = awaitRobotWithoutVisitors(robot);
+        for (int round = 0; round < rounds && !HasFatalFailure(); ++round) {
+            happen();
+        }
+        EXPECT_TRUE(eventually([&] { return isBackAt(ownBefore, ownHoldings()); }))
+            << "here: " << ownHoldings() << "; before: " << ownBefore;
+        if (robotProcess() == robot) {
+            EXPECT_TRUE(eventually([&] { return isBackAt(robotsBefore, holdingsOf(robot)); }))
+                << "at the robot: " << holdingsOf(robot) << "; before: " << robotsBefore;
+        }
+    }
+
+    /** What the robot holds when the sessions of visitors that fell silent have ended too. */
+    static Holdings awaitRobotWithoutVisitors(const std::string& robot) {
+        EXPECT_TRUE(eventually([&] { return countConnectionsOf(robot) == 0; }));
+        return holdingsOf(robot);
+    }
+
+    /** Established connections in the robot's network, all of which are the robot's. */
+    static std::size_t countConnectionsOf(const std::string& robot) {
+        std::size_t count = 0;
+        for (const char* table : {"/net/tcp", "/net/tcp6"}) {
+            std::ifstream file("/proc/" + robot + table);
+            for (std::string line; std::getline(file, line);) {
+                constexpr const char* established = " 01 ";
+                count += static_cast<std::size_t>(line.find(established) != std::string::npos);
+            }
+        }
+        return count;
+    }
+
+    static std::size_t residentKilobytes(const std::string& process) {
+        std::ifstream file("/proc/" + process + "/status");
+        std::string word;
+        while (file >> word && word != "VmRSS:") {
+        }
+        std::size_t kilobytes = 0;
+        file >> kilobytes;
+        return kilobytes;
+    }
+};
+
+/** A program on a host of its own that watches all values of the robot. */
+class Visitor {
+  public:
+    /** @param reader what reads its output */
+    explicit Visitor(const std::string& reader) {
+        control({"add", "visitor", "--ready", "watching", "--", "sh", "-c",
+                 std::string("echo watching; ") + ROBAXI_TOOL + " watch --rate 1000 " + a_address +
+                     " 'Load/*' | " + reader});
+    }
+    ~Visitor() { control({"kill", "visitor"}); }
+    Visitor(const Visitor&) = delete;
+    Visitor& operator=(const Visitor&) = delete;
+
+    /** Nothing of its end reaches the robot. */
+    static void pullCable() { control({"link", "visitor", "down"}); }
+    static void stop() { control({"exec", "visitor", "--", "pkill", "-STOP", "-x", "robaxi"}); }
+};
+
+}  // namespace
+
+TEST_F(Faults, ARobotIsKilledAndStartsAgainOnTheSamePort) {
+    std::unique_ptr<ChildProcess> restarted;
+    const auto restart = [&restarted] {
+        restarted = std::make_unique<ChildProcess>(std::vector<std::string>{
+            std::string(std::getenv("OBVISTA_LAB")) + "/ctl", "exec", a_host, "--",
+            RobotProcess::program(), "--address", "0.0.0.0", "--port", std::to_string(a_port),
+            "--http-port", "0", "--no-announce", "--keys", "2000", "--changing", "2000"});
+        ASSERT_TRUE(restarted->waitForOutput("listens on")) << restarted->errors();
+    };
+    expectNothingLeftOf([] { signalRobot("KILL"); }, restart, std::chrono::seconds(1));
+}
+
+TEST_F(Faults, ARobotIsStoppedAndGoesOn) {
+    expectNothingLeftOf([] { signalRobot("STOP"); }, [] { signalRobot("CONT"); });
+}
+
+TEST_F(Faults, ACableIsPulledAndPluggedInAgain) {
+    expectNothingLeftOf(
+        [] {
+            control({"link", a_host, "down"});
+        },
+        [] {
+            expectConnectError(a_address);
+            control({"link", a_host, "up"});
+        });
+}
+
+TEST_F(Faults, ARobotComesBackThatKnowsNothingOfTheConnection) {
+    expectNothingLeftOf(
+        [] {
+            control({"link", a_host, "down"});
+            killHost();
+            addHost();
+        },
+        [] {});
+}
+
+TEST_F(Faults, AnAddressChangesAndChangesBack) {
+    expectNothingLeftOf(
+        [] {
+            control({"address", a_host, a_otherAddress});
+        },
+        [] {
+            EXPECT_TRUE(eventually([] { return canConnect(a_otherAddress); }));
+            expectConnectError(a_address);
+            control({"address", a_host, a_address});
+        });
+}
+
+TEST_F(Faults, AVisitorVanishesWithoutAWord) {
+    const std::string robot = robotProcess();
+    const Holdings before = holdingsOf(robot);
+    for (int round = 0; round < 2; ++round) {
+        const Visitor visitor("cat >/dev/null");
+        ASSERT_TRUE(eventually([&] { return countConnectionsOf(robot) != 0; }));
+        Visitor::pullCable();
+        EXPECT_TRUE(eventually([&] { return countConnectionsOf(robot) == 0; }));
+    }
+    EXPECT_TRUE(eventually([&] { return isBackAt(before, holdingsOf(robot)); }))
+        << holdingsOf(robot) << "; before: " << before;
+}
+
+TEST_F(Faults, AVisitorStops) {
+    const std::string robot = robotProcess();
+    const Holdings before = holdingsOf(robot);
+    const Visitor visitor("cat >/dev/null");
+    ASSERT_TRUE(eventually([&] { return countConnectionsOf(robot) != 0; }));
+    Visitor::stop();
+    EXPECT_TRUE(eventually([&] { return countConnectionsOf(robot) == 0; }));
+    EXPECT_TRUE(eventually([&] { return isBackAt(before, holdingsOf(robot)); }))
+        << holdingsOf(robot) << "; before: " << before;
+}
+
+TEST_F(Faults, AVisitorReadsTooSlowly) {
+    const std::string robot = robotProcess();
+    const Visitor slow("{ sleep 1000; cat; }");
+    ASSERT_TRUE(eventually([&] { return countConnectionsOf(robot) != 0; }));
+    Visit quick;
+    ASSERT_TRUE(quick.isInFullSwing());
+    const std::size_t before = residentKilobytes(robot);
+    // Three seconds, in which 300,000 values changed: five megabytes, were they kept.
+    ASSERT_TRUE(quick.waitForUpdates(150));
+    constexpr std::size_t mostKilobytes = 2048;
+    EXPECT_LT(residentKilobytes(robot), before + mostKilobytes);
+    EXPECT_EQ(countConnectionsOf(robot), 2U) << "slowness is no loss";
+}
