@@ -15,6 +15,12 @@ std::shared_ptr<grpc::Channel> createChannel(const std::string& target) {
     // Otherwise brokers of one process that reach the same robot share a connection, and the end
     // of one broker's would be the end of the other's.
     arguments.SetInt(GRPC_ARG_USE_LOCAL_SUBCHANNEL_POOL, 1);
+    // A fixed window for each stream in place of one that gRPC widens as it measures the network:
+    // pictures then queue up nowhere for long, so that calls do not wait behind them, and are read
+    // while they are still in the processor's cache, which halves what they cost.
+    arguments.SetInt(GRPC_ARG_HTTP2_BDP_PROBE, 0);
+    arguments.SetInt(GRPC_ARG_HTTP2_STREAM_LOOKAHEAD_BYTES,
+                     static_cast<int>(limits::a_streamWindow));
     return grpc::CreateCustomChannel(target, grpc::InsecureChannelCredentials(), arguments);
 }
 
