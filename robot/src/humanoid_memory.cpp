@@ -25,6 +25,11 @@ void HumanoidMemory::update(std::uint64_t step) {
     xShow();
 }
 
+Pose HumanoidMemory::pose() const {
+    const std::lock_guard lock(fMutex);
+    return fModel.pose(fStep, fInputs);
+}
+
 void HumanoidMemory::startLeds(double duration) {
     const std::lock_guard lock(fMutex);
     fModel.startLeds(duration, fStep, fInputs);

@@ -27,6 +27,9 @@ class HumanoidMemory : public MemorySource {
     std::chrono::microseconds period() const override { return a_stepPeriod; }
     void update(std::uint64_t step) override;
 
+    /** How the humanoid stands now; from any thread. */
+    Pose pose() const;
+
     /**
      * Starts the LED animation; one that runs already gives way to it.
      *
@@ -41,7 +44,7 @@ class HumanoidMemory : public MemorySource {
     const HumanoidModel fModel;
     boost::shared_ptr<KVValueTable> fTable;
     std::vector<std::uint32_t> fIds;
-    std::mutex fMutex;  // guards the members below, and keeps the table in their order
+    mutable std::mutex fMutex;  // guards the members below, and keeps the table in their order
     std::uint64_t fStep = 0;
     HumanoidInputs fInputs;
 };

@@ -40,6 +40,10 @@ std::vector<KVValue> HumanoidModel::evaluate(std::uint64_t step,
     return values;
 }
 
+Pose HumanoidModel::pose(std::uint64_t step, const HumanoidInputs& inputs) const {
+    return poseOf(fBody, stepTime(step), inputs);
+}
+
 void HumanoidModel::write(const std::string& name, const KVValue& value, std::uint64_t step,
                           HumanoidInputs& inputs) const {
     const auto key = fWritable.find(name);

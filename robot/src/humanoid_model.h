@@ -2,6 +2,7 @@
 #define OBVISTA_ROBOT_HUMANOID_MODEL_H
 
 #include "humanoid_channels.h"
+#include "pose.h"
 
 #include <robaxi/kv_value.h>
 #include <robaxi/kv_value_table.h>
@@ -36,6 +37,9 @@ class HumanoidModel {
      */
     void write(const std::string& name, const KVValue& value, std::uint64_t step,
                HumanoidInputs& inputs) const;
+
+    /** How it stands at a step. */
+    Pose pose(std::uint64_t step, const HumanoidInputs& inputs) const;
 
     /** Starts a LED animation at a step. @throws KVError for a duration out of range */
     void startLeds(double duration, std::uint64_t step, HumanoidInputs& inputs) const;

@@ -53,6 +53,7 @@ po::options_description describedOptions() {
         ("rate", po::value<double>()->default_value(50, "50"),
          "how often these change in a second, 0.1 to 1000")
         ("hostile", "also serve values that a viewer must bear: markup, 10 MB texts and worse")
+        ("no-video", "serve no cameras: there is no module KVVideo")
         ("no-middleware", "do not run the middleware: only announce, and serve HTTP")
         ("http-port", po::value<int>()->default_value(80),
          "port of the web page and the icon; 0 for none")
@@ -141,6 +142,7 @@ Options toOptions(const po::variables_map& given) {
     options.fSeed = toSeed(given["seed"].as<std::string>());
     options.fLoad = toLoad(given);
     options.fHostile = given.count("hostile") != 0;
+    options.fVideo = given.count("no-video") == 0;
     options.fMiddleware = given.count("no-middleware") == 0;
     options.fHttpPort = toPort(given, "http-port", 0);
     options.fIcon = given["icon"].as<std::string>();

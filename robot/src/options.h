@@ -26,6 +26,7 @@ struct Options {
     int fSimPort = 0;  ///< a second port with "KVSim" alone; 0 for none
     std::uint64_t fSeed = 0;
     Load fLoad;             ///< instead of the values of its kind, when it has keys
+    bool fVideo = true;     ///< cameras
     bool fHostile = false;  ///< values that viewers must bear, too
 };
 

@@ -7,6 +7,7 @@
 #include "modules.h"
 #include "safe_text.h"
 #include "table_keys.h"
+#include "video/makers.h"
 
 #include <robaxi/kv_error.h>
 
@@ -47,6 +48,16 @@ std::string installedIcon(Kind kind) {
     return folder / (kind == Kind::Robot ? "buddy.png" : "computer.png");
 }
 
+/** How the humanoid stands whose values are not served. */
+std::function<Pose()> movingBody(std::uint64_t seed) {
+    const auto body = std::make_shared<const HumanoidBody>(seed);
+    const auto start = std::chrono::steady_clock::now();
+    return [body, start] {
+        const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
+        return poseOf(*body, time.count(), HumanoidInputs());
+    };
+}
+
 MainLoop::Clock::duration toDuration(double seconds) {
     return std::chrono::duration_cast<MainLoop::Clock::duration>(
         std::chrono::duration<double>(seconds));
@@ -62,6 +73,7 @@ Robot::Robot(const Options& options, MainLoop& loop, Output output)
     fState.fAnnounced = fOptions.fAnnounce;
     xAddIdentity();
     xMakeMemories();
+    xMakeVideo();
     xMakeModules();
     xStartWebServer();
     xStartAnnouncer();
@@ -128,6 +140,13 @@ void Robot::setIcon(IconTrouble trouble) {
     fWebServer->setIconTrouble(trouble);
 }
 
+void Robot::setCamera(const std::string& camera, FrameTrouble trouble) {
+    if (!fVideo) {
+        throw refusal("This robot has no cameras: it was started with --no-video.");
+    }
+    fVideo->setTrouble(camera, trouble);
+}
+
 SimControls::State Robot::getState() const {
     const std::lock_guard lock(fStateMutex);
     State state = fState;
@@ -159,7 +178,24 @@ void Robot::xMakeHumanoid() {
     auto memory = std::make_unique<HumanoidMemory>(fOptions.fSeed, fTable);
     fModules.push_back(
         makeLedsModule([leds = memory.get()](double duration) { leds->startLeds(duration); }));
+    fPose = [memory = memory.get()] { return memory->pose(); };
     fMemories.push_back(std::move(memory));
+}
+
+void Robot::xMakeVideo() {
+    if (!fOptions.fVideo) {
+        return;
+    }
+    fVideo = std::make_unique<Video>(xMakeCameras());
+    fModules.push_back(fVideo->module());
+}
+
+std::vector<std::unique_ptr<Camera>> Robot::xMakeCameras() const {
+    if (fOptions.fKind == Kind::Robot) {
+        return makeHumanoidCameras(fPose ? fPose : movingBody(fOptions.fSeed));
+    }
+    return makeComputerCameras(
+        [complain = fOutput.fComplain](const std::string& line) { complain(oneLine(line)); });
 }
 
 void Robot::xMakeModules() {

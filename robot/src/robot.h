@@ -5,8 +5,10 @@
 #include "main_loop.h"
 #include "memory_source.h"
 #include "options.h"
+#include "pose.h"
 #include "sim_module.h"
 #include "ticker.h"
+#include "video/video.h"
 #include "web_page.h"
 #include "web_server.h"
 
@@ -56,11 +58,14 @@ class Robot : private SimControls {
     void setAnnounced(bool on) override;
     void setAddress(const std::string& address) override;
     void setIcon(IconTrouble trouble) override;
+    void setCamera(const std::string& camera, FrameTrouble trouble) override;
     State getState() const override;
 
     void xAddIdentity();
     void xMakeMemories();
     void xMakeHumanoid();
+    void xMakeVideo();
+    std::vector<std::unique_ptr<Camera>> xMakeCameras() const;
     void xMakeModules();
     void xStartWebServer();
     std::string xReadIcon() const;
@@ -78,6 +83,8 @@ class Robot : private SimControls {
     const Output fOutput;
     boost::shared_ptr<KVValueTable> fTable;
     std::vector<std::unique_ptr<MemorySource>> fMemories;
+    std::function<Pose()> fPose;  // of a robot
+    std::unique_ptr<Video> fVideo;
     boost::shared_ptr<KVModule> fSimModule;
     std::vector<boost::shared_ptr<KVModule>> fModules;
     mutable std::mutex fStateMutex;  // guards fState

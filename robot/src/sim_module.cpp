@@ -25,6 +25,15 @@ IconTrouble toTrouble(const std::string& word) {
     return *trouble;
 }
 
+FrameTrouble toFrameTrouble(const std::string& word) {
+    const std::optional<FrameTrouble> trouble = frameTroubleNamed(word);
+    if (!trouble) {
+        throw KVError(KVError::Cause::RaisedByModule,
+                      "A camera can be " + frameTroubleNames() + "; not '" + oneLine(word) + "'.");
+    }
+    return *trouble;
+}
+
 const std::string& toAddress(const std::string& text) {
     in_addr address{};
     if (!text.empty() && inet_pton(AF_INET, text.c_str(), &address) != 1) {
@@ -82,6 +91,13 @@ boost::shared_ptr<KVModule> makeSimModule(SimControls* controls) {
           "How the icon is served from now on: " + iconTroubleNames() + "."},
          KVValue::Type::String,
          [controls](const KVValue& trouble) { controls->setIcon(toTrouble(trouble.toString())); });
+    module->bindMethod(
+        {"setCamera", "setCamera(camera: string, trouble: string)",
+         "What a camera does from now on: " + frameTroubleNames() + "."},
+        {KVValue::Type::String, KVValue::Type::String}, [controls](const KVValue::List& arguments) {
+            controls->setCamera(arguments[0].toString(), toFrameTrouble(arguments[1].toString()));
+            return KVValue();
+        });
     module->bindMethod(
         {"getState", "getState() -> map", "What is wrong at present."}, {},
         [controls](const KVValue::List&) { return stateAsValue(controls->getState()); });

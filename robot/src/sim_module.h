@@ -2,6 +2,7 @@
 #define OBVISTA_ROBOT_SIM_MODULE_H
 
 #include "icon.h"
+#include "video/frame_trouble.h"
 
 #include <robaxi/kv_module.h>
 
@@ -29,6 +30,7 @@ class SimControls {
     virtual void setAnnounced(bool on) = 0;
     virtual void setAddress(const std::string& address) = 0;
     virtual void setIcon(IconTrouble trouble) = 0;
+    virtual void setCamera(const std::string& camera, FrameTrouble trouble) = 0;
     ///@}
     virtual State getState() const = 0;
 };

@@ -76,6 +76,8 @@ TEST_F(OptionsTest, takesALoadOfWhichATenthChangesUnlessToldOtherwise) {
     EXPECT_EQ(parsed({"--keys", "200"}).fLoad.fChanging, 20);
     EXPECT_EQ(parsed({"--keys", "200"}).fLoad.fRate, 50);
     EXPECT_TRUE(parsed({"--hostile"}).fHostile);
+    EXPECT_TRUE(parsed({}).fVideo);
+    EXPECT_FALSE(parsed({"--no-video"}).fVideo);
 }
 
 TEST_F(OptionsTest, helpNamesEveryOptionAndEndsWithStatusZero) {
@@ -84,9 +86,10 @@ TEST_F(OptionsTest, helpNamesEveryOptionAndEndsWithStatusZero) {
     EXPECT_EQ(result.fExitStatus, 0);
     EXPECT_EQ(fErrors.str(), "");
     EXPECT_THAT(fOutput.str(), StartsWith("Usage: robaxi-robot"));
-    for (const char* option : {"--help", "--kind", "--name", "--address", "--port", "--seed",
-                               "--no-middleware", "--http-port", "--icon", "--no-announce",
-                               "--sim-port", "--keys", "--changing", "--rate", "--hostile"}) {
+    for (const char* option :
+         {"--help", "--kind", "--name", "--address", "--port", "--seed", "--no-middleware",
+          "--http-port", "--icon", "--no-announce", "--sim-port", "--keys", "--changing", "--rate",
+          "--hostile", "--no-video"}) {
         EXPECT_THAT(fOutput.str(), HasSubstr(option));
     }
 }

@@ -91,7 +91,8 @@ TEST_F(RobotProcessTest, reportsItsNameAndModules) {
         UnorderedElementsAre(
             AllOf(Field(&KVModuleInfo::fName, "KVMemory"), Field(&KVModuleInfo::fHasValues, true)),
             Field(&KVModuleInfo::fName, "KVLeds"), Field(&KVModuleInfo::fName, "KVBallamor"),
-            Field(&KVModuleInfo::fName, "KVSim")));
+            Field(&KVModuleInfo::fName, "KVSim"),
+            AllOf(Field(&KVModuleInfo::fName, "KVVideo"), Field(&KVModuleInfo::fHasFrames, true))));
 }
 
 TEST_F(RobotProcessTest, memoryIsReadAndWritten) {

@@ -1,0 +1,7 @@
+#include "video/camera.h"
+
+namespace robot {
+
+Camera::~Camera() = default;
+
+}  // namespace robot

@@ -1,0 +1,311 @@
+#include "video/device_camera.h"
+
+#include "clock.h"
+#include "video/frame_encoder.h"
+#include "video/frame_pool.h"
+#include "video/gstreamer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <gst/app/gstappsink.h>
+#include <gst/video/video.h>
+#include <utility>
+
+namespace robot {
+
+namespace {
+
+constexpr const char* a_sinkName = "frames";
+constexpr double a_bestRate = 30;
+
+bool offers(const CaptureMode& mode, const CameraSettings& settings) {
+    return mode.fWidth == settings.fWidth && mode.fHeight == settings.fHeight &&
+           std::find(mode.fRates.begin(), mode.fRates.end(), settings.fRate) != mode.fRates.end();
+}
+
+/** Whether to take JPEGs from the device: those that are wanted, or for want of pixels. */
+bool takesJpeg(const CaptureDevice& device, const CameraSettings& settings) {
+    const auto has = [&](bool jpeg) {
+        return std::any_of(device.fModes.begin(), device.fModes.end(),
+                           [&](const CaptureMode& mode) {
+                               return mode.fIsJpeg == jpeg && offers(mode, settings);
+                           });
+    };
+    return has(true) && (settings.fFormat == KVPixelFormat::Jpeg || !has(false));
+}
+
+/** Whether GStreamer hands over pixels, of which FrameEncoder makes what is wanted: GStreamer's own
+ *  conversion between kinds of YUV does not mind the range of the values. */
+bool isEncodedHere(const CaptureDevice& device, const CameraSettings& settings) {
+    return settings.fFormat == KVPixelFormat::Grey8 ||
+           (settings.fFormat == KVPixelFormat::Jpeg && !takesJpeg(device, settings));
+}
+
+std::string rateText(double rate) {
+    int numerator = 0;
+    int denominator = 1;
+    gst_util_double_to_fraction(rate, &numerator, &denominator);
+    return std::to_string(numerator) + '/' + std::to_string(denominator);
+}
+
+/** From decoded pixels to those that are wanted, or those that FrameEncoder takes. */
+const char* conversionTo(KVPixelFormat format) {
+    switch (format) {
+        case KVPixelFormat::Rgb888:
+            return " ! videoconvert ! video/x-raw,format=RGB";
+        case KVPixelFormat::Yuv422:
+            return " ! videoconvert ! video/x-raw,format=YUY2,colorimetry=bt601";
+        default:
+            return " ! videoconvert ! video/x-raw,format=RGBx";
+    }
+}
+
+std::vector<CameraMode> modesOf(const CaptureDevice& device) {
+    std::vector<CameraMode> modes;
+    for (const CaptureMode& captured : device.fModes) {
+        const auto known = std::find_if(modes.begin(), modes.end(), [&](const CameraMode& mode) {
+            return mode.fWidth == captured.fWidth && mode.fHeight == captured.fHeight;
+        });
+        if (known == modes.end()) {
+            modes.push_back({captured.fWidth,
+                             captured.fHeight,
+                             {KVPixelFormat::Rgb888, KVPixelFormat::Yuv422, KVPixelFormat::Grey8,
+                              KVPixelFormat::Jpeg},
+                             captured.fRates});
+            continue;
+        }
+        std::vector<double> rates;
+        std::set_union(known->fRates.begin(), known->fRates.end(), captured.fRates.begin(),
+                       captured.fRates.end(), std::back_inserter(rates));
+        known->fRates = rates;
+    }
+    std::sort(modes.begin(), modes.end(), [](const CameraMode& a, const CameraMode& b) {
+        return a.fWidth * a.fHeight < b.fWidth * b.fHeight;
+    });
+    return modes;
+}
+
+/** The mode next to 640x480 at thirty a second. */
+CameraSettings firstSettings(const std::vector<CameraMode>& modes) {
+    constexpr int pixels = 640 * 480;
+    const CameraMode& mode =
+        *std::min_element(modes.begin(), modes.end(), [](const CameraMode& a, const CameraMode& b) {
+            return std::abs(a.fWidth * a.fHeight - pixels) <
+                   std::abs(b.fWidth * b.fHeight - pixels);
+        });
+    const double rate = *std::min_element(
+        mode.fRates.begin(), mode.fRates.end(),
+        [](double a, double b) { return std::abs(a - a_bestRate) < std::abs(b - a_bestRate); });
+    return {mode.fWidth, mode.fHeight, KVPixelFormat::Jpeg, rate};
+}
+
+}  // namespace
+
+std::string captureDescription(const CaptureDevice& device, const CameraSettings& settings) {
+    const bool jpeg = takesJpeg(device, settings);
+    const std::string size = ",width=" + std::to_string(settings.fWidth) +
+                             ",height=" + std::to_string(settings.fHeight) +
+                             ",framerate=" + rateText(settings.fRate);
+    std::string description = device.fSource + " ! ";
+    if (!jpeg) {
+        description += "video/x-raw" + size + conversionTo(settings.fFormat);
+    } else if (settings.fFormat == KVPixelFormat::Jpeg) {
+        description += "image/jpeg" + size;
+    } else {
+        description += "image/jpeg" + size + " ! jpegdec" + conversionTo(settings.fFormat);
+    }
+    // What cannot be handed over at once is given up for the next frame.
+    return description + " ! appsink sync=false max-buffers=1 drop=true name=" + a_sinkName;
+}
+
+/** GStreamer at work, from the device to the sink. */
+class DeviceCamera::Pipeline {
+  public:
+    Pipeline(const CaptureDevice& device, const CameraSettings& settings, std::uint64_t number,
+             Sink sink, std::function<void(const std::string&)> complain)
+        : fSettings(settings),
+          fIsEncodedHere(isEncodedHere(device, settings)),
+          fNumber(number),
+          fFrameSink(std::move(sink)),
+          fComplain(std::move(complain)) {
+        GError* raw = nullptr;
+        fPipeline.reset(gst_parse_launch(captureDescription(device, settings).c_str(), &raw));
+        const GStreamerPointer<GError> error(raw);
+        if (error) {
+            fComplain("a camera cannot be used: " + std::string(error->message));
+            fPipeline.reset();
+            return;
+        }
+        const GStreamerPointer<GstBus> bus(gst_element_get_bus(fPipeline.get()));
+        gst_bus_set_sync_handler(bus.get(), xOnMessage, this, nullptr);
+        const GStreamerPointer<GstElement> last(
+            gst_bin_get_by_name(GST_BIN(fPipeline.get()), a_sinkName));
+        GstAppSinkCallbacks callbacks{};
+        callbacks.new_sample = xOnSample;
+        gst_app_sink_set_callbacks(GST_APP_SINK(last.get()), &callbacks, this, nullptr);
+        gst_element_set_state(fPipeline.get(), GST_STATE_PLAYING);
+    }
+
+    ~Pipeline() { end(); }
+
+    Pipeline(const Pipeline&) = delete;
+    Pipeline& operator=(const Pipeline&) = delete;
+
+    /** Returns when the sink is not being called any more. @return number of the last frame */
+    std::uint64_t end() {
+        if (fPipeline) {
+            gst_element_set_state(fPipeline.get(), GST_STATE_NULL);
+            const GStreamerPointer<GstBus> bus(gst_element_get_bus(fPipeline.get()));
+            gst_bus_set_sync_handler(bus.get(), nullptr, nullptr, nullptr);
+            fPipeline.reset();
+        }
+        return fNumber;
+    }
+
+  private:
+    static GstBusSyncReply xOnMessage(GstBus*, GstMessage* message, gpointer self) {
+        if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
+            GError* raw = nullptr;
+            gst_message_parse_error(message, &raw, nullptr);
+            const GStreamerPointer<GError> error(raw);
+            static_cast<Pipeline*>(self)->fComplain("a camera failed: " +
+                                                    std::string(error->message));
+        }
+        gst_message_unref(message);
+        return GST_BUS_DROP;
+    }
+
+    static GstFlowReturn xOnSample(GstAppSink* sink, gpointer self) {
+        const GStreamerPointer<GstSample> sample(gst_app_sink_pull_sample(sink));
+        if (sample) {
+            static_cast<Pipeline*>(self)->xTake(sample.get());
+        }
+        return GST_FLOW_OK;
+    }
+
+    void xTake(GstSample* sample) {
+        GstBuffer* const buffer = gst_sample_get_buffer(sample);
+        GstMapInfo map{};
+        if (buffer == nullptr || gst_buffer_map(buffer, &map, GST_MAP_READ) == FALSE) {
+            return;
+        }
+        const std::size_t stride = strideOf(sample);
+        KVFrame frame = fIsEncodedHere ? xEncode(map, stride) : xCopy(map, stride);
+        frame.fNumber = ++fNumber;
+        frame.fTime = microsecondsNow() - xAge(buffer);
+        gst_buffer_unmap(buffer, &map);
+        fFrameSink(frame);
+    }
+
+    /** Copied, since the driver has few buffers and wants them back. */
+    KVFrame xCopy(const GstMapInfo& map, std::size_t stride) {
+        const std::shared_ptr<unsigned char> bytes = fPool.take(map.size);
+        std::memcpy(bytes.get(), map.data, map.size);
+        KVFrame frame;
+        frame.fWidth = static_cast<std::uint32_t>(fSettings.fWidth);
+        frame.fHeight = static_cast<std::uint32_t>(fSettings.fHeight);
+        frame.fFormat = fSettings.fFormat;
+        frame.fStride = static_cast<std::uint32_t>(stride);
+        frame.fSize = map.size;
+        frame.fData = bytes;
+        return frame;
+    }
+
+    KVFrame xEncode(const GstMapInfo& map, std::size_t stride) {
+        fCanvas.resize(fSettings.fWidth, fSettings.fHeight);
+        const std::size_t row = sizeof(Colour) * static_cast<std::size_t>(fSettings.fWidth);
+        for (int y = 0; y < fSettings.fHeight; ++y) {
+            std::memcpy(fCanvas.row(y), map.data + stride * static_cast<std::size_t>(y), row);
+        }
+        return fEncoder.encode(fCanvas, fSettings.fFormat);
+    }
+
+    /** Microseconds since the picture was taken. */
+    std::int64_t xAge(GstBuffer* buffer) const {
+        constexpr std::int64_t nanoseconds = 1000;
+        const GstClockTime now = gst_element_get_current_running_time(fPipeline.get());
+        const GstClockTime taken = GST_BUFFER_PTS(buffer);
+        if (!GST_CLOCK_TIME_IS_VALID(now) || !GST_CLOCK_TIME_IS_VALID(taken) || taken > now) {
+            return 0;
+        }
+        return static_cast<std::int64_t>(now - taken) / nanoseconds;
+    }
+
+    /** Bytes from one row to the next; 0 for a JPEG. */
+    static std::size_t strideOf(GstSample* sample) {
+        GstCaps* const caps = gst_sample_get_caps(sample);
+        GstVideoInfo info;
+        if (gst_structure_has_name(gst_caps_get_structure(caps, 0), "video/x-raw") == FALSE ||
+            gst_video_info_from_caps(&info, caps) == FALSE) {
+            return 0;
+        }
+        return static_cast<std::size_t>(GST_VIDEO_INFO_PLANE_STRIDE(&info, 0));
+    }
+
+    const CameraSettings fSettings;
+    const bool fIsEncodedHere;
+    std::uint64_t fNumber;  // of the streaming thread while it runs
+    const Sink fFrameSink;
+    const std::function<void(const std::string&)> fComplain;
+    FramePool fPool;
+    Canvas fCanvas;
+    FrameEncoder fEncoder;
+    GStreamerPointer<GstElement> fPipeline;
+};
+
+DeviceCamera::DeviceCamera(const std::string& name, const CaptureDevice& device,
+                           std::function<void(const std::string&)> complain)
+    : Camera({name, device.fText, modesOf(device)}),
+      fDevice(device),
+      fComplain(std::move(complain)),
+      fSettings(firstSettings(description().fModes)) {
+    startGStreamer();
+}
+
+DeviceCamera::~DeviceCamera() = default;
+
+CameraSettings DeviceCamera::settings() const {
+    const std::lock_guard lock(fMutex);
+    return fSettings;
+}
+
+void DeviceCamera::apply(const CameraSettings& settings) {
+    const std::lock_guard lock(fMutex);
+    if (settings == fSettings) {
+        return;
+    }
+    fSettings = settings;
+    if (fSink) {
+        xStartPipeline();
+    }
+}
+
+void DeviceCamera::start(Sink sink) {
+    const std::lock_guard lock(fMutex);
+    if (fSink) {
+        return;
+    }
+    fSink = std::move(sink);
+    xStartPipeline();
+}
+
+void DeviceCamera::stop() {
+    const std::lock_guard lock(fMutex);
+    fSink = {};
+    xEndPipeline();
+}
+
+void DeviceCamera::xStartPipeline() {
+    xEndPipeline();
+    fPipeline = std::make_unique<Pipeline>(fDevice, fSettings, fNumber, fSink, fComplain);
+}
+
+void DeviceCamera::xEndPipeline() {
+    if (fPipeline) {
+        fNumber = fPipeline->end();
+        fPipeline.reset();
+    }
+}
+
+}  // namespace robot

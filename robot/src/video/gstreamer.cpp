@@ -1,0 +1,26 @@
+#include "video/gstreamer.h"
+
+#include <stdexcept>
+#include <string>
+
+namespace robot {
+
+namespace {
+
+bool start() {
+    GError* raw = nullptr;
+    if (gst_init_check(nullptr, nullptr, &raw) != FALSE) {
+        return true;
+    }
+    const GStreamerPointer<GError> error(raw);
+    throw std::runtime_error("GStreamer does not start: " +
+                             std::string(error ? error->message : "no reason is given"));
+}
+
+}  // namespace
+
+void startGStreamer() {
+    [[maybe_unused]] static const bool started = start();
+}
+
+}  // namespace robot

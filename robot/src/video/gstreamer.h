@@ -1,0 +1,30 @@
+#ifndef OBVISTA_ROBOT_VIDEO_GSTREAMER_H
+#define OBVISTA_ROBOT_VIDEO_GSTREAMER_H
+
+#include <gst/gst.h>
+#include <memory>
+
+namespace robot {
+
+/** Starts GStreamer once for the whole program. @throws std::runtime_error */
+void startGStreamer();
+
+/** Gives GStreamer's things back. */
+struct GStreamerEnd {
+    void operator()(GstBus* bus) const { gst_object_unref(bus); }
+    void operator()(GstCaps* caps) const { gst_caps_unref(caps); }
+    void operator()(GstDevice* device) const { gst_object_unref(device); }
+    void operator()(GstDeviceMonitor* monitor) const { gst_object_unref(monitor); }
+    void operator()(GstElement* element) const { gst_object_unref(element); }
+    void operator()(GstSample* sample) const { gst_sample_unref(sample); }
+    void operator()(GstStructure* structure) const { gst_structure_free(structure); }
+    void operator()(GError* error) const { g_error_free(error); }
+    void operator()(gchar* text) const { g_free(text); }
+};
+
+template <class Thing>
+using GStreamerPointer = std::unique_ptr<Thing, GStreamerEnd>;
+
+}  // namespace robot
+
+#endif

@@ -1,0 +1,32 @@
+#ifndef OBVISTA_ROBOT_VIDEO_MAKERS_H
+#define OBVISTA_ROBOT_VIDEO_MAKERS_H
+
+#include "pose.h"
+#include "video/camera.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace robot {
+
+/**
+ * The humanoid's cameras: "head" and "chest".
+ *
+ * @param pose how it stands now; called from the cameras' threads
+ */
+std::vector<std::unique_ptr<Camera>> makeHumanoidCameras(std::function<Pose()> pose);
+
+/**
+ * The cameras of this computer: "camera0" and so on, or "test" with a test picture where it has
+ * none.
+ *
+ * @param complain told what fails, on any thread
+ */
+std::vector<std::unique_ptr<Camera>> makeComputerCameras(
+    const std::function<void(const std::string&)>& complain);
+
+}  // namespace robot
+
+#endif

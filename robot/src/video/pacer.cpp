@@ -1,0 +1,43 @@
+#include "video/pacer.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace robot {
+
+namespace {
+
+Pacer::Clock::duration toDuration(double seconds) {
+    return std::chrono::duration_cast<Pacer::Clock::duration>(
+        std::chrono::duration<double>(seconds));
+}
+
+}  // namespace
+
+void Pacer::start(Clock::time_point now, double rate) {
+    fStart = now;
+    fRate = rate;
+    fStep = 0;
+}
+
+void Pacer::setRate(Clock::time_point now, double rate) {
+    if (rate == fRate) {
+        return;
+    }
+    const auto last = fStart + toDuration(static_cast<double>(fStep - 1) / fRate);
+    start(std::max(last + toDuration(1 / rate), now), rate);
+}
+
+Pacer::Clock::time_point Pacer::due() const {
+    return fStart + toDuration(static_cast<double>(fStep) / fRate);
+}
+
+std::uint64_t Pacer::take(Clock::time_point now) {
+    const std::chrono::duration<double> passed = now - fStart;
+    const auto present = static_cast<std::int64_t>(std::floor(passed.count() * fRate));
+    const std::int64_t leftOut = std::max(present - fStep, std::int64_t{0});
+    fStep += leftOut + 1;
+    return static_cast<std::uint64_t>(leftOut);
+}
+
+}  // namespace robot

@@ -1,0 +1,17 @@
+#ifndef OBVISTA_ROBOT_VIDEO_TEST_CARD_H
+#define OBVISTA_ROBOT_VIDEO_TEST_CARD_H
+
+#include "video/canvas.h"
+
+namespace robot {
+
+/**
+ * Draws colour bars, steps of grey and a line that moves, for a computer without a camera.
+ *
+ * @param time seconds, moves the line: from left to right in four of them
+ */
+void drawTestCard(Canvas& canvas, double time);
+
+}  // namespace robot
+
+#endif

@@ -1,0 +1,379 @@
+#include "frame_stamp.h"
+#include "robot_process.h"
+
+#include <robaxi/kv_broker.h>
+#include <robaxi/kv_connection.h>
+#include <robaxi/kv_error.h>
+#include <robaxi/kv_frame_stream.h>
+#include <robaxi/kv_proxy.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <optional>
+
+using obvista_test::ChildProcess;
+using obvista_test::FrameStamp;
+using obvista_test::RobotProcess;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+constexpr int a_timeOut = 20;  // seconds; generous, since the machine may be busy
+
+/** Watches a camera. */
+class Watch : public KVFrameStream::Listener {
+  public:
+    void frameReceived(const KVFrame& frame, std::uint64_t) override {
+        const std::lock_guard lock(fMutex);
+        fNewest = frame;
+        ++fCount;
+        fChanged.notify_all();
+    }
+
+    void ended(const KVError& error) override {
+        const std::lock_guard lock(fMutex);
+        fEnd = error;
+        fChanged.notify_all();
+    }
+
+    /** Waits for a frame that meets a condition. */
+    KVFrame waitFor(const std::function<bool(const KVFrame&)>& condition) {
+        std::unique_lock lock(fMutex);
+        EXPECT_TRUE(fChanged.wait_for(lock, ChildProcess::a_patience,
+                                      [&] { return fNewest.fData && condition(fNewest); }));
+        return fNewest;
+    }
+
+    /** Waits for one more frame than there are now. */
+    KVFrame waitForNext() {
+        std::unique_lock lock(fMutex);
+        const int before = fCount;
+        EXPECT_TRUE(
+            fChanged.wait_for(lock, ChildProcess::a_patience, [&] { return fCount > before; }));
+        return fNewest;
+    }
+
+    std::string waitForEnd() {
+        std::unique_lock lock(fMutex);
+        EXPECT_TRUE(
+            fChanged.wait_for(lock, ChildProcess::a_patience, [this] { return fEnd.has_value(); }));
+        return fEnd ? fEnd->toString() : std::string();
+    }
+
+    int count() {
+        const std::lock_guard lock(fMutex);
+        return fCount;
+    }
+
+  private:
+    std::mutex fMutex;
+    std::condition_variable fChanged;
+    KVFrame fNewest;
+    int fCount = 0;
+    std::optional<KVError> fEnd;
+};
+
+class VideoTest : public testing::Test {
+  protected:
+    explicit VideoTest(const std::vector<std::string>& arguments = {}) : fRobot({arguments}) {}
+
+    boost::shared_ptr<KVFrameStream> watch(const std::string& camera, Watch& watch) {
+        return KVFrameStream::start(fConnection, "KVVideo", camera, &watch);
+    }
+
+    KVValue set(const std::string& camera, const KVValue::Map& settings) {
+        return fVideo.callValue("setSettings", {camera, settings});
+    }
+
+    std::string refusalOf(const std::string& camera, const KVValue::Map& settings) {
+        try {
+            set(camera, settings);
+        } catch (const KVError& error) {
+            EXPECT_EQ(error.cause(), KVError::Cause::RaisedByModule);
+            return error.toString();
+        }
+        return "it was accepted";
+    }
+
+    void setTrouble(const std::string& camera, const std::string& trouble) {
+        KVProxy("KVSim", RobotProcess::address(), fRobot.port(), fBroker, a_timeOut, 0)
+            .callValue("setCamera", {camera, trouble});
+    }
+
+    std::vector<std::string> cameraNames() {
+        std::vector<std::string> names;
+        for (const KVValue& camera : fVideo.call<KVValue::List>("getCameras")) {
+            names.push_back(camera.toMap().at("name").toString());
+        }
+        return names;
+    }
+
+    RobotProcess fRobot;
+    boost::shared_ptr<KVBroker> fBroker =
+        KVBroker::createBroker("test", "", 0, "", 0, 0, "", false);
+    boost::shared_ptr<KVConnection> fConnection =
+        KVConnection::open(fBroker, RobotProcess::address(), fRobot.port(), a_timeOut);
+    KVProxy fVideo{"KVVideo", RobotProcess::address(), fRobot.port(), fBroker, a_timeOut, 0};
+};
+
+std::optional<FrameStamp> stampOf(const KVFrame& rgb) {
+    return obvista_test::readFrameStamp(
+        [&rgb](int x, int y) {
+            return int{rgb.fData.get()[static_cast<std::size_t>(y) * rgb.fStride +
+                                       3 * static_cast<std::size_t>(x) + 1]};
+        },
+        0, 0, rgb.fWidth);
+}
+
+TEST_F(VideoTest, aRobotTellsWhatItsTwoCamerasCanDo) {
+    EXPECT_THAT(cameraNames(), ElementsAre("head", "chest"));
+    const KVValue::List cameras = fVideo.call<KVValue::List>("getCameras");
+    const KVValue::Map& head = cameras.at(0).toMap();
+    EXPECT_EQ(head.at("modes").toList().size(), 4U);
+    const KVValue::Map& largest = head.at("modes").toList().back().toMap();
+    EXPECT_EQ(largest.at("width"), KVValue(1280));
+    EXPECT_EQ(largest.at("height"), KVValue(720));
+    EXPECT_EQ(largest.at("formats"), KVValue(KVValue::List{"rgb", "yuv422", "grey", "jpeg"}));
+    EXPECT_EQ(largest.at("rates"), KVValue(KVValue::List{1.0, 5.0, 10.0, 15.0, 30.0}));
+    EXPECT_EQ(
+        head.at("settings"),
+        KVValue(KVValue::Map{{"width", 640}, {"height", 480}, {"format", "jpeg"}, {"rate", 30.0}}));
+    const KVValue::Map& chest = cameras.at(1).toMap();
+    EXPECT_EQ(chest.at("modes").toList().size(), 3U);
+    EXPECT_EQ(chest.at("settings"), fVideo.callValue("getSettings", {"chest"}));
+}
+
+TEST_F(VideoTest, framesCarryInTheirPictureWhatTheySayOfThemselves) {
+    Watch frames;
+    const auto stream = watch("chest", frames);
+    std::uint64_t last = 0;
+    for (int i = 0; i < 5; ++i) {
+        const KVFrame frame = frames.waitForNext();
+        EXPECT_EQ(frame.fWidth, 320U);
+        EXPECT_EQ(frame.fHeight, 240U);
+        EXPECT_EQ(frame.fStride, 960U);
+        EXPECT_EQ(frame.fSize, 960U * 240);
+        EXPECT_EQ(frame.fFormat, KVPixelFormat::Rgb888);
+        const auto stamp = stampOf(frame);
+        ASSERT_TRUE(stamp);
+        EXPECT_EQ(stamp->fNumber, frame.fNumber);
+        EXPECT_EQ(stamp->fTime, frame.fTime);
+        EXPECT_GT(frame.fNumber, last);
+        last = frame.fNumber;
+    }
+    stream->stop();
+}
+
+TEST_F(VideoTest, aChangeHoldsForAllWhoWatchWithoutABreak) {
+    Watch one;
+    Watch other;
+    const auto first = watch("chest", one);
+    const auto second = watch("chest", other);
+    one.waitForNext();
+    other.waitForNext();
+    for (const auto& [format, expected] :
+         {std::pair("yuv422", KVPixelFormat::Yuv422), std::pair("grey", KVPixelFormat::Grey8),
+          std::pair("jpeg", KVPixelFormat::Jpeg), std::pair("rgb", KVPixelFormat::Rgb888)}) {
+        set("chest", {{"format", format}});
+        const auto is = [expected = expected](const KVFrame& frame) {
+            return frame.fFormat == expected;
+        };
+        one.waitFor(is);
+        other.waitFor(is);
+    }
+    const KVValue settings = set("chest", {{"width", 640}, {"height", 480}, {"rate", 5}});
+    EXPECT_EQ(settings.toMap().at("rate"), KVValue(5.0));
+    EXPECT_EQ(fVideo.callValue("getSettings", {"chest"}), settings);
+    const KVFrame large = one.waitFor([](const KVFrame& frame) { return frame.fWidth == 640; });
+    EXPECT_EQ(large.fHeight, 480U);
+    EXPECT_TRUE(stampOf(large));
+    first->stop();
+    second->stop();
+}
+
+TEST_F(VideoTest, whatACameraCannotDoIsRefusedAndNothingChanges) {
+    const KVValue before = fVideo.callValue("getSettings", {"chest"});
+    EXPECT_THAT(refusalOf("chest", {{"width", 1280}, {"height", 720}}),
+                HasSubstr("The camera chest cannot do 1280x720 pixels; it can do 160x120, 320x240, "
+                          "640x480."));
+    EXPECT_THAT(refusalOf("chest", {{"rate", 30}}), HasSubstr("it can do 1, 5, 10, 15."));
+    EXPECT_THAT(refusalOf("chest", {{"format", "h264"}}), HasSubstr("knows no format 'h264'"));
+    EXPECT_THAT(refusalOf("tail", {{"rate", 30}}), HasSubstr("has no camera 'tail'"));
+    EXPECT_EQ(fVideo.callValue("getSettings", {"chest"}), before);
+}
+
+TEST_F(VideoTest, nothingIsMadeWhileNobodyWatches) {
+    Watch frames;
+    auto stream = watch("chest", frames);
+    frames.waitForNext();
+    stream->stop();
+    stream.reset();
+    // The camera learns of it a moment later. Then the newest frame stays the same, until one more
+    // watcher makes it go on by one.
+    std::uint64_t number = 0;
+    const auto end = std::chrono::steady_clock::now() + ChildProcess::a_patience;
+    for (bool rested = false; !rested;) {
+        ASSERT_LT(std::chrono::steady_clock::now(), end);
+        Watch next;
+        stream = watch("chest", next);
+        const KVFrame newest = next.waitFor([](const KVFrame&) { return true; });
+        rested = newest.fNumber == number;
+        number = next.waitFor([&](const KVFrame& frame) { return frame.fNumber > newest.fNumber; })
+                     .fNumber;
+        stream->stop();
+    }
+}
+
+TEST_F(VideoTest, theViewFollowsTheHead) {
+    KVProxy memory("KVMemory", RobotProcess::address(), fRobot.port(), fBroker, a_timeOut, 0);
+    set("head", {{"format", "rgb"}, {"width", 160}, {"height", 120}});
+    Watch frames;
+    const auto stream = watch("head", frames);
+    const auto below = [](const KVFrame& frame) {
+        const std::size_t strip = std::size_t{frame.fStride} * 12;
+        return std::string(frame.fData.get() + strip, frame.fData.get() + frame.fSize);
+    };
+    const auto isRgb = [](const KVFrame& frame) { return frame.fFormat == KVPixelFormat::Rgb888; };
+    const std::string before = below(frames.waitFor(isRgb));
+    memory.callValue("setData", {"Joint/HeadYaw/Target", 1.5});
+    frames.waitFor([&](const KVFrame& frame) {
+        // Most of the picture is another one, which no breath and no ball brings about.
+        const std::string now = below(frame);
+        std::size_t same = 0;
+        for (std::size_t i = 0; i < now.size(); ++i) {
+            same += now[i] == before[i] ? 1 : 0;
+        }
+        return same < now.size() / 2;
+    });
+    stream->stop();
+}
+
+TEST_F(VideoTest, aStoppedCameraSendsNothingUntilItGoesOn) {
+    Watch frames;
+    Watch others;
+    const auto stream = watch("chest", frames);
+    const auto other = watch("head", others);
+    frames.waitForNext();
+    setTrouble("chest", "stopped");
+    const int before = frames.count();
+    for (int i = 0; i < 10; ++i) {
+        others.waitForNext();
+    }
+    // One frame may have been under way; ten of the other camera's are five of this one's.
+    EXPECT_LE(frames.count(), before + 1);
+    const std::uint64_t last = frames.waitFor([](const KVFrame&) { return true; }).fNumber;
+    setTrouble("chest", "ok");
+    const KVFrame next =
+        frames.waitFor([last](const KVFrame& frame) { return frame.fNumber > last; });
+    EXPECT_GT(next.fNumber, last + 1);
+    stream->stop();
+    other->stop();
+}
+
+TEST_F(VideoTest, aRemovedCameraEndsItsStreamAndComesBack) {
+    Watch frames;
+    const auto stream = watch("chest", frames);
+    frames.waitForNext();
+    setTrouble("chest", "removed");
+    EXPECT_THAT(frames.waitForEnd(), HasSubstr("no camera of that name"));
+    EXPECT_THAT(cameraNames(), ElementsAre("head"));
+    EXPECT_THAT(refusalOf("chest", {{"rate", 5}}), HasSubstr("has no camera 'chest'"));
+    setTrouble("chest", "ok");
+    EXPECT_THAT(cameraNames(), ElementsAre("head", "chest"));
+    Watch again;
+    const auto second = watch("chest", again);
+    again.waitForNext();
+    second->stop();
+}
+
+TEST_F(VideoTest, spoiltFramesAreSentAsTheyAre) {
+    set("head", {{"format", "rgb"}});
+    Watch frames;
+    const auto stream = watch("head", frames);
+    const auto sends = [&](const std::string& trouble,
+                           const std::function<bool(const KVFrame&)>& condition) {
+        setTrouble("head", trouble);
+        frames.waitFor(condition);
+    };
+    constexpr std::size_t size = std::size_t{640} * 480 * 3;
+    sends("unsupported",
+          [](const KVFrame& frame) { return frame.fFormat == KVPixelFormat::Unknown; });
+    sends("short", [](const KVFrame& frame) { return frame.fSize == size / 2; });
+    sends("oversized", [](const KVFrame& frame) { return frame.fSize == size + 1'000'000; });
+    sends("stride", [](const KVFrame& frame) { return frame.fStride == 321; });
+    sends("no-size", [](const KVFrame& frame) { return frame.fWidth == 0; });
+    sends("huge-size", [](const KVFrame& frame) { return frame.fHeight == 65'535; });
+    sends("no-jpeg", [](const KVFrame& frame) { return frame.fFormat == KVPixelFormat::Jpeg; });
+    sends("ok", [](const KVFrame& frame) {
+        return frame.fFormat == KVPixelFormat::Rgb888 && frame.fSize == size &&
+               frame.fWidth == 640 && frame.fStride == 1920;
+    });
+    stream->stop();
+}
+
+TEST_F(VideoTest, aTroubleWithoutACameraOrNameIsRefused) {
+    EXPECT_THROW(setTrouble("tail", "ok"), KVError);
+    EXPECT_THROW(setTrouble("head", "worse"), KVError);
+}
+
+TEST_F(VideoTest, endsInTimeWhileItIsWatched) {
+    Watch head;
+    Watch chest;
+    const auto first = watch("head", head);
+    const auto second = watch("chest", chest);
+    head.waitForNext();
+    chest.waitForNext();
+    EXPECT_EQ(fRobot.terminate(), 0);
+    EXPECT_EQ(fRobot.process().errors(), "");
+    head.waitForEnd();
+    chest.waitForEnd();
+}
+
+/** A robot whose values are replaced by a load. */
+class LoadedVideoTest : public VideoTest {
+  protected:
+    LoadedVideoTest() : VideoTest({"--keys", "100"}) {}
+};
+
+TEST_F(LoadedVideoTest, seesTheRoomToo) {
+    Watch frames;
+    const auto stream = watch("chest", frames);
+    EXPECT_TRUE(stampOf(frames.waitForNext()));
+    stream->stop();
+}
+
+class ComputerVideoTest : public VideoTest {
+  protected:
+    ComputerVideoTest() : VideoTest({"--kind", "computer"}) {}
+};
+
+TEST_F(ComputerVideoTest, aComputerHasACameraOrATestPicture) {
+    const std::vector<std::string> cameras = cameraNames();
+    ASSERT_FALSE(cameras.empty());
+    if (cameras.front() != "test") {
+        GTEST_SKIP() << "this machine has a camera";
+    }
+    set("test", {{"format", "rgb"}});
+    Watch frames;
+    const auto stream = watch("test", frames);
+    const KVFrame frame = frames.waitFor(
+        [](const KVFrame& candidate) { return candidate.fFormat == KVPixelFormat::Rgb888; });
+    EXPECT_TRUE(stampOf(frame));
+    stream->stop();
+}
+
+TEST(RobotWithoutVideo, hasNoSuchModule) {
+    RobotProcess robot({{"--no-video"}});
+    const auto broker = KVBroker::createBroker("test", "", 0, "", 0, 0, "", false);
+    EXPECT_THROW(KVProxy("KVVideo", RobotProcess::address(), robot.port(), broker, a_timeOut, 0),
+                 KVError);
+    KVProxy sim("KVSim", RobotProcess::address(), robot.port(), broker, a_timeOut, 0);
+    EXPECT_THROW(sim.callValue("setCamera", {"head", "ok"}), KVError);
+}
+
+}  // namespace
