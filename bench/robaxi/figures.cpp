@@ -5,7 +5,9 @@
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <time.h>
+#include <unistd.h>
 
 namespace bench {
 
@@ -36,6 +38,20 @@ double processorSeconds(pid_t process) {
     }
     constexpr double nanosecond = 1e-9;
     return static_cast<double>(time.tv_sec) + nanosecond * static_cast<double>(time.tv_nsec);
+}
+
+Flow measureFlow(pid_t farEnd, const std::atomic<std::uint64_t>& count,
+                 std::chrono::milliseconds length) {
+    using Clock = std::chrono::steady_clock;
+    const auto processorTime = [farEnd] {
+        return processorSeconds(::getpid()) + processorSeconds(farEnd);
+    };
+    const auto start = Clock::now();
+    const double processorAtStart = processorTime();
+    const std::uint64_t countAtStart = count;
+    std::this_thread::sleep_for(length);
+    return {std::chrono::duration<double>(Clock::now() - start).count(),
+            processorTime() - processorAtStart, static_cast<double>(count - countAtStart)};
 }
 
 int runMain(int argc, char** argv, int usualRounds, const std::function<int()>& serve,

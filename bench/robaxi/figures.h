@@ -1,6 +1,9 @@
 #ifndef OBVISTA_BENCH_ROBAXI_FIGURES_H
 #define OBVISTA_BENCH_ROBAXI_FIGURES_H
 
+#include <atomic>
+#include <chrono>
+#include <cstdint>
 #include <functional>
 #include <sys/types.h>
 #include <vector>
@@ -16,6 +19,20 @@ void compare(const char* what, double ours, double peers, const char* unit);
 /** The value below which this part (0 to 1) of the values lies. */
 double quantile(std::vector<double>& values, double part);
 double median(std::vector<double>& values);
+
+/** What moved in a while, and what it took this process and its far end. */
+struct Flow {
+    double fSeconds = 0;
+    double fProcessorSeconds = 0;
+    double fMoved = 0;
+
+    double rate() const { return fMoved / fSeconds; }
+    double cost() const { return fProcessorSeconds / fMoved; }
+};
+
+/** Lets a flow go on for some seconds and measures it, by a count that only grows. */
+Flow measureFlow(pid_t farEnd, const std::atomic<std::uint64_t>& count,
+                 std::chrono::milliseconds length);
 
 /** Processor time that a process of this user has taken so far, in seconds, all threads together.
  */

@@ -1,8 +1,7 @@
 #include "tcp_peer.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
+#include "loopback.h"
+
 #include <stdexcept>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -11,23 +10,10 @@ namespace tcp_peer {
 
 namespace {
 
-sockaddr_in loopback(int port) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<std::uint16_t>(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return address;
-}
-
 void check(bool ok, const char* what) {
     if (!ok) {
         throw std::runtime_error(what);
     }
-}
-
-void sendAtOnce(int socket) {
-    const int on = 1;
-    ::setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
 }
 
 bool receive(int socket, Message& message) {
@@ -41,13 +27,7 @@ void send(int socket, std::mutex& mutex, const Message& message) {
 
 }  // namespace
 
-Server::Server(std::size_t threads) : fListener(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    sockaddr_in address = loopback(0);
-    check(::bind(fListener, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0, "bind");
-    check(::listen(fListener, 1) == 0, "listen");
-    socklen_t length = sizeof address;
-    ::getsockname(fListener, reinterpret_cast<sockaddr*>(&address), &length);
-    fPort = ntohs(address.sin_port);
+Server::Server(std::size_t threads) : fListener(loopback::listen(fPort)) {
     fThreads.emplace_back([this] { xRead(); });
     for (std::size_t i = 0; i < threads; ++i) {
         fThreads.emplace_back([this] { xWork(); });
@@ -74,7 +54,7 @@ void Server::xRead() {
     if (connection < 0) {
         return;
     }
-    sendAtOnce(connection);
+    loopback::sendAtOnce(connection);
     {
         const std::lock_guard lock(fMutex);
         fConnection = connection;
@@ -103,11 +83,8 @@ void Server::xWork() {
     }
 }
 
-Client::Client(int port) : fSocket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    const sockaddr_in address = loopback(port);
-    check(::connect(fSocket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0,
-          "connect");
-    sendAtOnce(fSocket);
+Client::Client(int port) : fSocket(loopback::connect(port)) {
+    loopback::sendAtOnce(fSocket);
     fReader = std::thread([this] { xRead(); });
 }
 

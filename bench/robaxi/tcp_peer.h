@@ -36,8 +36,8 @@ class Server {
     void xRead();
     void xWork();
 
-    int fListener;
     int fPort = 0;
+    const int fListener;
     int fConnection = -1;
     std::mutex fMutex;
     std::condition_variable fWork;

@@ -1,0 +1,139 @@
+// Frames of a camera that reach a client, in bytes a second, and the processor time a gigabyte
+// takes, beside the same bytes over plain TCP.
+//
+//   robaxi_frame_bench [ROUNDS]
+#include "far_end.h"
+#include "figures.h"
+#include "plain_stream.h"
+
+#include <robaxi/kv_connection.h>
+#include <robaxi/kv_frame_source.h>
+#include <robaxi/kv_frame_stream.h>
+#include <robaxi/kv_module.h>
+
+#include <boost/make_shared.hpp>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+constexpr const char* a_camera = "head";
+constexpr int a_timeOut = 10;  // seconds
+constexpr std::uint32_t a_width = 1280;
+constexpr std::uint32_t a_height = 720;
+constexpr std::uint32_t a_bytesOfPixel = 3;
+constexpr std::size_t a_bytesOfFrame = std::size_t{a_width} * a_height * a_bytesOfPixel;
+/** More often than a frame of this size gets through. */
+constexpr std::chrono::microseconds a_period{500};
+constexpr std::chrono::milliseconds a_lengthOfRound{1000};
+constexpr std::chrono::milliseconds a_warmUp{300};
+
+KVFrame makeFrame() {
+    const auto bytes = std::make_shared<std::vector<unsigned char>>(a_bytesOfFrame, 'x');
+    KVFrame frame;
+    frame.fWidth = a_width;
+    frame.fHeight = a_height;
+    frame.fStride = a_width * a_bytesOfPixel;
+    frame.fFormat = KVPixelFormat::Rgb888;
+    frame.fData = std::shared_ptr<const unsigned char>(bytes, bytes->data());
+    frame.fSize = bytes->size();
+    return frame;
+}
+
+int serve() {
+    const auto broker = bench::listenOnLoopback();
+    const auto source = boost::make_shared<KVFrameSource>();
+    source->addStream(a_camera);
+    const auto video = boost::make_shared<KVModule>("Video", "");
+    video->setFrames(source);
+    broker->addModule(video);
+    std::atomic<bool> stop{false};
+    std::thread camera([&] {
+        for (KVFrame frame = makeFrame(); !stop; std::this_thread::sleep_for(a_period)) {
+            ++frame.fNumber;
+            if (source->getWatchers(a_camera) != 0) {
+                source->publish(a_camera, frame);
+            }
+        }
+    });
+    const plain_stream::Server plain([](std::string& bytes) { bytes.resize(a_bytesOfFrame, 'x'); });
+    bench::serveAt(broker->getPort(), plain.port());
+    stop = true;
+    camera.join();
+    return EXIT_SUCCESS;
+}
+
+class Watcher : public KVFrameStream::Listener {
+  public:
+    void frameReceived(const KVFrame& frame, std::uint64_t passedOver) override {
+        fBytes += frame.fSize * (passedOver + 1);
+    }
+    void ended(const KVError& /*error*/) override {}
+
+    std::atomic<std::uint64_t> fBytes{0};
+};
+
+bench::Flow measureOurs(const bench::FarEnd& farEnd) {
+    Watcher watcher;
+    const auto stream = KVFrameStream::start(
+        KVConnection::open(bench::makeClient(), bench::a_loopback, farEnd.brokerPort(), a_timeOut),
+        "Video", a_camera, &watcher);
+    std::this_thread::sleep_for(a_warmUp);
+    const bench::Flow flow = bench::measureFlow(farEnd.pid(), watcher.fBytes, a_lengthOfRound);
+    stream->stop();
+    return flow;
+}
+
+bench::Flow measurePlain(const bench::FarEnd& farEnd) {
+    const plain_stream::Client client(farEnd.plainPort());
+    std::atomic<std::uint64_t> bytes{0};
+    std::atomic<bool> stop{false};
+    std::thread reader([&] {
+        for (std::string frame(a_bytesOfFrame, 0);
+             !stop && client.readAll(frame.data(), frame.size());) {
+            bytes += frame.size();
+        }
+    });
+    std::this_thread::sleep_for(a_warmUp);
+    const bench::Flow flow = bench::measureFlow(farEnd.pid(), bytes, a_lengthOfRound);
+    stop = true;
+    reader.join();
+    return flow;
+}
+
+int measure(int rounds) {
+    constexpr double megabyte = 1e6;
+    constexpr double gigabyte = 1e9;
+    constexpr double millisecond = 1e-3;
+    const bench::FarEnd farEnd;
+    std::vector<double> ourRates;
+    std::vector<double> plainRates;
+    std::vector<double> ourCosts;
+    std::vector<double> plainCosts;
+    for (int round = 0; round < rounds; ++round) {
+        const bench::Flow plain = measurePlain(farEnd);
+        const bench::Flow ours = measureOurs(farEnd);
+        plainRates.push_back(plain.rate());
+        ourRates.push_back(ours.rate());
+        plainCosts.push_back(plain.cost());
+        ourCosts.push_back(ours.cost());
+    }
+    bench::printHeading();
+    bench::compare("image bytes a second", bench::median(ourRates) / megabyte,
+                   bench::median(plainRates) / megabyte, "MB");
+    bench::compare("processor time a gigabyte", bench::median(ourCosts) * gigabyte / millisecond,
+                   bench::median(plainCosts) * gigabyte / millisecond, "ms");
+    return EXIT_SUCCESS;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    constexpr int usualRounds = 10;
+    return bench::runMain(argc, argv, usualRounds, serve, measure);
+}
