@@ -2,14 +2,44 @@
 
 #include <QCoreApplication>
 #include <QLabel>
+#include <QPainter>
 
 namespace viewer {
 
+namespace {
+
+/** A line that shows by an ellipsis that there is more of it. */
+class StatusLine : public QLabel {
+  public:
+    using QLabel::QLabel;
+
+  protected:
+    void paintEvent(QPaintEvent* event) override {
+        QLabel::paintEvent(event);
+        if (fontMetrics().horizontalAdvance(text()) + 2 * margin() <= width()) {
+            return;
+        }
+        const QString ellipsis(QChar(0x2026));
+        const QRect end(width() - fontMetrics().horizontalAdvance(ellipsis) - margin(), 0, width(),
+                        height());
+        QPainter painter(this);
+        painter.fillRect(end, palette().window());
+        painter.setPen(palette().color(QPalette::WindowText));
+        painter.drawText(end, Qt::AlignLeft | Qt::AlignVCenter, ellipsis);
+    }
+};
+
+void prepare(QLabel& label, const char* objectName) {
+    label.setObjectName(QLatin1String(objectName));
+    label.setTextFormat(Qt::PlainText);
+    label.setTextInteractionFlags(Qt::TextSelectableByMouse);
+}
+
+}  // namespace
+
 QLabel* makeLabel(const char* objectName, QWidget* parent) {
     auto* label = new QLabel(parent);
-    label->setObjectName(QLatin1String(objectName));
-    label->setTextFormat(Qt::PlainText);
-    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    prepare(*label, objectName);
     return label;
 }
 
@@ -32,7 +62,8 @@ QLabel* makeNotice(const char* objectName, QWidget* parent) {
 }
 
 QLabel* makeStatusLine(const char* objectName, QWidget* parent) {
-    QLabel* line = makeLabel(objectName, parent);
+    auto* line = new StatusLine(parent);
+    prepare(*line, objectName);
     line->setMargin(line->fontMetrics().height() / 4);
     line->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     return line;

@@ -16,7 +16,8 @@ QLabel* makeMessage(const char* objectName, QWidget* parent);
 /** The bar above what is shown that says what is the matter with it. */
 QLabel* makeNotice(const char* objectName, QWidget* parent);
 
-/** The line below; however long, it does not force the dock to be wide. */
+/** The line below; however long, it does not force the dock to be wide, and shows that it is cut.
+ */
 QLabel* makeStatusLine(const char* objectName, QWidget* parent);
 
 /** Shows a text in the line, whole in its tool tip, and by name to a screen reader. */

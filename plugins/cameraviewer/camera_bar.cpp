@@ -1,0 +1,208 @@
+#include "camera_bar.h"
+
+#include <QComboBox>
+#include <QEvent>
+#include <QSignalBlocker>
+#include <QSize>
+
+#include <algorithm>
+#include <plain_text.h>
+#include <set>
+#include <utility>
+
+namespace cameraviewer {
+
+namespace {
+
+constexpr int a_maxNameShown = 40;
+constexpr int a_maxToolTip = 300;
+
+/** A wheel that turns over a box is meant for what lies around it, unless the box was chosen: it
+ *  would change how a robot works without anybody's wish. */
+class WheelGuard : public QObject {
+  public:
+    using QObject::QObject;
+
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        const auto* box = static_cast<QWidget*>(watched);
+        if (event->type() == QEvent::Wheel && !box->hasFocus()) {
+            event->ignore();
+            return true;
+        }
+        return QObject::eventFilter(watched, event);
+    }
+};
+
+QString formatName(const std::string& format) {
+    static const std::map<std::string, QString> names{{"rgb", QStringLiteral("RGB")},
+                                                      {"yuv422", QStringLiteral("YUV 4:2:2")},
+                                                      {"jpeg", QStringLiteral("JPEG")}};
+    if (format == "grey") {
+        return CameraBar::tr("Grey");
+    }
+    const auto found = names.find(format);
+    return found != names.end() ? found->second : viewer::plainText(format, a_maxNameShown);
+}
+
+QString rateName(double rate) {
+    return CameraBar::tr("%1 a second").arg(QString::number(rate, 'g', 4));
+}
+
+QString asToolTip(const std::string& text) {
+    const QString plain = viewer::plainText(text, a_maxToolTip);
+    return plain.isEmpty() ? QString() : QStringLiteral("<p>%1</p>").arg(plain.toHtmlEscaped());
+}
+
+}  // namespace
+
+bool CameraBar::Choice::operator==(const Choice& other) const {
+    return fText == other.fText && fValue == other.fValue && fToolTip == other.fToolTip;
+}
+
+CameraBar::CameraBar(QWidget* parent)
+    : QToolBar(parent),
+      fCameraBox(xAddBox("cameraBox", tr("Camera"), tr("The camera that is shown"))),
+      fSizeBox(xAddBox("sizeBox", tr("Resolution"),
+                       tr("Width and height of the pictures that the robot sends, in pixels"))),
+      fFormatBox(xAddBox("formatBox", tr("Format"),
+                         tr("How the robot sends pictures: JPEG needs the least network, the "
+                            "others have exact values"))),
+      fRateBox(xAddBox("rateBox", tr("Rate"), tr("Pictures that the robot takes a second"))) {
+    setObjectName(QStringLiteral("cameraBar"));
+    setAccessibleName(tr("Camera and its settings"));
+    connect(fCameraBox, qOverload<int>(&QComboBox::activated), this,
+            [this] { Q_EMIT cameraWanted(fCameraBox->currentData().toString().toStdString()); });
+    connect(fSizeBox, qOverload<int>(&QComboBox::activated), this, [this] {
+        const QSize size = fSizeBox->currentData().toSize();
+        CameraSettings wanted = fCamera.fSettings;
+        wanted.fWidth = size.width();
+        wanted.fHeight = size.height();
+        xWant(wanted);
+    });
+    connect(fFormatBox, qOverload<int>(&QComboBox::activated), this, [this] {
+        CameraSettings wanted = fCamera.fSettings;
+        wanted.fFormat = fFormatBox->currentData().toString().toStdString();
+        xWant(wanted);
+    });
+    connect(fRateBox, qOverload<int>(&QComboBox::activated), this, [this] {
+        CameraSettings wanted = fCamera.fSettings;
+        wanted.fRate = fRateBox->currentData().toDouble();
+        xWant(wanted);
+    });
+    showCameras({}, nullptr, {});
+}
+
+void CameraBar::showCameras(const std::vector<CameraInfo>& cameras, const CameraInfo* chosen,
+                            const CameraSettings& settings) {
+    Choices names;
+    for (const CameraInfo& camera : cameras) {
+        names += {viewer::plainText(camera.fName, a_maxNameShown),
+                  QString::fromStdString(camera.fName), asToolTip(camera.fDescription)};
+    }
+    fCamera = chosen != nullptr ? *chosen : CameraInfo();
+    fCamera.fSettings = settings;
+    xFill(*fCameraBox, names, QString::fromStdString(fCamera.fName));
+    xShowSettings();
+}
+
+void CameraBar::setUsable(bool isUsable) {
+    for (QComboBox* box : {fCameraBox, fSizeBox, fFormatBox, fRateBox}) {
+        box->setEnabled(isUsable && box->count() > 0);
+    }
+}
+
+QComboBox* CameraBar::xAddBox(const char* objectName, const QString& name, const QString& toolTip) {
+    auto* box = new QComboBox(this);
+    box->setObjectName(QLatin1String(objectName));
+    box->setAccessibleName(name);
+    box->setToolTip(QStringLiteral("<p><b>%1</b><br>%2</p>").arg(name, toolTip));
+    box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    box->setFocusPolicy(Qt::StrongFocus);
+    box->installEventFilter(new WheelGuard(box));
+    addWidget(box);
+    return box;
+}
+
+/** Leaves a box alone that holds that already, since its list may be open. */
+void CameraBar::xFill(QComboBox& box, const Choices& choices, const QVariant& current) {
+    Choices before;
+    for (int i = 0; i < box.count(); ++i) {
+        before += {box.itemText(i), box.itemData(i), box.itemData(i, Qt::ToolTipRole).toString()};
+    }
+    const QSignalBlocker blocker(box);
+    if (before != choices) {
+        box.clear();
+        for (const Choice& choice : choices) {
+            box.addItem(choice.fText, choice.fValue);
+            box.setItemData(box.count() - 1, choice.fToolTip, Qt::ToolTipRole);
+        }
+    }
+    box.setCurrentIndex(box.findData(current));
+    box.setEnabled(!choices.isEmpty());
+}
+
+void CameraBar::xShowSettings() {
+    const CameraSettings& settings = fCamera.fSettings;
+    xFill(*fSizeBox, xSizes(), QSize(settings.fWidth, settings.fHeight));
+    xFill(*fFormatBox, xFormats(), QString::fromStdString(settings.fFormat));
+    xFill(*fRateBox, xRates(), settings.fRate);
+}
+
+/** A size may not go with the present format or rate, and so on: the rest follows what was
+ *  chosen. */
+void CameraBar::xWant(CameraSettings wanted) {
+    const CameraSettings fitted = fittedSettings(fCamera, wanted);
+    if (fitted == fCamera.fSettings) {
+        xShowSettings();
+        return;
+    }
+    Q_EMIT settingsWanted(fitted);
+}
+
+CameraBar::Choices CameraBar::xSizes() const {
+    std::set<std::pair<int, int>> sizes;
+    for (const CameraMode& mode : fCamera.fModes) {
+        sizes.emplace(mode.fWidth, mode.fHeight);
+    }
+    Choices choices;
+    for (const auto& [width, height] : sizes) {
+        choices +=
+            {QStringLiteral("%1 \u00D7 %2").arg(width).arg(height), QSize(width, height), {}};
+    }
+    return choices;
+}
+
+CameraBar::Choices CameraBar::xFormats() const {
+    std::vector<std::string> formats;
+    for (const CameraMode& mode :
+         modesOfSize(fCamera, fCamera.fSettings.fWidth, fCamera.fSettings.fHeight)) {
+        for (const std::string& format : mode.fFormats) {
+            if (std::find(formats.begin(), formats.end(), format) == formats.end()) {
+                formats.push_back(format);
+            }
+        }
+    }
+    Choices choices;
+    for (const std::string& format : formats) {
+        choices += {formatName(format), QString::fromStdString(format), {}};
+    }
+    return choices;
+}
+
+CameraBar::Choices CameraBar::xRates() const {
+    std::set<double> rates;
+    for (const CameraMode& mode :
+         modesOfSize(fCamera, fCamera.fSettings.fWidth, fCamera.fSettings.fHeight)) {
+        const auto& formats = mode.fFormats;
+        if (std::find(formats.begin(), formats.end(), fCamera.fSettings.fFormat) != formats.end()) {
+            rates.insert(mode.fRates.begin(), mode.fRates.end());
+        }
+    }
+    Choices choices;
+    for (const double rate : rates) {
+        choices += {rateName(rate), rate, {}};
+    }
+    return choices;
+}
+
+}  // namespace cameraviewer

@@ -1,0 +1,314 @@
+#include "camera_session.h"
+
+#include "camera_link.h"
+
+#include <algorithm>
+#include <plain_text.h>
+#include <utility>
+
+namespace cameraviewer {
+
+namespace {
+
+using Clock = FeedState::Clock;
+using Seconds = Situation::Seconds;
+
+/** Between two questions for the cameras: a robot that starts is soon found to have them, and a
+ *  change that somebody else made is soon seen. */
+constexpr Seconds a_askAgainWithoutCameras{1.5};
+constexpr Seconds a_askAgain{5};
+/** From the end of a stream until it is watched again. */
+constexpr Seconds a_watchAgain{1};
+constexpr int a_maxCameraNameShown = 60;
+
+KVPixelFormat pixelFormat(const std::string& format) {
+    static const std::map<std::string, KVPixelFormat> formats{{"rgb", KVPixelFormat::Rgb888},
+                                                              {"yuv422", KVPixelFormat::Yuv422},
+                                                              {"grey", KVPixelFormat::Grey8},
+                                                              {"jpeg", KVPixelFormat::Jpeg}};
+    const auto found = formats.find(format);
+    return found != formats.end() ? found->second : KVPixelFormat::Unknown;
+}
+
+bool isAsSet(const KVFrame& frame, const CameraSettings& settings) {
+    return frame.fWidth == static_cast<std::uint32_t>(settings.fWidth) &&
+           frame.fHeight == static_cast<std::uint32_t>(settings.fHeight) &&
+           frame.fFormat == pixelFormat(settings.fFormat);
+}
+
+}  // namespace
+
+CameraSession::CameraSession(std::shared_ptr<CameraLink> link, QObject* parent)
+    : QObject(parent), fLink(std::move(link)), fMemory(fLink->robotName()), fAsked(Clock::now()) {
+    fLink->notice().set([this] {
+        QMetaObject::invokeMethod(
+            this, [this] { xOnNotice(); }, Qt::QueuedConnection);
+    });
+}
+
+CameraSession::~CameraSession() {
+    fLink->notice().set(nullptr);
+}
+
+const CameraInfo* CameraSession::camera() const {
+    const auto found = std::find_if(fCameras.begin(), fCameras.end(),
+                                    [&](const CameraInfo& info) { return info.fName == fChosen; });
+    return found != fCameras.end() ? &*found : nullptr;
+}
+
+CameraSettings CameraSession::settings() const {
+    const auto wish = fWishes.find(fChosen);
+    if (wish != fWishes.end()) {
+        return wish->second;
+    }
+    const CameraInfo* chosen = camera();
+    return chosen != nullptr ? chosen->fSettings : CameraSettings();
+}
+
+void CameraSession::chooseCamera(const std::string& name) {
+    if (name != fChosen) {
+        fMemory.setCamera(name);
+        xChoose(name);
+        Q_EMIT camerasChanged();
+    }
+}
+
+void CameraSession::changeSettings(const CameraSettings& settings) {
+    if (!fChosen.empty() && xIsLive()) {
+        fRecalled.insert(fChosen);
+        xAskFor(settings);
+        Q_EMIT camerasChanged();
+    }
+}
+
+void CameraSession::setSeen(bool isSeen) {
+    fIsSeen = isSeen;
+    xUpdateWatching();
+}
+
+void CameraSession::setPaused(bool isPaused) {
+    if (fIsPaused && !isPaused) {
+        fLink->worker().forget();  // what was decoded when the pause began
+    }
+    fIsPaused = isPaused;
+    xUpdateWatching();
+    Q_EMIT situationChanged();
+}
+
+void CameraSession::setRecording(bool isRecording) {
+    fIsRecording = isRecording;
+    xUpdateWatching();
+}
+
+void CameraSession::requestPicture() {
+    fLink->worker().request();
+}
+
+void CameraSession::tick() {
+    if (!xIsLive()) {
+        return;
+    }
+    const Clock::time_point now = Clock::now();
+    if (now - fAsked >= (fCameras.empty() ? a_askAgainWithoutCameras : a_askAgain) &&
+        (fIsSeen || fCameras.empty())) {
+        fAsked = now;
+        fLink->client().listCameras();
+    }
+    const FeedState state = fLink->feed().state();
+    if (state.fEnd && fLink->isWatching() && now - state.fEnded >= a_watchAgain) {
+        xWatchAgain(*state.fEnd);
+    }
+    Q_EMIT situationChanged();
+}
+
+Situation CameraSession::situation() const {
+    const Clock::time_point now = Clock::now();
+    Situation situation;
+    if (!xIsLive()) {
+        situation.fRobot = fIsLost ? Situation::Robot::Lost : Situation::Robot::Closed;
+    }
+    situation.fHasCameras = fHasCameras;
+    situation.fCameraCount = static_cast<int>(fCameras.size());
+    situation.fFailure = fFailure;
+    situation.fIsPaused = fIsPaused;
+    const CameraInfo* chosen = camera();
+    if (chosen == nullptr) {
+        return situation;
+    }
+    const FeedState state = fLink->feed().state();
+    situation.fCamera = viewer::plainText(fChosen, a_maxCameraNameShown);
+    situation.fRate = chosen->fSettings.fRate;
+    situation.fWatched = now - state.fStarted;
+    if (state.fArrived) {
+        situation.fSinceFrame = now - *state.fArrived;
+    }
+    situation.fFault = state.fFault != FrameFault::None ? state.fFault : fDecodingFault;
+    situation.fEnd = state.fEnd || state.fArrived ? state.fEnd : fEndBefore;
+    return situation;
+}
+
+void CameraSession::xOnNotice() {
+    fLink->notice().clear();
+    if (xNoteEnd()) {
+        return;
+    }
+    xTakeAnswers(fLink->client().take());
+    xTakePicture();
+    Q_EMIT situationChanged();
+}
+
+/** @return whether the link is over, in which case this object may be gone */
+bool CameraSession::xNoteEnd() {
+    if (!xIsLive()) {
+        return true;
+    }
+    if (fLink->isClosed()) {
+        fIsClosed = true;
+        Q_EMIT situationChanged();
+        return true;
+    }
+    if (fLink->isLost()) {
+        fIsLost = true;
+        fLink->stopWatching();
+        Q_EMIT situationChanged();
+        Q_EMIT lost();
+        return true;
+    }
+    return false;
+}
+
+void CameraSession::xTakeAnswers(const VideoAnswers& answers) {
+    if (answers.fCameras) {
+        fFailure.reset();
+        fHasCameras = true;
+        xTakeCameras(*answers.fCameras);
+    }
+    if (answers.fFailure) {
+        fFailure = answers.fFailure;
+        // Any other failure of a question that was answered before says nothing of the cameras.
+        if (answers.fFailure->cause() == KVError::Cause::NoSuchModule) {
+            xTakeCameras({});
+        }
+    }
+    for (const VideoAnswers::Change& change : answers.fChanges) {
+        xTakeChange(change);
+    }
+}
+
+void CameraSession::xTakeCameras(const std::vector<CameraInfo>& cameras) {
+    if (cameras == fCameras && !fChosen.empty()) {
+        return;
+    }
+    fCameras = cameras;
+    if (camera() == nullptr) {
+        xChoose(xDefaultCamera());
+    }
+    Q_EMIT camerasChanged();
+}
+
+void CameraSession::xTakeChange(const VideoAnswers::Change& change) {
+    const auto wish = fWishes.find(change.fCamera);
+    if (wish != fWishes.end() && wish->second == change.fWish) {
+        fWishes.erase(wish);
+    }
+    if (change.fSettings) {
+        fMemory.setSettings(change.fCamera, *change.fSettings);
+        for (CameraInfo& info : fCameras) {
+            if (info.fName == change.fCamera) {
+                info.fSettings = *change.fSettings;
+            }
+        }
+        Q_EMIT camerasChanged();
+        Q_EMIT settingsTaken();
+    } else {
+        fLink->client().listCameras();
+        Q_EMIT camerasChanged();
+        Q_EMIT settingsRefused(viewer::plainText(change.fRefusal));
+    }
+}
+
+void CameraSession::xAskFor(const CameraSettings& settings) {
+    fWishes[fChosen] = settings;
+    fLink->client().changeSettings(fChosen, settings);
+}
+
+void CameraSession::xTakePicture() {
+    if (!fIsSeen || fIsPaused) {
+        return;  // it is taken when it can be seen
+    }
+    const std::optional<DecodedPicture> decoded = fLink->worker().take();
+    if (!decoded) {
+        return;
+    }
+    fDecodingFault = decoded->fPicture.fFault;
+    if (fDecodingFault != FrameFault::None) {
+        fLink->feed().addFault(fDecodingFault);
+        requestPicture();
+        return;
+    }
+    const CameraInfo* chosen = camera();
+    if (chosen != nullptr && !isAsSet(decoded->fPicture.fFrame, chosen->fSettings) &&
+        Clock::now() - fAsked >= a_watchAgain) {
+        // Somebody else has changed it.
+        fAsked = Clock::now();
+        fLink->client().listCameras();
+    }
+    Q_EMIT pictureReady(*decoded);
+}
+
+void CameraSession::xChoose(const std::string& name) {
+    fChosen = name;
+    fDecodingFault = FrameFault::None;
+    fEndBefore.reset();
+    xRecallSettings();
+    xUpdateWatching();
+    Q_EMIT cameraChosen();
+}
+
+std::string CameraSession::xDefaultCamera() const {
+    const std::string remembered = fMemory.camera();
+    const bool isThere = std::any_of(fCameras.begin(), fCameras.end(), [&](const CameraInfo& info) {
+        return info.fName == remembered;
+    });
+    if (isThere) {
+        return remembered;
+    }
+    return fCameras.empty() ? std::string() : fCameras.front().fName;
+}
+
+/** Sets a camera as the user last did, once and unless it has forgotten how. */
+void CameraSession::xRecallSettings() {
+    const CameraInfo* chosen = camera();
+    if (chosen == nullptr || !fRecalled.insert(fChosen).second) {
+        return;
+    }
+    const std::optional<CameraSettings> remembered = fMemory.settings(fChosen);
+    if (remembered && *remembered != chosen->fSettings &&
+        fittedSettings(*chosen, *remembered) == *remembered) {
+        xAskFor(*remembered);
+    }
+}
+
+/** The robot may have taken the camera away, so it is also asked which ones it has. */
+void CameraSession::xWatchAgain(const KVError& end) {
+    fEndBefore = end;
+    fLink->client().listCameras();
+    fLink->stopWatching();
+    fWatched.clear();
+    xUpdateWatching();
+}
+
+void CameraSession::xUpdateWatching() {
+    const bool isWanted =
+        xIsLive() && !fChosen.empty() && (fIsRecording || (fIsSeen && !fIsPaused));
+    if (!isWanted && fLink->isWatching()) {
+        fLink->stopWatching();
+        fWatched.clear();
+    }
+    if (isWanted && fWatched != fChosen) {
+        fLink->watch(fChosen);
+        fWatched = fChosen;
+    }
+}
+
+}  // namespace cameraviewer

@@ -1,0 +1,331 @@
+#include "camera_viewer_widget.h"
+
+#include "camera_bar.h"
+#include "camera_link.h"
+#include "camera_session.h"
+#include "capture_controls.h"
+#include "histogram_panel.h"
+#include "picture_view.h"
+#include "view_actions.h"
+#include "widget_seen.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QDateTime>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMenu>
+#include <QStackedLayout>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include <labels.h>
+#include <plain_text.h>
+#include <utility>
+
+namespace cameraviewer {
+
+namespace {
+
+/** Milliseconds between two looks at what cannot be signalled: time that has passed, and whether
+ *  the widget can be seen. */
+constexpr int a_tickTime = 200;
+constexpr std::chrono::milliseconds a_figureTime{1000};
+constexpr int a_toldTime = 15000;
+constexpr int a_maxRobotNameLength = 60;
+constexpr int a_widthInCharacters = 110;
+constexpr int a_heightInLines = 38;
+constexpr int a_percent = 100;
+
+std::int64_t nowInMicroseconds() {
+    using std::chrono::duration_cast;
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return duration_cast<std::chrono::microseconds>(now).count();
+}
+
+}  // namespace
+
+CameraViewerWidget::CameraViewerWidget(std::shared_ptr<CameraLink> link, WidgetInterface* plugin,
+                                       QWidget* parent)
+    : ViewerWidget(link, plugin, parent),
+      fLink(std::move(link)),
+      fSession(new CameraSession(fLink, this)),
+      fBar(new CameraBar(this)),
+      fView(new PictureView(this)),
+      fActions(new ViewActions(fView)),
+      fHistogram(new HistogramPanel(this)),
+      fCapture(new CaptureControls(fLink->feed(), this)),
+      fPages(new QStackedLayout),
+      fMessage(viewer::makeMessage("cameraMessage", this)),
+      fNotice(viewer::makeNotice("cameraNotice", this)),
+      fTold(viewer::makeNotice("cameraTold", this)),
+      fReadout(viewer::makeStatusLine("cameraReadout", this)),
+      fStatus(viewer::makeStatusLine("cameraStatus", this)),
+      fMeter(FigureMeter::Clock::now()),
+      fMeasured(FigureMeter::Clock::now()) {
+    xBuild();
+    xConnect();
+    xUpdateReason();
+    xUpdateReadout();
+    xUpdateStatus();
+    fTick.start(a_tickTime);
+}
+
+CameraViewerWidget::~CameraViewerWidget() {
+    // Both use the link, which the base class closes.
+    delete fCapture;
+    delete fSession;
+}
+
+QSize CameraViewerWidget::sizeHint() const {
+    const QFontMetrics metrics = fontMetrics();
+    return {a_widthInCharacters * metrics.averageCharWidth(), a_heightInLines * metrics.height()};
+}
+
+void CameraViewerWidget::showEvent(QShowEvent* event) {
+    ViewerWidget::showEvent(event);
+    xUpdateSeen();
+}
+
+void CameraViewerWidget::hideEvent(QHideEvent* event) {
+    ViewerWidget::hideEvent(event);
+    xUpdateSeen();
+}
+
+void CameraViewerWidget::xBuild() {
+    setObjectName(QStringLiteral("cameraViewer"));
+    setWindowTitle(tr("Camera viewer"));
+    resize(sizeHint());
+    setFocusProxy(fView);
+
+    fBar->addSeparator();
+    fActions->addButtons(*fBar);
+    auto* more = new QToolButton(fBar);
+    more->setObjectName(QStringLiteral("viewButton"));
+    more->setText(tr("&View"));
+    more->setToolTip(QStringLiteral("<p>%1</p>").arg(tr("All that can be done with the picture")));
+    more->setPopupMode(QToolButton::InstantPopup);
+    more->setMenu(fActions->menu());
+    more->setFocusPolicy(Qt::TabFocus);
+    fBar->addWidget(more);
+    fBar->addSeparator();
+    fCapture->addButtons(*fBar, *fActions->menu());
+
+    auto* copy = new QAction(tr("C&opy figures"), this);
+    copy->setObjectName(QStringLiteral("copyFiguresAction"));
+    copy->setShortcut(Qt::CTRL + Qt::SHIFT + Qt::Key_C);
+    copy->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    connect(copy, &QAction::triggered, this, &CameraViewerWidget::xCopyFigures);
+    addAction(copy);
+    fActions->menu()->addSeparator();
+    fActions->menu()->addAction(copy);
+
+    fView->setContextMenuPolicy(Qt::CustomContextMenu);
+    fHistogram->hide();
+    fTold->hide();
+    fToldTime.setSingleShot(true);
+
+    fPages->addWidget(fMessage);
+    fPages->addWidget(xMakePicturePage());
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(fBar);
+    column->addWidget(fNotice);
+    column->addWidget(fTold);
+    column->addLayout(fPages, 1);
+    column->addWidget(fReadout);
+    column->addWidget(fStatus);
+}
+
+QWidget* CameraViewerWidget::xMakePicturePage() {
+    auto* page = new QWidget(this);
+    auto* column = new QVBoxLayout(page);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(fView, 1);
+    column->addWidget(fHistogram);
+    return page;
+}
+
+void CameraViewerWidget::xConnect() {
+    connect(fSession, &CameraSession::camerasChanged, this, &CameraViewerWidget::xOnCamerasChanged);
+    connect(fSession, &CameraSession::cameraChosen, this, &CameraViewerWidget::xOnCameraChosen);
+    connect(fSession, &CameraSession::settingsTaken, fTold, &QLabel::hide);
+    connect(fSession, &CameraSession::settingsRefused, this,
+            [this](const QString& reason) { xTell(tr("The robot refuses: %1").arg(reason)); });
+    connect(fSession, &CameraSession::pictureReady, this, &CameraViewerWidget::xOnPicture);
+    connect(fSession, &CameraSession::situationChanged, this, &CameraViewerWidget::xUpdateReason);
+    connect(fSession, &CameraSession::lost, this, [this] {
+        fCapture->stopRecording();
+        reportLoss();
+    });
+
+    connect(fBar, &CameraBar::cameraWanted, this, [this](const std::string& camera) {
+        fCapture->stopRecording();
+        fSession->chooseCamera(camera);
+    });
+    connect(fBar, &CameraBar::settingsWanted, fSession, &CameraSession::changeSettings);
+    connect(fActions->pause(), &QAction::toggled, fSession, &CameraSession::setPaused);
+    connect(fActions->histogram(), &QAction::toggled, this, &CameraViewerWidget::xShowHistogram);
+    connect(fHistogram, &HistogramPanel::stretchingChanged, this,
+            &CameraViewerWidget::xApplyStretch);
+    connect(fView, &PictureView::pictureShown, this, &CameraViewerWidget::xOnPictureShown);
+    connect(fView, &PictureView::pixelChanged, this, &CameraViewerWidget::xUpdateReadout);
+    connect(fView, &PictureView::geometryChanged, this, &CameraViewerWidget::xUpdateReadout);
+    connect(fView, &QWidget::customContextMenuRequested, this,
+            [this](const QPoint& at) { fActions->menu()->popup(fView->mapToGlobal(at)); });
+    connect(fCapture, &CaptureControls::recordingChanged, this, [this] {
+        fSession->setRecording(fCapture->isRecording());
+        xUpdateStatus();
+    });
+    connect(fCapture, &CaptureControls::told, this, &CameraViewerWidget::xTell);
+    connect(&fToldTime, &QTimer::timeout, fTold, &QLabel::hide);
+    connect(&fTick, &QTimer::timeout, this, &CameraViewerWidget::xOnTick);
+}
+
+void CameraViewerWidget::xOnTick() {
+    xUpdateSeen();
+    fSession->tick();
+    if (FigureMeter::Clock::now() - fMeasured >= a_figureTime) {
+        xUpdateFigures();
+    }
+    if (fLink->isClosed() && fCapture->isRecording()) {
+        fCapture->stopRecording();
+    }
+}
+
+void CameraViewerWidget::xOnCamerasChanged() {
+    fBar->showCameras(fSession->cameras(), fSession->camera(), fSession->settings());
+    const CameraInfo* camera = fSession->camera();
+    fCapture->setOrigin({QString::fromStdString(fLink->robotName()),
+                         camera != nullptr ? QString::fromStdString(camera->fName) : QString()});
+    xUpdateReason();
+    xUpdateReadout();
+}
+
+void CameraViewerWidget::xOnCameraChosen() {
+    fCapture->stopRecording();
+    fView->clear();
+    fCapture->setPicture({});
+    fHistogram->showHistogram(std::nullopt);
+    fMeter.restart(fLink->feed().counts(), FigureMeter::Clock::now());
+    xUpdateReason();
+}
+
+void CameraViewerWidget::xOnPicture(const DecodedPicture& decoded) {
+    if (fHistogram->isVisibleTo(this)) {
+        fHistogram->showHistogram(decoded.fHistogram);
+    }
+    if (decoded.fHistogram && fHistogram->isStretching()) {
+        fView->setGreyRange(decoded.fHistogram->fMinimum, decoded.fHistogram->fMaximum);
+    }
+    const KVPixelFormat before = fView->picture().fFrame.fFormat;
+    fView->setPicture(decoded.fPicture);
+    fCapture->setPicture(decoded.fPicture);
+    if (decoded.fPicture.fFrame.fFormat != before) {
+        xUpdateReadout();
+    }
+}
+
+void CameraViewerWidget::xOnPictureShown(quint64 /*number*/, qint64 time) {
+    fMeter.addShown(nowInMicroseconds() - time);
+    fSession->requestPicture();
+}
+
+void CameraViewerWidget::xShowHistogram(bool isShown) {
+    fHistogram->setVisible(isShown);
+    fLink->worker().setHistogramWanted(isShown);
+    if (isShown && fView->hasPicture()) {
+        fHistogram->showHistogram(histogramOf(fView->picture().fImage));
+    }
+    xApplyStretch();
+}
+
+void CameraViewerWidget::xApplyStretch() {
+    const bool isWanted = fHistogram->isVisibleTo(this) && fHistogram->isStretching();
+    const std::optional<Histogram> histogram =
+        isWanted && fView->hasPicture() ? histogramOf(fView->picture().fImage) : std::nullopt;
+    if (histogram) {
+        fView->setGreyRange(histogram->fMinimum, histogram->fMaximum);
+    } else {
+        fView->setFullGreyRange();
+    }
+}
+
+void CameraViewerWidget::xTell(const QString& sentence) {
+    fTold->setText(sentence);
+    fTold->show();
+    fToldTime.start(a_toldTime);
+}
+
+void CameraViewerWidget::xUpdateSeen() {
+    fSession->setSeen(isSeen(*this));
+}
+
+void CameraViewerWidget::xUpdateReason() {
+    const Situation situation = fSession->situation();
+    const QString reason = reasonOf(situation);
+    const bool hasPicture = fView->hasPicture();
+    fMessage->setText(reason);
+    fNotice->setText(reason + QLatin1Char(' ') + tr("This is the last picture."));
+    fNotice->setVisible(hasPicture && !reason.isEmpty());
+    fPages->setCurrentIndex(hasPicture ? 1 : 0);
+    fBar->setUsable(situation.fRobot == Situation::Robot::Connected);
+}
+
+void CameraViewerWidget::xUpdateReadout() {
+    if (!fView->hasPicture()) {
+        fReadout->clear();
+        return;
+    }
+    const Picture& picture = fView->picture();
+    const QString zoom =
+        QString::number(fView->geometry().zoom() * a_percent, 'f', 0) + QLatin1String(" %");
+    QStringList parts{QStringLiteral("%1 \u00D7 %2 %3")
+                          .arg(picture.fImage.width())
+                          .arg(picture.fImage.height())
+                          .arg(formatText(picture.fFrame.fFormat)),
+                      fView->geometry().isFitted() ? tr("fitted, %1").arg(zoom) : zoom};
+    if (const std::optional<QPoint> pixel = fView->pixel()) {
+        const QRgb color = picture.fImage.pixel(*pixel);
+        parts += tr("pixel %1, %2").arg(pixel->x()).arg(pixel->y());
+        parts += rawText(picture, *pixel);
+        parts +=
+            QStringLiteral("RGB %1 %2 %3").arg(qRed(color)).arg(qGreen(color)).arg(qBlue(color));
+    }
+    viewer::setStatus(*fReadout, parts.join(viewer::statusSeparator()));
+}
+
+void CameraViewerWidget::xUpdateFigures() {
+    fMeasured = FigureMeter::Clock::now();
+    fFigures = fMeter.measure(fLink->feed().counts(), fMeasured);
+    xUpdateStatus();
+}
+
+void CameraViewerWidget::xUpdateStatus() {
+    QStringList parts{xRobotText(), figuresLine(fFigures)};
+    const QString recording = fCapture->progressText();
+    if (!recording.isEmpty()) {
+        parts.prepend(recording);
+    }
+    viewer::setStatus(*fStatus, parts.join(viewer::statusSeparator()));
+}
+
+void CameraViewerWidget::xCopyFigures() {
+    const CameraInfo* camera = fSession->camera();
+    const QString name = camera != nullptr ? viewer::plainText(camera->fName) : tr("none");
+    QApplication::clipboard()->setText(tr("Robot: %1").arg(xRobotText()) + QLatin1Char('\n') +
+                                       tr("Camera: %1").arg(name) + QLatin1Char('\n') +
+                                       figuresReport(fFigures));
+    xTell(tr("The figures are in the clipboard."));
+}
+
+QString CameraViewerWidget::xRobotText() const {
+    return QStringLiteral("%1%2%3:%4")
+        .arg(viewer::plainText(fLink->robotName(), a_maxRobotNameLength), viewer::statusSeparator(),
+             viewer::plainText(fLink->address()), QString::number(fLink->port()));
+}
+
+}  // namespace cameraviewer

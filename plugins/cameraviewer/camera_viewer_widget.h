@@ -1,0 +1,82 @@
+#ifndef OBVISTA_CAMERAVIEWER_CAMERA_VIEWER_WIDGET_H
+#define OBVISTA_CAMERAVIEWER_CAMERA_VIEWER_WIDGET_H
+
+#include "figures.h"
+
+#include <QTimer>
+
+#include <memory>
+#include <viewer_widget.h>
+
+class QLabel;
+class QStackedLayout;
+
+namespace cameraviewer {
+
+class CameraBar;
+class CameraLink;
+class CameraSession;
+class CaptureControls;
+class HistogramPanel;
+class PictureView;
+class ViewActions;
+struct DecodedPicture;
+
+/** Shows the cameras of one robot, and says why there is no picture when there is none. */
+class CameraViewerWidget : public viewer::ViewerWidget {
+    Q_OBJECT
+
+  public:
+    CameraViewerWidget(std::shared_ptr<CameraLink> link, WidgetInterface* plugin, QWidget* parent);
+    ~CameraViewerWidget() override;
+
+    QSize sizeHint() const override;
+
+  protected:
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+
+  private:
+    void xBuild();
+    void xConnect();
+    QWidget* xMakePicturePage();
+    void xOnTick();
+    void xOnCamerasChanged();
+    void xOnCameraChosen();
+    void xOnPicture(const DecodedPicture& decoded);
+    void xOnPictureShown(quint64 number, qint64 time);
+    void xShowHistogram(bool isShown);
+    void xApplyStretch();
+    void xTell(const QString& sentence);
+    void xUpdateSeen();
+    void xUpdateReason();
+    void xUpdateReadout();
+    void xUpdateStatus();
+    void xUpdateFigures();
+    void xCopyFigures();
+    QString xRobotText() const;
+
+    std::shared_ptr<CameraLink> fLink;
+    CameraSession* fSession;
+    CameraBar* fBar;
+    PictureView* fView;
+    ViewActions* fActions;
+    HistogramPanel* fHistogram;
+    CaptureControls* fCapture;
+    QStackedLayout* fPages;
+    QLabel* fMessage;
+    QLabel* fNotice;
+    QLabel* fTold;
+    QLabel* fReadout;
+    QLabel* fStatus;
+
+    QTimer fTick;
+    QTimer fToldTime;
+    FigureMeter fMeter;
+    Figures fFigures;
+    FigureMeter::Clock::time_point fMeasured;
+};
+
+}  // namespace cameraviewer
+
+#endif

@@ -1,0 +1,204 @@
+#include "capture_controls.h"
+
+#include "frame_feed.h"
+#include "view_actions.h"
+
+#include <QAction>
+#include <QDateTime>
+#include <QDir>
+#include <QFileDialog>
+#include <QLocale>
+#include <QMenu>
+#include <QSettings>
+#include <QStandardPaths>
+#include <QToolBar>
+
+#include <labels.h>
+#include <snapshot.h>
+
+namespace cameraviewer {
+
+namespace {
+
+constexpr char a_folderKey[] = "CameraViewer/folder";
+constexpr qint64 a_microseconds = 1000;
+
+QString folder() {
+    const QString chosen = QSettings().value(QLatin1String(a_folderKey)).toString();
+    if (!chosen.isEmpty()) {
+        return chosen;
+    }
+    return QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+}
+
+QString shown(const QString& file) {
+    return QDir::toNativeSeparators(file);
+}
+
+QString sizeText(qint64 bytes) {
+    return QLocale::c().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
+}
+
+QAction* makeAction(const char* objectName, const QString& text, const QString& toolTip,
+                    const QKeySequence& key, QWidget* viewer) {
+    auto* action = new QAction(text, viewer);
+    action->setObjectName(QLatin1String(objectName));
+    action->setShortcut(key);
+    // A viewer beside this one has the same keys.
+    action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    action->setToolTip(toolTipWithKey(*action, toolTip));
+    action->setEnabled(false);
+    viewer->addAction(action);
+    return action;
+}
+
+}  // namespace
+
+CaptureControls::CaptureControls(FrameFeed& feed, QWidget* viewer)
+    : QObject(viewer),
+      fFeed(feed),
+      fViewer(viewer),
+      fSnapshot(makeAction("snapshotAction", tr("&Snapshot"),
+                           tr("Save the picture that is shown as a PNG file"), Qt::CTRL + Qt::Key_S,
+                           viewer)),
+      fRecord(makeAction("recordAction", tr("Re&cord"),
+                         tr("Record the pictures of this camera to a Matroska file"),
+                         Qt::CTRL + Qt::Key_R, viewer)),
+      fFolder(new QAction(tr("Folder for pictures and recordings\u2026"), viewer)) {
+    fFolder->setObjectName(QStringLiteral("folderAction"));
+    fRecord->setCheckable(true);
+    fWriters.setMaxThreadCount(1);
+    connect(fSnapshot, &QAction::triggered, this, &CaptureControls::xTakeSnapshot);
+    connect(fRecord, &QAction::triggered, this, &CaptureControls::xToggleRecording);
+    connect(fFolder, &QAction::triggered, this, &CaptureControls::xChooseFolder);
+    connect(&fRecorder, &Recorder::ended, this, &CaptureControls::xOnRecordingEnded,
+            Qt::QueuedConnection);
+}
+
+CaptureControls::~CaptureControls() {
+    fFeed.setTap(nullptr);
+    fWriters.waitForDone();
+}
+
+void CaptureControls::addButtons(QToolBar& bar, QMenu& menu) const {
+    bar.addActions({fSnapshot, fRecord});
+    menu.addSeparator();
+    menu.addActions({fSnapshot, fRecord, fFolder});
+}
+
+void CaptureControls::setOrigin(const PictureOrigin& origin) {
+    fOrigin = origin;
+    fRecord->setEnabled(!origin.fCamera.isEmpty());
+}
+
+void CaptureControls::setPicture(const Picture& picture) {
+    fPicture = picture;
+    fSnapshot->setEnabled(!picture.fImage.isNull());
+}
+
+void CaptureControls::stopRecording() {
+    if (fIsRecording) {
+        fIsRecording = false;
+        fFeed.setTap(nullptr);
+        fRecorder.stop();
+        fRecord->setChecked(false);
+        Q_EMIT recordingChanged();
+    }
+}
+
+QString CaptureControls::progressText() const {
+    const RecorderStatus status = fRecorder.status();
+    switch (status.fState) {
+        case RecorderStatus::State::Recording:
+            break;
+        case RecorderStatus::State::Finishing:
+            return tr("Completing the recording\u2026");
+        case RecorderStatus::State::Idle:
+        case RecorderStatus::State::Done:
+        case RecorderStatus::State::Failed:
+            return {};
+    }
+    QStringList parts{tr("Recording: %1 s").arg(QString::number(status.fSeconds, 'f', 1)),
+                      tr("%1 frames").arg(status.fFrames), sizeText(status.fBytes)};
+    if (status.fDropped > 0) {
+        parts += tr("%1 not recorded: the disk or the processor is too slow").arg(status.fDropped);
+    }
+    return parts.join(viewer::statusSeparator());
+}
+
+void CaptureControls::xTakeSnapshot() {
+    if (fPicture.fImage.isNull()) {
+        return;
+    }
+    const QString file = xNewFile(QStringLiteral("png"));
+    fWriters.start([this, picture = fPicture, origin = fOrigin, file] {
+        const QString failure = writeSnapshot(picture, origin, file);
+        QMetaObject::invokeMethod(
+            this,
+            [this, failure, file] {
+                Q_EMIT told(failure.isEmpty() ? tr("Saved %1").arg(shown(file)) : failure);
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+void CaptureControls::xToggleRecording() {
+    if (fIsRecording) {
+        stopRecording();
+        return;
+    }
+    const RecorderStatus::State state = fRecorder.status().fState;
+    if (state == RecorderStatus::State::Finishing) {
+        fRecord->setChecked(false);
+        Q_EMIT told(tr("The recording before is still being completed."));
+        return;
+    }
+    fIsRecording = true;
+    fRecord->setChecked(true);
+    fRecorder.start(xNewFile(QStringLiteral("mkv")), fOrigin);
+    fFeed.setTap([this](const KVFrame& frame) { fRecorder.offer(frame); });
+    Q_EMIT recordingChanged();
+}
+
+void CaptureControls::xOnRecordingEnded() {
+    const RecorderStatus status = fRecorder.status();
+    stopRecording();
+    if (status.fState == RecorderStatus::State::Failed) {
+        Q_EMIT told(status.fFailure);
+    } else if (status.fFrames == 0) {
+        Q_EMIT told(tr("Nothing was recorded, as no picture came."));
+    } else {
+        Q_EMIT told(tr("Recorded %1 s (%2) to %3")
+                        .arg(QString::number(status.fSeconds, 'f', 1), sizeText(status.fBytes),
+                             shown(status.fFile)));
+    }
+    Q_EMIT recordingChanged();
+}
+
+void CaptureControls::xChooseFolder() {
+    const QString chosen = QFileDialog::getExistingDirectory(
+        fViewer, tr("Folder for pictures and recordings"), folder());
+    if (!chosen.isEmpty()) {
+        QSettings().setValue(QLatin1String(a_folderKey), chosen);
+    }
+}
+
+/** A name of the time; a number is added to one that is taken. */
+QString CaptureControls::xNewFile(const QString& suffix) {
+    const QDir in(folder());
+    in.mkpath(QStringLiteral("."));
+    const qint64 time = suffix == QLatin1String("png")
+                            ? fPicture.fFrame.fTime
+                            : QDateTime::currentMSecsSinceEpoch() * a_microseconds;
+    const QString name = suggestedFileName(fOrigin, time, suffix);
+    QString file = in.filePath(name);
+    for (int number = 2; QFileInfo::exists(file); ++number) {
+        file = in.filePath(QStringLiteral("%1-%2.%3")
+                               .arg(name.chopped(suffix.size() + 1))
+                               .arg(number)
+                               .arg(suffix));
+    }
+    return file;
+}
+
+}  // namespace cameraviewer

@@ -1,0 +1,116 @@
+#include "figures.h"
+
+#include <QCoreApplication>
+#include <QStringList>
+
+#include <cmath>
+#include <labels.h>
+
+namespace cameraviewer {
+
+namespace {
+
+constexpr double a_millisecond = 1e3;
+constexpr double a_second = 1e6;
+/** No picture that still comes is older than this: the clocks of robot and computer differ. */
+constexpr double a_oldest = 30 * a_second;
+
+QString translated(const char* text) {
+    return QCoreApplication::translate("cameraviewer::Figures", text);
+}
+
+/** Numbers have a point in every locale, as they are meant to be copied into other programs. */
+QString number(double value, int digits) {
+    return QString::number(value, 'f', digits);
+}
+
+QString faultLines(const Figures& figures) {
+    QString lines;
+    for (const auto& [fault, count] : figures.fFaults) {
+        lines += translated("Not shown: %1 frames. %2").arg(count).arg(faultText(fault)) +
+                 QLatin1Char('\n');
+    }
+    return lines;
+}
+
+}  // namespace
+
+void FigureMeter::addShown(std::int64_t age) {
+    ++fShown;
+    fAges += static_cast<double>(age);
+}
+
+Figures FigureMeter::measure(const FeedCounts& counts, Clock::time_point now) {
+    const double seconds = std::chrono::duration<double>(now - fSince).count();
+    const auto rate = [&](std::uint64_t after, std::uint64_t before) {
+        return seconds > 0 ? static_cast<double>(after - before) / seconds : 0;
+    };
+    Figures figures;
+    figures.fReceived = rate(counts.fReceived, fCounts.fReceived);
+    figures.fShown = rate(fShown, 0);
+    figures.fDropped = rate(counts.fDropped, fCounts.fDropped);
+    figures.fBytes = rate(counts.fBytes, fCounts.fBytes);
+    if (fShown > 0) {
+        figures.fAge = fAges / static_cast<double>(fShown);
+    }
+    figures.fFaults = counts.fFaults;
+    restart(counts, now);
+    return figures;
+}
+
+void FigureMeter::restart(const FeedCounts& counts, Clock::time_point now) {
+    fSince = now;
+    fCounts = counts;
+    fShown = 0;
+    fAges = 0;
+}
+
+QString ageText(double microseconds) {
+    if (microseconds < 0 || microseconds > a_oldest) {
+        return microseconds < 0 ? translated("unknown (the robot's clock is ahead)")
+                                : translated("unknown (the robot's clock is behind)");
+    }
+    return microseconds < a_second
+               ? translated("%1 ms").arg(number(microseconds / a_millisecond, 0))
+               : translated("%1 s").arg(number(microseconds / a_second, 1));
+}
+
+QString byteRateText(double bytesPerSecond) {
+    constexpr double kilo = 1e3;
+    constexpr double mega = 1e6;
+    return bytesPerSecond < mega ? translated("%1 kB/s").arg(number(bytesPerSecond / kilo, 0))
+                                 : translated("%1 MB/s").arg(number(bytesPerSecond / mega, 1));
+}
+
+QString figuresLine(const Figures& figures) {
+    QStringList parts{translated("%1 received").arg(number(figures.fReceived, 1)),
+                      translated("%1 shown").arg(number(figures.fShown, 1)),
+                      translated("%1 dropped a second").arg(number(figures.fDropped, 1)),
+                      byteRateText(figures.fBytes)};
+    if (figures.fAge) {
+        parts += translated("age %1").arg(ageText(*figures.fAge));
+    }
+    std::uint64_t faulty = 0;
+    for (const auto& [fault, count] : figures.fFaults) {
+        faulty += count;
+    }
+    if (faulty > 0) {
+        parts +=
+            faulty == 1 ? translated("1 faulty frame") : translated("%1 faulty frames").arg(faulty);
+    }
+    return parts.join(viewer::statusSeparator());
+}
+
+QString figuresReport(const Figures& figures) {
+    const QString age = figures.fAge ? ageText(*figures.fAge) : translated("no picture");
+    return translated("Received: %1 frames a second").arg(number(figures.fReceived, 2)) +
+           QLatin1Char('\n') +
+           translated("Shown: %1 frames a second").arg(number(figures.fShown, 2)) +
+           QLatin1Char('\n') +
+           translated("Dropped: %1 frames a second").arg(number(figures.fDropped, 2)) +
+           QLatin1Char('\n') + translated("Bytes: %1 a second").arg(number(figures.fBytes, 0)) +
+           QLatin1Char('\n') + translated("Age when shown: %1").arg(age) + QLatin1Char('\n') +
+           faultLines(figures);
+}
+
+}  // namespace cameraviewer

@@ -1,0 +1,98 @@
+#include "frame_feed.h"
+
+#include "notice.h"
+#include "picture_worker.h"
+
+#include <utility>
+
+namespace cameraviewer {
+
+namespace {
+
+/** A larger step of the frames' number is no gap: the camera has started anew, or makes fun of
+ *  us. */
+constexpr std::uint64_t a_maxGap = 100000;
+
+}  // namespace
+
+FrameFeed::FrameFeed(PictureWorker& worker, Notice& notice) : fWorker(worker), fNotice(notice) {
+}
+
+void FrameFeed::begin() {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    fState = FeedState();
+    fState.fStarted = FeedState::Clock::now();
+    fLastNumber.reset();
+}
+
+FeedCounts FrameFeed::counts() const {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    return fCounts;
+}
+
+FeedState FrameFeed::state() const {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    return fState;
+}
+
+void FrameFeed::addFault(FrameFault fault) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    ++fCounts.fFaults[fault];
+}
+
+void FrameFeed::setTap(std::function<void(const KVFrame&)> tap) {
+    const std::lock_guard<std::mutex> lock(fTapMutex);
+    fTap = std::move(tap);
+}
+
+void FrameFeed::frameReceived(const KVFrame& frame, std::uint64_t passedOver) {
+    const FrameFault fault = check(frame, fReader);
+    bool isNews = false;
+    {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        isNews = !fState.fArrived || fState.fFault != fault;
+        fState.fArrived = FeedState::Clock::now();
+        fState.fFault = fault;
+        fCounts.fReceived += 1 + passedOver;
+        fCounts.fBytes += frame.fSize;
+        fCounts.fDropped += xNotSeen(frame, passedOver);
+        fLastNumber = frame.fNumber;
+        if (fault != FrameFault::None) {
+            ++fCounts.fFaults[fault];
+        }
+    }
+    if (isNews) {
+        fNotice.give();
+    }
+    if (fault != FrameFault::None) {
+        return;
+    }
+    {
+        const std::lock_guard<std::mutex> lock(fTapMutex);
+        if (fTap) {
+            fTap(frame);
+        }
+    }
+    if (fWorker.offer(frame)) {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        ++fCounts.fDropped;
+    }
+}
+
+void FrameFeed::ended(const KVError& error) {
+    {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        fState.fEnd = error;
+        fState.fEnded = FeedState::Clock::now();
+    }
+    fNotice.give();
+}
+
+/** Frames between the last one and this one. To be called with the lock held. */
+std::uint64_t FrameFeed::xNotSeen(const KVFrame& frame, std::uint64_t passedOver) const {
+    const bool goesOn =
+        fLastNumber && frame.fNumber > *fLastNumber && frame.fNumber - *fLastNumber <= a_maxGap;
+    return goesOn ? frame.fNumber - *fLastNumber - 1 : passedOver;
+}
+
+}  // namespace cameraviewer

@@ -1,0 +1,98 @@
+#include "picture_worker.h"
+
+#include "notice.h"
+
+#include <new>
+#include <utility>
+
+namespace cameraviewer {
+
+PictureWorker::PictureWorker(Notice& notice) : fNotice(notice), fThread([this] { xRun(); }) {
+}
+
+PictureWorker::~PictureWorker() {
+    stop();
+}
+
+bool PictureWorker::offer(const KVFrame& frame) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    const bool isReplacing = fWaiting.has_value();
+    fWaiting = frame;
+    fWork.notify_one();
+    return isReplacing;
+}
+
+void PictureWorker::request() {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    fIsRequested = true;
+    fWork.notify_one();
+}
+
+std::optional<DecodedPicture> PictureWorker::take() {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    return std::exchange(fFinished, std::nullopt);
+}
+
+void PictureWorker::setHistogramWanted(bool isWanted) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    fIsHistogramWanted = isWanted;
+}
+
+void PictureWorker::forget() {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    ++fEpoch;
+    fWaiting.reset();
+    // Its taker would have asked for the next one.
+    fIsRequested = fIsRequested || fFinished;
+    fFinished.reset();
+}
+
+void PictureWorker::stop() {
+    {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        fIsStopped = true;
+        fWork.notify_one();
+    }
+    if (fThread.joinable()) {
+        fThread.join();
+    }
+}
+
+void PictureWorker::xRun() {
+    std::unique_lock<std::mutex> lock(fMutex);
+    for (;;) {
+        fWork.wait(lock, [this] { return fIsStopped || (fIsRequested && fWaiting); });
+        if (fIsStopped) {
+            return;
+        }
+        const KVFrame frame = *std::exchange(fWaiting, std::nullopt);
+        const std::uint64_t epoch = fEpoch;
+        const bool withHistogram = fIsHistogramWanted;
+        lock.unlock();
+        DecodedPicture decoded = xDecode(frame, withHistogram);
+        lock.lock();
+        if (epoch == fEpoch && !fIsStopped) {
+            fIsRequested = false;
+            fFinished = std::move(decoded);
+            lock.unlock();
+            fNotice.give();
+            lock.lock();
+        }
+    }
+}
+
+DecodedPicture PictureWorker::xDecode(const KVFrame& frame, bool withHistogram) {
+    DecodedPicture decoded;
+    try {
+        decoded.fPicture = fDecoder.decode(frame);
+    } catch (const std::bad_alloc&) {
+        decoded.fPicture.fFrame = frame;
+        decoded.fPicture.fFault = FrameFault::TooLarge;
+    }
+    if (withHistogram) {
+        decoded.fHistogram = histogramOf(decoded.fPicture.fImage);
+    }
+    return decoded;
+}
+
+}  // namespace cameraviewer

@@ -1,0 +1,144 @@
+#include "video_client.h"
+
+#include "notice.h"
+
+#include <robaxi/kv_broker.h>
+#include <robaxi/kv_proxy.h>
+
+#include <utility>
+
+namespace cameraviewer {
+
+namespace {
+
+/** Seconds for a call: a camera that changes its settings may have to start anew. */
+constexpr int a_callTimeOut = 5;
+
+}  // namespace
+
+VideoClient::VideoClient(boost::shared_ptr<KVBroker> broker, std::string ip, int port,
+                         Notice& notice)
+    : fBroker(std::move(broker)),
+      fAddress(std::move(ip)),
+      fPort(port),
+      fNotice(notice),
+      fThread([this] { xRun(); }) {
+}
+
+VideoClient::~VideoClient() {
+    stop();
+}
+
+void VideoClient::listCameras() {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    fIsListWanted = true;
+    fWork.notify_one();
+}
+
+void VideoClient::changeSettings(const std::string& camera, const CameraSettings& settings) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    fWishes[camera] = settings;
+    fWork.notify_one();
+}
+
+VideoAnswers VideoClient::take() {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    return std::exchange(fAnswers, VideoAnswers());
+}
+
+void VideoClient::stop() {
+    std::shared_ptr<KVProxy> proxy;
+    {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        fIsStopped = true;
+        fWork.notify_one();
+        proxy = fProxy;
+    }
+    if (proxy) {
+        proxy->cancel();
+    }
+    if (fThread.joinable()) {
+        fThread.join();
+    }
+    fProxy.reset();
+}
+
+void VideoClient::xRun() {
+    std::unique_lock<std::mutex> lock(fMutex);
+    for (;;) {
+        fWork.wait(lock, [this] { return fIsStopped || fIsListWanted || !fWishes.empty(); });
+        if (fIsStopped) {
+            return;
+        }
+        // Wishes first: the list that follows then has the settings as they are now.
+        if (!fWishes.empty()) {
+            const auto wish = fWishes.extract(fWishes.begin());
+            lock.unlock();
+            xChangeSettings(wish.key(), wish.mapped());
+        } else {
+            fIsListWanted = false;
+            lock.unlock();
+            xListCameras();
+        }
+        lock.lock();
+    }
+}
+
+void VideoClient::xListCameras() {
+    VideoAnswers answers;
+    try {
+        answers.fCameras = readCameras(xProxy()->callValue("getCameras", {}));
+    } catch (const KVError& error) {
+        answers.fFailure = error;
+    }
+    xAnswer(std::move(answers));
+}
+
+void VideoClient::xChangeSettings(const std::string& camera, const CameraSettings& settings) {
+    VideoAnswers answers;
+    VideoAnswers::Change change;
+    change.fCamera = camera;
+    change.fWish = settings;
+    try {
+        change.fSettings = readSettings(
+            xProxy()->callValue("setSettings", {KVValue(camera), settingsValue(settings)}));
+    } catch (const KVError& error) {
+        change.fRefusal = error.toString();
+    }
+    answers.fChanges.push_back(std::move(change));
+    xAnswer(std::move(answers));
+}
+
+std::shared_ptr<KVProxy> VideoClient::xProxy() {
+    {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        if (fProxy) {
+            return fProxy;
+        }
+    }
+    // Made without the lock, since it waits for the robot.
+    auto proxy =
+        std::make_shared<KVProxy>(a_videoModule, fAddress, fPort, fBroker, a_callTimeOut, 0);
+    const std::lock_guard<std::mutex> lock(fMutex);
+    if (fIsStopped) {
+        throw KVError(KVError::Cause::Cancelled, "the connection is closed");
+    }
+    fProxy = proxy;
+    return proxy;
+}
+
+void VideoClient::xAnswer(VideoAnswers answers) {
+    {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        if (answers.fCameras || answers.fFailure) {
+            fAnswers.fCameras = std::move(answers.fCameras);
+            fAnswers.fFailure = answers.fFailure;
+        }
+        for (VideoAnswers::Change& change : answers.fChanges) {
+            fAnswers.fChanges.push_back(std::move(change));
+        }
+    }
+    fNotice.give();
+}
+
+}  // namespace cameraviewer

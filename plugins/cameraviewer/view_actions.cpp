@@ -1,0 +1,84 @@
+#include "view_actions.h"
+
+#include "picture_view.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QToolBar>
+
+namespace cameraviewer {
+
+ViewActions::ViewActions(PictureView* view) : QObject(view), fView(view), fMenu(new QMenu(view)) {
+    fPause = xAddToggle("pauseAction", tr("&Pause"), tr("Keep the picture that is shown"),
+                        {Qt::Key_Space});
+    fMenu->addSeparator();
+    fFit = xAdd("fitAction", tr("&Fit"), tr("Show the whole picture as large as possible"),
+                {Qt::Key_F, Qt::Key_0});
+    fOneToOne = xAdd("oneToOneAction", tr("&1:1"),
+                     tr("Show each pixel of the picture as one pixel of the screen"), {Qt::Key_1});
+    fZoomIn = xAdd("zoomInAction", tr("Zoom &in"), tr("Show the picture larger"),
+                   {Qt::Key_Plus, Qt::Key_Equal});
+    fZoomOut =
+        xAdd("zoomOutAction", tr("Zoom &out"), tr("Show the picture smaller"), {Qt::Key_Minus});
+    fMenu->addSeparator();
+    QAction* right = xAdd("rotateRightAction", tr("&Rotate right"),
+                          tr("Turn the picture by a quarter, clockwise"), {Qt::Key_R});
+    QAction* left =
+        xAdd("rotateLeftAction", tr("Rotate &left"),
+             tr("Turn the picture by a quarter, anticlockwise"), {Qt::SHIFT + Qt::Key_R});
+    QAction* flipHorizontally = xAdd("flipHorizontallyAction", tr("Flip &horizontally"),
+                                     tr("Exchange left and right"), {Qt::Key_H});
+    QAction* flipVertically = xAdd("flipVerticallyAction", tr("Flip &vertically"),
+                                   tr("Exchange top and bottom"), {Qt::Key_V});
+    QAction* straighten = xAdd("straightenAction", tr("&As the camera sees it"),
+                               tr("Neither rotated nor flipped"), {Qt::Key_U});
+    fMenu->addSeparator();
+    QAction* grid = xAddToggle("gridAction", tr("&Grid"),
+                               tr("Lines between pixels, or groups of them"), {Qt::Key_G});
+    fHistogram = xAddToggle("histogramAction", tr("Hi&stogram"),
+                            tr("How often each value is in a grey picture"), {Qt::Key_I});
+
+    connect(fFit, &QAction::triggered, view, &PictureView::fit);
+    connect(fOneToOne, &QAction::triggered, view, &PictureView::showOneToOne);
+    connect(fZoomIn, &QAction::triggered, view, &PictureView::zoomIn);
+    connect(fZoomOut, &QAction::triggered, view, &PictureView::zoomOut);
+    connect(right, &QAction::triggered, view, &PictureView::rotateRight);
+    connect(left, &QAction::triggered, view, &PictureView::rotateLeft);
+    connect(flipHorizontally, &QAction::triggered, view, &PictureView::flipHorizontally);
+    connect(flipVertically, &QAction::triggered, view, &PictureView::flipVertically);
+    connect(straighten, &QAction::triggered, view, &PictureView::straighten);
+    connect(grid, &QAction::toggled, view, &PictureView::setGrid);
+}
+
+void ViewActions::addButtons(QToolBar& bar) const {
+    bar.addAction(fPause);
+    bar.addSeparator();
+    bar.addActions({fFit, fOneToOne});
+}
+
+QAction* ViewActions::xAdd(const char* objectName, const QString& text, const QString& toolTip,
+                           const QList<QKeySequence>& keys) {
+    auto* action = new QAction(text, this);
+    action->setObjectName(QLatin1String(objectName));
+    action->setShortcuts(keys);
+    // Single keys belong to the view: a box of the tool bar searches its list by them.
+    action->setShortcutContext(Qt::WidgetShortcut);
+    action->setToolTip(toolTipWithKey(*action, toolTip));
+    fView->addAction(action);
+    fMenu->addAction(action);
+    return action;
+}
+
+QAction* ViewActions::xAddToggle(const char* objectName, const QString& text,
+                                 const QString& toolTip, const QList<QKeySequence>& keys) {
+    QAction* action = xAdd(objectName, text, toolTip, keys);
+    action->setCheckable(true);
+    return action;
+}
+
+QString toolTipWithKey(const QAction& action, const QString& text) {
+    return QStringLiteral("<p>%1 (%2)</p>")
+        .arg(text, action.shortcut().toString(QKeySequence::NativeText).toHtmlEscaped());
+}
+
+}  // namespace cameraviewer

@@ -1,0 +1,52 @@
+#ifndef OBVISTA_CAMERAVIEWER_VIEW_ACTIONS_H
+#define OBVISTA_CAMERAVIEWER_VIEW_ACTIONS_H
+
+#include <QKeySequence>
+#include <QObject>
+
+class QAction;
+class QMenu;
+class QToolBar;
+
+namespace cameraviewer {
+
+class PictureView;
+
+/**
+ * What can be done with the picture on the screen: in a menu, by single keys while the view has the
+ * keyboard, and for what is used most by buttons.
+ */
+class ViewActions : public QObject {
+    Q_OBJECT
+
+  public:
+    explicit ViewActions(PictureView* view);
+
+    QAction* pause() const { return fPause; }
+    QAction* histogram() const { return fHistogram; }
+    /** All of them; owned by the view. */
+    QMenu* menu() const { return fMenu; }
+    void addButtons(QToolBar& bar) const;
+
+  private:
+    QAction* xAdd(const char* objectName, const QString& text, const QString& toolTip,
+                  const QList<QKeySequence>& keys);
+    QAction* xAddToggle(const char* objectName, const QString& text, const QString& toolTip,
+                        const QList<QKeySequence>& keys);
+
+    PictureView* fView;
+    QMenu* fMenu;
+    QAction* fPause = nullptr;
+    QAction* fFit = nullptr;
+    QAction* fOneToOne = nullptr;
+    QAction* fZoomIn = nullptr;
+    QAction* fZoomOut = nullptr;
+    QAction* fHistogram = nullptr;
+};
+
+/** An action's tool tip with its first key, as rich text. */
+QString toolTipWithKey(const QAction& action, const QString& text);
+
+}  // namespace cameraviewer
+
+#endif

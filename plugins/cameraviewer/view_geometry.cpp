@@ -1,0 +1,163 @@
+#include "view_geometry.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace cameraviewer {
+
+namespace {
+
+/** Steps of zoom by key in one doubling. */
+constexpr double a_stepsInDoubling = 2;
+constexpr double a_nearlyOneStep = 0.01;
+
+double keptInView(double centre, double picture, double view) {
+    return picture <= view ? picture / 2 : std::clamp(centre, view / 2, picture - view / 2);
+}
+
+}  // namespace
+
+void ViewGeometry::setView(const QSizeF& size, double pixelRatio) {
+    // A view without any size would have no zoom.
+    fView = size.expandedTo(QSizeF(1, 1));
+    fPixelRatio = pixelRatio;
+    xKeepInView();
+}
+
+/** The same part of the scene stays in the middle when a camera changes its resolution. */
+void ViewGeometry::setPicture(const QSize& size) {
+    if (size == fPicture) {
+        return;
+    }
+    const QSizeF before = xOrientedSize();
+    fPicture = size;
+    const QSizeF after = xOrientedSize();
+    fCentre = before.isEmpty() ? QPointF(after.width() / 2, after.height() / 2)
+                               : QPointF(fCentre.x() / before.width() * after.width(),
+                                         fCentre.y() / before.height() * after.height());
+    xKeepInView();
+}
+
+double ViewGeometry::zoom() const {
+    return fIsFitted ? xFittingZoom() : fZoom;
+}
+
+void ViewGeometry::fit() {
+    fIsFitted = true;
+    xKeepInView();
+}
+
+void ViewGeometry::zoomTo(double zoom) {
+    xSetZoom(zoom, xMiddle());
+}
+
+void ViewGeometry::zoomByStep(int direction) {
+    const double step = std::log2(zoom()) * a_stepsInDoubling;
+    const double next = direction > 0 ? std::floor(step + 1 + a_nearlyOneStep)
+                                      : std::ceil(step - 1 - a_nearlyOneStep);
+    zoomTo(std::exp2(next / a_stepsInDoubling));
+}
+
+void ViewGeometry::zoomAround(const QPointF& at, double factor) {
+    xSetZoom(zoom() * factor, at);
+}
+
+void ViewGeometry::panBy(const QPointF& by) {
+    fCentre -= by / xScale();
+    xKeepInView();
+}
+
+void ViewGeometry::rotate(int quarterTurns) {
+    QTransform turn;
+    switch (((quarterTurns % 4) + 4) % 4) {
+        case 1:
+            turn = QTransform(0, 1, -1, 0, 0, 0);
+            break;
+        case 2:
+            turn = QTransform(-1, 0, 0, -1, 0, 0);
+            break;
+        case 3:
+            turn = QTransform(0, -1, 1, 0, 0, 0);
+            break;
+        default:
+            break;
+    }
+    xTurn(fTurn * turn);
+}
+
+void ViewGeometry::flipHorizontally() {
+    xTurn(fTurn * QTransform(-1, 0, 0, 1, 0, 0));
+}
+
+void ViewGeometry::flipVertically() {
+    xTurn(fTurn * QTransform(1, 0, 0, -1, 0, 0));
+}
+
+void ViewGeometry::straighten() {
+    xTurn(QTransform());
+}
+
+QTransform ViewGeometry::pictureToView() const {
+    const double scale = xScale();
+    const QPointF corner = xMiddle() - fCentre * scale;
+    // On whole pixels of the screen, so that the picture is sharp.
+    const QTransform place =
+        QTransform::fromTranslate(std::round(corner.x() * fPixelRatio) / fPixelRatio,
+                                  std::round(corner.y() * fPixelRatio) / fPixelRatio);
+    return xOrientation() * QTransform::fromScale(scale, scale) * place;
+}
+
+QRectF ViewGeometry::pictureRect() const {
+    return pictureToView().mapRect(QRectF(QPointF(), QSizeF(fPicture)));
+}
+
+QPoint ViewGeometry::pixelAt(const QPointF& at) const {
+    const QPointF pixel = pictureToView().inverted().map(at);
+    return {static_cast<int>(std::floor(pixel.x())), static_cast<int>(std::floor(pixel.y()))};
+}
+
+/** From pixels of the picture to those of the turned picture, whose corner is at the origin. */
+QTransform ViewGeometry::xOrientation() const {
+    const QRectF turned = fTurn.mapRect(QRectF(QPointF(), QSizeF(fPicture)));
+    return fTurn * QTransform::fromTranslate(-turned.left(), -turned.top());
+}
+
+QSizeF ViewGeometry::xOrientedSize() const {
+    return fTurn.mapRect(QRectF(QPointF(), QSizeF(fPicture))).size();
+}
+
+double ViewGeometry::xFittingZoom() const {
+    const QSizeF size = xOrientedSize();
+    if (size.isEmpty()) {
+        return 1;
+    }
+    const double zoom =
+        fPixelRatio * std::min(fView.width() / size.width(), fView.height() / size.height());
+    return std::min(zoom, a_largestZoom);
+}
+
+void ViewGeometry::xSetZoom(double zoom, const QPointF& at) {
+    const QPointF fromMiddle = at - xMiddle();
+    const QPointF kept = fCentre + fromMiddle / xScale();
+    fZoom = std::clamp(zoom, std::min(a_smallestZoom, xFittingZoom()), a_largestZoom);
+    fIsFitted = false;
+    fCentre = kept - fromMiddle / xScale();
+    xKeepInView();
+}
+
+/** The pixel in the middle stays there. */
+void ViewGeometry::xTurn(const QTransform& turn) {
+    const QPointF pixel = xOrientation().inverted().map(fCentre);
+    fTurn = turn;
+    fCentre = xOrientation().map(pixel);
+    xKeepInView();
+}
+
+void ViewGeometry::xKeepInView() {
+    const QSizeF size = xOrientedSize();
+    const QSizeF view = fView / xScale();
+    fCentre = {keptInView(fCentre.x(), size.width(), view.width()),
+               keptInView(fCentre.y(), size.height(), view.height())};
+}
+
+}  // namespace cameraviewer

@@ -1,0 +1,16 @@
+#include "widget_seen.h"
+
+#include <QWidget>
+#include <QWindow>
+
+namespace cameraviewer {
+
+bool isSeen(const QWidget& widget) {
+    const QWidget* top = widget.window();
+    const QWindow* window = top->windowHandle();
+    // A dock behind a tab is visible to Qt, but lies outside of its window.
+    return widget.isVisible() && !top->isMinimized() && window != nullptr && window->isExposed() &&
+           !widget.visibleRegion().isEmpty();
+}
+
+}  // namespace cameraviewer

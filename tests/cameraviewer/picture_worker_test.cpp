@@ -1,0 +1,190 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <made_frames.h>
+#include <mutex>
+#include <notice.h>
+#include <picture_worker.h>
+#include <thread>
+
+using cameraviewer::DecodedPicture;
+using cameraviewer::FrameFault;
+using cameraviewer::Notice;
+using cameraviewer::PictureWorker;
+
+namespace {
+
+KVFrame greyFrame(std::uint64_t number, unsigned char value = 7) {
+    KVFrame frame =
+        obvista_test::makeFrame(KVPixelFormat::Grey8, 16, 8, 16, obvista_test::Bytes(128, value));
+    frame.fNumber = number;
+    return frame;
+}
+
+/** Waits for the word of a notice. */
+class Taker {
+  public:
+    explicit Taker(Notice& notice) : fNotice(notice) {
+        fNotice.set([this] {
+            const std::lock_guard<std::mutex> lock(fMutex);
+            fHasWord = true;
+            fCondition.notify_all();
+        });
+    }
+    ~Taker() { fNotice.set(nullptr); }
+
+    bool wait(std::chrono::milliseconds time = std::chrono::seconds(20)) {
+        std::unique_lock<std::mutex> lock(fMutex);
+        const bool hasWord = fCondition.wait_for(lock, time, [this] { return fHasWord; });
+        fHasWord = false;
+        lock.unlock();
+        fNotice.clear();
+        return hasWord;
+    }
+
+  private:
+    Notice& fNotice;
+    std::mutex fMutex;
+    std::condition_variable fCondition;
+    bool fHasWord = false;
+};
+
+TEST(PictureWorker, DecodesWhatIsAskedFor) {
+    Notice notice;
+    Taker taker(notice);
+    PictureWorker worker(notice);
+    worker.request();
+    EXPECT_FALSE(worker.offer(greyFrame(1)));
+    ASSERT_TRUE(taker.wait());
+    const std::optional<DecodedPicture> decoded = worker.take();
+    ASSERT_TRUE(decoded.has_value());
+    EXPECT_EQ(decoded->fPicture.fFrame.fNumber, 1U);
+    EXPECT_EQ(decoded->fPicture.fImage.format(), QImage::Format_Grayscale8);
+    EXPECT_FALSE(decoded->fHistogram.has_value());
+    EXPECT_FALSE(worker.take().has_value());
+}
+
+TEST(PictureWorker, DecodesTheNewestOnceItIsAsked) {
+    Notice notice;
+    Taker taker(notice);
+    PictureWorker worker(notice);
+    EXPECT_FALSE(worker.offer(greyFrame(1)));
+    EXPECT_TRUE(worker.offer(greyFrame(2)));
+    EXPECT_TRUE(worker.offer(greyFrame(3)));
+    EXPECT_FALSE(worker.take().has_value());
+    worker.request();
+    ASSERT_TRUE(taker.wait());
+    EXPECT_EQ(worker.take()->fPicture.fFrame.fNumber, 3U);
+}
+
+TEST(PictureWorker, DecodesNoFrameThatNobodyAskedFor) {
+    Notice notice;
+    Taker taker(notice);
+    PictureWorker worker(notice);
+    worker.request();
+    worker.offer(greyFrame(1));
+    ASSERT_TRUE(taker.wait());
+    worker.offer(greyFrame(2));
+    EXPECT_FALSE(taker.wait(std::chrono::milliseconds(100)));
+    EXPECT_EQ(worker.take()->fPicture.fFrame.fNumber, 1U);
+}
+
+TEST(PictureWorker, TellsWhatIsWrongWithAFrame) {
+    Notice notice;
+    Taker taker(notice);
+    PictureWorker worker(notice);
+    KVFrame frame = greyFrame(1);
+    frame.fHeight = 9;
+    worker.request();
+    worker.offer(frame);
+    ASSERT_TRUE(taker.wait());
+    const std::optional<DecodedPicture> decoded = worker.take();
+    EXPECT_EQ(decoded->fPicture.fFault, FrameFault::ShortData);
+    EXPECT_TRUE(decoded->fPicture.fImage.isNull());
+}
+
+TEST(PictureWorker, MakesAHistogramWhereItIsWanted) {
+    Notice notice;
+    Taker taker(notice);
+    PictureWorker worker(notice);
+    worker.setHistogramWanted(true);
+    worker.request();
+    worker.offer(greyFrame(1, 42));
+    ASSERT_TRUE(taker.wait());
+    const std::optional<DecodedPicture> decoded = worker.take();
+    ASSERT_TRUE(decoded->fHistogram.has_value());
+    EXPECT_EQ(decoded->fHistogram->fMinimum, 42);
+    EXPECT_EQ(decoded->fHistogram->fMaximum, 42);
+}
+
+TEST(PictureWorker, ForgetsThePicturesOfACameraThatIsLeft) {
+    Notice notice;
+    Taker taker(notice);
+    PictureWorker worker(notice);
+    worker.request();
+    worker.offer(greyFrame(1));
+    ASSERT_TRUE(taker.wait());
+    worker.offer(greyFrame(2));
+    worker.forget();
+    EXPECT_FALSE(worker.take().has_value());
+    // What was asked for and not taken is still to come.
+    worker.offer(greyFrame(3));
+    ASSERT_TRUE(taker.wait());
+    EXPECT_EQ(worker.take()->fPicture.fFrame.fNumber, 3U);
+}
+
+TEST(PictureWorker, StopsUnderFire) {
+    for (int round = 0; round < 30; ++round) {
+        Notice notice;
+        std::atomic<bool> isStopped{false};
+        std::atomic<bool> isToldLate{false};
+        notice.set([&] { isToldLate = isToldLate || isStopped; });
+        PictureWorker worker(notice);
+        std::atomic<bool> hasStarted{false};
+        std::thread feed([&] {
+            for (std::uint64_t number = 1; number < 300; ++number) {
+                worker.offer(greyFrame(number));
+                worker.request();
+                worker.take();
+                notice.clear();
+                hasStarted = true;
+            }
+        });
+        while (!hasStarted) {
+            std::this_thread::yield();
+        }
+        worker.stop();
+        isStopped = true;
+        feed.join();
+        EXPECT_FALSE(isToldLate);
+    }
+}
+
+TEST(PictureWorker, NeverGoesBackToAnOlderPicture) {
+    Notice notice;
+    Taker taker(notice);
+    PictureWorker worker(notice);
+    constexpr std::uint64_t frames = 2000;
+    std::thread feed([&] {
+        for (std::uint64_t number = 1; number <= frames; ++number) {
+            worker.offer(greyFrame(number));
+        }
+    });
+    std::uint64_t newest = 0;
+    bool goesBack = false;
+    worker.request();
+    while (newest < frames && taker.wait()) {
+        if (const std::optional<DecodedPicture> decoded = worker.take()) {
+            goesBack = goesBack || decoded->fPicture.fFrame.fNumber <= newest;
+            newest = decoded->fPicture.fFrame.fNumber;
+            worker.request();
+        }
+    }
+    feed.join();
+    EXPECT_EQ(newest, frames);
+    EXPECT_FALSE(goesBack);
+}
+
+}  // namespace

@@ -1,0 +1,164 @@
+#include "video_robot.h"
+
+#include <robaxi/kv_broker.h>
+#include <robaxi/kv_error.h>
+#include <robaxi/kv_frame_source.h>
+#include <robaxi/kv_module.h>
+
+#include <boost/make_shared.hpp>
+
+#include <test_broker.h>
+#include <thread>
+
+namespace obvista_test {
+
+namespace {
+
+KVValue modes() {
+    const KVValue::List formats{KVValue("rgb"), KVValue("yuv422"), KVValue("grey"),
+                                KVValue("jpeg")};
+    const KVValue::List rates{KVValue(5.0), KVValue(15.0), KVValue(30.0)};
+    KVValue::List list;
+    for (const int width : {160, 320}) {
+        list.emplace_back(KVValue::Map{{"width", KVValue(width)},
+                                       {"height", KVValue(width * 3 / 4)},
+                                       {"formats", KVValue(formats)},
+                                       {"rates", KVValue(rates)}});
+    }
+    return KVValue(list);
+}
+
+std::int64_t now() {
+    using std::chrono::duration_cast;
+    return duration_cast<std::chrono::microseconds>(
+               std::chrono::system_clock::now().time_since_epoch())
+        .count();
+}
+
+}  // namespace
+
+VideoRobot::VideoRobot(const std::string& name, Video video)
+    : fFrames(boost::make_shared<KVFrameSource>()), fBroker(createTestBroker(name)) {
+    fPort = fBroker->getPort();
+    if (video == Video::Missing) {
+        return;
+    }
+    const auto module = boost::make_shared<KVModule>("KVVideo", "cameras of a test");
+    module->bindMethod({"getCameras", "getCameras()", "Lists the cameras."}, {},
+                       [this](const KVValue::List&) {
+                           xWait();
+                           return xGetCameras();
+                       });
+    module->bindMethod({"setSettings", "setSettings(camera: string, settings: map)", "Sets one."},
+                       {KVValue::Type::String, KVValue::Type::Map},
+                       [this](const KVValue::List& arguments) {
+                           xWait();
+                           return xSetSettings(arguments);
+                       });
+    module->setFrames(fFrames);
+    fBroker->addModule(module);
+}
+
+VideoRobot::~VideoRobot() {
+    stop();
+}
+
+void VideoRobot::addCamera(const std::string& name) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    fSettings[name] = {{"width", KVValue(320)},
+                       {"height", KVValue(240)},
+                       {"format", KVValue("rgb")},
+                       {"rate", KVValue(30.0)}};
+    fFrames->addStream(name);
+}
+
+void VideoRobot::removeCamera(const std::string& name) {
+    {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        fSettings.erase(name);
+    }
+    fFrames->removeStream(name);
+}
+
+void VideoRobot::publish(const std::string& camera, KVFrame frame) {
+    if (frame.fNumber == 0) {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        frame.fNumber = ++fNumbers[camera];
+    }
+    if (frame.fTime == 0) {
+        frame.fTime = now();
+    }
+    fFrames->publish(camera, frame);
+}
+
+int VideoRobot::watchers(const std::string& camera) const {
+    return fFrames->getWatchers(camera);
+}
+
+void VideoRobot::refuse(const std::string& sentence) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    fRefusal = sentence;
+}
+
+void VideoRobot::delay(std::chrono::milliseconds time) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    fDelay = time;
+}
+
+void VideoRobot::lieAboutCameras(const KVValue& answer) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    fLie = answer;
+}
+
+KVValue::Map VideoRobot::settings(const std::string& camera) const {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    return fSettings.at(camera);
+}
+
+void VideoRobot::setSettings(const std::string& camera, const KVValue::Map& settings) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    for (const auto& [key, value] : settings) {
+        fSettings.at(camera)[key] = value;
+    }
+}
+
+void VideoRobot::stop() {
+    fBroker.reset();
+}
+
+KVValue VideoRobot::xGetCameras() const {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    if (!fLie.isNothing()) {
+        return fLie;
+    }
+    KVValue::List cameras;
+    for (const auto& [name, settings] : fSettings) {
+        cameras.emplace_back(KVValue::Map{{"name", KVValue(name)},
+                                          {"description", KVValue("a camera of a test")},
+                                          {"modes", modes()},
+                                          {"settings", KVValue(settings)}});
+    }
+    return KVValue(cameras);
+}
+
+KVValue VideoRobot::xSetSettings(const KVValue::List& arguments) {
+    {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        if (!fRefusal.empty()) {
+            throw KVError(KVError::Cause::RaisedByModule, fRefusal);
+        }
+    }
+    setSettings(arguments.at(0).toString(), arguments.at(1).toMap());
+    return KVValue(settings(arguments.at(0).toString()));
+}
+
+void VideoRobot::xWait() const {
+    std::chrono::milliseconds time{0};
+    {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        time = fDelay;
+    }
+    std::this_thread::sleep_for(time);
+}
+
+}  // namespace obvista_test

@@ -1,0 +1,634 @@
+#include "camera_driver.h"
+#include "video_robot.h"
+
+#include <QAction>
+#include <QClipboard>
+#include <QComboBox>
+#include <QDir>
+#include <QDockWidget>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QLocale>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QToolButton>
+#include <QtTest>
+#include <qt_test_main.h>
+
+#include <memory>
+
+using namespace obvista_test;
+
+namespace {
+
+constexpr int a_oneSecond = 1000;
+constexpr int a_twoSeconds = 2000;
+
+/** The longest time for which the event loop did not turn. */
+class Stalls : public QObject {
+  public:
+    Stalls() {
+        fSince.start();
+        startTimer(5);
+    }
+    qint64 longest() const { return fLongest; }
+
+  protected:
+    void timerEvent(QTimerEvent*) override { fLongest = std::max(fLongest, fSince.restart()); }
+
+  private:
+    QElapsedTimer fSince;
+    qint64 fLongest = 0;
+};
+
+}  // namespace
+
+/** What the user sees of a robot whose cameras do as the test says. */
+class ViewingTest : public QObject {
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void showsTheNewestFrame_data();
+    void showsTheNewestFrame();
+    void showsTheValueUnderTheCursor();
+    void listsTheCamerasAndHowTheyAreSet();
+    void setsACameraWithinASecond();
+    void fitsTheRestToWhatIsChosen();
+    void takesChoicesFasterThanTheRobotAnswers();
+    void putsBackWhatTheRobotRefuses();
+    void neverWaitsForTheRobot();
+    void remembersEachCameraOfEachRobot();
+    void followsWhatSomebodyElseSets();
+    void showsNoPictureOfTheCameraBefore();
+
+    void stopsTheStreamWhileNobodyCanSeeIt();
+    void keepsThePictureThatIsPaused();
+    void asksForNoMoreThanItShows();
+
+    void saysThatTheRobotHasNoVideo();
+    void saysThatTheRobotHasNoCamera();
+    void saysThatNoPictureCame();
+    void saysWhenTheCameraStopped();
+    void showsTheCameraThatComesBack();
+    void showsACameraThatWasTakenAway();
+    void namesAndCountsFaultyFrames_data();
+    void namesAndCountsFaultyFrames();
+    void survivesNonsenseAboutCameras();
+    void showsTextsOfTheRobotAsPlainText();
+
+    void savesTheVeryPixels();
+    void saysWhyThereIsNoSnapshot();
+    void recordsWhileItIsHidden();
+    void endsTheRecordingWithTheCamera();
+    void copiesTheFigures();
+    void showsTheHistogramOfGreyPictures();
+    void canBeReadByAScreenReader();
+    void isNoTrapForOtherLocales();
+
+  private:
+    QWidget* xShow();
+    void xVerifyShown(const QColor& color);
+
+    std::unique_ptr<QTemporaryDir> fFolder;
+    std::unique_ptr<VideoRobot> fRobot;
+    std::unique_ptr<CameraDriver> fDriver;
+    QWidget* fViewer = nullptr;
+};
+
+void ViewingTest::init() {
+    QSettings().clear();
+    fFolder = std::make_unique<QTemporaryDir>();
+    QSettings().setValue(QStringLiteral("CameraViewer/folder"), fFolder->path());
+    fRobot = std::make_unique<VideoRobot>();
+    fRobot->addCamera("head");
+    fRobot->addCamera("rear");
+    fDriver = std::make_unique<CameraDriver>();
+}
+
+void ViewingTest::cleanup() {
+    fDriver.reset();
+    fRobot.reset();
+    fFolder.reset();
+}
+
+/** A viewer that watches the camera "head". */
+QWidget* ViewingTest::xShow() {
+    fViewer = fDriver->show(fRobot->port());
+    [this] { QTRY_COMPARE(fRobot->watchers("head"), 1); }();
+    return fViewer;
+}
+
+void ViewingTest::xVerifyShown(const QColor& color) {
+    fRobot->publish("head", plainFrame(color));
+    QTRY_COMPARE(shownColor(fViewer), color);
+}
+
+void ViewingTest::showsTheNewestFrame_data() {
+    QTest::addColumn<int>("format");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("RGB") << int(KVPixelFormat::Rgb888) << "RGB";
+    QTest::newRow("YUV") << int(KVPixelFormat::Yuv422) << "YUV 4:2:2";
+    QTest::newRow("grey") << int(KVPixelFormat::Grey8) << "Grey";
+    QTest::newRow("JPEG") << int(KVPixelFormat::Jpeg) << "JPEG";
+}
+
+void ViewingTest::showsTheNewestFrame() {
+    QFETCH(int, format);
+    QFETCH(QString, text);
+    QWidget* viewer = xShow();
+    for (const int grey : {40, 90, 200}) {
+        fRobot->publish("head",
+                        plainFrame(QColor(grey, grey, grey), static_cast<KVPixelFormat>(format)));
+        QTRY_VERIFY(std::abs(shownColor(viewer).green() - grey) <= 2);
+    }
+    QVERIFY2(readoutOf(viewer).startsWith(QString::fromUtf8("320 × 240 ") + text),
+             qPrintable(readoutOf(viewer)));
+    QCOMPARE(messageOf(viewer), QString());
+    QCOMPARE(noticeOf(viewer), QString());
+}
+
+void ViewingTest::showsTheValueUnderTheCursor() {
+    QWidget* viewer = xShow();
+    xVerifyShown(QColor(10, 20, 30));
+    QWidget* view = pictureOf(viewer);
+    const QPoint middle = view->rect().center();
+    QMouseEvent move(QEvent::MouseMove, middle, view->mapToGlobal(middle), Qt::NoButton,
+                     Qt::NoButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(view, &move);
+    QVERIFY2(readoutOf(viewer).endsWith(QString::fromUtf8("R 10 G 20 B 30  ·  RGB 10 20 30")),
+             qPrintable(readoutOf(viewer)));
+    fRobot->publish("head", plainFrame(QColor(200, 100, 50)));
+    QTRY_VERIFY2(readoutOf(viewer).endsWith(QLatin1String("RGB 200 100 50")),
+                 qPrintable(readoutOf(viewer)));
+}
+
+void ViewingTest::listsTheCamerasAndHowTheyAreSet() {
+    QWidget* viewer = xShow();
+    QCOMPARE(boxOf(viewer, "cameraBox")->count(), 2);
+    QCOMPARE(boxOf(viewer, "cameraBox")->currentText(), QStringLiteral("head"));
+    QCOMPARE(boxOf(viewer, "sizeBox")->currentText(), QString::fromUtf8("320 × 240"));
+    QCOMPARE(boxOf(viewer, "formatBox")->currentText(), QStringLiteral("RGB"));
+    QCOMPARE(boxOf(viewer, "rateBox")->currentText(), QStringLiteral("30 a second"));
+}
+
+void ViewingTest::setsACameraWithinASecond() {
+    QWidget* viewer = xShow();
+    QVERIFY(choose(viewer, "sizeBox", QString::fromUtf8("160 × 120")));
+    QTRY_COMPARE_WITH_TIMEOUT(fRobot->settings("head")["width"], KVValue(160), a_oneSecond);
+    QCOMPARE(fRobot->settings("head")["height"], KVValue(120));
+    QVERIFY(choose(viewer, "formatBox", QStringLiteral("Grey")));
+    QTRY_COMPARE_WITH_TIMEOUT(fRobot->settings("head")["format"], KVValue("grey"), a_oneSecond);
+    QVERIFY(choose(viewer, "rateBox", QStringLiteral("5 a second")));
+    QTRY_COMPARE_WITH_TIMEOUT(fRobot->settings("head")["rate"], KVValue(5.0), a_oneSecond);
+    QCOMPARE(fRobot->settings("head")["width"], KVValue(160));
+    QCOMPARE(fRobot->settings("rear")["width"], KVValue(320));
+    QVERIFY(choose(viewer, "cameraBox", QStringLiteral("rear")));
+    QTRY_COMPARE_WITH_TIMEOUT(fRobot->watchers("rear"), 1, a_oneSecond);
+    QTRY_COMPARE(fRobot->watchers("head"), 0);
+    QCOMPARE(boxOf(viewer, "formatBox")->currentText(), QStringLiteral("RGB"));
+}
+
+void ViewingTest::fitsTheRestToWhatIsChosen() {
+    const auto mode = [](int width, const char* format, double rate) {
+        return KVValue(KVValue::Map{{"width", KVValue(width)},
+                                    {"height", KVValue(width)},
+                                    {"formats", KVValue(KVValue::List{KVValue(format)})},
+                                    {"rates", KVValue(KVValue::List{KVValue(rate)})}});
+    };
+    fRobot->lieAboutCameras(KVValue(KVValue::List{KVValue(
+        KVValue::Map{{"name", KVValue("head")},
+                     {"modes", KVValue(KVValue::List{mode(100, "rgb", 30), mode(200, "jpeg", 15)})},
+                     {"settings", KVValue(KVValue::Map{{"width", KVValue(100)},
+                                                       {"height", KVValue(100)},
+                                                       {"format", KVValue("rgb")},
+                                                       {"rate", KVValue(30.0)}})}})}));
+    QWidget* viewer = xShow();
+    QVERIFY(choose(viewer, "sizeBox", QString::fromUtf8("200 × 200")));
+    QTRY_COMPARE(fRobot->settings("head")["format"], KVValue("jpeg"));
+    QCOMPARE(fRobot->settings("head")["rate"], KVValue(15.0));
+}
+
+void ViewingTest::takesChoicesFasterThanTheRobotAnswers() {
+    QWidget* viewer = xShow();
+    fRobot->delay(std::chrono::milliseconds(300));
+    QVERIFY(choose(viewer, "sizeBox", QString::fromUtf8("160 × 120")));
+    QVERIFY(choose(viewer, "formatBox", QStringLiteral("Grey")));
+    QVERIFY(choose(viewer, "rateBox", QStringLiteral("5 a second")));
+    QTRY_COMPARE(fRobot->settings("head")["rate"], KVValue(5.0));
+    QCOMPARE(fRobot->settings("head")["width"], KVValue(160));
+    QCOMPARE(fRobot->settings("head")["format"], KVValue("grey"));
+    QCOMPARE(boxOf(viewer, "sizeBox")->currentText(), QString::fromUtf8("160 × 120"));
+    fRobot->delay({});
+}
+
+void ViewingTest::putsBackWhatTheRobotRefuses() {
+    QWidget* viewer = xShow();
+    fRobot->refuse("the head is too hot for <b>this</b>");
+    QVERIFY(choose(viewer, "formatBox", QStringLiteral("JPEG")));
+    QTRY_VERIFY_WITH_TIMEOUT(
+        toldOf(viewer).contains(QLatin1String("the head is too hot for <b>this</b>")), a_oneSecond);
+    QTRY_COMPARE(boxOf(viewer, "formatBox")->currentText(), QStringLiteral("RGB"));
+    QCOMPARE(fRobot->settings("head")["format"], KVValue("rgb"));
+    fRobot->refuse("");
+    QVERIFY(choose(viewer, "formatBox", QStringLiteral("JPEG")));
+    QTRY_COMPARE(fRobot->settings("head")["format"], KVValue("jpeg"));
+    QTRY_COMPARE(toldOf(viewer), QString());
+}
+
+void ViewingTest::neverWaitsForTheRobot() {
+    QWidget* viewer = xShow();
+    fRobot->delay(std::chrono::milliseconds(1500));
+    Stalls stalls;
+    QVERIFY(choose(viewer, "formatBox", QStringLiteral("Grey")));
+    xVerifyShown(QColor(1, 2, 3));
+    QTRY_COMPARE(fRobot->settings("head")["format"], KVValue("grey"));
+    QVERIFY2(stalls.longest() < 700, qPrintable(QString::number(stalls.longest())));
+    fRobot->delay({});
+}
+
+void ViewingTest::remembersEachCameraOfEachRobot() {
+    QWidget* viewer = xShow();
+    QVERIFY(choose(viewer, "formatBox", QStringLiteral("Grey")));
+    QTRY_COMPARE(fRobot->settings("head")["format"], KVValue("grey"));
+    QVERIFY(choose(viewer, "cameraBox", QStringLiteral("rear")));
+    QTRY_COMPARE(boxOf(viewer, "formatBox")->currentText(), QStringLiteral("RGB"));
+    QVERIFY(choose(viewer, "rateBox", QStringLiteral("15 a second")));
+    QTRY_COMPARE(fRobot->settings("rear")["rate"], KVValue(15.0));
+    const auto remembered = [] {
+        return QSettings().value(QStringLiteral("CameraViewer/robots/TestRobot/cameras/rear/rate"));
+    };
+    QTRY_COMPARE(remembered().toDouble(), 15.0);
+    delete viewer;
+
+    VideoRobot sameName;
+    VideoRobot other("Other");
+    for (VideoRobot* robot : {&sameName, &other}) {
+        robot->addCamera("head");
+        robot->addCamera("rear");
+    }
+    QWidget* again = fDriver->show(sameName.port());
+    QTRY_COMPARE(sameName.settings("rear")["rate"], KVValue(15.0));
+    QTRY_COMPARE(boxOf(again, "cameraBox")->currentText(), QStringLiteral("rear"));
+    QCOMPARE(sameName.settings("head")["format"], KVValue("rgb"));
+    QVERIFY(choose(again, "cameraBox", QStringLiteral("head")));
+    QTRY_COMPARE(sameName.settings("head")["format"], KVValue("grey"));
+
+    QWidget* elsewhere = fDriver->show(other.port());
+    QTRY_COMPARE(boxOf(elsewhere, "cameraBox")->currentText(), QStringLiteral("head"));
+    fDriver->letTimePass();
+    QCOMPARE(other.settings("head")["format"], KVValue("rgb"));
+}
+
+void ViewingTest::followsWhatSomebodyElseSets() {
+    QWidget* viewer = xShow();
+    fRobot->setSettings("head", {{"format", KVValue("grey")}, {"rate", KVValue(5.0)}});
+    for (int i = 0; i < 100 && boxOf(viewer, "formatBox")->currentText() != QLatin1String("Grey");
+         ++i) {
+        fRobot->publish("head", plainFrame(Qt::gray, KVPixelFormat::Grey8));
+        QTest::qWait(50);
+    }
+    QCOMPARE(boxOf(viewer, "formatBox")->currentText(), QStringLiteral("Grey"));
+    QCOMPARE(boxOf(viewer, "rateBox")->currentText(), QStringLiteral("5 a second"));
+}
+
+void ViewingTest::showsNoPictureOfTheCameraBefore() {
+    QWidget* viewer = xShow();
+    xVerifyShown(Qt::red);
+    QVERIFY(choose(viewer, "cameraBox", QStringLiteral("rear")));
+    QTRY_COMPARE(fRobot->watchers("rear"), 1);
+    fRobot->publish("head", plainFrame(Qt::red));
+    QVERIFY(!messageOf(viewer).isEmpty());
+    fRobot->publish("rear", plainFrame(Qt::blue));
+    QTRY_COMPARE(shownColor(viewer), QColor(Qt::blue));
+}
+
+void ViewingTest::stopsTheStreamWhileNobodyCanSeeIt() {
+    QWidget* viewer = xShow();
+    xVerifyShown(Qt::red);
+    auto* dock = qobject_cast<QDockWidget*>(viewer->parentWidget());
+    const auto isStopped = [&] {
+        return QTest::qWaitFor([&] { return fRobot->watchers("head") == 0; }, a_oneSecond);
+    };
+    const auto isResumed = [&] {
+        return QTest::qWaitFor([&] { return fRobot->watchers("head") == 1; }, a_oneSecond);
+    };
+    dock->hide();
+    QVERIFY(isStopped());
+    dock->show();
+    QVERIFY(isResumed());
+    QDockWidget* cover = fDriver->dock(new QLabel(QStringLiteral("cover")));
+    fDriver->window().tabifyDockWidget(dock, cover);
+    cover->raise();
+    QVERIFY(isStopped());
+    dock->raise();
+    QVERIFY(isResumed());
+    fDriver->window().hide();
+    QVERIFY(isStopped());
+    fDriver->window().show();
+    QVERIFY(isResumed());
+    xVerifyShown(Qt::green);
+}
+
+void ViewingTest::keepsThePictureThatIsPaused() {
+    QWidget* viewer = xShow();
+    xVerifyShown(Qt::red);
+    actionOf(viewer, "pauseAction")->trigger();
+    QTRY_COMPARE(noticeOf(viewer), QStringLiteral("Paused. This is the last picture."));
+    QTRY_COMPARE(fRobot->watchers("head"), 0);
+    fRobot->publish("head", plainFrame(Qt::green));
+    fDriver->letTimePass();
+    QCOMPARE(shownColor(viewer), QColor(Qt::red));
+    actionOf(viewer, "pauseAction")->trigger();
+    QTRY_COMPARE(shownColor(viewer), QColor(Qt::green));
+    QCOMPARE(noticeOf(viewer), QString());
+}
+
+void ViewingTest::asksForNoMoreThanItShows() {
+    QWidget* viewer = xShow();
+    QSignalSpy shown(pictureOf(viewer), SIGNAL(pictureShown(quint64, qint64)));
+    constexpr int frames = 200;
+    for (int i = 0; i < frames; ++i) {
+        fRobot->publish("head", plainFrame(QColor(i, i, i)));
+    }
+    const QColor last(frames - 1, frames - 1, frames - 1);
+    QTRY_COMPARE(shownColor(viewer), last);
+    QVERIFY(shown.size() < frames);
+    // Their numbers only ever grow, and the newest is the last.
+    quint64 before = 0;
+    for (const QList<QVariant>& arguments : shown) {
+        QVERIFY(arguments.at(0).toULongLong() > before);
+        before = arguments.at(0).toULongLong();
+    }
+    QCOMPARE(before, quint64(frames));
+}
+
+void ViewingTest::saysThatTheRobotHasNoVideo() {
+    VideoRobot without("Without", VideoRobot::Video::Missing);
+    QWidget* viewer = fDriver->show(without.port());
+    QSignalSpy lost(viewer, SIGNAL(disconnected(WidgetInterface*)));
+    QTRY_COMPARE_WITH_TIMEOUT(
+        messageOf(viewer),
+        QStringLiteral("This robot offers no cameras: it has no module KVVideo."), a_twoSeconds);
+    fDriver->letTimePass();
+    QCOMPARE(lost.size(), 0);
+    QVERIFY(!boxOf(viewer, "cameraBox")->isEnabled());
+}
+
+void ViewingTest::saysThatTheRobotHasNoCamera() {
+    VideoRobot bare("Bare");
+    QWidget* viewer = fDriver->show(bare.port());
+    QTRY_COMPARE_WITH_TIMEOUT(messageOf(viewer), QStringLiteral("This robot has no camera."),
+                              a_twoSeconds);
+    bare.addCamera("late");
+    QTRY_COMPARE(bare.watchers("late"), 1);
+}
+
+void ViewingTest::saysThatNoPictureCame() {
+    QWidget* viewer = xShow();
+    QTRY_COMPARE_WITH_TIMEOUT(messageOf(viewer),
+                              QStringLiteral("Camera \"head\" has not sent a picture in 1 s."),
+                              a_twoSeconds);
+    QTRY_COMPARE(messageOf(viewer),
+                 QStringLiteral("Camera \"head\" has not sent a picture in 3 s."));
+}
+
+void ViewingTest::saysWhenTheCameraStopped() {
+    QWidget* viewer = xShow();
+    xVerifyShown(Qt::red);
+    const auto says = [&](const char* seconds) {
+        return noticeOf(viewer) == QStringLiteral(
+                                       "Camera \"head\" stopped sending %1 s ago. "
+                                       "This is the last picture.")
+                                       .arg(QLatin1String(seconds));
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(says("1"), a_twoSeconds);
+    QTRY_VERIFY(says("3"));
+    QCOMPARE(shownColor(viewer), QColor(Qt::red));
+}
+
+void ViewingTest::showsTheCameraThatComesBack() {
+    QWidget* viewer = xShow();
+    xVerifyShown(Qt::red);
+    QTRY_VERIFY(!noticeOf(viewer).isEmpty());
+    xVerifyShown(Qt::green);
+    QTRY_COMPARE(noticeOf(viewer), QString());
+}
+
+void ViewingTest::showsACameraThatWasTakenAway() {
+    QWidget* viewer = xShow();
+    xVerifyShown(Qt::red);
+    fRobot->removeCamera("head");
+    QTRY_VERIFY_WITH_TIMEOUT(noticeOf(viewer).startsWith(QLatin1String(
+                                 "The robot has ended the pictures of camera \"head\": ")),
+                             a_twoSeconds);
+    fRobot->addCamera("head");
+    QTRY_COMPARE(fRobot->watchers("head"), 1);
+    QTRY_COMPARE(boxOf(viewer, "cameraBox")->currentText(), QStringLiteral("head"));
+    xVerifyShown(Qt::green);
+    QTRY_COMPARE(noticeOf(viewer), QString());
+}
+
+void ViewingTest::namesAndCountsFaultyFrames_data() {
+    QTest::addColumn<int>("format");
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("height");
+    QTest::addColumn<int>("stride");
+    QTest::addColumn<int>("bytes");
+    QTest::addColumn<QString>("named");
+    const int rgb = int(KVPixelFormat::Rgb888);
+    QTest::newRow("short") << rgb << 320 << 240 << 960 << 960 * 240 - 1 << "fewer bytes";
+    QTest::newRow("wrong stride") << rgb << 320 << 240 << 100 << 960 * 240 << "rows";
+    QTest::newRow("no size") << rgb << 0 << 0 << 0 << 100 << "without a size";
+    QTest::newRow("65,535 x 65,535") << rgb << 65535 << 65535 << 196605 << 100 << "too large";
+    QTest::newRow("a JPEG that is none")
+        << int(KVPixelFormat::Jpeg) << 320 << 240 << 0 << 5000 << "JPEG";
+    QTest::newRow("odd YUV") << int(KVPixelFormat::Yuv422) << 321 << 240 << 642 << 642 * 240
+                             << "odd width";
+    QTest::newRow("unknown format")
+        << int(KVPixelFormat::Unknown) << 320 << 240 << 960 << 960 * 240 << "format";
+}
+
+void ViewingTest::namesAndCountsFaultyFrames() {
+    QFETCH(int, format);
+    QFETCH(int, width);
+    QFETCH(int, height);
+    QFETCH(int, stride);
+    QFETCH(int, bytes);
+    QFETCH(QString, named);
+    QWidget* viewer = xShow();
+    KVFrame faulty = plainFrame(Qt::red, KVPixelFormat::Rgb888, bytes / 3 + 1, 1);
+    faulty.fFormat = static_cast<KVPixelFormat>(format);
+    faulty.fWidth = static_cast<std::uint32_t>(width);
+    faulty.fHeight = static_cast<std::uint32_t>(height);
+    faulty.fStride = static_cast<std::uint32_t>(stride);
+    faulty.fSize = static_cast<std::size_t>(bytes);
+    fRobot->publish("head", faulty);
+    QTRY_VERIFY2_WITH_TIMEOUT(messageOf(viewer).contains(named), qPrintable(messageOf(viewer)),
+                              a_twoSeconds);
+    QTRY_VERIFY2(statusOf(viewer).endsWith(QLatin1String("1 faulty frame")),
+                 qPrintable(statusOf(viewer)));
+    xVerifyShown(Qt::green);
+    fRobot->publish("head", faulty);
+    QTRY_VERIFY(noticeOf(viewer).contains(named));
+    QCOMPARE(shownColor(viewer), QColor(Qt::green));
+}
+
+void ViewingTest::survivesNonsenseAboutCameras() {
+    const KVValue::Map madCamera{{"name", KVValue("mad")},
+                                 {"description", KVValue(5)},
+                                 {"modes", KVValue("none")},
+                                 {"settings", KVValue(KVValue::List{})}};
+    fRobot->lieAboutCameras(KVValue(KVValue::List{KVValue(1), KVValue(madCamera)}));
+    QWidget* viewer = fDriver->show(fRobot->port());
+    QTRY_COMPARE(boxOf(viewer, "cameraBox")->currentText(), QStringLiteral("mad"));
+    QVERIFY(!boxOf(viewer, "sizeBox")->isEnabled());
+    QTRY_VERIFY(messageOf(viewer).contains(QLatin1String("mad")));
+    fRobot->lieAboutCameras(KVValue("no list"));
+    QWidget* second = fDriver->show(fRobot->port());
+    QTRY_VERIFY2(
+        messageOf(second).startsWith(QLatin1String("The robot does not list its cameras: ")),
+        qPrintable(messageOf(second)));
+}
+
+void ViewingTest::showsTextsOfTheRobotAsPlainText() {
+    VideoRobot hostile("<h1>Robot</h1>\n");
+    hostile.addCamera("<img src='x'>\x1b[31m" + std::string(150, 'x'));
+    QWidget* viewer = fDriver->show(hostile.port());
+    QTRY_VERIFY(messageOf(viewer).contains(QLatin1String(R"(<img src='x'>\x1b[31m)")));
+    QVERIFY(statusOf(viewer).startsWith(QString::fromUtf8("<h1>Robot</h1>\\n  ·")));
+    for (const QLabel* label : viewer->findChildren<QLabel*>()) {
+        QCOMPARE(label->textFormat(), Qt::PlainText);
+        QVERIFY(!label->toolTip().contains(QLatin1String("<h1>")));
+    }
+    QVERIFY(viewer->minimumSizeHint().width() < 500);
+}
+
+void ViewingTest::savesTheVeryPixels() {
+    QWidget* viewer = xShow();
+    xVerifyShown(QColor(12, 34, 56));
+    actionOf(viewer, "snapshotAction")->trigger();
+    QTRY_VERIFY2(toldOf(viewer).startsWith(QLatin1String("Saved ")), qPrintable(toldOf(viewer)));
+    const QStringList files = QDir(fFolder->path()).entryList({QStringLiteral("*.png")});
+    QCOMPARE(files.size(), 1);
+    QVERIFY2(files.first().startsWith(QLatin1String("TestRobot-head-")), qPrintable(files.first()));
+    const QImage saved(fFolder->filePath(files.first()));
+    QCOMPARE(saved.size(), QSize(320, 240));
+    QCOMPARE(saved.pixelColor(100, 100), QColor(12, 34, 56));
+    QCOMPARE(saved.text(QStringLiteral("Camera")), QStringLiteral("head"));
+    QCOMPARE(saved.text(QStringLiteral("Robot")), QStringLiteral("TestRobot"));
+    // One more of the same picture does not take the place of the first.
+    actionOf(viewer, "snapshotAction")->trigger();
+    QTRY_COMPARE(QDir(fFolder->path()).entryList({QStringLiteral("*.png")}).size(), 2);
+}
+
+void ViewingTest::saysWhyThereIsNoSnapshot() {
+    QSettings().setValue(QStringLiteral("CameraViewer/folder"), QStringLiteral("/proc/nowhere"));
+    QWidget* viewer = xShow();
+    QVERIFY(!actionOf(viewer, "snapshotAction")->isEnabled());
+    xVerifyShown(Qt::red);
+    actionOf(viewer, "snapshotAction")->trigger();
+    QTRY_VERIFY2(toldOf(viewer).contains(QLatin1String("/proc/nowhere")),
+                 qPrintable(toldOf(viewer)));
+}
+
+void ViewingTest::recordsWhileItIsHidden() {
+    QWidget* viewer = xShow();
+    xVerifyShown(Qt::red);
+    QAction* record = actionOf(viewer, "recordAction");
+    record->trigger();
+    for (int i = 0; i < 20; ++i) {
+        fRobot->publish("head", plainFrame(Qt::red));
+        QTest::qWait(20);
+    }
+    QTRY_VERIFY2(statusOf(viewer).startsWith(QLatin1String("Recording: ")),
+                 qPrintable(statusOf(viewer)));
+    auto* dock = qobject_cast<QDockWidget*>(viewer->parentWidget());
+    dock->hide();
+    fDriver->letTimePass();
+    QCOMPARE(fRobot->watchers("head"), 1);
+    for (int i = 0; i < 20; ++i) {
+        fRobot->publish("head", plainFrame(Qt::green));
+        QTest::qWait(20);
+    }
+    dock->show();
+    record->trigger();
+    QTRY_VERIFY2(toldOf(viewer).startsWith(QLatin1String("Recorded ")), qPrintable(toldOf(viewer)));
+    QVERIFY(!record->isChecked());
+    const QStringList files = QDir(fFolder->path()).entryList({QStringLiteral("*.mkv")});
+    QCOMPARE(files.size(), 1);
+    QVERIFY(QFileInfo(fFolder->filePath(files.first())).size() > 1000);
+}
+
+void ViewingTest::endsTheRecordingWithTheCamera() {
+    QWidget* viewer = xShow();
+    xVerifyShown(Qt::red);
+    actionOf(viewer, "recordAction")->trigger();
+    fRobot->publish("head", plainFrame(Qt::green));
+    QTRY_COMPARE(shownColor(viewer), QColor(Qt::green));
+    QVERIFY(choose(viewer, "cameraBox", QStringLiteral("rear")));
+    QTRY_VERIFY2(toldOf(viewer).startsWith(QLatin1String("Recorded ")), qPrintable(toldOf(viewer)));
+    QVERIFY(!actionOf(viewer, "recordAction")->isChecked());
+}
+
+void ViewingTest::copiesTheFigures() {
+    QWidget* viewer = xShow();
+    xVerifyShown(Qt::red);
+    actionOf(viewer, "copyFiguresAction")->trigger();
+    const QString text = QApplication::clipboard()->text();
+    QVERIFY2(text.startsWith(QString::fromUtf8("Robot: TestRobot  ·  127.0.0.1:%1\nCamera: head\n"
+                                               "Received: ")
+                                 .arg(fRobot->port())),
+             qPrintable(text));
+    QVERIFY2(text.contains(QLatin1String("\nDropped: ")), qPrintable(text));
+}
+
+void ViewingTest::showsTheHistogramOfGreyPictures() {
+    QWidget* viewer = xShow();
+    actionOf(viewer, "histogramAction")->trigger();
+    const auto text = [&] { return labelText(viewer, "histogramText"); };
+    xVerifyShown(Qt::red);
+    QCOMPARE(text(), QStringLiteral("Only grey pictures\nhave a histogram."));
+    fRobot->publish("head", plainFrame(QColor(77, 77, 77), KVPixelFormat::Grey8));
+    QTRY_COMPARE(text(), QStringLiteral("Range 77 to 77\nMean 77.0"));
+    actionOf(viewer, "histogramAction")->trigger();
+    QCOMPARE(text(), QString());
+}
+
+void ViewingTest::canBeReadByAScreenReader() {
+    QWidget* viewer = xShow();
+    QCOMPARE(viewer->focusProxy(), pictureOf(viewer));
+    QCOMPARE(pictureOf(viewer)->accessibleName(), QStringLiteral("Picture of the camera"));
+    for (const QComboBox* box : viewer->findChildren<QComboBox*>()) {
+        QVERIFY2(!box->accessibleName().isEmpty(), qPrintable(box->objectName()));
+        QVERIFY((box->focusPolicy() & Qt::TabFocus) != 0);
+    }
+    QTRY_VERIFY(viewer->findChild<QLabel*>(QStringLiteral("cameraStatus"))
+                    ->accessibleName()
+                    .startsWith(QLatin1String("Status: TestRobot")));
+    for (const QAction* action : viewer->findChildren<QAction*>()) {
+        QVERIFY(action->objectName().isEmpty() || !action->text().isEmpty());
+    }
+}
+
+void ViewingTest::isNoTrapForOtherLocales() {
+    const QLocale before;
+    for (const QLocale::Language language : {QLocale::German, QLocale::French}) {
+        QLocale::setDefault(QLocale(language));
+        QSettings().remove(QStringLiteral("CameraViewer/robots"));
+        fRobot->setSettings("head", {{"rate", KVValue(30.0)}});
+        QWidget* viewer = fDriver->show(fRobot->port());
+        QTRY_COMPARE(boxOf(viewer, "rateBox")->currentText(), QStringLiteral("30 a second"));
+        QVERIFY(choose(viewer, "rateBox", QStringLiteral("15 a second")));
+        QTRY_COMPARE(fRobot->settings("head")["rate"], KVValue(15.0));
+        QTRY_VERIFY(statusOf(viewer).contains(QLatin1String("0.0 received")));
+        delete viewer;
+    }
+    QLocale::setDefault(before);
+}
+
+OBVISTA_QTEST_MAIN(ViewingTest)
+#include "viewing_test.moc"
