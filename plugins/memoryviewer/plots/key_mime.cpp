@@ -1,27 +1,29 @@
 #include "key_mime.h"
 
-#include <QDataStream>
-#include <QIODevice>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QMimeData>
+#include <QVariant>
 
 namespace memoryviewer {
 
 QMimeData* keysToMime(const QStringList& names) {
-    QByteArray bytes;
-    QDataStream stream(&bytes, QIODevice::WriteOnly);
-    stream << names;
+    const QJsonDocument document(QJsonArray::fromStringList(names));
     auto* data = new QMimeData;
-    data->setData(QLatin1String(a_keyMimeType), bytes);
+    data->setData(QLatin1String(a_keyMimeType), document.toJson(QJsonDocument::Compact));
     data->setText(names.join(QLatin1Char('\n')));
     return data;
 }
 
 QStringList keysFromMime(const QMimeData* data) {
-    QByteArray bytes = data->data(QLatin1String(a_keyMimeType));
-    QDataStream stream(&bytes, QIODevice::ReadOnly);
+    // Any program may say that what is dragged from it is of this form.
+    const QByteArray bytes = data->data(QLatin1String(a_keyMimeType));
+    const QJsonDocument document = QJsonDocument::fromJson(bytes);
     QStringList names;
-    stream >> names;
-    return stream.status() == QDataStream::Ok ? names : QStringList();
+    for (const QVariant& name : document.array().toVariantList()) {
+        names += name.toString();
+    }
+    return names;
 }
 
 }  // namespace memoryviewer

@@ -96,13 +96,7 @@ PlotPanel::PlotPanel(QWidget* parent)
     fFrameTimer.setTimerType(Qt::PreciseTimer);
     connect(&fFrameTimer, &QTimer::timeout, this, &PlotPanel::xOnFrame);
     connect(&fIdleTimer, &QTimer::timeout, this, &PlotPanel::xOnIdle);
-    connect(fExport, &PointExport::finished, this,
-            [this](const QString& file, qint64 rows, const QString& error) {
-                const QString name = viewer::plainText(QFileInfo(file).fileName().toStdString());
-                xSay(error.isEmpty()
-                         ? tr("%1 points saved in %2.").arg(QLocale().toString(rows), name)
-                         : error);
-            });
+    connect(fExport, &PointExport::finished, this, &PlotPanel::xOnExported);
     fSinceFrame.start();
     xUpdatePlots();
 }
@@ -119,6 +113,7 @@ void PlotPanel::xBuild() {
     area->setWidgetResizable(true);
     area->setFrameShape(QFrame::NoFrame);
     area->setWidget(fStack);
+    fStack->setObjectName(QStringLiteral("plotStack"));
     fStack->setChildrenCollapsible(false);
     auto* columns = new QSplitter(this);
     columns->setChildrenCollapsible(false);
@@ -146,11 +141,13 @@ void PlotPanel::xBuild() {
     connect(fLegend, &CurveLegend::namesDropped, this, &PlotPanel::xTakeDrop);
     connect(fLegend, &CurveLegend::contextMenuRequested, this, &PlotPanel::xShowMenu);
     connect(fLegend, &CurveLegend::removeRequested, this, [this](int plot, int key) {
-        if (key >= 0) {
-            xUnplot(static_cast<std::size_t>(plot), key);
-        } else {
-            xRemovePlot(static_cast<std::size_t>(plot));
-        }
+        xChange([this, plot = static_cast<std::size_t>(plot), key] {
+            if (key >= 0) {
+                xUnplot(plot, key);
+            } else {
+                xRemovePlot(plot);
+            }
+        });
     });
 }
 
@@ -234,20 +231,30 @@ bool PlotPanel::addCurveToNewPlot(const QString& keyName, const QString& unit, C
 /** @param plot one behind the last makes a new one */
 bool PlotPanel::xPlot(const QString& name, const QString& unit, CurveShape shape,
                       std::size_t plot) {
+    bool isPlotted = false;
+    xChange([&] {
+        const int key = xKeyFor(name, unit, shape);
+        if (key < 0) {
+            xSay(tr("No more than %1 keys are plotted at a time.").arg(a_maxKeys));
+        } else if (plot < fPlots.size() || xAddPlot()) {
+            const Key& description = fKeys.at(key);
+            fPlots[std::min(plot, fPlots.size() - 1)]->setCurve(
+                key, description.fShape, curvePen(description.fColour, palette()));
+            isPlotted = true;
+        }
+    });
+    return isPlotted;
+}
+
+/** Does something to the choice of keys and plots, and what follows from it. */
+void PlotPanel::xChange(const std::function<void()>& change) {
     const QStringList before = plottedKeys();
-    const int key = xKeyFor(name, unit, shape);
-    if (key < 0) {
-        xSay(tr("No more than %1 keys are plotted at a time.").arg(a_maxKeys));
-        return false;
-    }
-    if (plot >= fPlots.size()) {
-        addPlot();
-    }
-    PlotView* view = fPlots[std::min(plot, fPlots.size() - 1)];
-    view->setCurve(key, fKeys.at(key).fShape, curvePen(fKeys.at(key).fColour, palette()));
+    change();
+    xForgetUnplotted();
     xUpdatePlots();
-    xTellKeys(before);
-    return true;
+    if (plottedKeys() != before) {
+        Q_EMIT plottedKeysChanged();
+    }
 }
 
 /** @return the handle of a key, newly made when it is not plotted; -1 when there are too many */
@@ -276,21 +283,21 @@ int PlotPanel::xFreeColour() const {
 
 void PlotPanel::removeCurve(const QString& keyName) {
     const int key = keyHandle(keyName);
-    for (std::size_t plot = fPlots.size(); key >= 0 && plot-- > 0;) {
-        xUnplot(plot, key);
-    }
+    xChange([this, key] {
+        for (std::size_t plot = fPlots.size(); plot-- > 0;) {
+            xUnplot(plot, key);
+        }
+    });
 }
 
-/** A plot that becomes empty is removed. */
+/** A plot that becomes empty is removed. To be called in xChange(). */
 void PlotPanel::xUnplot(std::size_t plot, int key) {
-    const QStringList before = plottedKeys();
-    fPlots[plot]->removeCurve(key);
-    if (fPlots[plot]->keys().empty()) {
-        xRemovePlot(plot);
+    if (fPlots[plot]->contains(key)) {
+        fPlots[plot]->removeCurve(key);
+        if (fPlots[plot]->keys().empty()) {
+            xRemovePlot(plot);
+        }
     }
-    xForgetUnplotted();
-    xUpdatePlots();
-    xTellKeys(before);
 }
 
 void PlotPanel::xForgetUnplotted() {
@@ -440,27 +447,30 @@ void PlotPanel::restoreState(const QVariantMap& state) {
     if (std::isfinite(span) && span > 0) {
         fTime->setSpan(span);
     }
-    for (const QVariant& plot : state.value(QStringLiteral("plots")).toList()) {
-        bool isFirst = true;
-        for (const QVariant& curve : plot.toList()) {
-            const QVariantMap saved = curve.toMap();
-            const QString name = saved.value(QStringLiteral("key")).toString();
-            const CurveShape shape = saved.value(QStringLiteral("steps")).toBool()
-                                         ? CurveShape::Steps
-                                         : CurveShape::Line;
-            const std::size_t target = isFirst ? fPlots.size() : fPlots.size() - 1;
-            isFirst = !xPlot(name, saved.value(QStringLiteral("unit")).toString(), shape, target) &&
-                      isFirst;
+    xChange([&] {
+        for (const QVariant& plot : state.value(QStringLiteral("plots")).toList()) {
+            xRestorePlot(plot.toList());
         }
+    });
+}
+
+void PlotPanel::xRestorePlot(const QVariantList& curves) {
+    const std::size_t before = fPlots.size();
+    for (const QVariant& curve : curves) {
+        const QVariantMap saved = curve.toMap();
+        const bool hasSteps = saved.value(QStringLiteral("steps")).toBool();
+        xPlot(saved.value(QStringLiteral("key")).toString(),
+              saved.value(QStringLiteral("unit")).toString(),
+              hasSteps ? CurveShape::Steps : CurveShape::Line, before);
     }
 }
 
 void PlotPanel::removeAll() {
-    const QStringList before = plottedKeys();
-    while (!fPlots.empty()) {
-        xRemovePlot(fPlots.size() - 1);
-    }
-    xTellKeys(before);
+    xChange([this] {
+        while (!fPlots.empty()) {
+            xRemovePlot(fPlots.size() - 1);
+        }
+    });
 }
 
 void PlotPanel::clearPoints() {
@@ -472,13 +482,18 @@ void PlotPanel::clearPoints() {
 }
 
 void PlotPanel::addPlot() {
+    xChange([this] { xAddPlot(); });
+}
+
+/** To be called in xChange(). @return whether there is a new plot */
+bool PlotPanel::xAddPlot() {
     if (static_cast<int>(fPlots.size()) >= a_maxPlots) {
         xSay(tr("No more than %1 plots are shown at a time.").arg(a_maxPlots));
-        return;
+        return false;
     }
     fPlots.push_back(xMakePlot());
     fCurrent = fPlots.size() - 1;
-    xUpdatePlots();
+    return true;
 }
 
 PlotView* PlotPanel::xMakePlot() {
@@ -504,8 +519,8 @@ PlotView* PlotPanel::xMakePlot() {
     return plot;
 }
 
+/** To be called in xChange(). */
 void PlotPanel::xRemovePlot(std::size_t plot) {
-    const QStringList before = plottedKeys();
     PlotView* view = fPlots[plot];
     fPlots.erase(fPlots.begin() + static_cast<std::ptrdiff_t>(plot));
     view->hide();
@@ -514,9 +529,6 @@ void PlotPanel::xRemovePlot(std::size_t plot) {
     if (fCurrent > 0 && fCurrent >= plot) {
         --fCurrent;
     }
-    xForgetUnplotted();
-    xUpdatePlots();
-    xTellKeys(before);
 }
 
 void PlotPanel::xSetCurrentPlot(int plot) {
@@ -554,9 +566,11 @@ void PlotPanel::xMove(const QString& name, std::size_t fromPlot, std::size_t toP
     if (key < 0 || fromPlot == toPlot) {
         return;
     }
-    if (xPlot(name, QString(), CurveShape::Line, toPlot)) {
-        xUnplot(fromPlot, key);
-    }
+    xChange([&] {
+        if (xPlot(name, QString(), CurveShape::Line, toPlot)) {
+            xUnplot(fromPlot, key);
+        }
+    });
 }
 
 void PlotPanel::xApplyPens() {
@@ -607,12 +621,6 @@ std::vector<LegendEntry> PlotPanel::xEntriesOf(const PlotView& plot) const {
         entries.push_back({key, description.fName, description.fUnit, plot.penOf(key)});
     }
     return entries;
-}
-
-void PlotPanel::xTellKeys(const QStringList& before) {
-    if (plottedKeys() != before) {
-        Q_EMIT plottedKeysChanged();
-    }
 }
 
 bool PlotPanel::xCanBeSeen() const {
@@ -714,7 +722,8 @@ void PlotPanel::xShowMenu(const QPoint& position) {
     menu->setAttribute(Qt::WA_DeleteOnClose);
     if (key >= 0) {
         const QString name = fKeys.at(key).fName;
-        menu->addAction(tr("&Remove curve"), this, [this, plot, key] { xUnplot(plot, key); });
+        menu->addAction(tr("&Remove curve"), this,
+                        [this, plot, key] { xChange([=] { xUnplot(plot, key); }); });
         QMenu* targets = menu->addMenu(tr("&Move curve to"));
         for (std::size_t to = 0; to < fPlots.size(); ++to) {
             QAction* target = targets->addAction(tr("Plot %1").arg(to + 1));
@@ -730,7 +739,8 @@ void PlotPanel::xShowMenu(const QPoint& position) {
     menu->addAction(tr("Show &all points"), this, &PlotPanel::showAll);
     xAddSaveActions(*menu);
     menu->addSeparator();
-    menu->addAction(tr("Remove p&lot"), this, [this, plot] { xRemovePlot(plot); });
+    menu->addAction(tr("Remove p&lot"), this,
+                    [this, plot] { xChange([=] { xRemovePlot(plot); }); });
     menu->popup(position);
 }
 
@@ -795,6 +805,14 @@ void PlotPanel::savePoints(const QString& fileName, bool onlyShown) {
     fExport->start(std::move(curves), onlyShown ? fTime->left() : -forever,
                    onlyShown ? fTime->right() : forever, fileName);
     xUpdateStatus();
+}
+
+void PlotPanel::xOnExported(const QString& fileName, qint64 rows, const QString& error) {
+    const QString name = viewer::plainText(QFileInfo(fileName).fileName().toStdString());
+    const QString done = rows == 1
+                             ? tr("1 point saved in %1.").arg(name)
+                             : tr("%1 points saved in %2.").arg(QLocale().toString(rows), name);
+    xSay(error.isEmpty() ? done : error);
 }
 
 void PlotPanel::showEvent(QShowEvent* event) {

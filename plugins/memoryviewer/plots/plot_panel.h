@@ -155,6 +155,9 @@ class PlotPanel : public QWidget {
     bool xPlot(const QString& name, const QString& unit, CurveShape shape, std::size_t plot);
     int xKeyFor(const QString& name, const QString& unit, CurveShape shape);
     int xFreeColour() const;
+    void xChange(const std::function<void()>& change);
+    bool xAddPlot();
+    void xRestorePlot(const QVariantList& curves);
     void xUnplot(std::size_t plot, int key);
     void xForgetUnplotted();
     PlotView* xMakePlot();
@@ -166,7 +169,6 @@ class PlotPanel : public QWidget {
     void xApplyPens();
     void xUpdatePlots();
     std::vector<LegendEntry> xEntriesOf(const PlotView& plot) const;
-    void xTellKeys(const QStringList& before);
 
     void xFollow(const std::vector<PlotSample>& samples);
     double xNow() const;
@@ -178,6 +180,7 @@ class PlotPanel : public QWidget {
     void xUpdateTexts();
     void xUpdateStatus();
     QString xValueText(int key) const;
+    void xOnExported(const QString& fileName, qint64 rows, const QString& error);
     void xSay(const QString& text);
     void xShowMenu(const QPoint& position);
     void xAddSaveActions(QMenu& menu);
