@@ -10,6 +10,7 @@ std::vector<std::unique_ptr<Command>> makeCommands() {
     commands.push_back(makeGetCommand());
     commands.push_back(makeSetCommand());
     commands.push_back(makeWatchCommand());
+    commands.push_back(makeSnapshotCommand());
     commands.push_back(makePingCommand());
     commands.push_back(makeDoctorCommand());
     return commands;

@@ -15,6 +15,7 @@ std::unique_ptr<Command> makeListCommand();
 std::unique_ptr<Command> makeModulesCommand();
 std::unique_ptr<Command> makePingCommand();
 std::unique_ptr<Command> makeSetCommand();
+std::unique_ptr<Command> makeSnapshotCommand();
 std::unique_ptr<Command> makeWatchCommand();
 
 /** All of them, in the order in which --help shows them. */

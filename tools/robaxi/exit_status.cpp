@@ -41,6 +41,7 @@ ExitStatus exitStatusOf(KVError::Cause cause) {
         case KVError::Cause::InvalidArgument:
         case KVError::Cause::NoSuchModule:
         case KVError::Cause::NoSuchMethod:
+        case KVError::Cause::NoSuchStream:
         case KVError::Cause::WrongArguments:
         case KVError::Cause::WrongType:
         case KVError::Cause::TooLarge:

@@ -43,6 +43,11 @@ _robaxi_keys() {
         sed 's/^\["//; s/"\]$//; s/","/\n/g'
 }
 
+_robaxi_cameras() {
+    _robaxi_ask snapshot "${words[0]}" --list --json --timeout 1 |
+        sed -n 's/^{"name":"\([^"\]*\)",.*/\1/p'
+}
+
 # What the next word may be, by the words that were given so far.
 _robaxi_words() {
     case $command:${#words[@]} in
@@ -51,6 +56,7 @@ _robaxi_words() {
         call:1) _robaxi_modules ;;
         call:2) _robaxi_methods ;;
         get:* | watch:* | set:1) _robaxi_keys ;;
+        snapshot:1) _robaxi_cameras ;;
     esac
 }
 
@@ -70,12 +76,16 @@ _robaxi() {
     fi
     case $prev in
         --color) _robaxi_offer <<<$'auto\nnever'; return ;;
+        --format) _robaxi_offer <<<$'jpeg\npng\nppm\npgm'; return ;;
+        -o | --output) _filedir; return ;;
         --timeout | --count | --rate | --interval) COMPREPLY=(); return ;;
         --module) words=("${words[2]}"); _robaxi_offer < <(_robaxi_modules); return ;;
     esac
     for ((position = 2; position < cword; position++)); do
         case ${words[position]} in
-            --color | --timeout | --count | --rate | --interval | --module) ((position++)) ;;
+            --color | --timeout | --count | --rate | --interval | --module | --format | --output | -o)
+                ((position++))
+                ;;
             -*) ;;
             *) given+=("${words[position]}") ;;
         esac

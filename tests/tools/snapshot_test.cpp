@@ -1,0 +1,273 @@
+// 'robaxi snapshot' against robots whose cameras do what each test wants.
+#include "picture/jpeg.h"
+#include "tool_process.h"
+#include "video_robot.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <condition_variable>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <memory>
+#include <mutex>
+#include <nlohmann/json.hpp>
+#include <thread>
+
+namespace obvista_test {
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+using robaxi_tool::Pixels;
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+
+/** Each test has a robot and a folder of its own. */
+class Snapshot : public ::testing::Test {
+  protected:
+    Snapshot() {
+        std::string name = fs::temp_directory_path() / "snapshot.XXXXXX";
+        fFolder = mkdtemp(name.data());
+    }
+    ~Snapshot() override { fs::remove_all(fFolder); }
+
+    /** The command, which starts in the folder of the test. */
+    std::vector<std::string> command(const std::vector<std::string>& words) const {
+        std::vector<std::string> arguments{"snapshot", fRobot.place()};
+        arguments.insert(arguments.end(), words.begin(), words.end());
+        std::vector<std::string> all{"bash", "-c", "cd \"$1\" && shift && exec \"$@\"", "bash",
+                                     fFolder};
+        const std::vector<std::string> tool = toolCommand(arguments);
+        all.insert(all.end(), tool.begin(), tool.end());
+        return all;
+    }
+
+    ToolResult run(const std::vector<std::string>& words) const {
+        ChildProcess process(command(words));
+        const std::optional<int> status = process.waitForEnd();
+        EXPECT_TRUE(status) << "it did not end";
+        return {status.value_or(-1), process.output(), process.errors()};
+    }
+
+    /** The same, for one that must work. */
+    std::string outputOf(const std::vector<std::string>& words) const {
+        const ToolResult result = run(words);
+        EXPECT_EQ(0, result.fStatus);
+        EXPECT_THAT(result.fErrors, IsEmpty());
+        return result.fOutput;
+    }
+
+    void expectFailure(int status, const std::string& sentence,
+                       const std::vector<std::string>& words) const {
+        const ToolResult result = run(words);
+        EXPECT_EQ(status, result.fStatus);
+        EXPECT_THAT(result.fErrors, AllOf(StartsWith("robaxi: "), HasSubstr(sentence)));
+        EXPECT_THAT(result.fOutput, IsEmpty());
+        EXPECT_TRUE(fs::is_empty(fFolder)) << "something was saved";
+    }
+
+    std::string read(const std::string& name) const {
+        std::ifstream file(fFolder / name, std::ios::binary);
+        EXPECT_TRUE(file) << name;
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    static KVFrame greyFrame(std::uint64_t number) {
+        return makeFrame(number, KVPixelFormat::Grey8, 4, 2, "abcdefgh");
+    }
+
+    fs::path fFolder;
+    VideoRobot fRobot;
+};
+
+/** A camera that takes a hundred pictures a second, from number 2 on. */
+class MovingCamera {
+  public:
+    using Picture = std::function<KVFrame(std::uint64_t number)>;
+
+    MovingCamera(KVFrameSource& cameras, const std::string& name, Picture picture)
+        : fThread([this, &cameras, name, picture = std::move(picture)] {
+              std::unique_lock lock(fMutex);
+              for (std::uint64_t number = 2; !fIsOver; ++number) {
+                  cameras.publish(name, picture(number));
+                  fOver.wait_for(lock, std::chrono::milliseconds(10), [this] { return fIsOver; });
+              }
+          }) {}
+    ~MovingCamera() {
+        {
+            const std::lock_guard lock(fMutex);
+            fIsOver = true;
+        }
+        fOver.notify_all();
+        fThread.join();
+    }
+    MovingCamera(const MovingCamera&) = delete;
+    MovingCamera& operator=(const MovingCamera&) = delete;
+
+  private:
+    std::mutex fMutex;
+    std::condition_variable fOver;
+    bool fIsOver = false;
+    std::thread fThread;  ///< last, since it uses the rest
+};
+
+TEST_F(Snapshot, SavesTheFirstCamerasPictureUnderANameOfItsOwn) {
+    const MovingCamera camera(fRobot.cameras(), "head", greyFrame);
+    EXPECT_EQ("seer-head-20240501T123456789012.png\n", outputOf({}));
+    EXPECT_THAT(read("seer-head-20240501T123456789012.png"), StartsWith("\x89PNG"));
+}
+
+TEST_F(Snapshot, KeepsAJpegAsItCame) {
+    const std::string jpeg = robaxi_tool::writeJpeg(Pixels(64, 48, Pixels::Channels::Rgb));
+    const MovingCamera camera(fRobot.cameras(), "chest", [&](std::uint64_t number) {
+        return makeFrame(number, KVPixelFormat::Jpeg, 64, 48, jpeg);
+    });
+    EXPECT_EQ("seer-chest-20240501T123456789012.jpg\n", outputOf({"chest"}));
+    EXPECT_EQ(jpeg, read("seer-chest-20240501T123456789012.jpg"));
+}
+
+TEST_F(Snapshot, WritesTheFormatOfTheFilesEndingOrTheOneThatIsAskedFor) {
+    const MovingCamera camera(fRobot.cameras(), "head", greyFrame);
+    EXPECT_EQ("a.pgm\n", outputOf({"-o", "a.pgm"}));
+    EXPECT_EQ("P5\n4 2\n255\nabcdefgh", read("a.pgm"));
+    EXPECT_EQ("a.ppm\n", outputOf({"head", "--output", "a.ppm"}));
+    EXPECT_EQ("P6\n4 2\n255\naaabbbcccdddeeefffggghhh", read("a.ppm"));
+    outputOf({"-o", "a.jpg"});
+    EXPECT_THAT(read("a.jpg"), StartsWith("\xff\xd8\xff"));
+    outputOf({"-o", "without-ending", "--format", "pgm"});
+    EXPECT_THAT(read("without-ending"), StartsWith("P5\n"));
+    EXPECT_EQ("seer-head-20240501T123456789012.ppm\n", outputOf({"--format", "ppm"}));
+}
+
+TEST_F(Snapshot, APipeGetsThePictureAndNothingElse) {
+    const MovingCamera camera(fRobot.cameras(), "head", greyFrame);
+    EXPECT_EQ("P5\n4 2\n255\nabcdefgh", outputOf({"-o", "-", "--format", "pgm"}));
+    EXPECT_THAT(outputOf({"-o", "-"}), StartsWith("\x89PNG"));
+}
+
+TEST_F(Snapshot, IsDescribedInJson) {
+    const MovingCamera camera(fRobot.cameras(), "head", greyFrame);
+    const Json picture = Json::parse(outputOf({"--json", "-o", "a.pgm"}));
+    EXPECT_EQ("a.pgm", picture["file"]);
+    EXPECT_EQ("seer", picture["robot"]);
+    EXPECT_EQ("head", picture["camera"]);
+    EXPECT_EQ("2024-05-01T12:34:56.789012Z", picture["time"]);
+    EXPECT_EQ(true, picture["new"]);
+    EXPECT_EQ(4, picture["width"]);
+    EXPECT_EQ(2, picture["height"]);
+    EXPECT_EQ("grey", picture["sent"]);
+    EXPECT_EQ("pgm", picture["format"]);
+    EXPECT_EQ(fs::file_size(fFolder / "a.pgm"), picture["bytes"]);
+}
+
+// The newest frame that a robot has may be of yesterday, when nobody watched since.
+TEST_F(Snapshot, IsNotThePictureThatWasThereBefore) {
+    fRobot.cameras().publish("head", greyFrame(1));
+    std::unique_ptr<MovingCamera> camera;
+    fRobot.setWatched(
+        [&] { camera = std::make_unique<MovingCamera>(fRobot.cameras(), "head", greyFrame); });
+    const Json picture = Json::parse(outputOf({"--json"}));
+    EXPECT_LT(1, picture["number"]);
+    EXPECT_EQ(true, picture["new"]);
+}
+
+TEST_F(Snapshot, OfACameraThatStandsStillIsItsLastAndThatIsSaid) {
+    fRobot.cameras().publish("head", greyFrame(1));
+    const ToolResult result = run({"--json"});
+    EXPECT_EQ(0, result.fStatus);
+    EXPECT_EQ(false, Json::parse(result.fOutput)["new"]);
+    EXPECT_EQ(
+        "robaxi: The camera head stands still. Its last picture is of "
+        "2024-05-01T12:34:56.789012Z.\n",
+        result.fErrors);
+}
+
+TEST_F(Snapshot, OfACameraThatSendsNothingIsGivenUp) {
+    expectFailure(5, "The camera head has sent no picture within 1 s.", {"--timeout", "1"});
+}
+
+TEST_F(Snapshot, ACameraThatIsNotThereIsTold) {
+    expectFailure(8, "There is no camera named tail. The robot has: head, chest.", {"tail"});
+}
+
+TEST_F(Snapshot, AModuleThatIsNotThereIsTold) {
+    expectFailure(8, "no module named KVEyes", {"--module", "KVEyes"});
+}
+
+TEST_F(Snapshot, ACameraThatGoesAwayIsTold) {
+    fRobot.setWatched([this] { fRobot.cameras().removeStream("head"); });
+    expectFailure(8, "it has no camera of that name", {});
+}
+
+TEST_F(Snapshot, ALostRobotIsTold) {
+    ChildProcess process(command({"--timeout", "3600"}));
+    ASSERT_TRUE(fRobot.waitForWatcher());
+    fRobot.vanish();
+    EXPECT_EQ(10, process.waitForEnd());
+    EXPECT_THAT(process.errors(), AllOf(StartsWith("robaxi: "), HasSubstr("lost")));
+}
+
+TEST_F(Snapshot, TheUserNeedNotWait) {
+    ChildProcess process(command({"--timeout", "3600"}));
+    ASSERT_TRUE(fRobot.waitForWatcher());
+    process.signal(SIGINT);
+    EXPECT_EQ(130, process.waitForEnd());
+    EXPECT_THAT(process.errors(), IsEmpty());
+    EXPECT_TRUE(fs::is_empty(fFolder));
+}
+
+TEST_F(Snapshot, APictureThatIsNotWhatItClaimsIsNotSaved) {
+    const auto expectBad = [this](const std::string& sentence, const KVFrame& claimed) {
+        const MovingCamera camera(fRobot.cameras(), "head", [&](std::uint64_t number) {
+            KVFrame frame = claimed;
+            frame.fNumber = number;
+            return frame;
+        });
+        expectFailure(14, sentence, {});
+    };
+    expectBad("fewer bytes", makeFrame(1, KVPixelFormat::Grey8, 4000, 4000, "abc"));
+    expectBad("cannot be read", makeFrame(1, KVPixelFormat::Jpeg, 64, 48, "no JPEG"));
+    const std::string jpeg = robaxi_tool::writeJpeg(Pixels(64, 48, Pixels::Channels::Rgb));
+    expectBad("damaged or incomplete",
+              makeFrame(1, KVPixelFormat::Jpeg, 64, 48, jpeg.substr(0, jpeg.size() - 4)));
+    expectBad("does not know", makeFrame(1, KVPixelFormat::Unknown, 4, 2, "abcdefgh"));
+}
+
+TEST_F(Snapshot, AFileThatCannotBeWrittenIsTold) {
+    const MovingCamera camera(fRobot.cameras(), "head", greyFrame);
+    expectFailure(12, "nosuch/a.png cannot be written: No such file", {"-o", "nosuch/a.png"});
+    expectFailure(12, "/dev/full cannot be written: No space left",
+                  {"-o", "/dev/full", "--format", "png"});
+}
+
+TEST_F(Snapshot, WrongUseIsTold) {
+    expectFailure(2, "does not end in .jpg, .png, .ppm or .pgm", {"-o", "a.gif"});
+    expectFailure(2, "--format is 'jpeg', 'png', 'ppm' or 'pgm', not 'gif'", {"--format", "gif"});
+    expectFailure(2, "the picture or its description, not both", {"-o", "-", "--json"});
+}
+
+TEST_F(Snapshot, ATerminalDoesNotGetAPicture) {
+    ChildProcess process(
+        {"script", "-qec", toolCommand({})[0] + " snapshot 127.0.0.1:1 -o -", "/dev/null"});
+    EXPECT_EQ(2, process.waitForEnd());
+    EXPECT_THAT(process.output(), HasSubstr("a terminal does not show pictures"));
+}
+
+TEST_F(Snapshot, CamerasAreListed) {
+    EXPECT_EQ(
+        "head         4x2        grey     10.0/s   A camera in the head.\n"
+        "chest        4x2        grey     10.0/s   A camera in the chest.\n",
+        outputOf({"--list"}));
+    const std::string json = outputOf({"--list", "--json"});
+    EXPECT_EQ("head", Json::parse(json.substr(0, json.find('\n')))["name"]);
+}
+
+}  // namespace
+}  // namespace obvista_test

@@ -1,0 +1,46 @@
+#include "snapshot/fresh_frame.h"
+
+namespace robaxi_tool {
+
+void FreshFrame::frameReceived(const KVFrame& frame, std::uint64_t /*passedOver*/) {
+    {
+        const std::lock_guard lock(fMutex);
+        if (!fFirst) {
+            fFirst = frame;
+        } else if (!fNew && frame.fNumber != fFirst->fNumber) {
+            fNew = frame;
+        }
+    }
+    fBell.ring();
+}
+
+void FreshFrame::ended(const KVError& error) {
+    {
+        const std::lock_guard lock(fMutex);
+        fEnd = std::make_exception_ptr(error);
+    }
+    fBell.ring();
+}
+
+std::optional<FreshFrame::Result> FreshFrame::wait(Clock::time_point deadline,
+                                                   Clock::duration patience) {
+    const bool hasBegun = fBell.waitUntil(deadline, [this] { return xIsOver(fFirst); });
+    if (hasBegun) {
+        fBell.waitUntil(Clock::now() + patience, [this] { return xIsOver(fNew); });
+    }
+    const std::lock_guard lock(fMutex);
+    if (fNew) {
+        return Result{*fNew, true};
+    }
+    if (fEnd) {
+        std::rethrow_exception(fEnd);
+    }
+    return fFirst ? std::optional<Result>({*fFirst, false}) : std::nullopt;
+}
+
+bool FreshFrame::xIsOver(const std::optional<KVFrame>& frame) const {
+    const std::lock_guard lock(fMutex);
+    return frame || fEnd;
+}
+
+}  // namespace robaxi_tool
