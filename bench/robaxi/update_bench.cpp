@@ -15,6 +15,7 @@
 
 #include <boost/make_shared.hpp>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -109,21 +110,43 @@ class Changes {
     std::thread fThread;
 };
 
-/** The plain peer's message: for each key a length, its name, and its value. */
-void fillWithKeyStrings(const std::vector<std::string>& names, double value, std::string& bytes) {
-    bytes.clear();
-    for (const std::string& name : names) {
-        bytes += static_cast<char>(name.size());
-        bytes += name;
-        bytes.append(reinterpret_cast<const char*>(&value), sizeof value);
+/** Plain messages: for each key the length of its name, the name, and the value. */
+class PlainMessages {
+  public:
+    /** @param keysTogether how many keys are sent together */
+    void setFlow(double rate, std::size_t keysTogether) {
+        fPace.setRate(rate);
+        fKeysTogether = keysTogether;
     }
-}
+
+    void fill(std::string& bytes) {
+        bytes.clear();
+        if (fNext == fNames.size()) {
+            fNext = 0;
+            ++fValue;
+            fPace.await();
+        }
+        const std::size_t end = std::min(fNames.size(), fNext + fKeysTogether);
+        for (; fNext < end; ++fNext) {
+            bytes += static_cast<char>(fNames[fNext].size());
+            bytes += fNames[fNext];
+            bytes.append(reinterpret_cast<const char*>(&fValue), sizeof fValue);
+        }
+    }
+
+  private:
+    const std::vector<std::string> fNames = keyNames();
+    Pace fPace;
+    std::atomic<std::size_t> fKeysTogether{1};
+    std::size_t fNext = fNames.size();
+    double fValue = 0;
+};
 
 int serve() {
     const auto broker = bench::listenOnLoopback();
     const auto table = boost::make_shared<KVValueTable>();
     Changes changes(table);
-    Pace plainPace;
+    PlainMessages messages;
     const auto memory = boost::make_shared<KVModule>("Memory", "");
     memory->setValues(table);
     memory->bindMethod({"setRate", "", ""}, {KVValue::Type::Float},
@@ -131,17 +154,14 @@ int serve() {
                            changes.setRate(arguments[0].toFloat());
                            return KVValue();
                        });
-    memory->bindMethod({"setPlainRate", "", ""}, {KVValue::Type::Float},
-                       [&plainPace](const KVValue::List& arguments) {
-                           plainPace.setRate(arguments[0].toFloat());
+    memory->bindMethod({"setPlainFlow", "", ""}, {KVValue::Type::Float, KVValue::Type::Int},
+                       [&messages](const KVValue::List& arguments) {
+                           messages.setFlow(arguments[0].toFloat(),
+                                            static_cast<std::size_t>(arguments[1].toInt()));
                            return KVValue();
                        });
     broker->addModule(memory);
-    const plain_stream::Server plain(
-        [names = keyNames(), &plainPace, step = 0.0](auto& bytes) mutable {
-            plainPace.await();
-            fillWithKeyStrings(names, ++step, bytes);
-        });
+    const plain_stream::Server plain([&messages](std::string& bytes) { messages.fill(bytes); });
     bench::serveAt(broker->getPort(), plain.port());
     return EXIT_SUCCESS;
 }
@@ -231,8 +251,9 @@ class PlainValues {
     std::atomic<bool> fStop{false};
 };
 
-bench::Flow measurePlain(const bench::FarEnd& farEnd, KVProxy& memory, double rate) {
-    memory.callVoid("setPlainRate", rate);
+bench::Flow measurePlain(const bench::FarEnd& farEnd, KVProxy& memory, double rate,
+                         int keysTogether) {
+    memory.call<KVValue>("setPlainFlow", rate, keysTogether);
     const plain_stream::Client client(farEnd.plainPort());
     PlainValues values;
     std::thread reader([&] { values.read(client); });
@@ -243,32 +264,39 @@ bench::Flow measurePlain(const bench::FarEnd& farEnd, KVProxy& memory, double ra
     return flow;
 }
 
-int measure(int rounds) {
+void compareFlows(const bench::FarEnd& farEnd, KVProxy& memory, double rate, int keysTogether,
+                  int rounds) {
     constexpr double thousand = 1000;
     constexpr double nanosecond = 1e-9;
+    std::vector<double> ourRates;
+    std::vector<double> plainRates;
+    std::vector<double> ourCosts;
+    std::vector<double> plainCosts;
+    for (int round = 0; round < rounds; ++round) {
+        const bench::Flow plain = measurePlain(farEnd, memory, rate, keysTogether);
+        const bench::Flow ours = measureOurs(farEnd, memory, rate);
+        plainRates.push_back(plain.rate());
+        ourRates.push_back(ours.rate());
+        plainCosts.push_back(plain.cost());
+        ourCosts.push_back(ours.cost());
+    }
+    std::printf("%s, plain TCP with %s\n", rate == a_highestRate ? "flat out" : "50 times a second",
+                keysTogether == 1 ? "a message for each value" : "all values in one message");
+    bench::compare("  updates a second", bench::median(ourRates) / thousand,
+                   bench::median(plainRates) / thousand, "thousand");
+    bench::compare("  processor time an update", bench::median(ourCosts) / nanosecond,
+                   bench::median(plainCosts) / nanosecond, "ns");
+}
+
+int measure(int rounds) {
     const bench::FarEnd farEnd;
     KVProxy memory("Memory", bench::a_loopback, farEnd.brokerPort(), bench::makeClient(), a_timeOut,
                    0);
     bench::printHeading();
     for (const double rate : {a_highestRate, a_usualRate}) {
-        std::vector<double> ourRates;
-        std::vector<double> plainRates;
-        std::vector<double> ourCosts;
-        std::vector<double> plainCosts;
-        for (int round = 0; round < rounds; ++round) {
-            const bench::Flow plain = measurePlain(farEnd, memory, rate);
-            const bench::Flow ours = measureOurs(farEnd, memory, rate);
-            plainRates.push_back(plain.rate());
-            ourRates.push_back(ours.rate());
-            plainCosts.push_back(plain.cost());
-            ourCosts.push_back(ours.cost());
+        for (const int keysTogether : {1, a_keys}) {
+            compareFlows(farEnd, memory, rate, keysTogether, rounds);
         }
-        const bool isFlatOut = rate == a_highestRate;
-        bench::compare(isFlatOut ? "updates a second, flat out" : "updates a second, at 50 Hz",
-                       bench::median(ourRates) / thousand, bench::median(plainRates) / thousand,
-                       "thousand");
-        bench::compare("  processor time an update", bench::median(ourCosts) / nanosecond,
-                       bench::median(plainCosts) / nanosecond, "ns");
     }
     return EXIT_SUCCESS;
 }

@@ -44,6 +44,11 @@ void KVValueTable::Private::removeObserver(Observer* observer) {
 }
 
 std::size_t KVValueTable::Private::indexAbove(std::uint32_t id) const {
+    // Identifiers ascend, so a key from before which none was removed is where this says. Most are.
+    const std::size_t likely = fIds.empty() ? 0 : id - fIds.front();
+    if (likely < fIds.size() && fIds[likely] == id) {
+        return likely + 1;
+    }
     return static_cast<std::size_t>(std::upper_bound(fIds.begin(), fIds.end(), id) - fIds.begin());
 }
 
