@@ -3,6 +3,7 @@
 // does falls on both alike.
 //
 //   call_bench [ROUNDS]
+#include "brokers.h"
 #include "far_end.h"
 #include "figures.h"
 #include "tcp_peer.h"

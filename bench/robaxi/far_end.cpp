@@ -1,7 +1,5 @@
 #include "far_end.h"
 
-#include <robaxi/kv_error.h>
-
 #include <cstdio>
 #include <fcntl.h>
 #include <signal.h>
@@ -12,23 +10,7 @@
 
 namespace bench {
 
-boost::shared_ptr<KVBroker> listenOnLoopback() {
-    for (int port = 23000;; ++port) {
-        try {
-            return KVBroker::createBroker("Bench", a_loopback, port, "", 0, 0, "", false);
-        } catch (const KVError& error) {
-            if (error.cause() != KVError::Cause::AddressInUse) {
-                throw;
-            }
-        }
-    }
-}
-
-boost::shared_ptr<KVBroker> makeClient() {
-    return KVBroker::createBroker("Bench", "", 0, "", 0, 0, "", false);
-}
-
-FarEnd::FarEnd(const std::string& argument) {
+FarEnd::FarEnd(const std::string& argument, std::string program) {
     int input[2];
     int output[2];
     if (::pipe2(input, O_CLOEXEC) != 0 || ::pipe2(output, O_CLOEXEC) != 0) {
@@ -38,7 +20,6 @@ FarEnd::FarEnd(const std::string& argument) {
     ::posix_spawn_file_actions_init(&actions);
     ::posix_spawn_file_actions_adddup2(&actions, input[0], STDIN_FILENO);
     ::posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
-    std::string program = "/proc/self/exe";
     std::string copy = argument;
     char* arguments[] = {program.data(), copy.data(), nullptr};
     const int error = ::posix_spawn(&fPid, program.c_str(), &actions, nullptr, arguments, environ);

@@ -1,25 +1,17 @@
 #ifndef OBVISTA_BENCH_ROBAXI_FAR_END_H
 #define OBVISTA_BENCH_ROBAXI_FAR_END_H
 
-#include <robaxi/kv_broker.h>
-
 #include <string>
 #include <sys/types.h>
 
 namespace bench {
 
-constexpr const char* a_loopback = "127.0.0.1";
-
-/** A broker on a port of the loopback that was free. */
-boost::shared_ptr<KVBroker> listenOnLoopback();
-
-/** A broker that listens nowhere. */
-boost::shared_ptr<KVBroker> makeClient();
-
-/** This program once more, with an argument; it ends with the object. */
+/** This program once more, or another one, with an argument. It is there when it has called
+ * serveAt(), and ends with the object. */
 class FarEnd {
   public:
-    explicit FarEnd(const std::string& argument = "--serve");
+    explicit FarEnd(const std::string& argument = "--serve",
+                    std::string program = "/proc/self/exe");
     ~FarEnd();
     FarEnd(const FarEnd&) = delete;
     FarEnd& operator=(const FarEnd&) = delete;

@@ -2,6 +2,7 @@
 // takes, beside the same bytes over plain TCP.
 //
 //   robaxi_frame_bench [ROUNDS]
+#include "brokers.h"
 #include "far_end.h"
 #include "figures.h"
 #include "plain_stream.h"

@@ -3,6 +3,7 @@
 // compute. Prints a line a minute; the exit status is 0 when nothing was lost.
 //
 //   robaxi_soak [MINUTES]
+#include "brokers.h"
 #include "far_end.h"
 #include "figures.h"
 

@@ -3,6 +3,7 @@
 // then 50 times a second.
 //
 //   robaxi_update_bench [ROUNDS]
+#include "brokers.h"
 #include "far_end.h"
 #include "figures.h"
 #include "plain_stream.h"

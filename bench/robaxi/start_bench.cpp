@@ -1,0 +1,95 @@
+// Cold start: a program that connects and makes one call, from its start to the end of the call,
+// and the memory that it has resident then. Beside a program that does the same over plain TCP
+// without any library.
+//
+//   robaxi_start_bench [ROUNDS]
+#include "brokers.h"
+#include "far_end.h"
+#include "figures.h"
+#include "tcp_peer.h"
+
+#include <robaxi/kv_module.h>
+#include <robaxi/kv_proxy.h>
+
+#include <boost/make_shared.hpp>
+
+#include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr int a_timeOut = 10;  // seconds
+const std::string a_visit = "--visit=";
+
+int serve() {
+    const auto broker = bench::listenOnLoopback();
+    const auto echo = boost::make_shared<KVModule>("Echo", "");
+    echo->bindMethod({"echo", "", ""}, {KVValue::Type::Int},
+                     [](const KVValue::List& arguments) { return arguments.front(); });
+    broker->addModule(echo);
+    const tcp_peer::Server plain(1);
+    bench::serveAt(broker->getPort(), plain.port());
+    return EXIT_SUCCESS;
+}
+
+int visit(int port) {
+    KVProxy proxy("Echo", bench::a_loopback, port, bench::makeClient(), a_timeOut, 0);
+    proxy.callVoid("echo", 42);
+    bench::serveAt(port, 0);
+    return EXIT_SUCCESS;
+}
+
+double residentMegabytes(pid_t process) {
+    constexpr double kilobytes = 1024;
+    std::ifstream file("/proc/" + std::to_string(process) + "/status");
+    std::string word;
+    while (file >> word && word != "VmRSS:") {
+    }
+    double size = 0;
+    file >> size;
+    return size / kilobytes;
+}
+
+/** What visits by one program take. */
+struct Visits {
+    void run(const std::string& port, const std::string& program) {
+        const auto start = std::chrono::steady_clock::now();
+        const bench::FarEnd visitor(port, program);
+        const auto duration = std::chrono::steady_clock::now() - start;
+        fMilliseconds.push_back(std::chrono::duration<double, std::milli>(duration).count());
+        fMegabytes.push_back(residentMegabytes(visitor.pid()));
+    }
+
+    std::vector<double> fMilliseconds;
+    std::vector<double> fMegabytes;
+};
+
+int measure(int rounds) {
+    Visits ours;
+    Visits plain;
+    for (int round = 0; round < rounds; ++round) {
+        const bench::FarEnd farEnd;
+        plain.run(std::to_string(farEnd.plainPort()), PLAIN_VISITOR);
+        ours.run(a_visit + std::to_string(farEnd.brokerPort()), "/proc/self/exe");
+    }
+    bench::printHeading();
+    bench::compare("cold start and one call", bench::median(ours.fMilliseconds),
+                   bench::median(plain.fMilliseconds), "ms");
+    bench::compare("resident memory", bench::median(ours.fMegabytes),
+                   bench::median(plain.fMegabytes), "MiB");
+    return EXIT_SUCCESS;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    constexpr int usualRounds = 20;
+    const std::string argument = argc == 2 ? argv[1] : "";
+    if (argument.rfind(a_visit, 0) == 0) {
+        return visit(std::stoi(argument.substr(a_visit.size())));
+    }
+    return bench::runMain(argc, argv, usualRounds, serve, measure);
+}
