@@ -101,6 +101,13 @@ class Client:
             pb.SubscriptionUpdate.FromString)
         return Subscription(stream, request)
 
+    def watch(self, module, camera):
+        """Watches a camera."""
+        stream = self._channel.stream_stream(
+            messages.WATCH, pb.WatchRequest.SerializeToString, pb.WatchUpdate.FromString)
+        start = pb.WatchStart(session_id=self.hello.session_id, module=module, stream=camera)
+        return Camera(stream, pb.WatchRequest(start=start))
+
     def _say(self, message):
         may_cut = self._hello.done() and self.hello.takes_fragments
         # In one go, since the parts of two messages must not be mixed.
@@ -191,6 +198,36 @@ class Subscription:
 
     def request(self, **fields):
         self._requests.put(pb.SubscriptionRequest(**fields))
+
+    def close(self):
+        self._requests.put(None)
+        self._updates.cancel()
+
+
+class Camera:
+    """The frames of a watched camera, one after the other."""
+
+    def __init__(self, stream, first_request):
+        self._requests = queue.Queue()
+        self._requests.put(first_request)
+        self._updates = stream(iter(self._requests.get, None))
+        self._received = 0
+
+    def next(self, report=True):
+        """Header and bytes of the next frame; tells the robot that it has been received."""
+        header = None
+        data = b""
+        while header is None or len(data) < header.size:
+            update = next(self._updates)
+            if update.HasField("ended"):
+                raise RemoteError(update.ended.cause, update.ended.text, update.ended.by_method)
+            if update.HasField("header"):
+                header = update.header
+            data += update.data
+        self._received += 1
+        if report:
+            self._requests.put(pb.WatchRequest(received=self._received))
+        return header, data
 
     def close(self):
         self._requests.put(None)

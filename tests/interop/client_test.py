@@ -245,6 +245,52 @@ class WithRobot(unittest.TestCase):
         self.assertEqual(from_value(table.next().values.others[0]), "followed")
         table.close()
 
+    def watch(self, camera):
+        watched = self.client.watch("KVVideo", camera)
+        self.addCleanup(watched.close)
+        return watched
+
+    def test_cameras_are_watched(self):
+        [video] = self.client.list_modules("KVVideo")
+        self.assertTrue(video.has_frames)
+        settings = {"width": 320, "height": 240, "format": "rgb", "rate": 30.0}
+        self.client.call("KVVideo", "setSettings", "head", settings)
+        camera = self.watch("head")
+        frames = [camera.next() for _ in range(10)]
+        header, data = frames[-1]
+        self.assertEqual((header.width, header.height, header.stride), (320, 240, 960))
+        self.assertEqual(header.format, pb.FrameHeader.RGB888)
+        self.assertEqual(header.size, 320 * 240 * 3)
+        self.assertEqual(len(data), header.size)
+        numbers = [header.number for header, _ in frames]
+        self.assertEqual(numbers, sorted(set(numbers)))
+        self.assertAlmostEqual(header.time / 1e6, time.time(), delta=60)
+
+    def test_pictures_may_be_jpeg_files(self):
+        self.client.call("KVVideo", "setSettings", "head", {"format": "jpeg"})
+        camera = self.watch("head")
+        header, data = camera.next()
+        while header.format != pb.FrameHeader.JPEG:  # the one from before the change
+            header, data = camera.next()
+        self.assertEqual(header.stride, 0)
+        self.assertEqual((data[:2], data[-2:]), (b"\xff\xd8", b"\xff\xd9"))
+
+    def test_no_more_than_two_frames_are_on_their_way(self):
+        slow = self.watch("head")
+        first, _ = slow.next(report=False)
+        quick = self.watch("head")
+        while quick.next()[0].number < first.number + 10:
+            pass
+        second, _ = slow.next()
+        third, _ = slow.next()
+        self.assertLess(second.number, first.number + 10)
+        self.assertGreaterEqual(third.number, first.number + 10)
+
+    def test_a_camera_that_is_not_there_says_so(self):
+        with self.assertRaises(RemoteError) as raised:
+            self.watch("nose").next()
+        self.assertEqual(raised.exception.cause, pb.Error.NO_SUCH_STREAM)
+
 
 if __name__ == "__main__":
     unittest.main(argv=sys.argv[:1])

@@ -1,9 +1,11 @@
 // Our client with a robot in Python, which was written from robaxi.proto and docs/robaxi.md.
+#include "frame_listener.h"
 #include "recording_listener.h"
 #include "support/child_process.h"
 #include "test_broker.h"
 
 #include <robaxi/kv_connection.h>
+#include <robaxi/kv_frame_stream.h>
 #include <robaxi/kv_proxy.h>
 #include <robaxi/kv_subscription.h>
 
@@ -174,13 +176,15 @@ TEST_F(PythonRobot, MayTakeLongerThanTheTimeOut) {
 TEST_F(PythonRobot, DescribesItsModules) {
     startRobot();
     const std::vector<KVModuleInfo> modules = connect()->getModules(a_timeOut);
-    ASSERT_EQ(modules.size(), 2U);
+    ASSERT_EQ(modules.size(), 3U);
     EXPECT_EQ(modules[0].fName, "Echo");
     EXPECT_FALSE(modules[0].fHasValues);
     ASSERT_EQ(modules[0].fMethods.size(), 5U);
     EXPECT_EQ(modules[0].fMethods[0].fSignature, "echo(value)");
     EXPECT_EQ(modules[1].fName, "Memory");
     EXPECT_TRUE(modules[1].fHasValues);
+    EXPECT_FALSE(modules[1].fHasFrames);
+    EXPECT_TRUE(modules[2].fHasFrames);
 }
 
 TEST_F(PythonRobot, SendsItsValues) {
@@ -210,6 +214,30 @@ TEST_F(PythonRobot, RefusesASubscription) {
         connect(), "Nobody", KVSubscription::Selection::AllKeys, 1, &listener);
     ASSERT_TRUE(listener.waitForEnd());
     EXPECT_CAUSE(*listener.fEnd, NoSuchModule);
+}
+
+TEST_F(PythonRobot, SendsItsFrames) {
+    startRobot();
+    FrameListener listener;
+    const auto stream = KVFrameStream::start(connect(), "Video", "left", &listener);
+    constexpr std::size_t wanted = 20;
+    ASSERT_TRUE(listener.waitUntil([&] { return listener.fNumbers.size() >= wanted; }));
+    stream->stop();
+    const KVFrame& frame = *listener.fLast;
+    EXPECT_EQ(frame.fWidth, 4U);
+    EXPECT_EQ(frame.fHeight, 3U);
+    EXPECT_EQ(frame.fStride, 4U);
+    EXPECT_EQ(frame.fFormat, KVPixelFormat::Grey8);
+    const std::string grey(4 * 3, static_cast<char>(frame.fNumber % 256));
+    EXPECT_EQ(std::string(frame.fData.get(), frame.fData.get() + frame.fSize), grey);
+}
+
+TEST_F(PythonRobot, HasNoSuchCamera) {
+    startRobot();
+    FrameListener listener;
+    const auto stream = KVFrameStream::start(connect(), "Video", "middle", &listener);
+    ASSERT_TRUE(listener.waitForEnd());
+    EXPECT_CAUSE(*listener.fEnd, NoSuchStream);
 }
 
 TEST_F(PythonRobot, IsLostWhenItIsKilledOrFallsSilent) {

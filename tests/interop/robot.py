@@ -31,14 +31,16 @@ class Method:
 
 
 class Module:
-    def __init__(self, description, methods, keys=()):
+    def __init__(self, description, methods, keys=(), cameras=()):
         self.description = description
         self.methods = methods
         self.keys = keys
+        self.cameras = cameras
 
     def to_message(self, name):
         return pb.Module(
             name=name, description=self.description, has_values=bool(self.keys),
+            has_frames=bool(self.cameras),
             methods=[pb.Method(name=name, signature=method.signature,
                                description=method.description)
                      for name, method in self.methods.items()])
@@ -76,6 +78,7 @@ def make_modules():
             pb.Key(id=4, name="Counter/Int", description="Counts updates", type=pb.Value.INT),
             pb.Key(id=9, name="Counter/Text", type=pb.Value.STRING, writable=True),
         ]),
+        "Video": Module("Sees", {}, cameras=["left", "right"]),
     }
 
 
@@ -169,15 +172,45 @@ class Session:
             self._out.put(pb.ServerMessage(result=answer))
 
 
+class Window:
+    """Counts what was sent, and waits until the client is done with all but the last two of it."""
+
+    def __init__(self, count_of):
+        self._count_of = count_of
+        self._done = 0
+        self._changed = threading.Condition()
+        self._is_over = False
+        self.sent = 0
+
+    def follow(self, requests):
+        """Takes what else the client requests, on a thread of its own."""
+        threading.Thread(target=self._read, args=[requests], daemon=True).start()
+
+    def await_room(self):
+        """Whether there is somebody left to send to."""
+        with self._changed:
+            self._changed.wait_for(lambda: self._is_over or self.sent < self._done + 2)
+            return not self._is_over
+
+    def _read(self, requests):
+        try:
+            for request in requests:
+                with self._changed:
+                    self._done = max(self._done, self._count_of(request))
+                    self._changed.notify()
+        except grpc.RpcError:
+            pass  # the client is gone
+        with self._changed:
+            self._is_over = True
+            self._changed.notify()
+
+
 class Subscription:
     """Sends a table of keys, and values that count the updates as fast as they are consumed."""
 
     def __init__(self, modules):
         self._modules = modules
-        self._consumed = 0
-        self._changed = threading.Condition()
-        self._is_over = False
-        self._number = 0
+        self._window = Window(lambda request: request.consumed)
 
     def serve(self, requests):
         start = next(requests).start
@@ -188,37 +221,53 @@ class Subscription:
         if module is None or not module.keys:
             yield self._update(ended=pb.Error(cause=pb.Error.NO_SUCH_MODULE))
             return
-        threading.Thread(target=self._read, args=[requests], daemon=True).start()
+        self._window.follow(requests)
         yield self._update(keys_added=pb.KeysAdded(keys=module.keys))
-        while self._await_consumption():
+        while self._window.await_room():
             yield self._update(values=self._values())
             time.sleep(1 / start.rate)
 
     def _values(self):
-        return pb.Values(time=int(time.time() * 1e6), float_ids=[3], floats=[self._number / 2],
-                         int_ids=[4], ints=[self._number], other_ids=[9],
-                         others=[to_value(f"update {self._number}")], time_offsets=[0, -1000, 1000])
+        number = self._window.sent
+        return pb.Values(time=int(time.time() * 1e6), float_ids=[3], floats=[number / 2],
+                         int_ids=[4], ints=[number], other_ids=[9],
+                         others=[to_value(f"update {number}")], time_offsets=[0, -1000, 1000])
 
     def _update(self, **content):
-        self._number += 1
-        return pb.SubscriptionUpdate(number=self._number, **content)
+        self._window.sent += 1
+        return pb.SubscriptionUpdate(number=self._window.sent, **content)
 
-    def _read(self, requests):
-        try:
-            for request in requests:
-                with self._changed:
-                    self._consumed = max(self._consumed, request.consumed)
-                    self._changed.notify()
-        except grpc.RpcError:
-            pass  # the client is gone
-        with self._changed:
-            self._is_over = True
-            self._changed.notify()
 
-    def _await_consumption(self):
-        with self._changed:
-            self._changed.wait_for(lambda: self._is_over or self._number < self._consumed + 2)
-            return not self._is_over
+class Watch:
+    """Sends frames of 4 x 3 grey pixels, whose brightness is the number of the frame, in parts."""
+
+    WIDTH = 4
+    HEIGHT = 3
+    PART = 5
+
+    def __init__(self, modules):
+        self._modules = modules
+        self._window = Window(lambda request: request.received)
+
+    def serve(self, requests):
+        start = next(requests).start
+        module = self._modules.get(start.module)
+        if start.session_id != SESSION_ID or module is None or start.stream not in module.cameras:
+            yield pb.WatchUpdate(ended=pb.Error(cause=pb.Error.NO_SUCH_STREAM))
+            return
+        self._window.follow(requests)
+        while self._window.await_room():
+            self._window.sent += 1
+            yield from self._frame(self._window.sent)
+
+    def _frame(self, number):
+        data = bytes([number % 256]) * (self.WIDTH * self.HEIGHT)
+        header = pb.FrameHeader(number=number, time=int(time.time() * 1e6), width=self.WIDTH,
+                                height=self.HEIGHT, stride=self.WIDTH,
+                                format=pb.FrameHeader.GREY8, size=len(data))
+        yield pb.WatchUpdate(header=header, data=data[: self.PART])
+        for at in range(self.PART, len(data), self.PART):
+            yield pb.WatchUpdate(data=data[at : at + self.PART])
 
 
 def handler(name, serve, request, reply):
@@ -242,6 +291,8 @@ def main():
                     pb.ClientBatch, pb.ServerBatch),
             handler("Subscribe", lambda requests: Subscription(modules).serve(requests),
                     pb.SubscriptionRequest, pb.SubscriptionUpdate),
+            handler("Watch", lambda requests: Watch(modules).serve(requests),
+                    pb.WatchRequest, pb.WatchUpdate),
         ]))])
     port = server.add_insecure_port("127.0.0.1:0")
     server.start()
