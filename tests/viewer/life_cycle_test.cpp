@@ -3,10 +3,10 @@
 
 #include <robaxi/kv_error.h>
 
+#include <QDialog>
 #include <QDir>
 #include <QDockWidget>
 #include <QElapsedTimer>
-#include <QEventLoop>
 #include <QMainWindow>
 #include <QPointer>
 #include <QSignalSpy>
@@ -281,7 +281,7 @@ void LifeCycleTest::reportsTheLossesOfTwoRobotsWhileADialogIsOpen() {
     QWidget* second = fViewer->createWidget(otherRobot->port());
     int firstReports = 0;
     int secondReports = 0;
-    QEventLoop dialog;
+    QDialog dialog;
     fViewer->onDisconnected(first, [&](WidgetInterface*) {
         ++firstReports;
         otherRobot->stop();
@@ -290,7 +290,7 @@ void LifeCycleTest::reportsTheLossesOfTwoRobotsWhileADialogIsOpen() {
     });
     fViewer->onDisconnected(second, [&](WidgetInterface*) {
         ++secondReports;
-        dialog.quit();
+        dialog.accept();
     });
     fRobot->stop();
     QTRY_VERIFY(!fViewer->plugin());
