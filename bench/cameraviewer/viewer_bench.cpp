@@ -1,0 +1,224 @@
+// How fast and how fresh the camera viewer shows what a camera sees, beside a window that puts each
+// frame into a label. The robot, the viewer and this program are processes of their own; this one
+// looks at the screen and reads number and time out of the picture that stands there, so what is
+// measured is what a user sees. It looks every millisecond or two, which the times include.
+//
+//   cameraviewer_bench [SECONDS [KIND...]]
+//
+// SECONDS are for each figure (10 when nothing is said; 1800 tells whether memory stays flat).
+// KINDs are viewer, slowed (the viewer gets a tenth of the time it would have) and label; all when
+// nothing is said. It needs an X server: tests/support/run_isolated --display xvfb -- PROGRAM.
+#include "figures.h"
+#include "screen_watch.h"
+
+#include <robaxi/kv_broker.h>
+#include <robaxi/kv_proxy.h>
+
+#include <QGuiApplication>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <child_process.h>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <robot_process.h>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using obvista_test::ChildProcess;
+using obvista_test::FrameStamp;
+using obvista_test::RobotProcess;
+using Clock = std::chrono::steady_clock;
+
+struct Camera {
+    const char* fName;
+    int fWidth;
+    int fHeight;
+    const char* fFormat;
+};
+
+constexpr std::array a_cameras{Camera{"640x480 RGB", 640, 480, "rgb"},
+                               Camera{"1280x720 JPEG", 1280, 720, "jpeg"}};
+constexpr double a_rate = 30;
+constexpr std::chrono::seconds a_warmUp{3};
+constexpr std::chrono::milliseconds a_look{1};
+
+/** Lets a process run for a tenth of the time only. */
+class Brake {
+  public:
+    explicit Brake(ChildProcess& process) : fThread([this, &process] { xRun(process); }) {}
+    ~Brake() {
+        fStop = true;
+        fThread.join();
+    }
+    Brake(const Brake&) = delete;
+    Brake& operator=(const Brake&) = delete;
+
+  private:
+    void xRun(ChildProcess& process) {
+        while (!fStop) {
+            process.signal(SIGSTOP);
+            std::this_thread::sleep_for(std::chrono::milliseconds(18));
+            process.signal(SIGCONT);
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+    }
+
+    std::atomic<bool> fStop{false};
+    std::thread fThread;
+};
+
+/** What was seen of one program. */
+struct Sighting {
+    double fShown = 0;       ///< frames a second
+    double fMedian = 0;      ///< milliseconds from the robot's stamp to the screen
+    double fPercentile = 0;  ///< 95th
+    double fProcessor = 0;   ///< of one core, percent
+    double fGrowth = 0;      ///< of resident memory, kB a minute
+};
+
+void set(int port, const Camera& camera) {
+    const auto broker = KVBroker::createBroker("Bench", "", 0, "", 0, 0, "", true);
+    KVProxy video("KVVideo", "127.0.0.1", port, broker, 5, 0);
+    const KVValue::Map settings{{"width", KVValue(camera.fWidth)},
+                                {"height", KVValue(camera.fHeight)},
+                                {"format", KVValue(camera.fFormat)},
+                                {"rate", KVValue(a_rate)}};
+    video.callValue("setSettings", {KVValue("head"), KVValue(settings)});
+}
+
+/** Waits until a program has said where its picture stands. */
+bench::ShownRect rectOf(ChildProcess& program) {
+    bench::ShownRect rect;
+    const bool isTold = program.waitForOutput("\n");
+    const std::string output = program.output();
+    if (!isTold || std::sscanf(output.c_str(), "shown %d %d %lf", &rect.fLeft, &rect.fTop,
+                               &rect.fWidth) != 3) {
+        throw std::runtime_error("no picture is shown: " + output + program.errors());
+    }
+    return rect;
+}
+
+double residentKilobytes(pid_t process) {
+    std::ifstream status("/proc/" + std::to_string(process) + "/status");
+    std::string word;
+    while (status >> word) {
+        if (word == "VmRSS:") {
+            double kilobytes = 0;
+            status >> kilobytes;
+            return kilobytes;
+        }
+    }
+    return 0;
+}
+
+double seconds(Clock::duration duration) {
+    return std::chrono::duration<double>(duration).count();
+}
+
+double ageInMilliseconds(const FrameStamp& stamp) {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    const auto microseconds = std::chrono::duration_cast<std::chrono::microseconds>(now).count();
+    return static_cast<double>(microseconds - stamp.fTime) / 1000;
+}
+
+/** Calls seen(stamp) for each picture that appears. */
+template <typename Seen>
+void lookFor(const bench::ScreenWatch& watch, std::chrono::duration<double> time, Seen seen) {
+    const auto end = Clock::now() + time;
+    std::uint32_t last = 0;
+    while (Clock::now() < end) {
+        const std::optional<FrameStamp> stamp = watch.read();
+        if (stamp && stamp->fNumber != last) {
+            seen(*stamp);
+            last = stamp->fNumber;
+        }
+        std::this_thread::sleep_for(a_look);
+    }
+}
+
+Sighting observe(ChildProcess& program, double time) {
+    const bench::ScreenWatch watch(rectOf(program));
+    int early = 0;
+    lookFor(watch, a_warmUp, [&early](const FrameStamp&) { ++early; });
+    if (early == 0) {
+        throw std::runtime_error("no frame can be read off the screen: " + program.errors());
+    }
+    std::vector<double> ages;
+    const double processor = bench::processorSeconds(program.pid());
+    const double memory = residentKilobytes(program.pid());
+    const auto begin = Clock::now();
+    lookFor(watch, std::chrono::duration<double>(time),
+            [&ages](const FrameStamp& stamp) { ages.push_back(ageInMilliseconds(stamp)); });
+    const double length = seconds(Clock::now() - begin);
+    if (ages.empty()) {
+        throw std::runtime_error("no frame was shown: " + program.errors());
+    }
+    constexpr double minute = 60;
+    Sighting sighting;
+    sighting.fShown = static_cast<double>(ages.size()) / length;
+    sighting.fMedian = bench::median(ages);
+    sighting.fPercentile = bench::quantile(ages, 0.95);
+    sighting.fProcessor = 100 * (bench::processorSeconds(program.pid()) - processor) / length;
+    sighting.fGrowth = (residentKilobytes(program.pid()) - memory) * minute / length;
+    return sighting;
+}
+
+std::vector<std::string> command(const std::string& kind, const Camera& camera, int port) {
+    const std::vector<std::string> size{std::to_string(port), std::to_string(camera.fWidth),
+                                        std::to_string(camera.fHeight)};
+    std::vector<std::string> words{OBVISTA_BENCH_LABEL};
+    if (kind != "label") {
+        words = {OBVISTA_BENCH_VIEWER, OBVISTA_CAMERAVIEWER};
+    }
+    words.insert(words.end(), size.begin(), size.end());
+    return words;
+}
+
+void measure(const std::string& kind, const Camera& camera, double time) {
+    const RobotProcess robot;
+    set(robot.port(), camera);
+    ChildProcess program(command(kind, camera, robot.port()));
+    rectOf(program);
+    std::optional<Brake> brake;
+    if (kind == "slowed") {
+        brake.emplace(program);
+    }
+    const Sighting sighting = observe(program, time);
+    std::printf(
+        "%-14s %-7s %6.1f shown a second   %6.1f ms median %6.1f ms 95th percentile"
+        "   %5.1f %% of a core   %+8.1f kB a minute\n",
+        camera.fName, kind.c_str(), sighting.fShown, sighting.fMedian, sighting.fPercentile,
+        sighting.fProcessor, sighting.fGrowth);
+    std::fflush(stdout);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const QGuiApplication application(argc, argv);
+    const double time = argc > 1 ? std::atof(argv[1]) : 10;
+    std::vector<std::string> kinds{"viewer", "label", "slowed"};
+    if (argc > 2) {
+        kinds.assign(argv + 2, argv + argc);
+    }
+    try {
+        for (const Camera& camera : a_cameras) {
+            for (const std::string& kind : kinds) {
+                measure(kind, camera, time);
+            }
+        }
+    } catch (const std::exception& failure) {
+        std::fprintf(stderr, "%s: %s\n", argv[0], failure.what());
+        return EXIT_FAILURE;
+    }
+    return EXIT_SUCCESS;
+}
