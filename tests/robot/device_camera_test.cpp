@@ -87,6 +87,10 @@ TEST(CaptureDescription, takesWhatTheDeviceDeliversWhereItCan) {
                 HasSubstr("v4l2src ! image/jpeg,width=640,height=480,framerate=30/1 ! appsink"));
     EXPECT_THAT(described(1280, 720, KVPixelFormat::Grey8, 7.5),
                 HasSubstr("image/jpeg,width=1280,height=720,framerate=15/2 ! jpegdec ! "));
+    EXPECT_THAT(described(640, 480, KVPixelFormat::Yuv422, 30),
+                HasSubstr("video/x-raw,format=YUY2,colorimetry=bt601 ! appsink"));
+    EXPECT_THAT(described(1280, 720, KVPixelFormat::Yuv422, 7.5),
+                HasSubstr(" ! jpegdec ! videoconvert ! video/x-raw,format=RGBx ! appsink"));
 }
 
 class DeviceCameraTest : public testing::Test {

@@ -35,11 +35,20 @@ bool takesJpeg(const CaptureDevice& device, const CameraSettings& settings) {
     return has(true) && (settings.fFormat == KVPixelFormat::Jpeg || !has(false));
 }
 
-/** Whether GStreamer hands over pixels, of which FrameEncoder makes what is wanted: GStreamer's own
- *  conversion between kinds of YUV does not mind the range of the values. */
+/** Whether GStreamer hands over pixels of which FrameEncoder makes what is wanted: GStreamer's own
+ *  conversions between kinds of YUV do not mind whether values are from 0 or from 16 up. */
 bool isEncodedHere(const CaptureDevice& device, const CameraSettings& settings) {
-    return settings.fFormat == KVPixelFormat::Grey8 ||
-           (settings.fFormat == KVPixelFormat::Jpeg && !takesJpeg(device, settings));
+    const bool jpeg = takesJpeg(device, settings);
+    switch (settings.fFormat) {
+        case KVPixelFormat::Rgb888:
+            return false;
+        case KVPixelFormat::Yuv422:
+            return jpeg;
+        case KVPixelFormat::Jpeg:
+            return !jpeg;
+        default:
+            return true;
+    }
 }
 
 std::string rateText(double rate) {
@@ -49,16 +58,13 @@ std::string rateText(double rate) {
     return std::to_string(numerator) + '/' + std::to_string(denominator);
 }
 
-/** From decoded pixels to those that are wanted, or those that FrameEncoder takes. */
-const char* conversionTo(KVPixelFormat format) {
-    switch (format) {
-        case KVPixelFormat::Rgb888:
-            return " ! videoconvert ! video/x-raw,format=RGB";
-        case KVPixelFormat::Yuv422:
-            return " ! videoconvert ! video/x-raw,format=YUY2,colorimetry=bt601";
-        default:
-            return " ! videoconvert ! video/x-raw,format=RGBx";
+/** From any pixels to those that are wanted, or those that FrameEncoder takes. */
+std::string conversion(const CaptureDevice& device, const CameraSettings& settings) {
+    const std::string to = " ! videoconvert ! video/x-raw,format=";
+    if (isEncodedHere(device, settings)) {
+        return to + "RGBx";
     }
+    return to + (settings.fFormat == KVPixelFormat::Rgb888 ? "RGB" : "YUY2,colorimetry=bt601");
 }
 
 std::vector<CameraMode> modesOf(const CaptureDevice& device) {
@@ -107,13 +113,12 @@ std::string captureDescription(const CaptureDevice& device, const CameraSettings
     const std::string size = ",width=" + std::to_string(settings.fWidth) +
                              ",height=" + std::to_string(settings.fHeight) +
                              ",framerate=" + rateText(settings.fRate);
-    std::string description = device.fSource + " ! ";
-    if (!jpeg) {
-        description += "video/x-raw" + size + conversionTo(settings.fFormat);
-    } else if (settings.fFormat == KVPixelFormat::Jpeg) {
-        description += "image/jpeg" + size;
-    } else {
-        description += "image/jpeg" + size + " ! jpegdec" + conversionTo(settings.fFormat);
+    std::string description = device.fSource + (jpeg ? " ! image/jpeg" : " ! video/x-raw") + size;
+    if (jpeg && settings.fFormat != KVPixelFormat::Jpeg) {
+        description += " ! jpegdec";
+    }
+    if (!jpeg || settings.fFormat != KVPixelFormat::Jpeg) {
+        description += conversion(device, settings);
     }
     // What cannot be handed over at once is given up for the next frame.
     return description + " ! appsink sync=false max-buffers=1 drop=true name=" + a_sinkName;
