@@ -62,10 +62,6 @@ std::int64_t pointTime(double microseconds) {
     return static_cast<std::int64_t>(std::clamp(microseconds, -most, most));
 }
 
-bool CurveHistory::Chunk::isInterruption(std::size_t index) const {
-    return ((fInterruptions[index / a_blockSize] >> (index % a_blockSize)) & 1U) != 0;
-}
-
 bool CurveHistory::Chunk::beginsAnew(std::size_t index) const {
     return index == 0 ? fWhole.fBeginsAnew : fTimes[index] < fTimes[index - 1];
 }
@@ -111,7 +107,7 @@ void CurveHistory::xAppend(const CurvePoint& point, bool isInterruption, std::ui
     add(block, point);
     add(chunk.fWhole, point);
     if (isInterruption) {
-        chunk.fInterruptions[index / a_blockSize] |= std::uint64_t(1) << (index % a_blockSize);
+        chunk.fInterruptions.set(index);
     }
     chunk.fNewestOrder = order;
     ++fSize;
@@ -130,7 +126,7 @@ CurvePoint CurveHistory::at(std::size_t index) const {
 }
 
 bool CurveHistory::isInterruption(std::size_t index) const {
-    return fChunks[index / a_chunkSize]->isInterruption(index % a_chunkSize);
+    return fChunks[index / a_chunkSize]->fInterruptions.test(index % a_chunkSize);
 }
 
 std::int64_t CurveHistory::earliest() const {

@@ -2,6 +2,7 @@
 #define OBVISTA_MEMORYVIEWER_CURVE_HISTORY_H
 
 #include <array>
+#include <bitset>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -41,7 +42,7 @@ struct PointSummary {
 /**
  * The points of one curve in the order in which they came.
  *
- * They lie in chunks of arrays, with summaries of every block of 64 points and of every chunk: a
+ * They lie in chunks of arrays, with summaries of every block of 16 points and of every chunk: a
  * picture of any width asks the summaries where they lie within one column of it, so that its cost
  * depends on the width and not on the number of points. A chunk that is full never changes again
  * and is shared by copies, which makes a copy cheap.
@@ -51,8 +52,8 @@ struct PointSummary {
  */
 class CurveHistory {
   public:
-    static constexpr std::size_t a_blockSize = 64;
-    static constexpr std::size_t a_blocksPerChunk = 16;
+    static constexpr std::size_t a_blockSize = 16;
+    static constexpr std::size_t a_blocksPerChunk = 64;
     static constexpr std::size_t a_chunkSize = a_blockSize * a_blocksPerChunk;
 
     /** @brief Sees points in the order in which they came, whole groups of them where possible. */
@@ -107,14 +108,13 @@ class CurveHistory {
     struct Chunk {
         std::array<std::int64_t, a_chunkSize> fTimes;
         std::array<double, a_chunkSize> fValues;
-        std::array<std::uint64_t, a_blocksPerChunk> fInterruptions{};
+        std::bitset<a_chunkSize> fInterruptions;
         std::array<PointSummary, a_blocksPerChunk> fBlocks;
         PointSummary fWhole;
         std::size_t fSize = 0;
         std::uint64_t fNewestOrder = 0;
 
         CurvePoint point(std::size_t index) const { return {fTimes[index], fValues[index]}; }
-        bool isInterruption(std::size_t index) const;
         bool beginsAnew(std::size_t index) const;
     };
 
