@@ -1,0 +1,41 @@
+#ifndef OBVISTA_MEMORYVIEWER_ROBOT_WRITER_H
+#define OBVISTA_MEMORYVIEWER_ROBOT_WRITER_H
+
+#include "value_writer.h"
+
+#include <boost/shared_ptr.hpp>
+
+#include <memory>
+#include <mutex>
+#include <string>
+
+class KVBroker;
+class KVProxy;
+
+namespace memoryviewer {
+
+/** Writes into the memory of a robot. It connects with the first write. */
+class RobotWriter : public ValueWriter {
+  public:
+    /** @param timeOut seconds, at least 1, for each write */
+    RobotWriter(boost::shared_ptr<KVBroker> broker, std::string address, int port, int timeOut);
+    ~RobotWriter() override;
+
+    void write(const std::string& key, const KVValue& value) override;
+    void cancel() override;
+
+  private:
+    std::shared_ptr<KVProxy> xProxy();
+
+    boost::shared_ptr<KVBroker> fBroker;
+    std::string fAddress;
+    int fPort;
+    int fTimeOut;
+    std::mutex fMutex;
+    std::shared_ptr<KVProxy> fProxy;
+    bool fIsCancelled = false;
+};
+
+}  // namespace memoryviewer
+
+#endif

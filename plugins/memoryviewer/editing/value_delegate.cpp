@@ -1,0 +1,158 @@
+#include "value_delegate.h"
+
+#include "value_entry.h"
+
+#include <QComboBox>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPainter>
+#include <QToolTip>
+#include <QVariant>
+
+namespace memoryviewer {
+
+namespace {
+
+constexpr qreal a_markStrength = 0.25;
+
+/** What stood in the field when it was opened, kept with the field. */
+struct Beginning {
+    KVValue fValue;
+    QString fText;
+};
+
+constexpr char a_beginningProperty[] = "obvistaBeginning";
+
+}  // namespace
+
+}  // namespace memoryviewer
+
+Q_DECLARE_METATYPE(memoryviewer::Beginning)
+
+namespace memoryviewer {
+
+namespace {
+
+Beginning beginningOf(const QWidget* editor) {
+    return editor->property(a_beginningProperty).value<Beginning>();
+}
+
+QString textIn(const QWidget* editor) {
+    if (const auto* choice = qobject_cast<const QComboBox*>(editor)) {
+        return choice->currentText();
+    }
+    const auto* line = qobject_cast<const QLineEdit*>(editor);
+    return line != nullptr ? line->text() : QString();
+}
+
+Entry entryIn(const QWidget* editor) {
+    return readEntry(textIn(editor), beginningOf(editor).fValue.type());
+}
+
+void showProblem(QWidget* editor, const QString& problem) {
+    const QString text = QStringLiteral("<p>%1</p>").arg(problem.toHtmlEscaped());
+    QToolTip::showText(editor->mapToGlobal(QPoint(0, editor->height())), text, editor);
+    editor->setAccessibleDescription(problem);
+}
+
+QColor tint(QColor colour) {
+    colour.setAlphaF(a_markStrength);
+    return colour;
+}
+
+}  // namespace
+
+ValueDelegate::ValueDelegate(ValueSource* source, QObject* parent)
+    : QStyledItemDelegate(parent), fSource(source) {
+}
+
+QWidget* ValueDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem& /*option*/,
+                                     const QModelIndex& index) const {
+    const std::optional<KVValue> value = fSource->editableValue(index);
+    if (!value || !isEnterable(value->type())) {
+        return nullptr;
+    }
+    QWidget* editor = nullptr;
+    const QString text = entryText(*value);
+    if (value->type() == KVValue::Type::Bool) {
+        auto* choice = new QComboBox(parent);
+        choice->addItems({QStringLiteral("false"), QStringLiteral("true")});
+        choice->setCurrentText(text);
+        editor = choice;
+    } else {
+        auto* line = new QLineEdit(text, parent);
+        line->setFrame(false);
+        line->selectAll();
+        editor = line;
+    }
+    editor->setObjectName(QStringLiteral("valueEditor"));
+    editor->setAccessibleName(tr("New value"));
+    editor->setAutoFillBackground(true);
+    editor->setProperty(a_beginningProperty,
+                        QVariant::fromValue(Beginning{*value, textIn(editor)}));
+    return editor;
+}
+
+/** Nothing: the view asks for this whenever the value changes, and the user's text stays. */
+void ValueDelegate::setEditorData(QWidget* /*editor*/, const QModelIndex& /*index*/) const {
+}
+
+void ValueDelegate::setModelData(QWidget* editor, QAbstractItemModel* /*model*/,
+                                 const QModelIndex& index) const {
+    const Beginning beginning = beginningOf(editor);
+    // A field that was only looked at must not write, least of all an old value.
+    if (textIn(editor) == beginning.fText) {
+        return;
+    }
+    const Entry entry = entryIn(editor);
+    if (entry.fValue) {
+        fSource->enter(index, beginning.fValue, *entry.fValue);
+    } else {
+        Q_EMIT entryRefused(entry.fProblem);
+    }
+}
+
+bool ValueDelegate::eventFilter(QObject* object, QEvent* event) {
+    auto* editor = qobject_cast<QWidget*>(object);
+    if (editor != nullptr && event->type() == QEvent::KeyPress) {
+        const int key = dynamic_cast<QKeyEvent&>(*event).key();
+        const bool isEnd = key == Qt::Key_Return || key == Qt::Key_Enter;
+        const bool isUnchanged = textIn(editor) == beginningOf(editor).fText;
+        const Entry entry = isEnd && !isUnchanged ? entryIn(editor) : Entry();
+        if (!entry.fProblem.isEmpty()) {
+            showProblem(editor, entry.fProblem);
+            return true;
+        }
+    }
+    return QStyledItemDelegate::eventFilter(object, event);
+}
+
+void ValueDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const {
+    QStyledItemDelegate::initStyleOption(option, index);
+    switch (fSource->mark(index)) {
+        case ValueMark::Pending:
+            option->font.setItalic(true);
+            option->text += tr(" (being written\u2026)");
+            break;
+        case ValueMark::Refused:
+            option->text += tr(" (not written)");
+            break;
+        case ValueMark::Changed:
+        case ValueMark::None:
+            break;
+    }
+}
+
+void ValueDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                          const QModelIndex& index) const {
+    const ValueMark mark = fSource->mark(index);
+    if (mark == ValueMark::Changed || mark == ValueMark::Refused) {
+        const QColor colour = mark == ValueMark::Refused
+                                  ? QColor(Qt::red)
+                                  : option.palette.color(QPalette::Highlight);
+        painter->fillRect(option.rect, tint(colour));
+    }
+    QStyledItemDelegate::paint(painter, option, index);
+}
+
+}  // namespace memoryviewer

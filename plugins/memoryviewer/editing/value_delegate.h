@@ -1,0 +1,67 @@
+#ifndef OBVISTA_MEMORYVIEWER_VALUE_DELEGATE_H
+#define OBVISTA_MEMORYVIEWER_VALUE_DELEGATE_H
+
+#include <robaxi/kv_value.h>
+
+#include <QStyledItemDelegate>
+
+#include <optional>
+
+namespace memoryviewer {
+
+/** What is to be seen of a value beside itself. */
+enum class ValueMark {
+    None,
+    Changed,  ///< it has changed just now
+    Pending,  ///< it was written, and the robot has not answered yet
+    Refused   ///< the robot has refused what was written
+};
+
+/** The values behind the cells of a view. */
+class ValueSource {
+  public:
+    virtual ~ValueSource() = default;
+    /** The present value of a cell that the user may edit; nothing for all others. */
+    virtual std::optional<KVValue> editableValue(const QModelIndex& index) const = 0;
+    /** The user has entered another value than `before`, which stood there when editing began. */
+    virtual void enter(const QModelIndex& index, const KVValue& before, const KVValue& value) = 0;
+    virtual ValueMark mark(const QModelIndex& index) const = 0;
+};
+
+/**
+ * Edits and paints the cells of a column of values.
+ *
+ * Enter or leaving the field writes the value, Escape gives up. What the robot sends meanwhile does
+ * not touch the field. What is no value keeps the field open with a sentence why; leaving it then
+ * gives up too.
+ */
+class ValueDelegate : public QStyledItemDelegate {
+    Q_OBJECT
+
+  public:
+    /** @param source must outlive the delegate */
+    explicit ValueDelegate(ValueSource* source, QObject* parent = nullptr);
+
+    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
+                          const QModelIndex& index) const override;
+    void setEditorData(QWidget* editor, const QModelIndex& index) const override;
+    void setModelData(QWidget* editor, QAbstractItemModel* model,
+                      const QModelIndex& index) const override;
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override;
+
+  Q_SIGNALS:
+    /** What was entered is no value and was not written. @param problem a sentence */
+    void entryRefused(const QString& problem) const;
+
+  protected:
+    bool eventFilter(QObject* object, QEvent* event) override;
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
+
+  private:
+    ValueSource* fSource;
+};
+
+}  // namespace memoryviewer
+
+#endif

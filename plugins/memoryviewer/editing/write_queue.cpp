@@ -1,0 +1,122 @@
+#include "write_queue.h"
+
+#include <robaxi/kv_error.h>
+
+#include <exception>
+#include <plain_text.h>
+#include <utility>
+
+namespace memoryviewer {
+
+WriteQueue::WriteQueue(std::unique_ptr<ValueWriter> writer, QObject* parent)
+    : QObject(parent), fWriter(std::move(writer)), fThread([this] { xRun(); }) {
+}
+
+WriteQueue::~WriteQueue() {
+    {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        fIsEnding = true;
+        fWake.notify_one();
+    }
+    fWriter->cancel();
+    fThread.join();
+}
+
+void WriteQueue::write(const std::string& key, const KVValue& before, const KVValue& value) {
+    Job job{++fNumber, key, before, value};
+    fLastWrites[key] = {job.fNumber, {WriteState::Phase::Pending, value, QString()}};
+    ++fPending;
+    {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        fJobs.push_back(std::move(job));
+        fWake.notify_one();
+    }
+    xTellUndo();
+    Q_EMIT stateChanged(key);
+}
+
+std::optional<WriteState> WriteQueue::state(const std::string& key) const {
+    const auto last = fLastWrites.find(key);
+    return last != fLastWrites.end() ? std::optional<WriteState>(last->second.fState)
+                                     : std::nullopt;
+}
+
+void WriteQueue::forget(const std::string& key) {
+    const auto last = fLastWrites.find(key);
+    if (last != fLastWrites.end() && last->second.fState.fPhase != WriteState::Phase::Pending) {
+        fLastWrites.erase(last);
+        Q_EMIT stateChanged(key);
+    }
+}
+
+void WriteQueue::giveUp(const QString& reason) {
+    std::deque<Job> jobs;
+    {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        jobs.swap(fJobs);
+    }
+    for (const Job& job : jobs) {
+        xFinish(job, reason);
+    }
+}
+
+void WriteQueue::undo() {
+    if (canUndo()) {
+        const Job last = *fUndo;
+        write(last.fKey, last.fValue, last.fBefore);
+    }
+}
+
+void WriteQueue::xRun() {
+    for (;;) {
+        Job job;
+        {
+            std::unique_lock<std::mutex> lock(fMutex);
+            fWake.wait(lock, [this] { return fIsEnding || !fJobs.empty(); });
+            if (fIsEnding) {
+                return;
+            }
+            job = std::move(fJobs.front());
+            fJobs.pop_front();
+        }
+        QString refusal;
+        try {
+            fWriter->write(job.fKey, job.fValue);
+        } catch (const KVError& error) {
+            refusal = viewer::plainText(error.toString());
+        } catch (const std::exception& error) {
+            refusal = viewer::plainText(error.what());
+        }
+        QMetaObject::invokeMethod(
+            this, [this, job, refusal] { xFinish(job, refusal); }, Qt::QueuedConnection);
+    }
+}
+
+/** @param refusal empty when the robot has accepted */
+void WriteQueue::xFinish(const Job& job, const QString& refusal) {
+    --fPending;
+    const bool isAccepted = refusal.isEmpty();
+    if (isAccepted) {
+        fUndo = job;
+    }
+    const auto last = fLastWrites.find(job.fKey);
+    if (last != fLastWrites.end() && last->second.fNumber == job.fNumber) {
+        last->second.fState.fPhase =
+            isAccepted ? WriteState::Phase::Accepted : WriteState::Phase::Refused;
+        last->second.fState.fReason = refusal;
+        Q_EMIT stateChanged(job.fKey);
+    }
+    if (!isAccepted) {
+        Q_EMIT refused(job.fKey, refusal);
+    }
+    xTellUndo();
+}
+
+void WriteQueue::xTellUndo() {
+    if (canUndo() != fCouldUndo) {
+        fCouldUndo = canUndo();
+        Q_EMIT canUndoChanged(fCouldUndo);
+    }
+}
+
+}  // namespace memoryviewer

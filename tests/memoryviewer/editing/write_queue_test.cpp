@@ -1,0 +1,213 @@
+#include "write_queue.h"
+
+#include "robot_writer.h"
+
+#include <robaxi/kv_broker.h>
+#include <robaxi/kv_error.h>
+#include <robaxi/kv_module.h>
+
+#include <QSignalSpy>
+#include <QtTest>
+#include <qt_test_main.h>
+
+#include <boost/make_shared.hpp>
+
+#include <atomic>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <test_broker.h>
+#include <vector>
+
+using namespace memoryviewer;
+using Phase = WriteState::Phase;
+
+namespace {
+
+/** A robot that takes what is written, refuses what is below 0, and may be slow. */
+class Robot {
+  public:
+    Robot() : fBroker(obvista_test::createTestBroker("TestRobot")) {
+        const auto module = boost::make_shared<KVModule>("KVMemory", "values of a test");
+        module->bindMethod({"setData", "setData(key: string, value: value)", ""},
+                           {KVValue::Type::String, KVValue::Type::Nothing},
+                           [this](const KVValue::List& arguments) {
+                               xTake(arguments[1].toInt());
+                               return KVValue();
+                           });
+        fBroker->addModule(module);
+        fPort = fBroker->getPort();
+    }
+    ~Robot() { setSlow(false); }
+
+    int port() const { return fPort; }
+    void setSlow(bool isSlow) {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        fIsSlow = isSlow;
+        fWake.notify_all();
+    }
+    std::vector<std::int64_t> taken() {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        return fTaken;
+    }
+
+  private:
+    void xTake(std::int64_t value) {
+        std::unique_lock<std::mutex> lock(fMutex);
+        fWake.wait(lock, [this] { return !fIsSlow; });
+        if (value < 0) {
+            throw KVError(KVError::Cause::RaisedByModule, "It <b>cannot</b>\nbe below 0.");
+        }
+        fTaken.push_back(value);
+    }
+
+    std::mutex fMutex;
+    std::condition_variable fWake;
+    bool fIsSlow = false;
+    std::vector<std::int64_t> fTaken;
+    boost::shared_ptr<KVBroker> fBroker;
+    int fPort = 0;
+};
+
+}  // namespace
+
+class WriteQueueTest : public QObject {
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void init();
+    void cleanup();
+    void writesAndSaysThatItIsAccepted();
+    void givesTheRobotsReasonForARefusal();
+    void isPendingWithoutHoldingTheUser();
+    void keepsTheStateOfTheLastWriteOfAKey();
+    void undoesTheLastWriteAndTheUndoing();
+    void undoesNothingThatWasRefused();
+    void saysWhenThereIsNoRobot();
+    void givesUpWhatWaits();
+    void endsWhileTheRobotIsSlow();
+
+  private:
+    Phase xPhase() const { return fQueue->state("Key")->fPhase; }
+    void xWrite(int before, int value) { fQueue->write("Key", KVValue(before), KVValue(value)); }
+
+    std::unique_ptr<Robot> fRobot;
+    std::unique_ptr<WriteQueue> fQueue;
+};
+
+void WriteQueueTest::init() {
+    fRobot = std::make_unique<Robot>();
+    const auto broker = KVBroker::createBroker("WriteQueueTest", "", 0, "", 0, 0, "", true);
+    fQueue = std::make_unique<WriteQueue>(
+        std::make_unique<RobotWriter>(broker, "127.0.0.1", fRobot->port(), 5));
+}
+
+void WriteQueueTest::cleanup() {
+    fQueue.reset();
+    fRobot.reset();
+}
+
+void WriteQueueTest::writesAndSaysThatItIsAccepted() {
+    std::vector<Phase> phases;
+    connect(fQueue.get(), &WriteQueue::stateChanged, this, [this, &phases](const std::string& key) {
+        phases.push_back(fQueue->state(key)->fPhase);
+    });
+    QVERIFY(!fQueue->state("Key"));
+    xWrite(0, 7);
+    QCOMPARE(int(xPhase()), int(Phase::Pending));
+    QVERIFY(fQueue->state("Key")->fValue == KVValue(7));
+    QTRY_COMPARE(int(xPhase()), int(Phase::Accepted));
+    QCOMPARE(phases, (std::vector<Phase>{Phase::Pending, Phase::Accepted}));
+    QCOMPARE(fRobot->taken(), std::vector<std::int64_t>{7});
+    fQueue->disconnect(this);
+    fQueue->forget("Key");
+    QVERIFY(!fQueue->state("Key"));
+}
+
+void WriteQueueTest::givesTheRobotsReasonForARefusal() {
+    QString reason;
+    connect(fQueue.get(), &WriteQueue::refused, this,
+            [&reason](const std::string&, const QString& text) { reason = text; });
+    xWrite(0, -1);
+    QTRY_COMPARE(int(xPhase()), int(Phase::Refused));
+    QVERIFY2(reason.contains(QStringLiteral("It <b>cannot</b>\\nbe below 0.")), qPrintable(reason));
+    QCOMPARE(fQueue->state("Key")->fReason, reason);
+}
+
+void WriteQueueTest::isPendingWithoutHoldingTheUser() {
+    fRobot->setSlow(true);
+    xWrite(0, 1);
+    xWrite(1, 2);
+    fQueue->forget("Key");
+    QCOMPARE(int(xPhase()), int(Phase::Pending));
+    QVERIFY(!fQueue->canUndo());
+    fRobot->setSlow(false);
+    QTRY_COMPARE(int(xPhase()), int(Phase::Accepted));
+    QCOMPARE(fRobot->taken(), (std::vector<std::int64_t>{1, 2}));
+}
+
+void WriteQueueTest::keepsTheStateOfTheLastWriteOfAKey() {
+    fRobot->setSlow(true);
+    xWrite(0, -5);
+    xWrite(0, 5);
+    fRobot->setSlow(false);
+    QSignalSpy undo(fQueue.get(), &WriteQueue::canUndoChanged);
+    QTRY_COMPARE(undo.size(), 1);
+    QCOMPARE(int(xPhase()), int(Phase::Accepted));
+}
+
+void WriteQueueTest::undoesTheLastWriteAndTheUndoing() {
+    xWrite(3, 7);
+    QTRY_VERIFY(fQueue->canUndo());
+    QCOMPARE(fQueue->undoKey(), std::string("Key"));
+    fQueue->undo();
+    QVERIFY(!fQueue->canUndo());
+    QTRY_VERIFY(fQueue->canUndo());
+    fQueue->undo();
+    QTRY_VERIFY(fQueue->canUndo());
+    QCOMPARE(fRobot->taken(), (std::vector<std::int64_t>{7, 3, 7}));
+}
+
+void WriteQueueTest::undoesNothingThatWasRefused() {
+    xWrite(1, 2);
+    QTRY_VERIFY(fQueue->canUndo());
+    xWrite(2, -1);
+    QTRY_VERIFY(fQueue->canUndo());
+    fQueue->undo();
+    QTRY_VERIFY(fQueue->canUndo());
+    QCOMPARE(fRobot->taken(), (std::vector<std::int64_t>{2, 1}));
+}
+
+void WriteQueueTest::saysWhenThereIsNoRobot() {
+    fRobot.reset();
+    xWrite(0, 1);
+    QTRY_COMPARE(int(xPhase()), int(Phase::Refused));
+    QVERIFY(!fQueue->state("Key")->fReason.isEmpty());
+    QVERIFY(!fQueue->canUndo());
+}
+
+void WriteQueueTest::givesUpWhatWaits() {
+    fRobot->setSlow(true);
+    fQueue->write("Other", KVValue(0), KVValue(1));
+    xWrite(0, 2);
+    xWrite(0, 3);
+    fQueue->giveUp(QStringLiteral("The robot is lost."));
+    // What is on its way is not waiting any more, perhaps.
+    QTRY_VERIFY(xPhase() == Phase::Refused);
+    QCOMPARE(fQueue->state("Key")->fReason, QStringLiteral("The robot is lost."));
+    fRobot->setSlow(false);
+    QTRY_VERIFY(fQueue->state("Other")->fPhase != Phase::Pending);
+    QVERIFY(fRobot->taken().size() <= 1);
+}
+
+void WriteQueueTest::endsWhileTheRobotIsSlow() {
+    fRobot->setSlow(true);
+    xWrite(0, 1);
+    QElapsedTimer time;
+    time.start();
+    fQueue.reset();
+    QVERIFY(time.elapsed() < 2000);
+}
+
+OBVISTA_QTEST_MAIN(WriteQueueTest)
+#include "write_queue_test.moc"
