@@ -1,5 +1,6 @@
 #include "camera_driver.h"
 
+#include <QAbstractItemView>
 #include <QAction>
 #include <QComboBox>
 #include <QImage>
@@ -89,12 +90,11 @@ bool choose(QWidget* viewer, const char* objectName, const QString& text) {
     if (index < 0 || !box->isEnabled()) {
         return false;
     }
-    box->setFocus();
-    QTest::keyClick(box, Qt::Key_Home);
-    for (int i = 0; i < index; ++i) {
-        QTest::keyClick(box, Qt::Key_Down);
-    }
-    return true;
+    // In its list: in the closed box, each entry on the way would be chosen.
+    box->showPopup();
+    box->view()->setCurrentIndex(box->model()->index(index, box->modelColumn()));
+    QTest::keyClick(box->view(), Qt::Key_Return);
+    return box->currentIndex() == index;
 }
 
 QAction* actionOf(QWidget* viewer, const char* objectName) {

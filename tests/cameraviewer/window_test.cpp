@@ -1,0 +1,235 @@
+#include "camera_driver.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QDir>
+#include <QImage>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QWindow>
+#include <QtTest>
+#include <qt_test_main.h>
+
+#include <chrono>
+#include <matroska_reading.h>
+#include <memory>
+#include <robot_process.h>
+
+using namespace obvista_test;
+
+namespace {
+
+std::int64_t nowInMicroseconds() {
+    using std::chrono::duration_cast;
+    return duration_cast<std::chrono::microseconds>(
+               std::chrono::system_clock::now().time_since_epoch())
+        .count();
+}
+
+}  // namespace
+
+/** The viewer in a real window beside a real robot, whose pictures tell their number and time. */
+class WindowTest : public QObject {
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void showsEveryFormatAndResolution_data();
+    void showsEveryFormatAndResolution();
+    void showsFramesThatAreYoung();
+    void countsWhatIsTrue();
+    void saysWhenTheRobotFallsSilentAndGoesOn();
+    void reportsARobotThatIsKilled();
+    void stopsWhileItIsMinimised();
+    void showsTwoCamerasOfTwoRobots();
+    void recordsWhatThePicturesSay();
+    void keepsItsMemory();
+
+  private:
+    std::optional<FrameStamp> xStampAfter(QWidget* viewer, std::uint32_t number);
+
+    std::unique_ptr<QTemporaryDir> fFolder;
+    std::unique_ptr<RobotProcess> fRobot;
+    std::unique_ptr<CameraDriver> fDriver;
+    QWidget* fViewer = nullptr;
+};
+
+void WindowTest::init() {
+    QSettings().clear();
+    fFolder = std::make_unique<QTemporaryDir>();
+    QSettings().setValue(QStringLiteral("CameraViewer/folder"), fFolder->path());
+    fRobot = std::make_unique<RobotProcess>();
+    fDriver = std::make_unique<CameraDriver>();
+    QVERIFY(QTest::qWaitForWindowActive(&fDriver->window()));
+    fViewer = fDriver->show(fRobot->port());
+    QTRY_VERIFY(shownStamp(fViewer).has_value());
+}
+
+void WindowTest::cleanup() {
+    fDriver.reset();
+    fRobot.reset();
+    fFolder.reset();
+}
+
+/** The stamp of a picture with a higher number, once one is shown. */
+std::optional<FrameStamp> WindowTest::xStampAfter(QWidget* viewer, std::uint32_t number) {
+    std::optional<FrameStamp> stamp;
+    const bool isShown = QTest::qWaitFor([&] {
+        stamp = shownStamp(viewer);
+        return stamp && stamp->fNumber > number;
+    });
+    return isShown ? stamp : std::nullopt;
+}
+
+void WindowTest::showsEveryFormatAndResolution_data() {
+    QTest::addColumn<QString>("size");
+    QTest::addColumn<QString>("format");
+    for (const char* size : {"160 × 120", "320 × 240", "640 × 480", "1280 × 720"}) {
+        for (const char* format : {"RGB", "YUV 4:2:2", "Grey", "JPEG"}) {
+            QTest::addRow("%s %s", size, format)
+                << QString::fromUtf8(size) << QString::fromLatin1(format);
+        }
+    }
+}
+
+void WindowTest::showsEveryFormatAndResolution() {
+    QFETCH(QString, size);
+    QFETCH(QString, format);
+    QVERIFY(choose(fViewer, "cameraBox", QStringLiteral("head")));
+    QVERIFY(choose(fViewer, "sizeBox", size));
+    QVERIFY(choose(fViewer, "formatBox", format));
+    QTRY_VERIFY2(readoutOf(fViewer).startsWith(size + QLatin1Char(' ') + format),
+                 qPrintable(readoutOf(fViewer)));
+    const std::optional<FrameStamp> stamp = xStampAfter(fViewer, 0);
+    QVERIFY(stamp.has_value());
+    QVERIFY(xStampAfter(fViewer, stamp->fNumber).has_value());
+    QTRY_COMPARE(noticeOf(fViewer), QString());
+}
+
+void WindowTest::showsFramesThatAreYoung() {
+    QVERIFY(choose(fViewer, "formatBox", QStringLiteral("JPEG")));
+    QSignalSpy shown(pictureOf(fViewer), SIGNAL(pictureShown(quint64, qint64)));
+    QTRY_VERIFY(shown.size() > 3);
+    for (int i = 0; i < 5; ++i) {
+        const int before = shown.size();
+        QTRY_VERIFY(shown.size() > before);
+        const std::optional<FrameStamp> stamp = shownStamp(fViewer);
+        const std::int64_t now = nowInMicroseconds();
+        QVERIFY(stamp.has_value());
+        QVERIFY(stamp->fTime <= now);
+        QVERIFY2(now - stamp->fTime < 500'000, qPrintable(QString::number(now - stamp->fTime)));
+        // The signal tells of the very frame that can be read.
+        QCOMPARE(quint32(shown.last().at(0).toULongLong()), stamp->fNumber);
+        QCOMPARE(shown.last().at(1).toLongLong(), qint64(stamp->fTime));
+    }
+}
+
+void WindowTest::countsWhatIsTrue() {
+    QVERIFY(choose(fViewer, "rateBox", QStringLiteral("10 a second")));
+    QTRY_VERIFY2(std::abs(figureOf(fViewer, QStringLiteral("received")) - 10) <= 1.5,
+                 qPrintable(statusOf(fViewer)));
+    QTRY_VERIFY2(std::abs(figureOf(fViewer, QStringLiteral("shown")) - 10) <= 1.5,
+                 qPrintable(statusOf(fViewer)));
+    QCOMPARE(figureOf(fViewer, QStringLiteral("dropped a second")), 0.0);
+}
+
+void WindowTest::saysWhenTheRobotFallsSilentAndGoesOn() {
+    fRobot->suspend();
+    QTRY_VERIFY_WITH_TIMEOUT(noticeOf(fViewer).contains(QLatin1String("stopped sending")), 2000);
+    fRobot->resume();
+    if (noticeOf(fViewer).contains(QLatin1String("stopped sending"))) {
+        QTRY_COMPARE(noticeOf(fViewer), QString());
+    }
+    const std::optional<FrameStamp> stamp = shownStamp(fViewer);
+    QVERIFY(stamp.has_value());
+    QVERIFY(xStampAfter(fViewer, stamp->fNumber).has_value());
+}
+
+void WindowTest::reportsARobotThatIsKilled() {
+    QSignalSpy lost(fViewer, SIGNAL(disconnected(WidgetInterface*)));
+    fRobot->kill();
+    QTRY_COMPARE_WITH_TIMEOUT(lost.size(), 1, 3000);
+    QCOMPARE(noticeOf(fViewer), QStringLiteral("The robot is lost. This is the last picture."));
+    QVERIFY(!boxOf(fViewer, "cameraBox")->isEnabled());
+}
+
+void WindowTest::stopsWhileItIsMinimised() {
+    QSignalSpy shown(pictureOf(fViewer), SIGNAL(pictureShown(quint64, qint64)));
+    fDriver->window().showMinimized();
+    QTRY_VERIFY(!fDriver->window().windowHandle()->isExposed());
+    QTRY_COMPARE(figureOf(fViewer, QStringLiteral("received")), 0.0);
+    const int before = shown.size();
+    fDriver->letTimePass();
+    QCOMPARE(shown.size(), before);
+    fDriver->window().showNormal();
+    QTRY_VERIFY(shown.size() > before + 3);
+    QVERIFY(figureOf(fViewer, QStringLiteral("received")) >= 0);
+}
+
+void WindowTest::showsTwoCamerasOfTwoRobots() {
+    RobotProcess other;
+    QWidget* second = fDriver->show(other.port());
+    QTRY_VERIFY(boxOf(second, "cameraBox")->isEnabled());
+    QVERIFY(choose(second, "cameraBox", QStringLiteral("chest")));
+    QVERIFY(choose(fViewer, "cameraBox", QStringLiteral("head")));
+    for (QWidget* viewer : {fViewer, second}) {
+        QTRY_VERIFY(shownStamp(viewer).has_value());
+        const std::uint32_t number = shownStamp(viewer)->fNumber;
+        QVERIFY(xStampAfter(viewer, number).has_value());
+    }
+    other.kill();
+    QTRY_VERIFY(noticeOf(second).startsWith(QLatin1String("The robot is lost.")));
+    QVERIFY(xStampAfter(fViewer, shownStamp(fViewer)->fNumber).has_value());
+}
+
+void WindowTest::recordsWhatThePicturesSay() {
+    QVERIFY(choose(fViewer, "formatBox", QStringLiteral("JPEG")));
+    QTRY_VERIFY(readoutOf(fViewer).contains(QLatin1String("JPEG")));
+    actionOf(fViewer, "recordAction")->trigger();
+    const std::uint32_t first = shownStamp(fViewer)->fNumber;
+    QVERIFY(xStampAfter(fViewer, first + 20).has_value());
+    actionOf(fViewer, "recordAction")->trigger();
+    QTRY_VERIFY2(toldOf(fViewer).startsWith(QLatin1String("Recorded ")),
+                 qPrintable(toldOf(fViewer)));
+    const QStringList files = QDir(fFolder->path()).entryList({QStringLiteral("*.mkv")});
+    QCOMPARE(files.size(), 1);
+    const MatroskaContent content = readMatroska(fFolder->filePath(files.first()));
+    QCOMPARE(content.fError, std::string());
+    QVERIFY(content.fPictures.size() >= 15);
+    std::uint32_t before = first - 1;
+    for (const MatroskaContent::Picture& picture : content.fPictures) {
+        const QImage image =
+            QImage::fromData(picture.fJpeg.data(), static_cast<int>(picture.fJpeg.size()));
+        const auto luma = [&](int x, int y) { return qGray(image.pixel(x, y)); };
+        const std::optional<FrameStamp> stamp = readFrameStamp(luma, 0, 0, image.width());
+        QVERIFY(stamp.has_value());
+        QVERIFY(stamp->fNumber > before);
+        before = stamp->fNumber;
+    }
+}
+
+void WindowTest::keepsItsMemory() {
+    const auto residentPages = [] {
+        QFile file(QStringLiteral("/proc/self/statm"));
+        return file.open(QIODevice::ReadOnly) ? file.readAll().split(' ').value(1).toLongLong() : 0;
+    };
+    QVERIFY(choose(fViewer, "sizeBox", QString::fromUtf8("640 × 480")));
+    QVERIFY(choose(fViewer, "formatBox", QStringLiteral("RGB")));
+    QSignalSpy shown(pictureOf(fViewer), SIGNAL(pictureShown(quint64, qint64)));
+    const auto afterFrames = [&](int count) {
+        shown.clear();
+        return QTest::qWaitFor([&] { return shown.size() >= count; }, 30000);
+    };
+    QVERIFY(afterFrames(60));
+    const qint64 before = residentPages();
+    QVERIFY(afterFrames(200));
+    // Each of them has nearly a megabyte; a thirtieth of that would be seen.
+    const qint64 grown = (residentPages() - before) * 4096;
+    QVERIFY2(grown < 8'000'000, qPrintable(QString::number(grown)));
+}
+
+OBVISTA_QTEST_MAIN(WindowTest)
+#include "window_test.moc"
