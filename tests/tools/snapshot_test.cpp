@@ -1,5 +1,8 @@
 // 'robaxi snapshot' against robots whose cameras do what each test wants.
+#include "change_format.h"
+#include "frame_stamp.h"
 #include "picture/jpeg.h"
+#include "robot_process.h"
 #include "tool_process.h"
 #include "video_robot.h"
 
@@ -16,6 +19,8 @@
 #include <memory>
 #include <mutex>
 #include <nlohmann/json.hpp>
+#include <optional>
+#include <sstream>
 #include <thread>
 
 namespace obvista_test {
@@ -267,6 +272,62 @@ TEST_F(Snapshot, CamerasAreListed) {
         outputOf({"--list"}));
     const std::string json = outputOf({"--list", "--json"});
     EXPECT_EQ("head", Json::parse(json.substr(0, json.find('\n')))["name"]);
+}
+
+/** The stamp that the simulated robot draws into a picture, read from a PGM. */
+std::optional<FrameStamp> stampOf(const std::string& pgm) {
+    std::istringstream stream(pgm);
+    std::string kind;
+    int width = 0;
+    int height = 0;
+    int white = 0;
+    stream >> kind >> width >> height >> white;
+    EXPECT_EQ("P5", kind);
+    const std::string rows = pgm.substr(static_cast<std::size_t>(stream.tellg()) + 1);
+    const auto luma = [&](int x, int y) {
+        return static_cast<unsigned char>(rows.at(static_cast<std::size_t>(y * width + x)));
+    };
+    return readFrameStamp(luma, 0, 0, width);
+}
+
+// What is saved is the frame that is told: number and time stand in the picture itself.
+TEST_F(Snapshot, ShowsWhatTheSimulatedRobotSeesInEachOfItsFormats) {
+    const RobotProcess robot;
+    const std::string place =
+        std::string(RobotProcess::address()) + ':' + std::to_string(robot.port());
+    const std::string file = fFolder / "a.pgm";
+    for (const std::string format : {"rgb", "yuv422", "grey", "jpeg"}) {
+        const ToolResult set = runTool(
+            {"call", place, "KVVideo", "setSettings", "head", "{\"format\": \"" + format + "\"}"});
+        ASSERT_EQ(0, set.fStatus) << set.fErrors;
+        const ToolResult saved = runTool({"snapshot", place, "head", "-o", file, "--json"});
+        ASSERT_EQ(0, saved.fStatus) << saved.fErrors;
+        const Json picture = Json::parse(saved.fOutput);
+        EXPECT_EQ(format, picture["sent"]);
+        EXPECT_EQ(true, picture["new"]);
+        const std::optional<FrameStamp> stamp = stampOf(read("a.pgm"));
+        ASSERT_TRUE(stamp) << format;
+        EXPECT_EQ(stamp->fNumber, picture["number"]);
+        EXPECT_EQ(robaxi_tool::timeText(stamp->fTime), picture["time"]);
+    }
+}
+
+TEST_F(Snapshot, RefusesEachTroubleOfACameraWithASentence) {
+    const RobotProcess robot;
+    const std::string place =
+        std::string(RobotProcess::address()) + ':' + std::to_string(robot.port());
+    const std::vector<std::pair<std::string, int>> troubles = {
+        {"unsupported", 14}, {"short", 14},      {"no-size", 14}, {"huge-size", 14},
+        {"no-jpeg", 14},     {"lying-jpeg", 14}, {"removed", 8}};
+    for (const auto& [trouble, status] : troubles) {
+        const ToolResult set = runTool({"call", place, "KVSim", "setCamera", "head", trouble});
+        ASSERT_EQ(0, set.fStatus) << set.fErrors;
+        const ToolResult result =
+            runTool({"snapshot", place, "head", "-o", fFolder / "a.png", "--timeout", "2"});
+        EXPECT_EQ(status, result.fStatus) << trouble << ": " << result.fErrors;
+        EXPECT_THAT(result.fErrors, StartsWith("robaxi: ")) << trouble;
+        EXPECT_TRUE(fs::is_empty(fFolder)) << trouble;
+    }
 }
 
 }  // namespace
