@@ -76,7 +76,7 @@ TEST_F(PythonRobot, OfAnotherVersionIsTold) {
 
 TEST_F(PythonRobot, ThatRefusesIsTold) {
     startRobot({"--refuse", "TOO_MANY_SESSIONS"});
-    EXPECT_CAUSE(errorOf([this] { connect(); }), NotAuthorised);
+    EXPECT_CAUSE(errorOf([this] { connect(); }), TooMany);
 }
 
 TEST_F(PythonRobot, ReturnsValuesOfEveryType) {

@@ -443,7 +443,7 @@ TEST_F(Frames, OfTooManyWatchedCamerasEnd) {
     }
     const auto stream = watch(fListener);
     ASSERT_TRUE(fListener.waitForEnd());
-    EXPECT_CAUSE(*fListener.fEnd, NotAuthorised);
+    EXPECT_CAUSE(*fListener.fEnd, TooMany);
 }
 
 TEST_F(Frames, DoNotKeepCallsAndHeartbeatsWaiting) {

@@ -87,6 +87,14 @@ TEST_F(Loss, OfASilentRobotIsToldWithinTwoSeconds) {
     EXPECT_FALSE(fConnection->isConnected()) << "a lost connection stays lost";
 }
 
+TEST_F(Loss, OfASilentRobotIsToldSoonerWhenTheSettingsSaySo) {
+    KVSettings settings;
+    settings.fLimits.fHeartbeat = std::chrono::milliseconds(50);
+    settings.fLimits.fLoss = std::chrono::milliseconds(200);
+    fConnection = KVConnection::open(makeClient(settings), a_loopback, fPort, 5);
+    EXPECT_LT(secondsUntilLost(SIGSTOP), 1.2) << "by default it is told after 1.5 s";
+}
+
 TEST_F(Loss, OfARobotThatEndsProperlyIsTold) {
     EXPECT_LT(secondsUntilLost(SIGTERM), 1.0) << "the system closes the sockets of a dead process";
 }

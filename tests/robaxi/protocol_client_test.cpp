@@ -103,7 +103,7 @@ TEST_F(ProtocolClient, DoesNotTakeAnotherVersionThatIsNotRefused) {
 TEST_F(ProtocolClient, TellsThatTheRobotRefusesIt) {
     fRobot.fHelloReply.set_refusal(v1::HelloReply::TOO_MANY_SESSIONS);
     const KVError error = connectError();
-    EXPECT_CAUSE(error, NotAuthorised);
+    EXPECT_CAUSE(error, TooMany);
     EXPECT_NE(error.toString().find("too many programs"), std::string::npos) << error.toString();
     fRobot.fHelloReply.set_refusal(v1::HelloReply::NOT_AUTHORISED);
     EXPECT_CAUSE(connectError(), NotAuthorised);

@@ -445,7 +445,7 @@ TEST_F(Subscription, OfWhichThereAreTooManyEnds) {
     }
     const auto subscription = subscribe(1);
     ASSERT_TRUE(fListener.waitForEnd());
-    EXPECT_CAUSE(*fListener.fEnd, NotAuthorised);
+    EXPECT_CAUSE(*fListener.fEnd, TooMany);
     EXPECT_NE(fListener.fEnd->toString().find("too many subscriptions"), std::string::npos)
         << fListener.fEnd->toString();
 

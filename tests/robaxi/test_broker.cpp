@@ -28,9 +28,14 @@ int nextPort() {
 }  // namespace
 
 BrokerPtr makeServer(const std::string& name) {
+    return makeServer(name, KVSettings());
+}
+
+BrokerPtr makeServer(const std::string& name, const KVSettings& settings) {
     for (int attempt = 0; attempt < a_numberOfPorts; ++attempt) {
         try {
-            return KVBroker::createBroker(name, a_loopback, nextPort(), "", 0, 0, "", false);
+            return KVBroker::createBroker(name, a_loopback, nextPort(), "", 0, 0, "", false,
+                                          settings);
         } catch (const KVError& error) {
             if (error.cause() != KVError::Cause::AddressInUse) {
                 throw;
@@ -42,6 +47,10 @@ BrokerPtr makeServer(const std::string& name) {
 
 BrokerPtr makeClient(const std::string& name) {
     return KVBroker::createBroker(name, "", 0, "", 0, 0, "", false);
+}
+
+BrokerPtr makeClient(const KVSettings& settings) {
+    return KVBroker::createBroker("Client", "", 0, "", 0, 0, "", false, settings);
 }
 
 int findFreePort() {

@@ -4,6 +4,7 @@
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_error.h>
 #include <robaxi/kv_module.h>
+#include <robaxi/kv_settings.h>
 
 #include <gtest/gtest.h>
 
@@ -20,8 +21,12 @@ constexpr const char* a_loopback = "127.0.0.1";
 /** A broker that listens on a port of the loopback that was free. */
 BrokerPtr makeServer(const std::string& name = "Server");
 
+/** The same with settings. */
+BrokerPtr makeServer(const std::string& name, const KVSettings& settings);
+
 /** A broker that does not listen, as the host and its plugins use it. */
 BrokerPtr makeClient(const std::string& name = "Client");
+BrokerPtr makeClient(const KVSettings& settings);
 
 /** A port of the loopback on which nothing listens. */
 int findFreePort();

@@ -1,7 +1,6 @@
 #include "batch_codec.h"
 
 #include "failure.h"
-#include "limits.h"
 #include "value_codec.h"
 
 #include <algorithm>
@@ -11,18 +10,6 @@ namespace robaxi {
 namespace {
 
 constexpr std::size_t a_bytesOfNumber = 16;
-
-void encodeOther(const KVValue& value, v1::Value* message) {
-    try {
-        encodeValue(value, message);
-        if (message->ByteSizeLong() <= limits::a_largestMessage - limits::a_bytesOfUpdate) {
-            return;
-        }
-    } catch (const Failure&) {
-        // Told to the client by the value that it gets instead.
-    }
-    message->Clear();
-}
 
 std::int64_t sum(std::int64_t time, std::int64_t offset) {
     return static_cast<std::int64_t>(static_cast<std::uint64_t>(time) +
@@ -35,6 +22,18 @@ std::int64_t difference(std::int64_t time, std::int64_t base) {
 }
 
 }  // namespace
+
+void BatchEncoder::xEncodeOther(const KVValue& value, v1::Value* message) const {
+    try {
+        encodeValue(value, message, fLimits.fDepth);
+        if (message->ByteSizeLong() <= fLimits.fMessage - limits::bytesOfUpdate(fLimits.fMessage)) {
+            return;
+        }
+    } catch (const Failure&) {
+        // Told to the client by the value that it gets instead.
+    }
+    message->Clear();
+}
 
 void BatchEncoder::add(std::uint32_t id, const KVValue& value, std::int64_t time) {
     fSize += a_bytesOfNumber;
@@ -49,14 +48,14 @@ void BatchEncoder::add(std::uint32_t id, const KVValue& value, std::int64_t time
     } else {
         fMessage->add_other_ids(id);
         v1::Value* other = fMessage->add_others();
-        encodeOther(value, other);
+        xEncodeOther(value, other);
         fSize += other->ByteSizeLong();
         fOtherTimes.push_back(time);
     }
 }
 
 bool BatchEncoder::isFull() const {
-    return fSize >= limits::a_bytesOfUpdate;
+    return fSize >= limits::bytesOfUpdate(fLimits.fMessage);
 }
 
 void BatchEncoder::finish() {
@@ -77,7 +76,7 @@ void BatchEncoder::finish() {
     }
 }
 
-std::vector<KVChange> decodeBatch(const v1::Values& message) {
+std::vector<KVChange> decodeBatch(const v1::Values& message, int deepest) {
     const int count = message.floats_size() + message.ints_size() + message.others_size();
     if (message.float_ids_size() != message.floats_size() ||
         message.int_ids_size() != message.ints_size() ||
@@ -100,7 +99,7 @@ std::vector<KVChange> decodeBatch(const v1::Values& message) {
         add(message.int_ids(i), std::int64_t{message.ints(i)});
     }
     for (int i = 0; i < message.others_size(); ++i) {
-        add(message.other_ids(i), decodeValue(message.others(i)));
+        add(message.other_ids(i), decodeValue(message.others(i), deepest));
     }
     return changes;
 }

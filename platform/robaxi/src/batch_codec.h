@@ -1,6 +1,7 @@
 #ifndef ROBAXI_BATCH_CODEC_H
 #define ROBAXI_BATCH_CODEC_H
 
+#include "limits.h"
 #include "robaxi/v1/robaxi.pb.h"
 
 #include <robaxi/kv_value_table.h>
@@ -12,7 +13,9 @@ namespace robaxi {
 /** Packs new values by their types. */
 class BatchEncoder {
   public:
-    explicit BatchEncoder(v1::Values* message) : fMessage(message) {}
+    explicit BatchEncoder(v1::Values* message,
+                          const KVSettings::Limits& limits = KVSettings::Limits())
+        : fMessage(message), fLimits(limits) {}
 
     /** A value that cannot be sent (too deep, too large) goes as nothing. */
     void add(std::uint32_t id, const KVValue& value, std::int64_t time);
@@ -23,7 +26,10 @@ class BatchEncoder {
     void finish();
 
   private:
+    void xEncodeOther(const KVValue& value, v1::Value* message) const;
+
     v1::Values* const fMessage;
+    const KVSettings::Limits fLimits;
     std::vector<std::int64_t> fFloatTimes;
     std::vector<std::int64_t> fIntTimes;
     std::vector<std::int64_t> fOtherTimes;
@@ -31,7 +37,7 @@ class BatchEncoder {
 };
 
 /** @throws Failure when the message breaks the protocol */
-std::vector<KVChange> decodeBatch(const v1::Values& message);
+std::vector<KVChange> decodeBatch(const v1::Values& message, int deepest = limits::a_deepestValue);
 
 }  // namespace robaxi
 

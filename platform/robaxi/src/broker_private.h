@@ -12,12 +12,12 @@
 #include <string>
 
 struct KVBroker::Private {
-    Private(const std::string& name, std::string ip, int port)
+    Private(const std::string& name, std::string ip, int port, KVSettings settings)
         : fIP(std::move(ip)),
           fPort(port),
-          fRuntime(std::make_shared<robaxi::Runtime>(name)),
+          fRuntime(std::make_shared<robaxi::Runtime>(name, std::move(settings))),
           fLinks(fRuntime),
-          fModules(std::make_shared<robaxi::HostedModules>()) {}
+          fModules(std::make_shared<robaxi::HostedModules>(fRuntime->fSettings.fLimits.fModules)) {}
 
     const std::string fIP;
     const int fPort;

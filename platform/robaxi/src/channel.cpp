@@ -2,12 +2,46 @@
 
 #include "limits.h"
 
+#include <grpc/support/log.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <mutex>
+
 namespace robaxi {
 
-std::shared_ptr<grpc::Channel> createChannel(const std::string& target) {
+namespace {
+
+constexpr std::size_t a_mostStreams = 1000000;
+
+/** A batch, or a part of a frame. */
+int largestBatch(const KVSettings::Limits& limits) {
+    return static_cast<int>(
+        std::max(limits.fMessage + limits::a_roomForBatch, 2 * limits::a_partOfFrame));
+}
+
+/** gRPC writes lines of its own to standard error for what our errors tell the user. */
+void keepGrpcQuiet() {
+    static std::once_flag done;
+    std::call_once(done, [] {
+        if (std::getenv("GRPC_VERBOSITY") == nullptr) {
+            gpr_set_log_function([](gpr_log_func_args*) {});
+        }
+    });
+}
+
+}  // namespace
+
+std::shared_ptr<grpc::Channel> createChannel(const std::string& target,
+                                             const ClientSecurity& security,
+                                             const KVSettings::Limits& limits) {
+    keepGrpcQuiet();
     grpc::ChannelArguments arguments;
-    arguments.SetMaxReceiveMessageSize(static_cast<int>(limits::a_largestBatch));
-    arguments.SetMaxSendMessageSize(static_cast<int>(limits::a_largestBatch));
+    arguments.SetMaxReceiveMessageSize(largestBatch(limits));
+    arguments.SetMaxSendMessageSize(largestBatch(limits));
+    if (security.usesTls()) {
+        arguments.SetSslTargetNameOverride(security.name());
+    }
     // A robot is never behind the proxy that the environment names for web pages.
     arguments.SetInt(GRPC_ARG_ENABLE_HTTP_PROXY, 0);
     arguments.SetInt(GRPC_ARG_SERVICE_CONFIG_DISABLE_RESOLUTION, 1);
@@ -21,17 +55,19 @@ std::shared_ptr<grpc::Channel> createChannel(const std::string& target) {
     arguments.SetInt(GRPC_ARG_HTTP2_BDP_PROBE, 0);
     arguments.SetInt(GRPC_ARG_HTTP2_STREAM_LOOKAHEAD_BYTES,
                      static_cast<int>(limits::a_streamWindow));
-    return grpc::CreateCustomChannel(target, grpc::InsecureChannelCredentials(), arguments);
+    return grpc::CreateCustomChannel(target, security.credentials(), arguments);
 }
 
-void configureServer(grpc::ServerBuilder& builder) {
-    builder.SetMaxReceiveMessageSize(static_cast<int>(limits::a_largestBatch));
-    builder.SetMaxSendMessageSize(static_cast<int>(limits::a_largestBatch));
+void configureServer(grpc::ServerBuilder& builder, const KVSettings::Limits& limits) {
+    keepGrpcQuiet();
+    builder.SetMaxReceiveMessageSize(largestBatch(limits));
+    builder.SetMaxSendMessageSize(largestBatch(limits));
     // Two robots on one port would each get every second connection.
     builder.AddChannelArgument(GRPC_ARG_ALLOW_REUSEPORT, 0);
-    builder.AddChannelArgument(GRPC_ARG_MAX_CONCURRENT_STREAMS,
-                               static_cast<int>(2 + 2 * (limits::a_subscriptionsOfSession +
-                                                         limits::a_watchedCamerasOfSession)));
+    builder.AddChannelArgument(
+        GRPC_ARG_MAX_CONCURRENT_STREAMS,
+        static_cast<int>(
+            std::min(2 + 2 * (limits.fSubscriptions + limits.fCameras), a_mostStreams)));
     // With its silence only the session of a client ends that was stopped or has vanished. This
     // ends the connection under it.
     constexpr int longestWithoutSession = 2000;  // milliseconds

@@ -1,6 +1,10 @@
 #ifndef ROBAXI_CHANNEL_H
 #define ROBAXI_CHANNEL_H
 
+#include "security.h"
+
+#include <robaxi/kv_settings.h>
+
 #include <grpcpp/grpcpp.h>
 
 #include <memory>
@@ -9,10 +13,12 @@
 namespace robaxi {
 
 /** A channel to one numeric address that shares nothing with any other channel of the process. */
-std::shared_ptr<grpc::Channel> createChannel(const std::string& target);
+std::shared_ptr<grpc::Channel> createChannel(const std::string& target,
+                                             const ClientSecurity& security,
+                                             const KVSettings::Limits& limits);
 
 /** Sets what holds for every connection to a server of ours. */
-void configureServer(grpc::ServerBuilder& builder);
+void configureServer(grpc::ServerBuilder& builder, const KVSettings::Limits& limits);
 
 }  // namespace robaxi
 

@@ -49,8 +49,12 @@ std::string reason(const Target& target, KVError::Cause cause) {
             return "the connection is lost";
         case KVError::Cause::NotAuthorised:
             return "the robot does not let this program in";
+        case KVError::Cause::NotTrusted:
+            return "it is not certain that this is the robot";
+        case KVError::Cause::TooMany:
+            return "the robot takes no more";
         case KVError::Cause::TooLarge:
-            return "a message is larger than 16 MiB";
+            return "a message is larger than the limit";
         case KVError::Cause::Cancelled:
             return "it was cancelled";
         default:
@@ -79,6 +83,11 @@ const char* advice(KVError::Cause cause) {
             return "Check that the robot is still running and connected, then connect again.";
         case KVError::Cause::NotAuthorised:
             return "Ask the robot's owner for access.";
+        case KVError::Cause::NotTrusted:
+            return "Check trust and name for this robot in robaxi.conf, and that nobody stands "
+                   "between.";
+        case KVError::Cause::TooMany:
+            return "End what is not needed, or raise the robot's limit.";
         case KVError::Cause::TooLarge:
             return "Send it in smaller parts.";
         default:
@@ -96,8 +105,9 @@ KVError sentence(const std::string& attempt, const std::string& reason, const Fa
     if (!detail.empty()) {
         why = why.empty() ? detail : why + " (" + detail + ")";
     }
-    std::string text = attempt + (why.empty() ? "" : ": " + why) + ".";
-    return KVError(failure.fCause, advice.empty() ? text : text + " " + advice);
+    const std::string text = attempt + (why.empty() ? "" : ": " + why) + ".";
+    const std::string& next = failure.fAdvice.empty() ? advice : failure.fAdvice;
+    return KVError(failure.fCause, next.empty() ? text : text + " " + next);
 }
 
 }  // namespace
@@ -116,6 +126,9 @@ KVError describeListening(const std::string& address, int port, const Failure& f
     if (failure.fCause == KVError::Cause::AddressInUse) {
         return sentence("Cannot listen on " + where, "the port is in use by another program",
                         failure, "Choose another port, or end that program.");
+    }
+    if (failure.fCause == KVError::Cause::InvalidArgument) {
+        return sentence("Cannot listen on " + where, {}, failure, {});
     }
     return sentence("Cannot listen on " + where, "the address cannot be used", failure,
                     "Choose an address of this computer and a port that this user may open.");

@@ -15,6 +15,8 @@ struct Failure {
     KVError::Cause fCause;
     /** What the cause does not say by itself; may be empty. A part of a sentence, for the user. */
     std::string fDetail;
+    /** What to try next, where there is more to say than the cause has; a sentence. */
+    std::string fAdvice{};
 };
 
 }  // namespace robaxi

@@ -1,8 +1,9 @@
 #ifndef ROBAXI_FRAGMENT_ASSEMBLER_H
 #define ROBAXI_FRAGMENT_ASSEMBLER_H
 
-#include "limits.h"
+#include <robaxi/kv_settings.h>
 
+#include <cstddef>
 #include <string>
 #include <utility>
 
@@ -12,6 +13,9 @@ namespace robaxi {
 template <class Message>
 class FragmentAssembler {
   public:
+    explicit FragmentAssembler(std::size_t largestMessage = KVSettings::Limits().fMessage)
+        : fLargestMessage(largestMessage) {}
+
     enum class Outcome { Incomplete, Complete, Malformed };
 
     /**
@@ -25,7 +29,7 @@ class FragmentAssembler {
             return Outcome::Complete;
         }
         const bool last = message.fragment().last();
-        if (fData.size() + message.fragment().data().size() > limits::a_largestMessage) {
+        if (fData.size() + message.fragment().data().size() > fLargestMessage) {
             return Outcome::Malformed;
         }
         fData += message.fragment().data();
@@ -39,6 +43,7 @@ class FragmentAssembler {
     }
 
   private:
+    const std::size_t fLargestMessage;
     std::string fData;
 };
 

@@ -1,6 +1,5 @@
 #include "frame_client.h"
 
-#include "limits.h"
 #include "message_codec.h"
 
 #include <utility>
@@ -12,7 +11,7 @@ FrameClient::FrameClient(const std::shared_ptr<Runtime>& runtime, std::shared_pt
     : ClientStream(runtime, std::move(link), std::move(target)),
       fStream(std::move(stream)),
       fListener(listener),
-      fAssembler(limits::a_largestFrame) {
+      fAssembler(runtime->fSettings.fLimits.fFrame) {
 }
 
 FrameClient::~FrameClient() {

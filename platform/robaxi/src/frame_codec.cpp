@@ -28,6 +28,7 @@ constexpr std::uint32_t a_endedTag = tagOf(v1::WatchUpdate::kEndedFieldNumber);
 constexpr std::uint32_t a_dataTag = tagOf(v1::WatchUpdate::kDataFieldNumber);
 /** Of a header or an end with its text. */
 constexpr std::uint32_t a_largestField = 128 * 1024;
+constexpr std::uint32_t a_largestSkip = 1U << 30U;
 
 [[noreturn]] void throwUnreadable() {
     throw Failure{KVError::Cause::Internal, "the robot sent a frame that cannot be read"};
@@ -86,7 +87,7 @@ void skipField(CodedInputStream& input, std::uint32_t tag) {
             readable = input.ReadLittleEndian64(&ignored);
             break;
         case a_lengthDelimited:
-            readable = input.ReadVarint32(&size) && size <= limits::a_largestBatch &&
+            readable = input.ReadVarint32(&size) && size <= a_largestSkip &&
                        input.Skip(static_cast<int>(size));
             break;
         case 5:  // NOLINT(readability-magic-numbers): the wire type of 32 bits

@@ -122,11 +122,7 @@ bool FrameServer::xCompose() {
         source = fSource;
     }
     if (!fFrame && source && xHasCredit()) {
-        if (auto newest = source->newestAfter(fStream, fVersion)) {
-            fVersion = newest->fVersion;
-            fFrame = std::make_unique<FrameEncoder>(newest->fFrame, fPool);
-            ++fSent;
-        }
+        xBegin(source->newestAfter(fStream, fVersion));
     }
     if (!fFrame) {
         return false;
@@ -136,6 +132,19 @@ bool FrameServer::xCompose() {
         fFrame.reset();
     }
     return true;
+}
+
+void FrameServer::xBegin(const std::optional<KVFrameSource::Private::Newest>& newest) {
+    if (!newest) {
+        return;
+    }
+    if (newest->fFrame.fSize > fServer.limits().fFrame) {
+        xEnd(KVError::Cause::TooLarge, "a frame of the camera");
+        return;
+    }
+    fVersion = newest->fVersion;
+    fFrame = std::make_unique<FrameEncoder>(newest->fFrame, fPool);
+    ++fSent;
 }
 
 bool FrameServer::xHasCredit() {

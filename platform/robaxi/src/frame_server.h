@@ -39,6 +39,7 @@ class FrameServer : public ServerStream<grpc::ByteBuffer, grpc::ByteBuffer>,
     void xStartWatching(const v1::WatchStart& start);
     void xSend();
     bool xCompose();
+    void xBegin(const std::optional<KVFrameSource::Private::Newest>& newest);
     bool xHasCredit();
 
     const std::shared_ptr<TaskPool> fPool;

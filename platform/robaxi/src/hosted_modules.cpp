@@ -44,6 +44,11 @@ void HostedModules::add(boost::shared_ptr<KVModule> module) {
     auto hosted = std::make_shared<Hosted>();
     hosted->fModule = std::move(module);
     const std::lock_guard lock(fMutex);
+    if (fModules.size() >= fMost && fModules.count(name) == 0) {
+        throw KVError(KVError::Cause::TooMany,
+                      "The module " + name + " cannot be hosted: there are " +
+                          std::to_string(fMost) + " already, which is the limit.");
+    }
     if (!fModules.emplace(name, std::move(hosted)).second) {
         throw KVError(KVError::Cause::InvalidArgument,
                       "A module named " + name + " is already hosted.");

@@ -18,11 +18,11 @@ namespace robaxi {
 /** The modules that a broker hosts. */
 class HostedModules {
   public:
-    HostedModules() = default;
+    explicit HostedModules(std::size_t most) : fMost(most) {}
     HostedModules(const HostedModules&) = delete;
     HostedModules& operator=(const HostedModules&) = delete;
 
-    /** @throws KVError InvalidArgument when the name is taken */
+    /** @throws KVError InvalidArgument when the name is taken; TooMany */
     void add(boost::shared_ptr<KVModule> module);
 
     /** Returns when no method of the module runs any more, except one from which it is called. */
@@ -48,6 +48,7 @@ class HostedModules {
     };
     class Run;
 
+    const std::size_t fMost;
     mutable std::mutex fMutex;
     std::condition_variable fRunEnded;
     std::map<std::string, std::shared_ptr<Hosted>> fModules;

@@ -2,9 +2,13 @@
 #include "deadline.h"
 #include "error_sentences.h"
 #include "link.h"
+#include "settings_fields.h"
 
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_error.h>
+#include <robaxi/kv_settings.h>
+
+#include <utility>
 
 namespace {
 
@@ -16,19 +20,37 @@ void checkAddress(const std::string& ip, int port) {
     }
 }
 
+void checkSettings(const KVSettings& settings) {
+    try {
+        robaxi::checkLimits(settings.fLimits);
+        robaxi::checkAccess(settings);
+    } catch (const robaxi::Failure& failure) {
+        throw KVError(failure.fCause, "The settings cannot be used: " + failure.fDetail + ".");
+    }
+}
+
 }  // namespace
+
+boost::shared_ptr<KVBroker> KVBroker::createBroker(const std::string& name, const std::string& ip,
+                                                   int port, const std::string& parentIP,
+                                                   int parentPort, int flags, std::string path,
+                                                   bool keepAlive) {
+    return createBroker(name, ip, port, parentIP, parentPort, flags, std::move(path), keepAlive,
+                        KVSettings::load());
+}
 
 boost::shared_ptr<KVBroker> KVBroker::createBroker(
     const std::string& name, const std::string& ip, int port, const std::string& parentIP,
     int parentPort, int /*flags*/,
     // NOLINTNEXTLINE(performance-unnecessary-value-param): the interface has it so
-    std::string /*path*/, bool /*keepAlive*/) {
+    std::string /*path*/, bool /*keepAlive*/, const KVSettings& settings) {
     if (name.empty()) {
         throw KVError(KVError::Cause::InvalidArgument, "A broker needs a name.");
     }
     checkAddress(ip, port);
     checkAddress(parentIP, parentPort);
-    auto implementation = std::make_shared<Private>(name, ip, port);
+    checkSettings(settings);
+    auto implementation = std::make_shared<Private>(name, ip, port, settings);
     boost::shared_ptr<KVBroker> broker(new KVBroker(implementation));
     if (port != 0) {
         try {

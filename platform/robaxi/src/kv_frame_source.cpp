@@ -1,7 +1,7 @@
 #include "frame_source_private.h"
-#include "limits.h"
 
 #include <robaxi/kv_error.h>
+#include <robaxi/kv_settings.h>
 
 #include <algorithm>
 #include <utility>
@@ -9,7 +9,7 @@
 namespace {
 
 void checkFrame(const KVFrame& frame) {
-    if (frame.fSize > robaxi::limits::a_largestFrame) {
+    if (frame.fSize > KVSettings::Limits().fFrame) {
         throw KVError(KVError::Cause::TooLarge, "A frame of a camera has at most 64 MiB.");
     }
     if (frame.fSize > 0 && !frame.fData) {

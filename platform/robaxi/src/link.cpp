@@ -4,6 +4,7 @@
 #include "grpc_handover.h"
 #include "message_codec.h"
 #include "socket_address.h"
+#include "tls_probe.h"
 
 #include <grpcpp/generic/generic_stub.h>
 
@@ -14,12 +15,24 @@ namespace robaxi {
 
 namespace {
 
-Failure helloFailure(const v1::HelloReply& reply) {
+Failure tokenMissing(const ClientSecurity& security) {
+    if (security.withholdsToken()) {
+        return {KVError::Cause::NotAuthorised,
+                "it asks for a token, which is not sent over a connection without TLS",
+                "Give the robot a certificate, or set plain-token = yes for it in robaxi.conf."};
+    }
+    return {KVError::Cause::NotAuthorised, "it asks for a token",
+            "Name the file with the robot's token under token in robaxi.conf."};
+}
+
+Failure helloFailure(const v1::HelloReply& reply, const ClientSecurity& security) {
     switch (reply.refusal()) {
         case v1::HelloReply::TOO_MANY_SESSIONS:
-            return {KVError::Cause::NotAuthorised, "too many programs are connected to it"};
+            return {KVError::Cause::TooMany, "too many programs are connected to it"};
+        case v1::HelloReply::TOKEN_MISSING:
+            return tokenMissing(security);
         case v1::HelloReply::NOT_AUTHORISED:
-            return {KVError::Cause::NotAuthorised, {}};
+            return {KVError::Cause::NotAuthorised, "the token is not the right one"};
         default:
             return {KVError::Cause::ProtocolVersion,
                     "it speaks version " + std::to_string(reply.protocol_version()) +
@@ -51,9 +64,9 @@ Failure streamFailure(const grpc::Status& status, bool saidHello) {
     }
 }
 
-void checkSize(const v1::ClientMessage& message) {
+void checkSize(const v1::ClientMessage& message, std::size_t largest) {
     constexpr std::size_t roomForCallId = 16;
-    if (message.ByteSizeLong() + roomForCallId > limits::a_largestMessage) {
+    if (message.ByteSizeLong() + roomForCallId > largest) {
         throw Failure{KVError::Cause::TooLarge, {}};
     }
 }
@@ -71,10 +84,14 @@ void setCallId(v1::ClientMessage& message, std::uint64_t callId) {
 Link::Link(std::shared_ptr<Runtime> runtime, const std::string& address, int port,
            Deadline deadline)
     : fRuntime(std::move(runtime)),
-      fOut([this](const v1::ClientBatch* batch) { StartWrite(batch); }),
+      fLimits(fRuntime->fSettings.fLimits),
+      fSecurity(fRuntime->fSettings.accessTo(address, port), address),
+      fOut(fLimits.fMessage, [this](const v1::ClientBatch* batch) { StartWrite(batch); }),
+      fAssembler(fLimits.fMessage),
+      fHeartbeatPeriod(fLimits.fHeartbeat),
       fHeartbeat(fRuntime->fTimers, [this] { xBeat(); }) {
     const SocketAddress listener = findListener(resolve(address, port, deadline), deadline);
-    fChannel = createChannel(listener.toTarget());
+    fChannel = createChannel(listener.toTarget(), fSecurity, fLimits);
     fStub = v1::Robaxi::NewStub(fChannel);
     fStub->async()->Session(&fContext, this);
     AddHold();  // the users' threads write; taken back when nothing will be written any more
@@ -83,9 +100,12 @@ Link::Link(std::shared_ptr<Runtime> runtime, const std::string& address, int por
     StartCall();
     try {
         xAwaitHello(deadline);
-    } catch (...) {
+    } catch (const Failure& failure) {
         xEndStream();
-        throw;
+        const bool mayBeTls = failure.fCause == KVError::Cause::ConnectionLost ||
+                              failure.fCause == KVError::Cause::ProtocolVersion;
+        const auto reason = mayBeTls ? findTlsFailure(listener, fSecurity, deadline) : std::nullopt;
+        throw Failure(reason.value_or(failure));
     }
 }
 
@@ -122,6 +142,7 @@ void Link::xSayHello() {
     hello->set_protocol_version(limits::a_protocolVersion);
     hello->set_name(toUtf8(fRuntime->fBrokerName));
     hello->set_takes_fragments(true);
+    hello->set_token(fSecurity.token());
     fOut.push(std::move(message));
 }
 
@@ -135,6 +156,12 @@ void Link::xAwaitHello(Deadline deadline) {
         }
         if (fLoss) {
             throw Failure(*fLoss);
+        }
+        if (fHello->silence_limit() != 0) {
+            const std::chrono::milliseconds silence(fHello->silence_limit());
+            fHeartbeatPeriod =
+                std::max(std::min(fHeartbeatPeriod, silence / limits::a_heartbeatsInSilence),
+                         std::chrono::milliseconds(1));
         }
     }
     fHeartbeat.startAt(Clock::now());
@@ -222,7 +249,7 @@ void Link::xHandle(v1::ServerMessage& message) {
 void Link::xHandleHello(const v1::HelloReply& reply) {
     if (reply.refusal() != v1::HelloReply::NONE ||
         reply.protocol_version() != limits::a_protocolVersion) {
-        xLose(helloFailure(reply));
+        xLose(helloFailure(reply, fSecurity));
         fContext.TryCancel();
         return;
     }
@@ -255,7 +282,7 @@ void Link::xHandleHeartbeat(std::uint64_t number) {
 }
 
 void Link::xBeat() {
-    if (++fSilentHeartbeats > limits::a_silentHeartbeatsOfRobot) {
+    if (++fSilentHeartbeats > limits::silentHeartbeatsOfRobot(fLimits)) {
         xLose({KVError::Cause::ConnectionLost, "the robot does not answer any more"});
         fContext.TryCancel();
         return;
@@ -270,7 +297,7 @@ void Link::xBeat() {
         fHeartbeatSent = Clock::now();
     }
     fOut.pushUrgent(std::move(message));
-    fHeartbeat.startAt(Clock::now() + limits::a_heartbeatPeriod);
+    fHeartbeat.startAt(Clock::now() + fHeartbeatPeriod);
 }
 
 void Link::xLose(const Failure& failure) {
@@ -292,7 +319,7 @@ void Link::xLose(const Failure& failure) {
 }
 
 v1::ServerMessage Link::request(v1::ClientMessage message, CallOwner& owner, Deadline deadline) {
-    checkSize(message);
+    checkSize(message, fLimits.fMessage);
     PendingCall call(owner);
     const std::uint64_t callId = xRegister(call);
     setCallId(message, callId);
@@ -330,7 +357,7 @@ void Link::xCheckOpen(const CallOwner& owner) const {
 }
 
 void Link::post(v1::ClientMessage message, const CallOwner& owner, Deadline deadline) {
-    checkSize(message);
+    checkSize(message, fLimits.fMessage);
     const bool hasRoom = fOut.waitForRoom(deadline);
     {
         const std::lock_guard lock(fMutex);

@@ -6,6 +6,7 @@
 #include "fragment_assembler.h"
 #include "robaxi/v1/robaxi.grpc.pb.h"
 #include "runtime.h"
+#include "security.h"
 #include "write_queue.h"
 
 #include <grpcpp/grpcpp.h>
@@ -74,6 +75,7 @@ class Link : private grpc::ClientBidiReactor<v1::ClientBatch, v1::ServerBatch> {
     void removeLossListener(LossListener* listener);
 
     std::optional<Failure> loss() const;
+    const KVSettings::Limits& limits() const { return fLimits; }
     std::string peerName() const;
     std::uint64_t sessionId() const;
     /** Seconds; negative before the first heartbeat came back. */
@@ -121,6 +123,8 @@ class Link : private grpc::ClientBidiReactor<v1::ClientBatch, v1::ServerBatch> {
     void xSendCancel(std::uint64_t callId);
 
     const std::shared_ptr<Runtime> fRuntime;
+    const KVSettings::Limits fLimits;
+    const ClientSecurity fSecurity;
     std::shared_ptr<grpc::Channel> fChannel;
     std::unique_ptr<v1::Robaxi::Stub> fStub;
     grpc::ClientContext fContext;
@@ -143,6 +147,7 @@ class Link : private grpc::ClientBidiReactor<v1::ClientBatch, v1::ServerBatch> {
     std::atomic<double> fRoundTrip{-1};
     std::uint64_t fHeartbeatNumber = 0;  // guarded by fMutex, like the next
     Clock::time_point fHeartbeatSent;
+    std::chrono::milliseconds fHeartbeatPeriod;  // set once, before the first
     Timer fHeartbeat;
 };
 

@@ -7,13 +7,13 @@ namespace robaxi {
 
 namespace {
 
-v1::ClientMessage makeCall(const Target& target, const KVValue::List& arguments) {
+v1::ClientMessage makeCall(const Target& target, const KVValue::List& arguments, int deepest) {
     v1::ClientMessage message;
     v1::Call* call = message.mutable_call();
     call->set_module(toUtf8(target.fModule));
     call->set_method(toUtf8(target.fMethod));
     for (const KVValue& argument : arguments) {
-        encodeValue(argument, call->add_arguments());
+        encodeValue(argument, call->add_arguments(), deepest);
     }
     return message;
 }
@@ -52,9 +52,9 @@ KVValue callMethod(Link& link, CallOwner& owner, const Target& target,
                    const KVValue::List& arguments, Deadline deadline) {
     v1::ServerMessage answer;
     try {
-        answer = link.request(makeCall(target, arguments), owner, deadline);
+        answer = link.request(makeCall(target, arguments, link.limits().fDepth), owner, deadline);
         if (answer.result().has_value()) {
-            return decodeValue(answer.result().value());
+            return decodeValue(answer.result().value(), link.limits().fDepth);
         }
     } catch (const Failure& failure) {
         throw describe(target, failure);
@@ -65,7 +65,7 @@ KVValue callMethod(Link& link, CallOwner& owner, const Target& target,
 int postMethod(Link& link, const CallOwner& owner, const Target& target,
                const KVValue::List& arguments, Deadline deadline) {
     try {
-        link.post(makeCall(target, arguments), owner, deadline);
+        link.post(makeCall(target, arguments, link.limits().fDepth), owner, deadline);
     } catch (const Failure& failure) {
         throw describe(target, failure);
     }

@@ -12,7 +12,7 @@ namespace {
 
 using CausePair = std::pair<KVError::Cause, v1::Error::Cause>;
 
-constexpr std::array<CausePair, 18> a_causes{{
+constexpr std::array<CausePair, 20> a_causes{{
     {KVError::Cause::InvalidArgument, v1::Error::INVALID_ARGUMENT},
     {KVError::Cause::NoSuchModule, v1::Error::NO_SUCH_MODULE},
     {KVError::Cause::NoSuchMethod, v1::Error::NO_SUCH_METHOD},
@@ -31,6 +31,8 @@ constexpr std::array<CausePair, 18> a_causes{{
     {KVError::Cause::AddressInUse, v1::Error::ADDRESS_IN_USE},
     {KVError::Cause::CannotListen, v1::Error::CANNOT_LISTEN},
     {KVError::Cause::NoSuchStream, v1::Error::NO_SUCH_STREAM},
+    {KVError::Cause::NotTrusted, v1::Error::NOT_TRUSTED},
+    {KVError::Cause::TooMany, v1::Error::TOO_MANY},
 }};
 
 v1::Error::Cause encodeCause(KVError::Cause cause) {

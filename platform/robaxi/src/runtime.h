@@ -5,6 +5,8 @@
 #include "task_pool.h"
 #include "timer_thread.h"
 
+#include <robaxi/kv_settings.h>
+
 #include <memory>
 #include <string>
 #include <utility>
@@ -19,8 +21,9 @@ namespace robaxi {
  * thread of gRPC, which would wait for itself.
  */
 struct Runtime {
-    explicit Runtime(std::string brokerName)
+    Runtime(std::string brokerName, KVSettings settings)
         : fBrokerName(std::move(brokerName)),
+          fSettings(std::move(settings)),
           fTimers(TimerThread::create()),
           fNotices(TaskPool::create(limits::a_noticeThreads)) {}
 
@@ -30,6 +33,7 @@ struct Runtime {
     }
 
     const std::string fBrokerName;
+    const KVSettings fSettings;
     const std::shared_ptr<TimerThread> fTimers;
     /** Runs the callbacks of connections and subscriptions. */
     const std::shared_ptr<TaskPool> fNotices;

@@ -62,13 +62,14 @@ Server::Server(std::shared_ptr<Runtime> runtime, std::shared_ptr<HostedModules> 
                const std::string& address, int port)
     : fRuntime(std::move(runtime)),
       fModules(std::move(modules)),
+      fSecurity(fRuntime->fSettings.fServer),
       fCalls(TaskPool::create(limits::a_methodThreads)),
       fService(std::make_unique<Service>(*this)) {
     const Deadline deadline = deadlineAfter(a_listenTimeOut);
     grpc::ServerBuilder builder;
-    configureServer(builder);
+    configureServer(builder, limits());
     for (const SocketAddress& local : findLocalAddresses(address, port, deadline)) {
-        builder.AddListeningPort(local.toString(), grpc::InsecureServerCredentials());
+        builder.AddListeningPort(local.toString(), fSecurity.credentials());
     }
     builder.RegisterService(fService.get());
     giveToGrpc(this);
@@ -98,11 +99,19 @@ grpc::ServerBidiReactor<v1::ClientBatch, v1::ServerBatch>* Server::xOpenSession(
             id = makeSessionId();
         }
         session = std::make_shared<ServerSession>(*this, context, id);
-        admitted = fSessions.size() < limits::a_sessionsOfBroker;
+        admitted = xHasRoomFor(session->peerAddress());
         fSessions.emplace(id, session);
     }
     session->start(admitted);
     return session.get();
+}
+
+bool Server::xHasRoomFor(const std::string& address) const {
+    const auto ofAddress = std::count_if(
+        fSessions.begin(), fSessions.end(),
+        [&address](const auto& each) { return each.second->peerAddress() == address; });
+    return fSessions.size() < limits().fSessions &&
+           static_cast<std::size_t>(ofAddress) < limits().fSessionsOfAddress;
 }
 
 template <class Stream>
@@ -127,8 +136,8 @@ std::optional<Failure> Server::joinSession(SideStream* stream, std::uint64_t ses
         return each.second.fSessionId == sessionId && each.first->kind() == stream->kind();
     });
     if (static_cast<std::size_t>(alike) >=
-        (isCamera ? limits::a_watchedCamerasOfSession : limits::a_subscriptionsOfSession)) {
-        return Failure{KVError::Cause::NotAuthorised,
+        (isCamera ? limits().fCameras : limits().fSubscriptions)) {
+        return Failure{KVError::Cause::TooMany,
                        isCamera ? "this program watches too many cameras already"
                                 : "this program has too many subscriptions already"};
     }

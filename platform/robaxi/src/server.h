@@ -5,6 +5,7 @@
 #include "hosted_modules.h"
 #include "robaxi/v1/robaxi.grpc.pb.h"
 #include "runtime.h"
+#include "security.h"
 #include "side_stream.h"
 
 #include <grpcpp/grpcpp.h>
@@ -25,7 +26,8 @@ class ServerSession;
  *  threads on which methods run. */
 class Server {
   public:
-    /** Starts to listen. @throws Failure AddressInUse, CannotListen */
+    /** Starts to listen. @throws Failure AddressInUse, CannotListen; InvalidArgument when the
+     *          settings of security cannot be used */
     Server(std::shared_ptr<Runtime> runtime, std::shared_ptr<HostedModules> modules,
            const std::string& address, int port);
     /** Ends all sessions; returns when no method runs any more, except one from which it is
@@ -39,6 +41,8 @@ class Server {
 
     /** @name For the sessions and the streams beside them */
     ///@{
+    const KVSettings::Limits& limits() const { return fRuntime->fSettings.fLimits; }
+    const ServerSecurity& security() const { return fSecurity; }
     const std::string& brokerName() const { return fRuntime->fBrokerName; }
     const std::shared_ptr<TimerThread>& timers() const { return fRuntime->fTimers; }
     const std::shared_ptr<HostedModules>& modules() const { return fModules; }
@@ -54,6 +58,7 @@ class Server {
 
     grpc::ServerBidiReactor<v1::ClientBatch, v1::ServerBatch>* xOpenSession(
         grpc::CallbackServerContext* context);
+    bool xHasRoomFor(const std::string& address) const;
     template <class Stream>
     Stream* xOpenStream(grpc::CallbackServerContext* context);
     template <class Object>
@@ -61,6 +66,7 @@ class Server {
 
     const std::shared_ptr<Runtime> fRuntime;
     const std::shared_ptr<HostedModules> fModules;
+    const ServerSecurity fSecurity;
     const std::shared_ptr<TaskPool> fCalls;
     std::unique_ptr<Service> fService;
     std::unique_ptr<grpc::Server> fServer;

@@ -24,11 +24,16 @@ v1::ServerMessage makeError(std::uint64_t callId, KVError::Cause cause, const st
     return message;
 }
 
-KVValue::List decodeArguments(const v1::Call& call) {
+/** Without the port, as of "ipv4:192.168.1.20:40000". */
+std::string addressOf(const std::string& peer) {
+    return peer.substr(0, peer.rfind(':'));
+}
+
+KVValue::List decodeArguments(const v1::Call& call, int deepest) {
     KVValue::List arguments;
     arguments.reserve(static_cast<std::size_t>(call.arguments_size()));
     for (const v1::Value& argument : call.arguments()) {
-        arguments.push_back(decodeValue(argument));
+        arguments.push_back(decodeValue(argument, deepest));
     }
     return arguments;
 }
@@ -40,7 +45,10 @@ ServerSession::ServerSession(Server& server, grpc::CallbackServerContext* contex
       fModules(server.modules()),
       fContext(context),
       fId(id),
-      fOut([this](const v1::ServerBatch* batch) { StartWrite(batch); }),
+      fPeerAddress(addressOf(context->peer())),
+      fLimits(server.limits()),
+      fOut(fLimits.fMessage, [this](const v1::ServerBatch* batch) { StartWrite(batch); }),
+      fAssembler(fLimits.fMessage),
       fSilence(server.timers(), [this] { xCheckSilence(); }) {
 }
 
@@ -50,7 +58,7 @@ void ServerSession::start(bool admitted) {
     fIsAdmitted = admitted;
     giveToGrpc(&fContext);
     xRead();
-    fSilence.startAt(TimerThread::Clock::now() + limits::a_heartbeatPeriod);
+    fSilence.startAt(TimerThread::Clock::now() + fLimits.fHeartbeat);
 }
 
 void ServerSession::xRead() {
@@ -122,7 +130,7 @@ void ServerSession::xCheckSilence() {
         fContext->TryCancel();
         return;
     }
-    fSilence.startAt(TimerThread::Clock::now() + limits::a_heartbeatPeriod);
+    fSilence.startAt(TimerThread::Clock::now() + fLimits.fHeartbeat);
 }
 
 void ServerSession::xHandle(v1::ClientMessage& message) {
@@ -160,6 +168,11 @@ void ServerSession::xHandleHello(const v1::Hello& hello) {
         xRefuse(v1::HelloReply::TOO_MANY_SESSIONS);
         return;
     }
+    if (!xIsAuthorised(hello)) {
+        xRefuse(hello.token().empty() ? v1::HelloReply::TOKEN_MISSING
+                                      : v1::HelloReply::NOT_AUTHORISED);
+        return;
+    }
     fHasHello = true;
     fOut.setPeerTakesFragments(hello.takes_fragments());
     v1::ServerMessage message;
@@ -168,9 +181,14 @@ void ServerSession::xHandleHello(const v1::Hello& hello) {
     reply->set_name(toUtf8(fServer.brokerName()));
     reply->set_session_id(fId);
     reply->set_silence_limit(static_cast<std::uint32_t>(
-        (limits::a_heartbeatPeriod * limits::a_silentHeartbeatsOfClient).count()));
+        (fLimits.fHeartbeat * limits::a_silentHeartbeatsOfClient).count()));
     reply->set_takes_fragments(true);
     fOut.push(std::move(message));
+}
+
+bool ServerSession::xIsAuthorised(const v1::Hello& hello) {
+    const ServerSecurity& security = fServer.security();
+    return !security.asksForToken() || security.accepts(hello.token());
 }
 
 void ServerSession::xRefuse(v1::HelloReply::Refusal refusal) {
@@ -214,7 +232,7 @@ void ServerSession::xHandleCall(v1::Call&& call) {
 bool ServerSession::xAdmit(const std::shared_ptr<Work>& work) {
     const std::lock_guard lock(fMutex);
     if (fHasEnded || fWaitingCalls >= limits::a_waitingCalls ||
-        fWaitingBytes + work->fSize > limits::a_waitingCallBytes || !fOut.hasRoom()) {
+        fWaitingBytes + work->fSize > limits::waitingBytes(fLimits.fMessage) || !fOut.hasRoom()) {
         return false;
     }
     ++fWaitingCalls;
@@ -248,15 +266,15 @@ void ServerSession::xRun(Work& work) {
     }
     const std::uint64_t callId = work.fCall.call_id();
     try {
-        const KVValue result =
-            fModules->invoke(work.fCall.module(), work.fCall.method(), decodeArguments(work.fCall));
+        const KVValue result = fModules->invoke(work.fCall.module(), work.fCall.method(),
+                                                decodeArguments(work.fCall, fLimits.fDepth));
         if (callId == 0) {
             return;
         }
         v1::ServerMessage message;
         message.mutable_result()->set_call_id(callId);
-        encodeValue(result, message.mutable_result()->mutable_value());
-        if (message.ByteSizeLong() > limits::a_largestMessage) {
+        encodeValue(result, message.mutable_result()->mutable_value(), fLimits.fDepth);
+        if (message.ByteSizeLong() > fLimits.fMessage) {
             throw Failure{KVError::Cause::TooLarge, "the result"};
         }
         fOut.push(std::move(message));

@@ -37,6 +37,8 @@ class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::Server
     ServerSession& operator=(const ServerSession&) = delete;
 
     std::uint64_t id() const { return fId; }
+    /** The client's address, without its port. */
+    const std::string& peerAddress() const { return fPeerAddress; }
 
     /** Starts to serve; `admitted` is false for one session too many, which is told so. */
     void start(bool admitted);
@@ -58,6 +60,7 @@ class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::Server
     bool xReceive(v1::ClientMessage& message);
     void xHandle(v1::ClientMessage& message);
     void xHandleHello(const v1::Hello& hello);
+    bool xIsAuthorised(const v1::Hello& hello);
     void xRefuse(v1::HelloReply::Refusal refusal);
     void xHandleCall(v1::Call&& call);
     void xHandleCancel(std::uint64_t callId);
@@ -74,6 +77,8 @@ class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::Server
     const std::shared_ptr<HostedModules> fModules;
     grpc::CallbackServerContext* const fContext;
     const std::uint64_t fId;
+    const std::string fPeerAddress;
+    const KVSettings::Limits fLimits;
     WriteQueue<v1::ServerBatch, v1::ServerMessage> fOut;
     v1::ClientBatch fIncoming;
     FragmentAssembler<v1::ClientMessage> fAssembler;

@@ -36,7 +36,7 @@ class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public Sid
         xRead();
         // A stream on which nobody says what he wants is ended like a silent session.
         fPump.startAt(TimerThread::Clock::now() +
-                      limits::a_heartbeatPeriod * limits::a_silentHeartbeatsOfClient);
+                      fServer.limits().fHeartbeat * limits::a_silentHeartbeatsOfClient);
     }
 
     void cancel() final { fContext->TryCancel(); }

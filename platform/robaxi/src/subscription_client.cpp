@@ -11,7 +11,9 @@ namespace robaxi {
 SubscriptionClient::SubscriptionClient(const std::shared_ptr<Runtime>& runtime,
                                        std::shared_ptr<Link> link, Target target,
                                        KVSubscription::Listener* listener)
-    : ClientStream(runtime, std::move(link), std::move(target)), fListener(listener) {
+    : ClientStream(runtime, std::move(link), std::move(target)),
+      fLimits(runtime->fSettings.fLimits),
+      fListener(listener) {
 }
 
 SubscriptionClient::~SubscriptionClient() {
@@ -112,7 +114,7 @@ void SubscriptionClient::xAddKeys(const v1::KeysAdded& message) {
             throw Failure{KVError::Cause::Internal, "a key was sent twice"};
         }
     }
-    if (fKnownIds.size() > limits::a_keysOfSubscription) {
+    if (fKnownIds.size() > fLimits.fKeys) {
         throw Failure{KVError::Cause::TooLarge, "the table of keys"};
     }
     fListener->keysAdded(keys);
@@ -131,7 +133,7 @@ void SubscriptionClient::xRemoveKeys(const v1::KeySelection& message) {
 }
 
 void SubscriptionClient::xChangeValues(const v1::Values& message) {
-    std::vector<KVChange> changes = decodeBatch(message);
+    std::vector<KVChange> changes = decodeBatch(message, fLimits.fDepth);
     const auto isUnknown = [this](const KVChange& change) {
         return fKnownIds.count(change.fId) == 0;
     };

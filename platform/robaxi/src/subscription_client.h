@@ -42,6 +42,7 @@ class SubscriptionClient : public ClientStream<v1::SubscriptionRequest, v1::Subs
     void xChangeValues(const v1::Values& message);
     void xTellEnd(const KVError& error) override;
 
+    const KVSettings::Limits fLimits;
     KVSubscription::Listener* const fListener;
     std::unordered_set<std::uint32_t> fKnownIds;  // used on the strand only
     /** The newest of everything to be said; guarded by fMutex. */

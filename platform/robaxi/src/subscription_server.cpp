@@ -219,7 +219,8 @@ bool SubscriptionServer::xComposeAddedKeys() {
     }
     v1::KeysAdded* added = fUpdate.mutable_keys_added();
     std::size_t size = 0;
-    for (; index < fTable->fIds.size() && size < limits::a_bytesOfUpdate; ++index) {
+    for (; index < fTable->fIds.size() && size < limits::bytesOfUpdate(fServer.limits().fMessage);
+         ++index) {
         v1::Key* key = added->add_keys();
         encodeKey(fTable->fPositions[index]->fInfo, key);
         fLastAnnounced = key->id();
@@ -230,7 +231,7 @@ bool SubscriptionServer::xComposeAddedKeys() {
 }
 
 bool SubscriptionServer::xComposeValues(bool onlyNewlyChosen) {
-    BatchEncoder batch(fUpdate.mutable_values());
+    BatchEncoder batch(fUpdate.mutable_values(), fServer.limits());
     if (fSendsAllKeys) {
         xPackAll(batch);
     } else {

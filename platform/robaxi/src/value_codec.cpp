@@ -1,7 +1,6 @@
 #include "value_codec.h"
 
 #include "failure.h"
-#include "limits.h"
 
 #include <limits>
 
@@ -13,6 +12,7 @@ namespace {
     throw Failure{KVError::Cause::Internal, detail};
 }
 
+/** @param depth levels of nesting that are still allowed, here and below */
 void encode(const KVValue& value, int depth, v1::Value* message);
 
 void encodeList(const KVValue::List& list, int depth, v1::Value* message) {
@@ -30,10 +30,8 @@ void encodeMap(const KVValue::Map& map, int depth, v1::Value* message) {
 }
 
 void encode(const KVValue& value, int depth, v1::Value* message) {
-    if (depth > limits::a_deepestValue) {
-        throw Failure{KVError::Cause::InvalidArgument,
-                      "a value has lists or maps nested deeper than " +
-                          std::to_string(limits::a_deepestValue)};
+    if (depth < 0) {
+        throw Failure{KVError::Cause::InvalidArgument, "a value has lists or maps nested too deep"};
     }
     message->set_type(static_cast<v1::Value::Type>(value.type()));
     switch (value.type()) {
@@ -55,10 +53,10 @@ void encode(const KVValue& value, int depth, v1::Value* message) {
             message->set_bytes_value(value.GetBinary(), static_cast<std::size_t>(value.getSize()));
             break;
         case KVValue::Type::List:
-            encodeList(value.toList(), depth + 1, message);
+            encodeList(value.toList(), depth - 1, message);
             break;
         case KVValue::Type::Map:
-            encodeMap(value.toMap(), depth + 1, message);
+            encodeMap(value.toMap(), depth - 1, message);
             break;
     }
 }
@@ -97,7 +95,7 @@ KVValue decodeMap(const v1::Value& message, int depth) {
 }
 
 KVValue decode(const v1::Value& message, int depth) {
-    if (depth > limits::a_deepestValue) {
+    if (depth < 0) {
         throwMalformed("a value is nested too deep");
     }
     switch (message.type()) {
@@ -114,9 +112,9 @@ KVValue decode(const v1::Value& message, int depth) {
         case v1::Value::BINARY:
             return decodeBinary(message.bytes_value());
         case v1::Value::LIST:
-            return decodeList(message, depth + 1);
+            return decodeList(message, depth - 1);
         case v1::Value::MAP:
-            return decodeMap(message, depth + 1);
+            return decodeMap(message, depth - 1);
         default:
             throwMalformed("a value is of an unknown type");
     }
@@ -134,12 +132,12 @@ static_assert(static_cast<int>(KVValue::Type::Binary) == v1::Value::BINARY);
 static_assert(static_cast<int>(KVValue::Type::List) == v1::Value::LIST);
 static_assert(static_cast<int>(KVValue::Type::Map) == v1::Value::MAP);
 
-void encodeValue(const KVValue& value, v1::Value* message) {
-    encode(value, 0, message);
+void encodeValue(const KVValue& value, v1::Value* message, int deepest) {
+    encode(value, deepest, message);
 }
 
-KVValue decodeValue(const v1::Value& message) {
-    return decode(message, 0);
+KVValue decodeValue(const v1::Value& message, int deepest) {
+    return decode(message, deepest);
 }
 
 KVValue::Type decodeType(v1::Value::Type type) {

@@ -1,6 +1,7 @@
 #ifndef ROBAXI_VALUE_CODEC_H
 #define ROBAXI_VALUE_CODEC_H
 
+#include "limits.h"
 #include "robaxi/v1/robaxi.pb.h"
 
 #include <robaxi/kv_value.h>
@@ -8,7 +9,7 @@
 namespace robaxi {
 
 /** @throws Failure InvalidArgument when the value is nested too deep to be sent */
-void encodeValue(const KVValue& value, v1::Value* message);
+void encodeValue(const KVValue& value, v1::Value* message, int deepest = limits::a_deepestValue);
 
 /**
  * Reads a value that came from the network, and checks it.
@@ -16,7 +17,7 @@ void encodeValue(const KVValue& value, v1::Value* message);
  * @throws Failure Internal when it breaks the protocol: unknown type, too deep, keys that do not
  *         match the elements
  */
-KVValue decodeValue(const v1::Value& message);
+KVValue decodeValue(const v1::Value& message, int deepest = limits::a_deepestValue);
 
 KVValue::Type decodeType(v1::Value::Type type);
 

@@ -28,7 +28,8 @@ class WriteQueue {
   public:
     using StartWrite = std::function<void(const Batch*)>;
 
-    explicit WriteQueue(StartWrite startWrite) : fStartWrite(std::move(startWrite)) {}
+    WriteQueue(std::size_t largestMessage, StartWrite startWrite)
+        : fMostBytes(limits::waitingBytes(largestMessage)), fStartWrite(std::move(startWrite)) {}
     WriteQueue(const WriteQueue&) = delete;
     WriteQueue& operator=(const WriteQueue&) = delete;
 
@@ -112,7 +113,7 @@ class WriteQueue {
   private:
     bool xTakesNoMore() const { return fClosed || fCloseWhenWritten; }
 
-    bool xHasRoom() const { return fWaitingBytes < limits::a_outgoingBytes; }
+    bool xHasRoom() const { return fWaitingBytes < fMostBytes; }
 
     bool xIsEmpty() const { return fUrgent.empty() && fSmall.empty() && fLarge.empty(); }
 
@@ -174,6 +175,7 @@ class WriteQueue {
         }
     }
 
+    const std::size_t fMostBytes;
     const StartWrite fStartWrite;
     WriteGate fGate;
     mutable std::mutex fMutex;

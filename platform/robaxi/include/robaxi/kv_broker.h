@@ -10,6 +10,7 @@
 #include <vector>
 
 class KVModule;
+struct KVSettings;
 
 /**
  * A program's end of the middleware: the point through which its proxies and connections reach
@@ -47,6 +48,13 @@ class ROBAXI_EXPORT KVBroker {
                                                     int parentPort, int flags, std::string path,
                                                     bool keepAlive);
 
+    /** The same with these settings; the other one uses the user's (KVSettings::load(), whose
+     *  errors it throws too). @throws KVError InvalidArgument when the settings cannot be used */
+    static boost::shared_ptr<KVBroker> createBroker(const std::string& name, const std::string& ip,
+                                                    int port, const std::string& parentIP,
+                                                    int parentPort, int flags, std::string path,
+                                                    bool keepAlive, const KVSettings& settings);
+
     ~KVBroker();
     KVBroker(const KVBroker&) = delete;
     KVBroker& operator=(const KVBroker&) = delete;
@@ -61,7 +69,7 @@ class ROBAXI_EXPORT KVBroker {
     /**
      * Hosts a module under its name. Calls may arrive before this returns.
      *
-     * @throws KVError InvalidArgument when a module of that name is already hosted
+     * @throws KVError InvalidArgument when a module of that name is already hosted; TooMany
      */
     void addModule(boost::shared_ptr<KVModule> module);
 

@@ -35,7 +35,9 @@ class ROBAXI_EXPORT KVError : public std::exception {
         WrongType,        ///< a KVValue was read as a type that it does not hold
         Cancelled,        ///< the caller cancelled, or the broker is being destroyed
         Internal,         ///< anything else
-        NoSuchStream      ///< the module has no camera of that name, or not any more
+        NoSuchStream,     ///< the module has no camera of that name, or not any more
+        NotTrusted,       ///< the robot's certificate is not a trusted one, or it has none
+        TooMany           ///< a limit on how many is reached: sessions, subscriptions, modules
     };
 
     KVError(Cause cause, const std::string& text);

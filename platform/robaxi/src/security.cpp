@@ -1,0 +1,174 @@
+#include "security.h"
+
+#include "failure.h"
+#include "file_descriptor.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <fcntl.h>
+#include <fstream>
+#include <iterator>
+#include <openssl/crypto.h>
+#include <openssl/sha.h>
+#include <openssl/ssl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace robaxi {
+
+namespace {
+
+constexpr std::size_t a_longestToken = 1024;
+
+[[noreturn]] void throwUnusable(const std::string& what) {
+    throw Failure{KVError::Cause::InvalidArgument, what, "Check robaxi.conf."};
+}
+
+std::string readFile(const std::string& file) {
+    std::ifstream stream(file, std::ios::binary);
+    if (!stream) {
+        throwUnusable("the file " + file + " cannot be read");
+    }
+    std::string content{std::istreambuf_iterator<char>(stream), {}};
+    if (content.empty()) {
+        throwUnusable("the file " + file + " is empty");
+    }
+    return content;
+}
+
+/** A token that others may read is none. */
+void checkTokenFile(const std::string& file, int descriptor) {
+    struct stat status {};
+    if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+        throwUnusable("the token's file " + file + " cannot be read");
+    }
+    if ((status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
+        throwUnusable("the token's file " + file +
+                      " may be read or written by others; only its owner may (chmod 600)");
+    }
+    if (status.st_uid != ::geteuid() && status.st_uid != 0) {
+        throwUnusable("the token's file " + file + " belongs to another user");
+    }
+}
+
+std::string readToken(const std::string& file) {
+    const FileDescriptor descriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+    if (descriptor.get() < 0) {
+        throwUnusable("the token's file " + file + " cannot be read");
+    }
+    checkTokenFile(file, descriptor.get());
+    std::array<char, a_longestToken + 2> buffer{};
+    const ssize_t size = ::read(descriptor.get(), buffer.data(), buffer.size());
+    std::string token(buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+    while (!token.empty() && (token.back() == '\n' || token.back() == '\r')) {
+        token.pop_back();
+    }
+    const bool isOneLine = std::none_of(token.begin(), token.end(), [](char character) {
+        return std::iscntrl(static_cast<unsigned char>(character)) != 0;
+    });
+    if (token.empty() || token.size() > a_longestToken || !isOneLine) {
+        throwUnusable("the token's file " + file + " does not hold one line of at most " +
+                      std::to_string(a_longestToken) + " characters");
+    }
+    return token;
+}
+
+using Context = std::unique_ptr<SSL_CTX, decltype(&SSL_CTX_free)>;
+
+Context makeContext() {
+    return {SSL_CTX_new(TLS_method()), &SSL_CTX_free};
+}
+
+/** gRPC says of none of these which it is. */
+void checkCertificate(const KVSettings::Server& settings) {
+    const Context context = makeContext();
+    if (SSL_CTX_use_certificate_chain_file(context.get(), settings.fCertificate.c_str()) != 1) {
+        throwUnusable("the file " + settings.fCertificate + " holds no certificate");
+    }
+    if (SSL_CTX_use_PrivateKey_file(context.get(), settings.fKey.c_str(), SSL_FILETYPE_PEM) != 1 ||
+        SSL_CTX_check_private_key(context.get()) != 1) {
+        throwUnusable("the file " + settings.fKey + " does not hold the certificate's key");
+    }
+}
+
+void checkTrust(const std::string& file) {
+    const Context context = makeContext();
+    if (SSL_CTX_load_verify_locations(context.get(), file.c_str(), nullptr) != 1) {
+        throwUnusable("the file " + file + " holds no certificate to trust");
+    }
+}
+
+std::array<unsigned char, SHA256_DIGEST_LENGTH> digest(const std::string& text) {
+    std::array<unsigned char, SHA256_DIGEST_LENGTH> result{};
+    SHA256(reinterpret_cast<const unsigned char*>(text.data()), text.size(), result.data());
+    return result;
+}
+
+std::shared_ptr<grpc::ServerCredentials> makeServerCredentials(const KVSettings::Server& settings) {
+    if (settings.fCertificate.empty() != settings.fKey.empty()) {
+        throwUnusable("certificate and key are only of use together");
+    }
+    if (settings.fCertificate.empty()) {
+        return grpc::InsecureServerCredentials();
+    }
+    grpc::SslServerCredentialsOptions options;
+    options.pem_key_cert_pairs.push_back(
+        {readFile(settings.fKey), readFile(settings.fCertificate)});
+    checkCertificate(settings);
+    return grpc::SslServerCredentials(options);
+}
+
+void checkAccess(const KVSettings::Access& access, const std::string& robots) {
+    if (access.fUsesTls && access.fTrust.empty()) {
+        throwUnusable("TLS for " + robots + " needs a certificate to trust");
+    }
+}
+
+}  // namespace
+
+ServerSecurity::ServerSecurity(const KVSettings::Server& settings)
+    : fCredentials(makeServerCredentials(settings)) {
+    if (settings.fTokenFile.empty()) {
+        return;
+    }
+    if (settings.fCertificate.empty() && !settings.fAllowsPlainToken) {
+        throwUnusable(
+            "a token needs certificate and key, or everybody on the network can read it "
+            "(plain-token = yes allows that)");
+    }
+    fToken = readToken(settings.fTokenFile);
+}
+
+bool ServerSecurity::accepts(const std::string& token) const {
+    const auto given = digest(token);
+    const auto wanted = digest(fToken);
+    return CRYPTO_memcmp(given.data(), wanted.data(), wanted.size()) == 0;
+}
+
+ClientSecurity::ClientSecurity(const KVSettings::Access& settings, const std::string& address)
+    : fCredentials(grpc::InsecureChannelCredentials()),
+      fName(settings.fName.empty() ? address : settings.fName) {
+    if (settings.fUsesTls) {
+        fTrust = readFile(settings.fTrust);
+        checkTrust(settings.fTrust);
+        fCredentials = grpc::SslCredentials({fTrust, {}, {}});
+    }
+    if (settings.fTokenFile.empty()) {
+        return;
+    }
+    fWithholdsToken = !settings.fUsesTls && !settings.fAllowsPlainToken;
+    if (!fWithholdsToken) {
+        fToken = readToken(settings.fTokenFile);
+    }
+}
+
+void checkAccess(const KVSettings& settings) {
+    checkAccess(settings.fAccess, "robots");
+    for (const auto& [robot, access] : settings.fRobots) {
+        checkAccess(access, "the robot " + robot);
+    }
+}
+
+}  // namespace robaxi

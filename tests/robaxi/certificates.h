@@ -1,0 +1,36 @@
+#ifndef OBVISTA_TESTS_ROBAXI_CERTIFICATES_H
+#define OBVISTA_TESTS_ROBAXI_CERTIFICATES_H
+
+#include <string>
+
+namespace robaxi_test {
+
+/** A folder of its own for the files of one test, removed with it. */
+class Folder {
+  public:
+    Folder();
+    ~Folder();
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+
+    std::string path(const std::string& name) const { return fPath + "/" + name; }
+    /** Writes a file with these permissions and returns its path. */
+    std::string write(const std::string& name, const std::string& content, unsigned mode = 0600);
+
+  private:
+    std::string fPath;
+};
+
+/** The files of a certificate that signed itself. */
+struct Certificate {
+    std::string fFile;
+    std::string fKey;
+};
+
+/** @param names as in a certificate, for instance "IP:127.0.0.1" or "DNS:robot.local" */
+Certificate makeCertificate(const Folder& folder, const std::string& name,
+                            const std::string& names);
+
+}  // namespace robaxi_test
+
+#endif
