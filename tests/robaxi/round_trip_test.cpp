@@ -101,7 +101,7 @@ TEST_F(RoundTrip, CarriesAlmostSixteenMebibytesAndRefusesMore) {
     EXPECT_EQ(echo(std::string(limit - 200, 'x')).getSize(), static_cast<int>(limit - 200));
     const KVError error = errorOf([&] { echo(std::string(limit, 'x')); });
     EXPECT_CAUSE(error, TooLarge);
-    EXPECT_NE(error.toString().find("larger than 16 MiB"), std::string::npos) << error.toString();
+    EXPECT_NE(error.toString().find("larger than the limit"), std::string::npos) << error.toString();
     EXPECT_EQ(echo(1), KVValue(1)) << "the connection does not suffer from it";
 }
 
@@ -121,7 +121,7 @@ TEST_F(RoundTrip, CarriesSixtyFourLevelsAndRefusesMore) {
     EXPECT_EQ(echo(nested(64)), nested(64));
     const KVError error = errorOf([&] { echo(nested(65)); });
     EXPECT_CAUSE(error, InvalidArgument);
-    EXPECT_NE(error.toString().find("deeper than 64"), std::string::npos) << error.toString();
+    EXPECT_NE(error.toString().find("nested too deep"), std::string::npos) << error.toString();
     EXPECT_CAUSE(errorOf([&] { echo(nested(300)); }), InvalidArgument);
 }
 
