@@ -101,7 +101,8 @@ TEST_F(RoundTrip, CarriesAlmostSixteenMebibytesAndRefusesMore) {
     EXPECT_EQ(echo(std::string(limit - 200, 'x')).getSize(), static_cast<int>(limit - 200));
     const KVError error = errorOf([&] { echo(std::string(limit, 'x')); });
     EXPECT_CAUSE(error, TooLarge);
-    EXPECT_NE(error.toString().find("larger than the limit"), std::string::npos) << error.toString();
+    EXPECT_NE(error.toString().find("larger than the limit"), std::string::npos)
+        << error.toString();
     EXPECT_EQ(echo(1), KVValue(1)) << "the connection does not suffer from it";
 }
 
