@@ -44,6 +44,12 @@ std::int64_t nowInMicroseconds() {
     return duration_cast<std::chrono::microseconds>(now).count();
 }
 
+/** Whether the value that the camera sent for a pixel is its red, green and blue. */
+bool isSentAsRgb(const Picture& picture) {
+    const bool isGrey = picture.fImage.format() == QImage::Format_Grayscale8;
+    return !isGrey && picture.fFrame.fFormat != KVPixelFormat::Yuv422;
+}
+
 }  // namespace
 
 CameraViewerWidget::CameraViewerWidget(std::shared_ptr<CameraLink> link, WidgetInterface* plugin,
@@ -289,11 +295,15 @@ void CameraViewerWidget::xUpdateReadout() {
                           .arg(formatText(picture.fFrame.fFormat)),
                       fView->geometry().isFitted() ? tr("fitted, %1").arg(zoom) : zoom};
     if (const std::optional<QPoint> pixel = fView->pixel()) {
-        const QRgb color = picture.fImage.pixel(*pixel);
         parts += tr("pixel %1, %2").arg(pixel->x()).arg(pixel->y());
         parts += rawText(picture, *pixel);
-        parts +=
-            QStringLiteral("RGB %1 %2 %3").arg(qRed(color)).arg(qGreen(color)).arg(qBlue(color));
+        if (!isSentAsRgb(picture)) {
+            const QRgb color = picture.fImage.pixel(*pixel);
+            parts += QStringLiteral("RGB %1 %2 %3")
+                         .arg(qRed(color))
+                         .arg(qGreen(color))
+                         .arg(qBlue(color));
+        }
     }
     viewer::setStatus(*fReadout, parts.join(viewer::statusSeparator()));
 }

@@ -159,11 +159,16 @@ void ViewingTest::showsTheValueUnderTheCursor() {
     QMouseEvent move(QEvent::MouseMove, middle, view->mapToGlobal(middle), Qt::NoButton,
                      Qt::NoButton, Qt::NoModifier);
     QCoreApplication::sendEvent(view, &move);
-    QVERIFY2(readoutOf(viewer).endsWith(QString::fromUtf8("R 10 G 20 B 30  ·  RGB 10 20 30")),
-             qPrintable(readoutOf(viewer)));
+    const auto ends = [&](const char* text) {
+        return readoutOf(viewer).endsWith(QString::fromUtf8(text));
+    };
+    QVERIFY2(ends("pixel 159, 119  ·  R 10 G 20 B 30"), qPrintable(readoutOf(viewer)));
     fRobot->publish("head", plainFrame(QColor(200, 100, 50)));
-    QTRY_VERIFY2(readoutOf(viewer).endsWith(QLatin1String("RGB 200 100 50")),
-                 qPrintable(readoutOf(viewer)));
+    QTRY_VERIFY2(ends("R 200 G 100 B 50"), qPrintable(readoutOf(viewer)));
+    fRobot->publish("head", plainFrame(QColor(90, 90, 90), KVPixelFormat::Grey8));
+    QTRY_VERIFY2(ends("Grey 90  ·  RGB 90 90 90"), qPrintable(readoutOf(viewer)));
+    fRobot->publish("head", plainFrame(Qt::black, KVPixelFormat::Yuv422));
+    QTRY_VERIFY2(ends("Y 16 Cb 128 Cr 128  ·  RGB 0 0 0"), qPrintable(readoutOf(viewer)));
 }
 
 void ViewingTest::listsTheCamerasAndHowTheyAreSet() {
