@@ -138,6 +138,8 @@ void CameraBar::xFill(QComboBox& box, const Choices& choices, const QVariant& cu
         }
     }
     box.setCurrentIndex(box.findData(current));
+    // The bar would rather cut a box than move another one into its extension.
+    box.setMinimumWidth(box.sizeHint().width());
     box.setEnabled(!choices.isEmpty());
 }
 
