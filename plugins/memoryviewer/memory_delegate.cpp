@@ -26,8 +26,7 @@ QSize MemoryDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelI
 void MemoryDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const {
     QStyledItemDelegate::initStyleOption(option, index);
     option->font.setBold(!index.parent().isValid() && index.model()->hasChildren(index));
-    const bool isSecondary =
-        index.column() == MemoryModel::UnitColumn || index.column() == MemoryModel::TypeColumn;
+    const bool isSecondary = index.column() == UnitColumn || index.column() == TypeColumn;
     if (fIsStale || isSecondary) {
         option->palette.setColor(QPalette::Text, dimmed(option->palette.color(QPalette::Text)));
     }

@@ -1,12 +1,11 @@
 #include "memory_model.h"
 
+#include "key_text.h"
 #include "memory_node.h"
-#include "value_text.h"
-
-#include <QDateTime>
 
 #include <algorithm>
 #include <functional>
+#include <key_mime.h>
 #include <tuple>
 #include <unordered_set>
 #include <utility>
@@ -14,8 +13,6 @@
 namespace memoryviewer {
 
 namespace {
-
-constexpr int a_maxUnitLength = 40;
 
 /** Rows of one parent, to be told in one signal. */
 struct RowRun {
@@ -48,82 +45,108 @@ bool isBefore(const MemoryNode* left, const MemoryNode* right) {
                : left->row() < right->row();
 }
 
-/** Whether values of the type stand below one another better by their ends, next to the unit. */
-bool isReadFromTheRight(KVValue::Type type) {
-    return type == KVValue::Type::Int || type == KVValue::Type::Float ||
-           type == KVValue::Type::Bool;
-}
-
-/** A line of a tool tip, which Qt would otherwise take for rich text when it looks like it. */
-QString toolTipLine(const QString& label, const QString& text) {
-    return QStringLiteral("<br/>%1: %2").arg(label, text.toHtmlEscaped());
-}
-
-QString cellText(const MemoryNode& node, int column) {
-    if (column == MemoryModel::NameColumn) {
-        return node.name();
-    }
-    if (!node.fKey) {
-        return {};
-    }
-    switch (column) {
-        case MemoryModel::ValueColumn:
-            return valueText(node.fKey->fValue);
-        case MemoryModel::UnitColumn:
-            return plainText(node.fKey->fInfo.fUnit, a_maxUnitLength);
-        case MemoryModel::TypeColumn:
-            return QLatin1String(KVValue::typeName(node.fKey->type()));
-        default:
-            return {};
-    }
-}
-
-QString toolTipText(const MemoryKey& key) {
-    QString text = QStringLiteral("<p><b>%1</b>").arg(plainText(key.fInfo.fName).toHtmlEscaped());
-    if (!key.fInfo.fDescription.empty()) {
-        text += QStringLiteral("<br/>") + plainText(key.fInfo.fDescription).toHtmlEscaped();
-    }
-    if (key.fTime == 0) {
-        return text + QStringLiteral("</p>");
-    }
-    const QString unit = plainText(key.fInfo.fUnit, a_maxUnitLength);
-    text += toolTipLine(MemoryModel::tr("Value"),
-                        (exactValueText(key.fValue) + QLatin1Char(' ') + unit).trimmed());
-    const QDateTime time = QDateTime::fromMSecsSinceEpoch(key.fTime / 1000);
-    text += toolTipLine(MemoryModel::tr("Changed"),
-                        time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz")));
-    return text + QStringLiteral("</p>");
-}
-
 }  // namespace
 
-MemoryModel::MemoryModel(QObject* parent)
-    : QAbstractItemModel(parent), fRoot(std::make_unique<MemoryNode>(std::string())) {
+MemoryModel::MemoryModel(KeyStore* keys, QObject* parent)
+    : QAbstractItemModel(parent), fKeys(keys), fRoot(fArrangement.build(*keys)) {
+    xRegisterKeys(*fRoot);
+    connect(keys, &KeyStore::added, this, &MemoryModel::xAddKeys);
+    connect(keys, &KeyStore::aboutToRemove, this, &MemoryModel::xRemoveKeys);
+    connect(keys, &KeyStore::changed, this, &MemoryModel::xChangeValues);
+    fRearrangeTimer.setSingleShot(true);
+    connect(&fRearrangeTimer, &QTimer::timeout, this, &MemoryModel::rearrange);
 }
 
 MemoryModel::~MemoryModel() = default;
 
-void MemoryModel::addKeys(const std::vector<KVKeyInfo>& keys) {
-    const std::unique_ptr<MemoryNode> fresh = MemoryNode::buildTree(xUnknownKeys(keys));
+void MemoryModel::setArrangement(const Arrangement& arrangement) {
+    fArrangement = arrangement;
+    rearrange();
+}
+
+void MemoryModel::sort(int column, Qt::SortOrder order) {
+    if (column < 0 || column >= ColumnCount) {
+        return;
+    }
+    fArrangement.fSortColumn = column;
+    fArrangement.fOrder = order;
+    rearrange();
+}
+
+void MemoryModel::rearrange() {
+    fRearrangeTimer.stop();
+    Q_EMIT layoutAboutToBeChanged();
+    const std::unique_ptr<MemoryNode> old = std::move(fRoot);
+    fRoot = fArrangement.build(*fKeys);
+    fNodes.clear();
+    xRegisterKeys(*fRoot);
+    const QModelIndexList before = persistentIndexList();
+    QModelIndexList after;
+    after.reserve(before.size());
+    for (const QModelIndex& index : before) {
+        after += xCounterpart(index);
+    }
+    changePersistentIndexList(before, after);
+    Q_EMIT layoutChanged();
+}
+
+/** The row of the same key, or else of the same branch, in the present arrangement. */
+QModelIndex MemoryModel::xCounterpart(const QModelIndex& index) const {
+    const auto* node = static_cast<const MemoryNode*>(index.internalPointer());
+    if (node->fKey != nullptr) {
+        const auto found = fNodes.find(node->fKey);
+        return found == fNodes.end() ? QModelIndex() : xIndex(*found->second, index.column());
+    }
+    std::vector<const MemoryNode*> path;
+    for (; node->parent() != nullptr; node = node->parent()) {
+        path.push_back(node);
+    }
+    const MemoryNode* here = fRoot.get();
+    for (auto step = path.rbegin(); step != path.rend(); ++step) {
+        here = here->findChild((*step)->segment());
+        if (here == nullptr) {
+            return {};
+        }
+    }
+    return xIndex(*here, index.column());
+}
+
+void MemoryModel::xAddKeys(const std::vector<const MemoryKey*>& keys) {
+    if (!fArrangement.hasNaturalOrder()) {
+        xRearrangeSoon();
+        return;
+    }
+    MemoryNode::Keys shown = fArrangement.filtered(keys, fKeys->clock().now());
+    std::sort(shown.begin(), shown.end(), &KeyStore::isBefore);
+    const std::unique_ptr<MemoryNode> fresh = MemoryNode::buildTree(shown);
     xMerge(*fRoot, *fresh);
 }
 
-void MemoryModel::removeKeys(const std::vector<std::uint32_t>& ids) {
+/** A robot may add keys one by one, and an arrangement takes some milliseconds. */
+void MemoryModel::xRearrangeSoon() {
+    constexpr int delay = 250;
+    if (!fRearrangeTimer.isActive()) {
+        fRearrangeTimer.start(delay);
+    }
+}
+
+void MemoryModel::xRemoveKeys(const std::vector<const MemoryKey*>& keys) {
     std::vector<ChangedNode> branches;
     std::unordered_map<const MemoryNode*, int> emptyChildren;
     std::unordered_set<const MemoryNode*> empty;
     std::vector<MemoryNode*> emptyNodes;
-    for (const std::uint32_t id : ids) {
-        const auto found = fNodes.find(id);
+    for (const MemoryKey* key : keys) {
+        const auto found = fNodes.find(key);
         if (found == fNodes.end()) {
             continue;
         }
         MemoryNode* node = found->second;
         fNodes.erase(found);
-        node->fKey.reset();
-        branches.push_back({node, TypeColumn});
+        node->fKey = nullptr;
+        branches.push_back({node, AgeColumn});
         // The node goes when nothing is left below it, and its parent when it was the last there.
-        for (; node != fRoot.get() && !node->fKey && emptyChildren[node] == node->childCount();
+        for (; node != fRoot.get() && node->fKey == nullptr &&
+               emptyChildren[node] == node->childCount();
              node = node->parent()) {
             empty.insert(node);
             emptyNodes.push_back(node);
@@ -142,35 +165,25 @@ void MemoryModel::removeKeys(const std::vector<std::uint32_t>& ids) {
     xRemoveRows(std::move(emptyNodes));
 }
 
-void MemoryModel::changeValues(std::vector<KVChange> changes) {
+void MemoryModel::xChangeValues(const std::vector<ChangedKey>& keys) {
     std::vector<ChangedNode> changed;
-    changed.reserve(changes.size());
-    for (KVChange& change : changes) {
-        const auto found = fNodes.find(change.fId);
-        if (found == fNodes.end()) {
-            continue;
+    changed.reserve(keys.size());
+    for (const ChangedKey& key : keys) {
+        const auto found = fNodes.find(key.fKey);
+        if (found != fNodes.end()) {
+            changed.push_back({found->second, key.fHasOtherType ? TypeColumn : ValueColumn});
         }
-        MemoryKey& key = *found->second->fKey;
-        const KVValue::Type oldType = key.type();
-        const bool isSame = key.fTime != 0 && key.fValue == change.fValue;
-        key.fTime = change.fTime;
-        if (isSame) {
-            continue;
-        }
-        key.fValue = std::move(change.fValue);
-        changed.push_back({found->second, key.type() == oldType ? ValueColumn : TypeColumn});
     }
     xSignalChanges(changed);
 }
 
 QModelIndex MemoryModel::indexOfKey(std::uint32_t id, int column) const {
-    const auto found = fNodes.find(id);
+    const auto found = fNodes.find(fKeys->find(id));
     return found == fNodes.end() ? QModelIndex() : xIndex(*found->second, column);
 }
 
-std::optional<std::uint32_t> MemoryModel::keyOf(const QModelIndex& index) const {
-    const MemoryNode& node = xNode(index);
-    return node.fKey ? std::optional<std::uint32_t>(node.fKey->fInfo.fId) : std::nullopt;
+const MemoryKey* MemoryModel::keyOf(const QModelIndex& index) const {
+    return xNode(index).fKey;
 }
 
 QModelIndex MemoryModel::index(int row, int column, const QModelIndex& parent) const {
@@ -196,62 +209,44 @@ QVariant MemoryModel::data(const QModelIndex& index, int role) const {
         return {};
     }
     const MemoryNode& node = xNode(index);
-    switch (role) {
-        case Qt::DisplayRole:
-            return cellText(node, index.column());
-        case Qt::ToolTipRole:
-            return node.fKey ? QVariant(toolTipText(*node.fKey)) : QVariant();
-        case Qt::TextAlignmentRole: {
-            const bool isRight =
-                index.column() == ValueColumn && node.fKey && isReadFromTheRight(node.fKey->type());
-            return QVariant(Qt::AlignVCenter | (isRight ? Qt::AlignRight : Qt::AlignLeft));
-        }
-        default:
-            return {};
+    if (role == Qt::DisplayRole && index.column() == NameColumn) {
+        return node.name();
     }
+    return node.fKey != nullptr ? keyCellData(*fKeys, *node.fKey, index.column(), role)
+                                : QVariant();
 }
 
 QVariant MemoryModel::headerData(int section, Qt::Orientation orientation, int role) const {
-    if (orientation != Qt::Horizontal) {
-        return {};
+    return keyHeaderData(section, orientation, role);
+}
+
+Qt::ItemFlags MemoryModel::flags(const QModelIndex& index) const {
+    const Qt::ItemFlags flags = QAbstractItemModel::flags(index);
+    return index.isValid() && xNode(index).fKey != nullptr ? flags | Qt::ItemIsDragEnabled : flags;
+}
+
+QStringList MemoryModel::mimeTypes() const {
+    return {QLatin1String(a_keyMimeType), QStringLiteral("text/plain")};
+}
+
+QMimeData* MemoryModel::mimeData(const QModelIndexList& indexes) const {
+    QStringList names;
+    for (const QModelIndex& index : indexes) {
+        const MemoryKey* key = keyOf(index);
+        if (key != nullptr && index.column() == NameColumn) {
+            names += QString::fromStdString(key->fInfo.fName);
+        }
     }
-    if (role == Qt::TextAlignmentRole) {
-        return QVariant(Qt::AlignVCenter | Qt::AlignLeft);
-    }
-    if (role != Qt::DisplayRole) {
-        return {};
-    }
-    switch (section) {
-        case NameColumn:
-            return tr("Name");
-        case ValueColumn:
-            return tr("Value");
-        case UnitColumn:
-            return tr("Unit");
-        case TypeColumn:
-            return tr("Type");
-        default:
-            return {};
-    }
+    return names.isEmpty() ? nullptr : keysToMime(names);
 }
 
 MemoryNode& MemoryModel::xNode(const QModelIndex& index) const {
     return index.isValid() ? *static_cast<MemoryNode*>(index.internalPointer()) : *fRoot;
 }
 
-QModelIndex MemoryModel::xIndex(MemoryNode& node, int column) const {
-    return &node == fRoot.get() ? QModelIndex() : createIndex(node.row(), column, &node);
-}
-
-std::vector<KVKeyInfo> MemoryModel::xUnknownKeys(const std::vector<KVKeyInfo>& keys) const {
-    std::vector<KVKeyInfo> unknown;
-    std::unordered_set<std::uint32_t> seen;
-    for (const KVKeyInfo& key : keys) {
-        if (fNodes.count(key.fId) == 0 && seen.insert(key.fId).second) {
-            unknown.push_back(key);
-        }
-    }
-    return unknown;
+QModelIndex MemoryModel::xIndex(const MemoryNode& node, int column) const {
+    return &node == fRoot.get() ? QModelIndex()
+                                : createIndex(node.row(), column, const_cast<MemoryNode*>(&node));
 }
 
 /** Takes the children of `source`, in the same order as those of `target`, into `target`. */
@@ -277,10 +272,10 @@ void MemoryModel::xMerge(MemoryNode& target, MemoryNode& source) {
 }
 
 void MemoryModel::xMergeNode(MemoryNode& target, MemoryNode& source) {
-    if (source.fKey) {
-        target.fKey = std::move(source.fKey);
-        fNodes[target.fKey->fInfo.fId] = &target;
-        Q_EMIT dataChanged(xIndex(target, ValueColumn), xIndex(target, TypeColumn));
+    if (source.fKey != nullptr) {
+        target.fKey = source.fKey;
+        fNodes[target.fKey] = &target;
+        Q_EMIT dataChanged(xIndex(target, ValueColumn), xIndex(target, AgeColumn));
     }
     xMerge(target, source);
 }
@@ -297,8 +292,8 @@ void MemoryModel::xInsertRows(MemoryNode& target, std::size_t row, MemoryNode& s
 }
 
 void MemoryModel::xRegisterKeys(MemoryNode& node) {
-    if (node.fKey) {
-        fNodes[node.fKey->fInfo.fId] = &node;
+    if (node.fKey != nullptr) {
+        fNodes[node.fKey] = &node;
     }
     for (std::size_t row = 0; row < static_cast<std::size_t>(node.childCount()); ++row) {
         xRegisterKeys(node.child(row));

@@ -1,14 +1,15 @@
 #ifndef OBVISTA_MEMORYVIEWER_MEMORY_MODEL_H
 #define OBVISTA_MEMORYVIEWER_MEMORY_MODEL_H
 
-#include <robaxi/kv_value_table.h>
+#include "arrangement.h"
+#include "key_store.h"
 
 #include <QAbstractItemModel>
+#include <QTimer>
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <unordered_map>
 #include <vector>
 
@@ -17,35 +18,35 @@ namespace memoryviewer {
 class MemoryNode;
 
 /**
- * The keys of a robot's memory as a tree by "/", with their newest values.
+ * The keys of a robot's memory as a tree by "/" or as a list, filtered and sorted, with their
+ * newest values.
  *
- * Made for thousands of keys that change many times a second: a key's row is found from its
- * identifier in constant time, a change of values signals only the rows that changed, merged into
- * runs, and neither it nor a key that comes or goes ever resets the model. Used on the GUI thread.
+ * Made for thousands of keys that change many times a second: a key's row is found in constant
+ * time, a change of values signals only the rows that changed, merged into runs, and neither it nor
+ * a key that comes or goes in a tree in order of names touches other rows. Every other arrangement
+ * is made anew as a whole, where rows keep their selection and expansion; a live one when
+ * rearrange() is called. Used on the GUI thread.
  */
 class MemoryModel : public QAbstractItemModel {
     Q_OBJECT
 
   public:
-    enum Column { NameColumn, ValueColumn, UnitColumn, TypeColumn, ColumnCount };
-
-    explicit MemoryModel(QObject* parent = nullptr);
+    /** @param keys outlives the model */
+    explicit MemoryModel(KeyStore* keys, QObject* parent = nullptr);
     ~MemoryModel() override;
 
-    /** Inserts keys at their place in the order of names. Identifiers already known are passed
-     *  over. */
-    void addKeys(const std::vector<KVKeyInfo>& keys);
-    /** Takes keys out, and the branches that hold no key any more. Unknown ones are passed over. */
-    void removeKeys(const std::vector<std::uint32_t>& ids);
-    /** Takes new values over. Unknown keys are passed over, and a value equal to the present one
-     *  signals nothing. */
-    void changeValues(std::vector<KVChange> changes);
+    const Arrangement& arrangement() const { return fArrangement; }
+    void setArrangement(const Arrangement& arrangement);
+    void sort(int column, Qt::SortOrder order) override;
+    /** Filters and sorts anew, by the present values. */
+    void rearrange();
 
+    /** Number of keys that are shown. */
     int keyCount() const { return static_cast<int>(fNodes.size()); }
     /** The row of a key; invalid when there is no such key. */
     QModelIndex indexOfKey(std::uint32_t id, int column = NameColumn) const;
-    /** The key of a row; nothing for a row that is a branch only. */
-    std::optional<std::uint32_t> keyOf(const QModelIndex& index) const;
+    /** The key of a row; null for a row that is a branch only. */
+    const MemoryKey* keyOf(const QModelIndex& index) const;
 
     QModelIndex index(int row, int column,
                       const QModelIndex& parent = QModelIndex()) const override;
@@ -56,6 +57,9 @@ class MemoryModel : public QAbstractItemModel {
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation,
                         int role = Qt::DisplayRole) const override;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+    QStringList mimeTypes() const override;
+    QMimeData* mimeData(const QModelIndexList& indexes) const override;
 
   private:
     struct ChangedNode {
@@ -63,9 +67,13 @@ class MemoryModel : public QAbstractItemModel {
         int fLastColumn;
     };
 
+    void xAddKeys(const std::vector<const MemoryKey*>& keys);
+    void xRemoveKeys(const std::vector<const MemoryKey*>& keys);
+    void xChangeValues(const std::vector<ChangedKey>& keys);
+    void xRearrangeSoon();
     MemoryNode& xNode(const QModelIndex& index) const;
-    QModelIndex xIndex(MemoryNode& node, int column) const;
-    std::vector<KVKeyInfo> xUnknownKeys(const std::vector<KVKeyInfo>& keys) const;
+    QModelIndex xIndex(const MemoryNode& node, int column) const;
+    QModelIndex xCounterpart(const QModelIndex& index) const;
     void xMerge(MemoryNode& target, MemoryNode& source);
     void xMergeNode(MemoryNode& target, MemoryNode& source);
     void xInsertRows(MemoryNode& target, std::size_t row, MemoryNode& source, std::size_t first,
@@ -74,8 +82,11 @@ class MemoryModel : public QAbstractItemModel {
     void xRemoveRows(std::vector<MemoryNode*> nodes);
     void xSignalChanges(std::vector<ChangedNode>& changed);
 
+    KeyStore* const fKeys;
+    Arrangement fArrangement;
     std::unique_ptr<MemoryNode> fRoot;
-    std::unordered_map<std::uint32_t, MemoryNode*> fNodes;
+    std::unordered_map<const MemoryKey*, MemoryNode*> fNodes;
+    QTimer fRearrangeTimer;
 };
 
 }  // namespace memoryviewer

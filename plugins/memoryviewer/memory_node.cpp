@@ -13,110 +13,48 @@ namespace memoryviewer {
 
 namespace {
 
-using Path = std::vector<std::string>;
-
-Path splitPath(const std::string& name) {
-    Path path;
-    std::size_t begin = 0;
-    while (path.size() + 1 < MemoryNode::a_maxDepth) {
-        const std::size_t end = name.find('/', begin);
-        if (end == std::string::npos) {
-            break;
-        }
-        path.push_back(name.substr(begin, end - begin));
-        begin = end + 1;
-    }
-    path.push_back(name.substr(begin));
-    return path;
-}
-
-bool pathLess(const Path& left, const Path& right) {
-    return std::lexicographical_compare(left.begin(), left.end(), right.begin(), right.end(),
-                                        naturalLess);
-}
-
 QString shownName(const std::string& segment) {
     return segment.empty() ? QCoreApplication::translate("MemoryModel", "(no name)")
                            : plainText(segment, MemoryNode::a_maxNameLength);
 }
 
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-char lowerCase(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-/** A run of digits without its leading zeros; moves `at` behind it. */
-std::pair<std::size_t, std::size_t> takeNumber(const std::string& text, std::size_t& at) {
-    while (at < text.size() && text[at] == '0') {
-        ++at;
-    }
-    const std::size_t begin = at;
-    while (at < text.size() && isDigit(text[at])) {
-        ++at;
-    }
-    return {begin, at - begin};
-}
-
-/** Below, at or above 0 like the order of the two numbers that begin at the positions. */
-int compareNumbers(const std::string& left, std::size_t& leftAt, const std::string& right,
-                   std::size_t& rightAt) {
-    const auto [leftBegin, leftSize] = takeNumber(left, leftAt);
-    const auto [rightBegin, rightSize] = takeNumber(right, rightAt);
-    if (leftSize != rightSize) {
-        return leftSize < rightSize ? -1 : 1;
-    }
-    return left.compare(leftBegin, leftSize, right, rightBegin, rightSize);
-}
-
-int compareCharacters(char left, char right) {
-    return static_cast<unsigned char>(lowerCase(left)) -
-           static_cast<unsigned char>(lowerCase(right));
-}
-
 }  // namespace
 
-bool naturalLess(const std::string& left, const std::string& right) {
-    std::size_t leftAt = 0;
-    std::size_t rightAt = 0;
-    while (leftAt < left.size() && rightAt < right.size()) {
-        const bool areNumbers = isDigit(left[leftAt]) && isDigit(right[rightAt]);
-        const int order = areNumbers ? compareNumbers(left, leftAt, right, rightAt)
-                                     : compareCharacters(left[leftAt++], right[rightAt++]);
-        if (order != 0) {
-            return order < 0;
-        }
-    }
-    const std::size_t leftRest = left.size() - leftAt;
-    const std::size_t rightRest = right.size() - rightAt;
-    return leftRest != rightRest ? leftRest < rightRest : left < right;
+MemoryNode::MemoryNode(std::string segment) : fSegment(std::move(segment)) {
 }
 
-MemoryNode::MemoryNode(std::string segment)
-    : fSegment(std::move(segment)), fName(shownName(fSegment)) {
+const QString& MemoryNode::name() const {
+    if (fName.isNull()) {
+        fName = shownName(fSegment);
+    }
+    return fName;
 }
 
-std::unique_ptr<MemoryNode> MemoryNode::buildTree(const std::vector<KVKeyInfo>& keys) {
-    std::vector<std::pair<Path, const KVKeyInfo*>> sorted;
-    sorted.reserve(keys.size());
-    for (const KVKeyInfo& key : keys) {
-        sorted.emplace_back(splitPath(key.fName), &key);
-    }
-    std::stable_sort(sorted.begin(), sorted.end(), [](const auto& left, const auto& right) {
-        return pathLess(left.first, right.first);
-    });
+std::unique_ptr<MemoryNode> MemoryNode::buildTree(const Keys& keys) {
     auto root = std::make_unique<MemoryNode>(std::string());
-    for (const auto& [path, key] : sorted) {
+    for (const MemoryKey* key : keys) {
         MemoryNode* node = root.get();
-        for (const std::string& segment : path) {
-            node = &node->xDescend(segment, &segment == &path.back());
+        for (const std::string& segment : key->fPath) {
+            node = &node->xDescend(segment, &segment == &key->fPath.back());
         }
-        node->fKey.emplace();
-        node->fKey->fInfo = *key;
+        node->fKey = key;
     }
     return root;
+}
+
+std::unique_ptr<MemoryNode> MemoryNode::buildList(const Keys& keys) {
+    auto root = std::make_unique<MemoryNode>(std::string());
+    root->fChildren.reserve(keys.size());
+    for (const MemoryKey* key : keys) {
+        root->xAppend(key->fInfo.fName).fKey = key;
+    }
+    return root;
+}
+
+const MemoryNode* MemoryNode::findChild(const std::string& segment) const {
+    const auto found = std::find_if(fChildren.begin(), fChildren.end(),
+                                    [&](const auto& child) { return child->fSegment == segment; });
+    return found == fChildren.end() ? nullptr : found->get();
 }
 
 MemoryNode* MemoryNode::mergeableChild(const MemoryNode& other) const {
@@ -169,10 +107,23 @@ MemoryNode& MemoryNode::xDescend(const std::string& segment, bool isLast) {
         return *last;
     }
     assert(last == nullptr || !naturalLess(segment, last->fSegment));
+    return xAppend(segment);
+}
+
+MemoryNode& MemoryNode::xAppend(const std::string& segment) {
     fChildren.push_back(std::make_unique<MemoryNode>(segment));
     fChildren.back()->fParent = this;
     fChildren.back()->fRow = fChildren.size() - 1;
     return *fChildren.back();
+}
+
+void MemoryNode::sort(const Less& less) {
+    std::stable_sort(fChildren.begin(), fChildren.end(),
+                     [&less](const auto& left, const auto& right) { return less(*left, *right); });
+    xRenumber(0);
+    for (const auto& child : fChildren) {
+        child->sort(less);
+    }
 }
 
 void MemoryNode::xRenumber(std::size_t first) {

@@ -1,56 +1,51 @@
 #ifndef OBVISTA_MEMORYVIEWER_MEMORY_NODE_H
 #define OBVISTA_MEMORYVIEWER_MEMORY_NODE_H
 
-#include <robaxi/kv_value_table.h>
+#include "memory_key.h"
 
 #include <QString>
 
 #include <cstddef>
+#include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
 namespace memoryviewer {
 
-/** A key and its newest value, as the viewer shows it. */
-struct MemoryKey {
-    KVKeyInfo fInfo;
-    KVValue fValue;
-    std::int64_t fTime = 0;  ///< of the value, by the robot's clock; 0 before the first value
-
-    /** The value's own type, or the one that the key was announced with before its first value. */
-    KVValue::Type type() const { return fTime == 0 ? fInfo.fType : fValue.type(); }
-};
-
 /**
  * One row of the tree: a branch, a key, or both ("A" beside "A/B").
  *
- * The children are kept in natural order of their names, so that one is found by bisection. A robot
- * that announces one name twice gets two rows of that name.
+ * The children of a tree are made in natural order of their names, so that one is found by
+ * bisection unless sort() was called. A robot that announces one name twice gets two rows of that
+ * name.
  */
 class MemoryNode {
   public:
-    /** Levels of the tree; what follows in a longer path stays in the name of the last one, so that
-     *  no robot can make the tree deeper than recursion can go. */
-    static constexpr int a_maxDepth = 32;
     static constexpr int a_maxNameLength = 200;
+
+    using Keys = std::vector<const MemoryKey*>;
+    using Less = std::function<bool(const MemoryNode& left, const MemoryNode& right)>;
 
     explicit MemoryNode(std::string segment);
     MemoryNode(const MemoryNode&) = delete;
     MemoryNode& operator=(const MemoryNode&) = delete;
 
-    /** A root over the given keys that belongs to no model yet. */
-    static std::unique_ptr<MemoryNode> buildTree(const std::vector<KVKeyInfo>& keys);
+    /** A root over keys, sorted by their paths, that belongs to no model yet. */
+    static std::unique_ptr<MemoryNode> buildTree(const Keys& keys);
+    /** The same with every key a child of the root, by its whole name. */
+    static std::unique_ptr<MemoryNode> buildList(const Keys& keys);
 
     const std::string& segment() const { return fSegment; }
     /** The segment as it is shown. */
-    const QString& name() const { return fName; }
+    const QString& name() const;
     MemoryNode* parent() const { return fParent; }
     int row() const { return static_cast<int>(fRow); }
     int childCount() const { return static_cast<int>(fChildren.size()); }
     MemoryNode& child(std::size_t row) const { return *fChildren[row]; }
 
+    /** The first child of that name, or null. Looks at all of them. */
+    const MemoryNode* findChild(const std::string& segment) const;
     /** The child into which `other` can be merged: of the same name, and not both a key. */
     MemoryNode* mergeableChild(const MemoryNode& other) const;
     /** Row at which a further child of that name belongs. */
@@ -58,23 +53,22 @@ class MemoryNode {
     /** Moves the children [first, last) of `source`, a tree being taken apart, here to `row`. */
     void takeChildren(std::size_t row, MemoryNode& source, std::size_t first, std::size_t last);
     void removeChildren(std::size_t first, std::size_t last);
+    /** Brings all that is below into another order; equals stay as they are. */
+    void sort(const Less& less);
 
-    std::optional<MemoryKey> fKey;
+    const MemoryKey* fKey = nullptr;
 
   private:
     MemoryNode& xDescend(const std::string& segment, bool isLast);
+    MemoryNode& xAppend(const std::string& segment);
     void xRenumber(std::size_t first);
 
     std::string fSegment;
-    QString fName;
+    mutable QString fName;  // made when a row is first shown
     MemoryNode* fParent = nullptr;
     std::size_t fRow = 0;
     std::vector<std::unique_ptr<MemoryNode>> fChildren;
 };
-
-/** Order of names as people read it: "Joint2" before "Joint10", without regard to the case of
- *  ASCII letters unless nothing else tells two names apart. */
-bool naturalLess(const std::string& left, const std::string& right);
 
 }  // namespace memoryviewer
 

@@ -37,7 +37,8 @@ MemoryViewerWidget::MemoryViewerWidget(std::shared_ptr<MemoryLink> link, WidgetI
                                        QWidget* parent)
     : ViewerWidget(link, plugin, parent),
       fLink(std::move(link)),
-      fModel(new MemoryModel(this)),
+      fKeys(new KeyStore(this)),
+      fModel(new MemoryModel(fKeys, this)),
       fDelegate(new MemoryDelegate(this)),
       fTree(new QTreeView(this)),
       fPages(new QStackedLayout),
@@ -98,9 +99,9 @@ void MemoryViewerWidget::xBuildTree() {
     const int character = fontMetrics().averageCharWidth();
     QHeaderView* header = fTree->header();
     header->setSectionsMovable(false);
-    header->resizeSection(MemoryModel::NameColumn, a_nameWidthInCharacters * character);
-    header->resizeSection(MemoryModel::ValueColumn, a_valueWidthInCharacters * character);
-    header->resizeSection(MemoryModel::UnitColumn, a_unitWidthInCharacters * character);
+    header->resizeSection(NameColumn, a_nameWidthInCharacters * character);
+    header->resizeSection(ValueColumn, a_valueWidthInCharacters * character);
+    header->resizeSection(UnitColumn, a_unitWidthInCharacters * character);
     connect(fModel, &QAbstractItemModel::rowsInserted, this,
             &MemoryViewerWidget::xExpandNewBranches);
 }
@@ -139,9 +140,9 @@ void MemoryViewerWidget::xOnFrame() {
 
 void MemoryViewerWidget::xApply(MemoryBatch& batch) {
     fUpdates += batch.fUpdates;
-    fModel->removeKeys(batch.fRemoved);
-    fModel->addKeys(batch.fAdded);
-    fModel->changeValues(std::move(batch.fChanged));
+    fKeys->remove(batch.fRemoved);
+    fKeys->add(batch.fAdded);
+    fKeys->change(std::move(batch.fChanged));
 }
 
 void MemoryViewerWidget::xSetPhase(Phase phase) {
@@ -163,7 +164,7 @@ void MemoryViewerWidget::xExpandNewBranches(const QModelIndex& parent, int first
         return;
     }
     for (int row = first; row <= last; ++row) {
-        fTree->expand(fModel->index(row, MemoryModel::NameColumn));
+        fTree->expand(fModel->index(row, NameColumn));
     }
 }
 

@@ -16,6 +16,7 @@ namespace memoryviewer {
 
 class MemoryDelegate;
 class MemoryLink;
+class KeyStore;
 class MemoryModel;
 struct MemoryBatch;
 
@@ -50,6 +51,7 @@ class MemoryViewerWidget : public viewer::ViewerWidget {
     Phase fPhase = Phase::WaitingForKeys;
     QString fRefusal;
 
+    KeyStore* fKeys;
     MemoryModel* fModel;
     MemoryDelegate* fDelegate;
     QTreeView* fTree;

@@ -1,0 +1,142 @@
+#include "key_store.h"
+
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
+
+namespace memoryviewer {
+
+namespace {
+
+/** Milliseconds for which a changed value is marked. */
+constexpr std::int64_t a_markTime = 600;
+
+}  // namespace
+
+KeyStore::KeyStore(QObject* parent) : QObject(parent) {
+    fSinceStart.start();
+}
+
+KeyStore::~KeyStore() = default;
+
+void KeyStore::add(const std::vector<KVKeyInfo>& keys) {
+    std::vector<const MemoryKey*> fresh;
+    for (const KVKeyInfo& info : keys) {
+        auto& slot = fKeys[info.fId];
+        if (slot) {
+            continue;
+        }
+        slot = std::make_unique<MemoryKey>();
+        slot->fInfo = info;
+        slot->fPath = splitPath(info.fName);
+        fByName[info.fName] = slot.get();
+        fSorted.push_back(slot.get());
+        fresh.push_back(slot.get());
+    }
+    if (!fresh.empty()) {
+        fIsSorted = false;
+        Q_EMIT added(fresh);
+    }
+}
+
+void KeyStore::remove(const std::vector<std::uint32_t>& ids) {
+    std::vector<std::unique_ptr<MemoryKey>> kept;  // until everybody has been told
+    std::vector<const MemoryKey*> gone;
+    for (const std::uint32_t id : ids) {
+        const auto found = fKeys.find(id);
+        if (found == fKeys.end()) {
+            continue;
+        }
+        const auto byName = fByName.find(found->second->fInfo.fName);
+        if (byName != fByName.end() && byName->second == found->second.get()) {
+            fByName.erase(byName);
+        }
+        gone.push_back(found->second.get());
+        kept.push_back(std::move(found->second));
+        fKeys.erase(found);
+    }
+    if (gone.empty()) {
+        return;
+    }
+    const std::unordered_set<const MemoryKey*> isGone(gone.begin(), gone.end());
+    fSorted.erase(std::remove_if(fSorted.begin(), fSorted.end(),
+                                 [&](const MemoryKey* key) { return isGone.count(key) != 0; }),
+                  fSorted.end());
+    Q_EMIT aboutToRemove(gone);
+}
+
+void KeyStore::change(std::vector<KVChange> changes) {
+    std::vector<ChangedKey> changedKeys;
+    changedKeys.reserve(changes.size());
+    for (KVChange& change : changes) {
+        const auto found = fKeys.find(change.fId);
+        if (found == fKeys.end()) {
+            continue;
+        }
+        MemoryKey& key = *found->second;
+        const KVValue::Type oldType = key.type();
+        if (xTakeOver(key, change)) {
+            changedKeys.push_back({&key, key.type() != oldType});
+        }
+    }
+    if (!changedKeys.empty()) {
+        Q_EMIT changed(changedKeys);
+    }
+}
+
+bool KeyStore::xTakeOver(MemoryKey& key, KVChange& change) {
+    const bool isFirst = !key.hasValue();
+    const bool isSame = !isFirst && key.fValue == change.fValue;
+    if (change.fTime != key.fTime) {
+        key.fRate.add(change.fTime);
+    }
+    key.fTime = change.fTime;
+    if (isSame) {
+        return false;
+    }
+    key.fValue = std::move(change.fValue);
+    if (!isFirst) {
+        key.fHasChanged = true;
+        key.fMarkedUntil = fSinceStart.elapsed() + a_markTime;
+        fLastMark = key.fMarkedUntil;
+    }
+    return true;
+}
+
+void KeyStore::endTurn() {
+    const std::int64_t now = fClock.now();
+    for (const auto& [id, key] : fKeys) {
+        key->fRate.endTurn(now);
+    }
+}
+
+void KeyStore::resetRates() {
+    for (const auto& [id, key] : fKeys) {
+        key->fRate.reset();
+    }
+}
+
+const MemoryKey* KeyStore::find(std::uint32_t id) const {
+    const auto found = fKeys.find(id);
+    return found == fKeys.end() ? nullptr : found->second.get();
+}
+
+const MemoryKey* KeyStore::find(const std::string& name) const {
+    const auto found = fByName.find(name);
+    return found == fByName.end() ? nullptr : found->second;
+}
+
+const std::vector<const MemoryKey*>& KeyStore::sorted() const {
+    if (!fIsSorted) {
+        std::sort(fSorted.begin(), fSorted.end(), &KeyStore::isBefore);
+        fIsSorted = true;
+    }
+    return fSorted;
+}
+
+bool KeyStore::isBefore(const MemoryKey* left, const MemoryKey* right) {
+    return left->fPath != right->fPath ? pathLess(left->fPath, right->fPath)
+                                       : left->fInfo.fId < right->fInfo.fId;
+}
+
+}  // namespace memoryviewer

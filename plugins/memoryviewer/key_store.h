@@ -1,0 +1,86 @@
+#ifndef OBVISTA_MEMORYVIEWER_KEY_STORE_H
+#define OBVISTA_MEMORYVIEWER_KEY_STORE_H
+
+#include "memory_key.h"
+#include "robot_clock.h"
+
+#include <QElapsedTimer>
+#include <QObject>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace memoryviewer {
+
+/** A key whose value is another one than before. */
+struct ChangedKey {
+    const MemoryKey* fKey = nullptr;
+    bool fHasOtherType = false;
+};
+
+/**
+ * Every key of a robot's memory once, with its newest value; what the tree, the watch list and the
+ * plots show is found here. Used on the GUI thread.
+ */
+class KeyStore : public QObject {
+    Q_OBJECT
+
+  public:
+    explicit KeyStore(QObject* parent = nullptr);
+    ~KeyStore() override;
+
+    /** Identifiers already known are passed over. */
+    void add(const std::vector<KVKeyInfo>& keys);
+    /** Unknown ones are passed over. */
+    void remove(const std::vector<std::uint32_t>& ids);
+    /** Takes new values over. Unknown keys are passed over; a value equal to the present one only
+     *  brings its time. */
+    void change(std::vector<KVChange> changes);
+
+    /** Brings rates up to date; to be called about once a second. */
+    void endTurn();
+    /** Nothing was followed for a while: rates begin anew. */
+    void resetRates();
+
+    std::size_t size() const { return fKeys.size(); }
+    /** A key lives until it is removed. Null when there is none. */
+    const MemoryKey* find(std::uint32_t id) const;
+    /** A robot may announce one name twice; then it is the key that came last. */
+    const MemoryKey* find(const std::string& name) const;
+    /** All keys in the order of their paths. */
+    const std::vector<const MemoryKey*>& sorted() const;
+    /** That order. */
+    static bool isBefore(const MemoryKey* left, const MemoryKey* right);
+
+    /** The robot's clock as it can be seen from here. */
+    const RobotClock& clock() const { return fClock; }
+    RobotClock& clock() { return fClock; }
+    /** Whether the key has changed just now. */
+    bool isMarked(const MemoryKey& key) const { return key.fMarkedUntil > fSinceStart.elapsed(); }
+    /** Whether any key is marked, so that marks have to go out. */
+    bool hasMarks() const { return fLastMark > fSinceStart.elapsed(); }
+
+  Q_SIGNALS:
+    void added(const std::vector<const memoryviewer::MemoryKey*>& keys);
+    /** The keys go when this returns. */
+    void aboutToRemove(const std::vector<const memoryviewer::MemoryKey*>& keys);
+    void changed(const std::vector<memoryviewer::ChangedKey>& keys);
+
+  private:
+    bool xTakeOver(MemoryKey& key, KVChange& change);
+
+    std::unordered_map<std::uint32_t, std::unique_ptr<MemoryKey>> fKeys;
+    std::unordered_map<std::string, const MemoryKey*> fByName;
+    mutable std::vector<const MemoryKey*> fSorted;
+    mutable bool fIsSorted = true;
+    RobotClock fClock;
+    QElapsedTimer fSinceStart;
+    std::int64_t fLastMark = 0;
+};
+
+}  // namespace memoryviewer
+
+#endif

@@ -1,0 +1,40 @@
+#ifndef OBVISTA_MEMORYVIEWER_KEY_TEXT_H
+#define OBVISTA_MEMORYVIEWER_KEY_TEXT_H
+
+#include "key_store.h"
+
+#include <QString>
+#include <QVariant>
+
+namespace memoryviewer {
+
+/** Roles of the models that show keys, beside Qt's. */
+enum KeyRole {
+    MarkedRole = Qt::UserRole,  ///< bool: the value has changed just now
+    NumberRole,                 ///< double: value, changes a second, or age in seconds of a row
+    KeyNameRole                 ///< QString: the key's whole name as the robot gave it
+};
+
+/** What stands in a row of a key, but for its name. */
+QString keyCellText(const KeyStore& keys, const MemoryKey& key, int column);
+
+/** The same for every role; the name column has only a tool tip. */
+QVariant keyCellData(const KeyStore& keys, const MemoryKey& key, int column, int role);
+
+/** Title of a column. */
+QVariant keyHeaderData(int column, Qt::Orientation orientation, int role);
+
+/** "0.25 s", "3:05 min", "2 h": three digits at most, with a point. */
+QString ageText(double seconds);
+/** "50.0", "0.20"; empty for a key that does not change. */
+QString rateText(double perSecond);
+
+/** Seconds since the value's instant. */
+double ageOf(const KeyStore& keys, const MemoryKey& key);
+
+/** A row as text to be copied: name, value, unit, type, with tabs between them. */
+QString rowText(const MemoryKey& key);
+
+}  // namespace memoryviewer
+
+#endif

@@ -1,0 +1,38 @@
+#ifndef OBVISTA_MEMORYVIEWER_ROBOT_CLOCK_H
+#define OBVISTA_MEMORYVIEWER_ROBOT_CLOCK_H
+
+#include <cstdint>
+
+namespace memoryviewer {
+
+/**
+ * The robot's clock as it can be seen from here, for the age of its values.
+ *
+ * The shortest time between a change at the robot and its arrival is the difference of the two
+ * clocks, and the way. As long as that can be the way alone, the clocks are taken to agree, as
+ * those of one machine do, and those that are set over the network.
+ */
+class RobotClock {
+  public:
+    /**
+     * A change that happened while its key was followed.
+     *
+     * @param stamp of the change, microseconds since 1970-01-01 UTC by the robot's clock
+     * @param arrival by this machine's clock
+     */
+    void see(std::int64_t stamp, std::int64_t arrival);
+
+    /** What the robot's clock shows now, in microseconds since 1970-01-01 UTC. */
+    std::int64_t now() const { return localNow() - fOffset; }
+
+    /** What this machine's clock shows. */
+    static std::int64_t localNow();
+
+  private:
+    std::int64_t fShortestWay = INT64_MAX;
+    std::int64_t fOffset = 0;  // this machine's clock less the robot's
+};
+
+}  // namespace memoryviewer
+
+#endif
