@@ -124,6 +124,16 @@ grpc::Status RawServer::Subscribe(grpc::ServerContext* /*context*/, Subscription
     return grpc::Status::OK;
 }
 
+grpc::Status RawServer::Watch(grpc::ServerContext* /*context*/, WatchStream* stream) {
+    v1::WatchRequest request;
+    if (stream->Read(&request) && fWatch) {
+        fWatch(*stream);
+    }
+    while (stream->Read(&request)) {
+    }
+    return grpc::Status::OK;
+}
+
 v1::Value textValue(const std::string& text) {
     v1::Value value;
     value.set_type(v1::Value::STRING);

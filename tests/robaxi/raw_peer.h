@@ -54,6 +54,8 @@ class RawServer : private v1::Robaxi::Service {
     using SubscriptionStream =
         grpc::ServerReaderWriter<v1::SubscriptionUpdate, v1::SubscriptionRequest>;
 
+    using WatchStream = grpc::ServerReaderWriter<v1::WatchUpdate, v1::WatchRequest>;
+
     /** What it answers to a message; nothing when the function returns false. */
     using Answer = std::function<bool(const v1::ClientMessage&, v1::ServerMessage&)>;
 
@@ -70,11 +72,13 @@ class RawServer : private v1::Robaxi::Service {
     grpc::Status fSessionStatus;
     Answer fAnswer;
     std::function<void(SubscriptionStream&)> fSubscription;
+    std::function<void(WatchStream&)> fWatch;
     ///@}
 
   private:
     grpc::Status Session(grpc::ServerContext* context, SessionStream* stream) override;
     grpc::Status Subscribe(grpc::ServerContext* context, SubscriptionStream* stream) override;
+    grpc::Status Watch(grpc::ServerContext* context, WatchStream* stream) override;
     bool xAnswer(const v1::ClientMessage& message, v1::ServerMessage& answer) const;
 
     std::unique_ptr<grpc::Server> fServer;

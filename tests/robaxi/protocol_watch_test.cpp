@@ -1,0 +1,175 @@
+// Watched cameras between the library and peers that speak the protocol without it.
+#include "frame_listener.h"
+#include "raw_peer.h"
+#include "test_broker.h"
+
+#include <robaxi/kv_connection.h>
+#include <robaxi/kv_frame_source.h>
+
+#include <boost/make_shared.hpp>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+using namespace robaxi_test;
+
+namespace {
+
+v1::WatchUpdate beginning(std::uint64_t number, std::uint64_t size, const std::string& data = {}) {
+    v1::WatchUpdate update;
+    update.mutable_header()->set_number(number);
+    update.mutable_header()->set_size(size);
+    update.set_data(data);
+    return update;
+}
+
+v1::WatchUpdate more(const std::string& data) {
+    v1::WatchUpdate update;
+    update.set_data(data);
+    return update;
+}
+
+/** Our client, and a robot that sends what a test wants. */
+class WatchingClient : public testing::Test {
+  protected:
+    void watch(const std::vector<v1::WatchUpdate>& updates) {
+        fStream.reset();
+        fListener.fEnd.reset();
+        fRobot.fWatch = [updates](RawServer::WatchStream& stream) {
+            for (const v1::WatchUpdate& update : updates) {
+                stream.Write(update);
+            }
+        };
+        fStream =
+            KVFrameStream::start(KVConnection::open(makeClient(), a_loopback, fRobot.port(), 5),
+                                 "Robot", "head", &fListener);
+    }
+
+    KVError endAfter(const std::vector<v1::WatchUpdate>& updates) {
+        watch(updates);
+        return fListener.waitForEnd() ? *fListener.fEnd : KVError(KVError::Cause::Refused, "none");
+    }
+
+    std::string bytes() {
+        const KVFrame frame = fListener.last();
+        return {frame.fData.get(), frame.fData.get() + frame.fSize};
+    }
+
+    RawServer fRobot;
+    FrameListener fListener;
+    boost::shared_ptr<KVFrameStream> fStream;
+};
+
+/** Our robot, and a client that says what a test wants. */
+class WatchedRobot : public testing::Test {
+  protected:
+    WatchedRobot() {
+        fSource->addStream("head");
+        const auto video = boost::make_shared<KVModule>("Video", "");
+        video->setFrames(fSource);
+        fServer->addModule(video);
+    }
+
+    v1::WatchRequest start(const std::string& stream) {
+        v1::WatchRequest request;
+        request.mutable_start()->set_session_id(fClient.hello().session_id());
+        request.mutable_start()->set_module("Video");
+        request.mutable_start()->set_stream(stream);
+        return request;
+    }
+
+    BrokerPtr fServer = makeServer("Robot");
+    boost::shared_ptr<KVFrameSource> fSource = boost::make_shared<KVFrameSource>();
+    RawClient fClient{fServer->getPort()};
+    grpc::ClientContext fContext;
+};
+
+}  // namespace
+
+TEST_F(WatchingClient, TakesFramesInWhateverParts) {
+    watch({beginning(1, 6), more("ab"), more(""), more("cdef")});
+    ASSERT_TRUE(fListener.waitForFrame(1));
+    EXPECT_EQ(bytes(), "abcdef");
+}
+
+TEST_F(WatchingClient, TakesAFormatThatItDoesNotKnow) {
+    v1::WatchUpdate update = beginning(1, 1, "x");
+    update.mutable_header()->set_format(static_cast<v1::FrameHeader::Format>(77));
+    watch({update});
+    ASSERT_TRUE(fListener.waitForFrame(1));
+    EXPECT_EQ(fListener.last().fFormat, KVPixelFormat::Unknown);
+}
+
+TEST_F(WatchingClient, EndsWithARobotThatBreaksTheProtocol) {
+    const std::vector<std::vector<v1::WatchUpdate>> broken{
+        {more("bytes of no frame")},
+        {beginning(1, 3, "four")},
+        {beginning(1, 3, "ab"), more("cd")},
+        {beginning(1, 3, "ab"), beginning(2, 3, "abc")}};
+    for (const auto& updates : broken) {
+        EXPECT_CAUSE(endAfter(updates), Internal);
+        EXPECT_EQ(fListener.count(), 0U);
+    }
+}
+
+TEST_F(WatchingClient, TakesNoFrameAboveTheLimit) {
+    EXPECT_CAUSE(endAfter({beginning(1, (64ULL << 20U) + 1)}), TooLarge);
+    EXPECT_CAUSE(endAfter({beginning(1, ~0ULL)}), TooLarge);
+}
+
+TEST_F(WatchingClient, TellsTheReasonThatTheRobotGives) {
+    v1::WatchUpdate update;
+    update.mutable_ended()->set_cause(v1::Error::TOO_MANY);
+    update.mutable_ended()->set_text("all eyes are taken");
+    const KVError error = endAfter({update});
+    EXPECT_CAUSE(error, TooMany);
+    EXPECT_NE(error.toString().find("all eyes are taken"), std::string::npos);
+}
+
+TEST_F(WatchedRobot, SendsTwoFramesToAClientThatReportsNone) {
+    const auto stream = fClient.stub().Watch(&fContext);
+    ASSERT_TRUE(stream->Write(start("head")));
+    v1::WatchUpdate update;
+    for (std::uint64_t number = 1; number <= 2; ++number) {
+        fSource->publish("head", makeFrame(number, 10));
+        ASSERT_TRUE(stream->Read(&update));
+        EXPECT_EQ(update.header().number(), number);
+        EXPECT_EQ(update.header().size(), 10U);
+        EXPECT_EQ(update.data().size(), 10U);
+    }
+    fSource->publish("head", makeFrame(3, 10));
+    fSource->publish("head", makeFrame(4, 10));
+    v1::WatchRequest report;
+    report.set_received(1);
+    ASSERT_TRUE(stream->Write(report));
+    ASSERT_TRUE(stream->Read(&update));
+    EXPECT_EQ(update.header().number(), 4U) << "the newest, and the one before was never sent";
+    fSource->removeStream("head");
+    ASSERT_TRUE(stream->Read(&update));
+    EXPECT_EQ(update.ended().cause(), v1::Error::NO_SUCH_STREAM);
+    EXPECT_FALSE(stream->Read(&update));
+    EXPECT_TRUE(stream->Finish().ok());
+}
+
+TEST_F(WatchedRobot, RefusesWhoNamesNoSession) {
+    const auto stream = fClient.stub().Watch(&fContext);
+    v1::WatchRequest request = start("head");
+    request.mutable_start()->set_session_id(request.start().session_id() + 1);
+    ASSERT_TRUE(stream->Write(request));
+    v1::WatchUpdate update;
+    ASSERT_TRUE(stream->Read(&update));
+    EXPECT_EQ(update.ended().cause(), v1::Error::NOT_AUTHORISED);
+    EXPECT_FALSE(stream->Read(&update));
+    EXPECT_EQ(fSource->getWatchers("head"), 0);
+}
+
+TEST_F(WatchedRobot, RefusesToStartTwice) {
+    const auto stream = fClient.stub().Watch(&fContext);
+    const v1::WatchRequest request = start("head");
+    ASSERT_TRUE(stream->Write(request));
+    ASSERT_TRUE(stream->Write(request));
+    v1::WatchUpdate update;
+    ASSERT_TRUE(stream->Read(&update));
+    EXPECT_EQ(update.ended().cause(), v1::Error::INVALID_ARGUMENT);
+}
