@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <arpa/inet.h>
 #include <array>
+#include <filesystem>
 #include <sstream>
 #include <stdexcept>
 #include <unistd.h>
@@ -41,7 +42,8 @@ po::options_description describedOptions() {
         ("name", po::value<std::string>()->default_value(machineName()),
          "name under which it appears, 1 to 63 bytes")
         ("address", po::value<std::string>()->default_value("127.0.0.1"),
-         "address to listen on; 0.0.0.0 lets the whole network in, without any authentication")
+         "address to listen on; 0.0.0.0 lets the whole network in, without any authentication "
+         "unless --token-file is given")
         ("port", po::value<int>()->default_value(9559), "port of the middleware, 1 to 65535")
         ("seed", po::value<std::string>()->default_value("1"),
          "number from which all that the simulated humanoid does follows; the same seed repeats a "
@@ -54,6 +56,12 @@ po::options_description describedOptions() {
          "how often these change in a second, 0.1 to 1000")
         ("hostile", "also serve values that a viewer must bear: markup, 10 MB texts and worse")
         ("no-video", "serve no cameras: there is no module KVVideo")
+        ("tls-certificate", po::value<std::string>()->default_value(""),
+         "PEM file with which the middleware speaks TLS and nothing else, with --tls-key")
+        ("tls-key", po::value<std::string>()->default_value(""), "PEM file of the private key")
+        ("token-file", po::value<std::string>()->default_value(""),
+         "file whose one line every program must know")
+        ("allow-plain-token", "ask for the token over connections without TLS too")
         ("no-middleware", "do not run the middleware: only announce, and serve HTTP")
         ("http-port", po::value<int>()->default_value(80),
          "port of the web page and the icon; 0 for none")
@@ -124,6 +132,20 @@ Load toLoad(const po::variables_map& given) {
     return load;
 }
 
+std::string toFile(const po::variables_map& given, const std::string& option) {
+    const auto file = given[option].as<std::string>();
+    return file.empty() ? file : std::filesystem::absolute(file).string();
+}
+
+Security toSecurity(const po::variables_map& given) {
+    Security security{toFile(given, "tls-certificate"), toFile(given, "tls-key"),
+                      toFile(given, "token-file"), given.count("allow-plain-token") != 0};
+    if (security.fCertificate.empty() != security.fKey.empty()) {
+        throw std::invalid_argument("--tls-certificate and --tls-key go together");
+    }
+    return security;
+}
+
 std::string toAddress(const std::string& text) {
     in6_addr address{};
     if (inet_pton(AF_INET, text.c_str(), &address) != 1 &&
@@ -143,6 +165,7 @@ Options toOptions(const po::variables_map& given) {
     options.fLoad = toLoad(given);
     options.fHostile = given.count("hostile") != 0;
     options.fVideo = given.count("no-video") == 0;
+    options.fSecurity = toSecurity(given);
     options.fMiddleware = given.count("no-middleware") == 0;
     options.fHttpPort = toPort(given, "http-port", 0);
     options.fIcon = given["icon"].as<std::string>();

@@ -13,6 +13,14 @@ namespace robot {
 
 enum class Kind { Robot, Computer };
 
+/** How the middleware is secured; what is empty is left to the user's configuration. */
+struct Security {
+    std::string fCertificate;  ///< PEM file
+    std::string fKey;          ///< PEM file
+    std::string fTokenFile;
+    bool fAllowsPlainToken = false;
+};
+
 /** What the command line says. */
 struct Options {
     Kind fKind = Kind::Robot;
@@ -23,6 +31,7 @@ struct Options {
     int fHttpPort = 0;  ///< 0 for no HTTP
     std::string fIcon;  ///< file; empty for the one that comes with the program
     bool fAnnounce = true;
+    Security fSecurity;
     int fSimPort = 0;  ///< a second port with "KVSim" alone; 0 for none
     std::uint64_t fSeed = 0;
     Load fLoad;             ///< instead of the values of its kind, when it has keys

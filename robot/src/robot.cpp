@@ -58,6 +58,21 @@ std::function<Pose()> movingBody(std::uint64_t seed) {
     };
 }
 
+/** The user's settings, outweighed by the command line. */
+KVSettings settingsFor(const Security& security) {
+    KVSettings settings = KVSettings::load();
+    KVSettings::Server& server = settings.fServer;
+    if (!security.fCertificate.empty()) {
+        server.fCertificate = security.fCertificate;
+        server.fKey = security.fKey;
+    }
+    if (!security.fTokenFile.empty()) {
+        server.fTokenFile = security.fTokenFile;
+    }
+    server.fAllowsPlainToken = server.fAllowsPlainToken || security.fAllowsPlainToken;
+    return settings;
+}
+
 MainLoop::Clock::duration toDuration(double seconds) {
     return std::chrono::duration_cast<MainLoop::Clock::duration>(
         std::chrono::duration<double>(seconds));
@@ -67,6 +82,7 @@ MainLoop::Clock::duration toDuration(double seconds) {
 
 Robot::Robot(const Options& options, MainLoop& loop, Output output)
     : fOptions(options),
+      fSettings(settingsFor(options.fSecurity)),
       fLoop(loop),
       fOutput(std::move(output)),
       fTable(boost::make_shared<KVValueTable>()) {
@@ -305,7 +321,7 @@ void Robot::xRequireAnnouncer() const {
 
 boost::shared_ptr<KVBroker> Robot::xListen(int port) const {
     return KVBroker::createBroker(fOptions.fName, fOptions.fAddress, port, "", 0, a_brokerFlags, "",
-                                  false);
+                                  false, fSettings);
 }
 
 }  // namespace robot

@@ -14,6 +14,7 @@
 
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_module.h>
+#include <robaxi/kv_settings.h>
 #include <robaxi/kv_value_table.h>
 
 #include <boost/shared_ptr.hpp>
@@ -79,6 +80,7 @@ class Robot : private SimControls {
     boost::shared_ptr<KVBroker> xListen(int port) const;
 
     const Options fOptions;
+    const KVSettings fSettings;
     MainLoop& fLoop;
     const Output fOutput;
     boost::shared_ptr<KVValueTable> fTable;

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <sstream>
 
 using robot::Kind;
@@ -80,16 +81,43 @@ TEST_F(OptionsTest, takesALoadOfWhichATenthChangesUnlessToldOtherwise) {
     EXPECT_FALSE(parsed({"--no-video"}).fVideo);
 }
 
+TEST_F(OptionsTest, takesFilesOfSecurityWhereverItRuns) {
+    const Options options = parsed({"--tls-certificate", "/a/robot.pem", "--tls-key", "robot.key",
+                                    "--token-file", "token", "--allow-plain-token"});
+    EXPECT_EQ(options.fSecurity.fCertificate, "/a/robot.pem");
+    EXPECT_EQ(options.fSecurity.fKey, std::filesystem::current_path() / "robot.key");
+    EXPECT_EQ(options.fSecurity.fTokenFile, std::filesystem::current_path() / "token");
+    EXPECT_TRUE(options.fSecurity.fAllowsPlainToken);
+    EXPECT_EQ(parsed({}).fSecurity.fTokenFile, "");
+    EXPECT_FALSE(parsed({}).fSecurity.fAllowsPlainToken);
+}
+
 TEST_F(OptionsTest, helpNamesEveryOptionAndEndsWithStatusZero) {
     const robot::ParsedOptions result = robot::parseOptions({"--help"}, fOutput, fErrors);
     EXPECT_FALSE(result.fOptions);
     EXPECT_EQ(result.fExitStatus, 0);
     EXPECT_EQ(fErrors.str(), "");
     EXPECT_THAT(fOutput.str(), StartsWith("Usage: robaxi-robot"));
-    for (const char* option :
-         {"--help", "--kind", "--name", "--address", "--port", "--seed", "--no-middleware",
-          "--http-port", "--icon", "--no-announce", "--sim-port", "--keys", "--changing", "--rate",
-          "--hostile", "--no-video"}) {
+    for (const char* option : {"--help",
+                               "--kind",
+                               "--name",
+                               "--address",
+                               "--port",
+                               "--seed",
+                               "--no-middleware",
+                               "--http-port",
+                               "--icon",
+                               "--no-announce",
+                               "--sim-port",
+                               "--keys",
+                               "--changing",
+                               "--rate",
+                               "--hostile",
+                               "--no-video",
+                               "--tls-certificate",
+                               "--tls-key",
+                               "--token-file",
+                               "--allow-plain-token"}) {
         EXPECT_THAT(fOutput.str(), HasSubstr(option));
     }
 }
@@ -112,6 +140,7 @@ TEST_F(OptionsTest, mistakesAreNamed) {
     EXPECT_THAT(mistake({"--keys", "9", "--changing", "10"}), HasSubstr("--changing takes 0 to 9"));
     EXPECT_THAT(mistake({"--rate", "0"}), HasSubstr("--rate takes 0.1 to 1000, not 0"));
     EXPECT_THAT(mistake({"--rate", "nan"}), HasSubstr("--rate"));
+    EXPECT_THAT(mistake({"--tls-key", "robot.key"}), HasSubstr("go together"));
     EXPECT_THAT(mistake({"--prot", "1"}), HasSubstr("--prot"));
     EXPECT_THAT(mistake({"stray"}), HasSubstr("positional"));
 }
