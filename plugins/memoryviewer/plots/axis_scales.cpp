@@ -37,7 +37,8 @@ int digitsFor(double step) {
 }
 
 double roundStep(double least) {
-    const double power = std::pow(10, std::floor(std::log10(least)));
+    constexpr double smallest = 1e-300;
+    const double power = std::pow(10, std::floor(std::log10(std::max(least, smallest))));
     for (const double factor : {1.0, 2.0, 5.0}) {
         if (factor * power >= least * (1 - 1e-9)) {
             return factor * power;
@@ -68,8 +69,9 @@ QwtScaleDiv ticks(double low, double high, double step, double offset) {
     const double first = std::ceil((low + offset) / step);
     const double last = std::floor((high + offset) / step);
     constexpr double mostTicks = 100;
-    for (double index = first; index <= std::min(last, first + mostTicks); ++index) {
-        const double tick = index * step - offset;
+    const int count = static_cast<int>(std::clamp(last - first + 1, 0.0, mostTicks));
+    for (int i = 0; i < count; ++i) {
+        const double tick = (first + i) * step - offset;
         // Zero, and not what is left of the rounding.
         major.append(std::fabs(tick) < step / 1e6 ? 0 : tick);
     }
@@ -92,7 +94,7 @@ QString timeText(double time, double step) {
         return QLocale().toString(time / a_second, 'f', std::min(digitsFor(step / a_second), 6)) +
                QStringLiteral(" s");
     }
-    const QString seconds = dateTime(time).toString(QStringLiteral("HH:mm:ss"));
+    QString seconds = dateTime(time).toString(QStringLiteral("HH:mm:ss"));
     const int digits = std::min(digitsFor(step / a_second), 6);
     if (digits == 0) {
         return seconds;
@@ -139,8 +141,9 @@ ValueSpan roomFor(const ValueSpan& span) {
     const double size = std::max(std::fabs(low), std::fabs(high));
     // Below this a double has no neighbours left to draw.
     constexpr double leastShare = 1e-12;
-    const bool isFlat = high - low <= size * leastShare;
-    const double margin = !isFlat ? (high - low) * a_margin : size > 0 ? size / 2 : 1;
+    constexpr double leastSize = 1e-290;
+    const bool isFlat = high - low <= std::max(size * leastShare, leastSize);
+    const double margin = !isFlat ? (high - low) * a_margin : size > leastSize ? size / 2 : 1;
     constexpr double steps = 20;
     const double step = roundStep((high - low + 2 * margin) / steps);
     return {std::floor((low - margin) / step) * step, std::ceil((high + margin) / step) * step};

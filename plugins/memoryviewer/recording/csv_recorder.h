@@ -39,7 +39,7 @@ class CsvRecorder : public QObject {
     /** Most changes, and most bytes of their texts, that wait for the disk. */
     struct Limits {
         std::size_t fChanges = 200000;
-        std::size_t fBytes = 64 * 1024 * 1024;
+        std::size_t fBytes = std::size_t(64) << 20U;
     };
 
     explicit CsvRecorder(QObject* parent = nullptr);
