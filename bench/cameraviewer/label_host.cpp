@@ -70,7 +70,7 @@ int main(int argc, char** argv) {
     auto* label = new QLabel;
     label->setAlignment(Qt::AlignCenter);
     window.setCentralWidget(label);
-    bench::fillScreen(window);
+    bench::showLarge(window);
     LabelFeed feed(label);
     const auto broker = KVBroker::createBroker("Label", "", 0, "", 0, 0, "", true);
     const auto connection = KVConnection::open(broker, "127.0.0.1", std::atoi(argv[1]), 5);

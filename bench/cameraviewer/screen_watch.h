@@ -21,6 +21,9 @@ class ScreenWatch {
     /** @return nothing while there is no picture, and of one that is half painted */
     std::optional<obvista_test::FrameStamp> read() const;
 
+    /** Looks for a picture of that width anywhere on the screen. */
+    static std::optional<ShownRect> find(int width);
+
   private:
     ShownRect fRect;
 };

@@ -8,9 +8,9 @@
 #include <cstdio>
 
 namespace bench {
-void fillScreen(QMainWindow& window) {
+void showLarge(QMainWindow& window) {
     window.setWindowFlag(Qt::FramelessWindowHint);
-    window.setGeometry(QGuiApplication::primaryScreen()->geometry());
+    window.setGeometry(QRect(0, 0, 1440, 960) & QGuiApplication::primaryScreen()->geometry());
     window.show();
 }
 

@@ -8,8 +8,8 @@ class QWidget;
 
 namespace bench {
 
-/** Shows a window without a frame that fills the screen, so that a large picture fits. */
-void fillScreen(QMainWindow& window);
+/** Shows a window without a frame in which a picture of 1280x720 fits, where the screen allows. */
+void showLarge(QMainWindow& window);
 
 /** Milliseconds in which a window manager has placed a window, and its layout is settled. */
 constexpr int a_settling = 1500;

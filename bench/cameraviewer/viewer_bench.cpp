@@ -6,15 +6,19 @@
 //   cameraviewer_bench [SECONDS [KIND...]]
 //
 // SECONDS are for each figure (10 when nothing is said; 1800 tells whether memory stays flat).
-// KINDs are viewer, slowed (the viewer gets a tenth of the time it would have) and label; all when
-// nothing is said. It needs an X server: tests/support/run_isolated --display xvfb -- PROGRAM.
+// KINDs are viewer, label, image_view (that of ROS, where this was built with it) and slowed (the
+// viewer gets a tenth of the time it would have); all when nothing is said. It needs an X server:
+// tests/support/run_isolated --display xvfb -- PROGRAM.
 #include "figures.h"
 #include "screen_watch.h"
 
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_proxy.h>
 
+#include <QDir>
+#include <QFile>
 #include <QGuiApplication>
+#include <QTemporaryDir>
 
 #include <algorithm>
 #include <array>
@@ -145,8 +149,8 @@ void lookFor(const bench::ScreenWatch& watch, std::chrono::duration<double> time
     }
 }
 
-Sighting observe(ChildProcess& program, double time) {
-    const bench::ScreenWatch watch(rectOf(program));
+Sighting observe(ChildProcess& program, const bench::ShownRect& rect, double time) {
+    const bench::ScreenWatch watch(rect);
     int early = 0;
     lookFor(watch, a_warmUp, [&early](const FrameStamp&) { ++early; });
     if (early == 0) {
@@ -183,22 +187,93 @@ std::vector<std::string> command(const std::string& kind, const Camera& camera, 
     return words;
 }
 
-void measure(const std::string& kind, const Camera& camera, double time) {
-    const RobotProcess robot;
-    set(robot.port(), camera);
-    ChildProcess program(command(kind, camera, robot.port()));
-    rectOf(program);
-    std::optional<Brake> brake;
-    if (kind == "slowed") {
-        brake.emplace(program);
-    }
-    const Sighting sighting = observe(program, time);
+void print(const Camera& camera, const std::string& kind, const Sighting& sighting) {
     std::printf(
-        "%-14s %-7s %6.1f shown a second   %6.1f ms median %6.1f ms 95th percentile"
+        "%-14s %-10s %6.1f shown a second   %6.1f ms median %6.1f ms 95th percentile"
         "   %5.1f %% of a core   %+8.1f kB a minute\n",
         camera.fName, kind.c_str(), sighting.fShown, sighting.fMedian, sighting.fPercentile,
         sighting.fProcessor, sighting.fGrowth);
     std::fflush(stdout);
+}
+
+void measure(const std::string& kind, const Camera& camera, double time) {
+    const RobotProcess robot;
+    set(robot.port(), camera);
+    ChildProcess program(command(kind, camera, robot.port()));
+    const bench::ShownRect rect = rectOf(program);
+    std::optional<Brake> brake;
+    if (kind == "slowed") {
+        brake.emplace(program);
+    }
+    print(camera, kind, observe(program, rect, time));
+}
+
+#ifdef OBVISTA_BENCH_ROS
+
+bench::ShownRect findOnScreen(ChildProcess& program, const Camera& camera) {
+    const auto end = Clock::now() + ChildProcess::a_patience;
+    while (Clock::now() < end) {
+        if (const std::optional<bench::ShownRect> rect = bench::ScreenWatch::find(camera.fWidth)) {
+            return *rect;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    throw std::runtime_error("no picture is shown: " + program.output() + program.errors());
+}
+
+/** Debian's package of the viewer lacks the description by which ROS finds its parts. */
+void describeImageView(const QString& folder) {
+    const QDir package(folder + QStringLiteral("/image_view"));
+    package.mkpath(QStringLiteral("lib"));
+    const auto write = [&package](const char* name, const char* text) {
+        std::ofstream(package.filePath(QLatin1String(name)).toStdString()) << text;
+    };
+    write("package.xml",
+          "<package><name>image_view</name><version>1.0.0</version><description/>"
+          "<maintainer email='none@localhost'>none</maintainer><license>BSD</license>"
+          "<run_depend>nodelet</run_depend>"
+          "<export><nodelet plugin='${prefix}/plugins.xml'/></export></package>");
+    write("plugins.xml",
+          "<library path='lib/libimage_view'><class name='image_view/image' "
+          "type='image_view::ImageNodelet' base_class_type='nodelet::Nodelet'>"
+          "<description/></class></library>");
+    QFile::link(QStringLiteral(OBVISTA_ROS_IMAGE_VIEW_LIBRARY),
+                package.filePath(QStringLiteral("lib/libimage_view.so")));
+    ::setenv("ROS_PACKAGE_PATH", (folder.toStdString() + ":/usr/share").c_str(), 1);
+}
+
+void measureImageView(const Camera& camera, double time) {
+    const QTemporaryDir folder;
+    describeImageView(folder.path());
+    const std::string masterPort = std::to_string(obvista_test::freePort());
+    ::setenv("ROS_MASTER_URI", ("http://127.0.0.1:" + masterPort).c_str(), 1);
+    ::setenv("ROS_IP", "127.0.0.1", 1);
+    const RobotProcess robot;
+    set(robot.port(), camera);
+    const ChildProcess master({"rosmaster", "--core", "-p", masterPort});
+    const ChildProcess publisher({OBVISTA_BENCH_ROS, std::to_string(robot.port())});
+    ChildProcess program({"/usr/lib/image_view/image_view", "image:=/image", "_autosize:=true"});
+    print(camera, "image_view", observe(program, findOnScreen(program, camera), time));
+}
+
+#endif
+
+void measureKind(const std::string& kind, const Camera& camera, double time) {
+#ifdef OBVISTA_BENCH_ROS
+    if (kind == "image_view") {
+        measureImageView(camera, time);
+        return;
+    }
+#endif
+    measure(kind, camera, time);
+}
+
+std::vector<std::string> allKinds() {
+    std::vector<std::string> kinds{"viewer", "label", "slowed"};
+#ifdef OBVISTA_BENCH_ROS
+    kinds.insert(kinds.begin() + 2, "image_view");
+#endif
+    return kinds;
 }
 
 }  // namespace
@@ -206,14 +281,14 @@ void measure(const std::string& kind, const Camera& camera, double time) {
 int main(int argc, char** argv) {
     const QGuiApplication application(argc, argv);
     const double time = argc > 1 ? std::atof(argv[1]) : 10;
-    std::vector<std::string> kinds{"viewer", "label", "slowed"};
+    std::vector<std::string> kinds = allKinds();
     if (argc > 2) {
         kinds.assign(argv + 2, argv + argc);
     }
     try {
         for (const Camera& camera : a_cameras) {
             for (const std::string& kind : kinds) {
-                measure(kind, camera, time);
+                measureKind(kind, camera, time);
             }
         }
     } catch (const std::exception& failure) {

@@ -28,7 +28,7 @@ int main(int argc, char** argv) {
     QMainWindow window;
     QWidget* viewer = plugin->createWidget(&window, "127.0.0.1", std::atoi(argv[2]), "/nowhere/");
     window.setCentralWidget(viewer);
-    bench::fillScreen(window);
+    bench::showLarge(window);
     auto* view = viewer->findChild<QWidget*>(QStringLiteral("cameraPicture"));
     const QSize picture(std::atoi(argv[3]), std::atoi(argv[4]));
     // Pixel for pixel where there is room, as in the bare window.
