@@ -1,6 +1,7 @@
 #include "frame_codec.h"
 
 #include "failure.h"
+#include "grpc_handover.h"
 #include "limits.h"
 #include "message_codec.h"
 
@@ -134,10 +135,15 @@ FrameEncoder::~FrameEncoder() = default;
 
 grpc::Slice FrameEncoder::xSlice(std::size_t size) const {
     using Holder = std::shared_ptr<const Bytes>;
+    const auto letGo = [](void* holder) {
+        takeFromGrpc(holder);
+        delete static_cast<Holder*>(holder);
+    };
     // gRPC takes bytes that are not const, and does not write to them.
     auto* const begin = const_cast<unsigned char*>(fBytes->fData.get() + fOffset);
-    return grpc::Slice(
-        begin, size, [](void* holder) { delete static_cast<Holder*>(holder); }, new Holder(fBytes));
+    auto* const holder = new Holder(fBytes);
+    giveToGrpc(holder);
+    return {begin, size, letGo, holder};
 }
 
 grpc::ByteBuffer FrameEncoder::next() {
