@@ -34,8 +34,9 @@ std::optional<FrameStamp> readFrameStamp(const std::function<int(int x, int y)>&
     const double block = width / a_columns;
     Bytes bytes{};
     for (int bit = 0; bit < a_columns * a_rows; ++bit) {
+        const int row = bit / a_columns;
         const int x = left + static_cast<int>((bit % a_columns + 0.5) * block);
-        const int y = top + static_cast<int>((bit / a_columns + 0.5) * block);
+        const int y = top + static_cast<int>((row + 0.5) * block);
         const unsigned value = luma(x, y) >= a_lightest ? 1 : 0;
         unsigned char& byte = bytes[static_cast<std::size_t>(bit) / 8];
         byte = static_cast<unsigned char>(byte << 1U | value);

@@ -24,6 +24,7 @@ std::vector<CameraMode> modes(const std::vector<Size>& sizes, const std::vector<
     const std::vector<KVPixelFormat> formats{KVPixelFormat::Rgb888, KVPixelFormat::Yuv422,
                                              KVPixelFormat::Grey8, KVPixelFormat::Jpeg};
     std::vector<CameraMode> result;
+    result.reserve(sizes.size());
     for (const Size& size : sizes) {
         result.push_back({size.fWidth, size.fHeight, formats, rates});
     }

@@ -62,9 +62,11 @@ void drawFloor(Projector& projector) {
     const auto columns = static_cast<int>(2 * a_halfLength / a_tile);
     const auto rows = static_cast<int>(2 * a_halfWidth / a_tile);
     for (int i = 0; i < columns * rows; ++i) {
-        const double x = i % columns * a_tile - a_halfLength;
-        const double y = i / columns * a_tile - a_halfWidth;
-        const bool light = (i % columns + i / columns) % 2 == 0;
+        const int column = i % columns;
+        const int row = i / columns;
+        const double x = column * a_tile - a_halfLength;
+        const double y = row * a_tile - a_halfWidth;
+        const bool light = (column + row) % 2 == 0;
         projector.drawPolygon(
             {{x, y, 0}, {x + a_tile, y, 0}, {x + a_tile, y + a_tile, 0}, {x, y + a_tile, 0}},
             lit(light ? a_lightTile : a_darkTile, lightAt({x, y, 0})));
@@ -82,7 +84,9 @@ void drawCeiling(Projector& projector) {
 void drawWall(Projector& projector, const Wall& wall) {
     constexpr double panel = 0.5;
     constexpr double skirting = 0.1;
-    for (double left = -wall.fHalf; left < wall.fHalf; left += panel) {
+    const auto panels = static_cast<int>(2 * wall.fHalf / panel);
+    for (int i = 0; i < panels; ++i) {
+        const double left = i * panel - wall.fHalf;
         const Vector middle = wall.at(left + panel / 2, 0);
         drawOnWall(projector, wall, left, left + panel, 0, a_height,
                    lit(wall.fColour, lightAt(middle)));

@@ -37,8 +37,9 @@ void drawStamp(Canvas& canvas, std::uint64_t number, std::int64_t time) {
     const Bytes bytes = stampBytes(number, time);
     for (unsigned bit = 0; bit < a_columns * a_rows; ++bit) {
         const bool white = (bytes[bit / 8] >> (7 - bit % 8) & 1U) != 0;
+        const unsigned row = bit / a_columns;
         const double left = bit % a_columns * block;
-        const double top = bit / a_columns * block;
+        const double top = row * block;
         canvas.fillRectangle(left, top, left + block, top + block, white ? a_white : a_black);
     }
 }
