@@ -1,0 +1,180 @@
+// What it takes the memory viewer to show a robot of 10,000 keys of which 1,000 change 50 times a
+// second, beside a table of 50 keys of that robot that does nothing else. The robot, the viewer
+// and this program are processes of their own. This one sets a value at the robot again and again
+// and looks at the screen until it stands there, so the time includes the way to the robot, and is
+// what a user sees. It looks every millisecond or two.
+//
+//   memoryviewer_bench [SECONDS [KIND...]]
+//
+// SECONDS are for each kind (30 when nothing is said; 600 for the longest hold of the event loop,
+// 1800 for the growth of memory, which means nothing in a short run). KINDs are viewer, table and
+// sorted (the viewer sorted by value, for which all 10,000 keys are subscribed); all when nothing
+// is said. It needs an X server: tests/support/run_isolated --display xvfb -- PROGRAM.
+//
+// Wanted of the viewer: 25 % of a core, holds of 100 ms, 60 ms to the screen, 2 MB an hour.
+#include "cell_watch.h"
+#include "figures.h"
+#include "memory_slope.h"
+
+#include <robaxi/kv_broker.h>
+#include <robaxi/kv_proxy.h>
+
+#include <QGuiApplication>
+
+#include <child_process.h>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <random>
+#include <robot_process.h>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using obvista_test::ChildProcess;
+using obvista_test::RobotProcess;
+using Clock = std::chrono::steady_clock;
+using Milliseconds = std::chrono::duration<double, std::milli>;
+
+const RobotProcess::Settings a_robot{{"--keys", "10000", "--changing", "1000", "--rate", "50"}};
+constexpr const char* a_littleInk = "-";
+constexpr const char* a_muchInk = "WWWWWWWW";
+constexpr std::chrono::milliseconds a_look{1};
+constexpr std::chrono::seconds a_longestWait{5};
+constexpr std::chrono::seconds a_settling{2};
+
+/** The rectangle that a program says its cell stands in. */
+QRect cellOf(ChildProcess& program) {
+    const bool isTold = program.waitForOutput("cell ") && program.waitForOutput("hold ");
+    const std::string output = program.output();
+    int left = 0;
+    int top = 0;
+    int width = 0;
+    int height = 0;
+    if (!isTold || std::sscanf(output.c_str() + output.find("cell "), "cell %d %d %d %d", &left,
+                               &top, &width, &height) != 4) {
+        throw std::runtime_error("no cell is shown: " + output + program.errors());
+    }
+    return {left, top, width, height};
+}
+
+/** The newest figure of that name that a program has written. */
+double toldFigure(const ChildProcess& program, const std::string& name) {
+    const std::string output = program.output();
+    const std::size_t at = output.rfind(name + ' ');
+    return at == std::string::npos ? 0 : std::atof(output.c_str() + at + name.size());
+}
+
+/** Sets the value of the cell and sees it appear. */
+class Probe {
+  public:
+    Probe(int port, const QRect& cell)
+        : fBroker(KVBroker::createBroker("Bench", "", 0, "", 0, 0, "", true)),
+          fBallamor("KVBallamor", RobotProcess::address(), port, fBroker, 5, 0),
+          fCell(cell) {
+        const int little = xInkOf(a_littleInk);
+        const int much = xInkOf(a_muchInk);
+        if (much < 2 * little + 10) {
+            throw std::runtime_error(
+                "the value that is set does not appear in the cell: " + std::to_string(little) +
+                " and " + std::to_string(much) + " pixels");
+        }
+        fThreshold = (little + much) / 2;
+    }
+
+    /** @return milliseconds until it stood on the screen */
+    double run() {
+        fIsMuch = !fIsMuch;
+        const auto begin = Clock::now();
+        xSend(fIsMuch ? a_muchInk : a_littleInk);
+        while ((fCell.ink() > fThreshold) != fIsMuch) {
+            if (Clock::now() - begin > a_longestWait) {
+                throw std::runtime_error("a value that was set did not appear");
+            }
+            std::this_thread::sleep_for(a_look);
+        }
+        return Milliseconds(Clock::now() - begin).count();
+    }
+
+  private:
+    void xSend(const char* text) { fBallamor.callVoid("sendClipboard", std::string(text)); }
+
+    int xInkOf(const char* text) {
+        xSend(text);
+        std::this_thread::sleep_for(a_settling);
+        return fCell.ink();
+    }
+
+    boost::shared_ptr<KVBroker> fBroker;
+    KVProxy fBallamor;
+    bench::CellWatch fCell;
+    int fThreshold = 0;
+    bool fIsMuch = true;
+};
+
+/** A while that is no multiple of the period of anything. */
+void rest(std::mt19937& random) {
+    constexpr int least = 80;
+    constexpr int spread = 80;
+    std::this_thread::sleep_for(
+        std::chrono::milliseconds(least + static_cast<int>(random() % spread)));
+}
+
+std::vector<std::string> command(const std::string& kind, int port) {
+    if (kind == "table") {
+        return {OBVISTA_BENCH_TABLE, std::to_string(port)};
+    }
+    std::vector<std::string> words{OBVISTA_BENCH_VIEWER, OBVISTA_MEMORYVIEWER,
+                                   std::to_string(port)};
+    if (kind == "sorted") {
+        words.push_back(kind);
+    }
+    return words;
+}
+
+void measure(const std::string& kind, double time) {
+    const RobotProcess robot(a_robot);
+    ChildProcess program(command(kind, robot.port()));
+    Probe probe(robot.port(), cellOf(program));
+    bench::MemorySlope memory(program.pid());
+    std::vector<double> delays;
+    std::mt19937 random(1);
+    const double processor = bench::processorSeconds(program.pid());
+    const auto begin = Clock::now();
+    while (Clock::now() - begin < std::chrono::duration<double>(time) || delays.empty()) {
+        delays.push_back(probe.run());
+        memory.look();
+        rest(random);
+    }
+    const double length = std::chrono::duration<double>(Clock::now() - begin).count();
+    const double share = 100 * (bench::processorSeconds(program.pid()) - processor) / length;
+    std::printf(
+        "%-7s %5.1f %% of a core   longest hold %6.1f ms (%6.1f while opening)"
+        "   to the screen %6.1f ms median %6.1f ms 95th percentile   %+7.2f MB an hour\n",
+        kind.c_str(), share, toldFigure(program, "hold"), toldFigure(program, "opening"),
+        bench::median(delays), bench::quantile(delays, 0.95), memory.megabytesAnHour());
+    std::fflush(stdout);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const QGuiApplication application(argc, argv);
+    const double time = argc > 1 ? std::atof(argv[1]) : 30;
+    std::vector<std::string> kinds{"viewer", "table", "sorted"};
+    if (argc > 2) {
+        kinds.assign(argv + 2, argv + argc);
+    }
+    try {
+        for (const std::string& kind : kinds) {
+            measure(kind, time);
+        }
+    } catch (const std::exception& failure) {
+        std::fprintf(stderr, "%s: %s\n", argv[0], failure.what());
+        return EXIT_FAILURE;
+    }
+    return EXIT_SUCCESS;
+}

@@ -1,0 +1,133 @@
+// The memory viewer in a window, as the host shows it, until it is killed. Beside the key that is
+// probed, the branches of the first drives that change are open, so that what is seen changes.
+//
+//   memoryviewer_bench_viewer PLUGIN ROBOT_PORT [sorted]
+//
+// "sorted" sorts by value, for which the viewer needs the values of all keys.
+#include "host_window.h"
+
+#include <QApplication>
+#include <QMainWindow>
+#include <QPluginLoader>
+#include <QTreeView>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <widget_interface.h>
+
+namespace {
+
+constexpr int a_openUnits = 5;
+
+/** The row of a key by its path, as a tree by "/"; invalid when there is none. */
+QModelIndex rowOf(const QAbstractItemModel& model, const QString& path) {
+    QModelIndex row;
+    for (const QString& segment : path.split(QLatin1Char('/'))) {
+        QModelIndex next;
+        for (int i = 0; i < model.rowCount(row) && !next.isValid(); ++i) {
+            const QModelIndex child = model.index(i, 0, row);
+            next = child.data().toString() == segment ? child : QModelIndex();
+        }
+        if (!next.isValid()) {
+            return {};
+        }
+        row = next;
+    }
+    return row;
+}
+
+/** The tree that shows the key that is probed. */
+QTreeView& treeOf(const QWidget& viewer) {
+    for (QTreeView* tree : viewer.findChildren<QTreeView*>()) {
+        if (tree->model() != nullptr && rowOf(*tree->model(), bench::a_probedKey).isValid()) {
+            return *tree;
+        }
+    }
+    throw std::runtime_error("no tree of the viewer shows the key that is probed");
+}
+
+int valueColumnOf(const QAbstractItemModel& model) {
+    for (int column = 0; column < model.columnCount(); ++column) {
+        if (model.headerData(column, Qt::Horizontal).toString() == QLatin1String("Value")) {
+            return column;
+        }
+    }
+    throw std::runtime_error("the viewer has no column of values");
+}
+
+void open(QTreeView& tree, const QString& path) {
+    for (QModelIndex row = rowOf(*tree.model(), path); row.isValid(); row = row.parent()) {
+        tree.expand(row);
+    }
+}
+
+void sortBy(QTreeView& tree, int column) {
+    if (!tree.isSortingEnabled()) {
+        throw std::runtime_error("the viewer sorts nothing");
+    }
+    tree.sortByColumn(column, Qt::AscendingOrder);
+}
+
+void arrange(const QWidget& viewer, bool isSorted) {
+    QTreeView& tree = treeOf(viewer);
+    open(tree, QStringLiteral("Ballamor"));
+    for (int unit = 0; unit < a_openUnits; ++unit) {
+        open(tree, QStringLiteral("Load/Unit%1/Drive0").arg(unit, 3, 10, QLatin1Char('0')));
+    }
+    if (isSorted) {
+        sortBy(tree, valueColumnOf(*tree.model()));
+    }
+}
+
+void tellCell(const QWidget& viewer) {
+    QTreeView& tree = treeOf(viewer);
+    const QAbstractItemModel& model = *tree.model();
+    const QModelIndex key = rowOf(model, bench::a_probedKey);
+    tree.scrollTo(key);
+    bench::tellWhereShown(tree, key.sibling(key.row(), valueColumnOf(model)));
+}
+
+/** An exception cannot pass through the event loop. */
+template <typename Step>
+void endWhenItFails(Step step) {
+    try {
+        step();
+    } catch (const std::exception& failure) {
+        std::fprintf(stderr, "%s\n", failure.what());
+        std::exit(EXIT_FAILURE);
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    QApplication application(argc, argv);
+    if (argc < 3) {
+        std::fputs("usage: memoryviewer_bench_viewer PLUGIN ROBOT_PORT [sorted]\n", stderr);
+        return EXIT_FAILURE;
+    }
+    const bool isSorted = argc > 3;
+    QPluginLoader loader(QString::fromLocal8Bit(argv[1]));
+    auto* plugin = qobject_cast<WidgetInterface*>(loader.instance());
+    if (plugin == nullptr) {
+        std::fprintf(stderr, "%s\n", qPrintable(loader.errorString()));
+        return EXIT_FAILURE;
+    }
+    QMainWindow window;
+    QWidget* viewer = plugin->createWidget(&window, "127.0.0.1", std::atoi(argv[2]), "/nowhere/");
+    window.setCentralWidget(viewer);
+    bench::fillScreen(window);
+    std::optional<bench::LoopWatch> watch(std::in_place, "opening");
+    QTimer::singleShot(bench::a_settling, viewer, [viewer, isSorted] {
+        endWhenItFails([viewer, isSorted] { arrange(*viewer, isSorted); });
+    });
+    QTimer::singleShot(2 * bench::a_settling, viewer, [viewer, &watch] {
+        endWhenItFails([viewer] { tellCell(*viewer); });
+        watch.emplace("hold");
+    });
+    return QApplication::exec();
+}
