@@ -49,18 +49,6 @@ Console::Color toColor(const std::string& text) {
     throw UsageError("--color is 'auto' or 'never', not '" + text + "'");
 }
 
-po::options_description describedOptions(Command& command) {
-    po::options_description options("Options", a_lineLength);
-    command.addOptions(options);
-    // clang-format off
-    options.add_options()
-        ("color", po::value<std::string>()->value_name("WHEN")->default_value("auto"),
-         "'auto': colours on a terminal, unless NO_COLOR is set; 'never'")
-        ("help,h", "print this text and end");
-    // clang-format on
-    return options;
-}
-
 po::variables_map parsedOptions(const po::options_description& visible,
                                 const Arguments& arguments) {
     po::options_description all;
@@ -90,13 +78,19 @@ void checkWords(const Words& expected, const Arguments& given) {
     }
 }
 
-std::string capitalised(std::string sentence) {
-    sentence.front() =
-        static_cast<char>(std::toupper(static_cast<unsigned char>(sentence.front())));
-    return sentence;
-}
-
 }  // namespace
+
+po::options_description describedOptions(Command& command) {
+    po::options_description options("Options", a_lineLength);
+    command.addOptions(options);
+    // clang-format off
+    options.add_options()
+        ("color", po::value<std::string>()->value_name("WHEN")->default_value("auto"),
+         "'auto': colours on a terminal, unless NO_COLOR is set; 'never'")
+        ("help,h", "print this text and end");
+    // clang-format on
+    return options;
+}
 
 ParsedCommandLine parseCommandLine(Command& command, const Arguments& arguments) {
     try {
@@ -117,6 +111,12 @@ ParsedCommandLine parseCommandLine(Command& command, const Arguments& arguments)
     } catch (const po::error& mistake) {
         throw UsageError(mistake.what());
     }
+}
+
+std::string capitalised(std::string sentence) {
+    sentence.front() =
+        static_cast<char>(std::toupper(static_cast<unsigned char>(sentence.front())));
+    return sentence;
 }
 
 std::string helpText(Command& command) {
@@ -140,9 +140,7 @@ std::string generalHelpText() {
     }
     text << "\n'robaxi COMMAND --help' says more about each. 'robaxi --version' prints the "
             "version.\n\n"
-            "HOST is a name under which a robot announces itself ('robaxi list' shows them), a "
-            "host\nname or an address; HOST:PORT and [IPv6]:PORT choose a port. Without a port it "
-            "is the one\nthat is announced, or else 9559.\n\nExit status:\n";
+         << a_hostHelp << "\nExit status:\n";
     for (const ExitCode& code : exitCodes()) {
         text << "  " << std::left << std::setw(14) << code.fNumber << code.fMeaning << '\n';
     }

@@ -23,6 +23,18 @@ struct ParsedCommandLine {
  */
 ParsedCommandLine parseCommandLine(Command& command, const std::vector<std::string>& arguments);
 
+/** What --help says of HOST, in whole lines. */
+constexpr const char* a_hostHelp =
+    "HOST is a name under which a robot announces itself ('robaxi list' shows them), a host\n"
+    "name or an address; HOST:PORT and [IPv6]:PORT choose a port. Without a port it is the one\n"
+    "that is announced, or else 9559.\n";
+
+/** The options of a command, with those that all commands have. */
+boost::program_options::options_description describedOptions(Command& command);
+
+/** The sentence with a capital letter at its beginning. */
+std::string capitalised(std::string sentence);
+
 /** What "robaxi COMMAND --help" shows. */
 std::string helpText(Command& command);
 
