@@ -6,7 +6,7 @@ const std::vector<ExitCode>& exitCodes() {
     static const std::vector<ExitCode> codes = {
         {"0", "it worked; for 'doctor': all is well"},
         {"1", "'doctor' found a problem"},
-        {"2", "wrong usage"},
+        {"2", "wrong usage, or settings (robaxi.conf) that cannot be used"},
         {"3", "no robot or computer goes by that name"},
         {"4", "nothing listens there, or no route leads there"},
         {"5", "no answer in time"},
@@ -19,6 +19,8 @@ const std::vector<ExitCode>& exitCodes() {
         {"12", "the results could not be written"},
         {"13", "anything else"},
         {"14", "the camera's picture is damaged or of an unknown format"},
+        {"15", "the robot is not known to be the right one: its certificate is not trusted"},
+        {"16", "the robot takes no more of these: connections, subscriptions, cameras"},
         {"129, 130, 143", "ended by SIGHUP, SIGINT (Ctrl-C), SIGTERM"},
         {"141", "the reader of the results went away"},
     };
@@ -46,6 +48,10 @@ ExitStatus exitStatusOf(KVError::Cause cause) {
         case KVError::Cause::WrongType:
         case KVError::Cause::TooLarge:
             return ExitStatus::NotOffered;
+        case KVError::Cause::NotTrusted:
+            return ExitStatus::NotTrusted;
+        case KVError::Cause::TooMany:
+            return ExitStatus::TooMany;
         case KVError::Cause::RaisedByModule:
             return ExitStatus::RaisedByModule;
         case KVError::Cause::ConnectionLost:

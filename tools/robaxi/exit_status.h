@@ -25,6 +25,8 @@ enum class ExitStatus {
     CannotWrite = 12,
     Internal = 13,
     BadPicture = 14,
+    NotTrusted = 15,
+    TooMany = 16,
     ReaderGone = 141
 };
 

@@ -1,9 +1,19 @@
 #include "robot_link.h"
 
+#include "failure.h"
+
 namespace robaxi_tool {
 
 boost::shared_ptr<KVBroker> makeBroker() {
-    return KVBroker::createBroker("robaxi", "", 0, "", 0, 0, "", false);
+    return KVBroker::createBroker("robaxi", "", 0, "", 0, 0, "", false, loadSettings());
+}
+
+KVSettings loadSettings() {
+    try {
+        return KVSettings::load();
+    } catch (const KVError& error) {
+        throw Failure(ExitStatus::WrongUsage, error.toString());
+    }
 }
 
 RobotLink::RobotLink(const std::string& host, int timeout, Interruption& interruption)

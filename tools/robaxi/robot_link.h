@@ -6,6 +6,7 @@
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_connection.h>
 #include <robaxi/kv_proxy.h>
+#include <robaxi/kv_settings.h>
 
 #include <boost/shared_ptr.hpp>
 
@@ -14,7 +15,11 @@
 
 namespace robaxi_tool {
 
-/** The program's broker; it does not listen. */
+/** The user's settings. @throws Failure WrongUsage with a sentence that names file and line */
+KVSettings loadSettings();
+
+/** The program's broker, with the user's settings; it does not listen. @throws Failure WrongUsage
+ */
 boost::shared_ptr<KVBroker> makeBroker();
 
 /** Finds a robot and connects to it: what every command that talks to one does first. */

@@ -28,6 +28,7 @@ const std::vector<Check>& allChecks() {
         {"multicast", false, checkMulticast},
         {"multicast-route", false, checkMulticastRoute},
         {"mdns-port", false, checkMdnsPort},
+        {"settings", false, checkSettings},
         {"bus", false, checkBus},
         {"daemon", false, checkDaemon},
         {"names", false, checkNames},
@@ -36,6 +37,7 @@ const std::vector<Check>& allChecks() {
         {"announced", true, checkAnnounced},
         {"port", true, checkPort},
         {"protocol", true, checkProtocol},
+        {"access", true, checkAccess},
         {"icon", true, checkIcon},
     };
     return checks;

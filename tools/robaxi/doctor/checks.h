@@ -51,6 +51,8 @@ Finding checkMulticast(Examination&);
 Finding checkMulticastRoute(Examination&);
 /** No firewall of this computer stands before UDP port 5353. */
 Finding checkMdnsPort(Examination&);
+/** The user's settings of the middleware can be used. */
+Finding checkSettings(Examination&);
 /** The system bus answers. */
 Finding checkBus(Examination&);
 /** The Avahi daemon answers. */
@@ -66,8 +68,10 @@ Finding checkHostName(Examination&);
 Finding checkAnnounced(Examination&);
 /** Something listens on the host's port. */
 Finding checkPort(Examination&);
-/** It speaks our version of the protocol and lets us in. */
+/** It speaks our version of the protocol. */
 Finding checkProtocol(Examination&);
+/** It is the robot that it should be, and lets us in. */
+Finding checkAccess(Examination&);
 /** A robot serves its icon. */
 Finding checkIcon(Examination&);
 

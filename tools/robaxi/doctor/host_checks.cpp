@@ -33,6 +33,21 @@ bool isUnreached(const KVError& error) {
     }
 }
 
+bool isOfAccess(const KVError& error) {
+    return error.cause() == KVError::Cause::NotAuthorised ||
+           error.cause() == KVError::Cause::NotTrusted || error.cause() == KVError::Cause::TooMany;
+}
+
+/** The library's sentences: what is wrong, and behind it what to do. */
+Finding split(const KVError& error) {
+    const std::string text = error.toString();
+    const std::size_t end = text.find(". ");
+    if (end == std::string::npos) {
+        return {Verdict::Problem, text, {}};
+    }
+    return {Verdict::Problem, text.substr(0, end + 1), text.substr(end + 2)};
+}
+
 Finding unreached(const Endpoint& endpoint, const KVError& error) {
     const std::string place = placeOf(endpoint);
     switch (error.cause()) {
@@ -129,11 +144,32 @@ Finding checkProtocol(Examination& examination) {
                     "The versions do not match: what listens on " + place +
                         " speaks another version of the Robaxi protocol, or another protocol.",
                     "Check the port; bring robot and computer to matching versions."};
-        case KVError::Cause::NotAuthorised:
-            return {Verdict::Problem, place + " does not let this computer in.",
-                    "Ask the robot's owner for access."};
         default:
-            return {Verdict::Problem, examination.fConnectError->toString(), {}};
+            return isOfAccess(*examination.fConnectError)
+                       ? Finding{Verdict::Skipped,
+                                 "It does not let us in, so its version is not known.",
+                                 {}}
+                       : split(*examination.fConnectError);
+    }
+}
+
+Finding checkAccess(Examination& examination) {
+    if (examination.fIsConnected) {
+        return {Verdict::Good, "It lets this computer in.", {}};
+    }
+    if (examination.fConnectError && isOfAccess(*examination.fConnectError)) {
+        return split(*examination.fConnectError);
+    }
+    return {Verdict::Skipped, "There is no connection.", {}};
+}
+
+Finding checkSettings(Examination& /*examination*/) {
+    try {
+        loadSettings();
+        return {Verdict::Good, "The settings of the middleware can be used.", {}};
+    } catch (const Failure& failure) {
+        return {Verdict::Problem, failure.what(),
+                "Mend the file or the variable; docs/robaxi.md lists what may stand there."};
     }
 }
 
