@@ -42,6 +42,7 @@ constexpr std::chrono::milliseconds a_warmUp{300};
 
 std::vector<std::string> keyNames() {
     std::vector<std::string> names;
+    names.reserve(a_keys);
     for (int i = 0; i < a_keys; ++i) {
         names.push_back("Load/Unit" + std::to_string(1000 + i / 10) + "/Drive" +
                         std::to_string(i % 10) + "/Position");
