@@ -83,6 +83,7 @@ class PanelTest : public QObject {
     void isNotLedAstrayByAKeyWithNonsenseForATime();
     void leavesGapsWhereNothingIsKnown();
     void drawsWhatItWasGiven();
+    void alignsPlotsBelowEachOther();
     void fitsTheValuesAxis();
     void takesTheMostExtremeValues();
     void pausesAndFollowsByKeyboard();
@@ -309,6 +310,33 @@ void PanelTest::drawsWhatItWasGiven() {
     QVERIFY(isDrawnAt(5));
     QVERIFY(!isDrawnAt(15));
     QVERIFY(!isDrawnAt(11));
+}
+
+void PanelTest::alignsPlotsBelowEachOther() {
+    xPlot(QStringLiteral("A"));
+    QVERIFY(fPanel->addCurve(QStringLiteral("Of another unit"), QStringLiteral("m")));
+    fPanel->addCurveToNewPlot(QStringLiteral("B"), QStringLiteral("rad"));
+    fPanel->addCurveToNewPlot(QStringLiteral("C"), QStringLiteral("rad"));
+    for (int i = 0; i < 40; ++i) {
+        xAppend(QStringLiteral("A"), fStart + i * a_second, i);
+        xAppend(QStringLiteral("B"), fStart + i * a_second, 1e6 * i);
+        xAppend(QStringLiteral("C"), fStart + i * a_second, i);
+    }
+    xPause();
+    // Whatever labels come close to the ends of the axis.
+    for (int step = 0; step < 12; ++step) {
+        xTime().show(double(fStart) + step * 0.7 * a_second, double(fStart) + 25.0 * a_second);
+        QVERIFY(xIsDrawn());
+        const auto edges = [this](int plot) {
+            const PlotCanvas* canvas = xCanvas(plot);
+            const int left = canvas->mapTo(fPanel.get(), QPoint()).x();
+            return std::make_pair(left, left + canvas->width());
+        };
+        QTRY_VERIFY(std::abs(edges(1).first - edges(0).first) <= 1);
+        QTRY_VERIFY(std::abs(edges(2).first - edges(0).first) <= 1);
+        QTRY_COMPARE(edges(1).second, edges(0).second);
+        QTRY_COMPARE(edges(2).second, edges(0).second);
+    }
 }
 
 void PanelTest::fitsTheValuesAxis() {

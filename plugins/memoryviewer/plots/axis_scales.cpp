@@ -150,6 +150,11 @@ ValueSpan roomFor(const ValueSpan& span) {
 }
 
 QwtText TimeScaleDraw::label(double value) const {
+    const double fromEnd =
+        std::min(value - scaleDiv().lowerBound(), scaleDiv().upperBound() - value);
+    if (fromEnd * length() < fLabelRoom * scaleDiv().range()) {
+        return plain(QString());
+    }
     return plain(timeText(value, majorStep(scaleDiv())));
 }
 

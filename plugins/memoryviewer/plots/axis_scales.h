@@ -25,10 +25,16 @@ QwtScaleDiv valueScale(double low, double high, int maxLabels);
 /** Bounds in which a span is well seen: finite, apart, and round so that they seldom change. */
 ValueSpan roomFor(const ValueSpan& span);
 
-/** Labels of the time axis. */
+/** Labels of the time axis. None reaches beyond the ends of the axis, so that the plots above,
+ * which have no labels, are as wide. */
 class TimeScaleDraw : public QwtScaleDraw {
   public:
+    /** @param pixels half the width of a label */
+    void setLabelRoom(double pixels) { fLabelRoom = pixels; }
     QwtText label(double value) const override;
+
+  private:
+    double fLabelRoom = 0;
 };
 
 /** Labels of a values axis. */

@@ -18,8 +18,8 @@ constexpr int a_keyRole = Qt::UserRole;
 constexpr int a_nameRole = Qt::UserRole + 1;
 constexpr int a_maxNameLength = 200;
 constexpr int a_maxUnitLength = 24;
-constexpr int a_nameCharacters = 26;
-constexpr int a_valueCharacters = 14;
+constexpr int a_nameCharacters = 30;
+constexpr int a_valueCharacters = 16;
 constexpr int a_lines = 10;
 
 }  // namespace

@@ -50,7 +50,7 @@ constexpr double a_intervalsHeld = 3;
 /** Further from this computer's clock, a time is followed only when no better one comes. */
 constexpr double a_plausibleDistance = 86400 * a_secondInMicroseconds;
 constexpr int a_plausibleFor = 2000;
-constexpr int a_significantDigits = 9;
+constexpr int a_significantDigits = 7;
 constexpr int a_widthInCharacters = 110;
 constexpr int a_heightInLines = 30;
 

@@ -37,6 +37,7 @@ PlotView::PlotView(TimeAxis* time, const PlotHistory* history, QWidget* parent)
       fTime(time),
       fHistory(history),
       fCanvas(new PlotCanvas(time, this)),
+      fTimeLabels(new TimeScaleDraw),
       fGrid(std::make_unique<QwtPlotGrid>()),
       fHoldTime(a_defaultHoldTime) {
     setObjectName(QStringLiteral("plot"));
@@ -45,7 +46,7 @@ PlotView::PlotView(TimeAxis* time, const PlotHistory* history, QWidget* parent)
     setFocusProxy(fCanvas);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     setAutoReplot(false);
-    setAxisScaleDraw(xBottom, new TimeScaleDraw);
+    setAxisScaleDraw(xBottom, fTimeLabels);
     setAxisScaleDraw(yLeft, new ValueScaleDraw);
     plotLayout()->setAlignCanvasToScales(true);
     for (const int axis : {int(xBottom), int(yLeft)}) {
@@ -104,7 +105,9 @@ CurveItem* PlotView::xItem(int key) const {
 }
 
 void PlotView::setUnit(const QString& unit) {
-    QwtText title(viewer::plainText(unit.toStdString(), a_maxUnitLength), QwtText::PlainText);
+    // A blank takes the room of a unit, so that all plots begin at the same place.
+    const QString text = viewer::plainText(unit.toStdString(), a_maxUnitLength);
+    QwtText title(text.isEmpty() ? QStringLiteral(" ") : text, QwtText::PlainText);
     title.setFont(font());
     setAxisTitle(yLeft, title);
 }
@@ -131,6 +134,7 @@ void PlotView::refresh() {
 void PlotView::xFitTimes() {
     const int character = fontMetrics().averageCharWidth();
     const int labels = fCanvas->width() / std::max(1, a_charactersPerTime * character);
+    fTimeLabels->setLabelRoom(a_charactersPerTime * character / 2.0);
     setAxisScaleDiv(xBottom, timeScale(fTime->left(), fTime->right(), labels));
     if (axisEnabled(xBottom)) {
         const QString day = dayText(fTime->right());

@@ -18,6 +18,7 @@ class CurveItem;
 class PlotCanvas;
 class PlotHistory;
 class TimeAxis;
+class TimeScaleDraw;
 
 /**
  * One plot: curves over the time axis that it shares with others, and a values axis of its own that
@@ -85,6 +86,7 @@ class PlotView : public QwtPlot {
     TimeAxis* fTime;
     const PlotHistory* fHistory;
     PlotCanvas* fCanvas;
+    TimeScaleDraw* fTimeLabels;  // the plot's
     std::unique_ptr<QwtPlotGrid> fGrid;
     std::vector<int> fKeys;
     std::vector<std::unique_ptr<CurveItem>> fItems;
