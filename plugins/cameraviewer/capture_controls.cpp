@@ -25,10 +25,8 @@ constexpr qint64 a_microseconds = 1000;
 
 QString folder() {
     const QString chosen = QSettings().value(QLatin1String(a_folderKey)).toString();
-    if (!chosen.isEmpty()) {
-        return chosen;
-    }
-    return QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+    return chosen.isEmpty() ? QStandardPaths::writableLocation(QStandardPaths::PicturesLocation)
+                            : chosen;
 }
 
 QString shown(const QString& file) {
@@ -37,6 +35,19 @@ QString shown(const QString& file) {
 
 QString sizeText(qint64 bytes) {
     return QLocale::c().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
+}
+
+/** What became of a recording that has ended. */
+QString endText(const RecorderStatus& status) {
+    if (status.fState == RecorderStatus::State::Failed) {
+        return status.fFailure;
+    }
+    if (status.fFrames == 0) {
+        return CaptureControls::tr("Nothing was recorded, as no picture came.");
+    }
+    return CaptureControls::tr("Recorded %1 s (%2) to %3")
+        .arg(QString::number(status.fSeconds, 'f', 1), sizeText(status.fBytes),
+             shown(status.fFile));
 }
 
 QAction* makeAction(const char* objectName, const QString& text, const QString& toolTip,
@@ -163,15 +174,7 @@ void CaptureControls::xToggleRecording() {
 void CaptureControls::xOnRecordingEnded() {
     const RecorderStatus status = fRecorder.status();
     stopRecording();
-    if (status.fState == RecorderStatus::State::Failed) {
-        Q_EMIT told(status.fFailure);
-    } else if (status.fFrames == 0) {
-        Q_EMIT told(tr("Nothing was recorded, as no picture came."));
-    } else {
-        Q_EMIT told(tr("Recorded %1 s (%2) to %3")
-                        .arg(QString::number(status.fSeconds, 'f', 1), sizeText(status.fBytes),
-                             shown(status.fFile)));
-    }
+    Q_EMIT told(endText(status));
     Q_EMIT recordingChanged();
 }
 
