@@ -65,7 +65,7 @@ void KeyStore::remove(const std::vector<std::uint32_t>& ids) {
     Q_EMIT aboutToRemove(gone);
 }
 
-void KeyStore::change(std::vector<KVChange> changes) {
+void KeyStore::change(std::vector<KVChange> changes, std::int64_t arrival) {
     std::vector<ChangedKey> changedKeys;
     changedKeys.reserve(changes.size());
     for (KVChange& change : changes) {
@@ -75,6 +75,9 @@ void KeyStore::change(std::vector<KVChange> changes) {
         }
         MemoryKey& key = *found->second;
         const KVValue::Type oldType = key.type();
+        if (arrival != 0 && key.hasValue()) {
+            fClock.see(change.fTime, arrival);
+        }
         if (xTakeOver(key, change)) {
             changedKeys.push_back({&key, key.type() != oldType});
         }

@@ -36,9 +36,13 @@ class KeyStore : public QObject {
     void add(const std::vector<KVKeyInfo>& keys);
     /** Unknown ones are passed over. */
     void remove(const std::vector<std::uint32_t>& ids);
-    /** Takes new values over. Unknown keys are passed over; a value equal to the present one only
-     *  brings its time. */
-    void change(std::vector<KVChange> changes);
+    /**
+     * Takes new values over. Unknown keys are passed over; a value equal to the present one only
+     * brings its time.
+     *
+     * @param arrival when they came, by this machine's clock; 0 when that is not known
+     */
+    void change(std::vector<KVChange> changes, std::int64_t arrival = 0);
 
     /** Brings rates up to date; to be called about once a second. */
     void endTurn();
@@ -57,7 +61,6 @@ class KeyStore : public QObject {
 
     /** The robot's clock as it can be seen from here. */
     const RobotClock& clock() const { return fClock; }
-    RobotClock& clock() { return fClock; }
     /** Whether the key has changed just now. */
     bool isMarked(const MemoryKey& key) const { return key.fMarkedUntil > fSinceStart.elapsed(); }
     /** Whether any key is marked, so that marks have to go out. */

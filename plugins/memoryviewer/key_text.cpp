@@ -7,7 +7,7 @@
 #include <QDateTime>
 
 #include <algorithm>
-#include <cmath>
+#include <value_entry.h>
 
 namespace memoryviewer {
 
@@ -108,6 +108,12 @@ QVariant keyCellData(const KeyStore& keys, const MemoryKey& key, int column, int
         default:
             return {};
     }
+}
+
+Qt::ItemFlags keyCellFlags(const MemoryKey& key, int column) {
+    const bool isEditable =
+        column == ValueColumn && key.fInfo.fWritable && key.hasValue() && isEnterable(key.type());
+    return isEditable ? Qt::ItemIsDragEnabled | Qt::ItemIsEditable : Qt::ItemIsDragEnabled;
 }
 
 QVariant keyHeaderData(int column, Qt::Orientation orientation, int role) {

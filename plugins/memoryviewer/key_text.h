@@ -21,6 +21,9 @@ QString keyCellText(const KeyStore& keys, const MemoryKey& key, int column);
 /** The same for every role; the name column has only a tool tip. */
 QVariant keyCellData(const KeyStore& keys, const MemoryKey& key, int column, int role);
 
+/** What can be done with a cell beside choosing it: drag it, and edit the value if it can be. */
+Qt::ItemFlags keyCellFlags(const MemoryKey& key, int column);
+
 /** Title of a column. */
 QVariant keyHeaderData(int column, Qt::Orientation orientation, int role);
 

@@ -1,6 +1,6 @@
 #include "memory_delegate.h"
 
-#include "memory_model.h"
+#include "arrangement.h"
 
 namespace memoryviewer {
 
@@ -19,14 +19,14 @@ QColor dimmed(QColor color) {
 }  // namespace
 
 QSize MemoryDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const {
-    const QSize size = QStyledItemDelegate::sizeHint(option, index);
+    const QSize size = ValueDelegate::sizeHint(option, index);
     return {size.width(), size.height() + option.fontMetrics.height() / a_paddingDivisor};
 }
 
 void MemoryDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const {
-    QStyledItemDelegate::initStyleOption(option, index);
+    ValueDelegate::initStyleOption(option, index);
     option->font.setBold(!index.parent().isValid() && index.model()->hasChildren(index));
-    const bool isSecondary = index.column() == UnitColumn || index.column() == TypeColumn;
+    const bool isSecondary = index.column() != NameColumn && index.column() != ValueColumn;
     if (fIsStale || isSecondary) {
         option->palette.setColor(QPalette::Text, dimmed(option->palette.color(QPalette::Text)));
     }

@@ -1,17 +1,17 @@
 #ifndef OBVISTA_MEMORYVIEWER_MEMORY_DELEGATE_H
 #define OBVISTA_MEMORYVIEWER_MEMORY_DELEGATE_H
 
-#include <QStyledItemDelegate>
+#include <value_delegate.h>
 
 namespace memoryviewer {
 
 /** Draws the cells of the tree: the topmost branches bold, units and types dimmed, and everything
  *  dimmed when the values are old. */
-class MemoryDelegate : public QStyledItemDelegate {
+class MemoryDelegate : public ValueDelegate {
     Q_OBJECT
 
   public:
-    using QStyledItemDelegate::QStyledItemDelegate;
+    using ValueDelegate::ValueDelegate;
 
     /** Whether the values are no longer live. The caller has the view painted again. */
     void setStale(bool isStale) { fIsStale = isStale; }

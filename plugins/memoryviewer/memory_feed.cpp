@@ -1,8 +1,18 @@
 #include "memory_feed.h"
 
+#include "robot_clock.h"
+
 #include <utility>
 
 namespace memoryviewer {
+
+namespace {
+
+/** Most changes of keys that are followed closely between two calls of take(). The GUI thread takes
+ *  them 25 times a second; when it does not, it is better to lose some than all memory. */
+constexpr std::size_t a_mostFollowed = 500000;
+
+}  // namespace
 
 void MemoryFeed::setNotice(std::function<void()> notice) {
     const std::lock_guard<std::mutex> lock(fMutex);
@@ -31,6 +41,11 @@ MemoryBatch MemoryFeed::take() {
         batch.fChanged.push_back(std::move(change));
     }
     return batch;
+}
+
+void MemoryFeed::setFollowed(std::unordered_set<std::uint32_t> ids) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    fFollowedIds = std::move(ids);
 }
 
 void MemoryFeed::reportLost(const KVError& error) {
@@ -68,7 +83,12 @@ void MemoryFeed::keysRemoved(const std::vector<std::uint32_t>& ids) {
 void MemoryFeed::valuesChanged(const std::vector<KVChange>& changes) {
     const std::lock_guard<std::mutex> lock(fMutex);
     fPending.fBatch.fUpdates += changes.size();
+    fPending.fBatch.fArrival = RobotClock::localNow();
     for (const KVChange& change : changes) {
+        if (fFollowedIds.count(change.fId) != 0 &&
+            fPending.fBatch.fFollowed.size() < a_mostFollowed) {
+            fPending.fBatch.fFollowed.push_back(change);
+        }
         fPending.fChanged.insert_or_assign(change.fId, change);
     }
     xNotify();

@@ -222,7 +222,8 @@ QVariant MemoryModel::headerData(int section, Qt::Orientation orientation, int r
 
 Qt::ItemFlags MemoryModel::flags(const QModelIndex& index) const {
     const Qt::ItemFlags flags = QAbstractItemModel::flags(index);
-    return index.isValid() && xNode(index).fKey != nullptr ? flags | Qt::ItemIsDragEnabled : flags;
+    const MemoryKey* key = index.isValid() ? xNode(index).fKey : nullptr;
+    return key == nullptr ? flags : flags | keyCellFlags(*key, index.column());
 }
 
 QStringList MemoryModel::mimeTypes() const {

@@ -1,20 +1,35 @@
 #include "memory_viewer_widget.h"
 
+#include "key_store.h"
+#include "key_text.h"
+#include "key_tree.h"
+#include "key_value_source.h"
 #include "memory_delegate.h"
 #include "memory_link.h"
 #include "memory_model.h"
+#include "memory_tool_bar.h"
 #include "value_text.h"
+#include "watch_model.h"
+#include "watch_view.h"
 
 #include <QHeaderView>
 #include <QLabel>
+#include <QMenu>
+#include <QShortcut>
+#include <QSplitter>
 #include <QStackedLayout>
-#include <QTreeView>
+#include <QTime>
 #include <QVBoxLayout>
 
 #include <algorithm>
 #include <cmath>
+#include <csv_recorder.h>
 #include <labels.h>
+#include <limits>
+#include <plot_panel.h>
+#include <recording_bar.h>
 #include <utility>
+#include <write_queue.h>
 
 namespace memoryviewer {
 
@@ -23,13 +38,39 @@ namespace {
 /** Milliseconds between two looks at the feed: more often than the eye follows, and a bound on how
  *  much of the GUI thread a fast robot can take. */
 constexpr int a_frameTime = 40;
-constexpr int a_rateTime = 1000;
+/** Between two looks at what can be seen, and two steps of ages and marks. */
+constexpr int a_tickTime = 200;
+constexpr int a_secondTime = 1000;
+/** A key that is typed soon after another one does not filter twice. */
+constexpr int a_filterDelay = 15;
+constexpr qint64 a_refusalTime = 10000;
+constexpr qint64 a_microsecondsInSecond = 1000000;
 constexpr int a_maxRobotNameLength = 60;
-constexpr int a_nameWidthInCharacters = 40;
-constexpr int a_valueWidthInCharacters = 24;
-constexpr int a_unitWidthInCharacters = 12;
-constexpr int a_widthInCharacters = 110;
+constexpr int a_maxKeyNameLength = 60;
+constexpr int a_widthInCharacters = 120;
 constexpr int a_heightInLines = 38;
+
+CurveShape shapeOf(const MemoryKey& key) {
+    return key.type() == KVValue::Type::Float ? CurveShape::Line : CurveShape::Steps;
+}
+
+bool isPlottable(const MemoryKey& key) {
+    return key.type() == KVValue::Type::Float || key.type() == KVValue::Type::Int ||
+           key.type() == KVValue::Type::Bool;
+}
+
+/** Not-a-number, which makes a gap, for what is no number. */
+double numberOf(const KVValue& value) {
+    switch (value.type()) {
+        case KVValue::Type::Bool:
+            return value.toBool() ? 1 : 0;
+        case KVValue::Type::Int:
+        case KVValue::Type::Float:
+            return value.toFloat();
+        default:
+            return std::numeric_limits<double>::quiet_NaN();
+    }
+}
 
 }  // namespace
 
@@ -37,29 +78,46 @@ MemoryViewerWidget::MemoryViewerWidget(std::shared_ptr<MemoryLink> link, WidgetI
                                        QWidget* parent)
     : ViewerWidget(link, plugin, parent),
       fLink(std::move(link)),
+      fSettings(fLink->robotName()),
       fKeys(new KeyStore(this)),
       fModel(new MemoryModel(fKeys, this)),
-      fDelegate(new MemoryDelegate(this)),
-      fTree(new QTreeView(this)),
+      fWatched(new WatchModel(fKeys, this)),
+      fWrites(std::make_unique<WriteQueue>(fLink->makeWriter())),
+      fValues(std::make_unique<KeyValueSource>(fKeys, fWrites.get())),
+      fRecorder(new CsvRecorder(this)),
+      fToolBar(new MemoryToolBar(this)),
+      fTree(new KeyTree(fModel, this)),
+      fWatchView(new WatchView(fWatched, this)),
+      fDelegate(new MemoryDelegate(fValues.get(), this)),
+      fPlots(new PlotPanel(this)),
+      fRecording(new RecordingBar(fRecorder, this)),
+      fSplitter(new QSplitter(Qt::Vertical, this)),
       fPages(new QStackedLayout),
       fMessage(viewer::makeMessage("memoryMessage", this)),
       fNotice(viewer::makeNotice("memoryNotice", this)),
       fStatus(viewer::makeStatusLine("memoryStatus", this)) {
+    fSituation.fRobot = xRobotText();
     xBuild();
+    xRestore();
+    xConnect();
+    xAddShortcuts();
+    xUpdateTexts();
 
-    fFrameTimer.setSingleShot(true);
-    connect(&fFrameTimer, &QTimer::timeout, this, &MemoryViewerWidget::xOnFrame);
-    connect(&fRateTimer, &QTimer::timeout, this, &MemoryViewerWidget::xUpdateRate);
     fSinceFrame.start();
-    fSinceRate.start();
-    fRateTimer.start(a_rateTime);
+    fSinceSecond.start();
+    fSinceValue.start();
+    fTickTimer.start(a_tickTime);
+    fSecondTimer.start(a_secondTime);
     fLink->feed().setNotice([this] {
         QMetaObject::invokeMethod(
             this, [this] { xOnNotice(); }, Qt::QueuedConnection);
     });
 }
 
-MemoryViewerWidget::~MemoryViewerWidget() = default;
+MemoryViewerWidget::~MemoryViewerWidget() {
+    xSave();
+    fWrites.reset();  // what it tells on its way out would find half a widget
+}
 
 /** Room for the columns and some thirty rows; a docked widget gets its size from here. */
 QSize MemoryViewerWidget::sizeHint() const {
@@ -72,38 +130,106 @@ void MemoryViewerWidget::xBuild() {
     setWindowTitle(tr("Memory viewer"));
     resize(sizeHint());
     setFocusProxy(fTree);
-    xBuildTree();
+    fTree->setItemDelegate(fDelegate);
+    fWatchView->setItemDelegate(fDelegate);
+    fRecording->setRobotName(QString::fromStdString(fLink->robotName()));
+    fPlots->setKeyCheck([this](const QString& name) {
+        const MemoryKey* key = fKeys->find(name.toStdString());
+        return key != nullptr && isPlottable(*key);
+    });
 
+    auto* keys = new QWidget(this);
+    keys->setLayout(fPages);
     fPages->addWidget(fMessage);
     fPages->addWidget(fTree);
+    fSplitter->addWidget(keys);
+    fSplitter->addWidget(fWatchView);
+    fSplitter->addWidget(fPlots);
+    fSplitter->setStretchFactor(0, 3);
+    fSplitter->setStretchFactor(1, 0);
+    fSplitter->setStretchFactor(2, 2);
+    fSplitter->setCollapsible(0, false);
+    fPlots->hide();
+
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
+    column->addWidget(fToolBar);
     column->addWidget(fNotice);
-    column->addLayout(fPages, 1);
+    column->addWidget(fSplitter, 1);
+    column->addWidget(fRecording);
     column->addWidget(fStatus);
-    xUpdateTexts();
 }
 
-void MemoryViewerWidget::xBuildTree() {
-    fTree->setObjectName(QStringLiteral("memoryTree"));
-    fTree->setAccessibleName(tr("Values in the robot's memory"));
-    fTree->setModel(fModel);
-    fTree->setItemDelegate(fDelegate);
-    fTree->setUniformRowHeights(true);
-    fTree->setAlternatingRowColors(true);
-    fTree->setAllColumnsShowFocus(true);
-    fTree->setFrameShape(QFrame::NoFrame);
-    fTree->setTextElideMode(Qt::ElideRight);
+void MemoryViewerWidget::xConnect() {
+    fFrameTimer.setSingleShot(true);
+    fFilterTimer.setSingleShot(true);
+    connect(&fFrameTimer, &QTimer::timeout, this, &MemoryViewerWidget::xOnFrame);
+    connect(&fTickTimer, &QTimer::timeout, this, &MemoryViewerWidget::xOnTick);
+    connect(&fSecondTimer, &QTimer::timeout, this, &MemoryViewerWidget::xOnSecond);
+    connect(&fFilterTimer, &QTimer::timeout, this, &MemoryViewerWidget::xArrange);
+    connect(fToolBar, &MemoryToolBar::filterChanged, this,
+            [this] { fFilterTimer.start(a_filterDelay); });
+    connect(fToolBar, &MemoryToolBar::formChanged, this, &MemoryViewerWidget::xArrange);
+    connect(fToolBar, &MemoryToolBar::rateChanged, this, &MemoryViewerWidget::xPlan);
+    connect(fToolBar, &MemoryToolBar::pauseChanged, this, &MemoryViewerWidget::xOnPause);
+    connect(fKeys, &KeyStore::added, this, &MemoryViewerWidget::xOnKeysAdded);
+    connect(fKeys, &KeyStore::aboutToRemove, this, &MemoryViewerWidget::xOnKeysGoing);
+    connect(fPlots, &PlotPanel::plottedKeysChanged, this, [this] {
+        fPlots->setVisible(!fPlots->plottedKeys().isEmpty());
+        xPlan();
+    });
+    connect(fRecording, &RecordingBar::recordingChanged, this, [this] {
+        fRecordedKeys.clear();
+        xPlan();
+    });
+    connect(fWrites.get(), &WriteQueue::stateChanged, this, [this] { xRepaint(); });
+    connect(fWrites.get(), &WriteQueue::refused, this, &MemoryViewerWidget::xOnWriteRefused);
+    connect(fTree, &QWidget::customContextMenuRequested, this, &MemoryViewerWidget::xShowMenu);
+    connect(fWatchView, &QWidget::customContextMenuRequested, this,
+            &MemoryViewerWidget::xShowWatchMenu);
+    connect(fWatched, &WatchModel::namesChanged, this, &MemoryViewerWidget::xPlan);
+    connect(fTree->header(), &QHeaderView::sectionResized, this,
+            &MemoryViewerWidget::xAlignColumns);
+    connect(fTree->header(), &QHeaderView::sectionMoved, this, &MemoryViewerWidget::xAlignColumns);
+}
 
-    const int character = fontMetrics().averageCharWidth();
-    QHeaderView* header = fTree->header();
-    header->setSectionsMovable(false);
-    header->resizeSection(NameColumn, a_nameWidthInCharacters * character);
-    header->resizeSection(ValueColumn, a_valueWidthInCharacters * character);
-    header->resizeSection(UnitColumn, a_unitWidthInCharacters * character);
-    connect(fModel, &QAbstractItemModel::rowsInserted, this,
-            &MemoryViewerWidget::xExpandNewBranches);
+void MemoryViewerWidget::xAddShortcuts() {
+    const auto add = [this](const QKeySequence& keys, auto* receiver, auto slot) {
+        auto* shortcut = new QShortcut(keys, this);
+        shortcut->setContext(Qt::WidgetWithChildrenShortcut);
+        connect(shortcut, &QShortcut::activated, receiver, slot);
+    };
+    add(QKeySequence::Find, fToolBar, &MemoryToolBar::focusFilter);
+    add(Qt::CTRL + Qt::Key_Space, fToolBar, &MemoryToolBar::togglePause);
+    add(Qt::CTRL + Qt::Key_P, this, [this] { xPlot(false); });
+    add(Qt::CTRL + Qt::Key_D, this, [this] { xWatch(); });
+    add(Qt::CTRL + Qt::Key_Z, this, [this] { fWrites->undo(); });
+    auto* copy = new QShortcut(QKeySequence::Copy, fTree);
+    copy->setContext(Qt::WidgetShortcut);
+    connect(copy, &QShortcut::activated, fTree, &KeyTree::copyRows);
+}
+
+void MemoryViewerWidget::xRestore() {
+    fTree->header()->restoreState(fSettings.value("columns").toByteArray());
+    fToolBar->setFlat(fSettings.value("flat").toBool());
+    fToolBar->setRate(fSettings.value("rate", fToolBar->rate()).toInt());
+    fToolBar->setFilter(fSettings.value("filter").toString());
+    fWatched->setNames(loadWatchedNames(QSettings(), fLink->robotName()));
+    fPlots->restoreState(fSettings.robotValue("plots").toMap());
+    fPlots->setVisible(!fPlots->plottedKeys().isEmpty());
+    xArrange();
+    xAlignColumns();
+}
+
+void MemoryViewerWidget::xSave() {
+    fSettings.setValue("columns", fTree->header()->saveState());
+    fSettings.setValue("flat", fToolBar->isFlat());
+    fSettings.setValue("rate", fToolBar->rate());
+    fSettings.setValue("filter", fToolBar->filter());
+    QSettings watched;
+    saveWatchedNames(watched, fLink->robotName(), fWatched->names());
+    fSettings.setRobotValue("plots", fPlots->saveState());
 }
 
 void MemoryViewerWidget::xOnNotice() {
@@ -118,20 +244,25 @@ void MemoryViewerWidget::xOnFrame() {
     MemoryBatch batch = fLink->feed().take();
     xApply(batch);
     if (batch.fIsClosed) {
-        xSetPhase(fPhase == Phase::Lost ? Phase::Lost : Phase::Closed);
+        const bool isLost = fSituation.fPhase == MemoryPhase::Lost;
+        xSetPhase(isLost ? MemoryPhase::Lost : MemoryPhase::Closed);
         return;
     }
+    xOnEnd(batch);
+}
+
+void MemoryViewerWidget::xOnEnd(const MemoryBatch& batch) {
     switch (batch.fEnd) {
         case MemoryBatch::End::None:
-            xSetPhase(batch.fHasTable ? Phase::Live : fPhase);
+            xSetPhase(batch.fHasTable ? MemoryPhase::Live : fSituation.fPhase);
             break;
         case MemoryBatch::End::Refused:
-            fRefusal = plainText(batch.fEndText);
-            xSetPhase(Phase::Refused);
+            fSituation.fRefusal = plainText(batch.fEndText);
+            xSetPhase(MemoryPhase::Refused);
             break;
         case MemoryBatch::End::Lost:
-            if (fPhase != Phase::Lost) {
-                xSetPhase(Phase::Lost);
+            if (fSituation.fPhase != MemoryPhase::Lost) {
+                xSetPhase(MemoryPhase::Lost);
                 reportLoss();
             }
             break;
@@ -140,52 +271,318 @@ void MemoryViewerWidget::xOnFrame() {
 
 void MemoryViewerWidget::xApply(MemoryBatch& batch) {
     fUpdates += batch.fUpdates;
+    if (batch.fUpdates > 0) {
+        fSinceValue.restart();
+    }
     fKeys->remove(batch.fRemoved);
     fKeys->add(batch.fAdded);
-    fKeys->change(std::move(batch.fChanged));
+    fKeys->change(std::move(batch.fChanged), batch.fArrival);
+    xApplyFollowed(batch.fFollowed);
 }
 
-void MemoryViewerWidget::xSetPhase(Phase phase) {
+void MemoryViewerWidget::xApplyFollowed(const std::vector<KVChange>& changes) {
+    std::vector<PlotSample> samples;
+    std::vector<RecordedChange> rows;
+    for (const KVChange& change : changes) {
+        const MemoryKey* key = fKeys->find(change.fId);
+        if (key == nullptr) {
+            continue;
+        }
+        const int handle = fPlots->keyHandle(QString::fromStdString(key->fInfo.fName));
+        if (handle >= 0) {
+            samples.push_back({handle, change.fTime, numberOf(change.fValue)});
+        }
+        if (fRecorder->isRecording()) {
+            auto& recorded = fRecordedKeys[change.fId];
+            if (!recorded) {
+                recorded =
+                    std::make_shared<RecordedKey>(RecordedKey{key->fInfo.fName, key->fInfo.fUnit});
+            }
+            rows.push_back({change.fTime, recorded, change.fValue});
+        }
+    }
+    fPlots->append(samples);
+    fRecorder->record(std::move(rows));
+}
+
+void MemoryViewerWidget::xSetPhase(MemoryPhase phase) {
     const bool hasContent = fModel->keyCount() > 0;
-    if (phase == fPhase && hasContent == (fPages->currentWidget() == fTree)) {
+    if (phase == fSituation.fPhase && hasContent == (fPages->currentWidget() == fTree)) {
         return;
     }
-    fPhase = phase;
-    if (phase != Phase::WaitingForKeys && phase != Phase::Live) {
-        fRateTimer.stop();
+    fSituation.fPhase = phase;
+    if (phase != MemoryPhase::WaitingForKeys && phase != MemoryPhase::Live) {
+        fTickTimer.stop();
+        fSecondTimer.stop();
         fDelegate->setStale(true);
-        fTree->viewport()->update();
+        xRepaint();
+        fPlots->breakCurves();
+        fWrites->giveUp(tr("the robot is lost"));
+        fRecorder->stop();
     }
     xUpdateTexts();
 }
 
-void MemoryViewerWidget::xExpandNewBranches(const QModelIndex& parent, int first, int last) {
-    if (parent.isValid()) {
+void MemoryViewerWidget::xOnTick() {
+    xPlan();
+    if (fWasFollowing) {
+        xRepaint();  // ages go on, and marks go out
+    }
+    const bool isOld = fSinceRefusal.isValid() && fSinceRefusal.hasExpired(a_refusalTime);
+    if (isOld && !fSituation.fWriteRefusal.isEmpty()) {
+        fSituation.fWriteRefusal.clear();
+        xUpdateTexts();
+    }
+}
+
+void MemoryViewerWidget::xOnSecond() {
+    const double seconds = static_cast<double>(fSinceSecond.restart()) / a_secondTime;
+    fSituation.fUpdates = static_cast<int>(std::lround(static_cast<double>(fUpdates) / seconds));
+    fUpdates = 0;
+    if (fWasFollowing) {
+        fKeys->endTurn();
+        if (fModel->arrangement().isLive() && !fTree->isEditing()) {
+            fModel->rearrange();
+        }
+    } else {
+        fSinceValue.restart();
+    }
+    xUpdateTexts();
+}
+
+void MemoryViewerWidget::xOnKeysAdded(const std::vector<const MemoryKey*>& keys) {
+    for (const MemoryKey* key : keys) {
+        xDescribePlotted(*key);
+    }
+    // Asked for when the rows have found their place on the screen.
+    QMetaObject::invokeMethod(
+        this, [this] { xPlan(); }, Qt::QueuedConnection);
+}
+
+void MemoryViewerWidget::xDescribePlotted(const MemoryKey& key) {
+    const QString name = QString::fromStdString(key.fInfo.fName);
+    if (fPlots->isPlotted(name)) {
+        fPlots->describeKey(name, plainText(key.fInfo.fUnit), shapeOf(key));
+    }
+}
+
+void MemoryViewerWidget::xOnKeysGoing(const std::vector<const MemoryKey*>& keys) {
+    for (const MemoryKey* key : keys) {
+        fPlots->keyGone(QString::fromStdString(key->fInfo.fName));
+        fRecordedKeys.erase(key->fInfo.fId);
+    }
+}
+
+void MemoryViewerWidget::xArrange() {
+    Arrangement arrangement = fModel->arrangement();
+    const bool wasEmpty = arrangement.fFilter.isEmpty();
+    arrangement.fIsFlat = fToolBar->isFlat();
+    arrangement.fFilter = FilterExpression(fToolBar->filter());
+    fTree->setRootIsDecorated(!arrangement.fIsFlat);
+    fModel->setArrangement(arrangement);
+    if (!arrangement.fFilter.isEmpty()) {
+        fTree->openAll();
+    } else if (!wasEmpty) {
+        fTree->scrollTo(fTree->currentIndex());
+    }
+    fSituation.fFilter = fToolBar->filter();
+    fSituation.fFilterFault = arrangement.fFilter.fault();
+    fToolBar->setFilterFault(arrangement.fFilter.fault());
+    xUpdateTexts();
+    xPlan();
+}
+
+void MemoryViewerWidget::xOnPause() {
+    fSituation.fPausedSince = fToolBar->isPaused()
+                                  ? QTime::currentTime().toString(QStringLiteral("HH:mm:ss"))
+                                  : QString();
+    xPlan();
+    xUpdateTexts();
+}
+
+void MemoryViewerWidget::xOnWriteRefused(const std::string& key, const QString& reason) {
+    fSituation.fWriteRefusal =
+        tr("%1 keeps its value: %2").arg(plainText(key, a_maxKeyNameLength), reason);
+    fSinceRefusal.start();
+    fWrites->forget(key);
+    xUpdateTexts();
+}
+
+void MemoryViewerWidget::xShowMenu(const QPoint& position) {
+    const bool hasKeys = !fTree->chosenKeys().empty();
+    QMenu menu(this);
+    const auto add = [&](const QString& text, const QKeySequence& keys, bool isEnabled, auto slot) {
+        QAction* action = menu.addAction(text);
+        action->setShortcut(keys);
+        action->setEnabled(isEnabled);
+        connect(action, &QAction::triggered, this, slot);
+    };
+    const QModelIndex current = fTree->currentIndex();
+    const QModelIndex value = current.sibling(current.row(), ValueColumn);
+    add(tr("Watch"), Qt::CTRL + Qt::Key_D, hasKeys, [this] { xWatch(); });
+    add(tr("Plot"), Qt::CTRL + Qt::Key_P, hasKeys, [this] { xPlot(false); });
+    add(tr("Plot by itself"), {}, hasKeys, [this] { xPlot(true); });
+    menu.addSeparator();
+    add(tr("Edit value"), Qt::Key_F2, fValues->editableValue(value).has_value(),
+        [this, value] { fTree->edit(value); });
+    add(tr("Undo last write"), Qt::CTRL + Qt::Key_Z, fWrites->canUndo(),
+        [this] { fWrites->undo(); });
+    menu.addSeparator();
+    add(tr("Copy name"), {}, hasKeys, [this] { fTree->copyNames(); });
+    add(tr("Copy value"), {}, hasKeys, [this] { fTree->copyValues(); });
+    add(tr("Copy row"), QKeySequence::Copy, hasKeys, [this] { fTree->copyRows(); });
+    menu.exec(fTree->viewport()->mapToGlobal(position));
+}
+
+void MemoryViewerWidget::xShowWatchMenu(const QPoint& position) {
+    QMenu menu(this);
+    connect(menu.addAction(tr("Plot")), &QAction::triggered, this, [this] { xPlot(false); });
+    QAction* remove = menu.addAction(tr("No longer watch"));
+    remove->setShortcut(Qt::Key_Delete);
+    connect(remove, &QAction::triggered, fWatchView, &WatchView::removeChosen);
+    menu.exec(fWatchView->viewport()->mapToGlobal(position));
+}
+
+/** Of the area in which the user works. */
+QStringList MemoryViewerWidget::xChosenNames() const {
+    QStringList names;
+    if (fWatchView->hasFocus()) {
+        for (const QModelIndex& index : fWatchView->selectionModel()->selectedRows()) {
+            names += index.data(KeyNameRole).toString();
+        }
+        return names;
+    }
+    for (const MemoryKey* key : fTree->chosenKeys()) {
+        names += QString::fromStdString(key->fInfo.fName);
+    }
+    return names;
+}
+
+/** Watches the chosen keys, or no longer when all of them are watched. */
+void MemoryViewerWidget::xWatch() {
+    const QStringList names = xChosenNames();
+    const bool areWatched = std::all_of(names.begin(), names.end(), [this](const QString& name) {
+        return fWatched->contains(name);
+    });
+    if (!areWatched) {
+        fWatched->insert(names);
         return;
     }
-    for (int row = first; row <= last; ++row) {
-        fTree->expand(fModel->index(row, NameColumn));
+    for (const QString& name : names) {
+        fWatched->remove(name);
     }
 }
 
-void MemoryViewerWidget::xUpdateRate() {
-    const double seconds = static_cast<double>(fSinceRate.restart()) / a_rateTime;
-    fRate = static_cast<int>(std::lround(static_cast<double>(fUpdates) / seconds));
-    fUpdates = 0;
-    xUpdateTexts();
+/** The columns of both areas stand below each other. */
+void MemoryViewerWidget::xAlignColumns() {
+    const QHeaderView* from = fTree->header();
+    QHeaderView* to = fWatchView->header();
+    for (int position = 0; position < from->count(); ++position) {
+        const int column = from->logicalIndex(position);
+        to->moveSection(to->visualIndex(column), position);
+        to->resizeSection(column, from->sectionSize(column));
+    }
+}
+
+void MemoryViewerWidget::xRepaint() {
+    fTree->viewport()->update();
+    fWatchView->viewport()->update();
+}
+
+void MemoryViewerWidget::xPlot(bool inNewPlot) {
+    bool isFirst = inNewPlot;
+    for (const QString& name : xChosenNames()) {
+        const MemoryKey* key = fKeys->find(name.toStdString());
+        if (key == nullptr || !isPlottable(*key)) {
+            continue;
+        }
+        const QString unit = plainText(key->fInfo.fUnit);
+        const bool fits = isFirst ? fPlots->addCurveToNewPlot(name, unit, shapeOf(*key))
+                                  : fPlots->addCurve(name, unit, shapeOf(*key));
+        if (!fits) {
+            return;
+        }
+        isFirst = false;
+    }
+}
+
+bool MemoryViewerWidget::xIsSeen() const {
+    return isVisible() && !window()->isMinimized();
+}
+
+/** Asks the robot for what is needed now; cheap when that is what it was. */
+void MemoryViewerWidget::xPlan() {
+    SubscriptionNeeds needs;
+    needs.fIsSeen = xIsSeen();
+    needs.fIsPaused = fToolBar->isPaused();
+    const bool isFollowing = needs.fIsSeen && !needs.fIsPaused;
+    needs.fRecorded = xRecordedIds();
+    if (isFollowing) {
+        needs.fVisible = fTree->isVisible() ? fTree->visibleKeys() : std::vector<std::uint32_t>();
+        needs.fWatched = xIdsOf(fWatched->names());
+        needs.fPlotted = xIdsOf(fPlots->plottedKeys());
+        if (fModel->arrangement().isLive()) {
+            needs.fCompared = xAllIds();
+        }
+    }
+    if (fWasFollowing && !isFollowing) {
+        fKeys->resetRates();
+        fPlots->breakCurves();
+    }
+    fWasFollowing = isFollowing;
+    fPlots->setUpdateInterval(a_microsecondsInSecond / fToolBar->rate());
+    std::unordered_set<std::uint32_t> closely(needs.fRecorded.begin(), needs.fRecorded.end());
+    closely.insert(needs.fPlotted.begin(), needs.fPlotted.end());
+    if (closely != fFollowedClosely) {
+        fFollowedClosely = closely;
+        fLink->feed().setFollowed(std::move(closely));
+    }
+    fLink->follow(planSubscription(needs), fToolBar->rate());
+}
+
+std::vector<std::uint32_t> MemoryViewerWidget::xIdsOf(const QStringList& names) const {
+    std::vector<std::uint32_t> ids;
+    for (const QString& name : names) {
+        if (const MemoryKey* key = fKeys->find(name.toStdString())) {
+            ids.push_back(key->fInfo.fId);
+        }
+    }
+    return ids;
+}
+
+/** What is watched and plotted is recorded, or, when nothing is, every key. */
+std::vector<std::uint32_t> MemoryViewerWidget::xRecordedIds() const {
+    if (!fRecorder->isRecording()) {
+        return {};
+    }
+    const std::vector<std::uint32_t> ids = xIdsOf(fWatched->names() + fPlots->plottedKeys());
+    return ids.empty() ? xAllIds() : ids;
+}
+
+std::vector<std::uint32_t> MemoryViewerWidget::xAllIds() const {
+    std::vector<std::uint32_t> ids;
+    ids.reserve(fKeys->size());
+    for (const MemoryKey* key : fKeys->sorted()) {
+        ids.push_back(key->fInfo.fId);
+    }
+    return ids;
 }
 
 void MemoryViewerWidget::xUpdateTexts() {
-    const bool hasContent = fModel->keyCount() > 0;
-    const bool isLive = fPhase == Phase::Live;
-    const QString phaseText = xPhaseText();
-    fMessage->setText(phaseText);
-    fNotice->setText(phaseText + QLatin1Char(' ') + tr("These are the last values received."));
-    fNotice->setVisible(hasContent && !isLive);
-    fPages->setCurrentWidget(hasContent ? static_cast<QWidget*>(fTree) : fMessage);
+    fSituation.fKeys = fKeys->size();
+    fSituation.fShown = static_cast<std::size_t>(fModel->keyCount());
+    fSituation.fRoundTrip = fLink->roundTrip();
+    const bool isQuiet = fWasFollowing && fSinceValue.isValid();
+    fSituation.fQuietSeconds =
+        isQuiet ? static_cast<double>(fSinceValue.elapsed()) / a_secondTime : 0;
 
-    viewer::setStatus(*fStatus, QStringList{xRobotText(), xKeyCountText(), xActivityText()}.join(
-                                    viewer::statusSeparator()));
+    const QString message = messageFor(fSituation);
+    const QString notice = noticeFor(fSituation);
+    fMessage->setText(message);
+    fNotice->setText(notice);
+    fNotice->setVisible(!notice.isEmpty() && (message.isEmpty() || fSituation.isLive()));
+    fPages->setCurrentWidget(message.isEmpty() ? static_cast<QWidget*>(fTree) : fMessage);
+    viewer::setStatus(*fStatus, statusFor(fSituation));
 }
 
 QString MemoryViewerWidget::xRobotText() const {
@@ -193,43 +590,6 @@ QString MemoryViewerWidget::xRobotText() const {
     const QString address = plainText(fLink->address());
     return QStringLiteral("%1%2%3:%4")
         .arg(name, viewer::statusSeparator(), address, QString::number(fLink->port()));
-}
-
-QString MemoryViewerWidget::xKeyCountText() const {
-    const int count = fModel->keyCount();
-    return count == 1 ? tr("1 key") : tr("%1 keys").arg(count);
-}
-
-QString MemoryViewerWidget::xPhaseText() const {
-    switch (fPhase) {
-        case Phase::WaitingForKeys:
-            return tr("Connected. Waiting for the robot's keys\u2026");
-        case Phase::Live:
-            return tr("The robot's memory holds no keys.");
-        case Phase::Refused:
-            return tr("The robot gives no values: %1").arg(fRefusal);
-        case Phase::Lost:
-            return tr("The robot is lost.");
-        case Phase::Closed:
-            return tr("The connection is closed.");
-    }
-    return {};
-}
-
-QString MemoryViewerWidget::xActivityText() const {
-    switch (fPhase) {
-        case Phase::WaitingForKeys:
-            return tr("waiting for keys");
-        case Phase::Live:
-            return fRate == 1 ? tr("1 update a second") : tr("%1 updates a second").arg(fRate);
-        case Phase::Refused:
-            return tr("no values");
-        case Phase::Lost:
-            return tr("robot lost");
-        case Phase::Closed:
-            return tr("connection closed");
-    }
-    return {};
 }
 
 }  // namespace memoryviewer

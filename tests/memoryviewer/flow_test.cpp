@@ -69,7 +69,7 @@ void FlowTest::xFlood(std::uint32_t keyCount, During during) {
     }
     fLink->feed().keysAdded(keys);
     QTRY_VERIFY(indexOf(fWidget.get(), "Flood/0").isValid());
-    fWidget->findChild<QTreeView*>()->expandAll();
+    treeOf(fWidget.get())->expandAll();
 
     std::atomic<bool> isOver{false};
     std::thread robot([&] {
@@ -89,7 +89,7 @@ void FlowTest::xFlood(std::uint32_t keyCount, During during) {
 
 void FlowTest::takesWhatComesAtMostOnceAFrame() {
     int signalsSeen = 0;
-    const auto* model = fWidget->findChild<QTreeView*>()->model();
+    const auto* model = treeOf(fWidget.get())->model();
     connect(model, &QAbstractItemModel::dataChanged, this, [&] { ++signalsSeen; });
     xFlood(1, [&] {
         signalsSeen = 0;
@@ -105,7 +105,7 @@ void FlowTest::takesWhatComesAtMostOnceAFrame() {
 
 void FlowTest::answersTheUserWhileManyKeysChange() {
     xFlood(10000, [&] {
-        auto* tree = fWidget->findChild<QTreeView*>();
+        auto* tree = treeOf(fWidget.get());
         tree->setCurrentIndex(indexOf(fWidget.get(), "Flood/0"));
         const QString before = valueOf(fWidget.get(), "Flood/0");
         for (int i = 0; i < 50; ++i) {
@@ -118,7 +118,7 @@ void FlowTest::answersTheUserWhileManyKeysChange() {
 
 void FlowTest::isQuietWhileNothingChanges() {
     int signalsSeen = 0;
-    const auto* model = fWidget->findChild<QTreeView*>()->model();
+    const auto* model = treeOf(fWidget.get())->model();
     connect(model, &QAbstractItemModel::dataChanged, this, [&] { ++signalsSeen; });
     QTest::qWait(400);
     QCOMPARE(signalsSeen, 0);

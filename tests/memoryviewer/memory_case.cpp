@@ -44,7 +44,7 @@ bool shows(QWidget* viewer, int value) {
 }
 
 bool isLive(QWidget* viewer) {
-    return viewer->findChild<QTreeView*>()->model()->rowCount() > 0;
+    return treeOf(viewer)->model()->rowCount() > 0;
 }
 
 bool saysLost(QWidget* viewer) {

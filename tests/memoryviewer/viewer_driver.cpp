@@ -14,8 +14,12 @@ constexpr int a_valueColumn = 1;
 ViewerDriver::ViewerDriver() : PluginDriver(QStringLiteral("memoryviewer")) {
 }
 
+QTreeView* treeOf(QWidget* viewer) {
+    return viewer->findChild<QTreeView*>(QStringLiteral("memoryTree"));
+}
+
 QModelIndex indexOf(QWidget* viewer, const QString& path) {
-    const QAbstractItemModel* model = viewer->findChild<QTreeView*>()->model();
+    const QAbstractItemModel* model = treeOf(viewer)->model();
     QModelIndex at;
     for (const QString& segment : path.split(QLatin1Char('/'))) {
         const QModelIndex parent = at;
@@ -37,6 +41,7 @@ QModelIndex indexOf(QWidget* viewer, const char* path) {
 
 QString valueOf(QWidget* viewer, const QString& path) {
     const QModelIndex index = indexOf(viewer, path);
+    treeOf(viewer)->scrollTo(index);
     return index.isValid() ? index.sibling(index.row(), a_valueColumn).data().toString()
                            : QString();
 }

@@ -6,6 +6,8 @@
 
 #include <plugin_driver.h>
 
+class QTreeView;
+
 namespace obvista_test {
 
 /** A host of the memory viewer. */
@@ -14,9 +16,11 @@ class ViewerDriver : public PluginDriver {
     ViewerDriver();
 };
 
+QTreeView* treeOf(QWidget* viewer);
 /** The name column's index of a row of the viewer's tree by its path of shown names. */
 QModelIndex indexOf(QWidget* viewer, const QString& path);
 QModelIndex indexOf(QWidget* viewer, const char* path);
+/** Brings the row onto the screen first, since only what is there is followed. */
 QString valueOf(QWidget* viewer, const QString& path);
 QString valueOf(QWidget* viewer, const char* path);
 QString statusOf(QWidget* viewer);

@@ -1,0 +1,147 @@
+#include "key_tree.h"
+
+#include "key_text.h"
+#include "memory_model.h"
+#include "value_text.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QHeaderView>
+
+#include <algorithm>
+
+namespace memoryviewer {
+
+namespace {
+
+constexpr int a_valueWidthInCharacters = 24;
+constexpr int a_figureWidthInCharacters = 10;
+/** Rows beyond those on the screen that are followed, so that scrolling finds values there. */
+constexpr int a_marginRows = 10;
+/** Most keys that are opened, copied or plotted at once. */
+constexpr int a_mostKeysAtOnce = 2000;
+
+QString nameOf(const MemoryKey& key) {
+    return QString::fromStdString(key.fInfo.fName);
+}
+
+QString valueOf(const MemoryKey& key) {
+    return exactValueText(key.fValue);
+}
+
+}  // namespace
+
+KeyTree::KeyTree(MemoryModel* model, QWidget* parent) : QTreeView(parent), fModel(model) {
+    setObjectName(QStringLiteral("memoryTree"));
+    setAccessibleName(tr("Values in the robot's memory"));
+    setModel(model);
+    setUniformRowHeights(true);
+    setAlternatingRowColors(true);
+    setAllColumnsShowFocus(true);
+    setFrameShape(QFrame::NoFrame);
+    setTextElideMode(Qt::ElideRight);
+    setSelectionMode(ExtendedSelection);
+    setDragEnabled(true);
+    setDragDropMode(DragOnly);
+    setEditTriggers(DoubleClicked | EditKeyPressed);
+    setContextMenuPolicy(Qt::CustomContextMenu);
+
+    const int character = fontMetrics().averageCharWidth();
+    header()->setSectionsMovable(true);
+    header()->setContextMenuPolicy(Qt::CustomContextMenu);
+    header()->resizeSection(ValueColumn, a_valueWidthInCharacters * character);
+    for (const int column : {UnitColumn, TypeColumn, RateColumn, AgeColumn}) {
+        header()->resizeSection(column, a_figureWidthInCharacters * character);
+    }
+    header()->setStretchLastSection(false);
+    header()->setSectionResizeMode(NameColumn, QHeaderView::Stretch);
+    sortByColumn(NameColumn, Qt::AscendingOrder);
+    setSortingEnabled(true);
+    connect(model, &QAbstractItemModel::rowsInserted, this, &KeyTree::xExpandNewBranches);
+}
+
+std::vector<std::uint32_t> KeyTree::visibleKeys() const {
+    std::vector<std::uint32_t> ids;
+    const auto add = [&](const QModelIndex& index) {
+        if (const MemoryKey* key = fModel->keyOf(index)) {
+            ids.push_back(key->fInfo.fId);
+        }
+    };
+    QModelIndex index = indexAt(QPoint(0, 0));
+    QModelIndex above = index;
+    for (int row = 0; row < a_marginRows && above.isValid(); ++row) {
+        above = indexAbove(above);
+        add(above);
+    }
+    int margin = 0;
+    for (; index.isValid() && margin < a_marginRows; index = indexBelow(index)) {
+        add(index);
+        margin += visualRect(index).top() > viewport()->height() ? 1 : 0;
+    }
+    return ids;
+}
+
+std::vector<const MemoryKey*> KeyTree::chosenKeys() const {
+    QModelIndexList rows = selectionModel()->selectedRows(NameColumn);
+    std::sort(rows.begin(), rows.end(), [this](const QModelIndex& left, const QModelIndex& right) {
+        return visualRect(left).top() < visualRect(right).top();
+    });
+    std::vector<const MemoryKey*> keys;
+    for (const QModelIndex& row : rows) {
+        xAppendKeys(row, keys);
+    }
+    return keys;
+}
+
+void KeyTree::xAppendKeys(const QModelIndex& index, std::vector<const MemoryKey*>& keys) const {
+    const MemoryKey* key = fModel->keyOf(index);
+    if (key != nullptr) {
+        if (keys.size() < a_mostKeysAtOnce &&
+            std::find(keys.begin(), keys.end(), key) == keys.end()) {
+            keys.push_back(key);
+        }
+        return;
+    }
+    for (int row = 0; row < fModel->rowCount(index); ++row) {
+        xAppendKeys(fModel->index(row, NameColumn, index), keys);
+    }
+}
+
+void KeyTree::openAll() {
+    if (fModel->keyCount() <= a_mostKeysAtOnce) {
+        expandAll();
+    }
+}
+
+void KeyTree::copyNames() {
+    xCopy(&nameOf);
+}
+
+void KeyTree::copyValues() {
+    xCopy(&valueOf);
+}
+
+void KeyTree::copyRows() {
+    xCopy(&rowText);
+}
+
+void KeyTree::xCopy(QString (*textOf)(const MemoryKey&)) const {
+    QStringList lines;
+    for (const MemoryKey* key : chosenKeys()) {
+        lines += textOf(*key);
+    }
+    if (!lines.isEmpty()) {
+        QGuiApplication::clipboard()->setText(lines.join(QLatin1Char('\n')));
+    }
+}
+
+void KeyTree::xExpandNewBranches(const QModelIndex& parent, int first, int last) {
+    if (parent.isValid()) {
+        return;
+    }
+    for (int row = first; row <= last; ++row) {
+        expand(fModel->index(row, NameColumn));
+    }
+}
+
+}  // namespace memoryviewer

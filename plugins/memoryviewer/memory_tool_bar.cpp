@@ -1,0 +1,125 @@
+#include "memory_tool_bar.h"
+
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QLineEdit>
+#include <QToolButton>
+
+#include <array>
+#include <cstdlib>
+
+namespace memoryviewer {
+
+namespace {
+
+constexpr std::array<int, 6> a_rates{1, 2, 5, 10, 20, 50};
+constexpr int a_defaultRate = 10;
+constexpr int a_longestFilter = 500;
+
+}  // namespace
+
+MemoryToolBar::MemoryToolBar(QWidget* parent)
+    : QWidget(parent), fFilter(new QLineEdit(this)), fRate(new QComboBox(this)) {
+    fFilter->setObjectName(QStringLiteral("memoryFilter"));
+    fFilter->setAccessibleName(tr("Filter"));
+    fFilter->setPlaceholderText(tr("Filter: words, re:, type:, changed:"));
+    fFilter->setToolTip(
+        tr("Shows the keys that fit every term:\n"
+           "head pos\twords in the name\n"
+           "-yaw\tnot in the name (before any term)\n"
+           "re:Joint\\d+\tregular expression\n"
+           "type:float\ttype of the value\n"
+           "changed:30\tchanged in the last 30 s (5 when nothing is said)"));
+    fFilter->setClearButtonEnabled(true);
+    fFilter->setMaxLength(a_longestFilter);
+    connect(fFilter, &QLineEdit::textChanged, this, &MemoryToolBar::filterChanged);
+
+    fFlat = xAddButton("memoryFlat", tr("List"), tr("Keys by their whole names instead of a tree"));
+    connect(fFlat, &QToolButton::toggled, this, &MemoryToolBar::formChanged);
+    fPause = xAddButton("memoryPause", tr("Pause"), tr("Keep the present values (Ctrl+Space)"));
+    connect(fPause, &QToolButton::toggled, this, &MemoryToolBar::pauseChanged);
+
+    fRate->setObjectName(QStringLiteral("memoryRate"));
+    fRate->setAccessibleName(tr("Updates a second"));
+    fRate->setToolTip(tr("How often the robot sends what has changed"));
+    for (const int rate : a_rates) {
+        fRate->addItem(tr("%1 Hz").arg(rate), rate);
+    }
+    setRate(a_defaultRate);
+    connect(fRate, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            &MemoryToolBar::rateChanged);
+
+    auto* row = new QHBoxLayout(this);
+    const int space = fontMetrics().height() / 4;
+    row->setContentsMargins(space, space, space, space);
+    row->addWidget(fFilter, 1);
+    row->addWidget(fFlat);
+    row->addWidget(fRate);
+    row->addWidget(fPause);
+    setFocusProxy(fFilter);
+}
+
+QToolButton* MemoryToolBar::xAddButton(const char* objectName, const QString& text,
+                                       const QString& hint) {
+    auto* button = new QToolButton(this);
+    button->setObjectName(QLatin1String(objectName));
+    button->setText(text);
+    button->setToolTip(hint);
+    button->setCheckable(true);
+    button->setFocusPolicy(Qt::TabFocus);
+    return button;
+}
+
+QString MemoryToolBar::filter() const {
+    return fFilter->text();
+}
+
+void MemoryToolBar::setFilter(const QString& filter) {
+    fFilter->setText(filter);
+}
+
+void MemoryToolBar::setFilterFault(const QString& fault) {
+    QPalette colours = palette();
+    if (!fault.isEmpty()) {
+        const bool isDark = colours.color(QPalette::Base).lightness() < 128;
+        colours.setColor(QPalette::Text, isDark ? QColor(255, 140, 140) : QColor(170, 0, 0));
+    }
+    fFilter->setPalette(colours);
+    fFilter->setAccessibleDescription(fault);
+}
+
+bool MemoryToolBar::isFlat() const {
+    return fFlat->isChecked();
+}
+
+void MemoryToolBar::setFlat(bool isFlat) {
+    fFlat->setChecked(isFlat);
+}
+
+int MemoryToolBar::rate() const {
+    return fRate->currentData().toInt();
+}
+
+void MemoryToolBar::setRate(int rate) {
+    int nearest = 0;
+    for (int index = 1; index < fRate->count(); ++index) {
+        const auto distance = [&](int at) { return std::abs(fRate->itemData(at).toInt() - rate); };
+        nearest = distance(index) < distance(nearest) ? index : nearest;
+    }
+    fRate->setCurrentIndex(nearest);
+}
+
+bool MemoryToolBar::isPaused() const {
+    return fPause->isChecked();
+}
+
+void MemoryToolBar::focusFilter() {
+    fFilter->setFocus(Qt::ShortcutFocusReason);
+    fFilter->selectAll();
+}
+
+void MemoryToolBar::togglePause() {
+    fPause->toggle();
+}
+
+}  // namespace memoryviewer

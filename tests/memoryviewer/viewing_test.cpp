@@ -1,0 +1,290 @@
+#include "viewer_driver.h"
+
+#include <QClipboard>
+#include <QComboBox>
+#include <QDockWidget>
+#include <QGuiApplication>
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QPointer>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QToolButton>
+#include <QTreeView>
+#include <QtTest>
+#include <qt_test_main.h>
+
+#include <memory>
+#include <robot_process.h>
+#include <widget_interface.h>
+
+using namespace obvista_test;
+
+/** What a user does in the window, beside a real robot. */
+class ViewingTest : public QObject {
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void filtersWhileTyping();
+    void saysThatNothingFitsTheFilter();
+    void saysWhatIsWrongWithTheFilter();
+    void listsKeysByTheirWholeNames();
+    void sortsByAColumn();
+    void followsAllKeysForALiveSort();
+    void keepsValuesWhilePaused();
+    void remembersFilterFormAndRate();
+    void remembersWhatIsWatchedForTheRobot();
+    void plotsWhatIsChosen();
+    void writesAValueAndUndoesIt();
+    void takesARefusedValueBack();
+    void copiesRowsAsText();
+    void stopsWhenNobodyCanSeeIt();
+    void agreesWithTheRobotAboutRates();
+
+  private:
+    void xOpen();
+    QTreeView* xTree() const { return treeOf(fViewer); }
+    QTreeView* xWatch() const { return fViewer->findChild<QTreeView*>("memoryWatch"); }
+    QLineEdit* xFilter() const { return fViewer->findChild<QLineEdit*>("memoryFilter"); }
+    void xType(const QString& filter);
+    QStringList xTopNames() const;
+    void xChoose(const char* path);
+    void xEdit(const char* path, const QString& text);
+    QString xValue(const char* path) const { return valueOf(fViewer, path); }
+
+    std::unique_ptr<RobotProcess> fRobot;
+    std::unique_ptr<ViewerDriver> fDriver;
+    QPointer<QDockWidget> fDock;
+    QWidget* fViewer = nullptr;
+};
+
+void ViewingTest::init() {
+    QSettings().clear();
+    fRobot = std::make_unique<RobotProcess>();
+    xOpen();
+}
+
+void ViewingTest::cleanup() {
+    fDriver.reset();
+    fRobot.reset();
+}
+
+void ViewingTest::xOpen() {
+    delete fDock;
+    fDriver.reset();
+    fDriver = std::make_unique<ViewerDriver>();
+    fDock = fDriver->dock(fDriver->createWidget(fRobot->port()));
+    fViewer = fDock->widget();
+    QVERIFY(QTest::qWaitForWindowActive(&fDriver->window()));
+    QTRY_VERIFY(xTree()->model()->rowCount() > 0);
+}
+
+void ViewingTest::xType(const QString& filter) {
+    xFilter()->setFocus();
+    xFilter()->clear();
+    QTest::keyClicks(xFilter(), filter);
+}
+
+QStringList ViewingTest::xTopNames() const {
+    QStringList names;
+    for (int row = 0; row < xTree()->model()->rowCount(); ++row) {
+        names += xTree()->model()->index(row, 0).data().toString();
+    }
+    return names;
+}
+
+void ViewingTest::xChoose(const char* path) {
+    const QModelIndex index = indexOf(fViewer, path);
+    QVERIFY2(index.isValid(), path);
+    xTree()->setFocus();
+    xTree()->scrollTo(index);
+    xTree()->setCurrentIndex(index);
+}
+
+void ViewingTest::xEdit(const char* path, const QString& text) {
+    QTRY_VERIFY(!xValue(path).isEmpty());
+    xChoose(path);
+    const QModelIndex index = indexOf(fViewer, path);
+    xTree()->setCurrentIndex(index.sibling(index.row(), 1));
+    QTest::keyClick(xTree(), Qt::Key_F2);
+    QTRY_VERIFY(xTree()->viewport()->findChild<QLineEdit*>() != nullptr);
+    auto* editor = xTree()->viewport()->findChild<QLineEdit*>();
+    editor->selectAll();
+    QTest::keyClicks(editor, text);
+    QTest::keyClick(editor, Qt::Key_Return);
+}
+
+void ViewingTest::filtersWhileTyping() {
+    QTest::keyClick(fViewer, Qt::Key_F, Qt::ControlModifier);
+    QTRY_VERIFY(xFilter()->hasFocus());
+    QTest::keyClicks(xFilter(), QStringLiteral("battery charg"));
+    QTRY_COMPARE(xTopNames(), QStringList{"Battery"});
+    QVERIFY(indexOf(fViewer, "Battery/Charge").isValid());
+    QVERIFY(!indexOf(fViewer, "Battery/Current").isValid());
+    QTRY_VERIFY(!xValue("Battery/Charge").isEmpty());
+    xFilter()->clear();
+    QTRY_VERIFY(indexOf(fViewer, "Battery/Current").isValid());
+}
+
+void ViewingTest::saysThatNothingFitsTheFilter() {
+    xType(QStringLiteral("nosuchkey"));
+    QTRY_VERIFY2(messageOf(fViewer).contains(QLatin1String("fits the filter \"nosuchkey\"")),
+                 qPrintable(messageOf(fViewer)));
+    QVERIFY(statusOf(fViewer).contains(QLatin1String("0 of ")));
+}
+
+void ViewingTest::saysWhatIsWrongWithTheFilter() {
+    xType(QStringLiteral("battery re:("));
+    QTRY_VERIFY(noticeOf(fViewer).contains(QLatin1String("is no regular expression")));
+    QCOMPARE(xTopNames(), QStringList{"Battery"});
+    xType(QStringLiteral("battery"));
+    QTRY_COMPARE(noticeOf(fViewer), QString());
+}
+
+void ViewingTest::listsKeysByTheirWholeNames() {
+    QTest::mouseClick(fViewer->findChild<QToolButton*>("memoryFlat"), Qt::LeftButton);
+    QTRY_VERIFY(xTopNames().contains(QStringLiteral("Battery/Charge")));
+    QVERIFY(!xTopNames().contains(QStringLiteral("Battery")));
+}
+
+void ViewingTest::sortsByAColumn() {
+    QTest::mouseClick(fViewer->findChild<QToolButton*>("memoryFlat"), Qt::LeftButton);
+    xTree()->sortByColumn(0, Qt::DescendingOrder);
+    const QStringList names = xTopNames();
+    QVERIFY(names.indexOf(QStringLiteral("Battery/Voltage")) <
+            names.indexOf(QStringLiteral("Battery/Charge")));
+}
+
+void ViewingTest::followsAllKeysForALiveSort() {
+    QTest::mouseClick(fViewer->findChild<QToolButton*>("memoryFlat"), Qt::LeftButton);
+    xTree()->sortByColumn(1, Qt::AscendingOrder);
+    const auto* model = xTree()->model();
+    const auto isKnown = [&] {
+        for (int row = 0; row < model->rowCount(); ++row) {
+            if (model->index(row, 5).data().toString().isEmpty()) {
+                return false;
+            }
+        }
+        return true;
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(isKnown(), 10000);
+}
+
+void ViewingTest::keepsValuesWhilePaused() {
+    QTRY_VERIFY(!xValue("Battery/Voltage").isEmpty());
+    xChoose("Battery/Voltage");
+    QTest::keyClick(xTree(), Qt::Key_Space, Qt::ControlModifier);
+    QTRY_VERIFY(noticeOf(fViewer).startsWith(QLatin1String("Paused.")));
+    fDriver->letTimePass();
+    const QString before = xValue("Battery/Voltage");
+    QSignalSpy changed(xTree()->model(), &QAbstractItemModel::dataChanged);
+    fDriver->letTimePass();
+    QCOMPARE(changed.size(), 0);
+    QCOMPARE(xValue("Battery/Voltage"), before);
+    QTest::keyClick(xTree(), Qt::Key_Space, Qt::ControlModifier);
+    QTRY_VERIFY(xValue("Battery/Voltage") != before);
+    QCOMPARE(noticeOf(fViewer), QString());
+}
+
+void ViewingTest::remembersFilterFormAndRate() {
+    xType(QStringLiteral("battery"));
+    QTest::mouseClick(fViewer->findChild<QToolButton*>("memoryFlat"), Qt::LeftButton);
+    auto* rate = fViewer->findChild<QComboBox*>("memoryRate");
+    rate->setCurrentIndex(rate->findData(50));
+    xOpen();
+    QCOMPARE(xFilter()->text(), QStringLiteral("battery"));
+    QCOMPARE(fViewer->findChild<QComboBox*>("memoryRate")->currentData().toInt(), 50);
+    QTRY_VERIFY(xTopNames().contains(QStringLiteral("Battery/Charge")));
+    QVERIFY(!xTopNames().contains(QStringLiteral("Button/Chest")));
+}
+
+void ViewingTest::remembersWhatIsWatchedForTheRobot() {
+    xChoose("Battery/Voltage");
+    QTest::keyClick(xTree(), Qt::Key_D, Qt::ControlModifier);
+    QTRY_COMPARE(xWatch()->model()->rowCount(), 1);
+    xType(QStringLiteral("joint"));
+    const auto value = [this] { return xWatch()->model()->index(0, 1).data().toString(); };
+    QTRY_VERIFY(!value().isEmpty());
+    const QString before = value();
+    QTRY_VERIFY(value() != before);
+    xOpen();
+    QCOMPARE(xWatch()->model()->index(0, 0).data().toString(), QStringLiteral("Battery/Voltage"));
+    xWatch()->setFocus();
+    xWatch()->setCurrentIndex(xWatch()->model()->index(0, 0));
+    QTest::keyClick(xWatch(), Qt::Key_Delete);
+    QCOMPARE(xWatch()->model()->rowCount(), 0);
+}
+
+void ViewingTest::plotsWhatIsChosen() {
+    xChoose("Battery/Voltage");
+    QTest::keyClick(xTree(), Qt::Key_P, Qt::ControlModifier);
+    auto* legend = fViewer->findChild<QTreeView*>("plotLegend");
+    QTRY_VERIFY(legend->isVisible());
+    const auto* model = legend->model();
+    QTRY_VERIFY(!model
+                     ->match(model->index(0, 0), Qt::DisplayRole, "Battery/Voltage", 1,
+                             Qt::MatchContains | Qt::MatchRecursive)
+                     .isEmpty());
+}
+
+void ViewingTest::writesAValueAndUndoesIt() {
+    QTRY_VERIFY(!xValue("Joint/HeadYaw/Stiffness").isEmpty());
+    const QString before = xValue("Joint/HeadYaw/Stiffness");
+    xEdit("Joint/HeadYaw/Stiffness", QStringLiteral("0.25"));
+    QTRY_COMPARE(xValue("Joint/HeadYaw/Stiffness"), QStringLiteral("0.25"));
+    QTRY_VERIFY(
+        (QTest::keyClick(xTree(), Qt::Key_Z, Qt::ControlModifier),
+         QTest::qWaitFor([&] { return xValue("Joint/HeadYaw/Stiffness") == before; }, 1000)));
+}
+
+void ViewingTest::takesARefusedValueBack() {
+    QTRY_VERIFY(!xValue("Joint/HeadYaw/Stiffness").isEmpty());
+    const QString before = xValue("Joint/HeadYaw/Stiffness");
+    xEdit("Joint/HeadYaw/Stiffness", QStringLiteral("7"));
+    QTRY_VERIFY2(
+        noticeOf(fViewer).startsWith(QLatin1String("Joint/HeadYaw/Stiffness keeps its value: ")),
+        qPrintable(noticeOf(fViewer)));
+    QVERIFY2(noticeOf(fViewer).contains(QLatin1String("0 to 1")), qPrintable(noticeOf(fViewer)));
+    QCOMPARE(xValue("Joint/HeadYaw/Stiffness"), before);
+}
+
+void ViewingTest::copiesRowsAsText() {
+    QTRY_VERIFY(!xValue("Audio/Volume").isEmpty());
+    xChoose("Audio/Volume");
+    QTest::keyClick(xTree(), Qt::Key_C, Qt::ControlModifier);
+    QCOMPARE(QGuiApplication::clipboard()->text(),
+             QStringLiteral("Audio/Volume\t%1\t%\tint").arg(xValue("Audio/Volume")));
+}
+
+void ViewingTest::stopsWhenNobodyCanSeeIt() {
+    QTRY_VERIFY(!xValue("Battery/Voltage").isEmpty());
+    QSignalSpy changed(xTree()->model(), &QAbstractItemModel::dataChanged);
+    fDock->hide();
+    // Silent for a second, within a few.
+    QTRY_VERIFY((changed.clear(), QTest::qWait(1000), changed.isEmpty()));
+    fDock->show();
+    QTRY_VERIFY(!changed.isEmpty());
+}
+
+void ViewingTest::agreesWithTheRobotAboutRates() {
+    RobotProcess::Settings settings;
+    settings.fArguments = {"--keys", "100", "--changing", "20", "--rate", "20"};
+    fDriver.reset();
+    fRobot = std::make_unique<RobotProcess>(settings);
+    xOpen();
+    auto* rate = fViewer->findChild<QComboBox*>("memoryRate");
+    rate->setCurrentIndex(rate->findData(50));
+    xType(QStringLiteral("Unit000/Drive0"));
+    const auto shown = [&] {
+        const QModelIndex key = indexOf(fViewer, "Load/Unit000/Drive0/Steps");
+        return key.sibling(key.row(), 4).data().toString().toDouble();
+    };
+    QTRY_VERIFY2_WITH_TIMEOUT(shown() >= 19 && shown() <= 21, qPrintable(QString::number(shown())),
+                              15000);
+}
+
+OBVISTA_QTEST_MAIN(ViewingTest)
+#include "viewing_test.moc"
