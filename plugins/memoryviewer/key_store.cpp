@@ -101,7 +101,6 @@ bool KeyStore::xTakeOver(MemoryKey& key, KVChange& change) {
     if (!isFirst) {
         key.fHasChanged = true;
         key.fMarkedUntil = fSinceStart.elapsed() + a_markTime;
-        fLastMark = key.fMarkedUntil;
     }
     return true;
 }

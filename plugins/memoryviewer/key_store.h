@@ -61,10 +61,11 @@ class KeyStore : public QObject {
 
     /** The robot's clock as it can be seen from here. */
     const RobotClock& clock() const { return fClock; }
+    /** How often the robot is asked, updates a second: no key can be seen to change more often. */
+    double followRate() const { return fFollowRate; }
+    void setFollowRate(double perSecond) { fFollowRate = perSecond; }
     /** Whether the key has changed just now. */
     bool isMarked(const MemoryKey& key) const { return key.fMarkedUntil > fSinceStart.elapsed(); }
-    /** Whether any key is marked, so that marks have to go out. */
-    bool hasMarks() const { return fLastMark > fSinceStart.elapsed(); }
 
   Q_SIGNALS:
     void added(const std::vector<const memoryviewer::MemoryKey*>& keys);
@@ -81,7 +82,7 @@ class KeyStore : public QObject {
     mutable bool fIsSorted = true;
     RobotClock fClock;
     QElapsedTimer fSinceStart;
-    std::int64_t fLastMark = 0;
+    double fFollowRate = 0;
 };
 
 }  // namespace memoryviewer

@@ -18,6 +18,8 @@ constexpr double a_microsecondsInSecond = 1e6;
 constexpr double a_secondsInMinute = 60;
 constexpr double a_secondsInHour = 3600;
 constexpr double a_secondsInDay = 86400;
+/** Part of the rate at which the robot is asked, above which changes may have been merged. */
+constexpr double a_nearFollowRate = 0.85;
 
 QString translated(const char* text) {
     return QCoreApplication::translate("memoryviewer::MemoryModel", text);
@@ -82,7 +84,7 @@ QString keyCellText(const KeyStore& keys, const MemoryKey& key, int column) {
         case TypeColumn:
             return QLatin1String(KVValue::typeName(key.type()));
         case RateColumn:
-            return rateText(key.fRate.perSecond());
+            return rateText(key.fRate.perSecond(), keys.followRate());
         case AgeColumn:
             return key.hasValue() ? ageText(ageOf(keys, key)) : QString();
         default:
@@ -164,8 +166,13 @@ QString ageText(double seconds) {
                                 : translated("%1 d").arg(age / a_secondsInDay, 0, 'f', 1);
 }
 
-QString rateText(double perSecond) {
-    return perSecond > 0 ? QString::number(perSecond, 'f', perSecond < 10 ? 2 : 1) : QString();
+QString rateText(double perSecond, double followRate) {
+    if (perSecond <= 0) {
+        return {};
+    }
+    const QString text = QString::number(perSecond, 'f', perSecond < 10 ? 2 : 1);
+    const bool isLimited = followRate > 0 && perSecond > a_nearFollowRate * followRate;
+    return isLimited ? QStringLiteral("\u2265 ") + text : text;
 }
 
 double ageOf(const KeyStore& keys, const MemoryKey& key) {

@@ -29,8 +29,11 @@ QVariant keyHeaderData(int column, Qt::Orientation orientation, int role);
 
 /** "0.25 s", "3:05 min", "2 h": three digits at most, with a point. */
 QString ageText(double seconds);
-/** "50.0", "0.20"; empty for a key that does not change. */
-QString rateText(double perSecond);
+/**
+ * "5.0", "0.20"; empty for a key that does not change. A rate near that at which the robot is asked
+ * is the least that it can be: "\u2265 10.0".
+ */
+QString rateText(double perSecond, double followRate);
 
 /** Seconds since the value's instant. */
 double ageOf(const KeyStore& keys, const MemoryKey& key);

@@ -39,6 +39,7 @@ KeyTree::KeyTree(MemoryModel* model, QWidget* parent) : QTreeView(parent), fMode
     setAlternatingRowColors(true);
     setAllColumnsShowFocus(true);
     setFrameShape(QFrame::NoFrame);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     setTextElideMode(Qt::ElideRight);
     setSelectionMode(ExtendedSelection);
     setDragEnabled(true);

@@ -48,7 +48,8 @@ constexpr qint64 a_microsecondsInSecond = 1000000;
 constexpr int a_maxRobotNameLength = 60;
 constexpr int a_maxKeyNameLength = 60;
 constexpr int a_widthInCharacters = 120;
-constexpr int a_heightInLines = 38;
+constexpr int a_heightInLines = 44;
+constexpr int a_leastLines = 8;
 
 CurveShape shapeOf(const MemoryKey& key) {
     return key.type() == KVValue::Type::Float ? CurveShape::Line : CurveShape::Steps;
@@ -149,6 +150,7 @@ void MemoryViewerWidget::xBuild() {
     fSplitter->setStretchFactor(1, 0);
     fSplitter->setStretchFactor(2, 2);
     fSplitter->setCollapsible(0, false);
+    keys->setMinimumHeight(a_leastLines * fontMetrics().height());
     fPlots->hide();
 
     auto* column = new QVBoxLayout(this);
@@ -176,7 +178,7 @@ void MemoryViewerWidget::xConnect() {
     connect(fKeys, &KeyStore::added, this, &MemoryViewerWidget::xOnKeysAdded);
     connect(fKeys, &KeyStore::aboutToRemove, this, &MemoryViewerWidget::xOnKeysGoing);
     connect(fPlots, &PlotPanel::plottedKeysChanged, this, [this] {
-        fPlots->setVisible(!fPlots->plottedKeys().isEmpty());
+        xShowPlots(!fPlots->plottedKeys().isEmpty());
         xPlan();
     });
     connect(fRecording, &RecordingBar::recordingChanged, this, [this] {
@@ -217,9 +219,20 @@ void MemoryViewerWidget::xRestore() {
     fToolBar->setFilter(fSettings.value("filter").toString());
     fWatched->setNames(loadWatchedNames(QSettings(), fLink->robotName()));
     fPlots->restoreState(fSettings.robotValue("plots").toMap());
-    fPlots->setVisible(!fPlots->plottedKeys().isEmpty());
+    xShowPlots(!fPlots->plottedKeys().isEmpty());
     xArrange();
     xAlignColumns();
+}
+
+void MemoryViewerWidget::xShowPlots(bool isShown) {
+    if (isShown == !fPlots->isHidden()) {
+        return;
+    }
+    fPlots->setVisible(isShown);
+    const int height = fSplitter->height();
+    const int watched = fWatchView->sizeHint().height();
+    const int plots = isShown ? height * 2 / 5 : 0;
+    fSplitter->setSizes({height - watched - plots, watched, plots});
 }
 
 void MemoryViewerWidget::xSave() {
@@ -480,7 +493,9 @@ void MemoryViewerWidget::xAlignColumns() {
     for (int position = 0; position < from->count(); ++position) {
         const int column = from->logicalIndex(position);
         to->moveSection(to->visualIndex(column), position);
-        to->resizeSection(column, from->sectionSize(column));
+        if (column != NameColumn) {  // which takes the rest in both
+            to->resizeSection(column, from->sectionSize(column));
+        }
     }
 }
 
@@ -501,6 +516,10 @@ void MemoryViewerWidget::xPlot(bool inNewPlot) {
                                   : fPlots->addCurve(name, unit, shapeOf(*key));
         if (!fits) {
             return;
+        }
+        if (fWasFollowing && key->hasValue()) {
+            fPlots->append(
+                {{fPlots->keyHandle(name), fKeys->clock().now(), numberOf(key->fValue)}});
         }
         isFirst = false;
     }
@@ -530,6 +549,7 @@ void MemoryViewerWidget::xPlan() {
         fPlots->breakCurves();
     }
     fWasFollowing = isFollowing;
+    fKeys->setFollowRate(fToolBar->rate());
     fPlots->setUpdateInterval(a_microsecondsInSecond / fToolBar->rate());
     std::unordered_set<std::uint32_t> closely(needs.fRecorded.begin(), needs.fRecorded.end());
     closely.insert(needs.fPlotted.begin(), needs.fPlotted.end());

@@ -78,6 +78,7 @@ class MemoryViewerWidget : public viewer::ViewerWidget {
     void xShowMenu(const QPoint& position);
     void xShowWatchMenu(const QPoint& position);
     void xAlignColumns();
+    void xShowPlots(bool isShown);
     void xRepaint();
 
     bool xIsSeen() const;

@@ -25,6 +25,7 @@ WatchView::WatchView(WatchModel* model, QWidget* parent) : QTreeView(parent), fM
     setAlternatingRowColors(true);
     setAllColumnsShowFocus(true);
     setFrameShape(QFrame::NoFrame);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     setTextElideMode(Qt::ElideRight);
     setSelectionMode(ExtendedSelection);
     setDragDropMode(DragDrop);
@@ -32,6 +33,7 @@ WatchView::WatchView(WatchModel* model, QWidget* parent) : QTreeView(parent), fM
     setEditTriggers(DoubleClicked | EditKeyPressed);
     setContextMenuPolicy(Qt::CustomContextMenu);
     header()->setStretchLastSection(false);
+    header()->setSectionResizeMode(NameColumn, QHeaderView::Stretch);
     header()->hide();
 }
 
