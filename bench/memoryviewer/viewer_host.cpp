@@ -7,6 +7,7 @@
 #include "host_window.h"
 
 #include <QApplication>
+#include <QComboBox>
 #include <QMainWindow>
 #include <QPluginLoader>
 #include <QTreeView>
@@ -21,6 +22,7 @@
 
 namespace {
 
+constexpr int a_rate = 50;
 constexpr int a_openUnits = 5;
 
 /** The row of a key by its path, as a tree by "/"; invalid when there is none. */
@@ -72,7 +74,17 @@ void sortBy(QTreeView& tree, int column) {
     tree.sortByColumn(column, Qt::AscendingOrder);
 }
 
+/** As often as the values change, so that the way to the screen is not one of waiting. */
+void askOften(const QWidget& viewer) {
+    auto* rate = viewer.findChild<QComboBox*>(QStringLiteral("memoryRate"));
+    if (rate == nullptr || rate->findData(a_rate) < 0) {
+        throw std::runtime_error("the viewer has no rate of 50 Hz");
+    }
+    rate->setCurrentIndex(rate->findData(a_rate));
+}
+
 void arrange(const QWidget& viewer, bool isSorted) {
+    askOften(viewer);
     QTreeView& tree = treeOf(viewer);
     open(tree, QStringLiteral("Ballamor"));
     for (int unit = 0; unit < a_openUnits; ++unit) {
