@@ -227,7 +227,8 @@ TEST_F(Frames, ForASlowListenerAreGivenUpForNewerOnes) {
     ASSERT_TRUE(fListener.waitForFrame(last));
     EXPECT_LE(fListener.count(), 4U);
     EXPECT_GE(fListener.fPassedOver, last - 5);
-    EXPECT_EQ(fListener.fPassedOver + fListener.count(), last);
+    // What the robot had no leave to send before a newer one came is neither shown nor passed over.
+    EXPECT_LE(fListener.fPassedOver + fListener.count(), last);
 }
 
 TEST_F(Frames, AreLetGoByTheRobotWhenTheyWereSent) {
