@@ -152,7 +152,7 @@ void CameraBar::xShowSettings() {
 
 /** A size may not go with the present format or rate, and so on: the rest follows what was
  *  chosen. */
-void CameraBar::xWant(CameraSettings wanted) {
+void CameraBar::xWant(const CameraSettings& wanted) {
     const CameraSettings fitted = fittedSettings(fCamera, wanted);
     if (fitted == fCamera.fSettings) {
         xShowSettings();

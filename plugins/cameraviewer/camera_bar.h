@@ -52,7 +52,7 @@ class CameraBar : public QToolBar {
     QComboBox* xAddBox(const char* objectName, const QString& name, const QString& toolTip);
     void xFill(QComboBox& box, const Choices& choices, const QVariant& current);
     void xShowSettings();
-    void xWant(CameraSettings wanted);
+    void xWant(const CameraSettings& wanted);
     Choices xSizes() const;
     Choices xFormats() const;
     Choices xRates() const;

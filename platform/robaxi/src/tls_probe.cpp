@@ -26,7 +26,8 @@ class Handshake {
         : fSocket(
               ::socket(address.fStorage.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)),
           fContext(SSL_CTX_new(TLS_client_method()), &SSL_CTX_free) {
-        ::connect(fSocket.get(), address.raw(), address.fLength);
+        // Under way or refused: the first write or read on the socket will tell.
+        static_cast<void>(::connect(fSocket.get(), address.raw(), address.fLength));
         xTrust(security.trust());
         fSsl.reset(SSL_new(fContext.get()));
         // Memory on both sides, so that what goes to the network goes without a signal when the
