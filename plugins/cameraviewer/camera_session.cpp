@@ -266,7 +266,7 @@ void CameraSession::xChoose(const std::string& name) {
 }
 
 std::string CameraSession::xDefaultCamera() const {
-    const std::string remembered = fMemory.camera();
+    std::string remembered = fMemory.camera();
     const bool isThere = std::any_of(fCameras.begin(), fCameras.end(), [&](const CameraInfo& info) {
         return info.fName == remembered;
     });

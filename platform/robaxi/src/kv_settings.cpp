@@ -87,13 +87,15 @@ class ConfigurationFile {
 
     void xApply(const std::string& section, const ptree& content,
                 const std::vector<SettingsField>& fields) const {
-        for (const auto& [key, value] : content) {
-            const std::string& name = key;
-            if (std::none_of(fields.begin(), fields.end(),
-                             [&name](const SettingsField& field) { return field.fKey == name; })) {
-                xThrow(xLineOf(section, key),
-                       "there is no setting " + key + " in a section " + section);
-            }
+        const auto unknown =
+            std::find_if(content.begin(), content.end(), [&fields](const auto& setting) {
+                return std::none_of(
+                    fields.begin(), fields.end(),
+                    [&setting](const SettingsField& field) { return field.fKey == setting.first; });
+            });
+        if (unknown != content.end()) {
+            xThrow(xLineOf(section, unknown->first),
+                   "there is no setting " + unknown->first + " in a section " + section);
         }
         for (const SettingsField& field : fields) {
             const auto found = content.find(field.fKey);
@@ -165,7 +167,7 @@ void applyEnvironment(const std::vector<SettingsField>& fields) {
 }
 
 std::string configurationFolder() {
-    const std::string configured = environment("XDG_CONFIG_HOME").value_or("");
+    std::string configured = environment("XDG_CONFIG_HOME").value_or("");
     if (!configured.empty() && configured.front() == '/') {
         return configured;
     }

@@ -195,7 +195,7 @@ class DeviceCamera::Pipeline {
         if (buffer == nullptr || gst_buffer_map(buffer, &map, GST_MAP_READ) == FALSE) {
             return;
         }
-        const std::size_t stride = strideOf(sample);
+        const std::size_t stride = xStrideOf(sample);
         KVFrame frame = fIsEncodedHere ? xEncode(map, stride) : xCopy(map, stride);
         frame.fNumber = ++fNumber;
         frame.fTime = microsecondsNow() - xAge(buffer);
@@ -238,7 +238,7 @@ class DeviceCamera::Pipeline {
     }
 
     /** Bytes from one row to the next; 0 for a JPEG. */
-    static std::size_t strideOf(GstSample* sample) {
+    static std::size_t xStrideOf(GstSample* sample) {
         GstCaps* const caps = gst_sample_get_caps(sample);
         GstVideoInfo info;
         if (gst_structure_has_name(gst_caps_get_structure(caps, 0), "video/x-raw") == FALSE ||
