@@ -1,7 +1,10 @@
 #include "memory_viewer_widget.h"
 
+#include "key_actions.h"
+#include "key_curves.h"
+#include "key_follower.h"
+#include "key_recording.h"
 #include "key_store.h"
-#include "key_text.h"
 #include "key_tree.h"
 #include "key_value_source.h"
 #include "memory_delegate.h"
@@ -14,7 +17,6 @@
 
 #include <QHeaderView>
 #include <QLabel>
-#include <QMenu>
 #include <QShortcut>
 #include <QSplitter>
 #include <QStackedLayout>
@@ -25,7 +27,6 @@
 #include <cmath>
 #include <csv_recorder.h>
 #include <labels.h>
-#include <limits>
 #include <plot_panel.h>
 #include <recording_bar.h>
 #include <utility>
@@ -51,28 +52,6 @@ constexpr int a_widthInCharacters = 120;
 constexpr int a_heightInLines = 44;
 constexpr int a_leastLines = 8;
 
-CurveShape shapeOf(const MemoryKey& key) {
-    return key.type() == KVValue::Type::Float ? CurveShape::Line : CurveShape::Steps;
-}
-
-bool isPlottable(const MemoryKey& key) {
-    return key.type() == KVValue::Type::Float || key.type() == KVValue::Type::Int ||
-           key.type() == KVValue::Type::Bool;
-}
-
-/** Not-a-number, which makes a gap, for what is no number. */
-double numberOf(const KVValue& value) {
-    switch (value.type()) {
-        case KVValue::Type::Bool:
-            return value.toBool() ? 1 : 0;
-        case KVValue::Type::Int:
-        case KVValue::Type::Float:
-            return value.toFloat();
-        default:
-            return std::numeric_limits<double>::quiet_NaN();
-    }
-}
-
 }  // namespace
 
 MemoryViewerWidget::MemoryViewerWidget(std::shared_ptr<MemoryLink> link, WidgetInterface* plugin,
@@ -92,6 +71,9 @@ MemoryViewerWidget::MemoryViewerWidget(std::shared_ptr<MemoryLink> link, WidgetI
       fDelegate(new MemoryDelegate(fValues.get(), this)),
       fPlots(new PlotPanel(this)),
       fRecording(new RecordingBar(fRecorder, this)),
+      fCurves(new KeyCurves(fKeys, fPlots, this)),
+      fKeyRecording(new KeyRecording(fKeys, fRecorder, this)),
+      fFollower(std::make_unique<KeyFollower>(fLink, fKeys, fCurves)),
       fSplitter(new QSplitter(Qt::Vertical, this)),
       fPages(new QStackedLayout),
       fMessage(viewer::makeMessage("memoryMessage", this)),
@@ -101,7 +83,6 @@ MemoryViewerWidget::MemoryViewerWidget(std::shared_ptr<MemoryLink> link, WidgetI
     xBuild();
     xRestore();
     xConnect();
-    xAddShortcuts();
     xUpdateTexts();
 
     fSinceFrame.start();
@@ -134,10 +115,6 @@ void MemoryViewerWidget::xBuild() {
     fTree->setItemDelegate(fDelegate);
     fWatchView->setItemDelegate(fDelegate);
     fRecording->setRobotName(QString::fromStdString(fLink->robotName()));
-    fPlots->setKeyCheck([this](const QString& name) {
-        const MemoryKey* key = fKeys->find(name.toStdString());
-        return key != nullptr && isPlottable(*key);
-    });
 
     auto* keys = new QWidget(this);
     keys->setLayout(fPages);
@@ -161,6 +138,8 @@ void MemoryViewerWidget::xBuild() {
     column->addWidget(fSplitter, 1);
     column->addWidget(fRecording);
     column->addWidget(fStatus);
+
+    new KeyActions({fTree, fWatchView, fWatched, fCurves, fValues.get(), fWrites.get()}, this);
 }
 
 void MemoryViewerWidget::xConnect() {
@@ -173,43 +152,28 @@ void MemoryViewerWidget::xConnect() {
     connect(fToolBar, &MemoryToolBar::filterChanged, this,
             [this] { fFilterTimer.start(a_filterDelay); });
     connect(fToolBar, &MemoryToolBar::formChanged, this, &MemoryViewerWidget::xArrange);
-    connect(fToolBar, &MemoryToolBar::rateChanged, this, &MemoryViewerWidget::xPlan);
+    connect(fToolBar, &MemoryToolBar::rateChanged, this, &MemoryViewerWidget::xOnRate);
     connect(fToolBar, &MemoryToolBar::pauseChanged, this, &MemoryViewerWidget::xOnPause);
-    connect(fKeys, &KeyStore::added, this, &MemoryViewerWidget::xOnKeysAdded);
-    connect(fKeys, &KeyStore::aboutToRemove, this, &MemoryViewerWidget::xOnKeysGoing);
+    xAddShortcut(QKeySequence::Find, &MemoryToolBar::focusFilter);
+    xAddShortcut(Qt::CTRL + Qt::Key_Space, &MemoryToolBar::togglePause);
+    connect(fKeys, &KeyStore::added, this, &MemoryViewerWidget::xPlanSoon);
     connect(fPlots, &PlotPanel::plottedKeysChanged, this, [this] {
         xShowPlots(!fPlots->plottedKeys().isEmpty());
         xPlan();
     });
-    connect(fRecording, &RecordingBar::recordingChanged, this, [this] {
-        fRecordedKeys.clear();
-        xPlan();
-    });
+    connect(fRecording, &RecordingBar::recordingChanged, this, &MemoryViewerWidget::xPlan);
     connect(fWrites.get(), &WriteQueue::stateChanged, this, [this] { xRepaint(); });
     connect(fWrites.get(), &WriteQueue::refused, this, &MemoryViewerWidget::xOnWriteRefused);
-    connect(fTree, &QWidget::customContextMenuRequested, this, &MemoryViewerWidget::xShowMenu);
-    connect(fWatchView, &QWidget::customContextMenuRequested, this,
-            &MemoryViewerWidget::xShowWatchMenu);
     connect(fWatched, &WatchModel::namesChanged, this, &MemoryViewerWidget::xPlan);
     connect(fTree->header(), &QHeaderView::sectionResized, this,
             &MemoryViewerWidget::xAlignColumns);
     connect(fTree->header(), &QHeaderView::sectionMoved, this, &MemoryViewerWidget::xAlignColumns);
 }
 
-void MemoryViewerWidget::xAddShortcuts() {
-    const auto add = [this](const QKeySequence& keys, auto* receiver, auto slot) {
-        auto* shortcut = new QShortcut(keys, this);
-        shortcut->setContext(Qt::WidgetWithChildrenShortcut);
-        connect(shortcut, &QShortcut::activated, receiver, slot);
-    };
-    add(QKeySequence::Find, fToolBar, &MemoryToolBar::focusFilter);
-    add(Qt::CTRL + Qt::Key_Space, fToolBar, &MemoryToolBar::togglePause);
-    add(Qt::CTRL + Qt::Key_P, this, [this] { xPlot(false); });
-    add(Qt::CTRL + Qt::Key_D, this, [this] { xWatch(); });
-    add(Qt::CTRL + Qt::Key_Z, this, [this] { fWrites->undo(); });
-    auto* copy = new QShortcut(QKeySequence::Copy, fTree);
-    copy->setContext(Qt::WidgetShortcut);
-    connect(copy, &QShortcut::activated, fTree, &KeyTree::copyRows);
+void MemoryViewerWidget::xAddShortcut(const QKeySequence& keys, void (MemoryToolBar::*slot)()) {
+    auto* shortcut = new QShortcut(keys, this);
+    shortcut->setContext(Qt::WidgetWithChildrenShortcut);
+    connect(shortcut, &QShortcut::activated, fToolBar, slot);
 }
 
 void MemoryViewerWidget::xRestore() {
@@ -222,6 +186,7 @@ void MemoryViewerWidget::xRestore() {
     xShowPlots(!fPlots->plottedKeys().isEmpty());
     xArrange();
     xAlignColumns();
+    xOnRate();
 }
 
 void MemoryViewerWidget::xShowPlots(bool isShown) {
@@ -290,32 +255,8 @@ void MemoryViewerWidget::xApply(MemoryBatch& batch) {
     fKeys->remove(batch.fRemoved);
     fKeys->add(batch.fAdded);
     fKeys->change(std::move(batch.fChanged), batch.fArrival);
-    xApplyFollowed(batch.fFollowed);
-}
-
-void MemoryViewerWidget::xApplyFollowed(const std::vector<KVChange>& changes) {
-    std::vector<PlotSample> samples;
-    std::vector<RecordedChange> rows;
-    for (const KVChange& change : changes) {
-        const MemoryKey* key = fKeys->find(change.fId);
-        if (key == nullptr) {
-            continue;
-        }
-        const int handle = fPlots->keyHandle(QString::fromStdString(key->fInfo.fName));
-        if (handle >= 0) {
-            samples.push_back({handle, change.fTime, numberOf(change.fValue)});
-        }
-        if (fRecorder->isRecording()) {
-            auto& recorded = fRecordedKeys[change.fId];
-            if (!recorded) {
-                recorded =
-                    std::make_shared<RecordedKey>(RecordedKey{key->fInfo.fName, key->fInfo.fUnit});
-            }
-            rows.push_back({change.fTime, recorded, change.fValue});
-        }
-    }
-    fPlots->append(samples);
-    fRecorder->record(std::move(rows));
+    fCurves->append(batch.fFollowed);
+    fKeyRecording->append(batch.fFollowed);
 }
 
 void MemoryViewerWidget::xSetPhase(MemoryPhase phase) {
@@ -338,7 +279,7 @@ void MemoryViewerWidget::xSetPhase(MemoryPhase phase) {
 
 void MemoryViewerWidget::xOnTick() {
     xPlan();
-    if (fWasFollowing) {
+    if (fFollower->isFollowing()) {
         xRepaint();  // ages go on, and marks go out
     }
     const bool isOld = fSinceRefusal.isValid() && fSinceRefusal.hasExpired(a_refusalTime);
@@ -352,7 +293,7 @@ void MemoryViewerWidget::xOnSecond() {
     const double seconds = static_cast<double>(fSinceSecond.restart()) / a_secondTime;
     fSituation.fUpdates = static_cast<int>(std::lround(static_cast<double>(fUpdates) / seconds));
     fUpdates = 0;
-    if (fWasFollowing) {
+    if (fFollower->isFollowing()) {
         fKeys->endTurn();
         if (fModel->arrangement().isLive() && !fTree->isEditing()) {
             fModel->rearrange();
@@ -361,29 +302,6 @@ void MemoryViewerWidget::xOnSecond() {
         fSinceValue.restart();
     }
     xUpdateTexts();
-}
-
-void MemoryViewerWidget::xOnKeysAdded(const std::vector<const MemoryKey*>& keys) {
-    for (const MemoryKey* key : keys) {
-        xDescribePlotted(*key);
-    }
-    // Asked for when the rows have found their place on the screen.
-    QMetaObject::invokeMethod(
-        this, [this] { xPlan(); }, Qt::QueuedConnection);
-}
-
-void MemoryViewerWidget::xDescribePlotted(const MemoryKey& key) {
-    const QString name = QString::fromStdString(key.fInfo.fName);
-    if (fPlots->isPlotted(name)) {
-        fPlots->describeKey(name, plainText(key.fInfo.fUnit), shapeOf(key));
-    }
-}
-
-void MemoryViewerWidget::xOnKeysGoing(const std::vector<const MemoryKey*>& keys) {
-    for (const MemoryKey* key : keys) {
-        fPlots->keyGone(QString::fromStdString(key->fInfo.fName));
-        fRecordedKeys.erase(key->fInfo.fId);
-    }
 }
 
 void MemoryViewerWidget::xArrange() {
@@ -421,71 +339,6 @@ void MemoryViewerWidget::xOnWriteRefused(const std::string& key, const QString& 
     xUpdateTexts();
 }
 
-void MemoryViewerWidget::xShowMenu(const QPoint& position) {
-    const bool hasKeys = !fTree->chosenKeys().empty();
-    QMenu menu(this);
-    const auto add = [&](const QString& text, const QKeySequence& keys, bool isEnabled, auto slot) {
-        QAction* action = menu.addAction(text);
-        action->setShortcut(keys);
-        action->setEnabled(isEnabled);
-        connect(action, &QAction::triggered, this, slot);
-    };
-    const QModelIndex current = fTree->currentIndex();
-    const QModelIndex value = current.sibling(current.row(), ValueColumn);
-    add(tr("Watch"), Qt::CTRL + Qt::Key_D, hasKeys, [this] { xWatch(); });
-    add(tr("Plot"), Qt::CTRL + Qt::Key_P, hasKeys, [this] { xPlot(false); });
-    add(tr("Plot by itself"), {}, hasKeys, [this] { xPlot(true); });
-    menu.addSeparator();
-    add(tr("Edit value"), Qt::Key_F2, fValues->editableValue(value).has_value(),
-        [this, value] { fTree->edit(value); });
-    add(tr("Undo last write"), Qt::CTRL + Qt::Key_Z, fWrites->canUndo(),
-        [this] { fWrites->undo(); });
-    menu.addSeparator();
-    add(tr("Copy name"), {}, hasKeys, [this] { fTree->copyNames(); });
-    add(tr("Copy value"), {}, hasKeys, [this] { fTree->copyValues(); });
-    add(tr("Copy row"), QKeySequence::Copy, hasKeys, [this] { fTree->copyRows(); });
-    menu.exec(fTree->viewport()->mapToGlobal(position));
-}
-
-void MemoryViewerWidget::xShowWatchMenu(const QPoint& position) {
-    QMenu menu(this);
-    connect(menu.addAction(tr("Plot")), &QAction::triggered, this, [this] { xPlot(false); });
-    QAction* remove = menu.addAction(tr("No longer watch"));
-    remove->setShortcut(Qt::Key_Delete);
-    connect(remove, &QAction::triggered, fWatchView, &WatchView::removeChosen);
-    menu.exec(fWatchView->viewport()->mapToGlobal(position));
-}
-
-/** Of the area in which the user works. */
-QStringList MemoryViewerWidget::xChosenNames() const {
-    QStringList names;
-    if (fWatchView->hasFocus()) {
-        for (const QModelIndex& index : fWatchView->selectionModel()->selectedRows()) {
-            names += index.data(KeyNameRole).toString();
-        }
-        return names;
-    }
-    for (const MemoryKey* key : fTree->chosenKeys()) {
-        names += QString::fromStdString(key->fInfo.fName);
-    }
-    return names;
-}
-
-/** Watches the chosen keys, or no longer when all of them are watched. */
-void MemoryViewerWidget::xWatch() {
-    const QStringList names = xChosenNames();
-    const bool areWatched = std::all_of(names.begin(), names.end(), [this](const QString& name) {
-        return fWatched->contains(name);
-    });
-    if (!areWatched) {
-        fWatched->insert(names);
-        return;
-    }
-    for (const QString& name : names) {
-        fWatched->remove(name);
-    }
-}
-
 /** The columns of both areas stand below each other. */
 void MemoryViewerWidget::xAlignColumns() {
     const QHeaderView* from = fTree->header();
@@ -504,60 +357,41 @@ void MemoryViewerWidget::xRepaint() {
     fWatchView->viewport()->update();
 }
 
-void MemoryViewerWidget::xPlot(bool inNewPlot) {
-    bool isFirst = inNewPlot;
-    for (const QString& name : xChosenNames()) {
-        const MemoryKey* key = fKeys->find(name.toStdString());
-        if (key == nullptr || !isPlottable(*key)) {
-            continue;
-        }
-        const QString unit = plainText(key->fInfo.fUnit);
-        const bool fits = isFirst ? fPlots->addCurveToNewPlot(name, unit, shapeOf(*key))
-                                  : fPlots->addCurve(name, unit, shapeOf(*key));
-        if (!fits) {
-            return;
-        }
-        if (fWasFollowing && key->hasValue()) {
-            fPlots->append(
-                {{fPlots->keyHandle(name), fKeys->clock().now(), numberOf(key->fValue)}});
-        }
-        isFirst = false;
-    }
-}
-
 bool MemoryViewerWidget::xIsSeen() const {
     return isVisible() && !window()->isMinimized();
 }
 
-/** Asks the robot for what is needed now; cheap when that is what it was. */
 void MemoryViewerWidget::xPlan() {
+    fFollower->follow(xNeeds(), fToolBar->rate());
+}
+
+/** When new rows have found their place on the screen. */
+void MemoryViewerWidget::xPlanSoon() {
+    QMetaObject::invokeMethod(
+        this, [this] { xPlan(); }, Qt::QueuedConnection);
+}
+
+SubscriptionNeeds MemoryViewerWidget::xNeeds() const {
     SubscriptionNeeds needs;
     needs.fIsSeen = xIsSeen();
     needs.fIsPaused = fToolBar->isPaused();
-    const bool isFollowing = needs.fIsSeen && !needs.fIsPaused;
     needs.fRecorded = xRecordedIds();
-    if (isFollowing) {
-        needs.fVisible = fTree->isVisible() ? fTree->visibleKeys() : std::vector<std::uint32_t>();
-        needs.fWatched = xIdsOf(fWatched->names());
-        needs.fPlotted = xIdsOf(fPlots->plottedKeys());
-        if (fModel->arrangement().isLive()) {
-            needs.fCompared = xAllIds();
-        }
+    if (!needs.fIsSeen || needs.fIsPaused) {
+        return needs;
     }
-    if (fWasFollowing && !isFollowing) {
-        fKeys->resetRates();
-        fPlots->breakCurves();
+    needs.fVisible = fTree->isVisible() ? fTree->visibleKeys() : std::vector<std::uint32_t>();
+    needs.fWatched = xIdsOf(fWatched->names());
+    needs.fPlotted = xIdsOf(fPlots->plottedKeys());
+    if (fModel->arrangement().isLive()) {
+        needs.fCompared = xAllIds();
     }
-    fWasFollowing = isFollowing;
+    return needs;
+}
+
+void MemoryViewerWidget::xOnRate() {
     fKeys->setFollowRate(fToolBar->rate());
     fPlots->setUpdateInterval(a_microsecondsInSecond / fToolBar->rate());
-    std::unordered_set<std::uint32_t> closely(needs.fRecorded.begin(), needs.fRecorded.end());
-    closely.insert(needs.fPlotted.begin(), needs.fPlotted.end());
-    if (closely != fFollowedClosely) {
-        fFollowedClosely = closely;
-        fLink->feed().setFollowed(std::move(closely));
-    }
-    fLink->follow(planSubscription(needs), fToolBar->rate());
+    xPlan();
 }
 
 std::vector<std::uint32_t> MemoryViewerWidget::xIdsOf(const QStringList& names) const {
@@ -592,7 +426,7 @@ void MemoryViewerWidget::xUpdateTexts() {
     fSituation.fKeys = fKeys->size();
     fSituation.fShown = static_cast<std::size_t>(fModel->keyCount());
     fSituation.fRoundTrip = fLink->roundTrip();
-    const bool isQuiet = fWasFollowing && fSinceValue.isValid();
+    const bool isQuiet = fFollower->isFollowing() && fSinceValue.isValid();
     fSituation.fQuietSeconds =
         isQuiet ? static_cast<double>(fSinceValue.elapsed()) / a_secondTime : 0;
 

@@ -5,19 +5,17 @@
 #include "subscription_planner.h"
 #include "view_settings.h"
 
-#include <robaxi/kv_value_table.h>
-
 #include <QElapsedTimer>
 #include <QTimer>
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
-#include <unordered_map>
-#include <unordered_set>
 #include <vector>
 #include <viewer_widget.h>
 
+class QKeySequence;
 class QLabel;
 class QSplitter;
 class QStackedLayout;
@@ -25,6 +23,9 @@ class QStackedLayout;
 namespace memoryviewer {
 
 class CsvRecorder;
+class KeyCurves;
+class KeyFollower;
+class KeyRecording;
 class KeyStore;
 class KeyTree;
 class KeyValueSource;
@@ -38,8 +39,6 @@ class WatchModel;
 class WatchView;
 class WriteQueue;
 struct MemoryBatch;
-struct MemoryKey;
-struct RecordedKey;
 
 /**
  * Shows the memory of one robot as it changes: the keys as a tree or list, plots, a recording, and
@@ -57,40 +56,33 @@ class MemoryViewerWidget : public viewer::ViewerWidget {
 
   private:
     void xBuild();
-    void xAddShortcuts();
     void xConnect();
+    void xAddShortcut(const QKeySequence& keys, void (MemoryToolBar::*slot)());
     void xRestore();
     void xSave();
 
     void xOnNotice();
     void xOnFrame();
     void xApply(MemoryBatch& batch);
-    void xApplyFollowed(const std::vector<KVChange>& changes);
     void xOnEnd(const MemoryBatch& batch);
     void xSetPhase(MemoryPhase phase);
     void xOnTick();
     void xOnSecond();
-    void xOnKeysAdded(const std::vector<const MemoryKey*>& keys);
-    void xOnKeysGoing(const std::vector<const MemoryKey*>& keys);
     void xArrange();
     void xOnPause();
     void xOnWriteRefused(const std::string& key, const QString& reason);
-    void xShowMenu(const QPoint& position);
-    void xShowWatchMenu(const QPoint& position);
     void xAlignColumns();
     void xShowPlots(bool isShown);
     void xRepaint();
 
     bool xIsSeen() const;
     void xPlan();
-    void xFollowClosely();
+    void xPlanSoon();
+    SubscriptionNeeds xNeeds() const;
+    void xOnRate();
     std::vector<std::uint32_t> xIdsOf(const QStringList& names) const;
     std::vector<std::uint32_t> xRecordedIds() const;
     std::vector<std::uint32_t> xAllIds() const;
-    void xPlot(bool inNewPlot);
-    void xWatch();
-    QStringList xChosenNames() const;
-    void xDescribePlotted(const MemoryKey& key);
     void xUpdateTexts();
     QString xRobotText() const;
 
@@ -103,7 +95,6 @@ class MemoryViewerWidget : public viewer::ViewerWidget {
     WatchModel* fWatched;
     std::unique_ptr<WriteQueue> fWrites;
     std::unique_ptr<KeyValueSource> fValues;
-    std::unordered_map<std::uint32_t, std::shared_ptr<const RecordedKey>> fRecordedKeys;
     CsvRecorder* fRecorder;
 
     MemoryToolBar* fToolBar;
@@ -112,6 +103,9 @@ class MemoryViewerWidget : public viewer::ViewerWidget {
     MemoryDelegate* fDelegate;
     PlotPanel* fPlots;
     RecordingBar* fRecording;
+    KeyCurves* fCurves;
+    KeyRecording* fKeyRecording;
+    std::unique_ptr<KeyFollower> fFollower;
     QSplitter* fSplitter;
     QStackedLayout* fPages;
     QLabel* fMessage;
@@ -127,8 +121,6 @@ class MemoryViewerWidget : public viewer::ViewerWidget {
     QElapsedTimer fSinceValue;
     QElapsedTimer fSinceRefusal;
     std::size_t fUpdates = 0;
-    std::unordered_set<std::uint32_t> fFollowedClosely;
-    bool fWasFollowing = false;
 };
 
 }  // namespace memoryviewer

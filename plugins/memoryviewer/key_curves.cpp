@@ -1,0 +1,110 @@
+#include "key_curves.h"
+
+#include "key_store.h"
+#include "value_text.h"
+
+#include <limits>
+#include <plot_panel.h>
+
+namespace memoryviewer {
+
+namespace {
+
+CurveShape shapeOf(const MemoryKey& key) {
+    return key.type() == KVValue::Type::Float ? CurveShape::Line : CurveShape::Steps;
+}
+
+bool hasNumbers(const MemoryKey* key) {
+    return key != nullptr &&
+           (key->type() == KVValue::Type::Float || key->type() == KVValue::Type::Int ||
+            key->type() == KVValue::Type::Bool);
+}
+
+/** Not-a-number, which makes a gap, for what is no number. */
+double numberOf(const KVValue& value) {
+    switch (value.type()) {
+        case KVValue::Type::Bool:
+            return value.toBool() ? 1 : 0;
+        case KVValue::Type::Int:
+        case KVValue::Type::Float:
+            return value.toFloat();
+        default:
+            return std::numeric_limits<double>::quiet_NaN();
+    }
+}
+
+}  // namespace
+
+KeyCurves::KeyCurves(KeyStore* keys, PlotPanel* plots, QObject* parent)
+    : QObject(parent), fKeys(keys), fPlots(plots) {
+    fPlots->setKeyCheck([this](const QString& name) { return xIsPlottable(name); });
+    connect(fKeys, &KeyStore::added, this, &KeyCurves::xOnKeysAdded);
+    connect(fKeys, &KeyStore::aboutToRemove, this, &KeyCurves::xOnKeysGoing);
+}
+
+void KeyCurves::plot(const QStringList& names, Place place) {
+    for (const QString& name : names) {
+        const MemoryKey* key = fKeys->find(name.toStdString());
+        if (!hasNumbers(key)) {
+            continue;
+        }
+        const QString unit = plainText(key->fInfo.fUnit);
+        const bool fits = place == Place::NewPlot
+                              ? fPlots->addCurveToNewPlot(name, unit, shapeOf(*key))
+                              : fPlots->addCurve(name, unit, shapeOf(*key));
+        if (!fits) {
+            return;
+        }
+        xPlotPresentValue(*key);
+        place = Place::CurrentPlot;
+    }
+}
+
+/** So that the curve of a value that changes seldom does not begin with its next change. */
+void KeyCurves::xPlotPresentValue(const MemoryKey& key) {
+    if (fIsFollowing && key.hasValue()) {
+        const int handle = fPlots->keyHandle(QString::fromStdString(key.fInfo.fName));
+        fPlots->append({{handle, fKeys->clock().now(), numberOf(key.fValue)}});
+    }
+}
+
+void KeyCurves::append(const std::vector<KVChange>& changes) {
+    std::vector<PlotSample> samples;
+    for (const KVChange& change : changes) {
+        const MemoryKey* key = fKeys->find(change.fId);
+        const int handle =
+            key == nullptr ? -1 : fPlots->keyHandle(QString::fromStdString(key->fInfo.fName));
+        if (handle >= 0) {
+            samples.push_back({handle, change.fTime, numberOf(change.fValue)});
+        }
+    }
+    fPlots->append(samples);
+}
+
+void KeyCurves::setFollowing(bool isFollowing) {
+    if (fIsFollowing && !isFollowing) {
+        fPlots->breakCurves();
+    }
+    fIsFollowing = isFollowing;
+}
+
+bool KeyCurves::xIsPlottable(const QString& name) const {
+    return hasNumbers(fKeys->find(name.toStdString()));
+}
+
+void KeyCurves::xOnKeysAdded(const std::vector<const MemoryKey*>& keys) {
+    for (const MemoryKey* key : keys) {
+        const QString name = QString::fromStdString(key->fInfo.fName);
+        if (fPlots->isPlotted(name)) {
+            fPlots->describeKey(name, plainText(key->fInfo.fUnit), shapeOf(*key));
+        }
+    }
+}
+
+void KeyCurves::xOnKeysGoing(const std::vector<const MemoryKey*>& keys) {
+    for (const MemoryKey* key : keys) {
+        fPlots->keyGone(QString::fromStdString(key->fInfo.fName));
+    }
+}
+
+}  // namespace memoryviewer

@@ -1,0 +1,47 @@
+#ifndef OBVISTA_MEMORYVIEWER_KEY_CURVES_H
+#define OBVISTA_MEMORYVIEWER_KEY_CURVES_H
+
+#include <robaxi/kv_value_table.h>
+
+#include <QObject>
+#include <QStringList>
+
+#include <vector>
+
+namespace memoryviewer {
+
+class KeyStore;
+class PlotPanel;
+struct MemoryKey;
+
+/** Keys whose values are numbers, as curves of the plots. Used on the GUI thread. */
+class KeyCurves : public QObject {
+    Q_OBJECT
+
+  public:
+    enum class Place { CurrentPlot, NewPlot };
+
+    /** Both outlive this. */
+    KeyCurves(KeyStore* keys, PlotPanel* plots, QObject* parent = nullptr);
+
+    /** Plots those that have numbers; all in one plot. */
+    void plot(const QStringList& names, Place place);
+    /** Adds what changed of the keys that are plotted. */
+    void append(const std::vector<KVChange>& changes);
+    /** Whether values come. When they end, all curves have a gap until they come again. */
+    void setFollowing(bool isFollowing);
+
+  private:
+    bool xIsPlottable(const QString& name) const;
+    void xPlotPresentValue(const MemoryKey& key);
+    void xOnKeysAdded(const std::vector<const MemoryKey*>& keys);
+    void xOnKeysGoing(const std::vector<const MemoryKey*>& keys);
+
+    KeyStore* fKeys;
+    PlotPanel* fPlots;
+    bool fIsFollowing = false;
+};
+
+}  // namespace memoryviewer
+
+#endif
