@@ -9,6 +9,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <stdexcept>
 #include <turbojpeg.h>
 
 using robot::CameraSettings;
@@ -103,15 +104,18 @@ class DeviceCameraTest : public testing::Test {
         };
     }
 
-    /** Waits for a frame that meets a condition. */
+    /** Waits for a frame that meets a condition. @throws std::runtime_error when none comes */
     KVFrame waitFor(const std::function<bool(const KVFrame&)>& condition) {
         std::unique_lock lock(fMutex);
         auto found = fFrames.end();
-        EXPECT_TRUE(fChanged.wait_for(lock, a_patience, [&] {
+        const bool came = fChanged.wait_for(lock, a_patience, [&] {
             found = std::find_if(fFrames.begin(), fFrames.end(), condition);
             return found != fFrames.end();
-        })) << fComplaint;
-        return found != fFrames.end() ? *found : KVFrame();
+        });
+        if (!came) {
+            throw std::runtime_error("the awaited frame did not come " + fComplaint);
+        }
+        return *found;
     }
 
     std::size_t count() {

@@ -16,6 +16,8 @@
 #include <cstdlib>
 #include <mutex>
 #include <set>
+#include <stdexcept>
+#include <thread>
 #include <turbojpeg.h>
 
 using obvista_test::FrameStamp;
@@ -296,6 +298,24 @@ TEST(Pacer, aFasterRateLeavesNoFrameOutForTheTimeBeforeIt) {
     EXPECT_EQ(pacer.take(later), 0U);
 }
 
+TEST(Pacer, ofManyRatesBetweenTwoFramesTheLastHolds) {
+    Pacer pacer;
+    pacer.start(a_start, 1);
+    pacer.take(a_start);
+    pacer.setRate(a_start + std::chrono::milliseconds(10), 0.001);
+    pacer.setRate(a_start + std::chrono::milliseconds(20), 10);
+    EXPECT_EQ(pacer.due(), a_start + std::chrono::milliseconds(100));
+}
+
+TEST(Pacer, theFirstFrameStaysDueWhateverTheRateBecomes) {
+    Pacer pacer;
+    pacer.start(a_start, 30);
+    pacer.setRate(a_start + std::chrono::milliseconds(1), 0.001);
+    EXPECT_EQ(pacer.due(), a_start);
+    EXPECT_EQ(pacer.take(a_start + std::chrono::milliseconds(2)), 0U);
+    EXPECT_EQ(pacer.due(), a_start + std::chrono::seconds(1000));
+}
+
 class ViewsTest : public testing::Test {
   protected:
     Canvas headView() const {
@@ -446,17 +466,14 @@ class Frames {
         };
     }
 
+    /** @throws std::runtime_error when so many do not come */
     std::vector<KVFrame> waitFor(std::size_t count) {
-        std::unique_lock lock(fMutex);
-        EXPECT_TRUE(fChanged.wait_for(lock, a_patience, [&] { return fFrames.size() >= count; }));
-        return fFrames;
+        return xWait([&] { return fFrames.size() >= count; });
     }
 
+    /** @throws std::runtime_error when no such frame comes */
     std::vector<KVFrame> waitUntil(const std::function<bool(const KVFrame&)>& last) {
-        std::unique_lock lock(fMutex);
-        EXPECT_TRUE(fChanged.wait_for(lock, a_patience,
-                                      [&] { return !fFrames.empty() && last(fFrames.back()); }));
-        return fFrames;
+        return xWait([&] { return !fFrames.empty() && last(fFrames.back()); });
     }
 
     std::size_t count() {
@@ -465,6 +482,14 @@ class Frames {
     }
 
   private:
+    std::vector<KVFrame> xWait(const std::function<bool()>& condition) {
+        std::unique_lock lock(fMutex);
+        if (!fChanged.wait_for(lock, a_patience, condition)) {
+            throw std::runtime_error("only " + std::to_string(fFrames.size()) + " frames came");
+        }
+        return fFrames;
+    }
+
     std::mutex fMutex;
     std::condition_variable fChanged;
     std::vector<KVFrame> fFrames;
@@ -514,6 +539,31 @@ TEST_F(DrawnCameraTest, nothingIsDrawnWhileItRests) {
     const std::vector<KVFrame> frames = fFrames.waitFor(count + 1);
     EXPECT_EQ(frames[count].fNumber, frames[count - 1].fNumber + 1);
     EXPECT_EQ(static_cast<std::size_t>(fDrawn), count + 1);
+}
+
+TEST_F(DrawnCameraTest, theFirstFrameComesAtOnceAfterTheShortestRestToo) {
+    constexpr std::size_t rests = 200;
+    fCamera.apply({160, 120, KVPixelFormat::Grey8, 0.001});
+    for (std::size_t rest = 0; rest < rests; ++rest) {
+        fCamera.start(fFrames.sink());
+        const std::vector<KVFrame> frames = fFrames.waitFor(rest + 1);
+        ASSERT_EQ(frames.size(), rest + 1);
+        EXPECT_EQ(frames.back().fNumber, frames.front().fNumber + rest);
+        fCamera.stop();
+    }
+}
+
+TEST_F(DrawnCameraTest, toStartItWhileItRunsDoesNotBreakItsRate) {
+    constexpr int starts = 200;
+    fCamera.apply({160, 120, KVPixelFormat::Grey8, 0.001});
+    fCamera.start(fFrames.sink());
+    fFrames.waitFor(1);
+    for (int start = 0; start < starts; ++start) {
+        fCamera.start(fFrames.sink());
+        std::this_thread::yield();
+    }
+    fCamera.stop();
+    EXPECT_EQ(fFrames.count(), 1U);
 }
 
 TEST_F(DrawnCameraTest, aChangeHoldsWithoutABreak) {

@@ -14,6 +14,7 @@
 #include <functional>
 #include <mutex>
 #include <optional>
+#include <stdexcept>
 
 using obvista_test::ChildProcess;
 using obvista_test::FrameStamp;
@@ -41,21 +42,16 @@ class Watch : public KVFrameStream::Listener {
         fChanged.notify_all();
     }
 
-    /** Waits for a frame that meets a condition. */
+    /** Waits for a frame that meets a condition. @throws std::runtime_error when none comes */
     KVFrame waitFor(const std::function<bool(const KVFrame&)>& condition) {
         std::unique_lock lock(fMutex);
-        EXPECT_TRUE(fChanged.wait_for(lock, ChildProcess::a_patience,
-                                      [&] { return fNewest.fData && condition(fNewest); }));
-        return fNewest;
+        return xNewest(lock, [&] { return fNewest.fData && condition(fNewest); });
     }
 
-    /** Waits for one more frame than there are now. */
+    /** Waits for one more frame than there are now. @throws std::runtime_error when none comes */
     KVFrame waitForNext() {
         std::unique_lock lock(fMutex);
-        const int before = fCount;
-        EXPECT_TRUE(
-            fChanged.wait_for(lock, ChildProcess::a_patience, [&] { return fCount > before; }));
-        return fNewest;
+        return xNewest(lock, [this, before = fCount] { return fCount > before; });
     }
 
     std::string waitForEnd() {
@@ -71,6 +67,14 @@ class Watch : public KVFrameStream::Listener {
     }
 
   private:
+    KVFrame xNewest(std::unique_lock<std::mutex>& lock, const std::function<bool()>& condition) {
+        if (!fChanged.wait_for(lock, ChildProcess::a_patience, condition)) {
+            throw std::runtime_error("the awaited frame did not come; there were " +
+                                     std::to_string(fCount));
+        }
+        return fNewest;
+    }
+
     std::mutex fMutex;
     std::condition_variable fChanged;
     KVFrame fNewest;

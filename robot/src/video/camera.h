@@ -31,7 +31,7 @@ class Camera {
      */
     virtual void apply(const CameraSettings& settings) = 0;
 
-    /** Makes frames from now on; at once when it does already. */
+    /** Makes frames from now on, the first at once; changes nothing when it does already. */
     virtual void start(Sink sink) = 0;
     /** Rests; returns when the sink is not being called any more. */
     virtual void stop() = 0;

@@ -1,7 +1,6 @@
 #include "video/drawn_camera.h"
 
 #include "clock.h"
-#include "video/pacer.h"
 #include "video/stamp.h"
 
 namespace robot {
@@ -33,6 +32,7 @@ void DrawnCamera::apply(const CameraSettings& settings) {
     {
         const std::lock_guard lock(fMutex);
         fSettings = settings;
+        fPacer.setRate(Pacer::Clock::now(), settings.fRate);
     }
     fWake.notify_all();
 }
@@ -40,7 +40,12 @@ void DrawnCamera::apply(const CameraSettings& settings) {
 void DrawnCamera::start(Sink sink) {
     {
         const std::lock_guard lock(fMutex);
+        if (fSink) {
+            return;
+        }
         fSink = std::move(sink);
+        // Here, since the camera's thread may sleep through a short rest.
+        fPacer.start(Pacer::Clock::now(), fSettings.fRate);
     }
     fWake.notify_all();
 }
@@ -55,33 +60,30 @@ void DrawnCamera::stop() {
 void DrawnCamera::xRun() {
     std::unique_lock lock(fMutex);
     while (!fStopping) {
-        fWake.wait(lock, [this] { return fStopping || fSink; });
-        xWork(lock);
+        if (!fSink) {
+            fWake.wait(lock);
+            continue;
+        }
+        const Pacer::Clock::time_point due = fPacer.due();
+        const auto hasChanged = [&] { return !fSink || fPacer.due() != due; };
+        if (!fWake.wait_until(lock, due, hasChanged)) {
+            xMakeNext(lock);
+        }
     }
 }
 
-/** Makes frames until it is to rest. */
-void DrawnCamera::xWork(std::unique_lock<std::mutex>& lock) {
-    Pacer pacer;
-    pacer.start(Pacer::Clock::now(), fSettings.fRate);
-    while (fSink) {
-        const double rate = fSettings.fRate;
-        pacer.setRate(Pacer::Clock::now(), rate);
-        const auto hasChanged = [&] { return !fSink || fSettings.fRate != rate; };
-        if (fWake.wait_until(lock, pacer.due(), hasChanged)) {
-            continue;
-        }
-        fNumber += pacer.take(Pacer::Clock::now()) + 1;
-        fIsBusy = true;
-        const CameraSettings settings = fSettings;
-        const Sink sink = fSink;
-        const std::uint64_t number = fNumber;
-        lock.unlock();
-        xMakeFrame(settings, number, sink);
-        lock.lock();
-        fIsBusy = false;
-        fWake.notify_all();
-    }
+/** Makes the frame that is due, without holding up those who ask or change something meanwhile. */
+void DrawnCamera::xMakeNext(std::unique_lock<std::mutex>& lock) {
+    fNumber += fPacer.take(Pacer::Clock::now()) + 1;
+    fIsBusy = true;
+    const CameraSettings settings = fSettings;
+    const Sink sink = fSink;
+    const std::uint64_t number = fNumber;
+    lock.unlock();
+    xMakeFrame(settings, number, sink);
+    lock.lock();
+    fIsBusy = false;
+    fWake.notify_all();
 }
 
 void DrawnCamera::xMakeFrame(const CameraSettings& settings, std::uint64_t number,

@@ -4,6 +4,7 @@
 #include "video/camera.h"
 #include "video/canvas.h"
 #include "video/frame_encoder.h"
+#include "video/pacer.h"
 
 #include <condition_variable>
 #include <cstdint>
@@ -29,7 +30,7 @@ class DrawnCamera : public Camera {
 
   private:
     void xRun();
-    void xWork(std::unique_lock<std::mutex>& lock);
+    void xMakeNext(std::unique_lock<std::mutex>& lock);
     void xMakeFrame(const CameraSettings& settings, std::uint64_t number, const Sink& sink);
 
     const Draw fDraw;
@@ -40,7 +41,8 @@ class DrawnCamera : public Camera {
     mutable std::mutex fMutex;  // guards what follows
     std::condition_variable fWake;
     CameraSettings fSettings;
-    Sink fSink;  // empty while it rests
+    Sink fSink;    // empty while it rests
+    Pacer fPacer;  // of the present run
     bool fIsBusy = false;
     bool fStopping = false;
     std::uint64_t fNumber = 0;

@@ -24,8 +24,13 @@ void Pacer::setRate(Clock::time_point now, double rate) {
     if (rate == fRate) {
         return;
     }
+    if (fStep == 0) {
+        fRate = rate;
+        return;
+    }
     const auto last = fStart + toDuration(static_cast<double>(fStep - 1) / fRate);
-    start(std::max(last + toDuration(1 / rate), now), rate);
+    start(std::max(last, now - toDuration(1 / rate)), rate);
+    fStep = 1;
 }
 
 Pacer::Clock::time_point Pacer::due() const {

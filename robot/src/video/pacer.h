@@ -18,7 +18,7 @@ class Pacer {
     void start(Clock::time_point now, double rate);
 
     /** Changes the rate; the next frame is due one new period after the last one, or now when that
-     *  is over. */
+     *  is over. The first frame stays due at once. */
     void setRate(Clock::time_point now, double rate);
 
     Clock::time_point due() const;
