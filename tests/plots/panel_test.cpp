@@ -4,6 +4,7 @@
 #include "plot_history.h"
 #include "plot_panel.h"
 #include "plot_view.h"
+#include "plotted_keys.h"
 #include "time_axis.h"
 
 #include <QAction>
@@ -220,7 +221,7 @@ void PanelTest::tellsWhichKeysItNeeds() {
 }
 
 void PanelTest::plotsNoMoreKeysThanItCanShow() {
-    for (int i = 0; i < PlotPanel::a_maxKeys; ++i) {
+    for (int i = 0; i < PlottedKeys::a_most; ++i) {
         QVERIFY(fPanel->addCurve(QString::number(i), QString()));
     }
     QVERIFY(!fPanel->addCurve(QStringLiteral("another"), QString()));

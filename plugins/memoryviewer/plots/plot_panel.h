@@ -2,41 +2,34 @@
 #define OBVISTA_MEMORYVIEWER_PLOT_PANEL_H
 
 #include "curve_shape.h"
+#include "newest_time.h"
+#include "plot_sample.h"
 
-#include <QElapsedTimer>
 #include <QStringList>
-#include <QTimer>
 #include <QVariantMap>
 #include <QWidget>
 
 #include <cstddef>
 #include <functional>
-#include <map>
 #include <memory>
 #include <vector>
 
-class QAction;
 class QLabel;
-class QMenu;
-class QSplitter;
 class QStackedLayout;
-class QToolBar;
 
 namespace memoryviewer {
 
 class CurveLegend;
+class FramePacer;
+class PlotChoice;
 class PlotHistory;
+class PlotSaving;
+class PlotStack;
+class PlotToolBar;
 class PlotView;
-class PointExport;
+class SaveActions;
 class TimeAxis;
 struct LegendEntry;
-
-/** A value of a plotted key. */
-struct PlotSample {
-    int fKey = -1;      ///< see PlotPanel::keyHandle()
-    qint64 fTime = 0;   ///< microseconds by the robot's clock
-    double fValue = 0;  ///< not-a-number makes a gap
-};
 
 /**
  * Plots of keys below each other, over one axis of time, with a legend and all that is done with
@@ -50,10 +43,6 @@ class PlotPanel : public QWidget {
     Q_OBJECT
 
   public:
-    /** Most keys plotted at a time, and most plots. */
-    static constexpr int a_maxKeys = 100;
-    static constexpr int a_maxPlots = 12;
-
     explicit PlotPanel(QWidget* parent = nullptr);
     ~PlotPanel() override;
 
@@ -61,7 +50,7 @@ class PlotPanel : public QWidget {
      * Plots a key in the current plot; nothing when it is there already.
      *
      * @param keyName as the robot gave it; shown as plain text
-     * @return whether it is plotted now; not so beyond a_maxKeys, which the panel says
+     * @return whether it is plotted now; not so beyond PlottedKeys::a_most, which the panel says
      */
     bool addCurve(const QString& keyName, const QString& unit, CurveShape shape = CurveShape::Line);
     /** The same in a new plot below the others. */
@@ -116,9 +105,6 @@ class PlotPanel : public QWidget {
     void addPlot();
     /** Shows all points that are kept, and no longer follows. */
     void showAll();
-    /** Saves the current plot; the user chooses the file. */
-    void askToSavePicture();
-    void askToSavePoints(bool onlyShown);
 
   public:
     /** Saves the current plot into a file, and says so or why not. */
@@ -131,88 +117,44 @@ class PlotPanel : public QWidget {
     void plottedKeysChanged();
 
   protected:
-    void showEvent(QShowEvent* event) override;
-    void hideEvent(QHideEvent* event) override;
-    void changeEvent(QEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
   private:
-    struct Key {
-        QString fName;
-        QString fUnit;
-        CurveShape fShape = CurveShape::Line;
-        int fColour = 0;
-    };
-    enum class Pace { Data, Hand };
-
     void xBuild();
-    void xBuildToolBar();
-    QAction* xAddAction(QToolBar* bar, const QString& text, const QString& hint,
-                        const char* objectName, void (PlotPanel::*slot)());
+    QWidget* xMakePlotArea();
     void xConnectTime();
+    void xConnectLegend();
+    void xConnectPlots();
+    void xConnectActions();
 
-    bool xPlot(const QString& name, const QString& unit, CurveShape shape, std::size_t plot);
-    int xKeyFor(const QString& name, const QString& unit, CurveShape shape);
-    int xFreeColour() const;
-    void xChange(const std::function<void()>& change);
-    bool xAddPlot();
-    void xRestorePlot(const QVariantList& curves);
-    void xUnplot(std::size_t plot, int key);
-    void xForgetUnplotted();
-    PlotView* xMakePlot();
-    void xRemovePlot(std::size_t plot);
-    void xSetCurrentPlot(int plot);
-    int xIndexOf(const PlotView* plot) const;
-    void xTakeDrop(const QStringList& names, int toPlot, int fromPlot);
-    void xMove(const QString& name, std::size_t fromPlot, std::size_t toPlot);
-    void xApplyPens();
-    void xUpdatePlots();
-    std::vector<LegendEntry> xEntriesOf(const PlotView& plot) const;
-
-    void xFollow(const std::vector<PlotSample>& samples);
-    double xNow() const;
-    bool xCanBeSeen() const;
-    void xSchedule(Pace pace);
+    void xTake(const QStringList& names, int toPlot, const QObject* source);
+    void xShowChoice();
+    void xDescribePlot(PlotView& plot, std::size_t number, const std::vector<LegendEntry>& entries);
+    bool xIsGoingOn() const;
     void xOnFrame();
     void xOnIdle();
     void xUpdateValues();
-    void xUpdateTexts();
     void xUpdateStatus();
-    QString xValueText(int key) const;
-    void xOnExported(const QString& fileName, qint64 rows, const QString& error);
     void xSay(const QString& text);
     void xShowMenu(const QPoint& position);
-    void xAddSaveActions(QMenu& menu);
 
     std::unique_ptr<PlotHistory> fHistory;
+    NewestTime fNewest;
     TimeAxis* fTime;
-    std::map<int, Key> fKeys;
-    int fNextKey = 0;
-    std::vector<PlotView*> fPlots;
-    std::size_t fCurrent = 0;
-    std::function<bool(const QString&)> fIsPlottable;
-    double fHoldTime = 0;
+    FramePacer* fPacer;
+    PlotStack* fPlots;
+    PlotChoice* fChoice;
+    PlotSaving* fSaving;
+    SaveActions* fSaveActions;
 
+    PlotToolBar* fToolBar;
     QStackedLayout* fPages;
     QWidget* fContent;
     QLabel* fMessage;
     QLabel* fStatus;
     QLabel* fNotice;
-    QSplitter* fStack;
     CurveLegend* fLegend;
-    PointExport* fExport;
-    QAction* fFollowAction = nullptr;
-    std::vector<QAction*> fActionsOnPoints;
-
-    QTimer fFrameTimer;
-    QTimer fIdleTimer;
-    QElapsedTimer fSinceFrame;
-    QElapsedTimer fSinceSample;
-    QElapsedTimer fSincePlausible;
-    double fNewest = 0;
-    bool fIsStale = true;
-    QString fSaid;
 };
 
 }  // namespace memoryviewer

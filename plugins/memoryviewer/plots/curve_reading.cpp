@@ -1,0 +1,44 @@
+#include "curve_reading.h"
+
+#include "axis_scales.h"
+#include "curve_history.h"
+#include "time_axis.h"
+
+#include <QCoreApplication>
+#include <QLocale>
+
+#include <algorithm>
+#include <cmath>
+
+namespace memoryviewer {
+
+namespace {
+
+constexpr int a_significantDigits = 7;
+
+QString translated(const char* text) {
+    return QCoreApplication::translate("memoryviewer::CurveReading", text);
+}
+
+}  // namespace
+
+QString readingOf(const CurveHistory& curve, const TimeAxis& time) {
+    if (curve.isEmpty()) {
+        return translated("no value yet");
+    }
+    const auto cursor = time.cursor();
+    const auto point = cursor ? curve.pointAt(*cursor) : curve.last();
+    const bool isAhead = cursor && *cursor > time.now();
+    if (!point || isAhead || std::isnan(point->fValue)) {
+        return translated("none");
+    }
+    return QLocale().toString(point->fValue, 'g', a_significantDigits);
+}
+
+QString readingTitle(const TimeAxis& time, int pixels) {
+    const auto cursor = time.cursor();
+    return cursor ? timeText(*cursor, time.span() / std::max(1, pixels))
+                  : translated("Newest value");
+}
+
+}  // namespace memoryviewer

@@ -1,0 +1,66 @@
+#include "newest_time.h"
+
+#include <QDateTime>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace memoryviewer {
+
+namespace {
+
+constexpr double a_microsecondsPerMillisecond = 1000;
+constexpr double a_secondInMicroseconds = 1e6;
+/** Milliseconds without a sample from which on time is taken to pass without one. */
+constexpr int a_silence = 300;
+/** Further from this computer's clock, a time is followed only when no better one comes. */
+constexpr double a_plausibleDistance = 86400 * a_secondInMicroseconds;
+constexpr int a_plausibleFor = 2000;
+
+double computerTime() {
+    return static_cast<double>(QDateTime::currentMSecsSinceEpoch()) * a_microsecondsPerMillisecond;
+}
+
+}  // namespace
+
+void NewestTime::take(const std::vector<PlotSample>& samples) {
+    const double here = computerTime();
+    double newest = -std::numeric_limits<double>::infinity();
+    double newestPlausible = newest;
+    for (const PlotSample& sample : samples) {
+        const auto time = static_cast<double>(sample.fTime);
+        newest = std::max(newest, time);
+        if (std::fabs(time - here) < a_plausibleDistance) {
+            newestPlausible = std::max(newestPlausible, time);
+        }
+    }
+    if (std::isfinite(newestPlausible)) {
+        newest = newestPlausible;
+        fSincePlausible.start();
+    } else if (fSincePlausible.isValid() && fSincePlausible.elapsed() < a_plausibleFor) {
+        return;
+    }
+    // Keys of one robot come in slightly other orders; only a clock that was set goes back further.
+    const bool isDisorder = newest < fNewest && fNewest - newest < a_secondInMicroseconds;
+    if (!isDisorder) {
+        fNewest = newest;
+        fSinceSample.start();
+    }
+}
+
+double NewestTime::at(bool isGoingOn) const {
+    const bool isSilent = fSinceSample.isValid() && fSinceSample.elapsed() > a_silence;
+    if (!isSilent || !isGoingOn) {
+        return fNewest;
+    }
+    return fNewest +
+           static_cast<double>(fSinceSample.elapsed() - a_silence) * a_microsecondsPerMillisecond;
+}
+
+double NewestTime::hold(bool isGoingOn) {
+    fNewest = at(isGoingOn);
+    return fNewest;
+}
+
+}  // namespace memoryviewer

@@ -1,0 +1,92 @@
+#include "plot_saving.h"
+
+#include "plot_choice.h"
+#include "plot_export.h"
+#include "plot_history.h"
+#include "plot_stack.h"
+#include "plot_view.h"
+#include "time_axis.h"
+
+#include <QFileInfo>
+#include <QLocale>
+
+#include <file_question.h>
+#include <limits>
+#include <plain_text.h>
+#include <utility>
+
+namespace memoryviewer {
+
+namespace {
+
+QString shownName(const QString& fileName) {
+    return viewer::plainText(QFileInfo(fileName).fileName().toStdString());
+}
+
+}  // namespace
+
+PlotSaving::PlotSaving(const PlotStack* plots, const PlotChoice* choice, const PlotHistory* history,
+                       const TimeAxis* time, QWidget* parent)
+    : QObject(parent),
+      fPlots(plots),
+      fChoice(choice),
+      fHistory(history),
+      fTime(time),
+      fWidget(parent),
+      fExport(new PointExport(this)) {
+    connect(fExport, &PointExport::finished, this, &PlotSaving::xOnExported);
+}
+
+void PlotSaving::askToSavePicture() {
+    askForFile(
+        fWidget,
+        {tr("Save picture"), tr("Pictures (*.png)"), QStringLiteral("png"), QStringLiteral("plot")},
+        [this](const QString& file) { savePicture(file); });
+}
+
+void PlotSaving::askToSavePoints(bool onlyShown) {
+    askForFile(fWidget,
+               {tr("Save points"), tr("Comma-separated values (*.csv)"), QStringLiteral("csv"),
+                QStringLiteral("plot")},
+               [this, onlyShown](const QString& file) { savePoints(file, onlyShown); });
+}
+
+void PlotSaving::savePicture(const QString& fileName) {
+    if (fPlots->isEmpty()) {
+        return;
+    }
+    PlotView& plot = fPlots->plot(fPlots->current());
+    const QString error =
+        memoryviewer::savePicture(plotPicture(plot, fChoice->entriesOf(plot)), fileName);
+    Q_EMIT said(error.isEmpty() ? tr("Picture saved in %1.").arg(shownName(fileName)) : error);
+}
+
+void PlotSaving::savePoints(const QString& fileName, bool onlyShown) {
+    if (fPlots->isEmpty()) {
+        return;
+    }
+    if (fExport->isRunning()) {
+        Q_EMIT said(tr("Points are being saved already."));
+        return;
+    }
+    std::vector<ExportedCurve> curves;
+    for (const int key : fPlots->plot(fPlots->current()).keys()) {
+        const PlottedKey& description = fChoice->keys().at(key);
+        curves.push_back({{description.fName.toStdString(), description.fUnit.toStdString()},
+                          fHistory->curve(key)});
+    }
+    constexpr double forever = std::numeric_limits<double>::infinity();
+    fExport->start(std::move(curves), onlyShown ? fTime->left() : -forever,
+                   onlyShown ? fTime->right() : forever, fileName);
+    Q_EMIT said(tr("Saving points\u2026"));
+}
+
+void PlotSaving::xOnExported(const QString& fileName, qint64 rows, const QString& error) {
+    const QString name = shownName(fileName);
+    const QString done = rows == 1
+                             ? tr("1 point saved in %1.").arg(name)
+                             : tr("%1 points saved in %2.").arg(QLocale().toString(rows), name);
+    Q_EMIT said(error.isEmpty() ? done : error);
+}
+
+}  // namespace memoryviewer

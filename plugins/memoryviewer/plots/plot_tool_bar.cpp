@@ -1,0 +1,98 @@
+#include "plot_tool_bar.h"
+
+#include "save_actions.h"
+#include "time_axis.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QToolButton>
+
+namespace memoryviewer {
+
+namespace {
+
+constexpr double a_secondInMicroseconds = 1e6;
+
+struct NamedSpan {
+    const char* fName;
+    double fSeconds;
+};
+constexpr NamedSpan a_spans[] = {
+    {QT_TRANSLATE_NOOP("memoryviewer::PlotToolBar", "&5 seconds"), 5},
+    {QT_TRANSLATE_NOOP("memoryviewer::PlotToolBar", "&10 seconds"), 10},
+    {QT_TRANSLATE_NOOP("memoryviewer::PlotToolBar", "&30 seconds"), 30},
+    {QT_TRANSLATE_NOOP("memoryviewer::PlotToolBar", "1 &minute"), 60},
+    {QT_TRANSLATE_NOOP("memoryviewer::PlotToolBar", "5 m&inutes"), 300},
+    {QT_TRANSLATE_NOOP("memoryviewer::PlotToolBar", "30 mi&nutes"), 1800},
+    {QT_TRANSLATE_NOOP("memoryviewer::PlotToolBar", "1 &hour"), 3600},
+};
+
+}  // namespace
+
+PlotToolBar::PlotToolBar(TimeAxis* time, SaveActions* saving, QWidget* parent)
+    : QToolBar(tr("Plots"), parent) {
+    setToolButtonStyle(Qt::ToolButtonTextOnly);
+    auto* save = new QMenu(this);
+    saving->addTo(*save);
+
+    xAddFollow(time);
+    xAddMenu(tr("&Time shown"), tr("Length of time shown (+ and -, wheel)"), "plotSpan",
+             xMakeSpans(time));
+    QAction* all = xAdd(tr("Show &all"), tr("Show all points that are kept (Home)"), "plotShowAll");
+    QAction* add = xAdd(tr("&New plot"), tr("Add an empty plot for the next keys"), "plotNew");
+    QAction* clear =
+        xAdd(tr("&Clear"), tr("Forget the points and go on with new ones"), "plotClear");
+    QAction* remove = xAdd(tr("Remove a&ll"), tr("Take all keys from the plots"), "plotRemoveAll");
+    QAction* saveAction =
+        xAddMenu(tr("&Save"), tr("Save the current plot or its points"), "plotSave", save);
+
+    connect(all, &QAction::triggered, this, &PlotToolBar::showAllRequested);
+    connect(add, &QAction::triggered, this, &PlotToolBar::newPlotRequested);
+    connect(clear, &QAction::triggered, this, &PlotToolBar::clearRequested);
+    connect(remove, &QAction::triggered, this, &PlotToolBar::removeAllRequested);
+    fActionsOnPlots = {all, clear, remove, saveAction};
+}
+
+void PlotToolBar::setHasPlots(bool hasPlots) {
+    for (QAction* action : fActionsOnPlots) {
+        action->setEnabled(hasPlots);
+    }
+}
+
+void PlotToolBar::xAddFollow(TimeAxis* time) {
+    QAction* follow =
+        xAdd(tr("&Follow"), tr("Follow the newest values (Space, End)"), "plotFollow");
+    follow->setCheckable(true);
+    follow->setChecked(time->isFollowing());
+    connect(follow, &QAction::toggled, time, &TimeAxis::setFollowing);
+    connect(time, &TimeAxis::followingChanged, follow, &QAction::setChecked);
+}
+
+QMenu* PlotToolBar::xMakeSpans(TimeAxis* time) {
+    auto* spans = new QMenu(this);
+    for (const NamedSpan& span : a_spans) {
+        const double microseconds = span.fSeconds * a_secondInMicroseconds;
+        connect(spans->addAction(tr(span.fName)), &QAction::triggered, time,
+                [time, microseconds] { time->setSpan(microseconds); });
+    }
+    return spans;
+}
+
+QAction* PlotToolBar::xAdd(const QString& text, const QString& hint, const char* objectName) {
+    QAction* action = addAction(text);
+    action->setObjectName(QLatin1String(objectName));
+    action->setToolTip(hint);
+    // Tool bars take no part in tabbing by themselves.
+    widgetForAction(action)->setFocusPolicy(Qt::StrongFocus);
+    return action;
+}
+
+QAction* PlotToolBar::xAddMenu(const QString& text, const QString& hint, const char* objectName,
+                               QMenu* menu) {
+    QAction* action = xAdd(text, hint, objectName);
+    action->setMenu(menu);
+    qobject_cast<QToolButton*>(widgetForAction(action))->setPopupMode(QToolButton::InstantPopup);
+    return action;
+}
+
+}  // namespace memoryviewer

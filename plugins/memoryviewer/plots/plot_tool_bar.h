@@ -1,0 +1,44 @@
+#ifndef OBVISTA_MEMORYVIEWER_PLOT_TOOL_BAR_H
+#define OBVISTA_MEMORYVIEWER_PLOT_TOOL_BAR_H
+
+#include <QToolBar>
+
+#include <vector>
+
+class QMenu;
+
+namespace memoryviewer {
+
+class SaveActions;
+class TimeAxis;
+
+/** What is done with all plots together, or with the current one. */
+class PlotToolBar : public QToolBar {
+    Q_OBJECT
+
+  public:
+    /** Both must outlive the bar. */
+    PlotToolBar(TimeAxis* time, SaveActions* saving, QWidget* parent);
+
+    /** Whether there is a plot for the actions that need one. */
+    void setHasPlots(bool hasPlots);
+
+  Q_SIGNALS:
+    void showAllRequested();
+    void newPlotRequested();
+    void clearRequested();
+    void removeAllRequested();
+
+  private:
+    QAction* xAdd(const QString& text, const QString& hint, const char* objectName);
+    QAction* xAddMenu(const QString& text, const QString& hint, const char* objectName,
+                      QMenu* menu);
+    void xAddFollow(TimeAxis* time);
+    QMenu* xMakeSpans(TimeAxis* time);
+
+    std::vector<QAction*> fActionsOnPlots;
+};
+
+}  // namespace memoryviewer
+
+#endif

@@ -1,0 +1,52 @@
+#ifndef OBVISTA_MEMORYVIEWER_PLOTTED_KEYS_H
+#define OBVISTA_MEMORYVIEWER_PLOTTED_KEYS_H
+
+#include "curve_shape.h"
+
+#include <QHash>
+#include <QString>
+#include <QStringList>
+
+#include <map>
+
+namespace memoryviewer {
+
+/** What is known of a plotted key. */
+struct PlottedKey {
+    QString fName;  ///< as the robot gave it
+    QString fUnit;
+    CurveShape fShape = CurveShape::Line;
+    int fColour = 0;  ///< see curvePen()
+};
+
+/** The keys that are plotted, each once, by handles that are not given again. */
+class PlottedKeys {
+  public:
+    static constexpr int a_most = 100;
+
+    /** @return the handle of a name, -1 when it is not there */
+    int find(const QString& name) const { return fHandles.value(name, -1); }
+    bool isFull() const { return static_cast<int>(fKeys.size()) >= a_most; }
+    /** Adds a name that is not there, in a colour that no other key has. @return its handle */
+    int add(const QString& name, const QString& unit, CurveShape shape);
+    void remove(int key);
+    /** @return whether that is new; not so for a name that is not there */
+    bool describe(const QString& name, const QString& unit, CurveShape shape);
+
+    /** The key must be there. */
+    const PlottedKey& at(int key) const { return fKeys.at(key); }
+    /** By handles, in the order in which they were added. */
+    const std::map<int, PlottedKey>& all() const { return fKeys; }
+    QStringList names() const;
+
+  private:
+    int xFreeColour() const;
+
+    std::map<int, PlottedKey> fKeys;
+    QHash<QString, int> fHandles;
+    int fNext = 0;
+};
+
+}  // namespace memoryviewer
+
+#endif
