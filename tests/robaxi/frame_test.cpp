@@ -118,7 +118,7 @@ class Demand {
 
 TEST_F(Frames, ArriveWithEverythingThatDescribesThem) {
     KVFrame frame = makeFrame(0xFFFFFFFFFFULL, 12 * 5);
-    frame.fTime = -1234567;
+    frame.fTime = 1234567;
     frame.fWidth = 4;
     frame.fHeight = 5;
     frame.fStride = 12;

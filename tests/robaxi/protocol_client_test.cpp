@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <limits>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -188,4 +190,21 @@ TEST_F(ProtocolClient, PassesOverValuesOfKeysThatItDoesNotKnow) {
     EXPECT_EQ(fListener.fValues.size(), 1U);
     EXPECT_EQ(fListener.fValues["a"].fValue, KVValue(10));
     EXPECT_TRUE(fListener.fRemoved.empty());
+}
+
+TEST_F(ProtocolClient, BringsTimesIntoTheCalendar) {
+    v1::SubscriptionUpdate values;
+    values.mutable_values()->set_time(std::numeric_limits<std::int64_t>::max());
+    for (const std::int64_t offset : {std::int64_t{0}, std::int64_t{1}}) {
+        values.mutable_values()->add_int_ids(1 + static_cast<std::uint32_t>(offset));
+        values.mutable_values()->add_ints(0);
+        values.mutable_values()->add_time_offsets(offset);
+    }
+    v1::SubscriptionUpdate end;
+    end.mutable_ended()->set_cause(v1::Error::NO_SUCH_MODULE);
+    EXPECT_CAUSE(subscriptionError({keyAdded(1, "late"), keyAdded(2, "early"), values, end}),
+                 NoSuchModule);
+    constexpr std::int64_t endOfYear9999 = 253'402'300'800'000'000;
+    EXPECT_EQ(fListener.fValues["late"].fTime, endOfYear9999 - 1);
+    EXPECT_EQ(fListener.fValues["early"].fTime, 0);
 }

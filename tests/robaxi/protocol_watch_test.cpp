@@ -9,6 +9,8 @@
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -99,6 +101,14 @@ TEST_F(WatchingClient, TakesAFormatThatItDoesNotKnow) {
     watch({update});
     ASSERT_TRUE(fListener.waitForFrame(1));
     EXPECT_EQ(fListener.last().fFormat, KVPixelFormat::Unknown);
+}
+
+TEST_F(WatchingClient, BringsTheTimeIntoTheCalendar) {
+    v1::WatchUpdate update = beginning(1, 1, "x");
+    update.mutable_header()->set_time(std::numeric_limits<std::int64_t>::min());
+    watch({update});
+    ASSERT_TRUE(fListener.waitForFrame(1));
+    EXPECT_EQ(fListener.last().fTime, 0);
 }
 
 TEST_F(WatchingClient, EndsWithARobotThatBreaksTheProtocol) {

@@ -1,5 +1,6 @@
 #include "frame_codec.h"
 
+#include "calendar_time.h"
 #include "failure.h"
 #include "grpc_handover.h"
 #include "limits.h"
@@ -211,7 +212,7 @@ void FrameAssembler::xBegin(const std::string& field) {
     }
     KVFrame frame;
     frame.fNumber = header.number();
-    frame.fTime = header.time();
+    frame.fTime = withinCalendar(header.time());
     frame.fWidth = header.width();
     frame.fHeight = header.height();
     frame.fStride = header.stride();

@@ -27,7 +27,9 @@ struct KVKeyInfo {
 struct KVChange {
     std::uint32_t fId = 0;
     KVValue fValue;
-    std::int64_t fTime = 0;  ///< microseconds since 1970-01-01 UTC by the robot's clock
+    /** Microseconds since 1970-01-01 UTC by the robot's clock. What comes from a robot is brought
+     *  into the years 1970 to 9999. */
+    std::int64_t fTime = 0;
 };
 
 /**
