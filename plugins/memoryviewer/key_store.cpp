@@ -82,8 +82,19 @@ void KeyStore::change(std::vector<KVChange> changes, std::int64_t arrival) {
             changedKeys.push_back({&key, key.type() != oldType});
         }
     }
+    xSeeNewest(changes);
     if (!changedKeys.empty()) {
         Q_EMIT changed(changedKeys);
+    }
+}
+
+/** A stamp of the future would hide for ever how old all other values are. */
+void KeyStore::xSeeNewest(const std::vector<KVChange>& changes) {
+    const std::int64_t now = fClock.now();
+    for (const KVChange& change : changes) {
+        if (change.fTime <= now) {
+            fNewestTime = std::max(fNewestTime, change.fTime);
+        }
     }
 }
 

@@ -61,6 +61,8 @@ class KeyStore : public QObject {
 
     /** The robot's clock as it can be seen from here. */
     const RobotClock& clock() const { return fClock; }
+    /** When the newest of all values was set, by the robot's clock; 0 before there is one. */
+    std::int64_t newestTime() const { return fNewestTime; }
     /** How often the robot is asked, updates a second: no key can be seen to change more often. */
     double followRate() const { return fFollowRate; }
     void setFollowRate(double perSecond) { fFollowRate = perSecond; }
@@ -74,6 +76,7 @@ class KeyStore : public QObject {
     void changed(const std::vector<memoryviewer::ChangedKey>& keys);
 
   private:
+    void xSeeNewest(const std::vector<KVChange>& changes);
     bool xTakeOver(MemoryKey& key, KVChange& change);
 
     std::unordered_map<std::uint32_t, std::unique_ptr<MemoryKey>> fKeys;
@@ -81,6 +84,7 @@ class KeyStore : public QObject {
     mutable std::vector<const MemoryKey*> fSorted;
     mutable bool fIsSorted = true;
     RobotClock fClock;
+    std::int64_t fNewestTime = 0;
     QElapsedTimer fSinceStart;
     double fFollowRate = 0;
 };

@@ -1,5 +1,6 @@
 #include "memory_texts.h"
 
+#include "key_text.h"
 #include "value_text.h"
 
 #include <QCoreApplication>
@@ -108,6 +109,9 @@ QString statusFor(const MemorySituation& situation) {
         const double milliseconds = situation.fRoundTrip * a_millisecondsInSecond;
         parts +=
             translated("round trip %1 ms").arg(milliseconds, 0, 'f', milliseconds < 10 ? 1 : 0);
+    }
+    if (situation.isLive() && situation.fAge >= 0) {
+        parts += translated("age %1").arg(ageText(situation.fAge));
     }
     return parts.join(viewer::statusSeparator());
 }

@@ -23,6 +23,7 @@ struct MemorySituation {
     std::size_t fShown = 0;    ///< that the filter lets pass
     int fUpdates = 0;          ///< a second
     double fRoundTrip = -1;    ///< seconds; negative when it is not known
+    double fAge = -1;          ///< of the newest value, seconds; negative when there is none
     double fQuietSeconds = 0;  ///< since a value came
 
     bool isLive() const { return fPhase == MemoryPhase::Live; }

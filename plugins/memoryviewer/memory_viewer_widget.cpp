@@ -426,6 +426,7 @@ void MemoryViewerWidget::xUpdateTexts() {
     fSituation.fKeys = fKeys->size();
     fSituation.fShown = static_cast<std::size_t>(fModel->keyCount());
     fSituation.fRoundTrip = fLink->roundTrip();
+    fSituation.fAge = xAge();
     const bool isQuiet = fFollower->isFollowing() && fSinceValue.isValid();
     fSituation.fQuietSeconds =
         isQuiet ? static_cast<double>(fSinceValue.elapsed()) / a_secondTime : 0;
@@ -437,6 +438,13 @@ void MemoryViewerWidget::xUpdateTexts() {
     fNotice->setVisible(!notice.isEmpty() && (message.isEmpty() || fSituation.isLive()));
     fPages->setCurrentWidget(message.isEmpty() ? static_cast<QWidget*>(fTree) : fMessage);
     viewer::setStatus(*fStatus, statusFor(fSituation));
+}
+
+/** Of the newest value, in seconds; negative when there is none. */
+double MemoryViewerWidget::xAge() const {
+    const std::int64_t newest = fKeys->newestTime();
+    const std::int64_t age = fKeys->clock().now() - newest;
+    return newest == 0 ? -1 : std::max(0.0, static_cast<double>(age) / a_microsecondsInSecond);
 }
 
 QString MemoryViewerWidget::xRobotText() const {

@@ -84,6 +84,7 @@ class MemoryViewerWidget : public viewer::ViewerWidget {
     std::vector<std::uint32_t> xRecordedIds() const;
     std::vector<std::uint32_t> xAllIds() const;
     void xUpdateTexts();
+    double xAge() const;
     QString xRobotText() const;
 
     std::shared_ptr<MemoryLink> fLink;
