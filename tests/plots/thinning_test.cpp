@@ -141,6 +141,19 @@ TEST(Thinning, HoldsNothingAfterAGap) {
     EXPECT_EQ(lines(thinOut(history.curve(), held)), (Lines{{{0, 1}, {10, 2}}}));
 }
 
+TEST(Thinning, HoldsAValueUntilTheGapThatEndsIt) {
+    const History history = History().add(0, 1).add(10, 2).add(60, a_nan).add(90, 3);
+    ThinningView held = view(0, 100, 1000);
+    EXPECT_EQ(lines(thinOut(history.curve(), held)), (Lines{{{0, 1}, {10, 2}}, {{90, 3}}}));
+    held.fHoldTime = 20;
+    const Lines expected{{{0, 1}, {10, 2}, {60, 2}}, {{90, 3}}};
+    EXPECT_EQ(lines(thinOut(history.curve(), held)), expected);
+    held.fLeft = 30;
+    EXPECT_EQ(lines(thinOut(history.curve(), held)), (Lines{{{10, 2}, {60, 2}}, {{90, 3}}}));
+    held.fRight = 50;
+    EXPECT_EQ(lines(thinOut(history.curve(), held)), (Lines{{{10, 2}, {60, 2}}}));
+}
+
 TEST(Thinning, RefusesAViewOfNothing) {
     const History history = History().add(0, 1);
     EXPECT_TRUE(thinOut(history.curve(), view(10, 10, 10)).fPoints.empty());

@@ -45,6 +45,11 @@ DrawnPoint drawn(const CurvePoint& point) {
     return {static_cast<double>(point.fTime), point.fValue};
 }
 
+/** Whether the value of a point is drawn as one that held until a later time. */
+bool holdsUntil(const ThinningView& view, double from, double to) {
+    return to > from && (view.fShape == CurveShape::Steps || to - from > view.fHoldTime);
+}
+
 /** Appends points and keeps the shape of the curve between them. */
 class LineWriter {
   public:
@@ -58,9 +63,7 @@ class LineWriter {
             fIsInLine = true;
         } else {
             const DrawnPoint before = fCurve.fPoints.back();
-            const bool holds =
-                fView.fShape == CurveShape::Steps || point.fTime - before.fTime > fView.fHoldTime;
-            if (holds && point.fTime > before.fTime && point.fValue != before.fValue) {
+            if (holdsUntil(fView, before.fTime, point.fTime) && point.fValue != before.fValue) {
                 fCurve.fPoints.push_back({point.fTime, before.fValue});
             }
         }
@@ -146,7 +149,7 @@ PointSummary summaryOf(const CurvePoint& point) {
 class Thinner : public CurveHistory::Visitor {
   public:
     explicit Thinner(const ThinningView& view)
-        : fColumns(view), fWriter(view, fCurve), fMerger(fWriter) {}
+        : fView(view), fColumns(view), fWriter(view, fCurve), fMerger(fWriter) {}
 
     bool takeGroup(const PointSummary& group) override {
         if (fIsTooFine) {
@@ -176,8 +179,7 @@ class Thinner : public CurveHistory::Visitor {
             return;
         }
         if (!std::isfinite(point.fValue)) {
-            fMerger.endLine();
-            fBefore.reset();
+            xTakeGap(point, beginsAnew);
             return;
         }
         const int column = fColumns.of(static_cast<double>(point.fTime));
@@ -202,6 +204,17 @@ class Thinner : public CurveHistory::Visitor {
     }
 
   private:
+    void xTakeGap(const CurvePoint& gap, bool beginsAnew) {
+        const bool wasHeld =
+            fBefore && !beginsAnew &&
+            holdsUntil(fView, static_cast<double>(fBefore->fTime), static_cast<double>(gap.fTime));
+        if (wasHeld) {
+            takePoint({gap.fTime, fBefore->fValue}, false);
+        }
+        fMerger.endLine();
+        fBefore.reset();
+    }
+
     /** Begins another line, or draws the neighbour that a line comes from into the view. */
     void xComeTo(int column, bool beginsAnew) {
         if (beginsAnew) {
@@ -225,6 +238,7 @@ class Thinner : public CurveHistory::Visitor {
         fIsBeforeDrawn = false;
     }
 
+    const ThinningView& fView;
     Columns fColumns;
     DrawnCurve fCurve;
     LineWriter fWriter;
