@@ -1,6 +1,7 @@
 # Run by CPack between the installation into its staging folder and the making of the packages. Puts
 # what a Debian system looks for in fixed places of /usr beside the installation in /opt: links to
-# the programs, their completion in the shell, the menu entry and its icons, and each package's licence.
+# the programs, their manual page and completion in the shell, the menu entry and its icons, and each
+# package's licence.
 
 set(prefix "${CPACK_PACKAGING_INSTALL_PREFIX}")
 set(runtime "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/runtime")
@@ -9,7 +10,7 @@ set(development "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/development")
 file(GLOB programs RELATIVE "${runtime}${prefix}" LIST_DIRECTORIES false "${runtime}${prefix}/bin/*")
 file(GLOB_RECURSE shared_files RELATIVE "${runtime}${prefix}"
     "${runtime}${prefix}/share/applications/*" "${runtime}${prefix}/share/icons/*"
-    "${runtime}${prefix}/share/bash-completion/*")
+    "${runtime}${prefix}/share/bash-completion/*" "${runtime}${prefix}/share/man/*")
 foreach(file IN LISTS programs shared_files)
     set(link "${runtime}/usr/${file}")
     cmake_path(GET link PARENT_PATH folder)
