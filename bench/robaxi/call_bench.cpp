@@ -1,20 +1,22 @@
-// Round trip and rate of small calls, beside plain TCP with the same hand-over between threads. The
-// robot's end runs in a process of its own. Rounds of both alternate, so that what else the machine
-// does falls on both alike.
+// Round trip and rate of small calls, beside plain TCP with the same hand-over between threads; and
+// round trip over a connection that carries a camera's frames too, beside one that does not. The
+// robot's end runs in a process of its own. Rounds of all alternate, so that what else the machine
+// does falls on all alike.
 //
 //   call_bench [ROUNDS]
 #include "brokers.h"
+#include "camera.h"
 #include "far_end.h"
 #include "figures.h"
 #include "tcp_peer.h"
 
 #include <robaxi/kv_broker.h>
+#include <robaxi/kv_connection.h>
 #include <robaxi/kv_module.h>
 #include <robaxi/kv_proxy.h>
 
 #include <boost/make_shared.hpp>
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdio>
@@ -30,8 +32,11 @@ using Clock = std::chrono::steady_clock;
 using Call = std::function<void()>;
 
 constexpr int a_callers = 8;
-constexpr std::size_t a_callsOfRound = 2000;
+constexpr int a_timeOut = 10;  // seconds
 constexpr std::chrono::milliseconds a_lengthOfRound{500};
+constexpr std::uint32_t a_width = 640;
+constexpr std::uint32_t a_height = 480;
+constexpr int a_framesOfSecond = 30;
 
 int serve() {
     const auto broker = bench::listenOnLoopback();
@@ -39,20 +44,22 @@ int serve() {
     echo->bindMethod({"echo", "", ""}, {KVValue::Type::Int},
                      [](const KVValue::List& arguments) { return arguments.front(); });
     broker->addModule(echo);
+    const bench::Camera camera(
+        *broker, a_width, a_height,
+        std::chrono::microseconds(std::chrono::seconds(1)) / a_framesOfSecond);
     const tcp_peer::Server plain(a_callers);
     bench::serveAt(broker->getPort(), plain.port());
     return EXIT_SUCCESS;
 }
 
-double microseconds(Clock::duration duration) {
-    return std::chrono::duration<double, std::micro>(duration).count();
-}
-
+/** Microseconds that each of many calls takes, one after the other. */
 void measureRoundTrips(const Call& call, std::vector<double>& times) {
-    for (std::size_t i = 0; i < a_callsOfRound; ++i) {
-        const auto start = Clock::now();
+    const auto end = Clock::now() + a_lengthOfRound;
+    for (auto start = Clock::now(); start < end;) {
         call();
-        times.push_back(microseconds(Clock::now() - start));
+        const auto now = Clock::now();
+        times.push_back(std::chrono::duration<double, std::micro>(now - start).count());
+        start = now;
     }
 }
 
@@ -79,35 +86,76 @@ double measureRate(const Call& call) {
     return static_cast<double>(calls) / std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-int measure(int rounds) {
-    const bench::FarEnd farEnd;
-    KVProxy proxy("Echo", bench::a_loopback, farEnd.brokerPort(), bench::makeClient(), 10, 0);
-    tcp_peer::Client client(farEnd.plainPort());
-    const Call ours = [&proxy] { proxy.callVoid("echo", 42); };
-    const Call plain = [&client] { client.call(); };
-
-    std::vector<double> ourTimes;
-    std::vector<double> plainTimes;
-    std::vector<double> ourRates;
-    std::vector<double> plainRates;
-    std::vector<double> warmUp;
-    measureRoundTrips(ours, warmUp);
-    measureRoundTrips(plain, warmUp);
-    for (int round = 0; round < rounds; ++round) {
-        measureRoundTrips(plain, plainTimes);
-        measureRoundTrips(ours, ourTimes);
-        plainRates.push_back(measureRate(plain));
-        ourRates.push_back(measureRate(ours));
+class Measurement {
+  public:
+    Measurement() {
+        std::vector<double> warmUp;
+        measureRoundTrips(fCall, warmUp);
+        measureRoundTrips(fCallPlain, warmUp);
     }
-    constexpr double half = 0.5;
-    constexpr double almostAll = 0.99;
-    bench::printHeading();
-    bench::compare("round trip, median", bench::quantile(ourTimes, half),
-                   bench::quantile(plainTimes, half), "us");
-    bench::compare("round trip, 99th percentile", bench::quantile(ourTimes, almostAll),
-                   bench::quantile(plainTimes, almostAll), "us");
-    bench::compare("calls a second, 8 outstanding", bench::quantile(ourRates, half),
-                   bench::quantile(plainRates, half), "/s");
+
+    void takeRound() {
+        measureRoundTrips(fCallPlain, fPlainTimes);
+        measureRoundTrips(fCall, fTimes);
+        xMeasureBesideCamera();
+        fPlainRates.push_back(measureRate(fCallPlain));
+        fRates.push_back(measureRate(fCall));
+    }
+
+    void print() {
+        bench::printHeading();
+        xCompareTimes(fTimes, fPlainTimes);
+        bench::compare("calls a second, 8 outstanding", bench::median(fRates),
+                       bench::median(fPlainRates), "/s");
+        std::printf("\n640x480 RGB camera at %d a second over the same connection\n",
+                    a_framesOfSecond);
+        bench::printHeading("without", "with");
+        xCompareTimes(fTimesBesideCamera, fTimes);
+        // Of some thousand calls a second, these meet a frame.
+        constexpr double butOneInThousand = 0.999;
+        bench::compare("round trip, 99.9th percentile",
+                       bench::quantile(fTimesBesideCamera, butOneInThousand),
+                       bench::quantile(fTimes, butOneInThousand), "us");
+        std::printf("frames that came meanwhile: %llu, left out: %llu\n", fFrames, fFramesLeftOut);
+    }
+
+  private:
+    static void xCompareTimes(std::vector<double>& ours, std::vector<double>& peers) {
+        constexpr double almostAll = 0.99;
+        bench::compare("round trip, median", bench::median(ours), bench::median(peers), "us");
+        bench::compare("round trip, 99th percentile", bench::quantile(ours, almostAll),
+                       bench::quantile(peers, almostAll), "us");
+    }
+
+    void xMeasureBesideCamera() {
+        const bench::Watcher watcher(
+            KVConnection::open(fBroker, bench::a_loopback, fFarEnd.brokerPort(), a_timeOut));
+        measureRoundTrips(fCall, fTimesBesideCamera);
+        fFrames += watcher.frames();
+        fFramesLeftOut += watcher.framesLeftOut();
+    }
+
+    const bench::FarEnd fFarEnd;
+    const boost::shared_ptr<KVBroker> fBroker = bench::makeClient();
+    KVProxy fProxy{"Echo", bench::a_loopback, fFarEnd.brokerPort(), fBroker, a_timeOut, 0};
+    tcp_peer::Client fPlain{fFarEnd.plainPort()};
+    const Call fCall = [this] { fProxy.callVoid("echo", 42); };
+    const Call fCallPlain = [this] { fPlain.call(); };
+    std::vector<double> fTimes;
+    std::vector<double> fTimesBesideCamera;
+    std::vector<double> fPlainTimes;
+    std::vector<double> fRates;
+    std::vector<double> fPlainRates;
+    unsigned long long fFrames = 0;
+    unsigned long long fFramesLeftOut = 0;
+};
+
+int measure(int rounds) {
+    Measurement measurement;
+    for (int round = 0; round < rounds; ++round) {
+        measurement.takeRound();
+    }
+    measurement.print();
     return EXIT_SUCCESS;
 }
 

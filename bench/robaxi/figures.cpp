@@ -11,8 +11,8 @@
 
 namespace bench {
 
-void printHeading(const char* peer) {
-    std::printf("%-34s %10s %10s\n", "", "robaxi", peer);
+void printHeading(const char* peer, const char* ours) {
+    std::printf("%-34s %10s %10s\n", "", ours, peer);
 }
 
 void compare(const char* what, double ours, double peers, const char* unit) {

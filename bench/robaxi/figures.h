@@ -12,7 +12,7 @@ namespace bench {
 
 /** @name What a benchmark prints: one line for each figure, the library's beside its peer's */
 ///@{
-void printHeading(const char* peer = "plain TCP");
+void printHeading(const char* peer = "plain TCP", const char* ours = "robaxi");
 void compare(const char* what, double ours, double peers, const char* unit);
 ///@}
 

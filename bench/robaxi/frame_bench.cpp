@@ -3,19 +3,15 @@
 //
 //   robaxi_frame_bench [ROUNDS]
 #include "brokers.h"
+#include "camera.h"
 #include "far_end.h"
 #include "figures.h"
 #include "plain_stream.h"
 
+#include <robaxi/kv_broker.h>
 #include <robaxi/kv_connection.h>
-#include <robaxi/kv_frame_source.h>
-#include <robaxi/kv_frame_stream.h>
-#include <robaxi/kv_module.h>
-
-#include <boost/make_shared.hpp>
 
 #include <atomic>
-#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <thread>
@@ -23,71 +19,28 @@
 
 namespace {
 
-constexpr const char* a_camera = "head";
 constexpr int a_timeOut = 10;  // seconds
 constexpr std::uint32_t a_width = 1280;
 constexpr std::uint32_t a_height = 720;
-constexpr std::uint32_t a_bytesOfPixel = 3;
-constexpr std::size_t a_bytesOfFrame = std::size_t{a_width} * a_height * a_bytesOfPixel;
+constexpr std::size_t a_bytesOfFrame = std::size_t{a_width} * a_height * bench::a_bytesOfPixel;
 /** More often than a frame of this size gets through. */
 constexpr std::chrono::microseconds a_period{500};
 constexpr std::chrono::milliseconds a_lengthOfRound{1000};
 constexpr std::chrono::milliseconds a_warmUp{300};
 
-KVFrame makeFrame() {
-    const auto bytes = std::make_shared<std::vector<unsigned char>>(a_bytesOfFrame, 'x');
-    KVFrame frame;
-    frame.fWidth = a_width;
-    frame.fHeight = a_height;
-    frame.fStride = a_width * a_bytesOfPixel;
-    frame.fFormat = KVPixelFormat::Rgb888;
-    frame.fData = std::shared_ptr<const unsigned char>(bytes, bytes->data());
-    frame.fSize = bytes->size();
-    return frame;
-}
-
 int serve() {
     const auto broker = bench::listenOnLoopback();
-    const auto source = boost::make_shared<KVFrameSource>();
-    source->addStream(a_camera);
-    const auto video = boost::make_shared<KVModule>("Video", "");
-    video->setFrames(source);
-    broker->addModule(video);
-    std::atomic<bool> stop{false};
-    std::thread camera([&] {
-        for (KVFrame frame = makeFrame(); !stop; std::this_thread::sleep_for(a_period)) {
-            ++frame.fNumber;
-            if (source->getWatchers(a_camera) != 0) {
-                source->publish(a_camera, frame);
-            }
-        }
-    });
+    const bench::Camera camera(*broker, a_width, a_height, a_period);
     const plain_stream::Server plain([](std::string& bytes) { bytes.resize(a_bytesOfFrame, 'x'); });
     bench::serveAt(broker->getPort(), plain.port());
-    stop = true;
-    camera.join();
     return EXIT_SUCCESS;
 }
 
-class Watcher : public KVFrameStream::Listener {
-  public:
-    void frameReceived(const KVFrame& frame, std::uint64_t passedOver) override {
-        fBytes += frame.fSize * (passedOver + 1);
-    }
-    void ended(const KVError& /*error*/) override {}
-
-    std::atomic<std::uint64_t> fBytes{0};
-};
-
 bench::Flow measureOurs(const bench::FarEnd& farEnd) {
-    Watcher watcher;
-    const auto stream = KVFrameStream::start(
-        KVConnection::open(bench::makeClient(), bench::a_loopback, farEnd.brokerPort(), a_timeOut),
-        "Video", a_camera, &watcher);
+    const bench::Watcher watcher(
+        KVConnection::open(bench::makeClient(), bench::a_loopback, farEnd.brokerPort(), a_timeOut));
     std::this_thread::sleep_for(a_warmUp);
-    const bench::Flow flow = bench::measureFlow(farEnd.pid(), watcher.fBytes, a_lengthOfRound);
-    stream->stop();
-    return flow;
+    return bench::measureFlow(farEnd.pid(), watcher.bytes(), a_lengthOfRound);
 }
 
 bench::Flow measurePlain(const bench::FarEnd& farEnd) {

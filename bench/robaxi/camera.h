@@ -1,0 +1,65 @@
+#ifndef OBVISTA_BENCH_ROBAXI_CAMERA_H
+#define OBVISTA_BENCH_ROBAXI_CAMERA_H
+
+#include <robaxi/kv_connection.h>
+#include <robaxi/kv_frame_source.h>
+#include <robaxi/kv_frame_stream.h>
+
+#include <boost/shared_ptr.hpp>
+
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <future>
+#include <thread>
+
+class KVBroker;
+
+namespace bench {
+
+constexpr std::size_t a_bytesOfPixel = 3;
+
+/** A broker's camera: the same RGB frame again and again, while somebody watches it. */
+class Camera {
+  public:
+    /** To be made once for a broker. @param period from one frame to the next */
+    Camera(KVBroker& broker, std::uint32_t width, std::uint32_t height,
+           std::chrono::microseconds period);
+    ~Camera();
+    Camera(const Camera&) = delete;
+    Camera& operator=(const Camera&) = delete;
+
+  private:
+    const boost::shared_ptr<KVFrameSource> fSource;
+    std::atomic<bool> fStop{false};
+    std::thread fThread;
+};
+
+/** Watches the far end's camera, and counts what comes. */
+class Watcher : private KVFrameStream::Listener {
+  public:
+    /** Returns when the first frame has come. @throws std::runtime_error when none comes */
+    explicit Watcher(const boost::shared_ptr<KVConnection>& connection);
+
+    /** Of all frames that were received. */
+    const std::atomic<std::uint64_t>& bytes() const { return fBytes; }
+    std::uint64_t frames() const { return fFrames; }
+    /** Frames that the camera made since the first one and that were given up for newer ones. */
+    std::uint64_t framesLeftOut() const { return fFramesLeftOut; }
+
+  private:
+    void frameReceived(const KVFrame& frame, std::uint64_t passedOver) override;
+    void ended(const KVError& error) override;
+
+    std::atomic<std::uint64_t> fBytes{0};
+    std::atomic<std::uint64_t> fFrames{0};
+    std::atomic<std::uint64_t> fFramesLeftOut{0};
+    std::uint64_t fLastNumber = 0;
+    std::promise<void> fFirst;
+    const boost::shared_ptr<KVFrameStream> fStream;
+};
+
+}  // namespace bench
+
+#endif
