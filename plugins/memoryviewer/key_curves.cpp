@@ -4,6 +4,7 @@
 #include "value_text.h"
 
 #include <limits>
+#include <plot_history.h>
 #include <plot_panel.h>
 
 namespace memoryviewer {
@@ -38,6 +39,7 @@ double numberOf(const KVValue& value) {
 KeyCurves::KeyCurves(KeyStore* keys, PlotPanel* plots, QObject* parent)
     : QObject(parent), fKeys(keys), fPlots(plots) {
     fPlots->setKeyCheck([this](const QString& name) { return xIsPlottable(name); });
+    connect(fPlots, &PlotPanel::plottedKeysChanged, this, &KeyCurves::xOnPlottedKeysChanged);
     connect(fKeys, &KeyStore::added, this, &KeyCurves::xOnKeysAdded);
     connect(fKeys, &KeyStore::aboutToRemove, this, &KeyCurves::xOnKeysGoing);
 }
@@ -55,15 +57,31 @@ void KeyCurves::plot(const QStringList& names, Place place) {
         if (!fits) {
             return;
         }
-        xPlotPresentValue(*key);
         place = Place::CurrentPlot;
+    }
+}
+
+/** Some of them may be dropped ones, of which the plots know no more than the name. */
+void KeyCurves::xOnPlottedKeysChanged() {
+    for (const QString& name : fPlots->plottedKeys()) {
+        if (const MemoryKey* key = fKeys->find(name.toStdString())) {
+            xDescribe(*key);
+            xPlotPresentValue(*key);
+        }
+    }
+}
+
+void KeyCurves::xDescribe(const MemoryKey& key) {
+    const QString name = QString::fromStdString(key.fInfo.fName);
+    if (fPlots->isPlotted(name)) {
+        fPlots->describeKey(name, plainText(key.fInfo.fUnit), shapeOf(key));
     }
 }
 
 /** So that the curve of a value that changes seldom does not begin with its next change. */
 void KeyCurves::xPlotPresentValue(const MemoryKey& key) {
-    if (fIsFollowing && key.hasValue()) {
-        const int handle = fPlots->keyHandle(QString::fromStdString(key.fInfo.fName));
+    const int handle = fPlots->keyHandle(QString::fromStdString(key.fInfo.fName));
+    if (fIsFollowing && key.hasValue() && fPlots->history().curve(handle).isEmpty()) {
         fPlots->append({{handle, fKeys->clock().now(), numberOf(key.fValue)}});
     }
 }
@@ -94,10 +112,7 @@ bool KeyCurves::xIsPlottable(const QString& name) const {
 
 void KeyCurves::xOnKeysAdded(const std::vector<const MemoryKey*>& keys) {
     for (const MemoryKey* key : keys) {
-        const QString name = QString::fromStdString(key->fInfo.fName);
-        if (fPlots->isPlotted(name)) {
-            fPlots->describeKey(name, plainText(key->fInfo.fUnit), shapeOf(*key));
-        }
+        xDescribe(*key);
     }
 }
 

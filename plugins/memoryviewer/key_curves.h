@@ -33,7 +33,9 @@ class KeyCurves : public QObject {
 
   private:
     bool xIsPlottable(const QString& name) const;
+    void xDescribe(const MemoryKey& key);
     void xPlotPresentValue(const MemoryKey& key);
+    void xOnPlottedKeysChanged();
     void xOnKeysAdded(const std::vector<const MemoryKey*>& keys);
     void xOnKeysGoing(const std::vector<const MemoryKey*>& keys);
 
