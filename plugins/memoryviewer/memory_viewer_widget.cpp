@@ -161,7 +161,7 @@ void MemoryViewerWidget::xConnect() {
         xShowPlots(!fPlots->plottedKeys().isEmpty());
         xPlan();
     });
-    connect(fRecording, &RecordingBar::recordingChanged, this, &MemoryViewerWidget::xPlan);
+    connect(fRecording, &RecordingBar::recordingChanged, this, &MemoryViewerWidget::xOnRecording);
     connect(fWrites.get(), &WriteQueue::stateChanged, this, [this] { xRepaint(); });
     connect(fWrites.get(), &WriteQueue::refused, this, &MemoryViewerWidget::xOnWriteRefused);
     connect(fWatched, &WatchModel::namesChanged, this, &MemoryViewerWidget::xPlan);
@@ -320,6 +320,13 @@ void MemoryViewerWidget::xArrange() {
     fSituation.fFilterFault = arrangement.fFilter.fault();
     fToolBar->setFilterFault(arrangement.fFilter.fault());
     xUpdateTexts();
+    xPlan();
+}
+
+void MemoryViewerWidget::xOnRecording(bool isRecording) {
+    if (isRecording) {
+        fKeyRecording->begin(xRecordedIds());
+    }
     xPlan();
 }
 
