@@ -2,10 +2,33 @@
 
 #include "arrangement.h"
 #include "key_text.h"
+#include "value_text.h"
 
 #include <write_queue.h>
 
 namespace memoryviewer {
+
+namespace {
+
+/** Milliseconds for which the answer to a write is seen. */
+constexpr int a_acceptedTime = 2000;
+constexpr int a_refusedTime = 10000;
+
+ValueMark markOf(const WriteState& write) {
+    switch (write.fPhase) {
+        case WriteState::Phase::Pending:
+            return ValueMark::Pending;
+        case WriteState::Phase::Accepted:
+            return write.fSinceAnswer.hasExpired(a_acceptedTime) ? ValueMark::None
+                                                                 : ValueMark::Accepted;
+        case WriteState::Phase::Refused:
+            return write.fSinceAnswer.hasExpired(a_refusedTime) ? ValueMark::None
+                                                                : ValueMark::Refused;
+    }
+    return ValueMark::None;
+}
+
+}  // namespace
 
 KeyValueSource::KeyValueSource(const KeyStore* keys, WriteQueue* writes)
     : fKeys(keys), fWrites(writes) {
@@ -30,13 +53,23 @@ ValueMark KeyValueSource::mark(const QModelIndex& index) const {
         return ValueMark::None;
     }
     const std::optional<WriteState> write = fWrites->state(key->fInfo.fName);
-    if (write && write->fPhase == WriteState::Phase::Pending) {
-        return ValueMark::Pending;
+    const ValueMark mark = write ? markOf(*write) : ValueMark::None;
+    const bool isMarked = mark == ValueMark::None && fKeys->isMarked(*key);
+    return isMarked ? ValueMark::Changed : mark;
+}
+
+std::optional<QString> KeyValueSource::writtenText(const QModelIndex& index) const {
+    const MemoryKey* key = index.column() == ValueColumn ? xKey(index) : nullptr;
+    const auto write = key != nullptr ? fWrites->state(key->fInfo.fName) : std::nullopt;
+    if (!write) {
+        return {};
     }
-    if (write && write->fPhase == WriteState::Phase::Refused) {
-        return ValueMark::Refused;
-    }
-    return fKeys->isMarked(*key) ? ValueMark::Changed : ValueMark::None;
+    const ValueMark mark = markOf(*write);
+    // The robot says that it has taken a value over before it sends it.
+    const bool isAwaited = mark == ValueMark::Accepted && key->fValue == write->fBefore;
+    return mark == ValueMark::Pending || isAwaited
+               ? std::optional<QString>(valueText(write->fValue))
+               : std::nullopt;
 }
 
 const MemoryKey* KeyValueSource::xKey(const QModelIndex& index) const {

@@ -18,6 +18,7 @@ class KeyValueSource : public ValueSource {
     std::optional<KVValue> editableValue(const QModelIndex& index) const override;
     void enter(const QModelIndex& index, const KVValue& before, const KVValue& value) override;
     ValueMark mark(const QModelIndex& index) const override;
+    std::optional<QString> writtenText(const QModelIndex& index) const override;
 
   private:
     const MemoryKey* xKey(const QModelIndex& index) const;

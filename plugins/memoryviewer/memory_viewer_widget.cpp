@@ -342,7 +342,6 @@ void MemoryViewerWidget::xOnWriteRefused(const std::string& key, const QString& 
     fSituation.fWriteRefusal =
         tr("%1 keeps its value: %2").arg(plainText(key, a_maxKeyNameLength), reason);
     fSinceRefusal.start();
-    fWrites->forget(key);
     xUpdateTexts();
 }
 

@@ -55,6 +55,17 @@ void showProblem(QWidget* editor, const QString& problem) {
     editor->setAccessibleDescription(problem);
 }
 
+QColor colourOf(ValueMark mark, const QPalette& palette) {
+    switch (mark) {
+        case ValueMark::Accepted:
+            return Qt::darkGreen;
+        case ValueMark::Refused:
+            return Qt::red;
+        default:
+            return palette.color(QPalette::Highlight);
+    }
+}
+
 QColor tint(QColor colour) {
     colour.setAlphaF(a_markStrength);
     return colour;
@@ -129,10 +140,14 @@ bool ValueDelegate::eventFilter(QObject* object, QEvent* event) {
 
 void ValueDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const {
     QStyledItemDelegate::initStyleOption(option, index);
+    option->text = fSource->writtenText(index).value_or(option->text);
     switch (fSource->mark(index)) {
         case ValueMark::Pending:
             option->font.setItalic(true);
             option->text += tr(" (being written\u2026)");
+            break;
+        case ValueMark::Accepted:
+            option->text += tr(" (written)");
             break;
         case ValueMark::Refused:
             option->text += tr(" (not written)");
@@ -146,11 +161,8 @@ void ValueDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIn
 void ValueDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
                           const QModelIndex& index) const {
     const ValueMark mark = fSource->mark(index);
-    if (mark == ValueMark::Changed || mark == ValueMark::Refused) {
-        const QColor colour = mark == ValueMark::Refused
-                                  ? QColor(Qt::red)
-                                  : option.palette.color(QPalette::Highlight);
-        painter->fillRect(option.rect, tint(colour));
+    if (mark != ValueMark::None && mark != ValueMark::Pending) {
+        painter->fillRect(option.rect, tint(colourOf(mark, option.palette)));
     }
     QStyledItemDelegate::paint(painter, option, index);
 }

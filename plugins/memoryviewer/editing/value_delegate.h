@@ -12,9 +12,10 @@ namespace memoryviewer {
 /** What is to be seen of a value beside itself. */
 enum class ValueMark {
     None,
-    Changed,  ///< it has changed just now
-    Pending,  ///< it was written, and the robot has not answered yet
-    Refused   ///< the robot has refused what was written
+    Changed,   ///< it has changed just now
+    Pending,   ///< it was written, and the robot has not answered yet
+    Accepted,  ///< the robot has taken over what was written just now
+    Refused    ///< the robot has refused what was written
 };
 
 /** The values behind the cells of a view. */
@@ -26,6 +27,9 @@ class ValueSource {
     /** The user has entered another value than `before`, which stood there when editing began. */
     virtual void enter(const QModelIndex& index, const KVValue& before, const KVValue& value) = 0;
     virtual ValueMark mark(const QModelIndex& index) const = 0;
+    /** What is shown in place of the present value: what was written, until the robot has refused
+     *  it or has sent another value. */
+    virtual std::optional<QString> writtenText(const QModelIndex& index) const = 0;
 };
 
 /**

@@ -24,7 +24,7 @@ WriteQueue::~WriteQueue() {
 
 void WriteQueue::write(const std::string& key, const KVValue& before, const KVValue& value) {
     Job job{++fNumber, key, before, value};
-    fLastWrites[key] = {job.fNumber, {WriteState::Phase::Pending, value, QString()}};
+    fLastWrites[key] = {job.fNumber, {WriteState::Phase::Pending, before, value, {}, {}}};
     ++fPending;
     {
         const std::lock_guard<std::mutex> lock(fMutex);
@@ -39,14 +39,6 @@ std::optional<WriteState> WriteQueue::state(const std::string& key) const {
     const auto last = fLastWrites.find(key);
     return last != fLastWrites.end() ? std::optional<WriteState>(last->second.fState)
                                      : std::nullopt;
-}
-
-void WriteQueue::forget(const std::string& key) {
-    const auto last = fLastWrites.find(key);
-    if (last != fLastWrites.end() && last->second.fState.fPhase != WriteState::Phase::Pending) {
-        fLastWrites.erase(last);
-        Q_EMIT stateChanged(key);
-    }
 }
 
 void WriteQueue::giveUp(const QString& reason) {
@@ -101,9 +93,10 @@ void WriteQueue::xFinish(const Job& job, const QString& refusal) {
     }
     const auto last = fLastWrites.find(job.fKey);
     if (last != fLastWrites.end() && last->second.fNumber == job.fNumber) {
-        last->second.fState.fPhase =
-            isAccepted ? WriteState::Phase::Accepted : WriteState::Phase::Refused;
-        last->second.fState.fReason = refusal;
+        WriteState& state = last->second.fState;
+        state.fPhase = isAccepted ? WriteState::Phase::Accepted : WriteState::Phase::Refused;
+        state.fReason = refusal;
+        state.fSinceAnswer.start();
         Q_EMIT stateChanged(job.fKey);
     }
     if (!isAccepted) {

@@ -3,6 +3,7 @@
 
 #include "value_writer.h"
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QString>
 
@@ -22,8 +23,10 @@ namespace memoryviewer {
 struct WriteState {
     enum class Phase { Pending, Accepted, Refused };
     Phase fPhase = Phase::Pending;
-    KVValue fValue;   ///< what was to be written
-    QString fReason;  ///< the robot's, when it refused; plain text
+    KVValue fBefore;             ///< what stood there when it was entered
+    KVValue fValue;              ///< what was to be written
+    QString fReason;             ///< the robot's, when it refused; plain text
+    QElapsedTimer fSinceAnswer;  ///< not valid while it is pending
 };
 
 /**
@@ -47,10 +50,8 @@ class WriteQueue : public QObject {
      */
     void write(const std::string& key, const KVValue& before, const KVValue& value);
 
-    /** The last write of a key that its state was not forgotten of. */
+    /** The last write of a key; nothing when it was never written. */
     std::optional<WriteState> state(const std::string& key) const;
-    /** Forgets what became of a key's writes, once the user has seen it; a pending one stays. */
-    void forget(const std::string& key);
     /** Ends all that waits as refused, for instance when the robot is lost. */
     void giveUp(const QString& reason);
 

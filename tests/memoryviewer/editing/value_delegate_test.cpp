@@ -30,6 +30,10 @@ class Values : public ValueSource {
         return index.row() == 0 ? fMark : ValueMark::None;
     }
 
+    std::optional<QString> writtenText(const QModelIndex& index) const override {
+        return index.row() == 0 ? fWritten : std::nullopt;
+    }
+
     struct Entered {
         int fRow;
         KVValue fBefore;
@@ -38,6 +42,7 @@ class Values : public ValueSource {
     std::vector<KVValue> fValues{KVValue(0.5), KVValue(true), KVValue(KVValue::List{1})};
     std::vector<Entered> fEntered;
     ValueMark fMark = ValueMark::None;
+    std::optional<QString> fWritten;
     bool fIsReadOnly = false;
 };
 
@@ -58,10 +63,12 @@ class ValueDelegateTest : public QObject {
     void offersAChoiceOfBools();
     void opensNoFieldForWhatCannotBeWritten();
     void showsMarks();
+    void saysWhatBecameOfAWrite();
 
   private:
     QLineEdit* xOpen(int row = 0);
     QColor xColourOf(int row);
+    QString xShownText();
 
     Values fValues;
     std::unique_ptr<QStandardItemModel> fModel;
@@ -92,6 +99,18 @@ QLineEdit* ValueDelegateTest::xOpen(int row) {
 QColor ValueDelegateTest::xColourOf(int row) {
     const QRect cell = fView->visualRect(fModel->index(row, 0));
     return fView->viewport()->grab().toImage().pixelColor(cell.right() - 2, cell.center().y());
+}
+
+/** What is painted in the first row. */
+QString ValueDelegateTest::xShownText() {
+    class Painted : public ValueDelegate {
+      public:
+        using ValueDelegate::initStyleOption;
+        using ValueDelegate::ValueDelegate;
+    };
+    QStyleOptionViewItem option;
+    Painted(&fValues).initStyleOption(&option, fModel->index(0, 0));
+    return option.text;
 }
 
 void ValueDelegateTest::writesOnEnter() {
@@ -182,12 +201,24 @@ void ValueDelegateTest::showsMarks() {
     fView->clearSelection();
     fView->setCurrentIndex(fModel->index(2, 0));
     const QColor plain = xColourOf(0);
-    for (const ValueMark mark : {ValueMark::Changed, ValueMark::Refused}) {
+    for (const ValueMark mark : {ValueMark::Changed, ValueMark::Accepted, ValueMark::Refused}) {
         fValues.fMark = mark;
         QVERIFY(xColourOf(0) != plain);
     }
     fValues.fMark = ValueMark::None;
     QCOMPARE(xColourOf(0), plain);
+}
+
+void ValueDelegateTest::saysWhatBecameOfAWrite() {
+    QCOMPARE(xShownText(), QStringLiteral("0.5"));
+    fValues.fWritten = QStringLiteral("0.75");
+    fValues.fMark = ValueMark::Pending;
+    QCOMPARE(xShownText(), QString::fromUtf8("0.75 (being written\u2026)"));
+    fValues.fMark = ValueMark::Accepted;
+    QCOMPARE(xShownText(), QStringLiteral("0.75 (written)"));
+    fValues.fWritten.reset();
+    fValues.fMark = ValueMark::Refused;
+    QCOMPARE(xShownText(), QStringLiteral("0.5 (not written)"));
 }
 
 OBVISTA_QTEST_MAIN(ValueDelegateTest)

@@ -120,8 +120,9 @@ void WriteQueueTest::writesAndSaysThatItIsAccepted() {
     QCOMPARE(phases, (std::vector<Phase>{Phase::Pending, Phase::Accepted}));
     QCOMPARE(fRobot->taken(), std::vector<std::int64_t>{7});
     fQueue->disconnect(this);
-    fQueue->forget("Key");
-    QVERIFY(!fQueue->state("Key"));
+    const std::optional<WriteState> state = fQueue->state("Key");
+    QVERIFY(state->fSinceAnswer.isValid());
+    QVERIFY(!fQueue->state("Another"));
 }
 
 void WriteQueueTest::givesTheRobotsReasonForARefusal() {
@@ -138,8 +139,8 @@ void WriteQueueTest::isPendingWithoutHoldingTheUser() {
     fRobot->setSlow(true);
     xWrite(0, 1);
     xWrite(1, 2);
-    fQueue->forget("Key");
     QCOMPARE(int(xPhase()), int(Phase::Pending));
+    QVERIFY(!fQueue->state("Key")->fSinceAnswer.isValid());
     QVERIFY(!fQueue->canUndo());
     fRobot->setSlow(false);
     QTRY_COMPARE(int(xPhase()), int(Phase::Accepted));
