@@ -23,6 +23,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+/** Seconds: the 1.5 after which a silent robot is given up, and what a busy machine may add. Far
+ * less than the time-outs of the calls. */
+constexpr double a_soon = 6;
+
 /** A robot in a process of its own, and a connection to it. */
 class Loss : public testing::Test {
   protected:
@@ -65,9 +69,10 @@ class Loss : public testing::Test {
 
 }  // namespace
 
-TEST_F(Loss, OfAKilledRobotIsToldWithinASecond) {
+TEST_F(Loss, OfAKilledRobotIsToldAtOnce) {
     EXPECT_TRUE(fConnection->isConnected());
-    EXPECT_LT(secondsUntilLost(SIGKILL), 1.0) << "the system closes the sockets of a dead process";
+    EXPECT_LT(secondsUntilLost(SIGKILL), a_soon)
+        << "the system closes the sockets of a dead process";
     EXPECT_FALSE(fConnection->isConnected());
     ASSERT_TRUE(fError);
     EXPECT_CAUSE(*fError, ConnectionLost);
@@ -77,8 +82,8 @@ TEST_F(Loss, OfAKilledRobotIsToldWithinASecond) {
                   "connected, then connect again.");
 }
 
-TEST_F(Loss, OfASilentRobotIsToldWithinTwoSeconds) {
-    EXPECT_LT(secondsUntilLost(SIGSTOP), 2.0) << "six heartbeats of 250 ms without an answer";
+TEST_F(Loss, OfASilentRobotIsToldSoon) {
+    EXPECT_LT(secondsUntilLost(SIGSTOP), a_soon) << "six heartbeats of 250 ms without an answer";
     ASSERT_TRUE(fError);
     EXPECT_CAUSE(*fError, ConnectionLost);
     EXPECT_NE(fError->toString().find("does not answer any more"), std::string::npos)
@@ -87,16 +92,17 @@ TEST_F(Loss, OfASilentRobotIsToldWithinTwoSeconds) {
     EXPECT_FALSE(fConnection->isConnected()) << "a lost connection stays lost";
 }
 
-TEST_F(Loss, OfASilentRobotIsToldSoonerWhenTheSettingsSaySo) {
+TEST_F(Loss, OfASilentRobotIsToldLaterWhenTheSettingsSaySo) {
     KVSettings settings;
-    settings.fLimits.fHeartbeat = std::chrono::milliseconds(50);
-    settings.fLimits.fLoss = std::chrono::milliseconds(200);
+    settings.fLimits.fHeartbeat = std::chrono::milliseconds(500);
+    settings.fLimits.fLoss = std::chrono::milliseconds(3000);
     fConnection = KVConnection::open(makeClient(settings), a_loopback, fPort, 5);
-    EXPECT_LT(secondsUntilLost(SIGSTOP), 1.2) << "by default it is told after 1.5 s";
+    EXPECT_GT(secondsUntilLost(SIGSTOP), 2.0) << "by default it is told after 1.5 s";
 }
 
 TEST_F(Loss, OfARobotThatEndsProperlyIsTold) {
-    EXPECT_LT(secondsUntilLost(SIGTERM), 1.0) << "the system closes the sockets of a dead process";
+    EXPECT_LT(secondsUntilLost(SIGTERM), a_soon)
+        << "the system closes the sockets of a dead process";
 }
 
 TEST_F(Loss, EndsSubscriptionsAndCalls) {
@@ -106,7 +112,7 @@ TEST_F(Loss, EndsSubscriptionsAndCalls) {
     ASSERT_TRUE(listener.waitUntil([&] { return listener.fUpdates.size() > 3; }));
     KVProxy proxy("Echo", a_loopback, fPort, fClient, 10, 0);
 
-    EXPECT_LT(secondsUntilLost(SIGSTOP), 2.0) << "six heartbeats of 250 ms without an answer";
+    EXPECT_LT(secondsUntilLost(SIGSTOP), a_soon) << "six heartbeats of 250 ms without an answer";
 
     ASSERT_TRUE(listener.waitForEnd());
     EXPECT_CAUSE(*listener.fEnd, ConnectionLost);
@@ -122,7 +128,7 @@ TEST_F(Loss, EndsACallInFlightBeforeItsTimeOut) {
     fRobot->signal(SIGSTOP);
     const auto start = Clock::now();
     EXPECT_CAUSE(errorOf([&] { proxy.callVoid("echo", 1); }), ConnectionLost);
-    EXPECT_LT(std::chrono::duration<double>(Clock::now() - start).count(), 2.0)
+    EXPECT_LT(std::chrono::duration<double>(Clock::now() - start).count(), a_soon)
         << "six heartbeats of 250 ms without an answer";
 }
 
