@@ -14,7 +14,7 @@ std::shared_ptr<CameraLink> CameraLink::open(const boost::shared_ptr<KVBroker>& 
 CameraLink::CameraLink(const boost::shared_ptr<KVBroker>& broker, const std::string& ip, int port,
                        double timeOut)
     : RobotLink(broker, ip, port, timeOut),
-      fClient(broker, ip, port, fNotice),
+      fClient(connection(), fNotice),
       fWorker(fNotice),
       fFeed(fWorker, fNotice) {
     fClient.listCameras();

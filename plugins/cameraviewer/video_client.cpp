@@ -2,7 +2,7 @@
 
 #include "notice.h"
 
-#include <robaxi/kv_broker.h>
+#include <robaxi/kv_connection.h>
 #include <robaxi/kv_proxy.h>
 
 #include <utility>
@@ -12,15 +12,12 @@ namespace cameraviewer {
 namespace {
 
 /** Seconds for a call: a camera that changes its settings may have to start anew. */
-constexpr int a_callTimeOut = 5;
+constexpr double a_callTimeOut = 5;
 
 }  // namespace
 
-VideoClient::VideoClient(boost::shared_ptr<KVBroker> broker, std::string ip, int port,
-                         Notice& notice)
-    : fBroker(std::move(broker)),
-      fAddress(std::move(ip)),
-      fPort(port),
+VideoClient::VideoClient(const boost::shared_ptr<KVConnection>& connection, Notice& notice)
+    : fVideo(std::make_unique<KVProxy>(a_videoModule, connection, a_callTimeOut)),
       fNotice(notice),
       fThread([this] { xRun(); }) {
 }
@@ -47,20 +44,17 @@ VideoAnswers VideoClient::take() {
 }
 
 void VideoClient::stop() {
-    std::shared_ptr<KVProxy> proxy;
+    if (!fThread.joinable()) {
+        return;
+    }
     {
         const std::lock_guard<std::mutex> lock(fMutex);
         fIsStopped = true;
         fWork.notify_one();
-        proxy = fProxy;
     }
-    if (proxy) {
-        proxy->cancel();
-    }
-    if (fThread.joinable()) {
-        fThread.join();
-    }
-    fProxy.reset();
+    fVideo->close();
+    fThread.join();
+    fVideo.reset();
 }
 
 void VideoClient::xRun() {
@@ -87,7 +81,7 @@ void VideoClient::xRun() {
 void VideoClient::xListCameras() {
     VideoAnswers answers;
     try {
-        answers.fCameras = readCameras(xProxy()->callValue("getCameras", {}));
+        answers.fCameras = readCameras(fVideo->callValue("getCameras", {}));
     } catch (const KVError& error) {
         answers.fFailure = error;
     }
@@ -101,30 +95,12 @@ void VideoClient::xChangeSettings(const std::string& camera, const CameraSetting
     change.fWish = settings;
     try {
         change.fSettings = readSettings(
-            xProxy()->callValue("setSettings", {KVValue(camera), settingsValue(settings)}));
+            fVideo->callValue("setSettings", {KVValue(camera), settingsValue(settings)}));
     } catch (const KVError& error) {
         change.fRefusal = error.toString();
     }
     answers.fChanges.push_back(std::move(change));
     xAnswer(std::move(answers));
-}
-
-std::shared_ptr<KVProxy> VideoClient::xProxy() {
-    {
-        const std::lock_guard<std::mutex> lock(fMutex);
-        if (fProxy) {
-            return fProxy;
-        }
-    }
-    // Made without the lock, since it waits for the robot.
-    auto proxy =
-        std::make_shared<KVProxy>(a_videoModule, fAddress, fPort, fBroker, a_callTimeOut, 0);
-    const std::lock_guard<std::mutex> lock(fMutex);
-    if (fIsStopped) {
-        throw KVError(KVError::Cause::Cancelled, "the connection is closed");
-    }
-    fProxy = proxy;
-    return proxy;
 }
 
 void VideoClient::xAnswer(VideoAnswers answers) {

@@ -16,7 +16,7 @@
 #include <thread>
 #include <vector>
 
-class KVBroker;
+class KVConnection;
 class KVProxy;
 
 namespace cameraviewer {
@@ -49,7 +49,7 @@ struct VideoAnswers {
 class VideoClient {
   public:
     /** @param notice is given when there are answers to take, and outlives the client */
-    VideoClient(boost::shared_ptr<KVBroker> broker, std::string ip, int port, Notice& notice);
+    VideoClient(const boost::shared_ptr<KVConnection>& connection, Notice& notice);
     /** Stops. */
     ~VideoClient();
     VideoClient(const VideoClient&) = delete;
@@ -70,19 +70,15 @@ class VideoClient {
     void xRun();
     void xListCameras();
     void xChangeSettings(const std::string& camera, const CameraSettings& settings);
-    std::shared_ptr<KVProxy> xProxy();
     void xAnswer(VideoAnswers answers);
 
-    const boost::shared_ptr<KVBroker> fBroker;
-    const std::string fAddress;
-    const int fPort;
+    std::unique_ptr<KVProxy> fVideo;  // until stop() has returned
     Notice& fNotice;
 
     std::mutex fMutex;  // guards all below
     std::condition_variable fWork;
     bool fIsListWanted = false;
     std::map<std::string, CameraSettings> fWishes;
-    std::shared_ptr<KVProxy> fProxy;
     VideoAnswers fAnswers;
     bool fIsStopped = false;
 

@@ -159,6 +159,30 @@ TEST_F(Call, MayBeCancelledWithoutTouchingOtherProxies) {
     EXPECT_EQ(cancelled.call<std::string>("wait"), "waited") << "a proxy lives on after cancel()";
 }
 
+TEST_F(Call, EndsWithItsProxyAndNoneIsMadeAfterThat) {
+    KVProxy proxy = makeProxy("Slow");
+    auto call = errorOfCall(proxy, "wait");
+    ASSERT_TRUE(fLatch.waitForEntries(1));
+    proxy.close();
+    EXPECT_CAUSE(call.get(), Cancelled);
+    EXPECT_CAUSE(errorOf([&] { proxy.callVoid("wait"); }), Cancelled);
+    EXPECT_EQ(makeProxy("Echo").call<int>("echo", 1), 1) << "others call on";
+}
+
+TEST_F(Call, GoesOverAConnectionThatIsThere) {
+    auto connection = KVConnection::open(fClient, a_loopback, fServer->getPort(), 2);
+    KVProxy echo("Echo", connection, 20);
+    KVProxy nobody("Nobody", connection, 20);
+    connection.reset();
+    EXPECT_EQ(echo.call<int>("echo", 3), 3) << "the proxy keeps the link";
+    EXPECT_EQ(echo.getInfo().fName, "Echo");
+    const KVError error = errorOf([&] { nobody.callVoid("wait"); });
+    EXPECT_CAUSE(error, NoSuchModule);
+    EXPECT_NE(error.toString().find("Nobody.wait at 127.0.0.1"), std::string::npos)
+        << error.toString();
+    EXPECT_CAUSE(errorOf([&] { KVProxy("Echo", connection, 20); }), InvalidArgument);
+}
+
 TEST_F(Call, ThatWaitsForAThreadIsNotRunAfterItIsCancelled) {
     std::vector<std::future<KVError>> blockers;
     constexpr int threadsOfServer = 8;

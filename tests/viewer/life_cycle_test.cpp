@@ -89,6 +89,7 @@ class LifeCycleTest : public QObject {
     void forgetsALossThatADockHeldBackWhenThePluginIsDeleted();
     void followsTheDockItIsMovedTo();
     void endsItsConnectionWhenDeleted();
+    void closesWithoutWaitingForASilentRobot();
 
   private:
     /** A viewer in a dock that can be seen. */
@@ -436,6 +437,19 @@ void LifeCycleTest::endsItsConnectionWhenDeleted() {
     widget.reset();
     QCOMPARE(connectionsTo(fRobot->port()), 0);
     fViewer->deletePlugin();
+}
+
+/** A robot falls silent at once, so that whatever the viewer asks first is under way. */
+void LifeCycleTest::closesWithoutWaitingForASilentRobot() {
+    for (int round = 0; round < 5; ++round) {
+        RobotProcess robot;
+        std::unique_ptr<QWidget> widget(fViewer->createWidget(robot.port()));
+        robot.suspend();
+        QElapsedTimer time;
+        time.start();
+        widget.reset();
+        QVERIFY2(time.elapsed() < 700, qPrintable(QString::number(time.elapsed())));
+    }
 }
 
 OBVISTA_QTEST_MAIN(LifeCycleTest)

@@ -1,4 +1,5 @@
 #include "broker_private.h"
+#include "connection_private.h"
 #include "deadline.h"
 #include "link_requests.h"
 
@@ -42,10 +43,23 @@ KVProxy::KVProxy(const std::string& moduleName, const std::string& ip, int port,
     robaxi::listModules(*fPrivate->fLink, fPrivate->fOwner, fPrivate->fTarget, deadline);
 }
 
-KVProxy::~KVProxy() {
-    if (fPrivate->fLink) {
-        fPrivate->fLink->close(fPrivate->fOwner);
+KVProxy::KVProxy(const std::string& moduleName, const boost::shared_ptr<KVConnection>& connection,
+                 double timeOut)
+    : fPrivate(std::make_shared<Private>()) {
+    if (moduleName.empty() || !connection) {
+        throw KVError(KVError::Cause::InvalidArgument,
+                      "A proxy needs the name of a module and a connection.");
     }
+    const KVConnection::Private& connected = *connection->fPrivate;
+    fPrivate->fBroker = connected.fBroker;
+    fPrivate->fLink = connected.fLink;
+    fPrivate->fTarget = connected.fTarget;
+    fPrivate->fTarget.fModule = moduleName;
+    fPrivate->fTarget.fTimeOut = timeOut;
+}
+
+KVProxy::~KVProxy() {
+    close();
 }
 
 KVValue KVProxy::callValue(const std::string& method, const KVValue::List& arguments) {
@@ -63,6 +77,10 @@ int KVProxy::postValue(const std::string& method, const KVValue::List& arguments
 void KVProxy::cancel() {
     const auto self = fPrivate;
     self->fLink->cancel(self->fOwner);
+}
+
+void KVProxy::close() {
+    fPrivate->fLink->close(fPrivate->fOwner);
 }
 
 KVModuleInfo KVProxy::getInfo() {

@@ -70,6 +70,7 @@ class ROBAXI_EXPORT KVConnection {
 
   private:
     friend class KVFrameStream;
+    friend class KVProxy;
     friend class KVSubscription;
     struct Private;
     explicit KVConnection(std::shared_ptr<Private> implementation);

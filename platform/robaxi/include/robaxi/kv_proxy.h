@@ -14,6 +14,7 @@
 #include <vector>
 
 class KVBroker;
+class KVConnection;
 
 /**
  * One module of a robot, to be called.
@@ -37,6 +38,17 @@ class ROBAXI_EXPORT KVProxy {
      */
     KVProxy(const std::string& moduleName, const std::string& ip, int port,
             boost::shared_ptr<KVBroker> broker, int timeOut, int flags);
+    /**
+     * A module of a robot to which there is a connection. Asks the robot nothing and never waits: a
+     * module that is not there shows in the calls, as NoSuchModule.
+     *
+     * The proxy shares the connection's link and keeps it open; it tells nobody when it is lost.
+     *
+     * @param timeOut seconds for each call
+     * @throws KVError InvalidArgument
+     */
+    KVProxy(const std::string& moduleName, const boost::shared_ptr<KVConnection>& connection,
+            double timeOut);
     /** Calls in flight on other threads end with KVError (Cancelled); posted ones are still sent,
      *  for which the last user of the link waits up to half a second. */
     ~KVProxy();
@@ -83,6 +95,9 @@ class ROBAXI_EXPORT KVProxy {
     /** Ends the calls of this proxy that are in flight on other threads with KVError (Cancelled).
      */
     void cancel();
+
+    /** The same, and every later call fails so too: for threads that are to end. */
+    void close();
 
     /** The module's description and methods. @throws KVError */
     KVModuleInfo getInfo();
