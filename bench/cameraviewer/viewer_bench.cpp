@@ -3,12 +3,15 @@
 // looks at the screen and reads number and time out of the picture that stands there, so what is
 // measured is what a user sees. It looks every millisecond or two, which the times include.
 //
-//   cameraviewer_bench [SECONDS [KIND...]]
+//   cameraviewer_bench [SECONDS [KIND|FORMAT...]]
 //
 // SECONDS are for each figure (10 when nothing is said; 1800 tells whether memory stays flat).
 // KINDs are viewer, label, image_view (that of ROS, where this was built with it) and slowed (the
-// viewer gets a tenth of the time it would have); all when nothing is said. It needs an X server:
-// tests/support/run_isolated --display xvfb -- PROGRAM.
+// viewer gets a tenth of the time it would have), FORMATs rgb and jpeg; all of those of which
+// nothing is said. It needs an X server: tests/support/run_isolated --display xvfb -- PROGRAM.
+//
+// Memory is told as the slope of the line through one reading a second: a reading alone is as many
+// frames off as happen to be on their way, each of them nearly a megabyte.
 #include "figures.h"
 #include "screen_watch.h"
 
@@ -29,10 +32,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
 #include <robot_process.h>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -89,6 +94,32 @@ struct Sighting {
     double fGrowth = 0;      ///< of resident memory, kB a minute
 };
 
+/** The slope of the line that fits points best. */
+class Slope {
+  public:
+    void add(double x, double y) { fPoints.emplace_back(x, y); }
+
+    double value() const {
+        const auto count = static_cast<double>(fPoints.size());
+        double meanX = 0;
+        double meanY = 0;
+        for (const auto& [x, y] : fPoints) {
+            meanX += x / count;
+            meanY += y / count;
+        }
+        double rise = 0;
+        double run = 0;
+        for (const auto& [x, y] : fPoints) {
+            rise += (x - meanX) * (y - meanY);
+            run += (x - meanX) * (x - meanX);
+        }
+        return run > 0 ? rise / run : 0;
+    }
+
+  private:
+    std::vector<std::pair<double, double>> fPoints;
+};
+
 void set(int port, const Camera& camera) {
     const auto broker = KVBroker::createBroker("Bench", "", 0, "", 0, 0, "", true);
     KVProxy video("KVVideo", "127.0.0.1", port, broker, 5, 0);
@@ -134,12 +165,14 @@ double ageInMilliseconds(const FrameStamp& stamp) {
     return static_cast<double>(microseconds - stamp.fTime) / 1000;
 }
 
-/** Calls seen(stamp) for each picture that appears. */
-template <typename Seen>
-void lookFor(const bench::ScreenWatch& watch, std::chrono::duration<double> time, Seen seen) {
+/** Calls seen(stamp) for each picture that appears, and eachLook() in between. */
+template <typename Seen, typename EachLook>
+void lookFor(const bench::ScreenWatch& watch, std::chrono::duration<double> time, Seen seen,
+             EachLook eachLook) {
     const auto end = Clock::now() + time;
     std::uint32_t last = 0;
     while (Clock::now() < end) {
+        eachLook();
         const std::optional<FrameStamp> stamp = watch.read();
         if (stamp && stamp->fNumber != last) {
             seen(*stamp);
@@ -152,16 +185,25 @@ void lookFor(const bench::ScreenWatch& watch, std::chrono::duration<double> time
 Sighting observe(ChildProcess& program, const bench::ShownRect& rect, double time) {
     const bench::ScreenWatch watch(rect);
     int early = 0;
-    lookFor(watch, a_warmUp, [&early](const FrameStamp&) { ++early; });
+    lookFor(
+        watch, a_warmUp, [&early](const FrameStamp&) { ++early; }, [] {});
     if (early == 0) {
         throw std::runtime_error("no frame can be read off the screen: " + program.errors());
     }
     std::vector<double> ages;
     const double processor = bench::processorSeconds(program.pid());
-    const double memory = residentKilobytes(program.pid());
+    Slope memory;
     const auto begin = Clock::now();
-    lookFor(watch, std::chrono::duration<double>(time),
-            [&ages](const FrameStamp& stamp) { ages.push_back(ageInMilliseconds(stamp)); });
+    auto nextReading = begin;
+    const auto readMemory = [&] {
+        if (const auto now = Clock::now(); now >= nextReading) {
+            memory.add(seconds(now - begin), residentKilobytes(program.pid()));
+            nextReading += std::chrono::seconds(1);
+        }
+    };
+    lookFor(
+        watch, std::chrono::duration<double>(time),
+        [&ages](const FrameStamp& stamp) { ages.push_back(ageInMilliseconds(stamp)); }, readMemory);
     const double length = seconds(Clock::now() - begin);
     if (ages.empty()) {
         throw std::runtime_error("no frame was shown: " + program.errors());
@@ -172,7 +214,7 @@ Sighting observe(ChildProcess& program, const bench::ShownRect& rect, double tim
     sighting.fMedian = bench::median(ages);
     sighting.fPercentile = bench::quantile(ages, 0.95);
     sighting.fProcessor = 100 * (bench::processorSeconds(program.pid()) - processor) / length;
-    sighting.fGrowth = (residentKilobytes(program.pid()) - memory) * minute / length;
+    sighting.fGrowth = memory.value() * minute;
     return sighting;
 }
 
@@ -276,17 +318,37 @@ std::vector<std::string> allKinds() {
     return kinds;
 }
 
+const std::string& wordFor(const std::string& kind) {
+    return kind;
+}
+
+std::string wordFor(const Camera& camera) {
+    return camera.fFormat;
+}
+
+/** Those that are named by a word; all when none of them is. */
+template <typename All>
+std::vector<typename All::value_type> wanted(const All& all,
+                                             const std::vector<std::string>& words) {
+    std::vector<typename All::value_type> named;
+    std::copy_if(all.begin(), all.end(), std::back_inserter(named), [&](const auto& each) {
+        return std::find(words.begin(), words.end(), wordFor(each)) != words.end();
+    });
+    if (named.empty()) {
+        named.assign(all.begin(), all.end());
+    }
+    return named;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     const QGuiApplication application(argc, argv);
     const double time = argc > 1 ? std::atof(argv[1]) : 10;
-    std::vector<std::string> kinds = allKinds();
-    if (argc > 2) {
-        kinds.assign(argv + 2, argv + argc);
-    }
+    const std::vector<std::string> words(argv + std::min(argc, 2), argv + argc);
+    const std::vector<std::string> kinds = wanted(allKinds(), words);
     try {
-        for (const Camera& camera : a_cameras) {
+        for (const Camera& camera : wanted(a_cameras, words)) {
             for (const std::string& kind : kinds) {
                 measureKind(kind, camera, time);
             }
