@@ -26,11 +26,24 @@ class ConnectionLost(Exception):
     """The session is over."""
 
 
+def open_channel(address, trust=None, name=None):
+    """A channel, in TLS when there are certificates to trust: one of them must have signed the
+    robot's, which must be for this name or, without one, for the address."""
+    options = list(messages.UNLIMITED)
+    if trust is None:
+        return grpc.insecure_channel(address, options)
+    if name is not None:
+        options.append(("grpc.ssl_target_name_override", name))
+    return grpc.secure_channel(address, grpc.ssl_channel_credentials(trust), options)
+
+
 class Client:
     """One session with a robot. It reads, and sends heartbeats, on threads of its own."""
 
-    def __init__(self, address, version=messages.PROTOCOL_VERSION, takes_fragments=True):
-        self._channel = grpc.insecure_channel(address, options=messages.UNLIMITED)
+    def __init__(self, address, version=messages.PROTOCOL_VERSION, takes_fragments=True, token=b"",
+                 **security):
+        """`security` is what open_channel() takes."""
+        self._channel = open_channel(address, **security)
         self._out = queue.Queue()
         self._lock = threading.Lock()
         self._pending = {}
@@ -42,7 +55,7 @@ class Client:
         self.heartbeats_returned = 0
 
         self._say(pb.ClientMessage(hello=pb.Hello(
-            protocol_version=version, name="python", takes_fragments=takes_fragments)))
+            protocol_version=version, name="python", takes_fragments=takes_fragments, token=token)))
         session = self._channel.stream_stream(
             messages.SESSION, pb.ClientBatch.SerializeToString, pb.ServerBatch.FromString)
         self._answers = session(iter(self._out.get, None))

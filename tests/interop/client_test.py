@@ -4,10 +4,14 @@
 """
 
 import math
+import os
+import pathlib
+import shutil
 import signal
 import socket
 import subprocess
 import sys
+import tempfile
 import time
 import unittest
 
@@ -25,12 +29,12 @@ def free_port():
 class Robot:
     """A process that serves on a port of the loopback."""
 
-    def __init__(self, command, ready):
+    def __init__(self, command, ready, **environment):
         self.port = free_port()
         self.address = f"127.0.0.1:{self.port}"
         self.process = subprocess.Popen(
             [word.replace("PORT", str(self.port)) for word in command],
-            stdout=subprocess.PIPE, text=True)
+            stdout=subprocess.PIPE, text=True, env={**os.environ, **environment})
         if not any(ready in line for line in iter(self.process.stdout.readline, "")):
             raise RuntimeError(f"{command[0]} did not start")
 
@@ -40,9 +44,9 @@ class Robot:
         self.process.stdout.close()
 
 
-def start_echo():
+def start_echo(**environment):
     """A broker of the library with "Echo", and "Memory" in which a counter runs."""
-    return Robot([sys.argv[2], "PORT"], "ready")
+    return Robot([sys.argv[2], "PORT"], "ready", **environment)
 
 
 def start_robot():
@@ -290,6 +294,107 @@ class WithRobot(unittest.TestCase):
         with self.assertRaises(RemoteError) as raised:
             self.watch("nose").next()
         self.assertEqual(raised.exception.cause, pb.Error.NO_SUCH_STREAM)
+
+
+class Certificate:
+    """A certificate that signed itself."""
+
+    def __init__(self, folder, name, names):
+        self.file = folder / f"{name}.pem"
+        self.key = folder / f"{name}-key.pem"
+        subprocess.run(
+            ["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1",
+             "-nodes", "-days", "2", "-subj", f"/CN={name}", "-addext", f"subjectAltName={names}",
+             "-out", self.file, "-keyout", self.key], check=True, stderr=subprocess.DEVNULL)
+        self.trust = self.file.read_bytes()
+
+
+@unittest.skipUnless(shutil.which("openssl"), "no openssl to make certificates with")
+class WithSecurity(unittest.TestCase):
+    TOKEN = b"a secret of the robot"
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+        self.certificate = self.make_certificate("robot", "IP:127.0.0.1")
+
+    def make_certificate(self, name, names):
+        return Certificate(self.folder, name, names)
+
+    def start(self, certificate=None, asks_for_token=False):
+        settings = {}
+        if certificate is not None:
+            settings["ROBAXI_SERVER_CERTIFICATE"] = str(certificate.file)
+            settings["ROBAXI_SERVER_KEY"] = str(certificate.key)
+        if asks_for_token:
+            file = self.folder / "token"
+            file.write_bytes(self.TOKEN + b"\n")
+            file.chmod(0o600)
+            settings["ROBAXI_SERVER_TOKEN"] = str(file)
+            settings["ROBAXI_SERVER_PLAIN_TOKEN"] = "yes"
+        self.robot = start_echo(**settings)
+        self.addCleanup(self.robot.end)
+
+    def connect(self, **security):
+        client = Client(self.robot.address, **security)
+        self.addCleanup(client.close)
+        return client
+
+    def refusal(self, **security):
+        with self.assertRaises(Refused) as raised:
+            self.connect(**security)
+        return raised.exception.reply
+
+    def test_calls_and_values_travel_in_tls(self):
+        self.start(self.certificate, asks_for_token=True)
+        client = self.connect(trust=self.certificate.trust, token=self.TOKEN)
+        self.assertEqual(client.call("Echo", "echo", "in secret"), "in secret")
+        subscription = client.subscribe("Memory", rate=100)
+        self.addCleanup(subscription.close)
+        self.assertEqual(len(subscription.next().keys_added.keys), 1)
+        self.assertEqual(len(subscription.next().values.ints), 1)
+
+    def test_a_certificate_for_another_name_is_taken_when_that_is_asked_for(self):
+        certificate = self.make_certificate("marvin", "DNS:marvin.local")
+        self.start(certificate)
+        with self.assertRaises(ConnectionLost):
+            self.connect(trust=certificate.trust)
+        client = self.connect(trust=certificate.trust, name="marvin.local")
+        self.assertEqual(client.call("Echo", "echo", 1), 1)
+
+    def test_another_certificate_is_not_trusted(self):
+        self.start(self.certificate)
+        with self.assertRaises(ConnectionLost):
+            self.connect(trust=self.make_certificate("other", "IP:127.0.0.1").trust)
+
+    def test_there_is_no_falling_back(self):
+        self.start(self.certificate)
+        with self.assertRaises(ConnectionLost):
+            self.connect()
+        self.start()
+        with self.assertRaises(ConnectionLost):
+            self.connect(trust=self.certificate.trust)
+
+    def test_only_those_who_know_the_token_are_let_in(self):
+        for security in ({}, {"trust": self.certificate.trust}):
+            self.start(self.certificate if security else None, asks_for_token=True)
+            reply = self.refusal(**security)
+            self.assertEqual(reply.refusal, pb.HelloReply.TOKEN_MISSING)
+            self.assertEqual(reply.session_id, 0)
+            for wrong in (b"a guess", self.TOKEN[:-1], self.TOKEN + b"\n", b"\0\xff"):
+                reply = self.refusal(token=wrong, **security)
+                self.assertEqual(reply.refusal, pb.HelloReply.NOT_AUTHORISED)
+                self.assertEqual(reply.session_id, 0)
+            client = self.connect(token=self.TOKEN, **security)
+            self.assertEqual(client.call("Echo", "echo", 1), 1)
+
+    def test_streams_beside_a_session_need_its_number(self):
+        self.start(self.certificate, asks_for_token=True)
+        client = self.connect(trust=self.certificate.trust, token=self.TOKEN)
+        client.hello.session_id ^= 1
+        self.assertEqual(client.subscribe("Memory", rate=1).next().ended.cause,
+                         pb.Error.NOT_AUTHORISED)
 
 
 if __name__ == "__main__":

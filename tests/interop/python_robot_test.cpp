@@ -1,4 +1,5 @@
 // Our client with a robot in Python, which was written from robaxi.proto and docs/robaxi.md.
+#include "certificates.h"
 #include "frame_listener.h"
 #include "recording_listener.h"
 #include "support/child_process.h"
@@ -54,6 +55,42 @@ class PythonRobot : public testing::Test {
     std::unique_ptr<ChildProcess> fProcess;
     int fPort = 0;
     BrokerPtr fClient = makeClient();
+};
+
+class SecurePythonRobot : public PythonRobot {
+  protected:
+    static constexpr const char* a_token = "a secret of the robot";
+
+    void startTlsRobot(std::vector<std::string> options = {}) {
+        options.insert(options.end(),
+                       {"--certificate", fCertificate.fFile, "--key", fCertificate.fKey});
+        startRobot(options);
+    }
+
+    KVSettings trusting(const Certificate& certificate) const {
+        KVSettings settings;
+        settings.fAccess.fUsesTls = true;
+        settings.fAccess.fTrust = certificate.fFile;
+        return settings;
+    }
+
+    KVSettings knowing(const std::string& token, KVSettings settings) {
+        settings.fAccess.fTokenFile = fFolder.write("token", token + "\n");
+        return settings;
+    }
+
+    void connectWith(const KVSettings& settings) {
+        fClient = makeClient(settings);
+        EXPECT_EQ(makeProxy().call<int>("echo", 1), 1);
+    }
+
+    KVError refusalOf(const KVSettings& settings) {
+        fClient = makeClient(settings);
+        return errorOf([this] { connect(); });
+    }
+
+    Folder fFolder;
+    Certificate fCertificate = makeCertificate(fFolder, "robot", "IP:127.0.0.1");
 };
 
 }  // namespace
@@ -252,4 +289,55 @@ TEST_F(PythonRobot, IsLostWhenItIsKilledOrFallsSilent) {
         EXPECT_CAUSE(loss.get(), ConnectionLost);
         connection->setLostHandler(nullptr);
     }
+}
+
+TEST_F(SecurePythonRobot, CarriesCallsValuesAndFramesInTls) {
+    startTlsRobot({"--token", a_token});
+    connectWith(knowing(a_token, trusting(fCertificate)));
+    RecordingListener values;
+    const auto subscription = KVSubscription::start(
+        connect(), "Memory", KVSubscription::Selection::AllKeys, 100, &values);
+    EXPECT_TRUE(values.waitUntil([&] { return values.fUpdates.size() >= 3; }));
+    subscription->stop();
+    FrameListener frames;
+    const auto stream = KVFrameStream::start(connect(), "Video", "left", &frames);
+    EXPECT_TRUE(frames.waitUntil([&] { return frames.fNumbers.size() >= 3; }));
+    stream->stop();
+}
+
+TEST_F(SecurePythonRobot, IsTrustedByItsCertificateAlone) {
+    startTlsRobot();
+    EXPECT_CAUSE(refusalOf({}), NotAuthorised);
+    const Certificate other = makeCertificate(fFolder, "other", "IP:127.0.0.1");
+    EXPECT_CAUSE(refusalOf(trusting(other)), NotTrusted);
+    connectWith(trusting(fCertificate));
+}
+
+TEST_F(SecurePythonRobot, WithoutTlsIsNotReachedByAProgramThatAsksForIt) {
+    startRobot();
+    EXPECT_CAUSE(refusalOf(trusting(fCertificate)), NotTrusted);
+}
+
+TEST_F(SecurePythonRobot, LetsInOnlyThoseWhoKnowItsToken) {
+    startTlsRobot({"--token", a_token});
+    const KVError missing = refusalOf(trusting(fCertificate));
+    EXPECT_CAUSE(missing, NotAuthorised);
+    EXPECT_NE(missing.toString().find("it asks for a token"), std::string::npos)
+        << missing.toString();
+    const KVError wrong = refusalOf(knowing("a guess", trusting(fCertificate)));
+    EXPECT_CAUSE(wrong, NotAuthorised);
+    EXPECT_NE(wrong.toString().find("the token is not the right one"), std::string::npos)
+        << wrong.toString();
+    connectWith(knowing(a_token, trusting(fCertificate)));
+}
+
+TEST_F(SecurePythonRobot, IsToldNoTokenWithoutTlsUnlessTheUserAllowsIt) {
+    startRobot({"--token", a_token});
+    KVSettings settings = knowing(a_token, {});
+    const KVError error = refusalOf(settings);
+    EXPECT_CAUSE(error, NotAuthorised);
+    EXPECT_NE(error.toString().find("not sent over a connection without TLS"), std::string::npos)
+        << error.toString();
+    settings.fAccess.fAllowsPlainToken = true;
+    connectWith(settings);
 }

@@ -1,14 +1,19 @@
 """A robot that speaks the Robaxi protocol: prints its port and serves until it is killed.
 
-    robot.py [--version N] [--refuse REFUSAL] [--no-fragments]
+    robot.py [--version N] [--refuse REFUSAL] [--no-fragments] [--certificate FILE --key FILE]
+        [--token TOKEN]
 
     --version N        speaks this version of the protocol
     --refuse REFUSAL   refuses everybody, for instance with TOO_MANY_SESSIONS
     --no-fragments     does not take messages in parts
+    --certificate FILE, --key FILE   speaks TLS with this certificate (PEM)
+    --token TOKEN      asks for this token
 """
 
 import argparse
 import concurrent.futures
+import hmac
+import pathlib
 import queue
 import threading
 import time
@@ -137,6 +142,9 @@ class Session:
                               refusal=pb.HelloReply.Refusal.Value(self._options.refuse))
         if hello.protocol_version != self._options.version:
             reply.refusal = pb.HelloReply.PROTOCOL_VERSION
+        elif not self._is_known(hello.token):
+            reply.refusal = (pb.HelloReply.NOT_AUTHORISED if hello.token
+                             else pb.HelloReply.TOKEN_MISSING)
         is_taken = reply.refusal == pb.HelloReply.NONE
         if is_taken:
             reply.session_id = SESSION_ID
@@ -145,6 +153,10 @@ class Session:
             self._client_takes_fragments = hello.takes_fragments
         self._out.put(pb.ServerMessage(hello_reply=reply))
         return is_taken
+
+    def _is_known(self, token):
+        wanted = self._options.token.encode()
+        return not wanted or hmac.compare_digest(token, wanted)
 
     def _handle(self, message):
         content = message.WhichOneof("content")
@@ -275,11 +287,23 @@ def handler(name, serve, request, reply):
         lambda requests, context: serve(requests), request.FromString, reply.SerializeToString)
 
 
+def listen(server, options):
+    """Returns the port of the loopback on which the server listens."""
+    place = "127.0.0.1:0"
+    if options.certificate is None:
+        return server.add_insecure_port(place)
+    pair = (options.key.read_bytes(), options.certificate.read_bytes())
+    return server.add_secure_port(place, grpc.ssl_server_credentials([pair]))
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--version", type=int, default=messages.PROTOCOL_VERSION)
     parser.add_argument("--refuse", default="NONE")
     parser.add_argument("--no-fragments", dest="takes_fragments", action="store_false")
+    parser.add_argument("--certificate", type=pathlib.Path)
+    parser.add_argument("--key", type=pathlib.Path)
+    parser.add_argument("--token", default="")
     options = parser.parse_args()
     modules = make_modules()
 
@@ -294,7 +318,7 @@ def main():
             handler("Watch", lambda requests: Watch(modules).serve(requests),
                     pb.WatchRequest, pb.WatchUpdate),
         ]))])
-    port = server.add_insecure_port("127.0.0.1:0")
+    port = listen(server, options)
     server.start()
     print(f"port {port}", flush=True)
     server.wait_for_termination()
