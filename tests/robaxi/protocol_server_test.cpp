@@ -235,3 +235,17 @@ TEST_F(ProtocolServer, EndsSubscriptionsWithTheirSession) {
     EXPECT_FALSE(stream->Read(&update));
     EXPECT_FALSE(stream->Finish().ok());
 }
+
+TEST(ProtocolServerConnection, MayBeSilentAsLongAsASession) {
+    KVSettings settings;
+    settings.fLimits.fHeartbeat = std::chrono::milliseconds(150);
+    constexpr std::chrono::milliseconds silence(20 * 150);
+    const auto server = makeServer("Robot", settings);
+    const auto channel = grpc::CreateChannel("127.0.0.1:" + std::to_string(server->getPort()),
+                                             grpc::InsecureChannelCredentials());
+    const auto start = std::chrono::steady_clock::now();
+    const auto deadline = std::chrono::system_clock::now() + a_patience;
+    ASSERT_TRUE(channel->WaitForConnected(deadline));
+    ASSERT_TRUE(channel->WaitForStateChange(GRPC_CHANNEL_READY, deadline)) << "it is never closed";
+    EXPECT_GE(std::chrono::steady_clock::now() - start, silence);
+}

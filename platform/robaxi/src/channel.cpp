@@ -69,9 +69,10 @@ void configureServer(grpc::ServerBuilder& builder, const KVSettings::Limits& lim
         static_cast<int>(
             std::min(2 + 2 * (limits.fSubscriptions + limits.fCameras), a_mostStreams)));
     // With its silence only the session of a client ends that was stopped or has vanished. This
-    // ends the connection under it.
-    constexpr int longestWithoutSession = 2000;  // milliseconds
-    builder.AddChannelArgument(GRPC_ARG_MAX_CONNECTION_IDLE_MS, longestWithoutSession);
+    // ends the connection under it. Not sooner, since a client that is kept from running may be so
+    // between connecting and saying hello, and would find the connection closed.
+    builder.AddChannelArgument(GRPC_ARG_MAX_CONNECTION_IDLE_MS,
+                               static_cast<int>(limits::silenceOfClient(limits).count()));
 }
 
 }  // namespace robaxi

@@ -31,6 +31,9 @@ inline int silentHeartbeatsOfRobot(const KVSettings::Limits& limits) {
 /** The same for a client, seen from the robot: 5 s by default. Longer, because a client that was
  *  stopped for a moment (in a debugger, a suspended laptop) costs the robot little. */
 constexpr int a_silentHeartbeatsOfClient = 20;
+inline std::chrono::milliseconds silenceOfClient(const KVSettings::Limits& limits) {
+    return limits.fHeartbeat * a_silentHeartbeatsOfClient;
+}
 /** Heartbeats that a client sends, at least, in the time after which its robot gives it up. */
 constexpr int a_heartbeatsInSilence = 4;
 

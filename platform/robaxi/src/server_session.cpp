@@ -180,8 +180,7 @@ void ServerSession::xHandleHello(const v1::Hello& hello) {
     reply->set_protocol_version(limits::a_protocolVersion);
     reply->set_name(toUtf8(fServer.brokerName()));
     reply->set_session_id(fId);
-    reply->set_silence_limit(static_cast<std::uint32_t>(
-        (fLimits.fHeartbeat * limits::a_silentHeartbeatsOfClient).count()));
+    reply->set_silence_limit(static_cast<std::uint32_t>(limits::silenceOfClient(fLimits).count()));
     reply->set_takes_fragments(true);
     fOut.push(std::move(message));
 }

@@ -35,8 +35,7 @@ class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public Sid
         giveToGrpc(&fContext);
         xRead();
         // A stream on which nobody says what he wants is ended like a silent session.
-        fPump.startAt(TimerThread::Clock::now() +
-                      fServer.limits().fHeartbeat * limits::a_silentHeartbeatsOfClient);
+        fPump.startAt(TimerThread::Clock::now() + limits::silenceOfClient(fServer.limits()));
     }
 
     void cancel() final { fContext->TryCancel(); }
