@@ -1,14 +1,13 @@
 // The list of robots: brought in line with the discovery map once a second, and the favourites.
 
 #include "browserobots_dialog.h"
+#include "robot_picture.h"
 
 #include <bonjour/bonjour_discovery.h>
 #include <robaxi/kv_mutex.h>
 #include <robaxi/kv_value.h>
 
-#include <QBuffer>
 #include <QImage>
-#include <QImageReader>
 #include <QItemSelectionModel>
 #include <QPixmap>
 #include <QSettings>
@@ -19,27 +18,14 @@ namespace KD {
 namespace {
 
 constexpr int a_noMiddleware = -1;  // port of a row without middleware
-// A small file can hold a picture that takes seconds and gigabytes to decode, and Qt has no limit
-// of its own. Icons are shown at 60 x 60.
-constexpr int a_largestPicture = 1024;  // pixels, each way
 
 QString portText(int port) {
     return port == a_noMiddleware ? QString() : QString::number(port);
 }
 
-QImage decodePicture(const KVValue& bitmap) {
-    const auto* bytes = static_cast<const char*>(bitmap.GetBinary());
-    QByteArray data = QByteArray::fromRawData(bytes, bitmap.getSize());
-    QBuffer buffer(&data);
-    QImageReader reader(&buffer);
-    reader.setDecideFormatFromContent(true);
-    const QSize size = reader.size();
-    if (!size.isValid() || size.width() > a_largestPicture || size.height() > a_largestPicture) {
-        return {};
-    }
-    QImage image;
-    image.loadFromData(static_cast<const uchar*>(bitmap.GetBinary()), bitmap.getSize());
-    return image;
+QImage pictureOf(const KVValue& bitmap) {
+    return readRobotPicture(
+        QByteArray::fromRawData(static_cast<const char*>(bitmap.GetBinary()), bitmap.getSize()));
 }
 
 }  // namespace
@@ -167,7 +153,7 @@ QIcon BrowseRobotsDialog::xProfileIcon(const KV::BonjourProfile& profile,
                                        const QString& fileIcon) const {
     if (profile.hasBitmapBinary()) {
         const KVCriticalSectionRead profileLock(profile.fMutex);
-        const QImage image = decodePicture(profile.getBitmapBinary());
+        const QImage image = pictureOf(profile.getBitmapBinary());
         if (!image.isNull()) {
             return QIcon(QPixmap::fromImage(image));
         }

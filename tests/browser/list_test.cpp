@@ -6,6 +6,7 @@
 
 #include <QBuffer>
 #include <QCheckBox>
+#include <QDataStream>
 #include <QElapsedTimer>
 #include <QImage>
 #include <QLineEdit>
@@ -31,6 +32,23 @@ QByteArray png(const QSize& size, const QColor& color) {
     buffer.open(QIODevice::WriteOnly);
     image.save(&buffer, "PNG");
     return bytes;
+}
+
+/** An ICO with one picture, of which it says that it has 64 x 64 pixels. */
+QByteArray iconFile(const QByteArray& png) {
+    constexpr quint32 sizeOfHead = 22;
+    constexpr quint16 icon = 1;
+    constexpr quint16 count = 1;
+    constexpr quint8 size = 64;
+    constexpr quint8 none = 0;
+    constexpr quint16 planes = 1;
+    constexpr quint16 bits = 32;
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream.setByteOrder(QDataStream::LittleEndian);
+    stream << quint16{0} << icon << count << size << size << none << none << planes << bits
+           << static_cast<quint32>(png.size()) << sizeOfHead;
+    return bytes + png;
 }
 
 void setIcon(const boost::shared_ptr<KV::BonjourProfile>& profile, const QByteArray& bytes) {
@@ -347,6 +365,10 @@ class ListTest : public QObject {
         QTest::newRow("too wide") << png({1025, 1}, Qt::magenta);
         QTest::newRow("too high") << png({1, 1025}, Qt::magenta);
         QTest::newRow("20,000 x 20,000") << enormousPng();
+        QTest::newRow("too large in an icon file") << iconFile(png({1025, 1025}, Qt::magenta));
+        QTest::newRow("drawing") << QByteArray(
+            "<svg xmlns='http://www.w3.org/2000/svg' width='64' height='64'>"
+            "<rect width='64' height='64' fill='magenta'/></svg>");
     }
 
     void pictureThatCannotBeUsedFallsBackToTheFile() {
@@ -355,6 +377,13 @@ class ListTest : public QObject {
         setIcon(announced.robot("a.local", 9559, ""), bytes);
         auto dialog = makeDialog();
         QCOMPARE(typeColor(*dialog, 0), QColor(Qt::green));
+    }
+
+    void pictureInAnIconFileIsShown() {
+        Announced announced;
+        setIcon(announced.robot("a.local", 9559, ""), iconFile(png({64, 64}, Qt::magenta)));
+        auto dialog = makeDialog();
+        QCOMPARE(typeColor(*dialog, 0), QColor(Qt::magenta));
     }
 
     void largestAllowedPictureIsShown() {
