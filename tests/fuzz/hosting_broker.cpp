@@ -2,6 +2,7 @@
 
 #include "fuzz_target.h"
 #include "loopback.h"
+#include "temporary_file.h"
 
 #include <robaxi/kv_module.h>
 #include <robaxi/kv_value_table.h>
@@ -10,6 +11,7 @@
 
 #include <chrono>
 #include <stdexcept>
+#include <utility>
 
 namespace obvista_fuzz {
 
@@ -26,6 +28,14 @@ boost::shared_ptr<KVModule> makeEcho() {
                          throw std::runtime_error(arguments.front().toString());
                      });
     return echo;
+}
+
+boost::shared_ptr<KVBroker> listenGuarded() {
+    const TemporaryFile token(HostingBroker::a_token);
+    KVSettings settings;
+    settings.fServer.fTokenFile = token.path();
+    settings.fServer.fAllowsPlainToken = true;
+    return listenOnLoopback(settings);
 }
 
 boost::shared_ptr<KVModule> makeMemory() {
@@ -54,17 +64,21 @@ boost::shared_ptr<KVModule> makeMemory() {
 }  // namespace
 
 HostingBroker& HostingBroker::instance() {
-    static HostingBroker broker;
+    static HostingBroker broker(listenOnLoopback());
     return broker;
 }
 
-HostingBroker::HostingBroker() : fBroker(listenOnLoopback()) {
+HostingBroker& HostingBroker::guarded() {
+    static HostingBroker broker(listenGuarded());
+    return broker;
+}
+
+HostingBroker::HostingBroker(boost::shared_ptr<KVBroker> broker) : fBroker(std::move(broker)) {
     fBroker->addModule(makeEcho());
     fBroker->addModule(makeMemory());
     fStub =
         Robaxi::NewStub(grpc::CreateChannel("ipv4:127.0.0.1:" + std::to_string(fBroker->getPort()),
                                             grpc::InsecureChannelCredentials()));
-    xOpenSession();
 }
 
 void HostingBroker::xOpenSession() {
@@ -78,8 +92,9 @@ std::uint64_t HostingBroker::keepSession() {
     ClientBatch heartbeat;
     heartbeat.add_messages()->mutable_heartbeat()->set_number(1);
     ServerBatch answer;
-    if (!fSession->Write(heartbeat) || !fSession->Read(&answer)) {
-        xOpenSession();  // this program was kept from running for so long that the robot gave it up
+    if (!fSession || !fSession->Write(heartbeat) || !fSession->Read(&answer)) {
+        // The first time, or kept from running for so long that the robot gave this program up.
+        xOpenSession();
     }
     return fSessionId;
 }

@@ -19,10 +19,15 @@ class HostingBroker {
     using Session = grpc::ClientReaderWriter<robaxi::v1::ClientBatch, robaxi::v1::ServerBatch>;
 
     static HostingBroker& instance();
+    /** Another one, which lets nobody in who does not know a_token. */
+    static HostingBroker& guarded();
+
+    static constexpr const char* a_token = "a secret";
 
     robaxi::v1::Robaxi::Stub& stub() { return *fStub; }
 
-    /** The number of a session that stays open, as long as this is called every few seconds. */
+    /** The number of a session that stays open, as long as this is called every few seconds. Not
+     *  of the guarded one. */
     std::uint64_t keepSession();
 
     /** Says hello and returns the session's number, 0 when it was refused. */
@@ -32,7 +37,7 @@ class HostingBroker {
     static void setDeadline(grpc::ClientContext& context);
 
   private:
-    HostingBroker();
+    explicit HostingBroker(boost::shared_ptr<KVBroker> broker);
 
     void xOpenSession();
 

@@ -3,16 +3,17 @@
 
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_error.h>
+#include <robaxi/kv_settings.h>
 
 namespace obvista_fuzz {
 
 constexpr const char* a_loopback = "127.0.0.1";
 
 /** A broker on a port of the loopback that was free. */
-inline boost::shared_ptr<KVBroker> listenOnLoopback() {
+inline boost::shared_ptr<KVBroker> listenOnLoopback(const KVSettings& settings = {}) {
     for (int port = 27000;; ++port) {
         try {
-            return KVBroker::createBroker("Fuzz", a_loopback, port, "", 0, 0, "", false);
+            return KVBroker::createBroker("Fuzz", a_loopback, port, "", 0, 0, "", false, settings);
         } catch (const KVError& error) {
             if (error.cause() != KVError::Cause::AddressInUse) {
                 throw;

@@ -1,36 +1,61 @@
 // What a client may send on a session: batches of messages, to a broker of ours.
 //
-// The first byte of an input says whether hello is said before (0) or is up to the input.
+// The first byte of an input says whether hello is said before (0), is up to the input (1), or is
+// so at a broker that asks for a token (2).
 #include "fuzz_target.h"
 #include "hosting_broker.h"
 #include "pieces.h"
+
+#include <algorithm>
 
 namespace {
 
 using obvista_fuzz::HostingBroker;
 using obvista_fuzz::require;
 using robaxi::v1::ClientBatch;
+using robaxi::v1::HelloReply;
 using robaxi::v1::ServerBatch;
 
-/** Whether one of the messages gives a heartbeat back. */
-bool hasHeartbeat(const ServerBatch& batch, std::uint64_t number) {
-    for (const auto& message : batch.messages()) {
-        if (message.heartbeat().number() == number) {
-            return true;
+constexpr std::uint8_t a_saysHello = 0;
+constexpr std::uint8_t a_asksForToken = 2;
+
+constexpr std::uint64_t a_heartbeat = 0xFEEDBEEF;
+
+/** What came back on a session. */
+struct Answers {
+    bool fHasHeartbeat = false;
+    bool fIsRefused = false;
+    bool fHasOthers = false;
+
+    void add(const ServerBatch& batch) {
+        for (const auto& message : batch.messages()) {
+            if (message.heartbeat().number() == a_heartbeat) {
+                fHasHeartbeat = true;
+            } else if (message.hello_reply().refusal() != HelloReply::NONE) {
+                fIsRefused = true;
+            } else {
+                fHasOthers = true;
+            }
         }
     }
-    return false;
-}
+};
 
 /** Returns when the robot has read all that was sent, or has ended the session. */
-void awaitEcho(HostingBroker::Session& session) {
-    constexpr std::uint64_t number = 0xFEEDBEEF;
+void awaitEcho(HostingBroker::Session& session, Answers& answers) {
     ClientBatch heartbeat;
-    heartbeat.add_messages()->mutable_heartbeat()->set_number(number);
+    heartbeat.add_messages()->mutable_heartbeat()->set_number(a_heartbeat);
     session.Write(heartbeat);
     ServerBatch batch;
-    while (session.Read(&batch) && !hasHeartbeat(batch, number)) {
+    while (!answers.fHasHeartbeat && session.Read(&batch)) {
+        answers.add(batch);
     }
+}
+
+/** Whether the broker's token may stand in an input; in parts it need not stand in one piece. */
+bool mayHoldToken(const ClientBatch& batch) {
+    return batch.SerializeAsString().find(HostingBroker::a_token) != std::string::npos ||
+           std::any_of(batch.messages().begin(), batch.messages().end(),
+                       [](const auto& message) { return message.has_fragment(); });
 }
 
 }  // namespace
@@ -39,25 +64,37 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size == 0) {
         return 0;
     }
-    HostingBroker& broker = HostingBroker::instance();
+    const bool isGuarded = data[0] == a_asksForToken;
+    HostingBroker& broker = isGuarded ? HostingBroker::guarded() : HostingBroker::instance();
     grpc::ClientContext context;
     HostingBroker::setDeadline(context);
     const auto session = broker.stub().Session(&context);
-    if (data[0] == 0) {
+    if (data[0] == a_saysHello) {
         require(HostingBroker::sayHello(*session) != 0, "a client is let in");
     }
+    bool mayKnowToken = false;
     ClientBatch batch;
     for (const std::string& bytes : obvista_fuzz::pieces(data + 1, size - 1)) {
-        if (!batch.ParseFromString(bytes) || !session->Write(batch)) {
+        if (!batch.ParseFromString(bytes)) {
+            break;
+        }
+        mayKnowToken |= mayHoldToken(batch);
+        if (!session->Write(batch)) {
             break;
         }
     }
-    awaitEcho(*session);
+    Answers answers;
+    awaitEcho(*session, answers);
     session->WritesDone();
     ServerBatch rest;
     while (session->Read(&rest)) {
+        answers.add(rest);
     }
     require(session->Finish().error_code() != grpc::StatusCode::DEADLINE_EXCEEDED,
             "a session ends when its client ends it");
+    require(!isGuarded || mayKnowToken || (answers.fIsRefused && !answers.fHasHeartbeat),
+            "who does not know the token is refused");
+    require(!isGuarded || mayKnowToken || !answers.fHasOthers,
+            "who does not know the token gets no other answer");
     return 0;
 }
