@@ -2,6 +2,7 @@
 
 #include <QBuffer>
 #include <QImageReader>
+#include <QtEndian>
 
 #include <algorithm>
 #include <array>
@@ -15,7 +16,11 @@ namespace {
 constexpr std::array a_formats{"bmp", "gif", "ico", "jpeg", "pbm",
                                "pgm", "png", "ppm", "xbm",  "xpm"};
 
-/** A picture's format and its size, as it says itself. */
+bool isKnown(const QByteArray& format) {
+    return std::find(a_formats.begin(), a_formats.end(), format) != a_formats.end();
+}
+
+/** A picture's format, and its size as it says itself; both are empty when it cannot be read. */
 struct Claim {
     QByteArray fFormat;
     QSize fSize;
@@ -26,20 +31,23 @@ Claim claimOf(const QByteArray& bytes) {
     buffer.setData(bytes);
     QImageReader reader(&buffer);
     reader.setDecideFormatFromContent(true);
-    // In this order: asking for the size reads the header with which the format is told.
-    QByteArray format = reader.format();
-    return {std::move(format), reader.size()};
-}
-
-bool isKnown(const QByteArray& format) {
-    return std::find(a_formats.begin(), a_formats.end(), format) != a_formats.end();
+    const QByteArray format = reader.format();
+    // Asking a drawing for its size would read it whole.
+    return isKnown(format) ? Claim{format, reader.size()} : Claim{};
 }
 
 // A small file can hold a picture that takes seconds and gigabytes to decode, and Qt has no limit
 // of its own.
 bool isSmall(const QSize& size) {
-    return size.isValid() && size.width() <= a_largestRobotPicture &&
-           size.height() <= a_largestRobotPicture;
+    return size.width() <= a_largestRobotPicture && size.height() <= a_largestRobotPicture;
+}
+
+/** The frames of a GIF are drawn on a screen, which has a size of its own. */
+QSize screenOfGif(const QByteArray& bytes) {
+    constexpr int place = 6;
+    const QByteArray numbers = bytes.mid(place, 2 * sizeof(quint16)).leftJustified(4, 0);
+    return {qFromLittleEndian<quint16>(numbers.constData()),
+            qFromLittleEndian<quint16>(numbers.constData() + sizeof(quint16))};
 }
 
 /** The pictures of an icon file may be PNGs, whose size differs from what its own header says. */
@@ -52,12 +60,17 @@ bool holdsLargePng(const QByteArray& bytes) {
     return at >= 0;
 }
 
+/** Whether all of a picture that Qt makes room for is small. */
+bool isSmall(const Claim& claim, const QByteArray& bytes) {
+    return isSmall(claim.fSize) && (claim.fFormat != "gif" || isSmall(screenOfGif(bytes))) &&
+           (claim.fFormat != "ico" || !holdsLargePng(bytes));
+}
+
 }  // namespace
 
 QImage readRobotPicture(const QByteArray& bytes) {
     const Claim claim = claimOf(bytes);
-    if (!isKnown(claim.fFormat) || !isSmall(claim.fSize) ||
-        (claim.fFormat == "ico" && holdsLargePng(bytes))) {
+    if (!claim.fSize.isValid() || !isSmall(claim, bytes)) {
         return {};
     }
     return QImage::fromData(bytes, claim.fFormat.constData());

@@ -366,6 +366,8 @@ class ListTest : public QObject {
         QTest::newRow("too high") << png({1, 1025}, Qt::magenta);
         QTest::newRow("20,000 x 20,000") << enormousPng();
         QTest::newRow("too large in an icon file") << iconFile(png({1025, 1025}, Qt::magenta));
+        QTest::newRow("too large a screen of a GIF") << QByteArray::fromHex(
+            "47494638396102600200800000ff00ffff00ff2c0000000002000200000202845100");
         QTest::newRow("drawing") << QByteArray(
             "<svg xmlns='http://www.w3.org/2000/svg' width='64' height='64'>"
             "<rect width='64' height='64' fill='magenta'/></svg>");
