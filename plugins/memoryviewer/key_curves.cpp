@@ -3,6 +3,7 @@
 #include "key_store.h"
 #include "value_text.h"
 
+#include <algorithm>
 #include <limits>
 #include <plot_history.h>
 #include <plot_panel.h>
@@ -10,6 +11,9 @@
 namespace memoryviewer {
 
 namespace {
+
+/** Microseconds for which a value is drawn as held where a curve begins. */
+constexpr std::int64_t a_heldAtFirst = 1'000'000;
 
 CurveShape shapeOf(const MemoryKey& key) {
     return key.type() == KVValue::Type::Float ? CurveShape::Line : CurveShape::Steps;
@@ -66,7 +70,6 @@ void KeyCurves::xOnPlottedKeysChanged() {
     for (const QString& name : fPlots->plottedKeys()) {
         if (const MemoryKey* key = fKeys->find(name.toStdString())) {
             xDescribe(*key);
-            xPlotPresentValue(*key);
         }
     }
 }
@@ -78,25 +81,40 @@ void KeyCurves::xDescribe(const MemoryKey& key) {
     }
 }
 
-/** So that the curve of a value that changes seldom does not begin with its next change. */
-void KeyCurves::xPlotPresentValue(const MemoryKey& key) {
-    const int handle = fPlots->keyHandle(QString::fromStdString(key.fInfo.fName));
-    if (fIsFollowing && key.hasValue() && fPlots->history().curve(handle).isEmpty()) {
-        fPlots->append({{handle, fKeys->clock().now(), numberOf(key.fValue)}});
+void KeyCurves::begin(const std::vector<std::uint32_t>& ids) {
+    std::vector<PlotSample> samples;
+    for (const std::uint32_t id : ids) {
+        const MemoryKey* key = fKeys->find(id);
+        if (key != nullptr && key->hasValue()) {
+            xAddSample(samples, *key, key->fTime, key->fValue);
+        }
     }
+    fPlots->append(samples);
 }
 
 void KeyCurves::append(const std::vector<KVChange>& changes) {
     std::vector<PlotSample> samples;
     for (const KVChange& change : changes) {
-        const MemoryKey* key = fKeys->find(change.fId);
-        const int handle =
-            key == nullptr ? -1 : fPlots->keyHandle(QString::fromStdString(key->fInfo.fName));
-        if (handle >= 0) {
-            samples.push_back({handle, change.fTime, numberOf(change.fValue)});
+        if (const MemoryKey* key = fKeys->find(change.fId)) {
+            xAddSample(samples, *key, change.fTime, change.fValue);
         }
     }
     fPlots->append(samples);
+}
+
+/**
+ * A curve begins, or goes on after a gap, with the value that the key has by then. It may have had
+ * it for hours, to which the plots are not to go back.
+ */
+void KeyCurves::xAddSample(std::vector<PlotSample>& samples, const MemoryKey& key,
+                           std::int64_t time, const KVValue& value) const {
+    const int handle = fPlots->keyHandle(QString::fromStdString(key.fInfo.fName));
+    if (handle < 0) {
+        return;
+    }
+    const bool isBeginning = !fPlots->history().curve(handle).isGoingOn();
+    const std::int64_t earliest = fKeys->clock().now() - a_heldAtFirst;
+    samples.push_back({handle, isBeginning ? std::max(time, earliest) : time, numberOf(value)});
 }
 
 void KeyCurves::setFollowing(bool isFollowing) {

@@ -6,6 +6,7 @@
 #include <QObject>
 #include <QStringList>
 
+#include <cstdint>
 #include <vector>
 
 namespace memoryviewer {
@@ -13,6 +14,7 @@ namespace memoryviewer {
 class KeyStore;
 class PlotPanel;
 struct MemoryKey;
+struct PlotSample;
 
 /** Keys whose values are numbers, as curves of the plots. Used on the GUI thread. */
 class KeyCurves : public QObject {
@@ -26,6 +28,9 @@ class KeyCurves : public QObject {
 
     /** Plots those that have numbers; all in one plot. */
     void plot(const QStringList& names, Place place);
+    /** Begins the curves of keys whose values are known already, and are not sent again before they
+     *  change. */
+    void begin(const std::vector<std::uint32_t>& ids);
     /** Adds what changed of the keys that are plotted. */
     void append(const std::vector<KVChange>& changes);
     /** Whether values come. When they end, all curves have a gap until they come again. */
@@ -34,7 +39,8 @@ class KeyCurves : public QObject {
   private:
     bool xIsPlottable(const QString& name) const;
     void xDescribe(const MemoryKey& key);
-    void xPlotPresentValue(const MemoryKey& key);
+    void xAddSample(std::vector<PlotSample>& samples, const MemoryKey& key, std::int64_t time,
+                    const KVValue& value) const;
     void xOnPlottedKeysChanged();
     void xOnKeysAdded(const std::vector<const MemoryKey*>& keys);
     void xOnKeysGoing(const std::vector<const MemoryKey*>& keys);

@@ -4,6 +4,7 @@
 #include "key_store.h"
 #include "memory_link.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace memoryviewer {
@@ -18,8 +19,24 @@ void KeyFollower::follow(const SubscriptionNeeds& needs, int rate) {
         fKeys->resetRates();
     }
     fCurves->setFollowing(fIsFollowing);
+    const std::vector<std::uint32_t> newlyPlotted = xNewlyPlotted(needs);
     xFollowEveryChange(needs);
-    fLink->follow(planSubscription(needs), rate);
+    fCurves->begin(newlyPlotted);
+    fPlan = planSubscription(needs);
+    fLink->follow(fPlan, rate);
+}
+
+/** Those that the robot was asked for already; it sends the present values of all others. */
+std::vector<std::uint32_t> KeyFollower::xNewlyPlotted(const SubscriptionNeeds& needs) const {
+    std::vector<std::uint32_t> ids;
+    for (const std::uint32_t id : needs.fPlotted) {
+        const bool isKnown = std::binary_search(fPlan.fFast.begin(), fPlan.fFast.end(), id) ||
+                             std::binary_search(fPlan.fSlow.begin(), fPlan.fSlow.end(), id);
+        if (isKnown && fOfEveryChange.count(id) == 0) {
+            ids.push_back(id);
+        }
+    }
+    return ids;
 }
 
 /** Of other keys the feed keeps the newest value only. */

@@ -1,16 +1,18 @@
 #ifndef OBVISTA_MEMORYVIEWER_KEY_FOLLOWER_H
 #define OBVISTA_MEMORYVIEWER_KEY_FOLLOWER_H
 
+#include "subscription_planner.h"
+
 #include <cstdint>
 #include <memory>
 #include <unordered_set>
+#include <vector>
 
 namespace memoryviewer {
 
 class KeyCurves;
 class KeyStore;
 class MemoryLink;
-struct SubscriptionNeeds;
 
 /** Has the robot send what is needed of its keys, and nothing else. Used on the GUI thread. */
 class KeyFollower {
@@ -30,11 +32,13 @@ class KeyFollower {
 
   private:
     void xFollowEveryChange(const SubscriptionNeeds& needs);
+    std::vector<std::uint32_t> xNewlyPlotted(const SubscriptionNeeds& needs) const;
 
     const std::shared_ptr<MemoryLink> fLink;
     KeyStore* fKeys;
     KeyCurves* fCurves;
     std::unordered_set<std::uint32_t> fOfEveryChange;
+    SubscriptionPlan fPlan;
     bool fIsFollowing = false;
 };
 
