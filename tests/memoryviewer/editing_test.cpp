@@ -1,0 +1,243 @@
+#include "robot_window.h"
+
+#include <QClipboard>
+#include <QComboBox>
+#include <QGuiApplication>
+#include <QLineEdit>
+#include <QLocale>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QToolTip>
+#include <QtTest>
+#include <qt_test_main.h>
+
+#include <algorithm>
+#include <memory>
+
+using namespace obvista_test;
+
+namespace {
+
+constexpr char a_setting[] = "Joint/HeadYaw/Stiffness";
+/** A setting of the robot that changes by itself, as long as its head looks around. */
+constexpr char a_moving[] = "Joint/HeadYaw/Target";
+
+}  // namespace
+
+/** Values that the user enters in the window of the viewer, and what a robot says of them. */
+class EditingTest : public QObject {
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void init();
+    void cleanup();
+    void isNotTouchedByValuesThatComeMeanwhile();
+    void writesWhenTheFieldIsLeft();
+    void showsWhatIsBeingWritten();
+    void showsTheRobotsReasonAndTheValueBefore();
+    void undoesTheLastWrite();
+    void readsNumbersWithAPointInEveryLocale_data();
+    void readsNumbersWithAPointInEveryLocale();
+    void choosesBools();
+    void saysThatALostRobotTakesNothing();
+    void copiesNameValueAndRow_data();
+    void copiesNameValueAndRow();
+
+  private:
+    QLineEdit* xOpenField(const char* key);
+    void xEnter(const char* key, const QString& text);
+    /** Whether the cell of a value is painted in a colour. */
+    bool xIsTinted(const char* key, Qt::GlobalColor colour);
+
+    std::unique_ptr<RobotWindow> fWindow;
+};
+
+void EditingTest::init() {
+    QSettings().clear();
+    fWindow = std::make_unique<RobotWindow>();
+    QVERIFY(fWindow->open());
+}
+
+void EditingTest::cleanup() {
+    fWindow.reset();
+    QLocale::setDefault(QLocale::c());
+}
+
+QLineEdit* EditingTest::xOpenField(const char* key) {
+    if (!QTest::qWaitFor([&] { return !fWindow->value(key).isEmpty(); })) {
+        return nullptr;
+    }
+    fWindow->choose(key);
+    QTest::keyClick(fWindow->tree(), Qt::Key_F2);
+    return fWindow->tree()->viewport()->findChild<QLineEdit*>(QStringLiteral("valueEditor"));
+}
+
+void EditingTest::xEnter(const char* key, const QString& text) {
+    QLineEdit* field = xOpenField(key);
+    QVERIFY(field != nullptr);
+    QTest::keyClicks(field, text);
+    QTest::keyClick(field, Qt::Key_Return);
+}
+
+bool EditingTest::xIsTinted(const char* key, Qt::GlobalColor colour) {
+    fWindow->tree()->clearSelection();
+    const QRect cell = fWindow->tree()->visualRect(fWindow->cell(key));
+    const QImage picture = fWindow->tree()->viewport()->grab().toImage();
+    const QColor pixel = picture.pixelColor(cell.left() + 2, cell.center().y());
+    const int other = std::max(colour == Qt::red ? pixel.green() : pixel.red(), pixel.blue());
+    return (colour == Qt::red ? pixel.red() : pixel.green()) > other + 10;
+}
+
+void EditingTest::isNotTouchedByValuesThatComeMeanwhile() {
+    fWindow->setRate(50);
+    QLineEdit* field = xOpenField(a_moving);
+    QVERIFY(field != nullptr);
+    QTest::keyClicks(field, QStringLiteral("0.5"));
+    QTest::keyClick(field, Qt::Key_Left);
+    const int cursor = field->cursorPosition();
+    const QModelIndex cell = fWindow->cell(a_moving);
+    int changes = 0;
+    QString before = cell.data().toString();
+    connect(cell.model(), &QAbstractItemModel::dataChanged, field, [&] {
+        const QString now = cell.data().toString();
+        changes += now != before ? 1 : 0;
+        before = now;
+    });
+    QTRY_VERIFY_WITH_TIMEOUT(changes >= 20, 20000);
+    QCOMPARE(field->text(), QStringLiteral("0.5"));
+    QCOMPARE(field->cursorPosition(), cursor);
+    QVERIFY(field->hasFocus());
+    QTest::keyClick(field, Qt::Key_Return);
+    QTRY_COMPARE(fWindow->value(a_moving), QStringLiteral("0.5"));
+}
+
+void EditingTest::writesWhenTheFieldIsLeft() {
+    QLineEdit* field = xOpenField(a_setting);
+    QVERIFY(field != nullptr);
+    QTest::keyClicks(field, QStringLiteral("0.375"));
+    QTest::mouseClick(fWindow->find<QLineEdit>("memoryFilter"), Qt::LeftButton);
+    QTRY_COMPARE(fWindow->value(a_setting), QStringLiteral("0.375"));
+}
+
+void EditingTest::showsWhatIsBeingWritten() {
+    QTRY_VERIFY(!fWindow->value(a_setting).isEmpty());
+    const QString before = fWindow->value(a_setting);
+    fWindow->robot().suspend();
+    xEnter(a_setting, QStringLiteral("0.625"));
+    // The robot does not answer, and the window does.
+    QVERIFY(!xIsTinted(a_setting, Qt::green));
+    QCOMPARE(fWindow->value(a_setting), before);
+    fWindow->robot().resume();
+    QTRY_COMPARE(fWindow->value(a_setting), QStringLiteral("0.625"));
+    QTRY_VERIFY(xIsTinted(a_setting, Qt::green));
+    QTRY_VERIFY(!xIsTinted(a_setting, Qt::green));
+}
+
+void EditingTest::showsTheRobotsReasonAndTheValueBefore() {
+    QTRY_VERIFY(!fWindow->value(a_setting).isEmpty());
+    const QString before = fWindow->value(a_setting);
+    xEnter(a_setting, QStringLiteral("7"));
+    QTRY_VERIFY2(noticeOf(fWindow->viewer()).contains(QLatin1String("0 to 1")),
+                 qPrintable(noticeOf(fWindow->viewer())));
+    QVERIFY(noticeOf(fWindow->viewer())
+                .startsWith(QLatin1String("Joint/HeadYaw/Stiffness keeps its value: ")));
+    QCOMPARE(fWindow->value(a_setting), before);
+    QVERIFY(xIsTinted(a_setting, Qt::red));
+    QVERIFY(xOpenField("Battery/Cycles") == nullptr);  // no setting at all
+}
+
+void EditingTest::undoesTheLastWrite() {
+    QTRY_VERIFY(!fWindow->value(a_setting).isEmpty());
+    const QString before = fWindow->value(a_setting);
+    xEnter(a_setting, QStringLiteral("0.25"));
+    QTRY_COMPARE(fWindow->value(a_setting), QStringLiteral("0.25"));
+    xEnter(a_setting, QStringLiteral("9"));
+    QTRY_VERIFY(noticeOf(fWindow->viewer()).contains(QLatin1String("keeps its value")));
+    // What was refused was no write.
+    fWindow->tree()->setFocus();
+    QTest::keyClick(fWindow->tree(), Qt::Key_Z, Qt::ControlModifier);
+    QTRY_COMPARE(fWindow->value(a_setting), before);
+    QTest::keyClick(fWindow->tree(), Qt::Key_Z, Qt::ControlModifier);
+    QTRY_COMPARE(fWindow->value(a_setting), QStringLiteral("0.25"));
+}
+
+void EditingTest::readsNumbersWithAPointInEveryLocale_data() {
+    QTest::addColumn<QLocale>("locale");
+    QTest::newRow("German") << QLocale(QLocale::German, QLocale::Germany);
+    QTest::newRow("French") << QLocale(QLocale::French, QLocale::France);
+    QTest::newRow("Arabic") << QLocale(QLocale::Arabic, QLocale::Egypt);
+}
+
+void EditingTest::readsNumbersWithAPointInEveryLocale() {
+    QFETCH(QLocale, locale);
+    QVERIFY(locale.toString(0.5) != QStringLiteral("0.5"));
+    QLocale::setDefault(locale);
+    QVERIFY(fWindow->open());
+    QTRY_VERIFY(!fWindow->value(a_setting).isEmpty());
+    const QString before = fWindow->value(a_setting);
+    QLineEdit* field = xOpenField(a_setting);
+    QVERIFY(field != nullptr);
+    QTest::keyClicks(field, QStringLiteral("0,125"));
+    QTest::keyClick(field, Qt::Key_Return);
+    QVERIFY(field->isVisible());
+    QVERIFY(QToolTip::text().contains(QLatin1String("decimal point")));
+    QCOMPARE(fWindow->value(a_setting), before);
+    field->selectAll();
+    QTest::keyClicks(field, QStringLiteral("0.125"));
+    QTest::keyClick(field, Qt::Key_Return);
+    QTRY_COMPARE(fWindow->value(a_setting), QStringLiteral("0.125"));
+    QCOMPARE(xOpenField(a_setting)->text(), QStringLiteral("0.125"));
+}
+
+void EditingTest::choosesBools() {
+    QTRY_COMPARE(fWindow->value("Motion/HeadIdle"), QStringLiteral("true"));
+    fWindow->choose("Motion/HeadIdle");
+    QTest::keyClick(fWindow->tree(), Qt::Key_F2);
+    auto* choice =
+        fWindow->tree()->viewport()->findChild<QComboBox*>(QStringLiteral("valueEditor"));
+    QVERIFY(choice != nullptr);
+    QTest::keyClick(choice, Qt::Key_Up);
+    QTest::keyClick(choice, Qt::Key_Return);
+    QTRY_COMPARE(fWindow->value("Motion/HeadIdle"), QStringLiteral("false"));
+}
+
+void EditingTest::saysThatALostRobotTakesNothing() {
+    QLineEdit* field = xOpenField(a_setting);
+    QVERIFY(field != nullptr);
+    QTest::keyClicks(field, QStringLiteral("0.25"));
+    fWindow->robot().kill();
+    QTRY_VERIFY_WITH_TIMEOUT(statusOf(fWindow->viewer()).contains(QLatin1String("robot lost")),
+                             20000);
+    const QString before = fWindow->value(a_setting);
+    QTest::keyClick(field, Qt::Key_Return);
+    QTRY_VERIFY_WITH_TIMEOUT(xIsTinted(a_setting, Qt::red), 20000);
+    QCOMPARE(fWindow->value(a_setting), before);
+}
+
+void EditingTest::copiesNameValueAndRow_data() {
+    QTest::addColumn<QString>("entry");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("name") << "Copy name"
+                          << "Joint/HeadYaw/Stiffness";
+    QTest::newRow("value") << "Copy value"
+                           << "0.125";
+    QTest::newRow("row") << "Copy row"
+                         << "Joint/HeadYaw/Stiffness\t0.125\t\tfloat";
+}
+
+void EditingTest::copiesNameValueAndRow() {
+    QFETCH(QString, entry);
+    QFETCH(QString, expected);
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    xEnter(a_setting, QStringLiteral("0.125"));
+    QTRY_COMPARE(fWindow->value(a_setting), QStringLiteral("0.125"));
+    fWindow->choose(a_setting);
+    QTimer::singleShot(0, fWindow->viewer(), [&] { fWindow->chooseFromMenu(entry); });
+    QContextMenuEvent click(QContextMenuEvent::Keyboard,
+                            fWindow->tree()->visualRect(fWindow->cell(a_setting)).center());
+    QCoreApplication::sendEvent(fWindow->tree()->viewport(), &click);
+    QTRY_COMPARE(QGuiApplication::clipboard()->text(), expected);
+}
+
+OBVISTA_QTEST_MAIN(EditingTest)
+#include "editing_test.moc"

@@ -1,0 +1,307 @@
+#include "robot_window.h"
+
+#include <QDropEvent>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QLabel>
+#include <QMimeData>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QToolBar>
+#include <QToolButton>
+#include <QTreeWidget>
+#include <QWheelEvent>
+#include <QtTest>
+#include <qt_test_main.h>
+#include <qwt_plot.h>
+#include <qwt_scale_map.h>
+
+#include <memory>
+
+using namespace obvista_test;
+
+namespace {
+
+constexpr int a_nameColumn = 0;
+constexpr int a_valueColumn = 1;
+
+std::pair<double, double> timesOf(const QwtPlot* plot) {
+    const QwtScaleMap map = plot->canvasMap(QwtPlot::xBottom);
+    return {map.s1(), map.s2()};
+}
+
+double middleOf(const std::pair<double, double>& span) {
+    return (span.first + span.second) / 2;
+}
+
+/** Whether a curve passes through a column of pixels; grid and letters are grey. */
+bool isCurveAt(const QImage& picture, int x) {
+    for (int y = 0; y < picture.height(); ++y) {
+        if (picture.pixelColor(x, y).saturation() > 60) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+/** Plots in the window of the viewer, of what a robot sends. */
+class PlottingTest : public QObject {
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void init();
+    void cleanup();
+    void plotsSeveralCurvesInSeveralPlots();
+    void takesKeysThatAreDraggedFromTheTree();
+    void showsTheSameTimesInAllPlots();
+    void pausesWhileValuesGoOn();
+    void showsTheValuesAtTheCursorOfAllPlots();
+    void drawsAGapWhereNothingWasFollowed();
+    void keepsItsCurvesWhenTheRobotIsLost();
+    void plotsTheSameKeysWhenTheRobotIsBack();
+    void savesAPictureOfAPlot();
+    void savesPointsWithTheRobotsTimes();
+
+  private:
+    void xPlot(const char* key);
+    void xPlotByItself(const char* key);
+    /** Two seconds of it. @return when they begin; 0 when they do not come */
+    double xPlotForAWhile(const char* key);
+    QWidget* xCanvas(int plot = 0) const { return fWindow->plots().at(plot)->canvas(); }
+    void xSave(const QString& way);
+    QString xNotice() const { return labelText(fWindow->viewer(), "plotNotice"); }
+    QString xStatus() const { return labelText(fWindow->viewer(), "plotStatus"); }
+
+    std::unique_ptr<RobotWindow> fWindow;
+};
+
+void PlottingTest::init() {
+    QSettings().clear();
+    fWindow = std::make_unique<RobotWindow>();
+    QVERIFY(fWindow->open());
+}
+
+void PlottingTest::cleanup() {
+    fWindow.reset();
+}
+
+void PlottingTest::xPlot(const char* key) {
+    QTRY_VERIFY(!fWindow->value(key).isEmpty());
+    fWindow->choose(key);
+    QTest::keyClick(fWindow->tree(), Qt::Key_P, Qt::ControlModifier);
+}
+
+double PlottingTest::xPlotForAWhile(const char* key) {
+    xPlot(key);
+    const auto newest = [this] { return timesOf(fWindow->plots().first()).second; };
+    const bool hasBegun = QTest::qWaitFor([&] { return newest() > 1e15; });
+    const double begin = newest();
+    const bool hasPoints = QTest::qWaitFor([&] { return newest() > begin + 2e6; });
+    return hasBegun && hasPoints ? begin : 0;
+}
+
+void PlottingTest::xPlotByItself(const char* key) {
+    QTRY_VERIFY(!fWindow->value(key).isEmpty());
+    fWindow->choose(key);
+    QWidget* rows = fWindow->tree()->viewport();
+    const QPoint place = fWindow->tree()->visualRect(fWindow->cell(key)).center();
+    QTimer::singleShot(0, fWindow->viewer(),
+                       [this] { fWindow->chooseFromMenu(QStringLiteral("Plot by itself")); });
+    QContextMenuEvent click(QContextMenuEvent::Mouse, place, rows->mapToGlobal(place));
+    QCoreApplication::sendEvent(rows, &click);
+}
+
+/** Chooses one of the ways to save the current plot. */
+void PlottingTest::xSave(const QString& way) {
+    auto* bar = fWindow->viewer()->findChild<QToolBar*>();
+    auto* button =
+        qobject_cast<QToolButton*>(bar->widgetForAction(fWindow->find<QAction>("plotSave")));
+    QTimer::singleShot(0, fWindow->viewer(), [this, way] { fWindow->chooseFromMenu(way); });
+    button->click();
+}
+
+void PlottingTest::plotsSeveralCurvesInSeveralPlots() {
+    xPlot("Battery/Voltage");
+    xPlot("Battery/Current");
+    xPlotByItself("Battery/TimeLeft");
+    QTRY_COMPARE(fWindow->plots().size(), 2);
+    QCOMPARE(fWindow->legend(0, 0, a_nameColumn), QStringLiteral("Battery/Voltage [V]"));
+    QCOMPARE(fWindow->legend(0, 1, a_nameColumn), QStringLiteral("Battery/Current [A]"));
+    QCOMPARE(fWindow->legend(1, 0, a_nameColumn), QStringLiteral("Battery/TimeLeft [s]"));
+    for (const auto& [plot, row] : {std::pair(0, 0), std::pair(0, 1), std::pair(1, 0)}) {
+        const QString before = fWindow->legend(plot, row, a_valueColumn);
+        QTRY_VERIFY(fWindow->legend(plot, row, a_valueColumn) != before);
+    }
+}
+
+void PlottingTest::takesKeysThatAreDraggedFromTheTree() {
+    xPlot("Battery/Voltage");
+    QTRY_VERIFY(!fWindow->value("Audio/Volume").isEmpty());
+    const QModelIndex dragged = indexOf(fWindow->viewer(), "Audio/Volume");
+    const std::unique_ptr<QMimeData> data(dragged.model()->mimeData({dragged}));
+    QwtPlot* plot = fWindow->plots().first();
+    const QPoint middle = plot->rect().center();
+    QDragEnterEvent enter(middle, Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(plot, &enter);
+    QVERIFY(enter.isAccepted());
+    QDropEvent drop(middle, Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(plot, &drop);
+    // It does not change, and yet its value is known.
+    QTRY_COMPARE(fWindow->legend(0, 1, a_nameColumn), QStringLiteral("Audio/Volume [%]"));
+    QTRY_COMPARE(fWindow->legend(0, 1, a_valueColumn), fWindow->value("Audio/Volume"));
+}
+
+void PlottingTest::showsTheSameTimesInAllPlots() {
+    xPlot("Battery/Voltage");
+    xPlotByItself("Battery/Current");
+    QTRY_COMPARE(fWindow->plots().size(), 2);
+    const auto span = [this](int plot) {
+        const auto times = timesOf(fWindow->plots().at(plot));
+        return times.second - times.first;
+    };
+    QTRY_COMPARE(span(0), 30e6);
+    const QPointF middle = xCanvas()->rect().center();
+    QWheelEvent in(middle, xCanvas()->mapToGlobal(middle.toPoint()), QPoint(), QPoint(0, 240),
+                   Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(xCanvas(), &in);
+    QTRY_VERIFY(span(0) < 25e6);
+    QTRY_COMPARE(timesOf(fWindow->plots()[1]), timesOf(fWindow->plots()[0]));
+    // A pan moves both, and what is followed no longer is.
+    QTest::mousePress(xCanvas(1), Qt::LeftButton, Qt::NoModifier, middle.toPoint());
+    QTest::mouseMove(xCanvas(1), middle.toPoint() + QPoint(30, 0));
+    QTest::mouseRelease(xCanvas(1), Qt::LeftButton, Qt::NoModifier,
+                        middle.toPoint() + QPoint(30, 0));
+    QTRY_VERIFY(xStatus().startsWith(QLatin1String("paused")));
+    QTRY_COMPARE(timesOf(fWindow->plots()[0]), timesOf(fWindow->plots()[1]));
+}
+
+void PlottingTest::pausesWhileValuesGoOn() {
+    xPlot("Battery/Voltage");
+    QTRY_VERIFY(timesOf(fWindow->plots().first()).second > 1e15);
+    QTest::keyClick(xCanvas(), Qt::Key_Space);
+    QTRY_VERIFY(xStatus().startsWith(QLatin1String("paused")));
+    QTest::keyClick(xCanvas(), Qt::Key_Left);
+    const QString points = xStatus();
+    QTRY_VERIFY(xStatus() != points);
+    const auto shown = timesOf(fWindow->plots().first());
+    const QString morePoints = xStatus();
+    QTRY_VERIFY(xStatus() != morePoints);
+    QCOMPARE(timesOf(fWindow->plots().first()), shown);
+    QTest::keyClick(xCanvas(), Qt::Key_Space);
+    QTRY_VERIFY(timesOf(fWindow->plots().first()).second > shown.second);
+    QVERIFY(xStatus().startsWith(QLatin1String("following")));
+}
+
+void PlottingTest::showsTheValuesAtTheCursorOfAllPlots() {
+    xPlot("Battery/Voltage");
+    xPlotByItself("Battery/TimeLeft");
+    QTRY_COMPARE(fWindow->plots().size(), 2);
+    const QString first = fWindow->legend(1, 0, a_valueColumn);
+    QTRY_VERIFY(fWindow->legend(1, 0, a_valueColumn) != first);
+    auto* legend = fWindow->find<QTreeWidget>("plotLegend");
+    QCOMPARE(legend->headerItem()->text(a_valueColumn), QStringLiteral("Newest value"));
+    QTest::keyClick(xCanvas(), Qt::Key_Space);
+    QTest::keyClick(xCanvas(), Qt::Key_Home);
+    // Before the last change, the value was another one.
+    QTRY_VERIFY(xStatus().startsWith(QLatin1String("paused")));
+    QTest::mouseMove(xCanvas(), QPoint(xCanvas()->width() * 2 / 3, xCanvas()->height() / 2));
+    QTRY_VERIFY(legend->headerItem()->text(a_valueColumn).contains(QLatin1Char(':')));
+    QTRY_VERIFY(QLocale().toDouble(fWindow->legend(1, 0, a_valueColumn)) > 0);
+    QVERIFY(fWindow->legend(0, 0, a_valueColumn).toDouble() > 20);
+}
+
+void PlottingTest::drawsAGapWhereNothingWasFollowed() {
+    const double begin = xPlotForAWhile("Battery/Voltage");
+    QTest::keyClick(fWindow->tree(), Qt::Key_Space, Qt::ControlModifier);
+    QTRY_COMPARE(fWindow->legend(0, 0, a_valueColumn), QStringLiteral("none"));
+    const double from = timesOf(fWindow->plots().first()).second;
+    QElapsedTimer gap;
+    gap.start();
+    QTRY_VERIFY(gap.elapsed() > 1500);
+    QTest::keyClick(fWindow->tree(), Qt::Key_Space, Qt::ControlModifier);
+    QTRY_VERIFY(timesOf(fWindow->plots().first()).second > from + 2e6);
+    QTest::keyClick(xCanvas(), Qt::Key_Home);
+    QTRY_VERIFY(timesOf(fWindow->plots().first()).first > begin - 5e6);
+    const QImage picture = xCanvas()->grab().toImage();
+    const QwtScaleMap map = fWindow->plots().first()->canvasMap(QwtPlot::xBottom);
+    const auto isDrawnAt = [&](double time) {
+        return isCurveAt(picture, int(map.transform(time)));
+    };
+    QVERIFY(isDrawnAt(from - 1e6));
+    QVERIFY(!isDrawnAt(from + 0.7e6));
+    QVERIFY(isDrawnAt(map.s2() - 0.2e6));
+}
+
+void PlottingTest::keepsItsCurvesWhenTheRobotIsLost() {
+    xPlotForAWhile("Battery/Voltage");
+    fWindow->robot().kill();
+    QTRY_VERIFY_WITH_TIMEOUT(statusOf(fWindow->viewer()).contains(QLatin1String("robot lost")),
+                             20000);
+    QTRY_COMPARE(fWindow->legend(0, 0, a_valueColumn), QStringLiteral("none"));
+    const auto shown = timesOf(fWindow->plots().first());
+    const QwtScaleMap map = fWindow->plots().first()->canvasMap(QwtPlot::xBottom);
+    QVERIFY(isCurveAt(xCanvas()->grab().toImage(), int(map.transform(shown.second - 0.5e6))));
+    // Still there to be looked at, and time stands still.
+    QTest::keyClick(xCanvas(), Qt::Key_Plus);
+    QTRY_VERIFY(middleOf(timesOf(fWindow->plots().first())) > middleOf(shown));
+    QCOMPARE(timesOf(fWindow->plots().first()).second, shown.second);
+}
+
+void PlottingTest::plotsTheSameKeysWhenTheRobotIsBack() {
+    xPlot("Battery/Voltage");
+    xPlotByItself("Battery/Current");
+    QTRY_COMPARE(fWindow->plots().size(), 2);
+    fWindow->robot().kill();
+    QTRY_VERIFY_WITH_TIMEOUT(statusOf(fWindow->viewer()).contains(QLatin1String("robot lost")),
+                             20000);
+    fWindow->restartRobot();
+    QVERIFY(fWindow->open());
+    QTRY_COMPARE(fWindow->plots().size(), 2);
+    QCOMPARE(fWindow->legend(1, 0, a_nameColumn), QStringLiteral("Battery/Current [A]"));
+    const QString before = fWindow->legend(1, 0, a_valueColumn);
+    QTRY_VERIFY(fWindow->legend(1, 0, a_valueColumn) != before);
+}
+
+void PlottingTest::savesAPictureOfAPlot() {
+    xPlotForAWhile("Battery/Voltage");
+    const QTemporaryDir folder;
+    xSave(QString::fromUtf8("Save picture (PNG)\u2026"));
+    QVERIFY(fWindow->answerFileQuestion(folder.filePath(QStringLiteral("plot.png"))));
+    QTRY_COMPARE(xNotice(), QStringLiteral("Picture saved in plot.png."));
+    const QImage picture(folder.filePath(QStringLiteral("plot.png")));
+    QVERIFY(picture.height() > fWindow->plots().first()->height());
+    bool isCurve = false;
+    for (int x = picture.width() / 2; x < picture.width(); ++x) {
+        isCurve = isCurve || isCurveAt(picture, x);
+    }
+    QVERIFY(isCurve);
+}
+
+void PlottingTest::savesPointsWithTheRobotsTimes() {
+    xPlotForAWhile("Battery/Voltage");
+    const QTemporaryDir folder;
+    xSave(QString::fromUtf8("Save all points (CSV)\u2026"));
+    QVERIFY(fWindow->answerFileQuestion(folder.filePath(QStringLiteral("points.csv"))));
+    QTRY_VERIFY2(xNotice().endsWith(QLatin1String("points saved in points.csv.")),
+                 qPrintable(xNotice()));
+    QFile file(folder.filePath(QStringLiteral("points.csv")));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QList<QByteArray> rows = file.readAll().split('\n');
+    QCOMPARE(rows.first(), QByteArray("time_us,time_utc,key,value,unit,type\r"));
+    QVERIFY(rows.size() > 3);
+    qint64 before = 0;
+    const qint64 now = QDateTime::currentMSecsSinceEpoch() * 1000;
+    for (const QByteArray& row : rows.mid(1, rows.size() - 2)) {
+        const QList<QByteArray> fields = row.trimmed().split(',');
+        QCOMPARE(fields.mid(4), (QList<QByteArray>{"V", "float"}));
+        QCOMPARE(fields[2], QByteArray("Battery/Voltage"));
+        QVERIFY(fields[0].toLongLong() > before);
+        QVERIFY(qAbs(fields[0].toLongLong() - now) < 60'000'000);
+        before = fields[0].toLongLong();
+    }
+}
+
+OBVISTA_QTEST_MAIN(PlottingTest)
+#include "plotting_test.moc"

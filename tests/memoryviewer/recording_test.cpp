@@ -1,0 +1,269 @@
+#include "robot_window.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QLocale>
+#include <QMap>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QToolButton>
+#include <QtTest>
+#include <qt_test_main.h>
+
+#include <algorithm>
+#include <csignal>
+#include <memory>
+#include <sys/resource.h>
+
+using namespace obvista_test;
+
+namespace {
+
+constexpr char a_header[] = "time_us,time_utc,key,value,unit,type\r\n";
+
+enum Field { TimeField, DateField, KeyField, ValueField, UnitField, TypeField, FieldCount };
+using Row = QList<QByteArray>;
+
+/** The rows of a file that is whole; nothing when it is not. None of the robot's own texts that are
+ *  recorded here needs quotation. */
+QList<Row> rowsOf(const QString& fileName) {
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly) || file.readLine() != a_header) {
+        return {};
+    }
+    QList<Row> rows;
+    while (!file.atEnd()) {
+        const QByteArray line = file.readLine();
+        const Row row = line.trimmed().split(',');
+        if (!line.endsWith("\r\n") || row.size() != FieldCount) {
+            return {};
+        }
+        rows.push_back(row);
+    }
+    return rows;
+}
+
+QList<QByteArray> keysOf(const QList<Row>& rows) {
+    QList<QByteArray> keys;
+    for (const Row& row : rows) {
+        if (!keys.contains(row[KeyField])) {
+            keys.push_back(row[KeyField]);
+        }
+    }
+    return keys;
+}
+
+/** Lets no file grow beyond a size, while it lives. */
+class FileSizeLimit {
+  public:
+    explicit FileSizeLimit(rlim_t bytes) {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &fBefore);
+        rlimit limit = fBefore;
+        limit.rlim_cur = bytes;
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &fBefore); }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+  private:
+    rlimit fBefore{};
+};
+
+}  // namespace
+
+/** Recordings in the window of the viewer, of what a robot sends. */
+class RecordingTest : public QObject {
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void init();
+    void cleanup();
+    void recordsWhatIsWatchedWithTheRobotsTimes();
+    void recordsAllKeysWhenNoneIsWatched();
+    void goesOnWhilePaused();
+    void saysHowFarItIs();
+    void endsWithAWholeFileWhenTheRobotIsKilled();
+    void endsWithAWholeFileWhenTheViewerIsClosed();
+    void endsWithAWholeFileWhenTheDiskIsFull();
+    void saysThatAFileCannotBeMade();
+    void writesNumbersWithAPointInEveryLocale();
+
+  private:
+    void xWatch(const char* key);
+    void xStart();
+    void xStop();
+    QString xText() const { return labelText(fWindow->viewer(), "recordingStatus"); }
+    /** Rows in the file, as the window says. */
+    int xRowsSaid() const;
+
+    std::unique_ptr<RobotWindow> fWindow;
+    std::unique_ptr<QTemporaryDir> fFolder;
+    QString fFile;
+};
+
+void RecordingTest::init() {
+    QSettings().clear();
+    QLocale::setDefault(QLocale::c());
+    fFolder = std::make_unique<QTemporaryDir>();
+    fFile = fFolder->filePath(QStringLiteral("robot.csv"));
+    fWindow = std::make_unique<RobotWindow>();
+    QVERIFY(fWindow->open());
+}
+
+void RecordingTest::cleanup() {
+    fWindow.reset();
+}
+
+void RecordingTest::xWatch(const char* key) {
+    QTRY_VERIFY(!fWindow->value(key).isEmpty());
+    fWindow->choose(key);
+    QTest::keyClick(fWindow->tree(), Qt::Key_D, Qt::ControlModifier);
+}
+
+void RecordingTest::xStart() {
+    fWindow->find<QToolButton>("recordingButton")->click();
+    QVERIFY(fWindow->answerFileQuestion(fFile));
+}
+
+void RecordingTest::xStop() {
+    fWindow->find<QToolButton>("recordingButton")->click();
+    QTRY_VERIFY2(xText().startsWith(QLatin1String("Recorded")), qPrintable(xText()));
+}
+
+int RecordingTest::xRowsSaid() const {
+    const QRegularExpressionMatch match =
+        QRegularExpression(QStringLiteral("(\\d+) rows")).match(xText());
+    return match.hasMatch() ? match.captured(1).toInt() : -1;
+}
+
+void RecordingTest::recordsWhatIsWatchedWithTheRobotsTimes() {
+    xWatch("Battery/Voltage");
+    xWatch("Audio/Volume");
+    xStart();
+    QTRY_VERIFY(xRowsSaid() > 20);
+    xStop();
+    const QList<Row> rows = rowsOf(fFile);
+    QCOMPARE(rows.size(), xRowsSaid());
+    // What does not change is in it once.
+    QList<QByteArray> keys = keysOf(rows);
+    std::sort(keys.begin(), keys.end());
+    QCOMPARE(keys, (QList<QByteArray>{"Audio/Volume", "Battery/Voltage"}));
+    QCOMPARE(std::count_if(rows.begin(), rows.end(),
+                           [](const Row& row) { return row[KeyField] == "Audio/Volume"; }),
+             1);
+    qint64 before = 0;
+    const qint64 now = QDateTime::currentMSecsSinceEpoch() * 1000;
+    for (const Row& row : rows) {
+        if (row[KeyField] != "Battery/Voltage") {
+            continue;
+        }
+        const qint64 time = row[TimeField].toLongLong();
+        QVERIFY(time > before);
+        QVERIFY(qAbs(now - time) < 60'000'000);
+        const QDateTime date = QDateTime::fromString(row[DateField], Qt::ISODateWithMs);
+        QVERIFY(qAbs(date.toMSecsSinceEpoch() - time / 1000) <= 1);
+        QVERIFY(row[ValueField].toDouble() > 20);
+        QCOMPARE(row.mid(UnitField), (Row{"V", "float"}));
+        before = time;
+    }
+}
+
+void RecordingTest::recordsAllKeysWhenNoneIsWatched() {
+    xStart();
+    const int keys = statusOf(fWindow->viewer())
+                         .section(QLatin1String(" keys"), 0, 0)
+                         .section(QLatin1Char(' '), -1)
+                         .toInt();
+    QVERIFY(keys > 100);
+    QTRY_VERIFY(xRowsSaid() >= keys);
+    xStop();
+    QVERIFY2(keysOf(rowsOf(fFile)).size() > keys / 2, qPrintable(xText()));
+}
+
+void RecordingTest::goesOnWhilePaused() {
+    xWatch("Battery/Voltage");
+    xStart();
+    QTest::keyClick(fWindow->tree(), Qt::Key_Space, Qt::ControlModifier);
+    QTRY_VERIFY(noticeOf(fWindow->viewer()).startsWith(QLatin1String("Paused.")));
+    const int rows = xRowsSaid();
+    QTRY_VERIFY(xRowsSaid() > rows + 10);
+}
+
+void RecordingTest::saysHowFarItIs() {
+    QCOMPARE(xText(), QStringLiteral("Not recording."));
+    xWatch("Battery/Voltage");
+    xStart();
+    QTRY_VERIFY2(QRegularExpression(
+                     QString::fromUtf8("^robot\\.csv  ·  \\d+ rows  ·  [\\d.]+ KiB  ·  0:0[1-9]$"))
+                     .match(xText())
+                     .hasMatch(),
+                 qPrintable(xText()));
+    xStop();
+    const QString size = QLocale().formattedDataSize(QFileInfo(fFile).size());
+    QVERIFY2(xText().contains(size), qPrintable(xText()));
+}
+
+void RecordingTest::endsWithAWholeFileWhenTheRobotIsKilled() {
+    xWatch("Battery/Voltage");
+    fWindow->setRate(50);
+    xStart();
+    QTRY_VERIFY(xRowsSaid() > 10);
+    fWindow->robot().kill();
+    QTRY_VERIFY2_WITH_TIMEOUT(xText().startsWith(QLatin1String("Recorded")), qPrintable(xText()),
+                              20000);
+    const QList<Row> rows = rowsOf(fFile);
+    QVERIFY(rows.size() > 10);
+    QCOMPARE(rows.size(), xRowsSaid());
+}
+
+void RecordingTest::endsWithAWholeFileWhenTheViewerIsClosed() {
+    xWatch("Battery/Voltage");
+    xStart();
+    QTRY_VERIFY(xRowsSaid() > 10);
+    const int rows = xRowsSaid();
+    fWindow->close();
+    QVERIFY(rowsOf(fFile).size() >= rows);
+}
+
+void RecordingTest::endsWithAWholeFileWhenTheDiskIsFull() {
+    constexpr int bytes = 5000;
+    xWatch("Battery/Voltage");
+    const FileSizeLimit limit(bytes);
+    xStart();
+    QTRY_VERIFY2_WITH_TIMEOUT(xText().contains(QLatin1String("robot.csv cannot be written: ")),
+                              qPrintable(xText()), 20000);
+    QVERIFY2(xText().contains(QLatin1String("The rows up to there are in the file.")),
+             qPrintable(xText()));
+    QVERIFY(rowsOf(fFile).size() > 10);
+    QVERIFY(QFileInfo(fFile).size() > bytes - 1000);
+    // The viewer itself goes on.
+    QVERIFY(QTest::qWaitFor([this, before = fWindow->value("Battery/Voltage")] {
+        return fWindow->value("Battery/Voltage") != before;
+    }));
+}
+
+void RecordingTest::saysThatAFileCannotBeMade() {
+    fFile = QStringLiteral("/proc/robot.csv");
+    xStart();
+    QTRY_VERIFY2(xText().startsWith(QLatin1String("robot.csv cannot be written: ")),
+                 qPrintable(xText()));
+}
+
+void RecordingTest::writesNumbersWithAPointInEveryLocale() {
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    QVERIFY(fWindow->open());
+    xWatch("Battery/Voltage");
+    xStart();
+    QTRY_VERIFY(xRowsSaid() > 5);
+    xStop();
+    const QList<Row> rows = rowsOf(fFile);
+    QVERIFY(!rows.isEmpty());
+    for (const Row& row : rows) {
+        QVERIFY2(row[ValueField].contains('.'), row[ValueField].constData());
+    }
+}
+
+OBVISTA_QTEST_MAIN(RecordingTest)
+#include "recording_test.moc"

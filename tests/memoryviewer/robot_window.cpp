@@ -1,0 +1,111 @@
+#include "robot_window.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMenu>
+#include <QSplitter>
+#include <QTreeWidget>
+#include <QtTest>
+#include <qwt_plot.h>
+
+namespace obvista_test {
+
+namespace {
+
+constexpr int a_valueColumn = 1;
+
+}  // namespace
+
+RobotWindow::RobotWindow(const RobotProcess::Settings& settings)
+    : fSettings(settings), fRobot(std::make_unique<RobotProcess>(settings)) {
+}
+
+RobotWindow::~RobotWindow() {
+    close();
+}
+
+void RobotWindow::close() {
+    delete fDock;
+    fDriver.reset();
+}
+
+bool RobotWindow::open() {
+    close();
+    fDriver = std::make_unique<ViewerDriver>();
+    fDock = fDriver->dock(fDriver->createWidget(fRobot->port()));
+    fDriver->window().resize(1000, 900);
+    return QTest::qWaitForWindowActive(&fDriver->window()) &&
+           QTest::qWaitFor([this] { return tree()->model()->rowCount() > 0; });
+}
+
+void RobotWindow::restartRobot() {
+    RobotProcess::Settings settings = fSettings;
+    settings.fPort = fRobot->port();
+    fRobot.reset();
+    fRobot = std::make_unique<RobotProcess>(settings);
+}
+
+QModelIndex RobotWindow::cell(const char* key) const {
+    const QModelIndex name = indexOf(viewer(), key);
+    tree()->scrollTo(name);
+    return name.sibling(name.row(), a_valueColumn);
+}
+
+void RobotWindow::choose(const char* key) const {
+    tree()->setFocus();
+    tree()->selectionModel()->setCurrentIndex(
+        cell(key), QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+}
+
+void RobotWindow::setRate(int perSecond) const {
+    auto* rate = find<QComboBox>("memoryRate");
+    rate->setCurrentIndex(rate->findData(perSecond));
+}
+
+bool RobotWindow::answerFileQuestion(const QString& fileName) const {
+    const auto question = [this] { return find<QFileDialog>("fileQuestion"); };
+    if (!QTest::qWaitFor([&] { return question() != nullptr && question()->isVisible(); })) {
+        return false;
+    }
+    auto* name = question()->findChild<QLineEdit*>();
+    name->setText(fileName);
+    QTest::keyClick(name, Qt::Key_Return);
+    const bool isAnswered = QTest::qWaitFor([&] { return question() == nullptr; });
+    fDriver->window().activateWindow();
+    return isAnswered && QTest::qWaitForWindowActive(&fDriver->window());
+}
+
+void RobotWindow::chooseFromMenu(const QString& text) const {
+    const auto menu = [] { return qobject_cast<QMenu*>(QApplication::activePopupWidget()); };
+    QVERIFY(QTest::qWaitFor([&] { return menu() != nullptr; }));
+    for (QAction* action : menu()->actions()) {
+        if (action->text().remove(QLatin1Char('&')) == text) {
+            QTest::mouseClick(menu(), Qt::LeftButton, Qt::NoModifier,
+                              menu()->actionGeometry(action).center());
+            return;
+        }
+    }
+    QFAIL(qPrintable(QStringLiteral("There is no entry ") + text));
+}
+
+QList<QwtPlot*> RobotWindow::plots() const {
+    QList<QwtPlot*> plots;
+    const auto* stack = find<QSplitter>("plotStack");
+    for (int i = 0; i < stack->count(); ++i) {
+        auto* plot = qobject_cast<QwtPlot*>(stack->widget(i));
+        if (!plot->isHidden()) {
+            plots += plot;
+        }
+    }
+    return plots;
+}
+
+QString RobotWindow::legend(int plot, int row, int column) const {
+    const QTreeWidgetItem* branch = find<QTreeWidget>("plotLegend")->topLevelItem(plot);
+    const QTreeWidgetItem* curve = branch != nullptr ? branch->child(row) : nullptr;
+    return curve != nullptr ? curve->text(column) : QString();
+}
+
+}  // namespace obvista_test
