@@ -29,28 +29,22 @@ void FrameServer::xStartWatching(const v1::WatchStart& start) {
         xEnd(KVError::Cause::InvalidArgument, "watching was started twice");
         return;
     }
-    const auto refusal = fServer.joinSession(this, start.session_id());
-    if (refusal) {
-        xEnd(refusal->fCause, refusal->fDetail);
+    const auto module = xJoin(start.session_id(), start.module());
+    if (!module) {
         return;
     }
-    const auto module = fServer.modules()->find(start.module());
-    const auto frames = module ? module->getFrames() : nullptr;
+    const auto frames = module->getFrames();
     if (!frames) {
-        xEnd(module ? KVError::Cause::NoSuchStream : KVError::Cause::NoSuchModule, {});
+        xEnd(KVError::Cause::NoSuchStream, {});
         return;
     }
     {
         const std::lock_guard lock(fMutex);
-        fModule = start.module();
         fStream = start.stream();
         fSource = frames->getPrivate();
     }
     if (!fSource->addWatcher(fStream, this)) {
         xEnd(KVError::Cause::NoSuchStream, fStream);
-    }
-    if (!fServer.modules()->find(start.module())) {
-        moduleRemoved(start.module());  // between the two questions, so that nobody told us
     }
 }
 

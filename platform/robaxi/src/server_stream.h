@@ -9,9 +9,12 @@
 #include "write_gate.h"
 
 #include <robaxi/kv_error.h>
+#include <robaxi/kv_module.h>
 
+#include <boost/shared_ptr.hpp>
 #include <grpcpp/grpcpp.h>
 
+#include <cstdint>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -86,6 +89,28 @@ class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public Sid
     /** Watches and observes nothing any more. */
     virtual void xLeave() = 0;
 
+    /**
+     * Counts the stream to its session and finds the module to which it leads from here on.
+     *
+     * @return the module; or null, and then the stream has been given the reason for its end
+     */
+    boost::shared_ptr<KVModule> xJoin(std::uint64_t sessionId, const std::string& module) {
+        if (const auto refusal = fServer.joinSession(this, sessionId)) {
+            xEnd(refusal->fCause, refusal->fDetail);
+            return nullptr;
+        }
+        {
+            // Before the module is looked for: if it is removed after that, moduleRemoved() knows.
+            const std::lock_guard lock(fMutex);
+            fModule = module;
+        }
+        auto found = fServer.modules()->find(module);
+        if (!found) {
+            xEnd(KVError::Cause::NoSuchModule, {});
+        }
+        return found;
+    }
+
     void xWake() { fPump.startAt(TimerThread::Clock::now()); }
 
     /** Makes the reason for the end the last update. */
@@ -117,8 +142,7 @@ class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public Sid
     WriteGate fGate;
 
     std::mutex fMutex;
-    std::string fModule;
-    std::optional<v1::Error> fEnding;
+    std::optional<v1::Error> fEnding;  // guarded by fMutex
 
   private:
     void xRead() {
@@ -127,6 +151,7 @@ class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public Sid
     }
 
     grpc::CallbackServerContext* const fContext;
+    std::string fModule;  // guarded by fMutex
 
   protected:
     Timer fPump;  // stops before the rest goes

@@ -61,29 +61,22 @@ void SubscriptionServer::xStartSubscription(const v1::SubscriptionStart& start) 
         xEnd(KVError::Cause::InvalidArgument, "a subscription was started twice");
         return;
     }
-    const auto refusal = fServer.joinSession(this, start.session_id());
-    if (refusal) {
-        xEnd(refusal->fCause, refusal->fDetail);
+    const auto module = xJoin(start.session_id(), start.module());
+    if (!module) {
         return;
     }
-    const auto module = fServer.modules()->find(start.module());
-    const auto values = module ? module->getValues() : nullptr;
+    const auto values = module->getValues();
     if (!values) {
-        xEnd(module ? KVError::Cause::InvalidArgument : KVError::Cause::NoSuchModule,
-             module ? "the module has no values to subscribe to" : "");
+        xEnd(KVError::Cause::InvalidArgument, "the module has no values to subscribe to");
         return;
     }
     xSetRate(start.rate());
     {
         const std::lock_guard lock(fMutex);
-        fModule = start.module();
         fSendsAllKeys = start.all_keys();
         fTable = values->getPrivate();
     }
     fTable->addObserver(this);
-    if (!fServer.modules()->find(start.module())) {
-        moduleRemoved(start.module());  // between the two questions, so that nobody told us
-    }
 }
 
 void SubscriptionServer::xSetRate(double rate) {
