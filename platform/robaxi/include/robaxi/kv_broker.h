@@ -7,7 +7,6 @@
 
 #include <memory>
 #include <string>
-#include <vector>
 
 class KVModule;
 struct KVSettings;
@@ -18,8 +17,9 @@ struct KVSettings;
  *
  * Several brokers may live in one process; there is no global state. A broker, its proxies,
  * connections and subscriptions may be destroyed in any order and from any thread, with calls in
- * flight: those end with KVError (Cancelled). The destructor returns when no callback of the
- * broker runs any more. All operations may be called from any thread.
+ * flight: those end with KVError (Cancelled). The destructor returns when no callback and no method
+ * of the broker runs any more, except one from which it is called. All operations may be called
+ * from any thread.
  */
 class ROBAXI_EXPORT KVBroker {
   public:
@@ -48,8 +48,12 @@ class ROBAXI_EXPORT KVBroker {
                                                     int parentPort, int flags, std::string path,
                                                     bool keepAlive);
 
-    /** The same with these settings; the other one uses the user's (KVSettings::load(), whose
-     *  errors it throws too). @throws KVError InvalidArgument when the settings cannot be used */
+    /**
+     * The same with these settings; the other one uses the user's (KVSettings::load(), whose
+     * errors it throws too).
+     *
+     * @throws KVError also InvalidArgument when the settings cannot be used
+     */
     static boost::shared_ptr<KVBroker> createBroker(const std::string& name, const std::string& ip,
                                                     int port, const std::string& parentIP,
                                                     int parentPort, int flags, std::string path,
@@ -69,11 +73,16 @@ class ROBAXI_EXPORT KVBroker {
     /**
      * Hosts a module under its name. Calls may arrive before this returns.
      *
-     * @throws KVError InvalidArgument when a module of that name is already hosted; TooMany
+     * @throws KVError InvalidArgument for no module, or when one of that name is already hosted;
+     *         TooMany when as many are hosted as the settings allow
      */
     void addModule(boost::shared_ptr<KVModule> module);
 
-    /** Stops hosting a module; returns when none of its methods runs any more. */
+    /**
+     * Stops hosting a module, if there is one of that name, and ends the subscriptions to its
+     * values and cameras. Returns when none of its methods runs any more, except one from which it
+     * is called.
+     */
     void removeModule(const std::string& name);
 
   private:

@@ -19,8 +19,9 @@ class KVBroker;
  *
  * Proxies and connections of one broker to the same address and port share one link on the network,
  * which lives as long as one of them. The link carries a heartbeat: a robot that is killed is
- * noticed within one second, one that falls silent within two. A lost connection stays lost; open
- * another one to connect again. All operations may be called from any thread.
+ * noticed within one second, one that falls silent within two unless KVSettings::Limits::fLoss says
+ * otherwise. A lost connection stays lost; open another one to connect again. All operations may be
+ * called from any thread.
  */
 class ROBAXI_EXPORT KVConnection {
   public:
@@ -32,8 +33,9 @@ class ROBAXI_EXPORT KVConnection {
      * @param broker the broker to go through; kept alive by the connection
      * @param ip address or host name
      * @param port 1 to 65535
-     * @param timeOut seconds within which the robot must have answered
-     * @throws KVError with the cause and a text that names address and port, within the time-out
+     * @param timeOut seconds within which the robot must have answered, above 0
+     * @throws KVError InvalidArgument without a broker or for a number out of its range; else,
+     *         within the time-out, the cause with a text that names address and port
      */
     static boost::shared_ptr<KVConnection> open(boost::shared_ptr<KVBroker> broker,
                                                 const std::string& ip, int port, double timeOut);
@@ -56,15 +58,15 @@ class ROBAXI_EXPORT KVConnection {
     /**
      * The modules that the robot hosts, with their methods.
      *
-     * @param timeOut seconds
-     * @throws KVError
+     * @param timeOut seconds, above 0
+     * @throws KVError TimedOut, ConnectionLost
      */
     std::vector<KVModuleInfo> getModules(double timeOut) const;
 
     /**
      * Sets what is called, once, when the connection is lost: on a thread of the library, or at
-     * once on the calling thread when it is already lost. An empty function takes the handler away
-     * and returns when it does not run any more.
+     * once on the calling thread when it is already lost. It must not throw. An empty function
+     * takes it away. Returns when the handler before does not run any more, unless called from it.
      */
     void setLostHandler(LostHandler handler);
 

@@ -23,7 +23,8 @@ enum class KVPixelFormat {
  */
 struct KVFrame {
     std::uint64_t fNumber = 0;  ///< counted up from 1 by the camera; a gap means dropped frames
-    std::int64_t fTime = 0;     ///< exposure, microseconds since 1970-01-01 UTC, robot's clock
+    std::int64_t fTime = 0;     ///< exposure, microseconds since 1970-01-01 UTC, robot's clock;
+                                ///< what comes from a robot is brought into 1970 to 9999
     std::uint32_t fWidth = 0;   ///< pixels
     std::uint32_t fHeight = 0;  ///< pixels
     std::uint32_t fStride = 0;  ///< bytes from the beginning of one row to that of the next

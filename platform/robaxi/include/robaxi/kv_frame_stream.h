@@ -22,7 +22,7 @@ class KVConnection;
  */
 class ROBAXI_EXPORT KVFrameStream {
   public:
-    /** Called on a thread of the library, one call at a time. */
+    /** Called on a thread of the library, one call at a time; must not throw. */
     class ROBAXI_EXPORT Listener {
       public:
         virtual ~Listener();
@@ -47,7 +47,8 @@ class ROBAXI_EXPORT KVFrameStream {
      * @param module name of a module that has cameras, for instance "KVVideo"
      * @param stream name of the camera
      * @param listener must outlive the stream or its stop()
-     * @throws KVError InvalidArgument
+     * @throws KVError InvalidArgument for no connection, an empty name or no listener. What the
+     *         robot refuses is told by Listener::ended().
      */
     static boost::shared_ptr<KVFrameStream> start(boost::shared_ptr<KVConnection> connection,
                                                   const std::string& module,

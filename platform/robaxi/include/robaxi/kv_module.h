@@ -36,12 +36,13 @@ struct KVModuleInfo {
  *
  * Methods run on a small pool of threads of the broker, several at once, so they guard what they
  * share. An exception that leaves a method reaches the caller as KVError: a KVError with its own
- * cause and text, any other std::exception as RaisedByModule with its what().
+ * cause and text, any other exception as RaisedByModule, with its what() where it has one.
  */
 class ROBAXI_EXPORT KVModule {
   public:
     using Method = std::function<KVValue(const KVValue::List& arguments)>;
 
+    /** @throws KVError InvalidArgument for an empty name */
     KVModule(const std::string& name, const std::string& description);
     ~KVModule();
     KVModule(const KVModule&) = delete;

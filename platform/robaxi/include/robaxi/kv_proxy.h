@@ -33,8 +33,9 @@ class ROBAXI_EXPORT KVProxy {
      * @param broker the broker to go through; kept alive by the proxy
      * @param timeOut seconds, at least 1
      * @param flags kept for the callers of earlier clients; has no effect here
-     * @throws KVError within the time-out when nothing listens there, nothing answers, or there is
-     *         no such module; its text names module, address, port and cause
+     * @throws KVError InvalidArgument for an empty name, no broker or a number out of its range;
+     *         else, within the time-out, when nothing listens there, nothing answers, or there is
+     *         no such module: its text names module, address, port and cause
      */
     KVProxy(const std::string& moduleName, const std::string& ip, int port,
             boost::shared_ptr<KVBroker> broker, int timeOut, int flags);
@@ -79,17 +80,23 @@ class ROBAXI_EXPORT KVProxy {
      * Calls a method and returns its result as R: bool, int, std::int64_t, float, double,
      * std::string, KVValue::List, KVValue::Map or KVValue.
      *
-     * @throws KVError WrongType when the result is of another type
+     * @throws KVError as callValue(); WrongType when the result is of another type, or a number
+     *         that R cannot hold
      */
     template <class R, class... Args>
     R call(const std::string& method, const Args&... arguments) {
         return xConvert<R>(callValue(method, {KVValue(arguments)...}));
     }
 
-    /** Calls a method and waits for its result. @throws KVError */
+    /**
+     * Calls a method and waits for its result.
+     *
+     * @throws KVError what the method raised; NoSuchMethod, WrongArguments, TimedOut, Cancelled,
+     *         ConnectionLost or TooLarge when the call did not come through
+     */
     KVValue callValue(const std::string& method, const KVValue::List& arguments);
 
-    /** Posts a call. @throws KVError when it cannot be posted */
+    /** The same as pCall() with any number of arguments. */
     int postValue(const std::string& method, const KVValue::List& arguments);
 
     /** Ends the calls of this proxy that are in flight on other threads with KVError (Cancelled).
@@ -99,7 +106,7 @@ class ROBAXI_EXPORT KVProxy {
     /** The same, and every later call fails so too: for threads that are to end. */
     void close();
 
-    /** The module's description and methods. @throws KVError */
+    /** The module's description and methods, asked for anew. @throws KVError as callValue() */
     KVModuleInfo getInfo();
 
   private:

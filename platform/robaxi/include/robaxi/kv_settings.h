@@ -73,7 +73,8 @@ struct ROBAXI_EXPORT KVSettings {
     /** The settings of a file, without the environment. @throws KVError InvalidArgument */
     static KVSettings load(const std::string& file);
 
-    /** What holds for a robot. */
+    /** What holds for a robot: the entry in fRobots for its address and port, else the one for its
+     *  address, else fAccess. */
     const Access& accessTo(const std::string& address, int port) const;
 };
 

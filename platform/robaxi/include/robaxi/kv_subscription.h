@@ -25,13 +25,16 @@ class ROBAXI_EXPORT KVSubscription {
     /**
      * Receives what the robot sends. Called on a thread of the library, one call at a time, in
      * this order: keysAdded() with the whole table first (perhaps in several calls), then the
-     * others as they happen; ended() last, at most once.
+     * others as they happen; ended() last, at most once. Must not throw.
      */
     class ROBAXI_EXPORT Listener {
       public:
         virtual ~Listener();
+        /** No key has the identifier of another one. Names and texts are untrusted. */
         virtual void keysAdded(const std::vector<KVKeyInfo>& keys) = 0;
+        /** Only keys that were added before. */
         virtual void keysRemoved(const std::vector<std::uint32_t>& ids) = 0;
+        /** Only of keys that are there. */
         virtual void valuesChanged(const std::vector<KVChange>& changes) = 0;
         /** The subscription is over: refused, or the connection is lost. Not called after stop().
          */
@@ -51,7 +54,8 @@ class ROBAXI_EXPORT KVSubscription {
      * @param module name of a module that has values, for instance "KVMemory"
      * @param rate highest number of updates a second, above 0 to 1000
      * @param listener must outlive the subscription or its stop()
-     * @throws KVError InvalidArgument
+     * @throws KVError InvalidArgument for no connection, an empty name, a rate out of range or no
+     *         listener. What the robot refuses is told by Listener::ended().
      */
     static boost::shared_ptr<KVSubscription> start(boost::shared_ptr<KVConnection> connection,
                                                    const std::string& module, Selection selection,
@@ -62,9 +66,12 @@ class ROBAXI_EXPORT KVSubscription {
     KVSubscription(const KVSubscription&) = delete;
     KVSubscription& operator=(const KVSubscription&) = delete;
 
-    /** Chooses the keys to be sent; a key newly chosen is sent at once with its present value. */
+    /** Chooses the keys to be sent, in place of those chosen before; a key newly chosen is sent at
+     *  once with its present value. Identifiers of no key are passed over, and all of them with
+     *  Selection::AllKeys. */
     void setKeys(const std::vector<std::uint32_t>& ids);
-    /** Changes the rate, without a gap. */
+    /** Changes the rate (updates a second, above 0 to 1000), without a gap.
+     *  @throws KVError InvalidArgument */
     void setRate(double rate);
 
     /** Ends it; returns when the listener is not being called any more, unless called from it. */

@@ -56,6 +56,7 @@ class ROBAXI_EXPORT KVValueTable {
      * @throws KVError InvalidArgument when the name is empty or taken
      */
     std::uint32_t addKey(const KVKeyInfo& info, const KVValue& value);
+    /** Nothing happens when there is no such key. */
     void removeKey(std::uint32_t id);
 
     /**
@@ -67,20 +68,23 @@ class ROBAXI_EXPORT KVValueTable {
      */
     void setValues(const std::vector<std::pair<std::uint32_t, KVValue>>& values,
                    std::int64_t time = 0);
+    /** The same with one value. */
     void setValue(std::uint32_t id, const KVValue& value, std::int64_t time = 0);
 
+    /** In the order in which they were added. */
     std::vector<KVKeyInfo> getKeys() const;
     /** @throws KVError InvalidArgument when there is no such key */
     KVChange getValue(const std::string& name) const;
 
-    /** Without a handler every write is refused. Runs on the thread that writes. */
+    /** Runs on the thread that writes, several at once when several write. Without a handler every
+     *  write is refused. A write that has begun goes on with the handler that it began with. */
     void setWriteHandler(WriteHandler handler);
     /**
      * Does what a client's write does: asks the handler and, when it accepts, sets the value. An
      * Int becomes a Float where the key is one.
      *
-     * @throws KVError when it is refused: no such key, a key that is not writable, another type, or
-     *         what the handler threw
+     * @throws KVError when it is refused: InvalidArgument for no such key, RaisedByModule for one
+     *         that is not writable, WrongType; or what the handler threw
      */
     void write(const std::string& name, const KVValue& value);
 
