@@ -208,3 +208,21 @@ TEST_F(Loss, HandlerDoesNotRunAnyMoreWhenItWasTakenAway) {
     taken.get();
     EXPECT_TRUE(ended);
 }
+
+TEST_F(Loss, HandlerIsWaitedForAlsoAfterItHasSetAnotherOne) {
+    Latch latch;
+    std::atomic<int> ended{0};
+    fConnection->setLostHandler([&](const KVError&) {
+        fConnection->setLostHandler([&](const KVError&) { ++ended; });  // runs at once, in this one
+        latch.enter();
+        ++ended;
+    });
+    fRobot->signal(SIGKILL);
+    ASSERT_TRUE(latch.waitForEntries(1));
+    EXPECT_EQ(ended, 1);
+    auto taken = std::async(std::launch::async, [&] { fConnection->setLostHandler(nullptr); });
+    EXPECT_EQ(taken.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
+    latch.open();
+    taken.get();
+    EXPECT_EQ(ended, 2);
+}

@@ -47,6 +47,7 @@ void KVConnection::Private::linkLost(const Failure& loss) {
 void KVConnection::Private::tellLoss() {
     LostHandler handler;
     Failure loss;
+    std::thread::id outer;
     {
         const std::lock_guard lock(fMutex);
         if (!fLoss || !fHandler) {
@@ -54,12 +55,12 @@ void KVConnection::Private::tellLoss() {
         }
         loss = *fLoss;
         handler = std::exchange(fHandler, nullptr);
-        fHandlerThread = std::this_thread::get_id();
+        outer = std::exchange(fHandlerThread, std::this_thread::get_id());
     }
     handler(robaxi::describe(fTarget, loss));
     handler = nullptr;
     const std::lock_guard lock(fMutex);
-    fHandlerThread = std::thread::id();
+    fHandlerThread = outer;  // this thread again for a handler that was set by another one
     fHandlerEnded.notify_all();
 }
 
