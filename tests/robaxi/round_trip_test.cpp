@@ -133,4 +133,5 @@ TEST_F(RoundTrip, ConvertsTheResultToTheTypeAskedFor) {
     EXPECT_EQ(fProxy->call<KVValue::Map>("echo", KVValue::Map{{"a", 1}}).size(), 1U);
     EXPECT_CAUSE(errorOf([&] { fProxy->call<std::string>("echo", 1); }), WrongType);
     EXPECT_CAUSE(errorOf([&] { fProxy->call<int>("echo", std::int64_t{1} << 40); }), WrongType);
+    EXPECT_CAUSE(errorOf([&] { fProxy->call<std::uint64_t>("echo", -1); }), WrongType);
 }

@@ -8,6 +8,7 @@
 
 #include <boost/shared_ptr.hpp>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <type_traits>
@@ -133,9 +134,10 @@ class ROBAXI_EXPORT KVProxy {
     template <class R>
     static R xNarrow(std::int64_t value) {
         const R narrow = static_cast<R>(value);
-        if (static_cast<std::int64_t>(narrow) != value) {
+        const bool losesSign = std::is_unsigned_v<R> && value < 0;
+        if (losesSign || static_cast<std::int64_t>(narrow) != value) {
             throw KVError(KVError::Cause::WrongType,
-                          "the result " + std::to_string(value) + " is too large for its type");
+                          "The result " + std::to_string(value) + " does not fit its type.");
         }
         return narrow;
     }
