@@ -106,6 +106,14 @@ TEST_F(Table, MayBeUsedByItsOwnWriteHandler) {
     EXPECT_EQ(fTable.getValue("copy").fValue, KVValue(5));
 }
 
+TEST_F(Table, LetsItsWriteHandlerGoWithoutItsLock) {
+    bool isLetGo = false;
+    std::shared_ptr<void> held(nullptr, [&](void*) { isLetGo = fTable.getKeys().empty(); });
+    fTable.setWriteHandler([held = std::move(held)](const std::string&, const KVValue&) {});
+    fTable.setWriteHandler({});
+    EXPECT_TRUE(isLetGo);
+}
+
 TEST_F(Table, MayBeUsedFromSeveralThreads) {
     const std::uint32_t shared = fTable.addKey(key("shared"), 0);
     std::vector<std::thread> threads;

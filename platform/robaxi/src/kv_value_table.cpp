@@ -179,8 +179,11 @@ KVChange KVValueTable::getValue(const std::string& name) const {
 }
 
 void KVValueTable::setWriteHandler(WriteHandler handler) {
-    const std::lock_guard lock(fPrivate->fMutex);
-    fPrivate->fWriteHandler = std::move(handler);
+    {
+        const std::lock_guard lock(fPrivate->fMutex);
+        fPrivate->fWriteHandler.swap(handler);
+    }
+    handler = nullptr;  // what it holds is let go without the lock
 }
 
 void KVValueTable::write(const std::string& name, const KVValue& value) {
