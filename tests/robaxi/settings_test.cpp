@@ -123,6 +123,7 @@ TEST_F(Settings, ThatAreMalformedAreToldWithFileAndLine) {
 TEST_F(Settings, OfAFileThatCannotBeReadAreAnError) {
     const KVError error = errorOf([&] { KVSettings::load(fFolder.path("absent.conf")); });
     EXPECT_CAUSE(error, InvalidArgument);
+    EXPECT_CAUSE(errorOf([] { KVSettings::load(""); }), InvalidArgument);
     const Variable file("ROBAXI_CONFIG", fFolder.path("absent.conf"));
     EXPECT_CAUSE(errorOf([] {
                      makeServer();

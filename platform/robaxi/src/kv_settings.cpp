@@ -180,15 +180,16 @@ bool exists(const std::string& file) {
     return ::stat(file.c_str(), &status) == 0 || errno != ENOENT;
 }
 
-std::string absolute(const std::string& file) {
-    return file.front() == '/' ? file : "./" + file;
+/** With a folder before it, to which the paths in the file are relative. */
+std::string withFolder(const std::string& file) {
+    return file.find('/') == std::string::npos ? "./" + file : file;
 }
 
 }  // namespace
 
 KVSettings KVSettings::load(const std::string& file) {
     KVSettings settings;
-    ConfigurationFile(absolute(file)).applyTo(settings);
+    ConfigurationFile(withFolder(file)).applyTo(settings);
     return settings;
 }
 
