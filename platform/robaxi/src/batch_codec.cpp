@@ -12,6 +12,8 @@ namespace {
 
 constexpr std::size_t a_bytesOfNumber = 16;
 
+// A module may give its values any times, and a peer may send any: these two wrap.
+
 std::int64_t sum(std::int64_t time, std::int64_t offset) {
     return static_cast<std::int64_t>(static_cast<std::uint64_t>(time) +
                                      static_cast<std::uint64_t>(offset));

@@ -190,7 +190,7 @@ class ClientStream : public std::enable_shared_from_this<ClientStream<Request, U
     WriteGate fGate;
     Request fRequest;  // in the hands of gRPC while a write is in flight
     std::condition_variable fDone;
-    std::optional<Failure> fFailure;
+    std::optional<Failure> fFailure;  // guarded by fMutex, like the next two
     bool fIsStarted = false;
     bool fIsDone = false;
 };

@@ -6,7 +6,6 @@
 #include "limits.h"
 #include "message_codec.h"
 
-#include <google/protobuf/io/coded_stream.h>
 #include <grpcpp/support/proto_buffer_reader.h>
 
 #include <algorithm>
@@ -35,6 +34,13 @@ constexpr std::uint32_t a_largestSkip = 1U << 30U;
 [[noreturn]] void throwUnreadable() {
     throw Failure{KVError::Cause::Internal, "the robot sent a frame that cannot be read"};
 }
+
+// encodeFormat() and decodeFormat() rely on the same order in both.
+static_assert(static_cast<int>(KVPixelFormat::Unknown) == v1::FrameHeader::UNKNOWN);
+static_assert(static_cast<int>(KVPixelFormat::Rgb888) == v1::FrameHeader::RGB888);
+static_assert(static_cast<int>(KVPixelFormat::Yuv422) == v1::FrameHeader::YUV422);
+static_assert(static_cast<int>(KVPixelFormat::Grey8) == v1::FrameHeader::GREY8);
+static_assert(static_cast<int>(KVPixelFormat::Jpeg) == v1::FrameHeader::JPEG);
 
 v1::FrameHeader::Format encodeFormat(KVPixelFormat format) {
     return static_cast<v1::FrameHeader::Format>(format);
@@ -182,12 +188,7 @@ std::optional<KVFrame> FrameAssembler::take(grpc::ByteBuffer& update) {
         } else if (tag == a_endedTag) {
             throwEnd(readField(input));
         } else if (tag == a_dataTag) {
-            std::uint32_t size = 0;
-            if (!input.ReadVarint32(&size) || !fFrame || size > fFrame->fSize - fReceived ||
-                !input.ReadRaw(fData.get() + fReceived, static_cast<int>(size))) {
-                throwUnreadable();
-            }
-            fReceived += size;
+            xTakeData(input);
         } else {
             skipField(input, tag);
         }
@@ -200,6 +201,15 @@ std::optional<KVFrame> FrameAssembler::take(grpc::ByteBuffer& update) {
     }
     fFrame->fData = std::exchange(fData, nullptr);
     return std::exchange(fFrame, std::nullopt);
+}
+
+void FrameAssembler::xTakeData(CodedInputStream& input) {
+    std::uint32_t size = 0;
+    if (!input.ReadVarint32(&size) || !fFrame || size > fFrame->fSize - fReceived ||
+        !input.ReadRaw(fData.get() + fReceived, static_cast<int>(size))) {
+        throwUnreadable();
+    }
+    fReceived += size;
 }
 
 void FrameAssembler::xBegin(const std::string& field) {

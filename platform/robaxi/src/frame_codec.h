@@ -7,6 +7,7 @@
 
 #include <robaxi/kv_frame.h>
 
+#include <google/protobuf/io/coded_stream.h>
 #include <grpcpp/grpcpp.h>
 
 #include <cstddef>
@@ -64,6 +65,7 @@ class FrameAssembler {
 
   private:
     void xBegin(const std::string& field);
+    void xTakeData(google::protobuf::io::CodedInputStream& input);
 
     const std::size_t fLargestFrame;
     const std::shared_ptr<FrameBuffers> fBuffers;

@@ -43,12 +43,14 @@ class FrameServer : public ServerStream<grpc::ByteBuffer, grpc::ByteBuffer>,
     bool xHasCredit();
 
     const std::shared_ptr<TaskPool> fPool;
-    std::atomic<bool> fIsWanted{
-        false};  // somebody called for a frame while another one was sending
+    /** Somebody called for a frame while another one was sending. */
+    std::atomic<bool> fIsWanted{false};
 
-    std::string fStream;  // this and the next are set once, by the first
-    std::shared_ptr<KVFrameSource::Private> fSource;  // request, with fMutex held
-    std::uint64_t fReceived = 0;                      // guarded by fMutex
+    // Set once, by the first request, with fMutex held:
+    std::string fStream;
+    std::shared_ptr<KVFrameSource::Private> fSource;
+
+    std::uint64_t fReceived = 0;  // guarded by fMutex
 
     // Used inside the gate only:
     std::unique_ptr<FrameEncoder> fFrame;  // being sent

@@ -125,30 +125,10 @@ int KVValue::getSize() const noexcept {
 }
 
 bool KVValue::operator==(const KVValue& other) const {
-    if (fData.index() != other.fData.index()) {
-        return false;
-    }
-    if (const double* number = std::get_if<double>(&fData)) {
-        const double otherNumber = *std::get_if<double>(&other.fData);
-        return *number == otherNumber || (std::isnan(*number) && std::isnan(otherNumber));
-    }
-    if (const Binary* binary = std::get_if<Binary>(&fData)) {
-        return binary->fBytes == std::get_if<Binary>(&other.fData)->fBytes;
-    }
-    switch (type()) {
-        case Type::Bool:
-            return std::get<bool>(fData) == std::get<bool>(other.fData);
-        case Type::Int:
-            return std::get<std::int64_t>(fData) == std::get<std::int64_t>(other.fData);
-        case Type::String:
-            return std::get<std::string>(fData) == std::get<std::string>(other.fData);
-        case Type::List:
-            return std::get<List>(fData) == std::get<List>(other.fData);
-        case Type::Map:
-            return std::get<Map>(fData) == std::get<Map>(other.fData);
-        default:
-            return true;
-    }
+    const double* number = std::get_if<double>(&fData);
+    const double* otherNumber = std::get_if<double>(&other.fData);
+    const bool areNumbers = number != nullptr && otherNumber != nullptr;
+    return fData == other.fData || (areNumbers && std::isnan(*number) && std::isnan(*otherNumber));
 }
 
 const char* KVValue::typeName(Type type) noexcept {

@@ -23,7 +23,7 @@ constexpr int a_deepestValue = 64;
 
 /** Heartbeats without anything received after which the robot is lost. Counted in heartbeats and
  *  not by the clock, so that a process that was itself kept from running does not take its own
- * pause for the robot's silence. */
+ *  pause for the robot's silence. */
 inline int silentHeartbeatsOfRobot(const KVSettings::Limits& limits) {
     return static_cast<int>((limits.fLoss + limits.fHeartbeat - std::chrono::milliseconds(1)) /
                             limits.fHeartbeat);

@@ -35,7 +35,7 @@ struct Runtime {
     const std::string fBrokerName;
     const KVSettings fSettings;
     const std::shared_ptr<TimerThread> fTimers;
-    /** Runs the callbacks of connections and subscriptions. */
+    /** Runs the callbacks of connections, subscriptions and camera streams. */
     const std::shared_ptr<TaskPool> fNotices;
 };
 

@@ -10,7 +10,6 @@
 
 #include <grpcpp/grpcpp.h>
 
-#include <condition_variable>
 #include <cstdint>
 #include <memory>
 #include <mutex>

@@ -12,16 +12,20 @@ namespace robaxi {
 
 /** One setting. */
 struct SettingsField {
-    /** Sets it from a text. Throws Failure, whose text says what is wrong with it. */
+    /** Sets it from a text. @throws Failure InvalidArgument, which says what is wrong with it */
     using Set = std::function<void(const std::string& text)>;
 
     std::string fKey;       ///< in the file, for instance "certificate"
-    std::string fVariable;  ///< in the environment, for instance "ROBAXI_CERTIFICATE"
+    std::string fVariable;  ///< in the environment, for instance "ROBAXI_SERVER_CERTIFICATE"
     Set fSet;
     std::string fText;  ///< its present value; of limits only
 };
 
-/** @param folder to which paths in the texts are relative */
+/**
+ * The fields of settings, which must outlive them.
+ *
+ * @param folder to which paths in the texts are relative
+ */
 std::vector<SettingsField> fieldsOf(KVSettings::Server& server, const std::string& folder);
 std::vector<SettingsField> fieldsOf(KVSettings::Access& access, const std::string& folder);
 std::vector<SettingsField> fieldsOf(KVSettings::Limits& limits);

@@ -149,9 +149,10 @@ bool SubscriptionServer::xCompose() {
     if (choice) {
         xChoose(*choice);
     }
-    if (xComposeRemovedKeys() || xComposeAddedKeys()) {
-        return true;
-    }
+    return xComposeRemovedKeys() || xComposeAddedKeys() || xComposeDueValues(period);
+}
+
+bool SubscriptionServer::xComposeDueValues(Clock::duration period) {
     const auto now = Clock::now();
     const auto due = fLastBatch + period;
     if (fHasMore || now >= due) {

@@ -52,6 +52,7 @@ class SubscriptionServer : public ServerStream<v1::SubscriptionRequest, v1::Subs
     void xChoose(const std::vector<std::uint32_t>& ids);
     bool xComposeRemovedKeys();
     bool xComposeAddedKeys();
+    bool xComposeDueValues(TimerThread::Clock::duration period);
     bool xComposeValues(bool onlyNewlyChosen);
     void xPackAll(BatchEncoder& batch);
     void xPackChosen(BatchEncoder& batch, bool onlyNewlyChosen);
@@ -77,6 +78,7 @@ class SubscriptionServer : public ServerStream<v1::SubscriptionRequest, v1::Subs
 
     /** Whether the pump will run anyhow, so that a changed value need not wake it. */
     std::atomic<bool> fIsAwake{false};
+    /** The instant for which a changed value wakes the pump. */
     std::atomic<TimerThread::Clock::time_point> fWakeForValues{TimerThread::Clock::time_point{}};
 };
 

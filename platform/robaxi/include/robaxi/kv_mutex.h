@@ -7,6 +7,7 @@
 
 #include <mutex>
 #include <shared_mutex>
+#include <utility>
 
 /** A mutual exclusion lock, not recursive. Taken through KVCriticalSection. */
 class ROBAXI_EXPORT KVMutex {

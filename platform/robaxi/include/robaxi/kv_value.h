@@ -78,6 +78,8 @@ class ROBAXI_EXPORT KVValue {
 
   private:
     struct Binary {
+        bool operator==(const Binary& other) const { return fBytes == other.fBytes; }
+
         std::vector<unsigned char> fBytes;
     };
     std::variant<std::monostate, bool, std::int64_t, double, std::string, Binary, List, Map> fData;
