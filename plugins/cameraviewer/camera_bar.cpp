@@ -2,18 +2,22 @@
 
 #include <QComboBox>
 #include <QEvent>
+#include <QMenu>
 #include <QSignalBlocker>
 #include <QSize>
+#include <QToolButton>
 
 #include <algorithm>
 #include <plain_text.h>
 #include <set>
 #include <utility>
+#include <wrap_layout.h>
 
 namespace cameraviewer {
 
 namespace {
 
+constexpr int a_space = 2;
 constexpr int a_maxNameShown = 40;
 constexpr int a_maxToolTip = 300;
 
@@ -60,14 +64,20 @@ bool CameraBar::Choice::operator==(const Choice& other) const {
 }
 
 CameraBar::CameraBar(QWidget* parent)
-    : QToolBar(parent),
-      fCameraBox(xAddBox("cameraBox", tr("Camera"), tr("The camera that is shown"))),
-      fSizeBox(xAddBox("sizeBox", tr("Resolution"),
-                       tr("Width and height of the pictures that the robot sends, in pixels"))),
-      fFormatBox(xAddBox("formatBox", tr("Format"),
-                         tr("How the robot sends pictures: JPEG needs the least network, the "
-                            "others have exact values"))),
-      fRateBox(xAddBox("rateBox", tr("Rate"), tr("Pictures that the robot takes a second"))) {
+    : QWidget(parent),
+      fCameraBox(xMakeBox("cameraBox", tr("Camera"), tr("The camera that is shown"))),
+      fSizeBox(xMakeBox("sizeBox", tr("Resolution"),
+                        tr("Width and height of the pictures that the robot sends, in pixels"))),
+      fFormatBox(xMakeBox("formatBox", tr("Format"),
+                          tr("How the robot sends pictures: JPEG needs the least network, the "
+                             "others have exact values"))),
+      fRateBox(xMakeBox("rateBox", tr("Rate"), tr("Pictures that the robot takes a second"))) {
+    auto* row = new viewer::WrapLayout(this);
+    row->setContentsMargins(a_space, a_space, a_space, a_space);
+    row->setSpacing(a_space);
+    for (QComboBox* box : {fCameraBox, fSizeBox, fFormatBox, fRateBox}) {
+        row->addWidget(box);
+    }
     setObjectName(QStringLiteral("cameraBar"));
     setAccessibleName(tr("Camera and its settings"));
     connect(fCameraBox, qOverload<int>(&QComboBox::activated), this,
@@ -111,7 +121,30 @@ void CameraBar::setUsable(bool isUsable) {
     }
 }
 
-QComboBox* CameraBar::xAddBox(const char* objectName, const QString& name, const QString& toolTip) {
+void CameraBar::addButton(QAction* action) {
+    xAddButton()->setDefaultAction(action);
+}
+
+void CameraBar::addMenuButton(const char* objectName, const QString& text, const QString& toolTip,
+                              QMenu* menu) {
+    QToolButton* button = xAddButton();
+    button->setObjectName(QLatin1String(objectName));
+    button->setText(text);
+    button->setToolTip(QStringLiteral("<p>%1</p>").arg(toolTip));
+    button->setPopupMode(QToolButton::InstantPopup);
+    button->setMenu(menu);
+}
+
+QToolButton* CameraBar::xAddButton() {
+    auto* button = new QToolButton(this);
+    button->setAutoRaise(true);
+    button->setFocusPolicy(Qt::TabFocus);
+    layout()->addWidget(button);
+    return button;
+}
+
+QComboBox* CameraBar::xMakeBox(const char* objectName, const QString& name,
+                               const QString& toolTip) {
     auto* box = new QComboBox(this);
     box->setObjectName(QLatin1String(objectName));
     box->setAccessibleName(name);
@@ -119,7 +152,6 @@ QComboBox* CameraBar::xAddBox(const char* objectName, const QString& name, const
     box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     box->setFocusPolicy(Qt::StrongFocus);
     box->installEventFilter(new WheelGuard(box));
-    addWidget(box);
     return box;
 }
 
@@ -138,8 +170,6 @@ void CameraBar::xFill(QComboBox& box, const Choices& choices, const QVariant& cu
         }
     }
     box.setCurrentIndex(box.findData(current));
-    // The bar would rather cut a box than move another one into its extension.
-    box.setMinimumWidth(box.sizeHint().width());
     box.setEnabled(!choices.isEmpty());
 }
 

@@ -3,23 +3,26 @@
 
 #include "camera_info.h"
 
-#include <QToolBar>
 #include <QVariant>
 #include <QVector>
+#include <QWidget>
 
 #include <string>
 #include <vector>
 
+class QAction;
 class QComboBox;
+class QMenu;
+class QToolButton;
 
 namespace cameraviewer {
 
 /**
- * The choice of a camera and how it is set.
+ * The choice of a camera and how it is set, and buttons beside it.
  *
  * What the user wants is signalled; that, too, is shown by showCameras() only.
  */
-class CameraBar : public QToolBar {
+class CameraBar : public QWidget {
     Q_OBJECT
 
   public:
@@ -31,6 +34,13 @@ class CameraBar : public QToolBar {
      */
     void showCameras(const std::vector<CameraInfo>& cameras, const CameraInfo* chosen,
                      const CameraSettings& settings);
+
+    /** @name Put at the end. */
+    ///@{
+    void addButton(QAction* action);
+    void addMenuButton(const char* objectName, const QString& text, const QString& toolTip,
+                       QMenu* menu);
+    ///@}
 
     /** Whether anything can be chosen. */
     void setUsable(bool isUsable);
@@ -49,7 +59,8 @@ class CameraBar : public QToolBar {
     };
     using Choices = QVector<Choice>;
 
-    QComboBox* xAddBox(const char* objectName, const QString& name, const QString& toolTip);
+    QToolButton* xAddButton();
+    QComboBox* xMakeBox(const char* objectName, const QString& name, const QString& toolTip);
     void xFill(QComboBox& box, const Choices& choices, const QVariant& current);
     void xShowSettings();
     void xWant(const CameraSettings& wanted);

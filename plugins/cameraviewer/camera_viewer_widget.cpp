@@ -17,7 +17,6 @@
 #include <QLabel>
 #include <QMenu>
 #include <QStackedLayout>
-#include <QToolButton>
 #include <QVBoxLayout>
 
 #include <labels.h>
@@ -105,17 +104,9 @@ void CameraViewerWidget::xBuild() {
     resize(sizeHint());
     setFocusProxy(fView);
 
-    fBar->addSeparator();
     fActions->addButtons(*fBar);
-    auto* more = new QToolButton(fBar);
-    more->setObjectName(QStringLiteral("viewButton"));
-    more->setText(tr("&View"));
-    more->setToolTip(QStringLiteral("<p>%1</p>").arg(tr("All that can be done with the picture")));
-    more->setPopupMode(QToolButton::InstantPopup);
-    more->setMenu(fActions->menu());
-    more->setFocusPolicy(Qt::TabFocus);
-    fBar->addWidget(more);
-    fBar->addSeparator();
+    fBar->addMenuButton("viewButton", tr("&View"), tr("All that can be done with the picture"),
+                        fActions->menu());
     fCapture->addButtons(*fBar, *fActions->menu());
 
     auto* copy = new QAction(tr("C&opy figures"), this);
@@ -315,7 +306,8 @@ void CameraViewerWidget::xUpdateFigures() {
 }
 
 void CameraViewerWidget::xUpdateStatus() {
-    QStringList parts{xRobotText(), figuresLine(fFigures)};
+    // The address last: a narrow window cuts it off before the figures.
+    QStringList parts{xRobotName(), figuresLine(fFigures), xRobotAddress()};
     const QString recording = fCapture->progressText();
     if (!recording.isEmpty()) {
         parts.prepend(recording);
@@ -326,16 +318,20 @@ void CameraViewerWidget::xUpdateStatus() {
 void CameraViewerWidget::xCopyFigures() {
     const CameraInfo* camera = fSession->camera();
     const QString name = camera != nullptr ? viewer::plainText(camera->fName) : tr("none");
-    QApplication::clipboard()->setText(tr("Robot: %1").arg(xRobotText()) + QLatin1Char('\n') +
-                                       tr("Camera: %1").arg(name) + QLatin1Char('\n') +
-                                       figuresReport(fFigures));
+    QApplication::clipboard()->setText(
+        tr("Robot: %1").arg(xRobotName() + viewer::statusSeparator() + xRobotAddress()) +
+        QLatin1Char('\n') + tr("Camera: %1").arg(name) + QLatin1Char('\n') +
+        figuresReport(fFigures));
     xTell(tr("The figures are in the clipboard."));
 }
 
-QString CameraViewerWidget::xRobotText() const {
-    return QStringLiteral("%1%2%3:%4")
-        .arg(viewer::plainText(fLink->robotName(), a_maxRobotNameLength), viewer::statusSeparator(),
-             viewer::plainText(fLink->address()), QString::number(fLink->port()));
+QString CameraViewerWidget::xRobotName() const {
+    return viewer::plainText(fLink->robotName(), a_maxRobotNameLength);
+}
+
+QString CameraViewerWidget::xRobotAddress() const {
+    return QStringLiteral("%1:%2").arg(viewer::plainText(fLink->address()),
+                                       QString::number(fLink->port()));
 }
 
 }  // namespace cameraviewer

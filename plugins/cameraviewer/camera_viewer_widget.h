@@ -54,7 +54,8 @@ class CameraViewerWidget : public viewer::ViewerWidget {
     void xUpdateStatus();
     void xUpdateFigures();
     void xCopyFigures();
-    QString xRobotText() const;
+    QString xRobotName() const;
+    QString xRobotAddress() const;
 
     std::shared_ptr<CameraLink> fLink;
     CameraSession* fSession;

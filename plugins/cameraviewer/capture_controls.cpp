@@ -1,5 +1,6 @@
 #include "capture_controls.h"
 
+#include "camera_bar.h"
 #include "frame_feed.h"
 #include "view_actions.h"
 
@@ -11,7 +12,6 @@
 #include <QMenu>
 #include <QSettings>
 #include <QStandardPaths>
-#include <QToolBar>
 
 #include <labels.h>
 #include <snapshot.h>
@@ -91,8 +91,9 @@ CaptureControls::~CaptureControls() {
     fWriters.waitForDone();
 }
 
-void CaptureControls::addButtons(QToolBar& bar, QMenu& menu) const {
-    bar.addActions({fSnapshot, fRecord});
+void CaptureControls::addButtons(CameraBar& bar, QMenu& menu) const {
+    bar.addButton(fSnapshot);
+    bar.addButton(fRecord);
     menu.addSeparator();
     menu.addActions({fSnapshot, fRecord, fFolder});
 }

@@ -11,11 +11,11 @@
 
 class QAction;
 class QMenu;
-class QToolBar;
 class QWidget;
 
 namespace cameraviewer {
 
+class CameraBar;
 class FrameFeed;
 
 /**
@@ -32,7 +32,7 @@ class CaptureControls : public QObject {
     /** Completes what is being written. */
     ~CaptureControls() override;
 
-    void addButtons(QToolBar& bar, QMenu& menu) const;
+    void addButtons(CameraBar& bar, QMenu& menu) const;
 
     /** Whose pictures are shown; nothing can be recorded of a camera without a name. */
     void setOrigin(const PictureOrigin& origin);

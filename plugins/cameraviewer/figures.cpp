@@ -85,11 +85,11 @@ QString byteRateText(double bytesPerSecond) {
 QString figuresLine(const Figures& figures) {
     QStringList parts{translated("%1 received").arg(number(figures.fReceived, 1)),
                       translated("%1 shown").arg(number(figures.fShown, 1)),
-                      translated("%1 dropped a second").arg(number(figures.fDropped, 1)),
-                      byteRateText(figures.fBytes)};
+                      translated("%1 dropped a second").arg(number(figures.fDropped, 1))};
     if (figures.fAge) {
         parts += translated("age %1").arg(ageText(*figures.fAge));
     }
+    parts += byteRateText(figures.fBytes);
     std::uint64_t faulty = 0;
     for (const auto& [fault, count] : figures.fFaults) {
         faulty += count;

@@ -49,7 +49,7 @@ QPoint direction(int key) {
 PictureView::PictureView(QWidget* parent) : QWidget(parent) {
     setObjectName(QStringLiteral("cameraPicture"));
     setAccessibleName(tr("Picture of the camera"));
-    setFocusPolicy(Qt::StrongFocus);
+    setFocusPolicy(Qt::WheelFocus);  // whoever zooms with the wheel goes on with keys
     setMouseTracking(true);
     setAttribute(Qt::WA_OpaquePaintEvent);
     xUpdateGeometry();

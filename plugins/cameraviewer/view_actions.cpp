@@ -1,10 +1,10 @@
 #include "view_actions.h"
 
+#include "camera_bar.h"
 #include "picture_view.h"
 
 #include <QAction>
 #include <QMenu>
-#include <QToolBar>
 
 namespace cameraviewer {
 
@@ -50,10 +50,10 @@ ViewActions::ViewActions(PictureView* view) : QObject(view), fView(view), fMenu(
     connect(grid, &QAction::toggled, view, &PictureView::setGrid);
 }
 
-void ViewActions::addButtons(QToolBar& bar) const {
-    bar.addAction(fPause);
-    bar.addSeparator();
-    bar.addActions({fFit, fOneToOne});
+void ViewActions::addButtons(CameraBar& bar) const {
+    for (QAction* action : {fPause, fFit, fOneToOne}) {
+        bar.addButton(action);
+    }
 }
 
 QAction* ViewActions::xAdd(const char* objectName, const QString& text, const QString& toolTip,

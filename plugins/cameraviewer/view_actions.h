@@ -6,10 +6,10 @@
 
 class QAction;
 class QMenu;
-class QToolBar;
 
 namespace cameraviewer {
 
+class CameraBar;
 class PictureView;
 
 /**
@@ -26,7 +26,7 @@ class ViewActions : public QObject {
     QAction* histogram() const { return fHistogram; }
     /** All of them; owned by the view. */
     QMenu* menu() const { return fMenu; }
-    void addButtons(QToolBar& bar) const;
+    void addButtons(CameraBar& bar) const;
 
   private:
     QAction* xAdd(const char* objectName, const QString& text, const QString& toolTip,

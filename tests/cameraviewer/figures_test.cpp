@@ -76,7 +76,7 @@ TEST(Figures, AreALineAndAReport) {
     figures.fAge = 8000;
     EXPECT_EQ(figuresLine(figures).toStdString(),
               "30.0 received  \u00B7  30.0 shown  \u00B7  0.0 dropped a second  \u00B7  "
-              "1.2 MB/s  \u00B7  age 8 ms");
+              "age 8 ms  \u00B7  1.2 MB/s");
     figures.fFaults[FrameFault::ShortData] = 3;
     EXPECT_EQ(figuresReport(figures).toStdString(),
               "Received: 30.00 frames a second\n"

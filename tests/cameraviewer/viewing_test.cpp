@@ -87,6 +87,7 @@ class ViewingTest : public QObject {
     void copiesTheFigures();
     void showsTheHistogramOfGreyPictures();
     void canBeReadByAScreenReader();
+    void keepsEverythingWithinReachInANarrowDock();
     void isNoTrapForOtherLocales();
 
   private:
@@ -474,7 +475,7 @@ void ViewingTest::namesAndCountsFaultyFrames() {
     fRobot->publish("head", faulty);
     QTRY_VERIFY2_WITH_TIMEOUT(messageOf(viewer).contains(named), qPrintable(messageOf(viewer)),
                               a_twoSeconds);
-    QTRY_VERIFY2(statusOf(viewer).endsWith(QLatin1String("1 faulty frame")),
+    QTRY_VERIFY2(statusOf(viewer).contains(QLatin1String("1 faulty frame  ")),
                  qPrintable(statusOf(viewer)));
     xVerifyShown(Qt::green);
     fRobot->publish("head", faulty);
@@ -617,6 +618,28 @@ void ViewingTest::canBeReadByAScreenReader() {
     for (const QAction* action : viewer->findChildren<QAction*>()) {
         QVERIFY(action->objectName().isEmpty() || !action->text().isEmpty());
     }
+}
+
+void ViewingTest::keepsEverythingWithinReachInANarrowDock() {
+    constexpr int narrow = 300;
+    QWidget* viewer = xShow();
+    auto* bar = viewer->findChild<QWidget*>(QStringLiteral("cameraBar"));
+    fDriver->window().resize(1200, 700);
+    QTRY_VERIFY(bar->width() > narrow);
+    const int oneRow = bar->height();
+    fDriver->window().resize(narrow, 700);
+    QTRY_VERIFY2(bar->width() <= narrow, qPrintable(QString::number(bar->width())));
+    QTRY_VERIFY(bar->height() >= 3 * oneRow - 10);
+    const auto parts = bar->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
+    QCOMPARE(parts.size(), 10);
+    QRegion taken;
+    for (const QWidget* part : parts) {
+        QVERIFY(part->isVisible());
+        QVERIFY(bar->rect().contains(part->geometry()));
+        QVERIFY(!taken.intersects(part->geometry()));
+        taken += part->geometry();
+    }
+    QVERIFY(pictureOf(viewer)->isVisible() || !messageOf(viewer).isEmpty());
 }
 
 void ViewingTest::isNoTrapForOtherLocales() {

@@ -1,0 +1,52 @@
+#ifndef OBVISTA_VIEWER_WRAP_LAYOUT_H
+#define OBVISTA_VIEWER_WRAP_LAYOUT_H
+
+#include <QLayout>
+#include <QSize>
+
+#include <memory>
+#include <vector>
+
+namespace viewer {
+
+/**
+ * Puts widgets into a row, and those that have no room there into further rows: a narrow dock keeps
+ * every one of them within reach, where a tool bar would hide boxes behind its end.
+ *
+ * Each widget gets the size it asks for, and no more than the width that is there.
+ */
+class WrapLayout : public QLayout {
+  public:
+    /** @param parent gets this as its layout */
+    explicit WrapLayout(QWidget* parent);
+    ~WrapLayout() override;
+    WrapLayout(const WrapLayout&) = delete;
+    WrapLayout& operator=(const WrapLayout&) = delete;
+
+    void addItem(QLayoutItem* item) override;
+    int count() const override;
+    QLayoutItem* itemAt(int index) const override;
+    QLayoutItem* takeAt(int index) override;
+
+    Qt::Orientations expandingDirections() const override { return {}; }
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override;
+    /** All in one row. */
+    QSize sizeHint() const override;
+    QSize minimumSize() const override;
+    void setGeometry(const QRect& rect) override;
+
+  private:
+    struct Place {
+        QLayoutItem* fItem;
+        QRect fRect;
+    };
+    std::vector<Place> xPlaces(const QRect& rect) const;
+    QSize xMargins() const;
+
+    std::vector<std::unique_ptr<QLayoutItem>> fItems;
+};
+
+}  // namespace viewer
+
+#endif
