@@ -68,9 +68,11 @@ class Watch : public KVFrameStream::Listener {
 
   private:
     KVFrame xNewest(std::unique_lock<std::mutex>& lock, const std::function<bool()>& condition) {
-        if (!fChanged.wait_for(lock, ChildProcess::a_patience, condition)) {
+        fChanged.wait_for(lock, ChildProcess::a_patience, [&] { return fEnd || condition(); });
+        if (!condition()) {
             throw std::runtime_error("the awaited frame did not come; there were " +
-                                     std::to_string(fCount));
+                                     std::to_string(fCount) +
+                                     (fEnd ? ", then: " + fEnd->toString() : ""));
         }
         return fNewest;
     }
