@@ -11,9 +11,8 @@
 #include <qt_test_main.h>
 
 #include <algorithm>
-#include <csignal>
+#include <file_size_limit.h>
 #include <memory>
-#include <sys/resource.h>
 
 using namespace obvista_test;
 
@@ -52,24 +51,6 @@ QList<QByteArray> keysOf(const QList<Row>& rows) {
     }
     return keys;
 }
-
-/** Lets no file grow beyond a size, while it lives. */
-class FileSizeLimit {
-  public:
-    explicit FileSizeLimit(rlim_t bytes) {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &fBefore);
-        rlimit limit = fBefore;
-        limit.rlim_cur = bytes;
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &fBefore); }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-  private:
-    rlimit fBefore{};
-};
 
 }  // namespace
 
@@ -237,6 +218,7 @@ void RecordingTest::endsWithAWholeFileWhenTheDiskIsFull() {
     QVERIFY2(xText().contains(QLatin1String("The rows up to there are in the file.")),
              qPrintable(xText()));
     QVERIFY(rowsOf(fFile).size() > 10);
+    QCOMPARE(rowsOf(fFile).size(), xRowsSaid());
     QVERIFY(QFileInfo(fFile).size() > bytes - 1000);
     // The viewer itself goes on.
     QVERIFY(QTest::qWaitFor([this, before = fWindow->value("Battery/Voltage")] {

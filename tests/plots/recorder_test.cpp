@@ -14,9 +14,8 @@
 #include <QtTest>
 #include <qt_test_main.h>
 
-#include <csignal>
 #include <cstdlib>
-#include <sys/resource.h>
+#include <file_size_limit.h>
 #include <sys/stat.h>
 #include <thread>
 
@@ -55,24 +54,6 @@ bool hasWholeRowsOnly(const QByteArray& content) {
     }
     return true;
 }
-
-/** Lets no file grow beyond a size, while it lives. */
-class FileSizeLimit {
-  public:
-    explicit FileSizeLimit(rlim_t bytes) {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &fBefore);
-        rlimit limit = fBefore;
-        limit.rlim_cur = bytes;
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &fBefore); }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-  private:
-    rlimit fBefore{};
-};
 
 }  // namespace
 
@@ -203,7 +184,7 @@ void RecorderTest::countsWhatTheDiskIsTooSlowFor() {
 }
 
 void RecorderTest::leavesWholeRowsWhenTheFileMayNotGrow() {
-    const FileSizeLimit limit(100003);
+    const obvista_test::FileSizeLimit limit(100003);
     CsvRecorder recorder;
     recorder.start(xFile());
     recorder.record(changes(0, 20000));
@@ -213,6 +194,8 @@ void RecorderTest::leavesWholeRowsWhenTheFileMayNotGrow() {
     QVERIFY(hasWholeRowsOnly(content));
     QVERIFY2(content.size() > 99900 && content.size() <= 100003,
              qPrintable(QString::number(content.size())));
+    QCOMPARE(recorder.progress().fBytes, std::int64_t(content.size()));
+    QCOMPARE(recorder.progress().fRows, std::uint64_t(content.count('\n') - 1));
 }
 
 void RecorderTest::saysThatTheDiskIsFull() {

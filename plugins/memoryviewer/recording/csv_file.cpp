@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -49,6 +50,7 @@ bool CsvFile::open(const QString& fileName) {
     fFileName = fileName;
     fError.clear();
     fSize = 0;
+    fRows = 0;
     constexpr mode_t mode = 0666;  // the user's mask takes from it
     // A pipe without a reader must not hold us.
     fDescriptor = ::open(QFile::encodeName(fileName).constData(),
@@ -70,14 +72,20 @@ bool CsvFile::append(std::string_view rows) {
             const int number = errno;
             const std::string_view begun = all.substr(0, all.size() - rows.size());
             const std::size_t lastEnd = begun.rfind('\n');
-            fSize += lastEnd == std::string_view::npos ? 0 : static_cast<std::int64_t>(lastEnd) + 1;
+            xCount(begun.substr(0, lastEnd == std::string_view::npos ? 0 : lastEnd + 1));
             xCutPartialRow();
             return xFail(number);
         }
         rows.remove_prefix(static_cast<std::size_t>(written));
     }
-    fSize += static_cast<std::int64_t>(all.size());
+    xCount(all);
     return true;
+}
+
+/** Of what has come to be in the file. */
+void CsvFile::xCount(std::string_view rows) {
+    fSize += static_cast<std::int64_t>(rows.size());
+    fRows += static_cast<std::uint64_t>(std::count(rows.begin(), rows.end(), '\n'));
 }
 
 bool CsvFile::sync() {

@@ -35,10 +35,12 @@ class CsvFile {
     bool isOpen() const { return fDescriptor >= 0; }
     /** Bytes of whole rows in the file. */
     std::int64_t size() const { return fSize; }
+    std::uint64_t rows() const { return fRows; }
     /** A sentence for the user about the first thing that failed; empty when nothing did. */
     const QString& error() const { return fError; }
 
   private:
+    void xCount(std::string_view rows);
     bool xFail(int number);
     bool xCutPartialRow();
 
@@ -46,6 +48,7 @@ class CsvFile {
     QString fError;
     int fDescriptor = -1;
     std::int64_t fSize = 0;
+    std::uint64_t fRows = 0;
 };
 
 }  // namespace memoryviewer

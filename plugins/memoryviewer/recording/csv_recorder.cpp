@@ -150,37 +150,39 @@ QString CsvRecorder::xWriteFile() {
         return file.error();
     }
     QMetaObject::invokeMethod(this, &CsvRecorder::started, Qt::QueuedConnection);
-    xCount(0, file.size());
+    xWriteRows(file);
+    file.close();
+    return file.error();
+}
 
+/** Until the recording ends or the file takes no more. */
+void CsvRecorder::xWriteRows(CsvFile& file) {
     RowWriter writer(file);
     Clock::time_point lastSync = Clock::now();
     std::int64_t time = 0;
-    for (bool isLast = false; !isLast;) {
+    std::uint64_t otherRows = 1;  // which are no changes: the header
+    xCount(file, otherRows);
+    bool isGood = true;
+    for (bool isLast = false; !isLast && isGood;) {
         const Work work = xWaitForWork();
         isLast = work.fIsLast;
-        std::uint64_t rows = 0;
-        for (const RecordedChange& change : work.fChanges) {
-            appendChangeRow(writer.rows(), change);
-            time = change.fTime;
-            ++rows;
-            if (!writer.writeIfLong()) {
-                return file.error();
-            }
+        for (auto change = work.fChanges.begin(); change != work.fChanges.end() && isGood;
+             ++change) {
+            appendChangeRow(writer.rows(), *change);
+            time = change->fTime;
+            isGood = writer.writeIfLong();
         }
         if (work.fLost > 0) {
             appendLossRow(writer.rows(), time, work.fLost);
         }
-        if (!writer.write()) {
-            return file.error();
-        }
-        xCount(rows, file.size());
+        isGood = isGood && writer.write();
+        otherRows += isGood && work.fLost > 0 ? 1 : 0;
+        xCount(file, otherRows);
         if (Clock::now() - lastSync >= a_syncTime) {
             file.sync();
             lastSync = Clock::now();
         }
     }
-    file.close();
-    return file.error();
 }
 
 CsvRecorder::Work CsvRecorder::xWaitForWork() {
@@ -195,10 +197,10 @@ CsvRecorder::Work CsvRecorder::xWaitForWork() {
     return work;
 }
 
-void CsvRecorder::xCount(std::uint64_t rows, std::int64_t size) {
+void CsvRecorder::xCount(const CsvFile& file, std::uint64_t otherRows) {
     const std::lock_guard<std::mutex> lock(fMutex);
-    fProgress.fRows += rows;
-    fProgress.fBytes = size;
+    fProgress.fRows = file.rows() - otherRows;
+    fProgress.fBytes = file.size();
 }
 
 void CsvRecorder::xFinish(const QString& error) {

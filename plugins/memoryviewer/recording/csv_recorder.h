@@ -16,6 +16,8 @@
 
 namespace memoryviewer {
 
+class CsvFile;
+
 /** How far a recording is. */
 struct RecordingProgress {
     std::uint64_t fRows = 0;  ///< changes in the file
@@ -82,8 +84,9 @@ class CsvRecorder : public QObject {
 
     void xRun();
     QString xWriteFile();
+    void xWriteRows(CsvFile& file);
     Work xWaitForWork();
-    void xCount(std::uint64_t rows, std::int64_t size);
+    void xCount(const CsvFile& file, std::uint64_t otherRows);
     void xFinish(const QString& error);
     bool xHasRoomFor(std::size_t bytes) const;
 
