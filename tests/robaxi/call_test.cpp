@@ -173,6 +173,7 @@ TEST_F(Call, GoesOverAConnectionThatIsThere) {
     auto connection = KVConnection::open(fClient, a_loopback, fServer->getPort(), 2);
     KVProxy echo("Echo", connection, 20);
     KVProxy nobody("Nobody", connection, 20);
+    EXPECT_CAUSE(errorOf([&] { KVProxy("Echo", connection, 0); }), InvalidArgument);
     connection.reset();
     EXPECT_EQ(echo.call<int>("echo", 3), 3) << "the proxy keeps the link";
     EXPECT_EQ(echo.getInfo().fName, "Echo");

@@ -56,6 +56,7 @@ KVProxy::KVProxy(const std::string& moduleName, const boost::shared_ptr<KVConnec
     fPrivate->fTarget = connected.fTarget;
     fPrivate->fTarget.fModule = moduleName;
     fPrivate->fTarget.fTimeOut = timeOut;
+    static_cast<void>(fPrivate->xDeadline());  // now, not in the first call, says that it is none
 }
 
 KVProxy::~KVProxy() {
