@@ -33,6 +33,8 @@ struct Arrangement {
 
     /** Whether values decide, so that it has to be made again as they change. */
     bool isLive() const;
+    /** Whether every branch has its row. */
+    bool isWholeTree() const { return !fIsFlat && fFilter.isEmpty(); }
     /** Whether a tree of this arrangement has the order of names, in which a key can be put at its
      *  place. */
     bool hasNaturalOrder() const;

@@ -16,7 +16,9 @@ namespace {
 constexpr int a_maxUnitLength = 40;
 constexpr double a_microsecondsInSecond = 1e6;
 constexpr double a_secondsInMinute = 60;
-constexpr double a_secondsInHour = 3600;
+/** Half of the last digit of seconds from 10 on: "60.0 s" is a minute. */
+constexpr double a_roundingOfSeconds = 0.05;
+constexpr int a_secondsInHour = 3600;
 constexpr double a_secondsInDay = 86400;
 /** Part of the rate at which the robot is asked, above which changes may have been merged. */
 constexpr double a_nearFollowRate = 0.85;
@@ -66,6 +68,12 @@ QVariant numberOf(const KeyStore& keys, const MemoryKey& key, int column) {
         default:
             return {};
     }
+}
+
+/** Three digits. What rounds up to 10 has one decimal as 10 has, so that it does not flicker. */
+QString figureText(double value) {
+    constexpr double roundsToTen = 9.995;
+    return QString::number(value, 'f', value < roundsToTen ? 2 : 1);
 }
 
 bool isRightAligned(const MemoryKey& key, int column) {
@@ -155,11 +163,11 @@ QVariant keyHeaderData(int column, Qt::Orientation orientation, int role) {
 
 QString ageText(double seconds) {
     const double age = std::max(seconds, 0.0);
-    if (age < a_secondsInMinute) {
-        return translated("%1 s").arg(age, 0, 'f', age < 10 ? 2 : 1);
+    if (age < a_secondsInMinute - a_roundingOfSeconds) {
+        return translated("%1 s").arg(figureText(age));
     }
-    const auto whole = static_cast<qint64>(age);
-    if (age < a_secondsInHour) {
+    const auto whole = static_cast<qint64>(age + a_roundingOfSeconds);
+    if (whole < a_secondsInHour) {
         return translated("%1:%2 min").arg(whole / 60).arg(whole % 60, 2, 10, QLatin1Char('0'));
     }
     return age < a_secondsInDay ? translated("%1 h").arg(age / a_secondsInHour, 0, 'f', 1)
@@ -170,7 +178,7 @@ QString rateText(double perSecond, double followRate) {
     if (perSecond <= 0) {
         return {};
     }
-    const QString text = QString::number(perSecond, 'f', perSecond < 10 ? 2 : 1);
+    const QString text = figureText(perSecond);
     const bool isLimited = followRate > 0 && perSecond > a_nearFollowRate * followRate;
     return isLimited ? QStringLiteral("\u2265 ") + text : text;
 }

@@ -12,7 +12,8 @@ namespace memoryviewer {
 enum KeyRole {
     MarkedRole = Qt::UserRole,  ///< bool: the value has changed just now
     NumberRole,                 ///< double: value, changes a second, or age in seconds of a row
-    KeyNameRole                 ///< QString: the key's whole name as the robot gave it
+    KeyNameRole,                ///< QString: the key's whole name as the robot gave it
+    MissingRole                 ///< bool: the robot does not have the key at present
 };
 
 /** What stands in a row of a key, but for its name. */

@@ -9,13 +9,16 @@
 #include <QHeaderView>
 
 #include <algorithm>
+#include <array>
+#include <utility>
 
 namespace memoryviewer {
 
 namespace {
 
-constexpr int a_valueWidthInCharacters = 24;
-constexpr int a_figureWidthInCharacters = 10;
+/** Of the columns behind the name, which takes the rest. */
+constexpr std::array<std::pair<KeyColumn, int>, 5> a_widthsInCharacters{
+    {{ValueColumn, 20}, {UnitColumn, 8}, {TypeColumn, 8}, {RateColumn, 9}, {AgeColumn, 10}}};
 /** Rows beyond those on the screen that are followed, so that scrolling finds values there. */
 constexpr int a_marginRows = 10;
 /** Most keys that are opened, copied or plotted at once. */
@@ -47,18 +50,23 @@ KeyTree::KeyTree(MemoryModel* model, QWidget* parent) : QTreeView(parent), fMode
     setEditTriggers(DoubleClicked | EditKeyPressed);
     setContextMenuPolicy(Qt::CustomContextMenu);
 
-    const int character = fontMetrics().averageCharWidth();
-    header()->setSectionsMovable(true);
-    header()->setContextMenuPolicy(Qt::CustomContextMenu);
-    header()->resizeSection(ValueColumn, a_valueWidthInCharacters * character);
-    for (const int column : {UnitColumn, TypeColumn, RateColumn, AgeColumn}) {
-        header()->resizeSection(column, a_figureWidthInCharacters * character);
-    }
-    header()->setStretchLastSection(false);
-    header()->setSectionResizeMode(NameColumn, QHeaderView::Stretch);
     sortByColumn(NameColumn, Qt::AscendingOrder);
     setSortingEnabled(true);
+    xArrangeHeader();
     connect(model, &QAbstractItemModel::rowsInserted, this, &KeyTree::xExpandNewBranches);
+}
+
+/** Once sorting is enabled, whose mark takes a part of a title's room. */
+void KeyTree::xArrangeHeader() {
+    header()->setSectionsMovable(true);
+    header()->setContextMenuPolicy(Qt::CustomContextMenu);  // that of the keys is not for titles
+    header()->setStretchLastSection(false);
+    header()->setSectionResizeMode(NameColumn, QHeaderView::Stretch);
+    const int character = fontMetrics().averageCharWidth();
+    for (const auto& [column, characters] : a_widthsInCharacters) {
+        header()->resizeSection(
+            column, std::max(characters * character, header()->sectionSizeHint(column)));
+    }
 }
 
 std::vector<std::uint32_t> KeyTree::visibleKeys() const {
@@ -112,6 +120,65 @@ void KeyTree::openAll() {
     if (fModel->keyCount() <= a_mostKeysAtOnce) {
         expandAll();
     }
+}
+
+/** Calls `use(branch, path)` for the branches below a row, and below those for which it is true. */
+template <class Use>
+void KeyTree::xForEachBranch(const QModelIndex& parent, const QString& path, Use use) {
+    for (int row = 0; row < fModel->rowCount(parent); ++row) {
+        const QModelIndex index = fModel->index(row, NameColumn, parent);
+        if (fModel->hasChildren(index)) {
+            const QString here = path + QLatin1Char('/') + index.data().toString();
+            if (use(index, here)) {
+                xForEachBranch(index, here, use);
+            }
+        }
+    }
+}
+
+void KeyTree::rememberOpenBranches() {
+    fOpenBranches.clear();
+    fHasRemembered = fModel->keyCount() > 0;
+    xForEachBranch({}, {}, [this](const QModelIndex& branch, const QString& path) {
+        if (isExpanded(branch)) {
+            fOpenBranches.push_back(path);
+        }
+        return isExpanded(branch);
+    });
+    std::sort(fOpenBranches.begin(), fOpenBranches.end());
+}
+
+void KeyTree::reopenBranches() {
+    xForEachBranch({}, {}, [this](const QModelIndex& branch, const QString& path) {
+        const bool isOpen =
+            fHasRemembered ? std::binary_search(fOpenBranches.begin(), fOpenBranches.end(), path)
+                           : !branch.parent().isValid();
+        if (isOpen) {
+            expand(branch);
+        }
+        return isOpen;
+    });
+}
+
+void KeyTree::enter() {
+    setFocus(Qt::ShortcutFocusReason);
+    const QModelIndex first = xFirstKey();
+    if (!selectionModel()->hasSelection() && first.isValid()) {
+        setCurrentIndex(first);
+    }
+}
+
+QModelIndex KeyTree::xFirstKey() const {
+    QModelIndex index = fModel->index(0, NameColumn);
+    while (index.isValid() && fModel->keyOf(index) == nullptr) {
+        index = fModel->index(0, NameColumn, index);
+    }
+    return index;
+}
+
+bool KeyTree::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) {
+    const bool isByKey = trigger == EditKeyPressed;
+    return QTreeView::edit(isByKey ? index.siblingAtColumn(ValueColumn) : index, trigger, event);
 }
 
 void KeyTree::copyNames() {

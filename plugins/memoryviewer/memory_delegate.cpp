@@ -1,6 +1,9 @@
 #include "memory_delegate.h"
 
 #include "arrangement.h"
+#include "key_text.h"
+
+#include <colours.h>
 
 namespace memoryviewer {
 
@@ -8,14 +11,6 @@ namespace {
 
 /** Added to a row's height, in parts of the height of its text. */
 constexpr int a_paddingDivisor = 4;
-/** Of dimmed text: plainly second to the rest, yet with enough contrast to be read. */
-constexpr double a_dimmedOpacity = 0.65;
-
-QColor dimmed(QColor color) {
-    color.setAlphaF(a_dimmedOpacity);
-    return color;
-}
-
 }  // namespace
 
 QSize MemoryDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const {
@@ -27,8 +22,8 @@ void MemoryDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelI
     ValueDelegate::initStyleOption(option, index);
     option->font.setBold(!index.parent().isValid() && index.model()->hasChildren(index));
     const bool isSecondary = index.column() != NameColumn && index.column() != ValueColumn;
-    if (fIsStale || isSecondary) {
-        option->palette.setColor(QPalette::Text, dimmed(option->palette.color(QPalette::Text)));
+    if (fIsStale || isSecondary || index.data(MissingRole).toBool()) {
+        option->palette.setColor(QPalette::Text, viewer::dimmedText(option->palette));
     }
 }
 

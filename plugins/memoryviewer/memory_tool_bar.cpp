@@ -2,10 +2,12 @@
 
 #include <QComboBox>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QToolButton>
 
 #include <array>
+#include <colours.h>
 #include <cstdlib>
 
 namespace memoryviewer {
@@ -32,7 +34,9 @@ MemoryToolBar::MemoryToolBar(QWidget* parent)
            "changed:30\tchanged in the last 30 s (5 when nothing is said)"));
     fFilter->setClearButtonEnabled(true);
     fFilter->setMaxLength(a_longestFilter);
+    fFilter->installEventFilter(this);
     connect(fFilter, &QLineEdit::textChanged, this, &MemoryToolBar::filterChanged);
+    connect(fFilter, &QLineEdit::returnPressed, this, &MemoryToolBar::filterLeft);
 
     fFlat = xAddButton("memoryFlat", tr("List"), tr("Keys by their whole names instead of a tree"));
     connect(fFlat, &QToolButton::toggled, this, &MemoryToolBar::formChanged);
@@ -56,6 +60,9 @@ MemoryToolBar::MemoryToolBar(QWidget* parent)
     row->addWidget(fFlat);
     row->addWidget(fRate);
     row->addWidget(fPause);
+    setTabOrder(fFilter, fFlat);
+    setTabOrder(fFlat, fRate);
+    setTabOrder(fRate, fPause);
     setFocusProxy(fFilter);
 }
 
@@ -81,8 +88,7 @@ void MemoryToolBar::setFilter(const QString& filter) {
 void MemoryToolBar::setFilterFault(const QString& fault) {
     QPalette colours = palette();
     if (!fault.isEmpty()) {
-        const bool isDark = colours.color(QPalette::Base).lightness() < 128;
-        colours.setColor(QPalette::Text, isDark ? QColor(255, 140, 140) : QColor(170, 0, 0));
+        colours.setColor(QPalette::Text, viewer::faultText(colours));
     }
     fFilter->setPalette(colours);
     fFilter->setAccessibleDescription(fault);
@@ -111,6 +117,23 @@ void MemoryToolBar::setRate(int rate) {
 
 bool MemoryToolBar::isPaused() const {
     return fPause->isChecked();
+}
+
+/** From the filter, keys lead to what it shows, or end it. */
+bool MemoryToolBar::eventFilter(QObject* object, QEvent* event) {
+    if (object != fFilter || event->type() != QEvent::KeyPress) {
+        return QWidget::eventFilter(object, event);
+    }
+    const int key = dynamic_cast<QKeyEvent&>(*event).key();
+    if (key == Qt::Key_Escape && !filter().isEmpty()) {
+        fFilter->clear();
+        return true;
+    }
+    if (key == Qt::Key_Down) {
+        Q_EMIT filterLeft();
+        return true;
+    }
+    return QWidget::eventFilter(object, event);
 }
 
 void MemoryToolBar::focusFilter() {

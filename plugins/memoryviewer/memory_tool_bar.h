@@ -37,9 +37,14 @@ class MemoryToolBar : public QWidget {
 
   Q_SIGNALS:
     void filterChanged();
+    /** The user turns by keyboard from the filter to what it shows. */
+    void filterLeft();
     void formChanged();
     void rateChanged();
     void pauseChanged();
+
+  protected:
+    bool eventFilter(QObject* object, QEvent* event) override;
 
   private:
     QToolButton* xAddButton(const char* objectName, const QString& text, const QString& hint);

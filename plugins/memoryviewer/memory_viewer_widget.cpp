@@ -151,6 +151,7 @@ void MemoryViewerWidget::xConnect() {
     connect(&fFilterTimer, &QTimer::timeout, this, &MemoryViewerWidget::xArrange);
     connect(fToolBar, &MemoryToolBar::filterChanged, this,
             [this] { fFilterTimer.start(a_filterDelay); });
+    connect(fToolBar, &MemoryToolBar::filterLeft, fTree, &KeyTree::enter);
     connect(fToolBar, &MemoryToolBar::formChanged, this, &MemoryViewerWidget::xArrange);
     connect(fToolBar, &MemoryToolBar::rateChanged, this, &MemoryViewerWidget::xOnRate);
     connect(fToolBar, &MemoryToolBar::pauseChanged, this, &MemoryViewerWidget::xOnPause);
@@ -164,6 +165,7 @@ void MemoryViewerWidget::xConnect() {
     connect(fRecording, &RecordingBar::recordingChanged, this, &MemoryViewerWidget::xOnRecording);
     connect(fWrites.get(), &WriteQueue::stateChanged, this, [this] { xRepaint(); });
     connect(fWrites.get(), &WriteQueue::refused, this, &MemoryViewerWidget::xOnWriteRefused);
+    connect(fDelegate, &MemoryDelegate::entryRefused, this, &MemoryViewerWidget::xOnEntryRefused);
     connect(fWatched, &WatchModel::namesChanged, this, &MemoryViewerWidget::xPlan);
     connect(fTree->header(), &QHeaderView::sectionResized, this,
             &MemoryViewerWidget::xAlignColumns);
@@ -196,7 +198,7 @@ void MemoryViewerWidget::xShowPlots(bool isShown) {
     fPlots->setVisible(isShown);
     const int height = fSplitter->height();
     const int watched = fWatchView->sizeHint().height();
-    const int plots = isShown ? height * 2 / 5 : 0;
+    const int plots = isShown ? height / 2 : 0;
     fSplitter->setSizes({height - watched - plots, watched, plots});
 }
 
@@ -307,10 +309,17 @@ void MemoryViewerWidget::xOnSecond() {
 void MemoryViewerWidget::xArrange() {
     Arrangement arrangement = fModel->arrangement();
     const bool wasEmpty = arrangement.fFilter.isEmpty();
+    const bool wasWhole = arrangement.isWholeTree();
     arrangement.fIsFlat = fToolBar->isFlat();
     arrangement.fFilter = FilterExpression(fToolBar->filter());
     fTree->setRootIsDecorated(!arrangement.fIsFlat);
+    if (wasWhole && !arrangement.isWholeTree()) {
+        fTree->rememberOpenBranches();
+    }
     fModel->setArrangement(arrangement);
+    if (!wasWhole && arrangement.isWholeTree()) {
+        fTree->reopenBranches();
+    }
     if (!arrangement.fFilter.isEmpty()) {
         fTree->openAll();
     } else if (!wasEmpty) {
@@ -339,8 +348,15 @@ void MemoryViewerWidget::xOnPause() {
 }
 
 void MemoryViewerWidget::xOnWriteRefused(const std::string& key, const QString& reason) {
-    fSituation.fWriteRefusal =
-        tr("%1 keeps its value: %2").arg(plainText(key, a_maxKeyNameLength), reason);
+    xSayRefusal(tr("%1 keeps its value: %2").arg(plainText(key, a_maxKeyNameLength), reason));
+}
+
+void MemoryViewerWidget::xOnEntryRefused(const QString& problem) {
+    xSayRefusal(tr("Nothing was written. %1").arg(problem));
+}
+
+void MemoryViewerWidget::xSayRefusal(const QString& text) {
+    fSituation.fWriteRefusal = text;
     fSinceRefusal.start();
     xUpdateTexts();
 }

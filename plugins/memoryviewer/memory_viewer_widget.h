@@ -72,6 +72,8 @@ class MemoryViewerWidget : public viewer::ViewerWidget {
     void xOnRecording(bool isRecording);
     void xOnPause();
     void xOnWriteRefused(const std::string& key, const QString& reason);
+    void xOnEntryRefused(const QString& problem);
+    void xSayRefusal(const QString& text);
     void xAlignColumns();
     void xShowPlots(bool isShown);
     void xRepaint();

@@ -4,9 +4,7 @@
 #include "key_text.h"
 #include "value_text.h"
 
-#include <QGuiApplication>
 #include <QMimeData>
-#include <QPalette>
 #include <QSettings>
 
 #include <algorithm>
@@ -186,8 +184,8 @@ QVariant WatchModel::xMissingData(int row, int column, int role) const {
             return tr(
                 "<p>The robot does not have this key at present. It is shown again when it "
                 "returns.</p>");
-        case Qt::ForegroundRole:
-            return QGuiApplication::palette().brush(QPalette::Disabled, QPalette::Text);
+        case MissingRole:
+            return true;
         case KeyNameRole:
             return fNames.at(row);
         default:
@@ -201,9 +199,12 @@ QVariant WatchModel::headerData(int section, Qt::Orientation orientation, int ro
 
 Qt::ItemFlags WatchModel::flags(const QModelIndex& index) const {
     const Qt::ItemFlags flags = QAbstractTableModel::flags(index);
-    // Between the rows, not onto one.
-    return index.isValid() ? flags | Qt::ItemIsDragEnabled | Qt::ItemNeverHasChildren
-                           : flags | Qt::ItemIsDropEnabled;
+    if (!index.isValid()) {
+        return flags | Qt::ItemIsDropEnabled;  // between the rows, not onto one
+    }
+    const MemoryKey* key = keyOf(index);
+    return flags | Qt::ItemNeverHasChildren |
+           (key != nullptr ? keyCellFlags(*key, index.column()) : Qt::ItemIsDragEnabled);
 }
 
 /** No moves: the drop itself has moved what was dragged within the list, and a view would remove

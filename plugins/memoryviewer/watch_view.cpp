@@ -8,6 +8,8 @@
 #include <QKeyEvent>
 #include <QPainter>
 
+#include <colours.h>
+
 namespace memoryviewer {
 
 namespace {
@@ -51,6 +53,11 @@ void WatchView::removeChosen() {
     }
 }
 
+bool WatchView::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) {
+    const bool isByKey = trigger == EditKeyPressed;
+    return QTreeView::edit(isByKey ? index.siblingAtColumn(ValueColumn) : index, trigger, event);
+}
+
 void WatchView::keyPressEvent(QKeyEvent* event) {
     const bool isMove = event->modifiers() == Qt::AltModifier;
     if (event->key() == Qt::Key_Delete && state() != EditingState) {
@@ -76,7 +83,7 @@ void WatchView::paintEvent(QPaintEvent* event) {
     QTreeView::paintEvent(event);
     if (fModel->rowCount() == 0) {
         QPainter painter(viewport());
-        painter.setPen(palette().color(QPalette::Disabled, QPalette::Text));
+        painter.setPen(viewer::dimmedText(palette()));
         painter.drawText(viewport()->rect(), Qt::AlignCenter | Qt::TextWordWrap,
                          tr("Drag keys here, or press Ctrl+D, to watch them."));
     }

@@ -17,12 +17,16 @@ class WatchView : public QTreeView {
   public:
     WatchView(WatchModel* model, QWidget* parent);
 
+    using QTreeView::edit;
+
     QSize sizeHint() const override;
 
   public Q_SLOTS:
     void removeChosen();
 
   protected:
+    /** F2 edits the value of the row, whichever column the user is in. */
+    bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 

@@ -9,6 +9,8 @@
 #include <QToolTip>
 #include <QVariant>
 
+#include <colours.h>
+
 namespace memoryviewer {
 
 namespace {
@@ -161,10 +163,13 @@ void ValueDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIn
 void ValueDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
                           const QModelIndex& index) const {
     const ValueMark mark = fSource->mark(index);
+    QStyleOptionViewItem marked = option;
     if (mark != ValueMark::None && mark != ValueMark::Pending) {
         painter->fillRect(option.rect, tint(colourOf(mark, option.palette)));
+        // Of a chosen row the style paints over it.
+        marked.palette.setColor(QPalette::Highlight, viewer::markedHighlight(option.palette));
     }
-    QStyledItemDelegate::paint(painter, option, index);
+    QStyledItemDelegate::paint(painter, marked, index);
 }
 
 }  // namespace memoryviewer

@@ -18,9 +18,13 @@ constexpr int a_keyRole = Qt::UserRole;
 constexpr int a_nameRole = Qt::UserRole + 1;
 constexpr int a_maxNameLength = 200;
 constexpr int a_maxUnitLength = 24;
-constexpr int a_nameCharacters = 30;
-constexpr int a_valueCharacters = 16;
+constexpr int a_nameCharacters = 40;
+constexpr int a_valueCharacters = 14;
 constexpr int a_lines = 10;
+
+QSize pictureSize(int height) {
+    return {2 * height, height};
+}
 
 }  // namespace
 
@@ -32,7 +36,7 @@ QString legendText(const LegendEntry& entry) {
 
 QPixmap legendPicture(const QPen& pen, const QPaintDevice& device, int height) {
     const qreal ratio = device.devicePixelRatioF();
-    const QSize size(2 * height, height);
+    const QSize size = pictureSize(height);
     QPixmap picture(size * ratio);
     picture.setDevicePixelRatio(ratio);
     picture.fill(Qt::transparent);
@@ -81,6 +85,7 @@ void CurveLegend::setPlots(const std::vector<std::vector<LegendEntry>>& plots) {
     const int plot = currentPlot();
     const int key = currentKey();
     fPlots = plots;
+    setIconSize(pictureSize(fontMetrics().height()));
     fIsFilling = true;
     clear();
     for (std::size_t number = 0; number < plots.size(); ++number) {

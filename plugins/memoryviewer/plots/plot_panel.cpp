@@ -99,6 +99,7 @@ QWidget* PlotPanel::xMakePlotArea() {
     auto* area = new QScrollArea(this);
     area->setWidgetResizable(true);
     area->setFrameShape(QFrame::NoFrame);
+    area->setFocusPolicy(Qt::NoFocus);  // the plots in it have the keyboard
     area->setWidget(fPlots);
     return area;
 }
@@ -283,9 +284,20 @@ void PlotPanel::xShowChoice() {
     fLegend->setCurrentPlot(static_cast<int>(fPlots->current()));
     fPages->setCurrentWidget(fPlots->isEmpty() ? static_cast<QWidget*>(fMessage) : fContent);
     fToolBar->setHasPlots(!fPlots->isEmpty());
+    xOrderForKeyboard();
     xUpdateValues();
     xUpdateStatus();
     fPacer->schedule(FramePacer::Pace::Hand);
+}
+
+/** Tool bar, plots, legend. By itself a new plot would come after all else in the window. */
+void PlotPanel::xOrderForKeyboard() {
+    QWidget* before = fToolBar->widgetForAction(fToolBar->actions().last());
+    for (const PlotView* plot : fPlots->plots()) {
+        setTabOrder(before, plot->plotCanvas());
+        before = plot->plotCanvas();
+    }
+    setTabOrder(before, fLegend);
 }
 
 void PlotPanel::xDescribePlot(PlotView& plot, std::size_t number,

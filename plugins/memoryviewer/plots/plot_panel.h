@@ -130,6 +130,7 @@ class PlotPanel : public QWidget {
 
     void xTake(const QStringList& names, int toPlot, const QObject* source);
     void xShowChoice();
+    void xOrderForKeyboard();
     void xDescribePlot(PlotView& plot, std::size_t number, const std::vector<LegendEntry>& entries);
     bool xIsGoingOn() const;
     void xOnFrame();

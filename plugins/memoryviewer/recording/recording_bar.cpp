@@ -40,7 +40,8 @@ RecordingBar::RecordingBar(CsvRecorder* recorder, QWidget* parent)
     fButton->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     fButton->setFocusPolicy(Qt::StrongFocus);
     auto* row = new QHBoxLayout(this);
-    row->setContentsMargins(0, 0, 0, 0);
+    const int space = fontMetrics().height() / 4;
+    row->setContentsMargins(space, 0, space, 0);
     row->addWidget(fButton);
     row->addWidget(fText, 1);
 

@@ -62,6 +62,7 @@ class ValueDelegateTest : public QObject {
     void givesUpWhatIsNoValueWhenItIsLeft();
     void offersAChoiceOfBools();
     void opensNoFieldForWhatCannotBeWritten();
+    void showsMarks_data();
     void showsMarks();
     void saysWhatBecameOfAWrite();
 
@@ -197,9 +198,15 @@ void ValueDelegateTest::opensNoFieldForWhatCannotBeWritten() {
     QVERIFY(xOpen(0) == nullptr);
 }
 
+void ValueDelegateTest::showsMarks_data() {
+    QTest::addColumn<int>("chosenRow");
+    QTest::newRow("chosen") << 0;
+    QTest::newRow("not chosen") << 2;
+}
+
 void ValueDelegateTest::showsMarks() {
-    fView->clearSelection();
-    fView->setCurrentIndex(fModel->index(2, 0));
+    QFETCH(int, chosenRow);
+    fView->setCurrentIndex(fModel->index(chosenRow, 0));
     const QColor plain = xColourOf(0);
     for (const ValueMark mark : {ValueMark::Changed, ValueMark::Accepted, ValueMark::Refused}) {
         fValues.fMark = mark;

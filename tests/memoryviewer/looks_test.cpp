@@ -1,0 +1,313 @@
+#include "memory_robot.h"
+#include "viewer_driver.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QComboBox>
+#include <QDockWidget>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QSettings>
+#include <QTreeView>
+#include <QtTest>
+#include <qt_test_main.h>
+
+#include <algorithm>
+#include <cmath>
+#include <key_text.h>
+#include <memory>
+
+using namespace memoryviewer;
+using namespace obvista_test;
+
+namespace {
+
+constexpr char a_number[] = "Joint/HeadYaw/Position";
+constexpr int a_valueColumn = 1;
+constexpr int a_typeColumn = 3;
+/** What the guidelines for accessible contents ask of texts, and of lines and the like. */
+constexpr double a_textContrast = 4.5;
+constexpr double a_lineContrast = 3;
+
+double luminance(const QColor& colour) {
+    const auto linear = [](double part) {
+        return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) +
+           0.0722 * linear(colour.blueF());
+}
+
+double contrast(const QColor& left, const QColor& right) {
+    const auto [darker, lighter] = std::minmax({luminance(left), luminance(right)});
+    return (lighter + 0.05) / (darker + 0.05);
+}
+
+struct Colours {
+    QColor fBackground;
+    double fContrast = 1;  ///< of what stands out most from it
+};
+
+Colours coloursIn(const QImage& image) {
+    QHash<QRgb, int> pixels;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            ++pixels[image.pixel(x, y)];
+        }
+    }
+    const auto most = std::max_element(pixels.cbegin(), pixels.cend());
+    Colours colours{most.key(), 1};
+    for (auto pixel = pixels.cbegin(); pixel != pixels.cend(); ++pixel) {
+        colours.fContrast = std::max(colours.fContrast, contrast(colours.fBackground, pixel.key()));
+    }
+    return colours;
+}
+
+Colours coloursIn(QWidget* widget, const QRect& area) {
+    return coloursIn(widget->grab(area).toImage());
+}
+
+Colours coloursIn(QWidget* widget) {
+    return coloursIn(widget, widget->rect());
+}
+
+QPalette darkPalette() {
+    const QColor window(49, 54, 59);
+    const QColor text(239, 240, 241);
+    QPalette palette(text, window, window.lighter(), window.darker(), window, text, Qt::white,
+                     QColor(35, 38, 41), window);
+    palette.setColor(QPalette::AlternateBase, window);
+    palette.setColor(QPalette::Highlight, QColor(30, 90, 140));
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::ToolTipBase, window);
+    palette.setColor(QPalette::ToolTipText, text);
+    return palette;
+}
+
+}  // namespace
+
+/** What the window looks like on light and dark palettes, with letters of any size. */
+class LooksTest : public QObject {
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void cellsCanBeRead();
+    void marksStandOutAndCanBeRead();
+    void saysWhatIsMissingReadably();
+    void whatIsWrongCanBeRead();
+    void plotsCanBeRead();
+    void cutsNoTextOff();
+
+    void cellsCanBeRead_data() { xAddLooks(); }
+    void marksStandOutAndCanBeRead_data() { xAddLooks(); }
+    void saysWhatIsMissingReadably_data() { xAddLooks(); }
+    void whatIsWrongCanBeRead_data() { xAddLooks(); }
+    void plotsCanBeRead_data() { xAddLooks(); }
+    void cutsNoTextOff_data() { xAddLooks(); }
+
+  private:
+    static void xAddLooks();
+    void xOpen();
+    void xChoose(const char* path);
+    void xPlot();
+    QRect xCell(int column);
+    Colours xColoursOfCell(int column) { return coloursIn(xTree()->viewport(), xCell(column)); }
+    QWidget* xCanvas() const;
+    QTreeView* xTree() const { return treeOf(fViewer); }
+    template <class Widget>
+    Widget* xPart(const char* name) const {
+        return fViewer->findChild<Widget*>(QLatin1String(name));
+    }
+
+    QPalette fPalette;
+    QFont fFont;
+    std::unique_ptr<MemoryRobot> fRobot;
+    std::unique_ptr<ViewerDriver> fDriver;
+    QWidget* fViewer = nullptr;
+};
+
+void LooksTest::initTestCase() {
+    fPalette = QApplication::palette();
+    fFont = QApplication::font();
+}
+
+void LooksTest::init() {
+    QSettings().clear();
+    fRobot = std::make_unique<MemoryRobot>();
+    fRobot->set(a_number, 0.25);
+    fRobot->set("Robot/Mode", std::string("walking"));
+    xOpen();
+}
+
+void LooksTest::cleanup() {
+    fDriver.reset();
+    fRobot.reset();
+    QApplication::setPalette(fPalette);
+    QApplication::setFont(fFont);
+}
+
+void LooksTest::xAddLooks() {
+    QTest::addColumn<bool>("isDark");
+    QTest::addColumn<double>("scale");
+    for (const bool isDark : {false, true}) {
+        for (const double scale : {1.0, 2.0}) {
+            QTest::addRow("%s, %g %%", isDark ? "dark" : "light", 100 * scale) << isDark << scale;
+        }
+    }
+}
+
+/** The size of letters is there from the beginning; palettes change while programs run. */
+void LooksTest::xOpen() {
+    const bool hasLooks = QTest::currentDataTag() != nullptr;
+    QFont font = fFont;
+    if (hasLooks) {
+        QFETCH(double, scale);
+        font.setPointSizeF(fFont.pointSizeF() * scale);
+    }
+    QApplication::setFont(font);
+    fDriver = std::make_unique<ViewerDriver>();
+    fViewer = fDriver->dock(fDriver->createWidget(fRobot->port()))->widget();
+    QVERIFY(QTest::qWaitForWindowActive(&fDriver->window()));
+    QTRY_VERIFY(indexOf(fViewer, "Robot/Mode").isValid());
+    if (hasLooks) {
+        QFETCH(bool, isDark);
+        QApplication::setPalette(isDark ? darkPalette() : fPalette);
+    }
+    QTRY_COMPARE(valueOf(fViewer, "Robot/Mode"), QStringLiteral("walking"));
+}
+
+void LooksTest::xChoose(const char* path) {
+    const QModelIndex index = indexOf(fViewer, path);
+    QVERIFY2(index.isValid(), path);
+    xTree()->setFocus();
+    xTree()->scrollTo(index);
+    xTree()->setCurrentIndex(index);
+}
+
+void LooksTest::xPlot() {
+    xChoose(a_number);
+    QTest::keyClick(xTree(), Qt::Key_P, Qt::ControlModifier);
+    QTRY_VERIFY(xPart<QWidget>("plot") != nullptr && xPart<QWidget>("plot")->isVisible());
+}
+
+/** Of the number, brought onto the screen. */
+QRect LooksTest::xCell(int column) {
+    const QModelIndex index = indexOf(fViewer, a_number);
+    xTree()->scrollTo(index);
+    return xTree()->visualRect(index.sibling(index.row(), column));
+}
+
+/** The class of the plugin's library is not that of this program. */
+QWidget* LooksTest::xCanvas() const {
+    const auto parts = xPart<QWidget>("plot")->findChildren<QWidget*>();
+    const auto canvas = std::find_if(parts.cbegin(), parts.cend(), [](const QWidget* part) {
+        return part->inherits("memoryviewer::PlotCanvas");
+    });
+    return canvas == parts.cend() ? nullptr : *canvas;
+}
+
+void LooksTest::cellsCanBeRead() {
+    QTRY_COMPARE(valueOf(fViewer, a_number), QStringLiteral("0.25"));
+    for (const int column : {a_valueColumn, a_typeColumn}) {
+        QVERIFY(xColoursOfCell(column).fContrast >= a_textContrast);
+    }
+    xChoose(a_number);
+    for (const int column : {a_valueColumn, a_typeColumn}) {
+        QVERIFY(xColoursOfCell(column).fContrast >= 3);
+    }
+}
+
+void LooksTest::marksStandOutAndCanBeRead() {
+    const QModelIndex index = indexOf(fViewer, a_number);
+    const QModelIndex value = index.sibling(index.row(), a_valueColumn);
+    QTRY_COMPARE(valueOf(fViewer, a_number), QStringLiteral("0.25"));
+    for (const bool isChosen : {false, true}) {
+        xChoose(isChosen ? a_number : "Robot/Mode");
+        QTRY_VERIFY(!value.data(MarkedRole).toBool());
+        const Colours plain = xColoursOfCell(a_valueColumn);
+        fRobot->set(a_number, isChosen ? 8.25 : 4.25);
+        QTRY_VERIFY(value.data(MarkedRole).toBool());
+        const Colours marked = xColoursOfCell(a_valueColumn);
+        QVERIFY(marked.fBackground != plain.fBackground);
+        QVERIFY(contrast(marked.fBackground, plain.fBackground) > 1.15);
+        QVERIFY(marked.fContrast >= a_textContrast);
+    }
+}
+
+void LooksTest::saysWhatIsMissingReadably() {
+    auto* watch = xPart<QTreeView>("memoryWatch");
+    QVERIFY(coloursIn(watch->viewport()).fContrast >= a_textContrast);  // how to watch
+    xChoose("Robot/Mode");
+    QTest::keyClick(xTree(), Qt::Key_D, Qt::ControlModifier);
+    QTRY_COMPARE(watch->model()->rowCount(), 1);
+    fRobot->remove("Robot/Mode");
+    const QModelIndex value = watch->model()->index(0, a_valueColumn);
+    QTRY_COMPARE(value.data().toString(), QStringLiteral("not there"));
+    for (const QModelIndex& index : {value, value.siblingAtColumn(0)}) {
+        const Colours colours = coloursIn(watch->viewport(), watch->visualRect(index));
+        QVERIFY(colours.fContrast >= a_textContrast);
+    }
+}
+
+void LooksTest::whatIsWrongCanBeRead() {
+    auto* filter = xPart<QLineEdit>("memoryFilter");
+    filter->setText(QStringLiteral("re:("));
+    QTRY_VERIFY(!noticeOf(fViewer).isEmpty());
+    const int inside = filter->height() / 4;
+    const QRect text(2 * inside, inside, filter->width() / 2, 2 * inside);
+    QVERIFY(coloursIn(filter, text).fContrast >= a_textContrast);
+    QVERIFY(coloursIn(xPart<QLabel>("memoryNotice")).fContrast >= a_textContrast);
+    QVERIFY(coloursIn(xPart<QLabel>("memoryStatus")).fContrast >= a_textContrast);
+    filter->setText(QStringLiteral("nosuchkey"));
+    QTRY_VERIFY(!messageOf(fViewer).isEmpty());
+    QVERIFY(coloursIn(xPart<QLabel>("memoryMessage")).fContrast >= a_textContrast);
+}
+
+void LooksTest::plotsCanBeRead() {
+    xPlot();
+    QVERIFY(xCanvas() != nullptr);
+    int value = 0;
+    QTRY_VERIFY((fRobot->set(a_number, 100.0 * (++value % 2)),
+                 coloursIn(xCanvas()).fContrast >= a_lineContrast));
+    int scales = 0;
+    for (QWidget* part : xPart<QWidget>("plot")->findChildren<QWidget*>()) {
+        if (part->inherits("QwtScaleWidget") && part->isVisible()) {
+            QVERIFY(coloursIn(part).fContrast >= a_textContrast);
+            ++scales;
+        }
+    }
+    QCOMPARE(scales, 2);
+    auto* legend = xPart<QTreeView>("plotLegend");
+    const QModelIndex curve = legend->model()->index(0, 0, legend->model()->index(0, 0));
+    QVERIFY(coloursIn(legend->viewport(), legend->visualRect(curve)).fContrast >= a_textContrast);
+}
+
+void LooksTest::cutsNoTextOff() {
+    xPlot();
+    for (const auto* button : fViewer->findChildren<QAbstractButton*>()) {
+        if (button->isVisible() && !button->text().isEmpty()) {
+            const QSize wanted = button->sizeHint();
+            QVERIFY2(button->width() >= wanted.width() && button->height() >= wanted.height(),
+                     qPrintable(button->text()));
+        }
+    }
+    for (const auto* box : fViewer->findChildren<QComboBox*>()) {
+        QVERIFY(box->width() >= box->sizeHint().width());
+    }
+    for (const auto* more : fViewer->findChildren<QWidget*>("qt_toolbar_ext_button")) {
+        QVERIFY(!more->isVisible());
+    }
+    const QHeaderView* titles = xTree()->header();
+    for (int column = 0; column < titles->count(); ++column) {
+        const QString title = titles->model()->headerData(column, Qt::Horizontal).toString();
+        QVERIFY2(titles->sectionSize(column) >= titles->sectionSizeHint(column), qPrintable(title));
+    }
+    QVERIFY(xCell(a_valueColumn).height() >= xTree()->fontMetrics().height());
+}
+
+OBVISTA_QTEST_MAIN(LooksTest)
+#include "looks_test.moc"
