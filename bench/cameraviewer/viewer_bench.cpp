@@ -13,6 +13,7 @@
 // Memory is told as the slope of the line through one reading a second: a reading alone is as many
 // frames off as happen to be on their way, each of them nearly a megabyte.
 #include "figures.h"
+#include "ros_master.h"
 #include "screen_watch.h"
 
 #include <robaxi/kv_broker.h>
@@ -287,12 +288,9 @@ void describeImageView(const QString& folder) {
 void measureImageView(const Camera& camera, double time) {
     const QTemporaryDir folder;
     describeImageView(folder.path());
-    const std::string masterPort = std::to_string(obvista_test::freePort());
-    ::setenv("ROS_MASTER_URI", ("http://127.0.0.1:" + masterPort).c_str(), 1);
-    ::setenv("ROS_IP", "127.0.0.1", 1);
     const RobotProcess robot;
     set(robot.port(), camera);
-    const ChildProcess master({"rosmaster", "--core", "-p", masterPort});
+    const bench::RosMaster master;
     const ChildProcess publisher({OBVISTA_BENCH_ROS, std::to_string(robot.port())});
     ChildProcess program({"/usr/lib/image_view/image_view", "image:=/image", "_autosize:=true"});
     print(camera, "image_view", observe(program, findOnScreen(program, camera), time));

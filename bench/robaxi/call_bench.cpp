@@ -1,13 +1,14 @@
-// Round trip and rate of small calls, beside plain TCP with the same hand-over between threads; and
-// round trip over a connection that carries a camera's frames too, beside one that does not. The
-// robot's end runs in a process of its own. Rounds of all alternate, so that what else the machine
-// does falls on all alike.
+// Round trip and rate of small calls, beside plain TCP with the same hand-over between threads (and
+// roscpp beside the same, where it is installed); and round trip over a connection that carries a
+// camera's frames too, beside one that does not. The robot's end runs in a process of its own.
+// Rounds of all alternate, so that what else the machine does falls on all alike.
 //
 //   call_bench [ROUNDS]
 #include "brokers.h"
 #include "camera.h"
 #include "far_end.h"
 #include "figures.h"
+#include "ros_peer.h"
 #include "tcp_peer.h"
 
 #include <robaxi/kv_broker.h>
@@ -22,6 +23,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -100,13 +102,22 @@ class Measurement {
         xMeasureBesideCamera();
         fPlainRates.push_back(measureRate(fCallPlain));
         fRates.push_back(measureRate(fCall));
+        if (fRos) {
+            measureRoundTrips(fCallRos, fRosTimes);
+            fRosRates.push_back(measureRate(fCallRos));
+        }
     }
 
     void print() {
         bench::printHeading();
         xCompareTimes(fTimes, fPlainTimes);
-        bench::compare("calls a second, 8 outstanding", bench::median(fRates),
-                       bench::median(fPlainRates), "/s");
+        xCompareRates(fRates, fPlainRates);
+        if (fRos) {
+            std::puts("");
+            bench::printHeading("plain TCP", "roscpp");
+            xCompareTimes(fRosTimes, fPlainTimes);
+            xCompareRates(fRosRates, fPlainRates);
+        }
         std::printf("\n640x480 RGB camera at %d a second over the same connection\n",
                     a_framesOfSecond);
         bench::printHeading("without", "with");
@@ -127,6 +138,11 @@ class Measurement {
                        bench::quantile(peers, almostAll), "us");
     }
 
+    static void xCompareRates(std::vector<double>& ours, std::vector<double>& peers) {
+        bench::compare("calls a second, 8 outstanding", bench::median(ours), bench::median(peers),
+                       "/s");
+    }
+
     void xMeasureBesideCamera() {
         const bench::Watcher watcher(
             KVConnection::open(fBroker, bench::a_loopback, fFarEnd.brokerPort(), a_timeOut));
@@ -141,11 +157,15 @@ class Measurement {
     tcp_peer::Client fPlain{fFarEnd.plainPort()};
     const Call fCall = [this] { fProxy.callVoid("echo", 42); };
     const Call fCallPlain = [this] { fPlain.call(); };
+    const std::unique_ptr<bench::RosPeer> fRos = bench::RosPeer::start();
+    const Call fCallRos = [this] { fRos->call(); };
     std::vector<double> fTimes;
     std::vector<double> fTimesBesideCamera;
     std::vector<double> fPlainTimes;
     std::vector<double> fRates;
     std::vector<double> fPlainRates;
+    std::vector<double> fRosTimes;
+    std::vector<double> fRosRates;
     unsigned long long fFrames = 0;
     unsigned long long fFramesLeftOut = 0;
 };

@@ -50,8 +50,12 @@ Flow measureFlow(pid_t farEnd, const std::atomic<std::uint64_t>& count,
     const double processorAtStart = processorTime();
     const std::uint64_t countAtStart = count;
     std::this_thread::sleep_for(length);
-    return {std::chrono::duration<double>(Clock::now() - start).count(),
-            processorTime() - processorAtStart, static_cast<double>(count - countAtStart)};
+    const Flow flow{std::chrono::duration<double>(Clock::now() - start).count(),
+                    processorTime() - processorAtStart, static_cast<double>(count - countAtStart)};
+    if (flow.fMoved == 0) {
+        throw std::runtime_error("nothing moved in the time of a measurement");
+    }
+    return flow;
 }
 
 int runMain(int argc, char** argv, int usualRounds, const std::function<int()>& serve,

@@ -30,7 +30,9 @@ struct Flow {
     double cost() const { return fProcessorSeconds / fMoved; }
 };
 
-/** Lets a flow go on for some seconds and measures it, by a count that only grows. */
+/** Lets a flow go on for some seconds and measures it, by a count that only grows.
+ *
+ *  @throws std::runtime_error when nothing moves */
 Flow measureFlow(pid_t farEnd, const std::atomic<std::uint64_t>& count,
                  std::chrono::milliseconds length);
 

@@ -1,5 +1,5 @@
 // Frames of a camera that reach a client, in bytes a second, and the processor time a gigabyte
-// takes, beside the same bytes over plain TCP.
+// takes, beside the same bytes over plain TCP (and roscpp beside the same, where it is installed).
 //
 //   robaxi_frame_bench [ROUNDS]
 #include "brokers.h"
@@ -7,11 +7,13 @@
 #include "far_end.h"
 #include "figures.h"
 #include "plain_stream.h"
+#include "ros_peer.h"
 
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_connection.h>
 
 #include <atomic>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <thread>
@@ -65,6 +67,9 @@ int measure(int rounds) {
     constexpr double gigabyte = 1e9;
     constexpr double millisecond = 1e-3;
     const bench::FarEnd farEnd;
+    const auto ros = bench::RosPeer::start();
+    std::vector<double> rosRates;
+    std::vector<double> rosCosts;
     std::vector<double> ourRates;
     std::vector<double> plainRates;
     std::vector<double> ourCosts;
@@ -76,12 +81,26 @@ int measure(int rounds) {
         ourRates.push_back(ours.rate());
         plainCosts.push_back(plain.cost());
         ourCosts.push_back(ours.cost());
+        if (ros) {
+            const bench::Flow flow =
+                ros->follow(bench::RosPeer::Topic::Images, a_warmUp, a_lengthOfRound);
+            rosRates.push_back(flow.rate());
+            rosCosts.push_back(flow.cost());
+        }
     }
+    const auto compare = [&](std::vector<double>& rates, std::vector<double>& costs) {
+        bench::compare("image bytes a second", bench::median(rates) / megabyte,
+                       bench::median(plainRates) / megabyte, "MB");
+        bench::compare("processor time a gigabyte", bench::median(costs) * gigabyte / millisecond,
+                       bench::median(plainCosts) * gigabyte / millisecond, "ms");
+    };
     bench::printHeading();
-    bench::compare("image bytes a second", bench::median(ourRates) / megabyte,
-                   bench::median(plainRates) / megabyte, "MB");
-    bench::compare("processor time a gigabyte", bench::median(ourCosts) * gigabyte / millisecond,
-                   bench::median(plainCosts) * gigabyte / millisecond, "ms");
+    compare(ourRates, ourCosts);
+    if (ros) {
+        std::puts("");
+        bench::printHeading("plain TCP", "roscpp");
+        compare(rosRates, rosCosts);
+    }
     return EXIT_SUCCESS;
 }
 

@@ -1,12 +1,14 @@
 // Changes of 10,000 values that reach a client, and the processor time that each of them takes,
 // beside plain TCP on which each value goes with the name of its key. First as fast as it goes,
-// then 50 times a second.
+// then 50 times a second. Where roscpp is installed, it does the same as fast as it goes.
 //
 //   robaxi_update_bench [ROUNDS]
 #include "brokers.h"
 #include "far_end.h"
 #include "figures.h"
+#include "key_names.h"
 #include "plain_stream.h"
+#include "ros_peer.h"
 
 #include <robaxi/kv_connection.h>
 #include <robaxi/kv_module.h>
@@ -25,7 +27,6 @@
 #include <string>
 #include <string_view>
 #include <thread>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -33,22 +34,11 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int a_keys = 10000;
 constexpr int a_timeOut = 10;           // seconds
 constexpr double a_highestRate = 1000;  // the most that a subscription may ask for
 constexpr double a_usualRate = 50;
 constexpr std::chrono::milliseconds a_lengthOfRound{1000};
 constexpr std::chrono::milliseconds a_warmUp{300};
-
-std::vector<std::string> keyNames() {
-    std::vector<std::string> names;
-    names.reserve(a_keys);
-    for (int i = 0; i < a_keys; ++i) {
-        names.push_back("Load/Unit" + std::to_string(1000 + i / 10) + "/Drive" +
-                        std::to_string(i % 10) + "/Position");
-    }
-    return names;
-}
 
 /** Waits between the steps of a flow of so many a second. */
 class Pace {
@@ -70,7 +60,7 @@ class Pace {
 class Changes {
   public:
     explicit Changes(boost::shared_ptr<KVValueTable> table) : fTable(std::move(table)) {
-        for (const std::string& name : keyNames()) {
+        for (const std::string& name : bench::keyNames()) {
             KVKeyInfo key;
             key.fName = name;
             fValues.emplace_back(fTable->addKey(key, 0.0), 0.0);
@@ -137,7 +127,7 @@ class PlainMessages {
     }
 
   private:
-    const std::vector<std::string> fNames = keyNames();
+    const std::vector<std::string> fNames = bench::keyNames();
     Pace fPace;
     std::atomic<std::size_t> fKeysTogether{1};
     std::size_t fNext = fNames.size();
@@ -205,12 +195,6 @@ bench::Flow measureOurs(const bench::FarEnd& farEnd, KVProxy& memory, double rat
 /** Finds each value's key by its name. */
 class PlainValues {
   public:
-    PlainValues() {
-        for (const std::string& name : fNames) {
-            fValues.emplace(name, 0.0);
-        }
-    }
-
     void read(const plain_stream::Client& client) {
         constexpr std::size_t most = std::size_t{256} * 1024;
         std::string buffer(most, 0);
@@ -248,8 +232,7 @@ class PlainValues {
         return at;
     }
 
-    const std::vector<std::string> fNames = keyNames();
-    std::unordered_map<std::string_view, double> fValues;
+    bench::NamedValues fValues;
     std::atomic<bool> fStop{false};
 };
 
@@ -266,38 +249,70 @@ bench::Flow measurePlain(const bench::FarEnd& farEnd, KVProxy& memory, double ra
     return flow;
 }
 
-void compareFlows(const bench::FarEnd& farEnd, KVProxy& memory, double rate, int keysTogether,
-                  int rounds) {
-    constexpr double thousand = 1000;
-    constexpr double nanosecond = 1e-9;
-    std::vector<double> ourRates;
-    std::vector<double> plainRates;
-    std::vector<double> ourCosts;
-    std::vector<double> plainCosts;
-    for (int round = 0; round < rounds; ++round) {
-        const bench::Flow plain = measurePlain(farEnd, memory, rate, keysTogether);
-        const bench::Flow ours = measureOurs(farEnd, memory, rate);
-        plainRates.push_back(plain.rate());
-        ourRates.push_back(ours.rate());
-        plainCosts.push_back(plain.cost());
-        ourCosts.push_back(ours.cost());
+/** What several rounds of a flow came to. */
+class Flows {
+  public:
+    void add(const bench::Flow& flow) {
+        fRates.push_back(flow.rate());
+        fCosts.push_back(flow.cost());
     }
-    std::printf("%s, plain TCP with %s\n", rate == a_highestRate ? "flat out" : "50 times a second",
-                keysTogether == 1 ? "a message for each value" : "all values in one message");
-    bench::compare("  updates a second", bench::median(ourRates) / thousand,
-                   bench::median(plainRates) / thousand, "thousand");
-    bench::compare("  processor time an update", bench::median(ourCosts) / nanosecond,
-                   bench::median(plainCosts) / nanosecond, "ns");
-}
+
+    void compareWith(Flows& peers) {
+        constexpr double thousand = 1000;
+        constexpr double nanosecond = 1e-9;
+        bench::compare("  updates a second", bench::median(fRates) / thousand,
+                       bench::median(peers.fRates) / thousand, "thousand");
+        bench::compare("  processor time an update", bench::median(fCosts) / nanosecond,
+                       bench::median(peers.fCosts) / nanosecond, "ns");
+    }
+
+  private:
+    std::vector<double> fRates;
+    std::vector<double> fCosts;
+};
+
+class Measurement {
+  public:
+    explicit Measurement(int rounds) : fRounds(rounds) {}
+
+    void compareFlows(double rate, int keysTogether) {
+        const bool hasRos = fRos && rate == a_highestRate;  // it is not told how fast to be
+        Flows plain;
+        Flows ours;
+        Flows ros;
+        for (int round = 0; round < fRounds; ++round) {
+            plain.add(measurePlain(fFarEnd, fMemory, rate, keysTogether));
+            ours.add(measureOurs(fFarEnd, fMemory, rate));
+            if (hasRos) {
+                using Topic = bench::RosPeer::Topic;
+                const Topic topic = keysTogether == 1 ? Topic::OneValue : Topic::AllValues;
+                ros.add(fRos->follow(topic, a_warmUp, a_lengthOfRound));
+            }
+        }
+        std::printf("%s, plain TCP with %s\n",
+                    rate == a_highestRate ? "flat out" : "50 times a second",
+                    keysTogether == 1 ? "a message for each value" : "all values in one message");
+        ours.compareWith(plain);
+        if (hasRos) {
+            std::puts("  roscpp with the same, in place of robaxi");
+            ros.compareWith(plain);
+        }
+    }
+
+  private:
+    const int fRounds;
+    const bench::FarEnd fFarEnd;
+    KVProxy fMemory{
+        "Memory", bench::a_loopback, fFarEnd.brokerPort(), bench::makeClient(), a_timeOut, 0};
+    const std::unique_ptr<bench::RosPeer> fRos = bench::RosPeer::start();
+};
 
 int measure(int rounds) {
-    const bench::FarEnd farEnd;
-    KVProxy memory("Memory", bench::a_loopback, farEnd.brokerPort(), bench::makeClient(), a_timeOut,
-                   0);
+    Measurement measurement(rounds);
     bench::printHeading();
     for (const double rate : {a_highestRate, a_usualRate}) {
-        for (const int keysTogether : {1, a_keys}) {
-            compareFlows(farEnd, memory, rate, keysTogether, rounds);
+        for (const int keysTogether : {1, bench::a_keys}) {
+            measurement.compareFlows(rate, keysTogether);
         }
     }
     return EXIT_SUCCESS;
