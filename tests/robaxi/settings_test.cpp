@@ -65,12 +65,13 @@ TEST_F(Settings, AreReadFromTheUsersFolder) {
 }
 
 TEST_F(Settings, OfTheServerAreRead) {
+    const Variable home("HOME", "/home/somebody");
     const KVSettings settings = load(
         "; who we are\n[server]\ncertificate = robot.pem\nkey = /etc/robot-key.pem\n"
         "token = ~/token\nplain-token = yes\n");
     EXPECT_EQ(settings.fServer.fCertificate, fFolder.path("robot.pem"));
     EXPECT_EQ(settings.fServer.fKey, "/etc/robot-key.pem");
-    EXPECT_EQ(settings.fServer.fTokenFile, std::string(std::getenv("HOME")) + "/token");
+    EXPECT_EQ(settings.fServer.fTokenFile, "/home/somebody/token");
     EXPECT_TRUE(settings.fServer.fAllowsPlainToken);
 }
 
