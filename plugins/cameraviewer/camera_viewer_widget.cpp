@@ -212,7 +212,7 @@ void CameraViewerWidget::xOnCameraChosen() {
 }
 
 void CameraViewerWidget::xOnPicture(const DecodedPicture& decoded) {
-    if (fHistogram->isVisibleTo(this)) {
+    if (fActions->histogram()->isChecked()) {
         fHistogram->showHistogram(decoded.fHistogram);
     }
     if (decoded.fHistogram && fHistogram->isStretching()) {
@@ -241,7 +241,7 @@ void CameraViewerWidget::xShowHistogram(bool isShown) {
 }
 
 void CameraViewerWidget::xApplyStretch() {
-    const bool isWanted = fHistogram->isVisibleTo(this) && fHistogram->isStretching();
+    const bool isWanted = fActions->histogram()->isChecked() && fHistogram->isStretching();
     const std::optional<Histogram> histogram =
         isWanted && fView->hasPicture() ? histogramOf(fView->picture().fImage) : std::nullopt;
     if (histogram) {

@@ -16,6 +16,7 @@
 #include <QtTest>
 #include <qt_test_main.h>
 
+#include <algorithm>
 #include <memory>
 
 using namespace obvista_test;
@@ -41,6 +42,37 @@ class Stalls : public QObject {
     QElapsedTimer fSince;
     qint64 fLongest = 0;
 };
+
+/** The colours of a dark desktop, while it lives. */
+class DarkPalette {
+  public:
+    DarkPalette() : fBefore(QApplication::palette()) {
+        QPalette dark(QColor(53, 53, 53), QColor(35, 35, 35));
+        dark.setColor(QPalette::ToolTipBase, QColor(20, 20, 20));
+        dark.setColor(QPalette::ToolTipText, Qt::white);
+        QApplication::setPalette(dark);
+    }
+    ~DarkPalette() { QApplication::setPalette(fBefore); }
+    DarkPalette(const DarkPalette&) = delete;
+    DarkPalette& operator=(const DarkPalette&) = delete;
+
+  private:
+    QPalette fBefore;
+};
+
+/** Between the darkest and the brightest of what is on a widget, of 255. */
+int contrastOf(QWidget& widget) {
+    const QImage shot = widget.grab().toImage().convertToFormat(QImage::Format_Grayscale8);
+    int darkest = 255;
+    int brightest = 0;
+    for (int y = 0; y < shot.height(); ++y) {
+        const uchar* line = shot.constScanLine(y);
+        const auto [low, high] = std::minmax_element(line, line + shot.width());
+        darkest = std::min<int>(darkest, *low);
+        brightest = std::max<int>(brightest, *high);
+    }
+    return brightest - darkest;
+}
 
 }  // namespace
 
@@ -88,6 +120,7 @@ class ViewingTest : public QObject {
     void showsTheHistogramOfGreyPictures();
     void canBeReadByAScreenReader();
     void keepsEverythingWithinReachInANarrowDock();
+    void canBeReadInADarkPalette();
     void isNoTrapForOtherLocales();
 
   private:
@@ -640,6 +673,23 @@ void ViewingTest::keepsEverythingWithinReachInANarrowDock() {
         taken += part->geometry();
     }
     QVERIFY(pictureOf(viewer)->isVisible() || !messageOf(viewer).isEmpty());
+}
+
+void ViewingTest::canBeReadInADarkPalette() {
+    const DarkPalette dark;
+    QWidget* viewer = xShow();
+    actionOf(viewer, "histogramAction")->trigger();
+    fRobot->publish("head", plainFrame(QColor(77, 77, 77), KVPixelFormat::Grey8));
+    QTRY_COMPARE(labelText(viewer, "histogramText"), QStringLiteral("Range 77 to 77\nMean 77.0"));
+    actionOf(viewer, "pauseAction")->trigger();
+    QTRY_VERIFY(!noticeOf(viewer).isEmpty());
+    actionOf(viewer, "copyFiguresAction")->trigger();
+    QTRY_VERIFY(!toldOf(viewer).isEmpty());
+    for (const char* name : {"cameraStatus", "cameraReadout", "cameraNotice", "cameraTold",
+                             "histogramText", "histogramBars", "cameraBox", "viewButton"}) {
+        auto* part = viewer->findChild<QWidget*>(QLatin1String(name));
+        QVERIFY2(contrastOf(*part) > 120, name);
+    }
 }
 
 void ViewingTest::isNoTrapForOtherLocales() {

@@ -46,6 +46,7 @@ class WindowTest : public QObject {
     void countsWhatIsTrue();
     void saysWhenTheRobotFallsSilentAndGoesOn();
     void reportsARobotThatIsKilled();
+    void showsARobotThatWasStartedAgain();
     void stopsWhileItIsMinimised();
     void showsTwoCamerasOfTwoRobots();
     void recordsWhatThePicturesSay();
@@ -159,6 +160,20 @@ void WindowTest::reportsARobotThatIsKilled() {
     QTRY_COMPARE_WITH_TIMEOUT(lost.size(), 1, 3000);
     QCOMPARE(noticeOf(fViewer), QStringLiteral("The robot is lost. This is the last picture."));
     QVERIFY(!boxOf(fViewer, "cameraBox")->isEnabled());
+}
+
+void WindowTest::showsARobotThatWasStartedAgain() {
+    QVERIFY(choose(fViewer, "formatBox", QStringLiteral("Grey")));
+    QTRY_VERIFY(readoutOf(fViewer).contains(QLatin1String("Grey")));
+    RobotProcess::Settings samePort;
+    samePort.fPort = fRobot->port();
+    fRobot->kill();
+    QTRY_VERIFY(noticeOf(fViewer).startsWith(QLatin1String("The robot is lost.")));
+    fRobot = std::make_unique<RobotProcess>(samePort);
+    QWidget* again = fDriver->show(fRobot->port());
+    QTRY_VERIFY(xStampAfter(again, 0).has_value());
+    // It has forgotten how it was set, and is told.
+    QTRY_VERIFY(readoutOf(again).contains(QLatin1String("Grey")));
 }
 
 void WindowTest::stopsWhileItIsMinimised() {
