@@ -12,6 +12,8 @@
 #include <map>
 #include <set>
 #include <string>
+#include <utility>
+#include <vector>
 
 using robot::HumanoidInputs;
 using robot::HumanoidModel;
@@ -137,10 +139,14 @@ TEST_F(HumanoidModelTest, everyNumberHasAUnitThatIsKnown) {
 }
 
 TEST_F(HumanoidModelTest, jointsStayWithinTheirLimits) {
+    std::vector<std::pair<robot::Joint, std::size_t>> indices;
     for (const robot::Joint& joint : joints()) {
-        const std::size_t index = indexOf(jointKey(joint, "Position"));
-        for (std::uint64_t step = 0; step < minutes(2); step += 29) {
-            const double angle = fModel.evaluate(step, fInputs)[index].toFloat();
+        indices.emplace_back(joint, indexOf(jointKey(joint, "Position")));
+    }
+    for (std::uint64_t step = 0; step < minutes(2); step += 29) {
+        const auto values = fModel.evaluate(step, fInputs);
+        for (const auto& [joint, index] : indices) {
+            const double angle = values[index].toFloat();
             ASSERT_GE(angle, joint.fMin) << joint.fName;
             ASSERT_LE(angle, joint.fMax) << joint.fName;
         }
