@@ -127,6 +127,8 @@ void HostileMemory::xAddNumbers() {
     xAdd("Number/EndOfRange", "m", endOfRange);
     xAdd("Number/NotANumber", "m",
          [](std::uint64_t) { return std::numeric_limits<double>::quiet_NaN(); });
+    xAdd("Number/<h1>loud", "<b>m</b>",
+         [](std::uint64_t step) { return static_cast<double>(step) / 2; });
     xAdd("Number/WholeEnds", "",
          [](std::uint64_t step) { return step % 2 == 0 ? Limits::min() : Limits::max(); });
 }

@@ -1,13 +1,23 @@
 #include "viewer_driver.h"
 
 #include <QAbstractItemModel>
+#include <QItemSelectionModel>
+#include <QLineEdit>
 #include <QTreeView>
+#include <QtTest>
 
 namespace obvista_test {
 
 namespace {
 
-constexpr int a_valueColumn = 1;
+int columnOf(const QAbstractItemModel& model, const QString& title) {
+    for (int column = 0; column < model.columnCount(); ++column) {
+        if (model.headerData(column, Qt::Horizontal).toString() == title) {
+            return column;
+        }
+    }
+    return -1;
+}
 
 }  // namespace
 
@@ -16,6 +26,14 @@ ViewerDriver::ViewerDriver() : PluginDriver(QStringLiteral("memoryviewer")) {
 
 QTreeView* treeOf(QWidget* viewer) {
     return viewer->findChild<QTreeView*>(QStringLiteral("memoryTree"));
+}
+
+QTreeView* watchOf(QWidget* viewer) {
+    return viewer->findChild<QTreeView*>(QStringLiteral("memoryWatch"));
+}
+
+QLineEdit* filterOf(QWidget* viewer) {
+    return viewer->findChild<QLineEdit*>(QStringLiteral("memoryFilter"));
 }
 
 QModelIndex indexOf(QWidget* viewer, const QString& path) {
@@ -40,14 +58,41 @@ QModelIndex indexOf(QWidget* viewer, const char* path) {
 }
 
 QString valueOf(QWidget* viewer, const QString& path) {
-    const QModelIndex index = indexOf(viewer, path);
-    treeOf(viewer)->scrollTo(index);
-    return index.isValid() ? index.sibling(index.row(), a_valueColumn).data().toString()
-                           : QString();
+    return cellOf(viewer, path, QStringLiteral("Value"));
 }
 
 QString valueOf(QWidget* viewer, const char* path) {
     return valueOf(viewer, QString::fromUtf8(path));
+}
+
+QString cellOf(QWidget* viewer, const QString& path, const QString& title) {
+    QTreeView* tree = treeOf(viewer);
+    const QModelIndex index = indexOf(viewer, path);
+    tree->scrollTo(index);
+    const int column = columnOf(*tree->model(), title);
+    return index.isValid() ? index.sibling(index.row(), column).data().toString() : QString();
+}
+
+QString cellOf(QWidget* viewer, const char* path, const char* title) {
+    return cellOf(viewer, QString::fromUtf8(path), QString::fromUtf8(title));
+}
+
+void choose(QWidget* viewer, const char* path) {
+    const QModelIndex index = indexOf(viewer, path);
+    QVERIFY2(index.isValid(), path);
+    QTreeView* tree = treeOf(viewer);
+    tree->setFocus();
+    tree->scrollTo(index);
+    // The view itself would add to the choice when it takes Ctrl for still pressed.
+    tree->selectionModel()->setCurrentIndex(
+        index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+}
+
+void typeFilter(QWidget* viewer, const QString& filter) {
+    QLineEdit* field = filterOf(viewer);
+    field->setFocus();
+    field->clear();
+    QTest::keyClicks(field, filter);
 }
 
 QString statusOf(QWidget* viewer) {

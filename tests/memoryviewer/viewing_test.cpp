@@ -47,11 +47,9 @@ class ViewingTest : public QObject {
   private:
     void xOpen();
     QTreeView* xTree() const { return treeOf(fViewer); }
-    QTreeView* xWatch() const { return fViewer->findChild<QTreeView*>("memoryWatch"); }
-    QLineEdit* xFilter() const { return fViewer->findChild<QLineEdit*>("memoryFilter"); }
-    void xType(const QString& filter);
+    QTreeView* xWatch() const { return watchOf(fViewer); }
+    QLineEdit* xFilter() const { return filterOf(fViewer); }
     QStringList xTopNames() const;
-    void xChoose(const char* path);
     void xEdit(const char* path, const QString& text);
     QString xValue(const char* path) const { return valueOf(fViewer, path); }
 
@@ -82,12 +80,6 @@ void ViewingTest::xOpen() {
     QTRY_VERIFY(xTree()->model()->rowCount() > 0);
 }
 
-void ViewingTest::xType(const QString& filter) {
-    xFilter()->setFocus();
-    xFilter()->clear();
-    QTest::keyClicks(xFilter(), filter);
-}
-
 QStringList ViewingTest::xTopNames() const {
     QStringList names;
     for (int row = 0; row < xTree()->model()->rowCount(); ++row) {
@@ -96,17 +88,9 @@ QStringList ViewingTest::xTopNames() const {
     return names;
 }
 
-void ViewingTest::xChoose(const char* path) {
-    const QModelIndex index = indexOf(fViewer, path);
-    QVERIFY2(index.isValid(), path);
-    xTree()->setFocus();
-    xTree()->scrollTo(index);
-    xTree()->setCurrentIndex(index);
-}
-
 void ViewingTest::xEdit(const char* path, const QString& text) {
     QTRY_VERIFY(!xValue(path).isEmpty());
-    xChoose(path);
+    choose(fViewer, path);
     const QModelIndex index = indexOf(fViewer, path);
     xTree()->setCurrentIndex(index.sibling(index.row(), 1));
     QTest::keyClick(xTree(), Qt::Key_F2);
@@ -130,17 +114,17 @@ void ViewingTest::filtersWhileTyping() {
 }
 
 void ViewingTest::saysThatNothingFitsTheFilter() {
-    xType(QStringLiteral("nosuchkey"));
+    typeFilter(fViewer, QStringLiteral("nosuchkey"));
     QTRY_VERIFY2(messageOf(fViewer).contains(QLatin1String("fits the filter \"nosuchkey\"")),
                  qPrintable(messageOf(fViewer)));
     QVERIFY(statusOf(fViewer).contains(QLatin1String("0 of ")));
 }
 
 void ViewingTest::saysWhatIsWrongWithTheFilter() {
-    xType(QStringLiteral("battery re:("));
+    typeFilter(fViewer, QStringLiteral("battery re:("));
     QTRY_VERIFY(noticeOf(fViewer).contains(QLatin1String("is no regular expression")));
     QCOMPARE(xTopNames(), QStringList{"Battery"});
-    xType(QStringLiteral("battery"));
+    typeFilter(fViewer, QStringLiteral("battery"));
     QTRY_COMPARE(noticeOf(fViewer), QString());
 }
 
@@ -175,7 +159,7 @@ void ViewingTest::followsAllKeysForALiveSort() {
 
 void ViewingTest::keepsValuesWhilePaused() {
     QTRY_VERIFY(!xValue("Battery/Voltage").isEmpty());
-    xChoose("Battery/Voltage");
+    choose(fViewer, "Battery/Voltage");
     QTest::keyClick(xTree(), Qt::Key_Space, Qt::ControlModifier);
     QTRY_VERIFY(noticeOf(fViewer).startsWith(QLatin1String("Paused.")));
     fDriver->letTimePass();
@@ -190,7 +174,7 @@ void ViewingTest::keepsValuesWhilePaused() {
 }
 
 void ViewingTest::remembersFilterFormAndRate() {
-    xType(QStringLiteral("battery"));
+    typeFilter(fViewer, QStringLiteral("battery"));
     QTest::mouseClick(fViewer->findChild<QToolButton*>("memoryFlat"), Qt::LeftButton);
     auto* rate = fViewer->findChild<QComboBox*>("memoryRate");
     rate->setCurrentIndex(rate->findData(50));
@@ -202,10 +186,10 @@ void ViewingTest::remembersFilterFormAndRate() {
 }
 
 void ViewingTest::remembersWhatIsWatchedForTheRobot() {
-    xChoose("Battery/Voltage");
+    choose(fViewer, "Battery/Voltage");
     QTest::keyClick(xTree(), Qt::Key_D, Qt::ControlModifier);
     QTRY_COMPARE(xWatch()->model()->rowCount(), 1);
-    xType(QStringLiteral("joint"));
+    typeFilter(fViewer, QStringLiteral("joint"));
     const auto value = [this] { return xWatch()->model()->index(0, 1).data().toString(); };
     QTRY_VERIFY(!value().isEmpty());
     const QString before = value();
@@ -219,7 +203,7 @@ void ViewingTest::remembersWhatIsWatchedForTheRobot() {
 }
 
 void ViewingTest::plotsWhatIsChosen() {
-    xChoose("Battery/Voltage");
+    choose(fViewer, "Battery/Voltage");
     QTest::keyClick(xTree(), Qt::Key_P, Qt::ControlModifier);
     auto* legend = fViewer->findChild<QTreeView*>("plotLegend");
     QTRY_VERIFY(legend->isVisible());
@@ -253,7 +237,7 @@ void ViewingTest::takesARefusedValueBack() {
 
 void ViewingTest::copiesRowsAsText() {
     QTRY_VERIFY(!xValue("Audio/Volume").isEmpty());
-    xChoose("Audio/Volume");
+    choose(fViewer, "Audio/Volume");
     QTest::keyClick(xTree(), Qt::Key_C, Qt::ControlModifier);
     QCOMPARE(QGuiApplication::clipboard()->text(),
              QStringLiteral("Audio/Volume\t%1\t%\tint").arg(xValue("Audio/Volume")));
@@ -277,10 +261,9 @@ void ViewingTest::agreesWithTheRobotAboutRates() {
     xOpen();
     auto* rate = fViewer->findChild<QComboBox*>("memoryRate");
     rate->setCurrentIndex(rate->findData(50));
-    xType(QStringLiteral("Unit000/Drive0"));
+    typeFilter(fViewer, QStringLiteral("Unit000/Drive0"));
     const auto shown = [&] {
-        const QModelIndex key = indexOf(fViewer, "Load/Unit000/Drive0/Steps");
-        return key.sibling(key.row(), 4).data().toString().toDouble();
+        return cellOf(fViewer, "Load/Unit000/Drive0/Steps", "Rate").toDouble();
     };
     QTRY_VERIFY2_WITH_TIMEOUT(shown() >= 19 && shown() <= 21, qPrintable(QString::number(shown())),
                               15000);
