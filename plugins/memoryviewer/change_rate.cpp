@@ -12,12 +12,12 @@ constexpr double a_periodsOfStandstill = 3;
 
 }  // namespace
 
-void ChangeRate::add(std::int64_t time) {
+void ChangeRate::add(std::int64_t time, int changes) {
     if (fBase == 0 || time < fLast) {
         reset();  // the first change, or the robot's clock was set back
         fBase = time;
     } else {
-        ++fChanges;
+        fChanges += changes;
     }
     fLast = time;
 }

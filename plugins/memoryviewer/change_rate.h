@@ -15,8 +15,9 @@ namespace memoryviewer {
  */
 class ChangeRate {
   public:
-    /** A change at `time`, in microseconds by the robot's clock. */
-    void add(std::int64_t time);
+    /** A change at `time`, in microseconds by the robot's clock, or some of which it was the last.
+     */
+    void add(std::int64_t time, int changes = 1);
     /** Ends a turn, about once a second. @param now by the robot's clock */
     void endTurn(std::int64_t now);
 

@@ -65,18 +65,18 @@ void KeyStore::remove(const std::vector<std::uint32_t>& ids) {
     Q_EMIT aboutToRemove(gone);
 }
 
-void KeyStore::change(std::vector<KVChange> changes, std::int64_t arrival) {
+void KeyStore::change(std::vector<MergedChange> changes, std::int64_t arrival) {
     std::vector<ChangedKey> changedKeys;
     changedKeys.reserve(changes.size());
-    for (KVChange& change : changes) {
-        const auto found = fKeys.find(change.fId);
+    for (MergedChange& change : changes) {
+        const auto found = fKeys.find(change.fNewest.fId);
         if (found == fKeys.end()) {
             continue;
         }
         MemoryKey& key = *found->second;
         const KVValue::Type oldType = key.type();
         if (arrival != 0 && key.hasValue()) {
-            fClock.see(change.fTime, arrival);
+            fClock.see(change.fNewest.fTime, arrival);
         }
         if (xTakeOver(key, change)) {
             changedKeys.push_back({&key, key.type() != oldType});
@@ -89,26 +89,27 @@ void KeyStore::change(std::vector<KVChange> changes, std::int64_t arrival) {
 }
 
 /** A stamp of the future would hide for ever how old all other values are. */
-void KeyStore::xSeeNewest(const std::vector<KVChange>& changes) {
+void KeyStore::xSeeNewest(const std::vector<MergedChange>& changes) {
     const std::int64_t now = fClock.now();
-    for (const KVChange& change : changes) {
-        if (change.fTime <= now) {
-            fNewestTime = std::max(fNewestTime, change.fTime);
+    for (const MergedChange& change : changes) {
+        if (change.fNewest.fTime <= now) {
+            fNewestTime = std::max(fNewestTime, change.fNewest.fTime);
         }
     }
 }
 
-bool KeyStore::xTakeOver(MemoryKey& key, KVChange& change) {
+bool KeyStore::xTakeOver(MemoryKey& key, MergedChange& change) {
+    KVChange& newest = change.fNewest;
     const bool isFirst = !key.hasValue();
-    const bool isSame = !isFirst && key.fValue == change.fValue;
-    if (change.fTime != key.fTime) {
-        key.fRate.add(change.fTime);
+    const bool isSame = !isFirst && key.fValue == newest.fValue;
+    if (newest.fTime != key.fTime) {
+        key.fRate.add(newest.fTime, change.fCount);
     }
-    key.fTime = change.fTime;
+    key.fTime = newest.fTime;
     if (isSame) {
         return false;
     }
-    key.fValue = std::move(change.fValue);
+    key.fValue = std::move(newest.fValue);
     if (!isFirst) {
         key.fHasChanged = true;
         key.fMarkedUntil = fSinceStart.elapsed() + a_markTime;

@@ -42,7 +42,7 @@ class KeyStore : public QObject {
      *
      * @param arrival when they came, by this machine's clock; 0 when that is not known
      */
-    void change(std::vector<KVChange> changes, std::int64_t arrival = 0);
+    void change(std::vector<MergedChange> changes, std::int64_t arrival = 0);
 
     /** Brings rates up to date; to be called about once a second. */
     void endTurn();
@@ -76,8 +76,8 @@ class KeyStore : public QObject {
     void changed(const std::vector<memoryviewer::ChangedKey>& keys);
 
   private:
-    void xSeeNewest(const std::vector<KVChange>& changes);
-    bool xTakeOver(MemoryKey& key, KVChange& change);
+    void xSeeNewest(const std::vector<MergedChange>& changes);
+    bool xTakeOver(MemoryKey& key, MergedChange& change);
 
     std::unordered_map<std::uint32_t, std::unique_ptr<MemoryKey>> fKeys;
     std::unordered_map<std::string, const MemoryKey*> fByName;

@@ -55,21 +55,6 @@ QString toolTipText(const MemoryKey& key) {
     return text + QStringLiteral("</p>");
 }
 
-QVariant numberOf(const KeyStore& keys, const MemoryKey& key, int column) {
-    switch (column) {
-        case ValueColumn:
-            return isReadFromTheRight(key.fValue.type()) && key.fValue.type() != KVValue::Type::Bool
-                       ? QVariant(key.fValue.toFloat())
-                       : QVariant();
-        case RateColumn:
-            return key.fRate.perSecond();
-        case AgeColumn:
-            return key.hasValue() ? QVariant(ageOf(keys, key)) : QVariant();
-        default:
-            return {};
-    }
-}
-
 /** Three digits. What rounds up to 10 has one decimal as 10 has, so that it does not flicker. */
 QString figureText(double value) {
     constexpr double roundsToTen = 9.995;
@@ -111,8 +96,6 @@ QVariant keyCellData(const KeyStore& keys, const MemoryKey& key, int column, int
                             (isRightAligned(key, column) ? Qt::AlignRight : Qt::AlignLeft));
         case MarkedRole:
             return keys.isMarked(key);
-        case NumberRole:
-            return numberOf(keys, key, column);
         case KeyNameRole:
             return QString::fromStdString(key.fInfo.fName);
         default:
@@ -164,7 +147,7 @@ QVariant keyHeaderData(int column, Qt::Orientation orientation, int role) {
 QString ageText(double seconds) {
     const double age = std::max(seconds, 0.0);
     if (age < a_secondsInMinute - a_roundingOfSeconds) {
-        return translated("%1 s").arg(figureText(age));
+        return translated("%1 s").arg(age < 1 ? QString::number(age, 'f', 3) : figureText(age));
     }
     const auto whole = static_cast<qint64>(age + a_roundingOfSeconds);
     if (whole < a_secondsInHour) {

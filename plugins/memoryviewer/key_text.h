@@ -11,7 +11,6 @@ namespace memoryviewer {
 /** Roles of the models that show keys, beside Qt's. */
 enum KeyRole {
     MarkedRole = Qt::UserRole,  ///< bool: the value has changed just now
-    NumberRole,                 ///< double: value, changes a second, or age in seconds of a row
     KeyNameRole,                ///< QString: the key's whole name as the robot gave it
     MissingRole                 ///< bool: the robot does not have the key at present
 };
@@ -28,7 +27,7 @@ Qt::ItemFlags keyCellFlags(const MemoryKey& key, int column);
 /** Title of a column. */
 QVariant keyHeaderData(int column, Qt::Orientation orientation, int role);
 
-/** "0.25 s", "3:05 min", "2 h": three digits at most, with a point. */
+/** "0.025 s", "2.51 s", "3:05 min", "2.0 h": three digits behind leading zeros, with a point. */
 QString ageText(double seconds);
 /**
  * "5.0", "0.20"; empty for a key that does not change. A rate near that at which the robot is asked

@@ -89,9 +89,21 @@ void MemoryFeed::valuesChanged(const std::vector<KVChange>& changes) {
             fPending.fBatch.fFollowed.size() < a_mostFollowed) {
             fPending.fBatch.fFollowed.push_back(change);
         }
-        fPending.fChanged.insert_or_assign(change.fId, change);
+        xMerge(change);
     }
     xNotify();
+}
+
+/** To be called with the lock held. */
+void MemoryFeed::xMerge(const KVChange& change) {
+    const auto [slot, isFirst] = fPending.fChanged.try_emplace(change.fId, change);
+    if (isFirst) {
+        return;
+    }
+    MergedChange& merged = slot->second;
+    // One change can come twice, when a key is subscribed to at two rates.
+    merged.fCount += change.fTime != merged.fNewest.fTime ? 1 : 0;
+    merged.fNewest = change;
 }
 
 void MemoryFeed::ended(const KVError& error) {

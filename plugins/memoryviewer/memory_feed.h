@@ -1,6 +1,8 @@
 #ifndef OBVISTA_MEMORYVIEWER_MEMORY_FEED_H
 #define OBVISTA_MEMORYVIEWER_MEMORY_FEED_H
 
+#include "memory_key.h"
+
 #include <robaxi/kv_subscription.h>
 
 #include <cstddef>
@@ -27,7 +29,7 @@ struct MemoryBatch {
     bool fHasTable = false;               ///< the table of keys, or some of it, has arrived
     std::vector<std::uint32_t> fRemoved;  ///< to be applied before fAdded
     std::vector<KVKeyInfo> fAdded;        ///< in no particular order
-    std::vector<KVChange> fChanged;       ///< the newest value of each key, to be applied last
+    std::vector<MergedChange> fChanged;   ///< the newest value of each key, to be applied last
     std::vector<KVChange> fFollowed;      ///< every change of the keys that are followed closely
     std::size_t fUpdates = 0;             ///< values received, those merged away included
     std::int64_t fArrival = 0;  ///< of the last of them, microseconds since 1970 by our clock
@@ -72,10 +74,11 @@ class MemoryFeed : public KVSubscription::Listener {
     struct Pending {
         MemoryBatch fBatch;  // but for its fAdded and fChanged, which are merged below
         std::unordered_map<std::uint32_t, KVKeyInfo> fAdded;
-        std::unordered_map<std::uint32_t, KVChange> fChanged;
+        std::unordered_map<std::uint32_t, MergedChange> fChanged;
     };
 
     void xReportEnd(MemoryBatch::End end, const KVError& error);
+    void xMerge(const KVChange& change);
     void xNotify();
 
     std::mutex fMutex;

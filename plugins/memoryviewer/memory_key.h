@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace memoryviewer {
@@ -24,6 +25,14 @@ struct MemoryKey {
     bool hasValue() const { return fTime != 0; }
     /** The value's own type, or the one that the key was announced with before its first value. */
     KVValue::Type type() const { return hasValue() ? fValue.type() : fInfo.fType; }
+};
+
+/** The newest change of a key, and how many it stands for. */
+struct MergedChange {
+    MergedChange(KVChange newest) : fNewest(std::move(newest)) {}
+
+    KVChange fNewest;
+    int fCount = 1;  ///< with those before it that are merged into it
 };
 
 /** Levels of the tree; what follows in a longer path stays in the name of the last one, so that no

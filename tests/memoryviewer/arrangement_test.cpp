@@ -62,10 +62,8 @@ void ArrangementTest::init() {
         fModel.get(), QAbstractItemModelTester::FailureReportingMode::QtTest);
     fKeys->add({key(1, "Arm/Left/Angle", "rad"), key(2, "Arm/Right/Angle", "rad"),
                 key(3, "Battery", "%"), key(4, "Name")});
-    fKeys->change({{1, KVValue(0.5), 4'000'000},
-                   {2, KVValue(-1), 1'000'000},
-                   {3, KVValue(80), 3'000'000},
-                   {4, KVValue("robot"), 2'000'000}});
+    fKeys->change({KVChange{1, KVValue(0.5), 4'000'000}, KVChange{2, KVValue(-1), 1'000'000},
+                   KVChange{3, KVValue(80), 3'000'000}, KVChange{4, KVValue("robot"), 2'000'000}});
 }
 
 void ArrangementTest::cleanup() {
@@ -112,8 +110,8 @@ void ArrangementTest::sortsAListByEachColumn() {
 }
 
 void ArrangementTest::sortsNumbersBeforeTextsAndNotANumberLast() {
-    fKeys->change({{1, KVValue(std::numeric_limits<double>::quiet_NaN()), 5'000'000},
-                   {3, KVValue(true), 5'000'000}});
+    fKeys->change({KVChange{1, KVValue(std::numeric_limits<double>::quiet_NaN()), 5'000'000},
+                   KVChange{3, KVValue(true), 5'000'000}});
     xArrange(true, ValueColumn);
     QCOMPARE(xNames(), QStringList({"Arm/Right/Angle", "Battery", "Arm/Left/Angle", "Name"}));
 }
@@ -186,7 +184,7 @@ void ArrangementTest::removesKeysFromASortedList() {
 void ArrangementTest::followsChangedValuesWhenAskedTo() {
     xArrange(true, ValueColumn);
     QVERIFY(fModel->arrangement().isLive());
-    fKeys->change({{2, KVValue(1000), 6'000'000}});
+    fKeys->change({KVChange{2, KVValue(1000), 6'000'000}});
     QCOMPARE(xNames().first(), QStringLiteral("Arm/Right/Angle"));
     fModel->rearrange();
     QCOMPARE(xNames(), QStringList({"Arm/Left/Angle", "Battery", "Arm/Right/Angle", "Name"}));

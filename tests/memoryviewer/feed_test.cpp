@@ -11,6 +11,7 @@
 
 using memoryviewer::MemoryBatch;
 using memoryviewer::MemoryFeed;
+using memoryviewer::MergedChange;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -24,7 +25,7 @@ KVKeyInfo key(std::uint32_t id, const std::string& name) {
 }
 
 KVChange change(std::uint32_t id, int value) {
-    return {id, KVValue(value), 1};
+    return {id, KVValue(value), value};
 }
 
 TEST(MemoryFeed, GivesOneNoticeForAllThatComesUntilItIsTaken) {
@@ -66,9 +67,17 @@ TEST(MemoryFeed, KeepsTheNewestValueOfAKeyAndCountsAll) {
     feed.valuesChanged({change(1, 12)});
     const MemoryBatch batch = feed.take();
     ASSERT_EQ(batch.fChanged.size(), 1U);
-    EXPECT_EQ(batch.fChanged[0].fValue, KVValue(12));
+    EXPECT_EQ(batch.fChanged[0].fNewest.fValue, KVValue(12));
+    EXPECT_EQ(batch.fChanged[0].fCount, 3);
     EXPECT_EQ(batch.fUpdates, 3U);
     EXPECT_THAT(feed.take().fChanged, IsEmpty());
+}
+
+TEST(MemoryFeed, CountsAChangeOnceThatComesTwice) {
+    MemoryFeed feed;
+    feed.valuesChanged({change(1, 10)});
+    feed.valuesChanged({change(1, 10)});
+    EXPECT_EQ(feed.take().fChanged[0].fCount, 1);
 }
 
 TEST(MemoryFeed, ForgetsAKeyThatCameAndWent) {
@@ -80,7 +89,7 @@ TEST(MemoryFeed, ForgetsAKeyThatCameAndWent) {
     ASSERT_EQ(batch.fAdded.size(), 1U);
     EXPECT_EQ(batch.fAdded[0].fId, 2U);
     ASSERT_EQ(batch.fChanged.size(), 1U);
-    EXPECT_EQ(batch.fChanged[0].fId, 2U);
+    EXPECT_EQ(batch.fChanged[0].fNewest.fId, 2U);
     EXPECT_THAT(batch.fRemoved, IsEmpty());
 }
 
@@ -153,9 +162,10 @@ TEST(MemoryFeed, LosesNothingBetweenThreads) {
         const MemoryBatch batch = feed.take();
         updates += batch.fUpdates;
         isLost = batch.fEnd == MemoryBatch::End::Lost;
-        for (const KVChange& one : batch.fChanged) {
-            goesBack = goesBack || one.fValue.toInt() <= newest[one.fId];
-            newest[one.fId] = one.fValue.toInt();
+        for (const MergedChange& one : batch.fChanged) {
+            const auto value = one.fNewest.fValue.toInt();
+            goesBack = goesBack || value <= newest[one.fNewest.fId];
+            newest[one.fNewest.fId] = value;
         }
     }
     robot.join();

@@ -2,6 +2,7 @@
 #include <qt_test_main.h>
 
 #include <change_rate.h>
+#include <key_text.h>
 #include <robot_clock.h>
 
 using namespace memoryviewer;
@@ -38,12 +39,14 @@ class FiguresTest : public QObject {
 
   private Q_SLOTS:
     void measuresRatesWithinFivePerCent();
+    void countsChangesThatWereMerged();
     void isNothingBeforeTheSecondChange();
     void fallsWhenAKeyStandsStill();
     void beginsAnewWhenTheClockIsSetBack();
     void takesClocksThatAgreeAsTheyAre();
     void seesADifferenceOfTheClocks();
     void takesAStampOfTheFutureForADifference();
+    void writesAgesSoThatMillisecondsCount();
 };
 
 void FiguresTest::measuresRatesWithinFivePerCent() {
@@ -53,6 +56,15 @@ void FiguresTest::measuresRatesWithinFivePerCent() {
         QVERIFY2(isNear(shown, rate), qPrintable(QStringLiteral("%1 for %2").arg(shown).arg(rate)));
     }
     QVERIFY(isNear(rateAfter(2, a_second / 50), 50));
+}
+
+void FiguresTest::countsChangesThatWereMerged() {
+    ChangeRate rate;
+    for (int i = 0; i <= 25; ++i) {
+        rate.add(a_start + i * a_second / 25, 2);
+    }
+    rate.endTurn(a_start + a_second);
+    QCOMPARE(rate.perSecond(), 50.0);
 }
 
 void FiguresTest::isNothingBeforeTheSecondChange() {
@@ -109,6 +121,16 @@ void FiguresTest::takesAStampOfTheFutureForADifference() {
     const std::int64_t before = RobotClock::localNow();
     clock.see(before + 5 * a_second, before);
     QVERIFY(clock.now() >= before + 5 * a_second);
+}
+
+void FiguresTest::writesAgesSoThatMillisecondsCount() {
+    QCOMPARE(ageText(-0.5), QStringLiteral("0.000 s"));
+    QCOMPARE(ageText(0.0184), QStringLiteral("0.018 s"));
+    QCOMPARE(ageText(2.506), QStringLiteral("2.51 s"));
+    QCOMPARE(ageText(59.9), QStringLiteral("59.9 s"));
+    QCOMPARE(ageText(185), QStringLiteral("3:05 min"));
+    QCOMPARE(ageText(7200), QStringLiteral("2.0 h"));
+    QCOMPARE(ageText(36 * 3600), QStringLiteral("1.5 d"));
 }
 
 OBVISTA_QTEST_MAIN(FiguresTest)

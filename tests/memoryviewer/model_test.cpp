@@ -16,6 +16,7 @@
 using memoryviewer::KeyStore;
 using memoryviewer::MemoryModel;
 using memoryviewer::MemoryNode;
+using memoryviewer::MergedChange;
 using memoryviewer::naturalLess;
 
 namespace {
@@ -275,7 +276,7 @@ void ModelTest::signalsOnlyRowsThatChanged() {
 
 void ModelTest::mergesChangedRowsIntoRuns() {
     std::vector<KVKeyInfo> keys;
-    std::vector<KVChange> first;
+    std::vector<MergedChange> first;
     for (std::uint32_t id = 0; id < 8; ++id) {
         keys.push_back(key(id, "A/" + std::to_string(id)));
         first.push_back(change(id, 0.0));
@@ -426,7 +427,7 @@ void ModelTest::survivesAnyOrderOfChanges() {
             }
             added.push_back(key(nextId++, name));
         }
-        std::vector<KVChange> changes;
+        std::vector<MergedChange> changes;
         changes.reserve(present.size());
         for (const auto& [id, name] : present) {
             changes.push_back(change(id, static_cast<int>(below(3))));

@@ -42,7 +42,6 @@ class ViewingTest : public QObject {
     void takesARefusedValueBack();
     void copiesRowsAsText();
     void stopsWhenNobodyCanSeeIt();
-    void agreesWithTheRobotAboutRates();
 
   private:
     void xOpen();
@@ -251,22 +250,6 @@ void ViewingTest::stopsWhenNobodyCanSeeIt() {
     QTRY_VERIFY((changed.clear(), QTest::qWait(1000), changed.isEmpty()));
     fDock->show();
     QTRY_VERIFY(!changed.isEmpty());
-}
-
-void ViewingTest::agreesWithTheRobotAboutRates() {
-    RobotProcess::Settings settings;
-    settings.fArguments = {"--keys", "100", "--changing", "20", "--rate", "20"};
-    fDriver.reset();
-    fRobot = std::make_unique<RobotProcess>(settings);
-    xOpen();
-    auto* rate = fViewer->findChild<QComboBox*>("memoryRate");
-    rate->setCurrentIndex(rate->findData(50));
-    typeFilter(fViewer, QStringLiteral("Unit000/Drive0"));
-    const auto shown = [&] {
-        return cellOf(fViewer, "Load/Unit000/Drive0/Steps", "Rate").toDouble();
-    };
-    QTRY_VERIFY2_WITH_TIMEOUT(shown() >= 19 && shown() <= 21, qPrintable(QString::number(shown())),
-                              15000);
 }
 
 OBVISTA_QTEST_MAIN(ViewingTest)

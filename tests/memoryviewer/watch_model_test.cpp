@@ -63,7 +63,7 @@ void WatchModelTest::xAdd(std::uint32_t id, const std::string& name, double valu
     info.fName = name;
     info.fUnit = "rad";
     fKeys->add({info});
-    fKeys->change({{id, KVValue(value), 1000}});
+    fKeys->change({KVChange{id, KVValue(value), 1000}});
 }
 
 void WatchModelTest::showsWatchedKeysInTheUsersOrder() {
@@ -79,9 +79,9 @@ void WatchModelTest::showsWatchedKeysInTheUsersOrder() {
 void WatchModelTest::followsChangesOfWatchedKeysOnly() {
     fModel->setNames({"C", "A"});
     QSignalSpy changed(fModel.get(), &QAbstractItemModel::dataChanged);
-    fKeys->change({{2, KVValue(5.0), 2000}});
+    fKeys->change({KVChange{2, KVValue(5.0), 2000}});
     QCOMPARE(changed.size(), 0);
-    fKeys->change({{1, KVValue(7.0), 2000}});
+    fKeys->change({KVChange{1, KVValue(7.0), 2000}});
     QCOMPARE(changed.size(), 1);
     QCOMPARE(xText(1, ValueColumn), QStringLiteral("7"));
 }
@@ -115,7 +115,7 @@ void WatchModelTest::movesAndRemovesRows() {
     QCOMPARE(fModel->move(0, -1), 0);
     QCOMPARE(fModel->move(2, 1), 2);
     QCOMPARE(changed.size(), 1);
-    fKeys->change({{2, KVValue(8.0), 3000}});
+    fKeys->change({KVChange{2, KVValue(8.0), 3000}});
     QCOMPARE(xText(0, ValueColumn), QStringLiteral("8"));
     fModel->remove("B");
     QCOMPARE(fModel->names(), (QStringList{"A", "C"}));
