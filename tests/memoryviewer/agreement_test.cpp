@@ -21,6 +21,9 @@ namespace {
 constexpr const char* a_changed = "Load/Unit000/Drive0/Changed";
 constexpr const char* a_steps = "Load/Unit000/Drive0/Steps";
 
+/** Milliseconds; on a busy machine the robot itself leaves changes out for a while. */
+constexpr int a_patience = 60000;
+
 double secondsSince(qint64 microseconds) {
     const auto now = std::chrono::system_clock::now().time_since_epoch();
     return std::chrono::duration<double>(now - std::chrono::microseconds(microseconds)).count();
@@ -45,12 +48,16 @@ class AgeWatch : public QObject {
     double longestAge() const { return fLongestAge; }
 
     bool eventFilter(QObject* object, QEvent* event) override {
-        const qint64 changed =
-            event->type() == QEvent::Paint ? cellOf(fViewer, a_changed, "Value").toLongLong() : 0;
-        if (changed != 0) {
-            const double truth = secondsSince(changed);
-            fErrors.push_back(std::abs(seconds(cellOf(fViewer, a_changed, "Age")) - truth));
-            fLongestAge = std::max(fLongestAge, truth);
+        // The first value is put together a while before the robot begins to keep it.
+        if (event->type() == QEvent::Paint && cellOf(fViewer, a_steps, "Value").toInt() > 0) {
+            const qint64 changed = cellOf(fViewer, a_changed, "Value").toLongLong();
+            // Between two looks at the clock, since a busy machine may stop this thread there.
+            const double least = secondsSince(changed);
+            const double shown = seconds(cellOf(fViewer, a_changed, "Age"));
+            const double most = secondsSince(changed);
+            fErrors.push_back(std::isnan(shown) ? shown
+                                                : std::max({least - shown, shown - most, 0.0}));
+            fLongestAge = std::max(fLongestAge, shown);
         }
         return QObject::eventFilter(object, event);
     }
@@ -120,7 +127,7 @@ void AgreementTest::ratesAreWithinFivePerCent() {
         const double shown = cellOf(fViewer, a_steps, "Rate").toDouble();
         return std::abs(shown - rate) <= 0.05 * rate;
     };
-    QTRY_VERIFY2_WITH_TIMEOUT(isNear(), qPrintable(cellOf(fViewer, a_steps, "Rate")), 15000);
+    QTRY_VERIFY2_WITH_TIMEOUT(isNear(), qPrintable(cellOf(fViewer, a_steps, "Rate")), a_patience);
 }
 
 void AgreementTest::agesAreWithinFiveMilliseconds() {
@@ -128,7 +135,8 @@ void AgreementTest::agesAreWithinFiveMilliseconds() {
     constexpr double allowed = 0.005;
     xShow(2);
     AgeWatch watch(fViewer);
-    QTRY_VERIFY_WITH_TIMEOUT(watch.errors().size() >= looks && watch.longestAge() > 0.3, 20000);
+    QTRY_VERIFY_WITH_TIMEOUT(watch.errors().size() >= looks && watch.longestAge() > 0.3,
+                             a_patience);
     for (const double error : watch.errors()) {
         QVERIFY2(error <= allowed, qPrintable(QString::number(error)));
     }
