@@ -74,13 +74,14 @@ class ProtocolClient : public testing::Test {
         return update;
     }
 
-    RawServer fRobot;
-    BrokerPtr fClient = makeClient();
-    RecordingListener fListener;
-
   private:
     std::mutex fMutex;
     v1::Result fResult;
+
+  protected:
+    RawServer fRobot;  // ends before what its threads use
+    BrokerPtr fClient = makeClient();
+    RecordingListener fListener;
 };
 
 }  // namespace
