@@ -40,6 +40,9 @@ MemoryToolBar::MemoryToolBar(QWidget* parent)
 
     fFlat = xAddButton("memoryFlat", tr("List"), tr("Keys by their whole names instead of a tree"));
     connect(fFlat, &QToolButton::toggled, this, &MemoryToolBar::formChanged);
+    fColumns = xAddButton("memoryColumns", tr("Columns"), tr("Choose what is shown of each key"));
+    fColumns->setCheckable(false);
+    fColumns->setPopupMode(QToolButton::InstantPopup);
     fPause = xAddButton("memoryPause", tr("Pause"), tr("Keep the present values (Ctrl+Space)"));
     connect(fPause, &QToolButton::toggled, this, &MemoryToolBar::pauseChanged);
 
@@ -58,6 +61,7 @@ MemoryToolBar::MemoryToolBar(QWidget* parent)
     row->setContentsMargins(space, space, space, space);
     row->addWidget(fFilter, 1);
     row->addWidget(fFlat);
+    row->addWidget(fColumns);
     row->addWidget(fRate);
     row->addWidget(fPause);
     setTabOrder(fFilter, fFlat);
@@ -100,6 +104,10 @@ bool MemoryToolBar::isFlat() const {
 
 void MemoryToolBar::setFlat(bool isFlat) {
     fFlat->setChecked(isFlat);
+}
+
+void MemoryToolBar::setColumnMenu(QMenu* menu) {
+    fColumns->setMenu(menu);
 }
 
 int MemoryToolBar::rate() const {

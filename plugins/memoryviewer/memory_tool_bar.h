@@ -5,11 +5,12 @@
 
 class QComboBox;
 class QLineEdit;
+class QMenu;
 class QToolButton;
 
 namespace memoryviewer {
 
-/** Filter, form of the tree, rate and pause of the memory viewer. */
+/** Filter, form of the tree, columns, rate and pause of the memory viewer. */
 class MemoryToolBar : public QWidget {
     Q_OBJECT
 
@@ -23,6 +24,9 @@ class MemoryToolBar : public QWidget {
 
     bool isFlat() const;
     void setFlat(bool isFlat);
+
+    /** The menu that opens at the button for columns. */
+    void setColumnMenu(QMenu* menu);
 
     /** Updates a second. */
     int rate() const;
@@ -51,6 +55,7 @@ class MemoryToolBar : public QWidget {
 
     QLineEdit* fFilter;
     QToolButton* fFlat;
+    QToolButton* fColumns;
     QComboBox* fRate;
     QToolButton* fPause;
 };

@@ -1,5 +1,6 @@
 #include "memory_viewer_widget.h"
 
+#include "column_menu.h"
 #include "key_actions.h"
 #include "key_curves.h"
 #include "key_follower.h"
@@ -67,6 +68,7 @@ MemoryViewerWidget::MemoryViewerWidget(std::shared_ptr<MemoryLink> link, WidgetI
       fRecorder(new CsvRecorder(this)),
       fToolBar(new MemoryToolBar(this)),
       fTree(new KeyTree(fModel, this)),
+      fColumns(new ColumnMenu(fTree->header(), this)),
       fWatchView(new WatchView(fWatched, this)),
       fDelegate(new MemoryDelegate(fValues.get(), this)),
       fPlots(new PlotPanel(this)),
@@ -114,6 +116,7 @@ void MemoryViewerWidget::xBuild() {
     setFocusProxy(fTree);
     fTree->setItemDelegate(fDelegate);
     fWatchView->setItemDelegate(fDelegate);
+    fToolBar->setColumnMenu(fColumns);
     fRecording->setRobotName(QString::fromStdString(fLink->robotName()));
 
     auto* keys = new QWidget(this);
@@ -170,6 +173,9 @@ void MemoryViewerWidget::xConnect() {
     connect(fTree->header(), &QHeaderView::sectionResized, this,
             &MemoryViewerWidget::xAlignColumns);
     connect(fTree->header(), &QHeaderView::sectionMoved, this, &MemoryViewerWidget::xAlignColumns);
+    connect(fColumns, &ColumnMenu::columnsChanged, this, &MemoryViewerWidget::xAlignColumns);
+    connect(fTree->header(), &QWidget::customContextMenuRequested, fColumns,
+            [this](const QPoint& at) { fColumns->popup(fTree->header()->mapToGlobal(at)); });
 }
 
 void MemoryViewerWidget::xAddShortcut(const QKeySequence& keys, void (MemoryToolBar::*slot)()) {
@@ -368,7 +374,9 @@ void MemoryViewerWidget::xAlignColumns() {
     for (int position = 0; position < from->count(); ++position) {
         const int column = from->logicalIndex(position);
         to->moveSection(to->visualIndex(column), position);
-        if (column != NameColumn) {  // which takes the rest in both
+        to->setSectionHidden(column, from->isSectionHidden(column));
+        if (!from->isSectionHidden(column) &&
+            column != NameColumn) {  // which takes the rest in both
             to->resizeSection(column, from->sectionSize(column));
         }
     }

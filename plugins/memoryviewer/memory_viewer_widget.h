@@ -22,6 +22,7 @@ class QStackedLayout;
 
 namespace memoryviewer {
 
+class ColumnMenu;
 class CsvRecorder;
 class KeyCurves;
 class KeyFollower;
@@ -103,6 +104,7 @@ class MemoryViewerWidget : public viewer::ViewerWidget {
 
     MemoryToolBar* fToolBar;
     KeyTree* fTree;
+    ColumnMenu* fColumns;
     WatchView* fWatchView;
     MemoryDelegate* fDelegate;
     PlotPanel* fPlots;

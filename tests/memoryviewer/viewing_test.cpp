@@ -4,8 +4,10 @@
 #include <QComboBox>
 #include <QDockWidget>
 #include <QGuiApplication>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QMainWindow>
+#include <QMenu>
 #include <QPointer>
 #include <QSettings>
 #include <QSignalSpy>
@@ -33,6 +35,8 @@ class ViewingTest : public QObject {
     void saysWhatIsWrongWithTheFilter();
     void listsKeysByTheirWholeNames();
     void sortsByAColumn();
+    void hidesColumnsByTheHeadersMenu();
+    void hidesColumnsByKeyboard();
     void followsAllKeysForALiveSort();
     void keepsValuesWhilePaused();
     void remembersFilterFormAndRate();
@@ -139,6 +143,54 @@ void ViewingTest::sortsByAColumn() {
     const QStringList names = xTopNames();
     QVERIFY(names.indexOf(QStringLiteral("Battery/Voltage")) <
             names.indexOf(QStringLiteral("Battery/Charge")));
+}
+
+void ViewingTest::hidesColumnsByTheHeadersMenu() {
+    const auto* menu = fViewer->findChild<QMenu*>("memoryColumnMenu");
+    QHeaderView* header = xTree()->header();
+    const QPoint at = header->rect().center();
+    QContextMenuEvent click(QContextMenuEvent::Mouse, at, header->viewport()->mapToGlobal(at));
+    QApplication::sendEvent(header->viewport(), &click);
+    QTRY_VERIFY(menu->isVisible());
+    QStringList titles;
+    for (const QAction* action : menu->actions()) {
+        QVERIFY(action->isChecked());
+        titles += action->text();
+    }
+    QCOMPARE(titles, QStringList({"Value", "Unit", "Type", "Rate", "Age"}));
+    QTest::mouseClick(const_cast<QMenu*>(menu), Qt::LeftButton, {},
+                      menu->actionGeometry(menu->actions().at(2)).center());
+    QTRY_VERIFY(xTree()->isColumnHidden(3));
+    QVERIFY(xWatch()->isColumnHidden(3));
+
+    xOpen();
+    QVERIFY(xTree()->isColumnHidden(3));
+    QVERIFY(xWatch()->isColumnHidden(3));
+    QVERIFY(!xTree()->isColumnHidden(2));
+}
+
+void ViewingTest::hidesColumnsByKeyboard() {
+    auto* button = fViewer->findChild<QToolButton*>("memoryColumns");
+    auto* menu = fViewer->findChild<QMenu*>("memoryColumnMenu");
+    const auto chooseUnit = [&] {
+        // The button does not return while its menu is open.
+        QTimer whileOpen;
+        connect(&whileOpen, &QTimer::timeout, menu, [menu] {
+            if (menu->isVisible()) {
+                const bool isUnit = menu->activeAction() == menu->actions().at(1);
+                QTest::keyClick(menu, isUnit ? Qt::Key_Return : Qt::Key_Down);
+            }
+        });
+        whileOpen.start(10);
+        button->setFocus();
+        QTest::keyClick(button, Qt::Key_Space);
+        QTRY_VERIFY(!menu->isVisible());
+    };
+    chooseUnit();
+    QTRY_VERIFY(xTree()->isColumnHidden(2));
+    chooseUnit();
+    QTRY_VERIFY(!xTree()->isColumnHidden(2));
+    QVERIFY(xTree()->columnWidth(2) > 0);
 }
 
 void ViewingTest::followsAllKeysForALiveSort() {
