@@ -65,7 +65,8 @@ MemoryToolBar::MemoryToolBar(QWidget* parent)
     row->addWidget(fRate);
     row->addWidget(fPause);
     setTabOrder(fFilter, fFlat);
-    setTabOrder(fFlat, fRate);
+    setTabOrder(fFlat, fColumns);
+    setTabOrder(fColumns, fRate);
     setTabOrder(fRate, fPause);
     setFocusProxy(fFilter);
 }

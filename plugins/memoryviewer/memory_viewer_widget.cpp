@@ -186,6 +186,7 @@ void MemoryViewerWidget::xAddShortcut(const QKeySequence& keys, void (MemoryTool
 
 void MemoryViewerWidget::xRestore() {
     fTree->header()->restoreState(fSettings.value("columns").toByteArray());
+    fTree->header()->showSection(NameColumn);
     fToolBar->setFlat(fSettings.value("flat").toBool());
     fToolBar->setRate(fSettings.value("rate", fToolBar->rate()).toInt());
     fToolBar->setFilter(fSettings.value("filter").toString());
@@ -375,8 +376,8 @@ void MemoryViewerWidget::xAlignColumns() {
         const int column = from->logicalIndex(position);
         to->moveSection(to->visualIndex(column), position);
         to->setSectionHidden(column, from->isSectionHidden(column));
-        if (!from->isSectionHidden(column) &&
-            column != NameColumn) {  // which takes the rest in both
+        // The names take the rest in both.
+        if (column != NameColumn && !from->isSectionHidden(column)) {
             to->resizeSection(column, from->sectionSize(column));
         }
     }

@@ -140,6 +140,7 @@ void KeyboardTest::isWalkedThroughInTheOrderOfReading() {
     }
     const QStringList expected{"Filter",
                                "List",
+                               "Columns",
                                "Updates a second",
                                "Pause",
                                "Values in the robot's memory",
