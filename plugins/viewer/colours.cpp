@@ -22,7 +22,7 @@ QColor faultText(const QPalette& palette) {
 }
 
 QColor markedHighlight(const QPalette& palette) {
-    const QColor highlight = palette.color(QPalette::Highlight);
+    const QColor& highlight = palette.color(QPalette::Highlight);
     const bool isTextLight =
         palette.color(QPalette::HighlightedText).lightness() > highlight.lightness();
     return isTextLight ? highlight.darker(a_otherShade) : highlight.lighter(a_otherShade);
