@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
@@ -78,6 +79,8 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command) {
     fErrors.fDescriptor = errors.fEnds[0];
     output.closeEnd(1);
     errors.closeEnd(1);
+    fEnd = static_cast<int>(syscall(SYS_pidfd_open, fPid, 0));
+    check(fEnd, "pidfd_open");
     fReader = std::thread([this] { xRun(); });
 }
 
@@ -86,6 +89,7 @@ ChildProcess::~ChildProcess() {
     fReader.join();
     close(fOutput.fDescriptor);
     close(fErrors.fDescriptor);
+    close(fEnd);
 }
 
 std::string ChildProcess::output() const {
@@ -138,15 +142,25 @@ bool ChildProcess::xRead(Stream& stream) {
 }
 
 void ChildProcess::xRun() {
-    std::array<pollfd, 2> waited{
-        {{fOutput.fDescriptor, POLLIN, 0}, {fErrors.fDescriptor, POLLIN, 0}}};
+    // What the program started may outlive it and hold the other ends of the pipes, so that their
+    // end may never come.
+    std::array<pollfd, 3> waited{
+        {{fOutput.fDescriptor, POLLIN, 0}, {fErrors.fDescriptor, POLLIN, 0}, {fEnd, POLLIN, 0}}};
+    bool isRunning = true;
     while (waited[0].fd >= 0 || waited[1].fd >= 0) {
-        poll(waited.data(), waited.size(), -1);
+        const int count = poll(waited.data(), waited.size(), isRunning ? -1 : 0);
+        if (count <= 0 && !isRunning) {
+            break;
+        }
         if (waited[0].revents != 0 && !xRead(fOutput)) {
             waited[0].fd = -1;
         }
         if (waited[1].revents != 0 && !xRead(fErrors)) {
             waited[1].fd = -1;
+        }
+        if (waited[2].revents != 0) {
+            isRunning = false;
+            waited[2].fd = -1;
         }
     }
     // The number must not be given to another process while signal() may use it.

@@ -53,7 +53,7 @@ class ChildProcess {
     void signal(int number);
 
     /**
-     * Waits for its end and everything it wrote.
+     * Waits for its end and everything it wrote; not for programs that it started and left behind.
      *
      * @return its exit status, or the negative number of the signal that ended it; nothing when
      * the time was over
@@ -71,6 +71,7 @@ class ChildProcess {
     void xRun();
 
     pid_t fPid = -1;
+    int fEnd = -1;              // readable when it has ended
     mutable std::mutex fMutex;  // guards all below
     std::condition_variable fChanged;
     Stream fOutput;
