@@ -1,13 +1,16 @@
 // The memory viewer in a window, as the host shows it, until it is killed. Beside the key that is
 // probed, the branches of the first drives that change are open, so that what is seen changes.
 //
-//   memoryviewer_bench_viewer PLUGIN ROBOT_PORT [sorted]
+//   memoryviewer_bench_viewer PLUGIN ROBOT_PORT [sorted|filter]
 //
-// "sorted" sorts by value, for which the viewer needs the values of all keys.
+// "sorted" sorts by value, for which the viewer needs the values of all keys; "filter" types
+// filters.
+#include "filter_typing.h"
 #include "host_window.h"
 
 #include <QApplication>
 #include <QComboBox>
+#include <QLineEdit>
 #include <QMainWindow>
 #include <QPluginLoader>
 #include <QTreeView>
@@ -103,6 +106,16 @@ void tellCell(const QWidget& viewer) {
     bench::tellWhereShown(tree, key.sibling(key.row(), valueColumnOf(model)));
 }
 
+std::unique_ptr<bench::FilterTyping> typeFilters(const QWidget& viewer) {
+    auto* filter = viewer.findChild<QLineEdit*>(QStringLiteral("memoryFilter"));
+    if (filter == nullptr) {
+        throw std::runtime_error("the viewer has no filter");
+    }
+    auto typing = std::make_unique<bench::FilterTyping>(filter, &treeOf(viewer));
+    typing->start();
+    return typing;
+}
+
 /** An exception cannot pass through the event loop. */
 template <typename Step>
 void endWhenItFails(Step step) {
@@ -119,10 +132,10 @@ void endWhenItFails(Step step) {
 int main(int argc, char** argv) {
     QApplication application(argc, argv);
     if (argc < 3) {
-        std::fputs("usage: memoryviewer_bench_viewer PLUGIN ROBOT_PORT [sorted]\n", stderr);
+        std::fputs("usage: memoryviewer_bench_viewer PLUGIN ROBOT_PORT [sorted|filter]\n", stderr);
         return EXIT_FAILURE;
     }
-    const bool isSorted = argc > 3;
+    const QByteArray kind = argc > 3 ? argv[3] : "";
     QPluginLoader loader(QString::fromLocal8Bit(argv[1]));
     auto* plugin = qobject_cast<WidgetInterface*>(loader.instance());
     if (plugin == nullptr) {
@@ -134,11 +147,15 @@ int main(int argc, char** argv) {
     window.setCentralWidget(viewer);
     bench::fillScreen(window);
     std::optional<bench::LoopWatch> watch(std::in_place, "opening");
-    QTimer::singleShot(bench::a_settling, viewer, [viewer, isSorted] {
-        endWhenItFails([viewer, isSorted] { arrange(*viewer, isSorted); });
+    std::unique_ptr<bench::FilterTyping> typing;
+    QTimer::singleShot(bench::a_settling, viewer, [viewer, &kind] {
+        endWhenItFails([viewer, &kind] { arrange(*viewer, kind == "sorted"); });
     });
-    QTimer::singleShot(2 * bench::a_settling, viewer, [viewer, &watch] {
-        endWhenItFails([viewer] { tellCell(*viewer); });
+    QTimer::singleShot(2 * bench::a_settling, viewer, [viewer, &kind, &typing, &watch] {
+        endWhenItFails([viewer, &kind, &typing] {
+            tellCell(*viewer);
+            typing = kind == "filter" ? typeFilters(*viewer) : nullptr;
+        });
         watch.emplace("hold");
     });
     return QApplication::exec();
