@@ -2,7 +2,6 @@
 
 #include "arrangement.h"
 #include "key_curves.h"
-#include "key_text.h"
 #include "key_tree.h"
 #include "key_value_source.h"
 #include "watch_model.h"
@@ -27,9 +26,12 @@ KeyActions::KeyActions(const Parts& parts, QWidget* viewer) : QObject(viewer), f
     xAddShortcut(a_watchKeys, &KeyActions::xWatch);
     xAddShortcut(a_plotKeys, &KeyActions::xPlot);
     xAddShortcut(QKeySequence::Undo, &KeyActions::xUndo);
-    auto* copy = new QShortcut(QKeySequence::Copy, fParts.fTree);
-    copy->setContext(Qt::WidgetShortcut);
-    connect(copy, &QShortcut::activated, fParts.fTree, &KeyTree::copyRows);
+    for (KeyView* view :
+         {static_cast<KeyView*>(fParts.fTree), static_cast<KeyView*>(fParts.fWatchView)}) {
+        auto* copy = new QShortcut(QKeySequence::Copy, view);
+        copy->setContext(Qt::WidgetShortcut);
+        connect(copy, &QShortcut::activated, view, &KeyView::copyRows);
+    }
 
     connect(fParts.fTree, &QWidget::customContextMenuRequested, this, &KeyActions::xShowTreeMenu);
     connect(fParts.fWatchView, &QWidget::customContextMenuRequested, this,
@@ -52,24 +54,38 @@ void KeyActions::xAddAction(QMenu& menu, const QString& text, const QKeySequence
     connect(action, &QAction::triggered, this, slot);
 }
 
+void KeyActions::xAddEditing(QMenu& menu, KeyView* view) {
+    const QPersistentModelIndex value = view->currentIndex().siblingAtColumn(ValueColumn);
+    menu.addSeparator();
+    // Queued, since the keyboard goes back to the view when the menu closes, and the field would
+    // close with that.
+    xAddAction(menu, tr("Edit value"), Qt::Key_F2, fParts.fValues->editableValue(value).has_value(),
+               [view, value] {
+                   QMetaObject::invokeMethod(
+                       view, [view, value] { view->edit(value); }, Qt::QueuedConnection);
+               });
+    xAddAction(menu, tr("Undo last write"), QKeySequence::Undo, fParts.fWrites->canUndo(),
+               &KeyActions::xUndo);
+}
+
+void KeyActions::xAddCopying(QMenu& menu, KeyView* view) {
+    const bool hasKeys = !view->chosenKeys().empty();
+    menu.addSeparator();
+    xAddAction(menu, tr("Copy name"), {}, !view->chosenNames().isEmpty(),
+               [view] { view->copyNames(); });
+    xAddAction(menu, tr("Copy value"), {}, hasKeys, [view] { view->copyValues(); });
+    xAddAction(menu, tr("Copy row"), QKeySequence::Copy, hasKeys, [view] { view->copyRows(); });
+}
+
 void KeyActions::xShowTreeMenu(const QPoint& position) {
     KeyTree* tree = fParts.fTree;
     const bool hasKeys = !tree->chosenKeys().empty();
-    const QModelIndex current = tree->currentIndex();
-    const QModelIndex value = current.sibling(current.row(), ValueColumn);
     QMenu menu(tree);
     xAddAction(menu, tr("Watch"), a_watchKeys, hasKeys, &KeyActions::xWatch);
     xAddAction(menu, tr("Plot"), a_plotKeys, hasKeys, &KeyActions::xPlot);
     xAddAction(menu, tr("Plot by itself"), {}, hasKeys, &KeyActions::xPlotByItself);
-    menu.addSeparator();
-    xAddAction(menu, tr("Edit value"), Qt::Key_F2, fParts.fValues->editableValue(value).has_value(),
-               [tree, value] { tree->edit(value); });
-    xAddAction(menu, tr("Undo last write"), QKeySequence::Undo, fParts.fWrites->canUndo(),
-               &KeyActions::xUndo);
-    menu.addSeparator();
-    xAddAction(menu, tr("Copy name"), {}, hasKeys, [tree] { tree->copyNames(); });
-    xAddAction(menu, tr("Copy value"), {}, hasKeys, [tree] { tree->copyValues(); });
-    xAddAction(menu, tr("Copy row"), QKeySequence::Copy, hasKeys, [tree] { tree->copyRows(); });
+    xAddEditing(menu, tree);
+    xAddCopying(menu, tree);
     menu.exec(tree->viewport()->mapToGlobal(position));
 }
 
@@ -78,30 +94,23 @@ void KeyActions::xShowWatchMenu(const QPoint& position) {
     const bool hasRows = view->selectionModel()->hasSelection();
     QMenu menu(view);
     xAddAction(menu, tr("Plot"), a_plotKeys, hasRows, &KeyActions::xPlot);
+    xAddAction(menu, tr("Plot by itself"), {}, hasRows, &KeyActions::xPlotByItself);
     xAddAction(menu, tr("No longer watch"), Qt::Key_Delete, hasRows,
                [view] { view->removeChosen(); });
+    xAddEditing(menu, view);
+    xAddCopying(menu, view);
     menu.exec(view->viewport()->mapToGlobal(position));
 }
 
-/** Of the area in which the user works. */
-QStringList KeyActions::xChosenNames() const {
-    QStringList names;
-    if (fParts.fWatchView->hasFocus()) {
-        for (const QModelIndex& index : fParts.fWatchView->selectionModel()->selectedRows()) {
-            names += index.data(KeyNameRole).toString();
-        }
-        return names;
-    }
-    for (const MemoryKey* key : fParts.fTree->chosenKeys()) {
-        names += QString::fromStdString(key->fInfo.fName);
-    }
-    return names;
+/** The area in which the user works. */
+KeyView* KeyActions::xView() const {
+    return fParts.fWatchView->hasFocus() ? static_cast<KeyView*>(fParts.fWatchView) : fParts.fTree;
 }
 
 /** Watches the chosen keys, or no longer when all of them are watched. */
 void KeyActions::xWatch() {
     WatchModel* watched = fParts.fWatched;
-    const QStringList names = xChosenNames();
+    const QStringList names = xView()->chosenNames();
     const bool areWatched = std::all_of(names.begin(), names.end(), [watched](const QString& name) {
         return watched->contains(name);
     });
@@ -115,11 +124,11 @@ void KeyActions::xWatch() {
 }
 
 void KeyActions::xPlot() {
-    fParts.fCurves->plot(xChosenNames(), KeyCurves::Place::CurrentPlot);
+    fParts.fCurves->plot(xView()->chosenNames(), KeyCurves::Place::CurrentPlot);
 }
 
 void KeyActions::xPlotByItself() {
-    fParts.fCurves->plot(xChosenNames(), KeyCurves::Place::NewPlot);
+    fParts.fCurves->plot(xView()->chosenNames(), KeyCurves::Place::NewPlot);
 }
 
 void KeyActions::xUndo() {

@@ -13,6 +13,7 @@ namespace memoryviewer {
 class KeyCurves;
 class KeyTree;
 class KeyValueSource;
+class KeyView;
 class WatchModel;
 class WatchView;
 class WriteQueue;
@@ -42,7 +43,9 @@ class KeyActions : public QObject {
     void xAddAction(QMenu& menu, const QString& text, const QKeySequence& keys, bool isEnabled,
                     Slot slot);
 
-    QStringList xChosenNames() const;
+    KeyView* xView() const;
+    void xAddEditing(QMenu& menu, KeyView* view);
+    void xAddCopying(QMenu& menu, KeyView* view);
     void xWatch();
     void xPlot();
     void xPlotByItself();

@@ -170,8 +170,8 @@ double ageOf(const KeyStore& keys, const MemoryKey& key) {
     return static_cast<double>(keys.clock().now() - key.fTime) / a_microsecondsInSecond;
 }
 
-QString rowText(const MemoryKey& key) {
-    return QStringList{plainText(key.fInfo.fName), exactValueText(key.fValue),
+QString rowText(const MemoryKey& key, int maxValueLength) {
+    return QStringList{plainText(key.fInfo.fName), exactValueText(key.fValue, maxValueLength),
                        plainText(key.fInfo.fUnit, a_maxUnitLength),
                        QLatin1String(KVValue::typeName(key.type()))}
         .join(QLatin1Char('\t'));

@@ -38,8 +38,9 @@ QString rateText(double perSecond, double followRate);
 /** Seconds since the value's instant. */
 double ageOf(const KeyStore& keys, const MemoryKey& key);
 
-/** A row as text to be copied: name, value, unit, type, with tabs between them. */
-QString rowText(const MemoryKey& key);
+/** A row as text to be copied: name, value of at most that length, unit, type, with tabs between.
+ */
+QString rowText(const MemoryKey& key, int maxValueLength);
 
 }  // namespace memoryviewer
 

@@ -1,11 +1,7 @@
 #include "key_tree.h"
 
-#include "key_text.h"
 #include "memory_model.h"
-#include "value_text.h"
 
-#include <QClipboard>
-#include <QGuiApplication>
 #include <QHeaderView>
 
 #include <algorithm>
@@ -24,31 +20,13 @@ constexpr int a_marginRows = 10;
 /** Most keys that are opened, copied or plotted at once. */
 constexpr int a_mostKeysAtOnce = 2000;
 
-QString nameOf(const MemoryKey& key) {
-    return QString::fromStdString(key.fInfo.fName);
-}
-
-QString valueOf(const MemoryKey& key) {
-    return exactValueText(key.fValue);
-}
-
 }  // namespace
 
-KeyTree::KeyTree(MemoryModel* model, QWidget* parent) : QTreeView(parent), fModel(model) {
+KeyTree::KeyTree(MemoryModel* model, QWidget* parent) : KeyView(model, parent), fModel(model) {
     setObjectName(QStringLiteral("memoryTree"));
     setAccessibleName(tr("Values in the robot's memory"));
-    setModel(model);
-    setUniformRowHeights(true);
-    setAlternatingRowColors(true);
-    setAllColumnsShowFocus(true);
-    setFrameShape(QFrame::NoFrame);
-    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
-    setTextElideMode(Qt::ElideRight);
-    setSelectionMode(ExtendedSelection);
     setDragEnabled(true);
     setDragDropMode(DragOnly);
-    setEditTriggers(DoubleClicked | EditKeyPressed);
-    setContextMenuPolicy(Qt::CustomContextMenu);
 
     sortByColumn(NameColumn, Qt::AscendingOrder);
     setSortingEnabled(true);
@@ -60,8 +38,6 @@ KeyTree::KeyTree(MemoryModel* model, QWidget* parent) : QTreeView(parent), fMode
 void KeyTree::xArrangeHeader() {
     header()->setSectionsMovable(true);
     header()->setContextMenuPolicy(Qt::CustomContextMenu);  // that of the keys is not for titles
-    header()->setStretchLastSection(false);
-    header()->setSectionResizeMode(NameColumn, QHeaderView::Stretch);
     const int character = fontMetrics().averageCharWidth();
     for (const auto& [column, characters] : a_widthsInCharacters) {
         header()->resizeSection(
@@ -91,12 +67,8 @@ std::vector<std::uint32_t> KeyTree::visibleKeys() const {
 }
 
 std::vector<const MemoryKey*> KeyTree::chosenKeys() const {
-    QModelIndexList rows = selectionModel()->selectedRows(NameColumn);
-    std::sort(rows.begin(), rows.end(), [this](const QModelIndex& left, const QModelIndex& right) {
-        return visualRect(left).top() < visualRect(right).top();
-    });
     std::vector<const MemoryKey*> keys;
-    for (const QModelIndex& row : rows) {
+    for (const QModelIndex& row : chosenRows()) {
         xAppendKeys(row, keys);
     }
     return keys;
@@ -174,33 +146,6 @@ QModelIndex KeyTree::xFirstKey() const {
         index = fModel->index(0, NameColumn, index);
     }
     return index;
-}
-
-bool KeyTree::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) {
-    const bool isByKey = trigger == EditKeyPressed;
-    return QTreeView::edit(isByKey ? index.siblingAtColumn(ValueColumn) : index, trigger, event);
-}
-
-void KeyTree::copyNames() {
-    xCopy(&nameOf);
-}
-
-void KeyTree::copyValues() {
-    xCopy(&valueOf);
-}
-
-void KeyTree::copyRows() {
-    xCopy(&rowText);
-}
-
-void KeyTree::xCopy(QString (*textOf)(const MemoryKey&)) const {
-    QStringList lines;
-    for (const MemoryKey* key : chosenKeys()) {
-        lines += textOf(*key);
-    }
-    if (!lines.isEmpty()) {
-        QGuiApplication::clipboard()->setText(lines.join(QLatin1Char('\n')));
-    }
 }
 
 void KeyTree::xExpandNewBranches(const QModelIndex& parent, int first, int last) {

@@ -1,8 +1,7 @@
 #ifndef OBVISTA_MEMORYVIEWER_KEY_TREE_H
 #define OBVISTA_MEMORYVIEWER_KEY_TREE_H
 
-#include <QStringList>
-#include <QTreeView>
+#include "key_view.h"
 
 #include <cstdint>
 #include <vector>
@@ -10,21 +9,18 @@
 namespace memoryviewer {
 
 class MemoryModel;
-struct MemoryKey;
 
-/** The robot's keys as rows that can be chosen, dragged, copied and edited. */
-class KeyTree : public QTreeView {
+/** The robot's keys, as a tree or a list. */
+class KeyTree : public KeyView {
     Q_OBJECT
 
   public:
     KeyTree(MemoryModel* model, QWidget* parent);
 
-    using QTreeView::edit;
-
     /** Keys of the rows on the screen, and of a few above and below them. */
     std::vector<std::uint32_t> visibleKeys() const;
-    /** Keys of the chosen rows, from the top; all keys below a chosen branch. */
-    std::vector<const MemoryKey*> chosenKeys() const;
+    /** All keys below a chosen branch too; not more than can be looked at. */
+    std::vector<const MemoryKey*> chosenKeys() const override;
     bool isEditing() const { return state() == EditingState; }
     /** Opens every branch that leads to a key, as long as there are not too many of them. */
     void openAll();
@@ -35,15 +31,6 @@ class KeyTree : public QTreeView {
     /** Takes the keyboard, with the first key chosen when none is. */
     void enter();
 
-  public Q_SLOTS:
-    void copyNames();
-    void copyValues();
-    void copyRows();
-
-  protected:
-    /** F2 edits the value of the row, whichever column the user is in. */
-    bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
-
   private:
     void xArrangeHeader();
     template <class Use>
@@ -51,7 +38,6 @@ class KeyTree : public QTreeView {
     QModelIndex xFirstKey() const;
     void xExpandNewBranches(const QModelIndex& parent, int first, int last);
     void xAppendKeys(const QModelIndex& index, std::vector<const MemoryKey*>& keys) const;
-    void xCopy(QString (*textOf)(const MemoryKey&)) const;
 
     MemoryModel* fModel;
     std::vector<QString> fOpenBranches;  // sorted paths

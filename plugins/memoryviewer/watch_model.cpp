@@ -146,12 +146,6 @@ void WatchModel::xSignalRow(int row, int firstColumn) {
     Q_EMIT dataChanged(index(row, firstColumn), index(row, ColumnCount - 1));
 }
 
-void WatchModel::refresh() {
-    if (!fNames.isEmpty()) {
-        Q_EMIT dataChanged(index(0, ValueColumn), index(fNames.size() - 1, ColumnCount - 1));
-    }
-}
-
 const MemoryKey* WatchModel::keyOf(const QModelIndex& index) const {
     return index.isValid() ? fFound[static_cast<std::size_t>(index.row())] : nullptr;
 }

@@ -42,8 +42,6 @@ class WatchModel : public QAbstractTableModel {
 
     /** The key of a row; null while the robot does not have it. */
     const MemoryKey* keyOf(const QModelIndex& index) const;
-    /** Has rates, ages and marks shown anew. */
-    void refresh();
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;

@@ -1,6 +1,5 @@
 #include "watch_view.h"
 
-#include "arrangement.h"
 #include "key_text.h"
 #include "watch_model.h"
 
@@ -18,44 +17,41 @@ constexpr int a_rowsAtFirst = 5;
 
 }  // namespace
 
-WatchView::WatchView(WatchModel* model, QWidget* parent) : QTreeView(parent), fModel(model) {
+WatchView::WatchView(WatchModel* model, QWidget* parent) : KeyView(model, parent), fModel(model) {
     setObjectName(QStringLiteral("memoryWatch"));
     setAccessibleName(tr("Watched values"));
-    setModel(model);
     setRootIsDecorated(false);
-    setUniformRowHeights(true);
-    setAlternatingRowColors(true);
-    setAllColumnsShowFocus(true);
-    setFrameShape(QFrame::NoFrame);
-    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
-    setTextElideMode(Qt::ElideRight);
-    setSelectionMode(ExtendedSelection);
     setDragDropMode(DragDrop);
     setDefaultDropAction(Qt::MoveAction);
-    setEditTriggers(DoubleClicked | EditKeyPressed);
-    setContextMenuPolicy(Qt::CustomContextMenu);
-    header()->setStretchLastSection(false);
-    header()->setSectionResizeMode(NameColumn, QHeaderView::Stretch);
     header()->hide();
 }
 
+std::vector<const MemoryKey*> WatchView::chosenKeys() const {
+    std::vector<const MemoryKey*> keys;
+    for (const QModelIndex& row : chosenRows()) {
+        if (const MemoryKey* key = fModel->keyOf(row)) {
+            keys.push_back(key);
+        }
+    }
+    return keys;
+}
+
+QStringList WatchView::chosenNames() const {
+    QStringList names;
+    for (const QModelIndex& row : chosenRows()) {
+        names += row.data(KeyNameRole).toString();
+    }
+    return names;
+}
+
 QSize WatchView::sizeHint() const {
-    return {QTreeView::sizeHint().width(), a_rowsAtFirst * fontMetrics().height() * 5 / 4};
+    return {KeyView::sizeHint().width(), a_rowsAtFirst * fontMetrics().height() * 5 / 4};
 }
 
 void WatchView::removeChosen() {
-    QStringList names;
-    for (const QModelIndex& index : selectionModel()->selectedRows()) {
-        names += index.data(KeyNameRole).toString();
-    }
-    for (const QString& name : names) {
+    for (const QString& name : chosenNames()) {
         fModel->remove(name);
     }
-}
-
-bool WatchView::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) {
-    const bool isByKey = trigger == EditKeyPressed;
-    return QTreeView::edit(isByKey ? index.siblingAtColumn(ValueColumn) : index, trigger, event);
 }
 
 void WatchView::keyPressEvent(QKeyEvent* event) {
@@ -67,7 +63,7 @@ void WatchView::keyPressEvent(QKeyEvent* event) {
     } else if (isMove && event->key() == Qt::Key_Down) {
         xMove(1);
     } else {
-        QTreeView::keyPressEvent(event);
+        KeyView::keyPressEvent(event);
     }
 }
 
@@ -80,7 +76,7 @@ void WatchView::xMove(int by) {
 }
 
 void WatchView::paintEvent(QPaintEvent* event) {
-    QTreeView::paintEvent(event);
+    KeyView::paintEvent(event);
     if (fModel->rowCount() == 0) {
         QPainter painter(viewport());
         painter.setPen(viewer::dimmedText(palette()));

@@ -1,7 +1,7 @@
 #ifndef OBVISTA_MEMORYVIEWER_WATCH_VIEW_H
 #define OBVISTA_MEMORYVIEWER_WATCH_VIEW_H
 
-#include <QTreeView>
+#include "key_view.h"
 
 namespace memoryviewer {
 
@@ -11,13 +11,14 @@ class WatchModel;
  * The keys that the user watches, in an area of their own. Keys are dropped in, Delete takes the
  * chosen ones out, and Alt with an arrow key moves one.
  */
-class WatchView : public QTreeView {
+class WatchView : public KeyView {
     Q_OBJECT
 
   public:
     WatchView(WatchModel* model, QWidget* parent);
 
-    using QTreeView::edit;
+    std::vector<const MemoryKey*> chosenKeys() const override;
+    QStringList chosenNames() const override;
 
     QSize sizeHint() const override;
 
@@ -25,8 +26,6 @@ class WatchView : public QTreeView {
     void removeChosen();
 
   protected:
-    /** F2 edits the value of the row, whichever column the user is in. */
-    bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 

@@ -5,6 +5,7 @@
 #include <QGuiApplication>
 #include <QLineEdit>
 #include <QLocale>
+#include <QPointer>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QToolTip>
@@ -42,6 +43,7 @@ class EditingTest : public QObject {
     void saysThatALostRobotTakesNothing();
     void copiesNameValueAndRow_data();
     void copiesNameValueAndRow();
+    void copiesAndEditsInTheWatchList();
 
   private:
     QLineEdit* xOpenField(const char* key);
@@ -237,6 +239,37 @@ void EditingTest::copiesNameValueAndRow() {
                             fWindow->tree()->visualRect(fWindow->cell(a_setting)).center());
     QCoreApplication::sendEvent(fWindow->tree()->viewport(), &click);
     QTRY_COMPARE(QGuiApplication::clipboard()->text(), expected);
+}
+
+void EditingTest::copiesAndEditsInTheWatchList() {
+    xEnter(a_setting, QStringLiteral("0.25"));
+    QTRY_COMPARE(fWindow->value(a_setting), QStringLiteral("0.25"));
+    fWindow->choose(a_setting);
+    QTest::keyClick(fWindow->tree(), Qt::Key_D, Qt::ControlModifier);
+    auto* watched = fWindow->find<QTreeView>("memoryWatch");
+    QTRY_COMPARE(watched->model()->rowCount(), 1);
+    watched->setFocus();
+    watched->setCurrentIndex(watched->model()->index(0, 0));
+    QTest::keyClick(watched, Qt::Key_C, Qt::ControlModifier);
+    QTRY_COMPARE(QGuiApplication::clipboard()->text(),
+                 QStringLiteral("Joint/HeadYaw/Stiffness\t0.25\t\tfloat"));
+    const auto chooseFromMenuOfTheRow = [&](const QString& entry) {
+        QTimer::singleShot(0, fWindow->viewer(), [this, entry] { fWindow->chooseFromMenu(entry); });
+        QContextMenuEvent click(QContextMenuEvent::Keyboard,
+                                watched->visualRect(watched->currentIndex()).center());
+        QCoreApplication::sendEvent(watched->viewport(), &click);
+    };
+    chooseFromMenuOfTheRow(QStringLiteral("Copy value"));
+    QTRY_COMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("0.25"));
+    chooseFromMenuOfTheRow(QStringLiteral("Edit value"));
+    QPointer<QLineEdit> field;
+    QTRY_VERIFY((field = watched->viewport()->findChild<QLineEdit*>(
+                     QStringLiteral("valueEditor"))) != nullptr &&
+                field->hasFocus());
+    field->selectAll();
+    QTest::keyClicks(field, QStringLiteral("0.375"));
+    QTest::keyClick(field, Qt::Key_Return);
+    QTRY_COMPARE(fWindow->value(a_setting), QStringLiteral("0.375"));
 }
 
 OBVISTA_QTEST_MAIN(EditingTest)
