@@ -141,7 +141,7 @@ TEST_F(Frames, ArriveWithEverythingThatDescribesThem) {
 
 TEST_F(Frames, OfEverySizeArriveWhole) {
     const auto stream = watch(fListener);
-    const std::size_t part = std::size_t{256} * 1024;
+    const std::size_t part = std::size_t{1024} * 1024;
     std::uint64_t number = 0;
     for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{100}, part - 1, part,
                                    part + 1, a_pictureBytes, std::size_t{17} << 20U}) {
