@@ -22,8 +22,12 @@ void fillScreen(QMainWindow& window);
 /** Says on standard output where on the screen a cell stands: "cell LEFT TOP WIDTH HEIGHT". */
 void tellWhereShown(const QAbstractItemView& view, const QModelIndex& cell);
 
-/** Says on standard output, each time it gets longer, how many milliseconds the longest hold of
- *  this thread's event loop took: "NAME MILLISECONDS". */
+/**
+ * Says on standard output, each time one of them gets longer, how many milliseconds the longest
+ * hold of this thread's event loop took and for how many this thread ran at most between two looks
+ * at it: "NAME HELD RAN". Where the first is far above the second, the thread was kept from
+ * running.
+ */
 class LoopWatch {
   public:
     explicit LoopWatch(const char* name);
@@ -34,7 +38,9 @@ class LoopWatch {
     const char* fName;
     QTimer fTimer;
     QElapsedTimer fSinceLook;
-    double fLongest = 0;
+    double fProcessorTime = 0;  // at the last look, milliseconds
+    double fLongestHold = 0;
+    double fLongestRun = 0;
 };
 
 }  // namespace bench

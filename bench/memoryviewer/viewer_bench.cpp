@@ -16,6 +16,7 @@
 // from a key in the filter to its result.
 #include "cell_watch.h"
 #include "figures.h"
+#include "machine_watch.h"
 #include "memory_slope.h"
 
 #include <robaxi/kv_broker.h>
@@ -63,11 +64,21 @@ QRect cellOf(ChildProcess& program) {
     return {left, top, width, height};
 }
 
-/** The newest figure of that name that a program has written. */
-double toldFigure(const ChildProcess& program, const std::string& name) {
+struct Hold {
+    double fHeld = 0;
+    double fRan = 0;
+};
+
+/** The newest figures of that name that a program's LoopWatch has written. */
+Hold toldHold(const ChildProcess& program, const std::string& name) {
     const std::string output = program.output();
     const std::size_t at = output.rfind(name + ' ');
-    return at == std::string::npos ? 0 : std::atof(output.c_str() + at + name.size());
+    Hold hold;
+    if (at == std::string::npos ||
+        std::sscanf(output.c_str() + at + name.size(), "%lf %lf", &hold.fHeld, &hold.fRan) != 2) {
+        throw std::runtime_error("no hold was told: " + output + program.errors());
+    }
+    return hold;
 }
 
 /** Sets the value of the cell and sees it appear. */
@@ -142,6 +153,7 @@ void measure(const std::string& kind, double time) {
     ChildProcess program(command(kind, robot.port()));
     Probe probe(robot.port(), cellOf(program));
     bench::MemorySlope memory(program.pid());
+    const bench::MachineWatch machine;
     std::vector<double> delays;
     std::mt19937 random(1);
     const double processor = bench::processorSeconds(program.pid());
@@ -153,11 +165,14 @@ void measure(const std::string& kind, double time) {
     }
     const double length = std::chrono::duration<double>(Clock::now() - begin).count();
     const double share = 100 * (bench::processorSeconds(program.pid()) - processor) / length;
+    const Hold hold = toldHold(program, "hold");
     std::printf(
-        "%-7s %5.1f %% of a core   longest hold %6.1f ms (%6.1f while opening)"
+        "%-7s %5.1f %% of a core   longest hold %6.1f ms, run at a stretch %5.1f ms"
+        " (machine %5.1f ms; %5.1f ms while opening)"
         "   to the screen %6.1f ms median %6.1f ms 95th percentile   %+7.2f MB an hour\n",
-        kind.c_str(), share, toldFigure(program, "hold"), toldFigure(program, "opening"),
-        bench::median(delays), bench::quantile(delays, 0.95), memory.megabytesAnHour());
+        kind.c_str(), share, hold.fHeld, hold.fRan, machine.longestDelay(),
+        toldHold(program, "opening").fHeld, bench::median(delays), bench::quantile(delays, 0.95),
+        memory.megabytesAnHour());
     std::fflush(stdout);
 }
 
