@@ -32,6 +32,10 @@ KeyTree::KeyTree(MemoryModel* model, QWidget* parent) : KeyView(model, parent), 
     setSortingEnabled(true);
     xArrangeHeader();
     connect(model, &QAbstractItemModel::rowsInserted, this, &KeyTree::xExpandNewBranches);
+    connect(this, &QTreeView::collapsed, this,
+            [this](const QModelIndex& branch) { fClosedBranches.insert(xPathOf(branch)); });
+    connect(this, &QTreeView::expanded, this,
+            [this](const QModelIndex& branch) { fClosedBranches.remove(xPathOf(branch)); });
 }
 
 /** Once sorting is enabled, whose mark takes a part of a title's room. */
@@ -88,12 +92,6 @@ void KeyTree::xAppendKeys(const QModelIndex& index, std::vector<const MemoryKey*
     }
 }
 
-void KeyTree::openAll() {
-    if (fModel->keyCount() <= a_mostKeysAtOnce) {
-        expandAll();
-    }
-}
-
 /** Calls `use(branch, path)` for the branches below a row, and below those for which it is true. */
 template <class Use>
 void KeyTree::xForEachBranch(const QModelIndex& parent, const QString& path, Use use) {
@@ -106,6 +104,33 @@ void KeyTree::xForEachBranch(const QModelIndex& parent, const QString& path, Use
             }
         }
     }
+}
+
+void KeyTree::openAll() {
+    fClosedBranches.clear();
+    if (fModel->keyCount() <= a_mostKeysAtOnce) {
+        expandAll();
+    }
+}
+
+void KeyTree::openNewBranches() {
+    if (fModel->keyCount() > a_mostKeysAtOnce) {
+        return;
+    }
+    xForEachBranch({}, {}, [this](const QModelIndex& branch, const QString& path) {
+        if (!isExpanded(branch) && !fClosedBranches.contains(path)) {
+            expand(branch);
+        }
+        return true;
+    });
+}
+
+QString KeyTree::xPathOf(QModelIndex branch) const {
+    QString path;
+    for (; branch.isValid(); branch = branch.parent()) {
+        path.prepend(QLatin1Char('/') + branch.siblingAtColumn(NameColumn).data().toString());
+    }
+    return path;
 }
 
 void KeyTree::rememberOpenBranches() {

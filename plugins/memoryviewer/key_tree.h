@@ -3,6 +3,8 @@
 
 #include "key_view.h"
 
+#include <QSet>
+
 #include <cstdint>
 #include <vector>
 
@@ -24,6 +26,9 @@ class KeyTree : public KeyView {
     bool isEditing() const { return state() == EditingState; }
     /** Opens every branch that leads to a key, as long as there are not too many of them. */
     void openAll();
+    /** Opens those that have come since; what the user has closed stays closed, also when it
+     *  returns. */
+    void openNewBranches();
     /** Before branches go, since a filter or a list shows others or none. */
     void rememberOpenBranches();
     /** Once all branches are there again, opens those of then beside those that are open. */
@@ -36,11 +41,13 @@ class KeyTree : public KeyView {
     template <class Use>
     void xForEachBranch(const QModelIndex& parent, const QString& path, Use use);
     QModelIndex xFirstKey() const;
+    QString xPathOf(QModelIndex branch) const;
     void xExpandNewBranches(const QModelIndex& parent, int first, int last);
     void xAppendKeys(const QModelIndex& index, std::vector<const MemoryKey*>& keys) const;
 
     MemoryModel* fModel;
     std::vector<QString> fOpenBranches;  // sorted paths
+    QSet<QString> fClosedBranches;       // paths, by the user since openAll()
     bool fHasRemembered = false;
 };
 

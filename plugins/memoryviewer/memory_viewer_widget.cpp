@@ -263,6 +263,9 @@ void MemoryViewerWidget::xApply(MemoryBatch& batch) {
     }
     fKeys->remove(batch.fRemoved);
     fKeys->add(batch.fAdded);
+    if (!batch.fAdded.empty()) {
+        xOpenNewBranches();
+    }
     fKeys->change(std::move(batch.fChanged), batch.fArrival);
     fCurves->append(batch.fFollowed);
     fKeyRecording->append(batch.fFollowed);
@@ -306,6 +309,7 @@ void MemoryViewerWidget::xOnSecond() {
         fKeys->endTurn();
         if (fModel->arrangement().isLive() && !fTree->isEditing()) {
             fModel->rearrange();
+            xOpenNewBranches();
         }
     } else {
         fSinceValue.restart();
@@ -337,6 +341,13 @@ void MemoryViewerWidget::xArrange() {
     fToolBar->setFilterFault(arrangement.fFilter.fault());
     xUpdateTexts();
     xPlan();
+}
+
+/** Less may have passed the filter when it was entered, or remembered, than does now. */
+void MemoryViewerWidget::xOpenNewBranches() {
+    if (!fModel->arrangement().fFilter.isEmpty()) {
+        fTree->openNewBranches();
+    }
 }
 
 void MemoryViewerWidget::xOnRecording(bool isRecording) {

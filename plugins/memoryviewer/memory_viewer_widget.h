@@ -70,6 +70,7 @@ class MemoryViewerWidget : public viewer::ViewerWidget {
     void xOnTick();
     void xOnSecond();
     void xArrange();
+    void xOpenNewBranches();
     void xOnRecording(bool isRecording);
     void xOnPause();
     void xOnWriteRefused(const std::string& key, const QString& reason);

@@ -31,6 +31,7 @@ class ViewingTest : public QObject {
     void cleanup();
 
     void filtersWhileTyping();
+    void opensTheBranchesOfWhatChanges();
     void saysThatNothingFitsTheFilter();
     void saysWhatIsWrongWithTheFilter();
     void listsKeysByTheirWholeNames();
@@ -114,6 +115,25 @@ void ViewingTest::filtersWhileTyping() {
     QTRY_VERIFY(!xValue("Battery/Charge").isEmpty());
     xFilter()->clear();
     QTRY_VERIFY(indexOf(fViewer, "Battery/Current").isValid());
+}
+
+void ViewingTest::opensTheBranchesOfWhatChanges() {
+    typeFilter(fViewer, QStringLiteral("headyaw changed:5"));
+    QTRY_VERIFY(!xTree()->visualRect(indexOf(fViewer, "Joint/HeadYaw/Position")).isEmpty());
+    // What the user closes stays so.
+    const auto headYaw = [this] { return indexOf(fViewer, "Joint/HeadYaw/Position").parent(); };
+    xTree()->collapse(headYaw());
+    int arranged = 0;
+    const auto counting = connect(xTree()->model(), &QAbstractItemModel::layoutChanged, this,
+                                  [&arranged] { ++arranged; });
+    QTRY_VERIFY(arranged >= 2);
+    disconnect(counting);
+    QVERIFY(headYaw().isValid());
+    QVERIFY(!xTree()->isExpanded(headYaw()));
+    // A filter that is remembered is there before the keys are.
+    typeFilter(fViewer, QStringLiteral("headyaw position"));
+    xOpen();
+    QTRY_VERIFY(!xTree()->visualRect(indexOf(fViewer, "Joint/HeadYaw/Position")).isEmpty());
 }
 
 void ViewingTest::saysThatNothingFitsTheFilter() {
