@@ -1,5 +1,6 @@
 #include "filter_typing.h"
 
+#include "figures.h"
 #include "host_window.h"
 
 #include <QAbstractItemModel>
@@ -23,12 +24,6 @@ constexpr std::size_t a_rounds = 3;
 /** Milliseconds from one key to the next, as a fast typist has them. */
 constexpr int a_betweenKeys = 90;
 constexpr double a_nanosecondsInMillisecond = 1e6;
-
-double medianOf(std::vector<double> times) {
-    const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
-    std::nth_element(times.begin(), middle, times.end());
-    return *middle;
-}
 
 void press(QWidget& target, int key, const QString& text) {
     for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
@@ -67,7 +62,7 @@ double floorOfTyping() {
         line.repaint();
         times.push_back(static_cast<double>(time.nsecsElapsed()) / a_nanosecondsInMillisecond);
     }
-    return medianOf(times);
+    return median(times);
 }
 
 }  // namespace
@@ -111,7 +106,7 @@ void FilterTyping::xOnPainted() {
 }
 
 void FilterTyping::xTell() {
-    std::printf("typed %.1f %.1f %.2f\n", medianOf(fTimes),
+    std::printf("typed %.1f %.1f %.2f\n", median(fTimes),
                 *std::max_element(fTimes.begin(), fTimes.end()), floorOfTyping());
     std::fflush(stdout);
 }

@@ -49,17 +49,23 @@ constexpr std::chrono::milliseconds a_look{1};
 constexpr std::chrono::seconds a_longestWait{5};
 constexpr std::chrono::seconds a_settling{2};
 
+/** What a program has written behind the newest of these words. */
+std::string told(const ChildProcess& program, const std::string& word) {
+    const std::string output = program.output();
+    const std::size_t at = output.rfind(word + ' ');
+    return at == std::string::npos ? std::string() : output.substr(at + word.size() + 1);
+}
+
 /** The rectangle that a program says its cell stands in. */
 QRect cellOf(ChildProcess& program) {
     const bool isTold = program.waitForOutput("cell ") && program.waitForOutput("hold ");
-    const std::string output = program.output();
     int left = 0;
     int top = 0;
     int width = 0;
     int height = 0;
-    if (!isTold || std::sscanf(output.c_str() + output.find("cell "), "cell %d %d %d %d", &left,
-                               &top, &width, &height) != 4) {
-        throw std::runtime_error("no cell is shown: " + output + program.errors());
+    if (!isTold || std::sscanf(told(program, "cell").c_str(), "%d %d %d %d", &left, &top, &width,
+                               &height) != 4) {
+        throw std::runtime_error("no cell is shown: " + program.output() + program.errors());
     }
     return {left, top, width, height};
 }
@@ -71,12 +77,9 @@ struct Hold {
 
 /** The newest figures of that name that a program's LoopWatch has written. */
 Hold toldHold(const ChildProcess& program, const std::string& name) {
-    const std::string output = program.output();
-    const std::size_t at = output.rfind(name + ' ');
     Hold hold;
-    if (at == std::string::npos ||
-        std::sscanf(output.c_str() + at + name.size(), "%lf %lf", &hold.fHeld, &hold.fRan) != 2) {
-        throw std::runtime_error("no hold was told: " + output + program.errors());
+    if (std::sscanf(told(program, name).c_str(), "%lf %lf", &hold.fHeld, &hold.fRan) != 2) {
+        throw std::runtime_error("no hold was told: " + program.output() + program.errors());
     }
     return hold;
 }
@@ -183,10 +186,9 @@ void measureFilter() {
     double longest = 0;
     double floor = 0;
     const bool isTold = program.waitForOutput("typed ");
-    const std::string output = program.output();
-    if (!isTold || std::sscanf(output.c_str() + output.find("typed "), "typed %lf %lf %lf", &median,
-                               &longest, &floor) != 3) {
-        throw std::runtime_error("no filter was typed: " + output + program.errors());
+    if (!isTold || std::sscanf(told(program, "typed").c_str(), "%lf %lf %lf", &median, &longest,
+                               &floor) != 3) {
+        throw std::runtime_error("no filter was typed: " + program.output() + program.errors());
     }
     std::printf(
         "filter  from a key to its result %6.1f ms median %6.1f ms longest"

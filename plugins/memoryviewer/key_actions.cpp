@@ -11,6 +11,7 @@
 #include <QShortcut>
 
 #include <algorithm>
+#include <initializer_list>
 #include <write_queue.h>
 
 namespace memoryviewer {
@@ -26,8 +27,7 @@ KeyActions::KeyActions(const Parts& parts, QWidget* viewer) : QObject(viewer), f
     xAddShortcut(a_watchKeys, &KeyActions::xWatch);
     xAddShortcut(a_plotKeys, &KeyActions::xPlot);
     xAddShortcut(QKeySequence::Undo, &KeyActions::xUndo);
-    for (KeyView* view :
-         {static_cast<KeyView*>(fParts.fTree), static_cast<KeyView*>(fParts.fWatchView)}) {
+    for (KeyView* view : std::initializer_list<KeyView*>{fParts.fTree, fParts.fWatchView}) {
         auto* copy = new QShortcut(QKeySequence::Copy, view);
         copy->setContext(Qt::WidgetShortcut);
         connect(copy, &QShortcut::activated, view, &KeyView::copyRows);

@@ -92,16 +92,13 @@ void KeyTree::xAppendKeys(const QModelIndex& index, std::vector<const MemoryKey*
     }
 }
 
-/** Calls `use(branch, path)` for the branches below a row, and below those for which it is true. */
+/** Calls `use(branch)` for the branches below a row, and below those for which it is true. */
 template <class Use>
-void KeyTree::xForEachBranch(const QModelIndex& parent, const QString& path, Use use) {
+void KeyTree::xForEachBranch(const QModelIndex& parent, Use use) {
     for (int row = 0; row < fModel->rowCount(parent); ++row) {
         const QModelIndex index = fModel->index(row, NameColumn, parent);
-        if (fModel->hasChildren(index)) {
-            const QString here = path + QLatin1Char('/') + index.data().toString();
-            if (use(index, here)) {
-                xForEachBranch(index, here, use);
-            }
+        if (fModel->hasChildren(index) && use(index)) {
+            xForEachBranch(index, use);
         }
     }
 }
@@ -117,8 +114,8 @@ void KeyTree::openNewBranches() {
     if (fModel->keyCount() > a_mostKeysAtOnce) {
         return;
     }
-    xForEachBranch({}, {}, [this](const QModelIndex& branch, const QString& path) {
-        if (!isExpanded(branch) && !fClosedBranches.contains(path)) {
+    xForEachBranch({}, [this](const QModelIndex& branch) {
+        if (!isExpanded(branch) && !fClosedBranches.contains(xPathOf(branch))) {
             expand(branch);
         }
         return true;
@@ -136,9 +133,9 @@ QString KeyTree::xPathOf(QModelIndex branch) const {
 void KeyTree::rememberOpenBranches() {
     fOpenBranches.clear();
     fHasRemembered = fModel->keyCount() > 0;
-    xForEachBranch({}, {}, [this](const QModelIndex& branch, const QString& path) {
+    xForEachBranch({}, [this](const QModelIndex& branch) {
         if (isExpanded(branch)) {
-            fOpenBranches.push_back(path);
+            fOpenBranches.push_back(xPathOf(branch));
         }
         return isExpanded(branch);
     });
@@ -146,10 +143,11 @@ void KeyTree::rememberOpenBranches() {
 }
 
 void KeyTree::reopenBranches() {
-    xForEachBranch({}, {}, [this](const QModelIndex& branch, const QString& path) {
+    xForEachBranch({}, [this](const QModelIndex& branch) {
         const bool isOpen =
-            fHasRemembered ? std::binary_search(fOpenBranches.begin(), fOpenBranches.end(), path)
-                           : !branch.parent().isValid();
+            fHasRemembered
+                ? std::binary_search(fOpenBranches.begin(), fOpenBranches.end(), xPathOf(branch))
+                : !branch.parent().isValid();
         if (isOpen) {
             expand(branch);
         }

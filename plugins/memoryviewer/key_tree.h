@@ -39,7 +39,7 @@ class KeyTree : public KeyView {
   private:
     void xArrangeHeader();
     template <class Use>
-    void xForEachBranch(const QModelIndex& parent, const QString& path, Use use);
+    void xForEachBranch(const QModelIndex& parent, Use use);
     QModelIndex xFirstKey() const;
     QString xPathOf(QModelIndex branch) const;
     void xExpandNewBranches(const QModelIndex& parent, int first, int last);

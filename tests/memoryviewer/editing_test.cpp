@@ -234,10 +234,7 @@ void EditingTest::copiesNameValueAndRow() {
     xEnter(a_setting, QStringLiteral("0.125"));
     QTRY_COMPARE(fWindow->value(a_setting), QStringLiteral("0.125"));
     fWindow->choose(a_setting);
-    QTimer::singleShot(0, fWindow->viewer(), [&] { fWindow->chooseFromMenu(entry); });
-    QContextMenuEvent click(QContextMenuEvent::Keyboard,
-                            fWindow->tree()->visualRect(fWindow->cell(a_setting)).center());
-    QCoreApplication::sendEvent(fWindow->tree()->viewport(), &click);
+    fWindow->chooseFromRowMenu(fWindow->tree(), entry);
     QTRY_COMPARE(QGuiApplication::clipboard()->text(), expected);
 }
 
@@ -253,15 +250,9 @@ void EditingTest::copiesAndEditsInTheWatchList() {
     QTest::keyClick(watched, Qt::Key_C, Qt::ControlModifier);
     QTRY_COMPARE(QGuiApplication::clipboard()->text(),
                  QStringLiteral("Joint/HeadYaw/Stiffness\t0.25\t\tfloat"));
-    const auto chooseFromMenuOfTheRow = [&](const QString& entry) {
-        QTimer::singleShot(0, fWindow->viewer(), [this, entry] { fWindow->chooseFromMenu(entry); });
-        QContextMenuEvent click(QContextMenuEvent::Keyboard,
-                                watched->visualRect(watched->currentIndex()).center());
-        QCoreApplication::sendEvent(watched->viewport(), &click);
-    };
-    chooseFromMenuOfTheRow(QStringLiteral("Copy value"));
+    fWindow->chooseFromRowMenu(watched, QStringLiteral("Copy value"));
     QTRY_COMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("0.25"));
-    chooseFromMenuOfTheRow(QStringLiteral("Edit value"));
+    fWindow->chooseFromRowMenu(watched, QStringLiteral("Edit value"));
     QPointer<QLineEdit> field;
     QTRY_VERIFY((field = watched->viewport()->findChild<QLineEdit*>(
                      QStringLiteral("valueEditor"))) != nullptr &&

@@ -105,12 +105,7 @@ double PlottingTest::xPlotForAWhile(const char* key) {
 void PlottingTest::xPlotByItself(const char* key) {
     QTRY_VERIFY(!fWindow->value(key).isEmpty());
     fWindow->choose(key);
-    QWidget* rows = fWindow->tree()->viewport();
-    const QPoint place = fWindow->tree()->visualRect(fWindow->cell(key)).center();
-    QTimer::singleShot(0, fWindow->viewer(),
-                       [this] { fWindow->chooseFromMenu(QStringLiteral("Plot by itself")); });
-    QContextMenuEvent click(QContextMenuEvent::Mouse, place, rows->mapToGlobal(place));
-    QCoreApplication::sendEvent(rows, &click);
+    fWindow->chooseFromRowMenu(fWindow->tree(), QStringLiteral("Plot by itself"));
 }
 
 /** Chooses one of the ways to save the current plot. */

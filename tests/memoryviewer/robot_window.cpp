@@ -90,6 +90,14 @@ void RobotWindow::chooseFromMenu(const QString& text) const {
     QFAIL(qPrintable(QStringLiteral("There is no entry ") + text));
 }
 
+void RobotWindow::chooseFromRowMenu(QTreeView* view, const QString& text) const {
+    // The click does not return while its menu is open.
+    QTimer::singleShot(0, viewer(), [this, text] { chooseFromMenu(text); });
+    const QPoint place = view->visualRect(view->currentIndex()).center();
+    QContextMenuEvent click(QContextMenuEvent::Mouse, place, view->viewport()->mapToGlobal(place));
+    QCoreApplication::sendEvent(view->viewport(), &click);
+}
+
 QList<QwtPlot*> RobotWindow::plots() const {
     QList<QwtPlot*> plots;
     const auto* stack = find<QSplitter>("plotStack");

@@ -47,6 +47,8 @@ class RobotWindow {
     bool answerFileQuestion(const QString& fileName) const;
     /** Chooses an entry of the menu that a click opens, by its text without "&". */
     void chooseFromMenu(const QString& text) const;
+    /** The same of the menu of a view's current row. */
+    void chooseFromRowMenu(QTreeView* view, const QString& text) const;
 
     /** The plots below each other. */
     QList<QwtPlot*> plots() const;
