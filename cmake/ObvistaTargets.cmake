@@ -5,8 +5,9 @@ add_library(obvista_compile_options INTERFACE)
 target_compile_options(obvista_compile_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Wold-style-cast
     -Woverloaded-virtual -Wcast-qual -Wformat=2 -Werror)
+# _REENTRANT is what some libraries ask for; all have it, so that they share precompiled headers.
 target_compile_definitions(obvista_compile_options INTERFACE
-    QT_DEPRECATED_WARNINGS QT_NO_KEYWORDS QT_NO_CAST_FROM_BYTEARRAY QT_NO_URL_CAST_FROM_STRING
+    _REENTRANT QT_DEPRECATED_WARNINGS QT_NO_KEYWORDS QT_NO_CAST_FROM_BYTEARRAY QT_NO_URL_CAST_FROM_STRING
     QT_STRICT_ITERATORS)
 
 if(OBVISTA_SANITIZE)

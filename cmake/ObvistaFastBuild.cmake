@@ -1,0 +1,25 @@
+# Tools that make building faster where they are installed: ccache for what was compiled before, also in
+# another folder, and mold for linking. Neither changes what is built.
+
+option(OBVISTA_FAST_BUILD "Use ccache and mold where they are installed" ON)
+if(OBVISTA_FAST_BUILD)
+    find_program(OBVISTA_CCACHE ccache)
+    find_program(OBVISTA_MOLD mold)
+endif()
+
+if(OBVISTA_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    # A clone in another folder hits: paths below the project are made relative, and the compiler's
+    # working folder does not count. The sloppiness is what precompiled headers need: they are known by
+    # their content, and no file of the project uses __TIME__ or __DATE__.
+    set(CMAKE_CXX_COMPILER_LAUNCHER /usr/bin/env
+        "CCACHE_BASEDIR=${CMAKE_SOURCE_DIR}" CCACHE_NOHASHDIR=1
+        CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
+        "${OBVISTA_CCACHE}")
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT CMAKE_DISABLE_PRECOMPILE_HEADERS)
+        add_compile_options(-fpch-preprocess)
+    endif()
+endif()
+
+if(OBVISTA_MOLD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    add_link_options(-fuse-ld=mold)
+endif()
