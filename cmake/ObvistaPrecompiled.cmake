@@ -40,9 +40,11 @@ function(obvista_precompile_headers)
         LIBRARIES obvista_robaxi_proto)
     if(OBVISTA_BUILD_TESTS)
         obvista_add_precompiled_family(qtest HEADERS ${obvista_qt_headers} <QtTest>
-            LIBRARIES Qt5::Network Qt5::Widgets Qt5::Test obvista_test_optimisation)
+            LIBRARIES Qt5::Network Qt5::Widgets Qt5::Test)
         obvista_add_precompiled_family(gtest HEADERS ${obvista_std_headers} <gmock/gmock.h> <gtest/gtest.h>
-            LIBRARIES GTest::gmock obvista_test_optimisation)
+            LIBRARIES GTest::gmock)
+        target_compile_options(obvista_precompiled_qtest PRIVATE ${obvista_test_options})
+        target_compile_options(obvista_precompiled_gtest PRIVATE ${obvista_test_options})
     endif()
     _obvista_precompile_folder("${PROJECT_SOURCE_DIR}")
 endfunction()
