@@ -71,7 +71,8 @@ CameraBar::CameraBar(QWidget* parent)
       fFormatBox(xMakeBox("formatBox", tr("Format"),
                           tr("How the robot sends pictures: JPEG needs the least network, the "
                              "others have exact values"))),
-      fRateBox(xMakeBox("rateBox", tr("Rate"), tr("Pictures that the robot takes a second"))) {
+      fRateBox(xMakeBox("rateBox", tr("Rate"), tr("Pictures that the robot takes a second"))),
+      fLast(fRateBox) {
     auto* row = new viewer::WrapLayout(this);
     row->setContentsMargins(a_space, a_space, a_space, a_space);
     row->setSpacing(a_space);
@@ -140,6 +141,9 @@ QToolButton* CameraBar::xAddButton() {
     button->setAutoRaise(true);
     button->setFocusPolicy(Qt::TabFocus);
     layout()->addWidget(button);
+    // Before what was made between the boxes and this button, the picture for one.
+    setTabOrder(fLast, button);
+    fLast = button;
     return button;
 }
 

@@ -73,6 +73,7 @@ class CameraBar : public QWidget {
     QComboBox* fSizeBox;
     QComboBox* fFormatBox;
     QComboBox* fRateBox;
+    QWidget* fLast;  // in the order of Tab
 };
 
 }  // namespace cameraviewer

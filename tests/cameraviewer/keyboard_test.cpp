@@ -1,0 +1,88 @@
+#include "camera_driver.h"
+#include "video_robot.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QSettings>
+#include <QtTest>
+#include <qt_test_main.h>
+
+#include <memory>
+#include <tab_ring.h>
+
+using namespace obvista_test;
+
+/** The window without a mouse. */
+class KeyboardTest : public QObject {
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void leadsToEveryControlWithAPicture();
+    void leadsToEveryControlWithoutAPicture();
+    void givesTheKeyboardToThePicture();
+
+  private:
+    void xVerifyRing(const QStringList& expected);
+
+    std::unique_ptr<VideoRobot> fRobot;
+    std::unique_ptr<CameraDriver> fDriver;
+    QWidget* fViewer = nullptr;
+};
+
+void KeyboardTest::init() {
+    QSettings().clear();
+    fRobot = std::make_unique<VideoRobot>();
+    fRobot->addCamera("head");
+    fDriver = std::make_unique<CameraDriver>();
+    QVERIFY(QTest::qWaitForWindowActive(&fDriver->window()));
+    fViewer = fDriver->show(fRobot->port());
+    QTRY_COMPARE(fRobot->watchers("head"), 1);
+}
+
+void KeyboardTest::cleanup() {
+    fDriver.reset();
+    fRobot.reset();
+}
+
+/** Walks from the first control in both directions; nothing may be left out, or come twice. */
+void KeyboardTest::xVerifyRing(const QStringList& expected) {
+    boxOf(fViewer, "cameraBox")->setFocus();
+    const QStringList forward = walkedByTab(fDriver->window(), Qt::Key_Tab);
+    QCOMPARE(forward.join(QLatin1String(", ")), expected.join(QLatin1String(", ")));
+    QStringList backward = walkedByTab(fDriver->window(), Qt::Key_Backtab);
+    // From the first control back to it: all but the first in the other order.
+    std::reverse(backward.begin() + 1, backward.end());
+    QCOMPARE(backward.join(QLatin1String(", ")), expected.join(QLatin1String(", ")));
+    QStringList sorted = forward;
+    sorted.sort();
+    QCOMPARE(sorted, tabStops(*fViewer));
+}
+
+void KeyboardTest::leadsToEveryControlWithAPicture() {
+    actionOf(fViewer, "histogramAction")->trigger();
+    fRobot->publish("head", plainFrame(QColor(77, 77, 77), KVPixelFormat::Grey8));
+    QTRY_COMPARE(labelText(fViewer, "histogramText"), QStringLiteral("Range 77 to 77\nMean 77.0"));
+    xVerifyRing({"cameraBox", "sizeBox", "formatBox", "rateBox", "Pause", "Fit", "1:1",
+                 "viewButton", "Snapshot", "Record", "cameraPicture", "stretchBox"});
+}
+
+void KeyboardTest::leadsToEveryControlWithoutAPicture() {
+    xVerifyRing({"cameraBox", "sizeBox", "formatBox", "rateBox", "Pause", "Fit", "1:1",
+                 "viewButton", "Record"});
+}
+
+/** A host that gives the keyboard to the viewer means its picture, where the single keys work. */
+void KeyboardTest::givesTheKeyboardToThePicture() {
+    fViewer->setFocus();
+    QCOMPARE(fDriver->window().focusWidget(), boxOf(fViewer, "cameraBox"));
+    fRobot->publish("head", plainFrame(Qt::red));
+    QTRY_VERIFY(pictureOf(fViewer)->isVisible());
+    fViewer->setFocus();
+    QCOMPARE(fDriver->window().focusWidget(), pictureOf(fViewer));
+}
+
+OBVISTA_QTEST_MAIN(KeyboardTest)
+#include "keyboard_test.moc"
