@@ -34,6 +34,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <project_files.h>
 #include <robot_process.h>
 #include <stdexcept>
 #include <string>
@@ -43,6 +44,7 @@
 
 namespace {
 
+using obvista_test::builtFile;
 using obvista_test::ChildProcess;
 using obvista_test::FrameStamp;
 using obvista_test::RobotProcess;
@@ -222,9 +224,10 @@ Sighting observe(ChildProcess& program, const bench::ShownRect& rect, double tim
 std::vector<std::string> command(const std::string& kind, const Camera& camera, int port) {
     const std::vector<std::string> size{std::to_string(port), std::to_string(camera.fWidth),
                                         std::to_string(camera.fHeight)};
-    std::vector<std::string> words{OBVISTA_BENCH_LABEL};
+    std::vector<std::string> words{builtFile("bench/cameraviewer_bench_label")};
     if (kind != "label") {
-        words = {OBVISTA_BENCH_VIEWER, OBVISTA_CAMERAVIEWER};
+        words = {builtFile("bench/cameraviewer_bench_viewer"),
+                 builtFile("lib/obvista/libcameraviewer.so")};
     }
     words.insert(words.end(), size.begin(), size.end());
     return words;
@@ -251,7 +254,7 @@ void measure(const std::string& kind, const Camera& camera, double time) {
     print(camera, kind, observe(program, rect, time));
 }
 
-#ifdef OBVISTA_BENCH_ROS
+#ifdef OBVISTA_ROS_IMAGE_VIEW_LIBRARY
 
 bench::ShownRect findOnScreen(ChildProcess& program, const Camera& camera) {
     const auto end = Clock::now() + ChildProcess::a_patience;
@@ -291,7 +294,8 @@ void measureImageView(const Camera& camera, double time) {
     const RobotProcess robot;
     set(robot.port(), camera);
     const bench::RosMaster master;
-    const ChildProcess publisher({OBVISTA_BENCH_ROS, std::to_string(robot.port())});
+    const ChildProcess publisher(
+        {builtFile("bench/cameraviewer_bench_ros"), std::to_string(robot.port())});
     ChildProcess program({"/usr/lib/image_view/image_view", "image:=/image", "_autosize:=true"});
     print(camera, "image_view", observe(program, findOnScreen(program, camera), time));
 }
@@ -299,7 +303,7 @@ void measureImageView(const Camera& camera, double time) {
 #endif
 
 void measureKind(const std::string& kind, const Camera& camera, double time) {
-#ifdef OBVISTA_BENCH_ROS
+#ifdef OBVISTA_ROS_IMAGE_VIEW_LIBRARY
     if (kind == "image_view") {
         measureImageView(camera, time);
         return;
@@ -310,7 +314,7 @@ void measureKind(const std::string& kind, const Camera& camera, double time) {
 
 std::vector<std::string> allKinds() {
     std::vector<std::string> kinds{"viewer", "label", "slowed"};
-#ifdef OBVISTA_BENCH_ROS
+#ifdef OBVISTA_ROS_IMAGE_VIEW_LIBRARY
     kinds.insert(kinds.begin() + 2, "image_view");
 #endif
     return kinds;

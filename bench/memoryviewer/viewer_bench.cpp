@@ -28,6 +28,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <project_files.h>
 #include <random>
 #include <robot_process.h>
 #include <stdexcept>
@@ -37,6 +38,7 @@
 
 namespace {
 
+using obvista_test::builtFile;
 using obvista_test::ChildProcess;
 using obvista_test::RobotProcess;
 using Clock = std::chrono::steady_clock;
@@ -141,9 +143,10 @@ void rest(std::mt19937& random) {
 
 std::vector<std::string> command(const std::string& kind, int port) {
     if (kind == "table") {
-        return {OBVISTA_BENCH_TABLE, std::to_string(port)};
+        return {builtFile("bench/memoryviewer_bench_table"), std::to_string(port)};
     }
-    std::vector<std::string> words{OBVISTA_BENCH_VIEWER, OBVISTA_MEMORYVIEWER,
+    std::vector<std::string> words{builtFile("bench/memoryviewer_bench_viewer"),
+                                   builtFile("lib/obvista/libmemoryviewer.so"),
                                    std::to_string(port)};
     if (kind == "sorted" || kind == "filter") {
         words.push_back(kind);

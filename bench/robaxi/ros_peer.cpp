@@ -2,6 +2,7 @@
 
 #include "far_end.h"
 #include "key_names.h"
+#include "project_files.h"
 #include "ros_master.h"
 #include "ros_names.h"
 
@@ -113,7 +114,7 @@ class Peer : public RosPeer {
     }
 
     const RosMaster fMaster;
-    const FarEnd fFarEnd{"--serve", ROS_FAR_END};
+    const FarEnd fFarEnd{"--serve", obvista_test::builtFile("bench/robaxi_ros_far_end")};
     std::unique_ptr<ros::NodeHandle> fNode;
     std::unique_ptr<ros::AsyncSpinner> fSpinner;
     ros::Publisher fTaken;

@@ -6,6 +6,7 @@
 #include "brokers.h"
 #include "far_end.h"
 #include "figures.h"
+#include "project_files.h"
 #include "tcp_peer.h"
 
 #include <robaxi/kv_module.h>
@@ -72,7 +73,8 @@ int measure(int rounds) {
     Visits plain;
     for (int round = 0; round < rounds; ++round) {
         const bench::FarEnd farEnd;
-        plain.run(std::to_string(farEnd.plainPort()), PLAIN_VISITOR);
+        plain.run(std::to_string(farEnd.plainPort()),
+                  obvista_test::builtFile("bench/robaxi_plain_visitor"));
         ours.run(a_visit + std::to_string(farEnd.brokerPort()), "/proc/self/exe");
     }
     bench::printHeading();

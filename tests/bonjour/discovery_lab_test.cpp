@@ -1,5 +1,6 @@
 #include "discovery_recorder.h"
 #include "lab_network.h"
+#include "project_files.h"
 
 #include <bonjour/bonjour_discovery.h>
 
@@ -568,7 +569,7 @@ TEST_F(DiscoveryLab, theMapIsTrueAfterAWhileOfChurn) {
 }
 
 int runForgetfulProgram(const lab::Arguments& arguments) {
-    lab::Arguments command = {FORGETFUL_PROGRAM};
+    lab::Arguments command = {obvista_test::builtFile("tests/forgetful_program")};
     command.insert(command.end(), arguments.begin(), arguments.end());
     return lab::run(command).fStatus;
 }

@@ -1,5 +1,7 @@
 #include "lab_network.h"
 
+#include "project_files.h"
+
 #include <gtest/gtest.h>
 
 #include <csignal>
@@ -66,7 +68,7 @@ std::unique_ptr<Process> Host::announce(const std::string& type, int port,
 }
 
 std::unique_ptr<Process> Host::announceRaw(const Arguments& arguments) const {
-    Arguments command = {MDNS_ANNOUNCER};
+    Arguments command = {obvista_test::builtFile("tests/mdns_announcer")};
     command.insert(command.end(), arguments.begin(), arguments.end());
     return start(command);
 }

@@ -3,6 +3,7 @@
 #include "bonjour_listening_thread.h"
 #include "discovery_profiles.h"
 #include "discovery_resolver.h"
+#include "project_files.h"
 #include "qt_test_main.h"
 #include "scripted_http_server.h"
 
@@ -19,6 +20,7 @@ using KV::BonjourDiscovery;
 using obvista_test::addressOf;
 using obvista_test::answerThenSilence;
 using obvista_test::answerWith;
+using obvista_test::builtFile;
 using obvista_test::ChildProcess;
 using obvista_test::iconOf;
 using obvista_test::ProfilePointer;
@@ -316,7 +318,8 @@ void DiscoveryLabTest::aProgramMayQuitAtAnyTime() {
     Churn churn;
     std::mt19937 random(1);
     for (int i = 0; i < cycles; ++i) {
-        ChildProcess program({DISCOVERY_PROGRAM, std::to_string(random() % 300)});
+        ChildProcess program(
+            {builtFile("tests/discovery_program"), std::to_string(random() % 300)});
         churn.step();
         const std::optional<int> status = program.waitForEnd();
         QVERIFY2(status == 0 && program.errors().empty(), program.errors().c_str());
@@ -329,7 +332,7 @@ void DiscoveryLabTest::aProgramSurvivesChurn() {
                                     ? qgetenv("OBVISTA_CHURN_MILLISECONDS")
                                     : QByteArray("5000");
     Churn churn;
-    ChildProcess program({DISCOVERY_PROGRAM, duration.toStdString()});
+    ChildProcess program({builtFile("tests/discovery_program"), duration.toStdString()});
     while (!program.waitForEnd(std::chrono::milliseconds(200))) {
         churn.step();
     }

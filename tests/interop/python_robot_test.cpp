@@ -3,6 +3,7 @@
 #include "frame_listener.h"
 #include "recording_listener.h"
 #include "support/child_process.h"
+#include "support/project_files.h"
 #include "test_broker.h"
 
 #include <robaxi/kv_connection.h>
@@ -34,7 +35,8 @@ KVValue binary(const std::string& bytes) {
 class PythonRobot : public testing::Test {
   protected:
     void startRobot(const std::vector<std::string>& options = {}) {
-        std::vector<std::string> command{INTEROP_PYTHON, INTEROP_ROBOT};
+        std::vector<std::string> command{INTEROP_PYTHON,
+                                         obvista_test::sourceFile("tests/interop/robot.py")};
         command.insert(command.end(), options.begin(), options.end());
         fProcess = std::make_unique<ChildProcess>(command);
         const std::string word = "port ";

@@ -2,6 +2,7 @@
 // nothing. The robot is a process on a host of its own; each fault happens to a visit in full
 // swing, several times over, and neither side may keep descriptors, threads or memory of it.
 #include "lab_network.h"
+#include "project_files.h"
 #include "robot_process.h"
 
 #include <robaxi/kv_broker.h>
@@ -337,8 +338,8 @@ class Visitor {
     /** @param reader what reads its output */
     explicit Visitor(const std::string& reader) {
         control({"add", "visitor", "--ready", "watching", "--", "sh", "-c",
-                 std::string("echo watching; ") + ROBAXI_TOOL + " watch --rate 1000 " + a_address +
-                     " 'Load/*' | " + reader});
+                 std::string("echo watching; ") + obvista_test::builtFile("bin/robaxi") +
+                     " watch --rate 1000 " + a_address + " 'Load/*' | " + reader});
     }
     ~Visitor() { control({"kill", "visitor"}); }
     Visitor(const Visitor&) = delete;

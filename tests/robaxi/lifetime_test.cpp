@@ -1,6 +1,7 @@
 #include "child_process.h"
 #include "latch.h"
 #include "recording_listener.h"
+#include "support/project_files.h"
 #include "test_broker.h"
 
 #include <robaxi/kv_connection.h>
@@ -192,7 +193,8 @@ TEST(Lifetime, OfSeveralBrokersIsTheirOwn) {
 class AfterMain : public testing::TestWithParam<const char*> {};
 
 TEST_P(AfterMain, EndsCleanly) {
-    ChildProcess program({ROBAXI_EXIT_PROGRAM, ROBAXI_EXIT_PLUGIN, GetParam()});
+    ChildProcess program({obvista_test::builtFile("tests/robaxi_exit_program"),
+                          obvista_test::builtFile("lib/librobaxi_exit_plugin.so"), GetParam()});
     const int status = program.finish();
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status << program.output();
     EXPECT_EQ(program.output(), "main ends\n");

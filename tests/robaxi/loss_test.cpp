@@ -1,6 +1,7 @@
 #include "child_process.h"
 #include "latch.h"
 #include "recording_listener.h"
+#include "support/project_files.h"
 #include "test_broker.h"
 
 #include <robaxi/kv_connection.h>
@@ -36,8 +37,8 @@ class Loss : public testing::Test {
     }
 
     void startRobot() {
-        fRobot = std::make_unique<ChildProcess>(
-            std::vector<std::string>{ROBAXI_TEST_SERVER, std::to_string(fPort)});
+        fRobot = std::make_unique<ChildProcess>(std::vector<std::string>{
+            obvista_test::builtFile("tests/robaxi_test_server"), std::to_string(fPort)});
         if (!fRobot->readUntil("ready")) {
             throw std::runtime_error("the robot did not start: " + fRobot->output());
         }

@@ -1,5 +1,7 @@
 #include "robot_process.h"
 
+#include "project_files.h"
+
 #include <arpa/inet.h>
 #include <csignal>
 #include <netinet/in.h>
@@ -69,7 +71,7 @@ std::optional<int> RobotProcess::terminate() {
 }
 
 std::string RobotProcess::program() {
-    return OBVISTA_ROBOT_PROGRAM;
+    return builtFile("bin/robaxi-robot");
 }
 
 bool RobotProcess::xTryToStart(const Settings& settings) {

@@ -1,4 +1,5 @@
 // The commands against a robot in another process.
+#include "project_files.h"
 #include "robot_process.h"
 #include "silent_server.h"
 #include "test_broker.h"
@@ -342,7 +343,7 @@ TEST_F(Commands, AnInterruptionEndsEvenWhatCannotBeCancelled) {
 
 TEST_F(Commands, ARobotOfAnotherVersionIsTold) {
     const std::string place = "127.0.0.1:" + std::to_string(freePort());
-    ChildProcess newer({OBVISTA_NEWER_ROBOT, place});
+    ChildProcess newer({builtFile("tests/newer_robot"), place});
     ASSERT_TRUE(newer.waitForOutput("listens on ")) << newer.errors();
     expectFailure(6, "version", runTool({"ping", place}));
 }

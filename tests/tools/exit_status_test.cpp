@@ -1,21 +1,17 @@
 #include "exit_status.h"
 
+#include "project_files.h"
+
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <fstream>
 #include <sstream>
-#include <stdexcept>
 
 namespace robaxi_tool {
 namespace {
 
 std::string document() {
-    const char* const folder = std::getenv("OBVISTA_SOURCE_DIR");
-    if (folder == nullptr) {
-        throw std::runtime_error("OBVISTA_SOURCE_DIR is not set");
-    }
-    std::ifstream file(std::string(folder) + "/docs/robaxi-tool.md");
+    std::ifstream file(obvista_test::sourceFile("docs/robaxi-tool.md"));
     std::ostringstream text;
     text << file.rdbuf();
     return text.str();

@@ -1,11 +1,13 @@
 #include "tool_process.h"
 
+#include "project_files.h"
+
 #include <gtest/gtest.h>
 
 namespace obvista_test {
 
 std::vector<std::string> toolCommand(const std::vector<std::string>& arguments) {
-    std::vector<std::string> command{OBVISTA_TOOL_PROGRAM};
+    std::vector<std::string> command{builtFile("bin/robaxi")};
     command.insert(command.end(), arguments.begin(), arguments.end());
     return command;
 }

@@ -5,6 +5,8 @@
 #include <QPluginLoader>
 #include <QTest>
 
+#include <project_files.h>
+
 namespace obvista_test {
 
 PluginDriver::PluginDriver(const QString& pluginName) : fPluginName(pluginName) {
@@ -60,8 +62,7 @@ void PluginDriver::xOnDisconnected(WidgetInterface* plugin) {
 }
 
 QString pluginLibrary(const QString& pluginName) {
-    return QString::fromLocal8Bit(qgetenv("OBVISTA_BUILD_DIR")) +
-           QStringLiteral("/lib/obvista/lib%1.so").arg(pluginName);
+    return QString::fromStdString(builtFile("lib/obvista/lib" + pluginName.toStdString() + ".so"));
 }
 
 QString labelText(QWidget* viewer, const char* objectName) {

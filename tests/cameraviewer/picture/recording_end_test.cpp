@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <matroska_reading.h>
+#include <project_files.h>
 #include <recording_process.h>
 #include <string>
 #include <vector>
@@ -30,7 +31,7 @@ class RecordingEnd : public testing::Test {
     std::string path() const { return fFolder.filePath(QStringLiteral("a.mkv")).toStdString(); }
 
     std::vector<std::string> process(const std::string& mode) const {
-        return {OBVISTA_RECORDING_PROCESS, mode, path()};
+        return {obvista_test::builtFile("tests/recording_process"), mode, path()};
     }
 
     MatroskaContent content() const { return readMatroska(QString::fromStdString(path())); }
