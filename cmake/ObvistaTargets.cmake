@@ -120,14 +120,22 @@ function(obvista_add_test)
 endfunction()
 
 # obvista_register_test(NAME ... LABEL ... COMMAND ... [DISPLAY ...] [TIMEOUT ...] [RESOURCE_LOCK ...]
-#     [ENVIRONMENT ...])
+#     [ENVIRONMENT ...] [UNSANITIZED])
 #
 # Registers any command (a script, say) as a test under the same isolation as obvista_add_test.
+# UNSANITIZED says that nothing compiled here runs in it, so that a build with sanitizers leaves it out.
+#
+# The test presets run 11 units at a time. A test takes 4 of them, since it may keep a processor busy, and
+# a test in a lab one, since it waits for multicast DNS nearly all of its time: on two cores two tests and
+# three labs run at once. Labs are the longest, so they begin first.
 function(obvista_register_test)
-    cmake_parse_arguments(PARSE_ARGV 0 arg "" "NAME;LABEL;DISPLAY;TIMEOUT;RESOURCE_LOCK"
+    cmake_parse_arguments(PARSE_ARGV 0 arg "UNSANITIZED" "NAME;LABEL;DISPLAY;TIMEOUT;RESOURCE_LOCK"
         "COMMAND;ENVIRONMENT")
     if(arg_UNPARSED_ARGUMENTS)
         message(FATAL_ERROR "obvista_register_test(${arg_NAME}): unknown ${arg_UNPARSED_ARGUMENTS}")
+    endif()
+    if(arg_UNSANITIZED AND OBVISTA_SANITIZE)
+        return()
     endif()
     if(NOT arg_DISPLAY)
         set(arg_DISPLAY offscreen)
@@ -140,7 +148,16 @@ function(obvista_register_test)
     set_tests_properties(${arg_NAME} PROPERTIES LABELS ${arg_LABEL} TIMEOUT ${arg_TIMEOUT}
         SKIP_RETURN_CODE 77
         ENVIRONMENT "OBVISTA_BUILD_DIR=${CMAKE_BINARY_DIR};OBVISTA_SOURCE_DIR=${PROJECT_SOURCE_DIR};OBVISTA_SANITIZE=${OBVISTA_SANITIZE};${arg_ENVIRONMENT}")
+    if(arg_LABEL STREQUAL "lab")
+        get_property(labs GLOBAL PROPERTY obvista_labs)
+        math(EXPR lane "(0${labs} + 1) % 3")
+        set_property(GLOBAL PROPERTY obvista_labs "${lane}")
+        list(APPEND arg_RESOURCE_LOCK "lab_${lane}")
+        set_tests_properties(${arg_NAME} PROPERTIES PROCESSORS 1 COST 1000)
+    else()
+        set_tests_properties(${arg_NAME} PROPERTIES PROCESSORS 4)
+    endif()
     if(arg_RESOURCE_LOCK)
-        set_tests_properties(${arg_NAME} PROPERTIES RESOURCE_LOCK ${arg_RESOURCE_LOCK})
+        set_tests_properties(${arg_NAME} PROPERTIES RESOURCE_LOCK "${arg_RESOURCE_LOCK}")
     endif()
 endfunction()
