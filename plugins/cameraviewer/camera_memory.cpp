@@ -1,61 +1,46 @@
 #include "camera_memory.h"
 
-#include <QByteArray>
-#include <QCryptographicHash>
-#include <QSettings>
-
 namespace cameraviewer {
 
 namespace {
 
-constexpr int a_maxKeyLength = 100;
+const QLatin1String a_camera("camera");
 
-/** A name from the robot as part of a key: whatever it holds, a level of its own. */
-QString keyOf(const std::string& name) {
-    const QByteArray bytes = QByteArray::fromStdString(name);
-    const QByteArray encoded = bytes.toPercentEncoding(QByteArray(), ".");
-    return QString::fromLatin1(
-        encoded.size() <= a_maxKeyLength
-            ? encoded
-            : QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex());
+QString keyOf(const std::string& camera, const char* name) {
+    return QStringLiteral("cameras/%1/%2")
+        .arg(viewer::RobotSettings::level(camera), QLatin1String(name));
 }
 
 }  // namespace
 
 CameraMemory::CameraMemory(const std::string& robot)
-    : fGroup(QStringLiteral("CameraViewer/robots/") + keyOf(robot)) {
+    : fSettings(QStringLiteral("CameraViewer"), robot) {
 }
 
 std::string CameraMemory::camera() const {
-    return QSettings().value(fGroup + QStringLiteral("/camera")).toString().toStdString();
+    return fSettings.value(a_camera).toString().toStdString();
 }
 
 void CameraMemory::setCamera(const std::string& camera) {
-    QSettings().setValue(fGroup + QStringLiteral("/camera"), QString::fromStdString(camera));
+    fSettings.setValue(a_camera, QString::fromStdString(camera));
 }
 
 std::optional<CameraSettings> CameraMemory::settings(const std::string& camera) const {
-    const QSettings store;
     CameraSettings settings;
-    settings.fWidth = store.value(xKey(camera, "width")).toInt();
-    settings.fHeight = store.value(xKey(camera, "height")).toInt();
-    settings.fFormat = store.value(xKey(camera, "format")).toString().toStdString();
-    settings.fRate = store.value(xKey(camera, "rate")).toDouble();
+    settings.fWidth = fSettings.value(keyOf(camera, "width")).toInt();
+    settings.fHeight = fSettings.value(keyOf(camera, "height")).toInt();
+    settings.fFormat = fSettings.value(keyOf(camera, "format")).toString().toStdString();
+    settings.fRate = fSettings.value(keyOf(camera, "rate")).toDouble();
     const bool isWhole = settings.fWidth > 0 && settings.fHeight > 0 && !settings.fFormat.empty() &&
                          settings.fRate > 0;
     return isWhole ? std::make_optional(settings) : std::nullopt;
 }
 
 void CameraMemory::setSettings(const std::string& camera, const CameraSettings& settings) {
-    QSettings store;
-    store.setValue(xKey(camera, "width"), settings.fWidth);
-    store.setValue(xKey(camera, "height"), settings.fHeight);
-    store.setValue(xKey(camera, "format"), QString::fromStdString(settings.fFormat));
-    store.setValue(xKey(camera, "rate"), settings.fRate);
-}
-
-QString CameraMemory::xKey(const std::string& camera, const char* name) const {
-    return QStringLiteral("%1/cameras/%2/%3").arg(fGroup, keyOf(camera), QLatin1String(name));
+    fSettings.setValue(keyOf(camera, "width"), settings.fWidth);
+    fSettings.setValue(keyOf(camera, "height"), settings.fHeight);
+    fSettings.setValue(keyOf(camera, "format"), QString::fromStdString(settings.fFormat));
+    fSettings.setValue(keyOf(camera, "rate"), settings.fRate);
 }
 
 }  // namespace cameraviewer

@@ -3,17 +3,13 @@
 
 #include "camera_info.h"
 
-#include <QString>
-
 #include <optional>
+#include <robot_settings.h>
 #include <string>
 
 namespace cameraviewer {
 
-/**
- * What the user chose for the cameras of one robot, kept in the application's settings under the
- * name that the robot reports.
- */
+/** The user's choices for the cameras of one robot. */
 class CameraMemory {
   public:
     explicit CameraMemory(const std::string& robot);
@@ -26,9 +22,7 @@ class CameraMemory {
     void setSettings(const std::string& camera, const CameraSettings& settings);
 
   private:
-    QString xKey(const std::string& camera, const char* name) const;
-
-    QString fGroup;
+    viewer::RobotSettings fSettings;
 };
 
 }  // namespace cameraviewer

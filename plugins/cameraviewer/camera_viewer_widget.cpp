@@ -21,6 +21,7 @@
 
 #include <labels.h>
 #include <plain_text.h>
+#include <robot_header.h>
 #include <utility>
 
 namespace cameraviewer {
@@ -127,6 +128,7 @@ void CameraViewerWidget::xBuild() {
     fActions->menu()->addSeparator();
     fActions->menu()->addAction(copy);
 
+    addKeys(viewer::keysOf(tr("Picture"), fActions->menu()->actions()));
     fView->setContextMenuPolicy(Qt::CustomContextMenu);
     fHistogram->hide();
     fTold->hide();
@@ -137,6 +139,7 @@ void CameraViewerWidget::xBuild() {
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
+    column->addWidget(header());
     column->addWidget(fBar);
     column->addWidget(fNotice);
     column->addWidget(fTold);

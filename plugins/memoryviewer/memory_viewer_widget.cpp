@@ -9,6 +9,7 @@
 #include "key_tree.h"
 #include "key_value_source.h"
 #include "memory_delegate.h"
+#include "memory_keys.h"
 #include "memory_link.h"
 #include "memory_model.h"
 #include "memory_tool_bar.h"
@@ -30,6 +31,7 @@
 #include <labels.h>
 #include <plot_panel.h>
 #include <recording_bar.h>
+#include <robot_header.h>
 #include <utility>
 #include <write_queue.h>
 
@@ -47,11 +49,18 @@ constexpr int a_secondTime = 1000;
 constexpr int a_filterDelay = 15;
 constexpr qint64 a_refusalTime = 10000;
 constexpr qint64 a_microsecondsInSecond = 1000000;
-constexpr int a_maxRobotNameLength = 60;
 constexpr int a_maxKeyNameLength = 60;
 constexpr int a_widthInCharacters = 120;
 constexpr int a_heightInLines = 44;
 constexpr int a_leastLines = 8;
+/** Between two looks for changes of what is remembered; these have many sources. */
+constexpr int a_saveTime = 500;
+const QLatin1String a_columnsKey("columns");
+const QLatin1String a_flatKey("flat");
+const QLatin1String a_rateKey("rate");
+const QLatin1String a_filterKey("filter");
+const QLatin1String a_watchedKey("watched");
+const QLatin1String a_plotsKey("plots");
 
 }  // namespace
 
@@ -59,7 +68,7 @@ MemoryViewerWidget::MemoryViewerWidget(std::shared_ptr<MemoryLink> link, WidgetI
                                        QWidget* parent)
     : ViewerWidget(link, plugin, parent),
       fLink(std::move(link)),
-      fSettings(fLink->robotName()),
+      fSettings(QStringLiteral("MemoryViewer"), fLink->robotName()),
       fKeys(new KeyStore(this)),
       fModel(new MemoryModel(fKeys, this)),
       fWatched(new WatchModel(fKeys, this)),
@@ -136,12 +145,16 @@ void MemoryViewerWidget::xBuild() {
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
+    column->addWidget(header());
     column->addWidget(fToolBar);
     column->addWidget(fNotice);
     column->addWidget(fSplitter, 1);
     column->addWidget(fRecording);
     column->addWidget(fStatus);
 
+    for (const viewer::KeyGroup& group : memoryKeys()) {
+        addKeys(group);
+    }
     new KeyActions({fTree, fWatchView, fWatched, fCurves, fValues.get(), fWrites.get()}, this);
 }
 
@@ -152,6 +165,7 @@ void MemoryViewerWidget::xConnect() {
     connect(&fTickTimer, &QTimer::timeout, this, &MemoryViewerWidget::xOnTick);
     connect(&fSecondTimer, &QTimer::timeout, this, &MemoryViewerWidget::xOnSecond);
     connect(&fFilterTimer, &QTimer::timeout, this, &MemoryViewerWidget::xArrange);
+    connect(&fSaveTimer, &QTimer::timeout, this, &MemoryViewerWidget::xSave);
     connect(fToolBar, &MemoryToolBar::filterChanged, this,
             [this] { fFilterTimer.start(a_filterDelay); });
     connect(fToolBar, &MemoryToolBar::filterLeft, fTree, &KeyTree::enter);
@@ -185,13 +199,14 @@ void MemoryViewerWidget::xAddShortcut(const QKeySequence& keys, void (MemoryTool
 }
 
 void MemoryViewerWidget::xRestore() {
-    fTree->header()->restoreState(fSettings.value("columns").toByteArray());
+    fTree->header()->restoreState(fSettings.value(a_columnsKey).toByteArray());
     fTree->header()->showSection(NameColumn);
-    fToolBar->setFlat(fSettings.value("flat").toBool());
-    fToolBar->setRate(fSettings.value("rate", fToolBar->rate()).toInt());
-    fToolBar->setFilter(fSettings.value("filter").toString());
-    fWatched->setNames(loadWatchedNames(QSettings(), fLink->robotName()));
-    fPlots->restoreState(fSettings.robotValue("plots").toMap());
+    fToolBar->setFlat(fSettings.value(a_flatKey).toBool());
+    fToolBar->setRate(fSettings.value(a_rateKey, fToolBar->rate()).toInt());
+    fToolBar->setFilter(fSettings.value(a_filterKey).toString());
+    fWatched->setNames(fSettings.value(a_watchedKey).toStringList());
+    fPlots->restoreState(fSettings.value(a_plotsKey).toMap());
+    fSaved = xState();
     xShowPlots(!fPlots->plottedKeys().isEmpty());
     xArrange();
     xAlignColumns();
@@ -209,14 +224,36 @@ void MemoryViewerWidget::xShowPlots(bool isShown) {
     fSplitter->setSizes({height - watched - plots, watched, plots});
 }
 
+QVariantMap MemoryViewerWidget::xState() const {
+    return {{a_columnsKey, fTree->header()->saveState()},
+            {a_flatKey, fToolBar->isFlat()},
+            {a_rateKey, fToolBar->rate()},
+            {a_filterKey, fToolBar->filter()},
+            {a_watchedKey, fWatched->names()},
+            {a_plotsKey, fPlots->saveState()}};
+}
+
+/** Saves what has changed in this viewer; the rest may be newer in another viewer of the robot. */
 void MemoryViewerWidget::xSave() {
-    fSettings.setValue("columns", fTree->header()->saveState());
-    fSettings.setValue("flat", fToolBar->isFlat());
-    fSettings.setValue("rate", fToolBar->rate());
-    fSettings.setValue("filter", fToolBar->filter());
-    QSettings watched;
-    saveWatchedNames(watched, fLink->robotName(), fWatched->names());
-    fSettings.setRobotValue("plots", fPlots->saveState());
+    const QVariantMap state = xState();
+    for (auto each = state.begin(); each != state.end(); ++each) {
+        if (each.value() != fSaved.value(each.key())) {
+            fSettings.setValue(each.key(), each.value());
+        }
+    }
+    fSaved = state;
+}
+
+void MemoryViewerWidget::showEvent(QShowEvent* event) {
+    ViewerWidget::showEvent(event);
+    fSaveTimer.start(a_saveTime);
+}
+
+/** Nothing changes while it is hidden, and a viewer that is opened next finds what was changed. */
+void MemoryViewerWidget::hideEvent(QHideEvent* event) {
+    ViewerWidget::hideEvent(event);
+    fSaveTimer.stop();
+    xSave();
 }
 
 void MemoryViewerWidget::xOnNotice() {
@@ -490,10 +527,7 @@ double MemoryViewerWidget::xAge() const {
 }
 
 QString MemoryViewerWidget::xRobotText() const {
-    const QString name = plainText(fLink->robotName(), a_maxRobotNameLength);
-    const QString address = plainText(fLink->address());
-    return QStringLiteral("%1%2%3:%4")
-        .arg(name, viewer::statusSeparator(), address, QString::number(fLink->port()));
+    return robotName() + viewer::statusSeparator() + robotAddress();
 }
 
 }  // namespace memoryviewer

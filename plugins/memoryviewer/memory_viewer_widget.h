@@ -3,14 +3,15 @@
 
 #include "memory_texts.h"
 #include "subscription_planner.h"
-#include "view_settings.h"
 
 #include <QElapsedTimer>
 #include <QTimer>
+#include <QVariantMap>
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <robot_settings.h>
 #include <string>
 #include <vector>
 #include <viewer_widget.h>
@@ -55,12 +56,17 @@ class MemoryViewerWidget : public viewer::ViewerWidget {
 
     QSize sizeHint() const override;
 
+  protected:
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+
   private:
     void xBuild();
     void xConnect();
     void xAddShortcut(const QKeySequence& keys, void (MemoryToolBar::*slot)());
     void xRestore();
     void xSave();
+    QVariantMap xState() const;
 
     void xOnNotice();
     void xOnFrame();
@@ -93,7 +99,8 @@ class MemoryViewerWidget : public viewer::ViewerWidget {
     QString xRobotText() const;
 
     std::shared_ptr<MemoryLink> fLink;
-    ViewSettings fSettings;
+    viewer::RobotSettings fSettings;
+    QVariantMap fSaved;
     MemorySituation fSituation;
 
     KeyStore* fKeys;
@@ -124,6 +131,7 @@ class MemoryViewerWidget : public viewer::ViewerWidget {
     QTimer fTickTimer;
     QTimer fSecondTimer;
     QTimer fFilterTimer;
+    QTimer fSaveTimer;
     QElapsedTimer fSinceSecond;
     QElapsedTimer fSinceValue;
     QElapsedTimer fSinceRefusal;

@@ -5,25 +5,11 @@
 #include "value_text.h"
 
 #include <QMimeData>
-#include <QSettings>
 
 #include <algorithm>
 #include <key_mime.h>
 
 namespace memoryviewer {
-
-namespace {
-
-constexpr std::size_t a_maxRobotNameLength = 200;
-
-QString settingsKey(const std::string& robotName) {
-    const auto length = static_cast<int>(std::min(robotName.size(), a_maxRobotNameLength));
-    // With its slashes, a name must not reach into other settings.
-    const QByteArray name = QByteArray(robotName.data(), length).toPercentEncoding();
-    return QStringLiteral("MemoryViewer/Watched/Robot-%1").arg(QString::fromLatin1(name));
-}
-
-}  // namespace
 
 WatchModel::WatchModel(KeyStore* keys, QObject* parent) : QAbstractTableModel(parent), fKeys(keys) {
     connect(keys, &KeyStore::added, this, &WatchModel::xOnAdded);
@@ -234,18 +220,6 @@ bool WatchModel::dropMimeData(const QMimeData* data, Qt::DropAction action, int 
     }
     insert(names, row < 0 && parent.isValid() ? parent.row() : row);
     return true;
-}
-
-QStringList loadWatchedNames(const QSettings& settings, const std::string& robotName) {
-    return settings.value(settingsKey(robotName)).toStringList();
-}
-
-void saveWatchedNames(QSettings& settings, const std::string& robotName, const QStringList& names) {
-    if (names.isEmpty()) {
-        settings.remove(settingsKey(robotName));
-    } else {
-        settings.setValue(settingsKey(robotName), names);
-    }
 }
 
 }  // namespace memoryviewer

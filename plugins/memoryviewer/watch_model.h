@@ -11,8 +11,6 @@
 #include <unordered_map>
 #include <vector>
 
-class QSettings;
-
 namespace memoryviewer {
 
 /**
@@ -76,10 +74,6 @@ class WatchModel : public QAbstractTableModel {
     std::vector<const MemoryKey*> fFound;  // of each name; null while it is missing
     std::unordered_map<std::string, int> fRows;
 };
-
-/** The names that are remembered for a robot, by the name that it reports itself. */
-QStringList loadWatchedNames(const QSettings& settings, const std::string& robotName);
-void saveWatchedNames(QSettings& settings, const std::string& robotName, const QStringList& names);
 
 }  // namespace memoryviewer
 

@@ -1,22 +1,49 @@
 #include "viewer_widget.h"
 
+#include "plain_text.h"
+#include "robot_header.h"
 #include "robot_link.h"
 
 #include <QDockWidget>
 #include <QEvent>
+#include <QShortcut>
 
 #include <utility>
 
 namespace viewer {
 
+namespace {
+
+constexpr int a_maxRobotNameLength = 60;
+constexpr Qt::Key a_listKeys = Qt::Key_F1;
+const QKeySequence a_closeKeys(Qt::CTRL + Qt::Key_W);
+const QKeySequence a_floatKeys(Qt::CTRL + Qt::SHIFT + Qt::Key_F);
+
+}  // namespace
+
 ViewerWidget::ViewerWidget(std::shared_ptr<RobotLink> link, WidgetInterface* plugin,
                            QWidget* parent)
-    : QWidget(parent), fLink(std::move(link)), fPlugin(plugin) {
+    : QWidget(parent),
+      fLink(std::move(link)),
+      fPlugin(plugin),
+      fHeader(new RobotHeader(robotName(), robotAddress(), this)) {
     xFollowDock();
+    xAddShortcut(a_closeKeys, &ViewerWidget::xCloseDock);
+    xAddShortcut(a_floatKeys, &ViewerWidget::xFloatDock);
+    xAddShortcut(a_listKeys, &ViewerWidget::xListKeys);
 }
 
 ViewerWidget::~ViewerWidget() {
     fLink->closeSilently();
+}
+
+QString ViewerWidget::robotName() const {
+    const QString name = plainText(fLink->robotName(), a_maxRobotNameLength);
+    return name.trimmed().isEmpty() ? robotAddress() : name;
+}
+
+QString ViewerWidget::robotAddress() const {
+    return QStringLiteral("%1:%2").arg(plainText(fLink->address()), QString::number(fLink->port()));
 }
 
 bool ViewerWidget::eventFilter(QObject* watched, QEvent* event) {
@@ -72,6 +99,55 @@ void ViewerWidget::reportLoss() {
     if (!fIsDockClosing && !fLink->isClosed()) {
         Q_EMIT disconnected(fPlugin);
     }
+}
+
+void ViewerWidget::xAddShortcut(const QKeySequence& keys, void (ViewerWidget::*slot)()) {
+    auto* shortcut = new QShortcut(keys, this);
+    shortcut->setContext(Qt::WidgetWithChildrenShortcut);
+    connect(shortcut, &QShortcut::activated, this, slot);
+}
+
+void ViewerWidget::xCloseDock() {
+    if (fDock && fDock->features().testFlag(QDockWidget::DockWidgetClosable)) {
+        // Queued, since whoever hears of it may delete the shortcut.
+        QMetaObject::invokeMethod(fDock, &QWidget::close, Qt::QueuedConnection);
+    }
+}
+
+/** The focus stays where it is, in what is another window then. */
+void ViewerWidget::xFloatDock() {
+    if (!fDock || !fDock->features().testFlag(QDockWidget::DockWidgetFloatable)) {
+        return;
+    }
+    QWidget* focus = window()->focusWidget();
+    fDock->setFloating(!fDock->isFloating());
+    window()->activateWindow();
+    if (focus != nullptr) {
+        focus->setFocus(Qt::ActiveWindowFocusReason);
+    }
+}
+
+void ViewerWidget::xListKeys() {
+    std::vector<KeyGroup> groups = fKeys;
+    groups.push_back(
+        {tr("Every viewer"),
+         {{keyText(a_listKeys), tr("list the keys of the viewer that has the focus")},
+          {keyText(a_closeKeys), tr("close the viewer")},
+          {keyText(a_floatKeys), tr("put the viewer into its own window, or back")},
+          {keyText(Qt::Key_Tab) + QStringLiteral(", ") + keyText(Qt::SHIFT + Qt::Key_Tab),
+           tr("go to the next control, or back")}}});
+    auto* list = new KeyList(dialogTitle(tr("Keys"), this), groups, this);
+    list->setAttribute(Qt::WA_DeleteOnClose);
+    list->open();
+}
+
+QString dialogTitle(const QString& title, const QWidget* part) {
+    for (; part != nullptr; part = part->parentWidget()) {
+        if (const auto* viewer = qobject_cast<const ViewerWidget*>(part)) {
+            return QStringLiteral("%1 \u2013 %2").arg(title, viewer->robotName());
+        }
+    }
+    return title;
 }
 
 }  // namespace viewer

@@ -1,20 +1,28 @@
 #ifndef OBVISTA_VIEWER_VIEWER_WIDGET_H
 #define OBVISTA_VIEWER_VIEWER_WIDGET_H
 
+#include "key_list.h"
+
 #include <QPointer>
 #include <QWidget>
 
 #include <memory>
+#include <vector>
 #include <widget_interface.h>
 
 class QDockWidget;
+class QKeySequence;
 
 namespace viewer {
 
+class RobotHeader;
 class RobotLink;
 
 /**
  * What every viewer's widget does about its robot and its dock.
+ *
+ * It has a header with the robot's name, which the viewer puts above all else. Keys close and float
+ * the dock, and F1 lists the keys, while the focus is in the viewer.
  *
  * It outlives the plugin object that made it: when that closes the link, the widget stays silent.
  * It follows the dock that it is put into and ends its link when that dock is closed by the user or
@@ -28,6 +36,11 @@ class ViewerWidget : public QWidget {
     ViewerWidget(std::shared_ptr<RobotLink> link, WidgetInterface* plugin, QWidget* parent);
     /** Closes the link. */
     ~ViewerWidget() override;
+
+    /** The robot's name, or its address when it has none; plain text of at most 60 characters. */
+    QString robotName() const;
+    /** As "127.0.0.1:9559"; plain text. */
+    QString robotAddress() const;
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
@@ -46,17 +59,30 @@ class ViewerWidget : public QWidget {
      *  widget, so the caller does nothing after it. */
     void reportLoss();
 
+    RobotHeader* header() const { return fHeader; }
+    /** Adds keys to the list that F1 opens, before those of every viewer. */
+    void addKeys(const KeyGroup& group) { fKeys.push_back(group); }
+
   private:
+    void xAddShortcut(const QKeySequence& keys, void (ViewerWidget::*slot)());
+    void xCloseDock();
+    void xFloatDock();
+    void xListKeys();
     void xFollowDock();
     void xOnDockAskedToClose();
     void xOnDockDecided();
 
     std::shared_ptr<RobotLink> fLink;
     WidgetInterface* fPlugin;
+    RobotHeader* fHeader;
+    std::vector<KeyGroup> fKeys;
     QPointer<QDockWidget> fDock;
     bool fIsDockClosing = false;
     bool fHasLossToReport = false;
 };
+
+/** The title of a dialog, with the name of the robot of the viewer that `part` is in. */
+QString dialogTitle(const QString& title, const QWidget* part);
 
 }  // namespace viewer
 

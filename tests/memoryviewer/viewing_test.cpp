@@ -3,8 +3,10 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QDockWidget>
+#include <QFile>
 #include <QGuiApplication>
 #include <QHeaderView>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QMenu>
@@ -42,6 +44,8 @@ class ViewingTest : public QObject {
     void keepsValuesWhilePaused();
     void remembersFilterFormAndRate();
     void remembersWhatIsWatchedForTheRobot();
+    void savesChangesWhileItIsOpen();
+    void savesNothingThatAnotherViewerHasChangedSince();
     void plotsWhatIsChosen();
     void writesAValueAndUndoesIt();
     void takesARefusedValueBack();
@@ -271,6 +275,38 @@ void ViewingTest::remembersWhatIsWatchedForTheRobot() {
     xWatch()->setCurrentIndex(xWatch()->model()->index(0, 0));
     QTest::keyClick(xWatch(), Qt::Key_Delete);
     QCOMPARE(xWatch()->model()->rowCount(), 0);
+}
+
+/** To the file, where they survive a crash, and for a viewer that is opened beside this one. */
+void ViewingTest::savesChangesWhileItIsOpen() {
+    choose(fViewer, "Battery/Voltage");
+    QTest::keyClick(xTree(), Qt::Key_D, Qt::ControlModifier);
+    QTest::keyClick(xTree(), Qt::Key_P, Qt::ControlModifier);
+    typeFilter(fViewer, QStringLiteral("battery"));
+    xTree()->header()->hideSection(2);
+    const auto file = [] {
+        QFile settings(QSettings().fileName());
+        return settings.open(QIODevice::ReadOnly) ? settings.readAll() : QByteArray();
+    };
+    QTRY_VERIFY(file().contains("filter=battery"));
+    QVERIFY(file().contains("watched=Battery/Voltage"));
+    QWidget* other = fDriver->dock(fDriver->createWidget(fRobot->port()))->widget();
+    QCOMPARE(filterOf(other)->text(), QStringLiteral("battery"));
+    QCOMPARE(watchOf(other)->model()->rowCount(), 1);
+    QVERIFY(treeOf(other)->isColumnHidden(2));
+    QCOMPARE(other->findChild<QTreeView*>("plotLegend")->model()->rowCount(), 1);
+}
+
+void ViewingTest::savesNothingThatAnotherViewerHasChangedSince() {
+    QWidget* other = fDriver->dock(fDriver->createWidget(fRobot->port()))->widget();
+    typeFilter(other, QStringLiteral("battery"));
+    const auto* robot = other->findChild<QLabel*>(QStringLiteral("robotName"));
+    const QString key = QStringLiteral("MemoryViewer/robots/%1/filter").arg(robot->text());
+    QTRY_COMPARE(QSettings().value(key).toString(), QStringLiteral("battery"));
+    QTest::mouseClick(fViewer->findChild<QToolButton*>("memoryFlat"), Qt::LeftButton);
+    xOpen();
+    QCOMPARE(xFilter()->text(), QStringLiteral("battery"));
+    QVERIFY(fViewer->findChild<QToolButton*>("memoryFlat")->isChecked());
 }
 
 void ViewingTest::plotsWhatIsChosen() {

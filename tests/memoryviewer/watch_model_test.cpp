@@ -4,9 +4,7 @@
 
 #include <QAbstractItemModelTester>
 #include <QMimeData>
-#include <QSettings>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QtTest>
 #include <qt_test_main.h>
 
@@ -29,7 +27,6 @@ class WatchModelTest : public QObject {
     void takesWhatIsDropped();
     void takesNoNameTwiceAndNotTooMany();
     void showsNamesAsPlainText();
-    void isRememberedForEachRobot();
 
   private:
     void xAdd(std::uint32_t id, const std::string& name, double value);
@@ -154,18 +151,6 @@ void WatchModelTest::takesNoNameTwiceAndNotTooMany() {
 void WatchModelTest::showsNamesAsPlainText() {
     fModel->setNames({"<b>x</b>\n"});
     QCOMPARE(xText(0, NameColumn), QStringLiteral("<b>x</b>\\n"));
-}
-
-void WatchModelTest::isRememberedForEachRobot() {
-    const QTemporaryDir folder;
-    QSettings settings(folder.filePath("settings.ini"), QSettings::IniFormat);
-    saveWatchedNames(settings, "one/../two", {"A", "B, \"c\""});
-    saveWatchedNames(settings, "two", {"C"});
-    QCOMPARE(loadWatchedNames(settings, "one/../two"), (QStringList{"A", "B, \"c\""}));
-    QCOMPARE(loadWatchedNames(settings, "two"), QStringList("C"));
-    QVERIFY(loadWatchedNames(settings, "another").isEmpty());
-    saveWatchedNames(settings, "two", {});
-    QCOMPARE(settings.allKeys().size(), 1);
 }
 
 OBVISTA_QTEST_MAIN(WatchModelTest)

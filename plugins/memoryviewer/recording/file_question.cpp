@@ -4,6 +4,8 @@
 #include <QFileDialog>
 #include <QStandardPaths>
 
+#include <viewer_widget.h>
+
 namespace memoryviewer {
 
 namespace {
@@ -25,7 +27,7 @@ QString fileNamePart(const QString& text) {
 
 void askForFile(QWidget* parent, const FileQuestion& question,
                 const std::function<void(const QString&)>& save) {
-    auto* dialog = new QFileDialog(parent, question.fTitle);
+    auto* dialog = new QFileDialog(parent, viewer::dialogTitle(question.fTitle, parent));
     dialog->setObjectName(QStringLiteral("fileQuestion"));
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setAcceptMode(QFileDialog::AcceptSave);

@@ -1,0 +1,64 @@
+#include "robot_header.h"
+
+#include "labels.h"
+
+#include <QEvent>
+#include <QFontInfo>
+#include <QHBoxLayout>
+#include <QLabel>
+
+namespace viewer {
+
+namespace {
+
+constexpr double a_nameScale = 1.35;
+
+}  // namespace
+
+RobotHeader::RobotHeader(const QString& name, const QString& address, QWidget* parent)
+    : QWidget(parent),
+      fName(makeStatusLine("robotName", this)),
+      fAddress(makeLabel("robotAddress", this)) {
+    fName->setText(name);
+    fName->setAccessibleName(tr("Robot %1, %2").arg(name, address));
+    fName->setToolTip(
+        QStringLiteral("<p>%1</p>").arg(tr("Robot %1, %2").arg(name, address).toHtmlEscaped()));
+    fAddress->setText(address);
+    auto* row = new QHBoxLayout(this);
+    const int space = fontMetrics().height() / 4;
+    row->setContentsMargins(space, 0, 2 * space, 0);
+    row->addWidget(fName, 1);
+    row->addWidget(fAddress);
+    xApplyFont();
+}
+
+void RobotHeader::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    xFit();
+}
+
+void RobotHeader::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange) {
+        xApplyFont();
+    }
+}
+
+void RobotHeader::xApplyFont() {
+    QFont large = font();
+    large.setBold(true);
+    large.setPointSizeF(a_nameScale * QFontInfo(font()).pointSizeF());
+    fName->setFont(large);
+    xFit();
+}
+
+/** The address gives way to the name. */
+void RobotHeader::xFit() {
+    const QMargins margins = layout()->contentsMargins();
+    const int name = fName->fontMetrics().horizontalAdvance(fName->text()) + 2 * fName->margin();
+    const int needed = margins.left() + name + layout()->spacing() + fAddress->sizeHint().width() +
+                       margins.right();
+    fAddress->setVisible(needed <= width());
+}
+
+}  // namespace viewer

@@ -1,0 +1,38 @@
+#include "robot_settings.h"
+
+#include <QByteArray>
+#include <QCryptographicHash>
+
+namespace viewer {
+
+namespace {
+
+constexpr int a_maxLevelLength = 100;
+
+}  // namespace
+
+RobotSettings::RobotSettings(const QString& viewer, const std::string& robotName)
+    : fGroup(QStringLiteral("%1/robots/%2/").arg(viewer, level(robotName))) {
+}
+
+QVariant RobotSettings::value(const QString& name, const QVariant& otherwise) const {
+    return fSettings.value(fGroup + name, otherwise);
+}
+
+void RobotSettings::setValue(const QString& name, const QVariant& value) {
+    fSettings.setValue(fGroup + name, value);
+}
+
+QString RobotSettings::level(const std::string& text) {
+    if (text.empty()) {
+        return QStringLiteral("%");  // which no text is encoded as
+    }
+    const QByteArray bytes = QByteArray::fromStdString(text);
+    const QByteArray encoded = bytes.toPercentEncoding(QByteArray(), ".");
+    return QString::fromLatin1(
+        encoded.size() <= a_maxLevelLength
+            ? encoded
+            : QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex());
+}
+
+}  // namespace viewer

@@ -1,0 +1,42 @@
+#ifndef OBVISTA_VIEWER_ROBOT_SETTINGS_H
+#define OBVISTA_VIEWER_ROBOT_SETTINGS_H
+
+#include <QSettings>
+#include <QString>
+#include <QVariant>
+
+#include <string>
+
+namespace viewer {
+
+/**
+ * Settings of one viewer for one robot, identified by the name that the robot reports.
+ *
+ * They are in the application's settings under "<viewer>/robots/<robot>/". A value that is set is
+ * there at once for every other viewer in the process, and in the file after the next turn of the
+ * event loop; the file is replaced as a whole, so that a crash leaves either the old or the new
+ * one. Used on the GUI thread.
+ */
+class RobotSettings {
+  public:
+    /**
+     * @param viewer a level of the settings, for instance "MemoryViewer"
+     * @param robotName untrusted
+     */
+    RobotSettings(const QString& viewer, const std::string& robotName);
+
+    QVariant value(const QString& name, const QVariant& otherwise = {}) const;
+    void setValue(const QString& name, const QVariant& value);
+
+    /** An untrusted text as one level of a name: no two texts share one, and none is empty, has a
+     *  slash, or is longer than 100 characters. */
+    static QString level(const std::string& text);
+
+  private:
+    QSettings fSettings;
+    QString fGroup;
+};
+
+}  // namespace viewer
+
+#endif

@@ -1,0 +1,188 @@
+#include "viewer_case.h"
+
+#include <QAction>
+#include <QDialog>
+#include <QDockWidget>
+#include <QLabel>
+#include <QMainWindow>
+#include <QPointer>
+#include <QShortcut>
+#include <QTreeWidget>
+#include <QtTest>
+#include <qt_test_main.h>
+
+#include <memory>
+#include <plugin_driver.h>
+
+using namespace obvista_test;
+using namespace obvista_test::viewer_case;
+
+namespace {
+
+/** A control of the viewer that the keyboard reaches. */
+QWidget* aControlOf(QWidget* viewer) {
+    for (QWidget* part : viewer->findChildren<QWidget*>()) {
+        if ((part->focusPolicy() & Qt::TabFocus) != 0 && part->isVisible() && part->isEnabled()) {
+            return part;
+        }
+    }
+    return nullptr;
+}
+
+QStringList textsOf(const QList<QKeySequence>& keys) {
+    QStringList texts;
+    for (const QKeySequence& each : keys) {
+        texts += each.toString(QKeySequence::NativeText);
+    }
+    return texts;
+}
+
+/** Of all shortcuts and actions of a viewer. */
+QStringList shortcutsOf(const QWidget* viewer) {
+    QStringList texts;
+    for (const QShortcut* shortcut : viewer->findChildren<QShortcut*>()) {
+        texts += textsOf({shortcut->key()});
+    }
+    for (const QAction* action : viewer->findChildren<QAction*>()) {
+        texts += textsOf(action->shortcuts());
+    }
+    return texts;
+}
+
+/** The first column of a list of keys, each key by itself. */
+QStringList listedKeys(const QTreeWidget* list) {
+    QStringList keys;
+    for (int group = 0; group < list->topLevelItemCount(); ++group) {
+        const QTreeWidgetItem* item = list->topLevelItem(group);
+        for (int row = 0; row < item->childCount(); ++row) {
+            keys += item->child(row)->text(0).split(QStringLiteral(", "));
+        }
+    }
+    return keys;
+}
+
+}  // namespace
+
+/** A viewer in its dock, beside another one of the same plugin. */
+class DockTest : public QObject {
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void showsTheRobotsNameInLargeLetters();
+    void cutsALongNameInsteadOfForcingTheDockToBeWide();
+    void isClosedByKeyboard();
+    void isNotClosedByKeyboardWhereTheDockForbidsIt();
+    void floatsByKeyboardAndKeepsTheFocus();
+    void listsTheKeysOfTheViewerWithTheFocus();
+
+  private:
+    void xPress(const QWidget* viewer, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+
+    std::unique_ptr<ShownRobot> fRobot;
+    std::unique_ptr<PluginDriver> fDriver;
+    QDockWidget* fDock = nullptr;
+    QDockWidget* fOther = nullptr;
+};
+
+void DockTest::init() {
+    fRobot = makeRobot();
+    fRobot->show(7);
+    fDriver = std::make_unique<PluginDriver>(pluginName());
+    fDock = fDriver->dock(fDriver->createWidget(fRobot->port()));
+    fOther = fDriver->dock(fDriver->createWidget(fRobot->port()));
+    QVERIFY(QTest::qWaitForWindowActive(&fDriver->window()));
+    for (QDockWidget* dock : {fDock, fOther}) {
+        QTRY_VERIFY(isLive(dock->widget()));
+    }
+}
+
+void DockTest::cleanup() {
+    fDriver.reset();
+    fRobot.reset();
+}
+
+/** With the focus in one of the viewer's controls. */
+void DockTest::xPress(const QWidget* viewer, int key, Qt::KeyboardModifiers modifiers) {
+    QWidget* focus = viewer->window()->focusWidget();
+    QVERIFY(viewer->isAncestorOf(focus));
+    QTest::keyClick(focus, static_cast<Qt::Key>(key), modifiers);
+}
+
+void DockTest::showsTheRobotsNameInLargeLetters() {
+    const QWidget* widget = fDock->widget();
+    const auto* name = widget->findChild<QLabel*>(QStringLiteral("robotName"));
+    QCOMPARE(name->text(), QStringLiteral("TestRobot"));
+    QVERIFY(name->isVisible());
+    QVERIFY(name->fontMetrics().height() >= widget->fontMetrics().height() * 5 / 4);
+    QVERIFY(name->font().bold());
+    QCOMPARE(name->mapTo(widget, QPoint(0, 0)).y(), 0);
+    const auto* address = widget->findChild<QLabel*>(QStringLiteral("robotAddress"));
+    QCOMPARE(address->text(), QStringLiteral("127.0.0.1:%1").arg(fRobot->port()));
+    QCOMPARE(fDock->windowTitle(), pluginName());
+}
+
+void DockTest::cutsALongNameInsteadOfForcingTheDockToBeWide() {
+    fOther->close();
+    const QWidget* header = fDock->widget()->findChild<QLabel*>("robotName")->parentWidget();
+    QVERIFY(header->minimumSizeHint().width() < 200);
+    const auto* address = fDock->widget()->findChild<QLabel*>(QStringLiteral("robotAddress"));
+    QVERIFY(address->isVisible());
+    const_cast<QWidget*>(header)->resize(120, header->height());
+    QVERIFY(!address->isVisible());
+}
+
+void DockTest::isClosedByKeyboard() {
+    aControlOf(fDock->widget())->setFocus();
+    xPress(fDock->widget(), Qt::Key_W, Qt::ControlModifier);
+    QTRY_VERIFY(fDock->isHidden());
+    QTRY_VERIFY(saysClosed(fDock->widget()));
+    QVERIFY(fOther->isVisible());
+    QVERIFY(!saysClosed(fOther->widget()));
+}
+
+void DockTest::isNotClosedByKeyboardWhereTheDockForbidsIt() {
+    fDock->setFeatures(QDockWidget::NoDockWidgetFeatures);
+    aControlOf(fDock->widget())->setFocus();
+    xPress(fDock->widget(), Qt::Key_W, Qt::ControlModifier);
+    xPress(fDock->widget(), Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
+    fDriver->letTimePass();
+    QVERIFY(fDock->isVisible());
+    QVERIFY(!fDock->isFloating());
+}
+
+void DockTest::floatsByKeyboardAndKeepsTheFocus() {
+    QWidget* control = aControlOf(fDock->widget());
+    control->setFocus();
+    for (const bool isFloating : {true, false}) {
+        xPress(fDock->widget(), Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
+        QTRY_COMPARE(fDock->isFloating(), isFloating);
+        QTRY_COMPARE(QApplication::focusWidget(), control);
+        QTRY_VERIFY(control->window()->isActiveWindow());
+    }
+    QVERIFY(!fOther->isFloating());
+}
+
+void DockTest::listsTheKeysOfTheViewerWithTheFocus() {
+    aControlOf(fOther->widget())->setFocus();
+    xPress(fOther->widget(), Qt::Key_F1);
+    const auto listOf = [](const QDockWidget* dock) {
+        return dock->widget()->findChild<QDialog*>(QStringLiteral("keyList"));
+    };
+    QTRY_VERIFY(listOf(fOther) != nullptr && listOf(fOther)->isVisible());
+    QVERIFY(listOf(fDock) == nullptr);
+    QVERIFY(listOf(fOther)->windowTitle().endsWith(QStringLiteral("\u2013 TestRobot")));
+    const QStringList listed = listedKeys(listOf(fOther)->findChild<QTreeWidget*>());
+    const QStringList shortcuts = shortcutsOf(fOther->widget());
+    QVERIFY(shortcuts.size() >= 5);
+    for (const QString& keys : shortcuts) {
+        QVERIFY2(listed.contains(keys), qPrintable(keys));
+    }
+    QTest::keyClick(listOf(fOther), Qt::Key_Escape);
+    QTRY_VERIFY(listOf(fOther) == nullptr);
+}
+
+OBVISTA_QTEST_MAIN(DockTest)
+#include "dock_test.moc"

@@ -1,0 +1,102 @@
+#include <QFile>
+#include <QFileInfo>
+#include <QSettings>
+#include <QtTest>
+#include <qt_test_main.h>
+
+#include <robot_settings.h>
+#include <string>
+
+using viewer::RobotSettings;
+
+namespace {
+
+const QString a_viewer = QStringLiteral("Viewer");
+
+/** The contents of the file as another process finds it. */
+QByteArray fileContents() {
+    QFile file(QSettings().fileName());
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+}  // namespace
+
+class RobotSettingsTest : public QObject {
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void init() { QSettings().clear(); }
+
+    void keepsValuesForEachViewerAndRobot();
+    void sharesValuesWithinTheProcess();
+    void writesTheFileWhileItIsInUse();
+    void replacesTheFileAsAWhole();
+    void keepsNamesOfEveryKindApart_data();
+    void keepsNamesOfEveryKindApart();
+};
+
+void RobotSettingsTest::keepsValuesForEachViewerAndRobot() {
+    RobotSettings(a_viewer, "One").setValue("rate", 10);
+    RobotSettings(a_viewer, "Two").setValue("rate", 20);
+    RobotSettings("Other", "One").setValue("rate", 30);
+    QCOMPARE(RobotSettings(a_viewer, "One").value("rate").toInt(), 10);
+    QCOMPARE(RobotSettings(a_viewer, "Two").value("rate").toInt(), 20);
+    QCOMPARE(RobotSettings("Other", "One").value("rate").toInt(), 30);
+    QCOMPARE(RobotSettings(a_viewer, "Three").value("rate", 40).toInt(), 40);
+}
+
+void RobotSettingsTest::sharesValuesWithinTheProcess() {
+    const RobotSettings later(a_viewer, "One");
+    RobotSettings settings(a_viewer, "One");
+    settings.setValue("filter", QStringLiteral("head"));
+    QCOMPARE(later.value("filter").toString(), QStringLiteral("head"));
+}
+
+void RobotSettingsTest::writesTheFileWhileItIsInUse() {
+    RobotSettings settings(a_viewer, "One");
+    settings.setValue("filter", QStringLiteral("shoulder"));
+    QTRY_VERIFY(fileContents().contains("shoulder"));
+}
+
+/** Whoever has the old file open, as a crash leaves it, keeps the whole of it. */
+void RobotSettingsTest::replacesTheFileAsAWhole() {
+    RobotSettings settings(a_viewer, "One");
+    settings.setValue("filter", QStringLiteral("shoulder"));
+    QTRY_VERIFY(fileContents().contains("shoulder"));
+    QFile before(QSettings().fileName());
+    QVERIFY(before.open(QIODevice::ReadOnly));
+    settings.setValue("filter", QStringLiteral("elbow"));
+    QTRY_VERIFY(fileContents().contains("elbow"));
+    QVERIFY(before.readAll().contains("shoulder"));
+}
+
+void RobotSettingsTest::keepsNamesOfEveryKindApart_data() {
+    QTest::addColumn<QByteArray>("one");
+    QTest::addColumn<QByteArray>("other");
+    QTest::newRow("slash") << QByteArray("a/b") << QByteArray("a");
+    QTest::newRow("parent folder") << QByteArray("..") << QByteArray(".");
+    QTest::newRow("empty") << QByteArray("") << QByteArray(" ");
+    QTest::newRow("empty and percent") << QByteArray("") << QByteArray("%");
+    QTest::newRow("case") << QByteArray("Head") << QByteArray("head");
+    QTest::newRow("control") << QByteArray("a\nb") << QByteArray("a\rb");
+    QTest::newRow("no UTF-8") << QByteArray("\xff") << QByteArray("\xfe");
+    QTest::newRow("long") << QByteArray(5000, 'x') << QByteArray(5001, 'x');
+}
+
+void RobotSettingsTest::keepsNamesOfEveryKindApart() {
+    QFETCH(QByteArray, one);
+    QFETCH(QByteArray, other);
+    RobotSettings(a_viewer, one.toStdString()).setValue("rate", 10);
+    RobotSettings(a_viewer, other.toStdString()).setValue("rate", 20);
+    QCOMPARE(RobotSettings(a_viewer, one.toStdString()).value("rate").toInt(), 10);
+    QCOMPARE(RobotSettings(a_viewer, other.toStdString()).value("rate").toInt(), 20);
+    const QStringList keys = QSettings().allKeys();
+    QCOMPARE(keys.size(), 2);
+    for (const QString& key : keys) {
+        QVERIFY2(key.startsWith(QLatin1String("Viewer/robots/")), qPrintable(key));
+        QCOMPARE(key.count(QLatin1Char('/')), 3);
+    }
+}
+
+OBVISTA_QTEST_MAIN(RobotSettingsTest)
+#include "robot_settings_test.moc"
