@@ -1,5 +1,6 @@
 #include "camera_bar.h"
 
+#include <QAction>
 #include <QComboBox>
 #include <QEvent>
 #include <QMenu>
@@ -8,6 +9,7 @@
 #include <QToolButton>
 
 #include <algorithm>
+#include <labels.h>
 #include <plain_text.h>
 #include <set>
 #include <utility>
@@ -65,13 +67,12 @@ bool CameraBar::Choice::operator==(const Choice& other) const {
 
 CameraBar::CameraBar(QWidget* parent)
     : QWidget(parent),
-      fCameraBox(xMakeBox("cameraBox", tr("Camera"), tr("The camera that is shown"))),
+      fCameraBox(xMakeBox("cameraBox", tr("Camera"), tr("the one that is shown"))),
       fSizeBox(xMakeBox("sizeBox", tr("Resolution"),
-                        tr("Width and height of the pictures that the robot sends, in pixels"))),
+                        tr("width and height of the pictures that the robot sends, in pixels"))),
       fFormatBox(xMakeBox("formatBox", tr("Format"),
-                          tr("How the robot sends pictures: JPEG needs the least network, the "
-                             "others have exact values"))),
-      fRateBox(xMakeBox("rateBox", tr("Rate"), tr("Pictures that the robot takes a second"))),
+                          tr("JPEG needs the least network, the others have exact values"))),
+      fRateBox(xMakeBox("rateBox", tr("Rate"), tr("pictures that the robot takes a second"))),
       fLast(fRateBox) {
     auto* row = new viewer::WrapLayout(this);
     row->setContentsMargins(a_space, a_space, a_space, a_space);
@@ -123,7 +124,9 @@ void CameraBar::setUsable(bool isUsable) {
 }
 
 void CameraBar::addButton(QAction* action) {
-    xAddButton()->setDefaultAction(action);
+    QToolButton* button = xAddButton();
+    button->setDefaultAction(action);
+    button->setAccessibleDescription(action->whatsThis());
 }
 
 void CameraBar::addMenuButton(const char* objectName, const QString& text, const QString& toolTip,
@@ -131,9 +134,13 @@ void CameraBar::addMenuButton(const char* objectName, const QString& text, const
     QToolButton* button = xAddButton();
     button->setObjectName(QLatin1String(objectName));
     button->setText(text);
-    button->setToolTip(QStringLiteral("<p>%1</p>").arg(toolTip));
+    viewer::explain(*button, toolTip);
     button->setPopupMode(QToolButton::InstantPopup);
     button->setMenu(menu);
+}
+
+void CameraBar::addPart(QWidget* part) {
+    layout()->addWidget(part);
 }
 
 QToolButton* CameraBar::xAddButton() {
@@ -151,8 +158,8 @@ QComboBox* CameraBar::xMakeBox(const char* objectName, const QString& name,
                                const QString& toolTip) {
     auto* box = new QComboBox(this);
     box->setObjectName(QLatin1String(objectName));
-    box->setAccessibleName(name);
-    box->setToolTip(QStringLiteral("<p><b>%1</b><br>%2</p>").arg(name, toolTip));
+    viewer::nameByLabel(*box, name);
+    viewer::explain(*box, tr("%1: %2").arg(name, toolTip));
     box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     box->setFocusPolicy(Qt::StrongFocus);
     box->installEventFilter(new WheelGuard(box));

@@ -40,6 +40,8 @@ class CameraBar : public QWidget {
     void addButton(QAction* action);
     void addMenuButton(const char* objectName, const QString& text, const QString& toolTip,
                        QMenu* menu);
+    /** @param part becomes the bar's */
+    void addPart(QWidget* part);
     ///@}
 
     /** Whether anything can be chosen. */

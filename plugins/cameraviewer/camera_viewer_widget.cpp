@@ -5,6 +5,7 @@
 #include "camera_session.h"
 #include "capture_controls.h"
 #include "histogram_panel.h"
+#include "picture_grid.h"
 #include "picture_view.h"
 #include "view_actions.h"
 #include "widget_seen.h"
@@ -13,6 +14,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDateTime>
+#include <QFocusEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
@@ -32,7 +34,7 @@ namespace {
  *  the widget can be seen. */
 constexpr int a_tickTime = 200;
 constexpr std::chrono::milliseconds a_figureTime{1000};
-constexpr int a_toldTime = 15000;
+constexpr int a_toldTime = 10000;
 constexpr int a_maxRobotNameLength = 60;
 constexpr int a_widthInCharacters = 110;
 constexpr int a_heightInLines = 38;
@@ -187,6 +189,7 @@ void CameraViewerWidget::xConnect() {
             [this](const QPoint& at) { fActions->menu()->popup(fView->mapToGlobal(at)); });
     connect(fCapture, &CaptureControls::recordingChanged, this, [this] {
         fSession->setRecording(fCapture->isRecording());
+        fCapture->showProgress();
         xUpdateStatus();
     });
     connect(fCapture, &CaptureControls::told, this, &CameraViewerWidget::xTell);
@@ -197,6 +200,7 @@ void CameraViewerWidget::xConnect() {
 void CameraViewerWidget::xOnTick() {
     xUpdateSeen();
     fSession->tick();
+    fCapture->showProgress();
     if (FigureMeter::Clock::now() - fMeasured >= a_figureTime) {
         xUpdateFigures();
     }
@@ -218,17 +222,18 @@ void CameraViewerWidget::xOnCameraChosen() {
     fCapture->stopRecording();
     fView->clear();
     fCapture->setPicture({});
-    fHistogram->showHistogram(std::nullopt);
+    fHistogram->showHistograms({});
     fMeter.restart(fLink->feed().counts(), FigureMeter::Clock::now());
     xUpdateReason();
 }
 
 void CameraViewerWidget::xOnPicture(const DecodedPicture& decoded) {
-    if (fActions->histogram()->isChecked()) {
-        fHistogram->showHistogram(decoded.fHistogram);
-    }
-    if (decoded.fHistogram && fHistogram->isStretching()) {
-        fView->setGreyRange(decoded.fHistogram->fMinimum, decoded.fHistogram->fMaximum);
+    // The picture that was being decoded when the histogram was opened has none yet.
+    if (fActions->histogram()->isChecked() && !decoded.fHistograms.empty()) {
+        fHistogram->showHistograms(decoded.fHistograms);
+        if (fHistogram->isStretching()) {
+            xStretch(decoded.fHistograms);
+        }
     }
     const KVPixelFormat before = fView->picture().fFrame.fFormat;
     fView->setPicture(decoded.fPicture);
@@ -247,17 +252,20 @@ void CameraViewerWidget::xShowHistogram(bool isShown) {
     fHistogram->setVisible(isShown);
     fLink->worker().setHistogramWanted(isShown);
     if (isShown && fView->hasPicture()) {
-        fHistogram->showHistogram(histogramOf(fView->picture().fImage));
+        fHistogram->showHistograms(histogramsOf(fView->picture().fImage));
     }
     xApplyStretch();
 }
 
 void CameraViewerWidget::xApplyStretch() {
     const bool isWanted = fActions->histogram()->isChecked() && fHistogram->isStretching();
-    const std::optional<Histogram> histogram =
-        isWanted && fView->hasPicture() ? histogramOf(fView->picture().fImage) : std::nullopt;
-    if (histogram) {
-        fView->setGreyRange(histogram->fMinimum, histogram->fMaximum);
+    xStretch(isWanted ? histogramsOf(fView->picture().fImage) : std::vector<Histogram>());
+}
+
+/** Colours have no range that they could be shown in. */
+void CameraViewerWidget::xStretch(const std::vector<Histogram>& histograms) {
+    if (histograms.size() == 1) {
+        fView->setGreyRange(histograms.front().fMinimum, histograms.front().fMaximum);
     } else {
         fView->setFullGreyRange();
     }
@@ -297,6 +305,10 @@ void CameraViewerWidget::xUpdateReadout() {
                           .arg(picture.fImage.height())
                           .arg(formatText(picture.fFrame.fFormat)),
                       fView->geometry().isFitted() ? tr("fitted, %1").arg(zoom) : zoom};
+    if (fView->hasGrid()) {
+        const int step = gridStep(fView->geometry());
+        parts += step == 1 ? tr("grid of pixels") : tr("grid of %1 pixels").arg(step);
+    }
     if (const std::optional<QPoint> pixel = fView->pixel()) {
         parts += tr("pixel %1, %2").arg(pixel->x()).arg(pixel->y());
         parts += rawText(picture, *pixel);

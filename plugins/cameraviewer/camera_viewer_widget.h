@@ -6,6 +6,7 @@
 #include <QTimer>
 
 #include <memory>
+#include <vector>
 #include <viewer_widget.h>
 
 class QLabel;
@@ -21,6 +22,7 @@ class HistogramPanel;
 class PictureView;
 class ViewActions;
 struct DecodedPicture;
+struct Histogram;
 
 /** Shows the cameras of one robot, and says why there is no picture when there is none. */
 class CameraViewerWidget : public viewer::ViewerWidget {
@@ -48,6 +50,7 @@ class CameraViewerWidget : public viewer::ViewerWidget {
     void xOnPictureShown(quint64 number, qint64 time);
     void xShowHistogram(bool isShown);
     void xApplyStretch();
+    void xStretch(const std::vector<Histogram>& histograms);
     void xTell(const QString& sentence);
     void xUpdateSeen();
     void xUpdateReason();

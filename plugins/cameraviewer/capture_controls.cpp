@@ -1,14 +1,15 @@
 #include "capture_controls.h"
 
 #include "camera_bar.h"
+#include "figures.h"
 #include "frame_feed.h"
+#include "recording_mark.h"
 #include "view_actions.h"
 
 #include <QAction>
 #include <QDateTime>
 #include <QDir>
 #include <QFileDialog>
-#include <QLocale>
 #include <QMenu>
 #include <QSettings>
 #include <QStandardPaths>
@@ -33,8 +34,10 @@ QString shown(const QString& file) {
     return QDir::toNativeSeparators(file);
 }
 
-QString sizeText(qint64 bytes) {
-    return QLocale::c().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
+QString savedText(const QString& file) {
+    const QFileInfo info(file);
+    return CaptureControls::tr("Picture saved in the folder %1 as %2")
+        .arg(shown(info.path()), info.fileName());
 }
 
 /** What became of a recording that has ended. */
@@ -57,7 +60,7 @@ QAction* makeAction(const char* objectName, const QString& text, const QString& 
     action->setShortcut(key);
     // A viewer beside this one has the same keys.
     action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-    action->setToolTip(toolTipWithKey(*action, toolTip));
+    explainWithKey(*action, toolTip);
     action->setEnabled(false);
     viewer->addAction(action);
     return action;
@@ -75,6 +78,7 @@ CaptureControls::CaptureControls(FrameFeed& feed, QWidget* viewer)
       fRecord(makeAction("recordAction", tr("Re&cord"),
                          tr("Record the pictures of this camera to a Matroska file"),
                          Qt::CTRL + Qt::Key_R, viewer)),
+      fMark(new RecordingMark(viewer)),
       fFolder(new QAction(tr("Folder for pictures and recordings\u2026"), viewer)) {
     fFolder->setObjectName(QStringLiteral("folderAction"));
     fRecord->setCheckable(true);
@@ -94,6 +98,7 @@ CaptureControls::~CaptureControls() {
 void CaptureControls::addButtons(CameraBar& bar, QMenu& menu) const {
     bar.addButton(fSnapshot);
     bar.addButton(fRecord);
+    bar.addPart(fMark);
     menu.addSeparator();
     menu.addActions({fSnapshot, fRecord, fFolder});
 }
@@ -115,6 +120,15 @@ void CaptureControls::stopRecording() {
         fRecorder.stop();
         fRecord->setChecked(false);
         Q_EMIT recordingChanged();
+    }
+}
+
+void CaptureControls::showProgress() {
+    const RecorderStatus status = fRecorder.status();
+    if (status.fState == RecorderStatus::State::Recording) {
+        fMark->showProgress(status.fSeconds, status.fBytes);
+    } else {
+        fMark->hide();
     }
 }
 
@@ -147,9 +161,7 @@ void CaptureControls::xTakeSnapshot() {
         const QString failure = writeSnapshot(picture, origin, file);
         QMetaObject::invokeMethod(
             this,
-            [this, failure, file] {
-                Q_EMIT told(failure.isEmpty() ? tr("Saved %1").arg(shown(file)) : failure);
-            },
+            [this, failure, file] { Q_EMIT told(failure.isEmpty() ? savedText(file) : failure); },
             Qt::QueuedConnection);
     });
 }

@@ -17,6 +17,7 @@ namespace cameraviewer {
 
 class CameraBar;
 class FrameFeed;
+class RecordingMark;
 
 /**
  * Takes snapshots and recordings into a folder of the user's, without a question for each.
@@ -44,6 +45,8 @@ class CaptureControls : public QObject {
     bool isRecording() const { return fIsRecording; }
     /** How far the recording is; empty when there is none. */
     QString progressText() const;
+    /** Brings the mark beside the buttons up to date. To be called some times a second. */
+    void showProgress();
 
   Q_SIGNALS:
     /** A recording begins or has ended. */
@@ -62,6 +65,7 @@ class CaptureControls : public QObject {
     QWidget* fViewer;
     QAction* fSnapshot;
     QAction* fRecord;
+    RecordingMark* fMark;  // deleted with the bar
     QAction* fFolder;
     Picture fPicture;
     PictureOrigin fOrigin;

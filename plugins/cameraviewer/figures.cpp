@@ -1,6 +1,7 @@
 #include "figures.h"
 
 #include <QCoreApplication>
+#include <QLocale>
 #include <QStringList>
 
 #include <cmath>
@@ -73,6 +74,10 @@ QString ageText(double microseconds) {
     return microseconds < a_second
                ? translated("%1 ms").arg(number(microseconds / a_millisecond, 0))
                : translated("%1 s").arg(number(microseconds / a_second, 1));
+}
+
+QString sizeText(std::int64_t bytes) {
+    return QLocale::c().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
 }
 
 QString byteRateText(double bytesPerSecond) {

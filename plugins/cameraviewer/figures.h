@@ -48,6 +48,8 @@ class FigureMeter {
 /** An age as people read it: "12 ms", "3.4 s". A negative one, or one of minutes, says that the
  *  clocks differ. */
 QString ageText(double microseconds);
+/** "3.4 MB" */
+QString sizeText(std::int64_t bytes);
 /** "27.6 MB/s" */
 QString byteRateText(double bytesPerSecond);
 

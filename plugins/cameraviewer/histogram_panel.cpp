@@ -4,8 +4,10 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
+#include <QPainterPath>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <labels.h>
 
@@ -14,6 +16,45 @@ namespace cameraviewer {
 namespace {
 
 constexpr int a_heightInLines = 5;
+constexpr double a_channelOpacity = 0.35;
+constexpr int a_darkest = 128;
+
+/** Red, green or blue that can be seen on the palette's base. */
+QColor channelColour(std::size_t channel, const QPalette& palette) {
+    static const std::array<QColor, 3> onLight{QColor(200, 0, 0), QColor(0, 130, 0),
+                                               QColor(0, 0, 220)};
+    static const std::array<QColor, 3> onDark{QColor(255, 100, 100), QColor(90, 220, 90),
+                                              QColor(120, 160, 255)};
+    const bool isDark = palette.color(QPalette::Base).lightness() < a_darkest;
+    return (isDark ? onDark : onLight).at(channel);
+}
+
+QString meanText(const Histogram& histogram) {
+    return QString::number(histogram.fMean, 'f', 1);
+}
+
+QString textOf(const std::vector<Histogram>& histograms) {
+    if (histograms.empty()) {
+        return HistogramPanel::tr("No picture");
+    }
+    if (histograms.size() == 1) {
+        return HistogramPanel::tr("Range %1 to %2\nMean %3")
+            .arg(histograms.front().fMinimum)
+            .arg(histograms.front().fMaximum)
+            .arg(meanText(histograms.front()));
+    }
+    const std::array<QString, 3> names{HistogramPanel::tr("Red"), HistogramPanel::tr("Green"),
+                                       HistogramPanel::tr("Blue")};
+    QStringList lines;
+    for (std::size_t channel = 0; channel < histograms.size(); ++channel) {
+        lines += HistogramPanel::tr("%1 %2 to %3, mean %4")
+                     .arg(names.at(channel))
+                     .arg(histograms[channel].fMinimum)
+                     .arg(histograms[channel].fMaximum)
+                     .arg(meanText(histograms[channel]));
+    }
+    return lines.join(QLatin1Char('\n'));
+}
 
 }  // namespace
 
@@ -24,9 +65,9 @@ class HistogramPanel::Bars : public QWidget {
         setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     }
 
-    void setHistogram(const std::optional<Histogram>& histogram) {
-        if (histogram || fHistogram) {
-            fHistogram = histogram;
+    void setHistograms(const std::vector<Histogram>& histograms) {
+        if (!histograms.empty() || !fHistograms.empty()) {
+            fHistograms = histograms;
             update();
         }
     }
@@ -36,27 +77,56 @@ class HistogramPanel::Bars : public QWidget {
                 a_heightInLines * fontMetrics().height()};
     }
 
+    /** Narrower than one pixel a value is better than text that is cut. */
+    QSize minimumSizeHint() const override { return {sizeHint().width() / 3, sizeHint().height()}; }
+
   protected:
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
         painter.fillRect(rect(), palette().base());
-        if (!fHistogram) {
+        // A value that is narrower than a pixel could lie between two of them otherwise.
+        painter.setRenderHint(QPainter::Antialiasing);
+        if (fHistograms.size() == 1) {
+            painter.fillPath(xShape(fHistograms.front(), xHighest()), palette().text());
             return;
         }
-        // By the square root: one value that fills half of the picture leaves the others visible.
-        const auto& bins = fHistogram->fBins;
-        const double highest = std::sqrt(*std::max_element(bins.begin(), bins.end()));
-        const double width = double(this->width()) / static_cast<double>(bins.size());
-        for (std::size_t value = 0; value < bins.size(); ++value) {
-            const double barHeight = std::sqrt(bins[value]) / std::max(highest, 1.0) * height();
-            painter.fillRect(
-                QRectF(static_cast<double>(value) * width, height() - barHeight, width, barHeight),
-                palette().text());
+        for (std::size_t channel = 0; channel < fHistograms.size(); ++channel) {
+            const QPainterPath shape = xShape(fHistograms[channel], xHighest());
+            QColor colour = channelColour(channel, palette());
+            painter.setPen(colour);
+            colour.setAlphaF(a_channelOpacity);
+            painter.fillPath(shape, colour);
+            painter.drawPath(shape);
         }
     }
 
   private:
-    std::optional<Histogram> fHistogram;
+    /** Of one scale for all channels, so that they can be compared. */
+    std::uint32_t xHighest() const {
+        std::uint32_t highest = 1;
+        for (const Histogram& histogram : fHistograms) {
+            highest = std::max(highest,
+                               *std::max_element(histogram.fBins.begin(), histogram.fBins.end()));
+        }
+        return highest;
+    }
+
+    /** By the square root: one value that fills half of the picture leaves the others visible. */
+    QPainterPath xShape(const Histogram& histogram, std::uint32_t highest) const {
+        const auto& bins = histogram.fBins;
+        const double width = double(this->width()) / static_cast<double>(bins.size());
+        QPainterPath shape(QPointF(0, height()));
+        for (std::size_t value = 0; value < bins.size(); ++value) {
+            const double top = height() * (1 - std::sqrt(double(bins[value]) / highest));
+            shape.lineTo(static_cast<double>(value) * width, top);
+            shape.lineTo(static_cast<double>(value + 1) * width, top);
+        }
+        shape.lineTo(width * static_cast<double>(bins.size()), height());
+        shape.closeSubpath();
+        return shape;
+    }
+
+    std::vector<Histogram> fHistograms;
 };
 
 HistogramPanel::HistogramPanel(QWidget* parent)
@@ -64,30 +134,25 @@ HistogramPanel::HistogramPanel(QWidget* parent)
       fBars(new Bars(this)),
       fText(viewer::makeLabel("histogramText", this)),
       fStretch(new QCheckBox(tr("S&tretch"), this)) {
-    fBars->setAccessibleName(tr("Histogram of the grey values, from 0 to 255"));
+    fBars->setAccessibleName(tr("Histogram, from 0 to 255"));
     fStretch->setObjectName(QStringLiteral("stretchBox"));
-    fStretch->setToolTip(
-        QStringLiteral("<p>%1</p>")
-            .arg(tr("Show the darkest value black and the brightest white. Values, snapshots and "
-                    "recordings stay as they are.")));
+    viewer::explain(*fStretch,
+                    tr("Show the darkest grey black and the brightest white. Values, snapshots and "
+                       "recordings stay as they are."));
     auto* row = new QHBoxLayout(this);
     row->addWidget(fBars, 1);
     row->addWidget(fText);
     row->addWidget(fStretch);
     connect(fStretch, &QCheckBox::toggled, this, &HistogramPanel::stretchingChanged);
-    showHistogram(std::nullopt);
+    showHistograms({});
 }
 
 HistogramPanel::~HistogramPanel() = default;
 
-void HistogramPanel::showHistogram(const std::optional<Histogram>& histogram) {
-    fBars->setHistogram(histogram);
-    fStretch->setEnabled(histogram.has_value());
-    fText->setText(histogram ? tr("Range %1 to %2\nMean %3")
-                                   .arg(histogram->fMinimum)
-                                   .arg(histogram->fMaximum)
-                                   .arg(QString::number(histogram->fMean, 'f', 1))
-                             : tr("Only grey pictures\nhave a histogram."));
+void HistogramPanel::showHistograms(const std::vector<Histogram>& histograms) {
+    fBars->setHistograms(histograms);
+    fStretch->setVisible(histograms.size() == 1);  // colours need the room for their figures
+    fText->setText(textOf(histograms));
 }
 
 bool HistogramPanel::isStretching() const {

@@ -4,15 +4,15 @@
 #include <QWidget>
 
 #include <histogram.h>
-#include <optional>
+#include <vector>
 
 class QCheckBox;
 class QLabel;
 
 namespace cameraviewer {
 
-/** How often each value of grey is in the picture, its range, and whether the picture is shown in
- *  that range. */
+/** The histograms of the picture's channels with their ranges and means, and the choice of showing
+ * a grey picture in its range. */
 class HistogramPanel : public QWidget {
     Q_OBJECT
 
@@ -20,10 +20,10 @@ class HistogramPanel : public QWidget {
     explicit HistogramPanel(QWidget* parent);
     ~HistogramPanel() override;
 
-    /** @param histogram nothing for a picture that is not grey */
-    void showHistogram(const std::optional<Histogram>& histogram);
+    /** @param histograms see histogramsOf(); none while there is no picture */
+    void showHistograms(const std::vector<Histogram>& histograms);
 
-    /** Whether the user wants the darkest value black and the brightest white. */
+    /** Returns true if the user wants the darkest value black and the brightest white. */
     bool isStretching() const;
 
   Q_SIGNALS:

@@ -10,8 +10,10 @@ namespace cameraviewer {
 
 namespace {
 
-/** Pixels of the screen between two lines, at least. */
-constexpr double a_leastDistance = 8;
+/** Units of the view: the least size of a pixel of the picture that is framed. */
+constexpr double a_framedPixel = 8;
+/** Units of the view between two lines of a coarser grid, at least. */
+constexpr double a_leastDistance = 48;
 constexpr int a_alpha = 110;
 constexpr double a_leastMarkSize = 9;
 
@@ -33,15 +35,17 @@ int firstMultiple(int from, int step) {
 }  // namespace
 
 int gridStep(const ViewGeometry& geometry) {
-    int decade = 1;
-    for (;;) {
+    const double pixel = geometry.zoom() / geometry.pixelRatio();
+    if (pixel >= a_framedPixel) {
+        return 1;
+    }
+    for (int decade = 10;; decade *= 10) {
         for (const int factor : {1, 2, 5}) {
             const int step = factor * decade;
-            if (step * geometry.zoom() >= a_leastDistance) {
+            if (step * pixel >= a_leastDistance) {
                 return step;
             }
         }
-        decade *= 10;
     }
 }
 

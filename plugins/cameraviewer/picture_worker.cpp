@@ -67,9 +67,9 @@ void PictureWorker::xRun() {
         }
         const KVFrame frame = *std::exchange(fWaiting, std::nullopt);
         const std::uint64_t epoch = fEpoch;
-        const bool withHistogram = fIsHistogramWanted;
+        const bool withHistograms = fIsHistogramWanted;
         lock.unlock();
-        DecodedPicture decoded = xDecode(frame, withHistogram);
+        DecodedPicture decoded = xDecode(frame, withHistograms);
         lock.lock();
         if (epoch == fEpoch && !fIsStopped) {
             fIsRequested = false;
@@ -81,7 +81,7 @@ void PictureWorker::xRun() {
     }
 }
 
-DecodedPicture PictureWorker::xDecode(const KVFrame& frame, bool withHistogram) {
+DecodedPicture PictureWorker::xDecode(const KVFrame& frame, bool withHistograms) {
     DecodedPicture decoded;
     try {
         decoded.fPicture = fDecoder.decode(frame);
@@ -89,8 +89,8 @@ DecodedPicture PictureWorker::xDecode(const KVFrame& frame, bool withHistogram) 
         decoded.fPicture.fFrame = frame;
         decoded.fPicture.fFault = FrameFault::TooLarge;
     }
-    if (withHistogram) {
-        decoded.fHistogram = histogramOf(decoded.fPicture.fImage);
+    if (withHistograms) {
+        decoded.fHistograms = histogramsOf(decoded.fPicture.fImage);
     }
     return decoded;
 }

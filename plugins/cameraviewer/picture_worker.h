@@ -10,6 +10,7 @@
 #include <optional>
 #include <picture_decoder.h>
 #include <thread>
+#include <vector>
 
 namespace cameraviewer {
 
@@ -18,7 +19,7 @@ class Notice;
 /** A picture ready to be painted, or the fault of one that cannot be. */
 struct DecodedPicture {
     Picture fPicture;
-    std::optional<Histogram> fHistogram;
+    std::vector<Histogram> fHistograms;  ///< of its channels, where they are wanted
 };
 
 /**
@@ -45,7 +46,7 @@ class PictureWorker {
     /** The picture that was asked for, when it is there. */
     std::optional<DecodedPicture> take();
 
-    /** Whether pictures come with a histogram, where they can have one. */
+    /** Sets if pictures come with their histograms. */
     void setHistogramWanted(bool isWanted);
 
     /** Forgets the frame that waits and the picture that is being made. A request stands. */
@@ -56,7 +57,7 @@ class PictureWorker {
 
   private:
     void xRun();
-    DecodedPicture xDecode(const KVFrame& frame, bool withHistogram);
+    DecodedPicture xDecode(const KVFrame& frame, bool withHistograms);
 
     Notice& fNotice;
     PictureDecoder fDecoder;  // of the worker's thread

@@ -36,7 +36,7 @@ ViewActions::ViewActions(PictureView* view) : QObject(view), fView(view), fMenu(
     QAction* grid = xAddToggle("gridAction", tr("&Grid"),
                                tr("Lines between pixels, or groups of them"), {Qt::Key_G});
     fHistogram = xAddToggle("histogramAction", tr("Hi&stogram"),
-                            tr("How often each value is in a grey picture"), {Qt::Key_I});
+                            tr("Histogram of the picture's values"), {Qt::Key_I});
 
     connect(fFit, &QAction::triggered, view, &PictureView::fit);
     connect(fOneToOne, &QAction::triggered, view, &PictureView::showOneToOne);
@@ -63,7 +63,7 @@ QAction* ViewActions::xAdd(const char* objectName, const QString& text, const QS
     action->setShortcuts(keys);
     // Single keys belong to the view: a box of the tool bar searches its list by them.
     action->setShortcutContext(Qt::WidgetShortcut);
-    action->setToolTip(toolTipWithKey(*action, toolTip));
+    explainWithKey(*action, toolTip);
     fView->addAction(action);
     fMenu->addAction(action);
     return action;
@@ -76,9 +76,11 @@ QAction* ViewActions::xAddToggle(const char* objectName, const QString& text,
     return action;
 }
 
-QString toolTipWithKey(const QAction& action, const QString& text) {
-    return QStringLiteral("<p>%1 (%2)</p>")
-        .arg(text, action.shortcut().toString(QKeySequence::NativeText).toHtmlEscaped());
+void explainWithKey(QAction& action, const QString& text) {
+    const QString withKey =
+        QStringLiteral("%1 (%2)").arg(text, action.shortcut().toString(QKeySequence::NativeText));
+    action.setToolTip(QStringLiteral("<p>%1</p>").arg(withKey.toHtmlEscaped()));
+    action.setWhatsThis(withKey);
 }
 
 }  // namespace cameraviewer

@@ -44,8 +44,9 @@ class ViewActions : public QObject {
     QAction* fHistogram = nullptr;
 };
 
-/** An action's tool tip with its first key, as rich text. */
-QString toolTipWithKey(const QAction& action, const QString& text);
+/** Sets an action's tool tip, and as its "What's this" the same without markup: plain text with the
+ *  action's first key. */
+void explainWithKey(QAction& action, const QString& text);
 
 }  // namespace cameraviewer
 

@@ -69,9 +69,22 @@ QLabel* makeStatusLine(const char* objectName, QWidget* parent) {
     return line;
 }
 
+void explain(QWidget& control, const QString& text) {
+    control.setToolTip(QStringLiteral("<p>%1</p>").arg(text.toHtmlEscaped()));
+    control.setAccessibleDescription(text);
+}
+
+void nameByLabel(QWidget& control, const QString& name) {
+    auto* label = new QLabel(name, control.parentWidget());
+    label->setTextFormat(Qt::PlainText);
+    label->setBuddy(&control);
+    label->hide();
+    control.setAccessibleName(name);
+}
+
 void setStatus(QLabel& line, const QString& status) {
     line.setText(status);
-    line.setToolTip(QStringLiteral("<p>%1</p>").arg(status.toHtmlEscaped()));
+    explain(line, status);
     line.setAccessibleName(QCoreApplication::translate("viewer", "Status: %1").arg(status));
 }
 

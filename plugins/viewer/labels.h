@@ -20,6 +20,18 @@ QLabel* makeNotice(const char* objectName, QWidget* parent);
  */
 QLabel* makeStatusLine(const char* objectName, QWidget* parent);
 
+/** Gives a control the tool tip `text`, wrapped where it is long, and the same as its description
+ *  for screen readers, which would read the tool tip's markup otherwise. */
+void explain(QWidget& control, const QString& text);
+
+/**
+ * Names a control for screen readers by a label that is not shown, and sets its accessible name.
+ *
+ * For controls that show their value only: Qt gives the value for the name of a combo box, whatever
+ * its accessible name, and screen readers take the label's text.
+ */
+void nameByLabel(QWidget& control, const QString& name);
+
 /** Shows a text in the line, whole in its tool tip, and by name to a screen reader. */
 void setStatus(QLabel& line, const QString& status);
 

@@ -83,6 +83,8 @@ class PictureViewTest : public QObject {
     void isMovedAndLookedAtByKeyboard();
     void movesTheMarkAsItIsSeen();
     void showsAGridOfPixels();
+    void keepsTheLinesOfTheGridApart_data();
+    void keepsTheLinesOfTheGridApart();
     void showsGreyInItsRange();
     void showsNothingOfAPictureThatIsCleared();
     void takesAPictureOfAnotherSize();
@@ -259,8 +261,33 @@ void PictureViewTest::showsAGridOfPixels() {
     QVERIFY(with != without);
     QCOMPARE(with.pixel(15, 15), without.pixel(15, 15));   // inside a pixel of the picture
     QVERIFY(with.pixel(20, 15) != without.pixel(20, 15));  // on its border
-    fView->setPicture(varied(640, 480));
-    QCOMPARE(gridStep(fView->geometry()), 50);
+}
+
+/** Pixels are framed one by one where they are large; a coarser grid leaves the picture visible. */
+void PictureViewTest::keepsTheLinesOfTheGridApart_data() {
+    QTest::addColumn<double>("zoom");
+    QTest::addColumn<double>("pixelRatio");
+    QTest::addColumn<int>("step");
+    QTest::newRow("1/16") << 0.0625 << 1.0 << 1000;
+    QTest::newRow("fitted, nearly a third") << 0.3125 << 1.0 << 200;
+    QTest::newRow("1:1") << 1.0 << 1.0 << 50;
+    QTest::newRow("2:1") << 2.0 << 1.0 << 50;
+    QTest::newRow("5:1") << 5.0 << 1.0 << 10;
+    QTest::newRow("just too small") << 7.9 << 1.0 << 10;
+    QTest::newRow("large enough") << 8.0 << 1.0 << 1;
+    QTest::newRow("32:1") << 32.0 << 1.0 << 1;
+    QTest::newRow("the same at 200 %, too small") << 15.9 << 2.0 << 10;
+    QTest::newRow("the same at 200 %, large enough") << 16.0 << 2.0 << 1;
+}
+
+void PictureViewTest::keepsTheLinesOfTheGridApart() {
+    QFETCH(double, zoom);
+    QFETCH(double, pixelRatio);
+    cameraviewer::ViewGeometry geometry;
+    geometry.setView({200, 160}, pixelRatio);
+    geometry.setPicture({1280, 960});
+    geometry.zoomTo(zoom);
+    QTEST(gridStep(geometry), "step");
 }
 
 void PictureViewTest::showsGreyInItsRange() {

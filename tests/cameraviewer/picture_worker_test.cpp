@@ -62,7 +62,7 @@ TEST(PictureWorker, DecodesWhatIsAskedFor) {
     ASSERT_TRUE(decoded.has_value());
     EXPECT_EQ(decoded->fPicture.fFrame.fNumber, 1U);
     EXPECT_EQ(decoded->fPicture.fImage.format(), QImage::Format_Grayscale8);
-    EXPECT_FALSE(decoded->fHistogram.has_value());
+    EXPECT_TRUE(decoded->fHistograms.empty());
     EXPECT_FALSE(worker.take().has_value());
 }
 
@@ -114,9 +114,9 @@ TEST(PictureWorker, MakesAHistogramWhereItIsWanted) {
     worker.offer(greyFrame(1, 42));
     ASSERT_TRUE(taker.wait());
     const std::optional<DecodedPicture> decoded = worker.take();
-    ASSERT_TRUE(decoded->fHistogram.has_value());
-    EXPECT_EQ(decoded->fHistogram->fMinimum, 42);
-    EXPECT_EQ(decoded->fHistogram->fMaximum, 42);
+    ASSERT_EQ(decoded->fHistograms.size(), 1U);
+    EXPECT_EQ(decoded->fHistograms.front().fMinimum, 42);
+    EXPECT_EQ(decoded->fHistograms.front().fMaximum, 42);
 }
 
 TEST(PictureWorker, ForgetsThePicturesOfACameraThatIsLeft) {

@@ -1,6 +1,7 @@
 #include "camera_driver.h"
 #include "video_robot.h"
 
+#include <QAccessible>
 #include <QAction>
 #include <QClipboard>
 #include <QComboBox>
@@ -9,6 +10,7 @@
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QLocale>
+#include <QRegularExpression>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -18,6 +20,8 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
+#include <vector>
 
 using namespace obvista_test;
 
@@ -117,7 +121,9 @@ class ViewingTest : public QObject {
     void recordsWhileItIsHidden();
     void endsTheRecordingWithTheCamera();
     void copiesTheFigures();
-    void showsTheHistogramOfGreyPictures();
+    void showsTheHistogramOfEachChannel();
+    void tellsForTenSeconds();
+    void marksACameraThatIsRecorded();
     void canBeReadByAScreenReader();
     void keepsEverythingWithinReachInANarrowDock();
     void canBeReadInADarkPalette();
@@ -550,9 +556,12 @@ void ViewingTest::savesTheVeryPixels() {
     QWidget* viewer = xShow();
     xVerifyShown(QColor(12, 34, 56));
     actionOf(viewer, "snapshotAction")->trigger();
-    QTRY_VERIFY2(toldOf(viewer).startsWith(QLatin1String("Saved ")), qPrintable(toldOf(viewer)));
+    const QString folder =
+        QStringLiteral("Picture saved in the folder %1 as ").arg(fFolder->path());
+    QTRY_VERIFY2(toldOf(viewer).startsWith(folder), qPrintable(toldOf(viewer)));
     const QStringList files = QDir(fFolder->path()).entryList({QStringLiteral("*.png")});
     QCOMPARE(files.size(), 1);
+    QCOMPARE(toldOf(viewer), folder + files.first());
     QVERIFY2(files.first().startsWith(QLatin1String("TestRobot-head-")), qPrintable(files.first()));
     const QImage saved(fFolder->filePath(files.first()));
     QCOMPARE(saved.size(), QSize(320, 240));
@@ -625,24 +634,84 @@ void ViewingTest::copiesTheFigures() {
     QVERIFY2(text.contains(QLatin1String("\nDropped: ")), qPrintable(text));
 }
 
-void ViewingTest::showsTheHistogramOfGreyPictures() {
+void ViewingTest::showsTheHistogramOfEachChannel() {
     QWidget* viewer = xShow();
     actionOf(viewer, "histogramAction")->trigger();
     const auto text = [&] { return labelText(viewer, "histogramText"); };
-    xVerifyShown(Qt::red);
-    QCOMPARE(text(), QStringLiteral("Only grey pictures\nhave a histogram."));
+    auto* stretch = viewer->findChild<QWidget*>(QStringLiteral("stretchBox"));
+    xVerifyShown(QColor(200, 100, 50));
+    QTRY_COMPARE(text(), QStringLiteral("Red 200 to 200, mean 200.0\n"
+                                        "Green 100 to 100, mean 100.0\n"
+                                        "Blue 50 to 50, mean 50.0"));
+    QVERIFY(!stretch->isVisible());
+    auto* bars = viewer->findChild<QWidget*>(QStringLiteral("histogramBars"));
+    for (const auto& [value, isChannel] : std::vector<std::pair<int, bool (*)(const QColor&)>>{
+             {200, [](const QColor& color) { return color.red() > color.blue() + 30; }},
+             {100, [](const QColor& color) { return color.green() > color.red() + 30; }},
+             {50, [](const QColor& color) { return color.blue() > color.red() + 30; }}}) {
+        const QImage shot = bars->grab().toImage();
+        const int x = static_cast<int>((value + 0.5) * shot.width() / 256);
+        QVERIFY2(isChannel(shot.pixelColor(x, shot.height() / 2)),
+                 qPrintable(shot.pixelColor(x, shot.height() / 2).name()));
+    }
     fRobot->publish("head", plainFrame(QColor(77, 77, 77), KVPixelFormat::Grey8));
     QTRY_COMPARE(text(), QStringLiteral("Range 77 to 77\nMean 77.0"));
+    QVERIFY(stretch->isVisible());
     actionOf(viewer, "histogramAction")->trigger();
     QCOMPARE(text(), QString());
+}
+
+void ViewingTest::tellsForTenSeconds() {
+    QWidget* viewer = xShow();
+    actionOf(viewer, "copyFiguresAction")->trigger();
+    QElapsedTimer told;
+    told.start();
+    QVERIFY(!toldOf(viewer).isEmpty());
+    QTRY_VERIFY_WITH_TIMEOUT(toldOf(viewer).isEmpty(), 14000);
+    QVERIFY2(told.elapsed() >= 9000, qPrintable(QString::number(told.elapsed())));
+}
+
+void ViewingTest::marksACameraThatIsRecorded() {
+    QWidget* viewer = xShow();
+    xVerifyShown(Qt::red);
+    auto* mark = viewer->findChild<QLabel*>(QStringLiteral("recordingMark"));
+    QVERIFY(!mark->isVisible());
+    actionOf(viewer, "recordAction")->trigger();
+    const QRegularExpression progress(QString::fromUtf8("^0:0[1-9]  ·  [0-9.]+ kB$"));
+    const auto isShown = [&] {
+        fRobot->publish("head", plainFrame(Qt::green));
+        return labelText(viewer, "recordingMark").contains(progress);
+    };
+    QTRY_VERIFY2(isShown(), qPrintable(mark->text()));
+    QCOMPARE(mark->accessibleName(), QStringLiteral("Recording: ") + mark->text());
+    const QColor dot = mark->grab().toImage().pixelColor(mark->height() / 2, mark->height() / 2);
+    QVERIFY2(dot.red() > 180 && dot.green() < 80 && dot.blue() < 80, qPrintable(dot.name()));
+    actionOf(viewer, "recordAction")->trigger();
+    QTRY_VERIFY(!mark->isVisible());
 }
 
 void ViewingTest::canBeReadByAScreenReader() {
     QWidget* viewer = xShow();
     QCOMPARE(pictureOf(viewer)->accessibleName(), QStringLiteral("Picture of the camera"));
-    for (const QComboBox* box : viewer->findChildren<QComboBox*>()) {
-        QVERIFY2(!box->accessibleName().isEmpty(), qPrintable(box->objectName()));
-        QVERIFY((box->focusPolicy() & Qt::TabFocus) != 0);
+    actionOf(viewer, "histogramAction")->trigger();
+    for (const char* name : {"cameraBox", "sizeBox", "formatBox", "rateBox"}) {
+        // Not by the accessible name: for a combo box, that is its value over AT-SPI.
+        QAccessibleInterface* box = QAccessible::queryAccessibleInterface(boxOf(viewer, name));
+        const auto labels = box->relations(QAccessible::Label);
+        QVERIFY2(labels.size() == 1, name);
+        QCOMPARE(labels.first().first->text(QAccessible::Name),
+                 boxOf(viewer, name)->accessibleName());
+        QVERIFY2(!boxOf(viewer, name)->accessibleName().isEmpty(), name);
+    }
+    for (QWidget* part : viewer->findChildren<QWidget*>()) {
+        QAccessibleInterface* access = QAccessible::queryAccessibleInterface(part);
+        const QString description = access->text(QAccessible::Description);
+        QVERIFY2(!description.contains(QLatin1Char('<')), qPrintable(description));
+        if ((part->focusPolicy() & Qt::TabFocus) != 0 && part->isVisible()) {
+            QVERIFY2(!access->text(QAccessible::Name).isEmpty(), part->metaObject()->className());
+            const bool isPicture = part == pictureOf(viewer);
+            QVERIFY2(isPicture || !description.isEmpty(), qPrintable(part->objectName()));
+        }
     }
     QTRY_VERIFY(viewer->findChild<QLabel*>(QStringLiteral("cameraStatus"))
                     ->accessibleName()
@@ -655,6 +724,10 @@ void ViewingTest::canBeReadByAScreenReader() {
 void ViewingTest::keepsEverythingWithinReachInANarrowDock() {
     constexpr int narrow = 300;
     QWidget* viewer = xShow();
+    xVerifyShown(Qt::red);
+    actionOf(viewer, "recordAction")->trigger();
+    auto* mark = viewer->findChild<QWidget*>(QStringLiteral("recordingMark"));
+    QTRY_VERIFY(mark->isVisible());
     auto* bar = viewer->findChild<QWidget*>(QStringLiteral("cameraBar"));
     fDriver->window().resize(1200, 700);
     QTRY_VERIFY(bar->width() > narrow);
@@ -662,15 +735,18 @@ void ViewingTest::keepsEverythingWithinReachInANarrowDock() {
     fDriver->window().resize(narrow, 700);
     QTRY_VERIFY2(bar->width() <= narrow, qPrintable(QString::number(bar->width())));
     QTRY_VERIFY(bar->height() >= 3 * oneRow - 10);
-    const auto parts = bar->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
-    QCOMPARE(parts.size(), 10);
     QRegion taken;
-    for (const QWidget* part : parts) {
-        QVERIFY(part->isVisible());
+    int visible = 0;
+    for (const QWidget* part : bar->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+        if (!part->isVisible()) {
+            continue;
+        }
+        ++visible;
         QVERIFY(bar->rect().contains(part->geometry()));
         QVERIFY(!taken.intersects(part->geometry()));
         taken += part->geometry();
     }
+    QCOMPARE(visible, 11);
     QVERIFY(pictureOf(viewer)->isVisible() || !messageOf(viewer).isEmpty());
 }
 

@@ -1,5 +1,7 @@
 #include "histogram.h"
 
+#include <QtGlobal>
+
 #include <algorithm>
 #include <cstddef>
 
@@ -12,15 +14,37 @@ using Bins = std::array<std::uint32_t, 256>;
  *  waiting for the one before it. */
 constexpr std::size_t a_tables = 4;
 
-void countRow(const uchar* row, std::size_t width, std::array<Bins, a_tables>& tables) {
+/** @param distance bytes from a value of the channel to the next one */
+void countRow(const uchar* row, std::size_t width, std::size_t distance,
+              std::array<Bins, a_tables>& tables) {
     std::size_t x = 0;
     for (; x + a_tables <= width; x += a_tables) {
         for (std::size_t table = 0; table < a_tables; ++table) {
-            ++tables[table][row[x + table]];
+            ++tables[table][row[(x + table) * distance]];
         }
     }
     for (; x < width; ++x) {
-        ++tables[0][row[x]];
+        ++tables[0][row[x * distance]];
+    }
+}
+
+/** Where the channels of a format are in the bytes of a row. */
+struct Channels {
+    std::vector<std::size_t> fOffsets;  ///< of a channel's first value: red, green, blue; or grey
+    std::size_t fDistance = 1;          ///< bytes from a value to the next one of its channel
+};
+
+Channels channelsOf(QImage::Format format) {
+    switch (format) {
+        case QImage::Format_Grayscale8:
+            return {{0}, 1};
+        case QImage::Format_RGB888:
+            return {{0, 1, 2}, 3};
+        case QImage::Format_RGB32:  // 0xffRRGGBB as a number
+            return Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? Channels{{2, 1, 0}, 4}
+                                                   : Channels{{1, 2, 3}, 4};
+        default:
+            return {};
     }
 }
 
@@ -47,15 +71,19 @@ Histogram summed(const std::array<Bins, a_tables>& tables) {
 
 }  // namespace
 
-std::optional<Histogram> histogramOf(const QImage& image) {
-    if (image.isNull() || image.format() != QImage::Format_Grayscale8) {
-        return std::nullopt;
+std::vector<Histogram> histogramsOf(const QImage& image) {
+    const Channels channels = channelsOf(image.format());
+    std::vector<Histogram> histograms;
+    for (std::size_t channel = 0; channel < channels.fOffsets.size() && !image.isNull();
+         ++channel) {
+        std::array<Bins, a_tables> tables{};
+        for (int y = 0; y < image.height(); ++y) {
+            countRow(image.constScanLine(y) + channels.fOffsets[channel],
+                     static_cast<std::size_t>(image.width()), channels.fDistance, tables);
+        }
+        histograms.push_back(summed(tables));
     }
-    std::array<Bins, a_tables> tables{};
-    for (int y = 0; y < image.height(); ++y) {
-        countRow(image.constScanLine(y), static_cast<std::size_t>(image.width()), tables);
-    }
-    return summed(tables);
+    return histograms;
 }
 
 }  // namespace cameraviewer

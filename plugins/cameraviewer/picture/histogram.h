@@ -5,11 +5,11 @@
 
 #include <array>
 #include <cstdint>
-#include <optional>
+#include <vector>
 
 namespace cameraviewer {
 
-/** How often each value of grey is in a picture. */
+/** How often each value occurs in one channel of a picture. */
 struct Histogram {
     std::array<std::uint32_t, 256> fBins{};  ///< pixels of each value
     int fMinimum = 0;                        ///< the darkest value that is there
@@ -17,9 +17,12 @@ struct Histogram {
     double fMean = 0;
 };
 
-/** Nothing for a picture that is not Format_Grayscale8, or is empty. May be called from any
- *  thread. */
-std::optional<Histogram> histogramOf(const QImage& image);
+/**
+ * The histograms of a picture's channels: one of a Format_Grayscale8, three (red, green, blue) of a
+ * Format_RGB888 or Format_RGB32, none of an empty picture or another format. May be called from any
+ * thread.
+ */
+std::vector<Histogram> histogramsOf(const QImage& image);
 
 }  // namespace cameraviewer
 
