@@ -21,8 +21,7 @@ RobotHeader::RobotHeader(const QString& name, const QString& address, QWidget* p
       fAddress(makeLabel("robotAddress", this)) {
     fName->setText(name);
     fName->setAccessibleName(tr("Robot %1, %2").arg(name, address));
-    fName->setToolTip(
-        QStringLiteral("<p>%1</p>").arg(tr("Robot %1, %2").arg(name, address).toHtmlEscaped()));
+    explain(*fName, tr("Robot %1, %2").arg(name, address));
     fAddress->setText(address);
     auto* row = new QHBoxLayout(this);
     const int space = fontMetrics().height() / 4;
