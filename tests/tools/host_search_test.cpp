@@ -15,14 +15,30 @@ void expectFound(const std::string& host, int port, const SearchDecision& decisi
 
 TEST(HostSearch, AnAnnouncementTellsThePort) {
     SearchState state;
-    state.fAnnounced = Endpoint{"robot1.local", 7000};
+    state.fAnnounced = Endpoint{"robot1.local", 7000, {}};
     expectFound("robot1.local", 7000, decide({"robot1", std::nullopt}, state));
 }
 
 TEST(HostSearch, ThePortOfTheUserGoesBeforeTheAnnouncedOne) {
     SearchState state;
-    state.fAnnounced = Endpoint{"robot1.local", 7000};
+    state.fAnnounced = Endpoint{"robot1.local", 7000, {}};
     expectFound("robot1.local", 80, decide({"robot1", 80}, state));
+}
+
+TEST(HostSearch, AnAnnouncedRobotIsReachedAtAvahisAddressWhichMayTakeASecond) {
+    SearchState state;
+    state.fAnnounced = Endpoint{"robot1.local", 7000, {}};
+    state.fIsAddressAsked = true;
+    state.fElapsed = 900ms;
+    EXPECT_EQ(Kind::Wait, decide({"robot1", std::nullopt}, state).fKind);
+    state.fElapsed = 1s;
+    expectFound("robot1.local", 7000, decide({"robot1", std::nullopt}, state));
+    state.fElapsed = 100ms;
+    state.fIsAddressAsked = false;
+    state.fAnnounced->fAddress = "10.77.1.1";
+    const SearchDecision decision = decide({"robot1", std::nullopt}, state);
+    expectFound("robot1.local", 7000, decision);
+    EXPECT_EQ("10.77.1.1", decision.fEndpoint.reachableHost());
 }
 
 TEST(HostSearch, ANameThatResolvesWaitsForItsAnnouncementForASecond) {

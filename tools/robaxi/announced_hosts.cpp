@@ -72,9 +72,7 @@ void AnnouncedHosts::xAdd(const boost::shared_ptr<BonjourProfile>& profile) {
         fLastChange = host.fChanged = Clock::now();
     }
     if (isNew) {
-        fLookups.start(profile->fHostName, [this, key](const std::vector<std::string>& addresses) {
-            xSetAddresses(key, addresses);
-        });
+        xLookUp(key, profile->fHostName);
     }
     fBell.ring();
 }
@@ -88,8 +86,20 @@ void AnnouncedHosts::xRemove(const boost::shared_ptr<BonjourProfile>& profile) {
     fBell.ring();
 }
 
+void AnnouncedHosts::xLookUp(const std::string& key, const std::string& hostName) {
+    fQueries.start(hostName, [this, key, hostName](const std::string& address) {
+        if (!address.empty()) {
+            xSetAddresses(key, {address}, true);
+            return;
+        }
+        fLookups.start(hostName, [this, key](const std::vector<std::string>& addresses) {
+            xSetAddresses(key, addresses, false);
+        });
+    });
+}
+
 void AnnouncedHosts::xSetAddresses(const std::string& key,
-                                   const std::vector<std::string>& addresses) {
+                                   const std::vector<std::string>& addresses, bool areOfAvahi) {
     {
         const std::lock_guard lock(fMutex);
         const auto found = fHosts.find(key);
@@ -98,6 +108,7 @@ void AnnouncedHosts::xSetAddresses(const std::string& key,
         }
         found->second.fLookedUp = true;
         found->second.fAddresses = addresses;
+        found->second.fIsAddressOfAvahi = areOfAvahi;
         fLastChange = found->second.fChanged = Clock::now();
     }
     fBell.ring();

@@ -1,6 +1,7 @@
 #ifndef OBVISTA_TOOLS_ROBAXI_ANNOUNCED_HOSTS_H
 #define OBVISTA_TOOLS_ROBAXI_ANNOUNCED_HOSTS_H
 
+#include "avahi_client.h"
 #include "bell.h"
 #include "name_lookups.h"
 
@@ -22,6 +23,7 @@ struct AnnouncedHost {
     std::vector<KV::BonjourService> fServices;
     bool fLookedUp = false;
     std::vector<std::string> fAddresses;  ///< none until it is looked up, or when it fails
+    bool fIsAddressOfAvahi = false;       ///< Avahi gave the address, not the system's resolver
     Clock::time_point fChanged;           ///< when what is above last changed
 
     /** The host name without ".local". */
@@ -56,7 +58,9 @@ class AnnouncedHosts {
   private:
     void xAdd(const boost::shared_ptr<KV::BonjourProfile>& profile);
     void xRemove(const boost::shared_ptr<KV::BonjourProfile>& profile);
-    void xSetAddresses(const std::string& key, const std::vector<std::string>& addresses);
+    void xLookUp(const std::string& key, const std::string& hostName);
+    void xSetAddresses(const std::string& key, const std::vector<std::string>& addresses,
+                       bool areOfAvahi);
     void xListen();
 
     Bell& fBell;
@@ -64,6 +68,7 @@ class AnnouncedHosts {
     std::map<std::string, AnnouncedHost> fHosts;
     Clock::time_point fLastChange;
     NameLookups fLookups;
+    AddressQueries fQueries;  ///< goes before fLookups, which its answers use
     boost::signals2::scoped_connection fAdding;
     boost::signals2::scoped_connection fRemoving;
 };

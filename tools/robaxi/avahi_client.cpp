@@ -1,6 +1,10 @@
 #include "avahi_client.h"
 
+#include <avahi-common/address.h>
 #include <avahi-common/error.h>
+
+#include <array>
+#include <utility>
 
 namespace robaxi_tool {
 
@@ -82,6 +86,55 @@ void ServiceQuery::xOnResolved(AvahiServiceResolver* /*resolver*/, AvahiIfIndex 
         self->fLocation = {hostName, port};
     }
     self->fBell.ring();
+}
+
+AddressQueries::AddressQueries() : fPoll(avahi_threaded_poll_new()) {
+    fClient.reset(
+        avahi_client_new(avahi_threaded_poll_get(fPoll.get()), {}, ignoreState, nullptr, nullptr));
+    if (fClient != nullptr) {
+        avahi_threaded_poll_start(fPoll.get());
+    }
+}
+
+AddressQueries::~AddressQueries() {
+    avahi_threaded_poll_stop(fPoll.get());
+}
+
+void AddressQueries::start(const std::string& hostName, Answer answer) {
+    if (fClient != nullptr) {
+        avahi_threaded_poll_lock(fPoll.get());
+        const auto place = fQueries.insert(fQueries.end(), {this, answer, {}});
+        place->fPlace = place;
+        // The client owns the resolver. It is null for what cannot be a host's name, and when the
+        // daemon grants this client no more of them.
+        const bool isAsked = avahi_host_name_resolver_new(
+                                 fClient.get(), AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC,
+                                 hostName.c_str(), AVAHI_PROTO_INET, AVAHI_LOOKUP_USE_MULTICAST,
+                                 &AddressQueries::xOnResolved, &*place) != nullptr;
+        if (!isAsked) {
+            fQueries.erase(place);
+        }
+        avahi_threaded_poll_unlock(fPoll.get());
+        if (isAsked) {
+            return;
+        }
+    }
+    answer({});
+}
+
+void AddressQueries::xOnResolved(AvahiHostNameResolver* resolver, AvahiIfIndex /*interface*/,
+                                 AvahiProtocol /*protocol*/, AvahiResolverEvent event,
+                                 const char* /*name*/, const AvahiAddress* address,
+                                 AvahiLookupResultFlags /*flags*/, void* userData) noexcept {
+    auto* const query = static_cast<Query*>(userData);
+    std::array<char, AVAHI_ADDRESS_STR_MAX> text{};
+    if (event == AVAHI_RESOLVER_FOUND) {
+        avahi_address_snprint(text.data(), text.size(), address);
+    }
+    query->fAnswer(text.data());
+    // One answer is enough, and the daemon grants a client only so many resolvers at a time.
+    avahi_host_name_resolver_free(resolver);
+    query->fOwner->fQueries.erase(query->fPlace);
 }
 
 }  // namespace robaxi_tool

@@ -8,6 +8,8 @@
 #include <avahi-common/simple-watch.h>
 #include <avahi-common/thread-watch.h>
 
+#include <functional>
+#include <list>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -62,6 +64,41 @@ class ServiceQuery {
     Bell& fBell;
     mutable std::mutex fMutex;
     std::optional<ServiceLocation> fLocation;
+    std::unique_ptr<AvahiThreadedPoll, FreeWith<avahi_threaded_poll_free>> fPoll;
+    std::unique_ptr<AvahiClient, FreeWith<avahi_client_free>> fClient;
+};
+
+/**
+ * Lookups of host names by the Avahi daemon, on a thread of Avahi's. Unlike the system's resolver,
+ * it waits for no DNS server.
+ */
+class AddressQueries {
+  public:
+    /** @param address an IPv4 address; empty if the daemon finds none */
+    using Answer = std::function<void(const std::string& address)>;
+
+    AddressQueries();
+    /** No answer is given any more once it returns. */
+    ~AddressQueries();
+    AddressQueries(const AddressQueries&) = delete;
+    AddressQueries& operator=(const AddressQueries&) = delete;
+
+    /** The answer is given on Avahi's thread, or at once if the daemon cannot be asked. */
+    void start(const std::string& hostName, Answer answer);
+
+  private:
+    struct Query {
+        AddressQueries* fOwner;
+        Answer fAnswer;
+        std::list<Query>::iterator fPlace;
+    };
+
+    static void xOnResolved(AvahiHostNameResolver* resolver, AvahiIfIndex interface,
+                            AvahiProtocol protocol, AvahiResolverEvent event, const char* name,
+                            const AvahiAddress* address, AvahiLookupResultFlags flags,
+                            void* userData) noexcept;
+
+    std::list<Query> fQueries;  ///< guarded by the poll's lock
     std::unique_ptr<AvahiThreadedPoll, FreeWith<avahi_threaded_poll_free>> fPoll;
     std::unique_ptr<AvahiClient, FreeWith<avahi_client_free>> fClient;
 };

@@ -108,7 +108,7 @@ class HostSearch {
         SearchState state;
         state.fElapsed = Clock::now() - fStart;
         state.fMayBeAnnounced = fAnnounced != nullptr;
-        state.fAnnounced = xAnnouncedEndpoint();
+        xSetAnnounced(state);
         const std::lock_guard lock(fMutex);
         state.fLookUpsEnded = fAddresses.size() == fNames.size();
         for (const std::string& name : fNames) {
@@ -122,21 +122,29 @@ class HostSearch {
         return state;
     }
 
-    std::optional<Endpoint> xAnnouncedEndpoint() const {
+    void xSetAnnounced(SearchState& state) const {
         if (fAnnounced == nullptr) {
-            return std::nullopt;
-        }
-        if (const auto location = fInstance->location()) {
-            return Endpoint{location->fHostName, location->fPort};
+            return;
         }
         const auto hosts = fAnnounced->hosts();
+        if (const auto location = fInstance->location()) {
+            state.fAnnounced = Endpoint{location->fHostName, location->fPort, {}};
+        }
         for (const std::string& name : fNames) {
             const auto found = hosts.find(lowerCase(name));
-            if (found != hosts.end() && !found->second.ports().empty()) {
-                return Endpoint{found->second.fHostName, found->second.ports().front()};
+            if (!state.fAnnounced && found != hosts.end() && !found->second.ports().empty()) {
+                state.fAnnounced =
+                    Endpoint{found->second.fHostName, found->second.ports().front(), {}};
             }
         }
-        return std::nullopt;
+        if (!state.fAnnounced) {
+            return;
+        }
+        const auto host = hosts.find(lowerCase(state.fAnnounced->fHost));
+        state.fIsAddressAsked = host == hosts.end() || !host->second.fLookedUp;
+        if (!state.fIsAddressAsked && host->second.fIsAddressOfAvahi) {
+            state.fAnnounced->fAddress = host->second.fAddresses.front();
+        }
     }
 
     const Target& fTarget;
@@ -156,14 +164,18 @@ class HostSearch {
 SearchDecision decide(const Target& target, const SearchState& state) {
     const int portWithout = KVBroker::a_defaultPort;
     if (state.fAnnounced) {
-        return {Kind::Found,
-                {state.fAnnounced->fHost, target.fPort.value_or(state.fAnnounced->fPort)}};
+        if (state.fIsAddressAsked && state.fElapsed < a_patienceWhenResolved) {
+            return {};
+        }
+        Endpoint endpoint = *state.fAnnounced;
+        endpoint.fPort = target.fPort.value_or(endpoint.fPort);
+        return {Kind::Found, endpoint};
     }
     const bool worthWaiting = state.fMayBeAnnounced && !target.fPort && !state.fIsThisComputer &&
                               isAskedOfTheNetwork(target.fHost) &&
                               state.fElapsed < a_patienceWhenResolved;
     if (state.fResolved && !worthWaiting) {
-        return {Kind::Found, {*state.fResolved, target.fPort.value_or(portWithout)}};
+        return {Kind::Found, {*state.fResolved, target.fPort.value_or(portWithout), {}}};
     }
     const bool hopeless = !state.fMayBeAnnounced || state.fElapsed >= a_patience;
     if (state.fLookUpsEnded && !state.fResolved && hopeless) {
@@ -174,7 +186,7 @@ SearchDecision decide(const Target& target, const SearchState& state) {
 
 Endpoint findHost(const Target& target, int timeout, Interruption& interruption) {
     if (isAddress(target.fHost)) {
-        return {target.fHost, target.fPort.value_or(KVBroker::a_defaultPort)};
+        return {target.fHost, target.fPort.value_or(KVBroker::a_defaultPort), {}};
     }
     return HostSearch(target, timeout, interruption).find();
 }

@@ -17,12 +17,18 @@ namespace robaxi_tool {
 struct Endpoint {
     std::string fHost;  ///< an address, or a name that resolves
     int fPort = 0;
+    std::string fAddress;  ///< address that Avahi has for the name; empty if there is none
+
+    /** What to connect to. With Avahi's address, no DNS server is waited for. */
+    const std::string& reachableHost() const { return fAddress.empty() ? fHost : fAddress; }
 };
 
 /** What is known while a name is searched for. */
 struct SearchState {
     /** Where the announcements say that it is. */
     std::optional<Endpoint> fAnnounced;
+    /** Avahi is still asked for the address of fAnnounced. */
+    bool fIsAddressAsked = false;
     /** Whether announcements can be heard at all. */
     bool fMayBeAnnounced = true;
     /** The name itself, or with ".local", once it has resolved. */

@@ -18,9 +18,13 @@ namespace robaxi_tool {
 /** The user's settings. @throws Failure WrongUsage with a sentence that names file and line */
 KVSettings loadSettings();
 
-/** The program's broker, with the user's settings; it does not listen. @throws Failure WrongUsage
+/**
+ * Makes the program's broker for a robot, which does not listen.
+ *
+ * @param settings the user's; what they say of the robot's name holds for Avahi's address too
+ * @throws KVError
  */
-boost::shared_ptr<KVBroker> makeBroker();
+boost::shared_ptr<KVBroker> makeBroker(KVSettings settings, const Endpoint& endpoint);
 
 /** Finds a robot and connects to it: what every command that talks to one does first. */
 class RobotLink {
@@ -40,9 +44,11 @@ class RobotLink {
     std::unique_ptr<KVProxy> module(const std::string& name) const;
 
   private:
+    RobotLink(const KVSettings& settings, const Endpoint& endpoint, int timeout);
+
     int fTimeout;
-    boost::shared_ptr<KVBroker> fBroker;
     Endpoint fEndpoint;
+    boost::shared_ptr<KVBroker> fBroker;
     boost::shared_ptr<KVConnection> fConnection;
 };
 

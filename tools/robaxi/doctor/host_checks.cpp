@@ -119,7 +119,8 @@ Finding checkPort(Examination& examination) {
     }
     const Endpoint& endpoint = *examination.fEndpoint;
     try {
-        KVConnection::open(makeBroker(), endpoint.fHost, endpoint.fPort, examination.fTimeout);
+        KVConnection::open(makeBroker(loadSettings(), endpoint), endpoint.reachableHost(),
+                           endpoint.fPort, examination.fTimeout);
         examination.fIsConnected = true;
     } catch (const KVError& error) {
         examination.fConnectError = error;
