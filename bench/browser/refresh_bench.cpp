@@ -4,6 +4,7 @@
 
 #include "announced.h"
 #include "browserobots_dialog.h"
+#include "costly_pictures.h"
 
 #include <QApplication>
 #include <QBuffer>
@@ -145,11 +146,32 @@ void measureChurn(std::chrono::seconds duration) {
         busy, static_cast<long long>(duration.count()), idle);
 }
 
+/** Among robots that all have one of the pictures that take longest to decode. */
+void measureWorstPictures(std::chrono::seconds duration) {
+    constexpr int robots = 50;
+    std::printf("%34s  %12s  %22s\n", "picture", "decoding, ms", "hold among 50 such, ms");
+    for (const obvista_test::CostlyPicture& picture : obvista_test::worstAcceptedPictures()) {
+        std::vector<double> times;
+        for (int pass = 0; pass < a_passes; ++pass) {
+            times.push_back(obvista_test::timeToDecode(picture.fBytes));
+        }
+        obvista_test::Announced announced;
+        for (int robot = 0; robot < robots; ++robot) {
+            announce(announced, robot, picture.fBytes);
+        }
+        BrowseRobotsDialog dialog(nullptr, QString(), QString());
+        dialog.show();
+        longestHold(std::chrono::seconds(1));  // the first pass makes the rows
+        std::printf("%34s  %12.2f  %22.1f\n", picture.fName, median(times), longestHold(duration));
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     const QApplication application(argc, argv);
     measurePasses();
+    measureWorstPictures(std::chrono::seconds(4));
     measureChurn(std::chrono::seconds(argc > 1 ? std::atoi(argv[1]) : 60));
     return 0;
 }

@@ -188,9 +188,11 @@ void BrowseRobotsDialog::xRemoveVanishedRows(const QList<EntryKey>& seenEntries)
 void BrowseRobotsDialog::xDetachRow(int index) {
     // A tree moves the current row to a neighbour when it is removed, and selects that one, so that
     // "Connect to" would reach another robot than the one chosen.
-    if (fRobotTree->indexOfTopLevelItem(fRobotTree->currentItem()) == index ||
-        fRobotTree->topLevelItem(index)->isSelected()) {
+    const QTreeWidgetItem* const row = fRobotTree->topLevelItem(index);
+    if (row->isSelected()) {
         fRobotTree->selectionModel()->clear();
+    } else if (row == fRobotTree->currentItem()) {
+        fRobotTree->selectionModel()->clearCurrentIndex();
     }
     fDetachedRows.emplace_back(fRobotTree->takeTopLevelItem(index));
     fRows.remove(xKeyOf(*fDetachedRows.back()));

@@ -1,11 +1,17 @@
 #include "robot_picture.h"
 
+#include "picture/gif_scan.h"
+#include "picture/jpeg_scan.h"
+#include "picture/png_scan.h"
+#include "quiet_thread.h"
+
 #include <QBuffer>
 #include <QImageReader>
 #include <QtEndian>
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 
 namespace KD {
 
@@ -16,64 +22,100 @@ namespace {
 constexpr std::array a_formats{"bmp", "gif", "ico", "jpeg", "pbm",
                                "pgm", "png", "ppm", "xbm",  "xpm"};
 
+constexpr int a_mostBytes = 512 * 1024;
+constexpr int a_mostBytesOfText = 60 * 1024;  // PBM, PGM, PPM, XBM, XPM: read one by one
+
+const char a_pngSignature[] = "\x89PNG\r\n\x1a\n";
+
 bool isKnown(const QByteArray& format) {
     return std::find(a_formats.begin(), a_formats.end(), format) != a_formats.end();
 }
 
-/** A picture's format, and its size as it says itself; both are empty when it cannot be read. */
-struct Claim {
-    QByteArray fFormat;
-    QSize fSize;
-};
-
-Claim claimOf(const QByteArray& bytes) {
-    QBuffer buffer;
-    buffer.setData(bytes);
-    QImageReader reader(&buffer);
-    reader.setDecideFormatFromContent(true);
-    const QByteArray format = reader.format();
-    // Asking a drawing for its size would read it whole.
-    return isKnown(format) ? Claim{format, reader.size()} : Claim{};
-}
-
-// A small file can hold a picture that takes seconds and gigabytes to decode, and Qt has no limit
-// of its own.
 bool isSmall(const QSize& size) {
-    return size.width() <= a_largestRobotPicture && size.height() <= a_largestRobotPicture;
+    return size.isValid() && size.width() <= a_largestRobotPicture &&
+           size.height() <= a_largestRobotPicture;
 }
 
-/** The frames of a GIF are drawn on a screen, which has a size of its own. */
-QSize screenOfGif(const QByteArray& bytes) {
-    constexpr int place = 6;
-    const QByteArray numbers = bytes.mid(place, 2 * sizeof(quint16)).leftJustified(4, 0);
-    return {qFromLittleEndian<quint16>(numbers.constData()),
-            qFromLittleEndian<quint16>(numbers.constData() + sizeof(quint16))};
-}
-
-/** The pictures of an icon file may be PNGs, whose size differs from what its own header says. */
-bool holdsLargePng(const QByteArray& bytes) {
-    const QByteArray signature("\x89PNG\r\n\x1a\n");
-    int at = bytes.indexOf(signature);
-    while (at >= 0 && isSmall(claimOf(bytes.mid(at)).fSize)) {
-        at = bytes.indexOf(signature, at + 1);
+/** The picture in an icon file that is decoded: the first one. */
+QByteArray scanIcon(const QByteArray& bytes) {
+    constexpr int sizeOfHead = 6;
+    constexpr int sizeOfEntry = 16;
+    constexpr int sizeOfBitmapHead = 16;
+    if (bytes.size() < sizeOfHead + sizeOfEntry) {
+        return {};
     }
-    return at >= 0;
+    const char* const entry = bytes.constData() + sizeOfHead;
+    const auto size = qFromLittleEndian<quint32>(entry + 8);
+    const auto offset = qFromLittleEndian<quint32>(entry + 12);
+    const auto end = static_cast<quint32>(bytes.size());
+    if (offset > end || size > end - offset || size < sizeOfBitmapHead) {
+        return {};
+    }
+    const QByteArray picture = bytes.mid(static_cast<int>(offset), static_cast<int>(size));
+    if (picture.startsWith(a_pngSignature)) {
+        return scanPng(picture);
+    }
+    // A side of 0 in the entry stands for the bitmap's, whose height is that of picture and mask.
+    const QSize inside(qFromLittleEndian<qint32>(picture.constData() + 4),
+                       qFromLittleEndian<qint32>(picture.constData() + 8) / 2);
+    return isSmall(QSize(entry[0] == 0 ? inside.width() : 1, entry[1] == 0 ? inside.height() : 1))
+               ? bytes
+               : QByteArray();
 }
 
-/** Whether all of a picture that Qt makes room for is small. */
-bool isSmall(const Claim& claim, const QByteArray& bytes) {
-    return isSmall(claim.fSize) && (claim.fFormat != "gif" || isSmall(screenOfGif(bytes))) &&
-           (claim.fFormat != "ico" || !holdsLargePng(bytes));
+/** A table of colours takes more time than the pixels: XPM names each of them. */
+QByteArray scanXpm(const QByteArray& bytes) {
+    constexpr int mostColours = 512;
+    int width = 0;
+    int height = 0;
+    int colours = 0;
+    int characters = 0;
+    const int values = bytes.indexOf('"') + 1;
+    const bool isComplete = std::sscanf(bytes.mid(values, 64).constData(), "%d %d %d %d", &width,
+                                        &height, &colours, &characters) == 4;
+    return isComplete && colours <= mostColours && characters <= 2 ? bytes : QByteArray();
+}
+
+/** Returns what of the bytes can be decoded in a bounded time, or nothing. */
+QByteArray scanned(const QByteArray& bytes) {
+    if (bytes.size() > a_mostBytes) {
+        return {};
+    }
+    if (bytes.startsWith(a_pngSignature)) {
+        return scanPng(bytes);
+    }
+    if (bytes.startsWith("\xFF\xD8\xFF")) {
+        return scanJpeg(bytes);
+    }
+    if (bytes.startsWith("GIF8")) {
+        return scanGif(bytes);
+    }
+    if (bytes.startsWith(QByteArray("\0\0\1\0", 4)) ||
+        bytes.startsWith(QByteArray("\0\0\2\0", 4))) {
+        return scanIcon(bytes);
+    }
+    if (bytes.startsWith("BM")) {
+        return bytes;
+    }
+    if (bytes.size() > a_mostBytesOfText) {
+        return {};
+    }
+    return bytes.startsWith("/* XPM") ? scanXpm(bytes) : bytes;
 }
 
 }  // namespace
 
 QImage readRobotPicture(const QByteArray& bytes) {
-    const Claim claim = claimOf(bytes);
-    if (!claim.fSize.isValid() || !isSmall(claim, bytes)) {
+    const QuietThread quiet;
+    QByteArray picture = scanned(bytes);
+    QBuffer buffer(&picture);
+    QImageReader reader(&buffer);
+    reader.setDecideFormatFromContent(true);
+    // Asking a drawing for its size would read it whole.
+    if (picture.isEmpty() || !isKnown(reader.format()) || !isSmall(reader.size())) {
         return {};
     }
-    return QImage::fromData(bytes, claim.fFormat.constData());
+    return reader.read();
 }
 
 }  // namespace KD

@@ -288,6 +288,27 @@ class ListTest : public QObject {
         QCOMPARE(ip, "10.0.0.2");
     }
 
+    // Ctrl and a click on another row choose the first one again, and leave the other one current.
+    void currentRowThatVanishesLeavesTheSelectedOneChosen() {
+        Announced announced;
+        for (const char* host : {"a.local", "b.local", "c.local"}) {
+            announced.robot(host, 9559, "10.0.0.1");
+        }
+        auto dialog = makeDialog();
+        QTreeWidgetItem* const chosen = row(*dialog, 0);
+        tree(*dialog)->setCurrentItem(chosen);
+        tree(*dialog)->setCurrentItem(row(*dialog, 1), 0, QItemSelectionModel::NoUpdate);
+        QSignalSpy changes(tree(*dialog), &QTreeWidget::itemSelectionChanged);
+        announced.withdraw("b.local");
+        dialog->updateRobotList();
+        QCOMPARE(tree(*dialog)->selectedItems(), QList<QTreeWidgetItem*>{chosen});
+        QCOMPARE(changes.count(), 0);
+        QString ip;
+        int port = 0;
+        QVERIFY(dialog->getIPandPort(ip, port));
+        QCOMPARE(dialog->getName(), "a");
+    }
+
     // A tree selects the neighbour of a current row that is removed. Connecting would then reach a
     // robot that the user did not choose.
     void selectedRowThatVanishesLeavesNothingChosen() {
@@ -362,10 +383,10 @@ class ListTest : public QObject {
         QTest::newRow("one byte") << QByteArray("x");
         QTest::newRow("text") << QByteArray("<html>not found</html>");
         QTest::newRow("truncated header") << good.left(20);
-        QTest::newRow("too wide") << png({1025, 1}, Qt::magenta);
-        QTest::newRow("too high") << png({1, 1025}, Qt::magenta);
+        QTest::newRow("too wide") << png({193, 1}, Qt::magenta);
+        QTest::newRow("too high") << png({1, 193}, Qt::magenta);
         QTest::newRow("20,000 x 20,000") << enormousPng();
-        QTest::newRow("too large in an icon file") << iconFile(png({1025, 1025}, Qt::magenta));
+        QTest::newRow("too large in an icon file") << iconFile(png({193, 193}, Qt::magenta));
         QTest::newRow("too large a screen of a GIF") << QByteArray::fromHex(
             "47494638396102600200800000ff00ffff00ff2c0000000002000200000202845100");
         QTest::newRow("drawing") << QByteArray(
@@ -390,7 +411,7 @@ class ListTest : public QObject {
 
     void largestAllowedPictureIsShown() {
         Announced announced;
-        setIcon(announced.robot("a.local", 9559, ""), png({1024, 1024}, Qt::magenta));
+        setIcon(announced.robot("a.local", 9559, ""), png({192, 192}, Qt::magenta));
         auto dialog = makeDialog();
         QCOMPARE(typeColor(*dialog, 0), QColor(Qt::magenta));
     }

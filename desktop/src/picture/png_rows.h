@@ -1,0 +1,38 @@
+#ifndef OBVISTA_DESKTOP_PICTURE_PNG_ROWS_H
+#define OBVISTA_DESKTOP_PICTURE_PNG_ROWS_H
+
+#include <QByteArray>
+
+namespace KD {
+
+/** How the pixels of a PNG lie in its rows. */
+struct PngLayout {
+    enum Colour : unsigned char { Grey = 0, Rgb = 2, Palette = 3, GreyAlpha = 4, Rgba = 6 };
+
+    int fWidth = 0;
+    int fHeight = 0;
+    unsigned char fDepth = 0;   ///< bits of one component of a pixel
+    unsigned char fColour = 0;  ///< a Colour, or what the file has in its place
+    unsigned char fInterlace = 0;
+
+    /** Returns true if the format knows this combination of depth, colour and interlacing. */
+    bool isValid() const;
+
+    /** Bytes of all rows of all passes, each row with its filter's number. isValid() is needed. */
+    int sizeOfRows() const;
+
+    /**
+     * Undoes the filters of the rows.
+     *
+     * @param rows sizeOfRows() bytes
+     * @return false if a filter is unknown
+     */
+    bool unfilter(QByteArray& rows) const;
+
+  private:
+    int xBitsOfPixel() const;
+};
+
+}  // namespace KD
+
+#endif

@@ -1,0 +1,47 @@
+#ifndef OBVISTA_TESTS_DESKTOP_COSTLY_PICTURES_H
+#define OBVISTA_TESTS_DESKTOP_COSTLY_PICTURES_H
+
+#include <QByteArray>
+
+#include <vector>
+
+namespace obvista_test {
+
+struct CostlyPicture {
+    const char* fName;
+    QByteArray fBytes;
+};
+
+/** The pictures of each format that take longest to decode among those that are accepted. */
+std::vector<CostlyPicture> worstAcceptedPictures();
+
+/** Pictures that would take from ten milliseconds to minutes to decode. */
+std::vector<CostlyPicture> refusedPictures();
+
+/** Milliseconds of processor time that decoding the picture as a robot's takes this thread. */
+double timeToDecode(const QByteArray& bytes);
+
+/** A chunk of a PNG. */
+QByteArray pngChunk(const QByteArray& type, const QByteArray& content);
+
+struct PngKind {
+    enum Colour { Grey = 0, Rgb = 2, Palette = 3, GreyAlpha = 4, Rgba = 6 };
+
+    int fSide;
+    int fDepth = 8;
+    Colour fColour = Rgba;
+    bool fInterlaced = false;
+    int fFilter = 4;           ///< of all rows; they change about when it is below 0
+    unsigned fValues = 8;      ///< different bytes in a row
+    int fBytesOfBlock = 7000;  ///< as many begin a block of the compression
+};
+
+/** A PNG of random bytes. */
+QByteArray noisyPng(const PngKind& kind);
+
+/** A picture of random bytes; `format` as for QImageWriter. */
+QByteArray noise(int side, const char* format, int quality = -1, bool progressive = false);
+
+}  // namespace obvista_test
+
+#endif
