@@ -5,6 +5,12 @@ namespace cameraviewer {
 namespace {
 
 const QLatin1String a_camera("camera");
+const QLatin1String a_zoom("view/zoom");
+const QLatin1String a_quarterTurns("view/quarterTurns");
+const QLatin1String a_isFlipped("view/isFlipped");
+const QLatin1String a_hasGrid("view/hasGrid");
+const QLatin1String a_hasHistogram("view/hasHistogram");
+const QLatin1String a_isStretching("view/isStretching");
 
 QString keyOf(const std::string& camera, const char* name) {
     return QStringLiteral("cameras/%1/%2")
@@ -12,6 +18,11 @@ QString keyOf(const std::string& camera, const char* name) {
 }
 
 }  // namespace
+
+bool RememberedView::operator==(const RememberedView& other) const {
+    return fForm == other.fForm && fHasGrid == other.fHasGrid &&
+           fHasHistogram == other.fHasHistogram && fIsStretching == other.fIsStretching;
+}
 
 CameraMemory::CameraMemory(const std::string& robot)
     : fSettings(QStringLiteral("CameraViewer"), robot) {
@@ -41,6 +52,26 @@ void CameraMemory::setSettings(const std::string& camera, const CameraSettings& 
     fSettings.setValue(keyOf(camera, "height"), settings.fHeight);
     fSettings.setValue(keyOf(camera, "format"), QString::fromStdString(settings.fFormat));
     fSettings.setValue(keyOf(camera, "rate"), settings.fRate);
+}
+
+RememberedView CameraMemory::view() const {
+    RememberedView view;
+    view.fForm.fZoom = fSettings.value(a_zoom).toDouble();
+    view.fForm.fQuarterTurns = fSettings.value(a_quarterTurns).toInt();
+    view.fForm.fIsFlipped = fSettings.value(a_isFlipped).toBool();
+    view.fHasGrid = fSettings.value(a_hasGrid).toBool();
+    view.fHasHistogram = fSettings.value(a_hasHistogram).toBool();
+    view.fIsStretching = fSettings.value(a_isStretching).toBool();
+    return view;
+}
+
+void CameraMemory::setView(const RememberedView& view) {
+    fSettings.setValue(a_zoom, view.fForm.fZoom);
+    fSettings.setValue(a_quarterTurns, view.fForm.fQuarterTurns);
+    fSettings.setValue(a_isFlipped, view.fForm.fIsFlipped);
+    fSettings.setValue(a_hasGrid, view.fHasGrid);
+    fSettings.setValue(a_hasHistogram, view.fHasHistogram);
+    fSettings.setValue(a_isStretching, view.fIsStretching);
 }
 
 }  // namespace cameraviewer

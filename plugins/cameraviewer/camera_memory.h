@@ -2,12 +2,23 @@
 #define OBVISTA_CAMERAVIEWER_CAMERA_MEMORY_H
 
 #include "camera_info.h"
+#include "view_geometry.h"
 
 #include <optional>
 #include <robot_settings.h>
 #include <string>
 
 namespace cameraviewer {
+
+/** How the pictures of one robot are shown. */
+struct RememberedView {
+    ViewForm fForm;
+    bool fHasGrid = false;
+    bool fHasHistogram = false;
+    bool fIsStretching = false;
+
+    bool operator==(const RememberedView& other) const;
+};
 
 /** The user's choices for the cameras of one robot. */
 class CameraMemory {
@@ -20,6 +31,9 @@ class CameraMemory {
 
     std::optional<CameraSettings> settings(const std::string& camera) const;
     void setSettings(const std::string& camera, const CameraSettings& settings);
+
+    RememberedView view() const;
+    void setView(const RememberedView& view);
 
   private:
     viewer::RobotSettings fSettings;

@@ -35,7 +35,6 @@ namespace {
 constexpr int a_tickTime = 200;
 constexpr std::chrono::milliseconds a_figureTime{1000};
 constexpr int a_toldTime = 10000;
-constexpr int a_maxRobotNameLength = 60;
 constexpr int a_widthInCharacters = 110;
 constexpr int a_heightInLines = 38;
 constexpr int a_percent = 100;
@@ -68,12 +67,14 @@ CameraViewerWidget::CameraViewerWidget(std::shared_ptr<CameraLink> link, WidgetI
       fMessage(viewer::makeMessage("cameraMessage", this)),
       fNotice(viewer::makeNotice("cameraNotice", this)),
       fTold(viewer::makeNotice("cameraTold", this)),
-      fReadout(viewer::makeStatusLine("cameraReadout", this)),
-      fStatus(viewer::makeStatusLine("cameraStatus", this)),
+      fReadout(viewer::makeStatusLines("cameraReadout", this)),
+      fStatus(viewer::makeStatusLines("cameraStatus", this)),
+      fMemory(fLink->robotName()),
       fMeter(FigureMeter::Clock::now()),
       fMeasured(FigureMeter::Clock::now()) {
     xBuild();
     xConnect();
+    xRecallView();
     xUpdateReason();
     xUpdateReadout();
     xUpdateStatus();
@@ -81,6 +82,7 @@ CameraViewerWidget::CameraViewerWidget(std::shared_ptr<CameraLink> link, WidgetI
 }
 
 CameraViewerWidget::~CameraViewerWidget() {
+    xRememberView();
     // Both use the link, which the base class closes.
     delete fCapture;
     delete fSession;
@@ -130,7 +132,12 @@ void CameraViewerWidget::xBuild() {
     fActions->menu()->addSeparator();
     fActions->menu()->addAction(copy);
 
-    addKeys(viewer::keysOf(tr("Picture"), fActions->menu()->actions()));
+    viewer::KeyGroup keys = viewer::keysOf(tr("Picture"), fActions->menu()->actions());
+    const QString arrows = QStringLiteral("\u2190 \u2192 \u2191 \u2193");
+    keys.fKeys.push_back({arrows, tr("move the picture that is larger than its view")});
+    keys.fKeys.push_back({tr("Shift with %1").arg(arrows), tr("look at the next pixel")});
+    keys.fKeys.push_back({viewer::keyText(Qt::Key_Escape), tr("look at no pixel")});
+    addKeys(keys);
     fView->setContextMenuPolicy(Qt::CustomContextMenu);
     fHistogram->hide();
     fTold->hide();
@@ -199,6 +206,7 @@ void CameraViewerWidget::xConnect() {
 
 void CameraViewerWidget::xOnTick() {
     xUpdateSeen();
+    xRememberView();
     fSession->tick();
     fCapture->showProgress();
     if (FigureMeter::Clock::now() - fMeasured >= a_figureTime) {
@@ -277,6 +285,30 @@ void CameraViewerWidget::xTell(const QString& sentence) {
     fToldTime.start(a_toldTime);
 }
 
+void CameraViewerWidget::xRecallView() {
+    const RememberedView view = fMemory.view();
+    fView->setForm(view.fForm);
+    fActions->grid()->setChecked(view.fHasGrid);
+    fHistogram->setStretching(view.fIsStretching);
+    fActions->histogram()->setChecked(view.fHasHistogram);
+    fRemembered = xView();
+}
+
+/** Called at each tick and not at each change, as the wheel zooms many times a second, and the file
+ *  of the settings is written each time. */
+void CameraViewerWidget::xRememberView() {
+    const RememberedView view = xView();
+    if (!(view == fRemembered)) {
+        fRemembered = view;
+        fMemory.setView(view);
+    }
+}
+
+RememberedView CameraViewerWidget::xView() const {
+    return {fView->geometry().form(), fView->hasGrid(), fActions->histogram()->isChecked(),
+            fHistogram->isStretching()};
+}
+
 void CameraViewerWidget::xUpdateSeen() {
     fSession->setSeen(isSeen(*this));
 }
@@ -330,32 +362,20 @@ void CameraViewerWidget::xUpdateFigures() {
 }
 
 void CameraViewerWidget::xUpdateStatus() {
-    // The address last: a narrow window cuts it off before the figures.
-    QStringList parts{xRobotName(), figuresLine(fFigures), xRobotAddress()};
     const QString recording = fCapture->progressText();
-    if (!recording.isEmpty()) {
-        parts.prepend(recording);
-    }
-    viewer::setStatus(*fStatus, parts.join(viewer::statusSeparator()));
+    const QString figures = figuresLine(fFigures);
+    viewer::setStatus(
+        *fStatus, recording.isEmpty() ? figures : recording + viewer::statusSeparator() + figures);
 }
 
 void CameraViewerWidget::xCopyFigures() {
     const CameraInfo* camera = fSession->camera();
     const QString name = camera != nullptr ? viewer::plainText(camera->fName) : tr("none");
     QApplication::clipboard()->setText(
-        tr("Robot: %1").arg(xRobotName() + viewer::statusSeparator() + xRobotAddress()) +
+        tr("Robot: %1").arg(robotName() + viewer::statusSeparator() + robotAddress()) +
         QLatin1Char('\n') + tr("Camera: %1").arg(name) + QLatin1Char('\n') +
         figuresReport(fFigures));
     xTell(tr("The figures are in the clipboard."));
-}
-
-QString CameraViewerWidget::xRobotName() const {
-    return viewer::plainText(fLink->robotName(), a_maxRobotNameLength);
-}
-
-QString CameraViewerWidget::xRobotAddress() const {
-    return QStringLiteral("%1:%2").arg(viewer::plainText(fLink->address()),
-                                       QString::number(fLink->port()));
 }
 
 }  // namespace cameraviewer

@@ -1,6 +1,7 @@
 #ifndef OBVISTA_CAMERAVIEWER_CAMERA_VIEWER_WIDGET_H
 #define OBVISTA_CAMERAVIEWER_CAMERA_VIEWER_WIDGET_H
 
+#include "camera_memory.h"
 #include "figures.h"
 
 #include <QTimer>
@@ -52,14 +53,15 @@ class CameraViewerWidget : public viewer::ViewerWidget {
     void xApplyStretch();
     void xStretch(const std::vector<Histogram>& histograms);
     void xTell(const QString& sentence);
+    void xRecallView();
+    void xRememberView();
+    RememberedView xView() const;
     void xUpdateSeen();
     void xUpdateReason();
     void xUpdateReadout();
     void xUpdateStatus();
     void xUpdateFigures();
     void xCopyFigures();
-    QString xRobotName() const;
-    QString xRobotAddress() const;
 
     std::shared_ptr<CameraLink> fLink;
     CameraSession* fSession;
@@ -75,6 +77,8 @@ class CameraViewerWidget : public viewer::ViewerWidget {
     QLabel* fReadout;
     QLabel* fStatus;
 
+    CameraMemory fMemory;
+    RememberedView fRemembered;
     QTimer fTick;
     QTimer fToldTime;
     FigureMeter fMeter;

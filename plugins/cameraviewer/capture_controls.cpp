@@ -16,6 +16,7 @@
 
 #include <labels.h>
 #include <snapshot.h>
+#include <viewer_widget.h>
 
 namespace cameraviewer {
 
@@ -193,7 +194,7 @@ void CaptureControls::xOnRecordingEnded() {
 
 void CaptureControls::xChooseFolder() {
     const QString chosen = QFileDialog::getExistingDirectory(
-        fViewer, tr("Folder for pictures and recordings"), folder());
+        fViewer, viewer::dialogTitle(tr("Folder for pictures and recordings"), fViewer), folder());
     if (!chosen.isEmpty()) {
         QSettings().setValue(QLatin1String(a_folderKey), chosen);
     }

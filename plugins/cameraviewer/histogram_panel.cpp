@@ -159,4 +159,8 @@ bool HistogramPanel::isStretching() const {
     return fStretch->isChecked();
 }
 
+void HistogramPanel::setStretching(bool isStretching) {
+    fStretch->setChecked(isStretching);
+}
+
 }  // namespace cameraviewer

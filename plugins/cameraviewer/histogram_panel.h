@@ -26,6 +26,8 @@ class HistogramPanel : public QWidget {
     /** Returns true if the user wants the darkest value black and the brightest white. */
     bool isStretching() const;
 
+    void setStretching(bool isStretching);
+
   Q_SIGNALS:
     void stretchingChanged();
 

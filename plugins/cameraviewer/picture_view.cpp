@@ -101,6 +101,11 @@ void PictureView::setFullGreyRange() {
     update();
 }
 
+void PictureView::setForm(const ViewForm& form) {
+    fGeometry.setForm(form);
+    xApply();
+}
+
 QSize PictureView::sizeHint() const {
     return {640, 480};
 }

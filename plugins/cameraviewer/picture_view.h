@@ -31,6 +31,7 @@ class PictureView : public QWidget {
     const Picture& picture() const { return fPicture; }
     bool hasPicture() const { return !fPicture.fImage.isNull(); }
 
+    void setForm(const ViewForm& form);
     const ViewGeometry& geometry() const { return fGeometry; }
     bool hasGrid() const { return fHasGrid; }
     /** The pixel under the cursor or the mark; nothing when there is neither. */

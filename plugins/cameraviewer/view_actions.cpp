@@ -33,8 +33,8 @@ ViewActions::ViewActions(PictureView* view) : QObject(view), fView(view), fMenu(
     QAction* straighten = xAdd("straightenAction", tr("&As the camera sees it"),
                                tr("Neither rotated nor flipped"), {Qt::Key_U});
     fMenu->addSeparator();
-    QAction* grid = xAddToggle("gridAction", tr("&Grid"),
-                               tr("Lines between pixels, or groups of them"), {Qt::Key_G});
+    fGrid = xAddToggle("gridAction", tr("&Grid"), tr("Lines between pixels, or groups of them"),
+                       {Qt::Key_G});
     fHistogram = xAddToggle("histogramAction", tr("Hi&stogram"),
                             tr("Histogram of the picture's values"), {Qt::Key_I});
 
@@ -47,7 +47,7 @@ ViewActions::ViewActions(PictureView* view) : QObject(view), fView(view), fMenu(
     connect(flipHorizontally, &QAction::triggered, view, &PictureView::flipHorizontally);
     connect(flipVertically, &QAction::triggered, view, &PictureView::flipVertically);
     connect(straighten, &QAction::triggered, view, &PictureView::straighten);
-    connect(grid, &QAction::toggled, view, &PictureView::setGrid);
+    connect(fGrid, &QAction::toggled, view, &PictureView::setGrid);
 }
 
 void ViewActions::addButtons(CameraBar& bar) const {

@@ -23,6 +23,7 @@ class ViewActions : public QObject {
     explicit ViewActions(PictureView* view);
 
     QAction* pause() const { return fPause; }
+    QAction* grid() const { return fGrid; }
     QAction* histogram() const { return fHistogram; }
     /** All of them; owned by the view. */
     QMenu* menu() const { return fMenu; }
@@ -41,6 +42,7 @@ class ViewActions : public QObject {
     QAction* fOneToOne = nullptr;
     QAction* fZoomIn = nullptr;
     QAction* fZoomOut = nullptr;
+    QAction* fGrid = nullptr;
     QAction* fHistogram = nullptr;
 };
 

@@ -11,11 +11,38 @@ namespace {
 constexpr double a_stepsInDoubling = 2;
 constexpr double a_nearlyOneStep = 0.01;
 
+constexpr int a_quarterTurns = 4;
+
+/** By quarter turns, clockwise. */
+QTransform turnBy(int quarterTurns) {
+    switch ((quarterTurns % a_quarterTurns + a_quarterTurns) % a_quarterTurns) {
+        case 1:
+            return {0, 1, -1, 0, 0, 0};
+        case 2:
+            return {-1, 0, 0, -1, 0, 0};
+        case 3:
+            return {0, -1, 1, 0, 0, 0};
+        default:
+            return {};
+    }
+}
+
+const QTransform a_horizontalFlip(-1, 0, 0, 1, 0, 0);
+
+QTransform orientationOf(int quarterTurns, bool isFlipped) {
+    return (isFlipped ? a_horizontalFlip : QTransform()) * turnBy(quarterTurns);
+}
+
 double keptInView(double centre, double picture, double view) {
     return picture <= view ? picture / 2 : std::clamp(centre, view / 2, picture - view / 2);
 }
 
 }  // namespace
+
+bool ViewForm::operator==(const ViewForm& other) const {
+    return fZoom == other.fZoom && fQuarterTurns == other.fQuarterTurns &&
+           fIsFlipped == other.fIsFlipped;
+}
 
 void ViewGeometry::setView(const QSizeF& size, double pixelRatio) {
     // A view without any size would have no zoom.
@@ -68,25 +95,11 @@ void ViewGeometry::panBy(const QPointF& by) {
 }
 
 void ViewGeometry::rotate(int quarterTurns) {
-    QTransform turn;
-    switch (((quarterTurns % 4) + 4) % 4) {
-        case 1:
-            turn = QTransform(0, 1, -1, 0, 0, 0);
-            break;
-        case 2:
-            turn = QTransform(-1, 0, 0, -1, 0, 0);
-            break;
-        case 3:
-            turn = QTransform(0, -1, 1, 0, 0, 0);
-            break;
-        default:
-            break;
-    }
-    xTurn(fTurn * turn);
+    xTurn(fTurn * turnBy(quarterTurns));
 }
 
 void ViewGeometry::flipHorizontally() {
-    xTurn(fTurn * QTransform(-1, 0, 0, 1, 0, 0));
+    xTurn(fTurn * a_horizontalFlip);
 }
 
 void ViewGeometry::flipVertically() {
@@ -95,6 +108,29 @@ void ViewGeometry::flipVertically() {
 
 void ViewGeometry::straighten() {
     xTurn(QTransform());
+}
+
+ViewForm ViewGeometry::form() const {
+    ViewForm form;
+    form.fZoom = fIsFitted ? 0 : fZoom;
+    for (const bool isFlipped : {false, true}) {
+        for (int turns = 0; turns < a_quarterTurns; ++turns) {
+            if (orientationOf(turns, isFlipped) == fTurn) {
+                form.fQuarterTurns = turns;
+                form.fIsFlipped = isFlipped;
+            }
+        }
+    }
+    return form;
+}
+
+void ViewGeometry::setForm(const ViewForm& form) {
+    xTurn(orientationOf(form.fQuarterTurns, form.fIsFlipped));
+    if (form.fZoom > 0 && std::isfinite(form.fZoom)) {
+        zoomTo(form.fZoom);
+    } else {
+        fit();
+    }
 }
 
 QTransform ViewGeometry::pictureToView() const {

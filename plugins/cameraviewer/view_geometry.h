@@ -10,6 +10,15 @@
 
 namespace cameraviewer {
 
+/** How a picture is shown, whatever its size and that of the view. */
+struct ViewForm {
+    double fZoom = 0;         ///< 0 when the zoom follows the size of the view
+    int fQuarterTurns = 0;    ///< clockwise, 0 to 3
+    bool fIsFlipped = false;  ///< left and right, before it is turned
+
+    bool operator==(const ViewForm& other) const;
+};
+
 /**
  * Where and how large a picture stands in its view: rotated by quarter turns, flipped, zoomed and
  * panned.
@@ -48,6 +57,10 @@ class ViewGeometry {
     void flipVertically();
     /** Neither rotated nor flipped. */
     void straighten();
+
+    ViewForm form() const;
+    /** Values that no form has, as a file may hold them, become the nearest that one has. */
+    void setForm(const ViewForm& form);
 
     QTransform pictureToView() const;
     /** What the picture covers of the view's plane. */

@@ -3,6 +3,9 @@
 #include <QCoreApplication>
 #include <QLabel>
 #include <QPainter>
+#include <QResizeEvent>
+
+#include <algorithm>
 
 namespace viewer {
 
@@ -27,6 +30,37 @@ class StatusLine : public QLabel {
         painter.setPen(palette().color(QPalette::WindowText));
         painter.drawText(end, Qt::AlignLeft | Qt::AlignVCenter, ellipsis);
     }
+};
+
+/** A label that wraps, and only ever grows while its width is the same. */
+class StatusLines : public QLabel {
+  public:
+    using QLabel::QLabel;
+
+    int heightForWidth(int width) const override {
+        const int height = QLabel::heightForWidth(width);
+        if (width != this->width()) {
+            return height;  // the layout is only asking
+        }
+        fHeight = std::max(fHeight, height);
+        return fHeight;
+    }
+
+  protected:
+    void resizeEvent(QResizeEvent* event) override {
+        QLabel::resizeEvent(event);
+        if (event->oldSize().width() != width()) {
+            fHeight = 0;
+        }
+    }
+
+    void changeEvent(QEvent* event) override {
+        fHeight = 0;  // other letters
+        QLabel::changeEvent(event);
+    }
+
+  private:
+    mutable int fHeight = 0;
 };
 
 void prepare(QLabel& label, const char* objectName) {
@@ -67,6 +101,17 @@ QLabel* makeStatusLine(const char* objectName, QWidget* parent) {
     line->setMargin(line->fontMetrics().height() / 4);
     line->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     return line;
+}
+
+QLabel* makeStatusLines(const char* objectName, QWidget* parent) {
+    auto* lines = new StatusLines(parent);
+    prepare(*lines, objectName);
+    lines->setMargin(lines->fontMetrics().height() / 4);
+    lines->setWordWrap(true);
+    QSizePolicy policy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    policy.setHeightForWidth(true);
+    lines->setSizePolicy(policy);
+    return lines;
 }
 
 void explain(QWidget& control, const QString& text) {

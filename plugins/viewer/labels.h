@@ -20,6 +20,10 @@ QLabel* makeNotice(const char* objectName, QWidget* parent);
  */
 QLabel* makeStatusLine(const char* objectName, QWidget* parent);
 
+/** Like makeStatusLine(), but wrapped into further lines where it is narrow. It never gives a line
+ *  back until its width changes, as what is above would move with each figure. */
+QLabel* makeStatusLines(const char* objectName, QWidget* parent);
+
 /** Gives a control the tool tip `text`, wrapped where it is long, and the same as its description
  *  for screen readers, which would read the tool tip's markup otherwise. */
 void explain(QWidget& control, const QString& text);

@@ -58,6 +58,13 @@ class CameraMemoryTest : public QObject {
         }
     }
 
+    void keepsTheViewOfEachRobot() {
+        const cameraviewer::RememberedView view{{2.5, 3, true}, true, true, true};
+        CameraMemory("One").setView(view);
+        QVERIFY(CameraMemory("One").view() == view);
+        QVERIFY(CameraMemory("Two").view() == cameraviewer::RememberedView());
+    }
+
     void takesNoHalfRememberedSettings() {
         CameraMemory("One").setSettings("head", {640, 480, "jpeg", 0});
         QVERIFY(!CameraMemory("One").settings("head"));

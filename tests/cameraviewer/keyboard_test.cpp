@@ -3,7 +3,9 @@
 
 #include <QAction>
 #include <QComboBox>
+#include <QDialog>
 #include <QSettings>
+#include <QTreeWidget>
 #include <QtTest>
 #include <qt_test_main.h>
 
@@ -23,6 +25,7 @@ class KeyboardTest : public QObject {
     void leadsToEveryControlWithAPicture();
     void leadsToEveryControlWithoutAPicture();
     void givesTheKeyboardToThePicture();
+    void listsTheKeys();
 
   private:
     void xVerifyRing(const QStringList& expected);
@@ -82,6 +85,22 @@ void KeyboardTest::givesTheKeyboardToThePicture() {
     QTRY_VERIFY(pictureOf(fViewer)->isVisible());
     fViewer->setFocus();
     QCOMPARE(fDriver->window().focusWidget(), pictureOf(fViewer));
+}
+
+void KeyboardTest::listsTheKeys() {
+    boxOf(fViewer, "rateBox")->setFocus();
+    QTest::keyClick(fDriver->window().focusWidget(), Qt::Key_F1);
+    auto* list = fViewer->findChild<QDialog*>(QStringLiteral("keyList"));
+    QVERIFY(list != nullptr);
+    QVERIFY2(list->windowTitle().contains(QLatin1String("TestRobot")),
+             qPrintable(list->windowTitle()));
+    const auto* tree = list->findChild<QTreeWidget*>();
+    for (const char* keys : {"Space", "Ctrl+S", "Ctrl+R", "R", "Shift+R", "Ctrl+Shift+C", "Esc"}) {
+        const auto found =
+            tree->findItems(QLatin1String(keys), Qt::MatchExactly | Qt::MatchRecursive);
+        QVERIFY2(found.size() == 1 && !found.first()->text(1).isEmpty(), keys);
+    }
+    list->close();
 }
 
 OBVISTA_QTEST_MAIN(KeyboardTest)

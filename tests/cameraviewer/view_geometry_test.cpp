@@ -44,6 +44,8 @@ class ViewGeometryTest : public QObject {
     void findsEveryPixelWhereItIsShown_data();
     void findsEveryPixelWhereItIsShown();
     void standsAViewOrPictureWithoutSize();
+    void isGivenItsFormAgain();
+    void takesNonsenseForAForm();
 };
 
 void ViewGeometryTest::fitsTheWholePictureIntoTheMiddle() {
@@ -220,6 +222,41 @@ void ViewGeometryTest::standsAViewOrPictureWithoutSize() {
     flat.zoomAround({0, 0}, 2);
     QVERIFY(std::isfinite(flat.zoom()));
     QVERIFY(flat.pictureToView().isInvertible());
+}
+
+void ViewGeometryTest::isGivenItsFormAgain() {
+    for (const double zoom : {0.0, 0.5, 1.0, 7.5}) {
+        for (int turns = 0; turns < 4; ++turns) {
+            for (int flips = 0; flips < 4; ++flips) {
+                ViewGeometry turned = geometry({333, 222}, {40, 30});
+                turned.rotate(turns);
+                for (int flip = 0; flip < flips; ++flip) {
+                    flip % 2 == 0 ? turned.flipHorizontally() : turned.flipVertically();
+                }
+                if (zoom > 0) {
+                    turned.zoomTo(zoom);
+                }
+                ViewGeometry again = geometry({333, 222}, {});
+                again.setForm(turned.form());  // before there is a picture
+                again.setPicture({40, 30});
+                QCOMPARE(again.pictureToView(), turned.pictureToView());
+                QVERIFY(again.form() == turned.form());
+                QCOMPARE(again.isFitted(), zoom == 0);
+            }
+        }
+    }
+}
+
+void ViewGeometryTest::takesNonsenseForAForm() {
+    ViewGeometry shown = geometry({800, 600}, {160, 120});
+    for (const double zoom : {std::nan(""), -1.0, HUGE_VAL}) {
+        shown.setForm({zoom, -5, false});
+        QVERIFY(shown.isFitted());
+        QCOMPARE(shown.form().fQuarterTurns, 3);
+    }
+    shown.setForm({1e300, 2'000'000'000, true});
+    QCOMPARE(shown.zoom(), ViewGeometry::a_largestZoom);
+    QCOMPARE(shown.form().fQuarterTurns, 0);
 }
 
 OBVISTA_QTEST_MAIN(ViewGeometryTest)

@@ -64,6 +64,31 @@ class DarkPalette {
     QPalette fBefore;
 };
 
+/** The visible labels whose text does not fit into them, and the other controls that are smaller
+ * than they ask for. */
+QStringList cutParts(const QWidget& viewer) {
+    QStringList cut;
+    for (const QLabel* label : viewer.findChildren<QLabel*>()) {
+        const QRect inside = label->contentsRect().adjusted(label->margin(), label->margin(),
+                                                            -label->margin(), -label->margin());
+        const int flags = label->wordWrap() ? int(Qt::TextWordWrap) : 0;
+        const QRect needed = label->fontMetrics().boundingRect(
+            QRect(0, 0, inside.width(), QWIDGETSIZE_MAX), flags, label->text());
+        if (label->isVisible() &&
+            !QRect(QPoint(), inside.size()).contains(QRect(QPoint(), needed.size()))) {
+            cut += label->objectName();
+        }
+    }
+    for (const QWidget* part : viewer.findChildren<QWidget*>()) {
+        const bool isControl = qobject_cast<const QComboBox*>(part) != nullptr ||
+                               qobject_cast<const QAbstractButton*>(part) != nullptr;
+        if (isControl && part->isVisible() && part->width() < part->sizeHint().width()) {
+            cut += part->objectName();
+        }
+    }
+    return cut;
+}
+
 /** Between the darkest and the brightest of what is on a widget, of 255. */
 int contrastOf(QWidget& widget) {
     const QImage shot = widget.grab().toImage().convertToFormat(QImage::Format_Grayscale8);
@@ -98,6 +123,7 @@ class ViewingTest : public QObject {
     void putsBackWhatTheRobotRefuses();
     void neverWaitsForTheRobot();
     void remembersEachCameraOfEachRobot();
+    void remembersTheViewOfEachRobot();
     void followsWhatSomebodyElseSets();
     void showsNoPictureOfTheCameraBefore();
 
@@ -126,6 +152,8 @@ class ViewingTest : public QObject {
     void marksACameraThatIsRecorded();
     void canBeReadByAScreenReader();
     void keepsEverythingWithinReachInANarrowDock();
+    void cutsNothingOff_data();
+    void cutsNothingOff();
     void canBeReadInADarkPalette();
     void isNoTrapForOtherLocales();
 
@@ -328,6 +356,48 @@ void ViewingTest::remembersEachCameraOfEachRobot() {
     QCOMPARE(other.settings("head")["format"], KVValue("rgb"));
 }
 
+/** Read from the file, as another process would: it is there while the viewer is still open. */
+void ViewingTest::remembersTheViewOfEachRobot() {
+    QWidget* viewer = xShow();
+    xVerifyShown(Qt::red);
+    for (const char* action :
+         {"oneToOneAction", "rotateRightAction", "flipHorizontallyAction", "gridAction"}) {
+        actionOf(viewer, action)->trigger();
+    }
+    const auto inFile = [&](const char* name) {
+        const QString copy = QDir(fFolder->path()).filePath(QStringLiteral("copy.conf"));
+        QFile::remove(copy);
+        QFile::copy(QSettings().fileName(), copy);
+        return QSettings(copy, QSettings::defaultFormat())
+            .value(QStringLiteral("CameraViewer/robots/TestRobot/view/") + QLatin1String(name));
+    };
+    QTRY_COMPARE_WITH_TIMEOUT(inFile("quarterTurns").toInt(), 3, a_oneSecond);
+    QCOMPARE(inFile("zoom").toDouble(), 1.0);
+    QVERIFY(inFile("isFlipped").toBool());
+    QVERIFY(inFile("hasGrid").toBool());
+    actionOf(viewer, "histogramAction")->trigger();
+    QTRY_VERIFY_WITH_TIMEOUT(inFile("hasHistogram").toBool(), a_oneSecond);
+
+    QWidget* again = fDriver->show(fRobot->port());
+    QVERIFY(actionOf(again, "gridAction")->isChecked());
+    QVERIFY(actionOf(again, "histogramAction")->isChecked());
+    QTRY_COMPARE(fRobot->watchers("head"), 2);
+    fRobot->publish("head", plainFrame(Qt::red));
+    QTRY_VERIFY2(readoutOf(again).contains(QString::fromUtf8("  ·  100 %  ·  grid")),
+                 qPrintable(readoutOf(again)));
+    // As wide as the frame is high.
+    const QImage shot = pictureOf(again)->grab().toImage();
+    const int left = (shot.width() - 240) / 2;
+    QCOMPARE(shot.pixelColor(left + 5, shot.height() / 2 + 5), QColor(Qt::red));
+    QVERIFY(shot.pixelColor(left - 5, shot.height() / 2 + 5) != QColor(Qt::red));
+
+    VideoRobot other("Other");
+    other.addCamera("head");
+    QWidget* elsewhere = fDriver->show(other.port());
+    QVERIFY(!actionOf(elsewhere, "gridAction")->isChecked());
+    QVERIFY(!actionOf(elsewhere, "histogramAction")->isChecked());
+}
+
 void ViewingTest::followsWhatSomebodyElseSets() {
     QWidget* viewer = xShow();
     fRobot->setSettings("head", {{"format", KVValue("grey")}, {"rate", KVValue(5.0)}});
@@ -514,7 +584,7 @@ void ViewingTest::namesAndCountsFaultyFrames() {
     fRobot->publish("head", faulty);
     QTRY_VERIFY2_WITH_TIMEOUT(messageOf(viewer).contains(named), qPrintable(messageOf(viewer)),
                               a_twoSeconds);
-    QTRY_VERIFY2(statusOf(viewer).contains(QLatin1String("1 faulty frame  ")),
+    QTRY_VERIFY2(statusOf(viewer).endsWith(QLatin1String("1 faulty frame")),
                  qPrintable(statusOf(viewer)));
     xVerifyShown(Qt::green);
     fRobot->publish("head", faulty);
@@ -544,7 +614,7 @@ void ViewingTest::showsTextsOfTheRobotAsPlainText() {
     hostile.addCamera("<img src='x'>\x1b[31m" + std::string(150, 'x'));
     QWidget* viewer = fDriver->show(hostile.port());
     QTRY_VERIFY(messageOf(viewer).contains(QLatin1String(R"(<img src='x'>\x1b[31m)")));
-    QVERIFY(statusOf(viewer).startsWith(QString::fromUtf8("<h1>Robot</h1>\\n  ·")));
+    QCOMPARE(labelText(viewer, "robotName"), QStringLiteral("<h1>Robot</h1>\\n"));
     for (const QLabel* label : viewer->findChildren<QLabel*>()) {
         QCOMPARE(label->textFormat(), Qt::PlainText);
         QVERIFY(!label->toolTip().contains(QLatin1String("<h1>")));
@@ -715,7 +785,7 @@ void ViewingTest::canBeReadByAScreenReader() {
     }
     QTRY_VERIFY(viewer->findChild<QLabel*>(QStringLiteral("cameraStatus"))
                     ->accessibleName()
-                    .startsWith(QLatin1String("Status: TestRobot")));
+                    .startsWith(QLatin1String("Status: 0.0 received")));
     for (const QAction* action : viewer->findChildren<QAction*>()) {
         QVERIFY(action->objectName().isEmpty() || !action->text().isEmpty());
     }
@@ -748,6 +818,37 @@ void ViewingTest::keepsEverythingWithinReachInANarrowDock() {
     }
     QCOMPARE(visible, 11);
     QVERIFY(pictureOf(viewer)->isVisible() || !messageOf(viewer).isEmpty());
+}
+
+void ViewingTest::cutsNothingOff_data() {
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("height");
+    QTest::newRow("800 x 600") << 800 << 600;
+    QTest::newRow("a narrow dock") << 420 << 600;
+    QTest::newRow("one of three docks") << 330 << 600;
+}
+
+/** With all that a viewer can show at a time. */
+void ViewingTest::cutsNothingOff() {
+    QFETCH(int, width);
+    QFETCH(int, height);
+    QWidget* viewer = xShow();
+    actionOf(viewer, "histogramAction")->trigger();
+    actionOf(viewer, "gridAction")->trigger();
+    fDriver->window().resize(width, height);
+    xVerifyShown(QColor(200, 100, 50));
+    actionOf(viewer, "recordAction")->trigger();
+    actionOf(viewer, "snapshotAction")->trigger();
+    QTRY_VERIFY(toldOf(viewer).startsWith(QLatin1String("Picture saved")));
+    QWidget* view = pictureOf(viewer);
+    QTest::keyClick(view, Qt::Key_Left, Qt::ShiftModifier);
+    QVERIFY(readoutOf(viewer).contains(QLatin1String("R 200 G 100 B 50")));
+    actionOf(viewer, "pauseAction")->trigger();
+    QTRY_VERIFY(!noticeOf(viewer).isEmpty());
+    QTRY_VERIFY(statusOf(viewer).startsWith(QLatin1String("Recording: ")));
+    QTRY_VERIFY2(cutParts(*viewer).isEmpty(), qPrintable(cutParts(*viewer).join(QLatin1Char(' '))));
+    QCOMPARE(fDriver->window().size(), QSize(width, height));
+    QVERIFY2(view->height() >= 90, qPrintable(QString::number(view->height())));
 }
 
 void ViewingTest::canBeReadInADarkPalette() {
