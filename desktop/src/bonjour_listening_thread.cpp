@@ -18,6 +18,7 @@ namespace KD {
 namespace {
 
 constexpr unsigned long a_exitTimeOut = 3000;  // milliseconds
+constexpr unsigned long a_exitStep = 100;      // milliseconds
 
 QString toQString(const std::string& text) {
     return QString::fromLatin1(text.data(), static_cast<int>(text.size()));
@@ -81,10 +82,22 @@ void BonjourListeningThread::exit(int) {
     }
     KV::BonjourDiscovery::stopListening();
     xStopGrabbing();
-    if (wait(a_exitTimeOut)) {
+    if (xWaitForEnd()) {
         const std::lock_guard<std::mutex> lock(fStateMutex);
         fExitRequested = false;
     }
+}
+
+/** Waits up to a_exitTimeOut for run() to end. */
+bool BonjourListeningThread::xWaitForEnd() {
+    for (unsigned long waited = 0; waited < a_exitTimeOut; waited += a_exitStep) {
+        if (wait(a_exitStep)) {
+            return true;
+        }
+        // It may have begun to listen since, and a daemon that hangs would keep it there.
+        KV::BonjourDiscovery::stopListening();
+    }
+    return false;
 }
 
 boost::shared_ptr<KVBroker> BonjourListeningThread::getLightBonjourBroker() {

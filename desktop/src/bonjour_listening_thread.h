@@ -43,7 +43,7 @@ class BonjourListeningThread : public QThread,
     /** The one way to make it. Releasing the last pointer stops everything and waits for that. */
     static boost::shared_ptr<BonjourListeningThread> createBonjourListeningThread();
 
-    /** Stops discovery, the icon thread and this thread, and waits for look-ups under way. */
+    /** Stops discovery, the icon thread and this thread; lookups under way are abandoned. */
     ~BonjourListeningThread() override;
 
     /**
@@ -100,6 +100,7 @@ class BonjourListeningThread : public QThread,
 
     bool xStartGrabbing();
     void xStopGrabbing();
+    bool xWaitForEnd();
     void xConnectToDiscovery();
     void xStartListening();
     void xLookUp(const boost::shared_ptr<KV::BonjourProfile>& profile);

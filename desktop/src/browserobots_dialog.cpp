@@ -1,6 +1,7 @@
 #include "browserobots_dialog.h"
 
 #include "error_dialog.h"
+#include "host_look_ups.h"
 #include "wait_cursor.h"
 
 #include <bonjour/bonjour_discovery.h>
@@ -18,6 +19,7 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include <chrono>
 #include <limits>
 
 namespace KD {
@@ -30,6 +32,7 @@ const QString a_defaultUsePortKey = QStringLiteral("BrowseRobotsDialog::defaultU
 const QString a_defaultUseIPKey = QStringLiteral("BrowseRobotsDialog::defaultUseIP");
 
 constexpr int a_refreshInterval = 1000;  // ms
+constexpr std::chrono::seconds a_longestLookUp(5);
 
 }  // namespace
 
@@ -158,7 +161,7 @@ QString BrowseRobotsDialog::getName() const {
 
 QString BrowseRobotsDialog::lookupName(const QString& host) {
     const WaitCursor waitCursor;
-    const QHostInfo info = QHostInfo::fromName(host);
+    const QHostInfo info = lookUpHost(host, a_longestLookUp);
     if (info.error() != QHostInfo::NoError) {
         return QLatin1String("");
     }

@@ -75,9 +75,10 @@ class BrowseRobotsDialog : public QDialog {
     QString getName() const;
 
     /**
-     * Resolves a host name. Blocks, under a busy cursor, until the system's resolver has answered.
+     * Resolves a host name. Blocks, under a busy cursor, until the system's resolver has answered,
+     * for five seconds at most.
      *
-     * @return the first IPv4 address, or the empty string when there is none
+     * @return the first IPv4 address, or the empty string when there is none or no answer
      */
     QString lookupName(const QString& host);
 

@@ -396,6 +396,52 @@ TEST_F(DiscoveryLab, aRestartOfTheSystemBusIsSurvived) {
     EXPECT_TRUE(fRecorder.waitForHost("robot14.local", "_robax._tcp:9559"));
 }
 
+/** The Avahi daemon hangs while this lives. */
+struct PausedDaemon {
+    PausedDaemon() { lab::control({"avahi", "pause"}); }
+    ~PausedDaemon() { lab::control({"avahi", "continue"}); }
+    PausedDaemon(const PausedDaemon&) = delete;
+    PausedDaemon& operator=(const PausedDaemon&) = delete;
+};
+
+TEST_F(DiscoveryLab, startingWithADaemonThatHangsSaysSoAndMayBeTriedAgain) {
+    const lab::Host host("robot15");
+    const auto announcement = host.announce(a_robot, 9559);
+    {
+        const PausedDaemon paused;
+        const auto begin = std::chrono::steady_clock::now();
+        try {
+            BonjourDiscovery::startListening();
+            ADD_FAILURE() << "it listens";
+        } catch (const std::runtime_error& error) {
+            EXPECT_THAT(error.what(), testing::HasSubstr("Avahi daemon does not answer"));
+        }
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(8));
+    }
+    BonjourDiscovery::startListening();
+    EXPECT_TRUE(fRecorder.waitForHost("robot15.local", "_robax._tcp:9559"));
+}
+
+TEST_F(DiscoveryLab, stoppingEndsAStartThatADaemonHoldsUp) {
+    const PausedDaemon paused;
+    std::thread starter([] { BonjourDiscovery::startListening(); });
+    std::chrono::steady_clock::duration longest{};
+    std::atomic<bool> ended{false};
+    std::thread waiter([&] {
+        starter.join();
+        ended = true;
+    });
+    // The start may not have begun yet, then there is nothing to stop.
+    ASSERT_TRUE(eventually([&] {
+        const auto begin = std::chrono::steady_clock::now();
+        BonjourDiscovery::stopListening();
+        longest = std::max(longest, std::chrono::steady_clock::now() - begin);
+        return ended.load();
+    }));
+    waiter.join();
+    EXPECT_LT(longest, std::chrono::seconds(1));
+}
+
 TEST_F(DiscoveryLab, startingWithoutADaemonSaysSoAndMayBeTriedAgain) {
     lab::control({"avahi", "stop"});
     const std::size_t descriptors = countDescriptors();

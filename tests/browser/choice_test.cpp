@@ -2,6 +2,7 @@
 
 #include "announced.h"
 #include "browserobots_dialog.h"
+#include "discovery_resolver.h"
 #include "modal_answer.h"
 #include "qt_test_main.h"
 
@@ -250,6 +251,18 @@ class ChoiceTest : public QObject {
         QCOMPARE(dialog.lookupName("::1"), "");
         QCOMPARE(dialog.lookupName("nosuchrobot.invalid"), "");
         QVERIFY(QApplication::overrideCursor() == nullptr);
+    }
+
+    // The resolver waits without end for an Avahi daemon that hangs.
+    void lookUpGivesUpAfterFiveSeconds() {
+        Dialog dialog;
+        const obvista_test::resolver::Hold hold;
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(dialog.lookupName("localhost"), "");
+        QVERIFY2(timer.elapsed() < 8000, qPrintable(QString::number(timer.elapsed())));
+        QVERIFY(QApplication::overrideCursor() == nullptr);
+        QVERIFY(obvista_test::resolver::areHeld(1));
     }
 
     void okWithoutAChoiceAsksForOne() {

@@ -4,11 +4,16 @@
 
 #include <boost/make_shared.hpp>
 
+#include <chrono>
+#include <condition_variable>
 #include <cstdio>
 #include <exception>
+#include <future>
 #include <memory>
 #include <mutex>
 #include <stdexcept>
+#include <thread>
+#include <utility>
 #include <vector>
 
 namespace KV {
@@ -24,12 +29,40 @@ namespace {
 
 using bonjour::HostChange;
 
-struct Discovery {
-    std::mutex fMutex;  ///< guards the two that follow; taken before the map lock
+/** The way from a session to the map and the signals, which can be closed before it ends. */
+class Gate {
+  public:
+    /** Applies changes to the map and fires the signals, unless the gate is closed. */
+    void apply(const std::vector<HostChange>& changes);
+    /** Returns when no handler runs any more, and none will. */
+    void close();
+
+  private:
+    std::mutex fMutex;  // held while handlers run; taken before the map lock
+    bool fClosed = false;
+};
+
+/** A session that is being started on a separate thread; Discovery::fMutex guards it. */
+struct Start {
     std::unique_ptr<bonjour::AvahiSession> fSession;
+    std::exception_ptr fError;
+    bool fDone = false;
+    bool fAbandoned = false;
+};
+
+struct Discovery {
+    std::mutex fMutex;  ///< guards all but the map; taken before a gate's and the map lock
+    std::condition_variable fStartChanged;
+    std::shared_ptr<Start> fStart;  ///< null unless a session is being started
+    std::unique_ptr<bonjour::AvahiSession> fSession;
+    std::shared_ptr<Gate> fGate;  ///< of the session that there is or that is being started
     bool fEnded = false;
     BonjourDiscovery::Map fMap;
 };
+
+// Every call to the daemon may take D-Bus's time limit, 25 s, and cannot be interrupted.
+constexpr std::chrono::seconds a_startPatience(5);
+constexpr std::chrono::milliseconds a_endPatience(300);
 
 /** Never destroyed, so that a thread that outlives main() finds it. */
 Discovery& discovery() {
@@ -70,24 +103,77 @@ void applyChange(const HostChange& change) {
     fire(BonjourDiscovery::fAddProfile, profile);
 }
 
-void applyChanges(const std::vector<HostChange>& changes) {
+void Gate::apply(const std::vector<HostChange>& changes) {
+    const std::lock_guard<std::mutex> guard(fMutex);
+    if (fClosed) {
+        return;
+    }
     const KVCriticalSectionWrite lock(BonjourDiscovery::fRobaxsMapMutex);
     for (const HostChange& change : changes) {
         applyChange(change);
     }
 }
 
+void Gate::close() {
+    const std::lock_guard<std::mutex> guard(fMutex);
+    fClosed = true;
+}
+
+/** Ends a session on a separate thread, which is left to itself when the daemon hangs. */
+void end(std::unique_ptr<bonjour::AvahiSession> session) {
+    auto ended = std::make_shared<std::promise<void>>();
+    const std::future<void> end = ended->get_future();
+    std::thread([ended, session = std::move(session)]() mutable {
+        session.reset();
+        ended->set_value();
+    }).detach();
+    end.wait_for(a_endPatience);
+}
+
 void stop(bool forGood) {
     Discovery& self = discovery();
-    const std::lock_guard<std::mutex> guard(self.fMutex);
+    std::unique_lock<std::mutex> guard(self.fMutex);
     self.fEnded = self.fEnded || forGood;
-    if (self.fSession == nullptr) {
+    if (self.fGate == nullptr) {
         return;
     }
-    self.fSession.reset();
+    std::exchange(self.fGate, nullptr)->close();
+    if (self.fStart != nullptr) {
+        std::exchange(self.fStart, nullptr)->fAbandoned = true;
+        self.fStartChanged.notify_all();
+    }
+    std::unique_ptr<bonjour::AvahiSession> session = std::move(self.fSession);
     BonjourDiscovery::Map dropped;
-    const KVCriticalSectionWrite lock(BonjourDiscovery::fRobaxsMapMutex);
-    dropped.swap(self.fMap);
+    {
+        const KVCriticalSectionWrite lock(BonjourDiscovery::fRobaxsMapMutex);
+        dropped.swap(self.fMap);
+    }
+    guard.unlock();
+    if (session != nullptr) {
+        end(std::move(session));
+    }
+}
+
+/** Starts a session, which calls into the gate; on a separate thread, as it may take long. */
+void startSession(const std::shared_ptr<Start>& start, const std::shared_ptr<Gate>& gate) {
+    std::unique_ptr<bonjour::AvahiSession> session;
+    std::exception_ptr error;
+    try {
+        session = std::make_unique<bonjour::AvahiSession>(
+            std::vector<std::string>{BonjourDiscovery::fRobaxServiceType,
+                                     BonjourDiscovery::fRobaxiServiceType},
+            [gate](const std::vector<HostChange>& changes) { gate->apply(changes); });
+    } catch (const std::exception&) {
+        error = std::current_exception();
+    }
+    Discovery& self = discovery();
+    const std::lock_guard<std::mutex> guard(self.fMutex);
+    start->fDone = true;
+    start->fError = error;
+    if (!start->fAbandoned) {
+        start->fSession = std::move(session);
+    }
+    self.fStartChanged.notify_all();
 }
 
 /**
@@ -111,12 +197,34 @@ const StopAtExit a_stopAtExit;
 
 void BonjourDiscovery::startListening() {
     Discovery& self = discovery();
-    const std::lock_guard<std::mutex> guard(self.fMutex);
-    if (self.fSession != nullptr || self.fEnded) {
+    std::unique_lock<std::mutex> guard(self.fMutex);
+    if (self.fGate != nullptr || self.fEnded) {
         return;
     }
-    self.fSession = std::make_unique<bonjour::AvahiSession>(
-        std::vector<std::string>{fRobaxServiceType, fRobaxiServiceType}, applyChanges);
+    const auto start = std::make_shared<Start>();
+    const auto gate = std::make_shared<Gate>();
+    self.fStart = start;
+    self.fGate = gate;
+    std::thread(startSession, start, gate).detach();
+    self.fStartChanged.wait_for(guard, a_startPatience,
+                                [&start] { return start->fDone || start->fAbandoned; });
+    if (start->fAbandoned) {
+        return;  // by stopListening()
+    }
+    self.fStart = nullptr;
+    self.fSession = std::move(start->fSession);
+    if (self.fSession != nullptr) {
+        return;
+    }
+    start->fAbandoned = true;
+    self.fGate = nullptr;
+    gate->close();
+    if (start->fError != nullptr) {
+        std::rethrow_exception(start->fError);
+    }
+    throw std::runtime_error(
+        "Robots cannot be looked for: the Avahi daemon does not answer. Restart the service "
+        "\"avahi-daemon\".");
 }
 
 void BonjourDiscovery::stopListening() {
