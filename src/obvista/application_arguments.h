@@ -7,11 +7,10 @@
 namespace obvista {
 
 /**
- * The argument vector that is handed to QApplication.
+ * The argument vector that is handed to QApplication, and then to our own parser.
  *
  * Qt takes "--plugin NAME" for itself (its option for generic input plugins) and would keep it
- * from the application's own parser. It does not know "--plugin=NAME", so the pair is written
- * that way. A "--plugin" without a name becomes "--plugin=", which our parser refuses.
+ * from our parser. So each "--plugin" goes by another text until showPlugin() is called.
  *
  * QApplication keeps references to the count and the vector and removes what it recognises from
  * both: this object has to outlive it.
@@ -26,9 +25,14 @@ class ApplicationArguments {
     int& count() { return fCount; }
     char** values() { return fValues.data(); }
 
+    /** Gives each "--plugin" its text back, once QApplication has taken what is Qt's. */
+    void showPlugin();
+
   private:
     std::vector<std::string> fTexts;
-    std::vector<char*> fValues;  // into fTexts, with a null at the end
+    std::vector<char*> fValues;  // into fTexts or to fHidden, with a null at the end
+    std::string fPlugin = "--plugin";
+    std::string fHidden = "plugin";
     int fCount;
 };
 

@@ -14,6 +14,7 @@
 #include <boost/program_options/parsers.hpp>
 #include <boost/program_options/variables_map.hpp>
 
+#include <algorithm>
 #include <clocale>
 #include <cstdlib>
 #include <iostream>
@@ -23,6 +24,32 @@ namespace obvista {
 namespace po = boost::program_options;
 
 namespace {
+
+/** Returns true if the program is only asked for its options or its version. */
+bool isQuestion(const CommandLine& commandLine, int argc, const char* const* argv) {
+    try {
+        const auto parsed = po::command_line_parser(argc, argv)
+                                .options(commandLine.description())
+                                .allow_unregistered()  // Qt's own are still there
+                                .run();
+        return std::any_of(parsed.options.begin(), parsed.options.end(),
+                           [](const po::option& option) {
+                               return option.string_key == "help" || option.string_key == "version";
+                           });
+    } catch (const po::error&) {
+        return false;
+    }
+}
+
+/** Lets a question be answered where no window can be shown, as over SSH. */
+void doWithoutDisplay() {
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+        if (!qEnvironmentVariableIsEmpty(name)) {
+            return;
+        }
+    }
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+}
 
 void identifyApplication() {
     QCoreApplication::setOrganizationName(QLatin1String(a_organisationName));
@@ -63,8 +90,12 @@ bool loadNamedPlugin(MainWindow& window, const CommandLine& commandLine) {
 int run(int argc, char** argv) {
     const CommandLine commandLine;
     ApplicationArguments arguments(argc, argv);
+    if (isQuestion(commandLine, argc, argv)) {
+        doWithoutDisplay();
+    }
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Cleanlooks")));
     const QApplication application(arguments.count(), arguments.values());
+    arguments.showPlugin();
     identifyApplication();
 
     const po::variables_map values = parse(commandLine, arguments);

@@ -16,18 +16,12 @@ using obvista::CommandLine;
 
 namespace {
 
-/** What QApplication is given for an argument vector. */
-QStringList rewritten(const QByteArrayList& arguments) {
-    std::vector<const char*> argv;
-    for (const QByteArray& argument : arguments) {
-        argv.push_back(argument.constData());
-    }
-    ApplicationArguments result(static_cast<int>(argv.size()), argv.data());
+QStringList textsOf(ApplicationArguments& arguments) {
     QStringList texts;
-    for (int i = 0; i < result.count(); ++i) {
-        texts += QString::fromLocal8Bit(result.values()[i]);
+    for (int i = 0; i < arguments.count(); ++i) {
+        texts += QString::fromLocal8Bit(arguments.values()[i]);
     }
-    if (result.values()[result.count()] != nullptr) {
+    if (arguments.values()[arguments.count()] != nullptr) {
         texts += QStringLiteral("no null at the end");
     }
     return texts;
@@ -38,34 +32,48 @@ QStringList rewritten(const QByteArrayList& arguments) {
 class ApplicationArgumentsTest : public QObject {
     Q_OBJECT
   private Q_SLOTS:
-    void keepsTheNameOfAPluginFromQt_data() {
+    void keepsPluginsFromQt_data() {
         QTest::addColumn<QByteArrayList>("given");
         QTest::addColumn<QStringList>("handedToQt");
         const auto row = [](const char* name, const QByteArrayList& given, const char* expected) {
             QTest::newRow(name) << given << QString::fromLatin1(expected).split(QLatin1Char('|'));
         };
         row("no arguments", {"obvista"}, "obvista");
-        row("a name", {"obvista", "--plugin", "memoryviewer"}, "obvista|--plugin=memoryviewer");
-        row("a name with more around it",
-            {"obvista", "--ip", "::1", "--plugin", "x", "--port", "1"},
-            "obvista|--ip|::1|--plugin=x|--port|1");
+        row("a name", {"obvista", "--plugin", "memoryviewer"}, "obvista|plugin|memoryviewer");
+        row("an empty name", {"obvista", "--plugin", ""}, "obvista|plugin|");
         row("with an equal sign", {"obvista", "--plugin=x", "y"}, "obvista|--plugin=x|y");
-        row("last", {"obvista", "--plugin"}, "obvista|--plugin=");
-        row("followed by an option", {"obvista", "--plugin", "--ip", "x"},
-            "obvista|--plugin=|--ip|x");
-        row("followed by a short option", {"obvista", "--plugin", "-h"}, "obvista|--plugin=|-h");
-        row("twice", {"obvista", "--plugin", "x", "--plugin", "y"},
-            "obvista|--plugin=x|--plugin=y");
-        row("named like the option", {"obvista", "--plugin", "plugin"}, "obvista|--plugin=plugin");
+        row("last", {"obvista", "--plugin"}, "obvista|plugin");
+        row("followed by an option", {"obvista", "--plugin", "--ip", "x"}, "obvista|plugin|--ip|x");
+        row("twice", {"obvista", "--plugin", "x", "--plugin", "y"}, "obvista|plugin|x|plugin|y");
+        row("named like the text that hides it", {"obvista", "--plugin", "plugin"},
+            "obvista|plugin|plugin");
         row("another option", {"obvista", "--plugins", "x"}, "obvista|--plugins|x");
         row("Qt's own spelling is Qt's", {"obvista", "-plugin", "evdevmouse"},
             "obvista|-plugin|evdevmouse");
     }
 
-    void keepsTheNameOfAPluginFromQt() {
+    void keepsPluginsFromQt() {
         QFETCH(QByteArrayList, given);
         QFETCH(QStringList, handedToQt);
-        QCOMPARE(rewritten(given), handedToQt);
+        std::vector<const char*> argv;
+        QStringList texts;
+        for (const QByteArray& argument : given) {
+            argv.push_back(argument.constData());
+            texts += QString::fromLatin1(argument);
+        }
+        ApplicationArguments arguments(given.size(), argv.data());
+        QCOMPARE(textsOf(arguments), handedToQt);
+        arguments.showPlugin();
+        QCOMPARE(textsOf(arguments), texts);
+    }
+
+    void showsPluginsWhereQtHasLeftThem() {
+        const char* const argv[] = {"obvista", "-reverse", "--plugin", "x"};
+        ApplicationArguments arguments(4, argv);
+        std::copy(arguments.values() + 2, arguments.values() + 5, arguments.values() + 1);
+        arguments.count() = 3;
+        arguments.showPlugin();
+        QCOMPARE(textsOf(arguments), (QStringList{"obvista", "--plugin", "x"}));
     }
 
     void hasDefaults() {

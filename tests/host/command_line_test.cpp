@@ -66,8 +66,6 @@ class CommandLineTest : public QObject {
         const QString version = QStringLiteral("Obvista Version 1.14\n");
         const QString ambiguous =
             QStringLiteral("option '-p' is ambiguous and matches '--plugin', and '--port'");
-        const QString noName = QStringLiteral(
-            "the argument for option '--plugin' should follow immediately after the equal sign");
 
         answers(QStringLiteral("--help"), help);
         answers(QStringLiteral("-h"), help);
@@ -79,6 +77,9 @@ class CommandLineTest : public QObject {
 
         answers(QStringLiteral("--plugin nosuchplugin"), a_couldNotLoad);
         answers(QStringLiteral("--plugin=nosuchplugin"), a_couldNotLoad);
+        // As of every other option, what follows is the value.
+        answers(QStringLiteral("--plugin --version"), a_couldNotLoad);
+        answers(QStringLiteral("--plugin --help --version"), version);
         answers(QStringLiteral("--plugin wrong_identifier"), a_couldNotLoad);
         answers(QStringLiteral("--plugin undefined_symbol"), a_couldNotLoad);
         answers(QStringLiteral("--plugin throws_kv_error"), a_couldNotLoad,
@@ -96,8 +97,11 @@ class CommandLineTest : public QObject {
                 QStringLiteral("the required argument for option '--port' is missing"));
         refuses(QStringLiteral("-p x"), ambiguous);
         refuses(QStringLiteral("-p 9559"), ambiguous);
-        refuses(QStringLiteral("--plugin"), noName);
-        refuses(QStringLiteral("--plugin --version"), noName);
+        refuses(QStringLiteral("--plugin"),
+                QStringLiteral("the required argument for option '--plugin' is missing"));
+        refuses(QStringLiteral("--plugin="),
+                QStringLiteral("the argument for option '--plugin' should follow immediately "
+                               "after the equal sign"));
         refuses(QStringLiteral("--unknown"), QStringLiteral("unrecognised option '--unknown'"));
         refuses(QStringLiteral("--help --unknown"),
                 QStringLiteral("unrecognised option '--unknown'"));
@@ -113,6 +117,36 @@ class CommandLineTest : public QObject {
         QCOMPARE(program.standardOutput(), output);
         QCOMPARE(program.standardError(), error);
         QCOMPARE(program.status(), status);
+    }
+
+    void answersWithoutADisplay_data() {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("beginning");
+        QTest::newRow("help") << QStringList{"--help"} << "Help: Allowed options:\n";
+        QTest::newRow("help, short") << QStringList{"-h"} << "Help: Allowed options:\n";
+        QTest::newRow("version") << QStringList{"-reverse", "--version"}
+                                 << "Obvista Version 1.14\n";
+    }
+
+    void answersWithoutADisplay() {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, beginning);
+        Program program(*fInstallation, arguments,
+                        {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"});
+        QVERIFY(program.finish());
+        QVERIFY(program.standardOutput().startsWith(beginning));
+        QCOMPARE(program.standardError(), QString());
+        QCOMPARE(program.status(), 0);
+    }
+
+    void opensTheLauncherForAPluginWithoutAName() {
+        Program program(*fInstallation, {QStringLiteral("--plugin"), QString()});
+        // The remark of the offscreen platform on a window.
+        QString remarks;
+        QTRY_VERIFY_WITH_TIMEOUT(!(remarks += program.standardError()).isEmpty(), 30000);
+        QVERIFY(program.isRunning());
+        QVERIFY2(!remarks.contains(QStringLiteral("arguments")), qPrintable(remarks));
+        QCOMPARE(program.standardOutput(), QString());
     }
 
     void connectsThePlugin_data() {

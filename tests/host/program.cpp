@@ -6,7 +6,8 @@
 
 namespace obvista_test {
 
-Program::Program(const Installation& installation, const QStringList& arguments) {
+Program::Program(const Installation& installation, const QStringList& arguments,
+                 const QStringList& unset) {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     // The copied program's run path leads into the installation, which has no libraries.
     environment.insert(
@@ -14,6 +15,9 @@ Program::Program(const Installation& installation, const QStringList& arguments)
         environment.value(QStringLiteral("OBVISTA_BUILD_DIR")) + QStringLiteral("/lib"));
     environment.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"),
                        QStringLiteral("unix:path=/nonexistent"));
+    for (const QString& name : unset) {
+        environment.remove(name);
+    }
     fProcess.setProcessEnvironment(environment);
     fProcess.start(installation.addProgram(), arguments);
     if (!fProcess.waitForStarted()) {

@@ -17,7 +17,9 @@ class Installation;
  */
 class Program {
   public:
-    Program(const Installation& installation, const QStringList& arguments);
+    /** @param unset variables of the environment that the program does not get */
+    Program(const Installation& installation, const QStringList& arguments,
+            const QStringList& unset = {});
     ~Program();
 
     Program(const Program&) = delete;
