@@ -31,8 +31,8 @@ if(NOT (OBVISTA_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES "Clang"))
     add_link_options(-Wl,--no-undefined)
 endif()
 
-# Compiling a test takes longer than running it, so the release build optimises only what is tested.
-set(obvista_test_options $<$<CONFIG:Release>:-O0>)
+# Compiling a test takes longer than running it, so only what is tested is optimised.
+set(obvista_test_options $<$<CONFIG:Release,RelWithDebInfo>:-O0>)
 
 # obvista_add_library(NAME [SHARED|STATIC] ALIAS obvista::x [OUTPUT_NAME x] [MOC]
 #     SOURCES ... [PUBLIC_INCLUDE dir] [PUBLIC_LIBRARIES ...] [PRIVATE_LIBRARIES ...])
