@@ -38,7 +38,7 @@ function(obvista_precompile_headers)
         ${Qt5Gui_INCLUDE_DIRS} ${Qt5Widgets_INCLUDE_DIRS})
     obvista_add_precompiled_family(grpc HEADERS ${obvista_std_headers} <grpcpp/grpcpp.h>
         LIBRARIES obvista_robaxi_proto)
-    if(OBVISTA_BUILD_TESTS)
+    if(BUILD_TESTING)
         obvista_add_precompiled_family(qtest HEADERS ${obvista_qt_headers} <QtTest>
             LIBRARIES Qt5::Network Qt5::Widgets Qt5::Test)
         obvista_add_precompiled_family(gtest HEADERS ${obvista_std_headers} <gmock/gmock.h> <gtest/gtest.h>

@@ -1,0 +1,56 @@
+# Every library and tool that the project builds with, each found once. scripts/packages names Debian's
+# packages of them.
+
+find_package(Threads REQUIRED)
+find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Widgets Network)
+find_package(Boost 1.74 REQUIRED COMPONENTS program_options)
+find_package(PkgConfig REQUIRED)
+
+# The middleware.
+find_package(Protobuf REQUIRED)
+find_package(gRPC REQUIRED)
+find_package(OpenSSL REQUIRED)
+
+# Discovery, and the announcements of the simulated robot.
+pkg_check_modules(Avahi REQUIRED IMPORTED_TARGET avahi-client)
+
+# Icons and web pages of robots: from 7.85 the allowed protocols are named in a text.
+find_package(CURL 7.85 REQUIRED)
+
+# Icons that are compressed within.
+find_package(ZLIB REQUIRED)
+
+# Pictures and recordings.
+pkg_check_modules(TurboJpeg REQUIRED IMPORTED_TARGET libturbojpeg)
+pkg_check_modules(GStreamer REQUIRED IMPORTED_TARGET
+    gstreamer-1.0 gstreamer-app-1.0 gstreamer-video-1.0)
+find_package(PNG 1.6 REQUIRED)
+
+# What the command line tool prints for programs.
+find_package(nlohmann_json 3.11 REQUIRED)
+
+# Debian's pkg-config file of Qwt asks for Qt's OpenGL module, which we do not use, so Qwt is looked
+# for by hand.
+find_path(QWT_INCLUDE_DIR qwt_plot.h PATH_SUFFIXES qwt qwt-qt5 qt5/qwt REQUIRED)
+find_library(QWT_LIBRARY NAMES qwt-qt5 qwt REQUIRED)
+mark_as_advanced(QWT_INCLUDE_DIR QWT_LIBRARY)
+add_library(obvista_qwt INTERFACE)
+target_include_directories(obvista_qwt SYSTEM INTERFACE ${QWT_INCLUDE_DIR})
+target_link_libraries(obvista_qwt INTERFACE ${QWT_LIBRARY} Qt5::Widgets)
+
+find_program(OBVISTA_RSVG_CONVERT rsvg-convert REQUIRED
+    DOC "Turns SVG into PNG (Debian package librsvg2-bin)")
+
+if(BUILD_TESTING)
+    find_package(Qt5 5.15 REQUIRED COMPONENTS Test)
+    # Without the build folder, for QFINDTESTDATA, which no test uses: it would keep clones in different
+    # folders from sharing what ccache remembers.
+    set_property(TARGET Qt5::Test PROPERTY INTERFACE_COMPILE_DEFINITIONS QT_TESTLIB_LIB)
+    find_package(GTest REQUIRED)
+    find_program(OBVISTA_DESKTOP_FILE_VALIDATE desktop-file-validate)
+    # Debian's Python has gRPC; one that comes before it on the PATH may not.
+    find_program(OBVISTA_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH)
+    if(NOT OBVISTA_PYTHON)
+        find_program(OBVISTA_PYTHON python3 REQUIRED)
+    endif()
+endif()
