@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
+#include <string>
 #include <thread>
 #include <type_traits>
 #include <vector>
@@ -15,6 +17,19 @@ TEST(Error, CarriesItsCauseAndText) {
     EXPECT_EQ(error.cause(), KVError::Cause::Refused);
     EXPECT_EQ(error.toString(), "nothing listens");
     EXPECT_STREQ(error.what(), "nothing listens");
+}
+
+TEST(Error, HasASentenceMadeFromItsCauseWhenItIsGivenNoText) {
+    std::set<std::string> sentences;
+    constexpr int last = static_cast<int>(KVError::Cause::TooMany);
+    for (int cause = 0; cause <= last; ++cause) {
+        const std::string text = KVError(static_cast<KVError::Cause>(cause), "").toString();
+        ASSERT_GT(text.size(), 10U) << cause;
+        EXPECT_EQ(text.back(), '.') << text;
+        sentences.insert(text);
+    }
+    EXPECT_EQ(sentences.size(), static_cast<std::size_t>(last) + 1);
+    EXPECT_EQ(KVError(KVError::Cause::Refused, "").toString(), "Nothing listens on that port.");
 }
 
 TEST(Error, IsCopiedWithItsTextAndOutlivesTheOriginal) {

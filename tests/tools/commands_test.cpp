@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <future>
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <sstream>
@@ -109,6 +110,24 @@ TEST_F(Commands, WhatTheRobotKeepsCannotReachTheTerminal) {
     outputOf("call", {"KVBallamor", "sendClipboard", "\"a\\nb\\u001b[2J\""});
     EXPECT_EQ("a\\nb\\u001b[2J\n", outputOf("get", {"Ballamor/Clipboard"}));
     EXPECT_EQ("Ballamor/Clipboard a\\nb\\u001b[2J\n", outputOf("get", {"Ballamor/Clipboar?"}));
+}
+
+TEST_F(Commands, ASlowMethodMayBeGivenMoreTime) {
+    std::promise<void> ended;
+    const auto module = boost::make_shared<KVModule>("Slow", "");
+    module->bindMethod({"walk", "walk()", ""}, {},
+                       [end = ended.get_future().share()](const KVValue::List&) {
+                           end.wait();
+                           return KVValue();
+                       });
+    const auto broker = createTestBroker("slow");
+    broker->addModule(module);
+    const std::string place = "127.0.0.1:" + std::to_string(broker->getPort());
+    const ToolResult slow = runTool({"call", place, "Slow", "walk", "--timeout", "1"});
+    ended.set_value();
+    expectFailure(5, "within 1 s. The method may take longer than that", slow);
+    EXPECT_THAT(slow.fErrors, HasSubstr("--timeout"));
+    EXPECT_THAT(slow.fErrors, Not(HasSubstr("firewall")));
 }
 
 TEST_F(Commands, FailedCallsSayWhyAndHaveTheirStatus) {

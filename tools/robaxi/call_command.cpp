@@ -1,4 +1,5 @@
 #include "commands.h"
+#include "failure.h"
 #include "options.h"
 #include "robot_link.h"
 #include "value_literal.h"
@@ -34,7 +35,7 @@ class CallCommand : public Command {
         const RobotLink link(given[0], fTimeout, surroundings.fInterruption);
         const auto module = link.module(given[1]);
         const InterruptionHandler cancel(surroundings.fInterruption, [&] { module->cancel(); });
-        const KVValue result = module->callValue(given[2], arguments);
+        const KVValue result = xCall(*module, given[2], arguments);
         if (fJson) {
             surroundings.fConsole.print(jsonLine(valueJson(result)));
         } else if (!result.isNothing()) {
@@ -44,6 +45,20 @@ class CallCommand : public Command {
     }
 
   private:
+    KVValue xCall(KVProxy& module, const std::string& method,
+                  const KVValue::List& arguments) const {
+        const Clock::time_point end = Clock::now() + std::chrono::seconds(fTimeout);
+        try {
+            return module.callValue(method, arguments);
+        } catch (const KVError& error) {
+            // A module may report a time-out of its own.
+            if (error.cause() != KVError::Cause::TimedOut || Clock::now() < end) {
+                throw;
+            }
+            throw Failure(ExitStatus::TimedOut, error.toString() + " '--timeout S' waits longer.");
+        }
+    }
+
     bool fJson = false;
     int fTimeout = 0;
 };

@@ -33,11 +33,14 @@ std::vector<std::string> candidateNames(const std::string& host) {
     return {host};
 }
 
-bool isAskedOfTheNetwork(const std::string& host) {
+bool isLocalName(const std::string& host) {
     const std::string suffix = ".local";
-    const bool isLocal = host.size() > suffix.size() &&
-                         lowerCase(host.substr(host.size() - suffix.size())) == suffix;
-    return isLocal || host.find('.') == std::string::npos;
+    return host.size() > suffix.size() &&
+           lowerCase(host.substr(host.size() - suffix.size())) == suffix;
+}
+
+bool isAskedOfTheNetwork(const std::string& host) {
+    return isLocalName(host) || host.find('.') == std::string::npos;
 }
 
 Clock::duration longestSearch(const Target& target, int timeout) {
@@ -79,13 +82,37 @@ class HostSearch {
         if (decision.fKind == Kind::Found) {
             return decision.fEndpoint;
         }
-        throw Failure(ExitStatus::NotFound,
-                      "There is no robot or computer " + fTarget.fHost +
-                          ": no announcement and no host has that name. Check the spelling with "
-                          "'robaxi list', or look for the cause with 'robaxi doctor'.");
+        xGiveUp();
     }
 
   private:
+    [[noreturn]] void xGiveUp() const {
+        const std::string advice =
+            " Check the spelling with 'robaxi list', or look for the cause "
+            "with 'robaxi doctor'.";
+        const std::string found = "Found no robot or computer " + fTarget.fHost;
+        if (!xIsResolverSilent()) {
+            throw Failure(ExitStatus::NotFound,
+                          found +
+                              (fAnnounced != nullptr
+                                   ? ": no announcement and no host has that name."
+                                   : ": no host has that name, and announcements cannot be heard "
+                                     "without the Avahi daemon.") +
+                              advice);
+        }
+        throw Failure(ExitStatus::TimedOut,
+                      found +
+                          " in time: the system's resolver has not answered. Check the DNS "
+                          "servers in /etc/resolv.conf." +
+                          advice);
+    }
+
+    /** Names of the local network are excepted: nobody answers for one that nobody has. */
+    bool xIsResolverSilent() const {
+        const std::lock_guard lock(fMutex);
+        return !isLocalName(fTarget.fHost) && fAddresses.count(fTarget.fHost) == 0;
+    }
+
     void xStartAnnouncements() {
         try {
             fAnnounced = std::make_unique<AnnouncedHosts>(fBell);

@@ -58,7 +58,7 @@ SearchDecision decide(const Target& target, const SearchState& state);
  * ".local", or any name that resolves.
  *
  * @param timeout seconds
- * @throws Failure NotFound; Interrupted
+ * @throws Failure NotFound, or TimedOut if the system's resolver has not answered; Interrupted
  */
 Endpoint findHost(const Target& target, int timeout, Interruption& interruption);
 

@@ -89,4 +89,27 @@ void NameLookups::xWork(const std::shared_ptr<Shared>& shared) {
     --shared->fThreads;
 }
 
+std::optional<std::vector<std::string>> addressesInTime(const std::string& hostName,
+                                                        Clock::duration time,
+                                                        Interruption& interruption) {
+    Bell bell(interruption);
+    std::mutex mutex;
+    std::optional<std::vector<std::string>> found;
+    NameLookups lookups;
+    lookups.start(hostName, [&](const std::vector<std::string>& addresses) {
+        {
+            const std::lock_guard lock(mutex);
+            found = addresses;
+        }
+        bell.ring();
+    });
+    const auto isFound = [&] {
+        const std::lock_guard lock(mutex);
+        return found.has_value();
+    };
+    bell.waitUntil(Clock::now() + time, isFound);
+    const std::lock_guard lock(mutex);
+    return found;
+}
+
 }  // namespace robaxi_tool

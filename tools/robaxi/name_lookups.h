@@ -1,8 +1,11 @@
 #ifndef OBVISTA_TOOLS_ROBAXI_NAME_LOOKUPS_H
 #define OBVISTA_TOOLS_ROBAXI_NAME_LOOKUPS_H
 
+#include "bell.h"
+
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,6 +13,15 @@ namespace robaxi_tool {
 
 /** The addresses of a host name, IPv4 first; none when it does not resolve. */
 std::vector<std::string> addressesOf(const std::string& hostName);
+
+/**
+ * Returns the same within a time, or nothing if the system's resolver has not answered by then.
+ *
+ * @throws Interrupted
+ */
+std::optional<std::vector<std::string>> addressesInTime(const std::string& hostName,
+                                                        Clock::duration time,
+                                                        Interruption& interruption);
 
 /**
  * Looks host names up on a few threads of its own.

@@ -4,6 +4,24 @@
 
 namespace robaxi_tool {
 
+namespace {
+
+/** Connects. Files that the settings name are read only now. @throws Failure WrongUsage for these
+ */
+boost::shared_ptr<KVConnection> connect(const boost::shared_ptr<KVBroker>& broker,
+                                        const Endpoint& endpoint, int timeout) {
+    try {
+        return KVConnection::open(broker, endpoint.reachableHost(), endpoint.fPort, timeout);
+    } catch (const KVError& error) {
+        if (error.cause() == KVError::Cause::InvalidArgument) {
+            throw Failure(ExitStatus::WrongUsage, error.toString());
+        }
+        throw;
+    }
+}
+
+}  // namespace
+
 boost::shared_ptr<KVBroker> makeBroker(KVSettings settings, const Endpoint& endpoint) {
     if (!endpoint.fAddress.empty()) {
         KVSettings::Access access = settings.accessTo(endpoint.fHost, endpoint.fPort);
@@ -33,7 +51,7 @@ RobotLink::RobotLink(const KVSettings& settings, const Endpoint& endpoint, int t
     : fTimeout(timeout),
       fEndpoint(endpoint),
       fBroker(makeBroker(settings, endpoint)),
-      fConnection(KVConnection::open(fBroker, endpoint.reachableHost(), endpoint.fPort, timeout)) {
+      fConnection(connect(fBroker, endpoint, timeout)) {
 }
 
 std::unique_ptr<KVProxy> RobotLink::module(const std::string& name) const {

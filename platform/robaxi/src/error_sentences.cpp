@@ -29,40 +29,30 @@ std::string attempt(const Target& target) {
            place(target.fAddress, target.fPort) + " failed";
 }
 
-std::string reason(const Target& target, KVError::Cause cause) {
-    switch (cause) {
-        case KVError::Cause::NameNotFound:
-            return "the name does not resolve to an address";
-        case KVError::Cause::NoRoute:
-            return "there is no route to that address";
-        case KVError::Cause::Refused:
-            return "nothing listens on that port";
+std::string reason(const Target& target, const Failure& failure) {
+    switch (failure.fCause) {
         case KVError::Cause::TimedOut:
             return "no answer came within " + seconds(target.fTimeOut);
-        case KVError::Cause::ProtocolVersion:
-            return "the program there does not speak this version of the Robaxi protocol";
         case KVError::Cause::NoSuchModule:
             return "there is no module named " + target.fModule;
-        case KVError::Cause::NoSuchStream:
-            return "it has no camera of that name";
-        case KVError::Cause::ConnectionLost:
-            return "the connection is lost";
-        case KVError::Cause::NotAuthorised:
-            return "the robot does not let this program in";
-        case KVError::Cause::NotTrusted:
-            return "it is not certain that this is the robot";
-        case KVError::Cause::TooMany:
-            return "the robot takes no more";
-        case KVError::Cause::TooLarge:
-            return "a message is larger than the limit";
-        case KVError::Cause::Cancelled:
-            return "it was cancelled";
+        case KVError::Cause::InvalidArgument:
+        case KVError::Cause::NoSuchMethod:
+        case KVError::Cause::WrongArguments:
+        case KVError::Cause::RaisedByModule:
+        case KVError::Cause::WrongType:
+        case KVError::Cause::Internal:
+            // Their detail is usually a reason.
+            return failure.fDetail.empty() ? reasonOf(failure.fCause) : "";
         default:
-            return {};
+            return reasonOf(failure.fCause);
     }
 }
 
-const char* advice(KVError::Cause cause) {
+const char* advice(const Target& target, KVError::Cause cause) {
+    if (cause == KVError::Cause::TimedOut && !target.fMethod.empty()) {
+        // The connection stands, or it would be lost.
+        return "The method may take longer than that; the robot goes on with it.";
+    }
     switch (cause) {
         case KVError::Cause::NameNotFound:
             return "Check the spelling, or use the numeric address.";
@@ -112,20 +102,68 @@ KVError sentence(const std::string& attempt, const std::string& reason, const Fa
 
 }  // namespace
 
+const char* reasonOf(KVError::Cause cause) {
+    switch (cause) {
+        case KVError::Cause::InvalidArgument:
+            return "an argument is invalid";
+        case KVError::Cause::NameNotFound:
+            return "the name does not resolve to an address";
+        case KVError::Cause::NoRoute:
+            return "there is no route to that address";
+        case KVError::Cause::Refused:
+            return "nothing listens on that port";
+        case KVError::Cause::TimedOut:
+            return "no answer came in time";
+        case KVError::Cause::ProtocolVersion:
+            return "the program there does not speak this version of the Robaxi protocol";
+        case KVError::Cause::NoSuchModule:
+            return "there is no module of that name";
+        case KVError::Cause::NoSuchMethod:
+            return "the module has no method of that name";
+        case KVError::Cause::WrongArguments:
+            return "the arguments do not fit the method";
+        case KVError::Cause::RaisedByModule:
+            return "the module reported a failure without a reason";
+        case KVError::Cause::ConnectionLost:
+            return "the connection is lost";
+        case KVError::Cause::NotAuthorised:
+            return "the robot does not let this program in";
+        case KVError::Cause::AddressInUse:
+            return "the port is in use by another program";
+        case KVError::Cause::CannotListen:
+            return "the address cannot be used";
+        case KVError::Cause::TooLarge:
+            return "a message is larger than the limit";
+        case KVError::Cause::WrongType:
+            return "a value is not of the type asked for";
+        case KVError::Cause::Cancelled:
+            return "it was cancelled";
+        case KVError::Cause::NoSuchStream:
+            return "it has no camera of that name";
+        case KVError::Cause::NotTrusted:
+            return "it is not certain that this is the robot";
+        case KVError::Cause::TooMany:
+            return "the robot takes no more";
+        case KVError::Cause::Internal:
+            break;
+    }
+    return "an internal error happened";
+}
+
 KVError describe(const Target& target, const Failure& failure) {
     if (failure.fCause == KVError::Cause::ConnectionLost && target.fMethod.empty()) {
         return sentence("The connection to " + peer(target) + " is lost", {}, failure,
-                        advice(failure.fCause));
+                        advice(target, failure.fCause));
     }
-    return sentence(attempt(target), reason(target, failure.fCause), failure,
-                    advice(failure.fCause));
+    return sentence(attempt(target), reason(target, failure), failure,
+                    advice(target, failure.fCause));
 }
 
 KVError describeListening(const std::string& address, int port, const Failure& failure) {
     const std::string where = place(address.empty() ? std::string("all addresses") : address, port);
     if (failure.fCause == KVError::Cause::AddressInUse) {
-        return sentence("Cannot listen on " + where, "the port is in use by another program",
-                        failure, "Choose another port, or end that program.");
+        return sentence("Cannot listen on " + where, reasonOf(failure.fCause), failure,
+                        "Choose another port, or end that program.");
     }
     if (failure.fCause == KVError::Cause::InvalidArgument) {
         return sentence("Cannot listen on " + where, {}, failure, {});

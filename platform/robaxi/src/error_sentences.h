@@ -16,6 +16,9 @@ struct Target {
     double fTimeOut = 0;  // seconds
 };
 
+/** The cause in words, for the middle of a sentence. */
+const char* reasonOf(KVError::Cause cause);
+
 /** The sentence for the user: what was tried, where, why it failed and what to try next. */
 KVError describe(const Target& target, const Failure& failure);
 

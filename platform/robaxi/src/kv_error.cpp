@@ -1,6 +1,9 @@
+#include "error_sentences.h"
+
 #include <robaxi/kv_error.h>
 
 #include <atomic>
+#include <cctype>
 #include <utility>
 
 struct KVError::Text {
@@ -10,7 +13,19 @@ struct KVError::Text {
     std::atomic<int> fUsers{1};
 };
 
-KVError::KVError(Cause cause, const std::string& text) : fCause(cause), fText(new Text(text)) {
+namespace {
+
+std::string sentenceOf(KVError::Cause cause) {
+    std::string sentence = robaxi::reasonOf(cause);
+    sentence.front() =
+        static_cast<char>(std::toupper(static_cast<unsigned char>(sentence.front())));
+    return sentence + ".";
+}
+
+}  // namespace
+
+KVError::KVError(Cause cause, const std::string& text)
+    : fCause(cause), fText(new Text(text.empty() ? sentenceOf(cause) : text)) {
 }
 
 KVError::KVError(const KVError& other) noexcept

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cstdlib>
 #include <fcntl.h>
 #include <fstream>
 #include <iterator>
@@ -75,6 +76,29 @@ std::string readToken(const std::string& file) {
     return token;
 }
 
+/**
+ * Reads a file of the settings. A failure names the environment variable if the file is from there.
+ *
+ * @param read takes the file's path
+ */
+template <class Read>
+auto readSetting(const char* variable, const std::string& file, Read read) {
+    try {
+        return read(file);
+    } catch (Failure& failure) {
+        const char* value = std::getenv(variable);
+        if (value == nullptr || *value == '\0') {
+            throw;
+        }
+        const std::string ending = value + (*value == '~' ? 1 : 0);
+        if (file.size() >= ending.size() &&
+            file.compare(file.size() - ending.size(), ending.size(), ending) == 0) {
+            failure.fAdvice = std::string("Check the environment variable ") + variable + ".";
+        }
+        throw;
+    }
+}
+
 using Context = std::unique_ptr<SSL_CTX, decltype(&SSL_CTX_free)>;
 
 Context makeContext() {
@@ -93,11 +117,13 @@ void checkCertificate(const KVSettings::Server& settings) {
     }
 }
 
-void checkTrust(const std::string& file) {
+std::string readTrust(const std::string& file) {
+    std::string content = readFile(file);
     const Context context = makeContext();
     if (SSL_CTX_load_verify_locations(context.get(), file.c_str(), nullptr) != 1) {
         throwUnusable("the file " + file + " holds no certificate to trust");
     }
+    return content;
 }
 
 std::array<unsigned char, SHA256_DIGEST_LENGTH> digest(const std::string& text) {
@@ -115,7 +141,8 @@ std::shared_ptr<grpc::ServerCredentials> makeServerCredentials(const KVSettings:
     }
     grpc::SslServerCredentialsOptions options;
     options.pem_key_cert_pairs.push_back(
-        {readFile(settings.fKey), readFile(settings.fCertificate)});
+        {readSetting("ROBAXI_SERVER_KEY", settings.fKey, readFile),
+         readSetting("ROBAXI_SERVER_CERTIFICATE", settings.fCertificate, readFile)});
     checkCertificate(settings);
     return grpc::SslServerCredentials(options);
 }
@@ -138,7 +165,7 @@ ServerSecurity::ServerSecurity(const KVSettings::Server& settings)
             "a token needs certificate and key, or everybody on the network can read it "
             "(plain-token = yes allows that)");
     }
-    fToken = readToken(settings.fTokenFile);
+    fToken = readSetting("ROBAXI_SERVER_TOKEN", settings.fTokenFile, readToken);
 }
 
 bool ServerSecurity::accepts(const std::string& token) const {
@@ -151,8 +178,7 @@ ClientSecurity::ClientSecurity(const KVSettings::Access& settings, const std::st
     : fCredentials(grpc::InsecureChannelCredentials()),
       fName(settings.fName.empty() ? address : settings.fName) {
     if (settings.fUsesTls) {
-        fTrust = readFile(settings.fTrust);
-        checkTrust(settings.fTrust);
+        fTrust = readSetting("ROBAXI_TRUST", settings.fTrust, readTrust);
         fCredentials = grpc::SslCredentials({fTrust, {}, {}});
     }
     if (settings.fTokenFile.empty()) {
@@ -160,7 +186,7 @@ ClientSecurity::ClientSecurity(const KVSettings::Access& settings, const std::st
     }
     fWithholdsToken = !settings.fUsesTls && !settings.fAllowsPlainToken;
     if (!fWithholdsToken) {
-        fToken = readToken(settings.fTokenFile);
+        fToken = readSetting("ROBAXI_TOKEN", settings.fTokenFile, readToken);
     }
 }
 

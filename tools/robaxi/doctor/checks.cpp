@@ -12,6 +12,10 @@ bool shareAddress(const std::vector<std::string>& some, const std::vector<std::s
 
 }  // namespace
 
+std::optional<std::vector<std::string>> Examination::lookUp(const std::string& hostName) const {
+    return addressesInTime(hostName, std::chrono::seconds(fTimeout), fInterruption);
+}
+
 const AnnouncedHost* Examination::announcement() const {
     for (const auto& [key, host] : fAnnounced) {
         if ((fEndpoint && host.fHostName == fEndpoint->fHost) ||

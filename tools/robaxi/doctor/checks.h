@@ -23,12 +23,15 @@ struct Examination {
     int fTimeout = 5;               ///< seconds
     std::optional<Target> fTarget;  ///< without one only this computer is examined
 
+    bool fHeardAnnouncements = false;                 ///< by checkAnnouncements()
     std::map<std::string, AnnouncedHost> fAnnounced;  ///< by checkAnnouncements()
     std::optional<Endpoint> fEndpoint;                ///< by checkHostName()
     std::vector<std::string> fAddresses;              ///< by checkHostName()
     bool fIsConnected = false;                        ///< by checkPort()
     std::optional<KVError> fConnectError;             ///< by checkPort()
 
+    /** Asks the system's resolver; nothing if it has not answered within fTimeout. */
+    std::optional<std::vector<std::string>> lookUp(const std::string& hostName) const;
     /** The announcement of the host, if there is one. */
     const AnnouncedHost* announcement() const;
 };

@@ -9,6 +9,9 @@ namespace {
 /** Every host that is there has answered by then. */
 constexpr std::chrono::milliseconds a_longestListening(2500);
 
+/** Longer than any resolver takes that waits for nobody. */
+constexpr std::chrono::milliseconds a_slowLookup(2000);
+
 const Finding a_noDaemon = {Verdict::Skipped, "This needs the Avahi daemon.", {}};
 
 std::string counted(std::size_t number, const std::string& what) {
@@ -40,12 +43,22 @@ Finding checkDaemon(Examination& /*examination*/) {
     return {Verdict::Good, state.fVersion + " runs; this computer is " + state.fHostName + '.', {}};
 }
 
-Finding checkNames(Examination& /*examination*/) {
+Finding checkNames(Examination& examination) {
     const AvahiState state = askAvahi();
     if (!state.fIsRunning) {
         return a_noDaemon;
     }
-    if (!addressesOf(state.fHostName).empty()) {
+    const Clock::time_point start = Clock::now();
+    const auto addresses = examination.lookUp(state.fHostName);
+    if (!addresses || (!addresses->empty() && Clock::now() - start > a_slowLookup)) {
+        return {
+            addresses ? Verdict::Note : Verdict::Problem,
+            "Avahi knows this computer as " + state.fHostName + ", but the system's resolver " +
+                (addresses ? "was slow to answer." : "did not answer in time."),
+            "Check the DNS servers in /etc/resolv.conf: the resolver asks them first, and waits "
+            "for those that are dead."};
+    }
+    if (!addresses->empty()) {
         return {Verdict::Good, "Names of the local network resolve.", {}};
     }
     if (!state.fHasItsName) {
@@ -68,6 +81,7 @@ Finding checkAnnouncements(Examination& examination) {
     const AnnouncedHosts hosts(bell);
     bell.sleepUntil(Clock::now() + a_longestListening);
     examination.fAnnounced = hosts.hosts();
+    examination.fHeardAnnouncements = true;
     std::size_t robots = 0;
     for (const auto& [key, host] : examination.fAnnounced) {
         robots += host.isRobot() ? 1 : 0;

@@ -2,6 +2,8 @@
 #include "failure.h"
 #include "robot_link.h"
 
+#include <unistd.h>
+
 namespace robaxi_tool {
 
 namespace {
@@ -34,8 +36,15 @@ bool isUnreached(const KVError& error) {
 }
 
 bool isOfAccess(const KVError& error) {
-    return error.cause() == KVError::Cause::NotAuthorised ||
-           error.cause() == KVError::Cause::NotTrusted || error.cause() == KVError::Cause::TooMany;
+    switch (error.cause()) {
+        case KVError::Cause::InvalidArgument:  // settings that cannot be used
+        case KVError::Cause::NotAuthorised:
+        case KVError::Cause::NotTrusted:
+        case KVError::Cause::TooMany:
+            return true;
+        default:
+            return false;
+    }
 }
 
 /** The library's sentences: what is wrong, and behind it what to do. */
@@ -67,16 +76,38 @@ Finding unreached(const Endpoint& endpoint, const KVError& error) {
     }
 }
 
+/** The first file for reaching robots that cannot be read; empty if all can. */
+std::string unreadableFile(const KVSettings& settings) {
+    std::vector<KVSettings::Access> accesses{settings.fAccess};
+    for (const auto& [robot, access] : settings.fRobots) {
+        accesses.push_back(access);
+    }
+    for (const KVSettings::Access& access : accesses) {
+        for (const std::string& file : {access.fUsesTls ? access.fTrust : "", access.fTokenFile}) {
+            if (!file.empty() && ::access(file.c_str(), R_OK) != 0) {
+                return file;
+            }
+        }
+    }
+    return {};
+}
+
 }  // namespace
 
 Finding checkHostName(Examination& examination) {
     try {
         examination.fEndpoint =
             findHost(*examination.fTarget, examination.fTimeout, examination.fInterruption);
-    } catch (const Failure&) {
+    } catch (const Failure& failure) {
+        const std::string name = "The name " + examination.fTarget->fHost;
+        if (failure.status() == ExitStatus::TimedOut) {
+            return {Verdict::Problem, name + " was not resolved in time, and nobody announces it.",
+                    "Check the DNS servers in /etc/resolv.conf; or use the robot's address."};
+        }
         return {Verdict::Problem,
-                "The name " + examination.fTarget->fHost +
-                    " does not resolve, and nobody announces it.",
+                name + (examination.fHeardAnnouncements
+                            ? " does not resolve, and nobody announces it."
+                            : " does not resolve, and announcements could not be heard."),
                 "Check the spelling with 'robaxi list', and that the robot is switched on and on "
                 "this network; or use its address."};
     }
@@ -85,9 +116,17 @@ Finding checkHostName(Examination& examination) {
         examination.fAddresses = {host};
         return {Verdict::Good, host + " is an address and needs no look-up.", {}};
     }
-    examination.fAddresses = addressesOf(host);
-    if (examination.fAddresses.empty()) {
-        return {Verdict::Problem, "The name " + host + " is announced, but does not resolve.",
+    const auto resolved = examination.lookUp(host);
+    if (resolved && !resolved->empty()) {
+        examination.fAddresses = *resolved;
+    } else {
+        const std::string& address = examination.fEndpoint->fAddress;
+        if (!address.empty()) {
+            examination.fAddresses = {address};
+        }
+        return {Verdict::Problem,
+                "The name " + host + " is announced" + (address.empty() ? "" : " for " + address) +
+                    (resolved ? ", but does not resolve." : ", but was not resolved in time."),
                 "See the check 'names'; or use the robot's address."};
     }
     return {Verdict::Good, host + " is " + listed(examination.fAddresses) + '.', {}};
@@ -98,6 +137,9 @@ Finding checkAnnounced(Examination& examination) {
         return a_noAddress;
     }
     const AnnouncedHost* const host = examination.announcement();
+    if (!examination.fHeardAnnouncements) {
+        return {Verdict::Skipped, "Announcements could not be heard.", {}};
+    }
     if (host == nullptr) {
         return {Verdict::Note,
                 examination.fTarget->fHost + " does not announce itself, so no list shows it.",
@@ -127,6 +169,9 @@ Finding checkPort(Examination& examination) {
         if (isUnreached(error)) {
             return unreached(endpoint, error);
         }
+        if (error.cause() == KVError::Cause::InvalidArgument) {
+            return {Verdict::Skipped, "The settings for this robot cannot be used.", {}};
+        }
     }
     return {Verdict::Good, "Something listens on " + placeOf(endpoint) + '.', {}};
 }
@@ -148,7 +193,7 @@ Finding checkProtocol(Examination& examination) {
         default:
             return isOfAccess(*examination.fConnectError)
                        ? Finding{Verdict::Skipped,
-                                 "It does not let us in, so its version is not known.",
+                                 "It was not entered, so its version is not known.",
                                  {}}
                        : split(*examination.fConnectError);
     }
@@ -166,11 +211,17 @@ Finding checkAccess(Examination& examination) {
 
 Finding checkSettings(Examination& /*examination*/) {
     try {
-        loadSettings();
+        const std::string unreadable = unreadableFile(loadSettings());
+        if (!unreadable.empty()) {
+            return {
+                Verdict::Problem,
+                "The settings name a file that cannot be read: " + unreadable + '.',
+                "Check robaxi.conf and the environment variables ROBAXI_TRUST and ROBAXI_TOKEN."};
+        }
         return {Verdict::Good, "The settings of the middleware can be used.", {}};
     } catch (const Failure& failure) {
         return {Verdict::Problem, failure.what(),
-                "Mend the file or the variable; docs/robaxi.md lists what may stand there."};
+                "Fix the file or the variable; docs/robaxi.md lists the allowed values."};
     }
 }
 

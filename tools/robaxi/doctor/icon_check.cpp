@@ -43,7 +43,8 @@ Finding checkIcon(Examination& examination) {
     // Of a host that does not announce itself it is not known whether it is a robot.
     return {host == nullptr ? Verdict::Note : Verdict::Problem,
             "The icon is missing, so lists show no picture: " + url + ": " + reason + '.',
-            "Let the robot's web server, on port 80, serve the picture at that address."};
+            "Let the robot's web server, on port 80, serve the picture at that address; the two "
+            "slashes belong to it."};
 }
 
 }  // namespace robaxi_tool

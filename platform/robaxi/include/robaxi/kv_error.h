@@ -40,6 +40,7 @@ class ROBAXI_EXPORT KVError : public std::exception {
         TooMany           ///< a limit on how many is reached: sessions, subscriptions, modules
     };
 
+    /** @param text the sentence for the user; if it is empty, one is made from the cause */
     KVError(Cause cause, const std::string& text);
     KVError(const KVError&) noexcept;
     KVError& operator=(const KVError&) noexcept;
