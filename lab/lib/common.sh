@@ -73,6 +73,17 @@ with_default_signals() {
     exec env --default-signal=INT,QUIT -- "$@"
 }
 
+# Covers files of the machine, where it has them, by those that the switch has made. The kernel takes a
+# cover away when the machine replaces the file below it, as it does when a package is installed.
+cover_etc_files() {
+    local name
+    for name in passwd group nsswitch.conf hosts avahi; do
+        if [ -e "/etc/$name" ] && [ ! "/etc/$name" -ef "$lab_state/etc/$name" ]; then
+            mount -n --bind "$lab_state/etc/$name" "/etc/$name"
+        fi
+    done
+}
+
 # The next functions act on the Avahi daemon of the host in whose namespaces they run.
 
 avahi_start() {
@@ -81,6 +92,7 @@ avahi_start() {
     answers_or_has_ended() {
         avahi_answers || process_is_gone "$daemon"
     }
+    cover_etc_files
     setsid avahi-daemon --no-drop-root --no-rlimits --no-chroot --file="$configuration" \
         </dev/null >>"$log" 2>&1 &
     daemon=$!
