@@ -184,6 +184,15 @@ TEST_F(Commands, GetPrintsOneJsonObject) {
 TEST_F(Commands, GetNamesTheKeyThatIsMissing) {
     expectFailure(8, "no key named Nosuch", run("get", {"Nosuch"}));
     expectFailure(8, "No key matches 'Nosuch/*'", run("get", {"Nosuch/*"}));
+    for (const std::string missing : {"Nosuch", "Nosuch/*"}) {
+        for (const std::vector<std::string>& keys :
+             {std::vector<std::string>{missing, "Robot/Model"}, {"Robot/Model", missing}}) {
+            const ToolResult partly = run("get", keys);
+            EXPECT_EQ(8, partly.fStatus) << missing;
+            EXPECT_EQ(0U, partly.fOutput.find("Robot/Model ")) << partly.fOutput;
+            EXPECT_THAT(partly.fErrors, HasSubstr(missing));
+        }
+    }
     expectFailure(8, "no module named Other", run("get", {"--module", "Other", "Battery/Charge"}));
 }
 
@@ -217,6 +226,15 @@ TEST_F(Commands, SetWritesOrSaysWhyNot) {
     expectFailure(9, "0 to 1", run("set", {key, "-0.5"}));
     EXPECT_EQ(8, run("set", {key, "soft"}).fStatus);
     EXPECT_NE(0, run("set", {"Battery/Charge", "100.0"}).fStatus) << "not a key to be written";
+}
+
+TEST_F(Commands, SetTakesAnyWordForAKeyThatHoldsAText) {
+    for (const std::string word : {"12", "true", "[1, 2]", "-0.50", "bare"}) {
+        EXPECT_EQ("", outputOf("set", {"Robot/Note", word}));
+        EXPECT_EQ(word + "\n", outputOf("get", {"Robot/Note"}));
+    }
+    EXPECT_EQ("", outputOf("set", {"Robot/Note", R"("12")"}));
+    EXPECT_EQ("12\n", outputOf("get", {"Robot/Note"}));
 }
 
 TEST_F(Commands, WatchPrintsThePresentValuesFirst) {

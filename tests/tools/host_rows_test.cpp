@@ -14,7 +14,7 @@ AnnouncedHost host(const std::string& hostName, const std::vector<KV::BonjourSer
     return announced;
 }
 
-const KV::BonjourService a_robot{"_robax._tcp", 9559};
+const KV::BonjourService a_robot{"_robax._tcp", 9559, "Walker"};
 
 std::string linesOf(const AnnouncedHost& announced) {
     std::string lines;
@@ -25,43 +25,48 @@ std::string linesOf(const AnnouncedHost& announced) {
 }
 
 TEST(HostRows, ARobotWithItsMiddlewareIsOneRow) {
-    EXPECT_EQ(
-        R"({"name":"robot1","host":"robot1.local","address":"10.77.1.1","port":7000,)"
-        R"("kind":"robot"})"
-        "\n",
-        linesOf(host("robot1.local", {a_robot, {"_robaxi._tcp", 7000}}, {"10.77.1.1", "fe80::1"})));
+    EXPECT_EQ(R"({"name":"robot1","host":"robot1.local","address":"10.77.1.1","port":7000,)"
+              R"("kind":"robot","announced":"Walker of Marie"})"
+              "\n",
+              linesOf(host("robot1.local", {{"_robaxi._tcp", 7000, "Walker of Marie"}, a_robot},
+                           {"10.77.1.1", "fe80::1"})));
 }
 
 TEST(HostRows, EachMiddlewareOfAComputerIsARow) {
     EXPECT_EQ(
         R"({"name":"desk","host":"desk.local","address":"10.0.0.1","port":1,)"
-        R"("kind":"computer"})"
+        R"("kind":"computer","announced":"north"})"
         "\n"
         R"({"name":"desk","host":"desk.local","address":"10.0.0.1","port":2,)"
-        R"("kind":"computer"})"
+        R"("kind":"computer","announced":"south"})"
         "\n",
-        linesOf(host("desk.local", {{"_robaxi._tcp", 1}, {"_robaxi._tcp", 2}}, {"10.0.0.1"})));
+        linesOf(host("desk.local", {{"_robaxi._tcp", 1, "north"}, {"_robaxi._tcp", 2, "south"}},
+                     {"10.0.0.1"})));
 }
 
 TEST(HostRows, WhatIsNotKnownIsNull) {
     EXPECT_EQ(R"({"name":"robot1","host":"robot1.local","address":null,"port":null,)"
-              R"("kind":"robot"})"
+              R"("kind":"robot","announced":"Walker"})"
               "\n",
               linesOf(host("robot1.local", {a_robot}, {})));
 }
 
 TEST(HostRows, TheTextHasTheColumnsOfItsHeading) {
     const auto rows =
-        rowsOf(host("robot1.local", {a_robot, {"_robaxi._tcp", 9559}}, {"10.77.1.1"}));
+        rowsOf(host("robot1.local", {a_robot, {"_robaxi._tcp", 9559, "Marie"}}, {"10.77.1.1"}));
     ASSERT_EQ(1U, rows.size());
     const std::string line = textOfRow(rows[0]);
-    EXPECT_EQ("robot1                   10.77.1.1        9559   robot\n", line);
-    for (const auto& [heading, value] : std::vector<std::pair<std::string, std::string>>{
-             {"NAME", "robot1"}, {"ADDRESS", "10."}, {"PORT", "9559"}, {"KIND", "robot\n"}}) {
+    EXPECT_EQ("robot1                   10.77.1.1        9559   robot    Marie\n", line);
+    for (const auto& [heading, value] :
+         std::vector<std::pair<std::string, std::string>>{{"NAME", "robot1"},
+                                                          {"ADDRESS", "10."},
+                                                          {"PORT", "9559"},
+                                                          {"KIND", "robot "},
+                                                          {"ANNOUNCED AS", "Marie"}}) {
         EXPECT_EQ(rowHeader().find(heading), line.find(value)) << heading;
     }
     const std::string unknown = textOfRow(rowsOf(host("robot1.local", {a_robot}, {})).front());
-    EXPECT_EQ("robot1                   -                -      robot\n", unknown);
+    EXPECT_EQ("robot1                   -                -      robot    Walker\n", unknown);
 }
 
 TEST(HostRows, NamesOfTheNetworkCannotReachTheTerminal) {

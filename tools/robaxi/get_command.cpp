@@ -17,7 +17,8 @@ struct AskedKey {
     bool fIsOfPattern;
 };
 
-void addMatching(const std::string& pattern, const std::vector<std::string>& keys,
+/** @return true if a key matches */
+bool addMatching(const std::string& pattern, const std::vector<std::string>& keys,
                  std::vector<AskedKey>& expanded) {
     const std::size_t before = expanded.size();
     for (const std::string& key : keys) {
@@ -25,36 +26,40 @@ void addMatching(const std::string& pattern, const std::vector<std::string>& key
             expanded.push_back({key, true});
         }
     }
-    if (expanded.size() == before) {
-        throw Failure(ExitStatus::NotOffered, "No key matches '" + pattern + "'.");
-    }
+    return expanded.size() > before;
 }
 
-/** Replaces patterns by the keys that they match. */
-std::vector<AskedKey> expandedKeys(MemoryModule& memory, const std::vector<std::string>& given) {
+/** Replaces patterns by the keys that they match; those that match none go to `unmatched`. */
+std::vector<AskedKey> expandedKeys(MemoryModule& memory, const std::vector<std::string>& given,
+                                   std::vector<std::string>& unmatched) {
     const std::vector<std::string> keys = std::any_of(given.begin(), given.end(), isPattern)
                                               ? memory.keys()
                                               : std::vector<std::string>();
     std::vector<AskedKey> expanded;
     for (const std::string& word : given) {
-        if (isPattern(word)) {
-            addMatching(word, keys, expanded);
-        } else {
+        if (!isPattern(word)) {
             expanded.push_back({word, false});
+        } else if (!addMatching(word, keys, expanded)) {
+            unmatched.push_back(word);
         }
     }
     return expanded;
 }
 
-/** @return nothing when a key that a pattern has matched is gone again */
-std::optional<KVValue> valueOf(MemoryModule& memory, const AskedKey& key) {
+/** Returns nothing for a missing key, which it reports unless a pattern has matched it before. */
+std::optional<KVValue> valueOf(MemoryModule& memory, const AskedKey& key, Console& console,
+                               ExitStatus& status) {
     try {
         return memory.value(key.fName);
     } catch (const KVError& error) {
-        if (key.fIsOfPattern && error.cause() == KVError::Cause::InvalidArgument) {
-            return std::nullopt;
+        if (error.cause() != KVError::Cause::InvalidArgument) {
+            throw;
         }
-        throw;
+        if (!key.fIsOfPattern) {
+            console.complain(error.toString());
+            status = exitStatusOf(error.cause());
+        }
+        return std::nullopt;
     }
 }
 
@@ -66,7 +71,7 @@ class GetCommand : public Command {
     std::string explanation() const override {
         return std::string(a_keyHelp) +
                "The value of a single key is printed alone; otherwise each line is a key and\n"
-               "its value.\n";
+               "its value. A missing key is an error, and the others are still printed.\n";
     }
 
     void addOptions(po::options_description& options) override {
@@ -79,24 +84,32 @@ class GetCommand : public Command {
         const RobotLink link(given[0], fTimeout, surroundings.fInterruption);
         MemoryModule memory(link, fModule);
         const bool isSingle = given.size() == 2 && !isPattern(given[1]);
+        Console& console = surroundings.fConsole;
+        ExitStatus status = ExitStatus::Success;
+        std::vector<std::string> unmatched;
         Json all = Json::object();
-        for (const AskedKey& key : expandedKeys(memory, {given.begin() + 1, given.end()})) {
+        for (const AskedKey& key :
+             expandedKeys(memory, {given.begin() + 1, given.end()}, unmatched)) {
             surroundings.fInterruption.check();
-            const std::optional<KVValue> value = valueOf(memory, key);
+            const std::optional<KVValue> value = valueOf(memory, key, console, status);
             if (!value) {
                 continue;
             }
             if (fJson) {
                 all[key.fName] = valueJson(*value);
             } else {
-                surroundings.fConsole.print((isSingle ? "" : oneLine(key.fName) + ' ') +
-                                            valueText(*value) + '\n');
+                console.print((isSingle ? "" : oneLine(key.fName) + ' ') + valueText(*value) +
+                              '\n');
             }
         }
-        if (fJson) {
-            surroundings.fConsole.print(jsonLine(all));
+        for (const std::string& pattern : unmatched) {
+            console.complain("No key matches '" + pattern + "'.");
+            status = ExitStatus::NotOffered;
         }
-        return ExitStatus::Success;
+        if (fJson && (status == ExitStatus::Success || !all.empty())) {
+            console.print(jsonLine(all));
+        }
+        return status;
     }
 
   private:

@@ -3,6 +3,8 @@
 #include "safe_text.h"
 #include "value_text.h"
 
+#include <bonjour/bonjour_discovery.h>
+
 #include <iomanip>
 #include <sstream>
 
@@ -13,12 +15,14 @@ namespace {
 constexpr int a_nameWidth = 24;
 constexpr int a_addressWidth = 16;
 constexpr int a_portWidth = 7;
+constexpr int a_kindWidth = 8;
 
 std::string columns(const std::string& name, const std::string& address, const std::string& port,
-                    const std::string& kind) {
+                    const std::string& kind, const std::string& announcedName) {
     std::ostringstream line;
     line << std::left << std::setw(a_nameWidth) << name << ' ' << std::setw(a_addressWidth)
-         << address << ' ' << std::setw(a_portWidth) << port << kind << '\n';
+         << address << ' ' << std::setw(a_portWidth) << port << std::setw(a_kindWidth) << kind
+         << ' ' << announcedName << '\n';
     return line.str();
 }
 
@@ -34,25 +38,25 @@ std::vector<HostRow> rowsOf(const AnnouncedHost& host) {
     row.fHostName = host.fHostName;
     row.fAddress = host.fAddresses.empty() ? std::string() : host.fAddresses.front();
     row.fIsRobot = host.isRobot();
-    const std::vector<int> ports = host.ports();
-    if (ports.empty()) {
-        return {row};
-    }
     std::vector<HostRow> rows;
-    for (const int port : ports) {
-        row.fPort = port;
-        rows.push_back(row);
+    for (const KV::BonjourService& service : host.fServices) {
+        row.fAnnouncedName = service.fName;
+        if (service.fType == KV::BonjourDiscovery::fRobaxiServiceType) {
+            row.fPort = service.fPort;
+            rows.push_back(row);
+        }
     }
-    return rows;
+    return rows.empty() ? std::vector<HostRow>{row} : rows;
 }
 
 std::string rowHeader() {
-    return columns("NAME", "ADDRESS", "PORT", "KIND");
+    return columns("NAME", "ADDRESS", "PORT", "KIND", "ANNOUNCED AS");
 }
 
 std::string textOfRow(const HostRow& row) {
     return columns(oneLine(row.fName), row.fAddress.empty() ? "-" : row.fAddress,
-                   row.fPort ? std::to_string(*row.fPort) : "-", kindOf(row));
+                   row.fPort ? std::to_string(*row.fPort) : "-", kindOf(row),
+                   oneLine(row.fAnnouncedName));
 }
 
 std::string jsonOfRow(const HostRow& row) {
@@ -61,7 +65,8 @@ std::string jsonOfRow(const HostRow& row) {
                      {"host", row.fHostName},
                      {"address", orNull(!row.fAddress.empty(), row.fAddress)},
                      {"port", orNull(row.fPort.has_value(), row.fPort.value_or(0))},
-                     {"kind", kindOf(row)}});
+                     {"kind", kindOf(row)},
+                     {"announced", row.fAnnouncedName}});
 }
 
 }  // namespace robaxi_tool

@@ -13,7 +13,8 @@ namespace robaxi_tool {
 struct HostRow {
     std::string fName;
     std::string fHostName;
-    std::string fAddress;  ///< empty when it is not known
+    std::string fAnnouncedName;  ///< name of the service instance, which is a HOST too
+    std::string fAddress;        ///< empty when it is not known
     std::optional<int> fPort;
     bool fIsRobot = false;
 };

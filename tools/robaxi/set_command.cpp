@@ -12,9 +12,8 @@ class SetCommand : public Command {
     std::string summary() const override { return "writes the value of a key"; }
     Words words() const override { return {"HOST KEY VALUE", 3, 3}; }
     std::string explanation() const override {
-        return "VALUE is written as an argument of 'robaxi call'. It prints nothing when the "
-               "robot\n"
-               "has accepted the value.\n";
+        return "VALUE is written as an argument of 'robaxi call'; for a key that holds a text, 12\n"
+               "is the text 12. It prints nothing when the robot has accepted the value.\n";
     }
 
     void addOptions(po::options_description& options) override {
@@ -25,11 +24,23 @@ class SetCommand : public Command {
     ExitStatus run(const std::vector<std::string>& given, Surroundings& surroundings) override {
         const KVValue value = parseLiteral(given[2]);
         const RobotLink link(given[0], fTimeout, surroundings.fInterruption);
-        MemoryModule(link, fModule).setValue(given[1], value);
+        MemoryModule memory(link, fModule);
+        try {
+            memory.setValue(given[1], value);
+        } catch (const KVError& error) {
+            if (error.cause() != KVError::Cause::WrongType || !holdsText(memory, given[1])) {
+                throw;
+            }
+            memory.setValue(given[1], KVValue(given[2]));
+        }
         return ExitStatus::Success;
     }
 
   private:
+    static bool holdsText(MemoryModule& memory, const std::string& key) {
+        return memory.value(key).type() == KVValue::Type::String;
+    }
+
     std::string fModule;
     int fTimeout = 0;
 };

@@ -66,7 +66,7 @@ std::vector<HostChange> SightingRegistry::resolve(const Sighting& sighting,
     Place& place = found->second;
     const std::string safeName = makeSafeHostName(name);
     const std::string key = foldHostName(safeName);
-    const BonjourService service = {sighting.fType, port};
+    const BonjourService service = {sighting.fType, port, makeSafeHostName(sighting.fInstance)};
     if (place.fKey == key && place.fService == service) {
         return {};
     }

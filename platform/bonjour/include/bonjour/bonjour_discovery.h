@@ -46,10 +46,10 @@ class BONJOUR_EXPORT BonjourDiscovery {
 
     /**
      * Starts to listen; does nothing when it already listens or begins to. Blocks until the daemon
-     * has answered, for five seconds at most, or until stopListening() is called. Once it listens, the daemon and the
-     * system bus may go away and come back: the map empties, with fRemoveProfile for each host, and
-     * fills again. May be called from any thread. Does nothing while the program's static objects
-     * are being destroyed.
+     * has answered, for five seconds at most, or until stopListening() is called. Once it listens,
+     * the daemon and the system bus may go away and come back: the map empties, with fRemoveProfile
+     * for each host, and fills again. May be called from any thread. Does nothing while the
+     * program's static objects are being destroyed.
      *
      * @throws std::runtime_error when there is no system bus or no Avahi daemon, or the daemon does
      * not answer; the text says which and what to do
@@ -58,8 +58,9 @@ class BONJOUR_EXPORT BonjourDiscovery {
 
     /**
      * Stops listening and empties the map without firing signals. Returns when no handler runs any
-     * more, within half a second, whether the daemon answers or not. May be called from any thread that does not hold the map lock. Does nothing when it
-     * does not listen. A program that ends without it is stopped before the signals are destroyed.
+     * more, within half a second, whether the daemon answers or not. May be called from any thread
+     * that does not hold the map lock. Does nothing when it does not listen. A program that ends
+     * without it is stopped before the signals are destroyed.
      *
      * @throws std::logic_error when it is called from a handler
      */

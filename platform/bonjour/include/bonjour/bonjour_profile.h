@@ -13,10 +13,11 @@
 
 namespace KV {
 
-/** One announced service of a host. */
+/** One announced service of a host. Two with the same type and port are equal. */
 struct BonjourService {
-    std::string fType;  ///< for instance "_robaxi._tcp"
-    int fPort = 0;      ///< 1 to 65535
+    std::string fType;    ///< for instance "_robaxi._tcp"
+    int fPort = 0;        ///< 1 to 65535
+    std::string fName{};  ///< name of the service instance, made safe to show; the first one seen
 
     bool operator==(const BonjourService& other) const {
         return fType == other.fType && fPort == other.fPort;
