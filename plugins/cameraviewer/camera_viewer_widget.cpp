@@ -103,20 +103,11 @@ void CameraViewerWidget::hideEvent(QHideEvent* event) {
     xUpdateSeen();
 }
 
-/** Not by a focus proxy: Tab from the last control would lead to the viewer, and so to the picture
- *  in the middle of the ring, or to the keyboard's loss while there is no picture. */
-void CameraViewerWidget::focusInEvent(QFocusEvent* event) {
-    if (fView->isVisible()) {
-        fView->setFocus(event->reason());
-    } else {
-        focusNextPrevChild(true);
-    }
-}
-
 void CameraViewerWidget::xBuild() {
     setObjectName(QStringLiteral("cameraViewer"));
     setWindowTitle(tr("Camera viewer"));
     resize(sizeHint());
+    setMainPart(fView);
 
     fActions->addButtons(*fBar);
     fBar->addMenuButton("viewButton", tr("&View"), tr("All that can be done with the picture"),

@@ -38,7 +38,6 @@ class CameraViewerWidget : public viewer::ViewerWidget {
   protected:
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
 
   private:
     void xBuild();

@@ -68,7 +68,6 @@ MemoryToolBar::MemoryToolBar(QWidget* parent)
     setTabOrder(fFlat, fColumns);
     setTabOrder(fColumns, fRate);
     setTabOrder(fRate, fPause);
-    setFocusProxy(fFilter);
 }
 
 QToolButton* MemoryToolBar::xAddButton(const char* objectName, const QString& text,

@@ -122,7 +122,7 @@ void MemoryViewerWidget::xBuild() {
     setObjectName(QStringLiteral("memoryViewer"));
     setWindowTitle(tr("Memory viewer"));
     resize(sizeHint());
-    setFocusProxy(fTree);
+    setMainPart(fTree);
     fTree->setItemDelegate(fDelegate);
     fWatchView->setItemDelegate(fDelegate);
     fToolBar->setColumnMenu(fColumns);

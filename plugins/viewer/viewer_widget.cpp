@@ -6,6 +6,7 @@
 
 #include <QDockWidget>
 #include <QEvent>
+#include <QFocusEvent>
 #include <QShortcut>
 
 #include <utility>
@@ -59,6 +60,16 @@ void ViewerWidget::changeEvent(QEvent* event) {
         xFollowDock();
     }
     QWidget::changeEvent(event);
+}
+
+/** Not by a focus proxy: Tab from the last control would lead to the viewer, and so into the middle
+ *  of the ring, or to the keyboard's loss while the part is hidden. */
+void ViewerWidget::focusInEvent(QFocusEvent* event) {
+    if (fMainPart && fMainPart->isVisible()) {
+        fMainPart->setFocus(event->reason());
+    } else {
+        focusNextPrevChild(true);
+    }
 }
 
 void ViewerWidget::xFollowDock() {

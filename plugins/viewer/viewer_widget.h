@@ -54,6 +54,11 @@ class ViewerWidget : public QWidget {
 
   protected:
     void changeEvent(QEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+
+    /** Sets the part that gets the focus when the viewer is given it and the part is visible; the
+     *  first control gets it otherwise. */
+    void setMainPart(QWidget* part) { fMainPart = part; }
 
     /** To be called once, when the robot is lost. Whoever is told may delete the plugin and this
      *  widget, so the caller does nothing after it. */
@@ -75,6 +80,7 @@ class ViewerWidget : public QWidget {
     std::shared_ptr<RobotLink> fLink;
     WidgetInterface* fPlugin;
     RobotHeader* fHeader;
+    QPointer<QWidget> fMainPart;
     std::vector<KeyGroup> fKeys;
     QPointer<QDockWidget> fDock;
     bool fIsDockClosing = false;

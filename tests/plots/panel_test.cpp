@@ -381,7 +381,7 @@ void PanelTest::pausesAndFollowsByKeyboard() {
     xPlot(QStringLiteral("A"));
     xFill(QStringLiteral("A"), 60);
     const auto* follow = fPanel->findChild<QAction*>(QStringLiteral("plotFollow"));
-    xView()->setFocus();
+    xCanvas()->setFocus();
     QTRY_VERIFY(xCanvas()->hasFocus());
     QTest::keyClick(xCanvas(), Qt::Key_Space);
     QVERIFY(!xTime().isFollowing());

@@ -43,7 +43,6 @@ PlotView::PlotView(TimeAxis* time, const PlotHistory* history, QWidget* parent)
     setObjectName(QStringLiteral("plot"));
     setCanvas(fCanvas);
     setAcceptDrops(true);
-    setFocusProxy(fCanvas);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     setAutoReplot(false);
     setAxisScaleDraw(xBottom, fTimeLabels);

@@ -35,7 +35,6 @@ RecordingBar::RecordingBar(CsvRecorder* recorder, QWidget* parent)
       fButton(new QToolButton(this)),
       fText(viewer::makeStatusLine("recordingStatus", this)) {
     setObjectName(QStringLiteral("recordingBar"));
-    setFocusProxy(fButton);
     fButton->setObjectName(QStringLiteral("recordingButton"));
     fButton->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     fButton->setFocusPolicy(Qt::StrongFocus);
