@@ -7,7 +7,7 @@
 namespace KD {
 
 /** Pixels, each way, that a robot's picture has at most. It is shown at 60 x 60. */
-constexpr int a_largestRobotPicture = 192;
+constexpr int a_largestRobotPicture = 256;
 
 /**
  * Decodes the picture that a robot serves as its icon. The format (one of Qt's own: BMP, GIF, ICO,

@@ -9,7 +9,7 @@ namespace KD {
 namespace {
 
 constexpr int a_mostScans = 12;  // encoders write ten
-constexpr int a_largestJpeg = 48 * 1024;
+constexpr int a_largestJpeg = 80 * 1024;
 
 enum Marker : unsigned char {
     Baseline = 0xC0,

@@ -23,7 +23,7 @@ constexpr int a_largestRaster = a_largestRobotPicture * (a_largestRobotPicture *
 
 // Encoders begin a block every 16,000 bytes or so. Each block may bring code tables, which take
 // microseconds to build and few bytes to describe.
-constexpr int a_mostBlocks = 24;
+constexpr int a_mostBlocks = 48;
 
 /** The checksum of bytes, or of bytes behind those with the checksum `before`. */
 quint32 checksum(const char* data, int size, quint32 before = 0) {
