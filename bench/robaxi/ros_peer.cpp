@@ -7,6 +7,7 @@
 #include "ros_names.h"
 
 #include <atomic>
+#include <cstdio>
 #include <functional>
 #include <ros/ros.h>
 #include <roscpp/Empty.h>
@@ -126,7 +127,12 @@ class Peer : public RosPeer {
 }  // namespace
 
 std::unique_ptr<RosPeer> RosPeer::start() {
-    return std::make_unique<Peer>();
+    try {
+        return std::make_unique<Peer>();
+    } catch (const std::exception& failure) {
+        std::printf("roscpp: takes no part: %s\n", failure.what());
+        return nullptr;
+    }
 }
 
 }  // namespace bench

@@ -28,7 +28,7 @@ class SetCommand : public Command {
         try {
             memory.setValue(given[1], value);
         } catch (const KVError& error) {
-            if (error.cause() != KVError::Cause::WrongType || !holdsText(memory, given[1])) {
+            if (error.cause() != KVError::Cause::WrongType || !xHoldsText(memory, given[1])) {
                 throw;
             }
             memory.setValue(given[1], KVValue(given[2]));
@@ -37,7 +37,7 @@ class SetCommand : public Command {
     }
 
   private:
-    static bool holdsText(MemoryModule& memory, const std::string& key) {
+    static bool xHoldsText(MemoryModule& memory, const std::string& key) {
         return memory.value(key).type() == KVValue::Type::String;
     }
 
