@@ -42,7 +42,7 @@ find_program(OBVISTA_RSVG_CONVERT rsvg-convert REQUIRED
     DOC "Turns SVG into PNG (Debian package librsvg2-bin)")
 
 if(BUILD_TESTING)
-    find_package(Qt5 5.15 REQUIRED COMPONENTS Test)
+    find_package(Qt5 5.15 REQUIRED COMPONENTS DBus Test)
     # Without the build folder, for QFINDTESTDATA, which no test uses: it would keep clones in different
     # folders from sharing what ccache remembers.
     set_property(TARGET Qt5::Test PROPERTY INTERFACE_COMPILE_DEFINITIONS QT_TESTLIB_LIB)

@@ -9,6 +9,7 @@
 #include <array>
 #include <colours.h>
 #include <cstdlib>
+#include <labels.h>
 
 namespace memoryviewer {
 
@@ -47,7 +48,7 @@ MemoryToolBar::MemoryToolBar(QWidget* parent)
     connect(fPause, &QToolButton::toggled, this, &MemoryToolBar::pauseChanged);
 
     fRate->setObjectName(QStringLiteral("memoryRate"));
-    fRate->setAccessibleName(tr("Updates a second"));
+    viewer::nameByLabel(*fRate, tr("Updates a second"));
     fRate->setToolTip(tr("How often the robot sends what has changed"));
     for (const int rate : a_rates) {
         fRate->addItem(tr("%1 Hz").arg(rate), rate);

@@ -1,0 +1,224 @@
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusObjectPath>
+#include <QDBusReply>
+#include <QDBusVariant>
+#include <QtTest>
+#include <qt_test_main.h>
+
+#include <algorithm>
+#include <child_process.h>
+#include <memory>
+#include <robot_process.h>
+#include <string>
+#include <vector>
+
+namespace {
+
+/** An accessible object as the bus names it. */
+struct Reference {
+    QString fProgram;
+    QDBusObjectPath fPath;
+};
+
+struct Relation {
+    quint32 fKind = 0;
+    QList<Reference> fTargets;
+};
+
+QDBusArgument& operator<<(QDBusArgument& argument, const Reference& reference) {
+    argument.beginStructure();
+    argument << reference.fProgram << reference.fPath;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, Reference& reference) {
+    argument.beginStructure();
+    argument >> reference.fProgram >> reference.fPath;
+    argument.endStructure();
+    return argument;
+}
+
+QDBusArgument& operator<<(QDBusArgument& argument, const Relation& relation) {
+    argument.beginStructure();
+    argument << relation.fKind << relation.fTargets;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, Relation& relation) {
+    argument.beginStructure();
+    argument >> relation.fKind >> relation.fTargets;
+    argument.endStructure();
+    return argument;
+}
+
+}  // namespace
+
+Q_DECLARE_METATYPE(Reference)
+Q_DECLARE_METATYPE(QList<Reference>)
+Q_DECLARE_METATYPE(Relation)
+Q_DECLARE_METATYPE(QList<Relation>)
+
+namespace {
+
+// Numbers of AT-SPI.
+constexpr quint32 a_labelledBy = 2;
+constexpr int a_showing = 25;
+
+constexpr int a_patience = 30000;
+const QString a_accessible = QStringLiteral("org.a11y.atspi.Accessible");
+
+/** What a screen reader gets of one object. */
+struct Element {
+    QString fRole;
+    QString fName;
+    QString fDescription;
+    bool fIsShowing = false;
+
+    QString text() const {
+        return QStringLiteral("%1 \"%2\" \"%3\"").arg(fRole, fName, fDescription);
+    }
+};
+
+/** A reader of the tree of all programs, by D-Bus as a screen reader reads it. */
+class ScreenReader {
+  public:
+    ScreenReader() {
+        qDBusRegisterMetaType<Reference>();
+        qDBusRegisterMetaType<QList<Reference>>();
+        qDBusRegisterMetaType<Relation>();
+        qDBusRegisterMetaType<QList<Relation>>();
+        // The launcher of the bus is started by the first call to it.
+        const QDBusReply<QString> address =
+            QDBusConnection::sessionBus().call(QDBusMessage::createMethodCall(
+                QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
+                QStringLiteral("org.a11y.Bus"), QStringLiteral("GetAddress")));
+        fBus = std::make_unique<QDBusConnection>(
+            QDBusConnection::connectToBus(address.value(), QStringLiteral("accessibility")));
+    }
+
+    ~ScreenReader() { QDBusConnection::disconnectFromBus(QStringLiteral("accessibility")); }
+    ScreenReader(const ScreenReader&) = delete;
+    ScreenReader& operator=(const ScreenReader&) = delete;
+
+    /** All objects of all programs. One that goes while it is read has no role. */
+    std::vector<Element> read() const {
+        std::vector<Element> elements;
+        const Reference root{QStringLiteral("org.a11y.atspi.Registry"),
+                             QDBusObjectPath(QStringLiteral("/org/a11y/atspi/accessible/root"))};
+        xRead(root, 0, elements);
+        return elements;
+    }
+
+  private:
+    template <typename Value>
+    Value xCall(const Reference& object, const char* method) const {
+        const QDBusReply<Value> reply = fBus->call(QDBusMessage::createMethodCall(
+            object.fProgram, object.fPath.path(), a_accessible, QLatin1String(method)));
+        return reply.isValid() ? reply.value() : Value();
+    }
+
+    QString xProperty(const Reference& object, const char* name) const {
+        QDBusMessage get = QDBusMessage::createMethodCall(
+            object.fProgram, object.fPath.path(), QStringLiteral("org.freedesktop.DBus.Properties"),
+            QStringLiteral("Get"));
+        get << a_accessible << QString::fromLatin1(name);
+        const QDBusReply<QDBusVariant> reply = fBus->call(get);
+        return reply.isValid() ? reply.value().variant().toString() : QString();
+    }
+
+    /** A combo box has its value for a name: screen readers take the text of its label. */
+    QString xNameOf(const Reference& object, const QString& role) const {
+        for (const Relation& relation : xCall<QList<Relation>>(object, "GetRelationSet")) {
+            if (relation.fKind == a_labelledBy && !relation.fTargets.isEmpty()) {
+                return xProperty(relation.fTargets.first(), "Name");
+            }
+        }
+        return role == QLatin1String("combo box") ? QString() : xProperty(object, "Name");
+    }
+
+    void xRead(const Reference& object, int depth, std::vector<Element>& elements) const {
+        constexpr int deepest = 30;
+        Element element;
+        element.fRole = xCall<QString>(object, "GetRoleName");
+        element.fName = xNameOf(object, element.fRole);
+        element.fDescription = xProperty(object, "Description");
+        const auto states = xCall<QList<quint32>>(object, "GetState");
+        element.fIsShowing = !states.isEmpty() && ((states.first() >> a_showing) & 1U) != 0;
+        elements.push_back(element);
+        if (depth < deepest) {
+            for (const Reference& child : xCall<QList<Reference>>(object, "GetChildren")) {
+                xRead(child, depth + 1, elements);
+            }
+        }
+    }
+
+    std::unique_ptr<QDBusConnection> fBus;
+};
+
+bool isInteractive(const Element& element) {
+    static const QStringList roles{"push button", "check box",   "toggle button", "button menu",
+                                   "combo box",   "text",        "spin button",   "slider",
+                                   "tree",        "tree table",  "table",         "list box",
+                                   "menu item",   "radio button"};
+    return element.fIsShowing && roles.contains(element.fRole);
+}
+
+bool has(const std::vector<Element>& elements, const QString& role, const QString& name) {
+    return std::any_of(elements.begin(), elements.end(), [&](const Element& element) {
+        return element.fRole == role && element.fName == name && element.fIsShowing;
+    });
+}
+
+}  // namespace
+
+/** Obvista with a viewer of a simulated robot, to a screen reader. */
+class AccessibilityTest : public QObject {
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void namesWhateverIsInteractive_data();
+    void namesWhateverIsInteractive();
+};
+
+void AccessibilityTest::namesWhateverIsInteractive_data() {
+    QTest::addColumn<QString>("plugin");
+    QTest::addColumn<QStringList>("boxes");
+    QTest::newRow("camera viewer")
+        << "cameraviewer" << QStringList{"Camera", "Resolution", "Format", "Rate"};
+    QTest::newRow("memory viewer") << "memoryviewer" << QStringList{"Updates a second"};
+}
+
+void AccessibilityTest::namesWhateverIsInteractive() {
+    QFETCH(QString, plugin);
+    QFETCH(QStringList, boxes);
+    qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
+    const obvista_test::RobotProcess robot;
+    const ScreenReader reader;
+    const obvista_test::ChildProcess obvista(
+        {qEnvironmentVariable("OBVISTA_BUILD_DIR").toStdString() + "/bin/obvista", "--plugin",
+         plugin.toStdString(), "--ip", obvista_test::RobotProcess::address(), "--port",
+         std::to_string(robot.port())});
+    std::vector<Element> elements;
+    const auto hasBoxes = [&] {
+        elements = reader.read();
+        return std::all_of(boxes.begin(), boxes.end(), [&](const QString& box) {
+            return has(elements, QStringLiteral("combo box"), box);
+        });
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(hasBoxes(), a_patience);
+    int interactive = 0;
+    for (const Element& element : elements) {
+        interactive += isInteractive(element) ? 1 : 0;
+        QVERIFY2(!isInteractive(element) || !element.fName.isEmpty(), qPrintable(element.text()));
+        QVERIFY2(!element.fDescription.contains(QLatin1Char('<')), qPrintable(element.text()));
+    }
+    QVERIFY2(interactive >= 10, qPrintable(QString::number(interactive)));
+}
+
+OBVISTA_QTEST_MAIN(AccessibilityTest)
+#include "accessibility_test.moc"
