@@ -23,9 +23,12 @@ class QWidget;
  *
  * The host calls everything here on the GUI thread, in this order: it may set brokerPort, it may
  * ask needsRobotConnection(), it calls createWidget() once for each load request (twice when a
- * failed connection is tried again), and in the end it deletes the object, exactly once. Loading
- * the same plugin again while its object lives gives the same object, so createWidget() may be
- * called while earlier widgets are still shown. The library stays mapped until the process ends.
+ * failed connection is tried again), and once a widget is docked it deletes the object at most
+ * once: when the object's first dock is closed, its connection is lost, or the main window is
+ * destroyed. An object without a dock is deleted by Qt when the process ends, and none is deleted
+ * when a loss that belongs to no docked plugin ends the process. Loading the same plugin again
+ * while its object lives gives the same object, so createWidget() may be called while earlier
+ * widgets are still shown. The library stays mapped until the process ends.
  *
  * The widget, not this object, carries the signal `disconnected(WidgetInterface*)`. It is emitted
  * with this object's own pointer when the connection to the robot is lost; the host then deletes
@@ -49,8 +52,13 @@ class OBVISTA_PLUGINS_EXPORT WidgetInterface {
      * Blocks the GUI thread while it connects, so an implementation bounds the time it takes.
      *
      * @param parent the host's main window; the widget may take it as parent
-     * @param ip address or host name of the robot, empty when needsRobotConnection() is false
-     * @param port the robot's port, 1 to 65535, or 0 when needsRobotConnection() is false
+     * The address and port are what the user gave, unchecked. Of a plugin that the user loads and
+     * whose needsRobotConnection() is false, they are empty and 0, unless it is tried again after
+     * a KVError: then they are those of the robot that the user chose. A plugin named on the
+     * command line is not asked, and gets "127.0.0.1" and 9559 where nothing is said.
+     *
+     * @param ip address or host name of the robot; may be empty
+     * @param port the robot's port; any number, also one that is not between 1 and 65535
      * @param mediaFolder folder of shared pictures, with a trailing separator
      * @return the widget, which must declare the signal `disconnected(WidgetInterface*)`; null
      *         when there is nothing to show

@@ -47,7 +47,14 @@ class LauncherTest : public QObject {
         QCOMPARE(launcher.sizePolicy().verticalPolicy(), QSizePolicy::Ignored);
         QVERIFY(!launcher.hasScaledContents());
         QVERIFY(launcher.hasMouseTracking());
-        QVERIFY(!launcher.isWindow() || launcher.windowFlags().testFlag(Qt::Window));
+    }
+
+    void isAPlainChildOfItsParent() {
+        QWidget parent;
+        const QWidget plain(&parent);
+        const PluginLoader launcher(fInstallation.mediaFolder(), &parent);
+        QCOMPARE(launcher.windowFlags(), plain.windowFlags());
+        QVERIFY(!launcher.isWindow());
     }
 
     void loadsTheZonesPluginOnAPress_data() {

@@ -213,6 +213,35 @@ class PluginLoadingTest : public QObject {
         QCOMPARE(window.openDocks().size(), 1);
     }
 
+    void makesTheDockAsLargeAsTheWidget() {
+        /** Notes how large docks are when they are shown for the first time, before the layout. */
+        class FirstSizes : public QObject {
+          public:
+            QList<QSize> fSizes;
+
+          protected:
+            bool eventFilter(QObject* object, QEvent* event) override {
+                const auto* dock = qobject_cast<QClosableDockWidget*>(object);
+                if (dock != nullptr && event->type() == QEvent::Show && !fSeen.contains(dock)) {
+                    fSeen.append(dock);
+                    fSizes.append(dock->size());
+                }
+                return false;
+            }
+
+          private:
+            QList<const QObject*> fSeen;
+        };
+        fInstallation->addPlugin(a_viewer);
+        HostWindow window(*fInstallation);
+        window.show();
+        FirstSizes sizes;
+        qApp->installEventFilter(&sizes);
+        window.load(a_viewer);
+        QVERIFY(window.loadPlugin(a_viewer, QStringLiteral("192.0.2.1"), 9559, 0));
+        QCOMPARE(sizes.fSizes, (QList<QSize>{{500, 320}, {500, 320}}));
+    }
+
     void docksTheSamePluginTwiceWithOneObject() {
         fInstallation->addPlugin(a_viewer);
         auto window = std::make_unique<HostWindow>(*fInstallation);
@@ -262,6 +291,21 @@ class PluginLoadingTest : public QObject {
         QCOMPARE(fInstallation->journal(),
                  (QStringList{created(QStringLiteral("192.0.2.1"), 9559, 0),
                               created(QStringLiteral("192.0.2.9"), 9560, 0)}));
+        QCOMPARE(window.openDocks().size(), 1);
+    }
+
+    // It is then given the robot that the user chose in the dialog.
+    void triesAgainWithAnAddressWhenNoRobotIsNeeded() {
+        fInstallation->addPlugin(QStringLiteral("no_robot"));
+        Installation::setScript({QStringLiteral("KVError refused")});
+        HostWindow window(*fInstallation);
+        window.choice().fRefreshed = true;
+        window.load(QStringLiteral("no_robot"));
+        QCOMPARE(window.choice().fCalls,
+                 (QStringList{QStringLiteral("exec"), QStringLiteral("refreshIP"),
+                              QStringLiteral("getIPandPort")}));
+        QCOMPARE(fInstallation->journal(),
+                 (QStringList{created({}, 0, 0), created(QStringLiteral("192.0.2.1"), 9559, 0)}));
         QCOMPARE(window.openDocks().size(), 1);
     }
 
