@@ -47,6 +47,9 @@ void KeyTree::xArrangeHeader() {
         header()->resizeSection(
             column, std::max(characters * character, header()->sectionSizeHint(column)));
     }
+    // The longest age.
+    const int age = fontMetrics().horizontalAdvance(QStringLiteral("59:59 min")) + 2 * character;
+    header()->resizeSection(AgeColumn, std::max(age, header()->sectionSize(AgeColumn)));
 }
 
 std::vector<std::uint32_t> KeyTree::visibleKeys() const {

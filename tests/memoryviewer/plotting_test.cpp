@@ -211,7 +211,9 @@ void PlottingTest::showsTheValuesAtTheCursorOfAllPlots() {
 void PlottingTest::drawsAGapWhereNothingWasFollowed() {
     const double begin = xPlotForAWhile("Battery/Voltage");
     QTest::keyClick(fWindow->tree(), Qt::Key_Space, Qt::ControlModifier);
-    QTRY_COMPARE(fWindow->legend(0, 0, a_valueColumn), QStringLiteral("none"));
+    QTRY_VERIFY(noticeOf(fWindow->viewer()).startsWith(QLatin1String("Paused.")));
+    const QString last = fWindow->legend(0, 0, a_valueColumn);
+    QVERIFY2(last.toDouble() > 20, qPrintable(last));
     const double from = timesOf(fWindow->plots().first()).second;
     QElapsedTimer gap;
     gap.start();
@@ -235,7 +237,8 @@ void PlottingTest::keepsItsCurvesWhenTheRobotIsLost() {
     fWindow->robot().kill();
     QTRY_VERIFY_WITH_TIMEOUT(statusOf(fWindow->viewer()).contains(QLatin1String("robot lost")),
                              20000);
-    QTRY_COMPARE(fWindow->legend(0, 0, a_valueColumn), QStringLiteral("none"));
+    const QString last = fWindow->legend(0, 0, a_valueColumn);
+    QVERIFY2(last.toDouble() > 20, qPrintable(last));
     const auto shown = timesOf(fWindow->plots().first());
     const QwtScaleMap map = fWindow->plots().first()->canvasMap(QwtPlot::xBottom);
     QVERIFY(isCurveAt(xCanvas()->grab().toImage(), int(map.transform(shown.second - 0.5e6))));
@@ -265,7 +268,8 @@ void PlottingTest::savesAPictureOfAPlot() {
     const QTemporaryDir folder;
     xSave(QString::fromUtf8("Save picture (PNG)\u2026"));
     QVERIFY(fWindow->answerFileQuestion(folder.filePath(QStringLiteral("plot.png"))));
-    QTRY_COMPARE(xNotice(), QStringLiteral("Picture saved in plot.png."));
+    QTRY_COMPARE(xNotice(),
+                 QStringLiteral("Picture saved in %1.").arg(folder.filePath("plot.png")));
     const QImage picture(folder.filePath(QStringLiteral("plot.png")));
     QVERIFY(picture.height() > fWindow->plots().first()->height());
     bool isCurve = false;
@@ -280,8 +284,7 @@ void PlottingTest::savesPointsWithTheRobotsTimes() {
     const QTemporaryDir folder;
     xSave(QString::fromUtf8("Save all points (CSV)\u2026"));
     QVERIFY(fWindow->answerFileQuestion(folder.filePath(QStringLiteral("points.csv"))));
-    QTRY_VERIFY2(xNotice().endsWith(QLatin1String("points saved in points.csv.")),
-                 qPrintable(xNotice()));
+    QTRY_VERIFY2(xNotice().endsWith(QLatin1String("/points.csv.")), qPrintable(xNotice()));
     QFile file(folder.filePath(QStringLiteral("points.csv")));
     QVERIFY(file.open(QIODevice::ReadOnly));
     const QList<QByteArray> rows = file.readAll().split('\n');

@@ -83,6 +83,9 @@ class PanelTest : public QObject {
     void followsAClockThatIsSetBack();
     void isNotLedAstrayByAKeyWithNonsenseForATime();
     void leavesGapsWhereNothingIsKnown();
+    void keepsTheLastValuesInTheLegend();
+    void putsTheLegendBelowThePlotsWhereItIsNarrow();
+    void ticksTheTimeShown();
     void drawsWhatItWasGiven();
     void alignsPlotsBelowEachOther();
     void fitsTheValuesAxis();
@@ -283,9 +286,50 @@ void PanelTest::leavesGapsWhereNothingIsKnown() {
     };
     QVERIFY(!curve(QStringLiteral("A")).isGoingOn());
     QVERIFY(curve(QStringLiteral("B")).isGoingOn());
-    QTRY_COMPARE(xLegendValue(0, 0), QStringLiteral("none"));
     fPanel->breakCurves();
     QVERIFY(!curve(QStringLiteral("B")).isGoingOn());
+}
+
+void PanelTest::keepsTheLastValuesInTheLegend() {
+    xPlot(QStringLiteral("A"));
+    xFill(QStringLiteral("A"), 10);
+    QTRY_COMPARE(xLegendValue(0, 0), QStringLiteral("0"));
+    fPanel->breakCurves();
+    QVERIFY(!fPanel->history().curve(fPanel->keyHandle(QStringLiteral("A"))).isGoingOn());
+    QVERIFY(xIsDrawn());
+    QCOMPARE(xLegendValue(0, 0), QStringLiteral("0"));
+}
+
+void PanelTest::putsTheLegendBelowThePlotsWhereItIsNarrow() {
+    xPlot(QStringLiteral("A"));
+    fPanel->resize(420, 400);
+    QTRY_VERIFY(xCanvas()->width() > 250);
+    QVERIFY(xCanvas()->height() > 100);
+    QVERIFY(xLegend()->mapTo(fPanel.get(), QPoint()).y() >
+            xCanvas()->mapTo(fPanel.get(), QPoint(0, xCanvas()->height())).y());
+    fPanel->resize(1200, 400);
+    QTRY_VERIFY(xLegend()->mapTo(fPanel.get(), QPoint()).x() > 600);
+}
+
+void PanelTest::ticksTheTimeShown() {
+    xPlot(QStringLiteral("A"));
+    const auto* menu = fPanel->findChild<QAction*>(QStringLiteral("plotSpan"))->menu();
+    const auto ticked = [menu] {
+        Q_EMIT const_cast<QMenu*>(menu)->aboutToShow();
+        QStringList texts;
+        for (const QAction* action : menu->actions()) {
+            if (action->isChecked()) {
+                texts += action->text();
+            }
+        }
+        return texts;
+    };
+    xTime().setSpan(10e6);
+    QCOMPARE(ticked(), QStringList("&10 seconds"));
+    xTime().setSpan(60e6);
+    QCOMPARE(ticked(), QStringList("1 &minute"));
+    xTime().setSpan(61e6);
+    QCOMPARE(ticked(), QStringList());
 }
 
 /** On the pixels: a curve of one value is a line at its height, in its colour, but for the gap. */
@@ -591,7 +635,8 @@ void PanelTest::savesAPicture() {
     const QTemporaryDir folder;
     const QString file = folder.filePath(QStringLiteral("plot.png"));
     fPanel->savePicture(file);
-    QCOMPARE(xNotice(), QStringLiteral("Picture saved in plot.png."));
+    QCOMPARE(xNotice(), QStringLiteral("Picture saved in %1.").arg(file));
+    QTRY_COMPARE_WITH_TIMEOUT(xNotice(), QString(), 30000);
     const QImage picture(file);
     QCOMPARE(picture.width(), qRound(xView()->width() * fPanel->devicePixelRatioF()));
     QVERIFY(picture.height() > xView()->height());
@@ -631,14 +676,15 @@ void PanelTest::savesPoints() {
                                "2000000,1970-01-01T00:00:02.000000Z,'=A,nan,rad,float\r\n"
                                "2000000,1970-01-01T00:00:02.000000Z,'=A,,rad,gap\r\n" +
                                last);
-    QCOMPARE(xNotice(), QStringLiteral("4 points saved in points.csv."));
+    QCOMPARE(xNotice(), QStringLiteral("4 points saved in %1.").arg(folder.filePath("points.csv")));
     xTime().show(8.0 * a_second, 10.0 * a_second);
     fPanel->addPlot();
     fPanel->removeCurve(QStringLiteral("none"));
     xView(0)->plotCanvas()->setFocus();
     QTRY_VERIFY(xView(0)->plotCanvas()->hasFocus());
     fPanel->savePoints(folder.filePath(QStringLiteral("points.csv")), true);
-    QTRY_COMPARE(xNotice(), QStringLiteral("1 point saved in points.csv."));
+    QTRY_COMPARE(xNotice(),
+                 QStringLiteral("1 point saved in %1.").arg(folder.filePath("points.csv")));
 }
 
 void PanelTest::saysWhatCannotBeSaved() {

@@ -20,6 +20,12 @@ QString translated(const char* text) {
     return QCoreApplication::translate("memoryviewer::CurveReading", text);
 }
 
+/** The value before the gap where a curve ends with one. */
+CurvePoint lastValue(const CurveHistory& curve) {
+    const std::size_t last = curve.size() - 1;
+    return last > 0 && curve.isInterruption(last) ? curve.at(last - 1) : curve.at(last);
+}
+
 }  // namespace
 
 QString readingOf(const CurveHistory& curve, const TimeAxis& time) {
@@ -27,7 +33,7 @@ QString readingOf(const CurveHistory& curve, const TimeAxis& time) {
         return translated("no value yet");
     }
     const auto cursor = time.cursor();
-    const auto point = cursor ? curve.pointAt(*cursor) : curve.last();
+    const auto point = cursor ? curve.pointAt(*cursor) : lastValue(curve);
     const bool isAhead = cursor && *cursor > time.now();
     if (!point || isAhead || std::isnan(point->fValue)) {
         return translated("none");

@@ -35,6 +35,11 @@ namespace {
 constexpr double a_intervalsHeld = 3;
 constexpr int a_widthInCharacters = 110;
 constexpr int a_heightInLines = 30;
+constexpr int a_narrowInCharacters = 90;
+/** Of the legend below the plots: titles, a plot and two curves. */
+constexpr int a_linesBelow = 4;
+/** Milliseconds for which a success is shown. */
+constexpr int a_savedTime = 10000;
 
 }  // namespace
 
@@ -50,6 +55,7 @@ PlotPanel::PlotPanel(QWidget* parent)
       fToolBar(new PlotToolBar(fTime, fSaveActions, this)),
       fPages(new QStackedLayout),
       fContent(new QWidget(this)),
+      fColumns(new QSplitter(this)),
       fMessage(viewer::makeMessage("plotMessage", this)),
       fStatus(viewer::makeStatusLine("plotStatus", this)),
       fNotice(viewer::makeNotice("plotNotice", this)),
@@ -72,18 +78,23 @@ QSize PlotPanel::sizeHint() const {
 }
 
 void PlotPanel::xBuild() {
-    auto* columns = new QSplitter(this);
-    columns->setChildrenCollapsible(false);
-    columns->addWidget(xMakePlotArea());
-    columns->addWidget(fLegend);
-    columns->setStretchFactor(0, 1);
+    fColumns->setChildrenCollapsible(false);
+    fColumns->addWidget(xMakePlotArea());
+    fColumns->addWidget(fLegend);
+    fColumns->setStretchFactor(0, 1);
     auto* content = new QVBoxLayout(fContent);
     content->setContentsMargins(0, 0, 0, 0);
-    content->addWidget(columns);
+    content->addWidget(fColumns);
 
     fMessage->setText(tr(
         "Nothing is plotted yet.\n\nDrag keys with numbers here, or plot them from their menu."));
     fNotice->hide();
+    // A path, which is one long word, must not make the dock wide.
+    QSizePolicy policy = fNotice->sizePolicy();
+    policy.setHorizontalPolicy(QSizePolicy::Ignored);
+    fNotice->setSizePolicy(policy);
+    fSavedTimer.setSingleShot(true);
+    connect(&fSavedTimer, &QTimer::timeout, this, [this] { xSay(QString()); });
     fPages->addWidget(fMessage);
     fPages->addWidget(fContent);
     auto* column = new QVBoxLayout(this);
@@ -93,6 +104,25 @@ void PlotPanel::xBuild() {
     column->addWidget(fNotice);
     column->addLayout(fPages, 1);
     column->addWidget(fStatus);
+}
+
+void PlotPanel::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    xPlaceLegend();
+}
+
+/** Below the plots where there is no room for it beside them. */
+void PlotPanel::xPlaceLegend() {
+    const bool isNarrow = width() < a_narrowInCharacters * fontMetrics().averageCharWidth();
+    const Qt::Orientation orientation = isNarrow ? Qt::Vertical : Qt::Horizontal;
+    if (orientation == fColumns->orientation()) {
+        return;
+    }
+    fColumns->setOrientation(orientation);
+    const int legend =
+        isNarrow ? a_linesBelow * fontMetrics().height() * 5 / 4 : fLegend->sizeHint().width();
+    const int room = isNarrow ? fColumns->height() : width();
+    fColumns->setSizes({std::max(1, room - legend), legend});
 }
 
 QWidget* PlotPanel::xMakePlotArea() {
@@ -147,6 +177,10 @@ void PlotPanel::xConnectActions() {
     connect(fSaveActions, &SaveActions::pictureRequested, fSaving, &PlotSaving::askToSavePicture);
     connect(fSaveActions, &SaveActions::pointsRequested, fSaving, &PlotSaving::askToSavePoints);
     connect(fSaving, &PlotSaving::said, this, &PlotPanel::xSay);
+    connect(fSaving, &PlotSaving::saved, this, [this](const QString& text) {
+        xSay(text);
+        fSavedTimer.start(a_savedTime);
+    });
 }
 
 bool PlotPanel::addCurve(const QString& keyName, const QString& unit, CurveShape shape) {
@@ -356,6 +390,7 @@ void PlotPanel::xUpdateStatus() {
 
 /** An answer to something that the user did; it stays until the next one. */
 void PlotPanel::xSay(const QString& text) {
+    fSavedTimer.stop();
     fNotice->setText(text);
     fNotice->setAccessibleName(text);
     fNotice->setVisible(!text.isEmpty());

@@ -6,6 +6,7 @@
 #include "plot_sample.h"
 
 #include <QStringList>
+#include <QTimer>
 #include <QVariantMap>
 #include <QWidget>
 
@@ -15,6 +16,7 @@
 #include <vector>
 
 class QLabel;
+class QSplitter;
 class QStackedLayout;
 
 namespace memoryviewer {
@@ -117,11 +119,13 @@ class PlotPanel : public QWidget {
     void plottedKeysChanged();
 
   protected:
+    void resizeEvent(QResizeEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
   private:
     void xBuild();
+    void xPlaceLegend();
     QWidget* xMakePlotArea();
     void xConnectTime();
     void xConnectLegend();
@@ -152,10 +156,12 @@ class PlotPanel : public QWidget {
     PlotToolBar* fToolBar;
     QStackedLayout* fPages;
     QWidget* fContent;
+    QSplitter* fColumns;
     QLabel* fMessage;
     QLabel* fStatus;
     QLabel* fNotice;
     CurveLegend* fLegend;
+    QTimer fSavedTimer;
 };
 
 }  // namespace memoryviewer

@@ -20,7 +20,7 @@ namespace memoryviewer {
 namespace {
 
 QString shownName(const QString& fileName) {
-    return viewer::plainText(QFileInfo(fileName).fileName().toStdString());
+    return viewer::plainText(QFileInfo(fileName).absoluteFilePath().toStdString());
 }
 
 }  // namespace
@@ -58,7 +58,7 @@ void PlotSaving::savePicture(const QString& fileName) {
     PlotView& plot = fPlots->plot(fPlots->current());
     const QString error =
         memoryviewer::savePicture(plotPicture(plot, fChoice->entriesOf(plot)), fileName);
-    Q_EMIT said(error.isEmpty() ? tr("Picture saved in %1.").arg(shownName(fileName)) : error);
+    xTell(error, tr("Picture saved in %1.").arg(shownName(fileName)));
 }
 
 void PlotSaving::savePoints(const QString& fileName, bool onlyShown) {
@@ -86,7 +86,15 @@ void PlotSaving::xOnExported(const QString& fileName, qint64 rows, const QString
     const QString done = rows == 1
                              ? tr("1 point saved in %1.").arg(name)
                              : tr("%1 points saved in %2.").arg(QLocale().toString(rows), name);
-    Q_EMIT said(error.isEmpty() ? done : error);
+    xTell(error, done);
+}
+
+void PlotSaving::xTell(const QString& error, const QString& done) {
+    if (error.isEmpty()) {
+        Q_EMIT saved(done);
+    } else {
+        Q_EMIT said(error);
+    }
 }
 
 }  // namespace memoryviewer

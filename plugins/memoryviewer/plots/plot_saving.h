@@ -31,8 +31,11 @@ class PlotSaving : public QObject {
   Q_SIGNALS:
     /** An answer to the user, to be shown as plain text. */
     void said(const QString& text);
+    /** The same after a success, which needs no answer. */
+    void saved(const QString& text);
 
   private:
+    void xTell(const QString& error, const QString& done);
     void xOnExported(const QString& fileName, qint64 rows, const QString& error);
 
     const PlotStack* fPlots;

@@ -7,6 +7,8 @@
 #include <QMenu>
 #include <QToolButton>
 
+#include <cmath>
+
 namespace memoryviewer {
 
 namespace {
@@ -72,8 +74,13 @@ QMenu* PlotToolBar::xMakeSpans(TimeAxis* time) {
     auto* spans = new QMenu(this);
     for (const NamedSpan& span : a_spans) {
         const double microseconds = span.fSeconds * a_secondInMicroseconds;
-        connect(spans->addAction(tr(span.fName)), &QAction::triggered, time,
+        QAction* action = spans->addAction(tr(span.fName));
+        action->setCheckable(true);
+        connect(action, &QAction::triggered, time,
                 [time, microseconds] { time->setSpan(microseconds); });
+        connect(spans, &QMenu::aboutToShow, action, [time, action, microseconds] {
+            action->setChecked(std::abs(time->span() - microseconds) < 1);
+        });
     }
     return spans;
 }
