@@ -3,9 +3,38 @@
 #include <boost/weak_ptr.hpp>
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <fstream>
 #include <future>
+#include <string>
+#include <sys/syscall.h>
 #include <thread>
+#include <unistd.h>
 #include <vector>
+
+namespace {
+
+int threadId() {
+    return static_cast<int>(::syscall(SYS_gettid));
+}
+
+/** Waits until a thread sleeps, which it does when it waits for a lock, or has done what it was to
+ *  do behind the lock. Returns true if it sleeps. */
+bool blocks(int thread, const std::atomic<bool>& isDone) {
+    const std::string file = "/proc/self/task/" + std::to_string(thread) + "/stat";
+    char state = 0;
+    while (!isDone && state != 'S') {
+        std::string line;
+        std::ifstream stream(file);
+        std::getline(stream, line);
+        const std::size_t nameEnd = line.rfind(')');
+        state = nameEnd == std::string::npos ? '\0' : line.at(nameEnd + 2);
+        std::this_thread::yield();
+    }
+    return !isDone;
+}
+
+}  // namespace
 
 TEST(Mutex, LetsOneThreadIntoACriticalSection) {
     const auto mutex = KVMutex::createKVMutex();
@@ -44,25 +73,38 @@ TEST(MutexRW, LetsReadersInTogether) {
     EXPECT_EQ(there.wait_for(std::chrono::seconds(20)), std::future_status::ready);
 }
 
-TEST(MutexRW, LetsTheReaderInOnceMore) {
-    const auto lock = KVMutexRW::createKVMutexRW();
-    const KVCriticalSectionRead once(lock);
-    const KVCriticalSectionRead twice(lock);
-}
-
 TEST(MutexRW, KeepsWritersOutWhileOneReads) {
     const auto lock = KVMutexRW::createKVMutexRW();
-    bool written = false;
-    std::thread writer;
+    std::atomic<bool> written = false;
+    std::promise<int> writer;
+    std::thread thread;
     {
         const KVCriticalSectionRead read(lock);
-        writer = std::thread([&] {
+        thread = std::thread([&] {
+            writer.set_value(threadId());
             const KVCriticalSectionWrite write(lock);
             written = true;
         });
-        EXPECT_FALSE(written);
+        EXPECT_TRUE(blocks(writer.get_future().get(), written));
     }
-    writer.join();
-    const KVCriticalSectionRead read(lock);
+    thread.join();
     EXPECT_TRUE(written);
+}
+
+TEST(MutexRW, KeepsReadersOutWhileOneWrites) {
+    const auto lock = KVMutexRW::createKVMutexRW();
+    std::atomic<bool> hasRead = false;
+    std::promise<int> reader;
+    std::thread thread;
+    {
+        const KVCriticalSectionWrite write(lock);
+        thread = std::thread([&] {
+            reader.set_value(threadId());
+            const KVCriticalSectionRead read(lock);
+            hasRead = true;
+        });
+        EXPECT_TRUE(blocks(reader.get_future().get(), hasRead));
+    }
+    thread.join();
+    EXPECT_TRUE(hasRead);
 }

@@ -36,9 +36,9 @@ class ROBAXI_EXPORT KVBroker {
      * @param parentIP address of a broker to which this one belongs, or empty. The parent is
      *                 connected to before this returns.
      * @param parentPort the parent's port, 1 to 65535; 0 only with an empty `parentIP`
-     * @param flags kept for the callers of earlier clients; has no effect here
-     * @param path kept for the callers of earlier clients; has no effect here
-     * @param keepAlive kept for the callers of earlier clients; has no effect here
+     * @param flags has no effect
+     * @param path has no effect
+     * @param keepAlive has no effect
      * @throws KVError InvalidArgument for a port out of range or an empty name; AddressInUse or
      *         CannotListen when it cannot listen; the causes of a failed connection when the parent
      *         cannot be reached within two seconds

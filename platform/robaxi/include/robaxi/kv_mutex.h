@@ -29,8 +29,8 @@ class ROBAXI_EXPORT KVMutex {
  * A lock for many readers or one writer. Taken through KVCriticalSectionRead and
  * KVCriticalSectionWrite.
  *
- * A thread that holds it for reading may take it for reading once more; every other second taking
- * by the same thread is a deadlock.
+ * Not recursive: a thread that holds it, for reading too, must not take it again. A writer that
+ * waits in between may keep it out for ever.
  */
 class ROBAXI_EXPORT KVMutexRW {
   public:

@@ -33,7 +33,7 @@ class ROBAXI_EXPORT KVProxy {
      * @param port 1 to 65535
      * @param broker the broker to go through; kept alive by the proxy
      * @param timeOut seconds, at least 1
-     * @param flags kept for the callers of earlier clients; has no effect here
+     * @param flags has no effect
      * @throws KVError InvalidArgument for an empty name, no broker or a number out of its range;
      *         else, within the time-out, when nothing listens there, nothing answers, or there is
      *         no such module: its text names module, address, port and cause
