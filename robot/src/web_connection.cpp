@@ -42,7 +42,9 @@ void WebConnection::start() {
     http::async_read_header(
         fStream, fBuffer, fParser,
         [self = shared_from_this()](const error_code& error, std::size_t) {
-            if (error == http::error::end_of_stream || error == boost::beast::error::timeout) {
+            self->fIsWaitingForRequest = false;
+            if (error == http::error::end_of_stream || error == boost::beast::error::timeout ||
+                error == boost::asio::error::operation_aborted) {
                 return;
             }
             const auto& request = self->fParser.get();
@@ -50,6 +52,11 @@ void WebConnection::start() {
                                 : self->fSite.answer(std::string(request.method_string()),
                                                      std::string(request.target())));
         });
+}
+
+void WebConnection::close() {
+    fIsWaitingForRequest = false;
+    fStream.close();
 }
 
 void WebConnection::xAnswer(WebAnswer answer) {

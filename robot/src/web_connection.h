@@ -36,6 +36,11 @@ class WebConnection : public std::enable_shared_from_this<WebConnection> {
 
     void start();
 
+    /** Returns true while its request has not arrived. */
+    bool isWaitingForRequest() const { return fIsWaitingForRequest; }
+    /** Ends it at once. */
+    void close();
+
   private:
     void xAnswer(WebAnswer answer);
     void xSend();
@@ -54,6 +59,7 @@ class WebConnection : public std::enable_shared_from_this<WebConnection> {
     boost::beast::http::request_parser<boost::beast::http::empty_body> fParser;
     WebAnswer fAnswer;
     std::uint64_t fBodyTaken = 0;  // bytes of the body that have been put into fOutput
+    bool fIsWaitingForRequest = true;
     std::string fOutput;
     std::size_t fOutputSent = 0;
     std::array<char, 1024> fDiscarded{};

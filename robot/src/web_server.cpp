@@ -8,8 +8,11 @@
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/address.hpp>
 #include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/steady_timer.hpp>
 
+#include <algorithm>
+#include <iostream>
+#include <list>
+#include <sockets/listener.h>
 #include <stdexcept>
 #include <thread>
 #include <utility>
@@ -19,18 +22,18 @@ namespace robot {
 namespace {
 
 using boost::asio::ip::tcp;
-using boost::system::error_code;
 
-constexpr int a_mostConnections = 64;
-constexpr std::chrono::milliseconds a_timeToRecover(100);
+constexpr std::size_t a_mostConnections = 64;
 
-void listen(tcp::acceptor& acceptor, const std::string& address, int port) {
+tcp::acceptor listen(boost::asio::io_context& context, const std::string& address, int port) {
+    tcp::acceptor acceptor(context);
     const tcp::endpoint place(boost::asio::ip::make_address(address),
                               static_cast<std::uint16_t>(port));
     acceptor.open(place.protocol());
     acceptor.set_option(tcp::acceptor::reuse_address(true));
     acceptor.bind(place);
     acceptor.listen();
+    return acceptor;
 }
 
 }  // namespace
@@ -39,46 +42,49 @@ struct WebServer::Private {
     Private(std::shared_ptr<const WebPage> page, std::string icon)
         : fSite(std::move(page), std::move(icon)) {}
 
-    void accept();
     void serve(tcp::socket socket);
-    void connectionClosed();
+    bool makeRoom();
+    void connectionClosed(std::list<WebConnection*>::iterator position);
 
     WebSite fSite;
-    int fConnections = 0;
-    bool fEnding = false;  // set when no handler runs any more
+    std::list<WebConnection*> fConnections;  // oldest first; they own themselves
+    bool fEnding = false;                    // set when no handler runs any more
     boost::asio::io_context fContext{1};
-    tcp::acceptor fAcceptor{fContext};
-    boost::asio::steady_timer fRecovery{fContext};
+    sockets::Listener fListener{
+        fContext,
+        sockets::Importance::Convenient,
+        {[this](tcp::socket socket) { serve(std::move(socket)); }, [this] { return makeRoom(); },
+         [](const std::string& text) { std::cerr << "robaxi-robot: HTTP: " + text + "\n"; }}};
     std::thread fThread;
 };
 
-void WebServer::Private::accept() {
-    fAcceptor.async_accept([this](const error_code& error, tcp::socket socket) {
-        if (!error) {
-            serve(std::move(socket));
-            return;
-        }
-        // No descriptor left, say: there will be one again.
-        fRecovery.expires_after(a_timeToRecover);
-        fRecovery.async_wait([this](const error_code&) { accept(); });
-    });
-}
-
 void WebServer::Private::serve(tcp::socket socket) {
-    ++fConnections;
-    std::make_shared<WebConnection>(std::move(socket), fSite, [this] {
-        connectionClosed();
-    })->start();
-    if (fConnections < a_mostConnections) {
-        accept();
+    if (fConnections.size() + 1 >= a_mostConnections && !makeRoom()) {
+        fListener.pause();
     }
+    const auto position = fConnections.insert(fConnections.end(), nullptr);
+    const auto connection = std::make_shared<WebConnection>(
+        std::move(socket), fSite, [this, position] { connectionClosed(position); });
+    *position = connection.get();
+    connection->start();
 }
 
-void WebServer::Private::connectionClosed() {
-    const bool wasFull = fConnections == a_mostConnections;
-    --fConnections;
-    if (wasFull && !fEnding) {
-        accept();
+/** Ends the connection that has been waiting longest for its request. */
+bool WebServer::Private::makeRoom() {
+    const auto waiting =
+        std::find_if(fConnections.begin(), fConnections.end(),
+                     [](const WebConnection* each) { return each->isWaitingForRequest(); });
+    if (waiting == fConnections.end()) {
+        return false;
+    }
+    (*waiting)->close();
+    return true;
+}
+
+void WebServer::Private::connectionClosed(std::list<WebConnection*>::iterator position) {
+    fConnections.erase(position);
+    if (!fEnding) {
+        fListener.resume();
     }
 }
 
@@ -86,13 +92,12 @@ WebServer::WebServer(const std::string& address, int port, std::shared_ptr<const
                      std::string icon)
     : fPrivate(std::make_unique<Private>(std::move(page), std::move(icon))) {
     try {
-        listen(fPrivate->fAcceptor, address, port);
+        fPrivate->fListener.add(listen(fPrivate->fContext, address, port));
     } catch (const boost::system::system_error& failure) {
         throw std::runtime_error("cannot listen on " + endpointText(address, port) +
                                  " for HTTP: " + failure.code().message() +
                                  " (--http-port takes another port, or 0 for none)");
     }
-    fPrivate->accept();
     fPrivate->fThread = std::thread([this] { fPrivate->fContext.run(); });
 }
 

@@ -14,8 +14,9 @@ class WebPage;
  * Serves the robot's page and its icon over HTTP, on one thread of its own.
  *
  * A client holds nothing but its own connection: at most 64 are open at a time, a request must
- * have arrived after 5 seconds and its answer have been taken after 20, however it dawdles. All
- * operations may be called from any thread.
+ * have arrived after 5 seconds and its answer have been taken after 20, however it dawdles. When
+ * there are 64, or file descriptors run out, the connection that has waited longest for its request
+ * makes room. All operations may be called from any thread.
  */
 class WebServer {
   public:

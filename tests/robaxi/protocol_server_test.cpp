@@ -4,6 +4,7 @@
 #include "raw_peer.h"
 #include "test_broker.h"
 
+#include <robaxi/kv_connection.h>
 #include <robaxi/kv_proxy.h>
 #include <robaxi/kv_value_table.h>
 
@@ -248,4 +249,64 @@ TEST(ProtocolServerConnection, MayBeSilentAsLongAsASession) {
     ASSERT_TRUE(channel->WaitForConnected(deadline));
     ASSERT_TRUE(channel->WaitForStateChange(GRPC_CHANNEL_READY, deadline)) << "it is never closed";
     EXPECT_GE(std::chrono::steady_clock::now() - start, silence);
+}
+
+/** A server whose connections have two seconds to say hello. */
+class HelloTime : public testing::Test {
+  protected:
+    static constexpr std::chrono::milliseconds a_heartbeat{100};
+    static constexpr std::chrono::milliseconds a_longer = 25 * a_heartbeat;
+
+    HelloTime() {
+        KVSettings settings;
+        settings.fLimits.fHeartbeat = a_heartbeat;
+        settings.fLimits.fLoss = std::chrono::seconds(20);
+        fServer =
+            KVBroker::createBroker("Robot", "", findFreePort(), "", 0, 0, "", false, settings);
+        KVKeyInfo key;
+        key.fName = "a";
+        fKey = fTable->addKey(key, 0);
+        const auto memory = boost::make_shared<KVModule>("Memory", "");
+        memory->setValues(fTable);
+        fServer->addModule(memory);
+    }
+
+    BrokerPtr fServer;
+    boost::shared_ptr<KVValueTable> fTable = boost::make_shared<KVValueTable>();
+    std::uint32_t fKey = 0;
+};
+
+TEST_F(HelloTime, IsForConnectionsOfNobodyWhoIsInASession) {
+    for (const char* address : {"127.0.0.1", "::1"}) {
+        const auto connection = KVConnection::open(makeClient(), address, fServer->getPort(), 20);
+        const auto start = std::chrono::steady_clock::now();
+        while (std::chrono::steady_clock::now() - start < a_longer) {
+            ASSERT_EQ(connection->getModules(20).size(), 1U) << address;
+        }
+    }
+}
+
+TEST_F(HelloTime, IsNotForTheConnectionOfASubscription) {
+    RawClient session(fServer->getPort());
+    RawClient other(fServer->getPort());
+    grpc::ClientContext context;
+    const auto stream = other.stub().Subscribe(&context);
+    v1::SubscriptionRequest request;
+    request.mutable_start()->set_session_id(session.hello().session_id());
+    request.mutable_start()->set_module("Memory");
+    request.mutable_start()->set_all_keys(true);
+    request.mutable_start()->set_rate(20);
+    ASSERT_TRUE(stream->Write(request));
+    const auto start = std::chrono::steady_clock::now();
+    v1::ClientMessage beat;
+    for (int n = 1; std::chrono::steady_clock::now() - start < a_longer; ++n) {
+        beat.mutable_heartbeat()->set_number(static_cast<std::uint64_t>(n));
+        ASSERT_TRUE(session.send(beat));
+        fTable->setValue(fKey, n);
+        v1::SubscriptionUpdate update;
+        ASSERT_TRUE(stream->Read(&update)) << "after " << n << " updates";
+        v1::SubscriptionRequest consumed;
+        consumed.set_consumed(update.number());
+        ASSERT_TRUE(stream->Write(consumed));
+    }
 }

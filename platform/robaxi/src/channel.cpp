@@ -62,8 +62,6 @@ void configureServer(grpc::ServerBuilder& builder, const KVSettings::Limits& lim
     keepGrpcQuiet();
     builder.SetMaxReceiveMessageSize(largestBatch(limits));
     builder.SetMaxSendMessageSize(largestBatch(limits));
-    // Two robots on one port would each get every second connection.
-    builder.AddChannelArgument(GRPC_ARG_ALLOW_REUSEPORT, 0);
     builder.AddChannelArgument(
         GRPC_ARG_MAX_CONCURRENT_STREAMS,
         static_cast<int>(

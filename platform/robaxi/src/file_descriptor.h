@@ -25,6 +25,8 @@ class FileDescriptor {
     FileDescriptor& operator=(const FileDescriptor&) = delete;
 
     int get() const { return fDescriptor; }
+    /** Gives the descriptor to the caller. */
+    int release() { return std::exchange(fDescriptor, -1); }
 
   private:
     int fDescriptor;

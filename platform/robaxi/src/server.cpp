@@ -4,9 +4,13 @@
 #include "deadline.h"
 #include "frame_server.h"
 #include "grpc_handover.h"
+#include "limits.h"
 #include "server_session.h"
 #include "socket_address.h"
 #include "subscription_server.h"
+#include "warning.h"
+
+#include <boost/system/system_error.hpp>
 
 #include <algorithm>
 #include <random>
@@ -65,25 +69,47 @@ Server::Server(std::shared_ptr<Runtime> runtime, std::shared_ptr<HostedModules> 
       fSecurity(fRuntime->fSettings.fServer),
       fCalls(TaskPool::create(limits::a_methodThreads)),
       fService(std::make_unique<Service>(*this)) {
-    const Deadline deadline = deadlineAfter(a_listenTimeOut);
+    auto listening = listenOn(address, port, deadlineAfter(a_listenTimeOut));
+    xStartGrpc();
+    xAccept(std::move(listening));
+}
+
+void Server::xStartGrpc() {
     grpc::ServerBuilder builder;
     configureServer(builder, limits());
-    for (const SocketAddress& local : findLocalAddresses(address, port, deadline)) {
-        builder.AddListeningPort(local.toString(), fSecurity.credentials());
-    }
+    using Type = grpc::ServerBuilder::experimental_type::ExternalConnectionType;
+    fEntrance = builder.experimental().AddExternalConnectionAcceptor(Type::FROM_FD,
+                                                                     fSecurity.credentials());
     builder.RegisterService(fService.get());
     giveToGrpc(this);
     fServer = builder.BuildAndStart();
     if (!fServer) {
-        findLocalAddresses(address, port, deadline);  // says so if the port was taken just now
         throw Failure{KVError::Cause::CannotListen, {}};
     }
 }
 
-Server::~Server() {
-    if (fServer) {
-        fServer->Shutdown(std::chrono::system_clock::now());
+void Server::xAccept(std::vector<FileDescriptor> listening) {
+    ConnectionAcceptor::Settings settings;
+    settings.fTimeForHello = limits::silenceOfClient(limits());
+    settings.fHandOver = [this](int descriptor) {
+        grpc::experimental::ExternalConnectionAcceptor::NewConnectionParameters connection;
+        connection.fd = descriptor;
+        fEntrance->HandleNewConnection(&connection);
+    };
+    settings.fReport = [name = brokerName()](const std::string& text) { warn(name, text); };
+    // Sessions use it, and may start while it is being made.
+    fAcceptor = std::make_unique<ConnectionAcceptor>(std::move(settings));
+    try {
+        fAcceptor->start(std::move(listening));
+    } catch (const boost::system::system_error& failure) {
+        throw Failure{KVError::Cause::CannotListen, failure.code().message()};
     }
+}
+
+Server::~Server() {
+    // First, since gRPC does not close what it is given after its end.
+    fAcceptor->stop();
+    fServer->Shutdown(std::chrono::system_clock::now());
     fCalls->stop();
 }
 

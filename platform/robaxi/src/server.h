@@ -1,6 +1,7 @@
 #ifndef ROBAXI_SERVER_H
 #define ROBAXI_SERVER_H
 
+#include "connection_acceptor.h"
 #include "failure.h"
 #include "hosted_modules.h"
 #include "robaxi/v1/robaxi.grpc.pb.h"
@@ -16,6 +17,7 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 namespace robaxi {
 
@@ -46,6 +48,8 @@ class Server {
     const std::shared_ptr<TimerThread>& timers() const { return fRuntime->fTimers; }
     const std::shared_ptr<HostedModules>& modules() const { return fModules; }
     const std::shared_ptr<TaskPool>& calls() const { return fCalls; }
+    /** Lets a connection stay: its client is in a session. */
+    void welcome(const std::string& peer) { fAcceptor->welcome(peer); }
     void sessionEnded(std::uint64_t id);
     /** Counts a stream to its session. Returns the reason why it is refused, if it is. */
     std::optional<Failure> joinSession(SideStream* stream, std::uint64_t sessionId);
@@ -55,6 +59,8 @@ class Server {
   private:
     class Service;
 
+    void xStartGrpc();
+    void xAccept(std::vector<FileDescriptor> listening);
     grpc::ServerBidiReactor<v1::ClientBatch, v1::ServerBatch>* xOpenSession(
         grpc::CallbackServerContext* context);
     bool xHasRoomFor(const std::string& address) const;
@@ -69,6 +75,8 @@ class Server {
     const std::shared_ptr<TaskPool> fCalls;
     std::unique_ptr<Service> fService;
     std::unique_ptr<grpc::Server> fServer;
+    std::unique_ptr<grpc::experimental::ExternalConnectionAcceptor> fEntrance;
+    std::unique_ptr<ConnectionAcceptor> fAcceptor;
 
     std::mutex fMutex;
     std::unordered_map<std::uint64_t, std::shared_ptr<ServerSession>> fSessions;

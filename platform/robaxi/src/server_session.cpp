@@ -1,5 +1,6 @@
 #include "server_session.h"
 
+#include "connection_acceptor.h"
 #include "failure.h"
 #include "grpc_handover.h"
 #include "limits.h"
@@ -24,9 +25,10 @@ v1::ServerMessage makeError(std::uint64_t callId, KVError::Cause cause, const st
     return message;
 }
 
-/** Without the port, as of "ipv4:192.168.1.20:40000". */
+/** Without the port. */
 std::string addressOf(const std::string& peer) {
-    return peer.substr(0, peer.rfind(':'));
+    const std::string readable = readablePeer(peer);
+    return readable.substr(0, readable.rfind(':'));
 }
 
 KVValue::List decodeArguments(const v1::Call& call, int deepest) {
@@ -174,6 +176,7 @@ void ServerSession::xHandleHello(const v1::Hello& hello) {
         return;
     }
     fHasHello = true;
+    fServer.welcome(fContext->peer());
     fOut.setPeerTakesFragments(hello.takes_fragments());
     v1::ServerMessage message;
     v1::HelloReply* reply = message.mutable_hello_reply();

@@ -99,6 +99,7 @@ class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public Sid
             xEnd(refusal->fCause, refusal->fDetail);
             return nullptr;
         }
+        fServer.welcome(fContext->peer());
         {
             // Before the module is looked for: if it is removed after that, moduleRemoved() knows.
             const std::lock_guard lock(fMutex);

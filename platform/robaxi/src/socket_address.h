@@ -2,6 +2,7 @@
 #define ROBAXI_SOCKET_ADDRESS_H
 
 #include "deadline.h"
+#include "file_descriptor.h"
 
 #include <string>
 #include <sys/socket.h>
@@ -32,13 +33,14 @@ struct SocketAddress {
 std::vector<SocketAddress> resolve(const std::string& host, int port, Deadline deadline);
 
 /**
- * The addresses to listen on for a host name (all that it has on this machine) or a numeric
- * address, or the one that stands for every address of the machine when `host` is empty.
+ * Listens on all addresses that a host name or a numeric address has on this machine, or on every
+ * address of the machine, of IPv4 and IPv6, when `host` is empty or "0.0.0.0".
  *
+ * @return the sockets, which do not block
  * @throws Failure NameNotFound, TimedOut; AddressInUse when one of them is taken, CannotListen when
  *         none can be used
  */
-std::vector<SocketAddress> findLocalAddresses(const std::string& host, int port, Deadline deadline);
+std::vector<FileDescriptor> listenOn(const std::string& host, int port, Deadline deadline);
 
 /**
  * Finds out which of some addresses something listens on, by connecting to all of them at once.

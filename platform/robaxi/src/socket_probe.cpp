@@ -94,20 +94,19 @@ bool hasIpv6() {
     return FileDescriptor(::socket(AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0)).get() >= 0;
 }
 
-/** Listens for a moment. Returns 0, or the error of the system. */
-int tryToListen(const SocketAddress& address) {
-    const FileDescriptor socket(
-        ::socket(address.fStorage.ss_family, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    // The same options as gRPC's own listening socket, so that the outcome is the same.
+/** Returns a socket that listens, or none with errno set. */
+FileDescriptor tryToListen(const SocketAddress& address) {
+    FileDescriptor socket(
+        ::socket(address.fStorage.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     const int on = 1;
     const int off = 0;
     ::setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
     if (address.fStorage.ss_family == AF_INET6) {
         ::setsockopt(socket.get(), IPPROTO_IPV6, IPV6_V6ONLY, &off, sizeof off);
     }
-    const bool listens =
-        ::bind(socket.get(), address.raw(), address.fLength) == 0 && ::listen(socket.get(), 1) == 0;
-    return listens ? 0 : errno;
+    const bool listens = ::bind(socket.get(), address.raw(), address.fLength) == 0 &&
+                         ::listen(socket.get(), SOMAXCONN) == 0;
+    return listens ? std::move(socket) : FileDescriptor(-1);
 }
 
 }  // namespace
@@ -137,26 +136,25 @@ SocketAddress findListener(const std::vector<SocketAddress>& addresses, Deadline
     }
 }
 
-std::vector<SocketAddress> findLocalAddresses(const std::string& host, int port,
-                                              Deadline deadline) {
+std::vector<FileDescriptor> listenOn(const std::string& host, int port, Deadline deadline) {
+    const bool isEvery = host.empty() || host == "0.0.0.0";
     const std::string every = hasIpv6() ? "::" : "0.0.0.0";
-    std::vector<SocketAddress> usable;
+    std::vector<FileDescriptor> listening;
     int error = 0;
-    for (const SocketAddress& address : resolve(host.empty() ? every : host, port, deadline)) {
-        const int outcome = tryToListen(address);
-        if (outcome == EADDRINUSE) {
+    for (const SocketAddress& address : resolve(isEvery ? every : host, port, deadline)) {
+        FileDescriptor socket = tryToListen(address);
+        if (socket.get() >= 0) {
+            listening.push_back(std::move(socket));
+        } else if (errno == EADDRINUSE) {
             throw Failure{KVError::Cause::AddressInUse, {}};
-        }
-        if (outcome == 0) {
-            usable.push_back(address);
         } else {
-            error = outcome;
+            error = errno;
         }
     }
-    if (usable.empty()) {
+    if (listening.empty()) {
         throw Failure{KVError::Cause::CannotListen, errorText(error)};
     }
-    return usable;
+    return listening;
 }
 
 }  // namespace robaxi
