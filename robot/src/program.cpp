@@ -9,7 +9,7 @@
 #include <csignal>
 #include <exception>
 #include <iostream>
-#include <poll.h>
+#include <sockets/line_writer.h>
 #include <unistd.h>
 
 namespace robot {
@@ -18,16 +18,8 @@ namespace {
 
 constexpr int a_couldNotStart = 1;
 
-/**
- * Writes one line, whole and at once. It is dropped when nobody reads what was written before: a
- * robot does not wait for its reader. Lines are shorter than what a pipe takes when it is ready.
- */
 void writeLine(int file, const std::string& line) {
-    const std::string text = "robaxi-robot: " + line + '\n';
-    pollfd waited{file, POLLOUT, 0};
-    if (poll(&waited, 1, 0) == 1) {
-        [[maybe_unused]] const ssize_t written = write(file, text.data(), text.size());
-    }
+    sockets::writeLine(file, "robaxi-robot: " + line);
 }
 
 void say(const std::string& line) {

@@ -10,11 +10,12 @@
 #include <boost/asio/ip/tcp.hpp>
 
 #include <algorithm>
-#include <iostream>
 #include <list>
+#include <sockets/line_writer.h>
 #include <sockets/listener.h>
 #include <stdexcept>
 #include <thread>
+#include <unistd.h>
 #include <utility>
 
 namespace robot {
@@ -54,7 +55,9 @@ struct WebServer::Private {
         fContext,
         sockets::Importance::Convenient,
         {[this](tcp::socket socket) { serve(std::move(socket)); }, [this] { return makeRoom(); },
-         [](const std::string& text) { std::cerr << "robaxi-robot: HTTP: " + text + "\n"; }}};
+         [](const std::string& text) {
+             sockets::writeLine(STDERR_FILENO, "robaxi-robot: HTTP: " + text);
+         }}};
     std::thread fThread;
 };
 

@@ -339,3 +339,27 @@ TEST_F(Call, ShowsTheModulesAndTheirMethods) {
     EXPECT_EQ(info.fMethods[0].fSignature, "echo(value)");
     EXPECT_FALSE(info.fHasValues);
 }
+
+TEST_F(Call, BeyondWhatTheRobotTakesWaitsWithoutALoss) {
+    constexpr int posts = 3000;
+    fModule->bindMethod({"hold", "hold(number: int)", "Waits"}, {KVValue::Type::Int},
+                        [this](const KVValue::List&) {
+                            fLatch.enter();
+                            return KVValue();
+                        });
+    KVProxy proxy = makeProxy("Slow");
+    const auto connection = KVConnection::open(fClient, a_loopback, fServer->getPort(), 20);
+    for (int n = 0; n < posts; ++n) {
+        proxy.pCall("hold", n);
+    }
+    ASSERT_TRUE(fLatch.waitForEntries(8));
+    // Longer than a silent robot is waited for. It answers no heartbeat now.
+    const auto start = Clock::now();
+    while (secondsSince(start) < 2.5) {
+        ASSERT_TRUE(connection->isConnected());
+        std::this_thread::yield();
+    }
+    fLatch.open();
+    EXPECT_TRUE(fLatch.waitForEntries(posts));
+    EXPECT_EQ(proxy.call<std::string>("wait"), "waited");
+}

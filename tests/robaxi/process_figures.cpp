@@ -5,6 +5,7 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <unistd.h>
 
 namespace robaxi_test {
 
@@ -60,6 +61,13 @@ std::size_t countDescriptors() {
 
 std::size_t countThreads() {
     return countEntries("/proc/self/task");
+}
+
+std::size_t residentBytes() {
+    std::size_t pages = 0;
+    std::size_t residentPages = 0;
+    std::ifstream("/proc/self/statm") >> pages >> residentPages;
+    return residentPages * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
 }
 
 }  // namespace robaxi_test

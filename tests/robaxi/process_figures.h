@@ -10,6 +10,7 @@ namespace robaxi_test {
 std::size_t countListeningSockets();
 std::size_t countDescriptors();
 std::size_t countThreads();
+std::size_t residentBytes();
 ///@}
 
 }  // namespace robaxi_test

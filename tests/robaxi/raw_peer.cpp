@@ -51,6 +51,11 @@ bool RawClient::receive(v1::ServerMessage& message) {
     return true;
 }
 
+bool RawClient::receiveSignOfLife() {
+    return fNext == fBatch.messages_size() && fSession->Read(&fBatch) &&
+           fBatch.messages(0).has_heartbeat();
+}
+
 v1::Result RawClient::echo(const v1::Value& argument) {
     v1::ClientMessage message;
     message.mutable_call()->set_call_id(++fLastCallId);

@@ -30,6 +30,8 @@ class RawClient {
 
     /** The next message that is no heartbeat; false when the robot has ended the session. */
     bool receive(v1::ServerMessage& message);
+    /** Waits for a heartbeat that was not asked for; false when another message comes first. */
+    bool receiveSignOfLife();
     /** Sends a call of Echo.echo with one argument and returns its end. */
     v1::Result echo(const v1::Value& argument);
     /** Sends nothing more and waits for the end of the session. */

@@ -34,6 +34,9 @@ constexpr int a_silentHeartbeatsOfClient = 20;
 inline std::chrono::milliseconds silenceOfClient(const KVSettings::Limits& limits) {
     return limits.fHeartbeat * a_silentHeartbeatsOfClient;
 }
+/** The same while the robot reads nothing, because too much waits to be sent: a minute by default in
+ *  which the client takes nothing of it. */
+constexpr int a_untakingHeartbeatsOfClient = 240;
 /** Heartbeats that a client sends, at least, in the time after which its robot gives it up. */
 constexpr int a_heartbeatsInSilence = 4;
 
@@ -44,10 +47,17 @@ constexpr std::size_t a_methodThreads = 8;
 constexpr std::size_t a_noticeThreads = 4;
 /** Calls of one session that wait for a thread. */
 constexpr std::size_t a_waitingCalls = 1024;
-/** The same in bytes of arguments, and bytes of one session that wait to be sent. */
+/** Bytes of one session that wait: arguments of calls for a thread, and messages to be sent. */
 constexpr std::size_t waitingBytes(std::size_t largestMessage) {
     return 4 * largestMessage;
 }
+/** Counted for each message that waits, besides its bytes. */
+constexpr std::size_t a_costOfMessage = 256;
+/** With more bytes waiting, messages wait serialised, since as objects they take several times their
+ *  size. With fewer it would only take time. */
+constexpr std::size_t a_packFrom = std::size_t{1024} * 1024;
+/** A session that has kept more bytes waiting gives its memory back to the system at its end. */
+constexpr std::size_t a_muchMemory = std::size_t{4} * 1024 * 1024;
 
 /** Bytes of one stream that a client lets a robot have on the network: enough for 200 MB/s with a
  *  round trip of 2 ms, and a twentieth of a second of a slow network (100 Mbit/s). */

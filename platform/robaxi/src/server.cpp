@@ -13,6 +13,7 @@
 #include <boost/system/system_error.hpp>
 
 #include <algorithm>
+#include <malloc.h>
 #include <random>
 #include <utility>
 
@@ -184,7 +185,13 @@ void Server::sessionEnded(std::uint64_t id) {
             }
         }
     }
+    const bool hasKeptMuch = session->hasKeptMuch();
     xLetGo(std::move(session));
+    if (hasKeptMuch) {
+        // The freed memory is scattered over the arenas of several threads, none of which gives it
+        // back to the system by itself.
+        fCalls->post([] { ::malloc_trim(0); });
+    }
 }
 
 void Server::streamEnded(SideStream* stream) {

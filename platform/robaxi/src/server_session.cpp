@@ -9,6 +9,7 @@
 #include "server.h"
 #include "value_codec.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace robaxi {
@@ -45,6 +46,7 @@ KVValue::List decodeArguments(const v1::Call& call, int deepest) {
 ServerSession::ServerSession(Server& server, grpc::CallbackServerContext* context, std::uint64_t id)
     : fServer(server),
       fModules(server.modules()),
+      fCallPool(server.calls()),
       fContext(context),
       fId(id),
       fPeerAddress(addressOf(context->peer())),
@@ -76,14 +78,60 @@ void ServerSession::OnReadDone(bool ok) {
         return;
     }
     fSilentHeartbeats = 0;
-    for (v1::ClientMessage& message : *fIncoming.mutable_messages()) {
-        if (!xReceive(message)) {
+    fNextIncoming = 0;
+    xHandleBatch();
+}
+
+/** Handles the rest of the batch, as far as there is room for it. */
+void ServerSession::xHandleBatch() {
+    while (fNextIncoming < fIncoming.messages_size()) {
+        if (!xMayHandle()) {
+            return;
+        }
+        if (!xReceive(*fIncoming.mutable_messages(fNextIncoming++))) {
             fStatus = grpc::Status(grpc::StatusCode::INVALID_ARGUMENT, "unreadable parts");
             xFinishWhen(fOut.close());
             break;
         }
     }
     xRead();
+}
+
+bool ServerSession::xMayHandle() {
+    const std::lock_guard lock(fMutex);
+    fIsPaused = !xHasRoomForCall();
+    return !fIsPaused;
+}
+
+bool ServerSession::xHasRoomForCall() const {
+    const std::size_t bytes = fWaitingBytes + fOut.waitingBytes();
+    return fWaiting.size() < limits::a_waitingCalls &&
+           bytes + fLimits.fMessage <= limits::waitingBytes(fLimits.fMessage);
+}
+
+bool ServerSession::xHasRoomForResult() const {
+    return fHasEnded ||
+           fOut.waitingBytes() + fLimits.fMessage <= limits::waitingBytes(fLimits.fMessage);
+}
+
+/** At the end of a write. */
+void ServerSession::xResume() {
+    {
+        const std::lock_guard lock(fMutex);
+        if (!fIsPaused || !xHasRoomForCall()) {
+            return;
+        }
+        fIsPaused = false;
+    }
+    fSilentHeartbeats = 0;
+    xHandleBatch();
+}
+
+/** Tells the client that the robot lives though it reads nothing, and lets xResume() be called. */
+void ServerSession::xKeepAwake() {
+    v1::ServerMessage sign;
+    sign.mutable_heartbeat();
+    fOut.pushIfEmpty(std::move(sign));
 }
 
 bool ServerSession::xReceive(v1::ClientMessage& message) {
@@ -98,6 +146,8 @@ bool ServerSession::xReceive(v1::ClientMessage& message) {
 void ServerSession::OnWriteDone(bool ok) {
     const GrpcReaction reaction(this);
     xFinishWhen(fOut.writeDone(ok));
+    xUnpark(limits::a_methodThreads);
+    xResume();
 }
 
 void ServerSession::OnCancel() {
@@ -110,13 +160,15 @@ void ServerSession::OnDone() {
     takeFromGrpc(this);
     fSilence.stop();
     {
+        // What was posted is still run, and nothing else.
         const std::lock_guard lock(fMutex);
         fHasEnded = true;
-        for (const auto& [id, work] : fCalls) {
-            work->fIsCancelled = true;
-        }
+        fWaiting.erase(std::remove_if(fWaiting.begin(), fWaiting.end(),
+                                      [](const WorkPtr& work) { return work->fId != 0; }),
+                       fWaiting.end());
         fCalls.clear();
     }
+    xUnpark(limits::a_waitingCalls);
     fServer.sessionEnded(fId);
 }
 
@@ -128,9 +180,18 @@ void ServerSession::xFinishWhen(bool now) {
 }
 
 void ServerSession::xCheckSilence() {
-    if (++fSilentHeartbeats > limits::a_silentHeartbeatsOfClient) {
+    bool isPaused = false;
+    {
+        const std::lock_guard lock(fMutex);
+        isPaused = fIsPaused;
+    }
+    if (++fSilentHeartbeats >
+        (isPaused ? limits::a_untakingHeartbeatsOfClient : limits::a_silentHeartbeatsOfClient)) {
         fContext->TryCancel();
         return;
+    }
+    if (isPaused) {
+        xKeepAwake();
     }
     fSilence.startAt(TimerThread::Clock::now() + fLimits.fHeartbeat);
 }
@@ -220,29 +281,21 @@ void ServerSession::xHandleListModules(const v1::ListModules& question) {
 }
 
 void ServerSession::xHandleCall(v1::Call&& call) {
-    auto work = std::make_shared<Work>();
-    work->fCall = std::move(call);
-    work->fSize = work->fCall.ByteSizeLong();
-    if (!xAdmit(work)) {
-        xSendError(work->fCall.call_id(), KVError::Cause::Internal,
-                   "too many calls of this program wait for the robot", false);
-        return;
+    {
+        const std::lock_guard lock(fMutex);
+        const auto work =
+            std::make_shared<Work>(std::move(call), fWaitingBytes > limits::a_packFrom);
+        fWaiting.push_back(work);
+        fWaitingBytes += work->fCall.cost();
+        if (work->fId != 0) {
+            fCalls[work->fId] = work;
+        }
     }
-    fServer.calls()->post([self = shared_from_this(), work] { self->xRun(*work); });
+    xPostRun();
 }
 
-bool ServerSession::xAdmit(const std::shared_ptr<Work>& work) {
-    const std::lock_guard lock(fMutex);
-    if (fHasEnded || fWaitingCalls >= limits::a_waitingCalls ||
-        fWaitingBytes + work->fSize > limits::waitingBytes(fLimits.fMessage) || !fOut.hasRoom()) {
-        return false;
-    }
-    ++fWaitingCalls;
-    fWaitingBytes += work->fSize;
-    if (work->fCall.call_id() != 0) {
-        fCalls[work->fCall.call_id()] = work;
-    }
-    return true;
+void ServerSession::xPostRun() {
+    fCallPool->post([self = shared_from_this()] { self->xRunNext(); });
 }
 
 void ServerSession::xHandleCancel(std::uint64_t callId) {
@@ -254,22 +307,64 @@ void ServerSession::xHandleCancel(std::uint64_t callId) {
     }
 }
 
-void ServerSession::xForget(const Work& work) {
-    const std::lock_guard lock(fMutex);
-    --fWaitingCalls;
-    fWaitingBytes -= work.fSize;
-    fCalls.erase(work.fCall.call_id());
+/** On a thread of the pool, once for each call that was received. */
+void ServerSession::xRunNext() {
+    if (const WorkPtr work = xTakeNext()) {
+        xRun(work->fCall.take());
+        xUnpark(1);
+    }
 }
 
-void ServerSession::xRun(Work& work) {
-    xForget(work);
-    if (work.fIsCancelled) {
-        return;
+/** Returns the next call to run; null if it was cancelled, or has to wait for results to be sent.
+ */
+ServerSession::WorkPtr ServerSession::xTakeNext() {
+    WorkPtr work;
+    bool hasRoomAgain = false;
+    {
+        const std::lock_guard lock(fMutex);
+        if (!xHasRoomForResult()) {
+            ++fParked;
+            return nullptr;
+        }
+        if (fWaiting.empty()) {
+            return nullptr;
+        }
+        work = std::move(fWaiting.front());
+        fWaiting.pop_front();
+        fWaitingBytes -= work->fCall.cost();
+        const auto found = fCalls.find(work->fId);
+        if (found != fCalls.end() && found->second == work) {
+            fCalls.erase(found);
+        }
+        hasRoomAgain = fIsPaused && xHasRoomForCall();
     }
-    const std::uint64_t callId = work.fCall.call_id();
+    if (hasRoomAgain) {
+        xKeepAwake();
+    }
+    return work->fIsCancelled ? nullptr : work;
+}
+
+/** Has parked calls run that there is room for. */
+void ServerSession::xUnpark(std::size_t most) {
+    std::size_t count = 0;
+    {
+        const std::lock_guard lock(fMutex);
+        if (fParked == 0 || !xHasRoomForResult()) {
+            return;
+        }
+        count = std::min(fParked, most);
+        fParked -= count;
+    }
+    for (; count > 0; --count) {
+        xPostRun();
+    }
+}
+
+void ServerSession::xRun(v1::Call call) {
+    const std::uint64_t callId = call.call_id();
     try {
-        const KVValue result = fModules->invoke(work.fCall.module(), work.fCall.method(),
-                                                decodeArguments(work.fCall, fLimits.fDepth));
+        const KVValue result =
+            fModules->invoke(call.module(), call.method(), decodeArguments(call, fLimits.fDepth));
         if (callId == 0) {
             return;
         }
@@ -280,6 +375,9 @@ void ServerSession::xRun(Work& work) {
             throw Failure{KVError::Cause::TooLarge, "the result"};
         }
         fOut.push(std::move(message));
+        if (fOut.waitingBytes() > limits::a_muchMemory) {
+            fHasKeptMuch = true;
+        }
     } catch (const Failure& failure) {
         xSendError(callId, failure.fCause, failure.fDetail, false);
     } catch (const RefusedCall& error) {

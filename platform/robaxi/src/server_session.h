@@ -4,7 +4,9 @@
 #include "fragment_assembler.h"
 #include "hosted_modules.h"
 #include "robaxi/v1/robaxi.grpc.pb.h"
+#include "task_pool.h"
 #include "timer_thread.h"
+#include "waiting_message.h"
 #include "write_queue.h"
 
 #include <robaxi/kv_error.h>
@@ -12,10 +14,12 @@
 #include <grpcpp/grpcpp.h>
 
 #include <atomic>
+#include <deque>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <unordered_map>
+#include <utility>
 
 namespace robaxi {
 
@@ -24,6 +28,10 @@ class Server;
 /**
  * The robot's end of one session: answers the heartbeat on gRPC's thread and has methods run on the
  * broker's threads.
+ *
+ * It reads no further while too many calls wait for a thread, or too much for being sent. The
+ * client gets heartbeats with the number 0 then, since its own wait with its calls. Reading goes on
+ * at the end of a write only, where gRPC keeps the stream alive.
  *
  * The server keeps it until OnDone(); calls that still run keep it longer, and their results are
  * dropped.
@@ -40,6 +48,9 @@ class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::Server
     /** The client's address, without its port. */
     const std::string& peerAddress() const { return fPeerAddress; }
 
+    /** Returns true if much of the process's memory was used for it. */
+    bool hasKeptMuch() const { return fHasKeptMuch; }
+
     /** Starts to serve; `admitted` is false for one session too many, which is told so. */
     void start(bool admitted);
 
@@ -51,12 +62,21 @@ class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::Server
   private:
     /** A call on its way to its method. */
     struct Work {
-        v1::Call fCall;
-        std::size_t fSize = 0;
-        std::atomic<bool> fIsCancelled{false};
+        Work(v1::Call call, bool packs) : fId(call.call_id()), fCall(std::move(call), packs) {}
+
+        const std::uint64_t fId;
+        WaitingMessage<v1::Call> fCall;
+        bool fIsCancelled = false;
     };
+    using WorkPtr = std::shared_ptr<Work>;
 
     void xRead();
+    void xHandleBatch();
+    bool xMayHandle();
+    bool xHasRoomForCall() const;
+    bool xHasRoomForResult() const;
+    void xResume();
+    void xKeepAwake();
     bool xReceive(v1::ClientMessage& message);
     void xHandle(v1::ClientMessage& message);
     void xHandleHello(const v1::Hello& hello);
@@ -65,9 +85,11 @@ class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::Server
     void xHandleCall(v1::Call&& call);
     void xHandleCancel(std::uint64_t callId);
     void xHandleListModules(const v1::ListModules& question);
-    bool xAdmit(const std::shared_ptr<Work>& work);
-    void xRun(Work& work);
-    void xForget(const Work& work);
+    void xPostRun();
+    void xRunNext();
+    WorkPtr xTakeNext();
+    void xRun(v1::Call call);
+    void xUnpark(std::size_t most);
     void xSendError(std::uint64_t callId, KVError::Cause cause, const std::string& text,
                     bool byMethod);
     void xFinishWhen(bool now);
@@ -75,23 +97,28 @@ class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::Server
 
     Server& fServer;  // not to be used in a call: it may go while a method runs
     const std::shared_ptr<HostedModules> fModules;
+    const std::shared_ptr<TaskPool> fCallPool;
     grpc::CallbackServerContext* const fContext;
     const std::uint64_t fId;
     const std::string fPeerAddress;
     const KVSettings::Limits fLimits;
     WriteQueue<v1::ServerBatch, v1::ServerMessage> fOut;
     v1::ClientBatch fIncoming;
+    int fNextIncoming = 0;
     FragmentAssembler<v1::ClientMessage> fAssembler;
     bool fIsAdmitted = false;
     bool fHasHello = false;
     grpc::Status fStatus;
 
     std::mutex fMutex;
-    std::unordered_map<std::uint64_t, std::shared_ptr<Work>> fCalls;  // those that can be cancelled
-    std::size_t fWaitingCalls = 0;
+    std::deque<WorkPtr> fWaiting;
+    std::unordered_map<std::uint64_t, WorkPtr> fCalls;  // those in fWaiting that can be cancelled
     std::size_t fWaitingBytes = 0;
+    std::size_t fParked = 0;  // runs of the pool to be made up for when results have been sent
+    bool fIsPaused = false;   // reads nothing, so that the client's calls wait in the network
     bool fHasEnded = false;
 
+    std::atomic<bool> fHasKeptMuch{false};
     std::atomic<int> fSilentHeartbeats{0};
     Timer fSilence;
 };

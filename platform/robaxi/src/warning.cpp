@@ -1,12 +1,13 @@
 #include "warning.h"
 
-#include <iostream>
+#include <sockets/line_writer.h>
+
+#include <unistd.h>
 
 namespace robaxi {
 
 void warn(const std::string& brokerName, const std::string& text) {
-    // As one string, so that lines of two threads do not mix.
-    std::cerr << "robaxi: " + brokerName + ": " + text + "\n";
+    sockets::writeLine(STDERR_FILENO, "robaxi: " + brokerName + ": " + text);
 }
 
 }  // namespace robaxi

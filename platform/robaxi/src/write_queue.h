@@ -3,6 +3,7 @@
 
 #include "grpc_handover.h"
 #include "limits.h"
+#include "waiting_message.h"
 #include "write_gate.h"
 
 #include <algorithm>
@@ -46,11 +47,12 @@ class WriteQueue {
             if (xTakesNoMore()) {
                 return;
             }
-            fWaitingBytes += size;
             if (size > limits::a_fragmentSize && fPeerTakesFragments) {
+                fWaitingBytes += size;
                 fLarge.push_back(message.SerializeAsString());
             } else {
-                fSmall.push_back(std::move(message));
+                fSmall.emplace_back(std::move(message), fWaitingBytes > limits::a_packFrom);
+                fWaitingBytes += fSmall.back().cost();
             }
         }
         xWriteNext();
@@ -62,8 +64,20 @@ class WriteQueue {
             if (xTakesNoMore()) {
                 return;
             }
-            fWaitingBytes += message.ByteSizeLong();
-            fUrgent.push_back(std::move(message));
+            xAddUrgent(std::move(message));
+        }
+        xWriteNext();
+    }
+
+    /** Makes sure that a write ends soon, and so that writeDone() is called: writes `message`
+     * unless something waits already. */
+    void pushIfEmpty(Message message) {
+        {
+            const std::lock_guard lock(fMutex);
+            if (xTakesNoMore() || !xIsEmpty()) {
+                return;
+            }
+            xAddUrgent(std::move(message));
         }
         xWriteNext();
     }
@@ -74,9 +88,9 @@ class WriteQueue {
         return fRoom.wait_until(lock, deadline, [this] { return xHasRoom() || fClosed; });
     }
 
-    bool hasRoom() const {
+    std::size_t waitingBytes() const {
         const std::lock_guard lock(fMutex);
-        return xHasRoom();
+        return fWaitingBytes;
     }
 
     /** To be called at the end of each write. When it returns true the caller ends the stream. */
@@ -96,6 +110,7 @@ class WriteQueue {
             fUrgent.clear();
             fSmall.clear();
             fLarge.clear();
+            fWaitingBytes = 0;
         }
         fRoom.notify_all();
         return fGate.close();
@@ -114,6 +129,11 @@ class WriteQueue {
     bool xTakesNoMore() const { return fClosed || fCloseWhenWritten; }
 
     bool xHasRoom() const { return fWaitingBytes < fMostBytes; }
+
+    void xAddUrgent(Message message) {
+        fUrgent.emplace_back(std::move(message), false);
+        fWaitingBytes += fUrgent.back().cost();
+    }
 
     bool xIsEmpty() const { return fUrgent.empty() && fSmall.empty() && fLarge.empty(); }
 
@@ -145,7 +165,7 @@ class WriteQueue {
             size += xTake(fUrgent);
         }
         while (!fSmall.empty() &&
-               (size == 0 || size + fSmall.front().ByteSizeLong() <= limits::a_fragmentSize)) {
+               (size == 0 || size + fSmall.front().size() <= limits::a_fragmentSize)) {
             size += xTake(fSmall);
         }
         if (!fLarge.empty() && size <= limits::a_fragmentSize) {
@@ -153,11 +173,11 @@ class WriteQueue {
         }
     }
 
-    std::size_t xTake(std::deque<Message>& queue) {
-        const std::size_t size = queue.front().ByteSizeLong();
-        *fCurrent.add_messages() = std::move(queue.front());
+    std::size_t xTake(std::deque<WaitingMessage<Message>>& queue) {
+        const std::size_t size = queue.front().size();
+        fWaitingBytes -= queue.front().cost();
+        *fCurrent.add_messages() = queue.front().take();
         queue.pop_front();
-        fWaitingBytes -= size;
         return size;
     }
 
@@ -180,8 +200,8 @@ class WriteQueue {
     WriteGate fGate;
     mutable std::mutex fMutex;
     std::condition_variable fRoom;
-    std::deque<Message> fUrgent;
-    std::deque<Message> fSmall;
+    std::deque<WaitingMessage<Message>> fUrgent;
+    std::deque<WaitingMessage<Message>> fSmall;
     std::deque<std::string> fLarge;  // serialised; fOffset bytes of the first are written
     std::size_t fOffset = 0;
     std::size_t fWaitingBytes = 0;
