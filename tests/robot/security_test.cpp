@@ -10,12 +10,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
 #include <optional>
 
 using obvista_test::ChildProcess;
 using obvista_test::RobotProcess;
 using robaxi_test::Certificate;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 namespace {
@@ -58,6 +62,46 @@ TEST_F(SecurityTest, withATokenFileItAsksForTheToken) {
     EXPECT_EQ(causeOf({}, robot), KVError::Cause::NotAuthorised);
     knowing.fAccess.fTokenFile = fFolder.write("wrong", "another-token-of-the-same-kind\n");
     EXPECT_EQ(causeOf(knowing, robot), KVError::Cause::NotAuthorised);
+}
+
+TEST_F(SecurityTest, wrongTokensAreLoggedWithoutThemAndSlowed) {
+    RobotProcess robot({{"--token-file", fTokenFile, "--allow-plain-token"}});
+    KVSettings knowing;
+    knowing.fAccess.fTokenFile = fTokenFile;
+    knowing.fAccess.fAllowsPlainToken = true;
+    KVSettings guessing = knowing;
+    guessing.fAccess.fTokenFile = fFolder.write("wrong", "another-token-of-the-same-kind\n");
+    const auto secondsOf = [&](const KVSettings& settings, std::optional<KVError::Cause> cause) {
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(causeOf(settings, robot), cause);
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    };
+    for (int n = 0; n < 5; ++n) {
+        secondsOf(guessing, KVError::Cause::NotAuthorised);
+    }
+    EXPECT_GE(secondsOf(guessing, KVError::Cause::NotAuthorised), 1);
+    EXPECT_GE(secondsOf(knowing, std::nullopt), 1) << "a quick answer would give it away";
+    double quickest = 1;
+    for (int n = 0; n < 5; ++n) {
+        quickest = std::min(quickest, secondsOf(knowing, std::nullopt));
+    }
+    EXPECT_LT(quickest, 1);
+    EXPECT_TRUE(robot.process().waitForErrors("refused a wrong token from 127.0.0.1\n"));
+    EXPECT_TRUE(robot.process().waitForErrors(
+        "refused a wrong token from 127.0.0.1, number 6 in a row; tokens from there are looked at "
+        "one a second\n"));
+    EXPECT_THAT(robot.process().errors(), Not(HasSubstr("another-token")));
+}
+
+TEST_F(SecurityTest, anExpiredCertificateIsReported) {
+    const std::string expired = fFolder.path("expired.pem");
+    const std::string command = "openssl x509 -in " + fCertificate.fFile + " -signkey " +
+                                fCertificate.fKey + " -days -1 -out " + expired + " 2>/dev/null";
+    ASSERT_EQ(std::system(command.c_str()), 0);  // NOLINT(cert-env33-c): the test's own texts
+    RobotProcess robot({{"--tls-certificate", expired, "--tls-key", fCertificate.fKey}});
+    EXPECT_TRUE(robot.process().waitForErrors("the certificate " + expired + " has expired"));
+    RobotProcess valid({{"--tls-certificate", fCertificate.fFile, "--tls-key", fCertificate.fKey}});
+    EXPECT_EQ(valid.process().errors(), "");
 }
 
 TEST_F(SecurityTest, filesThatCannotBeUsedEndItWithStatusOneAndAreNamed) {

@@ -7,12 +7,14 @@
 #include <array>
 #include <cctype>
 #include <cstdlib>
+#include <ctime>
 #include <fcntl.h>
 #include <fstream>
 #include <iterator>
 #include <openssl/crypto.h>
 #include <openssl/sha.h>
 #include <openssl/ssl.h>
+#include <openssl/x509.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -117,6 +119,16 @@ void checkCertificate(const KVSettings::Server& settings) {
     }
 }
 
+std::chrono::system_clock::time_point readExpiry(const std::string& certificate) {
+    const Context context = makeContext();
+    std::tm end{};
+    if (SSL_CTX_use_certificate_chain_file(context.get(), certificate.c_str()) != 1 ||
+        ASN1_TIME_to_tm(X509_get0_notAfter(SSL_CTX_get0_certificate(context.get())), &end) != 1) {
+        throwUnusable("the certificate in the file " + certificate + " has no end of validity");
+    }
+    return std::chrono::system_clock::from_time_t(::timegm(&end));
+}
+
 std::string readTrust(const std::string& file) {
     std::string content = readFile(file);
     const Context context = makeContext();
@@ -157,6 +169,9 @@ void checkAccess(const KVSettings::Access& access, const std::string& robots) {
 
 ServerSecurity::ServerSecurity(const KVSettings::Server& settings)
     : fCredentials(makeServerCredentials(settings)) {
+    if (!settings.fCertificate.empty()) {
+        fCertificateExpiry = readExpiry(settings.fCertificate);
+    }
     if (settings.fTokenFile.empty()) {
         return;
     }

@@ -5,7 +5,9 @@
 
 #include <grpcpp/grpcpp.h>
 
+#include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 
 /** What settings say about security, with the files read that they name. */
@@ -20,11 +22,16 @@ class ServerSecurity {
 
     const std::shared_ptr<grpc::ServerCredentials>& credentials() const { return fCredentials; }
     bool asksForToken() const { return !fToken.empty(); }
+    /** When the certificate ends to be valid; nothing without one. */
+    std::optional<std::chrono::system_clock::time_point> certificateExpiry() const {
+        return fCertificateExpiry;
+    }
     /** Takes the same time for every token. */
     bool accepts(const std::string& token) const;
 
   private:
     std::shared_ptr<grpc::ServerCredentials> fCredentials;
+    std::optional<std::chrono::system_clock::time_point> fCertificateExpiry;
     std::string fToken;
 };
 

@@ -22,6 +22,7 @@ namespace robaxi {
 namespace {
 
 constexpr double a_listenTimeOut = 2;
+constexpr std::chrono::hours a_betweenExpiryWarnings(1);
 
 /** Random, so that a program cannot guess the session of another one. */
 std::uint64_t makeSessionId() {
@@ -73,6 +74,20 @@ Server::Server(std::shared_ptr<Runtime> runtime, std::shared_ptr<HostedModules> 
     auto listening = listenOn(address, port, deadlineAfter(a_listenTimeOut));
     xStartGrpc();
     xAccept(std::move(listening));
+    xWarnOfExpiry();
+}
+
+void Server::xWarnOfExpiry() {
+    const auto expiry = fSecurity.certificateExpiry();
+    if (!expiry) {
+        return;
+    }
+    const std::string text = "the certificate " + fRuntime->fSettings.fServer.fCertificate +
+                             " has expired, so that no program trusts it; replace it and start "
+                             "this program again";
+    fExpiryWarning =
+        std::make_unique<ExpiryWarning>(timers(), *expiry, a_betweenExpiryWarnings,
+                                        [name = brokerName(), text] { warn(name, text); });
 }
 
 void Server::xStartGrpc() {

@@ -2,12 +2,14 @@
 #define ROBAXI_SERVER_H
 
 #include "connection_acceptor.h"
+#include "expiry_warning.h"
 #include "failure.h"
 #include "hosted_modules.h"
 #include "robaxi/v1/robaxi.grpc.pb.h"
 #include "runtime.h"
 #include "security.h"
 #include "side_stream.h"
+#include "token_guard.h"
 
 #include <grpcpp/grpcpp.h>
 
@@ -44,6 +46,7 @@ class Server {
     ///@{
     const KVSettings::Limits& limits() const { return fRuntime->fSettings.fLimits; }
     const ServerSecurity& security() const { return fSecurity; }
+    TokenGuard& tokenGuard() { return fTokenGuard; }
     const std::string& brokerName() const { return fRuntime->fBrokerName; }
     const std::shared_ptr<TimerThread>& timers() const { return fRuntime->fTimers; }
     const std::shared_ptr<HostedModules>& modules() const { return fModules; }
@@ -60,6 +63,7 @@ class Server {
     class Service;
 
     void xStartGrpc();
+    void xWarnOfExpiry();
     void xAccept(std::vector<FileDescriptor> listening);
     grpc::ServerBidiReactor<v1::ClientBatch, v1::ServerBatch>* xOpenSession(
         grpc::CallbackServerContext* context);
@@ -73,10 +77,12 @@ class Server {
     const std::shared_ptr<HostedModules> fModules;
     const ServerSecurity fSecurity;
     const std::shared_ptr<TaskPool> fCalls;
+    TokenGuard fTokenGuard;
     std::unique_ptr<Service> fService;
     std::unique_ptr<grpc::Server> fServer;
     std::unique_ptr<grpc::experimental::ExternalConnectionAcceptor> fEntrance;
     std::unique_ptr<ConnectionAcceptor> fAcceptor;
+    std::unique_ptr<ExpiryWarning> fExpiryWarning;
 
     std::mutex fMutex;
     std::unordered_map<std::uint64_t, std::shared_ptr<ServerSession>> fSessions;

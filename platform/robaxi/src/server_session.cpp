@@ -7,7 +7,9 @@
 #include "message_codec.h"
 #include "refused_call.h"
 #include "server.h"
+#include "token_guard.h"
 #include "value_codec.h"
+#include "warning.h"
 
 #include <algorithm>
 #include <utility>
@@ -53,7 +55,8 @@ ServerSession::ServerSession(Server& server, grpc::CallbackServerContext* contex
       fLimits(server.limits()),
       fOut(fLimits.fMessage, [this](const v1::ServerBatch* batch) { StartWrite(batch); }),
       fAssembler(fLimits.fMessage),
-      fSilence(server.timers(), [this] { xCheckSilence(); }) {
+      fSilence(server.timers(), [this] { xCheckSilence(); }),
+      fHeldHelloTurn(server.timers(), [this] { xCheckHeldHello(); }) {
 }
 
 ServerSession::~ServerSession() = default;
@@ -105,7 +108,7 @@ bool ServerSession::xMayHandle() {
 
 bool ServerSession::xHasRoomForCall() const {
     const std::size_t bytes = fWaitingBytes + fOut.waitingBytes();
-    return fWaiting.size() < limits::a_waitingCalls &&
+    return !fHoldsHello && fWaiting.size() < limits::a_waitingCalls &&
            bytes + fLimits.fMessage <= limits::waitingBytes(fLimits.fMessage);
 }
 
@@ -159,6 +162,7 @@ void ServerSession::OnCancel() {
 void ServerSession::OnDone() {
     takeFromGrpc(this);
     fSilence.stop();
+    fHeldHelloTurn.stop();
     {
         // What was posted is still run, and nothing else.
         const std::lock_guard lock(fMutex);
@@ -183,7 +187,7 @@ void ServerSession::xCheckSilence() {
     bool isPaused = false;
     {
         const std::lock_guard lock(fMutex);
-        isPaused = fIsPaused;
+        isPaused = fIsPaused && !fHoldsHello;
     }
     if (++fSilentHeartbeats >
         (isPaused ? limits::a_untakingHeartbeatsOfClient : limits::a_silentHeartbeatsOfClient)) {
@@ -197,6 +201,9 @@ void ServerSession::xCheckSilence() {
 }
 
 void ServerSession::xHandle(v1::ClientMessage& message) {
+    if (fIsRefused) {
+        return;  // a second token is not looked at
+    }
     if (!fHasHello) {
         xHandleHello(message.hello());  // of version 0 when it is something else
         return;
@@ -231,11 +238,61 @@ void ServerSession::xHandleHello(const v1::Hello& hello) {
         xRefuse(v1::HelloReply::TOO_MANY_SESSIONS);
         return;
     }
-    if (!xIsAuthorised(hello)) {
-        xRefuse(hello.token().empty() ? v1::HelloReply::TOKEN_MISSING
-                                      : v1::HelloReply::NOT_AUTHORISED);
+    const ServerSecurity& security = fServer.security();
+    if (!security.asksForToken()) {
+        xAccept(hello);
         return;
     }
+    if (hello.token().empty()) {
+        xRefuse(v1::HelloReply::TOKEN_MISSING);
+        return;
+    }
+    const auto now = TimerThread::Clock::now();
+    const auto turn =
+        fServer.tokenGuard().reserveTurn(fPeerAddress, now, limits::silenceOfClient(fLimits));
+    if (!turn) {
+        xRefuse(v1::HelloReply::TOO_MANY_SESSIONS);
+    } else if (*turn <= now) {
+        xCheckToken(hello);
+    } else {
+        fHeldHello = hello;
+        const std::lock_guard lock(fMutex);
+        fHoldsHello = true;
+        fHeldHelloTurn.startAt(*turn);
+    }
+}
+
+/** On the timer thread. No message is handled until then. */
+void ServerSession::xCheckHeldHello() {
+    xCheckToken(fHeldHello);
+    bool isPaused = false;
+    {
+        const std::lock_guard lock(fMutex);
+        fHoldsHello = false;
+        isPaused = fIsPaused;
+    }
+    if (isPaused) {
+        xKeepAwake();
+    }
+}
+
+void ServerSession::xCheckToken(const v1::Hello& hello) {
+    if (fServer.security().accepts(hello.token())) {
+        fServer.tokenGuard().countAcceptance(fPeerAddress);
+        xAccept(hello);
+        return;
+    }
+    const int refusals = fServer.tokenGuard().countRefusal(fPeerAddress);
+    warn(fServer.brokerName(),
+         "refused a wrong token from " + fPeerAddress +
+             (TokenGuard::isSlowed(refusals)
+                  ? ", number " + std::to_string(refusals) +
+                        " in a row; tokens from there are looked at one a second"
+                  : std::string()));
+    xRefuse(v1::HelloReply::NOT_AUTHORISED);
+}
+
+void ServerSession::xAccept(const v1::Hello& hello) {
     fHasHello = true;
     fServer.welcome(fContext->peer());
     fOut.setPeerTakesFragments(hello.takes_fragments());
@@ -249,12 +306,8 @@ void ServerSession::xHandleHello(const v1::Hello& hello) {
     fOut.push(std::move(message));
 }
 
-bool ServerSession::xIsAuthorised(const v1::Hello& hello) {
-    const ServerSecurity& security = fServer.security();
-    return !security.asksForToken() || security.accepts(hello.token());
-}
-
 void ServerSession::xRefuse(v1::HelloReply::Refusal refusal) {
+    fIsRefused = true;
     v1::ServerMessage message;
     v1::HelloReply* reply = message.mutable_hello_reply();
     reply->set_protocol_version(limits::a_protocolVersion);

@@ -80,7 +80,9 @@ class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::Server
     bool xReceive(v1::ClientMessage& message);
     void xHandle(v1::ClientMessage& message);
     void xHandleHello(const v1::Hello& hello);
-    bool xIsAuthorised(const v1::Hello& hello);
+    void xCheckToken(const v1::Hello& hello);
+    void xCheckHeldHello();
+    void xAccept(const v1::Hello& hello);
     void xRefuse(v1::HelloReply::Refusal refusal);
     void xHandleCall(v1::Call&& call);
     void xHandleCancel(std::uint64_t callId);
@@ -106,7 +108,9 @@ class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::Server
     v1::ClientBatch fIncoming;
     int fNextIncoming = 0;
     FragmentAssembler<v1::ClientMessage> fAssembler;
+    v1::Hello fHeldHello;
     bool fIsAdmitted = false;
+    bool fIsRefused = false;
     bool fHasHello = false;
     grpc::Status fStatus;
 
@@ -114,13 +118,15 @@ class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::Server
     std::deque<WorkPtr> fWaiting;
     std::unordered_map<std::uint64_t, WorkPtr> fCalls;  // those in fWaiting that can be cancelled
     std::size_t fWaitingBytes = 0;
-    std::size_t fParked = 0;  // runs of the pool to be made up for when results have been sent
-    bool fIsPaused = false;   // reads nothing, so that the client's calls wait in the network
+    std::size_t fParked = 0;   // runs of the pool to be made up for when results have been sent
+    bool fHoldsHello = false;  // looks at its token later
+    bool fIsPaused = false;    // reads nothing, so that the client's calls wait in the network
     bool fHasEnded = false;
 
     std::atomic<bool> fHasKeptMuch{false};
     std::atomic<int> fSilentHeartbeats{0};
     Timer fSilence;
+    Timer fHeldHelloTurn;
 };
 
 }  // namespace robaxi
