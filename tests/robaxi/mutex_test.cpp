@@ -34,6 +34,26 @@ bool blocks(int thread, const std::atomic<bool>& isDone) {
     return !isDone;
 }
 
+/** Expects that a section of one kind waits for the end of a section of another kind. */
+template <class Inside, class Outside>
+void expectKeptOut() {
+    const auto lock = KVMutexRW::createKVMutexRW();
+    std::atomic<bool> hasEntered = false;
+    std::promise<int> id;
+    std::thread thread;
+    {
+        const Inside inside(lock);
+        thread = std::thread([&] {
+            id.set_value(threadId());
+            const Outside outside(lock);
+            hasEntered = true;
+        });
+        EXPECT_TRUE(blocks(id.get_future().get(), hasEntered));
+    }
+    thread.join();
+    EXPECT_TRUE(hasEntered);
+}
+
 }  // namespace
 
 TEST(Mutex, LetsOneThreadIntoACriticalSection) {
@@ -74,37 +94,9 @@ TEST(MutexRW, LetsReadersInTogether) {
 }
 
 TEST(MutexRW, KeepsWritersOutWhileOneReads) {
-    const auto lock = KVMutexRW::createKVMutexRW();
-    std::atomic<bool> written = false;
-    std::promise<int> writer;
-    std::thread thread;
-    {
-        const KVCriticalSectionRead read(lock);
-        thread = std::thread([&] {
-            writer.set_value(threadId());
-            const KVCriticalSectionWrite write(lock);
-            written = true;
-        });
-        EXPECT_TRUE(blocks(writer.get_future().get(), written));
-    }
-    thread.join();
-    EXPECT_TRUE(written);
+    expectKeptOut<KVCriticalSectionRead, KVCriticalSectionWrite>();
 }
 
 TEST(MutexRW, KeepsReadersOutWhileOneWrites) {
-    const auto lock = KVMutexRW::createKVMutexRW();
-    std::atomic<bool> hasRead = false;
-    std::promise<int> reader;
-    std::thread thread;
-    {
-        const KVCriticalSectionWrite write(lock);
-        thread = std::thread([&] {
-            reader.set_value(threadId());
-            const KVCriticalSectionRead read(lock);
-            hasRead = true;
-        });
-        EXPECT_TRUE(blocks(reader.get_future().get(), hasRead));
-    }
-    thread.join();
-    EXPECT_TRUE(hasRead);
+    expectKeptOut<KVCriticalSectionWrite, KVCriticalSectionRead>();
 }

@@ -34,8 +34,8 @@ constexpr int a_silentHeartbeatsOfClient = 20;
 inline std::chrono::milliseconds silenceOfClient(const KVSettings::Limits& limits) {
     return limits.fHeartbeat * a_silentHeartbeatsOfClient;
 }
-/** The same while the robot reads nothing, because too much waits to be sent: a minute by default in
- *  which the client takes nothing of it. */
+/** The same while the robot reads nothing, because too much waits to be sent: a minute by default
+ * in which the client takes nothing of it. */
 constexpr int a_untakingHeartbeatsOfClient = 240;
 /** Heartbeats that a client sends, at least, in the time after which its robot gives it up. */
 constexpr int a_heartbeatsInSilence = 4;
@@ -53,8 +53,8 @@ constexpr std::size_t waitingBytes(std::size_t largestMessage) {
 }
 /** Counted for each message that waits, besides its bytes. */
 constexpr std::size_t a_costOfMessage = 256;
-/** With more bytes waiting, messages wait serialised, since as objects they take several times their
- *  size. With fewer it would only take time. */
+/** With more bytes waiting, messages wait serialised, since as objects they take several times
+ * their size. With fewer it would only take time. */
 constexpr std::size_t a_packFrom = std::size_t{1024} * 1024;
 /** A session that has kept more bytes waiting gives its memory back to the system at its end. */
 constexpr std::size_t a_muchMemory = std::size_t{4} * 1024 * 1024;

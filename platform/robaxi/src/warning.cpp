@@ -1,7 +1,6 @@
 #include "warning.h"
 
 #include <sockets/line_writer.h>
-
 #include <unistd.h>
 
 namespace robaxi {
