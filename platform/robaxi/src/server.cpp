@@ -34,6 +34,16 @@ std::uint64_t makeSessionId() {
     return id;
 }
 
+void deleteSession(ServerSession* session) {
+    const bool hasKeptMuch = session->hasKeptMuch();
+    delete session;
+    if (hasKeptMuch) {
+        // The freed memory is scattered over the arenas of several threads, none of which gives it
+        // back to the system by itself.
+        ::malloc_trim(0);
+    }
+}
+
 }  // namespace
 
 /** Frames are handed to gRPC as they are, so their stream is one of bytes. */
@@ -140,7 +150,7 @@ grpc::ServerBidiReactor<v1::ClientBatch, v1::ServerBatch>* Server::xOpenSession(
         while (fSessions.count(id) != 0) {
             id = makeSessionId();
         }
-        session = std::make_shared<ServerSession>(*this, context, id);
+        session = {new ServerSession(*this, context, id), deleteSession};
         admitted = xHasRoomFor(session->peerAddress());
         fSessions.emplace(id, session);
     }
@@ -200,13 +210,7 @@ void Server::sessionEnded(std::uint64_t id) {
             }
         }
     }
-    const bool hasKeptMuch = session->hasKeptMuch();
     xLetGo(std::move(session));
-    if (hasKeptMuch) {
-        // The freed memory is scattered over the arenas of several threads, none of which gives it
-        // back to the system by itself.
-        fCalls->post([] { ::malloc_trim(0); });
-    }
 }
 
 void Server::streamEnded(SideStream* stream) {

@@ -413,7 +413,7 @@ void ServerSession::xUnpark(std::size_t most) {
     }
 }
 
-void ServerSession::xRun(v1::Call call) {
+void ServerSession::xRun(const v1::Call& call) {
     const std::uint64_t callId = call.call_id();
     try {
         const KVValue result =

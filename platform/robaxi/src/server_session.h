@@ -90,7 +90,7 @@ class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::Server
     void xPostRun();
     void xRunNext();
     WorkPtr xTakeNext();
-    void xRun(v1::Call call);
+    void xRun(const v1::Call& call);
     void xUnpark(std::size_t most);
     void xSendError(std::uint64_t callId, KVError::Cause cause, const std::string& text,
                     bool byMethod);
