@@ -1,38 +1,90 @@
 #ifndef OBVISTA_MEMORYVIEWER_CHANGE_RATE_H
 #define OBVISTA_MEMORYVIEWER_CHANGE_RATE_H
 
+#include <array>
 #include <cstdint>
 
 namespace memoryviewer {
 
+/** Time stamps of successive changes of one key: their number, their ends, and how close they come.
+ */
+class ChangeTimes {
+  public:
+    /** One change. Times are in microseconds by the robot's clock. */
+    explicit ChangeTimes(std::int64_t time) : fFirst(time), fLast(time) {}
+
+    /** A later change. The same time again is the same change; with an earlier one the robot's
+     * clock was set back, and what was before is forgotten. */
+    void add(std::int64_t time);
+
+    std::int64_t first() const { return fFirst; }
+    std::int64_t last() const { return fLast; }
+    int count() const { return fCount; }
+    /** Between two of them; INT64_MAX when there is one only. */
+    std::int64_t shortestGap() const { return fShortestGap; }
+
+  private:
+    std::int64_t fFirst;
+    std::int64_t fLast;
+    int fCount = 1;
+    std::int64_t fShortestGap = INT64_MAX;
+};
+
 /**
- * How often a key changes, from the robot's time stamps of its changes.
+ * How often a key changes: the changes that the robot sent in the last five turns, of about a
+ * second each, by their time stamps.
  *
- * The time between the last change of one turn and the last change of the next, divided by the
- * changes in between: exact for a key that changes evenly, whatever the length of a turn. A key
- * that stands still is given up step by step: its rate is never above one change in the time for
- * which it has stood still, and 0 after ten seconds or three of its periods, whichever is longer.
+ * Their number divided by the time from the last change before them to the last one of them: exact
+ * for a key that changes evenly, however seldom. A change waits for the robot's next update and for
+ * the viewer, so a key counts as standing still only when that and its longest pause are over. Then
+ * its rate falls, and is 0 after ten seconds or three of its periods, whichever is longer.
  */
 class ChangeRate {
   public:
-    /** A change at `time`, in microseconds by the robot's clock, or some of which it was the last.
+    /**
+     * Sets how often the robot is asked for the key, updates a second; 0 when it is not, which
+     * keeps the rate as it is. When it is asked again, the rate is unknown at first.
      */
-    void add(std::int64_t time, int changes = 1);
-    /** Ends a turn, about once a second. @param now by the robot's clock */
+    void follow(double updatesPerSecond);
+
+    /** @param now microseconds by a clock of this machine that is never set */
+    void add(const ChangeTimes& times, std::int64_t now);
+    /** Ends a turn, about once a second. @param now as in add() */
     void endTurn(std::int64_t now);
 
-    /** Changes a second. */
+    /** Changes a second that the robot sent; 0 when unknown, or when the key does not change. */
     double perSecond() const { return fPerSecond; }
-
-    /** Forgets what was: changes were not followed for a while. */
-    void reset() { *this = ChangeRate(); }
+    /** Returns true if the key may change more often: the changes come so close together that
+     * others between them may not have been sent. */
+    bool isLowerBound() const { return fIsLowerBound; }
 
   private:
-    std::int64_t fBase = 0;  // last change of the turns before; 0 before the first change
-    std::int64_t fLast = 0;
-    int fChanges = 0;  // since fBase
+    struct Turn {
+        int fChanges = 0;
+        std::int64_t fFirst = 0;
+        std::int64_t fLast = 0;
+        std::int64_t fShortestGap = INT64_MAX;
+        std::int64_t fLongestGap = 0;
+    };
+
+    void xBegin(std::int64_t time);
+    Turn xSum() const;
+    void xMeasure(const Turn& sum);
+    void xShow(const Turn& sum, std::int64_t now);
+    void xStartTurn();
+
+    static constexpr std::size_t a_turns = 5;
+
+    std::array<Turn, a_turns> fTurns;  // the present one last
+    std::int64_t fBase = 0;            // last change before them; 0 before the first change
+    std::int64_t fLast = 0;            // newest change
+    std::int64_t fArrival = 0;         // when it came
+    double fFollowRate = 0;
+    double fSpan = 0;      // seconds to which the changes of the turns belong
+    double fPause = 0;     // longest time between two of them, seconds
+    double fMeasured = 0;  // while it changed
     double fPerSecond = 0;
-    double fMeasured = 0;
+    bool fIsLowerBound = false;
 };
 
 }  // namespace memoryviewer

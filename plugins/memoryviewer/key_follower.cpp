@@ -4,7 +4,6 @@
 #include "key_store.h"
 #include "memory_link.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace memoryviewer {
@@ -14,15 +13,13 @@ KeyFollower::KeyFollower(std::shared_ptr<MemoryLink> link, KeyStore* keys, KeyCu
 }
 
 void KeyFollower::follow(const SubscriptionNeeds& needs, int rate) {
-    const bool wasFollowing = std::exchange(fIsFollowing, needs.fIsSeen && !needs.fIsPaused);
-    if (wasFollowing && !fIsFollowing) {
-        fKeys->resetRates();
-    }
+    fIsFollowing = needs.fIsSeen && !needs.fIsPaused;
     fCurves->setFollowing(fIsFollowing);
     const std::vector<std::uint32_t> newlyPlotted = xNewlyPlotted(needs);
     xFollowEveryChange(needs);
     fCurves->begin(newlyPlotted);
     fPlan = planSubscription(needs);
+    fKeys->setFollowRates(fPlan, rate, MemoryLink::a_slowRate);
     fLink->follow(fPlan, rate);
 }
 
@@ -30,9 +27,7 @@ void KeyFollower::follow(const SubscriptionNeeds& needs, int rate) {
 std::vector<std::uint32_t> KeyFollower::xNewlyPlotted(const SubscriptionNeeds& needs) const {
     std::vector<std::uint32_t> ids;
     for (const std::uint32_t id : needs.fPlotted) {
-        const bool isKnown = std::binary_search(fPlan.fFast.begin(), fPlan.fFast.end(), id) ||
-                             std::binary_search(fPlan.fSlow.begin(), fPlan.fSlow.end(), id);
-        if (isKnown && fOfEveryChange.count(id) == 0) {
+        if (fPlan.contains(id) && fOfEveryChange.count(id) == 0) {
             ids.push_back(id);
         }
     }

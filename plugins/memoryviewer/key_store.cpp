@@ -1,6 +1,7 @@
 #include "key_store.h"
 
 #include <algorithm>
+#include <iterator>
 #include <unordered_set>
 #include <utility>
 
@@ -10,6 +11,7 @@ namespace {
 
 /** Milliseconds for which a changed value is marked. */
 constexpr std::int64_t a_markTime = 600;
+constexpr qint64 a_nanosecondsInMicrosecond = 1000;
 
 }  // namespace
 
@@ -102,9 +104,7 @@ bool KeyStore::xTakeOver(MemoryKey& key, MergedChange& change) {
     KVChange& newest = change.fNewest;
     const bool isFirst = !key.hasValue();
     const bool isSame = !isFirst && key.fValue == newest.fValue;
-    if (newest.fTime != key.fTime) {
-        key.fRate.add(newest.fTime, change.fCount);
-    }
+    key.fRate.add(change.fTimes, xSteadyNow());
     key.fTime = newest.fTime;
     if (isSame) {
         return false;
@@ -118,16 +118,41 @@ bool KeyStore::xTakeOver(MemoryKey& key, MergedChange& change) {
 }
 
 void KeyStore::endTurn() {
-    const std::int64_t now = fClock.now();
+    const std::int64_t now = xSteadyNow();
     for (const auto& [id, key] : fKeys) {
         key->fRate.endTurn(now);
     }
 }
 
-void KeyStore::resetRates() {
-    for (const auto& [id, key] : fKeys) {
-        key->fRate.reset();
+void KeyStore::setFollowRates(const SubscriptionPlan& plan, double fastRate, double slowRate) {
+    if (plan == fPlan && fastRate == fFastRate) {
+        return;
     }
+    const auto unfollow = [&](const std::vector<std::uint32_t>& before) {
+        std::vector<std::uint32_t> ended;
+        std::copy_if(before.begin(), before.end(), std::back_inserter(ended),
+                     [&plan](std::uint32_t id) { return !plan.contains(id); });
+        xFollow(ended, 0);
+    };
+    unfollow(fPlan.fFast);
+    unfollow(fPlan.fSlow);
+    xFollow(plan.fFast, fastRate);
+    xFollow(plan.fSlow, slowRate);
+    fPlan = plan;
+    fFastRate = fastRate;
+}
+
+void KeyStore::xFollow(const std::vector<std::uint32_t>& ids, double updatesPerSecond) {
+    for (const std::uint32_t id : ids) {
+        const auto found = fKeys.find(id);
+        if (found != fKeys.end()) {
+            found->second->fRate.follow(updatesPerSecond);
+        }
+    }
+}
+
+std::int64_t KeyStore::xSteadyNow() const {
+    return fSinceStart.nsecsElapsed() / a_nanosecondsInMicrosecond;
 }
 
 const MemoryKey* KeyStore::find(std::uint32_t id) const {

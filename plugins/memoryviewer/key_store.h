@@ -3,6 +3,7 @@
 
 #include "memory_key.h"
 #include "robot_clock.h"
+#include "subscription_planner.h"
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -44,10 +45,11 @@ class KeyStore : public QObject {
      */
     void change(std::vector<MergedChange> changes, std::int64_t arrival = 0);
 
+    /** Sets how often the robot is asked for each key, updates a second; 0 for all others. Cheap
+     *  when that is what it was. */
+    void setFollowRates(const SubscriptionPlan& plan, double fastRate, double slowRate);
     /** Brings rates up to date; to be called about once a second. */
     void endTurn();
-    /** Nothing was followed for a while: rates begin anew. */
-    void resetRates();
 
     std::size_t size() const { return fKeys.size(); }
     /** A key lives until it is removed. Null when there is none. */
@@ -63,9 +65,6 @@ class KeyStore : public QObject {
     const RobotClock& clock() const { return fClock; }
     /** When the newest of all values was set, by the robot's clock; 0 before there is one. */
     std::int64_t newestTime() const { return fNewestTime; }
-    /** How often the robot is asked, updates a second: no key can be seen to change more often. */
-    double followRate() const { return fFollowRate; }
-    void setFollowRate(double perSecond) { fFollowRate = perSecond; }
     /** Whether the key has changed just now. */
     bool isMarked(const MemoryKey& key) const { return key.fMarkedUntil > fSinceStart.elapsed(); }
 
@@ -78,6 +77,9 @@ class KeyStore : public QObject {
   private:
     void xSeeNewest(const std::vector<MergedChange>& changes);
     bool xTakeOver(MemoryKey& key, MergedChange& change);
+    void xFollow(const std::vector<std::uint32_t>& ids, double updatesPerSecond);
+    /** By a clock that is never set, microseconds. */
+    std::int64_t xSteadyNow() const;
 
     std::unordered_map<std::uint32_t, std::unique_ptr<MemoryKey>> fKeys;
     std::unordered_map<std::string, const MemoryKey*> fByName;
@@ -86,7 +88,8 @@ class KeyStore : public QObject {
     RobotClock fClock;
     std::int64_t fNewestTime = 0;
     QElapsedTimer fSinceStart;
-    double fFollowRate = 0;
+    SubscriptionPlan fPlan;
+    double fFastRate = 0;
 };
 
 }  // namespace memoryviewer

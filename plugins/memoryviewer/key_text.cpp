@@ -20,8 +20,6 @@ constexpr double a_secondsInMinute = 60;
 constexpr double a_roundingOfSeconds = 0.05;
 constexpr int a_secondsInHour = 3600;
 constexpr double a_secondsInDay = 86400;
-/** Part of the rate at which the robot is asked, above which changes may have been merged. */
-constexpr double a_nearFollowRate = 0.85;
 
 QString translated(const char* text) {
     return QCoreApplication::translate("memoryviewer::MemoryModel", text);
@@ -77,7 +75,7 @@ QString keyCellText(const KeyStore& keys, const MemoryKey& key, int column) {
         case TypeColumn:
             return QLatin1String(KVValue::typeName(key.type()));
         case RateColumn:
-            return rateText(key.fRate.perSecond(), keys.followRate());
+            return rateText(key.fRate.perSecond(), key.fRate.isLowerBound());
         case AgeColumn:
             return key.hasValue() ? ageText(ageOf(keys, key)) : QString();
         default:
@@ -157,13 +155,12 @@ QString ageText(double seconds) {
                                 : translated("%1 d").arg(age / a_secondsInDay, 0, 'f', 1);
 }
 
-QString rateText(double perSecond, double followRate) {
+QString rateText(double perSecond, bool isLowerBound) {
     if (perSecond <= 0) {
         return {};
     }
     const QString text = figureText(perSecond);
-    const bool isLimited = followRate > 0 && perSecond > a_nearFollowRate * followRate;
-    return isLimited ? QStringLiteral("\u2265 ") + text : text;
+    return isLowerBound ? QStringLiteral("\u2265 ") + text : text;
 }
 
 double ageOf(const KeyStore& keys, const MemoryKey& key) {

@@ -29,11 +29,8 @@ QVariant keyHeaderData(int column, Qt::Orientation orientation, int role);
 
 /** "0.025 s", "2.51 s", "3:05 min", "2.0 h": three digits behind leading zeros, with a point. */
 QString ageText(double seconds);
-/**
- * "5.0", "0.20"; empty for a key that does not change. A rate near that at which the robot is asked
- * is the least that it can be: "\u2265 10.0".
- */
-QString rateText(double perSecond, double followRate);
+/** "5.0", "0.20", or "\u2265 10.0" for a lower bound; empty for a key that does not change. */
+QString rateText(double perSecond, bool isLowerBound);
 
 /** Seconds since the value's instant. */
 double ageOf(const KeyStore& keys, const MemoryKey& key);

@@ -102,7 +102,7 @@ void MemoryFeed::xMerge(const KVChange& change) {
     }
     MergedChange& merged = slot->second;
     // One change can come twice, when a key is subscribed to at two rates.
-    merged.fCount += change.fTime != merged.fNewest.fTime ? 1 : 0;
+    merged.fTimes.add(change.fTime);
     merged.fNewest = change;
 }
 

@@ -29,10 +29,10 @@ struct MemoryKey {
 
 /** The newest change of a key, and how many it stands for. */
 struct MergedChange {
-    MergedChange(KVChange newest) : fNewest(std::move(newest)) {}
+    MergedChange(KVChange newest) : fNewest(std::move(newest)), fTimes(fNewest.fTime) {}
 
     KVChange fNewest;
-    int fCount = 1;  ///< with those before it that are merged into it
+    ChangeTimes fTimes;  ///< with those before it that are merged into it
 };
 
 /** Levels of the tree; what follows in a longer path stays in the name of the last one, so that no

@@ -11,7 +11,6 @@ namespace {
 constexpr char a_module[] = "KVMemory";
 /** Updates a second until the user's choice is known. */
 constexpr int a_firstRate = 10;
-constexpr double a_slowRate = 1;
 constexpr int a_writeTimeOut = 3;
 
 }  // namespace

@@ -19,6 +19,9 @@ class ValueWriter;
  *  fill: only that is used from the library's threads too. */
 class MemoryLink : public viewer::RobotLink {
   public:
+    /** Updates a second of the slow keys of a plan. */
+    static constexpr double a_slowRate = 1;
+
     /**
      * Connects and subscribes; waits for the robot's answer, not for its keys.
      *

@@ -468,7 +468,6 @@ SubscriptionNeeds MemoryViewerWidget::xNeeds() const {
 }
 
 void MemoryViewerWidget::xOnRate() {
-    fKeys->setFollowRate(fToolBar->rate());
     fPlots->setUpdateInterval(a_microsecondsInSecond / fToolBar->rate());
     xPlan();
 }

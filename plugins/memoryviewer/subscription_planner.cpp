@@ -20,6 +20,11 @@ void sortOnce(Ids& ids) {
 
 }  // namespace
 
+bool SubscriptionPlan::contains(std::uint32_t id) const {
+    return std::binary_search(fFast.begin(), fFast.end(), id) ||
+           std::binary_search(fSlow.begin(), fSlow.end(), id);
+}
+
 SubscriptionPlan planSubscription(const SubscriptionNeeds& needs) {
     SubscriptionPlan plan;
     add(plan.fFast, needs.fRecorded);

@@ -15,6 +15,7 @@ struct SubscriptionPlan {
         return fFast == other.fFast && fSlow == other.fSlow;
     }
     bool isEmpty() const { return fFast.empty() && fSlow.empty(); }
+    bool contains(std::uint32_t id) const;
 };
 
 /** What the keys are needed for. */

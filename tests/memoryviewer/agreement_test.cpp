@@ -1,5 +1,9 @@
 #include "viewer_driver.h"
 
+#include <robaxi/kv_broker.h>
+#include <robaxi/kv_connection.h>
+#include <robaxi/kv_subscription.h>
+
 #include <QComboBox>
 #include <QDockWidget>
 #include <QSettings>
@@ -10,8 +14,11 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <deque>
 #include <memory>
+#include <mutex>
 #include <robot_process.h>
+#include <string>
 #include <vector>
 
 using namespace obvista_test;
@@ -20,6 +27,7 @@ namespace {
 
 constexpr const char* a_changed = "Load/Unit000/Drive0/Changed";
 constexpr const char* a_steps = "Load/Unit000/Drive0/Steps";
+const QString a_atLeast = QStringLiteral("\u2265 ");
 
 /** Milliseconds; on a busy machine the robot itself leaves changes out for a while. */
 constexpr int a_patience = 60000;
@@ -35,6 +43,76 @@ double seconds(const QString& age) {
     const double number = age.section(QLatin1Char(' '), 0, 0).toDouble(&isNumber);
     return isNumber && age.endsWith(QLatin1String(" s")) ? number : std::nan("");
 }
+
+/** A shown rate as a number, with or without the mark of a lower bound. */
+double rateOf(QString text) {
+    return text.remove(a_atLeast).toDouble();
+}
+
+bool isNear(double actual, double expected) {
+    return std::abs(actual - expected) <= 0.05 * expected;
+}
+
+/** A client beside the viewer that counts how often a robot sends a key. */
+class SentRate : private KVSubscription::Listener {
+  public:
+    SentRate(int port, std::string key, double rate)
+        : fKey(std::move(key)),
+          fSubscription(KVSubscription::start(
+              KVConnection::open(KVBroker::createBroker("SentRate", "", 0, "", 0, 0, "", true),
+                                 RobotProcess::address(), port, 5),
+              "KVMemory", KVSubscription::Selection::ChosenKeys, rate, this)) {}
+    ~SentRate() override { fSubscription->stop(); }
+    SentRate(const SentRate&) = delete;
+    SentRate& operator=(const SentRate&) = delete;
+
+    /** Asks for the key. @return false when the robot has not told its keys yet */
+    bool follow() {
+        std::uint32_t id = 0;
+        {
+            const std::lock_guard<std::mutex> lock(fMutex);
+            id = fId;
+        }
+        if (id != 0) {
+            fSubscription->setKeys({id});
+        }
+        return id != 0;
+    }
+
+    /** Changes a second among those of the last five seconds; 0 before there are so many. */
+    double perSecond() const {
+        constexpr std::int64_t span = 5'000'000;
+        const std::lock_guard<std::mutex> lock(fMutex);
+        if (fTimes.empty() || fTimes.back() - fTimes.front() < span) {
+            return 0;
+        }
+        const auto first = std::lower_bound(fTimes.begin(), fTimes.end(), fTimes.back() - span);
+        return static_cast<double>(fTimes.end() - first - 1) * 1e6 /
+               static_cast<double>(fTimes.back() - *first);
+    }
+
+  private:
+    void keysAdded(const std::vector<KVKeyInfo>& keys) override {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        for (const KVKeyInfo& key : keys) {
+            fId = key.fName == fKey ? key.fId : fId;
+        }
+    }
+    void keysRemoved(const std::vector<std::uint32_t>& /*ids*/) override {}
+    void valuesChanged(const std::vector<KVChange>& changes) override {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        for (const KVChange& change : changes) {
+            fTimes.push_back(change.fTime);
+        }
+    }
+    void ended(const KVError& /*error*/) override {}
+
+    const std::string fKey;
+    mutable std::mutex fMutex;
+    std::uint32_t fId = 0;
+    std::deque<std::int64_t> fTimes;
+    boost::shared_ptr<KVSubscription> fSubscription;
+};
 
 /** By how much the age of a value is wrong, seconds, each time that it is painted. The value itself
  *  says when the robot set it. */
@@ -79,10 +157,13 @@ class AgreementTest : public QObject {
     void cleanup();
     void ratesAreWithinFivePerCent_data();
     void ratesAreWithinFivePerCent();
+    void ratesAreThoseThatTheRobotSends_data();
+    void ratesAreThoseThatTheRobotSends();
     void agesAreWithinFiveMilliseconds();
 
   private:
-    void xShow(int rate);
+    void xShow(double rate, int followRate = 50);
+    QString xRate() const { return cellOf(fViewer, a_steps, "Rate"); }
 
     std::unique_ptr<RobotProcess> fRobot;
     std::unique_ptr<ViewerDriver> fDriver;
@@ -99,8 +180,8 @@ void AgreementTest::cleanup() {
     fRobot.reset();
 }
 
-/** A robot whose keys change so many times a second, asked as often as the viewer can. */
-void AgreementTest::xShow(int rate) {
+/** A robot whose keys change `rate` times a second, and is asked `followRate` times. */
+void AgreementTest::xShow(double rate, int followRate) {
     RobotProcess::Settings settings;
     settings.fArguments = {"--keys", "100", "--changing", "20", "--rate", std::to_string(rate)};
     fRobot = std::make_unique<RobotProcess>(settings);
@@ -108,7 +189,7 @@ void AgreementTest::xShow(int rate) {
     fDriver->dock(fViewer);
     QVERIFY(QTest::qWaitForWindowExposed(&fDriver->window()));
     auto* follow = fViewer->findChild<QComboBox*>(QStringLiteral("memoryRate"));
-    follow->setCurrentIndex(follow->findData(50));
+    follow->setCurrentIndex(follow->findData(followRate));
     typeFilter(fViewer, QStringLiteral("Unit000/Drive0"));
     QTRY_VERIFY(indexOf(fViewer, a_steps).isValid());
 }
@@ -123,11 +204,44 @@ void AgreementTest::ratesAreWithinFivePerCent_data() {
 void AgreementTest::ratesAreWithinFivePerCent() {
     QFETCH(int, rate);
     xShow(rate);
-    const auto isNear = [this, rate] {
-        const double shown = cellOf(fViewer, a_steps, "Rate").toDouble();
-        return std::abs(shown - rate) <= 0.05 * rate;
-    };
-    QTRY_VERIFY2_WITH_TIMEOUT(isNear(), qPrintable(cellOf(fViewer, a_steps, "Rate")), a_patience);
+    QTRY_VERIFY2_WITH_TIMEOUT(isNear(rateOf(xRate()), rate), qPrintable(xRate()), a_patience);
+}
+
+void AgreementTest::ratesAreThoseThatTheRobotSends_data() {
+    QTest::addColumn<double>("rate");
+    QTest::addColumn<int>("followRate");
+    QTest::addColumn<QString>("marks");
+    QTest::newRow("slower than it is asked") << 3.1 << 10 << "no";
+    QTest::newRow("as fast as it is asked") << 9.7 << 10 << "yes";
+    QTest::newRow("faster than it is asked") << 48.0 << 10 << "yes";
+    // A busy robot's changes may come closer together than they should.
+    QTest::newRow("nearly as fast as it is asked") << 35.0 << 50 << "yes or no";
+}
+
+/** Each time that a rate is shown, for six seconds. What the robot sends waits for the next of its
+ *  updates and the viewer's next frame: that is no standstill. */
+void AgreementTest::ratesAreThoseThatTheRobotSends() {
+    constexpr int looks = 6;
+    QFETCH(double, rate);
+    QFETCH(int, followRate);
+    QFETCH(QString, marks);
+    xShow(rate, followRate);
+    SentRate sent(fRobot->port(), a_steps, followRate);
+    QTRY_VERIFY(sent.follow());
+    int agreed = 0;
+    QString last;
+    QTimer turns;
+    connect(&turns, &QTimer::timeout, this, [&] {
+        const QString shown = xRate();
+        const double expected = sent.perSecond();
+        const QString mark =
+            shown.startsWith(a_atLeast) ? QStringLiteral("yes") : QStringLiteral("no");
+        const bool agrees = expected > 0 && isNear(rateOf(shown), expected) && marks.contains(mark);
+        agreed = agrees ? agreed + 1 : 0;
+        last = QStringLiteral("%1 for %2").arg(shown).arg(expected);
+    });
+    turns.start(1000);
+    QTRY_VERIFY2_WITH_TIMEOUT(agreed >= looks, qPrintable(last), a_patience);
 }
 
 void AgreementTest::agesAreWithinFiveMilliseconds() {

@@ -68,7 +68,7 @@ TEST(MemoryFeed, KeepsTheNewestValueOfAKeyAndCountsAll) {
     const MemoryBatch batch = feed.take();
     ASSERT_EQ(batch.fChanged.size(), 1U);
     EXPECT_EQ(batch.fChanged[0].fNewest.fValue, KVValue(12));
-    EXPECT_EQ(batch.fChanged[0].fCount, 3);
+    EXPECT_EQ(batch.fChanged[0].fTimes.count(), 3);
     EXPECT_EQ(batch.fUpdates, 3U);
     EXPECT_THAT(feed.take().fChanged, IsEmpty());
 }
@@ -77,7 +77,7 @@ TEST(MemoryFeed, CountsAChangeOnceThatComesTwice) {
     MemoryFeed feed;
     feed.valuesChanged({change(1, 10)});
     feed.valuesChanged({change(1, 10)});
-    EXPECT_EQ(feed.take().fChanged[0].fCount, 1);
+    EXPECT_EQ(feed.take().fChanged[0].fTimes.count(), 1);
 }
 
 TEST(MemoryFeed, ForgetsAKeyThatCameAndWent) {
