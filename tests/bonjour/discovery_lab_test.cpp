@@ -628,6 +628,7 @@ TEST_F(DiscoveryLab, aProgramThatForgetsToStopEndsInOrder) {
         const std::string delay = std::to_string(round * 37 % 100);
         EXPECT_EQ(runForgetfulProgram({"main", delay}), 0) << delay << " ms";
         EXPECT_EQ(runForgetfulProgram({"starting", delay}), 0) << delay << " ms";
+        EXPECT_EQ(runForgetfulProgram({"connecting", delay}), 0) << delay << " ms";
     }
 }
 

@@ -1,8 +1,9 @@
 // Listens to discovery and ends without stopping it, in one of these ways:
 //
-//   forgetful_program main MILLISECONDS      main() returns after so long
-//   forgetful_program starting MILLISECONDS  so does it while another thread starts to listen
-//   forgetful_program handler                a handler calls exit() with the status 3
+//   forgetful_program main MILLISECONDS        main() returns after so long
+//   forgetful_program starting MILLISECONDS    so does it while another thread starts to listen
+//   forgetful_program connecting MILLISECONDS  so does it while another thread connects handlers
+//   forgetful_program handler                  a handler calls exit() with the status 3
 
 #include <bonjour/bonjour_discovery.h>
 
@@ -23,6 +24,12 @@ void count(const boost::shared_ptr<KV::BonjourProfile>& profile) {
     calls += static_cast<int>(profile->fServices.size());
 }
 
+void connectOnAndOn() {
+    while (true) {
+        BonjourDiscovery::fAddProfile.connect(count).disconnect();
+    }
+}
+
 void endProgram(const boost::shared_ptr<KV::BonjourProfile>& /*profile*/) {
     std::exit(3);
 }
@@ -38,6 +45,9 @@ int main(int argc, char** argv) {
         std::thread(BonjourDiscovery::startListening).detach();
     } else {
         BonjourDiscovery::startListening();
+    }
+    if (way == "connecting") {
+        std::thread(connectOnAndOn).detach();
     }
     std::this_thread::sleep_for(delay);
     return EXIT_SUCCESS;

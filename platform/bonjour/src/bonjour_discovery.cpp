@@ -18,12 +18,14 @@
 
 namespace KV {
 
-const std::string BonjourDiscovery::fRobaxServiceType = "_robax._tcp";
-const std::string BonjourDiscovery::fRobaxiServiceType = "_robaxi._tcp";
+// Those that are objects are never destroyed: a program may end while a thread still uses them.
+const std::string& BonjourDiscovery::fRobaxServiceType = *new std::string("_robax._tcp");
+const std::string& BonjourDiscovery::fRobaxiServiceType = *new std::string("_robaxi._tcp");
 const int BonjourDiscovery::fDefaultRobaxiPort = 9559;
-boost::shared_ptr<KVMutexRW> BonjourDiscovery::fRobaxsMapMutex = KVMutexRW::createKVMutexRW();
-BonjourDiscovery::ProfileSignal BonjourDiscovery::fAddProfile;
-BonjourDiscovery::ProfileSignal BonjourDiscovery::fRemoveProfile;
+boost::shared_ptr<KVMutexRW>& BonjourDiscovery::fRobaxsMapMutex =
+    *new boost::shared_ptr<KVMutexRW>(KVMutexRW::createKVMutexRW());
+BonjourDiscovery::ProfileSignal& BonjourDiscovery::fAddProfile = *new ProfileSignal;
+BonjourDiscovery::ProfileSignal& BonjourDiscovery::fRemoveProfile = *new ProfileSignal;
 
 namespace {
 
@@ -138,15 +140,16 @@ void stop(bool forGood) {
         return;
     }
     std::exchange(self.fGate, nullptr)->close();
-    if (self.fStart != nullptr) {
-        std::exchange(self.fStart, nullptr)->fAbandoned = true;
-        self.fStartChanged.notify_all();
-    }
     std::unique_ptr<bonjour::AvahiSession> session = std::move(self.fSession);
     BonjourDiscovery::Map dropped;
     {
         const KVCriticalSectionWrite lock(BonjourDiscovery::fRobaxsMapMutex);
         dropped.swap(self.fMap);
+    }
+    if (const std::shared_ptr<Start> start = std::exchange(self.fStart, nullptr)) {
+        start->fAbandoned = true;
+        self.fStartChanged.notify_all();
+        self.fStartChanged.wait_for(guard, a_endPatience, [&start] { return start->fDone; });
     }
     guard.unlock();
     if (session != nullptr) {
@@ -167,18 +170,21 @@ void startSession(const std::shared_ptr<Start>& start, const std::shared_ptr<Gat
         error = std::current_exception();
     }
     Discovery& self = discovery();
-    const std::lock_guard<std::mutex> guard(self.fMutex);
-    start->fDone = true;
-    start->fError = error;
-    if (!start->fAbandoned) {
-        start->fSession = std::move(session);
+    std::unique_lock<std::mutex> guard(self.fMutex);
+    if (start->fAbandoned) {
+        guard.unlock();
+        session.reset();
+        guard.lock();
     }
+    start->fSession = std::move(session);
+    start->fError = error;
+    start->fDone = true;
     self.fStartChanged.notify_all();
 }
 
 /**
- * Ends the session of a program that forgot to, before the objects that the session uses are
- * destroyed: it stands last in this file, so it is destroyed first.
+ * Ends the session of a program that forgot to, before the objects that Avahi and D-Bus use are
+ * destroyed.
  */
 struct StopAtExit {
     StopAtExit() = default;
