@@ -4,6 +4,8 @@
 #include "program.h"
 #include "qt_test_main.h"
 
+#include <QDir>
+#include <QImage>
 #include <QSettings>
 #include <QtTest>
 
@@ -180,12 +182,19 @@ class CommandLineTest : public QObject {
     }
 
     void presentsItself() {
+        QImage icon(32, 32, QImage::Format_RGB32);
+        icon.fill(QColor(12, 34, 56));
+        const QDir folder(fInstallation->appFolder());
+        QVERIFY(folder.mkpath(QStringLiteral("media/icons")));
+        QVERIFY(icon.save(folder.filePath(QStringLiteral("media/icons/obvista.png"))));
         Installation::setScript({QStringLiteral("introduce")});
+        qputenv("QT_PLUGIN_PATH", qgetenv("OBVISTA_BUILD_DIR") + "/tests/plugins/cleanlooks_style");
         const Program program(*fInstallation, {QStringLiteral("--plugin=viewer")});
-        QTRY_COMPARE_WITH_TIMEOUT(fInstallation->journal().size(), 2, 30000);
-        QCOMPARE(fInstallation->journal().last(),
-                 QStringLiteral(
-                     "Quorvane Robotics, www.quorvane.com, Obvista Desktop, numbers as in C"));
+        qunsetenv("QT_PLUGIN_PATH");
+        QTRY_COMPARE_WITH_TIMEOUT(fInstallation->journal().size(), 3, 30000);
+        QCOMPARE(fInstallation->journal().mid(1).join(QLatin1Char('\n')),
+                 QStringLiteral("Quorvane Robotics, www.quorvane.com, Obvista Desktop, numbers as "
+                                "in C\nstyle cleanlooks, icon #0c2238"));
     }
 
     // The process ends on the spot, with its window and plugins as they are.

@@ -113,6 +113,11 @@ class RealWindowTest : public QObject {
         click(QStringLiteral("3"));
         answer(a_lostDialog);
         endsWithStatusZero();
+        const QString dialog = QStringLiteral(
+            "dialog \"Robaxi has been disconnected\": Obvista will exit now. You have to restart "
+            "it and connect again.");
+        QVERIFY2(fInstallation->journal().contains(dialog),
+                 qPrintable(fInstallation->journal().join(QLatin1Char('\n'))));
     }
 
     void endsWhenAPluginThatWasClosedIsLost() {
