@@ -8,7 +8,6 @@
 #include "picture_grid.h"
 #include "picture_view.h"
 #include "view_actions.h"
-#include "widget_seen.h"
 
 #include <QAction>
 #include <QApplication>
@@ -25,6 +24,7 @@
 #include <plain_text.h>
 #include <robot_header.h>
 #include <utility>
+#include <widget_seen.h>
 
 namespace cameraviewer {
 
@@ -301,7 +301,7 @@ RememberedView CameraViewerWidget::xView() const {
 }
 
 void CameraViewerWidget::xUpdateSeen() {
-    fSession->setSeen(isSeen(*this));
+    fSession->setSeen(viewer::isSeen(*this));
 }
 
 void CameraViewerWidget::xUpdateReason() {

@@ -33,6 +33,7 @@
 #include <recording_bar.h>
 #include <robot_header.h>
 #include <utility>
+#include <widget_seen.h>
 #include <write_queue.h>
 
 namespace memoryviewer {
@@ -436,10 +437,6 @@ void MemoryViewerWidget::xRepaint() {
     fWatchView->viewport()->update();
 }
 
-bool MemoryViewerWidget::xIsSeen() const {
-    return isVisible() && !window()->isMinimized();
-}
-
 void MemoryViewerWidget::xPlan() {
     fFollower->follow(xNeeds(), fToolBar->rate());
 }
@@ -452,7 +449,7 @@ void MemoryViewerWidget::xPlanSoon() {
 
 SubscriptionNeeds MemoryViewerWidget::xNeeds() const {
     SubscriptionNeeds needs;
-    needs.fIsSeen = xIsSeen();
+    needs.fIsSeen = viewer::isSeen(*this);
     needs.fIsPaused = fToolBar->isPaused();
     needs.fRecorded = xRecordedIds();
     if (!needs.fIsSeen || needs.fIsPaused) {

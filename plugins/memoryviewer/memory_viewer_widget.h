@@ -86,7 +86,6 @@ class MemoryViewerWidget : public viewer::ViewerWidget {
     void xShowPlots(bool isShown);
     void xRepaint();
 
-    bool xIsSeen() const;
     void xPlan();
     void xPlanSoon();
     SubscriptionNeeds xNeeds() const;

@@ -31,6 +31,7 @@ class PluginTest : public QObject {
     void canBeReadByAScreenReader();
     void saysThatTheRobotIsLostAndKeepsItsValues();
     void keepsItsConnectionWhenHidden();
+    void followsNothingBehindATab();
 
   private:
     QWidget* xShow(int port) { return fViewer->dock(fViewer->createWidget(port))->widget(); }
@@ -174,12 +175,34 @@ void PluginTest::keepsItsConnectionWhenHidden() {
     QVERIFY(isLive());
     dock->setFloating(true);
     QVERIFY(isLive());
-    dock->setFloating(false);
+    dock->setFloating(false);  // behind the tab
+    dock->raise();
     fViewer->window().close();
     fViewer->letTimePass();
     fViewer->window().show();
     QVERIFY(isLive());
     QCOMPARE(connectionsTo(fRobot->port()), 1);
+}
+
+void PluginTest::followsNothingBehindATab() {
+    constexpr int aSecond = 1000;
+    QDockWidget* dock = fViewer->dock(fViewer->createWidget(fRobot->port()));
+    QTRY_COMPARE(valueOf(dock->widget(), "Uptime"), QStringLiteral("7"));
+    const QPersistentModelIndex name = indexOf(dock->widget(), "Uptime");
+    const auto shown = [&] { return name.sibling(name.row(), 1).data().toString(); };
+    int value = 100;
+    const auto isFollowed = [&] {
+        fRobot->set("Uptime", ++value);
+        return QTest::qWaitFor([&] { return shown() == QString::number(value); }, aSecond);
+    };
+    QDockWidget* cover = fViewer->dock(new QLabel(QStringLiteral("cover")));
+    fViewer->window().tabifyDockWidget(dock, cover);
+    cover->raise();
+    QTRY_VERIFY(!isFollowed());
+    QVERIFY(dock->widget()->isVisible());  // for Qt
+    dock->raise();
+    QTRY_COMPARE(shown(), QString::number(value));
+    QVERIFY(isFollowed());
 }
 
 OBVISTA_QTEST_MAIN(PluginTest)

@@ -2,9 +2,9 @@
 
 #include <QEvent>
 #include <QWidget>
-#include <QWindow>
 
 #include <algorithm>
+#include <widget_seen.h>
 
 namespace memoryviewer {
 
@@ -27,8 +27,7 @@ FramePacer::FramePacer(QWidget* widget) : QObject(widget), fWidget(widget) {
 }
 
 bool FramePacer::canBeSeen() const {
-    const QWindow* handle = fWidget->window()->windowHandle();
-    return fWidget->isVisible() && handle != nullptr && handle->isExposed();
+    return viewer::isSeen(*fWidget);
 }
 
 void FramePacer::schedule(Pace pace) {

@@ -3,7 +3,7 @@
 #include <QWidget>
 #include <QWindow>
 
-namespace cameraviewer {
+namespace viewer {
 
 bool isSeen(const QWidget& widget) {
     const QWidget* top = widget.window();
@@ -13,4 +13,4 @@ bool isSeen(const QWidget& widget) {
            !widget.visibleRegion().isEmpty();
 }
 
-}  // namespace cameraviewer
+}  // namespace viewer
