@@ -100,7 +100,7 @@ AddressQueries::~AddressQueries() {
     avahi_threaded_poll_stop(fPoll.get());
 }
 
-void AddressQueries::start(const std::string& hostName, Answer answer) {
+void AddressQueries::start(const std::string& hostName, const Answer& answer) {
     if (fClient != nullptr) {
         avahi_threaded_poll_lock(fPoll.get());
         const auto place = fQueries.insert(fQueries.end(), {this, answer, {}});

@@ -84,7 +84,7 @@ class AddressQueries {
     AddressQueries& operator=(const AddressQueries&) = delete;
 
     /** The answer is given on Avahi's thread, or at once if the daemon cannot be asked. */
-    void start(const std::string& hostName, Answer answer);
+    void start(const std::string& hostName, const Answer& answer);
 
   private:
     struct Query {
