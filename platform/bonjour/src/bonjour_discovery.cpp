@@ -125,11 +125,15 @@ void Gate::close() {
 void end(std::unique_ptr<bonjour::AvahiSession> session) {
     auto ended = std::make_shared<std::promise<void>>();
     const std::future<void> end = ended->get_future();
-    std::thread([ended, session = std::move(session)]() mutable {
+    std::thread worker([ended, session = std::move(session)]() mutable {
         session.reset();
         ended->set_value();
-    }).detach();
-    end.wait_for(a_endPatience);
+    });
+    if (end.wait_for(a_endPatience) == std::future_status::ready) {
+        worker.join();
+    } else {
+        worker.detach();
+    }
 }
 
 void stop(bool forGood) {
@@ -211,9 +215,14 @@ void BonjourDiscovery::startListening() {
     const auto gate = std::make_shared<Gate>();
     self.fStart = start;
     self.fGate = gate;
-    std::thread(startSession, start, gate).detach();
+    std::thread worker(startSession, start, gate);
     self.fStartChanged.wait_for(guard, a_startPatience,
                                 [&start] { return start->fDone || start->fAbandoned; });
+    if (start->fDone && !start->fAbandoned) {
+        worker.join();  // it has released the lock and has nothing to destroy
+    } else {
+        worker.detach();
+    }
     if (start->fAbandoned) {
         return;  // by stopListening()
     }
