@@ -109,7 +109,8 @@ void KeyCurves::append(const std::vector<KVChange>& changes) {
 void KeyCurves::xAddSample(std::vector<PlotSample>& samples, const MemoryKey& key,
                            std::int64_t time, const KVValue& value) const {
     const int handle = fPlots->keyHandle(QString::fromStdString(key.fInfo.fName));
-    if (handle < 0) {
+    const bool isNewest = key.fNewer == nullptr;
+    if (handle < 0 || !isNewest) {
         return;
     }
     const bool isBeginning = !fPlots->history().curve(handle).isGoingOn();
@@ -136,7 +137,9 @@ void KeyCurves::xOnKeysAdded(const std::vector<const MemoryKey*>& keys) {
 
 void KeyCurves::xOnKeysGoing(const std::vector<const MemoryKey*>& keys) {
     for (const MemoryKey* key : keys) {
-        fPlots->keyGone(QString::fromStdString(key->fInfo.fName));
+        if (key->fNewer == nullptr) {
+            fPlots->keyGone(QString::fromStdString(key->fInfo.fName));
+        }
     }
 }
 

@@ -31,7 +31,7 @@ void KeyStore::add(const std::vector<KVKeyInfo>& keys) {
         slot = std::make_unique<MemoryKey>();
         slot->fInfo = info;
         slot->fPath = splitPath(info.fName);
-        fByName[info.fName] = slot.get();
+        xEnterName(*slot);
         fSorted.push_back(slot.get());
         fresh.push_back(slot.get());
     }
@@ -49,10 +49,7 @@ void KeyStore::remove(const std::vector<std::uint32_t>& ids) {
         if (found == fKeys.end()) {
             continue;
         }
-        const auto byName = fByName.find(found->second->fInfo.fName);
-        if (byName != fByName.end() && byName->second == found->second.get()) {
-            fByName.erase(byName);
-        }
+        xForgetName(*found->second);
         gone.push_back(found->second.get());
         kept.push_back(std::move(found->second));
         fKeys.erase(found);
@@ -65,6 +62,29 @@ void KeyStore::remove(const std::vector<std::uint32_t>& ids) {
                                  [&](const MemoryKey* key) { return isGone.count(key) != 0; }),
                   fSorted.end());
     Q_EMIT aboutToRemove(gone);
+}
+
+void KeyStore::xEnterName(MemoryKey& key) {
+    MemoryKey*& newest = fByName[key.fInfo.fName];
+    key.fOlder = newest;
+    if (newest != nullptr) {
+        newest->fNewer = &key;
+    }
+    newest = &key;
+}
+
+/** The key itself still knows its neighbours, so that others see whether it was the newest. */
+void KeyStore::xForgetName(MemoryKey& key) {
+    if (key.fOlder != nullptr) {
+        key.fOlder->fNewer = key.fNewer;
+    }
+    if (key.fNewer != nullptr) {
+        key.fNewer->fOlder = key.fOlder;
+    } else if (key.fOlder != nullptr) {
+        fByName[key.fInfo.fName] = key.fOlder;
+    } else {
+        fByName.erase(key.fInfo.fName);
+    }
 }
 
 void KeyStore::change(std::vector<MergedChange> changes, std::int64_t arrival) {

@@ -54,7 +54,7 @@ class KeyStore : public QObject {
     std::size_t size() const { return fKeys.size(); }
     /** A key lives until it is removed. Null when there is none. */
     const MemoryKey* find(std::uint32_t id) const;
-    /** A robot may announce one name twice; then it is the key that came last. */
+    /** A robot may announce one name twice; then it is the key that came last of those it has. */
     const MemoryKey* find(const std::string& name) const;
     /** All keys in the order of their paths. */
     const std::vector<const MemoryKey*>& sorted() const;
@@ -75,6 +75,8 @@ class KeyStore : public QObject {
     void changed(const std::vector<memoryviewer::ChangedKey>& keys);
 
   private:
+    void xEnterName(MemoryKey& key);
+    void xForgetName(MemoryKey& key);
     void xSeeNewest(const std::vector<MergedChange>& changes);
     bool xTakeOver(MemoryKey& key, MergedChange& change);
     void xFollow(const std::vector<std::uint32_t>& ids, double updatesPerSecond);
@@ -82,7 +84,7 @@ class KeyStore : public QObject {
     std::int64_t xSteadyNow() const;
 
     std::unordered_map<std::uint32_t, std::unique_ptr<MemoryKey>> fKeys;
-    std::unordered_map<std::string, const MemoryKey*> fByName;
+    std::unordered_map<std::string, MemoryKey*> fByName;  // the newest of each name
     mutable std::vector<const MemoryKey*> fSorted;
     mutable bool fIsSorted = true;
     RobotClock fClock;

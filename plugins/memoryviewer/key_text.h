@@ -12,6 +12,7 @@ namespace memoryviewer {
 enum KeyRole {
     MarkedRole = Qt::UserRole,  ///< bool: the value has changed just now
     KeyNameRole,                ///< QString: the key's whole name as the robot gave it
+    KeyIdRole,                  ///< uint: its identifier; nothing while the robot does not have it
     MissingRole                 ///< bool: the robot does not have the key at present
 };
 

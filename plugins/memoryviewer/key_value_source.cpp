@@ -43,7 +43,7 @@ std::optional<KVValue> KeyValueSource::editableValue(const QModelIndex& index) c
 
 void KeyValueSource::enter(const QModelIndex& index, const KVValue& before, const KVValue& value) {
     if (const MemoryKey* key = xKey(index)) {
-        fWrites->write(key->fInfo.fName, before, value);
+        fWrites->write({key->fInfo.fId, key->fInfo.fName}, before, value);
     }
 }
 
@@ -52,7 +52,7 @@ ValueMark KeyValueSource::mark(const QModelIndex& index) const {
     if (key == nullptr) {
         return ValueMark::None;
     }
-    const std::optional<WriteState> write = fWrites->state(key->fInfo.fName);
+    const std::optional<WriteState> write = fWrites->state(key->fInfo.fId);
     const ValueMark mark = write ? markOf(*write) : ValueMark::None;
     const bool isMarked = mark == ValueMark::None && fKeys->isMarked(*key);
     return isMarked ? ValueMark::Changed : mark;
@@ -60,7 +60,7 @@ ValueMark KeyValueSource::mark(const QModelIndex& index) const {
 
 std::optional<QString> KeyValueSource::writtenText(const QModelIndex& index) const {
     const MemoryKey* key = index.column() == ValueColumn ? xKey(index) : nullptr;
-    const auto write = key != nullptr ? fWrites->state(key->fInfo.fName) : std::nullopt;
+    const auto write = key != nullptr ? fWrites->state(key->fInfo.fId) : std::nullopt;
     if (!write) {
         return {};
     }
@@ -73,8 +73,8 @@ std::optional<QString> KeyValueSource::writtenText(const QModelIndex& index) con
 }
 
 const MemoryKey* KeyValueSource::xKey(const QModelIndex& index) const {
-    const QVariant name = index.data(KeyNameRole);
-    return name.isValid() ? fKeys->find(name.toString().toStdString()) : nullptr;
+    const QVariant id = index.data(KeyIdRole);
+    return id.isValid() ? fKeys->find(id.toUInt()) : nullptr;
 }
 
 }  // namespace memoryviewer

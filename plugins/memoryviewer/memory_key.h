@@ -21,6 +21,8 @@ struct MemoryKey {
     ChangeRate fRate;
     bool fHasChanged = false;       ///< since it is known here: the first value is no change
     std::int64_t fMarkedUntil = 0;  ///< when the mark of its last change goes out, see KeyStore
+    MemoryKey* fOlder = nullptr;    ///< of the same name: the one announced before, and after, it
+    MemoryKey* fNewer = nullptr;
 
     bool hasValue() const { return fTime != 0; }
     /** The value's own type, or the one that the key was announced with before its first value. */

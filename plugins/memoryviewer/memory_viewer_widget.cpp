@@ -320,7 +320,7 @@ void MemoryViewerWidget::xSetPhase(MemoryPhase phase) {
         fSecondTimer.stop();
         fDelegate->setStale(true);
         xRepaint();
-        fPlots->breakCurves();
+        fPlots->endCurves(fKeys->newestTime());
         fWrites->giveUp(tr("the robot is lost"));
         fRecorder->stop();
     }
@@ -484,7 +484,9 @@ std::vector<std::uint32_t> MemoryViewerWidget::xRecordedIds() const {
     if (!fRecorder->isRecording()) {
         return {};
     }
-    const std::vector<std::uint32_t> ids = xIdsOf(fWatched->names() + fPlots->plottedKeys());
+    QStringList names = fWatched->names() + fPlots->plottedKeys();
+    names.removeDuplicates();
+    const std::vector<std::uint32_t> ids = xIdsOf(names);
     return ids.empty() ? xAllIds() : ids;
 }
 

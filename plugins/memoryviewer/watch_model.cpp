@@ -110,7 +110,7 @@ void WatchModel::xOnRemoved(const std::vector<const MemoryKey*>& keys) {
     for (const MemoryKey* key : keys) {
         const auto row = fRows.find(key->fInfo.fName);
         if (row != fRows.end() && fFound[static_cast<std::size_t>(row->second)] == key) {
-            fFound[static_cast<std::size_t>(row->second)] = nullptr;
+            xFind(row->second);
             xSignalRow(row->second, NameColumn);
         }
     }

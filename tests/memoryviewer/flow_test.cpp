@@ -2,6 +2,7 @@
 #include "viewer_driver.h"
 
 #include <robaxi/kv_broker.h>
+#include <robaxi/kv_error.h>
 
 #include <QAbstractItemModel>
 #include <QElapsedTimer>
@@ -13,11 +14,16 @@
 #include <memory>
 #include <memory_link.h>
 #include <memory_viewer_widget.h>
+#include <plot_history.h>
+#include <plot_panel.h>
 #include <thread>
+#include <time_axis.h>
 
 using namespace obvista_test;
+using memoryviewer::CurveHistory;
 using memoryviewer::MemoryLink;
 using memoryviewer::MemoryViewerWidget;
+using memoryviewer::PlotPanel;
 
 /** The widget under more changes than any screen can show. */
 class FlowTest : public QObject {
@@ -29,6 +35,7 @@ class FlowTest : public QObject {
     void takesWhatComesAtMostOnceAFrame();
     void answersTheUserWhileManyKeysChange();
     void isQuietWhileNothingChanges();
+    void endsCurvesAtTheLastValueOfALostRobot();
 
   private:
     /** Changes values through the widget's feed, as fast as one thread can, while `during` runs. */
@@ -122,6 +129,24 @@ void FlowTest::isQuietWhileNothingChanges() {
     connect(model, &QAbstractItemModel::dataChanged, this, [&] { ++signalsSeen; });
     QTest::qWait(400);
     QCOMPARE(signalsSeen, 0);
+}
+
+void FlowTest::endsCurvesAtTheLastValueOfALostRobot() {
+    constexpr double aSecond = 1e6;
+    auto* plots = fWidget->findChild<PlotPanel*>();
+    QVERIFY(plots->addCurve(QStringLiteral("Real"), QString()));
+    const auto curve = [&]() -> const CurveHistory& {
+        return plots->history().curve(plots->keyHandle(QStringLiteral("Real")));
+    };
+    fRobot->set("Real", 2);
+    QTRY_VERIFY(!curve().isEmpty() && curve().last().fValue == 2);
+    const std::int64_t last = curve().last().fTime;
+    // The value is drawn as held, as long as nobody knows that the robot has died.
+    QTRY_VERIFY(plots->timeAxis().right() > static_cast<double>(last) + aSecond);
+    fLink->feed().reportLost(KVError(KVError::Cause::ConnectionLost, "It is gone."));
+    QTRY_VERIFY(!curve().isGoingOn());
+    QCOMPARE(curve().last().fTime, last);
+    QTRY_COMPARE(plots->timeAxis().right(), static_cast<double>(last));
 }
 
 OBVISTA_QTEST_MAIN(FlowTest)

@@ -62,6 +62,7 @@ class RecordingTest : public QObject {
     void init();
     void cleanup();
     void recordsWhatIsWatchedWithTheRobotsTimes();
+    void recordsOnceWhatIsWatchedAndPlotted();
     void recordsAllKeysWhenNoneIsWatched();
     void goesOnWhilePaused();
     void saysHowFarItIs();
@@ -149,6 +150,20 @@ void RecordingTest::recordsWhatIsWatchedWithTheRobotsTimes() {
         QCOMPARE(row.mid(UnitField), (Row{"V", "float"}));
         before = time;
     }
+}
+
+void RecordingTest::recordsOnceWhatIsWatchedAndPlotted() {
+    xWatch("Audio/Volume");
+    QTest::keyClick(fWindow->tree(), Qt::Key_P, Qt::ControlModifier);
+    QTRY_COMPARE(fWindow->plots().size(), 1);
+    xWatch("Battery/Voltage");
+    xStart();
+    QTRY_VERIFY(xRowsSaid() > 5);
+    xStop();
+    const QList<Row> rows = rowsOf(fFile);
+    QCOMPARE(std::count_if(rows.begin(), rows.end(),
+                           [](const Row& row) { return row[KeyField] == "Audio/Volume"; }),
+             1);
 }
 
 void RecordingTest::recordsAllKeysWhenNoneIsWatched() {

@@ -22,9 +22,9 @@ WriteQueue::~WriteQueue() {
     fThread.join();
 }
 
-void WriteQueue::write(const std::string& key, const KVValue& before, const KVValue& value) {
+void WriteQueue::write(const WrittenKey& key, const KVValue& before, const KVValue& value) {
     Job job{++fNumber, key, before, value};
-    fLastWrites[key] = {job.fNumber, {WriteState::Phase::Pending, before, value, {}, {}}};
+    fLastWrites[key.fId] = {job.fNumber, {WriteState::Phase::Pending, before, value, {}, {}}};
     ++fPending;
     {
         const std::lock_guard<std::mutex> lock(fMutex);
@@ -32,11 +32,11 @@ void WriteQueue::write(const std::string& key, const KVValue& before, const KVVa
         fWake.notify_one();
     }
     xTellUndo();
-    Q_EMIT stateChanged(key);
+    Q_EMIT stateChanged(key.fId);
 }
 
-std::optional<WriteState> WriteQueue::state(const std::string& key) const {
-    const auto last = fLastWrites.find(key);
+std::optional<WriteState> WriteQueue::state(std::uint32_t id) const {
+    const auto last = fLastWrites.find(id);
     return last != fLastWrites.end() ? std::optional<WriteState>(last->second.fState)
                                      : std::nullopt;
 }
@@ -73,7 +73,7 @@ void WriteQueue::xRun() {
         }
         QString refusal;
         try {
-            fWriter->write(job.fKey, job.fValue);
+            fWriter->write(job.fKey.fName, job.fValue);
         } catch (const KVError& error) {
             refusal = viewer::plainText(error.toString());
         } catch (const std::exception& error) {
@@ -91,16 +91,16 @@ void WriteQueue::xFinish(const Job& job, const QString& refusal) {
     if (isAccepted) {
         fUndo = job;
     }
-    const auto last = fLastWrites.find(job.fKey);
+    const auto last = fLastWrites.find(job.fKey.fId);
     if (last != fLastWrites.end() && last->second.fNumber == job.fNumber) {
         WriteState& state = last->second.fState;
         state.fPhase = isAccepted ? WriteState::Phase::Accepted : WriteState::Phase::Refused;
         state.fReason = refusal;
         state.fSinceAnswer.start();
-        Q_EMIT stateChanged(job.fKey);
+        Q_EMIT stateChanged(job.fKey.fId);
     }
     if (!isAccepted) {
-        Q_EMIT refused(job.fKey, refusal);
+        Q_EMIT refused(job.fKey.fName, refusal);
     }
     xTellUndo();
 }

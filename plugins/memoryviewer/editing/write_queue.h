@@ -19,6 +19,12 @@
 
 namespace memoryviewer {
 
+/** A key as it is written: a robot knows it by its name, of which it may have announced several. */
+struct WrittenKey {
+    std::uint32_t fId = 0;
+    std::string fName;
+};
+
 /** What became of the last write of a key. */
 struct WriteState {
     enum class Phase { Pending, Accepted, Refused };
@@ -48,31 +54,31 @@ class WriteQueue : public QObject {
      *
      * @param before the value that undo() brings back
      */
-    void write(const std::string& key, const KVValue& before, const KVValue& value);
+    void write(const WrittenKey& key, const KVValue& before, const KVValue& value);
 
     /** The last write of a key; nothing when it was never written. */
-    std::optional<WriteState> state(const std::string& key) const;
+    std::optional<WriteState> state(std::uint32_t id) const;
     /** Ends all that waits as refused, for instance when the robot is lost. */
     void giveUp(const QString& reason);
 
     /** Whether a write was accepted that can be undone: the last one, and nothing is pending. */
     bool canUndo() const { return fUndo.has_value() && fPending == 0; }
-    /** The key that undo() writes. */
-    std::string undoKey() const { return fUndo ? fUndo->fKey : std::string(); }
+    /** Name of the key that undo() writes. */
+    std::string undoKey() const { return fUndo ? fUndo->fKey.fName : std::string(); }
     /** Writes what was there before the last write accepted; once more writes that again. */
     void undo();
 
   Q_SIGNALS:
     /** Another state of the last write of a key. */
-    void stateChanged(const std::string& key);
-    /** A key was refused. @param reason the robot's, plain text */
+    void stateChanged(std::uint32_t id);
+    /** A key of that name was refused. @param reason the robot's, plain text */
     void refused(const std::string& key, const QString& reason);
     void canUndoChanged(bool canUndo);
 
   private:
     struct Job {
         std::uint64_t fNumber = 0;
-        std::string fKey;
+        WrittenKey fKey;
         KVValue fBefore;
         KVValue fValue;
     };
@@ -86,7 +92,7 @@ class WriteQueue : public QObject {
     void xTellUndo();
 
     std::unique_ptr<ValueWriter> fWriter;
-    std::unordered_map<std::string, LastWrite> fLastWrites;
+    std::unordered_map<std::uint32_t, LastWrite> fLastWrites;
     std::optional<Job> fUndo;
     std::uint64_t fNumber = 0;
     std::size_t fPending = 0;

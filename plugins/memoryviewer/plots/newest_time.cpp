@@ -63,4 +63,8 @@ double NewestTime::hold(bool isGoingOn) {
     return fNewest;
 }
 
+void NewestTime::takeBack(bool isGoingOn, double latest) {
+    fNewest = std::min(at(isGoingOn), std::max(fNewest, latest));
+}
+
 }  // namespace memoryviewer

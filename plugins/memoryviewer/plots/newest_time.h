@@ -23,6 +23,8 @@ class NewestTime {
     double at(bool isGoingOn) const;
     /** Takes the time as it stands now for that of the newest sample. @return it */
     double hold(bool isGoingOn);
+    /** The same, but no later than the newest sample and `latest`. */
+    void takeBack(bool isGoingOn, double latest);
     /** The time stands still until the next sample. */
     void stop() { fSinceSample.invalidate(); }
 

@@ -241,6 +241,12 @@ void PlotPanel::breakCurves() {
     fPacer->schedule(FramePacer::Pace::Data);
 }
 
+void PlotPanel::endCurves(qint64 lastReceived) {
+    fNewest.takeBack(xIsGoingOn(), static_cast<double>(lastReceived));
+    fHistory->interruptAll(pointTime(fNewest.ofSamples()));
+    fPacer->schedule(FramePacer::Pace::Data);
+}
+
 void PlotPanel::setMaximumPoints(std::size_t points) {
     fHistory->setMaximum(points);
     fPacer->schedule(FramePacer::Pace::Data);

@@ -76,8 +76,15 @@ class PlotPanel : public QWidget {
     void append(const std::vector<PlotSample>& samples);
     /** A key has vanished: its curve has a gap until the next sample. */
     void keyGone(const QString& keyName);
-    /** The same for all keys: the robot is lost, or nothing is subscribed for a while. */
+    /** The same for all keys: nothing is subscribed for a while. */
     void breakCurves();
+    /**
+     * The same, back to the last value: the robot is lost, and nobody knows for how long it has
+     * been when that is found out.
+     *
+     * @param lastReceived when the newest of its values was set, plotted or not, by its clock
+     */
+    void endCurves(qint64 lastReceived);
 
     /** Most points kept, of all curves together: one million at first. */
     void setMaximumPoints(std::size_t points);

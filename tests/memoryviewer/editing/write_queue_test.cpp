@@ -24,6 +24,9 @@ using Phase = WriteState::Phase;
 
 namespace {
 
+constexpr std::uint32_t a_id = 1;
+constexpr std::uint32_t a_otherId = 5;
+
 /** A robot that takes what is written, refuses what is below 0, and may be slow. */
 class Robot {
   public:
@@ -88,8 +91,10 @@ class WriteQueueTest : public QObject {
     void endsWhileTheRobotIsSlow();
 
   private:
-    Phase xPhase() const { return fQueue->state("Key")->fPhase; }
-    void xWrite(int before, int value) { fQueue->write("Key", KVValue(before), KVValue(value)); }
+    Phase xPhase() const { return fQueue->state(a_id)->fPhase; }
+    void xWrite(int before, int value) {
+        fQueue->write({a_id, "Key"}, KVValue(before), KVValue(value));
+    }
 
     std::unique_ptr<Robot> fRobot;
     std::unique_ptr<WriteQueue> fQueue;
@@ -109,20 +114,19 @@ void WriteQueueTest::cleanup() {
 
 void WriteQueueTest::writesAndSaysThatItIsAccepted() {
     std::vector<Phase> phases;
-    connect(fQueue.get(), &WriteQueue::stateChanged, this, [this, &phases](const std::string& key) {
-        phases.push_back(fQueue->state(key)->fPhase);
-    });
-    QVERIFY(!fQueue->state("Key"));
+    connect(fQueue.get(), &WriteQueue::stateChanged, this,
+            [this, &phases](std::uint32_t id) { phases.push_back(fQueue->state(id)->fPhase); });
+    QVERIFY(!fQueue->state(a_id));
     xWrite(0, 7);
     QCOMPARE(int(xPhase()), int(Phase::Pending));
-    QVERIFY(fQueue->state("Key")->fValue == KVValue(7));
+    QVERIFY(fQueue->state(a_id)->fValue == KVValue(7));
     QTRY_COMPARE(int(xPhase()), int(Phase::Accepted));
     QCOMPARE(phases, (std::vector<Phase>{Phase::Pending, Phase::Accepted}));
     QCOMPARE(fRobot->taken(), std::vector<std::int64_t>{7});
     fQueue->disconnect(this);
-    const std::optional<WriteState> state = fQueue->state("Key");
+    const std::optional<WriteState> state = fQueue->state(a_id);
     QVERIFY(state->fSinceAnswer.isValid());
-    QVERIFY(!fQueue->state("Another"));
+    QVERIFY(!fQueue->state(a_id + 1));
 }
 
 void WriteQueueTest::givesTheRobotsReasonForARefusal() {
@@ -132,7 +136,7 @@ void WriteQueueTest::givesTheRobotsReasonForARefusal() {
     xWrite(0, -1);
     QTRY_COMPARE(int(xPhase()), int(Phase::Refused));
     QVERIFY2(reason.contains(QStringLiteral("It <b>cannot</b>\\nbe below 0.")), qPrintable(reason));
-    QCOMPARE(fQueue->state("Key")->fReason, reason);
+    QCOMPARE(fQueue->state(a_id)->fReason, reason);
 }
 
 void WriteQueueTest::isPendingWithoutHoldingTheUser() {
@@ -140,7 +144,7 @@ void WriteQueueTest::isPendingWithoutHoldingTheUser() {
     xWrite(0, 1);
     xWrite(1, 2);
     QCOMPARE(int(xPhase()), int(Phase::Pending));
-    QVERIFY(!fQueue->state("Key")->fSinceAnswer.isValid());
+    QVERIFY(!fQueue->state(a_id)->fSinceAnswer.isValid());
     QVERIFY(!fQueue->canUndo());
     fRobot->setSlow(false);
     QTRY_COMPARE(int(xPhase()), int(Phase::Accepted));
@@ -183,21 +187,21 @@ void WriteQueueTest::saysWhenThereIsNoRobot() {
     fRobot.reset();
     xWrite(0, 1);
     QTRY_COMPARE(int(xPhase()), int(Phase::Refused));
-    QVERIFY(!fQueue->state("Key")->fReason.isEmpty());
+    QVERIFY(!fQueue->state(a_id)->fReason.isEmpty());
     QVERIFY(!fQueue->canUndo());
 }
 
 void WriteQueueTest::givesUpWhatWaits() {
     fRobot->setSlow(true);
-    fQueue->write("Other", KVValue(0), KVValue(1));
+    fQueue->write({a_otherId, "Other"}, KVValue(0), KVValue(1));
     xWrite(0, 2);
     xWrite(0, 3);
     fQueue->giveUp(QStringLiteral("The robot is lost."));
     // What is on its way is not waiting any more, perhaps.
     QTRY_VERIFY(xPhase() == Phase::Refused);
-    QCOMPARE(fQueue->state("Key")->fReason, QStringLiteral("The robot is lost."));
+    QCOMPARE(fQueue->state(a_id)->fReason, QStringLiteral("The robot is lost."));
     fRobot->setSlow(false);
-    QTRY_VERIFY(fQueue->state("Other")->fPhase != Phase::Pending);
+    QTRY_VERIFY(fQueue->state(a_otherId)->fPhase != Phase::Pending);
     QVERIFY(fRobot->taken().size() <= 1);
 }
 
