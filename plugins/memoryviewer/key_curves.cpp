@@ -4,6 +4,7 @@
 #include "value_text.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <plot_history.h>
 #include <plot_panel.h>
@@ -42,30 +43,20 @@ double numberOf(const KVValue& value) {
 
 KeyCurves::KeyCurves(KeyStore* keys, PlotPanel* plots, QObject* parent)
     : QObject(parent), fKeys(keys), fPlots(plots) {
-    fPlots->setKeyCheck([this](const QString& name) { return xIsPlottable(name); });
+    fPlots->setKeyLookup([this](const QString& name) { return xLookup(name); });
     connect(fPlots, &PlotPanel::plottedKeysChanged, this, &KeyCurves::xOnPlottedKeysChanged);
     connect(fKeys, &KeyStore::added, this, &KeyCurves::xOnKeysAdded);
     connect(fKeys, &KeyStore::aboutToRemove, this, &KeyCurves::xOnKeysGoing);
 }
 
 void KeyCurves::plot(const QStringList& names, Place place) {
-    for (const QString& name : names) {
-        const MemoryKey* key = fKeys->find(name.toStdString());
-        if (!hasNumbers(key)) {
-            continue;
-        }
-        const QString unit = plainText(key->fInfo.fUnit);
-        const bool fits = place == Place::NewPlot
-                              ? fPlots->addCurveToNewPlot(name, unit, shapeOf(*key))
-                              : fPlots->addCurve(name, unit, shapeOf(*key));
-        if (!fits) {
-            return;
-        }
-        place = Place::CurrentPlot;
-    }
+    QStringList plottable;
+    std::copy_if(names.begin(), names.end(), std::back_inserter(plottable),
+                 [this](const QString& name) { return xLookup(name).has_value(); });
+    fPlots->addCurves(plottable, place == Place::NewPlot);
 }
 
-/** Some of them may be dropped ones, of which the plots know no more than the name. */
+/** Some of them may be restored ones, of which the plots know what was saved. */
 void KeyCurves::xOnPlottedKeysChanged() {
     for (const QString& name : fPlots->plottedKeys()) {
         if (const MemoryKey* key = fKeys->find(name.toStdString())) {
@@ -125,8 +116,11 @@ void KeyCurves::setFollowing(bool isFollowing) {
     fIsFollowing = isFollowing;
 }
 
-bool KeyCurves::xIsPlottable(const QString& name) const {
-    return hasNumbers(fKeys->find(name.toStdString()));
+std::optional<PlottedKey> KeyCurves::xLookup(const QString& name) const {
+    const MemoryKey* key = fKeys->find(name.toStdString());
+    return hasNumbers(key)
+               ? std::optional<PlottedKey>({name, plainText(key->fInfo.fUnit), shapeOf(*key)})
+               : std::nullopt;
 }
 
 void KeyCurves::xOnKeysAdded(const std::vector<const MemoryKey*>& keys) {

@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace memoryviewer {
@@ -15,6 +16,7 @@ class KeyStore;
 class PlotPanel;
 struct MemoryKey;
 struct PlotSample;
+struct PlottedKey;
 
 /** Keys whose values are numbers, as curves of the plots. Used on the GUI thread. */
 class KeyCurves : public QObject {
@@ -26,7 +28,7 @@ class KeyCurves : public QObject {
     /** Both outlive this. */
     KeyCurves(KeyStore* keys, PlotPanel* plots, QObject* parent = nullptr);
 
-    /** Plots those that have numbers; all in one plot. */
+    /** Plots those that have numbers; see PlotPanel::addCurves(). */
     void plot(const QStringList& names, Place place);
     /** Begins the curves of keys whose values are known already, and are not sent again before they
      *  change. */
@@ -37,7 +39,7 @@ class KeyCurves : public QObject {
     void setFollowing(bool isFollowing);
 
   private:
-    bool xIsPlottable(const QString& name) const;
+    std::optional<PlottedKey> xLookup(const QString& name) const;
     void xDescribe(const MemoryKey& key);
     void xAddSample(std::vector<PlotSample>& samples, const MemoryKey& key, std::int64_t time,
                     const KVValue& value) const;

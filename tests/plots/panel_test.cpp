@@ -99,6 +99,7 @@ class PanelTest : public QObject {
     void movesTheCursorByKeyboard();
     void removesAndMovesCurvesByKeyboard();
     void takesKeysThatAreDropped();
+    void partsKeysThatAreChosenTogetherByUnit();
     void refusesWhatIsNoNumber();
     void showsNamesAsPlainText();
     void savesAPicture();
@@ -604,8 +605,45 @@ void PanelTest::takesKeysThatAreDropped() {
     QCOMPARE(xLegend()->topLevelItem(1)->child(0)->text(0), QStringLiteral("A [m]"));
 }
 
+void PanelTest::partsKeysThatAreChosenTogetherByUnit() {
+    // The unit stands before the dot.
+    fPanel->setKeyLookup([](const QString& key) {
+        return std::optional(PlottedKey{key, key.section(QLatin1Char('.'), 0, 0)});
+    });
+    const auto names = [this](int plot) {
+        QStringList shown;
+        const QTreeWidgetItem* item = xLegend()->topLevelItem(plot);
+        for (int row = 0; item != nullptr && row < item->childCount(); ++row) {
+            shown += item->child(row)->text(0).section(QLatin1Char(' '), 0, 0);
+        }
+        return shown;
+    };
+    const QStringList branch{"V.1", "A.1", "V.2", ".1"};
+    xDrop(fPanel.get(), branch);
+    QCOMPARE(xLegend()->topLevelItemCount(), 3);
+    QCOMPARE(names(0), QStringList({"V.1", "V.2"}));
+    QCOMPARE(names(1), QStringList("A.1"));
+    QCOMPARE(names(2), QStringList(".1"));
+    // Once more, and with others, into the plots of these units.
+    fPanel->addCurves(branch, false);
+    QCOMPARE(xLegend()->topLevelItemCount(), 3);
+    xDrop(xView(0), {QStringLiteral("A.2"), QStringLiteral("V.3"), QStringLiteral("K.1")});
+    QCOMPARE(xLegend()->topLevelItemCount(), 4);
+    QCOMPARE(names(0), QStringList({"V.1", "V.2", "V.3"}));
+    QCOMPARE(names(1), QStringList({"A.1", "A.2"}));
+    QCOMPARE(names(3), QStringList("K.1"));
+    // Keys of one unit go where the user wants them.
+    xDrop(xView(0), {QStringLiteral("A.3")});
+    QCOMPARE(names(0), QStringList({"V.1", "V.2", "V.3", "A.3"}));
+    fPanel->addCurves({QStringLiteral("V.4"), QStringLiteral("A.4")}, true);
+    QCOMPARE(xLegend()->topLevelItemCount(), 6);
+    QCOMPARE(names(5), QStringList("A.4"));
+}
+
 void PanelTest::refusesWhatIsNoNumber() {
-    fPanel->setKeyCheck([](const QString& key) { return key != QStringLiteral("Text"); });
+    fPanel->setKeyLookup([](const QString& key) {
+        return key == QStringLiteral("Text") ? std::nullopt : std::optional(PlottedKey{key, {}});
+    });
     xDrop(fPanel.get(), {QStringLiteral("Text"), QStringLiteral("Number")});
     QCOMPARE(fPanel->plottedKeys(), QStringList(QStringLiteral("Number")));
     QCOMPARE(xNotice(), QStringLiteral("Not plotted, since its values are no numbers: Text."));

@@ -7,6 +7,7 @@
 #include "plot_view.h"
 
 #include <algorithm>
+#include <map>
 #include <plain_text.h>
 #include <utility>
 
@@ -162,25 +163,72 @@ void PlotChoice::describe(const QString& name, const QString& unit, CurveShape s
 }
 
 void PlotChoice::take(const QStringList& names, int toPlot, int fromPlot) {
-    const std::size_t to = toPlot >= 0 ? static_cast<std::size_t>(toPlot) : fPlots->size();
+    std::vector<PlottedKey> keys;
     QStringList refused;
     for (const QString& name : names) {
         if (fromPlot >= 0) {
-            move(name, static_cast<std::size_t>(fromPlot), to);
-        } else if (fIsPlottable && !fIsPlottable(name)) {
+            move(name, static_cast<std::size_t>(fromPlot),
+                 toPlot >= 0 ? static_cast<std::size_t>(toPlot) : fPlots->size());
+        } else if (const auto key = fLookup ? fLookup(name) : PlottedKey{name, {}}) {
+            keys.push_back(*key);
+        } else {
             refused += viewer::plainText(name.toStdString());
-        } else if (!addKey(name, QString(), CurveShape::Line, std::min(to, fPlots->size()))) {
-            return;
         }
     }
-    if (!refused.isEmpty()) {
+    if (xTakeNew(keys, toPlot) && !refused.isEmpty()) {
         Q_EMIT said(tr("Not plotted, since its values are no numbers: %1.")
                         .arg(refused.join(QStringLiteral(", "))));
     }
 }
 
-void PlotChoice::setKeyCheck(std::function<bool(const QString&)> isPlottable) {
-    fIsPlottable = std::move(isPlottable);
+/** @return whether all are plotted now */
+bool PlotChoice::xTakeNew(const std::vector<PlottedKey>& keys, int toPlot) {
+    const bool haveOneUnit = std::all_of(keys.begin(), keys.end(), [&](const PlottedKey& key) {
+        return key.fUnit == keys.front().fUnit;
+    });
+    const auto wanted = toPlot >= 0 ? static_cast<std::size_t>(toPlot) : fPlots->size();
+    // A plot may be asked for by other keys too before it is there.
+    std::map<QString, std::size_t> plots;
+    for (const PlottedKey& key : keys) {
+        const auto known = plots.find(key.fUnit);
+        const std::size_t plot = known != plots.end() ? known->second
+                                 : haveOneUnit        ? wanted
+                                                      : xPlotFor(key.fUnit, toPlot);
+        plots[key.fUnit] = plot;
+        if (!addKey(key.fName, key.fUnit, key.fShape, plot)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/** For keys that were chosen with others of other units. One behind the last is a new one. */
+std::size_t PlotChoice::xPlotFor(const QString& unit, int toPlot) const {
+    const std::size_t count = fPlots->size();
+    const auto wanted = static_cast<std::size_t>(toPlot);
+    if (toPlot < 0) {
+        return count;
+    }
+    const auto fits = [&](const PlotView& plot) { return unitOf(plot) == unit; };
+    if (wanted < count && (fPlots->plot(wanted).keys().empty() || fits(fPlots->plot(wanted)))) {
+        return wanted;
+    }
+    const auto& plots = fPlots->plots();
+    const auto found =
+        std::find_if(plots.begin(), plots.end(), [&](const PlotView* plot) { return fits(*plot); });
+    return static_cast<std::size_t>(found - plots.begin());
+}
+
+std::optional<QString> PlotChoice::unitOf(const PlotView& plot) const {
+    const auto& keys = plot.keys();
+    const bool haveOneUnit = !keys.empty() && std::all_of(keys.begin(), keys.end(), [&](int key) {
+        return fKeys.at(key).fUnit == fKeys.at(keys.front()).fUnit;
+    });
+    return haveOneUnit ? std::optional<QString>(fKeys.at(keys.front()).fUnit) : std::nullopt;
+}
+
+void PlotChoice::setKeyLookup(KeyLookup lookup) {
+    fLookup = std::move(lookup);
 }
 
 QVariantList PlotChoice::saved() const {

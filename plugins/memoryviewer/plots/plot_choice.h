@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <optional>
 #include <vector>
 
 namespace memoryviewer {
@@ -54,14 +55,18 @@ class PlotChoice : public QObject {
     void describe(const QString& name, const QString& unit, CurveShape shape);
 
     /**
-     * Takes keys that were dropped.
+     * Takes keys that were dropped, or chosen together. When they have several units and come from
+     * elsewhere, each unit goes to a plot of that unit, the wanted one if it can be: to one that is
+     * there already, or else to a new one.
      *
-     * @param toPlot -1 for a new plot
+     * @param toPlot -1 for new plots
      * @param fromPlot the plot that they are moved from, -1 when they come from elsewhere
      */
     void take(const QStringList& names, int toPlot, int fromPlot);
-    /** Asked before a key that was dropped is plotted; all are at first. */
-    void setKeyCheck(std::function<bool(const QString&)> isPlottable);
+    /** See PlotPanel::setKeyLookup(). */
+    void setKeyLookup(KeyLookup lookup);
+    /** The unit of all keys of a plot; nothing when it has none, or they have several. */
+    std::optional<QString> unitOf(const PlotView& plot) const;
 
     /** For each plot its keys. */
     QVariantList saved() const;
@@ -84,11 +89,13 @@ class PlotChoice : public QObject {
     void xRemoveKey(std::size_t plot, int key);
     void xForgetUnplotted();
     void xRestorePlot(const QVariantList& curves);
+    bool xTakeNew(const std::vector<PlottedKey>& keys, int toPlot);
+    std::size_t xPlotFor(const QString& unit, int toPlot) const;
 
     PlotStack* fPlots;
     PlotHistory* fHistory;
     PlottedKeys fKeys;
-    std::function<bool(const QString&)> fIsPlottable;
+    KeyLookup fLookup;
 };
 
 }  // namespace memoryviewer

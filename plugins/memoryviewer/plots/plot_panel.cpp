@@ -191,6 +191,10 @@ bool PlotPanel::addCurveToNewPlot(const QString& keyName, const QString& unit, C
     return fChoice->addKey(keyName, unit, shape, fPlots->size());
 }
 
+void PlotPanel::addCurves(const QStringList& keyNames, bool byThemselves) {
+    fChoice->take(keyNames, byThemselves ? -1 : static_cast<int>(fPlots->current()), -1);
+}
+
 void PlotPanel::removeCurve(const QString& keyName) {
     fChoice->removeKey(keyName);
 }
@@ -207,8 +211,8 @@ int PlotPanel::keyHandle(const QString& keyName) const {
     return fChoice->keys().find(keyName);
 }
 
-void PlotPanel::setKeyCheck(std::function<bool(const QString&)> isPlottable) {
-    fChoice->setKeyCheck(std::move(isPlottable));
+void PlotPanel::setKeyLookup(KeyLookup lookup) {
+    fChoice->setKeyLookup(std::move(lookup));
 }
 
 void PlotPanel::append(const std::vector<PlotSample>& samples) {
@@ -342,11 +346,7 @@ void PlotPanel::xOrderForKeyboard() {
 
 void PlotPanel::xDescribePlot(PlotView& plot, std::size_t number,
                               const std::vector<LegendEntry>& entries) {
-    const bool haveOneUnit =
-        !entries.empty() && std::all_of(entries.begin(), entries.end(), [&](const auto& entry) {
-            return entry.fUnit == entries.front().fUnit;
-        });
-    plot.setUnit(haveOneUnit ? entries.front().fUnit : QString());
+    plot.setUnit(fChoice->unitOf(plot).value_or(QString()));
     plot.setShowsTimes(number + 1 == fPlots->size());
     QStringList names;
     for (const LegendEntry& entry : entries) {

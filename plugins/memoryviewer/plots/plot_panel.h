@@ -4,6 +4,7 @@
 #include "curve_shape.h"
 #include "newest_time.h"
 #include "plot_sample.h"
+#include "plotted_keys.h"
 
 #include <QStringList>
 #include <QTimer>
@@ -58,6 +59,13 @@ class PlotPanel : public QWidget {
     /** The same in a new plot below the others. */
     bool addCurveToNewPlot(const QString& keyName, const QString& unit,
                            CurveShape shape = CurveShape::Line);
+    /**
+     * Plots keys that the user has chosen together, those of each unit in a plot of that unit when
+     * they have several.
+     *
+     * @param byThemselves in new plots only
+     */
+    void addCurves(const QStringList& keyNames, bool byThemselves);
     /** Takes a key from all plots and forgets its history. */
     void removeCurve(const QString& keyName);
     /** What became known of a key that may be plotted already; nothing when it is not. */
@@ -93,8 +101,9 @@ class PlotPanel : public QWidget {
      * stays for more than three such times is drawn as held; half a second at first.
      */
     void setUpdateInterval(qint64 microseconds);
-    /** Asked before a key that is dropped onto the panel is plotted; all are at first. */
-    void setKeyCheck(std::function<bool(const QString&)> isPlottable);
+    /** Asked before a key is plotted of which only the name is given, as when it is dropped;
+     *  without it all are, as lines without a unit. */
+    void setKeyLookup(KeyLookup lookup);
 
     /** Which keys are in which plots, and the length of time shown; not the points. */
     QVariantMap saveState() const;

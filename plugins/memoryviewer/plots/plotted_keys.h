@@ -7,7 +7,9 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <map>
+#include <optional>
 
 namespace memoryviewer {
 
@@ -18,6 +20,9 @@ struct PlottedKey {
     CurveShape fShape = CurveShape::Line;
     int fColour = 0;  ///< see curvePen()
 };
+
+/** Finds what is known of a key by its name; nothing when it has no numbers. */
+using KeyLookup = std::function<std::optional<PlottedKey>(const QString&)>;
 
 /** The keys that are plotted, each once, by handles that are not given again. */
 class PlottedKeys {
