@@ -21,10 +21,8 @@ void ColumnMenu::xAddColumn(int column) {
     QAction* action = addAction(model->headerData(column, Qt::Horizontal).toString());
     action->setCheckable(true);
     action->setData(column);
-    connect(action, &QAction::triggered, this, [this, column](bool isShown) {
-        fHeader->setSectionHidden(column, !isShown);
-        Q_EMIT columnsChanged();
-    });
+    connect(action, &QAction::triggered, this,
+            [this, column](bool isShown) { fHeader->setSectionHidden(column, !isShown); });
 }
 
 void ColumnMenu::xUpdate() {

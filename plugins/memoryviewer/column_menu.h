@@ -16,10 +16,6 @@ class ColumnMenu : public QMenu {
     /** @param header of the columns, outlives the menu */
     ColumnMenu(QHeaderView* header, QWidget* parent);
 
-  Q_SIGNALS:
-    /** The user has shown or hidden a column. */
-    void columnsChanged();
-
   private:
     void xAddColumn(int column);
     void xUpdate();

@@ -5,16 +5,11 @@
 #include <QHeaderView>
 
 #include <algorithm>
-#include <array>
-#include <utility>
 
 namespace memoryviewer {
 
 namespace {
 
-/** Of the columns behind the name, which takes the rest. */
-constexpr std::array<std::pair<KeyColumn, int>, 5> a_widthsInCharacters{
-    {{ValueColumn, 20}, {UnitColumn, 8}, {TypeColumn, 8}, {RateColumn, 9}, {AgeColumn, 10}}};
 /** Rows beyond those on the screen that are followed, so that scrolling finds values there. */
 constexpr int a_marginRows = 10;
 /** Most keys that are opened, copied or plotted at once. */
@@ -30,26 +25,13 @@ KeyTree::KeyTree(MemoryModel* model, QWidget* parent) : KeyView(model, parent), 
 
     sortByColumn(NameColumn, Qt::AscendingOrder);
     setSortingEnabled(true);
-    xArrangeHeader();
+    header()->setSectionsMovable(true);
+    header()->setContextMenuPolicy(Qt::CustomContextMenu);  // that of the keys is not for titles
     connect(model, &QAbstractItemModel::rowsInserted, this, &KeyTree::xExpandNewBranches);
     connect(this, &QTreeView::collapsed, this,
             [this](const QModelIndex& branch) { fClosedBranches.insert(xPathOf(branch)); });
     connect(this, &QTreeView::expanded, this,
             [this](const QModelIndex& branch) { fClosedBranches.remove(xPathOf(branch)); });
-}
-
-/** Once sorting is enabled, whose mark takes a part of a title's room. */
-void KeyTree::xArrangeHeader() {
-    header()->setSectionsMovable(true);
-    header()->setContextMenuPolicy(Qt::CustomContextMenu);  // that of the keys is not for titles
-    const int character = fontMetrics().averageCharWidth();
-    for (const auto& [column, characters] : a_widthsInCharacters) {
-        header()->resizeSection(
-            column, std::max(characters * character, header()->sectionSizeHint(column)));
-    }
-    // The longest age.
-    const int age = fontMetrics().horizontalAdvance(QStringLiteral("59:59 min")) + 2 * character;
-    header()->resizeSection(AgeColumn, std::max(age, header()->sectionSize(AgeColumn)));
 }
 
 std::vector<std::uint32_t> KeyTree::visibleKeys() const {

@@ -37,7 +37,6 @@ class KeyTree : public KeyView {
     void enter();
 
   private:
-    void xArrangeHeader();
     template <class Use>
     void xForEachBranch(const QModelIndex& parent, Use use);
     QModelIndex xFirstKey() const;

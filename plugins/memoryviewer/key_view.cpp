@@ -33,7 +33,6 @@ KeyView::KeyView(QAbstractItemModel* model, QWidget* parent) : QTreeView(parent)
     setEditTriggers(DoubleClicked | EditKeyPressed);
     setContextMenuPolicy(Qt::CustomContextMenu);
     header()->setStretchLastSection(false);
-    header()->setSectionResizeMode(NameColumn, QHeaderView::Stretch);
 }
 
 bool KeyView::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) {

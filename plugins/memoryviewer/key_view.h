@@ -19,6 +19,7 @@ class KeyView : public QTreeView {
     KeyView(QAbstractItemModel* model, QWidget* parent);
 
     using QTreeView::edit;
+    using QTreeView::sizeHintForColumn;
 
     /** The chosen keys that the robot has, from the top. */
     virtual std::vector<const MemoryKey*> chosenKeys() const = 0;

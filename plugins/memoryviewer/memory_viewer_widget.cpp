@@ -2,6 +2,7 @@
 
 #include "column_menu.h"
 #include "key_actions.h"
+#include "key_columns.h"
 #include "key_curves.h"
 #include "key_follower.h"
 #include "key_recording.h"
@@ -57,6 +58,7 @@ constexpr int a_leastLines = 8;
 /** Between two looks for changes of what is remembered; these have many sources. */
 constexpr int a_saveTime = 500;
 const QLatin1String a_columnsKey("columns");
+const QLatin1String a_widthsKey("widths");
 const QLatin1String a_flatKey("flat");
 const QLatin1String a_rateKey("rate");
 const QLatin1String a_filterKey("filter");
@@ -78,8 +80,9 @@ MemoryViewerWidget::MemoryViewerWidget(std::shared_ptr<MemoryLink> link, WidgetI
       fRecorder(new CsvRecorder(this)),
       fToolBar(new MemoryToolBar(this)),
       fTree(new KeyTree(fModel, this)),
-      fColumns(new ColumnMenu(fTree->header(), this)),
+      fColumnMenu(new ColumnMenu(fTree->header(), this)),
       fWatchView(new WatchView(fWatched, this)),
+      fColumns(new KeyColumns(fTree, fWatchView, this)),
       fDelegate(new MemoryDelegate(fValues.get(), this)),
       fPlots(new PlotPanel(this)),
       fRecording(new RecordingBar(fRecorder, this)),
@@ -126,7 +129,7 @@ void MemoryViewerWidget::xBuild() {
     setMainPart(fTree);
     fTree->setItemDelegate(fDelegate);
     fWatchView->setItemDelegate(fDelegate);
-    fToolBar->setColumnMenu(fColumns);
+    fToolBar->setColumnMenu(fColumnMenu);
     fRecording->setRobotName(QString::fromStdString(fLink->robotName()));
 
     auto* keys = new QWidget(this);
@@ -185,12 +188,8 @@ void MemoryViewerWidget::xConnect() {
     connect(fWrites.get(), &WriteQueue::refused, this, &MemoryViewerWidget::xOnWriteRefused);
     connect(fDelegate, &MemoryDelegate::entryRefused, this, &MemoryViewerWidget::xOnEntryRefused);
     connect(fWatched, &WatchModel::namesChanged, this, &MemoryViewerWidget::xPlan);
-    connect(fTree->header(), &QHeaderView::sectionResized, this,
-            &MemoryViewerWidget::xAlignColumns);
-    connect(fTree->header(), &QHeaderView::sectionMoved, this, &MemoryViewerWidget::xAlignColumns);
-    connect(fColumns, &ColumnMenu::columnsChanged, this, &MemoryViewerWidget::xAlignColumns);
-    connect(fTree->header(), &QWidget::customContextMenuRequested, fColumns,
-            [this](const QPoint& at) { fColumns->popup(fTree->header()->mapToGlobal(at)); });
+    connect(fTree->header(), &QWidget::customContextMenuRequested, fColumnMenu,
+            [this](const QPoint& at) { fColumnMenu->popup(fTree->header()->mapToGlobal(at)); });
 }
 
 void MemoryViewerWidget::xAddShortcut(const QKeySequence& keys, void (MemoryToolBar::*slot)()) {
@@ -200,8 +199,8 @@ void MemoryViewerWidget::xAddShortcut(const QKeySequence& keys, void (MemoryTool
 }
 
 void MemoryViewerWidget::xRestore() {
-    fTree->header()->restoreState(fSettings.value(a_columnsKey).toByteArray());
-    fTree->header()->showSection(NameColumn);
+    fColumns->restore(fSettings.value(a_columnsKey).toByteArray(),
+                      fSettings.value(a_widthsKey).toList());
     fToolBar->setFlat(fSettings.value(a_flatKey).toBool());
     fToolBar->setRate(fSettings.value(a_rateKey, fToolBar->rate()).toInt());
     fToolBar->setFilter(fSettings.value(a_filterKey).toString());
@@ -210,7 +209,6 @@ void MemoryViewerWidget::xRestore() {
     fSaved = xState();
     xShowPlots(!fPlots->plottedKeys().isEmpty());
     xArrange();
-    xAlignColumns();
     xOnRate();
 }
 
@@ -227,6 +225,7 @@ void MemoryViewerWidget::xShowPlots(bool isShown) {
 
 QVariantMap MemoryViewerWidget::xState() const {
     return {{a_columnsKey, fTree->header()->saveState()},
+            {a_widthsKey, fColumns->saved()},
             {a_flatKey, fToolBar->isFlat()},
             {a_rateKey, fToolBar->rate()},
             {a_filterKey, fToolBar->filter()},
@@ -361,7 +360,10 @@ void MemoryViewerWidget::xArrange() {
     const bool wasWhole = arrangement.isWholeTree();
     arrangement.fIsFlat = fToolBar->isFlat();
     arrangement.fFilter = FilterExpression(fToolBar->filter());
-    fTree->setRootIsDecorated(!arrangement.fIsFlat);
+    if (fTree->rootIsDecorated() == arrangement.fIsFlat) {
+        fTree->setRootIsDecorated(!arrangement.fIsFlat);
+        fColumns->forgetNames();
+    }
     if (wasWhole && !arrangement.isWholeTree()) {
         fTree->rememberOpenBranches();
     }
@@ -415,21 +417,6 @@ void MemoryViewerWidget::xSayRefusal(const QString& text) {
     fSituation.fWriteRefusal = text;
     fSinceRefusal.start();
     xUpdateTexts();
-}
-
-/** The columns of both areas stand below each other. */
-void MemoryViewerWidget::xAlignColumns() {
-    const QHeaderView* from = fTree->header();
-    QHeaderView* to = fWatchView->header();
-    for (int position = 0; position < from->count(); ++position) {
-        const int column = from->logicalIndex(position);
-        to->moveSection(to->visualIndex(column), position);
-        to->setSectionHidden(column, from->isSectionHidden(column));
-        // The names take the rest in both.
-        if (column != NameColumn && !from->isSectionHidden(column)) {
-            to->resizeSection(column, from->sectionSize(column));
-        }
-    }
 }
 
 void MemoryViewerWidget::xRepaint() {

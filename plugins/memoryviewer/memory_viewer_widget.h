@@ -25,6 +25,7 @@ namespace memoryviewer {
 
 class ColumnMenu;
 class CsvRecorder;
+class KeyColumns;
 class KeyCurves;
 class KeyFollower;
 class KeyRecording;
@@ -82,7 +83,6 @@ class MemoryViewerWidget : public viewer::ViewerWidget {
     void xOnWriteRefused(const std::string& key, const QString& reason);
     void xOnEntryRefused(const QString& problem);
     void xSayRefusal(const QString& text);
-    void xAlignColumns();
     void xShowPlots(bool isShown);
     void xRepaint();
 
@@ -111,8 +111,9 @@ class MemoryViewerWidget : public viewer::ViewerWidget {
 
     MemoryToolBar* fToolBar;
     KeyTree* fTree;
-    ColumnMenu* fColumns;
+    ColumnMenu* fColumnMenu;
     WatchView* fWatchView;
+    KeyColumns* fColumns;
     MemoryDelegate* fDelegate;
     PlotPanel* fPlots;
     RecordingBar* fRecording;

@@ -8,6 +8,8 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMouseEvent>
+#include <QScrollBar>
 #include <QSettings>
 #include <QTreeView>
 #include <QtTest>
@@ -101,6 +103,11 @@ class LooksTest : public QObject {
     void whatIsWrongCanBeRead();
     void plotsCanBeRead();
     void cutsNoTextOff();
+    void showsValuesInNarrowDocks();
+    void cutsNoNamesWhileOtherColumnsHaveRoom();
+    void keepsValuesNearNamesInWideDocks();
+    void fitsItsColumnsToAnotherFont();
+    void keepsWidthsThatWereChosen();
 
     void cellsCanBeRead_data() { xAddLooks(); }
     void marksStandOutAndCanBeRead_data() { xAddLooks(); }
@@ -108,6 +115,7 @@ class LooksTest : public QObject {
     void whatIsWrongCanBeRead_data() { xAddLooks(); }
     void plotsCanBeRead_data() { xAddLooks(); }
     void cutsNoTextOff_data() { xAddLooks(); }
+    void showsValuesInNarrowDocks_data() { xAddLooks(); }
 
   private:
     static void xAddLooks();
@@ -115,6 +123,9 @@ class LooksTest : public QObject {
     void xChoose(const char* path);
     void xPlot();
     QRect xCell(int column);
+    void xSetWidth(int width);
+    QRect xSection(int column) const;
+    int xRoomOfNames() const;
     Colours xColoursOfCell(int column) { return coloursIn(xTree()->viewport(), xCell(column)); }
     QWidget* xCanvas() const;
     QTreeView* xTree() const { return treeOf(fViewer); }
@@ -307,6 +318,97 @@ void LooksTest::cutsNoTextOff() {
         QVERIFY2(titles->sectionSize(column) >= titles->sectionSizeHint(column), qPrintable(title));
     }
     QVERIFY(xCell(a_valueColumn).height() >= xTree()->fontMetrics().height());
+}
+
+void LooksTest::xSetWidth(int width) {
+    const int around = fDriver->window().width() - fViewer->width();
+    fDriver->window().resize(width + around, 600);
+    QTRY_COMPARE(fViewer->width(), std::max(width, fViewer->minimumSizeHint().width()));
+}
+
+/** Where a column stands in the tree, from the left of what is seen. */
+QRect LooksTest::xSection(int column) const {
+    const QHeaderView* header = xTree()->header();
+    return {header->sectionViewportPosition(column), 0, header->sectionSize(column), 1};
+}
+
+/** Which the rows on the screen need. */
+int LooksTest::xRoomOfNames() const {
+    return static_cast<const QAbstractItemView*>(xTree())->sizeHintForColumn(0);
+}
+
+void LooksTest::showsValuesInNarrowDocks() {
+    fRobot->set("Battery/Temperature of the third cell", 31.5);
+    QTRY_VERIFY(indexOf(fViewer, "Battery/Temperature of the third cell").isValid());
+    xSetWidth(420);
+    QTRY_VERIFY(xSection(a_valueColumn).right() < xTree()->viewport()->width());
+    QVERIFY(xSection(a_valueColumn).width() >=
+            xTree()->fontMetrics().horizontalAdvance(QStringLiteral("-0.00123457")));
+    QCOMPARE(xTree()->horizontalScrollBar()->value(), 0);
+    // What does not fit is there to be scrolled to, in the watch list too.
+    auto* watch = xPart<QTreeView>("memoryWatch");
+    QScrollBar* sideways = xTree()->horizontalScrollBar();
+    QTRY_COMPARE(watch->horizontalScrollBar()->maximum(), sideways->maximum());
+    sideways->setValue(sideways->maximum());
+    QCOMPARE(watch->header()->offset(), xTree()->header()->offset());
+}
+
+void LooksTest::cutsNoNamesWhileOtherColumnsHaveRoom() {
+    fRobot->set("Battery/Temperature/Front", 31.5);
+    QTRY_VERIFY(indexOf(fViewer, "Battery/Temperature/Front").isValid());
+    xTree()->expandAll();
+    for (const int width : {480, 520, 640}) {
+        xSetWidth(width);
+        QTRY_VERIFY(xSection(0).width() >= xRoomOfNames());
+        QVERIFY(xSection(a_valueColumn).right() < xTree()->viewport()->width());
+    }
+}
+
+void LooksTest::keepsValuesNearNamesInWideDocks() {
+    xTree()->expandAll();
+    xSetWidth(1200);
+    QTRY_COMPARE(xSection(0).width(), xRoomOfNames());
+    const auto* watch = xPart<QTreeView>("memoryWatch");
+    QCOMPARE(watch->header()->sectionSize(0), xSection(0).width());
+    // A name that comes gets the room that it needs.
+    fRobot->set("Joint/LeftShoulderPitchOfTheRobot/Temperature", 30);
+    QTRY_VERIFY(indexOf(fViewer, "Joint/LeftShoulderPitchOfTheRobot").isValid());
+    QTRY_COMPARE(xSection(0).width(), xRoomOfNames());
+}
+
+void LooksTest::fitsItsColumnsToAnotherFont() {
+    xSetWidth(1200);
+    const int before = xSection(a_valueColumn).width();
+    QFont font = fFont;
+    font.setPointSizeF(1.5 * fFont.pointSizeF());
+    QApplication::setFont(font);
+    QTRY_VERIFY(xSection(a_valueColumn).width() > 1.3 * before);
+    QTRY_COMPARE(xSection(0).width(), xRoomOfNames());
+    QApplication::setFont(fFont);
+    QTRY_COMPARE(xSection(a_valueColumn).width(), before);
+}
+
+void LooksTest::keepsWidthsThatWereChosen() {
+    xSetWidth(1200);
+    QHeaderView* header = xTree()->header();
+    const int place = header->sectionViewportPosition(a_valueColumn) + xSection(1).width() - 1;
+    const int width = xSection(a_valueColumn).width();
+    const QPoint border(place, header->height() / 2);
+    QTest::mousePress(header->viewport(), Qt::LeftButton, Qt::NoModifier, border);
+    // A move of the cursor itself has no button pressed.
+    const QPoint end = border + QPoint(60, 0);
+    QMouseEvent drag(QEvent::MouseMove, end, header->mapToGlobal(end), Qt::NoButton, Qt::LeftButton,
+                     Qt::NoModifier);
+    QCoreApplication::sendEvent(header->viewport(), &drag);
+    QTest::mouseRelease(header->viewport(), Qt::LeftButton, Qt::NoModifier, end);
+    const int chosen = xSection(a_valueColumn).width();
+    QVERIFY(chosen >= width + 50);
+    xSetWidth(420);
+    QTRY_VERIFY(xSection(a_valueColumn).right() < xTree()->viewport()->width());
+    fDriver.reset();
+    xOpen();
+    xSetWidth(1200);
+    QTRY_VERIFY(std::abs(xSection(a_valueColumn).width() - chosen) <= 1);
 }
 
 OBVISTA_QTEST_MAIN(LooksTest)

@@ -185,7 +185,7 @@ void ViewingTest::hidesColumnsByTheHeadersMenu() {
     QTest::mouseClick(const_cast<QMenu*>(menu), Qt::LeftButton, {},
                       menu->actionGeometry(menu->actions().at(2)).center());
     QTRY_VERIFY(xTree()->isColumnHidden(3));
-    QVERIFY(xWatch()->isColumnHidden(3));
+    QTRY_VERIFY(xWatch()->isColumnHidden(3));
 
     xOpen();
     QVERIFY(xTree()->isColumnHidden(3));
