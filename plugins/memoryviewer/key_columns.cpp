@@ -19,9 +19,9 @@ struct ColumnSize {
     const char* fSmallest;  ///< text that has to find room
 };
 
-/** The name's is what its rows need. */
+/** The name's is what its rows need. That of the value has room for the pencil. */
 constexpr std::array<ColumnSize, ColumnCount> a_sizes{{{0, ""},
-                                                       {20, "-0.00123457"},
+                                                       {20, "-0.00123457 mm"},
                                                        {8, "rad/s"},
                                                        {8, "string"},
                                                        {9, "\u2265 10.0"},

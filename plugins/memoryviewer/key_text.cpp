@@ -36,6 +36,11 @@ QString toolTipLine(const QString& label, const QString& text) {
     return QStringLiteral("<br/>%1: %2").arg(label, text.toHtmlEscaped());
 }
 
+bool isEditable(const MemoryKey& key, int column) {
+    return column == ValueColumn && key.fInfo.fWritable && key.hasValue() &&
+           isEnterable(key.type());
+}
+
 QString toolTipText(const MemoryKey& key) {
     QString text = QStringLiteral("<p><b>%1</b>").arg(plainText(key.fInfo.fName).toHtmlEscaped());
     if (!key.fInfo.fDescription.empty()) {
@@ -50,6 +55,9 @@ QString toolTipText(const MemoryKey& key) {
     const QDateTime time = QDateTime::fromMSecsSinceEpoch(key.fTime / 1000);
     text += toolTipLine(translated("Changed"),
                         time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz")));
+    if (isEditable(key, ValueColumn)) {
+        text += QStringLiteral("<br/>") + translated("Writable: F2 edits the value.");
+    }
     return text + QStringLiteral("</p>");
 }
 
@@ -89,6 +97,10 @@ QVariant keyCellData(const KeyStore& keys, const MemoryKey& key, int column, int
             return keyCellText(keys, key, column);
         case Qt::ToolTipRole:
             return toolTipText(key);
+        case Qt::AccessibleTextRole:
+            return isEditable(key, column)
+                       ? translated("%1, writable").arg(keyCellText(keys, key, column))
+                       : QVariant();
         case Qt::TextAlignmentRole:
             return QVariant(Qt::AlignVCenter |
                             (isRightAligned(key, column) ? Qt::AlignRight : Qt::AlignLeft));
@@ -104,9 +116,8 @@ QVariant keyCellData(const KeyStore& keys, const MemoryKey& key, int column, int
 }
 
 Qt::ItemFlags keyCellFlags(const MemoryKey& key, int column) {
-    const bool isEditable =
-        column == ValueColumn && key.fInfo.fWritable && key.hasValue() && isEnterable(key.type());
-    return isEditable ? Qt::ItemIsDragEnabled | Qt::ItemIsEditable : Qt::ItemIsDragEnabled;
+    return isEditable(key, column) ? Qt::ItemIsDragEnabled | Qt::ItemIsEditable
+                                   : Qt::ItemIsDragEnabled;
 }
 
 QVariant keyHeaderData(int column, Qt::Orientation orientation, int role) {

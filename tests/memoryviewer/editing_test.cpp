@@ -44,6 +44,7 @@ class EditingTest : public QObject {
     void copiesNameValueAndRow_data();
     void copiesNameValueAndRow();
     void copiesAndEditsInTheWatchList();
+    void marksWhatCanBeWritten();
 
   private:
     QLineEdit* xOpenField(const char* key);
@@ -261,6 +262,35 @@ void EditingTest::copiesAndEditsInTheWatchList() {
     QTest::keyClicks(field, QStringLiteral("0.375"));
     QTest::keyClick(field, Qt::Key_Return);
     QTRY_COMPARE(fWindow->value(a_setting), QStringLiteral("0.375"));
+}
+
+void EditingTest::marksWhatCanBeWritten() {
+    for (const char* key : {"Joint/HeadYaw/Target", "Battery/Charge"}) {
+        const bool isWritable = QLatin1String(key) != QLatin1String("Battery/Charge");
+        QTRY_VERIFY(!fWindow->value(key).isEmpty());
+        const QModelIndex cell = fWindow->cell(key);
+        QCOMPARE(cell.data(Qt::AccessibleTextRole).toString(),
+                 isWritable ? fWindow->value(key) + QStringLiteral(", writable") : QString());
+        QCOMPARE(cell.data(Qt::ToolTipRole).toString().contains(QLatin1String("Writable")),
+                 isWritable);
+        // Numbers stand at the right; the left is empty but for the mark.
+        for (const bool isChosen : {false, true}) {
+            fWindow->tree()->clearSelection();
+            if (isChosen) {
+                fWindow->choose(key);
+            }
+            const QRect row = fWindow->tree()->visualRect(fWindow->cell(key));
+            const QRect mark(row.left() + 2, row.top() + 2, row.height() - 4, row.height() - 4);
+            const QImage picture = fWindow->tree()->viewport()->grab(mark).toImage();
+            int marked = 0;
+            for (int at = 0; at < picture.width() * picture.height(); ++at) {
+                const QColor pixel = picture.pixelColor(at % picture.width(), at / picture.width());
+                const int difference = pixel.lightness() - picture.pixelColor(0, 0).lightness();
+                marked += std::abs(difference) > 40 ? 1 : 0;
+            }
+            QVERIFY2((marked > 10) == isWritable, key);
+        }
+    }
 }
 
 OBVISTA_QTEST_MAIN(EditingTest)

@@ -68,6 +68,21 @@ QColor colourOf(ValueMark mark, const QPalette& palette) {
     }
 }
 
+/** A pencil that points to the lower left. */
+QPixmap pencil(const QColor& colour, int size, qreal ratio) {
+    QPixmap picture(QSize(size, size) * ratio);
+    picture.setDevicePixelRatio(ratio);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.scale(size, size);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(colour);
+    painter.drawPolygon(QVector<QPointF>{{0.05, 0.95}, {0.12, 0.68}, {0.32, 0.88}});
+    painter.drawPolygon(QVector<QPointF>{{0.18, 0.62}, {0.72, 0.08}, {0.92, 0.28}, {0.38, 0.82}});
+    return picture;
+}
+
 QColor tint(QColor colour) {
     colour.setAlphaF(a_markStrength);
     return colour;
@@ -143,6 +158,13 @@ bool ValueDelegate::eventFilter(QObject* object, QEvent* event) {
 void ValueDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const {
     QStyledItemDelegate::initStyleOption(option, index);
     option->text = fSource->writtenText(index).value_or(option->text);
+    if (index.flags().testFlag(Qt::ItemIsEditable)) {
+        const int size = option->fontMetrics.height() * 3 / 4;
+        option->features |= QStyleOptionViewItem::HasDecoration;
+        option->decorationSize = {size, size};
+        option->icon = xPencil(option->palette, size,
+                               option->widget != nullptr ? option->widget->devicePixelRatioF() : 1);
+    }
     switch (fSource->mark(index)) {
         case ValueMark::Pending:
             option->font.setItalic(true);
@@ -158,6 +180,19 @@ void ValueDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIn
         case ValueMark::None:
             break;
     }
+}
+
+/** Drawn once for all cells of the same look. */
+const QIcon& ValueDelegate::xPencil(const QPalette& palette, int size, qreal ratio) const {
+    const QColor colour = viewer::dimmedText(palette);
+    const QColor& chosen = palette.color(QPalette::HighlightedText);
+    const auto look = std::make_tuple(colour.rgba(), chosen.rgba(), size, ratio);
+    if (look != fPencilLook) {
+        fPencilLook = look;
+        fPencil = QIcon(pencil(colour, size, ratio));
+        fPencil.addPixmap(pencil(chosen, size, ratio), QIcon::Selected);
+    }
+    return fPencil;
 }
 
 void ValueDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,

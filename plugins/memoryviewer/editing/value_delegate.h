@@ -3,9 +3,11 @@
 
 #include <robaxi/kv_value.h>
 
+#include <QIcon>
 #include <QStyledItemDelegate>
 
 #include <optional>
+#include <tuple>
 
 namespace memoryviewer {
 
@@ -33,7 +35,7 @@ class ValueSource {
 };
 
 /**
- * Edits and paints the cells of a column of values.
+ * Edits and paints the cells of a column of values. Those that can be edited have a pencil.
  *
  * Enter or leaving the field writes the value, Escape gives up. What the robot sends meanwhile does
  * not touch the field. What is no value keeps the field open with a sentence why; leaving it then
@@ -63,7 +65,11 @@ class ValueDelegate : public QStyledItemDelegate {
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
 
   private:
+    const QIcon& xPencil(const QPalette& palette, int size, qreal ratio) const;
+
     ValueSource* fSource;
+    mutable QIcon fPencil;
+    mutable std::tuple<QRgb, QRgb, int, qreal> fPencilLook;
 };
 
 }  // namespace memoryviewer
