@@ -23,7 +23,7 @@ constexpr std::array a_formats{"bmp", "gif", "ico", "jpeg", "pbm",
                                "pgm", "png", "ppm", "xbm",  "xpm"};
 
 constexpr int a_mostBytes = 512 * 1024;
-constexpr int a_mostBytesOfText = 60 * 1024;  // PBM, PGM, PPM, XBM, XPM: read one by one
+constexpr int a_mostBytesOfText = 40 * 1024;  // PBM, PGM, PPM, XBM, XPM: read one by one
 
 const char a_pngSignature[] = "\x89PNG\r\n\x1a\n";
 

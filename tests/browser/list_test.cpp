@@ -3,6 +3,7 @@
 #include "announced.h"
 #include "browserobots_dialog.h"
 #include "qt_test_main.h"
+#include "robot_picture.h"
 
 #include <QBuffer>
 #include <QCheckBox>
@@ -383,10 +384,11 @@ class ListTest : public QObject {
         QTest::newRow("one byte") << QByteArray("x");
         QTest::newRow("text") << QByteArray("<html>not found</html>");
         QTest::newRow("truncated header") << good.left(20);
-        QTest::newRow("too wide") << png({193, 1}, Qt::magenta);
-        QTest::newRow("too high") << png({1, 193}, Qt::magenta);
+        QTest::newRow("too wide") << png({KD::a_largestRobotPicture + 1, 1}, Qt::magenta);
+        QTest::newRow("too high") << png({1, KD::a_largestRobotPicture + 1}, Qt::magenta);
         QTest::newRow("20,000 x 20,000") << enormousPng();
-        QTest::newRow("too large in an icon file") << iconFile(png({193, 193}, Qt::magenta));
+        QTest::newRow("too large in an icon file")
+            << iconFile(png({KD::a_largestRobotPicture + 1, 1}, Qt::magenta));
         QTest::newRow("too large a screen of a GIF") << QByteArray::fromHex(
             "47494638396102600200800000ff00ffff00ff2c0000000002000200000202845100");
         QTest::newRow("drawing") << QByteArray(
@@ -411,7 +413,8 @@ class ListTest : public QObject {
 
     void largestAllowedPictureIsShown() {
         Announced announced;
-        setIcon(announced.robot("a.local", 9559, ""), png({192, 192}, Qt::magenta));
+        setIcon(announced.robot("a.local", 9559, ""),
+                png({KD::a_largestRobotPicture, KD::a_largestRobotPicture}, Qt::magenta));
         auto dialog = makeDialog();
         QCOMPARE(typeColor(*dialog, 0), QColor(Qt::magenta));
     }

@@ -8,7 +8,7 @@ namespace KD {
 
 namespace {
 
-constexpr int a_mostScans = 12;  // encoders write ten
+constexpr int a_mostScans = 10;  // as many as encoders write
 constexpr int a_largestJpeg = 80 * 1024;
 
 enum Marker : unsigned char {
