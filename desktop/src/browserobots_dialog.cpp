@@ -15,6 +15,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSettings>
+#include <QShortcut>
 #include <QTimer>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -71,6 +72,7 @@ BrowseRobotsDialog::BrowseRobotsDialog(QWidget* parent, const QString& imageFold
     fRobotTree->setIconSize(a_icon_size);
     fRobotTree->setHeaderLabels({QString(), QStringLiteral("Type"), QStringLiteral("Name"),
                                  QStringLiteral("Port"), QStringLiteral("IP")});
+    fRobotTree->headerItem()->setData(a_favouriteColumn, Qt::AccessibleTextRole, tr("Favourite"));
     fRobotTree->setAttribute(Qt::WA_MouseTracking);
     fRobotTree->setRootIsDecorated(false);
     auto* cancelButton = new QPushButton(tr("Cancel"));
@@ -133,9 +135,15 @@ BrowseRobotsDialog::BrowseRobotsDialog(QWidget* parent, const QString& imageFold
     mainLayout->addLayout(buttonLayout);
 
     fRobotTree->setAccessibleName(tr("Robots"));
+    fRobotTree->setAccessibleDescription(
+        tr("Ctrl+D makes the selected robot a favourite, or no longer one."));
     fPortEdit->setAccessibleName(usePortCheck->text());
     fIPEdit->setAccessibleName(fUseIPCheck->text());
     connectButton->setDefault(true);
+    auto* favouriteKeys = new QShortcut(QKeySequence(QStringLiteral("Ctrl+D")), this);
+    connect(favouriteKeys, &QShortcut::activated, this,
+            [this] { onItemClicked(xSelectedRow(), a_favouriteColumn); });
+    resize(xInitialSize());
 
     fRefreshTimer = new QTimer(this);
     fRefreshTimer->setInterval(a_refreshInterval);

@@ -146,6 +146,8 @@ class BrowseRobotsDialog : public QDialog {
     static EntryKey xKeyOf(const QTreeWidgetItem& row);
     void xRemoveVanishedRows(const QList<EntryKey>& seenEntries);
     void xDetachRow(int index);
+    void xFitColumns();
+    QSize xInitialSize();
 
     QTreeWidget* fRobotTree;
     QTimer* fRefreshTimer;

@@ -7,9 +7,13 @@
 #include <robaxi/kv_mutex.h>
 #include <robaxi/kv_value.h>
 
+#include <QHeaderView>
 #include <QImage>
 #include <QItemSelectionModel>
+#include <QLayout>
 #include <QPixmap>
+#include <QScreen>
+#include <QScrollBar>
 #include <QSettings>
 #include <QTreeWidget>
 
@@ -41,9 +45,7 @@ void BrowseRobotsDialog::updateRobotList() {
     }
     xRemoveVanishedRows(seenEntries);
 
-    for (const int column : {a_favouriteColumn, a_nameColumn, a_portColumn, a_IPColumn}) {
-        fRobotTree->resizeColumnToContents(column);
-    }
+    xFitColumns();
     update();
 }
 
@@ -70,6 +72,8 @@ void BrowseRobotsDialog::updateFavouriteIcon(QTreeWidgetItem* item, bool favouri
     }
     const QString& image = favourite ? a_favourite_on_image : a_favourite_off_image;
     item->setIcon(a_favouriteColumn, QIcon(fImageFolder + image));
+    item->setData(a_favouriteColumn, Qt::AccessibleTextRole,
+                  favourite ? tr("Favourite") : tr("No favourite"));
 }
 
 QTreeWidgetItem* BrowseRobotsDialog::hasRobaxi(const QString& hostName, int port) {
@@ -140,12 +144,14 @@ void BrowseRobotsDialog::xShowMiddleware(QTreeWidgetItem* row,
         isRobot
             ? tr("This is a robot with a running Robaxi. Right click to make its face LEDs blink")
             : tr("This Robaxi is running on a computer."));
+    row->setData(a_typeColumn, Qt::AccessibleTextRole, isRobot ? tr("Robot") : tr("Computer"));
     row->setText(a_InfoColumn, QString::number(isRobot ? RobotKind : ComputerKind));
 }
 
 void BrowseRobotsDialog::xShowNoMiddleware(QTreeWidgetItem* row) const {
     row->setIcon(a_typeColumn, QIcon(fImageFolder + a_robot_off_image));
     row->setToolTip(a_typeColumn, tr("This robot does not have a running Robaxi."));
+    row->setData(a_typeColumn, Qt::AccessibleTextRole, tr("Robot without Robaxi"));
     row->setText(a_InfoColumn, QString::number(NoMiddlewareKind));
 }
 
@@ -183,6 +189,37 @@ void BrowseRobotsDialog::xRemoveVanishedRows(const QList<EntryKey>& seenEntries)
             xDetachRow(index);
         }
     }
+}
+
+void BrowseRobotsDialog::xFitColumns() {
+    for (const int column : {a_favouriteColumn, a_nameColumn, a_portColumn, a_IPColumn}) {
+        fRobotTree->resizeColumnToContents(column);
+    }
+}
+
+/** Returns the size that shows all of some usual rows, as far as the screen has room for it. */
+QSize BrowseRobotsDialog::xInitialSize() {
+    constexpr int rowCount = 6;
+    QSize listSize;
+    {
+        QTreeWidgetItem sample(fRobotTree,
+                               {QString(), QString(), QStringLiteral("robot12.local"),
+                                QStringLiteral("65535"), QStringLiteral("255.255.255.255")});
+        sample.setIcon(a_favouriteColumn, QIcon(QPixmap(a_icon_size)));
+        xFitColumns();
+        // The section of the last column is stretched.
+        const QAbstractItemView* const view = fRobotTree;
+        listSize = QSize(
+            fRobotTree->header()->sectionPosition(a_IPColumn) + view->sizeHintForColumn(a_IPColumn),
+            fRobotTree->header()->sizeHint().height() +
+                rowCount * fRobotTree->visualItemRect(&sample).height());
+    }
+    const int scrollBar = fRobotTree->verticalScrollBar()->sizeHint().width();
+    const int frame = 2 * fRobotTree->frameWidth();
+    listSize += QSize(scrollBar + frame, frame);
+    return (layout()->sizeHint() - fRobotTree->sizeHint() + listSize)
+        .boundedTo(screen()->availableSize())
+        .expandedTo(minimumSize());
 }
 
 void BrowseRobotsDialog::xDetachRow(int index) {

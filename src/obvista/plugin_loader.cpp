@@ -23,6 +23,7 @@ PluginLoader::PluginLoader(const QString& mediaFolder, QWidget* parent)
     fZones += boost::make_shared<Plugin>(QRect(QPoint(310, 210), QPoint(399, 234)),
                                          fBackgroundVision, QStringLiteral("cameraviewer"));
     setMouseTracking(true);
+    setAccessibleName(tr("Launcher"));
     connect(this, &PluginLoader::bitmapChanged, this, &PluginLoader::setPixmap);
 
     const QPixmap picture(fMediaFolder + fBackground);

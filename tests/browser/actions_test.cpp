@@ -13,7 +13,10 @@
 
 #include <QContextMenuEvent>
 #include <QDesktopServices>
+#include <QHeaderView>
 #include <QMenu>
+#include <QScopeGuard>
+#include <QScrollBar>
 #include <QTimer>
 #include <QTreeWidget>
 #include <QUrl>
@@ -104,6 +107,33 @@ class ActionsTest : public QObject {
         announced.robot("robot1.local", 9559, "10.0.0.1");
         BrowseRobotsDialog dialog(nullptr, QString(), "text");
         QCOMPARE(openMenu(dialog), QStringList());
+    }
+
+    void initialSizeFollowsTheFont_data() {
+        QTest::addColumn<double>("factor");
+        QTest::newRow("usual") << 1.0;
+        QTest::newRow("large") << 1.75;
+    }
+
+    void initialSizeFollowsTheFont() {
+        QFETCH(double, factor);
+        const QFont usual = QApplication::font();
+        const auto restore = qScopeGuard([&usual] { QApplication::setFont(usual); });
+        QFont font = usual;
+        font.setPointSizeF(usual.pointSizeF() * factor);
+        QApplication::setFont(font);
+        Announced announced;
+        announced.robot("robot1.local", 9559, "192.168.100.100");
+        BrowseRobotsDialog dialog(nullptr, QString(), QString());
+        QCOMPARE(dialog.minimumSize(), QSize(750, 480));
+        dialog.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+        const auto* list = dialog.findChild<QTreeWidget*>();
+        QVERIFY(!list->horizontalScrollBar()->isVisible());
+        const QAbstractItemView* const view = list;
+        const int end = list->header()->sectionPosition(BrowseRobotsDialog::a_IPColumn) +
+                        view->sizeHintForColumn(BrowseRobotsDialog::a_IPColumn);
+        QVERIFY2(end <= list->viewport()->width(), qPrintable(QString::number(end)));
     }
 
     void menuFollowsTheRow_data() {

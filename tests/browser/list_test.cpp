@@ -96,6 +96,47 @@ class ListTest : public QObject {
         QCOMPARE(starColor(*dialog, 0), QColor(Qt::gray));
     }
 
+    void tellsScreenReadersWhatThePicturesShow() {
+        Announced announced;
+        announced.robot("robot1.local", 9559, "10.0.0.1");
+        announced.computer("robot2.local", 9559, "10.0.0.2");
+        announced.robotWithoutMiddleware("robot3.local", "10.0.0.3");
+        QSettings().setValue(a_favouritesKey, QStringList{"robot1.local"});
+        auto dialog = makeDialog();
+        const auto texts = [&dialog](int column) {
+            QStringList result;
+            for (int i = 0; i < 3; ++i) {
+                result += row(*dialog, i)->data(column, Qt::AccessibleTextRole).toString();
+            }
+            return result;
+        };
+        QCOMPARE(texts(BrowseRobotsDialog::a_favouriteColumn),
+                 (QStringList{"Favourite", "No favourite", "No favourite"}));
+        QCOMPARE(texts(BrowseRobotsDialog::a_typeColumn),
+                 (QStringList{"Robot", "Computer", "Robot without Robaxi"}));
+        QCOMPARE(tree(*dialog)->model()->headerData(BrowseRobotsDialog::a_favouriteColumn,
+                                                    Qt::Horizontal, Qt::AccessibleTextRole),
+                 QVariant("Favourite"));
+        clickStar(*dialog, 0);
+        QCOMPARE(texts(BrowseRobotsDialog::a_favouriteColumn).first(), "No favourite");
+    }
+
+    void favouriteByKeyboard() {
+        Announced announced;
+        announced.robot("robot1.local", 9559, "10.0.0.1");
+        auto dialog = makeDialog();
+        dialog->show();
+        QVERIFY(QTest::qWaitForWindowActive(dialog.get()));
+        QTest::keyClick(tree(*dialog), Qt::Key_D, Qt::ControlModifier);
+        QCOMPARE(QSettings().value(a_favouritesKey).toStringList(), QStringList());
+        row(*dialog, 0)->setSelected(true);
+        QTest::keyClick(tree(*dialog), Qt::Key_D, Qt::ControlModifier);
+        QCOMPARE(QSettings().value(a_favouritesKey).toStringList(), QStringList{"robot1.local"});
+        QCOMPARE(starColor(*dialog, 0), QColor(Qt::yellow));
+        QTest::keyClick(tree(*dialog), Qt::Key_D, Qt::ControlModifier);
+        QCOMPARE(QSettings().value(a_favouritesKey).toStringList(), QStringList());
+    }
+
     void computerWithMiddleware() {
         Announced announced;
         announced.computer("computer1.local", 9559, "10.0.0.2");

@@ -5,6 +5,7 @@
 #include <QDBusObjectPath>
 #include <QDBusReply>
 #include <QDBusVariant>
+#include <QSettings>
 #include <QtTest>
 #include <qt_test_main.h>
 
@@ -74,6 +75,7 @@ const QString a_accessible = QStringLiteral("org.a11y.atspi.Accessible");
 
 /** What a screen reader gets of one object. */
 struct Element {
+    Reference fObject;
     QString fRole;
     QString fName;
     QString fDescription;
@@ -114,6 +116,15 @@ class ScreenReader {
         return elements;
     }
 
+    /** Does what a click on an element would, and does not wait for the end of it. */
+    void press(const Element& element) const {
+        QDBusMessage action = QDBusMessage::createMethodCall(
+            element.fObject.fProgram, element.fObject.fPath.path(),
+            QStringLiteral("org.a11y.atspi.Action"), QStringLiteral("DoAction"));
+        action << 0;
+        fBus->send(action);
+    }
+
   private:
     template <typename Value>
     Value xCall(const Reference& object, const char* method) const {
@@ -144,6 +155,7 @@ class ScreenReader {
     void xRead(const Reference& object, int depth, std::vector<Element>& elements) const {
         constexpr int deepest = 30;
         Element element;
+        element.fObject = object;
         element.fRole = xCall<QString>(object, "GetRoleName");
         element.fName = xNameOf(object, element.fRole);
         element.fDescription = xProperty(object, "Description");
@@ -161,10 +173,10 @@ class ScreenReader {
 };
 
 bool isInteractive(const Element& element) {
-    static const QStringList roles{"push button", "check box",   "toggle button", "button menu",
-                                   "combo box",   "text",        "spin button",   "slider",
-                                   "tree",        "tree table",  "table",         "list box",
-                                   "menu item",   "radio button"};
+    static const QStringList roles{"push button", "check box",    "toggle button", "button menu",
+                                   "combo box",   "text",         "spin button",   "slider",
+                                   "tree",        "tree table",   "table",         "list box",
+                                   "menu item",   "radio button", "graphic",       "column header"};
     return element.fIsShowing && roles.contains(element.fRole);
 }
 
@@ -174,16 +186,40 @@ bool has(const std::vector<Element>& elements, const QString& role, const QStrin
     });
 }
 
+std::string program() {
+    return qEnvironmentVariable("OBVISTA_BUILD_DIR").toStdString() + "/bin/obvista";
+}
+
+/** Checks the names and descriptions of all elements, of which at least so many are interactive. */
+void check(const std::vector<Element>& elements, int leastInteractive) {
+    int interactive = 0;
+    for (const Element& element : elements) {
+        interactive += isInteractive(element) ? 1 : 0;
+        QVERIFY2(!isInteractive(element) || !element.fName.isEmpty(), qPrintable(element.text()));
+        QVERIFY2(!element.fDescription.contains(QLatin1Char('<')), qPrintable(element.text()));
+    }
+    QVERIFY2(interactive >= leastInteractive, qPrintable(QString::number(interactive)));
+}
+
 }  // namespace
 
-/** Obvista with a viewer of a simulated robot, to a screen reader. */
+/** Obvista, also with a viewer of a simulated robot, to a screen reader. */
 class AccessibilityTest : public QObject {
     Q_OBJECT
 
   private Q_SLOTS:
+    static void initTestCase();
     void namesWhateverIsInteractive_data();
     void namesWhateverIsInteractive();
+    void namesTheLauncherAndTheBrowser();
 };
+
+void AccessibilityTest::initTestCase() {
+    qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
+    // Without discovery's message that there is no Avahi.
+    QSettings(QStringLiteral("Quorvane Robotics"), QStringLiteral("Obvista Desktop"))
+        .setValue(QStringLiteral("Preferences/remoteControl"), true);
+}
 
 void AccessibilityTest::namesWhateverIsInteractive_data() {
     QTest::addColumn<QString>("plugin");
@@ -196,13 +232,11 @@ void AccessibilityTest::namesWhateverIsInteractive_data() {
 void AccessibilityTest::namesWhateverIsInteractive() {
     QFETCH(QString, plugin);
     QFETCH(QStringList, boxes);
-    qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
     const obvista_test::RobotProcess robot;
     const ScreenReader reader;
-    const obvista_test::ChildProcess obvista(
-        {qEnvironmentVariable("OBVISTA_BUILD_DIR").toStdString() + "/bin/obvista", "--plugin",
-         plugin.toStdString(), "--ip", obvista_test::RobotProcess::address(), "--port",
-         std::to_string(robot.port())});
+    const obvista_test::ChildProcess obvista({program(), "--plugin", plugin.toStdString(), "--ip",
+                                              obvista_test::RobotProcess::address(), "--port",
+                                              std::to_string(robot.port())});
     std::vector<Element> elements;
     const auto hasBoxes = [&] {
         elements = reader.read();
@@ -211,13 +245,29 @@ void AccessibilityTest::namesWhateverIsInteractive() {
         });
     };
     QTRY_VERIFY_WITH_TIMEOUT(hasBoxes(), a_patience);
-    int interactive = 0;
-    for (const Element& element : elements) {
-        interactive += isInteractive(element) ? 1 : 0;
-        QVERIFY2(!isInteractive(element) || !element.fName.isEmpty(), qPrintable(element.text()));
-        QVERIFY2(!element.fDescription.contains(QLatin1Char('<')), qPrintable(element.text()));
-    }
-    QVERIFY2(interactive >= 10, qPrintable(QString::number(interactive)));
+    check(elements, 10);
+}
+
+// The robots themselves are not there: nothing is announced where the test runs.
+void AccessibilityTest::namesTheLauncherAndTheBrowser() {
+    const ScreenReader reader;
+    const obvista_test::ChildProcess obvista({program()});
+    std::vector<Element> elements;
+    const auto has = [&](const char* role, const char* name) {
+        elements = reader.read();
+        return ::has(elements, QLatin1String(role), QLatin1String(name));
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(has("graphic", "Launcher"), a_patience);
+    elements = reader.read();  // all of it: the window may have opened during the reading before
+    check(elements, 3);
+    const auto viewer = std::find_if(elements.begin(), elements.end(), [](const Element& element) {
+        return element.fName == QLatin1String("memoryviewer");
+    });
+    QVERIFY(viewer != elements.end());
+    reader.press(*viewer);
+    QTRY_VERIFY_WITH_TIMEOUT(has("push button", "Connect to"), a_patience);
+    elements = reader.read();
+    check(elements, 15);
 }
 
 OBVISTA_QTEST_MAIN(AccessibilityTest)
