@@ -15,8 +15,8 @@ constexpr int a_largestRobotPicture = 256;
  *
  * The GUI thread decodes every robot's picture again once a second, so no bytes may take long:
  * they are scanned first, and those that would be costly to decode are refused. The worst that
- * passes takes about a millisecond (bench_browser_refresh). Nothing is reported, whatever the bytes
- * are.
+ * passes takes about two milliseconds (bench_browser_refresh). Nothing is reported, whatever the
+ * bytes are.
  *
  * @param bytes not trusted
  * @return a null image when the bytes are not such a picture, or one that is costly to decode
