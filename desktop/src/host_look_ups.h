@@ -34,7 +34,7 @@ class HostLookUps {
     /** A lookup without an answer takes seconds: so many of them do not hold up another one. */
     static constexpr std::size_t a_simultaneous = 20;
 
-    /** How long the destructor waits for lookups that are under way. */
+    /** Longest wait of the destructor for lookups under way. */
     static constexpr std::chrono::milliseconds a_patience{300};
 
     HostLookUps();

@@ -10,7 +10,7 @@
 
 namespace cameraviewer {
 
-/** How the pictures of one robot are shown. */
+/** View of the pictures of one robot. */
 struct RememberedView {
     ViewForm fForm;
     bool fHasGrid = false;

@@ -47,7 +47,7 @@ void RecordingMark::showProgress(double seconds, std::int64_t bytes) {
     if (progress != text()) {
         setText(progress);
         setAccessibleName(tr("Recording: %1").arg(progress));
-        // What stands behind it does not move to and fro with the width of the digits.
+        // Keeps the widgets behind it in place when the width of the digits changes.
         setMinimumWidth(std::max(minimumWidth(), sizeHint().width()));
     }
     show();

@@ -10,7 +10,7 @@
 
 namespace cameraviewer {
 
-/** How a picture is shown, whatever its size and that of the view. */
+/** Zoom and orientation, independent of the sizes of picture and view. */
 struct ViewForm {
     double fZoom = 0;         ///< 0 when the zoom follows the size of the view
     int fQuarterTurns = 0;    ///< clockwise, 0 to 3

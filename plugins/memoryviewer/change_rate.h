@@ -31,7 +31,7 @@ class ChangeTimes {
 };
 
 /**
- * How often a key changes: the changes that the robot sent in the last five turns, of about a
+ * Rate at which a key changes: the changes that the robot sent in the last five turns, of about a
  * second each, by their time stamps.
  *
  * Their number divided by the time from the last change before them to the last one of them: exact

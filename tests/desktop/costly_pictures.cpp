@@ -61,7 +61,7 @@ QByteArray written(const QImage& image, const char* format, int quality, bool pr
     return bytes;
 }
 
-/** Deflates in blocks of `bytesOfBlock` bytes, each with code tables of its own. */
+/** Deflates in blocks of `bytesOfBlock` bytes, each with separate code tables. */
 QByteArray deflated(const QByteArray& bytes, int bytesOfBlock) {
     z_stream stream = {};
     deflateInit(&stream, Z_DEFAULT_COMPRESSION);

@@ -142,7 +142,7 @@ void FiguresTest::measuresBurstsByTheirMean() {
     }
 }
 
-/** What stood still for a minute is not taken for a key that changed evenly since. */
+/** A key that stood still for a minute does not count as changing evenly. */
 void FiguresTest::followsAKeyThatBeginsToChange() {
     ChangeRate rate;
     rate.follow(50);

@@ -345,7 +345,7 @@ void LooksTest::showsValuesInNarrowDocks() {
     QVERIFY(xSection(a_valueColumn).width() >=
             xTree()->fontMetrics().horizontalAdvance(QStringLiteral("-0.00123457")));
     QCOMPARE(xTree()->horizontalScrollBar()->value(), 0);
-    // What does not fit is there to be scrolled to, in the watch list too.
+    // Columns that do not fit can be scrolled to, in the watch list too.
     auto* watch = xPart<QTreeView>("memoryWatch");
     QScrollBar* sideways = xTree()->horizontalScrollBar();
     QTRY_COMPARE(watch->horizontalScrollBar()->maximum(), sideways->maximum());

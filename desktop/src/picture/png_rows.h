@@ -5,7 +5,7 @@
 
 namespace KD {
 
-/** How the pixels of a PNG lie in its rows. */
+/** Layout of the pixels in the rows of a PNG. */
 struct PngLayout {
     enum Colour : unsigned char { Grey = 0, Rgb = 2, Palette = 3, GreyAlpha = 4, Rgba = 6 };
 

@@ -77,7 +77,7 @@ void appendChunk(QByteArray& bytes, const QByteArray& type, const QByteArray& co
     bytes += bigEndian(checksum(content.constData(), content.size(), typeSum));
 }
 
-/** What of the file its pixels depend on. */
+/** Parts of the file that determine its pixels. */
 struct Parts {
     QByteArray fHeader;
     PngLayout fLayout;

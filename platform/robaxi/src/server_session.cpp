@@ -164,7 +164,7 @@ void ServerSession::OnDone() {
     fSilence.stop();
     fHeldHelloTurn.stop();
     {
-        // What was posted is still run, and nothing else.
+        // Calls that were posted already still run; no others do.
         const std::lock_guard lock(fMutex);
         fHasEnded = true;
         fWaiting.erase(std::remove_if(fWaiting.begin(), fWaiting.end(),

@@ -23,7 +23,7 @@ class WaitingMessage {
 
     /** Bytes on the network. */
     std::size_t size() const { return fSize; }
-    /** What it counts while it waits. */
+    /** Size counted towards the limit while it waits. */
     std::size_t cost() const { return fSize + limits::a_costOfMessage; }
 
     /** The message, which does not wait any more. */

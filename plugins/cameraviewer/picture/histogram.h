@@ -9,7 +9,7 @@
 
 namespace cameraviewer {
 
-/** How often each value occurs in one channel of a picture. */
+/** Histogram of one channel of a picture. */
 struct Histogram {
     std::array<std::uint32_t, 256> fBins{};  ///< pixels of each value
     int fMinimum = 0;                        ///< the darkest value that is there

@@ -21,7 +21,7 @@ struct PlottedKey {
     int fColour = 0;  ///< see curvePen()
 };
 
-/** Finds what is known of a key by its name; nothing when it has no numbers. */
+/** Finds the metadata of a key by its name; nothing if it has no numbers. */
 using KeyLookup = std::function<std::optional<PlottedKey>(const QString&)>;
 
 /** The keys that are plotted, each once, by handles that are not given again. */
