@@ -9,7 +9,7 @@
 #   grpc    gRPC                     the middleware
 #   std     the standard library     everything else
 #
-# Each family is compiled once for a build folder. GCC checks with -Winvalid-pch, which is an error here,
+# Each family is compiled once for a build folder. GCC checks with -Winvalid-pch, an error in the presets,
 # that the flags of a target are those of its family. Clang's tools cannot read GCC's precompiled headers:
 # they need a build folder that is configured with CMAKE_DISABLE_PRECOMPILE_HEADERS=ON.
 

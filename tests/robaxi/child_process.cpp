@@ -46,6 +46,11 @@ ChildProcess::~ChildProcess() {
 
 void ChildProcess::signal(int number) const {
     ::kill(fPid, number);
+    if (number == SIGSTOP) {
+        // Its threads stop one after another, and one that still runs could answer a test.
+        siginfo_t info{};
+        ::waitid(P_PID, static_cast<id_t>(fPid), &info, WSTOPPED | WEXITED | WNOWAIT);
+    }
 }
 
 bool ChildProcess::xReadSome() {

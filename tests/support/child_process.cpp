@@ -112,8 +112,14 @@ bool ChildProcess::waitForErrors(const std::string& text, Timeout timeout) {
 
 void ChildProcess::signal(int number) {
     const std::lock_guard lock(fMutex);
-    if (!fStatus) {
-        kill(fPid, number);
+    if (fStatus) {
+        return;
+    }
+    kill(fPid, number);
+    if (number == SIGSTOP) {
+        // Its threads stop one after another, and one that still runs could answer a test.
+        siginfo_t info{};
+        waitid(P_PID, static_cast<id_t>(fPid), &info, WSTOPPED | WEXITED | WNOWAIT);
     }
 }
 

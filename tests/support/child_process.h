@@ -49,7 +49,8 @@ class ChildProcess {
     bool waitForOutput(const std::string& text, Timeout timeout = a_patience);
     bool waitForErrors(const std::string& text, Timeout timeout = a_patience);
 
-    /** Sends a signal; does nothing when it has ended. */
+    /** Sends a signal; does nothing when it has ended. Returns from SIGSTOP when all its threads
+     * have stopped. */
     void signal(int number);
 
     /**
