@@ -1,7 +1,7 @@
 // What a robot says of its modules and keys, and of its failures.
 #include "failure.h"
 #include "fuzz_target.h"
-#include "message_codec.h"
+#include "wire/message_codec.h"
 
 namespace {
 

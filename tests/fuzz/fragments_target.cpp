@@ -1,8 +1,8 @@
 // Messages that arrive in parts, from either side.
-#include "fragment_assembler.h"
 #include "fuzz_target.h"
 #include "pieces.h"
 #include "robaxi/v1/robaxi.pb.h"
+#include "wire/fragment_assembler.h"
 
 namespace {
 

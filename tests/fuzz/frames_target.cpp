@@ -2,9 +2,9 @@
 //
 // The first byte of an input is the size of the slices in which gRPC has received it.
 #include "failure.h"
-#include "frame_codec.h"
 #include "fuzz_target.h"
 #include "pieces.h"
+#include "wire/frame_codec.h"
 
 #include <algorithm>
 #include <cstring>

@@ -4,8 +4,8 @@
 // are what the robot sends, without looking at what it is told.
 #include "failure.h"
 #include "fuzz_target.h"
+#include "net/tls_probe.h"
 #include "temporary_file.h"
-#include "tls_probe.h"
 
 #include <arpa/inet.h>
 #include <mutex>

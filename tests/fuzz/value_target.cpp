@@ -1,7 +1,7 @@
 // Values: an argument of a call, or a result.
 #include "failure.h"
 #include "fuzz_target.h"
-#include "value_codec.h"
+#include "wire/value_codec.h"
 
 namespace {
 

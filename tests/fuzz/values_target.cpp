@@ -1,7 +1,7 @@
 // The packed values of a subscription.
-#include "batch_codec.h"
 #include "failure.h"
 #include "fuzz_target.h"
+#include "wire/batch_codec.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // What the user hears of an expired certificate, with a period shorter than the program's hour.
-#include "expiry_warning.h"
+#include "server/expiry_warning.h"
 
 #include "recording_listener.h"
 

@@ -4,7 +4,7 @@
 #include "hosted_modules.h"
 #include "link_table.h"
 #include "runtime.h"
-#include "server.h"
+#include "server/server.h"
 
 #include <robaxi/kv_broker.h>
 

@@ -1,7 +1,7 @@
 #include "broker_private.h"
+#include "client/link.h"
 #include "deadline.h"
 #include "error_sentences.h"
-#include "link.h"
 #include "settings_fields.h"
 
 #include <robaxi/kv_broker.h>

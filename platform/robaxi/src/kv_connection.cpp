@@ -1,7 +1,7 @@
 #include "broker_private.h"
 #include "connection_private.h"
 #include "deadline.h"
-#include "message_codec.h"
+#include "wire/message_codec.h"
 
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_connection.h>

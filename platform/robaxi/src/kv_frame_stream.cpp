@@ -1,5 +1,5 @@
+#include "client/frame_client.h"
 #include "connection_private.h"
-#include "frame_client.h"
 
 #include <robaxi/kv_frame_stream.h>
 

@@ -1,7 +1,7 @@
 #include "broker_private.h"
+#include "client/link_requests.h"
 #include "connection_private.h"
 #include "deadline.h"
-#include "link_requests.h"
 
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_proxy.h>

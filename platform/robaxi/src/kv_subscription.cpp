@@ -1,5 +1,5 @@
+#include "client/subscription_client.h"
 #include "connection_private.h"
-#include "subscription_client.h"
 
 #include <robaxi/kv_subscription.h>
 

@@ -1,7 +1,7 @@
 #include "link_table.h"
 
+#include "client/link.h"
 #include "failure.h"
-#include "link.h"
 
 namespace robaxi {
 

@@ -1,9 +1,9 @@
 #ifndef ROBAXI_RUNTIME_H
 #define ROBAXI_RUNTIME_H
 
-#include "limits.h"
 #include "task_pool.h"
 #include "timer_thread.h"
+#include "wire/limits.h"
 
 #include <robaxi/kv_settings.h>
 

@@ -1,0 +1,200 @@
+#ifndef ROBAXI_CLIENT_STREAM_H
+#define ROBAXI_CLIENT_STREAM_H
+
+#include "client/link.h"
+#include "error_sentences.h"
+#include "task_pool.h"
+#include "wire/grpc_handover.h"
+#include "wire/write_gate.h"
+
+#include <grpcpp/grpcpp.h>
+
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <utility>
+
+namespace robaxi {
+
+/**
+ * What the client's ends of all streams beside the session have in common: they end with the link,
+ * with the robot's last update or with stop(), and tell the listener so on their strand.
+ *
+ * A derived class calls stop() in its destructor.
+ */
+template <class Request, class Update>
+class ClientStream : public std::enable_shared_from_this<ClientStream<Request, Update>>,
+                     protected grpc::ClientBidiReactor<Request, Update>,
+                     private Link::LossListener {
+  public:
+    ClientStream(const ClientStream&) = delete;
+    ClientStream& operator=(const ClientStream&) = delete;
+
+    /** Returns when the listener is not being called any more, unless called from it. */
+    void stop() {
+        {
+            const std::lock_guard lock(fMutex);
+            fIsStopped = true;
+            if (!fIsStarted) {
+                return;
+            }
+        }
+        fLink->removeLossListener(this);
+        fStrand->close();
+        xEndWhen(fGate.close());
+        fContext.TryCancel();
+        std::unique_lock lock(fMutex);
+        fDone.wait(lock, [this] { return fIsDone; });
+    }
+
+  protected:
+    ClientStream(const std::shared_ptr<Runtime>& runtime, std::shared_ptr<Link> link, Target target)
+        : fLink(std::move(link)),
+          fTarget(std::move(target)),
+          fStrand(Strand::create(runtime->fNotices)) {}
+
+    /** With fMutex held: fills in what is to be said next; returns false when that is nothing. */
+    virtual bool xTakeRequest(Request& request) = 0;
+    /** Deals with fUpdate, on gRPC's thread; it or what it posts calls xRead() again. */
+    virtual void xReceived() = 0;
+    /** Tells the listener; on the strand. */
+    virtual void xTellEnd(const KVError& error) = 0;
+
+    /** Starts the call, which was made with fContext and this, with the first request waiting. */
+    void xStart() {
+        this->AddHold();  // the listener's and the users' threads write and read
+        {
+            const std::lock_guard lock(fMutex);
+            fIsStarted = true;
+        }
+        xWrite();
+        xRead();
+        this->StartCall();
+        const auto loss = fLink->addLossListener(this);
+        if (loss) {
+            xFail(*loss);
+        }
+    }
+
+    /** Says what is to be said, now or when the last request was written. */
+    void xWrite() {
+        {
+            const std::lock_guard lock(fMutex);
+            if (!fGate.enter()) {
+                return;
+            }
+            if (!xTakeRequest(fRequest)) {
+                xEndWhen(fGate.leave());
+                return;
+            }
+        }
+        giveToGrpc(&fRequest);
+        this->StartWrite(&fRequest);
+    }
+
+    void xRead() {
+        giveToGrpc(&fUpdate);
+        this->StartRead(&fUpdate);
+    }
+
+    /** Ends the stream, for this reason unless there is one already. */
+    void xFail(const Failure& failure) {
+        {
+            const std::lock_guard lock(fMutex);
+            if (!fFailure) {
+                fFailure = failure;
+            }
+        }
+        fContext.TryCancel();
+    }
+
+    /** Runs an operation of the derived class on the strand, unless the stream has gone. */
+    template <class Stream>
+    void xPost(void (Stream::*operation)()) {
+        fStrand->post([weak = this->weak_from_this(), operation] {
+            if (const auto self = weak.lock()) {
+                (static_cast<Stream&>(*self).*operation)();
+            }
+        });
+    }
+
+    const std::shared_ptr<Link> fLink;
+    const Target fTarget;
+    const std::shared_ptr<Strand> fStrand;
+    grpc::ClientContext fContext;
+    Update fUpdate;  // in the hands of gRPC while a read is in flight
+
+    std::mutex fMutex;
+    bool fIsStopped = false;
+
+  private:
+    // gRPC's names; the check cannot see that they override, since the base depends on a template.
+    // NOLINTBEGIN(readability-identifier-naming)
+    void OnReadDone(bool ok) final {
+        const GrpcReaction reaction(this);
+        takeFromGrpc(&fUpdate);
+        if (ok) {
+            xReceived();
+        } else {
+            xEndWhen(fGate.close());
+        }
+    }
+
+    void OnWriteDone(bool /*ok*/) final {
+        const GrpcReaction reaction(this);
+        takeFromGrpc(&fRequest);
+        if (fGate.leave()) {
+            xEndWhen(true);
+        } else {
+            xWrite();
+        }
+    }
+
+    void OnDone(const grpc::Status& status) final {
+        takeFromGrpc(this);
+        {
+            const std::lock_guard lock(fMutex);
+            if (!fFailure) {
+                fFailure = Failure{KVError::Cause::ConnectionLost, status.error_message()};
+            }
+        }
+        xPost(&ClientStream::xEnded);
+        const std::lock_guard lock(fMutex);
+        fIsDone = true;
+        fDone.notify_all();
+    }
+    // NOLINTEND(readability-identifier-naming)
+
+    void linkLost(const Failure& loss) final { xFail(loss); }
+
+    void xEnded() {
+        std::optional<Failure> failure;
+        {
+            const std::lock_guard lock(fMutex);
+            if (fIsStopped) {
+                return;
+            }
+            failure = fFailure;
+        }
+        xTellEnd(describe(fTarget, *failure));
+    }
+
+    void xEndWhen(bool now) {
+        if (now) {
+            giveToGrpc(this);
+            this->RemoveHold();
+        }
+    }
+
+    WriteGate fGate;
+    Request fRequest;  // in the hands of gRPC while a write is in flight
+    std::condition_variable fDone;
+    std::optional<Failure> fFailure;  // guarded by fMutex, like the next two
+    bool fIsStarted = false;
+    bool fIsDone = false;
+};
+
+}  // namespace robaxi
+
+#endif

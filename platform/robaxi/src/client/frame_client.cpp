@@ -1,0 +1,93 @@
+#include "client/frame_client.h"
+
+#include "wire/message_codec.h"
+
+#include <utility>
+
+namespace robaxi {
+
+FrameClient::FrameClient(const std::shared_ptr<Runtime>& runtime, std::shared_ptr<Link> link,
+                         Target target, std::string stream, KVFrameStream::Listener* listener)
+    : ClientStream(runtime, std::move(link), std::move(target)),
+      fStream(std::move(stream)),
+      fListener(listener),
+      fAssembler(runtime->fSettings.fLimits.fFrame) {
+}
+
+FrameClient::~FrameClient() {
+    stop();
+}
+
+void FrameClient::start() {
+    fLink->prepareStream(&fContext, "Watch", this);
+    // Asked before the lock is taken: a link that is lost comes here with its own lock held.
+    const std::uint64_t sessionId = fLink->sessionId();
+    {
+        const std::lock_guard lock(fMutex);
+        v1::WatchStart* start = fNextRequest.emplace().mutable_start();
+        start->set_session_id(sessionId);
+        start->set_module(toUtf8(fTarget.fModule));
+        start->set_stream(toUtf8(fStream));
+    }
+    xStart();
+}
+
+bool FrameClient::xTakeRequest(grpc::ByteBuffer& request) {
+    if (!fNextRequest) {
+        return false;
+    }
+    bool ownsBuffer = false;
+    grpc::SerializationTraits<v1::WatchRequest>::Serialize(*fNextRequest, &request, &ownsBuffer);
+    fNextRequest.reset();
+    return true;
+}
+
+void FrameClient::xReceived() {
+    try {
+        if (auto frame = fAssembler.take(fUpdate)) {
+            xKeep(std::move(*frame));
+        }
+    } catch (const Failure& failure) {
+        xFail(failure);
+    }
+    fUpdate.Clear();
+    xRead();
+}
+
+void FrameClient::xKeep(KVFrame frame) {
+    bool isNews = false;
+    {
+        const std::lock_guard lock(fMutex);
+        isNews = !fWaiting;
+        fPassedOver += isNews ? 0 : 1;
+        fWaiting = std::move(frame);
+        if (!fNextRequest) {
+            fNextRequest.emplace();
+        }
+        fNextRequest->set_received(++fReceived);
+    }
+    xWrite();
+    if (isNews) {
+        xPost(&FrameClient::xDeliver);
+    }
+}
+
+void FrameClient::xDeliver() {
+    std::optional<KVFrame> frame;
+    std::uint64_t passedOver = 0;
+    {
+        const std::lock_guard lock(fMutex);
+        frame = std::exchange(fWaiting, std::nullopt);
+        passedOver = std::exchange(fPassedOver, 0);
+        if (fIsStopped) {
+            return;
+        }
+    }
+    fListener->frameReceived(*frame, passedOver);
+}
+
+void FrameClient::xTellEnd(const KVError& error) {
+    fListener->ended(error);
+}
+
+}  // namespace robaxi

@@ -1,0 +1,50 @@
+#ifndef ROBAXI_FRAME_CLIENT_H
+#define ROBAXI_FRAME_CLIENT_H
+
+#include "client/client_stream.h"
+#include "wire/frame_codec.h"
+
+#include <robaxi/kv_frame_stream.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace robaxi {
+
+/**
+ * The client's end of one watched camera.
+ *
+ * Frames are read and put together on gRPC's thread whatever the listener does; the one place for a
+ * frame that waits for the listener always holds the newest.
+ */
+class FrameClient : public ClientStream<grpc::ByteBuffer, grpc::ByteBuffer> {
+  public:
+    FrameClient(const std::shared_ptr<Runtime>& runtime, std::shared_ptr<Link> link, Target target,
+                std::string stream, KVFrameStream::Listener* listener);
+    ~FrameClient() override;
+
+    void start();
+
+  private:
+    bool xTakeRequest(grpc::ByteBuffer& request) override;
+    void xReceived() override;
+    void xTellEnd(const KVError& error) override;
+    void xKeep(KVFrame frame);
+    void xDeliver();
+
+    const std::string fStream;
+    KVFrameStream::Listener* const fListener;
+    FrameAssembler fAssembler;  // used on gRPC's thread only
+
+    // Guarded by fMutex:
+    std::optional<v1::WatchRequest> fNextRequest;
+    std::uint64_t fReceived = 0;
+    std::optional<KVFrame> fWaiting;
+    std::uint64_t fPassedOver = 0;
+};
+
+}  // namespace robaxi
+
+#endif

@@ -1,0 +1,447 @@
+#include "client/link.h"
+
+#include "net/channel.h"
+#include "net/socket_address.h"
+#include "net/tls_probe.h"
+#include "wire/grpc_handover.h"
+#include "wire/message_codec.h"
+
+#include <grpcpp/generic/generic_stub.h>
+
+#include <algorithm>
+#include <limits>
+
+namespace robaxi {
+
+namespace {
+
+Failure tokenMissing(const ClientSecurity& security) {
+    if (security.withholdsToken()) {
+        return {KVError::Cause::NotAuthorised,
+                "it asks for a token, which is not sent over a connection without TLS",
+                "Give the robot a certificate, or set plain-token = yes for it in robaxi.conf."};
+    }
+    return {KVError::Cause::NotAuthorised, "it asks for a token",
+            "Name the file with the robot's token under token in robaxi.conf."};
+}
+
+Failure helloFailure(const v1::HelloReply& reply, const ClientSecurity& security) {
+    switch (reply.refusal()) {
+        case v1::HelloReply::TOO_MANY_SESSIONS:
+            return {KVError::Cause::TooMany, "too many programs are connected to it"};
+        case v1::HelloReply::TOKEN_MISSING:
+            return tokenMissing(security);
+        case v1::HelloReply::NOT_AUTHORISED:
+            return {KVError::Cause::NotAuthorised, "the token is not the right one"};
+        default:
+            return {KVError::Cause::ProtocolVersion,
+                    "it speaks version " + std::to_string(reply.protocol_version()) +
+                        ", this program version " + std::to_string(limits::a_protocolVersion)};
+    }
+}
+
+/** gRPC says only in words that what it received is not HTTP/2. */
+bool isAnotherLanguage(const grpc::Status& status) {
+    const std::string text = status.error_message();
+    return text.find("http1") != std::string::npos || text.find("HTTP/2") != std::string::npos;
+}
+
+Failure streamFailure(const grpc::Status& status, bool saidHello) {
+    if (!saidHello && isAnotherLanguage(status)) {
+        return {KVError::Cause::ProtocolVersion, {}};
+    }
+    switch (status.error_code()) {
+        case grpc::StatusCode::UNIMPLEMENTED:
+            return {KVError::Cause::ProtocolVersion, {}};
+        case grpc::StatusCode::RESOURCE_EXHAUSTED:
+            return {KVError::Cause::TooLarge, {}};
+        case grpc::StatusCode::UNAUTHENTICATED:
+        case grpc::StatusCode::PERMISSION_DENIED:
+            return {KVError::Cause::NotAuthorised, {}};
+        default:
+            return {KVError::Cause::ConnectionLost,
+                    saidHello ? "the robot ended it" : "it was closed before an answer came"};
+    }
+}
+
+void checkSize(const v1::ClientMessage& message, std::size_t largest) {
+    constexpr std::size_t roomForCallId = 16;
+    if (message.ByteSizeLong() + roomForCallId > largest) {
+        throw Failure{KVError::Cause::TooLarge, {}};
+    }
+}
+
+void setCallId(v1::ClientMessage& message, std::uint64_t callId) {
+    if (message.has_call()) {
+        message.mutable_call()->set_call_id(callId);
+    } else {
+        message.mutable_list_modules()->set_call_id(callId);
+    }
+}
+
+}  // namespace
+
+Link::Link(std::shared_ptr<Runtime> runtime, const std::string& address, int port,
+           Deadline deadline)
+    : fRuntime(std::move(runtime)),
+      fLimits(fRuntime->fSettings.fLimits),
+      fSecurity(fRuntime->fSettings.accessTo(address, port), address),
+      fOut(fLimits.fMessage, [this](const v1::ClientBatch* batch) { StartWrite(batch); }),
+      fAssembler(fLimits.fMessage),
+      fHeartbeatPeriod(fLimits.fHeartbeat),
+      fHeartbeat(fRuntime->fTimers, [this] { xBeat(); }) {
+    const SocketAddress listener = findListener(resolve(address, port, deadline), deadline);
+    fChannel = createChannel(listener.toTarget(), fSecurity, fLimits);
+    fStub = v1::Robaxi::NewStub(fChannel);
+    fStub->async()->Session(&fContext, this);
+    AddHold();  // the users' threads write; taken back when nothing will be written any more
+    xSayHello();
+    xRead();
+    StartCall();
+    try {
+        xAwaitHello(deadline);
+    } catch (const Failure& failure) {
+        xEndStream();
+        const bool mayBeTls = failure.fCause == KVError::Cause::ConnectionLost ||
+                              failure.fCause == KVError::Cause::ProtocolVersion;
+        const auto reason = mayBeTls ? findTlsFailure(listener, fSecurity, deadline) : std::nullopt;
+        throw Failure(reason.value_or(failure));
+    }
+}
+
+Link::~Link() {
+    if (fHasPosted) {
+        xSendTheRest();
+    }
+    xEndStream();
+}
+
+void Link::prepareStream(grpc::ClientContext* context, const std::string& method,
+                         grpc::ClientBidiReactor<grpc::ByteBuffer, grpc::ByteBuffer>* reactor) {
+    const std::string path = "/" + std::string(v1::Robaxi::service_full_name()) + "/" + method;
+    grpc::GenericStub(fChannel).PrepareBidiStreamingCall(context, path, {}, reactor);
+}
+
+void Link::xSendTheRest() {
+    xEndWhen(fOut.closeWhenWritten());
+    std::unique_lock lock(fMutex);
+    fStateChanged.wait_for(lock, limits::a_timeToSendTheRest, [this] { return fIsDone; });
+}
+
+void Link::xEndStream() {
+    fHeartbeat.stop();
+    xLose({KVError::Cause::Cancelled, {}});
+    fContext.TryCancel();
+    std::unique_lock lock(fMutex);
+    fStateChanged.wait(lock, [this] { return fIsDone; });
+}
+
+void Link::xSayHello() {
+    v1::ClientMessage message;
+    v1::Hello* hello = message.mutable_hello();
+    hello->set_protocol_version(limits::a_protocolVersion);
+    hello->set_name(toUtf8(fRuntime->fBrokerName));
+    hello->set_takes_fragments(true);
+    hello->set_token(fSecurity.token());
+    fOut.push(std::move(message));
+}
+
+void Link::xAwaitHello(Deadline deadline) {
+    {
+        std::unique_lock lock(fMutex);
+        const bool answered = fStateChanged.wait_until(
+            lock, deadline, [this] { return fHello.has_value() || fLoss.has_value(); });
+        if (!answered) {
+            throw Failure{KVError::Cause::TimedOut, {}};
+        }
+        if (fLoss) {
+            throw Failure(*fLoss);
+        }
+        if (fHello->silence_limit() != 0) {
+            const std::chrono::milliseconds silence(fHello->silence_limit());
+            fHeartbeatPeriod =
+                std::max(std::min(fHeartbeatPeriod, silence / limits::a_heartbeatsInSilence),
+                         std::chrono::milliseconds(1));
+        }
+    }
+    fHeartbeat.startAt(Clock::now());
+}
+
+void Link::xRead() {
+    giveToGrpc(&fIncoming);
+    StartRead(&fIncoming);
+}
+
+void Link::OnReadDone(bool ok) {
+    const GrpcReaction reaction(this);
+    takeFromGrpc(&fIncoming);
+    if (!ok) {
+        xEndWhen(fOut.close());
+        return;
+    }
+    fSilentHeartbeats = 0;
+    for (v1::ServerMessage& message : *fIncoming.mutable_messages()) {
+        if (!xReceive(message)) {
+            xLose({KVError::Cause::ConnectionLost, "the robot sent what cannot be read"});
+            fContext.TryCancel();
+            break;
+        }
+    }
+    xRead();
+}
+
+bool Link::xReceive(v1::ServerMessage& message) {
+    using Outcome = FragmentAssembler<v1::ServerMessage>::Outcome;
+    const Outcome outcome = fAssembler.take(message);
+    if (outcome == Outcome::Complete) {
+        xHandle(message);
+    }
+    return outcome != Outcome::Malformed;
+}
+
+void Link::OnWriteDone(bool ok) {
+    const GrpcReaction reaction(this);
+    xEndWhen(fOut.writeDone(ok));
+}
+
+void Link::xEndWhen(bool now) {
+    if (now) {
+        // The robot reads to this end before it ends the stream itself, where a cancelled stream
+        // would take with it what the robot has not read yet.
+        giveToGrpc(this);
+        StartWritesDone();
+        RemoveHold();
+    }
+}
+
+void Link::OnDone(const grpc::Status& status) {
+    takeFromGrpc(this);
+    bool saidHello = false;
+    {
+        const std::lock_guard lock(fMutex);
+        saidHello = fHello.has_value();
+    }
+    xLose(streamFailure(status, saidHello));
+    const std::lock_guard lock(fMutex);
+    fIsDone = true;
+    fStateChanged.notify_all();
+}
+
+void Link::xHandle(v1::ServerMessage& message) {
+    switch (message.content_case()) {
+        case v1::ServerMessage::kHelloReply:
+            xHandleHello(message.hello_reply());
+            break;
+        case v1::ServerMessage::kResult:
+            xHandleAnswer(message.result().call_id(), message);
+            break;
+        case v1::ServerMessage::kModuleList:
+            xHandleAnswer(message.module_list().call_id(), message);
+            break;
+        case v1::ServerMessage::kHeartbeat:
+            xHandleHeartbeat(message.heartbeat().number());
+            break;
+        default:
+            break;
+    }
+}
+
+void Link::xHandleHello(const v1::HelloReply& reply) {
+    if (reply.refusal() != v1::HelloReply::NONE ||
+        reply.protocol_version() != limits::a_protocolVersion) {
+        xLose(helloFailure(reply, fSecurity));
+        fContext.TryCancel();
+        return;
+    }
+    fOut.setPeerTakesFragments(reply.takes_fragments());
+    const std::lock_guard lock(fMutex);
+    if (!fHello) {
+        fHello = reply;
+        fStateChanged.notify_all();
+    }
+}
+
+void Link::xHandleAnswer(std::uint64_t callId, v1::ServerMessage& answer) {
+    const std::lock_guard lock(fMutex);
+    const auto found = fPending.find(callId);
+    if (found == fPending.end()) {
+        return;  // cancelled, or its time was up
+    }
+    PendingCall& call = *found->second;
+    call.fAnswer.Swap(&answer);
+    call.fHasEnded = true;
+    fPending.erase(found);
+    call.fEnded.notify_one();  // with the lock held: the call goes as soon as its caller sees it
+}
+
+void Link::xHandleHeartbeat(std::uint64_t number) {
+    const std::lock_guard lock(fMutex);
+    if (number == fHeartbeatNumber) {
+        fRoundTrip = std::chrono::duration<double>(Clock::now() - fHeartbeatSent).count();
+    }
+}
+
+void Link::xBeat() {
+    if (++fSilentHeartbeats > limits::silentHeartbeatsOfRobot(fLimits)) {
+        xLose({KVError::Cause::ConnectionLost, "the robot does not answer any more"});
+        fContext.TryCancel();
+        return;
+    }
+    v1::ClientMessage message;
+    {
+        const std::lock_guard lock(fMutex);
+        if (fLoss) {
+            return;
+        }
+        message.mutable_heartbeat()->set_number(++fHeartbeatNumber);
+        fHeartbeatSent = Clock::now();
+    }
+    fOut.pushUrgent(std::move(message));
+    fHeartbeat.startAt(Clock::now() + fHeartbeatPeriod);
+}
+
+void Link::xLose(const Failure& failure) {
+    const std::lock_guard lock(fMutex);
+    if (fLoss) {
+        return;
+    }
+    fLoss = failure;
+    for (const auto& [id, call] : fPending) {
+        call->fFailure = failure;
+        call->fHasEnded = true;
+        call->fEnded.notify_one();
+    }
+    fPending.clear();
+    for (LossListener* listener : fLossListeners) {
+        listener->linkLost(failure);
+    }
+    fStateChanged.notify_all();
+}
+
+v1::ServerMessage Link::request(v1::ClientMessage message, CallOwner& owner, Deadline deadline) {
+    checkSize(message, fLimits.fMessage);
+    PendingCall call(owner);
+    const std::uint64_t callId = xRegister(call);
+    setCallId(message, callId);
+    if (fOut.waitForRoom(deadline)) {
+        fOut.push(std::move(message));
+    }
+    std::unique_lock lock(fMutex);
+    if (!call.fEnded.wait_until(lock, deadline, [&call] { return call.fHasEnded; })) {
+        fPending.erase(callId);
+        lock.unlock();
+        xSendCancel(callId);
+        throw Failure{KVError::Cause::TimedOut, {}};
+    }
+    if (call.fFailure) {
+        throw Failure(*call.fFailure);
+    }
+    return std::move(call.fAnswer);
+}
+
+std::uint64_t Link::xRegister(PendingCall& call) {
+    const std::lock_guard lock(fMutex);
+    xCheckOpen(*call.fOwner);
+    const std::uint64_t callId = ++fLastCallId;
+    fPending.emplace(callId, &call);
+    return callId;
+}
+
+void Link::xCheckOpen(const CallOwner& owner) const {
+    if (fLoss) {
+        throw Failure(*fLoss);
+    }
+    if (owner.fIsClosed) {
+        throw Failure{KVError::Cause::Cancelled, {}};
+    }
+}
+
+void Link::post(v1::ClientMessage message, const CallOwner& owner, Deadline deadline) {
+    checkSize(message, fLimits.fMessage);
+    const bool hasRoom = fOut.waitForRoom(deadline);
+    {
+        const std::lock_guard lock(fMutex);
+        xCheckOpen(owner);
+    }
+    if (!hasRoom) {
+        throw Failure{KVError::Cause::TimedOut, "too much waits to be sent"};
+    }
+    fHasPosted = true;
+    fOut.push(std::move(message));
+}
+
+int Link::nextTaskId() {
+    constexpr std::uint32_t largest = std::numeric_limits<int>::max();
+    return static_cast<int>(fLastTaskId.fetch_add(1) % largest) + 1;
+}
+
+void Link::cancel(const CallOwner& owner) {
+    xCancelPending(owner);
+}
+
+void Link::close(CallOwner& owner) {
+    {
+        const std::lock_guard lock(fMutex);
+        owner.fIsClosed = true;
+    }
+    xCancelPending(owner);
+}
+
+void Link::xCancelPending(const CallOwner& owner) {
+    std::vector<std::uint64_t> cancelled;
+    {
+        const std::lock_guard lock(fMutex);
+        for (auto each = fPending.begin(); each != fPending.end();) {
+            PendingCall& call = *each->second;
+            if (call.fOwner != &owner) {
+                ++each;
+                continue;
+            }
+            cancelled.push_back(each->first);
+            each = fPending.erase(each);
+            call.fFailure = Failure{KVError::Cause::Cancelled, {}};
+            call.fHasEnded = true;
+            call.fEnded.notify_one();
+        }
+    }
+    for (const std::uint64_t callId : cancelled) {
+        xSendCancel(callId);
+    }
+}
+
+void Link::xSendCancel(std::uint64_t callId) {
+    v1::ClientMessage message;
+    message.mutable_cancel()->set_call_id(callId);
+    fOut.push(std::move(message));
+}
+
+std::optional<Failure> Link::addLossListener(LossListener* listener) {
+    const std::lock_guard lock(fMutex);
+    if (!fLoss) {
+        fLossListeners.push_back(listener);
+    }
+    return fLoss;
+}
+
+void Link::removeLossListener(LossListener* listener) {
+    const std::lock_guard lock(fMutex);
+    fLossListeners.erase(std::remove(fLossListeners.begin(), fLossListeners.end(), listener),
+                         fLossListeners.end());
+}
+
+std::optional<Failure> Link::loss() const {
+    const std::lock_guard lock(fMutex);
+    return fLoss;
+}
+
+std::string Link::peerName() const {
+    const std::lock_guard lock(fMutex);
+    return fHello->name();
+}
+
+std::uint64_t Link::sessionId() const {
+    const std::lock_guard lock(fMutex);
+    return fHello->session_id();
+}
+
+}  // namespace robaxi

@@ -1,0 +1,75 @@
+#include "client/link_requests.h"
+
+#include "wire/message_codec.h"
+#include "wire/value_codec.h"
+
+namespace robaxi {
+
+namespace {
+
+v1::ClientMessage makeCall(const Target& target, const KVValue::List& arguments, int deepest) {
+    v1::ClientMessage message;
+    v1::Call* call = message.mutable_call();
+    call->set_module(toUtf8(target.fModule));
+    call->set_method(toUtf8(target.fMethod));
+    for (const KVValue& argument : arguments) {
+        encodeValue(argument, call->add_arguments(), deepest);
+    }
+    return message;
+}
+
+[[noreturn]] void throwError(const Target& target, const v1::Error& error) {
+    const KVError::Cause cause = decodeCause(error.cause());
+    if (error.by_method()) {
+        throw KVError(cause, error.text());
+    }
+    throw describe(target, {cause, error.text()});
+}
+
+}  // namespace
+
+std::vector<KVModuleInfo> listModules(Link& link, CallOwner& owner, const Target& target,
+                                      Deadline deadline) {
+    v1::ClientMessage question;
+    question.mutable_list_modules()->set_module(toUtf8(target.fModule));
+    v1::ServerMessage answer;
+    try {
+        answer = link.request(std::move(question), owner, deadline);
+    } catch (const Failure& failure) {
+        throw describe(target, failure);
+    }
+    if (!answer.has_module_list()) {
+        throwError(target, answer.result().error());
+    }
+    std::vector<KVModuleInfo> modules;
+    for (const v1::Module& module : answer.module_list().modules()) {
+        modules.push_back(decodeModule(module));
+    }
+    return modules;
+}
+
+KVValue callMethod(Link& link, CallOwner& owner, const Target& target,
+                   const KVValue::List& arguments, Deadline deadline) {
+    v1::ServerMessage answer;
+    try {
+        answer = link.request(makeCall(target, arguments, link.limits().fDepth), owner, deadline);
+        if (answer.result().has_value()) {
+            return decodeValue(answer.result().value(), link.limits().fDepth);
+        }
+    } catch (const Failure& failure) {
+        throw describe(target, failure);
+    }
+    throwError(target, answer.result().error());
+}
+
+int postMethod(Link& link, const CallOwner& owner, const Target& target,
+               const KVValue::List& arguments, Deadline deadline) {
+    try {
+        link.post(makeCall(target, arguments, link.limits().fDepth), owner, deadline);
+    } catch (const Failure& failure) {
+        throw describe(target, failure);
+    }
+    return link.nextTaskId();
+}
+
+}  // namespace robaxi

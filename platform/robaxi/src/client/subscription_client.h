@@ -1,0 +1,54 @@
+#ifndef ROBAXI_SUBSCRIPTION_CLIENT_H
+#define ROBAXI_SUBSCRIPTION_CLIENT_H
+
+#include "client/client_stream.h"
+#include "robaxi/v1/robaxi.grpc.pb.h"
+
+#include <robaxi/kv_subscription.h>
+
+#include <memory>
+#include <optional>
+#include <unordered_set>
+#include <vector>
+
+namespace robaxi {
+
+/**
+ * The client's end of one subscription.
+ *
+ * The next update is read only when the listener is done with the last one, so nothing piles up
+ * here, and the robot learns by it how fast the listener is.
+ */
+class SubscriptionClient : public ClientStream<v1::SubscriptionRequest, v1::SubscriptionUpdate> {
+  public:
+    SubscriptionClient(const std::shared_ptr<Runtime>& runtime, std::shared_ptr<Link> link,
+                       Target target, KVSubscription::Listener* listener);
+    ~SubscriptionClient() override;
+
+    void start(bool allKeys, double rate);
+    void setKeys(const std::vector<std::uint32_t>& ids);
+    void setRate(double rate);
+
+  private:
+    bool xTakeRequest(v1::SubscriptionRequest& request) override;
+    void xReceived() override;
+    v1::SubscriptionRequest& xNextRequest();
+
+    // On the strand:
+    void xDeliver();
+    void xDeliverContent();
+    void xAddKeys(const v1::KeysAdded& message);
+    void xRemoveKeys(const v1::KeySelection& message);
+    void xChangeValues(const v1::Values& message);
+    void xTellEnd(const KVError& error) override;
+
+    const KVSettings::Limits fLimits;
+    KVSubscription::Listener* const fListener;
+    std::unordered_set<std::uint32_t> fKnownIds;  // used on the strand only
+    /** The newest of everything to be said; guarded by fMutex. */
+    std::optional<v1::SubscriptionRequest> fNextRequest;
+};
+
+}  // namespace robaxi
+
+#endif

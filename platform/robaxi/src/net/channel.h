@@ -1,0 +1,25 @@
+#ifndef ROBAXI_CHANNEL_H
+#define ROBAXI_CHANNEL_H
+
+#include "net/security.h"
+
+#include <robaxi/kv_settings.h>
+
+#include <grpcpp/grpcpp.h>
+
+#include <memory>
+#include <string>
+
+namespace robaxi {
+
+/** A channel to one numeric address that shares nothing with any other channel of the process. */
+std::shared_ptr<grpc::Channel> createChannel(const std::string& target,
+                                             const ClientSecurity& security,
+                                             const KVSettings::Limits& limits);
+
+/** Sets what holds for every connection to a server of ours. */
+void configureServer(grpc::ServerBuilder& builder, const KVSettings::Limits& limits);
+
+}  // namespace robaxi
+
+#endif

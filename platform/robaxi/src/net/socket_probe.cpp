@@ -1,0 +1,160 @@
+#include "failure.h"
+#include "net/file_descriptor.h"
+#include "net/socket_address.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <netinet/in.h>
+#include <optional>
+#include <poll.h>
+#include <system_error>
+
+namespace robaxi {
+
+namespace {
+
+std::string errorText(int error) {
+    return std::system_category().message(error);
+}
+
+Failure connectFailure(int error) {
+    switch (error) {
+        case ECONNREFUSED:
+            return {KVError::Cause::Refused, {}};
+        case ETIMEDOUT:
+            return {KVError::Cause::TimedOut, {}};
+        default:
+            return {KVError::Cause::NoRoute, errorText(error)};
+    }
+}
+
+/** One connection being tried. */
+class Attempt {
+  public:
+    explicit Attempt(const SocketAddress& address)
+        : fAddress(address),
+          fSocket(
+              ::socket(address.fStorage.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
+        const bool started =
+            fSocket.get() >= 0 && ::connect(fSocket.get(), address.raw(), address.fLength) == 0;
+        fError = started ? 0 : errno;
+    }
+
+    bool isPending() const { return fError == EINPROGRESS; }
+    bool isConnected() const { return fError == 0; }
+    int error() const { return fError; }
+    const SocketAddress& address() const { return fAddress; }
+    pollfd toPoll() const { return {isPending() ? fSocket.get() : -1, POLLOUT, 0}; }
+
+    void readOutcome() {
+        socklen_t length = sizeof fError;
+        if (::getsockopt(fSocket.get(), SOL_SOCKET, SO_ERROR, &fError, &length) != 0) {
+            fError = errno;
+        }
+        if (fError == 0 && xIsConnectedToItself()) {
+            fError = ECONNREFUSED;
+        }
+    }
+
+  private:
+    /** TCP connects a socket to itself when the port that nothing listens on happens to be the one
+     *  that the system gave to this end. */
+    bool xIsConnectedToItself() const {
+        SocketAddress local;
+        local.fLength = sizeof local.fStorage;
+        return ::getsockname(fSocket.get(), reinterpret_cast<sockaddr*>(&local.fStorage),
+                             &local.fLength) == 0 &&
+               local.fLength == fAddress.fLength &&
+               std::memcmp(&local.fStorage, &fAddress.fStorage, local.fLength) == 0;
+    }
+
+    SocketAddress fAddress;
+    FileDescriptor fSocket;
+    int fError = 0;
+};
+
+void waitForOutcomes(std::vector<Attempt>& attempts, Deadline deadline) {
+    std::vector<pollfd> polled;
+    polled.reserve(attempts.size());
+    for (const Attempt& attempt : attempts) {
+        polled.push_back(attempt.toPoll());
+    }
+    if (::poll(polled.data(), polled.size(), millisecondsUntil(deadline)) <= 0) {
+        return;
+    }
+    for (std::size_t i = 0; i < polled.size(); ++i) {
+        if (polled[i].revents != 0) {
+            attempts[i].readOutcome();
+        }
+    }
+}
+
+bool hasIpv6() {
+    return FileDescriptor(::socket(AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0)).get() >= 0;
+}
+
+/** Returns a socket that listens, or none with errno set. */
+FileDescriptor tryToListen(const SocketAddress& address) {
+    FileDescriptor socket(
+        ::socket(address.fStorage.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    const int on = 1;
+    const int off = 0;
+    ::setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+    if (address.fStorage.ss_family == AF_INET6) {
+        ::setsockopt(socket.get(), IPPROTO_IPV6, IPV6_V6ONLY, &off, sizeof off);
+    }
+    const bool listens = ::bind(socket.get(), address.raw(), address.fLength) == 0 &&
+                         ::listen(socket.get(), SOMAXCONN) == 0;
+    return listens ? std::move(socket) : FileDescriptor(-1);
+}
+
+}  // namespace
+
+SocketAddress findListener(const std::vector<SocketAddress>& addresses, Deadline deadline) {
+    std::vector<Attempt> attempts;
+    attempts.reserve(addresses.size());
+    for (const SocketAddress& address : addresses) {
+        attempts.emplace_back(address);
+    }
+    while (true) {
+        for (const Attempt& attempt : attempts) {
+            if (attempt.isConnected()) {
+                return attempt.address();
+            }
+        }
+        const bool pending = std::any_of(attempts.begin(), attempts.end(),
+                                         [](const Attempt& each) { return each.isPending(); });
+        if (!pending) {
+            // The first address is the one that the system prefers, so its outcome says most.
+            throw connectFailure(attempts.empty() ? EHOSTUNREACH : attempts.front().error());
+        }
+        if (Clock::now() >= deadline) {
+            throw Failure{KVError::Cause::TimedOut, {}};
+        }
+        waitForOutcomes(attempts, deadline);
+    }
+}
+
+std::vector<FileDescriptor> listenOn(const std::string& host, int port, Deadline deadline) {
+    const bool isEvery = host.empty() || host == "0.0.0.0";
+    const std::string every = hasIpv6() ? "::" : "0.0.0.0";
+    std::vector<FileDescriptor> listening;
+    int error = 0;
+    for (const SocketAddress& address : resolve(isEvery ? every : host, port, deadline)) {
+        FileDescriptor socket = tryToListen(address);
+        if (socket.get() >= 0) {
+            listening.push_back(std::move(socket));
+        } else if (errno == EADDRINUSE) {
+            throw Failure{KVError::Cause::AddressInUse, {}};
+        } else {
+            error = errno;
+        }
+    }
+    if (listening.empty()) {
+        throw Failure{KVError::Cause::CannotListen, errorText(error)};
+    }
+    return listening;
+}
+
+}  // namespace robaxi

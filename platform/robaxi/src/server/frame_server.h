@@ -1,0 +1,64 @@
+#ifndef ROBAXI_FRAME_SERVER_H
+#define ROBAXI_FRAME_SERVER_H
+
+#include "frame_source_private.h"
+#include "server/server_stream.h"
+#include "wire/frame_codec.h"
+
+#include <atomic>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace robaxi {
+
+/**
+ * The robot's end of one watched camera.
+ *
+ * It keeps no queue: whenever it may send (the last write is done, the client has received enough),
+ * it takes the newest frame. The publisher's thread only wakes it; a frame is begun on the timer
+ * thread or on one of gRPC's, and its further parts go as gRPC reports that it has sent the last.
+ */
+class FrameServer : public ServerStream<grpc::ByteBuffer, grpc::ByteBuffer>,
+                    private KVFrameSource::Private::Watcher {
+  public:
+    FrameServer(Server& server, grpc::CallbackServerContext* context);
+    ~FrameServer() override;
+
+    Kind kind() const override { return Kind::Camera; }
+
+    void OnWriteDone(bool ok) override;
+
+  private:
+    void framePublished() override;
+    void streamRemoved() override;
+
+    void xHandle() override;
+    void xPump() override;
+    void xLeave() override;
+    void xStartWatching(const v1::WatchStart& start);
+    void xSend();
+    bool xCompose();
+    void xBegin(const std::optional<KVFrameSource::Private::Newest>& newest);
+    bool xHasCredit();
+
+    const std::shared_ptr<TaskPool> fPool;
+    /** Somebody called for a frame while another one was sending. */
+    std::atomic<bool> fIsWanted{false};
+
+    // Set once, by the first request, with fMutex held:
+    std::string fStream;
+    std::shared_ptr<KVFrameSource::Private> fSource;
+
+    std::uint64_t fReceived = 0;  // guarded by fMutex
+
+    // Used inside the gate only:
+    std::unique_ptr<FrameEncoder> fFrame;  // being sent
+    std::uint64_t fSent = 0;
+    std::uint64_t fVersion = 0;
+    bool fIsLast = false;
+};
+
+}  // namespace robaxi
+
+#endif

@@ -1,0 +1,240 @@
+#include "server/server.h"
+
+#include "deadline.h"
+#include "net/channel.h"
+#include "net/socket_address.h"
+#include "server/frame_server.h"
+#include "server/server_session.h"
+#include "server/subscription_server.h"
+#include "server/warning.h"
+#include "wire/grpc_handover.h"
+#include "wire/limits.h"
+
+#include <boost/system/system_error.hpp>
+
+#include <algorithm>
+#include <malloc.h>
+#include <random>
+#include <utility>
+
+namespace robaxi {
+
+namespace {
+
+constexpr double a_listenTimeOut = 2;
+constexpr std::chrono::hours a_betweenExpiryWarnings(1);
+
+/** Random, so that a program cannot guess the session of another one. */
+std::uint64_t makeSessionId() {
+    std::random_device random;
+    std::uint64_t id = 0;
+    while (id == 0) {
+        id = (std::uint64_t{random()} << 32U) | random();
+    }
+    return id;
+}
+
+void deleteSession(ServerSession* session) {
+    const bool hasKeptMuch = session->hasKeptMuch();
+    delete session;
+    if (hasKeptMuch) {
+        // The freed memory is scattered over the arenas of several threads, none of which gives it
+        // back to the system by itself.
+        ::malloc_trim(0);
+    }
+}
+
+}  // namespace
+
+/** Frames are handed to gRPC as they are, so their stream is one of bytes. */
+using CallbackService =
+    v1::Robaxi::WithCallbackMethod_Session<v1::Robaxi::WithCallbackMethod_Subscribe<
+        v1::Robaxi::WithRawCallbackMethod_Watch<v1::Robaxi::Service>>>;
+
+class Server::Service : public CallbackService {
+  public:
+    explicit Service(Server& server) : fServer(server) {}
+
+    grpc::ServerBidiReactor<v1::ClientBatch, v1::ServerBatch>* Session(
+        grpc::CallbackServerContext* context) override {
+        return fServer.xOpenSession(context);
+    }
+
+    grpc::ServerBidiReactor<v1::SubscriptionRequest, v1::SubscriptionUpdate>* Subscribe(
+        grpc::CallbackServerContext* context) override {
+        return fServer.xOpenStream<SubscriptionServer>(context);
+    }
+
+    grpc::ServerBidiReactor<grpc::ByteBuffer, grpc::ByteBuffer>* Watch(
+        grpc::CallbackServerContext* context) override {
+        return fServer.xOpenStream<FrameServer>(context);
+    }
+
+  private:
+    Server& fServer;
+};
+
+Server::Server(std::shared_ptr<Runtime> runtime, std::shared_ptr<HostedModules> modules,
+               const std::string& address, int port)
+    : fRuntime(std::move(runtime)),
+      fModules(std::move(modules)),
+      fSecurity(fRuntime->fSettings.fServer),
+      fCalls(TaskPool::create(limits::a_methodThreads)),
+      fService(std::make_unique<Service>(*this)) {
+    auto listening = listenOn(address, port, deadlineAfter(a_listenTimeOut));
+    xStartGrpc();
+    xAccept(std::move(listening));
+    xWarnOfExpiry();
+}
+
+void Server::xWarnOfExpiry() {
+    const auto expiry = fSecurity.certificateExpiry();
+    if (!expiry) {
+        return;
+    }
+    const std::string text = "the certificate " + fRuntime->fSettings.fServer.fCertificate +
+                             " has expired, so that no program trusts it; replace it and start "
+                             "this program again";
+    fExpiryWarning =
+        std::make_unique<ExpiryWarning>(timers(), *expiry, a_betweenExpiryWarnings,
+                                        [name = brokerName(), text] { warn(name, text); });
+}
+
+void Server::xStartGrpc() {
+    grpc::ServerBuilder builder;
+    configureServer(builder, limits());
+    using Type = grpc::ServerBuilder::experimental_type::ExternalConnectionType;
+    fEntrance = builder.experimental().AddExternalConnectionAcceptor(Type::FROM_FD,
+                                                                     fSecurity.credentials());
+    builder.RegisterService(fService.get());
+    giveToGrpc(this);
+    fServer = builder.BuildAndStart();
+    if (!fServer) {
+        throw Failure{KVError::Cause::CannotListen, {}};
+    }
+}
+
+void Server::xAccept(std::vector<FileDescriptor> listening) {
+    ConnectionAcceptor::Settings settings;
+    settings.fTimeForHello = limits::silenceOfClient(limits());
+    settings.fHandOver = [this](int descriptor) {
+        grpc::experimental::ExternalConnectionAcceptor::NewConnectionParameters connection;
+        connection.fd = descriptor;
+        fEntrance->HandleNewConnection(&connection);
+    };
+    settings.fReport = [name = brokerName()](const std::string& text) { warn(name, text); };
+    // Sessions use it, and may start while it is being made.
+    fAcceptor = std::make_unique<ConnectionAcceptor>(std::move(settings));
+    try {
+        fAcceptor->start(std::move(listening));
+    } catch (const boost::system::system_error& failure) {
+        throw Failure{KVError::Cause::CannotListen, failure.code().message()};
+    }
+}
+
+Server::~Server() {
+    // First, since gRPC does not close what it is given after its end.
+    fAcceptor->stop();
+    fServer->Shutdown(std::chrono::system_clock::now());
+    fCalls->stop();
+}
+
+grpc::ServerBidiReactor<v1::ClientBatch, v1::ServerBatch>* Server::xOpenSession(
+    grpc::CallbackServerContext* context) {
+    takeFromGrpc(this);
+    std::shared_ptr<ServerSession> session;
+    bool admitted = false;
+    {
+        const std::lock_guard lock(fMutex);
+        std::uint64_t id = makeSessionId();
+        while (fSessions.count(id) != 0) {
+            id = makeSessionId();
+        }
+        session = {new ServerSession(*this, context, id), deleteSession};
+        admitted = xHasRoomFor(session->peerAddress());
+        fSessions.emplace(id, session);
+    }
+    session->start(admitted);
+    return session.get();
+}
+
+bool Server::xHasRoomFor(const std::string& address) const {
+    const auto ofAddress = std::count_if(
+        fSessions.begin(), fSessions.end(),
+        [&address](const auto& each) { return each.second->peerAddress() == address; });
+    return fSessions.size() < limits().fSessions &&
+           static_cast<std::size_t>(ofAddress) < limits().fSessionsOfAddress;
+}
+
+template <class Stream>
+Stream* Server::xOpenStream(grpc::CallbackServerContext* context) {
+    takeFromGrpc(this);
+    const auto stream = std::make_shared<Stream>(*this, context);
+    {
+        const std::lock_guard lock(fMutex);
+        fStreams[stream.get()] = {stream, 0};
+    }
+    stream->start();
+    return stream.get();
+}
+
+std::optional<Failure> Server::joinSession(SideStream* stream, std::uint64_t sessionId) {
+    const std::lock_guard lock(fMutex);
+    if (fSessions.count(sessionId) == 0) {
+        return Failure{KVError::Cause::NotAuthorised, "it names no session"};
+    }
+    const bool isCamera = stream->kind() == SideStream::Kind::Camera;
+    const auto alike = std::count_if(fStreams.begin(), fStreams.end(), [&](const auto& each) {
+        return each.second.fSessionId == sessionId && each.first->kind() == stream->kind();
+    });
+    if (static_cast<std::size_t>(alike) >=
+        (isCamera ? limits().fCameras : limits().fSubscriptions)) {
+        return Failure{KVError::Cause::TooMany,
+                       isCamera ? "this program watches too many cameras already"
+                                : "this program has too many subscriptions already"};
+    }
+    fStreams[stream].fSessionId = sessionId;
+    return std::nullopt;
+}
+
+void Server::sessionEnded(std::uint64_t id) {
+    std::shared_ptr<ServerSession> session;
+    {
+        const std::lock_guard lock(fMutex);
+        const auto found = fSessions.find(id);
+        session = std::move(found->second);
+        fSessions.erase(found);
+        for (const auto& [stream, membership] : fStreams) {
+            if (membership.fSessionId == id) {
+                stream->cancel();
+            }
+        }
+    }
+    xLetGo(std::move(session));
+}
+
+void Server::streamEnded(SideStream* stream) {
+    std::shared_ptr<SideStream> kept;
+    {
+        const std::lock_guard lock(fMutex);
+        const auto found = fStreams.find(stream);
+        kept = std::move(found->second.fStream);
+        fStreams.erase(found);
+    }
+    xLetGo(std::move(kept));
+}
+
+void Server::moduleRemoved(const std::string& name) {
+    const std::lock_guard lock(fMutex);
+    for (const auto& [stream, membership] : fStreams) {
+        stream->moduleRemoved(name);
+    }
+}
+
+template <class Object>
+void Server::xLetGo(std::shared_ptr<Object> object) {
+    // What it holds may be the users', and their destructors do not run on a thread of gRPC.
+    fCalls->post([object = std::move(object)] {});
+}
+
+}  // namespace robaxi

@@ -1,0 +1,98 @@
+#ifndef ROBAXI_SERVER_H
+#define ROBAXI_SERVER_H
+
+#include "failure.h"
+#include "hosted_modules.h"
+#include "net/connection_acceptor.h"
+#include "net/security.h"
+#include "robaxi/v1/robaxi.grpc.pb.h"
+#include "runtime.h"
+#include "server/expiry_warning.h"
+#include "server/side_stream.h"
+#include "server/token_guard.h"
+
+#include <grpcpp/grpcpp.h>
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace robaxi {
+
+class ServerSession;
+
+/** What of a broker listens: the gRPC server, its sessions and the streams beside them, and the
+ *  threads on which methods run. */
+class Server {
+  public:
+    /** Starts to listen. @throws Failure AddressInUse, CannotListen; InvalidArgument when the
+     *          settings of security cannot be used */
+    Server(std::shared_ptr<Runtime> runtime, std::shared_ptr<HostedModules> modules,
+           const std::string& address, int port);
+    /** Ends all sessions; returns when no method runs any more, except one from which it is
+     *  called. */
+    ~Server();
+    Server(const Server&) = delete;
+    Server& operator=(const Server&) = delete;
+
+    /** Ends the streams to a module that is hosted no more. */
+    void moduleRemoved(const std::string& name);
+
+    /** @name For the sessions and the streams beside them */
+    ///@{
+    const KVSettings::Limits& limits() const { return fRuntime->fSettings.fLimits; }
+    const ServerSecurity& security() const { return fSecurity; }
+    TokenGuard& tokenGuard() { return fTokenGuard; }
+    const std::string& brokerName() const { return fRuntime->fBrokerName; }
+    const std::shared_ptr<TimerThread>& timers() const { return fRuntime->fTimers; }
+    const std::shared_ptr<HostedModules>& modules() const { return fModules; }
+    const std::shared_ptr<TaskPool>& calls() const { return fCalls; }
+    /** Lets a connection stay: its client is in a session. */
+    void welcome(const std::string& peer) { fAcceptor->welcome(peer); }
+    void sessionEnded(std::uint64_t id);
+    /** Counts a stream to its session. Returns the reason why it is refused, if it is. */
+    std::optional<Failure> joinSession(SideStream* stream, std::uint64_t sessionId);
+    void streamEnded(SideStream* stream);
+    ///@}
+
+  private:
+    class Service;
+
+    void xStartGrpc();
+    void xWarnOfExpiry();
+    void xAccept(std::vector<FileDescriptor> listening);
+    grpc::ServerBidiReactor<v1::ClientBatch, v1::ServerBatch>* xOpenSession(
+        grpc::CallbackServerContext* context);
+    bool xHasRoomFor(const std::string& address) const;
+    template <class Stream>
+    Stream* xOpenStream(grpc::CallbackServerContext* context);
+    template <class Object>
+    void xLetGo(std::shared_ptr<Object> object);
+
+    const std::shared_ptr<Runtime> fRuntime;
+    const std::shared_ptr<HostedModules> fModules;
+    const ServerSecurity fSecurity;
+    const std::shared_ptr<TaskPool> fCalls;
+    TokenGuard fTokenGuard;
+    std::unique_ptr<Service> fService;
+    std::unique_ptr<grpc::Server> fServer;
+    std::unique_ptr<grpc::experimental::ExternalConnectionAcceptor> fEntrance;
+    std::unique_ptr<ConnectionAcceptor> fAcceptor;
+    std::unique_ptr<ExpiryWarning> fExpiryWarning;
+
+    std::mutex fMutex;
+    std::unordered_map<std::uint64_t, std::shared_ptr<ServerSession>> fSessions;
+    struct Membership {
+        std::shared_ptr<SideStream> fStream;
+        std::uint64_t fSessionId = 0;
+    };
+    std::unordered_map<SideStream*, Membership> fStreams;
+};
+
+}  // namespace robaxi
+
+#endif

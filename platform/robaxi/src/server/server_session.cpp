@@ -1,0 +1,450 @@
+#include "server/server_session.h"
+
+#include "failure.h"
+#include "net/connection_acceptor.h"
+#include "refused_call.h"
+#include "server/server.h"
+#include "server/token_guard.h"
+#include "server/warning.h"
+#include "wire/grpc_handover.h"
+#include "wire/limits.h"
+#include "wire/message_codec.h"
+#include "wire/value_codec.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace robaxi {
+
+namespace {
+
+v1::ServerMessage makeError(std::uint64_t callId, KVError::Cause cause, const std::string& text,
+                            bool byMethod) {
+    v1::ServerMessage message;
+    message.mutable_result()->set_call_id(callId);
+    v1::Error* error = message.mutable_result()->mutable_error();
+    encodeError(cause, text, error);
+    error->set_by_method(byMethod);
+    return message;
+}
+
+/** Without the port. */
+std::string addressOf(const std::string& peer) {
+    const std::string readable = readablePeer(peer);
+    return readable.substr(0, readable.rfind(':'));
+}
+
+KVValue::List decodeArguments(const v1::Call& call, int deepest) {
+    KVValue::List arguments;
+    arguments.reserve(static_cast<std::size_t>(call.arguments_size()));
+    for (const v1::Value& argument : call.arguments()) {
+        arguments.push_back(decodeValue(argument, deepest));
+    }
+    return arguments;
+}
+
+}  // namespace
+
+ServerSession::ServerSession(Server& server, grpc::CallbackServerContext* context, std::uint64_t id)
+    : fServer(server),
+      fModules(server.modules()),
+      fCallPool(server.calls()),
+      fContext(context),
+      fId(id),
+      fPeerAddress(addressOf(context->peer())),
+      fLimits(server.limits()),
+      fOut(fLimits.fMessage, [this](const v1::ServerBatch* batch) { StartWrite(batch); }),
+      fAssembler(fLimits.fMessage),
+      fSilence(server.timers(), [this] { xCheckSilence(); }),
+      fHeldHelloTurn(server.timers(), [this] { xCheckHeldHello(); }) {
+}
+
+ServerSession::~ServerSession() = default;
+
+void ServerSession::start(bool admitted) {
+    fIsAdmitted = admitted;
+    giveToGrpc(&fContext);
+    xRead();
+    fSilence.startAt(TimerThread::Clock::now() + fLimits.fHeartbeat);
+}
+
+void ServerSession::xRead() {
+    giveToGrpc(&fIncoming);
+    StartRead(&fIncoming);
+}
+
+void ServerSession::OnReadDone(bool ok) {
+    const GrpcReaction reaction(this);
+    takeFromGrpc(&fIncoming);
+    if (!ok) {
+        xFinishWhen(fOut.close());
+        return;
+    }
+    fSilentHeartbeats = 0;
+    fNextIncoming = 0;
+    xHandleBatch();
+}
+
+/** Handles the rest of the batch, as far as there is room for it. */
+void ServerSession::xHandleBatch() {
+    while (fNextIncoming < fIncoming.messages_size()) {
+        if (!xMayHandle()) {
+            return;
+        }
+        if (!xReceive(*fIncoming.mutable_messages(fNextIncoming++))) {
+            fStatus = grpc::Status(grpc::StatusCode::INVALID_ARGUMENT, "unreadable parts");
+            xFinishWhen(fOut.close());
+            break;
+        }
+    }
+    xRead();
+}
+
+bool ServerSession::xMayHandle() {
+    const std::lock_guard lock(fMutex);
+    fIsPaused = !xHasRoomForCall();
+    return !fIsPaused;
+}
+
+bool ServerSession::xHasRoomForCall() const {
+    const std::size_t bytes = fWaitingBytes + fOut.waitingBytes();
+    return !fHoldsHello && fWaiting.size() < limits::a_waitingCalls &&
+           bytes + fLimits.fMessage <= limits::waitingBytes(fLimits.fMessage);
+}
+
+bool ServerSession::xHasRoomForResult() const {
+    return fHasEnded ||
+           fOut.waitingBytes() + fLimits.fMessage <= limits::waitingBytes(fLimits.fMessage);
+}
+
+/** At the end of a write. */
+void ServerSession::xResume() {
+    {
+        const std::lock_guard lock(fMutex);
+        if (!fIsPaused || !xHasRoomForCall()) {
+            return;
+        }
+        fIsPaused = false;
+    }
+    fSilentHeartbeats = 0;
+    xHandleBatch();
+}
+
+/** Tells the client that the robot lives though it reads nothing, and lets xResume() be called. */
+void ServerSession::xKeepAwake() {
+    v1::ServerMessage sign;
+    sign.mutable_heartbeat();
+    fOut.pushIfEmpty(std::move(sign));
+}
+
+bool ServerSession::xReceive(v1::ClientMessage& message) {
+    using Outcome = FragmentAssembler<v1::ClientMessage>::Outcome;
+    const Outcome outcome = fAssembler.take(message);
+    if (outcome == Outcome::Complete) {
+        xHandle(message);
+    }
+    return outcome != Outcome::Malformed;
+}
+
+void ServerSession::OnWriteDone(bool ok) {
+    const GrpcReaction reaction(this);
+    xFinishWhen(fOut.writeDone(ok));
+    xUnpark(limits::a_methodThreads);
+    xResume();
+}
+
+void ServerSession::OnCancel() {
+    const GrpcReaction reaction(this);
+    takeFromGrpc(&fContext);
+    xFinishWhen(fOut.close());
+}
+
+void ServerSession::OnDone() {
+    takeFromGrpc(this);
+    fSilence.stop();
+    fHeldHelloTurn.stop();
+    {
+        // Calls that were posted already still run; no others do.
+        const std::lock_guard lock(fMutex);
+        fHasEnded = true;
+        fWaiting.erase(std::remove_if(fWaiting.begin(), fWaiting.end(),
+                                      [](const WorkPtr& work) { return work->fId != 0; }),
+                       fWaiting.end());
+        fCalls.clear();
+    }
+    xUnpark(limits::a_waitingCalls);
+    fServer.sessionEnded(fId);
+}
+
+void ServerSession::xFinishWhen(bool now) {
+    if (now) {
+        giveToGrpc(this);
+        Finish(fStatus);
+    }
+}
+
+void ServerSession::xCheckSilence() {
+    bool isPaused = false;
+    {
+        const std::lock_guard lock(fMutex);
+        isPaused = fIsPaused && !fHoldsHello;
+    }
+    if (++fSilentHeartbeats >
+        (isPaused ? limits::a_untakingHeartbeatsOfClient : limits::a_silentHeartbeatsOfClient)) {
+        fContext->TryCancel();
+        return;
+    }
+    if (isPaused) {
+        xKeepAwake();
+    }
+    fSilence.startAt(TimerThread::Clock::now() + fLimits.fHeartbeat);
+}
+
+void ServerSession::xHandle(v1::ClientMessage& message) {
+    if (fIsRefused) {
+        return;  // a second token is not looked at
+    }
+    if (!fHasHello) {
+        xHandleHello(message.hello());  // of version 0 when it is something else
+        return;
+    }
+    switch (message.content_case()) {
+        case v1::ClientMessage::kCall:
+            xHandleCall(std::move(*message.mutable_call()));
+            break;
+        case v1::ClientMessage::kCancel:
+            xHandleCancel(message.cancel().call_id());
+            break;
+        case v1::ClientMessage::kListModules:
+            xHandleListModules(message.list_modules());
+            break;
+        case v1::ClientMessage::kHeartbeat: {
+            v1::ServerMessage answer;
+            *answer.mutable_heartbeat() = message.heartbeat();
+            fOut.pushUrgent(std::move(answer));
+            break;
+        }
+        default:
+            break;
+    }
+}
+
+void ServerSession::xHandleHello(const v1::Hello& hello) {
+    if (hello.protocol_version() != limits::a_protocolVersion) {
+        xRefuse(v1::HelloReply::PROTOCOL_VERSION);
+        return;
+    }
+    if (!fIsAdmitted) {
+        xRefuse(v1::HelloReply::TOO_MANY_SESSIONS);
+        return;
+    }
+    const ServerSecurity& security = fServer.security();
+    if (!security.asksForToken()) {
+        xAccept(hello);
+        return;
+    }
+    if (hello.token().empty()) {
+        xRefuse(v1::HelloReply::TOKEN_MISSING);
+        return;
+    }
+    const auto now = TimerThread::Clock::now();
+    const auto turn =
+        fServer.tokenGuard().reserveTurn(fPeerAddress, now, limits::silenceOfClient(fLimits));
+    if (!turn) {
+        xRefuse(v1::HelloReply::TOO_MANY_SESSIONS);
+    } else if (*turn <= now) {
+        xCheckToken(hello);
+    } else {
+        fHeldHello = hello;
+        const std::lock_guard lock(fMutex);
+        fHoldsHello = true;
+        fHeldHelloTurn.startAt(*turn);
+    }
+}
+
+/** On the timer thread. No message is handled until then. */
+void ServerSession::xCheckHeldHello() {
+    xCheckToken(fHeldHello);
+    bool isPaused = false;
+    {
+        const std::lock_guard lock(fMutex);
+        fHoldsHello = false;
+        isPaused = fIsPaused;
+    }
+    if (isPaused) {
+        xKeepAwake();
+    }
+}
+
+void ServerSession::xCheckToken(const v1::Hello& hello) {
+    if (fServer.security().accepts(hello.token())) {
+        fServer.tokenGuard().countAcceptance(fPeerAddress);
+        xAccept(hello);
+        return;
+    }
+    const int refusals = fServer.tokenGuard().countRefusal(fPeerAddress);
+    warn(fServer.brokerName(),
+         "refused a wrong token from " + fPeerAddress +
+             (TokenGuard::isSlowed(refusals)
+                  ? ", number " + std::to_string(refusals) +
+                        " in a row; tokens from there are looked at one a second"
+                  : std::string()));
+    xRefuse(v1::HelloReply::NOT_AUTHORISED);
+}
+
+void ServerSession::xAccept(const v1::Hello& hello) {
+    fHasHello = true;
+    fServer.welcome(fContext->peer());
+    fOut.setPeerTakesFragments(hello.takes_fragments());
+    v1::ServerMessage message;
+    v1::HelloReply* reply = message.mutable_hello_reply();
+    reply->set_protocol_version(limits::a_protocolVersion);
+    reply->set_name(toUtf8(fServer.brokerName()));
+    reply->set_session_id(fId);
+    reply->set_silence_limit(static_cast<std::uint32_t>(limits::silenceOfClient(fLimits).count()));
+    reply->set_takes_fragments(true);
+    fOut.push(std::move(message));
+}
+
+void ServerSession::xRefuse(v1::HelloReply::Refusal refusal) {
+    fIsRefused = true;
+    v1::ServerMessage message;
+    v1::HelloReply* reply = message.mutable_hello_reply();
+    reply->set_protocol_version(limits::a_protocolVersion);
+    reply->set_refusal(refusal);
+    reply->set_name(toUtf8(fServer.brokerName()));
+    fOut.push(std::move(message));
+    xFinishWhen(fOut.closeWhenWritten());
+}
+
+void ServerSession::xHandleListModules(const v1::ListModules& question) {
+    v1::ServerMessage message;
+    v1::ModuleList* list = message.mutable_module_list();
+    list->set_call_id(question.call_id());
+    for (const KVModuleInfo& info : fModules->getInfos()) {
+        if (question.module().empty() || question.module() == info.fName) {
+            encodeModule(info, list->add_modules());
+        }
+    }
+    if (!question.module().empty() && list->modules_size() == 0) {
+        xSendError(question.call_id(), KVError::Cause::NoSuchModule, {}, false);
+        return;
+    }
+    fOut.push(std::move(message));
+}
+
+void ServerSession::xHandleCall(v1::Call&& call) {
+    {
+        const std::lock_guard lock(fMutex);
+        const auto work =
+            std::make_shared<Work>(std::move(call), fWaitingBytes > limits::a_packFrom);
+        fWaiting.push_back(work);
+        fWaitingBytes += work->fCall.cost();
+        if (work->fId != 0) {
+            fCalls[work->fId] = work;
+        }
+    }
+    xPostRun();
+}
+
+void ServerSession::xPostRun() {
+    fCallPool->post([self = shared_from_this()] { self->xRunNext(); });
+}
+
+void ServerSession::xHandleCancel(std::uint64_t callId) {
+    const std::lock_guard lock(fMutex);
+    const auto found = fCalls.find(callId);
+    if (found != fCalls.end()) {
+        found->second->fIsCancelled = true;
+        fCalls.erase(found);
+    }
+}
+
+/** On a thread of the pool, once for each call that was received. */
+void ServerSession::xRunNext() {
+    if (const WorkPtr work = xTakeNext()) {
+        xRun(work->fCall.take());
+        xUnpark(1);
+    }
+}
+
+/** Returns the next call to run; null if it was cancelled, or has to wait for results to be sent.
+ */
+ServerSession::WorkPtr ServerSession::xTakeNext() {
+    WorkPtr work;
+    bool hasRoomAgain = false;
+    {
+        const std::lock_guard lock(fMutex);
+        if (!xHasRoomForResult()) {
+            ++fParked;
+            return nullptr;
+        }
+        if (fWaiting.empty()) {
+            return nullptr;
+        }
+        work = std::move(fWaiting.front());
+        fWaiting.pop_front();
+        fWaitingBytes -= work->fCall.cost();
+        const auto found = fCalls.find(work->fId);
+        if (found != fCalls.end() && found->second == work) {
+            fCalls.erase(found);
+        }
+        hasRoomAgain = fIsPaused && xHasRoomForCall();
+    }
+    if (hasRoomAgain) {
+        xKeepAwake();
+    }
+    return work->fIsCancelled ? nullptr : work;
+}
+
+/** Has parked calls run that there is room for. */
+void ServerSession::xUnpark(std::size_t most) {
+    std::size_t count = 0;
+    {
+        const std::lock_guard lock(fMutex);
+        if (fParked == 0 || !xHasRoomForResult()) {
+            return;
+        }
+        count = std::min(fParked, most);
+        fParked -= count;
+    }
+    for (; count > 0; --count) {
+        xPostRun();
+    }
+}
+
+void ServerSession::xRun(const v1::Call& call) {
+    const std::uint64_t callId = call.call_id();
+    try {
+        const KVValue result =
+            fModules->invoke(call.module(), call.method(), decodeArguments(call, fLimits.fDepth));
+        if (callId == 0) {
+            return;
+        }
+        v1::ServerMessage message;
+        message.mutable_result()->set_call_id(callId);
+        encodeValue(result, message.mutable_result()->mutable_value(), fLimits.fDepth);
+        if (message.ByteSizeLong() > fLimits.fMessage) {
+            throw Failure{KVError::Cause::TooLarge, "the result"};
+        }
+        fOut.push(std::move(message));
+        if (fOut.waitingBytes() > limits::a_muchMemory) {
+            fHasKeptMuch = true;
+        }
+    } catch (const Failure& failure) {
+        xSendError(callId, failure.fCause, failure.fDetail, false);
+    } catch (const RefusedCall& error) {
+        xSendError(callId, error.cause(), error.toString(), false);
+    } catch (const KVError& error) {
+        xSendError(callId, error.cause(), error.toString(), true);
+    }
+}
+
+void ServerSession::xSendError(std::uint64_t callId, KVError::Cause cause, const std::string& text,
+                               bool byMethod) {
+    if (callId != 0) {
+        fOut.push(makeError(callId, cause, text, byMethod));
+    }
+}
+
+}  // namespace robaxi

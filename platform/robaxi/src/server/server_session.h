@@ -1,0 +1,134 @@
+#ifndef ROBAXI_SERVER_SESSION_H
+#define ROBAXI_SERVER_SESSION_H
+
+#include "hosted_modules.h"
+#include "robaxi/v1/robaxi.grpc.pb.h"
+#include "task_pool.h"
+#include "timer_thread.h"
+#include "wire/fragment_assembler.h"
+#include "wire/waiting_message.h"
+#include "wire/write_queue.h"
+
+#include <robaxi/kv_error.h>
+
+#include <grpcpp/grpcpp.h>
+
+#include <atomic>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <unordered_map>
+#include <utility>
+
+namespace robaxi {
+
+class Server;
+
+/**
+ * The robot's end of one session: answers the heartbeat on gRPC's thread and has methods run on the
+ * broker's threads.
+ *
+ * It reads no further while too many calls wait for a thread, or too much for being sent. The
+ * client gets heartbeats with the number 0 then, since its own wait with its calls. Reading goes on
+ * at the end of a write only, where gRPC keeps the stream alive.
+ *
+ * The server keeps it until OnDone(); calls that still run keep it longer, and their results are
+ * dropped.
+ */
+class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::ServerBatch>,
+                      public std::enable_shared_from_this<ServerSession> {
+  public:
+    ServerSession(Server& server, grpc::CallbackServerContext* context, std::uint64_t id);
+    ~ServerSession() override;
+    ServerSession(const ServerSession&) = delete;
+    ServerSession& operator=(const ServerSession&) = delete;
+
+    std::uint64_t id() const { return fId; }
+    /** The client's address, without its port. */
+    const std::string& peerAddress() const { return fPeerAddress; }
+
+    /** Returns true if much of the process's memory was used for it. */
+    bool hasKeptMuch() const { return fHasKeptMuch; }
+
+    /** Starts to serve; `admitted` is false for one session too many, which is told so. */
+    void start(bool admitted);
+
+    void OnReadDone(bool ok) override;
+    void OnWriteDone(bool ok) override;
+    void OnCancel() override;
+    void OnDone() override;
+
+  private:
+    /** A call on its way to its method. */
+    struct Work {
+        Work(v1::Call call, bool packs) : fId(call.call_id()), fCall(std::move(call), packs) {}
+
+        const std::uint64_t fId;
+        WaitingMessage<v1::Call> fCall;
+        bool fIsCancelled = false;
+    };
+    using WorkPtr = std::shared_ptr<Work>;
+
+    void xRead();
+    void xHandleBatch();
+    bool xMayHandle();
+    bool xHasRoomForCall() const;
+    bool xHasRoomForResult() const;
+    void xResume();
+    void xKeepAwake();
+    bool xReceive(v1::ClientMessage& message);
+    void xHandle(v1::ClientMessage& message);
+    void xHandleHello(const v1::Hello& hello);
+    void xCheckToken(const v1::Hello& hello);
+    void xCheckHeldHello();
+    void xAccept(const v1::Hello& hello);
+    void xRefuse(v1::HelloReply::Refusal refusal);
+    void xHandleCall(v1::Call&& call);
+    void xHandleCancel(std::uint64_t callId);
+    void xHandleListModules(const v1::ListModules& question);
+    void xPostRun();
+    void xRunNext();
+    WorkPtr xTakeNext();
+    void xRun(const v1::Call& call);
+    void xUnpark(std::size_t most);
+    void xSendError(std::uint64_t callId, KVError::Cause cause, const std::string& text,
+                    bool byMethod);
+    void xFinishWhen(bool now);
+    void xCheckSilence();
+
+    Server& fServer;  // not to be used in a call: it may go while a method runs
+    const std::shared_ptr<HostedModules> fModules;
+    const std::shared_ptr<TaskPool> fCallPool;
+    grpc::CallbackServerContext* const fContext;
+    const std::uint64_t fId;
+    const std::string fPeerAddress;
+    const KVSettings::Limits fLimits;
+    WriteQueue<v1::ServerBatch, v1::ServerMessage> fOut;
+    v1::ClientBatch fIncoming;
+    int fNextIncoming = 0;
+    FragmentAssembler<v1::ClientMessage> fAssembler;
+    v1::Hello fHeldHello;
+    bool fIsAdmitted = false;
+    bool fIsRefused = false;
+    bool fHasHello = false;
+    grpc::Status fStatus;
+
+    std::mutex fMutex;
+    std::deque<WorkPtr> fWaiting;
+    std::unordered_map<std::uint64_t, WorkPtr> fCalls;  // those in fWaiting that can be cancelled
+    std::size_t fWaitingBytes = 0;
+    std::size_t fParked = 0;   // runs of the pool to be made up for when results have been sent
+    bool fHoldsHello = false;  // looks at its token later
+    bool fIsPaused = false;    // reads nothing, so that the client's calls wait in the network
+    bool fHasEnded = false;
+
+    std::atomic<bool> fHasKeptMuch{false};
+    std::atomic<int> fSilentHeartbeats{0};
+    Timer fSilence;
+    Timer fHeldHelloTurn;
+};
+
+}  // namespace robaxi
+
+#endif

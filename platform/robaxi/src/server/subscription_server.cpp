@@ -1,0 +1,270 @@
+#include "server/subscription_server.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace robaxi {
+
+namespace {
+
+using Clock = TimerThread::Clock;
+
+constexpr double a_longestPeriod = 86400;  // seconds
+
+bool isRate(double rate) {
+    return rate > 0 && rate <= limits::a_highestRate;
+}
+
+}  // namespace
+
+SubscriptionServer::SubscriptionServer(Server& server, grpc::CallbackServerContext* context)
+    : ServerStream(server, context) {
+}
+
+SubscriptionServer::~SubscriptionServer() = default;
+
+void SubscriptionServer::OnWriteDone(bool ok) {
+    const GrpcReaction reaction(this);
+    takeFromGrpc(&fUpdate);
+    const bool isLast = fUpdate.has_ended();
+    if (fGate.leave()) {
+        xFinishWhen(true);
+    } else if (!ok || isLast) {
+        xFinishWhen(fGate.close());
+    } else {
+        xWake();
+    }
+}
+
+void SubscriptionServer::xLeave() {
+    if (fTable) {
+        fTable->removeObserver(this);
+    }
+}
+
+void SubscriptionServer::xHandle() {
+    if (fRequest.has_start()) {
+        xStartSubscription(fRequest.start());
+    }
+    if (fRequest.has_rate()) {
+        xSetRate(fRequest.rate());
+    }
+    const std::lock_guard lock(fMutex);
+    if (fRequest.has_keys()) {
+        fNewChoice.emplace(fRequest.keys().ids().begin(), fRequest.keys().ids().end());
+    }
+    fConsumed = std::max(fConsumed, fRequest.consumed());
+}
+
+void SubscriptionServer::xStartSubscription(const v1::SubscriptionStart& start) {
+    if (fTable) {
+        xEnd(KVError::Cause::InvalidArgument, "a subscription was started twice");
+        return;
+    }
+    const auto module = xJoin(start.session_id(), start.module());
+    if (!module) {
+        return;
+    }
+    const auto values = module->getValues();
+    if (!values) {
+        xEnd(KVError::Cause::InvalidArgument, "the module has no values to subscribe to");
+        return;
+    }
+    xSetRate(start.rate());
+    {
+        const std::lock_guard lock(fMutex);
+        fSendsAllKeys = start.all_keys();
+        fTable = values->getPrivate();
+    }
+    fTable->addObserver(this);
+}
+
+void SubscriptionServer::xSetRate(double rate) {
+    if (!isRate(rate)) {
+        xEnd(KVError::Cause::InvalidArgument, "a rate is above 0 to 1000 updates a second");
+        return;
+    }
+    // A clock cannot hold the period of every rate.
+    const double seconds = std::min(1 / rate, a_longestPeriod);
+    const std::lock_guard lock(fMutex);
+    fPeriod = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
+}
+
+void SubscriptionServer::valuesChanged() {
+    if (!fIsAwake.exchange(true)) {
+        fPump.startAt(fWakeForValues);
+    }
+}
+
+void SubscriptionServer::keyAdded() {
+    xWake();
+}
+
+void SubscriptionServer::keyRemoved(std::uint32_t id) {
+    if (id <= fLastAnnounced) {
+        fRemoved.push_back(id);
+        xWake();
+    }
+}
+
+void SubscriptionServer::xPump() {
+    fIsAwake = false;
+    if (!xMaySend()) {
+        fIsAwake = true;  // the end of the write, or the client's answer, wakes the pump
+        return;
+    }
+    if (xCompose()) {
+        fIsAwake = true;
+        fUpdate.set_number(++fSent);
+        xStartWrite();
+    } else {
+        xFinishWhen(fGate.leave());
+    }
+}
+
+bool SubscriptionServer::xMaySend() {
+    const std::lock_guard lock(fMutex);
+    if (!fTable && !fEnding) {
+        cancel();  // no request came in time
+        return false;
+    }
+    const bool hasCredit = fSent < fConsumed + limits::a_updatesInFlight;
+    return (hasCredit || fEnding) && fGate.enter();
+}
+
+bool SubscriptionServer::xCompose() {
+    fUpdate.Clear();
+    Clock::duration period{};
+    std::optional<std::vector<std::uint32_t>> choice;
+    {
+        const std::lock_guard lock(fMutex);
+        if (fEnding) {
+            *fUpdate.mutable_ended() = *fEnding;
+            return true;
+        }
+        period = fPeriod;
+        choice.swap(fNewChoice);
+    }
+    const std::lock_guard lock(fTable->fMutex);
+    if (choice) {
+        xChoose(*choice);
+    }
+    return xComposeRemovedKeys() || xComposeAddedKeys() || xComposeDueValues(period);
+}
+
+bool SubscriptionServer::xComposeDueValues(Clock::duration period) {
+    const auto now = Clock::now();
+    const auto due = fLastBatch + period;
+    if (fHasMore || now >= due) {
+        const bool isNextPart = fHasMore;
+        if (!xComposeValues(false)) {
+            fWakeForValues = now;
+            return false;
+        }
+        if (!isNextPart) {
+            // On the grid of the rate, unless it was quiet for longer than a period.
+            fLastBatch = now - due < period ? due : now;
+        }
+        fWakeForValues = fLastBatch + period;
+        return true;
+    }
+    if (fHasNewlyChosen && xComposeValues(true)) {
+        return true;
+    }
+    fWakeForValues = due;
+    if (fTable->fLastVersion > fSeenVersion) {
+        fIsAwake = true;
+        fPump.startAt(due);
+    }
+    return false;
+}
+
+void SubscriptionServer::xChoose(const std::vector<std::uint32_t>& ids) {
+    std::unordered_map<std::uint32_t, std::uint64_t> chosen;
+    for (const std::uint32_t id : ids) {
+        const auto before = fChosen.find(id);
+        if (before != fChosen.end()) {
+            chosen.insert(*before);
+        } else if (fTable->find(id) != nullptr) {
+            chosen.emplace(id, 0);
+            fHasNewlyChosen = true;
+        }
+    }
+    fChosen.swap(chosen);
+}
+
+bool SubscriptionServer::xComposeRemovedKeys() {
+    if (fRemoved.empty()) {
+        return false;
+    }
+    v1::KeySelection* removed = fUpdate.mutable_keys_removed();
+    for (const std::uint32_t id : fRemoved) {
+        removed->add_ids(id);
+        fChosen.erase(id);
+    }
+    fRemoved.clear();
+    return true;
+}
+
+bool SubscriptionServer::xComposeAddedKeys() {
+    std::size_t index = fTable->indexAbove(fLastAnnounced);
+    if (index == fTable->fIds.size() && fHasSentTable) {
+        return false;
+    }
+    v1::KeysAdded* added = fUpdate.mutable_keys_added();
+    std::size_t size = 0;
+    for (; index < fTable->fIds.size() && size < limits::bytesOfUpdate(fServer.limits().fMessage);
+         ++index) {
+        v1::Key* key = added->add_keys();
+        encodeKey(fTable->fPositions[index]->fInfo, key);
+        fLastAnnounced = key->id();
+        size += key->ByteSizeLong();
+    }
+    fHasSentTable = true;
+    return true;
+}
+
+bool SubscriptionServer::xComposeValues(bool onlyNewlyChosen) {
+    BatchEncoder batch(fUpdate.mutable_values(), fServer.limits());
+    if (fSendsAllKeys) {
+        xPackAll(batch);
+    } else {
+        xPackChosen(batch, onlyNewlyChosen);
+    }
+    const bool isComplete = !batch.isFull();
+    if (onlyNewlyChosen) {
+        fHasNewlyChosen = !isComplete;
+    } else {
+        fHasMore = !isComplete;
+    }
+    if (isComplete && !onlyNewlyChosen) {
+        fSeenVersion = fTable->fLastVersion;
+        fHasNewlyChosen = false;
+    }
+    batch.finish();
+    return !batch.isEmpty();
+}
+
+void SubscriptionServer::xPackAll(BatchEncoder& batch) {
+    for (auto entry = fTable->firstAfter(fSeenVersion);
+         entry != fTable->fEntries.end() && !batch.isFull(); ++entry) {
+        batch.add(entry->fInfo.fId, entry->fValue, entry->fTime);
+        fSeenVersion = entry->fVersion;
+    }
+}
+
+void SubscriptionServer::xPackChosen(BatchEncoder& batch, bool onlyNewlyChosen) {
+    for (auto& [id, sentVersion] : fChosen) {
+        if (batch.isFull()) {
+            return;
+        }
+        const Table::Entry* entry = fTable->find(id);
+        if (entry != nullptr && entry->fVersion > sentVersion &&
+            !(onlyNewlyChosen && sentVersion != 0)) {
+            batch.add(id, entry->fValue, entry->fTime);
+            sentVersion = entry->fVersion;
+        }
+    }
+}
+
+}  // namespace robaxi

@@ -1,0 +1,87 @@
+#ifndef ROBAXI_SUBSCRIPTION_SERVER_H
+#define ROBAXI_SUBSCRIPTION_SERVER_H
+
+#include "robaxi/v1/robaxi.grpc.pb.h"
+#include "server/server_stream.h"
+#include "value_table_private.h"
+#include "wire/batch_codec.h"
+
+#include <atomic>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace robaxi {
+
+/**
+ * The robot's end of one subscription.
+ *
+ * It keeps no queue: whenever it may send (the last write is done, the client has consumed enough,
+ * the rate allows it), it looks into the table for what is newer than what it sent. All looking and
+ * packing happens on the broker's timer thread; the threads of gRPC and those that set values only
+ * wake it.
+ */
+class SubscriptionServer : public ServerStream<v1::SubscriptionRequest, v1::SubscriptionUpdate>,
+                           private KVValueTable::Private::Observer {
+  public:
+    SubscriptionServer(Server& server, grpc::CallbackServerContext* context);
+    ~SubscriptionServer() override;
+
+    Kind kind() const override { return Kind::Subscription; }
+
+    void OnWriteDone(bool ok) override;
+
+  private:
+    using Table = KVValueTable::Private;
+
+    void valuesChanged() override;
+    void keyAdded() override;
+    void keyRemoved(std::uint32_t id) override;
+
+    void xHandle() override;
+    void xLeave() override;
+    void xStartSubscription(const v1::SubscriptionStart& start);
+    void xSetRate(double rate);
+
+    // On the timer thread; from xChoose() on with the table's lock held:
+    void xPump() override;
+    bool xMaySend();
+    bool xCompose();
+    void xChoose(const std::vector<std::uint32_t>& ids);
+    bool xComposeRemovedKeys();
+    bool xComposeAddedKeys();
+    bool xComposeDueValues(TimerThread::Clock::duration period);
+    bool xComposeValues(bool onlyNewlyChosen);
+    void xPackAll(BatchEncoder& batch);
+    void xPackChosen(BatchEncoder& batch, bool onlyNewlyChosen);
+
+    // Guarded by fMutex:
+    bool fSendsAllKeys = false;
+    std::uint64_t fConsumed = 0;
+    TimerThread::Clock::duration fPeriod{};
+    std::optional<std::vector<std::uint32_t>> fNewChoice;
+    std::shared_ptr<Table> fTable;  // set once, by the first request
+
+    // Used on the timer thread only, except that keys are announced and removed with the table's
+    // lock held.
+    std::uint64_t fSent = 0;
+    std::uint32_t fLastAnnounced = 0;
+    std::vector<std::uint32_t> fRemoved;
+    bool fHasSentTable = false;
+    std::uint64_t fSeenVersion = 0;
+    std::unordered_map<std::uint32_t, std::uint64_t> fChosen;  // with the version last sent
+    bool fHasNewlyChosen = false;
+    bool fHasMore = false;  // the last batch was full
+    TimerThread::Clock::time_point fLastBatch;
+
+    /** Whether the pump will run anyhow, so that a changed value need not wake it. */
+    std::atomic<bool> fIsAwake{false};
+    /** The instant for which a changed value wakes the pump. */
+    std::atomic<TimerThread::Clock::time_point> fWakeForValues{TimerThread::Clock::time_point{}};
+};
+
+}  // namespace robaxi
+
+#endif

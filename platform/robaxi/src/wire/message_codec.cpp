@@ -1,0 +1,156 @@
+#include "wire/message_codec.h"
+
+#include "failure.h"
+#include "wire/value_codec.h"
+
+#include <array>
+#include <utility>
+
+namespace robaxi {
+
+namespace {
+
+using CausePair = std::pair<KVError::Cause, v1::Error::Cause>;
+
+constexpr std::array<CausePair, 20> a_causes{{
+    {KVError::Cause::InvalidArgument, v1::Error::INVALID_ARGUMENT},
+    {KVError::Cause::NoSuchModule, v1::Error::NO_SUCH_MODULE},
+    {KVError::Cause::NoSuchMethod, v1::Error::NO_SUCH_METHOD},
+    {KVError::Cause::WrongArguments, v1::Error::WRONG_ARGUMENTS},
+    {KVError::Cause::RaisedByModule, v1::Error::RAISED_BY_MODULE},
+    {KVError::Cause::NotAuthorised, v1::Error::NOT_AUTHORISED},
+    {KVError::Cause::TooLarge, v1::Error::TOO_LARGE},
+    {KVError::Cause::WrongType, v1::Error::WRONG_TYPE},
+    {KVError::Cause::Cancelled, v1::Error::CANCELLED},
+    {KVError::Cause::NameNotFound, v1::Error::NAME_NOT_FOUND},
+    {KVError::Cause::NoRoute, v1::Error::NO_ROUTE},
+    {KVError::Cause::Refused, v1::Error::REFUSED},
+    {KVError::Cause::TimedOut, v1::Error::TIMED_OUT},
+    {KVError::Cause::ProtocolVersion, v1::Error::PROTOCOL_VERSION},
+    {KVError::Cause::ConnectionLost, v1::Error::CONNECTION_LOST},
+    {KVError::Cause::AddressInUse, v1::Error::ADDRESS_IN_USE},
+    {KVError::Cause::CannotListen, v1::Error::CANNOT_LISTEN},
+    {KVError::Cause::NoSuchStream, v1::Error::NO_SUCH_STREAM},
+    {KVError::Cause::NotTrusted, v1::Error::NOT_TRUSTED},
+    {KVError::Cause::TooMany, v1::Error::TOO_MANY},
+}};
+
+v1::Error::Cause encodeCause(KVError::Cause cause) {
+    for (const CausePair& pair : a_causes) {
+        if (pair.first == cause) {
+            return pair.second;
+        }
+    }
+    return v1::Error::INTERNAL;
+}
+
+bool isContinuation(const std::string& text, std::size_t position) {
+    return position < text.size() && (static_cast<unsigned char>(text[position]) & 0xC0U) == 0x80U;
+}
+
+/** Number of bytes of the well-formed character at a position, or 0. */
+std::size_t characterLength(const std::string& text, std::size_t position) {
+    const auto first = static_cast<unsigned char>(text[position]);
+    const auto second =
+        position + 1 < text.size() ? static_cast<unsigned char>(text[position + 1]) : 0U;
+    std::size_t length = 0;
+    if (first < 0x80U) {
+        return 1;
+    }
+    if (first >= 0xC2U && first <= 0xDFU) {
+        length = 2;
+    } else if ((first == 0xE0U && second >= 0xA0U) || (first >= 0xE1U && first <= 0xECU) ||
+               (first == 0xEDU && second <= 0x9FU) || first == 0xEEU || first == 0xEFU) {
+        length = 3;
+    } else if ((first == 0xF0U && second >= 0x90U) || (first >= 0xF1U && first <= 0xF3U) ||
+               (first == 0xF4U && second <= 0x8FU)) {
+        length = 4;
+    }
+    for (std::size_t i = 1; i < length; ++i) {
+        if (!isContinuation(text, position + i)) {
+            return 0;
+        }
+    }
+    return length;
+}
+
+}  // namespace
+
+std::string toUtf8(const std::string& text) {
+    std::string result;
+    result.reserve(text.size());
+    for (std::size_t position = 0; position < text.size();) {
+        const std::size_t length = characterLength(text, position);
+        if (length == 0) {
+            result += "\xEF\xBF\xBD";
+            ++position;
+        } else {
+            result.append(text, position, length);
+            position += length;
+        }
+    }
+    return result;
+}
+
+void encodeError(KVError::Cause cause, const std::string& text, v1::Error* message) {
+    message->set_cause(encodeCause(cause));
+    constexpr std::size_t longestText = 65536;
+    message->set_text(toUtf8(text.substr(0, longestText)));
+}
+
+KVError::Cause decodeCause(v1::Error::Cause cause) {
+    for (const CausePair& pair : a_causes) {
+        if (pair.second == cause) {
+            return pair.first;
+        }
+    }
+    return KVError::Cause::Internal;
+}
+
+void encodeModule(const KVModuleInfo& info, v1::Module* message) {
+    message->set_name(toUtf8(info.fName));
+    message->set_description(toUtf8(info.fDescription));
+    message->set_has_values(info.fHasValues);
+    message->set_has_frames(info.fHasFrames);
+    for (const KVMethodInfo& method : info.fMethods) {
+        v1::Method* added = message->add_methods();
+        added->set_name(toUtf8(method.fName));
+        added->set_signature(toUtf8(method.fSignature));
+        added->set_description(toUtf8(method.fDescription));
+    }
+}
+
+KVModuleInfo decodeModule(const v1::Module& message) {
+    KVModuleInfo info;
+    info.fName = message.name();
+    info.fDescription = message.description();
+    info.fHasValues = message.has_values();
+    info.fHasFrames = message.has_frames();
+    for (const v1::Method& method : message.methods()) {
+        info.fMethods.push_back({method.name(), method.signature(), method.description()});
+    }
+    return info;
+}
+
+void encodeKey(const KVKeyInfo& info, v1::Key* message) {
+    message->set_id(info.fId);
+    message->set_name(toUtf8(info.fName));
+    message->set_unit(toUtf8(info.fUnit));
+    message->set_description(toUtf8(info.fDescription));
+    message->set_type(static_cast<v1::Value::Type>(info.fType));
+    message->set_writable(info.fWritable);
+}
+
+KVKeyInfo decodeKey(const v1::Key& message) {
+    if (message.id() == 0 || message.name().empty()) {
+        throw Failure{KVError::Cause::Internal, "a key has no identifier or no name"};
+    }
+    return {message.id(),
+            message.name(),
+            message.unit(),
+            message.description(),
+            decodeType(message.type()),
+            message.writable()};
+}
+
+}  // namespace robaxi

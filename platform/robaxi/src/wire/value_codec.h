@@ -1,0 +1,26 @@
+#ifndef ROBAXI_VALUE_CODEC_H
+#define ROBAXI_VALUE_CODEC_H
+
+#include "robaxi/v1/robaxi.pb.h"
+#include "wire/limits.h"
+
+#include <robaxi/kv_value.h>
+
+namespace robaxi {
+
+/** @throws Failure InvalidArgument when the value is nested too deep to be sent */
+void encodeValue(const KVValue& value, v1::Value* message, int deepest = limits::a_deepestValue);
+
+/**
+ * Reads a value that came from the network, and checks it.
+ *
+ * @throws Failure Internal when it breaks the protocol: unknown type, too deep, keys that do not
+ *         match the elements
+ */
+KVValue decodeValue(const v1::Value& message, int deepest = limits::a_deepestValue);
+
+KVValue::Type decodeType(v1::Value::Type type);
+
+}  // namespace robaxi
+
+#endif
