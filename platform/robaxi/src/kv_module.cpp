@@ -1,4 +1,4 @@
-#include "refused_call.h"
+#include "failure.h"
 
 #include <robaxi/kv_error.h>
 #include <robaxi/kv_frame_source.h>

@@ -6,7 +6,6 @@
 #include "server/frame_server.h"
 #include "server/server_session.h"
 #include "server/subscription_server.h"
-#include "server/warning.h"
 #include "wire/grpc_handover.h"
 #include "wire/limits.h"
 
@@ -15,6 +14,8 @@
 #include <algorithm>
 #include <malloc.h>
 #include <random>
+#include <sockets/line_writer.h>
+#include <unistd.h>
 #include <utility>
 
 namespace robaxi {
@@ -87,6 +88,10 @@ Server::Server(std::shared_ptr<Runtime> runtime, std::shared_ptr<HostedModules> 
     xWarnOfExpiry();
 }
 
+void Server::warn(const std::string& text) const {
+    sockets::writeLine(STDERR_FILENO, "robaxi: " + brokerName() + ": " + text);
+}
+
 void Server::xWarnOfExpiry() {
     const auto expiry = fSecurity.certificateExpiry();
     if (!expiry) {
@@ -95,9 +100,8 @@ void Server::xWarnOfExpiry() {
     const std::string text = "the certificate " + fRuntime->fSettings.fServer.fCertificate +
                              " has expired, so that no program trusts it; replace it and start "
                              "this program again";
-    fExpiryWarning =
-        std::make_unique<ExpiryWarning>(timers(), *expiry, a_betweenExpiryWarnings,
-                                        [name = brokerName(), text] { warn(name, text); });
+    fExpiryWarning = std::make_unique<ExpiryWarning>(timers(), *expiry, a_betweenExpiryWarnings,
+                                                     [this, text] { warn(text); });
 }
 
 void Server::xStartGrpc() {
@@ -122,7 +126,7 @@ void Server::xAccept(std::vector<FileDescriptor> listening) {
         connection.fd = descriptor;
         fEntrance->HandleNewConnection(&connection);
     };
-    settings.fReport = [name = brokerName()](const std::string& text) { warn(name, text); };
+    settings.fReport = [this](const std::string& text) { warn(text); };
     // Sessions use it, and may start while it is being made.
     fAcceptor = std::make_unique<ConnectionAcceptor>(std::move(settings));
     try {

@@ -8,7 +8,6 @@
 #include "robaxi/v1/robaxi.grpc.pb.h"
 #include "runtime.h"
 #include "server/expiry_warning.h"
-#include "server/side_stream.h"
 #include "server/token_guard.h"
 
 #include <grpcpp/grpcpp.h>
@@ -24,6 +23,20 @@
 namespace robaxi {
 
 class ServerSession;
+
+/** The robot's end of a stream that belongs to a session, as the server sees it. */
+class SideStream {
+  public:
+    enum class Kind { Subscription, Camera };
+
+    virtual ~SideStream() = default;
+
+    virtual Kind kind() const = 0;
+    /** Ends the stream; to be called before it has told the server of its end. */
+    virtual void cancel() = 0;
+    /** Ends the stream if it is to this module. */
+    virtual void moduleRemoved(const std::string& name) = 0;
+};
 
 /** What of a broker listens: the gRPC server, its sessions and the streams beside them, and the
  *  threads on which methods run. */
@@ -48,6 +61,9 @@ class Server {
     const ServerSecurity& security() const { return fSecurity; }
     TokenGuard& tokenGuard() { return fTokenGuard; }
     const std::string& brokerName() const { return fRuntime->fBrokerName; }
+    /** Writes one line to standard error for who runs the program: "robaxi: NAME: TEXT". For what
+     *  concerns no call and therefore no exception. May be called from any thread. */
+    void warn(const std::string& text) const;
     const std::shared_ptr<TimerThread>& timers() const { return fRuntime->fTimers; }
     const std::shared_ptr<HostedModules>& modules() const { return fModules; }
     const std::shared_ptr<TaskPool>& calls() const { return fCalls; }

@@ -2,10 +2,8 @@
 
 #include "failure.h"
 #include "net/connection_acceptor.h"
-#include "refused_call.h"
 #include "server/server.h"
 #include "server/token_guard.h"
-#include "server/warning.h"
 #include "wire/grpc_handover.h"
 #include "wire/limits.h"
 #include "wire/message_codec.h"
@@ -283,12 +281,11 @@ void ServerSession::xCheckToken(const v1::Hello& hello) {
         return;
     }
     const int refusals = fServer.tokenGuard().countRefusal(fPeerAddress);
-    warn(fServer.brokerName(),
-         "refused a wrong token from " + fPeerAddress +
-             (TokenGuard::isSlowed(refusals)
-                  ? ", number " + std::to_string(refusals) +
-                        " in a row; tokens from there are looked at one a second"
-                  : std::string()));
+    fServer.warn("refused a wrong token from " + fPeerAddress +
+                 (TokenGuard::isSlowed(refusals)
+                      ? ", number " + std::to_string(refusals) +
+                            " in a row; tokens from there are looked at one a second"
+                      : std::string()));
     xRefuse(v1::HelloReply::NOT_AUTHORISED);
 }
 

@@ -6,7 +6,6 @@
 #include "task_pool.h"
 #include "timer_thread.h"
 #include "wire/fragment_assembler.h"
-#include "wire/waiting_message.h"
 #include "wire/write_queue.h"
 
 #include <robaxi/kv_error.h>

@@ -1,7 +1,7 @@
 #include "wire/batch_codec.h"
 
 #include "failure.h"
-#include "wire/calendar_time.h"
+#include "wire/message_codec.h"
 #include "wire/value_codec.h"
 
 #include <algorithm>

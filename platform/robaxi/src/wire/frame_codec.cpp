@@ -1,7 +1,6 @@
 #include "wire/frame_codec.h"
 
 #include "failure.h"
-#include "wire/calendar_time.h"
 #include "wire/grpc_handover.h"
 #include "wire/limits.h"
 #include "wire/message_codec.h"

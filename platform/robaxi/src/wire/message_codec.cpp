@@ -3,12 +3,16 @@
 #include "failure.h"
 #include "wire/value_codec.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
 namespace robaxi {
 
 namespace {
+
+/** The last microsecond of the year 9999. */
+constexpr std::int64_t a_latestTime = 253'402'300'799'999'999;
 
 using CausePair = std::pair<KVError::Cause, v1::Error::Cause>;
 
@@ -90,6 +94,10 @@ std::string toUtf8(const std::string& text) {
         }
     }
     return result;
+}
+
+std::int64_t withinCalendar(std::int64_t microseconds) {
+    return std::clamp<std::int64_t>(microseconds, 0, a_latestTime);
 }
 
 void encodeError(KVError::Cause cause, const std::string& text, v1::Error* message) {

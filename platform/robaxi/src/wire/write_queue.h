@@ -3,12 +3,12 @@
 
 #include "wire/grpc_handover.h"
 #include "wire/limits.h"
-#include "wire/waiting_message.h"
 #include "wire/write_gate.h"
 
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <deque>
 #include <functional>
 #include <mutex>
@@ -16,6 +16,38 @@
 #include <utility>
 
 namespace robaxi {
+
+/** A message that waits, serialised when much waits already. */
+template <class Message>
+class WaitingMessage {
+  public:
+    WaitingMessage(Message message, bool packs) : fSize(message.ByteSizeLong()), fIsPacked(packs) {
+        if (packs) {
+            fBytes = message.SerializeAsString();
+        } else {
+            fMessage = std::move(message);
+        }
+    }
+
+    /** Bytes on the network. */
+    std::size_t size() const { return fSize; }
+    /** Size counted towards the limit while it waits. */
+    std::size_t cost() const { return fSize + limits::a_costOfMessage; }
+
+    /** The message, which does not wait any more. */
+    Message take() {
+        if (fIsPacked) {
+            fMessage.ParseFromString(fBytes);
+        }
+        return std::move(fMessage);
+    }
+
+  private:
+    std::size_t fSize;
+    bool fIsPacked;
+    Message fMessage;
+    std::string fBytes;
+};
 
 /**
  * What waits to be written to a session stream. Batch is v1::ClientBatch or v1::ServerBatch.
