@@ -1,8 +1,8 @@
 // Names and texts from the network, where they are made fit to be shown.
 #include "fuzz_target.h"
 #include "host_name.h"
-#include "safe_text.h"
-#include "value_text.h"
+#include "values/safe_text.h"
+#include "values/value_text.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "change_format.h"
+#include "values/change_format.h"
 
 #include <gtest/gtest.h>
 

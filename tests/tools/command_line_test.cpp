@@ -1,8 +1,8 @@
-#include "command_line.h"
+#include "command_line/command_line.h"
 
-#include "commands.h"
-#include "failure.h"
-#include "options.h"
+#include "command_line/options.h"
+#include "commands/commands.h"
+#include "process/failure.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
-#include "console.h"
+#include "process/console.h"
 
-#include "failure.h"
+#include "process/failure.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "exit_status.h"
+#include "process/exit_status.h"
 
 #include "project_files.h"
 

@@ -1,6 +1,6 @@
 #include "snapshot/fresh_frame.h"
 
-#include "failure.h"
+#include "process/failure.h"
 
 #include <gtest/gtest.h>
 

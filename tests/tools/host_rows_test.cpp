@@ -1,4 +1,4 @@
-#include "host_rows.h"
+#include "network/host_rows.h"
 
 #include <gtest/gtest.h>
 

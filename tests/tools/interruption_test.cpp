@@ -1,7 +1,7 @@
-#include "interruption.h"
+#include "process/interruption.h"
 
-#include "bell.h"
-#include "failure.h"
+#include "process/bell.h"
+#include "process/failure.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "key_pattern.h"
+#include "values/key_pattern.h"
 
 #include <gtest/gtest.h>
 

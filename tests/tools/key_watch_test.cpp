@@ -1,6 +1,6 @@
-#include "key_watch.h"
+#include "values/key_watch.h"
 
-#include "failure.h"
+#include "process/failure.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

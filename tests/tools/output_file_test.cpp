@@ -1,6 +1,6 @@
 #include "snapshot/output_file.h"
 
-#include "failure.h"
+#include "process/failure.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

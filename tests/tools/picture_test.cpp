@@ -1,8 +1,8 @@
 // Frames of cameras as files, and frames that are not what they claim.
-#include "failure.h"
 #include "picture/jpeg.h"
 #include "picture/picture_file.h"
 #include "picture/pixels.h"
+#include "process/failure.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "safe_text.h"
+#include "values/safe_text.h"
 
 #include <gtest/gtest.h>
 

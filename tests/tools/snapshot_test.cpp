@@ -1,9 +1,9 @@
 // 'robaxi snapshot' against robots whose cameras do what each test wants.
-#include "change_format.h"
 #include "frame_stamp.h"
 #include "picture/jpeg.h"
 #include "robot_process.h"
 #include "tool_process.h"
+#include "values/change_format.h"
 #include "video_robot.h"
 
 #include <gmock/gmock.h>

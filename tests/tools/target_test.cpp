@@ -1,6 +1,6 @@
-#include "target.h"
+#include "network/target.h"
 
-#include "failure.h"
+#include "process/failure.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "value_literal.h"
+#include "values/value_literal.h"
 
-#include "failure.h"
+#include "process/failure.h"
 
 #include <gtest/gtest.h>
 

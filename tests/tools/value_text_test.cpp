@@ -1,6 +1,6 @@
-#include "value_text.h"
+#include "values/value_text.h"
 
-#include "value_literal.h"
+#include "values/value_literal.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 #ifndef OBVISTA_TOOLS_ROBAXI_DOCTOR_CHECKS_H
 #define OBVISTA_TOOLS_ROBAXI_DOCTOR_CHECKS_H
 
-#include "announced_hosts.h"
 #include "doctor/finding.h"
-#include "host_search.h"
-#include "target.h"
+#include "network/announced_hosts.h"
+#include "network/host_search.h"
+#include "network/target.h"
 
 #include <robaxi/kv_error.h>
 

@@ -1,6 +1,6 @@
-#include "avahi_client.h"
 #include "doctor/checks.h"
-#include "failure.h"
+#include "network/avahi_client.h"
+#include "process/failure.h"
 
 namespace robaxi_tool {
 

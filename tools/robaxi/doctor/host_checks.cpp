@@ -1,6 +1,6 @@
 #include "doctor/checks.h"
-#include "failure.h"
-#include "robot_link.h"
+#include "network/robot_link.h"
+#include "process/failure.h"
 
 #include <unistd.h>
 

@@ -1,6 +1,6 @@
 #include "picture/jpeg.h"
 
-#include "failure.h"
+#include "process/failure.h"
 
 #include <memory>
 #include <new>

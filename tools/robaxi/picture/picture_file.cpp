@@ -1,9 +1,9 @@
 #include "picture/picture_file.h"
 
-#include "failure.h"
 #include "lower_case.h"
 #include "picture/jpeg.h"
 #include "picture/pixels.h"
+#include "process/failure.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #include "picture/pixels.h"
 
-#include "failure.h"
 #include "picture/jpeg.h"
+#include "process/failure.h"
 
 #include <algorithm>
 

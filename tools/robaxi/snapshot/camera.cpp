@@ -1,8 +1,8 @@
 #include "snapshot/camera.h"
 
-#include "failure.h"
-#include "safe_text.h"
-#include "value_text.h"
+#include "process/failure.h"
+#include "values/safe_text.h"
+#include "values/value_text.h"
 
 #include <algorithm>
 #include <cmath>

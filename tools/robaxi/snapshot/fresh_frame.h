@@ -1,7 +1,7 @@
 #ifndef OBVISTA_TOOLS_ROBAXI_SNAPSHOT_FRESH_FRAME_H
 #define OBVISTA_TOOLS_ROBAXI_SNAPSHOT_FRESH_FRAME_H
 
-#include "bell.h"
+#include "process/bell.h"
 
 #include <robaxi/kv_frame_stream.h>
 

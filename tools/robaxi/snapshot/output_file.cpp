@@ -1,7 +1,7 @@
 #include "snapshot/output_file.h"
 
-#include "failure.h"
-#include "write_all.h"
+#include "process/failure.h"
+#include "process/write_all.h"
 
 #include <cerrno>
 #include <cstdlib>

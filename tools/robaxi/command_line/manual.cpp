@@ -1,0 +1,101 @@
+#include "command_line/manual.h"
+
+#include "command_line/command_line.h"
+#include "commands/commands.h"
+
+#include <boost/program_options/options_description.hpp>
+
+#include <sstream>
+
+namespace robaxi_tool {
+
+namespace {
+
+struct Example {
+    const char* fCommand;
+    const char* fText;
+};
+
+constexpr Example a_examples[] = {
+    {"robaxi list", "Who is there?"},
+    {"robaxi get robot1 Battery/Charge", "One value, for a script."},
+    {"robaxi watch robot1 'Joint/Head*/Position' --csv >head.csv", "Values as they change."},
+    {"robaxi snapshot robot1 -o head.png", "What its camera sees."},
+    {"robaxi doctor robot1", "Why is it not reached?"},
+};
+
+/** A text as it stands: nothing in it is taken for a request, or for typography. */
+std::string verbatim(const std::string& text) {
+    std::string safe;
+    bool isLineStart = true;
+    for (const char character : text) {
+        if (isLineStart && (character == '.' || character == '\'')) {
+            safe += "\\&";
+        }
+        isLineStart = character == '\n';
+        switch (character) {
+            case '\\':
+                safe += "\\e";
+                break;
+            case '-':
+                safe += "\\-";
+                break;
+            case '\'':
+                safe += "\\(aq";
+                break;
+            default:
+                safe += character;
+        }
+    }
+    return safe;
+}
+
+void writeEntry(std::ostream& page, const std::string& term, const std::string& text) {
+    page << ".TP\n.B " << verbatim(term) << '\n' << verbatim(text) << '\n';
+}
+
+void writeCommand(std::ostream& page, Command& command) {
+    const std::string synopsis = command.words().fSynopsis;
+    page << ".SS \"robaxi " << command.name() << " [OPTION]..."
+         << (synopsis.empty() ? "" : " " + verbatim(synopsis)) << "\"\n"
+         << verbatim(capitalised(command.summary())) << ".\n"
+         << verbatim(command.explanation());
+    const auto options = describedOptions(command);
+    for (const auto& option : options.options()) {
+        const std::string parameter = option->format_parameter();
+        writeEntry(page, option->format_name() + (parameter.empty() ? "" : ' ' + parameter),
+                   option->description());
+    }
+}
+
+}  // namespace
+
+std::string manualPage() {
+    std::ostringstream page;
+    page << ".TH ROBAXI 1 \"\" \"Obvista " OBVISTA_VERSION
+            "\" \"User commands\"\n"
+            ".SH NAME\nrobaxi \\- look for robots that run the Robaxi middleware, and talk to "
+            "them\n"
+            ".SH SYNOPSIS\n.B robaxi\n.I COMMAND\n[\\fIOPTION\\fR]... [\\fIWORD\\fR]...\n"
+            ".SH DESCRIPTION\n"
+         << verbatim(a_hostHelp)
+         << ".PP\nOptions may stand anywhere among the words. After \\-\\-, everything is a "
+            "word.\n"
+            ".SH COMMANDS\n";
+    for (const auto& command : makeCommands()) {
+        writeCommand(page, *command);
+    }
+    page << ".SH EXIT STATUS\n";
+    for (const ExitCode& code : exitCodes()) {
+        writeEntry(page, code.fNumber, code.fMeaning);
+    }
+    page << ".SH ENVIRONMENT\n";
+    writeEntry(page, "NO_COLOR", "No colours, also on a terminal.");
+    page << ".SH EXAMPLES\n";
+    for (const Example& example : a_examples) {
+        writeEntry(page, example.fCommand, example.fText);
+    }
+    return page.str();
+}
+
+}  // namespace robaxi_tool

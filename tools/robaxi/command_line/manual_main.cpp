@@ -1,0 +1,14 @@
+// Writes the manual page while the project is built.
+#include "command_line/manual.h"
+
+#include <fstream>
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        return 2;
+    }
+    std::ofstream file(argv[1]);
+    file << robaxi_tool::manualPage();
+    file.close();
+    return file ? 0 : 1;
+}

@@ -1,0 +1,106 @@
+#include "command_line/program.h"
+
+#include "command_line/command_line.h"
+#include "commands/commands.h"
+#include "process/failure.h"
+#include "process/signal_watcher.h"
+
+#include <algorithm>
+#include <fcntl.h>
+#include <memory>
+#include <unistd.h>
+
+namespace robaxi_tool {
+
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+std::unique_ptr<Command> findCommand(const std::string& name) {
+    for (auto& command : makeCommands()) {
+        if (command->name() == name) {
+            return std::move(command);
+        }
+    }
+    return nullptr;
+}
+
+ExitStatus runCommand(Command& command, const Arguments& arguments, Surroundings& surroundings) {
+    const ParsedCommandLine line = parseCommandLine(command, arguments);
+    surroundings.fConsole.setColor(line.fColor);
+    if (line.fHelp) {
+        surroundings.fConsole.print(helpText(command));
+        return ExitStatus::Success;
+    }
+    return command.run(line.fWords, surroundings);
+}
+
+ExitStatus runFirstWord(const Arguments& arguments, Surroundings& surroundings) {
+    const std::string first = arguments.empty() ? std::string() : arguments.front();
+    if (first == "--help" || first == "-h") {
+        surroundings.fConsole.print(generalHelpText());
+        return ExitStatus::Success;
+    }
+    if (first == "--version") {
+        surroundings.fConsole.print("robaxi " OBVISTA_VERSION "\n");
+        return ExitStatus::Success;
+    }
+    const std::unique_ptr<Command> command = findCommand(first);
+    if (command == nullptr) {
+        throw UsageError(
+            (first.empty() ? "a command is missing" : "there is no command '" + first + "'") +
+            std::string("; try 'robaxi --help'"));
+    }
+    try {
+        return runCommand(*command, {arguments.begin() + 1, arguments.end()}, surroundings);
+    } catch (const UsageError& mistake) {
+        throw UsageError(first + ": " + mistake.what() + "; try 'robaxi " + first + " --help'");
+    }
+}
+
+/**
+ * Occupies the standard descriptors that whoever started the program has closed, so that no
+ * connection gets such a number and results go into it. Writing to them fails, as it has to.
+ */
+void keepStandardDescriptors() {
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(descriptor, F_GETFD) < 0) {
+            open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
+
+}  // namespace
+
+int runArguments(const Arguments& arguments, Surroundings surroundings) {
+    ExitStatus status = ExitStatus::Internal;
+    try {
+        status = runFirstWord(arguments, surroundings);
+    } catch (const Interrupted&) {
+        return exitStatusOfSignal(surroundings.fInterruption.signal());
+    } catch (const ReaderGone&) {
+        status = ExitStatus::ReaderGone;
+    } catch (const Failure& failure) {
+        surroundings.fConsole.complain(failure.what());
+        status = failure.status();
+    } catch (const KVError& error) {
+        if (surroundings.fInterruption.happened()) {
+            return exitStatusOfSignal(surroundings.fInterruption.signal());
+        }
+        surroundings.fConsole.complain(error.toString());
+        status = exitStatusOf(error.cause());
+    } catch (const std::exception& error) {
+        surroundings.fConsole.complain(error.what());
+    }
+    return static_cast<int>(status);
+}
+
+int runProgram(int argc, char** argv) {
+    keepStandardDescriptors();
+    Interruption interruption;
+    const SignalWatcher signals(interruption);
+    Console console(STDOUT_FILENO, STDERR_FILENO);
+    return runArguments({argv + std::min(argc, 1), argv + argc}, {console, interruption});
+}
+
+}  // namespace robaxi_tool

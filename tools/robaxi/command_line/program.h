@@ -1,0 +1,24 @@
+#ifndef OBVISTA_TOOLS_ROBAXI_COMMAND_LINE_PROGRAM_H
+#define OBVISTA_TOOLS_ROBAXI_COMMAND_LINE_PROGRAM_H
+
+#include "commands/command.h"
+
+#include <string>
+#include <vector>
+
+namespace robaxi_tool {
+
+/** The whole program on the process's own streams and signals. @return its exit status */
+int runProgram(int argc, char** argv);
+
+/**
+ * Finds the sub-command, runs it and says what went wrong.
+ *
+ * @param arguments without the program's name
+ * @return the exit status
+ */
+int runArguments(const std::vector<std::string>& arguments, Surroundings surroundings);
+
+}  // namespace robaxi_tool
+
+#endif

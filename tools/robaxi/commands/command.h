@@ -1,0 +1,59 @@
+#ifndef OBVISTA_TOOLS_ROBAXI_COMMANDS_COMMAND_H
+#define OBVISTA_TOOLS_ROBAXI_COMMANDS_COMMAND_H
+
+#include "process/console.h"
+#include "process/exit_status.h"
+#include "process/interruption.h"
+
+#include <boost/program_options/options_description.hpp>
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace robaxi_tool {
+
+/** What a command works with. */
+struct Surroundings {
+    Console& fConsole;
+    Interruption& fInterruption;
+};
+
+/** The words that a command takes beside its options. */
+struct Words {
+    static constexpr std::size_t a_anyNumber = static_cast<std::size_t>(-1);
+
+    std::string fSynopsis;  ///< for instance "HOST KEY..."
+    std::size_t fAtLeast;
+    std::size_t fAtMost;
+};
+
+/** One sub-command. It is made for one run. */
+class Command {
+  public:
+    Command() = default;
+    virtual ~Command() = default;
+    Command(const Command&) = delete;
+    Command& operator=(const Command&) = delete;
+
+    virtual std::string name() const = 0;
+    /** What it does, in a few words without a full stop. */
+    virtual std::string summary() const = 0;
+    virtual Words words() const = 0;
+    /** What --help says below the summary: whole lines. */
+    virtual std::string explanation() const = 0;
+    /** Adds its options, bound to its members. A notifier refuses a value with UsageError. */
+    virtual void addOptions(boost::program_options::options_description& options) = 0;
+
+    /**
+     * Does the work.
+     *
+     * @param given as many words as words() says
+     * @throws KVError, Failure, Interrupted, ReaderGone
+     */
+    virtual ExitStatus run(const std::vector<std::string>& given, Surroundings& surroundings) = 0;
+};
+
+}  // namespace robaxi_tool
+
+#endif

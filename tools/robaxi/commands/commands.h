@@ -1,0 +1,26 @@
+#ifndef OBVISTA_TOOLS_ROBAXI_COMMANDS_COMMANDS_H
+#define OBVISTA_TOOLS_ROBAXI_COMMANDS_COMMANDS_H
+
+#include "commands/command.h"
+
+#include <memory>
+#include <vector>
+
+namespace robaxi_tool {
+
+std::unique_ptr<Command> makeCallCommand();
+std::unique_ptr<Command> makeDoctorCommand();
+std::unique_ptr<Command> makeGetCommand();
+std::unique_ptr<Command> makeListCommand();
+std::unique_ptr<Command> makeModulesCommand();
+std::unique_ptr<Command> makePingCommand();
+std::unique_ptr<Command> makeSetCommand();
+std::unique_ptr<Command> makeSnapshotCommand();
+std::unique_ptr<Command> makeWatchCommand();
+
+/** All of them, in the order in which --help shows them. */
+std::vector<std::unique_ptr<Command>> makeCommands();
+
+}  // namespace robaxi_tool
+
+#endif

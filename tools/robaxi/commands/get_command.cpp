@@ -1,0 +1,127 @@
+#include "commands/commands.h"
+#include "process/failure.h"
+#include "values/key_pattern.h"
+#include "values/memory_module.h"
+#include "values/safe_text.h"
+#include "values/value_text.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace robaxi_tool {
+
+namespace {
+
+struct AskedKey {
+    std::string fName;
+    bool fIsOfPattern;
+};
+
+/** @return true if a key matches */
+bool addMatching(const std::string& pattern, const std::vector<std::string>& keys,
+                 std::vector<AskedKey>& expanded) {
+    const std::size_t before = expanded.size();
+    for (const std::string& key : keys) {
+        if (matchesKey(pattern, key)) {
+            expanded.push_back({key, true});
+        }
+    }
+    return expanded.size() > before;
+}
+
+/** Replaces patterns by the keys that they match; those that match none go to `unmatched`. */
+std::vector<AskedKey> expandedKeys(MemoryModule& memory, const std::vector<std::string>& given,
+                                   std::vector<std::string>& unmatched) {
+    const std::vector<std::string> keys = std::any_of(given.begin(), given.end(), isPattern)
+                                              ? memory.keys()
+                                              : std::vector<std::string>();
+    std::vector<AskedKey> expanded;
+    for (const std::string& word : given) {
+        if (!isPattern(word)) {
+            expanded.push_back({word, false});
+        } else if (!addMatching(word, keys, expanded)) {
+            unmatched.push_back(word);
+        }
+    }
+    return expanded;
+}
+
+/** Returns nothing for a missing key, which it reports unless a pattern has matched it before. */
+std::optional<KVValue> valueOf(MemoryModule& memory, const AskedKey& key, Console& console,
+                               ExitStatus& status) {
+    try {
+        return memory.value(key.fName);
+    } catch (const KVError& error) {
+        if (error.cause() != KVError::Cause::InvalidArgument) {
+            throw;
+        }
+        if (!key.fIsOfPattern) {
+            console.complain(error.toString());
+            status = exitStatusOf(error.cause());
+        }
+        return std::nullopt;
+    }
+}
+
+class GetCommand : public Command {
+  public:
+    std::string name() const override { return "get"; }
+    std::string summary() const override { return "prints the present values of keys"; }
+    Words words() const override { return {"HOST KEY...", 2, Words::a_anyNumber}; }
+    std::string explanation() const override {
+        return std::string(a_keyHelp) +
+               "The value of a single key is printed alone; otherwise each line is a key and\n"
+               "its value. A missing key is an error, and the others are still printed.\n";
+    }
+
+    void addOptions(po::options_description& options) override {
+        addSwitch(options, "json", &fJson, "print one JSON object with all keys and values");
+        addMemoryModule(options, &fModule);
+        addTimeout(options, &fTimeout);
+    }
+
+    ExitStatus run(const std::vector<std::string>& given, Surroundings& surroundings) override {
+        const RobotLink link(given[0], fTimeout, surroundings.fInterruption);
+        MemoryModule memory(link, fModule);
+        const bool isSingle = given.size() == 2 && !isPattern(given[1]);
+        Console& console = surroundings.fConsole;
+        ExitStatus status = ExitStatus::Success;
+        std::vector<std::string> unmatched;
+        Json all = Json::object();
+        for (const AskedKey& key :
+             expandedKeys(memory, {given.begin() + 1, given.end()}, unmatched)) {
+            surroundings.fInterruption.check();
+            const std::optional<KVValue> value = valueOf(memory, key, console, status);
+            if (!value) {
+                continue;
+            }
+            if (fJson) {
+                all[key.fName] = valueJson(*value);
+            } else {
+                console.print((isSingle ? "" : oneLine(key.fName) + ' ') + valueText(*value) +
+                              '\n');
+            }
+        }
+        for (const std::string& pattern : unmatched) {
+            console.complain("No key matches '" + pattern + "'.");
+            status = ExitStatus::NotOffered;
+        }
+        if (fJson && (status == ExitStatus::Success || !all.empty())) {
+            console.print(jsonLine(all));
+        }
+        return status;
+    }
+
+  private:
+    bool fJson = false;
+    std::string fModule;
+    int fTimeout = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> makeGetCommand() {
+    return std::make_unique<GetCommand>();
+}
+
+}  // namespace robaxi_tool

@@ -1,0 +1,74 @@
+#include "command_line/options.h"
+#include "commands/commands.h"
+#include "network/robot_link.h"
+#include "values/safe_text.h"
+#include "values/value_text.h"
+
+namespace robaxi_tool {
+
+namespace {
+
+std::string moduleText(const KVModuleInfo& module) {
+    std::string text = oneLine(module.fName) + ": " + oneLine(module.fDescription) +
+                       (module.fHasValues ? " Its values can be watched." : "") +
+                       (module.fHasFrames ? " Its cameras can be watched." : "") + '\n';
+    for (const KVMethodInfo& method : module.fMethods) {
+        const std::string& shown = method.fSignature.empty() ? method.fName : method.fSignature;
+        text += "  " + oneLine(shown) + '\n';
+        if (!method.fDescription.empty()) {
+            text += "      " + oneLine(method.fDescription) + '\n';
+        }
+    }
+    return text;
+}
+
+Json moduleJson(const KVModuleInfo& module) {
+    Json methods = Json::array();
+    for (const KVMethodInfo& method : module.fMethods) {
+        methods.push_back({{"name", method.fName},
+                           {"signature", method.fSignature},
+                           {"description", method.fDescription}});
+    }
+    return {{"name", module.fName},
+            {"description", module.fDescription},
+            {"values", module.fHasValues},
+            {"cameras", module.fHasFrames},
+            {"methods", methods}};
+}
+
+class ModulesCommand : public Command {
+  public:
+    std::string name() const override { return "modules"; }
+    std::string summary() const override { return "shows a robot's modules and their methods"; }
+    Words words() const override { return {"HOST", 1, 1}; }
+    std::string explanation() const override {
+        return "A module is a line with its name and what it is; its methods follow, as 'robaxi\n"
+               "call' takes them. 'robaxi watch' shows values, 'robaxi snapshot' what a camera\n"
+               "sees.\n";
+    }
+
+    void addOptions(po::options_description& options) override {
+        addSwitch(options, "json", &fJson, "print one JSON object a line, one for each module");
+        addTimeout(options, &fTimeout);
+    }
+
+    ExitStatus run(const std::vector<std::string>& given, Surroundings& surroundings) override {
+        const RobotLink link(given[0], fTimeout, surroundings.fInterruption);
+        for (const KVModuleInfo& module : link.connection()->getModules(fTimeout)) {
+            surroundings.fConsole.print(fJson ? jsonLine(moduleJson(module)) : moduleText(module));
+        }
+        return ExitStatus::Success;
+    }
+
+  private:
+    bool fJson = false;
+    int fTimeout = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> makeModulesCommand() {
+    return std::make_unique<ModulesCommand>();
+}
+
+}  // namespace robaxi_tool

@@ -1,0 +1,54 @@
+#include "commands/commands.h"
+#include "values/memory_module.h"
+#include "values/value_literal.h"
+
+namespace robaxi_tool {
+
+namespace {
+
+class SetCommand : public Command {
+  public:
+    std::string name() const override { return "set"; }
+    std::string summary() const override { return "writes the value of a key"; }
+    Words words() const override { return {"HOST KEY VALUE", 3, 3}; }
+    std::string explanation() const override {
+        return "VALUE is written as an argument of 'robaxi call'; for a key that holds a text, 12\n"
+               "is the text 12. It prints nothing when the robot has accepted the value.\n";
+    }
+
+    void addOptions(po::options_description& options) override {
+        addMemoryModule(options, &fModule);
+        addTimeout(options, &fTimeout);
+    }
+
+    ExitStatus run(const std::vector<std::string>& given, Surroundings& surroundings) override {
+        const KVValue value = parseLiteral(given[2]);
+        const RobotLink link(given[0], fTimeout, surroundings.fInterruption);
+        MemoryModule memory(link, fModule);
+        try {
+            memory.setValue(given[1], value);
+        } catch (const KVError& error) {
+            if (error.cause() != KVError::Cause::WrongType || !xHoldsText(memory, given[1])) {
+                throw;
+            }
+            memory.setValue(given[1], KVValue(given[2]));
+        }
+        return ExitStatus::Success;
+    }
+
+  private:
+    static bool xHoldsText(MemoryModule& memory, const std::string& key) {
+        return memory.value(key).type() == KVValue::Type::String;
+    }
+
+    std::string fModule;
+    int fTimeout = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> makeSetCommand() {
+    return std::make_unique<SetCommand>();
+}
+
+}  // namespace robaxi_tool

@@ -1,0 +1,207 @@
+#include "command_line/options.h"
+#include "commands/commands.h"
+#include "network/robot_link.h"
+#include "picture/picture_file.h"
+#include "process/failure.h"
+#include "snapshot/camera.h"
+#include "snapshot/fresh_frame.h"
+#include "snapshot/output_file.h"
+#include "values/change_format.h"
+#include "values/value_text.h"
+
+#include <algorithm>
+
+namespace robaxi_tool {
+
+namespace {
+
+constexpr const char* a_standardOutput = "-";
+/** A camera that has sent nothing new for so many of its periods stands still. */
+constexpr double a_periodsOfPatience = 4;
+constexpr double a_shortestPatience = 1;  ///< seconds
+constexpr double a_usualRate = 1;         ///< frames a second, of a camera that does not say
+
+PictureFormat parseFormat(const std::string& text) {
+    const std::optional<PictureFormat> format = parsePictureFormat(text);
+    if (!format) {
+        throw UsageError("--format is 'jpeg', 'png', 'ppm' or 'pgm', not '" + text + "'");
+    }
+    return *format;
+}
+
+const char* cameraFormat(KVPixelFormat format) {
+    switch (format) {
+        case KVPixelFormat::Rgb888:
+            return "rgb";
+        case KVPixelFormat::Yuv422:
+            return "yuv422";
+        case KVPixelFormat::Grey8:
+            return "grey";
+        case KVPixelFormat::Jpeg:
+            return "jpeg";
+        case KVPixelFormat::Unknown:
+            break;
+    }
+    return "unknown";
+}
+
+/** "2024-05-01T12:34:56.789012Z" for a file's name. */
+std::string withoutSigns(std::string time) {
+    time.erase(std::remove_if(time.begin(), time.end(),
+                              [](char sign) {
+                                  return sign == '-' || sign == ':' || sign == '.' || sign == 'Z';
+                              }),
+               time.end());
+    return time;
+}
+
+class SnapshotCommand : public Command {
+  public:
+    std::string name() const override { return "snapshot"; }
+    std::string summary() const override { return "saves the present picture of a camera"; }
+    Words words() const override { return {"HOST [CAMERA]", 1, 2}; }
+    std::string explanation() const override {
+        return "Without CAMERA it is the first that the robot names. The name of the file that it\n"
+               "has written is printed. A JPEG of the camera is kept as it comes. The picture is\n"
+               "one that the camera took after the command was given; when the camera stands\n"
+               "still, its last one is saved, and that is said.\n";
+    }
+
+    void addOptions(po::options_description& options) override {
+        addText(options, "output,o", "FILE", &fFile,
+                "the file to write, '-' for standard output; ROBOT-CAMERA-TIME with an ending, in "
+                "the current folder, unless given");
+        addText(options, "format", "NAME", &fFormatName,
+                "'jpeg', 'png', 'ppm' or 'pgm' (grey); otherwise by the file's ending, or JPEG "
+                "when the camera sends it, else PNG");
+        addSwitch(options, "list", &fList, "list the robot's cameras, and save nothing");
+        addSwitch(options, "json", &fJson, "describe the picture, or each camera, in JSON");
+        addText(options, "module", "NAME", &fModule, "KVVideo", "the module that has the cameras");
+        addTimeout(options, &fTimeout);
+    }
+
+    ExitStatus run(const std::vector<std::string>& given, Surroundings& surroundings) override {
+        const std::optional<PictureFormat> format = xChosenFormat();
+        xCheckOptions(surroundings.fConsole);
+        const RobotLink link(given[0], fTimeout, surroundings.fInterruption);
+        const auto cameras = camerasOf(link.module(fModule)->callValue("getCameras", {}));
+        if (fList) {
+            for (const Camera& camera : cameras) {
+                surroundings.fConsole.print(fJson ? jsonOfCamera(camera) : textOfCamera(camera));
+            }
+            return ExitStatus::Success;
+        }
+        if (cameras.empty()) {
+            throw Failure(ExitStatus::NotOffered, "The robot has no camera.");
+        }
+        const Camera& camera = given.size() > 1 ? findCamera(cameras, given[1]) : cameras.front();
+        const FreshFrame::Result result = xWaitForFrame(link, camera, surroundings);
+        xSave(result, format.value_or(bestFormatFor(result.fFrame.fFormat)), link, camera,
+              surroundings.fConsole);
+        return ExitStatus::Success;
+    }
+
+  private:
+    std::optional<PictureFormat> xChosenFormat() const {
+        if (!fFormatName.empty()) {
+            return parseFormat(fFormatName);
+        }
+        if (fFile.empty() || fFile == a_standardOutput) {
+            return std::nullopt;
+        }
+        const std::optional<PictureFormat> format = pictureFormatOf(fFile);
+        if (!format) {
+            throw UsageError("the name " + fFile +
+                             " does not end in .jpg, .png, .ppm or .pgm; --format says what to "
+                             "write");
+        }
+        return format;
+    }
+
+    void xCheckOptions(const Console& console) const {
+        if (fList || fFile != a_standardOutput) {
+            return;
+        }
+        if (fJson) {
+            throw UsageError("standard output takes the picture or its description, not both");
+        }
+        if (console.isTerminal()) {
+            throw UsageError(
+                "a terminal does not show pictures; give a file, or send the output "
+                "to one");
+        }
+    }
+
+    FreshFrame::Result xWaitForFrame(const RobotLink& link, const Camera& camera,
+                                     Surroundings& surroundings) const {
+        Bell bell(surroundings.fInterruption);
+        FreshFrame fresh(bell);
+        const auto stream = KVFrameStream::start(link.connection(), fModule, camera.fName, &fresh);
+        const std::optional<FreshFrame::Result> result =
+            fresh.wait(Clock::now() + std::chrono::seconds(fTimeout), xPatience(camera));
+        if (!result) {
+            throw Failure(ExitStatus::TimedOut, "The camera " + camera.fName +
+                                                    " has sent no picture within " +
+                                                    std::to_string(fTimeout) + " s.");
+        }
+        if (!result->fIsNew) {
+            surroundings.fConsole.complain("The camera " + camera.fName +
+                                           " stands still. Its last picture is of " +
+                                           timeText(result->fFrame.fTime) + '.');
+        }
+        return *result;
+    }
+
+    Clock::duration xPatience(const Camera& camera) const {
+        const double rate = camera.fRate > 0 ? camera.fRate : a_usualRate;
+        const double seconds = std::min(std::max(a_periodsOfPatience / rate, a_shortestPatience),
+                                        static_cast<double>(fTimeout));
+        return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
+    }
+
+    void xSave(const FreshFrame::Result& result, PictureFormat format, const RobotLink& link,
+               const Camera& camera, Console& console) const {
+        const KVFrame& frame = result.fFrame;
+        const std::string content = pictureFile(frame, format);
+        if (fFile == a_standardOutput) {
+            console.print(content);
+            return;
+        }
+        const std::string robot = link.connection()->getPeerName();
+        const std::string file =
+            fFile.empty() ? fileNameWord(robot) + '-' + fileNameWord(camera.fName) + '-' +
+                                withoutSigns(timeText(frame.fTime)) + '.' + endingOf(format)
+                          : fFile;
+        writeFile(file, content);
+        if (!fJson) {
+            console.print(file + '\n');
+            return;
+        }
+        console.print(jsonLine({{"file", file},
+                                {"robot", robot},
+                                {"camera", camera.fName},
+                                {"number", frame.fNumber},
+                                {"time", timeText(frame.fTime)},
+                                {"new", result.fIsNew},
+                                {"width", frame.fWidth},
+                                {"height", frame.fHeight},
+                                {"sent", cameraFormat(frame.fFormat)},
+                                {"format", nameOf(format)},
+                                {"bytes", content.size()}}));
+    }
+
+    std::string fFile;
+    std::string fFormatName;
+    std::string fModule;
+    bool fList = false;
+    bool fJson = false;
+    int fTimeout = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> makeSnapshotCommand() {
+    return std::make_unique<SnapshotCommand>();
+}
+
+}  // namespace robaxi_tool

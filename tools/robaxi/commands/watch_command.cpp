@@ -1,0 +1,147 @@
+#include "commands/commands.h"
+#include "process/failure.h"
+#include "values/key_pattern.h"
+#include "values/key_watch.h"
+#include "values/memory_module.h"
+
+#include <limits>
+
+namespace robaxi_tool {
+
+namespace {
+
+constexpr double a_defaultRate = 10;
+constexpr double a_lowestRate = 0.001;
+constexpr double a_highestRate = 1000;
+
+/** Prints rows until there were enough of them. */
+class RowPrinter {
+  public:
+    /** @param count how many rows; 0 for any number */
+    RowPrinter(Console& console, ChangeFormat format, int count)
+        : fConsole(console), fFormat(format), fIsCounting(count != 0), fLeft(count) {}
+
+    void print(const std::vector<ChangeRow>& rows) {
+        std::string lines;
+        for (const ChangeRow& row : rows) {
+            if (fIsCounting && fLeft-- <= 0) {
+                break;
+            }
+            lines += lineOf(fFormat, row);
+        }
+        fConsole.print(lines);
+        if (fIsCounting && fLeft <= 0) {
+            throw EnoughRows();
+        }
+    }
+
+    class EnoughRows : public std::exception {};
+
+  private:
+    Console& fConsole;
+    ChangeFormat fFormat;
+    bool fIsCounting;
+    int fLeft;
+};
+
+/** Follows a watch to its end. */
+void follow(KeyWatch& watch, KVSubscription& subscription, Bell& bell, Clock::time_point deadline) {
+    const auto selectionOrEnd = [&] {
+        if (const auto ids = watch.takeNewSelection()) {
+            subscription.setKeys(*ids);
+        }
+        return watch.isOver();
+    };
+    bell.waitUntil(deadline, selectionOrEnd);
+    watch.rethrow();
+}
+
+std::string listed(const std::vector<std::string>& patterns) {
+    std::string text;
+    for (const std::string& pattern : patterns) {
+        text += (text.empty() ? "'" : ", '") + pattern + '\'';
+    }
+    return text;
+}
+
+class WatchCommand : public Command {
+  public:
+    std::string name() const override { return "watch"; }
+    std::string summary() const override { return "prints the values of keys as they change"; }
+    Words words() const override { return {"HOST KEY...", 2, Words::a_anyNumber}; }
+    std::string explanation() const override {
+        return std::string(a_keyHelp) +
+               "The present values come first. A line is a time (by the robot's clock, UTC), a\n"
+               "key, a value and its unit. It goes on until the connection is lost, Ctrl-C, or\n"
+               "--count lines.\n";
+    }
+
+    void addOptions(po::options_description& options) override {
+        addNumber(options, "rate", "HZ", &fRate, a_defaultRate, a_lowestRate, a_highestRate,
+                  "most updates of a key in a second; between two only the newest value counts");
+        addNumber(options, "count", "N", &fCount, 0, 0, std::numeric_limits<int>::max(),
+                  "end after so many lines; 0 means never");
+        addSwitch(options, "json", &fJson, "print one JSON object a line");
+        addSwitch(options, "csv", &fCsv, "print comma-separated values below a heading");
+        addMemoryModule(options, &fModule);
+        addTimeout(options, &fTimeout);
+    }
+
+    ExitStatus run(const std::vector<std::string>& given, Surroundings& surroundings) override {
+        const ChangeFormat format = xFormat();
+        const RobotLink link(given[0], fTimeout, surroundings.fInterruption);
+        surroundings.fConsole.print(headerOf(format));
+        RowPrinter printer(surroundings.fConsole, format, fCount);
+        Bell bell(surroundings.fInterruption);
+        KeyWatch watch(
+            {given.begin() + 1, given.end()}, [&](const auto& rows) { printer.print(rows); }, bell);
+        const auto subscription = KVSubscription::start(
+            link.connection(), fModule, KVSubscription::Selection::ChosenKeys, fRate, &watch);
+        try {
+            follow(watch, *subscription, bell, Clock::now() + std::chrono::seconds(fTimeout));
+            xCheckMatches(watch, surroundings.fConsole);
+            follow(watch, *subscription, bell, Clock::time_point::max());
+        } catch (const RowPrinter::EnoughRows&) {
+        }
+        return ExitStatus::Success;
+    }
+
+  private:
+    ChangeFormat xFormat() const {
+        if (fJson && fCsv) {
+            throw UsageError("--json and --csv exclude each other");
+        }
+        if (fJson) {
+            return ChangeFormat::Json;
+        }
+        return fCsv ? ChangeFormat::Csv : ChangeFormat::Text;
+    }
+
+    /** A key may come later; but when not one is there, the user has mistaken the name. */
+    static void xCheckMatches(const KeyWatch& watch, Console& console) {
+        const std::vector<std::string> unmatched = watch.unmatched();
+        if (unmatched.empty()) {
+            return;
+        }
+        const std::string sentence = "No key matches " + listed(unmatched) + '.';
+        if (!watch.hasKeys()) {
+            throw Failure(ExitStatus::NotOffered, sentence);
+        }
+        console.complain(sentence + " Waiting for one to come.");
+    }
+
+    double fRate = 0;
+    int fCount = 0;
+    bool fJson = false;
+    bool fCsv = false;
+    std::string fModule;
+    int fTimeout = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> makeWatchCommand() {
+    return std::make_unique<WatchCommand>();
+}
+
+}  // namespace robaxi_tool

@@ -1,0 +1,108 @@
+#ifndef OBVISTA_TOOLS_ROBAXI_NETWORK_AVAHI_CLIENT_H
+#define OBVISTA_TOOLS_ROBAXI_NETWORK_AVAHI_CLIENT_H
+
+#include "process/bell.h"
+
+#include <avahi-client/client.h>
+#include <avahi-client/lookup.h>
+#include <avahi-common/simple-watch.h>
+#include <avahi-common/thread-watch.h>
+
+#include <functional>
+#include <list>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+namespace robaxi_tool {
+
+template <auto Free>
+struct FreeWith {
+    template <class Object>
+    void operator()(Object* object) const {
+        Free(object);
+    }
+};
+
+/** What the Avahi daemon of this computer says of itself. */
+struct AvahiState {
+    std::string fBusError;     ///< why there is no system bus; empty when there is one
+    bool fIsRunning = false;   ///< the daemon is there
+    bool fHasItsName = false;  ///< its name is established on the network
+    std::string fVersion;
+    std::string fHostName;  ///< for instance "desk.local"
+};
+
+/** Asks, and returns at once. */
+AvahiState askAvahi();
+
+/** Where a service leads to. */
+struct ServiceLocation {
+    std::string fHostName;
+    int fPort = 0;
+};
+
+/** The question where the service instance of a name is, asked on a thread of Avahi's. */
+class ServiceQuery {
+  public:
+    /** Asks; without a daemon it never finds anything. `bell` is rung when it is found. */
+    ServiceQuery(const std::string& instance, const std::string& type, Bell& bell);
+    ~ServiceQuery();
+    ServiceQuery(const ServiceQuery&) = delete;
+    ServiceQuery& operator=(const ServiceQuery&) = delete;
+
+    std::optional<ServiceLocation> location() const;
+
+  private:
+    static void xOnResolved(AvahiServiceResolver* resolver, AvahiIfIndex interface,
+                            AvahiProtocol protocol, AvahiResolverEvent event, const char* instance,
+                            const char* type, const char* domain, const char* hostName,
+                            const AvahiAddress* address, std::uint16_t port, AvahiStringList* text,
+                            AvahiLookupResultFlags flags, void* userData) noexcept;
+
+    Bell& fBell;
+    mutable std::mutex fMutex;
+    std::optional<ServiceLocation> fLocation;
+    std::unique_ptr<AvahiThreadedPoll, FreeWith<avahi_threaded_poll_free>> fPoll;
+    std::unique_ptr<AvahiClient, FreeWith<avahi_client_free>> fClient;
+};
+
+/**
+ * Lookups of host names by the Avahi daemon, on a thread of Avahi's. Unlike the system's resolver,
+ * it waits for no DNS server.
+ */
+class AddressQueries {
+  public:
+    /** @param address an IPv4 address; empty if the daemon finds none */
+    using Answer = std::function<void(const std::string& address)>;
+
+    AddressQueries();
+    /** No answer is given any more once it returns. */
+    ~AddressQueries();
+    AddressQueries(const AddressQueries&) = delete;
+    AddressQueries& operator=(const AddressQueries&) = delete;
+
+    /** The answer is given on Avahi's thread, or at once if the daemon cannot be asked. */
+    void start(const std::string& hostName, const Answer& answer);
+
+  private:
+    struct Query {
+        AddressQueries* fOwner;
+        Answer fAnswer;
+        std::list<Query>::iterator fPlace;
+    };
+
+    static void xOnResolved(AvahiHostNameResolver* resolver, AvahiIfIndex interface,
+                            AvahiProtocol protocol, AvahiResolverEvent event, const char* name,
+                            const AvahiAddress* address, AvahiLookupResultFlags flags,
+                            void* userData) noexcept;
+
+    std::list<Query> fQueries;  ///< guarded by the poll's lock
+    std::unique_ptr<AvahiThreadedPoll, FreeWith<avahi_threaded_poll_free>> fPoll;
+    std::unique_ptr<AvahiClient, FreeWith<avahi_client_free>> fClient;
+};
+
+}  // namespace robaxi_tool
+
+#endif

@@ -1,0 +1,221 @@
+#include "network/host_search.h"
+
+#include "lower_case.h"
+#include "process/failure.h"
+
+#include <bonjour/bonjour_discovery.h>
+#include <robaxi/kv_broker.h>
+
+#include <algorithm>
+#include <memory>
+
+namespace robaxi_tool {
+
+namespace {
+
+using Kind = SearchDecision::Kind;
+
+/** How long a name that resolves waits for its announcement, and one that does not. */
+constexpr std::chrono::milliseconds a_patienceWhenResolved(1000);
+constexpr std::chrono::milliseconds a_patience(2000);
+/** Nobody answers on the local network later; the resolver itself would go on for longer. */
+constexpr std::chrono::milliseconds a_longestLocalSearch(3000);
+
+bool isLoopback(const std::string& address) {
+    return address == "::1" || address.compare(0, 4, "127.") == 0;
+}
+
+/** The names to look up for a host: a bare one may be one of the local network. */
+std::vector<std::string> candidateNames(const std::string& host) {
+    if (host.find('.') == std::string::npos) {
+        return {host, host + ".local"};
+    }
+    return {host};
+}
+
+bool isLocalName(const std::string& host) {
+    const std::string suffix = ".local";
+    return host.size() > suffix.size() &&
+           lowerCase(host.substr(host.size() - suffix.size())) == suffix;
+}
+
+bool isAskedOfTheNetwork(const std::string& host) {
+    return isLocalName(host) || host.find('.') == std::string::npos;
+}
+
+Clock::duration longestSearch(const Target& target, int timeout) {
+    const Clock::duration given = std::chrono::seconds(timeout);
+    return isAskedOfTheNetwork(target.fHost)
+               ? std::min<Clock::duration>(given, a_longestLocalSearch)
+               : given;
+}
+
+class HostSearch {
+  public:
+    HostSearch(const Target& target, int timeout, Interruption& interruption)
+        : fTarget(target),
+          fBell(interruption),
+          fStart(Clock::now()),
+          fEnd(fStart + longestSearch(target, timeout)),
+          fNames(candidateNames(target.fHost)) {
+        xStartAnnouncements();
+        for (const std::string& name : fNames) {
+            fLookups.start(name, [this, name](const std::vector<std::string>& addresses) {
+                xSetAddresses(name, addresses);
+            });
+        }
+    }
+
+    Endpoint find() {
+        SearchDecision decision;
+        const auto decided = [&] {
+            decision = decide(fTarget, xState());
+            return decision.fKind != Kind::Wait;
+        };
+        // Time alone changes the decision when a patience is over.
+        for (const Clock::time_point due :
+             {fStart + a_patienceWhenResolved, fStart + a_patience, fEnd}) {
+            if (fBell.waitUntil(std::min(due, fEnd), decided)) {
+                break;
+            }
+        }
+        if (decision.fKind == Kind::Found) {
+            return decision.fEndpoint;
+        }
+        xGiveUp();
+    }
+
+  private:
+    [[noreturn]] void xGiveUp() const {
+        const std::string advice =
+            " Check the spelling with 'robaxi list', or look for the cause "
+            "with 'robaxi doctor'.";
+        const std::string found = "Found no robot or computer " + fTarget.fHost;
+        if (!xIsResolverSilent()) {
+            throw Failure(ExitStatus::NotFound,
+                          found +
+                              (fAnnounced != nullptr
+                                   ? ": no announcement and no host has that name."
+                                   : ": no host has that name, and announcements cannot be heard "
+                                     "without the Avahi daemon.") +
+                              advice);
+        }
+        throw Failure(ExitStatus::TimedOut,
+                      found +
+                          " in time: the system's resolver has not answered. Check the DNS "
+                          "servers in /etc/resolv.conf." +
+                          advice);
+    }
+
+    /** Names of the local network are excepted: nobody answers for one that nobody has. */
+    bool xIsResolverSilent() const {
+        const std::lock_guard lock(fMutex);
+        return !isLocalName(fTarget.fHost) && fAddresses.count(fTarget.fHost) == 0;
+    }
+
+    void xStartAnnouncements() {
+        try {
+            fAnnounced = std::make_unique<AnnouncedHosts>(fBell);
+        } catch (const Failure&) {
+            return;  // without announcements there are still host names
+        }
+        fInstance = std::make_unique<ServiceQuery>(fTarget.fHost,
+                                                   KV::BonjourDiscovery::fRobaxiServiceType, fBell);
+    }
+
+    void xSetAddresses(const std::string& name, const std::vector<std::string>& addresses) {
+        {
+            const std::lock_guard lock(fMutex);
+            fAddresses[name] = addresses;
+        }
+        fBell.ring();
+    }
+
+    SearchState xState() const {
+        SearchState state;
+        state.fElapsed = Clock::now() - fStart;
+        state.fMayBeAnnounced = fAnnounced != nullptr;
+        xSetAnnounced(state);
+        const std::lock_guard lock(fMutex);
+        state.fLookUpsEnded = fAddresses.size() == fNames.size();
+        for (const std::string& name : fNames) {
+            const auto found = fAddresses.find(name);
+            if (found != fAddresses.end() && !found->second.empty() && !state.fResolved) {
+                state.fResolved = name;
+                state.fIsThisComputer =
+                    std::all_of(found->second.begin(), found->second.end(), isLoopback);
+            }
+        }
+        return state;
+    }
+
+    void xSetAnnounced(SearchState& state) const {
+        if (fAnnounced == nullptr) {
+            return;
+        }
+        const auto hosts = fAnnounced->hosts();
+        if (const auto location = fInstance->location()) {
+            state.fAnnounced = Endpoint{location->fHostName, location->fPort, {}};
+        }
+        for (const std::string& name : fNames) {
+            const auto found = hosts.find(lowerCase(name));
+            if (!state.fAnnounced && found != hosts.end() && !found->second.ports().empty()) {
+                state.fAnnounced =
+                    Endpoint{found->second.fHostName, found->second.ports().front(), {}};
+            }
+        }
+        if (!state.fAnnounced) {
+            return;
+        }
+        const auto host = hosts.find(lowerCase(state.fAnnounced->fHost));
+        state.fIsAddressAsked = host == hosts.end() || !host->second.fLookedUp;
+        if (!state.fIsAddressAsked && host->second.fIsAddressOfAvahi) {
+            state.fAnnounced->fAddress = host->second.fAddresses.front();
+        }
+    }
+
+    const Target& fTarget;
+    Bell fBell;
+    Clock::time_point fStart;
+    Clock::time_point fEnd;
+    std::vector<std::string> fNames;
+    mutable std::mutex fMutex;
+    std::map<std::string, std::vector<std::string>> fAddresses;  ///< of the names looked up
+    std::unique_ptr<AnnouncedHosts> fAnnounced;
+    std::unique_ptr<ServiceQuery> fInstance;
+    NameLookups fLookups;  ///< goes first, since it answers into the rest
+};
+
+}  // namespace
+
+SearchDecision decide(const Target& target, const SearchState& state) {
+    const int portWithout = KVBroker::a_defaultPort;
+    if (state.fAnnounced) {
+        if (state.fIsAddressAsked && state.fElapsed < a_patienceWhenResolved) {
+            return {};
+        }
+        Endpoint endpoint = *state.fAnnounced;
+        endpoint.fPort = target.fPort.value_or(endpoint.fPort);
+        return {Kind::Found, endpoint};
+    }
+    const bool worthWaiting = state.fMayBeAnnounced && !target.fPort && !state.fIsThisComputer &&
+                              isAskedOfTheNetwork(target.fHost) &&
+                              state.fElapsed < a_patienceWhenResolved;
+    if (state.fResolved && !worthWaiting) {
+        return {Kind::Found, {*state.fResolved, target.fPort.value_or(portWithout), {}}};
+    }
+    const bool hopeless = !state.fMayBeAnnounced || state.fElapsed >= a_patience;
+    if (state.fLookUpsEnded && !state.fResolved && hopeless) {
+        return {Kind::NotFound, {}};
+    }
+    return {};
+}
+
+Endpoint findHost(const Target& target, int timeout, Interruption& interruption) {
+    if (isAddress(target.fHost)) {
+        return {target.fHost, target.fPort.value_or(KVBroker::a_defaultPort), {}};
+    }
+    return HostSearch(target, timeout, interruption).find();
+}
+
+}  // namespace robaxi_tool

@@ -1,0 +1,62 @@
+#include "network/robot_link.h"
+
+#include "process/failure.h"
+
+namespace robaxi_tool {
+
+namespace {
+
+/** Connects. Files that the settings name are read only now. @throws Failure WrongUsage for these
+ */
+boost::shared_ptr<KVConnection> connect(const boost::shared_ptr<KVBroker>& broker,
+                                        const Endpoint& endpoint, int timeout) {
+    try {
+        return KVConnection::open(broker, endpoint.reachableHost(), endpoint.fPort, timeout);
+    } catch (const KVError& error) {
+        if (error.cause() == KVError::Cause::InvalidArgument) {
+            throw Failure(ExitStatus::WrongUsage, error.toString());
+        }
+        throw;
+    }
+}
+
+}  // namespace
+
+boost::shared_ptr<KVBroker> makeBroker(KVSettings settings, const Endpoint& endpoint) {
+    if (!endpoint.fAddress.empty()) {
+        KVSettings::Access access = settings.accessTo(endpoint.fHost, endpoint.fPort);
+        if (access.fName.empty()) {
+            access.fName = endpoint.fHost;
+        }
+        settings.fRobots[joined(endpoint.fAddress, endpoint.fPort)] = access;
+    }
+    return KVBroker::createBroker("robaxi", "", 0, "", 0, 0, "", false, settings);
+}
+
+KVSettings loadSettings() {
+    try {
+        return KVSettings::load();
+    } catch (const KVError& error) {
+        throw Failure(ExitStatus::WrongUsage, error.toString());
+    }
+}
+
+RobotLink::RobotLink(const std::string& host, int timeout, Interruption& interruption)
+    // In braces, so that settings are read, and refused, before the search.
+    : RobotLink{loadSettings(), findHost(parseTarget(host), timeout, interruption), timeout} {
+    interruption.check();
+}
+
+RobotLink::RobotLink(const KVSettings& settings, const Endpoint& endpoint, int timeout)
+    : fTimeout(timeout),
+      fEndpoint(endpoint),
+      fBroker(makeBroker(settings, endpoint)),
+      fConnection(connect(fBroker, endpoint, timeout)) {
+}
+
+std::unique_ptr<KVProxy> RobotLink::module(const std::string& name) const {
+    return std::make_unique<KVProxy>(name, fEndpoint.reachableHost(), fEndpoint.fPort, fBroker,
+                                     fTimeout, 0);
+}
+
+}  // namespace robaxi_tool

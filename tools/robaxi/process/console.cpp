@@ -1,0 +1,73 @@
+#include "process/console.h"
+
+#include "process/failure.h"
+#include "process/write_all.h"
+#include "values/safe_text.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <system_error>
+#include <unistd.h>
+
+namespace robaxi_tool {
+
+namespace {
+
+bool isTerminalWithColors(int descriptor) {
+    const char* const kind = std::getenv("TERM");
+    const char* const unwanted = std::getenv("NO_COLOR");
+    return isatty(descriptor) != 0 && kind != nullptr && std::string(kind) != "dumb" &&
+           (unwanted == nullptr || *unwanted == '\0');
+}
+
+const char* escapeSequence(Console::Paint paint) {
+    switch (paint) {
+        case Console::Paint::Green:
+            return "\x1b[32m";
+        case Console::Paint::Yellow:
+            return "\x1b[33m";
+        case Console::Paint::Red:
+            return "\x1b[31m";
+        case Console::Paint::Dim:
+            break;
+    }
+    return "\x1b[2m";
+}
+
+}  // namespace
+
+Console::Console(int output, int errors)
+    : fOutput(output), fErrors(errors), fPaints(isTerminalWithColors(output)) {
+}
+
+void Console::setColor(Color color) {
+    fPaints = color == Color::Auto && isTerminalWithColors(fOutput);
+}
+
+bool Console::isTerminal() const {
+    return isatty(fOutput) != 0;
+}
+
+std::string Console::painted(Paint paint, const std::string& text) const {
+    return fPaints ? escapeSequence(paint) + text + "\x1b[0m" : text;
+}
+
+void Console::print(const std::string& text) {
+    const std::lock_guard lock(fMutex);
+    const int error = writeAll(fOutput, text);
+    if (error == EPIPE) {
+        throw ReaderGone();
+    }
+    if (error != 0) {
+        throw Failure(ExitStatus::CannotWrite, "The results cannot be written: " +
+                                                   std::generic_category().message(error) + ".");
+    }
+}
+
+void Console::complain(const std::string& sentence) {
+    const std::lock_guard lock(fMutex);
+    // There is nobody left to tell when this fails.
+    writeAll(fErrors, "robaxi: " + oneLine(sentence) + '\n');
+}
+
+}  // namespace robaxi_tool

@@ -1,0 +1,68 @@
+#include "process/exit_status.h"
+
+namespace robaxi_tool {
+
+const std::vector<ExitCode>& exitCodes() {
+    static const std::vector<ExitCode> codes = {
+        {"0", "it worked; for 'doctor': all is well"},
+        {"1", "'doctor' found a problem"},
+        {"2", "wrong usage, or settings (robaxi.conf) that cannot be used"},
+        {"3", "no robot or computer goes by that name"},
+        {"4", "nothing listens there, or no route leads there"},
+        {"5", "no answer in time"},
+        {"6", "the other side speaks another version of the protocol"},
+        {"7", "the robot does not let us in"},
+        {"8", "no such module, method, key or camera, or arguments that do not fit"},
+        {"9", "the module ran and reported a failure"},
+        {"10", "the connection was lost"},
+        {"11", "no announcements: no system bus or no Avahi daemon"},
+        {"12", "the results could not be written"},
+        {"13", "anything else"},
+        {"14", "the camera's picture is damaged or of an unknown format"},
+        {"15", "the robot is not known to be the right one: its certificate is not trusted"},
+        {"16", "the robot takes no more of these: connections, subscriptions, cameras"},
+        {"129, 130, 143", "ended by SIGHUP, SIGINT (Ctrl-C), SIGTERM"},
+        {"141", "the reader of the results went away"},
+    };
+    return codes;
+}
+
+ExitStatus exitStatusOf(KVError::Cause cause) {
+    switch (cause) {
+        case KVError::Cause::NameNotFound:
+            return ExitStatus::NotFound;
+        case KVError::Cause::NoRoute:
+        case KVError::Cause::Refused:
+            return ExitStatus::Unreachable;
+        case KVError::Cause::TimedOut:
+            return ExitStatus::TimedOut;
+        case KVError::Cause::ProtocolVersion:
+            return ExitStatus::ProtocolVersion;
+        case KVError::Cause::NotAuthorised:
+            return ExitStatus::NotAuthorised;
+        case KVError::Cause::InvalidArgument:
+        case KVError::Cause::NoSuchModule:
+        case KVError::Cause::NoSuchMethod:
+        case KVError::Cause::NoSuchStream:
+        case KVError::Cause::WrongArguments:
+        case KVError::Cause::WrongType:
+        case KVError::Cause::TooLarge:
+            return ExitStatus::NotOffered;
+        case KVError::Cause::NotTrusted:
+            return ExitStatus::NotTrusted;
+        case KVError::Cause::TooMany:
+            return ExitStatus::TooMany;
+        case KVError::Cause::RaisedByModule:
+            return ExitStatus::RaisedByModule;
+        case KVError::Cause::ConnectionLost:
+            return ExitStatus::ConnectionLost;
+        default:
+            return ExitStatus::Internal;
+    }
+}
+
+int exitStatusOfSignal(int signal) {
+    return 128 + signal;
+}
+
+}  // namespace robaxi_tool

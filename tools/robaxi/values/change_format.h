@@ -1,0 +1,31 @@
+#ifndef OBVISTA_TOOLS_ROBAXI_VALUES_CHANGE_FORMAT_H
+#define OBVISTA_TOOLS_ROBAXI_VALUES_CHANGE_FORMAT_H
+
+#include <robaxi/kv_value.h>
+
+#include <cstdint>
+#include <string>
+
+namespace robaxi_tool {
+
+/** One new value of a watched key. */
+struct ChangeRow {
+    std::int64_t fTime = 0;  ///< microseconds since 1970-01-01 UTC
+    std::string fKey;
+    std::string fUnit;
+    KVValue fValue;
+};
+
+enum class ChangeFormat { Text, Json, Csv };
+
+/** The line above all others, or nothing. */
+std::string headerOf(ChangeFormat format);
+/** One line with its end; safe for a terminal. */
+std::string lineOf(ChangeFormat format, const ChangeRow& row);
+
+/** For instance "2024-05-01T12:34:56.789012Z". */
+std::string timeText(std::int64_t microseconds);
+
+}  // namespace robaxi_tool
+
+#endif

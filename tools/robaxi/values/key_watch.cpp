@@ -1,0 +1,125 @@
+#include "values/key_watch.h"
+
+#include "values/key_pattern.h"
+
+#include <utility>
+
+namespace robaxi_tool {
+
+KeyWatch::KeyWatch(std::vector<std::string> patterns, Output output, Bell& bell)
+    : fOutput(std::move(output)), fBell(bell) {
+    for (std::string& pattern : patterns) {
+        fPatterns.emplace(std::move(pattern), false);
+    }
+}
+
+void KeyWatch::keysAdded(const std::vector<KVKeyInfo>& keys) {
+    {
+        const std::lock_guard lock(fMutex);
+        for (const KVKeyInfo& key : keys) {
+            if (xMatches(key.fName)) {
+                fKeys[key.fId] = {key.fName, key.fUnit};
+                fSelectionChanged = true;
+            }
+        }
+    }
+    fBell.ring();
+}
+
+void KeyWatch::keysRemoved(const std::vector<std::uint32_t>& ids) {
+    const std::lock_guard lock(fMutex);
+    for (const std::uint32_t id : ids) {
+        fKeys.erase(id);
+    }
+}
+
+void KeyWatch::valuesChanged(const std::vector<KVChange>& changes) {
+    std::vector<ChangeRow> rows;
+    {
+        const std::lock_guard lock(fMutex);
+        if (fEnd) {
+            return;
+        }
+        for (const KVChange& change : changes) {
+            const auto key = fKeys.find(change.fId);
+            if (key != fKeys.end()) {
+                rows.push_back({change.fTime, key->second.fName, key->second.fUnit, change.fValue});
+            }
+        }
+    }
+    try {
+        fOutput(rows);
+    } catch (...) {
+        xEnd(std::current_exception());
+    }
+}
+
+void KeyWatch::ended(const KVError& error) {
+    xEnd(std::make_exception_ptr(error));
+}
+
+std::optional<std::vector<std::uint32_t>> KeyWatch::takeNewSelection() {
+    const std::lock_guard lock(fMutex);
+    if (!std::exchange(fSelectionChanged, false)) {
+        return std::nullopt;
+    }
+    std::vector<std::uint32_t> ids;
+    for (const auto& [id, key] : fKeys) {
+        ids.push_back(id);
+    }
+    return ids;
+}
+
+std::vector<std::string> KeyWatch::unmatched() const {
+    const std::lock_guard lock(fMutex);
+    std::vector<std::string> patterns;
+    for (const auto& [pattern, matched] : fPatterns) {
+        if (!matched) {
+            patterns.push_back(pattern);
+        }
+    }
+    return patterns;
+}
+
+bool KeyWatch::hasKeys() const {
+    const std::lock_guard lock(fMutex);
+    return !fKeys.empty();
+}
+
+bool KeyWatch::isOver() const {
+    const std::lock_guard lock(fMutex);
+    return fEnd != nullptr;
+}
+
+void KeyWatch::rethrow() const {
+    std::exception_ptr reason;
+    {
+        const std::lock_guard lock(fMutex);
+        reason = fEnd;
+    }
+    if (reason) {
+        std::rethrow_exception(reason);
+    }
+}
+
+bool KeyWatch::xMatches(const std::string& name) {
+    bool matches = false;
+    for (auto& [pattern, matched] : fPatterns) {
+        if (matchesKey(pattern, name)) {
+            matched = matches = true;
+        }
+    }
+    return matches;
+}
+
+void KeyWatch::xEnd(std::exception_ptr reason) {
+    {
+        const std::lock_guard lock(fMutex);
+        if (!fEnd) {
+            fEnd = std::move(reason);
+        }
+    }
+    fBell.ring();
+}
+
+}  // namespace robaxi_tool

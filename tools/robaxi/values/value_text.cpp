@@ -1,0 +1,125 @@
+#include "values/value_text.h"
+
+#include "values/safe_text.h"
+
+#include <boost/archive/iterators/base64_from_binary.hpp>
+#include <boost/archive/iterators/transform_width.hpp>
+
+#include <cmath>
+
+namespace robaxi_tool {
+
+namespace {
+
+constexpr int a_notIndented = -1;
+
+std::string base64(const KVValue& value) {
+    namespace it = boost::archive::iterators;
+    using Encoder = it::base64_from_binary<it::transform_width<const char*, 6, 8>>;
+    const auto* const bytes = static_cast<const char*>(value.GetBinary());
+    const auto size = static_cast<std::size_t>(value.getSize());
+    std::string text(Encoder(bytes), Encoder(bytes + size));
+    text.append((3 - size % 3) % 3, '=');
+    return text;
+}
+
+std::string binaryText(const KVValue& value) {
+    return "<" + std::to_string(value.getSize()) + " bytes>";
+}
+
+/** The shape of a value in JSON; `binary` says what stands for bytes. */
+template <class BinaryToJson>
+Json shaped(const KVValue& value, const BinaryToJson& binary) {
+    switch (value.type()) {
+        case KVValue::Type::Bool:
+            return value.toBool();
+        case KVValue::Type::Int:
+            return value.toInt();
+        case KVValue::Type::Float:
+            return value.toFloat();
+        case KVValue::Type::String:
+            return value.toString();
+        case KVValue::Type::Binary:
+            return binary(value);
+        case KVValue::Type::List: {
+            Json list = Json::array();
+            for (const KVValue& element : value.toList()) {
+                list.push_back(shaped(element, binary));
+            }
+            return list;
+        }
+        case KVValue::Type::Map: {
+            Json map = Json::object();
+            for (const auto& [key, element] : value.toMap()) {
+                map[key] = shaped(element, binary);
+            }
+            return map;
+        }
+        case KVValue::Type::Nothing:
+            break;
+    }
+    return nullptr;
+}
+
+std::string dumped(const Json& json, bool ascii) {
+    return json.dump(a_notIndented, ' ', ascii, Json::error_handler_t::replace);
+}
+
+std::string floatText(double number) {
+    if (std::isnan(number)) {
+        return "nan";
+    }
+    if (std::isinf(number)) {
+        return number > 0 ? "inf" : "-inf";
+    }
+    return dumped(number, false);
+}
+
+/** Programs that read CSV may drop blanks around a field. */
+bool needsQuotes(const std::string& text) {
+    return text.find_first_of(",\"") != std::string::npos ||
+           (!text.empty() && (text.front() == ' ' || text.back() == ' '));
+}
+
+}  // namespace
+
+std::string valueText(const KVValue& value) {
+    switch (value.type()) {
+        case KVValue::Type::String:
+            return oneLine(value.toString());
+        case KVValue::Type::Binary:
+            return binaryText(value);
+        case KVValue::Type::Float:
+            return floatText(value.toFloat());
+        default:
+            return oneLine(dumped(shaped(value, binaryText), false));
+    }
+}
+
+Json valueJson(const KVValue& value) {
+    return shaped(value, [](const KVValue& bytes) { return Json{{"base64", base64(bytes)}}; });
+}
+
+std::string jsonLine(const Json& json) {
+    return dumped(json, true) + '\n';
+}
+
+std::string csvField(const std::string& text) {
+    std::string safe = oneLine(text);
+    if (!needsQuotes(safe)) {
+        return safe;
+    }
+    std::string quoted = "\"";
+    for (const char character : safe) {
+        quoted.append(character == '"' ? 2 : 1, character);
+    }
+    return quoted + '"';
+}
+
+std::string csvText(const std::string& text) {
+    const bool looksLikeFormula =
+        !text.empty() && std::string("=+-@").find(text.front()) != std::string::npos;
+    return csvField(looksLikeFormula ? '\'' + text : text);
+}
+
+}  // namespace robaxi_tool
