@@ -1,8 +1,9 @@
+#include "commands/ping_command.h"
+
 #include "command_line/options.h"
 #include "commands/commands.h"
 #include "network/robot_link.h"
 #include "process/failure.h"
-#include "round_trips.h"
 #include "values/safe_text.h"
 #include "values/value_text.h"
 
@@ -11,6 +12,7 @@
 #include <charconv>
 #include <cmath>
 #include <functional>
+#include <numeric>
 
 namespace robaxi_tool {
 
@@ -158,6 +160,19 @@ class PingCommand : public Command {
 };
 
 }  // namespace
+
+RoundTripStatistics statisticsOf(std::vector<double> times) {
+    std::sort(times.begin(), times.end());
+    const std::size_t count = times.size();
+    RoundTripStatistics statistics;
+    statistics.fMinimum = times.front();
+    statistics.fMean =
+        std::accumulate(times.begin(), times.end(), 0.0) / static_cast<double>(count);
+    statistics.fMedian = (times[(count - 1) / 2] + times[count / 2]) / 2;
+    statistics.fPercentile99 = times[(count * 99 + 99) / 100 - 1];
+    statistics.fMaximum = times.back();
+    return statistics;
+}
 
 std::unique_ptr<Command> makePingCommand() {
     return std::make_unique<PingCommand>();

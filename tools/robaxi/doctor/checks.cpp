@@ -12,6 +12,20 @@ bool shareAddress(const std::vector<std::string>& some, const std::vector<std::s
 
 }  // namespace
 
+std::string nameOf(Verdict verdict) {
+    switch (verdict) {
+        case Verdict::Good:
+            return "ok";
+        case Verdict::Note:
+            return "note";
+        case Verdict::Problem:
+            return "problem";
+        case Verdict::Skipped:
+            break;
+    }
+    return "skipped";
+}
+
 std::optional<std::vector<std::string>> Examination::lookUp(const std::string& hostName) const {
     return addressesInTime(hostName, std::chrono::seconds(fTimeout), fInterruption);
 }

@@ -1,7 +1,6 @@
 #ifndef OBVISTA_TOOLS_ROBAXI_DOCTOR_CHECKS_H
 #define OBVISTA_TOOLS_ROBAXI_DOCTOR_CHECKS_H
 
-#include "doctor/finding.h"
 #include "network/announced_hosts.h"
 #include "network/host_search.h"
 #include "network/target.h"
@@ -14,6 +13,22 @@
 #include <vector>
 
 namespace robaxi_tool {
+
+enum class Verdict {
+    Good,
+    Note,     ///< worth knowing; nothing fails because of it alone
+    Problem,  ///< something will not work
+    Skipped   ///< could not be looked at, or does not apply
+};
+
+/** What one check of the doctor found. */
+struct Finding {
+    Verdict fVerdict = Verdict::Good;
+    std::string fText;    ///< one sentence
+    std::string fAdvice;  ///< what to do; empty when there is nothing to do
+};
+
+std::string nameOf(Verdict verdict);
 
 /** What is examined, and what the checks before have found out for those after them. */
 struct Examination {

@@ -1,12 +1,15 @@
 #include "network/host_search.h"
 
-#include "lower_case.h"
 #include "process/failure.h"
 
 #include <bonjour/bonjour_discovery.h>
 #include <robaxi/kv_broker.h>
 
+#include <boost/algorithm/string/case_conv.hpp>
+#include <boost/algorithm/string/predicate.hpp>
+
 #include <algorithm>
+#include <locale>
 #include <memory>
 
 namespace robaxi_tool {
@@ -33,10 +36,13 @@ std::vector<std::string> candidateNames(const std::string& host) {
     return {host};
 }
 
+std::string lowerCase(const std::string& text) {
+    return boost::algorithm::to_lower_copy(text, std::locale::classic());
+}
+
 bool isLocalName(const std::string& host) {
     const std::string suffix = ".local";
-    return host.size() > suffix.size() &&
-           lowerCase(host.substr(host.size() - suffix.size())) == suffix;
+    return host.size() > suffix.size() && boost::iends_with(host, suffix, std::locale::classic());
 }
 
 bool isAskedOfTheNetwork(const std::string& host) {

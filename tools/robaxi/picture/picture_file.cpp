@@ -1,12 +1,14 @@
 #include "picture/picture_file.h"
 
-#include "lower_case.h"
 #include "picture/jpeg.h"
 #include "picture/pixels.h"
 #include "process/failure.h"
 
+#include <boost/algorithm/string/predicate.hpp>
+
 #include <algorithm>
 #include <array>
+#include <locale>
 #include <png.h>
 
 namespace robaxi_tool {
@@ -59,9 +61,10 @@ std::string plainFile(const char* kind, const Pixels& pixels) {
 }  // namespace
 
 std::optional<PictureFormat> parsePictureFormat(const std::string& text) {
-    const std::string name = lowerCase(text);
+    const std::locale& ascii = std::locale::classic();
     for (const NamedFormat& entry : a_formats) {
-        if (name == entry.fName || name == entry.fEnding) {
+        if (boost::iequals(text, entry.fName, ascii) ||
+            boost::iequals(text, entry.fEnding, ascii)) {
             return entry.fFormat;
         }
     }

@@ -1,17 +1,24 @@
 #include "process/console.h"
 
 #include "process/failure.h"
-#include "process/write_all.h"
 #include "values/safe_text.h"
 
 #include <cerrno>
 #include <cstdlib>
+#include <poll.h>
 #include <system_error>
 #include <unistd.h>
 
 namespace robaxi_tool {
 
 namespace {
+
+constexpr int a_forever = -1;
+
+void waitForSpace(int descriptor) {
+    pollfd waited{descriptor, POLLOUT, 0};
+    poll(&waited, 1, a_forever);
+}
 
 bool isTerminalWithColors(int descriptor) {
     const char* const kind = std::getenv("TERM");
@@ -35,6 +42,21 @@ const char* escapeSequence(Console::Paint paint) {
 }
 
 }  // namespace
+
+int writeAll(int descriptor, const std::string& bytes) {
+    std::size_t written = 0;
+    while (written < bytes.size()) {
+        const ssize_t count = write(descriptor, bytes.data() + written, bytes.size() - written);
+        if (count >= 0) {
+            written += static_cast<std::size_t>(count);
+        } else if (errno == EAGAIN) {
+            waitForSpace(descriptor);
+        } else if (errno != EINTR) {
+            return errno;
+        }
+    }
+    return 0;
+}
 
 Console::Console(int output, int errors)
     : fOutput(output), fErrors(errors), fPaints(isTerminalWithColors(output)) {

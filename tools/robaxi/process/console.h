@@ -41,6 +41,14 @@ class Console {
     std::mutex fMutex;  ///< keeps what two threads print apart
 };
 
+/**
+ * Writes every byte, and waits where a reader is slow, also when whoever started the program made
+ * the descriptor one that does not block.
+ *
+ * @return 0, or the number of the error
+ */
+int writeAll(int descriptor, const std::string& bytes);
+
 }  // namespace robaxi_tool
 
 #endif

@@ -1,7 +1,7 @@
 #include "snapshot/output_file.h"
 
+#include "process/console.h"
 #include "process/failure.h"
-#include "process/write_all.h"
 
 #include <cerrno>
 #include <cstdlib>

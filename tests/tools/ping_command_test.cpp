@@ -1,4 +1,4 @@
-#include "round_trips.h"
+#include "commands/ping_command.h"
 
 #include <gtest/gtest.h>
 
