@@ -10,6 +10,7 @@ namespace {
 
 constexpr int a_mostScans = 10;  // as many as encoders write
 constexpr int a_largestJpeg = 80 * 1024;
+constexpr int a_largestProgressiveJpeg = 52 * 1024;  // each scan visits the coefficients again
 
 enum Marker : unsigned char {
     Baseline = 0xC0,
@@ -93,9 +94,11 @@ class Scanner {
             return false;
         }
         switch (marker) {
+            case Progressive:
+                fMostBytes = a_largestProgressiveJpeg;
+                [[fallthrough]];
             case Baseline:
             case Extended:
-            case Progressive:
                 return isSmallFrame(fBytes.mid(content, fAt - content)) && xKeep(begin);
             case Scan:
                 fAt = endOfEntropy(fBytes, fAt);
@@ -113,13 +116,14 @@ class Scanner {
 
     bool xKeep(int begin) {
         fPicture.append(fBytes.constData() + begin, fAt - begin);
-        return fPicture.size() <= a_largestJpeg;
+        return fPicture.size() <= fMostBytes;
     }
 
     const QByteArray& fBytes;
     QByteArray fPicture;
     int fAt = 0;
     int fScans = 0;
+    int fMostBytes = a_largestJpeg;
 };
 
 }  // namespace
