@@ -1,7 +1,7 @@
 #ifndef OBVISTA_ROBOT_OPTIONS_H
 #define OBVISTA_ROBOT_OPTIONS_H
 
-#include "load_memory.h"
+#include "memory/load_memory.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,9 +1,9 @@
 #include "robot.h"
 
-#include "computer_memory.h"
-#include "hostile_memory.h"
-#include "humanoid_memory.h"
-#include "load_memory.h"
+#include "memory/computer_memory.h"
+#include "memory/hostile_memory.h"
+#include "memory/humanoid_memory.h"
+#include "memory/load_memory.h"
 #include "modules.h"
 #include "safe_text.h"
 #include "table_keys.h"

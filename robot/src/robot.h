@@ -2,15 +2,15 @@
 #define OBVISTA_ROBOT_ROBOT_H
 
 #include "announcer.h"
+#include "body/pose.h"
 #include "main_loop.h"
-#include "memory_source.h"
+#include "memory/memory_source.h"
 #include "options.h"
-#include "pose.h"
 #include "sim_module.h"
 #include "ticker.h"
 #include "video/video.h"
-#include "web_page.h"
-#include "web_server.h"
+#include "web/web_page.h"
+#include "web/web_server.h"
 
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_module.h>

@@ -1,8 +1,8 @@
 #ifndef OBVISTA_ROBOT_SIM_MODULE_H
 #define OBVISTA_ROBOT_SIM_MODULE_H
 
-#include "icon.h"
 #include "video/frame_trouble.h"
+#include "web/icon.h"
 
 #include <robaxi/kv_module.h>
 

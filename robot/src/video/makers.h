@@ -1,7 +1,7 @@
 #ifndef OBVISTA_ROBOT_VIDEO_MAKERS_H
 #define OBVISTA_ROBOT_VIDEO_MAKERS_H
 
-#include "pose.h"
+#include "body/pose.h"
 #include "video/camera.h"
 
 #include <functional>

@@ -1,7 +1,7 @@
 #ifndef OBVISTA_ROBOT_VIDEO_ROBOT_VIEWS_H
 #define OBVISTA_ROBOT_VIDEO_ROBOT_VIEWS_H
 
-#include "pose.h"
+#include "body/pose.h"
 #include "video/canvas.h"
 
 namespace robot {

@@ -1,0 +1,36 @@
+#ifndef OBVISTA_ROBOT_MEMORY_COMPUTER_MEMORY_H
+#define OBVISTA_ROBOT_MEMORY_COMPUTER_MEMORY_H
+
+#include "memory/computer_figures.h"
+#include "memory/memory_source.h"
+
+#include <robaxi/kv_value_table.h>
+
+#include <boost/shared_ptr.hpp>
+
+#include <mutex>
+#include <unordered_map>
+
+namespace robot {
+
+/** The machine's figures in a table: keys come and go with their sources. */
+class ComputerMemory : public MemorySource {
+  public:
+    /** Adds the figures that can be read at once. */
+    ComputerMemory(ComputerFigures figures, boost::shared_ptr<KVValueTable> table);
+
+    std::chrono::microseconds period() const override { return std::chrono::seconds(1); }
+    void update(std::uint64_t step) override;
+
+  private:
+    void xRemoveMissing(const std::vector<Figure>& figures);
+
+    std::mutex fMutex;  // guards all members
+    ComputerFigures fFigures;
+    boost::shared_ptr<KVValueTable> fTable;
+    std::unordered_map<std::string, std::uint32_t> fIds;
+};
+
+}  // namespace robot
+
+#endif

@@ -1,0 +1,49 @@
+#ifndef OBVISTA_ROBOT_MEMORY_HOSTILE_MEMORY_H
+#define OBVISTA_ROBOT_MEMORY_HOSTILE_MEMORY_H
+
+#include "memory/memory_source.h"
+
+#include <robaxi/kv_value_table.h>
+
+#include <boost/shared_ptr.hpp>
+
+#include <cstdint>
+#include <functional>
+#include <utility>
+#include <vector>
+
+namespace robot {
+
+/**
+ * Values under "Hostile/" that a viewer must bear: markup and control characters in names, units
+ * and values, 10 MB texts, numbers at and beyond the ends, types that change, keys that vanish and
+ * return.
+ */
+class HostileMemory : public MemorySource {
+  public:
+    /** Length of the long texts, bytes. */
+    static constexpr std::size_t a_longText = 10'000'000;
+
+    explicit HostileMemory(boost::shared_ptr<KVValueTable> table);
+
+    std::chrono::microseconds period() const override { return std::chrono::milliseconds(500); }
+    void update(std::uint64_t step) override;
+
+  private:
+    using Evaluate = std::function<KVValue(std::uint64_t step)>;
+
+    void xAdd(const std::string& name, const std::string& unit, Evaluate evaluate);
+    void xAddTexts();
+    void xAddNumbers();
+    void xAddShapes();
+    void xAddNames();
+    void xAddVanishing();
+
+    boost::shared_ptr<KVValueTable> fTable;
+    std::vector<std::pair<std::uint32_t, Evaluate>> fChanging;
+    std::vector<std::uint32_t> fVanishing;  // empty while they are away
+};
+
+}  // namespace robot
+
+#endif

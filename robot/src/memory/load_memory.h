@@ -1,0 +1,59 @@
+#ifndef OBVISTA_ROBOT_MEMORY_LOAD_MEMORY_H
+#define OBVISTA_ROBOT_MEMORY_LOAD_MEMORY_H
+
+#include "memory/memory_source.h"
+
+#include <robaxi/kv_value_table.h>
+
+#include <boost/shared_ptr.hpp>
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace robot {
+
+/** How many values a robot has, and how many of them change how often. */
+struct Load {
+    int fKeys = 0;      ///< 0 for none
+    int fChanging = 0;  ///< at most fKeys
+    double fRate = 0;   ///< changes of a key in a second
+};
+
+/**
+ * Very many values, to try what a viewer can bear.
+ *
+ * The keys are those of drives, ten of several types and units each:
+ * "Load/Unit003/Drive7/Position". Whole drives change, spread evenly over the table, the first one
+ * among them. At each step all of a drive's keys take a new value at one instant, and its key
+ * "Changed" is that instant in microseconds since 1970-01-01 UTC, "Steps" the number of the step:
+ * with these a client can tell how old and how complete is what it shows.
+ */
+class LoadMemory : public MemorySource {
+  public:
+    /** Adds the keys with their values of step 0. */
+    LoadMemory(const Load& load, boost::shared_ptr<KVValueTable> table);
+
+    std::chrono::microseconds period() const override { return fPeriod; }
+    void update(std::uint64_t step) override;
+
+  private:
+    struct Key {
+        int fDrive;
+        std::size_t fFigure;
+    };
+
+    void xAddKeys(const Load& load);
+    void xMarkChanging(const Load& load, std::vector<bool>& isChanging) const;
+
+    const std::chrono::microseconds fPeriod;
+    boost::shared_ptr<KVValueTable> fTable;
+    std::vector<Key> fChanging;
+    std::vector<std::pair<std::uint32_t, KVValue>> fValues;  // of the changing keys, reused
+};
+
+}  // namespace robot
+
+#endif

@@ -1,0 +1,7 @@
+#include "memory/memory_source.h"
+
+namespace robot {
+
+MemorySource::~MemorySource() = default;
+
+}  // namespace robot

@@ -1,0 +1,23 @@
+#ifndef OBVISTA_ROBOT_MEMORY_MEMORY_SOURCE_H
+#define OBVISTA_ROBOT_MEMORY_MEMORY_SOURCE_H
+
+#include <chrono>
+#include <cstdint>
+
+namespace robot {
+
+/** Keeps a table of values up to date. */
+class MemorySource {
+  public:
+    virtual ~MemorySource();
+
+    /** How often update() wants to be called. */
+    virtual std::chrono::microseconds period() const = 0;
+
+    /** Brings the table to a step; steps may be left out when time is short. On any thread. */
+    virtual void update(std::uint64_t step) = 0;
+};
+
+}  // namespace robot
+
+#endif

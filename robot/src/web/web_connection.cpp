@@ -1,0 +1,138 @@
+#include "web/web_connection.h"
+
+#include <boost/asio/buffer.hpp>
+#include <boost/beast/http/read.hpp>
+
+#include <algorithm>
+#include <utility>
+
+namespace robot {
+
+namespace {
+
+namespace http = boost::beast::http;
+using boost::system::error_code;
+
+constexpr std::chrono::seconds a_timeToAsk(5);
+constexpr std::chrono::seconds a_timeToTake(20);
+constexpr std::chrono::seconds a_timeToClose(2);
+constexpr std::chrono::minutes a_timeToHang(10);
+constexpr std::uint32_t a_longestHead = 8192;
+constexpr std::uint64_t a_piece = 65536;
+
+}  // namespace
+
+WebConnection::WebConnection(boost::asio::ip::tcp::socket socket, const WebSite& site,
+                             std::function<void()> closed)
+    : fStream(std::move(socket)),
+      fSite(site),
+      fClosed(std::move(closed)),
+      fPace(fStream.get_executor()),
+      fBuffer(a_longestHead) {
+    fParser.header_limit(a_longestHead);
+}
+
+WebConnection::~WebConnection() {
+    fClosed();
+}
+
+void WebConnection::start() {
+    // One deadline for the whole request, so that a client that sends it byte by byte is cut off.
+    fStream.expires_after(a_timeToAsk);
+    http::async_read_header(
+        fStream, fBuffer, fParser,
+        [self = shared_from_this()](const error_code& error, std::size_t) {
+            self->fIsWaitingForRequest = false;
+            if (error == http::error::end_of_stream || error == boost::beast::error::timeout ||
+                error == boost::asio::error::operation_aborted) {
+                return;
+            }
+            const auto& request = self->fParser.get();
+            self->xAnswer(error ? WebSite::badRequest()
+                                : self->fSite.answer(std::string(request.method_string()),
+                                                     std::string(request.target())));
+        });
+}
+
+void WebConnection::close() {
+    fIsWaitingForRequest = false;
+    fStream.close();
+}
+
+void WebConnection::xAnswer(WebAnswer answer) {
+    fAnswer = std::move(answer);
+    if (fAnswer.fPace == WebPace::Never) {
+        xLinger(a_timeToHang);
+        return;
+    }
+    fOutput = fAnswer.head();
+    fStream.expires_after(a_timeToTake);
+    xSend();
+}
+
+void WebConnection::xSend() {
+    fStream.async_write_some(
+        boost::asio::buffer(fOutput.data() + fOutputSent, fOutput.size() - fOutputSent),
+        [self = shared_from_this()](const error_code& error, std::size_t sent) {
+            if (!error) {
+                self->xSendMore(sent);
+            }
+        });
+}
+
+void WebConnection::xSendMore(std::size_t sent) {
+    fOutputSent += sent;
+    const bool allSent = fOutputSent == fOutput.size();
+    if (allSent && !xTakeOutput()) {
+        error_code ignored;
+        fStream.socket().shutdown(boost::asio::ip::tcp::socket::shutdown_send, ignored);
+        xLinger(a_timeToClose);
+    } else if (allSent && fAnswer.fPace == WebPace::ByteASecond) {
+        xWaitForNextByte();
+    } else {
+        xSend();
+    }
+}
+
+bool WebConnection::xTakeOutput() {
+    const std::uint64_t left = fAnswer.fLength - fBodyTaken;
+    if (left == 0 || fAnswer.fBody.empty()) {
+        return false;
+    }
+    const std::uint64_t wanted =
+        fAnswer.fPace == WebPace::ByteASecond ? 1 : std::min(left, a_piece);
+    fOutput.clear();
+    fOutputSent = 0;
+    while (fOutput.size() < wanted) {
+        const std::uint64_t from = (fBodyTaken + fOutput.size()) % fAnswer.fBody.size();
+        fOutput.append(fAnswer.fBody, from, wanted - fOutput.size());
+    }
+    fBodyTaken += fOutput.size();
+    return true;
+}
+
+void WebConnection::xWaitForNextByte() {
+    fPace.expires_after(std::chrono::seconds(1));
+    fPace.async_wait([self = shared_from_this()](const error_code& error) {
+        if (!error) {
+            self->fStream.expires_after(a_timeToTake);
+            self->xSend();
+        }
+    });
+}
+
+void WebConnection::xLinger(std::chrono::seconds longest) {
+    fStream.expires_after(longest);
+    xDiscardInput();
+}
+
+void WebConnection::xDiscardInput() {
+    fStream.async_read_some(boost::asio::buffer(fDiscarded),
+                            [self = shared_from_this()](const error_code& error, std::size_t) {
+                                if (!error) {
+                                    self->xDiscardInput();
+                                }
+                            });
+}
+
+}  // namespace robot

@@ -1,0 +1,70 @@
+#ifndef OBVISTA_ROBOT_WEB_WEB_CONNECTION_H
+#define OBVISTA_ROBOT_WEB_WEB_CONNECTION_H
+
+#include "web/web_site.h"
+
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/core/tcp_stream.hpp>
+#include <boost/beast/http/empty_body.hpp>
+#include <boost/beast/http/parser.hpp>
+
+#include <array>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace robot {
+
+/**
+ * One client of the web server: it sends one request, gets its answer, and the connection is
+ * closed. It keeps itself alive while something is under way. All on the server's thread.
+ */
+class WebConnection : public std::enable_shared_from_this<WebConnection> {
+  public:
+    /**
+     * @param site must outlive the connection
+     * @param closed called by the destructor
+     */
+    WebConnection(boost::asio::ip::tcp::socket socket, const WebSite& site,
+                  std::function<void()> closed);
+    ~WebConnection();
+    WebConnection(const WebConnection&) = delete;
+    WebConnection& operator=(const WebConnection&) = delete;
+
+    void start();
+
+    /** Returns true while its request has not arrived. */
+    bool isWaitingForRequest() const { return fIsWaitingForRequest; }
+    /** Ends it at once. */
+    void close();
+
+  private:
+    void xAnswer(WebAnswer answer);
+    void xSend();
+    void xSendMore(std::size_t sent);
+    bool xTakeOutput();
+    void xWaitForNextByte();
+    /** Waits until the client closes, for so long: what it has not read yet would be lost else. */
+    void xLinger(std::chrono::seconds longest);
+    void xDiscardInput();
+
+    boost::beast::tcp_stream fStream;
+    const WebSite& fSite;
+    std::function<void()> fClosed;
+    boost::asio::steady_timer fPace;
+    boost::beast::flat_buffer fBuffer;
+    boost::beast::http::request_parser<boost::beast::http::empty_body> fParser;
+    WebAnswer fAnswer;
+    std::uint64_t fBodyTaken = 0;  // bytes of the body that have been put into fOutput
+    bool fIsWaitingForRequest = true;
+    std::string fOutput;
+    std::size_t fOutputSent = 0;
+    std::array<char, 1024> fDiscarded{};
+};
+
+}  // namespace robot
+
+#endif

@@ -1,0 +1,45 @@
+#ifndef OBVISTA_ROBOT_WEB_WEB_PAGE_H
+#define OBVISTA_ROBOT_WEB_WEB_PAGE_H
+
+#include <robaxi/kv_module.h>
+#include <robaxi/kv_value_table.h>
+
+#include <boost/shared_ptr.hpp>
+
+#include <string>
+#include <vector>
+
+namespace robot {
+
+/**
+ * The robot's web page: its name, its modules and its values. It is complete as it is served; its
+ * script only keeps the values up to date. May be used from any thread.
+ */
+class WebPage {
+  public:
+    WebPage(std::string name, std::string description,
+            std::vector<boost::shared_ptr<KVModule>> modules,
+            boost::shared_ptr<KVValueTable> values);
+
+    std::string html() const;
+    /** The values as the page shows them: an object from identifier to text. */
+    std::string json() const;
+    static std::string style();
+    static std::string script();
+
+  private:
+    std::string xModules() const;
+    std::string xValues() const;
+
+    std::string fName;
+    std::string fDescription;
+    std::vector<boost::shared_ptr<KVModule>> fModules;
+    boost::shared_ptr<KVValueTable> fValues;
+};
+
+/** A value in a few words; not yet escaped for HTML. */
+std::string shortText(const KVValue& value, const std::string& unit);
+
+}  // namespace robot
+
+#endif
