@@ -1,7 +1,6 @@
 #include "modules.h"
 
-#include "table_keys.h"
-#include "write_rules.h"
+#include "table_values.h"
 
 #include <robaxi/kv_error.h>
 

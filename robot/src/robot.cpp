@@ -6,7 +6,7 @@
 #include "memory/load_memory.h"
 #include "modules.h"
 #include "safe_text.h"
-#include "table_keys.h"
+#include "table_values.h"
 #include "video/makers.h"
 
 #include <robaxi/kv_error.h>
@@ -54,7 +54,7 @@ std::function<Pose()> movingBody(std::uint64_t seed) {
     const auto start = std::chrono::steady_clock::now();
     return [body, start] {
         const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
-        return poseOf(*body, time.count(), HumanoidInputs());
+        return body->pose(time.count(), HumanoidInputs());
     };
 }
 

@@ -2,7 +2,7 @@
 #define OBVISTA_ROBOT_ROBOT_H
 
 #include "announcer.h"
-#include "body/pose.h"
+#include "body/humanoid_body.h"
 #include "main_loop.h"
 #include "memory/memory_source.h"
 #include "options.h"

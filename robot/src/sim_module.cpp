@@ -1,7 +1,7 @@
 #include "sim_module.h"
 
 #include "safe_text.h"
-#include "write_rules.h"
+#include "table_values.h"
 
 #include <robaxi/kv_error.h>
 

@@ -87,6 +87,18 @@ double HumanoidBody::jointTemperature(std::size_t joint, double time,
     return fAmbient + drift + heat * warmth * inputs.fHeat[joint].at(time, a_heatInertia);
 }
 
+Pose HumanoidBody::pose(double time, const HumanoidInputs& inputs) const {
+    Pose pose;
+    pose.fTime = time;
+    for (std::size_t joint = 0; joint < a_jointCount; ++joint) {
+        pose.fJoints[joint] = jointPosition(joint, time, inputs);
+    }
+    pose.fRoll = roll(time);
+    pose.fPitch = pitch(time);
+    pose.fHeading = heading(time);
+    return pose;
+}
+
 double HumanoidBody::gaitPhase(double time) const {
     return a_turn * a_gaitFrequency * fActivity.walkedTime(time);
 }

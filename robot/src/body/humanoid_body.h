@@ -3,11 +3,22 @@
 
 #include "body/activity.h"
 #include "body/humanoid_inputs.h"
+#include "body/joint.h"
 #include "body/noise.h"
 
+#include <array>
 #include <cstdint>
 
 namespace robot {
+
+/** How and where the humanoid stands at an instant. */
+struct Pose {
+    double fTime = 0;                            ///< seconds since the start of the run
+    std::array<double, a_jointCount> fJoints{};  ///< rad
+    double fRoll = 0;                            ///< rad
+    double fPitch = 0;                           ///< rad
+    double fHeading = 0;                         ///< rad, see HumanoidBody::heading()
+};
 
 /**
  * How the humanoid moves, warms and tires: pure functions of seed, time and inputs, without sensor
@@ -27,6 +38,7 @@ class HumanoidBody {
     double jointCurrent(std::size_t joint, double time, const HumanoidInputs& inputs) const;
     double jointTemperature(std::size_t joint, double time, const HumanoidInputs& inputs) const;
 
+    Pose pose(double time, const HumanoidInputs& inputs) const;
     /** Half a turn is one step of the walk, rad. */
     double gaitPhase(double time) const;
     double roll(double time) const;

@@ -1,7 +1,7 @@
 #include "body/humanoid_channels.h"
 
 #include "body/led_animation.h"
-#include "rounded.h"
+#include "table_values.h"
 
 #include <algorithm>
 #include <array>

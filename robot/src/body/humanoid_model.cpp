@@ -1,7 +1,7 @@
 #include "body/humanoid_model.h"
 
 #include "body/led_animation.h"
-#include "write_rules.h"
+#include "table_values.h"
 
 #include <robaxi/kv_error.h>
 
@@ -41,7 +41,7 @@ std::vector<KVValue> HumanoidModel::evaluate(std::uint64_t step,
 }
 
 Pose HumanoidModel::pose(std::uint64_t step, const HumanoidInputs& inputs) const {
-    return poseOf(fBody, stepTime(step), inputs);
+    return fBody.pose(stepTime(step), inputs);
 }
 
 void HumanoidModel::write(const std::string& name, const KVValue& value, std::uint64_t step,

@@ -1,8 +1,8 @@
 #ifndef OBVISTA_ROBOT_BODY_HUMANOID_MODEL_H
 #define OBVISTA_ROBOT_BODY_HUMANOID_MODEL_H
 
+#include "body/humanoid_body.h"
 #include "body/humanoid_channels.h"
-#include "body/pose.h"
 
 #include <robaxi/kv_value.h>
 #include <robaxi/kv_value_table.h>

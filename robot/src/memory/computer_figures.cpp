@@ -1,7 +1,7 @@
 #include "memory/computer_figures.h"
 
-#include "rounded.h"
 #include "safe_text.h"
+#include "table_values.h"
 
 #include <algorithm>
 #include <cctype>

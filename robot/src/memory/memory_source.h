@@ -9,7 +9,7 @@ namespace robot {
 /** Keeps a table of values up to date. */
 class MemorySource {
   public:
-    virtual ~MemorySource();
+    virtual ~MemorySource() = default;
 
     /** How often update() wants to be called. */
     virtual std::chrono::microseconds period() const = 0;

@@ -17,7 +17,7 @@ class Camera {
     using Sink = std::function<void(const KVFrame&)>;
 
     explicit Camera(CameraDescription description) : fDescription(std::move(description)) {}
-    virtual ~Camera();
+    virtual ~Camera() = default;
     Camera(const Camera&) = delete;
     Camera& operator=(const Camera&) = delete;
 

@@ -1,7 +1,7 @@
 #ifndef OBVISTA_ROBOT_VIDEO_MAKERS_H
 #define OBVISTA_ROBOT_VIDEO_MAKERS_H
 
-#include "body/pose.h"
+#include "body/humanoid_body.h"
 #include "video/camera.h"
 
 #include <functional>

@@ -1,7 +1,7 @@
 #ifndef OBVISTA_ROBOT_VIDEO_ROBOT_VIEWS_H
 #define OBVISTA_ROBOT_VIDEO_ROBOT_VIEWS_H
 
-#include "body/pose.h"
+#include "body/humanoid_body.h"
 #include "video/canvas.h"
 
 namespace robot {

@@ -332,7 +332,7 @@ class ViewsTest : public testing::Test {
         return canvas;
     }
 
-    robot::Pose fPose = robot::poseOf(robot::HumanoidBody(1), 10, robot::HumanoidInputs());
+    robot::Pose fPose = robot::HumanoidBody(1).pose(10, robot::HumanoidInputs());
 };
 
 TEST_F(ViewsTest, theHeadsViewMovesWithTheHeadAlone) {

@@ -1,10 +1,22 @@
-#ifndef OBVISTA_ROBOT_WRITE_RULES_H
-#define OBVISTA_ROBOT_WRITE_RULES_H
+#ifndef OBVISTA_ROBOT_TABLE_VALUES_H
+#define OBVISTA_ROBOT_TABLE_VALUES_H
 
+#include <robaxi/kv_value_table.h>
+
+#include <cmath>
 #include <cstdint>
 #include <string>
 
 namespace robot {
+
+/** Adds a key without a unit that clients cannot write. @return its identifier */
+std::uint32_t addReadOnlyKey(KVValueTable& table, const std::string& name,
+                             const std::string& description, const KVValue& value);
+
+/** A reading in whole steps of a resolution, which is given as steps a unit: 10 for 0.1. */
+inline double rounded(double value, double perUnit) {
+    return std::round(value * perUnit) / perUnit;
+}
 
 /**
  * @name Limits of what a client may set

@@ -1,4 +1,4 @@
-#include "write_rules.h"
+#include "table_values.h"
 
 #include "safe_text.h"
 
@@ -27,6 +27,14 @@ Number within(const std::string& what, Number number, Number lowest, Number high
 }
 
 }  // namespace
+
+std::uint32_t addReadOnlyKey(KVValueTable& table, const std::string& name,
+                             const std::string& description, const KVValue& value) {
+    KVKeyInfo key;
+    key.fName = name;
+    key.fDescription = description;
+    return table.addKey(key, value);
+}
 
 double numberWithin(const std::string& what, double number, double lowest, double highest,
                     const std::string& unit) {

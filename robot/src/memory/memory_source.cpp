@@ -1,7 +1,0 @@
-#include "memory/memory_source.h"
-
-namespace robot {
-
-MemorySource::~MemorySource() = default;
-
-}  // namespace robot

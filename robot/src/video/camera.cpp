@@ -1,7 +1,0 @@
-#include "video/camera.h"
-
-namespace robot {
-
-Camera::~Camera() = default;
-
-}  // namespace robot
