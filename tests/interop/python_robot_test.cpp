@@ -21,8 +21,8 @@
 #include <string>
 #include <vector>
 
+using namespace obvista_test;
 using namespace robaxi_test;
-using obvista_test::ChildProcess;
 
 namespace {
 
@@ -35,8 +35,7 @@ KVValue binary(const std::string& bytes) {
 class PythonRobot : public testing::Test {
   protected:
     void startRobot(const std::vector<std::string>& options = {}) {
-        std::vector<std::string> command{INTEROP_PYTHON,
-                                         obvista_test::sourceFile("tests/interop/robot.py")};
+        std::vector<std::string> command{INTEROP_PYTHON, sourceFile("tests/interop/robot.py")};
         command.insert(command.end(), options.begin(), options.end());
         fProcess = std::make_unique<ChildProcess>(command);
         const std::string word = "port ";

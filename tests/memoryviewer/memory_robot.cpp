@@ -6,7 +6,7 @@
 
 #include <boost/make_shared.hpp>
 
-#include <test_broker.h>
+#include <loopback_broker.h>
 
 namespace obvista_test {
 

@@ -34,7 +34,7 @@ TEST(Broker, WithoutAddressPortAndParentListensNowhere) {
 }
 
 TEST(Broker, ListensOnItsAddressUntilItGoes) {
-    const int port = findFreePort();
+    const int port = obvista_test::freePort();
     {
         const auto broker = create(a_loopback, port);
         EXPECT_TRUE(broker->isListening());
@@ -45,14 +45,14 @@ TEST(Broker, ListensOnItsAddressUntilItGoes) {
 }
 
 TEST(Broker, ListensOnAllAddressesWhenOnlyAPortIsGiven) {
-    const auto server = create("", findFreePort());
+    const auto server = create("", obvista_test::freePort());
     server->addModule(makeEcho());
     KVProxy proxy("Echo", "127.0.0.1", server->getPort(), makeClient(), 5, 0);
     EXPECT_EQ(proxy.call<int>("echo", 1), 1);
 }
 
 TEST(Broker, ListensOnTheAddressOfAHostName) {
-    const auto server = create("localhost", findFreePort());
+    const auto server = create("localhost", obvista_test::freePort());
     server->addModule(makeEcho());
     for (const char* address : {"localhost", "127.0.0.1"}) {
         KVProxy proxy("Echo", address, server->getPort(), makeClient(), 5, 0);
@@ -72,7 +72,7 @@ TEST(Broker, SaysThatAPortIsInUse) {
 }
 
 TEST(Broker, SaysThatAnAddressCannotBeUsed) {
-    const KVError error = errorOf([] { create("192.0.2.1", findFreePort()); });
+    const KVError error = errorOf([] { create("192.0.2.1", obvista_test::freePort()); });
     EXPECT_CAUSE(error, CannotListen);
     EXPECT_EQ(error.toString().find("Cannot listen on 192.0.2.1 port "), 0U) << error.toString();
     EXPECT_CAUSE(errorOf([] { create(std::string(70, 'x'), 9559); }), NameNotFound);
@@ -92,7 +92,7 @@ TEST(Broker, RefusesPortsOutOfRangeAndAnEmptyName) {
 TEST(Broker, ConnectsToItsParent) {
     const auto parent = makeServer("Parent");
     EXPECT_FALSE(create("", 0, a_loopback, parent->getPort())->isListening());
-    const int port = findFreePort();
+    const int port = obvista_test::freePort();
     EXPECT_CAUSE(errorOf([&] { create("", 0, a_loopback, port); }), Refused);
 }
 

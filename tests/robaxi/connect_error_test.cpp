@@ -110,7 +110,7 @@ constexpr double a_margin = 0.5;
 }  // namespace
 
 TEST(ConnectError, NothingListensOnThePort) {
-    const int port = findFreePort();
+    const int port = obvista_test::freePort();
     const Outcome outcome = connectProxy(a_loopback, port);
     EXPECT_CAUSE(outcome.fError, Refused);
     EXPECT_EQ(outcome.fError.toString(),

@@ -193,11 +193,12 @@ TEST(Lifetime, OfSeveralBrokersIsTheirOwn) {
 class AfterMain : public testing::TestWithParam<const char*> {};
 
 TEST_P(AfterMain, EndsCleanly) {
-    ChildProcess program({obvista_test::builtFile("tests/robaxi_exit_program"),
-                          obvista_test::builtFile("lib/librobaxi_exit_plugin.so"), GetParam()});
-    const int status = program.finish();
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status << program.output();
+    obvista_test::ChildProcess program({obvista_test::builtFile("tests/robaxi_exit_program"),
+                                        obvista_test::builtFile("lib/librobaxi_exit_plugin.so"),
+                                        GetParam()});
+    EXPECT_EQ(program.waitForEnd(), 0);
     EXPECT_EQ(program.output(), "main ends\n");
+    EXPECT_EQ(program.errors(), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(Lifetime, AfterMain, testing::Values("static", "exit", "thrown", "unload"),

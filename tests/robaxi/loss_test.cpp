@@ -19,6 +19,7 @@
 #include <vector>
 
 using namespace robaxi_test;
+using obvista_test::ChildProcess;
 
 namespace {
 
@@ -39,8 +40,9 @@ class Loss : public testing::Test {
     void startRobot() {
         fRobot = std::make_unique<ChildProcess>(std::vector<std::string>{
             obvista_test::builtFile("tests/robaxi_test_server"), std::to_string(fPort)});
-        if (!fRobot->readUntil("ready")) {
-            throw std::runtime_error("the robot did not start: " + fRobot->output());
+        if (!fRobot->waitForOutput("ready\n")) {
+            throw std::runtime_error("the robot did not start: " + fRobot->output() +
+                                     fRobot->errors());
         }
     }
 
@@ -61,7 +63,7 @@ class Loss : public testing::Test {
         return seconds;
     }
 
-    const int fPort = findFreePort();
+    const int fPort = obvista_test::freePort();
     BrokerPtr fClient = makeClient();
     std::unique_ptr<ChildProcess> fRobot;
     boost::shared_ptr<KVConnection> fConnection;
@@ -157,7 +159,7 @@ TEST_F(Loss, IsNotToldWhenTheConnectionIsClosedByItsUser) {
 TEST_F(Loss, IsFollowedByANewConnectionToARestartedRobot) {
     KVProxy old("Echo", a_loopback, fPort, fClient, 5, 0);
     secondsUntilLost(SIGKILL);
-    fRobot->finish();
+    fRobot->waitForEnd();
     startRobot();
     KVProxy proxy("Echo", a_loopback, fPort, fClient, 5, 0);
     EXPECT_EQ(proxy.call<int>("echo", 7), 7);

@@ -333,8 +333,8 @@ class HelloTime : public testing::Test {
         KVSettings settings;
         settings.fLimits.fHeartbeat = a_heartbeat;
         settings.fLimits.fLoss = std::chrono::seconds(20);
-        fServer =
-            KVBroker::createBroker("Robot", "", findFreePort(), "", 0, 0, "", false, settings);
+        fServer = KVBroker::createBroker("Robot", "", obvista_test::freePort(), "", 0, 0, "", false,
+                                         settings);
         KVKeyInfo key;
         key.fName = "a";
         fKey = fTable->addKey(key, 0);

@@ -87,7 +87,7 @@ TEST_F(Resources, DoNotGrowWithSubscriptions) {
 }
 
 TEST_F(Resources, DoNotGrowWithFailedConnections) {
-    const int port = findFreePort();
+    const int port = obvista_test::freePort();
     expectNoGrowth([this, port] {
         EXPECT_CAUSE(errorOf([&] { KVConnection::open(fClient, a_loopback, port, 5); }), Refused);
     });

@@ -14,6 +14,7 @@
 
 #include <sys/stat.h>
 
+using namespace obvista_test;
 using namespace robaxi_test;
 
 namespace {
@@ -246,6 +247,7 @@ TEST_F(Security, SaysWhichFileCannotBeUsed) {
 
 TEST_F(Security, TellsARobotThatIsNotThereAsWithoutTls) {
     const auto client = makeClient(clientOf(fCertificate));
-    EXPECT_CAUSE(errorOf([&] { KVProxy("Echo", a_loopback, findFreePort(), client, 2, 0); }),
-                 Refused);
+    EXPECT_CAUSE(
+        errorOf([&] { KVProxy("Echo", a_loopback, obvista_test::freePort(), client, 2, 0); }),
+        Refused);
 }

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <string>
 
+using namespace obvista_test;
 using namespace robaxi_test;
 
 namespace {

@@ -2,47 +2,17 @@
 
 #include <boost/make_shared.hpp>
 
+#include <loopback_broker.h>
 #include <stdexcept>
-#include <unistd.h>
 
 namespace robaxi_test {
-
-namespace {
-
-constexpr int a_firstPort = 21000;
-constexpr int a_numberOfPorts = 8000;
-
-/** Tests run side by side, so each process begins somewhere else. */
-int firstPortOfProcess() {
-    return a_firstPort + (static_cast<int>(::getpid()) * 37) % a_numberOfPorts;
-}
-
-int nextPort() {
-    static int next = firstPortOfProcess();
-    if (++next >= a_firstPort + a_numberOfPorts) {
-        next = a_firstPort;
-    }
-    return next;
-}
-
-}  // namespace
 
 BrokerPtr makeServer(const std::string& name) {
     return makeServer(name, KVSettings());
 }
 
 BrokerPtr makeServer(const std::string& name, const KVSettings& settings) {
-    for (int attempt = 0; attempt < a_numberOfPorts; ++attempt) {
-        try {
-            return KVBroker::createBroker(name, a_loopback, nextPort(), "", 0, 0, "", false,
-                                          settings);
-        } catch (const KVError& error) {
-            if (error.cause() != KVError::Cause::AddressInUse) {
-                throw;
-            }
-        }
-    }
-    throw std::runtime_error("no port is free");
+    return obvista_test::createTestBroker(name, settings);
 }
 
 BrokerPtr makeClient(const std::string& name) {
@@ -51,10 +21,6 @@ BrokerPtr makeClient(const std::string& name) {
 
 BrokerPtr makeClient(const KVSettings& settings) {
     return KVBroker::createBroker("Client", "", 0, "", 0, 0, "", false, settings);
-}
-
-int findFreePort() {
-    return makeServer()->getPort();
 }
 
 ModulePtr makeEcho() {

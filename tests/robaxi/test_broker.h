@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <free_port.h>
 #include <functional>
 #include <string>
 
@@ -27,9 +28,6 @@ BrokerPtr makeServer(const std::string& name, const KVSettings& settings);
 /** A broker that does not listen, as the host and its plugins use it. */
 BrokerPtr makeClient(const std::string& name = "Client");
 BrokerPtr makeClient(const KVSettings& settings);
-
-/** A port of the loopback on which nothing listens. */
-int findFreePort();
 
 /** A module "Echo" with "echo(any)" that returns its argument, and "fail(string)". */
 ModulePtr makeEcho();

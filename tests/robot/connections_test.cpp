@@ -1,5 +1,5 @@
 // Connections that say nothing, more of them than the robot has descriptors for.
-#include "../robaxi/certificates.h"
+#include "certificates.h"
 #include "robot_process.h"
 #include "tcp_client.h"
 
@@ -16,8 +16,8 @@
 #include <unistd.h>
 #include <vector>
 
+using obvista_test::Certificate;
 using obvista_test::RobotProcess;
-using robaxi_test::Certificate;
 using testing::HasSubstr;
 
 namespace {
@@ -112,7 +112,7 @@ TEST_F(ConnectionsTest, thatNeverSayHelloAreClosed) {
 }
 
 TEST(ConnectionsWithTls, beyondItsDescriptorsDoNotMakeItDeaf) {
-    robaxi_test::Folder folder;
+    obvista_test::Folder folder;
     const Certificate certificate = makeCertificate(folder, "robot", "IP:127.0.0.1");
     RobotProcess robot({{"--tls-certificate", certificate.fFile, "--tls-key", certificate.fKey}});
     const rlimit limit{a_fewDescriptors, a_fewDescriptors};

@@ -1,5 +1,5 @@
 // TLS and the token of the program, as its command line asks for them.
-#include "../robaxi/certificates.h"
+#include "certificates.h"
 #include "robot_process.h"
 
 #include <robaxi/kv_broker.h>
@@ -15,9 +15,9 @@
 #include <cstdlib>
 #include <optional>
 
+using obvista_test::Certificate;
 using obvista_test::ChildProcess;
 using obvista_test::RobotProcess;
-using robaxi_test::Certificate;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
@@ -39,7 +39,7 @@ class SecurityTest : public testing::Test {
         return std::nullopt;
     }
 
-    robaxi_test::Folder fFolder;
+    obvista_test::Folder fFolder;
     Certificate fCertificate = makeCertificate(fFolder, "robot", "IP:127.0.0.1");
     std::string fTokenFile = fFolder.write("token", "a-long-enough-token-of-a-robot\n");
 };

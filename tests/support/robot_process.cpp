@@ -2,12 +2,8 @@
 
 #include "project_files.h"
 
-#include <arpa/inet.h>
 #include <csignal>
-#include <netinet/in.h>
 #include <stdexcept>
-#include <sys/socket.h>
-#include <unistd.h>
 
 namespace obvista_test {
 
@@ -21,22 +17,6 @@ void addOption(std::vector<std::string>& command, const char* option, int value)
 }
 
 }  // namespace
-
-int freePort() {
-    const int socketNumber = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in place{};
-    place.sin_family = AF_INET;
-    place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof place;
-    auto* generic = reinterpret_cast<sockaddr*>(&place);
-    const bool found =
-        bind(socketNumber, generic, size) == 0 && getsockname(socketNumber, generic, &size) == 0;
-    close(socketNumber);
-    if (!found) {
-        throw std::runtime_error("no free port on loopback");
-    }
-    return ntohs(place.sin_port);
-}
 
 RobotProcess::RobotProcess() : RobotProcess(Settings()) {
 }

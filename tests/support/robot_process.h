@@ -2,15 +2,13 @@
 #define OBVISTA_TESTS_SUPPORT_ROBOT_PROCESS_H
 
 #include "child_process.h"
+#include "free_port.h"
 
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace obvista_test {
-
-/** A port of loopback on which nothing listens; another program may take it at any time. */
-int freePort();
 
 /**
  * A robaxi-robot that runs on loopback beside a test, unannounced. It is killed when the object

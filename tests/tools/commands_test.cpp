@@ -1,8 +1,8 @@
 // The commands against a robot in another process.
+#include "loopback_broker.h"
 #include "project_files.h"
 #include "robot_process.h"
 #include "silent_server.h"
-#include "test_broker.h"
 #include "tool_process.h"
 
 #include <robaxi/kv_broker.h>

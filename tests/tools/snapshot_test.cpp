@@ -6,15 +6,19 @@
 #include "values/change_format.h"
 #include "video_robot.h"
 
+#include <robaxi/kv_frame_source.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <condition_variable>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <future>
 #include <iterator>
 #include <memory>
 #include <mutex>
@@ -34,18 +38,43 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
 
-/** Each test has a robot and a folder of its own. */
+/** A frame whose bytes are a text. */
+KVFrame makeFrame(std::uint64_t number, KVPixelFormat format, std::uint32_t width,
+                  std::uint32_t height, const std::string& bytes) {
+    KVFrame frame;
+    frame.fNumber = number;
+    frame.fTime = 1714566896789012;
+    frame.fWidth = width;
+    frame.fHeight = height;
+    frame.fStride = format == KVPixelFormat::Jpeg ? 0 : width;
+    frame.fFormat = format;
+    // As long as its bytes and no longer, so that the sanitizer sees reads beyond them.
+    const std::shared_ptr<unsigned char> data(new unsigned char[bytes.size()],
+                                              std::default_delete<unsigned char[]>());
+    std::copy(bytes.begin(), bytes.end(), data.get());
+    frame.fData = data;
+    frame.fSize = bytes.size();
+    return frame;
+}
+
+/** Gives each test a robot and a temporary folder. */
 class Snapshot : public ::testing::Test {
   protected:
     Snapshot() {
+        fRobot.addCamera("head");
+        fRobot.addCamera("chest");
         std::string name = fs::temp_directory_path() / "snapshot.XXXXXX";
         fFolder = mkdtemp(name.data());
     }
-    ~Snapshot() override { fs::remove_all(fFolder); }
+    ~Snapshot() override {
+        fRobot.cameras().setDemandHandler({});
+        fs::remove_all(fFolder);
+    }
 
     /** The command, which starts in the folder of the test. */
     std::vector<std::string> command(const std::vector<std::string>& words) const {
-        std::vector<std::string> arguments{"snapshot", fRobot.place()};
+        std::vector<std::string> arguments{"snapshot",
+                                           "127.0.0.1:" + std::to_string(fRobot.port())};
         arguments.insert(arguments.end(), words.begin(), words.end());
         std::vector<std::string> all{"bash", "-c", "cd \"$1\" && shift && exec \"$@\"", "bash",
                                      fFolder};
@@ -84,12 +113,32 @@ class Snapshot : public ::testing::Test {
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
+    /** Sets what happens, once, when somebody begins to watch "head"; runs on a thread of the
+     *  library. */
+    void whenWatched(const std::function<void()>& action) {
+        fRobot.cameras().setDemandHandler([this, action](const std::string& camera, int watchers) {
+            if (camera == "head" && watchers != 0) {
+                std::call_once(fIsWatched, action);
+            }
+        });
+    }
+
+    /** Starts the command and waits until it watches "head"; nothing when it does not. */
+    std::unique_ptr<ChildProcess> startAndWatch() {
+        whenWatched([this] { fWatched.set_value(); });
+        auto process = std::make_unique<ChildProcess>(command({"--timeout", "3600"}));
+        const auto outcome = fWatched.get_future().wait_for(ChildProcess::a_patience);
+        return outcome == std::future_status::ready ? std::move(process) : nullptr;
+    }
+
     static KVFrame greyFrame(std::uint64_t number) {
         return makeFrame(number, KVPixelFormat::Grey8, 4, 2, "abcdefgh");
     }
 
     fs::path fFolder;
-    VideoRobot fRobot;
+    std::once_flag fIsWatched;
+    std::promise<void> fWatched;
+    VideoRobot fRobot{"seer"};
 };
 
 /** A camera that takes a hundred pictures a second, from number 2 on. */
@@ -176,7 +225,7 @@ TEST_F(Snapshot, IsDescribedInJson) {
 TEST_F(Snapshot, IsNotThePictureThatWasThereBefore) {
     fRobot.cameras().publish("head", greyFrame(1));
     std::unique_ptr<MovingCamera> camera;
-    fRobot.setWatched(
+    whenWatched(
         [&] { camera = std::make_unique<MovingCamera>(fRobot.cameras(), "head", greyFrame); });
     const Json picture = Json::parse(outputOf({"--json"}));
     EXPECT_LT(1, picture["number"]);
@@ -207,24 +256,24 @@ TEST_F(Snapshot, AModuleThatIsNotThereIsTold) {
 }
 
 TEST_F(Snapshot, ACameraThatGoesAwayIsTold) {
-    fRobot.setWatched([this] { fRobot.cameras().removeStream("head"); });
+    whenWatched([this] { fRobot.cameras().removeStream("head"); });
     expectFailure(8, "it has no camera of that name", {});
 }
 
 TEST_F(Snapshot, ALostRobotIsTold) {
-    ChildProcess process(command({"--timeout", "3600"}));
-    ASSERT_TRUE(fRobot.waitForWatcher());
-    fRobot.vanish();
-    EXPECT_EQ(10, process.waitForEnd());
-    EXPECT_THAT(process.errors(), AllOf(StartsWith("robaxi: "), HasSubstr("lost")));
+    const std::unique_ptr<ChildProcess> process = startAndWatch();
+    ASSERT_TRUE(process);
+    fRobot.stop();
+    EXPECT_EQ(10, process->waitForEnd());
+    EXPECT_THAT(process->errors(), AllOf(StartsWith("robaxi: "), HasSubstr("lost")));
 }
 
 TEST_F(Snapshot, TheUserNeedNotWait) {
-    ChildProcess process(command({"--timeout", "3600"}));
-    ASSERT_TRUE(fRobot.waitForWatcher());
-    process.signal(SIGINT);
-    EXPECT_EQ(130, process.waitForEnd());
-    EXPECT_THAT(process.errors(), IsEmpty());
+    const std::unique_ptr<ChildProcess> process = startAndWatch();
+    ASSERT_TRUE(process);
+    process->signal(SIGINT);
+    EXPECT_EQ(130, process->waitForEnd());
+    EXPECT_THAT(process->errors(), IsEmpty());
     EXPECT_TRUE(fs::is_empty(fFolder));
 }
 
@@ -267,8 +316,8 @@ TEST_F(Snapshot, ATerminalDoesNotGetAPicture) {
 
 TEST_F(Snapshot, CamerasAreListed) {
     EXPECT_EQ(
-        "head         4x2        grey     10.0/s   A camera in the head.\n"
-        "chest        4x2        grey     10.0/s   A camera in the chest.\n",
+        "head         320x240    rgb      30.0/s   a camera of a test\n"
+        "chest        320x240    rgb      30.0/s   a camera of a test\n",
         outputOf({"--list"}));
     const std::string json = outputOf({"--list", "--json"});
     EXPECT_EQ("head", Json::parse(json.substr(0, json.find('\n')))["name"]);

@@ -14,9 +14,9 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <loopback_broker.h>
 #include <memory>
 #include <mutex>
-#include <test_broker.h>
 #include <vector>
 
 using namespace memoryviewer;

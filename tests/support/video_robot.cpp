@@ -1,5 +1,7 @@
 #include "video_robot.h"
 
+#include "loopback_broker.h"
+
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_error.h>
 #include <robaxi/kv_frame_source.h>
@@ -7,7 +9,8 @@
 
 #include <boost/make_shared.hpp>
 
-#include <test_broker.h>
+#include <algorithm>
+#include <stdexcept>
 #include <thread>
 
 namespace obvista_test {
@@ -65,17 +68,18 @@ VideoRobot::~VideoRobot() {
 
 void VideoRobot::addCamera(const std::string& name) {
     const std::lock_guard<std::mutex> lock(fMutex);
-    fSettings[name] = {{"width", KVValue(320)},
-                       {"height", KVValue(240)},
-                       {"format", KVValue("rgb")},
-                       {"rate", KVValue(30.0)}};
+    fCameras.push_back({name,
+                        {{"width", KVValue(320)},
+                         {"height", KVValue(240)},
+                         {"format", KVValue("rgb")},
+                         {"rate", KVValue(30.0)}}});
     fFrames->addStream(name);
 }
 
 void VideoRobot::removeCamera(const std::string& name) {
     {
         const std::lock_guard<std::mutex> lock(fMutex);
-        fSettings.erase(name);
+        fCameras.erase(xFind(name));
     }
     fFrames->removeStream(name);
 }
@@ -110,20 +114,30 @@ void VideoRobot::lieAboutCameras(const KVValue& answer) {
     fLie = answer;
 }
 
-KVValue::Map VideoRobot::settings(const std::string& camera) const {
+KVValue::Map VideoRobot::settings(const std::string& camera) {
     const std::lock_guard<std::mutex> lock(fMutex);
-    return fSettings.at(camera);
+    return xFind(camera)->fSettings;
 }
 
 void VideoRobot::setSettings(const std::string& camera, const KVValue::Map& settings) {
     const std::lock_guard<std::mutex> lock(fMutex);
     for (const auto& [key, value] : settings) {
-        fSettings.at(camera)[key] = value;
+        xFind(camera)->fSettings[key] = value;
     }
 }
 
 void VideoRobot::stop() {
     fBroker.reset();
+}
+
+/** Called with fMutex locked. @throws std::out_of_range for a camera that was not added */
+std::vector<VideoRobot::Camera>::iterator VideoRobot::xFind(const std::string& name) {
+    const auto found = std::find_if(fCameras.begin(), fCameras.end(),
+                                    [&](const Camera& camera) { return camera.fName == name; });
+    if (found == fCameras.end()) {
+        throw std::out_of_range("no camera " + name);
+    }
+    return found;
 }
 
 KVValue VideoRobot::xGetCameras() const {
@@ -132,11 +146,11 @@ KVValue VideoRobot::xGetCameras() const {
         return fLie;
     }
     KVValue::List cameras;
-    for (const auto& [name, settings] : fSettings) {
-        cameras.emplace_back(KVValue::Map{{"name", KVValue(name)},
+    for (const Camera& camera : fCameras) {
+        cameras.emplace_back(KVValue::Map{{"name", KVValue(camera.fName)},
                                           {"description", KVValue("a camera of a test")},
                                           {"modes", modes()},
-                                          {"settings", KVValue(settings)}});
+                                          {"settings", KVValue(camera.fSettings)}});
     }
     return KVValue(cameras);
 }

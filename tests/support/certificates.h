@@ -1,11 +1,11 @@
-#ifndef OBVISTA_TESTS_ROBAXI_CERTIFICATES_H
-#define OBVISTA_TESTS_ROBAXI_CERTIFICATES_H
+#ifndef OBVISTA_TESTS_SUPPORT_CERTIFICATES_H
+#define OBVISTA_TESTS_SUPPORT_CERTIFICATES_H
 
 #include <string>
 
-namespace robaxi_test {
+namespace obvista_test {
 
-/** A folder of its own for the files of one test, removed with it. */
+/** A temporary folder for the files of one test, removed with it. */
 class Folder {
   public:
     Folder();
@@ -31,6 +31,6 @@ struct Certificate {
 Certificate makeCertificate(const Folder& folder, const std::string& name,
                             const std::string& names);
 
-}  // namespace robaxi_test
+}  // namespace obvista_test
 
 #endif

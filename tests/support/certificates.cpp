@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <sys/stat.h>
 
-namespace robaxi_test {
+namespace obvista_test {
 
 Folder::Folder() {
     fPath = (std::filesystem::temp_directory_path() / "robaxi-XXXXXX").string();
@@ -41,4 +41,4 @@ Certificate makeCertificate(const Folder& folder, const std::string& name,
     return certificate;
 }
 
-}  // namespace robaxi_test
+}  // namespace obvista_test

@@ -1,5 +1,5 @@
-#ifndef OBVISTA_TESTS_CAMERAVIEWER_VIDEO_ROBOT_H
-#define OBVISTA_TESTS_CAMERAVIEWER_VIDEO_ROBOT_H
+#ifndef OBVISTA_TESTS_SUPPORT_VIDEO_ROBOT_H
+#define OBVISTA_TESTS_SUPPORT_VIDEO_ROBOT_H
 
 #include <robaxi/kv_frame.h>
 #include <robaxi/kv_value.h>
@@ -46,20 +46,29 @@ class VideoRobot {
     /** From now on "getCameras" answers this. */
     void lieAboutCameras(const KVValue& answer);
     /** What a camera is set to, as in "getSettings". */
-    KVValue::Map settings(const std::string& camera) const;
+    KVValue::Map settings(const std::string& camera);
     void setSettings(const std::string& camera, const KVValue::Map& settings);
 
     /** Breaks every connection and stops listening. */
     void stop();
 
+    /** The source of the cameras' frames, which has a stream for each camera. */
+    KVFrameSource& cameras() { return *fFrames; }
+
   private:
+    struct Camera {
+        std::string fName;
+        KVValue::Map fSettings;
+    };
+    std::vector<Camera>::iterator xFind(const std::string& name);
+
     KVValue xGetCameras() const;
     KVValue xSetSettings(const KVValue::List& arguments);
     void xWait() const;
 
     boost::shared_ptr<KVFrameSource> fFrames;
-    mutable std::mutex fMutex;  // guards all below but the broker
-    std::map<std::string, KVValue::Map> fSettings;
+    mutable std::mutex fMutex;     // guards all below but the broker
+    std::vector<Camera> fCameras;  // in the order in which they were added
     std::map<std::string, std::uint64_t> fNumbers;
     std::string fRefusal;
     KVValue fLie;

@@ -1,16 +1,20 @@
-#ifndef OBVISTA_TESTS_TEST_BROKER_H
-#define OBVISTA_TESTS_TEST_BROKER_H
+#ifndef OBVISTA_TESTS_SUPPORT_LOOPBACK_BROKER_H
+#define OBVISTA_TESTS_SUPPORT_LOOPBACK_BROKER_H
 
 #include <boost/shared_ptr.hpp>
 
 #include <string>
 
 class KVBroker;
+class KVSettings;
 
 namespace obvista_test {
 
 /** A broker for a robot in the test's own process, on a free port of the loopback address. */
 boost::shared_ptr<KVBroker> createTestBroker(const std::string& name);
+
+/** The same with these settings in place of the user's. */
+boost::shared_ptr<KVBroker> createTestBroker(const std::string& name, const KVSettings& settings);
 
 }  // namespace obvista_test
 
