@@ -2,12 +2,12 @@
 // take a point, and what share of a core ten curves at 50 Hz take. Run it as
 // tests/support/run_isolated --display xvfb -- build/release/bench/bench_plots [SECONDS]
 
-#include "plot_canvas.h"
-#include "plot_history.h"
-#include "plot_panel.h"
-#include "plot_view.h"
-#include "thinning.h"
-#include "time_axis.h"
+#include "plots/plot_canvas.h"
+#include "plots/plot_history.h"
+#include "plots/plot_panel.h"
+#include "plots/plot_view.h"
+#include "plots/thinning.h"
+#include "plots/time_axis.h"
 
 #include <QApplication>
 #include <QDateTime>

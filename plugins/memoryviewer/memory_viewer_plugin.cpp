@@ -1,7 +1,7 @@
 #include "memory_viewer_plugin.h"
 
-#include "memory_link.h"
-#include "memory_viewer_widget.h"
+#include "session/memory_link.h"
+#include "view/memory_viewer_widget.h"
 
 namespace memoryviewer {
 

@@ -1,4 +1,9 @@
 #include "memory_robot.h"
+#include "plots/plot_history.h"
+#include "plots/plot_panel.h"
+#include "plots/time_axis.h"
+#include "session/memory_link.h"
+#include "view/memory_viewer_widget.h"
 #include "viewer_driver.h"
 
 #include <robaxi/kv_broker.h>
@@ -12,12 +17,7 @@
 
 #include <atomic>
 #include <memory>
-#include <memory_link.h>
-#include <memory_viewer_widget.h>
-#include <plot_history.h>
-#include <plot_panel.h>
 #include <thread>
-#include <time_axis.h>
 
 using namespace obvista_test;
 using memoryviewer::CurveHistory;

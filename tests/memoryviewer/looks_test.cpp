@@ -1,4 +1,5 @@
 #include "memory_robot.h"
+#include "model/key_text.h"
 #include "viewer_driver.h"
 
 #include <QAbstractButton>
@@ -17,7 +18,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <key_text.h>
 #include <memory>
 
 using namespace memoryviewer;

@@ -1,4 +1,4 @@
-#include "robot_writer.h"
+#include "editing/robot_writer.h"
 
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_proxy.h>

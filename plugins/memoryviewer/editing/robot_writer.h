@@ -1,7 +1,7 @@
 #ifndef OBVISTA_MEMORYVIEWER_ROBOT_WRITER_H
 #define OBVISTA_MEMORYVIEWER_ROBOT_WRITER_H
 
-#include "value_writer.h"
+#include "editing/value_writer.h"
 
 #include <boost/shared_ptr.hpp>
 

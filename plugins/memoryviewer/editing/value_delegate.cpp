@@ -1,6 +1,6 @@
-#include "value_delegate.h"
+#include "editing/value_delegate.h"
 
-#include "value_entry.h"
+#include "editing/value_entry.h"
 
 #include <QComboBox>
 #include <QKeyEvent>

@@ -1,11 +1,12 @@
-#include "value_entry.h"
+#include "editing/value_entry.h"
+
+#include "model/value_text.h"
 
 #include <QCoreApplication>
 #include <QLocale>
 
 #include <cmath>
 #include <limits>
-#include <value_text.h>
 
 namespace memoryviewer {
 

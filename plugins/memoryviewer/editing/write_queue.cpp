@@ -1,4 +1,4 @@
-#include "write_queue.h"
+#include "editing/write_queue.h"
 
 #include <robaxi/kv_error.h>
 

@@ -1,4 +1,4 @@
-#include "axis_scales.h"
+#include "plots/axis_scales.h"
 
 #include <QDateTime>
 #include <QLocale>

@@ -1,7 +1,7 @@
 #ifndef OBVISTA_MEMORYVIEWER_AXIS_SCALES_H
 #define OBVISTA_MEMORYVIEWER_AXIS_SCALES_H
 
-#include "thinning.h"
+#include "plots/thinning.h"
 
 #include <QString>
 #include <qwt_scale_div.h>

@@ -1,4 +1,4 @@
-#include "curve_colours.h"
+#include "plots/curve_colours.h"
 
 #include <array>
 

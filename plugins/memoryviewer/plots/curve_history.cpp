@@ -1,4 +1,4 @@
-#include "curve_history.h"
+#include "plots/curve_history.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "curve_item.h"
+#include "plots/curve_item.h"
 
 #include <QPainter>
 #include <QPolygonF>

@@ -1,7 +1,7 @@
 #ifndef OBVISTA_MEMORYVIEWER_CURVE_ITEM_H
 #define OBVISTA_MEMORYVIEWER_CURVE_ITEM_H
 
-#include "thinning.h"
+#include "plots/thinning.h"
 
 #include <QPen>
 #include <qwt_plot_item.h>

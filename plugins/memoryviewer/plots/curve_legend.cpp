@@ -1,6 +1,6 @@
-#include "curve_legend.h"
+#include "plots/curve_legend.h"
 
-#include "key_mime.h"
+#include "plots/key_mime.h"
 
 #include <QContextMenuEvent>
 #include <QDrag>

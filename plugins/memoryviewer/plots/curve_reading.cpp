@@ -1,8 +1,8 @@
-#include "curve_reading.h"
+#include "plots/curve_reading.h"
 
-#include "axis_scales.h"
-#include "curve_history.h"
-#include "time_axis.h"
+#include "plots/axis_scales.h"
+#include "plots/curve_history.h"
+#include "plots/time_axis.h"
 
 #include <QCoreApplication>
 #include <QLocale>

@@ -1,4 +1,4 @@
-#include "frame_pacer.h"
+#include "plots/frame_pacer.h"
 
 #include <QEvent>
 #include <QWidget>

@@ -1,4 +1,4 @@
-#include "key_mime.h"
+#include "plots/key_mime.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -1,4 +1,4 @@
-#include "newest_time.h"
+#include "plots/newest_time.h"
 
 #include <QDateTime>
 

@@ -1,7 +1,7 @@
 #ifndef OBVISTA_MEMORYVIEWER_NEWEST_TIME_H
 #define OBVISTA_MEMORYVIEWER_NEWEST_TIME_H
 
-#include "plot_sample.h"
+#include "plots/plot_sample.h"
 
 #include <QElapsedTimer>
 

@@ -1,6 +1,6 @@
-#include "plot_canvas.h"
+#include "plots/plot_canvas.h"
 
-#include "time_axis.h"
+#include "plots/time_axis.h"
 
 #include <QContextMenuEvent>
 #include <QGuiApplication>

@@ -1,7 +1,7 @@
 #ifndef OBVISTA_MEMORYVIEWER_PLOT_CANVAS_H
 #define OBVISTA_MEMORYVIEWER_PLOT_CANVAS_H
 
-#include "thinning.h"
+#include "plots/thinning.h"
 
 #include <QPoint>
 #include <qwt_plot_canvas.h>

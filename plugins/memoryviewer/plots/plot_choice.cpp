@@ -1,10 +1,10 @@
-#include "plot_choice.h"
+#include "plots/plot_choice.h"
 
-#include "curve_colours.h"
-#include "curve_legend.h"
-#include "plot_history.h"
-#include "plot_stack.h"
-#include "plot_view.h"
+#include "plots/curve_colours.h"
+#include "plots/curve_legend.h"
+#include "plots/plot_history.h"
+#include "plots/plot_stack.h"
+#include "plots/plot_view.h"
 
 #include <algorithm>
 #include <map>

@@ -1,7 +1,7 @@
 #ifndef OBVISTA_MEMORYVIEWER_PLOT_CHOICE_H
 #define OBVISTA_MEMORYVIEWER_PLOT_CHOICE_H
 
-#include "plotted_keys.h"
+#include "plots/plotted_keys.h"
 
 #include <QObject>
 #include <QVariantList>

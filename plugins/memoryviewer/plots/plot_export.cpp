@@ -1,14 +1,14 @@
-#include "plot_export.h"
+#include "plots/plot_export.h"
 
-#include "plot_view.h"
+#include "plots/plot_view.h"
+#include "recording/csv_file.h"
+#include "recording/csv_text.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QPainter>
 #include <QSaveFile>
 
-#include <csv_file.h>
-#include <csv_text.h>
 #include <utility>
 
 namespace memoryviewer {

@@ -1,15 +1,15 @@
 #ifndef OBVISTA_MEMORYVIEWER_PLOT_EXPORT_H
 #define OBVISTA_MEMORYVIEWER_PLOT_EXPORT_H
 
-#include "curve_history.h"
-#include "curve_legend.h"
+#include "plots/curve_history.h"
+#include "plots/curve_legend.h"
+#include "recording/change_row.h"
 
 #include <QImage>
 #include <QObject>
 #include <QString>
 
 #include <atomic>
-#include <change_row.h>
 #include <cstdint>
 #include <thread>
 #include <vector>

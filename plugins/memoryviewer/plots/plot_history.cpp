@@ -1,4 +1,4 @@
-#include "plot_history.h"
+#include "plots/plot_history.h"
 
 #include <algorithm>
 

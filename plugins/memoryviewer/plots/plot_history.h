@@ -1,7 +1,7 @@
 #ifndef OBVISTA_MEMORYVIEWER_PLOT_HISTORY_H
 #define OBVISTA_MEMORYVIEWER_PLOT_HISTORY_H
 
-#include "curve_history.h"
+#include "plots/curve_history.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,9 +1,9 @@
-#include "plot_menu.h"
+#include "plots/plot_menu.h"
 
-#include "plot_choice.h"
-#include "plot_stack.h"
-#include "plot_view.h"
-#include "save_actions.h"
+#include "plots/plot_choice.h"
+#include "plots/plot_stack.h"
+#include "plots/plot_view.h"
+#include "plots/save_actions.h"
 
 namespace memoryviewer {
 

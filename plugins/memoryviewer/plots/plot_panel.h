@@ -1,10 +1,10 @@
 #ifndef OBVISTA_MEMORYVIEWER_PLOT_PANEL_H
 #define OBVISTA_MEMORYVIEWER_PLOT_PANEL_H
 
-#include "curve_shape.h"
-#include "newest_time.h"
-#include "plot_sample.h"
-#include "plotted_keys.h"
+#include "plots/curve_shape.h"
+#include "plots/newest_time.h"
+#include "plots/plot_sample.h"
+#include "plots/plotted_keys.h"
 
 #include <QStringList>
 #include <QTimer>

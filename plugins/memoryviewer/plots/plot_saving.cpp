@@ -1,16 +1,16 @@
-#include "plot_saving.h"
+#include "plots/plot_saving.h"
 
-#include "plot_choice.h"
-#include "plot_export.h"
-#include "plot_history.h"
-#include "plot_stack.h"
-#include "plot_view.h"
-#include "time_axis.h"
+#include "plots/plot_choice.h"
+#include "plots/plot_export.h"
+#include "plots/plot_history.h"
+#include "plots/plot_stack.h"
+#include "plots/plot_view.h"
+#include "plots/time_axis.h"
+#include "recording/file_question.h"
 
 #include <QFileInfo>
 #include <QLocale>
 
-#include <file_question.h>
 #include <limits>
 #include <plain_text.h>
 #include <utility>

@@ -1,7 +1,7 @@
-#include "plot_stack.h"
+#include "plots/plot_stack.h"
 
-#include "plot_canvas.h"
-#include "plot_view.h"
+#include "plots/plot_canvas.h"
+#include "plots/plot_view.h"
 
 #include <QEvent>
 

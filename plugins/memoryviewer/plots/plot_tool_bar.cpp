@@ -1,7 +1,7 @@
-#include "plot_tool_bar.h"
+#include "plots/plot_tool_bar.h"
 
-#include "save_actions.h"
-#include "time_axis.h"
+#include "plots/save_actions.h"
+#include "plots/time_axis.h"
 
 #include <QAction>
 #include <QMenu>

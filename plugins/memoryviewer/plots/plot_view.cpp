@@ -1,11 +1,11 @@
-#include "plot_view.h"
+#include "plots/plot_view.h"
 
-#include "axis_scales.h"
-#include "curve_item.h"
-#include "key_mime.h"
-#include "plot_canvas.h"
-#include "plot_history.h"
-#include "time_axis.h"
+#include "plots/axis_scales.h"
+#include "plots/curve_item.h"
+#include "plots/key_mime.h"
+#include "plots/plot_canvas.h"
+#include "plots/plot_history.h"
+#include "plots/time_axis.h"
 
 #include <QDropEvent>
 #include <QMimeData>

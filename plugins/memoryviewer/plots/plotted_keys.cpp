@@ -1,4 +1,4 @@
-#include "plotted_keys.h"
+#include "plots/plotted_keys.h"
 
 #include <set>
 

@@ -1,7 +1,7 @@
 #ifndef OBVISTA_MEMORYVIEWER_PLOTTED_KEYS_H
 #define OBVISTA_MEMORYVIEWER_PLOTTED_KEYS_H
 
-#include "curve_shape.h"
+#include "plots/curve_shape.h"
 
 #include <QHash>
 #include <QString>

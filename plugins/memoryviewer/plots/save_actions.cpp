@@ -1,4 +1,4 @@
-#include "save_actions.h"
+#include "plots/save_actions.h"
 
 #include <QMenu>
 

@@ -1,4 +1,4 @@
-#include "thinning.h"
+#include "plots/thinning.h"
 
 #include <algorithm>
 #include <cmath>

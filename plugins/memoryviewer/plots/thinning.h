@@ -1,8 +1,8 @@
 #ifndef OBVISTA_MEMORYVIEWER_THINNING_H
 #define OBVISTA_MEMORYVIEWER_THINNING_H
 
-#include "curve_history.h"
-#include "curve_shape.h"
+#include "plots/curve_history.h"
+#include "plots/curve_shape.h"
 
 #include <cstddef>
 #include <limits>

@@ -1,4 +1,4 @@
-#include "time_axis.h"
+#include "plots/time_axis.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,7 @@
-#include "change_row.h"
+#include "recording/change_row.h"
 
-#include "csv_text.h"
-
-#include <value_text.h>
+#include "model/value_text.h"
+#include "recording/csv_text.h"
 
 namespace memoryviewer {
 

@@ -1,4 +1,4 @@
-#include "csv_file.h"
+#include "recording/csv_file.h"
 
 #include <QCoreApplication>
 #include <QFile>

@@ -1,6 +1,6 @@
-#include "csv_recorder.h"
+#include "recording/csv_recorder.h"
 
-#include "csv_file.h"
+#include "recording/csv_file.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,7 +1,7 @@
 #ifndef OBVISTA_MEMORYVIEWER_CSV_RECORDER_H
 #define OBVISTA_MEMORYVIEWER_CSV_RECORDER_H
 
-#include "change_row.h"
+#include "recording/change_row.h"
 
 #include <QObject>
 #include <QString>

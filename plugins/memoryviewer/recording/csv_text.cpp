@@ -1,4 +1,4 @@
-#include "csv_text.h"
+#include "recording/csv_text.h"
 
 #include <algorithm>
 #include <array>

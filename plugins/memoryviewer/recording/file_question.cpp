@@ -1,4 +1,4 @@
-#include "file_question.h"
+#include "recording/file_question.h"
 
 #include <QDateTime>
 #include <QFileDialog>

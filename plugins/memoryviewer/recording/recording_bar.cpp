@@ -1,7 +1,7 @@
-#include "recording_bar.h"
+#include "recording/recording_bar.h"
 
-#include "csv_recorder.h"
-#include "file_question.h"
+#include "recording/csv_recorder.h"
+#include "recording/file_question.h"
 
 #include <QFileInfo>
 #include <QHBoxLayout>

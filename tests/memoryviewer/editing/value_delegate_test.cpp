@@ -1,4 +1,4 @@
-#include "value_delegate.h"
+#include "editing/value_delegate.h"
 
 #include <QComboBox>
 #include <QLineEdit>

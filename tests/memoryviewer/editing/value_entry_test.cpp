@@ -1,4 +1,4 @@
-#include "value_entry.h"
+#include "editing/value_entry.h"
 
 #include <QLocale>
 #include <QtTest>

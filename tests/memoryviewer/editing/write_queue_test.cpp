@@ -1,6 +1,6 @@
-#include "write_queue.h"
+#include "editing/write_queue.h"
 
-#include "robot_writer.h"
+#include "editing/robot_writer.h"
 
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_error.h>

@@ -1,0 +1,164 @@
+#include "model/filter_expression.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <array>
+
+namespace memoryviewer {
+
+namespace {
+
+constexpr double a_changedSeconds = 5;
+constexpr double a_mostChangedSeconds = 86400;
+constexpr double a_microsecondsInSecond = 1e6;
+
+constexpr std::array<KVValue::Type, 8> a_types{
+    KVValue::Type::Nothing, KVValue::Type::Bool,   KVValue::Type::Int,  KVValue::Type::Float,
+    KVValue::Type::String,  KVValue::Type::Binary, KVValue::Type::List, KVValue::Type::Map};
+
+QString translated(const char* text) {
+    return QCoreApplication::translate("memoryviewer::FilterExpression", text);
+}
+
+/** The text at its spaces, but not at those between quotes. */
+QStringList splitTerms(const QString& text) {
+    QStringList terms;
+    QString term;
+    bool isQuoted = false;
+    for (const QChar c : text) {
+        if (c == QLatin1Char('"')) {
+            isQuoted = !isQuoted;
+        } else if (c.isSpace() && !isQuoted) {
+            terms += term;
+            term.clear();
+        } else {
+            term += c;
+        }
+    }
+    terms += term;
+    terms.removeAll(QString());
+    return terms;
+}
+
+char lowerCase(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+/** Of ASCII letters only, so that a word can be looked for in the bytes of a name. */
+std::string lowerCase(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), [](char c) { return lowerCase(c); });
+    return text;
+}
+
+bool contains(const std::string& name, const std::string& word) {
+    return std::search(name.begin(), name.end(), word.begin(), word.end(),
+                       [](char left, char right) { return lowerCase(left) == right; }) !=
+           name.end();
+}
+
+bool beginsWith(const char* name, const std::string& text) {
+    return std::string(name).compare(0, text.size(), text) == 0;
+}
+
+}  // namespace
+
+FilterExpression::FilterExpression(const QString& text) {
+    for (const QString& term : splitTerms(text)) {
+        xAdd(term);
+    }
+}
+
+void FilterExpression::xAdd(QString text) {
+    Term term;
+    term.fIsNegated = text.startsWith(QLatin1Char('-')) && text.size() > 1;
+    if (term.fIsNegated) {
+        text.remove(0, 1);
+    }
+    const auto rest = [&text](const char* prefix) {
+        return text.mid(static_cast<int>(qstrlen(prefix)));
+    };
+    if (text.startsWith(QLatin1String("re:"))) {
+        xAddPattern(term, rest("re:"));
+    } else if (text.startsWith(QLatin1String("type:"))) {
+        xAddType(term, rest("type:"));
+    } else if (text.startsWith(QLatin1String("changed:"))) {
+        xAddChanged(term, rest("changed:"));
+    } else {
+        term.fText = lowerCase(text.toStdString());
+        fTerms.push_back(term);
+    }
+}
+
+void FilterExpression::xAddPattern(Term term, const QString& pattern) {
+    if (pattern.isEmpty()) {
+        return;  // still being typed
+    }
+    term.fKind = Term::Kind::Pattern;
+    term.fPattern.setPattern(pattern);
+    term.fPattern.setPatternOptions(QRegularExpression::CaseInsensitiveOption);
+    if (!term.fPattern.isValid()) {
+        fFault = translated("\"%1\" is no regular expression: %2.")
+                     .arg(pattern, term.fPattern.errorString());
+        return;
+    }
+    term.fPattern.optimize();
+    fTerms.push_back(term);
+}
+
+void FilterExpression::xAddType(Term term, const QString& name) {
+    term.fKind = Term::Kind::Type;
+    term.fText = lowerCase(name.toStdString());
+    const bool isKnown = std::any_of(a_types.begin(), a_types.end(), [&term](KVValue::Type type) {
+        return beginsWith(KVValue::typeName(type), term.fText);
+    });
+    if (!isKnown) {
+        QStringList names;
+        for (const KVValue::Type type : a_types) {
+            names += QLatin1String(KVValue::typeName(type));
+        }
+        fFault = translated("There is no type \"%1\"; the types are %2.")
+                     .arg(name, names.join(QLatin1String(", ")));
+        return;
+    }
+    fTerms.push_back(term);
+}
+
+void FilterExpression::xAddChanged(Term term, const QString& seconds) {
+    bool isNumber = true;
+    const double span = seconds.isEmpty() ? a_changedSeconds : seconds.toDouble(&isNumber);
+    if (!isNumber || !(span > 0 && span <= a_mostChangedSeconds)) {
+        fFault = translated("\"%1\" is no number of seconds above 0.").arg(seconds);
+        return;
+    }
+    term.fKind = Term::Kind::Changed;
+    term.fSpan = static_cast<std::int64_t>(span * a_microsecondsInSecond);
+    fTerms.push_back(term);
+}
+
+bool FilterExpression::isLive() const {
+    return std::any_of(fTerms.begin(), fTerms.end(),
+                       [](const Term& term) { return term.fKind == Term::Kind::Changed; });
+}
+
+bool FilterExpression::matches(const MemoryKey& key, std::int64_t now) const {
+    return std::all_of(fTerms.begin(), fTerms.end(), [&](const Term& term) {
+        return xMatches(term, key, now) != term.fIsNegated;
+    });
+}
+
+bool FilterExpression::xMatches(const Term& term, const MemoryKey& key, std::int64_t now) const {
+    switch (term.fKind) {
+        case Term::Kind::Word:
+            return contains(key.fInfo.fName, term.fText);
+        case Term::Kind::Pattern:
+            return term.fPattern.match(QString::fromStdString(key.fInfo.fName)).hasMatch();
+        case Term::Kind::Type:
+            return beginsWith(KVValue::typeName(key.type()), term.fText);
+        case Term::Kind::Changed:
+            return key.fHasChanged && now - key.fTime <= term.fSpan;
+    }
+    return false;
+}
+
+}  // namespace memoryviewer

@@ -1,0 +1,66 @@
+#ifndef OBVISTA_MEMORYVIEWER_FILTER_EXPRESSION_H
+#define OBVISTA_MEMORYVIEWER_FILTER_EXPRESSION_H
+
+#include "session/memory_key.h"
+
+#include <QRegularExpression>
+#include <QString>
+#include <QStringList>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace memoryviewer {
+
+/**
+ * What the user types to see fewer keys; a key is shown when it fits every term.
+ *
+ *   head pos        both words stand in the name, whatever the case
+ *   "head pos"      the words with the space between them
+ *   -yaw            the word does not stand in the name; a minus goes before any term
+ *   re:Joint\d+     a regular expression finds something in the name
+ *   type:float      the value's type begins so
+ *   changed:        the value has changed in the last 5 seconds
+ *   changed:30      the same for the last 30
+ */
+class FilterExpression {
+  public:
+    /** Lets every key pass. */
+    FilterExpression() = default;
+    explicit FilterExpression(const QString& text);
+
+    /** Why the text is no filter, a sentence for the user; empty when it is one. Keys are then
+     *  looked at as if the faulty term were not there. */
+    const QString& fault() const { return fFault; }
+    bool isEmpty() const { return fTerms.empty(); }
+    /** Whether it depends on values, so that it has to be asked again as they change. */
+    bool isLive() const;
+
+    /** @param now by the robot's clock, microseconds */
+    bool matches(const MemoryKey& key, std::int64_t now) const;
+
+  private:
+    struct Term {
+        enum class Kind { Word, Pattern, Type, Changed };
+
+        Kind fKind = Kind::Word;
+        bool fIsNegated = false;
+        std::string fText;  // of a word or a type, in lower case
+        QRegularExpression fPattern;
+        std::int64_t fSpan = 0;  // microseconds
+    };
+
+    void xAdd(QString text);
+    void xAddPattern(Term term, const QString& pattern);
+    void xAddType(Term term, const QString& name);
+    void xAddChanged(Term term, const QString& seconds);
+    bool xMatches(const Term& term, const MemoryKey& key, std::int64_t now) const;
+
+    std::vector<Term> fTerms;
+    QString fFault;
+};
+
+}  // namespace memoryviewer
+
+#endif

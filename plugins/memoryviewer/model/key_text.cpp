@@ -1,0 +1,190 @@
+#include "model/key_text.h"
+
+#include "editing/value_entry.h"
+#include "model/arrangement.h"
+#include "model/value_text.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+
+#include <algorithm>
+
+namespace memoryviewer {
+
+namespace {
+
+constexpr int a_maxUnitLength = 40;
+constexpr double a_microsecondsInSecond = 1e6;
+constexpr double a_secondsInMinute = 60;
+/** Half of the last digit of seconds from 10 on: "60.0 s" is a minute. */
+constexpr double a_roundingOfSeconds = 0.05;
+constexpr int a_secondsInHour = 3600;
+constexpr double a_secondsInDay = 86400;
+
+QString translated(const char* text) {
+    return QCoreApplication::translate("memoryviewer::MemoryModel", text);
+}
+
+/** Whether values of the type stand below one another better by their ends, next to the unit. */
+bool isReadFromTheRight(KVValue::Type type) {
+    return type == KVValue::Type::Int || type == KVValue::Type::Float ||
+           type == KVValue::Type::Bool;
+}
+
+/** A line of a tool tip, which Qt would otherwise take for rich text when it looks like it. */
+QString toolTipLine(const QString& label, const QString& text) {
+    return QStringLiteral("<br/>%1: %2").arg(label, text.toHtmlEscaped());
+}
+
+bool isEditable(const MemoryKey& key, int column) {
+    return column == ValueColumn && key.fInfo.fWritable && key.hasValue() &&
+           isEnterable(key.type());
+}
+
+QString toolTipText(const MemoryKey& key) {
+    QString text = QStringLiteral("<p><b>%1</b>").arg(plainText(key.fInfo.fName).toHtmlEscaped());
+    if (!key.fInfo.fDescription.empty()) {
+        text += QStringLiteral("<br/>") + plainText(key.fInfo.fDescription).toHtmlEscaped();
+    }
+    if (!key.hasValue()) {
+        return text + QStringLiteral("</p>");
+    }
+    const QString unit = plainText(key.fInfo.fUnit, a_maxUnitLength);
+    text += toolTipLine(translated("Value"),
+                        (exactValueText(key.fValue) + QLatin1Char(' ') + unit).trimmed());
+    const QDateTime time = QDateTime::fromMSecsSinceEpoch(key.fTime / 1000);
+    text += toolTipLine(translated("Changed"),
+                        time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz")));
+    if (isEditable(key, ValueColumn)) {
+        text += QStringLiteral("<br/>") + translated("Writable: F2 edits the value.");
+    }
+    return text + QStringLiteral("</p>");
+}
+
+/** Three digits. What rounds up to 10 has one decimal as 10 has, so that it does not flicker. */
+QString figureText(double value) {
+    constexpr double roundsToTen = 9.995;
+    return QString::number(value, 'f', value < roundsToTen ? 2 : 1);
+}
+
+bool isRightAligned(const MemoryKey& key, int column) {
+    return column == RateColumn || column == AgeColumn ||
+           (column == ValueColumn && isReadFromTheRight(key.type()));
+}
+
+}  // namespace
+
+QString keyCellText(const KeyStore& keys, const MemoryKey& key, int column) {
+    switch (column) {
+        case ValueColumn:
+            return valueText(key.fValue);
+        case UnitColumn:
+            return plainText(key.fInfo.fUnit, a_maxUnitLength);
+        case TypeColumn:
+            return QLatin1String(KVValue::typeName(key.type()));
+        case RateColumn:
+            return rateText(key.fRate.perSecond(), key.fRate.isLowerBound());
+        case AgeColumn:
+            return key.hasValue() ? ageText(ageOf(keys, key)) : QString();
+        default:
+            return {};
+    }
+}
+
+QVariant keyCellData(const KeyStore& keys, const MemoryKey& key, int column, int role) {
+    switch (role) {
+        case Qt::DisplayRole:
+            return keyCellText(keys, key, column);
+        case Qt::ToolTipRole:
+            return toolTipText(key);
+        case Qt::AccessibleTextRole:
+            return isEditable(key, column)
+                       ? translated("%1, writable").arg(keyCellText(keys, key, column))
+                       : QVariant();
+        case Qt::TextAlignmentRole:
+            return QVariant(Qt::AlignVCenter |
+                            (isRightAligned(key, column) ? Qt::AlignRight : Qt::AlignLeft));
+        case MarkedRole:
+            return keys.isMarked(key);
+        case KeyNameRole:
+            return QString::fromStdString(key.fInfo.fName);
+        case KeyIdRole:
+            return key.fInfo.fId;
+        default:
+            return {};
+    }
+}
+
+Qt::ItemFlags keyCellFlags(const MemoryKey& key, int column) {
+    return isEditable(key, column) ? Qt::ItemIsDragEnabled | Qt::ItemIsEditable
+                                   : Qt::ItemIsDragEnabled;
+}
+
+QVariant keyHeaderData(int column, Qt::Orientation orientation, int role) {
+    if (orientation != Qt::Horizontal) {
+        return {};
+    }
+    if (role == Qt::TextAlignmentRole) {
+        return QVariant(Qt::AlignVCenter | (column >= RateColumn ? Qt::AlignRight : Qt::AlignLeft));
+    }
+    if (role == Qt::ToolTipRole && column == RateColumn) {
+        return translated(
+            "Changes a second. No more can be seen than are sent: see the rate above.");
+    }
+    if (role == Qt::ToolTipRole && column == AgeColumn) {
+        return translated("Time since the value last changed, by the robot's clock.");
+    }
+    if (role != Qt::DisplayRole) {
+        return {};
+    }
+    switch (column) {
+        case NameColumn:
+            return translated("Name");
+        case ValueColumn:
+            return translated("Value");
+        case UnitColumn:
+            return translated("Unit");
+        case TypeColumn:
+            return translated("Type");
+        case RateColumn:
+            return translated("Rate");
+        case AgeColumn:
+            return translated("Age");
+        default:
+            return {};
+    }
+}
+
+QString ageText(double seconds) {
+    const double age = std::max(seconds, 0.0);
+    if (age < a_secondsInMinute - a_roundingOfSeconds) {
+        return translated("%1 s").arg(age < 1 ? QString::number(age, 'f', 3) : figureText(age));
+    }
+    const auto whole = static_cast<qint64>(age + a_roundingOfSeconds);
+    if (whole < a_secondsInHour) {
+        return translated("%1:%2 min").arg(whole / 60).arg(whole % 60, 2, 10, QLatin1Char('0'));
+    }
+    return age < a_secondsInDay ? translated("%1 h").arg(age / a_secondsInHour, 0, 'f', 1)
+                                : translated("%1 d").arg(age / a_secondsInDay, 0, 'f', 1);
+}
+
+QString rateText(double perSecond, bool isLowerBound) {
+    if (perSecond <= 0) {
+        return {};
+    }
+    const QString text = figureText(perSecond);
+    return isLowerBound ? QStringLiteral("\u2265 ") + text : text;
+}
+
+double ageOf(const KeyStore& keys, const MemoryKey& key) {
+    return static_cast<double>(keys.clock().now() - key.fTime) / a_microsecondsInSecond;
+}
+
+QString rowText(const MemoryKey& key, int maxValueLength) {
+    return QStringList{plainText(key.fInfo.fName), exactValueText(key.fValue, maxValueLength),
+                       plainText(key.fInfo.fUnit, a_maxUnitLength),
+                       QLatin1String(KVValue::typeName(key.type()))}
+        .join(QLatin1Char('\t'));
+}
+
+}  // namespace memoryviewer

@@ -1,0 +1,32 @@
+#ifndef OBVISTA_MEMORYVIEWER_KEY_VALUE_SOURCE_H
+#define OBVISTA_MEMORYVIEWER_KEY_VALUE_SOURCE_H
+
+#include "editing/value_delegate.h"
+
+namespace memoryviewer {
+
+class KeyStore;
+class WriteQueue;
+struct MemoryKey;
+
+/** The values of the robot behind the cells of any view of keys, and the way to write them. */
+class KeyValueSource : public ValueSource {
+  public:
+    /** Both outlive this. */
+    KeyValueSource(const KeyStore* keys, WriteQueue* writes);
+
+    std::optional<KVValue> editableValue(const QModelIndex& index) const override;
+    void enter(const QModelIndex& index, const KVValue& before, const KVValue& value) override;
+    ValueMark mark(const QModelIndex& index) const override;
+    std::optional<QString> writtenText(const QModelIndex& index) const override;
+
+  private:
+    const MemoryKey* xKey(const QModelIndex& index) const;
+
+    const KeyStore* fKeys;
+    WriteQueue* fWrites;
+};
+
+}  // namespace memoryviewer
+
+#endif

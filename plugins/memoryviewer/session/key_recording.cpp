@@ -1,0 +1,74 @@
+#include "session/key_recording.h"
+
+#include "recording/csv_recorder.h"
+#include "session/key_store.h"
+
+#include <utility>
+
+namespace memoryviewer {
+
+KeyRecording::KeyRecording(KeyStore* keys, CsvRecorder* recorder, QObject* parent)
+    : QObject(parent), fKeys(keys), fRecorder(recorder) {
+    connect(fKeys, &KeyStore::aboutToRemove, this, &KeyRecording::xOnKeysGoing);
+    connect(fRecorder, &CsvRecorder::finished, this, [this] {
+        fDescribed.clear();
+        fBegun.clear();
+    });
+}
+
+KeyRecording::~KeyRecording() = default;
+
+void KeyRecording::begin(const std::vector<std::uint32_t>& ids) {
+    std::vector<RecordedChange> rows;
+    for (const std::uint32_t id : ids) {
+        const MemoryKey* key = fKeys->find(id);
+        if (key != nullptr && key->hasValue()) {
+            rows.push_back({key->fTime, xDescribed(*key), key->fValue});
+            fBegun[id] = key->fTime;
+        }
+    }
+    fRecorder->record(std::move(rows));
+}
+
+void KeyRecording::append(const std::vector<KVChange>& changes) {
+    if (!fRecorder->isRecording()) {
+        return;
+    }
+    std::vector<RecordedChange> rows;
+    rows.reserve(changes.size());
+    for (const KVChange& change : changes) {
+        const MemoryKey* key = fKeys->find(change.fId);
+        if (key != nullptr && !xIsAtBeginning(change)) {
+            rows.push_back({change.fTime, xDescribed(*key), change.fValue});
+        }
+    }
+    fRecorder->record(std::move(rows));
+}
+
+/** The robot sends the present value of a key that it is newly asked for. */
+bool KeyRecording::xIsAtBeginning(const KVChange& change) {
+    const auto begun = fBegun.find(change.fId);
+    if (begun == fBegun.end()) {
+        return false;
+    }
+    const bool isSame = begun->second == change.fTime;
+    fBegun.erase(begun);
+    return isSame;
+}
+
+const std::shared_ptr<const RecordedKey>& KeyRecording::xDescribed(const MemoryKey& key) {
+    auto& described = fDescribed[key.fInfo.fId];
+    if (!described) {
+        described = std::make_shared<RecordedKey>(RecordedKey{key.fInfo.fName, key.fInfo.fUnit});
+    }
+    return described;
+}
+
+void KeyRecording::xOnKeysGoing(const std::vector<const MemoryKey*>& keys) {
+    for (const MemoryKey* key : keys) {
+        fDescribed.erase(key->fInfo.fId);
+        fBegun.erase(key->fInfo.fId);
+    }
+}
+
+}  // namespace memoryviewer

@@ -1,0 +1,132 @@
+#include "session/memory_feed.h"
+
+#include "session/robot_clock.h"
+
+#include <utility>
+
+namespace memoryviewer {
+
+namespace {
+
+/** Most changes of keys that are followed closely between two calls of take(). The GUI thread takes
+ *  them 25 times a second; when it does not, it is better to lose some than all memory. */
+constexpr std::size_t a_mostFollowed = 500000;
+
+}  // namespace
+
+void MemoryFeed::setNotice(std::function<void()> notice) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    fNotice = std::move(notice);
+    fHasNotified = false;
+    if (fHasSomething) {
+        xNotify();
+    }
+}
+
+MemoryBatch MemoryFeed::take() {
+    Pending pending;
+    {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        std::swap(pending, fPending);
+        fHasSomething = false;
+        fHasNotified = false;
+    }
+    MemoryBatch batch = std::move(pending.fBatch);
+    batch.fAdded.reserve(pending.fAdded.size());
+    for (auto& [id, key] : pending.fAdded) {
+        batch.fAdded.push_back(std::move(key));
+    }
+    batch.fChanged.reserve(pending.fChanged.size());
+    for (auto& [id, change] : pending.fChanged) {
+        batch.fChanged.push_back(std::move(change));
+    }
+    return batch;
+}
+
+void MemoryFeed::setFollowed(std::unordered_set<std::uint32_t> ids) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    fFollowedIds = std::move(ids);
+}
+
+void MemoryFeed::reportLost(const KVError& error) {
+    xReportEnd(MemoryBatch::End::Lost, error);
+}
+
+void MemoryFeed::reportClosed() {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    fPending.fBatch.fIsClosed = true;
+    xNotify();
+}
+
+void MemoryFeed::keysAdded(const std::vector<KVKeyInfo>& keys) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    fPending.fBatch.fHasTable = true;
+    for (const KVKeyInfo& key : keys) {
+        fPending.fAdded.insert_or_assign(key.fId, key);
+    }
+    xNotify();
+}
+
+void MemoryFeed::keysRemoved(const std::vector<std::uint32_t>& ids) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    for (const std::uint32_t id : ids) {
+        fPending.fChanged.erase(id);
+        // An identifier is never used again, so a key that came and went since the last take()
+        // need not be told at all.
+        if (fPending.fAdded.erase(id) == 0) {
+            fPending.fBatch.fRemoved.push_back(id);
+        }
+    }
+    xNotify();
+}
+
+void MemoryFeed::valuesChanged(const std::vector<KVChange>& changes) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    fPending.fBatch.fUpdates += changes.size();
+    fPending.fBatch.fArrival = RobotClock::localNow();
+    for (const KVChange& change : changes) {
+        if (fFollowedIds.count(change.fId) != 0 &&
+            fPending.fBatch.fFollowed.size() < a_mostFollowed) {
+            fPending.fBatch.fFollowed.push_back(change);
+        }
+        xMerge(change);
+    }
+    xNotify();
+}
+
+/** To be called with the lock held. */
+void MemoryFeed::xMerge(const KVChange& change) {
+    const auto [slot, isFirst] = fPending.fChanged.try_emplace(change.fId, change);
+    if (isFirst) {
+        return;
+    }
+    MergedChange& merged = slot->second;
+    // One change can come twice, when a key is subscribed to at two rates.
+    merged.fTimes.add(change.fTime);
+    merged.fNewest = change;
+}
+
+void MemoryFeed::ended(const KVError& error) {
+    const bool isLost = error.cause() == KVError::Cause::ConnectionLost;
+    xReportEnd(isLost ? MemoryBatch::End::Lost : MemoryBatch::End::Refused, error);
+}
+
+void MemoryFeed::xReportEnd(MemoryBatch::End end, const KVError& error) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    if (fPending.fBatch.fEnd != MemoryBatch::End::Lost) {
+        fPending.fBatch.fEnd = end;
+        fPending.fBatch.fEndText = error.toString();
+    }
+    xNotify();
+}
+
+/** To be called with the lock held. */
+void MemoryFeed::xNotify() {
+    fHasSomething = true;
+    if (!fHasNotified && fNotice) {
+        fHasNotified = true;
+        fNotice();
+    }
+}
+
+}  // namespace memoryviewer

@@ -1,0 +1,94 @@
+#ifndef OBVISTA_MEMORYVIEWER_MEMORY_FEED_H
+#define OBVISTA_MEMORYVIEWER_MEMORY_FEED_H
+
+#include "session/memory_key.h"
+
+#include <robaxi/kv_subscription.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace memoryviewer {
+
+/** What has come since the last MemoryFeed::take(), merged. */
+struct MemoryBatch {
+    /** How the flow of values ended. */
+    enum class End {
+        None,
+        Refused,  ///< the robot is there but gives no values
+        Lost      ///< the robot is gone
+    };
+
+    bool fHasTable = false;               ///< the table of keys, or some of it, has arrived
+    std::vector<std::uint32_t> fRemoved;  ///< to be applied before fAdded
+    std::vector<KVKeyInfo> fAdded;        ///< in no particular order
+    std::vector<MergedChange> fChanged;   ///< the newest value of each key, to be applied last
+    std::vector<KVChange> fFollowed;      ///< every change of the keys that are followed closely
+    std::size_t fUpdates = 0;             ///< values received, those merged away included
+    std::int64_t fArrival = 0;  ///< of the last of them, microseconds since 1970 by our clock
+    End fEnd = End::None;
+    std::string fEndText;    ///< why it ended
+    bool fIsClosed = false;  ///< this side ended it, which outweighs fEnd
+};
+
+/**
+ * Takes what a robot sends from the library's threads to the GUI thread.
+ *
+ * However fast the robot is, only the newest value of each key is kept, but for the few that are
+ * followed closely, and one notice is given for everything that comes between two calls of take().
+ * All operations may be called from any thread.
+ */
+class MemoryFeed : public KVSubscription::Listener {
+  public:
+    /**
+     * Sets what is called when there is something to take: once, on whatever thread it came from,
+     * until take() is called; at once when there is something already. It must only pass the word
+     * on, as it runs under the feed's lock. An empty function is set without delay and none is
+     * called after that.
+     */
+    void setNotice(std::function<void()> notice);
+
+    MemoryBatch take();
+
+    /** Keys of which every change is wanted, for a plot or a recording. */
+    void setFollowed(std::unordered_set<std::uint32_t> ids);
+
+    /** The connection is lost. The first end that is reported is the one that is kept. */
+    void reportLost(const KVError& error);
+    /** This side has closed the connection. */
+    void reportClosed();
+
+    void keysAdded(const std::vector<KVKeyInfo>& keys) override;
+    void keysRemoved(const std::vector<std::uint32_t>& ids) override;
+    void valuesChanged(const std::vector<KVChange>& changes) override;
+    void ended(const KVError& error) override;
+
+  private:
+    struct Pending {
+        MemoryBatch fBatch;  // but for its fAdded and fChanged, which are merged below
+        std::unordered_map<std::uint32_t, KVKeyInfo> fAdded;
+        std::unordered_map<std::uint32_t, MergedChange> fChanged;
+    };
+
+    void xReportEnd(MemoryBatch::End end, const KVError& error);
+    void xMerge(const KVChange& change);
+    void xNotify();
+
+    std::mutex fMutex;
+    Pending fPending;
+    std::unordered_set<std::uint32_t> fFollowedIds;
+    std::function<void()> fNotice;
+    bool fHasSomething = false;
+    bool fHasNotified = false;
+};
+
+}  // namespace memoryviewer
+
+#endif

@@ -1,0 +1,87 @@
+#include "session/memory_link.h"
+
+#include "editing/robot_writer.h"
+
+#include <robaxi/kv_connection.h>
+
+namespace memoryviewer {
+
+namespace {
+
+constexpr char a_module[] = "KVMemory";
+/** Updates a second until the user's choice is known. */
+constexpr int a_firstRate = 10;
+constexpr int a_writeTimeOut = 3;
+
+}  // namespace
+
+std::shared_ptr<MemoryLink> MemoryLink::open(const boost::shared_ptr<KVBroker>& broker,
+                                             const std::string& ip, int port, double timeOut) {
+    std::shared_ptr<MemoryLink> link(new MemoryLink(broker, ip, port, timeOut));
+    closeAtExit(link);
+    return link;
+}
+
+MemoryLink::MemoryLink(const boost::shared_ptr<KVBroker>& broker, const std::string& ip, int port,
+                       double timeOut)
+    : RobotLink(broker, ip, port, timeOut), fBroker(broker), fRate(a_firstRate) {
+    fFast = KVSubscription::start(connection(), a_module, KVSubscription::Selection::ChosenKeys,
+                                  fRate, &fFeed);
+    connection()->setLostHandler([this](const KVError& error) { fFeed.reportLost(error); });
+}
+
+MemoryLink::~MemoryLink() {
+    close();
+}
+
+void MemoryLink::xStop() {
+    connection()->setLostHandler(nullptr);
+    fSlow.reset();
+    fFast.reset();
+}
+
+void MemoryLink::follow(const SubscriptionPlan& plan, int rate) {
+    if (isClosed()) {
+        return;
+    }
+    if (rate != fRate) {
+        fRate = rate;
+        fFast->setRate(rate);
+    }
+    if (plan.fFast != fPlan.fFast) {
+        fFast->setKeys(plan.fFast);
+    }
+    if (plan.fSlow.empty()) {
+        fSlow.reset();
+    } else if (plan.fSlow != fPlan.fSlow || !fSlow) {
+        if (!fSlow) {
+            fSlow =
+                KVSubscription::start(connection(), a_module, KVSubscription::Selection::ChosenKeys,
+                                      a_slowRate, &fSlowListener);
+        }
+        fSlow->setKeys(plan.fSlow);
+    }
+    fPlan = plan;
+}
+
+double MemoryLink::roundTrip() const {
+    return isClosed() ? -1 : connection()->getRoundTrip();
+}
+
+std::unique_ptr<ValueWriter> MemoryLink::makeWriter() const {
+    return std::make_unique<RobotWriter>(fBroker, address(), port(), a_writeTimeOut);
+}
+
+void MemoryLink::SlowListener::valuesChanged(const std::vector<KVChange>& changes) {
+    fFeed.valuesChanged(changes);
+}
+
+void MemoryLink::xTellClosed() {
+    fFeed.reportClosed();
+}
+
+void MemoryLink::xSilence() {
+    fFeed.setNotice(nullptr);
+}
+
+}  // namespace memoryviewer

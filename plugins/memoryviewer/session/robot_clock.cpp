@@ -1,0 +1,29 @@
+#include "session/robot_clock.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace memoryviewer {
+
+namespace {
+
+/** Longest way that is plausible, in microseconds: two periods of the slowest subscription would be
+ *  longer, but the shortest way of many is not near that. */
+constexpr std::int64_t a_longestWay = 100'000;
+/** By how much a stamp may seem to be of the future before the clocks are taken to differ. */
+constexpr std::int64_t a_tolerance = 1'000;
+
+}  // namespace
+
+void RobotClock::see(std::int64_t stamp, std::int64_t arrival) {
+    fShortestWay = std::min(fShortestWay, arrival - stamp);
+    const bool canAgree = fShortestWay >= -a_tolerance && fShortestWay <= a_longestWay;
+    fOffset = canAgree ? 0 : fShortestWay;
+}
+
+std::int64_t RobotClock::localNow() {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::microseconds>(now).count();
+}
+
+}  // namespace memoryviewer

@@ -1,0 +1,140 @@
+#include "view/key_curves.h"
+
+#include "model/value_text.h"
+#include "plots/plot_history.h"
+#include "plots/plot_panel.h"
+#include "session/key_store.h"
+
+#include <algorithm>
+#include <iterator>
+#include <limits>
+
+namespace memoryviewer {
+
+namespace {
+
+/** Microseconds for which a value is drawn as held where a curve begins. */
+constexpr std::int64_t a_heldAtFirst = 1'000'000;
+
+CurveShape shapeOf(const MemoryKey& key) {
+    return key.type() == KVValue::Type::Float ? CurveShape::Line : CurveShape::Steps;
+}
+
+bool hasNumbers(const MemoryKey* key) {
+    return key != nullptr &&
+           (key->type() == KVValue::Type::Float || key->type() == KVValue::Type::Int ||
+            key->type() == KVValue::Type::Bool);
+}
+
+/** Not-a-number, which makes a gap, for what is no number. */
+double numberOf(const KVValue& value) {
+    switch (value.type()) {
+        case KVValue::Type::Bool:
+            return value.toBool() ? 1 : 0;
+        case KVValue::Type::Int:
+        case KVValue::Type::Float:
+            return value.toFloat();
+        default:
+            return std::numeric_limits<double>::quiet_NaN();
+    }
+}
+
+}  // namespace
+
+KeyCurves::KeyCurves(KeyStore* keys, PlotPanel* plots, QObject* parent)
+    : QObject(parent), fKeys(keys), fPlots(plots) {
+    fPlots->setKeyLookup([this](const QString& name) { return xLookup(name); });
+    connect(fPlots, &PlotPanel::plottedKeysChanged, this, &KeyCurves::xOnPlottedKeysChanged);
+    connect(fKeys, &KeyStore::added, this, &KeyCurves::xOnKeysAdded);
+    connect(fKeys, &KeyStore::aboutToRemove, this, &KeyCurves::xOnKeysGoing);
+}
+
+void KeyCurves::plot(const QStringList& names, Place place) {
+    QStringList plottable;
+    std::copy_if(names.begin(), names.end(), std::back_inserter(plottable),
+                 [this](const QString& name) { return xLookup(name).has_value(); });
+    fPlots->addCurves(plottable, place == Place::NewPlot);
+}
+
+/** Some of them may be restored ones, of which the plots know what was saved. */
+void KeyCurves::xOnPlottedKeysChanged() {
+    for (const QString& name : fPlots->plottedKeys()) {
+        if (const MemoryKey* key = fKeys->find(name.toStdString())) {
+            xDescribe(*key);
+        }
+    }
+}
+
+void KeyCurves::xDescribe(const MemoryKey& key) {
+    const QString name = QString::fromStdString(key.fInfo.fName);
+    if (fPlots->isPlotted(name)) {
+        fPlots->describeKey(name, plainText(key.fInfo.fUnit), shapeOf(key));
+    }
+}
+
+void KeyCurves::begin(const std::vector<std::uint32_t>& ids) {
+    std::vector<PlotSample> samples;
+    for (const std::uint32_t id : ids) {
+        const MemoryKey* key = fKeys->find(id);
+        if (key != nullptr && key->hasValue()) {
+            xAddSample(samples, *key, key->fTime, key->fValue);
+        }
+    }
+    fPlots->append(samples);
+}
+
+void KeyCurves::append(const std::vector<KVChange>& changes) {
+    std::vector<PlotSample> samples;
+    for (const KVChange& change : changes) {
+        if (const MemoryKey* key = fKeys->find(change.fId)) {
+            xAddSample(samples, *key, change.fTime, change.fValue);
+        }
+    }
+    fPlots->append(samples);
+}
+
+/**
+ * A curve begins, or goes on after a gap, with the value that the key has by then. It may have had
+ * it for hours, to which the plots are not to go back.
+ */
+void KeyCurves::xAddSample(std::vector<PlotSample>& samples, const MemoryKey& key,
+                           std::int64_t time, const KVValue& value) const {
+    const int handle = fPlots->keyHandle(QString::fromStdString(key.fInfo.fName));
+    const bool isNewest = key.fNewer == nullptr;
+    if (handle < 0 || !isNewest) {
+        return;
+    }
+    const bool isBeginning = !fPlots->history().curve(handle).isGoingOn();
+    const std::int64_t earliest = fKeys->clock().now() - a_heldAtFirst;
+    samples.push_back({handle, isBeginning ? std::max(time, earliest) : time, numberOf(value)});
+}
+
+void KeyCurves::setFollowing(bool isFollowing) {
+    if (fIsFollowing && !isFollowing) {
+        fPlots->breakCurves();
+    }
+    fIsFollowing = isFollowing;
+}
+
+std::optional<PlottedKey> KeyCurves::xLookup(const QString& name) const {
+    const MemoryKey* key = fKeys->find(name.toStdString());
+    return hasNumbers(key)
+               ? std::optional<PlottedKey>({name, plainText(key->fInfo.fUnit), shapeOf(*key)})
+               : std::nullopt;
+}
+
+void KeyCurves::xOnKeysAdded(const std::vector<const MemoryKey*>& keys) {
+    for (const MemoryKey* key : keys) {
+        xDescribe(*key);
+    }
+}
+
+void KeyCurves::xOnKeysGoing(const std::vector<const MemoryKey*>& keys) {
+    for (const MemoryKey* key : keys) {
+        if (key->fNewer == nullptr) {
+            fPlots->keyGone(QString::fromStdString(key->fInfo.fName));
+        }
+    }
+}
+
+}  // namespace memoryviewer

@@ -1,0 +1,101 @@
+#include "view/key_view.h"
+
+#include "model/arrangement.h"
+#include "model/key_text.h"
+#include "model/value_text.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QHeaderView>
+
+#include <algorithm>
+#include <utility>
+
+namespace memoryviewer {
+
+namespace {
+
+/** Most characters that are copied of one value, and at once. */
+constexpr int a_maxCopiedValue = 1000000;
+constexpr int a_maxCopied = 4000000;
+
+}  // namespace
+
+KeyView::KeyView(QAbstractItemModel* model, QWidget* parent) : QTreeView(parent) {
+    setModel(model);
+    setUniformRowHeights(true);
+    setAlternatingRowColors(true);
+    setAllColumnsShowFocus(true);
+    setFrameShape(QFrame::NoFrame);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    setTextElideMode(Qt::ElideRight);
+    setSelectionMode(ExtendedSelection);
+    setEditTriggers(DoubleClicked | EditKeyPressed);
+    setContextMenuPolicy(Qt::CustomContextMenu);
+    header()->setStretchLastSection(false);
+}
+
+bool KeyView::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) {
+    const bool isByKey = trigger == EditKeyPressed;
+    return QTreeView::edit(isByKey ? index.siblingAtColumn(ValueColumn) : index, trigger, event);
+}
+
+QModelIndexList KeyView::chosenRows() const {
+    const QModelIndexList rows = selectionModel()->selectedRows(NameColumn);
+    // The place of a row is searched for, so each is asked only once.
+    std::vector<std::pair<int, QModelIndex>> placed;
+    placed.reserve(static_cast<std::size_t>(rows.size()));
+    for (const QModelIndex& row : rows) {
+        placed.emplace_back(visualRect(row).top(), row);
+    }
+    std::sort(placed.begin(), placed.end(),
+              [](const auto& left, const auto& right) { return left.first < right.first; });
+    QModelIndexList sorted;
+    for (const auto& [top, row] : placed) {
+        sorted += row;
+    }
+    return sorted;
+}
+
+QStringList KeyView::chosenNames() const {
+    QStringList names;
+    for (const MemoryKey* key : chosenKeys()) {
+        names += QString::fromStdString(key->fInfo.fName);
+    }
+    return names;
+}
+
+void KeyView::copyNames() {
+    xCopy(chosenNames(), [](const QString& name) { return name; });
+}
+
+void KeyView::copyValues() {
+    xCopy(chosenKeys(),
+          [](const MemoryKey* key) { return exactValueText(key->fValue, a_maxCopiedValue); });
+}
+
+void KeyView::copyRows() {
+    xCopy(chosenKeys(), [](const MemoryKey* key) { return rowText(*key, a_maxCopiedValue); });
+}
+
+template <class Chosen, class TextOf>
+void KeyView::xCopy(const Chosen& chosen, TextOf textOf) const {
+    if (chosen.empty()) {
+        return;
+    }
+    viewer::BoundedText lines(a_maxCopied);
+    for (const auto& one : chosen) {
+        if (lines.isFull()) {
+            break;
+        }
+        lines.append(textOf(one));
+        lines.append(QStringLiteral("\n"));
+    }
+    QString text = lines.text();
+    if (text.endsWith(QLatin1Char('\n'))) {
+        text.chop(1);
+    }
+    QGuiApplication::clipboard()->setText(text);
+}
+
+}  // namespace memoryviewer

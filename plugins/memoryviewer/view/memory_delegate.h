@@ -1,0 +1,30 @@
+#ifndef OBVISTA_MEMORYVIEWER_MEMORY_DELEGATE_H
+#define OBVISTA_MEMORYVIEWER_MEMORY_DELEGATE_H
+
+#include "editing/value_delegate.h"
+
+namespace memoryviewer {
+
+/** Draws the cells of the tree: the topmost branches bold, units and types dimmed, and everything
+ *  dimmed when the values are old. */
+class MemoryDelegate : public ValueDelegate {
+    Q_OBJECT
+
+  public:
+    using ValueDelegate::ValueDelegate;
+
+    /** Whether the values are no longer live. The caller has the view painted again. */
+    void setStale(bool isStale) { fIsStale = isStale; }
+
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+
+  protected:
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
+
+  private:
+    bool fIsStale = false;
+};
+
+}  // namespace memoryviewer
+
+#endif

@@ -1,0 +1,518 @@
+#include "view/memory_viewer_widget.h"
+
+#include "editing/write_queue.h"
+#include "model/key_value_source.h"
+#include "model/memory_model.h"
+#include "model/value_text.h"
+#include "model/watch_model.h"
+#include "plots/plot_panel.h"
+#include "recording/csv_recorder.h"
+#include "recording/recording_bar.h"
+#include "session/key_follower.h"
+#include "session/key_recording.h"
+#include "session/key_store.h"
+#include "session/memory_link.h"
+#include "view/column_menu.h"
+#include "view/key_actions.h"
+#include "view/key_columns.h"
+#include "view/key_curves.h"
+#include "view/key_tree.h"
+#include "view/memory_delegate.h"
+#include "view/memory_keys.h"
+#include "view/memory_tool_bar.h"
+#include "view/watch_view.h"
+
+#include <QHeaderView>
+#include <QLabel>
+#include <QShortcut>
+#include <QSplitter>
+#include <QStackedLayout>
+#include <QTime>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <cmath>
+#include <labels.h>
+#include <robot_header.h>
+#include <utility>
+#include <widget_seen.h>
+
+namespace memoryviewer {
+
+namespace {
+
+/** Milliseconds between two looks at the feed: more often than the eye follows, and a bound on how
+ *  much of the GUI thread a fast robot can take. */
+constexpr int a_frameTime = 40;
+/** Between two looks at what can be seen, and two steps of ages and marks. */
+constexpr int a_tickTime = 200;
+constexpr int a_secondTime = 1000;
+/** A key that is typed soon after another one does not filter twice. */
+constexpr int a_filterDelay = 15;
+constexpr qint64 a_refusalTime = 10000;
+constexpr qint64 a_microsecondsInSecond = 1000000;
+constexpr int a_maxKeyNameLength = 60;
+constexpr int a_widthInCharacters = 120;
+constexpr int a_heightInLines = 44;
+constexpr int a_leastLines = 8;
+/** Between two looks for changes of what is remembered; these have many sources. */
+constexpr int a_saveTime = 500;
+const QLatin1String a_columnsKey("columns");
+const QLatin1String a_widthsKey("widths");
+const QLatin1String a_flatKey("flat");
+const QLatin1String a_rateKey("rate");
+const QLatin1String a_filterKey("filter");
+const QLatin1String a_watchedKey("watched");
+const QLatin1String a_plotsKey("plots");
+
+}  // namespace
+
+MemoryViewerWidget::MemoryViewerWidget(std::shared_ptr<MemoryLink> link, WidgetInterface* plugin,
+                                       QWidget* parent)
+    : ViewerWidget(link, plugin, parent),
+      fLink(std::move(link)),
+      fSettings(QStringLiteral("MemoryViewer"), fLink->robotName()),
+      fKeys(new KeyStore(this)),
+      fModel(new MemoryModel(fKeys, this)),
+      fWatched(new WatchModel(fKeys, this)),
+      fWrites(std::make_unique<WriteQueue>(fLink->makeWriter())),
+      fValues(std::make_unique<KeyValueSource>(fKeys, fWrites.get())),
+      fRecorder(new CsvRecorder(this)),
+      fToolBar(new MemoryToolBar(this)),
+      fTree(new KeyTree(fModel, this)),
+      fColumnMenu(new ColumnMenu(fTree->header(), this)),
+      fWatchView(new WatchView(fWatched, this)),
+      fColumns(new KeyColumns(fTree, fWatchView, this)),
+      fDelegate(new MemoryDelegate(fValues.get(), this)),
+      fPlots(new PlotPanel(this)),
+      fRecording(new RecordingBar(fRecorder, this)),
+      fCurves(new KeyCurves(fKeys, fPlots, this)),
+      fKeyRecording(new KeyRecording(fKeys, fRecorder, this)),
+      fFollower(std::make_unique<KeyFollower>(fLink, fKeys, fCurves)),
+      fSplitter(new QSplitter(Qt::Vertical, this)),
+      fPages(new QStackedLayout),
+      fMessage(viewer::makeMessage("memoryMessage", this)),
+      fNotice(viewer::makeNotice("memoryNotice", this)),
+      fStatus(viewer::makeStatusLine("memoryStatus", this)) {
+    fSituation.fRobot = xRobotText();
+    xBuild();
+    xRestore();
+    xConnect();
+    xUpdateTexts();
+
+    fSinceFrame.start();
+    fSinceSecond.start();
+    fSinceValue.start();
+    fTickTimer.start(a_tickTime);
+    fSecondTimer.start(a_secondTime);
+    fLink->feed().setNotice([this] {
+        QMetaObject::invokeMethod(
+            this, [this] { xOnNotice(); }, Qt::QueuedConnection);
+    });
+}
+
+MemoryViewerWidget::~MemoryViewerWidget() {
+    xSave();
+    fWrites.reset();  // what it tells on its way out would find half a widget
+}
+
+/** Room for the columns and some thirty rows; a docked widget gets its size from here. */
+QSize MemoryViewerWidget::sizeHint() const {
+    const QFontMetrics metrics = fontMetrics();
+    return {a_widthInCharacters * metrics.averageCharWidth(), a_heightInLines * metrics.height()};
+}
+
+void MemoryViewerWidget::xBuild() {
+    setObjectName(QStringLiteral("memoryViewer"));
+    setWindowTitle(tr("Memory viewer"));
+    resize(sizeHint());
+    setMainPart(fTree);
+    fTree->setItemDelegate(fDelegate);
+    fWatchView->setItemDelegate(fDelegate);
+    fToolBar->setColumnMenu(fColumnMenu);
+    fRecording->setRobotName(QString::fromStdString(fLink->robotName()));
+
+    auto* keys = new QWidget(this);
+    keys->setLayout(fPages);
+    fPages->addWidget(fMessage);
+    fPages->addWidget(fTree);
+    fSplitter->addWidget(keys);
+    fSplitter->addWidget(fWatchView);
+    fSplitter->addWidget(fPlots);
+    fSplitter->setStretchFactor(0, 3);
+    fSplitter->setStretchFactor(1, 0);
+    fSplitter->setStretchFactor(2, 2);
+    fSplitter->setCollapsible(0, false);
+    keys->setMinimumHeight(a_leastLines * fontMetrics().height());
+    fPlots->hide();
+
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(header());
+    column->addWidget(fToolBar);
+    column->addWidget(fNotice);
+    column->addWidget(fSplitter, 1);
+    column->addWidget(fRecording);
+    column->addWidget(fStatus);
+
+    for (const viewer::KeyGroup& group : memoryKeys()) {
+        addKeys(group);
+    }
+    new KeyActions({fTree, fWatchView, fWatched, fCurves, fValues.get(), fWrites.get()}, this);
+}
+
+void MemoryViewerWidget::xConnect() {
+    fFrameTimer.setSingleShot(true);
+    fFilterTimer.setSingleShot(true);
+    connect(&fFrameTimer, &QTimer::timeout, this, &MemoryViewerWidget::xOnFrame);
+    connect(&fTickTimer, &QTimer::timeout, this, &MemoryViewerWidget::xOnTick);
+    connect(&fSecondTimer, &QTimer::timeout, this, &MemoryViewerWidget::xOnSecond);
+    connect(&fFilterTimer, &QTimer::timeout, this, &MemoryViewerWidget::xArrange);
+    connect(&fSaveTimer, &QTimer::timeout, this, &MemoryViewerWidget::xSave);
+    connect(fToolBar, &MemoryToolBar::filterChanged, this,
+            [this] { fFilterTimer.start(a_filterDelay); });
+    connect(fToolBar, &MemoryToolBar::filterLeft, fTree, &KeyTree::enter);
+    connect(fToolBar, &MemoryToolBar::formChanged, this, &MemoryViewerWidget::xArrange);
+    connect(fToolBar, &MemoryToolBar::rateChanged, this, &MemoryViewerWidget::xOnRate);
+    connect(fToolBar, &MemoryToolBar::pauseChanged, this, &MemoryViewerWidget::xOnPause);
+    xAddShortcut(QKeySequence::Find, &MemoryToolBar::focusFilter);
+    xAddShortcut(Qt::CTRL + Qt::Key_Space, &MemoryToolBar::togglePause);
+    connect(fKeys, &KeyStore::added, this, &MemoryViewerWidget::xPlanSoon);
+    connect(fPlots, &PlotPanel::plottedKeysChanged, this, [this] {
+        xShowPlots(!fPlots->plottedKeys().isEmpty());
+        xPlan();
+    });
+    connect(fRecording, &RecordingBar::recordingChanged, this, &MemoryViewerWidget::xOnRecording);
+    connect(fWrites.get(), &WriteQueue::stateChanged, this, [this] { xRepaint(); });
+    connect(fWrites.get(), &WriteQueue::refused, this, &MemoryViewerWidget::xOnWriteRefused);
+    connect(fDelegate, &MemoryDelegate::entryRefused, this, &MemoryViewerWidget::xOnEntryRefused);
+    connect(fWatched, &WatchModel::namesChanged, this, &MemoryViewerWidget::xPlan);
+    connect(fTree->header(), &QWidget::customContextMenuRequested, fColumnMenu,
+            [this](const QPoint& at) { fColumnMenu->popup(fTree->header()->mapToGlobal(at)); });
+}
+
+void MemoryViewerWidget::xAddShortcut(const QKeySequence& keys, void (MemoryToolBar::*slot)()) {
+    auto* shortcut = new QShortcut(keys, this);
+    shortcut->setContext(Qt::WidgetWithChildrenShortcut);
+    connect(shortcut, &QShortcut::activated, fToolBar, slot);
+}
+
+void MemoryViewerWidget::xRestore() {
+    fColumns->restore(fSettings.value(a_columnsKey).toByteArray(),
+                      fSettings.value(a_widthsKey).toList());
+    fToolBar->setFlat(fSettings.value(a_flatKey).toBool());
+    fToolBar->setRate(fSettings.value(a_rateKey, fToolBar->rate()).toInt());
+    fToolBar->setFilter(fSettings.value(a_filterKey).toString());
+    fWatched->setNames(fSettings.value(a_watchedKey).toStringList());
+    fPlots->restoreState(fSettings.value(a_plotsKey).toMap());
+    fSaved = xState();
+    xShowPlots(!fPlots->plottedKeys().isEmpty());
+    xArrange();
+    xOnRate();
+}
+
+void MemoryViewerWidget::xShowPlots(bool isShown) {
+    if (isShown == !fPlots->isHidden()) {
+        return;
+    }
+    fPlots->setVisible(isShown);
+    const int height = fSplitter->height();
+    const int watched = fWatchView->sizeHint().height();
+    const int plots = isShown ? height / 2 : 0;
+    fSplitter->setSizes({height - watched - plots, watched, plots});
+}
+
+QVariantMap MemoryViewerWidget::xState() const {
+    return {{a_columnsKey, fTree->header()->saveState()},
+            {a_widthsKey, fColumns->saved()},
+            {a_flatKey, fToolBar->isFlat()},
+            {a_rateKey, fToolBar->rate()},
+            {a_filterKey, fToolBar->filter()},
+            {a_watchedKey, fWatched->names()},
+            {a_plotsKey, fPlots->saveState()}};
+}
+
+/** Saves what has changed in this viewer; the rest may be newer in another viewer of the robot. */
+void MemoryViewerWidget::xSave() {
+    const QVariantMap state = xState();
+    for (auto each = state.begin(); each != state.end(); ++each) {
+        if (each.value() != fSaved.value(each.key())) {
+            fSettings.setValue(each.key(), each.value());
+        }
+    }
+    fSaved = state;
+}
+
+void MemoryViewerWidget::showEvent(QShowEvent* event) {
+    ViewerWidget::showEvent(event);
+    fSaveTimer.start(a_saveTime);
+}
+
+/** Nothing changes while it is hidden, and a viewer that is opened next finds what was changed. */
+void MemoryViewerWidget::hideEvent(QHideEvent* event) {
+    ViewerWidget::hideEvent(event);
+    fSaveTimer.stop();
+    xSave();
+}
+
+void MemoryViewerWidget::xOnNotice() {
+    if (!fFrameTimer.isActive()) {
+        const qint64 rest = a_frameTime - fSinceFrame.elapsed();
+        fFrameTimer.start(static_cast<int>(std::max<qint64>(rest, 0)));
+    }
+}
+
+void MemoryViewerWidget::xOnFrame() {
+    fSinceFrame.restart();
+    MemoryBatch batch = fLink->feed().take();
+    xApply(batch);
+    if (batch.fIsClosed) {
+        const bool isLost = fSituation.fPhase == MemoryPhase::Lost;
+        xSetPhase(isLost ? MemoryPhase::Lost : MemoryPhase::Closed);
+        return;
+    }
+    xOnEnd(batch);
+}
+
+void MemoryViewerWidget::xOnEnd(const MemoryBatch& batch) {
+    switch (batch.fEnd) {
+        case MemoryBatch::End::None:
+            xSetPhase(batch.fHasTable ? MemoryPhase::Live : fSituation.fPhase);
+            break;
+        case MemoryBatch::End::Refused:
+            fSituation.fRefusal = plainText(batch.fEndText);
+            xSetPhase(MemoryPhase::Refused);
+            break;
+        case MemoryBatch::End::Lost:
+            if (fSituation.fPhase != MemoryPhase::Lost) {
+                xSetPhase(MemoryPhase::Lost);
+                reportLoss();
+            }
+            break;
+    }
+}
+
+void MemoryViewerWidget::xApply(MemoryBatch& batch) {
+    fUpdates += batch.fUpdates;
+    if (batch.fUpdates > 0) {
+        fSinceValue.restart();
+    }
+    fKeys->remove(batch.fRemoved);
+    fKeys->add(batch.fAdded);
+    if (!batch.fAdded.empty()) {
+        xOpenNewBranches();
+    }
+    fKeys->change(std::move(batch.fChanged), batch.fArrival);
+    fCurves->append(batch.fFollowed);
+    fKeyRecording->append(batch.fFollowed);
+}
+
+void MemoryViewerWidget::xSetPhase(MemoryPhase phase) {
+    const bool hasContent = fModel->keyCount() > 0;
+    if (phase == fSituation.fPhase && hasContent == (fPages->currentWidget() == fTree)) {
+        return;
+    }
+    fSituation.fPhase = phase;
+    if (phase != MemoryPhase::WaitingForKeys && phase != MemoryPhase::Live) {
+        fTickTimer.stop();
+        fSecondTimer.stop();
+        fDelegate->setStale(true);
+        xRepaint();
+        fPlots->endCurves(fKeys->newestTime());
+        fWrites->giveUp(tr("the robot is lost"));
+        fRecorder->stop();
+    }
+    xUpdateTexts();
+}
+
+void MemoryViewerWidget::xOnTick() {
+    xPlan();
+    if (fFollower->isFollowing()) {
+        xRepaint();  // ages go on, and marks go out
+    }
+    const bool isOld = fSinceRefusal.isValid() && fSinceRefusal.hasExpired(a_refusalTime);
+    if (isOld && !fSituation.fWriteRefusal.isEmpty()) {
+        fSituation.fWriteRefusal.clear();
+        xUpdateTexts();
+    }
+}
+
+void MemoryViewerWidget::xOnSecond() {
+    const double seconds = static_cast<double>(fSinceSecond.restart()) / a_secondTime;
+    fSituation.fUpdates = static_cast<int>(std::lround(static_cast<double>(fUpdates) / seconds));
+    fUpdates = 0;
+    if (fFollower->isFollowing()) {
+        fKeys->endTurn();
+        if (fModel->arrangement().isLive() && !fTree->isEditing()) {
+            fModel->rearrange();
+            xOpenNewBranches();
+        }
+    } else {
+        fSinceValue.restart();
+    }
+    xUpdateTexts();
+}
+
+void MemoryViewerWidget::xArrange() {
+    Arrangement arrangement = fModel->arrangement();
+    const bool wasEmpty = arrangement.fFilter.isEmpty();
+    const bool wasWhole = arrangement.isWholeTree();
+    arrangement.fIsFlat = fToolBar->isFlat();
+    arrangement.fFilter = FilterExpression(fToolBar->filter());
+    if (fTree->rootIsDecorated() == arrangement.fIsFlat) {
+        fTree->setRootIsDecorated(!arrangement.fIsFlat);
+        fColumns->forgetNames();
+    }
+    if (wasWhole && !arrangement.isWholeTree()) {
+        fTree->rememberOpenBranches();
+    }
+    fModel->setArrangement(arrangement);
+    if (!wasWhole && arrangement.isWholeTree()) {
+        fTree->reopenBranches();
+    }
+    if (!arrangement.fFilter.isEmpty()) {
+        fTree->openAll();
+    } else if (!wasEmpty) {
+        fTree->scrollTo(fTree->currentIndex());
+    }
+    fSituation.fFilter = fToolBar->filter();
+    fSituation.fFilterFault = arrangement.fFilter.fault();
+    fToolBar->setFilterFault(arrangement.fFilter.fault());
+    xUpdateTexts();
+    xPlan();
+}
+
+/** Less may have passed the filter when it was entered, or remembered, than does now. */
+void MemoryViewerWidget::xOpenNewBranches() {
+    if (!fModel->arrangement().fFilter.isEmpty()) {
+        fTree->openNewBranches();
+    }
+}
+
+void MemoryViewerWidget::xOnRecording(bool isRecording) {
+    if (isRecording) {
+        fKeyRecording->begin(xRecordedIds());
+    }
+    xPlan();
+}
+
+void MemoryViewerWidget::xOnPause() {
+    fSituation.fPausedSince = fToolBar->isPaused()
+                                  ? QTime::currentTime().toString(QStringLiteral("HH:mm:ss"))
+                                  : QString();
+    xPlan();
+    xUpdateTexts();
+}
+
+void MemoryViewerWidget::xOnWriteRefused(const std::string& key, const QString& reason) {
+    xSayRefusal(tr("%1 keeps its value: %2").arg(plainText(key, a_maxKeyNameLength), reason));
+}
+
+void MemoryViewerWidget::xOnEntryRefused(const QString& problem) {
+    xSayRefusal(tr("Nothing was written. %1").arg(problem));
+}
+
+void MemoryViewerWidget::xSayRefusal(const QString& text) {
+    fSituation.fWriteRefusal = text;
+    fSinceRefusal.start();
+    xUpdateTexts();
+}
+
+void MemoryViewerWidget::xRepaint() {
+    fTree->viewport()->update();
+    fWatchView->viewport()->update();
+}
+
+void MemoryViewerWidget::xPlan() {
+    fFollower->follow(xNeeds(), fToolBar->rate());
+}
+
+/** When new rows have found their place on the screen. */
+void MemoryViewerWidget::xPlanSoon() {
+    QMetaObject::invokeMethod(
+        this, [this] { xPlan(); }, Qt::QueuedConnection);
+}
+
+SubscriptionNeeds MemoryViewerWidget::xNeeds() const {
+    SubscriptionNeeds needs;
+    needs.fIsSeen = viewer::isSeen(*this);
+    needs.fIsPaused = fToolBar->isPaused();
+    needs.fRecorded = xRecordedIds();
+    if (!needs.fIsSeen || needs.fIsPaused) {
+        return needs;
+    }
+    needs.fVisible = fTree->isVisible() ? fTree->visibleKeys() : std::vector<std::uint32_t>();
+    needs.fWatched = xIdsOf(fWatched->names());
+    needs.fPlotted = xIdsOf(fPlots->plottedKeys());
+    if (fModel->arrangement().isLive()) {
+        needs.fCompared = xAllIds();
+    }
+    return needs;
+}
+
+void MemoryViewerWidget::xOnRate() {
+    fPlots->setUpdateInterval(a_microsecondsInSecond / fToolBar->rate());
+    xPlan();
+}
+
+std::vector<std::uint32_t> MemoryViewerWidget::xIdsOf(const QStringList& names) const {
+    std::vector<std::uint32_t> ids;
+    for (const QString& name : names) {
+        if (const MemoryKey* key = fKeys->find(name.toStdString())) {
+            ids.push_back(key->fInfo.fId);
+        }
+    }
+    return ids;
+}
+
+/** What is watched and plotted is recorded, or, when nothing is, every key. */
+std::vector<std::uint32_t> MemoryViewerWidget::xRecordedIds() const {
+    if (!fRecorder->isRecording()) {
+        return {};
+    }
+    QStringList names = fWatched->names() + fPlots->plottedKeys();
+    names.removeDuplicates();
+    const std::vector<std::uint32_t> ids = xIdsOf(names);
+    return ids.empty() ? xAllIds() : ids;
+}
+
+std::vector<std::uint32_t> MemoryViewerWidget::xAllIds() const {
+    std::vector<std::uint32_t> ids;
+    ids.reserve(fKeys->size());
+    for (const MemoryKey* key : fKeys->sorted()) {
+        ids.push_back(key->fInfo.fId);
+    }
+    return ids;
+}
+
+void MemoryViewerWidget::xUpdateTexts() {
+    fSituation.fKeys = fKeys->size();
+    fSituation.fShown = static_cast<std::size_t>(fModel->keyCount());
+    fSituation.fRoundTrip = fLink->roundTrip();
+    fSituation.fAge = xAge();
+    const bool isQuiet = fFollower->isFollowing() && fSinceValue.isValid();
+    fSituation.fQuietSeconds =
+        isQuiet ? static_cast<double>(fSinceValue.elapsed()) / a_secondTime : 0;
+
+    const QString message = messageFor(fSituation);
+    const QString notice = noticeFor(fSituation);
+    fMessage->setText(message);
+    fNotice->setText(notice);
+    fNotice->setVisible(!notice.isEmpty() && (message.isEmpty() || fSituation.isLive()));
+    fPages->setCurrentWidget(message.isEmpty() ? static_cast<QWidget*>(fTree) : fMessage);
+    viewer::setStatus(*fStatus, statusFor(fSituation));
+}
+
+/** Of the newest value, in seconds; negative when there is none. */
+double MemoryViewerWidget::xAge() const {
+    const std::int64_t newest = fKeys->newestTime();
+    const std::int64_t age = fKeys->clock().now() - newest;
+    return newest == 0 ? -1 : std::max(0.0, static_cast<double>(age) / a_microsecondsInSecond);
+}
+
+QString MemoryViewerWidget::xRobotText() const {
+    return robotName() + viewer::statusSeparator() + robotAddress();
+}
+
+}  // namespace memoryviewer

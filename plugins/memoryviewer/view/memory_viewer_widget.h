@@ -1,0 +1,143 @@
+#ifndef OBVISTA_MEMORYVIEWER_MEMORY_VIEWER_WIDGET_H
+#define OBVISTA_MEMORYVIEWER_MEMORY_VIEWER_WIDGET_H
+
+#include "session/subscription_planner.h"
+#include "view/memory_texts.h"
+
+#include <QElapsedTimer>
+#include <QTimer>
+#include <QVariantMap>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <robot_settings.h>
+#include <string>
+#include <vector>
+#include <viewer_widget.h>
+
+class QKeySequence;
+class QLabel;
+class QSplitter;
+class QStackedLayout;
+
+namespace memoryviewer {
+
+class ColumnMenu;
+class CsvRecorder;
+class KeyColumns;
+class KeyCurves;
+class KeyFollower;
+class KeyRecording;
+class KeyStore;
+class KeyTree;
+class KeyValueSource;
+class MemoryDelegate;
+class MemoryLink;
+class MemoryModel;
+class MemoryToolBar;
+class PlotPanel;
+class RecordingBar;
+class WatchModel;
+class WatchView;
+class WriteQueue;
+struct MemoryBatch;
+
+/**
+ * Shows the memory of one robot as it changes: the keys as a tree or list, plots, a recording, and
+ * writes values that the user enters. Asks the robot only for the keys that are needed for what can
+ * be seen. When the link is closed it says so.
+ */
+class MemoryViewerWidget : public viewer::ViewerWidget {
+    Q_OBJECT
+
+  public:
+    MemoryViewerWidget(std::shared_ptr<MemoryLink> link, WidgetInterface* plugin, QWidget* parent);
+    ~MemoryViewerWidget() override;
+
+    QSize sizeHint() const override;
+
+  protected:
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+
+  private:
+    void xBuild();
+    void xConnect();
+    void xAddShortcut(const QKeySequence& keys, void (MemoryToolBar::*slot)());
+    void xRestore();
+    void xSave();
+    QVariantMap xState() const;
+
+    void xOnNotice();
+    void xOnFrame();
+    void xApply(MemoryBatch& batch);
+    void xOnEnd(const MemoryBatch& batch);
+    void xSetPhase(MemoryPhase phase);
+    void xOnTick();
+    void xOnSecond();
+    void xArrange();
+    void xOpenNewBranches();
+    void xOnRecording(bool isRecording);
+    void xOnPause();
+    void xOnWriteRefused(const std::string& key, const QString& reason);
+    void xOnEntryRefused(const QString& problem);
+    void xSayRefusal(const QString& text);
+    void xShowPlots(bool isShown);
+    void xRepaint();
+
+    void xPlan();
+    void xPlanSoon();
+    SubscriptionNeeds xNeeds() const;
+    void xOnRate();
+    std::vector<std::uint32_t> xIdsOf(const QStringList& names) const;
+    std::vector<std::uint32_t> xRecordedIds() const;
+    std::vector<std::uint32_t> xAllIds() const;
+    void xUpdateTexts();
+    double xAge() const;
+    QString xRobotText() const;
+
+    std::shared_ptr<MemoryLink> fLink;
+    viewer::RobotSettings fSettings;
+    QVariantMap fSaved;
+    MemorySituation fSituation;
+
+    KeyStore* fKeys;
+    MemoryModel* fModel;
+    WatchModel* fWatched;
+    std::unique_ptr<WriteQueue> fWrites;
+    std::unique_ptr<KeyValueSource> fValues;
+    CsvRecorder* fRecorder;
+
+    MemoryToolBar* fToolBar;
+    KeyTree* fTree;
+    ColumnMenu* fColumnMenu;
+    WatchView* fWatchView;
+    KeyColumns* fColumns;
+    MemoryDelegate* fDelegate;
+    PlotPanel* fPlots;
+    RecordingBar* fRecording;
+    KeyCurves* fCurves;
+    KeyRecording* fKeyRecording;
+    std::unique_ptr<KeyFollower> fFollower;
+    QSplitter* fSplitter;
+    QStackedLayout* fPages;
+    QLabel* fMessage;
+    QLabel* fNotice;
+    QLabel* fStatus;
+
+    QTimer fFrameTimer;
+    QElapsedTimer fSinceFrame;
+    QTimer fTickTimer;
+    QTimer fSecondTimer;
+    QTimer fFilterTimer;
+    QTimer fSaveTimer;
+    QElapsedTimer fSinceSecond;
+    QElapsedTimer fSinceValue;
+    QElapsedTimer fSinceRefusal;
+    std::size_t fUpdates = 0;
+};
+
+}  // namespace memoryviewer
+
+#endif

@@ -1,0 +1,40 @@
+#ifndef OBVISTA_MEMORYVIEWER_WATCH_VIEW_H
+#define OBVISTA_MEMORYVIEWER_WATCH_VIEW_H
+
+#include "view/key_view.h"
+
+namespace memoryviewer {
+
+class WatchModel;
+
+/**
+ * The keys that the user watches, in an area of their own. Keys are dropped in, Delete takes the
+ * chosen ones out, and Alt with an arrow key moves one.
+ */
+class WatchView : public KeyView {
+    Q_OBJECT
+
+  public:
+    WatchView(WatchModel* model, QWidget* parent);
+
+    std::vector<const MemoryKey*> chosenKeys() const override;
+    QStringList chosenNames() const override;
+
+    QSize sizeHint() const override;
+
+  public Q_SLOTS:
+    void removeChosen();
+
+  protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+  private:
+    void xMove(int by);
+
+    WatchModel* fModel;
+};
+
+}  // namespace memoryviewer
+
+#endif

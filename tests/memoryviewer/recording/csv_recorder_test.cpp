@@ -1,0 +1,333 @@
+#include "recording/csv_recorder.h"
+
+#include "recording/csv_file.h"
+#include "recording/recording_bar.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QToolButton>
+#include <QtTest>
+#include <qt_test_main.h>
+
+#include <cstdlib>
+#include <file_size_limit.h>
+#include <sys/stat.h>
+#include <thread>
+
+using namespace memoryviewer;
+
+namespace {
+
+constexpr int a_columns = 6;
+const QByteArray a_header = QByteArray::fromRawData(a_csvHeader.data(), int(a_csvHeader.size()));
+
+std::vector<RecordedChange> changes(int first, int count) {
+    static const auto key = std::make_shared<RecordedKey>(RecordedKey{"Head/Yaw", "rad"});
+    std::vector<RecordedChange> changes;
+    for (int i = first; i < first + count; ++i) {
+        changes.push_back({std::int64_t(i) * 1000, key, KVValue(i)});
+    }
+    return changes;
+}
+
+QByteArray contentOf(const QString& fileName) {
+    QFile file(fileName);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+/** Whether the file is the header and then nothing but whole rows of changes(). */
+bool hasWholeRowsOnly(const QByteArray& content) {
+    if (!content.startsWith(a_header) || !content.endsWith("\r\n")) {
+        return false;
+    }
+    const QList<QByteArray> rows = content.mid(a_header.size()).split('\n');
+    for (int i = 0; i + 1 < rows.size(); ++i) {
+        const QList<QByteArray> fields = rows[i].trimmed().split(',');
+        if (fields.size() != a_columns || fields[3].toLongLong() != i) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+class RecorderTest : public QObject {
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void init();
+    void writesARowForEachChange();
+    void writesAllThatWasRecordedBeforeItsEnd();
+    void recordsNothingBeforeItsStartAndAfterItsEnd();
+    void canBeUsedAgain();
+    void takesChangesFromSeveralThreads();
+    void countsWhatTheDiskIsTooSlowFor();
+    void leavesWholeRowsWhenTheFileMayNotGrow();
+    void saysThatTheDiskIsFull();
+    void saysWhyAFileCannotBeMade_data();
+    void saysWhyAFileCannotBeMade();
+    void waitsForNoReaderOfAPipe();
+    void leavesAValidFileWhenItIsKilled();
+    void startsAndStopsByTheBar();
+    void asksForAFileByKeyboard();
+    void tellsInTheBarWhatWentWrong();
+
+  private:
+    QString xFile() const { return fFolder->filePath(QStringLiteral("values.csv")); }
+    /** @return the error that the recording ended with */
+    QString xEndOf(CsvRecorder& recorder);
+
+    std::unique_ptr<QTemporaryDir> fFolder;
+};
+
+void RecorderTest::init() {
+    fFolder = std::make_unique<QTemporaryDir>();
+}
+
+QString RecorderTest::xEndOf(CsvRecorder& recorder) {
+    QString result = QStringLiteral("it did not end");
+    QSignalSpy finished(&recorder, &CsvRecorder::finished);
+    const bool isOver = QTest::qWaitFor([&recorder] { return !recorder.isRecording(); });
+    if (isOver && finished.size() == 1) {
+        result = finished.first().first().toString();
+    }
+    return result;
+}
+
+void RecorderTest::writesARowForEachChange() {
+    CsvRecorder recorder;
+    recorder.start(xFile());
+    QVERIFY(recorder.isRecording());
+    recorder.record(changes(0, 3));
+    recorder.stop();
+    QCOMPARE(xEndOf(recorder), QString());
+    QCOMPARE(contentOf(xFile()), a_header +
+                                     "0,1970-01-01T00:00:00.000000Z,Head/Yaw,0,rad,int\r\n"
+                                     "1000,1970-01-01T00:00:00.001000Z,Head/Yaw,1,rad,int\r\n"
+                                     "2000,1970-01-01T00:00:00.002000Z,Head/Yaw,2,rad,int\r\n");
+    QCOMPARE(recorder.progress().fRows, std::uint64_t(3));
+    QCOMPARE(recorder.progress().fBytes, std::int64_t(contentOf(xFile()).size()));
+    QCOMPARE(recorder.progress().fLost, std::uint64_t(0));
+}
+
+void RecorderTest::writesAllThatWasRecordedBeforeItsEnd() {
+    {
+        CsvRecorder recorder;
+        recorder.start(xFile());
+        recorder.record(changes(0, 50000));
+    }
+    const QByteArray content = contentOf(xFile());
+    QVERIFY(hasWholeRowsOnly(content));
+    QCOMPARE(content.count('\n'), 50001);
+}
+
+void RecorderTest::recordsNothingBeforeItsStartAndAfterItsEnd() {
+    CsvRecorder recorder;
+    recorder.record(changes(0, 5));
+    recorder.start(xFile());
+    recorder.stop();
+    recorder.record(changes(0, 5));
+    QCOMPARE(xEndOf(recorder), QString());
+    QCOMPARE(contentOf(xFile()), a_header);
+}
+
+void RecorderTest::canBeUsedAgain() {
+    CsvRecorder recorder;
+    for (int round = 0; round < 3; ++round) {
+        recorder.start(xFile());
+        recorder.record(changes(0, 10 * (3 - round)));
+        recorder.stop();
+        QCOMPARE(xEndOf(recorder), QString());
+        QCOMPARE(contentOf(xFile()).count('\n'), 1 + 10 * (3 - round));
+        QVERIFY(hasWholeRowsOnly(contentOf(xFile())));
+    }
+}
+
+void RecorderTest::takesChangesFromSeveralThreads() {
+    CsvRecorder recorder;
+    recorder.start(xFile());
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&recorder] {
+            for (int part = 0; part < 100; ++part) {
+                recorder.record(changes(part * 10, 10));
+            }
+        });
+    }
+    while (recorder.progress().fRows < 100) {
+        std::this_thread::yield();
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    recorder.stop();
+    QCOMPARE(xEndOf(recorder), QString());
+    QCOMPARE(contentOf(xFile()).count('\n'), 4001);
+}
+
+void RecorderTest::countsWhatTheDiskIsTooSlowFor() {
+    // More in one go than may wait.
+    CsvRecorder recorder({100, 1 << 20}, nullptr);
+    recorder.start(xFile());
+    recorder.record(changes(0, 1000));
+    recorder.stop();
+    QCOMPARE(xEndOf(recorder), QString());
+    QCOMPARE(recorder.progress().fLost, std::uint64_t(900));
+    QCOMPARE(recorder.progress().fRows, std::uint64_t(100));
+    QVERIFY(contentOf(xFile()).endsWith("99000,1970-01-01T00:00:00.099000Z,,900,,lost\r\n"));
+}
+
+void RecorderTest::leavesWholeRowsWhenTheFileMayNotGrow() {
+    const obvista_test::FileSizeLimit limit(100003);
+    CsvRecorder recorder;
+    recorder.start(xFile());
+    recorder.record(changes(0, 20000));
+    QCOMPARE(xEndOf(recorder), QStringLiteral("values.csv cannot be written: The file has reached "
+                                              "the largest size allowed."));
+    const QByteArray content = contentOf(xFile());
+    QVERIFY(hasWholeRowsOnly(content));
+    QVERIFY2(content.size() > 99900 && content.size() <= 100003,
+             qPrintable(QString::number(content.size())));
+    QCOMPARE(recorder.progress().fBytes, std::int64_t(content.size()));
+    QCOMPARE(recorder.progress().fRows, std::uint64_t(content.count('\n') - 1));
+}
+
+void RecorderTest::saysThatTheDiskIsFull() {
+    CsvRecorder recorder;
+    recorder.start(QStringLiteral("/dev/full"));
+    QCOMPARE(xEndOf(recorder), QStringLiteral("full cannot be written: The disk is full."));
+    QCOMPARE(recorder.progress().fBytes, std::int64_t(0));
+}
+
+void RecorderTest::saysWhyAFileCannotBeMade_data() {
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("no folder") << "none/values.csv"
+                               << "values.csv cannot be written: The folder does not exist.";
+    QTest::newRow("a folder") << "folder"
+                              << "folder cannot be written: It is a folder.";
+}
+
+void RecorderTest::saysWhyAFileCannotBeMade() {
+    QFETCH(QString, name);
+    QFETCH(QString, reason);
+    QVERIFY(QDir(fFolder->path()).mkdir(QStringLiteral("folder")));
+    CsvRecorder recorder;
+    QSignalSpy started(&recorder, &CsvRecorder::started);
+    recorder.start(fFolder->filePath(name));
+    QCOMPARE(xEndOf(recorder), reason);
+    QCOMPARE(started.size(), 0);
+}
+
+void RecorderTest::waitsForNoReaderOfAPipe() {
+    QCOMPARE(mkfifo(QFile::encodeName(xFile()).constData(), 0600), 0);
+    CsvRecorder recorder;
+    recorder.start(xFile());
+    QVERIFY(xEndOf(recorder).startsWith(QStringLiteral("values.csv cannot be written: ")));
+}
+
+/** This program itself, recording without end, is the one that is killed. */
+void RecorderTest::leavesAValidFileWhenItIsKilled() {
+    for (int round = 0; round < 5; ++round) {
+        QProcess process;
+        process.start(QCoreApplication::applicationFilePath(),
+                      {QStringLiteral("--record"), xFile()});
+        QVERIFY(process.waitForStarted());
+        const qint64 enough = 300000 * (round + 1);
+        QTRY_VERIFY_WITH_TIMEOUT(QFile(xFile()).size() > enough, 20000);
+        process.kill();
+        QVERIFY(process.waitForFinished());
+        QByteArray content = contentOf(xFile());
+        // At most the last row may be a partial one.
+        content.truncate(content.lastIndexOf('\n') + 1);
+        QVERIFY(hasWholeRowsOnly(content));
+        QVERIFY(content.size() > enough - 1000);
+        QVERIFY(QFile::remove(xFile()));
+    }
+}
+
+void RecorderTest::startsAndStopsByTheBar() {
+    CsvRecorder recorder;
+    RecordingBar bar(&recorder);
+    bar.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&bar));
+    auto* button = bar.findChild<QToolButton*>(QStringLiteral("recordingButton"));
+    auto* text = bar.findChild<QLabel*>(QStringLiteral("recordingStatus"));
+    QCOMPARE(text->text(), QStringLiteral("Not recording."));
+    QCOMPARE(button->accessibleName(), QStringLiteral("Record to a CSV file"));
+
+    QSignalSpy changed(&bar, &RecordingBar::recordingChanged);
+    bar.start(xFile());
+    QCOMPARE(changed.size(), 1);
+    QCOMPARE(changed.first().first().toBool(), true);
+    QCOMPARE(button->accessibleName(), QStringLiteral("Stop recording"));
+    recorder.record(changes(0, 1234));
+    QTRY_VERIFY(text->text().contains(QStringLiteral("1,234 rows")));
+    QVERIFY(text->text().startsWith(QStringLiteral("values.csv")));
+
+    button->setFocus();
+    QTest::keyClick(button, Qt::Key_Space);
+    QTRY_COMPARE(changed.size(), 2);
+    QCOMPARE(changed.last().first().toBool(), false);
+    QVERIFY(text->text().startsWith(QStringLiteral("Recorded")));
+    QCOMPARE(text->accessibleName(), QStringLiteral("Status: ") + text->text());
+}
+
+void RecorderTest::asksForAFileByKeyboard() {
+    CsvRecorder recorder;
+    RecordingBar bar(&recorder);
+    bar.setRobotName(QStringLiteral("../=evil\nrobot"));
+    bar.show();
+    QVERIFY(QTest::qWaitForWindowActive(&bar));
+    auto* button = bar.findChild<QToolButton*>(QStringLiteral("recordingButton"));
+    button->setFocus();
+    QTest::keyClick(button, Qt::Key_Space);
+    auto* dialog = bar.findChild<QFileDialog*>(QStringLiteral("fileQuestion"));
+    QVERIFY(dialog != nullptr);
+    QVERIFY(QTest::qWaitForWindowActive(dialog));
+    auto* name = dialog->findChild<QLineEdit*>();
+    QVERIFY2(name->text().startsWith(QStringLiteral("_..__evil_robot-")), qPrintable(name->text()));
+    dialog->setDirectory(fFolder->path());
+    name->setText(QStringLiteral("typed"));
+    QTest::keyClick(name, Qt::Key_Return);
+    QTRY_VERIFY(recorder.isRecording());
+    QCOMPARE(recorder.fileName(), fFolder->filePath(QStringLiteral("typed.csv")));
+}
+
+void RecorderTest::tellsInTheBarWhatWentWrong() {
+    CsvRecorder recorder;
+    RecordingBar bar(&recorder);
+    QSignalSpy changed(&bar, &RecordingBar::recordingChanged);
+    bar.start(QStringLiteral("/dev/full"));
+    QTRY_COMPARE(changed.size(), 2);
+    auto* text = bar.findChild<QLabel*>(QStringLiteral("recordingStatus"));
+    QVERIFY2(text->text().contains(QStringLiteral("The disk is full.")), qPrintable(text->text()));
+}
+
+int main(int argc, char** argv) {
+    QApplication application(argc, argv);
+    obvista_test::setApplicationIdentity();
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.value(1) == QStringLiteral("--record")) {
+        CsvRecorder recorder;
+        recorder.start(arguments.value(2));
+        for (int i = 0;; i += 100) {
+            recorder.record(changes(i, 100));
+            // No faster than it is written, so that nothing is lost.
+            while (recorder.progress().fRows + 1000 < std::uint64_t(i)) {
+                std::this_thread::yield();
+            }
+        }
+    }
+    QLocale::setDefault(QLocale(QLocale::English));
+    RecorderTest test;
+    return obvista_test::runQtTest(&test, arguments);
+}
+#include "csv_recorder_test.moc"

@@ -1,0 +1,203 @@
+#include "session/memory_feed.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+using memoryviewer::MemoryBatch;
+using memoryviewer::MemoryFeed;
+using memoryviewer::MergedChange;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+KVKeyInfo key(std::uint32_t id, const std::string& name) {
+    KVKeyInfo info;
+    info.fId = id;
+    info.fName = name;
+    return info;
+}
+
+KVChange change(std::uint32_t id, int value) {
+    return {id, KVValue(value), value};
+}
+
+TEST(MemoryFeed, GivesOneNoticeForAllThatComesUntilItIsTaken) {
+    MemoryFeed feed;
+    int notices = 0;
+    feed.setNotice([&] { ++notices; });
+    EXPECT_EQ(notices, 0);
+    feed.keysAdded({key(1, "A")});
+    feed.valuesChanged({change(1, 1)});
+    feed.keysRemoved({7});
+    EXPECT_EQ(notices, 1);
+    feed.take();
+    feed.valuesChanged({change(1, 2)});
+    feed.valuesChanged({change(1, 3)});
+    EXPECT_EQ(notices, 2);
+}
+
+TEST(MemoryFeed, GivesNoticeAtOnceOfWhatCameBefore) {
+    MemoryFeed feed;
+    feed.keysAdded({});
+    int notices = 0;
+    feed.setNotice([&] { ++notices; });
+    EXPECT_EQ(notices, 1);
+}
+
+TEST(MemoryFeed, GivesNoNoticeAfterItIsTakenAway) {
+    MemoryFeed feed;
+    int notices = 0;
+    feed.setNotice([&] { ++notices; });
+    feed.setNotice(nullptr);
+    feed.valuesChanged({change(1, 1)});
+    feed.reportClosed();
+    EXPECT_EQ(notices, 0);
+}
+
+TEST(MemoryFeed, KeepsTheNewestValueOfAKeyAndCountsAll) {
+    MemoryFeed feed;
+    feed.valuesChanged({change(1, 10), change(1, 11)});
+    feed.valuesChanged({change(1, 12)});
+    const MemoryBatch batch = feed.take();
+    ASSERT_EQ(batch.fChanged.size(), 1U);
+    EXPECT_EQ(batch.fChanged[0].fNewest.fValue, KVValue(12));
+    EXPECT_EQ(batch.fChanged[0].fTimes.count(), 3);
+    EXPECT_EQ(batch.fUpdates, 3U);
+    EXPECT_THAT(feed.take().fChanged, IsEmpty());
+}
+
+TEST(MemoryFeed, CountsAChangeOnceThatComesTwice) {
+    MemoryFeed feed;
+    feed.valuesChanged({change(1, 10)});
+    feed.valuesChanged({change(1, 10)});
+    EXPECT_EQ(feed.take().fChanged[0].fTimes.count(), 1);
+}
+
+TEST(MemoryFeed, ForgetsAKeyThatCameAndWent) {
+    MemoryFeed feed;
+    feed.keysAdded({key(1, "A"), key(2, "B")});
+    feed.valuesChanged({change(1, 1), change(2, 2)});
+    feed.keysRemoved({1});
+    const MemoryBatch batch = feed.take();
+    ASSERT_EQ(batch.fAdded.size(), 1U);
+    EXPECT_EQ(batch.fAdded[0].fId, 2U);
+    ASSERT_EQ(batch.fChanged.size(), 1U);
+    EXPECT_EQ(batch.fChanged[0].fNewest.fId, 2U);
+    EXPECT_THAT(batch.fRemoved, IsEmpty());
+}
+
+TEST(MemoryFeed, TellsTheRemovalOfAKeyThatWasTaken) {
+    MemoryFeed feed;
+    feed.keysAdded({key(1, "A")});
+    feed.take();
+    feed.valuesChanged({change(1, 1)});
+    feed.keysRemoved({1});
+    const MemoryBatch batch = feed.take();
+    EXPECT_THAT(batch.fRemoved, ElementsAre(1U));
+    EXPECT_THAT(batch.fChanged, IsEmpty());
+}
+
+TEST(MemoryFeed, TellsAnEmptyTableFromNone) {
+    MemoryFeed feed;
+    EXPECT_FALSE(feed.take().fHasTable);
+    feed.keysAdded({});
+    EXPECT_TRUE(feed.take().fHasTable);
+}
+
+TEST(MemoryFeed, TellsALossFromARefusal) {
+    MemoryFeed feed;
+    feed.ended(KVError(KVError::Cause::NoSuchModule, "no module KVMemory"));
+    const MemoryBatch refused = feed.take();
+    EXPECT_EQ(refused.fEnd, MemoryBatch::End::Refused);
+    EXPECT_EQ(refused.fEndText, "no module KVMemory");
+
+    feed.ended(KVError(KVError::Cause::ConnectionLost, "gone"));
+    EXPECT_EQ(feed.take().fEnd, MemoryBatch::End::Lost);
+}
+
+TEST(MemoryFeed, KeepsALossThatARefusalFollows) {
+    MemoryFeed feed;
+    feed.reportLost(KVError(KVError::Cause::ConnectionLost, "gone"));
+    feed.ended(KVError(KVError::Cause::Cancelled, "cancelled"));
+    const MemoryBatch batch = feed.take();
+    EXPECT_EQ(batch.fEnd, MemoryBatch::End::Lost);
+    EXPECT_EQ(batch.fEndText, "gone");
+}
+
+TEST(MemoryFeed, LosesNothingBetweenThreads) {
+    constexpr int changes = 20000;
+    constexpr std::uint32_t keys = 16;
+    MemoryFeed feed;
+    std::mutex mutex;
+    std::condition_variable condition;
+    bool hasNotice = false;
+    feed.setNotice([&] {
+        const std::lock_guard<std::mutex> lock(mutex);
+        hasNotice = true;
+        condition.notify_one();
+    });
+
+    std::thread robot([&] {
+        for (int i = 1; i <= changes; ++i) {
+            feed.valuesChanged({change(static_cast<std::uint32_t>(i) % keys, i)});
+        }
+        feed.reportLost(KVError(KVError::Cause::ConnectionLost, "gone"));
+    });
+    std::vector<std::int64_t> newest(keys, 0);
+    std::size_t updates = 0;
+    bool goesBack = false;
+    for (bool isLost = false; !isLost;) {
+        {
+            std::unique_lock<std::mutex> lock(mutex);
+            condition.wait(lock, [&] { return hasNotice; });
+            hasNotice = false;
+        }
+        const MemoryBatch batch = feed.take();
+        updates += batch.fUpdates;
+        isLost = batch.fEnd == MemoryBatch::End::Lost;
+        for (const MergedChange& one : batch.fChanged) {
+            const auto value = one.fNewest.fValue.toInt();
+            goesBack = goesBack || value <= newest[one.fNewest.fId];
+            newest[one.fNewest.fId] = value;
+        }
+    }
+    robot.join();
+    EXPECT_FALSE(goesBack);
+    EXPECT_EQ(updates, static_cast<std::size_t>(changes));
+    EXPECT_EQ(*std::max_element(newest.begin(), newest.end()), changes);
+    EXPECT_EQ(*std::min_element(newest.begin(), newest.end()),
+              changes - static_cast<int>(keys) + 1);
+}
+
+TEST(MemoryFeed, IsDestroyedSafelyAfterItsNoticeIsTakenAwayUnderFire) {
+    for (int round = 0; round < 50; ++round) {
+        MemoryFeed feed;
+        std::atomic<bool> isGone{false};
+        std::atomic<bool> isCalledLate{false};
+        std::atomic<bool> hasStarted{false};
+        feed.setNotice([&] { isCalledLate = isCalledLate || isGone; });
+        std::thread robot([&] {
+            for (int i = 0; i < 200; ++i) {
+                feed.valuesChanged({change(1, i)});
+                hasStarted = true;
+            }
+        });
+        while (!hasStarted) {
+            feed.take();
+        }
+        feed.setNotice(nullptr);
+        isGone = true;
+        robot.join();
+        EXPECT_FALSE(isCalledLate);
+    }
+}
+
+}  // namespace
