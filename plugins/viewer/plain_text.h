@@ -14,7 +14,7 @@ constexpr int a_maxTextLength = 1000;
  * A text from the robot as one line that is safe to show as plain text.
  *
  * Control characters, and others that are invisible or change the direction of what follows, are
- * escaped ("\n", "\x1b", "\u{202e}"), and so is the backslash, to be told from them. Bytes that are
+ * escaped ("\n", "\x1b", "\u{202e}"), and so is the backslash, to distinguish them. Bytes that are
  * not UTF-8 become U+FFFD. It costs no more for a text of many megabytes than for a short one.
  */
 QString plainText(const std::string& utf8, int maxLength = a_maxTextLength);

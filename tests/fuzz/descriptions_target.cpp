@@ -3,10 +3,11 @@
 #include "fuzz_target.h"
 #include "wire/message_codec.h"
 
+#include <base/safe_text.h>
+
 namespace {
 
 using obvista_fuzz::require;
-using robaxi::toUtf8;
 using robaxi::v1::KeysAdded;
 using robaxi::v1::ServerMessage;
 
@@ -23,7 +24,8 @@ void readError(const ServerMessage& message) {
     const auto& error = message.result().error();
     robaxi::v1::Error encoded;
     robaxi::encodeError(robaxi::decodeCause(error.cause()), error.text(), &encoded);
-    require(encoded.text() == toUtf8(encoded.text()), "a text that is sent is valid UTF-8");
+    require(encoded.text() == base::validUtf8(encoded.text()),
+            "a text that is sent is valid UTF-8");
 }
 
 void readKeys(const KeysAdded& message) {
@@ -42,7 +44,8 @@ void readKeys(const KeysAdded& message) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size);
-    require(toUtf8(toUtf8(text)) == toUtf8(text), "what is valid UTF-8 stays as it is");
+    require(base::validUtf8(base::validUtf8(text)) == base::validUtf8(text),
+            "what is valid UTF-8 stays as it is");
     ServerMessage message;
     if (message.ParseFromString(text)) {
         readModules(message);

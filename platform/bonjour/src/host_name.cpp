@@ -1,80 +1,19 @@
 #include "host_name.h"
 
+#include <base/safe_text.h>
+
 #include <algorithm>
 #include <arpa/inet.h>
-#include <cstdint>
 #include <netinet/in.h>
 
 namespace KV::bonjour {
 
 namespace {
 
-const char* const a_replacement = "\xEF\xBF\xBD";
 const char* const a_blanks = " \t\n\v\f\r";
 
 bool isDigit(char character) {
     return character >= '0' && character <= '9';
-}
-
-/** One character of a UTF-8 text; a size of 0 stands for a byte that begins none. */
-struct Character {
-    char32_t fCode = 0;
-    std::size_t fSize = 0;
-};
-
-struct SequenceForm {
-    std::size_t fSize;
-    char32_t fSmallest;
-    unsigned char fMask;
-    unsigned char fLead;
-};
-
-constexpr SequenceForm a_sequenceForms[] = {
-    {1, 0x0, 0x80, 0x00},
-    {2, 0x80, 0xE0, 0xC0},
-    {3, 0x800, 0xF0, 0xE0},
-    {4, 0x10000, 0xF8, 0xF0},
-};
-
-bool isCodePoint(char32_t code) {
-    return code <= 0x10FFFF && (code < 0xD800 || code > 0xDFFF);
-}
-
-Character readSequence(const std::string& text, std::size_t position, const SequenceForm& form) {
-    if (text.size() - position < form.fSize) {
-        return {};
-    }
-    char32_t code =
-        static_cast<unsigned char>(text[position]) & static_cast<std::uint8_t>(~form.fMask);
-    for (std::size_t index = 1; index < form.fSize; ++index) {
-        const auto byte = static_cast<unsigned char>(text[position + index]);
-        if ((byte & 0xC0) != 0x80) {
-            return {};
-        }
-        code = (code << 6) | (byte & 0x3FU);
-    }
-    if (code < form.fSmallest || !isCodePoint(code)) {
-        return {};
-    }
-    return {code, form.fSize};
-}
-
-Character readCharacter(const std::string& text, std::size_t position) {
-    const auto lead = static_cast<unsigned char>(text[position]);
-    for (const SequenceForm& form : a_sequenceForms) {
-        if ((lead & form.fMask) == form.fLead) {
-            return readSequence(text, position, form);
-        }
-    }
-    return {};
-}
-
-bool isUnsafe(char32_t code) {
-    const bool control = code < 0x20 || (code >= 0x7F && code < 0xA0);
-    const bool lineBreak = code == 0x2028 || code == 0x2029;
-    const bool direction = code == 0x061C || code == 0x200E || code == 0x200F ||
-                           (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
-    return control || lineBreak || direction;
 }
 
 std::string trim(const std::string& text) {
@@ -108,18 +47,14 @@ std::string unescapeDomainName(const std::string& name) {
 
 std::string makeSafeHostName(const std::string& bytes) {
     std::string safe;
-    std::size_t position = 0;
-    while (position < bytes.size()) {
-        const Character character = readCharacter(bytes, position);
-        const std::size_t size = std::max<std::size_t>(character.fSize, 1);
-        const std::string next = character.fSize == 0 || isUnsafe(character.fCode)
-                                     ? a_replacement
-                                     : bytes.substr(position, size);
+    for (std::string_view rest = bytes; !rest.empty();) {
+        const base::Character character = base::takeCharacter(rest);
+        const std::string_view next =
+            base::isUnsafe(character.fCode) ? base::a_replacement : character.fBytes;
         if (safe.size() + next.size() > a_maximumHostNameSize) {
             break;
         }
         safe += next;
-        position += size;
     }
     return safe;
 }

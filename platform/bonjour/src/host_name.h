@@ -17,8 +17,8 @@ std::string unescapeDomainName(const std::string& name);
 
 /**
  * Makes bytes from the network fit to be kept and shown as a text: UTF-8 of at most
- * a_maximumHostNameSize bytes, in which each byte that is not UTF-8, each control character and
- * each character that turns the direction of writing has become U+FFFD. Markup stays as it is.
+ * a_maximumHostNameSize bytes, in which each byte that is not UTF-8 and each unsafe character has
+ * become U+FFFD. Markup stays as it is.
  */
 std::string makeSafeHostName(const std::string& bytes);
 

@@ -3,6 +3,9 @@
 #include "model/value_text.h"
 #include "recording/csv_text.h"
 
+#include <base/csv.h>
+#include <base/safe_text.h>
+
 namespace memoryviewer {
 
 namespace {
@@ -22,18 +25,6 @@ void endRow(std::string& rows, const RecordedKey& key, std::string_view type) {
     rows += a_csvRowEnd;
 }
 
-/** Cut where a character of UTF-8 begins. */
-std::string_view cut(std::string_view utf8) {
-    std::size_t length = a_maxCsvValue;
-    constexpr unsigned continuationMask = 0xC0;
-    constexpr unsigned continuation = 0x80;
-    while (length > 0 &&
-           (static_cast<unsigned char>(utf8[length]) & continuationMask) == continuation) {
-        --length;
-    }
-    return utf8.substr(0, length);
-}
-
 /** @return whether the whole value was written */
 bool appendValue(std::string& rows, const KVValue& value) {
     switch (value.type()) {
@@ -50,18 +41,13 @@ bool appendValue(std::string& rows, const KVValue& value) {
             return true;
         case KVValue::Type::String: {
             const std::string_view text = value.toString();
-            const bool fits = text.size() <= a_maxCsvValue;
-            appendCsvText(rows, fits ? text : cut(text));
-            return fits;
+            appendCsvText(rows, base::beginning(text, a_maxCsvValue));
+            return text.size() <= a_maxCsvValue;
         }
         default: {
             // In brackets, quotation marks and hexadecimal digits, which are no formula.
             const QString text = exactValueText(value, static_cast<int>(a_maxCsvValue));
-            std::string field;
-            for (const char character : text.toStdString()) {
-                field.append(character == '"' ? 2 : 1, character);
-            }
-            rows += '"' + field + '"';
+            rows += base::csvField(text.toStdString());
             return !text.endsWith(QChar(0x2026));
         }
     }

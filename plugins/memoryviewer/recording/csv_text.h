@@ -18,9 +18,9 @@ constexpr std::string_view a_csvRowEnd = "\r\n";
 /**
  * Appends a text as one field, which stays on one line and is not run by a spreadsheet.
  *
- * Control characters and the backslash are escaped ("\n", "\x1b", "\\"), so that a row is a line.
- * A text that a spreadsheet would take for a formula, since it begins with = + - or @, gets an
- * apostrophe in front.
+ * Control characters, others that are invisible, and the backslash are escaped ("\n", "\x1b",
+ * "\\"), so that a row is a line. A text that a spreadsheet would take for a formula, since it
+ * begins with = + - or @, gets an apostrophe in front.
  */
 void appendCsvText(std::string& row, std::string_view utf8);
 

@@ -4,6 +4,7 @@
 #include <QtTest>
 #include <qt_test_main.h>
 
+#include <array>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -43,6 +44,7 @@ class ValueTextTest : public QObject {
     void showsMarkupAsItStands();
     void makesControlCharactersVisible();
     void makesCharactersThatChangeDirectionVisible();
+    void escapesWhatQtCallsInvisible();
     void keepsOtherScriptsAndPictures();
     void replacesBytesThatAreNotUtf8();
     void boundsTheLength();
@@ -126,6 +128,26 @@ void ValueTextTest::makesControlCharactersVisible() {
 void ValueTextTest::makesCharactersThatChangeDirectionVisible() {
     QCOMPARE(plainText("gpj\u202Etxt.exe"), QStringLiteral(R"(gpj\u{202e}txt.exe)"));
     QCOMPARE(plainText("a\u200Bb\U000E0041"), QStringLiteral(R"(a\u{200b}b\u{e0041})"));
+}
+
+void ValueTextTest::escapesWhatQtCallsInvisible() {
+    // Signs of Arabic, Syriac and Kaithi that enclose the digits after them, and the joiners.
+    const QSet<uint> shown{0x600, 0x601, 0x602,   0x603,   0x604,  0x605, 0x6dd,
+                           0x70f, 0x8e2, 0x110bd, 0x110cd, 0x200c, 0x200d};
+    for (uint code = 0; code <= QChar::LastValidCodePoint; ++code) {
+        const QChar::Category category = QChar::category(code);
+        if (category == QChar::Other_Surrogate || code == '\\') {
+            continue;
+        }
+        const bool isInvisible =
+            category == QChar::Other_Control || category == QChar::Other_Format ||
+            category == QChar::Separator_Line || category == QChar::Separator_Paragraph;
+        const std::array<uint, 2> codes{'a', code};  // a byte order mark would go as the first
+        const QString text = QString::fromUcs4(codes.data(), 2);
+        const bool isEscaped = plainText(text.toStdString()) != text;
+        QVERIFY2(isEscaped == (isInvisible && !shown.contains(code)),
+                 qPrintable(QString::number(code, 16)));
+    }
 }
 
 void ValueTextTest::keepsOtherScriptsAndPictures() {

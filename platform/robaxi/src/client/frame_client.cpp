@@ -2,6 +2,8 @@
 
 #include "wire/message_codec.h"
 
+#include <base/safe_text.h>
+
 #include <utility>
 
 namespace robaxi {
@@ -26,8 +28,8 @@ void FrameClient::start() {
         const std::lock_guard lock(fMutex);
         v1::WatchStart* start = fNextRequest.emplace().mutable_start();
         start->set_session_id(sessionId);
-        start->set_module(toUtf8(fTarget.fModule));
-        start->set_stream(toUtf8(fStream));
+        start->set_module(base::validUtf8(fTarget.fModule));
+        start->set_stream(base::validUtf8(fStream));
     }
     xStart();
 }

@@ -6,6 +6,8 @@
 #include "wire/grpc_handover.h"
 #include "wire/message_codec.h"
 
+#include <base/safe_text.h>
+
 #include <grpcpp/generic/generic_stub.h>
 
 #include <algorithm>
@@ -140,7 +142,7 @@ void Link::xSayHello() {
     v1::ClientMessage message;
     v1::Hello* hello = message.mutable_hello();
     hello->set_protocol_version(limits::a_protocolVersion);
-    hello->set_name(toUtf8(fRuntime->fBrokerName));
+    hello->set_name(base::validUtf8(fRuntime->fBrokerName));
     hello->set_takes_fragments(true);
     hello->set_token(fSecurity.token());
     fOut.push(std::move(message));

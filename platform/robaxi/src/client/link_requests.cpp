@@ -3,6 +3,8 @@
 #include "wire/message_codec.h"
 #include "wire/value_codec.h"
 
+#include <base/safe_text.h>
+
 namespace robaxi {
 
 namespace {
@@ -10,8 +12,8 @@ namespace {
 v1::ClientMessage makeCall(const Target& target, const KVValue::List& arguments, int deepest) {
     v1::ClientMessage message;
     v1::Call* call = message.mutable_call();
-    call->set_module(toUtf8(target.fModule));
-    call->set_method(toUtf8(target.fMethod));
+    call->set_module(base::validUtf8(target.fModule));
+    call->set_method(base::validUtf8(target.fMethod));
     for (const KVValue& argument : arguments) {
         encodeValue(argument, call->add_arguments(), deepest);
     }
@@ -31,7 +33,7 @@ v1::ClientMessage makeCall(const Target& target, const KVValue::List& arguments,
 std::vector<KVModuleInfo> listModules(Link& link, CallOwner& owner, const Target& target,
                                       Deadline deadline) {
     v1::ClientMessage question;
-    question.mutable_list_modules()->set_module(toUtf8(target.fModule));
+    question.mutable_list_modules()->set_module(base::validUtf8(target.fModule));
     v1::ServerMessage answer;
     try {
         answer = link.request(std::move(question), owner, deadline);

@@ -3,6 +3,8 @@
 #include "wire/batch_codec.h"
 #include "wire/message_codec.h"
 
+#include <base/safe_text.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -28,7 +30,7 @@ void SubscriptionClient::start(bool allKeys, double rate) {
         const std::lock_guard lock(fMutex);
         v1::SubscriptionStart* start = xNextRequest().mutable_start();
         start->set_session_id(sessionId);
-        start->set_module(toUtf8(fTarget.fModule));
+        start->set_module(base::validUtf8(fTarget.fModule));
         start->set_all_keys(allKeys);
         start->set_rate(rate);
     }

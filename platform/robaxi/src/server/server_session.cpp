@@ -9,6 +9,8 @@
 #include "wire/message_codec.h"
 #include "wire/value_codec.h"
 
+#include <base/safe_text.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -296,7 +298,7 @@ void ServerSession::xAccept(const v1::Hello& hello) {
     v1::ServerMessage message;
     v1::HelloReply* reply = message.mutable_hello_reply();
     reply->set_protocol_version(limits::a_protocolVersion);
-    reply->set_name(toUtf8(fServer.brokerName()));
+    reply->set_name(base::validUtf8(fServer.brokerName()));
     reply->set_session_id(fId);
     reply->set_silence_limit(static_cast<std::uint32_t>(limits::silenceOfClient(fLimits).count()));
     reply->set_takes_fragments(true);
@@ -309,7 +311,7 @@ void ServerSession::xRefuse(v1::HelloReply::Refusal refusal) {
     v1::HelloReply* reply = message.mutable_hello_reply();
     reply->set_protocol_version(limits::a_protocolVersion);
     reply->set_refusal(refusal);
-    reply->set_name(toUtf8(fServer.brokerName()));
+    reply->set_name(base::validUtf8(fServer.brokerName()));
     fOut.push(std::move(message));
     xFinishWhen(fOut.closeWhenWritten());
 }

@@ -3,6 +3,8 @@
 #include "failure.h"
 #include "wire/value_codec.h"
 
+#include <base/safe_text.h>
+
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -48,53 +50,7 @@ v1::Error::Cause encodeCause(KVError::Cause cause) {
     return v1::Error::INTERNAL;
 }
 
-bool isContinuation(const std::string& text, std::size_t position) {
-    return position < text.size() && (static_cast<unsigned char>(text[position]) & 0xC0U) == 0x80U;
-}
-
-/** Number of bytes of the well-formed character at a position, or 0. */
-std::size_t characterLength(const std::string& text, std::size_t position) {
-    const auto first = static_cast<unsigned char>(text[position]);
-    const auto second =
-        position + 1 < text.size() ? static_cast<unsigned char>(text[position + 1]) : 0U;
-    std::size_t length = 0;
-    if (first < 0x80U) {
-        return 1;
-    }
-    if (first >= 0xC2U && first <= 0xDFU) {
-        length = 2;
-    } else if ((first == 0xE0U && second >= 0xA0U) || (first >= 0xE1U && first <= 0xECU) ||
-               (first == 0xEDU && second <= 0x9FU) || first == 0xEEU || first == 0xEFU) {
-        length = 3;
-    } else if ((first == 0xF0U && second >= 0x90U) || (first >= 0xF1U && first <= 0xF3U) ||
-               (first == 0xF4U && second <= 0x8FU)) {
-        length = 4;
-    }
-    for (std::size_t i = 1; i < length; ++i) {
-        if (!isContinuation(text, position + i)) {
-            return 0;
-        }
-    }
-    return length;
-}
-
 }  // namespace
-
-std::string toUtf8(const std::string& text) {
-    std::string result;
-    result.reserve(text.size());
-    for (std::size_t position = 0; position < text.size();) {
-        const std::size_t length = characterLength(text, position);
-        if (length == 0) {
-            result += "\xEF\xBF\xBD";
-            ++position;
-        } else {
-            result.append(text, position, length);
-            position += length;
-        }
-    }
-    return result;
-}
 
 std::int64_t withinCalendar(std::int64_t microseconds) {
     return std::clamp<std::int64_t>(microseconds, 0, a_latestTime);
@@ -103,7 +59,7 @@ std::int64_t withinCalendar(std::int64_t microseconds) {
 void encodeError(KVError::Cause cause, const std::string& text, v1::Error* message) {
     message->set_cause(encodeCause(cause));
     constexpr std::size_t longestText = 65536;
-    message->set_text(toUtf8(text.substr(0, longestText)));
+    message->set_text(base::validUtf8(base::beginning(text, longestText)));
 }
 
 KVError::Cause decodeCause(v1::Error::Cause cause) {
@@ -116,15 +72,15 @@ KVError::Cause decodeCause(v1::Error::Cause cause) {
 }
 
 void encodeModule(const KVModuleInfo& info, v1::Module* message) {
-    message->set_name(toUtf8(info.fName));
-    message->set_description(toUtf8(info.fDescription));
+    message->set_name(base::validUtf8(info.fName));
+    message->set_description(base::validUtf8(info.fDescription));
     message->set_has_values(info.fHasValues);
     message->set_has_frames(info.fHasFrames);
     for (const KVMethodInfo& method : info.fMethods) {
         v1::Method* added = message->add_methods();
-        added->set_name(toUtf8(method.fName));
-        added->set_signature(toUtf8(method.fSignature));
-        added->set_description(toUtf8(method.fDescription));
+        added->set_name(base::validUtf8(method.fName));
+        added->set_signature(base::validUtf8(method.fSignature));
+        added->set_description(base::validUtf8(method.fDescription));
     }
 }
 
@@ -142,9 +98,9 @@ KVModuleInfo decodeModule(const v1::Module& message) {
 
 void encodeKey(const KVKeyInfo& info, v1::Key* message) {
     message->set_id(info.fId);
-    message->set_name(toUtf8(info.fName));
-    message->set_unit(toUtf8(info.fUnit));
-    message->set_description(toUtf8(info.fDescription));
+    message->set_name(base::validUtf8(info.fName));
+    message->set_unit(base::validUtf8(info.fUnit));
+    message->set_description(base::validUtf8(info.fDescription));
     message->set_type(static_cast<v1::Value::Type>(info.fType));
     message->set_writable(info.fWritable);
 }

@@ -12,9 +12,6 @@
 
 namespace robaxi {
 
-/** A text as it may stand in a field of type string: bytes that are not UTF-8 become U+FFFD. */
-std::string toUtf8(const std::string& text);
-
 /** Brings a time that a peer sent into the years 1970 to 9999, so that whoever computes with it
  *  need not fear an overflow. */
 std::int64_t withinCalendar(std::int64_t microseconds);

@@ -1,0 +1,78 @@
+#ifndef BASE_SAFE_TEXT_H
+#define BASE_SAFE_TEXT_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+/**
+ * Texts that somebody else wrote: a robot, the network, a file. They may hold bytes that are not
+ * UTF-8, and characters that hide a part of a text, forge a second line or control a terminal.
+ */
+namespace base {
+
+/** U+FFFD, which stands for each byte that is not part of valid UTF-8. */
+constexpr std::string_view a_replacement = "\xEF\xBF\xBD";
+
+struct Character {
+    char32_t fCode;
+    std::string_view fBytes;  ///< in UTF-8
+};
+
+/** Removes the first character from a text that is not empty. A byte that is not part of valid
+ *  UTF-8 counts as the character U+FFFD. */
+Character takeCharacter(std::string_view& text);
+
+/** Returns true for control characters, line and paragraph separators, and format characters that
+ *  are invisible or change the direction of a text. The two joiners, which are part of ordinary
+ *  words and emoji, are safe. */
+bool isUnsafe(char32_t code);
+
+/** Returns "\n", "\t", or the code as in "\u001b" or "\U000e0041". */
+std::string escaped(char32_t code);
+
+/**
+ * Returns valid UTF-8 in which some characters are substituted.
+ *
+ * @param substitute called with the code of each character; returns the text in its place, or an
+ *        empty one to keep the character
+ */
+template <class Substitute>
+std::string rewritten(std::string_view text, Substitute substitute) {
+    std::string result;
+    result.reserve(text.size());
+    while (!text.empty()) {
+        const Character character = takeCharacter(text);
+        const std::string other = substitute(character.fCode);
+        result += other.empty() ? character.fBytes : std::string_view(other);
+    }
+    return result;
+}
+
+/** Returns true if the text has no surrogates, over-long forms and incomplete sequences. */
+bool isUtf8(std::string_view text);
+
+std::string validUtf8(std::string_view text);
+
+/** The longest part from the beginning that has at most so many bytes and ends with a whole
+ *  character. */
+std::string_view beginning(std::string_view text, std::size_t bytes);
+
+/** Valid UTF-8 of at most so many bytes of the text; "…" follows if that is not all. */
+std::string shortened(std::string_view text, std::size_t bytes);
+
+/** One line for a terminal or a log: valid UTF-8 with unsafe characters escaped(). */
+std::string oneLine(std::string_view text);
+
+enum class Quotes { None, Double };
+
+/**
+ * One line from which the text can be read back: valid UTF-8 with unsafe characters written as
+ * "\n", "\r", "\t", "\x1b" or "\u{202e}", and a backslash before each backslash and, with
+ * Quotes::Double, before each quotation mark.
+ */
+std::string reversibleLine(std::string_view text, Quotes quotes = Quotes::None);
+
+}  // namespace base
+
+#endif
