@@ -41,7 +41,7 @@ TEST(SafeText, NothingInvisibleIsLeft) {
     EXPECT_EQ("robot\\u200b1", oneLine("robot\xe2\x80\x8b"
                                        "1"));
     EXPECT_EQ("\\ufeffrobot1", oneLine("\xef\xbb\xbfrobot1"));
-    EXPECT_EQ("a\\U000e0041", oneLine("a\xf3\xa0\x81\x81"));
+    EXPECT_EQ("a\\udb40\\udc41", oneLine("a\xf3\xa0\x81\x81"));
 }
 
 TEST(SafeText, BytesThatAreNotUtf8AreReplacedOneByOne) {

@@ -1,8 +1,10 @@
 // Names and texts from the network, where they are made fit to be shown.
 #include "fuzz_target.h"
 #include "host_name.h"
-#include "values/safe_text.h"
 #include "values/value_text.h"
+
+#include <base/csv.h>
+#include <base/safe_text.h>
 
 #include <algorithm>
 
@@ -20,7 +22,7 @@ bool hasControlCharacter(const std::string& text) {
 }
 
 void requireSafe(const std::string& text) {
-    require(robaxi_tool::isUtf8(text), "what is shown is valid UTF-8");
+    require(base::isUtf8(text), "what is shown is valid UTF-8");
     require(!hasControlCharacter(text), "what is shown does not control the terminal");
 }
 
@@ -37,10 +39,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     isAddressLiteral(text);
     isAddressLiteral(name);
 
-    requireSafe(robaxi_tool::oneLine(text));
+    requireSafe(base::oneLine(text));
     requireSafe(robaxi_tool::valueText(KVValue(text)));
     requireSafe(robaxi_tool::valueText(KVValue(KVValue::Map{{text, KVValue::List{text}}})));
-    requireSafe(robaxi_tool::csvField(text));
+    requireSafe(base::csvText(base::reversibleLine(text, base::Quotes::Double)));
+    requireSafe(base::shortened(base::oneLine(text), text.size() / 2));
     const std::string json = robaxi_tool::jsonLine(robaxi_tool::valueJson(KVValue(text)));
     require(json.back() == '\n', "a line of JSON ends");
     requireSafe(json.substr(0, json.size() - 1));

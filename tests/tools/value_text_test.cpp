@@ -60,13 +60,6 @@ TEST(ValueText, BytesAreBase64InJson) {
     EXPECT_EQ("{\"base64\":\"\"}\n", jsonLine(valueJson(bytes(""))));
 }
 
-TEST(ValueText, CsvFieldsAreQuotedWhereTheyHaveToBe) {
-    EXPECT_EQ("plain", csvField("plain"));
-    EXPECT_EQ("\"a,b\"", csvField("a,b"));
-    EXPECT_EQ("\"say \"\"hi\"\"\"", csvField("say \"hi\""));
-    EXPECT_EQ("one\\ntwo", csvField("one\ntwo"));
-}
-
 /** A locale in which numbers have a comma, without one being installed. */
 class CommaNumbers : public std::numpunct<char> {
   protected:

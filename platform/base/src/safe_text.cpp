@@ -86,16 +86,19 @@ bool isUnsafe(char32_t code) {
 }
 
 std::string escaped(char32_t code) {
-    constexpr char32_t firstOfFiveDigits = 0x10000;
-    switch (code) {
-        case '\n':
-            return "\\n";
-        case '\t':
-            return "\\t";
-        default:
-            return code < firstOfFiveDigits ? "\\u" + hexadecimal(code, 4)
-                                            : "\\U" + hexadecimal(code, 8);
+    constexpr char32_t firstOfPairs = 0x10000;
+    if (code == '\n') {
+        return "\\n";
     }
+    if (code == '\t') {
+        return "\\t";
+    }
+    if (code < firstOfPairs) {
+        return "\\u" + hexadecimal(code, 4);
+    }
+    const char32_t beyond = code - firstOfPairs;
+    return "\\u" + hexadecimal(0xd800 + (beyond >> 10U), 4) + "\\u" +
+           hexadecimal(0xdc00 + (beyond & 0x3ffU), 4);
 }
 
 bool isUtf8(std::string_view text) {

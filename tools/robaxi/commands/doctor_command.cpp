@@ -2,8 +2,9 @@
 #include "commands/commands.h"
 #include "doctor/checks.h"
 #include "process/failure.h"
-#include "values/safe_text.h"
 #include "values/value_text.h"
+
+#include <base/safe_text.h>
 
 #include <exception>
 
@@ -31,9 +32,10 @@ std::string findingText(const Console& console, const char* check, const Finding
     const std::string verdict = nameOf(finding.fVerdict);
     const std::string space(a_verdictWidth - verdict.size(), ' ');
     std::string text = console.painted(paintOf(finding.fVerdict), verdict) + space + check + ": " +
-                       oneLine(finding.fText) + '\n';
+                       base::oneLine(finding.fText) + '\n';
     if (!finding.fAdvice.empty()) {
-        text += std::string(a_verdictWidth, ' ') + "What to do: " + oneLine(finding.fAdvice) + '\n';
+        text += std::string(a_verdictWidth, ' ') + "What to do: " + base::oneLine(finding.fAdvice) +
+                '\n';
     }
     return text;
 }

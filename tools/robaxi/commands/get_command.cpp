@@ -2,8 +2,9 @@
 #include "process/failure.h"
 #include "values/key_pattern.h"
 #include "values/memory_module.h"
-#include "values/safe_text.h"
 #include "values/value_text.h"
+
+#include <base/safe_text.h>
 
 #include <algorithm>
 #include <optional>
@@ -98,7 +99,7 @@ class GetCommand : public Command {
             if (fJson) {
                 all[key.fName] = valueJson(*value);
             } else {
-                console.print((isSingle ? "" : oneLine(key.fName) + ' ') + valueText(*value) +
+                console.print((isSingle ? "" : base::oneLine(key.fName) + ' ') + valueText(*value) +
                               '\n');
             }
         }

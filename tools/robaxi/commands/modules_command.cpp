@@ -1,22 +1,23 @@
 #include "command_line/options.h"
 #include "commands/commands.h"
 #include "network/robot_link.h"
-#include "values/safe_text.h"
 #include "values/value_text.h"
+
+#include <base/safe_text.h>
 
 namespace robaxi_tool {
 
 namespace {
 
 std::string moduleText(const KVModuleInfo& module) {
-    std::string text = oneLine(module.fName) + ": " + oneLine(module.fDescription) +
+    std::string text = base::oneLine(module.fName) + ": " + base::oneLine(module.fDescription) +
                        (module.fHasValues ? " Its values can be watched." : "") +
                        (module.fHasFrames ? " Its cameras can be watched." : "") + '\n';
     for (const KVMethodInfo& method : module.fMethods) {
         const std::string& shown = method.fSignature.empty() ? method.fName : method.fSignature;
-        text += "  " + oneLine(shown) + '\n';
+        text += "  " + base::oneLine(shown) + '\n';
         if (!method.fDescription.empty()) {
-            text += "      " + oneLine(method.fDescription) + '\n';
+            text += "      " + base::oneLine(method.fDescription) + '\n';
         }
     }
     return text;

@@ -4,8 +4,9 @@
 #include "commands/commands.h"
 #include "network/robot_link.h"
 #include "process/failure.h"
-#include "values/safe_text.h"
 #include "values/value_text.h"
+
+#include <base/safe_text.h>
 
 #include <algorithm>
 #include <array>
@@ -106,7 +107,7 @@ class PingCommand : public Command {
         const RobotLink link(given[0], fTimeout, surroundings.fInterruption);
         if (!fJson && !fQuiet) {
             const std::string place = joined(link.endpoint().fHost, link.endpoint().fPort);
-            console.print(oneLine(place + " answers as " + link.connection()->getPeerName()) +
+            console.print(base::oneLine(place + " answers as " + link.connection()->getPeerName()) +
                           '\n');
         }
         std::vector<double> times;

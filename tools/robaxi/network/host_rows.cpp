@@ -1,8 +1,8 @@
 #include "network/host_rows.h"
 
-#include "values/safe_text.h"
 #include "values/value_text.h"
 
+#include <base/safe_text.h>
 #include <bonjour/bonjour_discovery.h>
 
 #include <iomanip>
@@ -54,9 +54,9 @@ std::string rowHeader() {
 }
 
 std::string textOfRow(const HostRow& row) {
-    return columns(oneLine(row.fName), row.fAddress.empty() ? "-" : row.fAddress,
+    return columns(base::oneLine(row.fName), row.fAddress.empty() ? "-" : row.fAddress,
                    row.fPort ? std::to_string(*row.fPort) : "-", kindOf(row),
-                   oneLine(row.fAnnouncedName));
+                   base::oneLine(row.fAnnouncedName));
 }
 
 std::string jsonOfRow(const HostRow& row) {

@@ -1,7 +1,8 @@
 #include "process/console.h"
 
 #include "process/failure.h"
-#include "values/safe_text.h"
+
+#include <base/safe_text.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -89,7 +90,7 @@ void Console::print(const std::string& text) {
 void Console::complain(const std::string& sentence) {
     const std::lock_guard lock(fMutex);
     // There is nobody left to tell when this fails.
-    writeAll(fErrors, "robaxi: " + oneLine(sentence) + '\n');
+    writeAll(fErrors, "robaxi: " + base::oneLine(sentence) + '\n');
 }
 
 }  // namespace robaxi_tool

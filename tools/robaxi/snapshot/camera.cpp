@@ -1,8 +1,9 @@
 #include "snapshot/camera.h"
 
 #include "process/failure.h"
-#include "values/safe_text.h"
 #include "values/value_text.h"
+
+#include <base/safe_text.h>
 
 #include <algorithm>
 #include <cmath>
@@ -85,10 +86,11 @@ const Camera& findCamera(const std::vector<Camera>& cameras, const std::string& 
 std::string textOfCamera(const Camera& camera) {
     std::ostringstream line;
     const std::string size = std::to_string(camera.fWidth) + 'x' + std::to_string(camera.fHeight);
-    line << std::left << std::setw(a_nameWidth) << oneLine(camera.fName) << ' '
+    line << std::left << std::setw(a_nameWidth) << base::oneLine(camera.fName) << ' '
          << std::setw(a_sizeWidth) << size << ' ' << std::setw(a_formatWidth)
-         << oneLine(camera.fFormat) << ' ' << std::setw(a_rateWidth)
-         << valueText(KVValue(camera.fRate)) + "/s" << ' ' << oneLine(camera.fDescription) << '\n';
+         << base::oneLine(camera.fFormat) << ' ' << std::setw(a_rateWidth)
+         << valueText(KVValue(camera.fRate)) + "/s" << ' ' << base::oneLine(camera.fDescription)
+         << '\n';
     return line.str();
 }
 

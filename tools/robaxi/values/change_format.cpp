@@ -1,21 +1,18 @@
 #include "values/change_format.h"
 
-#include "values/safe_text.h"
 #include "values/value_text.h"
 
-#include <array>
-#include <cstdio>
-#include <ctime>
+#include <base/csv.h>
+#include <base/safe_text.h>
+#include <base/time.h>
 
 namespace robaxi_tool {
 
 namespace {
 
-constexpr std::int64_t a_microsecondsOfSecond = 1000000;
-
 std::string textLine(const ChangeRow& row) {
-    return timeText(row.fTime) + ' ' + oneLine(row.fKey) + ' ' + valueText(row.fValue) +
-           (row.fUnit.empty() ? "" : ' ' + oneLine(row.fUnit)) + '\n';
+    return timeText(row.fTime) + ' ' + base::oneLine(row.fKey) + ' ' + valueText(row.fValue) +
+           (row.fUnit.empty() ? "" : ' ' + base::oneLine(row.fUnit)) + '\n';
 }
 
 std::string jsonOfChange(const ChangeRow& row) {
@@ -25,10 +22,14 @@ std::string jsonOfChange(const ChangeRow& row) {
                      {"unit", row.fUnit}});
 }
 
+std::string csvText(const std::string& text) {
+    return base::csvText(base::oneLine(text));
+}
+
 std::string csvLine(const ChangeRow& row) {
     const bool isText = row.fValue.type() == KVValue::Type::String;
     return timeText(row.fTime) + ',' + csvText(row.fKey) + ',' +
-           (isText ? csvText(row.fValue.toString()) : csvField(valueText(row.fValue))) + ',' +
+           (isText ? csvText(row.fValue.toString()) : base::csvField(valueText(row.fValue))) + ',' +
            csvText(row.fUnit) + '\n';
 }
 
@@ -51,23 +52,8 @@ std::string lineOf(ChangeFormat format, const ChangeRow& row) {
 }
 
 std::string timeText(std::int64_t microseconds) {
-    std::int64_t seconds = microseconds / a_microsecondsOfSecond;
-    std::int64_t rest = microseconds % a_microsecondsOfSecond;
-    if (rest < 0) {
-        --seconds;
-        rest += a_microsecondsOfSecond;
-    }
-    std::tm parts{};
-    const std::time_t time = seconds;
-    // The robot chooses the time; a year may be beyond all bounds.
-    if (gmtime_r(&time, &parts) == nullptr) {
-        return "-";
-    }
-    std::array<char, 96> buffer{};
-    std::snprintf(buffer.data(), buffer.size(), "%04d-%02d-%02dT%02d:%02d:%02d.%06dZ",
-                  parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday, parts.tm_hour,
-                  parts.tm_min, parts.tm_sec, static_cast<int>(rest));
-    return buffer.data();
+    const std::string text = base::utcText(microseconds);
+    return text.empty() ? "-" : text;
 }
 
 }  // namespace robaxi_tool

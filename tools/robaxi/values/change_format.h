@@ -23,7 +23,7 @@ std::string headerOf(ChangeFormat format);
 /** One line with its end; safe for a terminal. */
 std::string lineOf(ChangeFormat format, const ChangeRow& row);
 
-/** For instance "2024-05-01T12:34:56.789012Z". */
+/** For instance "2024-05-01T12:34:56.789012Z"; "-" outside the years 0 to 9999. */
 std::string timeText(std::int64_t microseconds);
 
 }  // namespace robaxi_tool

@@ -1,7 +1,8 @@
 #include "values/value_literal.h"
 
 #include "process/failure.h"
-#include "values/safe_text.h"
+
+#include <base/safe_text.h>
 
 #include <cstdint>
 #include <limits>
@@ -109,7 +110,7 @@ bool startsLikeLiteral(const std::string& argument) {
 }  // namespace
 
 KVValue parseLiteral(const std::string& argument) {
-    if (!isUtf8(argument)) {
+    if (!base::isUtf8(argument)) {
         throw UsageError("'" + argument + "' is not UTF-8");
     }
     ValueBuilder builder;

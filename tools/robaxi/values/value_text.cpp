@@ -1,6 +1,6 @@
 #include "values/value_text.h"
 
-#include "values/safe_text.h"
+#include <base/safe_text.h>
 
 #include <boost/archive/iterators/base64_from_binary.hpp>
 #include <boost/archive/iterators/transform_width.hpp>
@@ -75,24 +75,18 @@ std::string floatText(double number) {
     return dumped(number, false);
 }
 
-/** Programs that read CSV may drop blanks around a field. */
-bool needsQuotes(const std::string& text) {
-    return text.find_first_of(",\"") != std::string::npos ||
-           (!text.empty() && (text.front() == ' ' || text.back() == ' '));
-}
-
 }  // namespace
 
 std::string valueText(const KVValue& value) {
     switch (value.type()) {
         case KVValue::Type::String:
-            return oneLine(value.toString());
+            return base::oneLine(value.toString());
         case KVValue::Type::Binary:
             return binaryText(value);
         case KVValue::Type::Float:
             return floatText(value.toFloat());
         default:
-            return oneLine(dumped(shaped(value, binaryText), false));
+            return base::oneLine(dumped(shaped(value, binaryText), false));
     }
 }
 
@@ -102,24 +96,6 @@ Json valueJson(const KVValue& value) {
 
 std::string jsonLine(const Json& json) {
     return dumped(json, true) + '\n';
-}
-
-std::string csvField(const std::string& text) {
-    std::string safe = oneLine(text);
-    if (!needsQuotes(safe)) {
-        return safe;
-    }
-    std::string quoted = "\"";
-    for (const char character : safe) {
-        quoted.append(character == '"' ? 2 : 1, character);
-    }
-    return quoted + '"';
-}
-
-std::string csvText(const std::string& text) {
-    const bool looksLikeFormula =
-        !text.empty() && std::string("=+-@").find(text.front()) != std::string::npos;
-    return csvField(looksLikeFormula ? '\'' + text : text);
 }
 
 }  // namespace robaxi_tool

@@ -26,12 +26,6 @@ Json valueJson(const KVValue& value);
 /** One line of JSON and its end, in ASCII, so that it is safe for a terminal. */
 std::string jsonLine(const Json& json);
 
-/** One field of a CSV line: in quotes where it has to be, safe for a terminal. */
-std::string csvField(const std::string& text);
-/** The same for somebody's text, which must not be run by a spreadsheet: one that begins with = + -
- *  or @, as a formula does, gets an apostrophe in front. */
-std::string csvText(const std::string& text);
-
 }  // namespace robaxi_tool
 
 #endif

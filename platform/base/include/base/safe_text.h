@@ -28,7 +28,7 @@ Character takeCharacter(std::string_view& text);
  *  words and emoji, are safe. */
 bool isUnsafe(char32_t code);
 
-/** Returns "\n", "\t", or the code as in "\u001b" or "\U000e0041". */
+/** Returns a character as JSON escapes it: "\n", "\t", "\u001b", or "\udb40\udc41" for U+E0041. */
 std::string escaped(char32_t code);
 
 /**
