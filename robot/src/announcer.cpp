@@ -1,6 +1,6 @@
 #include "announcer.h"
 
-#include "safe_text.h"
+#include <base/safe_text.h>
 
 #include <avahi-client/client.h>
 #include <avahi-client/publish.h>
@@ -195,7 +195,7 @@ int Announcer::Private::addEntries(AvahiEntryGroup* group, const AnnouncedServic
         }
         // Another program of this machine has the name: the daemon says so at once.
         fName = alternativeTo(fName);
-        fSay("the name is taken; announced as " + oneLine(fName));
+        fSay("the name is taken; announced as " + base::oneLine(fName));
     }
 }
 
@@ -234,7 +234,7 @@ bool Announcer::Private::isPublished(const AnnouncedService& service) const {
 
 void Announcer::Private::takeAnotherName() {
     fName = alternativeTo(fName);
-    fSay("the name is taken; announced as " + oneLine(fName));
+    fSay("the name is taken; announced as " + base::oneLine(fName));
     // One name for all services, so those that did not collide are renamed too.
     withdrawAll();
     publishAll();

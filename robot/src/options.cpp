@@ -1,6 +1,6 @@
 #include "options.h"
 
-#include "safe_text.h"
+#include <base/safe_text.h>
 
 #include <boost/program_options.hpp>
 
@@ -86,7 +86,7 @@ Kind toKind(const std::string& text) {
 }
 
 std::string toName(const std::string& text) {
-    if (text.empty() || text.size() > a_longestName || oneLine(text) != text) {
+    if (text.empty() || text.size() > a_longestName || base::oneLine(text) != text) {
         throw std::invalid_argument(
             "--name takes 1 to 63 bytes of UTF-8 without control characters");
     }
@@ -203,7 +203,8 @@ ParsedOptions parseOptions(const std::vector<std::string>& arguments, std::ostre
         }
         return {toOptions(given), 0};
     } catch (const std::exception& mistake) {
-        errors << "robaxi-robot: " << oneLine(mistake.what()) << "\nTry 'robaxi-robot --help'.\n";
+        errors << "robaxi-robot: " << base::oneLine(mistake.what())
+               << "\nTry 'robaxi-robot --help'.\n";
         return {std::nullopt, a_wrongUsage};
     }
 }

@@ -4,7 +4,8 @@
 #include "main_loop.h"
 #include "options.h"
 #include "robot.h"
-#include "safe_text.h"
+
+#include <base/safe_text.h>
 
 #include <csignal>
 #include <exception>
@@ -57,7 +58,7 @@ int runProgram(int argc, char** argv) {
         say(readyLine(*parsed.fOptions));
         loop.run();
     } catch (const std::exception& failure) {
-        complain(oneLine(failure.what()));
+        complain(base::oneLine(failure.what()));
         return a_couldNotStart;
     }
     return 0;

@@ -5,10 +5,10 @@
 #include "memory/humanoid_memory.h"
 #include "memory/load_memory.h"
 #include "modules.h"
-#include "safe_text.h"
 #include "table_values.h"
 #include "video/makers.h"
 
+#include <base/safe_text.h>
 #include <robaxi/kv_error.h>
 
 #include <boost/make_shared.hpp>
@@ -211,13 +211,13 @@ std::vector<std::unique_ptr<Camera>> Robot::xMakeCameras() const {
         return makeHumanoidCameras(fPose ? fPose : movingBody(fOptions.fSeed));
     }
     return makeComputerCameras(
-        [complain = fOutput.fComplain](const std::string& line) { complain(oneLine(line)); });
+        [complain = fOutput.fComplain](const std::string& line) { complain(base::oneLine(line)); });
 }
 
 void Robot::xMakeModules() {
     fModules.push_back(makeMemoryModule(fTable));
     fModules.push_back(makeBallamorModule(fTable, [this](const std::string& text) {
-        fOutput.fSay("clipboard: " + oneLine(shortened(text, a_longestShown)));
+        fOutput.fSay("clipboard: " + base::oneLine(base::shortened(text, a_longestShown)));
     }));
     fSimModule = makeSimModule(this);
     fModules.push_back(fSimModule);
@@ -242,7 +242,7 @@ std::string Robot::xReadIcon() const {
     try {
         return readIcon(installedIcon(fOptions.fKind));
     } catch (const std::runtime_error& failure) {
-        fOutput.fComplain(oneLine(failure.what()) + "; --icon gives another one");
+        fOutput.fComplain(base::oneLine(failure.what()) + "; --icon gives another one");
         return {};
     }
 }
@@ -280,7 +280,7 @@ void Robot::xRestartMiddleware() {
     try {
         xStartMiddleware();
     } catch (const KVError& failure) {
-        fOutput.fComplain(oneLine(failure.toString()) + " Trying again.");
+        fOutput.fComplain(base::oneLine(failure.toString()) + " Trying again.");
         fLoop.post([this] { xRestartMiddleware(); }, a_timeToRetry);
         return;
     }

@@ -1,8 +1,8 @@
 #include "sim_module.h"
 
-#include "safe_text.h"
 #include "table_values.h"
 
+#include <base/safe_text.h>
 #include <robaxi/kv_error.h>
 
 #include <boost/make_shared.hpp>
@@ -19,8 +19,8 @@ constexpr double a_longestInterruption = 3600;
 IconTrouble toTrouble(const std::string& word) {
     const std::optional<IconTrouble> trouble = iconTroubleNamed(word);
     if (!trouble) {
-        throw KVError(KVError::Cause::RaisedByModule,
-                      "The icon can be " + iconTroubleNames() + "; not '" + oneLine(word) + "'.");
+        throw KVError(KVError::Cause::RaisedByModule, "The icon can be " + iconTroubleNames() +
+                                                          "; not '" + base::oneLine(word) + "'.");
     }
     return *trouble;
 }
@@ -28,8 +28,8 @@ IconTrouble toTrouble(const std::string& word) {
 FrameTrouble toFrameTrouble(const std::string& word) {
     const std::optional<FrameTrouble> trouble = frameTroubleNamed(word);
     if (!trouble) {
-        throw KVError(KVError::Cause::RaisedByModule,
-                      "A camera can be " + frameTroubleNames() + "; not '" + oneLine(word) + "'.");
+        throw KVError(KVError::Cause::RaisedByModule, "A camera can be " + frameTroubleNames() +
+                                                          "; not '" + base::oneLine(word) + "'.");
     }
     return *trouble;
 }
@@ -40,7 +40,7 @@ const std::string& toAddress(const std::string& text) {
         throw KVError(
             KVError::Cause::RaisedByModule,
             "An address is four numbers with points, or empty for the machine's own; not '" +
-                oneLine(text) + "'.");
+                base::oneLine(text) + "'.");
     }
     return text;
 }

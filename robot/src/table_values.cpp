@@ -1,7 +1,6 @@
 #include "table_values.h"
 
-#include "safe_text.h"
-
+#include <base/safe_text.h>
 #include <robaxi/kv_error.h>
 
 #include <sstream>
@@ -51,7 +50,7 @@ std::string textUpTo(const std::string& what, const std::string& text, std::size
         refuse(what, "it takes a text of at most " + std::to_string(bytes) + " bytes, not " +
                          std::to_string(text.size()) + '.');
     }
-    return validUtf8(text);
+    return base::validUtf8(text);
 }
 
 }  // namespace robot

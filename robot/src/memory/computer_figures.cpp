@@ -1,7 +1,8 @@
 #include "memory/computer_figures.h"
 
-#include "safe_text.h"
 #include "table_values.h"
+
+#include <base/safe_text.h>
 
 #include <algorithm>
 #include <cctype>
@@ -41,7 +42,7 @@ std::vector<std::string> lines(const fs::path& file) {
 
 std::string firstLine(const fs::path& file) {
     const std::vector<std::string> all = lines(file);
-    return all.empty() ? std::string() : oneLine(all.front());
+    return all.empty() ? std::string() : base::oneLine(all.front());
 }
 
 template <class Number>
@@ -68,7 +69,7 @@ std::vector<fs::path> entries(const fs::path& folder) {
 /** A name from the system as one part of a key. */
 std::string keyPart(std::string name) {
     std::replace(name.begin(), name.end(), '/', '_');
-    return oneLine(name);
+    return base::oneLine(name);
 }
 
 /** A name that no figure has yet: sensors of one kind often share theirs. */

@@ -1,7 +1,6 @@
 #include "video/camera_settings.h"
 
-#include "safe_text.h"
-
+#include <base/safe_text.h>
 #include <robaxi/kv_error.h>
 
 #include <algorithm>
@@ -83,7 +82,8 @@ auto changeNamed(const CameraDescription& camera, const KVValue::Map& changes,
 void requireKnownNames(const CameraDescription& camera, const KVValue::Map& changes) {
     for (const auto& [name, value] : changes) {
         if (name != "width" && name != "height" && name != "format" && name != "rate") {
-            throw refusal(camera, "has no setting '" + oneLine(shortened(name, a_longestShown)) +
+            throw refusal(camera, "has no setting '" +
+                                      base::oneLine(base::shortened(name, a_longestShown)) +
                                       "'; it has width, height, format and rate.");
         }
     }
@@ -125,7 +125,8 @@ void requireFit(const CameraDescription& camera, const CameraSettings& settings)
 KVPixelFormat toFormat(const CameraDescription& camera, const std::string& name) {
     const KVPixelFormat format = formatNamed(name);
     if (format == KVPixelFormat::Unknown) {
-        throw refusal(camera, "knows no format '" + oneLine(shortened(name, a_longestShown)) +
+        throw refusal(camera, "knows no format '" +
+                                  base::oneLine(base::shortened(name, a_longestShown)) +
                                   "'; formats are rgb, yuv422, grey and jpeg.");
     }
     return format;

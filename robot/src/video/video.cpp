@@ -1,7 +1,6 @@
 #include "video/video.h"
 
-#include "safe_text.h"
-
+#include <base/safe_text.h>
 #include <robaxi/kv_error.h>
 
 #include <boost/make_shared.hpp>
@@ -15,8 +14,9 @@ namespace {
 constexpr std::size_t a_longestShown = 100;  // bytes of a client's text in a refusal
 
 KVError noSuchCamera(const std::string& name) {
-    return {KVError::Cause::RaisedByModule,
-            "The robot has no camera '" + oneLine(shortened(name, a_longestShown)) + "'."};
+    return {
+        KVError::Cause::RaisedByModule,
+        "The robot has no camera '" + base::oneLine(base::shortened(name, a_longestShown)) + "'."};
 }
 
 }  // namespace

@@ -1,7 +1,8 @@
 #include "web/web_page.h"
 
-#include "safe_text.h"
+#include "web/web_text.h"
 
+#include <base/safe_text.h>
 #include <robaxi/kv_error.h>
 
 #include <boost/algorithm/string/replace.hpp>
@@ -71,7 +72,7 @@ std::string shortText(const KVValue& value, const std::string& unit) {
         case KVValue::Type::Float:
             return numberText(value.toFloat());
         case KVValue::Type::String:
-            return shortened(value.toString(), a_longestShown);
+            return base::shortened(value.toString(), a_longestShown);
         case KVValue::Type::Binary:
         case KVValue::Type::List:
         case KVValue::Type::Map:

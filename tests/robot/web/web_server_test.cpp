@@ -266,8 +266,7 @@ TEST(ShortText, saysEveryTypeInAFewWords) {
     EXPECT_EQ(shortText(0.25, "m"), "0.25");
     EXPECT_EQ(shortText(0xff0000, "RGB"), "#ff0000");
     EXPECT_EQ(shortText(KVValue::List{1, 2}, ""), "list of 2");
-    EXPECT_EQ(shortText(std::string(199, 'a') + "\xc3\xa9", ""),
-              std::string(199, 'a') + "\xef\xbf\xbd…");
+    EXPECT_EQ(shortText(std::string(199, 'a') + "\xc3\xa9", ""), std::string(199, 'a') + "…");
 }
 
 }  // namespace
