@@ -13,7 +13,7 @@ namespace KV::bonjour {
 
 namespace {
 
-/** Where a service leads to is all that is asked: neither its texts nor the host's addresses. */
+/** Requests only host name and port of a service: neither TXT records nor the host's addresses. */
 constexpr auto a_resolverFlags =
     static_cast<AvahiLookupFlags>(AVAHI_LOOKUP_NO_TXT | AVAHI_LOOKUP_NO_ADDRESS);
 
@@ -27,7 +27,7 @@ AvahiConnection::AvahiConnection(const AvahiPoll* poll, const std::vector<std::s
     }
     const int error = xAddLane(AVAHI_CLIENT_NO_FAIL);
     if (error != AVAHI_OK) {
-        // A missing daemon is waited for, so "no daemon" can only be said of the bus.
+        // The client waits for a missing daemon, so "no daemon" can only refer to the bus.
         throw std::runtime_error(error == AVAHI_ERR_NO_DAEMON ? "no connection"
                                                               : avahi_strerror(error));
     }
@@ -72,7 +72,7 @@ void AvahiConnection::unwatchAddresses(const std::string& key) {
 void AvahiConnection::xOnState(AvahiClient* /*client*/, AvahiClientState state,
                                void* userData) noexcept {
     auto* const self = static_cast<AvahiConnection*>(userData);
-    // Avahi calls for the first time before the client is known; the constructor looks itself.
+    // Avahi's first call comes before fClient is set; the constructor checks the state itself.
     if (self->fLanes.empty() || state == AVAHI_CLIENT_CONNECTING) {
         return;
     }
@@ -91,8 +91,8 @@ void AvahiConnection::xOnBrowsed(AvahiServiceBrowser* /*browser*/, AvahiIfIndex 
         self->xFail();
         return;
     }
-    // The other events tell how far the search is and name no service. An announcement under our
-    // type may name an instance of any other type.
+    // The other events report the progress of the search. An announcement under our type may name
+    // an instance of any other type.
     if ((event != AVAHI_BROWSER_NEW && event != AVAHI_BROWSER_REMOVE) ||
         strcasecmp(type, browser->fType.c_str()) != 0) {
         return;
@@ -117,7 +117,7 @@ void AvahiConnection::xOnResolved(AvahiServiceResolver* /*resolver*/, AvahiIfInd
     if (event == AVAHI_RESOLVER_FOUND) {
         listener.onResolved(entry->first, hostName, port);
     } else {
-        // The resolver stays: it goes on asking, and is heard again when the host is back.
+        // Keep the resolver: it continues to ask and reports when the host is back.
         listener.onUnresolved(entry->first);
     }
 }
@@ -181,7 +181,7 @@ void AvahiConnection::xSee(const Sighting& sighting) {
     }
     const auto entry = fResolvers.try_emplace(sighting, Resolver{this, nullptr, 0}).first;
     if (!xResolve(*entry)) {
-        // The daemon refuses a name that is none.
+        // The daemon refuses an invalid name.
         xLose(sighting);
     }
 }
@@ -191,7 +191,7 @@ void AvahiConnection::xLose(const Sighting& sighting) {
     if (entry == fResolvers.end()) {
         return;
     }
-    // Told first, for freeing a resolver waits for the daemon.
+    // Before freeing the resolver, which waits for the daemon.
     fListener.onLost(sighting);
     if (entry->second.fResolver != nullptr) {
         avahi_service_resolver_free(entry->second.fResolver);

@@ -16,41 +16,41 @@
 
 namespace KV::bonjour {
 
-/** Who hears what a connection to the Avahi daemon finds; called on the thread of the poll. */
+/** Receives the results of a connection to the Avahi daemon. Called on the poll thread. */
 class AvahiConnectionListener {
   public:
     virtual ~AvahiConnectionListener() = default;
 
-    /** A service is announced. Answers whether it is to be resolved. */
+    /** A service was announced. Returns true if it is to be resolved. */
     virtual bool onSeen(const Sighting& sighting) = 0;
-    /** Where a service leads to is known, or has changed. */
+    /** Host name and port of a service are known, or have changed. */
     virtual void onResolved(const Sighting& sighting, const char* hostName, int port) = 0;
-    /** A service is still announced, but nobody answers any more where it leads to. */
+    /** A service is still announced, but its host no longer answers. */
     virtual void onUnresolved(const Sighting& sighting) = 0;
-    /** A service is announced no more. */
+    /** A service is no longer announced. */
     virtual void onLost(const Sighting& sighting) = 0;
-    /** A watched host has an IPv4 address, as seen through one interface, or has it no more. */
+    /** A watched host gained or lost an IPv4 address, as seen through one interface. */
     virtual void onAddressSeen(const std::string& key, const std::string& address) = 0;
     virtual void onAddressLost(const std::string& key, const std::string& address) = 0;
-    /** The daemon runs and is being asked. */
+    /** The daemon is running and has been queried. */
     virtual void onConnected() = 0;
     /**
-     * The daemon or the bus is gone; nothing else will be heard from this connection. It must not
-     * be destroyed inside this call.
+     * The daemon or the bus is gone; this connection makes no further calls. Do not destroy it
+     * inside this call.
      */
     virtual void onDisconnected() = 0;
 };
 
 /**
- * One connection to the Avahi daemon that looks for services of some types and follows each of
- * them for as long as it is announced. Lasts as long as the daemon; a new daemon needs a new one.
+ * A connection to the Avahi daemon that browses services of some types and resolves each of them
+ * for as long as it is announced. It ends with the daemon; a new daemon needs a new connection.
  */
 class AvahiConnection {
   public:
     /**
-     * Connects, and asks at once when the daemon runs; else it waits for the daemon.
+     * Connects. Browses at once if the daemon is running, otherwise waits for it.
      *
-     * @throws std::runtime_error with the reason when the system bus does not let us
+     * @throws std::runtime_error with the reason if the system bus refuses the connection
      */
     AvahiConnection(const AvahiPoll* poll, const std::vector<std::string>& types,
                     AvahiConnectionListener& listener);
@@ -60,7 +60,7 @@ class AvahiConnection {
 
     bool isWaitingForDaemon() const;
 
-    /** Follows the addresses of a host; the listener is told under the key. */
+    /** Watches the addresses of a host; the listener receives them with the key. */
     void watchAddresses(const std::string& key, const char* hostName);
     void unwatchAddresses(const std::string& key);
 
@@ -70,7 +70,7 @@ class AvahiConnection {
     };
     using ClientPointer = std::unique_ptr<AvahiClient, ClientDeleter>;
 
-    /** One D-Bus connection: the daemon allows each of them some thousand objects and no more. */
+    /** One D-Bus connection: the daemon limits the objects of each to about a thousand. */
     struct Lane {
         ClientPointer fClient;
         bool fFull = false;

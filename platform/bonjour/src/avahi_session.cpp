@@ -91,7 +91,7 @@ void AvahiSession::xOnTimer(AvahiTimeout* /*timer*/, void* session) noexcept {
     try {
         self->xConnect();
     } catch (const std::exception&) {
-        // The bus is not back yet.
+        // The bus is not running yet.
         self->xConnectLater();
     }
 }

@@ -14,19 +14,19 @@
 namespace KV::bonjour {
 
 /**
- * Looks for services on a thread of its own, from construction to destruction, and outlives the
- * daemon: when that or the bus is gone it connects anew until it succeeds.
+ * A search for services on a dedicated thread, from construction to destruction. It outlives the
+ * daemon: when the daemon or the bus is gone, it reconnects until it succeeds.
  */
 class AvahiSession final : public AvahiConnectionListener {
   public:
-    /** Told on the session's thread, for each change in the hosts. */
+    /** Called on the session's thread for each change of the hosts. */
     using ChangeHandler = std::function<void(const std::vector<HostChange>& changes)>;
 
-    /** @throws std::runtime_error when there is no system bus or no daemon; the text says which */
+    /** @throws std::runtime_error if there is no system bus or no daemon; the text says which */
     AvahiSession(const std::vector<std::string>& types, ChangeHandler handler);
     AvahiSession(const AvahiSession&) = delete;
     AvahiSession& operator=(const AvahiSession&) = delete;
-    /** Returns when the handler is called no more. */
+    /** Returns when the handler is no longer called. */
     ~AvahiSession() override;
 
   private:
@@ -47,7 +47,7 @@ class AvahiSession final : public AvahiConnectionListener {
     void xConnect();
     void xConnectLater();
     void xTell(const std::vector<HostChange>& changes);
-    /** Tells the changes of services, and watches removed hosts no more. */
+    /** Reports changes of services, and stops watching removed hosts. */
     void xApply(const std::vector<HostChange>& changes);
 
     std::vector<std::string> fTypes;

@@ -18,7 +18,7 @@
 
 namespace KV {
 
-// Those that are objects are never destroyed: a program may end while a thread still uses them.
+// The objects are never destroyed: a thread may still use them when the program ends.
 const std::string& BonjourDiscovery::fRobaxServiceType = *new std::string("_robax._tcp");
 const std::string& BonjourDiscovery::fRobaxiServiceType = *new std::string("_robaxi._tcp");
 const int BonjourDiscovery::fDefaultRobaxiPort = 9559;
@@ -31,12 +31,12 @@ namespace {
 
 using bonjour::HostChange;
 
-/** The way from a session to the map and the signals, which can be closed before it ends. */
+/** The path from a session to the map and the signals; it can be closed before the session ends. */
 class Gate {
   public:
     /** Applies changes to the map and fires the signals, unless the gate is closed. */
     void apply(const std::vector<HostChange>& changes);
-    /** Returns when no handler runs any more, and none will. */
+    /** Returns when no handler is running, and none will run. */
     void close();
 
   private:
@@ -57,22 +57,22 @@ struct Discovery {
     std::condition_variable fStartChanged;
     std::shared_ptr<Start> fStart;  ///< null unless a session is being started
     std::unique_ptr<bonjour::AvahiSession> fSession;
-    std::shared_ptr<Gate> fGate;  ///< of the session that there is or that is being started
+    std::shared_ptr<Gate> fGate;  ///< of the current session or the one being started
     bool fEnded = false;
     BonjourDiscovery::Map fMap;
 };
 
-// Every call to the daemon may take D-Bus's time limit, 25 s, and cannot be interrupted.
+// A call to the daemon may take as long as D-Bus's time-out, 25 s, and cannot be interrupted.
 constexpr std::chrono::seconds a_startPatience(5);
 constexpr std::chrono::milliseconds a_endPatience(300);
 
-/** Never destroyed, so that a thread that outlives main() finds it. */
+/** Never destroyed, so that a thread that outlives main() can use it. */
 Discovery& discovery() {
     static auto* const instance = new Discovery;
     return *instance;
 }
 
-/** Whether this thread is inside a handler. */
+/** True while this thread runs a handler. */
 thread_local bool handling = false;
 
 void fire(const BonjourDiscovery::ProfileSignal& signal,
@@ -81,7 +81,7 @@ void fire(const BonjourDiscovery::ProfileSignal& signal,
     try {
         signal(profile);
     } catch (const std::exception& error) {
-        // There is nobody above but Avahi, which knows no exceptions.
+        // The caller is Avahi, a C library.
         std::fprintf(stderr, "bonjour: a handler failed: %s\n", error.what());
     }
     handling = false;
@@ -121,7 +121,7 @@ void Gate::close() {
     fClosed = true;
 }
 
-/** Ends a session on a separate thread, which is left to itself when the daemon hangs. */
+/** Ends a session on a separate thread, which is abandoned if the daemon hangs. */
 void end(std::unique_ptr<bonjour::AvahiSession> session) {
     auto ended = std::make_shared<std::promise<void>>();
     const std::future<void> end = ended->get_future();
@@ -161,7 +161,7 @@ void stop(bool forGood) {
     }
 }
 
-/** Starts a session, which calls into the gate; on a separate thread, as it may take long. */
+/** Starts a session that calls into the gate, on a separate thread since it may take long. */
 void startSession(const std::shared_ptr<Start>& start, const std::shared_ptr<Gate>& gate) {
     std::unique_ptr<bonjour::AvahiSession> session;
     std::exception_ptr error;
@@ -187,7 +187,7 @@ void startSession(const std::shared_ptr<Start>& start, const std::shared_ptr<Gat
 }
 
 /**
- * Ends the session of a program that forgot to, before the objects that Avahi and D-Bus use are
+ * Stops listening in a program that did not, before the objects that Avahi and D-Bus use are
  * destroyed.
  */
 struct StopAtExit {
@@ -195,7 +195,7 @@ struct StopAtExit {
     StopAtExit(const StopAtExit&) = delete;
     StopAtExit& operator=(const StopAtExit&) = delete;
     ~StopAtExit() {
-        // A handler that calls exit() cannot wait for itself; nor does it return any more.
+        // A handler that calls exit() cannot wait for itself, and never returns.
         if (!handling) {
             stop(true);
         }

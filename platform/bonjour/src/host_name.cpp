@@ -61,7 +61,7 @@ std::string makeSafeHostName(const std::string& bytes) {
 
 bool isAddressLiteral(const std::string& hostName) {
     const std::string text = trim(hostName);
-    // inet_aton() reads up to the first blank, which would catch names that only begin like one.
+    // inet_aton() stops at the first blank and would accept names that only start like an address.
     in_addr ipv4 = {};
     if (text.find_first_of(a_blanks) == std::string::npos && inet_aton(text.c_str(), &ipv4) != 0) {
         return true;

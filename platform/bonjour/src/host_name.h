@@ -6,29 +6,29 @@
 
 namespace KV::bonjour {
 
-/** The longest host name kept, in bytes: that of the domain name system. */
+/** Maximum size of a stored host name in bytes, as in the domain name system. */
 constexpr std::size_t a_maximumHostNameSize = 255;
 
 /**
- * Turns a domain name as Avahi writes it ("caf\195\169.local") into its bytes. A sequence that is
- * no escape stands for itself.
+ * Converts a domain name as Avahi writes it ("caf\195\169.local") into its bytes. An invalid escape
+ * sequence is kept as it is.
  */
 std::string unescapeDomainName(const std::string& name);
 
 /**
- * Makes bytes from the network fit to be kept and shown as a text: UTF-8 of at most
- * a_maximumHostNameSize bytes, in which each byte that is not UTF-8 and each unsafe character has
- * become U+FFFD. Markup stays as it is.
+ * Makes bytes from the network safe to store and show as text: UTF-8 of at most
+ * a_maximumHostNameSize bytes. Each byte that is not UTF-8 and each unsafe character is replaced by
+ * U+FFFD. Markup is kept.
  */
 std::string makeSafeHostName(const std::string& bytes);
 
 /**
- * Whether a host name would be read as an IPv4 or IPv6 address, also in the short, octal and
- * hexadecimal ways of writing one, with a zone, or with blanks around it.
+ * Returns true if a host name could be read as an IPv4 or IPv6 address, including the short, octal
+ * and hexadecimal notations, a zone, and surrounding blanks.
  */
 bool isAddressLiteral(const std::string& hostName);
 
-/** The host name with ASCII letters in lower case: host names differ by more than their case. */
+/** Returns the host name with ASCII letters in lower case; other characters are kept. */
 std::string foldHostName(const std::string& hostName);
 
 }  // namespace KV::bonjour

@@ -21,7 +21,7 @@ void sayOnce(bool& said, std::size_t limit, const char* what) {
     }
 }
 
-/** Adds what became of a host between two descriptions of it to the changes, if anything did. */
+/** Appends the change between two descriptions of a host, if there is one. */
 void addDifference(const HostChange& before, HostChange after, std::vector<HostChange>& changes) {
     if (before.fServices == after.fServices && before.fHostName == after.fHostName) {
         return;
@@ -71,7 +71,7 @@ std::vector<HostChange> SightingRegistry::resolve(const Sighting& sighting,
         return {};
     }
 
-    // A service that moves is one change of its host, not the host's end and a new beginning.
+    // A service that moves is one change of its host, not a removal and an addition.
     const HostChange oldHost = xDescribe(place.fKey);
     const HostChange newHost = xDescribe(key);
     xLeave(place);
@@ -135,7 +135,7 @@ std::vector<HostChange> SightingRegistry::loseAddress(const std::string& key,
         return {};
     }
     host.fAddresses.erase(entry);
-    // A host without any may only have been slow to answer, and have the same one again.
+    // A host without addresses may only have been slow to answer, and get the same one again.
     host.fLastAddress = address;
     return host.fAddresses.empty() ? std::vector<HostChange>() : xRenew(key);
 }

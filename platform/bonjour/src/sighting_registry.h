@@ -10,7 +10,7 @@
 
 namespace KV::bonjour {
 
-/** One service instance as it is seen through one network interface and one IP protocol. */
+/** One service instance, as seen through one network interface and one IP protocol. */
 struct Sighting {
     int fInterface = 0;
     int fProtocol = 0;
@@ -21,7 +21,7 @@ struct Sighting {
     bool operator<(const Sighting& other) const;
 };
 
-/** What became of one host. */
+/** A change of one host. */
 struct HostChange {
     enum class Kind { Added, Updated, Removed };
 
@@ -32,13 +32,13 @@ struct HostChange {
 };
 
 /**
- * Counts the sightings of services and says what they mean for the hosts.
+ * Counts the sightings of services and derives the changes of the hosts.
  *
- * A service of a host is a type and a port. It lives while one sighting of it is left, so the same
- * announcement seen on two interfaces is one service; a host lives while it has a service. A host
- * that moves from one address to another is removed and added at once, for whoever has looked its
- * address up. What comes in is from the network: names are made safe and everything is bounded;
- * what goes beyond a bound is left out, which is said once on standard error. It has no lock.
+ * A service of a host is a type and a port. It exists while it has a sighting, so the same
+ * announcement seen on two interfaces is one service; a host exists while it has a service. A host
+ * that moves to another address is removed and added at once, for users that have resolved its
+ * address. The input is from the network: names are made safe and everything is bounded. Input
+ * beyond a bound is ignored, which is reported once on standard error. The class has no lock.
  */
 class SightingRegistry {
   public:
@@ -47,34 +47,34 @@ class SightingRegistry {
     static constexpr std::size_t a_maximumSightings = 16384;
     static constexpr std::size_t a_maximumAddressesPerHost = 64;
 
-    /** Takes in a new sighting. False when it is known already or is one too many. */
+    /** Adds a sighting. Returns false if it is already known or exceeds a bound. */
     bool see(const Sighting& sighting);
 
     /**
-     * Takes in where a sighting leads to, for the first time or anew. The host name is in Avahi's
-     * escaped form. A name that is empty or an address literal, and a port outside 1 to 65535,
-     * lead nowhere. A sighting that was not seen is passed over.
+     * Sets or changes the host name and port of a sighting. The host name is in Avahi's escaped
+     * form. An empty name or an address literal, or a port outside 1 to 65535, unresolves the
+     * sighting. An unknown sighting is ignored.
      */
     std::vector<HostChange> resolve(const Sighting& sighting, const std::string& hostName,
                                     int port);
 
-    /** The sighting leads nowhere any more, though it is still announced. */
+    /** Removes host name and port of a sighting that is still announced. */
     std::vector<HostChange> unresolve(const Sighting& sighting);
 
-    /** The sighting is gone. */
+    /** Removes a sighting. */
     std::vector<HostChange> lose(const Sighting& sighting);
 
     /**
      * @name Addresses
-     * An address of a host is announced, or is announced no more, on one interface and protocol.
-     * The key is that of a HostChange; one that is not known is passed over.
+     * An address of a host appeared or disappeared on one interface and protocol. The key is that
+     * of a HostChange; an unknown key is ignored.
      */
     ///@{
     std::vector<HostChange> seeAddress(const std::string& key, const std::string& address);
     std::vector<HostChange> loseAddress(const std::string& key, const std::string& address);
     ///@}
 
-    /** Every sighting is gone. */
+    /** Removes every sighting. */
     std::vector<HostChange> clear();
 
   private:
@@ -86,9 +86,9 @@ class SightingRegistry {
         std::string fName;
         std::vector<Service> fServices;
         std::map<std::string, std::size_t> fAddresses;  ///< with the number of their sightings
-        std::string fLastAddress;                       ///< the one lost last, when all are
+        std::string fLastAddress;                       ///< the last one lost, when all are
     };
-    /** Where a sighting leads to; nowhere when the key is empty. */
+    /** Host and port of a sighting; the key is empty if it is unresolved. */
     struct Place {
         std::string fKey;
         BonjourService fService;

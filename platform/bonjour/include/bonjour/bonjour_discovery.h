@@ -16,11 +16,11 @@ namespace KV {
 /**
  * The robots and computers that are announced on the local network.
  *
- * Sits on Avahi. Connect to the two signals first, then call startListening(), or the first
- * announcements are missed. The library changes the map and fires both signals while it holds
- * fRobaxsMapMutex for writing, on a thread of its own: a handler reads a profile without a lock,
- * and must not take the map lock. The signals and the lock are never destroyed, so a thread that is
- * still running when the program ends may use them.
+ * Based on Avahi. Connect to the two signals before calling startListening(), otherwise the first
+ * announcements are missed. The library changes the map and emits both signals on a dedicated
+ * thread while it holds fRobaxsMapMutex for writing: a handler reads a profile without a lock, and
+ * must not take the map lock. The signals and the lock are never destroyed, so a thread that still
+ * runs when the program ends can use them.
  */
 class BONJOUR_EXPORT BonjourDiscovery {
   public:
@@ -31,43 +31,45 @@ class BONJOUR_EXPORT BonjourDiscovery {
     static const std::string& fRobaxServiceType;
     /** Service type of a running middleware: "_robaxi._tcp". */
     static const std::string& fRobaxiServiceType;
-    /** The port on which the middleware usually listens: 9559. */
+    /** Default port of the middleware: 9559. */
     static const int fDefaultRobaxiPort;
 
     /** Guards the map and the fields of the profiles in it. */
     static boost::shared_ptr<KVMutexRW>& fRobaxsMapMutex;
 
-    /** A host appeared, or gained or lost a service: then for the same object again. */
+    /** Emitted when a host appears, and again for the same object when it gains or loses a
+     *  service. */
     static ProfileSignal& fAddProfile;
     /**
-     * The last service of a host is gone, or the host has moved to another address, upon which
-     * fAddProfile follows at once for a new profile; the profile has left the map.
+     * Emitted when the last service of a host is gone, or when the host has moved to another
+     * address; fAddProfile then follows at once for a new profile. The profile is no longer in the
+     * map.
      */
     static ProfileSignal& fRemoveProfile;
 
     /**
-     * Starts to listen; does nothing when it already listens or begins to. Blocks until the daemon
-     * has answered, for five seconds at most, or until stopListening() is called. Once it listens,
-     * the daemon and the system bus may go away and come back: the map empties, with fRemoveProfile
-     * for each host, and fills again. May be called from any thread. Does nothing while the
-     * program's static objects are being destroyed.
+     * Starts listening; does nothing if it already listens or is starting. Blocks until the daemon
+     * has answered, for five seconds at most, or until stopListening() is called. From then on the
+     * daemon and the system bus may stop and restart: the map is emptied, with fRemoveProfile for
+     * each host, and filled again. May be called from any thread. Does nothing while the program's
+     * static objects are being destroyed.
      *
-     * @throws std::runtime_error when there is no system bus or no Avahi daemon, or the daemon does
-     * not answer; the text says which and what to do
+     * @throws std::runtime_error if there is no system bus or no Avahi daemon, or the daemon does
+     * not answer; the text gives the cause and advice
      */
     static void startListening();
 
     /**
-     * Stops listening and empties the map without firing signals. Returns when no handler runs any
-     * more, within half a second, whether the daemon answers or not. May be called from any thread
-     * that does not hold the map lock. Does nothing when it does not listen. A program that ends
-     * without it is stopped while its static objects are being destroyed.
+     * Stops listening and empties the map without emitting signals. Returns within half a second,
+     * when no handler is running, even if the daemon does not answer. May be called from any thread
+     * that does not hold the map lock. Does nothing if it does not listen. If a program ends
+     * without calling it, it is called while static objects are being destroyed.
      *
-     * @throws std::logic_error when it is called from a handler
+     * @throws std::logic_error if it is called from a handler
      */
     static void stopListening();
 
-    /** The announced hosts by key. The map lock must be held while the reference is used. */
+    /** Returns the announced hosts by key. Hold the map lock while using the reference. */
     static const Map& getMap();
 };
 

@@ -13,11 +13,11 @@
 
 namespace KV {
 
-/** One announced service of a host. Two with the same type and port are equal. */
+/** One announced service of a host. Services with the same type and port are equal. */
 struct BonjourService {
     std::string fType;    ///< for instance "_robaxi._tcp"
     int fPort = 0;        ///< 1 to 65535
-    std::string fName{};  ///< name of the service instance, made safe to show; the first one seen
+    std::string fName{};  ///< name of the service instance, safe to show; the first one seen
 
     bool operator==(const BonjourService& other) const {
         return fType == other.fType && fPort == other.fPort;
@@ -26,12 +26,12 @@ struct BonjourService {
 };
 
 /**
- * One announced robot or computer: everything that the announcements of one host name say.
+ * One announced robot or computer: all announcements of one host name.
  *
- * The discovery library makes the profiles and keeps fHostName and fServices up to date in place;
- * fIP belongs to the users of the library. All of these are guarded by
- * BonjourDiscovery::fRobaxsMapMutex. The icon has a lock of its own inside the profile, so its
- * three operations may be called from any thread with or without any other lock.
+ * The discovery library creates the profiles and updates fHostName and fServices in place; fIP
+ * belongs to the users of the library. BonjourDiscovery::fRobaxsMapMutex guards these members. The
+ * icon has a separate lock inside the profile, so its three operations may be called from any
+ * thread, with or without another lock.
  */
 class BONJOUR_EXPORT BonjourProfile {
   public:
@@ -40,22 +40,22 @@ class BONJOUR_EXPORT BonjourProfile {
     BonjourProfile& operator=(const BonjourProfile&) = delete;
     ~BonjourProfile();
 
-    /** Key of the profile in the discovery map: the host name, ASCII letters in lower case. */
+    /** Key of the profile in the discovery map: the host name with ASCII letters in lower case. */
     std::string fKey;
-    /** The mDNS host name, for instance "robot1.local"; at most 255 bytes, made safe to show. */
+    /** The mDNS host name, for instance "robot1.local"; at most 255 bytes, safe to show. */
     std::string fHostName;
-    /** Dotted IPv4 address, or empty until it is resolved. */
+    /** Dotted IPv4 address; empty until it is resolved. */
     std::string fIP;
-    /** The announced services, those announced first first. */
+    /** The announced services, in the order of their announcement. */
     std::vector<BonjourService> fServices;
-    /** The profile's own lock, for those who read the icon beside other things. */
+    /** The profile's lock, for reading the icon together with other data. */
     boost::shared_ptr<KVMutexRW> fMutex;
 
-    /** Whether the profile announces a service of the type. The map lock must be held. */
+    /** Returns true if the profile announces a service of the type. Hold the map lock. */
     bool hasService(const std::string& type) const;
 
     bool hasBitmapBinary() const;
-    /** The icon's bytes as they were downloaded, not decoded; nothing when there is no icon. */
+    /** Returns the icon's bytes as downloaded, not decoded; Nothing if there is no icon. */
     KVValue getBitmapBinary() const;
     void setBitmapBinary(const KVValue& bitmap);
 

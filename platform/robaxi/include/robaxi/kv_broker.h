@@ -12,35 +12,35 @@ class KVModule;
 struct KVSettings;
 
 /**
- * A program's end of the middleware: the point through which its proxies and connections reach
- * robots and, when it listens, the server that hosts its modules.
+ * A program's access point to the middleware: its proxies and connections reach robots through it
+ * and, if it listens, it is the server that hosts the program's modules.
  *
- * Several brokers may live in one process; there is no global state. A broker, its proxies,
+ * One process may have several brokers; there is no global state. A broker, its proxies,
  * connections and subscriptions may be destroyed in any order and from any thread, with calls in
  * flight: those end with KVError (Cancelled). The destructor returns when no callback and no method
- * of the broker runs any more, except one from which it is called. All operations may be called
- * from any thread.
+ * of the broker is running, except one from which it is called. All operations may be called from
+ * any thread.
  */
 class ROBAXI_EXPORT KVBroker {
   public:
-    /** The port on which a robot listens unless told otherwise. */
+    /** Default port of a robot. */
     static constexpr int a_defaultPort = 9559;
 
     /**
-     * Makes a broker.
+     * Creates a broker.
      *
      * @param name the broker's name, shown to its peers and in error texts
      * @param ip address to listen on; empty with a port means all addresses of the machine; empty
-     *           with port 0 means that the broker does not listen at all
+     *           with port 0 means that the broker does not listen
      * @param port port to listen on, 1 to 65535; 0 only with an empty `ip`
-     * @param parentIP address of a broker to which this one belongs, or empty. The parent is
-     *                 connected to before this returns.
+     * @param parentIP address of the broker to which this one belongs, or empty. The parent is
+     *                 connected before this returns.
      * @param parentPort the parent's port, 1 to 65535; 0 only with an empty `parentIP`
      * @param flags has no effect
      * @param path has no effect
      * @param keepAlive has no effect
      * @throws KVError InvalidArgument for a port out of range or an empty name; AddressInUse or
-     *         CannotListen when it cannot listen; the causes of a failed connection when the parent
+     *         CannotListen if it cannot listen; the causes of a failed connection if the parent
      *         cannot be reached within two seconds
      */
     static boost::shared_ptr<KVBroker> createBroker(const std::string& name, const std::string& ip,
@@ -49,10 +49,10 @@ class ROBAXI_EXPORT KVBroker {
                                                     bool keepAlive);
 
     /**
-     * The same with these settings; the other one uses the user's (KVSettings::load(), whose
-     * errors it throws too).
+     * Creates a broker with explicit settings. The overload above uses the user's settings
+     * (KVSettings::load(), and throws the errors of that function, too).
      *
-     * @throws KVError also InvalidArgument when the settings cannot be used
+     * @throws KVError also InvalidArgument if the settings cannot be used
      */
     static boost::shared_ptr<KVBroker> createBroker(const std::string& name, const std::string& ip,
                                                     int port, const std::string& parentIP,
@@ -64,24 +64,24 @@ class ROBAXI_EXPORT KVBroker {
     KVBroker& operator=(const KVBroker&) = delete;
 
     const std::string& getName() const;
-    /** The address given to createBroker(). */
+    /** Returns the address given to createBroker(). */
     const std::string& getIP() const;
-    /** The port it listens on, or 0. */
+    /** Returns the port on which the broker listens, or 0. */
     int getPort() const;
     bool isListening() const;
 
     /**
      * Hosts a module under its name. Calls may arrive before this returns.
      *
-     * @throws KVError InvalidArgument for no module, or when one of that name is already hosted;
-     *         TooMany when as many are hosted as the settings allow
+     * @throws KVError InvalidArgument for a null module or a name that is already hosted; TooMany
+     *         at the limit of the settings
      */
     void addModule(boost::shared_ptr<KVModule> module);
 
     /**
-     * Stops hosting a module, if there is one of that name, and ends the subscriptions to its
-     * values and cameras. Returns when none of its methods runs any more, except one from which it
-     * is called.
+     * Stops hosting the module of that name, if there is one, and ends the subscriptions to its
+     * values and cameras. Returns when none of its methods is running, except one from which it is
+     * called.
      */
     void removeModule(const std::string& name);
 

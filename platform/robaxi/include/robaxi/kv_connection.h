@@ -15,11 +15,11 @@
 class KVBroker;
 
 /**
- * A connection to one robot, with a notice when it is lost.
+ * A connection to one robot that reports its loss.
  *
- * Proxies and connections of one broker to the same address and port share one link on the network,
- * which lives as long as one of them. The link carries a heartbeat: a robot that is killed is
- * noticed within one second, one that falls silent within two unless KVSettings::Limits::fLoss says
+ * Proxies and connections of one broker to the same address and port share one network link, which
+ * lives as long as one of them. The link carries a heartbeat: the loss of a robot that is killed is
+ * detected within one second, that of a silent one within two unless KVSettings::Limits::fLoss says
  * otherwise. A lost connection stays lost; open another one to connect again. All operations may be
  * called from any thread.
  */
@@ -28,35 +28,37 @@ class ROBAXI_EXPORT KVConnection {
     using LostHandler = std::function<void(const KVError&)>;
 
     /**
-     * Connects.
+     * Connects to a robot.
      *
-     * @param broker the broker to go through; kept alive by the connection
+     * @param broker the broker to use; kept alive by the connection
      * @param ip address or host name
      * @param port 1 to 65535
-     * @param timeOut seconds within which the robot must have answered, above 0
-     * @throws KVError InvalidArgument without a broker or for a number out of its range; else,
+     * @param timeOut seconds until the robot must have answered, above 0
+     * @throws KVError InvalidArgument without a broker or for a number out of range; otherwise,
      *         within the time-out, the cause with a text that names address and port
      */
     static boost::shared_ptr<KVConnection> open(boost::shared_ptr<KVBroker> broker,
                                                 const std::string& ip, int port, double timeOut);
 
-    /** Ends the connection without a notice; returns when no callback of it runs any more, unless
-     *  it is called from such a callback. */
+    /**
+     * Closes the connection without calling the lost handler. Returns when none of its callbacks is
+     * running, except one from which it is called.
+     */
     ~KVConnection();
     KVConnection(const KVConnection&) = delete;
     KVConnection& operator=(const KVConnection&) = delete;
 
     const std::string& getIP() const;
     int getPort() const;
-    /** The name of the broker at the other end, as it reports it itself. */
+    /** Returns the name that the broker at the other end reports. */
     std::string getPeerName() const;
     bool isConnected() const;
 
-    /** Time between the last heartbeat and its answer, in seconds; negative before the first. */
+    /** Returns the last heartbeat's round trip in seconds; negative before the first one. */
     double getRoundTrip() const;
 
     /**
-     * The modules that the robot hosts, with their methods.
+     * Returns the modules that the robot hosts, with their methods. Waits for the answer.
      *
      * @param timeOut seconds, above 0
      * @throws KVError TimedOut, ConnectionLost
@@ -64,9 +66,10 @@ class ROBAXI_EXPORT KVConnection {
     std::vector<KVModuleInfo> getModules(double timeOut) const;
 
     /**
-     * Sets what is called, once, when the connection is lost: on a thread of the library, or at
-     * once on the calling thread when it is already lost. It must not throw. An empty function
-     * takes it away. Returns when the handler before does not run any more, unless called from it.
+     * Sets the function that is called, once, when the connection is lost: on a thread of the
+     * library, or immediately on the calling thread if it is already lost. It must not throw. An
+     * empty function removes the handler. Returns when the previous handler is not running, unless
+     * called from it.
      */
     void setLostHandler(LostHandler handler);
 

@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <memory>
 
-/** How the bytes of a KVFrame make a picture. Rows go from top to bottom. */
+/** Layout of the bytes of a KVFrame. Rows go from top to bottom. */
 enum class KVPixelFormat {
-    Unknown,  ///< one that this library does not know; the bytes are carried all the same
+    Unknown,  ///< not known to this library; the bytes are delivered all the same
     Rgb888,   ///< 3 bytes a pixel: red, green, blue
     Yuv422,   ///< 4 bytes for two pixels: Y0 Cb Y1 Cr ("YUYV"), BT.601, Y 16 to 235; even widths
     Grey8,    ///< 1 byte a pixel, 0 black to 255 white
@@ -17,17 +17,17 @@ enum class KVPixelFormat {
 /**
  * One picture of a camera.
  *
- * The bytes are shared and never changed, so that a frame can be kept, handed to another thread
- * and shown without a copy. A frame that was received is what its sender claims: check width,
- * height, stride, format and number of bytes against each other before anything is read.
+ * The bytes are shared and immutable, so that a frame can be kept, passed to another thread and
+ * shown without a copy. A received frame is untrusted: check width, height, stride, format and
+ * number of bytes against each other before reading any of them.
  */
 struct KVFrame {
-    std::uint64_t fNumber = 0;  ///< counted up from 1 by the camera; a gap means dropped frames
+    std::uint64_t fNumber = 0;  ///< counts the camera's frames from 1; a gap means dropped frames
     std::int64_t fTime = 0;     ///< exposure, microseconds since 1970-01-01 UTC, robot's clock;
-                                ///< what comes from a robot is brought into 1970 to 9999
+                                ///< times from a robot are clamped to 1970 to 9999
     std::uint32_t fWidth = 0;   ///< pixels
     std::uint32_t fHeight = 0;  ///< pixels
-    std::uint32_t fStride = 0;  ///< bytes from the beginning of one row to that of the next
+    std::uint32_t fStride = 0;  ///< bytes from the start of one row to the start of the next
     KVPixelFormat fFormat = KVPixelFormat::Unknown;
     std::shared_ptr<const unsigned char> fData;  ///< fSize bytes
     std::size_t fSize = 0;

@@ -10,10 +10,9 @@
 #include <vector>
 
 /**
- * The cameras that a module offers for watching (see KVFrameStream): a set of named streams of
- * frames.
+ * The cameras of a module that clients can watch (see KVFrameStream): a set of named frame streams.
  *
- * It keeps the newest frame of each stream and no history. All operations may be called from any
+ * It holds the newest frame of each stream and no history. All operations may be called from any
  * thread.
  */
 class ROBAXI_EXPORT KVFrameSource {
@@ -23,32 +22,32 @@ class ROBAXI_EXPORT KVFrameSource {
     KVFrameSource(const KVFrameSource&) = delete;
     KVFrameSource& operator=(const KVFrameSource&) = delete;
 
-    /** Told how many watchers a stream has now, on a thread of the library, one call at a time, so
-     *  that a camera nobody watches can rest. It may call publish(); it must not call
+    /** Receives the current number of watchers of a stream, on a thread of the library, one call at
+     *  a time, so that a camera without watchers can rest. It may call publish(); it must not call
      *  setDemandHandler(), and must not throw. */
     using DemandHandler = std::function<void(const std::string& stream, int watchers)>;
 
-    /** @throws KVError InvalidArgument when the name is empty or taken */
+    /** @throws KVError InvalidArgument if the name is empty or taken */
     void addStream(const std::string& name);
-    /** Ends the stream for those who watch it. Nothing happens when there is none of that name. */
+    /** Ends the stream for its watchers. Does nothing if there is no stream of that name. */
     void removeStream(const std::string& name);
     std::vector<std::string> getStreams() const;
 
     /**
-     * Makes a frame the newest of its stream. Returns at once: the bytes are not copied, and those
-     * who watch get the newest frame as fast as each can take it.
+     * Makes a frame the newest of its stream. Returns at once: the bytes are not copied, and each
+     * watcher receives the newest frame as fast as it can read.
      *
-     * @throws KVError InvalidArgument when there is no such stream, or for a size without bytes;
-     *         TooLarge for a frame above 64 MiB. One above the limit in the settings of the broker
-     *         that serves it ends the stream for those who watch it there.
+     * @throws KVError InvalidArgument if there is no such stream, or for a size without bytes;
+     *         TooLarge for a frame above 64 MiB. A frame above the limit in the settings of the
+     *         broker that serves it ends the stream for the watchers there.
      */
     void publish(const std::string& stream, const KVFrame& frame);
 
-    /** Watchers of a stream; 0 when there is no such stream. */
+    /** Returns the number of watchers of a stream; 0 if there is no such stream. */
     int getWatchers(const std::string& stream) const;
 
-    /** The handler is told first of the streams that are watched already. An empty function takes
-     *  it away. Returns when the handler before does not run any more. */
+    /** Sets the handler and first calls it for the streams that are already watched. An empty
+     *  function removes it. Returns when the previous handler is not running. */
     void setDemandHandler(DemandHandler handler);
 
     struct Private;

@@ -14,11 +14,11 @@
 class KVConnection;
 
 /**
- * The frames of one camera, as they come.
+ * The live frames of one camera.
  *
- * There is no queue of frames on the way: the robot sends the newest frame it has whenever the
- * network takes one, and a frame that arrives while the listener is still busy takes the place of
- * one that waits. A slow listener or network gets fewer frames, not older ones.
+ * Frames are never queued: the robot sends the newest frame it has whenever the network accepts
+ * one, and a frame that arrives while the listener is still busy replaces the one that waits. A
+ * slow listener or network gets fewer frames, not older ones.
  */
 class ROBAXI_EXPORT KVFrameStream {
   public:
@@ -27,39 +27,40 @@ class ROBAXI_EXPORT KVFrameStream {
       public:
         virtual ~Listener();
         /**
-         * A frame came.
+         * Receives a frame.
          *
          * @param frame untrusted, see KVFrame
-         * @param passedOver frames that were received since the last call and given up for this
-         *        newer one. What the robot did not send shows as a gap in KVFrame::fNumber.
+         * @param passedOver number of frames that were received since the last call and replaced
+         *        by this newer one. Frames that the robot did not send show as a gap in
+         *        KVFrame::fNumber.
          */
         virtual void frameReceived(const KVFrame& frame, std::uint64_t passedOver) = 0;
-        /** The stream is over: refused, gone at the robot, or the connection is lost. Called last,
-         *  at most once, and not after stop(). */
+        /** Reports the end of the stream: refused, removed by the robot, or connection lost. Called
+         *  last, at most once, and not after stop(). */
         virtual void ended(const KVError& error) = 0;
     };
 
     /**
-     * Starts watching; does not wait for the robot. The newest frame, when there is one, comes at
+     * Starts watching; does not wait for the robot. The newest frame, if there is one, is sent at
      * once.
      *
      * @param connection kept alive by the stream
-     * @param module name of a module that has cameras, for instance "KVVideo"
+     * @param module name of a module with cameras, for instance "KVVideo"
      * @param stream name of the camera
      * @param listener must outlive the stream or its stop()
-     * @throws KVError InvalidArgument for no connection, an empty name or no listener. What the
-     *         robot refuses is told by Listener::ended().
+     * @throws KVError InvalidArgument for no connection, an empty name or no listener. A refusal
+     *         by the robot is reported to Listener::ended().
      */
     static boost::shared_ptr<KVFrameStream> start(boost::shared_ptr<KVConnection> connection,
                                                   const std::string& module,
                                                   const std::string& stream, Listener* listener);
 
-    /** Stops. */
+    /** Stops, as stop() does. */
     ~KVFrameStream();
     KVFrameStream(const KVFrameStream&) = delete;
     KVFrameStream& operator=(const KVFrameStream&) = delete;
 
-    /** Ends it; returns when the listener is not being called any more, unless called from it. */
+    /** Stops watching. Returns when the listener is not being called, unless called from it. */
     void stop();
 
   private:

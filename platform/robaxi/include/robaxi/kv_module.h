@@ -14,29 +14,29 @@
 class KVFrameSource;
 class KVValueTable;
 
-/** One method as the list of methods shows it. */
+/** Description of one method. */
 struct KVMethodInfo {
     std::string fName;
-    std::string fSignature;    ///< for people, for instance "rasta(duration: float)"
+    std::string fSignature;    ///< for users, for instance "rasta(duration: float)"
     std::string fDescription;  ///< one sentence
 };
 
-/** One module as the list of modules shows it. */
+/** Description of one module. */
 struct KVModuleInfo {
     std::string fName;
     std::string fDescription;
     std::vector<KVMethodInfo> fMethods;
-    bool fHasValues = false;  ///< whether its values can be subscribed to
-    bool fHasFrames = false;  ///< whether it has cameras that can be watched
+    bool fHasValues = false;  ///< true if its values can be subscribed to
+    bool fHasFrames = false;  ///< true if it has cameras that can be watched
 };
 
 /**
- * A named set of methods, and at most one table of values and one set of cameras, that
- * a broker hosts.
+ * A named set of methods, with at most one table of values and one set of cameras, hosted by a
+ * broker.
  *
- * Methods run on a small pool of threads of the broker, several at once, so they guard what they
- * share. An exception that leaves a method reaches the caller as KVError: a KVError with its own
- * cause and text, any other exception as RaisedByModule, with its what() where it has one.
+ * Methods run on a small pool of threads of the broker, several at once, and must protect shared
+ * data. An exception that leaves a method reaches the caller as KVError: a KVError with its cause
+ * and text, any other exception as RaisedByModule, with its what() if it has one.
  */
 class ROBAXI_EXPORT KVModule {
   public:
@@ -52,26 +52,26 @@ class ROBAXI_EXPORT KVModule {
     KVModuleInfo getInfo() const;
 
     /**
-     * Adds a method. To be called before the module is given to a broker.
+     * Adds a method. Call it before the module is given to a broker.
      *
-     * @param argumentTypes the types that the arguments must have; a call with others is refused
-     *        with WrongArguments before the method runs. Int is taken where Float is asked for,
-     *        and Type::Nothing stands for any type.
-     * @throws KVError InvalidArgument for an empty name, one that is taken, or no method
+     * @param argumentTypes the required types of the arguments; a call with others is refused with
+     *        WrongArguments before the method runs. An Int is accepted for a Float, and
+     *        Type::Nothing accepts any type.
+     * @throws KVError InvalidArgument for an empty name, a name that is taken, or no method
      */
     void bindMethod(const KVMethodInfo& info, const std::vector<KVValue::Type>& argumentTypes,
                     Method method);
 
-    /** Offers a table of values for subscription. To be called before the module is hosted. */
+    /** Offers a table of values for subscription. Call it before the module is hosted. */
     void setValues(boost::shared_ptr<KVValueTable> values);
     boost::shared_ptr<KVValueTable> getValues() const;
 
-    /** Offers cameras for watching. To be called before the module is hosted. */
+    /** Offers cameras for watching. Call it before the module is hosted. */
     void setFrames(boost::shared_ptr<KVFrameSource> frames);
     boost::shared_ptr<KVFrameSource> getFrames() const;
 
     /**
-     * Runs a method as a call from the network would, on the calling thread.
+     * Runs a method on the calling thread, like a call from the network.
      *
      * @throws KVError NoSuchMethod, WrongArguments, or what the method raised
      */

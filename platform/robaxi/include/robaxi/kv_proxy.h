@@ -18,10 +18,10 @@ class KVBroker;
 class KVConnection;
 
 /**
- * One module of a robot, to be called.
+ * A client of one module of a robot.
  *
- * Calls may be made from several threads at once. The time-out given to the constructor holds for
- * connecting and for each call.
+ * Calls may be made from several threads at once. The time-out given to the constructor applies to
+ * connecting and to each call.
  */
 class ROBAXI_EXPORT KVProxy {
   public:
@@ -31,46 +31,46 @@ class ROBAXI_EXPORT KVProxy {
      * @param moduleName the module, for instance "KVLeds"
      * @param ip address or host name of the robot
      * @param port 1 to 65535
-     * @param broker the broker to go through; kept alive by the proxy
+     * @param broker the broker to use; kept alive by the proxy
      * @param timeOut seconds, at least 1
      * @param flags has no effect
-     * @throws KVError InvalidArgument for an empty name, no broker or a number out of its range;
-     *         else, within the time-out, when nothing listens there, nothing answers, or there is
-     *         no such module: its text names module, address, port and cause
+     * @throws KVError InvalidArgument for an empty name, no broker or a number out of range;
+     *         otherwise, within the time-out, if nothing listens there, nothing answers, or there
+     *         is no such module: its text names module, address, port and cause
      */
     KVProxy(const std::string& moduleName, const std::string& ip, int port,
             boost::shared_ptr<KVBroker> broker, int timeOut, int flags);
     /**
-     * A module of a robot to which there is a connection. Asks the robot nothing and never waits: a
-     * module that is not there shows in the calls, as NoSuchModule.
+     * Uses an open connection. Sends nothing and never waits: if the module does not exist, calls
+     * fail with NoSuchModule.
      *
-     * The proxy shares the connection's link and keeps it open; it tells nobody when it is lost.
+     * The proxy shares the connection's link and keeps it open; it does not report its loss.
      *
      * @param timeOut seconds for each call
      * @throws KVError InvalidArgument
      */
     KVProxy(const std::string& moduleName, const boost::shared_ptr<KVConnection>& connection,
             double timeOut);
-    /** Calls in flight on other threads end with KVError (Cancelled); posted ones are still sent,
-     *  for which the last user of the link waits up to half a second. */
+    /** Calls in flight on other threads end with KVError (Cancelled). Posted calls are still sent;
+     *  the last user of the link waits up to half a second for that. */
     ~KVProxy();
     KVProxy(const KVProxy&) = delete;
     KVProxy& operator=(const KVProxy&) = delete;
 
-    /** Calls a method with no argument and waits for its end. @throws KVError */
+    /** Calls a method without arguments and waits until it returns. @throws KVError */
     void callVoid(const std::string& method) { callValue(method, {}); }
 
-    /** Calls a method with one argument and waits for its end. @throws KVError */
+    /** Calls a method with one argument and waits until it returns. @throws KVError */
     template <class T>
     void callVoid(const std::string& method, const T& argument) {
         callValue(method, {KVValue(argument)});
     }
 
     /**
-     * Posts a call with one argument: it is handed to the link and not waited for.
+     * Posts a call with one argument: hands it to the link and does not wait for it.
      *
      * @return the task's identifier, positive and different for each post of this proxy's link
-     * @throws KVError when the call cannot be posted
+     * @throws KVError if the call cannot be posted
      */
     template <class T>
     int pCall(const std::string& method, const T& argument) {
@@ -81,7 +81,7 @@ class ROBAXI_EXPORT KVProxy {
      * Calls a method and returns its result as R: bool, int, std::int64_t, float, double,
      * std::string, KVValue::List, KVValue::Map or KVValue.
      *
-     * @throws KVError as callValue(); WrongType when the result is of another type, or a number
+     * @throws KVError as callValue(); WrongType if the result has another type, or is a number
      *         that R cannot hold
      */
     template <class R, class... Args>
@@ -93,21 +93,20 @@ class ROBAXI_EXPORT KVProxy {
      * Calls a method and waits for its result.
      *
      * @throws KVError what the method raised; NoSuchMethod, WrongArguments, TimedOut, Cancelled,
-     *         ConnectionLost or TooLarge when the call did not come through
+     *         ConnectionLost or TooLarge if the call was not completed
      */
     KVValue callValue(const std::string& method, const KVValue::List& arguments);
 
-    /** The same as pCall() with any number of arguments. */
+    /** Posts a call as pCall() does, with any number of arguments. */
     int postValue(const std::string& method, const KVValue::List& arguments);
 
-    /** Ends the calls of this proxy that are in flight on other threads with KVError (Cancelled).
-     */
+    /** Ends this proxy's calls in flight on other threads with KVError (Cancelled). */
     void cancel();
 
-    /** The same, and every later call fails so too: for threads that are to end. */
+    /** Cancels as cancel() does and makes every later call fail likewise, to end threads. */
     void close();
 
-    /** The module's description and methods, asked for anew. @throws KVError as callValue() */
+    /** Requests the module's description and methods again. @throws KVError as callValue() */
     KVModuleInfo getInfo();
 
   private:

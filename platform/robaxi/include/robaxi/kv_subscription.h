@@ -17,34 +17,34 @@ class KVConnection;
 /**
  * A subscription to the changing values of one module.
  *
- * The robot first sends the table of keys, then, at most at the chosen rate, what changed among the
- * chosen keys. A client that is slow gets the newest values, never a growing queue.
+ * The robot first sends the table of keys, then, at most at the requested rate, changes of the
+ * selected keys. A slow client gets the newest values, never a growing queue.
  */
 class ROBAXI_EXPORT KVSubscription {
   public:
     /**
      * Receives what the robot sends. Called on a thread of the library, one call at a time, in
      * this order: keysAdded() with the whole table first (perhaps in several calls), then the
-     * others as they happen; ended() last, at most once. Must not throw.
+     * others as they occur; ended() last, at most once. Must not throw.
      */
     class ROBAXI_EXPORT Listener {
       public:
         virtual ~Listener();
-        /** No key has the identifier of another one. Names and texts are untrusted. */
+        /** Identifiers are unique. Names and texts are untrusted. */
         virtual void keysAdded(const std::vector<KVKeyInfo>& keys) = 0;
-        /** Only keys that were added before. */
+        /** Contains only keys that were added before. */
         virtual void keysRemoved(const std::vector<std::uint32_t>& ids) = 0;
-        /** Only of keys that are there. */
+        /** Contains only existing keys. */
         virtual void valuesChanged(const std::vector<KVChange>& changes) = 0;
-        /** The subscription is over: refused, or the connection is lost. Not called after stop().
-         */
+        /** Reports the end of the subscription: refused, or connection lost. Not called after
+         *  stop(). */
         virtual void ended(const KVError& error) = 0;
     };
 
-    /** Which keys are sent. */
+    /** Keys that are sent. */
     enum class Selection {
-        AllKeys,    ///< every key, those added later too
-        ChosenKeys  ///< those given to setKeys(), none before it is called
+        AllKeys,    ///< every key, including those added later
+        ChosenKeys  ///< the keys given to setKeys(), none before
     };
 
     /**
@@ -52,29 +52,28 @@ class ROBAXI_EXPORT KVSubscription {
      *
      * @param connection kept alive by the subscription
      * @param module name of a module that has values, for instance "KVMemory"
-     * @param rate highest number of updates a second, above 0 to 1000
+     * @param rate maximum updates a second, above 0 to 1000
      * @param listener must outlive the subscription or its stop()
      * @throws KVError InvalidArgument for no connection, an empty name, a rate out of range or no
-     *         listener. What the robot refuses is told by Listener::ended().
+     *         listener. A refusal by the robot is reported to Listener::ended().
      */
     static boost::shared_ptr<KVSubscription> start(boost::shared_ptr<KVConnection> connection,
                                                    const std::string& module, Selection selection,
                                                    double rate, Listener* listener);
 
-    /** Stops. */
+    /** Stops, as stop() does. */
     ~KVSubscription();
     KVSubscription(const KVSubscription&) = delete;
     KVSubscription& operator=(const KVSubscription&) = delete;
 
-    /** Chooses the keys to be sent, in place of those chosen before; a key newly chosen is sent at
-     *  once with its present value. Identifiers of no key are passed over, and all of them with
-     *  Selection::AllKeys. */
+    /** Replaces the selected keys; the current value of a newly selected key is sent at once.
+     *  Unknown identifiers are ignored, and so is the whole call with Selection::AllKeys. */
     void setKeys(const std::vector<std::uint32_t>& ids);
-    /** Changes the rate (updates a second, above 0 to 1000), without a gap.
+    /** Changes the rate (updates a second, above 0 to 1000) without interrupting the stream.
      *  @throws KVError InvalidArgument */
     void setRate(double rate);
 
-    /** Ends it; returns when the listener is not being called any more, unless called from it. */
+    /** Stops. Returns when the listener is not being called, unless called from it. */
     void stop();
 
   private:

@@ -10,10 +10,10 @@
 #include <vector>
 
 /**
- * A value that travels between programs: nothing, a bool, an integer of 64 bits, a floating-point
- * number, a text (UTF-8), bytes, a list, or a map from text to value.
+ * A value exchanged between programs: nothing, a bool, a 64-bit integer, a floating-point number, a
+ * text (UTF-8), bytes, a list, or a map from text to value.
  *
- * A plain value type: copies are deep and independent. It has no lock of its own.
+ * A plain value type: copies are deep and independent. It has no lock.
  */
 class ROBAXI_EXPORT KVValue {
   public:
@@ -42,8 +42,8 @@ class ROBAXI_EXPORT KVValue {
 
     /**
      * @name Reading
-     * Each throws KVError (WrongType, naming both types) when the value holds another type, with
-     * two exceptions: toFloat() takes an Int, and toInt() takes a Float that is a whole number in
+     * Each throws KVError (WrongType, naming both types) if the value has another type, with two
+     * exceptions: toFloat() accepts an Int, and toInt() accepts a Float that is a whole number in
      * range.
      */
     ///@{
@@ -56,24 +56,24 @@ class ROBAXI_EXPORT KVValue {
     ///@}
 
     /**
-     * Makes this a value of bytes: a copy of `size` bytes from `data`.
+     * Makes this a Binary with a copy of `size` bytes from `data`.
      *
-     * @throws KVError (InvalidArgument) when `size` is negative, or `data` is null and `size` is
+     * @throws KVError (InvalidArgument) if `size` is negative, or `data` is null and `size` is
      * not 0
      */
     void SetBinary(const void* data, int size);
 
-    /** First byte of a value of bytes, valid until the value changes; null for every other type. */
+    /** Returns the first byte of a Binary, valid until the value changes; null for other types. */
     const void* GetBinary() const noexcept;
 
-    /** Number of bytes of a Binary or String, of elements of a List or Map; 0 for other types. */
+    /** Returns the bytes of a Binary or String, the elements of a List or Map; 0 for others. */
     int getSize() const noexcept;
 
-    /** Equal type and equal content; two not-a-numbers count as equal. */
+    /** Returns true if type and content are equal; NaN equals NaN. */
     bool operator==(const KVValue& other) const;
     bool operator!=(const KVValue& other) const { return !(*this == other); }
 
-    /** Name of a type as the user sees it: "nothing", "bool", "int", "float", "string", ... */
+    /** Returns the name shown to users: "nothing", "bool", "int", "float", "string", ... */
     static const char* typeName(Type type) noexcept;
 
   private:

@@ -13,9 +13,9 @@
 #include <utility>
 #include <vector>
 
-/** One key of a table of values. */
+/** Metadata of one key of a table of values. */
 struct KVKeyInfo {
-    std::uint32_t fId = 0;  ///< given by the table, never used again for another key
+    std::uint32_t fId = 0;  ///< assigned by the table, never reused for another key
     std::string fName;      ///< path with "/", for instance "Joint/HeadYaw/Position"
     std::string fUnit;      ///< for instance "rad", "°C"; may be empty
     std::string fDescription;
@@ -27,15 +27,15 @@ struct KVKeyInfo {
 struct KVChange {
     std::uint32_t fId = 0;
     KVValue fValue;
-    /** Microseconds since 1970-01-01 UTC by the robot's clock. What comes from a robot is brought
-     *  into the years 1970 to 9999. */
+    /** Microseconds since 1970-01-01 UTC by the robot's clock. Times from a robot are clamped to
+     *  the years 1970 to 9999. */
     std::int64_t fTime = 0;
 };
 
 /**
  * A table of named values that a module offers for subscription (see KVSubscription).
  *
- * It keeps the newest value of each key and no history. All operations may be called from any
+ * It holds the newest value of each key and no history. All operations may be called from any
  * thread.
  */
 class ROBAXI_EXPORT KVValueTable {
@@ -45,46 +45,46 @@ class ROBAXI_EXPORT KVValueTable {
     KVValueTable(const KVValueTable&) = delete;
     KVValueTable& operator=(const KVValueTable&) = delete;
 
-    /** What a client's write of a key does: returns normally to accept, throws to refuse. */
+    /** Handles a client's write of a key: returns to accept it, throws to refuse it. */
     using WriteHandler = std::function<void(const std::string& name, const KVValue& value)>;
 
     /**
-     * Adds a key with its first value; `info.fId` is ignored and `info.fType` is taken from the
-     * value.
+     * Adds a key with its first value; `info.fId` is ignored and `info.fType` is the value's type.
      *
      * @return the key's identifier
-     * @throws KVError InvalidArgument when the name is empty or taken
+     * @throws KVError InvalidArgument if the name is empty or taken
      */
     std::uint32_t addKey(const KVKeyInfo& info, const KVValue& value);
-    /** Nothing happens when there is no such key. */
+    /** Removes a key; does nothing if there is no such key. */
     void removeKey(std::uint32_t id);
 
     /**
-     * Sets several values at one instant. A value equal to the present one counts as no change;
-     * one of another type changes the key's type.
+     * Sets several values with one time stamp. A value equal to the current one is not a change; a
+     * value of another type changes the key's type.
      *
-     * @param values pairs of identifier and value; unknown identifiers are passed over
+     * @param values pairs of identifier and value; unknown identifiers are ignored
      * @param time microseconds since 1970-01-01 UTC, or 0 for now
      */
     void setValues(const std::vector<std::pair<std::uint32_t, KVValue>>& values,
                    std::int64_t time = 0);
-    /** The same with one value. */
+    /** Sets one value as setValues() does. */
     void setValue(std::uint32_t id, const KVValue& value, std::int64_t time = 0);
 
-    /** In the order in which they were added. */
+    /** Returns the keys in the order in which they were added. */
     std::vector<KVKeyInfo> getKeys() const;
-    /** @throws KVError InvalidArgument when there is no such key */
+    /** @throws KVError InvalidArgument if there is no such key */
     KVChange getValue(const std::string& name) const;
 
-    /** Runs on the thread that writes, several at once when several write. Without a handler every
-     *  write is refused. A write that has begun goes on with the handler that it began with. */
+    /** Sets the handler of writes. It runs on the thread that writes, concurrently for concurrent
+     *  writes. Without a handler every write is refused. A running write completes with the handler
+     *  with which it began. */
     void setWriteHandler(WriteHandler handler);
     /**
-     * Does what a client's write does: asks the handler and, when it accepts, sets the value. An
-     * Int becomes a Float where the key is one.
+     * Performs a client's write: calls the handler and, if it accepts, sets the value. An Int is
+     * converted to Float for a key of that type.
      *
-     * @throws KVError when it is refused: InvalidArgument for no such key, RaisedByModule for one
-     *         that is not writable, WrongType; or what the handler threw
+     * @throws KVError if it is refused: InvalidArgument for no such key, RaisedByModule for a key
+     *         that is not writable, WrongType; or the handler's exception
      */
     void write(const std::string& name, const KVValue& value);
 

@@ -1,7 +1,7 @@
 #ifndef ROBAXI_ROBAXI_EXPORT_H
 #define ROBAXI_ROBAXI_EXPORT_H
 
-/** Marks what librobaxi offers; everything else in the library is hidden. */
+/** Exports a symbol of librobaxi; all others are hidden. */
 #define ROBAXI_EXPORT __attribute__((visibility("default")))
 
 #endif
