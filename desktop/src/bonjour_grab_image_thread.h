@@ -14,7 +14,7 @@ namespace KD {
 class BonjourListeningThread;
 
 /**
- * Fetches the icons for which a BonjourListeningThread asks, in an event loop of its own.
+ * A thread with an event loop that downloads the icons that a BonjourListeningThread requests.
  *
  * It does not keep that thread alive.
  */
@@ -24,12 +24,12 @@ class BonjourGrabImageThread : public QThread {
   public:
     explicit BonjourGrabImageThread(
         const boost::shared_ptr<BonjourListeningThread>& listeningThread);
-    /** Ends the event loop, and with it all downloads, and waits for that. */
+    /** Stops the event loop and with it all downloads, and waits for the end. */
     ~BonjourGrabImageThread() override;
 
     /**
-     * Ready once requests no longer go unheard; it always becomes ready after start(), and may be
-     * waited for even when this object is destroyed in the meantime.
+     * Becomes ready when the requests are connected. It always becomes ready after start(), and can
+     * be waited for even if this object is destroyed in the meantime.
      */
     std::shared_future<void> connected() const;
 

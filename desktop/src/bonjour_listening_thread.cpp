@@ -41,8 +41,8 @@ QString firstIPv4Address(const QHostInfo& host) {
 boost::shared_ptr<KVBroker> BonjourListeningThread::fLightBonjourBroker;
 
 /**
- * What the discovery library's signals hold on to. They stay connected for good, so they must not
- * lead to the object itself, which may be gone when they fire again.
+ * Target of the discovery library's signals. The signals stay connected permanently, so they must
+ * not refer to the object itself, which may be destroyed when they are emitted again.
  */
 struct BonjourListeningThread::Link {
     std::mutex fMutex;
@@ -51,9 +51,9 @@ struct BonjourListeningThread::Link {
 
 boost::shared_ptr<BonjourListeningThread> BonjourListeningThread::createBonjourListeningThread() {
     // run() and the icon thread hold a strong pointer for moments. If that were the last one, a
-    // thread would destroy itself and wait for its own end. So theirs count among themselves
-    // (shared_from_this() knows only the first pointer), and the pointers given out share a second
-    // count whose end stops both threads before it lets go of the object.
+    // thread would destroy itself and wait for its own end. So they share a separate count
+    // (shared_from_this() only knows the first pointer), and the pointers given out share a second
+    // count whose end stops both threads before it releases the object.
     boost::shared_ptr<BonjourListeningThread> owner(new BonjourListeningThread);
     const auto stopAndRelease = [owner](BonjourListeningThread*) mutable {
         owner->exit(0);
@@ -88,13 +88,13 @@ void BonjourListeningThread::exit(int) {
     }
 }
 
-/** Waits up to a_exitTimeOut for run() to end. */
+/** Waits up to a_exitTimeOut until run() has returned. */
 bool BonjourListeningThread::xWaitForEnd() {
     for (unsigned long waited = 0; waited < a_exitTimeOut; waited += a_exitStep) {
         if (wait(a_exitStep)) {
             return true;
         }
-        // It may have begun to listen since, and a daemon that hangs would keep it there.
+        // run() may have started listening since, and would block there if the daemon hangs.
         KV::BonjourDiscovery::stopListening();
     }
     return false;
@@ -116,7 +116,7 @@ void BonjourListeningThread::run() {
     xStartListening();
 }
 
-/** Whether the icon thread hears requests now; if not, exit() was called before. */
+/** Returns true if the icon thread now receives requests; false if exit() was called before. */
 bool BonjourListeningThread::xStartGrabbing() {
     const boost::shared_ptr<BonjourListeningThread> self = shared_from_this();
     std::shared_future<void> connected;
@@ -129,7 +129,7 @@ bool BonjourListeningThread::xStartGrabbing() {
         fGrabImageThread->start();
         connected = fGrabImageThread->connected();
     }
-    // A request that is emitted before the icon thread is connected would be lost.
+    // A request emitted before the icon thread is connected would be lost.
     connected.wait();
     return true;
 }
@@ -171,13 +171,12 @@ void BonjourListeningThread::xStartListening() {
     }
     const std::lock_guard<std::mutex> lock(fStateMutex);
     if (fExitRequested) {
-        // exit() has stopped listening before it was started.
+        // exit() stopped listening before it was started.
         KV::BonjourDiscovery::stopListening();
     }
 }
 
-// The two handlers take what the library's signals give.
-// NOLINTNEXTLINE(performance-unnecessary-value-param)
+// The parameters of the two handlers are those of the library's signals.
 void BonjourListeningThread::onAddProfile(boost::shared_ptr<KV::BonjourProfile> profile) {
     if (!profile) {
         return;
@@ -221,7 +220,7 @@ void BonjourListeningThread::lookedUp(const QHostInfo& host) {
 void BonjourListeningThread::xLookUp(const boost::shared_ptr<KV::BonjourProfile>& profile) {
     fLookUps.start(toQString(profile->fHostName), [this, profile](const QHostInfo& host) {
         const auto deliver = [this, profile, host] {
-            // The answer for a host that has gone meanwhile is not one for its successor.
+            // The answer for a host that is gone must not be used for its successor.
             if (xAwaitsLookUp(profile)) {
                 lookedUp(host);
             }
@@ -236,7 +235,7 @@ bool BonjourListeningThread::xAwaitsLookUp(
     return fProfilesToLookUp.contains(profile);
 }
 
-/** The map lock or the only reference to the profile must be held. */
+/** Requires the map lock or the only reference to the profile. */
 void BonjourListeningThread::xAskForMissingImage(
     const boost::shared_ptr<KV::BonjourProfile>& profile) {
     if (!profile->hasBitmapBinary() &&

@@ -21,8 +21,8 @@ namespace KD {
 class BonjourGrabImageThread;
 
 /**
- * Keeps the picture of the robots on the network up to date: starts the discovery, writes the
- * address of each announced host into its profile and asks for the icon of each robot.
+ * Keeps the list of robots on the network up to date: starts the discovery, writes the address of
+ * each announced host into its profile and requests the icon of each robot.
  *
  * @code
  * auto thread = KD::BonjourListeningThread::createBonjourListeningThread();
@@ -30,65 +30,70 @@ class BonjourGrabImageThread;
  * thread->start();
  * @endcode
  *
- * The thread only starts things and ends; the discovery library's threads deliver the profiles,
- * and the answers of the look-ups come on the thread that made this object, through its event loop.
- * Discovery runs until the last pointer goes or exit() is called. There is one discovery in a
- * program, so there should be one of these at a time.
+ * The thread starts everything and ends; the discovery library's threads deliver the profiles, and
+ * lookup answers arrive in the event loop of the thread that created this object. Discovery runs
+ * until the last pointer is released or exit() is called. A program has one discovery, so there
+ * should be only one such object at a time.
  */
 class BonjourListeningThread : public QThread,
                                public boost::enable_shared_from_this<BonjourListeningThread> {
     Q_OBJECT
 
   public:
-    /** The one way to make it. Releasing the last pointer stops everything and waits for that. */
+    /**
+     * Creates the object; the only way to do so. Releasing the last pointer stops everything and
+     * waits for the end.
+     */
     static boost::shared_ptr<BonjourListeningThread> createBonjourListeningThread();
 
-    /** Stops discovery, the icon thread and this thread; lookups under way are abandoned. */
+    /** Stops discovery, the icon thread and this thread; running lookups are abandoned. */
     ~BonjourListeningThread() override;
 
     /**
-     * Stops discovery and the icon thread, then waits up to three seconds for this thread. It may
-     * come at any time, also before the thread has begun to run. The argument has no meaning.
-     * Not to be called from a handler of the discovery library's signals.
+     * Stops discovery and the icon thread, then waits up to three seconds for this thread. May be
+     * called at any time, even before the thread has started to run. The argument is ignored. Must
+     * not be called from a handler of the discovery library's signals.
      */
     void exit(int);
 
     /**
-     * The broker "LightBonjourBroker", through which proxies to robots are made; it is made on the
-     * first call and lives until the program ends. For the GUI thread.
+     * Returns the broker "LightBonjourBroker", through which proxies to robots are created. It is
+     * created on the first call and lives until the program ends. GUI thread only.
      *
-     * @throws KVError when it cannot be made
+     * @throws KVError if it cannot be created
      */
     static boost::shared_ptr<KVBroker> getLightBonjourBroker();
 
     /**
-     * A host appeared or changed: asks for its icon, or looks its address up first. Called on a
+     * Handles a new or changed host: requests its icon, or looks up its address first. Called on a
      * thread of the discovery library, which holds the map lock.
      */
     void onAddProfile(boost::shared_ptr<KV::BonjourProfile> profile);
 
-    /** A host is gone: its look-up, if there is one, is forgotten. Called like onAddProfile(). */
+    /**
+     * Handles the removal of a host: drops its lookup, if there is one. Called like onAddProfile().
+     */
     void onRemoveProfile(boost::shared_ptr<KV::BonjourProfile> profile);
 
   Q_SIGNALS:
-    /** Discovery could not be started; emitted on this thread with a text for the user. */
+    /** Emitted on this thread when discovery could not be started, with a text for the user. */
     void exceptionCaught(QString);
 
     /**
-     * A robot that runs the middleware has an address and no icon yet. Emitted while the map lock
-     * is held, on a thread of the discovery library or on the one that made this object: connect
-     * it queued.
+     * Emitted when a robot that runs the middleware has an address and no icon yet. The map lock is
+     * held, on a thread of the discovery library or on the one that created this object: connect it
+     * queued.
      */
     void askForImage(QString IP, boost::shared_ptr<KV::BonjourProfile> profile);
 
   public Q_SLOTS:
-    /** Gives the first address of `host` that is not IPv6 to all waiting profiles of its name. */
+    /** Assigns the first address of `host` that is not IPv6 to all waiting profiles of its name. */
     void lookedUp(const QHostInfo& host);
 
   protected:
     BonjourListeningThread();
 
-    /** @throws boost::bad_weak_ptr when no shared pointer owns this */
+    /** @throws boost::bad_weak_ptr if no shared pointer owns this object */
     void run() override;
 
   private:
@@ -110,10 +115,10 @@ class BonjourListeningThread : public QThread,
     QList<boost::shared_ptr<KV::BonjourProfile>> fProfilesToLookUp;
     boost::shared_ptr<KVMutex> fProfilesMutex;  // guards fProfilesToLookUp; after the map lock
     BonjourGrabImageThread* fGrabImageThread = nullptr;
-    std::mutex fStateMutex;       // guards fGrabImageThread and the next one
-    bool fExitRequested = false;  // of a run() that has not ended yet
+    std::mutex fStateMutex;       // guards fGrabImageThread and fExitRequested
+    bool fExitRequested = false;  // for a run() that has not ended yet
     boost::shared_ptr<Link> fLink;
-    HostLookUps fLookUps;  // destroyed first: its answers come to this object
+    HostLookUps fLookUps;  // destroyed first: it calls this object
 
     static boost::shared_ptr<KVBroker> fLightBonjourBroker;
 };

@@ -97,8 +97,8 @@ BrowseRobotsDialog::BrowseRobotsDialog(QWidget* parent, const QString& imageFold
     usePortCheck->setToolTip(tr("If you do not want to use the port returned by Bonjour"));
     fUseIPCheck = new QCheckBox(tr("Use fixed IP/hostname"));
     fIPEdit = new QLineEdit;
-    // The text meant for the address box ends up on the port box, where users have learnt to find
-    // it; the address box has none.
+    // The tool tip of the address box is on the port box, where users expect it; the address box
+    // has none.
     usePortCheck->setToolTip(
         tr("If you want to connect to a robot that does not appear in the list"));
 
@@ -111,8 +111,8 @@ BrowseRobotsDialog::BrowseRobotsDialog(QWidget* parent, const QString& imageFold
     connect(this, SIGNAL(changePortState(bool)), usePortCheck, SLOT(setChecked(bool)));
     connect(this, SIGNAL(useFixedIP(bool)), usePortCheck, SLOT(setDisabled(bool)));
 
-    // Restored after the connections: a remembered fixed address thereby checks and disables the
-    // port box as a click would.
+    // Restored after the connections are made, so that a saved fixed address checks and disables
+    // the port box as a click would.
     const QSettings settings;
     Q_EMIT setFixedIP(settings.value(a_defaultIPKey, QStringLiteral("127.0.0.1")).toString());
     Q_EMIT setFixedPort(QString::number(
@@ -184,7 +184,7 @@ QString BrowseRobotsDialog::lookupName(const QString& host) {
 
 void BrowseRobotsDialog::onOk() {
     QSettings settings;
-    // Both "use" flags are remembered even when a later check fails: they are what the user set up.
+    // Both "use" flags are saved even if a later check fails: they are the user's settings.
     settings.setValue(a_defaultUseIPKey, fIPEdit->isEnabled());
     if (fIPEdit->isEnabled()) {
         fIP = fIPEdit->text();
@@ -215,7 +215,7 @@ void BrowseRobotsDialog::onOk() {
 }
 
 void BrowseRobotsDialog::onItemDoubleClicked(QTreeWidgetItem* /*item*/, int /*column*/) {
-    // The first click of the two has selected the row and thereby set the port.
+    // The first click of a double click has selected the row and set the port.
     if (fPort == 0) {
         xShowNoRobaxi();
         return;

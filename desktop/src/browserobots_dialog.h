@@ -25,12 +25,13 @@ namespace KD {
 
 /**
  * The modal dialog in which the user chooses the robot, or the computer, to connect to: from the
- * list of those that discovery has found, or by a fixed address and port.
+ * list of discovered ones, or by a fixed address and port.
  *
- * Built, shown with exec(), asked with getIPandPort() after acceptance, and destroyed by the
- * caller. While it lives, a timer brings the list in line with the discovery map once a second.
+ * The caller creates it, runs exec(), calls getIPandPort() if it was accepted, and destroys it.
+ * While it exists, a timer updates the list from the discovery map once a second.
  *
- * GUI thread only. The operations that resolve a host name or call a robot block it, as each says.
+ * GUI thread only. Operations that resolve a host name or call a robot block it, as documented
+ * below.
  *
  * The source is in three files: the choice of a connection in browserobots_dialog.cpp, the list of
  * robots in browserobots_dialog_list.cpp, the actions on a robot in
@@ -41,7 +42,7 @@ class BrowseRobotsDialog : public QDialog {
 
   public:
     static constexpr int a_favouriteColumn = 0;  ///< star, toggled by a click
-    static constexpr int a_typeColumn = 1;       ///< icon: what the entry is
+    static constexpr int a_typeColumn = 1;       ///< icon for the kind of the entry
     static constexpr int a_nameColumn = 2;       ///< host name as announced
     static constexpr int a_portColumn = 3;       ///< middleware port, decimal, or empty
     static constexpr int a_IPColumn = 4;         ///< IPv4 address, or empty until resolved
@@ -58,39 +59,39 @@ class BrowseRobotsDialog : public QDialog {
 
     /**
      * @param parent the window over which the dialog is modal
-     * @param imageFolder put before the relative path of every icon, as it stands
-     * @param clipboardText what "Send clipboard" sends; the action is not offered when it is empty
+     * @param imageFolder prefix of the relative path of every icon, used as it is
+     * @param clipboardText text for "Send clipboard"; the action is not offered if it is empty
      */
     BrowseRobotsDialog(QWidget* parent, const QString& imageFolder, const QString& clipboardText);
     ~BrowseRobotsDialog() override;
 
     /**
-     * The chosen address (or host name) and port.
+     * Returns the chosen address (or host name) and port.
      *
-     * @return false, leaving both untouched, when nothing that can be connected to is chosen
+     * @return false, with both arguments unchanged, if the selection cannot be connected to
      */
     bool getIPandPort(QString& ip, int& port);
 
-    /** The chosen robot's short name, or its address when it has none. */
+    /** Returns the chosen robot's short name, or its address if it has none. */
     QString getName() const;
 
     /**
-     * Resolves a host name. Blocks, under a busy cursor, until the system's resolver has answered,
-     * for five seconds at most.
+     * Resolves a host name. Blocks with a busy cursor until the system's resolver has answered, for
+     * five seconds at most.
      *
-     * @return the first IPv4 address, or the empty string when there is none or no answer
+     * @return the first IPv4 address, or an empty string if there is none or no answer
      */
     QString lookupName(const QString& host);
 
     /**
-     * The row of one middleware.
+     * Returns the row of one middleware.
      *
      * @param port the middleware's port, or -1 for the row of a host without middleware
-     * @return null when there is no such row
+     * @return null if there is no such row
      */
     QTreeWidgetItem* hasRobaxi(const QString& hostName, int port);
 
-    /** Shows on a row whether its host is a favourite; null is passed over. */
+    /** Updates the favourite icon of a row; null is ignored. */
     void updateFavouriteIcon(QTreeWidgetItem* item, bool favourite);
 
   Q_SIGNALS:
@@ -102,15 +103,18 @@ class BrowseRobotsDialog : public QDialog {
 
   public Q_SLOTS:
     /**
-     * Resolves the selected row's host name again, blocking, and takes the new address over.
+     * Resolves the selected row's host name again, blocking, and uses the new address.
      *
-     * @return whether there is a new address: exactly one row is selected, its name resolves, and
-     *         not to the address already chosen
+     * @return true if there is a new address: exactly one row is selected, its name resolves, and
+     *         the address differs from the chosen one
      */
     bool refreshIP();
-    /** Checks and remembers the choice, and accepts; otherwise says what is missing and stays. */
+    /**
+     * Checks and saves the choice and accepts the dialog; otherwise reports the problem and stays
+     * open.
+     */
     void onOk();
-    /** One pass that brings the list in line with the discovery map. */
+    /** Updates the list from the discovery map once. */
     void updateRobotList();
     void onItemClicked(QTreeWidgetItem* item, int column);
     void onItemDoubleClicked(QTreeWidgetItem* item, int column);
@@ -127,7 +131,7 @@ class BrowseRobotsDialog : public QDialog {
   private:
     using EntryKey = QPair<QString, int>;  // host name and port, -1 without middleware
 
-    /** What a row is; kept as a number in a_InfoColumn. */
+    /** Kind of a row; stored as a number in a_InfoColumn. */
     enum RowKind { ComputerKind = 0, NoMiddlewareKind = 1, RobotKind = 2 };
 
     void xShowError(const QString& text);
@@ -159,9 +163,9 @@ class BrowseRobotsDialog : public QDialog {
     QLineEdit* fPortEdit;
     QLineEdit* fIPEdit;
     QCheckBox* fUseIPCheck;
-    QHash<EntryKey, QTreeWidgetItem*> fRows;  // the rows of the tree, which never change their key
-    // A slot further up the stack may still hold a row that a refresh takes out of the tree, so
-    // such rows live as long as the dialog.
+    QHash<EntryKey, QTreeWidgetItem*> fRows;  // all rows of the tree; keys never change
+    // A caller up the stack may still use a row that an update removes from the tree, so such rows
+    // live as long as the dialog.
     std::vector<std::unique_ptr<QTreeWidgetItem>> fDetachedRows;
 };
 

@@ -1,4 +1,5 @@
-// The actions of the context menu: web page, LED test, address refresh, text to a behaviour editor.
+// The actions of the context menu: web page, LED test, address refresh, text for a behaviour
+// editor.
 
 #include "bonjour_listening_thread.h"
 #include "browserobots_dialog.h"
@@ -21,8 +22,9 @@ namespace KD {
 namespace {
 
 /**
- * The address of a robot's web page. The host name comes from the network: set as the host it can
- * only be a host, where a text put together could name a user, a port or a path. Invalid otherwise.
+ * Returns the address of a robot's web page; invalid if the host name is. The host name comes from
+ * the network: setting it as the host prevents it from adding a user, a port or a path, which a
+ * concatenated text could.
  */
 QUrl webPage(const QString& hostName) {
     QUrl url;
@@ -104,8 +106,8 @@ bool BrowseRobotsDialog::refreshIP() {
     if (newIP.isEmpty() || newIP == fIP) {
         return false;
     }
-    // The read lock is enough: every other writer of an address runs on this thread too, and the
-    // library's own threads change the map under the write lock, which this keeps out.
+    // The read lock is sufficient: all other code that writes addresses runs on this thread, and
+    // the library's threads change the map under the write lock.
     const KVCriticalSectionRead mapLock(KV::BonjourDiscovery::fRobaxsMapMutex);
     for (const auto& entry : KV::BonjourDiscovery::getMap()) {
         KV::BonjourProfile& profile = *entry.second;

@@ -1,4 +1,4 @@
-// The list of robots: brought in line with the discovery map once a second, and the favourites.
+// The list of robots, updated from the discovery map once a second, and the favourites.
 
 #include "browserobots_dialog.h"
 #include "robot_picture.h"
@@ -97,8 +97,8 @@ void BrowseRobotsDialog::xRefreshProfile(const KV::BonjourProfile& profile,
         }
         hasMiddleware = true;
         seenEntries.append(EntryKey(hostName, service.fPort));
-        // Set again on every pass: the icon may have been downloaded since the last one, and the
-        // host may have become a robot.
+        // Set on every update: the icon may have been downloaded since the last one, and the host
+        // may have become a robot.
         xShowMiddleware(xRefreshRow(hostName, service.fPort, ip, favouriteNames), profile);
     }
     if (!hasMiddleware) {
@@ -182,8 +182,8 @@ void BrowseRobotsDialog::xPlaceRow(QTreeWidgetItem* row, const QStringList& favo
 }
 
 void BrowseRobotsDialog::xRemoveVanishedRows(const QList<EntryKey>& seenEntries) {
-    // The row that slides into the place of a removed one is looked at in the next pass only, so
-    // that neighbours that vanish together leave one after the other.
+    // The row that follows a removed one is checked in the next update only, so that neighbours
+    // that disappear together are removed one after the other.
     for (int index = 0; index < fRobotTree->topLevelItemCount(); ++index) {
         if (!seenEntries.contains(xKeyOf(*fRobotTree->topLevelItem(index)))) {
             xDetachRow(index);
@@ -197,7 +197,7 @@ void BrowseRobotsDialog::xFitColumns() {
     }
 }
 
-/** Returns the size that shows all of some usual rows, as far as the screen has room for it. */
+/** Returns the size that shows some typical rows completely, limited by the screen. */
 QSize BrowseRobotsDialog::xInitialSize() {
     constexpr int rowCount = 6;
     QSize listSize;
@@ -223,8 +223,8 @@ QSize BrowseRobotsDialog::xInitialSize() {
 }
 
 void BrowseRobotsDialog::xDetachRow(int index) {
-    // A tree moves the current row to a neighbour when it is removed, and selects that one, so that
-    // "Connect to" would reach another robot than the one chosen.
+    // When its current row is removed, a tree makes a neighbour the current row and selects it, and
+    // "Connect to" would reach another robot than the chosen one.
     const QTreeWidgetItem* const row = fRobotTree->topLevelItem(index);
     if (row->isSelected()) {
         fRobotTree->selectionModel()->clear();

@@ -8,16 +8,16 @@ class QCloseEvent;
 namespace KD {
 
 /**
- * The one way in which a failure is reported to the user: a modal warning with an OK button.
+ * The dialog that reports a failure to the user: a modal warning with an OK button.
  *
- * Built on the caller's stack, displayed once and let go:
+ * Created on the stack and displayed once:
  *
  *     KD::ErrorDialog dialog(tr("Error"), tr("No robot."), this, QMessageBox::NoButton);
  *     dialog.displayDialog();
  *
- * The arrow cursor is forced for as long as the object lives, so that the box can be used in the
- * middle of work that shows the busy cursor. Dialogs and WaitCursors share one stack of cursors
- * and have to go in the reverse order in which they came, as objects on the stack do.
+ * The arrow cursor is set while the object exists, so that the box can be used during work that
+ * shows the busy cursor. Dialogs and WaitCursors share one stack of cursors and must be destroyed
+ * in reverse order, as objects on the stack are.
  *
  * GUI thread only. Another thread reports through a queued signal to an object of the GUI thread.
  */
@@ -32,29 +32,29 @@ class ErrorDialog : public QMessageBox {
     ErrorDialog(const QString& title, const QString& text, QWidget* parent,
                 QMessageBox::StandardButton button);
 
-    /** The same with a detailed text, which the user can unfold. */
+    /** Creates a dialog with a detailed text that the user can unfold. */
     ErrorDialog(const QString& title, const QString& text, const QString& detailedText,
                 QWidget* parent, QMessageBox::StandardButton button);
 
     ~ErrorDialog() override;
 
     /**
-     * Shows the box and waits until the user has answered it.
+     * Shows the box and waits for the user's answer.
      *
-     * With the setting "Preferences/remoteControl" true nothing is shown and every box counts as
-     * acknowledged, so that a program at the other end of a remote control is never blocked.
+     * If the setting "Preferences/remoteControl" is true, nothing is shown and the box counts as
+     * acknowledged, so that a remotely controlled program never blocks.
      *
-     * @return the QMessageBox::StandardButton that closed the box. Which one stands for the
-     *         window's own close button is the toolkit's affair: do not depend on it.
+     * @return the QMessageBox::StandardButton that closed the box. The value for the window's close
+     *         button depends on Qt: do not rely on it.
      */
     int displayDialog();
 
   protected:
-    /** Lets the window's close button work even on a box without an escape button. */
+    /** Enables the window's close button even on a box without an escape button. */
     void closeEvent(QCloseEvent* event) override;
 };
 
-/** Tells the user something that is no failure. Everything else is as with ErrorDialog. */
+/** A dialog for information that is not a failure; otherwise like ErrorDialog. */
 class InformationDialog : public ErrorDialog {
   public:
     InformationDialog(const QString& title, const QString& text, QWidget* parent);

@@ -30,7 +30,7 @@ struct HostLookUps::State {
         AnswerHandler fHandler;
     };
 
-    std::mutex fMutex;  // guards all below, and is held while a handler is called
+    std::mutex fMutex;  // guards all members below; held while a handler is called
     std::condition_variable fChanged;
     std::deque<LookUp> fWaiting;
     std::size_t fThreads = 0;

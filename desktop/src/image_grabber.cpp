@@ -10,7 +10,8 @@ namespace KD {
 
 namespace {
 
-// Robots serve their icon under the path with the doubled slash that this makes.
+// Together these have a doubled slash, which is part of the path under which robots serve their
+// icon.
 const char* const a_addressTemplate = "http://%1/%2";
 const char* const a_iconPath = "/media/buddy.icon";
 
@@ -24,7 +25,7 @@ void storeImage(HttpDownloadObject* download,
             profile->setBitmapBinary(value);
         }
     } catch (const std::exception&) {
-        // The robot is shown without an icon; nobody waits for word of it.
+        // The robot is shown without an icon; errors are not reported.
     }
 }
 

@@ -16,17 +16,20 @@ class HttpDownloadObject;
 /**
  * Downloads the icons of robots into their profiles.
  *
- * Works from the event loop of the thread that made it. A download that fails is not tried again
- * before the next request.
+ * It runs in the event loop of the thread that created it. A failed download is repeated only by
+ * the next request.
  */
 class ImageGrabber : public QObject {
     Q_OBJECT
 
   public Q_SLOTS:
-    /** Starts the download of the icon of the robot at `IP`; without an address it does nothing. */
+    /** Starts the download of the icon of the robot at `IP`; does nothing without an address. */
     void onAskForImage(const QString& IP, const boost::shared_ptr<KV::BonjourProfile>& profile);
 
-    /** Stores what the sending download has brought, if anything, and disposes of the download. */
+    /**
+     * Stores the result of the download that sent the signal, if there is one, and deletes the
+     * download.
+     */
     void onDownloadFinished(bool success);
 
   private:

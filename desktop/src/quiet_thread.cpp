@@ -15,7 +15,7 @@ std::atomic<QtMessageHandler> previousHandler{nullptr};
 
 QuietThread::QuietThread() : fLock(xMutex()) {
     isQuiet = true;
-    // Another thread may report something as soon as the handler is installed.
+    // Another thread may report a message as soon as the handler is installed.
     previousHandler = qInstallMessageHandler(nullptr);
     qInstallMessageHandler(&QuietThread::xHandle);
 }

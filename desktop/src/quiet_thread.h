@@ -8,10 +8,10 @@
 namespace KD {
 
 /**
- * Drops what Qt would report on this thread while the object lives; other threads' messages pass.
+ * Suppresses Qt's messages on this thread while the object exists; other threads are not affected.
  *
- * Qt's decoders report damaged bytes in the default category, which cannot be switched off alone.
- * One thread at a time; another one waits in the constructor.
+ * Qt's decoders report damaged bytes in the default category, which cannot be disabled separately.
+ * Only one thread at a time; another one waits in the constructor.
  */
 class QuietThread {
   public:

@@ -17,8 +17,8 @@ namespace KD {
 
 namespace {
 
-// What else Qt reads depends on the plugins that are installed; drawings (SVG) among them name
-// files of this computer that are then read, and have no bound on the time that drawing them takes.
+// The other formats depend on the installed plugins. Among them, SVG drawings can refer to files of
+// this computer, which are then read, and take an unbounded time to draw.
 constexpr std::array a_formats{"bmp", "gif", "ico", "jpeg", "pbm",
                                "pgm", "png", "ppm", "xbm",  "xpm"};
 
@@ -36,7 +36,7 @@ bool isSmall(const QSize& size) {
            size.height() <= a_largestRobotPicture;
 }
 
-/** The picture in an icon file that is decoded: the first one. */
+/** Returns the picture of an icon file that is decoded: the first one. */
 QByteArray scanIcon(const QByteArray& bytes) {
     constexpr int sizeOfHead = 6;
     constexpr int sizeOfEntry = 16;
@@ -55,7 +55,7 @@ QByteArray scanIcon(const QByteArray& bytes) {
     if (picture.startsWith(a_pngSignature)) {
         return scanPng(picture);
     }
-    // A side of 0 in the entry stands for the bitmap's, whose height is that of picture and mask.
+    // A side of 0 in the entry means that of the bitmap, whose height includes picture and mask.
     const QSize inside(qFromLittleEndian<qint32>(picture.constData() + 4),
                        qFromLittleEndian<qint32>(picture.constData() + 8) / 2);
     return isSmall(QSize(entry[0] == 0 ? inside.width() : 1, entry[1] == 0 ? inside.height() : 1))
@@ -63,7 +63,7 @@ QByteArray scanIcon(const QByteArray& bytes) {
                : QByteArray();
 }
 
-/** A table of colours takes more time than the pixels: XPM names each of them. */
+/** Bounds the table of colours, which takes more time than the pixels: XPM names each of them. */
 QByteArray scanXpm(const QByteArray& bytes) {
     constexpr int mostColours = 512;
     int width = 0;
@@ -76,7 +76,7 @@ QByteArray scanXpm(const QByteArray& bytes) {
     return isComplete && colours <= mostColours && characters <= 2 ? bytes : QByteArray();
 }
 
-/** Returns what of the bytes can be decoded in a bounded time, or nothing. */
+/** Returns bytes that can be decoded in a bounded time, or nothing. */
 QByteArray scanned(const QByteArray& bytes) {
     if (bytes.size() > a_mostBytes) {
         return {};
@@ -111,7 +111,7 @@ QImage readRobotPicture(const QByteArray& bytes) {
     QBuffer buffer(&picture);
     QImageReader reader(&buffer);
     reader.setDecideFormatFromContent(true);
-    // Asking a drawing for its size would read it whole.
+    // For a drawing, size() would read the whole file.
     if (picture.isEmpty() || !isKnown(reader.format()) || !isSmall(reader.size())) {
         return {};
     }

@@ -4,9 +4,9 @@
 namespace KD {
 
 /**
- * Shows the busy cursor for as long as it lives.
+ * Shows the busy cursor while it exists.
  *
- * Its whole state is the entry it pushes on the application's stack of override cursors. GUI
+ * Its only state is the entry that it pushes on the application's stack of override cursors. GUI
  * thread only.
  */
 class WaitCursor {
@@ -18,9 +18,9 @@ class WaitCursor {
     WaitCursor& operator=(const WaitCursor&) = delete;
 
     /**
-     * Gives the previous cursor back before the scope ends.
+     * Restores the previous cursor before the scope ends.
      *
-     * The destructor pops an entry all the same, so two entries go in all: a caller that needs
+     * The destructor still pops an entry, so two entries are popped in total: a caller that needs
      * an outer busy cursor to stay pushes one more. (Popping an empty stack does nothing.)
      */
     void restoreCursor();

@@ -7,13 +7,13 @@
 namespace obvista {
 
 /**
- * The argument vector that is handed to QApplication, and then to our own parser.
+ * The argument vector for QApplication and then for our parser.
  *
- * Qt takes "--plugin NAME" for itself (its option for generic input plugins) and would keep it
- * from our parser. So each "--plugin" goes by another text until showPlugin() is called.
+ * Qt handles "--plugin NAME" as its option for generic input plugins and would hide it from our
+ * parser. So each "--plugin" is replaced by another text until showPlugin() is called.
  *
- * QApplication keeps references to the count and the vector and removes what it recognises from
- * both: this object has to outlive it.
+ * QApplication keeps references to the count and the vector and removes the arguments that it
+ * handles from both: this object has to outlive it.
  */
 class ApplicationArguments {
   public:
@@ -25,7 +25,7 @@ class ApplicationArguments {
     int& count() { return fCount; }
     char** values() { return fValues.data(); }
 
-    /** Gives each "--plugin" its text back, once QApplication has taken what is Qt's. */
+    /** Restores each "--plugin", after QApplication has removed Qt's arguments. */
     void showPlugin();
 
   private:

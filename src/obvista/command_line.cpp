@@ -8,7 +8,7 @@ namespace po = boost::program_options;
 
 CommandLine::CommandLine() : fDescription("Allowed options") {
     // "plugin" and "port" share the short name on purpose: it is part of the published option
-    // table, and -p is refused as ambiguous. The texts, too, are kept to the letter.
+    // table, and -p is rejected as ambiguous. The texts are also fixed.
     fDescription.add_options()("help,h", "Produces help message")("version", "Outputs version")(
         "plugin,p", po::value<std::string>(&fPluginName)->default_value(std::string()),
         "Starts Obvista and automatically load a plugin.")(

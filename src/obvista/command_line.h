@@ -8,10 +8,10 @@
 namespace obvista {
 
 /**
- * The options of the command line and the values they are bound to.
+ * The options of the command line and the variables to which they are bound.
  *
- * The values are set when a variables map parsed with description() is notified. description()
- * refers to them, so the object stays where it is.
+ * The variables are set when a variables map parsed with description() is notified. description()
+ * refers to them, so the object must not be moved.
  */
 class CommandLine {
   public:
@@ -22,12 +22,12 @@ class CommandLine {
 
     const boost::program_options::options_description& description() const { return fDescription; }
 
-    /** Plugin to load at start, empty for none. */
+    /** Plugin to load at start; empty for none. */
     const std::string& pluginName() const { return fPluginName; }
     /** Robot to which that plugin connects. */
     const std::string& ip() const { return fIP; }
     int port() const { return fPort; }
-    /** Passed to the plugin as it stands: what it means is the plugin's affair. */
+    /** Passed unchanged to the plugin, which defines its meaning. */
     int brokerPort() const { return fBrokerPort; }
 
   private:

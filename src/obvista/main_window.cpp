@@ -26,12 +26,12 @@ const QString MainWindow::fMediaFolder = QStringLiteral("/../share/obvista/");
 namespace {
 
 /**
- * The plugin object of a library, made on first use and again after it was deleted; null when the
- * file is no library, no plugin or a plugin of another kind.
+ * Returns the plugin object of a library; it is created on first use and again after it was
+ * deleted. Null if the file is not a library, not a plugin or a plugin of another kind.
  */
 WidgetInterface* rootInterface(QPluginLoader& loader) {
-    // Qt binds functions when they are first called. A library with a missing one would load and
-    // end the process later, so everything is resolved while it can still be refused.
+    // Qt resolves functions when they are first called. A library with a missing one would load and
+    // terminate the process later, so all are resolved while it can still be refused.
     loader.setLoadHints(loader.loadHints() | QLibrary::ResolveAllSymbolsHint);
     return qobject_cast<WidgetInterface*>(loader.instance());
 }
@@ -39,13 +39,13 @@ WidgetInterface* rootInterface(QPluginLoader& loader) {
 }  // namespace
 
 MainWindow::MainWindow() {
-    // So that a plugin may emit disconnected() on another thread.
+    // Allows a plugin to emit disconnected() on another thread.
     qRegisterMetaType<WidgetInterface*>("WidgetInterface*");
     setWindowTitle(QLatin1String(obvista::a_applicationName));
 }
 
 MainWindow::~MainWindow() {
-    // The widgets may still speak up while they and their plugins go.
+    // The widgets may emit signals while they and their plugins are destroyed.
     const auto docks = findChildren<QClosableDockWidget*>();
     for (const QClosableDockWidget* dock : docks) {
         if (const QWidget* widget = dock->widget()) {
@@ -126,8 +126,8 @@ std::unique_ptr<RobotChoice> MainWindow::xCreateRobotChoice() {
 
 void MainWindow::xLoadOnRobot(const QString& pluginName, QPluginLoader& loader,
                               RobotChoice& choice) {
-    // Asked for again: while the dialog was open, a docked widget of the same plugin may have lost
-    // its robot, and the plugin object with it. The loader then makes a new one.
+    // Requested again: while the dialog was open, a docked widget of the same plugin may have lost
+    // its robot, and the plugin object with it. The loader then creates a new one.
     WidgetInterface* plugin = xPluginObject(pluginName, loader);
     if (plugin == nullptr) {
         return;
@@ -155,8 +155,8 @@ void MainWindow::xLoadOnRobot(const QString& pluginName, QPluginLoader& loader,
         return;
     }
     QClosableDockWidget* dock = xCreateDock(pluginName, widget);
-    // Lifts the size that was fixed when the last plugin was closed: Qt takes its largest size
-    // as no limit at all.
+    // Removes the fixed size set when the last plugin was closed: Qt treats its maximum size as no
+    // limit.
     setFixedSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
     xAddDock(dock, plugin);
 }
@@ -262,8 +262,8 @@ void MainWindow::xOnDisconnected(WidgetInterface* plugin) {
         dialog.displayDialog();
         std::exit(EXIT_SUCCESS);
     }
-    // The dialog runs an event loop in which the same plugin may report again, another may be
-    // lost or the user may close docks. Only the dock's identity outlives that.
+    // The dialog runs an event loop in which the same plugin may report again, another may be lost
+    // or the user may close docks. Only the dock's identity remains valid.
     const QPointer<QClosableDockWidget> dock = docked->first;
     KD::ErrorDialog dialog(
         title, tr("Obvista will close this plugin now. You have to restart it and connect again."),
@@ -280,8 +280,8 @@ void MainWindow::xOnClosePlugin(QClosableDockWidget* pluginWidget) {
     if (index < 0) {
         return;
     }
-    // Taken out before it is deleted: a plugin that reports a lost connection while it goes must
-    // not be found, and deleted, again.
+    // Removed from the list before it is deleted: if the plugin reports a lost connection in its
+    // destructor, it must not be found, and deleted, again.
     delete fPlugins.takeAt(index).second;
     if (fPlugins.isEmpty()) {
         Q_EMIT backgroundInvisible(false);

@@ -5,10 +5,10 @@
 #include <string>
 
 /**
- * What became of a call into a plugin.
+ * Result of a call into a plugin.
  *
- * Plugins are other people's code: whatever they throw ends here and becomes a value, so that no
- * exception travels through Qt's event loop and ends the program.
+ * Plugins are third-party code: every exception is caught here and becomes a value, so that none
+ * propagates through Qt's event loop and terminates the program.
  */
 struct PluginCall {
     enum class Outcome {
@@ -18,7 +18,7 @@ struct PluginCall {
     };
 
     Outcome fOutcome = Outcome::Returned;
-    std::string fError;  ///< the exception's own text, empty when the call returned
+    std::string fError;  ///< the exception's text; empty if the call returned
 };
 
 PluginCall callPlugin(const std::function<void()>& call);

@@ -10,7 +10,7 @@
 
 #include <boost/shared_ptr.hpp>
 
-/** One zone of the launcher picture that loads a plugin when it is clicked. */
+/** A zone of the launcher picture that loads a plugin when clicked. */
 class Plugin {
   public:
     Plugin(const QRect& zone, const QString& background, const QString& pluginName);
@@ -24,20 +24,19 @@ class Plugin {
 /**
  * The launcher: a picture with zones that load plugins, shown while no plugin is docked.
  *
- * The picture follows the mouse: over a zone it is the one in which that zone is highlighted. A
- * picture that cannot be read leaves the label empty without a message; the zones work all the
- * same. GUI thread only.
+ * The picture depends on the mouse: over a zone, the zone is highlighted. If a picture cannot be
+ * read, the label is empty without a message; the zones still work. GUI thread only.
  */
 class PluginLoader : public QLabel {
     Q_OBJECT
   public:
-    /** @param mediaFolder with a separator at its end: file names are appended as they are */
+    /** @param mediaFolder with a trailing separator: file names are appended to it */
     PluginLoader(const QString& mediaFolder, QWidget* parent);
 
-    /** Size of the launcher picture; 0 by 0 when there is none. */
+    /** Returns the size of the launcher picture; 0 by 0 if there is none. */
     QSize pictureSize() const { return fPictureSize; }
 
-    /** Shows another picture of the media folder, unless it is the one that was last asked for. */
+    /** Shows another picture of the media folder, unless it was the last one requested. */
     void xSetBackground(const QString& fileName);
 
     static const QString fBackground;
@@ -45,9 +44,9 @@ class PluginLoader : public QLabel {
     static const QString fBackgroundVision;
 
   Q_SIGNALS:
-    /** A picture has been read; the label shows it. */
+    /** Emitted when a picture has been read; the label shows it. */
     void bitmapChanged(const QPixmap& pixmap);
-    /** A zone has been clicked, with any button. */
+    /** Emitted when a zone was clicked, with any button. */
     void loadPlugin(const QString& pluginName);
 
   protected:

@@ -5,7 +5,7 @@
 
 class QCloseEvent;
 
-/** A dock that tells its owner that it is about to be closed. */
+/** A dock that notifies its owner before it is closed. */
 class QClosableDockWidget : public QDockWidget {
     Q_OBJECT
   public:
@@ -13,9 +13,9 @@ class QClosableDockWidget : public QDockWidget {
 
   Q_SIGNALS:
     /**
-     * Emitted once for each close, before the dock hides: a notice, not a question. The dock and
-     * the widget inside it still exist; a receiver must not delete the dock there and then (use
-     * deleteLater()), since its close event goes on afterwards.
+     * Emitted once for each close, before the dock hides: a notification, not a question. The dock
+     * and its widget still exist. A receiver must not delete the dock directly (use deleteLater()),
+     * since its close event continues afterwards.
      */
     void askToBeClosed(QClosableDockWidget* dock);
 

@@ -4,10 +4,10 @@
 #include "browserobots_dialog.h"
 #include "robot_choice.h"
 
-/** The robot browser as the main window asks for a robot. GUI thread only. */
+/** The robot browser as the main window's dialog for choosing a robot. GUI thread only. */
 class RobotBrowser : public RobotChoice {
   public:
-    /** @param mediaFolder with a separator at its end */
+    /** @param mediaFolder with a trailing separator */
     RobotBrowser(QWidget* parent, const QString& mediaFolder)
         : fDialog(parent, mediaFolder, QLatin1String("")) {}
 

@@ -3,7 +3,7 @@
 
 #include <QString>
 
-/** What the main window needs of the dialog in which the user chooses a robot. GUI thread only. */
+/** Interface of the dialog in which the user chooses a robot. GUI thread only. */
 class RobotChoice {
   public:
     RobotChoice() = default;
@@ -12,13 +12,13 @@ class RobotChoice {
     RobotChoice(const RobotChoice&) = delete;
     RobotChoice& operator=(const RobotChoice&) = delete;
 
-    /** Lets the user choose, in an event loop of its own. 0 when the user cancelled. */
+    /** Runs the dialog in a nested event loop. Returns 0 if the user cancelled. */
     virtual int exec() = 0;
 
-    /** The choice. False, with both arguments untouched, when there is none. */
+    /** Returns the choice. False, with both arguments unchanged, if there is none. */
     virtual bool getIPandPort(QString& ip, int& port) = 0;
 
-    /** Looks the chosen robot's address up again. False when that is not possible. */
+    /** Looks up the chosen robot's address again. Returns false if that is not possible. */
     virtual bool refreshIP() = 0;
 };
 

@@ -25,12 +25,12 @@ namespace po = boost::program_options;
 
 namespace {
 
-/** Returns true if the program is only asked for its options or its version. */
+/** Returns true if only the help or the version is requested. */
 bool isQuestion(const CommandLine& commandLine, int argc, const char* const* argv) {
     try {
         const auto parsed = po::command_line_parser(argc, argv)
                                 .options(commandLine.description())
-                                .allow_unregistered()  // Qt's own are still there
+                                .allow_unregistered()  // Qt's own options are still included
                                 .run();
         return std::any_of(parsed.options.begin(), parsed.options.end(),
                            [](const po::option& option) {
@@ -41,7 +41,7 @@ bool isQuestion(const CommandLine& commandLine, int argc, const char* const* arg
     }
 }
 
-/** Lets a question be answered where no window can be shown, as over SSH. */
+/** Makes the help and the version available without a display, for instance over SSH. */
 void doWithoutDisplay() {
     for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
         if (!qEnvironmentVariableIsEmpty(name)) {
@@ -55,9 +55,9 @@ void identifyApplication() {
     QCoreApplication::setOrganizationName(QLatin1String(a_organisationName));
     QCoreApplication::setOrganizationDomain(QLatin1String(a_organisationDomain));
     QCoreApplication::setApplicationName(QLatin1String(a_applicationName));
-    // The application object may have taken over the user's locale; numbers always have a point.
+    // The application object may have set the user's locale; numbers always have a decimal point.
     std::setlocale(LC_NUMERIC, "C");
-    // Beside the executable, unlike the pictures of the main window.
+    // Located beside the executable, unlike the pictures of the main window.
     QApplication::setWindowIcon(QIcon(QCoreApplication::applicationDirPath() +
                                       QStringLiteral("/media/icons/") +
                                       QStringLiteral("obvista.png")));
@@ -113,7 +113,7 @@ int run(int argc, char** argv) {
     window.init();
     if (!loadNamedPlugin(window, commandLine)) {
         std::cout << "Could not load given plugin and connect it to Robaxi" << std::endl;
-        return EXIT_SUCCESS;  // no error status: scripts that start viewers rely on it
+        return EXIT_SUCCESS;  // not an error status: scripts that start viewers rely on it
     }
 
     auto discovery = KD::BonjourListeningThread::createBonjourListeningThread();
@@ -122,7 +122,7 @@ int run(int argc, char** argv) {
     discovery->start(QThread::InheritPriority);
     window.show();
     const int status = QApplication::exec();
-    // Discovery ends while everything that it reports to is still there.
+    // Stopped while everything to which discovery reports still exists.
     discovery.reset();
     return status;
 }

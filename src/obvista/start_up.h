@@ -4,12 +4,12 @@
 namespace obvista {
 
 /**
- * The whole life of the application, on the thread that becomes the GUI thread.
+ * Runs the application, on the thread that becomes the GUI thread.
  *
- * A command line that cannot be parsed ends the process with status 1 from inside; so does, with
- * status 0, a lost connection that belongs to no docked plugin.
+ * A command line that cannot be parsed ends the process with status 1 from inside; a lost
+ * connection that belongs to no docked plugin ends it with status 0.
  *
- * @return the exit status: the event loop's, or 0 when there was none
+ * @return the exit status of the event loop, or 0 if it was not started
  */
 int run(int argc, char** argv);
 

@@ -2,7 +2,7 @@
 
 namespace {
 
-// libcurl must be set up before its first use by any thread. TLS is not: only plain HTTP is spoken.
+// libcurl must be initialised before its first use by any thread. TLS is not needed for plain HTTP.
 void initialiseCurl() {
     static const CURLcode once = curl_global_init(CURL_GLOBAL_NOTHING);
     Q_UNUSED(once)
@@ -23,7 +23,7 @@ CurlMulti::CurlMulti(QObject* parent) : QObject(parent), fMulti(createMulti()) {
     curl_multi_setopt(fMulti, CURLMOPT_TIMERFUNCTION, &CurlMulti::xOnTimerWanted);
     curl_multi_setopt(fMulti, CURLMOPT_TIMERDATA, this);
     fTimer.setSingleShot(true);
-    // A coarse timer may come early, and libcurl would then ask for it once more.
+    // A coarse timer may fire early, and libcurl would then request it again.
     fTimer.setTimerType(Qt::PreciseTimer);
     connect(&fTimer, &QTimer::timeout, this, [this] { xAct(CURL_SOCKET_TIMEOUT, 0); });
 }
@@ -79,7 +79,7 @@ void CurlMulti::xWatch(curl_socket_t socket, QSocketNotifier::Type type, bool wa
         return;
     }
     // Disabled at once, since the descriptor is closed when this returns; deleted later, since this
-    // may be running inside the notifier's own signal.
+    // may be called from the notifier's signal.
     found->second->setEnabled(false);
     found->second->deleteLater();
     fNotifiers.erase(found);

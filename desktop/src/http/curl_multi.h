@@ -12,27 +12,31 @@
 #include <utility>
 
 /**
- * Runs transfers of libcurl from the event loop of the thread in which it lives.
+ * Runs libcurl transfers in the event loop of the thread in which it lives.
  *
- * libcurl says which sockets and which time-out it waits for; these become notifiers and a timer.
- * progressed() is emitted outside all calls into libcurl, so transfers may be removed from it.
+ * libcurl requests sockets and time-outs, which are mapped to notifiers and a timer. progressed()
+ * is emitted outside all calls into libcurl, so that slots may remove transfers.
  */
 class CurlMulti : public QObject {
     Q_OBJECT
 
   public:
     explicit CurlMulti(QObject* parent);
-    /** Every transfer must have been removed. */
+    /** Requires that every transfer has been removed. */
     ~CurlMulti() override;
 
     void add(CURL* transfer);
     void remove(CURL* transfer);
 
-    /** The result of the transfer that ended, once. For users with one transfer at a time. */
+    /**
+     * Returns the result of the transfer that ended, once. For users with one transfer at a time.
+     */
     std::optional<CURLcode> takeResult();
 
   Q_SIGNALS:
-    /** Transfers have gone on: something may have arrived, or a transfer may have ended. */
+    /**
+     * Emitted when transfers have progressed: data may have arrived, or a transfer may have ended.
+     */
     void progressed();
 
   private:

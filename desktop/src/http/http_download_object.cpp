@@ -10,7 +10,7 @@ namespace KD {
 
 namespace {
 
-// No request of QHttp has it.
+// An identifier that QHttp never uses.
 constexpr int a_noRequest = -1;
 
 // A redirect is not followed; its body is kept as the content.
@@ -42,7 +42,7 @@ HttpDownloadObject::HttpDownloadObject(const QString& url, QObject* parent)
       fAborted(false) {
     connect(fHttp, &QHttp::requestFinished, this, &HttpDownloadObject::httpRequestFinished);
     connect(fHttp, &QHttp::responseHeaderReceived, this, &HttpDownloadObject::readResponseHeader);
-    // A server need not say how much it sends.
+    // A server need not announce the size.
     connect(fHttp, &QHttp::dataReadProgress, this, [this](int done) {
         if (done > a_maximumBodySize) {
             cancel();
@@ -59,7 +59,7 @@ HttpDownloadObject::HttpDownloadObject(const QString& url, QObject* parent)
 
 void HttpDownloadObject::cancel() {
     fAborted = true;
-    // The client drops a request that still waits behind the setting of the host without a signal.
+    // The client drops a request without a signal while it waits behind the setting of the host.
     const bool waiting = fRequest != a_noRequest && fHttp->currentId() != fRequest;
     fHttp->abort();
     if (waiting) {

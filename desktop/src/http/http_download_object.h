@@ -11,31 +11,33 @@ class QHttpResponseHeader;
 namespace KD {
 
 /**
- * Fetches one file over plain HTTP into a temporary file, with one retry.
+ * A download of one file over plain HTTP into a temporary file, with one retry.
  *
- * The download starts when the object is made. It works from the event loop of the thread that
- * made it. The owner reads fFile in a slot connected to finished() and then disposes of the object
- * with deleteLater(); the temporary file goes with it. Failures are told on standard error only.
+ * The download starts in the constructor and runs in the event loop of the thread that created the
+ * object. The owner reads fFile in a slot connected to finished() and then calls deleteLater(),
+ * which also removes the temporary file. Errors are only reported on standard error.
  *
- * A redirect is not followed: its body is the downloaded content. Bodies above a_maximumBodySize
+ * Redirects are not followed: their body is the downloaded content. Bodies above a_maximumBodySize
  * are refused.
  */
 class HttpDownloadObject : public QObject {
     Q_OBJECT
 
   public:
-    /** An icon has a few kilobytes; what is greater than this many bytes is no icon. */
+    /** Maximum size in bytes; icons have a few kilobytes. */
     static constexpr qint64 a_maximumBodySize = qint64{4} * 1024 * 1024;
 
     /**
      * Starts the download.
      *
-     * @param url "http://host/path". Port, query and fragment are left out of the request: it
-     *            always goes to port 80 and asks for the path alone.
+     * @param url "http://host/path". Port, query and fragment are ignored: the request always uses
+     *         port 80 and the path alone.
      */
     HttpDownloadObject(const QString& url, QObject* parent);
 
-    /** Ends the download; finished(false) is emitted before this returns, unless it had ended. */
+    /**
+     * Cancels the download. Emits finished(false) before it returns, unless the download had ended.
+     */
     void cancel();
 
   private:
@@ -53,11 +55,12 @@ class HttpDownloadObject : public QObject {
 
   Q_SIGNALS:
     /**
-     * The download ended; emitted at most once, and never when no temporary file could be made.
+     * Emitted at most once, when the download has ended; never if no temporary file could be
+     * created.
      *
-     * @param succeeded false when the download was cancelled or its answer refused. A network
-     *        error is no such failure: after the second one this is true, and fFile stands behind
-     *        whatever the two attempts had written, so that it reads as empty.
+     * @param succeeded false if the download was cancelled or its response refused. A network error
+     *         is not reported this way: after the second one the value is true, and fFile is
+     *         positioned after the data of both attempts, so that it reads as empty.
      */
     void finished(bool succeeded);
 

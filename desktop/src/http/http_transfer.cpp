@@ -52,7 +52,7 @@ QByteArray HttpTransfer::takeBody() {
 
 QString HttpTransfer::errorText(CURLcode result) const {
     if (result == CURLE_OK) {
-        // libcurl takes a connection that is closed within the header for the end of the answer.
+        // libcurl treats a connection closed within the header as the end of the response.
         return fHeaderComplete ? QString() : tr("The answer ended within its header");
     }
     if (!fRefusal.isEmpty()) {
@@ -63,8 +63,8 @@ QString HttpTransfer::errorText(CURLcode result) const {
 }
 
 void HttpTransfer::xSetUrl(const QString& host, quint16 port, const QString& path) {
-    // Each part is set by itself, so that none can reach into the next one. Where one is refused,
-    // the URL stays incomplete and the transfer ends with an error about it.
+    // Each part is set separately, so that none can change another one. If one is refused, the URL
+    // stays incomplete and the transfer ends with an error.
     curl_url_set(fUrl.get(), CURLUPART_SCHEME, "http", 0);
     curl_url_set(fUrl.get(), CURLUPART_HOST, urlHost(host).constData(), 0);
     curl_url_set(fUrl.get(), CURLUPART_PORT, QByteArray::number(port).constData(), 0);
@@ -78,11 +78,11 @@ void HttpTransfer::xSetOptions(std::chrono::milliseconds timeOut) {
     curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, long{CURL_HTTP_VERSION_1_1});
     curl_easy_setopt(easy, CURLOPT_PATH_AS_IS, 1L);
     curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 0L);
-    // An empty proxy keeps those of the environment out as well.
+    // An empty proxy also disables those from the environment.
     curl_easy_setopt(easy, CURLOPT_PROXY, "");
-    // Signals are of the whole process, and this runs on a thread beside others.
+    // Signals affect the whole process, and other threads are running.
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
-    // The connection ends with the request: nothing is left open for a request that may not come.
+    // The connection is closed after the request: there may not be another one.
     curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, 1L);
     curl_easy_setopt(easy, CURLOPT_FORBID_REUSE, 1L);
     curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(timeOut.count()));
@@ -113,7 +113,7 @@ bool HttpTransfer::xAcceptHeaderLine(const QByteArray& line) {
         fRefusal = tr("The header of the answer is too long");
         return false;
     }
-    // libcurl undoes a compressed transfer coding by itself, and a few bytes could become many.
+    // libcurl decodes a compressed transfer coding by itself, and a few bytes could become many.
     const QByteArray field = line.trimmed().toLower();
     if (field.startsWith("transfer-encoding:") && field.mid(18).trimmed() != "chunked") {
         fRefusal = tr("The answer has a transfer coding that was not asked for");

@@ -16,31 +16,34 @@
 class CurlMulti;
 
 /**
- * One GET under way, and what has arrived of its answer and was not taken yet.
+ * A running GET request with the received data that has not been taken yet.
  *
- * libcurl forbids most of its calls inside its callbacks, so these only collect; whoever follows
- * CurlMulti::progressed() takes. One step of libcurl brings at most some hundred kilobytes.
+ * libcurl forbids most of its functions inside its callbacks, so these only collect data; the user
+ * takes it when CurlMulti::progressed() is emitted. One step of libcurl delivers at most some
+ * hundred kilobytes.
  */
 class HttpTransfer {
   public:
-    /** Bytes of all header lines of an answer together, those of interim answers included. */
+    /**
+     * Maximum total size of all header lines of a response, including interim responses, in bytes.
+     */
     static constexpr std::size_t a_maximumHeaderSize = std::size_t{64} * 1024;
 
     /** Starts the transfer; nothing is sent before `multi`'s event loop runs. */
     HttpTransfer(CurlMulti* multi, const QString& host, quint16 port, const QString& path,
                  std::chrono::milliseconds timeOut);
-    /** Ends the transfer where it is. */
+    /** Aborts the transfer. */
     ~HttpTransfer();
     HttpTransfer(const HttpTransfer&) = delete;
     HttpTransfer& operator=(const HttpTransfer&) = delete;
 
-    /** The header of the answer, once, when it is complete. */
+    /** Returns the header of the response, once, when it is complete. */
     std::optional<QHttpResponseHeader> takeHeader();
 
-    /** The bytes of the body that have arrived since the last call. */
+    /** Returns the bytes of the body that have arrived since the last call. */
     QByteArray takeBody();
 
-    /** What `result` means for this transfer, as a text for people; empty for a success. */
+    /** Returns a message for users for `result` of this transfer; empty for a success. */
     QString errorText(CURLcode result) const;
 
   private:

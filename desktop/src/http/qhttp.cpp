@@ -76,7 +76,7 @@ void QHttp::xStartNextRequest() {
         std::make_unique<HttpTransfer>(fMulti, fHostName, fPort, request.fText, fTransferTimeOut);
 }
 
-// A slot connected to any of the signals may abort the request or delete this.
+// A slot connected to any of the signals may abort the request or delete this object.
 void QHttp::xOnTransferProgressed() {
     if (!fTransfer) {
         return;

@@ -17,16 +17,16 @@ class CurlMulti;
 class HttpTransfer;
 
 /**
- * A client for plain HTTP that works from the event loop of the thread in which it lives.
+ * A client for plain HTTP that runs in the event loop of the thread in which it lives.
  *
  * Name and contract are those of the client that Qt had up to version 4, as far as they are needed
- * here: QNetworkAccessManager, its successor, tidies doubled slashes out of the path. The work is
- * libcurl's.
+ * here: QNetworkAccessManager, its successor, removes doubled slashes from the path. It is based on
+ * libcurl.
  *
- * Requests are queued, carry an identifier and run one after the other, the first of them not
- * before control returns to the event loop. A request is sent to exactly the host, port and path
- * that were given: no proxy, no redirect, no cookie. The body is stored as it was sent, never
- * decompressed; only a chunked body is put together.
+ * Requests are queued, have an identifier and run one after the other, starting when control
+ * returns to the event loop. A request is sent to exactly the given host, port and path: no proxy,
+ * no redirect, no cookie. The body is stored as it was sent, never decompressed; only a chunked
+ * body is reassembled.
  *
  * @code
  * auto* http = new QHttp(this);
@@ -39,58 +39,61 @@ class QHttp : public QObject {
     Q_OBJECT
 
   public:
-    /** The time that one request may take from connecting to the last byte of the body. */
+    /** Maximum duration of one request, from connecting to the last byte of the body. */
     static constexpr std::chrono::milliseconds a_transferTimeOut{30000};
 
     explicit QHttp(QObject* parent = nullptr);
-    /** A request under way ends without a signal. */
+    /** A running request ends without a signal. */
     ~QHttp() override;
 
     /**
-     * Queues the setting of the host for the requests behind it.
+     * Queues the setting of the host for the requests after it.
      *
-     * @return the identifier of this request, never 0 and never used twice by one client
+     * @return the identifier of this request: not 0, and unique for each client
      */
     int setHost(const QString& hostName, quint16 port = 80);
 
     /**
-     * Queues the fetching of a path. The body is written to `to` where it stands, while it arrives;
-     * `to` must be open and stay so.
+     * Queues a GET request. The body is written to `to` at its current position as it arrives; `to`
+     * must be open and stay open.
      *
-     * @param path path to ask for, without percent-encoding; it is sent with every slash and dot
-     * @return the identifier of this request, never 0 and never used twice by one client
+     * @param path the path without percent-encoding; it is sent with every slash and dot
+     * @return the identifier of this request: not 0, and unique for each client
      */
     int get(const QString& path, QIODevice* to);
 
-    /** The identifier of the request under way or next in the queue; 0 when there is none. */
+    /**
+     * Returns the identifier of the running request or of the next one in the queue; 0 if there is
+     * none.
+     */
     int currentId() const;
 
-    /** Why the last request failed; readable until the next request is started. */
+    /** Returns the error of the last request; available until the next request starts. */
     QString errorString() const;
 
-    /** Sets the time for the requests that have not started yet, so that a test need not wait. */
+    /** Sets the time-out of the requests that have not started yet. For tests. */
     void setTransferTimeOut(std::chrono::milliseconds timeOut);
 
   public Q_SLOTS:
     /**
-     * Ends the current request with an error; requestFinished() is emitted before this returns.
-     * The requests behind it are dropped without a signal.
+     * Ends the current request with an error. requestFinished() is emitted before this returns. The
+     * requests after it are dropped without a signal.
      */
     void abort();
 
   Q_SIGNALS:
     /**
-     * A request ended. With an error the requests behind it are dropped without a signal; those
-     * queued from a connected slot run.
+     * Emitted when a request has ended. With an error the requests after it are dropped without a
+     * signal; requests queued from a connected slot run.
      */
     void requestFinished(int id, bool error);
 
-    /** Emitted once for each answer, before any of its body is stored. */
+    /** Emitted once for each response, before any of its body is stored. */
     void responseHeaderReceived(const QHttpResponseHeader& response);
 
     /**
-     * More of the body was stored: `done` bytes of `total`, which is 0 when the server has not said
-     * it. Numbers that an int cannot hold come as the greatest int.
+     * Emitted when more of the body has been stored: `done` bytes of `total`, which is 0 if the
+     * server has not announced it. Numbers that do not fit an int are clamped.
      */
     void dataReadProgress(int done, int total);
 

@@ -3,17 +3,17 @@
 
 #include <QtGlobal>
 
-/** What a server says about its answer before the body comes. */
+/** Header of a response. */
 class QHttpResponseHeader {
   public:
     explicit QHttpResponseHeader(int statusCode = 0, qint64 contentLength = -1)
         : fStatusCode(statusCode), fContentLength(contentLength) {}
 
-    /** For instance 200; 0 when there was no answer. */
+    /** Returns the status, for instance 200; 0 if there was no response. */
     int statusCode() const { return fStatusCode; }
 
     bool hasContentLength() const { return fContentLength >= 0; }
-    /** Bytes of the body as the server announced them, or -1 when it did not. */
+    /** Returns the announced size of the body in bytes, or -1 if it was not announced. */
     qint64 contentLength() const { return fContentLength; }
 
   private:

@@ -13,7 +13,7 @@ namespace {
 constexpr unsigned char a_hasTable = 0x80;
 constexpr unsigned char a_sizeOfTable = 0x07;
 
-/** A reader of bytes that knows whether it was asked for more than there are. */
+/** A reader of bytes that records an attempt to read beyond the end. */
 class Bytes {
   public:
     explicit Bytes(const QByteArray& bytes) : fBytes(bytes) {}
@@ -39,14 +39,14 @@ class Bytes {
         fAt = fEnded ? fBytes.size() : fAt + count;
     }
 
-    /** Skips the table of colours that `flags` announce. */
+    /** Skips the colour table that `flags` announce. */
     void skipTable(unsigned char flags) {
         if ((flags & a_hasTable) != 0) {
             skip(3 << ((flags & a_sizeOfTable) + 1));
         }
     }
 
-    /** Skips blocks up to the empty one that ends them, and returns what they hold. */
+    /** Skips blocks up to the empty one that ends them, and returns their content. */
     QByteArray blocks() {
         QByteArray content;
         for (int size = next(); size != 0 && !fEnded; size = next()) {
@@ -67,12 +67,12 @@ bool isSmall(int width, int height) {
            height <= a_largestRobotPicture;
 }
 
-/** Adds up how many pixels LZW codes stand for. */
+/** Counts the pixels encoded by LZW codes. */
 class CodeLengths {
   public:
     explicit CodeLengths(int bits) : fBits(bits) { xClear(); }
 
-    /** Returns the number of pixels, or one beyond `most` if there are more or a code is wrong. */
+    /** Returns the number of pixels, or `most` + 1 if there are more or a code is invalid. */
     int pixels(const QByteArray& codes, int most) {
         unsigned waiting = 0;
         int count = 0;
@@ -110,7 +110,7 @@ class CodeLengths {
             xClear();
             return true;
         }
-        // The code that comes next in the table may already be used.
+        // A code may already refer to the table entry that is about to be created.
         if (code > fNext || (code == fNext && fPrevious == 0)) {
             return false;
         }
@@ -137,7 +137,7 @@ class CodeLengths {
     int fPixels = 0;
 };
 
-/** Reads a frame to its end; false if it is costly or incomplete. */
+/** Reads a frame to its end; returns false if it is costly or incomplete. */
 bool readFrame(Bytes& in, int screenWidth, int screenHeight) {
     constexpr int mostBits = 8;
     const int left = in.nextNumber();
@@ -152,7 +152,7 @@ bool readFrame(Bytes& in, int screenWidth, int screenHeight) {
     }
     const int pixels = width * height;
     const QByteArray codes = in.blocks();
-    // Some codes stand for no pixel.
+    // Some codes produce no pixels.
     constexpr int mostOtherBytes = 4096;
     return !in.hasEnded() && codes.size() <= 2 * pixels + mostOtherBytes &&
            CodeLengths(bits).pixels(codes, pixels) <= pixels;

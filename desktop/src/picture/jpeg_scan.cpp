@@ -31,7 +31,7 @@ enum Marker : unsigned char {
 
 constexpr char a_mark = '\xFF';
 
-/** Returns true if the frame's header, behind its length, is one of a small picture. */
+/** Returns true if the frame's header, without its length field, describes a small picture. */
 bool isSmallFrame(const QByteArray& header) {
     constexpr int precision = 8;
     constexpr int sizeOfHead = 6;
@@ -44,7 +44,9 @@ bool isSmallFrame(const QByteArray& header) {
            height <= a_largestRobotPicture;
 }
 
-/** Returns the end of the entropy-coded bytes that begin at a place: the next marker's place. */
+/**
+ * Returns the end of the entropy-coded bytes that start at `at`: the position of the next marker.
+ */
 int endOfEntropy(const QByteArray& bytes, int at) {
     for (at = bytes.indexOf(a_mark, at); at >= 0 && at + 1 < bytes.size();
          at = bytes.indexOf(a_mark, at + 1)) {
@@ -56,7 +58,7 @@ int endOfEntropy(const QByteArray& bytes, int at) {
     return bytes.size();
 }
 
-/** Copies the segments that the pixels are made of. */
+/** Copies the segments that determine the pixels. */
 class Scanner {
   public:
     explicit Scanner(const QByteArray& bytes) : fBytes(bytes) {}

@@ -8,13 +8,13 @@ namespace KD {
 /**
  * Returns a JPEG of the same pixels whose decoding takes a bounded time.
  *
- * Each scan of a progressive picture goes over all of its blocks again, and ten bytes are enough
- * for one, so their number is bounded. Segments of applications (Exif, colour profiles) and
- * comments are left out.
+ * Each scan of a progressive picture processes all of its blocks again, and a scan can be as short
+ * as ten bytes, so their number is bounded. Application segments (Exif, colour profiles) and
+ * comments are dropped.
  *
  * @param bytes not trusted
- * @return nothing when the file is incomplete, neither baseline nor progressive Huffman coded, or
- * has more than a_largestRobotPicture pixels in one direction, or too many scans or bytes
+ * @return nothing if the file is incomplete, neither baseline nor progressive Huffman coded, or has
+ *         more than a_largestRobotPicture pixels in one direction, or too many scans or bytes
  */
 QByteArray scanJpeg(const QByteArray& bytes);
 

@@ -12,12 +12,12 @@ struct Pass {
     int fBytesOfRow = 0;  // without the filter's number
 };
 
-/** Pixels of one direction that a pass has, of which it takes every `step`th from `first` on. */
+/** Returns the pixels of a pass in one direction: every `step`th one, starting with `first`. */
 int inPass(int pixels, int first, int step) {
     return (pixels - first + step - 1) / step;
 }
 
-/** The passes that have pixels, in the file's order. */
+/** Returns the passes that have pixels, in the file's order. */
 std::vector<Pass> passesOf(const PngLayout& layout, int bitsOfPixel) {
     struct Grid {
         int fFirstX, fFirstY, fStepX, fStepY;
@@ -51,17 +51,17 @@ int average(int left, int above, int /*corner*/) {
     return (left + above) / 2;
 }
 
-/** The neighbour that is nearest to left + above - corner; in a tie left goes before above. */
+/** Returns the neighbour that is nearest to left + above - corner; left before above in a tie. */
 int paeth(int left, int above, int corner) {
     const int toLeft = std::abs(above - corner);
     const int toAbove = std::abs(left - corner);
     const int toCorner = std::abs(left + above - 2 * corner);
-    // Combined so that the compiler needs no branches, which noise would make slow.
+    // Combined so that the compiler generates no branches, which are slow for noise.
     const int upper = toAbove <= toCorner ? above : corner;
     return ((toLeft <= toAbove) & (toLeft <= toCorner)) != 0 ? left : upper;
 }
 
-/** Adds to each byte what is predicted from the pixel to the left and the two above these. */
+/** Adds to each byte the prediction from the pixel to the left and the two above. */
 template <int BytesOfPixel, int (*Predict)(int left, int above, int corner)>
 void addPrediction(unsigned char* row, const unsigned char* above, int size) {
     int left[BytesOfPixel] = {};
@@ -76,7 +76,7 @@ void addPrediction(unsigned char* row, const unsigned char* above, int size) {
     }
 }
 
-/** Undoes a row's filter; false if it is unknown. */
+/** Reverses a row's filter; returns false if the filter is unknown. */
 template <int BytesOfPixel>
 bool unfilterRow(int filter, unsigned char* row, const unsigned char* rowAbove, int size) {
     switch (filter) {

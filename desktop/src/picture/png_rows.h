@@ -12,17 +12,19 @@ struct PngLayout {
     int fWidth = 0;
     int fHeight = 0;
     unsigned char fDepth = 0;   ///< bits of one component of a pixel
-    unsigned char fColour = 0;  ///< a Colour, or what the file has in its place
+    unsigned char fColour = 0;  ///< a Colour, or the unknown value of the file
     unsigned char fInterlace = 0;
 
-    /** Returns true if the format knows this combination of depth, colour and interlacing. */
+    /** Returns true if the format allows this combination of depth, colour and interlacing. */
     bool isValid() const;
 
-    /** Bytes of all rows of all passes, each row with its filter's number. isValid() is needed. */
+    /**
+     * Returns the size of all rows of all passes, each with its filter byte. Requires isValid().
+     */
     int sizeOfRows() const;
 
     /**
-     * Undoes the filters of the rows.
+     * Reverses the filters of the rows.
      *
      * @param rows sizeOfRows() bytes
      * @return false if a filter is unknown

@@ -16,18 +16,18 @@ constexpr int a_sizeOfSignature = 8;
 constexpr int a_sizeOfHeader = 13;
 constexpr int a_sizeOfFrame = 12;  // length, type and checksum of a chunk
 constexpr int a_largestPalette = 256 * 3;
-constexpr int a_sizeOfOtherChunks = 2048;  // beside the rows, in what is returned
+constexpr int a_sizeOfOtherChunks = 2048;  // maximum output besides the rows
 
 // Bytes of all rows: the largest picture of four bytes a pixel. Libpng and Qt take about twice the
 // time for each byte of a picture that is interlaced or has samples of 16 bits.
 constexpr int a_largestRaster = a_largestRobotPicture * (a_largestRobotPicture * 4 + 1);
 constexpr int a_largestCostlyRaster = a_largestRaster / 2;
 
-// Encoders begin a block every 16,000 bytes or so. Each block may bring code tables, which take
+// Encoders begin a block about every 16,000 bytes. Each block may contain code tables, which take
 // microseconds to build and few bytes to describe.
 constexpr int a_mostBlocks = 48;
 
-/** The checksum of bytes, or of bytes behind those with the checksum `before`. */
+/** Returns the checksum of bytes, continued from the checksum `before` of the preceding ones. */
 quint32 checksum(const char* data, int size, quint32 before = 0) {
     return static_cast<quint32>(
         crc32(before, reinterpret_cast<const Bytef*>(data), static_cast<uInt>(size)));
@@ -50,7 +50,7 @@ struct Chunk {
     int fEnd = 0;         // of the chunk in the file
 };
 
-/** Returns the chunk at a place, or nothing if the file ends inside it. */
+/** Returns the chunk at a position, or nothing if the file ends inside it. */
 std::optional<Chunk> chunkAt(const QByteArray& bytes, int at) {
     constexpr int sizeOfType = 4;
     if (bytes.size() - at < a_sizeOfFrame) {
@@ -114,14 +114,16 @@ bool takePalette(const QByteArray& content, Parts& parts) {
     if (content.isEmpty() || content.size() > a_largestPalette || content.size() % 3 != 0) {
         return false;
     }
-    // In other pictures it is a hint for screens of few colours.
+    // In other pictures the palette is a hint for screens with few colours.
     if (parts.fLayout.fColour == PngLayout::Palette) {
         parts.fPalette = content;
     }
     return true;
 }
 
-/** The transparent colour, or the palette's degrees; one of the wrong length is passed over. */
+/**
+ * Stores the transparent colour, or the palette's alpha values; ignores one of the wrong length.
+ */
 void takeTransparency(const QByteArray& content, Parts& parts) {
     constexpr int sizeOfGrey = 2;
     constexpr int sizeOfColour = 6;
@@ -135,7 +137,9 @@ void takeTransparency(const QByteArray& content, Parts& parts) {
     }
 }
 
-/** Takes what is needed of a chunk; false if the file is damaged or of an unknown kind. */
+/**
+ * Stores the needed content of a chunk; returns false if the file is damaged or of an unknown kind.
+ */
 bool takeChunk(const Chunk& chunk, Parts& parts) {
     constexpr char ancillary = 0x20;
     if ((chunk.fType[0] & ancillary) != 0 && chunk.fType != "tRNS") {
@@ -180,7 +184,7 @@ std::optional<Parts> partsOf(const QByteArray& bytes) {
     return needsPalette && parts.fPalette.isEmpty() ? std::nullopt : std::optional(parts);
 }
 
-/** Returns the rows, or nothing if they are not exactly as many bytes as the picture needs. */
+/** Returns the rows, or nothing if their size is not exactly the one that the picture needs. */
 QByteArray inflated(const QByteArray& compressed, int size) {
     QByteArray rows(size, Qt::Uninitialized);
     z_stream stream = {};

@@ -11,7 +11,7 @@ namespace {
 
 using boost::system::error_code;
 
-/** Accepted before other work of the thread gets its turn. */
+/** Connections accepted in one turn, before other work of the thread. */
 constexpr int a_acceptedInTurn = 32;
 constexpr std::chrono::milliseconds a_rest(100);
 constexpr std::chrono::seconds a_betweenReports(10);
@@ -20,7 +20,7 @@ bool isExhaustion(int error) {
     return error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM;
 }
 
-/** Returns true for an error of the connection, which its client has ended for instance. */
+/** Returns true for an error of a single connection, for instance one closed by its client. */
 bool isOfConnection(int error) {
     return error == ECONNABORTED || error == EINTR || error == EPROTO;
 }
@@ -106,7 +106,7 @@ bool Listener::xAcceptOne(Acceptor& acceptor) {
     return true;
 }
 
-/** Without the move, each connection taken at the limit would leave the reserve smaller by one. */
+/** Without the move, each connection accepted at the limit would reduce the reserve by one. */
 int Listener::xMoveBelowReserve(int descriptor) {
     const int lower = fHandlers.fMakeRoom() ? duplicateWithinReserve(descriptor, fImportance) : -1;
     ::close(descriptor);

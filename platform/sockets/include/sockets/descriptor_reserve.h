@@ -3,28 +3,28 @@
 
 #include <cstddef>
 
-/** File descriptors of the process that connections do not use up. */
+/** A reserve of file descriptors that connections do not use up. */
 namespace sockets {
 
-/** The process's limit on open descriptors now (`ulimit -n`). */
+/** Returns the process's current limit on open descriptors (`ulimit -n`). */
 std::size_t descriptorLimit();
 
-/** Who leaves how much of the process's descriptors to others. */
+/** Importance of a connection: how many descriptors it must leave free. */
 enum class Importance {
-    Necessary,   ///< leaves the reserve
-    Convenient,  ///< leaves the reserve twice
+    Necessary,   ///< leaves the reserve free
+    Convenient,  ///< leaves twice the reserve free
 };
 
 /**
- * Returns true if a descriptor that was opened just now leaves enough for those who are served
- * already. The reserve is an eighth of the limit, 8 at least and 64 at most.
+ * Returns true if a newly opened descriptor leaves enough for established connections. The reserve
+ * is an eighth of the limit, at least 8 and at most 64.
  *
- * The system gives out the lowest free number. A number close to the limit therefore means that
- * nearly all are in use.
+ * The system assigns the lowest free number, so a number close to the limit means that nearly all
+ * are in use.
  */
 bool leavesReserve(int descriptor, Importance importance);
 
-/** Returns a duplicate that is closed on exec, or -1 if it would not leave the reserve. */
+/** Returns a duplicate with close-on-exec, or -1 if it would not leave the reserve. */
 int duplicateWithinReserve(int descriptor, Importance importance);
 
 }  // namespace sockets

@@ -6,11 +6,10 @@
 namespace sockets {
 
 /**
- * Writes a line to an open file, whole and at once. It is dropped when nobody reads what was
- * written before, so that a program that serves others never waits for the reader of its output.
- * May be called from any thread.
+ * Writes a line to an open file in one piece without blocking. The line is dropped if the reader
+ * has not read earlier output, so that a server never waits for it. May be called from any thread.
  *
- * @param line shorter than what a pipe takes when it is ready (4096 bytes)
+ * @param line shorter than the capacity of a pipe that is ready (4096 bytes)
  */
 void writeLine(int file, const std::string& line);
 

@@ -14,12 +14,12 @@
 namespace sockets {
 
 /**
- * Accepts TCP connections as long as it lives, whatever accept() reports.
+ * Accepts TCP connections as long as it exists, whatever accept() reports.
  *
- * When the process runs out of descriptors, or only its reserve (descriptor_reserve.h) is left, a
- * connection that can be given up makes room for the new one; where there is none, the new
- * connection is closed. It reports so at most once in ten seconds. All operations and handlers run
- * on the thread of the context.
+ * When the process runs out of descriptors, or only its reserve (descriptor_reserve.h) is left, it
+ * closes a dispensable connection to make room for the new one; if there is none, it closes the new
+ * connection. It reports this at most once in ten seconds. All operations and handlers run on the
+ * thread of the context.
  */
 class Listener {
   public:
@@ -27,11 +27,11 @@ class Listener {
     using Socket = boost::asio::ip::tcp::socket;
 
     struct Handlers {
-        /** Takes over a new connection. Its socket does not block. */
+        /** Takes ownership of a new connection. Its socket is non-blocking. */
         std::function<void(Socket)> fTake;
-        /** Closes a connection that can be given up. Returns false if there is none. */
+        /** Closes a dispensable connection. Returns false if there is none. */
         std::function<bool()> fMakeRoom;
-        /** Tells the user that connections are closed; a sentence without its end. */
+        /** Reports to the user that connections are closed; a sentence without the final stop. */
         std::function<void(const std::string&)> fReport;
     };
 
@@ -39,10 +39,10 @@ class Listener {
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;
 
-    /** Accepts from a socket that listens. */
+    /** Accepts connections from a listening socket. */
     void add(Acceptor acceptor);
 
-    /** Leaves new connections to the system's queue, until resume(). */
+    /** Leaves new connections in the system's queue, until resume(). */
     void pause();
     void resume();
 
@@ -60,7 +60,7 @@ class Listener {
 
     void xWait(Entrance& entrance);
     void xAccept(Entrance& entrance);
-    /** Returns false if there is nothing more to accept now. */
+    /** Returns false if there is nothing more to accept at present. */
     bool xAcceptOne(Acceptor& acceptor);
     void xRest();
     int xMoveBelowReserve(int descriptor);
