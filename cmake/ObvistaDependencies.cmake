@@ -1,5 +1,5 @@
-# Every library and tool that the project builds with, each found once. scripts/packages names Debian's
-# packages of them.
+# All libraries and tools with which the project is built, each found once. scripts/packages lists their
+# Debian packages.
 
 find_package(Threads REQUIRED)
 find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Widgets Network)
@@ -11,13 +11,13 @@ find_package(Protobuf REQUIRED)
 find_package(gRPC REQUIRED)
 find_package(OpenSSL REQUIRED)
 
-# Discovery, and the announcements of the simulated robot.
+# Discovery, and the simulated robot's announcements.
 pkg_check_modules(Avahi REQUIRED IMPORTED_TARGET avahi-client)
 
-# Icons and web pages of robots: from 7.85 the allowed protocols are named in a text.
+# Icons and web pages of robots. From 7.85 on, the allowed protocols are set as a text.
 find_package(CURL 7.85 REQUIRED)
 
-# Icons that are compressed within.
+# Compressed icons.
 find_package(ZLIB REQUIRED)
 
 # Pictures and recordings.
@@ -26,11 +26,10 @@ pkg_check_modules(GStreamer REQUIRED IMPORTED_TARGET
     gstreamer-1.0 gstreamer-app-1.0 gstreamer-video-1.0)
 find_package(PNG 1.6 REQUIRED)
 
-# What the command line tool prints for programs.
+# The command line tool's output for programs.
 find_package(nlohmann_json 3.11 REQUIRED)
 
-# Debian's pkg-config file of Qwt asks for Qt's OpenGL module, which we do not use, so Qwt is looked
-# for by hand.
+# Debian's pkg-config file of Qwt requires Qt's OpenGL module, which we do not use, so Qwt is found directly.
 find_path(QWT_INCLUDE_DIR qwt_plot.h PATH_SUFFIXES qwt qwt-qt5 qt5/qwt REQUIRED)
 find_library(QWT_LIBRARY NAMES qwt-qt5 qwt REQUIRED)
 mark_as_advanced(QWT_INCLUDE_DIR QWT_LIBRARY)
@@ -43,8 +42,8 @@ find_program(OBVISTA_RSVG_CONVERT rsvg-convert REQUIRED
 
 if(BUILD_TESTING)
     find_package(Qt5 5.15 REQUIRED COMPONENTS DBus Test)
-    # Without the build folder, for QFINDTESTDATA, which no test uses: it would keep clones in different
-    # folders from sharing what ccache remembers.
+    # Without the build folder for QFINDTESTDATA, which no test uses: it would prevent clones in different
+    # folders from sharing the compiler cache.
     set_property(TARGET Qt5::Test PROPERTY INTERFACE_COMPILE_DEFINITIONS QT_TESTLIB_LIB)
     find_package(GTest REQUIRED)
     find_program(OBVISTA_DESKTOP_FILE_VALIDATE desktop-file-validate)

@@ -1,5 +1,5 @@
-# Tools that make building faster where they are installed: ccache for what was compiled before, also in
-# another folder, and mold for linking. Neither changes what is built.
+# Tools that make building faster, if they are installed: ccache, also for builds in other folders, and mold.
+# Neither changes the result.
 
 option(OBVISTA_FAST_BUILD "Use ccache and mold where they are installed" ON)
 if(OBVISTA_FAST_BUILD)
@@ -8,9 +8,9 @@ if(OBVISTA_FAST_BUILD)
 endif()
 
 if(OBVISTA_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-    # A clone in another folder hits: paths below the project are made relative, and the compiler's
-    # working folder does not count. The sloppiness is what precompiled headers need: they are known by
-    # their content, and no file of the project uses __TIME__ or __DATE__.
+    # Make clones in other folders hit the cache: paths below the project become relative, and the compiler's
+    # working folder is ignored. Precompiled headers need the sloppiness: they are identified by their
+    # content, and no file of the project uses __TIME__ or __DATE__.
     set(CMAKE_CXX_COMPILER_LAUNCHER /usr/bin/env
         "CCACHE_BASEDIR=${CMAKE_SOURCE_DIR}" CCACHE_NOHASHDIR=1
         CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime

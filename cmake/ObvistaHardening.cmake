@@ -1,7 +1,6 @@
-# Hardening of release builds: checked functions of the C library, stack protection, control-flow
-# protection where the processor has it, and relocations that are read-only after the start. The flags
-# come before those of a target, so a target can turn one off. Sanitizers have checks of their own and
-# are not combined with these.
+# Hardening of release builds: checked functions of the C library, stack protection, control-flow protection
+# if the processor supports it, and relocations that are read-only after the start. The flags precede those of
+# a target, so a target can disable one. They are not combined with sanitizers, which have their own checks.
 
 include(CheckCXXCompilerFlag)
 

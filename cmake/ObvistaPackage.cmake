@@ -1,12 +1,12 @@
 include(CMakePackageConfigHelpers)
 
-# obvista_install_package(PACKAGE TARGET target AS name [HEADERS folder]
-#     [DEPENDENCIES "Boost 1.74" ...] [FOLDERS VARIABLE=folder ...])
+#   obvista_install_package(PACKAGE TARGET target AS name [HEADERS folder]
+#       [DEPENDENCIES "Boost 1.74" ...] [FOLDERS VARIABLE=folder ...])
 #
-# Installs a shared library for those who run it (component runtime), and its headers and a CMake
-# package for those who build with it (component development): find_package(PACKAGE) gives them the
-# target PACKAGE::name. DEPENDENCIES are the arguments of the find_dependency() calls that the
-# headers need. FOLDERS are folders of the installation that the package names in a variable.
+# Installs a shared library for its users (component runtime), and its headers and a CMake package for
+# developers (component development): find_package(PACKAGE) provides the target PACKAGE::name. DEPENDENCIES
+# are the arguments of the find_dependency() calls that the headers need. FOLDERS are installed folders for
+# which the package defines a variable.
 function(obvista_install_package package)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "TARGET;AS;HEADERS" "DEPENDENCIES;FOLDERS")
     if(arg_UNPARSED_ARGUMENTS OR NOT arg_TARGET OR NOT arg_AS)

@@ -1,11 +1,11 @@
-# Helpers with which every target of the project is declared, so that warnings, sanitizers,
-# visibility and the layout of the build tree are decided in one place.
+# Functions with which every target of the project is declared, so that warnings, sanitizers, visibility and
+# the layout of the build tree are defined in one place.
 
 add_library(obvista_compile_options INTERFACE)
 target_compile_options(obvista_compile_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Wold-style-cast
     -Woverloaded-virtual -Wcast-qual -Wformat=2)
-# _REENTRANT is what some libraries ask for; all have it, so that they share precompiled headers.
+# Some libraries need _REENTRANT; all targets define it, so that they share precompiled headers.
 target_compile_definitions(obvista_compile_options INTERFACE
     _REENTRANT QT_DEPRECATED_WARNINGS QT_NO_KEYWORDS QT_NO_CAST_FROM_BYTEARRAY QT_NO_URL_CAST_FROM_STRING
     QT_STRICT_ITERATORS)
@@ -14,12 +14,12 @@ if(OBVISTA_SANITIZE)
     add_compile_options(-fsanitize=${OBVISTA_SANITIZE} -fno-sanitize-recover=all
         -fno-omit-frame-pointer -g1)
     add_link_options(-fsanitize=${OBVISTA_SANITIZE})
-    # GCC takes what it adds itself for reads of uninitialised memory, in Boost's headers among others.
+    # GCC takes its own instrumentation for reads of uninitialised memory, for instance in Boost's headers.
     # The release build has the warning.
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         target_compile_options(obvista_compile_options INTERFACE -Wno-maybe-uninitialized)
     endif()
-    # Boost.Asio and the standard library have memory fences, which ThreadSanitizer does not follow.
+    # Boost.Asio and the standard library use memory fences, which ThreadSanitizer does not support.
     if(OBVISTA_SANITIZE MATCHES "thread" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         target_compile_options(obvista_compile_options INTERFACE -Wno-tsan)
     endif()
@@ -31,8 +31,8 @@ if(NOT (OBVISTA_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES "Clang"))
     add_link_options(-Wl,--no-undefined)
 endif()
 
-# Compiling a test takes longer than running it, so only what is tested is optimised. The C library's
-# checked functions need an optimising compiler.
+# Compiling a test takes longer than running it, so only product code is optimised. The C library's checked
+# functions need an optimising compiler.
 set(obvista_test_options $<$<CONFIG:Release,RelWithDebInfo>:-O0> -U_FORTIFY_SOURCE)
 
 # obvista_add_library(NAME [SHARED|STATIC] ALIAS obvista::x [OUTPUT_NAME x] [MOC]
@@ -89,14 +89,14 @@ function(obvista_add_plugin name)
     install(TARGETS ${name} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/obvista")
 endfunction()
 
-# obvista_add_test(NAME folder.what [MOC] SOURCES ... [LIBRARIES ...]
-#     FRAMEWORK qtest|gtest LABEL unit|integration|lab [DISPLAY offscreen|xvfb] [TIMEOUT seconds]
-#     [RESOURCE_LOCK name] [ENVIRONMENT K=V ...] [ARGUMENTS ...] [WRAPPER command ...])
+#   obvista_add_test(NAME folder.topic [MOC] SOURCES ... [LIBRARIES ...]
+#       FRAMEWORK qtest|gtest LABEL unit|integration|lab [DISPLAY offscreen|xvfb] [TIMEOUT seconds]
+#       [RESOURCE_LOCK name] [ENVIRONMENT K=V ...] [ARGUMENTS ...] [WRAPPER command ...])
 #
-# Declares one test program. It runs with a HOME, XDG_* and TMPDIR of its own that are made
-# before it and removed after it (tests/support/run_isolated). With DISPLAY xvfb it also gets an X
-# server and a window manager of its own. WRAPPER is put between the isolation and the program.
-# Exit status 77 counts as skipped.
+# Declares one test program. It runs with separate HOME, XDG_* and TMPDIR folders, which are created before it
+# and removed after it (tests/support/run_isolated). With DISPLAY xvfb it also gets a separate X server and
+# window manager. WRAPPER is a command that runs the program inside the isolation. Exit status 77 counts as
+# skipped.
 function(obvista_add_test)
     cmake_parse_arguments(PARSE_ARGV 0 arg "MOC" "NAME;FRAMEWORK;LABEL;DISPLAY;TIMEOUT;RESOURCE_LOCK"
         "SOURCES;LIBRARIES;ENVIRONMENT;ARGUMENTS;WRAPPER")
@@ -120,15 +120,15 @@ function(obvista_add_test)
         COMMAND ${arg_WRAPPER} $<TARGET_FILE:${target}> ${arg_ARGUMENTS})
 endfunction()
 
-# obvista_register_test(NAME ... LABEL ... COMMAND ... [DISPLAY ...] [TIMEOUT ...] [RESOURCE_LOCK ...]
-#     [ENVIRONMENT ...] [UNSANITIZED])
+#   obvista_register_test(NAME ... LABEL ... COMMAND ... [DISPLAY ...] [TIMEOUT ...] [RESOURCE_LOCK ...]
+#       [ENVIRONMENT ...] [UNSANITIZED])
 #
-# Registers any command (a script, say) as a test under the same isolation as obvista_add_test.
-# UNSANITIZED says that nothing compiled here runs in it, so that a build with sanitizers leaves it out.
+# Registers any command (a script, say) as a test under the same isolation as obvista_add_test. UNSANITIZED
+# means that the test runs nothing that the build compiled; builds with sanitizers omit it.
 #
-# The test presets run 11 units at a time. A test takes 4 of them, since it may keep a processor busy, and
-# a test in a lab one, since it waits for multicast DNS nearly all of its time: on two cores two tests and
-# three labs run at once. Labs are the longest, so they begin first.
+# The test presets run 11 units at a time. A test takes 4 of them, since it may keep a processor busy, and a
+# test in a lab one, since it waits for multicast DNS nearly all of its time: on two cores two tests and three
+# labs run at once. Lab tests take longest, so they start first.
 function(obvista_register_test)
     cmake_parse_arguments(PARSE_ARGV 0 arg "UNSANITIZED" "NAME;LABEL;DISPLAY;TIMEOUT;RESOURCE_LOCK"
         "COMMAND;ENVIRONMENT")

@@ -1,7 +1,6 @@
-# Run by CPack between the installation into its staging folder and the making of the packages. Puts
-# what a Debian system looks for in fixed places of /usr beside the installation in /opt: links to
-# the programs, their manual page and completion in the shell, the menu entry and its icons, and each
-# package's licence.
+# Run by CPack after the installation into its staging folder and before packaging. Adds the files that a
+# Debian system expects in fixed places of /usr, beside the installation in /opt: links to the programs, their
+# manual page and shell completion, the menu entry and its icons, and the licence of each package.
 
 set(prefix "${CPACK_PACKAGING_INSTALL_PREFIX}")
 set(runtime "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/runtime")
@@ -25,7 +24,7 @@ foreach(folder "${runtime}/usr/share/doc/${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME}"
     file(COPY_FILE "${licence}" "${folder}/copyright")
 endforeach()
 
-# The staging folders have the umask of whoever runs CPack; those of a package are open to everybody.
+# The staging folders have the umask of the user of CPack; those of a package are readable for everybody.
 file(GLOB_RECURSE staged LIST_DIRECTORIES true "${runtime}/*" "${development}/*")
 foreach(folder IN LISTS staged)
     if(IS_DIRECTORY "${folder}" AND NOT IS_SYMLINK "${folder}")

@@ -1,9 +1,8 @@
 # shellcheck shell=bash
-# What the programs of the lab share. A lab consists of a switch, which is process 1 of the lab and
-# holds the bridge, and of hosts, each with namespaces of its own. The observer is the host in
-# which the command of lab/run runs.
+# Shared by the lab's programs. A lab consists of a switch, which is process 1 of the lab and has the bridge,
+# and of hosts, each with separate namespaces. The observer is the host in which the command of lab/run runs.
 
-# Debian keeps ip and avahi-daemon in folders that are not on every user's path.
+# Debian installs ip and avahi-daemon in folders that are not on every user's path.
 PATH=$PATH:/usr/sbin:/sbin
 export PATH
 
@@ -16,12 +15,11 @@ export PATH
     readonly lab_prefix_length=16
     readonly observer_address=$lab_network.0.1
 
-    # Both are in the private /run of each host, so that they are found by programs that know
-    # nothing of the lab.
+    # Both are in the private /run of each host, where programs look for them without knowing of the lab.
     readonly bus_address=unix:path=/run/dbus/system_bus_socket
     readonly avahi_run=/run/avahi-daemon
 
-    # The lab could not do its own part; also env's status for that.
+    # The lab itself failed; env also uses this status for its own failures.
     readonly lab_failed=125
 }
 
@@ -39,8 +37,8 @@ usage_error() {
     exit 2
 }
 
-# wait_until SECONDS CONDITION...: waits until the condition, a command, holds; fails when it does
-# not hold in time.
+# wait_until SECONDS CONDITION...: waits until the condition, a command, succeeds; fails if it does not
+# succeed in time.
 wait_until() {
     local -i deadline=$(($(milliseconds) + $1 * 1000))
     shift
@@ -54,8 +52,8 @@ milliseconds() {
     echo $((${EPOCHREALTIME/[.,]/} / 1000))
 }
 
-# wait_for_child PID: waits to the end of a child, however many trapped signals come meanwhile,
-# and gives its exit status, which bash keeps. Bash's own remark about a killed child is left out.
+# wait_for_child PID: waits for the end of a child, however many trapped signals arrive, and returns its exit
+# status, which bash keeps. Suppresses bash's message about a killed child.
 wait_for_child() {
     while ! process_is_gone "$1"; do
         wait "$1" 2>/dev/null || true
@@ -67,14 +65,13 @@ process_is_gone() {
     ! kill -0 "$1" 2>/dev/null
 }
 
-# Bash starts background commands with these signals ignored, which their own children could never
-# undo.
+# Bash starts background commands with these signals ignored, and their children cannot undo that.
 with_default_signals() {
     exec env --default-signal=INT,QUIT -- "$@"
 }
 
-# Covers files of the machine, where it has them, by those that the switch has made. The kernel takes a
-# cover away when the machine replaces the file below it, as it does when a package is installed.
+# Mounts the files that the switch has created over the machine's files, where these exist. The kernel removes
+# such a mount when the machine replaces the file below it, as it does when a package is installed.
 cover_etc_files() {
     local name
     for name in passwd group nsswitch.conf hosts avahi; do
@@ -84,7 +81,7 @@ cover_etc_files() {
     done
 }
 
-# The next functions act on the Avahi daemon of the host in whose namespaces they run.
+# The following functions control the Avahi daemon of the host in whose namespaces they run.
 
 avahi_start() {
     local configuration=$1 log=$2 daemon
@@ -99,7 +96,7 @@ avahi_start() {
     wait_until 20 answers_or_has_ended && avahi_answers
 }
 
-# avahi_state: 2 once the host name is established on the network (AVAHI_SERVER_RUNNING).
+# avahi_state: prints 2 when the host name is established on the network (AVAHI_SERVER_RUNNING).
 avahi_state() {
     [ -S "$avahi_run/socket" ] || return 1
     dbus-send --bus="$bus_address" --print-reply=literal --dest=org.freedesktop.Avahi \
@@ -119,7 +116,7 @@ avahi_pid() {
     [ -r "$avahi_run/pid" ] && read -r pid <"$avahi_run/pid" && echo "$pid"
 }
 
-# avahi_end SIGNAL: ends the daemon, with TERM after it has said goodbye for the host.
+# avahi_end SIGNAL: stops the daemon; with TERM it first sends a goodbye for the host.
 avahi_end() {
     local pid
     pid=$(avahi_pid) || return 0

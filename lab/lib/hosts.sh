@@ -1,13 +1,12 @@
 # shellcheck shell=bash disable=SC2154  # the lab_* names are those of common.sh, read before
-# Adding hosts to the lab and taking them away. Everything here runs in the namespaces of the
-# switch.
+# Adds and removes hosts of the lab. All functions run in the namespaces of the switch.
 
 # claim_host NAME [ADDRESS]: reserves the name, an address and a port of the switch.
 claim_host() {
     local name=$1 address=${2:-} number
     [[ $name =~ ^[A-Za-z0-9]([A-Za-z0-9-]{0,61}[A-Za-z0-9])?$ ]] ||
         die "'$name' cannot be a host name"
-    # One host at a time: the file stays open for the life of this subshell only.
+    # One host at a time: the lock file is open only in this subshell.
     (
         flock 9
         [ ! -e "$lab_hosts/$name" ] || die "there is a host '$name' already"
@@ -31,12 +30,12 @@ require_free_address() {
     die "the address $address is taken by '${holder##*/}'"
 }
 
-# start_host NAME [COMMAND...]: starts a claimed host. It is up when its bus and its Avahi daemon
-# answer; the command is started then.
+# start_host NAME [COMMAND...]: starts a claimed host. It is up when its bus and its Avahi daemon respond;
+# then the command is started.
 start_host() {
     local name=$1 namespaces=(--net --mount) answer
-    # The observer's processes are those of the lab, and it goes by the machine's name, under which
-    # the user's X server knows its clients.
+    # The observer uses the lab's process namespace and the machine's host name, which the user's X server
+    # expects of its clients.
     [ "$name" = observer ] || namespaces+=(--uts --pid --fork)
     exec {born}< <(exec setsid unshare "${namespaces[@]}" "$lab/lib/host" "$@" \
         </dev/null 2>>"$lab_hosts/$name/daemons")
@@ -49,8 +48,8 @@ start_host() {
     return 1
 }
 
-# wait_for_output NAME REGEX: waits for a line of the host's command; fails, showing what the
-# command wrote, when the command ends without it.
+# wait_for_output NAME REGEX: waits for a line of output of the host's command. If the command exits without
+# it, prints the output and fails.
 wait_for_output() {
     local name=$1 expected=$2
     local output=$lab_hosts/$name/output
@@ -65,7 +64,7 @@ wait_for_output() {
     return 1
 }
 
-# command_state NAME: what became of the host's command, in words.
+# command_state NAME: prints the state of the host's command in words.
 command_state() {
     local folder=$lab_hosts/$1
     if [ -e "$folder/status" ]; then
@@ -91,9 +90,8 @@ host_port() {
     cat "$lab_hosts/$1/port"
 }
 
-# make_host_entry NAME: sets host_entry to the words that, put before a command, run it in all
-# namespaces of the host. The command ends with its nsenter, which forks to enter the process
-# namespace of a host.
+# make_host_entry NAME: sets host_entry to the words that, put before a command, run it in all namespaces of
+# the host. The command ends with its nsenter, which forks to enter the process namespace of a host.
 make_host_entry() {
     host_entry=(nsenter --target "$(host_pid "$1")" --net --mount)
     [ "$1" = observer ] || host_entry+=(--uts --pid -- setpriv --pdeathsig TERM)
@@ -112,7 +110,7 @@ set_link() {
     ip link set "$(host_port "$1")" "$2"
 }
 
-# remove_host NAME: takes a host away at once, so that nobody on the network hears of it.
+# remove_host NAME: kills a host at once, without a goodbye on the network.
 remove_host() {
     local name=$1 pid
     if ip link show "$(host_port "$name")" >/dev/null 2>&1; then
