@@ -82,6 +82,35 @@ TEST(Module, TakesAnIntForAFloatAndAnythingForNothing) {
     EXPECT_CAUSE(errorOf([&] { module.invoke("number", {true}); }), WrongArguments);
 }
 
+TEST(Module, TakesTypesAndSignatureFromACallable) {
+    KVModule module("Robot", "");
+    std::string said;
+    module.bindMethod(
+        "say", [&said](const std::string& text) { said = text; }, "Says a text");
+    module.bindMethod("add", [](int a, double b) { return a + b; });
+    module.bindMethod("same", [](const KVValue& value) { return value; });
+    module.bindMethod("count", [](const KVValue::List& list, const KVValue::Map& map) {
+        return list.size() + map.size();
+    });
+    const std::vector<KVMethodInfo> methods = module.getInfo().fMethods;
+    ASSERT_EQ(methods.size(), 4U);
+    EXPECT_EQ(methods[0].fSignature, "say(string)");
+    EXPECT_EQ(methods[0].fDescription, "Says a text");
+    EXPECT_EQ(methods[1].fSignature, "add(int, float) -> float");
+    EXPECT_EQ(methods[2].fSignature, "same(value) -> value");
+    EXPECT_EQ(methods[3].fSignature, "count(list, map) -> int");
+
+    EXPECT_TRUE(module.invoke("say", {"hello"}).isNothing());
+    EXPECT_EQ(said, "hello");
+    EXPECT_EQ(module.invoke("add", {1, 2}).toFloat(), 3.0);
+    EXPECT_EQ(module.invoke("same", {"text"}).toString(), "text");
+    EXPECT_EQ(module.invoke("count", {KVValue::List{1, 2}, KVValue::Map{}}).toInt(), 2);
+    EXPECT_CAUSE(errorOf([&] { module.invoke("say", {1}); }), WrongArguments);
+    EXPECT_CAUSE(errorOf([&] { module.invoke("add", {1}); }), WrongArguments);
+    EXPECT_CAUSE(errorOf([&] { module.invoke("add", {1LL << 40, 1}); }), WrongType);
+    EXPECT_CAUSE(errorOf([&] { module.bindMethod("add", [] {}); }), InvalidArgument);
+}
+
 TEST(Module, PassesOnWhatAMethodThrows) {
     KVModule module("Leds", "");
     module.bindMethod({"kv", "", ""}, {}, [](const KVValue::List&) -> KVValue {

@@ -7,6 +7,8 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <string_view>
+#include <type_traits>
 
 using namespace robaxi_test;
 
@@ -34,6 +36,46 @@ TEST(Value, IsOfTheTypeItWasMadeFrom) {
     EXPECT_EQ(KVValue(std::string("te\0xt", 5)).getSize(), 5);
     EXPECT_EQ(KVValue(KVValue::List{1, "two", 3.0}).toList()[1].toString(), "two");
     EXPECT_EQ(KVValue(KVValue::Map{{"key", 7}}).toMap().at("key").toInt(), 7);
+}
+
+TEST(Value, IsMadeFromEveryTypeOfInteger) {
+    EXPECT_EQ(KVValue(7U).toInt(), 7);
+    EXPECT_EQ(KVValue(7ULL).toInt(), 7);
+    EXPECT_EQ(KVValue(-7LL).toInt(), -7);
+    EXPECT_EQ(KVValue(std::uint8_t{200}).toInt(), 200);
+    EXPECT_EQ(KVValue(std::int16_t{-3}).toInt(), -3);
+    EXPECT_EQ(KVValue(std::size_t{4}).type(), KVValue::Type::Int);
+    EXPECT_EQ(KVValue(std::numeric_limits<std::uint32_t>::max()).toInt(), 4294967295);
+    EXPECT_EQ(KVValue(static_cast<std::uint64_t>(a_largest)).toInt(), a_largest);
+    EXPECT_CAUSE(errorOf([] { KVValue(static_cast<std::uint64_t>(a_largest) + 1); }),
+                 InvalidArgument);
+}
+
+TEST(Value, IsMadeFromAViewOfAText) {
+    EXPECT_EQ(KVValue(std::string_view("a text").substr(2)).toString(), "text");
+    char text[] = "own";
+    EXPECT_EQ(KVValue(static_cast<char*>(text)).toString(), "own");
+}
+
+TEST(Value, IsNotMadeFromAPointer) {
+    EXPECT_FALSE((std::is_constructible_v<KVValue, int*>));
+    EXPECT_FALSE((std::is_constructible_v<KVValue, const void*>));
+    EXPECT_FALSE((std::is_constructible_v<KVValue, std::nullptr_t>));
+    EXPECT_FALSE((std::is_constructible_v<KVValue, void (*)()>));
+    EXPECT_FALSE((std::is_constructible_v<KVValue, int KVValue::*>));
+    EXPECT_FALSE((std::is_convertible_v<int*, KVValue>));
+    EXPECT_TRUE((std::is_convertible_v<const char*, KVValue>));
+}
+
+TEST(Value, IsConvertedToATypeThatHoldsIt) {
+    EXPECT_EQ(KVValue(300).to<std::int16_t>(), 300);
+    EXPECT_EQ(KVValue(3).to<double>(), 3.0);
+    EXPECT_EQ(KVValue("text").to<std::string>(), "text");
+    EXPECT_EQ(KVValue(KVValue::List{1}).to<KVValue::List>().size(), 1U);
+    EXPECT_EQ(KVValue(true).to<KVValue>(), KVValue(true));
+    EXPECT_CAUSE(errorOf([] { KVValue(300).to<std::uint8_t>(); }), WrongType);
+    EXPECT_CAUSE(errorOf([] { KVValue(-1).to<std::uint64_t>(); }), WrongType);
+    EXPECT_CAUSE(errorOf([] { KVValue("7").to<int>(); }), WrongType);
 }
 
 TEST(Value, ReadAsAnotherTypeNamesBothTypes) {

@@ -94,6 +94,20 @@ void KVModule::bindMethod(const KVMethodInfo& info, const std::vector<KVValue::T
     fPrivate->fMethods.push_back({info, argumentTypes, std::move(method)});
 }
 
+std::string KVModule::xSignature(const std::string& name,
+                                 const std::vector<KVValue::Type>& parameters,
+                                 const std::vector<KVValue::Type>& results) {
+    const auto nameOf = [](KVValue::Type type) {
+        return std::string(type == KVValue::Type::Nothing ? "value" : KVValue::typeName(type));
+    };
+    std::string text = name + '(';
+    for (const KVValue::Type parameter : parameters) {
+        text += (text.back() == '(' ? "" : ", ") + nameOf(parameter);
+    }
+    text += ')';
+    return results.empty() ? text : text + " -> " + nameOf(results.front());
+}
+
 void KVModule::setValues(boost::shared_ptr<KVValueTable> values) {
     fPrivate->fValues = std::move(values);
 }

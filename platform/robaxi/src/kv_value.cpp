@@ -59,6 +59,20 @@ KVValue& KVValue::operator=(const KVValue&) = default;
 KVValue& KVValue::operator=(KVValue&&) noexcept = default;
 KVValue::~KVValue() = default;
 
+std::int64_t KVValue::xSigned(std::uint64_t value) {
+    if (value > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) {
+        throw KVError(
+            KVError::Cause::InvalidArgument,
+            "The number " + std::to_string(value) + " is above the largest integer of a value.");
+    }
+    return static_cast<std::int64_t>(value);
+}
+
+void KVValue::xRefuseNarrowing(std::int64_t value) {
+    throw KVError(KVError::Cause::WrongType, "The number " + std::to_string(value) +
+                                                 " does not fit the integer type asked for.");
+}
+
 KVValue::Type KVValue::type() const noexcept {
     return static_cast<Type>(fData.index());
 }

@@ -6,9 +6,12 @@
 
 #include <boost/shared_ptr.hpp>
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 class KVFrameSource;
@@ -62,6 +65,24 @@ class ROBAXI_EXPORT KVModule {
     void bindMethod(const KVMethodInfo& info, const std::vector<KVValue::Type>& argumentTypes,
                     Method method);
 
+    /**
+     * Adds a method that is a callable, such as a lambda. The types of its parameters are the types
+     * that arguments must have, and with its result type they make the signature that people see.
+     *
+     *     module.bindMethod("say", [](const std::string& text) { ... }, "Says a text");
+     *
+     * Parameters and result are of the types of KVValue::to(), parameters by value or as `const
+     * T&`; the result may be void. An integer that its parameter cannot hold is refused with
+     * WrongType. Call it before the module is given to a broker.
+     *
+     * @throws KVError InvalidArgument for an empty name or one that is taken
+     */
+    template <class Callable>
+    void bindMethod(const std::string& name, Callable callable,
+                    const std::string& description = std::string()) {
+        xBindMethod(name, description, std::function(std::move(callable)));
+    }
+
     /** Offers a table of values for subscription. Call it before the module is hosted. */
     void setValues(boost::shared_ptr<KVValueTable> values);
     boost::shared_ptr<KVValueTable> getValues() const;
@@ -78,6 +99,38 @@ class ROBAXI_EXPORT KVModule {
     KVValue invoke(const std::string& method, const KVValue::List& arguments) const;
 
   private:
+    template <class Result, class... Parameters>
+    void xBindMethod(const std::string& name, const std::string& description,
+                     std::function<Result(Parameters...)> callable) {
+        using Types = std::vector<KVValue::Type>;
+        const Types types{KVValue::typeOf<std::decay_t<Parameters>>()...};
+        Types results;
+        if constexpr (!std::is_void_v<Result>) {
+            results.push_back(KVValue::typeOf<std::decay_t<Result>>());
+        }
+        bindMethod({name, xSignature(name, types, results), description}, types,
+                   [callable = std::move(callable)](const KVValue::List& arguments) {
+                       return xCall(callable, arguments, std::index_sequence_for<Parameters...>());
+                   });
+    }
+
+    template <class Result, class... Parameters, std::size_t... Indices>
+    static KVValue xCall(const std::function<Result(Parameters...)>& callable,
+                         [[maybe_unused]] const KVValue::List& arguments,
+                         std::index_sequence<Indices...>) {
+        if constexpr (std::is_void_v<Result>) {
+            callable(arguments[Indices].to<std::decay_t<Parameters>>()...);
+            return KVValue();
+        } else {
+            return KVValue(callable(arguments[Indices].to<std::decay_t<Parameters>>()...));
+        }
+    }
+
+    /** @param results one type, or none for a method without a result */
+    static std::string xSignature(const std::string& name,
+                                  const std::vector<KVValue::Type>& parameters,
+                                  const std::vector<KVValue::Type>& results);
+
     struct Private;
     std::unique_ptr<Private> fPrivate;
 };

@@ -8,10 +8,8 @@
 
 #include <boost/shared_ptr.hpp>
 
-#include <cstdint>
 #include <memory>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 class KVBroker;
@@ -78,15 +76,14 @@ class ROBAXI_EXPORT KVProxy {
     }
 
     /**
-     * Calls a method and returns its result as R: bool, int, std::int64_t, float, double,
-     * std::string, KVValue::List, KVValue::Map or KVValue.
+     * Calls a method and returns its result as R, one of the types of KVValue::to().
      *
-     * @throws KVError as callValue(); WrongType if the result has another type, or is a number
-     *         that R cannot hold
+     * @throws KVError as callValue() and KVValue::to()
      */
     template <class R, class... Args>
     R call(const std::string& method, const Args&... arguments) {
-        return xConvert<R>(callValue(method, {KVValue(arguments)...}));
+        const KVValue result = callValue(method, {KVValue(arguments)...});
+        return result.to<R>();
     }
 
     /**
@@ -110,37 +107,6 @@ class ROBAXI_EXPORT KVProxy {
     KVModuleInfo getInfo();
 
   private:
-    template <class R>
-    static R xConvert(const KVValue& value) {
-        if constexpr (std::is_same_v<R, KVValue>) {
-            return value;
-        } else if constexpr (std::is_same_v<R, bool>) {
-            return value.toBool();
-        } else if constexpr (std::is_integral_v<R>) {
-            return xNarrow<R>(value.toInt());
-        } else if constexpr (std::is_floating_point_v<R>) {
-            return static_cast<R>(value.toFloat());
-        } else if constexpr (std::is_same_v<R, std::string>) {
-            return value.toString();
-        } else if constexpr (std::is_same_v<R, KVValue::List>) {
-            return value.toList();
-        } else {
-            static_assert(std::is_same_v<R, KVValue::Map>, "not a type that a call can return");
-            return value.toMap();
-        }
-    }
-
-    template <class R>
-    static R xNarrow(std::int64_t value) {
-        const R narrow = static_cast<R>(value);
-        const bool losesSign = std::is_unsigned_v<R> && value < 0;
-        if (losesSign || static_cast<std::int64_t>(narrow) != value) {
-            throw KVError(KVError::Cause::WrongType,
-                          "The result " + std::to_string(value) + " does not fit its type.");
-        }
-        return narrow;
-    }
-
     struct Private;
     std::shared_ptr<Private> fPrivate;
 };

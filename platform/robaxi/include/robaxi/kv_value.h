@@ -3,9 +3,12 @@
 
 #include <robaxi/robaxi_export.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <string>
+#include <string_view>
+#include <type_traits>
 #include <variant>
 #include <vector>
 
@@ -29,8 +32,27 @@ class ROBAXI_EXPORT KVValue {
     KVValue(double value);              // NOLINT(google-explicit-constructor)
     KVValue(const char* value);         // NOLINT(google-explicit-constructor)
     KVValue(const std::string& value);  // NOLINT(google-explicit-constructor)
-    KVValue(const List& value);         // NOLINT(google-explicit-constructor)
-    KVValue(const Map& value);          // NOLINT(google-explicit-constructor)
+    /**
+     * Any other type of integer, such as `unsigned`, `long long` or `std::size_t`.
+     *
+     * @throws KVError (InvalidArgument) above the largest integer of 64 bits with a sign
+     */
+    template <class T, std::enable_if_t<std::is_integral_v<T>, int> = 0>
+    KVValue(T value)  // NOLINT(google-explicit-constructor)
+        : KVValue(xSigned(value)) {}
+    template <class T, std::enable_if_t<std::is_same_v<T, std::string_view>, int> = 0>
+    KVValue(T value)  // NOLINT(google-explicit-constructor)
+        : KVValue(std::string(value)) {}
+    /** @name Refused by the compiler: a pointer would be taken for a bool */
+    ///@{
+    template <class T, std::enable_if_t<!std::is_same_v<std::remove_cv_t<T>, char>, int> = 0>
+    KVValue(T* value) = delete;
+    template <class T, class C>
+    KVValue(T C::*value) = delete;
+    KVValue(std::nullptr_t) = delete;
+    ///@}
+    KVValue(const List& value);  // NOLINT(google-explicit-constructor)
+    KVValue(const Map& value);   // NOLINT(google-explicit-constructor)
     KVValue(const KVValue&);
     KVValue(KVValue&&) noexcept;
     KVValue& operator=(const KVValue&);
@@ -53,6 +75,14 @@ class ROBAXI_EXPORT KVValue {
     const std::string& toString() const;
     const List& toList() const;
     const Map& toMap() const;
+    /**
+     * The value as a C++ type: bool, a type of integer or floating-point number, std::string, List,
+     * Map or KVValue.
+     *
+     * @throws KVError WrongType also for an integer that T cannot hold
+     */
+    template <class T>
+    T to() const;
     ///@}
 
     /**
@@ -76,7 +106,22 @@ class ROBAXI_EXPORT KVValue {
     /** Returns the name shown to users: "nothing", "bool", "int", "float", "string", ... */
     static const char* typeName(Type type) noexcept;
 
+    /** The type that a value made from a T has, and that to<T>() takes; Nothing for KVValue. */
+    template <class T>
+    static constexpr Type typeOf();
+
   private:
+    static std::int64_t xSigned(std::uint64_t value);
+    template <class T>
+    static std::int64_t xSigned(T value) {
+        if constexpr (std::is_unsigned_v<T> && sizeof(T) >= sizeof(std::int64_t)) {
+            return xSigned(std::uint64_t{value});
+        } else {
+            return std::int64_t{value};
+        }
+    }
+    [[noreturn]] static void xRefuseNarrowing(std::int64_t value);
+
     struct Binary {
         bool operator==(const Binary& other) const { return fBytes == other.fBytes; }
 
@@ -84,5 +129,50 @@ class ROBAXI_EXPORT KVValue {
     };
     std::variant<std::monostate, bool, std::int64_t, double, std::string, Binary, List, Map> fData;
 };
+
+template <class T>
+constexpr KVValue::Type KVValue::typeOf() {
+    if constexpr (std::is_same_v<T, KVValue>) {
+        return Type::Nothing;
+    } else if constexpr (std::is_same_v<T, bool>) {
+        return Type::Bool;
+    } else if constexpr (std::is_integral_v<T>) {
+        return Type::Int;
+    } else if constexpr (std::is_floating_point_v<T>) {
+        return Type::Float;
+    } else if constexpr (std::is_same_v<T, std::string>) {
+        return Type::String;
+    } else if constexpr (std::is_same_v<T, List>) {
+        return Type::List;
+    } else {
+        static_assert(std::is_same_v<T, Map>, "no value is converted to this type");
+        return Type::Map;
+    }
+}
+
+template <class T>
+T KVValue::to() const {
+    constexpr Type type = typeOf<T>();
+    if constexpr (type == Type::Nothing) {
+        return *this;
+    } else if constexpr (type == Type::Bool) {
+        return toBool();
+    } else if constexpr (type == Type::Int) {
+        const std::int64_t value = toInt();
+        const T narrow = static_cast<T>(value);
+        if ((std::is_unsigned_v<T> && value < 0) || static_cast<std::int64_t>(narrow) != value) {
+            xRefuseNarrowing(value);
+        }
+        return narrow;
+    } else if constexpr (type == Type::Float) {
+        return static_cast<T>(toFloat());
+    } else if constexpr (type == Type::String) {
+        return toString();
+    } else if constexpr (type == Type::List) {
+        return toList();
+    } else {
+        return toMap();
+    }
+}
 
 #endif
