@@ -10,7 +10,7 @@
 
 namespace bench {
 
-/** "avahi-browse --resolve" beside us, with the time of everything that it writes. */
+/** An "avahi-browse --resolve" process and the times of its output. */
 class BrowsePeer {
   public:
     explicit BrowsePeer(const std::string& type);

@@ -1,6 +1,6 @@
-// How long robots take from their announcement to the discovery map, from their goodbye out of it,
-// and from the start of a new Avahi daemon to the full map; beside what avahi-browse needs for the
-// same in the same run. A robot is a host of a lab with "avahi-publish" in it.
+// Measures the time from a robot's announcement to its entry in the discovery map, from its goodbye
+// to its removal, and from the start of a new Avahi daemon to the complete map, compared with
+// avahi-browse in the same run. A robot is a host of a lab that runs "avahi-publish".
 //
 //   lab/run -- build/release/bench/bonjour_discovery_bench [ROBOTS]
 
@@ -56,21 +56,21 @@ void control(const Arguments& arguments) {
     }
 }
 
-/** A host of the lab that announces itself when it is told to. */
+/** A host of the lab that announces itself on request. */
 class Robot {
   public:
     explicit Robot(const std::string& name) : fName(name) { control({"add", fName}); }
 
     const std::string& name() const { return fName; }
 
-    /** Starts to announce the robot. The child lives no longer than the thread that calls. */
+    /** Starts announcing the robot. The child ends with the thread that calls this. */
     void announce() {
         fAnnouncement = std::make_unique<ChildProcess>(
             controlCommand({"exec", fName, "--", "avahi-publish", "-s", fName,
                             BonjourDiscovery::fRobaxServiceType, "9559"}));
     }
 
-    /** Gives the time at which the robot's daemon has announced it. */
+    /** Returns the time at which the robot's daemon has announced it. */
     Clock::time_point waitForAnnouncement() {
         if (!fAnnouncement->waitForErrors("Established")) {
             throw std::runtime_error(fName + " is not announced: " + fAnnouncement->errors());
@@ -78,7 +78,7 @@ class Robot {
         return Clock::now();
     }
 
-    /** Ends the announcement, and gives the time at which the goodbye is said. */
+    /** Ends the announcement, and returns the time of the goodbye. */
     Clock::time_point sayGoodbye() {
         fAnnouncement->signal(SIGTERM);
         if (!fAnnouncement->waitForErrors("Got SIGTERM")) {
@@ -102,7 +102,7 @@ Robots makeRobots(int count) {
     return robots;
 }
 
-/** Lets all robots do something at once, and gives the time of each. */
+/** Runs an action on all robots at once, and returns the time of each. */
 Times letAll(const Robots& robots, const std::function<Clock::time_point(Robot&)>& action) {
     std::map<std::string, std::future<Clock::time_point>> pending;
     for (const auto& robot : robots) {
@@ -128,7 +128,7 @@ Times allAt(const Robots& robots, Clock::time_point time) {
     return times;
 }
 
-/** Prints the figures of one line; every robot has to be there. */
+/** Prints the figures of one line; requires a time for every robot. */
 void print(const char* what, const Times& starts, const Times& ends) {
     std::vector<double> figures;
     for (const auto& [name, start] : starts) {
@@ -145,7 +145,7 @@ void print(const char* what, const Times& starts, const Times& ends) {
     std::printf("%-46s %9.0f %9.0f %9.0f\n", what, at(0.5), at(0.95), at(1.0));
 }
 
-/** Listens, and keeps the times of the discovery map, taken in the library's signals. */
+/** Records the times of changes of the discovery map, in the library's signals. */
 class MapTimes {
   public:
     MapTimes()

@@ -11,10 +11,12 @@ namespace bench {
 
 using Clock = std::chrono::steady_clock;
 
-/** When each of the robots came, or went; filled by one thread, waited for by another. */
+/**
+ * Times at which robots appeared or disappeared; one thread adds them, another one waits for them.
+ */
 class SightingTimes {
   public:
-    /** Notes the present time for a robot, unless it has one. */
+    /** Records the current time for a robot, unless it already has one. */
     void add(const std::string& robot) {
         const Clock::time_point now = Clock::now();
         const std::lock_guard<std::mutex> lock(fMutex);
@@ -27,8 +29,9 @@ class SightingTimes {
         fTimes.clear();
     }
 
-    /** Waits until there is a time of so many robots, and gives what there is when the bound is
-     * over. */
+    /**
+     * Waits until there are times of `count` robots; returns the existing ones after the time-out.
+     */
     std::map<std::string, Clock::time_point> waitFor(std::size_t count,
                                                      std::chrono::seconds bound) const {
         std::unique_lock<std::mutex> lock(fMutex);

@@ -1,6 +1,7 @@
-// How long a user waits: from the click in the launcher to the robot browser, and from "Connect to"
-// to the docked viewer. Run it as
-// tests/support/run_isolated --display xvfb -- build/release/bench/bench_browser_open
+// Measures the time from the click in the launcher to the robot browser, and from "Connect to" to
+// the docked viewer.
+//
+//   tests/support/run_isolated --display xvfb -- build/release/bench/bench_browser_open
 
 #include "main_window.h"
 #include "plugin_loader.h"
@@ -37,7 +38,7 @@ double milliseconds(const QElapsedTimer& timer) {
     return static_cast<double>(timer.nsecsElapsed()) / 1e6;
 }
 
-/** The user in front of the browser: types the address and connects. */
+/** A simulated user of the browser: types the address and connects. */
 class User : public QObject {
   public:
     User(int port, const QElapsedTimer& sinceClick) : fPort(port), fSinceClick(sinceClick) {

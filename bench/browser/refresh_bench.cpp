@@ -1,6 +1,7 @@
-// What one refresh of the robot list costs, and how long the event loop is held while robots come
-// and go. Run it as tests/support/run_isolated -- build/release/bench/bench_browser_refresh
-// [SECONDS]
+// Measures the cost of one refresh of the robot list, and event-loop stalls while robots come and
+// go.
+//
+//   tests/support/run_isolated -- build/release/bench/bench_browser_refresh [SECONDS]
 
 #include "announced.h"
 #include "browserobots_dialog.h"
@@ -30,7 +31,7 @@ double median(std::vector<double> values) {
     return values[values.size() / 2];
 }
 
-/** Milliseconds that a call takes, the median of some. */
+/** Returns the median duration of a call in milliseconds. */
 template <class Call>
 double measure(Call call) {
     std::vector<double> times;
@@ -70,7 +71,7 @@ void announce(obvista_test::Announced& announced, int index, const QByteArray& p
     }
 }
 
-/** The floor: the same pictures decoded, without a list. */
+/** Lower bound: decodes the same pictures without a list. */
 double decodeOnly(int rows, const QByteArray& picture) {
     return measure([&] {
         for (int row = 0; row < rows; ++row) {
@@ -101,7 +102,7 @@ void measurePasses() {
     }
 }
 
-/** The longest time between two turns of the event loop, in ms. */
+/** Returns the longest time between two turns of the event loop, in ms. */
 double longestHold(std::chrono::seconds duration) {
     QElapsedTimer sinceTurn;
     double longest = 0;
@@ -146,7 +147,7 @@ void measureChurn(std::chrono::seconds duration) {
         busy, static_cast<long long>(duration.count()), idle);
 }
 
-/** Among robots that all have one of the pictures that take longest to decode. */
+/** Measures robots that all have one of the pictures that take longest to decode. */
 void measureWorstPictures(std::chrono::seconds duration) {
     constexpr int robots = 50;
     std::printf("%34s  %12s  %22s\n", "picture", "decoding, ms", "hold among 50 such, ms");
@@ -161,7 +162,7 @@ void measureWorstPictures(std::chrono::seconds duration) {
         }
         BrowseRobotsDialog dialog(nullptr, QString(), QString());
         dialog.show();
-        longestHold(std::chrono::seconds(1));  // the first pass makes the rows
+        longestHold(std::chrono::seconds(1));  // the first refresh creates the rows
         std::printf("%34s  %12.2f  %22.1f\n", picture.fName, median(times), longestHold(duration));
     }
 }

@@ -1,5 +1,6 @@
-// Time to make a picture of a frame, for each format and two sizes, beside copying the bytes of the
-// frame. RGB and grey are wrapped where they are, so they cost next to nothing whatever their size.
+// Measures the time to convert a frame into a picture, for each format and two sizes, compared with
+// copying the bytes of the frame. RGB and grey frames are wrapped in place, so they cost next to
+// nothing at any size.
 //
 //   cameraviewer_decode_bench [ROUNDS]
 #include <QImage>
@@ -33,7 +34,7 @@ constexpr std::array a_formats{
     Format{"RGB", KVPixelFormat::Rgb888, 3}, Format{"grey", KVPixelFormat::Grey8, 1},
     Format{"YUV 4:2:2", KVPixelFormat::Yuv422, 2}, Format{"JPEG", KVPixelFormat::Jpeg, 0}};
 
-/** Shapes, slopes and the noise of a sensor. */
+/** Generates shapes, slopes and sensor noise. */
 QImage scene(int width, int height) {
     std::mt19937 random(1);
     QImage image(width, height, QImage::Format_RGB888);
@@ -82,7 +83,7 @@ double median(std::vector<double> values) {
     return values[values.size() / 2];
 }
 
-/** Decoding and copying take turns, so that what else the machine does falls on both alike. */
+/** Decoding and copying alternate, so that other load of the machine affects both equally. */
 void measure(const QImage& image, const Format& format, int rounds) {
     const Bytes bytes = bytesOf(image, format);
     const KVFrame frame = frameOf(image, format, bytes);
@@ -99,7 +100,7 @@ void measure(const QImage& image, const Format& format, int rounds) {
         std::memcpy(copy.data(), bytes.data(), bytes.size());
         decoding.push_back(milliseconds(middle - start));
         copying.push_back(milliseconds(Clock::now() - middle));
-        if (copy != bytes) {  // which also keeps the copy from being left out
+        if (copy != bytes) {  // the comparison keeps the compiler from removing the copy
             std::abort();
         }
     }

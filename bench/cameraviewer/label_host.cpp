@@ -1,5 +1,5 @@
-// The least that Qt can do with the frames of a camera: each one, as it comes, a pixmap in a label.
-// No checks, no figures, and decoding on the GUI thread. Runs until it is killed.
+// A minimal Qt viewer: shows each frame of a camera, as it arrives, as a pixmap in a label. No
+// checks, no figures, decoding on the GUI thread. Runs until it is killed.
 //
 //   cameraviewer_bench_label ROBOT_PORT WIDTH HEIGHT
 #include "shown_rect.h"

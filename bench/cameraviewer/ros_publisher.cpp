@@ -1,5 +1,5 @@
-// Gives the frames of a robot's camera to ROS, for its image viewer. JPEGs are decoded here, since
-// the transport that takes them is a package of its own: the viewer beside ours has it easier.
+// Publishes the frames of a robot's camera to ROS, for its image viewer. JPEGs are decoded here,
+// since the transport for them is a separate package, which is an advantage for ROS's viewer.
 //
 //   cameraviewer_bench_ros ROBOT_PORT
 #include <robaxi/kv_broker.h>

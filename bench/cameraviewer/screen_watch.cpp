@@ -12,7 +12,10 @@ namespace {
 
 constexpr int a_columns = 40;
 
-/** Whether the last 16 blocks of a strip could be there, which few places on a screen pass. */
+/**
+ * Returns true if the last 16 blocks of a strip could be at this place, which is rarely the case
+ * elsewhere on a screen.
+ */
 bool hasEndOfStrip(const QImage& screen, int left, int top, int block) {
     constexpr unsigned bits = 0xa55a;
     for (int bit = 0; bit < 16; ++bit) {
@@ -51,7 +54,7 @@ std::optional<ShownRect> ScreenWatch::find(int width) {
 
 std::optional<obvista_test::FrameStamp> ScreenWatch::read() const {
     QScreen* screen = QGuiApplication::primaryScreen();
-    std::map<int, QImage> lines;  // only those that are asked for, as each takes time
+    std::map<int, QImage> lines;  // only the requested ones, as each takes time
     const auto luma = [&](int x, int y) {
         QImage& line = lines[y];
         if (line.isNull()) {

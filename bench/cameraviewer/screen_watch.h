@@ -6,22 +6,22 @@
 
 namespace bench {
 
-/** Where a picture stands on the screen, pixels. */
+/** Position of a picture on the screen in pixels. */
 struct ShownRect {
     int fLeft = 0;
     int fTop = 0;
     double fWidth = 0;
 };
 
-/** Reads which frame stands on the screen, of whatever program, from outside of it. */
+/** Reads from the screen, for any program, which frame is displayed. */
 class ScreenWatch {
   public:
     explicit ScreenWatch(const ShownRect& rect) : fRect(rect) {}
 
-    /** @return nothing while there is no picture, and of one that is half painted */
+    /** @return nothing while there is no picture, or it is only partly painted */
     std::optional<obvista_test::FrameStamp> read() const;
 
-    /** Looks for a picture of that width anywhere on the screen. */
+    /** Searches the whole screen for a picture of that width. */
     static std::optional<ShownRect> find(int width);
 
   private:

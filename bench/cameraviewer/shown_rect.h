@@ -8,14 +8,16 @@ class QWidget;
 
 namespace bench {
 
-/** Shows a window without a frame in which a picture of 1280x720 fits, where the screen allows. */
+/** Shows a frameless window with room for a picture of 1280x720, if the screen is large enough. */
 void showLarge(QMainWindow& window);
 
-/** Milliseconds in which a window manager has placed a window, and its layout is settled. */
+/** Milliseconds until a window manager has placed a window and its layout is settled. */
 constexpr int a_settling = 1500;
 
-/** Says on standard output where on the screen a picture of that size stands: in the middle of the
- *  view, and no larger than there is room: "shown LEFT TOP WIDTH". */
+/**
+ * Prints the position of a picture of that size on the screen: centred in the view, and no larger
+ * than there is room: "shown LEFT TOP WIDTH".
+ */
 void tellWhereShown(QWidget* view, const QSize& picture);
 
 }  // namespace bench

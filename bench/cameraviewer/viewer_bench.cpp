@@ -1,17 +1,17 @@
-// How fast and how fresh the camera viewer shows what a camera sees, beside a window that puts each
-// frame into a label. The robot, the viewer and this program are processes of their own; this one
-// looks at the screen and reads number and time out of the picture that stands there, so what is
-// measured is what a user sees. It looks every millisecond or two, which the times include.
+// Measures rate and latency of the camera viewer, compared with a window that puts each frame into
+// a label. The robot, the viewer and this program are separate processes. This program reads number
+// and time from the picture on the screen, so it measures the user's view. It reads every
+// millisecond or two, which the times include.
 //
 //   cameraviewer_bench [SECONDS [KIND|FORMAT...]]
 //
-// SECONDS are for each figure (10 when nothing is said; 1800 tells whether memory stays flat).
-// KINDs are viewer, label, image_view (that of ROS, where this was built with it) and slowed (the
-// viewer gets a tenth of the time it would have), FORMATs rgb and jpeg; all of those of which
-// nothing is said. It needs an X server: tests/support/run_isolated --display xvfb -- PROGRAM.
+// SECONDS is the duration of each measurement (default 10; 1800 to see whether memory stays
+// constant). KINDs are viewer, label, image_view (ROS's viewer, if this was built with it) and
+// slowed (the viewer with a tenth of its processor time), FORMATs rgb and jpeg; the default is all.
+// It needs an X server: tests/support/run_isolated --display xvfb -- PROGRAM.
 //
-// Memory is told as the slope of the line through one reading a second: a reading alone is as many
-// frames off as happen to be on their way, each of them nearly a megabyte.
+// Memory growth is the slope of a line fitted to one reading a second: a single reading varies by
+// the frames in flight, each of nearly a megabyte.
 #include "figures.h"
 #include "ros_master.h"
 #include "screen_watch.h"
@@ -63,7 +63,7 @@ constexpr double a_rate = 30;
 constexpr std::chrono::seconds a_warmUp{3};
 constexpr std::chrono::milliseconds a_look{1};
 
-/** Lets a process run for a tenth of the time only. */
+/** Restricts a process to a tenth of the time. */
 class Brake {
   public:
     explicit Brake(ChildProcess& process) : fThread([this, &process] { xRun(process); }) {}
@@ -88,7 +88,7 @@ class Brake {
     std::thread fThread;
 };
 
-/** What was seen of one program. */
+/** Results for one program. */
 struct Sighting {
     double fShown = 0;       ///< frames a second
     double fMedian = 0;      ///< milliseconds from the robot's stamp to the screen
@@ -97,7 +97,7 @@ struct Sighting {
     double fGrowth = 0;      ///< of resident memory, kB a minute
 };
 
-/** The slope of the line that fits points best. */
+/** Slope of the line fitted to points. */
 class Slope {
   public:
     void add(double x, double y) { fPoints.emplace_back(x, y); }
@@ -133,7 +133,7 @@ void set(int port, const Camera& camera) {
     video.callValue("setSettings", {KVValue("head"), KVValue(settings)});
 }
 
-/** Waits until a program has said where its picture stands. */
+/** Waits until a program has printed the position of its picture. */
 bench::ShownRect rectOf(ChildProcess& program) {
     bench::ShownRect rect;
     const bool isTold = program.waitForOutput("\n");
@@ -267,7 +267,9 @@ bench::ShownRect findOnScreen(ChildProcess& program, const Camera& camera) {
     throw std::runtime_error("no picture is shown: " + program.output() + program.errors());
 }
 
-/** Debian's package of the viewer lacks the description by which ROS finds its parts. */
+/**
+ * Creates the description through which ROS finds the viewer's plugins; Debian's package lacks it.
+ */
 void describeImageView(const QString& folder) {
     const QDir package(folder + QStringLiteral("/image_view"));
     package.mkpath(QStringLiteral("lib"));
@@ -332,7 +334,7 @@ std::string wordFor(const Camera& camera) {
     return camera.fFormat;
 }
 
-/** Those that are named by a word; all when none of them is. */
+/** Returns those named by an argument; all if none is named. */
 template <typename All>
 std::vector<typename All::value_type> wanted(const All& all,
                                              const std::vector<std::string>& words) {

@@ -1,4 +1,4 @@
-// The camera viewer in a window, as the host shows it, until it is killed.
+// Shows the camera viewer in a window, like the host, until it is killed.
 //
 //   cameraviewer_bench_viewer PLUGIN ROBOT_PORT WIDTH HEIGHT
 #include "shown_rect.h"
@@ -31,7 +31,7 @@ int main(int argc, char** argv) {
     bench::showLarge(window);
     auto* view = viewer->findChild<QWidget*>(QStringLiteral("cameraPicture"));
     const QSize picture(std::atoi(argv[3]), std::atoi(argv[4]));
-    // Pixel for pixel where there is room, as in the bare window.
+    // One picture pixel per screen pixel if there is room, as in the bare window.
     QTimer::singleShot(bench::a_settling, view, [viewer, view, picture] {
         if (view->width() >= picture.width() && view->height() >= picture.height()) {
             viewer->findChild<QAction*>(QStringLiteral("oneToOneAction"))->trigger();

@@ -1,4 +1,4 @@
-// The floor for the start of a program with a picture in a window: nothing else is done.
+// Lower bound for the start of a program with a picture in a window.
 
 #include <QApplication>
 #include <QLabel>

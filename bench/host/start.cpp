@@ -24,7 +24,7 @@ namespace {
 constexpr int a_runs = 21;
 constexpr qint64 a_limit = 30000;  // ms
 
-/** The middle of the screen, where a window manager puts a lone window, and the picture. */
+/** The middle of the screen, where a window manager places a single window, and the picture. */
 class Middle {
   public:
     Middle(QScreen& screen, const QImage& picture) : fScreen(screen) {
@@ -38,7 +38,7 @@ class Middle {
         }
     }
 
-    /** Whether something of the picture has been painted there. */
+    /** Returns true if a part of the picture has been painted there. */
     bool showsPicture() const {
         const QPoint middle = fScreen.geometry().center();
         const QImage pixel = fScreen.grabWindow(0, middle.x(), middle.y(), 1, 1).toImage();
@@ -91,7 +91,7 @@ void print(const char* name, const Figures& figures) {
                 figures.fMost);
 }
 
-/** Where discovery cannot run, no dialog about it shall cover the picture. */
+/** Without discovery, prevents its message box from covering the picture. */
 void switchDialogsOff(const QTemporaryDir& folder) {
     qputenv("XDG_CONFIG_HOME", QFile::encodeName(folder.path()));
     QSettings settings(folder.filePath(QStringLiteral("Quorvane Robotics/Obvista Desktop.conf")),
@@ -115,7 +115,7 @@ int main(int argc, char** argv) {
     switchDialogsOff(settings);
 
     const Middle middle(*QGuiApplication::primaryScreen(), QImage(arguments[3]));
-    startOnce(middle, obvista);  // from now on both are in the file cache
+    startOnce(middle, obvista);  // fills the file cache for both
     startOnce(middle, bareWindow);
     std::vector<double> obvistaTimes;
     std::vector<double> bareTimes;

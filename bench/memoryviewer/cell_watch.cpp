@@ -12,7 +12,7 @@ namespace bench {
 namespace {
 
 constexpr int a_contrast = 80;
-/** Where the ground is seen: inside the lines around a cell, outside of its text. */
+/** Where the background is visible: inside the lines around a cell, outside its text. */
 constexpr int a_inset = 2;
 
 }  // namespace

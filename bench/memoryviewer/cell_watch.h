@@ -5,13 +5,15 @@
 
 namespace bench {
 
-/** Looks at one cell on the screen. */
+/** Observes one cell on the screen. */
 class CellWatch {
   public:
     explicit CellWatch(const QRect& cell) : fCell(cell) {}
 
-    /** How many of its pixels belong to a text: those that stand out from the ground, whatever
-     *  colour that has at the moment. */
+    /**
+     * Returns the number of text pixels: those that differ from the background, whatever its
+     * current colour.
+     */
     int ink() const;
 
   private:

@@ -18,10 +18,10 @@ namespace bench {
 
 namespace {
 
-/** What is typed: lets pass ever fewer keys, and other ones with each letter. */
+/** Text to type: it matches fewer keys, and other ones, with each letter. */
 const QString a_text = QStringLiteral("unit007/drive3");
 constexpr std::size_t a_rounds = 3;
-/** Milliseconds from one key to the next, as a fast typist has them. */
+/** Milliseconds between keys of a fast typist. */
 constexpr int a_betweenKeys = 90;
 constexpr double a_nanosecondsInMillisecond = 1e6;
 
@@ -32,7 +32,7 @@ void press(QWidget& target, int key, const QString& text) {
     }
 }
 
-/** Forward through the text and back again. */
+/** Types the text forward and deletes it again. */
 void typeNext(QLineEdit& line, std::size_t typed) {
     const auto length = static_cast<std::size_t>(a_text.size());
     const std::size_t place = typed % (2 * length);
@@ -47,7 +47,7 @@ std::size_t keysToType() {
     return a_rounds * 2 * static_cast<std::size_t>(a_text.size());
 }
 
-/** Keys into a line edit that is painted at once. */
+/** Types into a line edit that is painted at once. */
 double floorOfTyping() {
     QLineEdit line;
     line.show();
@@ -88,7 +88,7 @@ void FilterTyping::xType() {
 bool FilterTyping::eventFilter(QObject* /*watched*/, QEvent* event) {
     if (event->type() == QEvent::Paint && fIsArranged) {
         fIsArranged = false;
-        // Queued, so that it comes when the painting that begins now has ended.
+        // Queued, to run after the painting that begins now.
         QMetaObject::invokeMethod(
             this, [this] { xOnPainted(); }, Qt::QueuedConnection);
     }

@@ -12,17 +12,17 @@ class QTreeView;
 namespace bench {
 
 /**
- * Types a filter, takes it back key by key, and so on, and measures from each key to the end of the
- * first painting of the view after its rows were arranged anew. Says on standard output, when it is
- * done, "typed MEDIAN LONGEST FLOOR" in milliseconds; the floor is the median from a key to the end
- * of the painting of a line edit that nobody listens to.
+ * Repeatedly types a filter and deletes it key by key. It measures from each key to the end of the
+ * first painting of the view after its rows were rearranged. When done, it prints "typed MEDIAN
+ * LONGEST FLOOR" in milliseconds; the floor is the median from a key to the end of the painting of
+ * an unconnected line edit.
  */
 class FilterTyping : public QObject {
   public:
-    /** Both outlive this. */
+    /** Both must outlive this object. */
     FilterTyping(QLineEdit* filter, QTreeView* view);
 
-    /** From the event loop, which has to run on. */
+    /** Starts from the event loop, which must continue to run. */
     void start();
 
   protected:

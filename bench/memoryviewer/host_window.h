@@ -10,23 +10,22 @@ class QModelIndex;
 
 namespace bench {
 
-/** The key whose value the benchmark sets to see when it appears. */
+/** The key whose value the benchmark sets and then searches on the screen. */
 constexpr const char* a_probedKey = "Ballamor/Clipboard";
 
-/** Milliseconds in which the keys have come, the window is placed, and its layout is settled. */
+/** Milliseconds until the keys are loaded, the window is placed, and its layout is settled. */
 constexpr int a_settling = 4000;
 
-/** Shows a window without a frame that fills the screen. */
+/** Shows a frameless window that fills the screen. */
 void fillScreen(QMainWindow& window);
 
-/** Says on standard output where on the screen a cell stands: "cell LEFT TOP WIDTH HEIGHT". */
+/** Prints the position of a cell on the screen: "cell LEFT TOP WIDTH HEIGHT". */
 void tellWhereShown(const QAbstractItemView& view, const QModelIndex& cell);
 
 /**
- * Says on standard output, each time one of them gets longer, how many milliseconds the longest
- * hold of this thread's event loop took and for how many this thread ran at most between two looks
- * at it: "NAME HELD RAN". Where the first is far above the second, the thread was kept from
- * running.
+ * Prints, each time one of them increases, the longest event-loop stall of this thread and the
+ * longest processor time of this thread between two samples, in milliseconds: "NAME HELD RAN". If
+ * the first is much longer than the second, the thread was not scheduled.
  */
 class LoopWatch {
   public:
@@ -38,7 +37,7 @@ class LoopWatch {
     const char* fName;
     QTimer fTimer;
     QElapsedTimer fSinceLook;
-    double fProcessorTime = 0;  // at the last look, milliseconds
+    double fProcessorTime = 0;  // at the last sample, milliseconds
     double fLongestHold = 0;
     double fLongestRun = 0;
 };

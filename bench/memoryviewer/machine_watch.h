@@ -6,8 +6,10 @@
 
 namespace bench {
 
-/** How long the machine keeps a thread from running that has next to nothing to do: what no event
- *  loop on it can do without. */
+/**
+ * Longest scheduling delay of a thread with next to nothing to do, a lower bound for the stalls of
+ * any event loop on the machine.
+ */
 class MachineWatch {
   public:
     MachineWatch();
@@ -15,7 +17,7 @@ class MachineWatch {
     MachineWatch(const MachineWatch&) = delete;
     MachineWatch& operator=(const MachineWatch&) = delete;
 
-    /** Milliseconds by which it woke too late, at most. */
+    /** Returns the longest delay of a wake-up in milliseconds. */
     double longestDelay() const { return fLongest; }
 
   private:

@@ -7,12 +7,12 @@
 
 namespace bench {
 
-/** How the resident memory of a process grows, by the line that fits what was seen best. */
+/** Growth of a process's resident memory: the slope of a line fitted to samples. */
 class MemorySlope {
   public:
     explicit MemorySlope(pid_t process) : fProcess(process) {}
 
-    /** Looks, at most once a second. */
+    /** Takes a sample, at most once a second. */
     void look();
     double megabytesAnHour() const;
 

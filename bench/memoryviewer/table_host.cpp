@@ -1,6 +1,6 @@
-// The least that Qt can do with values that change: a table of as many keys as are seen at once,
-// each value a text that is set when it comes, 50 times a second. It knows nothing of the other
-// keys. Runs until it is killed.
+// A minimal Qt viewer for changing values: a table with as many keys as are visible at once, each
+// value a text that is set when it arrives, 50 times a second. It does not subscribe to other keys.
+// Runs until it is killed.
 //
 //   memoryviewer_bench_table ROBOT_PORT
 #include "host_window.h"
@@ -68,7 +68,7 @@ class TableFeed : public QObject, public KVSubscription::Listener {
     }
     void ended(const KVError& error) override { std::fprintf(stderr, "%s\n", error.what()); }
 
-    /** Gives the first keys, by name, a row each. @return their identifiers */
+    /** Adds a row for each of the first keys, by name. @return their identifiers */
     std::vector<std::uint32_t> fillTable() {
         const std::lock_guard lock(fMutex);
         std::vector<std::uint32_t> ids;
@@ -100,7 +100,7 @@ class TableFeed : public QObject, public KVSubscription::Listener {
 
     QTableWidget* fTable;
     std::map<std::uint32_t, QTableWidgetItem*> fItems;
-    std::mutex fMutex;  // guards what follows
+    std::mutex fMutex;  // guards the members below
     std::map<std::string, std::uint32_t> fWanted;
     std::map<std::uint32_t, KVValue> fNewest;
 };

@@ -1,19 +1,19 @@
-// What it takes the memory viewer to show a robot of 10,000 keys of which 1,000 change 50 times a
-// second, beside a table of 50 keys of that robot that does nothing else. The robot, the viewer
-// and this program are processes of their own. This one sets a value at the robot again and again
-// and looks at the screen until it stands there, so the time includes the way to the robot, and is
-// what a user sees. It looks every millisecond or two.
+// Measures the cost for the memory viewer of a robot with 10,000 keys of which 1,000 change 50
+// times a second, compared with a plain table of 50 keys of that robot. The robot, the viewer and
+// this program are separate processes. This program repeatedly sets a value at the robot and reads
+// the screen until the value appears, so the time includes the way to the robot, as for a user. It
+// reads every millisecond or two.
 //
 //   memoryviewer_bench [SECONDS [KIND...]]
 //
-// SECONDS are for each kind (30 when nothing is said; 600 for the longest hold of the event loop,
-// 1800 for the growth of memory, which means nothing in a short run). KINDs are viewer, table,
-// sorted (the viewer sorted by value, for which all 10,000 keys are subscribed) and filter (keys
-// typed into the filter, whatever SECONDS says, beside a line edit that filters nothing); all when
-// nothing is said. It needs an X server: tests/support/run_isolated --display xvfb -- PROGRAM.
+// SECONDS is the duration for each kind (default 30; 600 for the longest event-loop stall, 1800 for
+// the growth of memory, which a short run cannot measure). KINDs are viewer, table, sorted (the
+// viewer sorted by value, which subscribes to all 10,000 keys) and filter (keys typed into the
+// filter for a fixed time, compared with a line edit that filters nothing); the default is all. It
+// needs an X server: tests/support/run_isolated --display xvfb -- PROGRAM.
 //
-// Wanted of the viewer: 25 % of a core, holds of 100 ms, 60 ms to the screen, 2 MB an hour, 50 ms
-// from a key in the filter to its result.
+// Targets for the viewer: 25 % of a core, stalls of 100 ms, 60 ms to the screen, 2 MB an hour, 50
+// ms from a key in the filter to its result.
 #include "cell_watch.h"
 #include "figures.h"
 #include "machine_watch.h"
@@ -51,14 +51,14 @@ constexpr std::chrono::milliseconds a_look{1};
 constexpr std::chrono::seconds a_longestWait{5};
 constexpr std::chrono::seconds a_settling{2};
 
-/** What a program has written behind the newest of these words. */
+/** Returns the program's newest output after one of these words. */
 std::string told(const ChildProcess& program, const std::string& word) {
     const std::string output = program.output();
     const std::size_t at = output.rfind(word + ' ');
     return at == std::string::npos ? std::string() : output.substr(at + word.size() + 1);
 }
 
-/** The rectangle that a program says its cell stands in. */
+/** Returns the printed rectangle of a program's cell. */
 QRect cellOf(ChildProcess& program) {
     const bool isTold = program.waitForOutput("cell ") && program.waitForOutput("hold ");
     int left = 0;
@@ -77,7 +77,7 @@ struct Hold {
     double fRan = 0;
 };
 
-/** The newest figures of that name that a program's LoopWatch has written. */
+/** Returns the newest figures of that name that a program's LoopWatch has printed. */
 Hold toldHold(const ChildProcess& program, const std::string& name) {
     Hold hold;
     if (std::sscanf(told(program, name).c_str(), "%lf %lf", &hold.fHeld, &hold.fRan) != 2) {
@@ -86,7 +86,7 @@ Hold toldHold(const ChildProcess& program, const std::string& name) {
     return hold;
 }
 
-/** Sets the value of the cell and sees it appear. */
+/** Sets the value of the cell and waits until it appears. */
 class Probe {
   public:
     Probe(int port, const QRect& cell)
@@ -103,7 +103,7 @@ class Probe {
         fThreshold = (little + much) / 2;
     }
 
-    /** @return milliseconds until it stood on the screen */
+    /** @return milliseconds until it was on the screen */
     double run() {
         fIsMuch = !fIsMuch;
         const auto begin = Clock::now();
@@ -133,7 +133,7 @@ class Probe {
     bool fIsMuch = true;
 };
 
-/** A while that is no multiple of the period of anything. */
+/** Waits for a random time that is not a multiple of any period. */
 void rest(std::mt19937& random) {
     constexpr int least = 80;
     constexpr int spread = 80;

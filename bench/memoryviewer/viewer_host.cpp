@@ -1,10 +1,9 @@
-// The memory viewer in a window, as the host shows it, until it is killed. Beside the key that is
-// probed, the branches of the first drives that change are open, so that what is seen changes.
+// Shows the memory viewer in a window, like the host, until it is killed. Beside the probed key,
+// the branches of the first changing drives are expanded, so that visible values change.
 //
 //   memoryviewer_bench_viewer PLUGIN ROBOT_PORT [sorted|filter]
 //
-// "sorted" sorts by value, for which the viewer needs the values of all keys; "filter" types
-// filters.
+// "sorted" sorts by value, for which the viewer subscribes to all keys; "filter" types filters.
 #include "filter_typing.h"
 #include "host_window.h"
 
@@ -28,7 +27,7 @@ namespace {
 constexpr int a_rate = 50;
 constexpr int a_openUnits = 5;
 
-/** The row of a key by its path, as a tree by "/"; invalid when there is none. */
+/** Returns the row of a key by its path, in a tree by "/"; invalid if there is none. */
 QModelIndex rowOf(const QAbstractItemModel& model, const QString& path) {
     QModelIndex row;
     for (const QString& segment : path.split(QLatin1Char('/'))) {
@@ -45,7 +44,7 @@ QModelIndex rowOf(const QAbstractItemModel& model, const QString& path) {
     return row;
 }
 
-/** The tree that shows the key that is probed. */
+/** Returns the tree that shows the probed key. */
 QTreeView& treeOf(const QWidget& viewer) {
     for (QTreeView* tree : viewer.findChildren<QTreeView*>()) {
         if (tree->model() != nullptr && rowOf(*tree->model(), bench::a_probedKey).isValid()) {
@@ -77,7 +76,10 @@ void sortBy(QTreeView& tree, int column) {
     tree.sortByColumn(column, Qt::AscendingOrder);
 }
 
-/** As often as the values change, so that the way to the screen is not one of waiting. */
+/**
+ * Sets the rate at which the values change, so that waiting does not dominate the time to the
+ * screen.
+ */
 void askOften(const QWidget& viewer) {
     auto* rate = viewer.findChild<QComboBox*>(QStringLiteral("memoryRate"));
     if (rate == nullptr || rate->findData(a_rate) < 0) {
@@ -116,7 +118,7 @@ std::unique_ptr<bench::FilterTyping> typeFilters(const QWidget& viewer) {
     return typing;
 }
 
-/** An exception cannot pass through the event loop. */
+/** Catches exceptions, which must not propagate through the event loop. */
 template <typename Step>
 void endWhenItFails(Step step) {
     try {

@@ -1,6 +1,7 @@
-// What a frame of the plots costs when one million points are panned and zoomed, what it costs to
-// take a point, and what share of a core ten curves at 50 Hz take. Run it as
-// tests/support/run_isolated --display xvfb -- build/release/bench/bench_plots [SECONDS]
+// Measures the cost of a frame of the plots while one million points are panned and zoomed, the
+// cost of adding a point, and the processor share of ten curves at 50 Hz.
+//
+//   tests/support/run_isolated --display xvfb -- build/release/bench/bench_plots [SECONDS]
 
 #include "plots/plot_canvas.h"
 #include "plots/plot_history.h"
@@ -50,7 +51,7 @@ Times summary(std::vector<double> times) {
     return {times[times.size() / 2], times.back()};
 }
 
-/** Milliseconds of each call. */
+/** Returns the milliseconds of each call. */
 Times measure(int count, const std::function<void(int)>& call) {
     std::vector<double> times;
     for (int i = 0; i < count; ++i) {
@@ -66,7 +67,7 @@ void print(const char* what, const Times& times) {
     std::printf("%-58s %8.2f  %8.2f\n", what, times.fMedian, times.fWorst);
 }
 
-/** A wave with noise, which is the most there is to draw. */
+/** A wave with noise, the most expensive kind of curve. */
 class Signal {
   public:
     double operator()(int i) { return std::sin(i / 3000.0) + 0.2 * fNoise(fRandom); }
@@ -104,7 +105,7 @@ double fill(PlotPanel& panel, int curves) {
     return static_cast<double>(timer.nsecsElapsed()) / a_points;
 }
 
-/** All that a pan or zoom does, from the time axis to the pixels in the window. */
+/** Performs a complete pan or zoom, from the time axis to the pixels in the window. */
 void paint(PlotPanel& panel, PlotView& view) {
     view.refresh();
     panel.repaint();
@@ -157,7 +158,7 @@ void measureFrames(int curves) {
     std::printf("%-58s %8.1f ns a point\n", "append", append);
 }
 
-/** The peer: what the library does by itself with as many points. */
+/** The peer: the plot library alone with as many points. */
 void measurePlainCurves(int curves) {
     QwtPlot plot;
     plot.resize(a_size);

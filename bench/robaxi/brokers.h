@@ -7,10 +7,10 @@ namespace bench {
 
 constexpr const char* a_loopback = "127.0.0.1";
 
-/** A broker on a port of the loopback that was free. */
+/** Creates a broker on a free port of the loopback. */
 boost::shared_ptr<KVBroker> listenOnLoopback();
 
-/** A broker that listens nowhere. */
+/** Creates a broker that does not listen. */
 boost::shared_ptr<KVBroker> makeClient();
 
 }  // namespace bench

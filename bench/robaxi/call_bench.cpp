@@ -1,7 +1,7 @@
-// Round trip and rate of small calls, beside plain TCP with the same hand-over between threads (and
-// roscpp beside the same, where it is installed); and round trip over a connection that carries a
-// camera's frames too, beside one that does not. The robot's end runs in a process of its own.
-// Rounds of all alternate, so that what else the machine does falls on all alike.
+// Measures round trip and rate of small calls, compared with plain TCP with the same hand-over
+// between threads (and with roscpp, if installed), and the round trip over a connection that also
+// carries a camera's frames, compared with one that does not. The robot's end runs in a separate
+// process. Rounds of all alternate, so that other load of the machine affects all equally.
 //
 //   call_bench [ROUNDS]
 #include "brokers.h"
@@ -54,7 +54,7 @@ int serve() {
     return EXIT_SUCCESS;
 }
 
-/** Microseconds that each of many calls takes, one after the other. */
+/** Measures the microseconds of each of many successive calls. */
 void measureRoundTrips(const Call& call, std::vector<double>& times) {
     const auto end = Clock::now() + a_lengthOfRound;
     for (auto start = Clock::now(); start < end;) {
@@ -65,7 +65,7 @@ void measureRoundTrips(const Call& call, std::vector<double>& times) {
     }
 }
 
-/** Calls a second with several callers at once. */
+/** Returns the calls a second of several concurrent callers. */
 double measureRate(const Call& call) {
     std::atomic<bool> stop{false};
     std::atomic<std::size_t> calls{0};
@@ -122,7 +122,7 @@ class Measurement {
                     a_framesOfSecond);
         bench::printHeading("without", "with");
         xCompareTimes(fTimesBesideCamera, fTimes);
-        // Of some thousand calls a second, these meet a frame.
+        // Of some thousand calls a second, these coincide with a frame.
         constexpr double butOneInThousand = 0.999;
         bench::compare("round trip, 99.9th percentile",
                        bench::quantile(fTimesBesideCamera, butOneInThousand),

@@ -20,10 +20,10 @@ namespace bench {
 
 constexpr std::size_t a_bytesOfPixel = 3;
 
-/** A broker's camera: the same RGB frame again and again, while somebody watches it. */
+/** A broker's camera: publishes the same RGB frame repeatedly while it has watchers. */
 class Camera {
   public:
-    /** To be made once for a broker. @param period from one frame to the next */
+    /** Create one for each broker. @param period from one frame to the next */
     Camera(KVBroker& broker, std::uint32_t width, std::uint32_t height,
            std::chrono::microseconds period);
     ~Camera();
@@ -36,16 +36,16 @@ class Camera {
     std::thread fThread;
 };
 
-/** Watches the far end's camera, and counts what comes. */
+/** Watches the far end's camera and counts the received frames. */
 class Watcher : private KVFrameStream::Listener {
   public:
-    /** Returns when the first frame has come. @throws std::runtime_error when none comes */
+    /** Returns when the first frame has arrived. @throws std::runtime_error if none arrives */
     explicit Watcher(const boost::shared_ptr<KVConnection>& connection);
 
-    /** Of all frames that were received. */
+    /** Returns the bytes of all received frames. */
     const std::atomic<std::uint64_t>& bytes() const { return fBytes; }
     std::uint64_t frames() const { return fFrames; }
-    /** Frames that the camera made since the first one and that were given up for newer ones. */
+    /** Returns the number of frames since the first one that were replaced by newer ones. */
     std::uint64_t framesLeftOut() const { return fFramesLeftOut; }
 
   private:

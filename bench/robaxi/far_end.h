@@ -6,8 +6,10 @@
 
 namespace bench {
 
-/** This program once more, or another one, with an argument. It is there when it has called
- * serveAt(), and ends with the object. */
+/**
+ * A child process, this program or another one, with an argument. It is ready when it has called
+ * serveAt(), and ends with the object.
+ */
 class FarEnd {
   public:
     explicit FarEnd(const std::string& argument = "--serve",
@@ -27,7 +29,7 @@ class FarEnd {
     int fPlainPort = 0;
 };
 
-/** To be called in the far end: tells its ports and returns when it is to end. */
+/** Called in the far end: reports its ports and returns when it is to end. */
 void serveAt(int brokerPort, int plainPort);
 
 }  // namespace bench

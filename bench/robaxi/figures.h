@@ -16,11 +16,11 @@ void printHeading(const char* peer = "plain TCP", const char* ours = "robaxi");
 void compare(const char* what, double ours, double peers, const char* unit);
 ///@}
 
-/** The value below which this part (0 to 1) of the values lies. */
+/** Returns the quantile of the values at `part` (0 to 1). */
 double quantile(std::vector<double>& values, double part);
 double median(std::vector<double>& values);
 
-/** What moved in a while, and what it took this process and its far end. */
+/** Amount moved in an interval, and its cost for this process and its far end. */
 struct Flow {
     double fSeconds = 0;
     double fProcessorSeconds = 0;
@@ -30,14 +30,15 @@ struct Flow {
     double cost() const { return fProcessorSeconds / fMoved; }
 };
 
-/** Lets a flow go on for some seconds and measures it, by a count that only grows.
+/**
+ * Measures a flow for some seconds by a counter that only increases.
  *
- *  @throws std::runtime_error when nothing moves */
+ * @throws std::runtime_error if nothing moves
+ */
 Flow measureFlow(pid_t farEnd, const std::atomic<std::uint64_t>& count,
                  std::chrono::milliseconds length);
 
-/** Processor time that a process of this user has taken so far, in seconds, all threads together.
- */
+/** Returns the processor time of a process of this user so far, in seconds, of all threads. */
 double processorSeconds(pid_t process);
 
 /**

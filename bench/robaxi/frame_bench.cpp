@@ -1,5 +1,5 @@
-// Frames of a camera that reach a client, in bytes a second, and the processor time a gigabyte
-// takes, beside the same bytes over plain TCP (and roscpp beside the same, where it is installed).
+// Measures a camera's frames that reach a client, in bytes a second, and the processor time a
+// gigabyte, compared with the same bytes over plain TCP (and with roscpp, if installed).
 //
 //   robaxi_frame_bench [ROUNDS]
 #include "brokers.h"
@@ -25,7 +25,7 @@ constexpr int a_timeOut = 10;  // seconds
 constexpr std::uint32_t a_width = 1280;
 constexpr std::uint32_t a_height = 720;
 constexpr std::size_t a_bytesOfFrame = std::size_t{a_width} * a_height * bench::a_bytesOfPixel;
-/** More often than a frame of this size gets through. */
+/** Shorter than the transfer of a frame of this size. */
 constexpr std::chrono::microseconds a_period{500};
 constexpr std::chrono::milliseconds a_lengthOfRound{1000};
 constexpr std::chrono::milliseconds a_warmUp{300};

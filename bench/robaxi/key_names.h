@@ -10,10 +10,10 @@ namespace bench {
 
 constexpr int a_keys = 10000;
 
-/** The names of the values that change: a_keys, of about 30 characters. */
+/** Returns the names of the changing values: a_keys, of about 30 characters. */
 std::vector<std::string> keyNames();
 
-/** Keeps the newest value of each key, found by its name. */
+/** The newest value of each key, looked up by its name. */
 class NamedValues {
   public:
     NamedValues();

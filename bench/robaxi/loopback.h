@@ -4,10 +4,10 @@
 /** Plain TCP sockets on the loopback; each operation throws std::runtime_error when it fails. */
 namespace loopback {
 
-/** Listens at a port that was free. */
+/** Listens on a free port. */
 int listen(int& port);
 int connect(int port);
-/** Sends small messages without waiting for more. */
+/** Disables delayed sending of small messages. */
 void sendAtOnce(int socket);
 
 }  // namespace loopback

@@ -6,14 +6,16 @@
 #include <string>
 #include <thread>
 
-/** A stream of bytes over a plain TCP connection on the loopback, in one direction. */
+/** A unidirectional byte stream over a plain TCP connection on the loopback. */
 namespace plain_stream {
 
-/** Sends to one client at a time whatever it is given to send. */
+/** Sends generated data to one client at a time. */
 class Server {
   public:
-    /** @param fill puts what is to be sent next in place of the text; is asked as fast as the
-     *         client reads, on a thread of the server */
+    /**
+     * @param fill replaces the text with the data to send next; called as fast as the client reads,
+     *         on a thread of the server
+     */
     explicit Server(std::function<void(std::string&)> fill);
     ~Server();
     Server(const Server&) = delete;
@@ -37,7 +39,7 @@ class Client {
     Client(const Client&) = delete;
     Client& operator=(const Client&) = delete;
 
-    /** Reads some bytes, or exactly as many as wanted. @return how many; 0 at the end */
+    /** Reads some bytes, or exactly as many as requested. @return the number; 0 at the end */
     std::size_t readSome(char* to, std::size_t most) const;
     bool readAll(char* to, std::size_t count) const;
 

@@ -1,4 +1,4 @@
-// What robaxi_start_bench compares with: connects to a tcp_peer::Server and makes one call.
+// The peer of robaxi_start_bench: connects to a tcp_peer::Server and makes one call.
 #include "far_end.h"
 #include "tcp_peer.h"
 

@@ -1,5 +1,5 @@
-// The far end of what the benchmarks do with ROS's C++ library: answers calls, and publishes what
-// somebody subscribes to, as fast as it is taken.
+// The far end of the benchmarks with ROS's C++ library: answers calls, and publishes subscribed
+// topics as fast as they are received.
 #include "far_end.h"
 #include "key_names.h"
 #include "ros_names.h"
@@ -24,7 +24,7 @@ namespace {
 
 constexpr std::uint32_t a_callers = 8;
 constexpr std::uint32_t a_queue = 1000;
-/** Messages of many values, or images, on their way. */
+/** Large messages (many values, or images) in flight. */
 constexpr std::uint64_t a_largeInFlight = 2;
 
 bool echo(roscpp::Empty::Request& /*request*/, roscpp::Empty::Response& /*response*/) {
@@ -49,16 +49,16 @@ sensor_msgs::Image makeImage() {
     return image;
 }
 
-/** Numbers the messages, and waits until the last but a few have been taken. */
+/** Numbers the messages, and waits until all but a few have been received. */
 class Window {
   public:
     explicit Window(ros::NodeHandle& node)
         : fSubscriber(node.subscribe(ros_names::a_taken, a_queue, &Window::xTake, this,
                                      ros::TransportHints().tcpNoDelay())) {}
 
-    /** Gives a message its number, when there is room for it. */
+    /** Numbers a message when there is room for it. */
     void admit(std_msgs::Header& header, std::uint64_t inFlight) {
-        // What is sent while somebody connects gets lost, and no word of it comes.
+        // Messages sent while a subscriber connects are lost without a notification.
         constexpr std::chrono::milliseconds patience{100};
         std::unique_lock lock(fMutex);
         if (!fChanged.wait_for(lock, patience, [&] { return fNumber < fTaken + inFlight; })) {

@@ -7,14 +7,14 @@
 namespace bench {
 
 /**
- * ROS's name server, at a port of the loopback that was free. It ends with the object.
+ * ROS's name server, on a free port of the loopback. It ends with the object.
  *
- * The environment of this process is set so that it and the programs it starts from now on find
- * it, and keep their logs in a folder that goes with it.
+ * It sets the environment of this process so that this process and the programs that it starts find
+ * the server, and write their logs to a folder that is removed with it.
  */
 class RosMaster {
   public:
-    /** Returns when it listens. @throws std::runtime_error when it does not */
+    /** Returns when it listens. @throws std::runtime_error if it does not */
     RosMaster();
     ~RosMaster();
     RosMaster(const RosMaster&) = delete;

@@ -8,7 +8,7 @@
 
 namespace bench {
 
-/** What ROS's C++ library makes of the same task, with a far end in a process of its own. */
+/** The same task on ROS's C++ library, with a far end in a separate process. */
 class RosPeer {
   public:
     enum class Topic {
@@ -17,21 +17,20 @@ class RosPeer {
         Images      ///< 1280x720 RGB
     };
 
-    /** Of Topic::Images. */
+    /** Size of Topic::Images. */
     static constexpr int a_width = 1280;
     static constexpr int a_height = 720;
 
-    /** Starts it, with a master of its own. @return nothing where it is not installed, which is
-     * printed */
+    /** Starts it with a separate master. @return null, and prints so, if ROS is not installed */
     static std::unique_ptr<RosPeer> start();
 
     virtual ~RosPeer() = default;
 
-    /** A call without argument and result. Each thread that calls has a connection of its own. */
+    /** Makes a call without argument and result. Each calling thread has a separate connection. */
     virtual void call() = 0;
 
     /**
-     * Follows a topic for a while.
+     * Receives a topic for a while.
      *
      * @return its values, or its bytes
      */

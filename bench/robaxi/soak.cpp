@@ -143,7 +143,7 @@ class Idleness {
         double all = 0;
         double ticks = 0;
         constexpr int idleField = 3;
-        constexpr int fields = 8;  // up to "steal"; those behind are counted in the first ones
+        constexpr int fields = 8;  // up to "steal"; the rest is included in these
         for (int field = 0; field < fields && file >> ticks; ++field) {
             all += ticks;
             idle += field == idleField ? ticks : 0;

@@ -1,5 +1,5 @@
-// Cold start: a program that connects and makes one call, from its start to the end of the call,
-// and the memory that it has resident then. Beside a program that does the same over plain TCP
+// Measures the cold start: a program that connects and makes one call, from its start to the end of
+// the call, and its resident memory then. Compared with a program that does the same over plain TCP
 // without any library.
 //
 //   robaxi_start_bench [ROUNDS]
@@ -54,7 +54,7 @@ double residentMegabytes(pid_t process) {
     return size / kilobytes;
 }
 
-/** What visits by one program take. */
+/** Results of several runs of one program. */
 struct Visits {
     void run(const std::string& port, const std::string& program) {
         const auto start = std::chrono::steady_clock::now();

@@ -10,13 +10,13 @@
 #include <vector>
 
 /**
- * Calls over a plain TCP connection, as little as one can do with the same hand-over between
- * threads as the middleware: on the client one thread reads for all callers and wakes them, on the
+ * Calls over a plain TCP connection: a minimal implementation with the same hand-over between
+ * threads as the middleware. On the client one thread reads for all callers and wakes them, on the
  * server one thread reads and hands the calls to a pool.
  */
 namespace tcp_peer {
 
-/** One request or answer: a number to tell them apart and a payload. */
+/** A request or an answer: an identifying number and a payload. */
 struct Message {
     std::uint64_t fId = 0;
     char fPayload[24] = {};
@@ -24,7 +24,7 @@ struct Message {
 
 class Server {
   public:
-    /** Serves one connection at a port of the loopback. */
+    /** Serves one connection on a port of the loopback. */
     explicit Server(std::size_t threads);
     ~Server();
     Server(const Server&) = delete;

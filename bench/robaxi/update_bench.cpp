@@ -1,6 +1,6 @@
-// Changes of 10,000 values that reach a client, and the processor time that each of them takes,
-// beside plain TCP on which each value goes with the name of its key. First as fast as it goes,
-// then 50 times a second. Where roscpp is installed, it does the same as fast as it goes.
+// Measures changes of 10,000 values that reach a client, and the processor time of each, compared
+// with plain TCP with each value sent with the name of its key: first at full speed, then 50 times
+// a second. If roscpp is installed, it does the same at full speed.
 //
 //   robaxi_update_bench [ROUNDS]
 #include "brokers.h"
@@ -35,12 +35,12 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr int a_timeOut = 10;           // seconds
-constexpr double a_highestRate = 1000;  // the most that a subscription may ask for
+constexpr double a_highestRate = 1000;  // the maximum rate of a subscription
 constexpr double a_usualRate = 50;
 constexpr std::chrono::milliseconds a_lengthOfRound{1000};
 constexpr std::chrono::milliseconds a_warmUp{300};
 
-/** Waits between the steps of a flow of so many a second. */
+/** Waits between the steps of a flow at a given rate. */
 class Pace {
   public:
     void setRate(double rate) { fPeriod = 1 / rate; }
@@ -56,7 +56,7 @@ class Pace {
     Clock::time_point fNext;
 };
 
-/** Changes all values of a table at a pace. */
+/** Changes all values of a table at a given rate. */
 class Changes {
   public:
     explicit Changes(boost::shared_ptr<KVValueTable> table) : fTable(std::move(table)) {
@@ -74,7 +74,7 @@ class Changes {
     Changes(const Changes&) = delete;
     Changes& operator=(const Changes&) = delete;
 
-    /** 0 lets the values rest. */
+    /** Sets the rate; 0 stops the changes. */
     void setRate(double rate) {
         fPace.setRate(rate > 0 ? rate : 10);
         fIsResting = rate <= 0;
@@ -105,7 +105,7 @@ class Changes {
 /** Plain messages: for each key the length of its name, the name, and the value. */
 class PlainMessages {
   public:
-    /** @param keysTogether how many keys are sent together */
+    /** @param keysTogether number of keys in one message */
     void setFlow(double rate, std::size_t keysTogether) {
         fPace.setRate(rate);
         fKeysTogether = keysTogether;
@@ -158,7 +158,7 @@ int serve() {
     return EXIT_SUCCESS;
 }
 
-/** Keeps the newest value of each key. */
+/** Stores the newest value of each key. */
 class Values : public KVSubscription::Listener {
   public:
     void keysAdded(const std::vector<KVKeyInfo>& keys) override {
@@ -192,7 +192,7 @@ bench::Flow measureOurs(const bench::FarEnd& farEnd, KVProxy& memory, double rat
     return flow;
 }
 
-/** Finds each value's key by its name. */
+/** Looks up each value's key by its name. */
 class PlainValues {
   public:
     void read(const plain_stream::Client& client) {
@@ -249,7 +249,7 @@ bench::Flow measurePlain(const bench::FarEnd& farEnd, KVProxy& memory, double ra
     return flow;
 }
 
-/** What several rounds of a flow came to. */
+/** Results of several rounds of a flow. */
 class Flows {
   public:
     void add(const bench::Flow& flow) {
@@ -276,7 +276,7 @@ class Measurement {
     explicit Measurement(int rounds) : fRounds(rounds) {}
 
     void compareFlows(double rate, int keysTogether) {
-        const bool hasRos = fRos && rate == a_highestRate;  // it is not told how fast to be
+        const bool hasRos = fRos && rate == a_highestRate;  // its rate cannot be set
         Flows plain;
         Flows ours;
         Flows ros;
