@@ -26,7 +26,8 @@ pkg_check_modules(GStreamer REQUIRED IMPORTED_TARGET
     gstreamer-1.0 gstreamer-app-1.0 gstreamer-video-1.0)
 find_package(PNG 1.6 REQUIRED)
 
-# The command line tool's output for programs.
+# The command line of the robaxi tool, and its output for programs.
+find_package(CLI11 2.1 REQUIRED)
 find_package(nlohmann_json 3.11 REQUIRED)
 
 # Debian's pkg-config file of Qwt requires Qt's OpenGL module, which we do not use, so Qwt is found directly.

@@ -1,6 +1,5 @@
 #include "command_line/command_line.h"
 
-#include "command_line/options.h"
 #include "commands/commands.h"
 #include "process/failure.h"
 
@@ -19,10 +18,11 @@ class SampleCommand : public Command {
     std::string summary() const override { return "does something"; }
     Words words() const override { return {"HOST [WORD...]", 1, 3}; }
     std::string explanation() const override { return "It explains.\n"; }
-    void addOptions(po::options_description& options) override {
-        addNumber(options, "count", "N", &fCount, 5, 1, 10, "how many");
-        addNumber(options, "rate", "HZ", &fRate, 0.5, 0.1, 2.0, "how often");
-        addSwitch(options, "json", &fJson, "as JSON");
+    void addOptions(Options& options) override {
+        options.addNumber("--count", "N", &fCount, 5, 1, 10, "how many");
+        options.addNumber("--rate", "HZ", &fRate, 0.5, 0.1, 2.0, "how often");
+        options.addSwitch("--json", &fJson, "as JSON");
+        options.addText("-o,--output", "FILE", &fFile, "where to");
     }
     ExitStatus run(const std::vector<std::string>&, Surroundings&) override {
         return ExitStatus::Success;
@@ -31,6 +31,7 @@ class SampleCommand : public Command {
     int fCount = 0;
     double fRate = 0;
     bool fJson = false;
+    std::string fFile;
 };
 
 std::string mistakeOf(const std::vector<std::string>& arguments) {
@@ -79,6 +80,26 @@ TEST(CommandLine, EverythingAfterTwoDashesIsAWord) {
     EXPECT_FALSE(command.fJson);
 }
 
+TEST(CommandLine, ListsAndMapsAreWords) {
+    SampleCommand command;
+    EXPECT_THAT(parseCommandLine(command, {"[1, 2]", "{}", "[]"}).fWords,
+                ElementsAre("[1, 2]", "{}", "[]"));
+    EXPECT_THAT(parseCommandLine(command, {"robot1", "list"}).fWords,
+                ElementsAre("robot1", "list"));
+}
+
+TEST(CommandLine, ValuesAreTakenAsTheyStand) {
+    for (const char* text : {"-", "[1,2]", "{}", "", "-3", "a=b", "%%"}) {
+        SampleCommand command;
+        parseCommandLine(command, {"robot1", "-o", text});
+        EXPECT_EQ(text, command.fFile);
+    }
+    SampleCommand command;
+    parseCommandLine(command, {"robot1", "-ohere", "--count", "010"});
+    EXPECT_EQ("here", command.fFile);
+    EXPECT_EQ(10, command.fCount) << "not an octal number";
+}
+
 TEST(CommandLine, EmptyWordsAreKept) {
     SampleCommand command;
     EXPECT_THAT(parseCommandLine(command, {"robot1", ""}).fWords, ElementsAre("robot1", ""));
@@ -87,10 +108,16 @@ TEST(CommandLine, EmptyWordsAreKept) {
 TEST(CommandLine, MistakesAreNamed) {
     EXPECT_THAT(mistakeOf({}), HasSubstr("too few words: it takes HOST [WORD...]"));
     EXPECT_THAT(mistakeOf({"a", "b", "c", "d"}), HasSubstr("'d' is one word too many"));
-    EXPECT_THAT(mistakeOf({"a", "--nosuch"}), HasSubstr("--nosuch"));
-    EXPECT_THAT(mistakeOf({"a", "--cou", "3"}), HasSubstr("--cou")) << "nothing is guessed";
-    EXPECT_THAT(mistakeOf({"a", "--count"}), HasSubstr("--count"));
-    EXPECT_THAT(mistakeOf({"a", "--count", "x"}), HasSubstr("--count"));
+    EXPECT_EQ("there is no option '--nosuch'", mistakeOf({"a", "--nosuch=3"}));
+    EXPECT_EQ("there is no option '-x'", mistakeOf({"a", "-x"}));
+    EXPECT_EQ("there is no option '--cou' (did you mean '--count'?)",
+              mistakeOf({"a", "--cou", "3"}));
+    EXPECT_EQ("--count takes one value", mistakeOf({"a", "--count"}));
+    EXPECT_EQ("--count takes one value", mistakeOf({"a", "--count", "3", "--count", "4"}));
+    EXPECT_EQ("the value after '--count=' is missing", mistakeOf({"a", "--count=", "3"}));
+    EXPECT_EQ("--json takes no value", mistakeOf({"a", "--json=no"}));
+    EXPECT_EQ("--count takes 1 to 10, not x", mistakeOf({"a", "--count", "x"}));
+    EXPECT_EQ("--count takes 1 to 10, not 0x5", mistakeOf({"a", "--count", "0x5"}));
     EXPECT_THAT(mistakeOf({"a", "--count", "11"}), HasSubstr("--count takes 1 to 10, not 11"));
     EXPECT_THAT(mistakeOf({"a", "--count", "0"}), HasSubstr("--count takes 1 to 10, not 0"));
     EXPECT_THAT(mistakeOf({"a", "--rate", "nan"}), HasSubstr("--rate takes 0.1 to 2, not nan"));
@@ -101,6 +128,7 @@ TEST(CommandLine, HelpGoesBeforeMistakes) {
     SampleCommand command;
     EXPECT_TRUE(parseCommandLine(command, {"--help", "--count", "99"}).fHelp);
     EXPECT_TRUE(parseCommandLine(command, {"-h"}).fHelp);
+    EXPECT_TRUE(parseCommandLine(command, {"--count", "99", "--nosuch", "--help"}).fHelp);
 }
 
 TEST(CommandLine, TheHelpOfACommandShowsItsUseAndOptions) {
@@ -108,7 +136,8 @@ TEST(CommandLine, TheHelpOfACommandShowsItsUseAndOptions) {
     const std::string help = helpText(command);
     EXPECT_EQ(0U, help.find("Usage: robaxi sample [OPTION]... HOST [WORD...]\nDoes something.\n\n"
                             "It explains.\n\nOptions:\n"));
-    for (const char* option : {"--count N (=5)", "--rate HZ (=0.5)", "--json", "--color"}) {
+    for (const char* option : {"--count N (=5)", "--rate HZ (=0.5)", "-o,--output FILE", "--json",
+                               "--color auto|never (=auto)", "-h,--help"}) {
         EXPECT_THAT(help, HasSubstr(option));
     }
 }

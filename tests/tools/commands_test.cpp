@@ -437,8 +437,11 @@ TEST_F(Commands, ANameThatNobodyKnowsIsTold) {
 }
 
 TEST_F(Commands, WrongUseIsToldWithTheCommandsHelp) {
-    expectFailure(2, "a command is missing; try 'robaxi --help'", runTool({}));
     expectFailure(2, "there is no command 'nosuch'; try 'robaxi --help'", runTool({"nosuch"}));
+    expectFailure(2, "there is no command 'lst' (did you mean 'list'?); try", runTool({"lst"}));
+    expectFailure(2, "help: there is no command 'nosuch'; try", runTool({"help", "nosuch"}));
+    expectFailure(2, "watch: there is no option '--jsn' (did you mean '--json'?); try",
+                  runTool({"watch", "robot1", "*", "--jsn"}));
     expectFailure(2, "ping: too few words: it takes HOST; try 'robaxi ping --help'",
                   runTool({"ping"}));
     expectFailure(2, "a port is a number from 1 to 65535", runTool({"ping", "robot1:0"}));
@@ -451,6 +454,15 @@ TEST_F(Commands, HelpAndVersionGoToStandardOutput) {
     const ToolResult help = runTool({"watch", "--help"});
     EXPECT_EQ(0, help.fStatus);
     EXPECT_THAT(help.fOutput, StartsWith("Usage: robaxi watch [OPTION]... HOST KEY..."));
+    EXPECT_EQ(help.fOutput, runTool({"help", "watch"}).fOutput);
+    EXPECT_EQ(runTool({"--help"}).fOutput, runTool({"help"}).fOutput);
+}
+
+TEST_F(Commands, NoCommandAtAllIsAMistakeThatShowsTheHelp) {
+    const ToolResult alone = runTool({});
+    EXPECT_EQ(2, alone.fStatus);
+    EXPECT_EQ("robaxi: a command is missing\n", alone.fErrors);
+    EXPECT_EQ(runTool({"--help"}).fOutput, alone.fOutput);
 }
 
 }  // namespace

@@ -15,12 +15,7 @@ struct ParsedCommandLine {
     std::vector<std::string> fWords;
 };
 
-/**
- * Reads the arguments that follow a command's name. Options may stand anywhere among the words;
- * what looks like a negative number, and everything after "--", is a word.
- *
- * @throws UsageError
- */
+/** Reads the arguments that follow a command's name. @throws UsageError */
 ParsedCommandLine parseCommandLine(Command& command, const std::vector<std::string>& arguments);
 
 /** What --help says of HOST, in whole lines. */
@@ -30,7 +25,7 @@ constexpr const char* a_hostHelp =
     "that is announced, or else 9559.\n";
 
 /** The options of a command, with those that all commands have. */
-boost::program_options::options_description describedOptions(Command& command);
+std::vector<Options::Entry> optionsOf(Command& command);
 
 /** The sentence with a capital letter at its beginning. */
 std::string capitalised(std::string sentence);

@@ -3,8 +3,6 @@
 #include "command_line/command_line.h"
 #include "commands/commands.h"
 
-#include <boost/program_options/options_description.hpp>
-
 #include <sstream>
 
 namespace robaxi_tool {
@@ -60,11 +58,8 @@ void writeCommand(std::ostream& page, Command& command) {
          << (synopsis.empty() ? "" : " " + verbatim(synopsis)) << "\"\n"
          << verbatim(capitalised(command.summary())) << ".\n"
          << verbatim(command.explanation());
-    const auto options = describedOptions(command);
-    for (const auto& option : options.options()) {
-        const std::string parameter = option->format_parameter();
-        writeEntry(page, option->format_name() + (parameter.empty() ? "" : ' ' + parameter),
-                   option->description());
+    for (const Options::Entry& option : optionsOf(command)) {
+        writeEntry(page, option.fTerm, option.fDescription);
     }
 }
 

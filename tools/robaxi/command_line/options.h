@@ -1,39 +1,89 @@
 #ifndef OBVISTA_TOOLS_ROBAXI_COMMAND_LINE_OPTIONS_H
 #define OBVISTA_TOOLS_ROBAXI_COMMAND_LINE_OPTIONS_H
 
-#include <boost/program_options/options_description.hpp>
-
+#include <memory>
 #include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
 
 namespace robaxi_tool {
 
-namespace po = boost::program_options;
+/**
+ * The options of one command. They are declared once: for the parser, the help, the manual page and
+ * completion.
+ *
+ * CLI11 does the work. Its headers take seconds to compile, so only this class includes them.
+ */
+class Options {
+  public:
+    /** One line of the help. */
+    struct Entry {
+        std::string fTerm;  ///< for instance "--rate HZ (=10)"
+        std::string fDescription;
+    };
+
+    Options();
+    ~Options();
+    Options(const Options&) = delete;
+    Options& operator=(const Options&) = delete;
+
+    /**
+     * Adds an option with a number, an int or a double, from `lowest` to `highest`.
+     *
+     * @param name with its dashes, for instance "--count"
+     * @param word the kind of the value, as help and completion name it
+     */
+    template <class Number>
+    void addNumber(const char* name, const char* word, Number* value, Number standard,
+                   Number lowest, Number highest, const char* description);
+
+    /**
+     * Adds an option with a text.
+     *
+     * @param name for instance "-o,--output"
+     * @param word a kind that completion knows (HOST, MODULE, FILE...), or the values: "auto|never"
+     * @param standard the value if the option is not given
+     */
+    void addText(const char* name, const char* word, std::string* value, const char* description,
+                 const std::string& standard = {});
+
+    /** Adds an option without a value. */
+    void addSwitch(const char* name, bool* value, const char* description);
+
+    /** Adds "--timeout": seconds within which the robot must answer. */
+    void addTimeout(int* value);
+
+    /** Adds "--help", which hides every mistake in the other arguments. */
+    void addHelp(bool* wanted);
+
+    /**
+     * Reads the arguments. Options may stand anywhere among the words; negative numbers, and
+     * everything after "--", are words.
+     *
+     * @return the words
+     * @throws UsageError
+     */
+    std::vector<std::string> parse(const std::vector<std::string>& arguments);
+
+    std::vector<Entry> entries() const;
+    /** The options in lines with two columns. */
+    std::string help() const;
+
+  private:
+    std::vector<std::string> xWords() const;
+    std::vector<std::string> xNames() const;
+
+    std::unique_ptr<CLI::App> fApp;
+};
 
 /**
- * Adds an option with a whole number; others than `lowest` to `highest` are refused.
- *
- * @param word what --help shows for the value
+ * Returns " (did you mean '...'?)" with the known name that is nearest to a mistyped one; empty if
+ * none is near.
  */
-void addNumber(po::options_description& options, const char* name, const char* word, int* value,
-               int standard, int lowest, int highest, const char* description);
-
-/** The same for a decimal number. */
-void addNumber(po::options_description& options, const char* name, const char* word, double* value,
-               double standard, double lowest, double highest, const char* description);
-
-/** Adds an option with a text. */
-void addText(po::options_description& options, const char* name, const char* word,
-             std::string* value, const char* description);
-/** The same, with what it is when it is not given. */
-void addText(po::options_description& options, const char* name, const char* word,
-             std::string* value, const std::string& standard, const char* description);
-
-/** Adds an option without a value. */
-void addSwitch(po::options_description& options, const char* name, bool* value,
-               const char* description);
-
-/** Adds "--timeout": seconds within which the robot must answer. */
-void addTimeout(po::options_description& options, int* value);
+std::string suggestion(const std::string& mistyped, const std::vector<std::string>& known);
 
 }  // namespace robaxi_tool
 

@@ -16,15 +16,6 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-std::unique_ptr<Command> findCommand(const std::string& name) {
-    for (auto& command : makeCommands()) {
-        if (command->name() == name) {
-            return std::move(command);
-        }
-    }
-    return nullptr;
-}
-
 ExitStatus runCommand(Command& command, const Arguments& arguments, Surroundings& surroundings) {
     const ParsedCommandLine line = parseCommandLine(command, arguments);
     surroundings.fConsole.setColor(line.fColor);
@@ -37,24 +28,26 @@ ExitStatus runCommand(Command& command, const Arguments& arguments, Surroundings
 
 ExitStatus runFirstWord(const Arguments& arguments, Surroundings& surroundings) {
     const std::string first = arguments.empty() ? std::string() : arguments.front();
-    if (first == "--help" || first == "-h") {
+    if (first.empty() || first == "--help" || first == "-h") {
         surroundings.fConsole.print(generalHelpText());
+        if (first.empty()) {
+            throw UsageError("a command is missing");
+        }
         return ExitStatus::Success;
     }
     if (first == "--version") {
         surroundings.fConsole.print("robaxi " OBVISTA_VERSION "\n");
         return ExitStatus::Success;
     }
-    const std::unique_ptr<Command> command = findCommand(first);
-    if (command == nullptr) {
-        throw UsageError(
-            (first.empty() ? "a command is missing" : "there is no command '" + first + "'") +
-            std::string("; try 'robaxi --help'"));
-    }
+    std::unique_ptr<Command> command;
     try {
+        command = makeCommand(first);
         return runCommand(*command, {arguments.begin() + 1, arguments.end()}, surroundings);
     } catch (const UsageError& mistake) {
-        throw UsageError(first + ": " + mistake.what() + "; try 'robaxi " + first + " --help'");
+        const std::string sentence = mistake.what();
+        throw UsageError(command == nullptr
+                             ? sentence + "; try 'robaxi --help'"
+                             : first + ": " + sentence + "; try 'robaxi " + first + " --help'");
     }
 }
 

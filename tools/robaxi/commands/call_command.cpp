@@ -1,4 +1,3 @@
-#include "command_line/options.h"
 #include "commands/commands.h"
 #include "network/robot_link.h"
 #include "process/failure.h"
@@ -22,9 +21,9 @@ class CallCommand : public Command {
                "quotes: '\"12\"'.\n";
     }
 
-    void addOptions(po::options_description& options) override {
-        addSwitch(options, "json", &fJson, "print the result as JSON, also when it is nothing");
-        addTimeout(options, &fTimeout);
+    void addOptions(Options& options) override {
+        options.addSwitch("--json", &fJson, "print the result as JSON, also when it is nothing");
+        options.addTimeout(&fTimeout);
     }
 
     ExitStatus run(const std::vector<std::string>& given, Surroundings& surroundings) override {

@@ -1,11 +1,10 @@
 #ifndef OBVISTA_TOOLS_ROBAXI_COMMANDS_COMMAND_H
 #define OBVISTA_TOOLS_ROBAXI_COMMANDS_COMMAND_H
 
+#include "command_line/options.h"
 #include "process/console.h"
 #include "process/exit_status.h"
 #include "process/interruption.h"
-
-#include <boost/program_options/options_description.hpp>
 
 #include <cstddef>
 #include <string>
@@ -42,8 +41,8 @@ class Command {
     virtual Words words() const = 0;
     /** What --help says below the summary: whole lines. */
     virtual std::string explanation() const = 0;
-    /** Adds its options, bound to its members. A notifier refuses a value with UsageError. */
-    virtual void addOptions(boost::program_options::options_description& options) = 0;
+    /** Adds its options, bound to its members. */
+    virtual void addOptions(Options& options) = 0;
 
     /**
      * Does the work.

@@ -1,5 +1,7 @@
 #include "commands/commands.h"
 
+#include "process/failure.h"
+
 namespace robaxi_tool {
 
 std::vector<std::unique_ptr<Command>> makeCommands() {
@@ -13,7 +15,19 @@ std::vector<std::unique_ptr<Command>> makeCommands() {
     commands.push_back(makeSnapshotCommand());
     commands.push_back(makePingCommand());
     commands.push_back(makeDoctorCommand());
+    commands.push_back(makeHelpCommand());
     return commands;
+}
+
+std::unique_ptr<Command> makeCommand(const std::string& name) {
+    std::vector<std::string> names;
+    for (auto& command : makeCommands()) {
+        if (command->name() == name) {
+            return std::move(command);
+        }
+        names.push_back(command->name());
+    }
+    throw UsageError("there is no command '" + name + '\'' + suggestion(name, names));
 }
 
 }  // namespace robaxi_tool

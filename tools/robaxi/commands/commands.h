@@ -4,6 +4,7 @@
 #include "commands/command.h"
 
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace robaxi_tool {
@@ -11,6 +12,7 @@ namespace robaxi_tool {
 std::unique_ptr<Command> makeCallCommand();
 std::unique_ptr<Command> makeDoctorCommand();
 std::unique_ptr<Command> makeGetCommand();
+std::unique_ptr<Command> makeHelpCommand();
 std::unique_ptr<Command> makeListCommand();
 std::unique_ptr<Command> makeModulesCommand();
 std::unique_ptr<Command> makePingCommand();
@@ -20,6 +22,9 @@ std::unique_ptr<Command> makeWatchCommand();
 
 /** All of them, in the order in which --help shows them. */
 std::vector<std::unique_ptr<Command>> makeCommands();
+
+/** The command of that name. @throws UsageError */
+std::unique_ptr<Command> makeCommand(const std::string& name);
 
 }  // namespace robaxi_tool
 

@@ -1,4 +1,3 @@
-#include "command_line/options.h"
 #include "commands/commands.h"
 #include "doctor/checks.h"
 #include "process/failure.h"
@@ -78,9 +77,9 @@ class DoctorCommand : public Command {
                "status is 0 without a problem, else 1.\n";
     }
 
-    void addOptions(po::options_description& options) override {
-        addSwitch(options, "json", &fJson, "print one JSON object a line, one for each check");
-        addTimeout(options, &fTimeout);
+    void addOptions(Options& options) override {
+        options.addSwitch("--json", &fJson, "print one JSON object a line, one for each check");
+        options.addTimeout(&fTimeout);
     }
 
     ExitStatus run(const std::vector<std::string>& given, Surroundings& surroundings) override {

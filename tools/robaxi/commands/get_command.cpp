@@ -75,10 +75,10 @@ class GetCommand : public Command {
                "its value. A missing key is an error, and the others are still printed.\n";
     }
 
-    void addOptions(po::options_description& options) override {
-        addSwitch(options, "json", &fJson, "print one JSON object with all keys and values");
+    void addOptions(Options& options) override {
+        options.addSwitch("--json", &fJson, "print one JSON object with all keys and values");
         addMemoryModule(options, &fModule);
-        addTimeout(options, &fTimeout);
+        options.addTimeout(&fTimeout);
     }
 
     ExitStatus run(const std::vector<std::string>& given, Surroundings& surroundings) override {

@@ -1,4 +1,3 @@
-#include "command_line/options.h"
 #include "commands/commands.h"
 #include "network/announced_hosts.h"
 #include "network/host_rows.h"
@@ -100,10 +99,10 @@ class ListCommand : public Command {
                "a port does not run it.\n";
     }
 
-    void addOptions(po::options_description& options) override {
-        addSwitch(options, "json", &fJson, "print one JSON object a line");
-        addNumber(options, "timeout", "S", &fTimeout, a_defaultTimeout, 1, a_longestTimeout,
-                  "seconds after which the list ends in any case");
+    void addOptions(Options& options) override {
+        options.addSwitch("--json", &fJson, "print one JSON object a line");
+        options.addNumber("--timeout", "S", &fTimeout, a_defaultTimeout, 1, a_longestTimeout,
+                          "seconds after which the list ends in any case");
     }
 
     ExitStatus run(const std::vector<std::string>& /*given*/, Surroundings& surroundings) override {

@@ -1,4 +1,3 @@
-#include "command_line/options.h"
 #include "commands/commands.h"
 #include "network/robot_link.h"
 #include "values/value_text.h"
@@ -48,9 +47,9 @@ class ModulesCommand : public Command {
                "sees.\n";
     }
 
-    void addOptions(po::options_description& options) override {
-        addSwitch(options, "json", &fJson, "print one JSON object a line, one for each module");
-        addTimeout(options, &fTimeout);
+    void addOptions(Options& options) override {
+        options.addSwitch("--json", &fJson, "print one JSON object a line, one for each module");
+        options.addTimeout(&fTimeout);
     }
 
     ExitStatus run(const std::vector<std::string>& given, Surroundings& surroundings) override {

@@ -1,6 +1,5 @@
 #include "commands/ping_command.h"
 
-#include "command_line/options.h"
 #include "commands/commands.h"
 #include "network/robot_link.h"
 #include "process/failure.h"
@@ -92,14 +91,14 @@ class PingCommand : public Command {
                "with Ctrl-C, or by the loss of the robot.\n";
     }
 
-    void addOptions(po::options_description& options) override {
-        addNumber(options, "count", "N", &fCount, a_defaultCount, 1, a_mostRoundTrips,
-                  "number of round trips");
-        addNumber(options, "interval", "S", &fInterval, a_defaultInterval, 0.0, a_longestInterval,
-                  "seconds from the start of one to the start of the next");
-        addSwitch(options, "quiet", &fQuiet, "print the statistics only");
-        addSwitch(options, "json", &fJson, "print the statistics only, as a JSON object");
-        addTimeout(options, &fTimeout);
+    void addOptions(Options& options) override {
+        options.addNumber("--count", "N", &fCount, a_defaultCount, 1, a_mostRoundTrips,
+                          "number of round trips");
+        options.addNumber("--interval", "S", &fInterval, a_defaultInterval, 0.0, a_longestInterval,
+                          "seconds from the start of one to the start of the next");
+        options.addSwitch("--quiet", &fQuiet, "print the statistics only");
+        options.addSwitch("--json", &fJson, "print the statistics only, as a JSON object");
+        options.addTimeout(&fTimeout);
     }
 
     ExitStatus run(const std::vector<std::string>& given, Surroundings& surroundings) override {

@@ -16,9 +16,9 @@ class SetCommand : public Command {
                "is the text 12. It prints nothing when the robot has accepted the value.\n";
     }
 
-    void addOptions(po::options_description& options) override {
+    void addOptions(Options& options) override {
         addMemoryModule(options, &fModule);
-        addTimeout(options, &fTimeout);
+        options.addTimeout(&fTimeout);
     }
 
     ExitStatus run(const std::vector<std::string>& given, Surroundings& surroundings) override {

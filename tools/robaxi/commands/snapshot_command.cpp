@@ -1,4 +1,3 @@
-#include "command_line/options.h"
 #include "commands/commands.h"
 #include "network/robot_link.h"
 #include "picture/picture_file.h"
@@ -67,17 +66,18 @@ class SnapshotCommand : public Command {
                "still, its last one is saved, and that is said.\n";
     }
 
-    void addOptions(po::options_description& options) override {
-        addText(options, "output,o", "FILE", &fFile,
-                "the file to write, '-' for standard output; ROBOT-CAMERA-TIME with an ending, in "
-                "the current folder, unless given");
-        addText(options, "format", "NAME", &fFormatName,
-                "'jpeg', 'png', 'ppm' or 'pgm' (grey); otherwise by the file's ending, or JPEG "
-                "when the camera sends it, else PNG");
-        addSwitch(options, "list", &fList, "list the robot's cameras, and save nothing");
-        addSwitch(options, "json", &fJson, "describe the picture, or each camera, in JSON");
-        addText(options, "module", "NAME", &fModule, "KVVideo", "the module that has the cameras");
-        addTimeout(options, &fTimeout);
+    void addOptions(Options& options) override {
+        options.addText("-o,--output", "FILE", &fFile,
+                        "the file to write, '-' for standard output; ROBOT-CAMERA-TIME\n"
+                        "with an ending, in the current folder, unless given");
+        options.addText("--format", "jpeg|png|ppm|pgm", &fFormatName,
+                        "the format; otherwise by the file's ending, or JPEG when the\n"
+                        "camera sends it, else PNG");
+        options.addSwitch("--list", &fList, "list the robot's cameras, and save nothing");
+        options.addSwitch("--json", &fJson, "describe the picture, or each camera, in JSON");
+        options.addText("--module", "MODULE", &fModule, "the module that has the cameras",
+                        "KVVideo");
+        options.addTimeout(&fTimeout);
     }
 
     ExitStatus run(const std::vector<std::string>& given, Surroundings& surroundings) override {

@@ -76,15 +76,16 @@ class WatchCommand : public Command {
                "--count lines.\n";
     }
 
-    void addOptions(po::options_description& options) override {
-        addNumber(options, "rate", "HZ", &fRate, a_defaultRate, a_lowestRate, a_highestRate,
-                  "most updates of a key in a second; between two only the newest value counts");
-        addNumber(options, "count", "N", &fCount, 0, 0, std::numeric_limits<int>::max(),
-                  "end after so many lines; 0 means never");
-        addSwitch(options, "json", &fJson, "print one JSON object a line");
-        addSwitch(options, "csv", &fCsv, "print comma-separated values below a heading");
+    void addOptions(Options& options) override {
+        options.addNumber("--rate", "HZ", &fRate, a_defaultRate, a_lowestRate, a_highestRate,
+                          "most updates of a key in a second; between two only the newest\n"
+                          "value counts");
+        options.addNumber("--count", "N", &fCount, 0, 0, std::numeric_limits<int>::max(),
+                          "end after so many lines; 0 means never");
+        options.addSwitch("--json", &fJson, "print one JSON object a line");
+        options.addSwitch("--csv", &fCsv, "print comma-separated values below a heading");
         addMemoryModule(options, &fModule);
-        addTimeout(options, &fTimeout);
+        options.addTimeout(&fTimeout);
     }
 
     ExitStatus run(const std::vector<std::string>& given, Surroundings& surroundings) override {

@@ -22,8 +22,8 @@ void MemoryModule::setValue(const std::string& key, const KVValue& value) {
     fProxy->callValue("setData", {key, value});
 }
 
-void addMemoryModule(po::options_description& options, std::string* name) {
-    addText(options, "module", "NAME", name, "KVMemory", "the module that keeps the values");
+void addMemoryModule(Options& options, std::string* name) {
+    options.addText("--module", "MODULE", name, "the module that keeps the values", "KVMemory");
 }
 
 }  // namespace robaxi_tool

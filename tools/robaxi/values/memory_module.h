@@ -26,7 +26,7 @@ class MemoryModule {
 };
 
 /** Adds "--module", "KVMemory" unless the user says otherwise. */
-void addMemoryModule(po::options_description& options, std::string* name);
+void addMemoryModule(Options& options, std::string* name);
 
 }  // namespace robaxi_tool
 
