@@ -34,7 +34,7 @@ using Profile = boost::shared_ptr<BonjourProfile>;
 const std::string a_robot = BonjourDiscovery::fRobaxServiceType;
 const std::string a_middleware = BonjourDiscovery::fRobaxiServiceType;
 
-/** Waits for something of which no signal tells, asking again and again. */
+/** Polls for a condition that no signal reports. */
 template <typename Condition>
 bool eventually(Condition condition, seconds bound = seconds(20)) {
     const auto deadline = std::chrono::steady_clock::now() + bound;
@@ -74,7 +74,7 @@ std::string exceptionOfStart() {
     return "";
 }
 
-/** Adds a second interface to the machine the test is on, plugged into the same network. */
+/** Adds a second interface to the test's host, connected to the same network. */
 class SecondInterface {
   public:
     SecondInterface() {
@@ -99,7 +99,7 @@ class SecondInterface {
     bool fThere = true;
 };
 
-/** Announces and takes back services of a host, one after another, until it is destroyed. */
+/** Announces and withdraws services of a host, one after another, until it is destroyed. */
 class Churn {
   public:
     Churn(const lab::Host& host, const std::string& type, int firstPort)
@@ -235,7 +235,7 @@ TEST_F(DiscoveryLab, aServiceSeenOnTwoInterfacesIsOneAndOutlivesOneOfThem) {
 
     second.remove();
     ASSERT_TRUE(eventually([] { return lab::countBrowsed(a_robot, "eth1") == 0; }));
-    // What is announced after the loss is heard of after it.
+    // An announcement after the loss is received after it.
     const auto later = host.announce(a_middleware, 9559);
     ASSERT_TRUE(fRecorder.waitForHost("robot5.local", "_robax._tcp:9559 _robaxi._tcp:9559"));
     EXPECT_THAT(fRecorder.wordsOf("robot5.local"),
@@ -274,8 +274,8 @@ TEST_F(DiscoveryLab, aServiceThatChangesWithoutAGoodbyeIsFollowedInPlace) {
                 ElementsAre("+ _robaxi._tcp:9559", "+ _robaxi._tcp:9560"));
 }
 
-// A robot whose plug was pulled says no goodbye, and the pointer to its service stays valid for
-// more than an hour. Where the service leads to is forgotten much sooner.
+// A robot whose plug was pulled sends no goodbye, and the pointer to its service stays valid for
+// more than an hour. Host and port of the service expire much sooner.
 TEST_F(DiscoveryLab, aHostThatAnswersNoMoreIsRemovedAndFoundAgain) {
     const lab::Host host("robot8");
     const std::string instance = "Eight._robax._tcp.local";
@@ -313,7 +313,7 @@ TEST_F(DiscoveryLab, hostileAnnouncementsAreLeftOutOrMadeSafe) {
     EXPECT_TRUE(fRecorder.waitForHost("<b>\xEF\xBF\xBD.local", "_robax._tcp:9559"));
     EXPECT_TRUE(fRecorder.waitForHost(longName, "_robax._tcp:65535"));
     ASSERT_TRUE(eventually([] { return lab::countBrowsed(a_robot, "eth0") == 7; }));
-    // What is announced after all of them is heard of after them.
+    // An announcement after all of them is received after them.
     const auto sentinel = host.announce(a_robot, 9559);
     ASSERT_TRUE(fRecorder.waitForHost("robot9.local", "_robax._tcp:9559"));
     const MapView map = viewMap();
@@ -333,7 +333,7 @@ TEST_F(DiscoveryLab, moreRobotsThanOneClientMayFollowAreFound) {
     EXPECT_TRUE(
         fRecorder.waitForMap([](const MapView& map) { return map.size() >= robots; }, seconds(60)));
     crowd.reset();
-    // The daemon may miss some of so many goodbyes; without its memory there is no doubt.
+    // The daemon may miss some of so many goodbyes; a restart clears its cache.
     lab::control({"avahi", "restart"});
     EXPECT_TRUE(fRecorder.waitForMap([](const MapView& map) { return map.empty(); }, seconds(60)));
 }
@@ -386,7 +386,7 @@ TEST_F(DiscoveryLab, aRestartOfTheSystemBusIsSurvived) {
     ASSERT_EQ(kill(std::stoi(answer.fOutput.substr(number + 7)), SIGTERM), 0);
     ASSERT_TRUE(fRecorder.waitForNoHost("robot14.local"));
 
-    // The old bus removes the socket as it ends, be it that of a new bus.
+    // The old bus removes the socket when it ends, even if it belongs to a new bus.
     ASSERT_TRUE(eventually([] { return access("/run/dbus/system_bus_socket", F_OK) != 0; }));
     const std::string configuration = std::string(std::getenv("OBVISTA_LAB")) + "/etc/bus.conf";
     ASSERT_EQ(lab::run({"dbus-daemon", "--config-file=" + configuration, "--fork", "--nopidfile"})
@@ -396,7 +396,7 @@ TEST_F(DiscoveryLab, aRestartOfTheSystemBusIsSurvived) {
     EXPECT_TRUE(fRecorder.waitForHost("robot14.local", "_robax._tcp:9559"));
 }
 
-/** The Avahi daemon hangs while this lives. */
+/** Suspends the Avahi daemon while it exists. */
 struct PausedDaemon {
     PausedDaemon() { lab::control({"avahi", "pause"}); }
     ~PausedDaemon() { lab::control({"avahi", "continue"}); }
@@ -431,7 +431,7 @@ TEST_F(DiscoveryLab, stoppingEndsAStartThatADaemonHoldsUp) {
         starter.join();
         ended = true;
     });
-    // The start may not have begun yet, then there is nothing to stop.
+    // The start may not have begun yet; then there is nothing to stop.
     ASSERT_TRUE(eventually([&] {
         const auto begin = std::chrono::steady_clock::now();
         BonjourDiscovery::stopListening();
@@ -587,7 +587,7 @@ TEST_F(DiscoveryLab, startAndStopOnSeveralThreadsExcludeEachOther) {
     EXPECT_TRUE(fRecorder.waitForHost("robot23.local", "_robax._tcp:9559"));
 }
 
-// The map is read, handlers come and go, and services come and go, all at once.
+// Readers of the map, handlers and services all come and go at the same time.
 TEST_F(DiscoveryLab, theMapIsTrueAfterAWhileOfChurn) {
     const lab::Host first("robot24");
     const lab::Host second("robot25");

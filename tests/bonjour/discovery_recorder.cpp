@@ -60,7 +60,7 @@ bool DiscoveryRecorder::waitForMap(const std::function<bool(const MapView&)>& wa
     for (;;) {
         const std::size_t seen = fEvents.size();
         lock.unlock();
-        // The handlers run under the map lock, so it must not be waited for under ours.
+        // The handlers run under the map lock, so it must not be awaited while holding ours.
         if (wanted(viewMap())) {
             return true;
         }

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-/** What the map says of one host at one moment. */
+/** A snapshot of one host in the map. */
 struct HostView {
     boost::shared_ptr<KV::BonjourProfile> fProfile;
     std::string fHostName;
@@ -22,17 +22,17 @@ struct HostView {
 };
 using MapView = std::map<std::string, HostView>;
 
-/** Describes the services of a profile as HostView has them. */
+/** Describes the services of a profile as in HostView. */
 std::string describeServices(const KV::BonjourProfile& profile);
 
 /** Copies the discovery map under its lock. */
 MapView viewMap();
 
-/** Connects a handler to the signal of added profiles, until the connection goes. */
+/** Connects a handler to the signal of added profiles while the connection exists. */
 boost::signals2::scoped_connection connectToAdd(
     const std::function<void(const boost::shared_ptr<KV::BonjourProfile>&)>& handler);
 
-/** Follows the two discovery signals from construction to destruction. */
+/** Records the two discovery signals from construction to destruction. */
 class DiscoveryRecorder {
   public:
     struct Event {
@@ -45,11 +45,13 @@ class DiscoveryRecorder {
     DiscoveryRecorder();
 
     std::vector<Event> eventsOf(const std::string& hostName) const;
-    /** The events of one host in words: "+ _robax._tcp:9559", "-". */
+    /** Returns the events of one host as texts: "+ _robax._tcp:9559", "-". */
     std::vector<std::string> wordsOf(const std::string& hostName) const;
 
-    /** Waits until the map is as wanted, looking whenever a signal was fired; false when it is not
-     * in time. */
+    /**
+     * Waits until the map is as wanted; it is checked after each signal. Returns false if it is not
+     * in time.
+     */
     bool waitForMap(const std::function<bool(const MapView&)>& wanted,
                     std::chrono::milliseconds bound = std::chrono::seconds(20)) const;
     /** Waits until the host is in the map with these services. */

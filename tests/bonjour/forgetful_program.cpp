@@ -1,8 +1,8 @@
-// Listens to discovery and ends without stopping it, in one of these ways:
+// Listens to discovery and exits without stopping it, in one of these ways:
 //
-//   forgetful_program main MILLISECONDS        main() returns after so long
-//   forgetful_program starting MILLISECONDS    so does it while another thread starts to listen
-//   forgetful_program connecting MILLISECONDS  so does it while another thread connects handlers
+//   forgetful_program main MILLISECONDS        main() returns after that time
+//   forgetful_program starting MILLISECONDS    the same while another thread starts to listen
+//   forgetful_program connecting MILLISECONDS  the same while another thread connects handlers
 //   forgetful_program handler                  a handler calls exit() with the status 3
 
 #include <bonjour/bonjour_discovery.h>

@@ -13,7 +13,7 @@ using Arguments = std::vector<std::string>;
 
 using obvista_test::ChildProcess;
 
-/** What a command that ended wrote, and its status as ChildProcess gives it. */
+/** Output and status of a command that has ended; the status as in ChildProcess. */
 struct Result {
     int fStatus = -1;
     std::string fOutput;
@@ -23,10 +23,10 @@ struct Result {
 /** Runs a command to its end. */
 Result run(const Arguments& command);
 
-/** Runs lab/ctl, whose failure fails the test. */
+/** Runs lab/ctl; the test fails if that fails. */
 void control(const Arguments& arguments);
 
-/** A command in the background: told to end, and waited for, when this object goes. */
+/** A command in the background; the destructor terminates it and waits for its end. */
 class Process {
   public:
     explicit Process(const Arguments& command);
@@ -40,7 +40,7 @@ class Process {
     ChildProcess fChild;
 };
 
-/** A host of the lab with nothing announced but its name; shut down in order when it goes. */
+/** A host of the lab that announces only its name; the destructor shuts it down in order. */
 class Host {
   public:
     explicit Host(const std::string& name);
@@ -48,11 +48,11 @@ class Host {
     Host& operator=(const Host&) = delete;
     ~Host();
 
-    /** Announces a service until the process goes; it says goodbye then. */
+    /** Announces a service while the process exists; its end sends the goodbye. */
     std::unique_ptr<Process> announce(const std::string& type, int port,
                                       const std::string& instance = {},
                                       const std::string& hostName = {}) const;
-    /** Announces with mdns_announcer, which is told to by these arguments. */
+    /** Announces with mdns_announcer and these arguments. */
     std::unique_ptr<Process> announceRaw(const Arguments& arguments) const;
     std::unique_ptr<Process> start(const Arguments& command) const;
 
@@ -60,10 +60,12 @@ class Host {
     std::string fName;
 };
 
-/** How often avahi-browse sees a service of the type on the interface, over all protocols. */
+/**
+ * Returns how often avahi-browse sees a service of the type on the interface, for all protocols.
+ */
 std::size_t countBrowsed(const std::string& type, const std::string& interface);
 
-/** The IPv4 address that the system finds for a host name, or "" when it finds none. */
+/** Returns the IPv4 address that the system resolves for a host name; "" if there is none. */
 std::string addressOf(const std::string& hostName);
 
 }  // namespace lab

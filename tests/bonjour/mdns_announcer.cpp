@@ -1,12 +1,11 @@
-// Announces services in multicast DNS packets of its own making, so that a lab can hold hosts that
-// no well-behaved daemon would announce. It repeats them until it is told to end (SIGTERM), and
-// says goodbye then.
+// Announces services in hand-made multicast DNS packets, so that a lab can have hosts that no
+// well-behaved daemon would announce. It repeats them until SIGTERM, and then sends goodbyes.
 //
 //   mdns_announcer COUNT PTR_TTL SRV_TTL TYPE INSTANCE TARGET PORT [once]
 //
-// TYPE, INSTANCE and TARGET are whole domain names with escapes like "\." and "\010". A "%" in the
-// last two is replaced by the number of the announcement, 1 to COUNT. With "once" nothing is
-// repeated and no goodbye said.
+// TYPE, INSTANCE and TARGET are complete domain names with escapes like "\." and "\010". A "%" in
+// the last two is replaced by the number of the announcement, 1 to COUNT. With "once" there are no
+// repetitions and no goodbyes.
 
 #include <arpa/inet.h>
 #include <cerrno>
@@ -89,7 +88,7 @@ std::string replaceNumber(std::string text, int number) {
     return text;
 }
 
-/** Packs the announcements into as few packets as hold them. */
+/** Packs the announcements into as few packets as possible. */
 class Packets {
   public:
     void add(const Announcement& announcement) {
@@ -155,7 +154,7 @@ void send(int descriptor, const std::vector<std::string>& packets) {
                    reinterpret_cast<const sockaddr*>(&group), sizeof group) < 0) {
             throw std::runtime_error(std::strerror(errno));
         }
-        // More at once than the receiver's buffer holds would be lost.
+        // More packets at once than the receiver's buffer can take would be lost.
         const timespec pause = {0, 5000000};
         nanosleep(&pause, nullptr);
     }
@@ -205,7 +204,7 @@ int main(int argc, char** argv) {
         do {
             send(descriptor, pack(announcements, false));
         } while (!once && sigtimedwait(&ending, nullptr, &second) < 0);
-        // Some of many packets may be lost all the same.
+        // Some of many packets may still be lost.
         for (int round = 0; !once && round < 3; ++round) {
             send(descriptor, pack(announcements, true));
         }

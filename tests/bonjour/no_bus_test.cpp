@@ -10,7 +10,7 @@ namespace {
 
 using KV::BonjourDiscovery;
 
-// It runs with the address of a system bus that is not there.
+// It runs with the address of a system bus that does not exist.
 TEST(BonjourDiscoveryWithoutBus, saysThatTheSystemBusIsMissing) {
     for (int round = 0; round < 2; ++round) {
         try {

@@ -29,7 +29,7 @@ Sighting sighted(const std::string& type, const std::string& instance, int inter
     return {interface, protocol, type, instance, "local"};
 }
 
-/** A change in one line, for instance "+ robot1.local _robax._tcp:9559". */
+/** Returns a change as one line, for instance "+ robot1.local _robax._tcp:9559". */
 std::string inWords(const HostChange& change) {
     const char* const sign = change.fKind == Kind::Added     ? "+ "
                              : change.fKind == Kind::Updated ? "~ "

@@ -1,4 +1,4 @@
-// The context menu and its actions, against real brokers in this process.
+// The context menu and its actions, with real brokers in this process.
 
 #include "announced.h"
 #include "browserobots_dialog.h"
@@ -32,7 +32,7 @@ using obvista_test::Announced;
 
 namespace {
 
-/** A broker that hosts the two modules which the dialog calls and keeps what they were told. */
+/** A broker with the two modules that the dialog calls, and a record of the calls. */
 class Robot {
   public:
     Robot() {
@@ -55,7 +55,7 @@ class Robot {
 
     int port() const { return fBroker->getPort(); }
 
-    /** Waits for the next call; the empty string when none comes within five seconds. */
+    /** Waits for the next call; returns an empty string if there is none within five seconds. */
     std::string nextCall() {
         std::unique_lock<std::mutex> lock(fMutex);
         fCalled.wait_for(lock, std::chrono::seconds(5), [this] { return !fCall.empty(); });
@@ -189,7 +189,7 @@ class ActionsTest : public QObject {
     }
 
     void ledTestOnAnUnreachableRobotSaysSoOnce() {
-        const int port = Robot().port();  // nothing listens there any more
+        const int port = Robot().port();  // nothing listens there any longer
         Announced announced;
         announced.robot("robot1.local", port, "127.0.0.1");
         BrowseRobotsDialog dialog(nullptr, QString(), QString());
@@ -238,7 +238,7 @@ class ActionsTest : public QObject {
         announced.computer("computer1.local", 1, "127.0.0.1");
         BrowseRobotsDialog dialog(nullptr, QString(), QString());
         selectFirst(dialog);
-        dialog.onSendClipboardContents();  // a box would wait for an answer that never comes
+        dialog.onSendClipboardContents();  // a message box would block the test
     }
 
     void webPageIsThatOfTheHostName() {
@@ -278,7 +278,7 @@ class ActionsTest : public QObject {
         int port = 0;
         QVERIFY(dialog.getIPandPort(ip, port));
         QCOMPARE(ip, "127.0.0.1");
-        // The list follows with its next pass.
+        // The list follows at the next update.
         const QTreeWidgetItem* row = dialog.findChild<QTreeWidget*>()->topLevelItem(0);
         QCOMPARE(row->text(BrowseRobotsDialog::a_IPColumn), "10.0.0.1");
         dialog.updateRobotList();
@@ -316,8 +316,7 @@ class ActionsTest : public QObject {
         dialog.findChild<QTreeWidget*>()->topLevelItem(0)->setSelected(true);
     }
 
-    /** Opens the context menu as a right click does and returns its entries; none without a menu.
-     */
+    /** Opens the context menu like a right click and returns its entries; empty without a menu. */
     static QStringList openMenu(BrowseRobotsDialog& dialog) {
         QStringList entries;
         QTimer watcher;

@@ -79,7 +79,7 @@ QByteArray deflated(const QByteArray& bytes, int bytesOfBlock) {
     return result;
 }
 
-/** A progressive JPEG whose last scan is there so many times more. */
+/** Returns a progressive JPEG whose last scan is repeated `more` times. */
 QByteArray jpegWithScans(int side, int quality, int more) {
     QByteArray bytes = noise(side, "jpeg", quality, true);
     const int last = bytes.lastIndexOf(QByteArray("\xFF\xDA"));
@@ -92,11 +92,11 @@ QByteArray jpegWithScans(int side, int quality, int more) {
     return bytes + "\xFF\xD9";
 }
 
-/** Scans of one code, which says that all blocks are as they were. */
+/** Returns a JPEG with scans of a single code, which leaves all blocks unchanged. */
 QByteArray jpegOfScans(int side, int scans) {
     QByteArray bytes = noise(side, "jpeg", 10, true);
     bytes.truncate(bytes.lastIndexOf(QByteArray("\xFF\xD9")));
-    // A table with the one code 0: "nothing in this block and the 16,383 to 32,767 that follow".
+    // A table with the single code 0: "nothing in this block and the 16,383 to 32,767 that follow".
     bytes += QByteArray::fromHex("ffc400141001000000000000000000000000000000e0");
     const QByteArray scan = QByteArray::fromHex("ffda0008010100013f000001");
     for (int i = 0; i < scans; ++i) {
@@ -118,7 +118,7 @@ class Codes {
         }
     }
 
-    /** The GIF with these codes for its one frame. */
+    /** Returns a GIF with these codes as its only frame. */
     QByteArray gif(int side, int width) {
         put(a_reset + 1, width);
         put(0, 8);
@@ -140,7 +140,7 @@ class Codes {
     int fBits = 0;
 };
 
-/** A GIF whose codes stand for longer and longer strings of pixels. */
+/** Returns a GIF whose codes expand to longer and longer strings of pixels. */
 QByteArray gifOfStrings(int side, int count) {
     Codes codes;
     codes.put(Codes::a_reset, 9);
@@ -157,7 +157,7 @@ QByteArray gifOfStrings(int side, int count) {
     return codes.gif(side, width);
 }
 
-/** A GIF with codes of one pixel each, and a reset of the table behind every `between`. */
+/** Returns a GIF with one code for each pixel, and a table reset after every `between`. */
 QByteArray gifOfPixels(int side, int between) {
     Codes codes;
     for (int i = 0; i < side * side; ++i) {
@@ -190,7 +190,7 @@ QByteArray xpmOf(int side, int colours) {
     return bytes + "};";
 }
 
-/** A portable picture of numbers as text that is as large as is accepted. */
+/** Returns the largest accepted portable picture in text form. */
 QByteArray textOfNumbers(int bytes) {
     const int side = std::min(a_side, static_cast<int>(std::sqrt((bytes - 100) / 12)));
     const QByteArray number = QByteArray::number(side);

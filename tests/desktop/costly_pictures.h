@@ -12,16 +12,16 @@ struct CostlyPicture {
     QByteArray fBytes;
 };
 
-/** The pictures of each format that take longest to decode among those that are accepted. */
+/** Returns the accepted pictures of each format that take longest to decode. */
 std::vector<CostlyPicture> worstAcceptedPictures();
 
-/** Pictures that would take from ten milliseconds to minutes to decode. */
+/** Returns pictures that would take from ten milliseconds to minutes to decode. */
 std::vector<CostlyPicture> refusedPictures();
 
-/** Milliseconds of processor time that decoding the picture as a robot's takes this thread. */
+/** Returns the processor time of this thread for decoding a robot's picture, in milliseconds. */
 double timeToDecode(const QByteArray& bytes);
 
-/** A chunk of a PNG. */
+/** Returns a chunk of a PNG. */
 QByteArray pngChunk(const QByteArray& type, const QByteArray& content);
 
 struct PngKind {
@@ -31,15 +31,15 @@ struct PngKind {
     int fDepth = 8;
     Colour fColour = Rgba;
     bool fInterlaced = false;
-    int fFilter = 4;           ///< of all rows; they change about when it is below 0
+    int fFilter = 4;           ///< of all rows; it alternates if below 0
     unsigned fValues = 8;      ///< different bytes in a row
-    int fBytesOfBlock = 7000;  ///< as many begin a block of the compression
+    int fBytesOfBlock = 7000;  ///< bytes in each compressed block
 };
 
-/** A PNG of random bytes. */
+/** Returns a PNG of random bytes. */
 QByteArray noisyPng(const PngKind& kind);
 
-/** A picture of random bytes; `format` as for QImageWriter. */
+/** Returns a picture of random bytes; `format` as for QImageWriter. */
 QByteArray noise(int side, const char* format, int quality = -1, bool progressive = false);
 
 }  // namespace obvista_test

@@ -42,7 +42,7 @@ int downloadsOf(const ImageGrabber& grabber) {
     return grabber.findChildren<HttpDownloadObject*>().size();
 }
 
-/** A discovery thread whose icon thread hears requests; there is no daemon for it. */
+/** Returns a discovery thread whose icon thread receives requests; there is no daemon. */
 boost::shared_ptr<BonjourListeningThread> startedThread() {
     auto thread = BonjourListeningThread::createBonjourListeningThread();
     thread->start();
@@ -174,7 +174,7 @@ void DiscoveryImageTest::ignoresADownloadThatItHasDisposedOf() {
         if (std::exchange(repeated, true)) {
             return;
         }
-        // The grabber has taken the icon and forgotten the download, which still exists.
+        // The grabber has stored the icon and dropped the download, which still exists.
         QCOMPARE(iconOf(profile), QByteArray("icon"));
         profile->setBitmapBinary(KVValue());
         download->fFile.reset();
@@ -231,7 +231,7 @@ void DiscoveryImageTest::theThreadHearsARequestFromTheFirstMoment() {
     for (int i = 0; i < 50; ++i) {
         const ProfilePointer profile = makeProfile("robot.local");
         const auto thread = BonjourListeningThread::createBonjourListeningThread();
-        // Without a daemon this comes in the place of listening: no announcement comes earlier.
+        // Without a daemon this replaces listening: no announcement comes earlier.
         connect(
             thread.get(), &BonjourListeningThread::exceptionCaught, thread.get(),
             [&] { Q_EMIT thread->askForImage(a_address, profile); }, Qt::DirectConnection);

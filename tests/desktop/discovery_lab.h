@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
-/** What a test inside lab/run does to the network around it. */
+/** Actions of a test inside lab/run on the network around it. */
 namespace obvista_test::lab {
 
-/** Runs lab/ctl to its end. The program ends with a message when that fails. */
+/** Runs lab/ctl. Terminates the program with a message if that fails. */
 void control(const std::vector<std::string>& arguments);
 
-/** Something that the test itself announces with avahi-publish; it says goodbye when it goes. */
+/** An announcement by the test, with avahi-publish; the destructor sends the goodbye. */
 class Announcement {
   public:
     /** @param arguments those of avahi-publish */
@@ -28,22 +28,21 @@ class Announcement {
     ChildProcess fProcess;
 };
 
-/** Whether avahi-browse sees no service of the type, in the daemon's cache neither. */
+/** Returns true if avahi-browse finds no service of the type, not even in the daemon's cache. */
 bool nobodyAnnounces(const std::string& type);
 
 /**
- * A web server, nginx, on port 80 that serves one file.
+ * Returns the shell command of a web server, nginx, on port 80 that serves one file.
  *
- * @param folder an empty folder for what it needs
- * @return the shell command that runs it, to its end
+ * @param folder an empty folder for its files
  */
 std::string webServer(const std::string& folder, const std::string& path,
                       const std::string& content);
 
-/** The arguments with which a host name is announced beside the host's own. */
+/** Returns the arguments that announce an additional host name. */
 std::vector<std::string> hostName(const std::string& name, const std::string& address);
 
-/** The arguments with which a service of a host is announced under the host's name. */
+/** Returns the arguments that announce a service under the host's name. */
 std::vector<std::string> service(const std::string& name, const std::string& type);
 
 }  // namespace obvista_test::lab

@@ -36,13 +36,13 @@ namespace resolver = obvista_test::resolver;
 
 namespace {
 
-// Discovery, look-up and download on a machine that is busy with other tests.
+// For discovery, lookup and download on a machine that is busy with other tests.
 constexpr int a_patience = 20000;
 
 const std::string a_robot = BonjourDiscovery::fRobaxServiceType;
 const std::string a_middleware = BonjourDiscovery::fRobaxiServiceType;
 
-/** The profile in the map under this host name, or null. */
+/** Returns the profile in the map with this host name, or null. */
 ProfilePointer find(const std::string& host) {
     const KVCriticalSectionRead lock(BonjourDiscovery::fRobaxsMapMutex);
     for (const auto& entry : BonjourDiscovery::getMap()) {
@@ -68,7 +68,7 @@ bool mapIsEmpty() {
     return BonjourDiscovery::getMap().empty();
 }
 
-/** A robot on an address of this machine, where the test itself serves the icon. */
+/** A robot on an address of this machine; the test serves the icon. */
 struct Robot {
     Robot(const std::string& name, const char* address, const std::vector<std::string>& types,
           const ScriptedAnswer& answer = answerWith("200 OK", "icon"))
@@ -87,13 +87,13 @@ struct Robot {
     std::vector<std::unique_ptr<Announcement>> fServices;
 };
 
-/** A shell command that announces a robot with middleware, and then becomes another one. */
+/** Returns a shell command that announces a robot with middleware, and then runs another one. */
 std::string announceThen(const std::string& name, const std::string& command) {
     return "avahi-publish --service " + name + " " + a_robot + " 9559 & avahi-publish --service " +
            name + " " + a_middleware + " 9559 & exec " + command;
 }
 
-/** A host of the lab that is shut down in order when this goes. */
+/** A host of the lab; the destructor shuts it down in order. */
 struct Host {
     Host(const std::string& name, const std::string& address, const std::string& shellCommand)
         : fName(name) {
@@ -106,7 +106,7 @@ struct Host {
     std::string fName;
 };
 
-/** The Avahi daemon hangs while this lives. */
+/** Suspends the Avahi daemon while it exists. */
 struct PausedDaemon {
     PausedDaemon() { control({"avahi", "pause"}); }
     ~PausedDaemon() { control({"avahi", "continue"}); }
@@ -114,7 +114,7 @@ struct PausedDaemon {
     PausedDaemon& operator=(const PausedDaemon&) = delete;
 };
 
-/** Robots that come and go, and start and stop their middleware, some each second. */
+/** Robots that come and go, and start and stop their middleware, some of them every second. */
 class Churn {
   public:
     Churn() {
@@ -184,7 +184,7 @@ void DiscoveryLabTest::cleanup() {
     fThread.reset();
     QVERIFY(mapIsEmpty());
     QVERIFY2(fExceptions.isEmpty(), qPrintable(fExceptions.join(QLatin1Char('\n'))));
-    // The goodbyes of one test are not to be heard in the next one.
+    // The goodbyes of one test must not reach the next one.
     QTRY_VERIFY_WITH_TIMEOUT(nobodyAnnounces(a_robot) && nobodyAnnounces(a_middleware), a_patience);
 }
 
@@ -204,8 +204,8 @@ void DiscoveryLabTest::showsARobotOfOtherMakersUntilItIsGone() {
 }
 
 /**
- * Qt remembers the answers to look-ups for a minute. Robots were shown, and called, at the address
- * they had before their restart.
+ * Qt caches lookup results for a minute. Robots were shown, and called, at the address that they
+ * had before their restart.
  */
 void DiscoveryLabTest::showsTheTrueAddressOfARobotThatComesBack() {
     for (const std::string address : {"10.77.6.1", "10.77.6.2", "10.77.6.3"}) {
@@ -231,8 +231,8 @@ void DiscoveryLabTest::givesNoAddressToAHostWithIPv6Only() {
     QTRY_VERIFY_WITH_TIMEOUT(resolver::answers("six.local") > 0, a_patience);
     const ProfilePointer profile = find("six.local");
     QVERIFY(profile);
-    // Answers are delivered in their order: when the next host has its address, this one had its
-    // turn.
+    // Answers are delivered in order: when the next host has its address, the answer for this one
+    // has been handled.
     const Announcement nextName(hostName("next.local", "127.0.0.80"));
     const Announcement nextService(service("next.local", a_middleware));
     QTRY_COMPARE_WITH_TIMEOUT(addressOfHost("next.local"), std::string("127.0.0.80"), a_patience);
@@ -336,7 +336,7 @@ void DiscoveryLabTest::aProgramMayQuitAtAnyTime() {
     }
 }
 
-/** Each call to the daemon takes 25 s then, and the way to the end was one of 22 s. */
+/** Each call to the daemon then takes 25 s, and quitting took 22 s. */
 void DiscoveryLabTest::aProgramQuitsAtOnceWhileTheDaemonHangs() {
     fThread.reset();
     constexpr int runs = 300;

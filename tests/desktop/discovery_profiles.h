@@ -14,7 +14,7 @@ namespace obvista_test {
 
 using ProfilePointer = boost::shared_ptr<KV::BonjourProfile>;
 
-/** A profile as the discovery library makes it; without other types, of a robot with middleware. */
+/** Returns a profile like the discovery library's; by default that of a robot with middleware. */
 inline ProfilePointer makeProfile(const std::string& hostName,
                                   const std::string& ip = std::string(),
                                   const std::vector<std::string>& types = {

@@ -1,4 +1,4 @@
-// Starts discovery as Obvista does and ends it after a time, as a user who quits.
+// Starts discovery as Obvista does and ends it after a time, like a user who quits.
 //
 //   discovery_program MILLISECONDS
 //

@@ -22,7 +22,7 @@ struct State {
 };
 
 State& state() {
-    static auto* const instance = new State;  // look-ups may still run when main() has ended
+    static auto* const instance = new State;  // lookups may still run after main()
     return *instance;
 }
 
@@ -95,7 +95,7 @@ bool isUnder(const std::string& name, const std::string& domain) {
 
 }  // namespace
 
-// Found by the libraries before the C library's, since the program's own symbols come first.
+// Libraries find it before the C library's function, since the program's symbols come first.
 extern "C" __attribute__((visibility("default"))) int getaddrinfo(const char* node,
                                                                   const char* service,
                                                                   const addrinfo* hints,
@@ -105,7 +105,7 @@ extern "C" __attribute__((visibility("default"))) int getaddrinfo(const char* no
     const std::string name = node == nullptr ? "" : node;
     obvista_test::resolver::countAndHold(name);
     if (isUnder(name, ".invalid")) {
-        // As everywhere, but without asking the network.
+        // Not found, without a network query.
         return obvista_test::resolver::countAnswer(name, EAI_NONAME);
     }
     return obvista_test::resolver::countAnswer(name, next(node, service, hints, result));

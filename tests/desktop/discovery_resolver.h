@@ -4,32 +4,32 @@
 #include <string>
 
 /**
- * What passes between the program under test and the system's resolver. A program that links this
- * asks through it: the answers are the system's own, but a test can count and hold them. Names
- * under ".invalid" do not exist, and nobody is asked for them.
+ * Intercepts the calls to the system's resolver. In a program that links this, the answers are the
+ * system's own, but a test can count and hold them. Names under ".invalid" do not exist, without a
+ * query.
  */
 namespace obvista_test::resolver {
 
-/** How often the name was asked for. */
+/** Returns the number of lookups of the name. */
 int lookUps(const std::string& name);
 
-/** How often an answer about the name was given, a bad one included. */
+/** Returns the number of answers for the name, including failures. */
 int answers(const std::string& name);
 
-/** Holds the answers to all look-ups that follow, while it lives. */
+/** Holds the answers to all following lookups while it exists. */
 class Hold {
   public:
     Hold();
-    /** Lets them through. */
+    /** Releases them. */
     ~Hold();
     Hold(const Hold&) = delete;
     Hold& operator=(const Hold&) = delete;
 
-    /** Lets the next one through, in the order in which they came. */
+    /** Releases the next one, in the order of arrival. */
     void releaseOne();
 };
 
-/** Whether that many look-ups are held now. */
+/** Returns true if that many lookups are being held. */
 bool areHeld(int count);
 
 }  // namespace obvista_test::resolver

@@ -26,8 +26,7 @@ namespace resolver = obvista_test::resolver;
 
 namespace {
 
-/** Fires as the discovery library does: on a thread that Qt knows nothing of, under the map lock.
- */
+/** Emits like the discovery library: on a thread unknown to Qt, with the map lock held. */
 void fire(const BonjourDiscovery::ProfileSignal& signal, const ProfilePointer& profile) {
     std::thread([&] {
         const KVCriticalSectionWrite lock(BonjourDiscovery::fRobaxsMapMutex);
@@ -54,7 +53,7 @@ QHostInfo answer(const QString& hostName, const QStringList& addresses) {
     return info;
 }
 
-/** A discovery thread, and what it said and asked for, heard on the thread of the test. */
+/** A discovery thread and its signals, received on the thread of the test. */
 class Listener {
   public:
     Listener() {
@@ -67,8 +66,8 @@ class Listener {
     }
 
     /**
-     * Starts the thread, which connects itself to the library's signals. There is no daemon here,
-     * so its attempt to listen fails; the signals stay connected.
+     * Starts the thread, which connects to the library's signals. Without a daemon its attempt to
+     * listen fails; the signals stay connected.
      */
     bool start() {
         const int before = fExceptions.size();
@@ -76,7 +75,7 @@ class Listener {
         return QTest::qWaitFor([&] { return fExceptions.size() > before; }) && fThread->wait(5000);
     }
 
-    /** Waits until everything that was queued on this thread is done. */
+    /** Processes all events queued on this thread. */
     static void settle() {
         bool settled = false;
         QTimer::singleShot(0, [&settled] { settled = true; });
@@ -92,7 +91,7 @@ class Listener {
     QObject fContext;
 };
 
-/** Gives access to what the factory hides. */
+/** Makes the constructor accessible. */
 class UnownedThread : public BonjourListeningThread {
   public:
     using BonjourListeningThread::run;
@@ -217,7 +216,7 @@ void DiscoveryThreadTest::looksUpAgainAfterAFailure() {
     Listener listener;
     QVERIFY(listener.start());
     const ProfilePointer profile = makeProfile("robot.invalid");
-    // While a look-up is outstanding, announcing again starts none.
+    // While a lookup is outstanding, another announcement does not start a second one.
     const auto announcedAgain = [&profile] {
         announce(profile);
         return resolver::lookUps("robot.invalid") >= 2;
@@ -275,7 +274,7 @@ void DiscoveryThreadTest::servesAllProfilesOfAHostNameInOneAnswer() {
     QCOMPARE(addressOf(first), std::string("127.0.0.7"));
     QCOMPARE(addressOf(second), std::string("127.0.0.7"));
     QCOMPARE(listener.fRequests.size(), 2);
-    // Nothing waits any more: another answer finds nobody.
+    // Nothing is waiting: another answer has no effect.
     listener.fThread->lookedUp(answer(QStringLiteral("robot.invalid"), {"127.0.0.8"}));
     QCOMPARE(addressOf(first), std::string("127.0.0.7"));
 }
@@ -327,7 +326,7 @@ void DiscoveryThreadTest::takesTheFirstAddressThatIsNotIPv6() {
     listener.fThread->lookedUp(info);
     QCOMPARE(addressOf(profile), chosen.toStdString());
     QCOMPARE(listener.fRequests.size(), chosen.isEmpty() ? 0 : 1);
-    // Good or bad, it was the answer: the profile waits no longer.
+    // Failed or not, it was the answer: the profile no longer waits.
     listener.fThread->lookedUp(answer(QStringLiteral("robot.invalid"), {"127.0.0.9"}));
     QCOMPARE(addressOf(profile), chosen.toStdString());
 }
@@ -439,7 +438,7 @@ void DiscoveryThreadTest::mayBeReleasedAtAnyTime() {
         thread->start();
         std::this_thread::sleep_for(std::chrono::microseconds(delay));
     };
-    startAndRelease(0);  // what is opened once and kept
+    startAndRelease(0);  // opens resources that are kept
     const int threads = threadsOfThisProcess();
     const int descriptors = openDescriptors();
     for (int i = 0; i < 300; ++i) {
@@ -452,11 +451,11 @@ void DiscoveryThreadTest::mayBeReleasedAtAnyTime() {
 void DiscoveryThreadTest::stopsWhenTheLastPointerGivenOutGoes() {
     auto thread = BonjourListeningThread::createBonjourListeningThread();
     thread->start();
-    // What the two threads hold for moments, here held for longer.
+    // The two threads hold these pointers for moments, the test holds them for longer.
     auto inside = thread->shared_from_this();
     thread.reset();
     QVERIFY(inside->isFinished());
-    // Nothing is left to wait for, so any thread may now be the last to hold it.
+    // There is nothing left to wait for, so any thread may now release the last pointer.
     std::thread([last = std::move(inside)]() mutable { last.reset(); }).join();
 }
 
@@ -476,7 +475,7 @@ void DiscoveryThreadTest::doesNotWaitForALookUpWithoutAnAnswer() {
         QVERIFY(resolver::areHeld(1));
         QCOMPARE(addressOf(profile), std::string());
     }
-    // The answer comes to nobody.
+    // There is no receiver for the answer.
     QTRY_VERIFY(threadsOfThisProcess() <= threads);
 }
 

@@ -104,7 +104,7 @@ class ErrorDialogTest : public QObject {
                           QMessageBox::Cancel);
         InformationDialog information(QStringLiteral("Sent"), QStringLiteral("Done."), nullptr);
         for (ErrorDialog* dialog : {&error, static_cast<ErrorDialog*>(&information)}) {
-            // Nobody is there to answer: a box that opened would keep the test from going on.
+            // There is no user: a box that opened would block the test.
             QCOMPARE(dialog->displayDialog(), 0x400);
             QVERIFY(!dialog->isVisible());
             QVERIFY(!dialog->testAttribute(Qt::WA_WState_ExplicitShowHide));
@@ -141,7 +141,7 @@ class ErrorDialogTest : public QObject {
         QTest::addColumn<QMessageBox::StandardButton>("button");
         QTest::newRow("OK alone") << QMessageBox::NoButton;
         QTest::newRow("with Cancel") << QMessageBox::Cancel;
-        // Neither OK nor Apply is a way out, so a plain message box would refuse to close.
+        // Neither OK nor Apply is an escape button, so a plain message box would refuse to close.
         QTest::newRow("with Apply") << QMessageBox::Apply;
     }
 
@@ -165,7 +165,7 @@ class ErrorDialogTest : public QObject {
     }
 
   private:
-    // On X11 the window manager is asked, as by a click on the title bar's cross.
+    // On X11 the window manager closes it, as a click on the title bar's cross does.
     static void closeByWindowManager(QMessageBox& box) {
         if (QGuiApplication::platformName() == QLatin1String("xcb")) {
             QVERIFY(QTest::qWaitForWindowActive(&box));

@@ -18,14 +18,14 @@ namespace {
 
 constexpr std::chrono::milliseconds a_shortTimeOut{250};
 
-/** A port on which nothing listens: it was free a moment ago. */
+/** Returns a port on which nothing listens: it was free a moment ago. */
 quint16 closedPort() {
     QTcpServer server;
     server.listen(QHostAddress::LocalHost);
     return server.serverPort();
 }
 
-/** A client with a body to fetch into and a record of what it emitted. */
+/** A client with a target for the body and a record of its signals. */
 struct Client {
     explicit Client(quint16 port, const QString& host = QStringLiteral("127.0.0.1")) {
         fBody.open(QIODevice::ReadWrite);
@@ -34,7 +34,7 @@ struct Client {
 
     int get(const QString& path = QStringLiteral("/")) { return fHttp->get(path, &fBody); }
 
-    /** Whether the request ended within the bound, and only once. */
+    /** Returns true if the request ended in time, and only once. */
     bool ends(int request, bool error) {
         const QList<QVariant> expected{request, error};
         return QTest::qWaitFor([&] { return fFinished.contains(expected); }) &&
@@ -523,7 +523,7 @@ void HttpClientTest::leavesNoDescriptorsOpen() {
         QVERIFY(QTest::qWaitFor([&] { return silent.openConnections() > 0; }));
         aborted.fHttp->abort();
     };
-    useClients();  // what is opened once and kept
+    useClients();  // opens resources that are kept
     QTRY_COMPARE(good.openConnections() + silent.openConnections(), 0);
     const int before = openDescriptors();
     for (int i = 0; i < 20; ++i) {

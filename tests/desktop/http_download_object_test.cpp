@@ -24,13 +24,13 @@ const QString a_address = QStringLiteral("127.0.0.80");
 const QString a_url = QStringLiteral("http://127.0.0.80//media/buddy.icon");
 constexpr quint16 a_port = 80;
 
-/** The server of which the download object asks: its port is always 80. */
+/** The server for the download object, whose port is always 80. */
 struct Server : ScriptedHttpServer {
     explicit Server(QList<ScriptedAnswer> answers)
         : ScriptedHttpServer(std::move(answers), QHostAddress(a_address), a_port) {}
 };
 
-/** A download and what it emitted. */
+/** A download and its signals. */
 struct Download {
     explicit Download(const QString& url = a_url)
         : fObject(std::make_unique<HttpDownloadObject>(url, nullptr)),
@@ -38,13 +38,13 @@ struct Download {
 
     QHttp* http() const { return fObject->findChild<QHttp*>(); }
 
-    /** Whether it ended within the bound, and said so once. */
+    /** Returns true if it ended in time and emitted one signal. */
     bool ends(bool succeeded) {
         return QTest::qWaitFor([this] { return !fFinished.isEmpty(); }) &&
                fFinished == QList<QList<QVariant>>{{succeeded}};
     }
 
-    /** Everything in the file, whatever its position. */
+    /** Returns the whole content of the file, independent of its position. */
     QByteArray stored() const {
         QFile file(fObject->fFile.fileName());
         fObject->fFile.flush();
@@ -56,7 +56,7 @@ struct Download {
     QSignalSpy fFinished;
 };
 
-/** An answer that promises more than it sends. */
+/** Returns an answer that announces more than it sends. */
 ScriptedAnswer answerCutAfter(const QByteArray& part) {
     ScriptedAnswer answer;
     answer.fBytes = "HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n" + part;
@@ -363,7 +363,7 @@ void HttpDownloadObjectTest::saysWhenThereIsNoTemporaryFile() {
     const Server server({answerWith("200 OK", "icon")});
     const QByteArray folder = qgetenv("TMPDIR");
     CapturedStderr errors;
-    qputenv("TMPDIR", "/proc");  // not even root makes a file there
+    qputenv("TMPDIR", "/proc");  // where even root cannot create a file
     Download download;
     qputenv("TMPDIR", folder);
     QCOMPARE(errors.take(), QStringLiteral("Unable to save into a temporary file. \n"));
@@ -419,7 +419,7 @@ void HttpDownloadObjectTest::runsManyAtOnce() {
             QCOMPARE(download->fObject->fFile.readAll(), QByteArray(20000, 'i'));
         }
     };
-    runAll();  // what is opened once and kept
+    runAll();  // opens resources that are kept
     QTRY_COMPARE(server.openConnections(), 0);
     const int before = openDescriptors();
     runAll();

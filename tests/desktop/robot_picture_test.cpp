@@ -1,5 +1,5 @@
-// The pictures that robots serve: which are shown, that no bytes take long, and that none of them
-// are reported.
+// Pictures served by robots: valid ones are shown, decoding is fast for any bytes, and nothing is
+// reported.
 
 #include "robot_picture.h"
 
@@ -32,7 +32,7 @@ double mostMilliseconds() {
     return qEnvironmentVariableIsEmpty("OBVISTA_SANITIZE") ? most : most * slowness;
 }
 
-/** The time that decoding takes when nothing else gets in its way. */
+/** Returns the decoding time without other load. */
 double shortestTimeToDecode(const QByteArray& bytes) {
     constexpr int rounds = 7;
     double shortest = timeToDecode(bytes);
@@ -49,13 +49,13 @@ void addRows(const std::vector<CostlyPicture>& pictures) {
     }
 }
 
-/** Puts chunks behind the header of a PNG. */
+/** Inserts chunks after the header of a PNG. */
 QByteArray withChunks(QByteArray png, const QByteArray& chunks) {
     constexpr int endOfHeader = 33;
     return png.insert(endOfHeader, chunks);
 }
 
-/** A text of so many equal bytes, compressed to a thousandth. */
+/** Returns a text of that many equal bytes, compressed to a thousandth. */
 QByteArray compressedText(int size) {
     constexpr int sizeOfLength = 4;
     return pngChunk("zTXt",

@@ -15,7 +15,7 @@ static_assert(std::is_empty_v<WaitCursor> && !std::is_polymorphic_v<WaitCursor>)
 
 namespace {
 
-/** Shape of the forced cursor, BlankCursor when none is forced. */
+/** Returns the shape of the forced cursor, BlankCursor if there is none. */
 Qt::CursorShape forcedCursor() {
     const QCursor* cursor = QApplication::overrideCursor();
     return cursor == nullptr ? Qt::BlankCursor : cursor->shape();

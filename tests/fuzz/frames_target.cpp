@@ -1,4 +1,4 @@
-// The frames of a camera, which are read without the help of protobuf.
+// A camera's frames, which are parsed without protobuf.
 //
 // The first byte of an input is the size of the slices in which gRPC has received it.
 #include "failure.h"

@@ -7,8 +7,7 @@
 #include <cstdlib>
 
 /**
- * Gives one decoder some bytes. Each fuzz target defines it; the name is the one that libFuzzer
- * calls.
+ * Passes bytes to one decoder. Each fuzz target defines it; libFuzzer fixes the name.
  *
  * @return 0
  */
@@ -16,7 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 namespace obvista_fuzz {
 
-/** Ends the program when what has to hold for every input does not. */
+/** Terminates the program if a condition that must hold for every input does not. */
 inline void require(bool holds, const char* what) {
     if (!holds) {
         std::fprintf(stderr, "does not hold: %s\n", what);

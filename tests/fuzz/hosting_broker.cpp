@@ -93,7 +93,7 @@ std::uint64_t HostingBroker::keepSession() {
     heartbeat.add_messages()->mutable_heartbeat()->set_number(1);
     ServerBatch answer;
     if (!fSession || !fSession->Write(heartbeat) || !fSession->Read(&answer)) {
-        // The first time, or kept from running for so long that the robot gave this program up.
+        // First use, or this program was suspended for so long that the robot ended the session.
         xOpenSession();
     }
     return fSessionId;

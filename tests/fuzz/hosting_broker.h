@@ -11,29 +11,32 @@
 
 namespace obvista_fuzz {
 
-/** A broker that listens on the loopback and hosts "KVEcho" and "KVMemory", with a way to reach it
- *  without the library. One for the whole run, so that what an input does to it shows in the next
- *  ones. */
+/**
+ * A broker on the loopback that hosts "KVEcho" and "KVMemory", and access to it without the
+ * library. One for the whole run, so that the effects of an input show in the next ones.
+ */
 class HostingBroker {
   public:
     using Session = grpc::ClientReaderWriter<robaxi::v1::ClientBatch, robaxi::v1::ServerBatch>;
 
     static HostingBroker& instance();
-    /** Another one, which lets nobody in who does not know a_token. */
+    /** A second one, which admits only clients that know a_token. */
     static HostingBroker& guarded();
 
     static constexpr const char* a_token = "a secret";
 
     robaxi::v1::Robaxi::Stub& stub() { return *fStub; }
 
-    /** The number of a session that stays open, as long as this is called every few seconds. Not
-     *  of the guarded one. */
+    /**
+     * Returns the id of a session that stays open while this is called every few seconds. Not for
+     * the guarded one.
+     */
     std::uint64_t keepSession();
 
-    /** Says hello and returns the session's number, 0 when it was refused. */
+    /** Sends hello and returns the session's id; 0 if it was refused. */
     static std::uint64_t sayHello(Session& session);
 
-    /** An input that takes longer than this has found a defect. */
+    /** Sets the deadline: an input that takes longer has found a defect. */
     static void setDeadline(grpc::ClientContext& context);
 
   private:

@@ -1,4 +1,4 @@
-// What a web server may answer to the question for an icon.
+// A web server's response to a request for an icon.
 #include "fuzz_target.h"
 #include "http/qhttp.h"
 
@@ -12,7 +12,7 @@ namespace {
 
 using obvista_fuzz::require;
 
-/** Sends the same answer to everybody who asks for anything, and closes. */
+/** Sends the same response to every client, and closes the connection. */
 class Server {
   public:
     Server() {
@@ -72,7 +72,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static Server server;
     server.setAnswer(QByteArray(reinterpret_cast<const char*>(data), static_cast<int>(size)));
     ask(server.port());
-    // The server's sockets too.
+    // Deletes the server's sockets, too.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QCoreApplication::processEvents();
     return 0;

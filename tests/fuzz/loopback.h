@@ -9,7 +9,7 @@ namespace obvista_fuzz {
 
 constexpr const char* a_loopback = "127.0.0.1";
 
-/** A broker on a port of the loopback that was free. */
+/** Creates a broker on a free port of the loopback. */
 inline boost::shared_ptr<KVBroker> listenOnLoopback(const KVSettings& settings = {}) {
     for (int port = 27000;; ++port) {
         try {

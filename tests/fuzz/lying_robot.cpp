@@ -11,12 +11,12 @@ namespace {
 
 using namespace robaxi::v1;
 
-/** The number of a question that waits for an answer, or 0. */
+/** Returns the id of a request that waits for an answer, or 0. */
 std::uint64_t questionOf(const ClientMessage& message) {
     return message.has_call() ? message.call().call_id() : message.list_modules().call_id();
 }
 
-/** An answer to a question that the input may have left open. */
+/** Returns an answer to a request that the input may have left unanswered. */
 ServerBatch refusalOf(std::uint64_t callId) {
     ServerBatch batch;
     Result* result = batch.add_messages()->mutable_result();

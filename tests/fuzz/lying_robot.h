@@ -14,8 +14,10 @@
 
 namespace obvista_fuzz {
 
-/** A server on the loopback that says hello and then whatever an input has it say, and a broker of
- *  ours with which to reach it. */
+/**
+ * A server on the loopback that sends hello and then arbitrary input, and a broker of ours to
+ * connect to it.
+ */
 class LyingRobot : private robaxi::v1::Robaxi::Service {
   public:
     static LyingRobot& instance();
@@ -23,10 +25,14 @@ class LyingRobot : private robaxi::v1::Robaxi::Service {
     int port() const { return fPort; }
     const boost::shared_ptr<KVBroker>& client() const { return fClient; }
 
-    /** What it says on sessions: a batch before it refuses what it was asked, and when there are no
-     *  more it ends them. */
+    /**
+     * Sets what it sends on sessions: a batch before each refusal of a request; after the last one
+     * it ends them.
+     */
     void setBatches(std::vector<std::string> batches);
-    /** What it says on subscriptions, and then ends them. Sessions stay when there are updates. */
+    /**
+     * Sets what it sends on subscriptions before it ends them. With updates, sessions stay open.
+     */
     void setUpdates(std::vector<std::string> updates);
 
   private:
@@ -48,7 +54,7 @@ class LyingRobot : private robaxi::v1::Robaxi::Service {
     std::unique_ptr<grpc::Server> fServer;
     boost::shared_ptr<KVBroker> fClient;
 
-    std::mutex fMutex;  // guards all below
+    std::mutex fMutex;  // guards all members below
     std::vector<std::string> fBatches;
     std::vector<std::string> fUpdates;
 };

@@ -1,4 +1,4 @@
-// Names and texts from the network, where they are made fit to be shown.
+// Names and texts from the network, as they are made safe to show.
 #include "fuzz_target.h"
 #include "host_name.h"
 #include "values/value_text.h"

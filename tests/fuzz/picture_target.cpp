@@ -1,8 +1,8 @@
-// Frames of a camera: what they claim, and the bytes they come with.
+// A camera's frames: their headers and their bytes.
 //
-// An input is the format (one byte, counted as in KVPixelFormat), whether a JPEG is taken for the
-// size in its own header, so that it gets to the decoder (one byte), width, height and stride (four
-// bytes each, lowest first), and the frame's bytes.
+// An input is the format (one byte, a KVPixelFormat), a flag that sets the size of a JPEG from its
+// own header, so that it reaches the decoder (one byte), width, height and stride (four bytes each,
+// little-endian), and the frame's bytes.
 #include "fuzz_target.h"
 
 #include <QImage>
@@ -24,7 +24,7 @@ using cameraviewer::PictureDecoder;
 using obvista_fuzz::require;
 
 constexpr std::size_t a_headSize = 14;
-/** Larger pictures take time and show nothing new. */
+/** Larger pictures take time and find nothing new. */
 constexpr std::uint64_t a_maxPixels = 512ULL * 512;
 
 std::uint32_t numberAt(const std::uint8_t* data) {
@@ -50,7 +50,7 @@ KVFrame frameOf(const std::uint8_t* data, std::size_t size) {
     return frame;
 }
 
-/** Reads each byte of a picture, which has to be there. */
+/** Reads each byte of a picture, all of which must exist. */
 unsigned sumOf(const QImage& image) {
     unsigned sum = 0;
     for (int y = 0; y < image.height(); ++y) {

@@ -10,8 +10,8 @@
 namespace obvista_fuzz {
 
 /**
- * Cuts an input into the messages that arrive one after the other: each stands behind its number of
- * bytes, two bytes with the low one first. The last one may be cut off.
+ * Splits an input into successive messages: each is preceded by its size in two bytes,
+ * little-endian. The last one may be truncated.
  */
 inline std::vector<std::string> pieces(const std::uint8_t* data, std::size_t size) {
     constexpr std::size_t bytesOfLength = 2;

@@ -1,5 +1,5 @@
-// The short form of every fuzz target, for builds without libFuzzer: its seeds, and a number of
-// changes to them that is the same in each run.
+// The short form of every fuzz target, for builds without libFuzzer: runs its seeds, and a number
+// of mutations that is the same in each run.
 #include "fuzz_target.h"
 
 #include <gtest/gtest.h>
@@ -43,12 +43,12 @@ std::vector<Bytes> readSeeds() {
 }
 
 void run(const Bytes& input) {
-    // Exactly as large as the input, so that a read behind its end is seen.
+    // Exactly as large as the input, so that a read beyond its end is detected.
     const Bytes exact(input.begin(), input.end());
     EXPECT_EQ(LLVMFuzzerTestOneInput(exact.data(), exact.size()), 0);
 }
 
-/** Changes an input as a fuzzer does, but without looking at what comes of it. */
+/** Mutates inputs like a fuzzer, but without feedback. */
 class Mutator {
   public:
     explicit Mutator(const std::vector<Bytes>& seeds) : fSeeds(seeds) {}
@@ -99,7 +99,7 @@ class Mutator {
         }
     }
 
-    /** Puts a piece of any seed, its own too, in between. */
+    /** Inserts a piece of any seed, including the same one. */
     void xSplice(Bytes& bytes, std::size_t position) {
         const Bytes& other = fSeeds[xBelow(fSeeds.size())];
         const auto from = other.begin() + static_cast<std::ptrdiff_t>(xBelow(other.size()));

@@ -1,4 +1,4 @@
-// What a web server may send as a robot's icon, on its way to the list of robots.
+// A picture sent by a web server as a robot's icon, as the list of robots decodes it.
 #include "fuzz_target.h"
 #include "robot_picture.h"
 
@@ -21,7 +21,7 @@ unsigned sumOf(const QImage& image) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    // It knows where Qt's plugins are, which read some of the formats.
+    // The application knows the path of Qt's plugins, which decode some of the formats.
     static int count = 0;
     static QCoreApplication application(count, nullptr);
     const QImage picture = KD::readRobotPicture(

@@ -1,4 +1,4 @@
-// What a robot may send on a session, to a client of ours.
+// Messages from a robot on a session, received by our client.
 #include "fuzz_target.h"
 #include "loopback.h"
 #include "lying_robot.h"
@@ -12,7 +12,7 @@
 
 namespace {
 
-/** Shorter than the time after which an input counts as one that hangs. */
+/** Shorter than the time after which an input counts as hanging. */
 constexpr int a_timeOut = 5;
 
 void tryTo(const std::function<void()>& action) {

@@ -1,7 +1,7 @@
-// What a client may send on a session: batches of messages, to a broker of ours.
+// Messages from a client on a session, received by our broker, in batches.
 //
-// The first byte of an input says whether hello is said before (0), is up to the input (1), or is
-// so at a broker that asks for a token (2).
+// The first byte of an input selects whether hello is sent before (0), is left to the input (1), or
+// is left to it at a broker that requires a token (2).
 #include "fuzz_target.h"
 #include "hosting_broker.h"
 #include "pieces.h"
@@ -21,7 +21,7 @@ constexpr std::uint8_t a_asksForToken = 2;
 
 constexpr std::uint64_t a_heartbeat = 0xFEEDBEEF;
 
-/** What came back on a session. */
+/** Received messages of a session. */
 struct Answers {
     bool fHasHeartbeat = false;
     bool fIsRefused = false;
@@ -40,7 +40,7 @@ struct Answers {
     }
 };
 
-/** Returns when the robot has read all that was sent, or has ended the session. */
+/** Returns when the robot has read everything that was sent, or has ended the session. */
 void awaitEcho(HostingBroker::Session& session, Answers& answers) {
     ClientBatch heartbeat;
     heartbeat.add_messages()->mutable_heartbeat()->set_number(a_heartbeat);
@@ -51,7 +51,7 @@ void awaitEcho(HostingBroker::Session& session, Answers& answers) {
     }
 }
 
-/** Whether the broker's token may stand in an input; in parts it need not stand in one piece. */
+/** Returns true if an input may contain the broker's token, perhaps split into parts. */
 bool mayHoldToken(const ClientBatch& batch) {
     return batch.SerializeAsString().find(HostingBroker::a_token) != std::string::npos ||
            std::any_of(batch.messages().begin(), batch.messages().end(),

@@ -1,4 +1,4 @@
-// The announcements that a network of hosts may make, in any order.
+// Announcements that the hosts of a network may make, in any order.
 #include "fuzz_target.h"
 #include "host_name.h"
 #include "pieces.h"
@@ -11,7 +11,7 @@ namespace {
 using namespace KV::bonjour;
 using obvista_fuzz::require;
 
-/** Follows what the registry says, as its user does. */
+/** Tracks the hosts by the registry's changes, like its user. */
 class Hosts {
   public:
     void apply(const std::vector<HostChange>& changes) {
@@ -33,7 +33,7 @@ class Hosts {
         require(fKeys.size() <= SightingRegistry::a_maximumHosts, "the hosts are bounded");
     }
 
-    /** The first host that is there. */
+    /** Returns the first existing host. */
     std::string any() const { return fKeys.empty() ? std::string() : *fKeys.begin(); }
     bool isEmpty() const { return fKeys.empty(); }
 
@@ -41,7 +41,7 @@ class Hosts {
     std::set<std::string> fKeys;
 };
 
-/** A sighting among few, so that the same one comes again. */
+/** Returns one of few sightings, so that the same one occurs again. */
 Sighting sightingOf(std::uint8_t byte) {
     Sighting sighting;
     sighting.fInterface = byte & 3U;
@@ -57,7 +57,7 @@ Sighting sightingOf(std::uint8_t byte) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     SightingRegistry registry;
     Hosts hosts;
-    // Each piece: what happens, to which sighting, the port, and the rest is a name or address.
+    // Each piece: the operation, the sighting, the port; the rest is a name or address.
     constexpr std::size_t head = 4;
     for (const std::string& piece : obvista_fuzz::pieces(data, size)) {
         if (piece.size() < head) {

@@ -1,4 +1,4 @@
-// What a robot may send on a subscription, to a client of ours.
+// Messages from a robot on a subscription, received by our client.
 #include "fuzz_target.h"
 #include "loopback.h"
 #include "lying_robot.h"
@@ -16,7 +16,7 @@ namespace {
 
 using obvista_fuzz::require;
 
-/** Checks what the library promises its listeners. */
+/** Checks the library's promises to listeners. */
 class Witness : public KVSubscription::Listener {
   public:
     void keysAdded(const std::vector<KVKeyInfo>& keys) override {
@@ -60,7 +60,9 @@ class Witness : public KVSubscription::Listener {
     bool fHasEnded = false;
 };
 
-/** One for the whole run; opened anew when it was lost while this program was kept from running. */
+/**
+ * One connection for the whole run; opened again if it was lost while this program was suspended.
+ */
 boost::shared_ptr<KVConnection> connection() {
     obvista_fuzz::LyingRobot& robot = obvista_fuzz::LyingRobot::instance();
     constexpr int timeOut = 15;

@@ -1,4 +1,4 @@
-// What a client may send on a subscription, to a broker of ours.
+// Messages from a client on a subscription, received by our broker.
 #include "fuzz_target.h"
 #include "hosting_broker.h"
 #include "pieces.h"
@@ -13,7 +13,7 @@ using robaxi::v1::SubscriptionUpdate;
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    // Stands in the inputs for the session, which has another number in each run.
+    // Placeholder for the session's id in the inputs, since the id differs in each run.
     constexpr std::uint64_t thisSession = 1;
     HostingBroker& broker = HostingBroker::instance();
     const std::uint64_t session = broker.keepSession();

@@ -11,7 +11,7 @@
 
 namespace obvista_fuzz {
 
-/** A file that only its owner may read, removed with this object. */
+/** A file readable only by its owner, removed with this object. */
 class TemporaryFile {
   public:
     explicit TemporaryFile(const std::string& content)

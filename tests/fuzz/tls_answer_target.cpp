@@ -1,7 +1,7 @@
-// What may come back when a client looks whether TLS is why it could not connect to a robot.
+// Answers to a client that probes whether a TLS mismatch prevented its connection to a robot.
 //
-// The first byte of an input says whether the client was to speak TLS (1) or not (0); the others
-// are what the robot sends, without looking at what it is told.
+// The first byte of an input says whether the client was configured for TLS (1) or not (0); the
+// others are what the robot sends, without reading the client's data.
 #include "failure.h"
 #include "fuzz_target.h"
 #include "net/tls_probe.h"
@@ -23,7 +23,7 @@ using robaxi::SocketAddress;
 
 constexpr const char* a_name = "127.0.0.1";
 
-/** Signed itself, for 127.0.0.1; nobody has its key any more. */
+/** Self-signed, for 127.0.0.1; the key no longer exists. */
 constexpr const char* a_certificate = R"(-----BEGIN CERTIFICATE-----
 MIIBhzCCAS6gAwIBAgIUeI85UoLpPllu2AJj7uNpWSUK6BQwCgYIKoZIzj0EAwIw
 EDEOMAwGA1UEAwwFcm9ib3QwIBcNMjYxMTIxMDk0OTM0WhgPMjEyNjEwMjgwOTQ5
@@ -37,7 +37,7 @@ T+um+B9+6L8Io60=
 -----END CERTIFICATE-----
 )";
 
-/** Sends the same to everybody who connects, and waits until they are gone. */
+/** Sends the same to every client, and waits until it disconnects. */
 class Robot {
   public:
     Robot() : fListener(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {

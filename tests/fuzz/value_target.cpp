@@ -7,13 +7,13 @@ namespace {
 
 using robaxi::v1::Value;
 
-/** What the codec itself makes of a value must come back unchanged. */
+/** A value encoded by the codec must be decoded unchanged. */
 void requireRoundTrip(const KVValue& value) {
     Value encoded;
     robaxi::encodeValue(value, &encoded);
     Value again;
     robaxi::encodeValue(robaxi::decodeValue(encoded), &again);
-    // Compared as bytes, since not-a-number equals nothing.
+    // Compared as bytes, since NaN does not equal itself.
     obvista_fuzz::require(encoded.SerializeAsString() == again.SerializeAsString(),
                           "a value that was read can be sent and read again");
 }

@@ -20,7 +20,7 @@ Values encode(const std::vector<KVChange>& changes) {
 void requireRoundTrip(const std::vector<KVChange>& changes) {
     const Values encoded = encode(changes);
     const Values again = encode(robaxi::decodeBatch(encoded));
-    // Compared as bytes, since not-a-number equals nothing.
+    // Compared as bytes, since NaN does not equal itself.
     obvista_fuzz::require(encoded.SerializeAsString() == again.SerializeAsString(),
                           "values that were read can be sent and read again");
 }

@@ -221,8 +221,7 @@ class ClosingTest : public QObject {
         QCOMPARE(fWindow->openDocks().size(), 1);
     }
 
-    // Two connections of one object are lost in the same moment: two dialogs, one above the
-    // other, for one plugin.
+    // Two connections of one object are lost at the same moment: two nested dialogs for one plugin.
     void aSecondReportWhileTheDialogIsOpenIsHarmless() {
         load({a_first, a_first});
         ModalAnswer user({[this](QMessageBox& box) {
@@ -276,7 +275,7 @@ class ClosingTest : public QObject {
         QCOMPARE(fWindow->openDocks(), QList<QClosableDockWidget*>{fWindow->docks().last()});
     }
 
-    // ---- the window goes
+    // ---- the window is destroyed
 
     void theWindowDeletesEachPluginBeforeItsDockFromTheLastToTheFirst() {
         load({a_first, a_second});

@@ -46,8 +46,8 @@ class CommandLineTest : public QObject {
 
     void cleanup() { fInstallation.reset(); }
 
-    // In none of these cases a window is made: the offscreen platform would remark on it on the
-    // standard error stream.
+    // None of these cases creates a window: the offscreen platform would write a message about it
+    // to standard error.
     void answersAndEnds_data() {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<int>("status");
@@ -79,7 +79,7 @@ class CommandLineTest : public QObject {
 
         answers(QStringLiteral("--plugin nosuchplugin"), a_couldNotLoad);
         answers(QStringLiteral("--plugin=nosuchplugin"), a_couldNotLoad);
-        // As of every other option, what follows is the value.
+        // As with every other option, the next argument is the value.
         answers(QStringLiteral("--plugin --version"), a_couldNotLoad);
         answers(QStringLiteral("--plugin --help --version"), version);
         answers(QStringLiteral("--plugin wrong_identifier"), a_couldNotLoad);
@@ -143,7 +143,7 @@ class CommandLineTest : public QObject {
 
     void opensTheLauncherForAPluginWithoutAName() {
         Program program(*fInstallation, {QStringLiteral("--plugin"), QString()});
-        // The remark of the offscreen platform on a window.
+        // The offscreen platform's message about a window.
         QString remarks;
         QTRY_VERIFY_WITH_TIMEOUT(!(remarks += program.standardError()).isEmpty(), 30000);
         QVERIFY(program.isRunning());
@@ -161,7 +161,7 @@ class CommandLineTest : public QObject {
                            QStringLiteral("--port=1234"), QStringLiteral("--force-port"),
                            QStringLiteral("54321")}
             << QStringLiteral("ip \"192.0.2.7\", port 1234, brokerPort 54321");
-        // What the numbers mean is the plugin's affair.
+        // The plugin defines the meaning of the numbers.
         QTest::newRow("without judging the ports")
             << QStringList{QStringLiteral("--port"), QStringLiteral("-1"),
                            QStringLiteral("--force-port"), QStringLiteral("70000")}
@@ -197,7 +197,7 @@ class CommandLineTest : public QObject {
                                 "in C\nstyle cleanlooks, icon #0c2238"));
     }
 
-    // The process ends on the spot, with its window and plugins as they are.
+    // The process ends immediately, with its window and plugins open.
     void endsWithStatusZeroWhenAStrangerIsLost() {
         QSettings().setValue(QStringLiteral("Preferences/remoteControl"), true);
         Installation::setScript({QStringLiteral("stranger")});

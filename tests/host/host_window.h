@@ -15,18 +15,18 @@ namespace obvista_test {
 
 class Installation;
 
-/** How the user and the network behave when a robot is to be chosen, and what was asked. */
+/** Scripted behaviour of user and network when a robot is chosen, and a record of the calls. */
 struct ChoiceScript {
     int fExecResult = 1;
     /** Runs while the dialog is open. */
     std::function<void()> fWhileOpen;
-    /** What getIPandPort() gives, call by call; it fails when the list has run out. */
+    /** Results of successive getIPandPort() calls; it fails after the last one. */
     QList<QPair<QString, int>> fAddresses{{QStringLiteral("192.0.2.1"), 9559}};
     bool fRefreshed = false;
     QStringList fCalls;
 };
 
-/** The main window of an installation, with a scripted choice in the robot browser's place. */
+/** The main window of an installation, with a scripted choice instead of the robot browser. */
 class HostWindow : public MainWindow {
   public:
     explicit HostWindow(const Installation& installation);
@@ -37,15 +37,15 @@ class HostWindow : public MainWindow {
     ChoiceScript& choice() { return fChoice; }
     PluginLoader& launcher() const;
 
-    /** Every dock, closed ones included, in the order in which they were made. */
+    /** Returns every dock, including closed ones, in the order of creation. */
     QList<QClosableDockWidget*> docks() const;
-    /** The docks that the user sees. */
+    /** Returns the visible docks. */
     QList<QClosableDockWidget*> openDocks() const;
 
     /** Makes the widget in a dock report that its robot is lost. */
     static void lose(const QClosableDockWidget& dock);
 
-    /** The texts of the "Load Plugin" menu. */
+    /** Returns the texts of the "Load Plugin" menu. */
     QStringList pluginMenu() const;
 
   private:

@@ -10,8 +10,8 @@
 namespace obvista_test {
 
 /**
- * A private installation of Obvista with launcher pictures of plain colours and the plugins that a
- * test puts into it. Its viewers keep a journal, see fixtures/scripted_viewer.h.
+ * A private installation of Obvista with single-colour launcher pictures and the plugins that a
+ * test adds. Its viewers keep a journal, see fixtures/scripted_viewer.h.
  */
 class Installation {
   public:
@@ -26,21 +26,21 @@ class Installation {
     Installation(const Installation&) = delete;
     Installation& operator=(const Installation&) = delete;
 
-    /** The folder of the executable, as the host is given it. */
+    /** Returns the folder of the executable, as passed to the host. */
     QString appFolder() const { return fRoot.filePath(QStringLiteral("bin")); }
-    /** The media folder as the host passes it on. */
+    /** Returns the media folder as the host passes it on. */
     QString mediaFolder() const { return appFolder() + QStringLiteral("/../share/obvista/"); }
     QString pluginsFolder() const { return fRoot.filePath(QStringLiteral("lib/obvista")); }
 
-    /** Copies a fixture into the plugins folder, under "lib<fixture>.so" when no name is given. */
+    /** Copies a fixture into the plugins folder, as "lib<fixture>.so" unless a name is given. */
     void addPlugin(const QString& fixture, const QString& fileName = {}) const;
     void addFile(const QString& fileName, const QByteArray& contents = {}) const;
-    /** Copies the program itself, so that it finds this installation's folders. */
+    /** Copies the program, so that it uses this installation's folders. */
     QString addProgram() const;
 
-    /** What the viewers' createWidget() calls do, in turn. */
+    /** Sets the actions of the viewers' successive createWidget() calls. */
     static void setScript(const QStringList& steps);
-    /** The journal so far. */
+    /** Returns the journal so far. */
     QStringList journal() const;
     void clearJournal() const;
 

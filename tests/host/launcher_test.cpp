@@ -115,7 +115,7 @@ class LauncherTest : public QObject {
         PluginLoader launcher(fInstallation.mediaFolder(), nullptr);
         const QSignalSpy pictures(&launcher, &PluginLoader::bitmapChanged);
 
-        // The first move reads the plain picture once, though that is shown already.
+        // The first move reads the plain picture once, though it is already shown.
         moveTo(launcher, a_outside);
         QCOMPARE(pictures.size(), 1);
         moveTo(launcher, a_outside + QPoint(1, 1));

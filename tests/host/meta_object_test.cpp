@@ -9,7 +9,10 @@
 
 namespace {
 
-/** A class's own methods, as "kind signature(parameter names)", in the order of their indexes. */
+/**
+ * Returns a class's own methods as "kind signature(parameter names)", in the order of their
+ * indexes.
+ */
 QStringList ownMethods(const QMetaObject& meta) {
     QStringList methods;
     for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
@@ -26,7 +29,10 @@ QStringList ownMethods(const QMetaObject& meta) {
 
 }  // namespace
 
-/** Plugins, translations and scripts meet these classes by name and index: the tables stay. */
+/**
+ * Plugins, translations and scripts use these classes by name and index, so the tables must not
+ * change.
+ */
 class MetaObjectTest : public QObject {
     Q_OBJECT
   private Q_SLOTS:

@@ -214,7 +214,7 @@ class PluginLoadingTest : public QObject {
     }
 
     void makesTheDockAsLargeAsTheWidget() {
-        /** Notes how large docks are when they are shown for the first time, before the layout. */
+        /** Records the sizes of docks when they are first shown, before the layout. */
         class FirstSizes : public QObject {
           public:
             QList<QSize> fSizes;
@@ -259,7 +259,7 @@ class PluginLoadingTest : public QObject {
     }
 
     // A docked plugin may lose its robot while the dialog for its second load is open. Its object
-    // is gone then, and the load goes on with a new one.
+    // is then gone, and loading continues with a new one.
     void survivesTheObjectsEndWhileTheUserChooses() {
         fInstallation->addPlugin(a_viewer);
         HostWindow window(*fInstallation);
@@ -508,7 +508,7 @@ class PluginLoadingTest : public QObject {
         stillLoads(window);
     }
 
-    // The port stays where the plugin put it unless the command line has given one.
+    // The port stays as the plugin set it unless the command line contains one.
     void leavesTheBrokerPortAloneOnRequest() {
         fInstallation->addPlugin(a_viewer);
         HostWindow window(*fInstallation);
@@ -546,7 +546,9 @@ class PluginLoadingTest : public QObject {
             .arg(fInstallation->mediaFolder());
     }
 
-    /** The host is alive: the same window still refuses what it does not know, and shows itself. */
+    /**
+     * Checks that the host still works: the same window refuses an unknown plugin, and is visible.
+     */
     static void stillLoads(HostWindow& window) {
         QVERIFY(!window.loadPlugin(QStringLiteral("nosuchplugin"), {}, 0, 0));
         window.show();

@@ -9,7 +9,7 @@ namespace obvista_test {
 Program::Program(const Installation& installation, const QStringList& arguments,
                  const QStringList& unset) {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    // The copied program's run path leads into the installation, which has no libraries.
+    // The copied program's run path refers to the installation, which has no libraries.
     environment.insert(
         QStringLiteral("LD_LIBRARY_PATH"),
         environment.value(QStringLiteral("OBVISTA_BUILD_DIR")) + QStringLiteral("/lib"));
@@ -33,7 +33,7 @@ Program::~Program() {
 }
 
 bool Program::finish() {
-    // With the event loop running, so that a test may act on the program's windows meanwhile.
+    // The event loop runs, so that a test may use the program's windows.
     return QTest::qWaitFor([this] { return !isRunning(); }, 60000) &&
            fProcess.exitStatus() == QProcess::NormalExit;
 }

@@ -10,14 +10,14 @@ namespace obvista_test {
 class Installation;
 
 /**
- * The real program, run from a private installation. Ended with the object at the latest.
+ * The real program, run from a private installation. It ends with the object at the latest.
  *
- * There is no system bus for it, so that no test sees what is announced on somebody's network:
- * discovery cannot run, and the program says so when its window is shown.
+ * It has no system bus, so that announcements on the network do not affect a test: discovery cannot
+ * run, and the program reports that when its window is shown.
  */
 class Program {
   public:
-    /** @param unset variables of the environment that the program does not get */
+    /** @param unset environment variables that are removed for the program */
     Program(const Installation& installation, const QStringList& arguments,
             const QStringList& unset = {});
     ~Program();
@@ -28,7 +28,7 @@ class Program {
     qint64 pid() const { return fProcess.processId(); }
     bool isRunning() const { return fProcess.state() == QProcess::Running; }
 
-    /** Waits for the program's own end. False when it had to be killed, or crashed. */
+    /** Waits until the program exits. Returns false if it had to be killed, or crashed. */
     bool finish();
 
     int status() const { return fProcess.exitCode(); }

@@ -43,7 +43,7 @@ class RealWindowTest : public QObject {
     }
 
     void opensWithTheLauncherAndEndsWithItsWindow() {
-        // Connection options without a plugin are accepted and mean nothing.
+        // Connection options without a plugin are accepted and ignored.
         start({QStringLiteral("--ip"), QStringLiteral("192.0.2.7"), QStringLiteral("--port"),
                QStringLiteral("1"), QStringLiteral("--force-port"), QStringLiteral("2")});
         QTRY_COMPARE(colourAt(a_outside), Installation::a_plainColour);
@@ -141,7 +141,7 @@ class RealWindowTest : public QObject {
     }
 
   private:
-    /** Starts the program and lets it go on without discovery, which has no bus to talk to. */
+    /** Starts the program and dismisses the message that discovery has no bus. */
     void start(const QStringList& arguments) {
         fProgram = std::make_unique<Program>(*fInstallation, arguments);
         QTRY_VERIFY_WITH_TIMEOUT((fWindow = find(a_mainWindow)) != 0, 30000);
@@ -162,7 +162,7 @@ class RealWindowTest : public QObject {
 
     static WId activeWindow() { return xdotool({QStringLiteral("getactivewindow")}).toULongLong(); }
 
-    /** The program's visible window of that title, 0 when there is none. */
+    /** Returns the program's visible window with that title; 0 if there is none. */
     WId find(const QString& title) const {
         return xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"),
                         QStringLiteral("--all"), QStringLiteral("--pid"),
@@ -177,7 +177,7 @@ class RealWindowTest : public QObject {
 
     QColor colourAt(const QPoint& position) const { return picture().pixelColor(position); }
 
-    /** Moves the mouse to a point of the launcher, or of the window when a plugin is docked. */
+    /** Moves the mouse to a position of the launcher, or of the window when a plugin is docked. */
     void moveTo(const QPoint& position) const {
         xdotool({QStringLiteral("mousemove"), QStringLiteral("--window"), QString::number(fWindow),
                  QString::number(position.x()), QString::number(position.y() + fMenuHeight)});

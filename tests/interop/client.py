@@ -11,7 +11,7 @@ import messages
 from messages import RemoteError, from_value, to_value
 from robaxi.v1 import robaxi_pb2 as pb
 
-SILENT_HEARTBEATS = 6  # without anything received, after which the robot is lost
+SILENT_HEARTBEATS = 6  # heartbeats without any received message, after which the robot is lost
 
 
 class Refused(Exception):
@@ -123,7 +123,7 @@ class Client:
 
     def _say(self, message):
         may_cut = self._hello.done() and self.hello.takes_fragments
-        # In one go, since the parts of two messages must not be mixed.
+        # Sent in one go, since the parts of two messages must not be mixed.
         with self._lock:
             for part in messages.in_parts(message) if may_cut else [message]:
                 self._out.put(pb.ClientBatch(messages=[part]))
@@ -146,7 +146,7 @@ class Client:
                     if whole is not None:
                         self._handle(whole)
         except grpc.RpcError:
-            pass  # how it ended makes no difference
+            pass  # the reason of the end does not matter
         with self._lock:
             self._is_over.set()
             lost = list(self._pending.values())
@@ -176,7 +176,7 @@ class Client:
 
     def _take_pending(self, call_id):
         with self._lock:
-            # One that nobody waits for is passed over.
+            # An answer without a waiting caller is ignored.
             return self._pending.pop(call_id, concurrent.futures.Future())
 
     def _beat(self):

@@ -179,7 +179,7 @@ class WithEcho(unittest.TestCase):
         self.addCleanup(subscription.close)
         subscription.next()
         first = subscription.next()
-        # Nothing is reported for a while in which the counter goes on, and then all is new.
+        # Nothing is reported for a while in which the counter continues, and then every update is new.
         counter = first.values.ints[0]
         other = self.connect().subscribe("Memory", rate=1000)
         self.addCleanup(other.close)

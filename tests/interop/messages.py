@@ -10,7 +10,7 @@ SERVICE = "robaxi.v1.Robaxi"
 SESSION = f"/{SERVICE}/Session"
 SUBSCRIBE = f"/{SERVICE}/Subscribe"
 WATCH = f"/{SERVICE}/Watch"
-# The limit of gRPC itself, 4 MiB, is below that of the protocol.
+# gRPC's own limit, 4 MiB, is below that of the protocol.
 UNLIMITED = [("grpc.max_receive_message_length", -1), ("grpc.max_send_message_length", -1)]
 
 

@@ -1,6 +1,6 @@
-// What may happen to a robot, its network and its visitors, and what must be left of it afterwards:
-// nothing. The robot is a process on a host of its own; each fault happens to a visit in full
-// swing, several times over, and neither side may keep descriptors, threads or memory of it.
+// Injects faults into a robot, its network and its clients, and checks that they leave no resources
+// behind. The robot is a process on a separate host. Each fault hits a busy client, several times,
+// and neither side may leak descriptors, threads or memory.
 #include "lab_network.h"
 #include "project_files.h"
 #include "robot_process.h"
@@ -42,7 +42,7 @@ constexpr const char* a_otherAddress = "10.77.50.2";
 constexpr int a_port = 9559;
 constexpr int a_timeOut = 5;  // seconds
 constexpr std::chrono::seconds a_patience{30};
-/** Six heartbeats of 250 ms without an answer, and one on its way. */
+/** Six unanswered heartbeats of 250 ms, and one in flight. */
 constexpr std::chrono::seconds a_longestSilence{2};
 
 bool eventually(const std::function<bool()>& condition) {
@@ -56,8 +56,10 @@ bool eventually(const std::function<bool()>& condition) {
     return true;
 }
 
-/** What a process holds. Its memory is known of this process alone, and not under a sanitizer,
- *  which looks for leaks itself. */
+/**
+ * Resources of a process. Memory is measured for this process only, and not under a sanitizer,
+ * which has a leak check.
+ */
 struct Holdings {
     std::size_t fDescriptors = 0;
     std::size_t fThreads = 0;
@@ -80,13 +82,15 @@ Holdings ownHoldings() {
     return holdings;
 }
 
-/** Whether the programs are built with a sanitizer, under which they grow all the time. */
+/**
+ * Returns true if the programs are built with a sanitizer, under which their memory always grows.
+ */
 bool keepsFreedMemory() {
     const char* sanitizers = std::getenv("OBVISTA_SANITIZE");
     return sanitizers != nullptr && *sanitizers != '\0';
 }
 
-/** Threads of pools start as they are needed, and the allocator keeps a little for each. */
+/** Pool threads start when they are needed, and the allocator keeps a little memory for each. */
 constexpr Holdings a_slack{0, 16, std::size_t{512} * 1024};
 
 bool isBackAt(const Holdings& before, const Holdings& now) {
@@ -133,7 +137,7 @@ class Visit : private KVSubscription::Listener {
         return eventually([&] { return fUpdates >= wanted; });
     }
 
-    /** Fails unless the loss is told in time, and every call and the subscription end with it. */
+    /** Fails unless the loss is reported in time, and ends every call and the subscription. */
     void expectLossWithin(std::chrono::milliseconds longest) {
         {
             std::unique_lock lock(fMutex);
@@ -170,7 +174,7 @@ class Visit : private KVSubscription::Listener {
         fChanged.notify_all();
     }
 
-    /** Calls until a call fails, and returns why it does. */
+    /** Calls until a call fails, and returns its cause. */
     KVError::Cause xCall() {
         try {
             while (!fIsLeaving) {
@@ -186,7 +190,7 @@ class Visit : private KVSubscription::Listener {
     std::atomic<std::uint64_t> fUpdates{0};
     std::atomic<std::uint64_t> fCalls{0};
     std::atomic<bool> fIsLeaving{false};
-    std::mutex fMutex;  // guards the next three
+    std::mutex fMutex;  // guards the following three
     std::condition_variable fChanged;
     std::optional<KVError> fLoss;
     std::optional<KVError> fEnd;
@@ -196,18 +200,18 @@ class Visit : private KVSubscription::Listener {
     boost::shared_ptr<KVConnection> fConnection;
     KVProxy fProxy;
     boost::shared_ptr<KVSubscription> fSubscription;
-    std::vector<std::future<KVError::Cause>> fCallers;  // first to go, while all else is there
+    std::vector<std::future<KVError::Cause>> fCallers;  // destroyed first, before the others
 };
 
-/** A robot with 2,000 values that all change 50 times a second, on a host of its own. */
+/** A robot with 2,000 values that all change 50 times a second, on a separate host. */
 class Faults : public testing::Test {
   protected:
     void SetUp() override { addHost(); }
     ~Faults() override { control({"kill", a_host}); }
 
-    /** Makes the robot's host, new to the network. */
+    /** Adds the robot's host to the network. */
     static void addHost() {
-        // Who was at that address before is remembered here for some seconds.
+        // The previous owner of that address is cached here for some seconds.
         lab::run({"ip", "neighbour", "flush", "dev", "eth0"});
         control({"add",
                  a_host,
@@ -239,7 +243,7 @@ class Faults : public testing::Test {
         control({"exec", a_host, "--", "pkill", "-" + signal, "-x", "robaxi-robot"});
     }
 
-    /** The robot's process as it is numbered here. */
+    /** Returns the id of the robot's process outside its host. */
     static std::string robotProcess() {
         const std::string lines = lab::run({"pgrep", "-x", "robaxi-robot"}).fOutput;
         return lines.substr(0, lines.find('\n'));
@@ -270,9 +274,9 @@ class Faults : public testing::Test {
     }
 
     /**
-     * Lets a fault happen to visits in full swing, and mends it, several times over.
+     * Injects a fault into busy clients and removes it, several times.
      *
-     * @param mend makes the robot's address reach a robot again
+     * @param mend makes a robot reachable at the robot's address again
      */
     static void expectNothingLeftOf(const std::function<void()>& fault,
                                     const std::function<void()>& mend,
@@ -302,13 +306,16 @@ class Faults : public testing::Test {
         }
     }
 
-    /** What the robot holds when the sessions of visitors that fell silent have ended too. */
+    /** Returns the robot's resources after the sessions of silent clients have ended. */
     static Holdings awaitRobotWithoutVisitors(const std::string& robot) {
         EXPECT_TRUE(eventually([&] { return countConnectionsOf(robot) == 0; }));
         return holdingsOf(robot);
     }
 
-    /** Established connections in the robot's network, all of which are the robot's. */
+    /**
+     * Returns the number of established connections in the robot's network, all of which are the
+     * robot's.
+     */
     static std::size_t countConnectionsOf(const std::string& robot) {
         std::size_t count = 0;
         for (const char* table : {"/net/tcp", "/net/tcp6"}) {
@@ -332,10 +339,10 @@ class Faults : public testing::Test {
     }
 };
 
-/** A program on a host of its own that watches all values of the robot. */
+/** A program on a separate host that watches all values of the robot. */
 class Visitor {
   public:
-    /** @param reader what reads its output */
+    /** @param reader command that reads its output */
     explicit Visitor(const std::string& reader) {
         control({"add", "visitor", "--ready", "watching", "--", "sh", "-c",
                  std::string("echo watching; ") + obvista_test::builtFile("bin/robaxi") +
@@ -345,7 +352,7 @@ class Visitor {
     Visitor(const Visitor&) = delete;
     Visitor& operator=(const Visitor&) = delete;
 
-    /** Nothing of its end reaches the robot. */
+    /** The robot receives no notice of its end. */
     static void pullCable() { control({"link", "visitor", "down"}); }
     static void stop() { control({"exec", "visitor", "--", "pkill", "-STOP", "-x", "robaxi"}); }
 };
@@ -432,7 +439,7 @@ TEST_F(Faults, AVisitorReadsTooSlowly) {
     Visit quick;
     ASSERT_TRUE(quick.isInFullSwing());
     const std::size_t before = residentKilobytes(robot);
-    // Three seconds, in which 300,000 values changed: five megabytes, were they kept.
+    // During three seconds 300,000 values change: five megabytes, if they were queued.
     ASSERT_TRUE(quick.waitForUpdates(150));
     constexpr std::size_t mostKilobytes = 2048;
     if (!keepsFreedMemory()) {

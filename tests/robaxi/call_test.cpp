@@ -195,7 +195,7 @@ TEST_F(Call, ThatWaitsForAThreadIsNotRunAfterItIsCancelled) {
     ASSERT_TRUE(fLatch.waitForEntries(threadsOfServer));
     KVProxy waiting = makeProxy("Slow", 1);
     EXPECT_CAUSE(errorOf([&] { waiting.callVoid("wait"); }), TimedOut);
-    waiting.getInfo();  // answered after the server has read that the call is cancelled
+    waiting.getInfo();  // answered after the server has read the cancellation
     blocker.cancel();
     for (auto& each : blockers) {
         EXPECT_CAUSE(each.get(), Cancelled);
@@ -218,7 +218,7 @@ TEST_F(Call, ThatKeepsAllThreadsBusyDoesNotStopTheHeartbeat) {
     std::promise<void> lost;
     const auto connection = KVConnection::open(fClient, a_loopback, fServer->getPort(), 2);
     connection->setLostHandler([&](const KVError&) { lost.set_value(); });
-    // A lost heartbeat would be noticed within two seconds.
+    // A lost heartbeat would be detected within two seconds.
     EXPECT_EQ(lost.get_future().wait_for(std::chrono::milliseconds(2500)),
               std::future_status::timeout);
     EXPECT_TRUE(connection->isConnected());
@@ -353,7 +353,7 @@ TEST_F(Call, BeyondWhatTheRobotTakesWaitsWithoutALoss) {
         proxy.pCall("hold", n);
     }
     ASSERT_TRUE(fLatch.waitForEntries(8));
-    // Longer than a silent robot is waited for. It answers no heartbeat now.
+    // Longer than the time-out of a silent robot, which now answers no heartbeat.
     const auto start = Clock::now();
     while (secondsSince(start) < 2.5) {
         ASSERT_TRUE(connection->isConnected());

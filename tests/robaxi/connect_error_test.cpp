@@ -24,7 +24,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/** A TCP socket of the loopback that listens and does nothing else. */
+/** A TCP socket on the loopback that only listens. */
 class Listener {
   public:
     explicit Listener(int backlog) : fSocket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
@@ -48,7 +48,7 @@ class Listener {
 
     int port() const { return fPort; }
 
-    /** Takes one connection, answers with a text whatever comes, and closes it. */
+    /** Accepts one connection, answers any request with a text, and closes it. */
     void answerWith(const std::string& text) const {
         const int connection = ::accept(fSocket, nullptr, nullptr);
         char buffer[1024];
@@ -83,7 +83,7 @@ class Listener {
     std::vector<int> fClients;
 };
 
-/** What making a proxy to "KVLeds" fails with, and how long it took. */
+/** Error and duration of creating a proxy to "KVLeds". */
 struct Outcome {
     KVError fError;
     double fSeconds;
@@ -104,7 +104,7 @@ void expectAddressed(const KVError& error, const std::string& address, int port)
         << error.toString();
 }
 
-/** A little for the machine on top of what was promised. */
+/** Tolerance for the machine in addition to the promised time. */
 constexpr double a_margin = 0.5;
 
 }  // namespace
@@ -145,7 +145,7 @@ TEST(ConnectError, TheListenerSpeaksAnotherLanguage) {
                                      "SSH-2.0-Example_1.0\r\n", "\r\nlogin: "}) {
         const Listener listener(8);
         std::thread program([&] {
-            listener.answerWith("");  // the connection that only looks whether somebody listens
+            listener.answerWith("");  // the connection that probes the port
             listener.answerWith(answer);
         });
         const Outcome outcome = connectProxy(a_loopback, listener.port());
@@ -181,7 +181,7 @@ TEST(ConnectError, ThereIsNoSuchModule) {
 }
 
 TEST(ConnectError, TheNameDoesNotResolve) {
-    // A label of more than 63 characters is not a name anywhere.
+    // A label of more than 63 characters is never a valid name.
     const std::string name = std::string(70, 'x') + ".local";
     const Outcome outcome = connectProxy(name, 9559);
     EXPECT_CAUSE(outcome.fError, NameNotFound);
@@ -191,7 +191,7 @@ TEST(ConnectError, TheNameDoesNotResolve) {
 }
 
 TEST(ConnectError, ThereIsNoRouteToTheAddress) {
-    // No connection goes to a group of receivers, whatever the network is like.
+    // A connection to a multicast address fails on any network.
     const Outcome outcome = connectProxy("224.0.0.1", 9559);
     EXPECT_CAUSE(outcome.fError, NoRoute);
     expectAddressed(outcome.fError, "224.0.0.1", 9559);

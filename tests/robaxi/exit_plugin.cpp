@@ -1,4 +1,4 @@
-// A plugin whose static object holds brokers in use until after main().
+// A plugin with a static object whose brokers are in use until after main().
 #include "recording_listener.h"
 #include "test_broker.h"
 

@@ -1,4 +1,4 @@
-// Loads a plugin that holds brokers and ends in one of several ways.
+// Loads a plugin with brokers and exits in one of several ways.
 #include <robaxi/kv_error.h>
 
 #include <cstdio>

@@ -1,4 +1,4 @@
-// What the user hears of an expired certificate, with a period shorter than the program's hour.
+// The warning about an expired certificate, with a period shorter than the program's hour.
 #include "server/expiry_warning.h"
 
 #include "recording_listener.h"

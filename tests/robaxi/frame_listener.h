@@ -12,20 +12,22 @@
 
 namespace robaxi_test {
 
-/** Keeps what a watched camera delivers, so that a test can wait for it. */
+/** Records the frames of a watched camera, so that a test can wait for them. */
 class FrameListener : public KVFrameStream::Listener {
   public:
     void frameReceived(const KVFrame& frame, std::uint64_t passedOver) override;
     void ended(const KVError& error) override;
 
-    /** Called first in frameReceived(), without any lock. To be set before the stream. */
+    /** Called first in frameReceived(), without any lock. Set it before the stream starts. */
     std::function<void()> fOnFrame;
 
     bool waitUntil(const std::function<bool()>& condition);
     bool waitForFrame(std::uint64_t number);
     bool waitForEnd();
 
-    /** @name What came so far; only under waitUntil() or after the end */
+    /**
+     * @name Results so far; only under waitUntil() or after the end
+     */
     ///@{
     std::optional<KVFrame> fLast;
     std::vector<std::uint64_t> fNumbers;
@@ -41,7 +43,7 @@ class FrameListener : public KVFrameStream::Listener {
     std::condition_variable fChanged;
 };
 
-/** A frame of so many bytes, each of which depends on its place and on the number. */
+/** Creates a frame of that size whose bytes depend on their position and the frame's number. */
 KVFrame makeFrame(std::uint64_t number, std::size_t size);
 bool hasBytesOf(const KVFrame& frame, std::uint64_t number);
 

@@ -85,7 +85,7 @@ class Camera {
     std::thread fThread;
 };
 
-/** Keeps what a demand handler is told. */
+/** Records the calls of a demand handler. */
 class Demand {
   public:
     KVFrameSource::DemandHandler handler() {
@@ -221,13 +221,14 @@ TEST_F(Frames, ForASlowListenerAreGivenUpForNewerOnes) {
         fSource->publish("head", makeFrame(number, 10));
         ASSERT_TRUE(witness.waitForFrame(number)) << "the other watcher waits for the slow one";
     }
-    // The same connection carries both, so frames before this one have come to the slow one too,
-    // but for the two on their way.
+    // The same connection carries both, so the slow one has received the earlier frames too, except
+    // the two in flight.
     latch.open();
     ASSERT_TRUE(fListener.waitForFrame(last));
     EXPECT_LE(fListener.count(), 4U);
     EXPECT_GE(fListener.fPassedOver, last - 5);
-    // What the robot had no leave to send before a newer one came is neither shown nor passed over.
+    // Frames that the robot could not send before a newer one came are neither shown nor passed
+    // over.
     EXPECT_LE(fListener.fPassedOver + fListener.count(), last);
 }
 

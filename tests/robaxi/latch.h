@@ -8,7 +8,7 @@
 
 namespace robaxi_test {
 
-/** A gate for methods and callbacks: who enters waits until it is opened. */
+/** A gate for methods and callbacks, which wait in enter() until it is opened. */
 class Latch {
   public:
     ~Latch() { open(); }
@@ -27,7 +27,7 @@ class Latch {
         fChanged.notify_all();
     }
 
-    /** Waits until so many have entered; false when they do not come. */
+    /** Waits for that many entries; returns false if they do not come. */
     bool waitForEntries(int count) {
         std::unique_lock lock(fMutex);
         return fChanged.wait_for(lock, a_patience, [&] { return fEntered >= count; });

@@ -26,7 +26,7 @@ using namespace robaxi_test;
 
 namespace {
 
-/** Everything that a program may hold, in use: a call in flight, values that change. */
+/** All objects that a program may have, in use: a call in flight, values that change. */
 class World {
   public:
     enum Part { Server, Client, Proxy, Connection, Subscription, a_parts };
@@ -64,7 +64,7 @@ class World {
     void destroy(int part) {
         switch (part) {
             case Server:
-                fLatch.open();  // the server waits for the methods that run
+                fLatch.open();  // the server waits for running methods
                 fServer.reset();
                 break;
             case Client:
@@ -189,7 +189,7 @@ TEST(Lifetime, OfSeveralBrokersIsTheirOwn) {
     EXPECT_EQ(other.call<int>("echo", 3), 3);
 }
 
-/** What runs after main(): the plugin's static object holds brokers in use. */
+/** Code that runs after main(): the plugin's static object has brokers in use. */
 class AfterMain : public testing::TestWithParam<const char*> {};
 
 TEST_P(AfterMain, EndsCleanly) {

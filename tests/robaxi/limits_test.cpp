@@ -1,4 +1,4 @@
-// Each limit, set lower than it is by default, so that it is seen to hold.
+// Each limit, set below its default and exceeded.
 #include "frame_listener.h"
 #include "latch.h"
 #include "recording_listener.h"
@@ -30,7 +30,7 @@ KVValue nested(int depth) {
     return value;
 }
 
-/** Limits of the client or of the server; the other one has the usual ones. */
+/** Limits of the client or of the server; the other one has the defaults. */
 class Limits : public testing::Test {
   protected:
     static KVSettings with(const KVSettings::Limits& limits) {
@@ -56,7 +56,7 @@ class Limits : public testing::Test {
         return KVConnection::open(makeClient(with(limits)), a_loopback, fServer->getPort(), 5);
     }
 
-    /** So many different round trips were measured. */
+    /** Waits for that many different round trips. */
     static bool waitForHeartbeats(const KVConnection& connection, int count) {
         const auto deadline = std::chrono::steady_clock::now() + a_patience;
         double before = -1;
@@ -173,7 +173,7 @@ TEST_F(Limits, OnSessionsOfAnAddressHold) {
         try {
             again = connect();
         } catch (const KVError&) {
-            continue;  // the robot hears of the end of the first one a little later
+            continue;  // the robot receives the end of the first one a little later
         }
     }
     EXPECT_TRUE(again);
@@ -184,7 +184,7 @@ TEST_F(Limits, OnSessionsOfAnAddressLeaveOthersIn) {
     fServer = makeServer("Robot", with(fLow));
     const auto first = connect();
     EXPECT_CAUSE(errorOf([&] { connect(); }), TooMany);
-    // Another address of the loopback stands for another computer.
+    // Another address of the loopback represents another computer.
     KVSettings::Limits usual;
     usual.fSessionsOfAddress = 1;
     const auto every = KVBroker::createBroker("Every", "", obvista_test::freePort(), "", 0, 0, "",

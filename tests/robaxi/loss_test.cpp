@@ -25,11 +25,13 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/** Seconds: the 1.5 after which a silent robot is given up, and what a busy machine may add. Far
- * less than the time-outs of the calls. */
+/**
+ * Seconds: 1.5 until a silent robot is given up, plus the delay of a busy machine. Much less than
+ * the time-outs of the calls.
+ */
 constexpr double a_soon = 6;
 
-/** A robot in a process of its own, and a connection to it. */
+/** A robot in a separate process, and a connection to it. */
 class Loss : public testing::Test {
   protected:
     Loss() {
@@ -46,7 +48,7 @@ class Loss : public testing::Test {
         }
     }
 
-    /** Sends the robot a signal and returns the seconds until the loss is told. */
+    /** Sends the robot a signal and returns the seconds until the loss is reported. */
     double secondsUntilLost(int signal) {
         std::promise<KVError> lost;
         fConnection->setLostHandler([&](const KVError& error) { lost.set_value(error); });
@@ -176,7 +178,7 @@ TEST_F(Loss, IsNotToldFalselyWhileAllProcessorsAreBusy) {
     }
     std::promise<std::string> lost;
     fConnection->setLostHandler([&](const KVError& error) { lost.set_value(error.toString()); });
-    // Twice the time after which a silent robot is lost.
+    // Twice the time-out of a silent robot.
     auto loss = lost.get_future();
     const auto outcome = loss.wait_for(std::chrono::seconds(4));
     burners.clear();

@@ -18,8 +18,10 @@ int threadId() {
     return static_cast<int>(::syscall(SYS_gettid));
 }
 
-/** Waits until a thread sleeps, which it does when it waits for a lock, or has done what it was to
- *  do behind the lock. Returns true if it sleeps. */
+/**
+ * Waits until a thread sleeps, because it waits for a lock, or has completed its work after the
+ * lock. Returns true if it sleeps.
+ */
 bool blocks(int thread, const std::atomic<bool>& isDone) {
     const std::string file = "/proc/self/task/" + std::to_string(thread) + "/stat";
     char state = 0;
@@ -34,7 +36,7 @@ bool blocks(int thread, const std::atomic<bool>& isDone) {
     return !isDone;
 }
 
-/** Expects that a section of one kind waits for the end of a section of another kind. */
+/** Checks that a section of one kind waits for the end of a section of another kind. */
 template <class Inside, class Outside>
 void expectKeptOut() {
     const auto lock = KVMutexRW::createKVMutexRW();

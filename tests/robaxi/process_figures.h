@@ -5,7 +5,9 @@
 
 namespace robaxi_test {
 
-/** @name Of this process, as the system counts them */
+/**
+ * @name Resources of this process, as counted by the system
+ */
 ///@{
 std::size_t countListeningSockets();
 std::size_t countDescriptors();

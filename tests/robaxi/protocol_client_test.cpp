@@ -1,4 +1,4 @@
-// What a client of ours does with robots that do not keep to the protocol.
+// Our client with robots that break the protocol.
 #include "raw_peer.h"
 #include "recording_listener.h"
 #include "test_broker.h"
@@ -37,7 +37,7 @@ class ProtocolClient : public testing::Test {
         };
     }
 
-    /** Sets what the robot answers to the next calls. */
+    /** Sets the answer to the following calls. */
     void answerWith(const v1::Result& result) {
         const std::lock_guard lock(fMutex);
         fResult = result;
@@ -53,7 +53,7 @@ class ProtocolClient : public testing::Test {
         return errorOf([this] { KVConnection::open(fClient, a_loopback, fRobot.port(), 5); });
     }
 
-    /** What a subscription ends with to which the robot sends this. */
+    /** Returns the error with which a subscription ends when the robot sends these updates. */
     KVError subscriptionError(const std::vector<v1::SubscriptionUpdate>& updates) {
         fRobot.fSubscription = [&updates](RawServer::SubscriptionStream& stream) {
             for (const v1::SubscriptionUpdate& update : updates) {
@@ -79,7 +79,7 @@ class ProtocolClient : public testing::Test {
     v1::Result fResult;
 
   protected:
-    RawServer fRobot;  // ends before what its threads use
+    RawServer fRobot;  // destroyed before the objects that its threads use
     BrokerPtr fClient = makeClient();
     RecordingListener fListener;
 };

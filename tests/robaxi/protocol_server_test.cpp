@@ -1,5 +1,4 @@
-// What a server of ours does with clients that do not keep to the protocol, or speak only the least
-// of it.
+// Our server with clients that break the protocol, or implement only a minimum of it.
 #include "latch.h"
 #include "process_figures.h"
 #include "raw_peer.h"
@@ -29,7 +28,7 @@ class ProtocolServer : public testing::Test {
   protected:
     ProtocolServer() { fServer->addModule(makeEcho()); }
 
-    /** The server must serve others on, whatever the one client does. */
+    /** The server must continue to serve others, whatever the one client does. */
     ~ProtocolServer() override {
         KVProxy proxy("Echo", a_loopback, fServer->getPort(), makeClient(), 10, 0);
         EXPECT_EQ(proxy.call<int>("echo", 1), 1);
@@ -194,7 +193,7 @@ TEST_F(ProtocolServer, KeepsLittleForAClientThatDoesNotReadAndGivesItBack) {
         GTEST_SKIP() << "a sanitizer keeps memory that was freed";
     }
     constexpr std::uint64_t calls = 5000;
-    constexpr std::size_t sizeOfResult = 100 * 1024;  // half a gigabyte in all
+    constexpr std::size_t sizeOfResult = 100 * 1024;  // half a gigabyte in total
     KVValue::List list(1000, std::string(sizeOfResult / 1000, 'x'));
     const auto talker = boost::make_shared<KVModule>("Talker", "");
     std::atomic<std::size_t> runs = 0;
@@ -216,7 +215,7 @@ TEST_F(ProtocolServer, KeepsLittleForAClientThatDoesNotReadAndGivesItBack) {
             call->set_method("talk");
         }
         ASSERT_TRUE(client.send(batch));
-        // Until it runs no more of them for a second: a result takes less than a millisecond.
+        // Until it has run no more of them for a second: a result takes less than a millisecond.
         const auto patience = std::chrono::steady_clock::now() + a_patience;
         auto lastRun = std::chrono::steady_clock::now();
         std::size_t seen = 0;
@@ -242,7 +241,7 @@ TEST_F(ProtocolServer, KeepsLittleForAClientThatDoesNotReadAndGivesItBack) {
         EXPECT_EQ(answered, calls / 10) << "nothing is lost";
     }
     const auto deadline = std::chrono::steady_clock::now() + a_patience;
-    // The client's memory is of the same process, and stays.
+    // The client's memory is in the same process, and remains.
     const std::size_t rest = before + held / 4 * 3;
     while (residentBytes() > rest && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::yield();
@@ -323,7 +322,7 @@ TEST(ProtocolServerConnection, MayBeSilentAsLongAsASession) {
     EXPECT_GE(std::chrono::steady_clock::now() - start, silence);
 }
 
-/** A server whose connections have two seconds to say hello. */
+/** A server whose connections must send their hello within two seconds. */
 class HelloTime : public testing::Test {
   protected:
     static constexpr std::chrono::milliseconds a_heartbeat{100};

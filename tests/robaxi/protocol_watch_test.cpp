@@ -1,4 +1,4 @@
-// Watched cameras between the library and peers that speak the protocol without it.
+// Watched cameras between the library and peers that implement the protocol without it.
 #include "frame_listener.h"
 #include "raw_peer.h"
 #include "test_broker.h"
@@ -32,7 +32,7 @@ v1::WatchUpdate more(const std::string& data) {
     return update;
 }
 
-/** Our client, and a robot that sends what a test wants. */
+/** Our client, and a robot that sends test data. */
 class WatchingClient : public testing::Test {
   protected:
     void watch(const std::vector<v1::WatchUpdate>& updates) {
@@ -63,7 +63,7 @@ class WatchingClient : public testing::Test {
     boost::shared_ptr<KVFrameStream> fStream;
 };
 
-/** Our robot, and a client that says what a test wants. */
+/** Our robot, and a client that sends test data. */
 class WatchedRobot : public testing::Test {
   protected:
     WatchedRobot() {

@@ -14,7 +14,7 @@ namespace robaxi_test {
 
 namespace v1 = robaxi::v1;
 
-/** A client that says whatever a test wants, as a program in another language might. */
+/** A client that sends arbitrary messages, as a program in another language might. */
 class RawClient {
   public:
     explicit RawClient(int port);
@@ -22,19 +22,22 @@ class RawClient {
     RawClient(const RawClient&) = delete;
     RawClient& operator=(const RawClient&) = delete;
 
-    /** Says hello and returns the answer. */
+    /** Sends hello and returns the answer. */
     v1::HelloReply hello(std::uint32_t version = 1, bool takesFragments = false);
 
     bool send(const v1::ClientMessage& message);
     bool send(const v1::ClientBatch& batch) { return fSession->Write(batch); }
 
-    /** The next message that is no heartbeat; false when the robot has ended the session. */
+    /**
+     * Receives the next message that is not a heartbeat; returns false if the robot has ended the
+     * session.
+     */
     bool receive(v1::ServerMessage& message);
-    /** Waits for a heartbeat that was not asked for; false when another message comes first. */
+    /** Waits for an unsolicited heartbeat; returns false if another message comes first. */
     bool receiveSignOfLife();
-    /** Sends a call of Echo.echo with one argument and returns its end. */
+    /** Calls Echo.echo with one argument and returns the result. */
     v1::Result echo(const v1::Value& argument);
-    /** Sends nothing more and waits for the end of the session. */
+    /** Closes the sending side and waits for the end of the session. */
     grpc::Status finish();
 
     v1::Robaxi::Stub& stub() { return *fStub; }
@@ -49,7 +52,7 @@ class RawClient {
     bool fIsFinished = false;
 };
 
-/** A robot that answers whatever a test wants. */
+/** A robot with arbitrary answers. */
 class RawServer : private v1::Robaxi::Service {
   public:
     using SessionStream = grpc::ServerReaderWriter<v1::ServerBatch, v1::ClientBatch>;
@@ -58,7 +61,7 @@ class RawServer : private v1::Robaxi::Service {
 
     using WatchStream = grpc::ServerReaderWriter<v1::WatchUpdate, v1::WatchRequest>;
 
-    /** What it answers to a message; nothing when the function returns false. */
+    /** Answers a message; does not answer if the function returns false. */
     using Answer = std::function<bool(const v1::ClientMessage&, v1::ServerMessage&)>;
 
     RawServer();
@@ -68,7 +71,9 @@ class RawServer : private v1::Robaxi::Service {
 
     int port() const { return fPort; }
 
-    /** @name To be set before a client comes; hello and heartbeats are answered well by default */
+    /**
+     * @name Set before a client connects; hello and heartbeats are answered correctly by default
+     */
     ///@{
     v1::HelloReply fHelloReply;
     grpc::Status fSessionStatus;
@@ -88,7 +93,7 @@ class RawServer : private v1::Robaxi::Service {
 };
 
 v1::Value textValue(const std::string& text);
-/** A list in a list ... `depth` deep. */
+/** Returns lists nested `depth` deep. */
 v1::Value nestedValue(int depth);
 
 }  // namespace robaxi_test

@@ -14,10 +14,10 @@
 
 namespace robaxi_test {
 
-/** How long a test waits for something that should come at once. */
+/** Time-out for something that should happen at once. */
 constexpr std::chrono::seconds a_patience{20};
 
-/** Keeps what a subscription delivers, so that a test can wait for it. */
+/** Records the updates of a subscription, so that a test can wait for them. */
 class RecordingListener : public KVSubscription::Listener {
   public:
     struct Update {
@@ -30,7 +30,7 @@ class RecordingListener : public KVSubscription::Listener {
     void valuesChanged(const std::vector<KVChange>& changes) override;
     void ended(const KVError& error) override;
 
-    /** Called first in valuesChanged(), without any lock. To be set before the subscription. */
+    /** Called first in valuesChanged(), without any lock. Set it before the subscription starts. */
     std::function<void()> fOnValues;
 
     bool waitUntil(const std::function<bool()>& condition);
@@ -38,7 +38,9 @@ class RecordingListener : public KVSubscription::Listener {
     bool waitForValue(const std::string& key, const KVValue& value);
     bool waitForEnd();
 
-    /** @name What came so far; the first four only under waitUntil() or after the end */
+    /**
+     * @name Results so far; the first four only under waitUntil() or after the end
+     */
     ///@{
     std::map<std::uint32_t, KVKeyInfo> fKeys;
     std::vector<std::uint32_t> fRemoved;

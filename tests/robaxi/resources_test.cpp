@@ -18,10 +18,10 @@ using namespace robaxi_test;
 
 namespace {
 
-/** The pools of the server and of gRPC start threads as they happen to be needed, up to a limit. */
+/** The thread pools of the server and of gRPC start threads when they are needed, up to a limit. */
 constexpr std::size_t a_threadsStartedLate = 16;
 
-/** Waits, since the far end of a connection is closed a little after this one. */
+/** Waits, since the far end of a connection is closed a little later than this one. */
 bool comesDownTo(std::size_t limit, const std::function<std::size_t()>& count) {
     const auto deadline = std::chrono::steady_clock::now() + a_patience;
     while (count() > limit && std::chrono::steady_clock::now() < deadline) {
@@ -30,7 +30,7 @@ bool comesDownTo(std::size_t limit, const std::function<std::size_t()>& count) {
     return count() <= limit;
 }
 
-/** A server with "Echo", and "Memory" that has one value. */
+/** A server with "Echo", and "Memory" with one value. */
 class Resources : public testing::Test {
   protected:
     Resources() {
@@ -44,14 +44,14 @@ class Resources : public testing::Test {
         fServer->addModule(memory);
     }
 
-    /** Fails when a thousand times more of an action leave descriptors or threads behind. */
+    /** Fails if a thousand repetitions of an action leak descriptors or threads. */
     void expectNoGrowth(const std::function<void()>& action) {
         constexpr int warmUp = 20;
         constexpr int repetitions = 1000;
         for (int i = 0; i < warmUp; ++i) {
             action();
         }
-        // The figures right after the warm-up may still hold the end of the last connection.
+        // Right after the warm-up the last connection may not be closed completely.
         const std::size_t descriptors = countDescriptors();
         const std::size_t threads = countThreads();
         for (int i = 0; i < repetitions; ++i) {

@@ -17,7 +17,7 @@ KVValue bytes(const std::string& content) {
     return value;
 }
 
-/** A list in a list ... `depth` deep. */
+/** Returns lists nested `depth` deep. */
 KVValue nested(int depth) {
     KVValue value = "core";
     for (int i = 0; i < depth; ++i) {

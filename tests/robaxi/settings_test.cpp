@@ -13,7 +13,7 @@ using namespace robaxi_test;
 
 namespace {
 
-/** Sets a variable of the environment as long as it lives. */
+/** Sets an environment variable while it exists. */
 class Variable {
   public:
     Variable(const std::string& name, const std::string& value) : fName(name) {

@@ -1,4 +1,4 @@
-// A name server that does not answer, played by the function that asks it.
+// A name server that does not answer, simulated by a replaced resolver function.
 #include "latch.h"
 #include "test_broker.h"
 
@@ -32,7 +32,7 @@ double secondsSince(Clock::time_point start) {
 
 }  // namespace
 
-/** Stands before the system's function of this name, which it calls for every other host. */
+/** Replaces the system's function of this name, which it calls for every other host. */
 extern "C" __attribute__((visibility("default"))) int getaddrinfo(const char* host,
                                                                   const char* service,
                                                                   const addrinfo* hints,

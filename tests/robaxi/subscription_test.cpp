@@ -31,7 +31,7 @@ KVKeyInfo key(const std::string& name, const std::string& unit = "") {
 constexpr auto a_all = KVSubscription::Selection::AllKeys;
 constexpr auto a_chosen = KVSubscription::Selection::ChosenKeys;
 
-/** Changes a value without a pause. */
+/** Changes a value continuously. */
 class Changer {
   public:
     Changer(KVValueTable& table, std::uint32_t id)
@@ -183,7 +183,7 @@ TEST_F(Subscription, HonoursTheRate) {
     const auto updates = fListener.updates();
     const double seconds =
         std::chrono::duration<double>(updates[count - 1].fWhen - updates[0].fWhen).count();
-    // The first may have come late and the last in time, so one period is allowed for.
+    // The first may have been late and the last in time, so one period is tolerated.
     EXPECT_GE(seconds, (count - 2) / rate);
 }
 
@@ -253,7 +253,7 @@ TEST_F(Subscription, OfASlowListenerBringsTheNewestValues) {
     }
     latch.open();
     ASSERT_TRUE(fListener.waitForValue("a", last));
-    // The table, the first value and one on its way, then the newest.
+    // The table, the first value and one in flight, then the newest.
     EXPECT_LE(fListener.countUpdates(), 3U);
 }
 
@@ -411,7 +411,7 @@ TEST_F(Subscription, MayBeDestroyedFromItsListener) {
     subscription = subscribe(1000);
     isSet.open();
     ASSERT_EQ(gone.get_future().wait_for(a_patience), std::future_status::ready);
-    // Nobody waits for the listener's own call any more but the test.
+    // Only the test still waits for the listener's own call.
     EXPECT_TRUE(fListener.waitUntil([&] { return !fListener.fUpdates.empty(); }));
 }
 
@@ -456,7 +456,7 @@ TEST_F(Subscription, OfWhichThereAreTooManyEnds) {
         EXPECT_TRUE(next.waitUntil([&] { return next.fEnd || !next.fValues.empty(); }));
         return !next.fEnd;
     };
-    // The robot may hear of the end of the other one a little later.
+    // The robot may receive the end of the other one a little later.
     const auto deadline = std::chrono::steady_clock::now() + a_patience;
     bool started = startsAgain();
     while (!started && std::chrono::steady_clock::now() < deadline) {

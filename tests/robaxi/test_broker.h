@@ -19,20 +19,20 @@ using ModulePtr = boost::shared_ptr<KVModule>;
 
 constexpr const char* a_loopback = "127.0.0.1";
 
-/** A broker that listens on a port of the loopback that was free. */
+/** Creates a broker that listens on a free port of the loopback. */
 BrokerPtr makeServer(const std::string& name = "Server");
 
-/** The same with settings. */
+/** Creates the same with settings. */
 BrokerPtr makeServer(const std::string& name, const KVSettings& settings);
 
-/** A broker that does not listen, as the host and its plugins use it. */
+/** Creates a broker that does not listen, like those of the host and its plugins. */
 BrokerPtr makeClient(const std::string& name = "Client");
 BrokerPtr makeClient(const KVSettings& settings);
 
-/** A module "Echo" with "echo(any)" that returns its argument, and "fail(string)". */
+/** Creates a module "Echo" with "echo(any)", which returns its argument, and "fail(string)". */
 ModulePtr makeEcho();
 
-/** The error that an action throws; the test fails when it throws none. */
+/** Returns the error that an action throws; the test fails if it throws none. */
 KVError errorOf(const std::function<void()>& action);
 
 testing::AssertionResult hasCause(const KVError& error, KVError::Cause cause);

@@ -1,4 +1,4 @@
-// A robot for tests that kill or stop one: hosts "Echo" and, in "Memory", a counter that runs.
+// A robot for tests that kill or stop it: hosts "Echo" and, in "Memory", a running counter.
 #include "test_broker.h"
 
 #include <robaxi/kv_value_table.h>

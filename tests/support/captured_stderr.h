@@ -6,16 +6,16 @@
 
 namespace obvista_test {
 
-/** Takes what is written to standard error, file descriptor 2, while it lives. */
+/** Captures standard error, file descriptor 2, while it exists. */
 class CapturedStderr {
   public:
     CapturedStderr();
-    /** Gives standard error back. */
+    /** Restores standard error. */
     ~CapturedStderr();
     CapturedStderr(const CapturedStderr&) = delete;
     CapturedStderr& operator=(const CapturedStderr&) = delete;
 
-    /** What was written since the last call. */
+    /** Returns the output since the last call. */
     QString take();
 
   private:

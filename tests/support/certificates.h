@@ -21,7 +21,7 @@ class Folder {
     std::string fPath;
 };
 
-/** The files of a certificate that signed itself. */
+/** The files of a self-signed certificate. */
 struct Certificate {
     std::string fFile;
     std::string fKey;

@@ -117,7 +117,7 @@ void ChildProcess::signal(int number) {
     }
     kill(fPid, number);
     if (number == SIGSTOP) {
-        // Its threads stop one after another, and one that still runs could answer a test.
+        // Its threads stop one after another, and one that is still running could answer a test.
         siginfo_t info{};
         waitid(P_PID, static_cast<id_t>(fPid), &info, WSTOPPED | WEXITED | WNOWAIT);
     }
@@ -148,8 +148,8 @@ bool ChildProcess::xRead(Stream& stream) {
 }
 
 void ChildProcess::xRun() {
-    // What the program started may outlive it and hold the other ends of the pipes, so that their
-    // end may never come.
+    // Processes started by the program may outlive it and keep the other ends of the pipes open, so
+    // that their end may never come.
     std::array<pollfd, 3> waited{
         {{fOutput.fDescriptor, POLLIN, 0}, {fErrors.fDescriptor, POLLIN, 0}, {fEnd, POLLIN, 0}}};
     bool isRunning = true;

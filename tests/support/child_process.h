@@ -13,22 +13,22 @@
 namespace obvista_test {
 
 /**
- * A program that a test runs, with what it writes. It is killed when the object goes, or the
- * thread that made it.
+ * A program run by a test, with its output. It is killed when the object is destroyed, or when the
+ * thread that created it ends.
  */
 class ChildProcess {
   public:
     using Timeout = std::chrono::milliseconds;
 
-    /** Long enough for every program on a loaded machine under a sanitizer. */
+    /** Sufficient for every program on a loaded machine under a sanitizer. */
     static constexpr Timeout a_patience = std::chrono::seconds(60);
 
     /**
      * Starts a program with empty standard input.
      *
      * @param command the program, looked up in PATH, and its arguments
-     * @throws std::system_error when no process can be made; a program that is not there ends with
-     *         status 127
+     * @throws std::system_error if no process can be created; a missing program exits with status
+     *         127
      */
     explicit ChildProcess(const std::vector<std::string>& command);
     ~ChildProcess();
@@ -37,27 +37,30 @@ class ChildProcess {
 
     pid_t pid() const { return fPid; }
 
-    /** What it wrote to standard output, and to standard error, so far. */
+    /** Returns the output so far, to standard output or standard error. */
     std::string output() const;
     std::string errors() const;
 
     /**
-     * Waits until a text stands in its standard output (or error).
+     * Waits for a text in its standard output (or error).
      *
-     * @return false when it ended without it, or the time was over
+     * @return false if it exited without the text, or the time was over
      */
     bool waitForOutput(const std::string& text, Timeout timeout = a_patience);
     bool waitForErrors(const std::string& text, Timeout timeout = a_patience);
 
-    /** Sends a signal; does nothing when it has ended. Returns from SIGSTOP when all its threads
-     * have stopped. */
+    /**
+     * Sends a signal; does nothing if it has exited. For SIGSTOP, returns when all its threads have
+     * stopped.
+     */
     void signal(int number);
 
     /**
-     * Waits for its end and everything it wrote; not for programs that it started and left behind.
+     * Waits until it has exited and all its output is read, but not for processes that it left
+     * behind.
      *
-     * @return its exit status, or the negative number of the signal that ended it; nothing when
-     * the time was over
+     * @return its exit status, or the negative number of the signal that ended it; nothing if the
+     *         time was over
      */
     std::optional<int> waitForEnd(Timeout timeout = a_patience);
 
@@ -72,8 +75,8 @@ class ChildProcess {
     void xRun();
 
     pid_t fPid = -1;
-    int fEnd = -1;              // readable when it has ended
-    mutable std::mutex fMutex;  // guards all below
+    int fEnd = -1;              // readable when it has exited
+    mutable std::mutex fMutex;  // guards all members below
     std::condition_variable fChanged;
     Stream fOutput;
     Stream fErrors;

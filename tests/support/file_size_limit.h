@@ -6,7 +6,7 @@
 
 namespace obvista_test {
 
-/** Lets no file of this process grow beyond a size, while it lives. */
+/** Limits the size of the files of this process while it exists. */
 class FileSizeLimit {
   public:
     explicit FileSizeLimit(rlim_t bytes) {

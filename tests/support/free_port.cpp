@@ -13,7 +13,7 @@ namespace {
 constexpr int a_firstPort = 21000;
 constexpr int a_numberOfPorts = 8000;
 
-/** Tests run side by side, so each process begins somewhere else. */
+/** Tests run in parallel, so each process starts at another port. */
 int nextPort() {
     static unsigned next = static_cast<unsigned>(getpid()) * 37;
     return a_firstPort + static_cast<int>(++next % a_numberOfPorts);

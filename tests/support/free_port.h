@@ -4,8 +4,8 @@
 namespace obvista_test {
 
 /**
- * A port of loopback on which nothing listens; another program may take it at any time. It is not
- * one of those that the system gives to clients.
+ * Returns a port of the loopback on which nothing listens; another program may take it at any time.
+ * It is not in the range that the system assigns to clients.
  */
 int freePort();
 

@@ -19,7 +19,7 @@ boost::shared_ptr<KVBroker> createTestBroker(const std::string& name) {
 }
 
 boost::shared_ptr<KVBroker> createTestBroker(const std::string& name, const KVSettings& settings) {
-    // Another test may take the port between the look and the listening.
+    // Another test may take the port between the check and the listening.
     for (int attempt = 1;; ++attempt) {
         try {
             return KVBroker::createBroker(name, "127.0.0.1", freePort(), "", 0, 0, "", false,

@@ -10,10 +10,10 @@ class KVSettings;
 
 namespace obvista_test {
 
-/** A broker for a robot in the test's own process, on a free port of the loopback address. */
+/** Creates a broker for a robot in the test's process, on a free port of the loopback address. */
 boost::shared_ptr<KVBroker> createTestBroker(const std::string& name);
 
-/** The same with these settings in place of the user's. */
+/** Creates the same with explicit settings. */
 boost::shared_ptr<KVBroker> createTestBroker(const std::string& name, const KVSettings& settings);
 
 }  // namespace obvista_test

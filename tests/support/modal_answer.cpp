@@ -29,7 +29,7 @@ SeenDialog look(const QMessageBox& box) {
     return seen;
 }
 
-// Active, too: a window manager is then done with the window, which may now go.
+// Active, too: the window manager has then finished with the window, which may be destroyed.
 bool isOpenInFront(const QWidget& window) {
     return window.isVisible() && window.isActiveWindow() && window.windowHandle() != nullptr &&
            window.windowHandle()->isExposed();
@@ -71,8 +71,8 @@ ModalAnswer::Answer ModalAnswer::press(QMessageBox::StandardButton button) {
     };
 }
 
-// One shot at a time, and the next is asked for before the answer is given: a timer does not
-// fire while its own handler runs, and an answer may open another dialog and wait for it.
+// Single shots, and the next one starts before the answer is given: a timer does not fire while its
+// handler runs, and an answer may open another dialog and wait for it.
 void ModalAnswer::xPollAgain() {
     QTimer::singleShot(5, this, [this] { xPoll(); });
 }

@@ -10,7 +10,7 @@
 
 namespace obvista_test {
 
-/** What a message box showed when it was open in front of the user. */
+/** Contents of a message box while it was open. */
 struct SeenDialog {
     QString fClassName;
     QString fTitle;
@@ -20,30 +20,29 @@ struct SeenDialog {
     QMessageBox::StandardButtons fButtons = QMessageBox::NoButton;
     QMessageBox::StandardButton fDefaultButton = QMessageBox::NoButton;
     QWidget* fParent = nullptr;
-    Qt::CursorShape fCursor = Qt::BlankCursor;  ///< BlankCursor when none was forced
+    Qt::CursorShape fCursor = Qt::BlankCursor;  ///< BlankCursor if no cursor was forced
 };
 
 /**
- * The user in front of the modal message boxes: while it lives, each box that opens is looked at
- * and answered once.
+ * A simulated user of modal message boxes: while it exists, it records and answers each box once.
  *
- * The test function fails when no box came in the object's whole life.
+ * The test function fails if no box opened during the object's lifetime.
  */
 class ModalAnswer : public QObject {
   public:
-    /** Given a box that is open; ends it, or lets something happen first. */
+    /** Handles an open box: closes it, possibly after other actions. */
     using Answer = std::function<void(QMessageBox&)>;
 
-    /** Presses the given button on every box. */
+    /** Presses the given button in every box. */
     explicit ModalAnswer(QMessageBox::StandardButton button = QMessageBox::Ok);
-    /** Gives the first answer to the first box and so on; the last answer to all further ones. */
+    /** Uses the first answer for the first box and so on; the last answer for all further ones. */
     explicit ModalAnswer(const QList<Answer>& answers);
     ~ModalAnswer() override;
 
-    /** The boxes so far, in the order in which they opened. */
+    /** Returns the boxes so far, in the order in which they opened. */
     const QList<SeenDialog>& dialogs() const { return fDialogs; }
 
-    /** The one box that came; the test function fails when it was not exactly one. */
+    /** Returns the only box; the test function fails if there was not exactly one. */
     SeenDialog only() const;
 
     static Answer press(QMessageBox::StandardButton button);

@@ -5,9 +5,9 @@
 
 namespace obvista_test {
 
-/** How many file descriptors the process has open now. */
+/** Returns the number of open file descriptors of the process. */
 inline int openDescriptors() {
-    // The listing itself has one open, each time.
+    // Listing them opens one.
     return QDir(QStringLiteral("/proc/self/fd"))
         .entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System)
         .size();

@@ -8,16 +8,16 @@
 
 namespace obvista_test {
 
-// Paths are found when a program runs: compiled in, they would make its objects depend on the
-// folder of the clone, and ccache could not use them for another one.
+// Paths are determined at run time: compiled in, they would make the objects depend on the folder
+// of the clone, and clones could not share ccache's entries.
 
 /**
  * Returns the path of a file in the build folder of the running test or benchmark.
  *
- * @param path seen from the build folder, for instance "bin/robaxi-robot"
+ * @param path relative to the build folder, for instance "bin/robaxi-robot"
  */
 inline std::string builtFile(const std::string& path) {
-    // Tests are in its tests/, benchmarks in its bench/.
+    // Tests are below tests/ of the build folder, benchmarks below bench/.
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe");
     return program.parent_path().parent_path() / path;
 }
@@ -25,7 +25,7 @@ inline std::string builtFile(const std::string& path) {
 /**
  * Returns the path of a source file.
  *
- * @param path seen from the top folder of the sources
+ * @param path relative to the top folder of the sources
  * @throws std::runtime_error outside CTest, which sets the variable OBVISTA_SOURCE_DIR
  */
 inline std::string sourceFile(const std::string& path) {

@@ -15,8 +15,8 @@ namespace {
 bool isUnexpectedMessage(const QString& line) {
     static const QRegularExpression message(
         QStringLiteral("^(QWARN|QCRITICAL|QSYSTEM|QFATAL|WARNING)\\s*: "));
-    // The offscreen platform's standing remarks; and Qt asking the X server about a window
-    // manager's frame that went with a window in the same moment.
+    // Standard warnings of the offscreen platform; and an error when Qt queries a window manager's
+    // frame that is destroyed at the same moment.
     static const QRegularExpression platformNoise(
         QStringLiteral("This plugin does not support (propagateSizeHints|raise)\\(\\)"
                        "|XCB error: 3 \\(BadWindow\\).*\\(TranslateCoords\\)"));
@@ -42,8 +42,8 @@ QStringList unexpectedMessages(const QString& logFile) {
 }  // namespace
 
 int runQtTest(QObject* test, const QStringList& arguments) {
-    // QtTest takes the message handler for itself while tests run, so what was written is read
-    // from its own log, where announced messages no longer appear.
+    // QtTest replaces the message handler while tests run, so messages are read from its log, which
+    // omits announced ones.
     QTemporaryDir folder;
     const QString logFile = folder.filePath(QStringLiteral("log.txt"));
     const int failures = QTest::qExec(

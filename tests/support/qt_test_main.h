@@ -7,11 +7,11 @@
 namespace obvista_test {
 
 /**
- * Runs a QtTest object like QTest::qExec and fails the run when Qt or the code under test wrote a
- * warning, or worse, that the test did not announce with QTest::ignoreMessage. Remarks of Qt's
- * platform plugins that say nothing about the code are let through.
+ * Runs a QtTest object like QTest::qExec. The run fails if Qt or the code under test wrote a
+ * warning, or worse, that the test did not announce with QTest::ignoreMessage. Messages of Qt's
+ * platform plugins that are unrelated to the code are ignored.
  *
- * @return 0 when every test function passed and nothing unexpected was written.
+ * @return 0 if every test function passed and there was no unexpected message.
  */
 int runQtTest(QObject* test, const QStringList& arguments);
 

@@ -22,7 +22,7 @@ RobotProcess::RobotProcess() : RobotProcess(Settings()) {
 }
 
 RobotProcess::RobotProcess(const Settings& settings) {
-    // A free port may be taken by somebody else before the robot listens on it.
+    // Another program may take a free port before the robot listens on it.
     for (int attempt = 1; !xTryToStart(settings); ++attempt) {
         const bool mayHelp = fProcess->errors().find("in use") != std::string::npos;
         if (attempt == a_attempts || !mayHelp || settings.fPort != 0) {

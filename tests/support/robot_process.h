@@ -10,23 +10,20 @@
 
 namespace obvista_test {
 
-/**
- * A robaxi-robot that runs on loopback beside a test, unannounced. It is killed when the object
- * goes.
- */
+/** A robaxi-robot on loopback, not announced. It is killed when the object is destroyed. */
 class RobotProcess {
   public:
     struct Settings {
         std::vector<std::string> fArguments;  ///< further options, for instance {"--seed", "7"}
         bool fHttp = false;                   ///< serve HTTP too
-        bool fSim = false;                    ///< serve KVSim on a port of its own too
+        bool fSim = false;                    ///< serve KVSim on a separate port
         int fPort = 0;                        ///< 0 for a free one
     };
 
     /**
      * Starts it and waits until it can be reached.
      *
-     * @throws std::runtime_error with what it wrote when it does not start
+     * @throws std::runtime_error with its output if it does not start
      */
     RobotProcess();
     explicit RobotProcess(const Settings& settings);
@@ -36,20 +33,20 @@ class RobotProcess {
     int httpPort() const { return fHttpPort; }  ///< 0 without HTTP
     int simPort() const { return fSimPort; }    ///< 0 without it
 
-    /** The program itself: its output, its signals, its end. */
+    /** Returns the process, for its output, signals and exit. */
     ChildProcess& process() { return *fProcess; }
 
-    /** Kills it without a word, as a power cut would, and returns when it is gone. */
+    /** Kills it like a power cut, without a goodbye, and returns when it is gone. */
     void kill();
 
-    /** Lets it fall silent without closing anything, and go on again. */
+    /** Suspends it without closing connections, and resumes it. */
     void suspend();
     void resume();
 
-    /** Asks it to end. @return its exit status; nothing when it did not end in time */
+    /** Terminates it. @return its exit status; nothing if it did not exit in time */
     std::optional<int> terminate();
 
-    /** The program with which it is started. */
+    /** Returns the path of the program. */
     static std::string program();
 
   private:

@@ -130,7 +130,7 @@ void VideoRobot::stop() {
     fBroker.reset();
 }
 
-/** Called with fMutex locked. @throws std::out_of_range for a camera that was not added */
+/** Requires fMutex. @throws std::out_of_range for a camera that was not added */
 std::vector<VideoRobot::Camera>::iterator VideoRobot::xFind(const std::string& name) {
     const auto found = std::find_if(fCameras.begin(), fCameras.end(),
                                     [&](const Camera& camera) { return camera.fName == name; });

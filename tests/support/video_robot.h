@@ -18,7 +18,7 @@ class KVFrameSource;
 
 namespace obvista_test {
 
-/** A robot in the test's own process whose cameras send what the test tells them to. */
+/** A robot in the test's process whose cameras send frames under the test's control. */
 class VideoRobot {
   public:
     enum class Video { Offered, Missing };
@@ -30,29 +30,31 @@ class VideoRobot {
 
     int port() const { return fPort; }
 
-    /** Adds a camera of 160x120 and 320x240, in all formats at 5, 15 and 30 a second, set to
-     * 320x240 rgb at 30. */
+    /**
+     * Adds a camera of 160x120 and 320x240, in all formats at 5, 15 and 30 frames a second, set to
+     * 320x240 rgb at 30.
+     */
     void addCamera(const std::string& name);
     void removeCamera(const std::string& name);
 
-    /** Sends a frame, with the camera's next number and the time of now where it has none. */
+    /** Sends a frame; sets the camera's next number and the current time if it has none. */
     void publish(const std::string& camera, KVFrame frame);
     int watchers(const std::string& camera) const;
 
-    /** From now on "setSettings" fails with this sentence; with an empty one it works. */
+    /** Makes "setSettings" fail with this sentence; succeed with an empty one. */
     void refuse(const std::string& sentence);
-    /** From now on every call takes so long. */
+    /** Delays every call by this time. */
     void delay(std::chrono::milliseconds time);
-    /** From now on "getCameras" answers this. */
+    /** Sets the answer of "getCameras". */
     void lieAboutCameras(const KVValue& answer);
-    /** What a camera is set to, as in "getSettings". */
+    /** Returns the camera's settings, as "getSettings" does. */
     KVValue::Map settings(const std::string& camera);
     void setSettings(const std::string& camera, const KVValue::Map& settings);
 
     /** Breaks every connection and stops listening. */
     void stop();
 
-    /** The source of the cameras' frames, which has a stream for each camera. */
+    /** Returns the source of the cameras' frames, with a stream for each camera. */
     KVFrameSource& cameras() { return *fFrames; }
 
   private:
@@ -67,7 +69,7 @@ class VideoRobot {
     void xWait() const;
 
     boost::shared_ptr<KVFrameSource> fFrames;
-    mutable std::mutex fMutex;     // guards all below but the broker
+    mutable std::mutex fMutex;     // guards all members below except the broker
     std::vector<Camera> fCameras;  // in the order in which they were added
     std::map<std::string, std::uint64_t> fNumbers;
     std::string fRefusal;

@@ -18,7 +18,7 @@
 
 namespace {
 
-/** An accessible object as the bus names it. */
+/** Reference to an accessible object on the bus. */
 struct Reference {
     QString fProgram;
     QDBusObjectPath fPath;
@@ -66,14 +66,14 @@ Q_DECLARE_METATYPE(QList<Relation>)
 
 namespace {
 
-// Numbers of AT-SPI.
+// Constants of AT-SPI.
 constexpr quint32 a_labelledBy = 2;
 constexpr int a_showing = 25;
 
 constexpr int a_patience = 30000;
 const QString a_accessible = QStringLiteral("org.a11y.atspi.Accessible");
 
-/** What a screen reader gets of one object. */
+/** Accessible properties of one object. */
 struct Element {
     Reference fObject;
     QString fRole;
@@ -86,7 +86,7 @@ struct Element {
     }
 };
 
-/** A reader of the tree of all programs, by D-Bus as a screen reader reads it. */
+/** Reads the accessibility tree of all programs over D-Bus, like a screen reader. */
 class ScreenReader {
   public:
     ScreenReader() {
@@ -94,7 +94,7 @@ class ScreenReader {
         qDBusRegisterMetaType<QList<Reference>>();
         qDBusRegisterMetaType<Relation>();
         qDBusRegisterMetaType<QList<Relation>>();
-        // The launcher of the bus is started by the first call to it.
+        // The first call to the launcher of the bus starts it.
         const QDBusReply<QString> address =
             QDBusConnection::sessionBus().call(QDBusMessage::createMethodCall(
                 QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
@@ -107,7 +107,9 @@ class ScreenReader {
     ScreenReader(const ScreenReader&) = delete;
     ScreenReader& operator=(const ScreenReader&) = delete;
 
-    /** All objects of all programs. One that goes while it is read has no role. */
+    /**
+     * Returns all objects of all programs. An object that disappears while it is read has no role.
+     */
     std::vector<Element> read() const {
         std::vector<Element> elements;
         const Reference root{QStringLiteral("org.a11y.atspi.Registry"),
@@ -116,7 +118,7 @@ class ScreenReader {
         return elements;
     }
 
-    /** Does what a click on an element would, and does not wait for the end of it. */
+    /** Activates an element like a click, and does not wait until that has ended. */
     void press(const Element& element) const {
         QDBusMessage action = QDBusMessage::createMethodCall(
             element.fObject.fProgram, element.fObject.fPath.path(),
@@ -142,7 +144,7 @@ class ScreenReader {
         return reply.isValid() ? reply.value().variant().toString() : QString();
     }
 
-    /** A combo box has its value for a name: screen readers take the text of its label. */
+    /** The name of a combo box is its value: screen readers use the text of its label. */
     QString xNameOf(const Reference& object, const QString& role) const {
         for (const Relation& relation : xCall<QList<Relation>>(object, "GetRelationSet")) {
             if (relation.fKind == a_labelledBy && !relation.fTargets.isEmpty()) {
@@ -190,7 +192,10 @@ std::string program() {
     return qEnvironmentVariable("OBVISTA_BUILD_DIR").toStdString() + "/bin/obvista";
 }
 
-/** Checks the names and descriptions of all elements, of which at least so many are interactive. */
+/**
+ * Checks the names and descriptions of all elements, at least `leastInteractive` of them
+ * interactive.
+ */
 void check(const std::vector<Element>& elements, int leastInteractive) {
     int interactive = 0;
     for (const Element& element : elements) {
@@ -203,7 +208,7 @@ void check(const std::vector<Element>& elements, int leastInteractive) {
 
 }  // namespace
 
-/** Obvista, also with a viewer of a simulated robot, to a screen reader. */
+/** Tests Obvista with a screen reader, also with a viewer of a simulated robot. */
 class AccessibilityTest : public QObject {
     Q_OBJECT
 
@@ -216,7 +221,7 @@ class AccessibilityTest : public QObject {
 
 void AccessibilityTest::initTestCase() {
     qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
-    // Without discovery's message that there is no Avahi.
+    // Suppresses discovery's message that there is no Avahi daemon.
     QSettings(QStringLiteral("Quorvane Robotics"), QStringLiteral("Obvista Desktop"))
         .setValue(QStringLiteral("Preferences/remoteControl"), true);
 }
@@ -248,7 +253,7 @@ void AccessibilityTest::namesWhateverIsInteractive() {
     check(elements, 10);
 }
 
-// The robots themselves are not there: nothing is announced where the test runs.
+// Without robots: nothing is announced where the test runs.
 void AccessibilityTest::namesTheLauncherAndTheBrowser() {
     const ScreenReader reader;
     const obvista_test::ChildProcess obvista({program()});
@@ -258,7 +263,7 @@ void AccessibilityTest::namesTheLauncherAndTheBrowser() {
         return ::has(elements, QLatin1String(role), QLatin1String(name));
     };
     QTRY_VERIFY_WITH_TIMEOUT(has("graphic", "Launcher"), a_patience);
-    elements = reader.read();  // all of it: the window may have opened during the reading before
+    elements = reader.read();  // read again: the window may have opened during the first reading
     check(elements, 3);
     const auto viewer = std::find_if(elements.begin(), elements.end(), [](const Element& element) {
         return element.fName == QLatin1String("memoryviewer");
