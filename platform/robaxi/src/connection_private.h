@@ -28,7 +28,7 @@ struct KVConnection::Private : private robaxi::Link::LossListener,
 
     const boost::shared_ptr<KVBroker> fBroker;
     const std::shared_ptr<robaxi::Runtime> fRuntime;
-    const std::shared_ptr<robaxi::Link> fLink;  // goes before the broker
+    const std::shared_ptr<robaxi::Link> fLink;  // destroyed before the broker
     const robaxi::Target fTarget;
     const std::shared_ptr<robaxi::Strand> fStrand;
 
@@ -36,7 +36,7 @@ struct KVConnection::Private : private robaxi::Link::LossListener,
     std::condition_variable fHandlerEnded;
     LostHandler fHandler;
     std::optional<robaxi::Failure> fLoss;
-    std::thread::id fHandlerThread;  // inside the handler
+    std::thread::id fHandlerThread;  // the thread inside the handler
 };
 
 #endif

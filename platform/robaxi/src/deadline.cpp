@@ -12,7 +12,7 @@ Deadline deadlineAfter(double timeOut) {
     if (!(timeOut > 0)) {
         throw KVError(KVError::Cause::InvalidArgument, "A time-out must be longer than 0 seconds.");
     }
-    constexpr double longest = 1e9;  // some thirty years, well inside what the clock can count
+    constexpr double longest = 1e9;  // some thirty years, within the range of the clock
     return Clock::now() + std::chrono::duration_cast<Clock::duration>(
                               std::chrono::duration<double>(std::min(timeOut, longest)));
 }

@@ -9,17 +9,17 @@ using Clock = std::chrono::steady_clock;
 using Deadline = Clock::time_point;
 
 /**
- * The instant a time-out from now.
+ * Returns the time at the end of a time-out that starts now.
  *
  * @param timeOut seconds
- * @throws KVError InvalidArgument when it is not above 0
+ * @throws KVError InvalidArgument if it is not above 0
  */
 Deadline deadlineAfter(double timeOut);
 
-/** Milliseconds until a deadline, rounded up, as poll() takes them; 0 when it has passed. */
+/** Returns the milliseconds until a deadline, rounded up, for poll(); 0 if it has passed. */
 int millisecondsUntil(Deadline deadline);
 
-/** @throws KVError InvalidArgument when a port is not from 1 to 65535 */
+/** @throws KVError InvalidArgument if a port is not from 1 to 65535 */
 void checkPort(int port);
 
 }  // namespace robaxi

@@ -50,7 +50,7 @@ std::string reason(const Target& target, const Failure& failure) {
 
 const char* advice(const Target& target, KVError::Cause cause) {
     if (cause == KVError::Cause::TimedOut && !target.fMethod.empty()) {
-        // The connection stands, or it would be lost.
+        // The connection is intact, otherwise it would be lost.
         return "The method may take longer than that; the robot goes on with it.";
     }
     switch (cause) {

@@ -7,7 +7,7 @@
 
 namespace robaxi {
 
-/** What a failure is about; empty fields are not named. */
+/** Subject of a failure; empty fields are not mentioned. */
 struct Target {
     std::string fModule;
     std::string fMethod;
@@ -16,13 +16,13 @@ struct Target {
     double fTimeOut = 0;  // seconds
 };
 
-/** The cause in words, for the middle of a sentence. */
+/** Returns the cause in words, for the middle of a sentence. */
 const char* reasonOf(KVError::Cause cause);
 
-/** The sentence for the user: what was tried, where, why it failed and what to try next. */
+/** Returns the sentence for the user: what was tried, where, why it failed and what to try next. */
 KVError describe(const Target& target, const Failure& failure);
 
-/** The same for a broker that could not listen. */
+/** Returns the sentence for a broker that could not listen. */
 KVError describeListening(const std::string& address, int port, const Failure& failure);
 
 }  // namespace robaxi

@@ -15,19 +15,21 @@
 #include <vector>
 
 /**
- * The cameras as those who watch them see them.
+ * The cameras as seen by their watchers.
  *
- * Every published frame gets a version, counted up from 1 for each stream, so that a watcher knows
- * whether there is a newer one than it has sent; no watcher keeps a queue.
+ * Every published frame gets a version, counted from 1 for each stream, so that a watcher knows
+ * whether there is a newer frame than the last one it has sent; no watcher keeps a queue.
  */
 struct KVFrameSource::Private : public std::enable_shared_from_this<KVFrameSource::Private> {
-    /** Is told, with fMutex held, that something happened; it takes no lock that is held while the
-     *  source's is taken. */
+    /**
+     * Called with fMutex locked when something happened; it must not take a lock that is held while
+     * the source's is taken.
+     */
     class Watcher {
       public:
         virtual ~Watcher() = default;
         virtual void framePublished() = 0;
-        /** It need not be removed any more. */
+        /** The stream is gone; the watcher need not be removed. */
         virtual void streamRemoved() = 0;
     };
 
@@ -35,7 +37,7 @@ struct KVFrameSource::Private : public std::enable_shared_from_this<KVFrameSourc
         KVFrame fNewest;
         std::uint64_t fVersion = 0;  // 0 before the first frame
         std::vector<Watcher*> fWatchers;
-        int fToldWatchers = 0;  // as the demand handler knows it
+        int fToldWatchers = 0;  // the number last reported to the demand handler
     };
 
     struct Newest {
@@ -44,14 +46,14 @@ struct KVFrameSource::Private : public std::enable_shared_from_this<KVFrameSourc
     };
 
     Private();
-    /** The demand handler is not called any more. */
+    /** Stops calling the demand handler. */
     void close();
 
-    /** Returns false when there is no such stream. */
+    /** Returns false if there is no such stream. */
     bool addWatcher(const std::string& stream, Watcher* watcher);
-    /** When it returns the watcher is not being called and will not be called again. */
+    /** When it returns, the watcher is not being called and will not be called again. */
     void removeWatcher(const std::string& stream, Watcher* watcher);
-    /** The newest frame, when there is one above a version. */
+    /** Returns the newest frame if its version is above `version`. */
     std::optional<Newest> newestAfter(const std::string& stream, std::uint64_t version) const;
 
     void setDemandHandler(DemandHandler handler);
@@ -62,7 +64,7 @@ struct KVFrameSource::Private : public std::enable_shared_from_this<KVFrameSourc
     mutable std::mutex fMutex;
     std::map<std::string, Stream> fStreams;
     DemandHandler fDemandHandler;
-    std::thread::id fTeller;  // inside the handler
+    std::thread::id fTeller;  // the thread inside the handler
     std::condition_variable fTold;
     const std::shared_ptr<robaxi::TaskPool> fPool;  // one thread, for the demand handler
 };

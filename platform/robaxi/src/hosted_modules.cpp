@@ -68,7 +68,7 @@ void HostedModules::remove(const std::string& name) {
         return std::all_of(hosted->fRunners.begin(), hosted->fRunners.end(),
                            [](std::thread::id id) { return id == std::this_thread::get_id(); });
     });
-    lock.unlock();  // before the module goes
+    lock.unlock();  // before the module is destroyed
 }
 
 boost::shared_ptr<KVModule> HostedModules::find(const std::string& name) const {

@@ -22,13 +22,13 @@ class HostedModules {
     HostedModules(const HostedModules&) = delete;
     HostedModules& operator=(const HostedModules&) = delete;
 
-    /** @throws KVError InvalidArgument when the name is taken; TooMany */
+    /** @throws KVError InvalidArgument if the name is taken; TooMany */
     void add(boost::shared_ptr<KVModule> module);
 
-    /** Returns when no method of the module runs any more, except one from which it is called. */
+    /** Returns when no method of the module is running, except one from which it is called. */
     void remove(const std::string& name);
 
-    /** The module of a name, or null. */
+    /** Returns the module of that name, or null. */
     boost::shared_ptr<KVModule> find(const std::string& name) const;
     std::vector<KVModuleInfo> getInfos() const;
 

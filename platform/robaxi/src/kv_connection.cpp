@@ -60,7 +60,7 @@ void KVConnection::Private::tellLoss() {
     handler(robaxi::describe(fTarget, loss));
     handler = nullptr;
     const std::lock_guard lock(fMutex);
-    fHandlerThread = outer;  // this thread again for a handler that was set by another one
+    fHandlerThread = outer;  // restores this thread's id for a handler that was set by another one
     fHandlerEnded.notify_all();
 }
 

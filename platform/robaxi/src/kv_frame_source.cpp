@@ -89,7 +89,7 @@ bool KVFrameSource::Private::xTellOne() {
     DemandHandler handler = fDemandHandler;
     lock.unlock();
     handler(stream, watchers);
-    handler = nullptr;  // what it holds is let go before setDemandHandler() returns
+    handler = nullptr;  // its captures are released before setDemandHandler() returns
     lock.lock();
     fTeller = std::thread::id();
     fTold.notify_all();
@@ -108,7 +108,7 @@ void KVFrameSource::Private::setDemandHandler(DemandHandler handler) {
             return fTeller == std::thread::id() || fTeller == std::this_thread::get_id();
         });
     }
-    handler = nullptr;  // what it holds is let go without the lock
+    handler = nullptr;  // its captures are released without the lock
 }
 
 KVFrameSource::KVFrameSource() : fPrivate(std::make_shared<Private>()) {
@@ -128,7 +128,7 @@ void KVFrameSource::addStream(const std::string& name) {
 }
 
 void KVFrameSource::removeStream(const std::string& name) {
-    std::map<std::string, Private::Stream>::node_type removed;  // let go without the lock
+    std::map<std::string, Private::Stream>::node_type removed;  // released without the lock
     const std::lock_guard lock(fPrivate->fMutex);
     removed = fPrivate->fStreams.extract(name);
     if (!removed) {
@@ -151,7 +151,7 @@ std::vector<std::string> KVFrameSource::getStreams() const {
 
 void KVFrameSource::publish(const std::string& stream, const KVFrame& frame) {
     checkFrame(frame);
-    KVFrame before = frame;  // afterwards the one whose place it takes, let go without the lock
+    KVFrame before = frame;  // afterwards the replaced frame, released without the lock
     const std::lock_guard lock(fPrivate->fMutex);
     const auto found = fPrivate->fStreams.find(stream);
     if (found == fPrivate->fStreams.end()) {

@@ -7,7 +7,7 @@
 
 struct KVFrameStream::Private {
     boost::shared_ptr<KVConnection> fConnection;
-    std::shared_ptr<robaxi::FrameClient> fClient;  // goes before the connection
+    std::shared_ptr<robaxi::FrameClient> fClient;  // destroyed before the connection
 };
 
 KVFrameStream::Listener::~Listener() = default;

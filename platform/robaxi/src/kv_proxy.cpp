@@ -8,10 +8,12 @@
 
 #include <utility>
 
-/** Held by the proxy and by each call in flight, so that the proxy may go under a call. */
+/**
+ * Shared by the proxy and each call in flight, so that the proxy may be destroyed during a call.
+ */
 struct KVProxy::Private {
     boost::shared_ptr<KVBroker> fBroker;
-    std::shared_ptr<robaxi::Link> fLink;  // goes before the broker
+    std::shared_ptr<robaxi::Link> fLink;  // destroyed before the broker
     robaxi::Target fTarget;
     robaxi::CallOwner fOwner;
 
@@ -56,7 +58,7 @@ KVProxy::KVProxy(const std::string& moduleName, const boost::shared_ptr<KVConnec
     fPrivate->fTarget = connected.fTarget;
     fPrivate->fTarget.fModule = moduleName;
     fPrivate->fTarget.fTimeOut = timeOut;
-    static_cast<void>(fPrivate->xDeadline());  // now, not in the first call, says that it is none
+    static_cast<void>(fPrivate->xDeadline());  // reports an invalid time-out at once
 }
 
 KVProxy::~KVProxy() {

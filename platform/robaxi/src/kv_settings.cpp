@@ -35,7 +35,7 @@ std::string trimmed(const std::string& text) {
                : text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-/** One configuration file, with the lines on which its texts stand. */
+/** A configuration file with the line numbers of its texts. */
 class ConfigurationFile {
   public:
     explicit ConfigurationFile(const std::string& file) : fFile(file) {
@@ -180,7 +180,7 @@ bool exists(const std::string& file) {
     return ::stat(file.c_str(), &status) == 0 || errno != ENOENT;
 }
 
-/** With a folder before it, to which the paths in the file are relative. */
+/** Adds a folder, to which the paths in the file are relative. */
 std::string withFolder(const std::string& file) {
     return file.find('/') == std::string::npos ? "./" + file : file;
 }

@@ -18,7 +18,7 @@ void checkRate(double rate) {
 
 struct KVSubscription::Private {
     boost::shared_ptr<KVConnection> fConnection;
-    std::shared_ptr<robaxi::SubscriptionClient> fClient;  // goes before the connection
+    std::shared_ptr<robaxi::SubscriptionClient> fClient;  // destroyed before the connection
 };
 
 KVSubscription::Listener::~Listener() = default;

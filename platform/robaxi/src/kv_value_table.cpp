@@ -17,7 +17,7 @@ std::int64_t microsecondsNow() {
     throw KVError(KVError::Cause::InvalidArgument, "There is no key named " + name + ".");
 }
 
-/** The value as the key takes it: an Int becomes a Float where the key is one. */
+/** Returns the value converted for the key: an Int becomes a Float for a key of that type. */
 KVValue fitToKey(const KVKeyInfo& key, const KVValue& value) {
     if (key.fType == KVValue::Type::Nothing || key.fType == value.type()) {
         return value;
@@ -44,7 +44,8 @@ void KVValueTable::Private::removeObserver(Observer* observer) {
 }
 
 std::size_t KVValueTable::Private::indexAbove(std::uint32_t id) const {
-    // Identifiers ascend, so a key from before which none was removed is where this says. Most are.
+    // Identifiers ascend, so if no earlier key was removed, which is usual, the key is at this
+    // index.
     const std::size_t likely = fIds.empty() ? 0 : id - fIds.front();
     if (likely < fIds.size() && fIds[likely] == id) {
         return likely + 1;
@@ -183,7 +184,7 @@ void KVValueTable::setWriteHandler(WriteHandler handler) {
         const std::lock_guard lock(fPrivate->fMutex);
         fPrivate->fWriteHandler.swap(handler);
     }
-    handler = nullptr;  // what it holds is let go without the lock
+    handler = nullptr;  // its captures are released without the lock
 }
 
 void KVValueTable::write(const std::string& name, const KVValue& value) {

@@ -15,7 +15,7 @@ namespace robaxi {
 
 class Link;
 
-/** The links of one broker: one for an address and port, as long as somebody uses it. */
+/** The links of one broker: one for each address and port, as long as it is in use. */
 class LinkTable {
   public:
     explicit LinkTable(std::shared_ptr<Runtime> runtime) : fRuntime(std::move(runtime)) {}
@@ -23,11 +23,11 @@ class LinkTable {
     LinkTable& operator=(const LinkTable&) = delete;
 
     /**
-     * The link to an address and port: the one there is when it is not lost, else a new one. Who
-     * asks while another connects waits for the outcome, and tries for himself when the other's
-     * time-out was shorter than his.
+     * Returns the existing link to an address and port if it is not lost, otherwise a new one. A
+     * caller that arrives while another one is connecting waits for the result, and tries again if
+     * the other's time-out was shorter.
      *
-     * @throws Failure when there is none in time
+     * @throws Failure if there is none in time
      */
     std::shared_ptr<Link> obtain(const std::string& address, int port, Deadline deadline);
 

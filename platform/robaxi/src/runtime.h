@@ -14,11 +14,11 @@
 namespace robaxi {
 
 /**
- * What everything that belongs to one broker shares.
+ * Objects shared by everything that belongs to one broker.
  *
- * The threads of gRPC run none of the users' code and own nothing: what they hand to the threads
- * here refers to its object weakly. The last reference to a channel is therefore never let go on a
- * thread of gRPC, which would wait for itself.
+ * gRPC's threads run none of the users' code and own nothing: tasks that they pass to the threads
+ * here refer to their object weakly. The last reference to a channel is therefore never released on
+ * a thread of gRPC, which would wait for itself.
  */
 struct Runtime {
     Runtime(std::string brokerName, KVSettings settings)

@@ -60,7 +60,7 @@ std::size_t toCount(std::chrono::milliseconds time) {
     return static_cast<std::size_t>(time.count());
 }
 
-/** What a limit may be. */
+/** Valid range of a limit. */
 struct Range {
     std::size_t fLeast;
     std::size_t fMost;
@@ -91,7 +91,7 @@ std::vector<SettingsField> fieldsOf(KVSettings::Access& access, const std::strin
         access.fUsesTls = !access.fTrust.empty();
     };
     return {{"trust", "ROBAXI_TRUST", setTrust, {}},
-            {"tls", "ROBAXI_TLS", toBool(access.fUsesTls), {}},  // after trust, which turns it on
+            {"tls", "ROBAXI_TLS", toBool(access.fUsesTls), {}},  // after trust, which enables it
             {"name", "ROBAXI_NAME", toText(access.fName), {}},
             {"token", "ROBAXI_TOKEN", toPath(access.fTokenFile, folder), {}},
             {"plain-token", "ROBAXI_PLAIN_TOKEN", toBool(access.fAllowsPlainToken), {}}};

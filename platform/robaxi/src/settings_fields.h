@@ -7,22 +7,22 @@
 #include <string>
 #include <vector>
 
-/** The settings as texts: what the configuration file and the environment have in common. */
+/** The settings as texts, for the configuration file and the environment. */
 namespace robaxi {
 
 /** One setting. */
 struct SettingsField {
-    /** Sets it from a text. @throws Failure InvalidArgument, which says what is wrong with it */
+    /** Sets it from a text. @throws Failure InvalidArgument with the error in the text */
     using Set = std::function<void(const std::string& text)>;
 
     std::string fKey;       ///< in the file, for instance "certificate"
     std::string fVariable;  ///< in the environment, for instance "ROBAXI_SERVER_CERTIFICATE"
     Set fSet;
-    std::string fText;  ///< its present value; of limits only
+    std::string fText;  ///< its current value; only for limits
 };
 
 /**
- * The fields of settings, which must outlive them.
+ * Returns the fields of settings, which must outlive them.
  *
  * @param folder to which paths in the texts are relative
  */

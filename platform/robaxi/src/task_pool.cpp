@@ -13,7 +13,7 @@ TaskPool::~TaskPool() = default;
 void TaskPool::post(Task task) {
     std::unique_lock lock(fMutex);
     if (fStopped) {
-        lock.unlock();  // what the task holds is let go without the lock
+        lock.unlock();  // the task's captures are released without the lock
         return;
     }
     fTasks.push_back(std::move(task));
@@ -93,7 +93,7 @@ void Strand::xRunOne() {
         fRunner = std::this_thread::get_id();
     }
     task();
-    task = nullptr;  // what it holds is let go before close() returns
+    task = nullptr;  // its captures are released before close() returns
     {
         const std::lock_guard lock(fMutex);
         fRunner = std::thread::id();
@@ -114,7 +114,7 @@ void Strand::close() {
     fDone.wait(lock, [this] {
         return fRunner == std::thread::id() || fRunner == std::this_thread::get_id();
     });
-    lock.unlock();  // before what the dropped tasks hold is let go
+    lock.unlock();  // before the captures of the dropped tasks are released
 }
 
 }  // namespace robaxi

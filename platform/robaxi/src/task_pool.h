@@ -13,11 +13,10 @@
 namespace robaxi {
 
 /**
- * A few threads that run tasks, for code that may take its time: methods of modules and the
- * callbacks of the library's users. gRPC's own threads never run such code, since everything else
- * would wait behind it.
+ * A few threads for code that may block: methods of modules and callbacks of the library's users.
+ * gRPC's own threads never run such code, since it would delay everything else.
  *
- * Threads start as they are needed, up to the limit, and stay.
+ * Threads start when they are needed, up to the limit, and stay.
  */
 class TaskPool : public std::enable_shared_from_this<TaskPool> {
   public:
@@ -28,12 +27,12 @@ class TaskPool : public std::enable_shared_from_this<TaskPool> {
     TaskPool(const TaskPool&) = delete;
     TaskPool& operator=(const TaskPool&) = delete;
 
-    /** Runs a task soon; after stop() it is dropped. */
+    /** Queues a task; drops it after stop(). */
     void post(Task task);
 
     /**
-     * Drops the tasks that wait and returns when none runs any more, except one from which it is
-     * called. Needed before the last reference goes, since the threads hold one.
+     * Drops waiting tasks and returns when none is running, except one from which it is called.
+     * Needed before the last reference is released, since the threads hold one.
      */
     void stop();
 
@@ -59,8 +58,9 @@ class Strand : public std::enable_shared_from_this<Strand> {
 
     void post(TaskPool::Task task);
 
-    /** Drops the tasks that wait and every later one; returns when none runs any more, unless it
-     *  is called from one. */
+    /**
+     * Drops waiting and later tasks. Returns when none is running, unless it is called from one.
+     */
     void close();
 
   private:

@@ -39,7 +39,7 @@ void TimerThread::xRun() {
         }
         timer->xErase();
         fRunning = timer;
-        const auto task = timer->fTask;  // the timer may go while its task runs
+        const auto task = timer->fTask;  // the timer may be destroyed while its task runs
         lock.unlock();
         (*task)();
         lock.lock();

@@ -23,8 +23,10 @@ class TimerThread : public std::enable_shared_from_this<TimerThread> {
     TimerThread(const TimerThread&) = delete;
     TimerThread& operator=(const TimerThread&) = delete;
 
-    /** No timer runs after this, except one from which it is called. Needed before the last
-     *  reference goes, since the thread holds one. */
+    /**
+     * Stops all timers. None runs after this, except one from which it is called. Needed before the
+     * last reference is released, since the thread holds one.
+     */
     void stop();
 
   private:
@@ -42,22 +44,25 @@ class TimerThread : public std::enable_shared_from_this<TimerThread> {
     bool fStopped = false;
 };
 
-/** Runs a task once at a chosen time; can be started again, from the task too. */
+/** Runs a task once at a chosen time; can be started again, also from the task. */
 class Timer {
   public:
     using Clock = TimerThread::Clock;
 
     /** @param task must be short, since all other timers of the broker wait for it */
     Timer(std::shared_ptr<TimerThread> thread, std::function<void()> task);
-    /** Like stop(). */
+    /** Stops, as stop() does. */
     ~Timer();
     Timer(const Timer&) = delete;
     Timer& operator=(const Timer&) = delete;
 
-    /** Unless it is due earlier already. */
+    /** Starts the timer; keeps an earlier due time. */
     void startAt(Clock::time_point time);
 
-    /** Returns when the task does not run, unless it is called from it; it may be started again. */
+    /**
+     * Stops the timer. Returns when the task is not running, unless called from it; it may be
+     * started again.
+     */
     void stop();
 
   private:

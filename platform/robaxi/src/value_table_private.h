@@ -8,11 +8,11 @@
 #include <unordered_map>
 
 /**
- * The table as its subscribers see it.
+ * The table as seen by its subscribers.
  *
- * Every change of a value gets a version, counted up from 1, and the entries are kept in the order
- * of their versions. What changed since a version is therefore the end of one list, however large
- * the table and however long ago the subscriber looked: no subscriber keeps a queue.
+ * Every change of a value gets a version, counted from 1, and the entries are ordered by version.
+ * The changes since a version are therefore the end of one list, however large the table and
+ * however long ago the subscriber looked: no subscriber keeps a queue.
  */
 struct KVValueTable::Private {
     struct Entry {
@@ -23,8 +23,10 @@ struct KVValueTable::Private {
     };
     using Entries = std::list<Entry>;
 
-    /** Is told, with fMutex held, that something happened; it takes no lock that is held while the
-     *  table's is taken. */
+    /**
+     * Called with fMutex locked when something happened; it must not take a lock that is held while
+     * the table's is taken.
+     */
     class Observer {
       public:
         virtual ~Observer() = default;
@@ -34,16 +36,21 @@ struct KVValueTable::Private {
     };
 
     void addObserver(Observer* observer);
-    /** When it returns the observer is not being called and will not be called again. */
+    /** When it returns, the observer is not being called and will not be called again. */
     void removeObserver(Observer* observer);
 
-    /** With fMutex held: the entry of a key, or null. */
+    /** Returns the entry of a key, or null. Called with fMutex locked. */
     const Entry* find(std::uint32_t id) const;
 
-    /** With fMutex held: the first entry, in the order of changes, above a version. */
+    /**
+     * Returns the first entry, in the order of changes, above a version. Called with fMutex locked.
+     */
     Entries::const_iterator firstAfter(std::uint64_t version) const;
 
-    /** With fMutex held: the index in fIds of the first key with an identifier above `id`. */
+    /**
+     * Returns the index in fIds of the first key with an identifier above `id`. Called with fMutex
+     * locked.
+     */
     std::size_t indexAbove(std::uint32_t id) const;
 
     Entries::iterator* xPosition(std::uint32_t id);
@@ -54,7 +61,7 @@ struct KVValueTable::Private {
     mutable std::mutex fMutex;
     Entries fEntries;
     std::vector<std::uint32_t> fIds;            // ascending, since identifiers only grow
-    std::vector<Entries::iterator> fPositions;  // beside fIds
+    std::vector<Entries::iterator> fPositions;  // parallel to fIds
     std::unordered_map<std::string, std::uint32_t> fIdOf;
     std::vector<Observer*> fObservers;
     std::uint32_t fLastId = 0;

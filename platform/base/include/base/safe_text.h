@@ -6,12 +6,12 @@
 #include <string_view>
 
 /**
- * Texts that somebody else wrote: a robot, the network, a file. They may hold bytes that are not
- * UTF-8, and characters that hide a part of a text, forge a second line or control a terminal.
+ * Untrusted texts from a robot, the network or a file. They may contain bytes that are not UTF-8,
+ * and characters that hide a part of a text, forge a second line or control a terminal.
  */
 namespace base {
 
-/** U+FFFD, which stands for each byte that is not part of valid UTF-8. */
+/** U+FFFD, which replaces each byte that is not part of valid UTF-8. */
 constexpr std::string_view a_replacement = "\xEF\xBF\xBD";
 
 struct Character {
@@ -54,21 +54,22 @@ bool isUtf8(std::string_view text);
 
 std::string validUtf8(std::string_view text);
 
-/** The longest part from the beginning that has at most so many bytes and ends with a whole
- *  character. */
+/** Returns the longest prefix of at most that many bytes that ends with a whole character. */
 std::string_view beginning(std::string_view text, std::size_t bytes);
 
-/** Valid UTF-8 of at most so many bytes of the text; "…" follows if that is not all. */
+/**
+ * Returns valid UTF-8 of at most that many bytes of the text, followed by "…" if that is not all.
+ */
 std::string shortened(std::string_view text, std::size_t bytes);
 
-/** One line for a terminal or a log: valid UTF-8 with unsafe characters escaped(). */
+/** Returns one line for a terminal or a log: valid UTF-8 with unsafe characters escaped(). */
 std::string oneLine(std::string_view text);
 
 enum class Quotes { None, Double };
 
 /**
- * One line from which the text can be read back: valid UTF-8 with unsafe characters written as
- * "\n", "\r", "\t", "\x1b" or "\u{202e}", and a backslash before each backslash and, with
+ * Returns one line from which the text can be restored: valid UTF-8 with unsafe characters written
+ * as "\n", "\r", "\t", "\x1b" or "\u{202e}", and a backslash before each backslash and, with
  * Quotes::Double, before each quotation mark.
  */
 std::string reversibleLine(std::string_view text, Quotes quotes = Quotes::None);

@@ -4,14 +4,14 @@
 #include <cstdint>
 #include <string>
 
-/** Times as robots and programs exchange them: microseconds since 1970-01-01 UTC. */
+/** Times exchanged by robots and programs: microseconds since 1970-01-01 UTC. */
 namespace base {
 
 constexpr std::int64_t a_microsecondsPerSecond = 1'000'000;
 constexpr std::int64_t a_microsecondsPerMillisecond = 1'000;
 constexpr std::int64_t a_nanosecondsPerMicrosecond = 1'000;
 
-/** The time by this machine's clock, which may be set back and forth. */
+/** Returns the time of this machine's clock, which may be set back and forth. */
 std::int64_t microsecondsNow();
 
 /** Returns for instance "2024-05-01T12:34:56.789012Z", or an empty text outside the years 0 to

@@ -18,8 +18,8 @@
 namespace robaxi {
 
 /**
- * What the client's ends of all streams beside the session have in common: they end with the link,
- * with the robot's last update or with stop(), and tell the listener so on their strand.
+ * Base of the client's ends of all streams beside the session: they end with the link, with the
+ * robot's last update or with stop(), and report the end to the listener on their strand.
  *
  * A derived class calls stop() in its destructor.
  */
@@ -31,7 +31,7 @@ class ClientStream : public std::enable_shared_from_this<ClientStream<Request, U
     ClientStream(const ClientStream&) = delete;
     ClientStream& operator=(const ClientStream&) = delete;
 
-    /** Returns when the listener is not being called any more, unless called from it. */
+    /** Returns when the listener is not being called, unless called from it. */
     void stop() {
         {
             const std::lock_guard lock(fMutex);
@@ -54,14 +54,14 @@ class ClientStream : public std::enable_shared_from_this<ClientStream<Request, U
           fTarget(std::move(target)),
           fStrand(Strand::create(runtime->fNotices)) {}
 
-    /** With fMutex held: fills in what is to be said next; returns false when that is nothing. */
+    /** Fills in the next request; returns false if there is none. Called with fMutex locked. */
     virtual bool xTakeRequest(Request& request) = 0;
-    /** Deals with fUpdate, on gRPC's thread; it or what it posts calls xRead() again. */
+    /** Handles fUpdate, on gRPC's thread; it or its posted task calls xRead() again. */
     virtual void xReceived() = 0;
-    /** Tells the listener; on the strand. */
+    /** Reports the end to the listener; on the strand. */
     virtual void xTellEnd(const KVError& error) = 0;
 
-    /** Starts the call, which was made with fContext and this, with the first request waiting. */
+    /** Starts the call, which was prepared with fContext and this; the first request is waiting. */
     void xStart() {
         this->AddHold();  // the listener's and the users' threads write and read
         {
@@ -77,7 +77,7 @@ class ClientStream : public std::enable_shared_from_this<ClientStream<Request, U
         }
     }
 
-    /** Says what is to be said, now or when the last request was written. */
+    /** Sends the next request, now or when the last one has been written. */
     void xWrite() {
         {
             const std::lock_guard lock(fMutex);
@@ -98,7 +98,7 @@ class ClientStream : public std::enable_shared_from_this<ClientStream<Request, U
         this->StartRead(&fUpdate);
     }
 
-    /** Ends the stream, for this reason unless there is one already. */
+    /** Ends the stream with this reason, unless there already is one. */
     void xFail(const Failure& failure) {
         {
             const std::lock_guard lock(fMutex);
@@ -109,7 +109,9 @@ class ClientStream : public std::enable_shared_from_this<ClientStream<Request, U
         fContext.TryCancel();
     }
 
-    /** Runs an operation of the derived class on the strand, unless the stream has gone. */
+    /**
+     * Runs an operation of the derived class on the strand, unless the stream has been destroyed.
+     */
     template <class Stream>
     void xPost(void (Stream::*operation)()) {
         fStrand->post([weak = this->weak_from_this(), operation] {
@@ -123,14 +125,14 @@ class ClientStream : public std::enable_shared_from_this<ClientStream<Request, U
     const Target fTarget;
     const std::shared_ptr<Strand> fStrand;
     grpc::ClientContext fContext;
-    Update fUpdate;  // in the hands of gRPC while a read is in flight
+    Update fUpdate;  // owned by gRPC while a read is in flight
 
     std::mutex fMutex;
     bool fIsStopped = false;
 
   private:
-    // gRPC's names; the check cannot see that they override, since the base depends on a template.
-    // NOLINTBEGIN(readability-identifier-naming)
+    // gRPC's names; the check does not see that they override, since the base depends on a
+    // template.
     void OnReadDone(bool ok) final {
         const GrpcReaction reaction(this);
         takeFromGrpc(&fUpdate);
@@ -188,9 +190,9 @@ class ClientStream : public std::enable_shared_from_this<ClientStream<Request, U
     }
 
     WriteGate fGate;
-    Request fRequest;  // in the hands of gRPC while a write is in flight
+    Request fRequest;  // owned by gRPC while a write is in flight
     std::condition_variable fDone;
-    std::optional<Failure> fFailure;  // guarded by fMutex, like the next two
+    std::optional<Failure> fFailure;  // guarded by fMutex, like the following two
     bool fIsStarted = false;
     bool fIsDone = false;
 };

@@ -22,7 +22,7 @@ FrameClient::~FrameClient() {
 
 void FrameClient::start() {
     fLink->prepareStream(&fContext, "Watch", this);
-    // Asked before the lock is taken: a link that is lost comes here with its own lock held.
+    // Read before locking: a lost link calls this object with its own lock held.
     const std::uint64_t sessionId = fLink->sessionId();
     {
         const std::lock_guard lock(fMutex);

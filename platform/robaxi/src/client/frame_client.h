@@ -16,8 +16,8 @@ namespace robaxi {
 /**
  * The client's end of one watched camera.
  *
- * Frames are read and put together on gRPC's thread whatever the listener does; the one place for a
- * frame that waits for the listener always holds the newest.
+ * Frames are read and assembled on gRPC's thread even while the listener is busy; the single slot
+ * for a waiting frame always holds the newest.
  */
 class FrameClient : public ClientStream<grpc::ByteBuffer, grpc::ByteBuffer> {
   public:

@@ -42,7 +42,7 @@ Failure helloFailure(const v1::HelloReply& reply, const ClientSecurity& security
     }
 }
 
-/** gRPC says only in words that what it received is not HTTP/2. */
+/** gRPC only reports in its message that the received data is not HTTP/2. */
 bool isAnotherLanguage(const grpc::Status& status) {
     const std::string text = status.error_message();
     return text.find("http1") != std::string::npos || text.find("HTTP/2") != std::string::npos;
@@ -96,7 +96,7 @@ Link::Link(std::shared_ptr<Runtime> runtime, const std::string& address, int por
     fChannel = createChannel(listener.toTarget(), fSecurity, fLimits);
     fStub = v1::Robaxi::NewStub(fChannel);
     fStub->async()->Session(&fContext, this);
-    AddHold();  // the users' threads write; taken back when nothing will be written any more
+    AddHold();  // the users' threads write; released when nothing more will be written
     xSayHello();
     xRead();
     StartCall();
@@ -208,8 +208,8 @@ void Link::OnWriteDone(bool ok) {
 
 void Link::xEndWhen(bool now) {
     if (now) {
-        // The robot reads to this end before it ends the stream itself, where a cancelled stream
-        // would take with it what the robot has not read yet.
+        // The robot reads up to this end before it ends the stream; cancelling the stream would
+        // discard data that the robot has not read yet.
         giveToGrpc(this);
         StartWritesDone();
         RemoveHold();
@@ -267,13 +267,13 @@ void Link::xHandleAnswer(std::uint64_t callId, v1::ServerMessage& answer) {
     const std::lock_guard lock(fMutex);
     const auto found = fPending.find(callId);
     if (found == fPending.end()) {
-        return;  // cancelled, or its time was up
+        return;  // cancelled or timed out
     }
     PendingCall& call = *found->second;
     call.fAnswer.Swap(&answer);
     call.fHasEnded = true;
     fPending.erase(found);
-    call.fEnded.notify_one();  // with the lock held: the call goes as soon as its caller sees it
+    call.fEnded.notify_one();  // with the lock held: its caller destroys the call at once
 }
 
 void Link::xHandleHeartbeat(std::uint64_t number) {

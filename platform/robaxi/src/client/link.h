@@ -22,55 +22,60 @@
 
 namespace robaxi {
 
-/** Stands for a proxy in the link that it uses, so that its calls can be ended together. */
+/** Identifies a proxy in its link, so that its calls can be ended together. */
 struct CallOwner {
     bool fIsClosed = false;  // guarded by the link
 };
 
 /**
- * A broker's one session with one robot: a channel and the session stream on it, shared by all
- * proxies and connections to the same address and port.
+ * A broker's session with one robot: a channel and the session stream on it, shared by all proxies
+ * and connections to the same address and port.
  *
- * Once lost it stays lost. It is made and destroyed on threads of the users or of the broker, never
- * on those of gRPC: the destructor waits for them.
+ * Once lost it stays lost. It is created and destroyed on threads of the users or of the broker,
+ * never on those of gRPC: the destructor waits for them.
  */
 class Link : private grpc::ClientBidiReactor<v1::ClientBatch, v1::ServerBatch> {
   public:
-    /** Is told that the link is lost: once, on a thread of gRPC or of the timers, with the link's
-     *  lock held. Only hands the news on. */
+    /**
+     * Called once when the link is lost, on a thread of gRPC or of the timers, with the link's lock
+     * held. It must only pass the notice on.
+     */
     class LossListener {
       public:
         virtual ~LossListener() = default;
         virtual void linkLost(const Failure& loss) = 0;
     };
 
-    /** Connects and says hello. @throws Failure */
+    /** Connects and sends the hello. @throws Failure */
     Link(std::shared_ptr<Runtime> runtime, const std::string& address, int port, Deadline deadline);
     ~Link() override;
     Link(const Link&) = delete;
     Link& operator=(const Link&) = delete;
 
     /**
-     * Sends a call or a question for modules and waits for what the robot answers.
+     * Sends a call or a request for modules and waits for the robot's answer.
      *
      * @param message its call_id is set here
-     * @throws Failure when no answer came
+     * @throws Failure if there was no answer
      */
     v1::ServerMessage request(v1::ClientMessage message, CallOwner& owner, Deadline deadline);
 
-    /** Sends without waiting for an answer, at the latest before the link goes.
-     *  @throws Failure when it cannot be sent */
+    /**
+     * Sends without waiting for an answer, at the latest before the link is destroyed.
+     *
+     * @throws Failure if it cannot be sent
+     */
     void post(v1::ClientMessage message, const CallOwner& owner, Deadline deadline);
 
-    /** A number for each posted call: positive, and again the same only after 2^31 posts. */
+    /** Returns a number for each posted call: positive, and repeated only after 2^31 posts. */
     int nextTaskId();
 
     /** Ends the owner's calls in flight with Cancelled. */
     void cancel(const CallOwner& owner);
-    /** The same, and every later one. */
+    /** Ends the owner's calls in flight and every later one with Cancelled. */
     void close(CallOwner& owner);
 
-    /** Adds a listener and returns nothing, or, when the link is lost already, how. */
+    /** Adds a listener and returns nothing, or, if the link is already lost, returns the reason. */
     std::optional<Failure> addLossListener(LossListener* listener);
     void removeLossListener(LossListener* listener);
 
@@ -78,9 +83,11 @@ class Link : private grpc::ClientBidiReactor<v1::ClientBatch, v1::ServerBatch> {
     const KVSettings::Limits& limits() const { return fLimits; }
     std::string peerName() const;
     std::uint64_t sessionId() const;
-    /** Seconds; negative before the first heartbeat came back. */
+    /** Returns the round trip in seconds; negative before the first heartbeat came back. */
     double roundTrip() const { return fRoundTrip; }
-    /** @name For streams beside the session. They must have ended before the link goes. */
+    /**
+     * @name For streams beside the session. They must have ended before the link is destroyed.
+     */
     ///@{
     v1::Robaxi::Stub& stub() { return *fStub; }
     /** Prepares a stream of bytes for a method of the protocol. */
@@ -142,12 +149,12 @@ class Link : private grpc::ClientBidiReactor<v1::ClientBatch, v1::ServerBatch> {
     std::vector<LossListener*> fLossListeners;
 
     std::atomic<std::uint32_t> fLastTaskId{0};
-    std::atomic<bool> fHasPosted{false};  // nobody waits for a posted call but the destructor
+    std::atomic<bool> fHasPosted{false};  // only the destructor waits for posted calls
     std::atomic<int> fSilentHeartbeats{0};
     std::atomic<double> fRoundTrip{-1};
-    std::uint64_t fHeartbeatNumber = 0;  // guarded by fMutex, like the next
+    std::uint64_t fHeartbeatNumber = 0;  // guarded by fMutex, like the next member
     Clock::time_point fHeartbeatSent;
-    std::chrono::milliseconds fHeartbeatPeriod;  // set once, before the first
+    std::chrono::milliseconds fHeartbeatPeriod;  // set once, before the first one
     Timer fHeartbeat;
 };
 

@@ -9,10 +9,10 @@
 
 #include <vector>
 
-/** What proxies and connections ask of a robot, with failures told to the user. */
+/** Requests of proxies and connections to a robot, with failures as KVError. */
 namespace robaxi {
 
-/** All modules, or only `target.fModule` when it is not empty. @throws KVError */
+/** Returns all modules, or only `target.fModule` if it is not empty. @throws KVError */
 std::vector<KVModuleInfo> listModules(Link& link, CallOwner& owner, const Target& target,
                                       Deadline deadline);
 

@@ -24,7 +24,7 @@ SubscriptionClient::~SubscriptionClient() {
 
 void SubscriptionClient::start(bool allKeys, double rate) {
     fLink->stub().async()->Subscribe(&fContext, this);
-    // Asked before the lock is taken: a link that is lost comes here with its own lock held.
+    // Read before locking: a lost link calls this object with its own lock held.
     const std::uint64_t sessionId = fLink->sessionId();
     {
         const std::lock_guard lock(fMutex);
@@ -75,7 +75,7 @@ void SubscriptionClient::xDeliver() {
     try {
         xDeliverContent();
     } catch (const Failure& failure) {
-        xFail(failure);  // a robot that breaks the protocol is not listened to any further
+        xFail(failure);  // stop listening to a robot that breaks the protocol
     }
     {
         const std::lock_guard lock(fMutex);

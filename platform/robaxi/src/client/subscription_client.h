@@ -16,8 +16,8 @@ namespace robaxi {
 /**
  * The client's end of one subscription.
  *
- * The next update is read only when the listener is done with the last one, so nothing piles up
- * here, and the robot learns by it how fast the listener is.
+ * The next update is read only when the listener has processed the last one, so updates do not pile
+ * up here, and the robot adapts to the listener's speed.
  */
 class SubscriptionClient : public ClientStream<v1::SubscriptionRequest, v1::SubscriptionUpdate> {
   public:
@@ -45,7 +45,7 @@ class SubscriptionClient : public ClientStream<v1::SubscriptionRequest, v1::Subs
     const KVSettings::Limits fLimits;
     KVSubscription::Listener* const fListener;
     std::unordered_set<std::uint32_t> fKnownIds;  // used on the strand only
-    /** The newest of everything to be said; guarded by fMutex. */
+    /** The newest request of each kind; guarded by fMutex. */
     std::optional<v1::SubscriptionRequest> fNextRequest;
 };
 

@@ -14,13 +14,13 @@ namespace {
 
 constexpr std::size_t a_mostStreams = 1000000;
 
-/** A batch, or a part of a frame. */
+/** Size of a batch, or of a part of a frame. */
 int largestBatch(const KVSettings::Limits& limits) {
     return static_cast<int>(
         std::max(limits.fMessage + limits::a_roomForBatch, 2 * limits::a_partOfFrame));
 }
 
-/** gRPC writes lines of its own to standard error for what our errors tell the user. */
+/** Suppresses gRPC's log on standard error; our errors report the same to the user. */
 void keepGrpcQuiet() {
     static std::once_flag done;
     std::call_once(done, [] {
@@ -42,16 +42,16 @@ std::shared_ptr<grpc::Channel> createChannel(const std::string& target,
     if (security.usesTls()) {
         arguments.SetSslTargetNameOverride(security.name());
     }
-    // A robot is never behind the proxy that the environment names for web pages.
+    // The environment's proxy is for web pages; robots are never behind it.
     arguments.SetInt(GRPC_ARG_ENABLE_HTTP_PROXY, 0);
     arguments.SetInt(GRPC_ARG_SERVICE_CONFIG_DISABLE_RESOLUTION, 1);
     arguments.SetInt(GRPC_ARG_ENABLE_RETRIES, 0);
-    // Otherwise brokers of one process that reach the same robot share a connection, and the end
-    // of one broker's would be the end of the other's.
+    // Otherwise brokers of one process that reach the same robot would share a connection, and
+    // closing one broker's would close the other's.
     arguments.SetInt(GRPC_ARG_USE_LOCAL_SUBCHANNEL_POOL, 1);
-    // A fixed window for each stream in place of one that gRPC widens as it measures the network:
-    // pictures then queue up nowhere for long, so that calls do not wait behind them, and are read
-    // while they are still in the processor's cache, which halves what they cost.
+    // A fixed window for each stream instead of one that gRPC adapts to the network: pictures then
+    // never queue for long, so that calls do not wait behind them, and they are read while they are
+    // still in the processor's cache, which halves their cost.
     arguments.SetInt(GRPC_ARG_HTTP2_BDP_PROBE, 0);
     arguments.SetInt(GRPC_ARG_HTTP2_STREAM_LOOKAHEAD_BYTES,
                      static_cast<int>(limits::a_streamWindow));
@@ -66,9 +66,9 @@ void configureServer(grpc::ServerBuilder& builder, const KVSettings::Limits& lim
         GRPC_ARG_MAX_CONCURRENT_STREAMS,
         static_cast<int>(
             std::min(2 + 2 * (limits.fSubscriptions + limits.fCameras), a_mostStreams)));
-    // With its silence only the session of a client ends that was stopped or has vanished. This
-    // ends the connection under it. Not sooner, since a client that is kept from running may be so
-    // between connecting and saying hello, and would find the connection closed.
+    // When a client that was stopped or has vanished is silent, only its session ends; this closes
+    // the connection. Not sooner, since a client may be suspended between connecting and hello, and
+    // would find the connection closed.
     builder.AddChannelArgument(GRPC_ARG_MAX_CONNECTION_IDLE_MS,
                                static_cast<int>(limits::silenceOfClient(limits).count()));
 }

@@ -12,12 +12,14 @@
 
 namespace robaxi {
 
-/** A channel to one numeric address that shares nothing with any other channel of the process. */
+/**
+ * Creates a channel to one numeric address that shares nothing with other channels of the process.
+ */
 std::shared_ptr<grpc::Channel> createChannel(const std::string& target,
                                              const ClientSecurity& security,
                                              const KVSettings::Limits& limits);
 
-/** Sets what holds for every connection to a server of ours. */
+/** Sets the options of every connection to our server. */
 void configureServer(grpc::ServerBuilder& builder, const KVSettings::Limits& limits);
 
 }  // namespace robaxi

@@ -20,8 +20,10 @@ using Clock = std::chrono::steady_clock;
 
 using sockets::Importance;
 
-/** With more newcomers than this, the oldest goes for each new one. They leave descriptors to
- * others who listen in the process, though each takes two. */
+/**
+ * Maximum number of newcomers; beyond it the oldest is closed for each new one. This leaves
+ * descriptors for the other listeners of the process, though each newcomer uses two.
+ */
 std::size_t mostNewcomers() {
     constexpr std::size_t share = 8;
     constexpr std::size_t fewest = 8;
@@ -66,7 +68,7 @@ std::string readablePeer(const std::string& peer) {
     return text;
 }
 
-/** A connection whose client has not said hello. */
+/** A connection whose client has not sent a hello. */
 class ConnectionAcceptor::Newcomer {
   public:
     Newcomer(Socket socket, Clock::time_point end)
@@ -136,7 +138,7 @@ void ConnectionAcceptor::xTake(Socket socket) {
     }
 }
 
-// A handler may be on its way when its newcomer goes, and so holds it weakly.
+// A handler may be queued when its newcomer is destroyed, and so refers to it weakly.
 
 void ConnectionAcceptor::xWaitForFirstBytes(const NewcomerPtr& newcomer) {
     newcomer->fSocket.async_wait(Socket::wait_read,
@@ -155,7 +157,7 @@ void ConnectionAcceptor::xReadFirstByte(const NewcomerPtr& newcomer) {
     } else if (size < 0 && (errno == EAGAIN || errno == EINTR)) {
         xWaitForFirstBytes(newcomer);
     } else {
-        xClose(newcomer);  // its client has ended it without a word
+        xClose(newcomer);  // its client has closed it without sending anything
     }
 }
 
@@ -166,7 +168,7 @@ void ConnectionAcceptor::xHandOver(const NewcomerPtr& newcomer) {
         fListener.reportExhaustion();
         xMakeRoom();
         if (fNewcomers.empty() || fNewcomers.front()->fEnd > newcomer->fEnd) {
-            return;  // it was the oldest itself
+            return;  // it was the oldest one
         }
         handedOver = sockets::duplicateWithinReserve(newcomer->fSocket.native_handle(),
                                                      Importance::Necessary);
@@ -178,7 +180,7 @@ void ConnectionAcceptor::xHandOver(const NewcomerPtr& newcomer) {
     fSettings.fHandOver(handedOver);
 }
 
-/** The duplicate would keep the socket alive after gRPC has closed its own. */
+/** The duplicate would keep the socket open after gRPC has closed its own. */
 void ConnectionAcceptor::xWaitForEnd(const NewcomerPtr& newcomer) {
     newcomer->fSocket.async_wait(Socket::wait_error,
                                  [this, weak = std::weak_ptr(newcomer)](const error_code&) {

@@ -20,37 +20,37 @@ namespace robaxi {
 /**
  * Accepts the connections of a server and hands them to gRPC, on a dedicated thread.
  *
- * gRPC 1.51 can accept too, but its listener stops for good after the first error of accept(), such
- * as the one that descriptors ran out.
+ * gRPC 1.51 can accept connections itself, but its listener stops for good after the first error of
+ * accept(), for instance when descriptors have run out.
  *
- * A connection is a newcomer until gRPC has said through welcome() that its client may be here. A
- * newcomer goes to gRPC with its first bytes. It is closed when its time is over, or, oldest first,
- * when descriptors run out or there are too many newcomers.
+ * A connection is a newcomer until gRPC reports through welcome() that its client is in a session.
+ * A newcomer is handed to gRPC with its first bytes. It is closed when its time is over, or, oldest
+ * first, when descriptors run out or there are too many newcomers.
  */
 class ConnectionAcceptor {
   public:
     struct Settings {
-        /** Time in which a client has to say hello. */
+        /** Time in which a client must send a hello. */
         std::chrono::milliseconds fTimeForHello{};
-        /** Gives a descriptor to gRPC, which owns it then; on the acceptor's thread. */
+        /** Passes ownership of a descriptor to gRPC; called on the acceptor's thread. */
         std::function<void(int)> fHandOver;
-        /** Tells the user what is wrong; on the acceptor's thread. */
+        /** Reports a problem to the user; called on the acceptor's thread. */
         std::function<void(const std::string&)> fReport;
     };
 
     explicit ConnectionAcceptor(Settings settings);
-    /** Like stop(). */
+    /** Stops, as stop() does. */
     ~ConnectionAcceptor();
     ConnectionAcceptor(const ConnectionAcceptor&) = delete;
     ConnectionAcceptor& operator=(const ConnectionAcceptor&) = delete;
 
-    /** Starts to accept from sockets that listen. To be called once. */
+    /** Starts accepting from listening sockets. Called once. */
     void start(std::vector<FileDescriptor> listening);
-    /** Accepts nothing more and hands nothing over any more. */
+    /** Stops accepting and handing over connections. */
     void stop();
 
     /**
-     * Lets a connection stay: its client is in a session. To be called from any thread.
+     * Keeps a connection: its client is in a session. May be called from any thread.
      *
      * @param peer grpc::ServerContext::peer()
      */
@@ -80,8 +80,10 @@ class ConnectionAcceptor {
     std::thread fThread;
 };
 
-/** The address and port of a peer as grpc::ServerContext::peer() has them, without the escapes and
- *  the zone: "192.168.1.20:40000" or "[::1]:40000". */
+/**
+ * Returns address and port of a peer from grpc::ServerContext::peer(), without the escapes and the
+ * zone: "192.168.1.20:40000" or "[::1]:40000".
+ */
 std::string readablePeer(const std::string& peer);
 
 }  // namespace robaxi

@@ -6,7 +6,7 @@
 
 namespace robaxi {
 
-/** Owns a descriptor; -1 stands for none. */
+/** An owned file descriptor; -1 if there is none. */
 class FileDescriptor {
   public:
     explicit FileDescriptor(int descriptor) : fDescriptor(descriptor) {}
@@ -25,7 +25,7 @@ class FileDescriptor {
     FileDescriptor& operator=(const FileDescriptor&) = delete;
 
     int get() const { return fDescriptor; }
-    /** Gives the descriptor to the caller. */
+    /** Passes ownership to the caller. */
     int release() { return std::exchange(fDescriptor, -1); }
 
   private:

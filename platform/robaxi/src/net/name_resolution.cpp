@@ -85,7 +85,7 @@ std::string SocketAddress::toString() const {
 std::string SocketAddress::toTarget() const {
     std::string target = (fStorage.ss_family == AF_INET ? "ipv4:" : "ipv6:") + toString();
     const std::size_t zone = target.find('%');
-    return zone == std::string::npos ? target : target.replace(zone, 1, "%25");  // it is a URI
+    return zone == std::string::npos ? target : target.replace(zone, 1, "%25");  // for the URI
 }
 
 std::vector<SocketAddress> resolve(const std::string& host, int port, Deadline deadline) {

@@ -41,7 +41,7 @@ std::string readFile(const std::string& file) {
     return content;
 }
 
-/** A token that others may read is none. */
+/** Refuses a token file that others may read. */
 void checkTokenFile(const std::string& file, int descriptor) {
     struct stat status {};
     if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
@@ -79,9 +79,10 @@ std::string readToken(const std::string& file) {
 }
 
 /**
- * Reads a file of the settings. A failure names the environment variable if the file is from there.
+ * Reads a file named by the settings. A failure names the environment variable if the file comes
+ * from one.
  *
- * @param read takes the file's path
+ * @param read receives the file's path
  */
 template <class Read>
 auto readSetting(const char* variable, const std::string& file, Read read) {
@@ -107,7 +108,7 @@ Context makeContext() {
     return {SSL_CTX_new(TLS_method()), &SSL_CTX_free};
 }
 
-/** gRPC says of none of these which it is. */
+/** gRPC does not report which of these errors occurred. */
 void checkCertificate(const KVSettings::Server& settings) {
     const Context context = makeContext();
     if (SSL_CTX_use_certificate_chain_file(context.get(), settings.fCertificate.c_str()) != 1) {

@@ -10,23 +10,25 @@
 #include <optional>
 #include <string>
 
-/** What settings say about security, with the files read that they name. */
+/** Security settings, with the contents of the files that they name. */
 namespace robaxi {
 
-/** For a broker that listens. */
+/** Security of a broker that listens. */
 class ServerSecurity {
   public:
-    /** @throws Failure InvalidArgument when a file cannot be used, or when the settings would have
-     *          the token sent over connections that everybody can read */
+    /**
+     * @throws Failure InvalidArgument if a file cannot be used, or if the settings would send the
+     *         token over unencrypted connections
+     */
     explicit ServerSecurity(const KVSettings::Server& settings);
 
     const std::shared_ptr<grpc::ServerCredentials>& credentials() const { return fCredentials; }
     bool asksForToken() const { return !fToken.empty(); }
-    /** When the certificate ends to be valid; nothing without one. */
+    /** Returns the expiry of the certificate; nothing without one. */
     std::optional<std::chrono::system_clock::time_point> certificateExpiry() const {
         return fCertificateExpiry;
     }
-    /** Takes the same time for every token. */
+    /** Returns true if the token is right. Takes the same time for every token. */
     bool accepts(const std::string& token) const;
 
   private:
@@ -35,22 +37,25 @@ class ServerSecurity {
     std::string fToken;
 };
 
-/** For one connection to a robot. */
+/** Security of one connection to a robot. */
 class ClientSecurity {
   public:
-    /** @throws Failure InvalidArgument when a file cannot be used */
+    /** @throws Failure InvalidArgument if a file cannot be used */
     ClientSecurity(const KVSettings::Access& settings, const std::string& address);
 
     bool usesTls() const { return !fTrust.empty(); }
-    /** The trusted certificates, PEM; empty without TLS. */
+    /** Returns the trusted certificates, PEM; empty without TLS. */
     const std::string& trust() const { return fTrust; }
-    /** The name that must stand in the robot's certificate. */
+    /** Returns the name that the robot's certificate must contain. */
     const std::string& name() const { return fName; }
     const std::shared_ptr<grpc::ChannelCredentials>& credentials() const { return fCredentials; }
 
-    /** To be sent; empty when there is none, or none that may be sent over this connection. */
+    /**
+     * Returns the token to send; empty if there is none, or none that may be sent over this
+     * connection.
+     */
     const std::string& token() const { return fToken; }
-    /** There is a token, which is not sent over a connection without TLS. */
+    /** Returns true if there is a token that is not sent because the connection has no TLS. */
     bool withholdsToken() const { return fWithholdsToken; }
 
   private:
@@ -61,7 +66,7 @@ class ClientSecurity {
     bool fWithholdsToken = false;
 };
 
-/** @throws Failure InvalidArgument when the settings for reaching a robot contradict themselves */
+/** @throws Failure InvalidArgument if the settings for reaching a robot are contradictory */
 void checkAccess(const KVSettings& settings);
 
 }  // namespace robaxi

@@ -10,7 +10,7 @@
 
 namespace robaxi {
 
-/** An address of the network layer with its port, ready to connect to or to listen on. */
+/** A network address with a port, for connecting or listening. */
 struct SocketAddress {
     sockaddr_storage fStorage{};
     socklen_t fLength = 0;
@@ -18,15 +18,15 @@ struct SocketAddress {
     const sockaddr* raw() const;
     /** "127.0.0.1:9559" or "[::1]:9559". */
     std::string toString() const;
-    /** As a client of gRPC takes it, without any look-up left to do: "ipv4:127.0.0.1:9559". */
+    /** Returns the address in gRPC's form, which needs no lookup: "ipv4:127.0.0.1:9559". */
     std::string toTarget() const;
 };
 
 /**
- * The addresses of a host name or of a numeric address.
+ * Returns the addresses of a host name or of a numeric address.
  *
- * The system's look-up knows no time-out and cannot be stopped, so it runs on a thread of its own
- * that is left alone when the deadline passes; it owns what it writes to.
+ * The system's lookup has no time-out and cannot be cancelled, so it runs on a separate thread,
+ * which is abandoned when the deadline passes; that thread owns the memory to which it writes.
  *
  * @throws Failure NameNotFound, TimedOut
  */
@@ -34,20 +34,20 @@ std::vector<SocketAddress> resolve(const std::string& host, int port, Deadline d
 
 /**
  * Listens on all addresses that a host name or a numeric address has on this machine, or on every
- * address of the machine, of IPv4 and IPv6, when `host` is empty or "0.0.0.0".
+ * address of the machine, IPv4 and IPv6, if `host` is empty or "0.0.0.0".
  *
- * @return the sockets, which do not block
- * @throws Failure NameNotFound, TimedOut; AddressInUse when one of them is taken, CannotListen when
+ * @return the non-blocking sockets
+ * @throws Failure NameNotFound, TimedOut; AddressInUse if one of them is taken, CannotListen if
  *         none can be used
  */
 std::vector<FileDescriptor> listenOn(const std::string& host, int port, Deadline deadline);
 
 /**
- * Finds out which of some addresses something listens on, by connecting to all of them at once.
+ * Finds an address on which something listens, by connecting to all of them at once.
  *
- * gRPC reports every failure to connect alike; the sockets tell them apart.
+ * gRPC reports every failure to connect alike; the sockets distinguish them.
  *
- * @return the first that took the connection
+ * @return the first one that accepted the connection
  * @throws Failure Refused, NoRoute, TimedOut
  */
 SocketAddress findListener(const std::vector<SocketAddress>& addresses, Deadline deadline);

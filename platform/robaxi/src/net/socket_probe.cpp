@@ -29,7 +29,7 @@ Failure connectFailure(int error) {
     }
 }
 
-/** One connection being tried. */
+/** One connection attempt. */
 class Attempt {
   public:
     explicit Attempt(const SocketAddress& address)
@@ -58,8 +58,10 @@ class Attempt {
     }
 
   private:
-    /** TCP connects a socket to itself when the port that nothing listens on happens to be the one
-     *  that the system gave to this end. */
+    /**
+     * TCP connects a socket to itself if nothing listens on the port and the system happens to
+     * assign the same port to this end.
+     */
     bool xIsConnectedToItself() const {
         SocketAddress local;
         local.fLength = sizeof local.fStorage;
@@ -94,7 +96,7 @@ bool hasIpv6() {
     return FileDescriptor(::socket(AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0)).get() >= 0;
 }
 
-/** Returns a socket that listens, or none with errno set. */
+/** Returns a listening socket, or none with errno set. */
 FileDescriptor tryToListen(const SocketAddress& address) {
     FileDescriptor socket(
         ::socket(address.fStorage.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
@@ -126,7 +128,8 @@ SocketAddress findListener(const std::vector<SocketAddress>& addresses, Deadline
         const bool pending = std::any_of(attempts.begin(), attempts.end(),
                                          [](const Attempt& each) { return each.isPending(); });
         if (!pending) {
-            // The first address is the one that the system prefers, so its outcome says most.
+            // The first address is the one preferred by the system, so its outcome is the most
+            // informative.
             throw connectFailure(attempts.empty() ? EHOSTUNREACH : attempts.front().error());
         }
         if (Clock::now() >= deadline) {

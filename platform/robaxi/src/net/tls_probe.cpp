@@ -17,7 +17,7 @@ namespace robaxi {
 
 namespace {
 
-/** A handshake on a connection of its own, which is closed after it. */
+/** A TLS handshake on a separate connection, which is closed afterwards. */
 class Handshake {
   public:
     enum class Outcome { Silent, NotTls, Tls };
@@ -26,12 +26,12 @@ class Handshake {
         : fSocket(
               ::socket(address.fStorage.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)),
           fContext(SSL_CTX_new(TLS_client_method()), &SSL_CTX_free) {
-        // Under way or refused: the first write or read on the socket will tell.
+        // In progress or refused: the first write or read on the socket reports which.
         static_cast<void>(::connect(fSocket.get(), address.raw(), address.fLength));
         xTrust(security.trust());
         fSsl.reset(SSL_new(fContext.get()));
-        // Memory on both sides, so that what goes to the network goes without a signal when the
-        // other end is closed.
+        // Memory BIOs on both sides, so that writing does not raise a signal when the other end is
+        // closed.
         fFromNetwork = BIO_new(BIO_s_mem());
         fToNetwork = BIO_new(BIO_s_mem());
         SSL_set_bio(fSsl.get(), fFromNetwork, fToNetwork);
@@ -60,7 +60,7 @@ class Handshake {
         }
     }
 
-    /** Why the certificate is not trusted, or nothing. */
+    /** Returns the reason for which the certificate is not trusted, if any. */
     std::optional<std::string> distrust() const {
         const long result = SSL_get_verify_result(fSsl.get());
         return result == X509_V_OK
@@ -78,7 +78,7 @@ class Handshake {
 
   private:
     void xTrust(const std::string& certificates) {
-        SSL_CTX_set_verify(fContext.get(), SSL_VERIFY_NONE, nullptr);  // asked for afterwards
+        SSL_CTX_set_verify(fContext.get(), SSL_VERIFY_NONE, nullptr);  // checked afterwards
         const std::unique_ptr<BIO, decltype(&BIO_free)> source(
             BIO_new_mem_buf(certificates.data(), static_cast<int>(certificates.size())), &BIO_free);
         X509_STORE* const store = SSL_CTX_get_cert_store(fContext.get());
@@ -136,7 +136,7 @@ class Handshake {
     BIO* fFromNetwork = nullptr;  // both belong to fSsl
     BIO* fToNetwork = nullptr;
     bool fHasBytes = false;
-    bool fHasRecord = false;  // what came first was a record of TLS
+    bool fHasRecord = false;  // the first data was a TLS record
 };
 
 }  // namespace

@@ -11,10 +11,11 @@ namespace robaxi {
 struct Failure;
 
 /**
- * Finds out, after gRPC could not connect, whether TLS is why: gRPC reports every reason alike.
+ * Finds out, after gRPC could not connect, whether TLS is the reason: gRPC reports every reason
+ * alike.
  *
- * @param security with which it was tried
- * @return the reason, when it is one of TLS
+ * @param security the security of the failed attempt
+ * @return the reason, if it is related to TLS
  */
 std::optional<Failure> findTlsFailure(const SocketAddress& listener, const ClientSecurity& security,
                                       Deadline deadline);

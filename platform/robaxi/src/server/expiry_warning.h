@@ -9,11 +9,13 @@
 
 namespace robaxi {
 
-/** Warns that a certificate has expired: at once, and again after each period, as long as it lives.
- *  A certificate may expire in between. */
+/**
+ * Warns that a certificate has expired: at once, and again after each period while it exists. A
+ * certificate may also expire later.
+ */
 class ExpiryWarning {
   public:
-    /** @param warn is called on the constructing thread and on that of the timers */
+    /** @param warn called on the constructing thread and on the timer thread */
     ExpiryWarning(std::shared_ptr<TimerThread> timers, std::chrono::system_clock::time_point expiry,
                   std::chrono::milliseconds period, std::function<void()> warn);
     ExpiryWarning(const ExpiryWarning&) = delete;

@@ -71,7 +71,7 @@ void FrameServer::xPump() {
     if (isWatching) {
         xSend();
     } else {
-        cancel();  // no request came in time
+        cancel();  // no request arrived in time
     }
 }
 

@@ -16,8 +16,9 @@ namespace robaxi {
  * The robot's end of one watched camera.
  *
  * It keeps no queue: whenever it may send (the last write is done, the client has received enough),
- * it takes the newest frame. The publisher's thread only wakes it; a frame is begun on the timer
- * thread or on one of gRPC's, and its further parts go as gRPC reports that it has sent the last.
+ * it takes the newest frame. The publisher's thread only wakes it; a frame is started on the timer
+ * thread or on one of gRPC's, and its further parts follow when gRPC reports that the last one was
+ * sent.
  */
 class FrameServer : public ServerStream<grpc::ByteBuffer, grpc::ByteBuffer>,
                     private KVFrameSource::Private::Watcher {
@@ -43,7 +44,7 @@ class FrameServer : public ServerStream<grpc::ByteBuffer, grpc::ByteBuffer>,
     bool xHasCredit();
 
     const std::shared_ptr<TaskPool> fPool;
-    /** Somebody called for a frame while another one was sending. */
+    /** A frame was requested while another thread was sending. */
     std::atomic<bool> fIsWanted{false};
 
     // Set once, by the first request, with fMutex held:

@@ -39,15 +39,15 @@ void deleteSession(ServerSession* session) {
     const bool hasKeptMuch = session->hasKeptMuch();
     delete session;
     if (hasKeptMuch) {
-        // The freed memory is scattered over the arenas of several threads, none of which gives it
-        // back to the system by itself.
+        // The freed memory is scattered over the arenas of several threads, none of which returns
+        // it to the system by itself.
         ::malloc_trim(0);
     }
 }
 
 }  // namespace
 
-/** Frames are handed to gRPC as they are, so their stream is one of bytes. */
+/** Frames are passed to gRPC unchanged, so their stream is a stream of bytes. */
 using CallbackService =
     v1::Robaxi::WithCallbackMethod_Session<v1::Robaxi::WithCallbackMethod_Subscribe<
         v1::Robaxi::WithRawCallbackMethod_Watch<v1::Robaxi::Service>>>;
@@ -127,7 +127,7 @@ void Server::xAccept(std::vector<FileDescriptor> listening) {
         fEntrance->HandleNewConnection(&connection);
     };
     settings.fReport = [this](const std::string& text) { warn(text); };
-    // Sessions use it, and may start while it is being made.
+    // Sessions use it, and may start before make_unique() returns.
     fAcceptor = std::make_unique<ConnectionAcceptor>(std::move(settings));
     try {
         fAcceptor->start(std::move(listening));
@@ -137,7 +137,7 @@ void Server::xAccept(std::vector<FileDescriptor> listening) {
 }
 
 Server::~Server() {
-    // First, since gRPC does not close what it is given after its end.
+    // First, since gRPC does not close descriptors that it receives after its end.
     fAcceptor->stop();
     fServer->Shutdown(std::chrono::system_clock::now());
     fCalls->stop();
@@ -237,7 +237,7 @@ void Server::moduleRemoved(const std::string& name) {
 
 template <class Object>
 void Server::xLetGo(std::shared_ptr<Object> object) {
-    // What it holds may be the users', and their destructors do not run on a thread of gRPC.
+    // The object may own objects of the users, whose destructors must not run on a thread of gRPC.
     fCalls->post([object = std::move(object)] {});
 }
 

@@ -24,7 +24,7 @@ namespace robaxi {
 
 class ServerSession;
 
-/** The robot's end of a stream that belongs to a session, as the server sees it. */
+/** The server's interface to the robot's end of a stream that belongs to a session. */
 class SideStream {
   public:
     enum class Kind { Subscription, Camera };
@@ -32,27 +32,30 @@ class SideStream {
     virtual ~SideStream() = default;
 
     virtual Kind kind() const = 0;
-    /** Ends the stream; to be called before it has told the server of its end. */
+    /** Ends the stream. Called before the stream has reported its end to the server. */
     virtual void cancel() = 0;
-    /** Ends the stream if it is to this module. */
+    /** Ends the stream if it belongs to this module. */
     virtual void moduleRemoved(const std::string& name) = 0;
 };
 
-/** What of a broker listens: the gRPC server, its sessions and the streams beside them, and the
- *  threads on which methods run. */
+/**
+ * The listening part of a broker: the gRPC server, its sessions and the streams beside them, and
+ * the threads on which methods run.
+ */
 class Server {
   public:
-    /** Starts to listen. @throws Failure AddressInUse, CannotListen; InvalidArgument when the
-     *          settings of security cannot be used */
+    /**
+     * Starts listening. @throws Failure AddressInUse, CannotListen; InvalidArgument if the security
+     * settings cannot be used
+     */
     Server(std::shared_ptr<Runtime> runtime, std::shared_ptr<HostedModules> modules,
            const std::string& address, int port);
-    /** Ends all sessions; returns when no method runs any more, except one from which it is
-     *  called. */
+    /** Ends all sessions. Returns when no method is running, except one from which it is called. */
     ~Server();
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
-    /** Ends the streams to a module that is hosted no more. */
+    /** Ends the streams to a module that is no longer hosted. */
     void moduleRemoved(const std::string& name);
 
     /** @name For the sessions and the streams beside them */
@@ -61,16 +64,19 @@ class Server {
     const ServerSecurity& security() const { return fSecurity; }
     TokenGuard& tokenGuard() { return fTokenGuard; }
     const std::string& brokerName() const { return fRuntime->fBrokerName; }
-    /** Writes one line to standard error for who runs the program: "robaxi: NAME: TEXT". For what
-     *  concerns no call and therefore no exception. May be called from any thread. */
+    /**
+     * Writes one line to standard error for the user of the program: "robaxi: NAME: TEXT". For
+     * problems that concern no call and therefore cannot be exceptions. May be called from any
+     * thread.
+     */
     void warn(const std::string& text) const;
     const std::shared_ptr<TimerThread>& timers() const { return fRuntime->fTimers; }
     const std::shared_ptr<HostedModules>& modules() const { return fModules; }
     const std::shared_ptr<TaskPool>& calls() const { return fCalls; }
-    /** Lets a connection stay: its client is in a session. */
+    /** Keeps a connection: its client is in a session. */
     void welcome(const std::string& peer) { fAcceptor->welcome(peer); }
     void sessionEnded(std::uint64_t id);
-    /** Counts a stream to its session. Returns the reason why it is refused, if it is. */
+    /** Adds a stream to its session. Returns the reason if it is refused. */
     std::optional<Failure> joinSession(SideStream* stream, std::uint64_t sessionId);
     void streamEnded(SideStream* stream);
     ///@}

@@ -28,7 +28,7 @@ v1::ServerMessage makeError(std::uint64_t callId, KVError::Cause cause, const st
     return message;
 }
 
-/** Without the port. */
+/** Returns the peer without the port. */
 std::string addressOf(const std::string& peer) {
     const std::string readable = readablePeer(peer);
     return readable.substr(0, readable.rfind(':'));
@@ -85,7 +85,7 @@ void ServerSession::OnReadDone(bool ok) {
     xHandleBatch();
 }
 
-/** Handles the rest of the batch, as far as there is room for it. */
+/** Handles the rest of the batch while there is room. */
 void ServerSession::xHandleBatch() {
     while (fNextIncoming < fIncoming.messages_size()) {
         if (!xMayHandle()) {
@@ -117,7 +117,7 @@ bool ServerSession::xHasRoomForResult() const {
            fOut.waitingBytes() + fLimits.fMessage <= limits::waitingBytes(fLimits.fMessage);
 }
 
-/** At the end of a write. */
+/** Resumes reading; called at the end of a write. */
 void ServerSession::xResume() {
     {
         const std::lock_guard lock(fMutex);
@@ -130,7 +130,7 @@ void ServerSession::xResume() {
     xHandleBatch();
 }
 
-/** Tells the client that the robot lives though it reads nothing, and lets xResume() be called. */
+/** Sends a sign of life while the robot reads nothing; the end of that write calls xResume(). */
 void ServerSession::xKeepAwake() {
     v1::ServerMessage sign;
     sign.mutable_heartbeat();
@@ -164,7 +164,7 @@ void ServerSession::OnDone() {
     fSilence.stop();
     fHeldHelloTurn.stop();
     {
-        // Calls that were posted already still run; no others do.
+        // Posted calls still run; others do not.
         const std::lock_guard lock(fMutex);
         fHasEnded = true;
         fWaiting.erase(std::remove_if(fWaiting.begin(), fWaiting.end(),
@@ -202,10 +202,10 @@ void ServerSession::xCheckSilence() {
 
 void ServerSession::xHandle(v1::ClientMessage& message) {
     if (fIsRefused) {
-        return;  // a second token is not looked at
+        return;  // a second token is ignored
     }
     if (!fHasHello) {
-        xHandleHello(message.hello());  // of version 0 when it is something else
+        xHandleHello(message.hello());  // version 0 if it is another message
         return;
     }
     switch (message.content_case()) {
@@ -262,7 +262,7 @@ void ServerSession::xHandleHello(const v1::Hello& hello) {
     }
 }
 
-/** On the timer thread. No message is handled until then. */
+/** Checks the token after the delay; on the timer thread. No message is handled before. */
 void ServerSession::xCheckHeldHello() {
     xCheckToken(fHeldHello);
     bool isPaused = false;
@@ -359,7 +359,7 @@ void ServerSession::xHandleCancel(std::uint64_t callId) {
     }
 }
 
-/** On a thread of the pool, once for each call that was received. */
+/** Runs the next call; on a thread of the pool, once for each received call. */
 void ServerSession::xRunNext() {
     if (const WorkPtr work = xTakeNext()) {
         xRun(work->fCall.take());
@@ -367,7 +367,8 @@ void ServerSession::xRunNext() {
     }
 }
 
-/** Returns the next call to run; null if it was cancelled, or has to wait for results to be sent.
+/**
+ * Returns the next call to run; null if it was cancelled, or has to wait until results are sent.
  */
 ServerSession::WorkPtr ServerSession::xTakeNext() {
     WorkPtr work;
@@ -396,7 +397,7 @@ ServerSession::WorkPtr ServerSession::xTakeNext() {
     return work->fIsCancelled ? nullptr : work;
 }
 
-/** Has parked calls run that there is room for. */
+/** Schedules parked calls for which there is room. */
 void ServerSession::xUnpark(std::size_t most) {
     std::size_t count = 0;
     {

@@ -25,15 +25,14 @@ namespace robaxi {
 class Server;
 
 /**
- * The robot's end of one session: answers the heartbeat on gRPC's thread and has methods run on the
+ * The robot's end of one session: answers the heartbeat on gRPC's thread and runs methods on the
  * broker's threads.
  *
- * It reads no further while too many calls wait for a thread, or too much for being sent. The
- * client gets heartbeats with the number 0 then, since its own wait with its calls. Reading goes on
- * at the end of a write only, where gRPC keeps the stream alive.
+ * It stops reading while too many calls wait for a thread, or too much data waits to be sent. It
+ * then sends heartbeats with the number 0, since the client's own wait behind its calls. Reading
+ * resumes only at the end of a write, where gRPC keeps the stream alive.
  *
- * The server keeps it until OnDone(); calls that still run keep it longer, and their results are
- * dropped.
+ * The server owns it until OnDone(); running calls own it longer, and their results are dropped.
  */
 class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::ServerBatch>,
                       public std::enable_shared_from_this<ServerSession> {
@@ -44,13 +43,13 @@ class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::Server
     ServerSession& operator=(const ServerSession&) = delete;
 
     std::uint64_t id() const { return fId; }
-    /** The client's address, without its port. */
+    /** Returns the client's address, without its port. */
     const std::string& peerAddress() const { return fPeerAddress; }
 
-    /** Returns true if much of the process's memory was used for it. */
+    /** Returns true if it used much of the process's memory. */
     bool hasKeptMuch() const { return fHasKeptMuch; }
 
-    /** Starts to serve; `admitted` is false for one session too many, which is told so. */
+    /** Starts serving; `admitted` is false for a session beyond the limit, which is refused. */
     void start(bool admitted);
 
     void OnReadDone(bool ok) override;
@@ -59,7 +58,7 @@ class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::Server
     void OnDone() override;
 
   private:
-    /** A call on its way to its method. */
+    /** A call that waits for its method. */
     struct Work {
         Work(v1::Call call, bool packs) : fId(call.call_id()), fCall(std::move(call), packs) {}
 
@@ -96,7 +95,7 @@ class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::Server
     void xFinishWhen(bool now);
     void xCheckSilence();
 
-    Server& fServer;  // not to be used in a call: it may go while a method runs
+    Server& fServer;  // not to be used in a call: it may be destroyed while a method runs
     const std::shared_ptr<HostedModules> fModules;
     const std::shared_ptr<TaskPool> fCallPool;
     grpc::CallbackServerContext* const fContext;
@@ -117,8 +116,8 @@ class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::Server
     std::deque<WorkPtr> fWaiting;
     std::unordered_map<std::uint64_t, WorkPtr> fCalls;  // those in fWaiting that can be cancelled
     std::size_t fWaitingBytes = 0;
-    std::size_t fParked = 0;   // runs of the pool to be made up for when results have been sent
-    bool fHoldsHello = false;  // looks at its token later
+    std::size_t fParked = 0;   // runs of the pool that were skipped until results have been sent
+    bool fHoldsHello = false;  // checks its token later
     bool fIsPaused = false;    // reads nothing, so that the client's calls wait in the network
     bool fHasEnded = false;
 

@@ -23,10 +23,10 @@
 namespace robaxi {
 
 /**
- * What the robot's ends of all streams beside the session have in common.
+ * Base of the robot's ends of all streams beside the session.
  *
- * It reads requests until the client has no more, and ends with the client, the session, the module
- * or the stream's own last update. The server keeps it until OnDone().
+ * It reads requests until the client closes its side, and ends with the client, the session, the
+ * module or the stream's own last update. The server owns it until OnDone().
  */
 template <class Request, class Update>
 class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public SideStream {
@@ -37,7 +37,7 @@ class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public Sid
     void start() {
         giveToGrpc(&fContext);
         xRead();
-        // A stream on which nobody says what he wants is ended like a silent session.
+        // A stream without a request is ended like a silent session.
         fPump.startAt(TimerThread::Clock::now() + limits::silenceOfClient(fServer.limits()));
     }
 
@@ -82,17 +82,17 @@ class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public Sid
     ServerStream(Server& server, grpc::CallbackServerContext* context)
         : fServer(server), fContext(context), fPump(server.timers(), [this] { xPump(); }) {}
 
-    /** Deals with fRequest. */
+    /** Handles fRequest. */
     virtual void xHandle() = 0;
-    /** Sends if there is something; on the timer thread. */
+    /** Sends pending data, if any; on the timer thread. */
     virtual void xPump() = 0;
-    /** Watches and observes nothing any more. */
+    /** Stops watching and observing. */
     virtual void xLeave() = 0;
 
     /**
-     * Counts the stream to its session and finds the module to which it leads from here on.
+     * Adds the stream to its session and finds its module.
      *
-     * @return the module; or null, and then the stream has been given the reason for its end
+     * @return the module; or null after setting the reason for the end of the stream
      */
     boost::shared_ptr<KVModule> xJoin(std::uint64_t sessionId, const std::string& module) {
         if (const auto refusal = fServer.joinSession(this, sessionId)) {
@@ -101,7 +101,8 @@ class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public Sid
         }
         fServer.welcome(fContext->peer());
         {
-            // Before the module is looked for: if it is removed after that, moduleRemoved() knows.
+            // Before the lookup of the module: if it is removed afterwards, moduleRemoved() handles
+            // it.
             const std::lock_guard lock(fMutex);
             fModule = module;
         }
@@ -114,7 +115,7 @@ class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public Sid
 
     void xWake() { fPump.startAt(TimerThread::Clock::now()); }
 
-    /** Makes the reason for the end the last update. */
+    /** Sends the reason for the end as the last update. */
     void xEnd(KVError::Cause cause, const std::string& text) {
         {
             const std::lock_guard lock(fMutex);
@@ -155,7 +156,7 @@ class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public Sid
     std::string fModule;  // guarded by fMutex
 
   protected:
-    Timer fPump;  // stops before the rest goes
+    Timer fPump;  // stopped before the other members are destroyed
 };
 
 }  // namespace robaxi

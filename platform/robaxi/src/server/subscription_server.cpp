@@ -84,7 +84,7 @@ void SubscriptionServer::xSetRate(double rate) {
         xEnd(KVError::Cause::InvalidArgument, "a rate is above 0 to 1000 updates a second");
         return;
     }
-    // A clock cannot hold the period of every rate.
+    // The clock cannot represent the period of every rate.
     const double seconds = std::min(1 / rate, a_longestPeriod);
     const std::lock_guard lock(fMutex);
     fPeriod = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
@@ -125,7 +125,7 @@ void SubscriptionServer::xPump() {
 bool SubscriptionServer::xMaySend() {
     const std::lock_guard lock(fMutex);
     if (!fTable && !fEnding) {
-        cancel();  // no request came in time
+        cancel();  // no request arrived in time
         return false;
     }
     const bool hasCredit = fSent < fConsumed + limits::a_updatesInFlight;
@@ -162,7 +162,7 @@ bool SubscriptionServer::xComposeDueValues(Clock::duration period) {
             return false;
         }
         if (!isNextPart) {
-            // On the grid of the rate, unless it was quiet for longer than a period.
+            // Aligned to the rate, unless it was quiet for longer than a period.
             fLastBatch = now - due < period ? due : now;
         }
         fWakeForValues = fLastBatch + period;

@@ -19,9 +19,9 @@ namespace robaxi {
  * The robot's end of one subscription.
  *
  * It keeps no queue: whenever it may send (the last write is done, the client has consumed enough,
- * the rate allows it), it looks into the table for what is newer than what it sent. All looking and
- * packing happens on the broker's timer thread; the threads of gRPC and those that set values only
- * wake it.
+ * the rate allows it), it searches the table for values that are newer than those sent. Searching
+ * and packing happens on the broker's timer thread; the threads of gRPC and those that set values
+ * only wake it.
  */
 class SubscriptionServer : public ServerStream<v1::SubscriptionRequest, v1::SubscriptionUpdate>,
                            private KVValueTable::Private::Observer {
@@ -76,9 +76,9 @@ class SubscriptionServer : public ServerStream<v1::SubscriptionRequest, v1::Subs
     bool fHasMore = false;  // the last batch was full
     TimerThread::Clock::time_point fLastBatch;
 
-    /** Whether the pump will run anyhow, so that a changed value need not wake it. */
+    /** True if the pump will run anyway, so that a changed value need not wake it. */
     std::atomic<bool> fIsAwake{false};
-    /** The instant for which a changed value wakes the pump. */
+    /** Time at which a changed value wakes the pump. */
     std::atomic<TimerThread::Clock::time_point> fWakeForValues{TimerThread::Clock::time_point{}};
 };
 

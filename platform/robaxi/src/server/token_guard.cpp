@@ -8,7 +8,7 @@ namespace {
 
 constexpr int a_quickRefusals = 5;
 constexpr std::chrono::seconds a_turn(1);
-/** With more, the one whose turn was longest ago is forgotten. */
+/** Maximum number of records; beyond it the one with the oldest turn is dropped. */
 constexpr std::size_t a_mostRecords = 1024;
 
 }  // namespace

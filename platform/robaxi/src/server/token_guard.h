@@ -10,24 +10,26 @@
 namespace robaxi {
 
 /**
- * Slows down who guesses a server's token. After five wrong ones in a row from one address, tokens
- * from there are looked at one a second, the right one too, since a quick answer would give it
- * away. All operations may be called from any thread.
+ * Slows down guessing of a server's token. After five wrong ones in a row from one address, tokens
+ * from there are checked one a second, including the right one, since a quick answer would reveal
+ * it. All operations may be called from any thread.
  */
 class TokenGuard {
   public:
     using Clock = std::chrono::steady_clock;
 
-    /** Returns when a token that has come now is looked at; nothing if that would be later than in
-     *  `longest`, because so many wait. */
+    /**
+     * Returns the time at which a token that has just arrived is checked; nothing if that would be
+     * later than `longest` from now, because so many wait.
+     */
     std::optional<Clock::time_point> reserveTurn(const std::string& address, Clock::time_point now,
                                                  Clock::duration longest);
 
-    /** Returns the number of wrong tokens in a row from there. */
+    /** Returns the number of successive wrong tokens from that address. */
     int countRefusal(const std::string& address);
     void countAcceptance(const std::string& address);
 
-    /** Returns true if tokens from there are looked at one a second. */
+    /** Returns true if tokens from there are checked one a second. */
     static bool isSlowed(int refusals);
 
   private:

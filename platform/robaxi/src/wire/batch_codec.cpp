@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t a_bytesOfNumber = 16;
 
-// A module may give its values any times, and a peer may send any: these two wrap.
+// A module may set any times, and a peer may send any: these two functions wrap around.
 
 std::int64_t sum(std::int64_t time, std::int64_t offset) {
     return static_cast<std::int64_t>(static_cast<std::uint64_t>(time) +
@@ -33,7 +33,7 @@ void BatchEncoder::xEncodeOther(const KVValue& value, v1::Value* message) const 
             return;
         }
     } catch (const Failure&) {
-        // Told to the client by the value that it gets instead.
+        // The client receives nothing as the value instead of an error.
     }
     message->Clear();
 }

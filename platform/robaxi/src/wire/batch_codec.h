@@ -17,12 +17,12 @@ class BatchEncoder {
                           const KVSettings::Limits& limits = KVSettings::Limits())
         : fMessage(message), fLimits(limits) {}
 
-    /** A value that cannot be sent (too deep, too large) goes as nothing. */
+    /** Adds a value. One that cannot be sent (too deep, too large) is sent as nothing. */
     void add(std::uint32_t id, const KVValue& value, std::int64_t time);
     bool isEmpty() const { return fSize == 0; }
-    /** Whether the batch is large enough to be sent before more is added. */
+    /** Returns true if the batch should be sent before more is added. */
     bool isFull() const;
-    /** To be called once, at the end. */
+    /** Completes the batch; called once, at the end. */
     void finish();
 
   private:
@@ -33,10 +33,10 @@ class BatchEncoder {
     std::vector<std::int64_t> fFloatTimes;
     std::vector<std::int64_t> fIntTimes;
     std::vector<std::int64_t> fOtherTimes;
-    std::size_t fSize = 0;  // bytes, about
+    std::size_t fSize = 0;  // approximate size in bytes
 };
 
-/** @throws Failure when the message breaks the protocol */
+/** @throws Failure if the message breaks the protocol */
 std::vector<KVChange> decodeBatch(const v1::Values& message, int deepest = limits::a_deepestValue);
 
 }  // namespace robaxi

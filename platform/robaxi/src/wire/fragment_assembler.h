@@ -9,7 +9,7 @@
 
 namespace robaxi {
 
-/** Puts a message together that arrives in parts. Message is v1::ClientMessage or ServerMessage. */
+/** Reassembles a message that arrives in parts. Message is v1::ClientMessage or ServerMessage. */
 template <class Message>
 class FragmentAssembler {
   public:
@@ -19,10 +19,10 @@ class FragmentAssembler {
     enum class Outcome { Incomplete, Complete, Malformed };
 
     /**
-     * Replaces `message`, when it is a part, by the whole message to which it is the last part.
+     * Replaces `message`, if it is the last part of a message, by the whole message.
      *
-     * @return Complete when `message` is to be handled; Malformed when the peer does not keep to
-     *         the protocol (too large, not readable)
+     * @return Complete if `message` is to be handled; Malformed if the peer breaks the protocol
+     *         (too large, not readable)
      */
     Outcome take(Message& message) {
         if (!message.has_fragment()) {

@@ -7,7 +7,7 @@ namespace robaxi {
 
 namespace {
 
-/** As many as are in use at one time: received, waiting, shown. */
+/** As many as are in use at one time: received, waiting, displayed. */
 constexpr std::size_t a_mostUnused = 3;
 
 }  // namespace
@@ -44,7 +44,7 @@ FrameBuffers::Buffer FrameBuffers::xTake(std::size_t size) {
 void FrameBuffers::xGiveBack(Buffer buffer) {
     const std::lock_guard lock(fMutex);
     if (fUnused.size() == a_mostUnused) {
-        fUnused.erase(fUnused.begin());  // perhaps of a size that the camera has no more
+        fUnused.erase(fUnused.begin());  // the camera may no longer use its size
     }
     fUnused.push_back(std::move(buffer));
 }

@@ -9,8 +9,8 @@
 namespace robaxi {
 
 /**
- * Memory for the frames of one stream, used again as soon as nobody keeps the frame that was in it:
- * memory fresh from the system costs more than the copy into it.
+ * A pool of buffers for the frames of one stream, reused when no frame refers to them: new memory
+ * from the system costs more than the copy into it.
  */
 class FrameBuffers : public std::enable_shared_from_this<FrameBuffers> {
   public:
@@ -18,7 +18,7 @@ class FrameBuffers : public std::enable_shared_from_this<FrameBuffers> {
     FrameBuffers(const FrameBuffers&) = delete;
     FrameBuffers& operator=(const FrameBuffers&) = delete;
 
-    /** At least so many bytes, not initialised. May outlive this object. */
+    /** Returns at least that many bytes, not initialised. They may outlive this object. */
     std::shared_ptr<unsigned char> obtain(std::size_t size);
 
   private:

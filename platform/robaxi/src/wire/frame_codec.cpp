@@ -26,7 +26,7 @@ constexpr std::uint32_t tagOf(int field) {
 constexpr std::uint32_t a_headerTag = tagOf(v1::WatchUpdate::kHeaderFieldNumber);
 constexpr std::uint32_t a_endedTag = tagOf(v1::WatchUpdate::kEndedFieldNumber);
 constexpr std::uint32_t a_dataTag = tagOf(v1::WatchUpdate::kDataFieldNumber);
-/** Of a header or an end with its text. */
+/** Maximum size of a header, or of an end with its text. */
 constexpr std::uint32_t a_largestField = 128 * 1024;
 constexpr std::uint32_t a_largestSkip = 1U << 30U;
 
@@ -63,7 +63,7 @@ std::string encodeHeader(const KVFrame& frame) {
     return update.SerializeAsString();
 }
 
-/** What stands before the bytes in the field that carries them. */
+/** Returns the field's prefix, which precedes the bytes. */
 std::string encodeDataPrefix(std::size_t size) {
     constexpr std::size_t longestPrefix = 16;
     std::array<std::uint8_t, longestPrefix> prefix{};
@@ -118,7 +118,7 @@ void skipField(CodedInputStream& input, std::uint32_t tag) {
 
 }  // namespace
 
-/** Shared by the slices that gRPC has, of which the last may go on one of its threads. */
+/** Shared by gRPC's slices, the last of which may be released on one of its threads. */
 struct FrameEncoder::Bytes {
     Bytes(const KVFrame& frame, std::shared_ptr<TaskPool> pool)
         : fData(frame.fData), fSize(frame.fSize), fPool(std::move(pool)) {}
@@ -145,7 +145,7 @@ grpc::Slice FrameEncoder::xSlice(std::size_t size) const {
         takeFromGrpc(holder);
         delete static_cast<Holder*>(holder);
     };
-    // gRPC takes bytes that are not const, and does not write to them.
+    // gRPC's parameter is not const, but it does not write to the bytes.
     auto* const begin = const_cast<unsigned char*>(fBytes->fData.get() + fOffset);
     auto* const holder = new Holder(fBytes);
     giveToGrpc(holder);

@@ -16,22 +16,24 @@
 #include <string>
 
 /**
- * v1::WatchUpdate, without the copies that a message of protobuf would make: the bytes of a frame
- * go to gRPC from where their publisher has them, and from what gRPC has received to where the
- * frame is put together.
+ * Encoding and decoding of v1::WatchUpdate without protobuf's copies: a frame's bytes are passed to
+ * gRPC in the publisher's memory, and copied once from gRPC's memory into the received frame.
  */
 namespace robaxi {
 
-/** Cuts one frame into updates. */
+/** Splits one frame into updates. */
 class FrameEncoder {
   public:
-    /** @param pool lets go of the frame's bytes, which are the publisher's, when gRPC is done */
+    /**
+     * @param pool releases the frame's bytes, which belong to the publisher, when gRPC has sent
+     *         them
+     */
     FrameEncoder(const KVFrame& frame, const std::shared_ptr<TaskPool>& pool);
     ~FrameEncoder();
     FrameEncoder(const FrameEncoder&) = delete;
     FrameEncoder& operator=(const FrameEncoder&) = delete;
 
-    /** The next update; to be called until the frame is complete. */
+    /** Returns the next update; call it until the frame is complete. */
     grpc::ByteBuffer next();
     bool isComplete() const { return fIsComplete; }
 
@@ -41,24 +43,26 @@ class FrameEncoder {
     grpc::Slice xSlice(std::size_t size) const;
 
     std::shared_ptr<const Bytes> fBytes;
-    std::string fHeader;  // the serialised field; empty when it was sent
+    std::string fHeader;  // the serialised field; empty after it was sent
     std::size_t fOffset = 0;
     bool fIsComplete = false;
 };
 
 grpc::ByteBuffer encodeEndOfWatch(const v1::Error& reason);
 
-/** Puts frames together. What it reads is checked against the protocol, but a frame is not checked
- *  for being a picture. */
+/**
+ * Reassembles frames. Its input is checked against the protocol, but a frame is not checked for
+ * being a valid picture.
+ */
 class FrameAssembler {
   public:
     explicit FrameAssembler(std::size_t largestFrame);
 
     /**
-     * Takes the next update of a stream.
+     * Adds the next update of a stream.
      *
-     * @return the frame that it completes, if it does
-     * @throws Failure what the robot says about the end of the stream; Internal or TooLarge when it
+     * @return the frame that it completes, if any
+     * @throws Failure the robot's reason for the end of the stream; Internal or TooLarge if it
      *         breaks the protocol
      */
     std::optional<KVFrame> take(grpc::ByteBuffer& update);

@@ -6,9 +6,9 @@
 #endif
 
 /**
- * gRPC passes what it is given from the thread that starts an operation to the one on which it
- * reports its end. It is not built for ThreadSanitizer, which therefore does not see that; these
- * two say it. What our own locks guard needs no such word, and gets none.
+ * Annotations for ThreadSanitizer. gRPC passes data from the thread that starts an operation to the
+ * one that reports its end. gRPC is not built for ThreadSanitizer, which therefore does not see
+ * that; these two functions declare it. Data guarded by our own locks needs no annotation.
  */
 namespace robaxi {
 
@@ -31,7 +31,9 @@ inline void takeFromGrpc(const void* /*what*/) {
 
 #endif
 
-/** Stands in each reaction of a stream before its last one, OnDone(), which takes what they did. */
+/**
+ * Placed in each reaction of a stream except the last one, OnDone(), which acquires their effects.
+ */
 class GrpcReaction {
   public:
     explicit GrpcReaction(const void* stream) : fStream(stream) {}

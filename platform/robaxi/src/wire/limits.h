@@ -8,39 +8,47 @@
 #include <cstddef>
 #include <cstdint>
 
-/** What the two ends of the protocol hold each other to. */
+/** Limits of the protocol, for both ends. */
 namespace robaxi::limits {
 
 constexpr std::uint32_t a_protocolVersion = 1;
 
-/** What a batch adds to the one message in it. */
+/** Size of a batch in addition to its one message. */
 constexpr std::size_t a_roomForBatch = 1024;
-/** Messages above this are sent in parts, so that a heartbeat never waits for a whole one; also
- *  the size up to which messages are sent together. */
+/**
+ * Messages above this are sent in parts, so that a heartbeat never waits for a whole one; also the
+ * size up to which messages are combined.
+ */
 constexpr std::size_t a_fragmentSize = std::size_t{64} * 1024;
-/** Depth of lists and maps in one another. */
+/** Nesting of lists and maps. */
 constexpr int a_deepestValue = 64;
 
-/** Heartbeats without anything received after which the robot is lost. Counted in heartbeats and
- *  not by the clock, so that a process that was itself kept from running does not take its own
- *  pause for the robot's silence. */
+/**
+ * Heartbeats without any received message after which the robot is lost. The unit is heartbeats,
+ * not time, so that a process that was itself suspended does not mistake its own pause for the
+ * robot's silence.
+ */
 inline int silentHeartbeatsOfRobot(const KVSettings::Limits& limits) {
     return static_cast<int>((limits.fLoss + limits.fHeartbeat - std::chrono::milliseconds(1)) /
                             limits.fHeartbeat);
 }
-/** The same for a client, seen from the robot: 5 s by default. Longer, because a client that was
- *  stopped for a moment (in a debugger, a suspended laptop) costs the robot little. */
+/**
+ * The same for a client, seen from the robot: 5 s by default. Longer, because a client that was
+ * stopped for a moment (in a debugger, a suspended laptop) costs the robot little.
+ */
 constexpr int a_silentHeartbeatsOfClient = 20;
 inline std::chrono::milliseconds silenceOfClient(const KVSettings::Limits& limits) {
     return limits.fHeartbeat * a_silentHeartbeatsOfClient;
 }
-/** The same while the robot reads nothing, because too much waits to be sent: a minute by default
- * in which the client takes nothing of it. */
+/**
+ * The same while the robot reads nothing, because too much waits to be sent: a minute by default,
+ * during which the client reads nothing.
+ */
 constexpr int a_untakingHeartbeatsOfClient = 240;
-/** Heartbeats that a client sends, at least, in the time after which its robot gives it up. */
+/** Minimum number of heartbeats that a client sends during the robot's time-out for it. */
 constexpr int a_heartbeatsInSilence = 4;
 
-/** How long a link that goes waits for a robot to take what was posted to it. */
+/** Maximum time that the destructor of a link waits until posted calls are sent. */
 constexpr std::chrono::milliseconds a_timeToSendTheRest{500};
 
 constexpr std::size_t a_methodThreads = 8;
@@ -51,20 +59,24 @@ constexpr std::size_t a_waitingCalls = 1024;
 constexpr std::size_t waitingBytes(std::size_t largestMessage) {
     return 4 * largestMessage;
 }
-/** Counted for each message that waits, besides its bytes. */
+/** Overhead counted for each waiting message, besides its bytes. */
 constexpr std::size_t a_costOfMessage = 256;
-/** With more bytes waiting, messages wait serialised, since as objects they take several times
- * their size. With fewer it would only take time. */
+/**
+ * Above this many waiting bytes, messages wait in serialised form, since objects take several times
+ * their size. Below it, serialising would only cost time.
+ */
 constexpr std::size_t a_packFrom = std::size_t{1024} * 1024;
-/** A session that has kept more bytes waiting gives its memory back to the system at its end. */
+/** A session that has kept more bytes waiting returns its memory to the system at its end. */
 constexpr std::size_t a_muchMemory = std::size_t{4} * 1024 * 1024;
 
-/** Bytes of one stream that a client lets a robot have on the network: enough for 200 MB/s with a
- *  round trip of 2 ms, and a twentieth of a second of a slow network (100 Mbit/s). */
+/**
+ * Bytes of one stream that a client allows in flight: enough for 200 MB/s with a round trip of 2
+ * ms, and a twentieth of a second of a slow network (100 Mbit/s).
+ */
 constexpr std::size_t a_streamWindow = std::size_t{512} * 1024;
 
 constexpr double a_highestRate = 1000.0;
-/** Updates that a subscription sends before the client is done with the first of them. */
+/** Updates that a subscription sends before the client has processed the first of them. */
 constexpr std::uint64_t a_updatesInFlight = 2;
 /** Size at which an update is sent before more is added to it. */
 constexpr std::size_t bytesOfUpdate(std::size_t largestMessage) {
@@ -73,9 +85,11 @@ constexpr std::size_t bytesOfUpdate(std::size_t largestMessage) {
 
 /** Frames that a robot sends before the client has received the first of them. */
 constexpr std::uint64_t a_framesInFlight = 2;
-/** Frames are sent in parts of this size. What else is on the connection hardly waits for a part,
- *  since the transport mixes streams; but each part costs the robot a turn of its threads, and with
- *  parts a quarter of this size frames take a quarter more processor time. */
+/**
+ * Frames are sent in parts of this size. Other messages hardly wait for a part, since the transport
+ * interleaves streams. But each part costs the robot a turn of its threads: with parts a quarter of
+ * this size, frames take a quarter more processor time.
+ */
 constexpr std::size_t a_partOfFrame = std::size_t{1024} * 1024;
 
 }  // namespace robaxi::limits

@@ -12,8 +12,10 @@
 
 namespace robaxi {
 
-/** Brings a time that a peer sent into the years 1970 to 9999, so that whoever computes with it
- *  need not fear an overflow. */
+/**
+ * Clamps a time from a peer to the years 1970 to 9999, so that calculations with it do not
+ * overflow.
+ */
 std::int64_t withinCalendar(std::int64_t microseconds);
 
 void encodeError(KVError::Cause cause, const std::string& text, v1::Error* message);
@@ -23,7 +25,7 @@ void encodeModule(const KVModuleInfo& info, v1::Module* message);
 KVModuleInfo decodeModule(const v1::Module& message);
 
 void encodeKey(const KVKeyInfo& info, v1::Key* message);
-/** @throws Failure when it breaks the protocol */
+/** @throws Failure if it breaks the protocol */
 KVKeyInfo decodeKey(const v1::Key& message);
 
 }  // namespace robaxi

@@ -12,7 +12,7 @@ namespace {
     throw Failure{KVError::Cause::Internal, detail};
 }
 
-/** @param depth levels of nesting that are still allowed, here and below */
+/** @param depth remaining levels of nesting, including this one */
 void encode(const KVValue& value, int depth, v1::Value* message);
 
 void encodeList(const KVValue::List& list, int depth, v1::Value* message) {

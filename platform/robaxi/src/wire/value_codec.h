@@ -8,13 +8,13 @@
 
 namespace robaxi {
 
-/** @throws Failure InvalidArgument when the value is nested too deep to be sent */
+/** @throws Failure InvalidArgument if the value is nested too deep to be sent */
 void encodeValue(const KVValue& value, v1::Value* message, int deepest = limits::a_deepestValue);
 
 /**
- * Reads a value that came from the network, and checks it.
+ * Decodes and checks a value from the network.
  *
- * @throws Failure Internal when it breaks the protocol: unknown type, too deep, keys that do not
+ * @throws Failure Internal if it breaks the protocol: unknown type, too deep, keys that do not
  *         match the elements
  */
 KVValue decodeValue(const v1::Value& message, int deepest = limits::a_deepestValue);

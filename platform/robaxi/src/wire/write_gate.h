@@ -7,8 +7,8 @@
 namespace robaxi {
 
 /**
- * Lets one write at a time onto a gRPC stream, and none after its end was decided: a stream may
- * only be finished, and its reactor only go, when no write is in flight.
+ * Admits one write at a time to a gRPC stream, and none after its end was decided: a stream may be
+ * finished, and its reactor destroyed, only when no write is in flight.
  */
 class WriteGate {
   public:
@@ -16,7 +16,7 @@ class WriteGate {
     WriteGate(const WriteGate&) = delete;
     WriteGate& operator=(const WriteGate&) = delete;
 
-    /** When true, the caller starts one write and calls leave() when it is done. */
+    /** If it returns true, the caller starts one write and calls leave() when it is done. */
     bool enter() {
         const std::lock_guard lock(fMutex);
         if (fInside || fClosed) {
@@ -26,15 +26,17 @@ class WriteGate {
         return true;
     }
 
-    /** Returns true when the gate was closed meanwhile: the caller ends the stream now. */
+    /** Returns true if the gate has been closed since enter(): the caller then ends the stream. */
     [[nodiscard]] bool leave() {
         const std::lock_guard lock(fMutex);
         fInside = false;
         return fClosed;
     }
 
-    /** Lets nothing in any more. Returns true when the caller is to end the stream now; otherwise
-     *  somebody else is, or has done so. */
+    /**
+     * Closes the gate. Returns true if the caller is to end the stream now; otherwise the end is up
+     * to another caller.
+     */
     [[nodiscard]] bool close() {
         const std::lock_guard lock(fMutex);
         return !std::exchange(fClosed, true) && !fInside;

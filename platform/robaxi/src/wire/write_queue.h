@@ -17,7 +17,7 @@
 
 namespace robaxi {
 
-/** A message that waits, serialised when much waits already. */
+/** A waiting message, serialised if much is waiting. */
 template <class Message>
 class WaitingMessage {
   public:
@@ -29,12 +29,12 @@ class WaitingMessage {
         }
     }
 
-    /** Bytes on the network. */
+    /** Size in bytes on the network. */
     std::size_t size() const { return fSize; }
     /** Size counted towards the limit while it waits. */
     std::size_t cost() const { return fSize + limits::a_costOfMessage; }
 
-    /** The message, which does not wait any more. */
+    /** Returns the message and releases it from the queue. */
     Message take() {
         if (fIsPacked) {
             fMessage.ParseFromString(fBytes);
@@ -50,11 +50,10 @@ class WaitingMessage {
 };
 
 /**
- * What waits to be written to a session stream. Batch is v1::ClientBatch or v1::ServerBatch.
+ * Queue of messages for a session stream. Batch is v1::ClientBatch or v1::ServerBatch.
  *
- * What came in during one write goes with the next, together. Heartbeats go before everything else.
- * A large message goes in parts when the peer takes them, and small messages pass between the
- * parts.
+ * Messages that arrive during a write are combined in the next one. Heartbeats go first. A large
+ * message is sent in parts if the peer accepts them, with small messages between the parts.
  */
 template <class Batch, class Message>
 class WriteQueue {
@@ -71,7 +70,7 @@ class WriteQueue {
         fPeerTakesFragments = takes;
     }
 
-    /** After close() the message is dropped. */
+    /** Queues a message; drops it after close(). */
     void push(Message message) {
         const std::size_t size = message.ByteSizeLong();
         {
@@ -101,8 +100,10 @@ class WriteQueue {
         xWriteNext();
     }
 
-    /** Makes sure that a write ends soon, and so that writeDone() is called: writes `message`
-     * unless something waits already. */
+    /**
+     * Ensures that a write ends soon, and therefore calls writeDone(): writes `message` unless
+     * something is already waiting.
+     */
     void pushIfEmpty(Message message) {
         {
             const std::lock_guard lock(fMutex);
@@ -114,7 +115,7 @@ class WriteQueue {
         xWriteNext();
     }
 
-    /** Waits until little enough is waiting that more may be pushed. Returns whether that is so. */
+    /** Waits until there is room for more messages. Returns true if there is. */
     bool waitForRoom(std::chrono::steady_clock::time_point deadline) {
         std::unique_lock lock(fMutex);
         return fRoom.wait_until(lock, deadline, [this] { return xHasRoom() || fClosed; });
@@ -125,7 +126,7 @@ class WriteQueue {
         return fWaitingBytes;
     }
 
-    /** To be called at the end of each write. When it returns true the caller ends the stream. */
+    /** Called at the end of each write. If it returns true, the caller ends the stream. */
     [[nodiscard]] bool writeDone(bool ok) {
         takeFromGrpc(&fCurrent);
         if (fGate.leave()) {
@@ -134,7 +135,7 @@ class WriteQueue {
         return ok ? xWriteNext() : close();
     }
 
-    /** Drops what waits and everything later. When it returns true the caller ends the stream. */
+    /** Drops all waiting and later messages. If it returns true, the caller ends the stream. */
     [[nodiscard]] bool close() {
         {
             const std::lock_guard lock(fMutex);
@@ -148,7 +149,10 @@ class WriteQueue {
         return fGate.close();
     }
 
-    /** Writes what waits, then ends the stream: as close(), at once or from a later writeDone(). */
+    /**
+     * Writes the waiting messages, then ends the stream: like close(), at once or from a later
+     * writeDone().
+     */
     [[nodiscard]] bool closeWhenWritten() {
         {
             const std::lock_guard lock(fMutex);
@@ -169,7 +173,7 @@ class WriteQueue {
 
     bool xIsEmpty() const { return fUrgent.empty() && fSmall.empty() && fLarge.empty(); }
 
-    /** Returns true when the caller is to end the stream, since nothing more will be written. */
+    /** Returns true if the caller is to end the stream, since nothing more will be written. */
     bool xWriteNext() {
         {
             const std::lock_guard lock(fMutex);
@@ -237,7 +241,7 @@ class WriteQueue {
     std::deque<std::string> fLarge;  // serialised; fOffset bytes of the first are written
     std::size_t fOffset = 0;
     std::size_t fWaitingBytes = 0;
-    Batch fCurrent;  // in the hands of gRPC while a write is in flight
+    Batch fCurrent;  // owned by gRPC while a write is in flight
     bool fPeerTakesFragments = false;
     bool fCloseWhenWritten = false;
     bool fClosed = false;
