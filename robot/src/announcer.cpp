@@ -21,7 +21,7 @@ namespace robot {
 
 namespace {
 
-// A daemon that restarts is back soon; without a bus there may never be one.
+// A restarted daemon is back soon; without a bus there may never be one.
 constexpr unsigned a_reconnectMilliseconds = 50;
 constexpr unsigned a_retryMilliseconds = 1000;
 
@@ -38,7 +38,7 @@ struct FreePoll {
     void operator()(AvahiThreadedPoll* poll) const { avahi_threaded_poll_free(poll); }
 };
 
-/** Keeps Avahi's thread out of what it shares with the others. */
+/** Locks Avahi's thread while shared members are used. */
 class PollLock {
   public:
     explicit PollLock(AvahiThreadedPoll* poll) : fPoll(poll) { avahi_threaded_poll_lock(fPoll); }
@@ -62,7 +62,7 @@ std::string alternativeTo(const std::string& name) {
 
 }  // namespace
 
-// Everything below runs on Avahi's thread or under its lock, which are the same to it.
+// All members below are used on Avahi's thread or with its lock held.
 struct Announcer::Private {
     Private(std::string name, std::function<void(const std::string&)> say);
     ~Private();
@@ -100,7 +100,7 @@ struct Announcer::Private {
     bool fConnectPending = true;
     bool fRenamePending = false;
     std::unique_ptr<AvahiClient, FreeClient> fClient;
-    Group fHost;  // the address record of the robot's own host name
+    Group fHost;  // the address record of the robot's separate host name
     std::vector<Published> fPublished;
 };
 
@@ -110,8 +110,8 @@ Announcer::Private::Private(std::string name, std::function<void(const std::stri
         throw std::bad_alloc();
     }
     const AvahiPoll* poll = avahi_threaded_poll_get(fPoll.get());
-    // Connecting and renaming are left to this timer: neither a client nor a group may be freed in
-    // its own callback.
+    // Connecting and renaming are left to this timer, since neither a client nor a group may be
+    // freed in its own callback.
     const timeval now{};
     fTimer = poll->timeout_new(poll, &now, onTimer, this);
     if (fTimer == nullptr || avahi_threaded_poll_start(fPoll.get()) != 0) {
@@ -129,7 +129,7 @@ Announcer::Private::~Private() {
 void Announcer::Private::connect() {
     disconnect();
     int error = 0;
-    // NO_FAIL waits for a daemon that is not there yet; without a bus there is no client at all.
+    // NO_FAIL waits for a daemon that is not running yet; without a bus there is no client.
     AvahiClient* client = avahi_client_new(avahi_threaded_poll_get(fPoll.get()),
                                            AVAHI_CLIENT_NO_FAIL, onClient, this, &error);
     if (client == nullptr) {
@@ -137,13 +137,13 @@ void Announcer::Private::connect() {
         connectIn(a_retryMilliseconds);
         return;
     }
-    // The callback has already run, before the client could be known here.
+    // The callback has already run, before fClient was set.
     fClient.reset(client);
     onClient(client, avahi_client_get_state(client), this);
 }
 
 void Announcer::Private::disconnect() {
-    // Groups go with their client: free them first, while their pointers hold.
+    // Groups are freed with their client: free them first, while their pointers are valid.
     withdrawAll();
     fClient.reset();
 }
@@ -193,7 +193,7 @@ int Announcer::Private::addEntries(AvahiEntryGroup* group, const AnnouncedServic
         if (error != AVAHI_ERR_COLLISION) {
             return error == AVAHI_OK ? avahi_entry_group_commit(group) : error;
         }
-        // Another program of this machine has the name: the daemon says so at once.
+        // Another program of this machine uses the name; the daemon reports that at once.
         fName = alternativeTo(fName);
         fSay("the name is taken; announced as " + base::oneLine(fName));
     }
@@ -235,7 +235,7 @@ bool Announcer::Private::isPublished(const AnnouncedService& service) const {
 void Announcer::Private::takeAnotherName() {
     fName = alternativeTo(fName);
     fSay("the name is taken; announced as " + base::oneLine(fName));
-    // One name for all services, so those that did not collide are renamed too.
+    // All services have the same name, so those that did not collide are renamed, too.
     withdrawAll();
     publishAll();
 }
@@ -259,7 +259,7 @@ void Announcer::Private::onClient(AvahiClient* client, AvahiClientState state, v
             break;
         case AVAHI_CLIENT_S_REGISTERING:
         case AVAHI_CLIENT_S_COLLISION:
-            // The machine's host name changes: announce again when it is settled.
+            // The machine's host name changes: announce again when it is established.
             announcer.withdrawAll();
             break;
         case AVAHI_CLIENT_CONNECTING:

@@ -8,7 +8,7 @@
 
 namespace robot {
 
-/** One service to announce. */
+/** A service to announce. */
 struct AnnouncedService {
     std::string fType;  ///< for instance "_robaxi._tcp"
     int fPort = 0;
@@ -21,9 +21,9 @@ inline bool operator==(const AnnouncedService& one, const AnnouncedService& othe
 /**
  * Announces services on the local network through the Avahi daemon.
  *
- * A missing daemon or bus is said once; when one appears, or comes back, everything is announced
- * again. When another host has the name already, the services get another one ("NAME #2"), which
- * is said too. All operations may be called from any thread, but not from `say`.
+ * A missing daemon or bus is reported once; when one appears or returns, everything is announced
+ * again. If another host uses the name, the services get another one ("NAME #2"), which is
+ * reported, too. All operations may be called from any thread, but not from `say`.
  */
 class Announcer {
   public:
@@ -33,19 +33,21 @@ class Announcer {
      */
     Announcer(const std::string& name, std::function<void(const std::string& line)> say);
 
-    /** Withdraws everything and says goodbye. */
+    /** Withdraws everything and sends a goodbye. */
     ~Announcer();
     Announcer(const Announcer&) = delete;
     Announcer& operator=(const Announcer&) = delete;
 
-    /** Announces these services and withdraws the others; those that stay are not interrupted. */
+    /**
+     * Announces these services and withdraws the others; services in both sets are not interrupted.
+     */
     void announce(const std::vector<AnnouncedService>& services);
 
     /**
-     * Announces the services under a host name of the robot's own with one IPv4 address, instead
+     * Announces the services under a separate host name of the robot with one IPv4 address, instead
      * of the machine's name and addresses.
      *
-     * @param address dotted IPv4; empty for the machine's own name and addresses again
+     * @param address dotted IPv4; empty to restore the machine's name and addresses
      */
     void setAddress(const std::string& address);
 
@@ -54,7 +56,7 @@ class Announcer {
     std::unique_ptr<Private> fPrivate;
 };
 
-/** A host name made of a service's name: "my robot" becomes "my-robot.local". */
+/** Returns a host name derived from a service's name: "my robot" becomes "my-robot.local". */
 std::string hostNameFor(const std::string& name);
 
 }  // namespace robot

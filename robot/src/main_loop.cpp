@@ -53,7 +53,7 @@ void MainLoop::post(std::function<void()> function, Clock::duration delay) {
         const std::lock_guard lock(fMutex);
         fPosted.emplace(Clock::now() + delay, std::move(function));
     }
-    // A full counter fails the write, and is readable as well.
+    // A full counter makes the write fail, and is readable as well.
     const std::uint64_t one = 1;
     [[maybe_unused]] const ssize_t written = write(fWake, &one, sizeof one);
 }

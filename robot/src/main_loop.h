@@ -9,17 +9,17 @@
 namespace robot {
 
 /**
- * The main thread's work: it waits for SIGTERM or SIGINT and runs what other threads post.
+ * The main thread's loop: it waits for SIGTERM or SIGINT and runs functions posted by other
+ * threads.
  *
- * The constructor blocks the two signals for the calling thread and for every thread that is
- * started after it, so that they arrive here and nowhere else: make it before any thread. One per
- * process.
+ * The constructor blocks the two signals for the calling thread and for every thread started after
+ * it, so that they arrive only here: create it before any thread. One per process.
  */
 class MainLoop {
   public:
     using Clock = std::chrono::steady_clock;
 
-    /** @throws std::system_error when the system has no descriptors left */
+    /** @throws std::system_error if the system has no descriptors left */
     MainLoop();
     ~MainLoop();
     MainLoop(const MainLoop&) = delete;
@@ -28,7 +28,7 @@ class MainLoop {
     /** Runs a function on the main thread after a delay; from any thread. */
     void post(std::function<void()> function, Clock::duration delay = Clock::duration::zero());
 
-    /** Returns when SIGTERM or SIGINT came. Posted functions that are not due yet never run. */
+    /** Returns after SIGTERM or SIGINT. Posted functions that are not yet due never run. */
     void run();
 
   private:
@@ -36,7 +36,7 @@ class MainLoop {
     void xRunDue();
     bool xTakeNextDue(std::function<void()>& function);
 
-    int fSignals;  // descriptor from which the signals are read
+    int fSignals;  // descriptor for reading the signals
     int fWake;     // descriptor that a post makes readable
     std::mutex fMutex;
     std::multimap<Clock::time_point, std::function<void()>> fPosted;

@@ -24,7 +24,7 @@ KVValue namesThatStartWith(const KVValueTable& table, const std::string& prefix)
     return names;
 }
 
-/** The text that was sent last, and how often one was sent. */
+/** The text sent last, and the number of texts sent. */
 class Clipboard {
   public:
     Clipboard(boost::shared_ptr<KVValueTable> table, std::function<void(const std::string&)> show)
@@ -59,7 +59,7 @@ boost::shared_ptr<KVModule> makeMemoryModule(const boost::shared_ptr<KVValueTabl
                        {KVValue::Type::String}, [table](const KVValue::List& arguments) {
                            return table->getValue(arguments[0].toString()).fValue;
                        });
-    // A value of any type may be written: the key, not the method, says which it takes.
+    // The value may have any type: the key, not the method, determines the accepted one.
     module->bindMethod({"setData", "setData(key: string, value: value)",
                         "Sets a key that can be written; says why when it refuses."},
                        {KVValue::Type::String, KVValue::Type::Nothing},

@@ -11,21 +11,21 @@
 
 namespace robot {
 
-/** Longest text that "KVBallamor" takes, bytes. */
+/** Maximum size of a text for "KVBallamor" in bytes. */
 constexpr std::size_t a_longestClipboard = 4096;
 
-/** "KVMemory": the robot's values, to be subscribed to, read and written. */
+/** Creates "KVMemory": the robot's values, for subscribing, reading and writing. */
 boost::shared_ptr<KVModule> makeMemoryModule(const boost::shared_ptr<KVValueTable>& table);
 
 /**
- * "KVLeds": shows an animation on the LEDs.
+ * Creates "KVLeds": shows an animation on the LEDs.
  *
- * @param start starts an animation of so many seconds; throws KVError when it refuses
+ * @param start starts an animation of that many seconds; throws KVError to refuse it
  */
 boost::shared_ptr<KVModule> makeLedsModule(std::function<void(double duration)> start);
 
 /**
- * "KVBallamor": keeps the text that was sent last in the table and hands it on.
+ * Creates "KVBallamor": stores the text sent last in the table and passes it on.
  *
  * @param show called with each text, one call at a time
  */

@@ -97,7 +97,7 @@ template <class Number>
 Number toNumberWithin(const po::variables_map& given, const std::string& option, Number lowest,
                       Number highest) {
     const auto number = given[option].as<Number>();
-    // Written so that not-a-number is refused.
+    // Written so that NaN is refused.
     if (number >= lowest && number <= highest) {
         return number;
     }
@@ -111,7 +111,7 @@ int toPort(const po::variables_map& given, const std::string& option, int lowest
 }
 
 std::uint64_t toSeed(const std::string& text) {
-    // Digits only: a sign would be wrapped around silently by the conversion.
+    // Digits only: the conversion would silently wrap a negative number around.
     const bool digits = !text.empty() && std::all_of(text.begin(), text.end(),
                                                      [](char c) { return c >= '0' && c <= '9'; });
     try {
@@ -193,7 +193,7 @@ ParsedOptions parseOptions(const std::vector<std::string>& arguments, std::ostre
         po::store(
             po::command_line_parser(arguments)
                 .options(described)
-                .positional({})  // a word that belongs to no option is a mistake
+                .positional({})  // a word that belongs to no option is an error
                 .style(po::command_line_style::unix_style & ~po::command_line_style::allow_guessing)
                 .run(),
             given);

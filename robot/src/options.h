@@ -13,7 +13,7 @@ namespace robot {
 
 enum class Kind { Robot, Computer };
 
-/** How the middleware is secured; what is empty is left to the user's configuration. */
+/** Security settings of the middleware; empty fields are left to the user's configuration. */
 struct Security {
     std::string fCertificate;  ///< PEM file
     std::string fKey;          ///< PEM file
@@ -21,7 +21,7 @@ struct Security {
     bool fAllowsPlainToken = false;
 };
 
-/** What the command line says. */
+/** Values of the command line options. */
 struct Options {
     Kind fKind = Kind::Robot;
     std::string fName;
@@ -29,28 +29,28 @@ struct Options {
     int fPort = 0;
     bool fMiddleware = true;
     int fHttpPort = 0;  ///< 0 for no HTTP
-    std::string fIcon;  ///< file; empty for the one that comes with the program
+    std::string fIcon;  ///< file; empty for the installed one
     bool fAnnounce = true;
     Security fSecurity;
     int fSimPort = 0;  ///< a second port with "KVSim" alone; 0 for none
     std::uint64_t fSeed = 0;
-    Load fLoad;             ///< instead of the values of its kind, when it has keys
+    Load fLoad;             ///< replaces the values of its kind if it has keys
     bool fVideo = true;     ///< cameras
-    bool fHostile = false;  ///< values that viewers must bear, too
+    bool fHostile = false;  ///< also serves values with which viewers must cope
 };
 
-/** The command line was read: either the program is to run, or to end with a status. */
+/** Result of parsing the command line: the program runs, or exits with a status. */
 struct ParsedOptions {
     std::optional<Options> fOptions;
     int fExitStatus = 0;
 };
 
 /**
- * Reads the command line.
+ * Parses the command line.
  *
  * @param arguments without the program's name
- * @param output where --help is written, with status 0
- * @param errors where a mistake is written, with status 2
+ * @param output stream for --help, with status 0
+ * @param errors stream for errors, with status 2
  */
 ParsedOptions parseOptions(const std::vector<std::string>& arguments, std::ostream& output,
                            std::ostream& errors);

@@ -31,7 +31,7 @@ void complain(const std::string& line) {
     writeLine(STDERR_FILENO, line);
 }
 
-/** What tests and scripts wait for. */
+/** The line for which tests and scripts wait. */
 std::string readyLine(const Options& options) {
     if (options.fMiddleware) {
         return options.fName + " listens on " + endpointText(options.fAddress, options.fPort);
@@ -46,7 +46,7 @@ std::string readyLine(const Options& options) {
 }  // namespace
 
 int runProgram(int argc, char** argv) {
-    // A reader of standard output that went away must not end the robot.
+    // A closed standard output must not end the robot.
     std::signal(SIGPIPE, SIG_IGN);
     const ParsedOptions parsed = parseOptions({argv + 1, argv + argc}, std::cout, std::cerr);
     if (!parsed.fOptions) {

@@ -3,7 +3,7 @@
 
 namespace robot {
 
-/** The whole program. @return its exit status */
+/** Runs the program. @return its exit status */
 int runProgram(int argc, char** argv);
 
 }  // namespace robot

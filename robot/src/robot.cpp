@@ -20,10 +20,10 @@ namespace robot {
 
 namespace {
 
-// Kept for callers of earlier servers; the broker takes no notice of it.
+// Kept for callers of earlier servers; the broker ignores it.
 constexpr int a_brokerFlags = 19;
 
-// A call that stops the broker that it came through is answered first.
+// A call that stops its own broker is answered first.
 constexpr std::chrono::milliseconds a_timeToAnswer(100);
 constexpr std::chrono::seconds a_timeToRetry(1);
 
@@ -40,7 +40,7 @@ bool isLoopback(const std::string& address) {
     return address == "::1" || address.rfind("127.", 0) == 0;
 }
 
-/** The picture that comes with the program. */
+/** Returns the path of the installed picture. */
 std::string installedIcon(Kind kind) {
     std::error_code error;
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
@@ -48,7 +48,7 @@ std::string installedIcon(Kind kind) {
     return folder / (kind == Kind::Robot ? "buddy.png" : "computer.png");
 }
 
-/** How the humanoid stands whose values are not served. */
+/** Returns the pose of a humanoid whose values are not served. */
 std::function<Pose()> movingBody(std::uint64_t seed) {
     const auto body = std::make_shared<const HumanoidBody>(seed);
     const auto start = std::chrono::steady_clock::now();
@@ -58,7 +58,7 @@ std::function<Pose()> movingBody(std::uint64_t seed) {
     };
 }
 
-/** The user's settings, outweighed by the command line. */
+/** Returns the user's settings, overridden by the command line. */
 KVSettings settingsFor(const Security& security) {
     KVSettings settings = KVSettings::load();
     KVSettings::Server& server = settings.fServer;
@@ -109,7 +109,7 @@ Robot::Robot(const Options& options, MainLoop& loop, Output output)
 }
 
 Robot::~Robot() {
-    // Goodbye is said before the services end, so that nobody is sent to a closed port.
+    // The goodbye is sent before the services end, so that no client is directed to a closed port.
     if (fAnnouncer) {
         fAnnouncer->announce({});
     }
@@ -300,7 +300,7 @@ void Robot::xAnnounce() {
     if (!fAnnouncer) {
         return;
     }
-    // Held to the end, so that of two changes the later one is announced last.
+    // Locked until the end, so that the later of two changes is announced last.
     const std::lock_guard lock(fStateMutex);
     std::vector<AnnouncedService> services;
     if (fState.fAnnounced && fOptions.fKind == Kind::Robot) {

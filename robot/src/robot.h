@@ -27,28 +27,28 @@
 
 namespace robot {
 
-/** Where a robot's lines for the user go; both are called from any thread. */
+/** Destinations of a robot's lines for the user; both are called from any thread. */
 struct Output {
     std::function<void(const std::string& line)> fSay;
     std::function<void(const std::string& line)> fComplain;
 };
 
 /**
- * A running robot or computer: its values, the modules that the broker serves, its web page and
- * its announcement. To be made and destroyed on the main thread.
+ * A running robot or computer: its values, the modules served by the broker, its web page and its
+ * announcement. Create and destroy it on the main thread.
  */
 class Robot : private SimControls {
   public:
     /**
      * Starts it; it can be reached when this returns.
      *
-     * @param loop must outlive it, and not run any more when it is destroyed
-     * @throws KVError or std::runtime_error when a port cannot be listened on, or the icon that was
-     *         asked for cannot be read
+     * @param loop must outlive it, and must not run any longer when it is destroyed
+     * @throws KVError or std::runtime_error if it cannot listen on a port, or the requested icon
+     *         cannot be read
      */
     Robot(const Options& options, MainLoop& loop, Output output);
 
-    /** Says goodbye and ends: calls in flight fail for their caller. */
+    /** Sends the goodbye and ends: calls in flight fail for their caller. */
     ~Robot() override;
     Robot(const Robot&) = delete;
     Robot& operator=(const Robot&) = delete;
@@ -85,17 +85,17 @@ class Robot : private SimControls {
     const Output fOutput;
     boost::shared_ptr<KVValueTable> fTable;
     std::vector<std::unique_ptr<MemorySource>> fMemories;
-    std::function<Pose()> fPose;  // of a robot
+    std::function<Pose()> fPose;  // only for a robot
     std::unique_ptr<Video> fVideo;
     boost::shared_ptr<KVModule> fSimModule;
     std::vector<boost::shared_ptr<KVModule>> fModules;
     mutable std::mutex fStateMutex;  // guards fState
     State fState{};
-    bool fIsMiddlewareWanted = true;  // of the main thread
+    bool fIsMiddlewareWanted = true;  // used on the main thread
     std::vector<std::unique_ptr<Ticker>> fTickers;
     std::unique_ptr<WebServer> fWebServer;
     std::unique_ptr<Announcer> fAnnouncer;
-    // The brokers go first: no call runs any more when the rest goes.
+    // The brokers are destroyed first: no call is running when the other members are destroyed.
     boost::shared_ptr<KVBroker> fSimBroker;
     boost::shared_ptr<KVBroker> fBroker;
 };

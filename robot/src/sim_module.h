@@ -12,18 +12,20 @@
 
 namespace robot {
 
-/** What people may do to a simulated robot. Called from threads of the broker. */
+/** Faults that clients may inject into a simulated robot. Called from threads of the broker. */
 class SimControls {
   public:
     struct State {
         bool fMiddleware;
         bool fAnnounced;
-        std::string fAddress;  ///< announced instead of the machine's own, or empty
+        std::string fAddress;  ///< announced instead of the machine's address, or empty
         IconTrouble fIcon;
     };
 
     virtual ~SimControls();
-    /** @name Each throws KVError when the robot was started without what it changes. */
+    /**
+     * @name Each throws KVError if the robot was started without the part that it changes.
+     */
     ///@{
     virtual void setMiddleware(bool on) = 0;
     virtual void interruptMiddleware(double seconds) = 0;
@@ -35,7 +37,9 @@ class SimControls {
     virtual State getState() const = 0;
 };
 
-/** "KVSim": asks a simulated robot for faults. @param controls must outlive the module */
+/**
+ * Creates "KVSim": injects faults into a simulated robot. @param controls must outlive the module
+ */
 boost::shared_ptr<KVModule> makeSimModule(SimControls* controls);
 
 }  // namespace robot

@@ -16,7 +16,7 @@ namespace {
 template <class Number>
 Number within(const std::string& what, Number number, Number lowest, Number highest,
               const std::string& unit) {
-    // Written so that not-a-number is refused.
+    // Written so that NaN is refused.
     if (number >= lowest && number <= highest) {
         return number;
     }

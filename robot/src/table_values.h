@@ -13,14 +13,15 @@ namespace robot {
 std::uint32_t addReadOnlyKey(KVValueTable& table, const std::string& name,
                              const std::string& description, const KVValue& value);
 
-/** A reading in whole steps of a resolution, which is given as steps a unit: 10 for 0.1. */
+/** Rounds a reading to a resolution, which is given in steps per unit: 10 for 0.1. */
 inline double rounded(double value, double perUnit) {
     return std::round(value * perUnit) / perUnit;
 }
 
 /**
- * @name Limits of what a client may set
- * Each throws KVError (RaisedByModule) with a sentence that names what was not changed and why.
+ * @name Limits of values set by clients
+ * Each throws KVError (RaisedByModule) with a sentence that names the unchanged value and the
+ * reason.
  */
 ///@{
 double numberWithin(const std::string& what, double number, double lowest, double highest,

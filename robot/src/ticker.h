@@ -11,15 +11,15 @@
 namespace robot {
 
 /**
- * Calls a function with a step number once a period, on a thread of its own. Steps follow the
- * clock: when a call took too long, the steps that were missed are left out.
+ * Calls a function with a step number once a period, on a dedicated thread. Steps follow the clock:
+ * after a call that took too long, the missed steps are skipped.
  */
 class Ticker {
   public:
     /** The first call is step 1, one period from now. */
     Ticker(std::chrono::microseconds period, std::function<void(std::uint64_t step)> function);
 
-    /** Returns when the function does not run any more. */
+    /** Returns when the function is not running. */
     ~Ticker();
     Ticker(const Ticker&) = delete;
     Ticker& operator=(const Ticker&) = delete;

@@ -4,23 +4,23 @@
 namespace robot {
 
 /**
- * What the humanoid is busy with: it stands, walks for a while, gestures, and begins again.
+ * The humanoid's activities: it stands, walks for a while, gestures, and begins again.
  *
- * Times are seconds since the start of the run. Each activity fades in and out, so a weight is 0
+ * Times are seconds since the start of the run. Each activity fades in and out, so its weight is 0
  * to 1.
  */
 class Activity {
   public:
-    /** @param offset seconds by which the round is advanced at the start of the run */
+    /** @param offset seconds by which the cycle is advanced at the start of the run */
     explicit Activity(double offset) : fOffset(offset) {}
 
     double walking(double time) const;
     double gesturing(double time) const;
 
-    /** Seconds of full walking since the start of the run. */
+    /** Returns the equivalent seconds of full walking since the start of the run. */
     double walkedTime(double time) const;
 
-    /** "standing", "walking" or "gesturing": the one with the most weight. */
+    /** Returns "standing", "walking" or "gesturing": the activity with the largest weight. */
     const char* name(double time) const;
 
   private:

@@ -20,7 +20,7 @@ constexpr double a_chargeTime = 2700;
 constexpr double a_fullCharge = 98;
 constexpr double a_emptyCharge = 12;
 
-// Channels of the noise that choose the run's constants.
+// Channels of the noise that determine the run's constants.
 constexpr std::uint32_t a_ambientDraw = 1000000;
 constexpr std::uint32_t a_batteryDraw = 1000001;
 constexpr std::uint32_t a_roundDraw = 1000002;
@@ -41,7 +41,7 @@ HumanoidBody::HumanoidBody(std::uint64_t seed)
     : fNoise(seed),
       fActivity(2 + 70 * fNoise.uniform(a_roundDraw, 0)),
       fAmbient(20 + 6 * fNoise.uniform(a_ambientDraw, 0)),
-      // It starts well charged: somewhere in the first tenth of the way to empty.
+      // It starts well charged: somewhere in the first tenth of the discharge.
       fBatteryOffset(a_dischargeTime / 10 * fNoise.uniform(a_batteryDraw, 0)) {
 }
 
@@ -58,7 +58,7 @@ double HumanoidBody::jointPosition(std::size_t joint, double time,
     const double past = time - a_servoDelay;
     const double held = isHead(joint) ? xHeadMotion(joint, past, inputs) : xMotion(joint, past);
     const double stiffness = inputs.fStiffness[joint].at(time, a_gripInertia);
-    // A joint that is not held sags a third of the way to the middle of its range.
+    // A limp joint sags a third of the way to the middle of its range.
     const double sagged = held + (0.5 * (joints()[joint].fMin + joints()[joint].fMax) - held) / 3;
     return inLimits(joint, sagged + (held - sagged) * stiffness);
 }

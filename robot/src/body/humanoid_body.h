@@ -11,7 +11,7 @@
 
 namespace robot {
 
-/** How and where the humanoid stands at an instant. */
+/** Posture and orientation of the humanoid at one time. */
 struct Pose {
     double fTime = 0;                            ///< seconds since the start of the run
     std::array<double, a_jointCount> fJoints{};  ///< rad
@@ -21,7 +21,7 @@ struct Pose {
 };
 
 /**
- * How the humanoid moves, warms and tires: pure functions of seed, time and inputs, without sensor
+ * The humanoid's motion, heat and battery: pure functions of seed, time and inputs, without sensor
  * noise. Times are seconds since the start of the run.
  */
 class HumanoidBody {
@@ -30,9 +30,9 @@ class HumanoidBody {
 
     const Activity& activity() const { return fActivity; }
 
-    /** Where the joint is told to be, rad; within its limits. */
+    /** Returns the target of the joint, rad; within its limits. */
     double jointTarget(std::size_t joint, double time, const HumanoidInputs& inputs) const;
-    /** Where it is, rad; within its limits. */
+    /** Returns the position of the joint, rad; within its limits. */
     double jointPosition(std::size_t joint, double time, const HumanoidInputs& inputs) const;
     double jointVelocity(std::size_t joint, double time, const HumanoidInputs& inputs) const;
     double jointCurrent(std::size_t joint, double time, const HumanoidInputs& inputs) const;
@@ -43,7 +43,7 @@ class HumanoidBody {
     double gaitPhase(double time) const;
     double roll(double time) const;
     double pitch(double time) const;
-    /** It walks a circle: the direction since the start of the run, rad, growing. */
+    /** Returns the direction since the start of the run, rad, increasing: it walks in a circle. */
     double heading(double time) const;
     double distanceWalked(double time) const;
     /** Share of the weight on the left foot, 0 to 1. */
@@ -52,7 +52,7 @@ class HumanoidBody {
     bool isCharging(double time) const;
     /** Percent. */
     double batteryCharge(double time) const;
-    /** Positive when it charges, A. */
+    /** Positive while charging, A. */
     double batteryCurrent(double time) const;
     /** Seconds until it is empty, or full while it charges. */
     double batteryTimeLeft(double time) const;

@@ -16,12 +16,12 @@ constexpr double a_turn = 2 * 3.14159265358979323846;
 constexpr double a_gravity = 9.81;  // m/s²
 constexpr double a_weight = 540;    // N
 
-// How often sensors are read, in steps of 20 ms.
+// Periods of the sensors, in steps of 20 ms.
 constexpr std::uint64_t a_always = 1;
 constexpr std::uint64_t a_tenTimesASecond = 5;
 constexpr std::uint64_t a_eachSecond = 50;
 
-// Channels of the noise that choose the run's constants, beside those of the body.
+// Channels of the noise that determine the run's constants, besides those of the body.
 constexpr std::uint32_t a_cyclesDraw = 2000000;
 constexpr std::uint32_t a_colourDraw = 3000000;
 
@@ -139,7 +139,7 @@ void HumanoidChannels::xAddMotion() {
          [body](const Instant& now) {
              return KVValue(rounded(100 * body->activity().walking(now.fTime), 10));
          });
-    // It walks a circle that touches the start and lies to its left.
+    // It walks in a circle that passes through the start, to its left.
     const double radius = 1.5;
     xAddMeasured(
         "Motion/Odometry/X", "m", "Way forward from the start of the run", a_always, 0, 1000,
@@ -163,7 +163,7 @@ void HumanoidChannels::xAddJoints() {
             a_always,
             [joint, head, body = fBody](const Instant& now) {
                 const double target = body->jointTarget(joint, now.fTime, now.fInputs);
-                // What somebody wrote is shown as it was written.
+                // A value that a client wrote is shown unchanged.
                 return head && !now.fInputs.fHeadIdle ? target : rounded(target, 10000);
             },
             head);
@@ -341,7 +341,7 @@ void HumanoidChannels::xAddLeds() {
     const auto draw = [this](std::uint32_t channel) {
         return fNoise.uniform(a_colourDraw, channel);
     };
-    // One calm colour for both eyes, chosen by the seed among blues and greens.
+    // One calm colour for both eyes, chosen by the seed from blues and greens.
     const auto calm = (static_cast<std::int64_t>(0x60 + 0x90 * draw(0)) << 8) +
                       static_cast<std::int64_t>(0x80 + 0x7f * draw(1));
     const auto colour = [](std::int64_t base, int segment) {

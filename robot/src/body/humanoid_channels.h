@@ -12,22 +12,22 @@
 
 namespace robot {
 
-/** The instant for which the humanoid's values are asked. */
+/** The time for which the humanoid's values are computed. */
 struct Instant {
     std::uint64_t fStep;
     double fTime;  ///< seconds since the start of the run
     const HumanoidInputs& fInputs;
 };
 
-/** One value of the humanoid: its key and how it is computed. */
+/** One value of the humanoid: its key and its computation. */
 struct HumanoidChannel {
     KVKeyInfo fKey;
-    /** The sensor is read every so many steps and keeps its value in between. */
+    /** The sensor is read after this many steps and keeps its value in between. */
     std::uint64_t fEvery;
     std::function<KVValue(const Instant&)> fEvaluate;
 };
 
-/** Makes the humanoid's channels: each value is declared beside the line that computes it. */
+/** Creates the humanoid's channels: each value is declared beside the line that computes it. */
 class HumanoidChannels {
   public:
     explicit HumanoidChannels(std::uint64_t seed);
@@ -36,7 +36,7 @@ class HumanoidChannels {
 
   private:
     using Evaluate = std::function<KVValue(const Instant&)>;
-    /** A figure of one joint, as HumanoidBody computes them. */
+    /** A quantity of one joint, computed by HumanoidBody. */
     using JointFigure = double (HumanoidBody::*)(std::size_t, double, const HumanoidInputs&) const;
 
     void xAdd(const std::string& name, const std::string& unit, const std::string& description,

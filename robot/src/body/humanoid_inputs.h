@@ -12,22 +12,25 @@
 
 namespace robot {
 
-/** The time from one step of the humanoid to the next. */
+/** Duration of a step of the humanoid. */
 constexpr std::chrono::milliseconds a_stepPeriod{20};
 
-/** Seconds from the start of the run to a step. */
+/** Returns the seconds from the start of the run to a step. */
 double stepTime(std::uint64_t step);
 
-/** A quantity that was told to change at a step and follows with inertia. */
+/** A quantity whose target changed at a step and which follows with inertia. */
 struct Transition {
     double fFrom = 0;
     double fTo = 0;
     double fSince = 0;  ///< seconds since the start of the run
 
-    /** Its value at a time: 63 % of the way after `inertia` seconds. Before fSince it is fFrom. */
+    /**
+     * Returns its value at a time: 63 % of the way after `inertia` seconds. Before fSince it is
+     * fFrom.
+     */
     double at(double time, double inertia) const;
 
-    /** The transition that leads from here to another value. */
+    /** Returns the transition from its value at `time` to another value. */
     Transition towards(double value, double time, double inertia) const;
 };
 
@@ -36,21 +39,21 @@ constexpr double a_heatInertia = 180.0;  ///< seconds
 constexpr double a_gripInertia = 0.1;    ///< seconds
 
 /**
- * What people told the humanoid: beside seed and step the only thing that its values depend on.
- * Made by the writes in their order, so that the same writes at the same steps repeat a run.
+ * The humanoid's inputs from clients: besides seed and step, its values depend only on these. They
+ * result from the writes in order, so that the same writes at the same steps reproduce a run.
  */
 struct HumanoidInputs {
     HumanoidInputs();
 
     std::array<Transition, a_jointCount> fStiffness;  ///< 0 limp to 1 held
-    std::array<Transition, a_jointCount> fHeat;  ///< the stiffness, as the motors' heat sees it
+    std::array<Transition, a_jointCount> fHeat;  ///< the stiffness as it affects the motors' heat
     std::array<Transition, 2> fHeadTarget;       ///< yaw and pitch, rad
     Transition fHeadHeld;                        ///< 0 looks around by itself, 1 holds still
     bool fHeadIdle = true;
     std::int64_t fVolume = 60;  ///< percent
     std::string fNote;
     double fLedsSince = 0;  ///< start of the newest LED animation, seconds
-    double fLedsUntil = 0;  ///< its end; not after its start when there was none
+    double fLedsUntil = 0;  ///< its end; not after its start if there was none
 };
 
 }  // namespace robot

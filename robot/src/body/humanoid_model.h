@@ -16,36 +16,36 @@ namespace robot {
 
 /**
  * The humanoid's memory as a pure function: the same seed, step and inputs give the same values, so
- * a run can be repeated, and steps may be left out. May be used from several threads.
+ * a run is reproducible, and steps may be skipped. May be used from several threads.
  */
 class HumanoidModel {
   public:
     explicit HumanoidModel(std::uint64_t seed);
 
     std::size_t size() const { return fChannels.size(); }
-    /** Without identifiers and types, which a table gives. */
+    /** Returns a key without identifier and type, which the table assigns. */
     const KVKeyInfo& key(std::size_t index) const { return fChannels[index].fKey; }
 
-    /** The values at a step, in the order of the keys. */
+    /** Returns the values at a step, in the order of the keys. */
     std::vector<KVValue> evaluate(std::uint64_t step, const HumanoidInputs& inputs) const;
 
     /**
-     * Takes a write of a key into the inputs, from a step on.
+     * Applies a write of a key to the inputs, from a step on.
      *
      * @param value of the key's type
-     * @throws KVError with the reason when it is refused; the inputs are then as before
+     * @throws KVError with the reason if it is refused; the inputs are then unchanged
      */
     void write(const std::string& name, const KVValue& value, std::uint64_t step,
                HumanoidInputs& inputs) const;
 
-    /** How it stands at a step. */
+    /** Returns its pose at a step. */
     Pose pose(std::uint64_t step, const HumanoidInputs& inputs) const;
 
     /** Starts a LED animation at a step. @throws KVError for a duration out of range */
     void startLeds(double duration, std::uint64_t step, HumanoidInputs& inputs) const;
 
   private:
-    /** What a client wants to be set. */
+    /** A client's write. */
     struct Write {
         const std::string& fName;
         std::size_t fJoint;

@@ -7,18 +7,18 @@
 
 namespace robot {
 
-/** One joint of the humanoid: its limits and how it takes part in each motion. */
+/** One joint of the humanoid: its limits and its part in each motion. */
 struct Joint {
     const char* fName;
     double fMin;         ///< lower limit, rad
     double fMax;         ///< upper limit, rad
-    double fRest;        ///< where it stands at rest, rad
+    double fRest;        ///< position at rest, rad
     double fIdle;        ///< amplitude of its small motions at rest, rad
-    double fWalkOffset;  ///< how far walking shifts it from rest, rad
+    double fWalkOffset;  ///< shift from rest while walking, rad
     double fWalkSwing;   ///< amplitude once a gait cycle, rad
-    double fWalkPhase;   ///< its place in the gait cycle, rad
-    double fGesture;     ///< how far a gesture lifts it, rad
-    double fLoad;        ///< current that it draws to hold the body, A
+    double fWalkPhase;   ///< phase in the gait cycle, rad
+    double fGesture;     ///< amplitude of a gesture, rad
+    double fLoad;        ///< current for holding the body, A
 };
 
 constexpr std::size_t a_jointCount = 25;
@@ -28,7 +28,7 @@ constexpr std::size_t a_headPitch = 1;
 /** The humanoid's joints; the head's are the first two. */
 const std::array<Joint, a_jointCount>& joints();
 
-/** The key of one figure of a joint, for instance "Joint/HeadYaw/Position". */
+/** Returns the key of one quantity of a joint, for instance "Joint/HeadYaw/Position". */
 std::string jointKey(const Joint& joint, const char* figure);
 
 }  // namespace robot

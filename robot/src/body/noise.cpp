@@ -21,7 +21,7 @@ double Noise::uniform(std::uint32_t channel, std::uint64_t index) const {
 }
 
 double Noise::bell(std::uint32_t channel, std::uint64_t index) const {
-    // The sum of four even distributions is close enough to a bell, and bounded.
+    // The sum of four uniform distributions approximates a normal distribution, and is bounded.
     std::uint64_t bits = xHash(channel, index);
     double sum = 0;
     for (int i = 0; i < 4; ++i) {

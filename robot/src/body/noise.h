@@ -6,17 +6,20 @@
 namespace robot {
 
 /**
- * Repeatable randomness: each number is a pure function of the seed, a channel and an index, so a
- * value can be had for any instant without the ones before it.
+ * Reproducible noise: each number is a pure function of the seed, a channel and an index, so a
+ * value can be computed for any time without the preceding ones.
  */
 class Noise {
   public:
     explicit Noise(std::uint64_t seed) : fSeed(seed) {}
 
-    /** Evenly distributed in [0, 1). */
+    /** Returns a number uniformly distributed in [0, 1). */
     double uniform(std::uint32_t channel, std::uint64_t index) const;
 
-    /** Bell shaped with mean 0 and standard deviation 1; never beyond 3.5. */
+    /**
+     * Returns an approximately normally distributed number with mean 0 and standard deviation 1;
+     * never beyond 3.5.
+     */
     double bell(std::uint32_t channel, std::uint64_t index) const;
 
   private:

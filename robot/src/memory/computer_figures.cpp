@@ -55,7 +55,7 @@ std::optional<Number> firstNumber(const fs::path& file) {
     return std::nullopt;
 }
 
-/** The entries of a folder in the order of their names; none when it cannot be read. */
+/** Returns the entries of a folder sorted by name; none if it cannot be read. */
 std::vector<fs::path> entries(const fs::path& folder) {
     std::error_code error;
     std::vector<fs::path> result;
@@ -66,13 +66,13 @@ std::vector<fs::path> entries(const fs::path& folder) {
     return result;
 }
 
-/** A name from the system as one part of a key. */
+/** Converts a name from the system into one part of a key. */
 std::string keyPart(std::string name) {
     std::replace(name.begin(), name.end(), '/', '_');
     return base::oneLine(name);
 }
 
-/** A name that no figure has yet: sensors of one kind often share theirs. */
+/** Returns a name that no figure uses yet: sensors of one kind often have the same name. */
 std::string uniqueName(const std::string& wanted, std::set<std::string>& taken) {
     std::string name = wanted;
     for (int number = 2; !taken.insert(name).second; ++number) {
@@ -81,7 +81,7 @@ std::string uniqueName(const std::string& wanted, std::set<std::string>& taken) 
     return name;
 }
 
-/** Undoes the octal escapes with which the kernel writes blanks in mount points. */
+/** Decodes the octal escapes that the kernel writes for blanks in mount points. */
 std::string unescapedMountPoint(const std::string& text) {
     std::string result;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -177,8 +177,8 @@ void ComputerFigures::xReadProcessors() {
         if (name.rfind("cpu", 0) != 0) {
             continue;
         }
-        // user nice system idle iowait irq softirq steal; the guest times that follow are part of
-        // the first two.
+        // user nice system idle iowait irq softirq steal; the guest times that follow are included
+        // in the first two.
         std::vector<std::int64_t> times;
         for (std::int64_t time = 0; times.size() < 8 && stream >> time;) {
             times.push_back(time);
@@ -289,7 +289,7 @@ void ComputerFigures::xReadNetwork() {
     for (const std::string& line : lines(fRoot / "proc/net/dev")) {
         const std::size_t colon = line.find(':');
         if (colon == std::string::npos) {
-            continue;  // the two lines of headings
+            continue;  // the two heading lines
         }
         const std::size_t start = line.find_first_not_of(' ');
         const std::string card = "Network/" + keyPart(line.substr(start, colon - start));
@@ -298,7 +298,7 @@ void ComputerFigures::xReadNetwork() {
         for (std::int64_t count = 0; stream >> count;) {
             counts.push_back(count);
         }
-        // Eight columns of what came in, bytes first, then eight of what went out.
+        // Eight columns of received data, bytes first, then eight of sent data.
         if (counts.size() < 16) {
             continue;
         }
@@ -325,7 +325,7 @@ void ComputerFigures::xReadDisks() {
         std::string escaped;
         stream >> device >> escaped;
         const std::string mountPoint = unescapedMountPoint(escaped);
-        // Only file systems on a device, each once; and the root, whatever carries it.
+        // Only file systems on a device, each once, and the root on any device.
         if (mountPoint.empty() || (device.rfind("/dev/", 0) != 0 && mountPoint != "/") ||
             !seen.insert(device).second) {
             continue;

@@ -11,7 +11,7 @@
 
 namespace robot {
 
-/** One figure of the machine. */
+/** One measured value of the machine. */
 struct Figure {
     std::string fName;  ///< path with "/", for instance "Memory/Available"
     std::string fUnit;
@@ -20,17 +20,17 @@ struct Figure {
 };
 
 /**
- * The machine's own figures, read from /proc and /sys.
+ * Values of the machine, read from /proc and /sys.
  *
- * Nothing is made up: a figure whose source is missing or cannot be read is left out, and rates
- * come with the second reading. Not to be used from two threads at once.
+ * A value whose source is missing or cannot be read is left out, and rates appear with the second
+ * reading. Not to be used from two threads at once.
  */
 class ComputerFigures {
   public:
     /** @param root folder that holds "proc" and "sys" */
     explicit ComputerFigures(std::filesystem::path root = "/");
 
-    /** @param time seconds on a clock that never goes back; rates are computed with it */
+    /** @param time seconds on a monotonic clock, for computing rates */
     std::vector<Figure> read(double time);
 
   private:
@@ -52,12 +52,12 @@ class ComputerFigures {
 
     struct Sample {
         std::int64_t fCount;
-        std::int64_t fTotal;  // what fCount is a part of, or 0
+        std::int64_t fTotal;  // the total of which fCount is a part, or 0
         double fTime;
     };
 
     std::filesystem::path fRoot;
-    std::map<std::string, Sample> fLast;     // counters of the reading before, for the rates
+    std::map<std::string, Sample> fLast;     // counters of the previous reading, for the rates
     std::map<std::string, Sample> fPresent;  // counters of this reading
     std::vector<Figure> fFigures;
     double fTime = 0;

@@ -13,10 +13,10 @@
 
 namespace robot {
 
-/** The machine's figures in a table: keys come and go with their sources. */
+/** The machine's values in a table: keys appear and disappear with their sources. */
 class ComputerMemory : public MemorySource {
   public:
-    /** Adds the figures that can be read at once. */
+    /** Adds the values that can be read immediately. */
     ComputerMemory(ComputerFigures figures, boost::shared_ptr<KVValueTable> table);
 
     std::chrono::microseconds period() const override { return std::chrono::seconds(1); }

@@ -52,7 +52,7 @@ KVValue endOfRange(std::uint64_t step) {
 }
 
 KVValue longText(std::uint64_t step) {
-    // It changes now and then only: sent at every step it would be all that is sent.
+    // It changes only now and then: sent at every step, it would leave no room for other values.
     constexpr std::uint64_t rest = 20;
     return std::string(HostileMemory::a_longText, static_cast<char>('a' + step / rest % 26));
 }

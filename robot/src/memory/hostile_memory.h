@@ -15,13 +15,13 @@
 namespace robot {
 
 /**
- * Values under "Hostile/" that a viewer must bear: markup and control characters in names, units
- * and values, 10 MB texts, numbers at and beyond the ends, types that change, keys that vanish and
+ * Values under "Hostile/" with which a viewer must cope: markup and control characters in names,
+ * units and values, 10 MB texts, extreme numbers, types that change, keys that disappear and
  * return.
  */
 class HostileMemory : public MemorySource {
   public:
-    /** Length of the long texts, bytes. */
+    /** Length of the long texts in bytes. */
     static constexpr std::size_t a_longText = 10'000'000;
 
     explicit HostileMemory(boost::shared_ptr<KVValueTable> table);
@@ -41,7 +41,7 @@ class HostileMemory : public MemorySource {
 
     boost::shared_ptr<KVValueTable> fTable;
     std::vector<std::pair<std::uint32_t, Evaluate>> fChanging;
-    std::vector<std::uint32_t> fVanishing;  // empty while they are away
+    std::vector<std::uint32_t> fVanishing;  // empty while the keys do not exist
 };
 
 }  // namespace robot

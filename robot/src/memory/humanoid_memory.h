@@ -16,10 +16,9 @@ namespace robot {
 /** The simulated humanoid's values in a table. */
 class HumanoidMemory : public MemorySource {
   public:
-    /** Adds the keys with their values of step 0, and takes the writes of the table from then on.
-     */
+    /** Adds the keys with their values of step 0, and handles the table's writes from then on. */
     HumanoidMemory(std::uint64_t seed, boost::shared_ptr<KVValueTable> table);
-    /** No write may be running any more. */
+    /** Requires that no write is running. */
     ~HumanoidMemory() override;
     HumanoidMemory(const HumanoidMemory&) = delete;
     HumanoidMemory& operator=(const HumanoidMemory&) = delete;
@@ -27,11 +26,11 @@ class HumanoidMemory : public MemorySource {
     std::chrono::microseconds period() const override { return a_stepPeriod; }
     void update(std::uint64_t step) override;
 
-    /** How the humanoid stands now; from any thread. */
+    /** Returns the humanoid's current pose; from any thread. */
     Pose pose() const;
 
     /**
-     * Starts the LED animation; one that runs already gives way to it.
+     * Starts the LED animation, replacing one that is running.
      *
      * @throws KVError for a duration that is not above 0 and at most 60 seconds
      */
@@ -44,7 +43,7 @@ class HumanoidMemory : public MemorySource {
     const HumanoidModel fModel;
     boost::shared_ptr<KVValueTable> fTable;
     std::vector<std::uint32_t> fIds;
-    mutable std::mutex fMutex;  // guards the members below, and keeps the table in their order
+    mutable std::mutex fMutex;  // guards the members below, and orders changes of the table
     std::uint64_t fStep = 0;
     HumanoidInputs fInputs;
 };

@@ -14,7 +14,7 @@ namespace {
 constexpr int a_drivesOfUnit = 10;
 constexpr double a_turn = 2 * 3.14159265358979323846;
 
-/** The instant of a step, and which drive. */
+/** The time of a step, and the drive. */
 struct Sample {
     std::uint64_t fStep;
     std::int64_t fTime;
@@ -22,7 +22,7 @@ struct Sample {
 };
 
 /**
- * Runs on by a full turn in 211 steps. The offset keeps the waves from being symmetric about the
+ * Completes a full turn in 211 steps. The offset prevents the waves from being symmetric about the
  * middle between two steps, where they would have the same value twice.
  */
 double phaseOf(int drive, std::uint64_t step) {
@@ -129,7 +129,8 @@ void LoadMemory::xMarkChanging(const Load& load, std::vector<bool>& isChanging) 
             --left;
         }
     }
-    // The last drive may have fewer keys than the others; what lacks is made up for at the front.
+    // The last drive may have fewer keys than the others; the difference is made up for at the
+    // front.
     for (std::size_t i = 0; i < isChanging.size() && left > 0; ++i) {
         left -= isChanging[i] ? 0 : 1;
         isChanging[i] = true;

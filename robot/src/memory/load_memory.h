@@ -15,7 +15,7 @@
 
 namespace robot {
 
-/** How many values a robot has, and how many of them change how often. */
+/** Number of values of a robot, and how many of them change at which rate. */
 struct Load {
     int fKeys = 0;      ///< 0 for none
     int fChanging = 0;  ///< at most fKeys
@@ -23,13 +23,13 @@ struct Load {
 };
 
 /**
- * Very many values, to try what a viewer can bear.
+ * A large number of values, as a load test for viewers.
  *
  * The keys are those of drives, ten of several types and units each:
- * "Load/Unit003/Drive7/Position". Whole drives change, spread evenly over the table, the first one
- * among them. At each step all of a drive's keys take a new value at one instant, and its key
- * "Changed" is that instant in microseconds since 1970-01-01 UTC, "Steps" the number of the step:
- * with these a client can tell how old and how complete is what it shows.
+ * "Load/Unit003/Drive7/Position". Whole drives change, spread evenly over the table, including the
+ * first one. At each step all of a drive's keys change at the same time. Its key "Changed" is that
+ * time in microseconds since 1970-01-01 UTC, "Steps" the number of the step: with these a client
+ * can check the age and the completeness of what it shows.
  */
 class LoadMemory : public MemorySource {
   public:

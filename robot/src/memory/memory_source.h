@@ -11,10 +11,10 @@ class MemorySource {
   public:
     virtual ~MemorySource() = default;
 
-    /** How often update() wants to be called. */
+    /** Returns the period at which update() should be called. */
     virtual std::chrono::microseconds period() const = 0;
 
-    /** Brings the table to a step; steps may be left out when time is short. On any thread. */
+    /** Updates the table to a step; steps may be skipped when time is short. On any thread. */
     virtual void update(std::uint64_t step) = 0;
 };
 

@@ -10,10 +10,10 @@
 
 namespace robot {
 
-/** Makes the frames of one stream. All operations may be called from any thread. */
+/** A source of frames for one stream. All operations may be called from any thread. */
 class Camera {
   public:
-    /** Takes a frame, on a thread of the camera, one call at a time. */
+    /** Receives a frame, on a thread of the camera, one call at a time. */
     using Sink = std::function<void(const KVFrame&)>;
 
     explicit Camera(CameraDescription description) : fDescription(std::move(description)) {}
@@ -25,15 +25,15 @@ class Camera {
     virtual CameraSettings settings() const = 0;
 
     /**
-     * Makes its pictures so from the next one on; runs on without a break.
+     * Applies the settings from the next picture on; the stream is not interrupted.
      *
-     * @param settings that fit one of its modes
+     * @param settings settings that match one of its modes
      */
     virtual void apply(const CameraSettings& settings) = 0;
 
-    /** Makes frames from now on, the first at once; changes nothing when it does already. */
+    /** Starts making frames, the first one at once; does nothing if it is already running. */
     virtual void start(Sink sink) = 0;
-    /** Rests; returns when the sink is not being called any more. */
+    /** Stops; returns when the sink is no longer being called. */
     virtual void stop() = 0;
 
   private:

@@ -49,7 +49,7 @@ std::string sizeText(int width, int height) {
     return std::to_string(width) + 'x' + std::to_string(height);
 }
 
-/** The items with commas between them, each once. */
+/** Returns the distinct items separated by commas. */
 template <class Item, class ToText>
 std::string listed(const std::vector<Item>& items, ToText toText) {
     std::string text;
@@ -63,7 +63,7 @@ KVError refusal(const CameraDescription& camera, const std::string& reason) {
     return {KVError::Cause::RaisedByModule, "The camera " + camera.fName + " " + reason};
 }
 
-/** Reads one of the changes, when it is there. */
+/** Reads one of the changes, if it is present. */
 template <class Read>
 auto changeNamed(const CameraDescription& camera, const KVValue::Map& changes,
                  const std::string& name, Read read)
@@ -90,7 +90,7 @@ void requireKnownNames(const CameraDescription& camera, const KVValue::Map& chan
 }
 
 int toSide(const KVValue& value) {
-    // What is out of range fits no mode; it must only not become a number that does.
+    // A value out of range matches no mode; it must only not become a number that does.
     return static_cast<int>(
         std::clamp(value.toInt(), std::int64_t{-1}, std::int64_t{a_largestSide}));
 }

@@ -9,7 +9,7 @@
 
 namespace robot {
 
-/** How a camera's pictures are made at present. */
+/** The current settings of a camera. */
 struct CameraSettings {
     int fWidth = 0;   ///< pixels
     int fHeight = 0;  ///< pixels
@@ -22,7 +22,7 @@ inline bool operator!=(const CameraSettings& a, const CameraSettings& b) {
     return !(a == b);
 }
 
-/** One size, and what the camera can do at it. */
+/** One picture size with its supported formats and rates. */
 struct CameraMode {
     int fWidth = 0;   ///< pixels
     int fHeight = 0;  ///< pixels
@@ -31,22 +31,24 @@ struct CameraMode {
 };
 
 struct CameraDescription {
-    std::string fName;  ///< names its stream too
-    std::string fText;  ///< for people
+    std::string fName;  ///< also the name of its stream
+    std::string fText;  ///< for users
     std::vector<CameraMode> fModes;
 };
 
-/** @name As docs/video.md has them in calls */
+/**
+ * @name Conversion for calls, see docs/video.md
+ */
 ///@{
 KVValue toValue(const CameraSettings& settings);
 KVValue toValue(const CameraDescription& description, const CameraSettings& settings);
 ///@}
 
 /**
- * The settings with those changed that are named.
+ * Returns the settings with changes applied.
  *
- * @throws KVError RaisedByModule, with a sentence that says what the camera can do, when a name or
- *         type is wrong or the whole does not fit one of its modes
+ * @throws KVError RaisedByModule, with a sentence that lists what the camera supports, if a name or
+ *         type is wrong or the result does not match one of its modes
  */
 CameraSettings changed(const CameraDescription& description, const CameraSettings& settings,
                        const KVValue::Map& changes);

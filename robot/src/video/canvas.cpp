@@ -8,7 +8,7 @@ namespace robot {
 
 namespace {
 
-/** The first pixel whose middle lies at or beyond a place. */
+/** Returns the first pixel whose centre is at or beyond a position. */
 int firstPixelFrom(double place, int count) {
     return static_cast<int>(std::clamp(std::ceil(place - 0.5), 0.0, static_cast<double>(count)));
 }
@@ -21,7 +21,7 @@ struct Span {
     double fLeft = std::numeric_limits<double>::infinity();
     double fRight = -std::numeric_limits<double>::infinity();
 
-    /** Widens it to where the line from one corner to the next crosses a height. */
+    /** Extends it to where the line from one corner to the next crosses a height. */
     void takeIn(const Point& from, const Point& to, double y) {
         if ((from.fY <= y) == (to.fY <= y)) {
             return;

@@ -7,7 +7,7 @@
 
 namespace robot {
 
-/** Red, green, blue and a byte without meaning, in the order of the bytes in memory. */
+/** Red, green, blue and an unused byte, in the order of the bytes in memory. */
 struct Colour {
     std::uint8_t fRed = 0;
     std::uint8_t fGreen = 0;
@@ -18,19 +18,19 @@ struct Colour {
 constexpr Colour a_black{0, 0, 0};
 constexpr Colour a_white{255, 255, 255};
 
-/** The colour under less or more light: 0 is black, 1 as it is. */
+/** Returns the colour under less or more light: 0 is black, 1 unchanged. */
 Colour lit(const Colour& colour, double light);
 
-/** A place in a picture, pixels from its left upper corner. */
+/** A position in a picture, in pixels from its upper left corner. */
 struct Point {
     double fX = 0;
     double fY = 0;
 };
 
-/** A picture that is drawn. What lies outside of it is cut off. */
+/** A picture to draw on. Drawing is clipped to its area. */
 class Canvas {
   public:
-    /** Makes it so large; what was drawn is lost when that is another size. */
+    /** Sets the size; a change of the size discards the contents. */
     void resize(int width, int height);
 
     int width() const { return fWidth; }
@@ -40,7 +40,7 @@ class Canvas {
 
     void fillRectangle(double left, double top, double right, double bottom, const Colour& colour);
     void fillDisc(const Point& middle, double radius, const Colour& colour);
-    /** @param corners of a convex polygon, in any sense of rotation */
+    /** @param corners of a convex polygon, in either direction */
     void fillPolygon(const std::vector<Point>& corners, const Colour& colour);
 
   private:

@@ -41,7 +41,7 @@ std::vector<double> ratesOf(const GstStructure* structure) {
     }
     std::sort(rates.begin(), rates.end());
     rates.erase(std::unique(rates.begin(), rates.end()), rates.end());
-    // 0 stands for a rate that changes by itself.
+    // 0 denotes a variable rate.
     rates.erase(std::remove(rates.begin(), rates.end(), 0.0), rates.end());
     return rates;
 }
@@ -91,7 +91,7 @@ std::vector<CaptureMode> modesOf(const GstCaps* caps) {
     return modes;
 }
 
-/** The device's file, when it belongs to Video4Linux. */
+/** Returns the device's file if it belongs to Video4Linux. */
 std::string fileOf(GstDevice* device) {
     const GStreamerPointer<GstStructure> properties(gst_device_get_properties(device));
     for (const char* name : {"device.path", "api.v4l2.path"}) {
@@ -124,7 +124,7 @@ std::vector<CaptureDevice> findCaptureDevices(
     startGStreamer();
     const GStreamerPointer<GstDeviceMonitor> monitor(gst_device_monitor_new());
     gst_device_monitor_add_filter(monitor.get(), "Video/Source", nullptr);
-    // It fails when no plugin provides such devices, too.
+    // It also fails if no plugin provides such devices.
     if (gst_device_monitor_start(monitor.get()) == FALSE) {
         complain(
             "the cameras of this computer cannot be looked for: GStreamer's plugin for "

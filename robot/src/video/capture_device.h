@@ -7,34 +7,33 @@
 
 namespace robot {
 
-/** One kind of pictures that a device takes by itself. */
+/** One kind of pictures that a device delivers. */
 struct CaptureMode {
-    bool fIsJpeg = false;        ///< otherwise pixels
+    bool fIsJpeg = false;        ///< otherwise raw pixels
     int fWidth = 0;              ///< pixels
     int fHeight = 0;             ///< pixels
-    std::vector<double> fRates;  ///< frames a second, growing
+    std::vector<double> fRates;  ///< frames a second, ascending
 };
 
 /** A camera of this computer. */
 struct CaptureDevice {
-    std::string fText;    ///< for people
-    std::string fSource;  ///< as gst-launch takes it, for instance "v4l2src device=/dev/video0"
+    std::string fText;    ///< for users
+    std::string fSource;  ///< in gst-launch syntax, for instance "v4l2src device=/dev/video0"
     std::vector<CaptureMode> fModes;
 };
 
 /**
- * Reads modes as GStreamer writes them (caps): for instance
- * "video/x-raw, width=640, height=480, framerate={ (fraction)15/1, (fraction)30/1 }". Sizes and
- * rates that are given as ranges become the usual ones within them; other kinds of pictures are
- * left out.
+ * Parses modes in GStreamer's notation (caps), for instance "video/x-raw, width=640, height=480,
+ * framerate={ (fraction)15/1, (fraction)30/1 }". Sizes and rates that are given as ranges become
+ * the usual ones within them; other kinds of pictures are left out.
  */
 std::vector<CaptureMode> captureModes(const std::string& caps);
 
 /**
- * The cameras of this computer that Linux knows (Video4Linux).
+ * Returns the cameras of this computer that Linux knows (Video4Linux).
  *
- * @param complain told why there are none, when GStreamer lacks something
- * @throws std::runtime_error when GStreamer does not start
+ * @param complain receives the reason if GStreamer lacks something and there are none
+ * @throws std::runtime_error if GStreamer does not start
  */
 std::vector<CaptureDevice> findCaptureDevices(
     const std::function<void(const std::string&)>& complain);

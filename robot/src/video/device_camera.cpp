@@ -24,7 +24,10 @@ bool offers(const CaptureMode& mode, const CameraSettings& settings) {
            std::find(mode.fRates.begin(), mode.fRates.end(), settings.fRate) != mode.fRates.end();
 }
 
-/** Whether to take JPEGs from the device: those that are wanted, or for want of pixels. */
+/**
+ * Returns true if JPEGs are to be requested from the device: if they are wanted, or if it has no
+ * raw pixels.
+ */
 bool takesJpeg(const CaptureDevice& device, const CameraSettings& settings) {
     const auto has = [&](bool jpeg) {
         return std::any_of(device.fModes.begin(), device.fModes.end(),
@@ -35,8 +38,10 @@ bool takesJpeg(const CaptureDevice& device, const CameraSettings& settings) {
     return has(true) && (settings.fFormat == KVPixelFormat::Jpeg || !has(false));
 }
 
-/** Whether GStreamer hands over pixels of which FrameEncoder makes what is wanted: GStreamer's own
- *  conversions between kinds of YUV do not mind whether values are from 0 or from 16 up. */
+/**
+ * Returns true if FrameEncoder makes the wanted format from GStreamer's pixels: GStreamer's own
+ * conversions between kinds of YUV ignore the range of the values, from 0 or from 16 up.
+ */
 bool isEncodedHere(const CaptureDevice& device, const CameraSettings& settings) {
     const bool jpeg = takesJpeg(device, settings);
     switch (settings.fFormat) {
@@ -58,7 +63,7 @@ std::string rateText(double rate) {
     return std::to_string(numerator) + '/' + std::to_string(denominator);
 }
 
-/** From any pixels to those that are wanted, or those that FrameEncoder takes. */
+/** Returns the conversion from any pixels to the wanted ones, or to FrameEncoder's input. */
 std::string conversion(const CaptureDevice& device, const CameraSettings& settings) {
     const std::string to = " ! videoconvert ! video/x-raw,format=";
     if (isEncodedHere(device, settings)) {
@@ -92,7 +97,7 @@ std::vector<CameraMode> modesOf(const CaptureDevice& device) {
     return modes;
 }
 
-/** The mode next to 640x480 at thirty a second. */
+/** Returns the mode closest to 640x480 at thirty frames a second. */
 CameraSettings firstSettings(const std::vector<CameraMode>& modes) {
     constexpr int pixels = 640 * 480;
     const CameraMode& mode =
@@ -120,11 +125,11 @@ std::string captureDescription(const CaptureDevice& device, const CameraSettings
     if (!jpeg || settings.fFormat != KVPixelFormat::Jpeg) {
         description += conversion(device, settings);
     }
-    // What cannot be handed over at once is given up for the next frame.
+    // A frame that cannot be delivered at once is replaced by the next one.
     return description + " ! appsink sync=false max-buffers=1 drop=true name=" + a_sinkName;
 }
 
-/** GStreamer at work, from the device to the sink. */
+/** A running GStreamer pipeline, from the device to the sink. */
 class DeviceCamera::Pipeline {
   public:
     Pipeline(const CaptureDevice& device, const CameraSettings& settings, std::uint64_t number,
@@ -157,7 +162,7 @@ class DeviceCamera::Pipeline {
     Pipeline(const Pipeline&) = delete;
     Pipeline& operator=(const Pipeline&) = delete;
 
-    /** Returns when the sink is not being called any more. @return number of the last frame */
+    /** Returns when the sink is not being called. @return number of the last frame */
     std::uint64_t end() {
         if (fPipeline) {
             gst_element_set_state(fPipeline.get(), GST_STATE_NULL);
@@ -203,7 +208,7 @@ class DeviceCamera::Pipeline {
         fFrameSink(frame);
     }
 
-    /** Copied, since the driver has few buffers and wants them back. */
+    /** Copies the frame, since the driver has few buffers and needs them back. */
     KVFrame xCopy(const GstMapInfo& map, std::size_t stride) {
         const std::shared_ptr<unsigned char> bytes = fPool.take(map.size);
         std::memcpy(bytes.get(), map.data, map.size);
@@ -226,7 +231,7 @@ class DeviceCamera::Pipeline {
         return fEncoder.encode(fCanvas, fSettings.fFormat);
     }
 
-    /** Microseconds since the picture was taken. */
+    /** Returns the microseconds since the picture was taken. */
     std::int64_t xAge(GstBuffer* buffer) const {
         constexpr std::int64_t nanoseconds = 1000;
         const GstClockTime now = gst_element_get_current_running_time(fPipeline.get());
@@ -237,7 +242,7 @@ class DeviceCamera::Pipeline {
         return static_cast<std::int64_t>(now - taken) / nanoseconds;
     }
 
-    /** Bytes from one row to the next; 0 for a JPEG. */
+    /** Returns the bytes from one row to the next; 0 for a JPEG. */
     static std::size_t xStrideOf(GstSample* sample) {
         GstCaps* const caps = gst_sample_get_caps(sample);
         GstVideoInfo info;
@@ -250,7 +255,7 @@ class DeviceCamera::Pipeline {
 
     const CameraSettings fSettings;
     const bool fIsEncodedHere;
-    std::uint64_t fNumber;  // of the streaming thread while it runs
+    std::uint64_t fNumber;  // used by the streaming thread while it runs
     const Sink fFrameSink;
     const std::function<void(const std::string&)> fComplain;
     FramePool fPool;

@@ -12,18 +12,18 @@
 namespace robot {
 
 /**
- * A camera of this computer, by way of GStreamer. It has the sizes and rates of the device; formats
- * that the device does not deliver are made from those that it does.
+ * A camera of this computer, accessed through GStreamer. It has the device's sizes and rates;
+ * formats that the device does not deliver are converted from those that it does.
  */
 class DeviceCamera : public Camera {
   public:
     /**
-     * Does not touch the device before it is started.
+     * Does not access the device before it is started.
      *
      * @param name of its stream
      * @param device with at least one mode
-     * @param complain told when the device fails, on any thread
-     * @throws std::runtime_error when GStreamer does not start
+     * @param complain called with a message when the device fails, on any thread
+     * @throws std::runtime_error if GStreamer does not start
      */
     DeviceCamera(const std::string& name, const CaptureDevice& device,
                  std::function<void(const std::string&)> complain);
@@ -42,14 +42,17 @@ class DeviceCamera : public Camera {
 
     const CaptureDevice fDevice;
     const std::function<void(const std::string&)> fComplain;
-    mutable std::mutex fMutex;  // guards what follows
+    mutable std::mutex fMutex;  // guards the following members
     CameraSettings fSettings;
-    Sink fSink;                 // empty while it rests
+    Sink fSink;                 // empty while it is stopped
     std::uint64_t fNumber = 0;  // of the last frame of the last pipeline
     std::unique_ptr<Pipeline> fPipeline;
 };
 
-/** What turns the device's pictures into those of the settings, as gst-launch takes it. */
+/**
+ * Returns the pipeline, in gst-launch syntax, that converts the device's pictures according to the
+ * settings.
+ */
 std::string captureDescription(const CaptureDevice& device, const CameraSettings& settings);
 
 }  // namespace robot

@@ -44,7 +44,7 @@ void DrawnCamera::start(Sink sink) {
             return;
         }
         fSink = std::move(sink);
-        // Here, since the camera's thread may sleep through a short rest.
+        // Started here, since the camera's thread may sleep through a short rest.
         fPacer.start(Pacer::Clock::now(), fSettings.fRate);
     }
     fWake.notify_all();
@@ -72,7 +72,7 @@ void DrawnCamera::xRun() {
     }
 }
 
-/** Makes the frame that is due, without holding up those who ask or change something meanwhile. */
+/** Makes the frame that is due, without blocking other operations. */
 void DrawnCamera::xMakeNext(std::unique_lock<std::mutex>& lock) {
     fNumber += fPacer.take(Pacer::Clock::now()) + 1;
     fIsBusy = true;

@@ -13,13 +13,13 @@
 
 namespace robot {
 
-/** A camera whose pictures are drawn, with number and time of each frame over its top. */
+/** A camera with drawn pictures, with number and time of each frame drawn across the top. */
 class DrawnCamera : public Camera {
   public:
-    /** Draws the whole picture as it is now; called on the camera's thread. */
+    /** Draws the whole current picture; called on the camera's thread. */
     using Draw = std::function<void(Canvas& canvas)>;
 
-    /** @throws std::runtime_error when the JPEG library cannot be started */
+    /** @throws std::runtime_error if the JPEG library cannot be initialised */
     DrawnCamera(const CameraDescription& description, const CameraSettings& settings, Draw draw);
     ~DrawnCamera() override;
 
@@ -34,15 +34,15 @@ class DrawnCamera : public Camera {
     void xMakeFrame(const CameraSettings& settings, std::uint64_t number, const Sink& sink);
 
     const Draw fDraw;
-    // Of the camera's thread.
+    // Used on the camera's thread.
     Canvas fCanvas;
     FrameEncoder fEncoder;
 
-    mutable std::mutex fMutex;  // guards what follows
+    mutable std::mutex fMutex;  // guards the following members
     std::condition_variable fWake;
     CameraSettings fSettings;
-    Sink fSink;    // empty while it rests
-    Pacer fPacer;  // of the present run
+    Sink fSink;    // empty while it is stopped
+    Pacer fPacer;  // for the current run
     bool fIsBusy = false;
     bool fStopping = false;
     std::uint64_t fNumber = 0;

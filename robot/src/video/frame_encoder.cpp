@@ -45,7 +45,7 @@ void putYuv422(const Colour* from, int width, unsigned char* to) {
         const int red = a.fRed + b.fRed;
         const int green = a.fGreen + b.fGreen;
         const int blue = a.fBlue + b.fBlue;
-        // Sums of two: one bit more is shifted away.
+        // Sums of two pixels: one more bit is shifted out.
         to[0] = studioLuma(a);
         to[1] = static_cast<unsigned char>(
             ((-9714 * red - 19070 * green + 28784 * blue + 2 * a_half) >> 17) + 128);

@@ -10,18 +10,18 @@
 
 namespace robot {
 
-/** Makes frames out of drawn pictures. For one thread at a time. */
+/** Encodes drawn pictures as frames. For one thread at a time. */
 class FrameEncoder {
   public:
-    /** @throws std::runtime_error when the JPEG library cannot be started */
+    /** @throws std::runtime_error if the JPEG library cannot be initialised */
     FrameEncoder();
 
     /**
-     * A frame without number and time.
+     * Returns a frame without number and time.
      *
      * @param canvas for Yuv422 with an even width
-     * @param format one of those that KVFrame knows
-     * @throws std::runtime_error when the picture cannot be compressed
+     * @param format one of KVFrame's known formats
+     * @throws std::runtime_error if the picture cannot be compressed
      */
     KVFrame encode(const Canvas& canvas, KVPixelFormat format);
 

@@ -12,7 +12,7 @@ constexpr std::size_t a_mostFree = 4;
 }  // namespace
 
 struct FramePool::Store {
-    /** @return memory of at least so many bytes, or nothing */
+    /** @return memory of at least that many bytes, or nothing */
     std::unique_ptr<std::vector<unsigned char>> find(std::size_t size) {
         const std::lock_guard lock(fMutex);
         while (!fFree.empty()) {

@@ -7,15 +7,15 @@
 namespace robot {
 
 /**
- * Memory for the bytes of frames, used again when nobody holds a frame any more: fresh memory for
- * each frame would have to be cleared by the system each time. The memory may be given back on any
- * thread, and after the pool is gone.
+ * A pool of memory for the bytes of frames, reused when no frame refers to it: the system would
+ * have to clear new memory for each frame. The memory may be released on any thread, and after the
+ * pool is destroyed.
  */
 class FramePool {
   public:
     FramePool();
 
-    /** Memory for so many bytes, with any content. */
+    /** Returns memory of that many bytes, with any content. */
     std::shared_ptr<unsigned char> take(std::size_t size);
 
   private:

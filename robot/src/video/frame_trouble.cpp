@@ -40,9 +40,11 @@ void setBytes(KVFrame& frame, Bytes bytes) {
     frame.fData = std::shared_ptr<const unsigned char>(owner, owner->data());
 }
 
-/** Where the height stands in a JPEG, the width behind it; its end when it has none. */
+/**
+ * Returns the position of the height in a JPEG, followed by the width; the end if there is none.
+ */
 std::size_t sizeInHeader(const Bytes& jpeg) {
-    std::size_t at = 2;  // behind the start of the image
+    std::size_t at = 2;  // after the start of the image
     while (at + 9 < jpeg.size()) {
         const unsigned marker = jpeg[at + 1];
         if (marker >= 0xC0 && marker <= 0xC2) {

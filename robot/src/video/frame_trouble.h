@@ -8,29 +8,33 @@
 
 namespace robot {
 
-/** What a camera can be made to do wrong. */
+/** Faults that can be injected into a camera. */
 enum class FrameTrouble {
     None,
-    Removed,      ///< it is not there any more
-    Stopped,      ///< no frame comes
-    Unsupported,  ///< frames of a format that nobody knows
+    Removed,      ///< it no longer exists
+    Stopped,      ///< no frame is sent
+    Unsupported,  ///< frames of an unknown format
     Short,        ///< half of the bytes
-    Oversized,    ///< a megabyte more than the picture needs
-    WrongStride,  ///< rows that begin before the last one ends; for a JPEG, any
+    Oversized,    ///< a megabyte more than necessary
+    WrongStride,  ///< rows that overlap; for a JPEG, any stride
     NoSize,       ///< 0 x 0
     HugeSize,     ///< claims 65,535 x 65,535
     NoJpeg,       ///< claims to be a JPEG
     LyingJpeg     ///< a JPEG that claims 65,500 x 65,500 in its own header
 };
 
-/** @name The words for them, as docs and users know them: "ok", "removed", ... */
+/**
+ * @name Conversion from and to their names in documents and calls: "ok", "removed", ...
+ */
 ///@{
 std::optional<FrameTrouble> frameTroubleNamed(const std::string& word);
 std::string frameTroubleNames();
 ///@}
 
-/** The frame with what is wrong with it. A trouble that is not in the bytes changes nothing, and
- *  neither does LyingJpeg when it is no JPEG. */
+/**
+ * Returns the frame with the fault. A fault that does not affect the bytes changes nothing, and
+ * LyingJpeg only changes a JPEG.
+ */
 KVFrame spoilt(const KVFrame& frame, FrameTrouble trouble);
 
 }  // namespace robot

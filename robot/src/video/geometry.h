@@ -5,7 +5,7 @@
 
 namespace robot {
 
-/** A place or a direction, metres: x forward, y to the left, z up. */
+/** A position or a direction in metres: x forward, y to the left, z up. */
 struct Vector {
     double fX = 0;
     double fY = 0;
@@ -32,30 +32,30 @@ inline double length(const Vector& a) {
     return std::sqrt(dot(a, a));
 }
 
-/** The directions of a body's own axes. */
+/** The directions of a body's axes. */
 struct Axes {
     Vector fForward{1, 0, 0};
     Vector fLeft{0, 1, 0};
     Vector fUp{0, 0, 1};
 
-    /** A vector that is given along these axes. */
+    /** Converts a vector from these axes to the outer ones. */
     Vector outside(const Vector& a) const { return a.fX * fForward + a.fY * fLeft + a.fZ * fUp; }
-    /** A vector as it is seen along these axes. */
+    /** Converts a vector from the outer axes to these. */
     Vector inside(const Vector& a) const { return {dot(a, fForward), dot(a, fLeft), dot(a, fUp)}; }
 
-    /** Turned about their own forward axis, rad: the left side goes up. */
+    /** Returns them rotated about their own forward axis, rad: the left side goes up. */
     Axes rolled(double angle) const {
         const double c = std::cos(angle);
         const double s = std::sin(angle);
         return {fForward, c * fLeft + s * fUp, c * fUp - s * fLeft};
     }
-    /** Turned about their own left axis, rad: positive looks down. */
+    /** Returns them rotated about their own left axis, rad: positive looks down. */
     Axes pitched(double angle) const {
         const double c = std::cos(angle);
         const double s = std::sin(angle);
         return {c * fForward - s * fUp, fLeft, c * fUp + s * fForward};
     }
-    /** Turned about their own up axis, rad: positive looks to the left. */
+    /** Returns them rotated about their own up axis, rad: positive looks to the left. */
     Axes yawed(double angle) const {
         const double c = std::cos(angle);
         const double s = std::sin(angle);

@@ -9,7 +9,7 @@ namespace robot {
 /** Starts GStreamer once for the whole program. @throws std::runtime_error */
 void startGStreamer();
 
-/** Gives GStreamer's things back. */
+/** Releases GStreamer's objects. */
 struct GStreamerEnd {
     void operator()(GstBus* bus) const { gst_object_unref(bus); }
     void operator()(GstCaps* caps) const { gst_caps_unref(caps); }

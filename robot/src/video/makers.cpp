@@ -19,7 +19,7 @@ struct Size {
     int fHeight;
 };
 
-/** All formats and rates at each size. */
+/** Returns all formats and rates for each size. */
 std::vector<CameraMode> modes(const std::vector<Size>& sizes, const std::vector<double>& rates) {
     const std::vector<KVPixelFormat> formats{KVPixelFormat::Rgb888, KVPixelFormat::Yuv422,
                                              KVPixelFormat::Grey8, KVPixelFormat::Jpeg};

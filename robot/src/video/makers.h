@@ -12,17 +12,17 @@
 namespace robot {
 
 /**
- * The humanoid's cameras: "head" and "chest".
+ * Creates the humanoid's cameras: "head" and "chest".
  *
- * @param pose how it stands now; called from the cameras' threads
+ * @param pose returns the current pose; called from the cameras' threads
  */
 std::vector<std::unique_ptr<Camera>> makeHumanoidCameras(std::function<Pose()> pose);
 
 /**
- * The cameras of this computer: "camera0" and so on, or "test" with a test picture where it has
- * none.
+ * Creates the cameras of this computer: "camera0" and so on, or "test" with a test picture if it
+ * has none.
  *
- * @param complain told what fails, on any thread
+ * @param complain called with a message for each failure, on any thread
  */
 std::vector<std::unique_ptr<Camera>> makeComputerCameras(
     const std::function<void(const std::string&)>& complain);

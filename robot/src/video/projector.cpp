@@ -7,9 +7,9 @@ namespace robot {
 
 namespace {
 
-constexpr double a_nearest = 0.02;  // metres; what is nearer is cut off
+constexpr double a_nearest = 0.02;  // metres; anything nearer is clipped
 
-/** What of a polygon lies in front of the camera. */
+/** Returns the part of a polygon in front of the camera. */
 std::vector<Vector> inFront(const std::vector<Vector>& corners) {
     std::vector<Vector> kept;
     kept.reserve(corners.size() + 1);

@@ -8,14 +8,14 @@
 
 namespace robot {
 
-/** Where a camera is and looks, and how much it sees. */
+/** Position, direction and angle of view of a camera. */
 struct View {
     Vector fPlace;
     Axes fAxes;
-    double fWidth = 1;  ///< angle from the left to the right edge of the picture, rad
+    double fWidth = 1;  ///< horizontal angle of view, rad
 };
 
-/** Draws shapes of space as a camera sees them. Later ones cover earlier ones. */
+/** Draws three-dimensional shapes as a camera sees them. Later ones cover earlier ones. */
 class Projector {
   public:
     Projector(Canvas& canvas, const View& view);
@@ -25,7 +25,7 @@ class Projector {
     /** @param corners of a flat convex polygon */
     void drawPolygon(const std::vector<Vector>& corners, const Colour& colour);
     void drawBall(const Vector& middle, double radius, const Colour& colour);
-    /** A rod with round ends. */
+    /** Draws a rod with round ends. */
     void drawRod(const Vector& from, const Vector& to, double radius, const Colour& colour);
 
   private:
@@ -35,7 +35,7 @@ class Projector {
 
     Canvas& fCanvas;
     const View fView;
-    const double fFocus;  // of a thing one metre away and one metre long, pixels
+    const double fFocus;  // size of an object of one metre at a distance of one metre, pixels
 };
 
 }  // namespace robot

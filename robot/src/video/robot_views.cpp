@@ -27,7 +27,7 @@ constexpr Colour a_shell{222, 226, 232};
 constexpr Colour a_shade{150, 158, 170};
 constexpr Colour a_joint{72, 80, 94};
 
-/** The joints of one arm, in their order in the pose. */
+/** The joints of one arm, in the order of the pose. */
 struct Arm {
     std::size_t fFirst;
     double fSide;  // 1 left, -1 right
@@ -36,14 +36,14 @@ struct Arm {
 constexpr Arm a_leftArm{3, 1};
 constexpr Arm a_rightArm{9, -1};
 
-/** The humanoid's trunk in the room: at the height of the floor. */
+/** The humanoid's trunk in the room, at floor level. */
 struct Trunk {
     Vector fPlace;
     Axes fAxes;
 };
 
 Trunk trunkOf(const Pose& pose) {
-    // It walks its circle to the left, the middle always at its left hand.
+    // It walks in a circle to the left around the middle of the room.
     const double along = pose.fHeading - a_quarter;
     const Axes upright = Axes().yawed(pose.fHeading);
     return {{a_circleRadius * std::cos(along), a_circleRadius * std::sin(along), 0},
@@ -67,7 +67,7 @@ void drawArm(Projector& projector, const Trunk& trunk, const Pose& pose, const A
     projector.drawBall(elbow, 0.044, a_joint);
     projector.drawRod(elbow, wrist, 0.036, a_shell);
     projector.drawRod(wrist, knuckles, 0.03, a_joint);
-    // Three fingers that spread as the hand opens.
+    // Three fingers that spread when the hand opens.
     for (const double finger : {-1.0, 0.0, 1.0}) {
         const Axes spread = hand.yawed(finger * (0.1 + 0.4 * joint(5)));
         projector.drawRod(knuckles, knuckles + 0.05 * spread.fForward, 0.01, a_shell);

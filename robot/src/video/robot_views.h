@@ -6,10 +6,12 @@
 
 namespace robot {
 
-/** What the camera between the humanoid's eyes sees: the room, where the head is turned. */
+/**
+ * Draws the view of the camera between the humanoid's eyes: the room in the direction of the head.
+ */
 void drawHeadView(Canvas& canvas, const Pose& pose);
 
-/** What the camera below its neck sees: the floor before it and its own arms. */
+/** Draws the view of the camera below its neck: the floor in front of it and its own arms. */
 void drawChestView(Canvas& canvas, const Pose& pose);
 
 }  // namespace robot

@@ -10,7 +10,7 @@ namespace {
 
 constexpr double a_turn = 2 * 3.14159265358979323846;
 
-// The room's middle is the middle of the walk.
+// The middle of the room is the centre of the walk.
 constexpr double a_halfLength = 4;
 constexpr double a_halfWidth = 3.5;
 constexpr double a_height = 2.7;
@@ -27,15 +27,15 @@ constexpr Colour a_clockFace{250, 250, 245};
 constexpr Colour a_hand{40, 40, 48};
 constexpr Colour a_orange{232, 122, 36};
 
-/** How much light falls on a place: less of it far from the middle of the room. */
+/** Returns the light at a place: less of it far from the middle of the room. */
 double lightAt(const Vector& place) {
     return 1.08 - 0.012 * (place.fX * place.fX + place.fY * place.fY);
 }
 
-/** One of the four walls: along it, up, and into the room. */
+/** One of the four walls: directions along it, up, and into the room. */
 struct Wall {
     Vector fMiddle;  // of its lower edge
-    Vector fAlong;   // to the right for one who looks at it
+    Vector fAlong;   // to the right as seen from inside
     double fHalf;
     Colour fColour;
 
@@ -140,7 +140,7 @@ void drawClock(Projector& projector, const Wall& wall, double along, double time
     projector.drawRod(middle, onFace(a_turn * time / 60, 0.24), 0.008, {200, 40, 40});
 }
 
-/** A box that stands along the axes of the room. */
+/** A box parallel to the axes of the room. */
 struct Box {
     Vector fLow;
     Vector fHigh;
@@ -169,7 +169,7 @@ void drawBox(Projector& projector, const Box& box) {
     }
 }
 
-/** All stand outside of the circle on which the robot walks. */
+/** All are outside the circle on which the robot walks. */
 const std::array<Box, 9> a_furniture{{
     {{2.5, 1.2, 0}, {3.3, 2.6, 0.72}, a_wood},
     {{2.75, 1.5, 0.72}, {2.95, 1.7, 0.95}, {200, 58, 54}},

@@ -6,10 +6,10 @@
 namespace robot {
 
 /**
- * Draws the room in which the simulated humanoid walks its circle: it covers the whole picture of a
- * camera inside of it.
+ * Draws the room in which the simulated humanoid walks in a circle; it fills the whole picture of a
+ * camera inside it.
  *
- * @param time seconds, moves what moves by itself: a ball and a clock
+ * @param time seconds, for the moving objects: a ball and a clock
  */
 void drawRoom(Projector& projector, double time);
 

@@ -8,8 +8,8 @@
 namespace robot {
 
 /**
- * Draws number and time of a frame over the top of its picture, in black and white blocks that can
- * be read from a screenshot (docs/video.md has their order).
+ * Draws number and time of a frame across the top of its picture, in black and white blocks that
+ * can be read from a screenshot (see docs/video.md).
  *
  * @param time microseconds since 1970-01-01 UTC
  */

@@ -6,9 +6,9 @@
 namespace robot {
 
 /**
- * Draws colour bars, steps of grey and a line that moves, for a computer without a camera.
+ * Draws colour bars, steps of grey and a moving line, for a computer without a camera.
  *
- * @param time seconds, moves the line: from left to right in four of them
+ * @param time seconds; the line moves from left to right in four seconds
  */
 void drawTestCard(Canvas& canvas, double time);
 

@@ -87,7 +87,7 @@ void Video::xPublish(const Channel& channel, const KVFrame& frame) {
     try {
         fFrames->publish(channel.name(), spoilt(frame, trouble));
     } catch (const KVError&) {
-        // The camera was removed a moment ago, or the frame is too large to be sent: it is lost.
+        // The camera has just been removed, or the frame is too large to be sent: it is dropped.
     }
 }
 

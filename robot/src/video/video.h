@@ -18,14 +18,13 @@
 namespace robot {
 
 /**
- * The robot's cameras and the module "KVVideo" through which they are watched and set
- * (docs/video.md). A camera rests while nobody watches it. All operations may be called from any
- * thread.
+ * The robot's cameras and the module "KVVideo" for watching and configuring them (docs/video.md). A
+ * camera without watchers rests. All operations may be called from any thread.
  */
 class Video {
   public:
     explicit Video(std::vector<std::unique_ptr<Camera>> cameras);
-    /** The module must not be hosted any more. */
+    /** Requires that the module is no longer hosted. */
     ~Video();
     Video(const Video&) = delete;
     Video& operator=(const Video&) = delete;
@@ -33,14 +32,14 @@ class Video {
     const boost::shared_ptr<KVModule>& module() const { return fModule; }
 
     /**
-     * Makes a camera behave so from now on.
+     * Injects a fault into a camera.
      *
-     * @throws KVError when there is no such camera
+     * @throws KVError if there is no such camera
      */
     void setTrouble(const std::string& camera, FrameTrouble trouble);
 
   private:
-    /** A camera and what is wrong with it. */
+    /** A camera and its fault. */
     struct Channel {
         std::unique_ptr<Camera> fCamera;
         std::atomic<FrameTrouble> fTrouble{FrameTrouble::None};
@@ -60,8 +59,8 @@ class Video {
 
     boost::shared_ptr<KVFrameSource> fFrames;
     boost::shared_ptr<KVModule> fModule;
-    std::mutex fChangeMutex;                          // one change of settings or trouble at a time
-    std::vector<std::unique_ptr<Channel>> fChannels;  // stays as it was made
+    std::mutex fChangeMutex;                          // one change of settings or fault at a time
+    std::vector<std::unique_ptr<Channel>> fChannels;  // not changed after construction
 };
 
 }  // namespace robot

@@ -78,7 +78,7 @@ const char* pictureType(const std::string& bytes) {
 }
 
 std::string brokenPicture(const std::string& picture) {
-    constexpr std::size_t head = 8;  // of a PNG: its signature
+    constexpr std::size_t head = 8;  // the signature of a PNG
     return picture.substr(0, head) + "this is no picture";
 }
 

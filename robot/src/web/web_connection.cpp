@@ -37,7 +37,8 @@ WebConnection::~WebConnection() {
 }
 
 void WebConnection::start() {
-    // One deadline for the whole request, so that a client that sends it byte by byte is cut off.
+    // One deadline for the whole request, so that a client that sends it byte by byte is
+    // disconnected.
     fStream.expires_after(a_timeToAsk);
     http::async_read_header(
         fStream, fBuffer, fParser,

@@ -19,8 +19,8 @@
 namespace robot {
 
 /**
- * One client of the web server: it sends one request, gets its answer, and the connection is
- * closed. It keeps itself alive while something is under way. All on the server's thread.
+ * One client of the web server: it sends one request, receives its answer, and the connection is
+ * closed. The object owns itself while an operation is pending. All on the server's thread.
  */
 class WebConnection : public std::enable_shared_from_this<WebConnection> {
   public:
@@ -38,7 +38,7 @@ class WebConnection : public std::enable_shared_from_this<WebConnection> {
 
     /** Returns true while its request has not arrived. */
     bool isWaitingForRequest() const { return fIsWaitingForRequest; }
-    /** Ends it at once. */
+    /** Closes it at once. */
     void close();
 
   private:
@@ -47,7 +47,10 @@ class WebConnection : public std::enable_shared_from_this<WebConnection> {
     void xSendMore(std::size_t sent);
     bool xTakeOutput();
     void xWaitForNextByte();
-    /** Waits until the client closes, for so long: what it has not read yet would be lost else. */
+    /**
+     * Waits until the client closes, up to this time: otherwise data that it has not read would be
+     * lost.
+     */
     void xLinger(std::chrono::seconds longest);
     void xDiscardInput();
 
@@ -58,7 +61,7 @@ class WebConnection : public std::enable_shared_from_this<WebConnection> {
     boost::beast::flat_buffer fBuffer;
     boost::beast::http::request_parser<boost::beast::http::empty_body> fParser;
     WebAnswer fAnswer;
-    std::uint64_t fBodyTaken = 0;  // bytes of the body that have been put into fOutput
+    std::uint64_t fBodyTaken = 0;  // bytes of the body that have been copied to fOutput
     bool fIsWaitingForRequest = true;
     std::string fOutput;
     std::size_t fOutputSent = 0;

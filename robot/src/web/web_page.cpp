@@ -30,7 +30,7 @@ std::string colourText(std::int64_t colour) {
     return text.data();
 }
 
-/** The first part of a key's path: values are shown in one table for each. */
+/** Returns the first part of a key's path: each has a table of its values. */
 std::string groupOf(const std::string& key) {
     return key.substr(0, key.find('/'));
 }
@@ -40,7 +40,7 @@ std::string nameInGroup(const std::string& key) {
     return slash == std::string::npos ? key : key.substr(slash + 1);
 }
 
-/** Lets a long path be broken at its slashes. */
+/** Allows line breaks at the slashes of a long path. */
 std::string breakable(const std::string& html) {
     return boost::algorithm::replace_all_copy(html, "/", "/<wbr>");
 }
@@ -50,7 +50,7 @@ std::string section(const std::string& title, const std::string& rows) {
            "</table>\n</section>\n";
 }
 
-/** The present value of a key; nothing when the key has just gone. */
+/** Returns the current value of a key; nothing if the key has just been removed. */
 KVValue valueOf(const KVValueTable& table, const std::string& key) {
     try {
         return table.getValue(key).fValue;

@@ -12,8 +12,8 @@
 namespace robot {
 
 /**
- * The robot's web page: its name, its modules and its values. It is complete as it is served; its
- * script only keeps the values up to date. May be used from any thread.
+ * The robot's web page: its name, its modules and its values. The page is complete as served; its
+ * script only updates the values. May be used from any thread.
  */
 class WebPage {
   public:
@@ -22,7 +22,7 @@ class WebPage {
             boost::shared_ptr<KVValueTable> values);
 
     std::string html() const;
-    /** The values as the page shows them: an object from identifier to text. */
+    /** Returns the values as the page shows them: an object from identifier to text. */
     std::string json() const;
     static std::string style();
     static std::string script();
@@ -37,7 +37,7 @@ class WebPage {
     boost::shared_ptr<KVValueTable> fValues;
 };
 
-/** A value in a few words; not yet escaped for HTML. */
+/** Returns a short text for a value; not yet escaped for HTML. */
 std::string shortText(const KVValue& value, const std::string& unit);
 
 }  // namespace robot

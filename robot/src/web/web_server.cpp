@@ -49,7 +49,7 @@ struct WebServer::Private {
 
     WebSite fSite;
     std::list<WebConnection*> fConnections;  // oldest first; they own themselves
-    bool fEnding = false;                    // set when no handler runs any more
+    bool fEnding = false;                    // set when no handler is running
     boost::asio::io_context fContext{1};
     sockets::Listener fListener{
         fContext,
@@ -72,7 +72,7 @@ void WebServer::Private::serve(tcp::socket socket) {
     connection->start();
 }
 
-/** Ends the connection that has been waiting longest for its request. */
+/** Closes the connection that has waited longest for its request. */
 bool WebServer::Private::makeRoom() {
     const auto waiting =
         std::find_if(fConnections.begin(), fConnections.end(),

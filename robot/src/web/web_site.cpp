@@ -34,7 +34,7 @@ const char* reason(int status) {
     }
 }
 
-/** The path without its query. */
+/** Returns the path without its query. */
 std::string pathOf(const std::string& target) {
     std::string path = target.substr(0, target.find('?'));
     // Clients that join an address and an absolute path with a slash ask for "//media/...".

@@ -12,40 +12,42 @@ namespace robot {
 
 class WebPage;
 
-/** How an answer reaches the client. */
+/** Speed at which an answer is sent. */
 enum class WebPace {
     AtOnce,
     ByteASecond,
-    Never  ///< nothing is sent at all
+    Never  ///< nothing is sent
 };
 
-/** What a client is sent. */
+/** The answer to a client. */
 struct WebAnswer {
     int fStatus = 200;
     std::string fType = "text/plain; charset=utf-8";
     std::string fBody;
-    /** Bytes of the body on the wire: fBody again and again until they are reached. */
+    /** Bytes of the body on the wire: fBody is repeated up to this size. */
     std::uint64_t fLength = 0;
     WebPace fPace = WebPace::AtOnce;
 
-    /** Status line and headers, with the empty line that ends them. */
+    /** Returns status line and headers, with the empty line that ends them. */
     std::string head() const;
 };
 
-/** Chooses what each request is answered with. May be used from any thread. */
+/** Selects the answer to each request. May be used from any thread. */
 class WebSite {
   public:
     /** @param icon the icon's bytes; empty for none */
     WebSite(std::shared_ptr<const WebPage> page, std::string icon);
 
     /**
+     * Returns the answer to a request.
+     *
      * @param method of the request, for instance "GET"
-     * @param target as the client sent it; a query is passed over, and the path may begin with two
-     *        slashes
+     * @param target as the client sent it; a query is ignored, and the path may begin with two
+     *         slashes
      */
     WebAnswer answer(const std::string& method, const std::string& target) const;
 
-    /** The answer to something that is no HTTP request. */
+    /** Returns the answer to an invalid HTTP request. */
     static WebAnswer badRequest();
 
     void setIconTrouble(IconTrouble trouble) { fTrouble = trouble; }

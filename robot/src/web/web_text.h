@@ -5,10 +5,10 @@
 
 namespace robot {
 
-/** The text for HTML, between tags or within quotes: valid UTF-8 without markup. */
+/** Returns the text for HTML, between tags or within quotes: valid UTF-8 without markup. */
 std::string htmlEscaped(const std::string& text);
 
-/** The text as a JSON string, with its quotes; safe within a script element too. */
+/** Returns the text as a JSON string in quotes, which is safe within a script element, too. */
 std::string jsonQuoted(const std::string& text);
 
 }  // namespace robot
