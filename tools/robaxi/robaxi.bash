@@ -1,10 +1,10 @@
 # shellcheck shell=bash
-# Completion of "robaxi" for bash, which finds this file by the program's name. Commands, options and
-# the kinds of their values come from the program's help; hosts, modules, methods, keys and cameras
-# from the network, for which the user waits two seconds at most.
+# bash completion for "robaxi"; bash finds this file by the program's name. Commands, options and the kinds of
+# their values come from the program's help; hosts, modules, methods, keys and cameras from the network, for
+# which it waits two seconds at most.
 
-# The words that start with what the user has typed go to COMPREPLY, with blanks and the like made
-# safe. A name from the network never reaches the shell as code.
+# Adds the words that start with the user's input to COMPREPLY, with special characters escaped. A name from
+# the network never reaches the shell as code.
 _robaxi_offer() {
     local word
     COMPREPLY=()
@@ -21,7 +21,7 @@ _robaxi_modules() {
     _robaxi_ask modules "${given[0]}" --timeout 1
 }
 
-# Lists the values of a kind, as the help names it, for the words that were given so far.
+# Lists the values of a kind, named as in the help, for the preceding words.
 _robaxi_values() {
     case $1 in
         COMMAND) "$program" --help | sed -n '/^Commands:/,/^$/s/^  \([a-z]*\) .*/\1/p' ;;
@@ -45,7 +45,7 @@ _robaxi_values() {
 
 _robaxi() {
     local cur prev words cword
-    # A colon separates HOST and PORT here, not two words.
+    # A colon is part of HOST:PORT, not a word separator.
     _init_completion -n : || return
     local program=${words[0]} help names value name position
     if [ "$cword" -eq 1 ]; then
@@ -53,7 +53,7 @@ _robaxi() {
         return
     fi
     help=$("$program" "${words[1]}" --help 2>/dev/null) || return
-    # The kind of each option's value, from lines as "  -o,--output FILE   the file to write".
+    # The kinds of the options' values, from lines like "  -o,--output FILE   the file to write".
     local -A takes=()
     while read -r names value; do
         for name in ${names//,/ }; do

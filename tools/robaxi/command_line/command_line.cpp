@@ -25,7 +25,7 @@ Console::Color toColor(const std::string& text) {
     throw UsageError("--color is 'auto' or 'never', not '" + text + "'");
 }
 
-/** The options of a command, with those that all commands have. */
+/** The options of a command, including those of all commands. */
 struct DescribedOptions {
     explicit DescribedOptions(Command& command) {
         command.addOptions(fOptions);

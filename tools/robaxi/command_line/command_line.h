@@ -8,32 +8,32 @@
 
 namespace robaxi_tool {
 
-/** What the arguments of a sub-command say, beside what went into the command's own members. */
+/** Parsed arguments of a sub-command that are not stored in the command's members. */
 struct ParsedCommandLine {
     bool fHelp = false;
     Console::Color fColor = Console::Color::Auto;
     std::vector<std::string> fWords;
 };
 
-/** Reads the arguments that follow a command's name. @throws UsageError */
+/** Parses the arguments that follow a command's name. @throws UsageError */
 ParsedCommandLine parseCommandLine(Command& command, const std::vector<std::string>& arguments);
 
-/** What --help says of HOST, in whole lines. */
+/** The help's description of HOST, in whole lines. */
 constexpr const char* a_hostHelp =
     "HOST is a name under which a robot announces itself ('robaxi list' shows them), a host\n"
     "name or an address; HOST:PORT and [IPv6]:PORT choose a port. Without a port it is the one\n"
     "that is announced, or else 9559.\n";
 
-/** The options of a command, with those that all commands have. */
+/** Returns the options of a command, including those of all commands. */
 std::vector<Options::Entry> optionsOf(Command& command);
 
-/** The sentence with a capital letter at its beginning. */
+/** Returns the sentence with a capital letter at the beginning. */
 std::string capitalised(std::string sentence);
 
-/** What "robaxi COMMAND --help" shows. */
+/** Returns the output of "robaxi COMMAND --help". */
 std::string helpText(Command& command);
 
-/** What "robaxi --help" shows. */
+/** Returns the output of "robaxi --help". */
 std::string generalHelpText();
 
 }  // namespace robaxi_tool

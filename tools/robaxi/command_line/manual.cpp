@@ -22,7 +22,7 @@ constexpr Example a_examples[] = {
     {"robaxi doctor robot1", "Why is it not reached?"},
 };
 
-/** A text as it stands: nothing in it is taken for a request, or for typography. */
+/** Escapes a text so that nothing in it is a request or typography. */
 std::string verbatim(const std::string& text) {
     std::string safe;
     bool isLineStart = true;

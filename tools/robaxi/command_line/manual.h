@@ -5,7 +5,7 @@
 
 namespace robaxi_tool {
 
-/** The manual page robaxi(1), in the language of man: what --help says, of all commands. */
+/** Returns the manual page robaxi(1), in man's format: the help of all commands. */
 std::string manualPage();
 
 }  // namespace robaxi_tool

@@ -1,4 +1,4 @@
-// Writes the manual page while the project is built.
+// Writes the manual page during the build.
 #include "command_line/manual.h"
 
 #include <fstream>

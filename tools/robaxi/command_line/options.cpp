@@ -19,7 +19,7 @@ namespace {
 constexpr int a_defaultTimeout = 5;
 constexpr int a_longestTimeout = 3600;
 constexpr std::size_t a_termWidth = 30;
-constexpr std::size_t a_mostEdits = 2;  ///< between a mistyped name and the one that is meant
+constexpr std::size_t a_mostEdits = 2;  ///< between a mistyped name and the intended one
 
 template <class Number>
 std::string shown(Number number) {
@@ -37,7 +37,7 @@ bool isOption(const std::string& word) {
     return word.size() > 1 && word[0] == '-' && !isNegativeNumber(word);
 }
 
-/** CLI11 would take the next argument for the value. */
+/** CLI11 would use the next argument as the value. */
 void refuseEmptyValues(const std::vector<std::string>& arguments) {
     for (const std::string& argument : arguments) {
         if (argument == "--") {
@@ -51,13 +51,15 @@ void refuseEmptyValues(const std::vector<std::string>& arguments) {
 }
 
 std::string sentenceOf(const CLI::ArgumentMismatch& mistake) {
-    // It begins with the name of the option, which lacks its dashes when the option is a switch.
+    // It begins with the name of the option, without its dashes if the option is a switch.
     const std::string text = mistake.what();
     const std::string name = text.substr(0, text.find_first_of(": "));
     return name[0] == '-' ? name + " takes one value" : "--" + name + " takes no value";
 }
 
-/** The number of characters to insert, delete or replace to turn one text into the other. */
+/**
+ * Returns the number of characters to insert, delete or replace to turn one text into the other.
+ */
 std::size_t editDistance(const std::string& one, const std::string& other) {
     std::vector<std::size_t> row(other.size() + 1);
     std::iota(row.begin(), row.end(), std::size_t{0});
@@ -87,7 +89,7 @@ void Options::addNumber(const char* name, const char* word, Number* value, Numbe
     *value = standard;
     const std::string option = name;
     const auto take = [=](const std::string& text) {
-        // Written so that not-a-number is refused.
+        // Written so that NaN is refused.
         if (!boost::conversion::try_lexical_convert(text, *value) ||
             !(*value >= lowest && *value <= highest)) {
             throw UsageError(option + " takes " + shown(lowest) + " to " + shown(highest) +

@@ -12,10 +12,10 @@ class App;
 namespace robaxi_tool {
 
 /**
- * The options of one command. They are declared once: for the parser, the help, the manual page and
+ * The options of one command, declared once for the parser, the help, the manual page and
  * completion.
  *
- * CLI11 does the work. Its headers take seconds to compile, so only this class includes them.
+ * Based on CLI11, whose headers take seconds to compile, so only this class includes them.
  */
 class Options {
   public:
@@ -34,7 +34,7 @@ class Options {
      * Adds an option with a number, an int or a double, from `lowest` to `highest`.
      *
      * @param name with its dashes, for instance "--count"
-     * @param word the kind of the value, as help and completion name it
+     * @param word the kind of the value, as shown by help and completion
      */
     template <class Number>
     void addNumber(const char* name, const char* word, Number* value, Number standard,
@@ -44,7 +44,7 @@ class Options {
      * Adds an option with a text.
      *
      * @param name for instance "-o,--output"
-     * @param word a kind that completion knows (HOST, MODULE, FILE...), or the values: "auto|never"
+     * @param word a kind known to completion (HOST, MODULE, FILE...), or the values: "auto|never"
      * @param standard the value if the option is not given
      */
     void addText(const char* name, const char* word, std::string* value, const char* description,
@@ -56,11 +56,11 @@ class Options {
     /** Adds "--timeout": seconds within which the robot must answer. */
     void addTimeout(int* value);
 
-    /** Adds "--help", which hides every mistake in the other arguments. */
+    /** Adds "--help", which overrides errors in the other arguments. */
     void addHelp(bool* wanted);
 
     /**
-     * Reads the arguments. Options may stand anywhere among the words; negative numbers, and
+     * Parses the arguments. Options may appear anywhere among the words; negative numbers, and
      * everything after "--", are words.
      *
      * @return the words
@@ -69,7 +69,7 @@ class Options {
     std::vector<std::string> parse(const std::vector<std::string>& arguments);
 
     std::vector<Entry> entries() const;
-    /** The options in lines with two columns. */
+    /** Returns the options as lines with two columns. */
     std::string help() const;
 
   private:
@@ -80,8 +80,8 @@ class Options {
 };
 
 /**
- * Returns " (did you mean '...'?)" with the known name that is nearest to a mistyped one; empty if
- * none is near.
+ * Returns " (did you mean '...'?)" with the known name closest to a mistyped one; empty if none is
+ * close.
  */
 std::string suggestion(const std::string& mistyped, const std::vector<std::string>& known);
 

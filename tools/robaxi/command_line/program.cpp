@@ -52,8 +52,8 @@ ExitStatus runFirstWord(const Arguments& arguments, Surroundings& surroundings) 
 }
 
 /**
- * Occupies the standard descriptors that whoever started the program has closed, so that no
- * connection gets such a number and results go into it. Writing to them fails, as it has to.
+ * Occupies standard descriptors that the parent process has closed, so that no connection gets such
+ * a number and receives the results. Writing to them fails, as it must.
  */
 void keepStandardDescriptors() {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {

@@ -8,11 +8,11 @@
 
 namespace robaxi_tool {
 
-/** The whole program on the process's own streams and signals. @return its exit status */
+/** Runs the program on the process's streams and signals. @return its exit status */
 int runProgram(int argc, char** argv);
 
 /**
- * Finds the sub-command, runs it and says what went wrong.
+ * Finds the sub-command, runs it and reports errors.
  *
  * @param arguments without the program's name
  * @return the exit status

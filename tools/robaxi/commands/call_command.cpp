@@ -50,7 +50,7 @@ class CallCommand : public Command {
         try {
             return module.callValue(method, arguments);
         } catch (const KVError& error) {
-            // A module may report a time-out of its own.
+            // A module may report a time-out, too.
             if (error.cause() != KVError::Cause::TimedOut || Clock::now() < end) {
                 throw;
             }

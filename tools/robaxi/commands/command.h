@@ -12,13 +12,13 @@
 
 namespace robaxi_tool {
 
-/** What a command works with. */
+/** The environment of a command. */
 struct Surroundings {
     Console& fConsole;
     Interruption& fInterruption;
 };
 
-/** The words that a command takes beside its options. */
+/** The words of a command besides its options. */
 struct Words {
     static constexpr std::size_t a_anyNumber = static_cast<std::size_t>(-1);
 
@@ -27,7 +27,7 @@ struct Words {
     std::size_t fAtMost;
 };
 
-/** One sub-command. It is made for one run. */
+/** A sub-command. An object is used for one run. */
 class Command {
   public:
     Command() = default;
@@ -36,18 +36,18 @@ class Command {
     Command& operator=(const Command&) = delete;
 
     virtual std::string name() const = 0;
-    /** What it does, in a few words without a full stop. */
+    /** Returns its purpose in a few words without a full stop. */
     virtual std::string summary() const = 0;
     virtual Words words() const = 0;
-    /** What --help says below the summary: whole lines. */
+    /** Returns the help below the summary: whole lines. */
     virtual std::string explanation() const = 0;
     /** Adds its options, bound to its members. */
     virtual void addOptions(Options& options) = 0;
 
     /**
-     * Does the work.
+     * Runs the command.
      *
-     * @param given as many words as words() says
+     * @param given as many words as words() specifies
      * @throws KVError, Failure, Interrupted, ReaderGone
      */
     virtual ExitStatus run(const std::vector<std::string>& given, Surroundings& surroundings) = 0;

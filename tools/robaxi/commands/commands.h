@@ -20,10 +20,10 @@ std::unique_ptr<Command> makeSetCommand();
 std::unique_ptr<Command> makeSnapshotCommand();
 std::unique_ptr<Command> makeWatchCommand();
 
-/** All of them, in the order in which --help shows them. */
+/** Returns all commands in the order of the help. */
 std::vector<std::unique_ptr<Command>> makeCommands();
 
-/** The command of that name. @throws UsageError */
+/** Returns the command of that name. @throws UsageError */
 std::unique_ptr<Command> makeCommand(const std::string& name);
 
 }  // namespace robaxi_tool

@@ -46,7 +46,7 @@ std::string findingJson(const char* check, const Finding& finding) {
                      {"advice", finding.fAdvice}});
 }
 
-/** A check that itself fails tells of something wrong too. */
+/** A check that throws indicates a problem, too. */
 Finding examine(const Check& check, Examination& examination) {
     try {
         return check.fRun(examination);

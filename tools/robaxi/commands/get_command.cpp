@@ -30,7 +30,9 @@ bool addMatching(const std::string& pattern, const std::vector<std::string>& key
     return expanded.size() > before;
 }
 
-/** Replaces patterns by the keys that they match; those that match none go to `unmatched`. */
+/**
+ * Replaces patterns by the keys that they match; those that match none are added to `unmatched`.
+ */
 std::vector<AskedKey> expandedKeys(MemoryModule& memory, const std::vector<std::string>& given,
                                    std::vector<std::string>& unmatched) {
     const std::vector<std::string> keys = std::any_of(given.begin(), given.end(), isPattern)

@@ -9,15 +9,15 @@ namespace robaxi_tool {
 
 namespace {
 
-/** A host's announcements come one after the other; by then they are all there. */
+/** A host's announcements arrive one after the other; after this time all have arrived. */
 constexpr std::chrono::milliseconds a_steady(200);
-/** Nothing new for so long: everybody has answered. */
+/** After this time without changes every host has answered. */
 constexpr std::chrono::milliseconds a_settled(1500);
 
 constexpr int a_defaultTimeout = 5;
 constexpr int a_longestTimeout = 3600;
 
-/** Prints hosts as they become known. */
+/** Prints hosts when they become known. */
 class Listing {
   public:
     Listing(bool asJson, int timeout, Surroundings& surroundings)
@@ -46,7 +46,7 @@ class Listing {
     bool isEmpty() const { return fPrinted.empty(); }
 
   private:
-    /** @return when the next host may be ready that is not now */
+    /** @return the time at which the next host may be ready */
     Clock::time_point xPrintKnown() {
         Clock::time_point due = Clock::time_point::max();
         for (const auto& [key, host] : fHosts.hosts()) {

@@ -31,7 +31,7 @@ std::string milliseconds(double time) {
     return {buffer.data(), end.ptr};
 }
 
-/** To the microsecond, below which a clock reading says nothing. */
+/** Rounds to microseconds, the resolution of the clock readings. */
 double rounded(double time) {
     return std::round(time * 1000) / 1000;
 }
@@ -53,7 +53,7 @@ std::string statisticsJson(std::size_t count, const RoundTripStatistics& statist
                      {"max_ms", rounded(statistics.fMaximum)}});
 }
 
-/** Asks for something small that every robot answers to without running a method. */
+/** A small request that every robot answers without running a method. */
 class SmallQuestion {
   public:
     explicit SmallQuestion(const RobotLink& link) : fLink(link) {
@@ -114,7 +114,7 @@ class PingCommand : public Command {
             xMeasure(link, surroundings, times);
         } catch (const ReaderGone&) {
             throw;
-        } catch (const std::exception&) {  // the user's wish to end, or the robot's
+        } catch (const std::exception&) {  // interrupted by the user, or ended by the robot
             xPrintStatistics(console, times);
             throw;
         }

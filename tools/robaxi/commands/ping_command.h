@@ -5,12 +5,12 @@
 
 namespace robaxi_tool {
 
-/** Times of a number of round trips, in the unit in which they were given. */
+/** Statistics of round trips, in the unit of the input. */
 struct RoundTripStatistics {
     double fMinimum = 0;
     double fMean = 0;
     double fMedian = 0;
-    double fPercentile99 = 0;  ///< the smallest that at least 99 of 100 do not exceed
+    double fPercentile99 = 0;  ///< the smallest value that at least 99 of 100 do not exceed
     double fMaximum = 0;
 };
 

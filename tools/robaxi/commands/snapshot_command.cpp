@@ -15,10 +15,10 @@ namespace robaxi_tool {
 namespace {
 
 constexpr const char* a_standardOutput = "-";
-/** A camera that has sent nothing new for so many of its periods stands still. */
+/** A camera that has sent nothing new for this many of its periods has stopped. */
 constexpr double a_periodsOfPatience = 4;
 constexpr double a_shortestPatience = 1;  ///< seconds
-constexpr double a_usualRate = 1;         ///< frames a second, of a camera that does not say
+constexpr double a_usualRate = 1;  ///< frames a second, for a camera that does not report its rate
 
 PictureFormat parseFormat(const std::string& text) {
     const std::optional<PictureFormat> format = parsePictureFormat(text);
@@ -44,7 +44,7 @@ const char* cameraFormat(KVPixelFormat format) {
     return "unknown";
 }
 
-/** "2024-05-01T12:34:56.789012Z" for a file's name. */
+/** Removes the punctuation of "2024-05-01T12:34:56.789012Z" for a file name. */
 std::string withoutSigns(std::string time) {
     time.erase(std::remove_if(time.begin(), time.end(),
                               [](char sign) {

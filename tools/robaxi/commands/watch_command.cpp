@@ -14,10 +14,10 @@ constexpr double a_defaultRate = 10;
 constexpr double a_lowestRate = 0.001;
 constexpr double a_highestRate = 1000;
 
-/** Prints rows until there were enough of them. */
+/** Prints rows up to a maximum number. */
 class RowPrinter {
   public:
-    /** @param count how many rows; 0 for any number */
+    /** @param count number of rows; 0 for any number */
     RowPrinter(Console& console, ChangeFormat format, int count)
         : fConsole(console), fFormat(format), fIsCounting(count != 0), fLeft(count) {}
 
@@ -44,7 +44,7 @@ class RowPrinter {
     int fLeft;
 };
 
-/** Follows a watch to its end. */
+/** Runs a watch to its end. */
 void follow(KeyWatch& watch, KVSubscription& subscription, Bell& bell, Clock::time_point deadline) {
     const auto selectionOrEnd = [&] {
         if (const auto ids = watch.takeNewSelection()) {
@@ -118,7 +118,7 @@ class WatchCommand : public Command {
         return fCsv ? ChangeFormat::Csv : ChangeFormat::Text;
     }
 
-    /** A key may come later; but when not one is there, the user has mistaken the name. */
+    /** A key may appear later; but if there is none at all, the name is probably wrong. */
     static void xCheckMatches(const KeyWatch& watch, Console& console) {
         const std::vector<std::string> unmatched = watch.unmatched();
         if (unmatched.empty()) {

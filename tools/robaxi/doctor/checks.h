@@ -16,27 +16,27 @@ namespace robaxi_tool {
 
 enum class Verdict {
     Good,
-    Note,     ///< worth knowing; nothing fails because of it alone
+    Note,     ///< worth knowing; not a failure by itself
     Problem,  ///< something will not work
-    Skipped   ///< could not be looked at, or does not apply
+    Skipped   ///< could not be checked, or does not apply
 };
 
-/** What one check of the doctor found. */
+/** Result of one check. */
 struct Finding {
     Verdict fVerdict = Verdict::Good;
     std::string fText;    ///< one sentence
-    std::string fAdvice;  ///< what to do; empty when there is nothing to do
+    std::string fAdvice;  ///< empty if nothing needs to be done
 };
 
 std::string nameOf(Verdict verdict);
 
-/** What is examined, and what the checks before have found out for those after them. */
+/** Input of the checks, and results of earlier checks for later ones. */
 struct Examination {
     explicit Examination(Interruption& interruption) : fInterruption(interruption) {}
 
     Interruption& fInterruption;
     int fTimeout = 5;               ///< seconds
-    std::optional<Target> fTarget;  ///< without one only this computer is examined
+    std::optional<Target> fTarget;  ///< without it only this computer is examined
 
     bool fHeardAnnouncements = false;                 ///< by checkAnnouncements()
     std::map<std::string, AnnouncedHost> fAnnounced;  ///< by checkAnnouncements()
@@ -45,52 +45,52 @@ struct Examination {
     bool fIsConnected = false;                        ///< by checkPort()
     std::optional<KVError> fConnectError;             ///< by checkPort()
 
-    /** Asks the system's resolver; nothing if it has not answered within fTimeout. */
+    /** Queries the system's resolver; returns nothing if it has not answered within fTimeout. */
     std::optional<std::vector<std::string>> lookUp(const std::string& hostName) const;
-    /** The announcement of the host, if there is one. */
+    /** Returns the announcement of the host, or null. */
     const AnnouncedHost* announcement() const;
 };
 
-/** One check: quick, or bounded by the time-out, and without lasting effect. */
+/** A check: fast, or bounded by the time-out, and without lasting effect. */
 struct Check {
     const char* fName;
     bool fNeedsHost;
     Finding (*fRun)(Examination&);
 };
 
-/** All of them, in the order in which they build on each other. */
+/** Returns all checks; later ones depend on earlier ones. */
 const std::vector<Check>& allChecks();
 
-/** A network interface is up and has an IPv4 address, besides loopback. */
+/** Checks that a network interface other than loopback is up and has an IPv4 address. */
 Finding checkNetwork(Examination&);
-/** One of them can multicast. */
+/** Checks that an interface supports multicast. */
 Finding checkMulticast(Examination&);
-/** Multicast without a chosen interface finds a way out. */
+/** Checks that there is a route for multicast without a selected interface. */
 Finding checkMulticastRoute(Examination&);
-/** No firewall of this computer stands before UDP port 5353. */
+/** Checks that no firewall of this computer blocks UDP port 5353. */
 Finding checkMdnsPort(Examination&);
-/** The user's settings of the middleware can be used. */
+/** Checks that the user's settings of the middleware can be used. */
 Finding checkSettings(Examination&);
-/** The system bus answers. */
+/** Checks that the system bus answers. */
 Finding checkBus(Examination&);
-/** The Avahi daemon answers. */
+/** Checks that the Avahi daemon answers. */
 Finding checkDaemon(Examination&);
-/** Names of the local network resolve: this computer's own does. */
+/** Checks that names of the local network resolve, using this computer's own name. */
 Finding checkNames(Examination&);
-/** Somebody announces itself. */
+/** Checks that there are announcements. */
 Finding checkAnnouncements(Examination&);
 
-/** The host is found, and its name resolves. */
+/** Checks that the host is found, and its name resolves. */
 Finding checkHostName(Examination&);
-/** The host announces itself. */
+/** Checks that the host is announced. */
 Finding checkAnnounced(Examination&);
-/** Something listens on the host's port. */
+/** Checks that something listens on the host's port. */
 Finding checkPort(Examination&);
-/** It speaks our version of the protocol. */
+/** Checks that it uses our version of the protocol. */
 Finding checkProtocol(Examination&);
-/** It is the robot that it should be, and lets us in. */
+/** Checks that it is the intended robot, and accepts our connection. */
 Finding checkAccess(Examination&);
-/** A robot serves its icon. */
+/** Checks that a robot serves its icon. */
 Finding checkIcon(Examination&);
 
 }  // namespace robaxi_tool

@@ -6,10 +6,10 @@ namespace robaxi_tool {
 
 namespace {
 
-/** Every host that is there has answered by then. */
+/** By then every host has answered. */
 constexpr std::chrono::milliseconds a_longestListening(2500);
 
-/** Longer than any resolver takes that waits for nobody. */
+/** Longer than any lookup that does not wait for a server. */
 constexpr std::chrono::milliseconds a_slowLookup(2000);
 
 const Finding a_noDaemon = {Verdict::Skipped, "This needs the Avahi daemon.", {}};

@@ -22,7 +22,7 @@ std::string placeOf(const Endpoint& endpoint) {
     return joined(endpoint.fHost, endpoint.fPort);
 }
 
-/** Whether the error says that not even the port was reached. */
+/** Returns true if the error means that not even the port was reached. */
 bool isUnreached(const KVError& error) {
     switch (error.cause()) {
         case KVError::Cause::NameNotFound:
@@ -47,7 +47,7 @@ bool isOfAccess(const KVError& error) {
     }
 }
 
-/** The library's sentences: what is wrong, and behind it what to do. */
+/** Splits the library's text into the problem and the advice. */
 Finding split(const KVError& error) {
     const std::string text = error.toString();
     const std::size_t end = text.find(". ");
@@ -76,7 +76,7 @@ Finding unreached(const Endpoint& endpoint, const KVError& error) {
     }
 }
 
-/** The first file for reaching robots that cannot be read; empty if all can. */
+/** Returns the first unreadable file for reaching robots; empty if all can be read. */
 std::string unreadableFile(const KVSettings& settings) {
     std::vector<KVSettings::Access> accesses{settings.fAccess};
     for (const auto& [robot, access] : settings.fRobots) {

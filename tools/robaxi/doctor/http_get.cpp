@@ -13,7 +13,7 @@ struct Body {
     std::size_t fMostBytes = 0;
 };
 
-/** @return less than it was given, which ends the transfer, when that is too much */
+/** @return less than `size`, which ends the transfer, if the body is too large */
 std::size_t count(const char* /*data*/, std::size_t size, std::size_t number, void* userData) {
     auto* const body = static_cast<Body*>(userData);
     body->fBytes += size * number;

@@ -7,16 +7,16 @@
 namespace robaxi_tool {
 
 struct HttpAnswer {
-    std::string fError;      ///< why there is no answer; empty when there is one
+    std::string fError;      ///< the reason if there is no answer; otherwise empty
     long fStatus = 0;        ///< for instance 404
     std::size_t fBytes = 0;  ///< size of the body
 };
 
 /**
- * Fetches a file and forgets it. No proxy is asked and no redirection followed.
+ * Downloads a file and discards it. Uses no proxy and follows no redirects.
  *
  * @param timeout seconds for all of it
- * @param mostBytes a larger body counts as an error
+ * @param mostBytes a larger body is an error
  */
 HttpAnswer httpGet(const std::string& url, int timeout, std::size_t mostBytes);
 

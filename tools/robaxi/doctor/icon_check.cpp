@@ -31,7 +31,8 @@ Finding checkIcon(Examination& examination) {
     }
     const std::string& address = examination.fAddresses.front();
     const bool isIpv6 = address.find(':') != std::string::npos;
-    // The slash stands twice because the robot browser asks so, and some servers mind.
+    // The path has a doubled slash because the robot browser uses one, and some servers treat it
+    // differently.
     const std::string url =
         "http://" + (isIpv6 ? '[' + address + ']' : address) + "//media/buddy.icon";
     const HttpAnswer answer = httpGet(url, examination.fTimeout, a_largestIcon);
@@ -40,7 +41,7 @@ Finding checkIcon(Examination& examination) {
         return {
             Verdict::Good, "The icon is there (" + std::to_string(answer.fBytes) + " bytes).", {}};
     }
-    // Of a host that does not announce itself it is not known whether it is a robot.
+    // A host that is not announced need not be a robot.
     return {host == nullptr ? Verdict::Note : Verdict::Problem,
             "The icon is missing, so lists show no picture: " + url + ": " + reason + '.',
             "Let the robot's web server, on port 80, serve the picture at that address; the two "

@@ -59,7 +59,7 @@ std::vector<Interface> networkInterfaces() {
             continue;
         }
         const Interface interface = interfaceOf(*found);
-        // One with several addresses is found several times.
+        // An interface with several addresses is listed several times.
         if (!contains(interfaces, interface.fIndex)) {
             interfaces.push_back(interface);
         }

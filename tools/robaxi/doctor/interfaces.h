@@ -12,23 +12,23 @@ struct Interface {
     std::string fName;
     int fIndex = 0;
     std::string fAddress;
-    bool fIsUp = false;  ///< switched on, with a cable or a wireless network
+    bool fIsUp = false;  ///< enabled, with a cable or a wireless network
     bool fIsMulticast = false;
 };
 
-/** Those of this computer. @throws std::system_error */
+/** Returns the interfaces of this computer. @throws std::system_error */
 std::vector<Interface> networkInterfaces();
 
-/** Those that are up and can multicast. @throws std::system_error */
+/** Returns those that are up and support multicast. @throws std::system_error */
 std::vector<Interface> multicastInterfaces();
 
-/** Names for a sentence: "eth0, wlan0". */
+/** Returns the names for a sentence: "eth0, wlan0". */
 std::string namesOf(const std::vector<Interface>& interfaces);
 
-/** A file descriptor that is closed at the end. */
+/** An owned socket. */
 class Socket {
   public:
-    /** Makes a UDP socket of IPv4. @throws std::system_error */
+    /** Creates an IPv4 UDP socket. @throws std::system_error */
     Socket();
     ~Socket();
     Socket(const Socket&) = delete;
@@ -40,7 +40,7 @@ class Socket {
     int fNumber;
 };
 
-/** The group and port of mDNS: 224.0.0.251, port 5353. */
+/** Returns the group and port of mDNS: 224.0.0.251, port 5353. */
 sockaddr_in mdnsGroup();
 
 }  // namespace robaxi_tool

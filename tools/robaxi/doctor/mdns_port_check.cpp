@@ -12,19 +12,16 @@ namespace robaxi_tool {
 
 namespace {
 
-/** The packet need not leave the computer to come back, so this is long. */
+/** Generous: the packet need not leave the computer to come back. */
 constexpr std::chrono::milliseconds a_patience(300);
 constexpr int a_attempts = 3;
 
-/** What became of a packet sent to the group through one interface. */
+/** Result of sending a packet to the group through one interface. */
 enum class Outcome { Heard, SendingStopped, NotHeard, PortKept };
 
 using Packet = std::vector<unsigned char>;
 
-/**
- * A question that any computer may ask: which types of service there are. Its random number tells
- * it from everybody else's.
- */
+/** Creates a harmless query for the types of service. Its random id identifies it. */
 Packet makeQuestion() {
     std::random_device random;
     const unsigned number = random();
@@ -60,10 +57,11 @@ ip_mreqn membershipOf(const Interface& interface) {
     return membership;
 }
 
-/** Listens to what arrives for the group through the interface alone. */
+/** Listens to packets that arrive for the group through this interface. */
 bool listen(const Socket& socket, const Interface& interface) {
     const sockaddr_in group = mdnsGroup();
-    // The Avahi daemon has the port too; bound to the group, none of its own mail is taken away.
+    // The Avahi daemon uses the port, too; a socket bound to the group does not take its packets
+    // away.
     return setOption(socket, SOL_SOCKET, SO_REUSEADDR, 1) &&
            setOption(socket, IPPROTO_IP, IP_MULTICAST_ALL, 0) &&
            bind(socket.number(), reinterpret_cast<const sockaddr*>(&group), sizeof group) == 0 &&
@@ -140,7 +138,7 @@ Finding checkMdnsPort(Examination& /*examination*/) {
         return {
             Verdict::Good, "UDP port 5353 is open on " + namesOf(found[Outcome::Heard]) + '.', {}};
     }
-    // Networks of virtual machines often have a firewall of their own; the others still work.
+    // Networks of virtual machines often have separate firewalls; the other networks still work.
     return {found[Outcome::Heard].empty() ? Verdict::Problem : Verdict::Note,
             "UDP port 5353 is blocked by a firewall of this computer" + blocked + '.',
             "Let mDNS pass: 'sudo ufw allow 5353/udp' or 'sudo firewall-cmd --add-service=mdns', "

@@ -9,7 +9,7 @@ namespace robaxi_tool {
 
 namespace {
 
-/** The sentence "... is not up" for interfaces that have an address and no connection. */
+/** Returns the sentence "... is not up" for interfaces that have an address and no connection. */
 std::string notUp(const std::vector<Interface>& interfaces) {
     return interfaces.empty() ? "it has no other network interface with an IPv4 address."
                               : namesOf(interfaces) + " is down or has no cable.";

@@ -17,42 +17,42 @@
 
 namespace robaxi_tool {
 
-/** A host that announces itself, as it was known at one instant. */
+/** A snapshot of an announced host. */
 struct AnnouncedHost {
     std::string fHostName;  ///< for instance "robot1.local"
     std::vector<KV::BonjourService> fServices;
     bool fLookedUp = false;
-    std::vector<std::string> fAddresses;  ///< none until it is looked up, or when it fails
-    bool fIsAddressOfAvahi = false;       ///< Avahi gave the address, not the system's resolver
-    Clock::time_point fChanged;           ///< when what is above last changed
+    std::vector<std::string> fAddresses;  ///< empty until it is looked up, or if that fails
+    bool fIsAddressOfAvahi = false;       ///< the address is Avahi's, not the system resolver's
+    Clock::time_point fChanged;           ///< time of the last change of the above
 
-    /** The host name without ".local". */
+    /** Returns the host name without ".local". */
     std::string name() const;
     bool isRobot() const;
-    /** Ports of the middleware; none when it does not run. */
+    /** Returns the ports of the middleware; empty if it is not running. */
     std::vector<int> ports() const;
 };
 
 /**
- * The hosts that announce themselves while it lives, with their addresses. One at a time in a
- * program. May be used from any thread.
+ * The hosts that are announced while the object exists, with their addresses. One object at a time
+ * in a program. May be used from any thread.
  */
 class AnnouncedHosts {
   public:
     /**
-     * Starts to listen.
+     * Starts listening.
      *
      * @param bell rung after each change
-     * @throws Failure NoDiscovery when there is no bus or no daemon
+     * @throws Failure NoDiscovery if there is no bus or no daemon
      */
     explicit AnnouncedHosts(Bell& bell);
     ~AnnouncedHosts();
     AnnouncedHosts(const AnnouncedHosts&) = delete;
     AnnouncedHosts& operator=(const AnnouncedHosts&) = delete;
 
-    /** The hosts by their host name in lower case. */
+    /** Returns the hosts by their host name in lower case. */
     std::map<std::string, AnnouncedHost> hosts() const;
-    /** When a host last came, changed or went, or when this was made. */
+    /** Returns the time of the last change of any host, or of the construction. */
     Clock::time_point lastChange() const;
 
   private:
@@ -64,11 +64,11 @@ class AnnouncedHosts {
     void xListen();
 
     Bell& fBell;
-    mutable std::mutex fMutex;  ///< guards the two that follow
+    mutable std::mutex fMutex;  ///< guards the following two
     std::map<std::string, AnnouncedHost> fHosts;
     Clock::time_point fLastChange;
     NameLookups fLookups;
-    AddressQueries fQueries;  ///< goes before fLookups, which its answers use
+    AddressQueries fQueries;  ///< destroyed before fLookups, which its answers use
     boost::signals2::scoped_connection fAdding;
     boost::signals2::scoped_connection fRemoving;
 };

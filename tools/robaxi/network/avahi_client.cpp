@@ -13,7 +13,7 @@ namespace {
 using SimplePoll = std::unique_ptr<AvahiSimplePoll, FreeWith<avahi_simple_poll_free>>;
 using Client = std::unique_ptr<AvahiClient, FreeWith<avahi_client_free>>;
 
-/** Avahi wants somebody who hears of the client's state. */
+/** Avahi requires a callback for the client's state. */
 void ignoreState(AvahiClient* /*client*/, AvahiClientState /*state*/, void* /*userData*/) {
 }
 
@@ -30,7 +30,7 @@ AvahiState askAvahi() {
     const Client client(avahi_client_new(avahi_simple_poll_get(poll.get()), AVAHI_CLIENT_NO_FAIL,
                                          ignoreState, nullptr, &error));
     if (client == nullptr) {
-        // A missing daemon would be waited for, so "no daemon" can only be said of the bus.
+        // The client would wait for a missing daemon, so "no daemon" can only refer to the bus.
         state.fBusError = error == AVAHI_ERR_NO_DAEMON ? "no connection" : avahi_strerror(error);
         return state;
     }
@@ -53,7 +53,7 @@ ServiceQuery::ServiceQuery(const std::string& instance, const std::string& type,
     }
     constexpr auto flags =
         static_cast<AvahiLookupFlags>(AVAHI_LOOKUP_NO_TXT | AVAHI_LOOKUP_NO_ADDRESS);
-    // The client owns the resolver. It is null for what cannot be an instance's name.
+    // The client owns the resolver. It is null for an invalid instance name.
     if (avahi_service_resolver_new(fClient.get(), AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC,
                                    instance.c_str(), type.c_str(), "local", AVAHI_PROTO_UNSPEC,
                                    flags, &ServiceQuery::xOnResolved, this) != nullptr) {
@@ -105,8 +105,8 @@ void AddressQueries::start(const std::string& hostName, const Answer& answer) {
         avahi_threaded_poll_lock(fPoll.get());
         const auto place = fQueries.insert(fQueries.end(), {this, answer, {}});
         place->fPlace = place;
-        // The client owns the resolver. It is null for what cannot be a host's name, and when the
-        // daemon grants this client no more of them.
+        // The client owns the resolver. It is null for an invalid host name, and at the daemon's
+        // limit for this client.
         const bool isAsked = avahi_host_name_resolver_new(
                                  fClient.get(), AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC,
                                  hostName.c_str(), AVAHI_PROTO_INET, AVAHI_LOOKUP_USE_MULTICAST,
@@ -132,7 +132,7 @@ void AddressQueries::xOnResolved(AvahiHostNameResolver* resolver, AvahiIfIndex /
         avahi_address_snprint(text.data(), text.size(), address);
     }
     query->fAnswer(text.data());
-    // One answer is enough, and the daemon grants a client only so many resolvers at a time.
+    // One answer is enough, and the daemon limits the number of a client's resolvers.
     avahi_host_name_resolver_free(resolver);
     query->fOwner->fQueries.erase(query->fPlace);
 }

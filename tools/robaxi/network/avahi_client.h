@@ -25,28 +25,31 @@ struct FreeWith {
     }
 };
 
-/** What the Avahi daemon of this computer says of itself. */
+/** State of this computer's Avahi daemon. */
 struct AvahiState {
-    std::string fBusError;     ///< why there is no system bus; empty when there is one
-    bool fIsRunning = false;   ///< the daemon is there
+    std::string fBusError;     ///< the reason if there is no system bus; otherwise empty
+    bool fIsRunning = false;   ///< the daemon is running
     bool fHasItsName = false;  ///< its name is established on the network
     std::string fVersion;
     std::string fHostName;  ///< for instance "desk.local"
 };
 
-/** Asks, and returns at once. */
+/** Queries the state; returns at once. */
 AvahiState askAvahi();
 
-/** Where a service leads to. */
+/** Host name and port of a service. */
 struct ServiceLocation {
     std::string fHostName;
     int fPort = 0;
 };
 
-/** The question where the service instance of a name is, asked on a thread of Avahi's. */
+/** A query for the location of a service instance, on a thread of Avahi. */
 class ServiceQuery {
   public:
-    /** Asks; without a daemon it never finds anything. `bell` is rung when it is found. */
+    /**
+     * Starts the query; without a daemon it never succeeds. `bell` is rung when the service is
+     * found.
+     */
     ServiceQuery(const std::string& instance, const std::string& type, Bell& bell);
     ~ServiceQuery();
     ServiceQuery(const ServiceQuery&) = delete;
@@ -69,8 +72,8 @@ class ServiceQuery {
 };
 
 /**
- * Lookups of host names by the Avahi daemon, on a thread of Avahi's. Unlike the system's resolver,
- * it waits for no DNS server.
+ * Lookups of host names by the Avahi daemon, on a thread of Avahi. Unlike the system's resolver,
+ * the daemon does not wait for DNS servers.
  */
 class AddressQueries {
   public:
@@ -78,12 +81,15 @@ class AddressQueries {
     using Answer = std::function<void(const std::string& address)>;
 
     AddressQueries();
-    /** No answer is given any more once it returns. */
+    /** Returns when no answer will be delivered any more. */
     ~AddressQueries();
     AddressQueries(const AddressQueries&) = delete;
     AddressQueries& operator=(const AddressQueries&) = delete;
 
-    /** The answer is given on Avahi's thread, or at once if the daemon cannot be asked. */
+    /**
+     * Starts a lookup. The answer is delivered on Avahi's thread, or at once if the daemon cannot
+     * be queried.
+     */
     void start(const std::string& hostName, const Answer& answer);
 
   private:

@@ -13,16 +13,16 @@ namespace robaxi_tool {
 struct HostRow {
     std::string fName;
     std::string fHostName;
-    std::string fAnnouncedName;  ///< name of the service instance, which is a HOST too
-    std::string fAddress;        ///< empty when it is not known
+    std::string fAnnouncedName;  ///< name of the service instance, which also works as HOST
+    std::string fAddress;        ///< empty if unknown
     std::optional<int> fPort;
     bool fIsRobot = false;
 };
 
-/** One row for each middleware of a host, or one without a port when there is none. */
+/** Returns one row for each middleware of a host, or one without a port if there is none. */
 std::vector<HostRow> rowsOf(const AnnouncedHost& host);
 
-/** Lines, each with its end; safe for a terminal. */
+/** Lines, each with a line break; safe for a terminal. */
 std::string rowHeader();
 std::string textOfRow(const HostRow& row);
 std::string jsonOfRow(const HostRow& row);

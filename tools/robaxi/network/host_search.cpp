@@ -18,17 +18,17 @@ namespace {
 
 using Kind = SearchDecision::Kind;
 
-/** How long a name that resolves waits for its announcement, and one that does not. */
+/** Time that a resolved name waits for its announcement, and that of an unresolved one. */
 constexpr std::chrono::milliseconds a_patienceWhenResolved(1000);
 constexpr std::chrono::milliseconds a_patience(2000);
-/** Nobody answers on the local network later; the resolver itself would go on for longer. */
+/** Hosts on the local network answer sooner; the resolver itself would wait longer. */
 constexpr std::chrono::milliseconds a_longestLocalSearch(3000);
 
 bool isLoopback(const std::string& address) {
     return address == "::1" || address.compare(0, 4, "127.") == 0;
 }
 
-/** The names to look up for a host: a bare one may be one of the local network. */
+/** Returns the names to look up for a host: a bare name may belong to the local network. */
 std::vector<std::string> candidateNames(const std::string& host) {
     if (host.find('.') == std::string::npos) {
         return {host, host + ".local"};
@@ -78,7 +78,7 @@ class HostSearch {
             decision = decide(fTarget, xState());
             return decision.fKind != Kind::Wait;
         };
-        // Time alone changes the decision when a patience is over.
+        // Without other changes the decision changes at these times.
         for (const Clock::time_point due :
              {fStart + a_patienceWhenResolved, fStart + a_patience, fEnd}) {
             if (fBell.waitUntil(std::min(due, fEnd), decided)) {
@@ -113,7 +113,7 @@ class HostSearch {
                           advice);
     }
 
-    /** Names of the local network are excepted: nobody answers for one that nobody has. */
+    /** Names of the local network are excluded: there is no answer for a name that no host has. */
     bool xIsResolverSilent() const {
         const std::lock_guard lock(fMutex);
         return !isLocalName(fTarget.fHost) && fAddresses.count(fTarget.fHost) == 0;
@@ -186,10 +186,10 @@ class HostSearch {
     Clock::time_point fEnd;
     std::vector<std::string> fNames;
     mutable std::mutex fMutex;
-    std::map<std::string, std::vector<std::string>> fAddresses;  ///< of the names looked up
+    std::map<std::string, std::vector<std::string>> fAddresses;  ///< by the names looked up
     std::unique_ptr<AnnouncedHosts> fAnnounced;
     std::unique_ptr<ServiceQuery> fInstance;
-    NameLookups fLookups;  ///< goes first, since it answers into the rest
+    NameLookups fLookups;  ///< destroyed first, since its answers use the other members
 };
 
 }  // namespace

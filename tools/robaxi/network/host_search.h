@@ -13,33 +13,33 @@
 
 namespace robaxi_tool {
 
-/** Where a robot is reached. */
+/** Address and port of a robot. */
 struct Endpoint {
     std::string fHost;  ///< an address, or a name that resolves
     int fPort = 0;
-    std::string fAddress;  ///< address that Avahi has for the name; empty if there is none
+    std::string fAddress;  ///< the name's address from Avahi; empty if there is none
 
-    /** What to connect to. With Avahi's address, no DNS server is waited for. */
+    /** Returns the host to connect to. With Avahi's address, no DNS server is involved. */
     const std::string& reachableHost() const { return fAddress.empty() ? fHost : fAddress; }
 };
 
-/** What is known while a name is searched for. */
+/** State of a search for a name. */
 struct SearchState {
-    /** Where the announcements say that it is. */
+    /** Location according to the announcements. */
     std::optional<Endpoint> fAnnounced;
-    /** Avahi is still asked for the address of fAnnounced. */
+    /** True while Avahi looks up the address of fAnnounced. */
     bool fIsAddressAsked = false;
-    /** Whether announcements can be heard at all. */
+    /** True if announcements can be received. */
     bool fMayBeAnnounced = true;
-    /** The name itself, or with ".local", once it has resolved. */
+    /** The name, possibly with ".local", after it has resolved. */
     std::optional<std::string> fResolved;
-    /** It resolved to this computer alone. */
+    /** True if it resolved to this computer only. */
     bool fIsThisComputer = false;
     bool fLookUpsEnded = false;
     Clock::duration fElapsed{};
 };
 
-/** What follows from it. */
+/** Decision for a search state. */
 struct SearchDecision {
     enum class Kind { Wait, Found, NotFound };
 
@@ -48,14 +48,14 @@ struct SearchDecision {
 };
 
 /**
- * Announcements go before host names, since they tell the port; a name that resolves waits for
- * them for a second only, and not at all when the user gave a port.
+ * Prefers announcements to host names, since they contain the port. A name that resolves waits for
+ * them for only a second, and not at all if the user gave a port.
  */
 SearchDecision decide(const Target& target, const SearchState& state);
 
 /**
- * Finds the robot that goes by a name: its service instance, its host name with or without
- * ".local", or any name that resolves.
+ * Finds a robot by its name: its service instance, its host name with or without ".local", or any
+ * name that resolves.
  *
  * @param timeout seconds
  * @throws Failure NotFound, or TimedOut if the system's resolver has not answered; Interrupted

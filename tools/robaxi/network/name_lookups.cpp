@@ -50,7 +50,7 @@ std::vector<std::string> addressesOf(const std::string& hostName) {
 }
 
 struct NameLookups::Shared {
-    std::mutex fMutex;  ///< guards all of it, and is held while an answer is given
+    std::mutex fMutex;  ///< guards everything; held while an answer is delivered
     std::deque<std::pair<std::string, Answer>> fWaiting;
     std::size_t fThreads = 0;
     bool fEnded = false;

@@ -11,11 +11,12 @@
 
 namespace robaxi_tool {
 
-/** The addresses of a host name, IPv4 first; none when it does not resolve. */
+/** Returns the addresses of a host name, IPv4 first; empty if it does not resolve. */
 std::vector<std::string> addressesOf(const std::string& hostName);
 
 /**
- * Returns the same within a time, or nothing if the system's resolver has not answered by then.
+ * Returns the addresses of a host name, or nothing if the system's resolver has not answered in
+ * time.
  *
  * @throws Interrupted
  */
@@ -24,22 +25,22 @@ std::optional<std::vector<std::string>> addressesInTime(const std::string& hostN
                                                         Interruption& interruption);
 
 /**
- * Looks host names up on a few threads of its own.
+ * Looks up host names on a few dedicated threads.
  *
- * A look-up cannot be broken off, and takes several seconds for a name that nobody answers to. So
- * the threads are left behind when this is destroyed; they end with their look-up.
+ * A lookup cannot be cancelled, and takes several seconds for an unknown name. So the destructor
+ * abandons the threads, which end with their lookup.
  */
 class NameLookups {
   public:
     using Answer = std::function<void(const std::vector<std::string>& addresses)>;
 
     NameLookups();
-    /** No answer is given any more once it returns. */
+    /** Returns when no answer will be delivered any more. */
     ~NameLookups();
     NameLookups(const NameLookups&) = delete;
     NameLookups& operator=(const NameLookups&) = delete;
 
-    /** The answer is given on one of the threads. */
+    /** Starts a lookup. The answer is delivered on one of the threads. */
     void start(const std::string& hostName, Answer answer);
 
   private:

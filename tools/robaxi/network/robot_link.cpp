@@ -6,8 +6,7 @@ namespace robaxi_tool {
 
 namespace {
 
-/** Connects. Files that the settings name are read only now. @throws Failure WrongUsage for these
- */
+/** Connects. Files named by the settings are read now. @throws Failure WrongUsage if that fails */
 boost::shared_ptr<KVConnection> connect(const boost::shared_ptr<KVBroker>& broker,
                                         const Endpoint& endpoint, int timeout) {
     try {
@@ -42,7 +41,7 @@ KVSettings loadSettings() {
 }
 
 RobotLink::RobotLink(const std::string& host, int timeout, Interruption& interruption)
-    // In braces, so that settings are read, and refused, before the search.
+    // In braces, which evaluate in order: settings are loaded, and refused, before the search.
     : RobotLink{loadSettings(), findHost(parseTarget(host), timeout, interruption), timeout} {
     interruption.check();
 }

@@ -15,23 +15,25 @@
 
 namespace robaxi_tool {
 
-/** The user's settings. @throws Failure WrongUsage with a sentence that names file and line */
+/**
+ * Loads the user's settings. @throws Failure WrongUsage with a sentence that names file and line
+ */
 KVSettings loadSettings();
 
 /**
- * Makes the program's broker for a robot, which does not listen.
+ * Creates the program's broker for a robot; it does not listen.
  *
- * @param settings the user's; what they say of the robot's name holds for Avahi's address too
+ * @param settings the user's; settings for the robot's name apply to Avahi's address, too
  * @throws KVError
  */
 boost::shared_ptr<KVBroker> makeBroker(KVSettings settings, const Endpoint& endpoint);
 
-/** Finds a robot and connects to it: what every command that talks to one does first. */
+/** A robot that was found and connected to; every command that contacts one begins with this. */
 class RobotLink {
   public:
     /**
      * @param host HOST as the user wrote it
-     * @param timeout seconds to find it, again to connect to it, and again for each call
+     * @param timeout seconds to find it, then to connect to it, and then for each call
      * @throws UsageError, Failure, KVError, Interrupted
      */
     RobotLink(const std::string& host, int timeout, Interruption& interruption);
@@ -40,7 +42,7 @@ class RobotLink {
     const boost::shared_ptr<KVConnection>& connection() const { return fConnection; }
     int timeout() const { return fTimeout; }
 
-    /** One of its modules. @throws KVError */
+    /** Returns one of its modules. @throws KVError */
     std::unique_ptr<KVProxy> module(const std::string& name) const;
 
   private:

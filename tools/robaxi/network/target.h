@@ -6,24 +6,26 @@
 
 namespace robaxi_tool {
 
-/** What the user wrote for HOST. */
+/** The user's HOST argument. */
 struct Target {
-    std::string fHost;  ///< an IPv6 address stands without brackets
+    std::string fHost;  ///< an IPv6 address without brackets
     std::optional<int> fPort;
 };
 
 /**
- * Reads HOST, HOST:PORT, [IPv6] or [IPv6]:PORT; a bare IPv6 address is taken as one.
+ * Parses HOST, HOST:PORT, [IPv6] or [IPv6]:PORT, and also a bare IPv6 address.
  *
  * @throws UsageError
  */
 Target parseTarget(const std::string& text);
 
-/** Whether it is an IPv4 or IPv6 address, the latter perhaps with its interface ("fe80::1%eth0").
+/**
+ * Returns true for an IPv4 or IPv6 address, the latter possibly with its interface
+ * ("fe80::1%eth0").
  */
 bool isAddress(const std::string& host);
 
-/** Host and port as they are written together. */
+/** Returns host and port in one text. */
 std::string joined(const std::string& host, int port);
 
 }  // namespace robaxi_tool

@@ -14,9 +14,9 @@ namespace robaxi_tool {
 using Clock = std::chrono::steady_clock;
 
 /**
- * Lets the command's thread wait for what other threads do and for the user's wish to end.
+ * Lets the command's thread wait for events of other threads and for interruption by the user.
  *
- * Whoever changes what is waited for rings afterwards.
+ * Code that changes an awaited condition rings afterwards.
  */
 class Bell {
   public:
@@ -24,18 +24,18 @@ class Bell {
     Bell(const Bell&) = delete;
     Bell& operator=(const Bell&) = delete;
 
-    /** From any thread. */
+    /** Wakes the waiting thread. May be called from any thread. */
     void ring();
 
     /**
-     * Returns as soon as the condition holds; it is asked at once, and after each ring.
+     * Returns when the condition is true; it is checked at once, and after each ring.
      *
-     * @return false when it does not hold by the deadline
+     * @return false if it is not true by the deadline
      * @throws Interrupted
      */
     bool waitUntil(Clock::time_point deadline, const std::function<bool()>& condition);
 
-    /** Waits for the deadline. @throws Interrupted */
+    /** Waits until the deadline. @throws Interrupted */
     void sleepUntil(Clock::time_point deadline);
 
   private:

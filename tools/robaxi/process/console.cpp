@@ -89,7 +89,7 @@ void Console::print(const std::string& text) {
 
 void Console::complain(const std::string& sentence) {
     const std::lock_guard lock(fMutex);
-    // There is nobody left to tell when this fails.
+    // A failure of this cannot be reported.
     writeAll(fErrors, "robaxi: " + base::oneLine(sentence) + '\n');
 }
 

@@ -6,28 +6,30 @@
 
 namespace robaxi_tool {
 
-/** Where results and remarks go. May be used from any thread. */
+/** Output of results and messages. May be used from any thread. */
 class Console {
   public:
     enum class Color { Never, Auto };
     enum class Paint { Green, Yellow, Red, Dim };
 
-    /** Writes to two open file descriptors, which it does not own. */
+    /** Writes to two open file descriptors, which remain the caller's. */
     Console(int output, int errors);
     Console(const Console&) = delete;
     Console& operator=(const Console&) = delete;
 
-    /** Auto, the default, means colours on a terminal, unless NO_COLOR is set. */
+    /**
+     * Sets the colour mode. Auto, the default, uses colours on a terminal unless NO_COLOR is set.
+     */
     void setColor(Color color);
-    /** Whether a person reads the results directly. */
+    /** Returns true if the results are shown on a terminal. */
     bool isTerminal() const;
-    /** The text in a colour, or as it is. */
+    /** Returns the text in a colour, or unchanged. */
     std::string painted(Paint paint, const std::string& text) const;
 
     /**
-     * Writes results, at once and as a whole. The caller has made texts from the network safe.
+     * Writes results immediately and completely. The caller has made texts from the network safe.
      *
-     * @throws ReaderGone when nobody reads any more; Failure when it cannot be written
+     * @throws ReaderGone if the reader has closed; Failure if writing fails
      */
     void print(const std::string& text);
 
@@ -38,14 +40,14 @@ class Console {
     int fOutput;
     int fErrors;
     bool fPaints;
-    std::mutex fMutex;  ///< keeps what two threads print apart
+    std::mutex fMutex;  ///< serialises the output of several threads
 };
 
 /**
- * Writes every byte, and waits where a reader is slow, also when whoever started the program made
- * the descriptor one that does not block.
+ * Writes every byte. Waits for a slow reader, even if the parent process made the descriptor
+ * non-blocking.
  *
- * @return 0, or the number of the error
+ * @return 0, or the error number
  */
 int writeAll(int descriptor, const std::string& bytes);
 

@@ -8,7 +8,7 @@
 
 namespace robaxi_tool {
 
-/** How the program ended. Scripts rely on the numbers: they never change their meaning. */
+/** Exit status of the program. Scripts rely on the numbers, so their meaning never changes. */
 enum class ExitStatus {
     Success = 0,
     Problem = 1,
@@ -30,18 +30,18 @@ enum class ExitStatus {
     ReaderGone = 141
 };
 
-/** One line of the table of exit codes. */
+/** A row of the table of exit codes. */
 struct ExitCode {
     std::string fNumber;
     std::string fMeaning;
 };
 
-/** The table that --help shows and that docs/robaxi-tool.md repeats. */
+/** Returns the table in the help, which docs/robaxi-tool.md repeats. */
 const std::vector<ExitCode>& exitCodes();
 
 ExitStatus exitStatusOf(KVError::Cause cause);
 
-/** What a shell reports for a program that a signal ended. */
+/** Returns the status that a shell reports for a program ended by a signal. */
 int exitStatusOfSignal(int signal);
 
 }  // namespace robaxi_tool

@@ -20,16 +20,16 @@ class Failure : public std::runtime_error {
     ExitStatus fStatus;
 };
 
-/** The command line is wrong. */
+/** An error in the command line. */
 class UsageError : public Failure {
   public:
     explicit UsageError(const std::string& sentence) : Failure(ExitStatus::WrongUsage, sentence) {}
 };
 
-/** Ends the command silently: whoever read the results is gone. */
+/** Ends the command silently: the reader of the results has closed. */
 class ReaderGone : public std::exception {};
 
-/** Ends the command silently: a signal told it to (see Interruption). */
+/** Ends the command silently after a signal (see Interruption). */
 class Interrupted : public std::exception {};
 
 }  // namespace robaxi_tool

@@ -9,39 +9,39 @@
 
 namespace robaxi_tool {
 
-/** Whether the user told the command to end. May be used from any thread. */
+/** State of an interruption by the user. May be used from any thread. */
 class Interruption {
   public:
     Interruption() = default;
     Interruption(const Interruption&) = delete;
     Interruption& operator=(const Interruption&) = delete;
 
-    /** Called when a signal came; the first one counts. Runs the handlers. */
+    /** Called for each signal; only the first one counts. Runs the handlers. */
     void interrupt(int signal);
 
-    /** @throws Interrupted when interrupt() was called */
+    /** @throws Interrupted if interrupt() was called */
     void check() const;
     bool happened() const { return fSignal != 0; }
-    /** The signal that came, or 0. */
+    /** Returns the first signal, or 0. */
     int signal() const { return fSignal; }
 
     /**
-     * Adds what wakes the command while it waits: runs once, on the thread that calls interrupt(),
-     * or at once when that was called before.
+     * Adds a handler that wakes the waiting command: it runs once, on the thread that calls
+     * interrupt(), or immediately if that was called before.
      *
-     * @param key by which removeHandler() knows it
+     * @param key identifies it for removeHandler()
      */
     void addHandler(const void* key, std::function<void()> handler);
-    /** Returns when the handler does not run any more. */
+    /** Removes a handler. Returns when it is not running. */
     void removeHandler(const void* key);
 
   private:
-    std::atomic<int> fSignal{0};  ///< read without the mutex, from within what the handler locks
-    std::mutex fMutex;            ///< guards the handlers, and is held while they run
+    std::atomic<int> fSignal{0};  ///< read without the mutex, while a handler's lock is held
+    std::mutex fMutex;            ///< guards the handlers; held while they run
     std::map<const void*, std::function<void()>> fHandlers;
 };
 
-/** Adds a handler and removes it again. */
+/** Adds a handler and removes it in the destructor. */
 class InterruptionHandler {
   public:
     InterruptionHandler(Interruption& interruption, std::function<void()> handler)

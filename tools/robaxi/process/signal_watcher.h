@@ -8,12 +8,11 @@
 namespace robaxi_tool {
 
 /**
- * Turns SIGINT, SIGTERM and SIGHUP into an interruption, on a thread of its own; those that the
- * program's parent had ignored (nohup) stay ignored. A command that is stuck in a call that cannot
- * be cancelled, connecting for instance, has a moment to end; then the program ends without it.
+ * Converts SIGINT, SIGTERM and SIGHUP into an interruption, on a dedicated thread. Signals that the
+ * parent process ignored (nohup) stay ignored. A command that is blocked in a call that cannot be
+ * cancelled, for instance connecting, has a moment to end; then the program exits without it.
  *
- * To be made before any other thread, which would take the signals otherwise. SIGPIPE is ignored
- * from then on.
+ * Create it before any other thread, which would otherwise receive the signals. It ignores SIGPIPE.
  */
 class SignalWatcher {
   public:

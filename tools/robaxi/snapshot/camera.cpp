@@ -19,7 +19,7 @@ constexpr int a_sizeWidth = 10;
 constexpr int a_formatWidth = 8;
 constexpr int a_rateWidth = 8;
 
-/** An entry of a map, or nothing. */
+/** Returns an entry of a map, or nothing. */
 KVValue entry(const KVValue& map, const char* key) {
     if (map.type() != KVValue::Type::Map) {
         return {};

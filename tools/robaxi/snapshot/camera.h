@@ -9,23 +9,26 @@
 
 namespace robaxi_tool {
 
-/** A camera, as its robot describes it. */
+/** A camera, as described by its robot. */
 struct Camera {
-    std::string fName;  ///< also that of its stream
+    std::string fName;  ///< also the name of its stream
     std::string fDescription;
-    std::int64_t fWidth = 0;   ///< pixels; 0 when the robot does not say
-    std::int64_t fHeight = 0;  ///< pixels; 0 when the robot does not say
-    std::string fFormat;       ///< empty when the robot does not say
-    double fRate = 0;          ///< frames a second; 0 when the robot does not say
+    std::int64_t fWidth = 0;   ///< pixels; 0 if not reported
+    std::int64_t fHeight = 0;  ///< pixels; 0 if not reported
+    std::string fFormat;       ///< empty if not reported
+    double fRate = 0;          ///< frames a second; 0 if not reported
 };
 
-/** Reads what getCameras() of a robot returns. What is no camera with a name is left out. */
+/**
+ * Parses the result of a robot's getCameras(). Entries that are not cameras with a name are left
+ * out.
+ */
 std::vector<Camera> camerasOf(const KVValue& described);
 
-/** @throws Failure NotOffered that names the cameras that there are */
+/** @throws Failure NotOffered with the names of the existing cameras */
 const Camera& findCamera(const std::vector<Camera>& cameras, const std::string& name);
 
-/** Lines, each with its end; safe for a terminal. */
+/** Lines, each with a line break; safe for a terminal. */
 std::string textOfCamera(const Camera& camera);
 std::string jsonOfCamera(const Camera& camera);
 

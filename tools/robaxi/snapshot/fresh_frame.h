@@ -12,33 +12,33 @@
 namespace robaxi_tool {
 
 /**
- * Waits for one frame of a camera that was not there before.
+ * Waits for a new frame of a camera.
  *
- * A stream begins with the newest frame that the robot has, which may be of yesterday: a camera
- * that nobody watches may rest. The clocks of robot and computer differ, so its time does not tell.
- * Only the frame after it is known to be new.
+ * A stream begins with the newest frame that the robot has, which may be a day old: a camera
+ * without watchers may rest. The clocks of robot and computer differ, so its time stamp cannot show
+ * that. Only the following frame is known to be new.
  */
 class FreshFrame : public KVFrameStream::Listener {
   public:
-    /** @param bell rung when something of what follows changes */
+    /** @param bell rung when any of the results changes */
     explicit FreshFrame(Bell& bell) : fBell(bell) {}
 
-    // On the library's thread.
+    // Called on the library's thread.
     void frameReceived(const KVFrame& frame, std::uint64_t passedOver) override;
     void ended(const KVError& error) override;
 
     struct Result {
         KVFrame fFrame;
-        bool fIsNew = false;  ///< not so when the camera stands still
+        bool fIsNew = false;  ///< false if the camera has stopped
     };
 
     /**
-     * On the command's thread.
+     * Waits for the frame, on the command's thread.
      *
-     * @param deadline until which a first frame must have come
-     * @param patience how long after it a new one is waited for
-     * @return nothing when no frame came at all
-     * @throws KVError when the stream ended; Interrupted
+     * @param deadline for the first frame
+     * @param patience time to wait for a new frame after it
+     * @return nothing if there was no frame
+     * @throws KVError if the stream ended; Interrupted
      */
     std::optional<Result> wait(Clock::time_point deadline, Clock::duration patience);
 
@@ -46,7 +46,7 @@ class FreshFrame : public KVFrameStream::Listener {
     bool xIsOver(const std::optional<KVFrame>& frame) const;
 
     Bell& fBell;
-    mutable std::mutex fMutex;  ///< guards all that follows
+    mutable std::mutex fMutex;  ///< guards the following members
     std::optional<KVFrame> fFirst;
     std::optional<KVFrame> fNew;
     std::exception_ptr fEnd;

@@ -23,10 +23,10 @@ constexpr mode_t a_readAndWrite = 0666;
                   name + " cannot be written: " + std::generic_category().message(error) + '.');
 }
 
-/** Writes and closes. @return 0, or the number of the error */
+/** Writes and closes. @return 0, or the error number */
 int writeAndClose(int descriptor, const std::string& content) {
     const int error = writeAll(descriptor, content);
-    // Some file systems tell only now that there is no space.
+    // Some file systems report only now that there is no space.
     const int closed = close(descriptor) == 0 ? 0 : errno;
     return error != 0 ? error : closed;
 }
@@ -46,7 +46,7 @@ void writeInPlace(const std::string& name, const std::string& content) {
 }
 
 void replace(const std::string& name, const std::string& content) {
-    // Through a link, so that it stays one.
+    // Follows a link, so that the link is kept.
     std::error_code ignored;
     const std::filesystem::path resolved = std::filesystem::weakly_canonical(name, ignored);
     const std::string target = ignored ? name : resolved.string();

@@ -6,14 +6,16 @@
 namespace robaxi_tool {
 
 /**
- * Writes a whole file. One that was there before is replaced, but only by a whole one; what is not
- * a file (a pipe, a device) is written to.
+ * Writes a whole file. An existing file is replaced, but only by a complete one; if the name is not
+ * a regular file (a pipe, a device), it is written to.
  *
  * @throws Failure CannotWrite
  */
 void writeFile(const std::string& name, const std::string& content);
 
-/** A word for a file's name: letters, digits, '.', '-' and '_', and not hidden by a point. */
+/**
+ * Converts a text for use in a file name: letters, digits, '.', '-' and '_', without a leading dot.
+ */
 std::string fileNameWord(const std::string& text);
 
 }  // namespace robaxi_tool

@@ -8,7 +8,7 @@
 
 namespace robaxi_tool {
 
-/** One new value of a watched key. */
+/** A new value of a watched key. */
 struct ChangeRow {
     std::int64_t fTime = 0;  ///< microseconds since 1970-01-01 UTC
     std::string fKey;
@@ -18,12 +18,12 @@ struct ChangeRow {
 
 enum class ChangeFormat { Text, Json, Csv };
 
-/** The line above all others, or nothing. */
+/** Returns the header line; empty if there is none. */
 std::string headerOf(ChangeFormat format);
-/** One line with its end; safe for a terminal. */
+/** Returns one line with a line break; safe for a terminal. */
 std::string lineOf(ChangeFormat format, const ChangeRow& row);
 
-/** For instance "2024-05-01T12:34:56.789012Z"; "-" outside the years 0 to 9999. */
+/** Returns for instance "2024-05-01T12:34:56.789012Z"; "-" outside the years 0 to 9999. */
 std::string timeText(std::int64_t microseconds);
 
 }  // namespace robaxi_tool

@@ -9,7 +9,7 @@ bool isPattern(const std::string& text) {
 }
 
 bool matchesKey(const std::string& pattern, const std::string& key) {
-    // A key may itself hold a bracket.
+    // A key may contain a bracket.
     return pattern == key ||
            (isPattern(pattern) && fnmatch(pattern.c_str(), key.c_str(), FNM_NOESCAPE) == 0);
 }

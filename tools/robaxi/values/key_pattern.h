@@ -5,14 +5,14 @@
 
 namespace robaxi_tool {
 
-/** What --help says of them, in whole lines. */
+/** The help's description of keys, in whole lines. */
 constexpr const char* a_keyHelp =
     "A KEY may hold '*' (any text, '/' included), '?' and '[...]'; put it in quotes then.\n";
 
-/** Whether the text holds one of "*", "?" and "[", and so stands for many keys. */
+/** Returns true if the text contains "*", "?" or "[", and can match many keys. */
 bool isPattern(const std::string& text);
 
-/** Whether a key is meant by a pattern or a whole key; "*" stands for "/" too. */
+/** Returns true if a pattern or a whole key matches; "*" also matches "/". */
 bool matchesKey(const std::string& pattern, const std::string& key);
 
 }  // namespace robaxi_tool

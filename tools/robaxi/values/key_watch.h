@@ -17,17 +17,17 @@
 namespace robaxi_tool {
 
 /**
- * Follows the keys of a subscription that match some patterns.
+ * Watches the keys of a subscription that match some patterns.
  *
- * The rows go out on the library's thread, so that a slow reader slows the robot's sending down.
- * Everything else is read by the command's thread.
+ * The rows are output on the library's thread, so that a slow reader makes the robot send less. The
+ * command's thread reads everything else.
  */
 class KeyWatch : public KVSubscription::Listener {
   public:
-    /** Takes the rows of one update; what it throws ends the watch. */
+    /** Outputs the rows of one update; an exception ends the watch. */
     using Output = std::function<void(const std::vector<ChangeRow>& rows)>;
 
-    /** @param bell rung when something of what follows changes */
+    /** @param bell rung when any of the results changes */
     KeyWatch(std::vector<std::string> patterns, Output output, Bell& bell);
 
     void keysAdded(const std::vector<KVKeyInfo>& keys) override;
@@ -35,14 +35,14 @@ class KeyWatch : public KVSubscription::Listener {
     void valuesChanged(const std::vector<KVChange>& changes) override;
     void ended(const KVError& error) override;
 
-    /** The keys to ask for, when they are others than at the last call. */
+    /** Returns the keys to subscribe to if they have changed since the last call. */
     std::optional<std::vector<std::uint32_t>> takeNewSelection();
-    /** Patterns that no key has matched so far. */
+    /** Returns patterns that no key has matched so far. */
     std::vector<std::string> unmatched() const;
-    /** Whether any key matches now. */
+    /** Returns true if a key matches at present. */
     bool hasKeys() const;
     bool isOver() const;
-    /** Throws why it is over, when the robot or the output ended it. */
+    /** Throws the error if the robot or the output ended the watch. */
     void rethrow() const;
 
   private:
@@ -56,9 +56,9 @@ class KeyWatch : public KVSubscription::Listener {
 
     Output fOutput;
     Bell& fBell;
-    mutable std::mutex fMutex;              ///< guards all that follows
-    std::map<std::string, bool> fPatterns;  ///< with whether a key has matched
-    std::map<std::uint32_t, Key> fKeys;     ///< those that match
+    mutable std::mutex fMutex;              ///< guards the following members
+    std::map<std::string, bool> fPatterns;  ///< true if a key has matched
+    std::map<std::uint32_t, Key> fKeys;     ///< the matching keys
     bool fSelectionChanged = false;
     std::exception_ptr fEnd;
 };

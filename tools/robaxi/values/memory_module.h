@@ -10,10 +10,10 @@
 
 namespace robaxi_tool {
 
-/** A robot's module that keeps values under keys. */
+/** A robot's module that stores values by key. */
 class MemoryModule {
   public:
-    /** @throws KVError when the robot has no such module */
+    /** @throws KVError if the robot has no such module */
     MemoryModule(const RobotLink& link, const std::string& name);
 
     /** @throws KVError */
@@ -25,7 +25,7 @@ class MemoryModule {
     std::unique_ptr<KVProxy> fProxy;
 };
 
-/** Adds "--module", "KVMemory" unless the user says otherwise. */
+/** Adds "--module"; the default is "KVMemory". */
 void addMemoryModule(Options& options, std::string* name);
 
 }  // namespace robaxi_tool

@@ -16,16 +16,16 @@ namespace {
 
 using Json = nlohmann::json;
 
-/** As deep as the protocol carries. */
+/** Maximum nesting of the protocol. */
 constexpr std::size_t a_deepest = 64;
 
-constexpr int a_numberOutOfRange = 406;  // the parser's number for this mistake
+constexpr int a_numberOutOfRange = 406;  // the parser's number for this error
 
 [[noreturn]] void refuseNumber(const std::string& number) {
     throw UsageError("the number " + number + " is too large");
 }
 
-/** Builds a value out of what the parser reads. The names of the operations are the parser's. */
+/** Builds a value from the parser's events. The parser fixes the names of the operations. */
 class ValueBuilder : public nlohmann::json_sax<Json> {
   public:
     KVValue takeValue() { return std::move(fValue); }
@@ -40,7 +40,8 @@ class ValueBuilder : public nlohmann::json_sax<Json> {
         return xAdd(static_cast<std::int64_t>(value));
     }
     bool number_float(double value, const std::string& text) override {
-        // The parser reads whole numbers that are too large as decimal ones, and loses digits.
+        // The parser converts integers that are too large to floating-point numbers, and loses
+        // digits.
         if (text.find_first_of(".eE") == std::string::npos) {
             refuseNumber(text);
         }

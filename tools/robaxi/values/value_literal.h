@@ -8,13 +8,12 @@
 namespace robaxi_tool {
 
 /**
- * The value that an argument stands for: true, false, null (nothing), a whole number, a decimal
- * number (with point or exponent), a "text", a [list] or a {"map": 1}, written as in JSON. Whatever
- * is none of these is taken as a text as it stands, unless it starts with a quote, a bracket or a
- * brace.
+ * Returns the value of an argument: true, false, null (nothing), an integer, a floating-point
+ * number (with decimal point or exponent), a "text", a [list] or a {"map": 1}, in JSON syntax. Any
+ * other argument is a text, unless it starts with a quote, a bracket or a brace.
  *
- * @throws UsageError when it starts like a literal and is none, when a number does not fit or when
- *         a text is not UTF-8
+ * @throws UsageError if it starts like a literal and is invalid, if a number does not fit or if a
+ *         text is not UTF-8
  */
 KVValue parseLiteral(const std::string& argument);
 

@@ -27,7 +27,7 @@ std::string binaryText(const KVValue& value) {
     return "<" + std::to_string(value.getSize()) + " bytes>";
 }
 
-/** The shape of a value in JSON; `binary` says what stands for bytes. */
+/** Converts a value to JSON; `binary` converts bytes. */
 template <class BinaryToJson>
 Json shaped(const KVValue& value, const BinaryToJson& binary) {
     switch (value.type()) {

@@ -12,18 +12,18 @@ namespace robaxi_tool {
 using Json = nlohmann::ordered_json;
 
 /**
- * The value for a person: as parseLiteral() takes it, but a text bare. One line, safe for a
- * terminal; numbers with a point. Bytes are shown by their number.
+ * Returns the value for a user: in the syntax of parseLiteral(), but a text without quotes. One
+ * line, safe for a terminal; numbers with a decimal point. Bytes are shown by their number.
  */
 std::string valueText(const KVValue& value);
 
 /**
- * The value in JSON. Bytes are {"base64": "..."}; not-a-number and infinities, which JSON does not
+ * Returns the value in JSON. Bytes are {"base64": "..."}; NaN and infinities, which JSON does not
  * have, are null.
  */
 Json valueJson(const KVValue& value);
 
-/** One line of JSON and its end, in ASCII, so that it is safe for a terminal. */
+/** Returns one line of JSON with a line break, in ASCII, so that it is safe for a terminal. */
 std::string jsonLine(const Json& json);
 
 }  // namespace robaxi_tool
