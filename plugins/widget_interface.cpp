@@ -1,5 +1,5 @@
 #include "widget_interface.h"
 
-// Defined here so that the type information lives in this library alone and a cast or a caught
-// exception means the same class in the host and in every plugin.
+// Defined here so that only this library contains the type information, and a cast or a caught
+// exception refers to the same class in the host and in every plugin.
 WidgetInterface::~WidgetInterface() = default;

@@ -23,8 +23,10 @@ constexpr int a_space = 2;
 constexpr int a_maxNameShown = 40;
 constexpr int a_maxToolTip = 300;
 
-/** A wheel that turns over a box is meant for what lies around it, unless the box was chosen: it
- *  would change how a robot works without anybody's wish. */
+/**
+ * Ignores the wheel over a box that does not have the focus: it is meant for the surroundings, and
+ * would change the robot's settings by accident.
+ */
 class WheelGuard : public QObject {
   public:
     using QObject::QObject;
@@ -148,7 +150,7 @@ QToolButton* CameraBar::xAddButton() {
     button->setAutoRaise(true);
     button->setFocusPolicy(Qt::TabFocus);
     layout()->addWidget(button);
-    // Before what was made between the boxes and this button, the picture for one.
+    // Before parts that were created between the boxes and this button, such as the picture.
     setTabOrder(fLast, button);
     fLast = button;
     return button;
@@ -166,7 +168,7 @@ QComboBox* CameraBar::xMakeBox(const char* objectName, const QString& name,
     return box;
 }
 
-/** Leaves a box alone that holds that already, since its list may be open. */
+/** Does not change a box that already has this content, since its list may be open. */
 void CameraBar::xFill(QComboBox& box, const Choices& choices, const QVariant& current) {
     Choices before;
     for (int i = 0; i < box.count(); ++i) {
@@ -191,8 +193,10 @@ void CameraBar::xShowSettings() {
     xFill(*fRateBox, xRates(), settings.fRate);
 }
 
-/** A size may not go with the present format or rate, and so on: the rest follows what was
- *  chosen. */
+/**
+ * A size may not support the current format or rate, and so on: the other settings are adapted to
+ * the chosen one.
+ */
 void CameraBar::xWant(const CameraSettings& wanted) {
     const CameraSettings fitted = fittedSettings(fCamera, wanted);
     if (fitted == fCamera.fSettings) {

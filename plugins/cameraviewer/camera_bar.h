@@ -18,9 +18,9 @@ class QToolButton;
 namespace cameraviewer {
 
 /**
- * The choice of a camera and how it is set, and buttons beside it.
+ * Boxes for the camera and its settings, with buttons beside them.
  *
- * What the user wants is signalled; that, too, is shown by showCameras() only.
+ * The user's choices are only emitted as signals; showCameras() updates the boxes.
  */
 class CameraBar : public QWidget {
     Q_OBJECT
@@ -30,21 +30,23 @@ class CameraBar : public QWidget {
 
     /**
      * @param chosen one of the cameras, or null
-     * @param settings how it is to be shown as set
+     * @param settings the settings to show
      */
     void showCameras(const std::vector<CameraInfo>& cameras, const CameraInfo* chosen,
                      const CameraSettings& settings);
 
-    /** @name Put at the end. */
+    /**
+     * @name Append parts
+     */
     ///@{
     void addButton(QAction* action);
     void addMenuButton(const char* objectName, const QString& text, const QString& toolTip,
                        QMenu* menu);
-    /** @param part becomes the bar's */
+    /** @param part ownership is transferred to the bar */
     void addPart(QWidget* part);
     ///@}
 
-    /** Whether anything can be chosen. */
+    /** Enables or disables the boxes. */
     void setUsable(bool isUsable);
 
   Q_SIGNALS:
@@ -75,7 +77,7 @@ class CameraBar : public QWidget {
     QComboBox* fSizeBox;
     QComboBox* fFormatBox;
     QComboBox* fRateBox;
-    QWidget* fLast;  // in the order of Tab
+    QWidget* fLast;  // in tab order
 };
 
 }  // namespace cameraviewer

@@ -38,7 +38,7 @@ int side(const KVValue& value, const char* key) {
     return pixels > 0 && pixels <= a_maxSide ? static_cast<int>(pixels) : 0;
 }
 
-/** A rate that makes sense, or 0. */
+/** Returns a valid rate, or 0. */
 double rate(const KVValue& value) {
     if (value.type() != KVValue::Type::Float && value.type() != KVValue::Type::Int) {
         return 0;
@@ -100,7 +100,7 @@ std::int64_t pixels(int width, int height) {
     return std::int64_t(width) * height;
 }
 
-/** How far a mode is from what is wanted; the first difference counts. */
+/** Returns the distance of a mode from the wanted settings; earlier elements have priority. */
 std::tuple<std::int64_t, bool, double> distance(const CameraMode& mode,
                                                 const CameraSettings& wanted) {
     const bool sameSize = mode.fWidth == wanted.fWidth && mode.fHeight == wanted.fHeight;

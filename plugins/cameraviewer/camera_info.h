@@ -8,7 +8,7 @@
 
 namespace cameraviewer {
 
-/** What a camera is set to. */
+/** Settings of a camera. */
 struct CameraSettings {
     int fWidth = 0;       ///< pixels
     int fHeight = 0;      ///< pixels
@@ -19,7 +19,7 @@ struct CameraSettings {
     bool operator!=(const CameraSettings& other) const { return !(*this == other); }
 };
 
-/** One size of picture with the formats and rates that go with it. */
+/** One picture size with its supported formats and rates. */
 struct CameraMode {
     int fWidth = 0;
     int fHeight = 0;
@@ -29,7 +29,7 @@ struct CameraMode {
     bool operator==(const CameraMode& other) const;
 };
 
-/** What a robot tells of one of its cameras. The texts are untrusted. */
+/** A robot's description of one of its cameras. The texts are untrusted. */
 struct CameraInfo {
     std::string fName;
     std::string fDescription;
@@ -39,35 +39,37 @@ struct CameraInfo {
     bool operator==(const CameraInfo& other) const;
 };
 
-/** Most cameras of a robot, modes of a camera, and formats or rates of a mode that are taken
- *  over. */
+/**
+ * Maximum number of cameras of a robot, modes of a camera, and formats or rates of a mode; others
+ * are ignored.
+ */
 constexpr std::size_t a_maxCameras = 64;
 constexpr std::size_t a_maxModes = 256;
 constexpr std::size_t a_maxChoices = 64;
-/** Most bytes of a camera's or a format's name. */
+/** Maximum size of a camera's or a format's name in bytes. */
 constexpr std::size_t a_maxNameLength = 200;
 
 /**
- * Reads the answer to "getCameras". What makes no sense (a camera without a name or named twice, a
- * size of 0, a rate that is no number) is left out.
+ * Parses the result of "getCameras". Invalid entries (a camera without a name or with a duplicate
+ * one, a size of 0, a rate that is not a number) are left out.
  *
- * @throws KVError WrongType when it is no list
+ * @throws KVError WrongType if it is not a list
  */
 std::vector<CameraInfo> readCameras(const KVValue& answer);
 
-/** Reads settings; what is missing or makes no sense is 0 or empty. */
+/** Parses settings; missing or invalid values are 0 or empty. */
 CameraSettings readSettings(const KVValue& value);
 
-/** The argument of "setSettings". */
+/** Returns the argument of "setSettings". */
 KVValue settingsValue(const CameraSettings& settings);
 
-/** The modes of one size. */
+/** Returns the modes with this size. */
 std::vector<CameraMode> modesOfSize(const CameraInfo& camera, int width, int height);
 
 /**
- * The settings that a camera's modes allow and that are nearest to those wanted: the size as
- * wanted, or else the one with the nearest number of pixels; then the format, or else the first;
- * then the nearest rate. Without any mode, those wanted.
+ * Returns the supported settings closest to the wanted ones: the wanted size, otherwise the one
+ * with the closest number of pixels; then the wanted format, otherwise the first; then the closest
+ * rate. Without any mode, returns the wanted settings.
  */
 CameraSettings fittedSettings(const CameraInfo& camera, const CameraSettings& wanted);
 

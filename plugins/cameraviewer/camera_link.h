@@ -16,17 +16,17 @@
 namespace cameraviewer {
 
 /**
- * One viewer's connection to one robot, the camera of it that is watched, and the threads that call
- * the robot and decode its frames.
+ * A viewer's connection to one robot, the watched camera, and the threads that call the robot and
+ * decode its frames.
  *
- * One notice tells of everything that comes: answers, pictures, and the end.
+ * One notice reports all events: answers, pictures, and the end.
  */
 class CameraLink : public viewer::RobotLink {
   public:
     /**
-     * Connects and asks for the cameras; waits for the robot's answer, not for its cameras.
+     * Connects and requests the cameras; waits for the connection, not for the cameras.
      *
-     * @throws KVError when the robot cannot be reached within the time-out
+     * @throws KVError if the robot cannot be reached within the time-out
      */
     static std::shared_ptr<CameraLink> open(const boost::shared_ptr<KVBroker>& broker,
                                             const std::string& ip, int port, double timeOut);
@@ -38,12 +38,12 @@ class CameraLink : public viewer::RobotLink {
     FrameFeed& feed() { return fFeed; }
     PictureWorker& worker() { return fWorker; }
 
-    /** Watches a camera, in place of the one before. Does nothing when the link is closed. */
+    /** Watches a camera instead of the previous one. Does nothing if the link is closed. */
     void watch(const std::string& camera);
     void stopWatching();
     bool isWatching() const { return fStream != nullptr; }
 
-    /** Whether the robot was lost before the link was closed. */
+    /** Returns true if the robot was lost before the link was closed. */
     bool isLost() const { return fIsLost; }
 
   private:

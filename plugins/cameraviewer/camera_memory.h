@@ -10,7 +10,7 @@
 
 namespace cameraviewer {
 
-/** View of the pictures of one robot. */
+/** Saved view settings for one robot. */
 struct RememberedView {
     ViewForm fForm;
     bool fHasGrid = false;
@@ -20,12 +20,12 @@ struct RememberedView {
     bool operator==(const RememberedView& other) const;
 };
 
-/** The user's choices for the cameras of one robot. */
+/** The user's saved choices for the cameras of one robot. */
 class CameraMemory {
   public:
     explicit CameraMemory(const std::string& robot);
 
-    /** The camera watched last; empty when there is none. */
+    /** Returns the camera watched last; empty if there is none. */
     std::string camera() const;
     void setCamera(const std::string& camera);
 

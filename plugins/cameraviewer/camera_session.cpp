@@ -13,11 +13,13 @@ namespace {
 using Clock = FeedState::Clock;
 using Seconds = Situation::Seconds;
 
-/** Between two questions for the cameras: a robot that starts is soon found to have them, and a
- *  change that somebody else made is soon seen. */
+/**
+ * Periods between requests for the cameras: the cameras of a starting robot are found soon, and so
+ * are changes by others.
+ */
 constexpr Seconds a_askAgainWithoutCameras{1.5};
 constexpr Seconds a_askAgain{5};
-/** From the end of a stream until it is watched again. */
+/** Delay between the end of a stream and the next attempt. */
 constexpr Seconds a_watchAgain{1};
 constexpr int a_maxCameraNameShown = 60;
 
@@ -88,7 +90,7 @@ void CameraSession::setSeen(bool isSeen) {
 
 void CameraSession::setPaused(bool isPaused) {
     if (fIsPaused && !isPaused) {
-        fLink->worker().forget();  // what was decoded when the pause began
+        fLink->worker().forget();  // decoded when the pause began
     }
     fIsPaused = isPaused;
     xUpdateWatching();
@@ -157,7 +159,7 @@ void CameraSession::xOnNotice() {
     Q_EMIT situationChanged();
 }
 
-/** @return whether the link is over, in which case this object may be gone */
+/** @return true if the link has ended; this object may then be destroyed */
 bool CameraSession::xNoteEnd() {
     if (!xIsLive()) {
         return true;
@@ -185,7 +187,7 @@ void CameraSession::xTakeAnswers(const VideoAnswers& answers) {
     }
     if (answers.fFailure) {
         fFailure = answers.fFailure;
-        // Any other failure of a question that was answered before says nothing of the cameras.
+        // Any other failure of a request that was answered before says nothing about the cameras.
         if (answers.fFailure->cause() == KVError::Cause::NoSuchModule) {
             xTakeCameras({});
         }
@@ -234,7 +236,7 @@ void CameraSession::xAskFor(const CameraSettings& settings) {
 
 void CameraSession::xTakePicture() {
     if (!fIsSeen || fIsPaused) {
-        return;  // it is taken when it can be seen
+        return;  // taken when the widget is visible
     }
     const std::optional<DecodedPicture> decoded = fLink->worker().take();
     if (!decoded) {
@@ -249,7 +251,7 @@ void CameraSession::xTakePicture() {
     const CameraInfo* chosen = camera();
     if (chosen != nullptr && !isAsSet(decoded->fPicture.fFrame, chosen->fSettings) &&
         Clock::now() - fAsked >= a_watchAgain) {
-        // Somebody else has changed it.
+        // Changed by another client.
         fAsked = Clock::now();
         fLink->client().listCameras();
     }
@@ -276,7 +278,7 @@ std::string CameraSession::xDefaultCamera() const {
     return fCameras.empty() ? std::string() : fCameras.front().fName;
 }
 
-/** Sets a camera as the user last did, once and unless it has forgotten how. */
+/** Restores a camera's saved settings, once and unless there are none. */
 void CameraSession::xRecallSettings() {
     const CameraInfo* chosen = camera();
     if (chosen == nullptr || !fRecalled.insert(fChosen).second) {
@@ -289,7 +291,7 @@ void CameraSession::xRecallSettings() {
     }
 }
 
-/** The robot may have taken the camera away, so it is also asked which ones it has. */
+/** The robot may have removed the camera, so its cameras are requested again. */
 void CameraSession::xWatchAgain(const KVError& end) {
     fEndBefore = end;
     fLink->client().listCameras();

@@ -22,11 +22,10 @@ namespace cameraviewer {
 class CameraLink;
 
 /**
- * What one viewer does with the cameras of its robot: which one is watched and when, how it is set,
- * and what is the matter with it.
+ * A viewer's session with the cameras of its robot: the watched camera, its settings and its state.
  *
- * A camera is watched while somebody can see it or it is recorded, and watched anew when the robot
- * ended it. Used on the GUI thread.
+ * A camera is watched while the widget is visible or a recording runs, and watched again after the
+ * robot has ended the stream. Used on the GUI thread.
  */
 class CameraSession : public QObject {
     Q_OBJECT
@@ -36,14 +35,17 @@ class CameraSession : public QObject {
     ~CameraSession() override;
 
     const std::vector<CameraInfo>& cameras() const { return fCameras; }
-    /** The chosen camera as the robot last described it; null when there is none. */
+    /** Returns the selected camera as last described by the robot; null if there is none. */
     const CameraInfo* camera() const;
 
-    /** How the chosen camera is set, or is to be as soon as the robot has answered. */
+    /**
+     * Returns the settings of the selected camera, or the requested ones until the robot has
+     * answered.
+     */
     CameraSettings settings() const;
 
     void chooseCamera(const std::string& name);
-    /** Asks the robot to set the chosen camera otherwise. */
+    /** Requests other settings for the selected camera. */
     void changeSettings(const CameraSettings& settings);
 
     void setSeen(bool isSeen);
@@ -51,26 +53,26 @@ class CameraSession : public QObject {
     bool isPaused() const { return fIsPaused; }
     void setRecording(bool isRecording);
 
-    /** There is room for another picture. */
+    /** Requests the next picture, when there is room for it. */
     void requestPicture();
 
-    /** To be called some times a second: asks the robot again, and watches again. */
+    /** Requests the cameras again and retries watching. Call it several times a second. */
     void tick();
 
     Situation situation() const;
 
   Q_SIGNALS:
-    /** The cameras, the choice, or the settings have changed. */
+    /** Emitted when the cameras, the selection, or the settings have changed. */
     void camerasChanged();
-    /** Another camera is watched from now on. */
+    /** Emitted when another camera is watched. */
     void cameraChosen();
-    /** The robot has taken the settings that were asked for. */
+    /** Emitted when the robot has applied the requested settings. */
     void settingsTaken();
-    /** It has not. @param reason its own words */
+    /** Emitted when the robot has refused the requested settings. @param reason the robot's text */
     void settingsRefused(const QString& reason);
     void pictureReady(const cameraviewer::DecodedPicture& decoded);
     void situationChanged();
-    /** The last that is emitted; the receiver may delete the session. */
+    /** The last signal; the receiver may delete the session. */
     void lost();
 
   private:
@@ -95,9 +97,9 @@ class CameraSession : public QObject {
     std::optional<KVError> fFailure;
     std::string fChosen;
     std::string fWatched;
-    std::map<std::string, CameraSettings> fWishes;  // without an answer yet, for each camera
-    std::set<std::string> fRecalled;    // cameras that were given their remembered settings
-    std::optional<KVError> fEndBefore;  // of the stream before the one that is watched
+    std::map<std::string, CameraSettings> fWishes;  // unanswered requests, for each camera
+    std::set<std::string> fRecalled;    // cameras whose saved settings have been restored
+    std::optional<KVError> fEndBefore;  // of the previous stream
     FrameFault fDecodingFault = FrameFault::None;
     FeedState::Clock::time_point fAsked;
     bool fIsSeen = false;

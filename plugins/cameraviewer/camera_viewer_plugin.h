@@ -9,7 +9,9 @@
 
 namespace cameraviewer {
 
-/** The camera viewer's plugin object. Deleting it closes its connections; their widgets stay. */
+/**
+ * The camera viewer's plugin object. Its destructor closes the connections; their widgets remain.
+ */
 class CameraViewerPlugin : public QObject, public WidgetInterface {
     Q_OBJECT
     Q_PLUGIN_METADATA(IID OBVISTA_WIDGET_INTERFACE_IID)

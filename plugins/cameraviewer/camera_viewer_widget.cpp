@@ -30,8 +30,10 @@ namespace cameraviewer {
 
 namespace {
 
-/** Milliseconds between two looks at what cannot be signalled: time that has passed, and whether
- *  the widget can be seen. */
+/**
+ * Period in milliseconds for polling what no signal reports: elapsed time, and the visibility of
+ * the widget.
+ */
 constexpr int a_tickTime = 200;
 constexpr std::chrono::milliseconds a_figureTime{1000};
 constexpr int a_toldTime = 10000;
@@ -45,7 +47,7 @@ std::int64_t nowInMicroseconds() {
     return duration_cast<std::chrono::microseconds>(now).count();
 }
 
-/** Whether the value that the camera sent for a pixel is its red, green and blue. */
+/** Returns true if the value sent by the camera for a pixel is its red, green and blue. */
 bool isSentAsRgb(const Picture& picture) {
     const bool isGrey = picture.fImage.format() == QImage::Format_Grayscale8;
     return !isGrey && picture.fFrame.fFormat != KVPixelFormat::Yuv422;
@@ -227,7 +229,7 @@ void CameraViewerWidget::xOnCameraChosen() {
 }
 
 void CameraViewerWidget::xOnPicture(const DecodedPicture& decoded) {
-    // The picture that was being decoded when the histogram was opened has none yet.
+    // The picture decoded when the histogram was opened has none yet.
     if (fActions->histogram()->isChecked() && !decoded.fHistograms.empty()) {
         fHistogram->showHistograms(decoded.fHistograms);
         if (fHistogram->isStretching()) {
@@ -261,7 +263,7 @@ void CameraViewerWidget::xApplyStretch() {
     xStretch(isWanted ? histogramsOf(fView->picture().fImage) : std::vector<Histogram>());
 }
 
-/** Colours have no range that they could be shown in. */
+/** Stretching does not apply to colours. */
 void CameraViewerWidget::xStretch(const std::vector<Histogram>& histograms) {
     if (histograms.size() == 1) {
         fView->setGreyRange(histograms.front().fMinimum, histograms.front().fMaximum);
@@ -285,8 +287,10 @@ void CameraViewerWidget::xRecallView() {
     fRemembered = xView();
 }
 
-/** Called at each tick and not at each change, as the wheel zooms many times a second, and the file
- *  of the settings is written each time. */
+/**
+ * Called at each tick and not at each change, since the wheel changes the zoom many times a second,
+ * and each call writes the settings file.
+ */
 void CameraViewerWidget::xRememberView() {
     const RememberedView view = xView();
     if (!(view == fRemembered)) {

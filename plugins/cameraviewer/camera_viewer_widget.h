@@ -25,7 +25,7 @@ class ViewActions;
 struct DecodedPicture;
 struct Histogram;
 
-/** Shows the cameras of one robot, and says why there is no picture when there is none. */
+/** Shows the cameras of one robot, or the reason why there is no picture. */
 class CameraViewerWidget : public viewer::ViewerWidget {
     Q_OBJECT
 

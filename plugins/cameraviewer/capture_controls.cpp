@@ -41,7 +41,7 @@ QString savedText(const QString& file) {
         .arg(shown(info.path()), info.fileName());
 }
 
-/** What became of a recording that has ended. */
+/** Returns a text about a recording that has ended. */
 QString endText(const RecorderStatus& status) {
     if (status.fState == RecorderStatus::State::Failed) {
         return status.fFailure;
@@ -59,7 +59,7 @@ QAction* makeAction(const char* objectName, const QString& text, const QString& 
     auto* action = new QAction(text, viewer);
     action->setObjectName(QLatin1String(objectName));
     action->setShortcut(key);
-    // A viewer beside this one has the same keys.
+    // Another viewer in the same window has the same keys.
     action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
     explainWithKey(*action, toolTip);
     action->setEnabled(false);
@@ -200,7 +200,7 @@ void CaptureControls::xChooseFolder() {
     }
 }
 
-/** A name of the time; a number is added to one that is taken. */
+/** Returns a name with the time; a number is appended if it is taken. */
 QString CaptureControls::xNewFile(const QString& suffix) {
     const QDir in(folder());
     in.mkpath(QStringLiteral("."));

@@ -20,7 +20,7 @@ class FrameFeed;
 class RecordingMark;
 
 /**
- * Takes snapshots and recordings into a folder of the user's, without a question for each.
+ * Saves snapshots and recordings in a folder of the user, without asking each time.
  *
  * Used on the GUI thread; files are written on others.
  */
@@ -28,30 +28,30 @@ class CaptureControls : public QObject {
     Q_OBJECT
 
   public:
-    /** @param feed gives the frames to record, and outlives this */
+    /** @param feed source of the frames to record; must outlive this object */
     CaptureControls(FrameFeed& feed, QWidget* viewer);
-    /** Completes what is being written. */
+    /** Completes files that are being written. */
     ~CaptureControls() override;
 
     void addButtons(CameraBar& bar, QMenu& menu) const;
 
-    /** Whose pictures are shown; nothing can be recorded of a camera without a name. */
+    /** Sets the origin of the pictures; a camera without a name cannot be recorded. */
     void setOrigin(const PictureOrigin& origin);
-    /** What is shown; a null image when that is nothing. */
+    /** Sets the displayed picture; a null image if there is none. */
     void setPicture(const Picture& picture);
 
-    /** Ends a recording; another camera, or none, follows. */
+    /** Ends a recording; called before the camera changes. */
     void stopRecording();
     bool isRecording() const { return fIsRecording; }
-    /** How far the recording is; empty when there is none. */
+    /** Returns the progress of the recording; empty if there is none. */
     QString progressText() const;
-    /** Brings the mark beside the buttons up to date. To be called some times a second. */
+    /** Updates the mark beside the buttons. Call it several times a second. */
     void showProgress();
 
   Q_SIGNALS:
-    /** A recording begins or has ended. */
+    /** Emitted when a recording has started or ended. */
     void recordingChanged();
-    /** What became of a snapshot or a recording, as a sentence for the user. */
+    /** Emitted with the result of a snapshot or a recording, as a sentence for the user. */
     void told(const QString& sentence);
 
   private:
@@ -71,7 +71,7 @@ class CaptureControls : public QObject {
     PictureOrigin fOrigin;
     bool fIsRecording = false;
     Recorder fRecorder;
-    QThreadPool fWriters;  // last, so that nothing is written any more when the rest goes
+    QThreadPool fWriters;  // last: writing ends before the other members are destroyed
 };
 
 }  // namespace cameraviewer

@@ -13,14 +13,17 @@ namespace {
 
 constexpr double a_millisecond = 1e3;
 constexpr double a_second = 1e6;
-/** No picture that still comes is older than this: the clocks of robot and computer differ. */
+/** An arriving picture cannot be older than this: the clocks of robot and computer differ. */
 constexpr double a_oldest = 30 * a_second;
 
 QString translated(const char* text) {
     return QCoreApplication::translate("cameraviewer::Figures", text);
 }
 
-/** Numbers have a point in every locale, as they are meant to be copied into other programs. */
+/**
+ * Numbers have a decimal point in every locale, since they are meant to be copied into other
+ * programs.
+ */
 QString number(double value, int digits) {
     return QString::number(value, 'f', digits);
 }

@@ -10,32 +10,36 @@
 
 namespace cameraviewer {
 
-/** What came and was shown lately. */
+/** Statistics of recently received and displayed frames. */
 struct Figures {
     double fReceived = 0;  ///< frames a second
     double fShown = 0;     ///< frames a second
     double fDropped = 0;   ///< frames a second
     double fBytes = 0;     ///< a second
-    /** Mean time from the robot's stamp to the paint, microseconds; nothing when nothing was
-     *  shown. */
+    /**
+     * Mean time from the robot's time stamp to painting, microseconds; nothing if no frame was
+     * shown.
+     */
     std::optional<double> fAge;
-    std::map<FrameFault, std::uint64_t> fFaults;  ///< frames since the beginning
+    std::map<FrameFault, std::uint64_t> fFaults;  ///< frames since the viewer was opened
 };
 
-/** Makes figures a second of counts that only grow. */
+/** Calculates rates from counters that only increase. */
 class FigureMeter {
   public:
     using Clock = FeedState::Clock;
 
     explicit FigureMeter(Clock::time_point now) : fSince(now) {}
 
-    /** A picture was painted for the first time. @param age microseconds since the robot's stamp */
+    /**
+     * Counts a picture painted for the first time. @param age microseconds since the robot's stamp
+     */
     void addShown(std::int64_t age);
 
-    /** The figures since the last call. */
+    /** Returns the figures since the last call. */
     Figures measure(const FeedCounts& counts, Clock::time_point now);
 
-    /** Measures from now on, as if nothing had come before. */
+    /** Restarts the measurement. */
     void restart(const FeedCounts& counts, Clock::time_point now);
 
   private:
@@ -45,17 +49,19 @@ class FigureMeter {
     double fAges = 0;
 };
 
-/** An age as people read it: "12 ms", "3.4 s". A negative one, or one of minutes, says that the
- *  clocks differ. */
+/**
+ * Returns an age for the user: "12 ms", "3.4 s". For a negative one, or one of minutes, the text
+ * says that the clocks differ.
+ */
 QString ageText(double microseconds);
-/** "3.4 MB" */
+/** Returns for instance "3.4 MB". */
 QString sizeText(std::int64_t bytes);
-/** "27.6 MB/s" */
+/** Returns for instance "27.6 MB/s". */
 QString byteRateText(double bytesPerSecond);
 
-/** The figures as one line. */
+/** Returns the figures as one line. */
 QString figuresLine(const Figures& figures);
-/** The figures as lines of "name: value", to be copied. */
+/** Returns the figures as lines of "name: value", for copying. */
 QString figuresReport(const Figures& figures);
 
 }  // namespace cameraviewer

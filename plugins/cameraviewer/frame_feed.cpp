@@ -9,8 +9,10 @@ namespace cameraviewer {
 
 namespace {
 
-/** A larger step of the frames' number is no gap: the camera has started anew, or makes fun of
- *  us. */
+/**
+ * A larger step of the frame number is not a gap: the camera has restarted, or the number is
+ * invalid.
+ */
 constexpr std::uint64_t a_maxGap = 100000;
 
 }  // namespace
@@ -88,7 +90,7 @@ void FrameFeed::ended(const KVError& error) {
     fNotice.give();
 }
 
-/** Frames between the last one and this one. To be called with the lock held. */
+/** Returns the number of frames between the last one and this one. Called with the lock held. */
 std::uint64_t FrameFeed::xNotSeen(const KVFrame& frame, std::uint64_t passedOver) const {
     const bool goesOn =
         fLastNumber && frame.fNumber > *fLastNumber && frame.fNumber - *fLastNumber <= a_maxGap;

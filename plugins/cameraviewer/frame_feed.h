@@ -17,51 +17,59 @@ namespace cameraviewer {
 class Notice;
 class PictureWorker;
 
-/** What has come from a robot's cameras since the viewer was opened. */
+/** Counters of frames since the viewer was opened. */
 struct FeedCounts {
     std::uint64_t fReceived = 0;  ///< frames that reached this computer
-    std::uint64_t fBytes = 0;     ///< of the frames that were looked at
-    /** Frames that the camera took while it was watched and that nobody will see: not sent, passed
-     *  over on the way, or overtaken while they waited to be decoded. */
+    std::uint64_t fBytes = 0;     ///< of the frames that were checked
+    /**
+     * Frames that the camera took while it was watched and that are not displayed: not sent,
+     * skipped on the way, or replaced while they waited to be decoded.
+     */
     std::uint64_t fDropped = 0;
     std::map<FrameFault, std::uint64_t> fFaults;  ///< frames that cannot be shown
 };
 
-/** How it stands with the camera that is watched. */
+/** State of the watched camera's stream. */
 struct FeedState {
     using Clock = std::chrono::steady_clock;
 
-    Clock::time_point fStarted;                 ///< when watching began
-    std::optional<Clock::time_point> fArrived;  ///< the last frame, good or not
+    Clock::time_point fStarted;                 ///< start of watching
+    std::optional<Clock::time_point> fArrived;  ///< time of the last frame, valid or not
     FrameFault fFault = FrameFault::None;       ///< of the last frame
-    std::optional<KVError> fEnd;                ///< why the stream is over
-    Clock::time_point fEnded;                   ///< when that was
+    std::optional<KVError> fEnd;                ///< reason for the end of the stream
+    Clock::time_point fEnded;                   ///< time of the end
 };
 
 /**
- * Takes the frames of one camera at a time from the library's threads: checks them, counts them,
- * and hands them on to be decoded.
+ * Receives the frames of one camera at a time on the library's threads: checks them, counts them,
+ * and passes them on for decoding.
  *
- * The operations of its own may be called from any thread.
+ * Its own operations may be called from any thread.
  */
 class FrameFeed : public KVFrameStream::Listener {
   public:
-    /** Both are used while frames come. The notice is given at the stream's end and at the first
-     *  frame, and the first faulty one. */
+    /**
+     * Both are used while frames arrive. The notice is given at the stream's end, at the first
+     * frame, and at the first faulty one.
+     */
     FrameFeed(PictureWorker& worker, Notice& notice);
 
-    /** Watching begins; what is known of the stream before is forgotten, but not the counts. To be
-     *  called while no stream is connected. */
+    /**
+     * Starts watching: resets the state of the stream, but not the counters. Call it while no
+     * stream is connected.
+     */
     void begin();
 
     FeedCounts counts() const;
     FeedState state() const;
 
-    /** A frame could not be decoded after all. */
+    /** Counts a frame that failed to decode. */
     void addFault(FrameFault fault);
 
-    /** Sets what gets every good frame, on a thread of the library; it must not block. An empty
-     *  function is set without delay and none is called after that. */
+    /**
+     * Sets a function that receives every valid frame on a thread of the library; it must not
+     * block. An empty function takes effect without delay: no call follows.
+     */
     void setTap(std::function<void(const KVFrame&)> tap);
 
     void frameReceived(const KVFrame& frame, std::uint64_t passedOver) override;
@@ -72,9 +80,9 @@ class FrameFeed : public KVFrameStream::Listener {
 
     PictureWorker& fWorker;
     Notice& fNotice;
-    JpegReader fReader;  // of the thread that brings frames
+    JpegReader fReader;  // used by the thread that delivers frames
 
-    mutable std::mutex fMutex;  // guards all below
+    mutable std::mutex fMutex;  // guards all members below
     FeedCounts fCounts;
     FeedState fState;
     std::optional<std::uint64_t> fLastNumber;

@@ -19,7 +19,7 @@ constexpr int a_heightInLines = 5;
 constexpr double a_channelOpacity = 0.35;
 constexpr int a_darkest = 128;
 
-/** Red, green or blue that can be seen on the palette's base. */
+/** Returns a red, green or blue that is visible on the palette's base. */
 QColor channelColour(std::size_t channel, const QPalette& palette) {
     static const std::array<QColor, 3> onLight{QColor(200, 0, 0), QColor(0, 130, 0),
                                                QColor(0, 0, 220)};
@@ -77,14 +77,14 @@ class HistogramPanel::Bars : public QWidget {
                 a_heightInLines * fontMetrics().height()};
     }
 
-    /** Narrower than one pixel a value is better than text that is cut. */
+    /** Less than one pixel for a value is better than text that is cut. */
     QSize minimumSizeHint() const override { return {sizeHint().width() / 3, sizeHint().height()}; }
 
   protected:
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
         painter.fillRect(rect(), palette().base());
-        // A value that is narrower than a pixel could lie between two of them otherwise.
+        // Otherwise a value narrower than a pixel could disappear between two pixels.
         painter.setRenderHint(QPainter::Antialiasing);
         if (fHistograms.size() == 1) {
             painter.fillPath(xShape(fHistograms.front(), xHighest()), palette().text());
@@ -101,7 +101,7 @@ class HistogramPanel::Bars : public QWidget {
     }
 
   private:
-    /** Of one scale for all channels, so that they can be compared. */
+    /** The maximum of all channels, which share one scale for comparison. */
     std::uint32_t xHighest() const {
         std::uint32_t highest = 1;
         for (const Histogram& histogram : fHistograms) {
@@ -111,7 +111,7 @@ class HistogramPanel::Bars : public QWidget {
         return highest;
     }
 
-    /** By the square root: one value that fills half of the picture leaves the others visible. */
+    /** Uses the square root: a value that fills half of the picture leaves the others visible. */
     QPainterPath xShape(const Histogram& histogram, std::uint32_t highest) const {
         const auto& bins = histogram.fBins;
         const double width = double(this->width()) / static_cast<double>(bins.size());
@@ -151,7 +151,7 @@ HistogramPanel::~HistogramPanel() = default;
 
 void HistogramPanel::showHistograms(const std::vector<Histogram>& histograms) {
     fBars->setHistograms(histograms);
-    fStretch->setVisible(histograms.size() == 1);  // colours need the room for their figures
+    fStretch->setVisible(histograms.size() == 1);  // three channels need the room for their figures
     fText->setText(textOf(histograms));
 }
 

@@ -11,8 +11,10 @@ class QLabel;
 
 namespace cameraviewer {
 
-/** The histograms of the picture's channels with their ranges and means, and the choice of showing
- * a grey picture in its range. */
+/**
+ * The histograms of the picture's channels with ranges and means, and a check box that stretches a
+ * grey picture.
+ */
 class HistogramPanel : public QWidget {
     Q_OBJECT
 
@@ -20,10 +22,10 @@ class HistogramPanel : public QWidget {
     explicit HistogramPanel(QWidget* parent);
     ~HistogramPanel() override;
 
-    /** @param histograms see histogramsOf(); none while there is no picture */
+    /** @param histograms see histogramsOf(); empty while there is no picture */
     void showHistograms(const std::vector<Histogram>& histograms);
 
-    /** Returns true if the user wants the darkest value black and the brightest white. */
+    /** Returns true if the darkest value is to be shown as black and the brightest as white. */
     bool isStretching() const;
 
     void setStretching(bool isStretching);

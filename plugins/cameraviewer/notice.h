@@ -7,20 +7,20 @@
 namespace cameraviewer {
 
 /**
- * Passes the word that there is something to take: once, however much comes, until clear() is
- * called. All operations may be called from any thread.
+ * Reports once that there are new results, however many arrive, until clear() is called. All
+ * operations may be called from any thread.
  */
 class Notice {
   public:
     /**
-     * Sets what is called, on whatever thread something came from; at once when something is there
-     * already. It must only pass the word on, as it runs under a lock. An empty function is set
-     * without delay and none is called after that.
+     * Sets the function to call, on the thread of the event, or at once if there already are
+     * results. It must only pass the notice on, since it runs with a lock held. An empty function
+     * takes effect without delay: no call follows.
      */
     void set(std::function<void()> function);
 
     void give();
-    /** To be called before what is there is taken. */
+    /** Called before the results are taken. */
     void clear();
 
   private:

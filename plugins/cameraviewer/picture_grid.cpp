@@ -10,14 +10,14 @@ namespace cameraviewer {
 
 namespace {
 
-/** Units of the view: the least size of a pixel of the picture that is framed. */
+/** Minimum size of a picture pixel that gets a grid line, in units of the view. */
 constexpr double a_framedPixel = 8;
-/** Units of the view between two lines of a coarser grid, at least. */
+/** Minimum distance of the lines of a coarser grid, in units of the view. */
 constexpr double a_leastDistance = 48;
 constexpr int a_alpha = 110;
 constexpr double a_leastMarkSize = 9;
 
-/** Dark and bright in turn, so that lines can be seen on every picture. */
+/** Alternates dark and bright, so that lines are visible on every picture. */
 void drawLines(QPainter& painter, const QVector<QLineF>& lines) {
     painter.setPen(QPen(QColor(0, 0, 0, a_alpha), 0));
     painter.drawLines(lines);
@@ -27,7 +27,7 @@ void drawLines(QPainter& painter, const QVector<QLineF>& lines) {
     painter.drawLines(lines);
 }
 
-/** The multiple of `step` at or above a number that is not negative. */
+/** Returns the multiple of `step` at or above a non-negative number. */
 int firstMultiple(int from, int step) {
     return (from + step - 1) / step * step;
 }

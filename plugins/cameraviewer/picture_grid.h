@@ -10,16 +10,15 @@ namespace cameraviewer {
 class ViewGeometry;
 
 /**
- * Pixels of the picture from one line of the grid to the next: 1 where a pixel is large enough to
- * be framed, else the least of 10, 20, 50, 100 and so on that leaves the picture between the lines
- * visible.
+ * Returns the distance of the grid lines in picture pixels: 1 if a pixel is large enough, otherwise
+ * the smallest of 10, 20, 50, 100 and so on that leaves the picture between the lines visible.
  */
 int gridStep(const ViewGeometry& geometry);
 
-/** Draws lines on the borders of the picture's pixels, at the multiples of gridStep(). */
+/** Draws lines on the borders of the picture's pixels, at multiples of gridStep(). */
 void paintGrid(QPainter& painter, const ViewGeometry& geometry, const QRect& pixels);
 
-/** Frames one pixel. */
+/** Draws a frame around one pixel. */
 void paintMark(QPainter& painter, const ViewGeometry& geometry, const QPoint& pixel);
 
 }  // namespace cameraviewer

@@ -15,15 +15,18 @@ namespace cameraviewer {
 
 namespace {
 
-/** Units of the wheel for one doubling of the zoom: two notches of an ordinary mouse. */
+/** Wheel units for doubling the zoom: two notches of an ordinary mouse. */
 constexpr double a_wheelForDoubling = 240;
-/** Panned by one press of a key, in parts of the view. */
+/** Fraction of the view by which one key press pans. */
 constexpr int a_panDivisor = 8;
-/** From here on pixels are shown as squares. */
+/** Zoom from which pixels are shown as squares. */
 constexpr double a_sharpZoom = 4;
 constexpr int a_greys = 256;
 
-/** Neutral and dark, whatever the desktop's colours, so that a picture looks the same on each. */
+/**
+ * Neutral and dark, independent of the desktop's colours, so that a picture looks the same
+ * everywhere.
+ */
 const QColor& background() {
     static const QColor color(38, 38, 38);
     return color;
@@ -49,7 +52,7 @@ QPoint direction(int key) {
 PictureView::PictureView(QWidget* parent) : QWidget(parent) {
     setObjectName(QStringLiteral("cameraPicture"));
     setAccessibleName(tr("Picture of the camera"));
-    setFocusPolicy(Qt::WheelFocus);  // whoever zooms with the wheel goes on with keys
+    setFocusPolicy(Qt::WheelFocus);  // keys work after zooming with the wheel
     setMouseTracking(true);
     setAttribute(Qt::WA_OpaquePaintEvent);
     xUpdateGeometry();
@@ -165,7 +168,7 @@ void PictureView::setGrid(bool isShown) {
 }
 
 bool PictureView::event(QEvent* event) {
-    // The arrows are the view's even where an ancestor has them as shortcuts.
+    // The view handles the arrows even if an ancestor uses them as shortcuts.
     if (event->type() == QEvent::ShortcutOverride &&
         !direction(static_cast<QKeyEvent*>(event)->key()).isNull()) {
         event->accept();
@@ -176,10 +179,10 @@ bool PictureView::event(QEvent* event) {
 
 void PictureView::paintEvent(QPaintEvent* event) {
     if (fGeometry.pixelRatio() != devicePixelRatioF()) {
-        xUpdateGeometry();  // the window is on another screen now
+        xUpdateGeometry();  // the window may be on another screen
     }
     QPainter painter(this);
-    // Under the picture's edges too, which may cover a pixel of the screen in part.
+    // Also under the picture's edges, which may cover a screen pixel in part.
     const QRectF inside = fGeometry.pictureRect().adjusted(1, 1, -1, -1);
     const QRegion around = event->region() - inside.toRect();
     for (const QRect& part : hasPicture() ? around : event->region()) {
@@ -223,7 +226,7 @@ void PictureView::mouseMoveEvent(QMouseEvent* event) {
         fDragged = event->pos();
         xApply();
     }
-    // The middle of the cursor's pixel, so that no rounding leads to its neighbour.
+    // The centre of the cursor's pixel, so that rounding cannot select its neighbour.
     xSetCursorAt(QPointF(event->pos()) + QPointF(0.5, 0.5) / devicePixelRatioF());
 }
 
@@ -267,7 +270,7 @@ void PictureView::keyPressEvent(QKeyEvent* event) {
     }
 }
 
-/** After a change of the geometry. */
+/** Called after a change of the geometry. */
 void PictureView::xApply() {
     xUpdateCursor();
     update();
@@ -302,7 +305,7 @@ void PictureView::xPaintPicture(QPainter& painter, const QRect& exposed) {
     }
 }
 
-/** In the direction that is seen, however the picture is turned. It begins in the middle. */
+/** Moves in the visible direction, independent of the rotation. It starts in the middle. */
 void PictureView::xMoveMark(const QPoint& by) {
     if (!hasPicture()) {
         return;
@@ -329,13 +332,13 @@ void PictureView::xSetCursorAt(const std::optional<QPointF>& at) {
     Q_EMIT pixelChanged();
 }
 
-/** The pixels of the picture that lie in an area of the view, at least in part. */
+/** Returns the picture pixels that are at least partly inside an area of the view. */
 QRect PictureView::xPixelsIn(const QRectF& area) const {
     const QRectF covered = fGeometry.pictureToView().inverted().mapRect(area);
     return covered.adjusted(-1, -1, 1, 1).toAlignedRect() & fPicture.fImage.rect();
 }
 
-/** Grey in another range needs no other bytes, only other names for them. */
+/** Another range of grey uses the same bytes with another colour table. */
 QImage PictureView::xShownImage() const {
     const QImage& image = fPicture.fImage;
     if (fGreys.isEmpty() || image.format() != QImage::Format_Grayscale8) {

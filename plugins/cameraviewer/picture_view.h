@@ -13,11 +13,11 @@
 namespace cameraviewer {
 
 /**
- * Shows one picture, which can be zoomed, panned, turned and looked at pixel by pixel.
+ * A widget that shows one picture, with zoom, panning, rotation and inspection of pixels.
  *
- * The wheel zooms around the cursor, dragging pans, and a double click changes between fitted and
- * one to one; the arrow keys pan, or with Shift move a mark from pixel to pixel. Nothing is painted
- * but what has changed. Used on the GUI thread.
+ * The wheel zooms around the cursor, dragging pans, and a double click switches between fitted and
+ * one to one. The arrow keys pan, or with Shift move a mark from pixel to pixel. Only changes are
+ * painted. Used on the GUI thread.
  */
 class PictureView : public QWidget {
     Q_OBJECT
@@ -34,10 +34,10 @@ class PictureView : public QWidget {
     void setForm(const ViewForm& form);
     const ViewGeometry& geometry() const { return fGeometry; }
     bool hasGrid() const { return fHasGrid; }
-    /** The pixel under the cursor or the mark; nothing when there is neither. */
+    /** Returns the pixel under the cursor or the mark; nothing if there is neither. */
     std::optional<QPoint> pixel() const;
 
-    /** Shows grey from `darkest` to `brightest` as black to white; the picture itself stays. */
+    /** Shows grey from `darkest` to `brightest` as black to white; the picture is not changed. */
     void setGreyRange(int darkest, int brightest);
     void setFullGreyRange();
 
@@ -58,14 +58,14 @@ class PictureView : public QWidget {
 
   Q_SIGNALS:
     /**
-     * A picture was painted for the first time.
+     * Emitted when a picture has been painted for the first time.
      *
      * @param number,time of the frame, see KVFrame
      */
     void pictureShown(quint64 number, qint64 time);
-    /** The zoom has changed, or how the picture is turned. */
+    /** Emitted when zoom, rotation or flips have changed. */
     void geometryChanged();
-    /** Another pixel is looked at, or the picture under it has changed. */
+    /** Emitted when another pixel is selected, or the picture under it has changed. */
     void pixelChanged();
 
   protected:
@@ -92,12 +92,12 @@ class PictureView : public QWidget {
 
     Picture fPicture;
     ViewGeometry fGeometry;
-    bool fIsNew = false;  // the picture has not been painted yet
+    bool fIsNew = false;  // true until the picture has been painted
     bool fHasGrid = false;
-    QVector<QRgb> fGreys;  // how grey is shown; empty for as it is
+    QVector<QRgb> fGreys;  // colour table for grey; empty if unchanged
     std::optional<QPointF> fCursorAt;
     std::optional<QPoint> fMark;
-    std::optional<QPoint> fDragged;  // where the mouse was last, while it drags
+    std::optional<QPoint> fDragged;  // last mouse position while dragging
 };
 
 }  // namespace cameraviewer

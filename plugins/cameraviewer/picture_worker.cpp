@@ -42,7 +42,7 @@ void PictureWorker::forget() {
     const std::lock_guard<std::mutex> lock(fMutex);
     ++fEpoch;
     fWaiting.reset();
-    // Its taker would have asked for the next one.
+    // The consumer of the discarded picture would have requested the next one.
     fIsRequested = fIsRequested || fFinished;
     fFinished.reset();
 }

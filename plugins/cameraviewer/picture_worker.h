@@ -16,43 +16,43 @@ namespace cameraviewer {
 
 class Notice;
 
-/** A picture ready to be painted, or the fault of one that cannot be. */
+/** A picture ready to be painted, or the fault of the frame. */
 struct DecodedPicture {
     Picture fPicture;
-    std::vector<Histogram> fHistograms;  ///< of its channels, where they are wanted
+    std::vector<Histogram> fHistograms;  ///< of its channels, if requested
 };
 
 /**
- * Decodes the newest frame on a thread of its own, each time that a picture is asked for.
+ * Decodes the newest frame on a dedicated thread, each time a picture is requested.
  *
- * Frames that come in the meantime take the place of the one that waits, so that a slow consumer
- * costs no decoding that nobody sees, and gets a picture that is not older for it. All operations
- * may be called from any thread.
+ * A frame that arrives before the request replaces the waiting one, so that a slow consumer causes
+ * no unnecessary decoding, and gets the newest picture. All operations may be called from any
+ * thread.
  */
 class PictureWorker {
   public:
-    /** @param notice is given when there is a picture to take, and outlives the worker */
+    /** @param notice given when there is a picture to take; must outlive the worker */
     explicit PictureWorker(Notice& notice);
-    /** Stops. */
+    /** Stops, as stop() does. */
     ~PictureWorker();
     PictureWorker(const PictureWorker&) = delete;
     PictureWorker& operator=(const PictureWorker&) = delete;
 
-    /** @return whether it took the place of a frame that nobody will see */
+    /** @return true if it replaced a frame that will not be shown */
     bool offer(const KVFrame& frame);
 
-    /** Asks for one picture: of the frame that waits, or of the next one. */
+    /** Requests one picture: of the waiting frame, or of the next one. */
     void request();
-    /** The picture that was asked for, when it is there. */
+    /** Returns the requested picture when it is ready. */
     std::optional<DecodedPicture> take();
 
-    /** Sets if pictures come with their histograms. */
+    /** Sets whether pictures are delivered with their histograms. */
     void setHistogramWanted(bool isWanted);
 
-    /** Forgets the frame that waits and the picture that is being made. A request stands. */
+    /** Discards the waiting frame and the picture that is being decoded. A request remains. */
     void forget();
 
-    /** Returns when nothing is decoded any more; nothing is after it. */
+    /** Stops decoding. Returns when nothing is being decoded. */
     void stop();
 
   private:
@@ -60,13 +60,13 @@ class PictureWorker {
     DecodedPicture xDecode(const KVFrame& frame, bool withHistograms);
 
     Notice& fNotice;
-    PictureDecoder fDecoder;  // of the worker's thread
+    PictureDecoder fDecoder;  // used by the worker's thread
 
-    std::mutex fMutex;  // guards all below
+    std::mutex fMutex;  // guards all members below
     std::condition_variable fWork;
     std::optional<KVFrame> fWaiting;
     std::optional<DecodedPicture> fFinished;
-    std::uint64_t fEpoch = 0;  // counted up by forget()
+    std::uint64_t fEpoch = 0;  // increased by forget()
     bool fIsRequested = false;
     bool fIsHistogramWanted = false;
     bool fIsStopped = false;

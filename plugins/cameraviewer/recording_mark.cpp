@@ -20,7 +20,7 @@ int dotSpace(const QFontMetrics& metrics) {
     return metrics.height() * 3 / 2;
 }
 
-/** As a clock shows it: "0:07", "1:02:03". */
+/** Returns the time as a clock shows it: "0:07", "1:02:03". */
 QString clockText(double seconds) {
     const auto whole = static_cast<qint64>(seconds);
     const auto twoDigits = [](qint64 number) {
@@ -47,7 +47,7 @@ void RecordingMark::showProgress(double seconds, std::int64_t bytes) {
     if (progress != text()) {
         setText(progress);
         setAccessibleName(tr("Recording: %1").arg(progress));
-        // Keeps the widgets behind it in place when the width of the digits changes.
+        // Keeps the following widgets in place when the width of the digits changes.
         setMinimumWidth(std::max(minimumWidth(), sizeHint().width()));
     }
     show();
@@ -59,7 +59,7 @@ void RecordingMark::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
-    painter.setBrush(QColor(220, 30, 30));  // red on light and dark palettes
+    painter.setBrush(QColor(220, 30, 30));  // red for light and dark palettes
     painter.drawEllipse(
         QRectF((dotSpace(fontMetrics()) - size) / 2, (height() - size) / 2, size, size));
 }

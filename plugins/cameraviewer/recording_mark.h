@@ -7,14 +7,14 @@
 
 namespace cameraviewer {
 
-/** The red dot with the length and the size of the recording that runs. */
+/** A red dot with the duration and the size of the running recording. */
 class RecordingMark : public QLabel {
     Q_OBJECT
 
   public:
     explicit RecordingMark(QWidget* parent);
 
-    /** @param seconds length so far; days are counted as hours */
+    /** @param seconds duration so far; days are counted as hours */
     void showProgress(double seconds, std::int64_t bytes);
 
   protected:

@@ -13,7 +13,7 @@ namespace {
 using Seconds = Situation::Seconds;
 
 constexpr Seconds a_shortestPatience{0.8};
-/** Leaves time to tell the user within two seconds. */
+/** Leaves time to inform the user within two seconds. */
 constexpr Seconds a_patienceForUnknownRate{1.6};
 constexpr double a_patienceInFrames = 1.6;
 

@@ -11,28 +11,31 @@
 
 namespace cameraviewer {
 
-/** All that decides whether a live picture is shown, and if not, why. */
+/** State that determines whether there is a live picture, and otherwise the reason. */
 struct Situation {
     enum class Robot { Connected, Lost, Closed };
     using Seconds = std::chrono::duration<double>;
 
     Robot fRobot = Robot::Connected;
-    bool fHasCameras = false;         ///< the robot has listed its cameras at least once
-    int fCameraCount = 0;             ///< in its newest list
-    std::optional<KVError> fFailure;  ///< why the newest list was not given
+    bool fHasCameras = false;         ///< true if the robot has listed its cameras at least once
+    int fCameraCount = 0;             ///< in the newest list
+    std::optional<KVError> fFailure;  ///< error of the newest request for the list
     bool fIsPaused = false;
-    QString fCamera;                       ///< that is watched, as it is shown; empty for none
-    double fRate = 0;                      ///< its frames a second; 0 when unknown
-    Seconds fWatched{0};                   ///< since watching began
-    std::optional<Seconds> fSinceFrame;    ///< since the last frame; nothing before the first
+    QString fCamera;                       ///< display name of the watched camera; empty for none
+    double fRate = 0;                      ///< its frames a second; 0 if unknown
+    Seconds fWatched{0};                   ///< time since watching began
+    std::optional<Seconds> fSinceFrame;    ///< time since the last frame; nothing before the first
     FrameFault fFault = FrameFault::None;  ///< of the last frame
-    std::optional<KVError> fEnd;           ///< why the robot has ended the stream
+    std::optional<KVError> fEnd;           ///< reason for which the robot has ended the stream
 };
 
-/** Why there is no live picture, as a sentence for the user; empty when there is one. */
+/**
+ * Returns the reason why there is no live picture, as a sentence for the user; empty if there is
+ * one.
+ */
 QString reasonOf(const Situation& situation);
 
-/** How long no frame may come until a camera of a rate counts as stopped. */
+/** Returns the time without a frame after which a camera with this rate counts as stopped. */
 Situation::Seconds patienceFor(double rate);
 
 }  // namespace cameraviewer

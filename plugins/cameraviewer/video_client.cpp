@@ -11,7 +11,7 @@ namespace cameraviewer {
 
 namespace {
 
-/** Seconds for a call: a camera that changes its settings may have to start anew. */
+/** Time-out of a call in seconds: a camera that changes its settings may have to restart. */
 constexpr double a_callTimeOut = 5;
 
 }  // namespace
@@ -64,7 +64,7 @@ void VideoClient::xRun() {
         if (fIsStopped) {
             return;
         }
-        // Wishes first: the list that follows then has the settings as they are now.
+        // Changes first: the list requested afterwards then contains the new settings.
         if (!fWishes.empty()) {
             const auto wish = fWishes.extract(fWishes.begin());
             lock.unlock();

@@ -23,47 +23,47 @@ namespace cameraviewer {
 
 class Notice;
 
-/** The module of a robot that has cameras. */
+/** The robot's module with cameras. */
 constexpr char a_videoModule[] = "KVVideo";
 
-/** What a robot has answered. */
+/** Answers of a robot. */
 struct VideoAnswers {
-    /** What became of a wish for other settings. */
+    /** Result of a request for other settings. */
     struct Change {
         std::string fCamera;
         CameraSettings fWish;
-        std::optional<CameraSettings> fSettings;  ///< that hold now; nothing when it was refused
+        std::optional<CameraSettings> fSettings;  ///< resulting settings; nothing if refused
         std::string fRefusal;                     ///< the robot's reason
     };
 
     std::optional<std::vector<CameraInfo>> fCameras;
-    std::optional<KVError> fFailure;  ///< why the cameras could not be listed
+    std::optional<KVError> fFailure;  ///< error of the request for the cameras
     std::vector<Change> fChanges;
 };
 
 /**
- * Calls a robot's "KVVideo" on a thread of its own, so that nobody waits for the network.
+ * Calls a robot's "KVVideo" on a dedicated thread, so that the GUI thread does not wait for the
+ * network.
  *
  * All operations may be called from any thread.
  */
 class VideoClient {
   public:
-    /** @param notice is given when there are answers to take, and outlives the client */
+    /** @param notice given when there are answers to take; must outlive the client */
     VideoClient(const boost::shared_ptr<KVConnection>& connection, Notice& notice);
-    /** Stops. */
+    /** Stops, as stop() does. */
     ~VideoClient();
     VideoClient(const VideoClient&) = delete;
     VideoClient& operator=(const VideoClient&) = delete;
 
-    /** Asks for the cameras, unless that is being asked already. */
+    /** Requests the cameras, unless a request is already waiting. */
     void listCameras();
-    /** Asks for other settings. A wish that was not sent yet gives way to a newer one. */
+    /** Requests other settings. Replaces a request that was not sent yet. */
     void changeSettings(const std::string& camera, const CameraSettings& settings);
 
     VideoAnswers take();
 
-    /** Ends the calls in flight; returns when no thread calls any more. Nothing is asked after
-     *  it. */
+    /** Ends the calls in flight. Returns when no thread is calling; no calls follow. */
     void stop();
 
   private:
@@ -72,10 +72,10 @@ class VideoClient {
     void xChangeSettings(const std::string& camera, const CameraSettings& settings);
     void xAnswer(VideoAnswers answers);
 
-    std::unique_ptr<KVProxy> fVideo;  // until stop() has returned
+    std::unique_ptr<KVProxy> fVideo;  // valid until stop() has returned
     Notice& fNotice;
 
-    std::mutex fMutex;  // guards all below
+    std::mutex fMutex;  // guards all members below
     std::condition_variable fWork;
     bool fIsListWanted = false;
     std::map<std::string, CameraSettings> fWishes;

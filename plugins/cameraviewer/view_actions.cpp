@@ -61,7 +61,7 @@ QAction* ViewActions::xAdd(const char* objectName, const QString& text, const QS
     auto* action = new QAction(text, this);
     action->setObjectName(QLatin1String(objectName));
     action->setShortcuts(keys);
-    // Single keys belong to the view: a box of the tool bar searches its list by them.
+    // Single keys belong to the view: a combo box in the tool bar uses them to search its list.
     action->setShortcutContext(Qt::WidgetShortcut);
     explainWithKey(*action, toolTip);
     fView->addAction(action);

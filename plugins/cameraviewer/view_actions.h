@@ -13,8 +13,8 @@ class CameraBar;
 class PictureView;
 
 /**
- * What can be done with the picture on the screen: in a menu, by single keys while the view has the
- * keyboard, and for what is used most by buttons.
+ * The actions on the displayed picture: in a menu, with single keys while the view has the focus,
+ * and the most frequent ones as buttons.
  */
 class ViewActions : public QObject {
     Q_OBJECT
@@ -25,7 +25,7 @@ class ViewActions : public QObject {
     QAction* pause() const { return fPause; }
     QAction* grid() const { return fGrid; }
     QAction* histogram() const { return fHistogram; }
-    /** All of them; owned by the view. */
+    /** Returns the menu with all actions; owned by the view. */
     QMenu* menu() const { return fMenu; }
     void addButtons(CameraBar& bar) const;
 
@@ -46,8 +46,10 @@ class ViewActions : public QObject {
     QAction* fHistogram = nullptr;
 };
 
-/** Sets an action's tool tip, and as its "What's this" the same without markup: plain text with the
- *  action's first key. */
+/**
+ * Sets an action's tool tip, and the same without markup as its "What's this": plain text with the
+ * action's first key.
+ */
 void explainWithKey(QAction& action, const QString& text);
 
 }  // namespace cameraviewer

@@ -7,13 +7,13 @@ namespace cameraviewer {
 
 namespace {
 
-/** Steps of zoom by key in one doubling. */
+/** Zoom steps by key for doubling. */
 constexpr double a_stepsInDoubling = 2;
 constexpr double a_nearlyOneStep = 0.01;
 
 constexpr int a_quarterTurns = 4;
 
-/** By quarter turns, clockwise. */
+/** Returns a rotation by quarter turns, clockwise. */
 QTransform turnBy(int quarterTurns) {
     switch ((quarterTurns % a_quarterTurns + a_quarterTurns) % a_quarterTurns) {
         case 1:
@@ -45,13 +45,13 @@ bool ViewForm::operator==(const ViewForm& other) const {
 }
 
 void ViewGeometry::setView(const QSizeF& size, double pixelRatio) {
-    // A view without any size would have no zoom.
+    // An empty view would have no zoom.
     fView = size.expandedTo(QSizeF(1, 1));
     fPixelRatio = pixelRatio;
     xKeepInView();
 }
 
-/** The same part of the scene stays in the middle when a camera changes its resolution. */
+/** Keeps the same part of the scene in the middle when a camera changes its resolution. */
 void ViewGeometry::setPicture(const QSize& size) {
     if (size == fPicture) {
         return;
@@ -136,7 +136,7 @@ void ViewGeometry::setForm(const ViewForm& form) {
 QTransform ViewGeometry::pictureToView() const {
     const double scale = xScale();
     const QPointF corner = xMiddle() - fCentre * scale;
-    // On whole pixels of the screen, so that the picture is sharp.
+    // Aligned to whole screen pixels, so that the picture is sharp.
     const QTransform place =
         QTransform::fromTranslate(std::round(corner.x() * fPixelRatio) / fPixelRatio,
                                   std::round(corner.y() * fPixelRatio) / fPixelRatio);
@@ -152,7 +152,10 @@ QPoint ViewGeometry::pixelAt(const QPointF& at) const {
     return {static_cast<int>(std::floor(pixel.x())), static_cast<int>(std::floor(pixel.y()))};
 }
 
-/** From pixels of the picture to those of the turned picture, whose corner is at the origin. */
+/**
+ * Returns the transformation from picture pixels to those of the rotated picture, whose corner is
+ * at the origin.
+ */
 QTransform ViewGeometry::xOrientation() const {
     const QRectF turned = fTurn.mapRect(QRectF(QPointF(), QSizeF(fPicture)));
     return fTurn * QTransform::fromTranslate(-turned.left(), -turned.top());

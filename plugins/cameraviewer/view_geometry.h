@@ -12,60 +12,61 @@ namespace cameraviewer {
 
 /** Zoom and orientation, independent of the sizes of picture and view. */
 struct ViewForm {
-    double fZoom = 0;         ///< 0 when the zoom follows the size of the view
+    double fZoom = 0;         ///< 0 if the zoom follows the size of the view
     int fQuarterTurns = 0;    ///< clockwise, 0 to 3
-    bool fIsFlipped = false;  ///< left and right, before it is turned
+    bool fIsFlipped = false;  ///< left and right, before the rotation
 
     bool operator==(const ViewForm& other) const;
 };
 
 /**
- * Where and how large a picture stands in its view: rotated by quarter turns, flipped, zoomed and
- * panned.
+ * Position and size of a picture in its view: rotated by quarter turns, flipped, zoomed and panned.
  *
- * A zoom of 1 shows a pixel of the picture as one pixel of the screen, whatever the scale of the
- * desktop. The picture never leaves the view: where it is smaller it is in the middle, where it is
- * larger it covers the view.
+ * A zoom of 1 shows one picture pixel as one screen pixel, at any scale of the desktop. The picture
+ * never leaves the view: if it is smaller it is centred, if it is larger it covers the view.
  */
 class ViewGeometry {
   public:
     static constexpr double a_largestZoom = 32;
     static constexpr double a_smallestZoom = 1.0 / 16;
 
-    /** @param pixelRatio pixels of the screen for one unit of the view */
+    /** @param pixelRatio screen pixels in one unit of the view */
     void setView(const QSizeF& size, double pixelRatio);
     double pixelRatio() const { return fPixelRatio; }
     void setPicture(const QSize& size);
     const QSize& picture() const { return fPicture; }
 
     double zoom() const;
-    /** Whether the zoom follows the size of the view. */
+    /** Returns true if the zoom follows the size of the view. */
     bool isFitted() const { return fIsFitted; }
     void fit();
     void zoomTo(double zoom);
-    /** To the next step up (1) or down (-1), around the middle. */
+    /** Zooms to the next step up (1) or down (-1), around the middle. */
     void zoomByStep(int direction);
-    /** @param at the point of the view that keeps its place in the picture */
+    /** @param at the point of the view whose picture position does not change */
     void zoomAround(const QPointF& at, double factor);
-    /** @param by in units of the view, the way the picture moves */
+    /** @param by movement of the picture in units of the view */
     void panBy(const QPointF& by);
 
-    /** By quarter turns, clockwise as it is seen. */
+    /** Rotates by quarter turns, clockwise as seen. */
     void rotate(int quarterTurns);
-    /** Left and right, or top and bottom, as they are seen. */
+    /** Flips left and right, or top and bottom, as seen. */
     void flipHorizontally();
     void flipVertically();
-    /** Neither rotated nor flipped. */
+    /** Removes rotation and flips. */
     void straighten();
 
     ViewForm form() const;
-    /** Values that no form has, as a file may hold them, become the nearest that one has. */
+    /**
+     * Sets zoom and orientation; invalid values, for instance from a file, become the closest valid
+     * ones.
+     */
     void setForm(const ViewForm& form);
 
     QTransform pictureToView() const;
-    /** What the picture covers of the view's plane. */
+    /** Returns the area of the view that the picture covers. */
     QRectF pictureRect() const;
-    /** The pixel of the picture at a point of the view; perhaps outside the picture. */
+    /** Returns the picture pixel at a point of the view; it may be outside the picture. */
     QPoint pixelAt(const QPointF& at) const;
 
   private:
@@ -81,7 +82,7 @@ class ViewGeometry {
     QSizeF fView{1, 1};
     double fPixelRatio = 1;
     QSize fPicture;
-    QTransform fTurn;  // rotation and flips around the origin, in whole numbers
+    QTransform fTurn;  // rotation and flips around the origin, in integers
     bool fIsFitted = true;
     double fZoom = 1;
     QPointF fCentre;  // of the view, in pixels of the turned picture
