@@ -1,4 +1,4 @@
-#include "widget_interface.h"
+#include <obvista/widget_interface.h>
 
 // Defined here so that only this library contains the type information, and a cast or a caught
 // exception refers to the same class in the host and in every plugin.

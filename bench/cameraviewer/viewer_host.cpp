@@ -3,6 +3,8 @@
 //   cameraviewer_bench_viewer PLUGIN ROBOT_PORT WIDTH HEIGHT
 #include "shown_rect.h"
 
+#include <obvista/widget_interface.h>
+
 #include <QAction>
 #include <QApplication>
 #include <QMainWindow>
@@ -11,7 +13,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <widget_interface.h>
 
 int main(int argc, char** argv) {
     QApplication application(argc, argv);

@@ -7,6 +7,8 @@
 #include "filter_typing.h"
 #include "host_window.h"
 
+#include <obvista/widget_interface.h>
+
 #include <QApplication>
 #include <QComboBox>
 #include <QLineEdit>
@@ -20,7 +22,6 @@
 #include <memory>
 #include <optional>
 #include <stdexcept>
-#include <widget_interface.h>
 
 namespace {
 

@@ -1,5 +1,9 @@
 #include "camera_bar.h"
 
+#include <obvista/viewer/labels.h>
+#include <obvista/viewer/plain_text.h>
+#include <obvista/viewer/wrap_layout.h>
+
 #include <QAction>
 #include <QComboBox>
 #include <QEvent>
@@ -9,11 +13,8 @@
 #include <QToolButton>
 
 #include <algorithm>
-#include <labels.h>
-#include <plain_text.h>
 #include <set>
 #include <utility>
-#include <wrap_layout.h>
 
 namespace cameraviewer {
 

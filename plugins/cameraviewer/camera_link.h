@@ -6,11 +6,12 @@
 #include "picture_worker.h"
 #include "video_client.h"
 
+#include <obvista/viewer/robot_link.h>
+
 #include <boost/shared_ptr.hpp>
 
 #include <atomic>
 #include <memory>
-#include <robot_link.h>
 #include <string>
 
 namespace cameraviewer {

@@ -4,8 +4,9 @@
 #include "camera_info.h"
 #include "view_geometry.h"
 
+#include <obvista/viewer/robot_settings.h>
+
 #include <optional>
-#include <robot_settings.h>
 #include <string>
 
 namespace cameraviewer {

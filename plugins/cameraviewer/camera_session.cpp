@@ -2,8 +2,9 @@
 
 #include "camera_link.h"
 
+#include <obvista/viewer/plain_text.h>
+
 #include <algorithm>
-#include <plain_text.h>
 #include <utility>
 
 namespace cameraviewer {

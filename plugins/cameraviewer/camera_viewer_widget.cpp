@@ -9,6 +9,11 @@
 #include "picture_view.h"
 #include "view_actions.h"
 
+#include <obvista/viewer/labels.h>
+#include <obvista/viewer/plain_text.h>
+#include <obvista/viewer/robot_header.h>
+#include <obvista/viewer/widget_seen.h>
+
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
@@ -20,11 +25,7 @@
 #include <QStackedLayout>
 #include <QVBoxLayout>
 
-#include <labels.h>
-#include <plain_text.h>
-#include <robot_header.h>
 #include <utility>
-#include <widget_seen.h>
 
 namespace cameraviewer {
 

@@ -4,11 +4,12 @@
 #include "camera_memory.h"
 #include "figures.h"
 
+#include <obvista/viewer/viewer_widget.h>
+
 #include <QTimer>
 
 #include <memory>
 #include <vector>
-#include <viewer_widget.h>
 
 class QLabel;
 class QStackedLayout;

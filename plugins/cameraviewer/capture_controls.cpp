@@ -6,6 +6,9 @@
 #include "recording_mark.h"
 #include "view_actions.h"
 
+#include <obvista/viewer/labels.h>
+#include <obvista/viewer/viewer_widget.h>
+
 #include <QAction>
 #include <QDateTime>
 #include <QDir>
@@ -14,9 +17,7 @@
 #include <QSettings>
 #include <QStandardPaths>
 
-#include <labels.h>
 #include <snapshot.h>
-#include <viewer_widget.h>
 
 namespace cameraviewer {
 

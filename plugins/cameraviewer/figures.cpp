@@ -1,11 +1,12 @@
 #include "figures.h"
 
+#include <obvista/viewer/labels.h>
+
 #include <QCoreApplication>
 #include <QLocale>
 #include <QStringList>
 
 #include <cmath>
-#include <labels.h>
 
 namespace cameraviewer {
 

@@ -1,5 +1,7 @@
 #include "histogram_panel.h"
 
+#include <obvista/viewer/labels.h>
+
 #include <QCheckBox>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -9,7 +11,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <labels.h>
 
 namespace cameraviewer {
 

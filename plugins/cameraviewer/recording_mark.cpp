@@ -2,11 +2,12 @@
 
 #include "figures.h"
 
+#include <obvista/viewer/labels.h>
+
 #include <QHideEvent>
 #include <QPainter>
 
 #include <algorithm>
-#include <labels.h>
 
 namespace cameraviewer {
 

@@ -1,10 +1,11 @@
 #include "situation.h"
 
+#include <obvista/viewer/plain_text.h>
+
 #include <QCoreApplication>
 
 #include <algorithm>
 #include <cmath>
-#include <plain_text.h>
 
 namespace cameraviewer {
 

@@ -1,11 +1,12 @@
 #ifndef OBVISTA_MEMORYVIEWER_MEMORY_VIEWER_PLUGIN_H
 #define OBVISTA_MEMORYVIEWER_MEMORY_VIEWER_PLUGIN_H
 
+#include <obvista/viewer/plugin_links.h>
+#include <obvista/widget_interface.h>
+
 #include <QObject>
 
-#include <plugin_links.h>
 #include <string>
-#include <widget_interface.h>
 
 namespace memoryviewer {
 

@@ -6,7 +6,8 @@
 #include "plugin_loader.h"
 #include "qclosabledock_widget.h"
 #include "robot_browser.h"
-#include "widget_interface.h"
+
+#include <obvista/widget_interface.h>
 
 #include <QAction>
 #include <QDir>

@@ -2,6 +2,8 @@
 #include "sockets.h"
 #include "viewer_driver.h"
 
+#include <obvista/widget_interface.h>
+
 #include <QDockWidget>
 #include <QLabel>
 #include <QMainWindow>
@@ -11,7 +13,6 @@
 #include <qt_test_main.h>
 
 #include <memory>
-#include <widget_interface.h>
 
 using namespace obvista_test;
 

@@ -1,5 +1,7 @@
 #include "viewer_driver.h"
 
+#include <obvista/widget_interface.h>
+
 #include <QClipboard>
 #include <QComboBox>
 #include <QDockWidget>
@@ -20,7 +22,6 @@
 
 #include <memory>
 #include <robot_process.h>
-#include <widget_interface.h>
 
 using namespace obvista_test;
 

@@ -1,6 +1,7 @@
 #include "viewer_case.h"
 #include "viewer_process_command.h"
 
+#include <obvista/widget_interface.h>
 #include <robaxi/kv_error.h>
 
 #include <QDialog>
@@ -20,7 +21,6 @@
 #include <plugin_driver.h>
 #include <robot_process.h>
 #include <sockets.h>
-#include <widget_interface.h>
 
 using namespace obvista_test;
 using namespace obvista_test::viewer_case;

@@ -1,6 +1,8 @@
 #ifndef OBVISTA_TESTS_PLUGIN_DRIVER_H
 #define OBVISTA_TESTS_PLUGIN_DRIVER_H
 
+#include <obvista/widget_interface.h>
+
 #include <QHash>
 #include <QMainWindow>
 #include <QPointer>
@@ -8,7 +10,6 @@
 
 #include <functional>
 #include <string>
-#include <widget_interface.h>
 
 class QDockWidget;
 class QLabel;

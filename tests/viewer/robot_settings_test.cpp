@@ -1,10 +1,11 @@
+#include <obvista/viewer/robot_settings.h>
+
 #include <QFile>
 #include <QFileInfo>
 #include <QSettings>
 #include <QtTest>
 #include <qt_test_main.h>
 
-#include <robot_settings.h>
 #include <string>
 
 using viewer::RobotSettings;

@@ -4,6 +4,8 @@
 //   PLUGIN_process MODE ROBOT_PORT
 #include "viewer_case.h"
 
+#include <obvista/widget_interface.h>
+
 #include <QApplication>
 #include <QPluginLoader>
 #include <QTimer>
@@ -14,7 +16,6 @@
 #include <functional>
 #include <plugin_driver.h>
 #include <sockets.h>
-#include <widget_interface.h>
 
 namespace {
 

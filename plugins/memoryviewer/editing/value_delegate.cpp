@@ -2,14 +2,14 @@
 
 #include "editing/value_entry.h"
 
+#include <obvista/viewer/colours.h>
+
 #include <QComboBox>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QPainter>
 #include <QToolTip>
 #include <QVariant>
-
-#include <colours.h>
 
 namespace memoryviewer {
 

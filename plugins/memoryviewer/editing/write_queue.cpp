@@ -1,9 +1,9 @@
 #include "editing/write_queue.h"
 
+#include <obvista/viewer/plain_text.h>
 #include <robaxi/kv_error.h>
 
 #include <exception>
-#include <plain_text.h>
 #include <utility>
 
 namespace memoryviewer {

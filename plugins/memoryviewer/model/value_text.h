@@ -1,11 +1,10 @@
 #ifndef OBVISTA_MEMORYVIEWER_VALUE_TEXT_H
 #define OBVISTA_MEMORYVIEWER_VALUE_TEXT_H
 
+#include <obvista/viewer/plain_text.h>
 #include <robaxi/kv_value.h>
 
 #include <QString>
-
-#include <plain_text.h>
 
 namespace memoryviewer {
 

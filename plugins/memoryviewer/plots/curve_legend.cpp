@@ -2,13 +2,13 @@
 
 #include "plots/key_mime.h"
 
+#include <obvista/viewer/plain_text.h>
+
 #include <QContextMenuEvent>
 #include <QDrag>
 #include <QHeaderView>
 #include <QMimeData>
 #include <QPainter>
-
-#include <plain_text.h>
 
 namespace memoryviewer {
 

@@ -1,10 +1,11 @@
 #include "plots/frame_pacer.h"
 
+#include <obvista/viewer/widget_seen.h>
+
 #include <QEvent>
 #include <QWidget>
 
 #include <algorithm>
-#include <widget_seen.h>
 
 namespace memoryviewer {
 

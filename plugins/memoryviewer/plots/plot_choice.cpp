@@ -6,9 +6,10 @@
 #include "plots/plot_stack.h"
 #include "plots/plot_view.h"
 
+#include <obvista/viewer/plain_text.h>
+
 #include <algorithm>
 #include <map>
-#include <plain_text.h>
 #include <utility>
 
 namespace memoryviewer {

@@ -15,6 +15,8 @@
 #include "plots/save_actions.h"
 #include "plots/time_axis.h"
 
+#include <obvista/viewer/labels.h>
+
 #include <QDropEvent>
 #include <QLabel>
 #include <QLocale>
@@ -25,7 +27,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <labels.h>
 #include <utility>
 
 namespace memoryviewer {

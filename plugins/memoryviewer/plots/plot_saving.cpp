@@ -8,11 +8,12 @@
 #include "plots/time_axis.h"
 #include "recording/file_question.h"
 
+#include <obvista/viewer/plain_text.h>
+
 #include <QFileInfo>
 #include <QLocale>
 
 #include <limits>
-#include <plain_text.h>
 #include <utility>
 
 namespace memoryviewer {

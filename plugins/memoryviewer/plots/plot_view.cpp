@@ -7,6 +7,8 @@
 #include "plots/plot_history.h"
 #include "plots/time_axis.h"
 
+#include <obvista/viewer/plain_text.h>
+
 #include <QDropEvent>
 #include <QMimeData>
 #include <qwt_plot_grid.h>
@@ -14,7 +16,6 @@
 #include <qwt_scale_widget.h>
 
 #include <algorithm>
-#include <plain_text.h>
 
 namespace memoryviewer {
 

@@ -1,10 +1,10 @@
 #include "recording/file_question.h"
 
+#include <obvista/viewer/viewer_widget.h>
+
 #include <QDateTime>
 #include <QFileDialog>
 #include <QStandardPaths>
-
-#include <viewer_widget.h>
 
 namespace memoryviewer {
 

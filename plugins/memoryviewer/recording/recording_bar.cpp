@@ -3,15 +3,15 @@
 #include "recording/csv_recorder.h"
 #include "recording/file_question.h"
 
+#include <obvista/viewer/labels.h>
+#include <obvista/viewer/plain_text.h>
+
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLocale>
 #include <QStyle>
 #include <QToolButton>
-
-#include <labels.h>
-#include <plain_text.h>
 
 namespace memoryviewer {
 

@@ -4,10 +4,11 @@
 #include "session/memory_feed.h"
 #include "session/subscription_planner.h"
 
+#include <obvista/viewer/robot_link.h>
+
 #include <boost/shared_ptr.hpp>
 
 #include <memory>
-#include <robot_link.h>
 #include <string>
 #include <vector>
 

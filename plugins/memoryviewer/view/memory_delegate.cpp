@@ -3,7 +3,7 @@
 #include "model/arrangement.h"
 #include "model/key_text.h"
 
-#include <colours.h>
+#include <obvista/viewer/colours.h>
 
 namespace memoryviewer {
 

@@ -1,7 +1,8 @@
 #ifndef OBVISTA_MEMORYVIEWER_MEMORY_KEYS_H
 #define OBVISTA_MEMORYVIEWER_MEMORY_KEYS_H
 
-#include <key_list.h>
+#include <obvista/viewer/key_list.h>
+
 #include <vector>
 
 namespace memoryviewer {

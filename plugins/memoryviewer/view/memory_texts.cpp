@@ -3,10 +3,10 @@
 #include "model/key_text.h"
 #include "model/value_text.h"
 
+#include <obvista/viewer/labels.h>
+
 #include <QCoreApplication>
 #include <QStringList>
-
-#include <labels.h>
 
 namespace memoryviewer {
 

@@ -1,5 +1,8 @@
 #include "view/memory_tool_bar.h"
 
+#include <obvista/viewer/colours.h>
+#include <obvista/viewer/labels.h>
+
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -7,9 +10,7 @@
 #include <QToolButton>
 
 #include <array>
-#include <colours.h>
 #include <cstdlib>
-#include <labels.h>
 
 namespace memoryviewer {
 

@@ -22,6 +22,10 @@
 #include "view/memory_tool_bar.h"
 #include "view/watch_view.h"
 
+#include <obvista/viewer/labels.h>
+#include <obvista/viewer/robot_header.h>
+#include <obvista/viewer/widget_seen.h>
+
 #include <QHeaderView>
 #include <QLabel>
 #include <QShortcut>
@@ -32,10 +36,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <labels.h>
-#include <robot_header.h>
 #include <utility>
-#include <widget_seen.h>
 
 namespace memoryviewer {
 

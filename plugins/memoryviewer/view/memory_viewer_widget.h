@@ -4,6 +4,9 @@
 #include "session/subscription_planner.h"
 #include "view/memory_texts.h"
 
+#include <obvista/viewer/robot_settings.h>
+#include <obvista/viewer/viewer_widget.h>
+
 #include <QElapsedTimer>
 #include <QTimer>
 #include <QVariantMap>
@@ -11,10 +14,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <robot_settings.h>
 #include <string>
 #include <vector>
-#include <viewer_widget.h>
 
 class QKeySequence;
 class QLabel;

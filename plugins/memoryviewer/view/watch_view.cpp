@@ -3,11 +3,11 @@
 #include "model/key_text.h"
 #include "model/watch_model.h"
 
+#include <obvista/viewer/colours.h>
+
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QPainter>
-
-#include <colours.h>
 
 namespace memoryviewer {
 

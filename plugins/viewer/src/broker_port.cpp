@@ -1,5 +1,4 @@
-#include "broker_port.h"
-
+#include <obvista/viewer/broker_port.h>
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_error.h>
 

@@ -1,7 +1,5 @@
-#include "robot_link.h"
-
-#include "link_list.h"
-
+#include <obvista/viewer/link_list.h>
+#include <obvista/viewer/robot_link.h>
 #include <robaxi/kv_connection.h>
 
 namespace viewer {

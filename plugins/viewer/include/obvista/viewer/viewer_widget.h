@@ -1,14 +1,14 @@
 #ifndef OBVISTA_VIEWER_VIEWER_WIDGET_H
 #define OBVISTA_VIEWER_VIEWER_WIDGET_H
 
-#include "key_list.h"
+#include <obvista/viewer/key_list.h>
+#include <obvista/widget_interface.h>
 
 #include <QPointer>
 #include <QWidget>
 
 #include <memory>
 #include <vector>
-#include <widget_interface.h>
 
 class QDockWidget;
 class QKeySequence;

@@ -1,4 +1,4 @@
-#include "robot_settings.h"
+#include <obvista/viewer/robot_settings.h>
 
 #include <QByteArray>
 #include <QCryptographicHash>

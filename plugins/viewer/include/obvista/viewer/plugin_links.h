@@ -1,7 +1,7 @@
 #ifndef OBVISTA_VIEWER_PLUGIN_LINKS_H
 #define OBVISTA_VIEWER_PLUGIN_LINKS_H
 
-#include "link_list.h"
+#include <obvista/viewer/link_list.h>
 
 #include <boost/shared_ptr.hpp>
 #include <boost/weak_ptr.hpp>

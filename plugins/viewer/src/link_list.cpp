@@ -1,4 +1,4 @@
-#include "link_list.h"
+#include <obvista/viewer/link_list.h>
 
 #include <algorithm>
 

@@ -1,6 +1,5 @@
-#include "robot_header.h"
-
-#include "labels.h"
+#include <obvista/viewer/labels.h>
+#include <obvista/viewer/robot_header.h>
 
 #include <QEvent>
 #include <QFontInfo>

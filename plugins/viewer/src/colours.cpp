@@ -1,4 +1,4 @@
-#include "colours.h"
+#include <obvista/viewer/colours.h>
 
 namespace viewer {
 

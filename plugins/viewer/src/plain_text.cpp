@@ -1,6 +1,5 @@
-#include "plain_text.h"
-
 #include <base/safe_text.h>
+#include <obvista/viewer/plain_text.h>
 
 #include <QChar>
 

@@ -1,4 +1,4 @@
-#include "wrap_layout.h"
+#include <obvista/viewer/wrap_layout.h>
 
 #include <QStyle>
 #include <QWidget>

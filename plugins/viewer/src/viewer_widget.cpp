@@ -1,8 +1,7 @@
-#include "viewer_widget.h"
-
-#include "plain_text.h"
-#include "robot_header.h"
-#include "robot_link.h"
+#include <obvista/viewer/plain_text.h>
+#include <obvista/viewer/robot_header.h>
+#include <obvista/viewer/robot_link.h>
+#include <obvista/viewer/viewer_widget.h>
 
 #include <QDockWidget>
 #include <QEvent>

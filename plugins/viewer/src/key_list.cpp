@@ -1,4 +1,4 @@
-#include "key_list.h"
+#include <obvista/viewer/key_list.h>
 
 #include <QAction>
 #include <QDialogButtonBox>

@@ -1,8 +1,6 @@
-#include "plugin_links.h"
-
-#include "broker_port.h"
-#include "robot_link.h"
-
+#include <obvista/viewer/broker_port.h>
+#include <obvista/viewer/plugin_links.h>
+#include <obvista/viewer/robot_link.h>
 #include <robaxi/kv_broker.h>
 
 #include <utility>

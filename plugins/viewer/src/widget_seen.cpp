@@ -1,4 +1,4 @@
-#include "widget_seen.h"
+#include <obvista/viewer/widget_seen.h>
 
 #include <QWidget>
 #include <QWindow>

@@ -1,4 +1,4 @@
-#include "labels.h"
+#include <obvista/viewer/labels.h>
 
 #include <QCoreApplication>
 #include <QLabel>
