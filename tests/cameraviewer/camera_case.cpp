@@ -25,7 +25,7 @@ class CameraShown : public ShownRobot {
     VideoRobot fRobot;
 };
 
-/** In the place of the picture, or above the last one. */
+/** Returns true if the sentence is shown in place of the picture, or above the last one. */
 bool says(QWidget* viewer, QLatin1String sentence) {
     return messageOf(viewer).startsWith(sentence) || noticeOf(viewer).startsWith(sentence);
 }

@@ -73,7 +73,7 @@ std::optional<FrameStamp> shownStamp(QWidget* viewer) {
     if (width <= 0 || height <= 0 || shot.isNull()) {
         return std::nullopt;
     }
-    // Fitted into the middle, as every picture is at first.
+    // Fitted and centred, as every picture is at first.
     const double scale = std::min(shot.width() / width, shot.height() / height);
     const auto luma = [&](int x, int y) { return shot.valid(x, y) ? qGray(shot.pixel(x, y)) : 0; };
     return readFrameStamp(luma, qRound((shot.width() - width * scale) / 2),
@@ -90,7 +90,7 @@ bool choose(QWidget* viewer, const char* objectName, const QString& text) {
     if (index < 0 || !box->isEnabled()) {
         return false;
     }
-    // In its list: in the closed box, each entry on the way would be chosen.
+    // In its list: in the closed box, each entry on the way would be selected.
     box->showPopup();
     box->view()->setCurrentIndex(box->model()->index(index, box->modelColumn()));
     QTest::keyClick(box->view(), Qt::Key_Return);

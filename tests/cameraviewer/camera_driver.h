@@ -20,34 +20,36 @@ class CameraDriver : public PluginDriver {
   public:
     CameraDriver();
 
-    /** A viewer in a dock that can be seen. @throws KVError */
+    /** Returns a viewer in a visible dock. @throws KVError */
     QWidget* show(int port);
 };
 
 QWidget* pictureOf(QWidget* viewer);
-/** The colour in the middle of the picture as it is shown. */
+/** Returns the displayed colour in the middle of the picture. */
 QColor shownColor(QWidget* viewer);
-/** Number and time of the frame that is shown, read out of what is on the widget. */
+/** Returns number and time of the displayed frame, read from the widget. */
 std::optional<FrameStamp> shownStamp(QWidget* viewer);
 
 QComboBox* boxOf(QWidget* viewer, const char* objectName);
-/** Chooses an entry by its text as the user does. @return false when there is none */
+/** Selects an entry by its text like a user. @return false if there is none */
 bool choose(QWidget* viewer, const char* objectName, const QString& text);
 QAction* actionOf(QWidget* viewer, const char* objectName);
 
-/** What stands in the place of the picture; empty while there is one. */
+/** Returns the placeholder text shown when there is no picture; otherwise empty. */
 QString messageOf(QWidget* viewer);
-/** What stands above the picture; empty when nothing does. */
+/** Returns the text above the picture; empty if there is none. */
 QString noticeOf(QWidget* viewer);
-/** What became of the last thing that the user did. */
+/** Returns the message about the user's last action. */
 QString toldOf(QWidget* viewer);
 QString readoutOf(QWidget* viewer);
 QString statusOf(QWidget* viewer);
-/** A figure of the status line by what follows it ("received", "shown", "dropped a second"); -1
- *  when it is not there. */
+/**
+ * Returns a figure of the status line by the text after it ("received", "shown", "dropped a
+ * second"); -1 if there is none.
+ */
 double figureOf(QWidget* viewer, const QString& name);
 
-/** A frame of one colour, which is to get its number and time when it is sent. */
+/** Returns a single-colour frame, which gets its number and time when it is sent. */
 KVFrame plainFrame(const QColor& color, KVPixelFormat format = KVPixelFormat::Rgb888,
                    int width = 320, int height = 240);
 

@@ -54,7 +54,7 @@ TEST_F(FrameFeedTest, CountsAFrameThatIsOvertakenAsDropped) {
 
 TEST_F(FrameFeedTest, CountsEachFrameThatNeverCameOnce) {
     fFeed.frameReceived(xFrame(10), 0);
-    // Of the four between, one was received and passed over, and three were never sent.
+    // Of the four frames between, one was received and passed over, and three were never sent.
     fFeed.frameReceived(xFrame(15), 1);
     EXPECT_EQ(fFeed.counts().fReceived, 3U);
     EXPECT_EQ(fFeed.counts().fDropped, 4U + 1U);

@@ -14,7 +14,7 @@
 
 using namespace obvista_test;
 
-/** The window without a mouse. */
+/** Tests the window without a mouse. */
 class KeyboardTest : public QObject {
     Q_OBJECT
 
@@ -50,13 +50,13 @@ void KeyboardTest::cleanup() {
     fRobot.reset();
 }
 
-/** Walks from the first control in both directions; nothing may be left out, or come twice. */
+/** Visits every control in both directions; none may be left out, or visited twice. */
 void KeyboardTest::xVerifyRing(const QStringList& expected) {
     boxOf(fViewer, "cameraBox")->setFocus();
     const QStringList forward = walkedByTab(fDriver->window(), Qt::Key_Tab);
     QCOMPARE(forward.join(QLatin1String(", ")), expected.join(QLatin1String(", ")));
     QStringList backward = walkedByTab(fDriver->window(), Qt::Key_Backtab);
-    // From the first control back to it: all but the first in the other order.
+    // From the first control back to it: all but the first in reverse order.
     std::reverse(backward.begin() + 1, backward.end());
     QCOMPARE(backward.join(QLatin1String(", ")), expected.join(QLatin1String(", ")));
     QStringList sorted = forward;
@@ -77,7 +77,7 @@ void KeyboardTest::leadsToEveryControlWithoutAPicture() {
                  "viewButton", "Record"});
 }
 
-/** A host that gives the keyboard to the viewer means its picture, where the single keys work. */
+/** When a host sets the focus to the viewer, the picture gets it, where the single keys work. */
 void KeyboardTest::givesTheKeyboardToThePicture() {
     fViewer->setFocus();
     QCOMPARE(fDriver->window().focusWidget(), boxOf(fViewer, "cameraBox"));

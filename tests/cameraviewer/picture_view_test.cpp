@@ -32,7 +32,7 @@ Picture grey(const Bytes& bytes, std::uint32_t width, std::uint32_t height) {
     return pictureOf(makeFrame(KVPixelFormat::Grey8, width, height, width, bytes));
 }
 
-/** Counts how often a widget is painted, and where. */
+/** Counts the paint events of a widget and records their areas. */
 class PaintCounter : public QObject {
   public:
     explicit PaintCounter(QWidget* widget) { widget->installEventFilter(this); }
@@ -45,8 +45,10 @@ class PaintCounter : public QObject {
     int fCount = 0;
 };
 
-/** A widget in a corner of another one's window that paints itself again and again: it counts the
- *  frames in which the other one could have painted itself. */
+/**
+ * A widget in a corner of another one's window that repaints continuously: it counts the frames in
+ * which the other one could have been painted.
+ */
 class RestlessWidget : public QWidget {
   public:
     explicit RestlessWidget(QWidget* parent) : QWidget(parent) {
@@ -165,7 +167,8 @@ void PictureViewTest::paintsNothingWhenNothingChanges() {
     PaintCounter paints(fView.get());
     QTRY_VERIFY(restless.fCount >= 20);
     QCOMPARE(paints.fCount, 0);
-    // Its frames are those of the view too: what the view asks for comes before the next of them.
+    // Both are painted in the same frames: an update requested by the view comes before the next of
+    // them.
     fView->update();
     const int before = restless.fCount;
     QTRY_VERIFY(restless.fCount > before + 1);
@@ -248,7 +251,7 @@ void PictureViewTest::movesTheMarkAsItIsSeen() {
     QTest::keyClick(fView.get(), Qt::Key_Left, Qt::ShiftModifier);
     const QPoint first = fView->pixel().value();
     QTest::keyClick(fView.get(), Qt::Key_Right, Qt::ShiftModifier);
-    // Turned to the right, the picture's top is on the right.
+    // After a rotation to the right, the picture's top is on the right.
     QCOMPARE(fView->pixel().value(), first + QPoint(0, -1));
 }
 
@@ -259,11 +262,11 @@ void PictureViewTest::showsAGridOfPixels() {
     QCOMPARE(gridStep(fView->geometry()), 1);
     const QImage with = xShot();
     QVERIFY(with != without);
-    QCOMPARE(with.pixel(15, 15), without.pixel(15, 15));   // inside a pixel of the picture
+    QCOMPARE(with.pixel(15, 15), without.pixel(15, 15));   // inside a picture pixel
     QVERIFY(with.pixel(20, 15) != without.pixel(20, 15));  // on its border
 }
 
-/** Pixels are framed one by one where they are large; a coarser grid leaves the picture visible. */
+/** Large pixels get a frame each; a coarser grid leaves the picture visible. */
 void PictureViewTest::keepsTheLinesOfTheGridApart_data() {
     QTest::addColumn<double>("zoom");
     QTest::addColumn<double>("pixelRatio");

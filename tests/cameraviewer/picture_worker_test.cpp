@@ -23,7 +23,7 @@ KVFrame greyFrame(std::uint64_t number, unsigned char value = 7) {
     return frame;
 }
 
-/** Waits for the word of a notice. */
+/** Waits for a notice. */
 class Taker {
   public:
     explicit Taker(Notice& notice) : fNotice(notice) {
@@ -129,7 +129,7 @@ TEST(PictureWorker, ForgetsThePicturesOfACameraThatIsLeft) {
     worker.offer(greyFrame(2));
     worker.forget();
     EXPECT_FALSE(worker.take().has_value());
-    // What was asked for and not taken is still to come.
+    // A requested picture that was not taken is still delivered.
     worker.offer(greyFrame(3));
     ASSERT_TRUE(taker.wait());
     EXPECT_EQ(worker.take()->fPicture.fFrame.fNumber, 3U);

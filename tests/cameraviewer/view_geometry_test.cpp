@@ -16,7 +16,7 @@ ViewGeometry geometry(const QSizeF& view, const QSize& picture, double ratio = 1
     return made;
 }
 
-/** The middle of the point of the view at which a pixel is shown. */
+/** Returns the centre of the view point at which a pixel is shown. */
 QPointF shownAt(const ViewGeometry& geometry, int x, int y) {
     return geometry.pictureToView().map(QPointF(x + 0.5, y + 0.5));
 }

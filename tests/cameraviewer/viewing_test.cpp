@@ -30,7 +30,7 @@ namespace {
 constexpr int a_oneSecond = 1000;
 constexpr int a_twoSeconds = 2000;
 
-/** The longest time for which the event loop did not turn. */
+/** Measures the longest event-loop stall. */
 class Stalls : public QObject {
   public:
     Stalls() {
@@ -47,7 +47,7 @@ class Stalls : public QObject {
     qint64 fLongest = 0;
 };
 
-/** The colours of a dark desktop, while it lives. */
+/** Sets the colours of a dark desktop while it exists. */
 class DarkPalette {
   public:
     DarkPalette() : fBefore(QApplication::palette()) {
@@ -64,8 +64,10 @@ class DarkPalette {
     QPalette fBefore;
 };
 
-/** The visible labels whose text does not fit into them, and the other controls that are smaller
- * than they ask for. */
+/**
+ * Returns the visible labels whose text does not fit, and other controls that are smaller than
+ * their size hint.
+ */
 QStringList cutParts(const QWidget& viewer) {
     QStringList cut;
     for (const QLabel* label : viewer.findChildren<QLabel*>()) {
@@ -89,7 +91,7 @@ QStringList cutParts(const QWidget& viewer) {
     return cut;
 }
 
-/** Between the darkest and the brightest of what is on a widget, of 255. */
+/** Returns the difference between the darkest and the brightest pixel of a widget, of 255. */
 int contrastOf(QWidget& widget) {
     const QImage shot = widget.grab().toImage().convertToFormat(QImage::Format_Grayscale8);
     int darkest = 255;
@@ -105,7 +107,7 @@ int contrastOf(QWidget& widget) {
 
 }  // namespace
 
-/** What the user sees of a robot whose cameras do as the test says. */
+/** Tests the user's view of a robot whose cameras are controlled by the test. */
 class ViewingTest : public QObject {
     Q_OBJECT
 
@@ -183,7 +185,7 @@ void ViewingTest::cleanup() {
     fFolder.reset();
 }
 
-/** A viewer that watches the camera "head". */
+/** Returns a viewer that watches the camera "head". */
 QWidget* ViewingTest::xShow() {
     fViewer = fDriver->show(fRobot->port());
     [this] { QTRY_COMPARE(fRobot->watchers("head"), 1); }();
@@ -356,7 +358,7 @@ void ViewingTest::remembersEachCameraOfEachRobot() {
     QCOMPARE(other.settings("head")["format"], KVValue("rgb"));
 }
 
-/** Read from the file, as another process would: it is there while the viewer is still open. */
+/** Read from the file, like another process: it is saved while the viewer is still open. */
 void ViewingTest::remembersTheViewOfEachRobot() {
     QWidget* viewer = xShow();
     xVerifyShown(Qt::red);
@@ -472,7 +474,7 @@ void ViewingTest::asksForNoMoreThanItShows() {
     const QColor last(frames - 1, frames - 1, frames - 1);
     QTRY_COMPARE(shownColor(viewer), last);
     QVERIFY(shown.size() < frames);
-    // Their numbers only ever grow, and the newest is the last.
+    // The numbers only increase, and the newest is the last.
     quint64 before = 0;
     for (const QList<QVariant>& arguments : shown) {
         QVERIFY(arguments.at(0).toULongLong() > before);
@@ -638,7 +640,7 @@ void ViewingTest::savesTheVeryPixels() {
     QCOMPARE(saved.pixelColor(100, 100), QColor(12, 34, 56));
     QCOMPARE(saved.text(QStringLiteral("Camera")), QStringLiteral("head"));
     QCOMPARE(saved.text(QStringLiteral("Robot")), QStringLiteral("TestRobot"));
-    // One more of the same picture does not take the place of the first.
+    // A second snapshot of the same picture does not replace the first.
     actionOf(viewer, "snapshotAction")->trigger();
     QTRY_COMPARE(QDir(fFolder->path()).entryList({QStringLiteral("*.png")}).size(), 2);
 }
@@ -765,7 +767,7 @@ void ViewingTest::canBeReadByAScreenReader() {
     QCOMPARE(pictureOf(viewer)->accessibleName(), QStringLiteral("Picture of the camera"));
     actionOf(viewer, "histogramAction")->trigger();
     for (const char* name : {"cameraBox", "sizeBox", "formatBox", "rateBox"}) {
-        // Not by the accessible name: for a combo box, that is its value over AT-SPI.
+        // Not by the accessible name: for a combo box, AT-SPI's name is its value.
         QAccessibleInterface* box = QAccessible::queryAccessibleInterface(boxOf(viewer, name));
         const auto labels = box->relations(QAccessible::Label);
         QVERIFY2(labels.size() == 1, name);
@@ -828,7 +830,7 @@ void ViewingTest::cutsNothingOff_data() {
     QTest::newRow("one of three docks") << 330 << 600;
 }
 
-/** With all that a viewer can show at a time. */
+/** With everything that a viewer can show at once. */
 void ViewingTest::cutsNothingOff() {
     QFETCH(int, width);
     QFETCH(int, height);

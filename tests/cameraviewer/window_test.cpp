@@ -20,7 +20,7 @@ using namespace obvista_test;
 
 namespace {
 
-/** Milliseconds: long enough for a machine that is busy with other tests. */
+/** Milliseconds: sufficient for a machine that is busy with other tests. */
 constexpr int a_patience = 30000;
 
 std::int64_t nowInMicroseconds() {
@@ -32,7 +32,7 @@ std::int64_t nowInMicroseconds() {
 
 }  // namespace
 
-/** The viewer in a real window beside a real robot, whose pictures tell their number and time. */
+/** Tests the viewer in a real window with a real robot, whose pictures contain number and time. */
 class WindowTest : public QObject {
     Q_OBJECT
 
@@ -78,7 +78,7 @@ void WindowTest::cleanup() {
     fFolder.reset();
 }
 
-/** The stamp of a picture with a higher number, once one is shown. */
+/** Waits for a picture with a higher number and returns its stamp. */
 std::optional<FrameStamp> WindowTest::xStampAfter(QWidget* viewer, std::uint32_t number) {
     std::optional<FrameStamp> stamp;
     const bool isShown = QTest::qWaitFor([&] {
@@ -125,7 +125,7 @@ void WindowTest::showsFramesThatAreYoung() {
         QVERIFY(stamp.has_value());
         QVERIFY(stamp->fTime <= now);
         QVERIFY2(now - stamp->fTime < 500'000, qPrintable(QString::number(now - stamp->fTime)));
-        // The signal tells of the very frame that can be read.
+        // The signal reports the frame that can be read from the screen.
         QCOMPARE(quint32(shown.last().at(0).toULongLong()), stamp->fNumber);
         QCOMPARE(shown.last().at(1).toLongLong(), qint64(stamp->fTime));
     }
@@ -134,7 +134,7 @@ void WindowTest::showsFramesThatAreYoung() {
 void WindowTest::countsWhatIsTrue() {
     QVERIFY(choose(fViewer, "rateBox", QStringLiteral("10 a second")));
     const auto figure = [this](const char* name) { return figureOf(fViewer, QLatin1String(name)); };
-    // What the camera takes is either shown or dropped, on a machine that is busy too.
+    // Every frame of the camera is either shown or dropped, even on a busy machine.
     const auto addsUp = [&] {
         return figure("received") > 0 && figure("shown") > 0 && figure("dropped a second") >= 0 &&
                std::abs(figure("shown") + figure("dropped a second") - 10) <= 1.5;
@@ -172,7 +172,7 @@ void WindowTest::showsARobotThatWasStartedAgain() {
     fRobot = std::make_unique<RobotProcess>(samePort);
     QWidget* again = fDriver->show(fRobot->port());
     QTRY_VERIFY(xStampAfter(again, 0).has_value());
-    // It has forgotten how it was set, and is told.
+    // The restarted robot has lost its settings, and the viewer sets them again.
     QTRY_VERIFY(readoutOf(again).contains(QLatin1String("Grey")));
 }
 
@@ -249,7 +249,7 @@ void WindowTest::keepsItsMemory() {
     QVERIFY(afterFrames(60));
     const qint64 before = residentPages();
     QVERIFY(afterFrames(200));
-    // Each of them has nearly a megabyte; a thirtieth of that would be seen.
+    // Each has nearly a megabyte; a leak of a thirtieth would be detected.
     const qint64 grown = (residentPages() - before) * 4096;
     QVERIFY2(grown < 8'000'000, qPrintable(QString::number(grown)));
 }

@@ -29,7 +29,7 @@ constexpr const char* a_changed = "Load/Unit000/Drive0/Changed";
 constexpr const char* a_steps = "Load/Unit000/Drive0/Steps";
 const QString a_atLeast = QStringLiteral("\u2265 ");
 
-/** Milliseconds; on a busy machine the robot itself leaves changes out for a while. */
+/** Milliseconds; on a busy machine the robot skips changes for a while. */
 constexpr int a_patience = 60000;
 
 double secondsSince(qint64 microseconds) {
@@ -37,7 +37,7 @@ double secondsSince(qint64 microseconds) {
     return std::chrono::duration<double>(now - std::chrono::microseconds(microseconds)).count();
 }
 
-/** "0.018 s" as a number. */
+/** Converts "0.018 s" to a number. */
 double seconds(const QString& age) {
     bool isNumber = false;
     const double number = age.section(QLatin1Char(' '), 0, 0).toDouble(&isNumber);
@@ -53,7 +53,7 @@ bool isNear(double actual, double expected) {
     return std::abs(actual - expected) <= 0.05 * expected;
 }
 
-/** A client beside the viewer that counts how often a robot sends a key. */
+/** A second client beside the viewer that counts how often a robot sends a key. */
 class SentRate : private KVSubscription::Listener {
   public:
     SentRate(int port, std::string key, double rate)
@@ -66,7 +66,7 @@ class SentRate : private KVSubscription::Listener {
     SentRate(const SentRate&) = delete;
     SentRate& operator=(const SentRate&) = delete;
 
-    /** Asks for the key. @return false when the robot has not told its keys yet */
+    /** Subscribes to the key. @return false if the robot has not sent its keys yet */
     bool follow() {
         std::uint32_t id = 0;
         {
@@ -79,7 +79,9 @@ class SentRate : private KVSubscription::Listener {
         return id != 0;
     }
 
-    /** Changes a second among those of the last five seconds; 0 before there are so many. */
+    /**
+     * Returns the changes a second among those of the last five seconds; 0 before there are enough.
+     */
     double perSecond() const {
         constexpr std::int64_t span = 5'000'000;
         const std::lock_guard<std::mutex> lock(fMutex);
@@ -114,8 +116,10 @@ class SentRate : private KVSubscription::Listener {
     boost::shared_ptr<KVSubscription> fSubscription;
 };
 
-/** By how much the age of a value is wrong, seconds, each time that it is painted. The value itself
- *  says when the robot set it. */
+/**
+ * Measures the error of a value's displayed age in seconds, each time it is painted. The value
+ * contains the time at which the robot set it.
+ */
 class AgeWatch : public QObject {
   public:
     explicit AgeWatch(QWidget* viewer) : fViewer(viewer) {
@@ -126,10 +130,11 @@ class AgeWatch : public QObject {
     double longestAge() const { return fLongestAge; }
 
     bool eventFilter(QObject* object, QEvent* event) override {
-        // The first value is put together a while before the robot begins to keep it.
+        // The first value is created a while before the robot starts storing it.
         if (event->type() == QEvent::Paint && cellOf(fViewer, a_steps, "Value").toInt() > 0) {
             const qint64 changed = cellOf(fViewer, a_changed, "Value").toLongLong();
-            // Between two looks at the clock, since a busy machine may stop this thread there.
+            // Between two readings of the clock, since a busy machine may suspend this thread
+            // there.
             const double least = secondsSince(changed);
             const double shown = seconds(cellOf(fViewer, a_changed, "Age"));
             const double most = secondsSince(changed);
@@ -148,7 +153,7 @@ class AgeWatch : public QObject {
 
 }  // namespace
 
-/** What the viewer says of a robot that knows what is true. */
+/** Compares the viewer's figures with those of the robot. */
 class AgreementTest : public QObject {
     Q_OBJECT
 
@@ -180,7 +185,7 @@ void AgreementTest::cleanup() {
     fRobot.reset();
 }
 
-/** A robot whose keys change `rate` times a second, and is asked `followRate` times. */
+/** Shows a robot whose keys change `rate` times a second, subscribed at `followRate`. */
 void AgreementTest::xShow(double rate, int followRate) {
     RobotProcess::Settings settings;
     settings.fArguments = {"--keys", "100", "--changing", "20", "--rate", std::to_string(rate)};
@@ -214,12 +219,14 @@ void AgreementTest::ratesAreThoseThatTheRobotSends_data() {
     QTest::newRow("slower than it is asked") << 3.1 << 10 << "no";
     QTest::newRow("as fast as it is asked") << 9.7 << 10 << "yes";
     QTest::newRow("faster than it is asked") << 48.0 << 10 << "yes";
-    // A busy robot's changes may come closer together than they should.
+    // A busy robot's changes may be closer together than intended.
     QTest::newRow("nearly as fast as it is asked") << 35.0 << 50 << "yes or no";
 }
 
-/** Each time that a rate is shown, for six seconds. What the robot sends waits for the next of its
- *  updates and the viewer's next frame: that is no standstill. */
+/**
+ * Checks every displayed rate for six seconds. Changes wait for the robot's next update and for the
+ * viewer's next frame, which must not count as a standstill.
+ */
 void AgreementTest::ratesAreThoseThatTheRobotSends() {
     constexpr int looks = 6;
     QFETCH(double, rate);

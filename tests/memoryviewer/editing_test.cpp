@@ -20,12 +20,12 @@ using namespace obvista_test;
 namespace {
 
 constexpr char a_setting[] = "Joint/HeadYaw/Stiffness";
-/** A setting of the robot that changes by itself, as long as its head looks around. */
+/** A writable key whose value changes by itself while the head looks around. */
 constexpr char a_moving[] = "Joint/HeadYaw/Target";
 
 }  // namespace
 
-/** Values that the user enters in the window of the viewer, and what a robot says of them. */
+/** Tests editing in the viewer's window, with the answers of a robot. */
 class EditingTest : public QObject {
     Q_OBJECT
 
@@ -49,7 +49,7 @@ class EditingTest : public QObject {
   private:
     QLineEdit* xOpenField(const char* key);
     void xEnter(const char* key, const QString& text);
-    /** Whether the cell of a value is painted in a colour. */
+    /** Returns true if the cell of a value is tinted with a colour. */
     bool xIsTinted(const char* key, Qt::GlobalColor colour);
 
     std::unique_ptr<RobotWindow> fWindow;
@@ -127,7 +127,7 @@ void EditingTest::showsWhatIsBeingWritten() {
     const QString before = fWindow->value(a_setting);
     fWindow->robot().suspend();
     xEnter(a_setting, QStringLiteral("0.625"));
-    // The robot does not answer, and the window does.
+    // The robot does not answer, but the window responds.
     QVERIFY(!xIsTinted(a_setting, Qt::green));
     QCOMPARE(fWindow->value(a_setting), before);
     fWindow->robot().resume();
@@ -146,7 +146,7 @@ void EditingTest::showsTheRobotsReasonAndTheValueBefore() {
                 .startsWith(QLatin1String("Joint/HeadYaw/Stiffness keeps its value: ")));
     QCOMPARE(fWindow->value(a_setting), before);
     QVERIFY(xIsTinted(a_setting, Qt::red));
-    QVERIFY(xOpenField("Battery/Cycles") == nullptr);  // no setting at all
+    QVERIFY(xOpenField("Battery/Cycles") == nullptr);  // not writable
 }
 
 void EditingTest::undoesTheLastWrite() {
@@ -156,7 +156,7 @@ void EditingTest::undoesTheLastWrite() {
     QTRY_COMPARE(fWindow->value(a_setting), QStringLiteral("0.25"));
     xEnter(a_setting, QStringLiteral("9"));
     QTRY_VERIFY(noticeOf(fWindow->viewer()).contains(QLatin1String("keeps its value")));
-    // What was refused was no write.
+    // A refused write cannot be undone.
     fWindow->tree()->setFocus();
     QTest::keyClick(fWindow->tree(), Qt::Key_Z, Qt::ControlModifier);
     QTRY_COMPARE(fWindow->value(a_setting), before);
@@ -273,7 +273,7 @@ void EditingTest::marksWhatCanBeWritten() {
                  isWritable ? fWindow->value(key) + QStringLiteral(", writable") : QString());
         QCOMPARE(cell.data(Qt::ToolTipRole).toString().contains(QLatin1String("Writable")),
                  isWritable);
-        // Numbers stand at the right; the left is empty but for the mark.
+        // Numbers are right-aligned; the left side has only the highlight.
         for (const bool isChosen : {false, true}) {
             fWindow->tree()->clearSelection();
             if (isChosen) {

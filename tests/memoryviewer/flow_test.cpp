@@ -25,7 +25,7 @@ using memoryviewer::MemoryLink;
 using memoryviewer::MemoryViewerWidget;
 using memoryviewer::PlotPanel;
 
-/** The widget under more changes than any screen can show. */
+/** Tests the widget with more changes than a screen can show. */
 class FlowTest : public QObject {
     Q_OBJECT
 
@@ -127,7 +127,7 @@ void FlowTest::isQuietWhileNothingChanges() {
     int signalsSeen = 0;
     const auto* model = treeOf(fWidget.get())->model();
     connect(model, &QAbstractItemModel::dataChanged, this, [&] { ++signalsSeen; });
-    // The age in the status line shows that the widget has done all that it does once a second.
+    // The age in the status line shows that the widget does its periodic work.
     for (int seconds = 0; seconds < 2; ++seconds) {
         const QString before = statusOf(fWidget.get());
         QTRY_VERIFY(statusOf(fWidget.get()) != before);
@@ -145,7 +145,7 @@ void FlowTest::endsCurvesAtTheLastValueOfALostRobot() {
     fRobot->set("Real", 2);
     QTRY_VERIFY(!curve().isEmpty() && curve().last().fValue == 2);
     const std::int64_t last = curve().last().fTime;
-    // The value is drawn as held, as long as nobody knows that the robot has died.
+    // The value is drawn as constant until the robot's death is detected.
     QTRY_VERIFY(plots->timeAxis().right() > static_cast<double>(last) + aSecond);
     fLink->feed().reportLost(KVError(KVError::Cause::ConnectionLost, "It is gone."));
     QTRY_VERIFY(!curve().isGoingOn());

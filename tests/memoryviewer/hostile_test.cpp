@@ -25,18 +25,18 @@ using namespace obvista_test;
 
 namespace {
 
-/** An ellipsis stands behind what is cut. */
+/** A cut text ends with an ellipsis. */
 constexpr int a_longestValue = 1000 + 1;
 constexpr int a_longestName = 200 + 1;
 constexpr int a_longestUnit = 40 + 1;
-/** Name, description, value and unit, each with what a tool tip says about it. */
+/** Name, description, value and unit, each with its description in the tool tip. */
 constexpr int a_longestTip = 4 * a_longestValue;
-/** Milliseconds that nobody takes for a window that hangs. */
+/** Milliseconds that a user does not perceive as a hanging window. */
 constexpr qint64 a_longestHold = 1000;
-/** What the robot changes takes it some seconds to go through. */
+/** The robot needs some seconds to cycle through its changes. */
 constexpr int a_patience = 20000;
 
-/** Whether nothing in the text moves what stands beside it, or is not to be seen. */
+/** Returns true if no character of the text is invisible or moves neighbouring text. */
 bool isPlain(const QString& text) {
     return std::none_of(text.begin(), text.end(), [](QChar character) {
         return character.category() == QChar::Other_Control ||
@@ -46,7 +46,7 @@ bool isPlain(const QString& text) {
     });
 }
 
-/** How long the event loop was held at most, milliseconds. */
+/** Measures the longest event-loop stall in milliseconds. */
 class LongestHold {
   public:
     LongestHold() {
@@ -66,7 +66,7 @@ class LongestHold {
 
 }  // namespace
 
-/** A robot that sends whatever the protocol lets it send. */
+/** Tests a robot that sends everything that the protocol allows. */
 class HostileTest : public QObject {
     Q_OBJECT
 
@@ -99,7 +99,7 @@ class HostileTest : public QObject {
     QString xTipOf(const char* path) const;
     void xWatch(const char* path);
     QString xWatched(int row, int column) const;
-    /** Calls `use` with every index below `parent`, and in every column. */
+    /** Calls `use` with every index below `parent`, in every column. */
     template <typename Use>
     void xForEachCell(const QModelIndex& parent, Use use) const;
 
@@ -108,7 +108,7 @@ class HostileTest : public QObject {
     QWidget* fViewer = nullptr;
 };
 
-/** All tests look at one robot, which needs some seconds to go through all that it has. */
+/** All tests use one robot, which needs some seconds to cycle through its values. */
 void HostileTest::initTestCase() {
     fRobot = std::make_unique<RobotProcess>(RobotProcess::Settings{{"--hostile"}});
 }
@@ -124,7 +124,7 @@ void HostileTest::init() {
     QTRY_COMPARE(treeOf(fViewer)->model()->rowCount(), 1);
 }
 
-/** Qt leaves the fading of a clear button behind when the button goes before it has ended. */
+/** Qt leaks the animation of a clear button that is destroyed while it fades. */
 void HostileTest::cleanup() {
     const auto* clear = filterOf(fViewer)->findChild<QToolButton*>();
     const auto isFading = [clear] {
@@ -147,7 +147,7 @@ void HostileTest::xForEachCell(const QModelIndex& parent, Use use) const {
     }
 }
 
-/** What a user reads in the tool tip of the value. */
+/** Returns the tool tip of the value. */
 QString HostileTest::xTipOf(const char* path) const {
     QTreeView* tree = treeOf(fViewer);
     const QModelIndex index = indexOf(fViewer, path);

@@ -20,7 +20,7 @@ constexpr int a_mostParts = 100;
 
 }  // namespace
 
-/** The window without a mouse, and to a screen reader. */
+/** Tests the window without a mouse, and with a screen reader. */
 class KeyboardTest : public QObject {
     Q_OBJECT
 
@@ -62,7 +62,7 @@ void KeyboardTest::init() {
 }
 
 void KeyboardTest::cleanup() {
-    // The filter's button for no filter fades in and out, and Qt forgets what fades at the end.
+    // The filter's clear button fades in and out, and Qt leaks running animations at exit.
     const auto* filter = fWindow->find<QLineEdit>("memoryFilter");
     const auto* button = filter->findChild<QAbstractButton*>();
     QTRY_COMPARE(button->property("opacity").toReal(), filter->text().isEmpty() ? 0.0 : 1.0);
@@ -70,14 +70,17 @@ void KeyboardTest::cleanup() {
     fWindow.reset();
 }
 
-/** As a screen reader names it. A box's name is its choice there, so it is the label of it. */
+/**
+ * Returns the name for a screen reader. A combo box's name is its value there, so its label is
+ * used.
+ */
 QString KeyboardTest::xPartWithFocus() const {
     const QString name = xFocus()->accessibleName();
     return name.isEmpty() ? QAccessible::queryAccessibleInterface(xFocus())->text(QAccessible::Name)
                           : name;
 }
 
-/** Where the user is. */
+/** Presses a key in the focused widget. */
 void KeyboardTest::xPress(int key, Qt::KeyboardModifiers modifiers) {
     QTest::keyClick(xFocus(), static_cast<Qt::Key>(key), modifiers);
 }
@@ -103,7 +106,7 @@ void KeyboardTest::xChooseVolume() {
     QTRY_COMPARE(fWindow->value("Audio/Volume"), QStringLiteral("60"));
 }
 
-/** Into the field of the present row's value, which stays open. */
+/** Types into the editor of the current row's value, and leaves it open. */
 void KeyboardTest::xEnter(const char* text) {
     xPress(Qt::Key_F2);
     QTRY_COMPARE(xFocus()->objectName(), QStringLiteral("valueEditor"));

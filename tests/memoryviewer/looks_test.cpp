@@ -28,7 +28,7 @@ namespace {
 constexpr char a_number[] = "Joint/HeadYaw/Position";
 constexpr int a_valueColumn = 1;
 constexpr int a_typeColumn = 3;
-/** What the guidelines for accessible contents ask of texts, and of lines and the like. */
+/** Minimum contrasts of the accessibility guidelines for texts, and for lines and the like. */
 constexpr double a_textContrast = 4.5;
 constexpr double a_lineContrast = 3;
 
@@ -47,7 +47,7 @@ double contrast(const QColor& left, const QColor& right) {
 
 struct Colours {
     QColor fBackground;
-    double fContrast = 1;  ///< of what stands out most from it
+    double fContrast = 1;  ///< of the most different colour
 };
 
 Colours coloursIn(const QImage& image) {
@@ -88,7 +88,7 @@ QPalette darkPalette() {
 
 }  // namespace
 
-/** What the window looks like on light and dark palettes, with letters of any size. */
+/** Tests the window on light and dark palettes, with different font sizes. */
 class LooksTest : public QObject {
     Q_OBJECT
 
@@ -171,7 +171,7 @@ void LooksTest::xAddLooks() {
     }
 }
 
-/** The size of letters is there from the beginning; palettes change while programs run. */
+/** The font size is set before the start; palettes change while programs run. */
 void LooksTest::xOpen() {
     const bool hasLooks = QTest::currentDataTag() != nullptr;
     QFont font = fFont;
@@ -205,14 +205,14 @@ void LooksTest::xPlot() {
     QTRY_VERIFY(xPart<QWidget>("plot") != nullptr && xPart<QWidget>("plot")->isVisible());
 }
 
-/** Of the number, brought onto the screen. */
+/** Scrolls the number's cell onto the screen and returns its rectangle. */
 QRect LooksTest::xCell(int column) {
     const QModelIndex index = indexOf(fViewer, a_number);
     xTree()->scrollTo(index);
     return xTree()->visualRect(index.sibling(index.row(), column));
 }
 
-/** The class of the plugin's library is not that of this program. */
+/** The class in the plugin's library is not that of this program. */
 QWidget* LooksTest::xCanvas() const {
     const auto parts = xPart<QWidget>("plot")->findChildren<QWidget*>();
     const auto canvas = std::find_if(parts.cbegin(), parts.cend(), [](const QWidget* part) {
@@ -251,7 +251,7 @@ void LooksTest::marksStandOutAndCanBeRead() {
 
 void LooksTest::saysWhatIsMissingReadably() {
     auto* watch = xPart<QTreeView>("memoryWatch");
-    QVERIFY(coloursIn(watch->viewport()).fContrast >= a_textContrast);  // how to watch
+    QVERIFY(coloursIn(watch->viewport()).fContrast >= a_textContrast);  // the hint
     xChoose("Robot/Mode");
     QTest::keyClick(xTree(), Qt::Key_D, Qt::ControlModifier);
     QTRY_COMPARE(watch->model()->rowCount(), 1);
@@ -326,13 +326,13 @@ void LooksTest::xSetWidth(int width) {
     QTRY_COMPARE(fViewer->width(), std::max(width, fViewer->minimumSizeHint().width()));
 }
 
-/** Where a column stands in the tree, from the left of what is seen. */
+/** Returns a column's rectangle in the tree, relative to the visible area. */
 QRect LooksTest::xSection(int column) const {
     const QHeaderView* header = xTree()->header();
     return {header->sectionViewportPosition(column), 0, header->sectionSize(column), 1};
 }
 
-/** Which the rows on the screen need. */
+/** Returns the width needed by the rows on the screen. */
 int LooksTest::xRoomOfNames() const {
     return static_cast<const QAbstractItemView*>(xTree())->sizeHintForColumn(0);
 }
@@ -370,7 +370,7 @@ void LooksTest::keepsValuesNearNamesInWideDocks() {
     QTRY_COMPARE(xSection(0).width(), xRoomOfNames());
     const auto* watch = xPart<QTreeView>("memoryWatch");
     QCOMPARE(watch->header()->sectionSize(0), xSection(0).width());
-    // A name that comes gets the room that it needs.
+    // A new name gets the width that it needs.
     fRobot->set("Joint/LeftShoulderPitchOfTheRobot/Temperature", 30);
     QTRY_VERIFY(indexOf(fViewer, "Joint/LeftShoulderPitchOfTheRobot").isValid());
     QTRY_COMPARE(xSection(0).width(), xRoomOfNames());
@@ -395,7 +395,7 @@ void LooksTest::keepsWidthsThatWereChosen() {
     const int width = xSection(a_valueColumn).width();
     const QPoint border(place, header->height() / 2);
     QTest::mousePress(header->viewport(), Qt::LeftButton, Qt::NoModifier, border);
-    // A move of the cursor itself has no button pressed.
+    // For a move by QCursor no button is pressed.
     const QPoint end = border + QPoint(60, 0);
     QMouseEvent drag(QEvent::MouseMove, end, header->mapToGlobal(end), Qt::NoButton, Qt::LeftButton,
                      Qt::NoModifier);

@@ -17,7 +17,7 @@ class MemoryShown : public ShownRobot {
     int port() const override { return fRobot.port(); }
     void stop() override { fRobot.stop(); }
 
-    /** Changes so much that the viewer has something to do. */
+    /** Changes enough values to keep the viewer busy. */
     void show(int value) override {
         for (int key = 0; key < a_keys; ++key) {
             fRobot.set("Joint/" + std::to_string(key), value);

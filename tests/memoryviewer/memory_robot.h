@@ -14,7 +14,7 @@ class KVValueTable;
 
 namespace obvista_test {
 
-/** A robot in the test's own process: a broker on a free port of the loopback address. */
+/** A robot in the test's process: a broker on a free port of the loopback address. */
 class MemoryRobot {
   public:
     enum class Memory { Offered, Missing };
@@ -26,7 +26,7 @@ class MemoryRobot {
 
     int port() const { return fPort; }
 
-    /** Adds the key when there is none of that name, and sets its value. */
+    /** Sets a key's value; adds the key if there is none of that name. */
     void set(const std::string& key, const KVValue& value);
     void remove(const std::string& key);
 

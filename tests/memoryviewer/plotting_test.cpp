@@ -34,7 +34,7 @@ double middleOf(const std::pair<double, double>& span) {
     return (span.first + span.second) / 2;
 }
 
-/** Whether a curve passes through a column of pixels; grid and letters are grey. */
+/** Returns true if a curve passes through a column of pixels; grid and texts are grey. */
 bool isCurveAt(const QImage& picture, int x) {
     for (int y = 0; y < picture.height(); ++y) {
         if (picture.pixelColor(x, y).saturation() > 60) {
@@ -46,7 +46,7 @@ bool isCurveAt(const QImage& picture, int x) {
 
 }  // namespace
 
-/** Plots in the window of the viewer, of what a robot sends. */
+/** Tests plots in the viewer's window with values of a robot. */
 class PlottingTest : public QObject {
     Q_OBJECT
 
@@ -67,7 +67,7 @@ class PlottingTest : public QObject {
   private:
     void xPlot(const char* key);
     void xPlotByItself(const char* key);
-    /** Two seconds of it. @return when they begin; 0 when they do not come */
+    /** Plots a key for two seconds. @return their start; 0 if there are no values */
     double xPlotForAWhile(const char* key);
     QWidget* xCanvas(int plot = 0) const { return fWindow->plots().at(plot)->canvas(); }
     void xSave(const QString& way);
@@ -108,7 +108,7 @@ void PlottingTest::xPlotByItself(const char* key) {
     fWindow->chooseFromRowMenu(fWindow->tree(), QStringLiteral("Plot by itself"));
 }
 
-/** Chooses one of the ways to save the current plot. */
+/** Selects one of the ways to save the current plot. */
 void PlottingTest::xSave(const QString& way) {
     auto* bar = fWindow->viewer()->findChild<QToolBar*>();
     auto* button =
@@ -143,7 +143,7 @@ void PlottingTest::takesKeysThatAreDraggedFromTheTree() {
     QVERIFY(enter.isAccepted());
     QDropEvent drop(middle, Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
     QCoreApplication::sendEvent(plot, &drop);
-    // It does not change, and yet its value is known.
+    // It does not change, but its value is known.
     QTRY_COMPARE(fWindow->legend(0, 1, a_nameColumn), QStringLiteral("Audio/Volume [%]"));
     QTRY_COMPARE(fWindow->legend(0, 1, a_valueColumn), fWindow->value("Audio/Volume"));
 }
@@ -163,7 +163,7 @@ void PlottingTest::showsTheSameTimesInAllPlots() {
     QCoreApplication::sendEvent(xCanvas(), &in);
     QTRY_VERIFY(span(0) < 25e6);
     QTRY_COMPARE(timesOf(fWindow->plots()[1]), timesOf(fWindow->plots()[0]));
-    // A pan moves both, and what is followed no longer is.
+    // A pan moves both, and stops following.
     QTest::mousePress(xCanvas(1), Qt::LeftButton, Qt::NoModifier, middle.toPoint());
     QTest::mouseMove(xCanvas(1), middle.toPoint() + QPoint(30, 0));
     QTest::mouseRelease(xCanvas(1), Qt::LeftButton, Qt::NoModifier,
@@ -199,9 +199,9 @@ void PlottingTest::showsTheValuesAtTheCursorOfAllPlots() {
     QCOMPARE(legend->headerItem()->text(a_valueColumn), QStringLiteral("Newest value"));
     QTest::keyClick(xCanvas(), Qt::Key_Space);
     QTest::keyClick(xCanvas(), Qt::Key_Home);
-    // Before the last change, the value was another one.
+    // Before the last change the value was different.
     QTRY_VERIFY(xStatus().startsWith(QLatin1String("paused")));
-    // Near the end of what is shown, where both curves have begun.
+    // Near the end of the visible time, where both curves have begun.
     QTest::mouseMove(xCanvas(), QPoint(xCanvas()->width() - 3, xCanvas()->height() / 2));
     QTRY_VERIFY(legend->headerItem()->text(a_valueColumn).contains(QLatin1Char(':')));
     QTRY_VERIFY(QLocale().toDouble(fWindow->legend(1, 0, a_valueColumn)) > 0);
@@ -242,7 +242,7 @@ void PlottingTest::keepsItsCurvesWhenTheRobotIsLost() {
     const auto shown = timesOf(fWindow->plots().first());
     const QwtScaleMap map = fWindow->plots().first()->canvasMap(QwtPlot::xBottom);
     QVERIFY(isCurveAt(xCanvas()->grab().toImage(), int(map.transform(shown.second - 0.5e6))));
-    // Still there to be looked at, and time stands still.
+    // The curves are still visible, and time stands still.
     QTest::keyClick(xCanvas(), Qt::Key_Plus);
     QTRY_VERIFY(middleOf(timesOf(fWindow->plots().first())) > middleOf(shown));
     QCOMPARE(timesOf(fWindow->plots().first()).second, shown.second);

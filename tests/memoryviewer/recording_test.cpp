@@ -23,8 +23,10 @@ constexpr char a_header[] = "time_us,time_utc,key,value,unit,type\r\n";
 enum Field { TimeField, DateField, KeyField, ValueField, UnitField, TypeField, FieldCount };
 using Row = QList<QByteArray>;
 
-/** The rows of a file that is whole; nothing when it is not. None of the robot's own texts that are
- *  recorded here needs quotation. */
+/**
+ * Returns the rows of a complete file; nothing if it is incomplete. The recorded texts need no
+ * quoting.
+ */
 QList<Row> rowsOf(const QString& fileName) {
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly) || file.readLine() != a_header) {
@@ -54,7 +56,7 @@ QList<QByteArray> keysOf(const QList<Row>& rows) {
 
 }  // namespace
 
-/** Recordings in the window of the viewer, of what a robot sends. */
+/** Tests recordings in the viewer's window with values of a robot. */
 class RecordingTest : public QObject {
     Q_OBJECT
 
@@ -77,7 +79,7 @@ class RecordingTest : public QObject {
     void xStart();
     void xStop();
     QString xText() const { return labelText(fWindow->viewer(), "recordingStatus"); }
-    /** Rows in the file, as the window says. */
+    /** Returns the number of rows in the file, as displayed. */
     int xRowsSaid() const;
 
     std::unique_ptr<RobotWindow> fWindow;
@@ -128,7 +130,7 @@ void RecordingTest::recordsWhatIsWatchedWithTheRobotsTimes() {
     xStop();
     const QList<Row> rows = rowsOf(fFile);
     QCOMPARE(rows.size(), xRowsSaid());
-    // What does not change is in it once.
+    // Values that do not change are recorded once.
     QList<QByteArray> keys = keysOf(rows);
     std::sort(keys.begin(), keys.end());
     QCOMPARE(keys, (QList<QByteArray>{"Audio/Volume", "Battery/Voltage"}));
@@ -235,7 +237,7 @@ void RecordingTest::endsWithAWholeFileWhenTheDiskIsFull() {
     QVERIFY(rowsOf(fFile).size() > 10);
     QCOMPARE(rowsOf(fFile).size(), xRowsSaid());
     QVERIFY(QFileInfo(fFile).size() > bytes - 1000);
-    // The viewer itself goes on.
+    // The viewer continues to run.
     QVERIFY(QTest::qWaitFor([this, before = fWindow->value("Battery/Voltage")] {
         return fWindow->value("Battery/Voltage") != before;
     }));

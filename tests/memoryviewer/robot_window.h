@@ -14,7 +14,7 @@ class QwtPlot;
 
 namespace obvista_test {
 
-/** A viewer in a real window, beside a simulated robot in a process of its own. */
+/** A viewer in a real window, with a simulated robot in a separate process. */
 class RobotWindow {
   public:
     explicit RobotWindow(const RobotProcess::Settings& settings = {});
@@ -22,11 +22,11 @@ class RobotWindow {
     RobotWindow(const RobotWindow&) = delete;
     RobotWindow& operator=(const RobotWindow&) = delete;
 
-    /** Closes the viewer, if there is one, and opens another one. @return whether it shows keys */
+    /** Closes an open viewer and opens another one. @return true if it shows keys */
     bool open();
     void close();
     RobotProcess& robot() { return *fRobot; }
-    /** Starts the robot again, at the place where it was, once it was killed. */
+    /** Restarts a killed robot on the same port. */
     void restartRobot();
 
     QWidget* viewer() const { return fDock->widget(); }
@@ -37,22 +37,22 @@ class RobotWindow {
     }
 
     QString value(const char* key) const { return valueOf(viewer(), key); }
-    /** The cell of a key's value, brought onto the screen. */
+    /** Scrolls the cell of a key's value onto the screen and returns its index. */
     QModelIndex cell(const char* key) const;
-    /** Makes a key the current one, as a click on it does. */
+    /** Makes a key the current one, like a click. */
     void choose(const char* key) const;
-    /** Chooses how often the robot is asked, updates a second. */
+    /** Selects the rate, updates a second. */
     void setRate(int perSecond) const;
-    /** Answers the dialog that asks for a file, once it is there. @return whether it was there */
+    /** Answers the file dialog when it is open. @return true if it opened */
     bool answerFileQuestion(const QString& fileName) const;
-    /** Chooses an entry of the menu that a click opens, by its text without "&". */
+    /** Selects an entry of the menu opened by a click, by its text without "&". */
     void chooseFromMenu(const QString& text) const;
-    /** The same of the menu of a view's current row. */
+    /** Selects an entry of the context menu of a view's current row. */
     void chooseFromRowMenu(QTreeView* view, const QString& text) const;
 
-    /** The plots below each other. */
+    /** Returns the plots from top to bottom. */
     QList<QwtPlot*> plots() const;
-    /** A cell of the plots' legend: of the curve in a row of a plot. */
+    /** Returns a cell of the plots' legend: of the curve in a row of a plot. */
     QString legend(int plot, int row, int column) const;
 
   private:

@@ -83,7 +83,7 @@ void choose(QWidget* viewer, const char* path) {
     QTreeView* tree = treeOf(viewer);
     tree->setFocus();
     tree->scrollTo(index);
-    // The view itself would add to the choice when it takes Ctrl for still pressed.
+    // The view would extend the selection if it considered Ctrl still pressed.
     tree->selectionModel()->setCurrentIndex(
         index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
 }

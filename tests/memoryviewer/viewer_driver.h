@@ -20,23 +20,26 @@ class ViewerDriver : public PluginDriver {
 QTreeView* treeOf(QWidget* viewer);
 QTreeView* watchOf(QWidget* viewer);
 QLineEdit* filterOf(QWidget* viewer);
-/** The name column's index of a row of the viewer's tree by its path of shown names. */
+/** Returns the name column's index of a row of the viewer's tree by its path of shown names. */
 QModelIndex indexOf(QWidget* viewer, const QString& path);
 QModelIndex indexOf(QWidget* viewer, const char* path);
-/** Brings the row onto the screen first, since only what is there is followed. */
+/**
+ * Returns the shown value. Scrolls the row onto the screen first, since only visible keys are
+ * subscribed.
+ */
 QString valueOf(QWidget* viewer, const QString& path);
 QString valueOf(QWidget* viewer, const char* path);
-/** What stands in the column of that title; brings the row onto the screen first. */
+/** Returns the text in the column of that title; scrolls the row onto the screen first. */
 QString cellOf(QWidget* viewer, const QString& path, const QString& title);
 QString cellOf(QWidget* viewer, const char* path, const char* title);
-/** Makes the row the current one of the tree, on the screen and with the keyboard's focus. */
+/** Makes the row the current one of the tree, on the screen and with the keyboard focus. */
 void choose(QWidget* viewer, const char* path);
-/** Types a filter in place of the present one. */
+/** Replaces the filter by typing. */
 void typeFilter(QWidget* viewer, const QString& filter);
 QString statusOf(QWidget* viewer);
-/** What stands in the place of the tree; empty while the tree is there. */
+/** Returns the placeholder text shown when there is no tree; otherwise empty. */
 QString messageOf(QWidget* viewer);
-/** What stands above the tree; empty when nothing does. */
+/** Returns the text above the tree; empty if there is none. */
 QString noticeOf(QWidget* viewer);
 
 }  // namespace obvista_test

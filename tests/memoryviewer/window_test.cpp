@@ -15,7 +15,7 @@
 
 using namespace obvista_test;
 
-/** The viewer under a real window manager. */
+/** Tests the viewer with a real window manager. */
 class WindowTest : public QObject {
     Q_OBJECT
 

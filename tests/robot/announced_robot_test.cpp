@@ -30,7 +30,7 @@ namespace {
 
 constexpr int a_simPort = 9600;
 
-/** The program on the observer's own address, ready. */
+/** The program on the observer's address, ready for clients. */
 class AnnouncedRobot {
   public:
     explicit AnnouncedRobot(const std::vector<std::string>& arguments,

@@ -1,4 +1,4 @@
-// Connections that say nothing, more of them than the robot has descriptors for.
+// Silent connections, more of them than the robot has descriptors for.
 #include "certificates.h"
 #include "robot_process.h"
 #include "tcp_client.h"
@@ -90,7 +90,7 @@ TEST_F(ConnectionsTest, leaveDescriptorsToThoseWhoAreServed) {
     const Clients idle = connectIdle(fRobot.port());
     const Clients asking = connectIdle(fRobot.httpPort(), "GET / HT");
     ASSERT_TRUE(fRobot.process().waitForErrors(a_exhaustion));
-    // A reserve of eight; what it needs itself may have taken one or two of them.
+    // A reserve of eight, of which the robot may have used one or two.
     for (rlim_t number = a_fewDescriptors - 6; number < a_fewDescriptors; ++number) {
         const std::string entry =
             "/proc/" + std::to_string(fRobot.process().pid()) + "/fd/" + std::to_string(number);
@@ -120,7 +120,7 @@ TEST(ConnectionsWithTls, beyondItsDescriptorsDoNotMakeItDeaf) {
     Clients idle;
     for (int n = 0; n < a_connections; ++n) {
         idle.push_back(std::make_unique<TcpClient>(robot.port()));
-        idle.back()->send("\x16\x03\x01");  // a handshake begins like this
+        idle.back()->send("\x16\x03\x01");  // the beginning of a handshake
     }
     EXPECT_TRUE(robot.process().waitForErrors(a_exhaustion));
     KVSettings trusting;

@@ -24,7 +24,7 @@ std::string inLab(const std::vector<std::string>& arguments) {
 
 Browser::Browser(const std::string& type)
     : fType(type),
-      // Written to a pipe, its lines would come late.
+      // Unbuffered, since its output to a pipe would arrive late.
       fProcess({"stdbuf", "-oL", "avahi-browse", "--parsable", "--resolve", type}) {
 }
 

@@ -6,17 +6,17 @@
 #include <string>
 #include <vector>
 
-/** What tests of announcements use inside a lab, where they run on the host "observer". */
+/** Helpers of tests of announcements inside a lab, where they run on the host "observer". */
 namespace lab_test {
 
 constexpr const char* a_robax = "_robax._tcp";
 constexpr const char* a_robaxi = "_robaxi._tcp";
 constexpr const char* a_ownAddress = "10.77.0.1";
 
-/** Runs a command of lab/ctl to its end, and expects that it succeeds. @return what it wrote */
+/** Runs a command of lab/ctl, and expects that it succeeds. @return its output */
 std::string inLab(const std::vector<std::string>& arguments);
 
-/** avahi-browse, which follows the services of a type while the object lives. */
+/** A running avahi-browse for the services of a type. */
 class Browser {
   public:
     explicit Browser(const std::string& type);
@@ -28,7 +28,7 @@ class Browser {
     /** Waits until the service of a name was withdrawn. */
     bool lost(const std::string& name);
 
-    /** Whether any service of a name has been withdrawn so far. */
+    /** Returns true if a service of a name has been withdrawn so far. */
     bool hasLost(const std::string& name) const;
 
     std::string output() const { return fProcess.output(); }
@@ -40,14 +40,14 @@ class Browser {
     obvista_test::ChildProcess fProcess;
 };
 
-/** What a Browser writes about a service, by default one of the observer. */
+/** Returns a Browser's output for a service, by default one of the observer. */
 std::string resolved(const std::string& name, const std::string& type, int port,
                      const std::string& host = "observer.local",
                      const std::string& address = a_ownAddress);
 
 /**
- * Whether somebody who asks for a type now, or a little later, is told so: what has just changed is
- * first remembered as it was.
+ * Returns true if a query for a type finds the service now, or a little later: recent changes are
+ * cached with their old state.
  */
 bool isSeenInTheEnd(const std::string& type, const std::string& line);
 

@@ -21,7 +21,7 @@ class OptionsTest : public testing::Test {
         return result.fOptions.value_or(Options());
     }
 
-    /** What is said about a wrong command line. */
+    /** Returns the message for an invalid command line. */
     std::string mistake(const std::vector<std::string>& arguments) {
         fErrors.str("");
         const robot::ParsedOptions result = robot::parseOptions(arguments, fOutput, fErrors);

@@ -39,7 +39,7 @@ boost::shared_ptr<KVBroker> makeBroker() {
     return KVBroker::createBroker("test", "", 0, "", 0, 0, "", false);
 }
 
-/** Waits until a condition holds that only time brings about. */
+/** Polls for a condition that only time brings about. */
 bool comesTrue(const std::function<bool()>& condition) {
     const auto end = std::chrono::steady_clock::now() + ChildProcess::a_patience;
     while (!condition()) {
@@ -116,7 +116,7 @@ TEST_F(RobotProcessTest, memoryIsReadAndWritten) {
                 HasSubstr("Battery/Charge"));
 }
 
-/** Keeps the newest values that a robot sends, by name. */
+/** Stores the newest values sent by a robot, by name. */
 class Values : public KVSubscription::Listener {
   public:
     void keysAdded(const std::vector<KVKeyInfo>& keys) override {
@@ -221,7 +221,7 @@ TEST_F(RobotProcessTest, aComputerShowsItsOwnFiguresAndHasNoLeds) {
                 HasSubstr("System/Uptime"));
     EXPECT_THAT(refusal([&] { proxy("KVLeds", computer); }), HasSubstr("KVLeds"));
     proxy("KVBallamor", computer)->callVoid<std::string>("sendClipboard", "text");
-    // Rates and shares come with the second reading.
+    // Rates and shares appear with the second reading.
     EXPECT_TRUE(comesTrue(
         [&] { return !memory->call<KVValue::List>("getDataList", "Cpu/Usage").empty(); }));
 }
@@ -438,7 +438,7 @@ TEST_F(RobotProcessTest, aPortThatWasTakenMeanwhileIsTriedAgain) {
         [&] { return sim->call<KVValue::Map>("getState").at("middleware") == KVValue(true); }));
 }
 
-/** The program with its standard output in a pipe of the test, which the test need not read. */
+/** The program with its standard output in a pipe, which the test need not read. */
 class PipedRobot {
   public:
     PipedRobot() : fPort(obvista_test::freePort()) {
@@ -473,7 +473,7 @@ class PipedRobot {
 TEST_F(RobotProcessTest, goesOnWhenNobodyReadsWhatItSays) {
     PipedRobot robot;
     const auto ballamor = proxy("KVBallamor", robot.port());
-    // Far more than a pipe holds.
+    // Far more than the capacity of a pipe.
     for (int i = 0; i < 400; ++i) {
         ballamor->callVoid("sendClipboard", std::string(1000, 'x'));
     }

@@ -1,4 +1,4 @@
-// TLS and the token of the program, as its command line asks for them.
+// TLS and the token of the program, set by its command line.
 #include "certificates.h"
 #include "robot_process.h"
 
@@ -26,7 +26,10 @@ namespace {
 
 class SecurityTest : public testing::Test {
   protected:
-    /** Why a program with these settings cannot read a value; nothing when it can. */
+    /**
+     * Returns the error of a program with these settings that reads a value; nothing if it
+     * succeeds.
+     */
     static std::optional<KVError::Cause> causeOf(const KVSettings& settings,
                                                  const RobotProcess& robot) {
         const auto broker = KVBroker::createBroker("test", "", 0, "", 0, 0, "", false, settings);

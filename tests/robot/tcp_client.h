@@ -5,27 +5,30 @@
 #include <optional>
 #include <string>
 
-/** A client on loopback that sends and reads bytes as they are. */
+/** A client on loopback that sends and receives raw bytes. */
 class TcpClient {
   public:
-    /** @throws std::system_error when nothing listens */
+    /** @throws std::system_error if nothing listens */
     explicit TcpClient(int port);
     ~TcpClient();
     TcpClient(const TcpClient&) = delete;
     TcpClient& operator=(const TcpClient&) = delete;
 
-    /** @return false when the other end has closed */
+    /** @return false if the peer has closed */
     bool send(const std::string& bytes);
 
     /**
-     * Reads until the other end closes, or at least `enough` bytes are there.
+     * Reads until the peer closes, or at least `enough` bytes have arrived.
      *
-     * @return nothing when neither happened in time
+     * @return nothing if neither happened in time
      */
     std::optional<std::string> read(std::size_t enough = std::string::npos,
                                     std::chrono::milliseconds timeout = std::chrono::seconds(60));
 
-    /** Whether the other end sends nothing, and does not close, for so long. */
+    /**
+     * Waits until the peer has been silent for `time` without closing; returns false if it closes
+     * or sends.
+     */
     bool isSilentFor(std::chrono::milliseconds time);
 
   private:
@@ -41,7 +44,7 @@ struct HttpAnswer {
     std::string fBody;
 };
 
-/** Sends "METHOD TARGET" with the target as it is, and reads the whole answer. */
+/** Sends "METHOD TARGET" with the unchanged target, and reads the whole answer. */
 HttpAnswer httpRequest(int port, const std::string& method, const std::string& target);
 HttpAnswer httpGet(int port, const std::string& target);
 

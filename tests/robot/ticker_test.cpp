@@ -46,7 +46,7 @@ TEST(Ticker, stepsThatWereMissedAreLeftOut) {
             second.set_value(step);
         }
     });
-    // Hold the first call until many more would have been due.
+    // Block the first call until many more would have been due.
     const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(30);
     while (std::chrono::steady_clock::now() < until) {
         std::this_thread::yield();

@@ -1,4 +1,4 @@
-// The commands against a robot in another process.
+// The commands with a robot in another process.
 #include "loopback_broker.h"
 #include "project_files.h"
 #include "robot_process.h"
@@ -46,7 +46,7 @@ class Commands : public ::testing::Test {
         return runTool(arguments);
     }
 
-    /** The same, for one that must work. */
+    /** Runs a command that must succeed, and returns its output. */
     static std::string outputOf(const std::string& command,
                                 const std::vector<std::string>& words = {}) {
         const ToolResult result = run(command, words);
@@ -196,7 +196,7 @@ TEST_F(Commands, GetNamesTheKeyThatIsMissing) {
     expectFailure(8, "no module named Other", run("get", {"--module", "Other", "Battery/Charge"}));
 }
 
-// A key may go between the list of keys and the question for its value.
+// A key may disappear between the list of keys and the request for its value.
 TEST_F(Commands, GetLeavesOutAKeyOfAPatternThatIsGone) {
     const auto memory = boost::make_shared<KVModule>("KVMemory", "Values that come and go.");
     memory->bindMethod({"getDataList", "", ""}, {KVValue::Type::String},
@@ -292,7 +292,7 @@ TEST_F(Commands, ResultsThatCannotBeWrittenAreNotLostSilently) {
     EXPECT_THAT(shell.errors(), HasSubstr("The results cannot be written: No space left"));
 }
 
-// Otherwise a connection gets the number of standard output, and results go to the robot.
+// Otherwise a connection gets the number of standard output, and results are sent to the robot.
 TEST_F(Commands, AClosedStandardOutputStaysClosed) {
     ChildProcess shell({"bash", "-c", "\"$@\" >&- <&-", "bash", toolCommand({})[0], "get",
                         placeOf(*fRobot), "Battery/Charge"});

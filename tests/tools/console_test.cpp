@@ -74,7 +74,7 @@ TEST(Console, AReaderThatWentAwayEndsIt) {
     close(ends[1]);
 }
 
-/** A terminal: its own end of a pseudo-terminal. */
+/** A pseudo-terminal. */
 class Terminal {
   public:
     Terminal() : fMaster(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {

@@ -1,9 +1,9 @@
-// A robot that speaks another version of the protocol, as a later one will:
+// A robot with another version of the protocol, as a later one will have:
 //
 //   newer_robot ADDRESS:PORT
 //
-// It refuses every client in the way that the protocol provides. It says when it listens, and runs
-// until it is killed.
+// It refuses every client as the protocol specifies. It reports when it listens, and runs until it
+// is killed.
 #include <robaxi/v1/robaxi.grpc.pb.h>
 
 #include <grpcpp/grpcpp.h>

@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 using ::testing::HasSubstr;
 using ::testing::UnorderedElementsAre;
 
-/** A folder of each test's own. */
+/** A separate folder for each test. */
 class OutputFile : public ::testing::Test {
   protected:
     OutputFile() {

@@ -6,7 +6,7 @@
 
 namespace obvista_test {
 
-/** Something on loopback that takes connections and never says a word. */
+/** A server on loopback that accepts connections and never sends anything. */
 class SilentServer {
   public:
     SilentServer();
@@ -14,10 +14,10 @@ class SilentServer {
     SilentServer(const SilentServer&) = delete;
     SilentServer& operator=(const SilentServer&) = delete;
 
-    /** "127.0.0.1:PORT". */
+    /** Returns "127.0.0.1:PORT". */
     std::string place() const;
 
-    /** Waits for the next client. @return false when none came in time */
+    /** Waits for the next client. @return false if there was none in time */
     bool waitForClient(std::chrono::milliseconds timeout) const;
 
   private:

@@ -8,7 +8,7 @@
 
 namespace obvista_test {
 
-/** The command line that starts "robaxi" with the arguments. */
+/** Returns the command line that starts "robaxi" with the arguments. */
 std::vector<std::string> toolCommand(const std::vector<std::string>& arguments);
 
 struct ToolResult {
@@ -17,7 +17,7 @@ struct ToolResult {
     std::string fErrors;
 };
 
-/** Runs "robaxi" to its end. The test fails when it does not end. */
+/** Runs "robaxi" and waits for its end. The test fails if it does not end. */
 ToolResult runTool(const std::vector<std::string>& arguments);
 
 }  // namespace obvista_test

@@ -60,7 +60,7 @@ TEST(ValueText, BytesAreBase64InJson) {
     EXPECT_EQ("{\"base64\":\"\"}\n", jsonLine(valueJson(bytes(""))));
 }
 
-/** A locale in which numbers have a comma, without one being installed. */
+/** A locale in which numbers have a comma, which need not be installed. */
 class CommaNumbers : public std::numpunct<char> {
   protected:
     char do_decimal_point() const override { return ','; }

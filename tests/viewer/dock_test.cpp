@@ -19,7 +19,7 @@ using namespace obvista_test::viewer_case;
 
 namespace {
 
-/** A control of the viewer that the keyboard reaches. */
+/** Returns a control of the viewer that the keyboard reaches. */
 QWidget* aControlOf(QWidget* viewer) {
     for (QWidget* part : viewer->findChildren<QWidget*>()) {
         if ((part->focusPolicy() & Qt::TabFocus) != 0 && part->isVisible() && part->isEnabled()) {
@@ -37,7 +37,7 @@ QStringList textsOf(const QList<QKeySequence>& keys) {
     return texts;
 }
 
-/** Of all shortcuts and actions of a viewer. */
+/** Returns the keys of all shortcuts and actions of a viewer. */
 QStringList shortcutsOf(const QWidget* viewer) {
     QStringList texts;
     for (const QShortcut* shortcut : viewer->findChildren<QShortcut*>()) {
@@ -49,7 +49,7 @@ QStringList shortcutsOf(const QWidget* viewer) {
     return texts;
 }
 
-/** The first column of a list of keys, each key by itself. */
+/** Returns the first column of a list of keys, each key separately. */
 QStringList listedKeys(const QTreeWidget* list) {
     QStringList keys;
     for (int group = 0; group < list->topLevelItemCount(); ++group) {
@@ -104,7 +104,7 @@ void DockTest::cleanup() {
     fRobot.reset();
 }
 
-/** With the focus in one of the viewer's controls. */
+/** Presses a key with the focus in one of the viewer's controls. */
 void DockTest::xPress(const QWidget* viewer, int key, Qt::KeyboardModifiers modifiers) {
     QWidget* focus = viewer->window()->focusWidget();
     QVERIFY(viewer->isAncestorOf(focus));

@@ -12,7 +12,7 @@
 
 using namespace obvista_test;
 
-/** What happens when the process ends before the host has deleted the plugin. */
+/** Tests the exit of a process before the host has deleted the plugin. */
 class ExitTest : public QObject {
     Q_OBJECT
 
@@ -23,7 +23,7 @@ class ExitTest : public QObject {
     void exitInsideTheReportOfALoss();
 
   private:
-    /** Fails the test function unless the program wrote exactly that and ended with status 0. */
+    /** Fails the test function unless the program's output is exact and its status is 0. */
     static void xVerifyEnd(ChildProcess& viewer, const std::string& output);
 };
 

@@ -11,7 +11,7 @@ class KVConnection;
 
 namespace obvista_test {
 
-/** Waits, without turning the event loop, until a robot's end is known in this process. */
+/** Waits, without running the event loop, until a robot's end is known in this process. */
 class LossWitness {
   public:
     explicit LossWitness(int port);
@@ -19,7 +19,7 @@ class LossWitness {
     LossWitness(const LossWitness&) = delete;
     LossWitness& operator=(const LossWitness&) = delete;
 
-    /** @return false when the robot did not end in time */
+    /** @return false if the robot did not end in time */
     bool wait();
 
   private:

@@ -18,7 +18,7 @@ struct Socket {
     int fState;
 };
 
-/** The machine's TCP sockets as the kernel lists them. */
+/** Returns the machine's TCP sockets as listed by the kernel. */
 QList<Socket> sockets() {
     QList<Socket> all;
     for (const char* path : {"/proc/net/tcp", "/proc/net/tcp6"}) {

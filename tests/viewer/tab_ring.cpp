@@ -7,7 +7,7 @@ namespace obvista_test {
 
 namespace {
 
-/** The object name, or what else tells a control from its neighbours. */
+/** Returns the object name, or another property that identifies a control. */
 QString nameOf(const QWidget& widget) {
     if (!widget.objectName().isEmpty()) {
         return widget.objectName();

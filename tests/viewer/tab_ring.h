@@ -9,16 +9,18 @@ class QWidget;
 namespace obvista_test {
 
 /**
- * Presses `key`, Qt::Key_Tab or Qt::Key_Backtab, until the keyboard is back at the control that had
- * it first, and returns the names of the controls on the way in this order, the first one included.
+ * Presses `key`, Qt::Key_Tab or Qt::Key_Backtab, until the focus returns to the first control, and
+ * returns the names of the visited controls in this order, including the first one.
  *
- * The walk also ends, without having come back, after more presses than the window has widgets:
- * a trap shows as repeated names.
+ * The walk also ends without returning after more key presses than the window has widgets: a trap
+ * appears as repeated names.
  */
 QStringList walkedByTab(QWidget& window, Qt::Key key);
 
-/** The names of all controls inside a widget that Tab has to reach: visible, enabled, and with a
- *  focus policy that has Tab. Sorted. */
+/**
+ * Returns the sorted names of all controls inside a widget that Tab must reach: visible, enabled,
+ * and with a focus policy that includes Tab.
+ */
 QStringList tabStops(const QWidget& widget);
 
 }  // namespace obvista_test

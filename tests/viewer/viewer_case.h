@@ -9,7 +9,7 @@ class QWidget;
 
 namespace obvista_test {
 
-/** A robot in the test's own process that has something to show to the viewer under test. */
+/** A robot in the test's process with values or pictures for the viewer under test. */
 class ShownRobot {
   public:
     ShownRobot() = default;
@@ -18,33 +18,36 @@ class ShownRobot {
     ShownRobot& operator=(const ShownRobot&) = delete;
 
     virtual int port() const = 0;
-    /** From now on it shows this value of 0 to 200. */
+    /** Shows this value of 0 to 200 from now on. */
     virtual void show(int value) = 0;
     /** Breaks every connection and stops listening. */
     virtual void stop() = 0;
 };
 
 /**
- * What the tests of a viewer's life cycle have to know of the viewer. They are built once for each
- * viewer, whose own test support defines these functions.
+ * Parts of the life-cycle tests that depend on the viewer. The tests are built once for each
+ * viewer, whose test support defines these functions.
  */
 namespace viewer_case {
 
-/** As the host names the plugin. */
+/** Returns the host's name of the plugin. */
 QString pluginName();
 
 std::unique_ptr<ShownRobot> makeRobot();
 
-/** Whether the robot's value is what a viewer that can be seen shows. */
+/** Returns true if a visible viewer shows the robot's value. */
 bool shows(QWidget* viewer, int value);
 
-/** Whether anything has come from the robot. */
+/** Returns true if something has been received from the robot. */
 bool isLive(QWidget* viewer);
 
 bool saysLost(QWidget* viewer);
 bool saysClosed(QWidget* viewer);
 
-/** To be called until it is true: a live viewer then does what takes it longest to end. */
+/**
+ * Call it until it returns true: a live viewer is then busy with the operation that takes longest
+ * to end.
+ */
 bool makeBusy(QWidget* viewer);
 
 }  // namespace viewer_case

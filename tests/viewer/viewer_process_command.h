@@ -6,8 +6,10 @@
 
 namespace obvista_test {
 
-/** The command that runs viewer_process, for the viewer under test, beside a robot on this
- *  machine. */
+/**
+ * Returns the command that runs viewer_process, for the viewer under test, with a robot on this
+ * machine.
+ */
 std::vector<std::string> viewerProcess(const std::string& mode, int robotPort);
 
 }  // namespace obvista_test

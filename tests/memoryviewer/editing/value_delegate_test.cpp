@@ -16,7 +16,7 @@ using namespace memoryviewer;
 
 namespace {
 
-/** Values as a model of the viewer has them, and what was entered. */
+/** Values as in a model of the viewer, and a record of the entered ones. */
 class Values : public ValueSource {
   public:
     std::optional<KVValue> editableValue(const QModelIndex& index) const override {
@@ -102,7 +102,7 @@ QColor ValueDelegateTest::xColourOf(int row) {
     return fView->viewport()->grab().toImage().pixelColor(cell.right() - 2, cell.center().y());
 }
 
-/** What is painted in the first row. */
+/** Returns the text painted in the first row. */
 QString ValueDelegateTest::xShownText() {
     class Painted : public ValueDelegate {
       public:

@@ -24,7 +24,7 @@ class ValueEntryTest : public QObject {
     void readsWhatItWrites();
 };
 
-/** In a locale whose decimal sign is a comma. */
+/** Sets a locale with a decimal comma. */
 void ValueEntryTest::init() {
     QLocale::setDefault(QLocale(QLocale::German));
 }

@@ -27,7 +27,7 @@ namespace {
 constexpr std::uint32_t a_id = 1;
 constexpr std::uint32_t a_otherId = 5;
 
-/** A robot that takes what is written, refuses what is below 0, and may be slow. */
+/** A robot that accepts writes, refuses values below 0, and may be slow. */
 class Robot {
   public:
     Robot() : fBroker(obvista_test::createTestBroker("TestRobot")) {
@@ -197,7 +197,7 @@ void WriteQueueTest::givesUpWhatWaits() {
     xWrite(0, 2);
     xWrite(0, 3);
     fQueue->giveUp(QStringLiteral("The robot is lost."));
-    // What is on its way is not waiting any more, perhaps.
+    // A write in progress may no longer be waiting.
     QTRY_VERIFY(xPhase() == Phase::Refused);
     QCOMPARE(fQueue->state(a_id)->fReason, QStringLiteral("The robot is lost."));
     fRobot->setSlow(false);

@@ -24,7 +24,7 @@ KVKeyInfo key(std::uint32_t id, const std::string& name, const std::string& unit
 
 }  // namespace
 
-/** Keys filtered and sorted, in a tree and in a list. */
+/** Tests filtering and sorting in trees and lists. */
 class ArrangementTest : public QObject {
     Q_OBJECT
 

@@ -47,7 +47,7 @@ void appendPaths(const MemoryModel& model, const QModelIndex& parent, const QStr
     }
 }
 
-/** Every row as its path, followed by "=" and the identifier when it is a key, from the top. */
+/** Returns every row's path from the top, followed by "=" and the identifier if it is a key. */
 QStringList paths(const MemoryModel& model) {
     QStringList all;
     appendPaths(model, QModelIndex(), QString(), all);
@@ -58,7 +58,7 @@ QString text(const MemoryModel& model, std::uint32_t id, int column) {
     return model.indexOfKey(id, column).data().toString();
 }
 
-/** The ranges of a spy on dataChanged, as "parent: first-last, columns first-last". */
+/** Returns the ranges of a dataChanged spy, as "parent: first-last, columns first-last". */
 QStringList ranges(const QSignalSpy& spy) {
     QStringList all;
     for (const QList<QVariant>& arguments : spy) {

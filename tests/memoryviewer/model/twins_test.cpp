@@ -21,7 +21,7 @@ constexpr std::uint32_t a_older = 3;
 constexpr std::uint32_t a_newer = 7;
 constexpr char a_name[] = "Twin";
 
-/** Takes everything. */
+/** Accepts every write. */
 class Writer : public ValueWriter {
   public:
     void write(const std::string& /*key*/, const KVValue& /*value*/) override {}
@@ -30,7 +30,7 @@ class Writer : public ValueWriter {
 
 }  // namespace
 
-/** Two keys that a robot announces under one name. */
+/** Tests two keys that a robot announces under one name. */
 class TwinsTest : public QObject {
     Q_OBJECT
 

@@ -131,7 +131,7 @@ void ValueTextTest::makesCharactersThatChangeDirectionVisible() {
 }
 
 void ValueTextTest::escapesWhatQtCallsInvisible() {
-    // Signs of Arabic, Syriac and Kaithi that enclose the digits after them, and the joiners.
+    // Arabic, Syriac and Kaithi signs that enclose the following digits, and the joiners.
     const QSet<uint> shown{0x600, 0x601, 0x602,   0x603,   0x604,  0x605, 0x6dd,
                            0x70f, 0x8e2, 0x110bd, 0x110cd, 0x200c, 0x200d};
     for (uint code = 0; code <= QChar::LastValidCodePoint; ++code) {
@@ -142,7 +142,7 @@ void ValueTextTest::escapesWhatQtCallsInvisible() {
         const bool isInvisible =
             category == QChar::Other_Control || category == QChar::Other_Format ||
             category == QChar::Separator_Line || category == QChar::Separator_Paragraph;
-        const std::array<uint, 2> codes{'a', code};  // a byte order mark would go as the first
+        const std::array<uint, 2> codes{'a', code};  // a byte order mark must not be the first
         const QString text = QString::fromUcs4(codes.data(), 2);
         const bool isEscaped = plainText(text.toStdString()) != text;
         QVERIFY2(isEscaped == (isInvisible && !shown.contains(code)),
@@ -172,7 +172,7 @@ void ValueTextTest::boundsTheLength() {
 void ValueTextTest::doesNotSplitACharacterAtTheBound() {
     QCOMPARE(plainText("ab\U0001F600", 3), QString::fromUtf8("ab\u2026"));
     QCOMPARE(plainText("ab\U0001F600", 4), QString::fromUtf8("ab\U0001F600"));
-    // The bytes that are looked at end inside a character, which must not be seen as broken.
+    // The examined bytes end inside a character, which must not count as invalid.
     std::string threeBytesEach;
     for (int i = 0; i < 100; ++i) {
         threeBytesEach += "温";

@@ -22,7 +22,7 @@ CurveHistory ascending(std::size_t count) {
     return history;
 }
 
-/** What pointAt() promises, found by looking at every point. */
+/** Reference implementation of pointAt(), which examines every point. */
 std::optional<CurvePoint> searched(const CurveHistory& history, double time) {
     std::optional<CurvePoint> best;
     for (std::size_t i = 0; i < history.size(); ++i) {

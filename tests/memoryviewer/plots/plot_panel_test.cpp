@@ -39,19 +39,19 @@ qint64 timeOfThisComputer() {
     return QDateTime::currentMSecsSinceEpoch() * 1000;
 }
 
-/** Grid and letters are grey, and a curve has smoothed edges. */
+/** Grid and texts are grey, and a curve has smoothed edges. */
 bool isOfCurve(const QColor& pixel) {
     return pixel.saturation() > 60;
 }
 
-/** Long enough for some frames and for the look whether the panel can be seen again. */
+/** Waits long enough for some frames and for the panel's visibility check. */
 void letFramesPass() {
     bool isOver = false;
     QTimer::singleShot(400, qApp, [&isOver] { isOver = true; });
     QTRY_VERIFY(isOver);
 }
 
-/** Counts how often a widget is painted. */
+/** Counts the paint events of a widget. */
 class PaintCounter : public QObject {
   public:
     explicit PaintCounter(QWidget* widget) { widget->installEventFilter(this); }
@@ -69,7 +69,7 @@ class PaintCounter : public QObject {
 
 }  // namespace
 
-/** The panel in a real window. */
+/** Tests the panel in a real window. */
 class PanelTest : public QObject {
     Q_OBJECT
 
@@ -115,7 +115,7 @@ class PanelTest : public QObject {
   private:
     void xPlot(const QString& key) { QVERIFY(fPanel->addCurve(key, QStringLiteral("rad"))); }
     void xAppend(const QString& key, qint64 time, double value);
-    /** Ten points a second from 0 to `seconds` before now. */
+    /** Adds ten points a second from `seconds` before now to now. */
     void xFill(const QString& key, int seconds);
     PlotView* xView(int number = 0) const;
     PlotCanvas* xCanvas(int number = 0) const { return xView(number)->plotCanvas(); }
@@ -124,7 +124,7 @@ class PanelTest : public QObject {
     QString xNotice() const;
     QString xLegendValue(int plot, int row) const;
     void xPause();
-    /** Waits until the picture shows the time axis as it is. */
+    /** Waits until the picture matches the time axis. */
     bool xIsDrawn();
     void xDrop(QWidget* target, const QStringList& names);
 
@@ -334,7 +334,10 @@ void PanelTest::ticksTheTimeShown() {
     QCOMPARE(ticked(), QStringList());
 }
 
-/** On the pixels: a curve of one value is a line at its height, in its colour, but for the gap. */
+/**
+ * Checks the pixels: a curve of one value is a line at its height, in its colour, except for the
+ * gap.
+ */
 void PanelTest::drawsWhatItWasGiven() {
     xPlot(QStringLiteral("A"));
     for (int i = -300; i <= 0; ++i) {
@@ -370,7 +373,7 @@ void PanelTest::alignsPlotsBelowEachOther() {
         xAppend(QStringLiteral("C"), fStart + i * a_second, i);
     }
     xPause();
-    // Whatever labels come close to the ends of the axis.
+    // For any labels close to the ends of the axis.
     for (int step = 0; step < 12; ++step) {
         xTime().show(double(fStart) + step * 0.7 * a_second, double(fStart) + 25.0 * a_second);
         QVERIFY(xIsDrawn());
@@ -607,7 +610,7 @@ void PanelTest::takesKeysThatAreDropped() {
 }
 
 void PanelTest::partsKeysThatAreChosenTogetherByUnit() {
-    // The unit stands before the dot.
+    // The unit precedes the dot.
     fPanel->setKeyLookup([](const QString& key) {
         return std::optional(PlottedKey{key, key.section(QLatin1Char('.'), 0, 0)});
     });
@@ -625,7 +628,7 @@ void PanelTest::partsKeysThatAreChosenTogetherByUnit() {
     QCOMPARE(names(0), QStringList({"V.1", "V.2"}));
     QCOMPARE(names(1), QStringList("A.1"));
     QCOMPARE(names(2), QStringList(".1"));
-    // Once more, and with others, into the plots of these units.
+    // Again, and with further keys, into the plots of these units.
     fPanel->addCurves(branch, false);
     QCOMPARE(xLegend()->topLevelItemCount(), 3);
     xDrop(xView(0), {QStringLiteral("A.2"), QStringLiteral("V.3"), QStringLiteral("K.1")});
@@ -633,7 +636,7 @@ void PanelTest::partsKeysThatAreChosenTogetherByUnit() {
     QCOMPARE(names(0), QStringList({"V.1", "V.2", "V.3"}));
     QCOMPARE(names(1), QStringList({"A.1", "A.2"}));
     QCOMPARE(names(3), QStringList("K.1"));
-    // Keys of one unit go where the user wants them.
+    // Keys of a single unit go to the plot on which they are dropped.
     xDrop(xView(0), {QStringLiteral("A.3")});
     QCOMPARE(names(0), QStringList({"V.1", "V.2", "V.3", "A.3"}));
     fPanel->addCurves({QStringLiteral("V.4"), QStringLiteral("A.4")}, true);
@@ -691,7 +694,7 @@ void PanelTest::savesAPicture() {
 }
 
 void PanelTest::savesPoints() {
-    // The numbers in the file are no affair of the locale.
+    // The numbers in the file do not depend on the locale.
     QLocale::setDefault(QLocale(QLocale::German));
     fPanel->addCurve(QStringLiteral("=A"), QStringLiteral("rad"));
     xAppend(QStringLiteral("=A"), a_second, 0.5);

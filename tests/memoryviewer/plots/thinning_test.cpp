@@ -35,7 +35,7 @@ ThinningView view(double left, double right, int columns) {
     return view;
 }
 
-/** The lines as they are drawn, each as times and values. */
+/** Returns the drawn lines, each as times and values. */
 std::vector<std::vector<std::pair<double, double>>> lines(const DrawnCurve& drawn) {
     std::vector<std::vector<std::pair<double, double>>> result;
     for (std::size_t line = 0; line < drawn.fLines.size(); ++line) {
@@ -49,7 +49,7 @@ std::vector<std::vector<std::pair<double, double>>> lines(const DrawnCurve& draw
 
 using Lines = std::vector<std::vector<std::pair<double, double>>>;
 
-/** Lowest and highest value in each column. */
+/** Minimum and maximum in each column. */
 using Extents = std::map<int, std::pair<double, double>>;
 
 void addTo(Extents& extents, const ThinningView& view, double time, double value) {
@@ -175,8 +175,7 @@ TEST(Thinning, DoesNotJoinLinesOverAGapThatIsWiderThanAColumn) {
     EXPECT_GE(drawn[1].front().first, 60000);
 }
 
-/** Whatever comes: each column shows the lowest and the highest value that a look at every point
- *  finds in it, and no others. */
+/** For any input each column shows exactly the minimum and maximum of all its points. */
 TEST(Thinning, KeepsThePeaksOfEveryColumn) {
     std::mt19937 random(42);
     for (int round = 0; round < 120; ++round) {

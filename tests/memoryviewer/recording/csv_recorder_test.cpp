@@ -41,7 +41,7 @@ QByteArray contentOf(const QString& fileName) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/** Whether the file is the header and then nothing but whole rows of changes(). */
+/** Returns true if the file consists of the header and whole rows of changes(). */
 bool hasWholeRowsOnly(const QByteArray& content) {
     if (!content.startsWith(a_header) || !content.endsWith("\r\n")) {
         return false;
@@ -81,7 +81,7 @@ class RecorderTest : public QObject {
 
   private:
     QString xFile() const { return fFolder->filePath(QStringLiteral("values.csv")); }
-    /** @return the error that the recording ended with */
+    /** @return the error with which the recording ended */
     QString xEndOf(CsvRecorder& recorder);
 
     std::unique_ptr<QTemporaryDir> fFolder;
@@ -173,7 +173,7 @@ void RecorderTest::takesChangesFromSeveralThreads() {
 }
 
 void RecorderTest::countsWhatTheDiskIsTooSlowFor() {
-    // More in one go than may wait.
+    // More at once than may wait.
     CsvRecorder recorder({100, 1 << 20}, nullptr);
     recorder.start(xFile());
     recorder.record(changes(0, 1000));
@@ -233,7 +233,7 @@ void RecorderTest::waitsForNoReaderOfAPipe() {
     QVERIFY(xEndOf(recorder).startsWith(QStringLiteral("values.csv cannot be written: ")));
 }
 
-/** This program itself, recording without end, is the one that is killed. */
+/** This program, recording endlessly, is the one that is killed. */
 void RecorderTest::leavesAValidFileWhenItIsKilled() {
     for (int round = 0; round < 5; ++round) {
         QProcess process;
@@ -245,7 +245,7 @@ void RecorderTest::leavesAValidFileWhenItIsKilled() {
         process.kill();
         QVERIFY(process.waitForFinished());
         QByteArray content = contentOf(xFile());
-        // At most the last row may be a partial one.
+        // At most the last row may be incomplete.
         content.truncate(content.lastIndexOf('\n') + 1);
         QVERIFY(hasWholeRowsOnly(content));
         QVERIFY(content.size() > enough - 1000);

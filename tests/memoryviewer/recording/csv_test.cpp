@@ -36,7 +36,7 @@ std::string row(const std::string& key, const std::string& unit, const KVValue& 
     return rows;
 }
 
-/** A row of the time of row(). */
+/** Returns a row with the time of row(). */
 std::string expected(const std::string& rest) {
     return "1500000,1970-01-01T00:00:01.500000Z," + rest + "\r\n";
 }
@@ -69,7 +69,7 @@ TEST(CsvText, IsNoFormulaToASpreadsheet) {
 }
 
 TEST(CsvNumber, HasAPointInEveryLocaleAndAllItsDigits) {
-    // Where the locale is not installed, the C locale has the point anyway.
+    // If the locale is not installed, the C locale has the decimal point anyway.
     std::setlocale(LC_ALL, "de_DE.UTF-8");
     EXPECT_EQ(numberField(0.1), "0.1");
     EXPECT_EQ(numberField(-1234.5), "-1234.5");

@@ -15,7 +15,7 @@ constexpr std::int64_t a_second = 1'000'000;
 constexpr std::int64_t a_start = 1'700'000'000 * a_second;
 
 /**
- * A robot that changes a key every `fPeriod`, and sends the newest change, when there is one, with
+ * A robot that changes a key every `fPeriod`, and sends the newest change, if there is one, with
  * each of its updates; it arrives `fDelay` later. A turn ends every second, by another clock.
  */
 struct EvenKey {
@@ -23,7 +23,7 @@ struct EvenKey {
     double fFollowRate;
     std::int64_t fDelay = 0;
 
-    /** Runs for so many turns. @return the lowest rate shown in the last 20 of them */
+    /** Runs for that many turns. @return the lowest displayed rate of the last 20 turns */
     double lowestRate(ChangeRate& rate, int turns) const {
         rate.follow(fFollowRate);
         const auto update = static_cast<std::int64_t>(a_second / fFollowRate);
@@ -56,7 +56,7 @@ bool isNear(double actual, double expected) {
 
 }  // namespace
 
-/** Rates and ages of keys, from the robot's time stamps. */
+/** Tests rates and ages of keys, calculated from the robot's time stamps. */
 class FiguresTest : public QObject {
     Q_OBJECT
 
@@ -99,7 +99,10 @@ void FiguresTest::measuresRatesWithinFivePerCent_data() {
     add("seldom among all keys", 3'000'000, 1, 60'000, 1 / 3.0, false);
 }
 
-/** A change that waits for the robot's next update, or for this program, is no standstill. */
+/**
+ * A change that waits for the robot's next update, or for this program, must not count as a
+ * standstill.
+ */
 void FiguresTest::measuresRatesWithinFivePerCent() {
     QFETCH(int, period);
     QFETCH(double, followRate);
@@ -120,7 +123,7 @@ void FiguresTest::countsChangesThatWereMerged() {
     for (int i = 0; i < 25; ++i) {
         ChangeTimes times(a_start + (2 * i + 1) * a_second / 50);
         times.add(a_start + (2 * i + 2) * a_second / 50);
-        times.add(a_start + (2 * i + 2) * a_second / 50);  // the same one
+        times.add(a_start + (2 * i + 2) * a_second / 50);  // the same change
         rate.add(times, (i + 1) * a_second / 25);
     }
     rate.endTurn(a_second);
@@ -143,7 +146,7 @@ void FiguresTest::measuresBurstsByTheirMean() {
     }
 }
 
-/** A key that stood still for a minute does not count as changing evenly. */
+/** A key that did not change for a minute is not treated as changing evenly. */
 void FiguresTest::followsAKeyThatBeginsToChange() {
     ChangeRate rate;
     rate.follow(50);

@@ -11,7 +11,7 @@ using robot::Activity;
 
 namespace {
 
-/** From shortly before the start on, in hundredths of a second. */
+/** Returns times from shortly before the start on, in steps of a hundredth of a second. */
 std::vector<double> momentsOfTwoRounds() {
     std::vector<double> moments(17000);
     for (std::size_t i = 0; i < moments.size(); ++i) {

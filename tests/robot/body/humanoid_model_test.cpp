@@ -28,7 +28,7 @@ std::uint64_t minutes(std::uint64_t count) {
     return count * 60 * a_second;
 }
 
-/** A model with the names of its keys at hand. */
+/** A model with the names of its keys. */
 class HumanoidModelTest : public testing::Test {
   protected:
     KVValue at(std::uint64_t step, const std::string& name) const {

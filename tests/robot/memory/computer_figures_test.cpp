@@ -28,7 +28,7 @@ std::map<std::string, Figure> byName(const std::vector<Figure>& figures) {
     return result;
 }
 
-/** A tree of /proc and /sys files made for the test. */
+/** A tree of /proc and /sys files created by the test. */
 class MadeUpMachine : public testing::Test {
   protected:
     void SetUp() override {

@@ -21,7 +21,7 @@ class LoadMemoryTest : public testing::Test {
         return found;
     }
 
-    /** The keys whose values an update changes. */
+    /** Returns the keys whose values an update changes. */
     std::set<std::string> changedBy(LoadMemory& memory, std::uint64_t step) const {
         const auto before = values();
         memory.update(step);

@@ -27,7 +27,7 @@ namespace {
 
 constexpr std::chrono::seconds a_patience(60);
 
-/** GStreamer's own moving picture in the place of a camera, which a machine for tests lacks. */
+/** GStreamer's test source instead of a camera, which test machines do not have. */
 CaptureDevice testDevice() {
     return {"A moving picture",
             "videotestsrc is-live=true pattern=ball ! capsfilter caps=video/x-raw,format=YUY2",
@@ -104,7 +104,7 @@ class DeviceCameraTest : public testing::Test {
         };
     }
 
-    /** Waits for a frame that meets a condition. @throws std::runtime_error when none comes */
+    /** Waits for a frame that meets a condition. @throws std::runtime_error if there is none */
     KVFrame waitFor(const std::function<bool(const KVFrame&)>& condition) {
         std::unique_lock lock(fMutex);
         auto found = fFrames.end();

@@ -39,13 +39,13 @@ int luma(const Colour& colour) {
     return (299 * colour.fRed + 587 * colour.fGreen + 114 * colour.fBlue) / 1000;
 }
 
-/** How much two colours differ in the part in which they differ most. */
+/** Returns the maximum difference of the components of two colours. */
 int difference(const Colour& a, const Colour& b) {
     return std::max(
         {std::abs(a.fRed - b.fRed), std::abs(a.fGreen - b.fGreen), std::abs(a.fBlue - b.fBlue)});
 }
 
-/** The picture of a frame, by way of the definition of its format. */
+/** The picture of a frame, decoded according to the definition of its format. */
 class Decoded {
   public:
     explicit Decoded(const KVFrame& frame) {
@@ -195,7 +195,9 @@ TEST(Stamp, isReadOutOfAScaledScreenshotToo) {
     EXPECT_EQ(stamp->fNumber, 7U);
 }
 
-/** Largest difference between what was drawn and what is seen, in the middles of the colour bars.
+/**
+ * Returns the maximum difference between the drawn and the decoded picture, in the middles of the
+ * colour bars.
  */
 int lossOf(const Canvas& drawn, const Canvas& decoded) {
     constexpr int bars = 7;
@@ -360,7 +362,7 @@ TEST_F(ViewsTest, theChestSeesBothArmsMove) {
 }
 
 TEST_F(ViewsTest, turningTheHeadToTheLeftMovesThePictureToTheRight) {
-    // The ball in the middle of the room is at the robot's left hand: it comes into view.
+    // The ball in the middle of the room is on the robot's left: it comes into view.
     constexpr double quarter = 1.5707963;
     const auto ballColumn = [this] {
         const Canvas view = headView();
@@ -466,12 +468,12 @@ class Frames {
         };
     }
 
-    /** @throws std::runtime_error when so many do not come */
+    /** @throws std::runtime_error if there are not so many */
     std::vector<KVFrame> waitFor(std::size_t count) {
         return xWait([&] { return fFrames.size() >= count; });
     }
 
-    /** @throws std::runtime_error when no such frame comes */
+    /** @throws std::runtime_error if there is no such frame */
     std::vector<KVFrame> waitUntil(const std::function<bool(const KVFrame&)>& last) {
         return xWait([&] { return !fFrames.empty() && last(fFrames.back()); });
     }
@@ -533,7 +535,8 @@ TEST_F(DrawnCameraTest, nothingIsDrawnWhileItRests) {
     fCamera.stop();
     const std::size_t count = fFrames.count();
     EXPECT_EQ(static_cast<std::size_t>(fDrawn), count);
-    // At a rate at which only the first frame is due, what comes next tells what came in between.
+    // At a rate at which only the first frame is due, the next frame shows what happened in
+    // between.
     fCamera.apply({160, 120, KVPixelFormat::Rgb888, 0.001});
     fCamera.start(fFrames.sink());
     const std::vector<KVFrame> frames = fFrames.waitFor(count + 1);

@@ -42,13 +42,13 @@ class Watch : public KVFrameStream::Listener {
         fChanged.notify_all();
     }
 
-    /** Waits for a frame that meets a condition. @throws std::runtime_error when none comes */
+    /** Waits for a frame that meets a condition. @throws std::runtime_error if there is none */
     KVFrame waitFor(const std::function<bool(const KVFrame&)>& condition) {
         std::unique_lock lock(fMutex);
         return xNewest(lock, [&] { return fNewest.fData && condition(fNewest); });
     }
 
-    /** Waits for one more frame than there are now. @throws std::runtime_error when none comes */
+    /** Waits for one more frame than there are now. @throws std::runtime_error if there is none */
     KVFrame waitForNext() {
         std::unique_lock lock(fMutex);
         return xNewest(lock, [this, before = fCount] { return fCount > before; });
@@ -219,8 +219,8 @@ TEST_F(VideoTest, nothingIsMadeWhileNobodyWatches) {
     frames.waitForNext();
     stream->stop();
     stream.reset();
-    // The camera learns of it a moment later. Then the newest frame stays the same, until one more
-    // watcher makes it go on by one.
+    // The camera is notified a moment later. Then the newest frame stays the same, until one more
+    // watcher makes it advance by one.
     std::uint64_t number = 0;
     const auto end = std::chrono::steady_clock::now() + ChildProcess::a_patience;
     for (bool rested = false; !rested;) {
@@ -248,7 +248,7 @@ TEST_F(VideoTest, theViewFollowsTheHead) {
     const std::string before = below(frames.waitFor(isRgb));
     memory.callValue("setData", {"Joint/HeadYaw/Target", 1.5});
     frames.waitFor([&](const KVFrame& frame) {
-        // Most of the picture is another one, which no breath and no ball brings about.
+        // Most of the picture has changed, which neither breathing nor the ball causes.
         const std::string now = below(frame);
         std::size_t same = 0;
         for (std::size_t i = 0; i < now.size(); ++i) {
@@ -270,7 +270,7 @@ TEST_F(VideoTest, aStoppedCameraSendsNothingUntilItGoesOn) {
     for (int i = 0; i < 10; ++i) {
         others.waitForNext();
     }
-    // One frame may have been under way; ten of the other camera's are five of this one's.
+    // One frame may have been in flight; ten of the other camera's are five of this one's.
     EXPECT_LE(frames.count(), before + 1);
     const std::uint64_t last = frames.waitFor([](const KVFrame&) { return true; }).fNumber;
     setTrouble("chest", "ok");

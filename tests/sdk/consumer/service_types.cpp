@@ -1,4 +1,4 @@
-// A program for discovery alone.
+// A program that only uses discovery.
 
 #include <bonjour/bonjour_discovery.h>
 

@@ -1,16 +1,15 @@
-// A plugin that fails with an exception of its own making.
+// A plugin that throws its own exception type.
 
+#include <obvista/widget_interface.h>
 #include <robaxi/kv_error.h>
 
 #include <QObject>
 
-#include <obvista/widget_interface.h>
-
 namespace {
 
 /**
- * Tells who catches it: a host that knows it as KVError reads toString(), one that has another idea
- * of that class falls back on std::exception and what().
+ * Shows how it is caught: a host that recognises it as KVError calls toString(); otherwise
+ * std::exception::what() is called.
  */
 class TellTaleError : public KVError {
   public:
