@@ -1,10 +1,10 @@
 #include "program.h"
 
-#include "endpoint.h"
 #include "main_loop.h"
 #include "options.h"
 #include "robot.h"
 
+#include <base/address.h>
 #include <base/safe_text.h>
 
 #include <csignal>
@@ -34,11 +34,11 @@ void complain(const std::string& line) {
 /** The line for which tests and scripts wait. */
 std::string readyLine(const Options& options) {
     if (options.fMiddleware) {
-        return options.fName + " listens on " + endpointText(options.fAddress, options.fPort);
+        return options.fName + " listens on " + base::hostAndPort(options.fAddress, options.fPort);
     }
     if (options.fHttpPort != 0) {
-        return options.fName + " listens on " + endpointText(options.fAddress, options.fHttpPort) +
-               " for HTTP alone";
+        return options.fName + " listens on " +
+               base::hostAndPort(options.fAddress, options.fHttpPort) + " for HTTP alone";
     }
     return options.fName + " listens on no port";
 }

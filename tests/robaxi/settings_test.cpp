@@ -89,6 +89,15 @@ TEST_F(Settings, OfARobotAreThoseOfAllWithItsOwn) {
     EXPECT_EQ(settings.accessTo("marvin.local", 9559).fName, "");
 }
 
+TEST_F(Settings, OfARobotAtAnIpv6AddressAreFound) {
+    KVSettings settings = load("[robot:::1]\nname = one\n[robot:fe80::2:9560]\nname = two\n");
+    settings.fRobots["[fe80::3]:9559"].fName = "three";
+    EXPECT_EQ(settings.accessTo("::1", 9559).fName, "one");
+    EXPECT_EQ(settings.accessTo("fe80::2", 9560).fName, "two");
+    EXPECT_EQ(settings.accessTo("fe80::3", 9559).fName, "three");
+    EXPECT_EQ(settings.accessTo("fe80::3", 9560).fName, "");
+}
+
 TEST_F(Settings, OfTheEnvironmentOutweighTheFile) {
     const Variable file("ROBAXI_CONFIG", fFolder.write("robaxi.conf",
                                                        "[robots]\ntrust = /file.pem\n"

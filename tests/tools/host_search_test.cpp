@@ -1,5 +1,7 @@
 #include "network/host_search.h"
 
+#include <base/address.h>
+
 #include <gtest/gtest.h>
 
 namespace robaxi_tool {
@@ -10,7 +12,8 @@ using namespace std::chrono_literals;
 
 void expectFound(const std::string& host, int port, const SearchDecision& decision) {
     EXPECT_EQ(Kind::Found, decision.fKind);
-    EXPECT_EQ(joined(host, port), joined(decision.fEndpoint.fHost, decision.fEndpoint.fPort));
+    EXPECT_EQ(base::hostAndPort(host, port),
+              base::hostAndPort(decision.fEndpoint.fHost, decision.fEndpoint.fPort));
 }
 
 TEST(HostSearch, AnAnnouncementTellsThePort) {

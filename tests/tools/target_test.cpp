@@ -48,10 +48,5 @@ TEST(Target, AddressesAreKnownFromNames) {
     }
 }
 
-TEST(Target, IsJoinedAsItIsTyped) {
-    EXPECT_EQ("robot1:80", joined("robot1", 80));
-    EXPECT_EQ("[::1]:80", joined("::1", 80));
-}
-
 }  // namespace
 }  // namespace robaxi_tool

@@ -1,6 +1,7 @@
 #include "failure.h"
 #include "settings_fields.h"
 
+#include <base/address.h>
 #include <robaxi/kv_error.h>
 #include <robaxi/kv_settings.h>
 
@@ -213,7 +214,9 @@ KVSettings KVSettings::load() {
 }
 
 const KVSettings::Access& KVSettings::accessTo(const std::string& address, int port) const {
-    for (const std::string& name : {address + ":" + std::to_string(port), address}) {
+    // A section of the file cannot hold brackets.
+    for (const std::string& name :
+         {base::hostAndPort(address, port), address + ":" + std::to_string(port), address}) {
         const auto found = fRobots.find(name);
         if (found != fRobots.end()) {
             return found->second;

@@ -3,6 +3,8 @@
 #include <obvista/viewer/robot_link.h>
 #include <obvista/viewer/viewer_widget.h>
 
+#include <base/address.h>
+
 #include <QDockWidget>
 #include <QEvent>
 #include <QFocusEvent>
@@ -43,7 +45,7 @@ QString ViewerWidget::robotName() const {
 }
 
 QString ViewerWidget::robotAddress() const {
-    return QStringLiteral("%1:%2").arg(plainText(fLink->address()), QString::number(fLink->port()));
+    return plainText(base::hostAndPort(fLink->address(), fLink->port()));
 }
 
 bool ViewerWidget::eventFilter(QObject* watched, QEvent* event) {

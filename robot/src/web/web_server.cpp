@@ -1,9 +1,10 @@
 #include "web/web_server.h"
 
-#include "endpoint.h"
 #include "web/web_connection.h"
 #include "web/web_page.h"
 #include "web/web_site.h"
+
+#include <base/address.h>
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/address.hpp>
@@ -97,7 +98,7 @@ WebServer::WebServer(const std::string& address, int port, std::shared_ptr<const
     try {
         fPrivate->fListener.add(listen(fPrivate->fContext, address, port));
     } catch (const boost::system::system_error& failure) {
-        throw std::runtime_error("cannot listen on " + endpointText(address, port) +
+        throw std::runtime_error("cannot listen on " + base::hostAndPort(address, port) +
                                  " for HTTP: " + failure.code().message() +
                                  " (--http-port takes another port, or 0 for none)");
     }

@@ -5,6 +5,7 @@
 #include "process/failure.h"
 #include "values/value_text.h"
 
+#include <base/address.h>
 #include <base/safe_text.h>
 
 #include <algorithm>
@@ -105,7 +106,8 @@ class PingCommand : public Command {
         Console& console = surroundings.fConsole;
         const RobotLink link(given[0], fTimeout, surroundings.fInterruption);
         if (!fJson && !fQuiet) {
-            const std::string place = joined(link.endpoint().fHost, link.endpoint().fPort);
+            const std::string place =
+                base::hostAndPort(link.endpoint().fHost, link.endpoint().fPort);
             console.print(base::oneLine(place + " answers as " + link.connection()->getPeerName()) +
                           '\n');
         }

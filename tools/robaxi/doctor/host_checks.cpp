@@ -2,6 +2,8 @@
 #include "network/robot_link.h"
 #include "process/failure.h"
 
+#include <base/address.h>
+
 #include <unistd.h>
 
 namespace robaxi_tool {
@@ -19,7 +21,7 @@ std::string listed(const std::vector<std::string>& words) {
 }
 
 std::string placeOf(const Endpoint& endpoint) {
-    return joined(endpoint.fHost, endpoint.fPort);
+    return base::hostAndPort(endpoint.fHost, endpoint.fPort);
 }
 
 /** Returns true if the error means that not even the port was reached. */

@@ -2,6 +2,8 @@
 
 #include "process/failure.h"
 
+#include <base/address.h>
+
 namespace robaxi_tool {
 
 namespace {
@@ -27,7 +29,7 @@ boost::shared_ptr<KVBroker> makeBroker(KVSettings settings, const Endpoint& endp
         if (access.fName.empty()) {
             access.fName = endpoint.fHost;
         }
-        settings.fRobots[joined(endpoint.fAddress, endpoint.fPort)] = access;
+        settings.fRobots[base::hostAndPort(endpoint.fAddress, endpoint.fPort)] = access;
     }
     return KVBroker::createBroker("robaxi", "", 0, "", 0, 0, "", false, settings);
 }

@@ -70,9 +70,4 @@ bool isAddress(const std::string& host) {
     return isAddressOf(AF_INET, host) || isAddressOf(AF_INET6, host.substr(0, host.find('%')));
 }
 
-std::string joined(const std::string& host, int port) {
-    const bool needsBrackets = host.find(':') != std::string::npos;
-    return (needsBrackets ? '[' + host + ']' : host) + ':' + std::to_string(port);
-}
-
 }  // namespace robaxi_tool

@@ -25,9 +25,6 @@ Target parseTarget(const std::string& text);
  */
 bool isAddress(const std::string& host);
 
-/** Returns host and port in one text. */
-std::string joined(const std::string& host, int port);
-
 }  // namespace robaxi_tool
 
 #endif

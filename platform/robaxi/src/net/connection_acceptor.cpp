@@ -1,5 +1,7 @@
 #include "net/connection_acceptor.h"
 
+#include <base/address.h>
+
 #include <boost/asio/post.hpp>
 
 #include <algorithm>
@@ -37,17 +39,16 @@ std::string peerOf(const tcp::socket& socket) {
     if (failure) {
         return {};
     }
-    auto address = peer.address();
-    if (address.is_v4()) {
-        return address.to_string() + ":" + std::to_string(peer.port());
+    boost::asio::ip::address address = peer.address();
+    if (address.is_v6()) {
+        auto six = address.to_v6();
+        six.scope_id(0);
+        address = six;
+        if (six.is_v4_mapped()) {
+            address = boost::asio::ip::make_address_v4(boost::asio::ip::v4_mapped, six);
+        }
     }
-    auto six = address.to_v6();
-    if (six.is_v4_mapped()) {
-        return boost::asio::ip::make_address_v4(boost::asio::ip::v4_mapped, six).to_string() + ":" +
-               std::to_string(peer.port());
-    }
-    six.scope_id(0);
-    return "[" + six.to_string() + "]:" + std::to_string(peer.port());
+    return base::hostAndPort(address.to_string(), peer.port());
 }
 
 }  // namespace

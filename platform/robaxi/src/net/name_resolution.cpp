@@ -1,6 +1,8 @@
 #include "failure.h"
 #include "net/socket_address.h"
 
+#include <base/address.h>
+
 #include <arpa/inet.h>
 #include <condition_variable>
 #include <cstring>
@@ -78,8 +80,7 @@ std::string SocketAddress::toString() const {
                       NI_NUMERICHOST | NI_NUMERICSERV) != 0) {
         throw Failure{KVError::Cause::Internal, "an address that cannot be written as text"};
     }
-    const bool isIpv4 = fStorage.ss_family == AF_INET;
-    return (isIpv4 ? std::string(host) : "[" + std::string(host) + "]") + ":" + port;
+    return base::hostAndPort(host, std::stoi(port));
 }
 
 std::string SocketAddress::toTarget() const {

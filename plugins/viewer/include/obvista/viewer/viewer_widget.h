@@ -39,7 +39,7 @@ class ViewerWidget : public QWidget {
 
     /** The robot's name, or its address when it has none; plain text of at most 60 characters. */
     QString robotName() const;
-    /** As "127.0.0.1:9559"; plain text. */
+    /** For instance "127.0.0.1:9559" or "[::1]:9559"; plain text. */
     QString robotAddress() const;
 
     bool eventFilter(QObject* watched, QEvent* event) override;
