@@ -9,6 +9,7 @@
 #include "picture_view.h"
 #include "view_actions.h"
 
+#include <base/time.h>
 #include <obvista/viewer/labels.h>
 #include <obvista/viewer/plain_text.h>
 #include <obvista/viewer/robot_header.h>
@@ -41,12 +42,6 @@ constexpr int a_toldTime = 10000;
 constexpr int a_widthInCharacters = 110;
 constexpr int a_heightInLines = 38;
 constexpr int a_percent = 100;
-
-std::int64_t nowInMicroseconds() {
-    using std::chrono::duration_cast;
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    return duration_cast<std::chrono::microseconds>(now).count();
-}
 
 /** Returns true if the value sent by the camera for a pixel is its red, green and blue. */
 bool isSentAsRgb(const Picture& picture) {
@@ -246,7 +241,7 @@ void CameraViewerWidget::xOnPicture(const DecodedPicture& decoded) {
 }
 
 void CameraViewerWidget::xOnPictureShown(quint64 /*number*/, qint64 time) {
-    fMeter.addShown(nowInMicroseconds() - time);
+    fMeter.addShown(base::microsecondsNow() - time);
     fSession->requestPicture();
 }
 

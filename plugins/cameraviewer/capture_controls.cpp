@@ -6,11 +6,11 @@
 #include "recording_mark.h"
 #include "view_actions.h"
 
+#include <base/time.h>
 #include <obvista/viewer/labels.h>
 #include <obvista/viewer/viewer_widget.h>
 
 #include <QAction>
-#include <QDateTime>
 #include <QDir>
 #include <QFileDialog>
 #include <QMenu>
@@ -24,7 +24,6 @@ namespace cameraviewer {
 namespace {
 
 constexpr char a_folderKey[] = "CameraViewer/folder";
-constexpr qint64 a_microseconds = 1000;
 
 QString folder() {
     const QString chosen = QSettings().value(QLatin1String(a_folderKey)).toString();
@@ -205,9 +204,8 @@ void CaptureControls::xChooseFolder() {
 QString CaptureControls::xNewFile(const QString& suffix) {
     const QDir in(folder());
     in.mkpath(QStringLiteral("."));
-    const qint64 time = suffix == QLatin1String("png")
-                            ? fPicture.fFrame.fTime
-                            : QDateTime::currentMSecsSinceEpoch() * a_microseconds;
+    const qint64 time =
+        suffix == QLatin1String("png") ? fPicture.fFrame.fTime : base::microsecondsNow();
     const QString name = suggestedFileName(fOrigin, time, suffix);
     QString file = in.filePath(name);
     for (int number = 2; QFileInfo::exists(file); ++number) {

@@ -1,5 +1,6 @@
 #include "figures.h"
 
+#include <base/time.h>
 #include <obvista/viewer/labels.h>
 
 #include <QCoreApplication>
@@ -12,8 +13,8 @@ namespace cameraviewer {
 
 namespace {
 
-constexpr double a_millisecond = 1e3;
-constexpr double a_second = 1e6;
+constexpr double a_millisecond = base::a_microsecondsPerMillisecond;
+constexpr double a_second = base::a_microsecondsPerSecond;
 /** An arriving picture cannot be older than this: the clocks of robot and computer differ. */
 constexpr double a_oldest = 30 * a_second;
 

@@ -1,17 +1,11 @@
 #include "value_table_private.h"
 
+#include <base/time.h>
 #include <robaxi/kv_error.h>
 
 #include <algorithm>
-#include <chrono>
 
 namespace {
-
-std::int64_t microsecondsNow() {
-    return std::chrono::duration_cast<std::chrono::microseconds>(
-               std::chrono::system_clock::now().time_since_epoch())
-        .count();
-}
 
 [[noreturn]] void throwNoSuchKey(const std::string& name) {
     throw KVError(KVError::Cause::InvalidArgument, "There is no key named " + name + ".");
@@ -108,7 +102,7 @@ std::uint32_t KVValueTable::addKey(const KVKeyInfo& info, const KVValue& value) 
                       info.fName.empty() ? std::string("A key needs a name.")
                                          : "There is already a key named " + info.fName + ".");
     }
-    Private::Entry entry{info, value, microsecondsNow(), ++fPrivate->fLastVersion};
+    Private::Entry entry{info, value, base::microsecondsNow(), ++fPrivate->fLastVersion};
     entry.fInfo.fId = ++fPrivate->fLastId;
     entry.fInfo.fType = value.type();
     const auto position = fPrivate->fEntries.insert(fPrivate->fEntries.end(), std::move(entry));
@@ -140,7 +134,7 @@ void KVValueTable::removeKey(std::uint32_t id) {
 
 void KVValueTable::setValues(const std::vector<std::pair<std::uint32_t, KVValue>>& values,
                              std::int64_t time) {
-    const std::int64_t instant = time != 0 ? time : microsecondsNow();
+    const std::int64_t instant = time != 0 ? time : base::microsecondsNow();
     const std::lock_guard lock(fPrivate->fMutex);
     bool changed = false;
     for (const auto& [id, value] : values) {
@@ -152,7 +146,7 @@ void KVValueTable::setValues(const std::vector<std::pair<std::uint32_t, KVValue>
 }
 
 void KVValueTable::setValue(std::uint32_t id, const KVValue& value, std::int64_t time) {
-    const std::int64_t instant = time != 0 ? time : microsecondsNow();
+    const std::int64_t instant = time != 0 ? time : base::microsecondsNow();
     const std::lock_guard lock(fPrivate->fMutex);
     if (fPrivate->xSet(id, value, instant)) {
         fPrivate->xTellOfValues();

@@ -1,5 +1,7 @@
 #include "model/filter_expression.h"
 
+#include <base/time.h>
+
 #include <QCoreApplication>
 
 #include <algorithm>
@@ -11,7 +13,6 @@ namespace {
 
 constexpr double a_changedSeconds = 5;
 constexpr double a_mostChangedSeconds = 86400;
-constexpr double a_microsecondsInSecond = 1e6;
 
 constexpr std::array<KVValue::Type, 8> a_types{
     KVValue::Type::Nothing, KVValue::Type::Bool,   KVValue::Type::Int,  KVValue::Type::Float,
@@ -132,7 +133,7 @@ void FilterExpression::xAddChanged(Term term, const QString& seconds) {
         return;
     }
     term.fKind = Term::Kind::Changed;
-    term.fSpan = static_cast<std::int64_t>(span * a_microsecondsInSecond);
+    term.fSpan = static_cast<std::int64_t>(span * base::a_microsecondsPerSecond);
     fTerms.push_back(term);
 }
 

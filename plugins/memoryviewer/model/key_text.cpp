@@ -4,6 +4,8 @@
 #include "model/arrangement.h"
 #include "model/value_text.h"
 
+#include <base/time.h>
+
 #include <QCoreApplication>
 #include <QDateTime>
 
@@ -14,7 +16,6 @@ namespace memoryviewer {
 namespace {
 
 constexpr int a_maxUnitLength = 40;
-constexpr double a_microsecondsInSecond = 1e6;
 constexpr double a_secondsInMinute = 60;
 /** Half of the last digit of seconds from 10 on: "60.0 s" is a minute. */
 constexpr double a_roundingOfSeconds = 0.05;
@@ -177,7 +178,7 @@ QString rateText(double perSecond, bool isLowerBound) {
 }
 
 double ageOf(const KeyStore& keys, const MemoryKey& key) {
-    return static_cast<double>(keys.clock().now() - key.fTime) / a_microsecondsInSecond;
+    return static_cast<double>(keys.clock().now() - key.fTime) / base::a_microsecondsPerSecond;
 }
 
 QString rowText(const MemoryKey& key, int maxValueLength) {

@@ -1,5 +1,7 @@
 #include "plots/axis_scales.h"
 
+#include <base/time.h>
+
 #include <QDateTime>
 #include <QLocale>
 
@@ -11,7 +13,7 @@ namespace memoryviewer {
 
 namespace {
 
-constexpr double a_second = 1e6;
+constexpr double a_second = base::a_microsecondsPerSecond;
 constexpr double a_millisecond = 1e3;
 /** The years 1900 to 2200: what a robot's clock says when it is set, or nearly. */
 constexpr double a_firstDate = -2208988800.0 * a_second;

@@ -1,6 +1,6 @@
 #include "plots/newest_time.h"
 
-#include <QDateTime>
+#include <base/time.h>
 
 #include <algorithm>
 #include <cmath>
@@ -10,22 +10,16 @@ namespace memoryviewer {
 
 namespace {
 
-constexpr double a_microsecondsPerMillisecond = 1000;
-constexpr double a_secondInMicroseconds = 1e6;
 /** Milliseconds without a sample from which on time is taken to pass without one. */
 constexpr int a_silence = 300;
 /** Further from this computer's clock, a time is followed only when no better one comes. */
-constexpr double a_plausibleDistance = 86400 * a_secondInMicroseconds;
+constexpr double a_plausibleDistance = 86400.0 * base::a_microsecondsPerSecond;
 constexpr int a_plausibleFor = 2000;
-
-double computerTime() {
-    return static_cast<double>(QDateTime::currentMSecsSinceEpoch()) * a_microsecondsPerMillisecond;
-}
 
 }  // namespace
 
 void NewestTime::take(const std::vector<PlotSample>& samples) {
-    const double here = computerTime();
+    const auto here = static_cast<double>(base::microsecondsNow());
     double newest = -std::numeric_limits<double>::infinity();
     double newestPlausible = newest;
     for (const PlotSample& sample : samples) {
@@ -42,7 +36,7 @@ void NewestTime::take(const std::vector<PlotSample>& samples) {
         return;
     }
     // Keys of one robot come in slightly other orders; only a clock that was set goes back further.
-    const bool isDisorder = newest < fNewest && fNewest - newest < a_secondInMicroseconds;
+    const bool isDisorder = newest < fNewest && fNewest - newest < base::a_microsecondsPerSecond;
     if (!isDisorder) {
         fNewest = newest;
         fSinceSample.start();
@@ -54,8 +48,8 @@ double NewestTime::at(bool isGoingOn) const {
     if (!isSilent || !isGoingOn) {
         return fNewest;
     }
-    return fNewest +
-           static_cast<double>(fSinceSample.elapsed() - a_silence) * a_microsecondsPerMillisecond;
+    return fNewest + static_cast<double>(fSinceSample.elapsed() - a_silence) *
+                         base::a_microsecondsPerMillisecond;
 }
 
 double NewestTime::hold(bool isGoingOn) {

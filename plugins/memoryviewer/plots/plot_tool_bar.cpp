@@ -3,6 +3,8 @@
 #include "plots/save_actions.h"
 #include "plots/time_axis.h"
 
+#include <base/time.h>
+
 #include <QAction>
 #include <QMenu>
 #include <QToolButton>
@@ -12,8 +14,6 @@
 namespace memoryviewer {
 
 namespace {
-
-constexpr double a_secondInMicroseconds = 1e6;
 
 struct NamedSpan {
     const char* fName;
@@ -73,7 +73,7 @@ void PlotToolBar::xAddFollow(TimeAxis* time) {
 QMenu* PlotToolBar::xMakeSpans(TimeAxis* time) {
     auto* spans = new QMenu(this);
     for (const NamedSpan& span : a_spans) {
-        const double microseconds = span.fSeconds * a_secondInMicroseconds;
+        const double microseconds = span.fSeconds * base::a_microsecondsPerSecond;
         QAction* action = spans->addAction(tr(span.fName));
         action->setCheckable(true);
         connect(action, &QAction::triggered, time,

@@ -1,12 +1,13 @@
 #include "session/change_rate.h"
 
+#include <base/time.h>
+
 #include <algorithm>
 
 namespace memoryviewer {
 
 namespace {
 
-constexpr double a_microsecondsInSecond = 1e6;
 constexpr double a_windowSeconds = 5;
 /** For the way through the network and this program, beside the wait for the robot's update. */
 constexpr double a_wayOfAChange = 0.3;
@@ -19,7 +20,7 @@ constexpr double a_periodsThatHide = 1.2;
 constexpr double a_lowestRate = 0.005;
 
 double secondsBetween(std::int64_t earlier, std::int64_t later) {
-    return static_cast<double>(later - earlier) / a_microsecondsInSecond;
+    return static_cast<double>(later - earlier) / base::a_microsecondsPerSecond;
 }
 
 }  // namespace
@@ -117,10 +118,11 @@ void ChangeRate::xMeasure(const Turn& sum) {
     fSpan = hasJustBegun ? std::max(secondsBetween(sum.fFirst, sum.fLast), a_windowSeconds)
                          : secondsBetween(fBase, sum.fLast);
     fMeasured = std::min(sum.fChanges / fSpan, fFollowRate);
-    fPause = hasJustBegun ? 0 : static_cast<double>(sum.fLongestGap) / a_microsecondsInSecond;
+    fPause =
+        hasJustBegun ? 0 : static_cast<double>(sum.fLongestGap) / base::a_microsecondsPerSecond;
     const double hiding = a_periodsThatHide / fFollowRate;
     fIsLowerBound = fMeasured * hiding > 1 ||
-                    static_cast<double>(sum.fShortestGap) / a_microsecondsInSecond < hiding;
+                    static_cast<double>(sum.fShortestGap) / base::a_microsecondsPerSecond < hiding;
 }
 
 void ChangeRate::xShow(const Turn& sum, std::int64_t now) {

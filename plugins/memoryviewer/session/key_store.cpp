@@ -1,5 +1,7 @@
 #include "session/key_store.h"
 
+#include <base/time.h>
+
 #include <algorithm>
 #include <iterator>
 #include <unordered_set>
@@ -11,7 +13,6 @@ namespace {
 
 /** Milliseconds for which a changed value is marked. */
 constexpr std::int64_t a_markTime = 600;
-constexpr qint64 a_nanosecondsInMicrosecond = 1000;
 
 }  // namespace
 
@@ -172,7 +173,7 @@ void KeyStore::xFollow(const std::vector<std::uint32_t>& ids, double updatesPerS
 }
 
 std::int64_t KeyStore::xSteadyNow() const {
-    return fSinceStart.nsecsElapsed() / a_nanosecondsInMicrosecond;
+    return fSinceStart.nsecsElapsed() / base::a_nanosecondsPerMicrosecond;
 }
 
 const MemoryKey* KeyStore::find(std::uint32_t id) const {

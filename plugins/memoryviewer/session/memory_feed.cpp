@@ -1,6 +1,6 @@
 #include "session/memory_feed.h"
 
-#include "session/robot_clock.h"
+#include <base/time.h>
 
 #include <utility>
 
@@ -83,7 +83,7 @@ void MemoryFeed::keysRemoved(const std::vector<std::uint32_t>& ids) {
 void MemoryFeed::valuesChanged(const std::vector<KVChange>& changes) {
     const std::lock_guard<std::mutex> lock(fMutex);
     fPending.fBatch.fUpdates += changes.size();
-    fPending.fBatch.fArrival = RobotClock::localNow();
+    fPending.fBatch.fArrival = base::microsecondsNow();
     for (const KVChange& change : changes) {
         if (fFollowedIds.count(change.fId) != 0 &&
             fPending.fBatch.fFollowed.size() < a_mostFollowed) {

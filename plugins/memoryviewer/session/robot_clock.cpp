@@ -1,7 +1,8 @@
 #include "session/robot_clock.h"
 
+#include <base/time.h>
+
 #include <algorithm>
-#include <chrono>
 
 namespace memoryviewer {
 
@@ -21,9 +22,8 @@ void RobotClock::see(std::int64_t stamp, std::int64_t arrival) {
     fOffset = canAgree ? 0 : fShortestWay;
 }
 
-std::int64_t RobotClock::localNow() {
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    return std::chrono::duration_cast<std::chrono::microseconds>(now).count();
+std::int64_t RobotClock::now() const {
+    return base::microsecondsNow() - fOffset;
 }
 
 }  // namespace memoryviewer

@@ -23,10 +23,7 @@ class RobotClock {
     void see(std::int64_t stamp, std::int64_t arrival);
 
     /** What the robot's clock shows now, in microseconds since 1970-01-01 UTC. */
-    std::int64_t now() const { return localNow() - fOffset; }
-
-    /** What this machine's clock shows. */
-    static std::int64_t localNow();
+    std::int64_t now() const;
 
   private:
     std::int64_t fShortestWay = INT64_MAX;

@@ -22,6 +22,7 @@
 #include "view/memory_tool_bar.h"
 #include "view/watch_view.h"
 
+#include <base/time.h>
 #include <obvista/viewer/labels.h>
 #include <obvista/viewer/robot_header.h>
 #include <obvista/viewer/widget_seen.h>
@@ -51,7 +52,6 @@ constexpr int a_secondTime = 1000;
 /** A key that is typed soon after another one does not filter twice. */
 constexpr int a_filterDelay = 15;
 constexpr qint64 a_refusalTime = 10000;
-constexpr qint64 a_microsecondsInSecond = 1000000;
 constexpr int a_maxKeyNameLength = 60;
 constexpr int a_widthInCharacters = 120;
 constexpr int a_heightInLines = 44;
@@ -453,7 +453,7 @@ SubscriptionNeeds MemoryViewerWidget::xNeeds() const {
 }
 
 void MemoryViewerWidget::xOnRate() {
-    fPlots->setUpdateInterval(a_microsecondsInSecond / fToolBar->rate());
+    fPlots->setUpdateInterval(base::a_microsecondsPerSecond / fToolBar->rate());
     xPlan();
 }
 
@@ -509,7 +509,8 @@ void MemoryViewerWidget::xUpdateTexts() {
 double MemoryViewerWidget::xAge() const {
     const std::int64_t newest = fKeys->newestTime();
     const std::int64_t age = fKeys->clock().now() - newest;
-    return newest == 0 ? -1 : std::max(0.0, static_cast<double>(age) / a_microsecondsInSecond);
+    return newest == 0 ? -1
+                       : std::max(0.0, static_cast<double>(age) / base::a_microsecondsPerSecond);
 }
 
 QString MemoryViewerWidget::xRobotText() const {

@@ -1,6 +1,6 @@
 #include "memory/load_memory.h"
 
-#include "clock.h"
+#include <base/time.h>
 
 #include <algorithm>
 #include <array>
@@ -82,7 +82,7 @@ KVKeyInfo keyOf(int drive, const Figure& figure) {
 }
 
 std::chrono::microseconds periodOf(double rate) {
-    return std::chrono::microseconds(std::llround(1e6 / rate));
+    return std::chrono::microseconds(std::llround(base::a_microsecondsPerSecond / rate));
 }
 
 }  // namespace
@@ -93,7 +93,7 @@ LoadMemory::LoadMemory(const Load& load, boost::shared_ptr<KVValueTable> table)
 }
 
 void LoadMemory::update(std::uint64_t step) {
-    const std::int64_t now = microsecondsNow();
+    const std::int64_t now = base::microsecondsNow();
     for (std::size_t i = 0; i < fChanging.size(); ++i) {
         const Key& key = fChanging[i];
         fValues[i].second =
@@ -105,7 +105,7 @@ void LoadMemory::update(std::uint64_t step) {
 void LoadMemory::xAddKeys(const Load& load) {
     std::vector<bool> isChanging(static_cast<std::size_t>(load.fKeys));
     xMarkChanging(load, isChanging);
-    const std::int64_t now = microsecondsNow();
+    const std::int64_t now = base::microsecondsNow();
     for (std::size_t i = 0; i < isChanging.size(); ++i) {
         const Key key{static_cast<int>(i) / a_figureCount, i % a_figures.size()};
         const Figure& figure = a_figures[key.fFigure];

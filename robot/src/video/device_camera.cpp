@@ -1,9 +1,10 @@
 #include "video/device_camera.h"
 
-#include "clock.h"
 #include "video/frame_encoder.h"
 #include "video/frame_pool.h"
 #include "video/gstreamer.h"
+
+#include <base/time.h>
 
 #include <algorithm>
 #include <cmath>
@@ -203,7 +204,7 @@ class DeviceCamera::Pipeline {
         const std::size_t stride = xStrideOf(sample);
         KVFrame frame = fIsEncodedHere ? xEncode(map, stride) : xCopy(map, stride);
         frame.fNumber = ++fNumber;
-        frame.fTime = microsecondsNow() - xAge(buffer);
+        frame.fTime = base::microsecondsNow() - xAge(buffer);
         gst_buffer_unmap(buffer, &map);
         fFrameSink(frame);
     }
@@ -233,13 +234,12 @@ class DeviceCamera::Pipeline {
 
     /** Returns the microseconds since the picture was taken. */
     std::int64_t xAge(GstBuffer* buffer) const {
-        constexpr std::int64_t nanoseconds = 1000;
         const GstClockTime now = gst_element_get_current_running_time(fPipeline.get());
         const GstClockTime taken = GST_BUFFER_PTS(buffer);
         if (!GST_CLOCK_TIME_IS_VALID(now) || !GST_CLOCK_TIME_IS_VALID(taken) || taken > now) {
             return 0;
         }
-        return static_cast<std::int64_t>(now - taken) / nanoseconds;
+        return static_cast<std::int64_t>(now - taken) / base::a_nanosecondsPerMicrosecond;
     }
 
     /** Returns the bytes from one row to the next; 0 for a JPEG. */

@@ -1,7 +1,8 @@
 #include "video/drawn_camera.h"
 
-#include "clock.h"
 #include "video/stamp.h"
+
+#include <base/time.h>
 
 namespace robot {
 
@@ -88,7 +89,7 @@ void DrawnCamera::xMakeNext(std::unique_lock<std::mutex>& lock) {
 
 void DrawnCamera::xMakeFrame(const CameraSettings& settings, std::uint64_t number,
                              const Sink& sink) {
-    const std::int64_t time = microsecondsNow();
+    const std::int64_t time = base::microsecondsNow();
     fCanvas.resize(settings.fWidth, settings.fHeight);
     fDraw(fCanvas);
     drawStamp(fCanvas, number, time);

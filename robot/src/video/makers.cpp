@@ -1,11 +1,12 @@
 #include "video/makers.h"
 
-#include "clock.h"
 #include "video/capture_device.h"
 #include "video/device_camera.h"
 #include "video/drawn_camera.h"
 #include "video/robot_views.h"
 #include "video/test_card.h"
+
+#include <base/time.h>
 
 #include <stdexcept>
 #include <utility>
@@ -36,11 +37,11 @@ std::vector<CameraMode> largeModes() {
 }
 
 std::unique_ptr<Camera> makeTestCamera() {
-    constexpr double microsecond = 1e-6;
     return std::make_unique<DrawnCamera>(
         CameraDescription{"test", "A test picture: this computer has no camera", largeModes()},
         CameraSettings{640, 480, KVPixelFormat::Jpeg, 30}, [](Canvas& canvas) {
-            drawTestCard(canvas, microsecond * static_cast<double>(microsecondsNow()));
+            drawTestCard(canvas, static_cast<double>(base::microsecondsNow()) /
+                                     base::a_microsecondsPerSecond);
         });
 }
 
