@@ -177,6 +177,7 @@ void BonjourListeningThread::xStartListening() {
 }
 
 // The parameters of the two handlers are those of the library's signals.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 void BonjourListeningThread::onAddProfile(boost::shared_ptr<KV::BonjourProfile> profile) {
     if (!profile) {
         return;
@@ -218,14 +219,18 @@ void BonjourListeningThread::lookedUp(const QHostInfo& host) {
 }
 
 void BonjourListeningThread::xLookUp(const boost::shared_ptr<KV::BonjourProfile>& profile) {
-    fLookUps.start(toQString(profile->fHostName), [this, profile](const QHostInfo& host) {
-        const auto deliver = [this, profile, host] {
-            // The answer for a host that is gone must not be used for its successor.
-            if (xAwaitsLookUp(profile)) {
-                lookedUp(host);
-            }
+    const QString hostName = toQString(profile->fHostName);
+    fLookUps.start([this, profile, hostName]() -> base::Lookups::Answer {
+        const QHostInfo host = QHostInfo::fromName(hostName);
+        return [this, profile, host] {
+            const auto deliver = [this, profile, host] {
+                // The answer for a host that is gone must not be used for its successor.
+                if (xAwaitsLookUp(profile)) {
+                    lookedUp(host);
+                }
+            };
+            QMetaObject::invokeMethod(this, deliver, Qt::QueuedConnection);
         };
-        QMetaObject::invokeMethod(this, deliver, Qt::QueuedConnection);
     });
 }
 

@@ -1,8 +1,7 @@
 #ifndef OBVISTA_DESKTOP_BONJOUR_LISTENING_THREAD_H
 #define OBVISTA_DESKTOP_BONJOUR_LISTENING_THREAD_H
 
-#include "host_look_ups.h"
-
+#include <base/lookups.h>
 #include <bonjour/bonjour_profile.h>
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_mutex.h>
@@ -14,6 +13,7 @@
 #include <boost/enable_shared_from_this.hpp>
 #include <boost/shared_ptr.hpp>
 
+#include <chrono>
 #include <mutex>
 
 namespace KD {
@@ -118,7 +118,10 @@ class BonjourListeningThread : public QThread,
     std::mutex fStateMutex;       // guards fGrabImageThread and fExitRequested
     bool fExitRequested = false;  // for a run() that has not ended yet
     boost::shared_ptr<Link> fLink;
-    HostLookUps fLookUps;  // destroyed first: it calls this object
+    /** QHostInfo::lookupHost() refuses on threads without a Qt event loop, and it repeats an answer
+     *  for a minute. A lookup without an answer takes seconds: so many do not hold up another one.
+     *  Destroyed first, since it calls this object. */
+    base::Lookups fLookUps{20, std::chrono::milliseconds(300)};
 
     static boost::shared_ptr<KVBroker> fLightBonjourBroker;
 };

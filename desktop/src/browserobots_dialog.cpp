@@ -1,9 +1,9 @@
 #include "browserobots_dialog.h"
 
 #include "error_dialog.h"
-#include "host_look_ups.h"
 #include "wait_cursor.h"
 
+#include <base/lookups.h>
 #include <bonjour/bonjour_discovery.h>
 
 #include <QAbstractSocket>
@@ -22,6 +22,7 @@
 
 #include <chrono>
 #include <limits>
+#include <optional>
 
 namespace KD {
 
@@ -34,6 +35,22 @@ const QString a_defaultUseIPKey = QStringLiteral("BrowseRobotsDialog::defaultUse
 
 constexpr int a_refreshInterval = 1000;  // ms
 constexpr std::chrono::seconds a_longestLookUp(5);
+
+/**
+ * Looks a host name up as QHostInfo::fromName() does, but gives up after a time: the system's
+ * resolver waits without end for an Avahi daemon that does not answer.
+ */
+QHostInfo lookUpHost(const QString& hostName) {
+    const auto ask = [hostName] { return QHostInfo::fromName(hostName); };
+    const auto end = std::chrono::steady_clock::now() + a_longestLookUp;
+    if (const std::optional<QHostInfo> answer = base::answerInTime(end, ask)) {
+        return *answer;
+    }
+    QHostInfo failure;
+    failure.setHostName(hostName);
+    failure.setError(QHostInfo::UnknownError);
+    return failure;
+}
 
 }  // namespace
 
@@ -169,7 +186,7 @@ QString BrowseRobotsDialog::getName() const {
 
 QString BrowseRobotsDialog::lookupName(const QString& host) {
     const WaitCursor waitCursor;
-    const QHostInfo info = lookUpHost(host, a_longestLookUp);
+    const QHostInfo info = lookUpHost(host);
     if (info.error() != QHostInfo::NoError) {
         return QLatin1String("");
     }

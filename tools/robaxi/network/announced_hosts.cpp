@@ -92,7 +92,7 @@ void AnnouncedHosts::xLookUp(const std::string& key, const std::string& hostName
             xSetAddresses(key, {address}, true);
             return;
         }
-        fLookups.start(hostName, [this, key](const std::vector<std::string>& addresses) {
+        startLookup(fLookups, hostName, [this, key](const std::vector<std::string>& addresses) {
             xSetAddresses(key, addresses, false);
         });
     });

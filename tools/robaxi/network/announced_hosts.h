@@ -67,7 +67,7 @@ class AnnouncedHosts {
     mutable std::mutex fMutex;  ///< guards the following two
     std::map<std::string, AnnouncedHost> fHosts;
     Clock::time_point fLastChange;
-    NameLookups fLookups;
+    base::Lookups fLookups{a_mostLookups};
     AddressQueries fQueries;  ///< destroyed before fLookups, which its answers use
     boost::signals2::scoped_connection fAdding;
     boost::signals2::scoped_connection fRemoving;

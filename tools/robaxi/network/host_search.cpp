@@ -66,7 +66,7 @@ class HostSearch {
           fNames(candidateNames(target.fHost)) {
         xStartAnnouncements();
         for (const std::string& name : fNames) {
-            fLookups.start(name, [this, name](const std::vector<std::string>& addresses) {
+            startLookup(fLookups, name, [this, name](const std::vector<std::string>& addresses) {
                 xSetAddresses(name, addresses);
             });
         }
@@ -189,7 +189,8 @@ class HostSearch {
     std::map<std::string, std::vector<std::string>> fAddresses;  ///< by the names looked up
     std::unique_ptr<AnnouncedHosts> fAnnounced;
     std::unique_ptr<ServiceQuery> fInstance;
-    NameLookups fLookups;  ///< destroyed first, since its answers use the other members
+    // Destroyed first, since its answers use the other members.
+    base::Lookups fLookups{a_mostLookups};
 };
 
 }  // namespace

@@ -2,18 +2,14 @@
 
 #include <algorithm>
 #include <array>
-#include <deque>
 #include <mutex>
 #include <netdb.h>
 #include <sys/socket.h>
-#include <thread>
 #include <utility>
 
 namespace robaxi_tool {
 
 namespace {
-
-constexpr std::size_t a_mostThreads = 8;
 
 std::string numericText(const addrinfo& found) {
     std::array<char, NI_MAXHOST> text{};
@@ -49,44 +45,11 @@ std::vector<std::string> addressesOf(const std::string& hostName) {
     return addresses;
 }
 
-struct NameLookups::Shared {
-    std::mutex fMutex;  ///< guards everything; held while an answer is delivered
-    std::deque<std::pair<std::string, Answer>> fWaiting;
-    std::size_t fThreads = 0;
-    bool fEnded = false;
-};
-
-NameLookups::NameLookups() : fShared(std::make_shared<Shared>()) {
-}
-
-NameLookups::~NameLookups() {
-    const std::lock_guard lock(fShared->fMutex);
-    fShared->fEnded = true;
-    fShared->fWaiting.clear();
-}
-
-void NameLookups::start(const std::string& hostName, Answer answer) {
-    const std::lock_guard lock(fShared->fMutex);
-    fShared->fWaiting.emplace_back(hostName, std::move(answer));
-    if (fShared->fThreads < a_mostThreads) {
-        ++fShared->fThreads;
-        std::thread([shared = fShared] { xWork(shared); }).detach();
-    }
-}
-
-void NameLookups::xWork(const std::shared_ptr<Shared>& shared) {
-    std::unique_lock lock(shared->fMutex);
-    while (!shared->fWaiting.empty()) {
-        const auto [hostName, answer] = std::move(shared->fWaiting.front());
-        shared->fWaiting.pop_front();
-        lock.unlock();
-        const std::vector<std::string> addresses = addressesOf(hostName);
-        lock.lock();
-        if (!shared->fEnded) {
-            answer(addresses);
-        }
-    }
-    --shared->fThreads;
+void startLookup(base::Lookups& lookups, const std::string& hostName,
+                 std::function<void(const std::vector<std::string>& addresses)> answer) {
+    lookups.start([hostName, answer = std::move(answer)]() -> base::Lookups::Answer {
+        return [answer, addresses = addressesOf(hostName)] { answer(addresses); };
+    });
 }
 
 std::optional<std::vector<std::string>> addressesInTime(const std::string& hostName,
@@ -95,8 +58,8 @@ std::optional<std::vector<std::string>> addressesInTime(const std::string& hostN
     Bell bell(interruption);
     std::mutex mutex;
     std::optional<std::vector<std::string>> found;
-    NameLookups lookups;
-    lookups.start(hostName, [&](const std::vector<std::string>& addresses) {
+    base::Lookups lookups(1);
+    startLookup(lookups, hostName, [&](const std::vector<std::string>& addresses) {
         {
             const std::lock_guard lock(mutex);
             found = addresses;

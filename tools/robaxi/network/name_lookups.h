@@ -3,8 +3,10 @@
 
 #include "process/bell.h"
 
+#include <base/lookups.h>
+
+#include <cstddef>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,31 +26,12 @@ std::optional<std::vector<std::string>> addressesInTime(const std::string& hostN
                                                         Clock::duration time,
                                                         Interruption& interruption);
 
-/**
- * Looks up host names on a few dedicated threads.
- *
- * A lookup cannot be cancelled, and takes several seconds for an unknown name. So the destructor
- * abandons the threads, which end with their lookup.
- */
-class NameLookups {
-  public:
-    using Answer = std::function<void(const std::vector<std::string>& addresses)>;
+/** Simultaneous lookups of host names. One takes several seconds for an unknown name. */
+constexpr std::size_t a_mostLookups = 8;
 
-    NameLookups();
-    /** Returns when no answer will be delivered any more. */
-    ~NameLookups();
-    NameLookups(const NameLookups&) = delete;
-    NameLookups& operator=(const NameLookups&) = delete;
-
-    /** Starts a lookup. The answer is delivered on one of the threads. */
-    void start(const std::string& hostName, Answer answer);
-
-  private:
-    struct Shared;
-    static void xWork(const std::shared_ptr<Shared>& shared);
-
-    std::shared_ptr<Shared> fShared;
-};
+/** Looks up a host name. The answer is delivered on one of the threads of `lookups`. */
+void startLookup(base::Lookups& lookups, const std::string& hostName,
+                 std::function<void(const std::vector<std::string>& addresses)> answer);
 
 }  // namespace robaxi_tool
 

@@ -2,69 +2,41 @@
 #include "net/socket_address.h"
 
 #include <base/address.h>
+#include <base/lookups.h>
 
 #include <arpa/inet.h>
-#include <condition_variable>
 #include <cstring>
-#include <memory>
-#include <mutex>
 #include <netdb.h>
-#include <thread>
+#include <optional>
 
 namespace robaxi {
 
 namespace {
 
 struct LookUp {
-    std::mutex fMutex;
-    std::condition_variable fDone;
-    bool fIsDone = false;
     int fStatus = 0;
     std::vector<SocketAddress> fAddresses;
 };
 
-int lookUp(const char* host, const std::string& port, int flags,
-           std::vector<SocketAddress>& addresses) {
+LookUp lookUp(const std::string& host, const std::string& port, int flags) {
     addrinfo hints{};
     hints.ai_family = AF_UNSPEC;
     hints.ai_socktype = SOCK_STREAM;
     hints.ai_flags = AI_NUMERICSERV | flags;
     addrinfo* found = nullptr;
-    const int status = ::getaddrinfo(host, port.c_str(), &hints, &found);
-    if (status != 0) {
-        return status;
+    LookUp result;
+    result.fStatus = ::getaddrinfo(host.c_str(), port.c_str(), &hints, &found);
+    if (result.fStatus != 0) {
+        return result;
     }
     for (const addrinfo* each = found; each != nullptr; each = each->ai_next) {
         SocketAddress address;
         std::memcpy(&address.fStorage, each->ai_addr, each->ai_addrlen);
         address.fLength = each->ai_addrlen;
-        addresses.push_back(address);
+        result.fAddresses.push_back(address);
     }
     ::freeaddrinfo(found);
-    return 0;
-}
-
-std::vector<SocketAddress> lookUpInTime(const std::string& host, const std::string& port, int flags,
-                                        Deadline deadline) {
-    const auto work = std::make_shared<LookUp>();
-    std::thread([work, host, port, flags] {
-        std::vector<SocketAddress> addresses;
-        const int status = lookUp(host.c_str(), port, flags, addresses);
-        const std::lock_guard lock(work->fMutex);
-        work->fStatus = status;
-        work->fAddresses = std::move(addresses);
-        work->fIsDone = true;
-        work->fDone.notify_all();
-    }).detach();
-
-    std::unique_lock lock(work->fMutex);
-    if (!work->fDone.wait_until(lock, deadline, [&work] { return work->fIsDone; })) {
-        throw Failure{KVError::Cause::TimedOut, "the name was not resolved"};
-    }
-    if (work->fStatus != 0) {
-        throw Failure{KVError::Cause::NameNotFound, ::gai_strerror(work->fStatus)};
-    }
-    return work->fAddresses;
+    return result;
 }
 
 }  // namespace
@@ -93,11 +65,20 @@ std::vector<SocketAddress> resolve(const std::string& host, int port, Deadline d
     if (host.empty()) {
         throw Failure{KVError::Cause::NameNotFound, "no address was given"};
     }
-    std::vector<SocketAddress> addresses;
-    if (lookUp(host.c_str(), std::to_string(port), AI_NUMERICHOST, addresses) == 0) {
-        return addresses;
+    const std::string portText = std::to_string(port);
+    const LookUp numeric = lookUp(host, portText, AI_NUMERICHOST);
+    if (numeric.fStatus == 0) {
+        return numeric.fAddresses;
     }
-    return lookUpInTime(host, std::to_string(port), 0, deadline);
+    const std::optional<LookUp> found =
+        base::answerInTime(deadline, [host, portText] { return lookUp(host, portText, 0); });
+    if (!found) {
+        throw Failure{KVError::Cause::TimedOut, "the name was not resolved"};
+    }
+    if (found->fStatus != 0) {
+        throw Failure{KVError::Cause::NameNotFound, ::gai_strerror(found->fStatus)};
+    }
+    return found->fAddresses;
 }
 
 }  // namespace robaxi

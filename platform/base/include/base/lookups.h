@@ -1,0 +1,66 @@
+#ifndef BASE_LOOKUPS_H
+#define BASE_LOOKUPS_H
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <future>
+#include <memory>
+#include <optional>
+#include <thread>
+#include <utility>
+
+namespace base {
+
+/**
+ * Runs calls that take seconds and cannot be interrupted, such as lookups of host names by the
+ * system's resolver, on a few dedicated threads.
+ */
+class Lookups {
+  public:
+    /** Delivers an answer. */
+    using Answer = std::function<void()>;
+    /** The call that takes long; returns the delivery of its answer. Must not throw. */
+    using Question = std::function<Answer()>;
+
+    /** @param patience for how long the destructor waits for calls in progress */
+    explicit Lookups(std::size_t mostThreads, std::chrono::milliseconds patience = {});
+    /**
+     * Drops the calls that have not begun, and waits for the others, which are abandoned with their
+     * threads if they take too long. No answer is delivered afterwards.
+     */
+    ~Lookups();
+    Lookups(const Lookups&) = delete;
+    Lookups& operator=(const Lookups&) = delete;
+
+    /** Question and answer run on one of the threads, and only one answer at a time. An answer must
+     *  not start another lookup. */
+    void start(Question question);
+
+  private:
+    struct State;
+    static void xRun(const std::shared_ptr<State>& state);
+
+    const std::chrono::milliseconds fPatience;
+    const std::shared_ptr<State> fState;  ///< also held by the threads
+};
+
+/**
+ * Returns the result of `ask`, or nothing if there is none by the deadline. It is called on a
+ * dedicated thread, which is abandoned then.
+ */
+template <class Ask>
+auto answerInTime(std::chrono::steady_clock::time_point deadline, Ask ask)
+    -> std::optional<decltype(ask())> {
+    auto task = std::packaged_task<decltype(ask())()>(std::move(ask));
+    auto answer = task.get_future();
+    std::thread(std::move(task)).detach();
+    if (answer.wait_until(deadline) != std::future_status::ready) {
+        return std::nullopt;
+    }
+    return answer.get();
+}
+
+}  // namespace base
+
+#endif
