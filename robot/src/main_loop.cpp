@@ -1,101 +1,51 @@
 #include "main_loop.h"
 
-#include <algorithm>
-#include <array>
-#include <cerrno>
+#include <boost/asio/post.hpp>
+#include <boost/asio/steady_timer.hpp>
+
 #include <csignal>
-#include <cstdint>
-#include <poll.h>
-#include <sys/eventfd.h>
-#include <sys/signalfd.h>
-#include <system_error>
-#include <unistd.h>
+#include <memory>
 #include <utility>
 
 namespace robot {
 
 namespace {
 
-int checked(int descriptor) {
-    if (descriptor < 0) {
-        throw std::system_error(errno, std::generic_category(), "cannot wait for signals");
-    }
-    return descriptor;
-}
+using boost::system::error_code;
 
-sigset_t endingSignals() {
+/** @param how SIG_BLOCK or SIG_UNBLOCK */
+void changeSignals(int how) {
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGTERM);
     sigaddset(&signals, SIGINT);
-    return signals;
-}
-
-int openSignals() {
-    const sigset_t signals = endingSignals();
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    return checked(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+    pthread_sigmask(how, &signals, nullptr);
 }
 
 }  // namespace
 
-MainLoop::MainLoop()
-    : fSignals(openSignals()), fWake(checked(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))) {
-}
-
-MainLoop::~MainLoop() {
-    close(fWake);
-    close(fSignals);
+MainLoop::MainLoop() : fSignals(fContext, SIGTERM, SIGINT) {
+    changeSignals(SIG_BLOCK);
+    fSignals.async_wait([this](const error_code& error, int) {
+        if (!error) {
+            fContext.stop();
+        }
+    });
 }
 
 void MainLoop::post(std::function<void()> function, Clock::duration delay) {
-    {
-        const std::lock_guard lock(fMutex);
-        fPosted.emplace(Clock::now() + delay, std::move(function));
+    if (delay <= Clock::duration::zero()) {
+        boost::asio::post(fContext, std::move(function));
+        return;
     }
-    // A full counter makes the write fail, and is readable as well.
-    const std::uint64_t one = 1;
-    [[maybe_unused]] const ssize_t written = write(fWake, &one, sizeof one);
+    auto timer = std::make_shared<boost::asio::steady_timer>(fContext, delay);
+    timer->async_wait([timer, function = std::move(function)](const error_code&) { function(); });
 }
 
 void MainLoop::run() {
-    for (;;) {
-        std::array<pollfd, 2> waited{{{fSignals, POLLIN, 0}, {fWake, POLLIN, 0}}};
-        poll(waited.data(), waited.size(), xMillisecondsToNext());
-        signalfd_siginfo signal{};
-        if (read(fSignals, &signal, sizeof signal) > 0) {
-            return;
-        }
-        std::uint64_t wakes = 0;
-        [[maybe_unused]] const ssize_t count = read(fWake, &wakes, sizeof wakes);
-        xRunDue();
-    }
-}
-
-int MainLoop::xMillisecondsToNext() {
-    const std::lock_guard lock(fMutex);
-    if (fPosted.empty()) {
-        return -1;
-    }
-    const auto left =
-        std::chrono::ceil<std::chrono::milliseconds>(fPosted.begin()->first - Clock::now());
-    return static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, 60000));
-}
-
-void MainLoop::xRunDue() {
-    for (std::function<void()> function; xTakeNextDue(function);) {
-        function();
-    }
-}
-
-bool MainLoop::xTakeNextDue(std::function<void()>& function) {
-    const std::lock_guard lock(fMutex);
-    if (fPosted.empty() || fPosted.begin()->first > Clock::now()) {
-        return false;
-    }
-    function = std::move(fPosted.begin()->second);
-    fPosted.erase(fPosted.begin());
-    return true;
+    changeSignals(SIG_UNBLOCK);
+    fContext.run();
+    changeSignals(SIG_BLOCK);
 }
 
 }  // namespace robot

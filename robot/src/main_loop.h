@@ -1,10 +1,11 @@
 #ifndef OBVISTA_ROBOT_MAIN_LOOP_H
 #define OBVISTA_ROBOT_MAIN_LOOP_H
 
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/signal_set.hpp>
+
 #include <chrono>
 #include <functional>
-#include <map>
-#include <mutex>
 
 namespace robot {
 
@@ -13,15 +14,14 @@ namespace robot {
  * threads.
  *
  * The constructor blocks the two signals for the calling thread and for every thread started after
- * it, so that they arrive only here: create it before any thread. One per process.
+ * it, so that they interrupt no other thread: create it before any thread. One per process.
  */
 class MainLoop {
   public:
     using Clock = std::chrono::steady_clock;
 
-    /** @throws std::system_error if the system has no descriptors left */
+    /** @throws boost::system::system_error if the system has no descriptors left */
     MainLoop();
-    ~MainLoop();
     MainLoop(const MainLoop&) = delete;
     MainLoop& operator=(const MainLoop&) = delete;
 
@@ -32,14 +32,8 @@ class MainLoop {
     void run();
 
   private:
-    int xMillisecondsToNext();
-    void xRunDue();
-    bool xTakeNextDue(std::function<void()>& function);
-
-    int fSignals;  // descriptor for reading the signals
-    int fWake;     // descriptor that a post makes readable
-    std::mutex fMutex;
-    std::multimap<Clock::time_point, std::function<void()>> fPosted;
+    boost::asio::io_context fContext;
+    boost::asio::signal_set fSignals;
 };
 
 }  // namespace robot

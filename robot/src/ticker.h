@@ -1,18 +1,19 @@
 #ifndef OBVISTA_ROBOT_TICKER_H
 #define OBVISTA_ROBOT_TICKER_H
 
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/steady_timer.hpp>
+
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <functional>
-#include <mutex>
 #include <thread>
 
 namespace robot {
 
 /**
- * Calls a function with a step number once a period, on a dedicated thread. Steps follow the clock:
- * after a call that took too long, the missed steps are skipped.
+ * Calls a function with a step number once a period, on a separate thread. Steps follow the clock:
+ * when a call took too long, the steps that were missed are left out.
  */
 class Ticker {
   public:
@@ -25,13 +26,14 @@ class Ticker {
     Ticker& operator=(const Ticker&) = delete;
 
   private:
-    void xRun();
+    void xWait();
 
     const std::chrono::microseconds fPeriod;
     const std::function<void(std::uint64_t)> fFunction;
-    std::mutex fMutex;
-    std::condition_variable fWake;
-    bool fStopping = false;
+    const std::chrono::steady_clock::time_point fStart = std::chrono::steady_clock::now();
+    std::uint64_t fStep = 0;
+    boost::asio::io_context fContext;
+    boost::asio::steady_timer fTimer;
     std::thread fThread;
 };
 

@@ -16,7 +16,9 @@ namespace robaxi {
  * A few threads for code that may block: methods of modules and callbacks of the library's users.
  * gRPC's own threads never run such code, since it would delay everything else.
  *
- * Threads start when they are needed, up to the limit, and stay.
+ * Threads start when they are needed, up to the limit, and stay. boost::asio::thread_pool starts all
+ * of them at once, and waits for itself when its last reference is released by one of its tasks, as
+ * happens to a broker that a callback releases.
  */
 class TaskPool : public std::enable_shared_from_this<TaskPool> {
   public:
@@ -49,7 +51,12 @@ class TaskPool : public std::enable_shared_from_this<TaskPool> {
     bool fStopped = false;
 };
 
-/** Tasks that run on a pool one after the other, in the order in which they were posted. */
+/**
+ * Tasks that run on a pool one after the other, in the order in which they were posted.
+ *
+ * Unlike boost::asio::strand it can be closed: users rely on it that no callback runs any more when
+ * a subscription or a connection has ended.
+ */
 class Strand : public std::enable_shared_from_this<Strand> {
   public:
     static std::shared_ptr<Strand> create(std::shared_ptr<TaskPool> pool);

@@ -44,7 +44,11 @@ class TimerThread : public std::enable_shared_from_this<TimerThread> {
     bool fStopped = false;
 };
 
-/** Runs a task once at a chosen time; can be started again, also from the task. */
+/**
+ * Runs a task once at a chosen time; can be started again, also from the task.
+ *
+ * Unlike that of boost::asio::steady_timer, the handler has ended when stop() returns.
+ */
 class Timer {
   public:
     using Clock = TimerThread::Clock;

@@ -3,6 +3,10 @@
 
 #include "process/interruption.h"
 
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/signal_set.hpp>
+#include <boost/asio/steady_timer.hpp>
+
 #include <thread>
 
 namespace robaxi_tool {
@@ -12,7 +16,8 @@ namespace robaxi_tool {
  * parent process ignored (nohup) stay ignored. A command that is blocked in a call that cannot be
  * cancelled, for instance connecting, has a moment to end; then the program exits without it.
  *
- * Create it before any other thread, which would otherwise receive the signals. It ignores SIGPIPE.
+ * Create it before any other thread, whose system calls the signals would interrupt. It ignores
+ * SIGPIPE.
  */
 class SignalWatcher {
   public:
@@ -22,11 +27,9 @@ class SignalWatcher {
     SignalWatcher& operator=(const SignalWatcher&) = delete;
 
   private:
-    void xRun();
-
-    Interruption& fInterruption;
-    int fSignals;
-    int fEnd;
+    boost::asio::io_context fContext;
+    boost::asio::signal_set fSignals;
+    boost::asio::steady_timer fGrace;
     std::thread fThread;
 };
 
