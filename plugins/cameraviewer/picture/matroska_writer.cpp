@@ -1,5 +1,7 @@
 #include "matroska_writer.h"
 
+#include <base/time.h>
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -15,9 +17,8 @@ namespace {
 
 /** Bytes that wait inside GStreamer before canTake() turns false. */
 constexpr guint64 a_maxWaiting = guint64{8} * 1024 * 1024;
-constexpr std::int64_t a_microsecondsPerSecond = 1'000'000;
 /** Microseconds since 1970: until the year 2200, which Matroska's way to write a date can hold. */
-constexpr std::int64_t a_latestStart = 7'258'118'400 * a_microsecondsPerSecond;
+constexpr std::int64_t a_latestStart = 7'258'118'400 * base::a_microsecondsPerSecond;
 
 QString translated(const char* text) {
     return QCoreApplication::translate("cameraviewer::MatroskaWriter", text);
@@ -189,7 +190,7 @@ struct MatroskaWriter::Private {
             return;
         }
         const Owned<GDateTime> start(
-            g_date_time_new_from_unix_utc(fSettings.fStart / a_microsecondsPerSecond));
+            g_date_time_new_from_unix_utc(fSettings.fStart / base::a_microsecondsPerSecond));
         g_object_set(element, "creation-time", start.get(), nullptr);
     }
 

@@ -1,42 +1,17 @@
 #include "picture_origin.h"
 
-#include <QDateTime>
+#include <base/time.h>
+
+#include <QRegularExpression>
 
 namespace cameraviewer {
 namespace {
 
-constexpr std::int64_t a_microsecondsPerSecond = 1'000'000;
 /** UTF-16 units. */
 constexpr int a_maxTextLength = 200;
 /** Bytes in UTF-8 for each of the two names. A file name can have 255. */
 constexpr int a_maxNameBytes = 80;
 constexpr uint a_replacement = 0xfffd;
-
-/** A time's whole seconds and the microseconds beyond them, before 1970 too. */
-struct SplitTime {
-    explicit SplitTime(std::int64_t microseconds)
-        : fSecond(microseconds / a_microsecondsPerSecond),
-          fMicrosecond(microseconds % a_microsecondsPerSecond) {
-        if (fMicrosecond < 0) {
-            fMicrosecond += a_microsecondsPerSecond;
-            --fSecond;
-        }
-    }
-
-    std::int64_t fSecond;
-    std::int64_t fMicrosecond;
-};
-
-/** @return empty outside the years 1 to 9999 */
-QString dateText(const SplitTime& time, const QString& form, const QString& point) {
-    const QDateTime second = QDateTime::fromSecsSinceEpoch(time.fSecond, Qt::UTC);
-    const int year = second.date().year();
-    if (!second.isValid() || year < 1 || year > 9999) {
-        return {};
-    }
-    return second.toString(form) + point +
-           QString::number(time.fMicrosecond).rightJustified(6, QLatin1Char('0'));
-}
 
 QString safeName(const QString& name, const QString& replacement) {
     QString safe;
@@ -67,9 +42,8 @@ QString originText(const QString& name) {
 }
 
 QString timeText(std::int64_t microseconds) {
-    const QString date = dateText(SplitTime(microseconds), QStringLiteral("yyyy-MM-ddTHH:mm:ss"),
-                                  QStringLiteral("."));
-    return date.isEmpty() ? QString::number(microseconds) : date + QLatin1Char('Z');
+    const std::string text = base::utcText(microseconds);
+    return text.empty() ? QString::number(microseconds) : QString::fromStdString(text);
 }
 
 QString formatText(KVPixelFormat format) {
@@ -90,10 +64,9 @@ QString formatText(KVPixelFormat format) {
 
 QString suggestedFileName(const PictureOrigin& origin, std::int64_t microseconds,
                           const QString& suffix) {
-    QString time = dateText(SplitTime(microseconds), QStringLiteral("yyyyMMddTHHmmss"), QString());
-    if (time.isEmpty()) {
-        time = QString::number(microseconds);
-    }
+    QString time = timeText(microseconds);
+    // A number keeps its sign.
+    time.remove(QRegularExpression(QStringLiteral("[:.Z]|(?<=\\d)-")));
     return safeName(origin.fRobot, QStringLiteral("robot")) + QLatin1Char('-') +
            safeName(origin.fCamera, QStringLiteral("camera")) + QLatin1Char('-') + time +
            QLatin1Char('.') + suffix;

@@ -2,6 +2,8 @@
 
 #include "recording_files.h"
 
+#include <base/time.h>
+
 #include <QCoreApplication>
 
 #include <chrono>
@@ -87,7 +89,7 @@ struct Recorder::Private {
         fStatus.fFile = files.file();
         fStatus.fFiles = files.fileCount();
         fStatus.fBytes = bytes;
-        fStatus.fSeconds = static_cast<double>(files.duration()) / 1e6;
+        fStatus.fSeconds = static_cast<double>(files.duration()) / base::a_microsecondsPerSecond;
     }
 
     void count(std::uint64_t RecorderStatus::*counter) {
