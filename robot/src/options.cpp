@@ -180,7 +180,7 @@ void printHelp(std::ostream& output, const po::options_description& options) {
            << options
            << "\n"
               "It prints one line when it can be reached and runs until SIGTERM or SIGINT.\n"
-              "Exit status: 0 it was told to end, 1 it could not start, 2 wrong options.\n";
+              "Exit status: 0 terminated by request, 1 could not start, 2 wrong options.\n";
 }
 
 }  // namespace

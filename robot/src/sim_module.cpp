@@ -67,7 +67,7 @@ boost::shared_ptr<KVModule> makeSimModule(SimControls* controls) {
         });
     };
     bind({"setMiddleware", "setMiddleware(on: bool)",
-          "Stops to listen and withdraws the service, or starts again. Stopping needs --sim-port."},
+          "Stops listening and withdraws the service, or starts again. Stopping needs --sim-port."},
          KVValue::Type::Bool,
          [controls](const KVValue& on) { controls->setMiddleware(on.toBool()); });
     bind({"interruptMiddleware", "interruptMiddleware(duration: float)",

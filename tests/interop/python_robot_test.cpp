@@ -323,7 +323,7 @@ TEST_F(SecurePythonRobot, LetsInOnlyThoseWhoKnowItsToken) {
     startTlsRobot({"--token", a_token});
     const KVError missing = refusalOf(trusting(fCertificate));
     EXPECT_CAUSE(missing, NotAuthorised);
-    EXPECT_NE(missing.toString().find("it asks for a token"), std::string::npos)
+    EXPECT_NE(missing.toString().find("it requires a token"), std::string::npos)
         << missing.toString();
     const KVError wrong = refusalOf(knowing("a guess", trusting(fCertificate)));
     EXPECT_CAUSE(wrong, NotAuthorised);

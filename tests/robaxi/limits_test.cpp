@@ -154,10 +154,10 @@ TEST_F(Limits, OnSessionsHold) {
     const auto second = connect();
     const KVError error = errorOf([&] { connect(); });
     EXPECT_CAUSE(error, TooMany);
-    EXPECT_EQ(error.toString(), "Cannot reach 127.0.0.1 port " +
-                                    std::to_string(fServer->getPort()) +
-                                    ": the robot takes no more (too many programs are connected "
-                                    "to it). End what is not needed, or raise the robot's limit.");
+    EXPECT_EQ(error.toString(),
+              "Cannot reach 127.0.0.1 port " + std::to_string(fServer->getPort()) +
+                  ": a limit of the robot is reached (too many programs are connected "
+                  "to it). End what is not needed, or raise the robot's limit.");
 }
 
 TEST_F(Limits, OnSessionsOfAnAddressHold) {

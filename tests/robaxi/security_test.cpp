@@ -100,7 +100,7 @@ TEST_F(Security, WithTlsRefusesAProgramWithout) {
     EXPECT_CAUSE(error, NotAuthorised);
     EXPECT_EQ(error.toString(),
               attempt() +
-                  "the robot does not let this program in (it speaks TLS only, and no certificate "
+                  "the robot refuses access (it speaks TLS only, and no certificate "
                   "to trust is known for it). Name the certificate that signed the robot's under "
                   "trust in robaxi.conf.");
     EXPECT_EQ(call(makeClient(clientOf(fCertificate)), server), 42);
@@ -112,8 +112,8 @@ TEST_F(Security, RefusesARobotWithoutTlsWhenItIsAskedFor) {
     EXPECT_CAUSE(error, NotTrusted);
     EXPECT_EQ(error.toString(),
               attempt() +
-                  "it is not certain that this is the robot (it does not speak TLS, which "
-                  "robaxi.conf asks for). Give the robot a certificate, or set tls = no for it in "
+                  "the robot cannot be authenticated (it does not use TLS, which "
+                  "robaxi.conf requires). Give the robot a certificate, or set tls = no for it in "
                   "robaxi.conf.");
     EXPECT_EQ(call(makeClient(), server), 42);
 }
@@ -123,7 +123,7 @@ TEST_F(Security, RefusesACertificateThatIsNotTrusted) {
     const Certificate other = makeCertificate(fFolder, "other", "IP:127.0.0.1");
     const KVError error = refusal(clientOf(other), server);
     EXPECT_CAUSE(error, NotTrusted);
-    EXPECT_EQ(error.toString().find(attempt() + "it is not certain that this is the robot (its "
+    EXPECT_EQ(error.toString().find(attempt() + "the robot cannot be authenticated (its "
                                                 "certificate is not signed by a trusted one"),
               0U)
         << error.toString();
@@ -136,7 +136,7 @@ TEST_F(Security, RefusesACertificateForAnotherName) {
     EXPECT_CAUSE(error, NotTrusted);
     EXPECT_EQ(error.toString(),
               attempt() +
-                  "it is not certain that this is the robot (its certificate is for another name "
+                  "the robot cannot be authenticated (its certificate is for another name "
                   "than 127.0.0.1). Use the name in the certificate, or set name in robaxi.conf "
                   "to it.");
 
@@ -165,7 +165,7 @@ TEST_F(Security, WithATokenAsksForIt) {
     EXPECT_CAUSE(missing, NotAuthorised);
     EXPECT_EQ(missing.toString(),
               attempt() +
-                  "the robot does not let this program in (it asks for a token). Name the file "
+                  "the robot refuses access (it requires a token). Name the file "
                   "with the robot's token under token in robaxi.conf.");
 
     settings.fAccess.fTokenFile = fFolder.write("wrong", "open barley\n");
@@ -173,7 +173,7 @@ TEST_F(Security, WithATokenAsksForIt) {
     EXPECT_CAUSE(wrong, NotAuthorised);
     EXPECT_EQ(wrong.toString(),
               attempt() +
-                  "the robot does not let this program in (the token is not the right one). Ask "
+                  "the robot refuses access (the token is not the right one). Ask "
                   "the robot's owner for access.");
 
     settings.fAccess.fTokenFile = fFolder.write("right", "open sesame");

@@ -127,7 +127,7 @@ TEST_F(Settings, ThatAreMalformedAreToldWithFileAndLine) {
     EXPECT_EQ(errorIn("[limits]\ndepth = 5\n[sever]\nkey = /k\n"),
               ", line 3: there is no section named sever.");
     EXPECT_EQ(errorIn("# nothing\ncertificate = /c\n"),
-              ", line 2: certificate stands in no section.");
+              ", line 2: certificate is outside any section.");
     EXPECT_EQ(errorIn("[robots]\ntls = no\ntls = yes\n"), ", line 3: duplicate key name.");
 }
 

@@ -238,7 +238,7 @@ TEST_F(Snapshot, OfACameraThatStandsStillIsItsLastAndThatIsSaid) {
     EXPECT_EQ(0, result.fStatus);
     EXPECT_EQ(false, Json::parse(result.fOutput)["new"]);
     EXPECT_EQ(
-        "robaxi: The camera head stands still. Its last picture is of "
+        "robaxi: The camera head has stopped. Its last picture is of "
         "2024-05-01T12:34:56.789012Z.\n",
         result.fErrors);
 }

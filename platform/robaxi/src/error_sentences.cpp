@@ -51,7 +51,7 @@ std::string reason(const Target& target, const Failure& failure) {
 const char* advice(const Target& target, KVError::Cause cause) {
     if (cause == KVError::Cause::TimedOut && !target.fMethod.empty()) {
         // The connection is intact, otherwise it would be lost.
-        return "The method may take longer than that; the robot goes on with it.";
+        return "The method may take longer than that; the robot continues to run it.";
     }
     switch (cause) {
         case KVError::Cause::NameNotFound:
@@ -62,7 +62,7 @@ const char* advice(const Target& target, KVError::Cause cause) {
             return "Check that the robot's middleware is running and that the port is right.";
         case KVError::Cause::TimedOut:
             return "Check that the robot is switched on and on this network, and that no firewall "
-                   "stands between.";
+                   "blocks the connection.";
         case KVError::Cause::ProtocolVersion:
             return "Check the port, and that robot and program are of matching versions.";
         case KVError::Cause::NoSuchModule:
@@ -74,8 +74,8 @@ const char* advice(const Target& target, KVError::Cause cause) {
         case KVError::Cause::NotAuthorised:
             return "Ask the robot's owner for access.";
         case KVError::Cause::NotTrusted:
-            return "Check trust and name for this robot in robaxi.conf, and that nobody stands "
-                   "between.";
+            return "Check trust and name for this robot in robaxi.conf, and that nobody "
+                   "intercepts the connection.";
         case KVError::Cause::TooMany:
             return "End what is not needed, or raise the robot's limit.";
         case KVError::Cause::TooLarge:
@@ -121,13 +121,13 @@ const char* reasonOf(KVError::Cause cause) {
         case KVError::Cause::NoSuchMethod:
             return "the module has no method of that name";
         case KVError::Cause::WrongArguments:
-            return "the arguments do not fit the method";
+            return "the arguments do not match the method";
         case KVError::Cause::RaisedByModule:
             return "the module reported a failure without a reason";
         case KVError::Cause::ConnectionLost:
             return "the connection is lost";
         case KVError::Cause::NotAuthorised:
-            return "the robot does not let this program in";
+            return "the robot refuses access";
         case KVError::Cause::AddressInUse:
             return "the port is in use by another program";
         case KVError::Cause::CannotListen:
@@ -141,9 +141,9 @@ const char* reasonOf(KVError::Cause cause) {
         case KVError::Cause::NoSuchStream:
             return "it has no camera of that name";
         case KVError::Cause::NotTrusted:
-            return "it is not certain that this is the robot";
+            return "the robot cannot be authenticated";
         case KVError::Cause::TooMany:
-            return "the robot takes no more";
+            return "a limit of the robot is reached";
         case KVError::Cause::Internal:
             break;
     }

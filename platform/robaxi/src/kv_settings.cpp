@@ -56,7 +56,7 @@ class ConfigurationFile {
         xApplySection("robots", settings.fAccess);
         for (const auto& [name, content] : fTree) {
             if (!content.data().empty()) {
-                xThrow(xLineOf(name, {}), name + " stands in no section");
+                xThrow(xLineOf(name, {}), name + " is outside any section");
             }
             if (name.rfind(a_robotSection, 0) == 0) {
                 const std::string robot = trimmed(name.substr(std::string(a_robotSection).size()));

@@ -159,8 +159,7 @@ void HumanoidChannels::xAddJoints() {
     for (std::size_t joint = 0; joint < a_jointCount; ++joint) {
         const bool head = joint == a_headYaw || joint == a_headPitch;
         xAdd(
-            jointKey(joints()[joint], "Target"), "rad", "Angle that the joint is told to take",
-            a_always,
+            jointKey(joints()[joint], "Target"), "rad", "Target angle of the joint", a_always,
             [joint, head, body = fBody](const Instant& now) {
                 const double target = body->jointTarget(joint, now.fTime, now.fInputs);
                 // A value that a client wrote is shown unchanged.

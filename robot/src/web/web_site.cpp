@@ -67,7 +67,7 @@ WebAnswer WebSite::answer(const std::string& method, const std::string& target) 
 }
 
 WebAnswer WebSite::badRequest() {
-    return failure(400, "This is no HTTP request.");
+    return failure(400, "This is not an HTTP request.");
 }
 
 WebAnswer WebSite::xAnswerGet(const std::string& path) const {

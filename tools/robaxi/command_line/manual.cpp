@@ -74,8 +74,8 @@ std::string manualPage() {
             ".SH SYNOPSIS\n.B robaxi\n.I COMMAND\n[\\fIOPTION\\fR]... [\\fIWORD\\fR]...\n"
             ".SH DESCRIPTION\n"
          << verbatim(a_hostHelp)
-         << ".PP\nOptions may stand anywhere among the words. After \\-\\-, everything is a "
-            "word.\n"
+         << ".PP\nOptions may appear anywhere on the command line; \\-\\- ends the "
+            "options.\n"
             ".SH COMMANDS\n";
     for (const auto& command : makeCommands()) {
         writeCommand(page, *command);

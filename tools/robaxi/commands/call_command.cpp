@@ -17,7 +17,7 @@ class CallCommand : public Command {
     }
     std::string explanation() const override {
         return "An ARGUMENT is written as in JSON: true, false, null, 12, -0.5, \"text\", [1, 2],\n"
-               "{\"key\": 1}. Any other word is a text as it stands. A number becomes a text in\n"
+               "{\"key\": 1}. Any other word is a text. A number becomes a text in\n"
                "quotes: '\"12\"'.\n";
     }
 

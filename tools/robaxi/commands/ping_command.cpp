@@ -87,9 +87,9 @@ class PingCommand : public Command {
     std::string summary() const override { return "measures round trips to a robot"; }
     Words words() const override { return {"HOST", 1, 1}; }
     std::string explanation() const override {
-        return "A round trip is a small question to the robot's middleware and its answer, over\n"
-               "one connection that stands already. The statistics also come when it is ended\n"
-               "with Ctrl-C, or by the loss of the robot.\n";
+        return "A round trip is a small request to the robot's middleware and its answer, over\n"
+               "one open connection. The statistics are also printed after Ctrl-C, and when the\n"
+               "robot is lost.\n";
     }
 
     void addOptions(Options& options) override {

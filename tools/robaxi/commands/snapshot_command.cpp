@@ -57,13 +57,13 @@ std::string withoutSigns(std::string time) {
 class SnapshotCommand : public Command {
   public:
     std::string name() const override { return "snapshot"; }
-    std::string summary() const override { return "saves the present picture of a camera"; }
+    std::string summary() const override { return "saves a current picture of a camera"; }
     Words words() const override { return {"HOST [CAMERA]", 1, 2}; }
     std::string explanation() const override {
-        return "Without CAMERA it is the first that the robot names. The name of the file that it\n"
-               "has written is printed. A JPEG of the camera is kept as it comes. The picture is\n"
-               "one that the camera took after the command was given; when the camera stands\n"
-               "still, its last one is saved, and that is said.\n";
+        return "Without CAMERA it uses the first camera that the robot lists. Prints the name of\n"
+               "the file. A JPEG of the camera is saved as received. The picture was taken after\n"
+               "the command was started; if the camera has stopped, its last picture is saved,\n"
+               "with a message.\n";
     }
 
     void addOptions(Options& options) override {
@@ -146,7 +146,7 @@ class SnapshotCommand : public Command {
         }
         if (!result->fIsNew) {
             surroundings.fConsole.complain("The camera " + camera.fName +
-                                           " stands still. Its last picture is of " +
+                                           " has stopped. Its last picture is of " +
                                            timeText(result->fFrame.fTime) + '.');
         }
         return *result;

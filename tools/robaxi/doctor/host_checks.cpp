@@ -103,20 +103,20 @@ Finding checkHostName(Examination& examination) {
     } catch (const Failure& failure) {
         const std::string name = "The name " + examination.fTarget->fHost;
         if (failure.status() == ExitStatus::TimedOut) {
-            return {Verdict::Problem, name + " was not resolved in time, and nobody announces it.",
+            return {Verdict::Problem, name + " was not resolved in time, and it is not announced.",
                     "Check the DNS servers in /etc/resolv.conf; or use the robot's address."};
         }
         return {Verdict::Problem,
                 name + (examination.fHeardAnnouncements
-                            ? " does not resolve, and nobody announces it."
-                            : " does not resolve, and announcements could not be heard."),
+                            ? " does not resolve, and it is not announced."
+                            : " does not resolve, and announcements could not be received."),
                 "Check the spelling with 'robaxi list', and that the robot is switched on and on "
                 "this network; or use its address."};
     }
     const std::string& host = examination.fEndpoint->fHost;
     if (isAddress(host)) {
         examination.fAddresses = {host};
-        return {Verdict::Good, host + " is an address and needs no look-up.", {}};
+        return {Verdict::Good, host + " is an address and needs no lookup.", {}};
     }
     const auto resolved = examination.lookUp(host);
     if (resolved && !resolved->empty()) {
@@ -140,7 +140,7 @@ Finding checkAnnounced(Examination& examination) {
     }
     const AnnouncedHost* const host = examination.announcement();
     if (!examination.fHeardAnnouncements) {
-        return {Verdict::Skipped, "Announcements could not be heard.", {}};
+        return {Verdict::Skipped, "Announcements could not be received.", {}};
     }
     if (host == nullptr) {
         return {Verdict::Note,

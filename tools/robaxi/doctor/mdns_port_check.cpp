@@ -128,8 +128,8 @@ Finding checkMdnsPort(Examination& /*examination*/) {
     }
     if (!found[Outcome::PortKept].empty()) {
         return {Verdict::Skipped,
-                "Another program keeps UDP port 5353 for itself, so a firewall cannot be told from "
-                "it.",
+                "Another program uses UDP port 5353 exclusively, which looks the same as a "
+                "firewall.",
                 {}};
     }
     const std::string blocked = blockedAt(found[Outcome::SendingStopped], "on the way out of") +

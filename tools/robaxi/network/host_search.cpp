@@ -98,13 +98,14 @@ class HostSearch {
             "with 'robaxi doctor'.";
         const std::string found = "Found no robot or computer " + fTarget.fHost;
         if (!xIsResolverSilent()) {
-            throw Failure(ExitStatus::NotFound,
-                          found +
-                              (fAnnounced != nullptr
-                                   ? ": no announcement and no host has that name."
-                                   : ": no host has that name, and announcements cannot be heard "
-                                     "without the Avahi daemon.") +
-                              advice);
+            throw Failure(
+                ExitStatus::NotFound,
+                found +
+                    (fAnnounced != nullptr
+                         ? ": no announcement and no host has that name."
+                         : ": no host has that name, and announcements cannot be received "
+                           "without the Avahi daemon.") +
+                    advice);
         }
         throw Failure(ExitStatus::TimedOut,
                       found +

@@ -7,11 +7,11 @@ const std::vector<ExitCode>& exitCodes() {
         {"0", "it worked; for 'doctor': all is well"},
         {"1", "'doctor' found a problem"},
         {"2", "wrong usage, or settings (robaxi.conf) that cannot be used"},
-        {"3", "no robot or computer goes by that name"},
+        {"3", "no robot or computer has that name"},
         {"4", "nothing listens there, or no route leads there"},
         {"5", "no answer in time"},
         {"6", "the other side speaks another version of the protocol"},
-        {"7", "the robot does not let us in"},
+        {"7", "the robot refuses access"},
         {"8", "no such module, method, key or camera, or arguments that do not fit"},
         {"9", "the module ran and reported a failure"},
         {"10", "the connection was lost"},
@@ -19,10 +19,10 @@ const std::vector<ExitCode>& exitCodes() {
         {"12", "the results could not be written"},
         {"13", "anything else"},
         {"14", "the camera's picture is damaged or of an unknown format"},
-        {"15", "the robot is not known to be the right one: its certificate is not trusted"},
-        {"16", "the robot takes no more of these: connections, subscriptions, cameras"},
+        {"15", "the robot cannot be authenticated: its certificate is not trusted"},
+        {"16", "a limit of the robot is reached: connections, subscriptions, cameras"},
         {"129, 130, 143", "ended by SIGHUP, SIGINT (Ctrl-C), SIGTERM"},
-        {"141", "the reader of the results went away"},
+        {"141", "the reader of the results has closed"},
     };
     return codes;
 }

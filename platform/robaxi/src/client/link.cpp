@@ -20,10 +20,10 @@ namespace {
 Failure tokenMissing(const ClientSecurity& security) {
     if (security.withholdsToken()) {
         return {KVError::Cause::NotAuthorised,
-                "it asks for a token, which is not sent over a connection without TLS",
+                "it requires a token, which is not sent over a connection without TLS",
                 "Give the robot a certificate, or set plain-token = yes for it in robaxi.conf."};
     }
-    return {KVError::Cause::NotAuthorised, "it asks for a token",
+    return {KVError::Cause::NotAuthorised, "it requires a token",
             "Name the file with the robot's token under token in robaxi.conf."};
 }
 

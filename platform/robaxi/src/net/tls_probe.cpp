@@ -155,7 +155,7 @@ std::optional<Failure> findTlsFailure(const SocketAddress& listener, const Clien
     }
     if (outcome == Handshake::Outcome::NotTls) {
         return Failure{KVError::Cause::NotTrusted,
-                       "it does not speak TLS, which robaxi.conf asks for",
+                       "it does not use TLS, which robaxi.conf requires",
                        "Give the robot a certificate, or set tls = no for it in robaxi.conf."};
     }
     if (outcome == Handshake::Outcome::Silent) {
