@@ -1,6 +1,6 @@
-// Whether a connection is ever taken for lost while every processor is busy: calls, and a
-// subscription to changing values, beside four programs for each processor that do nothing but
-// compute. Prints a line a minute; the exit status is 0 when nothing was lost.
+// Checks that no connection is falsely reported as lost while every processor is busy: runs calls
+// and a subscription to changing values beside four compute-bound programs for each processor.
+// Prints a line a minute; the exit status is 0 if nothing was lost.
 //
 //   robaxi_soak [MINUTES]
 #include "brokers.h"
@@ -82,7 +82,7 @@ int compute() {
     return EXIT_SUCCESS;
 }
 
-/** The longest of some times, in milliseconds. */
+/** The maximum of some durations, in milliseconds. */
 class Longest {
   public:
     void take(Clock::duration duration) {
@@ -99,7 +99,7 @@ class Longest {
     Clock::duration fLongest{};
 };
 
-/** Counts updates and the time between two of them. */
+/** Counts updates and records the time between them. */
 class Updates : public KVSubscription::Listener {
   public:
     void keysAdded(const std::vector<KVKeyInfo>& /*keys*/) override {}
@@ -124,7 +124,7 @@ class Updates : public KVSubscription::Listener {
     Clock::time_point fLast;
 };
 
-/** Share of the processors' time in which they had nothing to do. */
+/** Share of the processors' idle time. */
 class Idleness {
   public:
     Idleness() : fAtStart(xRead()) {}

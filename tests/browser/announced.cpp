@@ -9,7 +9,7 @@ namespace obvista_test {
 namespace {
 
 KV::BonjourDiscovery::Map& writableMap() {
-    // The library hands its map out for reading only; the object itself is not constant.
+    // The library returns a const reference to its map; the object itself is not const.
     return const_cast<KV::BonjourDiscovery::Map&>(KV::BonjourDiscovery::getMap());
 }
 

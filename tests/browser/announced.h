@@ -11,8 +11,8 @@
 namespace obvista_test {
 
 /**
- * Puts hosts into the discovery map as the discovery library does, under its write lock, so that
- * the robot list can be tested without a network. The map is emptied on destruction.
+ * Puts hosts into the discovery map like the discovery library, with its write lock, so that the
+ * robot list can be tested without a network. The destructor empties the map.
  */
 class Announced {
   public:
@@ -21,7 +21,7 @@ class Announced {
     Announced(const Announced&) = delete;
     Announced& operator=(const Announced&) = delete;
 
-    /** Adds or replaces what a host announces; the profile object stays the same one. */
+    /** Adds or replaces the announcements of a host; the profile object remains the same. */
     boost::shared_ptr<KV::BonjourProfile> set(const std::string& hostName,
                                               const std::vector<KV::BonjourService>& services,
                                               const std::string& ip);
@@ -29,7 +29,7 @@ class Announced {
                                                 const std::string& ip);
     boost::shared_ptr<KV::BonjourProfile> computer(const std::string& hostName, int port,
                                                    const std::string& ip);
-    /** A robot whose middleware does not run. */
+    /** Adds a robot whose middleware is not running. */
     boost::shared_ptr<KV::BonjourProfile> robotWithoutMiddleware(const std::string& hostName,
                                                                  const std::string& ip);
     void withdraw(const std::string& hostName);

@@ -1,4 +1,4 @@
-// The choice of a connection: what the dialog shows at first, what it checks, what it remembers.
+// The choice of a connection: initial contents of the dialog, its checks, and its saved settings.
 
 #include "announced.h"
 #include "browserobots_dialog.h"
@@ -24,7 +24,7 @@ using KD::BrowseRobotsDialog;
 
 namespace {
 
-/** The dialog with the widgets that a user sees, found by what the user reads on them. */
+/** The dialog with its widgets, found by their visible texts. */
 class Dialog : public BrowseRobotsDialog {
   public:
     Dialog() : BrowseRobotsDialog(nullptr, QString(), QString()) {
@@ -51,7 +51,7 @@ class Dialog : public BrowseRobotsDialog {
 
     void select(int row) { fTree->topLevelItem(row)->setSelected(true); }
 
-    /** What getIPandPort() gives, or an empty address when it gives nothing. */
+    /** Returns the result of getIPandPort(), or an empty address if there is none. */
     QPair<QString, int> choice() {
         QPair<QString, int> result;
         getIPandPort(result.first, result.second);
@@ -178,7 +178,7 @@ class ChoiceTest : public QObject {
         QCOMPARE(dialog.fPort->text(), "1234");
         QCOMPARE(dialog.fIPBox->isChecked(), useIP);
         QCOMPARE(dialog.fIP->isEnabled(), useIP);
-        // A fixed address forces a fixed port and takes the choice away.
+        // A fixed address requires a fixed port and disables the list.
         QCOMPARE(dialog.fPortBox->isChecked(), useIP || usePort);
         QCOMPARE(dialog.fPort->isEnabled(), useIP || usePort);
         QCOMPARE(dialog.fPortBox->isEnabled(), !useIP);
@@ -253,7 +253,7 @@ class ChoiceTest : public QObject {
         QVERIFY(QApplication::overrideCursor() == nullptr);
     }
 
-    // The resolver waits without end for an Avahi daemon that hangs.
+    // The resolver waits forever for an Avahi daemon that hangs.
     void lookUpGivesUpAfterFiveSeconds() {
         Dialog dialog;
         const obvista_test::resolver::Hold hold;
@@ -374,7 +374,7 @@ class ChoiceTest : public QObject {
         QFile file(settings.fileName());
         QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.fileName()));
         const QByteArray content = file.readAll();
-        // A colon is written as %3A in the names of keys.
+        // A colon in the name of a key is encoded as %3A.
         for (const char* line : {"BrowseRobotsDialog%3A%3AdefaultIP=10.9.8.7\n",
                                  "BrowseRobotsDialog%3A%3AdefaultPort=2222\n",
                                  "BrowseRobotsDialog%3A%3AdefaultUseIP=true\n",

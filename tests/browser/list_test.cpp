@@ -1,4 +1,4 @@
-// The list of robots: rows, their kinds, favourites, and what happens when hosts come and go.
+// The list of robots: rows, their kinds, favourites, and hosts that come and go.
 
 #include "announced.h"
 #include "browserobots_dialog.h"
@@ -35,7 +35,7 @@ QByteArray png(const QSize& size, const QColor& color) {
     return bytes;
 }
 
-/** An ICO with one picture, of which it says that it has 64 x 64 pixels. */
+/** Returns an ICO with one picture, whose entry claims 64 x 64 pixels. */
 QByteArray iconFile(const QByteArray& png) {
     constexpr quint32 sizeOfHead = 22;
     constexpr quint16 icon = 1;
@@ -70,7 +70,7 @@ class ListTest : public QObject {
 
   private Q_SLOTS:
     void initTestCase() {
-        // One plain colour for each picture, so that a test can tell which is shown.
+        // One colour for each picture, so that a test can identify it.
         QVERIFY(fMedia.isValid());
         QDir(fMedia.path()).mkpath("images/bonjour");
         drawPicture(BrowseRobotsDialog::a_robot_on_image, Qt::green);
@@ -330,7 +330,7 @@ class ListTest : public QObject {
         QCOMPARE(ip, "10.0.0.2");
     }
 
-    // Ctrl and a click on another row choose the first one again, and leave the other one current.
+    // Ctrl and a click on another row select the first one again, and leave the other one current.
     void currentRowThatVanishesLeavesTheSelectedOneChosen() {
         Announced announced;
         for (const char* host : {"a.local", "b.local", "c.local"}) {
@@ -351,7 +351,7 @@ class ListTest : public QObject {
         QCOMPARE(dialog->getName(), "a");
     }
 
-    // A tree selects the neighbour of a current row that is removed. Connecting would then reach a
+    // When the current row is removed, a tree selects its neighbour. Connecting would then reach a
     // robot that the user did not choose.
     void selectedRowThatVanishesLeavesNothingChosen() {
         Announced announced;
@@ -502,7 +502,7 @@ class ListTest : public QObject {
         QVERIFY(image.save(fMedia.filePath(path)));
     }
 
-    // 400 million pixels, of which only the header and the first rows are there.
+    // 400 million pixels, of which only the header and the first rows exist.
     static QByteArray enormousPng() {
         QByteArray bytes = png({64, 64}, Qt::magenta);
         qToBigEndian<quint32>(20000, bytes.data() + 16);
@@ -526,7 +526,7 @@ class ListTest : public QObject {
         return result;
     }
 
-    /** Name, port, address and kind of each row. */
+    /** Returns name, port, address and kind of each row. */
     static QStringList rowTexts(const BrowseRobotsDialog& dialog) {
         QStringList result;
         for (int i = 0; i < tree(dialog)->topLevelItemCount(); ++i) {

@@ -1,4 +1,4 @@
-// What a robot says of its modules and keys, and of its failures.
+// A robot's descriptions of its modules, keys and failures.
 #include "failure.h"
 #include "fuzz_target.h"
 #include "wire/message_codec.h"

@@ -38,7 +38,7 @@ def open_channel(address, trust=None, name=None):
 
 
 class Client:
-    """One session with a robot. It reads, and sends heartbeats, on threads of its own."""
+    """One session with a robot. It reads, and sends heartbeats, on separate threads."""
 
     def __init__(self, address, version=messages.PROTOCOL_VERSION, takes_fragments=True, token=b"",
                  **security):

@@ -107,7 +107,7 @@ def run(modules, call):
 
 
 class Session:
-    """The robot's end of a session: reads on a thread of its own, and yields what it has to say."""
+    """The robot's end of a session: reads on a separate thread, and yields its messages."""
 
     def __init__(self, options, modules):
         self._options = options
@@ -195,7 +195,7 @@ class Window:
         self.sent = 0
 
     def follow(self, requests):
-        """Takes what else the client requests, on a thread of its own."""
+        """Handles the client's further requests, on a separate thread."""
         threading.Thread(target=self._read, args=[requests], daemon=True).start()
 
     def await_room(self):

@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# What the tests of the lab share, beside what all shell tests do.
+# Shared by the tests of the lab, in addition to the helpers of all shell tests.
 
 # shellcheck source-path=SCRIPTDIR source=../support/testing.sh
 . "$OBVISTA_SOURCE_DIR/tests/support/testing.sh"

@@ -65,7 +65,7 @@ TEST_F(SlowName, IsGivenUpWithTheTimeOut) {
 
     const auto end = Clock::now();
     client.reset();
-    EXPECT_LT(secondsSince(end), 0.5) << "nobody waits for the look-up that goes on";
+    EXPECT_LT(secondsSince(end), 0.5) << "nothing waits for the running lookup";
 
     nameServer().open();
     EXPECT_CAUSE(errorOf([] { KVConnection::open(makeClient(), a_slowName, 9559, 5); }),

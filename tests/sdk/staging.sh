@@ -1,20 +1,20 @@
 # shellcheck shell=bash
-# What the tests of the installation share.
+# Shared by the tests of the installation.
 
 # shellcheck source-path=SCRIPTDIR source=../support/testing.sh
 . "$OBVISTA_SOURCE_DIR/tests/support/testing.sh"
 
-# Nobody listens on it: it is privileged and long out of use.
+# Nothing listens on it: it is privileged and no longer in use.
 closed_port=1
 
-# stage FOLDER [ARGUMENT...]: installs the build into the folder, quietly when that works.
+# stage FOLDER [ARGUMENT...]: installs the build into the folder; silent on success.
 stage() {
     local folder=$1 said
     shift
     said=$(cmake --install "$OBVISTA_BUILD_DIR" --prefix "$folder" "$@" 2>&1) || fail "$said"
 }
 
-# files_in FOLDER: its files and links, sorted, as paths below the folder.
+# files_in FOLDER: prints its files and links, sorted, as paths below the folder.
 files_in() {
     (cd "$1" && find . ! -type d | sed 's|^\./||' | sort)
 }
@@ -28,8 +28,7 @@ expect_files() {
     done
 }
 
-# run_program COMMAND...: runs it without a display; sets program_status, program_output and
-# program_errors.
+# run_program COMMAND...: runs it without a display; sets program_status, program_output and program_errors.
 # shellcheck disable=SC2034  # read by the tests
 run_program() {
     program_status=0
@@ -38,8 +37,8 @@ run_program() {
     program_errors=$(<"$TMPDIR/errors")
 }
 
-# expect_working PROGRAM: Obvista runs, and finds its plugins and libraries. A viewer that cannot
-# connect says so, and says nothing when it was not even loaded.
+# expect_working PROGRAM: checks that Obvista runs, and finds its plugins and libraries. A viewer that cannot
+# connect reports it, but not if it could not be loaded.
 expect_working() {
     run_program "$1" --plugin memoryviewer --port "$closed_port"
     expect_match '^Failed to load plugin: ' "$program_errors"

@@ -14,7 +14,7 @@ namespace obvista_test {
 
 namespace {
 
-// Enough for the socket to be busy, little enough for a client that reads nothing.
+// Enough to keep the socket busy, little enough for a client that reads nothing.
 constexpr qint64 a_sendAhead = qint64{256} * 1024;
 
 }  // namespace
@@ -25,7 +25,7 @@ class ScriptedHttpServer::Worker : public QObject {
     explicit Worker(QList<ScriptedAnswer> answers) : fAnswers(std::move(answers)) {}
 
     ~Worker() override {
-        const QObjectList doomed = children();  // each takes itself out of the original
+        const QObjectList doomed = children();  // each removes itself from the original list
         qDeleteAll(doomed);
     }
 

@@ -10,35 +10,40 @@
 
 namespace obvista_test {
 
-/** What a ScriptedHttpServer does with one connection when the request's header has come. */
+/**
+ * The answer of a ScriptedHttpServer to one connection, sent when the request's header has arrived.
+ */
 struct ScriptedAnswer {
     enum class Then { Close, KeepOpen };
 
-    /** Sent as it stands, status line and header included. */
+    /** Sent unchanged, including status line and header. */
     QByteArray fBytes;
-    /** Done when everything is sent. */
+    /** Action after everything is sent. */
     Then fThen = Then::Close;
-    /** Sent after fBytes, over and over, until the client goes away. */
+    /** Sent repeatedly after fBytes, until the client disconnects. */
     QByteArray fEndless;
-    /** When not 0, fBytes goes out byte by byte, one in each such interval. */
+    /** If not 0, fBytes is sent byte by byte, one in each interval. */
     std::chrono::milliseconds fInterval{0};
 };
 
-/** A status line, a Content-Length that fits, the header lines given, and the body. */
+/**
+ * Returns an answer with a status line, a matching Content-Length, the given header lines, and the
+ * body.
+ */
 ScriptedAnswer answerWith(const QByteArray& status, const QByteArray& body,
                           const QByteArray& headerLines = QByteArray());
 
-/** An answer of `bytes` and then nothing more, while the connection stays open. */
+/** Returns an answer of `bytes` that keeps the connection open. */
 ScriptedAnswer answerThenSilence(const QByteArray& bytes);
 
 /**
- * A server whose answers are given byte by byte, and which keeps the requests byte by byte.
+ * A server whose answers are defined byte by byte, and which records the requests byte by byte.
  *
- * It works in a thread of its own. All operations may be called from any thread.
+ * It runs on a dedicated thread. All operations may be called from any thread.
  */
 class ScriptedHttpServer {
   public:
-    /** Listens when this returns; the program ends when it cannot. Port 0 takes a free one. */
+    /** Listens when this returns; terminates the program if it cannot. Port 0 uses a free one. */
     explicit ScriptedHttpServer(QList<ScriptedAnswer> answers,
                                 const QHostAddress& address = QHostAddress::LocalHost,
                                 quint16 port = 0);
@@ -47,10 +52,10 @@ class ScriptedHttpServer {
 
     quint16 port() const;
 
-    /** The headers of the requests, in the order in which they came. */
+    /** Returns the headers of the requests in the order of arrival. */
     QList<QByteArray> requests() const;
     int openConnections() const;
-    /** Bytes of answers that were handed to the network. */
+    /** Returns the bytes of answers that were passed to the network. */
     qint64 bytesSent() const;
 
   private:

@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# What tests written as shell scripts share: checks, and a runner for the functions named test_*.
+# Shared by tests written as shell scripts: checks, and a runner for the functions named test_*.
 
 fail() {
     echo "  FAILED: $*" >&2
@@ -29,7 +29,7 @@ expect_status() {
     [ "$status" -eq "$expected" ] || fail "expected status $expected of '$*' but got $status"
 }
 
-# expect_eventually SECONDS COMMAND...: the command succeeds before the time is over.
+# expect_eventually SECONDS COMMAND...: expects that the command succeeds before the time is over.
 expect_eventually() {
     local -i seconds=$1 deadline=$((SECONDS + $1))
     shift
@@ -39,7 +39,7 @@ expect_eventually() {
     done
 }
 
-# Waits for a child that may have been killed, which bash would remark on.
+# Waits for a child that may have been killed, and suppresses bash's message about it.
 wait_quietly() {
     wait "$1" 2>/dev/null
 }
@@ -56,7 +56,7 @@ elapsed_ms_since() {
     echo $(((${EPOCHREALTIME/[.,]/} - ${1/[.,]/}) / 1000))
 }
 
-# Runs each test_* function in a shell of its own, in which the first failure ends the test.
+# Runs each test_* function in a separate shell, in which the first failure ends the test.
 run_tests() {
     local name failures=0
     for name in $(compgen -A function test_); do

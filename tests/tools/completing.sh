@@ -1,10 +1,10 @@
 # shellcheck shell=bash
-# What the tests of completion share.
+# Shared by the tests of completion.
 
 PATH=$OBVISTA_BUILD_DIR/bin:$PATH
 readonly completion_framework=/usr/share/bash-completion/bash_completion
 
-# complete_words WORD...: what is offered for the last word, in one line.
+# complete_words WORD...: prints the completions of the last word, in one line.
 complete_words() {
     bash -c '
         shopt -s progcomp
@@ -12,7 +12,7 @@ complete_words() {
         . "$2"
         shift 2
         COMP_LINE="$*" COMP_POINT=${#COMP_LINE} COMP_TYPE=9 COMP_KEY=9
-        # Bash parts words at colons; the framework joins them again.
+        # Bash splits words at colons; the framework joins them again.
         COMP_WORDS=()
         for word in "$@"; do
             while [[ $word == *:* ]]; do

@@ -21,7 +21,7 @@ stop_dead_dns() {
     kill "$dead_dns_pid"
 }
 
-# with_dead_dns COMMAND...: runs a command whose resolver asks that server.
+# with_dead_dns COMMAND...: runs a command whose resolver uses that server.
 with_dead_dns() {
     # shellcheck disable=SC2016  # expanded by the inner shell
     unshare --mount bash -c \
