@@ -144,7 +144,7 @@ void measureFrames(int curves) {
           }));
     show(0, end);
     print("of that, thinning out alone (all points in view)", measure(a_frames, [&](int) {
-              ThinningView thinning;
+              DrawnPart thinning;
               thinning.fLeft = 0;
               thinning.fRight = end;
               thinning.fColumns = view->plotCanvas()->width();

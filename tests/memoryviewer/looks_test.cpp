@@ -1,5 +1,5 @@
 #include "memory_robot.h"
-#include "model/key_text.h"
+#include "model/key_cells.h"
 #include "viewer_driver.h"
 
 #include <QAbstractButton>

@@ -1,7 +1,7 @@
 #ifndef OBVISTA_MEMORYVIEWER_ROBOT_WRITER_H
 #define OBVISTA_MEMORYVIEWER_ROBOT_WRITER_H
 
-#include "editing/value_writer.h"
+#include <robaxi/kv_value.h>
 
 #include <boost/shared_ptr.hpp>
 
@@ -13,6 +13,17 @@ class KVBroker;
 class KVProxy;
 
 namespace memoryviewer {
+
+/** Writes values of keys, one at a time. */
+class ValueWriter {
+  public:
+    virtual ~ValueWriter() = default;
+
+    /** Writes and waits until the robot has accepted. @throws KVError when it has not */
+    virtual void write(const std::string& key, const KVValue& value) = 0;
+    /** Ends a write that is waiting on another thread, and every later one, with KVError. */
+    virtual void cancel() = 0;
+};
 
 /** Writes into the memory of a robot. It connects with the first write. */
 class RobotWriter : public ValueWriter {

@@ -1,7 +1,7 @@
 #ifndef OBVISTA_MEMORYVIEWER_WRITE_QUEUE_H
 #define OBVISTA_MEMORYVIEWER_WRITE_QUEUE_H
 
-#include "editing/value_writer.h"
+#include "editing/robot_writer.h"
 
 #include <QElapsedTimer>
 #include <QObject>

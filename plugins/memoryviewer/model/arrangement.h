@@ -2,6 +2,7 @@
 #define OBVISTA_MEMORYVIEWER_ARRANGEMENT_H
 
 #include "model/filter_expression.h"
+#include "model/key_cells.h"
 #include "model/memory_node.h"
 
 #include <Qt>
@@ -10,19 +11,6 @@
 #include <memory>
 
 namespace memoryviewer {
-
-class KeyStore;
-
-/** Columns of everything that shows keys. */
-enum KeyColumn {
-    NameColumn,
-    ValueColumn,
-    UnitColumn,
-    TypeColumn,
-    RateColumn,
-    AgeColumn,
-    ColumnCount
-};
 
 /** Which keys are shown, and in what order. */
 struct Arrangement {

@@ -1,9 +1,9 @@
 #include "model/key_value_source.h"
 
 #include "editing/write_queue.h"
-#include "model/arrangement.h"
-#include "model/key_text.h"
+#include "model/key_cells.h"
 #include "model/value_text.h"
+#include "session/key_store.h"
 
 namespace memoryviewer {
 

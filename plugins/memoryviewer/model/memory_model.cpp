@@ -1,6 +1,6 @@
 #include "model/memory_model.h"
 
-#include "model/key_text.h"
+#include "model/key_cells.h"
 #include "model/memory_node.h"
 #include "plots/key_mime.h"
 

@@ -50,10 +50,10 @@ QString binaryText(const KVValue& value) {
     return shown < size ? text + QStringLiteral(" \u2026") : text;
 }
 
-/** Writes one value, and those inside it, into a line. */
-class ValueWriter {
+/** A line that one value, and those inside it, are written into. */
+class ValueLine {
   public:
-    ValueWriter(int maxLength, Digits digits) : fLine(maxLength), fDigits(digits) {}
+    ValueLine(int maxLength, Digits digits) : fLine(maxLength), fDigits(digits) {}
 
     QString text() const { return fLine.text(); }
 
@@ -134,9 +134,9 @@ class ValueWriter {
 };
 
 QString writtenValue(const KVValue& value, int maxLength, Digits digits) {
-    ValueWriter writer(maxLength, digits);
-    writer.write(value);
-    return writer.text();
+    ValueLine line(maxLength, digits);
+    line.write(value);
+    return line.text();
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "model/watch_model.h"
 
-#include "model/arrangement.h"
-#include "model/key_text.h"
+#include "model/key_cells.h"
 #include "model/value_text.h"
 #include "plots/key_mime.h"
 

@@ -21,6 +21,12 @@ struct CurvePoint {
     }
 };
 
+/** How a curve goes from point to point. */
+enum class CurveShape {
+    Line,  ///< straight; for floating-point numbers
+    Steps  ///< each value holds until the next one; for integers and bools
+};
+
 /** The nearest time that a point can have. */
 std::int64_t pointTime(double microseconds);
 

@@ -25,9 +25,9 @@ bool isFar(const QPointF& point) {
 
 }  // namespace
 
-void CurveItem::prepare(const CurveHistory& history, ThinningView view) {
-    view.fShape = fShape;
-    fDrawn = thinOut(history, view);
+void CurveItem::prepare(const CurveHistory& history, DrawnPart part) {
+    part.fShape = fShape;
+    fDrawn = thinOut(history, part);
 }
 
 void CurveItem::draw(QPainter* painter, const QwtScaleMap& times, const QwtScaleMap& values,

@@ -23,8 +23,8 @@ class CurveItem : public QwtPlotItem {
     const QPen& pen() const { return fPen; }
     void setShape(CurveShape shape) { fShape = shape; }
 
-    /** @param view its shape is the item's own */
-    void prepare(const CurveHistory& history, ThinningView view);
+    /** @param part its shape is the item's own */
+    void prepare(const CurveHistory& history, DrawnPart part);
     const DrawnCurve& drawn() const { return fDrawn; }
 
     void draw(QPainter* painter, const QwtScaleMap& times, const QwtScaleMap& values,

@@ -1,7 +1,7 @@
 #ifndef OBVISTA_MEMORYVIEWER_NEWEST_TIME_H
 #define OBVISTA_MEMORYVIEWER_NEWEST_TIME_H
 
-#include "plots/plot_sample.h"
+#include "plots/plotted_keys.h"
 
 #include <QElapsedTimer>
 

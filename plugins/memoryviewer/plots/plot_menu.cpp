@@ -1,13 +1,13 @@
 #include "plots/plot_menu.h"
 
 #include "plots/plot_choice.h"
+#include "plots/plot_saving.h"
 #include "plots/plot_stack.h"
 #include "plots/plot_view.h"
-#include "plots/save_actions.h"
 
 namespace memoryviewer {
 
-PlotMenu::PlotMenu(PlotStack* plots, PlotChoice* choice, SaveActions* saving, int key,
+PlotMenu::PlotMenu(PlotStack* plots, PlotChoice* choice, PlotSaving* saving, int key,
                    QWidget* parent)
     : QMenu(parent), fPlots(plots), fChoice(choice) {
     setObjectName(QStringLiteral("plotMenu"));

@@ -9,7 +9,7 @@ namespace memoryviewer {
 
 class PlotChoice;
 class PlotStack;
-class SaveActions;
+class PlotSaving;
 
 /** What is done with one plot, and with the curve that is chosen in it. */
 class PlotMenu : public QMenu {
@@ -17,7 +17,7 @@ class PlotMenu : public QMenu {
 
   public:
     /** All must outlive the menu. @param key the chosen curve's, -1 without one */
-    PlotMenu(PlotStack* plots, PlotChoice* choice, SaveActions* saving, int key, QWidget* parent);
+    PlotMenu(PlotStack* plots, PlotChoice* choice, PlotSaving* saving, int key, QWidget* parent);
 
   Q_SIGNALS:
     void showAllRequested();

@@ -12,7 +12,6 @@
 #include "plots/plot_stack.h"
 #include "plots/plot_tool_bar.h"
 #include "plots/plot_view.h"
-#include "plots/save_actions.h"
 #include "plots/time_axis.h"
 
 #include <obvista/viewer/labels.h>
@@ -52,8 +51,7 @@ PlotPanel::PlotPanel(QWidget* parent)
       fPlots(new PlotStack(fTime, fHistory.get(), this)),
       fChoice(new PlotChoice(fPlots, fHistory.get(), this)),
       fSaving(new PlotSaving(fPlots, fChoice, fHistory.get(), fTime, this)),
-      fSaveActions(new SaveActions(this)),
-      fToolBar(new PlotToolBar(fTime, fSaveActions, this)),
+      fToolBar(new PlotToolBar(fTime, fSaving, this)),
       fPages(new QStackedLayout),
       fContent(new QWidget(this)),
       fColumns(new QSplitter(this)),
@@ -175,8 +173,6 @@ void PlotPanel::xConnectActions() {
     connect(fToolBar, &PlotToolBar::newPlotRequested, this, &PlotPanel::addPlot);
     connect(fToolBar, &PlotToolBar::clearRequested, this, &PlotPanel::clearPoints);
     connect(fToolBar, &PlotToolBar::removeAllRequested, this, &PlotPanel::removeAll);
-    connect(fSaveActions, &SaveActions::pictureRequested, fSaving, &PlotSaving::askToSavePicture);
-    connect(fSaveActions, &SaveActions::pointsRequested, fSaving, &PlotSaving::askToSavePoints);
     connect(fSaving, &PlotSaving::said, this, &PlotPanel::xSay);
     connect(fSaving, &PlotSaving::saved, this, [this](const QString& text) {
         xSay(text);
@@ -409,7 +405,7 @@ void PlotPanel::xShowMenu(const QPoint& position) {
     }
     const bool isInCurrentPlot = fLegend->currentPlot() == static_cast<int>(fPlots->current());
     const int key = isInCurrentPlot ? fLegend->currentKey() : -1;
-    auto* menu = new PlotMenu(fPlots, fChoice, fSaveActions, key, this);
+    auto* menu = new PlotMenu(fPlots, fChoice, fSaving, key, this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     connect(menu, &PlotMenu::showAllRequested, this, &PlotPanel::showAll);
     menu->popup(position);

@@ -1,9 +1,8 @@
 #ifndef OBVISTA_MEMORYVIEWER_PLOT_PANEL_H
 #define OBVISTA_MEMORYVIEWER_PLOT_PANEL_H
 
-#include "plots/curve_shape.h"
+#include "plots/curve_history.h"
 #include "plots/newest_time.h"
-#include "plots/plot_sample.h"
 #include "plots/plotted_keys.h"
 
 #include <QStringList>
@@ -30,7 +29,6 @@ class PlotSaving;
 class PlotStack;
 class PlotToolBar;
 class PlotView;
-class SaveActions;
 class TimeAxis;
 struct LegendEntry;
 
@@ -167,7 +165,6 @@ class PlotPanel : public QWidget {
     PlotStack* fPlots;
     PlotChoice* fChoice;
     PlotSaving* fSaving;
-    SaveActions* fSaveActions;
 
     PlotToolBar* fToolBar;
     QStackedLayout* fPages;

@@ -12,6 +12,7 @@
 
 #include <QFileInfo>
 #include <QLocale>
+#include <QMenu>
 
 #include <limits>
 #include <utility>
@@ -38,14 +39,20 @@ PlotSaving::PlotSaving(const PlotStack* plots, const PlotChoice* choice, const P
     connect(fExport, &PointExport::finished, this, &PlotSaving::xOnExported);
 }
 
-void PlotSaving::askToSavePicture() {
+void PlotSaving::addTo(QMenu& menu) {
+    menu.addAction(tr("Save &picture (PNG)\u2026"), this, &PlotSaving::xAskToSavePicture);
+    menu.addAction(tr("Save p&oints shown (CSV)\u2026"), this, [this] { xAskToSavePoints(true); });
+    menu.addAction(tr("Save all poin&ts (CSV)\u2026"), this, [this] { xAskToSavePoints(false); });
+}
+
+void PlotSaving::xAskToSavePicture() {
     askForFile(
         fWidget,
         {tr("Save picture"), tr("Pictures (*.png)"), QStringLiteral("png"), QStringLiteral("plot")},
         [this](const QString& file) { savePicture(file); });
 }
 
-void PlotSaving::askToSavePoints(bool onlyShown) {
+void PlotSaving::xAskToSavePoints(bool onlyShown) {
     askForFile(fWidget,
                {tr("Save points"), tr("Comma-separated values (*.csv)"), QStringLiteral("csv"),
                 QStringLiteral("plot")},

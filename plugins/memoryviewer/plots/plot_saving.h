@@ -3,6 +3,8 @@
 
 #include <QObject>
 
+class QMenu;
+
 namespace memoryviewer {
 
 class PlotChoice;
@@ -24,9 +26,8 @@ class PlotSaving : public QObject {
     /** On a thread of its own. */
     void savePoints(const QString& fileName, bool onlyShown);
 
-    /** The user chooses the file. */
-    void askToSavePicture();
-    void askToSavePoints(bool onlyShown);
+    /** Adds the ways to save, for which the user chooses the file. */
+    void addTo(QMenu& menu);
 
   Q_SIGNALS:
     /** An answer to the user, to be shown as plain text. */
@@ -35,6 +36,8 @@ class PlotSaving : public QObject {
     void saved(const QString& text);
 
   private:
+    void xAskToSavePicture();
+    void xAskToSavePoints(bool onlyShown);
     void xTell(const QString& error, const QString& done);
     void xOnExported(const QString& fileName, qint64 rows, const QString& error);
 

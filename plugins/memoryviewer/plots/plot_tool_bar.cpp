@@ -1,6 +1,6 @@
 #include "plots/plot_tool_bar.h"
 
-#include "plots/save_actions.h"
+#include "plots/plot_saving.h"
 #include "plots/time_axis.h"
 
 #include <base/time.h>
@@ -31,7 +31,7 @@ constexpr NamedSpan a_spans[] = {
 
 }  // namespace
 
-PlotToolBar::PlotToolBar(TimeAxis* time, SaveActions* saving, QWidget* parent)
+PlotToolBar::PlotToolBar(TimeAxis* time, PlotSaving* saving, QWidget* parent)
     : QToolBar(tr("Plots"), parent) {
     setToolButtonStyle(Qt::ToolButtonTextOnly);
     auto* save = new QMenu(this);

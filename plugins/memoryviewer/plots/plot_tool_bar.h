@@ -9,7 +9,7 @@ class QMenu;
 
 namespace memoryviewer {
 
-class SaveActions;
+class PlotSaving;
 class TimeAxis;
 
 /** What is done with all plots together, or with the current one. */
@@ -18,7 +18,7 @@ class PlotToolBar : public QToolBar {
 
   public:
     /** Both must outlive the bar. */
-    PlotToolBar(TimeAxis* time, SaveActions* saving, QWidget* parent);
+    PlotToolBar(TimeAxis* time, PlotSaving* saving, QWidget* parent);
 
     /** Whether there is a plot for the actions that need one. */
     void setHasPlots(bool hasPlots);

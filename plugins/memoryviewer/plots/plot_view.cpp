@@ -117,14 +117,14 @@ void PlotView::setShowsTimes(bool showsTimes) {
 }
 
 void PlotView::refresh() {
-    ThinningView view;
-    view.fLeft = fTime->left();
-    view.fRight = fTime->right();
-    view.fColumns = std::max(1, qRound(fCanvas->width() * devicePixelRatioF()));
-    view.fNow = fTime->now();
-    view.fHoldTime = fHoldTime;
+    DrawnPart part;
+    part.fLeft = fTime->left();
+    part.fRight = fTime->right();
+    part.fColumns = std::max(1, qRound(fCanvas->width() * devicePixelRatioF()));
+    part.fNow = fTime->now();
+    part.fHoldTime = fHoldTime;
     for (const auto& item : fItems) {
-        item->prepare(fHistory->curve(item->key()), view);
+        item->prepare(fHistory->curve(item->key()), part);
     }
     xFitTimes();
     xFitValues();

@@ -1,7 +1,7 @@
 #ifndef OBVISTA_MEMORYVIEWER_PLOTTED_KEYS_H
 #define OBVISTA_MEMORYVIEWER_PLOTTED_KEYS_H
 
-#include "plots/curve_shape.h"
+#include "plots/curve_history.h"
 
 #include <QHash>
 #include <QString>
@@ -19,6 +19,13 @@ struct PlottedKey {
     QString fUnit;
     CurveShape fShape = CurveShape::Line;
     int fColour = 0;  ///< see curvePen()
+};
+
+/** A value of a plotted key. */
+struct PlotSample {
+    int fKey = -1;      ///< see PlotPanel::keyHandle()
+    qint64 fTime = 0;   ///< microseconds by the robot's clock
+    double fValue = 0;  ///< not-a-number makes a gap
 };
 
 /** Finds the metadata of a key by its name; nothing if it has no numbers. */

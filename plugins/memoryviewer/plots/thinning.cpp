@@ -12,17 +12,17 @@ namespace {
  *  time has up to 4, and as many again where values hold. */
 constexpr std::size_t a_maxPointsPerColumn = 16;
 
-/** Where times lie in the view. */
+/** Where times lie in the part. */
 class Columns {
   public:
-    explicit Columns(const ThinningView& view)
-        : fLeft(view.fLeft),
-          fRight(view.fRight),
-          fCount(std::max(view.fColumns, 1)),
-          fPerMicrosecond(fCount / (view.fRight - view.fLeft)) {}
+    explicit Columns(const DrawnPart& part)
+        : fLeft(part.fLeft),
+          fRight(part.fRight),
+          fCount(std::max(part.fColumns, 1)),
+          fPerMicrosecond(fCount / (part.fRight - part.fLeft)) {}
 
     int count() const { return fCount; }
-    /** -1 and count() stand for all that is on either side of the view. */
+    /** -1 and count() stand for all that is on either side of the part. */
     int of(double time) const {
         if (time < fLeft) {
             return -1;
@@ -46,14 +46,14 @@ DrawnPoint drawn(const CurvePoint& point) {
 }
 
 /** Whether the value of a point is drawn as one that held until a later time. */
-bool holdsUntil(const ThinningView& view, double from, double to) {
-    return to > from && (view.fShape == CurveShape::Steps || to - from > view.fHoldTime);
+bool holdsUntil(const DrawnPart& part, double from, double to) {
+    return to > from && (part.fShape == CurveShape::Steps || to - from > part.fHoldTime);
 }
 
 /** Appends points and keeps the shape of the curve between them. */
 class LineWriter {
   public:
-    LineWriter(const ThinningView& view, DrawnCurve& curve) : fView(view), fCurve(curve) {}
+    LineWriter(const DrawnPart& part, DrawnCurve& curve) : fPart(part), fCurve(curve) {}
 
     void end() { fIsInLine = false; }
 
@@ -63,7 +63,7 @@ class LineWriter {
             fIsInLine = true;
         } else {
             const DrawnPoint before = fCurve.fPoints.back();
-            if (holdsUntil(fView, before.fTime, point.fTime) && point.fValue != before.fValue) {
+            if (holdsUntil(fPart, before.fTime, point.fTime) && point.fValue != before.fValue) {
                 fCurve.fPoints.push_back({point.fTime, before.fValue});
             }
         }
@@ -71,7 +71,7 @@ class LineWriter {
     }
 
   private:
-    const ThinningView& fView;
+    const DrawnPart& fPart;
     DrawnCurve& fCurve;
     bool fIsInLine = false;
 };
@@ -145,11 +145,11 @@ PointSummary summaryOf(const CurvePoint& point) {
     return summary;
 }
 
-/** Follows the curve and gives what lies in the view, and its neighbours, to the merger. */
+/** Follows the curve and gives what lies in the part, and its neighbours, to the merger. */
 class Thinner : public CurveHistory::Visitor {
   public:
-    explicit Thinner(const ThinningView& view)
-        : fView(view), fColumns(view), fWriter(view, fCurve), fMerger(fWriter) {}
+    explicit Thinner(const DrawnPart& part)
+        : fPart(part), fColumns(part), fWriter(part, fCurve), fMerger(fWriter) {}
 
     bool takeGroup(const PointSummary& group) override {
         if (fIsTooFine) {
@@ -184,7 +184,7 @@ class Thinner : public CurveHistory::Visitor {
         }
         const int column = fColumns.of(static_cast<double>(point.fTime));
         xComeTo(column, beginsAnew);
-        // A point beside the view is drawn when the line to it passes through the view.
+        // A point beside the part is drawn when the line to it passes through the part.
         const bool isDrawn = fColumns.isInView(column) || (fBefore && fBeforeColumn != column);
         if (isDrawn) {
             xAdd(column, summaryOf(point));
@@ -207,7 +207,7 @@ class Thinner : public CurveHistory::Visitor {
     void xTakeGap(const CurvePoint& gap, bool beginsAnew) {
         const bool wasHeld =
             fBefore && !beginsAnew &&
-            holdsUntil(fView, static_cast<double>(fBefore->fTime), static_cast<double>(gap.fTime));
+            holdsUntil(fPart, static_cast<double>(fBefore->fTime), static_cast<double>(gap.fTime));
         if (wasHeld) {
             takePoint({gap.fTime, fBefore->fValue}, false);
         }
@@ -215,7 +215,7 @@ class Thinner : public CurveHistory::Visitor {
         fBefore.reset();
     }
 
-    /** Begins another line, or draws the neighbour that a line comes from into the view. */
+    /** Begins another line, or draws the neighbour that a line comes from into the part. */
     void xComeTo(int column, bool beginsAnew) {
         if (beginsAnew) {
             fMerger.endLine();
@@ -238,7 +238,7 @@ class Thinner : public CurveHistory::Visitor {
         fIsBeforeDrawn = false;
     }
 
-    const ThinningView& fView;
+    const DrawnPart& fPart;
     Columns fColumns;
     DrawnCurve fCurve;
     LineWriter fWriter;
@@ -252,8 +252,8 @@ class Thinner : public CurveHistory::Visitor {
 /** The extent of the values in each column, and no line from one to the next. */
 class Envelope : public CurveHistory::Visitor {
   public:
-    explicit Envelope(const ThinningView& view)
-        : fColumns(view), fView(view), fSpans(static_cast<std::size_t>(fColumns.count())) {}
+    explicit Envelope(const DrawnPart& part)
+        : fColumns(part), fPart(part), fSpans(static_cast<std::size_t>(fColumns.count())) {}
 
     bool takeGroup(const PointSummary& group) override {
         const int column = fColumns.of(static_cast<double>(group.fEarliest));
@@ -276,12 +276,12 @@ class Envelope : public CurveHistory::Visitor {
 
     DrawnCurve finish() const {
         DrawnCurve curve;
-        const double width = (fView.fRight - fView.fLeft) / fColumns.count();
+        const double width = (fPart.fRight - fPart.fLeft) / fColumns.count();
         for (std::size_t column = 0; column < fSpans.size(); ++column) {
             if (fSpans[column].isEmpty()) {
                 continue;
             }
-            const double time = fView.fLeft + (static_cast<double>(column) + 0.5) * width;
+            const double time = fPart.fLeft + (static_cast<double>(column) + 0.5) * width;
             curve.fLines.push_back(curve.fPoints.size());
             curve.fPoints.push_back({time, fSpans[column].fMinimum});
             curve.fPoints.push_back({time, fSpans[column].fMaximum});
@@ -293,27 +293,27 @@ class Envelope : public CurveHistory::Visitor {
     void xAdd(int column, double value) { fSpans[static_cast<std::size_t>(column)].add(value); }
 
     Columns fColumns;
-    const ThinningView& fView;
+    const DrawnPart& fPart;
     std::vector<ValueSpan> fSpans;
 };
 
 }  // namespace
 
-DrawnCurve thinOut(const CurveHistory& curve, const ThinningView& view) {
+DrawnCurve thinOut(const CurveHistory& curve, const DrawnPart& part) {
     // Written so that not-a-number is refused too.
-    if (!(view.fRight > view.fLeft) || curve.isEmpty()) {
+    if (!(part.fRight > part.fLeft) || curve.isEmpty()) {
         return {};
     }
-    Thinner thinner(view);
+    Thinner thinner(part);
     curve.visit(thinner);
     const CurvePoint last = curve.last();
-    if (view.fNow > static_cast<double>(last.fTime)) {
-        thinner.takePoint({pointTime(view.fNow), last.fValue}, false);
+    if (part.fNow > static_cast<double>(last.fTime)) {
+        thinner.takePoint({pointTime(part.fNow), last.fValue}, false);
     }
     if (!thinner.isTooFine()) {
         return thinner.finish();
     }
-    Envelope envelope(view);
+    Envelope envelope(part);
     curve.visit(envelope);
     return envelope.finish();
 }

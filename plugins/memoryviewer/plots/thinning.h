@@ -2,7 +2,6 @@
 #define OBVISTA_MEMORYVIEWER_THINNING_H
 
 #include "plots/curve_history.h"
-#include "plots/curve_shape.h"
 
 #include <cstddef>
 #include <limits>
@@ -11,7 +10,7 @@
 namespace memoryviewer {
 
 /** The part of a curve that is drawn, and how. */
-struct ThinningView {
+struct DrawnPart {
     double fLeft = 0;   ///< microseconds
     double fRight = 0;  ///< microseconds, after fLeft
     int fColumns = 1;   ///< of pixels between them, at least 1
@@ -46,13 +45,13 @@ struct DrawnCurve {
 
 /**
  * Leaves out what would not be seen: of the points in one column of pixels, the first, the lowest,
- * the highest and the last are kept, of those on either side of the view the nearest one. Lines end
+ * the highest and the last are kept, of those on either side of the part the nearest one. Lines end
  * where the curve has a gap or its time goes back, unless that is narrower than a column.
  *
  * A robot whose clock goes back thousands of times would give more lines than can be drawn; of such
  * a curve the extent of each column remains.
  */
-DrawnCurve thinOut(const CurveHistory& curve, const ThinningView& view);
+DrawnCurve thinOut(const CurveHistory& curve, const DrawnPart& part);
 
 /** Lowest and highest value. */
 struct ValueSpan {

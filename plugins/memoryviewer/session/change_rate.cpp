@@ -35,17 +35,17 @@ void ChangeTimes::add(std::int64_t time) {
     }
 }
 
-void ChangeRate::follow(double updatesPerSecond) {
-    if (updatesPerSecond == fFollowRate) {
+void ChangeRate::setUpdateRate(double updatesPerSecond) {
+    if (updatesPerSecond == fUpdateRate) {
         return;
     }
-    if (fFollowRate == 0) {
+    if (fUpdateRate == 0) {
         *this = ChangeRate();
     } else if (updatesPerSecond > 0 && fBase != 0) {
         // Changes at the former rate say nothing of those to come; what is shown stays until then.
         xBegin(fLast);
     }
-    fFollowRate = updatesPerSecond;
+    fUpdateRate = updatesPerSecond;
 }
 
 void ChangeRate::xBegin(std::int64_t time) {
@@ -55,7 +55,7 @@ void ChangeRate::xBegin(std::int64_t time) {
 }
 
 void ChangeRate::add(const ChangeTimes& times, std::int64_t now) {
-    if (fFollowRate == 0) {
+    if (fUpdateRate == 0) {
         return;
     }
     const bool isBeginning = fBase == 0 || times.first() < fLast;
@@ -100,7 +100,7 @@ ChangeRate::Turn ChangeRate::xSum() const {
 }
 
 void ChangeRate::endTurn(std::int64_t now) {
-    if (fBase == 0 || fFollowRate == 0) {
+    if (fBase == 0 || fUpdateRate == 0) {
         return;
     }
     const Turn sum = xSum();
@@ -117,10 +117,10 @@ void ChangeRate::xMeasure(const Turn& sum) {
         sum.fChanges > 1 && secondsBetween(fBase, sum.fFirst) > a_windowSeconds;
     fSpan = hasJustBegun ? std::max(secondsBetween(sum.fFirst, sum.fLast), a_windowSeconds)
                          : secondsBetween(fBase, sum.fLast);
-    fMeasured = std::min(sum.fChanges / fSpan, fFollowRate);
+    fMeasured = std::min(sum.fChanges / fSpan, fUpdateRate);
     fPause =
         hasJustBegun ? 0 : static_cast<double>(sum.fLongestGap) / base::a_microsecondsPerSecond;
-    const double hiding = a_periodsThatHide / fFollowRate;
+    const double hiding = a_periodsThatHide / fUpdateRate;
     fIsLowerBound = fMeasured * hiding > 1 ||
                     static_cast<double>(sum.fShortestGap) / base::a_microsecondsPerSecond < hiding;
 }
@@ -130,7 +130,7 @@ void ChangeRate::xShow(const Turn& sum, std::int64_t now) {
     if (fMeasured <= 0) {
         return;
     }
-    const double standstill = secondsBetween(fArrival, now) - a_wayOfAChange - 1 / fFollowRate;
+    const double standstill = secondsBetween(fArrival, now) - a_wayOfAChange - 1 / fUpdateRate;
     const double period = 1 / fMeasured;
     const double overdue = standstill - std::max(fPause, period);
     if (standstill > std::max(a_longestStandstill, a_periodsOfStandstill * period)) {

@@ -45,7 +45,7 @@ class ChangeRate {
      * Sets how often the robot is asked for the key, updates a second; 0 when it is not, which
      * keeps the rate as it is. When it is asked again, the rate is unknown at first.
      */
-    void follow(double updatesPerSecond);
+    void setUpdateRate(double updatesPerSecond);
 
     /** @param now microseconds by a clock of this machine that is never set */
     void add(const ChangeTimes& times, std::int64_t now);
@@ -79,7 +79,7 @@ class ChangeRate {
     std::int64_t fBase = 0;            // last change before them; 0 before the first change
     std::int64_t fLast = 0;            // newest change
     std::int64_t fArrival = 0;         // when it came
-    double fFollowRate = 0;
+    double fUpdateRate = 0;
     double fSpan = 0;      // seconds to which the changes of the turns belong
     double fPause = 0;     // longest time between two of them, seconds
     double fMeasured = 0;  // while it changed

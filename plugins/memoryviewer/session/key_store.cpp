@@ -145,29 +145,29 @@ void KeyStore::endTurn() {
     }
 }
 
-void KeyStore::setFollowRates(const SubscriptionPlan& plan, double fastRate, double slowRate) {
+void KeyStore::setUpdateRates(const SubscriptionPlan& plan, double fastRate, double slowRate) {
     if (plan == fPlan && fastRate == fFastRate) {
         return;
     }
-    const auto unfollow = [&](const std::vector<std::uint32_t>& before) {
+    const auto forget = [&](const std::vector<std::uint32_t>& before) {
         std::vector<std::uint32_t> ended;
         std::copy_if(before.begin(), before.end(), std::back_inserter(ended),
                      [&plan](std::uint32_t id) { return !plan.contains(id); });
-        xFollow(ended, 0);
+        xSetUpdateRate(ended, 0);
     };
-    unfollow(fPlan.fFast);
-    unfollow(fPlan.fSlow);
-    xFollow(plan.fFast, fastRate);
-    xFollow(plan.fSlow, slowRate);
+    forget(fPlan.fFast);
+    forget(fPlan.fSlow);
+    xSetUpdateRate(plan.fFast, fastRate);
+    xSetUpdateRate(plan.fSlow, slowRate);
     fPlan = plan;
     fFastRate = fastRate;
 }
 
-void KeyStore::xFollow(const std::vector<std::uint32_t>& ids, double updatesPerSecond) {
+void KeyStore::xSetUpdateRate(const std::vector<std::uint32_t>& ids, double updatesPerSecond) {
     for (const std::uint32_t id : ids) {
         const auto found = fKeys.find(id);
         if (found != fKeys.end()) {
-            found->second->fRate.follow(updatesPerSecond);
+            found->second->fRate.setUpdateRate(updatesPerSecond);
         }
     }
 }

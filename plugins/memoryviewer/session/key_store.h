@@ -47,7 +47,7 @@ class KeyStore : public QObject {
 
     /** Sets how often the robot is asked for each key, updates a second; 0 for all others. Cheap
      *  when that is what it was. */
-    void setFollowRates(const SubscriptionPlan& plan, double fastRate, double slowRate);
+    void setUpdateRates(const SubscriptionPlan& plan, double fastRate, double slowRate);
     /** Brings rates up to date; to be called about once a second. */
     void endTurn();
 
@@ -79,7 +79,7 @@ class KeyStore : public QObject {
     void xForgetName(MemoryKey& key);
     void xSeeNewest(const std::vector<MergedChange>& changes);
     bool xTakeOver(MemoryKey& key, MergedChange& change);
-    void xFollow(const std::vector<std::uint32_t>& ids, double updatesPerSecond);
+    void xSetUpdateRate(const std::vector<std::uint32_t>& ids, double updatesPerSecond);
     /** By a clock that is never set, microseconds. */
     std::int64_t xSteadyNow() const;
 

@@ -8,9 +8,9 @@ namespace memoryviewer {
 
 namespace {
 
-/** Most changes of keys that are followed closely between two calls of take(). The GUI thread takes
- *  them 25 times a second; when it does not, it is better to lose some than all memory. */
-constexpr std::size_t a_mostFollowed = 500000;
+/** Most changes kept, of keys of which every change is, between two calls of take(). The GUI thread
+ *  takes them 25 times a second; when it does not, it is better to lose some than all memory. */
+constexpr std::size_t a_mostChangesKept = 500000;
 
 }  // namespace
 
@@ -43,9 +43,9 @@ MemoryBatch MemoryFeed::take() {
     return batch;
 }
 
-void MemoryFeed::setFollowed(std::unordered_set<std::uint32_t> ids) {
+void MemoryFeed::keepEveryChangeOf(std::unordered_set<std::uint32_t> ids) {
     const std::lock_guard<std::mutex> lock(fMutex);
-    fFollowedIds = std::move(ids);
+    fEveryChangeIds = std::move(ids);
 }
 
 void MemoryFeed::reportLost(const KVError& error) {
@@ -85,9 +85,9 @@ void MemoryFeed::valuesChanged(const std::vector<KVChange>& changes) {
     fPending.fBatch.fUpdates += changes.size();
     fPending.fBatch.fArrival = base::microsecondsNow();
     for (const KVChange& change : changes) {
-        if (fFollowedIds.count(change.fId) != 0 &&
-            fPending.fBatch.fFollowed.size() < a_mostFollowed) {
-            fPending.fBatch.fFollowed.push_back(change);
+        if (fEveryChangeIds.count(change.fId) != 0 &&
+            fPending.fBatch.fEveryChange.size() < a_mostChangesKept) {
+            fPending.fBatch.fEveryChange.push_back(change);
         }
         xMerge(change);
     }

@@ -30,7 +30,7 @@ struct MemoryBatch {
     std::vector<std::uint32_t> fRemoved;  ///< to be applied before fAdded
     std::vector<KVKeyInfo> fAdded;        ///< in no particular order
     std::vector<MergedChange> fChanged;   ///< the newest value of each key, to be applied last
-    std::vector<KVChange> fFollowed;      ///< every change of the keys that are followed closely
+    std::vector<KVChange> fEveryChange;   ///< of the keys chosen with keepEveryChangeOf()
     std::size_t fUpdates = 0;             ///< values received, those merged away included
     std::int64_t fArrival = 0;  ///< of the last of them, microseconds since 1970 by our clock
     End fEnd = End::None;
@@ -41,9 +41,9 @@ struct MemoryBatch {
 /**
  * Takes what a robot sends from the library's threads to the GUI thread.
  *
- * However fast the robot is, only the newest value of each key is kept, but for the few that are
- * followed closely, and one notice is given for everything that comes between two calls of take().
- * All operations may be called from any thread.
+ * However fast the robot is, only the newest value of each key is kept, but for the few of
+ * which every change is kept, and one notice is given for everything that comes between two calls
+ * of take(). All operations may be called from any thread.
  */
 class MemoryFeed : public KVSubscription::Listener {
   public:
@@ -58,7 +58,7 @@ class MemoryFeed : public KVSubscription::Listener {
     MemoryBatch take();
 
     /** Keys of which every change is wanted, for a plot or a recording. */
-    void setFollowed(std::unordered_set<std::uint32_t> ids);
+    void keepEveryChangeOf(std::unordered_set<std::uint32_t> ids);
 
     /** The connection is lost. The first end that is reported is the one that is kept. */
     void reportLost(const KVError& error);
@@ -83,7 +83,7 @@ class MemoryFeed : public KVSubscription::Listener {
 
     std::mutex fMutex;
     Pending fPending;
-    std::unordered_set<std::uint32_t> fFollowedIds;
+    std::unordered_set<std::uint32_t> fEveryChangeIds;
     std::function<void()> fNotice;
     bool fHasSomething = false;
     bool fHasNotified = false;

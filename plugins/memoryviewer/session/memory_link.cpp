@@ -40,7 +40,7 @@ void MemoryLink::xStop() {
     fFast.reset();
 }
 
-void MemoryLink::follow(const SubscriptionPlan& plan, int rate) {
+void MemoryLink::subscribe(const SubscriptionPlan& plan, int rate) {
     if (isClosed()) {
         return;
     }

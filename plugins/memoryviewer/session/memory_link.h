@@ -41,7 +41,7 @@ class MemoryLink : public viewer::RobotLink {
      *
      * @param rate of the fast ones, updates a second
      */
-    void follow(const SubscriptionPlan& plan, int rate);
+    void subscribe(const SubscriptionPlan& plan, int rate);
 
     /** Seconds that a question to the robot takes; negative when that is not known. */
     double roundTrip() const;

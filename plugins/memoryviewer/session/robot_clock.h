@@ -15,7 +15,7 @@ namespace memoryviewer {
 class RobotClock {
   public:
     /**
-     * A change that happened while its key was followed.
+     * Takes note of a change that happened while its key was subscribed to.
      *
      * @param stamp of the change, microseconds since 1970-01-01 UTC by the robot's clock
      * @param arrival by this machine's clock

@@ -1,6 +1,6 @@
 #include "view/column_menu.h"
 
-#include "model/arrangement.h"
+#include "model/key_cells.h"
 
 #include <QHeaderView>
 

@@ -1,11 +1,11 @@
 #include "view/key_actions.h"
 
 #include "editing/write_queue.h"
-#include "model/arrangement.h"
+#include "model/key_cells.h"
 #include "model/key_value_source.h"
 #include "model/watch_model.h"
 #include "view/key_curves.h"
-#include "view/key_tree.h"
+#include "view/key_tree_view.h"
 #include "view/watch_view.h"
 
 #include <QMenu>
@@ -78,7 +78,7 @@ void KeyActions::xAddCopying(QMenu& menu, KeyView* view) {
 }
 
 void KeyActions::xShowTreeMenu(const QPoint& position) {
-    KeyTree* tree = fParts.fTree;
+    KeyTreeView* tree = fParts.fTree;
     const bool hasKeys = !tree->chosenKeys().empty();
     QMenu menu(tree);
     xAddAction(menu, tr("Watch"), a_watchKeys, hasKeys, &KeyActions::xWatch);

@@ -11,7 +11,7 @@ class QPoint;
 namespace memoryviewer {
 
 class KeyCurves;
-class KeyTree;
+class KeyTreeView;
 class KeyValueSource;
 class KeyView;
 class WatchModel;
@@ -25,7 +25,7 @@ class KeyActions : public QObject {
   public:
     /** What the actions work with; all outlive them. */
     struct Parts {
-        KeyTree* fTree;
+        KeyTreeView* fTree;
         WatchView* fWatchView;
         WatchModel* fWatched;
         KeyCurves* fCurves;

@@ -1,7 +1,7 @@
 #ifndef OBVISTA_MEMORYVIEWER_KEY_COLUMNS_H
 #define OBVISTA_MEMORYVIEWER_KEY_COLUMNS_H
 
-#include "model/arrangement.h"
+#include "model/key_cells.h"
 
 #include <QObject>
 #include <QTimer>

@@ -109,11 +109,11 @@ void KeyCurves::xAddSample(std::vector<PlotSample>& samples, const MemoryKey& ke
     samples.push_back({handle, isBeginning ? std::max(time, earliest) : time, numberOf(value)});
 }
 
-void KeyCurves::setFollowing(bool isFollowing) {
-    if (fIsFollowing && !isFollowing) {
+void KeyCurves::setUpdating(bool isUpdating) {
+    if (fIsUpdating && !isUpdating) {
         fPlots->breakCurves();
     }
-    fIsFollowing = isFollowing;
+    fIsUpdating = isUpdating;
 }
 
 std::optional<PlottedKey> KeyCurves::xLookup(const QString& name) const {

@@ -35,8 +35,8 @@ class KeyCurves : public QObject {
     void begin(const std::vector<std::uint32_t>& ids);
     /** Adds what changed of the keys that are plotted. */
     void append(const std::vector<KVChange>& changes);
-    /** Whether values come. When they end, all curves have a gap until they come again. */
-    void setFollowing(bool isFollowing);
+    /** Tells whether values come. When they end, all curves have a gap until they come again. */
+    void setUpdating(bool isUpdating);
 
   private:
     std::optional<PlottedKey> xLookup(const QString& name) const;
@@ -49,7 +49,7 @@ class KeyCurves : public QObject {
 
     KeyStore* fKeys;
     PlotPanel* fPlots;
-    bool fIsFollowing = false;
+    bool fIsUpdating = false;
 };
 
 }  // namespace memoryviewer

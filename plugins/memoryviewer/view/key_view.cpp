@@ -1,8 +1,8 @@
 #include "view/key_view.h"
 
-#include "model/arrangement.h"
-#include "model/key_text.h"
+#include "model/key_cells.h"
 #include "model/value_text.h"
+#include "session/memory_key.h"
 
 #include <QClipboard>
 #include <QGuiApplication>

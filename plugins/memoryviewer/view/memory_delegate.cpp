@@ -1,7 +1,6 @@
 #include "view/memory_delegate.h"
 
-#include "model/arrangement.h"
-#include "model/key_text.h"
+#include "model/key_cells.h"
 
 #include <obvista/viewer/colours.h>
 

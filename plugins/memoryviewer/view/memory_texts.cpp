@@ -1,6 +1,6 @@
 #include "view/memory_texts.h"
 
-#include "model/key_text.h"
+#include "model/key_cells.h"
 #include "model/value_text.h"
 
 #include <obvista/viewer/labels.h>

@@ -8,17 +8,17 @@
 #include "plots/plot_panel.h"
 #include "recording/csv_recorder.h"
 #include "recording/recording_bar.h"
-#include "session/key_follower.h"
 #include "session/key_recording.h"
 #include "session/key_store.h"
+#include "session/key_subscriber.h"
 #include "session/memory_link.h"
 #include "view/column_menu.h"
 #include "view/key_actions.h"
 #include "view/key_columns.h"
 #include "view/key_curves.h"
-#include "view/key_tree.h"
+#include "view/key_tree_view.h"
 #include "view/memory_delegate.h"
-#include "view/memory_keys.h"
+#include "view/memory_shortcuts.h"
 #include "view/memory_tool_bar.h"
 #include "view/watch_view.h"
 
@@ -80,7 +80,7 @@ MemoryViewerWidget::MemoryViewerWidget(std::shared_ptr<MemoryLink> link, WidgetI
       fValues(std::make_unique<KeyValueSource>(fKeys, fWrites.get())),
       fRecorder(new CsvRecorder(this)),
       fToolBar(new MemoryToolBar(this)),
-      fTree(new KeyTree(fModel, this)),
+      fTree(new KeyTreeView(fModel, this)),
       fColumnMenu(new ColumnMenu(fTree->header(), this)),
       fWatchView(new WatchView(fWatched, this)),
       fColumns(new KeyColumns(fTree, fWatchView, this)),
@@ -89,7 +89,7 @@ MemoryViewerWidget::MemoryViewerWidget(std::shared_ptr<MemoryLink> link, WidgetI
       fRecording(new RecordingBar(fRecorder, this)),
       fCurves(new KeyCurves(fKeys, fPlots, this)),
       fKeyRecording(new KeyRecording(fKeys, fRecorder, this)),
-      fFollower(std::make_unique<KeyFollower>(fLink, fKeys, fCurves)),
+      fSubscriber(std::make_unique<KeySubscriber>(fLink, fKeys, fCurves)),
       fSplitter(new QSplitter(Qt::Vertical, this)),
       fPages(new QStackedLayout),
       fMessage(viewer::makeMessage("memoryMessage", this)),
@@ -157,7 +157,7 @@ void MemoryViewerWidget::xBuild() {
     column->addWidget(fRecording);
     column->addWidget(fStatus);
 
-    for (const viewer::KeyGroup& group : memoryKeys()) {
+    for (const viewer::KeyGroup& group : memoryShortcuts()) {
         addKeys(group);
     }
     new KeyActions({fTree, fWatchView, fWatched, fCurves, fValues.get(), fWrites.get()}, this);
@@ -173,7 +173,7 @@ void MemoryViewerWidget::xConnect() {
     connect(&fSaveTimer, &QTimer::timeout, this, &MemoryViewerWidget::xSave);
     connect(fToolBar, &MemoryToolBar::filterChanged, this,
             [this] { fFilterTimer.start(a_filterDelay); });
-    connect(fToolBar, &MemoryToolBar::filterLeft, fTree, &KeyTree::enter);
+    connect(fToolBar, &MemoryToolBar::filterLeft, fTree, &KeyTreeView::enter);
     connect(fToolBar, &MemoryToolBar::formChanged, this, &MemoryViewerWidget::xArrange);
     connect(fToolBar, &MemoryToolBar::rateChanged, this, &MemoryViewerWidget::xOnRate);
     connect(fToolBar, &MemoryToolBar::pauseChanged, this, &MemoryViewerWidget::xOnPause);
@@ -305,8 +305,8 @@ void MemoryViewerWidget::xApply(MemoryBatch& batch) {
         xOpenNewBranches();
     }
     fKeys->change(std::move(batch.fChanged), batch.fArrival);
-    fCurves->append(batch.fFollowed);
-    fKeyRecording->append(batch.fFollowed);
+    fCurves->append(batch.fEveryChange);
+    fKeyRecording->append(batch.fEveryChange);
 }
 
 void MemoryViewerWidget::xSetPhase(MemoryPhase phase) {
@@ -329,7 +329,7 @@ void MemoryViewerWidget::xSetPhase(MemoryPhase phase) {
 
 void MemoryViewerWidget::xOnTick() {
     xPlan();
-    if (fFollower->isFollowing()) {
+    if (fSubscriber->isUpdating()) {
         xRepaint();  // ages go on, and marks go out
     }
     const bool isOld = fSinceRefusal.isValid() && fSinceRefusal.hasExpired(a_refusalTime);
@@ -343,7 +343,7 @@ void MemoryViewerWidget::xOnSecond() {
     const double seconds = static_cast<double>(fSinceSecond.restart()) / a_secondTime;
     fSituation.fUpdates = static_cast<int>(std::lround(static_cast<double>(fUpdates) / seconds));
     fUpdates = 0;
-    if (fFollower->isFollowing()) {
+    if (fSubscriber->isUpdating()) {
         fKeys->endTurn();
         if (fModel->arrangement().isLive() && !fTree->isEditing()) {
             fModel->rearrange();
@@ -426,7 +426,7 @@ void MemoryViewerWidget::xRepaint() {
 }
 
 void MemoryViewerWidget::xPlan() {
-    fFollower->follow(xNeeds(), fToolBar->rate());
+    fSubscriber->subscribe(xNeeds(), fToolBar->rate());
 }
 
 /** When new rows have found their place on the screen. */
@@ -492,7 +492,7 @@ void MemoryViewerWidget::xUpdateTexts() {
     fSituation.fShown = static_cast<std::size_t>(fModel->keyCount());
     fSituation.fRoundTrip = fLink->roundTrip();
     fSituation.fAge = xAge();
-    const bool isQuiet = fFollower->isFollowing() && fSinceValue.isValid();
+    const bool isQuiet = fSubscriber->isUpdating() && fSinceValue.isValid();
     fSituation.fQuietSeconds =
         isQuiet ? static_cast<double>(fSinceValue.elapsed()) / a_secondTime : 0;
 

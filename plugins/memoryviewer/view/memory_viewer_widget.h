@@ -28,10 +28,10 @@ class ColumnMenu;
 class CsvRecorder;
 class KeyColumns;
 class KeyCurves;
-class KeyFollower;
+class KeySubscriber;
 class KeyRecording;
 class KeyStore;
-class KeyTree;
+class KeyTreeView;
 class KeyValueSource;
 class MemoryDelegate;
 class MemoryLink;
@@ -111,7 +111,7 @@ class MemoryViewerWidget : public viewer::ViewerWidget {
     CsvRecorder* fRecorder;
 
     MemoryToolBar* fToolBar;
-    KeyTree* fTree;
+    KeyTreeView* fTree;
     ColumnMenu* fColumnMenu;
     WatchView* fWatchView;
     KeyColumns* fColumns;
@@ -120,7 +120,7 @@ class MemoryViewerWidget : public viewer::ViewerWidget {
     RecordingBar* fRecording;
     KeyCurves* fCurves;
     KeyRecording* fKeyRecording;
-    std::unique_ptr<KeyFollower> fFollower;
+    std::unique_ptr<KeySubscriber> fSubscriber;
     QSplitter* fSplitter;
     QStackedLayout* fPages;
     QLabel* fMessage;

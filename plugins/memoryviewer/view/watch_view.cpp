@@ -1,6 +1,6 @@
 #include "view/watch_view.h"
 
-#include "model/key_text.h"
+#include "model/key_cells.h"
 #include "model/watch_model.h"
 
 #include <obvista/viewer/colours.h>

@@ -1,5 +1,5 @@
 #include "editing/write_queue.h"
-#include "model/arrangement.h"
+#include "model/key_cells.h"
 #include "model/key_value_source.h"
 #include "model/memory_model.h"
 #include "model/watch_model.h"

@@ -1,6 +1,6 @@
 #include "model/watch_model.h"
 
-#include "model/arrangement.h"
+#include "model/key_cells.h"
 #include "plots/key_mime.h"
 
 #include <QAbstractItemModelTester>

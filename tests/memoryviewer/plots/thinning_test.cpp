@@ -26,13 +26,13 @@ class History {
     std::uint64_t fOrder = 0;
 };
 
-ThinningView view(double left, double right, int columns) {
-    ThinningView view;
-    view.fLeft = left;
-    view.fRight = right;
-    view.fColumns = columns;
-    view.fNow = -std::numeric_limits<double>::infinity();
-    return view;
+DrawnPart part(double left, double right, int columns) {
+    DrawnPart part;
+    part.fLeft = left;
+    part.fRight = right;
+    part.fColumns = columns;
+    part.fNow = -std::numeric_limits<double>::infinity();
+    return part;
 }
 
 /** Returns the drawn lines, each as times and values. */
@@ -52,29 +52,29 @@ using Lines = std::vector<std::vector<std::pair<double, double>>>;
 /** Minimum and maximum in each column. */
 using Extents = std::map<int, std::pair<double, double>>;
 
-void addTo(Extents& extents, const ThinningView& view, double time, double value) {
-    if (time < view.fLeft || time > view.fRight || !std::isfinite(value)) {
+void addTo(Extents& extents, const DrawnPart& part, double time, double value) {
+    if (time < part.fLeft || time > part.fRight || !std::isfinite(value)) {
         return;
     }
-    const double share = (time - view.fLeft) / (view.fRight - view.fLeft);
-    const int column = std::min(static_cast<int>(share * view.fColumns), view.fColumns - 1);
+    const double share = (time - part.fLeft) / (part.fRight - part.fLeft);
+    const int column = std::min(static_cast<int>(share * part.fColumns), part.fColumns - 1);
     const auto extent = extents.emplace(column, std::make_pair(value, value)).first;
     extent->second.first = std::min(extent->second.first, value);
     extent->second.second = std::max(extent->second.second, value);
 }
 
-Extents extentsOf(const CurveHistory& curve, const ThinningView& view) {
+Extents extentsOf(const CurveHistory& curve, const DrawnPart& part) {
     Extents extents;
     for (std::size_t i = 0; i < curve.size(); ++i) {
-        addTo(extents, view, double(curve.at(i).fTime), curve.at(i).fValue);
+        addTo(extents, part, double(curve.at(i).fTime), curve.at(i).fValue);
     }
     return extents;
 }
 
-Extents extentsOf(const DrawnCurve& drawn, const ThinningView& view) {
+Extents extentsOf(const DrawnCurve& drawn, const DrawnPart& part) {
     Extents extents;
     for (const DrawnPoint& point : drawn.fPoints) {
-        addTo(extents, view, point.fTime, point.fValue);
+        addTo(extents, part, point.fTime, point.fValue);
     }
     return extents;
 }
@@ -83,7 +83,7 @@ Extents extentsOf(const DrawnCurve& drawn, const ThinningView& view) {
 
 TEST(Thinning, DrawsFewPointsAsTheyAre) {
     const History history = History().add(0, 1).add(10, 3).add(20, 2);
-    EXPECT_EQ(lines(thinOut(history.curve(), view(-10, 30, 400))),
+    EXPECT_EQ(lines(thinOut(history.curve(), part(-10, 30, 400))),
               (Lines{{{0, 1}, {10, 3}, {20, 2}}}));
 }
 
@@ -91,42 +91,42 @@ TEST(Thinning, LeavesAGapWhereThereIsNoNumber) {
     const double infinity = std::numeric_limits<double>::infinity();
     const History history =
         History().add(0, 1).add(10, a_nan).add(20, 2).add(30, infinity).add(40, 3).add(50, 4);
-    EXPECT_EQ(lines(thinOut(history.curve(), view(0, 100, 400))),
+    EXPECT_EQ(lines(thinOut(history.curve(), part(0, 100, 400))),
               (Lines{{{0, 1}}, {{20, 2}}, {{40, 3}, {50, 4}}}));
 }
 
 TEST(Thinning, BeginsAnotherLineWhereTheTimeGoesBack) {
     const History history = History().add(50, 1).add(60, 2).add(10, 3).add(20, 4);
-    EXPECT_EQ(lines(thinOut(history.curve(), view(0, 100, 400))),
+    EXPECT_EQ(lines(thinOut(history.curve(), part(0, 100, 400))),
               (Lines{{{50, 1}, {60, 2}}, {{10, 3}, {20, 4}}}));
 }
 
 TEST(Thinning, DrawsTheLinesThatComeFromAndGoOutOfTheView) {
     const History history = History().add(-200, 9).add(-100, 1).add(50, 2).add(200, 3).add(300, 9);
-    EXPECT_EQ(lines(thinOut(history.curve(), view(0, 100, 10))),
+    EXPECT_EQ(lines(thinOut(history.curve(), part(0, 100, 10))),
               (Lines{{{-100, 1}, {50, 2}, {200, 3}}}));
-    EXPECT_EQ(lines(thinOut(history.curve(), view(60, 100, 10))), (Lines{{{50, 2}, {200, 3}}}));
-    EXPECT_TRUE(thinOut(history.curve(), view(400, 500, 10)).fPoints.empty());
-    EXPECT_TRUE(thinOut(history.curve(), view(-500, -400, 10)).fPoints.empty());
+    EXPECT_EQ(lines(thinOut(history.curve(), part(60, 100, 10))), (Lines{{{50, 2}, {200, 3}}}));
+    EXPECT_TRUE(thinOut(history.curve(), part(400, 500, 10)).fPoints.empty());
+    EXPECT_TRUE(thinOut(history.curve(), part(-500, -400, 10)).fPoints.empty());
 }
 
 TEST(Thinning, DrawsStepsThatHoldUntilTheNextValue) {
     const History history = History().add(0, 1).add(10, 3).add(20, 3);
-    ThinningView steps = view(0, 100, 1000);
+    DrawnPart steps = part(0, 100, 1000);
     steps.fShape = CurveShape::Steps;
     EXPECT_EQ(lines(thinOut(history.curve(), steps)), (Lines{{{0, 1}, {10, 1}, {10, 3}, {20, 3}}}));
 }
 
 TEST(Thinning, DrawsAPauseOfALineAsAValueThatHeld) {
     const History history = History().add(0, 1).add(10, 2).add(90, 3);
-    ThinningView held = view(0, 100, 1000);
+    DrawnPart held = part(0, 100, 1000);
     held.fHoldTime = 20;
     EXPECT_EQ(lines(thinOut(history.curve(), held)), (Lines{{{0, 1}, {10, 2}, {90, 2}, {90, 3}}}));
 }
 
 TEST(Thinning, HoldsTheLastValueUntilNow) {
     const History history = History().add(0, 1).add(10, 2);
-    ThinningView held = view(0, 100, 1000);
+    DrawnPart held = part(0, 100, 1000);
     held.fNow = 80;
     EXPECT_EQ(lines(thinOut(history.curve(), held)), (Lines{{{0, 1}, {10, 2}, {80, 2}}}));
     held.fLeft = 50;
@@ -136,14 +136,14 @@ TEST(Thinning, HoldsTheLastValueUntilNow) {
 TEST(Thinning, HoldsNothingAfterAGap) {
     History history = History().add(0, 1).add(10, 2);
     history.add(20, a_nan);
-    ThinningView held = view(0, 100, 1000);
+    DrawnPart held = part(0, 100, 1000);
     held.fNow = 80;
     EXPECT_EQ(lines(thinOut(history.curve(), held)), (Lines{{{0, 1}, {10, 2}}}));
 }
 
 TEST(Thinning, HoldsAValueUntilTheGapThatEndsIt) {
     const History history = History().add(0, 1).add(10, 2).add(60, a_nan).add(90, 3);
-    ThinningView held = view(0, 100, 1000);
+    DrawnPart held = part(0, 100, 1000);
     EXPECT_EQ(lines(thinOut(history.curve(), held)), (Lines{{{0, 1}, {10, 2}}, {{90, 3}}}));
     held.fHoldTime = 20;
     const Lines expected{{{0, 1}, {10, 2}, {60, 2}}, {{90, 3}}};
@@ -156,8 +156,8 @@ TEST(Thinning, HoldsAValueUntilTheGapThatEndsIt) {
 
 TEST(Thinning, RefusesAViewOfNothing) {
     const History history = History().add(0, 1);
-    EXPECT_TRUE(thinOut(history.curve(), view(10, 10, 10)).fPoints.empty());
-    EXPECT_TRUE(thinOut(history.curve(), view(a_nan, 10, 10)).fPoints.empty());
+    EXPECT_TRUE(thinOut(history.curve(), part(10, 10, 10)).fPoints.empty());
+    EXPECT_TRUE(thinOut(history.curve(), part(a_nan, 10, 10)).fPoints.empty());
 }
 
 TEST(Thinning, DoesNotJoinLinesOverAGapThatIsWiderThanAColumn) {
@@ -169,7 +169,7 @@ TEST(Thinning, DoesNotJoinLinesOverAGapThatIsWiderThanAColumn) {
         }
         history.add(i, isGap ? a_nan : std::sin(i));
     }
-    const Lines drawn = lines(thinOut(history.curve(), view(0, 100000, 100)));
+    const Lines drawn = lines(thinOut(history.curve(), part(0, 100000, 100)));
     ASSERT_EQ(drawn.size(), 2U);
     EXPECT_LT(drawn[0].back().first, 40000);
     EXPECT_GE(drawn[1].front().first, 60000);
@@ -199,8 +199,8 @@ TEST(Thinning, KeepsThePeaksOfEveryColumn) {
         std::uniform_real_distribution<double> times(-end / 4, end * 5 / 4);
         const double one = times(random);
         const double other = times(random);
-        const ThinningView seen = view(std::min(one, other), std::max(one, other) + 1,
-                                       std::uniform_int_distribution<int>(1, 900)(random));
+        const DrawnPart seen = part(std::min(one, other), std::max(one, other) + 1,
+                                    std::uniform_int_distribution<int>(1, 900)(random));
         ASSERT_EQ(extentsOf(thinOut(history.curve(), seen), seen), extentsOf(history.curve(), seen))
             << "round " << round;
     }
@@ -213,8 +213,8 @@ TEST(Thinning, DrawsNoMoreThanTheWidthAsksFor) {
     for (int i = 0; i < 200000; ++i) {
         history.add(i, noise(random));
     }
-    EXPECT_LE(thinOut(history.curve(), view(0, 200000, 1000)).fPoints.size(), 4 * 1000U);
-    ThinningView steps = view(0, 200000, 1000);
+    EXPECT_LE(thinOut(history.curve(), part(0, 200000, 1000)).fPoints.size(), 4 * 1000U);
+    DrawnPart steps = part(0, 200000, 1000);
     steps.fShape = CurveShape::Steps;
     EXPECT_LE(thinOut(history.curve(), steps).fPoints.size(), 8 * 1000U);
 }
@@ -226,7 +226,7 @@ TEST(Thinning, ShowsTheExtentOfACurveWhoseClockKeepsGoingBack) {
     for (int i = 0; i < 50000; ++i) {
         history.add(times(random), i % 100);
     }
-    const ThinningView seen = view(0, 10000, 100);
+    const DrawnPart seen = part(0, 10000, 100);
     const DrawnCurve drawn = thinOut(history.curve(), seen);
     EXPECT_LE(drawn.fPoints.size(), 200U);
     EXPECT_EQ(extentsOf(drawn, seen), extentsOf(history.curve(), seen));
@@ -236,13 +236,13 @@ TEST(Thinning, TakesTheMostExtremeTimes) {
     const auto first = std::numeric_limits<std::int64_t>::min();
     const auto last = std::numeric_limits<std::int64_t>::max();
     const History history = History().add(first, 1).add(0, 2).add(last, 3);
-    EXPECT_EQ(lines(thinOut(history.curve(), view(-1, 1, 10))),
+    EXPECT_EQ(lines(thinOut(history.curve(), part(-1, 1, 10))),
               (Lines{{{double(first), 1}, {0, 2}, {double(last), 3}}}));
 }
 
 TEST(Values, AreThoseOfWhatIsSeen) {
     const History history = History().add(0, 0).add(100, 100).add(200, -50);
-    const DrawnCurve drawn = thinOut(history.curve(), view(20, 40, 100));
+    const DrawnCurve drawn = thinOut(history.curve(), part(20, 40, 100));
     ValueSpan span;
     addValues(span, drawn, 20, 40);
     EXPECT_DOUBLE_EQ(span.fMinimum, 20);

@@ -1,4 +1,4 @@
-#include "model/key_text.h"
+#include "model/key_cells.h"
 #include "session/change_rate.h"
 #include "session/robot_clock.h"
 
@@ -22,13 +22,13 @@ constexpr std::int64_t a_start = 1'700'000'000 * a_second;
  */
 struct EvenKey {
     std::int64_t fPeriod;
-    double fFollowRate;
+    double fUpdateRate;
     std::int64_t fDelay = 0;
 
     /** Runs for that many turns. @return the lowest displayed rate of the last 20 turns */
     double lowestRate(ChangeRate& rate, int turns) const {
-        rate.follow(fFollowRate);
-        const auto update = static_cast<std::int64_t>(a_second / fFollowRate);
+        rate.setUpdateRate(fUpdateRate);
+        const auto update = static_cast<std::int64_t>(a_second / fUpdateRate);
         std::int64_t sent = 0;
         std::int64_t turnEnd = 123'456;
         double lowest = 1e9;
@@ -67,11 +67,11 @@ class FiguresTest : public QObject {
     void measuresRatesWithinFivePerCent();
     void countsChangesThatWereMerged();
     void measuresBurstsByTheirMean();
-    void followsAKeyThatBeginsToChange();
+    void measuresAKeyThatBeginsToChange();
     void isNothingBeforeTheSecondChange();
     void fallsWhenAKeyStandsStill();
     void beginsAgainWhenTheClockIsSetBack();
-    void staysWhileTheKeyIsNotFollowed();
+    void staysWhileTheKeyIsNotSubscribedTo();
     void takesClocksThatAgreeAsTheyAre();
     void seesADifferenceOfTheClocks();
     void takesAStampOfTheFutureForADifference();
@@ -80,13 +80,13 @@ class FiguresTest : public QObject {
 
 void FiguresTest::measuresRatesWithinFivePerCent_data() {
     QTest::addColumn<int>("period");
-    QTest::addColumn<double>("followRate");
+    QTest::addColumn<double>("updateRate");
     QTest::addColumn<int>("delay");
     QTest::addColumn<double>("expected");
     QTest::addColumn<bool>("isLowerBound");
-    const auto add = [](const char* name, int period, double followRate, int delay, double expected,
+    const auto add = [](const char* name, int period, double updateRate, int delay, double expected,
                         bool isLowerBound) {
-        QTest::newRow(name) << period << followRate << delay << expected << isLowerBound;
+        QTest::newRow(name) << period << updateRate << delay << expected << isLowerBound;
     };
     add("less than one in five seconds", 7'000'000, 10, 0, 1 / 7.0, false);
     add("0.3 a second", 3'333'000, 10, 0, 0.3, false);
@@ -107,12 +107,12 @@ void FiguresTest::measuresRatesWithinFivePerCent_data() {
  */
 void FiguresTest::measuresRatesWithinFivePerCent() {
     QFETCH(int, period);
-    QFETCH(double, followRate);
+    QFETCH(double, updateRate);
     QFETCH(int, delay);
     QFETCH(double, expected);
     QFETCH(bool, isLowerBound);
     ChangeRate rate;
-    const double lowest = EvenKey{period, followRate, delay}.lowestRate(rate, 40);
+    const double lowest = EvenKey{period, updateRate, delay}.lowestRate(rate, 40);
     QVERIFY2(isNear(lowest, expected), qPrintable(QString::number(lowest)));
     QVERIFY2(isNear(rate.perSecond(), expected), qPrintable(QString::number(rate.perSecond())));
     QCOMPARE(rate.isLowerBound(), isLowerBound);
@@ -120,7 +120,7 @@ void FiguresTest::measuresRatesWithinFivePerCent() {
 
 void FiguresTest::countsChangesThatWereMerged() {
     ChangeRate rate;
-    rate.follow(50);
+    rate.setUpdateRate(50);
     rate.add(ChangeTimes(a_start), 0);
     for (int i = 0; i < 25; ++i) {
         ChangeTimes times(a_start + (2 * i + 1) * a_second / 50);
@@ -136,7 +136,7 @@ void FiguresTest::countsChangesThatWereMerged() {
 /** Five changes within half a second, every three seconds. */
 void FiguresTest::measuresBurstsByTheirMean() {
     ChangeRate rate;
-    rate.follow(50);
+    rate.setUpdateRate(50);
     for (int second = 0; second < 30; ++second) {
         for (int i = 0; i < 5 && second % 3 == 0; ++i) {
             const std::int64_t time = second * a_second + i * a_second / 10;
@@ -149,9 +149,9 @@ void FiguresTest::measuresBurstsByTheirMean() {
 }
 
 /** A key that did not change for a minute is not treated as changing evenly. */
-void FiguresTest::followsAKeyThatBeginsToChange() {
+void FiguresTest::measuresAKeyThatBeginsToChange() {
     ChangeRate rate;
-    rate.follow(50);
+    rate.setUpdateRate(50);
     rate.add(ChangeTimes(a_start - 60 * a_second), 0);
     for (int i = 1; i <= 50; ++i) {
         rate.add(ChangeTimes(a_start + i * a_second / 10), i * a_second / 10);
@@ -165,7 +165,7 @@ void FiguresTest::followsAKeyThatBeginsToChange() {
 
 void FiguresTest::isNothingBeforeTheSecondChange() {
     ChangeRate rate;
-    rate.follow(10);
+    rate.setUpdateRate(10);
     rate.endTurn(0);
     QCOMPARE(rate.perSecond(), 0.0);
     rate.add(ChangeTimes(a_start), a_second / 2);
@@ -191,7 +191,7 @@ void FiguresTest::fallsWhenAKeyStandsStill() {
 
 void FiguresTest::beginsAgainWhenTheClockIsSetBack() {
     ChangeRate rate;
-    rate.follow(10);
+    rate.setUpdateRate(10);
     rate.add(ChangeTimes(a_start), 0);
     rate.add(ChangeTimes(a_start + a_second), a_second);
     rate.add(ChangeTimes(a_start - 100 * a_second), 2 * a_second);
@@ -200,13 +200,13 @@ void FiguresTest::beginsAgainWhenTheClockIsSetBack() {
     QCOMPARE(rate.perSecond(), 1.0);
 }
 
-void FiguresTest::staysWhileTheKeyIsNotFollowed() {
+void FiguresTest::staysWhileTheKeyIsNotSubscribedTo() {
     ChangeRate rate;
     EvenKey{a_second / 2, 10}.lowestRate(rate, 10);
-    rate.follow(0);
+    rate.setUpdateRate(0);
     rate.endTurn(100 * a_second);
     QCOMPARE(rate.perSecond(), 2.0);
-    rate.follow(10);
+    rate.setUpdateRate(10);
     QCOMPARE(rate.perSecond(), 0.0);
 }
 

@@ -1,5 +1,5 @@
-#ifndef OBVISTA_MEMORYVIEWER_KEY_FOLLOWER_H
-#define OBVISTA_MEMORYVIEWER_KEY_FOLLOWER_H
+#ifndef OBVISTA_MEMORYVIEWER_KEY_SUBSCRIBER_H
+#define OBVISTA_MEMORYVIEWER_KEY_SUBSCRIBER_H
 
 #include "session/subscription_planner.h"
 
@@ -14,24 +14,24 @@ class KeyCurves;
 class KeyStore;
 class MemoryLink;
 
-/** Has the robot send what is needed of its keys, and nothing else. Used on the GUI thread. */
-class KeyFollower {
+/** Subscribes to what is needed of the robot's keys, and nothing else. Used on the GUI thread. */
+class KeySubscriber {
   public:
     /** @param keys, curves outlive this; they are told when the values that they get end */
-    KeyFollower(std::shared_ptr<MemoryLink> link, KeyStore* keys, KeyCurves* curves);
+    KeySubscriber(std::shared_ptr<MemoryLink> link, KeyStore* keys, KeyCurves* curves);
 
     /**
      * Asks the robot for what is needed now; cheap when that is what it was.
      *
      * @param rate updates a second
      */
-    void follow(const SubscriptionNeeds& needs, int rate);
+    void subscribe(const SubscriptionNeeds& needs, int rate);
 
-    /** Whether what the user sees is live: seen and not paused. */
-    bool isFollowing() const { return fIsFollowing; }
+    /** Returns true if what the user sees is kept up to date: it is seen and not paused. */
+    bool isUpdating() const { return fIsUpdating; }
 
   private:
-    void xFollowEveryChange(const SubscriptionNeeds& needs);
+    void xKeepEveryChange(const SubscriptionNeeds& needs);
     std::vector<std::uint32_t> xNewlyPlotted(const SubscriptionNeeds& needs) const;
 
     const std::shared_ptr<MemoryLink> fLink;
@@ -39,7 +39,7 @@ class KeyFollower {
     KeyCurves* fCurves;
     std::unordered_set<std::uint32_t> fOfEveryChange;
     SubscriptionPlan fPlan;
-    bool fIsFollowing = false;
+    bool fIsUpdating = false;
 };
 
 }  // namespace memoryviewer

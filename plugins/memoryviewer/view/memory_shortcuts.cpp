@@ -1,4 +1,4 @@
-#include "view/memory_keys.h"
+#include "view/memory_shortcuts.h"
 
 #include <QCoreApplication>
 
@@ -7,7 +7,7 @@ namespace memoryviewer {
 namespace {
 
 QString translated(const char* text) {
-    return QCoreApplication::translate("memoryviewer::MemoryKeys", text);
+    return QCoreApplication::translate("memoryviewer::MemoryShortcuts", text);
 }
 
 QString standardKeys(QKeySequence::StandardKey keys) {
@@ -58,7 +58,7 @@ viewer::KeyGroup plotKeys() {
 
 }  // namespace
 
-std::vector<viewer::KeyGroup> memoryKeys() {
+std::vector<viewer::KeyGroup> memoryShortcuts() {
     return {viewerKeys(), filterKeys(), treeKeys(), plotKeys()};
 }
 

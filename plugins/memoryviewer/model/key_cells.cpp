@@ -1,8 +1,8 @@
-#include "model/key_text.h"
+#include "model/key_cells.h"
 
 #include "editing/value_entry.h"
-#include "model/arrangement.h"
 #include "model/value_text.h"
+#include "session/key_store.h"
 
 #include <base/time.h>
 

@@ -1,5 +1,5 @@
-#ifndef OBVISTA_MEMORYVIEWER_MEMORY_KEYS_H
-#define OBVISTA_MEMORYVIEWER_MEMORY_KEYS_H
+#ifndef OBVISTA_MEMORYVIEWER_MEMORY_SHORTCUTS_H
+#define OBVISTA_MEMORYVIEWER_MEMORY_SHORTCUTS_H
 
 #include <obvista/viewer/key_list.h>
 
@@ -8,7 +8,7 @@
 namespace memoryviewer {
 
 /** The keys of the memory viewer for the list that F1 opens. */
-std::vector<viewer::KeyGroup> memoryKeys();
+std::vector<viewer::KeyGroup> memoryShortcuts();
 
 }  // namespace memoryviewer
 

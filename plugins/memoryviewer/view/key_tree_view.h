@@ -1,5 +1,5 @@
-#ifndef OBVISTA_MEMORYVIEWER_KEY_TREE_H
-#define OBVISTA_MEMORYVIEWER_KEY_TREE_H
+#ifndef OBVISTA_MEMORYVIEWER_KEY_TREE_VIEW_H
+#define OBVISTA_MEMORYVIEWER_KEY_TREE_VIEW_H
 
 #include "view/key_view.h"
 
@@ -13,11 +13,11 @@ namespace memoryviewer {
 class MemoryModel;
 
 /** The robot's keys, as a tree or a list. */
-class KeyTree : public KeyView {
+class KeyTreeView : public KeyView {
     Q_OBJECT
 
   public:
-    KeyTree(MemoryModel* model, QWidget* parent);
+    KeyTreeView(MemoryModel* model, QWidget* parent);
 
     /** Keys of the rows on the screen, and of a few above and below them. */
     std::vector<std::uint32_t> visibleKeys() const;

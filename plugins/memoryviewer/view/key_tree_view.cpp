@@ -1,4 +1,4 @@
-#include "view/key_tree.h"
+#include "view/key_tree_view.h"
 
 #include "model/memory_model.h"
 
@@ -10,14 +10,15 @@ namespace memoryviewer {
 
 namespace {
 
-/** Rows beyond those on the screen that are followed, so that scrolling finds values there. */
+/** Rows beyond those on the screen that are subscribed to, so that scrolling finds values there. */
 constexpr int a_marginRows = 10;
 /** Most keys that are opened, copied or plotted at once. */
 constexpr int a_mostKeysAtOnce = 2000;
 
 }  // namespace
 
-KeyTree::KeyTree(MemoryModel* model, QWidget* parent) : KeyView(model, parent), fModel(model) {
+KeyTreeView::KeyTreeView(MemoryModel* model, QWidget* parent)
+    : KeyView(model, parent), fModel(model) {
     setObjectName(QStringLiteral("memoryTree"));
     setAccessibleName(tr("Values in the robot's memory"));
     setDragEnabled(true);
@@ -27,14 +28,14 @@ KeyTree::KeyTree(MemoryModel* model, QWidget* parent) : KeyView(model, parent), 
     setSortingEnabled(true);
     header()->setSectionsMovable(true);
     header()->setContextMenuPolicy(Qt::CustomContextMenu);  // that of the keys is not for titles
-    connect(model, &QAbstractItemModel::rowsInserted, this, &KeyTree::xExpandNewBranches);
+    connect(model, &QAbstractItemModel::rowsInserted, this, &KeyTreeView::xExpandNewBranches);
     connect(this, &QTreeView::collapsed, this,
             [this](const QModelIndex& branch) { fClosedBranches.insert(xPathOf(branch)); });
     connect(this, &QTreeView::expanded, this,
             [this](const QModelIndex& branch) { fClosedBranches.remove(xPathOf(branch)); });
 }
 
-std::vector<std::uint32_t> KeyTree::visibleKeys() const {
+std::vector<std::uint32_t> KeyTreeView::visibleKeys() const {
     std::vector<std::uint32_t> ids;
     const auto add = [&](const QModelIndex& index) {
         if (const MemoryKey* key = fModel->keyOf(index)) {
@@ -55,7 +56,7 @@ std::vector<std::uint32_t> KeyTree::visibleKeys() const {
     return ids;
 }
 
-std::vector<const MemoryKey*> KeyTree::chosenKeys() const {
+std::vector<const MemoryKey*> KeyTreeView::chosenKeys() const {
     std::vector<const MemoryKey*> keys;
     for (const QModelIndex& row : chosenRows()) {
         xAppendKeys(row, keys);
@@ -63,7 +64,7 @@ std::vector<const MemoryKey*> KeyTree::chosenKeys() const {
     return keys;
 }
 
-void KeyTree::xAppendKeys(const QModelIndex& index, std::vector<const MemoryKey*>& keys) const {
+void KeyTreeView::xAppendKeys(const QModelIndex& index, std::vector<const MemoryKey*>& keys) const {
     const MemoryKey* key = fModel->keyOf(index);
     if (key != nullptr) {
         if (keys.size() < a_mostKeysAtOnce &&
@@ -79,7 +80,7 @@ void KeyTree::xAppendKeys(const QModelIndex& index, std::vector<const MemoryKey*
 
 /** Calls `use(branch)` for the branches below a row, and below those for which it is true. */
 template <class Use>
-void KeyTree::xForEachBranch(const QModelIndex& parent, Use use) {
+void KeyTreeView::xForEachBranch(const QModelIndex& parent, Use use) {
     for (int row = 0; row < fModel->rowCount(parent); ++row) {
         const QModelIndex index = fModel->index(row, NameColumn, parent);
         if (fModel->hasChildren(index) && use(index)) {
@@ -88,14 +89,14 @@ void KeyTree::xForEachBranch(const QModelIndex& parent, Use use) {
     }
 }
 
-void KeyTree::openAll() {
+void KeyTreeView::openAll() {
     fClosedBranches.clear();
     if (fModel->keyCount() <= a_mostKeysAtOnce) {
         expandAll();
     }
 }
 
-void KeyTree::openNewBranches() {
+void KeyTreeView::openNewBranches() {
     if (fModel->keyCount() > a_mostKeysAtOnce) {
         return;
     }
@@ -107,7 +108,7 @@ void KeyTree::openNewBranches() {
     });
 }
 
-QString KeyTree::xPathOf(QModelIndex branch) const {
+QString KeyTreeView::xPathOf(QModelIndex branch) const {
     QString path;
     for (; branch.isValid(); branch = branch.parent()) {
         path.prepend(QLatin1Char('/') + branch.siblingAtColumn(NameColumn).data().toString());
@@ -115,7 +116,7 @@ QString KeyTree::xPathOf(QModelIndex branch) const {
     return path;
 }
 
-void KeyTree::rememberOpenBranches() {
+void KeyTreeView::rememberOpenBranches() {
     fOpenBranches.clear();
     fHasRemembered = fModel->keyCount() > 0;
     xForEachBranch({}, [this](const QModelIndex& branch) {
@@ -127,7 +128,7 @@ void KeyTree::rememberOpenBranches() {
     std::sort(fOpenBranches.begin(), fOpenBranches.end());
 }
 
-void KeyTree::reopenBranches() {
+void KeyTreeView::reopenBranches() {
     xForEachBranch({}, [this](const QModelIndex& branch) {
         const bool isOpen =
             fHasRemembered
@@ -140,7 +141,7 @@ void KeyTree::reopenBranches() {
     });
 }
 
-void KeyTree::enter() {
+void KeyTreeView::enter() {
     setFocus(Qt::ShortcutFocusReason);
     const QModelIndex first = xFirstKey();
     if (!selectionModel()->hasSelection() && first.isValid()) {
@@ -148,7 +149,7 @@ void KeyTree::enter() {
     }
 }
 
-QModelIndex KeyTree::xFirstKey() const {
+QModelIndex KeyTreeView::xFirstKey() const {
     QModelIndex index = fModel->index(0, NameColumn);
     while (index.isValid() && fModel->keyOf(index) == nullptr) {
         index = fModel->index(0, NameColumn, index);
@@ -156,7 +157,7 @@ QModelIndex KeyTree::xFirstKey() const {
     return index;
 }
 
-void KeyTree::xExpandNewBranches(const QModelIndex& parent, int first, int last) {
+void KeyTreeView::xExpandNewBranches(const QModelIndex& parent, int first, int last) {
     if (parent.isValid()) {
         return;
     }

@@ -1,12 +1,24 @@
-#ifndef OBVISTA_MEMORYVIEWER_KEY_TEXT_H
-#define OBVISTA_MEMORYVIEWER_KEY_TEXT_H
-
-#include "session/key_store.h"
+#ifndef OBVISTA_MEMORYVIEWER_KEY_CELLS_H
+#define OBVISTA_MEMORYVIEWER_KEY_CELLS_H
 
 #include <QString>
 #include <QVariant>
 
 namespace memoryviewer {
+
+class KeyStore;
+struct MemoryKey;
+
+/** Columns of everything that shows keys. */
+enum KeyColumn {
+    NameColumn,
+    ValueColumn,
+    UnitColumn,
+    TypeColumn,
+    RateColumn,
+    AgeColumn,
+    ColumnCount
+};
 
 /** Roles of the models that show keys, beside Qt's. */
 enum KeyRole {
