@@ -157,7 +157,8 @@ bool ValueDelegate::eventFilter(QObject* object, QEvent* event) {
 
 void ValueDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const {
     QStyledItemDelegate::initStyleOption(option, index);
-    option->text = fSource->writtenText(index).value_or(option->text);
+    const ValueLook look = fSource->look(index);
+    option->text = look.fWrittenText.value_or(option->text);
     if (index.flags().testFlag(Qt::ItemIsEditable)) {
         const int size = option->fontMetrics.height() * 3 / 4;
         option->features |= QStyleOptionViewItem::HasDecoration;
@@ -165,7 +166,7 @@ void ValueDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIn
         option->icon = xPencil(option->palette, size,
                                option->widget != nullptr ? option->widget->devicePixelRatioF() : 1);
     }
-    switch (fSource->mark(index)) {
+    switch (look.fMark) {
         case ValueMark::Pending:
             option->font.setItalic(true);
             option->text += tr(" (being written\u2026)");
@@ -197,12 +198,14 @@ const QIcon& ValueDelegate::xPencil(const QPalette& palette, int size, qreal rat
 
 void ValueDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
                           const QModelIndex& index) const {
-    const ValueMark mark = fSource->mark(index);
+    const ValueMark mark = fSource->look(index).fMark;
     QStyleOptionViewItem marked = option;
     if (mark != ValueMark::None && mark != ValueMark::Pending) {
         painter->fillRect(option.rect, tint(colourOf(mark, option.palette)));
-        // Of a chosen row the style paints over it.
-        marked.palette.setColor(QPalette::Highlight, viewer::markedHighlight(option.palette));
+        if (option.state.testFlag(QStyle::State_Selected)) {
+            // The style paints over the tint.
+            marked.palette.setColor(QPalette::Highlight, viewer::markedHighlight(option.palette));
+        }
     }
     QStyledItemDelegate::paint(painter, marked, index);
 }

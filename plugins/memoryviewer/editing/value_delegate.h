@@ -20,6 +20,13 @@ enum class ValueMark {
     Refused    ///< the robot has refused what was written
 };
 
+/** What is shown in a cell beside or in place of its value. */
+struct ValueLook {
+    ValueMark fMark = ValueMark::None;
+    /** What was written, until the robot has refused it or has sent another value. */
+    std::optional<QString> fWrittenText;
+};
+
 /** The values behind the cells of a view. */
 class ValueSource {
   public:
@@ -28,10 +35,7 @@ class ValueSource {
     virtual std::optional<KVValue> editableValue(const QModelIndex& index) const = 0;
     /** The user has entered another value than `before`, which stood there when editing began. */
     virtual void enter(const QModelIndex& index, const KVValue& before, const KVValue& value) = 0;
-    virtual ValueMark mark(const QModelIndex& index) const = 0;
-    /** What is shown in place of the present value: what was written, until the robot has refused
-     *  it or has sent another value. */
-    virtual std::optional<QString> writtenText(const QModelIndex& index) const = 0;
+    virtual ValueLook look(const QModelIndex& index) const = 0;
 };
 
 /**

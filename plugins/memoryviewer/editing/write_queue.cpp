@@ -35,10 +35,9 @@ void WriteQueue::write(const WrittenKey& key, const KVValue& before, const KVVal
     Q_EMIT stateChanged(key.fId);
 }
 
-std::optional<WriteState> WriteQueue::state(std::uint32_t id) const {
+const WriteState* WriteQueue::state(std::uint32_t id) const {
     const auto last = fLastWrites.find(id);
-    return last != fLastWrites.end() ? std::optional<WriteState>(last->second.fState)
-                                     : std::nullopt;
+    return last != fLastWrites.end() ? &last->second.fState : nullptr;
 }
 
 void WriteQueue::giveUp(const QString& reason) {

@@ -56,8 +56,8 @@ class WriteQueue : public QObject {
      */
     void write(const WrittenKey& key, const KVValue& before, const KVValue& value);
 
-    /** The last write of a key; nothing when it was never written. */
-    std::optional<WriteState> state(std::uint32_t id) const;
+    /** The last write of a key, until the next one; null if it was never written. */
+    const WriteState* state(std::uint32_t id) const;
     /** Ends all that waits as refused, for instance when the robot is lost. */
     void giveUp(const QString& reason);
 

@@ -109,8 +109,8 @@ QVariant keyCellData(const KeyStore& keys, const MemoryKey& key, int column, int
             return keys.isMarked(key);
         case KeyNameRole:
             return QString::fromStdString(key.fInfo.fName);
-        case KeyIdRole:
-            return key.fInfo.fId;
+        case KeyRole:
+            return QVariant::fromValue(&key);
         default:
             return {};
     }

@@ -1,13 +1,14 @@
 #ifndef OBVISTA_MEMORYVIEWER_KEY_CELLS_H
 #define OBVISTA_MEMORYVIEWER_KEY_CELLS_H
 
+#include "session/memory_key.h"
+
 #include <QString>
 #include <QVariant>
 
 namespace memoryviewer {
 
 class KeyStore;
-struct MemoryKey;
 
 /** Columns of everything that shows keys. */
 enum KeyColumn {
@@ -21,10 +22,10 @@ enum KeyColumn {
 };
 
 /** Roles of the models that show keys, beside Qt's. */
-enum KeyRole {
+enum CellRole {
     MarkedRole = Qt::UserRole,  ///< bool: the value has changed just now
     KeyNameRole,                ///< QString: the key's whole name as the robot gave it
-    KeyIdRole,                  ///< uint: its identifier; nothing while the robot does not have it
+    KeyRole,                    ///< const MemoryKey*; nothing while the robot does not have it
     MissingRole                 ///< bool: the robot does not have the key at present
 };
 
@@ -53,5 +54,7 @@ double ageOf(const KeyStore& keys, const MemoryKey& key);
 QString rowText(const MemoryKey& key, int maxValueLength);
 
 }  // namespace memoryviewer
+
+Q_DECLARE_METATYPE(const memoryviewer::MemoryKey*)
 
 #endif

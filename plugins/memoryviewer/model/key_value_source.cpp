@@ -27,6 +27,10 @@ ValueMark markOf(const WriteState& write) {
     return ValueMark::None;
 }
 
+const MemoryKey* keyOf(const QModelIndex& index) {
+    return index.data(KeyRole).value<const MemoryKey*>();
+}
+
 }  // namespace
 
 KeyValueSource::KeyValueSource(const KeyStore* keys, WriteQueue* writes)
@@ -34,46 +38,32 @@ KeyValueSource::KeyValueSource(const KeyStore* keys, WriteQueue* writes)
 }
 
 std::optional<KVValue> KeyValueSource::editableValue(const QModelIndex& index) const {
-    const MemoryKey* key = xKey(index);
+    const MemoryKey* key = keyOf(index);
     const bool isEditable =
         key != nullptr && (keyCellFlags(*key, index.column()) & Qt::ItemIsEditable) != 0;
     return isEditable ? std::optional<KVValue>(key->fValue) : std::nullopt;
 }
 
 void KeyValueSource::enter(const QModelIndex& index, const KVValue& before, const KVValue& value) {
-    if (const MemoryKey* key = xKey(index)) {
+    if (const MemoryKey* key = keyOf(index)) {
         fWrites->write({key->fInfo.fId, key->fInfo.fName}, before, value);
     }
 }
 
-ValueMark KeyValueSource::mark(const QModelIndex& index) const {
-    const MemoryKey* key = index.column() == ValueColumn ? xKey(index) : nullptr;
+ValueLook KeyValueSource::look(const QModelIndex& index) const {
+    const MemoryKey* key = index.column() == ValueColumn ? keyOf(index) : nullptr;
     if (key == nullptr) {
-        return ValueMark::None;
-    }
-    const std::optional<WriteState> write = fWrites->state(key->fInfo.fId);
-    const ValueMark mark = write ? markOf(*write) : ValueMark::None;
-    const bool isMarked = mark == ValueMark::None && fKeys->isMarked(*key);
-    return isMarked ? ValueMark::Changed : mark;
-}
-
-std::optional<QString> KeyValueSource::writtenText(const QModelIndex& index) const {
-    const MemoryKey* key = index.column() == ValueColumn ? xKey(index) : nullptr;
-    const auto write = key != nullptr ? fWrites->state(key->fInfo.fId) : std::nullopt;
-    if (!write) {
         return {};
     }
-    const ValueMark mark = markOf(*write);
+    const WriteState* write = fWrites->state(key->fInfo.fId);
+    const ValueMark mark = write != nullptr ? markOf(*write) : ValueMark::None;
+    if (mark == ValueMark::None) {
+        return {fKeys->isMarked(*key) ? ValueMark::Changed : ValueMark::None, {}};
+    }
     // The robot says that it has taken a value over before it sends it.
     const bool isAwaited = mark == ValueMark::Accepted && key->fValue == write->fBefore;
-    return mark == ValueMark::Pending || isAwaited
-               ? std::optional<QString>(valueText(write->fValue))
-               : std::nullopt;
-}
-
-const MemoryKey* KeyValueSource::xKey(const QModelIndex& index) const {
-    const QVariant id = index.data(KeyIdRole);
-    return id.isValid() ? fKeys->find(id.toUInt()) : nullptr;
+    return mark == ValueMark::Pending || isAwaited ? ValueLook{mark, valueText(write->fValue)}
+                                                   : ValueLook{mark, {}};
 }
 
 }  // namespace memoryviewer

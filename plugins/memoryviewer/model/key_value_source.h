@@ -7,7 +7,6 @@ namespace memoryviewer {
 
 class KeyStore;
 class WriteQueue;
-struct MemoryKey;
 
 /** The values of the robot behind the cells of any view of keys, and the way to write them. */
 class KeyValueSource : public ValueSource {
@@ -17,12 +16,9 @@ class KeyValueSource : public ValueSource {
 
     std::optional<KVValue> editableValue(const QModelIndex& index) const override;
     void enter(const QModelIndex& index, const KVValue& before, const KVValue& value) override;
-    ValueMark mark(const QModelIndex& index) const override;
-    std::optional<QString> writtenText(const QModelIndex& index) const override;
+    ValueLook look(const QModelIndex& index) const override;
 
   private:
-    const MemoryKey* xKey(const QModelIndex& index) const;
-
     const KeyStore* fKeys;
     WriteQueue* fWrites;
 };

@@ -2,8 +2,8 @@
 
 #include "model/key_cells.h"
 #include "model/value_text.h"
-#include "session/memory_key.h"
 
+#include <QAccessible>
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QHeaderView>
@@ -38,6 +38,28 @@ KeyView::KeyView(QAbstractItemModel* model, QWidget* parent) : QTreeView(parent)
 bool KeyView::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) {
     const bool isByKey = trigger == EditKeyPressed;
     return QTreeView::edit(isByKey ? index.siblingAtColumn(ValueColumn) : index, trigger, event);
+}
+
+void KeyView::repaintColumns(int first, int last) {
+    // One rectangle, since Qt paints whole rows for several.
+    QRect columns;
+    for (int column = first; column <= last; ++column) {
+        if (!header()->isSectionHidden(column)) {
+            columns |= QRect(header()->sectionViewportPosition(column), 0,
+                             header()->sectionSize(column), viewport()->height());
+        }
+    }
+    viewport()->update(columns);
+}
+
+void KeyView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
+                          const QVector<int>& roles) {
+    // Qt's own tells screen readers too.
+    if (topLeft == bottomRight || QAccessible::isActive()) {
+        QTreeView::dataChanged(topLeft, bottomRight, roles);
+    } else {
+        repaintColumns(topLeft.column(), bottomRight.column());
+    }
 }
 
 QModelIndexList KeyView::chosenRows() const {

@@ -26,7 +26,13 @@ class KeyView : public QTreeView {
     /** Names of the chosen keys, from the top, whether the robot has them or not. */
     virtual QStringList chosenNames() const;
 
+    /** Repaints some columns of all rows on the screen. */
+    void repaintColumns(int first, int last);
+
   public Q_SLOTS:
+    /** Repaints the columns that changed; Qt's own repaints the whole view for two cells. */
+    void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
+                     const QVector<int>& roles = QVector<int>()) override;
     void copyNames();
     /** Values are cut at a million characters each, and at four in all. */
     void copyValues();

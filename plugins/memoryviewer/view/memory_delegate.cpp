@@ -19,11 +19,24 @@ QSize MemoryDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelI
 
 void MemoryDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const {
     ValueDelegate::initStyleOption(option, index);
-    option->font.setBold(!index.parent().isValid() && index.model()->hasChildren(index));
+    // A font that is changed is looked up again, whatever it is changed to.
+    if (!index.parent().isValid() && index.model()->hasChildren(index)) {
+        option->font.setBold(true);
+    }
     const bool isSecondary = index.column() != NameColumn && index.column() != ValueColumn;
     if (fIsStale || isSecondary || index.data(MissingRole).toBool()) {
-        option->palette.setColor(QPalette::Text, viewer::dimmedText(option->palette));
+        option->palette = xDimmed(option->palette);
     }
+}
+
+/** Made once for all cells: a palette that is changed is copied whole. */
+const QPalette& MemoryDelegate::xDimmed(const QPalette& palette) const {
+    if (fDimmedFrom != palette.cacheKey()) {
+        fDimmedFrom = palette.cacheKey();
+        fDimmed = palette;
+        fDimmed.setColor(QPalette::Text, viewer::dimmedText(palette));
+    }
+    return fDimmed;
 }
 
 }  // namespace memoryviewer

@@ -3,6 +3,8 @@
 
 #include "editing/value_delegate.h"
 
+#include <QPalette>
+
 namespace memoryviewer {
 
 /** Draws the cells of the tree: the topmost branches bold, units and types dimmed, and everything
@@ -22,7 +24,11 @@ class MemoryDelegate : public ValueDelegate {
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
 
   private:
+    const QPalette& xDimmed(const QPalette& palette) const;
+
     bool fIsStale = false;
+    mutable QPalette fDimmed;
+    mutable qint64 fDimmedFrom = 0;  // key of the palette that it was made of
 };
 
 }  // namespace memoryviewer

@@ -1,6 +1,7 @@
 #include "view/memory_viewer_widget.h"
 
 #include "editing/write_queue.h"
+#include "model/key_cells.h"
 #include "model/key_value_source.h"
 #include "model/memory_model.h"
 #include "model/value_text.h"
@@ -330,7 +331,9 @@ void MemoryViewerWidget::xSetPhase(MemoryPhase phase) {
 void MemoryViewerWidget::xOnTick() {
     xPlan();
     if (fSubscriber->isUpdating()) {
-        xRepaint();  // ages go on, and marks go out
+        // Ages go on, and marks go out.
+        fTree->repaintColumns(ValueColumn, AgeColumn);
+        fWatchView->repaintColumns(ValueColumn, AgeColumn);
     }
     const bool isOld = fSinceRefusal.isValid() && fSinceRefusal.hasExpired(a_refusalTime);
     if (isOld && !fSituation.fWriteRefusal.isEmpty()) {

@@ -26,12 +26,8 @@ class Values : public ValueSource {
     void enter(const QModelIndex& index, const KVValue& before, const KVValue& value) override {
         fEntered.push_back({index.row(), before, value});
     }
-    ValueMark mark(const QModelIndex& index) const override {
-        return index.row() == 0 ? fMark : ValueMark::None;
-    }
-
-    std::optional<QString> writtenText(const QModelIndex& index) const override {
-        return index.row() == 0 ? fWritten : std::nullopt;
+    ValueLook look(const QModelIndex& index) const override {
+        return index.row() == 0 ? ValueLook{fMark, fWritten} : ValueLook();
     }
 
     struct Entered {

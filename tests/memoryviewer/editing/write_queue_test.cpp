@@ -124,7 +124,7 @@ void WriteQueueTest::writesAndSaysThatItIsAccepted() {
     QCOMPARE(phases, (std::vector<Phase>{Phase::Pending, Phase::Accepted}));
     QCOMPARE(fRobot->taken(), std::vector<std::int64_t>{7});
     fQueue->disconnect(this);
-    const std::optional<WriteState> state = fQueue->state(a_id);
+    const WriteState* state = fQueue->state(a_id);
     QVERIFY(state->fSinceAnswer.isValid());
     QVERIFY(!fQueue->state(a_id + 1));
 }

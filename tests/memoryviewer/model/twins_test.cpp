@@ -93,18 +93,18 @@ void TwinsTest::marksTheOneThatWasWritten() {
         fValues = std::make_unique<KeyValueSource>(fKeys.get(), fWrites.get());
         fValues->enter(xValueOf(id), KVValue(0), KVValue(5));
         QCOMPARE(fWrites->undoKey(), std::string());
-        QCOMPARE(int(fValues->mark(xValueOf(id))), int(ValueMark::Pending));
-        QCOMPARE(fValues->writtenText(xValueOf(id)).value_or(QString()), QStringLiteral("5"));
-        QCOMPARE(int(fValues->mark(xValueOf(other))), int(ValueMark::None));
-        QVERIFY(!fValues->writtenText(xValueOf(other)));
+        QCOMPARE(int(fValues->look(xValueOf(id)).fMark), int(ValueMark::Pending));
+        QCOMPARE(fValues->look(xValueOf(id)).fWrittenText.value_or(QString()), QStringLiteral("5"));
+        QCOMPARE(int(fValues->look(xValueOf(other)).fMark), int(ValueMark::None));
+        QVERIFY(!fValues->look(xValueOf(other)).fWrittenText);
         QTRY_COMPARE(fWrites->undoKey(), std::string(a_name));
     }
 }
 
 void TwinsTest::marksTheOneThatHasChanged() {
     xChange(a_older, 31);
-    QCOMPARE(int(fValues->mark(xValueOf(a_older))), int(ValueMark::Changed));
-    QCOMPARE(int(fValues->mark(xValueOf(a_newer))), int(ValueMark::None));
+    QCOMPARE(int(fValues->look(xValueOf(a_older)).fMark), int(ValueMark::Changed));
+    QCOMPARE(int(fValues->look(xValueOf(a_newer)).fMark), int(ValueMark::None));
 }
 
 void TwinsTest::watchesTheOtherOneWhenOneGoes_data() {
