@@ -103,7 +103,7 @@ TEST_F(PythonRobot, IsConnectedTo) {
     EXPECT_EQ(connection->getPeerName(), "Python");
 }
 
-TEST_F(PythonRobot, OfAnotherVersionIsTold) {
+TEST_F(PythonRobot, OfAnotherVersionIsReported) {
     startRobot({"--version", "2"});
     const KVError error = errorOf([this] { connect(); });
     EXPECT_CAUSE(error, ProtocolVersion);
@@ -112,7 +112,7 @@ TEST_F(PythonRobot, OfAnotherVersionIsTold) {
         << error.toString();
 }
 
-TEST_F(PythonRobot, ThatRefusesIsTold) {
+TEST_F(PythonRobot, ThatRefusesIsReported) {
     startRobot({"--refuse", "TOO_MANY_SESSIONS"});
     EXPECT_CAUSE(errorOf([this] { connect(); }), TooMany);
 }
@@ -332,7 +332,7 @@ TEST_F(SecurePythonRobot, LetsInOnlyThoseWhoKnowItsToken) {
     connectWith(knowing(a_token, trusting(fCertificate)));
 }
 
-TEST_F(SecurePythonRobot, IsToldNoTokenWithoutTlsUnlessTheUserAllowsIt) {
+TEST_F(SecurePythonRobot, ReceivesNoTokenWithoutTlsUnlessTheUserAllowsIt) {
     startRobot({"--token", a_token});
     KVSettings settings = knowing(a_token, {});
     const KVError error = refusalOf(settings);

@@ -96,7 +96,7 @@ TEST_F(Call, EndsWithTheTimeOutOfItsProxy) {
     EXPECT_LT(secondsSince(start), 1.9) << "the time-out is one second";
 }
 
-TEST_F(Call, OfAMethodThatIsNotThereSaysSo) {
+TEST_F(Call, OfAMissingMethodIsReported) {
     KVProxy proxy = makeProxy("Echo");
     const KVError error = errorOf([&] { proxy.callVoid("shout"); });
     EXPECT_CAUSE(error, NoSuchMethod);
@@ -229,7 +229,7 @@ TEST_F(Call, ThatKeepsAllThreadsBusyDoesNotStopTheHeartbeat) {
     blocker.cancel();
 }
 
-TEST_F(Call, PostedIsNotWaitedForAndHasATaskIdentifierOfItsOwn) {
+TEST_F(Call, PostedIsNotWaitedForAndHasAUniqueTaskIdentifier) {
     KVProxy proxy = makeProxy("Slow");
     KVProxy other = makeProxy("Echo");
     std::set<int> tasks;

@@ -74,7 +74,7 @@ class Loss : public testing::Test {
 
 }  // namespace
 
-TEST_F(Loss, OfAKilledRobotIsToldAtOnce) {
+TEST_F(Loss, OfAKilledRobotIsReportedAtOnce) {
     EXPECT_TRUE(fConnection->isConnected());
     EXPECT_LT(secondsUntilLost(SIGKILL), a_soon)
         << "the system closes the sockets of a dead process";
@@ -87,7 +87,7 @@ TEST_F(Loss, OfAKilledRobotIsToldAtOnce) {
                   "connected, then connect again.");
 }
 
-TEST_F(Loss, OfASilentRobotIsToldSoon) {
+TEST_F(Loss, OfASilentRobotIsReportedSoon) {
     EXPECT_LT(secondsUntilLost(SIGSTOP), a_soon) << "six heartbeats of 250 ms without an answer";
     ASSERT_TRUE(fError);
     EXPECT_CAUSE(*fError, ConnectionLost);
@@ -97,7 +97,7 @@ TEST_F(Loss, OfASilentRobotIsToldSoon) {
     EXPECT_FALSE(fConnection->isConnected()) << "a lost connection stays lost";
 }
 
-TEST_F(Loss, OfASilentRobotIsToldLaterWhenTheSettingsSaySo) {
+TEST_F(Loss, OfASilentRobotIsReportedAfterTheConfiguredTime) {
     KVSettings settings;
     settings.fLimits.fHeartbeat = std::chrono::milliseconds(500);
     settings.fLimits.fLoss = std::chrono::milliseconds(3000);
@@ -105,7 +105,7 @@ TEST_F(Loss, OfASilentRobotIsToldLaterWhenTheSettingsSaySo) {
     EXPECT_GT(secondsUntilLost(SIGSTOP), 2.0) << "by default it is told after 1.5 s";
 }
 
-TEST_F(Loss, OfARobotThatEndsProperlyIsTold) {
+TEST_F(Loss, OfARobotThatEndsProperlyIsReported) {
     EXPECT_LT(secondsUntilLost(SIGTERM), a_soon)
         << "the system closes the sockets of a dead process";
 }
@@ -137,7 +137,7 @@ TEST_F(Loss, EndsACallInFlightBeforeItsTimeOut) {
         << "six heartbeats of 250 ms without an answer";
 }
 
-TEST_F(Loss, IsToldOnceAndAtOnceToAHandlerThatComesLater) {
+TEST_F(Loss, IsReportedOnceAndAtOnceToALaterHandler) {
     std::atomic<int> calls{0};
     secondsUntilLost(SIGKILL);
     const auto here = std::this_thread::get_id();
@@ -150,7 +150,7 @@ TEST_F(Loss, IsToldOnceAndAtOnceToAHandlerThatComesLater) {
     EXPECT_EQ(calls, 1);
 }
 
-TEST_F(Loss, IsNotToldWhenTheConnectionIsClosedByItsUser) {
+TEST_F(Loss, IsNotReportedWhenTheUserClosesTheConnection) {
     std::atomic<int> calls{0};
     fConnection->setLostHandler([&](const KVError&) { ++calls; });
     fConnection.reset();
@@ -170,7 +170,7 @@ TEST_F(Loss, IsFollowedByANewConnectionToARestartedRobot) {
     EXPECT_FALSE(fConnection->isConnected());
 }
 
-TEST_F(Loss, IsNotToldFalselyWhileAllProcessorsAreBusy) {
+TEST_F(Loss, IsNotReportedFalselyWhileAllProcessorsAreBusy) {
     std::vector<std::unique_ptr<ChildProcess>> burners;
     for (unsigned i = 0; i < 4 * std::thread::hardware_concurrency(); ++i) {
         burners.push_back(std::make_unique<ChildProcess>(

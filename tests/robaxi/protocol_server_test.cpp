@@ -347,7 +347,7 @@ class HelloTime : public testing::Test {
     std::uint32_t fKey = 0;
 };
 
-TEST_F(HelloTime, IsForConnectionsOfNobodyWhoIsInASession) {
+TEST_F(HelloTime, DoesNotApplyToConnectionsWithASession) {
     for (const char* address : {"127.0.0.1", "::1"}) {
         const auto connection = KVConnection::open(makeClient(), address, fServer->getPort(), 20);
         const auto start = std::chrono::steady_clock::now();

@@ -418,7 +418,7 @@ TEST_F(RobotProcessTest, theInterruptionIsAnsweredAndEndsByItself) {
         comesTrue([&] { return refusal([&] { proxy("KVMemory", robot); }) == "it was accepted"; }));
 }
 
-TEST_F(RobotProcessTest, aPortThatWasTakenMeanwhileIsTriedAgain) {
+TEST_F(RobotProcessTest, aPortThatWasTakenIsTriedAgain) {
     RobotProcess robot({{}, false, true});
     const auto sim = proxy("KVSim", robot.simPort());
     sim->callVoid("setMiddleware", false);

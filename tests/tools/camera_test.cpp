@@ -60,7 +60,7 @@ TEST(Camera, ATextCannotReachTheTerminal) {
     EXPECT_THAT(textOfCamera(cameras.at(0)), HasSubstr("a\\nb\\u001b[2J"));
 }
 
-TEST(Camera, AMissingOneIsToldWithThoseThatThereAre) {
+TEST(Camera, AMissingOneIsReportedWithTheExistingOnes) {
     const auto cameras =
         camerasOf(KVValue::List{described("head", a_settings), described("chest", a_settings)});
     EXPECT_EQ("chest", findCamera(cameras, "chest").fName);

@@ -378,7 +378,7 @@ TEST_F(Commands, AnInterruptionEndsEvenWhatCannotBeCancelled) {
     EXPECT_EQ(130, get.waitForEnd());
 }
 
-TEST_F(Commands, ARobotOfAnotherVersionIsTold) {
+TEST_F(Commands, ARobotOfAnotherVersionIsReported) {
     const std::string place = "127.0.0.1:" + std::to_string(freePort());
     ChildProcess newer({builtFile("tests/newer_robot"), place});
     ASSERT_TRUE(newer.waitForOutput("listens on ")) << newer.errors();
@@ -431,7 +431,7 @@ TEST_F(Commands, AnIpv6AddressWithItsPortIsReached) {
                   runTool({"ping", "fe80::1:x"}));
 }
 
-TEST_F(Commands, ANameThatNobodyKnowsIsTold) {
+TEST_F(Commands, AnUnknownNameIsReported) {
     expectFailure(3, "no robot or computer nobody.invalid",
                   runTool({"ping", "nobody.invalid", "--timeout", "2"}));
 }

@@ -51,7 +51,7 @@ TEST(Console, ARemarkIsOneLine) {
     EXPECT_EQ("robaxi: one\\ntwo\\u001b[2J\n", errors.text());
 }
 
-TEST(Console, AFullDiskIsTold) {
+TEST(Console, AFullDiskIsReported) {
     const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
     Console console(full, full);
     try {

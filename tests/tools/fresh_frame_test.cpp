@@ -38,7 +38,7 @@ TEST_F(FreshFrameTest, TheFirstFrameMayBeOldAndTheNextIsTaken) {
     EXPECT_TRUE(result->fIsNew);
 }
 
-TEST_F(FreshFrameTest, ACameraThatStandsStillHasItsLastFrame) {
+TEST_F(FreshFrameTest, AStoppedCameraHasItsLastFrame) {
     fFresh.frameReceived(frame(7), 0);
     fFresh.frameReceived(frame(7), 0);
     const auto result = fFresh.wait(Clock::now() + a_long, a_moment);

@@ -54,7 +54,7 @@ TEST_F(OutputFile, HoldsEveryByteAndNothingElseIsLeft) {
     EXPECT_THAT(names(), UnorderedElementsAre("new"));
 }
 
-TEST_F(OutputFile, MayBeReadByWhoeverTheUserAllows) {
+TEST_F(OutputFile, HasTheUsersPermissions) {
     const mode_t before = umask(027);
     writeFile(path("new"), "content");
     umask(before);

@@ -172,7 +172,7 @@ class MovingCamera {
     std::thread fThread;  ///< last, since it uses the rest
 };
 
-TEST_F(Snapshot, SavesTheFirstCamerasPictureUnderANameOfItsOwn) {
+TEST_F(Snapshot, SavesTheFirstCamerasPictureUnderAGeneratedName) {
     const MovingCamera camera(fRobot.cameras(), "head", greyFrame);
     EXPECT_EQ("seer-head-20240501T123456789012.png\n", outputOf({}));
     EXPECT_THAT(read("seer-head-20240501T123456789012.png"), StartsWith("\x89PNG"));
@@ -232,7 +232,7 @@ TEST_F(Snapshot, IsNotThePictureThatWasThereBefore) {
     EXPECT_EQ(true, picture["new"]);
 }
 
-TEST_F(Snapshot, OfACameraThatStandsStillIsItsLastAndThatIsSaid) {
+TEST_F(Snapshot, OfAStoppedCameraIsItsLastOneWithAMessage) {
     fRobot.cameras().publish("head", greyFrame(1));
     const ToolResult result = run({"--json"});
     EXPECT_EQ(0, result.fStatus);
@@ -247,20 +247,20 @@ TEST_F(Snapshot, OfACameraThatSendsNothingIsGivenUp) {
     expectFailure(5, "The camera head has sent no picture within 1 s.", {"--timeout", "1"});
 }
 
-TEST_F(Snapshot, ACameraThatIsNotThereIsTold) {
+TEST_F(Snapshot, AMissingCameraIsReported) {
     expectFailure(8, "There is no camera named tail. The robot has: head, chest.", {"tail"});
 }
 
-TEST_F(Snapshot, AModuleThatIsNotThereIsTold) {
+TEST_F(Snapshot, AMissingModuleIsReported) {
     expectFailure(8, "no module named KVEyes", {"--module", "KVEyes"});
 }
 
-TEST_F(Snapshot, ACameraThatGoesAwayIsTold) {
+TEST_F(Snapshot, ARemovedCameraIsReported) {
     whenWatched([this] { fRobot.cameras().removeStream("head"); });
     expectFailure(8, "it has no camera of that name", {});
 }
 
-TEST_F(Snapshot, ALostRobotIsTold) {
+TEST_F(Snapshot, ALostRobotIsReported) {
     const std::unique_ptr<ChildProcess> process = startAndWatch();
     ASSERT_TRUE(process);
     fRobot.stop();
@@ -294,7 +294,7 @@ TEST_F(Snapshot, APictureThatIsNotWhatItClaimsIsNotSaved) {
     expectBad("does not know", makeFrame(1, KVPixelFormat::Unknown, 4, 2, "abcdefgh"));
 }
 
-TEST_F(Snapshot, AFileThatCannotBeWrittenIsTold) {
+TEST_F(Snapshot, AnUnwritableFileIsReported) {
     const MovingCamera camera(fRobot.cameras(), "head", greyFrame);
     expectFailure(12, "nosuch/a.png cannot be written: No such file", {"-o", "nosuch/a.png"});
     expectFailure(12, "/dev/full cannot be written: No space left",
