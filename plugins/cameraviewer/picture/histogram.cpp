@@ -10,11 +10,13 @@ namespace {
 
 using Bins = std::array<std::uint32_t, 256>;
 
-/** Neighbours often have the same value. Counting them in turns in four tables keeps one count from
- *  waiting for the one before it. */
+/**
+ * Neighbours often have the same value. Counting alternately in four tables avoids waiting for the
+ * previous increment.
+ */
 constexpr std::size_t a_tables = 4;
 
-/** @param distance bytes from a value of the channel to the next one */
+/** @param distance bytes between values of the channel */
 void countRow(const uchar* row, std::size_t width, std::size_t distance,
               std::array<Bins, a_tables>& tables) {
     std::size_t x = 0;
@@ -28,10 +30,10 @@ void countRow(const uchar* row, std::size_t width, std::size_t distance,
     }
 }
 
-/** Where the channels of a format are in the bytes of a row. */
+/** Position of the channels of a format in the bytes of a row. */
 struct Channels {
     std::vector<std::size_t> fOffsets;  ///< of a channel's first value: red, green, blue; or grey
-    std::size_t fDistance = 1;          ///< bytes from a value to the next one of its channel
+    std::size_t fDistance = 1;          ///< bytes between values of a channel
 };
 
 Channels channelsOf(QImage::Format format) {

@@ -12,15 +12,15 @@ namespace cameraviewer {
 /** Histogram of one channel of a picture. */
 struct Histogram {
     std::array<std::uint32_t, 256> fBins{};  ///< pixels of each value
-    int fMinimum = 0;                        ///< the darkest value that is there
-    int fMaximum = 0;                        ///< the brightest one
+    int fMinimum = 0;                        ///< the darkest value of the picture
+    int fMaximum = 0;                        ///< the brightest value
     double fMean = 0;
 };
 
 /**
- * The histograms of a picture's channels: one of a Format_Grayscale8, three (red, green, blue) of a
- * Format_RGB888 or Format_RGB32, none of an empty picture or another format. May be called from any
- * thread.
+ * Returns the histograms of a picture's channels: one for Format_Grayscale8, three (red, green,
+ * blue) for Format_RGB888 or Format_RGB32, none for an empty picture or another format. May be
+ * called from any thread.
  */
 std::vector<Histogram> histogramsOf(const QImage& image);
 

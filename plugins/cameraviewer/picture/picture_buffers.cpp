@@ -9,7 +9,7 @@
 namespace cameraviewer {
 namespace {
 
-/** One picture is shown, one waits to be shown and one is being decoded. */
+/** One picture is displayed, one waits to be displayed and one is being decoded. */
 constexpr std::size_t a_maxSpares = 3;
 
 using Words = std::unique_ptr<quint32[]>;
@@ -27,7 +27,7 @@ struct PictureBuffers::Spares {
 
     Block take(std::size_t count) {
         const std::lock_guard lock(fMutex);
-        // Blocks of another size are of a resolution that is gone.
+        // Blocks of another size belong to a resolution that is no longer used.
         fBlocks.erase(std::remove_if(fBlocks.begin(), fBlocks.end(),
                                      [count](const Block& block) { return block.fCount != count; }),
                       fBlocks.end());
@@ -71,7 +71,7 @@ QImage PictureBuffers::makeImage(int width, int height, QImage::Format format) {
     const auto stride = static_cast<int>(wordsPerRow * qint64{sizeof(quint32)});
     QImage image(bytes, width, height, stride, format, &PictureBuffers::xGiveBack, loan.get());
     if (!image.isNull()) {
-        static_cast<void>(loan.release());  // now the image's
+        static_cast<void>(loan.release());  // now owned by the image
     }
     return image;
 }

@@ -9,10 +9,10 @@
 namespace cameraviewer {
 
 /**
- * Memory for decoded pictures, used again as soon as the last copy of the picture that was in it is
- * gone, on whatever thread that happens.
+ * A pool of memory for decoded pictures, reused when the last copy of a picture is destroyed, on
+ * any thread.
  *
- * A picture may outlive the buffers it came from. makeImage() is called by one thread at a time.
+ * A picture may outlive the pool. makeImage() is called by one thread at a time.
  */
 class PictureBuffers {
   public:
@@ -22,13 +22,13 @@ class PictureBuffers {
     PictureBuffers& operator=(const PictureBuffers&) = delete;
 
     /**
-     * An image that is to be written to; what it shows at first is undefined.
+     * Returns an image to write to; its initial contents are undefined.
      *
-     * @return a null image when memory is short
+     * @return a null image if memory is short
      */
     QImage makeImage(int width, int height, QImage::Format format);
 
-    /** Blocks of memory that wait to be used again. */
+    /** Returns the number of unused blocks of memory. */
     std::size_t spareCount() const;
 
   private:

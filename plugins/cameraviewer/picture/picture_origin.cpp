@@ -9,7 +9,7 @@ namespace {
 
 /** UTF-16 units. */
 constexpr int a_maxTextLength = 200;
-/** Bytes in UTF-8 for each of the two names. A file name can have 255. */
+/** Maximum UTF-8 bytes for each of the two names. A file name can have 255. */
 constexpr int a_maxNameBytes = 80;
 constexpr uint a_replacement = 0xfffd;
 
@@ -17,7 +17,7 @@ QString safeName(const QString& name, const QString& replacement) {
     QString safe;
     int bytes = 0;
     for (const QChar character : name) {
-        // Halves of characters beyond the basic plane are no letters for QChar.
+        // For QChar halves of characters beyond the basic plane are not letters.
         const bool isInner = character == QLatin1Char('.') || character == QLatin1Char('-');
         const bool isKept = character.isLetterOrNumber() || (isInner && !safe.isEmpty());
         const QChar next = isKept ? character : QLatin1Char('_');

@@ -5,10 +5,10 @@
 namespace cameraviewer {
 namespace {
 
-/** For frames that arrive at the same time: what the files can tell apart. */
+/** For frames that arrive at the same time: the resolution of the files. */
 constexpr std::int64_t a_leastStep = 1000;
 
-/** How far the stamps went forward; nothing when they did not, or by more than can be counted. */
+/** Returns the positive difference of the stamps; nothing if it is negative or overflows. */
 std::optional<std::int64_t> stepForward(std::int64_t from, std::int64_t to) {
     std::int64_t step = 0;
     if (__builtin_sub_overflow(to, from, &step) || step <= 0) {

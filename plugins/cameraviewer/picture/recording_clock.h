@@ -7,23 +7,22 @@
 namespace cameraviewer {
 
 /**
- * The times of a recording's frames, which begin at 0 and always go forward.
+ * Times of a recording's frames, which start at 0 and always increase.
  *
- * They follow the robot's stamps. Where the robot's clock was set, stands still or is not to be
- * believed (a step back, or one that differs by more than a_tolerance from the time between the
- * arrivals), the time between the arrivals is taken for that step.
+ * They follow the robot's stamps. If the robot's clock was set, has stopped or is implausible (a
+ * step back, or one that differs by more than a_tolerance from the time between the arrivals), the
+ * time between the arrivals is used for that step.
  */
 class RecordingClock {
   public:
-    /** Microseconds. More than any delay in the network that is worth keeping out of a recording.
-     */
+    /** Microseconds. More than any network delay that should be kept out of a recording. */
     static constexpr std::int64_t a_tolerance = 2'000'000;
 
     /**
-     * The time of the next frame in microseconds since the first one.
+     * Returns the time of the next frame in microseconds since the first one.
      *
-     * @param stamp microseconds, of the robot's clock
-     * @param arrival microseconds, of a clock here that is never set
+     * @param stamp microseconds of the robot's clock
+     * @param arrival microseconds of a monotonic clock here
      */
     std::int64_t next(std::int64_t stamp, std::int64_t arrival);
 

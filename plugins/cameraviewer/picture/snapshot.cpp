@@ -33,7 +33,7 @@ QString writeSnapshot(const Picture& picture, const PictureOrigin& origin, const
     if (picture.fImage.isNull()) {
         return failureText(file, translated("there is no picture"));
     }
-    // Made in memory, as Qt loses some of it when it cannot write to the end.
+    // Encoded in memory, since Qt does not report all write errors at the end.
     QBuffer png;
     QImageWriter writer(&png, "png");
     describe(writer, picture.fFrame, origin);

@@ -33,7 +33,7 @@ void RobotWriter::cancel() {
     }
 }
 
-/** Connecting takes time, so that it is done without the lock, which cancel() waits for. */
+/** Connecting takes time, so it is done without the lock, for which cancel() waits. */
 std::shared_ptr<KVProxy> RobotWriter::xProxy() {
     const auto throwIfCancelled = [this] {
         if (fIsCancelled) {

@@ -19,13 +19,13 @@ class ValueWriter {
   public:
     virtual ~ValueWriter() = default;
 
-    /** Writes and waits until the robot has accepted. @throws KVError when it has not */
+    /** Writes and waits until the robot has accepted the value. @throws KVError if it has not */
     virtual void write(const std::string& key, const KVValue& value) = 0;
-    /** Ends a write that is waiting on another thread, and every later one, with KVError. */
+    /** Ends a write that waits on another thread, and every later one, with KVError. */
     virtual void cancel() = 0;
 };
 
-/** Writes into the memory of a robot. It connects with the first write. */
+/** Writes values to a robot's memory. It connects for the first write. */
 class RobotWriter : public ValueWriter {
   public:
     /** @param timeOut seconds, at least 1, for each write */

@@ -11,13 +11,13 @@
 
 namespace memoryviewer {
 
-/** What is to be seen of a value beside itself. */
+/** Mark of a value's state. */
 enum class ValueMark {
     None,
-    Changed,   ///< it has changed just now
+    Changed,   ///< it has just changed
     Pending,   ///< it was written, and the robot has not answered yet
-    Accepted,  ///< the robot has taken over what was written just now
-    Refused    ///< the robot has refused what was written
+    Accepted,  ///< the robot has just accepted the written value
+    Refused    ///< the robot has refused the written value
 };
 
 /** What is shown in a cell beside or in place of its value. */
@@ -27,23 +27,23 @@ struct ValueLook {
     std::optional<QString> fWrittenText;
 };
 
-/** The values behind the cells of a view. */
+/** The values of the cells of a view. */
 class ValueSource {
   public:
     virtual ~ValueSource() = default;
-    /** The present value of a cell that the user may edit; nothing for all others. */
+    /** Returns the current value of a cell that the user may edit; nothing for all others. */
     virtual std::optional<KVValue> editableValue(const QModelIndex& index) const = 0;
-    /** The user has entered another value than `before`, which stood there when editing began. */
+    /** Handles a new value; `before` is the value when editing began. */
     virtual void enter(const QModelIndex& index, const KVValue& before, const KVValue& value) = 0;
     virtual ValueLook look(const QModelIndex& index) const = 0;
 };
 
 /**
- * Edits and paints the cells of a column of values. Those that can be edited have a pencil.
+ * Paints and edits the cells of a column of values. Editable cells have a pencil.
  *
- * Enter or leaving the field writes the value, Escape gives up. What the robot sends meanwhile does
- * not touch the field. What is no value keeps the field open with a sentence why; leaving it then
- * gives up too.
+ * Enter or leaving the editor writes the value, Escape cancels. Values sent by the robot do not
+ * affect an open editor. While the text is invalid, the editor stays open and the reason is shown;
+ * leaving it then cancels, too.
  */
 class ValueDelegate : public QStyledItemDelegate {
     Q_OBJECT
@@ -61,7 +61,7 @@ class ValueDelegate : public QStyledItemDelegate {
                const QModelIndex& index) const override;
 
   Q_SIGNALS:
-    /** What was entered is no value and was not written. @param problem a sentence */
+    /** Emitted when the text was invalid and was not written. @param problem a sentence */
     void entryRefused(const QString& problem) const;
 
   protected:

@@ -9,24 +9,26 @@
 
 namespace memoryviewer {
 
-/** Whether values of a type can be entered by hand: bool, int, float, string. */
+/** Returns true if values of a type can be entered by hand: bool, int, float, string. */
 bool isEnterable(KVValue::Type type);
 
-/** A value as it is edited: numbers with a point and all their digits, texts as they are. */
+/**
+ * Returns a value for editing: numbers with a decimal point and all their digits, texts unchanged.
+ */
 QString entryText(const KVValue& value);
 
-/** What was entered. */
+/** Result of parsing a user's input. */
 struct Entry {
-    std::optional<KVValue> fValue;  ///< nothing when it is no value of the type
-    QString fProblem;               ///< then a sentence for the user
+    std::optional<KVValue> fValue;  ///< nothing if it is not a valid value of the type
+    QString fProblem;               ///< in that case a sentence for the user
 };
 
 /**
- * Reads what the user has entered for a value of a type.
+ * Parses the user's input for a value of a type.
  *
- * Numbers have a decimal point in every locale. A comma is refused with a sentence, since it may be
- * meant as a decimal comma or between thousands, and a robot must not be told another number than
- * was meant.
+ * Numbers have a decimal point in every locale. A comma is rejected with a message, since it may be
+ * a decimal comma or a thousands separator, and a robot must not receive another number than the
+ * intended one.
  */
 Entry readEntry(const QString& text, KVValue::Type type);
 

@@ -19,59 +19,63 @@
 
 namespace memoryviewer {
 
-/** A key as it is written: a robot knows it by its name, of which it may have announced several. */
+/**
+ * The key of a write: the robot identifies it by its name, which several announced keys may have.
+ */
 struct WrittenKey {
     std::uint32_t fId = 0;
     std::string fName;
 };
 
-/** What became of the last write of a key. */
+/** State of the last write of a key. */
 struct WriteState {
     enum class Phase { Pending, Accepted, Refused };
     Phase fPhase = Phase::Pending;
-    KVValue fBefore;             ///< what stood there when it was entered
-    KVValue fValue;              ///< what was to be written
-    QString fReason;             ///< the robot's, when it refused; plain text
-    QElapsedTimer fSinceAnswer;  ///< not valid while it is pending
+    KVValue fBefore;             ///< the value when the new one was entered
+    KVValue fValue;              ///< the value to write
+    QString fReason;             ///< the robot's reason for refusing; plain text
+    QElapsedTimer fSinceAnswer;  ///< not valid while the write is pending
 };
 
 /**
- * Writes values to a robot one after the other on a thread of its own, and remembers the last one
- * accepted so that it can be undone. Used on the GUI thread, which never waits for the robot.
+ * Writes values to a robot one after the other on a dedicated thread, and stores the last accepted
+ * write for undo. Used on the GUI thread, which never waits for the robot.
  */
 class WriteQueue : public QObject {
     Q_OBJECT
 
   public:
-    /** @param writer used on the queue's thread, but for its cancel() */
+    /** @param writer used on the queue's thread, except for its cancel() */
     explicit WriteQueue(std::unique_ptr<ValueWriter> writer, QObject* parent = nullptr);
-    /** Cancels what is being written; what waits is not written. */
+    /** Cancels the running write; waiting ones are dropped. */
     ~WriteQueue() override;
 
     /**
-     * Writes a value. Several writes of one key are done in their order; its state is that of the
+     * Writes a value. Several writes of one key are done in order; the key's state is that of the
      * last one.
      *
-     * @param before the value that undo() brings back
+     * @param before the value that undo() restores
      */
     void write(const WrittenKey& key, const KVValue& before, const KVValue& value);
 
     /** The last write of a key, until the next one; null if it was never written. */
     const WriteState* state(std::uint32_t id) const;
-    /** Ends all that waits as refused, for instance when the robot is lost. */
+    /** Ends all waiting writes as refused, for instance when the robot is lost. */
     void giveUp(const QString& reason);
 
-    /** Whether a write was accepted that can be undone: the last one, and nothing is pending. */
+    /** Returns true if the last write was accepted and can be undone, and none is pending. */
     bool canUndo() const { return fUndo.has_value() && fPending == 0; }
-    /** Name of the key that undo() writes. */
+    /** Returns the name of the key that undo() writes. */
     std::string undoKey() const { return fUndo ? fUndo->fKey.fName : std::string(); }
-    /** Writes what was there before the last write accepted; once more writes that again. */
+    /** Writes the value before the last accepted write; called again, writes that value again. */
     void undo();
 
   Q_SIGNALS:
-    /** Another state of the last write of a key. */
+    /** Emitted when the state of the last write of a key has changed. */
     void stateChanged(std::uint32_t id);
-    /** A key of that name was refused. @param reason the robot's, plain text */
+    /**
+     * Emitted when a write to a key of that name was refused. @param reason the robot's, plain text
+     */
     void refused(const std::string& key, const QString& reason);
     void canUndoChanged(bool canUndo);
 

@@ -11,7 +11,7 @@ namespace memoryviewer {
 
 namespace {
 
-/** Below, at or above 0 like the order of two things. */
+/** Returns a number below, at or above 0 according to the order of two values. */
 template <class T>
 int compare(const T& left, const T& right) {
     return left < right ? -1 : (right < left ? 1 : 0);
@@ -34,7 +34,7 @@ int compareNumbers(double left, double right) {
     return compare(left, right);
 }
 
-/** Numbers come first, then texts, then what has no order of its own. */
+/** Numbers come first, then texts, then types without an order. */
 int compareValues(const KVValue& left, const KVValue& right) {
     if (isNumber(left) && isNumber(right)) {
         return compareNumbers(numberOf(left), numberOf(right));
@@ -66,7 +66,7 @@ int compareKeys(const MemoryKey& left, const MemoryKey& right, int column) {
     }
 }
 
-/** Rows that are no key stand above the others, by name. */
+/** Rows without a key come before the others, by name. */
 MemoryNode::Less lessBy(int column, Qt::SortOrder order) {
     const int sign = order == Qt::AscendingOrder ? 1 : -1;
     return [column, sign](const MemoryNode& left, const MemoryNode& right) {

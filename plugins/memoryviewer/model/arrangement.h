@@ -12,24 +12,26 @@
 
 namespace memoryviewer {
 
-/** Which keys are shown, and in what order. */
+/** Filter and order of the displayed keys. */
 struct Arrangement {
     bool fIsFlat = false;
     int fSortColumn = NameColumn;
     Qt::SortOrder fOrder = Qt::AscendingOrder;
     FilterExpression fFilter;
 
-    /** Whether values decide, so that it has to be made again as they change. */
+    /** Returns true if it depends on values, so that it must be rebuilt as they change. */
     bool isLive() const;
-    /** Whether every branch has its row. */
+    /** Returns true if every branch has a row. */
     bool isWholeTree() const { return !fIsFlat && fFilter.isEmpty(); }
-    /** Whether a tree of this arrangement has the order of names, in which a key can be put at its
-     *  place. */
+    /**
+     * Returns true if a tree with this arrangement is ordered by name, so that a key can be
+     * inserted at its place.
+     */
     bool hasNaturalOrder() const;
 
-    /** A root over the keys that are shown. */
+    /** Returns a root with the keys that are shown. */
     std::unique_ptr<MemoryNode> build(const KeyStore& keys) const;
-    /** Those of some keys that are shown. */
+    /** Returns the keys that are shown. */
     MemoryNode::Keys filtered(const MemoryNode::Keys& keys, std::int64_t now) const;
 };
 

@@ -26,15 +26,17 @@ namespace memoryviewer {
  */
 class FilterExpression {
   public:
-    /** Lets every key pass. */
+    /** A filter that every key matches. */
     FilterExpression() = default;
     explicit FilterExpression(const QString& text);
 
-    /** Why the text is no filter, a sentence for the user; empty when it is one. Keys are then
-     *  looked at as if the faulty term were not there. */
+    /**
+     * Returns the error in the text, as a sentence for the user; empty if there is none. The
+     * invalid term is ignored.
+     */
     const QString& fault() const { return fFault; }
     bool isEmpty() const { return fTerms.empty(); }
-    /** Whether it depends on values, so that it has to be asked again as they change. */
+    /** Returns true if it depends on values, so that it must be evaluated again as they change. */
     bool isLive() const;
 
     /** @param now by the robot's clock, microseconds */

@@ -17,7 +17,7 @@ namespace {
 
 constexpr int a_maxUnitLength = 40;
 constexpr double a_secondsInMinute = 60;
-/** Half of the last digit of seconds from 10 on: "60.0 s" is a minute. */
+/** Half of the last digit of seconds from 10 on: 59.95 s is shown as a minute. */
 constexpr double a_roundingOfSeconds = 0.05;
 constexpr int a_secondsInHour = 3600;
 constexpr double a_secondsInDay = 86400;
@@ -26,13 +26,13 @@ QString translated(const char* text) {
     return QCoreApplication::translate("memoryviewer::MemoryModel", text);
 }
 
-/** Whether values of the type stand below one another better by their ends, next to the unit. */
+/** Returns true if values of the type are right-aligned, next to the unit. */
 bool isReadFromTheRight(KVValue::Type type) {
     return type == KVValue::Type::Int || type == KVValue::Type::Float ||
            type == KVValue::Type::Bool;
 }
 
-/** A line of a tool tip, which Qt would otherwise take for rich text when it looks like it. */
+/** Returns a line of a tool tip, escaped since Qt could mistake it for rich text. */
 QString toolTipLine(const QString& label, const QString& text) {
     return QStringLiteral("<br/>%1: %2").arg(label, text.toHtmlEscaped());
 }
@@ -62,7 +62,7 @@ QString toolTipText(const MemoryKey& key) {
     return text + QStringLiteral("</p>");
 }
 
-/** Three digits. What rounds up to 10 has one decimal as 10 has, so that it does not flicker. */
+/** Uses three digits. A number that rounds up to 10 has one decimal like 10, to avoid flicker. */
 QString figureText(double value) {
     constexpr double roundsToTen = 9.995;
     return QString::number(value, 'f', value < roundsToTen ? 2 : 1);

@@ -8,10 +8,10 @@ namespace memoryviewer {
 class KeyStore;
 class WriteQueue;
 
-/** The values of the robot behind the cells of any view of keys, and the way to write them. */
+/** The robot's values for the cells of any view of keys, and access for writing them. */
 class KeyValueSource : public ValueSource {
   public:
-    /** Both outlive this. */
+    /** Both must outlive this object. */
     KeyValueSource(const KeyStore* keys, WriteQueue* writes);
 
     std::optional<KVValue> editableValue(const QModelIndex& index) const override;

@@ -21,11 +21,11 @@ class MemoryNode;
  * The keys of a robot's memory as a tree by "/" or as a list, filtered and sorted, with their
  * newest values.
  *
- * Made for thousands of keys that change many times a second: a key's row is found in constant
- * time, a change of values signals only the rows that changed, merged into runs, and neither it nor
- * a key that comes or goes in a tree in order of names touches other rows. Every other arrangement
- * is made anew as a whole, where rows keep their selection and expansion; a live one when
- * rearrange() is called. Used on the GUI thread.
+ * Designed for thousands of keys that change many times a second. A key's row is found in constant
+ * time. A change of values signals only the changed rows, merged into runs; neither it nor adding
+ * or removing a key in a tree ordered by name affects other rows. Every other arrangement is
+ * rebuilt completely, with selection and expansion preserved; a live one when rearrange() is
+ * called. Used on the GUI thread.
  */
 class MemoryModel : public QAbstractItemModel {
     Q_OBJECT
@@ -38,14 +38,14 @@ class MemoryModel : public QAbstractItemModel {
     const Arrangement& arrangement() const { return fArrangement; }
     void setArrangement(const Arrangement& arrangement);
     void sort(int column, Qt::SortOrder order) override;
-    /** Filters and sorts anew, by the present values. */
+    /** Filters and sorts again, by the current values. */
     void rearrange();
 
-    /** Number of keys that are shown. */
+    /** Returns the number of displayed keys. */
     int keyCount() const { return static_cast<int>(fNodes.size()); }
-    /** The row of a key; invalid when there is no such key. */
+    /** Returns the row of a key; invalid if there is no such key. */
     QModelIndex indexOfKey(std::uint32_t id, int column = NameColumn) const;
-    /** The key of a row; null for a row that is a branch only. */
+    /** Returns the key of a row; null for a row that is only a branch. */
     const MemoryKey* keyOf(const QModelIndex& index) const;
 
     QModelIndex index(int row, int column,

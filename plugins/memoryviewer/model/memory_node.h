@@ -14,10 +14,10 @@
 namespace memoryviewer {
 
 /**
- * One row of the tree: a branch, a key, or both ("A" beside "A/B").
+ * A row of the tree: a branch, a key, or both ("A" beside "A/B").
  *
- * The children of a tree are made in natural order of their names, so that one is found by
- * bisection unless sort() was called. A robot that announces one name twice gets two rows of that
+ * The children of a tree are created in natural order of their names, so that a child is found by
+ * bisection unless sort() was called. A robot that announces one name twice gets two rows with that
  * name.
  */
 class MemoryNode {
@@ -31,29 +31,32 @@ class MemoryNode {
     MemoryNode(const MemoryNode&) = delete;
     MemoryNode& operator=(const MemoryNode&) = delete;
 
-    /** A root over keys, sorted by their paths, that belongs to no model yet. */
+    /** Returns a root with keys, sorted by their paths, that does not belong to a model yet. */
     static std::unique_ptr<MemoryNode> buildTree(const Keys& keys);
-    /** The same with every key a child of the root, by its whole name. */
+    /** Returns a root with every key as a child, by its full name. */
     static std::unique_ptr<MemoryNode> buildList(const Keys& keys);
 
     const std::string& segment() const { return fSegment; }
-    /** The segment as it is shown. */
+    /** Returns the segment as displayed. */
     const QString& name() const;
     MemoryNode* parent() const { return fParent; }
     int row() const { return static_cast<int>(fRow); }
     int childCount() const { return static_cast<int>(fChildren.size()); }
     MemoryNode& child(std::size_t row) const { return *fChildren[row]; }
 
-    /** The first child of that name, or null. Looks at all of them. */
+    /** Returns the first child of that name, or null. Searches all of them. */
     const MemoryNode* findChild(const std::string& segment) const;
-    /** The child into which `other` can be merged: of the same name, and not both a key. */
+    /**
+     * Returns the child into which `other` can be merged: it has the same name, and not both are
+     * keys.
+     */
     MemoryNode* mergeableChild(const MemoryNode& other) const;
-    /** Row at which a further child of that name belongs. */
+    /** Returns the row at which to insert a further child of that name. */
     std::size_t insertRow(const std::string& segment) const;
-    /** Moves the children [first, last) of `source`, a tree being taken apart, here to `row`. */
+    /** Moves the children [first, last) of `source`, a tree that is being dissolved, to `row`. */
     void takeChildren(std::size_t row, MemoryNode& source, std::size_t first, std::size_t last);
     void removeChildren(std::size_t first, std::size_t last);
-    /** Brings all that is below into another order; equals stay as they are. */
+    /** Sorts everything below this node; the sort is stable. */
     void sort(const Less& less);
 
     const MemoryKey* fKey = nullptr;
@@ -64,7 +67,7 @@ class MemoryNode {
     void xRenumber(std::size_t first);
 
     std::string fSegment;
-    mutable QString fName;  // made when a row is first shown
+    mutable QString fName;  // created when a row is first shown
     MemoryNode* fParent = nullptr;
     std::size_t fRow = 0;
     std::vector<std::unique_ptr<MemoryNode>> fChildren;

@@ -13,7 +13,9 @@ using viewer::Quotes;
 namespace {
 
 constexpr int a_significantDigits = 6;
-/** Numbers from here on are shown with an exponent; a double still has all digits below it. */
+/**
+ * Numbers from this one on are shown with an exponent; below it a double still has all its digits.
+ */
 constexpr double a_largestPlainNumber = 1e15;
 constexpr int a_maxNesting = 8;
 constexpr int a_maxBytesShown = 16;

@@ -14,10 +14,10 @@
 namespace memoryviewer {
 
 /**
- * The keys that the user watches, in an order of the user's, with the columns of MemoryModel.
+ * The watched keys, in the user's order, with the columns of MemoryModel.
  *
- * A key that the robot does not have, or not at present, keeps its row, which says so. Keys are
- * dropped in from the tree, and dragged within it to another place. Used on the GUI thread.
+ * A key that the robot does not have at present keeps its row, which shows that. Keys are dropped
+ * from the tree, and can be reordered by dragging. Used on the GUI thread.
  */
 class WatchModel : public QAbstractTableModel {
     Q_OBJECT
@@ -30,15 +30,15 @@ class WatchModel : public QAbstractTableModel {
 
     const QStringList& names() const { return fNames; }
     bool contains(const QString& name) const { return fNames.contains(name); }
-    /** Replaces all; more than a_maxNames, empty ones and repetitions are left out. */
+    /** Replaces all names; empty and duplicate ones, and those beyond a_maxNames, are left out. */
     void setNames(const QStringList& names);
-    /** Inserts before `row`, or at the end; a name that is there already moves. */
+    /** Inserts before `row`, or at the end; an existing name is moved. */
     void insert(const QStringList& names, int row = -1);
     void remove(const QString& name);
     /** Moves a row by one, up (-1) or down (1). @return its new row */
     int move(int row, int by);
 
-    /** The key of a row; null while the robot does not have it. */
+    /** Returns the key of a row; null while the robot does not have it. */
     const MemoryKey* keyOf(const QModelIndex& index) const;
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
@@ -57,7 +57,7 @@ class WatchModel : public QAbstractTableModel {
                       const QModelIndex& parent) override;
 
   Q_SIGNALS:
-    /** Other names, or in another order. */
+    /** Emitted when the names or their order have changed. */
     void namesChanged();
 
   private:
@@ -71,7 +71,7 @@ class WatchModel : public QAbstractTableModel {
 
     KeyStore* const fKeys;
     QStringList fNames;
-    std::vector<const MemoryKey*> fFound;  // of each name; null while it is missing
+    std::vector<const MemoryKey*> fFound;  // for each name; null while it is missing
     std::unordered_map<std::string, int> fRows;
 };
 

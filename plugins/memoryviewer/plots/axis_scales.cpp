@@ -15,10 +15,10 @@ namespace {
 
 constexpr double a_second = base::a_microsecondsPerSecond;
 constexpr double a_millisecond = 1e3;
-/** The years 1900 to 2200: what a robot's clock says when it is set, or nearly. */
+/** The years 1900 to 2200, the range of a robot's clock that is set. */
 constexpr double a_firstDate = -2208988800.0 * a_second;
 constexpr double a_endOfDates = 7258118400.0 * a_second;
-/** Largest values that are drawn; the differences of larger ones are infinite. */
+/** Maximum value that is drawn; the differences of larger ones are infinite. */
 constexpr double a_largestValue = 1e300;
 constexpr double a_margin = 0.05;
 constexpr int a_maxDigits = 15;
@@ -31,7 +31,7 @@ QDateTime dateTime(double time) {
     return QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(std::floor(time / a_millisecond)));
 }
 
-/** Digits after the point with which numbers `step` apart differ. */
+/** Returns the decimals with which numbers `step` apart differ. */
 int digitsFor(double step) {
     return step > 0
                ? std::clamp(static_cast<int>(std::ceil(-std::log10(step) - 1e-9)), 0, a_maxDigits)
@@ -61,7 +61,10 @@ double roundTimeStep(double least) {
     return (step != steps.end() ? *step : day * std::ceil(roundStep(seconds / day))) * a_second;
 }
 
-/** What local time is ahead of the robot's microseconds, so that ticks fall on local full hours. */
+/**
+ * Returns the offset of local time from the robot's microseconds, so that ticks are at full local
+ * hours.
+ */
 double localOffset(double time) {
     return isDate(time) ? dateTime(time).offsetFromUtc() * a_second : 0;
 }
@@ -74,7 +77,7 @@ QwtScaleDiv ticks(double low, double high, double step, double offset) {
     const int count = static_cast<int>(std::clamp(last - first + 1, 0.0, mostTicks));
     for (int i = 0; i < count; ++i) {
         const double tick = (first + i) * step - offset;
-        // Zero, and not what is left of the rounding.
+        // Zero instead of a rounding error.
         major.append(std::fabs(tick) < step / 1e6 ? 0 : tick);
     }
     return QwtScaleDiv(low, high, {}, {}, major);
@@ -141,7 +144,7 @@ ValueSpan roomFor(const ValueSpan& span) {
     const double low = std::clamp(span.fMinimum, -a_largestValue, a_largestValue);
     const double high = std::clamp(span.fMaximum, -a_largestValue, a_largestValue);
     const double size = std::max(std::fabs(low), std::fabs(high));
-    // Below this a double has no neighbours left to draw.
+    // Below this share a double has no distinct neighbours.
     constexpr double leastShare = 1e-12;
     constexpr double leastSize = 1e-290;
     const bool isFlat = high - low <= std::max(size * leastShare, leastSize);

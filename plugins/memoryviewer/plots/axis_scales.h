@@ -9,24 +9,32 @@
 
 namespace memoryviewer {
 
-/** A time as the user reads it, in local time and with as many digits as `step` microseconds ask
- *  for; in plain seconds where it is no date of this or a near age. */
+/**
+ * Returns a time for the user, in local time and with as many digits as `step` microseconds need;
+ * in plain seconds if it is not a date of this or a near century.
+ */
 QString timeText(double time, double step);
-/** The day of a time, or nothing. */
+/** Returns the day of a time, or nothing. */
 QString dayText(double time);
-/** A number by the user's locale, with as many digits as tell it from its neighbours `step` away.
+/**
+ * Returns a number in the user's locale, with as many digits as distinguish it from its neighbours
+ * `step` away.
  */
 QString numberText(double value, double step);
 
-/** Ticks at round times: seconds, minutes, hours, days. @param maxLabels at least 1 */
+/** Returns ticks at round times: seconds, minutes, hours, days. @param maxLabels at least 1 */
 QwtScaleDiv timeScale(double left, double right, int maxLabels);
-/** Ticks at round values. The bounds must be finite and in order. */
+/** Returns ticks at round values. The bounds must be finite and in order. */
 QwtScaleDiv valueScale(double low, double high, int maxLabels);
-/** Bounds in which a span is well seen: finite, apart, and round so that they seldom change. */
+/**
+ * Returns suitable axis bounds for a span: finite, distinct, and round so that they seldom change.
+ */
 ValueSpan roomFor(const ValueSpan& span);
 
-/** Labels of the time axis. None reaches beyond the ends of the axis, so that the plots above,
- * which have no labels, are as wide. */
+/**
+ * Labels of the time axis. None extends beyond the ends of the axis, so that the plots above, which
+ * have no labels, have the same width.
+ */
 class TimeScaleDraw : public QwtScaleDraw {
   public:
     /** @param pixels half the width of a label */
@@ -37,7 +45,7 @@ class TimeScaleDraw : public QwtScaleDraw {
     double fLabelRoom = 0;
 };
 
-/** Labels of a values axis. */
+/** Labels of a value axis. */
 class ValueScaleDraw : public QwtScaleDraw {
   public:
     QwtText label(double value) const override;

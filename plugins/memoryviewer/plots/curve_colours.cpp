@@ -8,8 +8,10 @@ namespace {
 
 constexpr int a_colours = 8;
 constexpr int a_darkest = 128;
-/** Blue, orange, green, pink, brown, light blue, red, grey: dark ones for light paper and light
- *  ones for dark. */
+/**
+ * Blue, orange, green, pink, brown, light blue, red, grey: dark ones for light backgrounds and
+ * light ones for dark.
+ */
 constexpr std::array<QRgb, a_colours> a_onLight{0xff0060a8, 0xffc25a00, 0xff00806a, 0xffb0418c,
                                                 0xff6b4a10, 0xff2a9fd6, 0xffc01818, 0xff606060};
 constexpr std::array<QRgb, a_colours> a_onDark{0xff6fb4ff, 0xffffa040, 0xff35d0a8, 0xffff8fd0,

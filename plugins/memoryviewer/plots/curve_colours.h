@@ -7,8 +7,8 @@
 namespace memoryviewer {
 
 /**
- * How the curve of a number is drawn: in colours that can be told apart on the palette's base,
- * by the colour-blind too, and in other dashes when the colours are used up.
+ * Returns the pen of the curve with a number: in colours that are distinguishable on the palette's
+ * base, also for the colour-blind, and with other dashes when all colours are in use.
  */
 QPen curvePen(int number, const QPalette& palette);
 

@@ -27,7 +27,7 @@ void add(PointSummary& summary, const CurvePoint& point) {
     }
 }
 
-/** Finds the point that is shown at a time. */
+/** Searches for the point that is shown at a time. */
 class Search {
   public:
     explicit Search(double time) : fTime(time) {}
@@ -57,7 +57,7 @@ class Search {
 }  // namespace
 
 std::int64_t pointTime(double microseconds) {
-    // The largest times of all are not numbers that a double can hold.
+    // A double cannot represent the largest times.
     constexpr double most = 9.2e18;
     return static_cast<std::int64_t>(std::clamp(microseconds, -most, most));
 }

@@ -13,48 +13,49 @@ namespace memoryviewer {
 
 /** A point of a curve. */
 struct CurvePoint {
-    std::int64_t fTime = 0;  ///< microseconds by the robot's clock; need not be a sane one
-    double fValue = 0;       ///< not finite where the curve has a gap
+    std::int64_t fTime = 0;  ///< microseconds by the robot's clock; may be invalid
+    double fValue = 0;       ///< not finite in a gap of the curve
 
     bool operator==(const CurvePoint& other) const {
         return fTime == other.fTime && fValue == other.fValue;
     }
 };
 
-/** How a curve goes from point to point. */
+/** How a curve connects its points. */
 enum class CurveShape {
-    Line,  ///< straight; for floating-point numbers
-    Steps  ///< each value holds until the next one; for integers and bools
+    Line,  ///< straight lines; for floating-point numbers
+    Steps  ///< each value is constant until the next one; for integers and bools
 };
 
-/** The nearest time that a point can have. */
+/** Returns the nearest time that a point can have. */
 std::int64_t pointTime(double microseconds);
 
-/** What is known of some neighbouring points without looking at them. */
+/** Summary of successive points. */
 struct PointSummary {
     CurvePoint fFirst;
     CurvePoint fLast;
     std::int64_t fEarliest = 0;
     std::int64_t fLatest = 0;
-    double fMinimum = 0;  ///< of the finite values; above fMaximum when there is none
+    double fMinimum = 0;  ///< of the finite values; above fMaximum if there are none
     double fMaximum = 0;
-    /** The first point does not follow from the one before: the time went back or the curve was
-     *  interrupted. */
+    /**
+     * The first point does not continue the curve: the time went back or the curve was interrupted.
+     */
     bool fBeginsAnew = false;
 
     bool hasValues() const { return fMinimum <= fMaximum; }
 };
 
 /**
- * The points of one curve in the order in which they came.
+ * The points of one curve in the order of their arrival.
  *
- * They lie in chunks of arrays, with summaries of every block of 16 points and of every chunk: a
- * picture of any width asks the summaries where they lie within one column of it, so that its cost
- * depends on the width and not on the number of points. A chunk that is full never changes again
- * and is shared by copies, which makes a copy cheap.
+ * They are stored in chunks of arrays, with summaries of every block of 16 points and of every
+ * chunk. A picture of any width uses the summaries that lie within one of its columns, so that its
+ * cost depends on the width and not on the number of points. A full chunk never changes and is
+ * shared by copies, which makes a copy cheap.
  *
- * An interruption is a point with no value that is marked as ours, to be told from a not-a-number
- * that the robot sent.
+ * An interruption is a point without a value that has a mark, to distinguish it from NaN sent by
+ * the robot.
  */
 class CurveHistory {
   public:
@@ -62,13 +63,13 @@ class CurveHistory {
     static constexpr std::size_t a_blocksPerChunk = 64;
     static constexpr std::size_t a_chunkSize = a_blockSize * a_blocksPerChunk;
 
-    /** @brief Sees points in the order in which they came, whole groups of them where possible. */
+    /** @brief Visits points in the order of their arrival, in whole groups where possible. */
     class Visitor {
       public:
         virtual ~Visitor() = default;
-        /** @return false to look at the group's parts, down to single points */
+        /** @return false to visit the parts of the group, down to single points */
         virtual bool takeGroup(const PointSummary& group) = 0;
-        /** @param beginsAnew it does not follow from the point before */
+        /** @param beginsAnew it does not continue from the previous point */
         virtual void takePoint(const CurvePoint& point, bool beginsAnew) = 0;
     };
 
@@ -79,35 +80,44 @@ class CurveHistory {
     CurveHistory& operator=(CurveHistory&&) = default;
     ~CurveHistory() = default;
 
-    /** @param order a number that ascends over all curves, to find what is oldest */
+    /** @param order a number that increases over all curves, to find the oldest points */
     void append(const CurvePoint& point, std::uint64_t order);
-    /** Leaves a gap from `time` on. Nothing when the curve has one there or no points. */
+    /**
+     * Inserts a gap at `time`. Does nothing if the curve already ends with one or has no points.
+     */
     void interrupt(std::int64_t time, std::uint64_t order);
 
-    /** Points, those that interrupt included. */
+    /** Returns the number of points, including interruptions. */
     std::size_t size() const { return fSize; }
     bool isEmpty() const { return fSize == 0; }
-    /** The point that came last; the history must not be empty. */
+    /** Returns the point that arrived last; the history must not be empty. */
     CurvePoint last() const;
-    /** Whether the curve goes on: it has a point and the last one is no interruption. */
+    /**
+     * Returns true if the curve continues: it has a point and the last one is not an interruption.
+     */
     bool isGoingOn() const;
-    /** The point that `index` others came before, and whether it is an interruption. */
+    /**
+     * Returns the point at `index` in the order of arrival; isInterruption() tells if it interrupts
+     * the curve.
+     */
     CurvePoint at(std::size_t index) const;
     bool isInterruption(std::size_t index) const;
 
-    /** Earliest and latest time; 0 when there are no points. */
+    /** Return the earliest and latest time; 0 if there are no points. */
     std::int64_t earliest() const;
     std::int64_t latest() const;
 
     void visit(Visitor& visitor) const;
 
-    /** The point with the latest time that is not after `time`, the one that came last among
-     *  several; nothing when there is none. The value that a reader sees at that time. */
+    /**
+     * Returns the value shown at that time: the point with the latest time that is not after
+     * `time`, the one that arrived last among several; nothing if there is none.
+     */
     std::optional<CurvePoint> pointAt(double time) const;
 
-    /** Order of the newest point in the oldest chunk. */
+    /** Returns the order of the newest point in the oldest chunk. */
     std::uint64_t orderOfOldest() const;
-    /** Forgets the oldest chunk. @return the number of points that were in it */
+    /** Drops the oldest chunk. @return the number of its points */
     std::size_t forgetOldest();
 
   private:

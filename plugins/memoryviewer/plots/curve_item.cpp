@@ -11,12 +11,15 @@ namespace memoryviewer {
 
 namespace {
 
-/** Coordinates beyond which the painter is not trusted with a point. */
+/** Maximum coordinates that are passed to the painter. */
 constexpr qreal a_farthest = 30000;
-/** What is cut off beside the canvas leaves a line along the cut, which must not be seen. */
+/** Clipping beside the canvas leaves a line along the edge, which must not be visible. */
 constexpr qreal a_cutDistance = 20;
 constexpr qreal a_dotSize = 3;
-/** More points than this for each pixel of the width make a pattern that smoothing only slows. */
+/**
+ * Above this number of points for each pixel of the width, a curve is a pattern that smoothing
+ * would only slow down.
+ */
 constexpr qreal a_smoothedDensity = 0.5;
 
 bool isFar(const QPointF& point) {

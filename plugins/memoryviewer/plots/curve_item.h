@@ -11,8 +11,8 @@ namespace memoryviewer {
 /**
  * The curve of one key in one plot.
  *
- * Before each picture prepare() chooses the points that are drawn, so that the values axis can be
- * fitted to them before they are.
+ * Before each picture prepare() selects the points to draw, so that the value axis can be fitted to
+ * them first.
  */
 class CurveItem : public QwtPlotItem {
   public:

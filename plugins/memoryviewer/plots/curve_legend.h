@@ -12,19 +12,19 @@ namespace memoryviewer {
 /** A line of the legend. */
 struct LegendEntry {
     int fKey = 0;
-    QString fName;  ///< as the robot gave it
+    QString fName;  ///< as sent by the robot
     QString fUnit;
     QPen fPen;
 };
 
-/** Name and unit as one safe line. */
+/** Returns name and unit as one safe line. */
 QString legendText(const LegendEntry& entry);
-/** A short line as the curve is drawn. */
+/** Returns a short line in the curve's style. */
 QPixmap legendPicture(const QPen& pen, const QPaintDevice& device, int height);
 
 /**
- * The curves of all plots with names, units, colours and values, in a tree with a branch for each
- * plot. Keys are dragged from it to other plots, and taken from elsewhere.
+ * The curves of all plots with names, units, colours and values, as a tree with a branch for each
+ * plot. Keys can be dragged to other plots, and dropped from elsewhere.
  */
 class CurveLegend : public QTreeWidget {
     Q_OBJECT
@@ -34,16 +34,16 @@ class CurveLegend : public QTreeWidget {
 
     explicit CurveLegend(QWidget* parent = nullptr);
 
-    /** Shows these plots; what was selected stays so where it still is. */
+    /** Shows these plots; the selection is kept where it still exists. */
     void setPlots(const std::vector<std::vector<LegendEntry>>& plots);
-    /** Shows a value of a curve, in all plots where it is. */
+    /** Shows a value of a curve, in all plots that contain it. */
     void setValue(int key, const QString& text);
-    /** What the values are of: the newest, or those at a time. */
+    /** Sets the title of the values: the newest, or those at a time. */
     void setValuesTitle(const QString& title);
 
-    /** The plot of the current line, -1 without one. */
+    /** Returns the plot of the current line, -1 if there is none. */
     int currentPlot() const;
-    /** The key of the current line, -1 without one. */
+    /** Returns the key of the current line, -1 if there is none. */
     int currentKey() const;
     void setCurrentPlot(int plot);
 
@@ -52,7 +52,7 @@ class CurveLegend : public QTreeWidget {
   Q_SIGNALS:
     void removeRequested(int plot, int key);
     void plotChosen(int plot);
-    /** @param fromPlot the plot that they are dragged from, -1 when they come from elsewhere */
+    /** @param fromPlot the plot from which they are dragged, -1 if they come from elsewhere */
     void namesDropped(const QStringList& names, int toPlot, int fromPlot);
     void contextMenuRequested(const QPoint& globalPosition);
 

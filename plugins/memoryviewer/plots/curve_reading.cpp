@@ -20,7 +20,7 @@ QString translated(const char* text) {
     return QCoreApplication::translate("memoryviewer::CurveReading", text);
 }
 
-/** The value before the gap where a curve ends with one. */
+/** Returns the value before the gap if a curve ends with one. */
 CurvePoint lastValue(const CurveHistory& curve) {
     const std::size_t last = curve.size() - 1;
     return last > 0 && curve.isInterruption(last) ? curve.at(last - 1) : curve.at(last);

@@ -8,11 +8,15 @@ namespace memoryviewer {
 class CurveHistory;
 class TimeAxis;
 
-/** The value of a curve at the cursor, or the newest one when there is no cursor, as the user reads
- *  it. */
+/**
+ * Returns the value of a curve at the cursor, or the newest one if there is no cursor, for the
+ * user.
+ */
 QString readingOf(const CurveHistory& curve, const TimeAxis& time);
 
-/** What readings are of: a time, as finely as `pixels` show it, or the newest values. */
+/**
+ * Returns the title of the readings: a time with the resolution of `pixels`, or the newest values.
+ */
 QString readingTitle(const TimeAxis& time, int pixels);
 
 }  // namespace memoryviewer

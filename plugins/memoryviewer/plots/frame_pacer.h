@@ -10,8 +10,8 @@ class QWidget;
 namespace memoryviewer {
 
 /**
- * Says when a widget is to draw its next frame: never while it cannot be seen, at most 25 times a
- * second for new values, and more often for a hand that moves it.
+ * Schedules the frames of a widget: none while it is not visible, at most 25 a second for new
+ * values, and more during user interaction.
  */
 class FramePacer : public QObject {
     Q_OBJECT
@@ -19,17 +19,17 @@ class FramePacer : public QObject {
   public:
     enum class Pace { Data, Hand };
 
-    /** @param widget whose frames they are; it must outlive the pacer */
+    /** @param widget the widget to draw; must outlive the pacer */
     explicit FramePacer(QWidget* widget);
 
-    /** What is drawn is old: a frame follows soon, or as soon as the widget can be seen. */
+    /** Requests a frame, which follows soon, or as soon as the widget is visible. */
     void schedule(Pace pace);
     bool canBeSeen() const;
 
   Q_SIGNALS:
-    /** Draw now. What is scheduled meanwhile is taken for drawn. */
+    /** Emitted when a frame must be drawn now. Requests made during the slot count as drawn. */
     void frameDue();
-    /** A few times a second while the widget can be seen, for what changes by itself. */
+    /** Emitted several times a second while the widget is visible, for changes by time. */
     void idle();
 
   protected:

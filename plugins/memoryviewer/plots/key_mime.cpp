@@ -16,7 +16,7 @@ QMimeData* keysToMime(const QStringList& names) {
 }
 
 QStringList keysFromMime(const QMimeData* data) {
-    // Any program may say that what is dragged from it is of this form.
+    // Any program may offer data in this format.
     const QByteArray bytes = data->data(QLatin1String(a_keyMimeType));
     const QJsonDocument document = QJsonDocument::fromJson(bytes);
     QStringList names;

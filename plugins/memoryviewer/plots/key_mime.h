@@ -7,13 +7,13 @@ class QMimeData;
 
 namespace memoryviewer {
 
-/** The form in which names of keys are dragged inside the viewer. */
+/** MIME type for dragging names of keys inside the viewer. */
 constexpr char a_keyMimeType[] = "application/x-obvista-keys";
 
-/** Names of keys for a drag, as plain text too. The caller owns the result. */
+/** Returns names of keys for a drag, also as plain text. The caller owns the result. */
 QMimeData* keysToMime(const QStringList& names);
 
-/** The names in what is dragged; none when it is something else. */
+/** Returns the names in dragged data; empty for other data. */
 QStringList keysFromMime(const QMimeData* data);
 
 }  // namespace memoryviewer

@@ -10,9 +10,11 @@ namespace memoryviewer {
 
 namespace {
 
-/** Milliseconds without a sample from which on time is taken to pass without one. */
+/** Milliseconds without a sample after which time advances without one. */
 constexpr int a_silence = 300;
-/** Further from this computer's clock, a time is followed only when no better one comes. */
+/**
+ * A time further than this from this computer's clock is followed only if there is no better one.
+ */
 constexpr double a_plausibleDistance = 86400.0 * base::a_microsecondsPerSecond;
 constexpr int a_plausibleFor = 2000;
 
@@ -35,7 +37,7 @@ void NewestTime::take(const std::vector<PlotSample>& samples) {
     } else if (fSincePlausible.isValid() && fSincePlausible.elapsed() < a_plausibleFor) {
         return;
     }
-    // Keys of one robot come in slightly other orders; only a clock that was set goes back further.
+    // Keys of one robot arrive slightly out of order; only a clock that was set goes back further.
     const bool isDisorder = newest < fNewest && fNewest - newest < base::a_microsecondsPerSecond;
     if (!isDisorder) {
         fNewest = newest;

@@ -10,25 +10,25 @@
 namespace memoryviewer {
 
 /**
- * The time that plots follow: that of the newest sample, and when none comes although curves go on,
- * since nothing changes, what has passed since.
+ * The time that plots follow: that of the newest sample plus, if curves continue without samples
+ * because nothing changes, the time elapsed since.
  *
- * A robot may send nonsense for some keys, which must not take the others out of sight, and its
- * clock may be set back, which must. All in microseconds by the robot's clock.
+ * A robot may send invalid times for some keys, which must not move the others out of view, and its
+ * clock may be set back, which must. All times are in microseconds by the robot's clock.
  */
 class NewestTime {
   public:
     void take(const std::vector<PlotSample>& samples);
-    /** @param isGoingOn whether a curve goes on, so that time passes without a sample */
+    /** @param isGoingOn true if a curve continues, so that time advances without a sample */
     double at(bool isGoingOn) const;
-    /** Takes the time as it stands now for that of the newest sample. @return it */
+    /** Makes the current time that of the newest sample. @return it */
     double hold(bool isGoingOn);
     /** The same, but no later than the newest sample and `latest`. */
     void takeBack(bool isGoingOn, double latest);
-    /** The time stands still until the next sample. */
+    /** Stops the time until the next sample. */
     void stop() { fSinceSample.invalidate(); }
 
-    /** That of the newest sample. */
+    /** Returns the time of the newest sample. */
     double ofSamples() const { return fNewest; }
 
   private:

@@ -23,7 +23,7 @@ constexpr double a_panStep = 0.1;
 constexpr double a_cursorStep = 0.01;
 constexpr double a_largestValue = 1e300;
 constexpr double a_smallestSpan = 1e-290;
-/** Of the values' size: where a double has no neighbours left to show. */
+/** Relative to the values' size: below this a double has no distinct neighbours. */
 constexpr double a_smallestShare = 1e-12;
 
 }  // namespace
@@ -204,7 +204,9 @@ void PlotCanvas::focusInEvent(QFocusEvent* event) {
     QwtPlotCanvas::focusInEvent(event);
 }
 
-/** By the keyboard; the mouse's right button may begin a rectangle and opens it when released. */
+/**
+ * By the keyboard; the mouse's right button may begin a rectangle and opens the menu when released.
+ */
 void PlotCanvas::contextMenuEvent(QContextMenuEvent* event) {
     if (event->reason() != QContextMenuEvent::Mouse) {
         Q_EMIT contextMenuRequested(mapToGlobal(rect().center()));
@@ -226,7 +228,8 @@ void PlotCanvas::xPanBy(const QPoint& pixels) {
     }
     const bool isMeant =
         std::abs((fDragNow - fDragStart).y()) >= QGuiApplication::styleHints()->startDragDistance();
-    // A hand that pans in time wavers; the fitted values axis is given up for more than that only.
+    // Panning in time is never exactly horizontal; only a larger vertical movement ends the
+    // automatic fit of the value axis.
     if (pixels.y() != 0 && isMeant) {
         xPanValues(static_cast<double>(pixels.y()) / height());
     }
@@ -254,7 +257,7 @@ void PlotCanvas::xZoomValues(double factor, double anchor) {
 
 void PlotCanvas::xZoomInto(const QRect& rectangle) {
     fTime->show(xTimeAt(rectangle.left()), xTimeAt(rectangle.right()));
-    // A flat one is meant as a choice of time.
+    // A flat rectangle only selects a time.
     if (rectangle.height() >= QGuiApplication::styleHints()->startDragDistance()) {
         const QwtScaleMap map = plot()->canvasMap(QwtPlot::yLeft);
         const double low = map.invTransform(rectangle.bottom());

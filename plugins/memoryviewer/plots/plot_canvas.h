@@ -15,11 +15,11 @@ namespace memoryviewer {
 class TimeAxis;
 
 /**
- * The area of a plot in which the curves are, with the mouse and the keys that move it.
+ * The area of a plot with the curves, and its interaction with mouse and keyboard.
  *
- * Drag pans, drag with Shift or the right button zooms into a rectangle, the wheel zooms in time
- * and with Ctrl in values. The cursor line and the rectangle are painted above the picture, which
- * is not drawn again for them.
+ * Dragging pans, dragging with Shift or the right button zooms into a rectangle, the wheel zooms in
+ * time and with Ctrl in values. The cursor line and the rectangle are painted above the picture,
+ * which is not redrawn for them.
  */
 class PlotCanvas : public QwtPlotCanvas {
     Q_OBJECT
@@ -27,16 +27,15 @@ class PlotCanvas : public QwtPlotCanvas {
   public:
     PlotCanvas(TimeAxis* time, QwtPlot* plot);
 
-    /** Marks the area as the one that takes what is being dragged. */
+    /** Highlights the area as the drop target. */
     void setDropTarget(bool isTarget);
 
   Q_SIGNALS:
-    /** The user asks for these values to be shown. */
+    /** Emitted when the user selects values to show. */
     void valuesChosen(double low, double high);
-    /** The user asks for the values axis to be fitted, and where `all` is set, for all times too.
-     */
+    /** Emitted when the user wants to fit the value axis and, if `all` is true, the time axis. */
     void fitRequested(bool all);
-    /** The user works with this plot. */
+    /** Emitted when the user works with this plot. */
     void activated();
     void contextMenuRequested(const QPoint& globalPosition);
 

@@ -19,65 +19,65 @@ class PlotView;
 struct LegendEntry;
 
 /**
- * The user's choice of keys and plots: which keys are in which plots.
+ * The user's selection of keys and plots, and which plots contain which keys.
  *
- * A key may be in several plots; its history is kept once, as long as it is in one. A plot that
- * loses its last key goes.
+ * A key may be in several plots; its history is stored once, while it is in at least one. A plot is
+ * removed with its last key.
  */
 class PlotChoice : public QObject {
     Q_OBJECT
 
   public:
-    /** Both must outlive the choice. */
+    /** Both must outlive this object. */
     PlotChoice(PlotStack* plots, PlotHistory* history, QObject* parent);
 
     const PlottedKeys& keys() const { return fKeys; }
     std::vector<LegendEntry> entriesOf(const PlotView& plot) const;
 
     /**
-     * Adds a key to a plot; nothing when it is there already.
+     * Adds a key to a plot; does nothing if it is already there.
      *
-     * @param plot one behind the last makes a new one
-     * @return whether it is there now; not so beyond the most keys or plots, which is said
+     * @param plot an index after the last one creates a new plot
+     * @return true if it is there now; false beyond the limits of keys or plots, which is reported
      */
     bool addKey(const QString& name, const QString& unit, CurveShape shape, std::size_t plot);
     /** Adds an empty plot. */
     void addPlot();
-    /** Takes a key from a plot. */
+    /** Removes a key from a plot. */
     void removeKey(std::size_t plot, int key);
-    /** Takes a key from all plots. */
+    /** Removes a key from all plots. */
     void removeKey(const QString& name);
     void removePlot(std::size_t plot);
     void removeAll();
-    /** Moves a key to another plot; one behind the last makes a new one. */
+    /** Moves a key to another plot; an index after the last one creates a new plot. */
     void move(const QString& name, std::size_t fromPlot, std::size_t toPlot);
-    /** What became known of a key; nothing when it is not plotted. */
+    /** Sets the metadata of a key; does nothing if it is not plotted. */
     void describe(const QString& name, const QString& unit, CurveShape shape);
 
     /**
-     * Takes keys that were dropped, or chosen together. When they have several units and come from
-     * elsewhere, each unit goes to a plot of that unit, the wanted one if it can be: to one that is
-     * there already, or else to a new one.
+     * Adds keys that were dropped or selected together. If they have several units and do not come
+     * from another plot, each unit gets a plot of that unit, the wanted one if possible: an
+     * existing one, otherwise a new one.
      *
      * @param toPlot -1 for new plots
-     * @param fromPlot the plot that they are moved from, -1 when they come from elsewhere
+     * @param fromPlot the plot from which they are moved, -1 if they come from elsewhere
      */
     void take(const QStringList& names, int toPlot, int fromPlot);
     /** See PlotPanel::setKeyLookup(). */
     void setKeyLookup(KeyLookup lookup);
-    /** The unit of all keys of a plot; nothing when it has none, or they have several. */
+    /** Returns the unit of all keys of a plot; nothing if it has none, or they have several. */
     std::optional<QString> unitOf(const PlotView& plot) const;
 
-    /** For each plot its keys. */
+    /** Returns the keys of each plot. */
     QVariantList saved() const;
     void restore(const QVariantList& plots);
 
   Q_SIGNALS:
-    /** Keys, plots or what is known of them are others than before. */
+    /** Emitted when keys, plots or their metadata have changed. */
     void changed();
-    /** Other keys are plotted than before. */
+    /** Emitted when the plotted keys have changed. */
     void keysChanged();
-    /** An answer to the user, to be shown as plain text. */
+    /** Emitted with a message to the user, to be shown as plain text. */
     void said(const QString& text);
 
   private:

@@ -18,39 +18,39 @@ namespace memoryviewer {
 
 class PlotView;
 
-/** A picture of a plot as it is on the screen, with its legend below. */
+/** Returns a picture of a plot as on the screen, with its legend below. */
 QImage plotPicture(PlotView& plot, const std::vector<LegendEntry>& entries);
 
-/** Writes a PNG, whole or not at all. @return a sentence for the user, empty when it is written */
+/**
+ * Writes a PNG completely or not at all. @return a sentence for the user, empty if it was written
+ */
 QString savePicture(const QImage& picture, const QString& fileName);
 
-/** The points of a curve that go into a file. */
+/** The points of a curve to be written to a file. */
 struct ExportedCurve {
     RecordedKey fKey;
     CurveHistory fPoints;
 };
 
 /**
- * Writes points into a CSV file of the same columns as a recording, on a thread of its own, curve
- * after curve in the order in which the points came. Gaps are rows without a value and of the type
- * "gap".
+ * Writes points to a CSV file with the columns of a recording, on a dedicated thread, curve after
+ * curve in the order of arrival. Gaps are rows without a value and with the type "gap".
  */
 class PointExport : public QObject {
     Q_OBJECT
 
   public:
     explicit PointExport(QObject* parent = nullptr) : QObject(parent) {}
-    /** Gives up what is being written; the file then holds whole rows up to there. */
+    /** Cancels writing; the file then contains whole rows up to that point. */
     ~PointExport() override;
 
-    /** Writes the points from `left` to `right` microseconds. Nothing while one is being written.
-     */
+    /** Writes the points from `left` to `right` microseconds. Does nothing during an export. */
     void start(std::vector<ExportedCurve> curves, double left, double right,
                const QString& fileName);
     bool isRunning() const { return fThread.joinable(); }
 
   Q_SIGNALS:
-    /** @param error a sentence for the user, empty when all is written */
+    /** @param error a sentence for the user, empty if everything was written */
     void finished(const QString& fileName, qint64 rows, const QString& error);
 
   private:

@@ -10,31 +10,31 @@
 namespace memoryviewer {
 
 /**
- * The histories of all plotted keys, bounded together: beyond the bound, what came first is
- * forgotten, so that all curves reach back about equally far.
+ * The histories of all plotted keys, with a common limit: beyond it the oldest points are dropped,
+ * so that all curves reach back about equally far.
  */
 class PlotHistory {
   public:
     static constexpr std::size_t a_defaultMaximum = 1000000;
 
-    /** Forgets at once what is beyond. @param points at least one chunk of a curve */
+    /** Drops points beyond the new limit at once. @param points at least one chunk of a curve */
     void setMaximum(std::size_t points);
     std::size_t maximum() const { return fMaximum; }
-    /** Points of all curves together. */
+    /** Returns the number of points of all curves together. */
     std::size_t size() const { return fSize; }
 
-    /** Makes an empty history for a key. */
+    /** Creates an empty history for a key. */
     void add(int key) { fCurves[key]; }
     void remove(int key);
     bool contains(int key) const { return fCurves.count(key) != 0; }
     /** The key must be contained. */
     const CurveHistory& curve(int key) const { return fCurves.at(key); }
 
-    /** Nothing for keys that are not contained. */
+    /** Does nothing for keys that are not contained. */
     void append(int key, const CurvePoint& point);
     void interrupt(int key, std::int64_t time);
     void interruptAll(std::int64_t time);
-    /** Forgets the points of all keys. */
+    /** Drops the points of all keys. */
     void clear();
 
   private:

@@ -11,12 +11,12 @@ class PlotChoice;
 class PlotStack;
 class PlotSaving;
 
-/** What is done with one plot, and with the curve that is chosen in it. */
+/** Actions on one plot and on its selected curve. */
 class PlotMenu : public QMenu {
     Q_OBJECT
 
   public:
-    /** All must outlive the menu. @param key the chosen curve's, -1 without one */
+    /** All must outlive the menu. @param key the selected curve's, -1 if there is none */
     PlotMenu(PlotStack* plots, PlotChoice* choice, PlotSaving* saving, int key, QWidget* parent);
 
   Q_SIGNALS:

@@ -33,11 +33,11 @@ class TimeAxis;
 struct LegendEntry;
 
 /**
- * Plots of keys below each other, over one axis of time, with a legend and all that is done with
- * them by mouse and keyboard.
+ * Plots of keys one below the other, with a common time axis, a legend and their interaction by
+ * mouse and keyboard.
  *
- * A key may be in several plots; its history is kept once, as long as it is in one. The panel
- * repaints at most 25 times a second for new values, and never while it cannot be seen. All
+ * A key may be in several plots; its history is stored once, while it is in at least one. The panel
+ * repaints at most 25 times a second for new values, and never while it is not visible. All
  * operations on the GUI thread.
  */
 class PlotPanel : public QWidget {
@@ -48,62 +48,64 @@ class PlotPanel : public QWidget {
     ~PlotPanel() override;
 
     /**
-     * Plots a key in the current plot; nothing when it is there already.
+     * Plots a key in the current plot; does nothing if it is already there.
      *
-     * @param keyName as the robot gave it; shown as plain text
-     * @return whether it is plotted now; not so beyond PlottedKeys::a_most, which the panel says
+     * @param keyName as sent by the robot; shown as plain text
+     * @return true if it is plotted now; false beyond PlottedKeys::a_most, which the panel reports
      */
     bool addCurve(const QString& keyName, const QString& unit, CurveShape shape = CurveShape::Line);
-    /** The same in a new plot below the others. */
+    /** Plots a key in a new plot below the others. */
     bool addCurveToNewPlot(const QString& keyName, const QString& unit,
                            CurveShape shape = CurveShape::Line);
     /**
-     * Plots keys that the user has chosen together, those of each unit in a plot of that unit when
-     * they have several.
+     * Plots keys that the user has selected together; if they have several units, those of each
+     * unit in a plot of that unit.
      *
      * @param byThemselves in new plots only
      */
     void addCurves(const QStringList& keyNames, bool byThemselves);
-    /** Takes a key from all plots and forgets its history. */
+    /** Removes a key from all plots and drops its history. */
     void removeCurve(const QString& keyName);
-    /** What became known of a key that may be plotted already; nothing when it is not. */
+    /** Sets the metadata of a key; does nothing if it is not plotted. */
     void describeKey(const QString& keyName, const QString& unit, CurveShape shape);
 
-    /** Each key once. */
+    /** Returns each plotted key once. */
     QStringList plottedKeys() const;
     bool isPlotted(const QString& keyName) const { return keyHandle(keyName) >= 0; }
-    /** Stands for a key in samples as long as it is plotted; -1 when it is not. */
+    /** Returns the key's handle in samples while it is plotted; otherwise -1. */
     int keyHandle(const QString& keyName) const;
 
     /**
-     * Adds what changed, in the order in which it came. Samples of keys that are not plotted are
-     * passed over. A value is shown as held until the next one or a gap.
+     * Adds changes in the order of their arrival. Samples of keys that are not plotted are ignored.
+     * A value is shown as constant until the next one or a gap.
      */
     void append(const std::vector<PlotSample>& samples);
-    /** A key has vanished: its curve has a gap until the next sample. */
+    /** Handles the removal of a key: its curve has a gap until the next sample. */
     void keyGone(const QString& keyName);
-    /** The same for all keys: nothing is subscribed for a while. */
+    /** Starts a gap in all curves: nothing is subscribed for a while. */
     void breakCurves();
     /**
-     * The same, back to the last value: the robot is lost, and nobody knows for how long it has
-     * been when that is found out.
+     * Ends all curves at the last value: the robot is lost, and the loss may have occurred before
+     * it was detected.
      *
-     * @param lastReceived when the newest of its values was set, plotted or not, by its clock
+     * @param lastReceived time of its newest value, plotted or not, by its clock
      */
     void endCurves(qint64 lastReceived);
 
-    /** Most points kept, of all curves together: one million at first. */
+    /** Sets the maximum number of points of all curves together; default one million. */
     void setMaximumPoints(std::size_t points);
     /**
-     * Time between two values that the robot sends of a key that keeps changing. A value that
-     * stays for more than three such times is drawn as held; half a second at first.
+     * Sets the interval between two values of a key that changes continuously; default half a
+     * second. A value that stays for more than three intervals is drawn as constant.
      */
     void setUpdateInterval(qint64 microseconds);
-    /** Asked before a key is plotted of which only the name is given, as when it is dropped;
-     *  without it all are, as lines without a unit. */
+    /**
+     * Sets the lookup of metadata for a key that is plotted by its name only, for instance after a
+     * drop; without it every key is plotted as lines without a unit.
+     */
     void setKeyLookup(KeyLookup lookup);
 
-    /** Which keys are in which plots, and the length of time shown; not the points. */
+    /** Returns the keys of each plot and the displayed time span, but not the points. */
     QVariantMap saveState() const;
     void restoreState(const QVariantMap& state);
 
@@ -113,23 +115,23 @@ class PlotPanel : public QWidget {
     QSize sizeHint() const override;
 
   public Q_SLOTS:
-    /** Takes all keys from the plots. */
+    /** Removes all keys from the plots. */
     void removeAll();
-    /** Forgets the points and goes on with new ones. */
+    /** Drops the points and continues with new ones. */
     void clearPoints();
-    /** Adds an empty plot, into which keys are plotted next. */
+    /** Adds an empty plot, in which keys are plotted next. */
     void addPlot();
-    /** Shows all points that are kept, and no longer follows. */
+    /** Shows all stored points, and stops following. */
     void showAll();
 
   public:
-    /** Saves the current plot into a file, and says so or why not. */
+    /** Saves the current plot to a file, and reports success or the reason of a failure. */
     void savePicture(const QString& fileName);
-    /** The same with its points, all or those that are shown. */
+    /** Saves its points, all or only the visible ones. */
     void savePoints(const QString& fileName, bool onlyShown);
 
   Q_SIGNALS:
-    /** Other keys are plotted than before: those that the robot's values are needed of. */
+    /** Emitted when the plotted keys, and so the needed values, have changed. */
     void plottedKeysChanged();
 
   protected:

@@ -13,26 +13,26 @@ class PlotStack;
 class PointExport;
 class TimeAxis;
 
-/** Saves the current plot into files, as a picture or its points, and says how it went. */
+/** Saves the current plot to files, as a picture or its points, and reports the result. */
 class PlotSaving : public QObject {
     Q_OBJECT
 
   public:
-    /** All must outlive it. */
+    /** All must outlive this object. */
     PlotSaving(const PlotStack* plots, const PlotChoice* choice, const PlotHistory* history,
                const TimeAxis* time, QWidget* parent);
 
     void savePicture(const QString& fileName);
-    /** On a thread of its own. */
+    /** Saves on a dedicated thread. */
     void savePoints(const QString& fileName, bool onlyShown);
 
     /** Adds the ways to save, for which the user chooses the file. */
     void addTo(QMenu& menu);
 
   Q_SIGNALS:
-    /** An answer to the user, to be shown as plain text. */
+    /** Emitted with a message to the user, to be shown as plain text. */
     void said(const QString& text);
-    /** The same after a success, which needs no answer. */
+    /** Emitted with a success message, which needs no reaction. */
     void saved(const QString& text);
 
   private:

@@ -55,7 +55,7 @@ void PlotStack::removePlot(std::size_t number) {
     PlotView* plot = fPlots[number];
     fPlots.erase(fPlots.begin() + static_cast<std::ptrdiff_t>(number));
     plot->hide();
-    // It may be one of its own signals that asks for this.
+    // This may be called from one of its signals.
     plot->deleteLater();
     if (fCurrent > 0 && fCurrent >= number) {
         --fCurrent;

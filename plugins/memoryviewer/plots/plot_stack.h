@@ -12,7 +12,7 @@ class PlotHistory;
 class PlotView;
 class TimeAxis;
 
-/** Plots below each other, one of which is the current one: that in which the user works. */
+/** Plots one below the other; the current one is that in which the user works. */
 class PlotStack : public QSplitter {
     Q_OBJECT
 
@@ -30,24 +30,24 @@ class PlotStack : public QSplitter {
 
     /** Adds a plot below the others, which becomes the current one. */
     PlotView* addPlot();
-    /** Safe in an answer to a signal of that plot. */
+    /** May be called in a slot connected to a signal of that plot. */
     void removePlot(std::size_t number);
 
-    /** 0 when there is no plot. */
+    /** Returns 0 if there is no plot. */
     std::size_t current() const { return fCurrent; }
-    /** Nothing for a number that no plot has. */
+    /** Does nothing for an invalid number. */
     void setCurrent(int number);
 
-    /** See PlotView::setHoldTime(); for later plots too. */
+    /** Sets PlotView::setHoldTime(), also of later plots. */
     void setHoldTime(double microseconds);
-    /** Draws all plots, with values axes of one width. */
+    /** Draws all plots, with value axes of one width. */
     void refresh();
 
   Q_SIGNALS:
     void currentChanged(int plot);
-    /** A plot has another size, or shows other values by the user's choice. */
+    /** Emitted when the size of a plot, or the user's selection of its values, has changed. */
     void refreshNeeded();
-    /** Colours that were chosen for the palette before may not be seen on this one. */
+    /** Emitted when the palette has changed; colours for the previous one may be unreadable. */
     void paletteChanged();
     void showAllRequested();
     void contextMenuRequested(const QPoint& globalPosition);

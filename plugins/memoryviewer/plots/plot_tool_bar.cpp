@@ -89,7 +89,7 @@ QAction* PlotToolBar::xAdd(const QString& text, const QString& hint, const char*
     QAction* action = addAction(text);
     action->setObjectName(QLatin1String(objectName));
     action->setToolTip(hint);
-    // Tool bars take no part in tabbing by themselves.
+    // By default tool bars are not in the tab order.
     widgetForAction(action)->setFocusPolicy(Qt::StrongFocus);
     return action;
 }

@@ -12,7 +12,7 @@ namespace memoryviewer {
 class PlotSaving;
 class TimeAxis;
 
-/** What is done with all plots together, or with the current one. */
+/** Actions on all plots, or on the current one. */
 class PlotToolBar : public QToolBar {
     Q_OBJECT
 
@@ -20,7 +20,7 @@ class PlotToolBar : public QToolBar {
     /** Both must outlive the bar. */
     PlotToolBar(TimeAxis* time, PlotSaving* saving, QWidget* parent);
 
-    /** Whether there is a plot for the actions that need one. */
+    /** Enables the actions that need a plot. */
     void setHasPlots(bool hasPlots);
 
   Q_SIGNALS:

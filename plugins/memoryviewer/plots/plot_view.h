@@ -21,8 +21,8 @@ class TimeAxis;
 class TimeScaleDraw;
 
 /**
- * One plot: curves over the time axis that it shares with others, and a values axis of its own that
- * fits itself to what is seen until the user chooses values.
+ * A plot: curves over a shared time axis, and a separate value axis that is fitted to the visible
+ * points until the user selects values.
  */
 class PlotView : public QwtPlot {
     Q_OBJECT
@@ -32,31 +32,31 @@ class PlotView : public QwtPlot {
     PlotView(TimeAxis* time, const PlotHistory* history, QWidget* parent);
     ~PlotView() override;
 
-    /** Adds the curve of a key that the history has; changes it when it is there. */
+    /** Adds the curve of a key in the history, or changes an existing one. */
     void setCurve(int key, CurveShape shape, const QPen& pen);
     void removeCurve(int key);
-    /** In the order in which they were added. */
+    /** Returns the keys in the order in which they were added. */
     const std::vector<int>& keys() const { return fKeys; }
     bool contains(int key) const;
     QPen penOf(int key) const;
 
-    /** Says what the values are; not more than fits. May come from the robot. */
+    /** Sets the unit of the values; it is cut to fit. May come from the robot. */
     void setUnit(const QString& unit);
-    /** Whether this plot has the labels of the time axis below it. */
+    /** Sets whether this plot has the labels of the time axis below it. */
     void setShowsTimes(bool showsTimes);
-    /** Microseconds after which a value of a line counts as one that held. */
+    /** Sets the time in microseconds after which a value of a line is drawn as constant. */
     void setHoldTime(double microseconds) { fHoldTime = microseconds; }
 
-    /** Chooses the points to draw, fits the axes and has the picture painted. */
+    /** Selects the points to draw, fits the axes and repaints. */
     void refresh();
 
-    /** Makes the values axis fit itself again. */
+    /** Fits the value axis automatically again. */
     void fitValues();
     void setValues(double low, double high);
-    /** The values that the user has chosen; empty while the axis fits itself. */
+    /** Returns the values selected by the user; empty while the axis is fitted automatically. */
     const std::optional<ValueSpan>& chosenValues() const { return fChosen; }
 
-    /** Width of the values axis, for plots below each other to share the widest. */
+    /** Returns the width of the value axis; plots one below the other share the widest. */
     double axisExtent() const;
     void setAxisExtent(double extent);
 
@@ -66,7 +66,10 @@ class PlotView : public QwtPlot {
     QSize minimumSizeHint() const override;
 
   Q_SIGNALS:
-    /** The size or the user's choice of values has changed, so the picture is to be drawn again. */
+    /**
+     * Emitted when the size or the user's selection of values has changed, so the plot must be
+     * redrawn.
+     */
     void refreshNeeded();
     void namesDropped(const QStringList& names, QObject* source);
 

@@ -13,9 +13,9 @@
 
 namespace memoryviewer {
 
-/** What is known of a plotted key. */
+/** Metadata of a plotted key. */
 struct PlottedKey {
-    QString fName;  ///< as the robot gave it
+    QString fName;  ///< as sent by the robot
     QString fUnit;
     CurveShape fShape = CurveShape::Line;
     int fColour = 0;  ///< see curvePen()
@@ -25,29 +25,29 @@ struct PlottedKey {
 struct PlotSample {
     int fKey = -1;      ///< see PlotPanel::keyHandle()
     qint64 fTime = 0;   ///< microseconds by the robot's clock
-    double fValue = 0;  ///< not-a-number makes a gap
+    double fValue = 0;  ///< NaN makes a gap
 };
 
 /** Finds the metadata of a key by its name; nothing if it has no numbers. */
 using KeyLookup = std::function<std::optional<PlottedKey>(const QString&)>;
 
-/** The keys that are plotted, each once, by handles that are not given again. */
+/** The plotted keys, each once, with handles that are not reused. */
 class PlottedKeys {
   public:
     static constexpr int a_most = 100;
 
-    /** @return the handle of a name, -1 when it is not there */
+    /** @return the handle of a name, -1 if it is not contained */
     int find(const QString& name) const { return fHandles.value(name, -1); }
     bool isFull() const { return static_cast<int>(fKeys.size()) >= a_most; }
-    /** Adds a name that is not there, in a colour that no other key has. @return its handle */
+    /** Adds a name that is not contained, with an unused colour. @return its handle */
     int add(const QString& name, const QString& unit, CurveShape shape);
     void remove(int key);
-    /** @return whether that is new; not so for a name that is not there */
+    /** @return true if the metadata has changed; false for an unknown name */
     bool describe(const QString& name, const QString& unit, CurveShape shape);
 
-    /** The key must be there. */
+    /** The key must be contained. */
     const PlottedKey& at(int key) const { return fKeys.at(key); }
-    /** By handles, in the order in which they were added. */
+    /** Returns the keys by handle, in the order in which they were added. */
     const std::map<int, PlottedKey>& all() const { return fKeys; }
     QStringList names() const;
 

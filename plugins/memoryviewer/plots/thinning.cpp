@@ -8,8 +8,10 @@ namespace memoryviewer {
 
 namespace {
 
-/** Points for each column beyond which only the extent of the columns is drawn. What ascends in
- *  time has up to 4, and as many again where values hold. */
+/**
+ * Points in a column beyond which only the extent of the columns is drawn. A curve that ascends in
+ * time has up to 4, and as many again where values are constant.
+ */
 constexpr std::size_t a_maxPointsPerColumn = 16;
 
 /** Where times lie in the part. */
@@ -45,7 +47,7 @@ DrawnPoint drawn(const CurvePoint& point) {
     return {static_cast<double>(point.fTime), point.fValue};
 }
 
-/** Whether the value of a point is drawn as one that held until a later time. */
+/** Returns true if the value of a point is drawn as constant until a later time. */
 bool holdsUntil(const DrawnPart& part, double from, double to) {
     return to > from && (part.fShape == CurveShape::Steps || to - from > part.fHoldTime);
 }
@@ -76,12 +78,12 @@ class LineWriter {
     bool fIsInLine = false;
 };
 
-/** Brings points together that lie in one column. */
+/** Merges points that lie in one column. */
 class ColumnMerger {
   public:
     explicit ColumnMerger(LineWriter& writer) : fWriter(writer) {}
 
-    /** Of points that are finite at both ends. */
+    /** Adds points that are finite at both ends. */
     void add(int column, const PointSummary& group) {
         if (fIsFilled && column == fColumn) {
             fLast = drawn(group.fLast);
@@ -111,7 +113,7 @@ class ColumnMerger {
         fWriter.add(fFirst);
         const double low = std::min(fFirst.fValue, fLast.fValue);
         const double high = std::max(fFirst.fValue, fLast.fValue);
-        // On the way from the first to the last, so that no line goes to and fro more than it must.
+        // Between the first and the last, to keep lines from going back and forth.
         const bool isRising = fFirst.fValue <= fLast.fValue;
         xAddPeak(isRising, low, high);
         xAddPeak(!isRising, low, high);
@@ -249,7 +251,7 @@ class Thinner : public CurveHistory::Visitor {
     bool fIsTooFine = false;
 };
 
-/** The extent of the values in each column, and no line from one to the next. */
+/** The extent of the values in each column, without lines between columns. */
 class Envelope : public CurveHistory::Visitor {
   public:
     explicit Envelope(const DrawnPart& part)
@@ -300,7 +302,7 @@ class Envelope : public CurveHistory::Visitor {
 }  // namespace
 
 DrawnCurve thinOut(const CurveHistory& curve, const DrawnPart& part) {
-    // Written so that not-a-number is refused too.
+    // Written so that NaN is refused, too.
     if (!(part.fRight > part.fLeft) || curve.isEmpty()) {
         return {};
     }

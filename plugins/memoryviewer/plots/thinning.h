@@ -9,18 +9,18 @@
 
 namespace memoryviewer {
 
-/** The part of a curve that is drawn, and how. */
+/** The visible part of a curve, and how to draw it. */
 struct DrawnPart {
     double fLeft = 0;   ///< microseconds
     double fRight = 0;  ///< microseconds, after fLeft
-    int fColumns = 1;   ///< of pixels between them, at least 1
-    /** Up to which time the last value holds, if it does so at all. */
+    int fColumns = 1;   ///< number of pixel columns between them, at least 1
+    /** Time until which the last value is constant, if it is constant at all. */
     double fNow = 0;
     CurveShape fShape = CurveShape::Line;
     /**
-     * Microseconds without a point after which a value of a line counts as one that held and then
+     * Microseconds without a point after which a value of a line is drawn as constant until it
      * changed. The robot sends changes only: a straight line over a long pause would show a slope
-     * that never was.
+     * that never existed.
      */
     double fHoldTime = std::numeric_limits<double>::infinity();
 };
@@ -31,13 +31,13 @@ struct DrawnPoint {
     double fValue = 0;
 };
 
-/** What is drawn of a curve: straight lines through consecutive points. */
+/** The drawn points of a curve: straight lines through consecutive points. */
 struct DrawnCurve {
     std::vector<DrawnPoint> fPoints;
-    /** Index in fPoints where each line begins; a line of one point is a dot. */
+    /** Index in fPoints of the start of each line; a line of one point is a dot. */
     std::vector<std::size_t> fLines;
 
-    /** Index behind the last point of a line. */
+    /** Returns the index after the last point of a line. */
     std::size_t endOf(std::size_t line) const {
         return line + 1 < fLines.size() ? fLines[line + 1] : fPoints.size();
     }
@@ -53,7 +53,7 @@ struct DrawnCurve {
  */
 DrawnCurve thinOut(const CurveHistory& curve, const DrawnPart& part);
 
-/** Lowest and highest value. */
+/** Minimum and maximum value. */
 struct ValueSpan {
     double fMinimum = std::numeric_limits<double>::infinity();
     double fMaximum = -std::numeric_limits<double>::infinity();
@@ -62,7 +62,7 @@ struct ValueSpan {
     void add(double value);
 };
 
-/** Extends a span by what is drawn between two times. */
+/** Extends a span by the drawn points between two times. */
 void addValues(ValueSpan& span, const DrawnCurve& drawn, double left, double right);
 
 }  // namespace memoryviewer

@@ -9,7 +9,7 @@ namespace {
 
 constexpr double a_shortestSpan = 100;
 constexpr double a_longestSpan = 100.0 * 366 * 86400 * 1e6;
-/** Times that microseconds in 64 bits can hold. */
+/** Range of times in 64-bit microseconds. */
 constexpr double a_latestTime = 9.2e18;
 
 }  // namespace

@@ -8,10 +8,10 @@
 namespace memoryviewer {
 
 /**
- * The span of time that all plots of a panel show, and the time at which the cursor stands.
+ * The time span shown by all plots of a panel, and the time of the cursor.
  *
- * It follows the newest point until something moves it; all in microseconds by the robot's clock.
- * Whatever is asked of it, the span stays between 100 us and 100 years.
+ * It follows the newest point until the user moves it. All times are in microseconds by the robot's
+ * clock. The span is always between 100 us and 100 years.
  */
 class TimeAxis : public QObject {
     Q_OBJECT
@@ -22,32 +22,32 @@ class TimeAxis : public QObject {
     double left() const { return fRight - fSpan; }
     double right() const { return fRight; }
     double span() const { return fSpan; }
-    /** The newest time known. */
+    /** Returns the newest known time. */
     double now() const { return fNow; }
     bool isFollowing() const { return fIsFollowing; }
     std::optional<double> cursor() const { return fCursor; }
 
-    /** Tells the newest time; the axis goes there when it follows. */
+    /** Sets the newest time; the axis moves there if it follows. */
     void setNow(double time);
     void setFollowing(bool isFollowing);
-    /** Shows a span of time, and follows no longer. */
+    /** Shows a time span, and stops following. */
     void show(double left, double right);
-    /** Shows another length of time; what follows keeps following. */
+    /** Changes the length of the span; does not affect following. */
     void setSpan(double span);
-    /** Moves by a share of the span, later when positive, and follows no longer. */
+    /** Moves by a share of the span, to later times if positive, and stops following. */
     void pan(double share);
     /**
-     * Multiplies the span with a factor, so that `anchor` stays where it is. What follows keeps
-     * following, and its right end stays.
+     * Multiplies the span by a factor; `anchor` keeps its position. If the axis follows, it
+     * continues to, and its right end keeps its position.
      */
     void zoom(double factor, double anchor);
 
     void setCursor(std::optional<double> time);
 
   Q_SIGNALS:
-    /** The axis shows another span. */
+    /** Emitted when the span has changed. */
     void changed();
-    /** It follows from now on, or no longer. */
+    /** Emitted when following starts or stops. */
     void followingChanged(bool isFollowing);
     void cursorMoved();
 

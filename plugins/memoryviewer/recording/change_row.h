@@ -11,13 +11,13 @@
 
 namespace memoryviewer {
 
-/** What all changes of one key share. */
+/** Data shared by all changes of one key. */
 struct RecordedKey {
     std::string fName;
     std::string fUnit;
 };
 
-/** A key has taken a value. */
+/** A new value of a key. */
 struct RecordedChange {
     std::int64_t fTime = 0;  ///< microseconds since 1970-01-01 UTC by the robot's clock
     std::shared_ptr<const RecordedKey> fKey;  ///< never null
@@ -27,14 +27,14 @@ struct RecordedChange {
 /**
  * The columns of our CSV files.
  *
- * One row is one change of one key. Keys change each at times of their own, so a table with a
- * column for each key would consist of holes, or of repeated values that nobody measured, and could
- * take no key that appears during the recording. In this shape nothing is invented, a file that
- * ends anywhere is complete up to there, and a pivot by the third column makes the table.
+ * A row is one change of one key. Keys change at different times, so a table with a column for each
+ * key would consist of empty cells, or of repeated values that nobody measured, and could not take
+ * a key that appears during the recording. In this form nothing is invented, a truncated file is
+ * valid up to its end, and a pivot by the third column creates the table.
  */
 constexpr std::string_view a_csvHeader = "time_us,time_utc,key,value,unit,type\r\n";
 
-/** Most bytes of one value that are written; a longer one is cut and says so in its type. */
+/** Maximum size of a written value in bytes; a longer one is cut, which its type shows. */
 constexpr std::size_t a_maxCsvValue = 65536;
 
 /** Appends the row of a change. */
@@ -43,12 +43,16 @@ void appendChangeRow(std::string& rows, const RecordedChange& change);
 /** Appends the row of a number of the type "float". */
 void appendNumberRow(std::string& rows, std::int64_t time, const RecordedKey& key, double value);
 
-/** Appends the row that says that from this time on the values of a key are not known: its type is
- *  "gap" and it has no value. */
+/**
+ * Appends a row with the type "gap" and without a value: from this time on the values of a key are
+ * unknown.
+ */
 void appendGapRow(std::string& rows, std::int64_t time, const RecordedKey& key);
 
-/** Appends the row that says how many changes are missing at its place: its type is "lost" and it
- *  has no key. */
+/**
+ * Appends a row with the type "lost" and without a key: the number of changes that are missing at
+ * its place.
+ */
 void appendLossRow(std::string& rows, std::int64_t time, std::uint64_t lost);
 
 }  // namespace memoryviewer

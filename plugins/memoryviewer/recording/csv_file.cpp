@@ -52,7 +52,7 @@ bool CsvFile::open(const QString& fileName) {
     fSize = 0;
     fRows = 0;
     constexpr mode_t mode = 0666;  // the user's mask takes from it
-    // A pipe without a reader must not hold us.
+    // Must not block for a pipe without a reader.
     fDescriptor = ::open(QFile::encodeName(fileName).constData(),
                          O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK, mode);
     return isOpen() || xFail(errno);
@@ -82,7 +82,7 @@ bool CsvFile::append(std::string_view rows) {
     return true;
 }
 
-/** Of what has come to be in the file. */
+/** Counts the rows that are in the file. */
 void CsvFile::xCount(std::string_view rows) {
     fSize += static_cast<std::int64_t>(rows.size());
     fRows += static_cast<std::uint64_t>(std::count(rows.begin(), rows.end(), '\n'));
@@ -92,7 +92,7 @@ bool CsvFile::sync() {
     if (!isOpen() || !fError.isEmpty()) {
         return fError.isEmpty();
     }
-    // What is no file on a disk cannot be synchronised, and need not be.
+    // Files that are not on a disk cannot be synchronised, and need not be.
     return ::fdatasync(fDescriptor) == 0 || errno == EINVAL || errno == EROFS || xFail(errno);
 }
 
@@ -108,7 +108,7 @@ bool CsvFile::close() {
     return fError.isEmpty();
 }
 
-/** @return false, for the caller to return */
+/** @return false, as the result of the caller */
 bool CsvFile::xFail(int number) {
     fError =
         translate("%1 cannot be written: %2").arg(QFileInfo(fFileName).fileName(), reason(number));

@@ -9,34 +9,33 @@
 namespace memoryviewer {
 
 /**
- * A file of rows that holds whole rows only, whatever goes wrong.
+ * A file that consists of whole rows, whatever fails.
  *
- * Rows are given whole to one write(2); what a full disk leaves of them is cut off again. When the
- * program is killed in the middle of a write, at most the last row is partial. For one thread at a
- * time.
+ * Rows are passed to one write(2); a part of them that a full disk leaves is truncated. When the
+ * program is killed during a write, at most the last row is incomplete. For one thread at a time.
  */
 class CsvFile {
   public:
     CsvFile() = default;
-    /** Closes without a word on errors; use close() to hear of them. */
+    /** Closes without reporting errors; use close() for that. */
     ~CsvFile();
     CsvFile(const CsvFile&) = delete;
     CsvFile& operator=(const CsvFile&) = delete;
 
-    /** Creates the file, or empties the one that is there. @return success; see error() */
+    /** Creates the file, or truncates an existing one. @return success; see error() */
     bool open(const QString& fileName);
-    /** Appends whole rows. @return success; after a failure nothing is written any more */
+    /** Appends whole rows. @return success; after a failure nothing more is written */
     bool append(std::string_view rows);
-    /** Has the system write to the disk what it holds back. @return success */
+    /** Flushes the file to the disk. @return success */
     bool sync();
-    /** @return success of everything up to here */
+    /** @return success of all operations so far */
     bool close();
 
     bool isOpen() const { return fDescriptor >= 0; }
-    /** Bytes of whole rows in the file. */
+    /** Returns the bytes of whole rows in the file. */
     std::int64_t size() const { return fSize; }
     std::uint64_t rows() const { return fRows; }
-    /** A sentence for the user about the first thing that failed; empty when nothing did. */
+    /** Returns a sentence for the user about the first error; empty if there was none. */
     const QString& error() const { return fError; }
 
   private:

@@ -10,10 +10,10 @@ namespace memoryviewer {
 
 namespace {
 
-/** Enough for few calls of the system, little enough to lose little when the program is killed. */
+/** Large enough for few system calls, small enough to lose little when the program is killed. */
 constexpr std::size_t a_bytesPerWrite = 65536;
 constexpr std::chrono::seconds a_syncTime{2};
-/** What a change takes beside the bytes of its texts. */
+/** Size of a change besides the bytes of its texts. */
 constexpr std::size_t a_bytesOfValue = 64;
 
 std::size_t sizeInMemory(const KVValue& value) {
@@ -34,7 +34,7 @@ std::size_t sizeInMemory(const KVValue& value) {
     }
 }
 
-/** Collects rows and appends them to the file a piece at a time. */
+/** Collects rows and appends them to the file in pieces. */
 class RowWriter {
   public:
     explicit RowWriter(CsvFile& file) : fFile(file) {}
@@ -96,8 +96,8 @@ void CsvRecorder::record(std::vector<RecordedChange> changes) {
         return;
     }
     for (std::size_t i = 0; i < changes.size(); ++i) {
-        // Once something is lost, all is until the next look of the writer, so that the row that
-        // tells of it stands where the hole is.
+        // After a loss everything is dropped until the writer's next turn, so that the row that
+        // reports it is at the right place.
         if (fNewlyLost > 0 || !xHasRoomFor(sizes[i])) {
             ++fNewlyLost;
             ++fProgress.fLost;
@@ -126,7 +126,7 @@ RecordingProgress CsvRecorder::progress() const {
     return progress;
 }
 
-/** To be called with the lock held. */
+/** Called with the lock held. */
 bool CsvRecorder::xHasRoomFor(std::size_t bytes) const {
     return fWaiting.size() < fLimits.fChanges && fWaitingBytes + bytes <= fLimits.fBytes;
 }
@@ -143,7 +143,7 @@ void CsvRecorder::xRun() {
         this, [this, error] { xFinish(error); }, Qt::QueuedConnection);
 }
 
-/** @return why it ended too early, or nothing */
+/** @return the reason of a premature end, or nothing */
 QString CsvRecorder::xWriteFile() {
     CsvFile file;
     if (!file.open(fFileName) || !file.append(a_csvHeader)) {
@@ -155,12 +155,12 @@ QString CsvRecorder::xWriteFile() {
     return file.error();
 }
 
-/** Until the recording ends or the file takes no more. */
+/** Until the recording ends or writing fails. */
 void CsvRecorder::xWriteRows(CsvFile& file) {
     RowWriter writer(file);
     Clock::time_point lastSync = Clock::now();
     std::int64_t time = 0;
-    std::uint64_t otherRows = 1;  // which are no changes: the header
+    std::uint64_t otherRows = 1;  // rows that are not changes: the header
     xCount(file, otherRows);
     bool isGood = true;
     for (bool isLast = false; !isLast && isGood;) {

@@ -18,19 +18,19 @@ namespace memoryviewer {
 
 class CsvFile;
 
-/** How far a recording is. */
+/** Progress of a recording. */
 struct RecordingProgress {
     std::uint64_t fRows = 0;  ///< changes in the file
     std::int64_t fBytes = 0;  ///< size of the file
-    std::uint64_t fLost = 0;  ///< changes that the disk was too slow for
+    std::uint64_t fLost = 0;  ///< changes lost because the disk was too slow
     double fSeconds = 0;      ///< since start(), up to the end
 };
 
 /**
- * Writes changes of keys into a CSV file, on a thread of its own.
+ * Writes changes of keys to a CSV file, on a dedicated thread.
  *
- * The file holds whole rows at any moment. What waits to be written is bounded; changes beyond that
- * are counted as lost, and a row of the file says how many are missing at its place.
+ * The file consists of whole rows at any time. The waiting data is limited; changes beyond that are
+ * counted as lost, and a row of the file gives the number that are missing at its place.
  *
  * record() and progress() may be called from any thread, all others from the object's own.
  */
@@ -38,7 +38,7 @@ class CsvRecorder : public QObject {
     Q_OBJECT
 
   public:
-    /** Most changes, and most bytes of their texts, that wait for the disk. */
+    /** Maximum number of changes, and bytes of their texts, that wait for the disk. */
     struct Limits {
         std::size_t fChanges = 200000;
         std::size_t fBytes = std::size_t(64) << 20U;
@@ -46,30 +46,33 @@ class CsvRecorder : public QObject {
 
     explicit CsvRecorder(QObject* parent = nullptr);
     CsvRecorder(Limits limits, QObject* parent);
-    /** Stops, and waits until what was recorded is written. */
+    /** Stops, and waits until everything recorded is written. */
     ~CsvRecorder() override;
 
     /**
-     * Starts a file, in place of one that is there. Nothing when a recording runs. Whether the file
-     * could be made is said by started() or finished().
+     * Starts a file, replacing an existing one. Does nothing during a recording. started() or
+     * finished() reports whether the file could be created.
      */
     void start(const QString& fileName);
 
-    /** Adds changes to the file; none when nothing is recorded. Never waits for the disk. */
+    /** Adds changes to the file; does nothing without a recording. Never waits for the disk. */
     void record(std::vector<RecordedChange> changes);
 
-    /** Ends the file with what was recorded so far; finished() follows when it is written. */
+    /** Ends the file with the changes so far; finished() follows when they are written. */
     void stop();
 
-    /** From start() until finished(). */
+    /** Returns true from start() until finished(). */
     bool isRecording() const { return fThread.joinable(); }
     const QString& fileName() const { return fFileName; }
-    /** Of this recording, or of the last one. */
+    /** Returns the progress of this recording, or of the last one. */
     RecordingProgress progress() const;
 
   Q_SIGNALS:
     void started();
-    /** The file is closed. @param error a sentence for the user, empty when all is in the file */
+    /**
+     * Emitted when the file is closed. @param error a sentence for the user, empty if everything is
+     * in the file
+     */
     void finished(const QString& error);
 
   private:

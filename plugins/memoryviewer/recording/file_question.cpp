@@ -12,7 +12,7 @@ namespace {
 
 constexpr int a_maxNameLength = 60;
 
-/** A part of a file name that is a good one in every file system. */
+/** Returns a part of a file name that is valid in every file system. */
 QString fileNamePart(const QString& text) {
     QString part;
     for (const QChar character : text.left(a_maxNameLength)) {

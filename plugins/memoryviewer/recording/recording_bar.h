@@ -12,8 +12,7 @@ namespace memoryviewer {
 
 class CsvRecorder;
 
-/** Starts and stops a recording, and says how it goes: file, rows, size, time, and what went wrong.
- */
+/** Starts and stops a recording, and shows its progress: file, rows, size, time, and errors. */
 class RecordingBar : public QWidget {
     Q_OBJECT
 
@@ -21,18 +20,18 @@ class RecordingBar : public QWidget {
     /** @param recorder must outlive the bar or be its child */
     explicit RecordingBar(CsvRecorder* recorder, QWidget* parent = nullptr);
 
-    /** Name of the robot, from which the proposed file name is made. May come from the robot. */
+    /** Sets the robot's name for the proposed file name. May come from the robot. */
     void setRobotName(const QString& name) { fRobotName = name; }
 
-    /** Starts a recording into a file, without asking. */
+    /** Starts recording to a file, without asking. */
     void start(const QString& fileName);
 
   public Q_SLOTS:
-    /** Stops the recording that runs, or asks for a file and starts one. */
+    /** Stops the running recording, or asks for a file and starts one. */
     void toggle();
 
   Q_SIGNALS:
-    /** Whether what is recorded is needed from the robot now. */
+    /** Emitted when a recording starts or ends, and so the needed values change. */
     void recordingChanged(bool isRecording);
 
   private:

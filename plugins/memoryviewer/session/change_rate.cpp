@@ -9,14 +9,18 @@ namespace memoryviewer {
 namespace {
 
 constexpr double a_windowSeconds = 5;
-/** For the way through the network and this program, beside the wait for the robot's update. */
+/**
+ * For the way through the network and this program, in addition to the wait for the robot's update.
+ */
 constexpr double a_wayOfAChange = 0.3;
 constexpr double a_longestStandstill = 10;
 constexpr double a_periodsOfStandstill = 3;
-/** Changes closer together than so many periods of the robot's updates may hide others: neither the
- *  robot's updates nor its changes are quite even. */
+/**
+ * Changes closer together than this many periods of the robot's updates may hide others: neither
+ * the updates nor the changes are exactly periodic.
+ */
 constexpr double a_periodsThatHide = 1.2;
-/** Shown as nothing, since two decimals would show nothing but zeros. */
+/** Shown as nothing, since two decimals would be zeros. */
 constexpr double a_lowestRate = 0.005;
 
 double secondsBetween(std::int64_t earlier, std::int64_t later) {
@@ -42,7 +46,8 @@ void ChangeRate::setUpdateRate(double updatesPerSecond) {
     if (fUpdateRate == 0) {
         *this = ChangeRate();
     } else if (updatesPerSecond > 0 && fBase != 0) {
-        // Changes at the former rate say nothing of those to come; what is shown stays until then.
+        // Changes at the previous rate say nothing about future ones; the displayed rate is kept
+        // until then.
         xBegin(fLast);
     }
     fUpdateRate = updatesPerSecond;
@@ -59,7 +64,7 @@ void ChangeRate::add(const ChangeTimes& times, std::int64_t now) {
         return;
     }
     const bool isBeginning = fBase == 0 || times.first() < fLast;
-    // A key that is asked for again is sent again.
+    // A key that is subscribed again is sent again.
     const bool isKnown = isBeginning || times.first() == fLast;
     if (isBeginning) {
         xBegin(times.first());
@@ -111,7 +116,10 @@ void ChangeRate::endTurn(std::int64_t now) {
     xStartTurn();
 }
 
-/** The span of the changes: from the one before them, unless the key began to change only then. */
+/**
+ * Calculates the span of the changes: from the previous change, unless the key only then began to
+ * change.
+ */
 void ChangeRate::xMeasure(const Turn& sum) {
     const bool hasJustBegun =
         sum.fChanges > 1 && secondsBetween(fBase, sum.fFirst) > a_windowSeconds;

@@ -6,21 +6,24 @@
 
 namespace memoryviewer {
 
-/** Time stamps of successive changes of one key: their number, their ends, and how close they come.
+/**
+ * Time stamps of successive changes of one key: their number, first, last, and shortest interval.
  */
 class ChangeTimes {
   public:
     /** One change. Times are in microseconds by the robot's clock. */
     explicit ChangeTimes(std::int64_t time) : fFirst(time), fLast(time) {}
 
-    /** A later change. The same time again is the same change; with an earlier one the robot's
-     * clock was set back, and what was before is forgotten. */
+    /**
+     * Adds a later change. The same time is the same change; an earlier time means that the robot's
+     * clock was set back, and drops the previous changes.
+     */
     void add(std::int64_t time);
 
     std::int64_t first() const { return fFirst; }
     std::int64_t last() const { return fLast; }
     int count() const { return fCount; }
-    /** Between two of them; INT64_MAX when there is one only. */
+    /** Returns the shortest interval between two of them; INT64_MAX if there is only one. */
     std::int64_t shortestGap() const { return fShortestGap; }
 
   private:
@@ -34,28 +37,33 @@ class ChangeTimes {
  * Rate at which a key changes: the changes that the robot sent in the last five turns, of about a
  * second each, by their time stamps.
  *
- * Their number divided by the time from the last change before them to the last one of them: exact
- * for a key that changes evenly, however seldom. A change waits for the robot's next update and for
- * the viewer, so a key counts as standing still only when that and its longest pause are over. Then
- * its rate falls, and is 0 after ten seconds or three of its periods, whichever is longer.
+ * It is their number divided by the time from the previous change to the last one of them: exact
+ * for a key that changes periodically, however seldom. A change waits for the robot's next update
+ * and for the viewer, so a key counts as constant only after that delay and its longest pause. Then
+ * its rate falls, to 0 after ten seconds or three of its periods, whichever is longer.
  */
 class ChangeRate {
   public:
     /**
-     * Sets how often the robot is asked for the key, updates a second; 0 when it is not, which
-     * keeps the rate as it is. When it is asked again, the rate is unknown at first.
+     * Sets the subscribed rate of the key in updates a second; 0 if it is not subscribed, which
+     * keeps the rate unchanged. After a new subscription the rate is unknown at first.
      */
     void setUpdateRate(double updatesPerSecond);
 
-    /** @param now microseconds by a clock of this machine that is never set */
+    /** @param now microseconds by a monotonic clock of this machine */
     void add(const ChangeTimes& times, std::int64_t now);
     /** Ends a turn, about once a second. @param now as in add() */
     void endTurn(std::int64_t now);
 
-    /** Changes a second that the robot sent; 0 when unknown, or when the key does not change. */
+    /**
+     * Returns the changes a second that the robot sent; 0 if unknown, or if the key does not
+     * change.
+     */
     double perSecond() const { return fPerSecond; }
-    /** Returns true if the key may change more often: the changes come so close together that
-     * others between them may not have been sent. */
+    /**
+     * Returns true if the key may change more often: the changes are so close together that others
+     * between them may not have been sent.
+     */
     bool isLowerBound() const { return fIsLowerBound; }
 
   private:
@@ -75,12 +83,12 @@ class ChangeRate {
 
     static constexpr std::size_t a_turns = 5;
 
-    std::array<Turn, a_turns> fTurns;  // the present one last
+    std::array<Turn, a_turns> fTurns;  // the current one last
     std::int64_t fBase = 0;            // last change before them; 0 before the first change
-    std::int64_t fLast = 0;            // newest change
-    std::int64_t fArrival = 0;         // when it came
+    std::int64_t fLast = 0;            // the newest change
+    std::int64_t fArrival = 0;         // time of its arrival
     double fUpdateRate = 0;
-    double fSpan = 0;      // seconds to which the changes of the turns belong
+    double fSpan = 0;      // seconds covered by the changes of the turns
     double fPause = 0;     // longest time between two of them, seconds
     double fMeasured = 0;  // while it changed
     double fPerSecond = 0;

@@ -45,7 +45,7 @@ void KeyRecording::append(const std::vector<KVChange>& changes) {
     fRecorder->record(std::move(rows));
 }
 
-/** The robot sends the present value of a key that it is newly asked for. */
+/** The robot sends the current value of a newly subscribed key. */
 bool KeyRecording::xIsAtBeginning(const KVChange& change) {
     const auto begun = fBegun.find(change.fId);
     if (begun == fBegun.end()) {

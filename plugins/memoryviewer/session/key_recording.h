@@ -17,19 +17,21 @@ class KeyStore;
 struct MemoryKey;
 struct RecordedKey;
 
-/** Changes of keys, on their way into a recording. Used on the GUI thread. */
+/** Passes changes of keys to a recording. Used on the GUI thread. */
 class KeyRecording : public QObject {
     Q_OBJECT
 
   public:
-    /** Both outlive this. */
+    /** Both must outlive this object. */
     KeyRecording(KeyStore* keys, CsvRecorder* recorder, QObject* parent = nullptr);
     ~KeyRecording() override;
 
-    /** Begins a recording with the values that these keys have, so that those that never change are
-     *  in it too. */
+    /**
+     * Starts a recording with the current values of these keys, so that it includes those that
+     * never change.
+     */
     void begin(const std::vector<std::uint32_t>& ids);
-    /** Nothing while no recording runs. */
+    /** Does nothing without a recording. */
     void append(const std::vector<KVChange>& changes);
 
   private:
@@ -40,7 +42,7 @@ class KeyRecording : public QObject {
     KeyStore* fKeys;
     CsvRecorder* fRecorder;
     std::unordered_map<std::uint32_t, std::shared_ptr<const RecordedKey>> fDescribed;
-    std::unordered_map<std::uint32_t, std::int64_t> fBegun;  // times of the values at the beginning
+    std::unordered_map<std::uint32_t, std::int64_t> fBegun;  // times of the values at the start
 };
 
 }  // namespace memoryviewer

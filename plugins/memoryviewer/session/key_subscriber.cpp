@@ -23,7 +23,7 @@ void KeySubscriber::subscribe(const SubscriptionNeeds& needs, int rate) {
     fLink->subscribe(fPlan, rate);
 }
 
-/** Those that the robot was asked for already; it sends the present values of all others. */
+/** Returns those that were already subscribed; the robot sends the current values of all others. */
 std::vector<std::uint32_t> KeySubscriber::xNewlyPlotted(const SubscriptionNeeds& needs) const {
     std::vector<std::uint32_t> ids;
     for (const std::uint32_t id : needs.fPlotted) {
@@ -34,7 +34,7 @@ std::vector<std::uint32_t> KeySubscriber::xNewlyPlotted(const SubscriptionNeeds&
     return ids;
 }
 
-/** Of other keys the feed keeps the newest value only. */
+/** For other keys the feed keeps only the newest value. */
 void KeySubscriber::xKeepEveryChange(const SubscriptionNeeds& needs) {
     std::unordered_set<std::uint32_t> ids(needs.fRecorded.begin(), needs.fRecorded.end());
     if (fIsUpdating) {

@@ -17,11 +17,11 @@ class MemoryLink;
 /** Subscribes to what is needed of the robot's keys, and nothing else. Used on the GUI thread. */
 class KeySubscriber {
   public:
-    /** @param keys, curves outlive this; they are told when the values that they get end */
+    /** @param keys, curves must outlive this object; they are notified when their values end */
     KeySubscriber(std::shared_ptr<MemoryLink> link, KeyStore* keys, KeyCurves* curves);
 
     /**
-     * Asks the robot for what is needed now; cheap when that is what it was.
+     * Subscribes to the needed keys; cheap if they have not changed.
      *
      * @param rate updates a second
      */

@@ -8,10 +8,12 @@ namespace memoryviewer {
 
 namespace {
 
-/** Longest way that is plausible, in microseconds: two periods of the slowest subscription would be
- *  longer, but the shortest way of many is not near that. */
+/**
+ * Maximum plausible latency in microseconds: two periods of the slowest subscription would be
+ * longer, but the minimum of many latencies is far below that.
+ */
 constexpr std::int64_t a_longestWay = 100'000;
-/** By how much a stamp may seem to be of the future before the clocks are taken to differ. */
+/** Tolerance for time stamps in the future before the clocks are considered to differ. */
 constexpr std::int64_t a_tolerance = 1'000;
 
 }  // namespace

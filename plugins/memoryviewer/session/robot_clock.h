@@ -6,11 +6,11 @@
 namespace memoryviewer {
 
 /**
- * The robot's clock as it can be seen from here, for the age of its values.
+ * The robot's clock as estimated from this computer, for the age of its values.
  *
- * The shortest time between a change at the robot and its arrival is the difference of the two
- * clocks, and the way. As long as that can be the way alone, the clocks are taken to agree, as
- * those of one machine do, and those that are set over the network.
+ * The minimum time between a change at the robot and its arrival is the difference of the two
+ * clocks plus the latency. As long as that can be the latency alone, the clocks are assumed to
+ * agree, as they do on one machine, or if they are set over the network.
  */
 class RobotClock {
   public:
@@ -22,12 +22,12 @@ class RobotClock {
      */
     void see(std::int64_t stamp, std::int64_t arrival);
 
-    /** What the robot's clock shows now, in microseconds since 1970-01-01 UTC. */
+    /** Returns the current time of the robot's clock, in microseconds since 1970-01-01 UTC. */
     std::int64_t now() const;
 
   private:
     std::int64_t fShortestWay = INT64_MAX;
-    std::int64_t fOffset = 0;  // this machine's clock less the robot's
+    std::int64_t fOffset = 0;  // this machine's clock minus the robot's
 };
 
 }  // namespace memoryviewer

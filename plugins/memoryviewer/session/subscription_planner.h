@@ -6,9 +6,9 @@
 
 namespace memoryviewer {
 
-/** Which keys the robot is asked for. */
+/** The keys to subscribe to. */
 struct SubscriptionPlan {
-    std::vector<std::uint32_t> fFast;  ///< sorted, at the rate that the user chose
+    std::vector<std::uint32_t> fFast;  ///< sorted, at the user's rate
     std::vector<std::uint32_t> fSlow;  ///< sorted, once a second
 
     bool operator==(const SubscriptionPlan& other) const {
@@ -18,15 +18,15 @@ struct SubscriptionPlan {
     bool contains(std::uint32_t id) const;
 };
 
-/** What the keys are needed for. */
+/** The keys needed by each part of the viewer. */
 struct SubscriptionNeeds {
-    bool fIsSeen = false;    ///< neither hidden, minimised nor behind a tab
+    bool fIsSeen = false;    ///< not hidden, minimised or in a background tab
     bool fIsPaused = false;  ///< by the user
     std::vector<std::uint32_t> fVisible;
     std::vector<std::uint32_t> fWatched;
     std::vector<std::uint32_t> fPlotted;
-    std::vector<std::uint32_t> fRecorded;  ///< needed whether seen and paused or not
-    std::vector<std::uint32_t> fCompared;  ///< all that a live sort or filter looks at
+    std::vector<std::uint32_t> fRecorded;  ///< needed even when not visible or paused
+    std::vector<std::uint32_t> fCompared;  ///< all keys on which a live sort or filter depends
 };
 
 SubscriptionPlan planSubscription(const SubscriptionNeeds& needs);

@@ -7,13 +7,15 @@ class QHeaderView;
 
 namespace memoryviewer {
 
-/** Chooses which columns of keys are shown. The names always are: without them no row says what it
- *  is. */
+/**
+ * A menu for showing and hiding columns of keys. The names are always shown, since rows are
+ * meaningless without them.
+ */
 class ColumnMenu : public QMenu {
     Q_OBJECT
 
   public:
-    /** @param header of the columns, outlives the menu */
+    /** @param header of the columns; must outlive the menu */
     ColumnMenu(QHeaderView* header, QWidget* parent);
 
   private:

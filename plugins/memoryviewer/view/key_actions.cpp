@@ -57,8 +57,8 @@ void KeyActions::xAddAction(QMenu& menu, const QString& text, const QKeySequence
 void KeyActions::xAddEditing(QMenu& menu, KeyView* view) {
     const QPersistentModelIndex value = view->currentIndex().siblingAtColumn(ValueColumn);
     menu.addSeparator();
-    // Queued, since the keyboard goes back to the view when the menu closes, and the field would
-    // close with that.
+    // Queued, since the view gets the focus back when the menu closes, which would close the
+    // editor.
     xAddAction(menu, tr("Edit value"), Qt::Key_F2, fParts.fValues->editableValue(value).has_value(),
                [view, value] {
                    QMetaObject::invokeMethod(
@@ -102,12 +102,12 @@ void KeyActions::xShowWatchMenu(const QPoint& position) {
     menu.exec(view->viewport()->mapToGlobal(position));
 }
 
-/** The area in which the user works. */
+/** Returns the area in which the user works. */
 KeyView* KeyActions::xView() const {
     return fParts.fWatchView->hasFocus() ? static_cast<KeyView*>(fParts.fWatchView) : fParts.fTree;
 }
 
-/** Watches the chosen keys, or no longer when all of them are watched. */
+/** Watches the selected keys, or removes them if all of them are watched. */
 void KeyActions::xWatch() {
     WatchModel* watched = fParts.fWatched;
     const QStringList names = xView()->chosenNames();

@@ -18,12 +18,12 @@ class WatchModel;
 class WatchView;
 class WriteQueue;
 
-/** What the user does with the keys chosen in the tree or the watch list, by key or menu. */
+/** Actions on the keys selected in the tree or the watch list, by shortcut or menu. */
 class KeyActions : public QObject {
     Q_OBJECT
 
   public:
-    /** What the actions work with; all outlive them. */
+    /** Objects used by the actions; all must outlive them. */
     struct Parts {
         KeyTreeView* fTree;
         WatchView* fWatchView;
@@ -33,7 +33,7 @@ class KeyActions : public QObject {
         WriteQueue* fWrites;
     };
 
-    /** @param viewer in which the shortcuts are heard */
+    /** @param viewer the widget in which the shortcuts work */
     KeyActions(const Parts& parts, QWidget* viewer);
 
   private:

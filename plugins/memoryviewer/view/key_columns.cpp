@@ -15,20 +15,20 @@ namespace memoryviewer {
 namespace {
 
 struct ColumnSize {
-    int fCharacters;        ///< where there is room
-    const char* fSmallest;  ///< text that has to find room
+    int fCharacters;        ///< preferred width
+    const char* fSmallest;  ///< text that must fit
 };
 
-/** The name's is what its rows need. That of the value has room for the pencil. */
+/** The name column is as wide as its rows need. The value column has room for the pencil. */
 constexpr std::array<ColumnSize, ColumnCount> a_sizes{{{0, ""},
                                                        {20, "-0.00123457 mm"},
                                                        {8, "rad/s"},
                                                        {8, "string"},
                                                        {9, "\u2265 10.0"},
                                                        {10, "59:59 min"}}};
-/** Room of a cell around its text. */
+/** Padding of a cell around its text. */
 constexpr int a_padding = 2;
-/** Characters of names before which columns at the end leave, and for which others are squeezed. */
+/** Characters of names that must be visible before columns are squeezed or moved out of view. */
 constexpr int a_readableName = 20;
 constexpr int a_longName = 48;
 constexpr int a_mostCharacters = 1000;
@@ -57,7 +57,7 @@ KeyColumns::KeyColumns(KeyView* tree, KeyView* watch, QObject* parent)
 }
 
 void KeyColumns::xConnect(KeyView* view) {
-    // Only rows on the screen are measured, so that it costs the same for any number of keys.
+    // Only rows on the screen are measured, so that the cost does not depend on the number of keys.
     view->header()->setResizeContentsPrecision(0);
     const QAbstractItemModel* model = view->model();
     connect(model, &QAbstractItemModel::rowsInserted, this, &KeyColumns::xFitSoon);
@@ -77,7 +77,7 @@ void KeyColumns::restore(const QByteArray& header, const QVariantList& widths) {
     const QScopedValueRollback<bool> fitting(fIsFitting, true);
     fHeader->restoreState(header);
     fHeader->showSection(NameColumn);
-    // A state has these too, and it may be an old one.
+    // A saved state includes these modes, and it may be an old one.
     fHeader->setSectionResizeMode(QHeaderView::Interactive);
     fHeader->setStretchLastSection(false);
     for (int column = 0; column < ColumnCount && column < widths.size(); ++column) {
@@ -95,14 +95,14 @@ void KeyColumns::forgetNames() {
 
 bool KeyColumns::eventFilter(QObject* object, QEvent* event) {
     if (object == fTree && event->type() == QEvent::FontChange) {
-        forgetNames();  // once the titles have the font too
+        forgetNames();  // after the titles have the font, too
     } else if (object == fTree->viewport() && event->type() == QEvent::Resize) {
         xFit();
     }
     return QObject::eventFilter(object, event);
 }
 
-/** Names that were seen keep their room, so that columns do not move to and fro. */
+/** Visible names keep their width, so that columns do not move back and forth. */
 void KeyColumns::xMeasureNames() {
     fNames = std::max(
         {fNames, fTree->sizeHintForColumn(NameColumn), fWatch->sizeHintForColumn(NameColumn)});
@@ -126,7 +126,7 @@ KeyColumns::Section KeyColumns::xSection(int column) const {
     return {column, std::max(size.fCharacters * xCharacter(), least), least};
 }
 
-/** Those that are shown but for the name, in their order. */
+/** Returns the visible columns except the name, in their order. */
 std::vector<KeyColumns::Section> KeyColumns::xSections() const {
     std::vector<Section> sections;
     for (int place = 0; place < fHeader->count(); ++place) {
@@ -161,7 +161,7 @@ void KeyColumns::xFit() {
          --seen) {
         others -= sections[seen - 1].fWidth;
     }
-    // No part of a column that has left is seen.
+    // A column that was moved out is completely invisible.
     const int most = seen < sections.size() ? room - others : names;
 
     {
@@ -175,7 +175,7 @@ void KeyColumns::xFit() {
 }
 
 void KeyColumns::xOnResized(int column, int before, int width) {
-    // One that is hidden or shown again is resized from or to nothing.
+    // A column that is hidden or shown again is resized to or from 0.
     if (fIsFitting) {
         return;
     }
@@ -187,7 +187,7 @@ void KeyColumns::xOnResized(int column, int before, int width) {
     xAlign();
 }
 
-/** The columns of both areas stand below each other. */
+/** Aligns the columns of both areas. */
 void KeyColumns::xAlign() {
     QHeaderView* to = fWatch->header();
     for (int place = 0; place < fHeader->count(); ++place) {

@@ -17,26 +17,26 @@ namespace memoryviewer {
 class KeyView;
 
 /**
- * Widths of the columns of the tree, and of the watch list, whose columns stand below them.
+ * Column widths of the tree and of the watch list, whose columns are aligned with it.
  *
- * The names get the room that they need, and what is left over stays at the end. Where there is
- * less room, the value and the columns behind it first give what they have to spare; then those at
- * the end leave for the right, where they are scrolled to, until the names have some room; at last
- * the names are cut. The value column always stays. Widths that the user chooses are kept in
- * characters, so that they follow the font.
+ * The name column is as wide as its names need, and remaining space is at the end. If there is less
+ * space, the value column and those after it shrink to their minimum; then the last columns move
+ * out of view to the right, where they can be scrolled to, until the names have some space; finally
+ * the names are cut. The value column is always visible. Widths chosen by the user are stored in
+ * characters, so that they scale with the font.
  */
 class KeyColumns : public QObject {
     Q_OBJECT
 
   public:
-    /** Both outlive this. */
+    /** Both must outlive this object. */
     KeyColumns(KeyView* tree, KeyView* watch, QObject* parent);
 
-    /** Widths chosen by the user, in characters, 0 for the others. */
+    /** Returns the widths chosen by the user, in characters, 0 for the others. */
     QVariantList saved() const;
-    /** Restores order and choice of columns from a header's state, and chosen widths. */
+    /** Restores order and visibility of columns from a header's state, and chosen widths. */
     void restore(const QByteArray& header, const QVariantList& widths);
-    /** The names shown are quite others: the room for them is measured from the beginning. */
+    /** Resets the measured width of names; called when other names are shown. */
     void forgetNames();
 
   protected:
@@ -64,7 +64,7 @@ class KeyColumns : public QObject {
     QHeaderView* fHeader;
     QTimer fFitTimer;
     std::array<double, ColumnCount> fChosen{};
-    int fNames = 0;  ///< widest of the names seen, in pixels
+    int fNames = 0;  ///< maximum width of the visible names, in pixels
     bool fIsFitting = false;
 };
 

@@ -18,22 +18,23 @@ struct MemoryKey;
 struct PlotSample;
 struct PlottedKey;
 
-/** Keys whose values are numbers, as curves of the plots. Used on the GUI thread. */
+/** Numeric keys as curves of the plots. Used on the GUI thread. */
 class KeyCurves : public QObject {
     Q_OBJECT
 
   public:
     enum class Place { CurrentPlot, NewPlot };
 
-    /** Both outlive this. */
+    /** Both must outlive this object. */
     KeyCurves(KeyStore* keys, PlotPanel* plots, QObject* parent = nullptr);
 
-    /** Plots those that have numbers; see PlotPanel::addCurves(). */
+    /** Plots numeric keys; see PlotPanel::addCurves(). */
     void plot(const QStringList& names, Place place);
-    /** Begins the curves of keys whose values are known already, and are not sent again before they
-     *  change. */
+    /**
+     * Starts the curves of keys whose values are known, and are not sent again before they change.
+     */
     void begin(const std::vector<std::uint32_t>& ids);
-    /** Adds what changed of the keys that are plotted. */
+    /** Adds changes of the plotted keys. */
     void append(const std::vector<KVChange>& changes);
     /** Tells whether values come. When they end, all curves have a gap until they come again. */
     void setUpdating(bool isUpdating);

@@ -12,7 +12,7 @@ namespace {
 
 /** Rows beyond those on the screen that are subscribed to, so that scrolling finds values there. */
 constexpr int a_marginRows = 10;
-/** Most keys that are opened, copied or plotted at once. */
+/** Maximum number of keys that are expanded, copied or plotted at once. */
 constexpr int a_mostKeysAtOnce = 2000;
 
 }  // namespace
@@ -27,7 +27,7 @@ KeyTreeView::KeyTreeView(MemoryModel* model, QWidget* parent)
     sortByColumn(NameColumn, Qt::AscendingOrder);
     setSortingEnabled(true);
     header()->setSectionsMovable(true);
-    header()->setContextMenuPolicy(Qt::CustomContextMenu);  // that of the keys is not for titles
+    header()->setContextMenuPolicy(Qt::CustomContextMenu);  // the keys' menu is not for titles
     connect(model, &QAbstractItemModel::rowsInserted, this, &KeyTreeView::xExpandNewBranches);
     connect(this, &QTreeView::collapsed, this,
             [this](const QModelIndex& branch) { fClosedBranches.insert(xPathOf(branch)); });
@@ -78,7 +78,10 @@ void KeyTreeView::xAppendKeys(const QModelIndex& index, std::vector<const Memory
     }
 }
 
-/** Calls `use(branch)` for the branches below a row, and below those for which it is true. */
+/**
+ * Calls `use(branch)` for the branches below a row, and recursively for those for which it returns
+ * true.
+ */
 template <class Use>
 void KeyTreeView::xForEachBranch(const QModelIndex& parent, Use use) {
     for (int row = 0; row < fModel->rowCount(parent); ++row) {

@@ -19,21 +19,26 @@ class KeyTreeView : public KeyView {
   public:
     KeyTreeView(MemoryModel* model, QWidget* parent);
 
-    /** Keys of the rows on the screen, and of a few above and below them. */
+    /** Returns the keys of the visible rows, and of a few above and below them. */
     std::vector<std::uint32_t> visibleKeys() const;
-    /** All keys below a chosen branch too; not more than can be looked at. */
+    /** Includes all keys below a selected branch, up to a limit. */
     std::vector<const MemoryKey*> chosenKeys() const override;
     bool isEditing() const { return state() == EditingState; }
-    /** Opens every branch that leads to a key, as long as there are not too many of them. */
+    /** Expands every branch that leads to a key, up to a limit. */
     void openAll();
-    /** Opens those that have come since; what the user has closed stays closed, also when it
-     *  returns. */
+    /**
+     * Expands branches that were added since; a branch that the user has collapsed stays collapsed,
+     * even after it was removed and added again.
+     */
     void openNewBranches();
-    /** Before branches go, since a filter or a list shows others or none. */
+    /** Saves the expanded branches before a filter or a list removes branches. */
     void rememberOpenBranches();
-    /** Once all branches are there again, opens those of then beside those that are open. */
+    /**
+     * Expands the saved branches in addition to those that are expanded, when all branches exist
+     * again.
+     */
     void reopenBranches();
-    /** Takes the keyboard, with the first key chosen when none is. */
+    /** Takes the focus, and selects the first key if none is selected. */
     void enter();
 
   private:
@@ -46,7 +51,7 @@ class KeyTreeView : public KeyView {
 
     MemoryModel* fModel;
     std::vector<QString> fOpenBranches;  // sorted paths
-    QSet<QString> fClosedBranches;       // paths, by the user since openAll()
+    QSet<QString> fClosedBranches;       // paths, collapsed by the user since openAll()
     bool fHasRemembered = false;
 };
 

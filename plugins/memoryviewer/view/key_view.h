@@ -10,8 +10,7 @@ namespace memoryviewer {
 
 struct MemoryKey;
 
-/** Rows of keys that can be chosen, dragged, copied and edited: what the areas of the viewer share.
- */
+/** Rows of keys that can be selected, dragged, copied and edited: base of the viewer's areas. */
 class KeyView : public QTreeView {
     Q_OBJECT
 
@@ -21,9 +20,11 @@ class KeyView : public QTreeView {
     using QTreeView::edit;
     using QTreeView::sizeHintForColumn;
 
-    /** The chosen keys that the robot has, from the top. */
+    /** Returns the selected keys that the robot has, from the top. */
     virtual std::vector<const MemoryKey*> chosenKeys() const = 0;
-    /** Names of the chosen keys, from the top, whether the robot has them or not. */
+    /**
+     * Returns the names of the selected keys, from the top, even if the robot does not have them.
+     */
     virtual QStringList chosenNames() const;
 
     /** Repaints some columns of all rows on the screen. */
@@ -34,15 +35,15 @@ class KeyView : public QTreeView {
     void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
                      const QVector<int>& roles = QVector<int>()) override;
     void copyNames();
-    /** Values are cut at a million characters each, and at four in all. */
+    /** Each value is cut at a million characters, and the text at four million. */
     void copyValues();
     void copyRows();
 
   protected:
-    /** F2 edits the value of the row, whichever column the user is in. */
+    /** F2 edits the value of the row from any column. */
     bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
 
-    /** The chosen rows, from the top. */
+    /** Returns the selected rows, from the top. */
     QModelIndexList chosenRows() const;
 
   private:

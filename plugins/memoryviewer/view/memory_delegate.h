@@ -7,15 +7,17 @@
 
 namespace memoryviewer {
 
-/** Draws the cells of the tree: the topmost branches bold, units and types dimmed, and everything
- *  dimmed when the values are old. */
+/**
+ * Paints the cells of the tree: the topmost branches bold, units and types dimmed, and everything
+ * dimmed while the values are outdated.
+ */
 class MemoryDelegate : public ValueDelegate {
     Q_OBJECT
 
   public:
     using ValueDelegate::ValueDelegate;
 
-    /** Whether the values are no longer live. The caller has the view painted again. */
+    /** Sets whether the values are outdated. The caller repaints the view. */
     void setStale(bool isStale) { fIsStale = isStale; }
 
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;

@@ -7,7 +7,7 @@
 
 namespace memoryviewer {
 
-/** The keys of the memory viewer for the list that F1 opens. */
+/** Returns the memory viewer's keys for the list opened by F1. */
 std::vector<viewer::KeyGroup> memoryShortcuts();
 
 }  // namespace memoryviewer

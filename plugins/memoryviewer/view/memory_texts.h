@@ -7,31 +7,31 @@
 
 namespace memoryviewer {
 
-/** How it stands with the robot's values. */
+/** Phase of the robot's values. */
 enum class MemoryPhase { WaitingForKeys, Live, Refused, Lost, Closed };
 
-/** What the texts of the viewer tell about. */
+/** State described by the viewer's texts. */
 struct MemorySituation {
     MemoryPhase fPhase = MemoryPhase::WaitingForKeys;
-    QString fRefusal;          ///< why there are no values, plain text
+    QString fRefusal;          ///< reason why there are no values, plain text
     QString fRobot;            ///< name and address, plain text
     QString fFilter;           ///< as typed
-    QString fFilterFault;      ///< why it is none; empty when it is one
-    QString fPausedSince;      ///< a time of day; empty when it is not paused
-    QString fWriteRefusal;     ///< why the robot did not take the last value written, for a while
-    std::size_t fKeys = 0;     ///< that the robot has
-    std::size_t fShown = 0;    ///< that the filter lets pass
+    QString fFilterFault;      ///< the error in the filter; empty if there is none
+    QString fPausedSince;      ///< a time of day; empty if it is not paused
+    QString fWriteRefusal;     ///< the robot's reason for refusing the last write, for a while
+    std::size_t fKeys = 0;     ///< number of the robot's keys
+    std::size_t fShown = 0;    ///< number that match the filter
     int fUpdates = 0;          ///< a second
-    double fRoundTrip = -1;    ///< seconds; negative when it is not known
-    double fAge = -1;          ///< of the newest value, seconds; negative when there is none
-    double fQuietSeconds = 0;  ///< since a value came
+    double fRoundTrip = -1;    ///< seconds; negative if unknown
+    double fAge = -1;          ///< of the newest value, seconds; negative if there is none
+    double fQuietSeconds = 0;  ///< since the last value
 
     bool isLive() const { return fPhase == MemoryPhase::Live; }
 };
 
-/** Why there are no rows; empty when there are some. */
+/** Returns the reason why there are no rows; empty if there are some. */
 QString messageFor(const MemorySituation& situation);
-/** What is the matter with the rows that are shown; empty when nothing is. */
+/** Returns the problem with the displayed rows; empty if there is none. */
 QString noticeFor(const MemorySituation& situation);
 QString statusFor(const MemorySituation& situation);
 

@@ -10,7 +10,7 @@ class QToolButton;
 
 namespace memoryviewer {
 
-/** Filter, form of the tree, columns, rate and pause of the memory viewer. */
+/** Filter, tree or list, columns, rate and pause of the memory viewer. */
 class MemoryToolBar : public QWidget {
     Q_OBJECT
 
@@ -19,18 +19,18 @@ class MemoryToolBar : public QWidget {
 
     QString filter() const;
     void setFilter(const QString& filter);
-    /** Says what is wrong with the filter; empty when nothing is. */
+    /** Shows the error in the filter; empty if there is none. */
     void setFilterFault(const QString& fault);
 
     bool isFlat() const;
     void setFlat(bool isFlat);
 
-    /** The menu that opens at the button for columns. */
+    /** Sets the menu that opens at the columns button. */
     void setColumnMenu(QMenu* menu);
 
-    /** Updates a second. */
+    /** Returns the updates a second. */
     int rate() const;
-    /** The nearest rate that is offered. */
+    /** Selects the nearest available rate. */
     void setRate(int rate);
 
     bool isPaused() const;
@@ -41,7 +41,7 @@ class MemoryToolBar : public QWidget {
 
   Q_SIGNALS:
     void filterChanged();
-    /** The user turns by keyboard from the filter to what it shows. */
+    /** Emitted when the user moves by keyboard from the filter to the matching rows. */
     void filterLeft();
     void formChanged();
     void rateChanged();

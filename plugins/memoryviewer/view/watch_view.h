@@ -8,8 +8,8 @@ namespace memoryviewer {
 class WatchModel;
 
 /**
- * The keys that the user watches, in an area of their own. Keys are dropped in, Delete takes the
- * chosen ones out, and Alt with an arrow key moves one.
+ * The watched keys in a separate area. Keys are dropped into it, Delete removes the selected ones,
+ * and Alt with an arrow key moves one.
  */
 class WatchView : public KeyView {
     Q_OBJECT
