@@ -221,7 +221,7 @@ TEST_F(Snapshot, IsDescribedInJson) {
     EXPECT_EQ(fs::file_size(fFolder / "a.pgm"), picture["bytes"]);
 }
 
-// The newest frame that a robot has may be of yesterday, when nobody watched since.
+// The newest frame of a robot may be a day old, if nobody has watched since.
 TEST_F(Snapshot, IsNotThePictureThatWasThereBefore) {
     fRobot.cameras().publish("head", greyFrame(1));
     std::unique_ptr<MovingCamera> camera;
@@ -339,7 +339,7 @@ std::optional<FrameStamp> stampOf(const std::string& pgm) {
     return readFrameStamp(luma, 0, 0, width);
 }
 
-// What is saved is the frame that is told: number and time stand in the picture itself.
+// The saved frame is the reported one: its picture contains number and time.
 TEST_F(Snapshot, ShowsWhatTheSimulatedRobotSeesInEachOfItsFormats) {
     const RobotProcess robot;
     const std::string place =
