@@ -70,12 +70,12 @@ bool CameraBar::Choice::operator==(const Choice& other) const {
 
 CameraBar::CameraBar(QWidget* parent)
     : QWidget(parent),
-      fCameraBox(xMakeBox("cameraBox", tr("Camera"), tr("the one that is shown"))),
+      fCameraBox(xMakeBox("cameraBox", tr("Camera"), tr("the displayed camera"))),
       fSizeBox(xMakeBox("sizeBox", tr("Resolution"),
                         tr("width and height of the pictures that the robot sends, in pixels"))),
       fFormatBox(xMakeBox("formatBox", tr("Format"),
-                          tr("JPEG needs the least network, the others have exact values"))),
-      fRateBox(xMakeBox("rateBox", tr("Rate"), tr("pictures that the robot takes a second"))),
+                          tr("JPEG needs the least bandwidth, the others have exact values"))),
+      fRateBox(xMakeBox("rateBox", tr("Rate"), tr("frames a second"))),
       fLast(fRateBox) {
     auto* row = new viewer::WrapLayout(this);
     row->setContentsMargins(a_space, a_space, a_space, a_space);

@@ -108,8 +108,7 @@ void CameraViewerWidget::xBuild() {
     setMainPart(fView);
 
     fActions->addButtons(*fBar);
-    fBar->addMenuButton("viewButton", tr("&View"), tr("All that can be done with the picture"),
-                        fActions->menu());
+    fBar->addMenuButton("viewButton", tr("&View"), tr("Actions on the picture"), fActions->menu());
     fCapture->addButtons(*fBar, *fActions->menu());
 
     auto* copy = new QAction(tr("C&opy figures"), this);
@@ -123,9 +122,9 @@ void CameraViewerWidget::xBuild() {
 
     viewer::KeyGroup keys = viewer::keysOf(tr("Picture"), fActions->menu()->actions());
     const QString arrows = QStringLiteral("\u2190 \u2192 \u2191 \u2193");
-    keys.fKeys.push_back({arrows, tr("move the picture that is larger than its view")});
-    keys.fKeys.push_back({tr("Shift with %1").arg(arrows), tr("look at the next pixel")});
-    keys.fKeys.push_back({viewer::keyText(Qt::Key_Escape), tr("look at no pixel")});
+    keys.fKeys.push_back({arrows, tr("pan an enlarged picture")});
+    keys.fKeys.push_back({tr("Shift with %1").arg(arrows), tr("inspect the next pixel")});
+    keys.fKeys.push_back({viewer::keyText(Qt::Key_Escape), tr("stop inspecting pixels")});
     addKeys(keys);
     fView->setContextMenuPolicy(Qt::CustomContextMenu);
     fHistogram->hide();

@@ -47,7 +47,7 @@ QString endText(const RecorderStatus& status) {
         return status.fFailure;
     }
     if (status.fFrames == 0) {
-        return CaptureControls::tr("Nothing was recorded, as no picture came.");
+        return CaptureControls::tr("Nothing was recorded, since no picture arrived.");
     }
     return CaptureControls::tr("Recorded %1 s (%2) to %3")
         .arg(QString::number(status.fSeconds, 'f', 1), sizeText(status.fBytes),
@@ -74,7 +74,7 @@ CaptureControls::CaptureControls(FrameFeed& feed, QWidget* viewer)
       fFeed(feed),
       fViewer(viewer),
       fSnapshot(makeAction("snapshotAction", tr("&Snapshot"),
-                           tr("Save the picture that is shown as a PNG file"), Qt::CTRL + Qt::Key_S,
+                           tr("Save the displayed picture as a PNG file"), Qt::CTRL + Qt::Key_S,
                            viewer)),
       fRecord(makeAction("recordAction", tr("Re&cord"),
                          tr("Record the pictures of this camera to a Matroska file"),
@@ -175,7 +175,7 @@ void CaptureControls::xToggleRecording() {
     const RecorderStatus::State state = fRecorder.status().fState;
     if (state == RecorderStatus::State::Finishing) {
         fRecord->setChecked(false);
-        Q_EMIT told(tr("The recording before is still being completed."));
+        Q_EMIT told(tr("The previous recording is still being completed."));
         return;
     }
     fIsRecording = true;

@@ -139,7 +139,7 @@ HistogramPanel::HistogramPanel(QWidget* parent)
     fStretch->setObjectName(QStringLiteral("stretchBox"));
     viewer::explain(*fStretch,
                     tr("Show the darkest grey black and the brightest white. Values, snapshots and "
-                       "recordings stay as they are."));
+                       "recordings do not change."));
     auto* row = new QHBoxLayout(this);
     row->addWidget(fBars, 1);
     row->addWidget(fText);

@@ -9,27 +9,25 @@
 namespace cameraviewer {
 
 ViewActions::ViewActions(PictureView* view) : QObject(view), fView(view), fMenu(new QMenu(view)) {
-    fPause = xAddToggle("pauseAction", tr("&Pause"), tr("Keep the picture that is shown"),
-                        {Qt::Key_Space});
+    fPause = xAddToggle("pauseAction", tr("&Pause"), tr("Pause the picture"), {Qt::Key_Space});
     fMenu->addSeparator();
     fFit = xAdd("fitAction", tr("&Fit"), tr("Show the whole picture as large as possible"),
                 {Qt::Key_F, Qt::Key_0});
     fOneToOne = xAdd("oneToOneAction", tr("&1:1"),
                      tr("Show each pixel of the picture as one pixel of the screen"), {Qt::Key_1});
-    fZoomIn = xAdd("zoomInAction", tr("Zoom &in"), tr("Show the picture larger"),
+    fZoomIn = xAdd("zoomInAction", tr("Zoom &in"), tr("Enlarge the picture"),
                    {Qt::Key_Plus, Qt::Key_Equal});
-    fZoomOut =
-        xAdd("zoomOutAction", tr("Zoom &out"), tr("Show the picture smaller"), {Qt::Key_Minus});
+    fZoomOut = xAdd("zoomOutAction", tr("Zoom &out"), tr("Shrink the picture"), {Qt::Key_Minus});
     fMenu->addSeparator();
     QAction* right = xAdd("rotateRightAction", tr("&Rotate right"),
-                          tr("Turn the picture by a quarter, clockwise"), {Qt::Key_R});
+                          tr("Rotate the picture by a quarter turn, clockwise"), {Qt::Key_R});
     QAction* left =
         xAdd("rotateLeftAction", tr("Rotate &left"),
-             tr("Turn the picture by a quarter, anticlockwise"), {Qt::SHIFT + Qt::Key_R});
+             tr("Rotate the picture by a quarter turn, anticlockwise"), {Qt::SHIFT + Qt::Key_R});
     QAction* flipHorizontally = xAdd("flipHorizontallyAction", tr("Flip &horizontally"),
-                                     tr("Exchange left and right"), {Qt::Key_H});
+                                     tr("Mirror left and right"), {Qt::Key_H});
     QAction* flipVertically = xAdd("flipVerticallyAction", tr("Flip &vertically"),
-                                   tr("Exchange top and bottom"), {Qt::Key_V});
+                                   tr("Mirror top and bottom"), {Qt::Key_V});
     QAction* straighten = xAdd("straightenAction", tr("&As the camera sees it"),
                                tr("Neither rotated nor flipped"), {Qt::Key_U});
     fMenu->addSeparator();

@@ -232,7 +232,7 @@ void RecordingTest::endsWithAWholeFileWhenTheDiskIsFull() {
     xStart();
     QTRY_VERIFY2_WITH_TIMEOUT(xText().contains(QLatin1String("robot.csv cannot be written: ")),
                               qPrintable(xText()), 20000);
-    QVERIFY2(xText().contains(QLatin1String("The rows up to there are in the file.")),
+    QVERIFY2(xText().contains(QLatin1String("The file contains the rows up to that point.")),
              qPrintable(xText()));
     QVERIFY(rowsOf(fFile).size() > 10);
     QCOMPARE(rowsOf(fFile).size(), xRowsSaid());

@@ -177,7 +177,7 @@ void PlotChoice::take(const QStringList& names, int toPlot, int fromPlot) {
         }
     }
     if (xTakeNew(keys, toPlot) && !refused.isEmpty()) {
-        Q_EMIT said(tr("Not plotted, since its values are no numbers: %1.")
+        Q_EMIT said(tr("Not plotted, since the values are not numbers: %1.")
                         .arg(refused.join(QStringLiteral(", "))));
     }
 }

@@ -40,11 +40,12 @@ PlotToolBar::PlotToolBar(TimeAxis* time, PlotSaving* saving, QWidget* parent)
     xAddFollow(time);
     xAddMenu(tr("&Time shown"), tr("Length of time shown (+ and -, wheel)"), "plotSpan",
              xMakeSpans(time));
-    QAction* all = xAdd(tr("Show &all"), tr("Show all points that are kept (Home)"), "plotShowAll");
+    QAction* all = xAdd(tr("Show &all"), tr("Show all stored points (Home)"), "plotShowAll");
     QAction* add = xAdd(tr("&New plot"), tr("Add an empty plot for the next keys"), "plotNew");
     QAction* clear =
-        xAdd(tr("&Clear"), tr("Forget the points and go on with new ones"), "plotClear");
-    QAction* remove = xAdd(tr("Remove a&ll"), tr("Take all keys from the plots"), "plotRemoveAll");
+        xAdd(tr("&Clear"), tr("Clear the points and continue with new ones"), "plotClear");
+    QAction* remove =
+        xAdd(tr("Remove a&ll"), tr("Remove all keys from the plots"), "plotRemoveAll");
     QAction* saveAction =
         xAddMenu(tr("&Save"), tr("Save the current plot or its points"), "plotSave", save);
 

@@ -107,7 +107,8 @@ QString RecordingBar::xProgressText() const {
                      .arg(locale.toString(static_cast<qulonglong>(progress.fLost)));
     }
     if (!fError.isEmpty()) {
-        parts.prepend(fError + QLatin1Char(' ') + tr("The rows up to there are in the file."));
+        parts.prepend(fError + QLatin1Char(' ') +
+                      tr("The file contains the rows up to that point."));
     } else if (!fRecorder->isRecording()) {
         parts.prepend(tr("Recorded"));
     }

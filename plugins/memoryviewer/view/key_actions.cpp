@@ -95,7 +95,7 @@ void KeyActions::xShowWatchMenu(const QPoint& position) {
     QMenu menu(view);
     xAddAction(menu, tr("Plot"), a_plotKeys, hasRows, &KeyActions::xPlot);
     xAddAction(menu, tr("Plot by itself"), {}, hasRows, &KeyActions::xPlotByItself);
-    xAddAction(menu, tr("No longer watch"), Qt::Key_Delete, hasRows,
+    xAddAction(menu, tr("Stop watching"), Qt::Key_Delete, hasRows,
                [view] { view->removeChosen(); });
     xAddEditing(menu, view);
     xAddCopying(menu, view);

@@ -650,7 +650,7 @@ void PanelTest::refusesWhatIsNoNumber() {
     });
     xDrop(fPanel.get(), {QStringLiteral("Text"), QStringLiteral("Number")});
     QCOMPARE(fPanel->plottedKeys(), QStringList(QStringLiteral("Number")));
-    QCOMPARE(xNotice(), QStringLiteral("Not plotted, since its values are no numbers: Text."));
+    QCOMPARE(xNotice(), QStringLiteral("Not plotted, since the values are not numbers: Text."));
     QMimeData text;
     text.setText(QStringLiteral("Number"));
     QVERIFY(keysFromMime(&text).isEmpty());
