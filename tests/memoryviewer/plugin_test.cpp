@@ -83,8 +83,8 @@ void PluginTest::showsRobotAddressAndKeysInTheStatusLine() {
                  qPrintable(statusOf(widget)));
     QTRY_VERIFY(statusOf(widget).contains(QLatin1String("updates a second")));
     QTRY_VERIFY(statusOf(widget).contains(QLatin1String("round trip ")));
-    // With a value that changes all the time, the rate becomes more than nothing, and the
-    // newest value is never old.
+    // With a value that changes continuously, the rate rises above 0, and the newest value is never
+    // old.
     int value = 0;
     QTRY_VERIFY2((fRobot->set("Uptime", ++value),
                   !statusOf(widget).contains(QString::fromUtf8("·  0 updates"))),
@@ -176,7 +176,7 @@ void PluginTest::keepsItsConnectionWhenHidden() {
     QVERIFY(isLive());
     dock->setFloating(true);
     QVERIFY(isLive());
-    dock->setFloating(false);  // behind the tab
+    dock->setFloating(false);  // in the background tab
     dock->raise();
     fViewer->window().close();
     fViewer->letTimePass();
@@ -200,7 +200,7 @@ void PluginTest::followsNothingBehindATab() {
     fViewer->window().tabifyDockWidget(dock, cover);
     cover->raise();
     QTRY_VERIFY(!isFollowed());
-    QVERIFY(dock->widget()->isVisible());  // for Qt
+    QVERIFY(dock->widget()->isVisible());  // according to Qt
     dock->raise();
     QTRY_COMPARE(shown(), QString::number(value));
     QVERIFY(isFollowed());

@@ -25,7 +25,7 @@
 
 using namespace obvista_test;
 
-/** What a user does in the window, beside a real robot. */
+/** Tests a user's actions in the window, with a real robot. */
 class ViewingTest : public QObject {
     Q_OBJECT
 
@@ -125,7 +125,7 @@ void ViewingTest::filtersWhileTyping() {
 void ViewingTest::opensTheBranchesOfWhatChanges() {
     typeFilter(fViewer, QStringLiteral("headyaw changed:5"));
     QTRY_VERIFY(!xTree()->visualRect(indexOf(fViewer, "Joint/HeadYaw/Position")).isEmpty());
-    // What the user closes stays so.
+    // A branch that the user collapses stays collapsed.
     const auto headYaw = [this] { return indexOf(fViewer, "Joint/HeadYaw/Position").parent(); };
     xTree()->collapse(headYaw());
     int arranged = 0;
@@ -135,7 +135,7 @@ void ViewingTest::opensTheBranchesOfWhatChanges() {
     disconnect(counting);
     QVERIFY(headYaw().isValid());
     QVERIFY(!xTree()->isExpanded(headYaw()));
-    // A filter that is remembered is there before the keys are.
+    // A restored filter applies before the keys arrive.
     typeFilter(fViewer, QStringLiteral("headyaw position"));
     xOpen();
     QTRY_VERIFY(!xTree()->visualRect(indexOf(fViewer, "Joint/HeadYaw/Position")).isEmpty());
@@ -278,7 +278,7 @@ void ViewingTest::remembersWhatIsWatchedForTheRobot() {
     QCOMPARE(xWatch()->model()->rowCount(), 0);
 }
 
-/** To the file, where they survive a crash, and for a viewer that is opened beside this one. */
+/** Saved to the file, to survive a crash, and for a viewer that is opened beside this one. */
 void ViewingTest::savesChangesWhileItIsOpen() {
     choose(fViewer, "Battery/Voltage");
     QTest::keyClick(xTree(), Qt::Key_D, Qt::ControlModifier);
@@ -355,7 +355,7 @@ void ViewingTest::stopsWhenNobodyCanSeeIt() {
     QTRY_VERIFY(!xValue("Battery/Voltage").isEmpty());
     QSignalSpy changed(xTree()->model(), &QAbstractItemModel::dataChanged);
     fDock->hide();
-    // Silent for a second, within a few.
+    // Silent for one second, within several seconds.
     QTRY_VERIFY((changed.clear(), QTest::qWait(1000), changed.isEmpty()));
     fDock->show();
     QTRY_VERIFY(!changed.isEmpty());

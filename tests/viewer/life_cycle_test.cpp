@@ -49,7 +49,7 @@ KVError::Cause causeOfFailure(PluginDriver& viewer, int port) {
 
 }  // namespace
 
-/** What every viewer's plugin does about ports, connections, losses and docks. */
+/** Tests every viewer plugin's handling of ports, connections, losses and docks. */
 class LifeCycleTest : public QObject {
     Q_OBJECT
 
@@ -92,7 +92,7 @@ class LifeCycleTest : public QObject {
     void closesWithoutWaitingForASilentRobot();
 
   private:
-    /** A viewer in a dock that can be seen. */
+    /** Returns a viewer in a visible dock. */
     QWidget* xShow(const ShownRobot& robot);
 
     std::unique_ptr<ShownRobot> fRobot;
@@ -195,7 +195,7 @@ void LifeCycleTest::leavesNothingBehindWhenItFails() {
         return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs).size();
     };
     const int nobody = freePort();
-    // The middleware's own pool of threads starts with the first use.
+    // The middleware's thread pool starts with the first use.
     causeOfFailure(*fViewer, nobody);
     const int threads = threadCount();
     const auto children = fViewer->window().children();
@@ -253,7 +253,7 @@ void LifeCycleTest::survivesItsDeletionInsideTheReport() {
     fViewer->onDisconnected(widget, [&](WidgetInterface* plugin) {
         ++reports;
         QCOMPARE(plugin, fViewer->plugin());
-        fViewer->letTimePass();  // the user looks at a dialog
+        fViewer->letTimePass();  // simulates a user who reads a dialog
         fViewer->deletePlugin();
     });
     QTRY_VERIFY(isLive(widget));
@@ -439,7 +439,7 @@ void LifeCycleTest::endsItsConnectionWhenDeleted() {
     fViewer->deletePlugin();
 }
 
-/** A robot falls silent at once, so that whatever the viewer asks first is under way. */
+/** A robot becomes silent at once, so that the viewer's first request is pending. */
 void LifeCycleTest::closesWithoutWaitingForASilentRobot() {
     for (int round = 0; round < 5; ++round) {
         RobotProcess robot;

@@ -24,7 +24,7 @@ class PluginDriver : public QObject {
 
   public:
     explicit PluginDriver(const QString& pluginName);
-    /** Deletes the plugin, unless that is done, before the window with its docks. */
+    /** Deletes the plugin, unless it is deleted already, before the window with its docks. */
     ~PluginDriver() override;
 
     /** Null after deletePlugin(). */
@@ -37,8 +37,10 @@ class PluginDriver : public QObject {
     void deletePlugin();
     void onDisconnected(QWidget* widget, std::function<void(WidgetInterface*)> action);
 
-    /** Turns the event loop for several of a viewer's frames: long enough for what must not
-     *  happen to happen. */
+    /**
+     * Runs the event loop for several of a viewer's frames: long enough for an unwanted effect to
+     * appear.
+     */
     void letTimePass();
 
   private Q_SLOTS:
@@ -52,10 +54,10 @@ class PluginDriver : public QObject {
     QHash<QObject*, std::function<void(WidgetInterface*)>> fActions;
 };
 
-/** The path of a plugin's library in the build tree. */
+/** Returns the path of a plugin's library in the build tree. */
 QString pluginLibrary(const QString& pluginName);
 
-/** The text of a viewer's label; empty when it is hidden or not there. */
+/** Returns the text of a viewer's label; empty if it is hidden or missing. */
 QString labelText(QWidget* viewer, const char* objectName);
 
 }  // namespace obvista_test

@@ -1,5 +1,5 @@
 // A program that shows the viewer under test and leaves the plugin object to Qt, which deletes it
-// when the process exits.
+// at exit.
 //
 //   PLUGIN_process MODE ROBOT_PORT
 #include "viewer_case.h"
@@ -24,7 +24,10 @@ void say(const char* line) {
     std::fflush(stdout);
 }
 
-/** What Qt says on standard error, but for what its offscreen platform cannot do. */
+/**
+ * Passes Qt's messages to standard error, except those about missing features of the offscreen
+ * platform.
+ */
 void passOn(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& text) {
     if (!text.startsWith(QLatin1String("This plugin does not support"))) {
         std::fprintf(stderr, "%s\n", qPrintable(text));
@@ -32,8 +35,8 @@ void passOn(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QSt
 }
 
 /**
- * Says at exit whether the robot is still connected. Made before the viewer connects, it goes after
- * what the viewer closes at exit, and before Qt deletes the root object.
+ * Reports at exit whether the robot is still connected. Created before the viewer connects, it is
+ * destroyed after everything that the viewer closes at exit, and before Qt deletes the root object.
  */
 class ExitWitness {
   public:
@@ -49,7 +52,7 @@ class ExitWitness {
     int fRobotPort;
 };
 
-/** Ends the process from inside the report of a loss, as a host does that knows no better. */
+/** Ends the process inside the report of a loss, like a host that does not know the plugin. */
 class LastResort : public QObject {
     Q_OBJECT
 
@@ -57,7 +60,7 @@ class LastResort : public QObject {
     void onDisconnected(WidgetInterface*) { std::exit(0); }
 };
 
-/** Turns the event loop until it is so. */
+/** Runs the event loop until `isSo` is true. */
 void runUntil(QWidget* viewer, const std::function<bool(QWidget*)>& isSo) {
     QTimer look;
     QObject::connect(&look, &QTimer::timeout, viewer, [&] {
@@ -74,7 +77,7 @@ int run(WidgetInterface& plugin, const QString& mode, int port) {
         return EXIT_SUCCESS;
     }
     LastResort lastResort;
-    // Without a window that owns it, it lasts until the process ends, and is no leak.
+    // Without an owning window it exists until the process ends, and is not a leak.
     static QWidget* viewer = nullptr;
     viewer = plugin.createWidget(nullptr, "127.0.0.1", port, "/nowhere/");
     viewer->show();
@@ -113,12 +116,12 @@ int main(int argc, char** argv) {
     {
         const QApplication application(argc, argv);
         obvista_test::setApplicationIdentity();
-        // The loader is gone before the plugin is used, as in the host: Qt keeps a plugin whose
-        // loader still stands when the process exits.
+        // The loader is destroyed before the plugin is used, as in the host: Qt keeps a plugin
+        // whose loader still exists when the process exits.
         QObject* root =
             QPluginLoader(obvista_test::pluginLibrary(obvista_test::viewer_case::pluginName()))
                 .instance();
-        // Said by the root object's own end, so that its absence is seen.
+        // Reported by the root object's destruction, so that its absence is detected.
         QObject::connect(root, &QObject::destroyed, [] { say("root object deleted"); });
         auto* plugin = qobject_cast<WidgetInterface*>(root);
         const int robotPort = std::atoi(argv[2]);
