@@ -75,6 +75,9 @@ class RealWindowTest : public QObject {
         const QString browser = QStringLiteral("Browse robots");
         QTRY_VERIFY(find(browser) != 0);
         QTRY_COMPARE(activeWindow(), find(browser));
+        // gRPC is loaded for the first connection, not before.
+        QVERIFY(mappings().contains("/librobaxi.so"));
+        QVERIFY(!mappings().contains("/libgrpc"));
         key(QStringLiteral("Escape"));
         QTRY_COMPARE(activeWindow(), fWindow);
         QCOMPARE(fInstallation->journal(), QStringList());
@@ -169,6 +172,12 @@ class RealWindowTest : public QObject {
                         QString::number(fProgram->pid()), QStringLiteral("--name"),
                         QStringLiteral("^%1$").arg(title)})
             .toULongLong();
+    }
+
+    /** The files that the program has mapped, as /proc lists them. */
+    QByteArray mappings() const {
+        QFile file(QStringLiteral("/proc/%1/maps").arg(fProgram->pid()));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
 
     QImage picture() const {

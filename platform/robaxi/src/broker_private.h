@@ -1,10 +1,10 @@
 #ifndef ROBAXI_BROKER_PRIVATE_H
 #define ROBAXI_BROKER_PRIVATE_H
 
+#include "engine.h"
 #include "hosted_modules.h"
 #include "link_table.h"
 #include "runtime.h"
-#include "server/server.h"
 
 #include <robaxi/kv_broker.h>
 
@@ -24,7 +24,7 @@ struct KVBroker::Private {
     const std::shared_ptr<robaxi::Runtime> fRuntime;
     robaxi::LinkTable fLinks;
     const std::shared_ptr<robaxi::HostedModules> fModules;
-    std::unique_ptr<robaxi::Server> fServer;
+    std::unique_ptr<robaxi::RunningServer> fServer;
     std::shared_ptr<robaxi::Link> fParent;
 };
 

@@ -1,9 +1,7 @@
 #ifndef ROBAXI_CONNECTION_PRIVATE_H
 #define ROBAXI_CONNECTION_PRIVATE_H
 
-#include "client/link.h"
-#include "client/link_requests.h"
-#include "error_sentences.h"
+#include "engine.h"
 #include "runtime.h"
 #include "task_pool.h"
 

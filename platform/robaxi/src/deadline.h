@@ -1,6 +1,8 @@
 #ifndef ROBAXI_DEADLINE_H
 #define ROBAXI_DEADLINE_H
 
+#include <robaxi/robaxi_export.h>
+
 #include <chrono>
 
 namespace robaxi {
@@ -14,10 +16,10 @@ using Deadline = Clock::time_point;
  * @param timeOut seconds
  * @throws KVError InvalidArgument if it is not above 0
  */
-Deadline deadlineAfter(double timeOut);
+ROBAXI_EXPORT Deadline deadlineAfter(double timeOut);
 
 /** Returns the milliseconds until a deadline, rounded up, for poll(); 0 if it has passed. */
-int millisecondsUntil(Deadline deadline);
+ROBAXI_EXPORT int millisecondsUntil(Deadline deadline);
 
 /** @throws KVError InvalidArgument if a port is not from 1 to 65535 */
 void checkPort(int port);

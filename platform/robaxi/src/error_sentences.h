@@ -20,7 +20,7 @@ struct Target {
 const char* reasonOf(KVError::Cause cause);
 
 /** Returns the sentence for the user: what was tried, where, why it failed and what to try next. */
-KVError describe(const Target& target, const Failure& failure);
+ROBAXI_EXPORT KVError describe(const Target& target, const Failure& failure);
 
 /** Returns the sentence for a broker that could not listen. */
 KVError describeListening(const std::string& address, int port, const Failure& failure);

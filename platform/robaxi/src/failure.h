@@ -2,6 +2,7 @@
 #define ROBAXI_FAILURE_H
 
 #include <robaxi/kv_error.h>
+#include <robaxi/robaxi_export.h>
 
 #include <string>
 
@@ -11,7 +12,7 @@ namespace robaxi {
  * An error inside the library, where the cause is known but not the module and the address. At its
  * boundary the library converts it into a KVError that names module, address and port.
  */
-struct Failure {
+struct ROBAXI_EXPORT Failure {
     KVError::Cause fCause;
     /**
      * Details that the cause does not contain; may be empty. A part of a sentence, for the user.
@@ -25,7 +26,7 @@ struct Failure {
  * Thrown for a call that did not reach the method. Distinguishes it from a KVError of the same
  * cause that the method itself threw, whose text must not be changed.
  */
-class RefusedCall : public KVError {
+class ROBAXI_EXPORT RefusedCall : public KVError {
   public:
     using KVError::KVError;
 };

@@ -2,6 +2,7 @@
 #define ROBAXI_HOSTED_MODULES_H
 
 #include <robaxi/kv_module.h>
+#include <robaxi/robaxi_export.h>
 
 #include <boost/shared_ptr.hpp>
 
@@ -16,7 +17,7 @@
 namespace robaxi {
 
 /** The modules that a broker hosts. */
-class HostedModules {
+class ROBAXI_EXPORT HostedModules {
   public:
     explicit HostedModules(std::size_t most) : fMost(most) {}
     HostedModules(const HostedModules&) = delete;

@@ -1,7 +1,5 @@
 #include "broker_private.h"
-#include "client/link.h"
 #include "deadline.h"
-#include "error_sentences.h"
 #include "settings_fields.h"
 
 #include <robaxi/kv_broker.h>
@@ -54,8 +52,8 @@ boost::shared_ptr<KVBroker> KVBroker::createBroker(
     boost::shared_ptr<KVBroker> broker(new KVBroker(implementation));
     if (port != 0) {
         try {
-            implementation->fServer = std::make_unique<robaxi::Server>(
-                implementation->fRuntime, implementation->fModules, ip, port);
+            implementation->fServer = robaxi::engine().listen(implementation->fRuntime,
+                                                              implementation->fModules, ip, port);
         } catch (const robaxi::Failure& failure) {
             throw robaxi::describeListening(ip, port, failure);
         }

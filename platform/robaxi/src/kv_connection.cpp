@@ -1,7 +1,6 @@
 #include "broker_private.h"
 #include "connection_private.h"
 #include "deadline.h"
-#include "wire/message_codec.h"
 
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_connection.h>
@@ -130,7 +129,7 @@ std::vector<KVModuleInfo> KVConnection::getModules(double timeOut) const {
     robaxi::Target target = fPrivate->fTarget;
     target.fTimeOut = timeOut;
     robaxi::CallOwner owner;
-    return robaxi::listModules(*fPrivate->fLink, owner, target, robaxi::deadlineAfter(timeOut));
+    return fPrivate->fLink->listModules(target, owner, robaxi::deadlineAfter(timeOut));
 }
 
 void KVConnection::setLostHandler(LostHandler handler) {

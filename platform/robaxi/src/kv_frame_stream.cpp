@@ -1,4 +1,3 @@
-#include "client/frame_client.h"
 #include "connection_private.h"
 
 #include <robaxi/kv_frame_stream.h>
@@ -7,7 +6,7 @@
 
 struct KVFrameStream::Private {
     boost::shared_ptr<KVConnection> fConnection;
-    std::shared_ptr<robaxi::FrameClient> fClient;  // destroyed before the connection
+    std::shared_ptr<robaxi::Stream> fStream;  // destroyed before the connection
 };
 
 KVFrameStream::Listener::~Listener() = default;
@@ -25,12 +24,9 @@ boost::shared_ptr<KVFrameStream> KVFrameStream::start(boost::shared_ptr<KVConnec
     robaxi::Target target = link.fTarget;
     target.fModule = module;
     auto implementation = std::make_shared<Private>();
-    implementation->fClient = std::make_shared<robaxi::FrameClient>(
-        link.fRuntime, link.fLink, std::move(target), stream, listener);
+    implementation->fStream = link.fLink->watch(target, stream, listener);
     implementation->fConnection = std::move(connection);
-    boost::shared_ptr<KVFrameStream> result(new KVFrameStream(implementation));
-    implementation->fClient->start();
-    return result;
+    return boost::shared_ptr<KVFrameStream>(new KVFrameStream(std::move(implementation)));
 }
 
 KVFrameStream::KVFrameStream(std::shared_ptr<Private> implementation)
@@ -42,5 +38,5 @@ KVFrameStream::~KVFrameStream() {
 }
 
 void KVFrameStream::stop() {
-    fPrivate->fClient->stop();
+    fPrivate->fStream->stop();
 }

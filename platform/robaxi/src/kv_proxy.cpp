@@ -1,5 +1,4 @@
 #include "broker_private.h"
-#include "client/link_requests.h"
 #include "connection_private.h"
 #include "deadline.h"
 
@@ -42,7 +41,7 @@ KVProxy::KVProxy(const std::string& moduleName, const std::string& ip, int port,
     } catch (const robaxi::Failure& failure) {
         throw robaxi::describe(fPrivate->fTarget, failure);
     }
-    robaxi::listModules(*fPrivate->fLink, fPrivate->fOwner, fPrivate->fTarget, deadline);
+    fPrivate->fLink->listModules(fPrivate->fTarget, fPrivate->fOwner, deadline);
 }
 
 KVProxy::KVProxy(const std::string& moduleName, const boost::shared_ptr<KVConnection>& connection,
@@ -67,14 +66,12 @@ KVProxy::~KVProxy() {
 
 KVValue KVProxy::callValue(const std::string& method, const KVValue::List& arguments) {
     const auto self = fPrivate;
-    return robaxi::callMethod(*self->fLink, self->fOwner, self->xMethod(method), arguments,
-                              self->xDeadline());
+    return self->fLink->call(self->xMethod(method), arguments, self->fOwner, self->xDeadline());
 }
 
 int KVProxy::postValue(const std::string& method, const KVValue::List& arguments) {
     const auto self = fPrivate;
-    return robaxi::postMethod(*self->fLink, self->fOwner, self->xMethod(method), arguments,
-                              self->xDeadline());
+    return self->fLink->post(self->xMethod(method), arguments, self->fOwner, self->xDeadline());
 }
 
 void KVProxy::cancel() {
@@ -88,7 +85,6 @@ void KVProxy::close() {
 
 KVModuleInfo KVProxy::getInfo() {
     const auto self = fPrivate;
-    const auto modules =
-        robaxi::listModules(*self->fLink, self->fOwner, self->fTarget, self->xDeadline());
+    const auto modules = self->fLink->listModules(self->fTarget, self->fOwner, self->xDeadline());
     return modules.empty() ? KVModuleInfo() : modules.front();
 }

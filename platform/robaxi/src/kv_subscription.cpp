@@ -1,4 +1,3 @@
-#include "client/subscription_client.h"
 #include "connection_private.h"
 
 #include <robaxi/kv_subscription.h>
@@ -18,7 +17,7 @@ void checkRate(double rate) {
 
 struct KVSubscription::Private {
     boost::shared_ptr<KVConnection> fConnection;
-    std::shared_ptr<robaxi::SubscriptionClient> fClient;  // destroyed before the connection
+    std::shared_ptr<robaxi::ValueStream> fStream;  // destroyed before the connection
 };
 
 KVSubscription::Listener::~Listener() = default;
@@ -36,12 +35,9 @@ boost::shared_ptr<KVSubscription> KVSubscription::start(boost::shared_ptr<KVConn
     robaxi::Target target = link.fTarget;
     target.fModule = module;
     auto implementation = std::make_shared<Private>();
-    implementation->fClient = std::make_shared<robaxi::SubscriptionClient>(
-        link.fRuntime, link.fLink, std::move(target), listener);
+    implementation->fStream = link.fLink->subscribe(target, selection, rate, listener);
     implementation->fConnection = std::move(connection);
-    boost::shared_ptr<KVSubscription> subscription(new KVSubscription(implementation));
-    implementation->fClient->start(selection == Selection::AllKeys, rate);
-    return subscription;
+    return boost::shared_ptr<KVSubscription>(new KVSubscription(std::move(implementation)));
 }
 
 KVSubscription::KVSubscription(std::shared_ptr<Private> implementation)
@@ -53,14 +49,14 @@ KVSubscription::~KVSubscription() {
 }
 
 void KVSubscription::setKeys(const std::vector<std::uint32_t>& ids) {
-    fPrivate->fClient->setKeys(ids);
+    fPrivate->fStream->setKeys(ids);
 }
 
 void KVSubscription::setRate(double rate) {
     checkRate(rate);
-    fPrivate->fClient->setRate(rate);
+    fPrivate->fStream->setRate(rate);
 }
 
 void KVSubscription::stop() {
-    fPrivate->fClient->stop();
+    fPrivate->fStream->stop();
 }

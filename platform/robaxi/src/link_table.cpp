@@ -1,7 +1,6 @@
 #include "link_table.h"
 
-#include "client/link.h"
-#include "failure.h"
+#include "engine.h"
 
 namespace robaxi {
 
@@ -35,7 +34,7 @@ std::shared_ptr<Link> LinkTable::xConnect(const Key& key, Deadline deadline) {
         fChanged.notify_all();
     };
     try {
-        auto link = std::make_shared<Link>(fRuntime, key.first, key.second, deadline);
+        auto link = engine().connect(fRuntime, key.first, key.second, deadline);
         finish(link);
         return link;
     } catch (...) {

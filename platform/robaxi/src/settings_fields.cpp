@@ -76,6 +76,13 @@ SettingsField limitField(const std::string& key, const std::string& variable, Nu
             std::to_string(toCount(field))};
 }
 
+void checkAccess(const KVSettings::Access& access, const std::string& robots) {
+    if (access.fUsesTls && access.fTrust.empty()) {
+        throw Failure{KVError::Cause::InvalidArgument,
+                      "TLS for " + robots + " needs a certificate to trust"};
+    }
+}
+
 }  // namespace
 
 std::vector<SettingsField> fieldsOf(KVSettings::Server& server, const std::string& folder) {
@@ -129,6 +136,13 @@ void checkLimits(const KVSettings::Limits& limits) {
     }
     if (limits.fLoss < 2 * limits.fHeartbeat) {
         throw Failure{KVError::Cause::InvalidArgument, "the limit loss is at least two heartbeats"};
+    }
+}
+
+void checkAccess(const KVSettings& settings) {
+    checkAccess(settings.fAccess, "robots");
+    for (const auto& [robot, access] : settings.fRobots) {
+        checkAccess(access, "the robot " + robot);
     }
 }
 

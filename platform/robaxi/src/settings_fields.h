@@ -33,6 +33,9 @@ std::vector<SettingsField> fieldsOf(KVSettings::Limits& limits);
 /** @throws Failure InvalidArgument */
 void checkLimits(const KVSettings::Limits& limits);
 
+/** @throws Failure InvalidArgument when the settings for reaching a robot contradict themselves */
+void checkAccess(const KVSettings& settings);
+
 }  // namespace robaxi
 
 #endif

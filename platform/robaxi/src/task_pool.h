@@ -1,6 +1,8 @@
 #ifndef ROBAXI_TASK_POOL_H
 #define ROBAXI_TASK_POOL_H
 
+#include <robaxi/robaxi_export.h>
+
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
@@ -16,11 +18,11 @@ namespace robaxi {
  * A few threads for code that may block: methods of modules and callbacks of the library's users.
  * gRPC's own threads never run such code, since it would delay everything else.
  *
- * Threads start when they are needed, up to the limit, and stay. boost::asio::thread_pool starts all
- * of them at once, and waits for itself when its last reference is released by one of its tasks, as
- * happens to a broker that a callback releases.
+ * Threads start when they are needed, up to the limit, and stay. boost::asio::thread_pool starts
+ * all of them at once, and waits for itself when its last reference is released by one of its
+ * tasks, as happens to a broker that a callback releases.
  */
-class TaskPool : public std::enable_shared_from_this<TaskPool> {
+class ROBAXI_EXPORT TaskPool : public std::enable_shared_from_this<TaskPool> {
   public:
     using Task = std::function<void()>;
 
@@ -57,7 +59,7 @@ class TaskPool : public std::enable_shared_from_this<TaskPool> {
  * Unlike boost::asio::strand it can be closed: users rely on it that no callback runs any more when
  * a subscription or a connection has ended.
  */
-class Strand : public std::enable_shared_from_this<Strand> {
+class ROBAXI_EXPORT Strand : public std::enable_shared_from_this<Strand> {
   public:
     static std::shared_ptr<Strand> create(std::shared_ptr<TaskPool> pool);
     Strand(const Strand&) = delete;

@@ -1,6 +1,8 @@
 #ifndef ROBAXI_TIMER_THREAD_H
 #define ROBAXI_TIMER_THREAD_H
 
+#include <robaxi/robaxi_export.h>
+
 #include <chrono>
 #include <condition_variable>
 #include <functional>
@@ -15,7 +17,7 @@ namespace robaxi {
 class Timer;
 
 /** The thread on which the timers of one broker run: heartbeats and the rates of subscriptions. */
-class TimerThread : public std::enable_shared_from_this<TimerThread> {
+class ROBAXI_EXPORT TimerThread : public std::enable_shared_from_this<TimerThread> {
   public:
     using Clock = std::chrono::steady_clock;
 
@@ -49,7 +51,7 @@ class TimerThread : public std::enable_shared_from_this<TimerThread> {
  *
  * Unlike that of boost::asio::steady_timer, the handler has ended when stop() returns.
  */
-class Timer {
+class ROBAXI_EXPORT Timer {
   public:
     using Clock = TimerThread::Clock;
 

@@ -1,7 +1,7 @@
 #ifndef ROBAXI_CLIENT_STREAM_H
 #define ROBAXI_CLIENT_STREAM_H
 
-#include "client/link.h"
+#include "client/client_session.h"
 #include "error_sentences.h"
 #include "task_pool.h"
 #include "wire/grpc_handover.h"
@@ -21,18 +21,18 @@ namespace robaxi {
  * Base of the client's ends of all streams beside the session: they end with the link, with the
  * robot's last update or with stop(), and report the end to the listener on their strand.
  *
- * A derived class calls stop() in its destructor.
+ * Interface is Stream or derived from it. A derived class calls stop() in its destructor.
  */
-template <class Request, class Update>
-class ClientStream : public std::enable_shared_from_this<ClientStream<Request, Update>>,
+template <class Interface, class Request, class Update>
+class ClientStream : public Interface,
+                     public std::enable_shared_from_this<ClientStream<Interface, Request, Update>>,
                      protected grpc::ClientBidiReactor<Request, Update>,
                      private Link::LossListener {
   public:
     ClientStream(const ClientStream&) = delete;
     ClientStream& operator=(const ClientStream&) = delete;
 
-    /** Returns when the listener is not being called, unless called from it. */
-    void stop() {
+    void stop() final {
         {
             const std::lock_guard lock(fMutex);
             fIsStopped = true;
@@ -40,7 +40,7 @@ class ClientStream : public std::enable_shared_from_this<ClientStream<Request, U
                 return;
             }
         }
-        fLink->removeLossListener(this);
+        fSession->removeLossListener(this);
         fStrand->close();
         xEndWhen(fGate.close());
         fContext.TryCancel();
@@ -49,8 +49,9 @@ class ClientStream : public std::enable_shared_from_this<ClientStream<Request, U
     }
 
   protected:
-    ClientStream(const std::shared_ptr<Runtime>& runtime, std::shared_ptr<Link> link, Target target)
-        : fLink(std::move(link)),
+    ClientStream(const std::shared_ptr<Runtime>& runtime, std::shared_ptr<ClientSession> session,
+                 Target target)
+        : fSession(std::move(session)),
           fTarget(std::move(target)),
           fStrand(Strand::create(runtime->fNotices)) {}
 
@@ -71,7 +72,7 @@ class ClientStream : public std::enable_shared_from_this<ClientStream<Request, U
         xWrite();
         xRead();
         this->StartCall();
-        const auto loss = fLink->addLossListener(this);
+        const auto loss = fSession->addLossListener(this);
         if (loss) {
             xFail(*loss);
         }
@@ -121,7 +122,7 @@ class ClientStream : public std::enable_shared_from_this<ClientStream<Request, U
         });
     }
 
-    const std::shared_ptr<Link> fLink;
+    const std::shared_ptr<ClientSession> fSession;
     const Target fTarget;
     const std::shared_ptr<Strand> fStrand;
     grpc::ClientContext fContext;
@@ -133,6 +134,7 @@ class ClientStream : public std::enable_shared_from_this<ClientStream<Request, U
   private:
     // gRPC's names; the check does not see that they override, since the base depends on a
     // template.
+    // NOLINTBEGIN(readability-identifier-naming)
     void OnReadDone(bool ok) final {
         const GrpcReaction reaction(this);
         takeFromGrpc(&fUpdate);

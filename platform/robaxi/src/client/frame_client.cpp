@@ -8,9 +8,10 @@
 
 namespace robaxi {
 
-FrameClient::FrameClient(const std::shared_ptr<Runtime>& runtime, std::shared_ptr<Link> link,
-                         Target target, std::string stream, KVFrameStream::Listener* listener)
-    : ClientStream(runtime, std::move(link), std::move(target)),
+FrameClient::FrameClient(const std::shared_ptr<Runtime>& runtime,
+                         std::shared_ptr<ClientSession> session, Target target, std::string stream,
+                         KVFrameStream::Listener* listener)
+    : ClientStream(runtime, std::move(session), std::move(target)),
       fStream(std::move(stream)),
       fListener(listener),
       fAssembler(runtime->fSettings.fLimits.fFrame) {
@@ -21,9 +22,9 @@ FrameClient::~FrameClient() {
 }
 
 void FrameClient::start() {
-    fLink->prepareStream(&fContext, "Watch", this);
+    fSession->prepareStream(&fContext, "Watch", this);
     // Read before locking: a lost link calls this object with its own lock held.
-    const std::uint64_t sessionId = fLink->sessionId();
+    const std::uint64_t sessionId = fSession->sessionId();
     {
         const std::lock_guard lock(fMutex);
         v1::WatchStart* start = fNextRequest.emplace().mutable_start();

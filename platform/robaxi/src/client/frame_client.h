@@ -19,10 +19,10 @@ namespace robaxi {
  * Frames are read and assembled on gRPC's thread even while the listener is busy; the single slot
  * for a waiting frame always holds the newest.
  */
-class FrameClient : public ClientStream<grpc::ByteBuffer, grpc::ByteBuffer> {
+class FrameClient : public ClientStream<Stream, grpc::ByteBuffer, grpc::ByteBuffer> {
   public:
-    FrameClient(const std::shared_ptr<Runtime>& runtime, std::shared_ptr<Link> link, Target target,
-                std::string stream, KVFrameStream::Listener* listener);
+    FrameClient(const std::shared_ptr<Runtime>& runtime, std::shared_ptr<ClientSession> session,
+                Target target, std::string stream, KVFrameStream::Listener* listener);
     ~FrameClient() override;
 
     void start();

@@ -11,9 +11,9 @@
 namespace robaxi {
 
 SubscriptionClient::SubscriptionClient(const std::shared_ptr<Runtime>& runtime,
-                                       std::shared_ptr<Link> link, Target target,
+                                       std::shared_ptr<ClientSession> session, Target target,
                                        KVSubscription::Listener* listener)
-    : ClientStream(runtime, std::move(link), std::move(target)),
+    : ClientStream(runtime, std::move(session), std::move(target)),
       fLimits(runtime->fSettings.fLimits),
       fListener(listener) {
 }
@@ -23,9 +23,9 @@ SubscriptionClient::~SubscriptionClient() {
 }
 
 void SubscriptionClient::start(bool allKeys, double rate) {
-    fLink->stub().async()->Subscribe(&fContext, this);
+    fSession->stub().async()->Subscribe(&fContext, this);
     // Read before locking: a lost link calls this object with its own lock held.
-    const std::uint64_t sessionId = fLink->sessionId();
+    const std::uint64_t sessionId = fSession->sessionId();
     {
         const std::lock_guard lock(fMutex);
         v1::SubscriptionStart* start = xNextRequest().mutable_start();

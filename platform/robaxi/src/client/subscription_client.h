@@ -19,15 +19,17 @@ namespace robaxi {
  * The next update is read only when the listener has processed the last one, so updates do not pile
  * up here, and the robot adapts to the listener's speed.
  */
-class SubscriptionClient : public ClientStream<v1::SubscriptionRequest, v1::SubscriptionUpdate> {
+class SubscriptionClient
+    : public ClientStream<ValueStream, v1::SubscriptionRequest, v1::SubscriptionUpdate> {
   public:
-    SubscriptionClient(const std::shared_ptr<Runtime>& runtime, std::shared_ptr<Link> link,
-                       Target target, KVSubscription::Listener* listener);
+    SubscriptionClient(const std::shared_ptr<Runtime>& runtime,
+                       std::shared_ptr<ClientSession> session, Target target,
+                       KVSubscription::Listener* listener);
     ~SubscriptionClient() override;
 
     void start(bool allKeys, double rate);
-    void setKeys(const std::vector<std::uint32_t>& ids);
-    void setRate(double rate);
+    void setKeys(const std::vector<std::uint32_t>& ids) override;
+    void setRate(double rate) override;
 
   private:
     bool xTakeRequest(v1::SubscriptionRequest& request) override;

@@ -66,9 +66,6 @@ class ClientSecurity {
     bool fWithholdsToken = false;
 };
 
-/** @throws Failure InvalidArgument if the settings for reaching a robot are contradictory */
-void checkAccess(const KVSettings& settings);
-
 }  // namespace robaxi
 
 #endif

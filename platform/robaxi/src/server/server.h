@@ -1,7 +1,7 @@
 #ifndef ROBAXI_SERVER_H
 #define ROBAXI_SERVER_H
 
-#include "failure.h"
+#include "engine.h"
 #include "hosted_modules.h"
 #include "net/connection_acceptor.h"
 #include "net/security.h"
@@ -42,7 +42,7 @@ class SideStream {
  * The listening part of a broker: the gRPC server, its sessions and the streams beside them, and
  * the threads on which methods run.
  */
-class Server {
+class Server : public RunningServer {
   public:
     /**
      * Starts listening. @throws Failure AddressInUse, CannotListen; InvalidArgument if the security
@@ -50,13 +50,11 @@ class Server {
      */
     Server(std::shared_ptr<Runtime> runtime, std::shared_ptr<HostedModules> modules,
            const std::string& address, int port);
-    /** Ends all sessions. Returns when no method is running, except one from which it is called. */
-    ~Server();
+    ~Server() override;
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
-    /** Ends the streams to a module that is no longer hosted. */
-    void moduleRemoved(const std::string& name);
+    void moduleRemoved(const std::string& name) override;
 
     /** @name For the sessions and the streams beside them */
     ///@{

@@ -1,8 +1,7 @@
-#ifndef ROBAXI_LINK_H
-#define ROBAXI_LINK_H
+#ifndef ROBAXI_CLIENT_SESSION_H
+#define ROBAXI_CLIENT_SESSION_H
 
-#include "deadline.h"
-#include "failure.h"
+#include "engine.h"
 #include "net/security.h"
 #include "robaxi/v1/robaxi.grpc.pb.h"
 #include "runtime.h"
@@ -22,73 +21,43 @@
 
 namespace robaxi {
 
-/** Identifies a proxy in its link, so that its calls can be ended together. */
-struct CallOwner {
-    bool fIsClosed = false;  // guarded by the link
-};
-
-/**
- * A broker's session with one robot: a channel and the session stream on it, shared by all proxies
- * and connections to the same address and port.
- *
- * Once lost it stays lost. It is created and destroyed on threads of the users or of the broker,
- * never on those of gRPC: the destructor waits for them.
- */
-class Link : private grpc::ClientBidiReactor<v1::ClientBatch, v1::ServerBatch> {
+/** A channel to one robot and the session stream on it. */
+class ClientSession : public Link,
+                      public std::enable_shared_from_this<ClientSession>,
+                      private grpc::ClientBidiReactor<v1::ClientBatch, v1::ServerBatch> {
   public:
-    /**
-     * Called once when the link is lost, on a thread of gRPC or of the timers, with the link's lock
-     * held. It must only pass the notice on.
-     */
-    class LossListener {
-      public:
-        virtual ~LossListener() = default;
-        virtual void linkLost(const Failure& loss) = 0;
-    };
+    /** Connects and says hello. @throws Failure */
+    ClientSession(std::shared_ptr<Runtime> runtime, const std::string& address, int port,
+                  Deadline deadline);
+    ~ClientSession() override;
+    ClientSession(const ClientSession&) = delete;
+    ClientSession& operator=(const ClientSession&) = delete;
 
-    /** Connects and sends the hello. @throws Failure */
-    Link(std::shared_ptr<Runtime> runtime, const std::string& address, int port, Deadline deadline);
-    ~Link() override;
-    Link(const Link&) = delete;
-    Link& operator=(const Link&) = delete;
+    std::vector<KVModuleInfo> listModules(const Target& target, CallOwner& owner,
+                                          Deadline deadline) override;
+    KVValue call(const Target& target, const KVValue::List& arguments, CallOwner& owner,
+                 Deadline deadline) override;
+    int post(const Target& target, const KVValue::List& arguments, const CallOwner& owner,
+             Deadline deadline) override;
+    void cancel(const CallOwner& owner) override;
+    void close(CallOwner& owner) override;
 
-    /**
-     * Sends a call or a request for modules and waits for the robot's answer.
-     *
-     * @param message its call_id is set here
-     * @throws Failure if there was no answer
-     */
-    v1::ServerMessage request(v1::ClientMessage message, CallOwner& owner, Deadline deadline);
+    std::optional<Failure> addLossListener(LossListener* listener) override;
+    void removeLossListener(LossListener* listener) override;
+    std::optional<Failure> loss() const override;
 
-    /**
-     * Sends without waiting for an answer, at the latest before the link is destroyed.
-     *
-     * @throws Failure if it cannot be sent
-     */
-    void post(v1::ClientMessage message, const CallOwner& owner, Deadline deadline);
+    std::string peerName() const override;
+    double roundTrip() const override { return fRoundTrip; }
 
-    /** Returns a number for each posted call: positive, and repeated only after 2^31 posts. */
-    int nextTaskId();
+    std::shared_ptr<ValueStream> subscribe(const Target& target,
+                                           KVSubscription::Selection selection, double rate,
+                                           KVSubscription::Listener* listener) override;
+    std::shared_ptr<Stream> watch(const Target& target, const std::string& camera,
+                                  KVFrameStream::Listener* listener) override;
 
-    /** Ends the owner's calls in flight with Cancelled. */
-    void cancel(const CallOwner& owner);
-    /** Ends the owner's calls in flight and every later one with Cancelled. */
-    void close(CallOwner& owner);
-
-    /** Adds a listener and returns nothing, or, if the link is already lost, returns the reason. */
-    std::optional<Failure> addLossListener(LossListener* listener);
-    void removeLossListener(LossListener* listener);
-
-    std::optional<Failure> loss() const;
-    const KVSettings::Limits& limits() const { return fLimits; }
-    std::string peerName() const;
-    std::uint64_t sessionId() const;
-    /** Returns the round trip in seconds; negative before the first heartbeat came back. */
-    double roundTrip() const { return fRoundTrip; }
-    /**
-     * @name For streams beside the session. They must have ended before the link is destroyed.
-     */
+    /** @name For streams beside the session */
     ///@{
+    std::uint64_t sessionId() const;
     v1::Robaxi::Stub& stub() { return *fStub; }
     /** Prepares a stream of bytes for a method of the protocol. */
     void prepareStream(grpc::ClientContext* context, const std::string& method,
@@ -109,6 +78,14 @@ class Link : private grpc::ClientBidiReactor<v1::ClientBatch, v1::ServerBatch> {
     void OnReadDone(bool ok) override;
     void OnWriteDone(bool ok) override;
     void OnDone(const grpc::Status& status) override;
+
+    /** Sends a call or a question for modules, with a call_id that is set here, and waits for what
+     *  the robot answers. @throws Failure when no answer came */
+    v1::ServerMessage xRequest(v1::ClientMessage message, CallOwner& owner, Deadline deadline);
+    /** Sends without waiting for an answer. @throws Failure when it cannot be sent */
+    void xPost(v1::ClientMessage message, const CallOwner& owner, Deadline deadline);
+    /** A number for each posted call: positive, and again the same only after 2^31 posts. */
+    int xNextTaskId();
 
     void xRead();
     void xSayHello();

@@ -1,5 +1,5 @@
-#include "client/link_requests.h"
-
+// The requests of a session: encoding, decoding, and failures as sentences for the user.
+#include "client/client_session.h"
 #include "wire/message_codec.h"
 #include "wire/value_codec.h"
 
@@ -30,13 +30,13 @@ v1::ClientMessage makeCall(const Target& target, const KVValue::List& arguments,
 
 }  // namespace
 
-std::vector<KVModuleInfo> listModules(Link& link, CallOwner& owner, const Target& target,
-                                      Deadline deadline) {
+std::vector<KVModuleInfo> ClientSession::listModules(const Target& target, CallOwner& owner,
+                                                     Deadline deadline) {
     v1::ClientMessage question;
     question.mutable_list_modules()->set_module(base::validUtf8(target.fModule));
     v1::ServerMessage answer;
     try {
-        answer = link.request(std::move(question), owner, deadline);
+        answer = xRequest(std::move(question), owner, deadline);
     } catch (const Failure& failure) {
         throw describe(target, failure);
     }
@@ -50,13 +50,13 @@ std::vector<KVModuleInfo> listModules(Link& link, CallOwner& owner, const Target
     return modules;
 }
 
-KVValue callMethod(Link& link, CallOwner& owner, const Target& target,
-                   const KVValue::List& arguments, Deadline deadline) {
+KVValue ClientSession::call(const Target& target, const KVValue::List& arguments, CallOwner& owner,
+                            Deadline deadline) {
     v1::ServerMessage answer;
     try {
-        answer = link.request(makeCall(target, arguments, link.limits().fDepth), owner, deadline);
+        answer = xRequest(makeCall(target, arguments, fLimits.fDepth), owner, deadline);
         if (answer.result().has_value()) {
-            return decodeValue(answer.result().value(), link.limits().fDepth);
+            return decodeValue(answer.result().value(), fLimits.fDepth);
         }
     } catch (const Failure& failure) {
         throw describe(target, failure);
@@ -64,14 +64,14 @@ KVValue callMethod(Link& link, CallOwner& owner, const Target& target,
     throwError(target, answer.result().error());
 }
 
-int postMethod(Link& link, const CallOwner& owner, const Target& target,
-               const KVValue::List& arguments, Deadline deadline) {
+int ClientSession::post(const Target& target, const KVValue::List& arguments,
+                        const CallOwner& owner, Deadline deadline) {
     try {
-        link.post(makeCall(target, arguments, link.limits().fDepth), owner, deadline);
+        xPost(makeCall(target, arguments, fLimits.fDepth), owner, deadline);
     } catch (const Failure& failure) {
         throw describe(target, failure);
     }
-    return link.nextTaskId();
+    return xNextTaskId();
 }
 
 }  // namespace robaxi

@@ -1,5 +1,7 @@
-#include "client/link.h"
+#include "client/client_session.h"
 
+#include "client/frame_client.h"
+#include "client/subscription_client.h"
 #include "net/channel.h"
 #include "net/socket_address.h"
 #include "net/tls_probe.h"
@@ -83,8 +85,8 @@ void setCallId(v1::ClientMessage& message, std::uint64_t callId) {
 
 }  // namespace
 
-Link::Link(std::shared_ptr<Runtime> runtime, const std::string& address, int port,
-           Deadline deadline)
+ClientSession::ClientSession(std::shared_ptr<Runtime> runtime, const std::string& address, int port,
+                             Deadline deadline)
     : fRuntime(std::move(runtime)),
       fLimits(fRuntime->fSettings.fLimits),
       fSecurity(fRuntime->fSettings.accessTo(address, port), address),
@@ -111,26 +113,27 @@ Link::Link(std::shared_ptr<Runtime> runtime, const std::string& address, int por
     }
 }
 
-Link::~Link() {
+ClientSession::~ClientSession() {
     if (fHasPosted) {
         xSendTheRest();
     }
     xEndStream();
 }
 
-void Link::prepareStream(grpc::ClientContext* context, const std::string& method,
-                         grpc::ClientBidiReactor<grpc::ByteBuffer, grpc::ByteBuffer>* reactor) {
+void ClientSession::prepareStream(
+    grpc::ClientContext* context, const std::string& method,
+    grpc::ClientBidiReactor<grpc::ByteBuffer, grpc::ByteBuffer>* reactor) {
     const std::string path = "/" + std::string(v1::Robaxi::service_full_name()) + "/" + method;
     grpc::GenericStub(fChannel).PrepareBidiStreamingCall(context, path, {}, reactor);
 }
 
-void Link::xSendTheRest() {
+void ClientSession::xSendTheRest() {
     xEndWhen(fOut.closeWhenWritten());
     std::unique_lock lock(fMutex);
     fStateChanged.wait_for(lock, limits::a_timeToSendTheRest, [this] { return fIsDone; });
 }
 
-void Link::xEndStream() {
+void ClientSession::xEndStream() {
     fHeartbeat.stop();
     xLose({KVError::Cause::Cancelled, {}});
     fContext.TryCancel();
@@ -138,7 +141,7 @@ void Link::xEndStream() {
     fStateChanged.wait(lock, [this] { return fIsDone; });
 }
 
-void Link::xSayHello() {
+void ClientSession::xSayHello() {
     v1::ClientMessage message;
     v1::Hello* hello = message.mutable_hello();
     hello->set_protocol_version(limits::a_protocolVersion);
@@ -148,7 +151,7 @@ void Link::xSayHello() {
     fOut.push(std::move(message));
 }
 
-void Link::xAwaitHello(Deadline deadline) {
+void ClientSession::xAwaitHello(Deadline deadline) {
     {
         std::unique_lock lock(fMutex);
         const bool answered = fStateChanged.wait_until(
@@ -169,12 +172,12 @@ void Link::xAwaitHello(Deadline deadline) {
     fHeartbeat.startAt(Clock::now());
 }
 
-void Link::xRead() {
+void ClientSession::xRead() {
     giveToGrpc(&fIncoming);
     StartRead(&fIncoming);
 }
 
-void Link::OnReadDone(bool ok) {
+void ClientSession::OnReadDone(bool ok) {
     const GrpcReaction reaction(this);
     takeFromGrpc(&fIncoming);
     if (!ok) {
@@ -192,7 +195,7 @@ void Link::OnReadDone(bool ok) {
     xRead();
 }
 
-bool Link::xReceive(v1::ServerMessage& message) {
+bool ClientSession::xReceive(v1::ServerMessage& message) {
     using Outcome = FragmentAssembler<v1::ServerMessage>::Outcome;
     const Outcome outcome = fAssembler.take(message);
     if (outcome == Outcome::Complete) {
@@ -201,12 +204,12 @@ bool Link::xReceive(v1::ServerMessage& message) {
     return outcome != Outcome::Malformed;
 }
 
-void Link::OnWriteDone(bool ok) {
+void ClientSession::OnWriteDone(bool ok) {
     const GrpcReaction reaction(this);
     xEndWhen(fOut.writeDone(ok));
 }
 
-void Link::xEndWhen(bool now) {
+void ClientSession::xEndWhen(bool now) {
     if (now) {
         // The robot reads up to this end before it ends the stream; cancelling the stream would
         // discard data that the robot has not read yet.
@@ -216,7 +219,7 @@ void Link::xEndWhen(bool now) {
     }
 }
 
-void Link::OnDone(const grpc::Status& status) {
+void ClientSession::OnDone(const grpc::Status& status) {
     takeFromGrpc(this);
     bool saidHello = false;
     {
@@ -229,7 +232,7 @@ void Link::OnDone(const grpc::Status& status) {
     fStateChanged.notify_all();
 }
 
-void Link::xHandle(v1::ServerMessage& message) {
+void ClientSession::xHandle(v1::ServerMessage& message) {
     switch (message.content_case()) {
         case v1::ServerMessage::kHelloReply:
             xHandleHello(message.hello_reply());
@@ -248,7 +251,7 @@ void Link::xHandle(v1::ServerMessage& message) {
     }
 }
 
-void Link::xHandleHello(const v1::HelloReply& reply) {
+void ClientSession::xHandleHello(const v1::HelloReply& reply) {
     if (reply.refusal() != v1::HelloReply::NONE ||
         reply.protocol_version() != limits::a_protocolVersion) {
         xLose(helloFailure(reply, fSecurity));
@@ -263,7 +266,7 @@ void Link::xHandleHello(const v1::HelloReply& reply) {
     }
 }
 
-void Link::xHandleAnswer(std::uint64_t callId, v1::ServerMessage& answer) {
+void ClientSession::xHandleAnswer(std::uint64_t callId, v1::ServerMessage& answer) {
     const std::lock_guard lock(fMutex);
     const auto found = fPending.find(callId);
     if (found == fPending.end()) {
@@ -276,14 +279,14 @@ void Link::xHandleAnswer(std::uint64_t callId, v1::ServerMessage& answer) {
     call.fEnded.notify_one();  // with the lock held: its caller destroys the call at once
 }
 
-void Link::xHandleHeartbeat(std::uint64_t number) {
+void ClientSession::xHandleHeartbeat(std::uint64_t number) {
     const std::lock_guard lock(fMutex);
     if (number == fHeartbeatNumber) {
         fRoundTrip = std::chrono::duration<double>(Clock::now() - fHeartbeatSent).count();
     }
 }
 
-void Link::xBeat() {
+void ClientSession::xBeat() {
     if (++fSilentHeartbeats > limits::silentHeartbeatsOfRobot(fLimits)) {
         xLose({KVError::Cause::ConnectionLost, "the robot does not answer any more"});
         fContext.TryCancel();
@@ -302,7 +305,7 @@ void Link::xBeat() {
     fHeartbeat.startAt(Clock::now() + fHeartbeatPeriod);
 }
 
-void Link::xLose(const Failure& failure) {
+void ClientSession::xLose(const Failure& failure) {
     const std::lock_guard lock(fMutex);
     if (fLoss) {
         return;
@@ -320,7 +323,8 @@ void Link::xLose(const Failure& failure) {
     fStateChanged.notify_all();
 }
 
-v1::ServerMessage Link::request(v1::ClientMessage message, CallOwner& owner, Deadline deadline) {
+v1::ServerMessage ClientSession::xRequest(v1::ClientMessage message, CallOwner& owner,
+                                          Deadline deadline) {
     checkSize(message, fLimits.fMessage);
     PendingCall call(owner);
     const std::uint64_t callId = xRegister(call);
@@ -341,7 +345,7 @@ v1::ServerMessage Link::request(v1::ClientMessage message, CallOwner& owner, Dea
     return std::move(call.fAnswer);
 }
 
-std::uint64_t Link::xRegister(PendingCall& call) {
+std::uint64_t ClientSession::xRegister(PendingCall& call) {
     const std::lock_guard lock(fMutex);
     xCheckOpen(*call.fOwner);
     const std::uint64_t callId = ++fLastCallId;
@@ -349,7 +353,7 @@ std::uint64_t Link::xRegister(PendingCall& call) {
     return callId;
 }
 
-void Link::xCheckOpen(const CallOwner& owner) const {
+void ClientSession::xCheckOpen(const CallOwner& owner) const {
     if (fLoss) {
         throw Failure(*fLoss);
     }
@@ -358,7 +362,7 @@ void Link::xCheckOpen(const CallOwner& owner) const {
     }
 }
 
-void Link::post(v1::ClientMessage message, const CallOwner& owner, Deadline deadline) {
+void ClientSession::xPost(v1::ClientMessage message, const CallOwner& owner, Deadline deadline) {
     checkSize(message, fLimits.fMessage);
     const bool hasRoom = fOut.waitForRoom(deadline);
     {
@@ -372,16 +376,16 @@ void Link::post(v1::ClientMessage message, const CallOwner& owner, Deadline dead
     fOut.push(std::move(message));
 }
 
-int Link::nextTaskId() {
+int ClientSession::xNextTaskId() {
     constexpr std::uint32_t largest = std::numeric_limits<int>::max();
     return static_cast<int>(fLastTaskId.fetch_add(1) % largest) + 1;
 }
 
-void Link::cancel(const CallOwner& owner) {
+void ClientSession::cancel(const CallOwner& owner) {
     xCancelPending(owner);
 }
 
-void Link::close(CallOwner& owner) {
+void ClientSession::close(CallOwner& owner) {
     {
         const std::lock_guard lock(fMutex);
         owner.fIsClosed = true;
@@ -389,7 +393,7 @@ void Link::close(CallOwner& owner) {
     xCancelPending(owner);
 }
 
-void Link::xCancelPending(const CallOwner& owner) {
+void ClientSession::xCancelPending(const CallOwner& owner) {
     std::vector<std::uint64_t> cancelled;
     {
         const std::lock_guard lock(fMutex);
@@ -411,13 +415,13 @@ void Link::xCancelPending(const CallOwner& owner) {
     }
 }
 
-void Link::xSendCancel(std::uint64_t callId) {
+void ClientSession::xSendCancel(std::uint64_t callId) {
     v1::ClientMessage message;
     message.mutable_cancel()->set_call_id(callId);
     fOut.push(std::move(message));
 }
 
-std::optional<Failure> Link::addLossListener(LossListener* listener) {
+std::optional<Failure> ClientSession::addLossListener(LossListener* listener) {
     const std::lock_guard lock(fMutex);
     if (!fLoss) {
         fLossListeners.push_back(listener);
@@ -425,25 +429,43 @@ std::optional<Failure> Link::addLossListener(LossListener* listener) {
     return fLoss;
 }
 
-void Link::removeLossListener(LossListener* listener) {
+void ClientSession::removeLossListener(LossListener* listener) {
     const std::lock_guard lock(fMutex);
     fLossListeners.erase(std::remove(fLossListeners.begin(), fLossListeners.end(), listener),
                          fLossListeners.end());
 }
 
-std::optional<Failure> Link::loss() const {
+std::optional<Failure> ClientSession::loss() const {
     const std::lock_guard lock(fMutex);
     return fLoss;
 }
 
-std::string Link::peerName() const {
+std::string ClientSession::peerName() const {
     const std::lock_guard lock(fMutex);
     return fHello->name();
 }
 
-std::uint64_t Link::sessionId() const {
+std::uint64_t ClientSession::sessionId() const {
     const std::lock_guard lock(fMutex);
     return fHello->session_id();
+}
+
+std::shared_ptr<ValueStream> ClientSession::subscribe(const Target& target,
+                                                      KVSubscription::Selection selection,
+                                                      double rate,
+                                                      KVSubscription::Listener* listener) {
+    auto stream =
+        std::make_shared<SubscriptionClient>(fRuntime, shared_from_this(), target, listener);
+    stream->start(selection == KVSubscription::Selection::AllKeys, rate);
+    return stream;
+}
+
+std::shared_ptr<Stream> ClientSession::watch(const Target& target, const std::string& camera,
+                                             KVFrameStream::Listener* listener) {
+    auto stream =
+        std::make_shared<FrameClient>(fRuntime, shared_from_this(), target, camera, listener);
+    stream->start();
+    return stream;
 }
 
 }  // namespace robaxi
