@@ -26,7 +26,7 @@ class ClientSession : public Link,
                       public std::enable_shared_from_this<ClientSession>,
                       private grpc::ClientBidiReactor<v1::ClientBatch, v1::ServerBatch> {
   public:
-    /** Connects and says hello. @throws Failure */
+    /** Connects and sends the hello. @throws Failure */
     ClientSession(std::shared_ptr<Runtime> runtime, const std::string& address, int port,
                   Deadline deadline);
     ~ClientSession() override;
@@ -79,12 +79,15 @@ class ClientSession : public Link,
     void OnWriteDone(bool ok) override;
     void OnDone(const grpc::Status& status) override;
 
-    /** Sends a call or a question for modules, with a call_id that is set here, and waits for what
-     *  the robot answers. @throws Failure when no answer came */
+    /**
+     * Sends a call or a request for modules, sets its call_id, and waits for the robot's answer.
+     *
+     * @throws Failure if there was no answer
+     */
     v1::ServerMessage xRequest(v1::ClientMessage message, CallOwner& owner, Deadline deadline);
-    /** Sends without waiting for an answer. @throws Failure when it cannot be sent */
+    /** Sends without waiting for an answer. @throws Failure if it cannot be sent */
     void xPost(v1::ClientMessage message, const CallOwner& owner, Deadline deadline);
-    /** A number for each posted call: positive, and again the same only after 2^31 posts. */
+    /** Returns a number for each posted call: positive, and repeated only after 2^31 posts. */
     int xNextTaskId();
 
     void xRead();
