@@ -1,6 +1,7 @@
 #include "command_line/program.h"
 
 #include "command_line/command_line.h"
+#include "command_line/manual.h"
 #include "commands/commands.h"
 #include "process/failure.h"
 #include "process/signal_watcher.h"
@@ -37,6 +38,10 @@ ExitStatus runFirstWord(const Arguments& arguments, Surroundings& surroundings) 
     }
     if (first == "--version") {
         surroundings.fConsole.print("robaxi " OBVISTA_VERSION "\n");
+        return ExitStatus::Success;
+    }
+    if (first == "--manual") {  // for those who change tools/robaxi/robaxi.1
+        surroundings.fConsole.print(manualPage());
         return ExitStatus::Success;
     }
     std::unique_ptr<Command> command;
