@@ -22,13 +22,17 @@ find_package(ZLIB REQUIRED)
 
 # Pictures and recordings.
 pkg_check_modules(TurboJpeg REQUIRED IMPORTED_TARGET libturbojpeg)
-pkg_check_modules(GStreamer REQUIRED IMPORTED_TARGET
-    gstreamer-1.0 gstreamer-app-1.0 gstreamer-video-1.0)
-find_package(PNG 1.6 REQUIRED)
+if(OBVISTA_BUILD_CAMERAVIEWER OR OBVISTA_BUILD_ROBOT)
+    pkg_check_modules(GStreamer REQUIRED IMPORTED_TARGET
+        gstreamer-1.0 gstreamer-app-1.0 gstreamer-video-1.0)
+endif()
 
-# The command line of the robaxi tool, and its output for programs.
-find_package(CLI11 2.1 REQUIRED)
-find_package(nlohmann_json 3.11 REQUIRED)
+# The command line of the robaxi tool, its output for programs, and the pictures that it saves.
+if(OBVISTA_BUILD_TOOLS)
+    find_package(CLI11 2.1 REQUIRED)
+    find_package(nlohmann_json 3.11 REQUIRED)
+    find_package(PNG 1.6 REQUIRED)
+endif()
 
 # Debian's pkg-config file of Qwt requires Qt's OpenGL module, which we do not use, so Qwt is found directly.
 find_path(QWT_INCLUDE_DIR qwt_plot.h PATH_SUFFIXES qwt qwt-qt5 qt5/qwt REQUIRED)

@@ -35,6 +35,24 @@ endif()
 # functions need an optimising compiler.
 set(obvista_test_options $<$<CONFIG:Release,RelWithDebInfo>:-O0> -U_FORTIFY_SOURCE)
 
+# obvista_add_folder(FOLDER NEEDS [ROBOT] [CAMERAVIEWER] [TOOLS])
+#
+# Adds a folder that is built only if these parts of the project are (OBVISTA_BUILD_...).
+function(obvista_add_folder folder)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "NEEDS")
+    foreach(part IN LISTS arg_NEEDS)
+        if(NOT OBVISTA_BUILD_${part})
+            cmake_path(RELATIVE_PATH CMAKE_CURRENT_SOURCE_DIR BASE_DIRECTORY "${PROJECT_SOURCE_DIR}"
+                OUTPUT_VARIABLE parent)
+            cmake_path(APPEND parent "${folder}" OUTPUT_VARIABLE path)
+            cmake_path(NORMAL_PATH path)
+            message(STATUS "${path} is left out: OBVISTA_BUILD_${part} is off")
+            return()
+        endif()
+    endforeach()
+    add_subdirectory(${folder})
+endfunction()
+
 # obvista_add_library(NAME [SHARED|STATIC] ALIAS obvista::x [OUTPUT_NAME x] [MOC]
 #     SOURCES ... [PUBLIC_INCLUDE dir] [PUBLIC_LIBRARIES ...] [PRIVATE_LIBRARIES ...])
 #
@@ -82,11 +100,14 @@ function(obvista_add_plugin name)
     if(arg_UNPARSED_ARGUMENTS)
         message(FATAL_ERROR "obvista_add_plugin(${name}): unknown ${arg_UNPARSED_ARGUMENTS}")
     endif()
+    cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_LIBDIR
+        BASE_DIRECTORY "${CMAKE_INSTALL_PREFIX}/${OBVISTA_PLUGIN_DIR}" OUTPUT_VARIABLE libraries)
     add_library(${name} MODULE ${arg_SOURCES})
     set_target_properties(${name} PROPERTIES AUTOMOC ON PREFIX "lib"
-        LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib/obvista" INSTALL_RPATH "$ORIGIN/..")
+        LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/${OBVISTA_PLUGIN_DIR}"
+        INSTALL_RPATH "$ORIGIN/${libraries}")
     target_link_libraries(${name} PRIVATE obvista::plugins ${arg_LIBRARIES} obvista_compile_options)
-    install(TARGETS ${name} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/obvista")
+    install(TARGETS ${name} LIBRARY DESTINATION ${OBVISTA_PLUGIN_DIR})
 endfunction()
 
 #   obvista_add_test(NAME folder.topic [MOC] SOURCES ... [LIBRARIES ...]

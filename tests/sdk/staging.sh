@@ -28,6 +28,19 @@ expect_files() {
     done
 }
 
+# build_outside PROJECT PREFIX: builds and installs a copy of a project of this folder, with the installation in
+# the prefix.
+build_outside() {
+    local sources=$TMPDIR/$1 build=$TMPDIR/$1-build said
+    cp -r "$OBVISTA_SOURCE_DIR/tests/sdk/$1" "$sources"
+    said=$(
+        exec 2>&1
+        cmake -S "$sources" -B "$build" -G Ninja -DCMAKE_PREFIX_PATH="$2" \
+            -DCMAKE_EXPORT_COMPILE_COMMANDS=ON &&
+            cmake --build "$build" && cmake --install "$build"
+    ) || fail "$said"
+}
+
 # run_program COMMAND...: runs it without a display; sets program_status, program_output and program_errors.
 # shellcheck disable=SC2034  # read by the tests
 run_program() {
