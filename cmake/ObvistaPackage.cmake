@@ -12,12 +12,7 @@ function(obvista_install_package package)
     if(arg_UNPARSED_ARGUMENTS OR NOT arg_TARGET OR NOT arg_AS)
         message(FATAL_ERROR "obvista_install_package(${package}): bad arguments ${arg_UNPARSED_ARGUMENTS}")
     endif()
-    set_target_properties(${arg_TARGET} PROPERTIES EXPORT_NAME ${arg_AS} INSTALL_RPATH "$ORIGIN")
-    install(TARGETS ${arg_TARGET} EXPORT ${package}Targets
-        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development)
-    if(arg_HEADERS)
-        install(DIRECTORY ${arg_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
-    endif()
+    obvista_install_library(${arg_TARGET} PACKAGE ${package} AS ${arg_AS} HEADERS ${arg_HEADERS})
 
     set(dependencies)
     foreach(dependency IN LISTS arg_DEPENDENCIES)
@@ -39,4 +34,20 @@ function(obvista_install_package package)
         DESTINATION "${destination}" COMPONENT development)
     install(EXPORT ${package}Targets NAMESPACE ${package}:: DESTINATION "${destination}"
         COMPONENT development)
+endfunction()
+
+# obvista_install_library(TARGET PACKAGE package AS name [HEADERS folder])
+#
+# Installs one more shared library and its headers as the target PACKAGE::name of that package.
+function(obvista_install_library target)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "PACKAGE;AS;HEADERS" "")
+    if(arg_UNPARSED_ARGUMENTS OR NOT arg_PACKAGE OR NOT arg_AS)
+        message(FATAL_ERROR "obvista_install_library(${target}): bad arguments ${arg_UNPARSED_ARGUMENTS}")
+    endif()
+    set_target_properties(${target} PROPERTIES EXPORT_NAME ${arg_AS} INSTALL_RPATH "$ORIGIN")
+    install(TARGETS ${target} EXPORT ${arg_PACKAGE}Targets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development)
+    if(arg_HEADERS)
+        install(DIRECTORY ${arg_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+    endif()
 endfunction()

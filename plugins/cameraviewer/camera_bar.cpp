@@ -50,7 +50,7 @@ QString formatName(const std::string& format) {
         return CameraBar::tr("Grey");
     }
     const auto found = names.find(format);
-    return found != names.end() ? found->second : viewer::plainText(format, a_maxNameShown);
+    return found != names.end() ? found->second : obvista::plainText(format, a_maxNameShown);
 }
 
 QString rateName(double rate) {
@@ -58,7 +58,7 @@ QString rateName(double rate) {
 }
 
 QString asToolTip(const std::string& text) {
-    const QString plain = viewer::plainText(text, a_maxToolTip);
+    const QString plain = obvista::plainText(text, a_maxToolTip);
     return plain.isEmpty() ? QString() : QStringLiteral("<p>%1</p>").arg(plain.toHtmlEscaped());
 }
 
@@ -77,7 +77,7 @@ CameraBar::CameraBar(QWidget* parent)
                           tr("JPEG needs the least bandwidth, the others have exact values"))),
       fRateBox(xMakeBox("rateBox", tr("Rate"), tr("frames a second"))),
       fLast(fRateBox) {
-    auto* row = new viewer::WrapLayout(this);
+    auto* row = new obvista::WrapLayout(this);
     row->setContentsMargins(a_space, a_space, a_space, a_space);
     row->setSpacing(a_space);
     for (QComboBox* box : {fCameraBox, fSizeBox, fFormatBox, fRateBox}) {
@@ -111,7 +111,7 @@ void CameraBar::showCameras(const std::vector<CameraInfo>& cameras, const Camera
                             const CameraSettings& settings) {
     Choices names;
     for (const CameraInfo& camera : cameras) {
-        names += {viewer::plainText(camera.fName, a_maxNameShown),
+        names += {obvista::plainText(camera.fName, a_maxNameShown),
                   QString::fromStdString(camera.fName), asToolTip(camera.fDescription)};
     }
     fCamera = chosen != nullptr ? *chosen : CameraInfo();
@@ -137,7 +137,7 @@ void CameraBar::addMenuButton(const char* objectName, const QString& text, const
     QToolButton* button = xAddButton();
     button->setObjectName(QLatin1String(objectName));
     button->setText(text);
-    viewer::explain(*button, toolTip);
+    obvista::explain(*button, toolTip);
     button->setPopupMode(QToolButton::InstantPopup);
     button->setMenu(menu);
 }
@@ -161,8 +161,8 @@ QComboBox* CameraBar::xMakeBox(const char* objectName, const QString& name,
                                const QString& toolTip) {
     auto* box = new QComboBox(this);
     box->setObjectName(QLatin1String(objectName));
-    viewer::nameByLabel(*box, name);
-    viewer::explain(*box, tr("%1: %2").arg(name, toolTip));
+    obvista::nameByLabel(*box, name);
+    obvista::explain(*box, tr("%1: %2").arg(name, toolTip));
     box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     box->setFocusPolicy(Qt::StrongFocus);
     box->installEventFilter(new WheelGuard(box));

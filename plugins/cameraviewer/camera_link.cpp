@@ -4,25 +4,14 @@
 
 namespace cameraviewer {
 
-std::shared_ptr<CameraLink> CameraLink::open(const boost::shared_ptr<KVBroker>& broker,
-                                             const std::string& ip, int port, double timeOut) {
-    std::shared_ptr<CameraLink> link(new CameraLink(broker, ip, port, timeOut));
-    closeAtExit(link);
-    return link;
-}
-
 CameraLink::CameraLink(const boost::shared_ptr<KVBroker>& broker, const std::string& ip, int port,
                        double timeOut)
     : RobotLink(broker, ip, port, timeOut),
-      fClient(connection(), fNotice),
-      fWorker(fNotice),
-      fFeed(fWorker, fNotice) {
+      fClient(connection(), notice()),
+      fWorker(notice()),
+      fFeed(fWorker, notice()) {
     fClient.listCameras();
     fWorker.request();
-    connection()->setLostHandler([this](const KVError&) {
-        fIsLost = true;
-        fNotice.give();
-    });
 }
 
 CameraLink::~CameraLink() {
@@ -42,19 +31,10 @@ void CameraLink::stopWatching() {
     fWorker.forget();
 }
 
-void CameraLink::xStop() {
-    connection()->setLostHandler(nullptr);
+void CameraLink::stop() {
     stopWatching();
     fClient.stop();
     fWorker.stop();
-}
-
-void CameraLink::xTellClosed() {
-    fNotice.give();
-}
-
-void CameraLink::xSilence() {
-    fNotice.set(nullptr);
 }
 
 }  // namespace cameraviewer

@@ -14,7 +14,7 @@ const QLatin1String a_isStretching("view/isStretching");
 
 QString keyOf(const std::string& camera, const char* name) {
     return QStringLiteral("cameras/%1/%2")
-        .arg(viewer::RobotSettings::level(camera), QLatin1String(name));
+        .arg(obvista::RobotSettings::level(camera), QLatin1String(name));
 }
 
 }  // namespace

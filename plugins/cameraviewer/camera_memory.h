@@ -37,7 +37,7 @@ class CameraMemory {
     void setView(const RememberedView& view);
 
   private:
-    viewer::RobotSettings fSettings;
+    obvista::RobotSettings fSettings;
 };
 
 }  // namespace cameraviewer

@@ -43,14 +43,6 @@ bool isAsSet(const KVFrame& frame, const CameraSettings& settings) {
 
 CameraSession::CameraSession(std::shared_ptr<CameraLink> link, QObject* parent)
     : QObject(parent), fLink(std::move(link)), fMemory(fLink->robotName()), fAsked(Clock::now()) {
-    fLink->notice().set([this] {
-        QMetaObject::invokeMethod(
-            this, [this] { xOnNotice(); }, Qt::QueuedConnection);
-    });
-}
-
-CameraSession::~CameraSession() {
-    fLink->notice().set(nullptr);
 }
 
 const CameraInfo* CameraSession::camera() const {
@@ -107,6 +99,18 @@ void CameraSession::requestPicture() {
     fLink->worker().request();
 }
 
+void CameraSession::takeNews() {
+    xTakeAnswers(fLink->client().take());
+    xTakePicture();
+    Q_EMIT situationChanged();
+}
+
+void CameraSession::end(obvista::LinkState state) {
+    fLinkState = state;
+    fLink->stopWatching();
+    Q_EMIT situationChanged();
+}
+
 void CameraSession::tick() {
     if (!xIsLive()) {
         return;
@@ -127,9 +131,7 @@ void CameraSession::tick() {
 Situation CameraSession::situation() const {
     const Clock::time_point now = Clock::now();
     Situation situation;
-    if (!xIsLive()) {
-        situation.fRobot = fIsLost ? Situation::Robot::Lost : Situation::Robot::Closed;
-    }
+    situation.fLink = fLinkState;
     situation.fHasCameras = fHasCameras;
     situation.fCameraCount = static_cast<int>(fCameras.size());
     situation.fFailure = fFailure;
@@ -139,7 +141,7 @@ Situation CameraSession::situation() const {
         return situation;
     }
     const FeedState state = fLink->feed().state();
-    situation.fCamera = viewer::plainText(fChosen, a_maxCameraNameShown);
+    situation.fCamera = obvista::plainText(fChosen, a_maxCameraNameShown);
     situation.fRate = chosen->fSettings.fRate;
     situation.fWatched = now - state.fStarted;
     if (state.fArrived) {
@@ -148,36 +150,6 @@ Situation CameraSession::situation() const {
     situation.fFault = state.fFault != FrameFault::None ? state.fFault : fDecodingFault;
     situation.fEnd = state.fEnd || state.fArrived ? state.fEnd : fEndBefore;
     return situation;
-}
-
-void CameraSession::xOnNotice() {
-    fLink->notice().clear();
-    if (xNoteEnd()) {
-        return;
-    }
-    xTakeAnswers(fLink->client().take());
-    xTakePicture();
-    Q_EMIT situationChanged();
-}
-
-/** @return true if the link has ended; this object may then be destroyed */
-bool CameraSession::xNoteEnd() {
-    if (!xIsLive()) {
-        return true;
-    }
-    if (fLink->isClosed()) {
-        fIsClosed = true;
-        Q_EMIT situationChanged();
-        return true;
-    }
-    if (fLink->isLost()) {
-        fIsLost = true;
-        fLink->stopWatching();
-        Q_EMIT situationChanged();
-        Q_EMIT lost();
-        return true;
-    }
-    return false;
 }
 
 void CameraSession::xTakeAnswers(const VideoAnswers& answers) {
@@ -226,7 +198,7 @@ void CameraSession::xTakeChange(const VideoAnswers::Change& change) {
     } else {
         fLink->client().listCameras();
         Q_EMIT camerasChanged();
-        Q_EMIT settingsRefused(viewer::plainText(change.fRefusal));
+        Q_EMIT settingsRefused(obvista::plainText(change.fRefusal));
     }
 }
 

@@ -8,6 +8,8 @@
 #include "situation.h"
 #include "video_client.h"
 
+#include <obvista/viewer/link_state.h>
+
 #include <QObject>
 
 #include <map>
@@ -32,7 +34,6 @@ class CameraSession : public QObject {
 
   public:
     CameraSession(std::shared_ptr<CameraLink> link, QObject* parent);
-    ~CameraSession() override;
 
     const std::vector<CameraInfo>& cameras() const { return fCameras; }
     /** Returns the selected camera as last described by the robot; null if there is none. */
@@ -56,6 +57,11 @@ class CameraSession : public QObject {
     /** Requests the next picture, when there is room for it. */
     void requestPicture();
 
+    /** Takes what has arrived from the robot. */
+    void takeNews();
+    /** The link has ended. */
+    void end(obvista::LinkState state);
+
     /** Requests the cameras again and retries watching. Call it several times a second. */
     void tick();
 
@@ -72,26 +78,23 @@ class CameraSession : public QObject {
     void settingsRefused(const QString& reason);
     void pictureReady(const cameraviewer::DecodedPicture& decoded);
     void situationChanged();
-    /** The last signal; the receiver may delete the session. */
-    void lost();
 
   private:
-    void xOnNotice();
     void xTakeAnswers(const VideoAnswers& answers);
     void xTakeCameras(const std::vector<CameraInfo>& cameras);
     void xTakeChange(const VideoAnswers::Change& change);
     void xAskFor(const CameraSettings& settings);
     void xTakePicture();
-    bool xNoteEnd();
     void xChoose(const std::string& name);
     std::string xDefaultCamera() const;
     void xRecallSettings();
     void xWatchAgain(const KVError& end);
     void xUpdateWatching();
-    bool xIsLive() const { return !fIsClosed && !fIsLost; }
+    bool xIsLive() const { return fLinkState == obvista::LinkState::Connected; }
 
     std::shared_ptr<CameraLink> fLink;
     CameraMemory fMemory;
+    obvista::LinkState fLinkState = obvista::LinkState::Connected;
     std::vector<CameraInfo> fCameras;
     bool fHasCameras = false;
     std::optional<KVError> fFailure;
@@ -105,8 +108,6 @@ class CameraSession : public QObject {
     bool fIsSeen = false;
     bool fIsPaused = false;
     bool fIsRecording = false;
-    bool fIsLost = false;
-    bool fIsClosed = false;
 };
 
 }  // namespace cameraviewer

@@ -12,8 +12,6 @@
 #include <base/time.h>
 #include <obvista/viewer/labels.h>
 #include <obvista/viewer/plain_text.h>
-#include <obvista/viewer/robot_header.h>
-#include <obvista/viewer/widget_seen.h>
 
 #include <QAction>
 #include <QApplication>
@@ -23,7 +21,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
-#include <QStackedLayout>
+#include <QStackedWidget>
 #include <QVBoxLayout>
 
 #include <utility>
@@ -32,10 +30,7 @@ namespace cameraviewer {
 
 namespace {
 
-/**
- * Period in milliseconds for polling what no signal reports: elapsed time, and the visibility of
- * the widget.
- */
+/** Period in milliseconds for polling the elapsed time, which no signal reports. */
 constexpr int a_tickTime = 200;
 constexpr std::chrono::milliseconds a_figureTime{1000};
 constexpr int a_toldTime = 10000;
@@ -61,12 +56,11 @@ CameraViewerWidget::CameraViewerWidget(std::shared_ptr<CameraLink> link, WidgetI
       fActions(new ViewActions(fView)),
       fHistogram(new HistogramPanel(this)),
       fCapture(new CaptureControls(fLink->feed(), this)),
-      fPages(new QStackedLayout),
-      fMessage(viewer::makeMessage("cameraMessage", this)),
-      fNotice(viewer::makeNotice("cameraNotice", this)),
-      fTold(viewer::makeNotice("cameraTold", this)),
-      fReadout(viewer::makeStatusLines("cameraReadout", this)),
-      fStatus(viewer::makeStatusLines("cameraStatus", this)),
+      fPages(new QStackedWidget(this)),
+      fMessage(obvista::makeMessage("cameraMessage", this)),
+      fTold(obvista::makeBanner("cameraTold", this)),
+      fReadout(obvista::makeStatusLines("cameraReadout", this)),
+      fStatus(obvista::makeStatusLines("cameraStatus", this)),
       fMemory(fLink->robotName()),
       fMeter(FigureMeter::Clock::now()),
       fMeasured(FigureMeter::Clock::now()) {
@@ -91,16 +85,6 @@ QSize CameraViewerWidget::sizeHint() const {
     return {a_widthInCharacters * metrics.averageCharWidth(), a_heightInLines * metrics.height()};
 }
 
-void CameraViewerWidget::showEvent(QShowEvent* event) {
-    ViewerWidget::showEvent(event);
-    xUpdateSeen();
-}
-
-void CameraViewerWidget::hideEvent(QHideEvent* event) {
-    ViewerWidget::hideEvent(event);
-    xUpdateSeen();
-}
-
 void CameraViewerWidget::xBuild() {
     setObjectName(QStringLiteral("cameraViewer"));
     setWindowTitle(tr("Camera viewer"));
@@ -120,11 +104,11 @@ void CameraViewerWidget::xBuild() {
     fActions->menu()->addSeparator();
     fActions->menu()->addAction(copy);
 
-    viewer::KeyGroup keys = viewer::keysOf(tr("Picture"), fActions->menu()->actions());
+    obvista::KeyGroup keys = obvista::keysOf(tr("Picture"), fActions->menu()->actions());
     const QString arrows = QStringLiteral("\u2190 \u2192 \u2191 \u2193");
     keys.fKeys.push_back({arrows, tr("pan an enlarged picture")});
     keys.fKeys.push_back({tr("Shift with %1").arg(arrows), tr("inspect the next pixel")});
-    keys.fKeys.push_back({viewer::keyText(Qt::Key_Escape), tr("stop inspecting pixels")});
+    keys.fKeys.push_back({obvista::keyText(Qt::Key_Escape), tr("stop inspecting pixels")});
     addKeys(keys);
     fView->setContextMenuPolicy(Qt::CustomContextMenu);
     fHistogram->hide();
@@ -133,16 +117,7 @@ void CameraViewerWidget::xBuild() {
 
     fPages->addWidget(fMessage);
     fPages->addWidget(xMakePicturePage());
-    auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(0);
-    column->addWidget(header());
-    column->addWidget(fBar);
-    column->addWidget(fNotice);
-    column->addWidget(fTold);
-    column->addLayout(fPages, 1);
-    column->addWidget(fReadout);
-    column->addWidget(fStatus);
+    layOut(fBar, {fTold, fPages, fReadout, fStatus}, fPages);
 }
 
 QWidget* CameraViewerWidget::xMakePicturePage() {
@@ -163,9 +138,11 @@ void CameraViewerWidget::xConnect() {
             [this](const QString& reason) { xTell(tr("The robot refuses: %1").arg(reason)); });
     connect(fSession, &CameraSession::pictureReady, this, &CameraViewerWidget::xOnPicture);
     connect(fSession, &CameraSession::situationChanged, this, &CameraViewerWidget::xUpdateReason);
-    connect(fSession, &CameraSession::lost, this, [this] {
+    connect(this, &ViewerWidget::newsArrived, fSession, &CameraSession::takeNews);
+    connect(this, &ViewerWidget::seenChanged, fSession, &CameraSession::setSeen);
+    connect(this, &ViewerWidget::linkEnded, this, [this] {
+        fSession->end(linkState());
         fCapture->stopRecording();
-        reportLoss();
     });
 
     connect(fBar, &CameraBar::cameraWanted, this, [this](const std::string& camera) {
@@ -193,15 +170,11 @@ void CameraViewerWidget::xConnect() {
 }
 
 void CameraViewerWidget::xOnTick() {
-    xUpdateSeen();
     xRememberView();
     fSession->tick();
     fCapture->showProgress();
     if (FigureMeter::Clock::now() - fMeasured >= a_figureTime) {
         xUpdateFigures();
-    }
-    if (fLink->isClosed() && fCapture->isRecording()) {
-        fCapture->stopRecording();
     }
 }
 
@@ -299,19 +272,16 @@ RememberedView CameraViewerWidget::xView() const {
             fHistogram->isStretching()};
 }
 
-void CameraViewerWidget::xUpdateSeen() {
-    fSession->setSeen(viewer::isSeen(*this));
-}
-
 void CameraViewerWidget::xUpdateReason() {
     const Situation situation = fSession->situation();
     const QString reason = reasonOf(situation);
     const bool hasPicture = fView->hasPicture();
     fMessage->setText(reason);
-    fNotice->setText(reason + QLatin1Char(' ') + tr("This is the last picture."));
-    fNotice->setVisible(hasPicture && !reason.isEmpty());
+    setBanner(hasPicture && !reason.isEmpty()
+                  ? reason + QLatin1Char(' ') + tr("This is the last picture.")
+                  : QString());
     fPages->setCurrentIndex(hasPicture ? 1 : 0);
-    fBar->setUsable(situation.fRobot == Situation::Robot::Connected);
+    fBar->setUsable(situation.fLink == obvista::LinkState::Connected);
 }
 
 void CameraViewerWidget::xUpdateReadout() {
@@ -342,7 +312,7 @@ void CameraViewerWidget::xUpdateReadout() {
                          .arg(qBlue(color));
         }
     }
-    viewer::setStatus(*fReadout, parts.join(viewer::statusSeparator()));
+    obvista::setStatus(*fReadout, parts.join(obvista::statusSeparator()));
 }
 
 void CameraViewerWidget::xUpdateFigures() {
@@ -354,15 +324,15 @@ void CameraViewerWidget::xUpdateFigures() {
 void CameraViewerWidget::xUpdateStatus() {
     const QString recording = fCapture->progressText();
     const QString figures = figuresLine(fFigures);
-    viewer::setStatus(
-        *fStatus, recording.isEmpty() ? figures : recording + viewer::statusSeparator() + figures);
+    obvista::setStatus(
+        *fStatus, recording.isEmpty() ? figures : recording + obvista::statusSeparator() + figures);
 }
 
 void CameraViewerWidget::xCopyFigures() {
     const CameraInfo* camera = fSession->camera();
-    const QString name = camera != nullptr ? viewer::plainText(camera->fName) : tr("none");
+    const QString name = camera != nullptr ? obvista::plainText(camera->fName) : tr("none");
     QApplication::clipboard()->setText(
-        tr("Robot: %1").arg(robotName() + viewer::statusSeparator() + robotAddress()) +
+        tr("Robot: %1").arg(robotName() + obvista::statusSeparator() + robotAddress()) +
         QLatin1Char('\n') + tr("Camera: %1").arg(name) + QLatin1Char('\n') +
         figuresReport(fFigures));
     xTell(tr("The figures are in the clipboard."));

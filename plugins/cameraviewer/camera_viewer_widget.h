@@ -12,7 +12,7 @@
 #include <vector>
 
 class QLabel;
-class QStackedLayout;
+class QStackedWidget;
 
 namespace cameraviewer {
 
@@ -27,7 +27,7 @@ struct DecodedPicture;
 struct Histogram;
 
 /** Shows the cameras of one robot, or the reason why there is no picture. */
-class CameraViewerWidget : public viewer::ViewerWidget {
+class CameraViewerWidget : public obvista::ViewerWidget {
     Q_OBJECT
 
   public:
@@ -35,10 +35,6 @@ class CameraViewerWidget : public viewer::ViewerWidget {
     ~CameraViewerWidget() override;
 
     QSize sizeHint() const override;
-
-  protected:
-    void showEvent(QShowEvent* event) override;
-    void hideEvent(QHideEvent* event) override;
 
   private:
     void xBuild();
@@ -56,7 +52,6 @@ class CameraViewerWidget : public viewer::ViewerWidget {
     void xRecallView();
     void xRememberView();
     RememberedView xView() const;
-    void xUpdateSeen();
     void xUpdateReason();
     void xUpdateReadout();
     void xUpdateStatus();
@@ -70,9 +65,8 @@ class CameraViewerWidget : public viewer::ViewerWidget {
     ViewActions* fActions;
     HistogramPanel* fHistogram;
     CaptureControls* fCapture;
-    QStackedLayout* fPages;
+    QStackedWidget* fPages;
     QLabel* fMessage;
-    QLabel* fNotice;
     QLabel* fTold;
     QLabel* fReadout;
     QLabel* fStatus;

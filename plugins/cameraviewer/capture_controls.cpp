@@ -150,7 +150,7 @@ QString CaptureControls::progressText() const {
     if (status.fDropped > 0) {
         parts += tr("%1 not recorded: the disk or the processor is too slow").arg(status.fDropped);
     }
-    return parts.join(viewer::statusSeparator());
+    return parts.join(obvista::statusSeparator());
 }
 
 void CaptureControls::xTakeSnapshot() {
@@ -194,7 +194,7 @@ void CaptureControls::xOnRecordingEnded() {
 
 void CaptureControls::xChooseFolder() {
     const QString chosen = QFileDialog::getExistingDirectory(
-        fViewer, viewer::dialogTitle(tr("Folder for pictures and recordings"), fViewer), folder());
+        fViewer, obvista::dialogTitle(tr("Folder for pictures and recordings"), fViewer), folder());
     if (!chosen.isEmpty()) {
         QSettings().setValue(QLatin1String(a_folderKey), chosen);
     }

@@ -108,7 +108,7 @@ QString figuresLine(const Figures& figures) {
         parts +=
             faulty == 1 ? translated("1 faulty frame") : translated("%1 faulty frames").arg(faulty);
     }
-    return parts.join(viewer::statusSeparator());
+    return parts.join(obvista::statusSeparator());
 }
 
 QString figuresReport(const Figures& figures) {

@@ -1,7 +1,8 @@
 #include "frame_feed.h"
 
-#include "notice.h"
 #include "picture_worker.h"
+
+#include <obvista/viewer/notice.h>
 
 #include <utility>
 
@@ -17,7 +18,8 @@ constexpr std::uint64_t a_maxGap = 100000;
 
 }  // namespace
 
-FrameFeed::FrameFeed(PictureWorker& worker, Notice& notice) : fWorker(worker), fNotice(notice) {
+FrameFeed::FrameFeed(PictureWorker& worker, obvista::Notice& notice)
+    : fWorker(worker), fNotice(notice) {
 }
 
 void FrameFeed::begin() {

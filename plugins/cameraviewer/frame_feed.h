@@ -12,9 +12,12 @@
 #include <mutex>
 #include <optional>
 
+namespace obvista {
+class Notice;
+}
+
 namespace cameraviewer {
 
-class Notice;
 class PictureWorker;
 
 /** Counters of frames since the viewer was opened. */
@@ -52,7 +55,7 @@ class FrameFeed : public KVFrameStream::Listener {
      * Both are used while frames arrive. The notice is given at the stream's end, at the first
      * frame, and at the first faulty one.
      */
-    FrameFeed(PictureWorker& worker, Notice& notice);
+    FrameFeed(PictureWorker& worker, obvista::Notice& notice);
 
     /**
      * Starts watching: resets the state of the stream, but not the counters. Call it while no
@@ -79,7 +82,7 @@ class FrameFeed : public KVFrameStream::Listener {
     std::uint64_t xNotSeen(const KVFrame& frame, std::uint64_t passedOver) const;
 
     PictureWorker& fWorker;
-    Notice& fNotice;
+    obvista::Notice& fNotice;
     JpegReader fReader;  // used by the thread that delivers frames
 
     mutable std::mutex fMutex;  // guards all members below

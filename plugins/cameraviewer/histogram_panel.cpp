@@ -133,13 +133,13 @@ class HistogramPanel::Bars : public QWidget {
 HistogramPanel::HistogramPanel(QWidget* parent)
     : QWidget(parent),
       fBars(new Bars(this)),
-      fText(viewer::makeLabel("histogramText", this)),
+      fText(obvista::makeLabel("histogramText", this)),
       fStretch(new QCheckBox(tr("S&tretch"), this)) {
     fBars->setAccessibleName(tr("Histogram, from 0 to 255"));
     fStretch->setObjectName(QStringLiteral("stretchBox"));
-    viewer::explain(*fStretch,
-                    tr("Show the darkest grey black and the brightest white. Values, snapshots and "
-                       "recordings do not change."));
+    obvista::explain(
+        *fStretch, tr("Show the darkest grey black and the brightest white. Values, snapshots and "
+                      "recordings do not change."));
     auto* row = new QHBoxLayout(this);
     row->addWidget(fBars, 1);
     row->addWidget(fText);

@@ -1,13 +1,14 @@
 #include "picture_worker.h"
 
-#include "notice.h"
+#include <obvista/viewer/notice.h>
 
 #include <new>
 #include <utility>
 
 namespace cameraviewer {
 
-PictureWorker::PictureWorker(Notice& notice) : fNotice(notice), fThread([this] { xRun(); }) {
+PictureWorker::PictureWorker(obvista::Notice& notice)
+    : fNotice(notice), fThread([this] { xRun(); }) {
 }
 
 PictureWorker::~PictureWorker() {

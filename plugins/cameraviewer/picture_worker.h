@@ -12,9 +12,11 @@
 #include <thread>
 #include <vector>
 
-namespace cameraviewer {
-
+namespace obvista {
 class Notice;
+}
+
+namespace cameraviewer {
 
 /** A picture ready to be painted, or the fault of the frame. */
 struct DecodedPicture {
@@ -32,7 +34,7 @@ struct DecodedPicture {
 class PictureWorker {
   public:
     /** @param notice given when there is a picture to take; must outlive the worker */
-    explicit PictureWorker(Notice& notice);
+    explicit PictureWorker(obvista::Notice& notice);
     /** Stops, as stop() does. */
     ~PictureWorker();
     PictureWorker(const PictureWorker&) = delete;
@@ -59,7 +61,7 @@ class PictureWorker {
     void xRun();
     DecodedPicture xDecode(const KVFrame& frame, bool withHistograms);
 
-    Notice& fNotice;
+    obvista::Notice& fNotice;
     PictureDecoder fDecoder;  // used by the worker's thread
 
     std::mutex fMutex;  // guards all members below

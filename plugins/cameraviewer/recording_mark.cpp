@@ -44,7 +44,7 @@ RecordingMark::RecordingMark(QWidget* parent) : QLabel(parent) {
 }
 
 void RecordingMark::showProgress(double seconds, std::int64_t bytes) {
-    const QString progress = clockText(seconds) + viewer::statusSeparator() + sizeText(bytes);
+    const QString progress = clockText(seconds) + obvista::statusSeparator() + sizeText(bytes);
     if (progress != text()) {
         setText(progress);
         setAccessibleName(tr("Recording: %1").arg(progress));

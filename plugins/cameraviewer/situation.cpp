@@ -31,7 +31,7 @@ QString reasonForNoCamera(const Situation& situation) {
         return situation.fFailure->cause() == KVError::Cause::NoSuchModule
                    ? translated("This robot offers no cameras: it has no module KVVideo.")
                    : translated("The robot does not list its cameras: %1")
-                         .arg(viewer::plainText(situation.fFailure->toString()));
+                         .arg(obvista::plainText(situation.fFailure->toString()));
     }
     if (!situation.fHasCameras) {
         return translated("Connected. Asking the robot for its cameras\u2026");
@@ -43,7 +43,7 @@ QString reasonForNoCamera(const Situation& situation) {
 QString reasonOfFrames(const Situation& situation) {
     if (situation.fEnd) {
         return translated("The robot has ended the pictures of camera \"%1\": %2")
-            .arg(situation.fCamera, viewer::plainText(situation.fEnd->toString()));
+            .arg(situation.fCamera, obvista::plainText(situation.fEnd->toString()));
     }
     if (!situation.fSinceFrame) {
         return situation.fWatched < patienceFor(situation.fRate)
@@ -62,9 +62,8 @@ QString reasonOfFrames(const Situation& situation) {
 }  // namespace
 
 QString reasonOf(const Situation& situation) {
-    if (situation.fRobot != Situation::Robot::Connected) {
-        return situation.fRobot == Situation::Robot::Lost ? translated("The robot is lost.")
-                                                          : translated("The connection is closed.");
+    if (situation.fLink != obvista::LinkState::Connected) {
+        return obvista::endText(situation.fLink);
     }
     if (situation.fCamera.isEmpty()) {
         return reasonForNoCamera(situation);

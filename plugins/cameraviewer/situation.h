@@ -1,6 +1,7 @@
 #ifndef OBVISTA_CAMERAVIEWER_SITUATION_H
 #define OBVISTA_CAMERAVIEWER_SITUATION_H
 
+#include <obvista/viewer/link_state.h>
 #include <robaxi/kv_error.h>
 
 #include <QString>
@@ -13,10 +14,9 @@ namespace cameraviewer {
 
 /** State that determines whether there is a live picture, and otherwise the reason. */
 struct Situation {
-    enum class Robot { Connected, Lost, Closed };
     using Seconds = std::chrono::duration<double>;
 
-    Robot fRobot = Robot::Connected;
+    obvista::LinkState fLink = obvista::LinkState::Connected;
     bool fHasCameras = false;         ///< true if the robot has listed its cameras at least once
     int fCameraCount = 0;             ///< in the newest list
     std::optional<KVError> fFailure;  ///< error of the newest request for the list

@@ -1,7 +1,6 @@
 #include "video_client.h"
 
-#include "notice.h"
-
+#include <obvista/viewer/notice.h>
 #include <robaxi/kv_connection.h>
 #include <robaxi/kv_proxy.h>
 
@@ -16,7 +15,7 @@ constexpr double a_callTimeOut = 5;
 
 }  // namespace
 
-VideoClient::VideoClient(const boost::shared_ptr<KVConnection>& connection, Notice& notice)
+VideoClient::VideoClient(const boost::shared_ptr<KVConnection>& connection, obvista::Notice& notice)
     : fVideo(std::make_unique<KVProxy>(a_videoModule, connection, a_callTimeOut)),
       fNotice(notice),
       fThread([this] { xRun(); }) {

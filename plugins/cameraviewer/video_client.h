@@ -19,9 +19,11 @@
 class KVConnection;
 class KVProxy;
 
-namespace cameraviewer {
-
+namespace obvista {
 class Notice;
+}
+
+namespace cameraviewer {
 
 /** The robot's module with cameras. */
 constexpr char a_videoModule[] = "KVVideo";
@@ -50,7 +52,7 @@ struct VideoAnswers {
 class VideoClient {
   public:
     /** @param notice given when there are answers to take; must outlive the client */
-    VideoClient(const boost::shared_ptr<KVConnection>& connection, Notice& notice);
+    VideoClient(const boost::shared_ptr<KVConnection>& connection, obvista::Notice& notice);
     /** Stops, as stop() does. */
     ~VideoClient();
     VideoClient(const VideoClient&) = delete;
@@ -73,7 +75,7 @@ class VideoClient {
     void xAnswer(VideoAnswers answers);
 
     std::unique_ptr<KVProxy> fVideo;  // valid until stop() has returned
-    Notice& fNotice;
+    obvista::Notice& fNotice;
 
     std::mutex fMutex;  // guards all members below
     std::condition_variable fWork;

@@ -106,7 +106,7 @@ QString messageOf(QWidget* viewer) {
 }
 
 QString noticeOf(QWidget* viewer) {
-    return labelText(viewer, "cameraNotice");
+    return labelText(viewer, "viewerBanner");
 }
 
 QString toldOf(QWidget* viewer) {

@@ -1,17 +1,18 @@
+#include <obvista/viewer/notice.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <frame_feed.h>
 #include <made_frames.h>
-#include <notice.h>
 #include <picture_worker.h>
 #include <thread>
 #include <vector>
 
 using cameraviewer::FrameFault;
 using cameraviewer::FrameFeed;
-using cameraviewer::Notice;
 using cameraviewer::PictureWorker;
+using obvista::Notice;
 using testing::ElementsAre;
 using testing::Pair;
 

@@ -1,3 +1,5 @@
+#include <obvista/viewer/notice.h>
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -5,14 +7,13 @@
 #include <condition_variable>
 #include <made_frames.h>
 #include <mutex>
-#include <notice.h>
 #include <picture_worker.h>
 #include <thread>
 
 using cameraviewer::DecodedPicture;
 using cameraviewer::FrameFault;
-using cameraviewer::Notice;
 using cameraviewer::PictureWorker;
+using obvista::Notice;
 
 namespace {
 

@@ -101,9 +101,9 @@ TEST(Situation, PutsTheRobotBeforeTheCamera) {
     Situation lost = live();
     lost.fIsPaused = true;
     EXPECT_EQ(reason(lost), "Paused.");
-    lost.fRobot = Situation::Robot::Lost;
+    lost.fLink = obvista::LinkState::Lost;
     EXPECT_EQ(reason(lost), "The robot is lost.");
-    lost.fRobot = Situation::Robot::Closed;
+    lost.fLink = obvista::LinkState::Closed;
     EXPECT_EQ(reason(lost), "The connection is closed.");
 }
 

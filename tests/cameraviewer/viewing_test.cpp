@@ -863,7 +863,7 @@ void ViewingTest::canBeReadInADarkPalette() {
     QTRY_VERIFY(!noticeOf(viewer).isEmpty());
     actionOf(viewer, "copyFiguresAction")->trigger();
     QTRY_VERIFY(!toldOf(viewer).isEmpty());
-    for (const char* name : {"cameraStatus", "cameraReadout", "cameraNotice", "cameraTold",
+    for (const char* name : {"cameraStatus", "cameraReadout", "viewerBanner", "cameraTold",
                              "histogramText", "histogramBars", "cameraBox", "viewButton"}) {
         auto* part = viewer->findChild<QWidget*>(QLatin1String(name));
         QVERIFY2(contrastOf(*part) > 120, name);

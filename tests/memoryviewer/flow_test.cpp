@@ -7,7 +7,6 @@
 #include "viewer_driver.h"
 
 #include <robaxi/kv_broker.h>
-#include <robaxi/kv_error.h>
 
 #include <QAbstractItemModel>
 #include <QElapsedTimer>
@@ -51,7 +50,7 @@ void FlowTest::init() {
     fRobot = std::make_unique<MemoryRobot>();
     fRobot->set("Real", 1);
     const auto broker = KVBroker::createBroker("FlowTest", "", 0, "", 0, 0, "", true);
-    fLink = MemoryLink::open(broker, "127.0.0.1", fRobot->port(), 5);
+    fLink = std::make_shared<MemoryLink>(broker, "127.0.0.1", fRobot->port(), 5);
     fWidget = std::make_unique<MemoryViewerWidget>(fLink, nullptr, nullptr);
     fWidget->show();
     QTRY_COMPARE(valueOf(fWidget.get(), "Real"), QStringLiteral("1"));
@@ -147,7 +146,7 @@ void FlowTest::endsCurvesAtTheLastValueOfALostRobot() {
     const std::int64_t last = curve().last().fTime;
     // The value is drawn as constant until the robot's death is detected.
     QTRY_VERIFY(plots->timeAxis().right() > static_cast<double>(last) + aSecond);
-    fLink->feed().reportLost(KVError(KVError::Cause::ConnectionLost, "It is gone."));
+    fRobot->stop();
     QTRY_VERIFY(!curve().isGoingOn());
     QCOMPARE(curve().last().fTime, last);
     QTRY_COMPARE(plots->timeAxis().right(), static_cast<double>(last));

@@ -271,7 +271,7 @@ void LooksTest::whatIsWrongCanBeRead() {
     const int inside = filter->height() / 4;
     const QRect text(2 * inside, inside, filter->width() / 2, 2 * inside);
     QVERIFY(coloursIn(filter, text).fContrast >= a_textContrast);
-    QVERIFY(coloursIn(xPart<QLabel>("memoryNotice")).fContrast >= a_textContrast);
+    QVERIFY(coloursIn(xPart<QLabel>("viewerBanner")).fContrast >= a_textContrast);
     QVERIFY(coloursIn(xPart<QLabel>("memoryStatus")).fContrast >= a_textContrast);
     filter->setText(QStringLiteral("nosuchkey"));
     QTRY_VERIFY(!messageOf(fViewer).isEmpty());

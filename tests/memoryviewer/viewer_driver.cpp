@@ -104,7 +104,7 @@ QString messageOf(QWidget* viewer) {
 }
 
 QString noticeOf(QWidget* viewer) {
-    return labelText(viewer, "memoryNotice");
+    return labelText(viewer, "viewerBanner");
 }
 
 }  // namespace obvista_test

@@ -8,7 +8,7 @@
 
 #include <string>
 
-using viewer::RobotSettings;
+using obvista::RobotSettings;
 
 namespace {
 

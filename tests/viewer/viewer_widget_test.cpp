@@ -1,29 +1,31 @@
+#include <obvista/viewer/link_state.h>
 #include <obvista/viewer/robot_link.h>
 #include <obvista/viewer/viewer_widget.h>
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_connection.h>
 
 #include <QLabel>
+#include <QSignalSpy>
 #include <QtTest>
 #include <qt_test_main.h>
 
 #include <free_port.h>
 
+using obvista::LinkState;
+using obvista::ViewerWidget;
+
 namespace {
 
 /** A link through which nothing flows. */
-class PlainLink : public viewer::RobotLink {
+class PlainLink : public obvista::RobotLink {
   public:
-    PlainLink(const boost::shared_ptr<KVBroker>& broker, const std::string& ip, int port)
-        : RobotLink(broker, ip, port, 10.0) {}
-    ~PlainLink() override { closeSilently(); }
+    using RobotLink::RobotLink;
+    ~PlainLink() override { close(); }
     PlainLink(const PlainLink&) = delete;
     PlainLink& operator=(const PlainLink&) = delete;
 
-  private:
-    void xStop() override {}
-    void xTellClosed() override {}
-    void xSilence() override {}
+  protected:
+    void stop() override {}
 };
 
 }  // namespace
@@ -32,17 +34,80 @@ class ViewerWidgetTest : public QObject {
     Q_OBJECT
 
   private Q_SLOTS:
+    void init();
+    void cleanup();
+
     void writesAnIpv6AddressInBrackets();
+    void tellsOfNewsOnceForAllThatCame();
+    void saysThatItsLinkIsClosed();
+    void saysThatTheRobotIsLostBeforeItReportsIt();
+
+  private:
+    QLabel* xBanner() const { return fWidget->findChild<QLabel*>(QStringLiteral("viewerBanner")); }
+
+    int fPort = 0;
+    boost::shared_ptr<KVBroker> fRobot;
+    std::shared_ptr<PlainLink> fLink;
+    std::unique_ptr<ViewerWidget> fWidget;
 };
 
-void ViewerWidgetTest::writesAnIpv6AddressInBrackets() {
-    const int port = obvista_test::freePort();
-    const auto robot = KVBroker::createBroker("Robot", "::1", port, "", 0, 0, "", false);
+void ViewerWidgetTest::init() {
+    fPort = obvista_test::freePort();
+    fRobot = KVBroker::createBroker("Robot", "::1", fPort, "", 0, 0, "", false);
     const auto broker = KVBroker::createBroker("Viewer", "", 0, "", 0, 0, "", false);
-    viewer::ViewerWidget widget(std::make_shared<PlainLink>(broker, "::1", port), nullptr, nullptr);
-    QCOMPARE(widget.robotAddress(), QStringLiteral("[::1]:%1").arg(port));
-    const auto* address = widget.findChild<QLabel*>(QStringLiteral("robotAddress"));
-    QCOMPARE(address->text(), widget.robotAddress());
+    fLink = std::make_shared<PlainLink>(broker, "::1", fPort, 10.0);
+    fWidget = std::make_unique<ViewerWidget>(fLink, nullptr, nullptr);
+}
+
+void ViewerWidgetTest::cleanup() {
+    fWidget.reset();
+    fLink.reset();
+    fRobot.reset();
+}
+
+void ViewerWidgetTest::writesAnIpv6AddressInBrackets() {
+    QCOMPARE(fWidget->robotAddress(), QStringLiteral("[::1]:%1").arg(fPort));
+    const auto* address = fWidget->findChild<QLabel*>(QStringLiteral("robotAddress"));
+    QCOMPARE(address->text(), fWidget->robotAddress());
+}
+
+void ViewerWidgetTest::tellsOfNewsOnceForAllThatCame() {
+    QSignalSpy news(fWidget.get(), &ViewerWidget::newsArrived);
+    fLink->notice().give();
+    fLink->notice().give();
+    QCOMPARE(news.size(), 0);
+    QTRY_COMPARE(news.size(), 1);
+    fLink->notice().give();
+    QTRY_COMPARE(news.size(), 2);
+}
+
+void ViewerWidgetTest::saysThatItsLinkIsClosed() {
+    QSignalSpy news(fWidget.get(), &ViewerWidget::newsArrived);
+    QSignalSpy ended(fWidget.get(), &ViewerWidget::linkEnded);
+    int losses = 0;
+    connect(fWidget.get(), &ViewerWidget::disconnected, this, [&] { ++losses; });
+    QVERIFY(xBanner()->isHidden());
+    fLink->notice().give();
+    fLink->close();
+    QTRY_COMPARE(ended.size(), 1);
+    QCOMPARE(fWidget->linkState(), LinkState::Closed);
+    QCOMPARE(xBanner()->text(), QStringLiteral("The connection is closed."));
+    QVERIFY(!xBanner()->isHidden());
+    QCOMPARE(news.size(), 0);
+    QCOMPARE(losses, 0);
+}
+
+void ViewerWidgetTest::saysThatTheRobotIsLostBeforeItReportsIt() {
+    QString whenReported;
+    connect(fWidget.get(), &ViewerWidget::disconnected, this,
+            [&] { whenReported = xBanner()->text(); });
+    fRobot.reset();
+    QTRY_COMPARE(whenReported, QStringLiteral("The robot is lost."));
+    QCOMPARE(fWidget->linkState(), LinkState::Lost);
+    QVERIFY(!xBanner()->isHidden());
+    fLink->close();
+    QCoreApplication::processEvents();
+    QCOMPARE(fWidget->linkState(), LinkState::Lost);
 }
 
 OBVISTA_QTEST_MAIN(ViewerWidgetTest)

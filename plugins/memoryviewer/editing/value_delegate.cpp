@@ -185,7 +185,7 @@ void ValueDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIn
 
 /** Drawn once for all cells of the same look. */
 const QIcon& ValueDelegate::xPencil(const QPalette& palette, int size, qreal ratio) const {
-    const QColor colour = viewer::dimmedText(palette);
+    const QColor colour = obvista::dimmedText(palette);
     const QColor& chosen = palette.color(QPalette::HighlightedText);
     const auto look = std::make_tuple(colour.rgba(), chosen.rgba(), size, ratio);
     if (look != fPencilLook) {
@@ -204,7 +204,7 @@ void ValueDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
         painter->fillRect(option.rect, tint(colourOf(mark, option.palette)));
         if (option.state.testFlag(QStyle::State_Selected)) {
             // The style paints over the tint.
-            marked.palette.setColor(QPalette::Highlight, viewer::markedHighlight(option.palette));
+            marked.palette.setColor(QPalette::Highlight, obvista::markedHighlight(option.palette));
         }
     }
     QStyledItemDelegate::paint(painter, marked, index);

@@ -1,6 +1,6 @@
 #include "editing/value_entry.h"
 
-#include "model/value_text.h"
+#include <obvista/viewer/value_text.h>
 
 #include <QCoreApplication>
 #include <QLocale>
@@ -84,7 +84,7 @@ bool isEnterable(KVValue::Type type) {
 
 QString entryText(const KVValue& value) {
     return value.type() == KVValue::Type::String ? QString::fromStdString(value.toString())
-                                                 : exactValueText(value);
+                                                 : obvista::exactValueText(value);
 }
 
 Entry readEntry(const QString& text, KVValue::Type type) {

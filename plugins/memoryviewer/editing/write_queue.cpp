@@ -74,9 +74,9 @@ void WriteQueue::xRun() {
         try {
             fWriter->write(job.fKey.fName, job.fValue);
         } catch (const KVError& error) {
-            refusal = viewer::plainText(error.toString());
+            refusal = obvista::plainText(error.toString());
         } catch (const std::exception& error) {
-            refusal = viewer::plainText(error.what());
+            refusal = obvista::plainText(error.what());
         }
         QMetaObject::invokeMethod(
             this, [this, job, refusal] { xFinish(job, refusal); }, Qt::QueuedConnection);

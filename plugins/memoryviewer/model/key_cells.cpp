@@ -1,10 +1,10 @@
 #include "model/key_cells.h"
 
 #include "editing/value_entry.h"
-#include "model/value_text.h"
 #include "session/key_store.h"
 
 #include <base/time.h>
+#include <obvista/viewer/value_text.h>
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -43,16 +43,18 @@ bool isEditable(const MemoryKey& key, int column) {
 }
 
 QString toolTipText(const MemoryKey& key) {
-    QString text = QStringLiteral("<p><b>%1</b>").arg(plainText(key.fInfo.fName).toHtmlEscaped());
+    QString text =
+        QStringLiteral("<p><b>%1</b>").arg(obvista::plainText(key.fInfo.fName).toHtmlEscaped());
     if (!key.fInfo.fDescription.empty()) {
-        text += QStringLiteral("<br/>") + plainText(key.fInfo.fDescription).toHtmlEscaped();
+        text +=
+            QStringLiteral("<br/>") + obvista::plainText(key.fInfo.fDescription).toHtmlEscaped();
     }
     if (!key.hasValue()) {
         return text + QStringLiteral("</p>");
     }
-    const QString unit = plainText(key.fInfo.fUnit, a_maxUnitLength);
+    const QString unit = obvista::plainText(key.fInfo.fUnit, a_maxUnitLength);
     text += toolTipLine(translated("Value"),
-                        (exactValueText(key.fValue) + QLatin1Char(' ') + unit).trimmed());
+                        (obvista::exactValueText(key.fValue) + QLatin1Char(' ') + unit).trimmed());
     const QDateTime time = QDateTime::fromMSecsSinceEpoch(key.fTime / 1000);
     text += toolTipLine(translated("Changed"),
                         time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz")));
@@ -78,9 +80,9 @@ bool isRightAligned(const MemoryKey& key, int column) {
 QString keyCellText(const KeyStore& keys, const MemoryKey& key, int column) {
     switch (column) {
         case ValueColumn:
-            return valueText(key.fValue);
+            return obvista::valueText(key.fValue);
         case UnitColumn:
-            return plainText(key.fInfo.fUnit, a_maxUnitLength);
+            return obvista::plainText(key.fInfo.fUnit, a_maxUnitLength);
         case TypeColumn:
             return QLatin1String(KVValue::typeName(key.type()));
         case RateColumn:
@@ -182,8 +184,9 @@ double ageOf(const KeyStore& keys, const MemoryKey& key) {
 }
 
 QString rowText(const MemoryKey& key, int maxValueLength) {
-    return QStringList{plainText(key.fInfo.fName), exactValueText(key.fValue, maxValueLength),
-                       plainText(key.fInfo.fUnit, a_maxUnitLength),
+    return QStringList{obvista::plainText(key.fInfo.fName),
+                       obvista::exactValueText(key.fValue, maxValueLength),
+                       obvista::plainText(key.fInfo.fUnit, a_maxUnitLength),
                        QLatin1String(KVValue::typeName(key.type()))}
         .join(QLatin1Char('\t'));
 }

@@ -2,8 +2,9 @@
 
 #include "editing/write_queue.h"
 #include "model/key_cells.h"
-#include "model/value_text.h"
 #include "session/key_store.h"
+
+#include <obvista/viewer/value_text.h>
 
 namespace memoryviewer {
 
@@ -62,8 +63,9 @@ ValueLook KeyValueSource::look(const QModelIndex& index) const {
     }
     // The robot says that it has taken a value over before it sends it.
     const bool isAwaited = mark == ValueMark::Accepted && key->fValue == write->fBefore;
-    return mark == ValueMark::Pending || isAwaited ? ValueLook{mark, valueText(write->fValue)}
-                                                   : ValueLook{mark, {}};
+    return mark == ValueMark::Pending || isAwaited
+               ? ValueLook{mark, obvista::valueText(write->fValue)}
+               : ValueLook{mark, {}};
 }
 
 }  // namespace memoryviewer

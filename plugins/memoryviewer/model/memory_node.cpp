@@ -1,6 +1,6 @@
 #include "model/memory_node.h"
 
-#include "model/value_text.h"
+#include <obvista/viewer/value_text.h>
 
 #include <QCoreApplication>
 
@@ -15,7 +15,7 @@ namespace {
 
 QString shownName(const std::string& segment) {
     return segment.empty() ? QCoreApplication::translate("MemoryModel", "(no name)")
-                           : plainText(segment, MemoryNode::a_maxNameLength);
+                           : obvista::plainText(segment, MemoryNode::a_maxNameLength);
 }
 
 }  // namespace

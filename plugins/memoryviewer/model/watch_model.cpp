@@ -1,8 +1,9 @@
 #include "model/watch_model.h"
 
 #include "model/key_cells.h"
-#include "model/value_text.h"
 #include "plots/key_mime.h"
+
+#include <obvista/viewer/value_text.h>
 
 #include <QMimeData>
 
@@ -148,7 +149,7 @@ QVariant WatchModel::data(const QModelIndex& index, int role) const {
         return {};
     }
     if (role == Qt::DisplayRole && index.column() == NameColumn) {
-        return plainText(fNames.at(index.row()).toStdString());
+        return obvista::plainText(fNames.at(index.row()).toStdString());
     }
     const MemoryKey* key = keyOf(index);
     return key != nullptr ? keyCellData(*fKeys, *key, index.column(), role)

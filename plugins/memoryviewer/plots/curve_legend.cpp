@@ -29,8 +29,8 @@ QSize pictureSize(int height) {
 }  // namespace
 
 QString legendText(const LegendEntry& entry) {
-    const QString name = viewer::plainText(entry.fName.toStdString(), a_maxNameLength);
-    const QString unit = viewer::plainText(entry.fUnit.toStdString(), a_maxUnitLength);
+    const QString name = obvista::plainText(entry.fName.toStdString(), a_maxNameLength);
+    const QString unit = obvista::plainText(entry.fUnit.toStdString(), a_maxUnitLength);
     return unit.isEmpty() ? name : QStringLiteral("%1 [%2]").arg(name, unit);
 }
 

@@ -28,7 +28,7 @@ FramePacer::FramePacer(QWidget* widget) : QObject(widget), fWidget(widget) {
 }
 
 bool FramePacer::canBeSeen() const {
-    return viewer::isSeen(*fWidget);
+    return obvista::isSeen(*fWidget);
 }
 
 void FramePacer::schedule(Pace pace) {

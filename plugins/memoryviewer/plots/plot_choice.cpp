@@ -173,7 +173,7 @@ void PlotChoice::take(const QStringList& names, int toPlot, int fromPlot) {
         } else if (const auto key = fLookup ? fLookup(name) : PlottedKey{name, {}}) {
             keys.push_back(*key);
         } else {
-            refused += viewer::plainText(name.toStdString());
+            refused += obvista::plainText(name.toStdString());
         }
     }
     if (xTakeNew(keys, toPlot) && !refused.isEmpty()) {

@@ -55,9 +55,9 @@ PlotPanel::PlotPanel(QWidget* parent)
       fPages(new QStackedLayout),
       fContent(new QWidget(this)),
       fColumns(new QSplitter(this)),
-      fMessage(viewer::makeMessage("plotMessage", this)),
-      fStatus(viewer::makeStatusLine("plotStatus", this)),
-      fNotice(viewer::makeNotice("plotNotice", this)),
+      fMessage(obvista::makeMessage("plotMessage", this)),
+      fStatus(obvista::makeStatusLine("plotStatus", this)),
+      fNotice(obvista::makeBanner("plotNotice", this)),
       fLegend(new CurveLegend(this)) {
     setObjectName(QStringLiteral("plotPanel"));
     setAcceptDrops(true);
@@ -378,7 +378,7 @@ void PlotPanel::xUpdateValues() {
 
 void PlotPanel::xUpdateStatus() {
     if (fPlots->isEmpty()) {
-        viewer::setStatus(*fStatus, tr("No plots"));
+        obvista::setStatus(*fStatus, tr("No plots"));
         return;
     }
     const QLocale locale;
@@ -388,7 +388,7 @@ void PlotPanel::xUpdateStatus() {
     const QString state = fTime->isFollowing()
                               ? tr("following")
                               : tr("paused: Space or End follows the newest values");
-    viewer::setStatus(*fStatus, state + viewer::statusSeparator() + points);
+    obvista::setStatus(*fStatus, state + obvista::statusSeparator() + points);
 }
 
 /** An answer to something that the user did; it stays until the next one. */

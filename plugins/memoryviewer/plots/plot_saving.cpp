@@ -6,8 +6,8 @@
 #include "plots/plot_stack.h"
 #include "plots/plot_view.h"
 #include "plots/time_axis.h"
-#include "recording/file_question.h"
 
+#include <obvista/viewer/file_question.h>
 #include <obvista/viewer/plain_text.h>
 
 #include <QFileInfo>
@@ -22,7 +22,7 @@ namespace memoryviewer {
 namespace {
 
 QString shownName(const QString& fileName) {
-    return viewer::plainText(QFileInfo(fileName).absoluteFilePath().toStdString());
+    return obvista::plainText(QFileInfo(fileName).absoluteFilePath().toStdString());
 }
 
 }  // namespace
@@ -46,17 +46,17 @@ void PlotSaving::addTo(QMenu& menu) {
 }
 
 void PlotSaving::xAskToSavePicture() {
-    askForFile(
+    obvista::askForFile(
         fWidget,
         {tr("Save picture"), tr("Pictures (*.png)"), QStringLiteral("png"), QStringLiteral("plot")},
         [this](const QString& file) { savePicture(file); });
 }
 
 void PlotSaving::xAskToSavePoints(bool onlyShown) {
-    askForFile(fWidget,
-               {tr("Save points"), tr("Comma-separated values (*.csv)"), QStringLiteral("csv"),
-                QStringLiteral("plot")},
-               [this, onlyShown](const QString& file) { savePoints(file, onlyShown); });
+    obvista::askForFile(fWidget,
+                        {tr("Save points"), tr("Comma-separated values (*.csv)"),
+                         QStringLiteral("csv"), QStringLiteral("plot")},
+                        [this, onlyShown](const QString& file) { savePoints(file, onlyShown); });
 }
 
 void PlotSaving::savePicture(const QString& fileName) {

@@ -106,7 +106,7 @@ CurveItem* PlotView::xItem(int key) const {
 
 void PlotView::setUnit(const QString& unit) {
     // A blank takes the room of a unit, so that all plots begin at the same place.
-    const QString text = viewer::plainText(unit.toStdString(), a_maxUnitLength);
+    const QString text = obvista::plainText(unit.toStdString(), a_maxUnitLength);
     QwtText title(text.isEmpty() ? QStringLiteral(" ") : text, QwtText::PlainText);
     title.setFont(font());
     setAxisTitle(yLeft, title);

@@ -1,10 +1,10 @@
 #include "recording/change_row.h"
 
-#include "model/value_text.h"
 #include "recording/csv_text.h"
 
 #include <base/csv.h>
 #include <base/safe_text.h>
+#include <obvista/viewer/value_text.h>
 
 namespace memoryviewer {
 
@@ -46,7 +46,7 @@ bool appendValue(std::string& rows, const KVValue& value) {
         }
         default: {
             // In brackets, quotation marks and hexadecimal digits, which are no formula.
-            const QString text = exactValueText(value, static_cast<int>(a_maxCsvValue));
+            const QString text = obvista::exactValueText(value, static_cast<int>(a_maxCsvValue));
             rows += base::csvField(text.toStdString());
             return !text.endsWith(QChar(0x2026));
         }

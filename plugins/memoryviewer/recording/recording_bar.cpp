@@ -1,8 +1,8 @@
 #include "recording/recording_bar.h"
 
 #include "recording/csv_recorder.h"
-#include "recording/file_question.h"
 
+#include <obvista/viewer/file_question.h>
 #include <obvista/viewer/labels.h>
 #include <obvista/viewer/plain_text.h>
 
@@ -33,7 +33,7 @@ RecordingBar::RecordingBar(CsvRecorder* recorder, QWidget* parent)
     : QWidget(parent),
       fRecorder(recorder),
       fButton(new QToolButton(this)),
-      fText(viewer::makeStatusLine("recordingStatus", this)) {
+      fText(obvista::makeStatusLine("recordingStatus", this)) {
     setObjectName(QStringLiteral("recordingBar"));
     fButton->setObjectName(QStringLiteral("recordingButton"));
     fButton->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
@@ -73,10 +73,10 @@ void RecordingBar::toggle() {
 }
 
 void RecordingBar::xAskForFile() {
-    const FileQuestion question{tr("Record to CSV"), tr("Comma-separated values (*.csv)"),
-                                QStringLiteral("csv"),
-                                fRobotName.isEmpty() ? QStringLiteral("robot") : fRobotName};
-    askForFile(this, question, [this](const QString& fileName) { start(fileName); });
+    const obvista::FileQuestion question{
+        tr("Record to CSV"), tr("Comma-separated values (*.csv)"), QStringLiteral("csv"),
+        fRobotName.isEmpty() ? QStringLiteral("robot") : fRobotName};
+    obvista::askForFile(this, question, [this](const QString& fileName) { start(fileName); });
 }
 
 void RecordingBar::xOnFinished(const QString& error) {
@@ -92,14 +92,14 @@ void RecordingBar::xUpdate() {
     fButton->setIcon(
         style()->standardIcon(isRecording ? QStyle::SP_MediaStop : QStyle::SP_DialogSaveButton));
     fButton->setAccessibleName(isRecording ? tr("Stop recording") : tr("Record to a CSV file"));
-    viewer::setStatus(*fText, fHasRecorded ? xProgressText() : tr("Not recording."));
+    obvista::setStatus(*fText, fHasRecorded ? xProgressText() : tr("Not recording."));
 }
 
 QString RecordingBar::xProgressText() const {
     const RecordingProgress progress = fRecorder->progress();
     const QLocale locale;
     const QString file = QFileInfo(fRecorder->fileName()).fileName();
-    QStringList parts{viewer::plainText(file.toStdString()),
+    QStringList parts{obvista::plainText(file.toStdString()),
                       tr("%1 rows").arg(locale.toString(static_cast<qulonglong>(progress.fRows))),
                       locale.formattedDataSize(progress.fBytes), durationText(progress.fSeconds)};
     if (progress.fLost > 0) {
@@ -112,7 +112,7 @@ QString RecordingBar::xProgressText() const {
     } else if (!fRecorder->isRecording()) {
         parts.prepend(tr("Recorded"));
     }
-    return parts.join(viewer::statusSeparator());
+    return parts.join(obvista::statusSeparator());
 }
 
 }  // namespace memoryviewer

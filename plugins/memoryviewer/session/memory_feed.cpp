@@ -14,22 +14,12 @@ constexpr std::size_t a_mostChangesKept = 500000;
 
 }  // namespace
 
-void MemoryFeed::setNotice(std::function<void()> notice) {
-    const std::lock_guard<std::mutex> lock(fMutex);
-    fNotice = std::move(notice);
-    fHasNotified = false;
-    if (fHasSomething) {
-        xNotify();
-    }
-}
-
 MemoryBatch MemoryFeed::take() {
     Pending pending;
     {
         const std::lock_guard<std::mutex> lock(fMutex);
         std::swap(pending, fPending);
         fHasSomething = false;
-        fHasNotified = false;
     }
     MemoryBatch batch = std::move(pending.fBatch);
     batch.fAdded.reserve(pending.fAdded.size());
@@ -46,16 +36,6 @@ MemoryBatch MemoryFeed::take() {
 void MemoryFeed::keepEveryChangeOf(std::unordered_set<std::uint32_t> ids) {
     const std::lock_guard<std::mutex> lock(fMutex);
     fEveryChangeIds = std::move(ids);
-}
-
-void MemoryFeed::reportLost(const KVError& error) {
-    xReportEnd(MemoryBatch::End::Lost, error);
-}
-
-void MemoryFeed::reportClosed() {
-    const std::lock_guard<std::mutex> lock(fMutex);
-    fPending.fBatch.fIsClosed = true;
-    xNotify();
 }
 
 void MemoryFeed::keysAdded(const std::vector<KVKeyInfo>& keys) {
@@ -106,26 +86,20 @@ void MemoryFeed::xMerge(const KVChange& change) {
     merged.fNewest = change;
 }
 
+/** A lost connection reports itself. */
 void MemoryFeed::ended(const KVError& error) {
-    const bool isLost = error.cause() == KVError::Cause::ConnectionLost;
-    xReportEnd(isLost ? MemoryBatch::End::Lost : MemoryBatch::End::Refused, error);
-}
-
-void MemoryFeed::xReportEnd(MemoryBatch::End end, const KVError& error) {
-    const std::lock_guard<std::mutex> lock(fMutex);
-    if (fPending.fBatch.fEnd != MemoryBatch::End::Lost) {
-        fPending.fBatch.fEnd = end;
-        fPending.fBatch.fEndText = error.toString();
+    if (error.cause() != KVError::Cause::ConnectionLost) {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        fPending.fBatch.fRefusal = error.toString();
+        xNotify();
     }
-    xNotify();
 }
 
 /** To be called with the lock held. */
 void MemoryFeed::xNotify() {
-    fHasSomething = true;
-    if (!fHasNotified && fNotice) {
-        fHasNotified = true;
-        fNotice();
+    if (!fHasSomething) {
+        fHasSomething = true;
+        fNotice.give();
     }
 }
 

@@ -3,11 +3,11 @@
 
 #include "session/memory_key.h"
 
+#include <obvista/viewer/notice.h>
 #include <robaxi/kv_subscription.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -19,13 +19,6 @@ namespace memoryviewer {
 
 /** What has come since the last MemoryFeed::take(), merged. */
 struct MemoryBatch {
-    /** How the flow of values ended. */
-    enum class End {
-        None,
-        Refused,  ///< the robot is there but gives no values
-        Lost      ///< the robot is gone
-    };
-
     bool fHasTable = false;               ///< the table of keys, or some of it, has arrived
     std::vector<std::uint32_t> fRemoved;  ///< to be applied before fAdded
     std::vector<KVKeyInfo> fAdded;        ///< in no particular order
@@ -33,9 +26,7 @@ struct MemoryBatch {
     std::vector<KVChange> fEveryChange;   ///< of the keys chosen with keepEveryChangeOf()
     std::size_t fUpdates = 0;             ///< values received, those merged away included
     std::int64_t fArrival = 0;  ///< of the last of them, microseconds since 1970 by our clock
-    End fEnd = End::None;
-    std::string fEndText;    ///< why it ended
-    bool fIsClosed = false;  ///< this side ended it, which outweighs fEnd
+    std::optional<std::string> fRefusal;  ///< why the robot gives no values
 };
 
 /**
@@ -47,23 +38,14 @@ struct MemoryBatch {
  */
 class MemoryFeed : public KVSubscription::Listener {
   public:
-    /**
-     * Sets what is called when there is something to take: once, on whatever thread it came from,
-     * until take() is called; at once when there is something already. It must only pass the word
-     * on, as it runs under the feed's lock. An empty function is set without delay and none is
-     * called after that.
-     */
-    void setNotice(std::function<void()> notice);
+    /** @param notice given once for all that comes between two calls of take(); must outlive the
+     *  feed */
+    explicit MemoryFeed(obvista::Notice& notice) : fNotice(notice) {}
 
     MemoryBatch take();
 
     /** Keys of which every change is wanted, for a plot or a recording. */
     void keepEveryChangeOf(std::unordered_set<std::uint32_t> ids);
-
-    /** The connection is lost. The first end that is reported is the one that is kept. */
-    void reportLost(const KVError& error);
-    /** This side has closed the connection. */
-    void reportClosed();
 
     void keysAdded(const std::vector<KVKeyInfo>& keys) override;
     void keysRemoved(const std::vector<std::uint32_t>& ids) override;
@@ -77,16 +59,14 @@ class MemoryFeed : public KVSubscription::Listener {
         std::unordered_map<std::uint32_t, MergedChange> fChanged;
     };
 
-    void xReportEnd(MemoryBatch::End end, const KVError& error);
     void xMerge(const KVChange& change);
     void xNotify();
 
-    std::mutex fMutex;
+    obvista::Notice& fNotice;
+    std::mutex fMutex;  // guards all below
     Pending fPending;
     std::unordered_set<std::uint32_t> fEveryChangeIds;
-    std::function<void()> fNotice;
     bool fHasSomething = false;
-    bool fHasNotified = false;
 };
 
 }  // namespace memoryviewer

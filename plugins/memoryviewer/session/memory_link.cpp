@@ -15,27 +15,18 @@ constexpr int a_writeTimeOut = 3;
 
 }  // namespace
 
-std::shared_ptr<MemoryLink> MemoryLink::open(const boost::shared_ptr<KVBroker>& broker,
-                                             const std::string& ip, int port, double timeOut) {
-    std::shared_ptr<MemoryLink> link(new MemoryLink(broker, ip, port, timeOut));
-    closeAtExit(link);
-    return link;
-}
-
 MemoryLink::MemoryLink(const boost::shared_ptr<KVBroker>& broker, const std::string& ip, int port,
                        double timeOut)
     : RobotLink(broker, ip, port, timeOut), fBroker(broker), fRate(a_firstRate) {
     fFast = KVSubscription::start(connection(), a_module, KVSubscription::Selection::ChosenKeys,
                                   fRate, &fFeed);
-    connection()->setLostHandler([this](const KVError& error) { fFeed.reportLost(error); });
 }
 
 MemoryLink::~MemoryLink() {
     close();
 }
 
-void MemoryLink::xStop() {
-    connection()->setLostHandler(nullptr);
+void MemoryLink::stop() {
     fSlow.reset();
     fFast.reset();
 }
@@ -74,14 +65,6 @@ std::unique_ptr<ValueWriter> MemoryLink::makeWriter() const {
 
 void MemoryLink::SlowListener::valuesChanged(const std::vector<KVChange>& changes) {
     fFeed.valuesChanged(changes);
-}
-
-void MemoryLink::xTellClosed() {
-    fFeed.reportClosed();
-}
-
-void MemoryLink::xSilence() {
-    fFeed.setNotice(nullptr);
 }
 
 }  // namespace memoryviewer

@@ -18,7 +18,7 @@ class ValueWriter;
 
 /** One viewer's connection to one robot, the subscription to its memory, and the feed that they
  *  fill: only that is used from the library's threads too. */
-class MemoryLink : public viewer::RobotLink {
+class MemoryLink : public obvista::RobotLink {
   public:
     /** Updates a second of the slow keys of a plan. */
     static constexpr double a_slowRate = 1;
@@ -28,9 +28,8 @@ class MemoryLink : public viewer::RobotLink {
      *
      * @throws KVError when the robot cannot be reached within the time-out
      */
-    static std::shared_ptr<MemoryLink> open(const boost::shared_ptr<KVBroker>& broker,
-                                            const std::string& ip, int port, double timeOut);
-
+    MemoryLink(const boost::shared_ptr<KVBroker>& broker, const std::string& ip, int port,
+               double timeOut);
     ~MemoryLink() override;
 
     MemoryFeed& feed() { return fFeed; }
@@ -49,6 +48,9 @@ class MemoryLink : public viewer::RobotLink {
     /** What writes values to this robot, over a connection of its own. */
     std::unique_ptr<ValueWriter> makeWriter() const;
 
+  protected:
+    void stop() override;
+
   private:
     /** Passes the values on that come once a second; of the keys it has heard already. */
     class SlowListener : public KVSubscription::Listener {
@@ -63,15 +65,8 @@ class MemoryLink : public viewer::RobotLink {
         MemoryFeed& fFeed;
     };
 
-    MemoryLink(const boost::shared_ptr<KVBroker>& broker, const std::string& ip, int port,
-               double timeOut);
-
-    void xStop() override;
-    void xTellClosed() override;
-    void xSilence() override;
-
     const boost::shared_ptr<KVBroker> fBroker;
-    MemoryFeed fFeed;
+    MemoryFeed fFeed{notice()};
     SlowListener fSlowListener{fFeed};
     SubscriptionPlan fPlan;
     int fRate;

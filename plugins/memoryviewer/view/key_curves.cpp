@@ -1,9 +1,10 @@
 #include "view/key_curves.h"
 
-#include "model/value_text.h"
 #include "plots/plot_history.h"
 #include "plots/plot_panel.h"
 #include "session/key_store.h"
+
+#include <obvista/viewer/value_text.h>
 
 #include <algorithm>
 #include <iterator>
@@ -68,7 +69,7 @@ void KeyCurves::xOnPlottedKeysChanged() {
 void KeyCurves::xDescribe(const MemoryKey& key) {
     const QString name = QString::fromStdString(key.fInfo.fName);
     if (fPlots->isPlotted(name)) {
-        fPlots->describeKey(name, plainText(key.fInfo.fUnit), shapeOf(key));
+        fPlots->describeKey(name, obvista::plainText(key.fInfo.fUnit), shapeOf(key));
     }
 }
 
@@ -118,9 +119,9 @@ void KeyCurves::setUpdating(bool isUpdating) {
 
 std::optional<PlottedKey> KeyCurves::xLookup(const QString& name) const {
     const MemoryKey* key = fKeys->find(name.toStdString());
-    return hasNumbers(key)
-               ? std::optional<PlottedKey>({name, plainText(key->fInfo.fUnit), shapeOf(*key)})
-               : std::nullopt;
+    return hasNumbers(key) ? std::optional<PlottedKey>(
+                                 {name, obvista::plainText(key->fInfo.fUnit), shapeOf(*key)})
+                           : std::nullopt;
 }
 
 void KeyCurves::xOnKeysAdded(const std::vector<const MemoryKey*>& keys) {

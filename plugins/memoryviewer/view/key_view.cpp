@@ -1,7 +1,8 @@
 #include "view/key_view.h"
 
 #include "model/key_cells.h"
-#include "model/value_text.h"
+
+#include <obvista/viewer/value_text.h>
 
 #include <QAccessible>
 #include <QClipboard>
@@ -92,8 +93,9 @@ void KeyView::copyNames() {
 }
 
 void KeyView::copyValues() {
-    xCopy(chosenKeys(),
-          [](const MemoryKey* key) { return exactValueText(key->fValue, a_maxCopiedValue); });
+    xCopy(chosenKeys(), [](const MemoryKey* key) {
+        return obvista::exactValueText(key->fValue, a_maxCopiedValue);
+    });
 }
 
 void KeyView::copyRows() {
@@ -105,7 +107,7 @@ void KeyView::xCopy(const Chosen& chosen, TextOf textOf) const {
     if (chosen.empty()) {
         return;
     }
-    viewer::BoundedText lines(a_maxCopied);
+    obvista::BoundedText lines(a_maxCopied);
     for (const auto& one : chosen) {
         if (lines.isFull()) {
             break;

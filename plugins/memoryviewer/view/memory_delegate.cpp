@@ -34,7 +34,7 @@ const QPalette& MemoryDelegate::xDimmed(const QPalette& palette) const {
     if (fDimmedFrom != palette.cacheKey()) {
         fDimmedFrom = palette.cacheKey();
         fDimmed = palette;
-        fDimmed.setColor(QPalette::Text, viewer::dimmedText(palette));
+        fDimmed.setColor(QPalette::Text, obvista::dimmedText(palette));
     }
     return fDimmed;
 }

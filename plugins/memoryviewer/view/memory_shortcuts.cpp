@@ -11,28 +11,28 @@ QString translated(const char* text) {
 }
 
 QString standardKeys(QKeySequence::StandardKey keys) {
-    return viewer::keyText(QKeySequence(keys));
+    return obvista::keyText(QKeySequence(keys));
 }
 
-viewer::KeyGroup viewerKeys() {
+obvista::KeyGroup viewerKeys() {
     return {translated("Memory viewer"),
             {{standardKeys(QKeySequence::Find), translated("go to the filter")},
-             {viewer::keyText(Qt::CTRL + Qt::Key_Space), translated("pause, or go on")},
+             {obvista::keyText(Qt::CTRL + Qt::Key_Space), translated("pause, or go on")},
              {translated("Alt+R"), translated("record to CSV, or stop")}}};
 }
 
-viewer::KeyGroup filterKeys() {
+obvista::KeyGroup filterKeys() {
     return {translated("Filter"),
             {{translated("Enter, Down"), translated("go to the first key that fits")},
              {translated("Esc"), translated("clear the filter")}}};
 }
 
-viewer::KeyGroup treeKeys() {
+obvista::KeyGroup treeKeys() {
     return {translated("Keys and watched values"),
             {{translated("arrows, *"), translated("move, open and close a branch; open all below")},
              {translated("letters"), translated("go to a row by its name")},
-             {viewer::keyText(Qt::CTRL + Qt::Key_D), translated("watch, or no longer")},
-             {viewer::keyText(Qt::CTRL + Qt::Key_P), translated("plot")},
+             {obvista::keyText(Qt::CTRL + Qt::Key_D), translated("watch, or no longer")},
+             {obvista::keyText(Qt::CTRL + Qt::Key_P), translated("plot")},
              {translated("F2"), translated("edit the value")},
              {standardKeys(QKeySequence::Undo), translated("undo the last write")},
              {standardKeys(QKeySequence::Copy), translated("copy the chosen rows")},
@@ -41,7 +41,7 @@ viewer::KeyGroup treeKeys() {
              {translated("Menu"), translated("menu of the row")}}};
 }
 
-viewer::KeyGroup plotKeys() {
+obvista::KeyGroup plotKeys() {
     return {translated("Plots"),
             {{translated("Space"), translated("follow the newest values, or pause")},
              {translated("End"), translated("follow the newest values")},
@@ -58,7 +58,7 @@ viewer::KeyGroup plotKeys() {
 
 }  // namespace
 
-std::vector<viewer::KeyGroup> memoryShortcuts() {
+std::vector<obvista::KeyGroup> memoryShortcuts() {
     return {viewerKeys(), filterKeys(), treeKeys(), plotKeys()};
 }
 

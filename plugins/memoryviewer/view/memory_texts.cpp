@@ -1,9 +1,10 @@
 #include "view/memory_texts.h"
 
 #include "model/key_cells.h"
-#include "model/value_text.h"
 
 #include <obvista/viewer/labels.h>
+#include <obvista/viewer/link_state.h>
+#include <obvista/viewer/value_text.h>
 
 #include <QCoreApplication>
 #include <QStringList>
@@ -31,9 +32,9 @@ QString phaseText(const MemorySituation& situation) {
         case MemoryPhase::Refused:
             return translated("The robot gives no values: %1").arg(situation.fRefusal);
         case MemoryPhase::Lost:
-            return translated("The robot is lost.");
+            return obvista::endText(obvista::LinkState::Lost);
         case MemoryPhase::Closed:
-            return translated("The connection is closed.");
+            return obvista::endText(obvista::LinkState::Closed);
     }
     return {};
 }
@@ -84,7 +85,7 @@ QString messageFor(const MemorySituation& situation) {
     }
     return translated("None of the %1 keys fits the filter \"%2\".")
         .arg(situation.fKeys)
-        .arg(plainText(situation.fFilter.toStdString(), a_maxFilterLength));
+        .arg(obvista::plainText(situation.fFilter.toStdString(), a_maxFilterLength));
 }
 
 QString noticeFor(const MemorySituation& situation) {
@@ -113,7 +114,7 @@ QString statusFor(const MemorySituation& situation) {
     if (situation.isLive() && situation.fAge >= 0) {
         parts += translated("age %1").arg(ageText(situation.fAge));
     }
-    return parts.join(viewer::statusSeparator());
+    return parts.join(obvista::statusSeparator());
 }
 
 }  // namespace memoryviewer

@@ -49,7 +49,7 @@ MemoryToolBar::MemoryToolBar(QWidget* parent)
     connect(fPause, &QToolButton::toggled, this, &MemoryToolBar::pauseChanged);
 
     fRate->setObjectName(QStringLiteral("memoryRate"));
-    viewer::nameByLabel(*fRate, tr("Updates a second"));
+    obvista::nameByLabel(*fRate, tr("Updates a second"));
     fRate->setToolTip(tr("How often the robot sends what has changed"));
     for (const int rate : a_rates) {
         fRate->addItem(tr("%1 Hz").arg(rate), rate);
@@ -94,7 +94,7 @@ void MemoryToolBar::setFilter(const QString& filter) {
 void MemoryToolBar::setFilterFault(const QString& fault) {
     QPalette colours = palette();
     if (!fault.isEmpty()) {
-        colours.setColor(QPalette::Text, viewer::faultText(colours));
+        colours.setColor(QPalette::Text, obvista::faultText(colours));
     }
     fFilter->setPalette(colours);
     fFilter->setAccessibleDescription(fault);

@@ -4,7 +4,6 @@
 #include "model/key_cells.h"
 #include "model/key_value_source.h"
 #include "model/memory_model.h"
-#include "model/value_text.h"
 #include "model/watch_model.h"
 #include "plots/plot_panel.h"
 #include "recording/csv_recorder.h"
@@ -25,7 +24,7 @@
 
 #include <base/time.h>
 #include <obvista/viewer/labels.h>
-#include <obvista/viewer/robot_header.h>
+#include <obvista/viewer/value_text.h>
 #include <obvista/viewer/widget_seen.h>
 
 #include <QHeaderView>
@@ -93,9 +92,8 @@ MemoryViewerWidget::MemoryViewerWidget(std::shared_ptr<MemoryLink> link, WidgetI
       fSubscriber(std::make_unique<KeySubscriber>(fLink, fKeys, fCurves)),
       fSplitter(new QSplitter(Qt::Vertical, this)),
       fPages(new QStackedLayout),
-      fMessage(viewer::makeMessage("memoryMessage", this)),
-      fNotice(viewer::makeNotice("memoryNotice", this)),
-      fStatus(viewer::makeStatusLine("memoryStatus", this)) {
+      fMessage(obvista::makeMessage("memoryMessage", this)),
+      fStatus(obvista::makeStatusLine("memoryStatus", this)) {
     fSituation.fRobot = xRobotText();
     xBuild();
     xRestore();
@@ -107,10 +105,6 @@ MemoryViewerWidget::MemoryViewerWidget(std::shared_ptr<MemoryLink> link, WidgetI
     fSinceValue.start();
     fTickTimer.start(a_tickTime);
     fSecondTimer.start(a_secondTime);
-    fLink->feed().setNotice([this] {
-        QMetaObject::invokeMethod(
-            this, [this] { xOnNotice(); }, Qt::QueuedConnection);
-    });
 }
 
 MemoryViewerWidget::~MemoryViewerWidget() {
@@ -148,17 +142,9 @@ void MemoryViewerWidget::xBuild() {
     keys->setMinimumHeight(a_leastLines * fontMetrics().height());
     fPlots->hide();
 
-    auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(0);
-    column->addWidget(header());
-    column->addWidget(fToolBar);
-    column->addWidget(fNotice);
-    column->addWidget(fSplitter, 1);
-    column->addWidget(fRecording);
-    column->addWidget(fStatus);
+    layOut(fToolBar, {fSplitter, fRecording, fStatus}, fSplitter);
 
-    for (const viewer::KeyGroup& group : memoryShortcuts()) {
+    for (const obvista::KeyGroup& group : memoryShortcuts()) {
         addKeys(group);
     }
     new KeyActions({fTree, fWatchView, fWatched, fCurves, fValues.get(), fWrites.get()}, this);
@@ -167,6 +153,8 @@ void MemoryViewerWidget::xBuild() {
 void MemoryViewerWidget::xConnect() {
     fFrameTimer.setSingleShot(true);
     fFilterTimer.setSingleShot(true);
+    connect(this, &ViewerWidget::newsArrived, this, &MemoryViewerWidget::xOnNews);
+    connect(this, &ViewerWidget::linkEnded, this, &MemoryViewerWidget::xOnLinkEnded);
     connect(&fFrameTimer, &QTimer::timeout, this, &MemoryViewerWidget::xOnFrame);
     connect(&fTickTimer, &QTimer::timeout, this, &MemoryViewerWidget::xOnTick);
     connect(&fSecondTimer, &QTimer::timeout, this, &MemoryViewerWidget::xOnSecond);
@@ -258,7 +246,7 @@ void MemoryViewerWidget::hideEvent(QHideEvent* event) {
     xSave();
 }
 
-void MemoryViewerWidget::xOnNotice() {
+void MemoryViewerWidget::xOnNews() {
     if (!fFrameTimer.isActive()) {
         const qint64 rest = a_frameTime - fSinceFrame.elapsed();
         fFrameTimer.start(static_cast<int>(std::max<qint64>(rest, 0)));
@@ -269,30 +257,22 @@ void MemoryViewerWidget::xOnFrame() {
     fSinceFrame.restart();
     MemoryBatch batch = fLink->feed().take();
     xApply(batch);
-    if (batch.fIsClosed) {
-        const bool isLost = fSituation.fPhase == MemoryPhase::Lost;
-        xSetPhase(isLost ? MemoryPhase::Lost : MemoryPhase::Closed);
+    if (linkState() != obvista::LinkState::Connected) {
         return;
     }
-    xOnEnd(batch);
+    if (batch.fRefusal) {
+        fSituation.fRefusal = obvista::plainText(*batch.fRefusal);
+        xSetPhase(MemoryPhase::Refused);
+    } else {
+        xSetPhase(batch.fHasTable ? MemoryPhase::Live : fSituation.fPhase);
+    }
 }
 
-void MemoryViewerWidget::xOnEnd(const MemoryBatch& batch) {
-    switch (batch.fEnd) {
-        case MemoryBatch::End::None:
-            xSetPhase(batch.fHasTable ? MemoryPhase::Live : fSituation.fPhase);
-            break;
-        case MemoryBatch::End::Refused:
-            fSituation.fRefusal = plainText(batch.fEndText);
-            xSetPhase(MemoryPhase::Refused);
-            break;
-        case MemoryBatch::End::Lost:
-            if (fSituation.fPhase != MemoryPhase::Lost) {
-                xSetPhase(MemoryPhase::Lost);
-                reportLoss();
-            }
-            break;
-    }
+/** With the values that came before the end. */
+void MemoryViewerWidget::xOnLinkEnded() {
+    xOnFrame();
+    const bool isLost = linkState() == obvista::LinkState::Lost;
+    xSetPhase(isLost ? MemoryPhase::Lost : MemoryPhase::Closed);
 }
 
 void MemoryViewerWidget::xApply(MemoryBatch& batch) {
@@ -410,7 +390,8 @@ void MemoryViewerWidget::xOnPause() {
 }
 
 void MemoryViewerWidget::xOnWriteRefused(const std::string& key, const QString& reason) {
-    xSayRefusal(tr("%1 keeps its value: %2").arg(plainText(key, a_maxKeyNameLength), reason));
+    xSayRefusal(
+        tr("%1 keeps its value: %2").arg(obvista::plainText(key, a_maxKeyNameLength), reason));
 }
 
 void MemoryViewerWidget::xOnEntryRefused(const QString& problem) {
@@ -440,7 +421,7 @@ void MemoryViewerWidget::xPlanSoon() {
 
 SubscriptionNeeds MemoryViewerWidget::xNeeds() const {
     SubscriptionNeeds needs;
-    needs.fIsSeen = viewer::isSeen(*this);
+    needs.fIsSeen = obvista::isSeen(*this);
     needs.fIsPaused = fToolBar->isPaused();
     needs.fRecorded = xRecordedIds();
     if (!needs.fIsSeen || needs.fIsPaused) {
@@ -500,12 +481,10 @@ void MemoryViewerWidget::xUpdateTexts() {
         isQuiet ? static_cast<double>(fSinceValue.elapsed()) / a_secondTime : 0;
 
     const QString message = messageFor(fSituation);
-    const QString notice = noticeFor(fSituation);
     fMessage->setText(message);
-    fNotice->setText(notice);
-    fNotice->setVisible(!notice.isEmpty() && (message.isEmpty() || fSituation.isLive()));
+    setBanner(message.isEmpty() || fSituation.isLive() ? noticeFor(fSituation) : QString());
     fPages->setCurrentWidget(message.isEmpty() ? static_cast<QWidget*>(fTree) : fMessage);
-    viewer::setStatus(*fStatus, statusFor(fSituation));
+    obvista::setStatus(*fStatus, statusFor(fSituation));
 }
 
 /** Of the newest value, in seconds; negative when there is none. */
@@ -517,7 +496,7 @@ double MemoryViewerWidget::xAge() const {
 }
 
 QString MemoryViewerWidget::xRobotText() const {
-    return robotName() + viewer::statusSeparator() + robotAddress();
+    return robotName() + obvista::statusSeparator() + robotAddress();
 }
 
 }  // namespace memoryviewer

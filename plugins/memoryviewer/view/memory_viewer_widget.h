@@ -49,7 +49,7 @@ struct MemoryBatch;
  * writes values that the user enters. Asks the robot only for the keys that are needed for what can
  * be seen. When the link is closed it says so.
  */
-class MemoryViewerWidget : public viewer::ViewerWidget {
+class MemoryViewerWidget : public obvista::ViewerWidget {
     Q_OBJECT
 
   public:
@@ -70,10 +70,10 @@ class MemoryViewerWidget : public viewer::ViewerWidget {
     void xSave();
     QVariantMap xState() const;
 
-    void xOnNotice();
+    void xOnNews();
     void xOnFrame();
     void xApply(MemoryBatch& batch);
-    void xOnEnd(const MemoryBatch& batch);
+    void xOnLinkEnded();
     void xSetPhase(MemoryPhase phase);
     void xOnTick();
     void xOnSecond();
@@ -99,7 +99,7 @@ class MemoryViewerWidget : public viewer::ViewerWidget {
     QString xRobotText() const;
 
     std::shared_ptr<MemoryLink> fLink;
-    viewer::RobotSettings fSettings;
+    obvista::RobotSettings fSettings;
     QVariantMap fSaved;
     MemorySituation fSituation;
 
@@ -124,7 +124,6 @@ class MemoryViewerWidget : public viewer::ViewerWidget {
     QSplitter* fSplitter;
     QStackedLayout* fPages;
     QLabel* fMessage;
-    QLabel* fNotice;
     QLabel* fStatus;
 
     QTimer fFrameTimer;

@@ -79,7 +79,7 @@ void WatchView::paintEvent(QPaintEvent* event) {
     KeyView::paintEvent(event);
     if (fModel->rowCount() == 0) {
         QPainter painter(viewport());
-        painter.setPen(viewer::dimmedText(palette()));
+        painter.setPen(obvista::dimmedText(palette()));
         painter.drawText(viewport()->rect(), Qt::AlignCenter | Qt::TextWordWrap,
                          tr("Drag keys here, or press Ctrl+D, to watch them."));
     }

@@ -2,7 +2,7 @@
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_error.h>
 
-namespace viewer {
+namespace obvista {
 
 namespace {
 
@@ -34,4 +34,4 @@ boost::shared_ptr<KVBroker> openBroker(const std::string& name, int port) {
     return port == 0 ? createBrokerOnFirstFreePort(name) : createBroker(name, port);
 }
 
-}  // namespace viewer
+}  // namespace obvista

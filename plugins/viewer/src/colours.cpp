@@ -1,6 +1,6 @@
 #include <obvista/viewer/colours.h>
 
-namespace viewer {
+namespace obvista {
 
 namespace {
 
@@ -28,4 +28,4 @@ QColor markedHighlight(const QPalette& palette) {
     return isTextLight ? highlight.darker(a_otherShade) : highlight.lighter(a_otherShade);
 }
 
-}  // namespace viewer
+}  // namespace obvista

@@ -1,4 +1,4 @@
-#include <obvista/viewer/key_list.h>
+#include "key_list.h"
 
 #include <QAction>
 #include <QDialogButtonBox>
@@ -6,7 +6,7 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
-namespace viewer {
+namespace obvista {
 
 namespace {
 
@@ -73,4 +73,4 @@ KeyList::KeyList(const QString& title, const std::vector<KeyGroup>& groups, QWid
            a_heightInLines * fontMetrics().height());
 }
 
-}  // namespace viewer
+}  // namespace obvista

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-namespace viewer {
+namespace obvista {
 
 namespace {
 
@@ -85,14 +85,14 @@ QLabel* makeMessage(const char* objectName, QWidget* parent) {
     return message;
 }
 
-QLabel* makeNotice(const char* objectName, QWidget* parent) {
-    QLabel* notice = makeLabel(objectName, parent);
-    notice->setWordWrap(true);
-    notice->setMargin(notice->fontMetrics().height() / 2);
-    notice->setAutoFillBackground(true);
-    notice->setBackgroundRole(QPalette::ToolTipBase);
-    notice->setForegroundRole(QPalette::ToolTipText);
-    return notice;
+QLabel* makeBanner(const char* objectName, QWidget* parent) {
+    QLabel* banner = makeLabel(objectName, parent);
+    banner->setWordWrap(true);
+    banner->setMargin(banner->fontMetrics().height() / 2);
+    banner->setAutoFillBackground(true);
+    banner->setBackgroundRole(QPalette::ToolTipBase);
+    banner->setForegroundRole(QPalette::ToolTipText);
+    return banner;
 }
 
 QLabel* makeStatusLine(const char* objectName, QWidget* parent) {
@@ -137,4 +137,4 @@ QString statusSeparator() {
     return QStringLiteral("  \u00B7  ");
 }
 
-}  // namespace viewer
+}  // namespace obvista

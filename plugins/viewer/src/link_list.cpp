@@ -1,8 +1,8 @@
-#include <obvista/viewer/link_list.h>
+#include "link_list.h"
 
 #include <algorithm>
 
-namespace viewer {
+namespace obvista {
 
 void LinkList::add(const std::shared_ptr<RobotLink>& link) {
     fLinks.erase(std::remove_if(fLinks.begin(), fLinks.end(),
@@ -21,4 +21,4 @@ std::vector<std::shared_ptr<RobotLink>> LinkList::links() const {
     return held;
 }
 
-}  // namespace viewer
+}  // namespace obvista

@@ -3,7 +3,7 @@
 
 #include <QChar>
 
-namespace viewer {
+namespace obvista {
 
 void BoundedText::append(const QString& piece) {
     if (fIsFull) {
@@ -40,4 +40,4 @@ QString plainText(const std::string& utf8, int maxLength) {
     return line.text();
 }
 
-}  // namespace viewer
+}  // namespace obvista

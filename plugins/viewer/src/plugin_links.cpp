@@ -1,31 +1,64 @@
+#include "link_list.h"
+
 #include <obvista/viewer/broker_port.h>
 #include <obvista/viewer/plugin_links.h>
 #include <obvista/viewer/robot_link.h>
 #include <robaxi/kv_broker.h>
 
+#include <cstdlib>
 #include <utility>
 
-namespace viewer {
+namespace obvista {
 
-PluginLinks::PluginLinks(std::string brokerName) : fBrokerName(std::move(brokerName)) {
+namespace {
+
+/** The links of all plugins, to be closed when the process exits. */
+LinkList& openLinks() {
+    static LinkList links;
+    return links;
+}
+
+/**
+ * Closes the links that are open when the process exits: exit() is called while windows are shown,
+ * or Qt deletes the plugin object after main().
+ *
+ * What is destroyed at exit goes in the reverse order of its construction. Asked for after each
+ * link is made, this comes before everything that the link needs is destroyed, its plugin's own
+ * statics included.
+ */
+void closeAtExit(const std::shared_ptr<RobotLink>& link) {
+    openLinks().add(link);
+    std::atexit([] {
+        for (const std::shared_ptr<RobotLink>& open : openLinks().links()) {
+            open->closeSilently();
+        }
+    });
+}
+
+}  // namespace
+
+PluginLinks::PluginLinks(std::string brokerName)
+    : fBrokerName(std::move(brokerName)), fLinks(std::make_unique<LinkList>()) {
 }
 
 PluginLinks::~PluginLinks() {
-    for (const std::shared_ptr<RobotLink>& link : fLinks.links()) {
+    for (const std::shared_ptr<RobotLink>& link : fLinks->links()) {
         link->close();
     }
 }
 
-boost::shared_ptr<KVBroker> PluginLinks::broker(int port) const {
+/** The broker in use; another one if there is none or another port is asked for now. */
+boost::shared_ptr<KVBroker> PluginLinks::xBroker(int port) const {
     const boost::shared_ptr<KVBroker> inUse = fBroker.lock();
     const bool fits = inUse && (port == 0 || port == inUse->getPort());
     return fits ? inUse : openBroker(fBrokerName, port);
 }
 
-void PluginLinks::add(const boost::shared_ptr<KVBroker>& broker,
-                      const std::shared_ptr<RobotLink>& link) {
+void PluginLinks::xAdd(const boost::shared_ptr<KVBroker>& broker,
+                       const std::shared_ptr<RobotLink>& link) {
     fBroker = broker;
-    fLinks.add(link);
+    fLinks->add(link);
+    closeAtExit(link);
 }
 
-}  // namespace viewer
+}  // namespace obvista

@@ -1,12 +1,13 @@
+#include "robot_header.h"
+
 #include <obvista/viewer/labels.h>
-#include <obvista/viewer/robot_header.h>
 
 #include <QEvent>
 #include <QFontInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 
-namespace viewer {
+namespace obvista {
 
 namespace {
 
@@ -59,4 +60,4 @@ void RobotHeader::xFit() {
     fAddress->setVisible(needed <= width());
 }
 
-}  // namespace viewer
+}  // namespace obvista

@@ -3,7 +3,7 @@
 #include <QByteArray>
 #include <QCryptographicHash>
 
-namespace viewer {
+namespace obvista {
 
 namespace {
 
@@ -35,4 +35,4 @@ QString RobotSettings::level(const std::string& text) {
             : QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex());
 }
 
-}  // namespace viewer
+}  // namespace obvista

@@ -1,22 +1,29 @@
-#include <obvista/viewer/plain_text.h>
-#include <obvista/viewer/robot_header.h>
-#include <obvista/viewer/robot_link.h>
-#include <obvista/viewer/viewer_widget.h>
+#include "key_list.h"
+#include "robot_header.h"
 
 #include <base/address.h>
+#include <obvista/viewer/labels.h>
+#include <obvista/viewer/plain_text.h>
+#include <obvista/viewer/robot_link.h>
+#include <obvista/viewer/viewer_widget.h>
+#include <obvista/viewer/widget_seen.h>
 
 #include <QDockWidget>
 #include <QEvent>
 #include <QFocusEvent>
+#include <QLabel>
 #include <QShortcut>
+#include <QVBoxLayout>
 
 #include <utility>
 
-namespace viewer {
+namespace obvista {
 
 namespace {
 
 constexpr int a_maxRobotNameLength = 60;
+/** Milliseconds between two looks if the viewer can be seen, which no event tells. */
+constexpr int a_seenTime = 200;
 constexpr Qt::Key a_listKeys = Qt::Key_F1;
 const QKeySequence a_closeKeys(Qt::CTRL + Qt::Key_W);
 const QKeySequence a_floatKeys(Qt::CTRL + Qt::SHIFT + Qt::Key_F);
@@ -28,11 +35,19 @@ ViewerWidget::ViewerWidget(std::shared_ptr<RobotLink> link, WidgetInterface* plu
     : QWidget(parent),
       fLink(std::move(link)),
       fPlugin(plugin),
-      fHeader(new RobotHeader(robotName(), robotAddress(), this)) {
+      fHeader(new RobotHeader(robotName(), robotAddress(), this)),
+      fBanner(makeBanner("viewerBanner", this)) {
+    fBanner->hide();
+    connect(&fSeenTimer, &QTimer::timeout, this, &ViewerWidget::xUpdateSeen);
+    fSeenTimer.start(a_seenTime);
     xFollowDock();
     xAddShortcut(a_closeKeys, &ViewerWidget::xCloseDock);
     xAddShortcut(a_floatKeys, &ViewerWidget::xFloatDock);
     xAddShortcut(a_listKeys, &ViewerWidget::xListKeys);
+    fLink->notice().set([this] {
+        QMetaObject::invokeMethod(
+            this, [this] { xOnNotice(); }, Qt::QueuedConnection);
+    });
 }
 
 ViewerWidget::~ViewerWidget() {
@@ -73,6 +88,69 @@ void ViewerWidget::focusInEvent(QFocusEvent* event) {
     }
 }
 
+void ViewerWidget::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    xUpdateSeen();
+}
+
+void ViewerWidget::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    xUpdateSeen();
+}
+
+void ViewerWidget::layOut(QWidget* bar, const std::vector<QWidget*>& parts, QWidget* main) {
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(fHeader);
+    column->addWidget(bar);
+    column->addWidget(fBanner);
+    for (QWidget* part : parts) {
+        column->addWidget(part, part == main ? 1 : 0);
+    }
+}
+
+void ViewerWidget::setBanner(const QString& sentence) {
+    fBanner->setText(sentence);
+    fBanner->setVisible(!sentence.isEmpty());
+}
+
+void ViewerWidget::xOnNotice() {
+    fLink->notice().clear();
+    if (fLinkState != LinkState::Connected) {
+        return;
+    }
+    if (fLink->isClosed()) {
+        xEnd(LinkState::Closed);
+    } else if (fLink->isLost()) {
+        xEnd(LinkState::Lost);
+        xReportLoss();
+    } else {
+        Q_EMIT newsArrived();
+    }
+}
+
+void ViewerWidget::xEnd(LinkState state) {
+    fLinkState = state;
+    setBanner(endText(state));
+    Q_EMIT linkEnded();
+}
+
+/** The last that is done in a turn of the event loop: who is told may delete this. */
+void ViewerWidget::xReportLoss() {
+    fHasLossToReport = fIsDockClosing;
+    if (!fIsDockClosing && !fLink->isClosed()) {
+        Q_EMIT disconnected(fPlugin);
+    }
+}
+
+void ViewerWidget::xUpdateSeen() {
+    if (const bool isSeen = obvista::isSeen(*this); isSeen != fIsSeen) {
+        fIsSeen = isSeen;
+        Q_EMIT seenChanged(isSeen);
+    }
+}
+
 void ViewerWidget::xFollowDock() {
     if (fDock) {
         fDock->removeEventFilter(this);
@@ -102,14 +180,7 @@ void ViewerWidget::xOnDockDecided() {
         fLink->close();
     }
     if (fHasLossToReport) {
-        reportLoss();
-    }
-}
-
-void ViewerWidget::reportLoss() {
-    fHasLossToReport = fIsDockClosing;
-    if (!fIsDockClosing && !fLink->isClosed()) {
-        Q_EMIT disconnected(fPlugin);
+        xReportLoss();
     }
 }
 
@@ -162,4 +233,4 @@ QString dialogTitle(const QString& title, const QWidget* part) {
     return title;
 }
 
-}  // namespace viewer
+}  // namespace obvista

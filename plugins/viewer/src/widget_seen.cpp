@@ -3,7 +3,7 @@
 #include <QWidget>
 #include <QWindow>
 
-namespace viewer {
+namespace obvista {
 
 bool isSeen(const QWidget& widget) {
     const QWidget* top = widget.window();
@@ -13,4 +13,4 @@ bool isSeen(const QWidget& widget) {
            !widget.visibleRegion().isEmpty();
 }
 
-}  // namespace viewer
+}  // namespace obvista

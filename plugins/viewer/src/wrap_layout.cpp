@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace viewer {
+namespace obvista {
 
 WrapLayout::WrapLayout(QWidget* parent) : QLayout(parent) {
 }
@@ -106,4 +106,4 @@ QSize WrapLayout::xMargins() const {
     return {margins.left() + margins.right(), margins.top() + margins.bottom()};
 }
 
-}  // namespace viewer
+}  // namespace obvista

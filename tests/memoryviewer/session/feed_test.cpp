@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -13,6 +12,7 @@
 using memoryviewer::MemoryBatch;
 using memoryviewer::MemoryFeed;
 using memoryviewer::MergedChange;
+using obvista::Notice;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -30,13 +30,17 @@ KVChange change(std::uint32_t id, int value) {
 }
 
 TEST(MemoryFeed, GivesOneNoticeForAllThatComesUntilItIsTaken) {
-    MemoryFeed feed;
+    Notice notice;
+    MemoryFeed feed(notice);
     int notices = 0;
-    feed.setNotice([&] { ++notices; });
+    notice.set([&] { ++notices; });
     EXPECT_EQ(notices, 0);
     feed.keysAdded({key(1, "A")});
     feed.valuesChanged({change(1, 1)});
     feed.keysRemoved({7});
+    EXPECT_EQ(notices, 1);
+    notice.clear();
+    feed.valuesChanged({change(1, 1)});
     EXPECT_EQ(notices, 1);
     feed.take();
     feed.valuesChanged({change(1, 2)});
@@ -44,26 +48,9 @@ TEST(MemoryFeed, GivesOneNoticeForAllThatComesUntilItIsTaken) {
     EXPECT_EQ(notices, 2);
 }
 
-TEST(MemoryFeed, GivesNoticeAtOnceOfWhatCameBefore) {
-    MemoryFeed feed;
-    feed.keysAdded({});
-    int notices = 0;
-    feed.setNotice([&] { ++notices; });
-    EXPECT_EQ(notices, 1);
-}
-
-TEST(MemoryFeed, GivesNoNoticeAfterItIsTakenAway) {
-    MemoryFeed feed;
-    int notices = 0;
-    feed.setNotice([&] { ++notices; });
-    feed.setNotice(nullptr);
-    feed.valuesChanged({change(1, 1)});
-    feed.reportClosed();
-    EXPECT_EQ(notices, 0);
-}
-
 TEST(MemoryFeed, KeepsTheNewestValueOfAKeyAndCountsAll) {
-    MemoryFeed feed;
+    Notice notice;
+    MemoryFeed feed(notice);
     feed.valuesChanged({change(1, 10), change(1, 11)});
     feed.valuesChanged({change(1, 12)});
     const MemoryBatch batch = feed.take();
@@ -75,14 +62,16 @@ TEST(MemoryFeed, KeepsTheNewestValueOfAKeyAndCountsAll) {
 }
 
 TEST(MemoryFeed, CountsAChangeOnceThatComesTwice) {
-    MemoryFeed feed;
+    Notice notice;
+    MemoryFeed feed(notice);
     feed.valuesChanged({change(1, 10)});
     feed.valuesChanged({change(1, 10)});
     EXPECT_EQ(feed.take().fChanged[0].fTimes.count(), 1);
 }
 
 TEST(MemoryFeed, ForgetsAKeyThatCameAndWent) {
-    MemoryFeed feed;
+    Notice notice;
+    MemoryFeed feed(notice);
     feed.keysAdded({key(1, "A"), key(2, "B")});
     feed.valuesChanged({change(1, 1), change(2, 2)});
     feed.keysRemoved({1});
@@ -95,7 +84,8 @@ TEST(MemoryFeed, ForgetsAKeyThatCameAndWent) {
 }
 
 TEST(MemoryFeed, TellsTheRemovalOfAKeyThatWasTaken) {
-    MemoryFeed feed;
+    Notice notice;
+    MemoryFeed feed(notice);
     feed.keysAdded({key(1, "A")});
     feed.take();
     feed.valuesChanged({change(1, 1)});
@@ -106,40 +96,32 @@ TEST(MemoryFeed, TellsTheRemovalOfAKeyThatWasTaken) {
 }
 
 TEST(MemoryFeed, TellsAnEmptyTableFromNone) {
-    MemoryFeed feed;
+    Notice notice;
+    MemoryFeed feed(notice);
     EXPECT_FALSE(feed.take().fHasTable);
     feed.keysAdded({});
     EXPECT_TRUE(feed.take().fHasTable);
 }
 
-TEST(MemoryFeed, TellsALossFromARefusal) {
-    MemoryFeed feed;
+TEST(MemoryFeed, TellsARefusalAndLeavesALossToTheLink) {
+    Notice notice;
+    MemoryFeed feed(notice);
     feed.ended(KVError(KVError::Cause::NoSuchModule, "no module KVMemory"));
-    const MemoryBatch refused = feed.take();
-    EXPECT_EQ(refused.fEnd, MemoryBatch::End::Refused);
-    EXPECT_EQ(refused.fEndText, "no module KVMemory");
+    EXPECT_EQ(feed.take().fRefusal, "no module KVMemory");
 
     feed.ended(KVError(KVError::Cause::ConnectionLost, "gone"));
-    EXPECT_EQ(feed.take().fEnd, MemoryBatch::End::Lost);
-}
-
-TEST(MemoryFeed, KeepsALossThatARefusalFollows) {
-    MemoryFeed feed;
-    feed.reportLost(KVError(KVError::Cause::ConnectionLost, "gone"));
-    feed.ended(KVError(KVError::Cause::Cancelled, "cancelled"));
-    const MemoryBatch batch = feed.take();
-    EXPECT_EQ(batch.fEnd, MemoryBatch::End::Lost);
-    EXPECT_EQ(batch.fEndText, "gone");
+    EXPECT_EQ(feed.take().fRefusal, std::nullopt);
 }
 
 TEST(MemoryFeed, LosesNothingBetweenThreads) {
     constexpr int changes = 20000;
     constexpr std::uint32_t keys = 16;
-    MemoryFeed feed;
+    Notice notice;
+    MemoryFeed feed(notice);
     std::mutex mutex;
     std::condition_variable condition;
     bool hasNotice = false;
-    feed.setNotice([&] {
+    notice.set([&] {
         const std::lock_guard<std::mutex> lock(mutex);
         hasNotice = true;
         condition.notify_one();
@@ -149,20 +131,21 @@ TEST(MemoryFeed, LosesNothingBetweenThreads) {
         for (int i = 1; i <= changes; ++i) {
             feed.valuesChanged({change(static_cast<std::uint32_t>(i) % keys, i)});
         }
-        feed.reportLost(KVError(KVError::Cause::ConnectionLost, "gone"));
+        feed.ended(KVError(KVError::Cause::Cancelled, "over"));
     });
     std::vector<std::int64_t> newest(keys, 0);
     std::size_t updates = 0;
     bool goesBack = false;
-    for (bool isLost = false; !isLost;) {
+    for (bool isOver = false; !isOver;) {
         {
             std::unique_lock<std::mutex> lock(mutex);
             condition.wait(lock, [&] { return hasNotice; });
             hasNotice = false;
         }
+        notice.clear();
         const MemoryBatch batch = feed.take();
         updates += batch.fUpdates;
-        isLost = batch.fEnd == MemoryBatch::End::Lost;
+        isOver = batch.fRefusal.has_value();
         for (const MergedChange& one : batch.fChanged) {
             const auto value = one.fNewest.fValue.toInt();
             goesBack = goesBack || value <= newest[one.fNewest.fId];
@@ -175,29 +158,6 @@ TEST(MemoryFeed, LosesNothingBetweenThreads) {
     EXPECT_EQ(*std::max_element(newest.begin(), newest.end()), changes);
     EXPECT_EQ(*std::min_element(newest.begin(), newest.end()),
               changes - static_cast<int>(keys) + 1);
-}
-
-TEST(MemoryFeed, IsDestroyedSafelyAfterItsNoticeIsTakenAwayUnderFire) {
-    for (int round = 0; round < 50; ++round) {
-        MemoryFeed feed;
-        std::atomic<bool> isGone{false};
-        std::atomic<bool> isCalledLate{false};
-        std::atomic<bool> hasStarted{false};
-        feed.setNotice([&] { isCalledLate = isCalledLate || isGone; });
-        std::thread robot([&] {
-            for (int i = 0; i < 200; ++i) {
-                feed.valuesChanged({change(1, i)});
-                hasStarted = true;
-            }
-        });
-        while (!hasStarted) {
-            feed.take();
-        }
-        feed.setNotice(nullptr);
-        isGone = true;
-        robot.join();
-        EXPECT_FALSE(isCalledLate);
-    }
 }
 
 }  // namespace

@@ -1,13 +1,15 @@
 #ifndef OBVISTA_VIEWER_BROKER_PORT_H
 #define OBVISTA_VIEWER_BROKER_PORT_H
 
+#include <obvista/viewer/viewer_export.h>
+
 #include <boost/shared_ptr.hpp>
 
 #include <string>
 
 class KVBroker;
 
-namespace viewer {
+namespace obvista {
 
 /** The port at which the search for a free one begins. */
 constexpr int a_firstBrokerPort = 54010;
@@ -20,8 +22,8 @@ constexpr int a_firstBrokerPort = 54010;
  *             included
  * @throws KVError when the port is out of range or in use, or none is free
  */
-boost::shared_ptr<KVBroker> openBroker(const std::string& name, int port);
+OBVISTA_VIEWER_EXPORT boost::shared_ptr<KVBroker> openBroker(const std::string& name, int port);
 
-}  // namespace viewer
+}  // namespace obvista
 
 #endif

@@ -1,11 +1,13 @@
 #ifndef OBVISTA_VIEWER_PLAIN_TEXT_H
 #define OBVISTA_VIEWER_PLAIN_TEXT_H
 
+#include <obvista/viewer/viewer_export.h>
+
 #include <QString>
 
 #include <string>
 
-namespace viewer {
+namespace obvista {
 
 /** Most characters (UTF-16 units) that are shown of any one text or value; an ellipsis follows. */
 constexpr int a_maxTextLength = 1000;
@@ -17,12 +19,12 @@ constexpr int a_maxTextLength = 1000;
  * escaped ("\n", "\x1b", "\u{202e}"), and so is the backslash, to distinguish them. Bytes that are
  * not UTF-8 become U+FFFD. It costs no more for a text of many megabytes than for a short one.
  */
-QString plainText(const std::string& utf8, int maxLength = a_maxTextLength);
+OBVISTA_VIEWER_EXPORT QString plainText(const std::string& utf8, int maxLength = a_maxTextLength);
 
 enum class Quotes { None, Double };
 
 /** A line that takes text until it is full. */
-class BoundedText {
+class OBVISTA_VIEWER_EXPORT BoundedText {
   public:
     /** @param maxLength in UTF-16 units; an ellipsis follows what was cut */
     explicit BoundedText(int maxLength) : fMaxLength(maxLength) {}
@@ -42,6 +44,6 @@ class BoundedText {
     bool fIsFull = false;
 };
 
-}  // namespace viewer
+}  // namespace obvista
 
 #endif

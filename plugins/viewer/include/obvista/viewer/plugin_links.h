@@ -1,7 +1,7 @@
 #ifndef OBVISTA_VIEWER_PLUGIN_LINKS_H
 #define OBVISTA_VIEWER_PLUGIN_LINKS_H
 
-#include <obvista/viewer/link_list.h>
+#include <obvista/viewer/viewer_export.h>
 
 #include <boost/shared_ptr.hpp>
 #include <boost/weak_ptr.hpp>
@@ -11,22 +11,25 @@
 
 class KVBroker;
 
-namespace viewer {
+namespace obvista {
+
+class LinkList;
+class RobotLink;
 
 /**
- * The connections of one plugin object.
+ * The links of one plugin object, which has it as a member.
  *
- * Each widget has a connection of its own. They share one broker, since the object has one broker
- * port: a second viewer would otherwise find a given port taken by the first. The broker lives as
- * long as one of the connections, so that no port stays open behind the last of them, nor behind a
- * connection that failed.
+ * Each widget has its own link. They share one broker, since the object has one broker port: a
+ * second viewer would otherwise find a given port taken by the first. The broker lives as long as
+ * one of the links, so that no port stays open after the last of them, nor after a connection that
+ * failed.
  *
- * When this goes, it closes the connections; their widgets stay. When that happens after main(),
- * the connections are closed already and nothing is touched.
+ * Its destructor closes the links; their widgets stay. When that happens after main(), the links
+ * are closed already and nothing is touched. Used on the GUI thread.
  */
-class PluginLinks {
+class OBVISTA_VIEWER_EXPORT PluginLinks {
   public:
-    /** Seconds within which a plugin's createWidget() is to have connected or to throw. */
+    /** Seconds within which open() has connected or throws. */
     static constexpr double a_connectTimeOut = 2.5;
 
     /** @param brokerName under which the broker is known to its peers */
@@ -36,22 +39,30 @@ class PluginLinks {
     PluginLinks& operator=(const PluginLinks&) = delete;
 
     /**
-     * The broker in use; another one when there is none or another port is asked for now.
+     * Connects to a robot.
      *
-     * @param port as in openBroker()
-     * @throws KVError
+     * @tparam Link a class derived from RobotLink, made with (broker, ip, port, timeOut)
+     * @param brokerPort WidgetInterface::brokerPort; see openBroker()
+     * @throws KVError if the robot cannot be reached within a_connectTimeOut, or the broker's port
+     *         is out of range or in use
      */
-    boost::shared_ptr<KVBroker> broker(int port) const;
-
-    /** Keeps a link that was opened through a broker. */
-    void add(const boost::shared_ptr<KVBroker>& broker, const std::shared_ptr<RobotLink>& link);
+    template <class Link>
+    std::shared_ptr<Link> open(int brokerPort, const std::string& ip, int port) {
+        const boost::shared_ptr<KVBroker> broker = xBroker(brokerPort);
+        auto link = std::make_shared<Link>(broker, ip, port, a_connectTimeOut);
+        xAdd(broker, link);
+        return link;
+    }
 
   private:
+    boost::shared_ptr<KVBroker> xBroker(int port) const;
+    void xAdd(const boost::shared_ptr<KVBroker>& broker, const std::shared_ptr<RobotLink>& link);
+
     std::string fBrokerName;
     boost::weak_ptr<KVBroker> fBroker;
-    LinkList fLinks;
+    std::unique_ptr<LinkList> fLinks;
 };
 
-}  // namespace viewer
+}  // namespace obvista
 
 #endif

@@ -1,76 +1,100 @@
 #ifndef OBVISTA_VIEWER_ROBOT_LINK_H
 #define OBVISTA_VIEWER_ROBOT_LINK_H
 
+#include <obvista/viewer/notice.h>
+#include <obvista/viewer/viewer_export.h>
+
 #include <boost/shared_ptr.hpp>
 
+#include <atomic>
 #include <memory>
 #include <string>
 
 class KVBroker;
 class KVConnection;
-class KVError;
 
-namespace viewer {
+namespace obvista {
 
 /**
- * One viewer's connection to one robot; what a viewer has flowing through it is added by its own
- * class.
+ * The connection of one viewer to one robot.
  *
- * The widget that shows it holds it, and the plugin object can close it: either may be gone before
- * the other. Whatever is still open when the process exits is closed then, before the libraries
- * that it needs take themselves apart; no widget is told. Used on the GUI thread.
+ * A viewer derives its own link, which holds what flows over the connection: subscriptions, streams
+ * and the threads that work on them.
+ *
+ * ```cpp
+ * class BatteryLink : public obvista::RobotLink, private KVSubscription::Listener {
+ *   public:
+ *     using RobotLink::RobotLink;
+ *     ~BatteryLink() override { close(); }
+ *
+ *     void follow() { fSubscription = KVSubscription::start(connection(), "KVMemory", ...); }
+ *
+ *   protected:
+ *     void stop() override { fSubscription.reset(); }
+ *     ...
+ * };
+ * ```
+ *
+ * PluginLinks opens it, the widget that shows it holds it, and the plugin object can close it:
+ * either may be gone before the other. Links that are still open when the process exits are closed
+ * then, before the libraries that they need take themselves apart.
+ *
+ * Used on the GUI thread, except for notice() and isLost().
  */
-class RobotLink {
+class OBVISTA_VIEWER_EXPORT RobotLink {
   public:
-    /** The class on top closes the link in its own destructor. */
+    /**
+     * Connects. A derived class has a constructor with the same parameters, for PluginLinks.
+     *
+     * @param timeOut seconds
+     * @throws KVError if the robot cannot be reached within the time-out
+     */
+    RobotLink(const boost::shared_ptr<KVBroker>& broker, const std::string& ip, int port,
+              double timeOut);
+    /** A derived class calls close() in its own destructor, while stop() is still its own. */
     virtual ~RobotLink();
     RobotLink(const RobotLink&) = delete;
     RobotLink& operator=(const RobotLink&) = delete;
 
-    /** The name that the robot reports itself; untrusted. */
+    /** The name that the robot reports itself; untrusted, and may be empty. */
     const std::string& robotName() const { return fRobotName; }
     const std::string& address() const { return fAddress; }
     int port() const { return fPort; }
 
     /**
-     * Ends the connection and lets the widget know; nothing but that arrives there afterwards. Does
-     * nothing when it is closed already. Returns when no thread of the library uses the link.
+     * Ends the connection and gives notice of it. Does nothing if it is closed already. Returns
+     * when no thread of the middleware uses the link.
      */
     void close();
+    /** Like close(), but without a notice; none is given afterwards. */
+    void closeSilently();
     bool isClosed() const { return !fConnection; }
 
-    /** Like close(), but without a word to anybody. */
-    void closeSilently();
+    /** Returns true if the robot was lost before the link was closed. May be called from any
+     *  thread. */
+    bool isLost() const { return fIsLost; }
+
+    /** The notice that there is something to take from this link, or that it has ended.
+     * ViewerWidget receives it; the threads that bring something give it. */
+    Notice& notice() { return fNotice; }
 
   protected:
-    /**
-     * Connects.
-     *
-     * @param timeOut seconds
-     * @throws KVError when the robot cannot be reached within the time-out
-     */
-    RobotLink(const boost::shared_ptr<KVBroker>& broker, const std::string& ip, int port,
-              double timeOut);
-
+    /** Null once the link is closed. */
     const boost::shared_ptr<KVConnection>& connection() const { return fConnection; }
 
-    /** Has a link closed when the process exits. To be called once a link is made. */
-    static void closeAtExit(const std::shared_ptr<RobotLink>& link);
+    /** Ends everything that flows over the connection, and returns when no thread brings any more.
+     *  Called once, on the GUI thread or at the exit of the process. */
+    virtual void stop() = 0;
 
   private:
-    /** Ends everything that flows, and returns when no thread of the library brings any more. */
-    virtual void xStop() = 0;
-    /** Lets the widget know that the link was closed from this side. */
-    virtual void xTellClosed() = 0;
-    /** Has the widget hear of nothing any more. */
-    virtual void xSilence() = 0;
-
     std::string fAddress;
     int fPort;
     std::string fRobotName;
+    Notice fNotice;
+    std::atomic<bool> fIsLost{false};
     boost::shared_ptr<KVConnection> fConnection;
 };
 
-}  // namespace viewer
+}  // namespace obvista
 
 #endif

@@ -1,13 +1,15 @@
 #ifndef OBVISTA_VIEWER_ROBOT_SETTINGS_H
 #define OBVISTA_VIEWER_ROBOT_SETTINGS_H
 
+#include <obvista/viewer/viewer_export.h>
+
 #include <QSettings>
 #include <QString>
 #include <QVariant>
 
 #include <string>
 
-namespace viewer {
+namespace obvista {
 
 /**
  * Settings of one viewer for one robot, identified by the name that the robot reports.
@@ -17,7 +19,7 @@ namespace viewer {
  * event loop; the file is replaced as a whole, so that a crash leaves either the old or the new
  * one. Used on the GUI thread.
  */
-class RobotSettings {
+class OBVISTA_VIEWER_EXPORT RobotSettings {
   public:
     /**
      * @param viewer a level of the settings, for instance "MemoryViewer"
@@ -37,6 +39,6 @@ class RobotSettings {
     QString fGroup;
 };
 
-}  // namespace viewer
+}  // namespace obvista
 
 #endif

@@ -1,74 +1,114 @@
 #ifndef OBVISTA_VIEWER_VIEWER_WIDGET_H
 #define OBVISTA_VIEWER_VIEWER_WIDGET_H
 
-#include <obvista/viewer/key_list.h>
+#include <obvista/viewer/key_help.h>
+#include <obvista/viewer/link_state.h>
+#include <obvista/viewer/viewer_export.h>
 #include <obvista/widget_interface.h>
 
 #include <QPointer>
+#include <QTimer>
 #include <QWidget>
 
 #include <memory>
 #include <vector>
 
 class QDockWidget;
-class QKeySequence;
+class QLabel;
 
-namespace viewer {
+namespace obvista {
 
 class RobotHeader;
 class RobotLink;
 
 /**
- * What every viewer's widget does about its robot and its dock.
+ * The base class of a viewer's widget: it receives the notices of its link, knows if the user can
+ * see it, follows its dock, and has a header with the robot's name and a banner for what is wrong.
+ * Keys close and float the dock, and F1 lists the keys, while the focus is in the viewer.
  *
- * It has a header with the robot's name, which the viewer puts above all else. Keys close and float
- * the dock, and F1 lists the keys, while the focus is in the viewer.
+ * ```cpp
+ * connect(this, &ViewerWidget::newsArrived, this, [this] { xShow(fLink->take()); });
+ * connect(this, &ViewerWidget::seenChanged, this, [this](bool seen) { fLink->follow(seen); });
+ * ```
  *
- * It outlives the plugin object that made it: when that closes the link, the widget stays silent.
- * It follows the dock that it is put into and ends its link when that dock is closed by the user or
- * by close(); a dock or window that is hidden, minimised or behind a tab changes nothing.
+ * It outlives the plugin object that made it: when that closes the link, the widget stays and says
+ * so. It closes its link when the dock that it is put into is closed by the user or by close(); a
+ * dock or window that is hidden, minimised or behind a tab changes nothing of that.
+ *
+ * Used on the GUI thread. No signal is emitted before the constructor of the derived class has
+ * returned.
  */
-class ViewerWidget : public QWidget {
+class OBVISTA_VIEWER_EXPORT ViewerWidget : public QWidget {
     Q_OBJECT
 
   public:
-    /** @param plugin is handed back with disconnected() and not used otherwise */
+    /**
+     * @param link receives its notices from now on
+     * @param plugin handed back with disconnected() and not used otherwise
+     */
     ViewerWidget(std::shared_ptr<RobotLink> link, WidgetInterface* plugin, QWidget* parent);
     /** Closes the link. */
     ~ViewerWidget() override;
 
-    /** The robot's name, or its address when it has none; plain text of at most 60 characters. */
+    /** The robot's name, or its address if it has none; plain text of at most 60 characters. */
     QString robotName() const;
     /** For instance "127.0.0.1:9559" or "[::1]:9559"; plain text. */
     QString robotAddress() const;
+
+    LinkState linkState() const { return fLinkState; }
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   Q_SIGNALS:
     /**
-     * The robot is lost. Emitted once, on the GUI thread, and neither after the plugin object is
+     * The robot is lost. Emitted once, after linkEnded(), and neither after the plugin object was
      * deleted nor after the widget's dock was closed. The receiver may delete the plugin object,
      * the widget, or both.
      */
     void disconnected(WidgetInterface* plugin);
 
+    /** The link has given notice that there is something to take: once for all that has come since
+     *  the signal before. Not emitted after the link has ended. */
+    void newsArrived();
+
+    /** The link has ended, as linkState() says. Emitted once; what came before the end and was not
+     *  taken yet can still be taken. */
+    void linkEnded();
+
+    /** The user can see the viewer from now on, or cannot any more; see isSeen(const QWidget&).
+     *  Noticed within 0.2 s. A new viewer is not seen yet. */
+    void seenChanged(bool isSeen);
+
   protected:
     void changeEvent(QEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+
+    /**
+     * Lays the viewer out, from top to bottom: the robot's name in large letters and its address,
+     * a bar of controls, the banner, and further parts.
+     *
+     * @param main one of the parts, which gets the room that is left
+     */
+    void layOut(QWidget* bar, const std::vector<QWidget*>& parts, QWidget* main);
+
+    /** Shows a sentence in the banner above the parts, or hides it if the sentence is empty. When
+     *  the link ends the banner says so, until it is set to something else. */
+    void setBanner(const QString& sentence);
 
     /** Sets the part that gets the focus when the viewer is given it and the part is visible; the
      *  first control gets it otherwise. */
     void setMainPart(QWidget* part) { fMainPart = part; }
 
-    /** To be called once, when the robot is lost. Whoever is told may delete the plugin and this
-     *  widget, so the caller does nothing after it. */
-    void reportLoss();
-
-    RobotHeader* header() const { return fHeader; }
     /** Adds keys to the list that F1 opens, before those of every viewer. */
     void addKeys(const KeyGroup& group) { fKeys.push_back(group); }
 
   private:
+    void xOnNotice();
+    void xEnd(LinkState state);
+    void xReportLoss();
+    void xUpdateSeen();
     void xAddShortcut(const QKeySequence& keys, void (ViewerWidget::*slot)());
     void xCloseDock();
     void xFloatDock();
@@ -79,17 +119,21 @@ class ViewerWidget : public QWidget {
 
     std::shared_ptr<RobotLink> fLink;
     WidgetInterface* fPlugin;
+    LinkState fLinkState = LinkState::Connected;
     RobotHeader* fHeader;
+    QLabel* fBanner;
     QPointer<QWidget> fMainPart;
     std::vector<KeyGroup> fKeys;
+    QTimer fSeenTimer;
+    bool fIsSeen = false;
     QPointer<QDockWidget> fDock;
     bool fIsDockClosing = false;
     bool fHasLossToReport = false;
 };
 
 /** The title of a dialog, with the name of the robot of the viewer that `part` is in. */
-QString dialogTitle(const QString& title, const QWidget* part);
+OBVISTA_VIEWER_EXPORT QString dialogTitle(const QString& title, const QWidget* part);
 
-}  // namespace viewer
+}  // namespace obvista
 
 #endif

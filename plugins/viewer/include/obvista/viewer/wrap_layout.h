@@ -1,13 +1,15 @@
 #ifndef OBVISTA_VIEWER_WRAP_LAYOUT_H
 #define OBVISTA_VIEWER_WRAP_LAYOUT_H
 
+#include <obvista/viewer/viewer_export.h>
+
 #include <QLayout>
 #include <QSize>
 
 #include <memory>
 #include <vector>
 
-namespace viewer {
+namespace obvista {
 
 /**
  * Puts widgets into a row, and those that have no room there into further rows: a narrow dock keeps
@@ -15,7 +17,7 @@ namespace viewer {
  *
  * Each widget gets the size it asks for, and no more than the width that is there.
  */
-class WrapLayout : public QLayout {
+class OBVISTA_VIEWER_EXPORT WrapLayout : public QLayout {
   public:
     /** @param parent gets this as its layout */
     explicit WrapLayout(QWidget* parent);
@@ -47,6 +49,6 @@ class WrapLayout : public QLayout {
     std::vector<std::unique_ptr<QLayoutItem>> fItems;
 };
 
-}  // namespace viewer
+}  // namespace obvista
 
 #endif

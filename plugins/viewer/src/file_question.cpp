@@ -1,12 +1,11 @@
-#include "recording/file_question.h"
-
+#include <obvista/viewer/file_question.h>
 #include <obvista/viewer/viewer_widget.h>
 
 #include <QDateTime>
 #include <QFileDialog>
 #include <QStandardPaths>
 
-namespace memoryviewer {
+namespace obvista {
 
 namespace {
 
@@ -27,7 +26,7 @@ QString fileNamePart(const QString& text) {
 
 void askForFile(QWidget* parent, const FileQuestion& question,
                 const std::function<void(const QString&)>& save) {
-    auto* dialog = new QFileDialog(parent, viewer::dialogTitle(question.fTitle, parent));
+    auto* dialog = new QFileDialog(parent, dialogTitle(question.fTitle, parent));
     dialog->setObjectName(QStringLiteral("fileQuestion"));
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setAcceptMode(QFileDialog::AcceptSave);
@@ -41,4 +40,4 @@ void askForFile(QWidget* parent, const FileQuestion& question,
     dialog->open();
 }
 
-}  // namespace memoryviewer
+}  // namespace obvista

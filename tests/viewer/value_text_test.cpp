@@ -1,4 +1,5 @@
-#include "model/value_text.h"
+#include <obvista/viewer/plain_text.h>
+#include <obvista/viewer/value_text.h>
 
 #include <QLocale>
 #include <QtTest>
@@ -9,9 +10,9 @@
 #include <limits>
 #include <string>
 
-using memoryviewer::exactValueText;
-using memoryviewer::plainText;
-using memoryviewer::valueText;
+using obvista::exactValueText;
+using obvista::plainText;
+using obvista::valueText;
 
 Q_DECLARE_METATYPE(KVValue)
 

@@ -1,8 +1,8 @@
-#include "notice.h"
+#include <obvista/viewer/notice.h>
 
 #include <utility>
 
-namespace cameraviewer {
+namespace obvista {
 
 void Notice::set(std::function<void()> function) {
     const std::lock_guard<std::mutex> lock(fMutex);
@@ -25,4 +25,4 @@ void Notice::clear() {
     fIsGiven = false;
 }
 
-}  // namespace cameraviewer
+}  // namespace obvista

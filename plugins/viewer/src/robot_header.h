@@ -5,7 +5,7 @@
 
 class QLabel;
 
-namespace viewer {
+namespace obvista {
 
 /** The robot's name in large letters, and its address where there is room for it: the docks of one
  *  plugin have the same title whatever robot they show. */
@@ -28,6 +28,6 @@ class RobotHeader : public QWidget {
     QLabel* fAddress;
 };
 
-}  // namespace viewer
+}  // namespace obvista
 
 #endif

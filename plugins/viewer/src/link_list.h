@@ -4,7 +4,7 @@
 #include <memory>
 #include <vector>
 
-namespace viewer {
+namespace obvista {
 
 class RobotLink;
 
@@ -19,6 +19,6 @@ class LinkList {
     std::vector<std::weak_ptr<RobotLink>> fLinks;
 };
 
-}  // namespace viewer
+}  // namespace obvista
 
 #endif

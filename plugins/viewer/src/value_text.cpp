@@ -1,14 +1,11 @@
-#include "model/value_text.h"
+#include <obvista/viewer/value_text.h>
 
 #include <QLocale>
 
 #include <algorithm>
 #include <cmath>
 
-namespace memoryviewer {
-
-using viewer::BoundedText;
-using viewer::Quotes;
+namespace obvista {
 
 namespace {
 
@@ -151,4 +148,4 @@ QString exactValueText(const KVValue& value, int maxLength) {
     return writtenValue(value, maxLength, Digits::Exact);
 }
 
-}  // namespace memoryviewer
+}  // namespace obvista

@@ -1,0 +1,36 @@
+#ifndef OBVISTA_VIEWER_KEY_HELP_H
+#define OBVISTA_VIEWER_KEY_HELP_H
+
+#include <obvista/viewer/viewer_export.h>
+
+#include <QKeySequence>
+#include <QList>
+#include <QString>
+
+#include <vector>
+
+class QAction;
+
+namespace obvista {
+
+/** One or more keys of the keyboard and their effect. */
+struct KeyHelp {
+    QString fKeys;
+    QString fEffect;
+};
+
+/** The keys of one part of a viewer. */
+struct KeyGroup {
+    QString fTitle;
+    std::vector<KeyHelp> fKeys;
+};
+
+/** A key sequence as the user reads it. */
+OBVISTA_VIEWER_EXPORT QString keyText(const QKeySequence& keys);
+
+/** The keys of those actions that have shortcuts; an action's text is the effect. */
+OBVISTA_VIEWER_EXPORT KeyGroup keysOf(const QString& title, const QList<QAction*>& actions);
+
+}  // namespace obvista
+
+#endif

@@ -1,0 +1,27 @@
+#ifndef OBVISTA_VIEWER_VALUE_TEXT_H
+#define OBVISTA_VIEWER_VALUE_TEXT_H
+
+#include <obvista/viewer/plain_text.h>
+#include <obvista/viewer/viewer_export.h>
+#include <robaxi/kv_value.h>
+
+#include <QString>
+
+namespace obvista {
+
+/**
+ * Returns a value as one line, independent of the locale: floating-point numbers with a point and
+ * at least six significant digits, texts as plainText(), lists and maps in brackets, bytes as their
+ * number and the first few in hexadecimal. Empty for a value of nothing. Any thread.
+ *
+ * @param maxLength in UTF-16 units; an ellipsis follows what was cut
+ */
+OBVISTA_VIEWER_EXPORT QString valueText(const KVValue& value, int maxLength = a_maxTextLength);
+
+/** Like valueText(), but a floating-point number has every digit that distinguishes it from its
+ *  neighbours. */
+OBVISTA_VIEWER_EXPORT QString exactValueText(const KVValue& value, int maxLength = a_maxTextLength);
+
+}  // namespace obvista
+
+#endif
