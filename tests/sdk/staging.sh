@@ -28,14 +28,14 @@ expect_files() {
     done
 }
 
-# build_outside PROJECT PREFIX: builds and installs a copy of a project of this folder, with the installation in
-# the prefix.
+# build_outside FOLDER NAME PREFIX: builds and installs a copy of the project in a folder of the source tree,
+# with the installation in the prefix.
 build_outside() {
-    local sources=$TMPDIR/$1 build=$TMPDIR/$1-build said
-    cp -r "$OBVISTA_SOURCE_DIR/tests/sdk/$1" "$sources"
+    local sources=$TMPDIR/$2 build=$TMPDIR/$2-build said
+    cp -r "$OBVISTA_SOURCE_DIR/$1" "$sources"
     said=$(
         exec 2>&1
-        cmake -S "$sources" -B "$build" -G Ninja -DCMAKE_PREFIX_PATH="$2" \
+        cmake -S "$sources" -B "$build" -G Ninja -DCMAKE_PREFIX_PATH="$3" \
             -DCMAKE_EXPORT_COMPILE_COMMANDS=ON &&
             cmake --build "$build" && cmake --install "$build"
     ) || fail "$said"
