@@ -101,8 +101,8 @@ ConnectionAcceptor::~ConnectionAcceptor() {
     stop();
 }
 
-void ConnectionAcceptor::start(std::vector<FileDescriptor> listening) {
-    for (FileDescriptor& descriptor : listening) {
+void ConnectionAcceptor::start(std::vector<base::FileDescriptor> listening) {
+    for (base::FileDescriptor& descriptor : listening) {
         sockaddr_storage address{};
         socklen_t length = sizeof address;
         ::getsockname(descriptor.get(), reinterpret_cast<sockaddr*>(&address), &length);

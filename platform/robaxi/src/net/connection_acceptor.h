@@ -1,7 +1,7 @@
 #ifndef ROBAXI_CONNECTION_ACCEPTOR_H
 #define ROBAXI_CONNECTION_ACCEPTOR_H
 
-#include "net/file_descriptor.h"
+#include <base/file_descriptor.h>
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/steady_timer.hpp>
@@ -45,7 +45,7 @@ class ConnectionAcceptor {
     ConnectionAcceptor& operator=(const ConnectionAcceptor&) = delete;
 
     /** Starts accepting from listening sockets. Called once. */
-    void start(std::vector<FileDescriptor> listening);
+    void start(std::vector<base::FileDescriptor> listening);
     /** Stops accepting and handing over connections. */
     void stop();
 

@@ -1,7 +1,8 @@
 #include "net/security.h"
 
 #include "failure.h"
-#include "net/file_descriptor.h"
+
+#include <base/file_descriptor.h>
 
 #include <algorithm>
 #include <array>
@@ -57,7 +58,7 @@ void checkTokenFile(const std::string& file, int descriptor) {
 }
 
 std::string readToken(const std::string& file) {
-    const FileDescriptor descriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+    const base::FileDescriptor descriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
     if (descriptor.get() < 0) {
         throwUnusable("the token's file " + file + " cannot be read");
     }

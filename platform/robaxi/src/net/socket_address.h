@@ -2,7 +2,8 @@
 #define ROBAXI_SOCKET_ADDRESS_H
 
 #include "deadline.h"
-#include "net/file_descriptor.h"
+
+#include <base/file_descriptor.h>
 
 #include <string>
 #include <sys/socket.h>
@@ -40,7 +41,7 @@ std::vector<SocketAddress> resolve(const std::string& host, int port, Deadline d
  * @throws Failure NameNotFound, TimedOut; AddressInUse if one of them is taken, CannotListen if
  *         none can be used
  */
-std::vector<FileDescriptor> listenOn(const std::string& host, int port, Deadline deadline);
+std::vector<base::FileDescriptor> listenOn(const std::string& host, int port, Deadline deadline);
 
 /**
  * Finds an address on which something listens, by connecting to all of them at once.

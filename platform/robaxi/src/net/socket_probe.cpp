@@ -1,6 +1,7 @@
 #include "failure.h"
-#include "net/file_descriptor.h"
 #include "net/socket_address.h"
+
+#include <base/file_descriptor.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -72,7 +73,7 @@ class Attempt {
     }
 
     SocketAddress fAddress;
-    FileDescriptor fSocket;
+    base::FileDescriptor fSocket;
     int fError = 0;
 };
 
@@ -93,12 +94,12 @@ void waitForOutcomes(std::vector<Attempt>& attempts, Deadline deadline) {
 }
 
 bool hasIpv6() {
-    return FileDescriptor(::socket(AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0)).get() >= 0;
+    return base::FileDescriptor(::socket(AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0)).get() >= 0;
 }
 
 /** Returns a listening socket, or none with errno set. */
-FileDescriptor tryToListen(const SocketAddress& address) {
-    FileDescriptor socket(
+base::FileDescriptor tryToListen(const SocketAddress& address) {
+    base::FileDescriptor socket(
         ::socket(address.fStorage.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     const int on = 1;
     const int off = 0;
@@ -108,7 +109,7 @@ FileDescriptor tryToListen(const SocketAddress& address) {
     }
     const bool listens = ::bind(socket.get(), address.raw(), address.fLength) == 0 &&
                          ::listen(socket.get(), SOMAXCONN) == 0;
-    return listens ? std::move(socket) : FileDescriptor(-1);
+    return listens ? std::move(socket) : base::FileDescriptor(-1);
 }
 
 }  // namespace
@@ -139,13 +140,13 @@ SocketAddress findListener(const std::vector<SocketAddress>& addresses, Deadline
     }
 }
 
-std::vector<FileDescriptor> listenOn(const std::string& host, int port, Deadline deadline) {
+std::vector<base::FileDescriptor> listenOn(const std::string& host, int port, Deadline deadline) {
     const bool isEvery = host.empty() || host == "0.0.0.0";
     const std::string every = hasIpv6() ? "::" : "0.0.0.0";
-    std::vector<FileDescriptor> listening;
+    std::vector<base::FileDescriptor> listening;
     int error = 0;
     for (const SocketAddress& address : resolve(isEvery ? every : host, port, deadline)) {
-        FileDescriptor socket = tryToListen(address);
+        base::FileDescriptor socket = tryToListen(address);
         if (socket.get() >= 0) {
             listening.push_back(std::move(socket));
         } else if (errno == EADDRINUSE) {

@@ -1,7 +1,8 @@
 #include "net/tls_probe.h"
 
 #include "failure.h"
-#include "net/file_descriptor.h"
+
+#include <base/file_descriptor.h>
 
 #include <array>
 #include <cerrno>
@@ -130,7 +131,7 @@ class Handshake {
         return true;
     }
 
-    const FileDescriptor fSocket;
+    const base::FileDescriptor fSocket;
     const std::unique_ptr<SSL_CTX, decltype(&SSL_CTX_free)> fContext;
     std::unique_ptr<SSL, decltype(&SSL_free)> fSsl{nullptr, &SSL_free};
     BIO* fFromNetwork = nullptr;  // both belong to fSsl

@@ -118,7 +118,7 @@ void Server::xStartGrpc() {
     }
 }
 
-void Server::xAccept(std::vector<FileDescriptor> listening) {
+void Server::xAccept(std::vector<base::FileDescriptor> listening) {
     ConnectionAcceptor::Settings settings;
     settings.fTimeForHello = limits::silenceOfClient(limits());
     settings.fHandOver = [this](int descriptor) {

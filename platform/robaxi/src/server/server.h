@@ -84,7 +84,7 @@ class Server : public RunningServer {
 
     void xStartGrpc();
     void xWarnOfExpiry();
-    void xAccept(std::vector<FileDescriptor> listening);
+    void xAccept(std::vector<base::FileDescriptor> listening);
     grpc::ServerBidiReactor<v1::ClientBatch, v1::ServerBatch>* xOpenSession(
         grpc::CallbackServerContext* context);
     bool xHasRoomFor(const std::string& address) const;

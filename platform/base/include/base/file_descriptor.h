@@ -1,10 +1,10 @@
-#ifndef ROBAXI_FILE_DESCRIPTOR_H
-#define ROBAXI_FILE_DESCRIPTOR_H
+#ifndef BASE_FILE_DESCRIPTOR_H
+#define BASE_FILE_DESCRIPTOR_H
 
 #include <unistd.h>
 #include <utility>
 
-namespace robaxi {
+namespace base {
 
 /** An owned file descriptor; -1 if there is none. */
 class FileDescriptor {
@@ -32,6 +32,6 @@ class FileDescriptor {
     int fDescriptor;
 };
 
-}  // namespace robaxi
+}  // namespace base
 
 #endif
