@@ -17,10 +17,14 @@ pkg_check_modules(Avahi REQUIRED IMPORTED_TARGET avahi-client)
 # Icons and web pages of robots. From 7.85 on, the allowed protocols are set as a text.
 find_package(CURL 7.85 REQUIRED)
 
-# Compressed icons.
+# Compressed icons, and checksums of MCAP files.
 find_package(ZLIB REQUIRED)
 
-# Pictures and recordings.
+# Chunks of MCAP files.
+pkg_check_modules(Zstd REQUIRED IMPORTED_TARGET libzstd)
+pkg_check_modules(Lz4 REQUIRED IMPORTED_TARGET liblz4)
+
+# Pictures and video.
 pkg_check_modules(TurboJpeg REQUIRED IMPORTED_TARGET libturbojpeg)
 if(OBVISTA_BUILD_CAMERAVIEWER OR OBVISTA_BUILD_ROBOT)
     pkg_check_modules(GStreamer REQUIRED IMPORTED_TARGET

@@ -1,0 +1,111 @@
+#ifndef RECORDING_READER_H
+#define RECORDING_READER_H
+
+#include <cstdint>
+#include <limits>
+#include <map>
+#include <memory>
+#include <optional>
+#include <recording/records.h>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace recording {
+
+enum class Access {
+    Indexed,     ///< through the indexes at the end; through all records if those are unusable
+    Sequential,  ///< through all records: linear in the file's size
+};
+
+/** The order of messages. Messages of the same log time are in the order of the file. */
+enum class Order { LogTime, File };
+
+/** The messages to read. */
+struct Selection {
+    std::uint64_t fFrom = 0;                                          ///< log time, included
+    std::uint64_t fTo = std::numeric_limits<std::uint64_t>::max();    ///< log time, included
+    std::optional<std::set<std::uint16_t>> fChannels = std::nullopt;  ///< all channels if not set
+    Order fOrder = Order::LogTime;
+};
+
+/** A part of a file that could not be read. */
+struct Damage {
+    std::uint64_t fOffset = 0;
+    std::string fText;  ///< a sentence that names the byte
+};
+
+class ChunkStore;
+class MessagesImpl;
+
+/** Messages of a recording, one after the other. Valid as long as its reader. */
+class Messages {
+  public:
+    explicit Messages(std::unique_ptr<MessagesImpl> impl);
+    ~Messages();
+    Messages(Messages&&) noexcept;
+    Messages& operator=(Messages&&) noexcept;
+
+    /**
+     * Returns the next message, or nothing at the end. The message's data is valid until the next
+     * call.
+     *
+     * @throw RecordingError for a damaged chunk, and if chunks of more than a_largestOpenChunks
+     *        bytes overlap in time
+     */
+    std::optional<Message> next();
+
+  private:
+    std::unique_ptr<MessagesImpl> fImpl;
+};
+
+/**
+ * A recording that is read. The file is untrusted: what it claims is checked against its size and
+ * the limits in records.h before memory is allocated or work is done.
+ *
+ * Opening reads the definitions and statistics in the file's summary, and messages() reads the
+ * chunk index once and then only the chunks that it needs. A file without usable summary is read as
+ * a whole when it is opened, up to the first byte that is not part of a whole record.
+ *
+ * For one thread at a time. The file must not become shorter while it is read; it may grow, which
+ * is not noticed.
+ */
+class Reader {
+  public:
+    /** Throws RecordingError for a file that cannot be opened or is not MCAP. */
+    explicit Reader(const std::string& path, Access access = Access::Indexed);
+    ~Reader();
+    Reader(const Reader&) = delete;
+    Reader& operator=(const Reader&) = delete;
+
+    const Header& header() const;
+    const Statistics& statistics() const;
+    const std::map<std::uint16_t, Schema>& schemas() const;
+    const std::map<std::uint16_t, Channel>& channels() const;
+    const std::vector<AttachmentIndex>& attachments() const;
+    const std::vector<MetadataIndex>& metadata() const;
+    std::uint64_t fileSize() const;
+
+    /** Returns true if the file was opened through its summary. */
+    bool isIndexed() const;
+
+    /** Returns true if the file has its end and no damage was found so far. */
+    bool isWhole() const;
+
+    /** The first 100 damaged parts found when the file was read as a whole. */
+    const std::vector<Damage>& damages() const;
+
+    /** Throws RecordingError for an index that points elsewhere, and a wrong checksum. */
+    Attachment readAttachment(const AttachmentIndex& index) const;
+    Metadata readMetadata(const MetadataIndex& index) const;
+
+    /** Throws RecordingError if the chunk index is damaged. */
+    Messages messages(const Selection& selection = {});
+
+  private:
+    std::unique_ptr<ChunkStore> fStore;
+};
+
+}  // namespace recording
+
+#endif

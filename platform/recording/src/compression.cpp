@@ -1,0 +1,159 @@
+#include "compression.h"
+
+#include <base/safe_text.h>
+
+#include <cstring>
+#include <lz4frame.h>
+#include <new>
+#include <zstd.h>
+
+namespace recording {
+
+namespace {
+
+/** Up to this size a chunk may be compressed to any size: a black picture is. */
+constexpr std::uint64_t a_freeSize = std::uint64_t{16} << 20U;
+constexpr std::uint64_t a_largestRatio = 1000;
+
+constexpr std::string_view a_none;
+constexpr std::string_view a_zstd = "zstd";
+constexpr std::string_view a_lz4 = "lz4";
+
+template <class Context>
+Context* checked(Context* context) {
+    if (context == nullptr) {
+        throw std::bad_alloc();
+    }
+    return context;
+}
+
+struct FreeZstd {
+    void operator()(ZSTD_CCtx* context) const { ZSTD_freeCCtx(context); }
+    void operator()(ZSTD_DCtx* context) const { ZSTD_freeDCtx(context); }
+};
+
+struct FreeLz4 {
+    void operator()(LZ4F_dctx* context) const { LZ4F_freeDecompressionContext(context); }
+};
+
+}  // namespace
+
+char* Buffer::reserve(std::size_t size) {
+    if (size > fCapacity || fBytes == nullptr) {
+        fBytes.reset();
+        fBytes.reset(new char[size]);
+        fCapacity = size;
+    }
+    return fBytes.get();
+}
+
+bool isTooLarge(std::uint64_t uncompressed, std::uint64_t compressed) {
+    return uncompressed > a_largestChunk ||
+           (uncompressed > a_freeSize && (uncompressed - a_freeSize) / a_largestRatio > compressed);
+}
+
+std::string_view nameOf(Compression compression) {
+    switch (compression) {
+        case Compression::Zstd:
+            return a_zstd;
+        case Compression::Lz4:
+            return a_lz4;
+        case Compression::None:
+            break;
+    }
+    return a_none;
+}
+
+struct Compressor::Contexts {
+    std::unique_ptr<ZSTD_CCtx, FreeZstd> fZstd{checked(ZSTD_createCCtx())};
+    int fLevel = 1;
+};
+
+Compressor::Compressor(Compression compression, int level)
+    : fCompression(compression), fContexts(std::make_unique<Contexts>()) {
+    fContexts->fLevel = level;
+}
+
+Compressor::~Compressor() = default;
+
+Compression Compressor::append(std::string_view data, std::string& bytes) {
+    const std::size_t start = bytes.size();
+    std::size_t size = 0;
+    bool isCompressed = false;
+    if (fCompression == Compression::Zstd) {
+        bytes.resize(start + ZSTD_compressBound(data.size()));
+        size = ZSTD_compressCCtx(fContexts->fZstd.get(), bytes.data() + start, bytes.size() - start,
+                                 data.data(), data.size(), fContexts->fLevel);
+        isCompressed = ZSTD_isError(size) == 0;
+    } else if (fCompression == Compression::Lz4) {
+        bytes.resize(start + LZ4F_compressFrameBound(data.size(), nullptr));
+        size = LZ4F_compressFrame(bytes.data() + start, bytes.size() - start, data.data(),
+                                  data.size(), nullptr);
+        isCompressed = LZ4F_isError(size) == 0;
+    }
+    if (!isCompressed || isTooLarge(data.size(), size)) {
+        bytes.replace(start, std::string::npos, data);
+        return Compression::None;
+    }
+    bytes.resize(start + size);
+    return fCompression;
+}
+
+struct Decompressor::Contexts {
+    std::unique_ptr<ZSTD_DCtx, FreeZstd> fZstd;
+    std::unique_ptr<LZ4F_dctx, FreeLz4> fLz4;
+};
+
+Decompressor::Decompressor() : fContexts(std::make_unique<Contexts>()) {
+}
+
+Decompressor::~Decompressor() = default;
+
+std::string Decompressor::decompress(std::string_view compression, std::string_view data,
+                                     char* bytes, std::size_t size) {
+    const char* const damaged = "has damaged compressed data";
+    if (compression == a_none) {
+        if (data.size() != size) {
+            return "has another size than it claims";
+        }
+        if (size > 0) {
+            std::memcpy(bytes, data.data(), size);
+        }
+        return {};
+    }
+    if (data.empty() && size == 0) {
+        return {};
+    }
+    if (compression == a_zstd) {
+        if (fContexts->fZstd == nullptr) {
+            fContexts->fZstd.reset(checked(ZSTD_createDCtx()));
+        }
+        const std::size_t result =
+            ZSTD_decompressDCtx(fContexts->fZstd.get(), bytes, size, data.data(), data.size());
+        return ZSTD_isError(result) != 0 || result != size ? damaged : "";
+    }
+    if (compression == a_lz4) {
+        LZ4F_dctx* context = nullptr;
+        if (LZ4F_isError(LZ4F_createDecompressionContext(&context, LZ4F_VERSION)) != 0) {
+            throw std::bad_alloc();
+        }
+        fContexts->fLz4.reset(context);
+        std::size_t written = 0;
+        std::size_t expected = 1;
+        while (expected != 0 && !data.empty()) {
+            std::size_t out = size - written;
+            std::size_t in = data.size();
+            expected = LZ4F_decompress(context, bytes + written, &out, data.data(), &in, nullptr);
+            if (LZ4F_isError(expected) != 0 || (in == 0 && out == 0)) {
+                return damaged;
+            }
+            written += out;
+            data.remove_prefix(in);
+        }
+        return expected != 0 || written != size ? damaged : "";
+    }
+    return "is compressed with \"" + base::oneLine(base::shortened(compression, 40)) +
+           "\", which is not supported";
+}
+
+}  // namespace recording

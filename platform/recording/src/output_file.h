@@ -1,0 +1,43 @@
+#ifndef RECORDING_OUTPUT_FILE_H
+#define RECORDING_OUTPUT_FILE_H
+
+#include <base/file_descriptor.h>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace recording {
+
+/** A file that grows by whole pieces. For one thread at a time. */
+class OutputFile {
+  public:
+    /** Creates the file. Throws RecordingError. */
+    OutputFile(const std::string& path, bool overwrites);
+
+    /** Hands bytes to the kernel. If that fails, the file is cut off where they began and
+     *  RecordingError is thrown. */
+    void append(std::string_view bytes);
+
+    /** Cuts the file off, at a size it had earlier. */
+    void cutOff(std::uint64_t size, std::uint32_t crc);
+
+    /** Throws RecordingError if the kernel reports an error of earlier writes. */
+    void close();
+
+    std::uint64_t size() const { return fSize; }
+    /** The checksum of the whole file. */
+    std::uint32_t crc() const { return fCrc; }
+
+  private:
+    [[noreturn]] void xFail(int error) const;
+
+    const std::string fPath;
+    base::FileDescriptor fFile;
+    std::uint64_t fSize = 0;
+    std::uint32_t fCrc = 0;
+};
+
+}  // namespace recording
+
+#endif

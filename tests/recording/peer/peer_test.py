@@ -1,0 +1,188 @@
+#!/usr/bin/env python3
+"""Compares the library's recordings with a reader and a writer that are not ours.
+
+    peer_test.py RECORDING_TOOL
+
+The peers are npm's packages @mcap/core, @mcap/nodejs and @mcap/support, at the versions of
+package-lock.json. scripts/peers installs them; the test does so, too, if they are missing, and is
+skipped (status 77) on a machine without Node.
+"""
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+HERE = pathlib.Path(__file__).resolve().parent
+TOOL = None
+PEER = None
+
+
+def run(command, **options):
+    done = subprocess.run([str(part) for part in command], capture_output=True, text=True, **options)
+    if done.returncode != 0:
+        raise AssertionError(f"{command}: {done.stderr}")
+    return json.loads(done.stdout)
+
+
+def by_log_time(messages):
+    return sorted(messages, key=lambda message: int(message["logTime"]))
+
+
+class OurFiles(unittest.TestCase):
+    """Files of the library, read by the peer."""
+
+    def read(self, compression, count=2000):
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder) / "ours.mcap"
+            written = run([TOOL, "write", path, compression, count])["messages"]
+            return written, run(["node", PEER, "read", path]), run([TOOL, "read", path])
+
+    def compare(self, compression):
+        written, peer, ours = self.read(compression)
+        stream, indexed = peer["stream"], peer["indexed"]
+        self.assertEqual(len(written), 2000)
+        self.assertEqual(stream["messages"], written)
+        self.assertTrue(stream["isDone"])
+        self.assertEqual(stream["bytesRemaining"], 0)
+        self.assertEqual(stream["header"]["profile"], "test")
+        self.assertEqual(indexed["messages"], by_log_time(written))
+        self.assertEqual(indexed["reversed"], by_log_time(written)[::-1])
+        self.assertEqual(ours["sequential"]["messages"], written)
+        self.assertEqual(ours["indexed"]["messages"], by_log_time(written))
+        self.assertEqual(ours["faults"], [])
+
+        statistics = indexed["statistics"]
+        self.assertEqual(statistics["messageCount"], "2000")
+        self.assertEqual(statistics["channelCount"], 7)
+        self.assertEqual(statistics["schemaCount"], 1)
+        self.assertEqual(statistics["attachmentCount"], 1)
+        self.assertEqual(statistics["metadataCount"], 1)
+        times = [int(message["logTime"]) for message in written]
+        self.assertEqual(int(statistics["messageStartTime"]), min(times))
+        self.assertEqual(int(statistics["messageEndTime"]), max(times))
+        counts = {}
+        for message in written:
+            channel = str(message["channel"])
+            counts[channel] = counts.get(channel, 0) + 1
+        self.assertEqual({channel: int(count) for channel, count in
+                          statistics["channelMessageCounts"].items()}, counts)
+        self.assertEqual({f"/robot1/memory/Größe{channel}": count for channel, count in
+                          counts.items()},
+                         {topic: count for topic, count in indexed["byTopic"].items() if count})
+
+        # The peer's stream reader shows chunks by what is in them.
+        self.assertGreater(len(indexed["chunks"]), 20)
+        self.assertEqual(statistics["chunkCount"], len(indexed["chunks"]))
+        for chunk in indexed["chunks"]:
+            self.assertEqual(chunk["compression"], compression)
+            self.assertTrue(chunk["messageIndexOffsets"])
+        self.assertEqual(stream["records"]["MessageIndex"],
+                         sum(len(chunk["messageIndexOffsets"]) for chunk in indexed["chunks"]))
+        self.assertEqual(stream["records"]["ChunkIndex"], len(indexed["chunks"]))
+        self.assertEqual(indexed["dataSectionCrc"]["claimed"], indexed["dataSectionCrc"]["actual"])
+        self.assertEqual(len(indexed["summaryOffsets"]), stream["records"]["SummaryOffset"])
+
+        self.assertEqual(indexed["channels"]["0"]["topic"], "/robot1/memory/Größe0")
+        self.assertEqual(indexed["channels"]["0"]["metadata"], {"unit": "°"})
+        self.assertEqual(indexed["schemas"]["1"]["name"], "Number")
+        self.assertEqual(bytes.fromhex(indexed["schemas"]["1"]["data"]), b'{"type":"object"}')
+        for attachments in (indexed["attachments"], stream["attachments"]):
+            self.assertEqual([each["name"] for each in attachments], ["icon.png"])
+            self.assertEqual(attachments[0]["data"], "010200ff")
+            self.assertEqual(attachments[0]["createTime"], "78")
+        for metadata in (indexed["metadata"], stream["metadata"]):
+            self.assertEqual([each["metadata"] for each in metadata],
+                             [{"name": "robot1", "unit": "°"}])
+
+    def test_uncompressed(self):
+        self.compare("")
+
+    def test_zstd(self):
+        self.compare("zstd")
+
+    def test_lz4(self):
+        self.compare("lz4")
+
+    def test_without_messages(self):
+        written, peer, ours = self.read("zstd", 0)
+        self.assertEqual(written, [])
+        self.assertEqual(peer["indexed"]["messages"], [])
+        self.assertEqual(len(peer["indexed"]["channels"]), 7)
+        self.assertEqual(ours["faults"], [])
+
+
+class TheirFiles(unittest.TestCase):
+    """Files of the peer, read by the library."""
+
+    def compare(self, is_indexed, faults=(), **options):
+        options = {"messageCount": 1000, "chunkSize": 2000, "compression": "", **options}
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder) / "theirs.mcap"
+            written = run(["node", PEER, "write", path, json.dumps(options)])["messages"]
+            ours = run([TOOL, "read", path])
+        self.assertEqual([fault.split(" at byte ")[0] for fault in ours["faults"]], list(faults))
+        self.assertEqual(ours["indexed"]["isIndexed"], is_indexed)
+        self.assertFalse(ours["sequential"]["isIndexed"])
+        self.assertEqual(ours["sequential"]["messages"], written)
+        self.assertEqual(ours["indexed"]["messages"], by_log_time(written))
+        for content in (ours["indexed"], ours["sequential"]):
+            self.assertTrue(content["isWhole"])
+            self.assertEqual(content["profile"], "peer")
+            self.assertEqual(content["messageCount"], 1000)
+            self.assertEqual(sorted((each["topic"], each["schema"])
+                                    for each in content["channels"].values()),
+                             [("/one", "Thing"), ("/two", ""), ("/zwölf", "Thing")])
+            self.assertEqual(content["channels"]["0"]["metadata"], {"unit": "°"})
+            self.assertEqual(content["attachments"], [["icon.png", "image/png", "010203"]])
+            self.assertEqual(content["metadata"], [["robot", {"name": "peer"}]])
+
+    def test_zstd(self):
+        self.compare(True, compression="zstd")
+
+    def test_uncompressed(self):
+        self.compare(True)
+
+    def test_without_summary_offsets(self):
+        self.compare(True, useSummaryOffsets=False)
+
+    def test_without_message_indexes(self):
+        self.compare(True, useMessageIndex=False)
+
+    def test_without_chunk_index(self):
+        self.compare(False, useChunkIndex=False)
+
+    def test_without_statistics(self):
+        self.compare(False, useStatistics=False)
+
+    def test_without_repeated_channels(self):
+        self.compare(False, repeatChannels=False, repeatSchemas=False)
+
+    def test_without_chunks(self):
+        # This writer does not count the messages before the attachment in its position.
+        self.compare(False, faults=["attachment index"], useChunks=False)
+
+    def test_without_attachment_and_metadata_index(self):
+        self.compare(False, useAttachmentIndex=False, useMetadataIndex=False)
+
+
+def install():
+    """Returns the folder of the peer, with its packages."""
+    installer = HERE.parents[2] / "scripts" / "peers"
+    done = subprocess.run([installer], capture_output=True, text=True)
+    if done.returncode != 0:
+        print(done.stderr, file=sys.stderr)
+        sys.exit(1)
+    return pathlib.Path(done.stdout.splitlines()[-1])
+
+
+if __name__ == "__main__":
+    if not shutil.which("node") or not shutil.which("npm"):
+        print("Node and npm are missing: scripts/setup test installs them")
+        sys.exit(77)
+    TOOL = sys.argv.pop()
+    PEER = install() / "peer.mjs"
+    unittest.main()
