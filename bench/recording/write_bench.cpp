@@ -1,0 +1,151 @@
+// Measures the bytes of messages that a recording takes in a second, compared with writing the same
+// bytes with write(2) and with compressing them with zstd, in pieces of a chunk's size. What can be
+// reached at best is the slower of the two, since the writer does both on one thread.
+//
+//   recording_write_bench [MEGABYTES [FOLDER]]
+//
+// The messages are 60 bytes of JSON on 1000 channels, or JPEG-like pictures of 100 kB.
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <fcntl.h>
+#include <filesystem>
+#include <functional>
+#include <random>
+#include <recording/writer.h>
+#include <string>
+#include <unistd.h>
+#include <vector>
+#include <zstd.h>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr double a_megabyte = 1e6;
+constexpr std::size_t a_chunk = std::size_t{1} << 20U;
+constexpr std::uint16_t a_channels = 1000;
+
+struct Figure {
+    double fSeconds = 0;
+    double fProcessorSeconds = 0;
+};
+
+double processorSeconds() {
+    return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
+}
+
+Figure measure(const std::function<void()>& work) {
+    const Clock::time_point start = Clock::now();
+    const double processor = processorSeconds();
+    work();
+    return {std::chrono::duration<double>(Clock::now() - start).count(),
+            processorSeconds() - processor};
+}
+
+std::vector<std::string> numbers(std::size_t bytes) {
+    std::vector<std::string> messages;
+    std::mt19937 random(1);
+    for (std::size_t size = 0; size < bytes; size += messages.back().size()) {
+        std::array<char, 100> text{};
+        std::snprintf(text.data(), text.size(), R"({"value":%.9f,"time":%zu,"quality":"good"})",
+                      static_cast<double>(random()) / 4e9, 1'700'000'000'000'000 + messages.size());
+        messages.emplace_back(text.data());
+    }
+    return messages;
+}
+
+/** Pictures that cannot be compressed further. */
+std::vector<std::string> pictures(std::size_t bytes) {
+    constexpr std::size_t picture = 100'000;
+    std::vector<std::string> messages;
+    std::mt19937 random(1);
+    for (std::size_t size = 0; size < bytes; size += picture) {
+        std::string data(picture, '\0');
+        std::generate(data.begin(), data.end(), [&] { return static_cast<char>(random()); });
+        messages.push_back(std::move(data));
+    }
+    return messages;
+}
+
+std::string joined(const std::vector<std::string>& messages) {
+    std::string all;
+    for (const std::string& message : messages) {
+        all += message;
+    }
+    return all;
+}
+
+void writePlainly(const std::string& path, const std::string& bytes) {
+    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    for (std::size_t offset = 0; offset < bytes.size(); offset += a_chunk) {
+        if (::write(file, bytes.data() + offset, std::min(a_chunk, bytes.size() - offset)) <= 0) {
+            std::perror("write");
+            std::exit(EXIT_FAILURE);
+        }
+    }
+    ::close(file);
+}
+
+void compress(const std::string& bytes) {
+    std::string compressed(ZSTD_compressBound(a_chunk), '\0');
+    ZSTD_CCtx* context = ZSTD_createCCtx();
+    for (std::size_t offset = 0; offset < bytes.size(); offset += a_chunk) {
+        ZSTD_compressCCtx(context, compressed.data(), compressed.size(), bytes.data() + offset,
+                          std::min(a_chunk, bytes.size() - offset), 1);
+    }
+    ZSTD_freeCCtx(context);
+}
+
+void record(const std::string& path, const std::vector<std::string>& messages,
+            recording::Compression compression) {
+    recording::WriterOptions options;
+    options.fCompression = compression;
+    options.fOverwrites = true;
+    recording::Writer writer(path, options);
+    for (std::uint16_t i = 0; i < a_channels; ++i) {
+        writer.addChannel(0, "/robot1/memory/Key" + std::to_string(i), "json");
+    }
+    std::uint32_t sequence = 0;
+    for (const std::string& message : messages) {
+        writer.write({static_cast<std::uint16_t>(sequence % a_channels), sequence, sequence,
+                      sequence, message});
+        ++sequence;
+    }
+    writer.finish();
+}
+
+void print(const char* name, const Figure& figure, double megabytes) {
+    std::printf("  %-34s %8.0f MB/s, %6.1f ns of processor time a byte\n", name,
+                megabytes / figure.fSeconds, figure.fProcessorSeconds * 1e3 / megabytes);
+}
+
+void compare(const char* title, const std::vector<std::string>& messages, const std::string& path) {
+    const std::string bytes = joined(messages);
+    const double megabytes = static_cast<double>(bytes.size()) / a_megabyte;
+    std::printf("%s: %zu messages, %.0f MB\n", title, messages.size(), megabytes);
+    using recording::Compression;
+    print("write(2)", measure([&] { writePlainly(path, bytes); }), megabytes);
+    print("zstd", measure([&] { compress(bytes); }), megabytes);
+    print("recording, not compressed", measure([&] { record(path, messages, Compression::None); }),
+          megabytes);
+    print("recording, zstd", measure([&] { record(path, messages, Compression::Zstd); }),
+          megabytes);
+    std::filesystem::remove(path);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    constexpr std::size_t usual = 200;
+    const std::size_t megabytes = argc > 1 ? static_cast<std::size_t>(std::atoi(argv[1])) : usual;
+    const std::string folder = argc > 2 ? argv[2] : std::filesystem::temp_directory_path().string();
+    const std::string path = folder + "/recording_write_bench.mcap";
+    const auto bytes = megabytes * static_cast<std::size_t>(a_megabyte);
+    compare("Numbers", numbers(bytes), path);
+    compare("Pictures", pictures(bytes), path);
+    return EXIT_SUCCESS;
+}
