@@ -1,10 +1,9 @@
 #ifndef OBVISTA_CAMERAVIEWER_PICTURE_BUFFERS_H
 #define OBVISTA_CAMERAVIEWER_PICTURE_BUFFERS_H
 
-#include <QImage>
+#include <base/buffer_pool.h>
 
-#include <cstddef>
-#include <memory>
+#include <QImage>
 
 namespace cameraviewer {
 
@@ -16,28 +15,17 @@ namespace cameraviewer {
  */
 class PictureBuffers {
   public:
-    PictureBuffers();
-    ~PictureBuffers();
-    PictureBuffers(const PictureBuffers&) = delete;
-    PictureBuffers& operator=(const PictureBuffers&) = delete;
-
     /**
      * Returns an image to write to; its initial contents are undefined.
      *
-     * @return a null image if memory is short
+     * @return a null image if its size is impossible
+     * @throws std::bad_alloc
      */
     QImage makeImage(int width, int height, QImage::Format format);
 
-    /** Returns the number of unused blocks of memory. */
-    std::size_t spareCount() const;
-
   private:
-    struct Spares;
-    struct Loan;
-
-    static void xGiveBack(void* loan);
-
-    std::shared_ptr<Spares> fSpares;
+    /** One picture is shown, one waits to be shown and one is being decoded. */
+    base::BufferPool fPool{3};
 };
 
 }  // namespace cameraviewer

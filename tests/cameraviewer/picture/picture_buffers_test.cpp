@@ -3,7 +3,6 @@
 #include <optional>
 #include <picture_buffers.h>
 #include <thread>
-#include <vector>
 
 using cameraviewer::PictureBuffers;
 
@@ -20,18 +19,6 @@ TEST(PictureBuffers, UsesMemoryAgainOnceTheLastCopyIsGone) {
     const QImage second = buffers.makeImage(64, 48, QImage::Format_RGB32);
     const QImage third = buffers.makeImage(64, 48, QImage::Format_RGB32);
     EXPECT_TRUE(second.constBits() == memory || third.constBits() == memory);
-}
-
-TEST(PictureBuffers, KeepsFewSparesAndNoneOfAnotherSize) {
-    PictureBuffers buffers;
-    std::vector<QImage> images;
-    for (int i = 0; i < 10; ++i) {
-        images.push_back(buffers.makeImage(64, 48, QImage::Format_RGB32));
-    }
-    images.clear();
-    EXPECT_EQ(buffers.spareCount(), 3U);
-    const QImage larger = buffers.makeImage(65, 48, QImage::Format_RGB32);
-    EXPECT_EQ(buffers.spareCount(), 0U);
 }
 
 TEST(PictureBuffers, AreOutlivedByTheirPictures) {

@@ -171,8 +171,7 @@ grpc::ByteBuffer encodeEndOfWatch(const v1::Error& reason) {
     return grpc::ByteBuffer(&slice, 1);
 }
 
-FrameAssembler::FrameAssembler(std::size_t largestFrame)
-    : fLargestFrame(largestFrame), fBuffers(FrameBuffers::create()) {
+FrameAssembler::FrameAssembler(std::size_t largestFrame) : fLargestFrame(largestFrame) {
 }
 
 std::optional<KVFrame> FrameAssembler::take(grpc::ByteBuffer& update) {
@@ -227,7 +226,7 @@ void FrameAssembler::xBegin(const std::string& field) {
     frame.fStride = header.stride();
     frame.fFormat = decodeFormat(header.format());
     frame.fSize = header.size();
-    fData = fBuffers->obtain(frame.fSize);
+    fData = fBuffers.obtain(frame.fSize);
     fReceived = 0;
     fFrame = std::move(frame);
 }

@@ -3,8 +3,8 @@
 
 #include "robaxi/v1/robaxi.pb.h"
 #include "task_pool.h"
-#include "wire/frame_buffers.h"
 
+#include <base/buffer_pool.h>
 #include <robaxi/kv_frame.h>
 
 #include <google/protobuf/io/coded_stream.h>
@@ -72,7 +72,7 @@ class FrameAssembler {
     void xTakeData(google::protobuf::io::CodedInputStream& input);
 
     const std::size_t fLargestFrame;
-    const std::shared_ptr<FrameBuffers> fBuffers;
+    base::BufferPool fBuffers{3};          // as many as are in use: received, waiting, shown
     std::optional<KVFrame> fFrame;         // being received
     std::shared_ptr<unsigned char> fData;  // its bytes
     std::size_t fReceived = 0;
