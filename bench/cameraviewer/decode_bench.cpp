@@ -11,7 +11,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <jpeg_writer.h>
 #include <memory>
 #include <picture_decoder.h>
 #include <random>
@@ -19,8 +18,8 @@
 
 namespace {
 
-using cameraviewer::FrameFault;
 using cameraviewer::PictureDecoder;
+using picture::FrameFault;
 using Bytes = std::vector<unsigned char>;
 using Clock = std::chrono::steady_clock;
 
@@ -55,7 +54,8 @@ QImage scene(int width, int height) {
 
 Bytes bytesOf(const QImage& image, const Format& format) {
     if (format.fFormat == KVPixelFormat::Jpeg) {
-        const auto file = cameraviewer::JpegWriter().write(image, cameraviewer::JpegDetail::Half);
+        const auto file =
+            picture::JpegWriter().write(cameraviewer::rowsOf(image), picture::JpegDetail::Half);
         return {file.fData.get(), file.fData.get() + file.fSize};
     }
     const auto size = static_cast<std::ptrdiff_t>(image.width()) * image.height();

@@ -89,32 +89,33 @@ CameraBar::CameraBar(QWidget* parent)
             [this] { Q_EMIT cameraWanted(fCameraBox->currentData().toString().toStdString()); });
     connect(fSizeBox, qOverload<int>(&QComboBox::activated), this, [this] {
         const QSize size = fSizeBox->currentData().toSize();
-        CameraSettings wanted = fCamera.fSettings;
+        picture::CameraSettings wanted = fCamera.fSettings;
         wanted.fWidth = size.width();
         wanted.fHeight = size.height();
         xWant(wanted);
     });
     connect(fFormatBox, qOverload<int>(&QComboBox::activated), this, [this] {
-        CameraSettings wanted = fCamera.fSettings;
+        picture::CameraSettings wanted = fCamera.fSettings;
         wanted.fFormat = fFormatBox->currentData().toString().toStdString();
         xWant(wanted);
     });
     connect(fRateBox, qOverload<int>(&QComboBox::activated), this, [this] {
-        CameraSettings wanted = fCamera.fSettings;
+        picture::CameraSettings wanted = fCamera.fSettings;
         wanted.fRate = fRateBox->currentData().toDouble();
         xWant(wanted);
     });
     showCameras({}, nullptr, {});
 }
 
-void CameraBar::showCameras(const std::vector<CameraInfo>& cameras, const CameraInfo* chosen,
-                            const CameraSettings& settings) {
+void CameraBar::showCameras(const std::vector<picture::CameraInfo>& cameras,
+                            const picture::CameraInfo* chosen,
+                            const picture::CameraSettings& settings) {
     Choices names;
-    for (const CameraInfo& camera : cameras) {
+    for (const picture::CameraInfo& camera : cameras) {
         names += {obvista::plainText(camera.fName, a_maxNameShown),
                   QString::fromStdString(camera.fName), asToolTip(camera.fDescription)};
     }
-    fCamera = chosen != nullptr ? *chosen : CameraInfo();
+    fCamera = chosen != nullptr ? *chosen : picture::CameraInfo();
     fCamera.fSettings = settings;
     xFill(*fCameraBox, names, QString::fromStdString(fCamera.fName));
     xShowSettings();
@@ -188,7 +189,7 @@ void CameraBar::xFill(QComboBox& box, const Choices& choices, const QVariant& cu
 }
 
 void CameraBar::xShowSettings() {
-    const CameraSettings& settings = fCamera.fSettings;
+    const picture::CameraSettings& settings = fCamera.fSettings;
     xFill(*fSizeBox, xSizes(), QSize(settings.fWidth, settings.fHeight));
     xFill(*fFormatBox, xFormats(), QString::fromStdString(settings.fFormat));
     xFill(*fRateBox, xRates(), settings.fRate);
@@ -198,8 +199,8 @@ void CameraBar::xShowSettings() {
  * A size may not support the current format or rate, and so on: the other settings are adapted to
  * the chosen one.
  */
-void CameraBar::xWant(const CameraSettings& wanted) {
-    const CameraSettings fitted = fittedSettings(fCamera, wanted);
+void CameraBar::xWant(const picture::CameraSettings& wanted) {
+    const picture::CameraSettings fitted = fittedSettings(fCamera, wanted);
     if (fitted == fCamera.fSettings) {
         xShowSettings();
         return;
@@ -209,7 +210,7 @@ void CameraBar::xWant(const CameraSettings& wanted) {
 
 CameraBar::Choices CameraBar::xSizes() const {
     std::set<std::pair<int, int>> sizes;
-    for (const CameraMode& mode : fCamera.fModes) {
+    for (const picture::CameraMode& mode : fCamera.fModes) {
         sizes.emplace(mode.fWidth, mode.fHeight);
     }
     Choices choices;
@@ -222,7 +223,7 @@ CameraBar::Choices CameraBar::xSizes() const {
 
 CameraBar::Choices CameraBar::xFormats() const {
     std::vector<std::string> formats;
-    for (const CameraMode& mode :
+    for (const picture::CameraMode& mode :
          modesOfSize(fCamera, fCamera.fSettings.fWidth, fCamera.fSettings.fHeight)) {
         for (const std::string& format : mode.fFormats) {
             if (std::find(formats.begin(), formats.end(), format) == formats.end()) {
@@ -239,7 +240,7 @@ CameraBar::Choices CameraBar::xFormats() const {
 
 CameraBar::Choices CameraBar::xRates() const {
     std::set<double> rates;
-    for (const CameraMode& mode :
+    for (const picture::CameraMode& mode :
          modesOfSize(fCamera, fCamera.fSettings.fWidth, fCamera.fSettings.fHeight)) {
         const auto& formats = mode.fFormats;
         if (std::find(formats.begin(), formats.end(), fCamera.fSettings.fFormat) != formats.end()) {

@@ -1,12 +1,11 @@
 #ifndef OBVISTA_CAMERAVIEWER_CAMERA_BAR_H
 #define OBVISTA_CAMERAVIEWER_CAMERA_BAR_H
 
-#include "camera_info.h"
-
 #include <QVariant>
 #include <QVector>
 #include <QWidget>
 
+#include <picture/camera_info.h>
 #include <string>
 #include <vector>
 
@@ -32,8 +31,8 @@ class CameraBar : public QWidget {
      * @param chosen one of the cameras, or null
      * @param settings the settings to show
      */
-    void showCameras(const std::vector<CameraInfo>& cameras, const CameraInfo* chosen,
-                     const CameraSettings& settings);
+    void showCameras(const std::vector<picture::CameraInfo>& cameras,
+                     const picture::CameraInfo* chosen, const picture::CameraSettings& settings);
 
     /**
      * @name Append parts
@@ -51,7 +50,7 @@ class CameraBar : public QWidget {
 
   Q_SIGNALS:
     void cameraWanted(const std::string& camera);
-    void settingsWanted(const cameraviewer::CameraSettings& settings);
+    void settingsWanted(const picture::CameraSettings& settings);
 
   private:
     struct Choice {
@@ -67,12 +66,12 @@ class CameraBar : public QWidget {
     QComboBox* xMakeBox(const char* objectName, const QString& name, const QString& toolTip);
     void xFill(QComboBox& box, const Choices& choices, const QVariant& current);
     void xShowSettings();
-    void xWant(const CameraSettings& wanted);
+    void xWant(const picture::CameraSettings& wanted);
     Choices xSizes() const;
     Choices xFormats() const;
     Choices xRates() const;
 
-    CameraInfo fCamera;
+    picture::CameraInfo fCamera;
     QComboBox* fCameraBox;
     QComboBox* fSizeBox;
     QComboBox* fFormatBox;

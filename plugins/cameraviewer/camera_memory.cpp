@@ -36,8 +36,8 @@ void CameraMemory::setCamera(const std::string& camera) {
     fSettings.setValue(a_camera, QString::fromStdString(camera));
 }
 
-std::optional<CameraSettings> CameraMemory::settings(const std::string& camera) const {
-    CameraSettings settings;
+std::optional<picture::CameraSettings> CameraMemory::settings(const std::string& camera) const {
+    picture::CameraSettings settings;
     settings.fWidth = fSettings.value(keyOf(camera, "width")).toInt();
     settings.fHeight = fSettings.value(keyOf(camera, "height")).toInt();
     settings.fFormat = fSettings.value(keyOf(camera, "format")).toString().toStdString();
@@ -47,7 +47,7 @@ std::optional<CameraSettings> CameraMemory::settings(const std::string& camera) 
     return isWhole ? std::make_optional(settings) : std::nullopt;
 }
 
-void CameraMemory::setSettings(const std::string& camera, const CameraSettings& settings) {
+void CameraMemory::setSettings(const std::string& camera, const picture::CameraSettings& settings) {
     fSettings.setValue(keyOf(camera, "width"), settings.fWidth);
     fSettings.setValue(keyOf(camera, "height"), settings.fHeight);
     fSettings.setValue(keyOf(camera, "format"), QString::fromStdString(settings.fFormat));

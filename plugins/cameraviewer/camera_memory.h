@@ -1,12 +1,12 @@
 #ifndef OBVISTA_CAMERAVIEWER_CAMERA_MEMORY_H
 #define OBVISTA_CAMERAVIEWER_CAMERA_MEMORY_H
 
-#include "camera_info.h"
 #include "view_geometry.h"
 
 #include <obvista/viewer/robot_settings.h>
 
 #include <optional>
+#include <picture/camera_info.h>
 #include <string>
 
 namespace cameraviewer {
@@ -30,8 +30,8 @@ class CameraMemory {
     std::string camera() const;
     void setCamera(const std::string& camera);
 
-    std::optional<CameraSettings> settings(const std::string& camera) const;
-    void setSettings(const std::string& camera, const CameraSettings& settings);
+    std::optional<picture::CameraSettings> settings(const std::string& camera) const;
+    void setSettings(const std::string& camera, const picture::CameraSettings& settings);
 
     RememberedView view() const;
     void setView(const RememberedView& view);

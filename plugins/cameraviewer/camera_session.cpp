@@ -33,7 +33,7 @@ KVPixelFormat pixelFormat(const std::string& format) {
     return found != formats.end() ? found->second : KVPixelFormat::Unknown;
 }
 
-bool isAsSet(const KVFrame& frame, const CameraSettings& settings) {
+bool isAsSet(const KVFrame& frame, const picture::CameraSettings& settings) {
     return frame.fWidth == static_cast<std::uint32_t>(settings.fWidth) &&
            frame.fHeight == static_cast<std::uint32_t>(settings.fHeight) &&
            frame.fFormat == pixelFormat(settings.fFormat);
@@ -45,19 +45,20 @@ CameraSession::CameraSession(std::shared_ptr<CameraLink> link, QObject* parent)
     : QObject(parent), fLink(std::move(link)), fMemory(fLink->robotName()), fAsked(Clock::now()) {
 }
 
-const CameraInfo* CameraSession::camera() const {
-    const auto found = std::find_if(fCameras.begin(), fCameras.end(),
-                                    [&](const CameraInfo& info) { return info.fName == fChosen; });
+const picture::CameraInfo* CameraSession::camera() const {
+    const auto found =
+        std::find_if(fCameras.begin(), fCameras.end(),
+                     [&](const picture::CameraInfo& info) { return info.fName == fChosen; });
     return found != fCameras.end() ? &*found : nullptr;
 }
 
-CameraSettings CameraSession::settings() const {
+picture::CameraSettings CameraSession::settings() const {
     const auto wish = fWishes.find(fChosen);
     if (wish != fWishes.end()) {
         return wish->second;
     }
-    const CameraInfo* chosen = camera();
-    return chosen != nullptr ? chosen->fSettings : CameraSettings();
+    const picture::CameraInfo* chosen = camera();
+    return chosen != nullptr ? chosen->fSettings : picture::CameraSettings();
 }
 
 void CameraSession::chooseCamera(const std::string& name) {
@@ -68,7 +69,7 @@ void CameraSession::chooseCamera(const std::string& name) {
     }
 }
 
-void CameraSession::changeSettings(const CameraSettings& settings) {
+void CameraSession::changeSettings(const picture::CameraSettings& settings) {
     if (!fChosen.empty() && xIsLive()) {
         fRecalled.insert(fChosen);
         xAskFor(settings);
@@ -136,7 +137,7 @@ Situation CameraSession::situation() const {
     situation.fCameraCount = static_cast<int>(fCameras.size());
     situation.fFailure = fFailure;
     situation.fIsPaused = fIsPaused;
-    const CameraInfo* chosen = camera();
+    const picture::CameraInfo* chosen = camera();
     if (chosen == nullptr) {
         return situation;
     }
@@ -147,7 +148,7 @@ Situation CameraSession::situation() const {
     if (state.fArrived) {
         situation.fSinceFrame = now - *state.fArrived;
     }
-    situation.fFault = state.fFault != FrameFault::None ? state.fFault : fDecodingFault;
+    situation.fFault = state.fFault != picture::FrameFault::None ? state.fFault : fDecodingFault;
     situation.fEnd = state.fEnd || state.fArrived ? state.fEnd : fEndBefore;
     return situation;
 }
@@ -170,7 +171,7 @@ void CameraSession::xTakeAnswers(const VideoAnswers& answers) {
     }
 }
 
-void CameraSession::xTakeCameras(const std::vector<CameraInfo>& cameras) {
+void CameraSession::xTakeCameras(const std::vector<picture::CameraInfo>& cameras) {
     if (cameras == fCameras && !fChosen.empty()) {
         return;
     }
@@ -188,7 +189,7 @@ void CameraSession::xTakeChange(const VideoAnswers::Change& change) {
     }
     if (change.fSettings) {
         fMemory.setSettings(change.fCamera, *change.fSettings);
-        for (CameraInfo& info : fCameras) {
+        for (picture::CameraInfo& info : fCameras) {
             if (info.fName == change.fCamera) {
                 info.fSettings = *change.fSettings;
             }
@@ -202,7 +203,7 @@ void CameraSession::xTakeChange(const VideoAnswers::Change& change) {
     }
 }
 
-void CameraSession::xAskFor(const CameraSettings& settings) {
+void CameraSession::xAskFor(const picture::CameraSettings& settings) {
     fWishes[fChosen] = settings;
     fLink->client().changeSettings(fChosen, settings);
 }
@@ -216,12 +217,12 @@ void CameraSession::xTakePicture() {
         return;
     }
     fDecodingFault = decoded->fPicture.fFault;
-    if (fDecodingFault != FrameFault::None) {
+    if (fDecodingFault != picture::FrameFault::None) {
         fLink->feed().addFault(fDecodingFault);
         requestPicture();
         return;
     }
-    const CameraInfo* chosen = camera();
+    const picture::CameraInfo* chosen = camera();
     if (chosen != nullptr && !isAsSet(decoded->fPicture.fFrame, chosen->fSettings) &&
         Clock::now() - fAsked >= a_watchAgain) {
         // Changed by another client.
@@ -233,7 +234,7 @@ void CameraSession::xTakePicture() {
 
 void CameraSession::xChoose(const std::string& name) {
     fChosen = name;
-    fDecodingFault = FrameFault::None;
+    fDecodingFault = picture::FrameFault::None;
     fEndBefore.reset();
     xRecallSettings();
     xUpdateWatching();
@@ -242,9 +243,9 @@ void CameraSession::xChoose(const std::string& name) {
 
 std::string CameraSession::xDefaultCamera() const {
     std::string remembered = fMemory.camera();
-    const bool isThere = std::any_of(fCameras.begin(), fCameras.end(), [&](const CameraInfo& info) {
-        return info.fName == remembered;
-    });
+    const bool isThere =
+        std::any_of(fCameras.begin(), fCameras.end(),
+                    [&](const picture::CameraInfo& info) { return info.fName == remembered; });
     if (isThere) {
         return remembered;
     }
@@ -253,11 +254,11 @@ std::string CameraSession::xDefaultCamera() const {
 
 /** Restores a camera's saved settings, once and unless there are none. */
 void CameraSession::xRecallSettings() {
-    const CameraInfo* chosen = camera();
+    const picture::CameraInfo* chosen = camera();
     if (chosen == nullptr || !fRecalled.insert(fChosen).second) {
         return;
     }
-    const std::optional<CameraSettings> remembered = fMemory.settings(fChosen);
+    const std::optional<picture::CameraSettings> remembered = fMemory.settings(fChosen);
     if (remembered && *remembered != chosen->fSettings &&
         fittedSettings(*chosen, *remembered) == *remembered) {
         xAskFor(*remembered);

@@ -1,7 +1,6 @@
 #ifndef OBVISTA_CAMERAVIEWER_CAMERA_SESSION_H
 #define OBVISTA_CAMERAVIEWER_CAMERA_SESSION_H
 
-#include "camera_info.h"
 #include "camera_memory.h"
 #include "frame_feed.h"
 #include "picture_worker.h"
@@ -15,6 +14,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <picture/camera_info.h>
 #include <set>
 #include <string>
 #include <vector>
@@ -35,19 +35,19 @@ class CameraSession : public QObject {
   public:
     CameraSession(std::shared_ptr<CameraLink> link, QObject* parent);
 
-    const std::vector<CameraInfo>& cameras() const { return fCameras; }
+    const std::vector<picture::CameraInfo>& cameras() const { return fCameras; }
     /** Returns the selected camera as last described by the robot; null if there is none. */
-    const CameraInfo* camera() const;
+    const picture::CameraInfo* camera() const;
 
     /**
      * Returns the settings of the selected camera, or the requested ones until the robot has
      * answered.
      */
-    CameraSettings settings() const;
+    picture::CameraSettings settings() const;
 
     void chooseCamera(const std::string& name);
     /** Requests other settings for the selected camera. */
-    void changeSettings(const CameraSettings& settings);
+    void changeSettings(const picture::CameraSettings& settings);
 
     void setSeen(bool isSeen);
     void setPaused(bool isPaused);
@@ -81,9 +81,9 @@ class CameraSession : public QObject {
 
   private:
     void xTakeAnswers(const VideoAnswers& answers);
-    void xTakeCameras(const std::vector<CameraInfo>& cameras);
+    void xTakeCameras(const std::vector<picture::CameraInfo>& cameras);
     void xTakeChange(const VideoAnswers::Change& change);
-    void xAskFor(const CameraSettings& settings);
+    void xAskFor(const picture::CameraSettings& settings);
     void xTakePicture();
     void xChoose(const std::string& name);
     std::string xDefaultCamera() const;
@@ -95,15 +95,15 @@ class CameraSession : public QObject {
     std::shared_ptr<CameraLink> fLink;
     CameraMemory fMemory;
     obvista::LinkState fLinkState = obvista::LinkState::Connected;
-    std::vector<CameraInfo> fCameras;
+    std::vector<picture::CameraInfo> fCameras;
     bool fHasCameras = false;
     std::optional<KVError> fFailure;
     std::string fChosen;
     std::string fWatched;
-    std::map<std::string, CameraSettings> fWishes;  // unanswered requests, for each camera
+    std::map<std::string, picture::CameraSettings> fWishes;  // unanswered requests, for each camera
     std::set<std::string> fRecalled;    // cameras whose saved settings have been restored
     std::optional<KVError> fEndBefore;  // of the previous stream
-    FrameFault fDecodingFault = FrameFault::None;
+    picture::FrameFault fDecodingFault = picture::FrameFault::None;
     FeedState::Clock::time_point fAsked;
     bool fIsSeen = false;
     bool fIsPaused = false;

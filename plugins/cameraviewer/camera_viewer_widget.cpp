@@ -180,7 +180,7 @@ void CameraViewerWidget::xOnTick() {
 
 void CameraViewerWidget::xOnCamerasChanged() {
     fBar->showCameras(fSession->cameras(), fSession->camera(), fSession->settings());
-    const CameraInfo* camera = fSession->camera();
+    const picture::CameraInfo* camera = fSession->camera();
     fCapture->setOrigin({QString::fromStdString(fLink->robotName()),
                          camera != nullptr ? QString::fromStdString(camera->fName) : QString()});
     xUpdateReason();
@@ -329,7 +329,7 @@ void CameraViewerWidget::xUpdateStatus() {
 }
 
 void CameraViewerWidget::xCopyFigures() {
-    const CameraInfo* camera = fSession->camera();
+    const picture::CameraInfo* camera = fSession->camera();
     const QString name = camera != nullptr ? obvista::plainText(camera->fName) : tr("none");
     QApplication::clipboard()->setText(
         tr("Robot: %1").arg(robotName() + obvista::statusSeparator() + robotAddress()) +

@@ -181,7 +181,7 @@ void CaptureControls::xToggleRecording() {
     fIsRecording = true;
     fRecord->setChecked(true);
     fRecorder.start(xNewFile(QStringLiteral("mkv")), fOrigin);
-    fFeed.setTap([this](const KVFrame& frame) { fRecorder.offer(frame); });
+    fFeed.setTap([this](const picture::CheckedFrame& frame) { fRecorder.offer(frame); });
     Q_EMIT recordingChanged();
 }
 

@@ -33,8 +33,9 @@ QString number(double value, int digits) {
 QString faultLines(const Figures& figures) {
     QString lines;
     for (const auto& [fault, count] : figures.fFaults) {
-        lines += translated("Not shown: %1 frames. %2").arg(count).arg(faultText(fault)) +
-                 QLatin1Char('\n');
+        lines +=
+            translated("Not shown: %1 frames. %2").arg(count).arg(translated(faultText(fault))) +
+            QLatin1Char('\n');
     }
     return lines;
 }

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <picture/frame_check.h>
 
 namespace cameraviewer {
 
@@ -21,7 +22,7 @@ struct Figures {
      * shown.
      */
     std::optional<double> fAge;
-    std::map<FrameFault, std::uint64_t> fFaults;  ///< frames since the viewer was opened
+    std::map<picture::FrameFault, std::uint64_t> fFaults;  ///< frames since the viewer was opened
 };
 
 /** Calculates rates from counters that only increase. */

@@ -8,6 +8,8 @@
 
 namespace cameraviewer {
 
+using picture::FrameFault;
+
 namespace {
 
 /**
@@ -39,18 +41,19 @@ FeedState FrameFeed::state() const {
     return fState;
 }
 
-void FrameFeed::addFault(FrameFault fault) {
+void FrameFeed::addFault(picture::FrameFault fault) {
     const std::lock_guard<std::mutex> lock(fMutex);
     ++fCounts.fFaults[fault];
 }
 
-void FrameFeed::setTap(std::function<void(const KVFrame&)> tap) {
+void FrameFeed::setTap(std::function<void(const picture::CheckedFrame&)> tap) {
     const std::lock_guard<std::mutex> lock(fTapMutex);
     fTap = std::move(tap);
 }
 
 void FrameFeed::frameReceived(const KVFrame& frame, std::uint64_t passedOver) {
-    const FrameFault fault = check(frame, fReader);
+    const picture::CheckedFrame checked = check(frame, fReader);
+    const FrameFault fault = checked.fault();
     bool isNews = false;
     {
         const std::lock_guard<std::mutex> lock(fMutex);
@@ -74,10 +77,10 @@ void FrameFeed::frameReceived(const KVFrame& frame, std::uint64_t passedOver) {
     {
         const std::lock_guard<std::mutex> lock(fTapMutex);
         if (fTap) {
-            fTap(frame);
+            fTap(checked);
         }
     }
-    if (fWorker.offer(frame)) {
+    if (fWorker.offer(checked)) {
         const std::lock_guard<std::mutex> lock(fMutex);
         ++fCounts.fDropped;
     }

@@ -5,12 +5,12 @@
 
 #include <chrono>
 #include <cstdint>
-#include <frame_check.h>
 #include <functional>
-#include <jpeg_reader.h>
 #include <map>
 #include <mutex>
 #include <optional>
+#include <picture/frame_check.h>
+#include <picture/jpeg.h>
 
 namespace obvista {
 class Notice;
@@ -29,7 +29,7 @@ struct FeedCounts {
      * skipped on the way, or replaced while they waited to be decoded.
      */
     std::uint64_t fDropped = 0;
-    std::map<FrameFault, std::uint64_t> fFaults;  ///< frames that cannot be shown
+    std::map<picture::FrameFault, std::uint64_t> fFaults;  ///< frames that cannot be shown
 };
 
 /** State of the watched camera's stream. */
@@ -38,9 +38,9 @@ struct FeedState {
 
     Clock::time_point fStarted;                 ///< start of watching
     std::optional<Clock::time_point> fArrived;  ///< time of the last frame, valid or not
-    FrameFault fFault = FrameFault::None;       ///< of the last frame
-    std::optional<KVError> fEnd;                ///< reason for the end of the stream
-    Clock::time_point fEnded;                   ///< time of the end
+    picture::FrameFault fFault = picture::FrameFault::None;  ///< of the last frame
+    std::optional<KVError> fEnd;                             ///< reason for the end of the stream
+    Clock::time_point fEnded;                                ///< time of the end
 };
 
 /**
@@ -67,13 +67,13 @@ class FrameFeed : public KVFrameStream::Listener {
     FeedState state() const;
 
     /** Counts a frame that failed to decode. */
-    void addFault(FrameFault fault);
+    void addFault(picture::FrameFault fault);
 
     /**
      * Sets a function that receives every valid frame on a thread of the library; it must not
      * block. An empty function takes effect without delay: no call follows.
      */
-    void setTap(std::function<void(const KVFrame&)> tap);
+    void setTap(std::function<void(const picture::CheckedFrame&)> tap);
 
     void frameReceived(const KVFrame& frame, std::uint64_t passedOver) override;
     void ended(const KVError& error) override;
@@ -83,14 +83,14 @@ class FrameFeed : public KVFrameStream::Listener {
 
     PictureWorker& fWorker;
     obvista::Notice& fNotice;
-    JpegReader fReader;  // used by the thread that delivers frames
+    picture::JpegReader fReader;  // used by the thread that delivers frames
 
     mutable std::mutex fMutex;  // guards all members below
     FeedCounts fCounts;
     FeedState fState;
     std::optional<std::uint64_t> fLastNumber;
     std::mutex fTapMutex;
-    std::function<void(const KVFrame&)> fTap;
+    std::function<void(const picture::CheckedFrame&)> fTap;
 };
 
 }  // namespace cameraviewer

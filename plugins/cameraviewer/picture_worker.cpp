@@ -15,7 +15,7 @@ PictureWorker::~PictureWorker() {
     stop();
 }
 
-bool PictureWorker::offer(const KVFrame& frame) {
+bool PictureWorker::offer(const picture::CheckedFrame& frame) {
     const std::lock_guard<std::mutex> lock(fMutex);
     const bool isReplacing = fWaiting.has_value();
     fWaiting = frame;
@@ -66,7 +66,7 @@ void PictureWorker::xRun() {
         if (fIsStopped) {
             return;
         }
-        const KVFrame frame = *std::exchange(fWaiting, std::nullopt);
+        const picture::CheckedFrame frame = *std::exchange(fWaiting, std::nullopt);
         const std::uint64_t epoch = fEpoch;
         const bool withHistograms = fIsHistogramWanted;
         lock.unlock();
@@ -82,13 +82,13 @@ void PictureWorker::xRun() {
     }
 }
 
-DecodedPicture PictureWorker::xDecode(const KVFrame& frame, bool withHistograms) {
+DecodedPicture PictureWorker::xDecode(const picture::CheckedFrame& frame, bool withHistograms) {
     DecodedPicture decoded;
     try {
         decoded.fPicture = fDecoder.decode(frame);
     } catch (const std::bad_alloc&) {
-        decoded.fPicture.fFrame = frame;
-        decoded.fPicture.fFault = FrameFault::TooLarge;
+        decoded.fPicture.fFrame = frame.frame();
+        decoded.fPicture.fFault = picture::FrameFault::TooLarge;
     }
     if (withHistograms) {
         decoded.fHistograms = histogramsOf(decoded.fPicture.fImage);

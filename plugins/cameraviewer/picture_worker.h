@@ -1,13 +1,12 @@
 #ifndef OBVISTA_CAMERAVIEWER_PICTURE_WORKER_H
 #define OBVISTA_CAMERAVIEWER_PICTURE_WORKER_H
 
-#include <robaxi/kv_frame.h>
-
 #include <condition_variable>
 #include <cstdint>
 #include <histogram.h>
 #include <mutex>
 #include <optional>
+#include <picture/frame_check.h>
 #include <picture_decoder.h>
 #include <thread>
 #include <vector>
@@ -41,7 +40,7 @@ class PictureWorker {
     PictureWorker& operator=(const PictureWorker&) = delete;
 
     /** @return true if it replaced a frame that will not be shown */
-    bool offer(const KVFrame& frame);
+    bool offer(const picture::CheckedFrame& frame);
 
     /** Requests one picture: of the waiting frame, or of the next one. */
     void request();
@@ -59,14 +58,14 @@ class PictureWorker {
 
   private:
     void xRun();
-    DecodedPicture xDecode(const KVFrame& frame, bool withHistograms);
+    DecodedPicture xDecode(const picture::CheckedFrame& frame, bool withHistograms);
 
     obvista::Notice& fNotice;
     PictureDecoder fDecoder;  // used by the worker's thread
 
     std::mutex fMutex;  // guards all members below
     std::condition_variable fWork;
-    std::optional<KVFrame> fWaiting;
+    std::optional<picture::CheckedFrame> fWaiting;
     std::optional<DecodedPicture> fFinished;
     std::uint64_t fEpoch = 0;  // increased by forget()
     bool fIsRequested = false;

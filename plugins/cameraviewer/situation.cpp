@@ -56,7 +56,7 @@ QString reasonOfFrames(const Situation& situation) {
         return translated("Camera \"%1\" stopped sending %2 s ago.")
             .arg(situation.fCamera, whole(*situation.fSinceFrame));
     }
-    return faultText(situation.fFault);
+    return translated(faultText(situation.fFault));
 }
 
 }  // namespace

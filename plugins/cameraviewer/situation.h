@@ -7,8 +7,8 @@
 #include <QString>
 
 #include <chrono>
-#include <frame_check.h>
 #include <optional>
+#include <picture/frame_check.h>
 
 namespace cameraviewer {
 
@@ -21,12 +21,12 @@ struct Situation {
     int fCameraCount = 0;             ///< in the newest list
     std::optional<KVError> fFailure;  ///< error of the newest request for the list
     bool fIsPaused = false;
-    QString fCamera;                       ///< display name of the watched camera; empty for none
-    double fRate = 0;                      ///< its frames a second; 0 if unknown
-    Seconds fWatched{0};                   ///< time since watching began
-    std::optional<Seconds> fSinceFrame;    ///< time since the last frame; nothing before the first
-    FrameFault fFault = FrameFault::None;  ///< of the last frame
-    std::optional<KVError> fEnd;           ///< reason for which the robot has ended the stream
+    QString fCamera;                     ///< display name of the watched camera; empty for none
+    double fRate = 0;                    ///< its frames a second; 0 if unknown
+    Seconds fWatched{0};                 ///< time since watching began
+    std::optional<Seconds> fSinceFrame;  ///< time since the last frame; nothing before the first
+    picture::FrameFault fFault = picture::FrameFault::None;  ///< of the last frame
+    std::optional<KVError> fEnd;  ///< reason for which the robot has ended the stream
 };
 
 /**

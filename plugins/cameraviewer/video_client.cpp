@@ -31,7 +31,8 @@ void VideoClient::listCameras() {
     fWork.notify_one();
 }
 
-void VideoClient::changeSettings(const std::string& camera, const CameraSettings& settings) {
+void VideoClient::changeSettings(const std::string& camera,
+                                 const picture::CameraSettings& settings) {
     const std::lock_guard<std::mutex> lock(fMutex);
     fWishes[camera] = settings;
     fWork.notify_one();
@@ -80,21 +81,22 @@ void VideoClient::xRun() {
 void VideoClient::xListCameras() {
     VideoAnswers answers;
     try {
-        answers.fCameras = readCameras(fVideo->callValue("getCameras", {}));
+        answers.fCameras = picture::readCameras(fVideo->callValue("getCameras", {}));
     } catch (const KVError& error) {
         answers.fFailure = error;
     }
     xAnswer(std::move(answers));
 }
 
-void VideoClient::xChangeSettings(const std::string& camera, const CameraSettings& settings) {
+void VideoClient::xChangeSettings(const std::string& camera,
+                                  const picture::CameraSettings& settings) {
     VideoAnswers answers;
     VideoAnswers::Change change;
     change.fCamera = camera;
     change.fWish = settings;
     try {
-        change.fSettings = readSettings(
-            fVideo->callValue("setSettings", {KVValue(camera), settingsValue(settings)}));
+        change.fSettings = picture::readSettings(
+            fVideo->callValue("setSettings", {KVValue(camera), picture::settingsValue(settings)}));
     } catch (const KVError& error) {
         change.fRefusal = error.toString();
     }

@@ -1,8 +1,6 @@
 #ifndef OBVISTA_CAMERAVIEWER_VIDEO_CLIENT_H
 #define OBVISTA_CAMERAVIEWER_VIDEO_CLIENT_H
 
-#include "camera_info.h"
-
 #include <robaxi/kv_error.h>
 
 #include <boost/shared_ptr.hpp>
@@ -12,6 +10,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <picture/camera_info.h>
 #include <string>
 #include <thread>
 #include <vector>
@@ -33,12 +32,13 @@ struct VideoAnswers {
     /** Result of a request for other settings. */
     struct Change {
         std::string fCamera;
-        CameraSettings fWish;
-        std::optional<CameraSettings> fSettings;  ///< resulting settings; nothing if refused
-        std::string fRefusal;                     ///< the robot's reason
+        picture::CameraSettings fWish;
+        std::optional<picture::CameraSettings>
+            fSettings;         ///< resulting settings; nothing if refused
+        std::string fRefusal;  ///< the robot's reason
     };
 
-    std::optional<std::vector<CameraInfo>> fCameras;
+    std::optional<std::vector<picture::CameraInfo>> fCameras;
     std::optional<KVError> fFailure;  ///< error of the request for the cameras
     std::vector<Change> fChanges;
 };
@@ -61,7 +61,7 @@ class VideoClient {
     /** Requests the cameras, unless a request is already waiting. */
     void listCameras();
     /** Requests other settings. Replaces a request that was not sent yet. */
-    void changeSettings(const std::string& camera, const CameraSettings& settings);
+    void changeSettings(const std::string& camera, const picture::CameraSettings& settings);
 
     VideoAnswers take();
 
@@ -71,7 +71,7 @@ class VideoClient {
   private:
     void xRun();
     void xListCameras();
-    void xChangeSettings(const std::string& camera, const CameraSettings& settings);
+    void xChangeSettings(const std::string& camera, const picture::CameraSettings& settings);
     void xAnswer(VideoAnswers answers);
 
     std::unique_ptr<KVProxy> fVideo;  // valid until stop() has returned
@@ -80,7 +80,7 @@ class VideoClient {
     std::mutex fMutex;  // guards all members below
     std::condition_variable fWork;
     bool fIsListWanted = false;
-    std::map<std::string, CameraSettings> fWishes;
+    std::map<std::string, picture::CameraSettings> fWishes;
     VideoAnswers fAnswers;
     bool fIsStopped = false;
 

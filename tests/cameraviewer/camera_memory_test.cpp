@@ -5,7 +5,7 @@
 #include <camera_memory.h>
 
 using cameraviewer::CameraMemory;
-using cameraviewer::CameraSettings;
+using picture::CameraSettings;
 
 class CameraMemoryTest : public QObject {
     Q_OBJECT

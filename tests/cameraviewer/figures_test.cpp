@@ -9,7 +9,7 @@ using cameraviewer::byteRateText;
 using cameraviewer::FeedCounts;
 using cameraviewer::FigureMeter;
 using cameraviewer::Figures;
-using cameraviewer::FrameFault;
+using picture::FrameFault;
 
 namespace {
 
@@ -85,7 +85,7 @@ TEST(Figures, AreALineAndAReport) {
               "Bytes: 1234567 a second\n"
               "Age when shown: 8 ms\n"
               "Not shown: 3 frames. " +
-                  faultText(FrameFault::ShortData).toStdString() + "\n");
+                  std::string(faultText(FrameFault::ShortData)) + "\n");
     EXPECT_TRUE(figuresLine(figures).endsWith(QLatin1String("3 faulty frames")));
 }
 

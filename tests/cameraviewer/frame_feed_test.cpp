@@ -9,10 +9,10 @@
 #include <thread>
 #include <vector>
 
-using cameraviewer::FrameFault;
 using cameraviewer::FrameFeed;
 using cameraviewer::PictureWorker;
 using obvista::Notice;
+using picture::FrameFault;
 using testing::ElementsAre;
 using testing::Pair;
 
@@ -80,7 +80,8 @@ TEST_F(FrameFeedTest, CountsNothingForTheTimeInWhichItDidNotWatch) {
 
 TEST_F(FrameFeedTest, CountsAndNamesFaultyFramesAndHandsThemToNobody) {
     std::vector<std::uint64_t> recorded;
-    fFeed.setTap([&](const KVFrame& frame) { recorded.push_back(frame.fNumber); });
+    fFeed.setTap(
+        [&](const picture::CheckedFrame& frame) { recorded.push_back(frame.frame().fNumber); });
     KVFrame shortData = xFrame(1);
     --shortData.fSize;
     KVFrame noSize = xFrame(2);
@@ -128,7 +129,7 @@ TEST_F(FrameFeedTest, IsReadWhileFramesCome) {
         const std::uint64_t received = fFeed.counts().fReceived;
         goesBack = goesBack || received < seen;
         seen = received;
-        fFeed.setTap([](const KVFrame&) {});
+        fFeed.setTap([](const picture::CheckedFrame&) {});
         fFeed.state();
         fFeed.setTap(nullptr);
     }

@@ -11,9 +11,9 @@
 #include <thread>
 
 using cameraviewer::DecodedPicture;
-using cameraviewer::FrameFault;
 using cameraviewer::PictureWorker;
 using obvista::Notice;
+using picture::FrameFault;
 
 namespace {
 
@@ -57,7 +57,7 @@ TEST(PictureWorker, DecodesWhatIsAskedFor) {
     Taker taker(notice);
     PictureWorker worker(notice);
     worker.request();
-    EXPECT_FALSE(worker.offer(greyFrame(1)));
+    EXPECT_FALSE(worker.offer(picture::check(greyFrame(1))));
     ASSERT_TRUE(taker.wait());
     const std::optional<DecodedPicture> decoded = worker.take();
     ASSERT_TRUE(decoded.has_value());
@@ -71,9 +71,9 @@ TEST(PictureWorker, DecodesTheNewestOnceItIsAsked) {
     Notice notice;
     Taker taker(notice);
     PictureWorker worker(notice);
-    EXPECT_FALSE(worker.offer(greyFrame(1)));
-    EXPECT_TRUE(worker.offer(greyFrame(2)));
-    EXPECT_TRUE(worker.offer(greyFrame(3)));
+    EXPECT_FALSE(worker.offer(picture::check(greyFrame(1))));
+    EXPECT_TRUE(worker.offer(picture::check(greyFrame(2))));
+    EXPECT_TRUE(worker.offer(picture::check(greyFrame(3))));
     EXPECT_FALSE(worker.take().has_value());
     worker.request();
     ASSERT_TRUE(taker.wait());
@@ -85,9 +85,9 @@ TEST(PictureWorker, DecodesNoFrameThatNobodyAskedFor) {
     Taker taker(notice);
     PictureWorker worker(notice);
     worker.request();
-    worker.offer(greyFrame(1));
+    worker.offer(picture::check(greyFrame(1)));
     ASSERT_TRUE(taker.wait());
-    worker.offer(greyFrame(2));
+    worker.offer(picture::check(greyFrame(2)));
     EXPECT_FALSE(taker.wait(std::chrono::milliseconds(100)));
     EXPECT_EQ(worker.take()->fPicture.fFrame.fNumber, 1U);
 }
@@ -99,7 +99,7 @@ TEST(PictureWorker, TellsWhatIsWrongWithAFrame) {
     KVFrame frame = greyFrame(1);
     frame.fHeight = 9;
     worker.request();
-    worker.offer(frame);
+    worker.offer(picture::check(frame));
     ASSERT_TRUE(taker.wait());
     const std::optional<DecodedPicture> decoded = worker.take();
     EXPECT_EQ(decoded->fPicture.fFault, FrameFault::ShortData);
@@ -112,7 +112,7 @@ TEST(PictureWorker, MakesAHistogramWhereItIsWanted) {
     PictureWorker worker(notice);
     worker.setHistogramWanted(true);
     worker.request();
-    worker.offer(greyFrame(1, 42));
+    worker.offer(picture::check(greyFrame(1, 42)));
     ASSERT_TRUE(taker.wait());
     const std::optional<DecodedPicture> decoded = worker.take();
     ASSERT_EQ(decoded->fHistograms.size(), 1U);
@@ -125,13 +125,13 @@ TEST(PictureWorker, ForgetsThePicturesOfACameraThatIsLeft) {
     Taker taker(notice);
     PictureWorker worker(notice);
     worker.request();
-    worker.offer(greyFrame(1));
+    worker.offer(picture::check(greyFrame(1)));
     ASSERT_TRUE(taker.wait());
-    worker.offer(greyFrame(2));
+    worker.offer(picture::check(greyFrame(2)));
     worker.forget();
     EXPECT_FALSE(worker.take().has_value());
     // A requested picture that was not taken is still delivered.
-    worker.offer(greyFrame(3));
+    worker.offer(picture::check(greyFrame(3)));
     ASSERT_TRUE(taker.wait());
     EXPECT_EQ(worker.take()->fPicture.fFrame.fNumber, 3U);
 }
@@ -146,7 +146,7 @@ TEST(PictureWorker, StopsUnderFire) {
         std::atomic<bool> hasStarted{false};
         std::thread feed([&] {
             for (std::uint64_t number = 1; number < 300; ++number) {
-                worker.offer(greyFrame(number));
+                worker.offer(picture::check(greyFrame(number)));
                 worker.request();
                 worker.take();
                 notice.clear();
@@ -170,7 +170,7 @@ TEST(PictureWorker, NeverGoesBackToAnOlderPicture) {
     constexpr std::uint64_t frames = 2000;
     std::thread feed([&] {
         for (std::uint64_t number = 1; number <= frames; ++number) {
-            worker.offer(greyFrame(number));
+            worker.offer(picture::check(greyFrame(number)));
         }
     });
     std::uint64_t newest = 0;

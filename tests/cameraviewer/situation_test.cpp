@@ -3,10 +3,10 @@
 #include <situation.h>
 #include <string>
 
-using cameraviewer::FrameFault;
 using cameraviewer::patienceFor;
 using cameraviewer::reasonOf;
 using cameraviewer::Situation;
+using picture::FrameFault;
 using Seconds = Situation::Seconds;
 
 namespace {
@@ -85,9 +85,9 @@ TEST(Situation, LosesPatienceWithinTwoSecondsAtEveryRateFromOne) {
 TEST(Situation, NamesWhatIsWrongWithTheFrames) {
     Situation faulty = live();
     faulty.fFault = FrameFault::ShortData;
-    EXPECT_EQ(reason(faulty), faultText(FrameFault::ShortData).toStdString());
+    EXPECT_EQ(reason(faulty), faultText(FrameFault::ShortData));
     faulty.fFault = FrameFault::UnsupportedFormat;
-    EXPECT_EQ(reason(faulty), faultText(FrameFault::UnsupportedFormat).toStdString());
+    EXPECT_EQ(reason(faulty), faultText(FrameFault::UnsupportedFormat));
 }
 
 TEST(Situation, SaysThatTheRobotEndedTheStream) {

@@ -8,20 +8,22 @@
 #include <QImage>
 
 #include <histogram.h>
-#include <jpeg_writer.h>
 #include <memory>
 #include <optional>
+#include <picture/frame_decoder.h>
+#include <picture/jpeg.h>
 #include <picture_decoder.h>
+#include <vector>
 
 namespace {
 
-using cameraviewer::check;
-using cameraviewer::FrameFault;
-using cameraviewer::JpegHeader;
-using cameraviewer::JpegReader;
 using cameraviewer::Picture;
 using cameraviewer::PictureDecoder;
 using obvista_fuzz::require;
+using picture::CheckedFrame;
+using picture::FrameFault;
+using picture::JpegHeader;
+using picture::JpegReader;
 
 constexpr std::size_t a_headSize = 14;
 /** Larger pictures take time and find nothing new. */
@@ -77,11 +79,20 @@ void requireSound(const Picture& picture) {
             "a grey picture has one histogram, another one for each colour");
 }
 
+/** Decodes a frame as the command line tool does. */
+bool isDecodedToBytes(const CheckedFrame& checked, JpegReader& reader) {
+    const auto layout =
+        checked.isGrey() ? picture::PixelLayout::Grey8 : picture::PixelLayout::Rgb888;
+    const std::size_t row = std::size_t{checked.frame().fWidth} * bytesPerPixel(layout);
+    std::vector<unsigned char> rows(row * checked.frame().fHeight);
+    return decode(checked, reader, layout, rows.data(), row);
+}
+
 KVFrame makeSoundFrame() {
     QImage image(8, 8, QImage::Format_Grayscale8);
     image.fill(Qt::gray);
-    const cameraviewer::JpegFile jpeg =
-        cameraviewer::JpegWriter().write(image, cameraviewer::JpegDetail::Full);
+    const picture::JpegFile jpeg =
+        picture::JpegWriter().write(cameraviewer::rowsOf(image), picture::JpegDetail::Full);
     KVFrame frame;
     frame.fFormat = KVPixelFormat::Jpeg;
     frame.fWidth = 8;
@@ -100,12 +111,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static PictureDecoder decoder;
     static const KVFrame soundFrame = makeSoundFrame();
     const KVFrame frame = frameOf(data, size);
-    const FrameFault fault = check(frame);
+    static JpegReader reader;
+    const CheckedFrame checked = check(frame, reader);
+    const FrameFault fault = checked.fault();
     const bool isLarge = std::uint64_t{frame.fWidth} * frame.fHeight > a_maxPixels;
     if (fault == FrameFault::None && isLarge) {
         return 0;
     }
     const Picture picture = decoder.decode(frame);
+    if (fault == FrameFault::None) {
+        require(isDecodedToBytes(checked, reader) == (picture.fFault == FrameFault::None),
+                "a picture is sound in each layout, or in none");
+    }
     require(picture.fImage.isNull() == (picture.fFault != FrameFault::None),
             "there is a picture or a fault");
     require(fault == picture.fFault || picture.fFault == FrameFault::BadJpeg,

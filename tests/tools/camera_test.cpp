@@ -34,8 +34,8 @@ TEST(Camera, WhatTheRobotDoesNotSayIsLeftOpen) {
         camerasOf(KVValue::List{KVValue::Map{{"name", "bare"}}, described("odd", KVValue(12))});
     ASSERT_EQ(2U, cameras.size());
     EXPECT_EQ("bare", cameras[0].fName);
-    EXPECT_EQ(0, cameras[0].fRate);
-    EXPECT_EQ(0, cameras[1].fWidth);
+    EXPECT_EQ(0, cameras[0].fSettings.fRate);
+    EXPECT_EQ(0, cameras[1].fSettings.fWidth);
 }
 
 TEST(Camera, NonsenseIsNoCamera) {
@@ -51,7 +51,7 @@ TEST(Camera, ARateIsANumberAboveZero) {
                               std::numeric_limits<double>::quiet_NaN()}) {
         const auto cameras =
             camerasOf(KVValue::List{described("head", KVValue::Map{{"rate", rate}})});
-        EXPECT_EQ(0, cameras.at(0).fRate) << rate;
+        EXPECT_EQ(0, cameras.at(0).fSettings.fRate) << rate;
     }
 }
 

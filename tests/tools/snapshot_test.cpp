@@ -1,6 +1,6 @@
 // 'robaxi snapshot' against robots whose cameras do what each test wants.
 #include "frame_stamp.h"
-#include "picture/jpeg.h"
+#include "plain_frames.h"
 #include "robot_process.h"
 #include "tool_process.h"
 #include "values/change_format.h"
@@ -11,7 +11,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <condition_variable>
 #include <csignal>
 #include <cstdlib>
@@ -32,29 +31,26 @@ namespace {
 
 namespace fs = std::filesystem;
 using Json = nlohmann::json;
-using robaxi_tool::Pixels;
 using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
 
 /** A frame whose bytes are a text. */
-KVFrame makeFrame(std::uint64_t number, KVPixelFormat format, std::uint32_t width,
-                  std::uint32_t height, const std::string& bytes) {
-    KVFrame frame;
+KVFrame textFrame(std::uint64_t number, KVPixelFormat format, std::uint32_t width,
+                  std::uint32_t height, const std::string& text) {
+    const std::uint32_t stride = format == KVPixelFormat::Jpeg ? 0 : width;
+    KVFrame frame = makeFrame(format, width, height, stride, Bytes(text.begin(), text.end()));
     frame.fNumber = number;
     frame.fTime = 1714566896789012;
-    frame.fWidth = width;
-    frame.fHeight = height;
-    frame.fStride = format == KVPixelFormat::Jpeg ? 0 : width;
-    frame.fFormat = format;
-    // As long as its bytes and no longer, so that the sanitizer sees reads beyond them.
-    const std::shared_ptr<unsigned char> data(new unsigned char[bytes.size()],
-                                              std::default_delete<unsigned char[]>());
-    std::copy(bytes.begin(), bytes.end(), data.get());
-    frame.fData = data;
-    frame.fSize = bytes.size();
     return frame;
+}
+
+/** A JPEG of 64x48. */
+std::string blackJpeg() {
+    const Bytes black(std::size_t{3} * 64 * 48);
+    const Bytes jpeg = jpegOf({black.data(), 64, 48, 192, picture::PixelLayout::Rgb888});
+    return {jpeg.begin(), jpeg.end()};
 }
 
 /** Gives each test a robot and a temporary folder. */
@@ -132,7 +128,7 @@ class Snapshot : public ::testing::Test {
     }
 
     static KVFrame greyFrame(std::uint64_t number) {
-        return makeFrame(number, KVPixelFormat::Grey8, 4, 2, "abcdefgh");
+        return textFrame(number, KVPixelFormat::Grey8, 4, 2, "abcdefgh");
     }
 
     fs::path fFolder;
@@ -179,9 +175,9 @@ TEST_F(Snapshot, SavesTheFirstCamerasPictureUnderAGeneratedName) {
 }
 
 TEST_F(Snapshot, KeepsAJpegAsItCame) {
-    const std::string jpeg = robaxi_tool::writeJpeg(Pixels(64, 48, Pixels::Channels::Rgb));
+    const std::string jpeg = blackJpeg();
     const MovingCamera camera(fRobot.cameras(), "chest", [&](std::uint64_t number) {
-        return makeFrame(number, KVPixelFormat::Jpeg, 64, 48, jpeg);
+        return textFrame(number, KVPixelFormat::Jpeg, 64, 48, jpeg);
     });
     EXPECT_EQ("seer-chest-20240501T123456789012.jpg\n", outputOf({"chest"}));
     EXPECT_EQ(jpeg, read("seer-chest-20240501T123456789012.jpg"));
@@ -286,12 +282,12 @@ TEST_F(Snapshot, APictureThatIsNotWhatItClaimsIsNotSaved) {
         });
         expectFailure(14, sentence, {});
     };
-    expectBad("fewer bytes", makeFrame(1, KVPixelFormat::Grey8, 4000, 4000, "abc"));
-    expectBad("cannot be read", makeFrame(1, KVPixelFormat::Jpeg, 64, 48, "no JPEG"));
-    const std::string jpeg = robaxi_tool::writeJpeg(Pixels(64, 48, Pixels::Channels::Rgb));
+    expectBad("fewer bytes", textFrame(1, KVPixelFormat::Grey8, 4000, 4000, "abc"));
+    expectBad("cannot be read", textFrame(1, KVPixelFormat::Jpeg, 64, 48, "no JPEG"));
+    const std::string jpeg = blackJpeg();
     expectBad("damaged or incomplete",
-              makeFrame(1, KVPixelFormat::Jpeg, 64, 48, jpeg.substr(0, jpeg.size() - 4)));
-    expectBad("does not know", makeFrame(1, KVPixelFormat::Unknown, 4, 2, "abcdefgh"));
+              textFrame(1, KVPixelFormat::Jpeg, 64, 48, jpeg.substr(0, jpeg.size() - 4)));
+    expectBad("does not know", textFrame(1, KVPixelFormat::Unknown, 4, 2, "abcdefgh"));
 }
 
 TEST_F(Snapshot, AnUnwritableFileIsReported) {

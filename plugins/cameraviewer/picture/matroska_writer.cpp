@@ -85,7 +85,7 @@ void releasePicture(gpointer bytes) {
 }
 
 /** A picture without a copy of its bytes. */
-GstBuffer* makeBuffer(const JpegFile& picture) {
+GstBuffer* makeBuffer(const picture::JpegFile& picture) {
     // GStreamer asks for a pointer to what may be written, and is told that it must not.
     auto* data = const_cast<unsigned char*>(picture.fData.get());
     return gst_buffer_new_wrapped_full(GST_MEMORY_FLAG_READONLY, data, picture.fSize, 0,
@@ -273,7 +273,7 @@ MatroskaWriter::MatroskaWriter(const Settings& settings)
 
 MatroskaWriter::~MatroskaWriter() = default;
 
-void MatroskaWriter::write(const JpegFile& picture, std::int64_t time) {
+void MatroskaWriter::write(const picture::JpegFile& picture, std::int64_t time) {
     fPrivate->waitFor([this] { return fPrivate->fCanTake; });
     if (fPrivate->hasFailed()) {
         return;

@@ -1,13 +1,12 @@
 #ifndef OBVISTA_CAMERAVIEWER_MATROSKA_WRITER_H
 #define OBVISTA_CAMERAVIEWER_MATROSKA_WRITER_H
 
-#include "jpeg_writer.h"
-
 #include <QString>
 
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <picture/jpeg.h>
 
 namespace cameraviewer {
 
@@ -43,7 +42,7 @@ class MatroskaWriter {
      *
      * @param time microseconds since the beginning of the file, more than that of the one before
      */
-    void write(const JpegFile& picture, std::int64_t time);
+    void write(const picture::JpegFile& picture, std::int64_t time);
 
     /** Returns when all pictures are written and the file is complete, or after a_patience. */
     void finish();

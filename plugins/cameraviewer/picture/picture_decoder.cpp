@@ -1,10 +1,14 @@
 #include "picture_decoder.h"
 
-#include "yuv_conversion.h"
-
 #include <new>
+#include <picture/frame_decoder.h>
 
 namespace cameraviewer {
+
+using picture::CheckedFrame;
+using picture::FrameFault;
+using picture::PixelLayout;
+
 namespace {
 
 using SharedBytes = std::shared_ptr<const unsigned char>;
@@ -48,67 +52,60 @@ QString yuvText(const KVFrame& frame, const QPoint& pixel) {
 }  // namespace
 
 Picture PictureDecoder::decode(const KVFrame& frame) {
-    Picture picture;
-    picture.fFrame = frame;
-    picture.fFault = check(frame, fJpegReader);
-    if (picture.fFault != FrameFault::None) {
-        return picture;
-    }
-    switch (frame.fFormat) {
-        case KVPixelFormat::Rgb888:
-            picture.fImage = wrap(frame, QImage::Format_RGB888);
-            break;
-        case KVPixelFormat::Grey8:
-            picture.fImage = wrap(frame, QImage::Format_Grayscale8);
-            break;
-        case KVPixelFormat::Yuv422:
-            picture.fImage = xDecodeYuv422(frame);
-            break;
-        case KVPixelFormat::Jpeg:
-            picture.fImage = xDecodeJpeg(frame);
-            if (picture.fImage.isNull()) {
-                picture.fFault = FrameFault::BadJpeg;
-            }
-            break;
-        case KVPixelFormat::Unknown:
-            break;
-    }
-    return picture;
+    return decode(check(frame, fJpegReader));
 }
 
-QImage PictureDecoder::xDecodeYuv422(const KVFrame& frame) {
-    QImage image = xMakeImage(frame, QImage::Format_RGB32);
-    uchar* target = image.bits();
-    const unsigned char* source = frame.fData.get();
-    for (std::uint32_t y = 0; y < frame.fHeight; ++y) {
-        convertYuv422Row(source, reinterpret_cast<QRgb*>(target), frame.fWidth);
-        source += frame.fStride;
-        target += image.bytesPerLine();
+Picture PictureDecoder::decode(const CheckedFrame& checked) {
+    const KVFrame& frame = checked.frame();
+    Picture result;
+    result.fFrame = frame;
+    result.fFault = checked.fault();
+    if (result.fFault != FrameFault::None) {
+        return result;
     }
-    return image;
+    if (frame.fFormat == KVPixelFormat::Rgb888) {
+        result.fImage = wrap(frame, QImage::Format_RGB888);
+    } else if (frame.fFormat == KVPixelFormat::Grey8) {
+        result.fImage = wrap(frame, QImage::Format_Grayscale8);
+    } else {
+        result.fImage = xDecodeRows(checked);
+        result.fFault = result.fImage.isNull() ? FrameFault::BadJpeg : FrameFault::None;
+    }
+    return result;
 }
 
-QImage PictureDecoder::xDecodeJpeg(const KVFrame& frame) {
-    const unsigned char* data = frame.fData.get();
-    const std::optional<JpegHeader> header = fJpegReader.readHeader(data, frame.fSize);
-    if (!header) {
-        return {};
-    }
-    const bool isGrey = header->fColours == JpegColours::Grey;
-    QImage image = xMakeImage(frame, isGrey ? QImage::Format_Grayscale8 : QImage::Format_RGB32);
-    const auto decodeRows = isGrey ? &JpegReader::decodeGrey : &JpegReader::decodeRgb32;
-    const bool isWhole =
-        (fJpegReader.*decodeRows)(data, frame.fSize, *header, image.bits(), image.bytesPerLine());
-    return isWhole ? image : QImage();
-}
-
-QImage PictureDecoder::xMakeImage(const KVFrame& frame, QImage::Format format) {
-    QImage image =
-        fBuffers.makeImage(static_cast<int>(frame.fWidth), static_cast<int>(frame.fHeight), format);
+/** @return a null image for a JPEG that is damaged */
+QImage PictureDecoder::xDecodeRows(const CheckedFrame& frame) {
+    QImage image = fBuffers.makeImage(
+        static_cast<int>(frame.frame().fWidth), static_cast<int>(frame.frame().fHeight),
+        frame.isGrey() ? QImage::Format_Grayscale8 : QImage::Format_RGB32);
     if (image.isNull()) {
         throw std::bad_alloc();
     }
-    return image;
+    const bool isWhole = picture::decode(
+        frame, fJpegReader, frame.isGrey() ? PixelLayout::Grey8 : PixelLayout::Rgb32, image.bits(),
+        static_cast<std::size_t>(image.bytesPerLine()));
+    return isWhole ? image : QImage();
+}
+
+picture::PixelRows rowsOf(const QImage& image) {
+    picture::PixelRows rows;
+    rows.fBytes = image.constBits();
+    rows.fWidth = static_cast<std::uint32_t>(image.width());
+    rows.fHeight = static_cast<std::uint32_t>(image.height());
+    rows.fStride = static_cast<std::size_t>(image.bytesPerLine());
+    switch (image.format()) {
+        case QImage::Format_Grayscale8:
+            rows.fLayout = PixelLayout::Grey8;
+            break;
+        case QImage::Format_RGB888:
+            rows.fLayout = PixelLayout::Rgb888;
+            break;
+        default:
+            rows.fLayout = PixelLayout::Rgb32;
+            break;
+    }
+    return rows;
 }
 
 QString rawText(const Picture& picture, const QPoint& pixel) {

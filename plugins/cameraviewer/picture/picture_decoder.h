@@ -1,8 +1,6 @@
 #ifndef OBVISTA_CAMERAVIEWER_PICTURE_DECODER_H
 #define OBVISTA_CAMERAVIEWER_PICTURE_DECODER_H
 
-#include "frame_check.h"
-#include "jpeg_reader.h"
 #include "picture_buffers.h"
 
 #include <robaxi/kv_frame.h>
@@ -10,6 +8,9 @@
 #include <QImage>
 #include <QPoint>
 #include <QString>
+
+#include <picture/frame_check.h>
+#include <picture/jpeg.h>
 
 namespace cameraviewer {
 
@@ -24,7 +25,7 @@ struct Picture {
      *  frame's own bytes, with its stride; YUV 4:2:2 and JPEG become Format_RGB32, a grey JPEG
      *  Format_Grayscale8. */
     QImage fImage;
-    FrameFault fFault = FrameFault::None;
+    picture::FrameFault fFault = picture::FrameFault::None;
 };
 
 /**
@@ -34,21 +35,24 @@ struct Picture {
 class PictureDecoder {
   public:
     /**
-     * Checks the frame (see check()) and decodes it: RGB and grey without a copy, YUV 4:2:2 by
-     * convertYuv422Row(). A JPEG that is damaged, or ends early, is BadJpeg and not shown in part.
+     * Decodes a frame: RGB and grey without a copy, YUV 4:2:2 by picture::convertYuv422Row(). A
+     * JPEG that is damaged, or ends early, is BadJpeg and not shown in part.
      *
      * @throws std::bad_alloc when there is no memory for the picture
      */
+    Picture decode(const picture::CheckedFrame& frame);
+    /** Checks the frame before. */
     Picture decode(const KVFrame& frame);
 
   private:
-    QImage xDecodeYuv422(const KVFrame& frame);
-    QImage xDecodeJpeg(const KVFrame& frame);
-    QImage xMakeImage(const KVFrame& frame, QImage::Format format);
+    QImage xDecodeRows(const picture::CheckedFrame& frame);
 
-    JpegReader fJpegReader;
+    picture::JpegReader fJpegReader;
     PictureBuffers fBuffers;
 };
+
+/** The memory of an image of Format_RGB888, Format_RGB32 or Format_Grayscale8. */
+picture::PixelRows rowsOf(const QImage& image);
 
 /**
  * The value of a pixel as the camera sent it: "R 1 G 2 B 3", "Grey 12", "Y 120 Cb 130 Cr 127". For

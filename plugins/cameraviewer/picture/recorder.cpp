@@ -29,7 +29,7 @@ std::int64_t now() {
 
 /** A frame and when it came. */
 struct Offer {
-    KVFrame fFrame;
+    picture::CheckedFrame fFrame;
     std::int64_t fArrival;
 };
 
@@ -79,7 +79,7 @@ struct Recorder::Private {
         }
         Offer offer = std::move(fOffers.front());
         fOffers.pop_front();
-        fOfferedBytes -= offer.fFrame.fSize;
+        fOfferedBytes -= offer.fFrame.frame().fSize;
         return offer;
     }
 
@@ -205,18 +205,18 @@ void Recorder::start(const QString& file, const PictureOrigin& origin) {
     });
 }
 
-void Recorder::offer(const KVFrame& frame) {
+void Recorder::offer(const picture::CheckedFrame& frame) {
     {
         const std::lock_guard lock(fPrivate->fMutex);
         if (fPrivate->fStatus.fState != State::Recording) {
             return;
         }
-        if (!fPrivate->hasRoomFor(frame)) {
+        if (!fPrivate->hasRoomFor(frame.frame())) {
             ++fPrivate->fStatus.fDropped;
             return;
         }
         fPrivate->fOffers.push_back({frame, now()});
-        fPrivate->fOfferedBytes += frame.fSize;
+        fPrivate->fOfferedBytes += frame.frame().fSize;
     }
     fPrivate->fChanged.notify_all();
 }

@@ -3,14 +3,13 @@
 
 #include "picture_origin.h"
 
-#include <robaxi/kv_frame.h>
-
 #include <QObject>
 #include <QString>
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <picture/frame_check.h>
 
 namespace cameraviewer {
 
@@ -47,10 +46,10 @@ struct RecorderLimits {
  * Records frames to Matroska files as Motion JPEG, on threads of its own.
  *
  * JPEG frames are stored byte for byte as they come. Other formats are encoded as JPEG of the
- * quality JpegWriter::a_quality: raw pictures would be 27 MB a second at 640x480, and few players
- * know them in Matroska. An exact picture is what a snapshot is for. Frames with a fault are left
- * out and counted; a JPEG with damage beyond its header, where check() does not look, is stored
- * like any other.
+ * quality picture::JpegWriter::a_quality: raw pictures would be 27 MB a second at 640x480, and few
+ * players know them in Matroska. An exact picture is what a snapshot is for. Frames with a fault
+ * are left out and counted; a JPEG with damage beyond its header, where picture::check() does not
+ * look, is stored like any other.
  *
  * The times in a file are those of the robot's stamps, from 0 on, see RecordingClock. As a track
  * has one size, another size or format begins a new file: "name.mkv", "name-2.mkv" and so on,
@@ -81,7 +80,7 @@ class Recorder : public QObject {
 
     /** Returns at once. The frame is dropped and counted when too many wait; ignored when no
      *  recording runs. */
-    void offer(const KVFrame& frame);
+    void offer(const picture::CheckedFrame& frame);
 
     /** Ends the recording with the frames that were offered. Returns at once, see ended(). */
     void stop();

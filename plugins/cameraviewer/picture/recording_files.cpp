@@ -6,6 +6,11 @@
 #include <QStorageInfo>
 
 namespace cameraviewer {
+
+using picture::CheckedFrame;
+using picture::JpegDetail;
+using picture::JpegFile;
+
 namespace {
 
 constexpr std::chrono::seconds a_spaceCheckInterval{1};
@@ -25,9 +30,10 @@ RecordingFiles::RecordingFiles(const QString& file, const PictureOrigin& origin,
     : fFirstFile(file), fOrigin(origin), fFreeSpace(freeSpace), fFile(file) {
 }
 
-bool RecordingFiles::write(const KVFrame& frame, std::int64_t arrival) {
-    const JpegFile picture = xEncode(frame);
-    if (!picture.fData) {
+bool RecordingFiles::write(const CheckedFrame& checked, std::int64_t arrival) {
+    const KVFrame& frame = checked.frame();
+    const JpegFile jpeg = xEncode(checked);
+    if (!jpeg.fData) {
         return false;
     }
     xCheckFreeSpace();
@@ -43,23 +49,23 @@ bool RecordingFiles::write(const KVFrame& frame, std::int64_t arrival) {
     if (!fWriter) {
         xBegin(kind, frame);
     }
-    fWriter->write(picture, fTime - fBegin);
+    fWriter->write(jpeg, fTime - fBegin);
     fFailure = fWriter->failure();
     return true;
 }
 
-JpegFile RecordingFiles::xEncode(const KVFrame& frame) {
-    if (frame.fFormat == KVPixelFormat::Jpeg) {
-        const bool isSound = check(frame, fJpegReader) == FrameFault::None;
-        return isSound ? JpegFile{frame.fData, frame.fSize} : JpegFile();
-    }
-    const Picture picture = fDecoder.decode(frame);
-    if (picture.fFault != FrameFault::None) {
+JpegFile RecordingFiles::xEncode(const CheckedFrame& checked) {
+    if (checked.fault() != picture::FrameFault::None) {
         return {};
+    }
+    const KVFrame& frame = checked.frame();
+    if (frame.fFormat == KVPixelFormat::Jpeg) {
+        return {frame.fData, frame.fSize};
     }
     // YUV 4:2:2 has no more colours than that.
     const bool isHalf = frame.fFormat == KVPixelFormat::Yuv422;
-    return fJpegWriter.write(picture.fImage, isHalf ? JpegDetail::Half : JpegDetail::Full);
+    return fJpegWriter.write(rowsOf(fDecoder.decode(checked).fImage),
+                             isHalf ? JpegDetail::Half : JpegDetail::Full);
 }
 
 /** Ends the recording while there is room to complete its file. */

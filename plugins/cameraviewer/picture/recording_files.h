@@ -1,7 +1,6 @@
 #ifndef OBVISTA_CAMERAVIEWER_RECORDING_FILES_H
 #define OBVISTA_CAMERAVIEWER_RECORDING_FILES_H
 
-#include "jpeg_writer.h"
 #include "matroska_writer.h"
 #include "picture_decoder.h"
 #include "picture_origin.h"
@@ -32,7 +31,7 @@ class RecordingFiles {
      * @return false when there is a fault in the frame, which is left out
      * @throws std::bad_alloc
      */
-    bool write(const KVFrame& frame, std::int64_t arrival);
+    bool write(const picture::CheckedFrame& frame, std::int64_t arrival);
 
     /** Completes the file. */
     void finish();
@@ -59,7 +58,7 @@ class RecordingFiles {
     };
 
     /** @return no data when there is a fault in the frame */
-    JpegFile xEncode(const KVFrame& frame);
+    picture::JpegFile xEncode(const picture::CheckedFrame& frame);
     void xCheckFreeSpace();
     void xBegin(const Kind& kind, const KVFrame& frame);
     QString xNextFile() const;
@@ -69,8 +68,7 @@ class RecordingFiles {
     const std::int64_t fFreeSpace;
 
     PictureDecoder fDecoder;
-    JpegReader fJpegReader;
-    JpegWriter fJpegWriter;
+    picture::JpegWriter fJpegWriter;
     RecordingClock fClock;
     std::unique_ptr<MatroskaWriter> fWriter;
     Kind fKind{};

@@ -10,7 +10,7 @@ namespace cameraviewer {
 
 /**
  * Writes a picture to a PNG file, with the very values of Picture::fImage: for RGB and grey those
- * of the frame, for YUV 4:2:2 those of convertYuv422Row(), for JPEG the decoded ones.
+ * of the frame, for YUV 4:2:2 those of picture::convertYuv422Row(), for JPEG the decoded ones.
  *
  * The file has the texts "Robot", "Camera", "Time" (see timeText()), "Frame" (its number),
  * "Format" (that of the frame) and "Software". It appears under its name when it is complete;

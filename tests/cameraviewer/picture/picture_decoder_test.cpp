@@ -2,11 +2,10 @@
 
 #include <made_frames.h>
 #include <optional>
+#include <picture/colours.h>
 #include <picture_decoder.h>
 #include <utility>
-#include <yuv_conversion.h>
 
-using cameraviewer::FrameFault;
 using cameraviewer::Picture;
 using cameraviewer::PictureDecoder;
 using cameraviewer::rawText;
@@ -17,6 +16,7 @@ using obvista_test::jpegOf;
 using obvista_test::makeFrame;
 using obvista_test::smoothPicture;
 using obvista_test::soundFrame;
+using picture::FrameFault;
 
 namespace {
 
@@ -77,8 +77,9 @@ TEST(PictureDecoder, ConvertsYuvRowByRow) {
     EXPECT_EQ(image.format(), QImage::Format_RGB32);
     for (int y = 0; y < 9; ++y) {
         std::vector<QRgb> row(34);
-        cameraviewer::convertYuv422Row(
-            frame.fData.get() + static_cast<std::size_t>(y) * frame.fStride, row.data(), 34);
+        picture::convertYuv422Row(frame.fData.get() + static_cast<std::size_t>(y) * frame.fStride,
+                                  34, picture::PixelLayout::Rgb32,
+                                  reinterpret_cast<unsigned char*>(row.data()));
         for (int x = 0; x < 34; ++x) {
             EXPECT_EQ(image.pixel(x, y), row[static_cast<std::size_t>(x)]);
         }
@@ -108,7 +109,9 @@ TEST(PictureDecoder, ShowsNoJpegThatEndsEarly) {
     for (std::size_t size = 1; size < whole.size(); ++size) {
         const Bytes part(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
         const Picture picture = decoder.decode(makeFrame(KVPixelFormat::Jpeg, 40, 24, 0, part));
-        EXPECT_EQ(picture.fFault, FrameFault::BadJpeg) << "after " << size << " bytes";
+        EXPECT_TRUE(picture.fFault == FrameFault::BadJpeg ||
+                    picture.fFault == FrameFault::UnreadableJpeg)
+            << "after " << size << " bytes";
         EXPECT_TRUE(picture.fImage.isNull());
     }
     EXPECT_EQ(decoder.decode(makeFrame(KVPixelFormat::Jpeg, 40, 24, 0, whole)).fFault,

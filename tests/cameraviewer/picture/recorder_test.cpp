@@ -118,7 +118,7 @@ TEST_F(RecorderTest, StoresJpegsAsTheyComeWithTheRobotsTimes) {
     std::vector<KVFrame> frames;
     for (int i = 0; i < 50; ++i) {
         frames.push_back(frameAt(i));
-        fRecorder.offer(frames.back());
+        fRecorder.offer(picture::check(frames.back()));
     }
     const RecorderStatus status = fRecorder.stopAndWait();
     EXPECT_EQ(status.fState, State::Done) << qPrintable(status.fFailure);
@@ -158,7 +158,7 @@ TEST_F(RecorderTest, EncodesRawPicturesSoThatTheyLookTheSame) {
         makeFrame(KVPixelFormat::Yuv422, 64, 48, 128, yuv)};
     for (const KVFrame& frame : frames) {
         fRecorder.start(path("a.mkv"), fOrigin);
-        fRecorder.offer(frame);
+        fRecorder.offer(picture::check(frame));
         ASSERT_EQ(fRecorder.stopAndWait().fState, State::Done);
         const MatroskaContent content = readMatroska(path("a.mkv"));
         ASSERT_EQ(content.fPictures.size(), 1U);
@@ -174,12 +174,12 @@ TEST_F(RecorderTest, BeginsAnotherFileForAnotherSizeOrFormat) {
     QFile taken(path("a-2.mkv"));
     ASSERT_TRUE(taken.open(QIODevice::WriteOnly));
     fRecorder.start(path("a.mkv"), fOrigin);
-    fRecorder.offer(frameAt(0));
-    fRecorder.offer(frameAt(1));
-    fRecorder.offer(frameAt(2, 32, 24));
-    fRecorder.offer(frameAt(3, 32, 24));
-    fRecorder.offer(
-        at(rawFrame(KVPixelFormat::Rgb888, smoothPicture(32, 24, QImage::Format_RGB888)), 4));
+    fRecorder.offer(picture::check(frameAt(0)));
+    fRecorder.offer(picture::check(frameAt(1)));
+    fRecorder.offer(picture::check(frameAt(2, 32, 24)));
+    fRecorder.offer(picture::check(frameAt(3, 32, 24)));
+    fRecorder.offer(picture::check(
+        at(rawFrame(KVPixelFormat::Rgb888, smoothPicture(32, 24, QImage::Format_RGB888)), 4)));
     const RecorderStatus status = fRecorder.stopAndWait();
     EXPECT_EQ(status.fState, State::Done);
     EXPECT_EQ(status.fFrames, 5U);
@@ -204,13 +204,13 @@ TEST_F(RecorderTest, BeginsAnotherFileForAnotherSizeOrFormat) {
 
 TEST_F(RecorderTest, LeavesOutFaultyFramesAndCountsThem) {
     fRecorder.start(path("a.mkv"), fOrigin);
-    fRecorder.offer(frameAt(0));
+    fRecorder.offer(picture::check(frameAt(0)));
     KVFrame lying = frameAt(1);
     lying.fWidth += 1;
-    fRecorder.offer(lying);
-    fRecorder.offer(makeFrame(KVPixelFormat::Rgb888, 64, 48, 192, Bytes(100)));
-    fRecorder.offer(KVFrame());
-    fRecorder.offer(frameAt(2));
+    fRecorder.offer(picture::check(lying));
+    fRecorder.offer(picture::check(makeFrame(KVPixelFormat::Rgb888, 64, 48, 192, Bytes(100))));
+    fRecorder.offer(picture::check(KVFrame()));
+    fRecorder.offer(picture::check(frameAt(2)));
     const RecorderStatus status = fRecorder.stopAndWait();
     EXPECT_EQ(status.fState, State::Done);
     EXPECT_EQ(status.fFrames, 2U);
@@ -225,7 +225,7 @@ TEST_F(RecorderTest, PlaysOnAfterADamagedJpeg) {
         if (i % 4 == 1) {
             frame.fSize = frame.fSize * 2 / 3;
         }
-        fRecorder.offer(frame);
+        fRecorder.offer(picture::check(frame));
     }
     EXPECT_EQ(fRecorder.stopAndWait().fState, State::Done);
     std::string error;
@@ -235,10 +235,10 @@ TEST_F(RecorderTest, PlaysOnAfterADamagedJpeg) {
 
 TEST_F(RecorderTest, MakesAFileThatPlaysWhenTheClockIsSetBack) {
     fRecorder.start(path("a.mkv"), fOrigin);
-    fRecorder.offer(frameAt(0));
-    fRecorder.offer(frameAt(1));
-    fRecorder.offer(at(frameAt(2), -100'000));
-    fRecorder.offer(at(frameAt(3), -99'999));
+    fRecorder.offer(picture::check(frameAt(0)));
+    fRecorder.offer(picture::check(frameAt(1)));
+    fRecorder.offer(picture::check(at(frameAt(2), -100'000)));
+    fRecorder.offer(picture::check(at(frameAt(3), -99'999)));
     EXPECT_EQ(fRecorder.stopAndWait().fFrames, 4U);
     const MatroskaContent content = readMatroska(path("a.mkv"));
     EXPECT_EQ(content.fError, "");
@@ -256,7 +256,7 @@ TEST_F(RecorderTest, DropsAndCountsWhatItCannotTakeInTime) {
     const KVFrame frame = frameAt(0, 640, 480);
     const int offered = 2000;
     for (int i = 0; i < offered; ++i) {
-        recorder.offer(at(frame, i));
+        recorder.offer(picture::check(at(frame, i)));
     }
     const RecorderStatus status = recorder.stopAndWait();
     EXPECT_EQ(status.fState, State::Done);
@@ -270,7 +270,7 @@ TEST_F(RecorderTest, TakesAFrameLargerThanItsBoundWhenNothingElseWaits) {
     limits.fBytes = 1;
     WatchedRecorder recorder(limits);
     recorder.start(path("b.mkv"), fOrigin);
-    recorder.offer(frameAt(0));
+    recorder.offer(picture::check(frameAt(0)));
     EXPECT_EQ(recorder.stopAndWait().fFrames, 1U);
 }
 
@@ -279,7 +279,7 @@ TEST_F(RecorderTest, CompletesTheFileWhenItIsDeleted) {
         Recorder recorder(nullptr, generous());
         recorder.start(path("b.mkv"), fOrigin);
         for (int i = 0; i < 10; ++i) {
-            recorder.offer(frameAt(i));
+            recorder.offer(picture::check(frameAt(i)));
         }
     }
     const MatroskaContent content = readMatroska(path("b.mkv"));
@@ -290,12 +290,12 @@ TEST_F(RecorderTest, CompletesTheFileWhenItIsDeleted) {
 
 TEST_F(RecorderTest, RecordsAgainAfterAnEnd) {
     fRecorder.start(path("a.mkv"), fOrigin);
-    fRecorder.offer(frameAt(0));
+    fRecorder.offer(picture::check(frameAt(0)));
     EXPECT_EQ(fRecorder.stopAndWait().fFrames, 1U);
-    fRecorder.offer(frameAt(1));
+    fRecorder.offer(picture::check(frameAt(1)));
     fRecorder.start(path("b.mkv"), fOrigin);
-    fRecorder.offer(frameAt(2));
-    fRecorder.offer(frameAt(3));
+    fRecorder.offer(picture::check(frameAt(2)));
+    fRecorder.offer(picture::check(frameAt(3)));
     const RecorderStatus status = fRecorder.stopAndWait();
     EXPECT_EQ(status.fFrames, 2U);
     EXPECT_EQ(status.fFile, path("b.mkv"));
@@ -316,18 +316,18 @@ TEST_F(RecorderTest, WritesNoFileWhenNoFrameComes) {
 TEST_F(RecorderTest, OverwritesAFileThatIsThere) {
     fRecorder.start(path("a.mkv"), fOrigin);
     for (int i = 0; i < 50; ++i) {
-        fRecorder.offer(frameAt(i));
+        fRecorder.offer(picture::check(frameAt(i)));
     }
     fRecorder.stopAndWait();
     fRecorder.start(path("a.mkv"), fOrigin);
-    fRecorder.offer(frameAt(0));
+    fRecorder.offer(picture::check(frameAt(0)));
     fRecorder.stopAndWait();
     EXPECT_EQ(readMatroska(path("a.mkv")).fPictures.size(), 1U);
 }
 
 TEST_F(RecorderTest, SaysWhyAFileCannotBeWritten) {
     fRecorder.start(path("missing/a.mkv"), fOrigin);
-    fRecorder.offer(frameAt(0));
+    fRecorder.offer(picture::check(frameAt(0)));
     const RecorderStatus status = fRecorder.waitForEnd();
     EXPECT_EQ(status.fState, State::Failed);
     EXPECT_EQ(status.fFailure,
@@ -338,7 +338,7 @@ TEST_F(RecorderTest, SaysWhyAFileCannotBeWritten) {
 TEST_F(RecorderTest, SaysThatTheDiskIsFull) {
     fRecorder.start(QStringLiteral("/dev/full"), fOrigin);
     for (int i = 0; i < 200 && fRecorder.status().fState == State::Recording; ++i) {
-        fRecorder.offer(frameAt(i));
+        fRecorder.offer(picture::check(frameAt(i)));
     }
     fRecorder.stop();
     const RecorderStatus status = fRecorder.waitForEnd();
@@ -352,7 +352,7 @@ TEST_F(RecorderTest, EndsWithACompleteFileBeforeTheDiskIsFull) {
     limits.fFreeSpace = std::numeric_limits<std::int64_t>::max();
     WatchedRecorder recorder(limits);
     recorder.start(path("b.mkv"), fOrigin);
-    recorder.offer(frameAt(0));
+    recorder.offer(picture::check(frameAt(0)));
     const RecorderStatus status = recorder.waitForEnd();
     EXPECT_EQ(status.fState, State::Failed);
     EXPECT_TRUE(status.fFailure.startsWith(QStringLiteral("The disk is nearly full")));

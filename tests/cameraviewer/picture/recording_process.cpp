@@ -46,7 +46,7 @@ void feed(Recorder& recorder, GoesOn goesOn) {
     while (recorder.status().fState == State::Recording && goesOn(offered)) {
         if (offered < recorder.status().fFrames + 10) {
             frame.fTime += 33'333;
-            recorder.offer(frame);
+            recorder.offer(picture::check(frame));
             ++offered;
         }
         std::this_thread::yield();
@@ -108,7 +108,7 @@ int stayIdle(const QString& file) {
 int recordOne(const QString& file) {
     Recorder recorder(nullptr, wideLimits());
     recorder.start(file, a_origin);
-    recorder.offer(obvista_test::processFrame());
+    recorder.offer(picture::check(obvista_test::processFrame()));
     feed(recorder, [](std::uint64_t /*offered*/) { return true; });
     std::cout << qPrintable(recorder.status().fFailure) << std::endl;
     return 0;

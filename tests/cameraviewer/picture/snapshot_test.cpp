@@ -7,9 +7,9 @@
 
 #include <cstring>
 #include <made_frames.h>
+#include <picture/colours.h>
 #include <snapshot.h>
 #include <unistd.h>
-#include <yuv_conversion.h>
 
 using cameraviewer::Picture;
 using cameraviewer::PictureDecoder;
@@ -64,8 +64,9 @@ TEST_F(Snapshot, HasTheDocumentedConversionOfYuv) {
     const QImage image = written(frame).convertToFormat(QImage::Format_RGB32);
     for (int y = 0; y < 121; ++y) {
         std::vector<QRgb> row(162);
-        cameraviewer::convertYuv422Row(
-            frame.fData.get() + static_cast<std::size_t>(y) * frame.fStride, row.data(), 162);
+        picture::convertYuv422Row(frame.fData.get() + static_cast<std::size_t>(y) * frame.fStride,
+                                  162, picture::PixelLayout::Rgb32,
+                                  reinterpret_cast<unsigned char*>(row.data()));
         EXPECT_EQ(std::memcmp(image.constScanLine(y), row.data(), row.size() * sizeof(QRgb)), 0);
     }
 }

@@ -1,14 +1,15 @@
 #include "commands/commands.h"
 #include "network/robot_link.h"
-#include "picture/picture_file.h"
 #include "process/failure.h"
 #include "snapshot/camera.h"
 #include "snapshot/fresh_frame.h"
 #include "snapshot/output_file.h"
+#include "snapshot/picture_file.h"
 #include "values/change_format.h"
 #include "values/value_text.h"
 
 #include <algorithm>
+#include <picture/pixel_format.h>
 
 namespace robaxi_tool {
 
@@ -26,22 +27,6 @@ PictureFormat parseFormat(const std::string& text) {
         throw UsageError("--format is 'jpeg', 'png', 'ppm' or 'pgm', not '" + text + "'");
     }
     return *format;
-}
-
-const char* cameraFormat(KVPixelFormat format) {
-    switch (format) {
-        case KVPixelFormat::Rgb888:
-            return "rgb";
-        case KVPixelFormat::Yuv422:
-            return "yuv422";
-        case KVPixelFormat::Grey8:
-            return "grey";
-        case KVPixelFormat::Jpeg:
-            return "jpeg";
-        case KVPixelFormat::Unknown:
-            break;
-    }
-    return "unknown";
 }
 
 /** Removes the punctuation of "2024-05-01T12:34:56.789012Z" for a file name. */
@@ -86,7 +71,7 @@ class SnapshotCommand : public Command {
         const RobotLink link(given[0], fTimeout, surroundings.fInterruption);
         const auto cameras = camerasOf(link.module(fModule)->callValue("getCameras", {}));
         if (fList) {
-            for (const Camera& camera : cameras) {
+            for (const picture::CameraInfo& camera : cameras) {
                 surroundings.fConsole.print(fJson ? jsonOfCamera(camera) : textOfCamera(camera));
             }
             return ExitStatus::Success;
@@ -94,7 +79,8 @@ class SnapshotCommand : public Command {
         if (cameras.empty()) {
             throw Failure(ExitStatus::NotOffered, "The robot has no camera.");
         }
-        const Camera& camera = given.size() > 1 ? findCamera(cameras, given[1]) : cameras.front();
+        const picture::CameraInfo& camera =
+            given.size() > 1 ? findCamera(cameras, given[1]) : cameras.front();
         const FreshFrame::Result result = xWaitForFrame(link, camera, surroundings);
         xSave(result, format.value_or(bestFormatFor(result.fFrame.fFormat)), link, camera,
               surroundings.fConsole);
@@ -132,7 +118,7 @@ class SnapshotCommand : public Command {
         }
     }
 
-    FreshFrame::Result xWaitForFrame(const RobotLink& link, const Camera& camera,
+    FreshFrame::Result xWaitForFrame(const RobotLink& link, const picture::CameraInfo& camera,
                                      Surroundings& surroundings) const {
         Bell bell(surroundings.fInterruption);
         FreshFrame fresh(bell);
@@ -152,15 +138,15 @@ class SnapshotCommand : public Command {
         return *result;
     }
 
-    Clock::duration xPatience(const Camera& camera) const {
-        const double rate = camera.fRate > 0 ? camera.fRate : a_usualRate;
+    Clock::duration xPatience(const picture::CameraInfo& camera) const {
+        const double rate = camera.fSettings.fRate > 0 ? camera.fSettings.fRate : a_usualRate;
         const double seconds = std::min(std::max(a_periodsOfPatience / rate, a_shortestPatience),
                                         static_cast<double>(fTimeout));
         return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
     }
 
     void xSave(const FreshFrame::Result& result, PictureFormat format, const RobotLink& link,
-               const Camera& camera, Console& console) const {
+               const picture::CameraInfo& camera, Console& console) const {
         const KVFrame& frame = result.fFrame;
         const std::string content = pictureFile(frame, format);
         if (fFile == a_standardOutput) {
@@ -185,7 +171,7 @@ class SnapshotCommand : public Command {
                                 {"new", result.fIsNew},
                                 {"width", frame.fWidth},
                                 {"height", frame.fHeight},
-                                {"sent", cameraFormat(frame.fFormat)},
+                                {"sent", picture::formatName(frame.fFormat)},
                                 {"format", nameOf(format)},
                                 {"bytes", content.size()}}));
     }

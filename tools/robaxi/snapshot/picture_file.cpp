@@ -1,14 +1,14 @@
-#include "picture/picture_file.h"
+#include "snapshot/picture_file.h"
 
-#include "picture/jpeg.h"
-#include "picture/pixels.h"
 #include "process/failure.h"
+#include "snapshot/pixels.h"
 
 #include <boost/algorithm/string/predicate.hpp>
 
 #include <algorithm>
 #include <array>
 #include <locale>
+#include <picture/jpeg.h>
 #include <png.h>
 
 namespace robaxi_tool {
@@ -31,6 +31,18 @@ constexpr std::array<NamedFormat, 4> a_formats{{{PictureFormat::Jpeg, "jpeg", "j
 const NamedFormat& entryOf(PictureFormat format) {
     return *std::find_if(a_formats.begin(), a_formats.end(),
                          [format](const NamedFormat& entry) { return entry.fFormat == format; });
+}
+
+std::string jpegFile(const Pixels& pixels) {
+    picture::JpegWriter writer;
+    const picture::JpegFile file = writer.write(
+        {pixels.fBytes.data(), pixels.fWidth, pixels.fHeight, pixels.rowSize(), pixels.layout()},
+        picture::JpegDetail::Full);
+    if (!file.fData) {
+        throw Failure(ExitStatus::BadPicture,
+                      "This picture cannot be a JPEG: " + writer.error() + '.');
+    }
+    return {file.fData.get(), file.fData.get() + file.fSize};
 }
 
 std::string pngFile(const Pixels& pixels) {
@@ -96,7 +108,7 @@ std::string pictureFile(const KVFrame& frame, PictureFormat format) {
             if (frame.fFormat == KVPixelFormat::Jpeg) {
                 return {frame.fData.get(), frame.fData.get() + frame.fSize};
             }
-            return writeJpeg(pixels);
+            return jpegFile(pixels);
         case PictureFormat::Png:
             return pngFile(pixels);
         case PictureFormat::Ppm:

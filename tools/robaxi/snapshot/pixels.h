@@ -1,9 +1,10 @@
-#ifndef OBVISTA_TOOLS_ROBAXI_PICTURE_PIXELS_H
-#define OBVISTA_TOOLS_ROBAXI_PICTURE_PIXELS_H
+#ifndef OBVISTA_TOOLS_ROBAXI_SNAPSHOT_PIXELS_H
+#define OBVISTA_TOOLS_ROBAXI_SNAPSHOT_PIXELS_H
 
 #include <robaxi/kv_frame.h>
 
 #include <cstdint>
+#include <picture/pixel_format.h>
 #include <vector>
 
 namespace robaxi_tool {
@@ -15,6 +16,7 @@ struct Pixels {
     Pixels(std::uint32_t width, std::uint32_t height, Channels channels);
 
     std::size_t rowSize() const;  ///< bytes
+    picture::PixelLayout layout() const;
 
     std::uint32_t fWidth;
     std::uint32_t fHeight;

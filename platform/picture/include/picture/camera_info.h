@@ -1,12 +1,12 @@
-#ifndef OBVISTA_CAMERAVIEWER_CAMERA_INFO_H
-#define OBVISTA_CAMERAVIEWER_CAMERA_INFO_H
+#ifndef OBVISTA_PICTURE_CAMERA_INFO_H
+#define OBVISTA_PICTURE_CAMERA_INFO_H
 
 #include <robaxi/kv_value.h>
 
 #include <string>
 #include <vector>
 
-namespace cameraviewer {
+namespace picture {
 
 /** Settings of a camera. */
 struct CameraSettings {
@@ -21,18 +21,18 @@ struct CameraSettings {
 
 /** One picture size with its supported formats and rates. */
 struct CameraMode {
-    int fWidth = 0;
-    int fHeight = 0;
+    int fWidth = 0;   ///< pixels
+    int fHeight = 0;  ///< pixels
     std::vector<std::string> fFormats;
-    std::vector<double> fRates;
+    std::vector<double> fRates;  ///< frames a second
 
     bool operator==(const CameraMode& other) const;
 };
 
 /** A robot's description of one of its cameras. The texts are untrusted. */
 struct CameraInfo {
-    std::string fName;
-    std::string fDescription;
+    std::string fName;         ///< also that of its stream
+    std::string fDescription;  ///< for people
     std::vector<CameraMode> fModes;
     CameraSettings fSettings;
 
@@ -48,6 +48,8 @@ constexpr std::size_t a_maxModes = 256;
 constexpr std::size_t a_maxChoices = 64;
 /** Maximum size of a camera's or a format's name in bytes. */
 constexpr std::size_t a_maxNameLength = 200;
+/** Most pixels of a picture's width or height. */
+constexpr int a_maxSide = 65535;
 
 /**
  * Parses the result of "getCameras". Invalid entries (a camera without a name or with a duplicate
@@ -60,8 +62,11 @@ std::vector<CameraInfo> readCameras(const KVValue& answer);
 /** Parses settings; missing or invalid values are 0 or empty. */
 CameraSettings readSettings(const KVValue& value);
 
-/** Returns the argument of "setSettings". */
+/** @name The form of docs/video.md, which readSettings() and readCameras() parse */
+///@{
 KVValue settingsValue(const CameraSettings& settings);
+KVValue cameraValue(const CameraInfo& camera);
+///@}
 
 /** Returns the modes with this size. */
 std::vector<CameraMode> modesOfSize(const CameraInfo& camera, int width, int height);
@@ -73,6 +78,6 @@ std::vector<CameraMode> modesOfSize(const CameraInfo& camera, int width, int hei
  */
 CameraSettings fittedSettings(const CameraInfo& camera, const CameraSettings& wanted);
 
-}  // namespace cameraviewer
+}  // namespace picture
 
 #endif

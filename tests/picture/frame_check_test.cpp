@@ -1,21 +1,28 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <frame_check.h>
+#include <fstream>
+#include <iterator>
 #include <limits>
-#include <made_frames.h>
+#include <picture/frame_check.h>
+#include <picture/jpeg.h>
+#include <plain_frames.h>
+#include <project_files.h>
+#include <string>
 
-using cameraviewer::a_maxPixels;
-using cameraviewer::check;
-using cameraviewer::faultText;
-using cameraviewer::FrameFault;
 using obvista_test::Bytes;
-using obvista_test::jpegFrame;
-using obvista_test::jpegOf;
 using obvista_test::makeFrame;
-using obvista_test::smoothPicture;
+using obvista_test::makeJpegFrame;
+using obvista_test::smoothJpeg;
+using picture::a_maxPixels;
+using picture::faultText;
+using picture::FrameFault;
 
 namespace {
+
+FrameFault check(const KVFrame& frame) {
+    return picture::check(frame).fault();
+}
 
 constexpr std::uint32_t a_most = std::numeric_limits<std::uint32_t>::max();
 
@@ -101,7 +108,7 @@ TEST(FrameCheck, RefusesAFormatItDoesNotKnow) {
 }
 
 TEST(FrameCheck, ComparesTheSizeInAJpegWithThatOfTheFrame) {
-    const Bytes jpeg = jpegOf(smoothPicture(20, 10, QImage::Format_RGB888));
+    const Bytes jpeg = smoothJpeg(20, 10);
     EXPECT_EQ(check(makeFrame(KVPixelFormat::Jpeg, 20, 10, 0, jpeg)), FrameFault::None);
     EXPECT_EQ(check(makeFrame(KVPixelFormat::Jpeg, 21, 10, 0, jpeg)), FrameFault::JpegSizeDiffers);
     EXPECT_EQ(check(makeFrame(KVPixelFormat::Jpeg, 20, 9, 0, jpeg)), FrameFault::JpegSizeDiffers);
@@ -126,26 +133,64 @@ Bytes withSize(Bytes jpeg, std::uint32_t width, std::uint32_t height) {
 }
 
 TEST(FrameCheck, IsNotMisledByAJpegThatLiesAboutItsSize) {
-    const Bytes jpeg = jpegOf(smoothPicture(20, 10, QImage::Format_RGB888));
+    const Bytes jpeg = smoothJpeg(20, 10);
     const Bytes huge = withSize(jpeg, 65500, 65500);
     EXPECT_EQ(check(makeFrame(KVPixelFormat::Jpeg, 20, 10, 0, huge)), FrameFault::JpegSizeDiffers);
     EXPECT_EQ(check(makeFrame(KVPixelFormat::Jpeg, 65500, 65500, 0, huge)), FrameFault::TooLarge);
     EXPECT_EQ(check(makeFrame(KVPixelFormat::Jpeg, 20, 10, 0, withSize(jpeg, 0, 10))),
-              FrameFault::BadJpeg);
+              FrameFault::UnreadableJpeg);
 }
 
 TEST(FrameCheck, RefusesWhatIsNoJpeg) {
-    EXPECT_EQ(check(makeFrame(KVPixelFormat::Jpeg, 20, 10, 0, {})), FrameFault::ShortData);
-    EXPECT_EQ(check(makeFrame(KVPixelFormat::Jpeg, 20, 10, 0, Bytes(600))), FrameFault::BadJpeg);
-    EXPECT_EQ(check(makeFrame(KVPixelFormat::Jpeg, 20, 10, 0, {0xff, 0xd8})), FrameFault::BadJpeg);
+    EXPECT_EQ(check(makeFrame(KVPixelFormat::Jpeg, 20, 10, 0, {})), FrameFault::NoData);
+    EXPECT_EQ(check(makeFrame(KVPixelFormat::Jpeg, 20, 10, 0, Bytes(600))),
+              FrameFault::UnreadableJpeg);
+    EXPECT_EQ(check(makeFrame(KVPixelFormat::Jpeg, 20, 10, 0, {0xff, 0xd8})),
+              FrameFault::UnreadableJpeg);
     EXPECT_EQ(check(makeFrame(KVPixelFormat::Jpeg, 0, 10, 0, Bytes(600))), FrameFault::NoSize);
 }
 
+TEST(FrameCheck, RefusesAJpegForPrinters) {
+    // Behind 14 bytes that describe a frame.
+    std::ifstream file(obvista_test::sourceFile("tests/fuzz/seeds/picture/jpeg_cmyk"),
+                       std::ios::binary);
+    const Bytes seed{std::istreambuf_iterator<char>(file), {}};
+    ASSERT_GT(seed.size(), 14U);
+    const Bytes jpeg(seed.begin() + 14, seed.end());
+    const auto header = picture::JpegReader().readHeader(jpeg.data(), jpeg.size());
+    ASSERT_TRUE(header);
+    EXPECT_EQ(header->fColours, picture::JpegColours::Inks);
+    EXPECT_EQ(check(makeJpegFrame(header->fWidth, header->fHeight, jpeg)),
+              FrameFault::UnreadableJpeg);
+}
+
 TEST(FrameCheck, HasASentenceForEachFaultAndNoneForNone) {
-    EXPECT_TRUE(faultText(FrameFault::None).isEmpty());
-    for (int fault = 1; fault <= static_cast<int>(FrameFault::JpegSizeDiffers); ++fault) {
-        EXPECT_TRUE(faultText(static_cast<FrameFault>(fault)).endsWith(QLatin1Char('.')));
+    EXPECT_STREQ(faultText(FrameFault::None), "");
+    for (int fault = 1; fault <= static_cast<int>(FrameFault::BadJpeg); ++fault) {
+        const std::string text = faultText(static_cast<FrameFault>(fault));
+        EXPECT_EQ(text.rfind("The camera sends ", 0), 0U) << fault;
+        EXPECT_EQ(text.back(), '.') << fault;
     }
+}
+
+/** A part of the sentence for a frame, which users and documents know. */
+TEST(FrameCheck, SaysInASentenceWhatIsWrong) {
+    const auto says = [](const KVFrame& frame, const std::string& part) {
+        const std::string text = faultText(check(frame));
+        EXPECT_NE(text.find(part), std::string::npos) << text;
+    };
+    const Bytes twelve(12);
+    says(makeFrame(KVPixelFormat::Rgb888, 0, 2, 6, twelve), "without a size");
+    says(makeFrame(KVPixelFormat::Grey8, 65536, 65536, 65536, twelve), "too large");
+    says(makeFrame(KVPixelFormat::Grey8, a_most, a_most, a_most, twelve), "64 million");
+    says(makeFrame(KVPixelFormat::Rgb888, 2, 2, 5, twelve), "rows that are shorter");
+    says(makeFrame(KVPixelFormat::Yuv422, 2, 2, 3, twelve), "rows that are shorter");
+    says(makeFrame(KVPixelFormat::Rgb888, 2, 2, 7, twelve), "fewer bytes");
+    says(makeFrame(KVPixelFormat::Yuv422, 3, 1, 12, twelve), "odd width");
+    says(makeFrame(KVPixelFormat::Unknown, 2, 2, 6, twelve), "does not know");
+    says(makeFrame(KVPixelFormat::Jpeg, 1, 1, 0, {}), "without a byte");
+    says(makeFrame(KVPixelFormat::Jpeg, 64, 48, 0, twelve), "cannot be read");
+    says(makeFrame(KVPixelFormat::Jpeg, 20, 11, 0, smoothJpeg(20, 10)), "another size");
 }
 
 }  // namespace

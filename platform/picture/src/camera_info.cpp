@@ -1,4 +1,4 @@
-#include "camera_info.h"
+#include "picture/camera_info.h"
 
 #include <robaxi/kv_error.h>
 
@@ -9,11 +9,10 @@
 #include <set>
 #include <tuple>
 
-namespace cameraviewer {
+namespace picture {
 
 namespace {
 
-constexpr int a_maxSide = 65535;
 constexpr double a_maxRate = 10000;
 constexpr std::size_t a_maxDescriptionLength = 1000;
 
@@ -166,6 +165,21 @@ KVValue settingsValue(const CameraSettings& settings) {
                                 {"rate", KVValue(settings.fRate)}});
 }
 
+KVValue cameraValue(const CameraInfo& camera) {
+    KVValue::List modes;
+    for (const CameraMode& mode : camera.fModes) {
+        modes.push_back(
+            KVValue::Map{{"width", mode.fWidth},
+                         {"height", mode.fHeight},
+                         {"formats", KVValue::List(mode.fFormats.begin(), mode.fFormats.end())},
+                         {"rates", KVValue::List(mode.fRates.begin(), mode.fRates.end())}});
+    }
+    return KVValue::Map{{"name", camera.fName},
+                        {"description", camera.fDescription},
+                        {"modes", modes},
+                        {"settings", settingsValue(camera.fSettings)}};
+}
+
 std::vector<CameraMode> modesOfSize(const CameraInfo& camera, int width, int height) {
     std::vector<CameraMode> modes;
     std::copy_if(
@@ -197,4 +211,4 @@ CameraSettings fittedSettings(const CameraInfo& camera, const CameraSettings& wa
     return fitted;
 }
 
-}  // namespace cameraviewer
+}  // namespace picture

@@ -3,16 +3,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <camera_info.h>
 #include <cmath>
 #include <limits>
+#include <picture/camera_info.h>
 
-using cameraviewer::CameraInfo;
-using cameraviewer::CameraMode;
-using cameraviewer::CameraSettings;
-using cameraviewer::fittedSettings;
-using cameraviewer::readCameras;
-using cameraviewer::readSettings;
+using picture::CameraInfo;
+using picture::CameraMode;
+using picture::CameraSettings;
+using picture::fittedSettings;
+using picture::readCameras;
+using picture::readSettings;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
@@ -90,9 +90,9 @@ TEST(CameraInfo, BoundsWhatItTakes) {
     }
     many[0] = cameraValue("first", {modeValue(1, 1, {KVValue("rgb")}, rates)});
     const auto cameras = readCameras(KVValue(many));
-    EXPECT_THAT(cameras, SizeIs(cameraviewer::a_maxCameras));
-    EXPECT_THAT(cameras[1].fModes, SizeIs(cameraviewer::a_maxModes));
-    EXPECT_THAT(cameras[0].fModes[0].fRates, SizeIs(cameraviewer::a_maxChoices));
+    EXPECT_THAT(cameras, SizeIs(picture::a_maxCameras));
+    EXPECT_THAT(cameras[1].fModes, SizeIs(picture::a_maxModes));
+    EXPECT_THAT(cameras[0].fModes[0].fRates, SizeIs(picture::a_maxChoices));
 }
 
 TEST(CameraInfo, WritesSettingsAsItReadsThem) {
@@ -128,6 +128,29 @@ TEST(CameraInfo, TakesTheNearestSizeThatThereIs) {
 TEST(CameraInfo, KeepsAWishWhereNothingIsKnown) {
     const CameraSettings wanted{640, 480, "jpeg", 30};
     EXPECT_EQ(fittedSettings(CameraInfo(), wanted), wanted);
+}
+
+const CameraInfo a_camera{"eye",
+                          "An eye",
+                          {{320, 240, {"rgb", "jpeg"}, {5, 15}}, {640, 480, {"jpeg"}, {5}}},
+                          {320, 240, "jpeg", 5}};
+
+TEST(CameraInfo, IsToldAsTheDocumentsSay) {
+    const KVValue::Map settings{{"width", 320}, {"height", 240}, {"format", "jpeg"}, {"rate", 5.0}};
+    EXPECT_EQ(settingsValue(a_camera.fSettings), KVValue(settings));
+    const KVValue::Map camera = cameraValue(a_camera).toMap();
+    EXPECT_EQ(camera.at("name"), KVValue("eye"));
+    EXPECT_EQ(camera.at("description"), KVValue("An eye"));
+    EXPECT_EQ(camera.at("settings"), KVValue(settings));
+    EXPECT_EQ(camera.at("modes").toList().at(1),
+              KVValue(KVValue::Map{{"width", 640},
+                                   {"height", 480},
+                                   {"formats", KVValue::List{"jpeg"}},
+                                   {"rates", KVValue::List{5.0}}}));
+}
+
+TEST(CameraInfo, IsReadAsItIsTold) {
+    EXPECT_THAT(readCameras(KVValue::List{cameraValue(a_camera)}), ElementsAre(a_camera));
 }
 
 }  // namespace
