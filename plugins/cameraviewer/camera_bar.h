@@ -1,11 +1,12 @@
 #ifndef OBVISTA_CAMERAVIEWER_CAMERA_BAR_H
 #define OBVISTA_CAMERAVIEWER_CAMERA_BAR_H
 
+#include <picture/camera_info.h>
+
 #include <QVariant>
 #include <QVector>
 #include <QWidget>
 
-#include <picture/camera_info.h>
 #include <string>
 #include <vector>
 

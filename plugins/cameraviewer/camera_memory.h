@@ -4,9 +4,9 @@
 #include "view_geometry.h"
 
 #include <obvista/viewer/robot_settings.h>
+#include <picture/camera_info.h>
 
 #include <optional>
-#include <picture/camera_info.h>
 #include <string>
 
 namespace cameraviewer {

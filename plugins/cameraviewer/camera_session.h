@@ -8,13 +8,13 @@
 #include "video_client.h"
 
 #include <obvista/viewer/link_state.h>
+#include <picture/camera_info.h>
 
 #include <QObject>
 
 #include <map>
 #include <memory>
 #include <optional>
-#include <picture/camera_info.h>
 #include <set>
 #include <string>
 #include <vector>

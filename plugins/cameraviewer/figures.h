@@ -3,11 +3,12 @@
 
 #include "frame_feed.h"
 
+#include <picture/frame_check.h>
+
 #include <QString>
 
 #include <cstdint>
 #include <optional>
-#include <picture/frame_check.h>
 
 namespace cameraviewer {
 

@@ -1,6 +1,8 @@
 #ifndef OBVISTA_CAMERAVIEWER_FRAME_FEED_H
 #define OBVISTA_CAMERAVIEWER_FRAME_FEED_H
 
+#include <picture/frame_check.h>
+#include <picture/jpeg.h>
 #include <robaxi/kv_frame_stream.h>
 
 #include <chrono>
@@ -9,8 +11,6 @@
 #include <map>
 #include <mutex>
 #include <optional>
-#include <picture/frame_check.h>
-#include <picture/jpeg.h>
 
 namespace obvista {
 class Notice;

@@ -1,12 +1,13 @@
 #ifndef OBVISTA_CAMERAVIEWER_PICTURE_WORKER_H
 #define OBVISTA_CAMERAVIEWER_PICTURE_WORKER_H
 
+#include <picture/frame_check.h>
+
 #include <condition_variable>
 #include <cstdint>
 #include <histogram.h>
 #include <mutex>
 #include <optional>
-#include <picture/frame_check.h>
 #include <picture_decoder.h>
 #include <thread>
 #include <vector>

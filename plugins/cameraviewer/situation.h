@@ -2,13 +2,13 @@
 #define OBVISTA_CAMERAVIEWER_SITUATION_H
 
 #include <obvista/viewer/link_state.h>
+#include <picture/frame_check.h>
 #include <robaxi/kv_error.h>
 
 #include <QString>
 
 #include <chrono>
 #include <optional>
-#include <picture/frame_check.h>
 
 namespace cameraviewer {
 

@@ -1,6 +1,7 @@
 #ifndef OBVISTA_CAMERAVIEWER_VIDEO_CLIENT_H
 #define OBVISTA_CAMERAVIEWER_VIDEO_CLIENT_H
 
+#include <picture/camera_info.h>
 #include <robaxi/kv_error.h>
 
 #include <boost/shared_ptr.hpp>
@@ -10,7 +11,6 @@
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <picture/camera_info.h>
 #include <string>
 #include <thread>
 #include <vector>

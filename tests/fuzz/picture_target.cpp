@@ -5,13 +5,14 @@
 // little-endian), and the frame's bytes.
 #include "fuzz_target.h"
 
+#include <picture/frame_decoder.h>
+#include <picture/jpeg.h>
+
 #include <QImage>
 
 #include <histogram.h>
 #include <memory>
 #include <optional>
-#include <picture/frame_decoder.h>
-#include <picture/jpeg.h>
 #include <picture_decoder.h>
 #include <vector>
 

@@ -1,3 +1,4 @@
+#include <picture/camera_info.h>
 #include <robaxi/kv_error.h>
 
 #include <gmock/gmock.h>
@@ -5,7 +6,6 @@
 
 #include <cmath>
 #include <limits>
-#include <picture/camera_info.h>
 
 using picture::CameraInfo;
 using picture::CameraMode;

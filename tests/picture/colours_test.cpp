@@ -1,10 +1,11 @@
+#include <picture/colours.h>
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <picture/colours.h>
 #include <vector>
 
 using picture::convertYuv422Row;

@@ -1,11 +1,12 @@
+#include <picture/frame_check.h>
+#include <picture/jpeg.h>
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <fstream>
 #include <iterator>
 #include <limits>
-#include <picture/frame_check.h>
-#include <picture/jpeg.h>
 #include <plain_frames.h>
 #include <project_files.h>
 #include <string>

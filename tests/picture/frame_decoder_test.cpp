@@ -1,8 +1,9 @@
-#include <gtest/gtest.h>
-
 #include <picture/colours.h>
 #include <picture/frame_decoder.h>
 #include <picture/jpeg.h>
+
+#include <gtest/gtest.h>
+
 #include <plain_frames.h>
 
 using obvista_test::Bytes;

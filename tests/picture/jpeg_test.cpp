@@ -1,7 +1,8 @@
+#include <picture/jpeg.h>
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <picture/jpeg.h>
 #include <plain_frames.h>
 
 using obvista_test::Bytes;

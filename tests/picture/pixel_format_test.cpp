@@ -1,6 +1,6 @@
-#include <gtest/gtest.h>
-
 #include <picture/pixel_format.h>
+
+#include <gtest/gtest.h>
 
 using picture::bytesPerPixel;
 using picture::formatName;

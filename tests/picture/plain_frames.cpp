@@ -1,8 +1,9 @@
 #include "plain_frames.h"
 
+#include <picture/jpeg.h>
+
 #include <algorithm>
 #include <memory>
-#include <picture/jpeg.h>
 #include <random>
 
 namespace obvista_test {

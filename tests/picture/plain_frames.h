@@ -1,10 +1,10 @@
 #ifndef OBVISTA_TESTS_PICTURE_PLAIN_FRAMES_H
 #define OBVISTA_TESTS_PICTURE_PLAIN_FRAMES_H
 
+#include <picture/pixel_format.h>
 #include <robaxi/kv_frame.h>
 
 #include <cstdint>
-#include <picture/pixel_format.h>
 #include <vector>
 
 namespace obvista_test {

@@ -1,12 +1,13 @@
 #ifndef OBVISTA_CAMERAVIEWER_MATROSKA_WRITER_H
 #define OBVISTA_CAMERAVIEWER_MATROSKA_WRITER_H
 
+#include <picture/jpeg.h>
+
 #include <QString>
 
 #include <chrono>
 #include <cstdint>
 #include <memory>
-#include <picture/jpeg.h>
 
 namespace cameraviewer {
 

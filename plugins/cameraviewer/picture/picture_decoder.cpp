@@ -1,7 +1,8 @@
 #include "picture_decoder.h"
 
-#include <new>
 #include <picture/frame_decoder.h>
+
+#include <new>
 
 namespace cameraviewer {
 

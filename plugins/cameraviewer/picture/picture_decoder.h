@@ -3,14 +3,13 @@
 
 #include "picture_buffers.h"
 
+#include <picture/frame_check.h>
+#include <picture/jpeg.h>
 #include <robaxi/kv_frame.h>
 
 #include <QImage>
 #include <QPoint>
 #include <QString>
-
-#include <picture/frame_check.h>
-#include <picture/jpeg.h>
 
 namespace cameraviewer {
 

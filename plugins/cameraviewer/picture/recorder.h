@@ -3,13 +3,14 @@
 
 #include "picture_origin.h"
 
+#include <picture/frame_check.h>
+
 #include <QObject>
 #include <QString>
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <picture/frame_check.h>
 
 namespace cameraviewer {
 

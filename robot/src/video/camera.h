@@ -1,8 +1,7 @@
 #ifndef OBVISTA_ROBOT_VIDEO_CAMERA_H
 #define OBVISTA_ROBOT_VIDEO_CAMERA_H
 
-#include "video/camera_settings.h"
-
+#include <picture/camera_info.h>
 #include <robaxi/kv_frame.h>
 
 #include <functional>
@@ -16,20 +15,23 @@ class Camera {
     /** Receives a frame, on a thread of the camera, one call at a time. */
     using Sink = std::function<void(const KVFrame&)>;
 
-    explicit Camera(CameraDescription description) : fDescription(std::move(description)) {}
+    /** @param description with its first settings */
+    explicit Camera(picture::CameraInfo description) : fDescription(std::move(description)) {}
     virtual ~Camera() = default;
     Camera(const Camera&) = delete;
     Camera& operator=(const Camera&) = delete;
 
-    const CameraDescription& description() const { return fDescription; }
-    virtual CameraSettings settings() const = 0;
+    const std::string& name() const { return fDescription.fName; }
+    /** Has its first settings, not the present ones. */
+    const picture::CameraInfo& description() const { return fDescription; }
+    virtual picture::CameraSettings settings() const = 0;
 
     /**
      * Applies the settings from the next picture on; the stream is not interrupted.
      *
      * @param settings settings that match one of its modes
      */
-    virtual void apply(const CameraSettings& settings) = 0;
+    virtual void apply(const picture::CameraSettings& settings) = 0;
 
     /** Starts making frames, the first one at once; does nothing if it is already running. */
     virtual void start(Sink sink) = 0;
@@ -37,7 +39,7 @@ class Camera {
     virtual void stop() = 0;
 
   private:
-    const CameraDescription fDescription;
+    const picture::CameraInfo fDescription;
 };
 
 }  // namespace robot

@@ -5,9 +5,9 @@
 #include "video/gstreamer.h"
 
 #include <base/time.h>
+#include <picture/pixel_format.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <gst/app/gstappsink.h>
 #include <gst/video/video.h>
@@ -15,10 +15,12 @@
 
 namespace robot {
 
+using picture::CameraMode;
+using picture::CameraSettings;
+
 namespace {
 
 constexpr const char* a_sinkName = "frames";
-constexpr double a_bestRate = 30;
 
 bool offers(const CaptureMode& mode, const CameraSettings& settings) {
     return mode.fWidth == settings.fWidth && mode.fHeight == settings.fHeight &&
@@ -36,7 +38,7 @@ bool takesJpeg(const CaptureDevice& device, const CameraSettings& settings) {
                                return mode.fIsJpeg == jpeg && offers(mode, settings);
                            });
     };
-    return has(true) && (settings.fFormat == KVPixelFormat::Jpeg || !has(false));
+    return has(true) && (settings.fFormat == "jpeg" || !has(false));
 }
 
 /**
@@ -45,7 +47,7 @@ bool takesJpeg(const CaptureDevice& device, const CameraSettings& settings) {
  */
 bool isEncodedHere(const CaptureDevice& device, const CameraSettings& settings) {
     const bool jpeg = takesJpeg(device, settings);
-    switch (settings.fFormat) {
+    switch (picture::formatNamed(settings.fFormat)) {
         case KVPixelFormat::Rgb888:
             return false;
         case KVPixelFormat::Yuv422:
@@ -70,7 +72,7 @@ std::string conversion(const CaptureDevice& device, const CameraSettings& settin
     if (isEncodedHere(device, settings)) {
         return to + "RGBx";
     }
-    return to + (settings.fFormat == KVPixelFormat::Rgb888 ? "RGB" : "YUY2,colorimetry=bt601");
+    return to + (settings.fFormat == "rgb" ? "RGB" : "YUY2,colorimetry=bt601");
 }
 
 std::vector<CameraMode> modesOf(const CaptureDevice& device) {
@@ -82,8 +84,7 @@ std::vector<CameraMode> modesOf(const CaptureDevice& device) {
         if (known == modes.end()) {
             modes.push_back({captured.fWidth,
                              captured.fHeight,
-                             {KVPixelFormat::Rgb888, KVPixelFormat::Yuv422, KVPixelFormat::Grey8,
-                              KVPixelFormat::Jpeg},
+                             {"rgb", "yuv422", "grey", "jpeg"},
                              captured.fRates});
             continue;
         }
@@ -98,18 +99,11 @@ std::vector<CameraMode> modesOf(const CaptureDevice& device) {
     return modes;
 }
 
-/** Returns the mode closest to 640x480 at thirty frames a second. */
-CameraSettings firstSettings(const std::vector<CameraMode>& modes) {
-    constexpr int pixels = 640 * 480;
-    const CameraMode& mode =
-        *std::min_element(modes.begin(), modes.end(), [](const CameraMode& a, const CameraMode& b) {
-            return std::abs(a.fWidth * a.fHeight - pixels) <
-                   std::abs(b.fWidth * b.fHeight - pixels);
-        });
-    const double rate = *std::min_element(
-        mode.fRates.begin(), mode.fRates.end(),
-        [](double a, double b) { return std::abs(a - a_bestRate) < std::abs(b - a_bestRate); });
-    return {mode.fWidth, mode.fHeight, KVPixelFormat::Jpeg, rate};
+/** Its first settings are those closest to 640x480 at thirty frames a second. */
+picture::CameraInfo infoOf(const std::string& name, const CaptureDevice& device) {
+    picture::CameraInfo info{name, device.fText, modesOf(device), {}};
+    info.fSettings = fittedSettings(info, {640, 480, "jpeg", 30});
+    return info;
 }
 
 }  // namespace
@@ -120,10 +114,10 @@ std::string captureDescription(const CaptureDevice& device, const CameraSettings
                              ",height=" + std::to_string(settings.fHeight) +
                              ",framerate=" + rateText(settings.fRate);
     std::string description = device.fSource + (jpeg ? " ! image/jpeg" : " ! video/x-raw") + size;
-    if (jpeg && settings.fFormat != KVPixelFormat::Jpeg) {
+    if (jpeg && settings.fFormat != "jpeg") {
         description += " ! jpegdec";
     }
-    if (!jpeg || settings.fFormat != KVPixelFormat::Jpeg) {
+    if (!jpeg || settings.fFormat != "jpeg") {
         description += conversion(device, settings);
     }
     // A frame that cannot be delivered at once is replaced by the next one.
@@ -216,7 +210,7 @@ class DeviceCamera::Pipeline {
         KVFrame frame;
         frame.fWidth = static_cast<std::uint32_t>(fSettings.fWidth);
         frame.fHeight = static_cast<std::uint32_t>(fSettings.fHeight);
-        frame.fFormat = fSettings.fFormat;
+        frame.fFormat = picture::formatNamed(fSettings.fFormat);
         frame.fStride = static_cast<std::uint32_t>(stride);
         frame.fSize = map.size;
         frame.fData = bytes;
@@ -229,7 +223,7 @@ class DeviceCamera::Pipeline {
         for (int y = 0; y < fSettings.fHeight; ++y) {
             std::memcpy(fCanvas.row(y), map.data + stride * static_cast<std::size_t>(y), row);
         }
-        return fEncoder.encode(fCanvas, fSettings.fFormat);
+        return fEncoder.encode(fCanvas, picture::formatNamed(fSettings.fFormat));
     }
 
     /** Returns the microseconds since the picture was taken. */
@@ -266,10 +260,10 @@ class DeviceCamera::Pipeline {
 
 DeviceCamera::DeviceCamera(const std::string& name, const CaptureDevice& device,
                            std::function<void(const std::string&)> complain)
-    : Camera({name, device.fText, modesOf(device)}),
+    : Camera(infoOf(name, device)),
       fDevice(device),
       fComplain(std::move(complain)),
-      fSettings(firstSettings(description().fModes)) {
+      fSettings(description().fSettings) {
     startGStreamer();
 }
 

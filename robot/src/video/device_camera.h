@@ -29,8 +29,8 @@ class DeviceCamera : public Camera {
                  std::function<void(const std::string&)> complain);
     ~DeviceCamera() override;
 
-    CameraSettings settings() const override;
-    void apply(const CameraSettings& settings) override;
+    picture::CameraSettings settings() const override;
+    void apply(const picture::CameraSettings& settings) override;
     void start(Sink sink) override;
     void stop() override;
 
@@ -43,7 +43,7 @@ class DeviceCamera : public Camera {
     const CaptureDevice fDevice;
     const std::function<void(const std::string&)> fComplain;
     mutable std::mutex fMutex;  // guards the following members
-    CameraSettings fSettings;
+    picture::CameraSettings fSettings;
     Sink fSink;                 // empty while it is stopped
     std::uint64_t fNumber = 0;  // of the last frame of the last pipeline
     std::unique_ptr<Pipeline> fPipeline;
@@ -53,7 +53,8 @@ class DeviceCamera : public Camera {
  * Returns the pipeline, in gst-launch syntax, that converts the device's pictures according to the
  * settings.
  */
-std::string captureDescription(const CaptureDevice& device, const CameraSettings& settings);
+std::string captureDescription(const CaptureDevice& device,
+                               const picture::CameraSettings& settings);
 
 }  // namespace robot
 

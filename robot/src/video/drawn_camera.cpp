@@ -3,14 +3,16 @@
 #include "video/stamp.h"
 
 #include <base/time.h>
+#include <picture/pixel_format.h>
 
 namespace robot {
 
-DrawnCamera::DrawnCamera(const CameraDescription& description, const CameraSettings& settings,
-                         Draw draw)
+using picture::CameraSettings;
+
+DrawnCamera::DrawnCamera(const picture::CameraInfo& description, Draw draw)
     : Camera(description),
       fDraw(std::move(draw)),
-      fSettings(settings),
+      fSettings(description.fSettings),
       fThread([this] { xRun(); }) {
 }
 
@@ -93,7 +95,7 @@ void DrawnCamera::xMakeFrame(const CameraSettings& settings, std::uint64_t numbe
     fCanvas.resize(settings.fWidth, settings.fHeight);
     fDraw(fCanvas);
     drawStamp(fCanvas, number, time);
-    KVFrame frame = fEncoder.encode(fCanvas, settings.fFormat);
+    KVFrame frame = fEncoder.encode(fCanvas, picture::formatNamed(settings.fFormat));
     frame.fNumber = number;
     frame.fTime = time;
     sink(frame);

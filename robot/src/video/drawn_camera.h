@@ -19,19 +19,19 @@ class DrawnCamera : public Camera {
     /** Draws the whole current picture; called on the camera's thread. */
     using Draw = std::function<void(Canvas& canvas)>;
 
-    /** @throws std::runtime_error if the JPEG library cannot be initialised */
-    DrawnCamera(const CameraDescription& description, const CameraSettings& settings, Draw draw);
+    DrawnCamera(const picture::CameraInfo& description, Draw draw);
     ~DrawnCamera() override;
 
-    CameraSettings settings() const override;
-    void apply(const CameraSettings& settings) override;
+    picture::CameraSettings settings() const override;
+    void apply(const picture::CameraSettings& settings) override;
     void start(Sink sink) override;
     void stop() override;
 
   private:
     void xRun();
     void xMakeNext(std::unique_lock<std::mutex>& lock);
-    void xMakeFrame(const CameraSettings& settings, std::uint64_t number, const Sink& sink);
+    void xMakeFrame(const picture::CameraSettings& settings, std::uint64_t number,
+                    const Sink& sink);
 
     const Draw fDraw;
     // Used on the camera's thread.
@@ -40,7 +40,7 @@ class DrawnCamera : public Camera {
 
     mutable std::mutex fMutex;  // guards the following members
     std::condition_variable fWake;
-    CameraSettings fSettings;
+    picture::CameraSettings fSettings;
     Sink fSink;    // empty while it is stopped
     Pacer fPacer;  // for the current run
     bool fIsBusy = false;

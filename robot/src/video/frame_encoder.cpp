@@ -1,22 +1,18 @@
 #include "video/frame_encoder.h"
 
+#include <picture/colours.h>
+
 #include <stdexcept>
-#include <turbojpeg.h>
 
 namespace robot {
 
 namespace {
 
 constexpr int a_quality = 85;
-constexpr int a_subsampling = TJSAMP_420;
+constexpr picture::JpegDetail a_detail = picture::JpegDetail::Quarter;
 
 // Weights of BT.601 in units of 1/65536; "studio" has Y from 16 to 235 and chroma from 16 to 240.
 constexpr int a_half = 32768;
-
-std::uint8_t greyOf(const Colour& colour) {
-    return static_cast<std::uint8_t>(
-        (19595 * colour.fRed + 38470 * colour.fGreen + 7471 * colour.fBlue + a_half) >> 16);
-}
 
 std::uint8_t studioLuma(const Colour& colour) {
     return static_cast<std::uint8_t>(
@@ -33,7 +29,7 @@ void putRgb(const Colour* from, int width, unsigned char* to) {
 
 void putGrey(const Colour* from, int width, unsigned char* to) {
     for (int x = 0; x < width; ++x) {
-        to[x] = greyOf(from[x]);
+        to[x] = picture::greyOf(from[x].fRed, from[x].fGreen, from[x].fBlue);
     }
 }
 
@@ -55,36 +51,22 @@ void putYuv422(const Colour* from, int width, unsigned char* to) {
     }
 }
 
-struct Packing {
-    unsigned fBytesOfPixel;
-    void (*fPutRow)(const Colour* from, int width, unsigned char* to);
-};
+using PutRow = void (*)(const Colour* from, int width, unsigned char* to);
 
-Packing packingOf(KVPixelFormat format) {
+PutRow putRowOf(KVPixelFormat format) {
     switch (format) {
         case KVPixelFormat::Rgb888:
-            return {3, putRgb};
+            return putRgb;
         case KVPixelFormat::Yuv422:
-            return {2, putYuv422};
+            return putYuv422;
         case KVPixelFormat::Grey8:
-            return {1, putGrey};
+            return putGrey;
         default:
             throw std::invalid_argument("a frame without a format cannot be made");
     }
 }
 
 }  // namespace
-
-void FrameEncoder::CompressorEnd::operator()(void* handle) const {
-    tjDestroy(handle);
-}
-
-FrameEncoder::FrameEncoder() : fCompressor(tjInitCompress()) {
-    if (!fCompressor) {
-        throw std::runtime_error(std::string("cannot compress pictures: ") +
-                                 tjGetErrorStr2(nullptr));
-    }
-}
 
 KVFrame FrameEncoder::encode(const Canvas& canvas, KVPixelFormat format) {
     KVFrame frame;
@@ -95,28 +77,27 @@ KVFrame FrameEncoder::encode(const Canvas& canvas, KVPixelFormat format) {
         xEncodeJpeg(canvas, frame);
         return frame;
     }
-    const Packing packing = packingOf(format);
-    frame.fStride = frame.fWidth * packing.fBytesOfPixel;
+    const PutRow putRow = putRowOf(format);
+    frame.fStride = frame.fWidth * picture::bytesPerPixel(format);
     frame.fSize = std::size_t{frame.fStride} * frame.fHeight;
     const std::shared_ptr<unsigned char> bytes = fPool.take(frame.fSize);
     for (int y = 0; y < canvas.height(); ++y) {
-        packing.fPutRow(canvas.row(y), canvas.width(),
-                        bytes.get() + std::size_t{frame.fStride} * static_cast<std::size_t>(y));
+        putRow(canvas.row(y), canvas.width(),
+               bytes.get() + std::size_t{frame.fStride} * static_cast<std::size_t>(y));
     }
     frame.fData = bytes;
     return frame;
 }
 
 void FrameEncoder::xEncodeJpeg(const Canvas& canvas, KVFrame& frame) {
-    unsigned long size = tjBufSize(canvas.width(), canvas.height(), a_subsampling);
-    const std::shared_ptr<unsigned char> bytes = fPool.take(size);
-    unsigned char* target = bytes.get();
-    if (tjCompress2(fCompressor.get(), &canvas.row(0)->fRed, canvas.width(), 0, canvas.height(),
-                    TJPF_RGBX, &target, &size, a_subsampling, a_quality, TJFLAG_NOREALLOC) != 0) {
-        throw std::runtime_error(std::string("cannot compress a picture: ") +
-                                 tjGetErrorStr2(fCompressor.get()));
+    const picture::PixelRows rows{&canvas.row(0)->fRed, frame.fWidth, frame.fHeight,
+                                  sizeof(Colour) * frame.fWidth, picture::PixelLayout::Rgbx32};
+    const std::shared_ptr<unsigned char> bytes =
+        fPool.take(picture::JpegWriter::maxSize(rows, a_detail));
+    frame.fSize = fJpegWriter.write(rows, a_detail, a_quality, bytes.get());
+    if (frame.fSize == 0) {
+        throw std::runtime_error("cannot compress a picture: " + fJpegWriter.error());
     }
-    frame.fSize = size;
     frame.fData = bytes;
 }
 

@@ -4,18 +4,14 @@
 #include "video/canvas.h"
 #include "video/frame_pool.h"
 
+#include <picture/jpeg.h>
 #include <robaxi/kv_frame.h>
-
-#include <memory>
 
 namespace robot {
 
 /** Encodes drawn pictures as frames. For one thread at a time. */
 class FrameEncoder {
   public:
-    /** @throws std::runtime_error if the JPEG library cannot be initialised */
-    FrameEncoder();
-
     /**
      * Returns a frame without number and time.
      *
@@ -26,14 +22,10 @@ class FrameEncoder {
     KVFrame encode(const Canvas& canvas, KVPixelFormat format);
 
   private:
-    struct CompressorEnd {
-        void operator()(void* handle) const;
-    };
-
     void xEncodeJpeg(const Canvas& canvas, KVFrame& frame);
 
     FramePool fPool;
-    std::unique_ptr<void, CompressorEnd> fCompressor;
+    picture::JpegWriter fJpegWriter;
 };
 
 }  // namespace robot

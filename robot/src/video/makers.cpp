@@ -13,6 +13,8 @@
 
 namespace robot {
 
+using picture::CameraMode;
+
 namespace {
 
 struct Size {
@@ -22,8 +24,7 @@ struct Size {
 
 /** Returns all formats and rates for each size. */
 std::vector<CameraMode> modes(const std::vector<Size>& sizes, const std::vector<double>& rates) {
-    const std::vector<KVPixelFormat> formats{KVPixelFormat::Rgb888, KVPixelFormat::Yuv422,
-                                             KVPixelFormat::Grey8, KVPixelFormat::Jpeg};
+    const std::vector<std::string> formats{"rgb", "yuv422", "grey", "jpeg"};
     std::vector<CameraMode> result;
     result.reserve(sizes.size());
     for (const Size& size : sizes) {
@@ -38,8 +39,11 @@ std::vector<CameraMode> largeModes() {
 
 std::unique_ptr<Camera> makeTestCamera() {
     return std::make_unique<DrawnCamera>(
-        CameraDescription{"test", "A test picture: this computer has no camera", largeModes()},
-        CameraSettings{640, 480, KVPixelFormat::Jpeg, 30}, [](Canvas& canvas) {
+        picture::CameraInfo{"test",
+                            "A test picture: this computer has no camera",
+                            largeModes(),
+                            {640, 480, "jpeg", 30}},
+        [](Canvas& canvas) {
             drawTestCard(canvas, static_cast<double>(base::microsecondsNow()) /
                                      base::a_microsecondsPerSecond);
         });
@@ -50,13 +54,14 @@ std::unique_ptr<Camera> makeTestCamera() {
 std::vector<std::unique_ptr<Camera>> makeHumanoidCameras(std::function<Pose()> pose) {
     std::vector<std::unique_ptr<Camera>> cameras;
     cameras.push_back(std::make_unique<DrawnCamera>(
-        CameraDescription{"head", "Between the eyes, turns with the head", largeModes()},
-        CameraSettings{640, 480, KVPixelFormat::Jpeg, 30},
+        picture::CameraInfo{
+            "head", "Between the eyes, turns with the head", largeModes(), {640, 480, "jpeg", 30}},
         [pose](Canvas& canvas) { drawHeadView(canvas, pose()); }));
     cameras.push_back(std::make_unique<DrawnCamera>(
-        CameraDescription{"chest", "Below the neck, looks at the hands",
-                          modes({{160, 120}, {320, 240}, {640, 480}}, {1, 5, 10, 15})},
-        CameraSettings{320, 240, KVPixelFormat::Rgb888, 15},
+        picture::CameraInfo{"chest",
+                            "Below the neck, looks at the hands",
+                            modes({{160, 120}, {320, 240}, {640, 480}}, {1, 5, 10, 15}),
+                            {320, 240, "rgb", 15}},
         [pose = std::move(pose)](Canvas& canvas) { drawChestView(canvas, pose()); }));
     return cameras;
 }

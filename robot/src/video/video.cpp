@@ -1,5 +1,7 @@
 #include "video/video.h"
 
+#include "video/camera_settings.h"
+
 #include <base/safe_text.h>
 #include <robaxi/kv_error.h>
 
@@ -19,13 +21,20 @@ KVError noSuchCamera(const std::string& name) {
         "The robot has no camera '" + base::oneLine(base::shortened(name, a_longestShown)) + "'."};
 }
 
+/** The description of a camera with its present settings. */
+picture::CameraInfo infoOf(const Camera& camera) {
+    picture::CameraInfo info = camera.description();
+    info.fSettings = camera.settings();
+    return info;
+}
+
 }  // namespace
 
 Video::Video(std::vector<std::unique_ptr<Camera>> cameras)
     : fFrames(boost::make_shared<KVFrameSource>()),
       fModule(boost::make_shared<KVModule>("KVVideo", "The robot's cameras.")) {
     for (std::unique_ptr<Camera>& camera : cameras) {
-        fFrames->addStream(camera->description().fName);
+        fFrames->addStream(camera->name());
         fChannels.push_back(std::make_unique<Channel>());
         fChannels.back()->fCamera = std::move(camera);
     }
@@ -95,23 +104,22 @@ KVValue Video::xDescriptions() const {
     KVValue::List cameras;
     for (const auto& channel : fChannels) {
         if (channel->isHere()) {
-            cameras.push_back(
-                toValue(channel->fCamera->description(), channel->fCamera->settings()));
+            cameras.push_back(cameraValue(infoOf(*channel->fCamera)));
         }
     }
     return cameras;
 }
 
 KVValue Video::xSettings(const std::string& name) const {
-    return toValue(xPresentCamera(name).settings());
+    return settingsValue(xPresentCamera(name).settings());
 }
 
 KVValue Video::xChange(const std::string& name, const KVValue::Map& changes) {
     const std::lock_guard change(fChangeMutex);
     Camera& camera = xPresentCamera(name);
-    const CameraSettings settings = changed(camera.description(), camera.settings(), changes);
+    const picture::CameraSettings settings = changed(infoOf(camera), changes);
     camera.apply(settings);
-    return toValue(settings);
+    return settingsValue(settings);
 }
 
 Video::Channel& Video::xFind(const std::string& name) const {

@@ -44,7 +44,7 @@ class Video {
         std::unique_ptr<Camera> fCamera;
         std::atomic<FrameTrouble> fTrouble{FrameTrouble::None};
 
-        const std::string& name() const { return fCamera->description().fName; }
+        const std::string& name() const { return fCamera->name(); }
         bool isHere() const { return fTrouble != FrameTrouble::Removed; }
     };
 

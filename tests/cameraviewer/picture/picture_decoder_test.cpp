@@ -1,8 +1,9 @@
+#include <picture/colours.h>
+
 #include <gtest/gtest.h>
 
 #include <made_frames.h>
 #include <optional>
-#include <picture/colours.h>
 #include <picture_decoder.h>
 #include <utility>
 

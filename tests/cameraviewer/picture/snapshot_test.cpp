@@ -1,3 +1,5 @@
+#include <picture/colours.h>
+
 #include <QDir>
 #include <QFile>
 #include <QImageReader>
@@ -7,7 +9,6 @@
 
 #include <cstring>
 #include <made_frames.h>
-#include <picture/colours.h>
 #include <snapshot.h>
 #include <unistd.h>
 

@@ -5,21 +5,21 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-using robot::CameraDescription;
-using robot::CameraSettings;
+using picture::CameraInfo;
+using picture::CameraSettings;
+using robot::changed;
 using testing::HasSubstr;
 
 namespace {
 
-const CameraDescription a_camera{"eye",
-                                 "An eye",
-                                 {{320, 240, {KVPixelFormat::Rgb888, KVPixelFormat::Jpeg}, {5, 15}},
-                                  {640, 480, {KVPixelFormat::Jpeg}, {5}}}};
-constexpr CameraSettings a_settings{320, 240, KVPixelFormat::Jpeg, 5};
+const CameraInfo a_camera{"eye",
+                          "An eye",
+                          {{320, 240, {"rgb", "jpeg"}, {5, 15}}, {640, 480, {"jpeg"}, {5}}},
+                          {320, 240, "jpeg", 5}};
 
 std::string refusalOf(const KVValue::Map& changes) {
     try {
-        changed(a_camera, a_settings, changes);
+        changed(a_camera, changes);
     } catch (const KVError& error) {
         EXPECT_EQ(error.cause(), KVError::Cause::RaisedByModule);
         return error.toString();
@@ -28,13 +28,12 @@ std::string refusalOf(const KVValue::Map& changes) {
 }
 
 TEST(CameraSettings, whatIsNotNamedStays) {
-    EXPECT_EQ(changed(a_camera, a_settings, {}), a_settings);
-    EXPECT_EQ(changed(a_camera, a_settings, {{"rate", 15}}),
-              (CameraSettings{320, 240, KVPixelFormat::Jpeg, 15}));
-    EXPECT_EQ(changed(a_camera, a_settings, {{"width", 640}, {"height", 480}}),
-              (CameraSettings{640, 480, KVPixelFormat::Jpeg, 5}));
-    EXPECT_EQ(changed(a_camera, a_settings, {{"format", "rgb"}, {"rate", 15.0}}),
-              (CameraSettings{320, 240, KVPixelFormat::Rgb888, 15}));
+    EXPECT_EQ(changed(a_camera, {}), a_camera.fSettings);
+    EXPECT_EQ(changed(a_camera, {{"rate", 15}}), (CameraSettings{320, 240, "jpeg", 15}));
+    EXPECT_EQ(changed(a_camera, {{"width", 640}, {"height", 480}}),
+              (CameraSettings{640, 480, "jpeg", 5}));
+    EXPECT_EQ(changed(a_camera, {{"format", "rgb"}, {"rate", 15.0}}),
+              (CameraSettings{320, 240, "rgb", 15}));
 }
 
 TEST(CameraSettings, whatFitsNoModeIsRefusedWithWhatDoes) {
@@ -58,20 +57,6 @@ TEST(CameraSettings, wrongNamesAndTypesAreRefusedOnOneSafeLine) {
     EXPECT_THAT(refusalOf({{"rate", true}}), HasSubstr("cannot take this rate"));
     EXPECT_THAT(refusalOf({{"format", 1}}), HasSubstr("cannot take this format"));
     EXPECT_THAT(refusalOf({{"format", "h264\x1b"}}), HasSubstr("knows no format 'h264\\u001b'"));
-}
-
-TEST(CameraSettings, areToldAsTheDocumentsSay) {
-    const KVValue::Map settings{{"width", 320}, {"height", 240}, {"format", "jpeg"}, {"rate", 5.0}};
-    EXPECT_EQ(toValue(a_settings), KVValue(settings));
-    const KVValue::Map camera = toValue(a_camera, a_settings).toMap();
-    EXPECT_EQ(camera.at("name"), KVValue("eye"));
-    EXPECT_EQ(camera.at("description"), KVValue("An eye"));
-    EXPECT_EQ(camera.at("settings"), KVValue(settings));
-    EXPECT_EQ(camera.at("modes").toList().at(1),
-              KVValue(KVValue::Map{{"width", 640},
-                                   {"height", 480},
-                                   {"formats", KVValue::List{"jpeg"}},
-                                   {"rates", KVValue::List{5.0}}}));
 }
 
 }  // namespace

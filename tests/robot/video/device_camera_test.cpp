@@ -2,6 +2,8 @@
 
 #include "video/makers.h"
 
+#include <picture/pixel_format.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -12,7 +14,7 @@
 #include <stdexcept>
 #include <turbojpeg.h>
 
-using robot::CameraSettings;
+using picture::CameraSettings;
 using robot::captureDescription;
 using robot::CaptureDevice;
 using robot::CaptureMode;
@@ -79,18 +81,18 @@ TEST(CaptureModes, withoutARateOrSizeAreNone) {
 TEST(CaptureDescription, takesWhatTheDeviceDeliversWhereItCan) {
     const CaptureDevice device{
         "", "v4l2src", {{false, 640, 480, {30}}, {true, 640, 480, {30}}, {true, 1280, 720, {7.5}}}};
-    const auto described = [&](int width, int height, KVPixelFormat format, double rate) {
+    const auto described = [&](int width, int height, const char* format, double rate) {
         return captureDescription(device, {width, height, format, rate});
     };
-    EXPECT_THAT(described(640, 480, KVPixelFormat::Rgb888, 30),
+    EXPECT_THAT(described(640, 480, "rgb", 30),
                 HasSubstr("v4l2src ! video/x-raw,width=640,height=480,framerate=30/1 ! "));
-    EXPECT_THAT(described(640, 480, KVPixelFormat::Jpeg, 30),
+    EXPECT_THAT(described(640, 480, "jpeg", 30),
                 HasSubstr("v4l2src ! image/jpeg,width=640,height=480,framerate=30/1 ! appsink"));
-    EXPECT_THAT(described(1280, 720, KVPixelFormat::Grey8, 7.5),
+    EXPECT_THAT(described(1280, 720, "grey", 7.5),
                 HasSubstr("image/jpeg,width=1280,height=720,framerate=15/2 ! jpegdec ! "));
-    EXPECT_THAT(described(640, 480, KVPixelFormat::Yuv422, 30),
+    EXPECT_THAT(described(640, 480, "yuv422", 30),
                 HasSubstr("video/x-raw,format=YUY2,colorimetry=bt601 ! appsink"));
-    EXPECT_THAT(described(1280, 720, KVPixelFormat::Yuv422, 7.5),
+    EXPECT_THAT(described(1280, 720, "yuv422", 7.5),
                 HasSubstr(" ! jpegdec ! videoconvert ! video/x-raw,format=RGBx ! appsink"));
 }
 
@@ -147,11 +149,11 @@ TEST_F(DeviceCameraTest, hasTheSizesAndRatesOfItsDevice) {
     const DeviceCamera camera("camera0", testDevice(), complain());
     const auto& description = camera.description();
     EXPECT_EQ(description.fName, "camera0");
-    EXPECT_EQ(description.fText, "A moving picture");
+    EXPECT_EQ(description.fDescription, "A moving picture");
     ASSERT_EQ(description.fModes.size(), 2U);
     EXPECT_EQ(description.fModes[1].fWidth, 640);
     EXPECT_THAT(description.fModes[1].fRates, ElementsAre(15));
-    EXPECT_EQ(camera.settings(), (CameraSettings{640, 480, KVPixelFormat::Jpeg, 15}));
+    EXPECT_EQ(camera.settings(), (CameraSettings{640, 480, "jpeg", 15}));
 }
 
 TEST_F(DeviceCameraTest, deliversEveryFormatAndChangesWhileItRuns) {
@@ -167,7 +169,7 @@ TEST_F(DeviceCameraTest, deliversEveryFormatAndChangesWhileItRuns) {
     for (const auto& [format, stride] :
          {std::pair(KVPixelFormat::Rgb888, 960U), std::pair(KVPixelFormat::Yuv422, 640U),
           std::pair(KVPixelFormat::Grey8, 320U)}) {
-        camera.apply({320, 240, format, 30});
+        camera.apply({320, 240, picture::formatName(format), 30});
         const KVFrame frame = waitFor(
             [format = format](const KVFrame& candidate) { return candidate.fFormat == format; });
         EXPECT_EQ(frame.fWidth, 320U);
@@ -186,7 +188,7 @@ TEST_F(DeviceCameraTest, yuvIsOfTheSmallRangeAndAllElseOfTheFullOne) {
     white.fSource =
         "videotestsrc is-live=true pattern=white ! capsfilter caps=video/x-raw,format=YUY2";
     DeviceCamera camera("camera0", white, complain());
-    camera.apply({320, 240, KVPixelFormat::Yuv422, 30});
+    camera.apply({320, 240, "yuv422", 30});
     camera.start(sink());
     const auto inFormat = [](KVPixelFormat format) {
         return [format](const KVFrame& frame) { return frame.fFormat == format; };
@@ -194,9 +196,9 @@ TEST_F(DeviceCameraTest, yuvIsOfTheSmallRangeAndAllElseOfTheFullOne) {
     const KVFrame yuv = waitFor(inFormat(KVPixelFormat::Yuv422));
     EXPECT_NEAR(yuv.fData.get()[0], 235, 1);
     EXPECT_NEAR(yuv.fData.get()[1], 128, 1);
-    camera.apply({320, 240, KVPixelFormat::Grey8, 30});
+    camera.apply({320, 240, "grey", 30});
     EXPECT_GE(waitFor(inFormat(KVPixelFormat::Grey8)).fData.get()[0], 250);
-    camera.apply({320, 240, KVPixelFormat::Jpeg, 30});
+    camera.apply({320, 240, "jpeg", 30});
     EXPECT_GE(firstPixelOfJpeg(waitFor(inFormat(KVPixelFormat::Jpeg))), 250);
 }
 

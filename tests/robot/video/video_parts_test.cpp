@@ -501,11 +501,10 @@ class DrawnCameraTest : public testing::Test {
   protected:
     Frames fFrames;
     std::atomic<int> fDrawn{0};
-    robot::DrawnCamera fCamera{
-        {"test", "", {}}, {160, 120, KVPixelFormat::Rgb888, 100}, [this](Canvas& canvas) {
-            ++fDrawn;
-            robot::drawTestCard(canvas, 0);
-        }};
+    robot::DrawnCamera fCamera{{"test", "", {}, {160, 120, "rgb", 100}}, [this](Canvas& canvas) {
+                                   ++fDrawn;
+                                   robot::drawTestCard(canvas, 0);
+                               }};
 };
 
 TEST_F(DrawnCameraTest, framesCarryTheNumberAndTimeThatTheyShow) {
@@ -523,7 +522,7 @@ TEST_F(DrawnCameraTest, framesCarryTheNumberAndTimeThatTheyShow) {
 }
 
 TEST_F(DrawnCameraTest, theFirstFrameComesAtOnceHoweverLowTheRate) {
-    fCamera.apply({160, 120, KVPixelFormat::Grey8, 0.001});
+    fCamera.apply({160, 120, "grey", 0.001});
     fCamera.start(fFrames.sink());
     EXPECT_EQ(fFrames.waitFor(1).front().fFormat, KVPixelFormat::Grey8);
 }
@@ -537,7 +536,7 @@ TEST_F(DrawnCameraTest, nothingIsDrawnWhileItRests) {
     EXPECT_EQ(static_cast<std::size_t>(fDrawn), count);
     // At a rate at which only the first frame is due, the next frame shows what happened in
     // between.
-    fCamera.apply({160, 120, KVPixelFormat::Rgb888, 0.001});
+    fCamera.apply({160, 120, "rgb", 0.001});
     fCamera.start(fFrames.sink());
     const std::vector<KVFrame> frames = fFrames.waitFor(count + 1);
     EXPECT_EQ(frames[count].fNumber, frames[count - 1].fNumber + 1);
@@ -546,7 +545,7 @@ TEST_F(DrawnCameraTest, nothingIsDrawnWhileItRests) {
 
 TEST_F(DrawnCameraTest, theFirstFrameComesAtOnceAfterTheShortestRestToo) {
     constexpr std::size_t rests = 200;
-    fCamera.apply({160, 120, KVPixelFormat::Grey8, 0.001});
+    fCamera.apply({160, 120, "grey", 0.001});
     for (std::size_t rest = 0; rest < rests; ++rest) {
         fCamera.start(fFrames.sink());
         const std::vector<KVFrame> frames = fFrames.waitFor(rest + 1);
@@ -558,7 +557,7 @@ TEST_F(DrawnCameraTest, theFirstFrameComesAtOnceAfterTheShortestRestToo) {
 
 TEST_F(DrawnCameraTest, toStartItWhileItRunsDoesNotBreakItsRate) {
     constexpr int starts = 200;
-    fCamera.apply({160, 120, KVPixelFormat::Grey8, 0.001});
+    fCamera.apply({160, 120, "grey", 0.001});
     fCamera.start(fFrames.sink());
     fFrames.waitFor(1);
     for (int start = 0; start < starts; ++start) {
@@ -572,7 +571,7 @@ TEST_F(DrawnCameraTest, toStartItWhileItRunsDoesNotBreakItsRate) {
 TEST_F(DrawnCameraTest, aChangeHoldsWithoutABreak) {
     fCamera.start(fFrames.sink());
     fFrames.waitFor(2);
-    fCamera.apply({320, 240, KVPixelFormat::Jpeg, 50});
+    fCamera.apply({320, 240, "jpeg", 50});
     EXPECT_EQ(fCamera.settings().fWidth, 320);
     const std::vector<KVFrame> frames =
         fFrames.waitUntil([](const KVFrame& frame) { return frame.fWidth == 320; });
@@ -581,10 +580,10 @@ TEST_F(DrawnCameraTest, aChangeHoldsWithoutABreak) {
 }
 
 TEST_F(DrawnCameraTest, aLowRateGivesWayToAHighOneAtOnce) {
-    fCamera.apply({160, 120, KVPixelFormat::Rgb888, 0.001});
+    fCamera.apply({160, 120, "rgb", 0.001});
     fCamera.start(fFrames.sink());
     fFrames.waitFor(1);
-    fCamera.apply({160, 120, KVPixelFormat::Rgb888, 2});
+    fCamera.apply({160, 120, "rgb", 2});
     const std::vector<KVFrame> frames = fFrames.waitFor(2);
     EXPECT_LT(frames[1].fTime - frames[0].fTime, 100'000'000);
 }

@@ -8,8 +8,9 @@
 #include "values/change_format.h"
 #include "values/value_text.h"
 
-#include <algorithm>
 #include <picture/pixel_format.h>
+
+#include <algorithm>
 
 namespace robaxi_tool {
 

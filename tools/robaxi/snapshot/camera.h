@@ -1,9 +1,9 @@
 #ifndef OBVISTA_TOOLS_ROBAXI_SNAPSHOT_CAMERA_H
 #define OBVISTA_TOOLS_ROBAXI_SNAPSHOT_CAMERA_H
 
+#include <picture/camera_info.h>
 #include <robaxi/kv_value.h>
 
-#include <picture/camera_info.h>
 #include <string>
 #include <vector>
 

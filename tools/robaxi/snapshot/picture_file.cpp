@@ -3,12 +3,13 @@
 #include "process/failure.h"
 #include "snapshot/pixels.h"
 
+#include <picture/jpeg.h>
+
 #include <boost/algorithm/string/predicate.hpp>
 
 #include <algorithm>
 #include <array>
 #include <locale>
-#include <picture/jpeg.h>
 #include <png.h>
 
 namespace robaxi_tool {

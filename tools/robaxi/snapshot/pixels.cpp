@@ -2,10 +2,11 @@
 
 #include "process/failure.h"
 
-#include <algorithm>
 #include <picture/colours.h>
 #include <picture/frame_decoder.h>
 #include <picture/jpeg.h>
+
+#include <algorithm>
 
 namespace robaxi_tool {
 

@@ -1,10 +1,10 @@
 #ifndef OBVISTA_TOOLS_ROBAXI_SNAPSHOT_PIXELS_H
 #define OBVISTA_TOOLS_ROBAXI_SNAPSHOT_PIXELS_H
 
+#include <picture/pixel_format.h>
 #include <robaxi/kv_frame.h>
 
 #include <cstdint>
-#include <picture/pixel_format.h>
 #include <vector>
 
 namespace robaxi_tool {
