@@ -1,6 +1,7 @@
 #include "web/web_connection.h"
 
 #include <boost/asio/buffer.hpp>
+#include <boost/asio/write.hpp>
 #include <boost/beast/http/read.hpp>
 
 #include <algorithm>
@@ -72,23 +73,20 @@ void WebConnection::xAnswer(WebAnswer answer) {
 }
 
 void WebConnection::xSend() {
-    fStream.async_write_some(
-        boost::asio::buffer(fOutput.data() + fOutputSent, fOutput.size() - fOutputSent),
-        [self = shared_from_this()](const error_code& error, std::size_t sent) {
-            if (!error) {
-                self->xSendMore(sent);
-            }
-        });
+    boost::asio::async_write(fStream, boost::asio::buffer(fOutput),
+                             [self = shared_from_this()](const error_code& error, std::size_t) {
+                                 if (!error) {
+                                     self->xSendMore();
+                                 }
+                             });
 }
 
-void WebConnection::xSendMore(std::size_t sent) {
-    fOutputSent += sent;
-    const bool allSent = fOutputSent == fOutput.size();
-    if (allSent && !xTakeOutput()) {
+void WebConnection::xSendMore() {
+    if (!xTakeOutput()) {
         error_code ignored;
         fStream.socket().shutdown(boost::asio::ip::tcp::socket::shutdown_send, ignored);
         xLinger(a_timeToClose);
-    } else if (allSent && fAnswer.fPace == WebPace::ByteASecond) {
+    } else if (fAnswer.fPace == WebPace::ByteASecond) {
         xWaitForNextByte();
     } else {
         xSend();
@@ -103,7 +101,6 @@ bool WebConnection::xTakeOutput() {
     const std::uint64_t wanted =
         fAnswer.fPace == WebPace::ByteASecond ? 1 : std::min(left, a_piece);
     fOutput.clear();
-    fOutputSent = 0;
     while (fOutput.size() < wanted) {
         const std::uint64_t from = (fBodyTaken + fOutput.size()) % fAnswer.fBody.size();
         fOutput.append(fAnswer.fBody, from, wanted - fOutput.size());

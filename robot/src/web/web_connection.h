@@ -21,6 +21,9 @@ namespace robot {
 /**
  * One client of the web server: it sends one request, receives its answer, and the connection is
  * closed. The object owns itself while an operation is pending. All on the server's thread.
+ *
+ * Requests are read by Boost.Beast. Answers are written without its serializer, as the faulty ones
+ * are bodies that it cannot send: one byte a second, or a few bytes repeated up to 64 MiB.
  */
 class WebConnection : public std::enable_shared_from_this<WebConnection> {
   public:
@@ -44,7 +47,7 @@ class WebConnection : public std::enable_shared_from_this<WebConnection> {
   private:
     void xAnswer(WebAnswer answer);
     void xSend();
-    void xSendMore(std::size_t sent);
+    void xSendMore();
     bool xTakeOutput();
     void xWaitForNextByte();
     /**
@@ -64,7 +67,6 @@ class WebConnection : public std::enable_shared_from_this<WebConnection> {
     std::uint64_t fBodyTaken = 0;  // bytes of the body that have been copied to fOutput
     bool fIsWaitingForRequest = true;
     std::string fOutput;
-    std::size_t fOutputSent = 0;
     std::array<char, 1024> fDiscarded{};
 };
 
