@@ -42,7 +42,7 @@ QStringList splitTerms(const QString& text) {
     return terms;
 }
 
-char lowerCase(char c) {
+constexpr char lowerCase(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
@@ -52,10 +52,32 @@ std::string lowerCase(std::string text) {
     return text;
 }
 
+/** Each byte as lowerCase() makes it. */
+constexpr std::array<char, 256> lowerCaseTable() {
+    std::array<char, 256> table{};
+    for (std::size_t byte = 0; byte < table.size(); ++byte) {
+        table[byte] = lowerCase(static_cast<char>(byte));
+    }
+    return table;
+}
+
+constexpr std::array<char, 256> a_lowerCase = lowerCaseTable();
+
+/** @param word in lower case. Called for every key with each letter that is typed. */
 bool contains(const std::string& name, const std::string& word) {
-    return std::search(name.begin(), name.end(), word.begin(), word.end(),
-                       [](char left, char right) { return lowerCase(left) == right; }) !=
-           name.end();
+    const auto lower = [&name](std::size_t at) {
+        return a_lowerCase[static_cast<unsigned char>(name[at])];
+    };
+    for (std::size_t at = 0; at + word.size() <= name.size(); ++at) {
+        std::size_t same = 0;
+        while (same < word.size() && lower(at + same) == word[same]) {
+            ++same;
+        }
+        if (same == word.size()) {
+            return true;
+        }
+    }
+    return false;
 }
 
 bool beginsWith(const char* name, const std::string& text) {

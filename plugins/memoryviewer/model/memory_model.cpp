@@ -116,8 +116,7 @@ void MemoryModel::xAddKeys(const std::vector<const MemoryKey*>& keys) {
         xRearrangeSoon();
         return;
     }
-    MemoryNode::Keys shown = fArrangement.filtered(keys, fKeys->clock().now());
-    std::sort(shown.begin(), shown.end(), &KeyStore::isBefore);
+    const MemoryNode::Keys shown = fArrangement.filtered(keys, fKeys->clock().now());
     const std::unique_ptr<MemoryNode> fresh = MemoryNode::buildTree(shown);
     xMerge(*fRoot, *fresh);
 }

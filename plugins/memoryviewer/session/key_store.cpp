@@ -33,13 +33,28 @@ void KeyStore::add(const std::vector<KVKeyInfo>& keys) {
         slot->fInfo = info;
         slot->fPath = splitPath(info.fName);
         xEnterName(*slot);
-        fSorted.push_back(slot.get());
         fresh.push_back(slot.get());
     }
     if (!fresh.empty()) {
-        fIsSorted = false;
+        std::sort(fresh.begin(), fresh.end(), &KeyStore::isBefore);
+        xSortIn(fresh);
         Q_EMIT added(fresh);
     }
+}
+
+/** Takes sorted keys into the sorted ones; a few among many cost few comparisons. */
+void KeyStore::xSortIn(const std::vector<const MemoryKey*>& fresh) {
+    std::vector<const MemoryKey*> all;
+    all.reserve(fSorted.size() + fresh.size());
+    auto from = fSorted.begin();
+    for (const MemoryKey* key : fresh) {
+        const auto to = std::upper_bound(from, fSorted.end(), key, &KeyStore::isBefore);
+        all.insert(all.end(), from, to);
+        all.push_back(key);
+        from = to;
+    }
+    all.insert(all.end(), from, fSorted.end());
+    fSorted = std::move(all);
 }
 
 void KeyStore::remove(const std::vector<std::uint32_t>& ids) {
@@ -184,14 +199,6 @@ const MemoryKey* KeyStore::find(std::uint32_t id) const {
 const MemoryKey* KeyStore::find(const std::string& name) const {
     const auto found = fByName.find(name);
     return found == fByName.end() ? nullptr : found->second;
-}
-
-const std::vector<const MemoryKey*>& KeyStore::sorted() const {
-    if (!fIsSorted) {
-        std::sort(fSorted.begin(), fSorted.end(), &KeyStore::isBefore);
-        fIsSorted = true;
-    }
-    return fSorted;
 }
 
 bool KeyStore::isBefore(const MemoryKey* left, const MemoryKey* right) {

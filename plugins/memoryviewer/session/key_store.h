@@ -57,7 +57,7 @@ class KeyStore : public QObject {
     /** A robot may announce one name twice; then it is the key that came last of those it has. */
     const MemoryKey* find(const std::string& name) const;
     /** All keys in the order of their paths. */
-    const std::vector<const MemoryKey*>& sorted() const;
+    const std::vector<const MemoryKey*>& sorted() const { return fSorted; }
     /** That order. */
     static bool isBefore(const MemoryKey* left, const MemoryKey* right);
 
@@ -69,12 +69,14 @@ class KeyStore : public QObject {
     bool isMarked(const MemoryKey& key) const { return key.fMarkedUntil > fSinceStart.elapsed(); }
 
   Q_SIGNALS:
+    /** In the order of their paths. */
     void added(const std::vector<const memoryviewer::MemoryKey*>& keys);
     /** The keys go when this returns. */
     void aboutToRemove(const std::vector<const memoryviewer::MemoryKey*>& keys);
     void changed(const std::vector<memoryviewer::ChangedKey>& keys);
 
   private:
+    void xSortIn(const std::vector<const MemoryKey*>& fresh);
     void xEnterName(MemoryKey& key);
     void xForgetName(MemoryKey& key);
     void xSeeNewest(const std::vector<MergedChange>& changes);
@@ -85,8 +87,7 @@ class KeyStore : public QObject {
 
     std::unordered_map<std::uint32_t, std::unique_ptr<MemoryKey>> fKeys;
     std::unordered_map<std::string, MemoryKey*> fByName;  // the newest of each name
-    mutable std::vector<const MemoryKey*> fSorted;
-    mutable bool fIsSorted = true;
+    std::vector<const MemoryKey*> fSorted;
     RobotClock fClock;
     std::int64_t fNewestTime = 0;
     QElapsedTimer fSinceStart;

@@ -77,8 +77,13 @@ bool naturalLess(const std::string& left, const std::string& right) {
 }
 
 bool pathLess(const std::vector<std::string>& left, const std::vector<std::string>& right) {
-    return std::lexicographical_compare(left.begin(), left.end(), right.begin(), right.end(),
-                                        naturalLess);
+    // Most paths begin with the same parts, which need not be read character by character.
+    const auto [leftPart, rightPart] =
+        std::mismatch(left.begin(), left.end(), right.begin(), right.end());
+    if (leftPart == left.end() || rightPart == right.end()) {
+        return rightPart != right.end();
+    }
+    return naturalLess(*leftPart, *rightPart);
 }
 
 }  // namespace memoryviewer

@@ -49,8 +49,6 @@ constexpr int a_frameTime = 40;
 /** Between two looks at what can be seen, and two steps of ages and marks. */
 constexpr int a_tickTime = 200;
 constexpr int a_secondTime = 1000;
-/** A key that is typed soon after another one does not filter twice. */
-constexpr int a_filterDelay = 15;
 constexpr qint64 a_refusalTime = 10000;
 constexpr int a_maxKeyNameLength = 60;
 constexpr int a_widthInCharacters = 120;
@@ -161,7 +159,7 @@ void MemoryViewerWidget::xConnect() {
     connect(&fFilterTimer, &QTimer::timeout, this, &MemoryViewerWidget::xArrange);
     connect(&fSaveTimer, &QTimer::timeout, this, &MemoryViewerWidget::xSave);
     connect(fToolBar, &MemoryToolBar::filterChanged, this,
-            [this] { fFilterTimer.start(a_filterDelay); });
+            [this] { fFilterTimer.start(0); });  // once for all keys that wait
     connect(fToolBar, &MemoryToolBar::filterLeft, fTree, &KeyTreeView::enter);
     connect(fToolBar, &MemoryToolBar::formChanged, this, &MemoryViewerWidget::xArrange);
     connect(fToolBar, &MemoryToolBar::rateChanged, this, &MemoryViewerWidget::xOnRate);
