@@ -12,8 +12,8 @@
 // filter for a fixed time, compared with a line edit that filters nothing); the default is all. It
 // needs an X server: tests/support/run_isolated --display xvfb -- PROGRAM.
 //
-// Targets for the viewer: 25 % of a core, stalls of 100 ms, 60 ms to the screen, 2 MB an hour, 50
-// ms from a key in the filter to its result.
+// Targets for the viewer: 15 % of a core, stalls of 100 ms (50 ms while opening), 60 ms to the
+// screen, 2 MB an hour, 20 ms from a key in the filter to its result (50 ms at worst).
 #include "cell_watch.h"
 #include "figures.h"
 #include "machine_watch.h"
