@@ -110,18 +110,22 @@ void PlotPanel::resizeEvent(QResizeEvent* event) {
     xPlaceLegend();
 }
 
-/** Below the plots where there is no room for it beside them. */
+/** Below the plots where there is no room for it beside them; a width that the user has set stays.
+ */
 void PlotPanel::xPlaceLegend() {
     const bool isNarrow = width() < a_narrowInCharacters * fontMetrics().averageCharWidth();
     const Qt::Orientation orientation = isNarrow ? Qt::Vertical : Qt::Horizontal;
-    if (orientation == fColumns->orientation()) {
+    const bool isTurned = orientation != fColumns->orientation();
+    const bool isChosen = fColumns->sizes().value(1) != fLegendSize;
+    if (!isTurned && (isNarrow || isChosen)) {
         return;
     }
     fColumns->setOrientation(orientation);
-    const int legend =
-        isNarrow ? a_linesBelow * fontMetrics().height() * 5 / 4 : fLegend->sizeHint().width();
     const int room = isNarrow ? fColumns->height() : width();
+    const int legend = isNarrow ? a_linesBelow * fontMetrics().height() * 5 / 4
+                                : std::min(fLegend->sizeHint().width(), room * 2 / 5);
     fColumns->setSizes({std::max(1, room - legend), legend});
+    fLegendSize = fColumns->sizes().value(1);
 }
 
 QWidget* PlotPanel::xMakePlotArea() {

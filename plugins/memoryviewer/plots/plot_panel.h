@@ -172,6 +172,7 @@ class PlotPanel : public QWidget {
     QStackedLayout* fPages;
     QWidget* fContent;
     QSplitter* fColumns;
+    int fLegendSize = 0;  // pixels, as last set by the panel
     QLabel* fMessage;
     QLabel* fStatus;
     QLabel* fNotice;

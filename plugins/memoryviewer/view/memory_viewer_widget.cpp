@@ -176,6 +176,7 @@ void MemoryViewerWidget::xConnect() {
     connect(fWrites.get(), &WriteQueue::refused, this, &MemoryViewerWidget::xOnWriteRefused);
     connect(fDelegate, &MemoryDelegate::entryRefused, this, &MemoryViewerWidget::xOnEntryRefused);
     connect(fWatched, &WatchModel::namesChanged, this, &MemoryViewerWidget::xPlan);
+    connect(fWatched, &WatchModel::namesChanged, this, &MemoryViewerWidget::xFitWatchView);
     connect(fTree->header(), &QWidget::customContextMenuRequested, fColumnMenu,
             [this](const QPoint& at) { fColumnMenu->popup(fTree->header()->mapToGlobal(at)); });
 }
@@ -207,8 +208,22 @@ void MemoryViewerWidget::xShowPlots(bool isShown) {
     fPlots->setVisible(isShown);
     const int height = fSplitter->height();
     const int watched = fWatchView->sizeHint().height();
-    const int plots = isShown ? height / 2 : 0;
+    const int plots = isShown ? height * 3 / 5 : 0;
     fSplitter->setSizes({height - watched - plots, watched, plots});
+}
+
+/** The watch list is short while it is empty; the tree gives and takes the difference. */
+void MemoryViewerWidget::xFitWatchView() {
+    const bool isEmpty = fWatched->names().isEmpty();
+    if (isEmpty == fIsWatchViewShort) {
+        return;
+    }
+    fIsWatchViewShort = isEmpty;
+    const QList<int> sizes = fSplitter->sizes();
+    const int more = fWatchView->sizeHint().height() - sizes[1];
+    if (sizes[0] > more) {
+        fSplitter->setSizes({sizes[0] - more, sizes[1] + more, sizes[2]});
+    }
 }
 
 QVariantMap MemoryViewerWidget::xState() const {

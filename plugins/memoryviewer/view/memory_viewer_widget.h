@@ -85,6 +85,7 @@ class MemoryViewerWidget : public obvista::ViewerWidget {
     void xOnEntryRefused(const QString& problem);
     void xSayRefusal(const QString& text);
     void xShowPlots(bool isShown);
+    void xFitWatchView();
     void xRepaint();
 
     void xPlan();
@@ -122,6 +123,7 @@ class MemoryViewerWidget : public obvista::ViewerWidget {
     KeyRecording* fKeyRecording;
     std::unique_ptr<KeySubscriber> fSubscriber;
     QSplitter* fSplitter;
+    bool fIsWatchViewShort = true;
     QStackedLayout* fPages;
     QLabel* fMessage;
     QLabel* fStatus;

@@ -14,6 +14,7 @@ namespace memoryviewer {
 namespace {
 
 constexpr int a_rowsAtFirst = 5;
+constexpr int a_rowsOfHint = 2;  // of the text shown while no key is watched
 
 }  // namespace
 
@@ -45,7 +46,12 @@ QStringList WatchView::chosenNames() const {
 }
 
 QSize WatchView::sizeHint() const {
-    return {KeyView::sizeHint().width(), a_rowsAtFirst * fontMetrics().height() * 5 / 4};
+    const int rows = fModel->rowCount() == 0 ? a_rowsOfHint : a_rowsAtFirst;
+    return {KeyView::sizeHint().width(), rows * fontMetrics().height() * 5 / 4};
+}
+
+QSize WatchView::minimumSizeHint() const {
+    return {KeyView::minimumSizeHint().width(), a_rowsOfHint * fontMetrics().height() * 5 / 4};
 }
 
 void WatchView::removeChosen() {

@@ -20,7 +20,9 @@ class WatchView : public KeyView {
     std::vector<const MemoryKey*> chosenKeys() const override;
     QStringList chosenNames() const override;
 
+    /** Shorter while no key is watched. */
     QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
 
   public Q_SLOTS:
     void removeChosen();
