@@ -17,7 +17,7 @@ FrameFault checkSize(const KVFrame& frame) {
     if (frame.fWidth == 0 || frame.fHeight == 0) {
         return FrameFault::NoSize;
     }
-    // Two factors of 32 bits: their product always fits.
+    // A product of two 32-bit factors always fits.
     const std::uint64_t pixels = std::uint64_t{frame.fWidth} * frame.fHeight;
     return pixels > a_maxPixels ? FrameFault::TooLarge : FrameFault::None;
 }

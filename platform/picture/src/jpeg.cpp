@@ -79,8 +79,10 @@ JpegReader::JpegReader() {
     xRenew();
 }
 
-/** After an error in a header the library is left in the middle of it, and would refuse every
- *  picture that follows. */
+/**
+ * After an error in a header the library is in the middle of it, and would refuse every following
+ * picture.
+ */
 void JpegReader::xRenew() {
     fLibrary = checked(tjInitDecompress());
 }
@@ -103,8 +105,8 @@ std::optional<JpegHeader> JpegReader::readHeader(const unsigned char* data, std:
 bool JpegReader::decode(const unsigned char* data, std::size_t size, std::uint32_t width,
                         std::uint32_t height, PixelLayout layout, unsigned char* rows,
                         std::size_t stride) {
-    // The library only warns of a picture that ends early or is damaged, and fills what is missing
-    // with grey or with what came before. Such a picture is not what the camera saw.
+    // For a truncated or damaged picture the library only warns, and fills in grey or previous
+    // data. Such a picture is not what the camera saw.
     const int result = tjDecompress2(
         fLibrary.get(), data, size, rows, static_cast<int>(width), static_cast<int>(stride),
         static_cast<int>(height), pixelFormatOf(layout), TJFLAG_STOPONWARNING | TJFLAG_LIMITSCANS);

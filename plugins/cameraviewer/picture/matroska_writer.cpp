@@ -15,9 +15,9 @@
 namespace cameraviewer {
 namespace {
 
-/** Bytes that wait inside GStreamer before canTake() turns false. */
+/** Bytes that wait inside GStreamer before canTake() returns false. */
 constexpr guint64 a_maxWaiting = guint64{8} * 1024 * 1024;
-/** Microseconds since 1970: until the year 2200, which Matroska's way to write a date can hold. */
+/** Microseconds since 1970: until the year 2200, within the range of Matroska's dates. */
 constexpr std::int64_t a_latestStart = 7'258'118'400 * base::a_microsecondsPerSecond;
 
 QString translated(const char* text) {
@@ -35,7 +35,7 @@ struct Unref {
 template <typename Object>
 using Owned = std::unique_ptr<Object, Unref>;
 
-/** @return empty, or why GStreamer cannot be used */
+/** @return empty, or the reason why GStreamer cannot be used */
 QString startGStreamer() {
     GError* raw = nullptr;
     if (gst_init_check(nullptr, nullptr, &raw) != FALSE) {
@@ -45,14 +45,16 @@ QString startGStreamer() {
     return translated("GStreamer does not start: %1").arg(QString::fromUtf8(error->message));
 }
 
-/** Once for the process: on the first recording, since it takes a while, never when the plugin is
- *  loaded. */
+/**
+ * Once for the process: on the first recording, since it takes a while, never when the plugin is
+ * loaded.
+ */
 QString ensureGStreamer() {
     static const QString failure = startGStreamer();
     return failure;
 }
 
-/** An element of the pipeline and where Debian has it. */
+/** An element of the pipeline and its Debian package. */
 struct ElementKind {
     const char* fName;
     const char* fPackage;
@@ -79,14 +81,14 @@ QString fullText() {
 
 using Bytes = std::shared_ptr<const unsigned char>;
 
-/** Called by GStreamer, on whatever thread is done with a picture. */
+/** Called by GStreamer, on the thread that releases the picture. */
 void releasePicture(gpointer bytes) {
     delete static_cast<Bytes*>(bytes);
 }
 
-/** A picture without a copy of its bytes. */
+/** Returns a picture without a copy of its bytes. */
 GstBuffer* makeBuffer(const picture::JpegFile& picture) {
-    // GStreamer asks for a pointer to what may be written, and is told that it must not.
+    // GStreamer's parameter is not const; the memory is marked as read-only.
     auto* data = const_cast<unsigned char*>(picture.fData.get());
     return gst_buffer_new_wrapped_full(GST_MEMORY_FLAG_READONLY, data, picture.fSize, 0,
                                        picture.fSize, new Bytes(picture.fData), &releasePicture);
@@ -117,7 +119,7 @@ struct MatroskaWriter::Private {
     Private(const Private&) = delete;
     Private& operator=(const Private&) = delete;
 
-    /** @return empty, or why there is no pipeline that runs */
+    /** @return empty, or the reason why no pipeline is running */
     QString start() {
         QString failure = ensureGStreamer();
         if (failure.isEmpty()) {
@@ -126,14 +128,14 @@ struct MatroskaWriter::Private {
         return failure.isEmpty() ? build() : failure;
     }
 
-    /** GStreamer's own texts do not say much. */
+    /** GStreamer's own messages are not informative. */
     QString tryFile() const {
         QFile file(fSettings.fFile);
         const bool isWritable = file.open(QIODevice::WriteOnly);
         return isWritable ? QString() : writeFailureText(fSettings.fFile, file.errorString());
     }
 
-    /** An element in the pipeline, which owns it. */
+    /** Adds an element to the pipeline, which owns it. */
     GstElement* add(const ElementKind& kind) {
         GstElement* element = gst_element_factory_make(kind.fName, nullptr);
         if (element != nullptr) {
@@ -180,7 +182,7 @@ struct MatroskaWriter::Private {
     }
 
     void setUpMuxer(GstElement* element) const {
-        // Every JPEG could be jumped to. An index of all would grow to megabytes in an hour.
+        // Every JPEG is a key frame. An index of all of them would grow to megabytes in an hour.
         constexpr gint64 indexInterval = G_GINT64_CONSTANT(1) * GST_SECOND;
         g_object_set(element, "writing-app", "Obvista", "min-index-interval", indexInterval,
                      nullptr);
@@ -226,7 +228,7 @@ struct MatroskaWriter::Private {
         return !fFailure.isEmpty();
     }
 
-    /** Returns when the condition holds or writing has failed, which it has after a_patience. */
+    /** Returns when the condition is true or writing has failed, which it has after a_patience. */
     template <typename Condition>
     void waitFor(Condition condition) {
         std::unique_lock lock(fMutex);

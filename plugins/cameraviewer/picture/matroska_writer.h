@@ -12,13 +12,12 @@
 namespace cameraviewer {
 
 /**
- * One Matroska file of JPEGs of one size (Motion JPEG), written by GStreamer on a thread of its
- * own.
+ * A Matroska file of JPEGs of one size (Motion JPEG), written by GStreamer on a dedicated thread.
  *
- * Every picture goes to the file as soon as it is complete, so that a file whose writer was killed
- * can be played up to the last picture; what it lacks is its length and the index for jumping.
+ * Every picture is written when it is complete, so that a file whose writer was killed can be
+ * played up to the last picture; it only has no duration and no index for seeking.
  *
- * The operations are called by one thread and may block, see there.
+ * The operations are called by one thread and may block, as documented below.
  */
 class MatroskaWriter {
   public:
@@ -30,28 +29,28 @@ class MatroskaWriter {
         std::int64_t fStart = 0;  ///< of the first picture, microseconds since 1970-01-01 UTC
     };
 
-    /** Initialises GStreamer when that has not been done, and opens the file. */
+    /** Initialises GStreamer if necessary, and opens the file. */
     explicit MatroskaWriter(const Settings& settings);
-    /** Leaves the file as it is: finish() completes it. */
+    /** Leaves the file incomplete unless finish() was called. */
     ~MatroskaWriter();
     MatroskaWriter(const MatroskaWriter&) = delete;
     MatroskaWriter& operator=(const MatroskaWriter&) = delete;
 
     /**
-     * Hands a picture over; waits while too many have not been written, and fails when the disk
-     * does not take any for a_patience. Does nothing after a failure.
+     * Passes on a picture; waits while too many are not written yet, and fails if the disk accepts
+     * none for a_patience. Does nothing after a failure.
      *
-     * @param time microseconds since the beginning of the file, more than that of the one before
+     * @param time microseconds since the beginning of the file, later than that of the previous one
      */
     void write(const picture::JpegFile& picture, std::int64_t time);
 
     /** Returns when all pictures are written and the file is complete, or after a_patience. */
     void finish();
 
-    /** A sentence for the user; empty while all is well. */
+    /** Returns a sentence for the user; empty if there was no error. */
     QString failure() const;
 
-    /** How long a disk may take. */
+    /** Time-out of the disk. */
     static constexpr std::chrono::seconds a_patience{10};
 
   private:

@@ -24,7 +24,7 @@ class PictureBuffers {
     QImage makeImage(int width, int height, QImage::Format format);
 
   private:
-    /** One picture is shown, one waits to be shown and one is being decoded. */
+    /** One picture is displayed, one waits to be displayed and one is being decoded. */
     base::BufferPool fPool{3};
 };
 

@@ -14,8 +14,10 @@ namespace {
 
 using SharedBytes = std::shared_ptr<const unsigned char>;
 
-/** Qt may read an RGB888 or Grayscale8 image at any address and with any stride: it takes these
- *  formats byte by byte. */
+/**
+ * Qt can read an RGB888 or Grayscale8 image at any address and with any stride: it accesses these
+ * formats byte by byte.
+ */
 QImage wrap(const KVFrame& frame, QImage::Format format) {
     auto owner = std::make_unique<SharedBytes>(frame.fData);
     QImage image(
@@ -25,7 +27,7 @@ QImage wrap(const KVFrame& frame, QImage::Format format) {
     if (image.isNull()) {
         throw std::bad_alloc();
     }
-    static_cast<void>(owner.release());  // now the image's
+    static_cast<void>(owner.release());  // now owned by the image
     return image;
 }
 

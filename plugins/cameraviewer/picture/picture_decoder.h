@@ -14,22 +14,24 @@
 namespace cameraviewer {
 
 /**
- * A frame and what it shows.
+ * A frame and its decoded picture.
  *
- * Cheap to copy, and safe to hand to another thread. Nothing in it may be written to.
+ * Cheap to copy, and safe to pass to another thread. Its contents must not be modified.
  */
 struct Picture {
     KVFrame fFrame;
-    /** Null when there is a fault. For RGB (Format_RGB888) and grey (Format_Grayscale8) it is the
-     *  frame's own bytes, with its stride; YUV 4:2:2 and JPEG become Format_RGB32, a grey JPEG
-     *  Format_Grayscale8. */
+    /**
+     * Null if there is a fault. For RGB (Format_RGB888) and grey (Format_Grayscale8) it consists of
+     * the frame's bytes, with its stride; YUV 4:2:2 and JPEG become Format_RGB32, a grey JPEG
+     * Format_Grayscale8.
+     */
     QImage fImage;
     picture::FrameFault fFault = picture::FrameFault::None;
 };
 
 /**
- * Makes pictures of frames that are not to be trusted. It keeps its memory between pictures, and
- * belongs to one thread at a time; the pictures do not depend on it.
+ * Decodes untrusted frames. It keeps its memory between pictures, and is for one thread at a time;
+ * the pictures do not depend on it.
  */
 class PictureDecoder {
   public:
@@ -54,10 +56,10 @@ class PictureDecoder {
 picture::PixelRows rowsOf(const QImage& image);
 
 /**
- * The value of a pixel as the camera sent it: "R 1 G 2 B 3", "Grey 12", "Y 120 Cb 130 Cr 127". For
- * JPEG, which has none, the decoded one.
+ * Returns the value of a pixel as sent by the camera: "R 1 G 2 B 3", "Grey 12", "Y 120 Cb 130 Cr
+ * 127". For JPEG, which has none, the decoded value.
  *
- * @return empty for a point outside the picture, and when there is none
+ * @return empty for a point outside the picture, or without a picture
  */
 QString rawText(const Picture& picture, const QPoint& pixel);
 

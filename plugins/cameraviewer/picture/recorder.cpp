@@ -27,7 +27,7 @@ std::int64_t now() {
     return std::chrono::duration_cast<std::chrono::microseconds>(time).count();
 }
 
-/** A frame and when it came. */
+/** A frame and the time of its arrival. */
 struct Offer {
     picture::CheckedFrame fFrame;
     std::int64_t fArrival;
@@ -69,7 +69,7 @@ struct Recorder::Private {
         }
     }
 
-    /** @return nothing when the recording was stopped and all frames are recorded */
+    /** @return nothing if the recording was stopped and all frames are recorded */
     std::optional<Offer> take() {
         std::unique_lock lock(fMutex);
         fChanged.wait(lock,
@@ -97,7 +97,7 @@ struct Recorder::Private {
         ++(fStatus.*counter);
     }
 
-    /** @return empty, or why the recording had to end */
+    /** @return empty, or the reason for which the recording had to end */
     QString record(RecordingFiles& files) {
         while (const std::optional<Offer> offer = take()) {
             const bool isSound = files.write(offer->fFrame, offer->fArrival);
@@ -135,9 +135,9 @@ struct Recorder::Private {
 namespace {
 
 /**
- * Stops the recorders that live when the process ends, so that their files are complete and no
- * thread of theirs runs after main(). It is never destroyed itself, since a recorder may be deleted
- * even later.
+ * Stops the existing recorders when the process ends, so that their files are complete and none of
+ * their threads runs after main(). It is never destroyed, since a recorder may be deleted even
+ * later.
  */
 class RunningRecordings {
   public:

@@ -14,28 +14,28 @@
 
 namespace cameraviewer {
 
-/** How far a recording is. */
+/** Progress of a recording. */
 struct RecorderStatus {
     enum class State {
         Idle,  ///< nothing has been recorded yet
         Recording,
         Finishing,  ///< stop() was called, and the last pictures are being written
         Done,
-        Failed  ///< fFailure says why; what had been recorded can be played
+        Failed  ///< fFailure has the reason; the file can be played up to that point
     };
 
     State fState = State::Idle;
-    QString fFile;               ///< that is written to now, or was last
-    int fFiles = 0;              ///< begun
+    QString fFile;               ///< the current file, or the last one
+    int fFiles = 0;              ///< number of files
     std::uint64_t fFrames = 0;   ///< recorded
     std::uint64_t fDropped = 0;  ///< not recorded: encoding or the disk is too slow
-    std::uint64_t fRefused = 0;  ///< not recorded: there is a fault in them
+    std::uint64_t fRefused = 0;  ///< not recorded: they have a fault
     std::int64_t fBytes = 0;     ///< of all files
     double fSeconds = 0;         ///< from the first recorded frame to the last
     QString fFailure;            ///< a sentence for the user
 };
 
-/** What a recording may take of the machine. */
+/** Resource limits of a recording. */
 struct RecorderLimits {
     std::size_t fFrames = 30;                            ///< waiting to be recorded
     std::size_t fBytes = std::size_t{64} * 1024 * 1024;  ///< of these frames
@@ -66,31 +66,37 @@ class Recorder : public QObject {
 
   public:
     explicit Recorder(QObject* parent = nullptr, const RecorderLimits& limits = {});
-    /** Like stop(), and waits until the file is complete, for some seconds at most when the disk
-     *  does not answer. A recorder that lives at the end of the process is stopped by then too. */
+    /**
+     * Stops, and waits until the file is complete, for some seconds at most if the disk does not
+     * respond. A recorder that exists at the end of the process is stopped then, too.
+     */
     ~Recorder() override;
 
     /**
-     * Begins to record what offer() gives from now on. Does nothing while a recording runs.
+     * Starts recording the frames passed to offer(). Does nothing during a recording.
      *
-     * Returns at once; that the file cannot be written is found out with the first frame.
+     * Returns at once; an error of the file is detected with the first frame.
      *
-     * @param file its folder exists; a file of this name is overwritten
+     * @param file its folder must exist; an existing file is overwritten
      */
     void start(const QString& file, const PictureOrigin& origin);
 
-    /** Returns at once. The frame is dropped and counted when too many wait; ignored when no
-     *  recording runs. */
+    /**
+     * Returns at once. The frame is dropped and counted if too many are waiting; ignored without a
+     * recording.
+     */
     void offer(const picture::CheckedFrame& frame);
 
-    /** Ends the recording with the frames that were offered. Returns at once, see ended(). */
+    /** Ends the recording after the frames that were offered. Returns at once, see ended(). */
     void stop();
 
     RecorderStatus status() const;
 
   Q_SIGNALS:
-    /** The recording is Done or Failed, and its files are closed. Emitted on a thread of the
-     *  recorder. */
+    /**
+     * Emitted when the recording is Done or Failed, and its files are closed; on a thread of the
+     * recorder.
+     */
     void ended();
 
   private:

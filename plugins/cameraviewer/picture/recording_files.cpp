@@ -62,13 +62,13 @@ JpegFile RecordingFiles::xEncode(const CheckedFrame& checked) {
     if (frame.fFormat == KVPixelFormat::Jpeg) {
         return {frame.fData, frame.fSize};
     }
-    // YUV 4:2:2 has no more colours than that.
+    // YUV 4:2:2 has no higher colour resolution.
     const bool isHalf = frame.fFormat == KVPixelFormat::Yuv422;
     return fJpegWriter.write(rowsOf(fDecoder.decode(checked).fImage),
                              isHalf ? JpegDetail::Half : JpegDetail::Full);
 }
 
-/** Ends the recording while there is room to complete its file. */
+/** Ends the recording while there is enough space to complete its file. */
 void RecordingFiles::xCheckFreeSpace() {
     const auto now = std::chrono::steady_clock::now();
     if (now < fNextSpaceCheck) {

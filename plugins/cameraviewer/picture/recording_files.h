@@ -16,19 +16,21 @@
 
 namespace cameraviewer {
 
-/** The files of one recording: encodes frames, and begins another file for another size or
- *  format. It belongs to one thread at a time, which it blocks like MatroskaWriter. */
+/**
+ * The files of one recording: encodes frames, and starts a new file for another size or format. For
+ * one thread at a time, which it blocks like MatroskaWriter.
+ */
 class RecordingFiles {
   public:
     /**
-     * @param file of the first file
-     * @param freeSpace bytes that stay free on the disk
+     * @param file name of the first file
+     * @param freeSpace bytes to leave free on the disk
      */
     RecordingFiles(const QString& file, const PictureOrigin& origin, std::int64_t freeSpace);
 
     /**
      * @param arrival microseconds, see RecordingClock
-     * @return false when there is a fault in the frame, which is left out
+     * @return false if the frame has a fault, and is left out
      * @throws std::bad_alloc
      */
     bool write(const picture::CheckedFrame& frame, std::int64_t arrival);
@@ -36,19 +38,19 @@ class RecordingFiles {
     /** Completes the file. */
     void finish();
 
-    /** A sentence for the user; empty while all is well. */
+    /** Returns a sentence for the user; empty if there was no error. */
     const QString& failure() const { return fFailure; }
 
-    /** The file that is written to, or was last. */
+    /** Returns the current file, or the last one. */
     const QString& file() const { return fFile; }
     int fileCount() const { return fFileCount; }
-    /** Of all files. */
+    /** Returns the bytes of all files. */
     std::int64_t bytes() const;
     /** Microseconds from the first frame to the last. */
     std::int64_t duration() const { return fTime; }
 
   private:
-    /** What all frames of a file have in common. */
+    /** Properties shared by all frames of a file. */
     struct Kind {
         KVPixelFormat fFormat;
         std::uint32_t fWidth;
@@ -57,7 +59,7 @@ class RecordingFiles {
         bool operator==(const Kind& other) const;
     };
 
-    /** @return no data when there is a fault in the frame */
+    /** @return no data if the frame has a fault */
     picture::JpegFile xEncode(const picture::CheckedFrame& frame);
     void xCheckFreeSpace();
     void xBegin(const Kind& kind, const KVFrame& frame);

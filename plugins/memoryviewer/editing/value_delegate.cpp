@@ -17,7 +17,7 @@ namespace {
 
 constexpr qreal a_markStrength = 0.25;
 
-/** What stood in the field when it was opened, kept with the field. */
+/** The editor's initial text and value, stored with the editor. */
 struct Beginning {
     KVValue fValue;
     QString fText;
@@ -68,7 +68,7 @@ QColor colourOf(ValueMark mark, const QPalette& palette) {
     }
 }
 
-/** A pencil that points to the lower left. */
+/** Draws a pencil that points to the lower left. */
 QPixmap pencil(const QColor& colour, int size, qreal ratio) {
     QPixmap picture(QSize(size, size) * ratio);
     picture.setDevicePixelRatio(ratio);
@@ -121,14 +121,14 @@ QWidget* ValueDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem
     return editor;
 }
 
-/** Nothing: the view asks for this whenever the value changes, and the user's text stays. */
+/** Does nothing: the view calls this whenever the value changes, and the user's text must stay. */
 void ValueDelegate::setEditorData(QWidget* /*editor*/, const QModelIndex& /*index*/) const {
 }
 
 void ValueDelegate::setModelData(QWidget* editor, QAbstractItemModel* /*model*/,
                                  const QModelIndex& index) const {
     const Beginning beginning = beginningOf(editor);
-    // A field that was only looked at must not write, least of all an old value.
+    // An editor whose text was not changed must not write, least of all an outdated value.
     if (textIn(editor) == beginning.fText) {
         return;
     }
@@ -183,7 +183,7 @@ void ValueDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIn
     }
 }
 
-/** Drawn once for all cells of the same look. */
+/** Drawn once for all cells with the same look. */
 const QIcon& ValueDelegate::xPencil(const QPalette& palette, int size, qreal ratio) const {
     const QColor colour = obvista::dimmedText(palette);
     const QColor& chosen = palette.color(QPalette::HighlightedText);

@@ -32,7 +32,7 @@ Entry readBool(const QString& text) {
     return refused(translate("Enter true or false."));
 }
 
-/** Whether it is a number but for its size. */
+/** Returns true if it is an integer of any size. */
 bool isWholeNumber(const QString& text) {
     const bool hasSign = text.startsWith(QLatin1Char('-')) || text.startsWith(QLatin1Char('+'));
     const QString digits = text.mid(hasSign ? 1 : 0);

@@ -83,7 +83,7 @@ void WriteQueue::xRun() {
     }
 }
 
-/** @param refusal empty when the robot has accepted */
+/** @param refusal empty if the robot has accepted the value */
 void WriteQueue::xFinish(const Job& job, const QString& refusal) {
     --fPending;
     const bool isAccepted = refusal.isEmpty();

@@ -22,7 +22,7 @@ QString translated(const char* text) {
     return QCoreApplication::translate("memoryviewer::FilterExpression", text);
 }
 
-/** The text at its spaces, but not at those between quotes. */
+/** Splits the text at spaces outside of quotes. */
 QStringList splitTerms(const QString& text) {
     QStringList terms;
     QString term;
@@ -46,7 +46,7 @@ constexpr char lowerCase(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-/** Of ASCII letters only, so that a word can be looked for in the bytes of a name. */
+/** Only converts ASCII letters, so that a word can be searched for in the bytes of a name. */
 std::string lowerCase(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(), [](char c) { return lowerCase(c); });
     return text;
@@ -115,7 +115,7 @@ void FilterExpression::xAdd(QString text) {
 
 void FilterExpression::xAddPattern(Term term, const QString& pattern) {
     if (pattern.isEmpty()) {
-        return;  // still being typed
+        return;  // the term is still being typed
     }
     term.fKind = Term::Kind::Pattern;
     term.fPattern.setPattern(pattern);

@@ -10,7 +10,7 @@ namespace memoryviewer {
 
 namespace {
 
-/** Milliseconds for which the answer to a write is seen. */
+/** Milliseconds for which the answer to a write is shown. */
 constexpr int a_acceptedTime = 2000;
 constexpr int a_refusedTime = 10000;
 
@@ -61,7 +61,7 @@ ValueLook KeyValueSource::look(const QModelIndex& index) const {
     if (mark == ValueMark::None) {
         return {fKeys->isMarked(*key) ? ValueMark::Changed : ValueMark::None, {}};
     }
-    // The robot says that it has taken a value over before it sends it.
+    // The robot confirms a write before it sends the new value.
     const bool isAwaited = mark == ValueMark::Accepted && key->fValue == write->fBefore;
     return mark == ValueMark::Pending || isAwaited
                ? ValueLook{mark, obvista::valueText(write->fValue)}

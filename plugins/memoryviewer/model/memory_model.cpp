@@ -14,7 +14,7 @@ namespace memoryviewer {
 
 namespace {
 
-/** Rows of one parent, to be told in one signal. */
+/** Rows of one parent to be reported by one signal. */
 struct RowRun {
     MemoryNode* fParent;
     int fFirst;
@@ -22,8 +22,8 @@ struct RowRun {
 };
 
 /**
- * Walks nodes that are sorted by parent and row as runs of neighbours, and calls
- * `use(first, last)` with the positions of each.
+ * Groups nodes that are sorted by parent and row into runs of neighbours, and calls `use(first,
+ * last)` with the positions of each run.
  */
 template <class Container, class NodeOf, class Use>
 void forEachRun(const Container& sorted, NodeOf nodeOf, Use use) {
@@ -90,7 +90,7 @@ void MemoryModel::rearrange() {
     Q_EMIT layoutChanged();
 }
 
-/** The row of the same key, or else of the same branch, in the present arrangement. */
+/** Returns the row of the same key, or of the same branch, in the current arrangement. */
 QModelIndex MemoryModel::xCounterpart(const QModelIndex& index) const {
     const auto* node = static_cast<const MemoryNode*>(index.internalPointer());
     if (node->fKey != nullptr) {
@@ -121,7 +121,7 @@ void MemoryModel::xAddKeys(const std::vector<const MemoryKey*>& keys) {
     xMerge(*fRoot, *fresh);
 }
 
-/** A robot may add keys one by one, and an arrangement takes some milliseconds. */
+/** Delayed, since a robot may add keys one by one, and rearranging takes some milliseconds. */
 void MemoryModel::xRearrangeSoon() {
     constexpr int delay = 250;
     if (!fRearrangeTimer.isActive()) {
@@ -143,7 +143,8 @@ void MemoryModel::xRemoveKeys(const std::vector<const MemoryKey*>& keys) {
         fNodes.erase(found);
         node->fKey = nullptr;
         branches.push_back({node, AgeColumn});
-        // The node goes when nothing is left below it, and its parent when it was the last there.
+        // A node is removed when nothing is left below it, and so is its parent if it was the last
+        // child.
         for (; node != fRoot.get() && node->fKey == nullptr &&
                emptyChildren[node] == node->childCount();
              node = node->parent()) {
@@ -249,9 +250,9 @@ QModelIndex MemoryModel::xIndex(const MemoryNode& node, int column) const {
                                 : createIndex(node.row(), column, const_cast<MemoryNode*>(&node));
 }
 
-/** Takes the children of `source`, in the same order as those of `target`, into `target`. */
+/** Moves the children of `source`, sorted like those of `target`, into `target`. */
 void MemoryModel::xMerge(MemoryNode& target, MemoryNode& source) {
-    // From the back, so that what is still to come keeps its rows in both.
+    // From the end, so that the remaining children keep their rows in both.
     auto end = static_cast<std::size_t>(source.childCount());
     while (end > 0) {
         MemoryNode& last = source.child(end - 1);
@@ -308,7 +309,7 @@ void MemoryModel::xRemoveRows(std::vector<MemoryNode*> nodes) {
         [&](std::size_t first, std::size_t last) {
             runs.push_back({nodes[first]->parent(), nodes[first]->row(), nodes[last]->row()});
         });
-    // From the back, so that the runs still to be removed keep their rows.
+    // From the end, so that the remaining runs keep their rows.
     for (auto run = runs.rbegin(); run != runs.rend(); ++run) {
         beginRemoveRows(xIndex(*run->fParent, NameColumn), run->fFirst, run->fLast);
         run->fParent->removeChildren(static_cast<std::size_t>(run->fFirst),

@@ -100,7 +100,10 @@ void MemoryNode::removeChildren(std::size_t first, std::size_t last) {
     xRenumber(first);
 }
 
-/** The child for the next segment of a path; the paths come sorted, so it is the last or new. */
+/**
+ * Returns the child for the next segment of a path. Paths are sorted, so it is the last child or a
+ * new one.
+ */
 MemoryNode& MemoryNode::xDescend(const std::string& segment, bool isLast) {
     MemoryNode* last = fChildren.empty() ? nullptr : fChildren.back().get();
     if (last != nullptr && last->fSegment == segment && !(isLast && last->fKey)) {

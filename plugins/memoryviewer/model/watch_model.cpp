@@ -180,15 +180,16 @@ QVariant WatchModel::headerData(int section, Qt::Orientation orientation, int ro
 Qt::ItemFlags WatchModel::flags(const QModelIndex& index) const {
     const Qt::ItemFlags flags = QAbstractTableModel::flags(index);
     if (!index.isValid()) {
-        return flags | Qt::ItemIsDropEnabled;  // between the rows, not onto one
+        return flags | Qt::ItemIsDropEnabled;  // between the rows, not on one
     }
     const MemoryKey* key = keyOf(index);
     return flags | Qt::ItemNeverHasChildren |
            (key != nullptr ? keyCellFlags(*key, index.column()) : Qt::ItemIsDragEnabled);
 }
 
-/** No moves: the drop itself has moved what was dragged within the list, and a view would remove
- *  it once more. */
+/**
+ * No moves: the drop moves dragged rows within the list, and a view would then remove them again.
+ */
 Qt::DropActions WatchModel::supportedDragActions() const {
     return Qt::CopyAction;
 }

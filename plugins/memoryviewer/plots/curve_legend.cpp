@@ -193,7 +193,7 @@ void CurveLegend::contextMenuEvent(QContextMenuEvent* event) {
     Q_EMIT contextMenuRequested(isByMouse ? event->globalPos() : viewport()->mapToGlobal(middle));
 }
 
-/** The pictures are of another scale or palette's. */
+/** Redraws the pictures for another scale or palette. */
 void CurveLegend::changeEvent(QEvent* event) {
     QTreeWidget::changeEvent(event);
     if (event->type() == QEvent::FontChange) {

@@ -12,7 +12,7 @@ namespace memoryviewer {
 namespace {
 
 constexpr int a_dataFrameTime = 40;
-/** A hand sees more. */
+/** For interaction, where more frames are noticeable. */
 constexpr int a_handFrameTime = 16;
 constexpr int a_idleTime = 250;
 
@@ -54,7 +54,7 @@ void FramePacer::xOnFrame() {
     fIsStale = false;
 }
 
-/** Also finds out that the widget can be seen again, which no event tells in a minimised window. */
+/** Also detects that the widget is visible again, which no event reports for a minimised window. */
 void FramePacer::xOnIdle() {
     if (!canBeSeen()) {
         return;

@@ -28,7 +28,7 @@ std::vector<LegendEntry> PlotChoice::entriesOf(const PlotView& plot) const {
     return entries;
 }
 
-/** Does something to the choice, and what follows from it. */
+/** Changes the selection and updates everything that depends on it. */
 void PlotChoice::xChange(const std::function<void()>& change) {
     const QStringList before = fKeys.names();
     change();
@@ -54,7 +54,9 @@ bool PlotChoice::addKey(const QString& name, const QString& unit, CurveShape sha
     return isPlotted;
 }
 
-/** @return the handle of a key, newly made when it is not plotted; -1 when there are too many */
+/**
+ * @return the handle of a key, which is added if it is not plotted yet; -1 if there are too many
+ */
 int PlotChoice::xKeyFor(const QString& name, const QString& unit, CurveShape shape) {
     const int known = fKeys.find(name);
     if (known >= 0 || fKeys.isFull()) {
@@ -70,7 +72,7 @@ void PlotChoice::xApplyPen(PlotView& plot, int key) {
     plot.setCurve(key, description.fShape, curvePen(description.fColour, fPlots->palette()));
 }
 
-/** For what became known of keys, or on another palette. */
+/** Called for new metadata of keys, or another palette. */
 void PlotChoice::xApplyPens() {
     for (PlotView* plot : fPlots->plots()) {
         for (const int key : std::vector<int>(plot->keys())) {
@@ -84,7 +86,7 @@ void PlotChoice::addPlot() {
     xChange([this] { xAddPlot(); });
 }
 
-/** To be called in xChange(). @return whether there is a new plot */
+/** Called in xChange(). @return true if there is a new plot */
 bool PlotChoice::xAddPlot() {
     if (fPlots->isFull()) {
         Q_EMIT said(tr("No more than %1 plots are shown at a time.").arg(PlotStack::a_most));
@@ -107,7 +109,7 @@ void PlotChoice::removeKey(const QString& name) {
     });
 }
 
-/** To be called in xChange(). */
+/** Called in xChange(). */
 void PlotChoice::xRemoveKey(std::size_t plot, int key) {
     PlotView& view = fPlots->plot(plot);
     if (view.contains(key)) {
@@ -182,13 +184,13 @@ void PlotChoice::take(const QStringList& names, int toPlot, int fromPlot) {
     }
 }
 
-/** @return whether all are plotted now */
+/** @return true if all are plotted now */
 bool PlotChoice::xTakeNew(const std::vector<PlottedKey>& keys, int toPlot) {
     const bool haveOneUnit = std::all_of(keys.begin(), keys.end(), [&](const PlottedKey& key) {
         return key.fUnit == keys.front().fUnit;
     });
     const auto wanted = toPlot >= 0 ? static_cast<std::size_t>(toPlot) : fPlots->size();
-    // A plot may be asked for by other keys too before it is there.
+    // Several keys may request a plot before it exists.
     std::map<QString, std::size_t> plots;
     for (const PlottedKey& key : keys) {
         const auto known = plots.find(key.fUnit);
@@ -203,7 +205,10 @@ bool PlotChoice::xTakeNew(const std::vector<PlottedKey>& keys, int toPlot) {
     return true;
 }
 
-/** For keys that were chosen with others of other units. One behind the last is a new one. */
+/**
+ * For keys that were selected with others of other units. An index after the last one is a new
+ * plot.
+ */
 std::size_t PlotChoice::xPlotFor(const QString& unit, int toPlot) const {
     const std::size_t count = fPlots->size();
     const auto wanted = static_cast<std::size_t>(toPlot);

@@ -38,7 +38,7 @@ constexpr int a_heightInLines = 30;
 constexpr int a_narrowInCharacters = 90;
 /** Of the legend below the plots: titles, a plot and two curves. */
 constexpr int a_linesBelow = 4;
-/** Milliseconds for which a success is shown. */
+/** Milliseconds for which a success message is shown. */
 constexpr int a_savedTime = 10000;
 
 }  // namespace
@@ -88,7 +88,7 @@ void PlotPanel::xBuild() {
     fMessage->setText(tr(
         "Nothing is plotted yet.\n\nDrag keys with numbers here, or plot them from their menu."));
     fNotice->hide();
-    // A path, which is one long word, must not make the dock wide.
+    // A path, which is one long word, must not widen the dock.
     QSizePolicy policy = fNotice->sizePolicy();
     policy.setHorizontalPolicy(QSizePolicy::Ignored);
     fNotice->setSizePolicy(policy);
@@ -132,7 +132,7 @@ QWidget* PlotPanel::xMakePlotArea() {
     auto* area = new QScrollArea(this);
     area->setWidgetResizable(true);
     area->setFrameShape(QFrame::NoFrame);
-    area->setFocusPolicy(Qt::NoFocus);  // the plots in it have the keyboard
+    area->setFocusPolicy(Qt::NoFocus);  // its plots get the focus
     area->setWidget(fPlots);
     return area;
 }
@@ -317,7 +317,7 @@ void PlotPanel::savePoints(const QString& fileName, bool onlyShown) {
     fSaving->savePoints(fileName, onlyShown);
 }
 
-/** Brings all that depends on the choice of keys and plots up to date. */
+/** Updates everything that depends on the selected keys and plots. */
 void PlotPanel::xShowChoice() {
     std::vector<std::vector<LegendEntry>> legend;
     for (std::size_t i = 0; i < fPlots->size(); ++i) {
@@ -335,7 +335,9 @@ void PlotPanel::xShowChoice() {
     fPacer->schedule(FramePacer::Pace::Hand);
 }
 
-/** Tool bar, plots, legend. By itself a new plot would come after all else in the window. */
+/**
+ * Tool bar, plots, legend. By default a new plot would come after everything else in the window.
+ */
 void PlotPanel::xOrderForKeyboard() {
     QWidget* before = fToolBar->widgetForAction(fToolBar->actions().last());
     for (const PlotView* plot : fPlots->plots()) {
@@ -395,7 +397,7 @@ void PlotPanel::xUpdateStatus() {
     obvista::setStatus(*fStatus, state + obvista::statusSeparator() + points);
 }
 
-/** An answer to something that the user did; it stays until the next one. */
+/** Shows a response to a user's action, until the next one. */
 void PlotPanel::xSay(const QString& text) {
     fSavedTimer.stop();
     fNotice->setText(text);
@@ -419,13 +421,13 @@ void PlotPanel::dragEnterEvent(QDragEnterEvent* event) {
     event->setAccepted(!keysFromMime(event->mimeData()).isEmpty());
 }
 
-/** Beside the plots: a new one. */
+/** Beside the plots: creates a new plot. */
 void PlotPanel::dropEvent(QDropEvent* event) {
     event->acceptProposedAction();
     xTake(keysFromMime(event->mimeData()), -1, event->source());
 }
 
-/** What comes from the legend is moved. */
+/** Keys from the legend are moved. */
 void PlotPanel::xTake(const QStringList& names, int toPlot, const QObject* source) {
     fChoice->take(names, toPlot, source == fLegend ? fLegend->currentPlot() : -1);
 }

@@ -51,7 +51,7 @@ PlotView::PlotView(TimeAxis* time, const PlotHistory* history, QWidget* parent)
     plotLayout()->setAlignCanvasToScales(true);
     for (const int axis : {int(xBottom), int(yLeft)}) {
         axisWidget(axis)->setMargin(0);
-        // Qwt's own fonts are smaller than the user's.
+        // Qwt's default fonts are smaller than the user's.
         setAxisFont(axis, font());
     }
     fGrid->attach(this);
@@ -60,7 +60,7 @@ PlotView::PlotView(TimeAxis* time, const PlotHistory* history, QWidget* parent)
 }
 
 PlotView::~PlotView() {
-    // Qwt would delete what is attached.
+    // Otherwise Qwt deletes the attached items.
     for (const auto& item : fItems) {
         item->detach();
     }
@@ -105,7 +105,7 @@ CurveItem* PlotView::xItem(int key) const {
 }
 
 void PlotView::setUnit(const QString& unit) {
-    // A blank takes the room of a unit, so that all plots begin at the same place.
+    // A blank reserves the space of a unit, so that all plots start at the same position.
     const QString text = obvista::plainText(unit.toStdString(), a_maxUnitLength);
     QwtText title(text.isEmpty() ? QStringLiteral(" ") : text, QwtText::PlainText);
     title.setFont(font());
@@ -207,7 +207,7 @@ void PlotView::resizeEvent(QResizeEvent* event) {
 
 void PlotView::xApplyPalette() {
     if (!fGrid) {
-        return;  // while Qwt builds the plot
+        return;  // while Qwt constructs the plot
     }
     setCanvasBackground(palette().brush(QPalette::Base));
     QColor line = palette().color(QPalette::Text);

@@ -25,7 +25,7 @@ void endRow(std::string& rows, const RecordedKey& key, std::string_view type) {
     rows += a_csvRowEnd;
 }
 
-/** @return whether the whole value was written */
+/** @return true if the whole value was written */
 bool appendValue(std::string& rows, const KVValue& value) {
     switch (value.type()) {
         case KVValue::Type::Nothing:
@@ -45,7 +45,8 @@ bool appendValue(std::string& rows, const KVValue& value) {
             return text.size() <= a_maxCsvValue;
         }
         default: {
-            // In brackets, quotation marks and hexadecimal digits, which are no formula.
+            // Consists of brackets, quotation marks and hexadecimal digits, which are not a
+            // formula.
             const QString text = obvista::exactValueText(value, static_cast<int>(a_maxCsvValue));
             rows += base::csvField(text.toStdString());
             return !text.endsWith(QChar(0x2026));

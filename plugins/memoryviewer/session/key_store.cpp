@@ -11,7 +11,7 @@ namespace memoryviewer {
 
 namespace {
 
-/** Milliseconds for which a changed value is marked. */
+/** Milliseconds for which a changed value is highlighted. */
 constexpr std::int64_t a_markTime = 600;
 
 }  // namespace
@@ -58,7 +58,7 @@ void KeyStore::xSortIn(const std::vector<const MemoryKey*>& fresh) {
 }
 
 void KeyStore::remove(const std::vector<std::uint32_t>& ids) {
-    std::vector<std::unique_ptr<MemoryKey>> kept;  // until everybody has been told
+    std::vector<std::unique_ptr<MemoryKey>> kept;  // until the signals have been delivered
     std::vector<const MemoryKey*> gone;
     for (const std::uint32_t id : ids) {
         const auto found = fKeys.find(id);
@@ -89,7 +89,7 @@ void KeyStore::xEnterName(MemoryKey& key) {
     newest = &key;
 }
 
-/** The key itself still knows its neighbours, so that others see whether it was the newest. */
+/** The key still refers to its neighbours, so that others see whether it was the newest. */
 void KeyStore::xForgetName(MemoryKey& key) {
     if (key.fOlder != nullptr) {
         key.fOlder->fNewer = key.fNewer;
@@ -126,7 +126,7 @@ void KeyStore::change(std::vector<MergedChange> changes, std::int64_t arrival) {
     }
 }
 
-/** A stamp of the future would hide for ever how old all other values are. */
+/** A time stamp in the future would permanently hide the age of all other values. */
 void KeyStore::xSeeNewest(const std::vector<MergedChange>& changes) {
     const std::int64_t now = fClock.now();
     for (const MergedChange& change : changes) {

@@ -16,15 +16,15 @@
 
 namespace memoryviewer {
 
-/** A key whose value is another one than before. */
+/** A key whose value has changed. */
 struct ChangedKey {
     const MemoryKey* fKey = nullptr;
     bool fHasOtherType = false;
 };
 
 /**
- * Every key of a robot's memory once, with its newest value; what the tree, the watch list and the
- * plots show is found here. Used on the GUI thread.
+ * Every key of a robot's memory with its newest value; the tree, the watch list and the plots look
+ * keys up here. Used on the GUI thread.
  */
 class KeyStore : public QObject {
     Q_OBJECT
@@ -33,45 +33,49 @@ class KeyStore : public QObject {
     explicit KeyStore(QObject* parent = nullptr);
     ~KeyStore() override;
 
-    /** Identifiers already known are passed over. */
+    /** Known identifiers are ignored. */
     void add(const std::vector<KVKeyInfo>& keys);
-    /** Unknown ones are passed over. */
+    /** Unknown identifiers are ignored. */
     void remove(const std::vector<std::uint32_t>& ids);
     /**
-     * Takes new values over. Unknown keys are passed over; a value equal to the present one only
-     * brings its time.
+     * Applies new values. Unknown keys are ignored; a value equal to the current one only updates
+     * its time.
      *
-     * @param arrival when they came, by this machine's clock; 0 when that is not known
+     * @param arrival time of their arrival, by this machine's clock; 0 if unknown
      */
     void change(std::vector<MergedChange> changes, std::int64_t arrival = 0);
 
-    /** Sets how often the robot is asked for each key, updates a second; 0 for all others. Cheap
-     *  when that is what it was. */
+    /**
+     * Sets the subscribed rate of each key in updates a second; 0 for all others. Cheap if it has
+     * not changed.
+     */
     void setUpdateRates(const SubscriptionPlan& plan, double fastRate, double slowRate);
-    /** Brings rates up to date; to be called about once a second. */
+    /** Updates rates; called about once a second. */
     void endTurn();
 
     std::size_t size() const { return fKeys.size(); }
-    /** A key lives until it is removed. Null when there is none. */
+    /** Returns a key, which lives until it is removed; null if there is none. */
     const MemoryKey* find(std::uint32_t id) const;
-    /** A robot may announce one name twice; then it is the key that came last of those it has. */
+    /** Returns the key of a name, the newest one if the robot announces a name twice. */
     const MemoryKey* find(const std::string& name) const;
-    /** All keys in the order of their paths. */
+    /** Returns all keys in the order of their paths. */
     const std::vector<const MemoryKey*>& sorted() const { return fSorted; }
-    /** That order. */
+    /** Compares keys in that order. */
     static bool isBefore(const MemoryKey* left, const MemoryKey* right);
 
-    /** The robot's clock as it can be seen from here. */
+    /** Returns the robot's clock as estimated from here. */
     const RobotClock& clock() const { return fClock; }
-    /** When the newest of all values was set, by the robot's clock; 0 before there is one. */
+    /**
+     * Returns the time stamp of the newest of all values, by the robot's clock; 0 if there is none.
+     */
     std::int64_t newestTime() const { return fNewestTime; }
-    /** Whether the key has changed just now. */
+    /** Returns true if the key has just changed. */
     bool isMarked(const MemoryKey& key) const { return key.fMarkedUntil > fSinceStart.elapsed(); }
 
   Q_SIGNALS:
     /** In the order of their paths. */
     void added(const std::vector<const memoryviewer::MemoryKey*>& keys);
-    /** The keys go when this returns. */
+    /** Emitted before the keys are destroyed. */
     void aboutToRemove(const std::vector<const memoryviewer::MemoryKey*>& keys);
     void changed(const std::vector<memoryviewer::ChangedKey>& keys);
 
@@ -82,7 +86,7 @@ class KeyStore : public QObject {
     void xSeeNewest(const std::vector<MergedChange>& changes);
     bool xTakeOver(MemoryKey& key, MergedChange& change);
     void xSetUpdateRate(const std::vector<std::uint32_t>& ids, double updatesPerSecond);
-    /** By a clock that is never set, microseconds. */
+    /** Returns the time of a monotonic clock in microseconds. */
     std::int64_t xSteadyNow() const;
 
     std::unordered_map<std::uint32_t, std::unique_ptr<MemoryKey>> fKeys;

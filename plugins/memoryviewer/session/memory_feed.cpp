@@ -51,8 +51,8 @@ void MemoryFeed::keysRemoved(const std::vector<std::uint32_t>& ids) {
     const std::lock_guard<std::mutex> lock(fMutex);
     for (const std::uint32_t id : ids) {
         fPending.fChanged.erase(id);
-        // An identifier is never used again, so a key that came and went since the last take()
-        // need not be told at all.
+        // Identifiers are never reused, so a key that was added and removed since the last take()
+        // need not be reported.
         if (fPending.fAdded.erase(id) == 0) {
             fPending.fBatch.fRemoved.push_back(id);
         }
@@ -74,14 +74,14 @@ void MemoryFeed::valuesChanged(const std::vector<KVChange>& changes) {
     xNotify();
 }
 
-/** To be called with the lock held. */
+/** Called with the lock held. */
 void MemoryFeed::xMerge(const KVChange& change) {
     const auto [slot, isFirst] = fPending.fChanged.try_emplace(change.fId, change);
     if (isFirst) {
         return;
     }
     MergedChange& merged = slot->second;
-    // One change can come twice, when a key is subscribed to at two rates.
+    // A change can arrive twice, if a key is subscribed at two rates.
     merged.fTimes.add(change.fTime);
     merged.fNewest = change;
 }
@@ -95,7 +95,7 @@ void MemoryFeed::ended(const KVError& error) {
     }
 }
 
-/** To be called with the lock held. */
+/** Called with the lock held. */
 void MemoryFeed::xNotify() {
     if (!fHasSomething) {
         fHasSomething = true;

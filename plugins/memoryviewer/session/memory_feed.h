@@ -17,14 +17,14 @@
 
 namespace memoryviewer {
 
-/** What has come since the last MemoryFeed::take(), merged. */
+/** Everything received since the last MemoryFeed::take(), merged. */
 struct MemoryBatch {
-    bool fHasTable = false;               ///< the table of keys, or some of it, has arrived
-    std::vector<std::uint32_t> fRemoved;  ///< to be applied before fAdded
+    bool fHasTable = false;               ///< the table of keys, or a part of it, has arrived
+    std::vector<std::uint32_t> fRemoved;  ///< apply before fAdded
     std::vector<KVKeyInfo> fAdded;        ///< in no particular order
-    std::vector<MergedChange> fChanged;   ///< the newest value of each key, to be applied last
+    std::vector<MergedChange> fChanged;   ///< the newest value of each key; apply last
     std::vector<KVChange> fEveryChange;   ///< of the keys chosen with keepEveryChangeOf()
-    std::size_t fUpdates = 0;             ///< values received, those merged away included
+    std::size_t fUpdates = 0;             ///< values received, including merged ones
     std::int64_t fArrival = 0;  ///< of the last of them, microseconds since 1970 by our clock
     std::optional<std::string> fRefusal;  ///< why the robot gives no values
 };
@@ -44,7 +44,7 @@ class MemoryFeed : public KVSubscription::Listener {
 
     MemoryBatch take();
 
-    /** Keys of which every change is wanted, for a plot or a recording. */
+    /** Sets the keys of which every change is needed, for a plot or a recording. */
     void keepEveryChangeOf(std::unordered_set<std::uint32_t> ids);
 
     void keysAdded(const std::vector<KVKeyInfo>& keys) override;
@@ -54,7 +54,7 @@ class MemoryFeed : public KVSubscription::Listener {
 
   private:
     struct Pending {
-        MemoryBatch fBatch;  // but for its fAdded and fChanged, which are merged below
+        MemoryBatch fBatch;  // except for fAdded and fChanged, which are merged below
         std::unordered_map<std::uint32_t, KVKeyInfo> fAdded;
         std::unordered_map<std::uint32_t, MergedChange> fChanged;
     };

@@ -15,7 +15,7 @@ char lowerCase(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-/** A run of digits without its leading zeros; moves `at` behind it. */
+/** Returns a run of digits without leading zeros; moves `at` after it. */
 std::pair<std::size_t, std::size_t> takeNumber(const std::string& text, std::size_t& at) {
     while (at < text.size() && text[at] == '0') {
         ++at;
@@ -27,7 +27,9 @@ std::pair<std::size_t, std::size_t> takeNumber(const std::string& text, std::siz
     return {begin, at - begin};
 }
 
-/** Below, at or above 0 like the order of the two numbers that begin at the positions. */
+/**
+ * Returns a number below, at or above 0 according to the order of the two numbers at the positions.
+ */
 int compareNumbers(const std::string& left, std::size_t& leftAt, const std::string& right,
                    std::size_t& rightAt) {
     const auto [leftBegin, leftSize] = takeNumber(left, leftAt);

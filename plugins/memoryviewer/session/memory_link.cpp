@@ -9,7 +9,7 @@ namespace memoryviewer {
 namespace {
 
 constexpr char a_module[] = "KVMemory";
-/** Updates a second until the user's choice is known. */
+/** Updates a second until the user's rate is known. */
 constexpr int a_firstRate = 10;
 constexpr int a_writeTimeOut = 3;
 

@@ -16,17 +16,19 @@ namespace memoryviewer {
 
 class ValueWriter;
 
-/** One viewer's connection to one robot, the subscription to its memory, and the feed that they
- *  fill: only that is used from the library's threads too. */
+/**
+ * A viewer's connection to one robot, the subscription to its memory, and the feed that receives
+ * its values; only the feed is also used on the library's threads.
+ */
 class MemoryLink : public obvista::RobotLink {
   public:
-    /** Updates a second of the slow keys of a plan. */
+    /** Updates a second of a plan's slow keys. */
     static constexpr double a_slowRate = 1;
 
     /**
-     * Connects and subscribes; waits for the robot's answer, not for its keys.
+     * Connects and subscribes; waits for the connection, not for the keys.
      *
-     * @throws KVError when the robot cannot be reached within the time-out
+     * @throws KVError if the robot cannot be reached within the time-out
      */
     MemoryLink(const boost::shared_ptr<KVBroker>& broker, const std::string& ip, int port,
                double timeOut);
@@ -35,24 +37,23 @@ class MemoryLink : public obvista::RobotLink {
     MemoryFeed& feed() { return fFeed; }
 
     /**
-     * Asks the robot for other keys, or at another rate. Does not wait; does nothing when the link
-     * is closed.
+     * Changes the subscribed keys and rate. Does not wait; does nothing if the link is closed.
      *
-     * @param rate of the fast ones, updates a second
+     * @param rate of the fast keys, updates a second
      */
     void subscribe(const SubscriptionPlan& plan, int rate);
 
-    /** Seconds that a question to the robot takes; negative when that is not known. */
+    /** Returns the round trip to the robot in seconds; negative if unknown. */
     double roundTrip() const;
 
-    /** What writes values to this robot, over a connection of its own. */
+    /** Returns a writer of values to this robot, over a separate connection. */
     std::unique_ptr<ValueWriter> makeWriter() const;
 
   protected:
     void stop() override;
 
   private:
-    /** Passes the values on that come once a second; of the keys it has heard already. */
+    /** Passes on the values that arrive once a second; the feed already has the keys. */
     class SlowListener : public KVSubscription::Listener {
       public:
         explicit SlowListener(MemoryFeed& feed) : fFeed(feed) {}

@@ -14,7 +14,7 @@ namespace memoryviewer {
 
 namespace {
 
-/** Microseconds for which a value is drawn as held where a curve begins. */
+/** Microseconds for which a value is drawn as constant at the start of a curve. */
 constexpr std::int64_t a_heldAtFirst = 1'000'000;
 
 CurveShape shapeOf(const MemoryKey& key) {
@@ -27,7 +27,7 @@ bool hasNumbers(const MemoryKey* key) {
             key->type() == KVValue::Type::Bool);
 }
 
-/** Not-a-number, which makes a gap, for what is no number. */
+/** Returns the number, or NaN, which makes a gap, for other values. */
 double numberOf(const KVValue& value) {
     switch (value.type()) {
         case KVValue::Type::Bool:
@@ -57,7 +57,7 @@ void KeyCurves::plot(const QStringList& names, Place place) {
     fPlots->addCurves(plottable, place == Place::NewPlot);
 }
 
-/** Some of them may be restored ones, of which the plots know what was saved. */
+/** Some may be restored, with the saved metadata. */
 void KeyCurves::xOnPlottedKeysChanged() {
     for (const QString& name : fPlots->plottedKeys()) {
         if (const MemoryKey* key = fKeys->find(name.toStdString())) {
@@ -95,8 +95,8 @@ void KeyCurves::append(const std::vector<KVChange>& changes) {
 }
 
 /**
- * A curve begins, or goes on after a gap, with the value that the key has by then. It may have had
- * it for hours, to which the plots are not to go back.
+ * A curve starts, or continues after a gap, with the key's current value. The value may be hours
+ * old, but the plots must not go back that far.
  */
 void KeyCurves::xAddSample(std::vector<PlotSample>& samples, const MemoryKey& key,
                            std::int64_t time, const KVValue& value) const {

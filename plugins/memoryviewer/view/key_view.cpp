@@ -16,7 +16,7 @@ namespace memoryviewer {
 
 namespace {
 
-/** Most characters that are copied of one value, and at once. */
+/** Maximum number of characters copied of one value, and in total. */
 constexpr int a_maxCopiedValue = 1000000;
 constexpr int a_maxCopied = 4000000;
 
@@ -65,7 +65,7 @@ void KeyView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomR
 
 QModelIndexList KeyView::chosenRows() const {
     const QModelIndexList rows = selectionModel()->selectedRows(NameColumn);
-    // The place of a row is searched for, so each is asked only once.
+    // Determining the position of a row is a search, so each is determined once.
     std::vector<std::pair<int, QModelIndex>> placed;
     placed.reserve(static_cast<std::size_t>(rows.size()));
     for (const QModelIndex& row : rows) {

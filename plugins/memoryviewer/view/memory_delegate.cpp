@@ -8,7 +8,7 @@ namespace memoryviewer {
 
 namespace {
 
-/** Added to a row's height, in parts of the height of its text. */
+/** Extra height of a row, as a fraction of the text's height. */
 constexpr int a_paddingDivisor = 4;
 }  // namespace
 

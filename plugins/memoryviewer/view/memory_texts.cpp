@@ -13,12 +13,12 @@ namespace memoryviewer {
 
 namespace {
 
-/** Seconds without any value after which it is said. */
+/** Seconds without a value after which the status line reports it. */
 constexpr double a_longQuiet = 3;
 constexpr int a_maxFilterLength = 80;
 constexpr double a_millisecondsInSecond = 1000;
 
-// The context under which these texts stood before they left the widget.
+// The context of these texts from before they were moved out of the widget.
 QString translated(const char* text) {
     return QCoreApplication::translate("memoryviewer::MemoryViewerWidget", text);
 }

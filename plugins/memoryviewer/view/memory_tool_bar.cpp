@@ -129,7 +129,7 @@ bool MemoryToolBar::isPaused() const {
     return fPause->isChecked();
 }
 
-/** From the filter, keys lead to what it shows, or end it. */
+/** In the filter, keys move to the matching rows, or clear it. */
 bool MemoryToolBar::eventFilter(QObject* object, QEvent* event) {
     if (object != fFilter || event->type() != QEvent::KeyPress) {
         return QWidget::eventFilter(object, event);

@@ -43,10 +43,12 @@ namespace memoryviewer {
 
 namespace {
 
-/** Milliseconds between two looks at the feed: more often than the eye follows, and a bound on how
- *  much of the GUI thread a fast robot can take. */
+/**
+ * Period in milliseconds of reading the feed: shorter than the eye can follow, and a limit on the
+ * GUI thread's time for a fast robot.
+ */
 constexpr int a_frameTime = 40;
-/** Between two looks at what can be seen, and two steps of ages and marks. */
+/** Period of checking visibility, and of updating ages and highlights. */
 constexpr int a_tickTime = 200;
 constexpr int a_secondTime = 1000;
 constexpr qint64 a_refusalTime = 10000;
@@ -54,7 +56,7 @@ constexpr int a_maxKeyNameLength = 60;
 constexpr int a_widthInCharacters = 120;
 constexpr int a_heightInLines = 44;
 constexpr int a_leastLines = 8;
-/** Between two looks for changes of what is remembered; these have many sources. */
+/** Period of checking for changes of the saved settings, which have many sources. */
 constexpr int a_saveTime = 500;
 const QLatin1String a_columnsKey("columns");
 const QLatin1String a_widthsKey("widths");
@@ -107,7 +109,7 @@ MemoryViewerWidget::MemoryViewerWidget(std::shared_ptr<MemoryLink> link, WidgetI
 
 MemoryViewerWidget::~MemoryViewerWidget() {
     xSave();
-    fWrites.reset();  // what it tells on its way out would find half a widget
+    fWrites.reset();  // its signals would reach a partly destroyed widget
 }
 
 /** Room for the columns and some thirty rows; a docked widget gets its size from here. */
@@ -236,7 +238,10 @@ QVariantMap MemoryViewerWidget::xState() const {
             {a_plotsKey, fPlots->saveState()}};
 }
 
-/** Saves what has changed in this viewer; the rest may be newer in another viewer of the robot. */
+/**
+ * Saves what has changed in this viewer; other settings may be newer in another viewer of the
+ * robot.
+ */
 void MemoryViewerWidget::xSave() {
     const QVariantMap state = xState();
     for (auto each = state.begin(); each != state.end(); ++each) {
@@ -252,7 +257,7 @@ void MemoryViewerWidget::showEvent(QShowEvent* event) {
     fSaveTimer.start(a_saveTime);
 }
 
-/** Nothing changes while it is hidden, and a viewer that is opened next finds what was changed. */
+/** Nothing changes while it is hidden, and a viewer that is opened next loads the changes. */
 void MemoryViewerWidget::hideEvent(QHideEvent* event) {
     ViewerWidget::hideEvent(event);
     fSaveTimer.stop();
@@ -380,7 +385,7 @@ void MemoryViewerWidget::xArrange() {
     xPlan();
 }
 
-/** Less may have passed the filter when it was entered, or remembered, than does now. */
+/** When the filter was entered, or restored, fewer keys may have matched than now. */
 void MemoryViewerWidget::xOpenNewBranches() {
     if (!fModel->arrangement().fFilter.isEmpty()) {
         fTree->openNewBranches();
@@ -426,7 +431,7 @@ void MemoryViewerWidget::xPlan() {
     fSubscriber->subscribe(xNeeds(), fToolBar->rate());
 }
 
-/** When new rows have found their place on the screen. */
+/** Called when new rows have their position on the screen. */
 void MemoryViewerWidget::xPlanSoon() {
     QMetaObject::invokeMethod(
         this, [this] { xPlan(); }, Qt::QueuedConnection);
@@ -464,7 +469,7 @@ std::vector<std::uint32_t> MemoryViewerWidget::xIdsOf(const QStringList& names) 
     return ids;
 }
 
-/** What is watched and plotted is recorded, or, when nothing is, every key. */
+/** Returns the watched and plotted keys or, if there are none, every key. */
 std::vector<std::uint32_t> MemoryViewerWidget::xRecordedIds() const {
     if (!fRecorder->isRecording()) {
         return {};
@@ -500,7 +505,7 @@ void MemoryViewerWidget::xUpdateTexts() {
     obvista::setStatus(*fStatus, statusFor(fSituation));
 }
 
-/** Of the newest value, in seconds; negative when there is none. */
+/** Returns the age of the newest value in seconds; negative if there is none. */
 double MemoryViewerWidget::xAge() const {
     const std::int64_t newest = fKeys->newestTime();
     const std::int64_t age = fKeys->clock().now() - newest;

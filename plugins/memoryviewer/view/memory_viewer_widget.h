@@ -45,9 +45,8 @@ class WriteQueue;
 struct MemoryBatch;
 
 /**
- * Shows the memory of one robot as it changes: the keys as a tree or list, plots, a recording, and
- * writes values that the user enters. Asks the robot only for the keys that are needed for what can
- * be seen. When the link is closed it says so.
+ * Shows a robot's live memory: the keys as a tree or list, plots and a recording; writes values
+ * that the user enters. Subscribes only to the keys that are needed. Shows when the link is closed.
  */
 class MemoryViewerWidget : public obvista::ViewerWidget {
     Q_OBJECT

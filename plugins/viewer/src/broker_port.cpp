@@ -12,7 +12,7 @@ boost::shared_ptr<KVBroker> createBroker(const std::string& name, int port) {
     return KVBroker::createBroker(name, "127.0.0.1", port, "", 0, 0, "", true);
 }
 
-/** Listening is the only test of a port that nobody can overtake. */
+/** Listening is the only test of a port without a race condition. */
 boost::shared_ptr<KVBroker> createBrokerOnFirstFreePort(const std::string& name) {
     for (int port = a_firstBrokerPort; port <= a_lastBrokerPort; ++port) {
         try {

@@ -7,7 +7,7 @@
 
 namespace obvista {
 
-/** The list of a viewer's keys that F1 opens. */
+/** The list of a viewer's keys, opened by F1. */
 class KeyList : public QDialog {
     Q_OBJECT
 

@@ -11,7 +11,7 @@ namespace obvista {
 
 namespace {
 
-/** A line that shows by an ellipsis that there is more of it. */
+/** A line that is cut with an ellipsis. */
 class StatusLine : public QLabel {
   public:
     using QLabel::QLabel;
@@ -32,7 +32,7 @@ class StatusLine : public QLabel {
     }
 };
 
-/** A label that wraps, and only ever grows while its width is the same. */
+/** A label that wraps, and whose height only increases while its width is constant. */
 class StatusLines : public QLabel {
   public:
     using QLabel::QLabel;
@@ -40,7 +40,7 @@ class StatusLines : public QLabel {
     int heightForWidth(int width) const override {
         const int height = QLabel::heightForWidth(width);
         if (width != this->width()) {
-            return height;  // the layout is only asking
+            return height;  // only a query of the layout
         }
         fHeight = std::max(fHeight, height);
         return fHeight;
@@ -55,7 +55,7 @@ class StatusLines : public QLabel {
     }
 
     void changeEvent(QEvent* event) override {
-        fHeight = 0;  // other letters
+        fHeight = 0;  // for another font
         QLabel::changeEvent(event);
     }
 

@@ -8,11 +8,11 @@ namespace obvista {
 
 class RobotLink;
 
-/** Links that others hold. Used on the GUI thread. */
+/** A list of links that others own. Used on the GUI thread. */
 class LinkList {
   public:
     void add(const std::shared_ptr<RobotLink>& link);
-    /** Those that are still held. */
+    /** Returns those that still exist. */
     std::vector<std::shared_ptr<RobotLink>> links() const;
 
   private:

@@ -23,7 +23,7 @@ void BoundedText::appendSafely(const std::string& utf8, Quotes quotes) {
     if (fIsFull) {
         return;
     }
-    // No character of UTF-16 takes more than three bytes of UTF-8, so this many bytes fill a line.
+    // A UTF-16 unit takes at most three bytes of UTF-8, so this many bytes fill a line.
     const std::size_t enough = 3 * (static_cast<std::size_t>(fMaxLength) + 2);
     append(QString::fromStdString(base::reversibleLine(
         base::beginning(utf8, enough),

@@ -51,7 +51,7 @@ void RobotHeader::xApplyFont() {
     xFit();
 }
 
-/** The address gives way to the name. */
+/** Hides the address if the name needs its space. */
 void RobotHeader::xFit() {
     const QMargins margins = layout()->contentsMargins();
     const int name = fName->fontMetrics().horizontalAdvance(fName->text()) + 2 * fName->margin();

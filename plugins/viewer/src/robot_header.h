@@ -7,8 +7,10 @@ class QLabel;
 
 namespace obvista {
 
-/** The robot's name in large letters, and its address where there is room for it: the docks of one
- *  plugin have the same title whatever robot they show. */
+/**
+ * The robot's name in large letters, and its address if there is room: the docks of one plugin have
+ * the same title for every robot.
+ */
 class RobotHeader : public QWidget {
     Q_OBJECT
 

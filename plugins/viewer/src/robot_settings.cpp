@@ -25,7 +25,7 @@ void RobotSettings::setValue(const QString& name, const QVariant& value) {
 
 QString RobotSettings::level(const std::string& text) {
     if (text.empty()) {
-        return QStringLiteral("%");  // which no text is encoded as
+        return QStringLiteral("%");  // not the encoding of any text
     }
     const QByteArray bytes = QByteArray::fromStdString(text);
     const QByteArray encoded = bytes.toPercentEncoding(QByteArray(), ".");

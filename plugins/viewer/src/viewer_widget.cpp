@@ -64,7 +64,7 @@ QString ViewerWidget::robotAddress() const {
 }
 
 bool ViewerWidget::eventFilter(QObject* watched, QEvent* event) {
-    // Asked in this order: a dock that is being destroyed, and sends other events, is no dock now.
+    // In this order: a dock that is being destroyed, and sends other events, is no longer a dock.
     if (event->type() == QEvent::Close && watched == fDock) {
         xOnDockAskedToClose();
     }
@@ -78,8 +78,10 @@ void ViewerWidget::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
 }
 
-/** Not by a focus proxy: Tab from the last control would lead to the viewer, and so into the middle
- *  of the ring, or to the keyboard's loss while the part is hidden. */
+/**
+ * Not a focus proxy: Tab from the last control would lead to the viewer, and so into the middle of
+ * the tab order, or lose the focus while the part is hidden.
+ */
 void ViewerWidget::focusInEvent(QFocusEvent* event) {
     if (fMainPart && fMainPart->isVisible()) {
         fMainPart->setFocus(event->reason());
@@ -162,8 +164,8 @@ void ViewerWidget::xFollowDock() {
 }
 
 /**
- * The dock's close event comes before the dock has decided on it. From here on no loss is reported;
- * the next turn of the event loop sees what became of the dock.
+ * The dock's close event arrives before the dock has decided on it. From here on no loss is
+ * reported; the next turn of the event loop checks whether the dock was closed.
  */
 void ViewerWidget::xOnDockAskedToClose() {
     fIsDockClosing = true;
@@ -192,12 +194,12 @@ void ViewerWidget::xAddShortcut(const QKeySequence& keys, void (ViewerWidget::*s
 
 void ViewerWidget::xCloseDock() {
     if (fDock && fDock->features().testFlag(QDockWidget::DockWidgetClosable)) {
-        // Queued, since whoever hears of it may delete the shortcut.
+        // Queued, since a receiver may delete the shortcut.
         QMetaObject::invokeMethod(fDock, &QWidget::close, Qt::QueuedConnection);
     }
 }
 
-/** The focus stays where it is, in what is another window then. */
+/** Keeps the focus, which is then in another window. */
 void ViewerWidget::xFloatDock() {
     if (!fDock || !fDock->features().testFlag(QDockWidget::DockWidgetFloatable)) {
         return;

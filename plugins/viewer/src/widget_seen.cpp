@@ -8,7 +8,7 @@ namespace obvista {
 bool isSeen(const QWidget& widget) {
     const QWidget* top = widget.window();
     const QWindow* window = top->windowHandle();
-    // A dock behind a tab is visible to Qt, but lies outside of its window.
+    // For Qt a dock in a background tab is visible, but lies outside of its window.
     return widget.isVisible() && !top->isMinimized() && window != nullptr && window->isExposed() &&
            !widget.visibleRegion().isEmpty();
 }

@@ -70,7 +70,7 @@ void WrapLayout::setGeometry(const QRect& rect) {
     }
 }
 
-/** Where each item goes; those of one row stand on one middle. */
+/** Returns the positions of the items; those of one row are vertically centred. */
 std::vector<WrapLayout::Place> WrapLayout::xPlaces(const QRect& rect) const {
     std::vector<Place> places;
     std::size_t rowBegin = 0;

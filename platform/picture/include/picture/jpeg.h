@@ -14,7 +14,7 @@ namespace picture {
 enum class JpegColours {
     Grey,
     Colour,
-    Inks  ///< CMYK or YCCK, made for printers
+    Inks  ///< CMYK or YCCK, for printing
 };
 
 struct JpegHeader {
@@ -29,14 +29,18 @@ struct JpegLibraryEnd {
 /** An instance of the JPEG library. */
 using JpegLibrary = std::unique_ptr<void, JpegLibraryEnd>;
 
-/** Reads JPEGs that come from outside. It keeps its memory between pictures and belongs to one
- *  thread at a time. Its operations throw std::bad_alloc. */
+/**
+ * Decodes untrusted JPEGs. It keeps its memory between pictures and is for one thread at a time.
+ * Its operations throw std::bad_alloc.
+ */
 class JpegReader {
   public:
     JpegReader();
 
-    /** Reads no further than to where the picture begins; nothing when there is no JPEG header
-     *  that this decoder understands. */
+    /**
+     * Reads only up to the beginning of the picture; returns nothing if there is no JPEG header
+     * that this decoder supports.
+     */
     std::optional<JpegHeader> readHeader(const unsigned char* data, std::size_t size);
 
     /**
@@ -59,7 +63,7 @@ class JpegReader {
     JpegLibrary fLibrary;
 };
 
-/** How much of the colours a JPEG keeps. Grey pictures have none. */
+/** Colour resolution of a JPEG. Grey pictures have no colours. */
 enum class JpegDetail {
     Full,    ///< a colour for each pixel (4:4:4)
     Half,    ///< one for two pixels side by side (4:2:2)
@@ -74,7 +78,7 @@ struct JpegFile {
 /** Makes JPEGs. It belongs to one thread at a time. */
 class JpegWriter {
   public:
-    /** Of 100. Differences to the original cannot be seen at this quality. */
+    /** Of 100. Differences from the original are invisible at this quality. */
     static constexpr int a_quality = 95;
 
     /** @throws std::bad_alloc */

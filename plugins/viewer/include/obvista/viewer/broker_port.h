@@ -11,16 +11,16 @@ class KVBroker;
 
 namespace obvista {
 
-/** The port at which the search for a free one begins. */
+/** First port of the search for a free one. */
 constexpr int a_firstBrokerPort = 54010;
 
 /**
- * Opens a viewer's own broker, on the loopback address.
+ * Opens a viewer's broker on the loopback address.
  *
- * @param name under which it is known to its peers
- * @param port 1 to 65535, or 0 for the first free port from a_firstBrokerPort upward, itself
- *             included
- * @throws KVError when the port is out of range or in use, or none is free
+ * @param name shown to its peers
+ * @param port 1 to 65535, or 0 for the first free port from a_firstBrokerPort upward, including
+ *         that one
+ * @throws KVError if the port is out of range or in use, or none is free
  */
 OBVISTA_VIEWER_EXPORT boost::shared_ptr<KVBroker> openBroker(const std::string& name, int port);
 

@@ -8,16 +8,15 @@
 
 namespace obvista {
 
-// Colours beside those of a palette, made of it so that they can be read on its base, dark or
-// light.
+// Colours derived from a palette, readable on its base, dark or light.
 
-/** Text that is plainly second to the rest. */
+/** Returns the colour of secondary text. */
 OBVISTA_VIEWER_EXPORT QColor dimmedText(const QPalette& palette);
 
-/** Text in which something is wrong. */
+/** Returns the colour of text with an error. */
 OBVISTA_VIEWER_EXPORT QColor faultText(const QPalette& palette);
 
-/** Another shade of what is behind chosen text, on which that text can be read still better. */
+/** Returns another shade of the highlight, with higher contrast to selected text. */
 OBVISTA_VIEWER_EXPORT QColor markedHighlight(const QPalette& palette);
 
 }  // namespace obvista

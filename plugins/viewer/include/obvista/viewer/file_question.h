@@ -15,8 +15,8 @@ namespace obvista {
 struct FileQuestion {
     QString fTitle;         ///< the name of the viewer's robot is added to it
     QString fFilter;        ///< for instance "Pictures (*.png)"
-    QString fSuffix;        ///< added to a name without one
-    QString fProposedName;  ///< time and suffix are added to it; may come from the robot
+    QString fSuffix;        ///< appended to a name without one
+    QString fProposedName;  ///< time and suffix are appended to it; may come from the robot
 };
 
 /**

@@ -13,7 +13,7 @@ class QAction;
 
 namespace obvista {
 
-/** One or more keys of the keyboard and their effect. */
+/** One or more keys and their effect. */
 struct KeyHelp {
     QString fKeys;
     QString fEffect;
@@ -25,7 +25,7 @@ struct KeyGroup {
     std::vector<KeyHelp> fKeys;
 };
 
-/** A key sequence as the user reads it. */
+/** Returns a key sequence in the user's notation. */
 OBVISTA_VIEWER_EXPORT QString keyText(const QKeySequence& keys);
 
 /** The keys of those actions that have shortcuts; an action's text is the effect. */

@@ -15,7 +15,7 @@ namespace obvista {
 /** A label of one line. */
 OBVISTA_VIEWER_EXPORT QLabel* makeLabel(const char* objectName, QWidget* parent);
 
-/** The page that says why there is nothing to show. */
+/** Creates the page shown when there is nothing to show; it gives the reason. */
 OBVISTA_VIEWER_EXPORT QLabel* makeMessage(const char* objectName, QWidget* parent);
 
 /** The bar above the contents that says what is wrong with them. */

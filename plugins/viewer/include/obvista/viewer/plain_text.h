@@ -9,31 +9,33 @@
 
 namespace obvista {
 
-/** Most characters (UTF-16 units) that are shown of any one text or value; an ellipsis follows. */
+/** Maximum number of displayed characters (UTF-16 units) of a text or value, before an ellipsis. */
 constexpr int a_maxTextLength = 1000;
 
 /**
- * A text from the robot as one line that is safe to show as plain text.
+ * Returns a text from the robot as one line that is safe to show as plain text.
  *
  * Control characters, and others that are invisible or change the direction of what follows, are
  * escaped ("\n", "\x1b", "\u{202e}"), and so is the backslash, to distinguish them. Bytes that are
- * not UTF-8 become U+FFFD. It costs no more for a text of many megabytes than for a short one.
+ * not UTF-8 become U+FFFD. The cost for a text of many megabytes is the same as for a short one.
  */
 OBVISTA_VIEWER_EXPORT QString plainText(const std::string& utf8, int maxLength = a_maxTextLength);
 
 enum class Quotes { None, Double };
 
-/** A line that takes text until it is full. */
+/** A line with a maximum length. */
 class OBVISTA_VIEWER_EXPORT BoundedText {
   public:
-    /** @param maxLength in UTF-16 units; an ellipsis follows what was cut */
+    /** @param maxLength in UTF-16 units; an ellipsis follows a cut text */
     explicit BoundedText(int maxLength) : fMaxLength(maxLength) {}
 
     bool isFull() const { return fIsFull; }
 
     void append(const QString& piece);
-    /** Appends a text from the robot as plainText() makes it safe; a quotation mark is escaped too
-     *  where it stands between double ones. The marks themselves are the caller's. */
+    /**
+     * Appends a text from the robot, made safe as by plainText(); quotation marks are also escaped
+     * with Quotes::Double. The caller adds the enclosing marks.
+     */
     void appendSafely(const std::string& utf8, Quotes quotes);
 
     QString text() const;

@@ -32,7 +32,7 @@ class OBVISTA_VIEWER_EXPORT PluginLinks {
     /** Seconds within which open() has connected or throws. */
     static constexpr double a_connectTimeOut = 2.5;
 
-    /** @param brokerName under which the broker is known to its peers */
+    /** @param brokerName the broker's name, shown to its peers */
     explicit PluginLinks(std::string brokerName);
     ~PluginLinks();
     PluginLinks(const PluginLinks&) = delete;

@@ -14,9 +14,9 @@ namespace obvista {
 /**
  * Settings of one viewer for one robot, identified by the name that the robot reports.
  *
- * They are in the application's settings under "<viewer>/robots/<robot>/". A value that is set is
- * there at once for every other viewer in the process, and in the file after the next turn of the
- * event loop; the file is replaced as a whole, so that a crash leaves either the old or the new
+ * They are stored in the application's settings under "<viewer>/robots/<robot>/". A new value is
+ * available at once to every other viewer in the process, and in the file after the next turn of
+ * the event loop. The file is replaced as a whole, so that a crash leaves either the old or the new
  * one. Used on the GUI thread.
  */
 class OBVISTA_VIEWER_EXPORT RobotSettings {
@@ -30,8 +30,10 @@ class OBVISTA_VIEWER_EXPORT RobotSettings {
     QVariant value(const QString& name, const QVariant& otherwise = {}) const;
     void setValue(const QString& name, const QVariant& value);
 
-    /** An untrusted text as one level of a name: no two texts share one, and none is empty, has a
-     *  slash, or is longer than 100 characters. */
+    /**
+     * Returns an untrusted text as one level of a name: unique for each text, not empty, without
+     * slashes, and not longer than 100 characters.
+     */
     static QString level(const std::string& text);
 
   private:

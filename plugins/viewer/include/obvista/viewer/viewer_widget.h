@@ -97,11 +97,13 @@ class OBVISTA_VIEWER_EXPORT ViewerWidget : public QWidget {
      *  the link ends the banner says so, until it is set to something else. */
     void setBanner(const QString& sentence);
 
-    /** Sets the part that gets the focus when the viewer is given it and the part is visible; the
-     *  first control gets it otherwise. */
+    /**
+     * Sets the part that gets the focus when the viewer gets it and the part is visible; otherwise
+     * the first control gets it.
+     */
     void setMainPart(QWidget* part) { fMainPart = part; }
 
-    /** Adds keys to the list that F1 opens, before those of every viewer. */
+    /** Adds keys to the list opened by F1, before those of every viewer. */
     void addKeys(const KeyGroup& group) { fKeys.push_back(group); }
 
   private:
@@ -131,7 +133,7 @@ class OBVISTA_VIEWER_EXPORT ViewerWidget : public QWidget {
     bool fHasLossToReport = false;
 };
 
-/** The title of a dialog, with the name of the robot of the viewer that `part` is in. */
+/** Returns a dialog title with the robot's name of the viewer that contains `part`. */
 OBVISTA_VIEWER_EXPORT QString dialogTitle(const QString& title, const QWidget* part);
 
 }  // namespace obvista

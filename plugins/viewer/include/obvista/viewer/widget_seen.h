@@ -7,9 +7,11 @@ class QWidget;
 
 namespace obvista {
 
-/** Returns true if the user can see a widget as far as the window system tells: not when it is
- *  hidden or behind a tab, nor in a window that is minimised or on another desktop. No event tells
- *  of all these; ask a few times a second. GUI thread. */
+/**
+ * Returns true if the widget is visible on the screen as far as the window system reports it: not
+ * hidden, in a background tab, or in a window that is minimised or on another desktop. No event
+ * reports all of these; call it several times a second. GUI thread.
+ */
 OBVISTA_VIEWER_EXPORT bool isSeen(const QWidget& widget);
 
 }  // namespace obvista

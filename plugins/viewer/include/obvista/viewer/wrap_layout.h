@@ -12,14 +12,14 @@
 namespace obvista {
 
 /**
- * Puts widgets into a row, and those that have no room there into further rows: a narrow dock keeps
- * every one of them within reach, where a tool bar would hide boxes behind its end.
+ * A row of widgets that wraps into further rows: a narrow dock keeps all of them accessible, while
+ * a tool bar would hide those at its end.
  *
- * Each widget gets the size it asks for, and no more than the width that is there.
+ * Each widget gets its preferred size, limited by the available width.
  */
 class OBVISTA_VIEWER_EXPORT WrapLayout : public QLayout {
   public:
-    /** @param parent gets this as its layout */
+    /** @param parent the widget that gets this layout */
     explicit WrapLayout(QWidget* parent);
     ~WrapLayout() override;
     WrapLayout(const WrapLayout&) = delete;
@@ -33,7 +33,7 @@ class OBVISTA_VIEWER_EXPORT WrapLayout : public QLayout {
     Qt::Orientations expandingDirections() const override { return {}; }
     bool hasHeightForWidth() const override { return true; }
     int heightForWidth(int width) const override;
-    /** All in one row. */
+    /** Returns the size of a single row. */
     QSize sizeHint() const override;
     QSize minimumSize() const override;
     void setGeometry(const QRect& rect) override;
