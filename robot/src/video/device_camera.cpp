@@ -1,9 +1,9 @@
 #include "video/device_camera.h"
 
 #include "video/frame_encoder.h"
-#include "video/frame_pool.h"
 #include "video/gstreamer.h"
 
+#include <base/buffer_pool.h>
 #include <base/time.h>
 #include <picture/pixel_format.h>
 
@@ -205,7 +205,7 @@ class DeviceCamera::Pipeline {
 
     /** Copies the frame, since the driver has few buffers and needs them back. */
     KVFrame xCopy(const GstMapInfo& map, std::size_t stride) {
-        const std::shared_ptr<unsigned char> bytes = fPool.take(map.size);
+        const std::shared_ptr<unsigned char> bytes = fPool.obtain(map.size);
         std::memcpy(bytes.get(), map.data, map.size);
         KVFrame frame;
         frame.fWidth = static_cast<std::uint32_t>(fSettings.fWidth);
@@ -252,7 +252,7 @@ class DeviceCamera::Pipeline {
     std::uint64_t fNumber;  // used by the streaming thread while it runs
     const Sink fFrameSink;
     const std::function<void(const std::string&)> fComplain;
-    FramePool fPool;
+    base::BufferPool fPool{4};
     Canvas fCanvas;
     FrameEncoder fEncoder;
     GStreamerPointer<GstElement> fPipeline;

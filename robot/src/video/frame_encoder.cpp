@@ -80,7 +80,7 @@ KVFrame FrameEncoder::encode(const Canvas& canvas, KVPixelFormat format) {
     const PutRow putRow = putRowOf(format);
     frame.fStride = frame.fWidth * picture::bytesPerPixel(format);
     frame.fSize = std::size_t{frame.fStride} * frame.fHeight;
-    const std::shared_ptr<unsigned char> bytes = fPool.take(frame.fSize);
+    const std::shared_ptr<unsigned char> bytes = fPool.obtain(frame.fSize);
     for (int y = 0; y < canvas.height(); ++y) {
         putRow(canvas.row(y), canvas.width(),
                bytes.get() + std::size_t{frame.fStride} * static_cast<std::size_t>(y));
@@ -93,7 +93,7 @@ void FrameEncoder::xEncodeJpeg(const Canvas& canvas, KVFrame& frame) {
     const picture::PixelRows rows{&canvas.row(0)->fRed, frame.fWidth, frame.fHeight,
                                   sizeof(Colour) * frame.fWidth, picture::PixelLayout::Rgbx32};
     const std::shared_ptr<unsigned char> bytes =
-        fPool.take(picture::JpegWriter::maxSize(rows, a_detail));
+        fPool.obtain(picture::JpegWriter::maxSize(rows, a_detail));
     frame.fSize = fJpegWriter.write(rows, a_detail, a_quality, bytes.get());
     if (frame.fSize == 0) {
         throw std::runtime_error("cannot compress a picture: " + fJpegWriter.error());

@@ -2,8 +2,8 @@
 #define OBVISTA_ROBOT_VIDEO_FRAME_ENCODER_H
 
 #include "video/canvas.h"
-#include "video/frame_pool.h"
 
+#include <base/buffer_pool.h>
 #include <picture/jpeg.h>
 #include <robaxi/kv_frame.h>
 
@@ -24,7 +24,7 @@ class FrameEncoder {
   private:
     void xEncodeJpeg(const Canvas& canvas, KVFrame& frame);
 
-    FramePool fPool;
+    base::BufferPool fPool{4};  // as many as are in use: encoded, published, being sent
     picture::JpegWriter fJpegWriter;
 };
 

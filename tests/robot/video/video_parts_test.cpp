@@ -1,7 +1,6 @@
 #include "frame_stamp.h"
 #include "video/drawn_camera.h"
 #include "video/frame_encoder.h"
-#include "video/frame_pool.h"
 #include "video/frame_trouble.h"
 #include "video/pacer.h"
 #include "video/robot_views.h"
@@ -237,26 +236,6 @@ TEST(FrameEncoder, greyIsTheLightOfTheColours) {
     for (std::size_t x = 0; x < 320; ++x) {
         EXPECT_NEAR(grey.fData.get()[x], luma(drawn.row(0)[x]), 1);
     }
-}
-
-TEST(FramePool, memoryIsUsedAgainOnlyWhenNobodyHoldsIt) {
-    robot::FramePool pool;
-    auto first = pool.take(1000);
-    const auto second = pool.take(1000);
-    const unsigned char* const place = first.get();
-    EXPECT_NE(second.get(), place);
-    first.reset();
-    EXPECT_EQ(pool.take(900).get(), place);
-}
-
-TEST(FramePool, memoryOutlivesThePool) {
-    std::shared_ptr<unsigned char> memory;
-    {
-        robot::FramePool pool;
-        memory = pool.take(10);
-    }
-    std::fill_n(memory.get(), 10, 'x');
-    EXPECT_EQ(memory.get()[9], 'x');
 }
 
 const Pacer::Clock::time_point a_start = Pacer::Clock::time_point() + std::chrono::hours(1);
