@@ -27,8 +27,7 @@ OutputFile::OutputFile(const std::string& path, bool overwrites)
           O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | (overwrites ? O_TRUNC : O_EXCL),
           a_mode)) {
     if (fFile.get() < 0) {
-        throw RecordingError("cannot create " + fPath + ": " +
-                             std::generic_category().message(errno));
+        throw WriteError("cannot create " + fPath + ": " + std::generic_category().message(errno));
     }
 }
 
@@ -58,7 +57,7 @@ void OutputFile::close() {
 }
 
 void OutputFile::xFail(int error) const {
-    throw RecordingError("cannot write " + fPath + ": " + std::generic_category().message(error));
+    throw WriteError("cannot write " + fPath + ": " + std::generic_category().message(error));
 }
 
 }  // namespace recording

@@ -35,8 +35,8 @@ int openUnnamed(const std::string& folder) {
 }
 
 [[noreturn]] void failToKeep(const std::string& folder, int error) {
-    throw RecordingError("cannot write the index to " + base::oneLine(folder) + ": " +
-                         std::generic_category().message(error));
+    throw WriteError("cannot write the index to " + base::oneLine(folder) + ": " +
+                     std::generic_category().message(error));
 }
 
 }  // namespace

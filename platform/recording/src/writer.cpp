@@ -276,7 +276,7 @@ std::uint16_t Writer::Impl::addChannel(Channel channel) {
 
 void Writer::Impl::xThrowIfUnusable() const {
     if (fError) {
-        throw RecordingError(*fError);
+        throw WriteError(*fError);
     }
     if (fIsClosing) {
         throw RecordingError("the recording is finished");
@@ -543,7 +543,7 @@ void Writer::Impl::flush() {
     xCloseChunk();
     fProgressed.wait(lock, [this] { return fWaitingBytes == 0 || fError || fIsClosing; });
     if (fError) {
-        throw RecordingError(*fError);
+        throw WriteError(*fError);
     }
 }
 
@@ -573,7 +573,7 @@ void Writer::Impl::finish() {
     const std::lock_guard<std::mutex> lock(fMutex);
     fProgress.fFileBytes = fFile.size();
     if (fError) {
-        throw RecordingError(*fError);
+        throw WriteError(*fError);
     }
 }
 

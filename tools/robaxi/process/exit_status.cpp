@@ -4,8 +4,8 @@ namespace robaxi_tool {
 
 const std::vector<ExitCode>& exitCodes() {
     static const std::vector<ExitCode> codes = {
-        {"0", "it worked; for 'doctor': all is well"},
-        {"1", "'doctor' found a problem"},
+        {"0", "it worked; for 'doctor' and 'recording check': all is well"},
+        {"1", "'doctor' or 'recording check' found a problem"},
         {"2", "wrong usage, or settings (robaxi.conf) that cannot be used"},
         {"3", "no robot or computer has that name"},
         {"4", "nothing listens there, or no route leads there"},
@@ -21,6 +21,7 @@ const std::vector<ExitCode>& exitCodes() {
         {"14", "the camera's picture is damaged or of an unknown format"},
         {"15", "the robot cannot be authenticated: its certificate is not trusted"},
         {"16", "a limit of the robot is reached: connections, subscriptions, cameras"},
+        {"17", "the recording cannot be read"},
         {"129, 130, 143", "ended by SIGHUP, SIGINT (Ctrl-C), SIGTERM"},
         {"141", "the reader of the results has closed"},
     };

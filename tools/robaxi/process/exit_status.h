@@ -27,6 +27,7 @@ enum class ExitStatus {
     BadPicture = 14,
     NotTrusted = 15,
     TooMany = 16,
+    BadRecording = 17,
     ReaderGone = 141
 };
 

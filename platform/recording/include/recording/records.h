@@ -22,6 +22,12 @@ class RecordingError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/** A file that cannot be created or written, for instance because the disk is full. */
+class WriteError : public RecordingError {
+  public:
+    using RecordingError::RecordingError;
+};
+
 /** Limits of what is written and read. A file beyond them is refused. */
 constexpr std::uint64_t a_largestChunk = std::uint64_t{256} << 20U;        ///< bytes, uncompressed
 constexpr std::uint64_t a_largestDefinition = std::uint64_t{16} << 20U;    ///< bytes of one schema,
