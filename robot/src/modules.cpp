@@ -1,8 +1,6 @@
 #include "modules.h"
 
-#include "table_values.h"
-
-#include <robaxi/kv_error.h>
+#include <base/safe_text.h>
 
 #include <boost/make_shared.hpp>
 
@@ -14,35 +12,26 @@ namespace robot {
 
 namespace {
 
-KVValue namesThatStartWith(const KVValueTable& table, const std::string& prefix) {
-    KVValue::List names;
-    for (const KVKeyInfo& key : table.getKeys()) {
-        if (key.fName.compare(0, prefix.size(), prefix) == 0) {
-            names.emplace_back(key.fName);
-        }
-    }
-    return names;
-}
-
 /** The text sent last, and the number of texts sent. */
 class Clipboard {
   public:
-    Clipboard(boost::shared_ptr<KVValueTable> table, std::function<void(const std::string&)> show)
-        : fTable(std::move(table)),
+    Clipboard(boost::shared_ptr<KVMemoryModule> memory,
+              std::function<void(const std::string&)> show)
+        : fMemory(std::move(memory)),
           fShow(std::move(show)),
-          fTextId(addReadOnlyKey(*fTable, "Ballamor/Clipboard", "Text that was sent last", "")),
-          fCountId(addReadOnlyKey(*fTable, "Ballamor/ClipboardCount",
-                                  "How many texts were sent since the start", 0)) {}
+          fTextId(fMemory->addKey({"Ballamor/Clipboard", "", "Text that was sent last", ""})),
+          fCountId(fMemory->addKey(
+              {"Ballamor/ClipboardCount", "", "How many texts were sent since the start", 0})) {}
 
     void keep(const std::string& text) {
         const std::lock_guard lock(fMutex);
         ++fCount;
-        fTable->setValues({{fTextId, text}, {fCountId, fCount}});
+        fMemory->getValues()->setValues({{fTextId, text}, {fCountId, fCount}});
         fShow(text);
     }
 
   private:
-    boost::shared_ptr<KVValueTable> fTable;
+    boost::shared_ptr<KVMemoryModule> fMemory;
     std::function<void(const std::string&)> fShow;
     std::uint32_t fTextId;
     std::uint32_t fCountId;
@@ -51,29 +40,6 @@ class Clipboard {
 };
 
 }  // namespace
-
-boost::shared_ptr<KVModule> makeMemoryModule(const boost::shared_ptr<KVValueTable>& table) {
-    auto module = boost::make_shared<KVModule>("KVMemory", "The robot's values.");
-    module->setValues(table);
-    module->bindMethod({"getData", "getData(key: string) -> value", "The present value of a key."},
-                       {KVValue::Type::String}, [table](const KVValue::List& arguments) {
-                           return table->getValue(arguments[0].toString()).fValue;
-                       });
-    // The value may have any type: the key, not the method, determines the accepted one.
-    module->bindMethod({"setData", "setData(key: string, value: value)",
-                        "Sets a key that can be written; says why when it refuses."},
-                       {KVValue::Type::String, KVValue::Type::Nothing},
-                       [table](const KVValue::List& arguments) {
-                           table->write(arguments[0].toString(), arguments[1]);
-                           return KVValue();
-                       });
-    module->bindMethod({"getDataList", "getDataList(prefix: string) -> list of string",
-                        "The names of the keys that start with a text; all for an empty one."},
-                       {KVValue::Type::String}, [table](const KVValue::List& arguments) {
-                           return namesThatStartWith(*table, arguments[0].toString());
-                       });
-    return module;
-}
 
 boost::shared_ptr<KVModule> makeLedsModule(std::function<void(double)> start) {
     auto module = boost::make_shared<KVModule>("KVLeds", "The lights of the robot.");
@@ -87,17 +53,17 @@ boost::shared_ptr<KVModule> makeLedsModule(std::function<void(double)> start) {
     return module;
 }
 
-boost::shared_ptr<KVModule> makeBallamorModule(boost::shared_ptr<KVValueTable> table,
+boost::shared_ptr<KVModule> makeBallamorModule(boost::shared_ptr<KVMemoryModule> memory,
                                                std::function<void(const std::string&)> show) {
-    const auto clipboard = std::make_shared<Clipboard>(std::move(table), std::move(show));
+    const auto clipboard = std::make_shared<Clipboard>(std::move(memory), std::move(show));
     auto module = boost::make_shared<KVModule>("KVBallamor", "The behaviour editor.");
-    module->bindMethod(
-        {"sendClipboard", "sendClipboard(text: string)",
-         "Keeps and shows a text of at most 4096 bytes."},
-        {KVValue::Type::String}, [clipboard](const KVValue::List& arguments) {
-            clipboard->keep(textUpTo("The clipboard", arguments[0].toString(), a_longestClipboard));
-            return KVValue();
-        });
+    module->bindMethod({"sendClipboard", "sendClipboard(text: string)",
+                        "Keeps and shows a text of at most 4096 bytes."},
+                       {KVValue::Type::String}, [clipboard](const KVValue::List& arguments) {
+                           KVRange{0, a_longestClipboard}.check("The clipboard", arguments[0]);
+                           clipboard->keep(base::validUtf8(arguments[0].toString()));
+                           return KVValue();
+                       });
     return module;
 }
 

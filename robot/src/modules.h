@@ -1,8 +1,8 @@
 #ifndef OBVISTA_ROBOT_MODULES_H
 #define OBVISTA_ROBOT_MODULES_H
 
+#include <robaxi/kv_memory_module.h>
 #include <robaxi/kv_module.h>
-#include <robaxi/kv_value_table.h>
 
 #include <boost/shared_ptr.hpp>
 
@@ -12,10 +12,7 @@
 namespace robot {
 
 /** Maximum size of a text for "KVBallamor" in bytes. */
-constexpr std::size_t a_longestClipboard = 4096;
-
-/** Creates "KVMemory": the robot's values, for subscribing, reading and writing. */
-boost::shared_ptr<KVModule> makeMemoryModule(const boost::shared_ptr<KVValueTable>& table);
+constexpr int a_longestClipboard = 4096;
 
 /**
  * Creates "KVLeds": shows an animation on the LEDs.
@@ -25,11 +22,11 @@ boost::shared_ptr<KVModule> makeMemoryModule(const boost::shared_ptr<KVValueTabl
 boost::shared_ptr<KVModule> makeLedsModule(std::function<void(double duration)> start);
 
 /**
- * Creates "KVBallamor": stores the text sent last in the table and passes it on.
+ * Creates "KVBallamor": stores the text sent last in the memory and passes it on.
  *
  * @param show called with each text, one call at a time
  */
-boost::shared_ptr<KVModule> makeBallamorModule(boost::shared_ptr<KVValueTable> table,
+boost::shared_ptr<KVModule> makeBallamorModule(boost::shared_ptr<KVMemoryModule> memory,
                                                std::function<void(const std::string&)> show);
 
 }  // namespace robot

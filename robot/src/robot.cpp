@@ -5,7 +5,6 @@
 #include "memory/humanoid_memory.h"
 #include "memory/load_memory.h"
 #include "modules.h"
-#include "table_values.h"
 #include "video/makers.h"
 
 #include <base/safe_text.h>
@@ -85,7 +84,7 @@ Robot::Robot(const Options& options, MainLoop& loop, Output output)
       fSettings(settingsFor(options.fSecurity)),
       fLoop(loop),
       fOutput(std::move(output)),
-      fTable(boost::make_shared<KVValueTable>()) {
+      fMemory(boost::make_shared<KVMemoryModule>()) {
     fState.fAnnounced = fOptions.fAnnounce;
     xAddIdentity();
     xMakeMemories();
@@ -172,26 +171,26 @@ SimControls::State Robot::getState() const {
 
 void Robot::xAddIdentity() {
     const char* const kind = fOptions.fKind == Kind::Robot ? "robot" : "computer";
-    addReadOnlyKey(*fTable, "Robaxi/Name", "Name under which it appears", fOptions.fName);
-    addReadOnlyKey(*fTable, "Robaxi/Kind", "Whether it is a robot or a computer", kind);
-    addReadOnlyKey(*fTable, "Robaxi/Version", "Version of the program", OBVISTA_VERSION);
+    fMemory->addKey({"Robaxi/Name", "", "Name under which it appears", fOptions.fName});
+    fMemory->addKey({"Robaxi/Kind", "", "Whether it is a robot or a computer", kind});
+    fMemory->addKey({"Robaxi/Version", "", "Version of the program", OBVISTA_VERSION});
 }
 
 void Robot::xMakeMemories() {
     if (fOptions.fLoad.fKeys > 0) {
-        fMemories.push_back(std::make_unique<LoadMemory>(fOptions.fLoad, fTable));
+        fMemories.push_back(std::make_unique<LoadMemory>(fOptions.fLoad, fMemory));
     } else if (fOptions.fKind == Kind::Computer) {
-        fMemories.push_back(std::make_unique<ComputerMemory>(ComputerFigures(), fTable));
+        fMemories.push_back(std::make_unique<ComputerMemory>(ComputerFigures(), fMemory));
     } else {
         xMakeHumanoid();
     }
     if (fOptions.fHostile) {
-        fMemories.push_back(std::make_unique<HostileMemory>(fTable));
+        fMemories.push_back(std::make_unique<HostileMemory>(fMemory));
     }
 }
 
 void Robot::xMakeHumanoid() {
-    auto memory = std::make_unique<HumanoidMemory>(fOptions.fSeed, fTable);
+    auto memory = std::make_unique<HumanoidMemory>(fOptions.fSeed, fMemory);
     fModules.push_back(
         makeLedsModule([leds = memory.get()](double duration) { leds->startLeds(duration); }));
     fPose = [memory = memory.get()] { return memory->pose(); };
@@ -215,8 +214,8 @@ std::vector<std::unique_ptr<Camera>> Robot::xMakeCameras() const {
 }
 
 void Robot::xMakeModules() {
-    fModules.push_back(makeMemoryModule(fTable));
-    fModules.push_back(makeBallamorModule(fTable, [this](const std::string& text) {
+    fModules.push_back(fMemory);
+    fModules.push_back(makeBallamorModule(fMemory, [this](const std::string& text) {
         fOutput.fSay("clipboard: " + base::oneLine(base::shortened(text, a_longestShown)));
     }));
     fSimModule = makeSimModule(this);
@@ -232,7 +231,8 @@ void Robot::xStartWebServer() {
                                         : "A computer that runs Robaxi.";
     fWebServer = std::make_unique<WebServer>(
         fOptions.fAddress, fOptions.fHttpPort,
-        std::make_shared<WebPage>(fOptions.fName, description, fModules, fTable), xReadIcon());
+        std::make_shared<WebPage>(fOptions.fName, description, fModules, fMemory->getValues()),
+        xReadIcon());
 }
 
 std::string Robot::xReadIcon() const {

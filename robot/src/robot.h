@@ -13,9 +13,9 @@
 #include "web/web_server.h"
 
 #include <robaxi/kv_broker.h>
+#include <robaxi/kv_memory_module.h>
 #include <robaxi/kv_module.h>
 #include <robaxi/kv_settings.h>
-#include <robaxi/kv_value_table.h>
 
 #include <boost/shared_ptr.hpp>
 
@@ -83,7 +83,7 @@ class Robot : private SimControls {
     const KVSettings fSettings;
     MainLoop& fLoop;
     const Output fOutput;
-    boost::shared_ptr<KVValueTable> fTable;
+    boost::shared_ptr<KVMemoryModule> fMemory;
     std::vector<std::unique_ptr<MemorySource>> fMemories;
     std::function<Pose()> fPose;  // only for a robot
     std::unique_ptr<Video> fVideo;

@@ -1,9 +1,8 @@
 #include "sim_module.h"
 
-#include "table_values.h"
-
 #include <base/safe_text.h>
 #include <robaxi/kv_error.h>
+#include <robaxi/kv_memory_module.h>
 
 #include <boost/make_shared.hpp>
 
@@ -73,9 +72,9 @@ boost::shared_ptr<KVModule> makeSimModule(SimControls* controls) {
     bind({"interruptMiddleware", "interruptMiddleware(duration: float)",
           "Stops the middleware and starts it again after so many seconds, 0.1 to 3600."},
          KVValue::Type::Float, [controls](const KVValue& duration) {
-             controls->interruptMiddleware(numberWithin("The middleware", duration.toFloat(),
-                                                        a_shortestInterruption,
-                                                        a_longestInterruption, " s"));
+             KVRange{a_shortestInterruption, a_longestInterruption}.check("The middleware",
+                                                                          duration, "s");
+             controls->interruptMiddleware(duration.toFloat());
          });
     bind({"setAnnounced", "setAnnounced(on: bool)",
           "Withdraws what the robot announces, or announces it again."},

@@ -7,10 +7,6 @@
 
 namespace {
 
-[[noreturn]] void throwNoSuchKey(const std::string& name) {
-    throw KVError(KVError::Cause::InvalidArgument, "There is no key named " + name + ".");
-}
-
 /** Returns the value converted for the key: an Int becomes a Float for a key of that type. */
 KVValue fitToKey(const KVKeyInfo& key, const KVValue& value) {
     if (key.fType == KVValue::Type::Nothing || key.fType == value.type()) {
@@ -26,6 +22,10 @@ KVValue fitToKey(const KVKeyInfo& key, const KVValue& value) {
 }
 
 }  // namespace
+
+void robaxi::throwNoSuchKey(const std::string& name) {
+    throw KVError(KVError::Cause::InvalidArgument, "There is no key named " + name + ".");
+}
 
 void KVValueTable::Private::addObserver(Observer* observer) {
     const std::lock_guard lock(fMutex);
@@ -167,7 +167,7 @@ KVChange KVValueTable::getValue(const std::string& name) const {
     const std::lock_guard lock(fPrivate->fMutex);
     const auto found = fPrivate->fIdOf.find(name);
     if (found == fPrivate->fIdOf.end()) {
-        throwNoSuchKey(name);
+        robaxi::throwNoSuchKey(name);
     }
     const Private::Entry* entry = fPrivate->find(found->second);
     return {entry->fInfo.fId, entry->fValue, entry->fTime};
@@ -188,7 +188,7 @@ void KVValueTable::write(const std::string& name, const KVValue& value) {
         const std::lock_guard lock(fPrivate->fMutex);
         const auto found = fPrivate->fIdOf.find(name);
         if (found == fPrivate->fIdOf.end()) {
-            throwNoSuchKey(name);
+            robaxi::throwNoSuchKey(name);
         }
         key = fPrivate->find(found->second)->fInfo;
         handler = fPrivate->fWriteHandler;

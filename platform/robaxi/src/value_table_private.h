@@ -5,7 +5,15 @@
 
 #include <list>
 #include <mutex>
+#include <string>
 #include <unordered_map>
+
+namespace robaxi {
+
+/** @throws KVError InvalidArgument with a sentence that names the key */
+[[noreturn]] void throwNoSuchKey(const std::string& name);
+
+}  // namespace robaxi
 
 /**
  * The table as seen by its subscribers.

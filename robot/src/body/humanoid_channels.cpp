@@ -1,7 +1,7 @@
 #include "body/humanoid_channels.h"
 
 #include "body/led_animation.h"
-#include "table_values.h"
+#include "rounded.h"
 
 #include <algorithm>
 #include <array>
@@ -13,8 +13,9 @@ namespace robot {
 namespace {
 
 constexpr double a_turn = 2 * 3.14159265358979323846;
-constexpr double a_gravity = 9.81;  // m/s²
-constexpr double a_weight = 540;    // N
+constexpr double a_gravity = 9.81;     // m/s²
+constexpr double a_weight = 540;       // N
+constexpr double a_longestNote = 256;  // bytes
 
 // Periods of the sensors, in steps of 20 ms.
 constexpr std::uint64_t a_always = 1;
@@ -59,15 +60,14 @@ std::vector<HumanoidChannel> HumanoidChannels::make() {
     return std::move(fChannels);
 }
 
-void HumanoidChannels::xAdd(const std::string& name, const std::string& unit,
-                            const std::string& description, std::uint64_t every, Evaluate evaluate,
-                            bool writable) {
-    KVKeyInfo key;
-    key.fName = name;
-    key.fUnit = unit;
-    key.fDescription = description;
-    key.fWritable = writable;
+void HumanoidChannels::xAdd(const HumanoidKey& key, std::uint64_t every, Evaluate evaluate) {
     fChannels.push_back({key, every, std::move(evaluate)});
+}
+
+void HumanoidChannels::xAdd(const std::string& name, const std::string& unit,
+                            const std::string& description, std::uint64_t every,
+                            Evaluate evaluate) {
+    xAdd({name, unit, description}, every, std::move(evaluate));
 }
 
 void HumanoidChannels::xAddMeasured(const std::string& name, const std::string& unit,
@@ -109,9 +109,9 @@ void HumanoidChannels::xAddIdentity() {
     xAdd("Robot/Joints", "", "Number of joints", a_always,
          constant(static_cast<int>(a_jointCount)));
     xAdd("Robot/Weight", "N", "Weight of the body", a_always, constant(a_weight));
-    xAdd(
-        "Robot/Note", "", "A free text for whoever works with the robot", a_always,
-        [](const Instant& now) { return KVValue(now.fInputs.fNote); }, true);
+    xAdd({"Robot/Note", "", "A free text for whoever works with the robot", true,
+          KVRange{0, a_longestNote}},
+         a_always, [](const Instant& now) { return KVValue(now.fInputs.fNote); });
     xAdd("Simulation/Seed", "", "Number from which the whole run follows", a_always,
          constant(std::to_string(fSeed)));
     xAdd("Simulation/Step", "", "Steps since the start of the run", a_always,
@@ -124,9 +124,8 @@ void HumanoidChannels::xAddMotion() {
     const auto body = fBody;
     xAdd("Motion/Activity", "", "What the robot is busy with", a_always,
          [body](const Instant& now) { return KVValue(body->activity().name(now.fTime)); });
-    xAdd(
-        "Motion/HeadIdle", "", "Whether the head looks around by itself", a_always,
-        [](const Instant& now) { return KVValue(now.fInputs.fHeadIdle); }, true);
+    xAdd({"Motion/HeadIdle", "", "Whether the head looks around by itself", true}, a_always,
+         [](const Instant& now) { return KVValue(now.fInputs.fHeadIdle); });
     xAdd("Motion/StepCount", "", "Steps walked since the start of the run", a_always,
          [body](const Instant& now) {
              return KVValue(static_cast<std::int64_t>(2 * body->gaitPhase(now.fTime) / a_turn));
@@ -158,28 +157,26 @@ void HumanoidChannels::xAddMotion() {
 void HumanoidChannels::xAddJoints() {
     for (std::size_t joint = 0; joint < a_jointCount; ++joint) {
         const bool head = joint == a_headYaw || joint == a_headPitch;
-        xAdd(
-            jointKey(joints()[joint], "Target"), "rad", "Target angle of the joint", a_always,
-            [joint, head, body = fBody](const Instant& now) {
-                const double target = body->jointTarget(joint, now.fTime, now.fInputs);
-                // A value that a client wrote is shown unchanged.
-                return head && !now.fInputs.fHeadIdle ? target : rounded(target, 10000);
-            },
-            head);
+        const Joint& limits = joints()[joint];
+        xAdd({jointKey(limits, "Target"), "rad", "Target angle of the joint", head,
+              KVRange{limits.fMin, limits.fMax}},
+             a_always, [joint, head, body = fBody](const Instant& now) {
+                 const double target = body->jointTarget(joint, now.fTime, now.fInputs);
+                 // A value that a client wrote is shown unchanged.
+                 return head && !now.fInputs.fHeadIdle ? target : rounded(target, 10000);
+             });
         const auto channel = static_cast<std::uint32_t>(fChannels.size());
         xAdd(jointKey(joints()[joint], "Position"), "rad", "Measured angle", a_always,
-             [joint, channel, random = fNoise, body = fBody](const Instant& now) {
+             [joint, channel, limits, random = fNoise, body = fBody](const Instant& now) {
                  const double angle = body->jointPosition(joint, now.fTime, now.fInputs) +
                                       0.0004 * random.bell(channel, now.fStep);
-                 const Joint& limits = joints()[joint];
                  return rounded(std::clamp(angle, limits.fMin, limits.fMax), 10000);
              });
         xAddJointFigure(joint, "Velocity", "rad/s", "Measured angular velocity", a_always, 0.004,
                         1000, &HumanoidBody::jointVelocity);
-        xAdd(
-            jointKey(joints()[joint], "Stiffness"), "", "How firmly the joint is held, 0 to 1",
-            a_always, [joint](const Instant& now) { return now.fInputs.fStiffness[joint].fTo; },
-            true);
+        xAdd({jointKey(limits, "Stiffness"), "", "How firmly the joint is held, 0 to 1", true,
+              KVRange{0, 1}},
+             a_always, [joint](const Instant& now) { return now.fInputs.fStiffness[joint].fTo; });
         xAddJointFigure(joint, "Current", "A", "Current of the motor", a_tenTimesASecond, 0.004,
                         100, &HumanoidBody::jointCurrent);
         xAddJointFigure(joint, "Temperature", "°C", "Temperature of the motor", a_eachSecond, 0.03,
@@ -374,9 +371,8 @@ void HumanoidChannels::xAddLeds() {
 }
 
 void HumanoidChannels::xAddAudio() {
-    xAdd(
-        "Audio/Volume", "%", "Volume of the loudspeakers", a_always,
-        [](const Instant& now) { return KVValue(now.fInputs.fVolume); }, true);
+    xAdd({"Audio/Volume", "%", "Volume of the loudspeakers", true, KVRange{0, 100}}, a_always,
+         [](const Instant& now) { return KVValue(now.fInputs.fVolume); });
     for (const char* microphone : {"FrontLeft", "FrontRight", "RearLeft", "RearRight"}) {
         xAddMeasured(std::string("Audio/Microphone/") + microphone, "dB", "Level at the microphone",
                      a_tenTimesASecond, 1.2, 10,

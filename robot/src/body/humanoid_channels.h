@@ -3,11 +3,13 @@
 
 #include "body/humanoid_body.h"
 
-#include <robaxi/kv_value_table.h>
+#include <robaxi/kv_memory_module.h>
 
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace robot {
@@ -19,9 +21,18 @@ struct Instant {
     const HumanoidInputs& fInputs;
 };
 
+/** Metadata of one value of the humanoid. */
+struct HumanoidKey {
+    std::string fName;
+    std::string fUnit;
+    std::string fDescription;
+    bool fWritable = false;
+    std::optional<KVRange> fRange = std::nullopt;  ///< values that can be written
+};
+
 /** One value of the humanoid: its key and its computation. */
 struct HumanoidChannel {
-    KVKeyInfo fKey;
+    HumanoidKey fKey;
     /** The sensor is read after this many steps and keeps its value in between. */
     std::uint64_t fEvery;
     std::function<KVValue(const Instant&)> fEvaluate;
@@ -39,8 +50,9 @@ class HumanoidChannels {
     /** A quantity of one joint, computed by HumanoidBody. */
     using JointFigure = double (HumanoidBody::*)(std::size_t, double, const HumanoidInputs&) const;
 
+    void xAdd(const HumanoidKey& key, std::uint64_t every, Evaluate evaluate);
     void xAdd(const std::string& name, const std::string& unit, const std::string& description,
-              std::uint64_t every, Evaluate evaluate, bool writable = false);
+              std::uint64_t every, Evaluate evaluate);
     void xAddMeasured(const std::string& name, const std::string& unit,
                       const std::string& description, std::uint64_t every, double noise,
                       double resolution, std::function<double(const Instant&)> value);

@@ -1,19 +1,13 @@
 #include "body/humanoid_model.h"
 
 #include "body/led_animation.h"
-#include "table_values.h"
 
+#include <base/safe_text.h>
 #include <robaxi/kv_error.h>
 
 #include <algorithm>
 
 namespace robot {
-
-namespace {
-
-constexpr std::size_t a_longestNote = 256;
-
-}  // namespace
 
 HumanoidModel::HumanoidModel(std::uint64_t seed)
     : fBody(seed), fChannels(HumanoidChannels(seed).make()) {
@@ -50,7 +44,7 @@ void HumanoidModel::write(const std::string& name, const KVValue& value, std::ui
     if (key == fWritable.end()) {
         throw KVError(KVError::Cause::RaisedByModule, "The robot has no setting " + name + ".");
     }
-    (this->*key->second.fWriter)({name, key->second.fJoint, value, stepTime(step)}, inputs);
+    (this->*key->second.fWriter)({key->second.fJoint, value, stepTime(step)}, inputs);
 }
 
 void HumanoidModel::startLeds(double duration, std::uint64_t step, HumanoidInputs& inputs) const {
@@ -63,7 +57,7 @@ void HumanoidModel::startLeds(double duration, std::uint64_t step, HumanoidInput
 }
 
 void HumanoidModel::xWriteStiffness(const Write& write, HumanoidInputs& inputs) const {
-    const double stiffness = numberWithin(write.fName, write.fValue.toFloat(), 0, 1, "");
+    const double stiffness = write.fValue.toFloat();
     Transition& grip = inputs.fStiffness[write.fJoint];
     grip = grip.towards(stiffness, write.fTime, a_gripInertia);
     Transition& heat = inputs.fHeat[write.fJoint];
@@ -71,14 +65,11 @@ void HumanoidModel::xWriteStiffness(const Write& write, HumanoidInputs& inputs) 
 }
 
 void HumanoidModel::xWriteHeadTarget(const Write& write, HumanoidInputs& inputs) const {
-    const Joint& joint = joints()[write.fJoint];
-    const double angle =
-        numberWithin(write.fName, write.fValue.toFloat(), joint.fMin, joint.fMax, " rad");
     if (inputs.fHeadIdle) {
         xHoldHead(write.fTime, inputs);
     }
     Transition& target = inputs.fHeadTarget[write.fJoint];
-    target = target.towards(angle, write.fTime, a_headInertia);
+    target = target.towards(write.fValue.toFloat(), write.fTime, a_headInertia);
 }
 
 void HumanoidModel::xWriteHeadIdle(const Write& write, HumanoidInputs& inputs) const {
@@ -95,13 +86,11 @@ void HumanoidModel::xWriteHeadIdle(const Write& write, HumanoidInputs& inputs) c
 }
 
 void HumanoidModel::xWriteVolume(const Write& write, HumanoidInputs& inputs) const {
-    constexpr std::int64_t loudest = 100;
-    inputs.fVolume =
-        numberWithin(write.fName, write.fValue.toInt(), std::int64_t{0}, loudest, " %");
+    inputs.fVolume = write.fValue.toInt();
 }
 
 void HumanoidModel::xWriteNote(const Write& write, HumanoidInputs& inputs) const {
-    inputs.fNote = textUpTo(write.fName, write.fValue.toString(), a_longestNote);
+    inputs.fNote = base::validUtf8(write.fValue.toString());
 }
 
 void HumanoidModel::xHoldHead(double time, HumanoidInputs& inputs) const {

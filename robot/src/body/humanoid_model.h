@@ -5,7 +5,6 @@
 #include "body/humanoid_channels.h"
 
 #include <robaxi/kv_value.h>
-#include <robaxi/kv_value_table.h>
 
 #include <cstdint>
 #include <string>
@@ -23,8 +22,7 @@ class HumanoidModel {
     explicit HumanoidModel(std::uint64_t seed);
 
     std::size_t size() const { return fChannels.size(); }
-    /** Returns a key without identifier and type, which the table assigns. */
-    const KVKeyInfo& key(std::size_t index) const { return fChannels[index].fKey; }
+    const HumanoidKey& key(std::size_t index) const { return fChannels[index].fKey; }
 
     /** Returns the values at a step, in the order of the keys. */
     std::vector<KVValue> evaluate(std::uint64_t step, const HumanoidInputs& inputs) const;
@@ -32,7 +30,7 @@ class HumanoidModel {
     /**
      * Applies a write of a key to the inputs, from a step on.
      *
-     * @param value of the key's type
+     * @param value of the key's type and range
      * @throws KVError with the reason if it is refused; the inputs are then unchanged
      */
     void write(const std::string& name, const KVValue& value, std::uint64_t step,
@@ -47,7 +45,6 @@ class HumanoidModel {
   private:
     /** A client's write. */
     struct Write {
-        const std::string& fName;
         std::size_t fJoint;
         const KVValue& fValue;
         double fTime;  ///< seconds since the start of the run

@@ -1,6 +1,6 @@
 #include "memory/computer_figures.h"
 
-#include "table_values.h"
+#include "rounded.h"
 
 #include <base/safe_text.h>
 

@@ -5,8 +5,8 @@
 
 namespace robot {
 
-ComputerMemory::ComputerMemory(ComputerFigures figures, boost::shared_ptr<KVValueTable> table)
-    : fFigures(std::move(figures)), fTable(std::move(table)) {
+ComputerMemory::ComputerMemory(ComputerFigures figures, boost::shared_ptr<KVMemoryModule> module)
+    : fFigures(std::move(figures)), fModule(std::move(module)) {
     update(0);
 }
 
@@ -22,13 +22,10 @@ void ComputerMemory::update(std::uint64_t) {
             values.emplace_back(known->second, figure.fValue);
             continue;
         }
-        KVKeyInfo key;
-        key.fName = figure.fName;
-        key.fUnit = figure.fUnit;
-        key.fDescription = figure.fDescription;
-        fIds[figure.fName] = fTable->addKey(key, figure.fValue);
+        fIds[figure.fName] =
+            fModule->addKey({figure.fName, figure.fUnit, figure.fDescription, figure.fValue});
     }
-    fTable->setValues(values);
+    fModule->getValues()->setValues(values);
 }
 
 void ComputerMemory::xRemoveMissing(const std::vector<Figure>& figures) {
@@ -41,7 +38,7 @@ void ComputerMemory::xRemoveMissing(const std::vector<Figure>& figures) {
             ++it;
             continue;
         }
-        fTable->removeKey(it->second);
+        fModule->removeKey(it->first);
         it = fIds.erase(it);
     }
 }

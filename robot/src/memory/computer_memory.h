@@ -4,7 +4,7 @@
 #include "memory/computer_figures.h"
 #include "memory/memory_source.h"
 
-#include <robaxi/kv_value_table.h>
+#include <robaxi/kv_memory_module.h>
 
 #include <boost/shared_ptr.hpp>
 
@@ -13,11 +13,11 @@
 
 namespace robot {
 
-/** The machine's values in a table: keys appear and disappear with their sources. */
+/** The machine's values in the module "KVMemory": keys appear and disappear with their sources. */
 class ComputerMemory : public MemorySource {
   public:
     /** Adds the values that can be read immediately. */
-    ComputerMemory(ComputerFigures figures, boost::shared_ptr<KVValueTable> table);
+    ComputerMemory(ComputerFigures figures, boost::shared_ptr<KVMemoryModule> module);
 
     std::chrono::microseconds period() const override { return std::chrono::seconds(1); }
     void update(std::uint64_t step) override;
@@ -27,7 +27,7 @@ class ComputerMemory : public MemorySource {
 
     std::mutex fMutex;  // guards all members
     ComputerFigures fFigures;
-    boost::shared_ptr<KVValueTable> fTable;
+    boost::shared_ptr<KVMemoryModule> fModule;
     std::unordered_map<std::string, std::uint32_t> fIds;
 };
 

@@ -61,17 +61,14 @@ KVValue longList() {
     return KVValue::List(a_longList, 0.25);
 }
 
-KVKeyInfo keyOf(const std::string& name, const std::string& unit) {
-    KVKeyInfo key;
-    key.fName = "Hostile/" + name;
-    key.fUnit = unit;
-    key.fDescription = "<b>" + name.substr(0, 80) + "</b>\n\x1b[31m";
-    return key;
+KVMemoryKey keyOf(const std::string& name, const std::string& unit, const KVValue& value) {
+    return {"Hostile/" + name, unit, "<b>" + name.substr(0, 80) + "</b>\n\x1b[31m", value};
 }
 
 }  // namespace
 
-HostileMemory::HostileMemory(boost::shared_ptr<KVValueTable> table) : fTable(std::move(table)) {
+HostileMemory::HostileMemory(boost::shared_ptr<KVMemoryModule> module)
+    : fModule(std::move(module)) {
     xAddTexts();
     xAddNumbers();
     xAddShapes();
@@ -84,19 +81,19 @@ void HostileMemory::update(std::uint64_t step) {
     for (const auto& [id, evaluate] : fChanging) {
         values.emplace_back(id, evaluate(step));
     }
-    fTable->setValues(values);
+    fModule->getValues()->setValues(values);
     const bool here = step % 4 < 2;
     if (here && fVanishing.empty()) {
         xAddVanishing();
     }
     while (!here && !fVanishing.empty()) {
-        fTable->removeKey(fVanishing.back());
+        fModule->removeKey(fVanishing.back());
         fVanishing.pop_back();
     }
 }
 
 void HostileMemory::xAdd(const std::string& name, const std::string& unit, Evaluate evaluate) {
-    const std::uint32_t id = fTable->addKey(keyOf(name, unit), evaluate(0));
+    const std::uint32_t id = fModule->addKey(keyOf(name, unit, evaluate(0)));
     fChanging.emplace_back(id, std::move(evaluate));
 }
 
@@ -157,8 +154,10 @@ void HostileMemory::xAddNames() {
 
 void HostileMemory::xAddVanishing() {
     for (int i = 0; i < a_vanishingKeys; ++i) {
-        fVanishing.push_back(
-            fTable->addKey(keyOf("Vanishing/" + std::to_string(i), "s"), static_cast<double>(i)));
+        const KVMemoryKey key =
+            keyOf("Vanishing/" + std::to_string(i), "s", static_cast<double>(i));
+        fModule->addKey(key);
+        fVanishing.push_back(key.fName);
     }
 }
 

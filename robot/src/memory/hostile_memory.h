@@ -3,12 +3,13 @@
 
 #include "memory/memory_source.h"
 
-#include <robaxi/kv_value_table.h>
+#include <robaxi/kv_memory_module.h>
 
 #include <boost/shared_ptr.hpp>
 
 #include <cstdint>
 #include <functional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -24,7 +25,7 @@ class HostileMemory : public MemorySource {
     /** Length of the long texts in bytes. */
     static constexpr std::size_t a_longText = 10'000'000;
 
-    explicit HostileMemory(boost::shared_ptr<KVValueTable> table);
+    explicit HostileMemory(boost::shared_ptr<KVMemoryModule> module);
 
     std::chrono::microseconds period() const override { return std::chrono::milliseconds(500); }
     void update(std::uint64_t step) override;
@@ -39,9 +40,9 @@ class HostileMemory : public MemorySource {
     void xAddNames();
     void xAddVanishing();
 
-    boost::shared_ptr<KVValueTable> fTable;
+    boost::shared_ptr<KVMemoryModule> fModule;
     std::vector<std::pair<std::uint32_t, Evaluate>> fChanging;
-    std::vector<std::uint32_t> fVanishing;  // empty while the keys do not exist
+    std::vector<std::string> fVanishing;  // empty while the keys do not exist
 };
 
 }  // namespace robot

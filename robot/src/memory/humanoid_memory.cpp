@@ -4,19 +4,25 @@
 
 namespace robot {
 
-HumanoidMemory::HumanoidMemory(std::uint64_t seed, boost::shared_ptr<KVValueTable> table)
-    : fModel(seed), fTable(std::move(table)) {
+HumanoidMemory::HumanoidMemory(std::uint64_t seed, boost::shared_ptr<KVMemoryModule> module)
+    : fModel(seed), fModule(std::move(module)) {
     const std::vector<KVValue> values = fModel.evaluate(fStep, fInputs);
     fIds.reserve(values.size());
     for (std::size_t i = 0; i < values.size(); ++i) {
-        fIds.push_back(fTable->addKey(fModel.key(i), values[i]));
+        const HumanoidKey& key = fModel.key(i);
+        KVMemoryKey added{key.fName, key.fUnit, key.fDescription, values[i]};
+        if (key.fWritable) {
+            added.fWrite = [this, name = key.fName](const KVValue& value) { xWrite(name, value); };
+            added.fRange = key.fRange;
+        }
+        fIds.push_back(fModule->addKey(added));
     }
-    fTable->setWriteHandler(
-        [this](const std::string& name, const KVValue& value) { xWrite(name, value); });
 }
 
 HumanoidMemory::~HumanoidMemory() {
-    fTable->setWriteHandler({});
+    for (std::size_t i = 0; i < fModel.size(); ++i) {
+        fModule->removeKey(fModel.key(i).fName);
+    }
 }
 
 void HumanoidMemory::update(std::uint64_t step) {
@@ -49,7 +55,7 @@ void HumanoidMemory::xShow() {
     for (std::size_t i = 0; i < values.size(); ++i) {
         changes.emplace_back(fIds[i], std::move(values[i]));
     }
-    fTable->setValues(changes);
+    fModule->getValues()->setValues(changes);
 }
 
 }  // namespace robot

@@ -4,7 +4,7 @@
 #include "body/humanoid_model.h"
 #include "memory/memory_source.h"
 
-#include <robaxi/kv_value_table.h>
+#include <robaxi/kv_memory_module.h>
 
 #include <boost/shared_ptr.hpp>
 
@@ -13,12 +13,12 @@
 
 namespace robot {
 
-/** The simulated humanoid's values in a table. */
+/** The simulated humanoid's values in the module "KVMemory". */
 class HumanoidMemory : public MemorySource {
   public:
-    /** Adds the keys with their values of step 0, and handles the table's writes from then on. */
-    HumanoidMemory(std::uint64_t seed, boost::shared_ptr<KVValueTable> table);
-    /** Requires that no write is running. */
+    /** Adds the keys with their values of step 0, and handles their writes from then on. */
+    HumanoidMemory(std::uint64_t seed, boost::shared_ptr<KVMemoryModule> module);
+    /** Removes the keys. Requires that no write is running. */
     ~HumanoidMemory() override;
     HumanoidMemory(const HumanoidMemory&) = delete;
     HumanoidMemory& operator=(const HumanoidMemory&) = delete;
@@ -41,7 +41,7 @@ class HumanoidMemory : public MemorySource {
     void xShow();
 
     const HumanoidModel fModel;
-    boost::shared_ptr<KVValueTable> fTable;
+    boost::shared_ptr<KVMemoryModule> fModule;
     std::vector<std::uint32_t> fIds;
     mutable std::mutex fMutex;  // guards the members below, and orders changes of the table
     std::uint64_t fStep = 0;

@@ -70,15 +70,11 @@ const std::array<Figure, 10> a_figures{{
 
 constexpr int a_figureCount = static_cast<int>(a_figures.size());
 
-KVKeyInfo keyOf(int drive, const Figure& figure) {
+KVMemoryKey keyOf(int drive, const Figure& figure, const KVValue& value) {
     std::array<char, 64> path{};
     std::snprintf(path.data(), path.size(), "Load/Unit%03d/Drive%d/", drive / a_drivesOfUnit,
                   drive % a_drivesOfUnit);
-    KVKeyInfo key;
-    key.fName = std::string(path.data()) + figure.fName;
-    key.fUnit = figure.fUnit;
-    key.fDescription = figure.fDescription;
-    return key;
+    return {std::string(path.data()) + figure.fName, figure.fUnit, figure.fDescription, value};
 }
 
 std::chrono::microseconds periodOf(double rate) {
@@ -87,8 +83,8 @@ std::chrono::microseconds periodOf(double rate) {
 
 }  // namespace
 
-LoadMemory::LoadMemory(const Load& load, boost::shared_ptr<KVValueTable> table)
-    : fPeriod(periodOf(load.fRate)), fTable(std::move(table)) {
+LoadMemory::LoadMemory(const Load& load, boost::shared_ptr<KVMemoryModule> module)
+    : fPeriod(periodOf(load.fRate)), fModule(std::move(module)) {
     xAddKeys(load);
 }
 
@@ -99,7 +95,7 @@ void LoadMemory::update(std::uint64_t step) {
         fValues[i].second =
             a_figures[key.fFigure].fEvaluate({step, now, phaseOf(key.fDrive, step)});
     }
-    fTable->setValues(fValues, now);
+    fModule->getValues()->setValues(fValues, now);
 }
 
 void LoadMemory::xAddKeys(const Load& load) {
@@ -110,7 +106,7 @@ void LoadMemory::xAddKeys(const Load& load) {
         const Key key{static_cast<int>(i) / a_figureCount, i % a_figures.size()};
         const Figure& figure = a_figures[key.fFigure];
         const KVValue value = figure.fEvaluate({0, now, phaseOf(key.fDrive, 0)});
-        const std::uint32_t id = fTable->addKey(keyOf(key.fDrive, figure), value);
+        const std::uint32_t id = fModule->addKey(keyOf(key.fDrive, figure, value));
         if (isChanging[i]) {
             fChanging.push_back(key);
             fValues.emplace_back(id, value);

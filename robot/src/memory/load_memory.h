@@ -3,7 +3,7 @@
 
 #include "memory/memory_source.h"
 
-#include <robaxi/kv_value_table.h>
+#include <robaxi/kv_memory_module.h>
 
 #include <boost/shared_ptr.hpp>
 
@@ -34,7 +34,7 @@ struct Load {
 class LoadMemory : public MemorySource {
   public:
     /** Adds the keys with their values of step 0. */
-    LoadMemory(const Load& load, boost::shared_ptr<KVValueTable> table);
+    LoadMemory(const Load& load, boost::shared_ptr<KVMemoryModule> module);
 
     std::chrono::microseconds period() const override { return fPeriod; }
     void update(std::uint64_t step) override;
@@ -49,7 +49,7 @@ class LoadMemory : public MemorySource {
     void xMarkChanging(const Load& load, std::vector<bool>& isChanging) const;
 
     const std::chrono::microseconds fPeriod;
-    boost::shared_ptr<KVValueTable> fTable;
+    boost::shared_ptr<KVMemoryModule> fModule;
     std::vector<Key> fChanging;
     std::vector<std::pair<std::uint32_t, KVValue>> fValues;  // of the changing keys, reused
 };

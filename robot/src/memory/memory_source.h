@@ -6,7 +6,7 @@
 
 namespace robot {
 
-/** Keeps a table of values up to date. */
+/** Keeps values of the module "KVMemory" up to date. */
 class MemorySource {
   public:
     virtual ~MemorySource() = default;
@@ -14,7 +14,7 @@ class MemorySource {
     /** Returns the period at which update() should be called. */
     virtual std::chrono::microseconds period() const = 0;
 
-    /** Updates the table to a step; steps may be skipped when time is short. On any thread. */
+    /** Updates the values to a step; steps may be skipped when time is short. On any thread. */
     virtual void update(std::uint64_t step) = 0;
 };
 

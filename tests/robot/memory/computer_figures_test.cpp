@@ -133,9 +133,10 @@ TEST_F(MadeUpMachine, diskIsReadWhereItIsMountedEvenWithABlankInItsName) {
 }
 
 TEST_F(MadeUpMachine, keysOfTheTableComeAndGoWithTheirSources) {
-    const auto table = boost::make_shared<KVValueTable>();
+    const auto module = boost::make_shared<KVMemoryModule>();
+    const auto table = module->getValues();
     file("proc/uptime", "100.5 20.0\n");
-    ComputerMemory memory(ComputerFigures(fRoot), table);
+    ComputerMemory memory(ComputerFigures(fRoot), module);
     EXPECT_EQ(table->getValue("System/Uptime").fValue, KVValue(100));
     file("proc/uptime", "101.5 20.0\n");
     memory.update(1);

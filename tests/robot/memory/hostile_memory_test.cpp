@@ -16,8 +16,9 @@ class HostileMemoryTest : public testing::Test {
   protected:
     KVValue value(const std::string& name) const { return fTable->getValue(name).fValue; }
 
-    boost::shared_ptr<KVValueTable> fTable = boost::make_shared<KVValueTable>();
-    HostileMemory fMemory{fTable};
+    boost::shared_ptr<KVMemoryModule> fModule = boost::make_shared<KVMemoryModule>();
+    boost::shared_ptr<KVValueTable> fTable = fModule->getValues();
+    HostileMemory fMemory{fModule};
 };
 
 TEST_F(HostileMemoryTest, servesMarkupControlCharactersAndLongTexts) {

@@ -3,11 +3,15 @@
 #include <robaxi/kv_error.h>
 
 #include <boost/make_shared.hpp>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <limits>
 
 using robot::HumanoidInputs;
 using robot::HumanoidMemory;
 using robot::HumanoidModel;
+using testing::HasSubstr;
 
 namespace {
 
@@ -15,8 +19,19 @@ class HumanoidMemoryTest : public testing::Test {
   protected:
     KVValue value(const std::string& name) const { return fTable->getValue(name).fValue; }
 
-    boost::shared_ptr<KVValueTable> fTable = boost::make_shared<KVValueTable>();
-    HumanoidMemory fMemory{7, fTable};
+    std::string refusal(const std::string& name, const KVValue& value) const {
+        try {
+            fModule->invoke("setData", {name, value});
+        } catch (const KVError& error) {
+            return error.toString();
+        }
+        return "it was accepted";
+    }
+
+    boost::shared_ptr<KVMemoryModule> fModule = boost::make_shared<KVMemoryModule>();
+    boost::shared_ptr<KVValueTable> fTable = fModule->getValues();
+    boost::shared_ptr<KVMemoryModule> fOther = boost::make_shared<KVMemoryModule>();
+    HumanoidMemory fMemory{7, fModule};
 };
 
 TEST_F(HumanoidMemoryTest, tableShowsTheModelAtItsStep) {
@@ -43,6 +58,26 @@ TEST_F(HumanoidMemoryTest, aRefusedWriteChangesNothing) {
     EXPECT_THROW(fTable->write("Audio/Volume", 101), KVError);
     EXPECT_THROW(fTable->write("Battery/Charge", 100.0), KVError);
     EXPECT_EQ(value("Audio/Volume"), KVValue(60));
+}
+
+TEST_F(HumanoidMemoryTest, refusalsSayWhy) {
+    EXPECT_EQ(refusal("Joint/HeadYaw/Target", 2.5),
+              "Joint/HeadYaw/Target was not changed: it takes -2 to 2 rad, not 2.5.");
+    EXPECT_THAT(refusal("Joint/LeftHand/Stiffness", -0.1), HasSubstr("it takes 0 to 1, not -0.1"));
+    EXPECT_THAT(refusal("Joint/LeftHand/Stiffness", std::numeric_limits<double>::quiet_NaN()),
+                HasSubstr("it takes 0 to 1, not "));
+    EXPECT_THAT(refusal("Audio/Volume", 101), HasSubstr("it takes 0 to 100 %, not 101"));
+    EXPECT_THAT(refusal("Robot/Note", std::string(257, 'x')),
+                HasSubstr("at most 256 bytes, not 257"));
+    EXPECT_THAT(refusal("Battery/Charge", 100.0), HasSubstr("Battery/Charge is only for reading"));
+}
+
+TEST_F(HumanoidMemoryTest, itsKeysLeaveWithIt) {
+    {
+        const HumanoidMemory other(7, fOther);
+        EXPECT_FALSE(fOther->getValues()->getKeys().empty());
+    }
+    EXPECT_TRUE(fOther->getValues()->getKeys().empty());
 }
 
 TEST_F(HumanoidMemoryTest, theAnimationIsSeenAtOnceAndEnds) {

@@ -34,11 +34,12 @@ class LoadMemoryTest : public testing::Test {
         return names;
     }
 
-    boost::shared_ptr<KVValueTable> fTable = boost::make_shared<KVValueTable>();
+    boost::shared_ptr<KVMemoryModule> fModule = boost::make_shared<KVMemoryModule>();
+    boost::shared_ptr<KVValueTable> fTable = fModule->getValues();
 };
 
 TEST_F(LoadMemoryTest, hasAsManyKeysAsAskedForOfSeveralTypesAndUnits) {
-    const LoadMemory memory({10'000, 1'000, 50}, fTable);
+    const LoadMemory memory({10'000, 1'000, 50}, fModule);
     EXPECT_EQ(memory.period(), std::chrono::milliseconds(20));
     std::set<KVValue::Type> types;
     std::set<std::string> units;
@@ -54,7 +55,7 @@ TEST_F(LoadMemoryTest, hasAsManyKeysAsAskedForOfSeveralTypesAndUnits) {
 }
 
 TEST_F(LoadMemoryTest, exactlyTheChangingKeysChangeAtEveryStep) {
-    LoadMemory memory({200, 40, 50}, fTable);
+    LoadMemory memory({200, 40, 50}, fModule);
     const std::set<std::string> changing = changedBy(memory, 1);
     EXPECT_EQ(changing.size(), 40U);
     EXPECT_EQ(changing.count("Load/Unit000/Drive0/Position"), 1U);
@@ -64,13 +65,13 @@ TEST_F(LoadMemoryTest, exactlyTheChangingKeysChangeAtEveryStep) {
 }
 
 TEST_F(LoadMemoryTest, numbersThatDoNotMakeWholeDrivesAreKeptToo) {
-    LoadMemory memory({25, 24, 50}, fTable);
+    LoadMemory memory({25, 24, 50}, fModule);
     EXPECT_EQ(fTable->getKeys().size(), 25U);
     EXPECT_EQ(changedBy(memory, 1).size(), 24U);
 }
 
 TEST_F(LoadMemoryTest, changingDrivesAreSpreadOverTheTable) {
-    LoadMemory memory({1'000, 100, 50}, fTable);
+    LoadMemory memory({1'000, 100, 50}, fModule);
     std::set<std::string> units;
     for (const std::string& name : changedBy(memory, 1)) {
         units.insert(name.substr(0, std::string("Load/Unit000").size()));
@@ -79,7 +80,7 @@ TEST_F(LoadMemoryTest, changingDrivesAreSpreadOverTheTable) {
 }
 
 TEST_F(LoadMemoryTest, aDriveSaysWhenItChangedAndAtWhichStep) {
-    LoadMemory memory({10, 10, 50}, fTable);
+    LoadMemory memory({10, 10, 50}, fModule);
     memory.update(7);
     const KVChange changed = fTable->getValue("Load/Unit000/Drive0/Changed");
     const KVChange position = fTable->getValue("Load/Unit000/Drive0/Position");
@@ -89,7 +90,7 @@ TEST_F(LoadMemoryTest, aDriveSaysWhenItChangedAndAtWhichStep) {
 }
 
 TEST_F(LoadMemoryTest, aRateBetweenWholeMillisecondsIsKept) {
-    EXPECT_EQ(LoadMemory({1, 1, 60}, fTable).period(), std::chrono::microseconds(16'667));
+    EXPECT_EQ(LoadMemory({1, 1, 60}, fModule).period(), std::chrono::microseconds(16'667));
 }
 
 }  // namespace

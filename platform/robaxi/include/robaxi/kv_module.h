@@ -47,7 +47,7 @@ class ROBAXI_EXPORT KVModule {
 
     /** @throws KVError InvalidArgument for an empty name */
     KVModule(const std::string& name, const std::string& description);
-    ~KVModule();
+    virtual ~KVModule();
     KVModule(const KVModule&) = delete;
     KVModule& operator=(const KVModule&) = delete;
 
