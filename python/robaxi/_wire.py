@@ -1,0 +1,321 @@
+"""Conversions between Python and the messages of the protocol. The peers are not trusted: what does
+not fit is an Error INTERNAL."""
+
+from __future__ import annotations
+
+import numbers
+from typing import Any, Dict, Iterable, Iterator, List, Mapping, NamedTuple, Optional, Tuple, TypeVar
+
+from .errors import Cause, Error
+from .v1 import robaxi_pb2 as pb
+
+PROTOCOL_VERSION = 1
+PART_SIZE = 64 << 10
+LARGEST_FRAME_PART = 1 << 20
+# A batch may be larger than its message by this.
+BATCH_OVERHEAD = 1 << 10
+
+SERVICE = "robaxi.v1.Robaxi"
+SESSION = f"/{SERVICE}/Session"
+SUBSCRIBE = f"/{SERVICE}/Subscribe"
+WATCH = f"/{SERVICE}/Watch"
+
+_DEEPEST = 64
+_SMALLEST_INT, _LARGEST_INT = -(2**63), 2**63 - 1
+
+_TYPE_NAMES: Dict[int, str] = {
+    pb.Value.NOTHING: "nothing", pb.Value.BOOL: "bool", pb.Value.INT: "int",
+    pb.Value.FLOAT: "float", pb.Value.STRING: "string", pb.Value.BINARY: "binary",
+    pb.Value.LIST: "list", pb.Value.MAP: "map",
+}
+
+
+def malformed(what: str) -> Error:
+    """The error for a message that breaks the protocol."""
+    return Error(Cause.INTERNAL, f"The other side breaks the protocol: {what}.")
+
+
+# --- Values ----------------------------------------------------------------------------------
+
+def encode_text(text: str) -> bytes:
+    """Bytes of a text. Those that were not UTF-8 when it was received are the same again."""
+    return text.encode("utf-8", "surrogateescape")
+
+
+def decode_text(data: bytes) -> str:
+    """The text of some bytes. What is not UTF-8 becomes lone surrogates."""
+    return data.decode("utf-8", "surrogateescape")
+
+
+def plain_text(text: str) -> str:
+    """A text that can be sent in a field of the type string."""
+    return text.encode("utf-8", "surrogateescape").decode("utf-8", "replace")
+
+
+def to_value(thing: Any, depth: int = _DEEPEST) -> pb.Value:
+    """The message of a value in Python: None, a bool, number, text, bytes, a list or tuple, or a
+    mapping of texts to values."""
+    if depth < 0:
+        raise Error(Cause.INVALID_ARGUMENT, "A value has lists or maps nested too deep.")
+    if thing is None:
+        return pb.Value(type=pb.Value.NOTHING)
+    if isinstance(thing, bool):
+        return pb.Value(type=pb.Value.BOOL, int_value=int(thing))
+    if isinstance(thing, numbers.Integral):
+        number = int(thing)
+        if not _SMALLEST_INT <= number <= _LARGEST_INT:
+            raise Error(Cause.INVALID_ARGUMENT, f"The int {number} does not fit into 64 bits.")
+        return pb.Value(type=pb.Value.INT, int_value=number)
+    if isinstance(thing, numbers.Real):
+        return pb.Value(type=pb.Value.FLOAT, float_value=float(thing))
+    if isinstance(thing, str):
+        return pb.Value(type=pb.Value.STRING, bytes_value=encode_text(thing))
+    if isinstance(thing, (bytes, bytearray, memoryview)):
+        return pb.Value(type=pb.Value.BINARY, bytes_value=bytes(thing))
+    if isinstance(thing, (list, tuple)):
+        return pb.Value(type=pb.Value.LIST, elements=[to_value(one, depth - 1) for one in thing])
+    if isinstance(thing, Mapping):
+        if not all(isinstance(key, str) for key in thing):
+            raise Error(Cause.INVALID_ARGUMENT, "The keys of a map are texts.")
+        return pb.Value(type=pb.Value.MAP, keys=[encode_text(key) for key in thing],
+                        elements=[to_value(one, depth - 1) for one in thing.values()])
+    raise Error(Cause.INVALID_ARGUMENT,
+                f"A {type(thing).__name__} cannot be sent: values are None, bool, int, float, str, "
+                "bytes, lists, and dicts with keys of type str.")
+
+
+def from_value(value: pb.Value, depth: int = _DEEPEST) -> Any:
+    """The opposite of to_value()."""
+    if depth < 0:
+        raise malformed("a value is nested too deep")
+    kind = value.type
+    if kind == pb.Value.NOTHING:
+        return None
+    if kind == pb.Value.BOOL:
+        return value.int_value != 0
+    if kind == pb.Value.INT:
+        return value.int_value
+    if kind == pb.Value.FLOAT:
+        return value.float_value
+    if kind == pb.Value.STRING:
+        return decode_text(value.bytes_value)
+    if kind == pb.Value.BINARY:
+        return value.bytes_value
+    if kind == pb.Value.LIST:
+        return [from_value(one, depth - 1) for one in value.elements]
+    if kind == pb.Value.MAP:
+        if len(value.keys) != len(value.elements):
+            raise malformed("a map has not as many keys as values")
+        result = {decode_text(key): from_value(one, depth - 1)
+                  for key, one in zip(value.keys, value.elements)}
+        if len(result) != len(value.keys):
+            raise malformed("a map has a key twice")
+        return result
+    raise malformed("a value is of an unknown type")
+
+
+def type_of(thing: Any) -> int:
+    """The Value.Type of a value in Python."""
+    return to_value(thing).type
+
+
+def type_name(kind: int) -> str:
+    return _TYPE_NAMES.get(kind, "unknown")
+
+
+# --- Errors ----------------------------------------------------------------------------------
+
+def to_error(error: Error, by_method: bool) -> pb.Error:
+    return pb.Error(cause=pb.Error.Cause.Name(int(error.cause)), text=plain_text(error.text), by_method=by_method)
+
+
+def cause_of(error: pb.Error) -> Cause:
+    try:
+        return Cause(error.cause)
+    except ValueError:
+        return Cause.INTERNAL
+
+
+# --- Descriptions ----------------------------------------------------------------------------
+
+class MethodInfo(NamedTuple):
+    """Description of a method."""
+
+    name: str
+    signature: str  #: for instance "rasta(duration: float)"
+    description: str
+
+
+class ModuleInfo(NamedTuple):
+    """Description of a module of a robot."""
+
+    name: str
+    description: str
+    methods: List[MethodInfo]
+    has_values: bool  #: its values can be watched
+    has_frames: bool  #: it has cameras that can be watched
+
+
+def from_module(module: pb.Module) -> ModuleInfo:
+    return ModuleInfo(
+        module.name, module.description,
+        [MethodInfo(method.name, method.signature, method.description)
+         for method in module.methods], module.has_values, module.has_frames)
+
+
+def to_module(info: ModuleInfo) -> pb.Module:
+    return pb.Module(
+        name=plain_text(info.name), description=plain_text(info.description),
+        has_values=info.has_values, has_frames=info.has_frames,
+        methods=[pb.Method(name=plain_text(method.name), signature=plain_text(method.signature),
+                           description=plain_text(method.description))
+                 for method in info.methods])
+
+
+class KeyInfo(NamedTuple):
+    """Description of a key."""
+
+    name: str  #: path with "/", for instance "Joint/HeadYaw/Position"
+    unit: str  #: for instance "rad"; may be empty
+    description: str
+    type: str  #: type of the value when the robot described it; it may change
+    writable: bool
+
+
+def from_key(key: pb.Key) -> KeyInfo:
+    if key.id == 0 or not key.name:
+        raise malformed("a key has no identifier or no name")
+    return KeyInfo(key.name, key.unit, key.description, type_name(key.type), key.writable)
+
+
+class TimedValue(NamedTuple):
+    """A value of a subscription, with its time stamp in microseconds since 1970."""
+
+    key: int
+    value: Any
+    time: int
+
+
+# Times from the network are clamped to the years 1970 to 9999.
+_LATEST = 253_402_300_799_999_999
+
+
+def from_values(values: pb.Values) -> List[TimedValue]:
+    """The values of an update."""
+    ids = [*values.float_ids, *values.int_ids, *values.other_ids]
+    offsets = values.time_offsets
+    if (len(values.float_ids) != len(values.floats) or len(values.int_ids) != len(values.ints)
+            or len(values.other_ids) != len(values.others)
+            or len(offsets) not in (0, len(ids))):
+        raise malformed("values and their keys are not equally many")
+    things: List[Any] = [*values.floats, *values.ints,
+                         *(from_value(other) for other in values.others)]
+    times = [values.time + offset for offset in offsets] if offsets else [values.time] * len(ids)
+    return [TimedValue(key, thing, min(max(time, 0), _LATEST))
+            for key, thing, time in zip(ids, things, times)]
+
+
+def to_values(changes: Iterable[TimedValue]) -> pb.Values:
+    """The opposite of from_values(). A value that cannot be sent becomes nothing."""
+    floats: List[TimedValue] = []
+    ints: List[TimedValue] = []
+    others: List[TimedValue] = []
+    for change in changes:
+        kind = type(change.value)
+        (floats if kind is float else ints if kind is int else others).append(change)
+    ordered = floats + ints + others
+    base = max((change.time for change in ordered), default=0)
+    offsets = [change.time - base for change in ordered]
+    return pb.Values(
+        time=base, time_offsets=offsets if any(offsets) else [],
+        float_ids=[one.key for one in floats], floats=[one.value for one in floats],
+        int_ids=[one.key for one in ints], ints=[one.value for one in ints],
+        other_ids=[one.key for one in others],
+        others=[to_value(one.value) for one in others])
+
+
+# --- Frames ----------------------------------------------------------------------------------
+
+FORMATS: Dict[str, int] = {
+    "rgb": pb.FrameHeader.RGB888, "yuv422": pb.FrameHeader.YUV422,
+    "grey": pb.FrameHeader.GREY8, "jpeg": pb.FrameHeader.JPEG,
+}
+_FORMAT_NAMES = {number: name for name, number in FORMATS.items()}
+#: Bytes of a pixel. JPEG has no rows.
+PIXEL_SIZES = {"rgb": 3, "yuv422": 2, "grey": 1}
+
+
+def format_name(header: pb.FrameHeader) -> str:
+    """The name of a frame's format; "unknown" for another one than those of FORMATS."""
+    return _FORMAT_NAMES.get(header.format, "unknown")
+
+
+def check_frame(kind: str, width: int, height: int, stride: int, size: int) -> Optional[str]:
+    """Returns the reason for which such a frame is damaged, or None."""
+    if kind not in FORMATS:
+        return "its format is unknown"
+    if width < 1 or height < 1 or size < 1:
+        return "it is empty"
+    if kind == "jpeg":
+        return None
+    row = width * PIXEL_SIZES[kind]
+    if kind == "yuv422" and width % 2:
+        return "its width is odd"
+    if stride < row:
+        return "its rows are longer than their stride"
+    if stride * (height - 1) + row > size:
+        return "it has too few bytes for its size"
+    return None
+
+
+# --- Messages in parts -----------------------------------------------------------------------
+
+Message = TypeVar("Message", pb.ClientMessage, pb.ServerMessage)
+
+
+def in_parts(message: Message) -> Iterator[Message]:
+    """A message as the messages in which it travels to a peer that accepts parts."""
+    if message.ByteSize() <= PART_SIZE:
+        yield message
+        return
+    data = message.SerializeToString()
+    for start in range(0, len(data), PART_SIZE):
+        end = start + PART_SIZE
+        yield type(message)(fragment=pb.Fragment(data=data[start:end], last=end >= len(data)))
+
+
+class Assembler:
+    """Assembles messages that arrive in parts."""
+
+    def __init__(self, largest: int) -> None:
+        self._largest = largest
+        self._parts: List[bytes] = []
+        self._size = 0
+
+    def take(self, message: Message) -> Optional[Message]:
+        """Returns a whole message, or None while parts of it are missing."""
+        if message.WhichOneof("content") != "fragment":
+            return message
+        self._parts.append(message.fragment.data)
+        self._size += len(message.fragment.data)
+        if self._size > self._largest or len(self._parts) > self._largest // 1024 + 1:
+            raise malformed("a message in parts is too large")
+        if not message.fragment.last:
+            return None
+        data = b"".join(self._parts)
+        self._parts, self._size = [], 0
+        try:
+            whole: Message = type(message).FromString(data)
+        except Exception as error:  # DecodeError, whose place differs between implementations
+            raise malformed("a message in parts cannot be read") from error
+        if whole.WhichOneof("content") == "fragment":
+            raise malformed("a part has parts")
+        return whole
+
+
+def options(message_limit: int) -> List[Tuple[str, Any]]:
+    """Options of gRPC for a channel or server."""
+    return [
+        ("grpc.max_receive_message_length", message_limit + BATCH_OVERHEAD),
+        ("grpc.max_send_message_length", message_limit + BATCH_OVERHEAD),
+    ]

@@ -1,0 +1,1 @@
+"""The messages of the protocol, generated from robaxi.proto."""
