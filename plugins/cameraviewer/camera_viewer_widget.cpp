@@ -141,6 +141,7 @@ void CameraViewerWidget::xConnect() {
     connect(this, &ViewerWidget::newsArrived, fSession, &CameraSession::takeNews);
     connect(this, &ViewerWidget::seenChanged, fSession, &CameraSession::setSeen);
     connect(this, &ViewerWidget::linkEnded, this, [this] {
+        xRememberView();  // for a viewer that is opened next
         fSession->end(linkState());
         fCapture->stopRecording();
     });

@@ -65,4 +65,16 @@ bool makeBusy(QWidget* viewer) {
     return figureOf(viewer, QStringLiteral("frames")) >= frames;
 }
 
+QStringList viewKeys() {
+    return {"1"};
+}
+
+bool isViewChanged(QWidget* viewer) {
+    return readoutOf(viewer).contains(QString::fromUtf8("  ·  100 %"));
+}
+
+bool isViewSaved() {
+    return savedValue(QStringLiteral("/view/zoom")).toDouble() == 1;
+}
+
 }  // namespace obvista_test::viewer_case

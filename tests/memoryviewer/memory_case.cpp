@@ -2,6 +2,7 @@
 #include "viewer_driver.h"
 
 #include <QAbstractItemModel>
+#include <QLineEdit>
 #include <QTreeView>
 
 #include <string>
@@ -59,6 +60,18 @@ bool saysClosed(QWidget* viewer) {
 
 bool makeBusy(QWidget* viewer) {
     return isLive(viewer);
+}
+
+QStringList viewKeys() {
+    return {"ctrl+f", "ctrl+a", "V", "o", "l", "t"};
+}
+
+bool isViewChanged(QWidget* viewer) {
+    return filterOf(viewer)->text() == QLatin1String("Volt") && isLive(viewer);
+}
+
+bool isViewSaved() {
+    return savedValue(QStringLiteral("/filter")) == QLatin1String("Volt");
 }
 
 }  // namespace obvista_test::viewer_case

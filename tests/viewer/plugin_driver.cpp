@@ -3,6 +3,7 @@
 #include <QDockWidget>
 #include <QLabel>
 #include <QPluginLoader>
+#include <QSettings>
 #include <QTest>
 
 #include <project_files.h>
@@ -63,6 +64,17 @@ void PluginDriver::xOnDisconnected(WidgetInterface* plugin) {
 
 QString pluginLibrary(const QString& pluginName) {
     return QString::fromStdString(builtFile("lib/obvista/lib" + pluginName.toStdString() + ".so"));
+}
+
+QVariant savedValue(const QString& endOfName) {
+    QSettings settings;
+    settings.sync();
+    for (const QString& name : settings.allKeys()) {
+        if (name.endsWith(endOfName)) {
+            return settings.value(name);
+        }
+    }
+    return {};
 }
 
 QString labelText(QWidget* viewer, const char* objectName) {

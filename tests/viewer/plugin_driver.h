@@ -7,6 +7,7 @@
 #include <QMainWindow>
 #include <QPointer>
 #include <QString>
+#include <QVariant>
 
 #include <functional>
 #include <string>
@@ -56,6 +57,12 @@ class PluginDriver : public QObject {
 
 /** Returns the path of a plugin's library in the build tree. */
 QString pluginLibrary(const QString& pluginName);
+
+/**
+ * Returns a value of the settings' file, where another process may have written it. The first
+ * value whose name ends so; invalid if there is none.
+ */
+QVariant savedValue(const QString& endOfName);
 
 /** Returns the text of a viewer's label; empty if it is hidden or missing. */
 QString labelText(QWidget* viewer, const char* objectName);

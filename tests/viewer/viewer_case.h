@@ -2,6 +2,7 @@
 #define OBVISTA_TESTS_VIEWER_CASE_H
 
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 
@@ -49,6 +50,14 @@ bool saysClosed(QWidget* viewer);
  * to end.
  */
 bool makeBusy(QWidget* viewer);
+
+/** Returns keys, as xdotool names them, that change the view; pressing them again changes nothing.
+ */
+QStringList viewKeys();
+/** Returns true if a live viewer shows the view that the keys have chosen. */
+bool isViewChanged(QWidget* viewer);
+/** Returns true if the settings' file contains that view, for any robot. */
+bool isViewSaved();
 
 }  // namespace viewer_case
 }  // namespace obvista_test
