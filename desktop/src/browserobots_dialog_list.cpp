@@ -157,7 +157,8 @@ void BrowseRobotsDialog::xShowNoMiddleware(QTreeWidgetItem* row) const {
 
 QIcon BrowseRobotsDialog::xProfileIcon(const KV::BonjourProfile& profile,
                                        const QString& fileIcon) const {
-    if (profile.hasBitmapBinary()) {
+    // Larger bytes are refused, and copying them at every update would take most of its time.
+    if (profile.hasBitmapBinary() && profile.bitmapSize() <= a_mostRobotPictureBytes) {
         const KVCriticalSectionRead profileLock(profile.fMutex);
         const QImage image = pictureOf(profile.getBitmapBinary());
         if (!image.isNull()) {

@@ -22,7 +22,6 @@ namespace {
 constexpr std::array a_formats{"bmp", "gif", "ico", "jpeg", "pbm",
                                "pgm", "png", "ppm", "xbm",  "xpm"};
 
-constexpr int a_mostBytes = 512 * 1024;
 constexpr int a_mostBytesOfText = 40 * 1024;  // PBM, PGM, PPM, XBM, XPM: read one by one
 
 const char a_pngSignature[] = "\x89PNG\r\n\x1a\n";
@@ -78,7 +77,7 @@ QByteArray scanXpm(const QByteArray& bytes) {
 
 /** Returns bytes that can be decoded in a bounded time, or nothing. */
 QByteArray scanned(const QByteArray& bytes) {
-    if (bytes.size() > a_mostBytes) {
+    if (bytes.size() > a_mostRobotPictureBytes) {
         return {};
     }
     if (bytes.startsWith(a_pngSignature)) {

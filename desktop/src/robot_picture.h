@@ -9,6 +9,9 @@ namespace KD {
 /** Maximum width and height of a robot's picture in pixels. It is shown at 60 x 60. */
 constexpr int a_largestRobotPicture = 256;
 
+/** Maximum size of an accepted picture in bytes. */
+constexpr int a_mostRobotPictureBytes = 512 * 1024;
+
 /**
  * Decodes the picture that a robot serves as its icon. The format (one of Qt's own: BMP, GIF, ICO,
  * JPEG, PBM, PGM, PNG, PPM, XBM, XPM) is detected from the bytes. May be called on any thread.

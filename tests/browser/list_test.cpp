@@ -18,6 +18,12 @@
 #include <QtEndian>
 #include <QtTest>
 
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <new>
+#include <string>
+
 using KD::BrowseRobotsDialog;
 using obvista_test::Announced;
 
@@ -63,7 +69,28 @@ QColor colorOf(const QIcon& icon) {
     return image.isNull() ? QColor() : image.pixelColor(image.rect().center());
 }
 
+/** Size in bytes of the largest block of memory allocated since it was set to 0. */
+std::atomic<std::size_t> largestBlock{0};
+
 }  // namespace
+
+// Replaces those of the C++ library, which the middleware's values use too.
+void* operator new(std::size_t size) {
+    largestBlock = std::max(largestBlock.load(), size);
+    void* const block = std::malloc(size == 0 ? 1 : size);
+    if (block == nullptr) {
+        throw std::bad_alloc();
+    }
+    return block;
+}
+
+void operator delete(void* block) noexcept {
+    std::free(block);
+}
+
+void operator delete(void* block, std::size_t /*size*/) noexcept {
+    std::free(block);
+}
 
 class ListTest : public QObject {
     Q_OBJECT
@@ -450,6 +477,19 @@ class ListTest : public QObject {
         setIcon(announced.robot("a.local", 9559, ""), iconFile(png({64, 64}, Qt::magenta)));
         auto dialog = makeDialog();
         QCOMPARE(typeColor(*dialog, 0), QColor(Qt::magenta));
+    }
+
+    /** A picture of the largest body that is downloaded; it would be copied at every update. */
+    void refusedBytesAreNotCopied() {
+        constexpr int bytes = 4 * 1024 * 1024;
+        Announced announced;
+        setIcon(announced.robot("robot1.local", 9559, "10.0.0.1"), QByteArray(bytes, 'x'));
+        auto dialog = makeDialog();
+        largestBlock = 0;
+        dialog->updateRobotList();
+        QVERIFY(largestBlock > 0);
+        QVERIFY2(largestBlock < bytes, std::to_string(largestBlock).c_str());
+        QCOMPARE(typeColor(*dialog, 0), QColor(Qt::green));
     }
 
     void largestAllowedPictureIsShown() {

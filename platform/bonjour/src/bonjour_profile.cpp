@@ -15,8 +15,12 @@ bool BonjourProfile::hasService(const std::string& type) const {
 }
 
 bool BonjourProfile::hasBitmapBinary() const {
+    return bitmapSize() > 0;
+}
+
+int BonjourProfile::bitmapSize() const {
     const std::lock_guard<std::mutex> lock(fBitmapMutex);
-    return fBitmap.type() == KVValue::Type::Binary && fBitmap.getSize() > 0;
+    return fBitmap.type() == KVValue::Type::Binary ? fBitmap.getSize() : 0;
 }
 
 KVValue BonjourProfile::getBitmapBinary() const {

@@ -30,7 +30,7 @@ struct BonjourService {
  *
  * The discovery library creates the profiles and updates fHostName and fServices in place; fIP
  * belongs to the users of the library. BonjourDiscovery::fRobaxsMapMutex guards these members. The
- * icon has a separate lock inside the profile, so its three operations may be called from any
+ * icon has a separate lock inside the profile, so its operations may be called from any
  * thread, with or without another lock.
  */
 class BONJOUR_EXPORT BonjourProfile {
@@ -55,7 +55,10 @@ class BONJOUR_EXPORT BonjourProfile {
     bool hasService(const std::string& type) const;
 
     bool hasBitmapBinary() const;
-    /** Returns the icon's bytes as downloaded, not decoded; Nothing if there is no icon. */
+    /** Returns the size of the icon in bytes, without copying it; 0 if there is no icon. */
+    int bitmapSize() const;
+    /** Returns a copy of the icon's bytes as downloaded, not decoded; Nothing if there is no icon.
+     */
     KVValue getBitmapBinary() const;
     void setBitmapBinary(const KVValue& bitmap);
 
