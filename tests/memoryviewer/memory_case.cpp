@@ -3,6 +3,7 @@
 
 #include <QAbstractItemModel>
 #include <QLineEdit>
+#include <QToolButton>
 #include <QTreeView>
 
 #include <string>
@@ -66,8 +67,13 @@ QStringList viewKeys() {
     return {"ctrl+f", "ctrl+a", "V", "o", "l", "t"};
 }
 
+/** Waits for the clear button too: a viewer that is deleted while it fades in leaks its animation.
+ */
 bool isViewChanged(QWidget* viewer) {
-    return filterOf(viewer)->text() == QLatin1String("Volt") && isLive(viewer);
+    const QLineEdit* filter = filterOf(viewer);
+    const auto* clear = filter->findChild<QToolButton*>();
+    return filter->text() == QLatin1String("Volt") && isLive(viewer) &&
+           clear->property("opacity").toReal() == 1;
 }
 
 bool isViewSaved() {
