@@ -200,7 +200,7 @@ void CameraBar::xShowSettings() {
  * the chosen one.
  */
 void CameraBar::xWant(const picture::CameraSettings& wanted) {
-    const picture::CameraSettings fitted = fittedSettings(fCamera, wanted);
+    const picture::CameraSettings fitted = picture::fittedSettings(fCamera, wanted);
     if (fitted == fCamera.fSettings) {
         xShowSettings();
         return;
@@ -224,7 +224,7 @@ CameraBar::Choices CameraBar::xSizes() const {
 CameraBar::Choices CameraBar::xFormats() const {
     std::vector<std::string> formats;
     for (const picture::CameraMode& mode :
-         modesOfSize(fCamera, fCamera.fSettings.fWidth, fCamera.fSettings.fHeight)) {
+         picture::modesOfSize(fCamera, fCamera.fSettings.fWidth, fCamera.fSettings.fHeight)) {
         for (const std::string& format : mode.fFormats) {
             if (std::find(formats.begin(), formats.end(), format) == formats.end()) {
                 formats.push_back(format);
@@ -241,7 +241,7 @@ CameraBar::Choices CameraBar::xFormats() const {
 CameraBar::Choices CameraBar::xRates() const {
     std::set<double> rates;
     for (const picture::CameraMode& mode :
-         modesOfSize(fCamera, fCamera.fSettings.fWidth, fCamera.fSettings.fHeight)) {
+         picture::modesOfSize(fCamera, fCamera.fSettings.fWidth, fCamera.fSettings.fHeight)) {
         const auto& formats = mode.fFormats;
         if (std::find(formats.begin(), formats.end(), fCamera.fSettings.fFormat) != formats.end()) {
             rates.insert(mode.fRates.begin(), mode.fRates.end());

@@ -260,7 +260,7 @@ void CameraSession::xRecallSettings() {
     }
     const std::optional<picture::CameraSettings> remembered = fMemory.settings(fChosen);
     if (remembered && *remembered != chosen->fSettings &&
-        fittedSettings(*chosen, *remembered) == *remembered) {
+        picture::fittedSettings(*chosen, *remembered) == *remembered) {
         xAskFor(*remembered);
     }
 }

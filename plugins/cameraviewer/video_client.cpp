@@ -96,7 +96,7 @@ void VideoClient::xChangeSettings(const std::string& camera,
     change.fWish = settings;
     try {
         change.fSettings = picture::readSettings(
-            fVideo->callValue("setSettings", {KVValue(camera), picture::settingsValue(settings)}));
+            fVideo->callValue("setSettings", {KVValue(camera), settings.toValue()}));
     } catch (const KVError& error) {
         change.fRefusal = error.toString();
     }

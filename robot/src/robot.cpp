@@ -201,15 +201,19 @@ void Robot::xMakeVideo() {
     if (!fOptions.fVideo) {
         return;
     }
-    fVideo = std::make_unique<Video>(xMakeCameras());
+    fVideo = std::make_unique<Video>();
+    fVideo->add(xMakeCameras());
     fModules.push_back(fVideo->module());
 }
 
-std::vector<std::unique_ptr<Camera>> Robot::xMakeCameras() const {
+std::vector<KVCamera> Robot::xMakeCameras() const {
     if (fOptions.fKind == Kind::Robot) {
         return makeHumanoidCameras(fPose ? fPose : movingBody(fOptions.fSeed));
     }
     return makeComputerCameras(
+        [video = fVideo.get()](const std::string& camera, const KVFrame& frame) {
+            video->publish(camera, frame);
+        },
         [complain = fOutput.fComplain](const std::string& line) { complain(base::oneLine(line)); });
 }
 

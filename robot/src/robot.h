@@ -66,7 +66,7 @@ class Robot : private SimControls {
     void xMakeMemories();
     void xMakeHumanoid();
     void xMakeVideo();
-    std::vector<std::unique_ptr<Camera>> xMakeCameras() const;
+    std::vector<KVCamera> xMakeCameras() const;
     void xMakeModules();
     void xStartWebServer();
     std::string xReadIcon() const;

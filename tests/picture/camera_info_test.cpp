@@ -35,7 +35,7 @@ KVValue cameraValue(const std::string& name, const KVValue::List& modes) {
     return KVValue(KVValue::Map{{"name", KVValue(name)},
                                 {"description", KVValue("looks ahead")},
                                 {"modes", KVValue(modes)},
-                                {"settings", settingsValue(CameraSettings{640, 480, "jpeg", 30})}});
+                                {"settings", CameraSettings{640, 480, "jpeg", 30}.toValue()}});
 }
 
 CameraInfo cameraWith(const std::vector<CameraMode>& modes) {
@@ -97,7 +97,7 @@ TEST(CameraInfo, BoundsWhatItTakes) {
 
 TEST(CameraInfo, WritesSettingsAsItReadsThem) {
     const CameraSettings settings{320, 240, "grey", 7.5};
-    EXPECT_EQ(readSettings(settingsValue(settings)), settings);
+    EXPECT_EQ(readSettings(settings.toValue()), settings);
     EXPECT_EQ(readSettings(KVValue(1)), CameraSettings());
 }
 
@@ -137,8 +137,8 @@ const CameraInfo a_camera{"eye",
 
 TEST(CameraInfo, IsToldAsTheDocumentsSay) {
     const KVValue::Map settings{{"width", 320}, {"height", 240}, {"format", "jpeg"}, {"rate", 5.0}};
-    EXPECT_EQ(settingsValue(a_camera.fSettings), KVValue(settings));
-    const KVValue::Map camera = cameraValue(a_camera).toMap();
+    EXPECT_EQ(a_camera.fSettings.toValue(), KVValue(settings));
+    const KVValue::Map camera = a_camera.toValue().toMap();
     EXPECT_EQ(camera.at("name"), KVValue("eye"));
     EXPECT_EQ(camera.at("description"), KVValue("An eye"));
     EXPECT_EQ(camera.at("settings"), KVValue(settings));
@@ -150,7 +150,7 @@ TEST(CameraInfo, IsToldAsTheDocumentsSay) {
 }
 
 TEST(CameraInfo, IsReadAsItIsTold) {
-    EXPECT_THAT(readCameras(KVValue::List{cameraValue(a_camera)}), ElementsAre(a_camera));
+    EXPECT_THAT(readCameras(KVValue::List{a_camera.toValue()}), ElementsAre(a_camera));
 }
 
 }  // namespace

@@ -118,21 +118,6 @@ std::tuple<std::int64_t, bool, double> distance(const CameraMode& mode,
 
 }  // namespace
 
-bool CameraSettings::operator==(const CameraSettings& other) const {
-    return fWidth == other.fWidth && fHeight == other.fHeight && fFormat == other.fFormat &&
-           fRate == other.fRate;
-}
-
-bool CameraMode::operator==(const CameraMode& other) const {
-    return fWidth == other.fWidth && fHeight == other.fHeight && fFormats == other.fFormats &&
-           fRates == other.fRates;
-}
-
-bool CameraInfo::operator==(const CameraInfo& other) const {
-    return fName == other.fName && fDescription == other.fDescription && fModes == other.fModes &&
-           fSettings == other.fSettings;
-}
-
 std::vector<CameraInfo> readCameras(const KVValue& answer) {
     std::vector<CameraInfo> cameras;
     std::set<std::string> names;
@@ -156,28 +141,6 @@ CameraSettings readSettings(const KVValue& value) {
         settings.fRate = found != value.toMap().end() ? rate(found->second) : 0;
     }
     return settings;
-}
-
-KVValue settingsValue(const CameraSettings& settings) {
-    return KVValue(KVValue::Map{{"width", KVValue(settings.fWidth)},
-                                {"height", KVValue(settings.fHeight)},
-                                {"format", KVValue(settings.fFormat)},
-                                {"rate", KVValue(settings.fRate)}});
-}
-
-KVValue cameraValue(const CameraInfo& camera) {
-    KVValue::List modes;
-    for (const CameraMode& mode : camera.fModes) {
-        modes.push_back(
-            KVValue::Map{{"width", mode.fWidth},
-                         {"height", mode.fHeight},
-                         {"formats", KVValue::List(mode.fFormats.begin(), mode.fFormats.end())},
-                         {"rates", KVValue::List(mode.fRates.begin(), mode.fRates.end())}});
-    }
-    return KVValue::Map{{"name", camera.fName},
-                        {"description", camera.fDescription},
-                        {"modes", modes},
-                        {"settings", settingsValue(camera.fSettings)}};
 }
 
 std::vector<CameraMode> modesOfSize(const CameraInfo& camera, int width, int height) {

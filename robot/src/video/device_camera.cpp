@@ -102,7 +102,7 @@ std::vector<CameraMode> modesOf(const CaptureDevice& device) {
 /** Its first settings are those closest to 640x480 at thirty frames a second. */
 picture::CameraInfo infoOf(const std::string& name, const CaptureDevice& device) {
     picture::CameraInfo info{name, device.fText, modesOf(device), {}};
-    info.fSettings = fittedSettings(info, {640, 480, "jpeg", 30});
+    info.fSettings = picture::fittedSettings(info, {640, 480, "jpeg", 30});
     return info;
 }
 
@@ -260,10 +260,10 @@ class DeviceCamera::Pipeline {
 
 DeviceCamera::DeviceCamera(const std::string& name, const CaptureDevice& device,
                            std::function<void(const std::string&)> complain)
-    : Camera(infoOf(name, device)),
+    : fDescription(infoOf(name, device)),
       fDevice(device),
       fComplain(std::move(complain)),
-      fSettings(description().fSettings) {
+      fSettings(fDescription.fSettings) {
     startGStreamer();
 }
 

@@ -1,8 +1,10 @@
 #ifndef OBVISTA_ROBOT_VIDEO_DEVICE_CAMERA_H
 #define OBVISTA_ROBOT_VIDEO_DEVICE_CAMERA_H
 
-#include "video/camera.h"
 #include "video/capture_device.h"
+
+#include <picture/camera_info.h>
+#include <robaxi/kv_frame.h>
 
 #include <functional>
 #include <memory>
@@ -13,10 +15,14 @@ namespace robot {
 
 /**
  * A camera of this computer, accessed through GStreamer. It has the device's sizes and rates;
- * formats that the device does not deliver are converted from those that it does.
+ * formats that the device does not deliver are converted from those that it does. All operations
+ * may be called from any thread.
  */
-class DeviceCamera : public Camera {
+class DeviceCamera {
   public:
+    /** Receives a frame, on a thread of the camera, one call at a time. */
+    using Sink = std::function<void(const KVFrame&)>;
+
     /**
      * Does not access the device before it is started.
      *
@@ -27,12 +33,25 @@ class DeviceCamera : public Camera {
      */
     DeviceCamera(const std::string& name, const CaptureDevice& device,
                  std::function<void(const std::string&)> complain);
-    ~DeviceCamera() override;
+    ~DeviceCamera();
+    DeviceCamera(const DeviceCamera&) = delete;
+    DeviceCamera& operator=(const DeviceCamera&) = delete;
 
-    picture::CameraSettings settings() const override;
-    void apply(const picture::CameraSettings& settings) override;
-    void start(Sink sink) override;
-    void stop() override;
+    /** Has its first settings, not the present ones. */
+    const picture::CameraInfo& description() const { return fDescription; }
+    picture::CameraSettings settings() const;
+
+    /**
+     * Applies the settings from the next picture on; the stream is not interrupted.
+     *
+     * @param settings settings that match one of its modes
+     */
+    void apply(const picture::CameraSettings& settings);
+
+    /** Starts making frames; does nothing if it is already running. */
+    void start(Sink sink);
+    /** Stops; returns when the sink is no longer being called. */
+    void stop();
 
   private:
     class Pipeline;
@@ -40,6 +59,7 @@ class DeviceCamera : public Camera {
     void xStartPipeline();
     void xEndPipeline();
 
+    const picture::CameraInfo fDescription;
     const CaptureDevice fDevice;
     const std::function<void(const std::string&)> fComplain;
     mutable std::mutex fMutex;  // guards the following members

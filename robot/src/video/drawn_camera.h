@@ -1,53 +1,35 @@
 #ifndef OBVISTA_ROBOT_VIDEO_DRAWN_CAMERA_H
 #define OBVISTA_ROBOT_VIDEO_DRAWN_CAMERA_H
 
-#include "video/camera.h"
 #include "video/canvas.h"
 #include "video/frame_encoder.h"
-#include "video/pacer.h"
 
-#include <condition_variable>
-#include <cstdint>
-#include <mutex>
-#include <thread>
+#include <robaxi/kv_camera.h>
+#include <robaxi/kv_frame.h>
+
+#include <functional>
+#include <utility>
 
 namespace robot {
 
-/** A camera with drawn pictures, with number and time of each frame drawn across the top. */
-class DrawnCamera : public Camera {
+/**
+ * A camera with drawn pictures, with number and time of each frame drawn across the top. For one
+ * thread at a time.
+ */
+class DrawnCamera {
   public:
-    /** Draws the whole current picture; called on the camera's thread. */
+    /** Draws the whole current picture. */
     using Draw = std::function<void(Canvas& canvas)>;
 
-    DrawnCamera(const picture::CameraInfo& description, Draw draw);
-    ~DrawnCamera() override;
+    explicit DrawnCamera(Draw draw) : fDraw(std::move(draw)) {}
 
-    picture::CameraSettings settings() const override;
-    void apply(const picture::CameraSettings& settings) override;
-    void start(Sink sink) override;
-    void stop() override;
+    /** Completes a frame that has number and time. */
+    void makeFrame(const KVCameraSettings& settings, KVFrame& frame);
 
   private:
-    void xRun();
-    void xMakeNext(std::unique_lock<std::mutex>& lock);
-    void xMakeFrame(const picture::CameraSettings& settings, std::uint64_t number,
-                    const Sink& sink);
-
     const Draw fDraw;
-    // Used on the camera's thread.
     Canvas fCanvas;
     FrameEncoder fEncoder;
-
-    mutable std::mutex fMutex;  // guards the following members
-    std::condition_variable fWake;
-    picture::CameraSettings fSettings;
-    Sink fSink;    // empty while it is stopped
-    Pacer fPacer;  // for the current run
-    bool fIsBusy = false;
-    bool fStopping = false;
-    std::uint64_t fNumber = 0;
-
-    std::thread fThread;
 };
 
 }  // namespace robot

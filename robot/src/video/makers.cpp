@@ -13,8 +13,6 @@
 
 namespace robot {
 
-using picture::CameraMode;
-
 namespace {
 
 struct Size {
@@ -23,9 +21,9 @@ struct Size {
 };
 
 /** Returns all formats and rates for each size. */
-std::vector<CameraMode> modes(const std::vector<Size>& sizes, const std::vector<double>& rates) {
+std::vector<KVCameraMode> modes(const std::vector<Size>& sizes, const std::vector<double>& rates) {
     const std::vector<std::string> formats{"rgb", "yuv422", "grey", "jpeg"};
-    std::vector<CameraMode> result;
+    std::vector<KVCameraMode> result;
     result.reserve(sizes.size());
     for (const Size& size : sizes) {
         result.push_back({size.fWidth, size.fHeight, formats, rates});
@@ -33,52 +31,73 @@ std::vector<CameraMode> modes(const std::vector<Size>& sizes, const std::vector<
     return result;
 }
 
-std::vector<CameraMode> largeModes() {
+std::vector<KVCameraMode> largeModes() {
     return modes({{160, 120}, {320, 240}, {640, 480}, {1280, 720}}, {1, 5, 10, 15, 30});
 }
 
-std::unique_ptr<Camera> makeTestCamera() {
-    return std::make_unique<DrawnCamera>(
-        picture::CameraInfo{"test",
-                            "A test picture: this computer has no camera",
-                            largeModes(),
-                            {640, 480, "jpeg", 30}},
-        [](Canvas& canvas) {
-            drawTestCard(canvas, static_cast<double>(base::microsecondsNow()) /
-                                     base::a_microsecondsPerSecond);
-        });
+KVCamera drawnCamera(const KVCameraInfo& info, DrawnCamera::Draw draw) {
+    const auto camera = std::make_shared<DrawnCamera>(std::move(draw));
+    return {info, [camera](const KVCameraSettings& settings, KVFrame& frame) {
+                camera->makeFrame(settings, frame);
+            }};
+}
+
+KVCamera deviceCamera(const std::string& name, const CaptureDevice& device, const Publish& publish,
+                      const std::function<void(const std::string&)>& complain) {
+    const auto camera = std::make_shared<DeviceCamera>(name, device, complain);
+    const auto watch = [camera, name, publish](bool isWatched) {
+        if (isWatched) {
+            camera->start([name, publish](const KVFrame& frame) { publish(name, frame); });
+        } else {
+            camera->stop();
+        }
+    };
+    return {camera->description(),
+            {},
+            [camera](const KVCameraSettings& settings) { camera->apply(settings); },
+            watch};
+}
+
+KVCamera testCamera() {
+    return drawnCamera({"test",
+                        "A test picture: this computer has no camera",
+                        largeModes(),
+                        {640, 480, "jpeg", 30}},
+                       [](Canvas& canvas) {
+                           drawTestCard(canvas, static_cast<double>(base::microsecondsNow()) /
+                                                    base::a_microsecondsPerSecond);
+                       });
 }
 
 }  // namespace
 
-std::vector<std::unique_ptr<Camera>> makeHumanoidCameras(std::function<Pose()> pose) {
-    std::vector<std::unique_ptr<Camera>> cameras;
-    cameras.push_back(std::make_unique<DrawnCamera>(
-        picture::CameraInfo{
-            "head", "Between the eyes, turns with the head", largeModes(), {640, 480, "jpeg", 30}},
+std::vector<KVCamera> makeHumanoidCameras(std::function<Pose()> pose) {
+    std::vector<KVCamera> cameras;
+    cameras.push_back(drawnCamera(
+        {"head", "Between the eyes, turns with the head", largeModes(), {640, 480, "jpeg", 30}},
         [pose](Canvas& canvas) { drawHeadView(canvas, pose()); }));
-    cameras.push_back(std::make_unique<DrawnCamera>(
-        picture::CameraInfo{"chest",
-                            "Below the neck, looks at the hands",
-                            modes({{160, 120}, {320, 240}, {640, 480}}, {1, 5, 10, 15}),
-                            {320, 240, "rgb", 15}},
-        [pose = std::move(pose)](Canvas& canvas) { drawChestView(canvas, pose()); }));
+    cameras.push_back(
+        drawnCamera({"chest",
+                     "Below the neck, looks at the hands",
+                     modes({{160, 120}, {320, 240}, {640, 480}}, {1, 5, 10, 15}),
+                     {320, 240, "rgb", 15}},
+                    [pose = std::move(pose)](Canvas& canvas) { drawChestView(canvas, pose()); }));
     return cameras;
 }
 
-std::vector<std::unique_ptr<Camera>> makeComputerCameras(
-    const std::function<void(const std::string&)>& complain) {
-    std::vector<std::unique_ptr<Camera>> cameras;
+std::vector<KVCamera> makeComputerCameras(const Publish& publish,
+                                          const std::function<void(const std::string&)>& complain) {
+    std::vector<KVCamera> cameras;
     try {
         for (const CaptureDevice& device : findCaptureDevices(complain)) {
-            cameras.push_back(std::make_unique<DeviceCamera>(
-                "camera" + std::to_string(cameras.size()), device, complain));
+            cameras.push_back(
+                deviceCamera("camera" + std::to_string(cameras.size()), device, publish, complain));
         }
     } catch (const std::runtime_error& failure) {
         complain(failure.what());
     }
     if (cameras.empty()) {
-        cameras.push_back(makeTestCamera());
+        cameras.push_back(testCamera());
     }
     return cameras;
 }

@@ -2,30 +2,35 @@
 #define OBVISTA_ROBOT_VIDEO_MAKERS_H
 
 #include "body/humanoid_body.h"
-#include "video/camera.h"
+
+#include <robaxi/kv_frame.h>
+#include <robaxi/kv_video_module.h>
 
 #include <functional>
-#include <memory>
 #include <string>
 #include <vector>
 
 namespace robot {
+
+/** Sends a frame of a camera; called from the cameras' threads. */
+using Publish = std::function<void(const std::string& camera, const KVFrame& frame)>;
 
 /**
  * Creates the humanoid's cameras: "head" and "chest".
  *
  * @param pose returns the current pose; called from the cameras' threads
  */
-std::vector<std::unique_ptr<Camera>> makeHumanoidCameras(std::function<Pose()> pose);
+std::vector<KVCamera> makeHumanoidCameras(std::function<Pose()> pose);
 
 /**
  * Creates the cameras of this computer: "camera0" and so on, or "test" with a test picture if it
  * has none.
  *
+ * @param publish sends the frames of the devices
  * @param complain called with a message for each failure, on any thread
  */
-std::vector<std::unique_ptr<Camera>> makeComputerCameras(
-    const std::function<void(const std::string&)>& complain);
+std::vector<KVCamera> makeComputerCameras(const Publish& publish,
+                                          const std::function<void(const std::string&)>& complain);
 
 }  // namespace robot
 

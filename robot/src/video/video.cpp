@@ -1,11 +1,7 @@
 #include "video/video.h"
 
-#include "video/camera_settings.h"
-
 #include <base/safe_text.h>
 #include <robaxi/kv_error.h>
-
-#include <boost/make_shared.hpp>
 
 #include <algorithm>
 
@@ -13,39 +9,53 @@ namespace robot {
 
 namespace {
 
-constexpr std::size_t a_longestShown = 100;  // bytes of a client's text in a refusal
-
-KVError noSuchCamera(const std::string& name) {
-    return {
-        KVError::Cause::RaisedByModule,
-        "The robot has no camera '" + base::oneLine(base::shortened(name, a_longestShown)) + "'."};
-}
-
-/** The description of a camera with its present settings. */
-picture::CameraInfo infoOf(const Camera& camera) {
-    picture::CameraInfo info = camera.description();
-    info.fSettings = camera.settings();
-    return info;
+/** Applies a fault; returns false if the frame is not sent. */
+bool spoil(KVFrame& frame, FrameTrouble trouble) {
+    if (trouble == FrameTrouble::Stopped) {
+        return false;
+    }
+    frame = spoilt(frame, trouble);
+    return true;
 }
 
 }  // namespace
 
-Video::Video(std::vector<std::unique_ptr<Camera>> cameras)
-    : fFrames(boost::make_shared<KVFrameSource>()),
-      fModule(boost::make_shared<KVModule>("KVVideo", "The robot's cameras.")) {
-    for (std::unique_ptr<Camera>& camera : cameras) {
-        fFrames->addStream(camera->name());
-        fChannels.push_back(std::make_unique<Channel>());
-        fChannels.back()->fCamera = std::move(camera);
+Video::~Video() {
+    for (const auto& channel : fChannels) {
+        fModule->removeCamera(channel->name());
     }
-    fFrames->setDemandHandler(
-        [this](const std::string& name, int watchers) { xFollowDemand(name, watchers); });
-    xBindMethods();
-    fModule->setFrames(fFrames);
 }
 
-Video::~Video() {
-    fFrames->setDemandHandler({});
+void Video::add(const std::vector<KVCamera>& cameras) {
+    for (const KVCamera& camera : cameras) {
+        fChannels.push_back(std::make_unique<Channel>());
+        Channel& channel = *fChannels.back();
+        channel.fCamera = camera;
+        if (camera.fMakeFrame) {
+            channel.fCamera.fMakeFrame = [&channel, make = camera.fMakeFrame](
+                                             const KVCameraSettings& settings, KVFrame& frame) {
+                make(settings, frame);
+                if (!spoil(frame, channel.fTrouble)) {
+                    frame.fData.reset();
+                }
+            };
+        }
+    }
+    for (const auto& channel : fChannels) {
+        fModule->addCamera(channel->fCamera);
+    }
+}
+
+void Video::publish(const std::string& camera, const KVFrame& frame) {
+    KVFrame sent = frame;
+    if (!spoil(sent, xFind(camera).fTrouble)) {
+        return;
+    }
+    try {
+        fModule->publish(camera, sent);
+    } catch (const KVError&) {
+        // The camera has just been removed, or the frame is too large to be sent: it is dropped.
+    }
 }
 
 void Video::setTrouble(const std::string& camera, FrameTrouble trouble) {
@@ -54,72 +64,12 @@ void Video::setTrouble(const std::string& camera, FrameTrouble trouble) {
     const bool wasHere = channel.isHere();
     channel.fTrouble = trouble;
     if (wasHere && !channel.isHere()) {
-        fFrames->removeStream(camera);
-        channel.fCamera->stop();
+        channel.fCamera.fInfo.fSettings = fModule->getSettings(camera);
+        fModule->removeCamera(camera);
     }
     if (!wasHere && channel.isHere()) {
-        fFrames->addStream(camera);
+        fModule->addCamera(channel.fCamera);
     }
-}
-
-void Video::xBindMethods() {
-    fModule->bindMethod({"getCameras", "getCameras() -> list of map",
-                         "The cameras: name, description, modes and present settings of each."},
-                        {}, [this](const KVValue::List&) { return xDescriptions(); });
-    fModule->bindMethod({"getSettings", "getSettings(camera: string) -> map",
-                         "A camera's width, height, format and rate."},
-                        {KVValue::Type::String}, [this](const KVValue::List& arguments) {
-                            return xSettings(arguments[0].toString());
-                        });
-    fModule->bindMethod({"setSettings", "setSettings(camera: string, settings: map) -> map",
-                         "Changes what is named; says what the camera can do when it refuses."},
-                        {KVValue::Type::String, KVValue::Type::Map},
-                        [this](const KVValue::List& arguments) {
-                            return xChange(arguments[0].toString(), arguments[1].toMap());
-                        });
-}
-
-void Video::xFollowDemand(const std::string& name, int watchers) {
-    Channel& channel = xFind(name);
-    if (watchers == 0) {
-        channel.fCamera->stop();
-        return;
-    }
-    channel.fCamera->start([this, &channel](const KVFrame& frame) { xPublish(channel, frame); });
-}
-
-void Video::xPublish(const Channel& channel, const KVFrame& frame) {
-    const FrameTrouble trouble = channel.fTrouble;
-    if (trouble == FrameTrouble::Stopped) {
-        return;
-    }
-    try {
-        fFrames->publish(channel.name(), spoilt(frame, trouble));
-    } catch (const KVError&) {
-        // The camera has just been removed, or the frame is too large to be sent: it is dropped.
-    }
-}
-
-KVValue Video::xDescriptions() const {
-    KVValue::List cameras;
-    for (const auto& channel : fChannels) {
-        if (channel->isHere()) {
-            cameras.push_back(cameraValue(infoOf(*channel->fCamera)));
-        }
-    }
-    return cameras;
-}
-
-KVValue Video::xSettings(const std::string& name) const {
-    return settingsValue(xPresentCamera(name).settings());
-}
-
-KVValue Video::xChange(const std::string& name, const KVValue::Map& changes) {
-    const std::lock_guard change(fChangeMutex);
-    Camera& camera = xPresentCamera(name);
-    const picture::CameraSettings settings = changed(infoOf(camera), changes);
-    camera.apply(settings);
-    return settingsValue(settings);
 }
 
 Video::Channel& Video::xFind(const std::string& name) const {
@@ -127,17 +77,10 @@ Video::Channel& Video::xFind(const std::string& name) const {
         std::find_if(fChannels.begin(), fChannels.end(),
                      [&name](const auto& channel) { return channel->name() == name; });
     if (found == fChannels.end()) {
-        throw noSuchCamera(name);
+        throw KVError(KVError::Cause::InvalidArgument,
+                      "The robot has no camera '" + base::oneLine(name) + "'.");
     }
     return **found;
-}
-
-Camera& Video::xPresentCamera(const std::string& name) const {
-    const Channel& channel = xFind(name);
-    if (!channel.isHere()) {
-        throw noSuchCamera(name);
-    }
-    return *channel.fCamera;
 }
 
 }  // namespace robot

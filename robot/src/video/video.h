@@ -1,12 +1,11 @@
 #ifndef OBVISTA_ROBOT_VIDEO_VIDEO_H
 #define OBVISTA_ROBOT_VIDEO_VIDEO_H
 
-#include "video/camera.h"
 #include "video/frame_trouble.h"
 
-#include <robaxi/kv_frame_source.h>
-#include <robaxi/kv_module.h>
+#include <robaxi/kv_video_module.h>
 
+#include <boost/make_shared.hpp>
 #include <boost/shared_ptr.hpp>
 
 #include <atomic>
@@ -17,19 +16,22 @@
 
 namespace robot {
 
-/**
- * The robot's cameras and the module "KVVideo" for watching and configuring them (docs/video.md). A
- * camera without watchers rests. All operations may be called from any thread.
- */
+/** The robot's module "KVVideo", whose cameras can have faults. From any thread. */
 class Video {
   public:
-    explicit Video(std::vector<std::unique_ptr<Camera>> cameras);
+    Video() = default;
     /** Requires that the module is no longer hosted. */
     ~Video();
     Video(const Video&) = delete;
     Video& operator=(const Video&) = delete;
 
-    const boost::shared_ptr<KVModule>& module() const { return fModule; }
+    /** Adds the cameras. Call it once. */
+    void add(const std::vector<KVCamera>& cameras);
+
+    const boost::shared_ptr<KVVideoModule>& module() const { return fModule; }
+
+    /** Sends a frame of a camera that makes them by itself; its fault is applied. */
+    void publish(const std::string& camera, const KVFrame& frame);
 
     /**
      * Injects a fault into a camera.
@@ -41,26 +43,18 @@ class Video {
   private:
     /** A camera and its fault. */
     struct Channel {
-        std::unique_ptr<Camera> fCamera;
+        KVCamera fCamera;
         std::atomic<FrameTrouble> fTrouble{FrameTrouble::None};
 
-        const std::string& name() const { return fCamera->name(); }
+        const std::string& name() const { return fCamera.fInfo.fName; }
         bool isHere() const { return fTrouble != FrameTrouble::Removed; }
     };
 
-    void xBindMethods();
-    void xFollowDemand(const std::string& name, int watchers);
-    void xPublish(const Channel& channel, const KVFrame& frame);
-    KVValue xDescriptions() const;
-    KVValue xSettings(const std::string& name) const;
-    KVValue xChange(const std::string& name, const KVValue::Map& changes);
     Channel& xFind(const std::string& name) const;
-    Camera& xPresentCamera(const std::string& name) const;
 
-    boost::shared_ptr<KVFrameSource> fFrames;
-    boost::shared_ptr<KVModule> fModule;
-    std::mutex fChangeMutex;                          // one change of settings or fault at a time
-    std::vector<std::unique_ptr<Channel>> fChannels;  // not changed after construction
+    const boost::shared_ptr<KVVideoModule> fModule = boost::make_shared<KVVideoModule>();
+    std::mutex fChangeMutex;                          // one change of faults at a time
+    std::vector<std::unique_ptr<Channel>> fChannels;  // not changed after add()
 };
 
 }  // namespace robot

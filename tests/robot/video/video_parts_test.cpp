@@ -2,7 +2,6 @@
 #include "video/drawn_camera.h"
 #include "video/frame_encoder.h"
 #include "video/frame_trouble.h"
-#include "video/pacer.h"
 #include "video/robot_views.h"
 #include "video/stamp.h"
 #include "video/test_card.h"
@@ -25,14 +24,12 @@ using robot::Canvas;
 using robot::Colour;
 using robot::FrameEncoder;
 using robot::FrameTrouble;
-using robot::Pacer;
 using testing::Each;
 
 namespace {
 
 constexpr std::uint64_t a_number = 0x1'8000'0F0FU;
 constexpr std::int64_t a_time = 1'795'238'400'123'456;
-constexpr std::chrono::seconds a_patience(30);
 
 int luma(const Colour& colour) {
     return (299 * colour.fRed + 587 * colour.fGreen + 114 * colour.fBlue) / 1000;
@@ -238,65 +235,6 @@ TEST(FrameEncoder, greyIsTheLightOfTheColours) {
     }
 }
 
-const Pacer::Clock::time_point a_start = Pacer::Clock::time_point() + std::chrono::hours(1);
-
-TEST(Pacer, thirtyASecondDoNotDriftInAnHour) {
-    Pacer pacer;
-    pacer.start(a_start, 30);
-    for (int frame = 0; frame < 30 * 3600; ++frame) {
-        ASSERT_EQ(pacer.take(pacer.due()), 0U) << frame;
-    }
-    EXPECT_LT(std::chrono::abs(pacer.due() - (a_start + std::chrono::hours(1))),
-              std::chrono::microseconds(1));
-}
-
-TEST(Pacer, whatIsTooLateIsLeftOutAndCounted) {
-    Pacer pacer;
-    pacer.start(a_start, 10);
-    EXPECT_EQ(pacer.take(a_start), 0U);
-    EXPECT_EQ(pacer.take(a_start + std::chrono::milliseconds(450)), 3U);
-    EXPECT_EQ(pacer.due(), a_start + std::chrono::milliseconds(500));
-}
-
-TEST(Pacer, anotherRateHoldsFromTheLastFrameOn) {
-    Pacer pacer;
-    pacer.start(a_start, 1);
-    pacer.take(a_start);
-    pacer.setRate(a_start + std::chrono::milliseconds(10), 10);
-    EXPECT_EQ(pacer.due(), a_start + std::chrono::milliseconds(100));
-    pacer.take(pacer.due());
-    pacer.setRate(a_start + std::chrono::milliseconds(110), 1);
-    EXPECT_EQ(pacer.due(), a_start + std::chrono::milliseconds(1100));
-}
-
-TEST(Pacer, aFasterRateLeavesNoFrameOutForTheTimeBeforeIt) {
-    Pacer pacer;
-    pacer.start(a_start, 1);
-    pacer.take(a_start);
-    const auto later = a_start + std::chrono::milliseconds(500);
-    pacer.setRate(later, 30);
-    EXPECT_EQ(pacer.due(), later);
-    EXPECT_EQ(pacer.take(later), 0U);
-}
-
-TEST(Pacer, ofManyRatesBetweenTwoFramesTheLastHolds) {
-    Pacer pacer;
-    pacer.start(a_start, 1);
-    pacer.take(a_start);
-    pacer.setRate(a_start + std::chrono::milliseconds(10), 0.001);
-    pacer.setRate(a_start + std::chrono::milliseconds(20), 10);
-    EXPECT_EQ(pacer.due(), a_start + std::chrono::milliseconds(100));
-}
-
-TEST(Pacer, theFirstFrameStaysDueWhateverTheRateBecomes) {
-    Pacer pacer;
-    pacer.start(a_start, 30);
-    pacer.setRate(a_start + std::chrono::milliseconds(1), 0.001);
-    EXPECT_EQ(pacer.due(), a_start);
-    EXPECT_EQ(pacer.take(a_start + std::chrono::milliseconds(2)), 0U);
-    EXPECT_EQ(pacer.due(), a_start + std::chrono::seconds(1000));
-}
-
 class ViewsTest : public testing::Test {
   protected:
     Canvas headView() const {
@@ -436,135 +374,26 @@ TEST_F(FrameTroubleTest, aJpegLiesAboutItsSizeOrIsNone) {
     tjDestroy(decompressor);
 }
 
-/** Collects the frames of a camera. */
-class Frames {
-  public:
-    robot::Camera::Sink sink() {
-        return [this](const KVFrame& frame) {
-            const std::lock_guard lock(fMutex);
-            fFrames.push_back(frame);
-            fChanged.notify_all();
-        };
-    }
-
-    /** @throws std::runtime_error if there are not so many */
-    std::vector<KVFrame> waitFor(std::size_t count) {
-        return xWait([&] { return fFrames.size() >= count; });
-    }
-
-    /** @throws std::runtime_error if there is no such frame */
-    std::vector<KVFrame> waitUntil(const std::function<bool(const KVFrame&)>& last) {
-        return xWait([&] { return !fFrames.empty() && last(fFrames.back()); });
-    }
-
-    std::size_t count() {
-        const std::lock_guard lock(fMutex);
-        return fFrames.size();
-    }
-
-  private:
-    std::vector<KVFrame> xWait(const std::function<bool()>& condition) {
-        std::unique_lock lock(fMutex);
-        if (!fChanged.wait_for(lock, a_patience, condition)) {
-            throw std::runtime_error("only " + std::to_string(fFrames.size()) + " frames came");
-        }
-        return fFrames;
-    }
-
-    std::mutex fMutex;
-    std::condition_variable fChanged;
-    std::vector<KVFrame> fFrames;
-};
-
-class DrawnCameraTest : public testing::Test {
-  protected:
-    Frames fFrames;
-    std::atomic<int> fDrawn{0};
-    robot::DrawnCamera fCamera{{"test", "", {}, {160, 120, "rgb", 100}}, [this](Canvas& canvas) {
-                                   ++fDrawn;
-                                   robot::drawTestCard(canvas, 0);
-                               }};
-};
-
-TEST_F(DrawnCameraTest, framesCarryTheNumberAndTimeThatTheyShow) {
-    fCamera.start(fFrames.sink());
-    const std::vector<KVFrame> frames = fFrames.waitFor(3);
-    EXPECT_GE(frames[0].fNumber, 1U);
-    for (const KVFrame& frame : frames) {
+TEST(DrawnCamera, framesShowTheirNumberAndTime) {
+    int drawn = 0;
+    robot::DrawnCamera camera([&](Canvas& canvas) {
+        ++drawn;
+        robot::drawTestCard(canvas, 0);
+    });
+    for (const char* const format : {"rgb", "yuv422", "grey", "jpeg"}) {
+        KVFrame frame;
+        frame.fNumber = 7;
+        frame.fTime = 1234567;
+        camera.makeFrame({160, 120, format, 15}, frame);
+        EXPECT_EQ(frame.fNumber, 7U);
+        EXPECT_EQ(frame.fTime, 1234567);
+        EXPECT_EQ(frame.fWidth, 160U);
         const auto stamp = stampOf(Decoded(frame).picture());
-        ASSERT_TRUE(stamp);
+        ASSERT_TRUE(stamp) << format;
         EXPECT_EQ(stamp->fNumber, frame.fNumber);
         EXPECT_EQ(stamp->fTime, frame.fTime);
     }
-    EXPECT_GT(frames[1].fNumber, frames[0].fNumber);
-    EXPECT_GT(frames[1].fTime, frames[0].fTime);
-}
-
-TEST_F(DrawnCameraTest, theFirstFrameComesAtOnceHoweverLowTheRate) {
-    fCamera.apply({160, 120, "grey", 0.001});
-    fCamera.start(fFrames.sink());
-    EXPECT_EQ(fFrames.waitFor(1).front().fFormat, KVPixelFormat::Grey8);
-}
-
-TEST_F(DrawnCameraTest, nothingIsDrawnWhileItRests) {
-    EXPECT_EQ(fDrawn, 0);
-    fCamera.start(fFrames.sink());
-    fFrames.waitFor(2);
-    fCamera.stop();
-    const std::size_t count = fFrames.count();
-    EXPECT_EQ(static_cast<std::size_t>(fDrawn), count);
-    // At a rate at which only the first frame is due, the next frame shows what happened in
-    // between.
-    fCamera.apply({160, 120, "rgb", 0.001});
-    fCamera.start(fFrames.sink());
-    const std::vector<KVFrame> frames = fFrames.waitFor(count + 1);
-    EXPECT_EQ(frames[count].fNumber, frames[count - 1].fNumber + 1);
-    EXPECT_EQ(static_cast<std::size_t>(fDrawn), count + 1);
-}
-
-TEST_F(DrawnCameraTest, theFirstFrameComesAtOnceAfterTheShortestRestToo) {
-    constexpr std::size_t rests = 200;
-    fCamera.apply({160, 120, "grey", 0.001});
-    for (std::size_t rest = 0; rest < rests; ++rest) {
-        fCamera.start(fFrames.sink());
-        const std::vector<KVFrame> frames = fFrames.waitFor(rest + 1);
-        ASSERT_EQ(frames.size(), rest + 1);
-        EXPECT_EQ(frames.back().fNumber, frames.front().fNumber + rest);
-        fCamera.stop();
-    }
-}
-
-TEST_F(DrawnCameraTest, toStartItWhileItRunsDoesNotBreakItsRate) {
-    constexpr int starts = 200;
-    fCamera.apply({160, 120, "grey", 0.001});
-    fCamera.start(fFrames.sink());
-    fFrames.waitFor(1);
-    for (int start = 0; start < starts; ++start) {
-        fCamera.start(fFrames.sink());
-        std::this_thread::yield();
-    }
-    fCamera.stop();
-    EXPECT_EQ(fFrames.count(), 1U);
-}
-
-TEST_F(DrawnCameraTest, aChangeHoldsWithoutABreak) {
-    fCamera.start(fFrames.sink());
-    fFrames.waitFor(2);
-    fCamera.apply({320, 240, "jpeg", 50});
-    EXPECT_EQ(fCamera.settings().fWidth, 320);
-    const std::vector<KVFrame> frames =
-        fFrames.waitUntil([](const KVFrame& frame) { return frame.fWidth == 320; });
-    EXPECT_EQ(frames.back().fFormat, KVPixelFormat::Jpeg);
-    EXPECT_EQ(frames.front().fWidth, 160U);
-}
-
-TEST_F(DrawnCameraTest, aLowRateGivesWayToAHighOneAtOnce) {
-    fCamera.apply({160, 120, "rgb", 0.001});
-    fCamera.start(fFrames.sink());
-    fFrames.waitFor(1);
-    fCamera.apply({160, 120, "rgb", 2});
-    const std::vector<KVFrame> frames = fFrames.waitFor(2);
-    EXPECT_LT(frames[1].fTime - frames[0].fTime, 100'000'000);
+    EXPECT_EQ(drawn, 4);
 }
 
 }  // namespace

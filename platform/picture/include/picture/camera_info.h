@@ -1,6 +1,7 @@
 #ifndef OBVISTA_PICTURE_CAMERA_INFO_H
 #define OBVISTA_PICTURE_CAMERA_INFO_H
 
+#include <robaxi/kv_camera.h>
 #include <robaxi/kv_value.h>
 
 #include <string>
@@ -8,36 +9,12 @@
 
 namespace picture {
 
-/** Settings of a camera. */
-struct CameraSettings {
-    int fWidth = 0;       ///< pixels
-    int fHeight = 0;      ///< pixels
-    std::string fFormat;  ///< as the robot names it, for instance "jpeg"
-    double fRate = 0;     ///< frames a second
-
-    bool operator==(const CameraSettings& other) const;
-    bool operator!=(const CameraSettings& other) const { return !(*this == other); }
-};
-
-/** One picture size with its supported formats and rates. */
-struct CameraMode {
-    int fWidth = 0;   ///< pixels
-    int fHeight = 0;  ///< pixels
-    std::vector<std::string> fFormats;
-    std::vector<double> fRates;  ///< frames a second
-
-    bool operator==(const CameraMode& other) const;
-};
-
-/** A robot's description of one of its cameras. The texts are untrusted. */
-struct CameraInfo {
-    std::string fName;         ///< also that of its stream
-    std::string fDescription;  ///< for people
-    std::vector<CameraMode> fModes;
-    CameraSettings fSettings;
-
-    bool operator==(const CameraInfo& other) const;
-};
+/** @name The middleware's descriptions of cameras. Those of a robot are untrusted. */
+///@{
+using CameraSettings = KVCameraSettings;
+using CameraMode = KVCameraMode;
+using CameraInfo = KVCameraInfo;
+///@}
 
 /**
  * Maximum number of cameras of a robot, modes of a camera, and formats or rates of a mode; others
@@ -61,12 +38,6 @@ std::vector<CameraInfo> readCameras(const KVValue& answer);
 
 /** Parses settings; missing or invalid values are 0 or empty. */
 CameraSettings readSettings(const KVValue& value);
-
-/** @name The form of docs/video.md, which readSettings() and readCameras() parse */
-///@{
-KVValue settingsValue(const CameraSettings& settings);
-KVValue cameraValue(const CameraInfo& camera);
-///@}
 
 /** Returns the modes with this size. */
 std::vector<CameraMode> modesOfSize(const CameraInfo& camera, int width, int height);

@@ -1,9 +1,9 @@
-#include "video/pacer.h"
+#include <base/pacer.h>
 
 #include <algorithm>
 #include <cmath>
 
-namespace robot {
+namespace base {
 
 namespace {
 
@@ -45,4 +45,4 @@ std::uint64_t Pacer::take(Clock::time_point now) {
     return static_cast<std::uint64_t>(leftOut);
 }
 
-}  // namespace robot
+}  // namespace base

@@ -1,10 +1,10 @@
-#ifndef OBVISTA_ROBOT_VIDEO_PACER_H
-#define OBVISTA_ROBOT_VIDEO_PACER_H
+#ifndef BASE_PACER_H
+#define BASE_PACER_H
 
 #include <chrono>
 #include <cstdint>
 
-namespace robot {
+namespace base {
 
 /**
  * Times at which a camera's frames are due: they follow the clock, so that the rate is exact over
@@ -34,6 +34,6 @@ class Pacer {
     std::int64_t fStep = 0;
 };
 
-}  // namespace robot
+}  // namespace base
 
 #endif

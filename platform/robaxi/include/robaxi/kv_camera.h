@@ -1,0 +1,47 @@
+#ifndef ROBAXI_KV_CAMERA_H
+#define ROBAXI_KV_CAMERA_H
+
+#include <robaxi/kv_value.h>
+#include <robaxi/robaxi_export.h>
+
+#include <string>
+#include <vector>
+
+/** Settings of a camera. */
+struct ROBAXI_EXPORT KVCameraSettings {
+    int fWidth = 0;       ///< pixels
+    int fHeight = 0;      ///< pixels
+    std::string fFormat;  ///< "rgb", "yuv422", "grey" or "jpeg"
+    double fRate = 0;     ///< frames a second
+
+    bool operator==(const KVCameraSettings& other) const;
+    bool operator!=(const KVCameraSettings& other) const { return !(*this == other); }
+
+    /** Returns the map that "setSettings" accepts and "getSettings" returns (docs/video.md). */
+    KVValue toValue() const;
+};
+
+/** One picture size of a camera with its supported formats and rates. */
+struct ROBAXI_EXPORT KVCameraMode {
+    int fWidth = 0;   ///< pixels
+    int fHeight = 0;  ///< pixels
+    std::vector<std::string> fFormats;
+    std::vector<double> fRates;  ///< frames a second
+
+    bool operator==(const KVCameraMode& other) const;
+};
+
+/** Description of a camera. */
+struct ROBAXI_EXPORT KVCameraInfo {
+    std::string fName;         ///< also that of its stream
+    std::string fDescription;  ///< for users
+    std::vector<KVCameraMode> fModes;
+    KVCameraSettings fSettings;
+
+    bool operator==(const KVCameraInfo& other) const;
+
+    /** Returns the map that "getCameras" lists (docs/video.md). */
+    KVValue toValue() const;
+};
+
+#endif
