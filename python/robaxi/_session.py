@@ -188,9 +188,12 @@ class Session:
             self._streams.discard(stream)
         stream.cancel()
 
-    def stream_error(self, attempt: str) -> Error:
-        """The reason for which a stream ended without one: usually that of the session, of which
-        the stream may know before."""
+    def stream_error(self, attempt: str, end: Exception) -> Error:
+        """The reason for which a stream ended: the robot's, or, without one, usually that of the
+        session, of which the stream may know before."""
+        reason = _wire.end_of(end) if isinstance(end, grpc.RpcError) else None
+        if reason is not None:
+            return describe(attempt, _wire.cause_of(reason), reason.text)
         self._over.wait(self.limits.heartbeat / 1000 * (self.limits.silent_heartbeats + 1))
         return self._error or describe(attempt, Cause.INTERNAL, "the robot ended the stream")
 
@@ -241,8 +244,10 @@ class Session:
                     whole = assembler.take(message)
                     if whole is not None:
                         self._handle(whole)
-        except grpc.RpcError:
-            pass
+        except grpc.RpcError as end:
+            reason = _wire.end_of(end)
+            if reason is not None and not self._hello.done():
+                error = self._hello_failure(reason)
         except Error as broken:
             error = broken
         self._lose(error)
@@ -261,19 +266,16 @@ class Session:
     def _handle_hello(self, reply: pb.HelloReply) -> None:
         if self._hello.done():
             return
-        failure = self._hello_failure(reply)
-        if failure is not None:
-            self._lose(failure)
+        if reply.protocol_version != _wire.PROTOCOL_VERSION:
+            self._lose(self.target.cannot_reach(
+                Cause.PROTOCOL_VERSION, f"it speaks version {reply.protocol_version}, this program "
+                f"version {_wire.PROTOCOL_VERSION}"))
             return
         self._out.peer_takes_parts = reply.takes_fragments
         self._hello.set_result(reply)
 
-    def _hello_failure(self, reply: pb.HelloReply) -> Optional[Error]:
-        refusal = reply.refusal
-        if refusal == pb.HelloReply.TOO_MANY_SESSIONS:
-            return self.target.cannot_reach(Cause.TOO_MANY,
-                                            "too many programs are connected to it")
-        if refusal == pb.HelloReply.TOKEN_MISSING:
+    def _hello_failure(self, reason: pb.Error) -> Error:
+        if reason.cause == pb.Error.TOKEN_MISSING:
             if self._withholds_token:
                 return self.target.cannot_reach(
                     Cause.NOT_AUTHORISED,
@@ -282,14 +284,10 @@ class Session:
             return self.target.cannot_reach(
                 Cause.NOT_AUTHORISED, "it requires a token",
                 "Name the file with the robot's token under token in robaxi.conf.")
-        if refusal == pb.HelloReply.NOT_AUTHORISED:
+        if reason.cause == pb.Error.TOKEN_WRONG:
             return self.target.cannot_reach(Cause.NOT_AUTHORISED,
                                             "the token is not the right one")
-        if refusal != pb.HelloReply.NONE or reply.protocol_version != _wire.PROTOCOL_VERSION:
-            return self.target.cannot_reach(
-                Cause.PROTOCOL_VERSION, f"it speaks version {reply.protocol_version}, this program "
-                f"version {_wire.PROTOCOL_VERSION}")
-        return None
+        return self.target.cannot_reach(_wire.cause_of(reason), reason.text)
 
     def _beat(self) -> None:
         # Heartbeats are counted, not seconds: a program that was itself suspended does not mistake

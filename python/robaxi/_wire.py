@@ -6,6 +6,8 @@ from __future__ import annotations
 import numbers
 from typing import Any, Dict, Iterable, Iterator, List, Mapping, NamedTuple, Optional, Tuple, TypeVar
 
+import grpc
+
 from .errors import Cause, Error
 from .v1 import robaxi_pb2 as pb
 
@@ -47,6 +49,11 @@ def decode_text(data: bytes) -> str:
     return data.decode("utf-8", "surrogateescape")
 
 
+def is_utf8(text: str) -> bool:
+    """Whether a text can be sent in a field of the type string."""
+    return not any("\ud800" <= character <= "\udfff" for character in text)
+
+
 def plain_text(text: str) -> str:
     """A text that can be sent in a field of the type string."""
     return text.encode("utf-8", "surrogateescape").decode("utf-8", "replace")
@@ -60,7 +67,7 @@ def to_value(thing: Any, depth: int = _DEEPEST) -> pb.Value:
     if thing is None:
         return pb.Value(type=pb.Value.NOTHING)
     if isinstance(thing, bool):
-        return pb.Value(type=pb.Value.BOOL, int_value=int(thing))
+        return pb.Value(type=pb.Value.BOOL, bool_value=thing)
     if isinstance(thing, numbers.Integral):
         number = int(thing)
         if not _SMALLEST_INT <= number <= _LARGEST_INT:
@@ -69,6 +76,8 @@ def to_value(thing: Any, depth: int = _DEEPEST) -> pb.Value:
     if isinstance(thing, numbers.Real):
         return pb.Value(type=pb.Value.FLOAT, float_value=float(thing))
     if isinstance(thing, str):
+        if is_utf8(thing):
+            return pb.Value(type=pb.Value.STRING, string_value=thing)
         return pb.Value(type=pb.Value.STRING, bytes_value=encode_text(thing))
     if isinstance(thing, (bytes, bytearray, memoryview)):
         return pb.Value(type=pb.Value.BINARY, bytes_value=bytes(thing))
@@ -77,8 +86,11 @@ def to_value(thing: Any, depth: int = _DEEPEST) -> pb.Value:
     if isinstance(thing, Mapping):
         if not all(isinstance(key, str) for key in thing):
             raise Error(Cause.INVALID_ARGUMENT, "The keys of a map are texts.")
-        return pb.Value(type=pb.Value.MAP, keys=[encode_text(key) for key in thing],
-                        elements=[to_value(one, depth - 1) for one in thing.values()])
+        elements = [to_value(one, depth - 1) for one in thing.values()]
+        if all(map(is_utf8, thing)):
+            return pb.Value(type=pb.Value.MAP, keys=list(thing), elements=elements)
+        return pb.Value(type=pb.Value.MAP, bytes_keys=[encode_text(key) for key in thing],
+                        elements=elements)
     raise Error(Cause.INVALID_ARGUMENT,
                 f"A {type(thing).__name__} cannot be sent: values are None, bool, int, float, str, "
                 "bytes, lists, and dicts with keys of type str.")
@@ -92,23 +104,25 @@ def from_value(value: pb.Value, depth: int = _DEEPEST) -> Any:
     if kind == pb.Value.NOTHING:
         return None
     if kind == pb.Value.BOOL:
-        return value.int_value != 0
+        return value.bool_value
     if kind == pb.Value.INT:
         return value.int_value
     if kind == pb.Value.FLOAT:
         return value.float_value
     if kind == pb.Value.STRING:
-        return decode_text(value.bytes_value)
+        if value.WhichOneof("content") == "bytes_value":
+            return decode_text(value.bytes_value)
+        return value.string_value
     if kind == pb.Value.BINARY:
         return value.bytes_value
     if kind == pb.Value.LIST:
         return [from_value(one, depth - 1) for one in value.elements]
     if kind == pb.Value.MAP:
-        if len(value.keys) != len(value.elements):
+        keys = [decode_text(key) for key in value.bytes_keys] or list(value.keys)
+        if len(keys) != len(value.elements):
             raise malformed("a map has not as many keys as values")
-        result = {decode_text(key): from_value(one, depth - 1)
-                  for key, one in zip(value.keys, value.elements)}
-        if len(result) != len(value.keys):
+        result = {key: from_value(one, depth - 1) for key, one in zip(keys, value.elements)}
+        if len(result) != len(keys):
             raise malformed("a map has a key twice")
         return result
     raise malformed("a value is of an unknown type")
@@ -130,10 +144,33 @@ def to_error(error: Error, by_method: bool) -> pb.Error:
 
 
 def cause_of(error: pb.Error) -> Cause:
+    if error.cause in (pb.Error.TOKEN_MISSING, pb.Error.TOKEN_WRONG):
+        return Cause.NOT_AUTHORISED
     try:
         return Cause(error.cause)
     except ValueError:
         return Cause.INTERNAL
+
+
+def end_of(end: grpc.RpcError) -> Optional[pb.Error]:
+    """The robot's reason for the end of an RPC; None if it gives none."""
+    for key, value in end.trailing_metadata() or ():
+        if key == "robaxi-error-bin":
+            reason: pb.Error = pb.Error.FromString(value)
+            return reason
+    cause = _CAUSES.get(end.code())
+    return None if cause is None else pb.Error(cause=cause, text=end.details() or "")
+
+
+# For robots that send no details.
+_CAUSES = {
+    grpc.StatusCode.INVALID_ARGUMENT: pb.Error.INVALID_ARGUMENT,
+    grpc.StatusCode.NOT_FOUND: pb.Error.NO_SUCH_STREAM,
+    grpc.StatusCode.UNAUTHENTICATED: pb.Error.NOT_AUTHORISED,
+    grpc.StatusCode.PERMISSION_DENIED: pb.Error.NOT_AUTHORISED,
+    grpc.StatusCode.RESOURCE_EXHAUSTED: pb.Error.TOO_MANY,
+    grpc.StatusCode.FAILED_PRECONDITION: pb.Error.PROTOCOL_VERSION,
+}
 
 
 # --- Descriptions ----------------------------------------------------------------------------

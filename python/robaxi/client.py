@@ -292,10 +292,12 @@ class Watch(Stream[Change]):
                 self._requests.put(pb.SubscriptionRequest(consumed=self._number))
             try:
                 update = next(self._stream)
-            except (grpc.RpcError, StopIteration):
+            except (grpc.RpcError, StopIteration) as end:
                 if self._is_closed:
                     break
-                raise self._session.stream_error(self._attempt) from None
+                error = self._session.stream_error(self._attempt, end)
+                self.close()
+                raise error from None
             self._number = update.number
             self._take(update)
         return None if self._is_closed else self._waiting.popleft()
@@ -313,10 +315,6 @@ class Watch(Stream[Change]):
         elif content == "keys_removed":
             for key_id in update.keys_removed.ids:
                 self._keys.pop(key_id, None)
-        elif content == "ended":
-            cause = _wire.cause_of(update.ended)
-            self.close()
-            raise describe(self._attempt, cause, update.ended.text)
 
     def _add(self, keys: Any) -> None:
         chosen = []
@@ -467,10 +465,10 @@ def _read_frames(session: Session, stream: Any, requests: Requests[pb.WatchReque
             received += 1
             requests.put(pb.WatchRequest(received=received))
             slot.put(frame)
-    except grpc.RpcError:
+    except grpc.RpcError as end:
         error = session.error
         if error is None and stream.code() != grpc.StatusCode.CANCELLED:
-            error = session.stream_error(attempt)
+            error = session.stream_error(attempt, end)
     except Error as broken:
         error = broken
     slot.end(error)
@@ -481,8 +479,6 @@ def _whole_frames(stream: Any, largest: int, attempt: str) -> Iterator[Frame]:
     header = pb.FrameHeader()
     data = bytearray()
     for update in stream:
-        if update.HasField("ended"):
-            raise describe(attempt, _wire.cause_of(update.ended), update.ended.text)
         if update.HasField("header"):
             header, data = update.header, bytearray()
             if header.size > largest:

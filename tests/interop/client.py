@@ -15,11 +15,12 @@ SILENT_HEARTBEATS = 6  # heartbeats without any received message, after which th
 
 
 class Refused(Exception):
-    """The robot did not take the hello; `reply` is what it said."""
+    """The robot did not take the hello: its status and the reason."""
 
-    def __init__(self, reply):
-        super().__init__(pb.HelloReply.Refusal.Name(reply.refusal))
-        self.reply = reply
+    def __init__(self, error):
+        super().__init__(error.details())
+        self.code = error.code()
+        self.reason = RemoteError.from_end(error)
 
 
 class ConnectionLost(Exception):
@@ -145,8 +146,9 @@ class Client:
                     whole = self.assembler.take(message)
                     if whole is not None:
                         self._handle(whole)
-        except grpc.RpcError:
-            pass  # the reason of the end does not matter
+        except grpc.RpcError as error:
+            if not self._hello.done() and messages.DETAILS in dict(error.trailing_metadata()):
+                self._hello.set_exception(Refused(error))
         with self._lock:
             self._is_over.set()
             lost = list(self._pending.values())
@@ -158,10 +160,7 @@ class Client:
     def _handle(self, message):
         content = message.WhichOneof("content")
         if content == "hello_reply":
-            if message.hello_reply.refusal == pb.HelloReply.NONE:
-                self._hello.set_result(message.hello_reply)
-            else:
-                self._hello.set_exception(Refused(message.hello_reply))
+            self._hello.set_result(message.hello_reply)
         elif content == "heartbeat":
             self.heartbeats_returned = message.heartbeat.number
         elif content == "result":
@@ -190,6 +189,14 @@ class Client:
             self._say(pb.ClientMessage(heartbeat=pb.Heartbeat(number=number)))
 
 
+def next_of(updates):
+    """The next update of a stream, or the reason of its end."""
+    try:
+        return next(updates)
+    except grpc.RpcError as error:
+        raise RemoteError.from_end(error) from error
+
+
 class Subscription:
     """The updates of a subscription, one after the other."""
 
@@ -203,7 +210,7 @@ class Subscription:
         """The next update; tells the robot that the one before is done with."""
         if self._number != 0:
             self.request(consumed=self._number)
-        update = next(self._updates)
+        update = next_of(self._updates)
         if update.number != self._number + 1:
             raise ValueError(f"update {update.number} follows {self._number}")
         self._number = update.number
@@ -231,9 +238,7 @@ class Camera:
         header = None
         data = b""
         while header is None or len(data) < header.size:
-            update = next(self._updates)
-            if update.HasField("ended"):
-                raise RemoteError(update.ended.cause, update.ended.text, update.ended.by_method)
+            update = next_of(self._updates)
             if update.HasField("header"):
                 header = update.header
             data += update.data

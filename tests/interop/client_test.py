@@ -15,6 +15,9 @@ import tempfile
 import time
 import unittest
 
+import grpc
+from google.protobuf import json_format
+
 from client import Client, ConnectionLost, Refused
 from messages import PART_SIZE, RemoteError, from_value
 from robaxi.v1 import robaxi_pb2 as pb
@@ -79,8 +82,9 @@ class WithEcho(unittest.TestCase):
         for version in (0, 2):
             with self.assertRaises(Refused) as raised:
                 Client(self.robot.address, version=version)
-            self.assertEqual(raised.exception.reply.refusal, pb.HelloReply.PROTOCOL_VERSION)
-            self.assertEqual(raised.exception.reply.protocol_version, 1)
+            self.assertEqual(raised.exception.code, grpc.StatusCode.FAILED_PRECONDITION)
+            self.assertEqual(raised.exception.reason.cause, pb.Error.PROTOCOL_VERSION)
+            self.assertIn("it speaks version 1", raised.exception.reason.text)
 
     def test_values_of_every_type_come_back(self):
         client = self.connect()
@@ -102,6 +106,15 @@ class WithEcho(unittest.TestCase):
         client._say(pb.ClientMessage(call=pb.Call(
             call_id=call_id, module="Echo", method="echo", arguments=[text])))
         self.assertEqual(future.result(timeout=20).value, text)
+
+    def test_a_value_reads_as_what_it_is(self):
+        value = self.connect().start_call("Echo", "echo", {"name": "Zürich", "n": 7, "on": True})[1]
+        read = json_format.MessageToDict(value.result(timeout=20).value)
+        self.assertEqual(read["keys"], ["n", "name", "on"])
+        self.assertEqual([element["type"] for element in read["elements"]], ["INT", "STRING", "BOOL"])
+        self.assertEqual(read["elements"][1]["stringValue"], "Zürich")
+        self.assertEqual(read["elements"][0]["intValue"], "7")
+        self.assertIs(read["elements"][2]["boolValue"], True)
 
     def test_errors_say_their_cause(self):
         client = self.connect()
@@ -197,9 +210,11 @@ class WithEcho(unittest.TestCase):
             ("Memory", -1, pb.Error.INVALID_ARGUMENT),
         ]:
             subscription = client.subscribe(module, rate)
-            update = subscription.next()
-            self.assertEqual(update.ended.cause, cause)
+            with self.assertRaises(RemoteError) as raised:
+                subscription.next()
+            self.assertEqual(raised.exception.cause, cause)
             subscription.close()
+        self.assertEqual(client.call("Echo", "echo", "the session lives on"), "the session lives on")
 
 
 class WithRobot(unittest.TestCase):
@@ -346,7 +361,8 @@ class WithSecurity(unittest.TestCase):
     def refusal(self, **security):
         with self.assertRaises(Refused) as raised:
             self.connect(**security)
-        return raised.exception.reply
+        self.assertEqual(raised.exception.code, grpc.StatusCode.UNAUTHENTICATED)
+        return raised.exception.reason.cause
 
     def test_calls_and_values_travel_in_tls(self):
         self.start(self.certificate, asks_for_token=True)
@@ -381,13 +397,9 @@ class WithSecurity(unittest.TestCase):
     def test_only_those_who_know_the_token_are_let_in(self):
         for security in ({}, {"trust": self.certificate.trust}):
             self.start(self.certificate if security else None, asks_for_token=True)
-            reply = self.refusal(**security)
-            self.assertEqual(reply.refusal, pb.HelloReply.TOKEN_MISSING)
-            self.assertEqual(reply.session_id, 0)
+            self.assertEqual(self.refusal(**security), pb.Error.TOKEN_MISSING)
             for wrong in (b"a guess", self.TOKEN[:-1], self.TOKEN + b"\n", b"\0\xff"):
-                reply = self.refusal(token=wrong, **security)
-                self.assertEqual(reply.refusal, pb.HelloReply.NOT_AUTHORISED)
-                self.assertEqual(reply.session_id, 0)
+                self.assertEqual(self.refusal(token=wrong, **security), pb.Error.TOKEN_WRONG)
             client = self.connect(token=self.TOKEN, **security)
             self.assertEqual(client.call("Echo", "echo", 1), 1)
 
@@ -395,8 +407,9 @@ class WithSecurity(unittest.TestCase):
         self.start(self.certificate, asks_for_token=True)
         client = self.connect(trust=self.certificate.trust, token=self.TOKEN)
         client.hello.session_id ^= 1
-        self.assertEqual(client.subscribe("Memory", rate=1).next().ended.cause,
-                         pb.Error.NOT_AUTHORISED)
+        with self.assertRaises(RemoteError) as raised:
+            client.subscribe("Memory", rate=1).next()
+        self.assertEqual(raised.exception.cause, pb.Error.NOT_AUTHORISED)
 
 
 if __name__ == "__main__":

@@ -10,6 +10,7 @@ SERVICE = "robaxi.v1.Robaxi"
 SESSION = f"/{SERVICE}/Session"
 SUBSCRIBE = f"/{SERVICE}/Subscribe"
 WATCH = f"/{SERVICE}/Watch"
+DETAILS = "robaxi-error-bin"
 # gRPC's own limit, 4 MiB, is below that of the protocol.
 UNLIMITED = [("grpc.max_receive_message_length", -1), ("grpc.max_send_message_length", -1)]
 
@@ -26,26 +27,33 @@ class RemoteError(Exception):
     def to_message(self):
         return pb.Error(cause=self.cause, text=self.text, by_method=self.by_method)
 
+    @classmethod
+    def from_end(cls, error):
+        """The reason of the end of an RPC: in its trailing metadata."""
+        metadata = dict(error.trailing_metadata() or ())
+        details = pb.Error.FromString(metadata.get(DETAILS, b""))
+        return cls(details.cause, details.text or error.details(), details.by_method)
+
 
 def to_value(thing):
     """A Value of something in Python."""
     if thing is None:
         return pb.Value(type=pb.Value.NOTHING)
     if isinstance(thing, bool):
-        return pb.Value(type=pb.Value.BOOL, int_value=int(thing))
+        return pb.Value(type=pb.Value.BOOL, bool_value=thing)
     if isinstance(thing, int):
         return pb.Value(type=pb.Value.INT, int_value=thing)
     if isinstance(thing, float):
         return pb.Value(type=pb.Value.FLOAT, float_value=thing)
     if isinstance(thing, str):
-        return pb.Value(type=pb.Value.STRING, bytes_value=thing.encode())
+        return pb.Value(type=pb.Value.STRING, string_value=thing)
     if isinstance(thing, bytes):
         return pb.Value(type=pb.Value.BINARY, bytes_value=thing)
     if isinstance(thing, list):
         return pb.Value(type=pb.Value.LIST, elements=[to_value(element) for element in thing])
     return pb.Value(
         type=pb.Value.MAP,
-        keys=[key.encode() for key in thing],
+        keys=list(thing),
         elements=[to_value(element) for element in thing.values()],
     )
 
@@ -55,19 +63,20 @@ def from_value(value):
     if value.type == pb.Value.NOTHING:
         return None
     if value.type == pb.Value.BOOL:
-        return value.int_value != 0
+        return value.bool_value
     if value.type == pb.Value.INT:
         return value.int_value
     if value.type == pb.Value.FLOAT:
         return value.float_value
     if value.type == pb.Value.STRING:
-        return value.bytes_value.decode()
+        # A text that is not UTF-8 travels as bytes, and is left so.
+        return value.bytes_value if value.WhichOneof("content") == "bytes_value" else value.string_value
     if value.type == pb.Value.BINARY:
         return value.bytes_value
     elements = [from_value(element) for element in value.elements]
     if value.type == pb.Value.LIST:
         return elements
-    return dict(zip((key.decode() for key in value.keys), elements, strict=True))
+    return dict(zip(value.bytes_keys or value.keys, elements, strict=True))
 
 
 def in_parts(message):

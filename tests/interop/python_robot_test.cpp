@@ -113,7 +113,7 @@ TEST_F(PythonRobot, OfAnotherVersionIsReported) {
 }
 
 TEST_F(PythonRobot, ThatRefusesIsReported) {
-    startRobot({"--refuse", "TOO_MANY_SESSIONS"});
+    startRobot({"--refuse", "TOO_MANY"});
     EXPECT_CAUSE(errorOf([this] { connect(); }), TooMany);
 }
 

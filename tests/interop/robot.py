@@ -1,10 +1,10 @@
 """A robot that speaks the Robaxi protocol: prints its port and serves until it is killed.
 
-    robot.py [--version N] [--refuse REFUSAL] [--no-fragments] [--certificate FILE --key FILE]
+    robot.py [--version N] [--refuse CAUSE] [--no-fragments] [--certificate FILE --key FILE]
         [--token TOKEN]
 
     --version N        speaks this version of the protocol
-    --refuse REFUSAL   refuses everybody, for instance with TOO_MANY_SESSIONS
+    --refuse CAUSE     refuses everybody, for instance with TOO_MANY
     --no-fragments     does not take messages in parts
     --certificate FILE, --key FILE   speaks TLS with this certificate (PEM)
     --token TOKEN      asks for this token
@@ -26,6 +26,25 @@ from robaxi.v1 import robaxi_pb2 as pb
 
 SESSION_ID = 0x1234_5678_9ABC_DEF0
 SILENCE_LIMIT = 5000  # milliseconds
+
+# The statuses of the causes with which this robot ends an RPC.
+STATUS = {
+    pb.Error.INVALID_ARGUMENT: grpc.StatusCode.INVALID_ARGUMENT,
+    pb.Error.NO_SUCH_MODULE: grpc.StatusCode.NOT_FOUND,
+    pb.Error.NO_SUCH_STREAM: grpc.StatusCode.NOT_FOUND,
+    pb.Error.NOT_AUTHORISED: grpc.StatusCode.PERMISSION_DENIED,
+    pb.Error.TOKEN_MISSING: grpc.StatusCode.UNAUTHENTICATED,
+    pb.Error.TOKEN_WRONG: grpc.StatusCode.UNAUTHENTICATED,
+    pb.Error.TOO_MANY: grpc.StatusCode.RESOURCE_EXHAUSTED,
+    pb.Error.PROTOCOL_VERSION: grpc.StatusCode.FAILED_PRECONDITION,
+}
+
+
+def end(context, cause, text=""):
+    """Ends an RPC with a status and its details."""
+    details = pb.Error(cause=cause, text=text)
+    context.set_trailing_metadata([(messages.DETAILS, details.SerializeToString())])
+    context.abort(STATUS[cause], text or pb.Error.Cause.Name(cause))
 
 
 class Method:
@@ -116,9 +135,11 @@ class Session:
         self._calls = concurrent.futures.ThreadPoolExecutor(max_workers=8)
         self._client_takes_fragments = False
 
-    def serve(self, requests):
+    def serve(self, requests, context):
         threading.Thread(target=self._read, args=[requests], daemon=True).start()
         for message in iter(self._out.get, None):
+            if isinstance(message, RemoteError):
+                end(context, message.cause, message.text)
             cut = self._client_takes_fragments
             for part in messages.in_parts(message) if cut else [message]:
                 yield pb.ServerBatch(messages=[part])
@@ -138,21 +159,27 @@ class Session:
 
     def _greet(self, message):
         hello = message.hello  # of version 0 when it is something else
+        refusal = self._refusal_of(hello)
+        if refusal is not None:
+            self._out.put(refusal)
+            return False
+        self._client_takes_fragments = hello.takes_fragments
         reply = pb.HelloReply(protocol_version=self._options.version, name="Python",
-                              refusal=pb.HelloReply.Refusal.Value(self._options.refuse))
-        if hello.protocol_version != self._options.version:
-            reply.refusal = pb.HelloReply.PROTOCOL_VERSION
-        elif not self._is_known(hello.token):
-            reply.refusal = (pb.HelloReply.NOT_AUTHORISED if hello.token
-                             else pb.HelloReply.TOKEN_MISSING)
-        is_taken = reply.refusal == pb.HelloReply.NONE
-        if is_taken:
-            reply.session_id = SESSION_ID
-            reply.silence_limit = SILENCE_LIMIT
-            reply.takes_fragments = self._options.takes_fragments
-            self._client_takes_fragments = hello.takes_fragments
+                              session_id=SESSION_ID, silence_limit=SILENCE_LIMIT,
+                              takes_fragments=self._options.takes_fragments)
         self._out.put(pb.ServerMessage(hello_reply=reply))
-        return is_taken
+        return True
+
+    def _refusal_of(self, hello):
+        version = self._options.version
+        if hello.protocol_version != version:
+            return RemoteError(pb.Error.PROTOCOL_VERSION, f"it speaks version {version}, "
+                               f"this program version {hello.protocol_version}")
+        if self._options.refuse is not None:
+            return RemoteError(self._options.refuse)
+        if not self._is_known(hello.token):
+            return RemoteError(pb.Error.TOKEN_WRONG if hello.token else pb.Error.TOKEN_MISSING)
+        return None
 
     def _is_known(self, token):
         wanted = self._options.token.encode()
@@ -224,15 +251,13 @@ class Subscription:
         self._modules = modules
         self._window = Window(lambda request: request.consumed)
 
-    def serve(self, requests):
+    def serve(self, requests, context):
         start = next(requests).start
         if start.session_id != SESSION_ID:
-            yield self._update(ended=pb.Error(cause=pb.Error.NOT_AUTHORISED, text="no session"))
-            return
+            end(context, pb.Error.NOT_AUTHORISED, "no session")
         module = self._modules.get(start.module)
         if module is None or not module.keys:
-            yield self._update(ended=pb.Error(cause=pb.Error.NO_SUCH_MODULE))
-            return
+            end(context, pb.Error.NO_SUCH_MODULE)
         self._window.follow(requests)
         yield self._update(keys_added=pb.KeysAdded(keys=module.keys))
         while self._window.await_room():
@@ -261,12 +286,11 @@ class Watch:
         self._modules = modules
         self._window = Window(lambda request: request.received)
 
-    def serve(self, requests):
+    def serve(self, requests, context):
         start = next(requests).start
         module = self._modules.get(start.module)
         if start.session_id != SESSION_ID or module is None or start.stream not in module.cameras:
-            yield pb.WatchUpdate(ended=pb.Error(cause=pb.Error.NO_SUCH_STREAM))
-            return
+            end(context, pb.Error.NO_SUCH_STREAM)
         self._window.follow(requests)
         while self._window.await_room():
             self._window.sent += 1
@@ -284,7 +308,7 @@ class Watch:
 
 def handler(name, serve, request, reply):
     return name, grpc.stream_stream_rpc_method_handler(
-        lambda requests, context: serve(requests), request.FromString, reply.SerializeToString)
+        serve, request.FromString, reply.SerializeToString)
 
 
 def listen(server, options):
@@ -299,7 +323,7 @@ def listen(server, options):
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--version", type=int, default=messages.PROTOCOL_VERSION)
-    parser.add_argument("--refuse", default="NONE")
+    parser.add_argument("--refuse", type=pb.Error.Cause.Value)
     parser.add_argument("--no-fragments", dest="takes_fragments", action="store_false")
     parser.add_argument("--certificate", type=pathlib.Path)
     parser.add_argument("--key", type=pathlib.Path)
@@ -311,11 +335,11 @@ def main():
                          options=messages.UNLIMITED)
     server.add_generic_rpc_handlers([grpc.method_handlers_generic_handler(
         messages.SERVICE, dict([
-            handler("Session", lambda requests: Session(options, modules).serve(requests),
+            handler("Session", lambda *rpc: Session(options, modules).serve(*rpc),
                     pb.ClientBatch, pb.ServerBatch),
-            handler("Subscribe", lambda requests: Subscription(modules).serve(requests),
+            handler("Subscribe", lambda *rpc: Subscription(modules).serve(*rpc),
                     pb.SubscriptionRequest, pb.SubscriptionUpdate),
-            handler("Watch", lambda requests: Watch(modules).serve(requests),
+            handler("Watch", lambda *rpc: Watch(modules).serve(*rpc),
                     pb.WatchRequest, pb.WatchUpdate),
         ]))])
     port = listen(server, options)

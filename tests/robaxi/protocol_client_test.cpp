@@ -12,6 +12,7 @@
 #include <limits>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace robaxi_test;
@@ -47,6 +48,13 @@ class ProtocolClient : public testing::Test {
         v1::Result result;
         *result.mutable_value() = value;
         answerWith(result);
+    }
+
+    /** Refuses the following clients. */
+    void refuseWith(grpc::StatusCode code, v1::Error::Cause cause, const std::string& text) {
+        fRobot.fSessionStatus = grpc::Status(code, "for others");
+        fRobot.fDetails.emplace().set_cause(cause);
+        fRobot.fDetails->set_text(text);
     }
 
     KVError connectError() {
@@ -87,8 +95,8 @@ class ProtocolClient : public testing::Test {
 }  // namespace
 
 TEST_F(ProtocolClient, TellsThatTheRobotSpeaksAnotherVersion) {
-    fRobot.fHelloReply.set_protocol_version(7);
-    fRobot.fHelloReply.set_refusal(v1::HelloReply::PROTOCOL_VERSION);
+    refuseWith(grpc::StatusCode::FAILED_PRECONDITION, v1::Error::PROTOCOL_VERSION,
+               "it speaks version 7, this program version 1");
     const KVError error = connectError();
     EXPECT_CAUSE(error, ProtocolVersion);
     EXPECT_EQ(error.toString(),
@@ -104,12 +112,50 @@ TEST_F(ProtocolClient, DoesNotTakeAnotherVersionThatIsNotRefused) {
 }
 
 TEST_F(ProtocolClient, TellsThatTheRobotRefusesIt) {
-    fRobot.fHelloReply.set_refusal(v1::HelloReply::TOO_MANY_SESSIONS);
+    refuseWith(grpc::StatusCode::RESOURCE_EXHAUSTED, v1::Error::TOO_MANY, "it has many friends");
     const KVError error = connectError();
     EXPECT_CAUSE(error, TooMany);
-    EXPECT_NE(error.toString().find("too many programs"), std::string::npos) << error.toString();
-    fRobot.fHelloReply.set_refusal(v1::HelloReply::NOT_AUTHORISED);
-    EXPECT_CAUSE(connectError(), NotAuthorised);
+    EXPECT_NE(error.toString().find("it has many friends"), std::string::npos) << error.toString();
+    for (const auto cause : {v1::Error::TOKEN_MISSING, v1::Error::TOKEN_WRONG}) {
+        refuseWith(grpc::StatusCode::UNAUTHENTICATED, cause, "");
+        const KVError refusal = connectError();
+        EXPECT_CAUSE(refusal, NotAuthorised);
+        EXPECT_NE(refusal.toString().find("token"), std::string::npos) << refusal.toString();
+    }
+}
+
+TEST_F(ProtocolClient, UnderstandsAStatusWithoutDetails) {
+    using Code = grpc::StatusCode;
+    const std::vector<std::pair<Code, KVError::Cause>> ends{
+        {Code::UNAUTHENTICATED, KVError::Cause::NotAuthorised},
+        {Code::PERMISSION_DENIED, KVError::Cause::NotAuthorised},
+        {Code::RESOURCE_EXHAUSTED, KVError::Cause::TooMany},
+        {Code::FAILED_PRECONDITION, KVError::Cause::ProtocolVersion},
+        {Code::INVALID_ARGUMENT, KVError::Cause::InvalidArgument},
+        {Code::UNAVAILABLE, KVError::Cause::ConnectionLost},
+        {Code::INTERNAL, KVError::Cause::ConnectionLost},
+    };
+    for (const auto& [code, cause] : ends) {
+        fRobot.fSessionStatus = grpc::Status(code, "in its own words");
+        EXPECT_TRUE(hasCause(connectError(), cause)) << code;
+    }
+}
+
+TEST_F(ProtocolClient, SaysWhatHappenedWhenTheRobotSaysNothing) {
+    KVProxy proxy("Robot", a_loopback, fRobot.port(), fClient, 5, 0);
+    for (const bool byMethod : {false, true}) {
+        v1::Result result;
+        result.mutable_error()->set_cause(v1::Error::RAISED_BY_MODULE);
+        result.mutable_error()->set_by_method(byMethod);
+        answerWith(result);
+        EXPECT_EQ(errorOf([&] { proxy.callVoid("x"); }).toString(),
+                  "The call of Robot.x at 127.0.0.1 port " + std::to_string(fRobot.port()) +
+                      " failed: the module reported a failure without a reason.");
+    }
+    answerWith(v1::Result());
+    EXPECT_EQ(errorOf([&] { proxy.callVoid("x"); }).toString(),
+              "The call of Robot.x at 127.0.0.1 port " + std::to_string(fRobot.port()) +
+                  " failed: an internal error happened.");
 }
 
 TEST_F(ProtocolClient, TellsThatAServerIsNoRobot) {
@@ -185,9 +231,8 @@ TEST_F(ProtocolClient, PassesOverValuesOfKeysThatItDoesNotKnow) {
     }
     v1::SubscriptionUpdate removed;
     removed.mutable_keys_removed()->add_ids(8);
-    v1::SubscriptionUpdate end;
-    end.mutable_ended()->set_cause(v1::Error::NO_SUCH_MODULE);
-    EXPECT_CAUSE(subscriptionError({keyAdded(1, "a"), values, removed, end}), NoSuchModule);
+    fRobot.fStreamStatus = grpc::Status(grpc::StatusCode::NOT_FOUND, "");
+    EXPECT_CAUSE(subscriptionError({keyAdded(1, "a"), values, removed}), NoSuchModule);
     EXPECT_EQ(fListener.fValues.size(), 1U);
     EXPECT_EQ(fListener.fValues["a"].fValue, KVValue(10));
     EXPECT_TRUE(fListener.fRemoved.empty());
@@ -201,9 +246,8 @@ TEST_F(ProtocolClient, BringsTimesIntoTheCalendar) {
         values.mutable_values()->add_ints(0);
         values.mutable_values()->add_time_offsets(offset);
     }
-    v1::SubscriptionUpdate end;
-    end.mutable_ended()->set_cause(v1::Error::NO_SUCH_MODULE);
-    EXPECT_CAUSE(subscriptionError({keyAdded(1, "late"), keyAdded(2, "early"), values, end}),
+    fRobot.fStreamStatus = grpc::Status(grpc::StatusCode::NOT_FOUND, "");
+    EXPECT_CAUSE(subscriptionError({keyAdded(1, "late"), keyAdded(2, "early"), values}),
                  NoSuchModule);
     constexpr std::int64_t endOfYear9999 = 253'402'300'800'000'000;
     EXPECT_EQ(fListener.fValues["late"].fTime, endOfYear9999 - 1);

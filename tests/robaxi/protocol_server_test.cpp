@@ -14,6 +14,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <map>
 #include <set>
 #include <string>
 #include <thread>
@@ -42,7 +43,6 @@ class ProtocolServer : public testing::Test {
 
 TEST_F(ProtocolServer, AnswersHelloWithItsNameAndASession) {
     const v1::HelloReply reply = fClient.hello();
-    EXPECT_EQ(reply.refusal(), v1::HelloReply::NONE);
     EXPECT_EQ(reply.protocol_version(), 1U);
     EXPECT_EQ(reply.name(), "Robot");
     EXPECT_NE(reply.session_id(), 0U);
@@ -51,11 +51,11 @@ TEST_F(ProtocolServer, AnswersHelloWithItsNameAndASession) {
 }
 
 TEST_F(ProtocolServer, RefusesAnotherVersion) {
-    const v1::HelloReply reply = fClient.hello(2);
-    EXPECT_EQ(reply.refusal(), v1::HelloReply::PROTOCOL_VERSION);
-    EXPECT_EQ(reply.protocol_version(), 1U);
-    EXPECT_EQ(reply.session_id(), 0U);
-    EXPECT_TRUE(fClient.finish().ok());
+    EXPECT_EQ(fClient.hello(2).session_id(), 0U);
+    const grpc::Status status = fClient.finish();
+    EXPECT_EQ(status.error_code(), grpc::StatusCode::FAILED_PRECONDITION);
+    EXPECT_EQ(status.error_message(), "it speaks version 1, this program version 2");
+    EXPECT_EQ(fClient.details().cause(), v1::Error::PROTOCOL_VERSION);
 }
 
 TEST_F(ProtocolServer, RefusesAClientThatDoesNotSayHello) {
@@ -63,15 +63,15 @@ TEST_F(ProtocolServer, RefusesAClientThatDoesNotSayHello) {
     message.mutable_list_modules()->set_call_id(1);
     ASSERT_TRUE(fClient.send(message));
     v1::ServerMessage answer;
-    ASSERT_TRUE(fClient.receive(answer));
-    EXPECT_EQ(answer.hello_reply().refusal(), v1::HelloReply::PROTOCOL_VERSION);
     EXPECT_FALSE(fClient.receive(answer));
+    EXPECT_EQ(fClient.finish().error_code(), grpc::StatusCode::FAILED_PRECONDITION);
 }
 
 TEST_F(ProtocolServer, EndsASessionThatIsSilent) {
     fClient.hello();
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_FALSE(fClient.finish().ok());
+    EXPECT_EQ(fClient.finish().error_code(), grpc::StatusCode::DEADLINE_EXCEEDED);
+    EXPECT_EQ(fClient.details().cause(), v1::Error::TIMED_OUT);
     const auto seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     EXPECT_GE(seconds, 4.5) << "a client may be silent for five seconds";
@@ -98,6 +98,20 @@ TEST_F(ProtocolServer, TakesSeveralMessagesTogether) {
     EXPECT_EQ(sum, 6U);
 }
 
+TEST_F(ProtocolServer, PassesOverWhatHasNoEffect) {
+    const std::uint64_t session = fClient.hello().session_id();
+    v1::ClientBatch batch;
+    ASSERT_TRUE(fClient.send(batch)) << "an empty one";
+    batch.add_messages();
+    batch.add_messages()->mutable_hello()->set_protocol_version(1);
+    batch.add_messages()->mutable_list_modules();
+    batch.add_messages()->mutable_list_modules()->set_module("Nobody");
+    batch.add_messages()->mutable_call()->set_module("Nobody");
+    ASSERT_TRUE(fClient.send(batch));
+    EXPECT_TRUE(fClient.echo(textValue("x")).has_value()) << "the first answer";
+    EXPECT_NE(session, 0U);
+}
+
 TEST_F(ProtocolServer, AnswersValuesThatBreakTheProtocolWithAnError) {
     fClient.hello();
     v1::Value unknownType;
@@ -118,6 +132,37 @@ TEST_F(ProtocolServer, AnswersValuesThatBreakTheProtocolWithAnError) {
         EXPECT_FALSE(result.error().text().empty());
     }
     EXPECT_TRUE(fClient.echo(nestedValue(64)).has_value());
+}
+
+TEST_F(ProtocolServer, SendsATextThatIsNotUtf8AsBytes) {
+    const std::string latin1 = "caf\xE9";
+    const auto quoting = boost::make_shared<KVModule>("Quoting", "");
+    quoting->bindMethod("latin1", [latin1] { return latin1; });
+    quoting->bindMethod("key", [latin1] { return KVValue::Map{{latin1, 1}, {"plain", 2}}; });
+    fServer->addModule(quoting);
+    fClient.hello();
+    v1::Value bytes;
+    bytes.set_type(v1::Value::STRING);
+    bytes.set_bytes_value(latin1);
+    EXPECT_EQ(fClient.echo(bytes).value().SerializeAsString(), bytes.SerializeAsString());
+
+    v1::ClientBatch batch;
+    for (const char* method : {"latin1", "key"}) {
+        v1::Call* call = batch.add_messages()->mutable_call();
+        call->set_call_id(method == std::string("latin1") ? 1 : 2);
+        call->set_module("Quoting");
+        call->set_method(method);
+    }
+    ASSERT_TRUE(fClient.send(batch));
+    std::map<std::uint64_t, v1::Result> results;
+    v1::ServerMessage answer;
+    while (results.size() < 2 && fClient.receive(answer)) {
+        results[answer.result().call_id()] = answer.result();
+    }
+    EXPECT_EQ(results[1].value().bytes_value(), latin1);
+    ASSERT_EQ(results[2].value().bytes_keys_size(), 2);
+    EXPECT_EQ(results[2].value().bytes_keys(0), latin1);
+    EXPECT_EQ(results[2].value().keys_size(), 0);
 }
 
 TEST_F(ProtocolServer, SurvivesAValueNestedBeyondReading) {
@@ -151,7 +196,7 @@ TEST_F(ProtocolServer, EndsASessionWhosePartsCannotBeRead) {
 TEST_F(ProtocolServer, SendsPartsOnlyToAClientThatTakesThem) {
     const std::string large(3 * a_mebibyte, 'x');
     fClient.hello(1, false);
-    EXPECT_EQ(fClient.echo(textValue(large)).value().bytes_value(), large);
+    EXPECT_EQ(fClient.echo(textValue(large)).value().string_value(), large);
 
     RawClient takesParts(fServer->getPort());
     takesParts.hello(1, true);
@@ -259,10 +304,38 @@ TEST_F(ProtocolServer, RefusesASubscriptionWithoutASession) {
     request.mutable_start()->set_rate(1);
     ASSERT_TRUE(stream->Write(request));
     v1::SubscriptionUpdate update;
-    ASSERT_TRUE(stream->Read(&update));
-    EXPECT_EQ(update.ended().cause(), v1::Error::NOT_AUTHORISED);
     EXPECT_FALSE(stream->Read(&update));
-    EXPECT_TRUE(stream->Finish().ok());
+    EXPECT_EQ(stream->Finish().error_code(), grpc::StatusCode::PERMISSION_DENIED);
+    EXPECT_EQ(detailsOf(context).cause(), v1::Error::NOT_AUTHORISED);
+    EXPECT_TRUE(fClient.echo(textValue("still")).has_value()) << "the session lives on";
+}
+
+TEST_F(ProtocolServer, RefusesASubscriptionThatDoesNotStart) {
+    fClient.hello();
+    grpc::ClientContext context;
+    const auto stream = fClient.stub().Subscribe(&context);
+    v1::SubscriptionRequest request;
+    request.set_rate(1);
+    ASSERT_TRUE(stream->Write(request));
+    v1::SubscriptionUpdate update;
+    EXPECT_FALSE(stream->Read(&update));
+    EXPECT_EQ(stream->Finish().error_code(), grpc::StatusCode::INVALID_ARGUMENT);
+}
+
+TEST_F(ProtocolServer, SaysWhichModuleASubscriptionDoesNotFind) {
+    grpc::ClientContext context;
+    const auto stream = fClient.stub().Subscribe(&context);
+    v1::SubscriptionRequest request;
+    request.mutable_start()->set_session_id(fClient.hello().session_id());
+    request.mutable_start()->set_module("Nobody");
+    request.mutable_start()->set_rate(1);
+    ASSERT_TRUE(stream->Write(request));
+    v1::SubscriptionUpdate update;
+    EXPECT_FALSE(stream->Read(&update));
+    const grpc::Status status = stream->Finish();
+    EXPECT_EQ(status.error_code(), grpc::StatusCode::NOT_FOUND);
+    EXPECT_EQ(status.error_message(), "there is no module of that name");
+    EXPECT_EQ(detailsOf(context).cause(), v1::Error::NO_SUCH_MODULE);
 }
 
 TEST_F(ProtocolServer, RefusesASubscriptionWithARateOutOfRange) {
@@ -278,10 +351,10 @@ TEST_F(ProtocolServer, RefusesASubscriptionWithARateOutOfRange) {
     request.mutable_start()->set_rate(1e6);
     ASSERT_TRUE(stream->Write(request));
     v1::SubscriptionUpdate update;
-    while (stream->Read(&update) && !update.has_ended()) {
+    while (stream->Read(&update)) {
     }
-    EXPECT_EQ(update.ended().cause(), v1::Error::INVALID_ARGUMENT);
-    EXPECT_TRUE(stream->Finish().ok());
+    EXPECT_EQ(stream->Finish().error_code(), grpc::StatusCode::INVALID_ARGUMENT);
+    EXPECT_EQ(detailsOf(context).cause(), v1::Error::INVALID_ARGUMENT);
 }
 
 TEST_F(ProtocolServer, EndsSubscriptionsWithTheirSession) {

@@ -129,12 +129,19 @@ TEST_F(WatchingClient, TakesNoFrameAboveTheLimit) {
 }
 
 TEST_F(WatchingClient, TellsTheReasonThatTheRobotGives) {
-    v1::WatchUpdate update;
-    update.mutable_ended()->set_cause(v1::Error::TOO_MANY);
-    update.mutable_ended()->set_text("all eyes are taken");
-    const KVError error = endAfter({update});
+    fRobot.fStreamStatus = grpc::Status(grpc::StatusCode::RESOURCE_EXHAUSTED, "for others");
+    fRobot.fDetails.emplace().set_cause(v1::Error::TOO_MANY);
+    fRobot.fDetails->set_text("all eyes are taken");
+    const KVError error = endAfter({});
     EXPECT_CAUSE(error, TooMany);
-    EXPECT_NE(error.toString().find("all eyes are taken"), std::string::npos);
+    EXPECT_NE(error.toString().find("all eyes are taken"), std::string::npos) << error.toString();
+}
+
+TEST_F(WatchingClient, UnderstandsAStatusWithoutDetails) {
+    fRobot.fStreamStatus = grpc::Status(grpc::StatusCode::NOT_FOUND, "no eye there");
+    const KVError error = endAfter({});
+    EXPECT_CAUSE(error, NoSuchStream);
+    EXPECT_NE(error.toString().find("no eye there"), std::string::npos) << error.toString();
 }
 
 TEST_F(WatchedRobot, SendsTwoFramesToAClientThatReportsNone) {
@@ -156,10 +163,9 @@ TEST_F(WatchedRobot, SendsTwoFramesToAClientThatReportsNone) {
     ASSERT_TRUE(stream->Read(&update));
     EXPECT_EQ(update.header().number(), 4U) << "the newest, and the one before was never sent";
     fSource->removeStream("head");
-    ASSERT_TRUE(stream->Read(&update));
-    EXPECT_EQ(update.ended().cause(), v1::Error::NO_SUCH_STREAM);
     EXPECT_FALSE(stream->Read(&update));
-    EXPECT_TRUE(stream->Finish().ok());
+    EXPECT_EQ(stream->Finish().error_code(), grpc::StatusCode::NOT_FOUND);
+    EXPECT_EQ(detailsOf(fContext).cause(), v1::Error::NO_SUCH_STREAM);
 }
 
 TEST_F(WatchedRobot, RefusesWhoNamesNoSession) {
@@ -168,9 +174,9 @@ TEST_F(WatchedRobot, RefusesWhoNamesNoSession) {
     request.mutable_start()->set_session_id(request.start().session_id() + 1);
     ASSERT_TRUE(stream->Write(request));
     v1::WatchUpdate update;
-    ASSERT_TRUE(stream->Read(&update));
-    EXPECT_EQ(update.ended().cause(), v1::Error::NOT_AUTHORISED);
     EXPECT_FALSE(stream->Read(&update));
+    EXPECT_EQ(stream->Finish().error_code(), grpc::StatusCode::PERMISSION_DENIED);
+    EXPECT_EQ(detailsOf(fContext).cause(), v1::Error::NOT_AUTHORISED);
     EXPECT_EQ(fSource->getWatchers("head"), 0);
 }
 
@@ -180,6 +186,6 @@ TEST_F(WatchedRobot, RefusesToStartTwice) {
     ASSERT_TRUE(stream->Write(request));
     ASSERT_TRUE(stream->Write(request));
     v1::WatchUpdate update;
-    ASSERT_TRUE(stream->Read(&update));
-    EXPECT_EQ(update.ended().cause(), v1::Error::INVALID_ARGUMENT);
+    EXPECT_FALSE(stream->Read(&update));
+    EXPECT_EQ(stream->Finish().error_code(), grpc::StatusCode::INVALID_ARGUMENT);
 }

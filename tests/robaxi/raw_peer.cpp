@@ -74,6 +74,10 @@ grpc::Status RawClient::finish() {
     return fSession->Finish();
 }
 
+v1::Error RawClient::details() const {
+    return detailsOf(fContext);
+}
+
 RawServer::RawServer() {
     fHelloReply.set_protocol_version(1);
     fHelloReply.set_session_id(4711);
@@ -87,9 +91,16 @@ RawServer::~RawServer() {
     fServer->Shutdown(std::chrono::system_clock::now());
 }
 
-grpc::Status RawServer::Session(grpc::ServerContext* /*context*/, SessionStream* stream) {
+grpc::Status RawServer::xEnd(grpc::ServerContext* context, const grpc::Status& status) const {
+    if (fDetails) {
+        context->AddTrailingMetadata("robaxi-error-bin", fDetails->SerializeAsString());
+    }
+    return status;
+}
+
+grpc::Status RawServer::Session(grpc::ServerContext* context, SessionStream* stream) {
     if (!fSessionStatus.ok()) {
-        return fSessionStatus;
+        return xEnd(context, fSessionStatus);
     }
     v1::ClientBatch batch;
     while (stream->Read(&batch)) {
@@ -119,30 +130,46 @@ bool RawServer::xAnswer(const v1::ClientMessage& message, v1::ServerMessage& ans
     return fAnswer && fAnswer(message, answer);
 }
 
-grpc::Status RawServer::Subscribe(grpc::ServerContext* /*context*/, SubscriptionStream* stream) {
+grpc::Status RawServer::Subscribe(grpc::ServerContext* context, SubscriptionStream* stream) {
     v1::SubscriptionRequest request;
     if (stream->Read(&request) && fSubscription) {
         fSubscription(*stream);
+    }
+    if (!fStreamStatus.ok()) {
+        return xEnd(context, fStreamStatus);
     }
     while (stream->Read(&request)) {
     }
     return grpc::Status::OK;
 }
 
-grpc::Status RawServer::Watch(grpc::ServerContext* /*context*/, WatchStream* stream) {
+grpc::Status RawServer::Watch(grpc::ServerContext* context, WatchStream* stream) {
     v1::WatchRequest request;
     if (stream->Read(&request) && fWatch) {
         fWatch(*stream);
     }
+    if (!fStreamStatus.ok()) {
+        return xEnd(context, fStreamStatus);
+    }
     while (stream->Read(&request)) {
     }
     return grpc::Status::OK;
+}
+
+v1::Error detailsOf(const grpc::ClientContext& context) {
+    const auto& metadata = context.GetServerTrailingMetadata();
+    const auto found = metadata.find("robaxi-error-bin");
+    v1::Error error;
+    if (found != metadata.end()) {
+        error.ParseFromArray(found->second.data(), static_cast<int>(found->second.size()));
+    }
+    return error;
 }
 
 v1::Value textValue(const std::string& text) {
     v1::Value value;
     value.set_type(v1::Value::STRING);
-    value.set_bytes_value(text);
+    value.set_string_value(text);
     return value;
 }
 

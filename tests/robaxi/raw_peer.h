@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace robaxi_test {
@@ -22,7 +23,7 @@ class RawClient {
     RawClient(const RawClient&) = delete;
     RawClient& operator=(const RawClient&) = delete;
 
-    /** Sends hello and returns the answer. */
+    /** Sends hello and returns the answer, an empty one if the robot refuses it. */
     v1::HelloReply hello(std::uint32_t version = 1, bool takesFragments = false);
 
     bool send(const v1::ClientMessage& message);
@@ -39,6 +40,8 @@ class RawClient {
     v1::Result echo(const v1::Value& argument);
     /** Closes the sending side and waits for the end of the session. */
     grpc::Status finish();
+    /** Returns the details of the session's status after finish(). */
+    v1::Error details() const;
 
     v1::Robaxi::Stub& stub() { return *fStub; }
 
@@ -77,6 +80,8 @@ class RawServer : private v1::Robaxi::Service {
     ///@{
     v1::HelloReply fHelloReply;
     grpc::Status fSessionStatus;
+    grpc::Status fStreamStatus;  // of subscriptions and watched cameras, unless they stay open
+    std::optional<v1::Error> fDetails;  // of either status
     Answer fAnswer;
     std::function<void(SubscriptionStream&)> fSubscription;
     std::function<void(WatchStream&)> fWatch;
@@ -86,11 +91,15 @@ class RawServer : private v1::Robaxi::Service {
     grpc::Status Session(grpc::ServerContext* context, SessionStream* stream) override;
     grpc::Status Subscribe(grpc::ServerContext* context, SubscriptionStream* stream) override;
     grpc::Status Watch(grpc::ServerContext* context, WatchStream* stream) override;
+    grpc::Status xEnd(grpc::ServerContext* context, const grpc::Status& status) const;
     bool xAnswer(const v1::ClientMessage& message, v1::ServerMessage& answer) const;
 
     std::unique_ptr<grpc::Server> fServer;
     int fPort = 0;
 };
+
+/** Returns the details of the status of an RPC that has ended; of cause INTERNAL without any. */
+v1::Error detailsOf(const grpc::ClientContext& context);
 
 v1::Value textValue(const std::string& text);
 /** Returns lists nested `depth` deep. */

@@ -14,22 +14,18 @@ namespace {
 
 namespace v1 = robaxi::v1;
 
-constexpr unsigned a_laterVersion = 2;
-
 class NewerRobot : public v1::Robaxi::Service {
   public:
     grpc::Status Session(
-        grpc::ServerContext* /*context*/,
+        grpc::ServerContext* context,
         grpc::ServerReaderWriter<v1::ServerBatch, v1::ClientBatch>* stream) override {
         v1::ClientBatch hello;
         stream->Read(&hello);
-        v1::ServerBatch answer;
-        v1::HelloReply* const reply = answer.add_messages()->mutable_hello_reply();
-        reply->set_protocol_version(a_laterVersion);
-        reply->set_refusal(v1::HelloReply::PROTOCOL_VERSION);
-        reply->set_name("newer");
-        stream->Write(answer);
-        return grpc::Status::OK;
+        v1::Error details;
+        details.set_cause(v1::Error::PROTOCOL_VERSION);
+        details.set_text("it speaks version 2, this program version 1");
+        context->AddTrailingMetadata("robaxi-error-bin", details.SerializeAsString());
+        return {grpc::StatusCode::FAILED_PRECONDITION, details.text()};
     }
 };
 

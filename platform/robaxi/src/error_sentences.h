@@ -17,7 +17,7 @@ struct Target {
 };
 
 /** Returns the cause in words, for the middle of a sentence. */
-const char* reasonOf(KVError::Cause cause);
+ROBAXI_EXPORT const char* reasonOf(KVError::Cause cause);
 
 /** Returns the sentence for the user: what was tried, where, why it failed and what to try next. */
 ROBAXI_EXPORT KVError describe(const Target& target, const Failure& failure);

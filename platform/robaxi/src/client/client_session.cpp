@@ -7,6 +7,7 @@
 #include "net/tls_probe.h"
 #include "wire/grpc_handover.h"
 #include "wire/message_codec.h"
+#include "wire/status_codec.h"
 
 #include <base/safe_text.h>
 
@@ -29,19 +30,10 @@ Failure tokenMissing(const ClientSecurity& security) {
             "Name the file with the robot's token under token in robaxi.conf."};
 }
 
-Failure helloFailure(const v1::HelloReply& reply, const ClientSecurity& security) {
-    switch (reply.refusal()) {
-        case v1::HelloReply::TOO_MANY_SESSIONS:
-            return {KVError::Cause::TooMany, "too many programs are connected to it"};
-        case v1::HelloReply::TOKEN_MISSING:
-            return tokenMissing(security);
-        case v1::HelloReply::NOT_AUTHORISED:
-            return {KVError::Cause::NotAuthorised, "the token is not the right one"};
-        default:
-            return {KVError::Cause::ProtocolVersion,
-                    "it speaks version " + std::to_string(reply.protocol_version()) +
-                        ", this program version " + std::to_string(limits::a_protocolVersion)};
-    }
+Failure anotherVersion(std::uint32_t version) {
+    return {KVError::Cause::ProtocolVersion, "it speaks version " + std::to_string(version) +
+                                                 ", this program version " +
+                                                 std::to_string(limits::a_protocolVersion)};
 }
 
 /** gRPC only reports in its message that the received data is not HTTP/2. */
@@ -50,21 +42,29 @@ bool isAnotherLanguage(const grpc::Status& status) {
     return text.find("http1") != std::string::npos || text.find("HTTP/2") != std::string::npos;
 }
 
-Failure streamFailure(const grpc::Status& status, bool saidHello) {
-    if (!saidHello && isAnotherLanguage(status)) {
+/** Returns why a session has ended that was in use. */
+Failure sessionFailure(const EndOfRpc& end) {
+    if (end.fCause == v1::Error::TOO_LARGE) {
+        return end.fFailure;
+    }
+    return {KVError::Cause::ConnectionLost, end.fFailure.fDetail};
+}
+
+/** Returns why a session has ended before the robot answered hello. */
+Failure helloFailure(const grpc::Status& status, const EndOfRpc& end,
+                     const ClientSecurity& security) {
+    if (isAnotherLanguage(status)) {
         return {KVError::Cause::ProtocolVersion, {}};
     }
-    switch (status.error_code()) {
-        case grpc::StatusCode::UNIMPLEMENTED:
-            return {KVError::Cause::ProtocolVersion, {}};
-        case grpc::StatusCode::RESOURCE_EXHAUSTED:
-            return {KVError::Cause::TooLarge, {}};
-        case grpc::StatusCode::UNAUTHENTICATED:
-        case grpc::StatusCode::PERMISSION_DENIED:
-            return {KVError::Cause::NotAuthorised, {}};
+    switch (end.fCause) {
+        case v1::Error::TOKEN_MISSING:
+            return tokenMissing(security);
+        case v1::Error::TOKEN_WRONG:
+            return {KVError::Cause::NotAuthorised, "the token is not the right one"};
+        case v1::Error::CONNECTION_LOST:
+            return {KVError::Cause::ConnectionLost, "it was closed before an answer came"};
         default:
-            return {KVError::Cause::ConnectionLost,
-                    saidHello ? "the robot ended it" : "it was closed before an answer came"};
+            return end.fFailure;
     }
 }
 
@@ -226,7 +226,8 @@ void ClientSession::OnDone(const grpc::Status& status) {
         const std::lock_guard lock(fMutex);
         saidHello = fHello.has_value();
     }
-    xLose(streamFailure(status, saidHello));
+    const EndOfRpc end = decodeStatus(status, fContext, v1::Error::PROTOCOL_VERSION);
+    xLose(saidHello ? sessionFailure(end) : helloFailure(status, end, fSecurity));
     const std::lock_guard lock(fMutex);
     fIsDone = true;
     fStateChanged.notify_all();
@@ -252,9 +253,8 @@ void ClientSession::xHandle(v1::ServerMessage& message) {
 }
 
 void ClientSession::xHandleHello(const v1::HelloReply& reply) {
-    if (reply.refusal() != v1::HelloReply::NONE ||
-        reply.protocol_version() != limits::a_protocolVersion) {
-        xLose(helloFailure(reply, fSecurity));
+    if (reply.protocol_version() != limits::a_protocolVersion) {
+        xLose(anotherVersion(reply.protocol_version()));
         fContext.TryCancel();
         return;
     }

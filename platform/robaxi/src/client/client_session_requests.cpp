@@ -22,7 +22,7 @@ v1::ClientMessage makeCall(const Target& target, const KVValue::List& arguments,
 
 [[noreturn]] void throwError(const Target& target, const v1::Error& error) {
     const KVError::Cause cause = decodeCause(error.cause());
-    if (error.by_method()) {
+    if (error.by_method() && !error.text().empty()) {
         throw KVError(cause, error.text());
     }
     throw describe(target, {cause, error.text()});

@@ -5,6 +5,7 @@
 #include "error_sentences.h"
 #include "task_pool.h"
 #include "wire/grpc_handover.h"
+#include "wire/status_codec.h"
 #include "wire/write_gate.h"
 
 #include <grpcpp/grpcpp.h>
@@ -19,7 +20,7 @@ namespace robaxi {
 
 /**
  * Base of the client's ends of all streams beside the session: they end with the link, with the
- * robot's last update or with stop(), and report the end to the listener on their strand.
+ * stream's status or with stop(), and report the end to the listener on their strand.
  *
  * Interface is Stream or derived from it. A derived class calls stop() in its destructor.
  */
@@ -57,6 +58,8 @@ class ClientStream : public Interface,
 
     /** Fills in the next request; returns false if there is none. Called with fMutex locked. */
     virtual bool xTakeRequest(Request& request) = 0;
+    /** Returns the cause of the status NOT_FOUND if the robot sends no details. */
+    virtual v1::Error::Cause xNotFound() const = 0;
     /** Handles fUpdate, on gRPC's thread; it or its posted task calls xRead() again. */
     virtual void xReceived() = 0;
     /** Reports the end to the listener; on the strand. */
@@ -160,7 +163,7 @@ class ClientStream : public Interface,
         {
             const std::lock_guard lock(fMutex);
             if (!fFailure) {
-                fFailure = Failure{KVError::Cause::ConnectionLost, status.error_message()};
+                fFailure = decodeStatus(status, fContext, xNotFound()).fFailure;
             }
         }
         xPost(&ClientStream::xEnded);

@@ -29,6 +29,7 @@ class FrameClient : public ClientStream<Stream, grpc::ByteBuffer, grpc::ByteBuff
 
   private:
     bool xTakeRequest(grpc::ByteBuffer& request) override;
+    v1::Error::Cause xNotFound() const override { return v1::Error::NO_SUCH_STREAM; }
     void xReceived() override;
     void xTellEnd(const KVError& error) override;
     void xKeep(KVFrame frame);

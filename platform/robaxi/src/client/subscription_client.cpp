@@ -99,9 +99,6 @@ void SubscriptionClient::xDeliverContent() {
         case v1::SubscriptionUpdate::kValues:
             xChangeValues(fUpdate.values());
             break;
-        case v1::SubscriptionUpdate::kEnded:
-            xFail({decodeCause(fUpdate.ended().cause()), fUpdate.ended().text()});
-            break;
         default:
             break;
     }

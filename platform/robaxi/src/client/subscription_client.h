@@ -33,6 +33,7 @@ class SubscriptionClient
 
   private:
     bool xTakeRequest(v1::SubscriptionRequest& request) override;
+    v1::Error::Cause xNotFound() const override { return v1::Error::NO_SUCH_MODULE; }
     void xReceived() override;
     v1::SubscriptionRequest& xNextRequest();
 

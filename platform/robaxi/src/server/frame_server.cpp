@@ -63,15 +63,8 @@ void FrameServer::streamRemoved() {
 }
 
 void FrameServer::xPump() {
-    bool isWatching = false;
-    {
-        const std::lock_guard lock(fMutex);
-        isWatching = fSource || fEnding;
-    }
-    if (isWatching) {
+    if (!xEndsNow()) {
         xSend();
-    } else {
-        cancel();  // no request arrived in time
     }
 }
 
@@ -79,10 +72,9 @@ void FrameServer::OnWriteDone(bool ok) {
     const GrpcReaction reaction(this);
     takeFromGrpc(&fUpdate);
     fUpdate.Clear();
-    const bool isLast = fIsLast;
     if (fGate.leave()) {
         xFinishWhen(true);
-    } else if (!ok || isLast) {
+    } else if (!ok) {
         xFinishWhen(fGate.close());
     } else {
         xSend();
@@ -108,11 +100,6 @@ bool FrameServer::xCompose() {
     std::shared_ptr<KVFrameSource::Private> source;
     {
         const std::lock_guard lock(fMutex);
-        if (fEnding) {
-            fUpdate = encodeEndOfWatch(*fEnding);
-            fIsLast = true;
-            return true;
-        }
         source = fSource;
     }
     if (!fFrame && source && xHasCredit()) {

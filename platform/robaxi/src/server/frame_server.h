@@ -57,7 +57,6 @@ class FrameServer : public ServerStream<grpc::ByteBuffer, grpc::ByteBuffer>,
     std::unique_ptr<FrameEncoder> fFrame;  // being sent
     std::uint64_t fSent = 0;
     std::uint64_t fVersion = 0;
-    bool fIsLast = false;
 };
 
 }  // namespace robaxi

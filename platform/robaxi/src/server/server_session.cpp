@@ -7,6 +7,7 @@
 #include "wire/grpc_handover.h"
 #include "wire/limits.h"
 #include "wire/message_codec.h"
+#include "wire/status_codec.h"
 #include "wire/value_codec.h"
 
 #include <base/safe_text.h>
@@ -18,8 +19,15 @@ namespace robaxi {
 
 namespace {
 
-v1::ServerMessage makeError(std::uint64_t callId, KVError::Cause cause, const std::string& text,
-                            bool byMethod) {
+v1::Error makeError(v1::Error::Cause cause, const std::string& text) {
+    v1::Error error;
+    error.set_cause(cause);
+    error.set_text(text);
+    return error;
+}
+
+v1::ServerMessage makeResult(std::uint64_t callId, KVError::Cause cause, const std::string& text,
+                             bool byMethod) {
     v1::ServerMessage message;
     message.mutable_result()->set_call_id(callId);
     v1::Error* error = message.mutable_result()->mutable_error();
@@ -92,8 +100,8 @@ void ServerSession::xHandleBatch() {
             return;
         }
         if (!xReceive(*fIncoming.mutable_messages(fNextIncoming++))) {
-            fStatus = grpc::Status(grpc::StatusCode::INVALID_ARGUMENT, "unreadable parts");
-            xFinishWhen(fOut.close());
+            xEnd(v1::Error::INVALID_ARGUMENT,
+                 "the program sent a message in parts that cannot be read");
             break;
         }
     }
@@ -176,11 +184,33 @@ void ServerSession::OnDone() {
     fServer.sessionEnded(fId);
 }
 
-void ServerSession::xFinishWhen(bool now) {
-    if (now) {
-        giveToGrpc(this);
-        Finish(fStatus);
+/**
+ * Ends the session with this reason, unless there already is one. Returns false if the end has to
+ * wait for a write.
+ */
+bool ServerSession::xEnd(v1::Error::Cause cause, const std::string& text) {
+    {
+        const std::lock_guard lock(fMutex);
+        if (!fEnding) {
+            fEnding = makeError(cause, text);
+        }
     }
+    const bool now = fOut.close();
+    xFinishWhen(now);
+    return now;
+}
+
+void ServerSession::xFinishWhen(bool now) {
+    if (!now) {
+        return;
+    }
+    grpc::Status status;
+    {
+        const std::lock_guard lock(fMutex);
+        status = encodeStatus(fEnding, *fContext);
+    }
+    giveToGrpc(this);
+    Finish(status);
 }
 
 void ServerSession::xCheckSilence() {
@@ -191,7 +221,9 @@ void ServerSession::xCheckSilence() {
     }
     if (++fSilentHeartbeats >
         (isPaused ? limits::a_untakingHeartbeatsOfClient : limits::a_silentHeartbeatsOfClient)) {
-        fContext->TryCancel();
+        if (!xEnd(v1::Error::TIMED_OUT, "the program was silent for too long")) {
+            fContext->TryCancel();  // it does not take what is being written either
+        }
         return;
     }
     if (isPaused) {
@@ -231,11 +263,13 @@ void ServerSession::xHandle(v1::ClientMessage& message) {
 
 void ServerSession::xHandleHello(const v1::Hello& hello) {
     if (hello.protocol_version() != limits::a_protocolVersion) {
-        xRefuse(v1::HelloReply::PROTOCOL_VERSION);
+        xRefuse(v1::Error::PROTOCOL_VERSION,
+                "it speaks version " + std::to_string(limits::a_protocolVersion) +
+                    ", this program version " + std::to_string(hello.protocol_version()));
         return;
     }
     if (!fIsAdmitted) {
-        xRefuse(v1::HelloReply::TOO_MANY_SESSIONS);
+        xRefuse(v1::Error::TOO_MANY, "too many programs are connected to it");
         return;
     }
     const ServerSecurity& security = fServer.security();
@@ -244,14 +278,14 @@ void ServerSession::xHandleHello(const v1::Hello& hello) {
         return;
     }
     if (hello.token().empty()) {
-        xRefuse(v1::HelloReply::TOKEN_MISSING);
+        xRefuse(v1::Error::TOKEN_MISSING);
         return;
     }
     const auto now = TimerThread::Clock::now();
     const auto turn =
         fServer.tokenGuard().reserveTurn(fPeerAddress, now, limits::silenceOfClient(fLimits));
     if (!turn) {
-        xRefuse(v1::HelloReply::TOO_MANY_SESSIONS);
+        xRefuse(v1::Error::TOO_MANY, "too many tokens from that address wait to be checked");
     } else if (*turn <= now) {
         xCheckToken(hello);
     } else {
@@ -288,7 +322,7 @@ void ServerSession::xCheckToken(const v1::Hello& hello) {
                       ? ", number " + std::to_string(refusals) +
                             " in a row; tokens from there are looked at one a second"
                       : std::string()));
-    xRefuse(v1::HelloReply::NOT_AUTHORISED);
+    xRefuse(v1::Error::TOKEN_WRONG);
 }
 
 void ServerSession::xAccept(const v1::Hello& hello) {
@@ -305,18 +339,15 @@ void ServerSession::xAccept(const v1::Hello& hello) {
     fOut.push(std::move(message));
 }
 
-void ServerSession::xRefuse(v1::HelloReply::Refusal refusal) {
+void ServerSession::xRefuse(v1::Error::Cause cause, const std::string& text) {
     fIsRefused = true;
-    v1::ServerMessage message;
-    v1::HelloReply* reply = message.mutable_hello_reply();
-    reply->set_protocol_version(limits::a_protocolVersion);
-    reply->set_refusal(refusal);
-    reply->set_name(base::validUtf8(fServer.brokerName()));
-    fOut.push(std::move(message));
-    xFinishWhen(fOut.closeWhenWritten());
+    xEnd(cause, text);
 }
 
 void ServerSession::xHandleListModules(const v1::ListModules& question) {
+    if (question.call_id() == 0) {
+        return;  // there is nobody to answer
+    }
     v1::ServerMessage message;
     v1::ModuleList* list = message.mutable_module_list();
     list->set_call_id(question.call_id());
@@ -443,7 +474,7 @@ void ServerSession::xRun(const v1::Call& call) {
 void ServerSession::xSendError(std::uint64_t callId, KVError::Cause cause, const std::string& text,
                                bool byMethod) {
     if (callId != 0) {
-        fOut.push(makeError(callId, cause, text, byMethod));
+        fOut.push(makeResult(callId, cause, text, byMethod));
     }
 }
 

@@ -16,6 +16,7 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -81,7 +82,7 @@ class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::Server
     void xCheckToken(const v1::Hello& hello);
     void xCheckHeldHello();
     void xAccept(const v1::Hello& hello);
-    void xRefuse(v1::HelloReply::Refusal refusal);
+    void xRefuse(v1::Error::Cause cause, const std::string& text = std::string());
     void xHandleCall(v1::Call&& call);
     void xHandleCancel(std::uint64_t callId);
     void xHandleListModules(const v1::ListModules& question);
@@ -92,6 +93,7 @@ class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::Server
     void xUnpark(std::size_t most);
     void xSendError(std::uint64_t callId, KVError::Cause cause, const std::string& text,
                     bool byMethod);
+    bool xEnd(v1::Error::Cause cause, const std::string& text);
     void xFinishWhen(bool now);
     void xCheckSilence();
 
@@ -110,7 +112,6 @@ class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::Server
     bool fIsAdmitted = false;
     bool fIsRefused = false;
     bool fHasHello = false;
-    grpc::Status fStatus;
 
     std::mutex fMutex;
     std::deque<WorkPtr> fWaiting;
@@ -120,6 +121,7 @@ class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::Server
     bool fHoldsHello = false;  // checks its token later
     bool fIsPaused = false;    // reads nothing, so that the client's calls wait in the network
     bool fHasEnded = false;
+    std::optional<v1::Error> fEnding;
 
     std::atomic<bool> fHasKeptMuch{false};
     std::atomic<int> fSilentHeartbeats{0};

@@ -6,6 +6,7 @@
 #include "wire/grpc_handover.h"
 #include "wire/limits.h"
 #include "wire/message_codec.h"
+#include "wire/status_codec.h"
 #include "wire/write_gate.h"
 
 #include <robaxi/kv_error.h>
@@ -26,7 +27,7 @@ namespace robaxi {
  * Base of the robot's ends of all streams beside the session.
  *
  * It reads requests until the client closes its side, and ends with the client, the session, the
- * module or the stream's own last update. The server owns it until OnDone().
+ * module or a reason of its own. The server owns it until OnDone().
  */
 template <class Request, class Update>
 class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public SideStream {
@@ -61,6 +62,9 @@ class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public Sid
             return;
         }
         xHandle();
+        if (!xHasStarted()) {
+            xEnd(KVError::Cause::InvalidArgument, "the first request has no start");
+        }
         xWake();
         xRead();
     }
@@ -95,6 +99,10 @@ class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public Sid
      * @return the module; or null after setting the reason for the end of the stream
      */
     boost::shared_ptr<KVModule> xJoin(std::uint64_t sessionId, const std::string& module) {
+        {
+            const std::lock_guard lock(fMutex);
+            fHasStarted = true;
+        }
         if (const auto refusal = fServer.joinSession(this, sessionId)) {
             xEnd(refusal->fCause, refusal->fDetail);
             return nullptr;
@@ -115,7 +123,7 @@ class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public Sid
 
     void xWake() { fPump.startAt(TimerThread::Clock::now()); }
 
-    /** Sends the reason for the end as the last update. */
+    /** Ends the stream with this reason, unless there already is one; on the timer thread. */
     void xEnd(KVError::Cause cause, const std::string& text) {
         {
             const std::lock_guard lock(fMutex);
@@ -126,11 +134,33 @@ class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public Sid
         xWake();
     }
 
-    void xFinishWhen(bool now) {
-        if (now) {
-            giveToGrpc(this);
-            this->Finish(grpc::Status::OK);
+    /** Ends the stream, or lets the end of a write do that, if there is a reason to end it. */
+    bool xEndsNow() {
+        {
+            const std::lock_guard lock(fMutex);
+            if (!fHasStarted && !fEnding) {
+                encodeError(KVError::Cause::TimedOut, "no request came in time",
+                            &fEnding.emplace());
+            }
+            if (!fEnding) {
+                return false;
+            }
         }
+        xFinishWhen(fGate.close());
+        return true;
+    }
+
+    void xFinishWhen(bool now) {
+        if (!now) {
+            return;
+        }
+        grpc::Status status;
+        {
+            const std::lock_guard lock(fMutex);
+            status = encodeStatus(fEnding, *fContext);
+        }
+        giveToGrpc(this);
+        this->Finish(status);
     }
 
     void xStartWrite() {
@@ -144,7 +174,6 @@ class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public Sid
     WriteGate fGate;
 
     std::mutex fMutex;
-    std::optional<v1::Error> fEnding;  // guarded by fMutex
 
   private:
     void xRead() {
@@ -152,8 +181,15 @@ class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public Sid
         this->StartRead(&fRequest);
     }
 
+    bool xHasStarted() {
+        const std::lock_guard lock(fMutex);
+        return fHasStarted;
+    }
+
     grpc::CallbackServerContext* const fContext;
-    std::string fModule;  // guarded by fMutex
+    std::string fModule;  // guarded by fMutex, like the following two
+    bool fHasStarted = false;
+    std::optional<v1::Error> fEnding;  // reason for the end
 
   protected:
     Timer fPump;  // stopped before the other members are destroyed

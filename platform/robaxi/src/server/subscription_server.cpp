@@ -26,10 +26,9 @@ SubscriptionServer::~SubscriptionServer() = default;
 void SubscriptionServer::OnWriteDone(bool ok) {
     const GrpcReaction reaction(this);
     takeFromGrpc(&fUpdate);
-    const bool isLast = fUpdate.has_ended();
     if (fGate.leave()) {
         xFinishWhen(true);
-    } else if (!ok || isLast) {
+    } else if (!ok) {
         xFinishWhen(fGate.close());
     } else {
         xWake();
@@ -109,6 +108,9 @@ void SubscriptionServer::keyRemoved(std::uint32_t id) {
 
 void SubscriptionServer::xPump() {
     fIsAwake = false;
+    if (xEndsNow()) {
+        return;
+    }
     if (!xMaySend()) {
         fIsAwake = true;  // the end of the write, or the client's answer, wakes the pump
         return;
@@ -124,12 +126,7 @@ void SubscriptionServer::xPump() {
 
 bool SubscriptionServer::xMaySend() {
     const std::lock_guard lock(fMutex);
-    if (!fTable && !fEnding) {
-        cancel();  // no request arrived in time
-        return false;
-    }
-    const bool hasCredit = fSent < fConsumed + limits::a_updatesInFlight;
-    return (hasCredit || fEnding) && fGate.enter();
+    return fTable && fSent < fConsumed + limits::a_updatesInFlight && fGate.enter();
 }
 
 bool SubscriptionServer::xCompose() {
@@ -138,10 +135,6 @@ bool SubscriptionServer::xCompose() {
     std::optional<std::vector<std::uint32_t>> choice;
     {
         const std::lock_guard lock(fMutex);
-        if (fEnding) {
-            *fUpdate.mutable_ended() = *fEnding;
-            return true;
-        }
         period = fPeriod;
         choice.swap(fNewChoice);
     }

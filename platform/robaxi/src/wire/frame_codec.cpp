@@ -24,9 +24,8 @@ constexpr std::uint32_t tagOf(int field) {
     return (static_cast<std::uint32_t>(field) << a_typeBits) | a_lengthDelimited;
 }
 constexpr std::uint32_t a_headerTag = tagOf(v1::WatchUpdate::kHeaderFieldNumber);
-constexpr std::uint32_t a_endedTag = tagOf(v1::WatchUpdate::kEndedFieldNumber);
 constexpr std::uint32_t a_dataTag = tagOf(v1::WatchUpdate::kDataFieldNumber);
-/** Maximum size of a header, or of an end with its text. */
+/** Maximum size of a header, in which a later revision may have more fields. */
 constexpr std::uint32_t a_largestField = 128 * 1024;
 constexpr std::uint32_t a_largestSkip = 1U << 30U;
 
@@ -108,14 +107,6 @@ void skipField(CodedInputStream& input, std::uint32_t tag) {
     }
 }
 
-[[noreturn]] void throwEnd(const std::string& field) {
-    v1::Error error;
-    if (!error.ParseFromString(field)) {
-        throwUnreadable();
-    }
-    throw Failure{decodeCause(error.cause()), error.text()};
-}
-
 }  // namespace
 
 /** Shared by gRPC's slices, the last of which may be released on one of its threads. */
@@ -164,13 +155,6 @@ grpc::ByteBuffer FrameEncoder::next() {
     return grpc::ByteBuffer(slices.data(), slices.size());
 }
 
-grpc::ByteBuffer encodeEndOfWatch(const v1::Error& reason) {
-    v1::WatchUpdate update;
-    *update.mutable_ended() = reason;
-    const grpc::Slice slice(update.SerializeAsString());
-    return grpc::ByteBuffer(&slice, 1);
-}
-
 FrameAssembler::FrameAssembler(std::size_t largestFrame) : fLargestFrame(largestFrame) {
 }
 
@@ -183,8 +167,6 @@ std::optional<KVFrame> FrameAssembler::take(grpc::ByteBuffer& update) {
     while (const std::uint32_t tag = input.ReadTag()) {
         if (tag == a_headerTag) {
             xBegin(readField(input));
-        } else if (tag == a_endedTag) {
-            throwEnd(readField(input));
         } else if (tag == a_dataTag) {
             xTakeData(input);
         } else {

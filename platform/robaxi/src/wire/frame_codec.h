@@ -48,8 +48,6 @@ class FrameEncoder {
     bool fIsComplete = false;
 };
 
-grpc::ByteBuffer encodeEndOfWatch(const v1::Error& reason);
-
 /**
  * Reassembles frames. Its input is checked against the protocol, but a frame is not checked for
  * being a valid picture.
@@ -62,8 +60,7 @@ class FrameAssembler {
      * Adds the next update of a stream.
      *
      * @return the frame that it completes, if any
-     * @throws Failure the robot's reason for the end of the stream; Internal or TooLarge if it
-     *         breaks the protocol
+     * @throws Failure Internal or TooLarge if it breaks the protocol
      */
     std::optional<KVFrame> take(grpc::ByteBuffer& update);
 

@@ -18,7 +18,7 @@ constexpr std::int64_t a_latestTime = 253'402'300'799'999'999;
 
 using CausePair = std::pair<KVError::Cause, v1::Error::Cause>;
 
-constexpr std::array<CausePair, 20> a_causes{{
+constexpr std::array<CausePair, 22> a_causes{{
     {KVError::Cause::InvalidArgument, v1::Error::INVALID_ARGUMENT},
     {KVError::Cause::NoSuchModule, v1::Error::NO_SUCH_MODULE},
     {KVError::Cause::NoSuchMethod, v1::Error::NO_SUCH_METHOD},
@@ -39,6 +39,9 @@ constexpr std::array<CausePair, 20> a_causes{{
     {KVError::Cause::NoSuchStream, v1::Error::NO_SUCH_STREAM},
     {KVError::Cause::NotTrusted, v1::Error::NOT_TRUSTED},
     {KVError::Cause::TooMany, v1::Error::TOO_MANY},
+    // After the cause with which NotAuthorised is encoded.
+    {KVError::Cause::NotAuthorised, v1::Error::TOKEN_MISSING},
+    {KVError::Cause::NotAuthorised, v1::Error::TOKEN_WRONG},
 }};
 
 v1::Error::Cause encodeCause(KVError::Cause cause) {

@@ -2,6 +2,9 @@
 
 #include "failure.h"
 
+#include <base/safe_text.h>
+
+#include <algorithm>
 #include <limits>
 
 namespace robaxi {
@@ -15,6 +18,15 @@ namespace {
 /** @param depth remaining levels of nesting, including this one */
 void encode(const KVValue& value, int depth, v1::Value* message);
 
+/** Texts that are not UTF-8 are sent as bytes: as text they would make the message unreadable. */
+void encodeText(const std::string& text, v1::Value* message) {
+    if (base::isUtf8(text)) {
+        message->set_string_value(text);
+    } else {
+        message->set_bytes_value(text);
+    }
+}
+
 void encodeList(const KVValue::List& list, int depth, v1::Value* message) {
     message->mutable_elements()->Reserve(static_cast<int>(list.size()));
     for (const KVValue& element : list) {
@@ -23,8 +35,10 @@ void encodeList(const KVValue::List& list, int depth, v1::Value* message) {
 }
 
 void encodeMap(const KVValue::Map& map, int depth, v1::Value* message) {
+    const bool isText = std::all_of(map.begin(), map.end(),
+                                    [](const auto& entry) { return base::isUtf8(entry.first); });
     for (const auto& [key, element] : map) {
-        message->add_keys(key);
+        *(isText ? message->add_keys() : message->add_bytes_keys()) = key;
         encode(element, depth, message->add_elements());
     }
 }
@@ -38,7 +52,7 @@ void encode(const KVValue& value, int depth, v1::Value* message) {
         case KVValue::Type::Nothing:
             break;
         case KVValue::Type::Bool:
-            message->set_int_value(value.toBool() ? 1 : 0);
+            message->set_bool_value(value.toBool());
             break;
         case KVValue::Type::Int:
             message->set_int_value(value.toInt());
@@ -47,7 +61,7 @@ void encode(const KVValue& value, int depth, v1::Value* message) {
             message->set_float_value(value.toFloat());
             break;
         case KVValue::Type::String:
-            message->set_bytes_value(value.toString());
+            encodeText(value.toString(), message);
             break;
         case KVValue::Type::Binary:
             message->set_bytes_value(value.GetBinary(), static_cast<std::size_t>(value.getSize()));
@@ -82,12 +96,13 @@ KVValue decodeList(const v1::Value& message, int depth) {
 }
 
 KVValue decodeMap(const v1::Value& message, int depth) {
-    if (message.keys_size() != message.elements_size()) {
+    const auto& keys = message.bytes_keys().empty() ? message.keys() : message.bytes_keys();
+    if (keys.size() != message.elements_size()) {
         throwMalformed("a map has not as many keys as values");
     }
     KVValue::Map map;
-    for (int i = 0; i < message.keys_size(); ++i) {
-        if (!map.emplace(message.keys(i), decode(message.elements(i), depth)).second) {
+    for (int i = 0; i < keys.size(); ++i) {
+        if (!map.emplace(keys[i], decode(message.elements(i), depth)).second) {
             throwMalformed("a map has a key twice");
         }
     }
@@ -102,13 +117,13 @@ KVValue decode(const v1::Value& message, int depth) {
         case v1::Value::NOTHING:
             return {};
         case v1::Value::BOOL:
-            return message.int_value() != 0;
+            return message.bool_value();
         case v1::Value::INT:
             return std::int64_t{message.int_value()};
         case v1::Value::FLOAT:
             return message.float_value();
         case v1::Value::STRING:
-            return message.bytes_value();
+            return message.has_bytes_value() ? message.bytes_value() : message.string_value();
         case v1::Value::BINARY:
             return decodeBinary(message.bytes_value());
         case v1::Value::LIST:
