@@ -1,8 +1,11 @@
 # shellcheck shell=bash
 # Shared by tests written as shell scripts: checks, and a runner for the functions named test_*.
 
+# Where failures are reported, even by a check whose own standard error is redirected.
+exec {failure_report}>&2
+
 fail() {
-    echo "  FAILED: $*" >&2
+    echo "  FAILED: $*" >&"$failure_report"
     exit 1
 }
 
