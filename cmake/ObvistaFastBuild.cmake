@@ -21,5 +21,8 @@ if(OBVISTA_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
 endif()
 
 if(OBVISTA_MOLD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    add_link_options(-fuse-ld=mold)
+    # Code in separate pages, as GNU ld does it: otherwise mold 1.10 lets the read-only data after relocation
+    # begin in a hole between two segments if the code ends less than four bytes before a page, and the program
+    # cannot be loaded.
+    add_link_options(-fuse-ld=mold -Wl,-z,separate-code)
 endif()
