@@ -1,132 +1,120 @@
 #include "http/http_transfer.h"
 
-#include "http/curl_multi.h"
-
-#include <QCoreApplication>
+#include <QHostAddress>
+#include <QNetworkProxy>
 #include <QUrl>
+
+#include <algorithm>
+#include <limits>
 
 namespace {
 
-QString tr(const char* text) {
-    return QCoreApplication::translate("QHttp", text);
+// Large enough for a typical icon in one step.
+constexpr qint64 a_stepSize = qint64{64} * 1024;
+constexpr quint16 a_httpPort = 80;
+
+/** Returns the host as it is named in a request; empty if it is not a valid one. */
+QByteArray hostField(const QString& host, quint16 port) {
+    QHostAddress address(host);
+    QByteArray field = QUrl::toAce(host);
+    if (address.protocol() == QAbstractSocket::IPv6Protocol) {
+        address.setScopeId(QString());  // has a meaning for this computer only
+        field = '[' + address.toString().toLatin1() + ']';
+    }
+    if (!field.isEmpty() && port != a_httpPort) {
+        field += ':' + QByteArray::number(port);
+    }
+    return field;
 }
 
-QByteArray urlHost(const QString& host) {
-    return host.contains(QLatin1Char(':')) ? '[' + host.toLatin1() + ']' : QUrl::toAce(host);
-}
-
-QByteArray urlPath(const QString& path) {
+QByteArray target(const QString& path) {
     const QByteArray encoded = QUrl::toPercentEncoding(path, "/:@!$&'()*+,;=");
     return encoded.startsWith('/') ? encoded : '/' + encoded;
 }
 
 }  // namespace
 
-HttpTransfer::HttpTransfer(CurlMulti* multi, const QString& host, quint16 port, const QString& path,
-                           std::chrono::milliseconds timeOut)
-    : fMulti(multi), fUrl(curl_url()), fEasy(curl_easy_init()) {
-    Q_CHECK_PTR(fUrl.get());
-    Q_CHECK_PTR(fEasy.get());
-    xSetUrl(host, port, path);
-    xSetOptions(timeOut);
-    fMulti->add(fEasy.get());
+// All connections to a slot that emits are queued: the slots of progressed() may delete the
+// transfer, and with it the socket, which must not happen while the socket emits a signal.
+HttpTransfer::HttpTransfer(const QString& host, quint16 port, const QString& path,
+                           std::chrono::milliseconds timeOut) {
+    const QByteArray hostName = hostField(host, port);
+    const QByteArray request =
+        "GET " + target(path) + " HTTP/1.1\r\nHost: " + hostName + "\r\nAccept: */*\r\n\r\n";
+    connect(&fSocket, &QTcpSocket::connected, this, [this, request] {
+        fIsConnected = true;
+        fSocket.write(request);
+    });
+    connect(&fSocket, &QTcpSocket::readyRead, this, &HttpTransfer::xRead, Qt::QueuedConnection);
+    connect(&fSocket, &QTcpSocket::errorOccurred, this, &HttpTransfer::xOnSocketError,
+            Qt::QueuedConnection);
+    connect(&fTimer, &QTimer::timeout, this, [this] { xEnd(tr("The request timed out")); });
+    fTimer.setSingleShot(true);
+    fTimer.start(timeOut);
+    if (hostName.isEmpty()) {
+        QMetaObject::invokeMethod(
+            this, [this, host] { xEnd(tr("\"%1\" is not a valid host name").arg(host)); },
+            Qt::QueuedConnection);
+        return;
+    }
+    fSocket.setProxy(QNetworkProxy::NoProxy);
+    fSocket.setReadBufferSize(a_stepSize);
+    fSocket.connectToHost(host, port);
 }
 
 HttpTransfer::~HttpTransfer() {
-    fMulti->remove(fEasy.get());
+    fSocket.abort();
 }
 
 std::optional<QHttpResponseHeader> HttpTransfer::takeHeader() {
-    if (!fHeaderComplete || fHeaderTaken) {
+    if (!fResponse.hasHeader() || fHeaderTaken) {
         return std::nullopt;
     }
     fHeaderTaken = true;
-    curl_off_t contentLength = -1;
-    curl_easy_getinfo(fEasy.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &contentLength);
-    return QHttpResponseHeader(xStatusCode(), contentLength);
+    const auto length = fResponse.contentLength();
+    const auto most = static_cast<std::uint64_t>(std::numeric_limits<qint64>::max());
+    return QHttpResponseHeader(fResponse.status(),
+                               length ? static_cast<qint64>(std::min(*length, most)) : -1);
 }
 
 QByteArray HttpTransfer::takeBody() {
-    return std::exchange(fBody, QByteArray());
+    return QByteArray::fromStdString(fResponse.takeBody());
 }
 
-QString HttpTransfer::errorText(CURLcode result) const {
-    if (result == CURLE_OK) {
-        // libcurl treats a connection closed within the header as the end of the response.
-        return fHeaderComplete ? QString() : tr("The answer ended within its header");
+void HttpTransfer::xRead() {
+    if (fHasEnded) {
+        return;
     }
-    if (!fRefusal.isEmpty()) {
-        return fRefusal;
+    const QByteArray bytes = fSocket.readAll();
+    if (!fResponse.add(bytes.constData(), static_cast<std::size_t>(bytes.size()))) {
+        xEnd(QString::fromStdString(fResponse.error()));
+    } else if (fResponse.isComplete()) {
+        xEnd(QString());
+    } else if (!bytes.isEmpty()) {
+        Q_EMIT progressed();
     }
-    const bool described = fErrorBuffer.front() != '\0';
-    return QString::fromUtf8(described ? fErrorBuffer.data() : curl_easy_strerror(result));
 }
 
-void HttpTransfer::xSetUrl(const QString& host, quint16 port, const QString& path) {
-    // Each part is set separately, so that none can change another one. If one is refused, the URL
-    // stays incomplete and the transfer ends with an error.
-    curl_url_set(fUrl.get(), CURLUPART_SCHEME, "http", 0);
-    curl_url_set(fUrl.get(), CURLUPART_HOST, urlHost(host).constData(), 0);
-    curl_url_set(fUrl.get(), CURLUPART_PORT, QByteArray::number(port).constData(), 0);
-    curl_url_set(fUrl.get(), CURLUPART_PATH, urlPath(path).constData(), 0);
-}
-
-void HttpTransfer::xSetOptions(std::chrono::milliseconds timeOut) {
-    CURL* easy = fEasy.get();
-    curl_easy_setopt(easy, CURLOPT_CURLU, fUrl.get());
-    curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http");
-    curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, long{CURL_HTTP_VERSION_1_1});
-    curl_easy_setopt(easy, CURLOPT_PATH_AS_IS, 1L);
-    curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 0L);
-    // An empty proxy also disables those from the environment.
-    curl_easy_setopt(easy, CURLOPT_PROXY, "");
-    // Signals affect the whole process, and other threads are running.
-    curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
-    // The connection is closed after the request: there may not be another one.
-    curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, 1L);
-    curl_easy_setopt(easy, CURLOPT_FORBID_REUSE, 1L);
-    curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(timeOut.count()));
-    curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, fErrorBuffer.data());
-    curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &HttpTransfer::xOnHeaderLine);
-    curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
-    curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &HttpTransfer::xOnBody);
-    curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
-}
-
-std::size_t HttpTransfer::xOnHeaderLine(char* data, std::size_t size, std::size_t count,
-                                        void* self) {
-    const std::size_t bytes = size * count;
-    const QByteArray line = QByteArray::fromRawData(data, static_cast<int>(bytes));
-    const bool accepted = static_cast<HttpTransfer*>(self)->xAcceptHeaderLine(line);
-    return accepted ? bytes : 0;
-}
-
-std::size_t HttpTransfer::xOnBody(char* data, std::size_t size, std::size_t count, void* self) {
-    const std::size_t bytes = size * count;
-    static_cast<HttpTransfer*>(self)->fBody.append(data, static_cast<int>(bytes));
-    return bytes;
-}
-
-bool HttpTransfer::xAcceptHeaderLine(const QByteArray& line) {
-    fHeaderSize += static_cast<std::size_t>(line.size());
-    if (fHeaderSize > a_maximumHeaderSize) {
-        fRefusal = tr("The header of the answer is too long");
-        return false;
+void HttpTransfer::xOnSocketError() {
+    if (fHasEnded) {
+        return;
     }
-    // libcurl decodes a compressed transfer coding by itself, and a few bytes could become many.
-    const QByteArray field = line.trimmed().toLower();
-    if (field.startsWith("transfer-encoding:") && field.mid(18).trimmed() != "chunked") {
-        fRefusal = tr("The answer has a transfer coding that was not asked for");
-        return false;
+    if (fSocket.error() != QAbstractSocket::RemoteHostClosedError) {
+        const QString reason = fSocket.errorString();
+        xEnd(fIsConnected ? reason : tr("Cannot connect: %1").arg(reason));
+        return;
     }
-    if (field.isEmpty() && xStatusCode() >= 200) {
-        fHeaderComplete = true;
-    }
-    return true;
+    const QByteArray bytes = fSocket.readAll();
+    const bool succeeded =
+        fResponse.add(bytes.constData(), static_cast<std::size_t>(bytes.size())) && fResponse.end();
+    xEnd(succeeded ? QString() : QString::fromStdString(fResponse.error()));
 }
 
-int HttpTransfer::xStatusCode() const {
-    long statusCode = 0;
-    curl_easy_getinfo(fEasy.get(), CURLINFO_RESPONSE_CODE, &statusCode);
-    return static_cast<int>(statusCode);
+void HttpTransfer::xEnd(const QString& error) {
+    if (!fHasEnded) {
+        fHasEnded = true;
+        fErrorText = error;
+        fTimer.stop();
+        Q_EMIT progressed();
+    }
 }

@@ -3,72 +3,61 @@
 
 #include "http/qhttp_response_header.h"
 
+#include <base/http_response.h>
+
 #include <QByteArray>
+#include <QObject>
 #include <QString>
+#include <QTcpSocket>
+#include <QTimer>
 
-#include <curl/curl.h>
-
-#include <array>
 #include <chrono>
-#include <memory>
 #include <optional>
 
-class CurlMulti;
-
 /**
- * A running GET request with the received data that has not been taken yet.
- *
- * libcurl forbids most of its functions inside its callbacks, so these only collect data; the user
- * takes it when CurlMulti::progressed() is emitted. One step of libcurl delivers at most some
- * hundred kilobytes.
+ * A running GET request with the received data that has not been taken yet, in the event loop of
+ * the thread in which it lives.
  */
-class HttpTransfer {
-  public:
-    /**
-     * Maximum total size of all header lines of a response, including interim responses, in bytes.
-     */
-    static constexpr std::size_t a_maximumHeaderSize = std::size_t{64} * 1024;
+class HttpTransfer : public QObject {
+    Q_OBJECT
 
-    /** Starts the transfer; nothing is sent before `multi`'s event loop runs. */
-    HttpTransfer(CurlMulti* multi, const QString& host, quint16 port, const QString& path,
+  public:
+    /** Starts the transfer. It emits nothing before control returns to the event loop. */
+    HttpTransfer(const QString& host, quint16 port, const QString& path,
                  std::chrono::milliseconds timeOut);
     /** Aborts the transfer. */
-    ~HttpTransfer();
-    HttpTransfer(const HttpTransfer&) = delete;
-    HttpTransfer& operator=(const HttpTransfer&) = delete;
+    ~HttpTransfer() override;
 
     /** Returns the header of the response, once, when it is complete. */
     std::optional<QHttpResponseHeader> takeHeader();
 
-    /** Returns the bytes of the body that have arrived since the last call. */
+    /**
+     * Returns the bytes of the body that have arrived since the last call. At most some hundred
+     * kilobytes arrive between two signals.
+     */
     QByteArray takeBody();
 
-    /** Returns a message for users for `result` of this transfer; empty for a success. */
-    QString errorText(CURLcode result) const;
+    bool hasEnded() const { return fHasEnded; }
+
+    /** Returns a message for users when the transfer has ended; empty for a success. */
+    QString errorText() const { return fErrorText; }
+
+  Q_SIGNALS:
+    /** Emitted when data may have arrived or the transfer has ended. A slot may delete it. */
+    void progressed();
 
   private:
-    struct Delete {
-        void operator()(CURL* easy) const { curl_easy_cleanup(easy); }
-        void operator()(CURLU* url) const { curl_url_cleanup(url); }
-    };
+    void xRead();
+    void xOnSocketError();
+    void xEnd(const QString& error);
 
-    static std::size_t xOnHeaderLine(char* data, std::size_t size, std::size_t count, void* self);
-    static std::size_t xOnBody(char* data, std::size_t size, std::size_t count, void* self);
-
-    void xSetUrl(const QString& host, quint16 port, const QString& path);
-    void xSetOptions(std::chrono::milliseconds timeOut);
-    bool xAcceptHeaderLine(const QByteArray& line);
-    int xStatusCode() const;
-
-    CurlMulti* fMulti;
-    std::unique_ptr<CURLU, Delete> fUrl;
-    std::unique_ptr<CURL, Delete> fEasy;
-    std::array<char, CURL_ERROR_SIZE> fErrorBuffer{};
-    QString fRefusal;
-    std::size_t fHeaderSize = 0;
-    bool fHeaderComplete = false;
+    QTcpSocket fSocket;
+    QTimer fTimer;
+    base::HttpResponse fResponse;
+    bool fIsConnected = false;
     bool fHeaderTaken = false;
-    QByteArray fBody;
+    bool fHasEnded = false;
+    QString fErrorText;
 };
 
 #endif

@@ -1,6 +1,5 @@
 #include "http/qhttp.h"
 
-#include "http/curl_multi.h"
 #include "http/http_transfer.h"
 
 #include <algorithm>
@@ -14,11 +13,9 @@ int clampedToInt(qint64 value) {
 
 }  // namespace
 
-QHttp::QHttp(QObject* parent)
-    : QObject(parent), fErrorString(tr("Unknown error")), fMulti(new CurlMulti(this)) {
+QHttp::QHttp(QObject* parent) : QObject(parent), fErrorString(tr("Unknown error")) {
     fStartTimer.setSingleShot(true);
     connect(&fStartTimer, &QTimer::timeout, this, &QHttp::xStartNextRequest);
-    connect(fMulti, &CurlMulti::progressed, this, &QHttp::xOnTransferProgressed);
 }
 
 QHttp::~QHttp() = default;
@@ -72,8 +69,8 @@ void QHttp::xStartNextRequest() {
     }
     fBodySize = 0;
     fContentLength = 0;
-    fTransfer =
-        std::make_unique<HttpTransfer>(fMulti, fHostName, fPort, request.fText, fTransferTimeOut);
+    fTransfer = std::make_unique<HttpTransfer>(fHostName, fPort, request.fText, fTransferTimeOut);
+    connect(fTransfer.get(), &HttpTransfer::progressed, this, &QHttp::xOnTransferProgressed);
 }
 
 // A slot connected to any of the signals may abort the request or delete this object.
@@ -100,8 +97,8 @@ void QHttp::xOnTransferProgressed() {
             return;
         }
     }
-    if (const auto result = fMulti->takeResult()) {
-        xFinishRequest(fTransfer->errorText(*result));
+    if (fTransfer->hasEnded()) {
+        xFinishRequest(fTransfer->errorText());
     }
 }
 

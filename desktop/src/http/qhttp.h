@@ -13,15 +13,13 @@
 #include <chrono>
 #include <memory>
 
-class CurlMulti;
 class HttpTransfer;
 
 /**
  * A client for plain HTTP that runs in the event loop of the thread in which it lives.
  *
  * Name and contract are those of the client that Qt had up to version 4, as far as they are needed
- * here: QNetworkAccessManager, its successor, removes doubled slashes from the path. It is based on
- * libcurl.
+ * here: QNetworkAccessManager, its successor, removes doubled slashes from the path.
  *
  * Requests are queued, have an identifier and run one after the other, starting when control
  * returns to the event loop. A request is sent to exactly the given host, port and path: no proxy,
@@ -123,7 +121,6 @@ class QHttp : public QObject {
     qint64 fBodySize = 0;
     qint64 fContentLength = 0;
     QTimer fStartTimer;
-    CurlMulti* fMulti;
     std::unique_ptr<HttpTransfer> fTransfer;
 };
 

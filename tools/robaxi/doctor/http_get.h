@@ -1,6 +1,7 @@
 #ifndef OBVISTA_TOOLS_ROBAXI_DOCTOR_HTTP_GET_H
 #define OBVISTA_TOOLS_ROBAXI_DOCTOR_HTTP_GET_H
 
+#include <chrono>
 #include <cstddef>
 #include <string>
 
@@ -8,17 +9,20 @@ namespace robaxi_tool {
 
 struct HttpAnswer {
     std::string fError;      ///< the reason if there is no answer; otherwise empty
-    long fStatus = 0;        ///< for instance 404
+    int fStatus = 0;         ///< for instance 404
     std::size_t fBytes = 0;  ///< size of the body
 };
 
 /**
  * Downloads a file and discards it. Uses no proxy and follows no redirects.
  *
- * @param timeout seconds for all of it
+ * @param address an IP address
+ * @param path is sent as it is
+ * @param timeout for all of it
  * @param mostBytes a larger body is an error
  */
-HttpAnswer httpGet(const std::string& url, int timeout, std::size_t mostBytes);
+HttpAnswer httpGet(const std::string& address, unsigned short port, const std::string& path,
+                   std::chrono::milliseconds timeout, std::size_t mostBytes);
 
 }  // namespace robaxi_tool
 

@@ -6,7 +6,10 @@ namespace robaxi_tool {
 namespace {
 
 constexpr std::size_t a_largestIcon = std::size_t{4} * 1024 * 1024;
-constexpr long a_httpOk = 200;
+constexpr unsigned short a_httpPort = 80;
+constexpr int a_httpOk = 200;
+// With a doubled slash because the robot browser uses one, and some servers treat it differently.
+constexpr const char* a_iconPath = "//media/buddy.icon";
 
 /** Why there is no icon; empty when there is one. */
 std::string missing(const HttpAnswer& answer) {
@@ -31,11 +34,9 @@ Finding checkIcon(Examination& examination) {
     }
     const std::string& address = examination.fAddresses.front();
     const bool isIpv6 = address.find(':') != std::string::npos;
-    // The path has a doubled slash because the robot browser uses one, and some servers treat it
-    // differently.
-    const std::string url =
-        "http://" + (isIpv6 ? '[' + address + ']' : address) + "//media/buddy.icon";
-    const HttpAnswer answer = httpGet(url, examination.fTimeout, a_largestIcon);
+    const std::string url = "http://" + (isIpv6 ? '[' + address + ']' : address) + a_iconPath;
+    const HttpAnswer answer = httpGet(address, a_httpPort, a_iconPath,
+                                      std::chrono::seconds(examination.fTimeout), a_largestIcon);
     const std::string reason = missing(answer);
     if (reason.empty()) {
         return {
