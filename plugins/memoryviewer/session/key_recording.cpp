@@ -11,6 +11,7 @@ KeyRecording::KeyRecording(KeyStore* keys, CsvRecorder* recorder, QObject* paren
     : QObject(parent), fKeys(keys), fRecorder(recorder) {
     connect(fKeys, &KeyStore::aboutToRemove, this, &KeyRecording::xOnKeysGoing);
     connect(fRecorder, &CsvRecorder::finished, this, [this] {
+        fHasBegun = false;
         fDescribed.clear();
         fBegun.clear();
     });
@@ -19,12 +20,14 @@ KeyRecording::KeyRecording(KeyStore* keys, CsvRecorder* recorder, QObject* paren
 KeyRecording::~KeyRecording() = default;
 
 void KeyRecording::begin(const std::vector<std::uint32_t>& ids) {
+    if (std::exchange(fHasBegun, true)) {
+        return;
+    }
     std::vector<RecordedChange> rows;
     for (const std::uint32_t id : ids) {
         const MemoryKey* key = fKeys->find(id);
-        if (key != nullptr && key->hasValue()) {
+        if (key != nullptr && key->hasValue() && fBegun.emplace(id, key->fTime).second) {
             rows.push_back({key->fTime, xDescribed(*key), key->fValue});
-            fBegun[id] = key->fTime;
         }
     }
     fRecorder->record(std::move(rows));

@@ -28,7 +28,8 @@ class KeyRecording : public QObject {
 
     /**
      * Starts a recording with the current values of these keys, so that it includes those that
-     * never change.
+     * never change. Does nothing if the recording has already been started with values; an
+     * identifier may be given twice.
      */
     void begin(const std::vector<std::uint32_t>& ids);
     /** Does nothing without a recording. */
@@ -41,6 +42,7 @@ class KeyRecording : public QObject {
 
     KeyStore* fKeys;
     CsvRecorder* fRecorder;
+    bool fHasBegun = false;
     std::unordered_map<std::uint32_t, std::shared_ptr<const RecordedKey>> fDescribed;
     std::unordered_map<std::uint32_t, std::int64_t> fBegun;  // times of the values at the start
 };

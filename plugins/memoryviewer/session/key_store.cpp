@@ -201,6 +201,25 @@ const MemoryKey* KeyStore::find(const std::string& name) const {
     return found == fByName.end() ? nullptr : found->second;
 }
 
+std::vector<std::uint32_t> KeyStore::ids(const QStringList& names) const {
+    std::vector<std::uint32_t> ids;
+    for (const QString& name : names) {
+        if (const MemoryKey* key = find(name.toStdString())) {
+            ids.push_back(key->fInfo.fId);
+        }
+    }
+    return ids;
+}
+
+std::vector<std::uint32_t> KeyStore::ids() const {
+    std::vector<std::uint32_t> ids;
+    ids.reserve(fSorted.size());
+    for (const MemoryKey* key : fSorted) {
+        ids.push_back(key->fInfo.fId);
+    }
+    return ids;
+}
+
 bool KeyStore::isBefore(const MemoryKey* left, const MemoryKey* right) {
     return left->fPath != right->fPath ? pathLess(left->fPath, right->fPath)
                                        : left->fInfo.fId < right->fInfo.fId;

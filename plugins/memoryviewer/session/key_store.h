@@ -7,6 +7,7 @@
 
 #include <QElapsedTimer>
 #include <QObject>
+#include <QStringList>
 
 #include <cstdint>
 #include <memory>
@@ -58,6 +59,10 @@ class KeyStore : public QObject {
     const MemoryKey* find(std::uint32_t id) const;
     /** Returns the key of a name, the newest one if the robot announces a name twice. */
     const MemoryKey* find(const std::string& name) const;
+    /** Returns the identifiers of the keys of these names that there are. */
+    std::vector<std::uint32_t> ids(const QStringList& names) const;
+    /** Returns the identifiers of all keys. */
+    std::vector<std::uint32_t> ids() const;
     /** Returns all keys in the order of their paths. */
     const std::vector<const MemoryKey*>& sorted() const { return fSorted; }
     /** Compares keys in that order. */

@@ -25,7 +25,7 @@ struct SubscriptionNeeds {
     std::vector<std::uint32_t> fVisible;
     std::vector<std::uint32_t> fWatched;
     std::vector<std::uint32_t> fPlotted;
-    std::vector<std::uint32_t> fRecorded;  ///< needed even when not visible or paused
+    std::vector<std::uint32_t> fRecorded;  ///< needed even when not seen or paused
     std::vector<std::uint32_t> fCompared;  ///< all keys on which a live sort or filter depends
 };
 

@@ -110,13 +110,6 @@ void KeyCurves::xAddSample(std::vector<PlotSample>& samples, const MemoryKey& ke
     samples.push_back({handle, isBeginning ? std::max(time, earliest) : time, numberOf(value)});
 }
 
-void KeyCurves::setUpdating(bool isUpdating) {
-    if (fIsUpdating && !isUpdating) {
-        fPlots->breakCurves();
-    }
-    fIsUpdating = isUpdating;
-}
-
 std::optional<PlottedKey> KeyCurves::xLookup(const QString& name) const {
     const MemoryKey* key = fKeys->find(name.toStdString());
     return hasNumbers(key) ? std::optional<PlottedKey>(

@@ -36,8 +36,6 @@ class KeyCurves : public QObject {
     void begin(const std::vector<std::uint32_t>& ids);
     /** Adds changes of the plotted keys. */
     void append(const std::vector<KVChange>& changes);
-    /** Tells whether values come. When they end, all curves have a gap until they come again. */
-    void setUpdating(bool isUpdating);
 
   private:
     std::optional<PlottedKey> xLookup(const QString& name) const;
@@ -50,7 +48,6 @@ class KeyCurves : public QObject {
 
     KeyStore* fKeys;
     PlotPanel* fPlots;
-    bool fIsUpdating = false;
 };
 
 }  // namespace memoryviewer

@@ -39,7 +39,7 @@ QString phaseText(const MemorySituation& situation) {
     return {};
 }
 
-QString keysText(const MemorySituation& situation) {
+QString keysText(const ViewerSituation& situation) {
     const QString keys =
         situation.fKeys == 1 ? translated("1 key") : translated("%1 keys").arg(situation.fKeys);
     return situation.fShown == situation.fKeys
@@ -47,7 +47,7 @@ QString keysText(const MemorySituation& situation) {
                : translated("%1 of %2").arg(situation.fShown).arg(keys);
 }
 
-QString liveText(const MemorySituation& situation) {
+QString liveText(const ViewerSituation& situation) {
     if (!situation.fPausedSince.isEmpty()) {
         return translated("paused");
     }
@@ -58,7 +58,7 @@ QString liveText(const MemorySituation& situation) {
                                    : translated("%1 updates a second").arg(situation.fUpdates);
 }
 
-QString activityText(const MemorySituation& situation) {
+QString activityText(const ViewerSituation& situation) {
     switch (situation.fPhase) {
         case MemoryPhase::WaitingForKeys:
             return translated("waiting for keys");
@@ -76,7 +76,7 @@ QString activityText(const MemorySituation& situation) {
 
 }  // namespace
 
-QString messageFor(const MemorySituation& situation) {
+QString messageFor(const ViewerSituation& situation) {
     if (situation.fShown > 0) {
         return {};
     }
@@ -88,7 +88,7 @@ QString messageFor(const MemorySituation& situation) {
         .arg(obvista::plainText(situation.fFilter.toStdString(), a_maxFilterLength));
 }
 
-QString noticeFor(const MemorySituation& situation) {
+QString noticeFor(const ViewerSituation& situation) {
     if (!situation.isLive()) {
         return phaseText(situation) + QLatin1Char(' ') +
                translated("These are the last values received.");
@@ -104,7 +104,7 @@ QString noticeFor(const MemorySituation& situation) {
                : translated("Paused. These are the values of %1.").arg(situation.fPausedSince);
 }
 
-QString statusFor(const MemorySituation& situation) {
+QString statusFor(const ViewerSituation& situation) {
     QStringList parts{situation.fRobot, keysText(situation), activityText(situation)};
     if (situation.isLive() && situation.fRoundTrip >= 0) {
         const double milliseconds = situation.fRoundTrip * a_millisecondsInSecond;

@@ -1,0 +1,40 @@
+#ifndef OBVISTA_MEMORYVIEWER_MEMORY_PANES_H
+#define OBVISTA_MEMORYVIEWER_MEMORY_PANES_H
+
+#include <QSplitter>
+
+class QLabel;
+class QStackedLayout;
+
+namespace memoryviewer {
+
+class KeyTreeView;
+class PlotPanel;
+class WatchView;
+
+/** The tree or, if it has no rows, a message; below it the watch list and the plots. */
+class MemoryPanes : public QSplitter {
+    Q_OBJECT
+
+  public:
+    MemoryPanes(KeyTreeView* tree, WatchView* watchView, PlotPanel* plots, QWidget* parent);
+
+    /** Shows a message in place of the tree, or the tree if the message is empty. */
+    void setMessage(const QString& message);
+    bool isTreeShown() const;
+    void showPlots(bool isShown);
+    /** The watch list is short while it is empty; the tree gives and takes the difference. */
+    void setWatchListEmpty(bool isEmpty);
+
+  private:
+    KeyTreeView* fTree;
+    WatchView* fWatchView;
+    PlotPanel* fPlots;
+    QStackedLayout* fPages;
+    QLabel* fMessage;
+    bool fIsWatchListEmpty = true;
+};
+
+}  // namespace memoryviewer
+
+#endif
