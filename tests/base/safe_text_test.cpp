@@ -93,5 +93,22 @@ TEST(SafeText, CuttingBytesThatAreNotUtf8LosesNoneOfThem) {
                                   3));
 }
 
+TEST(SafeText, APartOfAFileNameHasNoSignsThatAFileSystemOrProgramTreatsSpecially) {
+    const auto isLetter = [](char32_t code) {
+        return (code >= 'a' && code <= 'z') || code == 0xe9 || code == 0x982d;
+    };
+    EXPECT_EQ("a-b.c", fileNamePart("a-b.c", isLetter));
+    EXPECT_EQ("_._etc_passwd", fileNamePart("../etc/passwd", isLetter));
+    EXPECT_EQ("_rf__", fileNamePart("-rf *", isLetter));
+    EXPECT_EQ("a\xc3\xa9__", fileNamePart("a\xc3\xa9\xff\xe2\x80\xae", isLetter));
+    EXPECT_EQ("", fileNamePart("", isLetter));
+    EXPECT_EQ(std::string(80, 'a'), fileNamePart(std::string(5000, 'a'), isLetter));
+    std::string wide;
+    for (int i = 0; i < 5000; ++i) {
+        wide += "\xe9\xa0\xad";
+    }
+    EXPECT_EQ(wide.substr(0, 78), fileNamePart(wide, isLetter)) << "no half of a character";
+}
+
 }  // namespace
 }  // namespace base

@@ -30,5 +30,11 @@ TEST(UtcText, IsEmptyOutsideTheCalendar) {
     EXPECT_EQ("", utcText(std::numeric_limits<std::int64_t>::min()));
 }
 
+TEST(FileTimeText, HasNoPunctuationExceptTheSignOfANumber) {
+    EXPECT_EQ("20240501T123456789012", fileTimeText(1714566896789012));
+    EXPECT_EQ("253402300800000000", fileTimeText(253402300800000000));
+    EXPECT_EQ("-62167219200000001", fileTimeText(-62167219200000001));
+}
+
 }  // namespace
 }  // namespace base

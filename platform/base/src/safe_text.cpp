@@ -40,6 +40,7 @@ constexpr std::array<Range, 17> a_unsafe{{
 }};
 
 constexpr char32_t a_replacementCode = 0xfffd;
+constexpr std::size_t a_maxFileNamePart = 80;  // bytes
 
 std::string hexadecimal(char32_t code, int fewestDigits) {
     std::array<char, 16> buffer{};
@@ -129,6 +130,21 @@ std::string shortened(std::string_view text, std::size_t bytes) {
 std::string oneLine(std::string_view text) {
     return rewritten(text,
                      [](char32_t code) { return isUnsafe(code) ? escaped(code) : std::string(); });
+}
+
+std::string fileNamePart(std::string_view text, bool (*isLetter)(char32_t)) {
+    std::string part;
+    while (!text.empty()) {
+        const Character character = takeCharacter(text);
+        const char32_t code = character.fCode;
+        const bool isInner = !part.empty() && (code == '.' || code == '-');
+        const std::string_view next = isInner || isLetter(code) ? character.fBytes : "_";
+        if (part.size() + next.size() > a_maxFileNamePart) {
+            break;
+        }
+        part += next;
+    }
+    return part;
 }
 
 std::string reversibleLine(std::string_view text, Quotes quotes) {

@@ -1,5 +1,6 @@
 #include <base/time.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
@@ -40,6 +41,18 @@ std::string utcText(std::int64_t microseconds) {
                   utc.tm_year + firstYear, utc.tm_mon + 1, utc.tm_mday, utc.tm_hour, utc.tm_min,
                   utc.tm_sec, static_cast<int>(fraction));
     return text.data();
+}
+
+std::string fileTimeText(std::int64_t microseconds) {
+    std::string text = utcText(microseconds);
+    if (text.empty()) {
+        return std::to_string(microseconds);
+    }
+    const auto isPunctuation = [](char sign) {
+        return sign == '-' || sign == ':' || sign == '.' || sign == 'Z';
+    };
+    text.erase(std::remove_if(text.begin(), text.end(), isPunctuation), text.end());
+    return text;
 }
 
 }  // namespace base

@@ -1,33 +1,23 @@
 #include "picture_origin.h"
 
+#include <base/safe_text.h>
 #include <base/time.h>
 
-#include <QRegularExpression>
+#include <QVector>
+
+#include <string>
 
 namespace cameraviewer {
 namespace {
 
 /** UTF-16 units. */
 constexpr int a_maxTextLength = 200;
-/** Maximum UTF-8 bytes for each of the two names. A file name can have 255. */
-constexpr int a_maxNameBytes = 80;
 constexpr uint a_replacement = 0xfffd;
 
-QString safeName(const QString& name, const QString& replacement) {
-    QString safe;
-    int bytes = 0;
-    for (const QChar character : name) {
-        // For QChar halves of characters beyond the basic plane are not letters.
-        const bool isInner = character == QLatin1Char('.') || character == QLatin1Char('-');
-        const bool isKept = character.isLetterOrNumber() || (isInner && !safe.isEmpty());
-        const QChar next = isKept ? character : QLatin1Char('_');
-        bytes += QString(next).toUtf8().size();
-        if (bytes > a_maxNameBytes) {
-            break;
-        }
-        safe += next;
-    }
-    return safe.isEmpty() ? replacement : safe;
+QString fileNamePart(const QString& name, const QString& replacement) {
+    const auto isLetter = [](char32_t code) { return QChar::isLetterOrNumber(code); };
+    const std::string part = base::fileNamePart(name.toStdString(), isLetter);
+    return part.empty() ? replacement : QString::fromStdString(part);
 }
 
 }  // namespace
@@ -64,12 +54,9 @@ QString formatText(KVPixelFormat format) {
 
 QString suggestedFileName(const PictureOrigin& origin, std::int64_t microseconds,
                           const QString& suffix) {
-    QString time = timeText(microseconds);
-    // A number keeps its sign.
-    time.remove(QRegularExpression(QStringLiteral("[:.Z]|(?<=\\d)-")));
-    return safeName(origin.fRobot, QStringLiteral("robot")) + QLatin1Char('-') +
-           safeName(origin.fCamera, QStringLiteral("camera")) + QLatin1Char('-') + time +
-           QLatin1Char('.') + suffix;
+    return fileNamePart(origin.fRobot, QStringLiteral("robot")) + QLatin1Char('-') +
+           fileNamePart(origin.fCamera, QStringLiteral("camera")) + QLatin1Char('-') +
+           QString::fromStdString(base::fileTimeText(microseconds)) + QLatin1Char('.') + suffix;
 }
 
 }  // namespace cameraviewer

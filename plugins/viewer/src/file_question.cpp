@@ -1,3 +1,4 @@
+#include <base/safe_text.h>
 #include <obvista/viewer/file_question.h>
 #include <obvista/viewer/viewer_widget.h>
 
@@ -9,17 +10,9 @@ namespace obvista {
 
 namespace {
 
-constexpr int a_maxNameLength = 60;
-
-/** Returns a part of a file name that is valid in every file system. */
 QString fileNamePart(const QString& text) {
-    QString part;
-    for (const QChar character : text.left(a_maxNameLength)) {
-        const bool isGood =
-            character.isLetterOrNumber() || QStringLiteral("-_.").contains(character);
-        part += isGood ? character : QLatin1Char('_');
-    }
-    return part.startsWith(QLatin1Char('.')) ? QLatin1Char('_') + part : part;
+    const auto isLetter = [](char32_t code) { return QChar::isLetterOrNumber(code); };
+    return QString::fromStdString(base::fileNamePart(text.toStdString(), isLetter));
 }
 
 }  // namespace

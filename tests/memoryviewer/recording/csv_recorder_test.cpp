@@ -283,7 +283,7 @@ void RecorderTest::startsAndStopsByTheBar() {
 void RecorderTest::asksForAFileByKeyboard() {
     CsvRecorder recorder;
     RecordingBar bar(&recorder);
-    bar.setRobotName(QStringLiteral("../=evil\nrobot"));
+    bar.setRobotName(QStringLiteral("-./=evil\nrobot"));
     bar.show();
     QVERIFY(QTest::qWaitForWindowActive(&bar));
     auto* button = bar.findChild<QToolButton*>(QStringLiteral("recordingButton"));
@@ -293,7 +293,7 @@ void RecorderTest::asksForAFileByKeyboard() {
     QVERIFY(dialog != nullptr);
     QVERIFY(QTest::qWaitForWindowActive(dialog));
     auto* name = dialog->findChild<QLineEdit*>();
-    QVERIFY2(name->text().startsWith(QStringLiteral("_..__evil_robot-")), qPrintable(name->text()));
+    QVERIFY2(name->text().startsWith(QStringLiteral("_.__evil_robot-")), qPrintable(name->text()));
     dialog->setDirectory(fFolder->path());
     name->setText(QStringLiteral("typed"));
     QTest::keyClick(name, Qt::Key_Return);

@@ -8,6 +8,7 @@
 #include "values/change_format.h"
 #include "values/value_text.h"
 
+#include <base/time.h>
 #include <picture/pixel_format.h>
 
 #include <algorithm>
@@ -28,16 +29,6 @@ PictureFormat parseFormat(const std::string& text) {
         throw UsageError("--format is 'jpeg', 'png', 'ppm' or 'pgm', not '" + text + "'");
     }
     return *format;
-}
-
-/** Removes the punctuation of "2024-05-01T12:34:56.789012Z" for a file name. */
-std::string withoutSigns(std::string time) {
-    time.erase(std::remove_if(time.begin(), time.end(),
-                              [](char sign) {
-                                  return sign == '-' || sign == ':' || sign == '.' || sign == 'Z';
-                              }),
-               time.end());
-    return time;
 }
 
 class SnapshotCommand : public Command {
@@ -157,7 +148,7 @@ class SnapshotCommand : public Command {
         const std::string robot = link.connection()->getPeerName();
         const std::string file =
             fFile.empty() ? fileNameWord(robot) + '-' + fileNameWord(camera.fName) + '-' +
-                                withoutSigns(timeText(frame.fTime)) + '.' + endingOf(format)
+                                base::fileTimeText(frame.fTime) + '.' + endingOf(format)
                           : fFile;
         writeFile(file, content);
         if (!fJson) {

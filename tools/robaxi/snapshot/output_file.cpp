@@ -3,6 +3,8 @@
 #include "process/console.h"
 #include "process/failure.h"
 
+#include <base/safe_text.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
@@ -15,7 +17,6 @@ namespace robaxi_tool {
 
 namespace {
 
-constexpr std::size_t a_longestWord = 80;
 constexpr mode_t a_readAndWrite = 0666;
 
 [[noreturn]] void fail(const std::string& name, int error) {
@@ -66,9 +67,10 @@ void replace(const std::string& name, const std::string& content) {
     }
 }
 
-bool isKept(char character) {
-    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
-           (character >= '0' && character <= '9');
+/** Letters that every shell takes. */
+bool isLetter(char32_t code) {
+    return (code >= 'a' && code <= 'z') || (code >= 'A' && code <= 'Z') ||
+           (code >= '0' && code <= '9');
 }
 
 }  // namespace
@@ -83,12 +85,7 @@ void writeFile(const std::string& name, const std::string& content) {
 }
 
 std::string fileNameWord(const std::string& text) {
-    std::string word;
-    for (const char character : text.substr(0, a_longestWord)) {
-        const bool isInner = !word.empty() && (character == '.' || character == '-');
-        word += isKept(character) || isInner ? character : '_';
-    }
-    return word;
+    return base::fileNamePart(text, isLetter);
 }
 
 }  // namespace robaxi_tool

@@ -13,9 +13,7 @@ namespace robaxi_tool {
  */
 void writeFile(const std::string& name, const std::string& content);
 
-/**
- * Converts a text for use in a file name: letters, digits, '.', '-' and '_', without a leading dot.
- */
+/** Returns base::fileNamePart() of a text, with ASCII letters and digits only. */
 std::string fileNameWord(const std::string& text);
 
 }  // namespace robaxi_tool

@@ -65,6 +65,15 @@ std::string shortened(std::string_view text, std::size_t bytes);
 /** Returns one line for a terminal or a log: valid UTF-8 with unsafe characters escaped(). */
 std::string oneLine(std::string_view text);
 
+/**
+ * Returns a part of a file name, valid in every file system: the text with '_' in place of each
+ * character that is not a letter or digit, or '.' or '-' behind the first; at most 80 bytes, since
+ * a file name can have 255. Empty for an empty text.
+ *
+ * @param isLetter returns true for the codes of the letters and digits to keep
+ */
+std::string fileNamePart(std::string_view text, bool (*isLetter)(char32_t));
+
 enum class Quotes { None, Double };
 
 /**

@@ -18,6 +18,10 @@ std::int64_t microsecondsNow();
  *  9999. */
 std::string utcText(std::int64_t microseconds);
 
+/** Returns utcText() without punctuation for a file name, for instance "20240501T123456789012";
+ *  outside those years, the number of microseconds since 1970. */
+std::string fileTimeText(std::int64_t microseconds);
+
 }  // namespace base
 
 #endif
