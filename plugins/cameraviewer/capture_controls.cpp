@@ -3,6 +3,7 @@
 #include "camera_bar.h"
 #include "figures.h"
 #include "frame_feed.h"
+#include "picture/snapshot.h"
 #include "recording_mark.h"
 #include "view_actions.h"
 
@@ -16,8 +17,6 @@
 #include <QMenu>
 #include <QSettings>
 #include <QStandardPaths>
-
-#include <snapshot.h>
 
 namespace cameraviewer {
 

@@ -1,13 +1,13 @@
 #ifndef OBVISTA_CAMERAVIEWER_CAPTURE_CONTROLS_H
 #define OBVISTA_CAMERAVIEWER_CAPTURE_CONTROLS_H
 
+#include "picture/picture_decoder.h"
+#include "picture/picture_origin.h"
+#include "picture/recorder.h"
+
 #include <QObject>
 #include <QString>
 #include <QThreadPool>
-
-#include <picture_decoder.h>
-#include <picture_origin.h>
-#include <recorder.h>
 
 class QAction;
 class QMenu;

@@ -1,9 +1,10 @@
 #ifndef OBVISTA_CAMERAVIEWER_HISTOGRAM_PANEL_H
 #define OBVISTA_CAMERAVIEWER_HISTOGRAM_PANEL_H
 
+#include "picture/histogram.h"
+
 #include <QWidget>
 
-#include <histogram.h>
 #include <vector>
 
 class QCheckBox;

@@ -1,6 +1,7 @@
 #ifndef OBVISTA_CAMERAVIEWER_PICTURE_VIEW_H
 #define OBVISTA_CAMERAVIEWER_PICTURE_VIEW_H
 
+#include "picture/picture_decoder.h"
 #include "view_geometry.h"
 
 #include <QPoint>
@@ -8,7 +9,6 @@
 #include <QWidget>
 
 #include <optional>
-#include <picture_decoder.h>
 
 namespace cameraviewer {
 

@@ -1,14 +1,15 @@
 #ifndef OBVISTA_CAMERAVIEWER_PICTURE_WORKER_H
 #define OBVISTA_CAMERAVIEWER_PICTURE_WORKER_H
 
+#include "picture/histogram.h"
+#include "picture/picture_decoder.h"
+
 #include <picture/frame_check.h>
 
 #include <condition_variable>
 #include <cstdint>
-#include <histogram.h>
 #include <mutex>
 #include <optional>
-#include <picture_decoder.h>
 #include <thread>
 #include <vector>
 
