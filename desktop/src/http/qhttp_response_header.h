@@ -12,7 +12,6 @@ class QHttpResponseHeader {
     /** Returns the status, for instance 200; 0 if there was no response. */
     int statusCode() const { return fStatusCode; }
 
-    bool hasContentLength() const { return fContentLength >= 0; }
     /** Returns the announced size of the body in bytes, or -1 if it was not announced. */
     qint64 contentLength() const { return fContentLength; }
 

@@ -31,7 +31,6 @@ void WriteQueue::write(const WrittenKey& key, const KVValue& before, const KVVal
         fJobs.push_back(std::move(job));
         fWake.notify_one();
     }
-    xTellUndo();
     Q_EMIT stateChanged(key.fId);
 }
 
@@ -100,14 +99,6 @@ void WriteQueue::xFinish(const Job& job, const QString& refusal) {
     }
     if (!isAccepted) {
         Q_EMIT refused(job.fKey.fName, refusal);
-    }
-    xTellUndo();
-}
-
-void WriteQueue::xTellUndo() {
-    if (canUndo() != fCouldUndo) {
-        fCouldUndo = canUndo();
-        Q_EMIT canUndoChanged(fCouldUndo);
     }
 }
 

@@ -65,8 +65,6 @@ class WriteQueue : public QObject {
 
     /** Returns true if the last write was accepted and can be undone, and none is pending. */
     bool canUndo() const { return fUndo.has_value() && fPending == 0; }
-    /** Returns the name of the key that undo() writes. */
-    std::string undoKey() const { return fUndo ? fUndo->fKey.fName : std::string(); }
     /** Writes the value before the last accepted write; called again, writes that value again. */
     void undo();
 
@@ -77,7 +75,6 @@ class WriteQueue : public QObject {
      * Emitted when a write to a key of that name was refused. @param reason the robot's, plain text
      */
     void refused(const std::string& key, const QString& reason);
-    void canUndoChanged(bool canUndo);
 
   private:
     struct Job {
@@ -93,14 +90,12 @@ class WriteQueue : public QObject {
 
     void xRun();
     void xFinish(const Job& job, const QString& refusal);
-    void xTellUndo();
 
     std::unique_ptr<ValueWriter> fWriter;
     std::unordered_map<std::uint32_t, LastWrite> fLastWrites;
     std::optional<Job> fUndo;
     std::uint64_t fNumber = 0;
     std::size_t fPending = 0;
-    bool fCouldUndo = false;
 
     std::mutex fMutex;
     std::condition_variable fWake;

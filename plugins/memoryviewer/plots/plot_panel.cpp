@@ -252,11 +252,6 @@ void PlotPanel::endCurves(qint64 lastReceived) {
     fPacer->schedule(FramePacer::Pace::Data);
 }
 
-void PlotPanel::setMaximumPoints(std::size_t points) {
-    fHistory->setMaximum(points);
-    fPacer->schedule(FramePacer::Pace::Data);
-}
-
 void PlotPanel::setUpdateInterval(qint64 microseconds) {
     fPlots->setHoldTime(a_intervalsHeld * static_cast<double>(microseconds));
     fPacer->schedule(FramePacer::Pace::Data);

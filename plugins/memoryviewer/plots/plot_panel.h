@@ -92,8 +92,6 @@ class PlotPanel : public QWidget {
      */
     void endCurves(qint64 lastReceived);
 
-    /** Sets the maximum number of points of all curves together; default one million. */
-    void setMaximumPoints(std::size_t points);
     /**
      * Sets the interval between two values of a key that changes continuously; default half a
      * second. A value that stays for more than three intervals is drawn as constant.

@@ -6,7 +6,6 @@
 #include <robaxi/kv_error.h>
 #include <robaxi/kv_module.h>
 
-#include <QSignalSpy>
 #include <QtTest>
 #include <qt_test_main.h>
 
@@ -156,15 +155,13 @@ void WriteQueueTest::keepsTheStateOfTheLastWriteOfAKey() {
     xWrite(0, -5);
     xWrite(0, 5);
     fRobot->setSlow(false);
-    QSignalSpy undo(fQueue.get(), &WriteQueue::canUndoChanged);
-    QTRY_COMPARE(undo.size(), 1);
+    QTRY_VERIFY(fQueue->canUndo());
     QCOMPARE(int(xPhase()), int(Phase::Accepted));
 }
 
 void WriteQueueTest::undoesTheLastWriteAndTheUndoing() {
     xWrite(3, 7);
     QTRY_VERIFY(fQueue->canUndo());
-    QCOMPARE(fQueue->undoKey(), std::string("Key"));
     fQueue->undo();
     QVERIFY(!fQueue->canUndo());
     QTRY_VERIFY(fQueue->canUndo());
