@@ -25,7 +25,7 @@ void RecordingExitTest::completesTheRecordingOfAViewerThatNobodyDeletes() {
     settings.setValue(QStringLiteral("CameraViewer/folder"), folder.path());
     settings.sync();
     const std::unique_ptr<ShownRobot> robot = viewer_case::makeRobot();
-    ChildProcess viewer(viewerProcess("exit-while-busy", robot->port()));
+    ChildProcess viewer(viewerProcess(viewer_case::pluginName(), "exit-while-busy", robot->port()));
     for (int step = 0; !viewer.waitForEnd(std::chrono::milliseconds(10)) && step < 6000; ++step) {
         robot->show(step % 200);
     }

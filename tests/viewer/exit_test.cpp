@@ -50,14 +50,15 @@ void ExitTest::isDeletedByQtAfterMain() {
     QFETCH(QString, output);
     const std::unique_ptr<ShownRobot> robot = viewer_case::makeRobot();
     robot->show(1);
-    ChildProcess viewer(viewerProcess(mode.toStdString(), robot->port()));
+    ChildProcess viewer(
+        viewerProcess(viewer_case::pluginName(), mode.toStdString(), robot->port()));
     xVerifyEnd(viewer, output.toStdString());
 }
 
 void ExitTest::exitWhileTheRobotSends() {
     const std::unique_ptr<ShownRobot> robot = viewer_case::makeRobot();
     robot->show(1);
-    ChildProcess viewer(viewerProcess("exit-while-live", robot->port()));
+    ChildProcess viewer(viewerProcess(viewer_case::pluginName(), "exit-while-live", robot->port()));
     for (int step = 0; !viewer.waitForEnd(std::chrono::milliseconds(5)) && step < 10000; ++step) {
         robot->show(step % 200);
     }
@@ -67,7 +68,7 @@ void ExitTest::exitWhileTheRobotSends() {
 void ExitTest::exitInsideTheReportOfALoss() {
     const std::unique_ptr<ShownRobot> robot = viewer_case::makeRobot();
     robot->show(1);
-    ChildProcess viewer(viewerProcess("exit-on-loss", robot->port()));
+    ChildProcess viewer(viewerProcess(viewer_case::pluginName(), "exit-on-loss", robot->port()));
     QVERIFY2(viewer.waitForOutput("ready\n"), viewer.errors().c_str());
     robot->stop();
     xVerifyEnd(viewer, "ready\nconnection closed\nroot object deleted\n");

@@ -127,7 +127,7 @@ void LifeCycleTest::takesTheFirstFreePort() {
 
     const int second = firstFreePortFrom(a_firstBrokerPort);
     QVERIFY(second > first);
-    ChildProcess other(viewerProcess("widget-live", fRobot->port()));
+    ChildProcess other(viewerProcess(pluginName(), "widget-live", fRobot->port()));
     QVERIFY2(other.waitForOutput("ready\n"), other.errors().c_str());
     QCOMPARE(listeningAddresses(second).size(), 1);
 }
