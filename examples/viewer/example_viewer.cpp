@@ -103,7 +103,7 @@ class ExampleWidget : public obvista::ViewerWidget {
     std::map<std::string, QTreeWidgetItem*> fRows;
 };
 
-/** What the host loads. */
+/** The plugin object, which the host creates. */
 class ExamplePlugin : public obvista::ViewerPlugin<ExampleLink, ExampleWidget> {
     Q_OBJECT
     Q_PLUGIN_METADATA(IID OBVISTA_WIDGET_INTERFACE_IID)

@@ -143,14 +143,14 @@ void ViewingTest::opensTheBranchesOfWhatChanges() {
 
 void ViewingTest::saysThatNothingFitsTheFilter() {
     typeFilter(fViewer, QStringLiteral("nosuchkey"));
-    QTRY_VERIFY2(messageOf(fViewer).contains(QLatin1String("fits the filter \"nosuchkey\"")),
+    QTRY_VERIFY2(messageOf(fViewer).contains(QLatin1String("matches the filter \"nosuchkey\"")),
                  qPrintable(messageOf(fViewer)));
     QVERIFY(statusOf(fViewer).contains(QLatin1String("0 of ")));
 }
 
 void ViewingTest::saysWhatIsWrongWithTheFilter() {
     typeFilter(fViewer, QStringLiteral("battery re:("));
-    QTRY_VERIFY(noticeOf(fViewer).contains(QLatin1String("is no regular expression")));
+    QTRY_VERIFY(noticeOf(fViewer).contains(QLatin1String("is not a valid regular expression")));
     QCOMPARE(xTopNames(), QStringList{"Battery"});
     typeFilter(fViewer, QStringLiteral("battery"));
     QTRY_COMPARE(noticeOf(fViewer), QString());

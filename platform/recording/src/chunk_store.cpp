@@ -525,7 +525,7 @@ std::vector<std::uint64_t> ChunkStore::xResumePoints() const {
             }
         }
     } catch (const RecordingError&) {
-        // What was found before helps.
+        // The points found so far are still useful.
     }
     std::sort(points.begin(), points.end());
     return points;

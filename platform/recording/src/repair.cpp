@@ -60,7 +60,7 @@ class Copy {
         ++fReport.fAttachments;
     }
 
-    /** What cannot be read is left out; what cannot be written ends the copy. */
+    /** Leaves out a record that cannot be read; a write error ends the copy. */
     template <class Step>
     void xTry(std::uint64_t offset, Step step) {
         constexpr std::size_t mostDamages = 100;

@@ -621,7 +621,7 @@ Writer::~Writer() {
     try {
         finish();
     } catch (const std::exception&) {
-        // Who wants to know calls finish().
+        // Callers that need the error call finish().
     }
 }
 

@@ -44,7 +44,7 @@ struct RecorderLimits {
 };
 
 /**
- * Records frames to Matroska files as Motion JPEG, on threads of its own.
+ * Records frames to Matroska files as Motion JPEG, on dedicated threads.
  *
  * JPEG frames are stored byte for byte as they come. Other formats are encoded as JPEG of the
  * quality picture::JpegWriter::a_quality: raw pictures would be 27 MB a second at 640x480, and few

@@ -20,10 +20,10 @@ enum class ValueMark {
     Refused    ///< the robot has refused the written value
 };
 
-/** What is shown in a cell beside or in place of its value. */
+/** A cell's mark, and the text shown in place of its value. */
 struct ValueLook {
     ValueMark fMark = ValueMark::None;
-    /** What was written, until the robot has refused it or has sent another value. */
+    /** The written value, until the robot has refused it or has sent another one. */
     std::optional<QString> fWrittenText;
 };
 

@@ -121,7 +121,7 @@ void FilterExpression::xAddPattern(Term term, const QString& pattern) {
     term.fPattern.setPattern(pattern);
     term.fPattern.setPatternOptions(QRegularExpression::CaseInsensitiveOption);
     if (!term.fPattern.isValid()) {
-        fFault = translated("\"%1\" is no regular expression: %2.")
+        fFault = translated("\"%1\" is not a valid regular expression: %2.")
                      .arg(pattern, term.fPattern.errorString());
         return;
     }
@@ -151,7 +151,7 @@ void FilterExpression::xAddChanged(Term term, const QString& seconds) {
     bool isNumber = true;
     const double span = seconds.isEmpty() ? a_changedSeconds : seconds.toDouble(&isNumber);
     if (!isNumber || !(span > 0 && span <= a_mostChangedSeconds)) {
-        fFault = translated("\"%1\" is no number of seconds above 0.").arg(seconds);
+        fFault = translated("\"%1\" is not a number of seconds above 0.").arg(seconds);
         return;
     }
     term.fKind = Term::Kind::Changed;

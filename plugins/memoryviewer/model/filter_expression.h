@@ -14,13 +14,13 @@
 namespace memoryviewer {
 
 /**
- * What the user types to see fewer keys; a key is shown when it fits every term.
+ * The filter that the user types. It shows the keys that match all of its terms.
  *
- *   head pos        both words stand in the name, whatever the case
- *   "head pos"      the words with the space between them
- *   -yaw            the word does not stand in the name; a minus goes before any term
- *   re:Joint\d+     a regular expression finds something in the name
- *   type:float      the value's type begins so
+ *   head pos        the name contains both words, in upper or lower case
+ *   "head pos"      the name contains the words with the space between them
+ *   -yaw            the name does not contain the word; every kind of term can have a minus
+ *   re:Joint\d+     the name matches the regular expression
+ *   type:float      the value's type starts with this text
  *   changed:        the value has changed in the last 5 seconds
  *   changed:30      the same for the last 30
  */

@@ -21,7 +21,7 @@ struct CurvePoint {
     }
 };
 
-/** How a curve connects its points. */
+/** Connection of a curve's points. */
 enum class CurveShape {
     Line,  ///< straight lines; for floating-point numbers
     Steps  ///< each value is constant until the next one; for integers and bools

@@ -83,7 +83,7 @@ QString messageFor(const ViewerSituation& situation) {
     if (situation.fKeys == 0) {
         return phaseText(situation);
     }
-    return translated("None of the %1 keys fits the filter \"%2\".")
+    return translated("None of the %1 keys matches the filter \"%2\".")
         .arg(situation.fKeys)
         .arg(obvista::plainText(situation.fFilter.toStdString(), a_maxFilterLength));
 }

@@ -22,9 +22,9 @@ LinkList& openLinks() {
  * Closes the links that are open when the process exits: exit() is called while windows are shown,
  * or Qt deletes the plugin object after main().
  *
- * What is destroyed at exit goes in the reverse order of its construction. Asked for after each
- * link is made, this comes before everything that the link needs is destroyed, its plugin's own
- * statics included.
+ * Exit handlers and static destructors run in reverse order. This handler is registered after each
+ * link is made, so it runs before anything that the link needs is destroyed, including its plugin's
+ * statics.
  */
 void closeAtExit(const std::shared_ptr<RobotLink>& link) {
     openLinks().add(link);

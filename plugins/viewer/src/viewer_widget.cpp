@@ -22,7 +22,7 @@ namespace obvista {
 namespace {
 
 constexpr int a_maxRobotNameLength = 60;
-/** Milliseconds between two looks if the viewer can be seen, which no event tells. */
+/** Period in milliseconds of checking visibility, of which no event tells. */
 constexpr int a_seenTime = 200;
 constexpr Qt::Key a_listKeys = Qt::Key_F1;
 const QKeySequence a_closeKeys(Qt::CTRL + Qt::Key_W);
@@ -138,7 +138,7 @@ void ViewerWidget::xEnd(LinkState state) {
     Q_EMIT linkEnded();
 }
 
-/** The last that is done in a turn of the event loop: who is told may delete this. */
+/** Called last in a turn of the event loop, since a receiver may delete this. */
 void ViewerWidget::xReportLoss() {
     fHasLossToReport = fIsDockClosing;
     if (!fIsDockClosing && !fLink->isClosed()) {

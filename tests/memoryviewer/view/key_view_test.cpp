@@ -34,7 +34,7 @@ class PaintedRegion : public QObject {
     QRegion fRegion;
 };
 
-/** What the views of keys paint. */
+/** Tests the painting of the views of keys. */
 class KeyViewTest : public QObject {
     Q_OBJECT
 

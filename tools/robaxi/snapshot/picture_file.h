@@ -8,7 +8,7 @@
 
 namespace robaxi_tool {
 
-/** How a picture is kept in a file. */
+/** Format of a picture's file. */
 enum class PictureFormat {
     Jpeg,
     Png,
@@ -25,7 +25,7 @@ std::string nameOf(PictureFormat format);
 /** The usual ending of a file's name, without the point. */
 std::string endingOf(PictureFormat format);
 
-/** What fits the camera's own format best: nothing is lost. */
+/** Returns the format that stores the camera's format without loss. */
 PictureFormat bestFormatFor(KVPixelFormat format);
 
 /**

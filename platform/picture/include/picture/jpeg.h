@@ -52,7 +52,7 @@ class JpegReader {
      * @param rows where the picture goes: stride bytes for each row
      * @return false when anything is wrong with the picture: damaged, ending early, or made of
      *         more passes than any camera needs (an attack on the processor). What has been written
-     *         to rows by then is no picture.
+     *         to rows by then is not a valid picture.
      */
     bool decode(const unsigned char* data, std::size_t size, std::uint32_t width,
                 std::uint32_t height, PixelLayout layout, unsigned char* rows, std::size_t stride);
