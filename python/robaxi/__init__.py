@@ -2,16 +2,24 @@
 
     robot = robaxi.Robot("marvin")
     print(robot.memory["Battery/Charge"])
+
+    with robaxi.Server("marvin") as server:
+        server.memory.add("Battery/Charge", 87.5, unit="%")
+        server.wait()
 """
 
 from ._wire import KeyInfo, MethodInfo, ModuleInfo
 from .client import Camera, Change, Frame, Frames, Memory, Robot, Watch
 from .discovery import Announced, discover
 from .errors import Cause, Error, NoSuchKey
+from .module import Module
+from .server import Server
 from .settings import Access, Limits, ServerSettings, Settings
+from .table import Table
+from .video import CameraSource, Mode
 
 __all__ = [
-    "Access", "Announced", "Camera", "Cause", "Change", "Error", "Frame", "Frames", "KeyInfo",
-    "Limits", "Memory", "MethodInfo", "ModuleInfo", "NoSuchKey", "Robot", "ServerSettings",
-    "Settings", "Watch", "discover",
+    "Access", "Announced", "Camera", "CameraSource", "Cause", "Change", "Error", "Frame", "Frames",
+    "KeyInfo", "Limits", "Memory", "MethodInfo", "Mode", "Module", "ModuleInfo", "NoSuchKey",
+    "Robot", "Server", "ServerSettings", "Settings", "Table", "Watch", "discover",
 ]

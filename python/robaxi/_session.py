@@ -291,12 +291,13 @@ class Session:
 
     def _beat(self) -> None:
         # Heartbeats are counted, not seconds: a program that was itself suspended does not mistake
-        # its own pause for the robot's silence.
+        # its own pause for the robot's silence. A robot may require more of them.
+        period = min(self.limits.heartbeat, max(20, self.hello.silence_limit // 4))
         for number in itertools.count(1):
-            if self._over.wait(self.limits.heartbeat / 1000):
+            if self._over.wait(period / 1000):
                 return
             self._silent += 1
-            if self._silent > self.limits.silent_heartbeats:
+            if self._silent > max(2, self.limits.loss // period):
                 self._lose(self._lost("it is silent"))
                 return
             self._out.put(pb.ClientMessage(heartbeat=pb.Heartbeat(number=number)))

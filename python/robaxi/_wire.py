@@ -155,7 +155,7 @@ def cause_of(error: pb.Error) -> Cause:
 def end_of(end: grpc.RpcError) -> Optional[pb.Error]:
     """The robot's reason for the end of an RPC; None if it gives none."""
     for key, value in end.trailing_metadata() or ():
-        if key == "robaxi-error-bin":
+        if key == _DETAILS:
             reason: pb.Error = pb.Error.FromString(value)
             return reason
     cause = _CAUSES.get(end.code())
@@ -170,6 +170,38 @@ _CAUSES = {
     grpc.StatusCode.PERMISSION_DENIED: pb.Error.NOT_AUTHORISED,
     grpc.StatusCode.RESOURCE_EXHAUSTED: pb.Error.TOO_MANY,
     grpc.StatusCode.FAILED_PRECONDITION: pb.Error.PROTOCOL_VERSION,
+}
+
+
+class Ended(Exception):
+    """The end of an RPC by the robot, with an Error.Cause of the protocol."""
+
+    def __init__(self, cause: Any, text: str = "") -> None:
+        super().__init__(cause, text)
+        self.cause = cause
+        self.text = text
+
+    def status(self) -> Tuple[grpc.StatusCode, str, Tuple[Tuple[str, bytes], ...]]:
+        """Code, message and trailing metadata."""
+        text = plain_text(self.text)[:_LONGEST_DETAIL]
+        details = pb.Error(cause=self.cause, text=text).SerializeToString()
+        name = pb.Error.Cause.Name(self.cause)
+        return _STATUSES[self.cause], text or name, ((_DETAILS, details),)
+
+
+_DETAILS = "robaxi-error-bin"
+_LONGEST_DETAIL = 256  # characters; the protocol allows 1 KiB
+# Of the causes with which a robot ends an RPC.
+_STATUSES = {
+    pb.Error.INVALID_ARGUMENT: grpc.StatusCode.INVALID_ARGUMENT,
+    pb.Error.NO_SUCH_MODULE: grpc.StatusCode.NOT_FOUND,
+    pb.Error.NO_SUCH_STREAM: grpc.StatusCode.NOT_FOUND,
+    pb.Error.NOT_AUTHORISED: grpc.StatusCode.PERMISSION_DENIED,
+    pb.Error.TIMED_OUT: grpc.StatusCode.DEADLINE_EXCEEDED,
+    pb.Error.PROTOCOL_VERSION: grpc.StatusCode.FAILED_PRECONDITION,
+    pb.Error.TOO_MANY: grpc.StatusCode.RESOURCE_EXHAUSTED,
+    pb.Error.TOKEN_MISSING: grpc.StatusCode.UNAUTHENTICATED,
+    pb.Error.TOKEN_WRONG: grpc.StatusCode.UNAUTHENTICATED,
 }
 
 
@@ -285,6 +317,10 @@ PIXEL_SIZES = {"rgb": 3, "yuv422": 2, "grey": 1}
 def format_name(header: pb.FrameHeader) -> str:
     """The name of a frame's format; "unknown" for another one than those of FORMATS."""
     return _FORMAT_NAMES.get(header.format, "unknown")
+
+
+def format_number(name: str) -> Any:
+    return FORMATS[name]
 
 
 def check_frame(kind: str, width: int, height: int, stride: int, size: int) -> Optional[str]:

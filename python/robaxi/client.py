@@ -236,7 +236,7 @@ class Memory(Mapping[str, Any]):
         number of updates a second of each key, above 0 to 1000. While the program is busy the robot
         sends less: the newest values arrive, never old ones from a queue.
         """
-        return Watch(self._robot._session, self._module, patterns, rate)
+        return Watch(self._robot, self._module, patterns, rate)
 
 
 @dataclasses.dataclass(frozen=True)
@@ -252,10 +252,11 @@ class Change:
 class Watch(Stream[Change]):
     """The changes of watched keys, as an iterator and as an asynchronous iterator."""
 
-    def __init__(self, session: Session, module: str, patterns: Tuple[str, ...],
+    def __init__(self, robot: Robot, module: str, patterns: Tuple[str, ...],
                  rate: float) -> None:
         super().__init__()
-        self._session = session
+        self._robot = robot  # lives as long as it is watched
+        self._session = session = robot._session
         self._attempt = f"Cannot watch the values of {module} at {session.target.place}"
         self._patterns = None if not patterns or "*" in patterns else patterns
         self._keys: Dict[int, KeyInfo] = {}
@@ -385,7 +386,7 @@ class Camera:
     def frames(self) -> Frames:
         """The frames: the newest one that the robot has, then newer ones as they arrive. Frames are
         never queued: one that arrives while the program is busy replaces the one that waits."""
-        return Frames(self._robot._session, self._module, self.name)
+        return Frames(self._robot, self._module, self.name)
 
     def __repr__(self) -> str:
         return f"<Camera {self.name!r}>"
@@ -434,8 +435,10 @@ class _Slot:
 class Frames(Stream[Frame]):
     """The frames of a camera, as an iterator and as an asynchronous iterator."""
 
-    def __init__(self, session: Session, module: str, camera: str) -> None:
+    def __init__(self, robot: Robot, module: str, camera: str) -> None:
         super().__init__()
+        self._robot = robot  # lives as long as it is watched
+        session = robot._session
         self._slot = _Slot()
         requests = Requests(pb.WatchRequest(start=pb.WatchStart(
             session_id=session.hello.session_id, module=_wire.plain_text(module),

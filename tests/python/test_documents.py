@@ -32,7 +32,7 @@ def test_an_example_runs_and_prints(number, tmp_path):
     program = tmp_path / "example.py"
     program.write_text(EXAMPLES[number])
     ended = subprocess.run([sys.executable, program], capture_output=True, text=True,
-                           timeout=PATIENCE, check=False)
+                           timeout=PATIENCE, check=False, cwd=SOURCE)
     assert (ended.returncode, ended.stderr) == (0, ""), EXAMPLES[number]
     assert ended.stdout
 

@@ -1,0 +1,255 @@
+"""A robot's values: the table behind its module KVMemory (docs/memory.md)."""
+
+from __future__ import annotations
+
+import collections
+import math
+import threading
+import time
+from typing import (Any, Callable, Dict, Iterator, List, Mapping, MutableMapping, NamedTuple,
+                    Optional, Set, Tuple)
+
+from . import _wire
+from ._wire import TimedValue
+from .errors import Cause, Error, NoSuchKey
+from .v1 import robaxi_pb2 as pb
+
+WriteHandler = Callable[[Any], object]
+
+
+class Entry:
+    """A key with its newest value."""
+
+    def __init__(self, key_id: int, name: str, value: Any, unit: str, description: str,
+                 limits: Optional[Tuple[float, float]], writable: bool,
+                 on_write: Optional[WriteHandler]) -> None:
+        self.id = key_id
+        self.name = name
+        self.value = value
+        self.unit = unit
+        self.description = description
+        self.limits = limits
+        self.writable = writable
+        self.on_write = on_write
+        self.time = 0
+        self.version = 0
+
+    def to_message(self) -> pb.Key:
+        return pb.Key(id=self.id, name=_wire.plain_text(self.name),
+                      unit=_wire.plain_text(self.unit),
+                      description=_wire.plain_text(self.description),
+                      type=pb.Value.Type.Name(_wire.type_of(self.value)), writable=self.writable)
+
+    def refuse(self, reason: str) -> Error:
+        return Error(Cause.RAISED_BY_MODULE, f"{self.name} was not changed: {reason}")
+
+    def fit(self, value: Any) -> Any:
+        """Returns a value from a client as the key takes it. Raises Error."""
+        if not self.writable:
+            raise Error(Cause.RAISED_BY_MODULE, f"The key {self.name} is only for reading.")
+        if self.value is None:
+            return value
+        if type(self.value) is float and type(value) is int:
+            value = float(value)
+        elif type(value) is not type(self.value):
+            raise Error(Cause.WRONG_TYPE,
+                        f"The key {self.name} is of type {_type_name(self.value)}; it cannot be "
+                        f"set to a value of type {_type_name(value)}.")
+        if self.limits is not None:
+            self._check_limits(value, *self.limits)
+        return value
+
+    def _check_limits(self, value: Any, lowest: float, highest: float) -> None:
+        size = value
+        unit = f" {self.unit}" if self.unit else ""
+        if isinstance(value, str):
+            size, unit = len(_wire.encode_text(value)), " bytes"
+        elif isinstance(value, (bytes, list, dict)):
+            size, unit = len(value), " bytes" if isinstance(value, bytes) else " elements"
+        # Written so that NaN is refused.
+        if not lowest <= size <= highest:
+            raise self.refuse(f"it takes {lowest:g} to {highest:g}{unit}, not {size:g}.")
+
+
+class Known:
+    """What a client knows of a table."""
+
+    def __init__(self) -> None:
+        self.ids: Set[int] = set()
+        self.keys_version = -1
+        self.version = 0
+
+
+class Batch(NamedTuple):
+    """The difference between a table and what a client knows of it."""
+
+    removed: List[int]
+    added: List[pb.Key]
+    values: List[TimedValue]
+
+
+class Table(MutableMapping[str, Any]):
+    """The values of a robot: a mapping of keys to values, which clients read, write and watch.
+
+    All operations may be called on any thread. `table[key] = value` sets a key that was added
+    before; an equal value is not a change.
+    """
+
+    def __init__(self) -> None:
+        self._lock = threading.RLock()
+        # In the order of their last changes.
+        self._entries: collections.OrderedDict[str, Entry] = collections.OrderedDict()
+        self._order: Dict[str, Entry] = {}  # in that of their addition
+        self._last_id = 0
+        self._version = 0
+        self._keys_version = 0
+        self._observers: Set[Callable[[], None]] = set()
+
+    def add(self, name: str, value: Any = None, *, unit: str = "", description: str = "",
+            limits: Optional[Tuple[float, float]] = None, writable: bool = False,
+            on_write: Optional[WriteHandler] = None) -> None:
+        """Adds a key.
+
+        With `writable` or `on_write` clients can write it. `limits` are then the lowest and highest
+        number, or number of bytes or elements. `on_write` receives a checked value before it is
+        set, on a thread of the server; it refuses the value by raising an exception, whose text the
+        client receives.
+        """
+        value = _normal(value)
+        with self._lock:
+            if not name or name in self._entries:
+                raise Error(Cause.INVALID_ARGUMENT, f"There is already a key named {name}."
+                            if name else "A key needs a name.")
+            self._last_id += 1
+            entry = Entry(self._last_id, name, value, unit, description, limits,
+                          writable or on_write is not None, on_write)
+            self._entries[name] = self._order[name] = entry
+            self._keys_version += 1
+            self._touch([entry], None)
+
+    def set_all(self, values: Mapping[str, Any], time_stamp: Optional[float] = None) -> None:
+        """Sets several keys with one time stamp, in seconds since 1970; by default now."""
+        normal = {name: _normal(value) for name, value in values.items()}
+        with self._lock:
+            changed = []
+            for name, value in normal.items():
+                entry = self._find(name)
+                if not _is_same(entry.value, value):
+                    entry.value = value
+                    changed.append(entry)
+            self._touch(changed, time_stamp)
+
+    def write(self, name: str, value: Any) -> None:
+        """Sets a key as a client does: checks it, and calls its handler."""
+        with self._lock:
+            entry = self._find(name)
+            value = entry.fit(value)
+        if entry.on_write is not None:
+            try:
+                entry.on_write(value)
+            except Error:
+                raise
+            except Exception as error:
+                raise Error(Cause.RAISED_BY_MODULE, str(error) or repr(error)) from error
+        self[name] = value
+
+    def names(self, prefix: str = "") -> List[str]:
+        with self._lock:
+            return [name for name in self._order if name.startswith(prefix)]
+
+    def __getitem__(self, name: str) -> Any:
+        with self._lock:
+            return self._find(name).value
+
+    def __setitem__(self, name: str, value: Any) -> None:
+        self.set_all({name: value})
+
+    def __delitem__(self, name: str) -> None:
+        with self._lock:
+            self._find(name)
+            del self._entries[name], self._order[name]
+            self._keys_version += 1
+            self._tell()
+
+    def __iter__(self) -> Iterator[str]:
+        return iter(self.names())
+
+    def __len__(self) -> int:
+        with self._lock:
+            return len(self._order)
+
+    # --- For subscriptions ---
+
+    def observe(self, observer: Callable[[], None]) -> None:
+        """Calls `observer` after each change, with a lock held."""
+        with self._lock:
+            self._observers.add(observer)
+
+    def forget(self, observer: Callable[[], None]) -> None:
+        with self._lock:
+            self._observers.discard(observer)
+
+    def changes(self, known: Known, chosen: Optional[Set[int]], fresh: Set[int]) -> Batch:
+        """What a client does not know: keys that were added and removed, and the values of the
+        chosen keys (all for None) that have changed, or that are freshly chosen."""
+        with self._lock:
+            removed: List[int] = []
+            added: List[pb.Key] = []
+            if known.keys_version != self._keys_version:
+                current = {entry.id for entry in self._order.values()}
+                removed = sorted(known.ids - current)
+                added = [entry.to_message() for entry in self._order.values()
+                         if entry.id not in known.ids]
+                known.ids, known.keys_version = current, self._keys_version
+            values = []
+            for entry in reversed(self._entries.values()):
+                if entry.version <= known.version and not fresh:
+                    break
+                if (chosen is None or entry.id in chosen) and (
+                        entry.version > known.version or entry.id in fresh):
+                    values.append(TimedValue(entry.id, entry.value, entry.time))
+            values.reverse()
+            known.version = self._version
+            return Batch(removed, added, values)
+
+    def _find(self, name: str) -> Entry:
+        entry = self._entries.get(name)
+        if entry is None:
+            raise NoSuchKey(f"There is no key named {name}.")
+        return entry
+
+    def _touch(self, entries: List[Entry], time_stamp: Optional[float]) -> None:
+        if not entries:
+            return
+        now = int((time.time() if time_stamp is None else time_stamp) * 1e6)
+        self._version += 1
+        for entry in entries:
+            entry.time = now
+            entry.version = self._version
+            self._entries.move_to_end(entry.name)
+        self._tell()
+
+    def _tell(self) -> None:
+        for observer in self._observers:
+            observer()
+
+
+def _type_name(value: Any) -> str:
+    return _wire.type_name(_wire.type_of(value))
+
+
+def _normal(value: Any) -> Any:
+    """A copy of a value that can be sent, of the types that from_value() returns."""
+    if value is None or type(value) in (bool, float, str, bytes):
+        return value
+    return _wire.from_value(_wire.to_value(value))
+
+
+def _is_same(left: Any, right: Any) -> bool:
+    if type(left) is not type(right):
+        return False
+    if isinstance(left, float):
+        return left == right or (math.isnan(left) and math.isnan(right))
+    if isinstance(left, (list, dict)):
+        return bool(_wire.to_value(left) == _wire.to_value(right))
+    return bool(left == right)

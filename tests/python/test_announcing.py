@@ -1,0 +1,81 @@
+"""examples/robot.py in lab/run: announced, found, and shown."""
+
+import re
+import subprocess
+import sys
+
+import pytest
+
+import robaxi
+from conftest import BUILD, PATIENCE, SOURCE, eventually
+
+LAB_CTL = SOURCE / "lab/ctl"
+EXAMPLE = SOURCE / "examples/robot.py"
+
+
+def lab(*words):
+    subprocess.run([LAB_CTL, *words], check=True)
+
+
+def tool(*words):
+    ended = subprocess.run([BUILD / "bin/robaxi", *words, "--timeout", str(PATIENCE)],
+                           capture_output=True, text=True, check=False)
+    assert ended.returncode == 0, ended.stdout + ended.stderr
+    return ended.stdout
+
+
+def names():
+    return [one.name for one in robaxi.discover()]
+
+
+@pytest.fixture(scope="module", autouse=True)
+def marvin():
+    lab("add", "marvin", "--ready", "listens on", "--", sys.executable, EXAMPLE)
+    eventually(lambda: "marvin" in names())
+
+
+def test_the_example_is_short():
+    assert len(EXAMPLE.read_text().splitlines()) <= 40
+
+
+def test_it_is_found():
+    [line] = tool("list").splitlines()[1:]
+    assert re.fullmatch(r"marvin +10\.77\.3\.\d +9559 +robot +marvin", line)
+    assert [(one.host, one.port, one.kind) for one in robaxi.discover()] == [
+        ("marvin.local", 9559, "robot")]
+
+
+# Everything that a program needs of a robot: announcement, port, protocol, access and icon.
+def test_the_doctor_finds_no_problem():
+    report = tool("doctor", "marvin")
+    assert "problem" not in report
+    for check in ["announced", "port", "protocol", "access", "icon"]:
+        assert re.search(rf"^ok +{check}:", report, re.MULTILINE), report
+
+
+def test_it_is_used(tmp_path):
+    assert tool("get", "marvin", "Audio/Volume") == "60\n"
+    tool("set", "marvin", "Audio/Volume", "35")
+    assert tool("get", "marvin", "Audio/Volume") == "35\n"
+    assert len(tool("watch", "marvin", "Joint/*", "--count", "3").splitlines()) == 3
+    picture = tmp_path / "head.png"
+    assert '"width":160,"height":120,"sent":"grey"' in tool("snapshot", "marvin", "head", "--json",
+                                                            "-o", str(picture))
+    with robaxi.Robot("marvin", timeout=PATIENCE) as robot:
+        assert next(robot.camera("head").frames()).width == 160
+        robot.call("KVLeds", "rasta", 2.5)
+        eventually(lambda: "rasta for 2.5 s" in subprocess.run(
+            [LAB_CTL, "output", "marvin"], capture_output=True, text=True, check=True).stdout)
+
+
+def test_it_is_announced_again_by_another_daemon():
+    lab("avahi", "stop", "marvin")
+    eventually(lambda: "marvin" not in names())
+    lab("avahi", "start", "marvin")
+    eventually(lambda: "marvin" in names())
+
+
+def test_a_name_that_is_taken_is_changed():
+    lab("exec", "marvin", "--", "sh", "-c",
+        f"{sys.executable} {EXAMPLE} marvin 7000 7001 >/dev/null 2>&1 &")
+    eventually(lambda: names() == ["marvin #2", "marvin"] or names() == ["marvin", "marvin #2"])

@@ -1,0 +1,544 @@
+"""The package's robot with the package's client and with the tool of the C++ library."""
+
+import http.client
+import json
+import os
+import signal
+import socket
+import subprocess
+import sys
+import threading
+import time
+
+import grpc
+import pytest
+
+import robaxi
+from conftest import BUILD, PATIENCE, SOURCE, eventually
+from robaxi import Access, Cause, Limits, ServerSettings, Settings
+from robaxi.v1 import robaxi_pb2 as pb
+
+
+def error_of(action, *arguments, **options):
+    with pytest.raises(robaxi.Error) as raised:
+        action(*arguments, **options)
+    return raised.value
+
+
+@pytest.fixture
+def serve():
+    """Starts a robot on any free port of the loopback, with the module Echo."""
+    servers = []
+
+    def start(**options):
+        server = robaxi.Server("Python", address="127.0.0.1", port=0, announce=False,
+                               **{"settings": Settings(), **options})
+        servers.append(server)
+        echo = server.module("Echo", "Says what it hears")
+        echo.bind("echo", lambda value: value)
+
+        @echo.method
+        def fail(text: str):
+            """Fails"""
+            raise ValueError(text)
+
+        @echo.method
+        def scale(number: float, times: int = 2) -> float:
+            return number * times
+
+        server.start()
+        return server
+
+    yield start
+    for server in servers:
+        server.stop()
+
+
+def tool(server, command, *words, status=0, **environment):
+    """Runs the command line tool of the C++ library; returns what it prints."""
+    host = f"127.0.0.1:{server.port}"
+    ended = subprocess.run(
+        [BUILD / "bin/robaxi", command, host, *words, "--timeout", str(PATIENCE)],
+        capture_output=True, text=True, check=False, env={**os.environ, **environment})
+    assert ended.returncode == status, ended.stderr
+    return ended.stdout or ended.stderr
+
+
+def test_values_of_every_type_come_back(serve, connect):
+    server = serve()
+    robot = connect(server.port)
+    assert robot.name == "Python"
+    for value in [None, True, -(2**63), 0.5, "Zürich\0", b"\0\xff", [1, [None]], {"ü": {"b": []}},
+                  b"caf\xe9".decode("utf-8", "surrogateescape")]:
+        assert robot.call("Echo", "echo", value) == value
+    assert tool(server, "call", "Echo", "echo", '[1,2.5,{"a":null}]') == '[1,2.5,{"a":null}]\n'
+    large = bytes(range(256)) * 4096 * 3
+    assert robot.call("Echo", "echo", large) == large
+    assert error_of(robot.call, "Echo", "echo", [b"x" * (16 << 20)]).cause == Cause.TOO_LARGE
+
+
+def test_errors_say_their_cause(serve, connect):
+    server = serve()
+    robot = connect(server.port)
+    assert str(error_of(robot.call, "Echo", "fail", "too hot")) == "too hot"
+    assert robot.call("Echo", "scale", 2) == 4.0
+    for call, cause in [(("Nobody", "echo"), Cause.NO_SUCH_MODULE),
+                        (("Echo", "nothing"), Cause.NO_SUCH_METHOD),
+                        (("Echo", "echo"), Cause.WRONG_ARGUMENTS),
+                        (("Echo", "fail", 1), Cause.WRONG_ARGUMENTS),
+                        (("Echo", "scale", 1.0, 2.0), Cause.WRONG_ARGUMENTS)]:
+        assert error_of(robot.call, *call).cause == cause, call
+    assert tool(server, "call", "Echo", "fail", "too hot", status=9) == "robaxi: too hot\n"
+    not_offered = 8
+    assert "no module named Nobody" in tool(server, "call", "Nobody", "echo", status=not_offered)
+    assert "scale(number: float, times: int) -> float" in tool(server, "modules")
+
+
+def test_slow_methods_delay_nothing_else(serve, connect):
+    server = serve()
+    release = threading.Event()
+    server.module("Slow").bind("wait", lambda: release.wait(PATIENCE))
+    robot = connect(server.port)
+    callers = [threading.Thread(target=robot.call, args=["Slow", "wait"]) for _ in range(6)]
+    for caller in callers:
+        caller.start()
+    # Longer than a client's patience with a silent robot.
+    end = time.monotonic() + 2.0
+    while time.monotonic() < end:
+        assert robot.call("Echo", "echo", 1) == 1
+    release.set()
+    for caller in callers:
+        caller.join()
+    assert robot.error is None
+
+
+def test_posts_are_run_in_spite_of_the_end_of_their_session(serve, connect):
+    server = serve()
+    heard = []
+    server.module("Ear").bind("hear", heard.append)
+    with connect(server.port) as robot:
+        for number in range(100):
+            robot.post("Ear", "hear", number)
+    eventually(lambda: len(heard) == 100)
+
+
+def fill(server):
+    """Adds some keys; returns what clients wrote to Audio/Volume."""
+    written = []
+
+    def write(volume):
+        if volume == 13:
+            raise ValueError("Not 13.")
+        written.append(volume)
+
+    memory = server.memory
+    memory.add("Battery/Charge", 87.5, unit="%", description="Charge of the battery")
+    memory.add("Audio/Volume", 60, unit="%", limits=(0, 100), on_write=write)
+    memory.add("Robot/Note", "", limits=(0, 5), writable=True)
+    memory.add("Robot/Speed", 1.0, writable=True)
+    return written
+
+
+def test_the_memory_is_read_and_written(serve, connect):
+    server = serve()
+    written = fill(server)
+    memory = connect(server.port).memory
+    assert dict(memory) == {"Battery/Charge": 87.5, "Audio/Volume": 60, "Robot/Note": "",
+                            "Robot/Speed": 1.0}
+    memory["Audio/Volume"] = 35
+    memory["Robot/Speed"] = 2
+    assert server.memory["Robot/Speed"] == 2.0 and isinstance(server.memory["Robot/Speed"], float)
+    assert (written, server.memory["Audio/Volume"]) == ([35], 35)
+    for key, value, cause, text in [
+        ("Battery/Charge", 1.0, Cause.RAISED_BY_MODULE, "only for reading"),
+        ("Audio/Volume", 101, Cause.RAISED_BY_MODULE,
+         "Audio/Volume was not changed: it takes 0 to 100 %, not 101."),
+        ("Audio/Volume", 13, Cause.RAISED_BY_MODULE, "Not 13."),
+        ("Audio/Volume", "loud", Cause.WRONG_TYPE, "it cannot be set to a value of type string"),
+        ("Robot/Note", "too long", Cause.RAISED_BY_MODULE, "0 to 5 bytes, not 8"),
+        ("No/Such", 1, Cause.INVALID_ARGUMENT, "no key"),
+    ]:
+        error = error_of(memory.__setitem__, key, value)
+        assert error.cause == cause
+        assert text in str(error)
+    with pytest.raises(KeyError):
+        memory["No/Such"]
+    assert tool(server, "get", "Robot/*", "Battery/Charge") == \
+        'Robot/Note \nRobot/Speed 2.0\nBattery/Charge 87.5\n'
+    assert tool(server, "set", "Robot/Note", "12") == ""
+    assert server.memory["Robot/Note"] == "12"
+
+
+def test_changes_are_watched(serve, connect):
+    server = serve()
+    fill(server)
+    robot = connect(server.port)
+    changes = robot.memory.watch("Battery/*", "Later", rate=1000)
+    assert next(changes).value == 87.5
+    server.memory["Battery/Charge"] = 87.5  # not a change
+    server.memory["Audio/Volume"] = 1  # not watched
+    server.memory.set_all({"Battery/Charge": 80}, time_stamp=1000.25)
+    change = next(changes)
+    assert (change.key, change.value, change.time, change.unit) == ("Battery/Charge", 80, 1000.25,
+                                                                    "%")
+    server.memory.add("Later", "here")
+    assert (next(changes).key, len(changes.keys)) == ("Later", 2)
+    del server.memory["Later"]
+    server.memory.add("Later", ["again"])
+    assert next(changes).value == ["again"]
+    assert [key.name for key in changes.keys] == ["Battery/Charge", "Later"]
+    lines = tool(server, "watch", "*", "--count", "5", "--json").splitlines()
+    values = {one["key"]: one["value"] for one in map(json.loads, lines)}
+    assert values["Battery/Charge"] == 80
+    assert set(values) == set(server.memory)
+
+
+def test_a_slow_client_gets_the_newest_values(serve, connect):
+    server = serve()
+    server.memory.add("Count", 0)
+    slow = connect(server.port).memory.watch(rate=1000)
+    next(slow)
+    for number in range(1, 500):
+        server.memory["Count"] = number
+        time.sleep(0)
+    received = 0
+    for change in slow:
+        received += 1
+        if change.value == 499:
+            break
+    assert received <= 4
+
+
+def test_the_rate_is_kept(serve, connect):
+    server = serve()
+    server.memory.add("Count", 0)
+    changes = connect(server.port).memory.watch(rate=20)
+    is_over = threading.Event()
+
+    def count():
+        while not is_over.is_set():
+            server.memory["Count"] += 1
+            time.sleep(0.001)
+
+    counter = threading.Thread(target=count)
+    counter.start()
+    next(changes)
+    began = time.monotonic()
+    for _ in range(10):
+        next(changes)
+    assert time.monotonic() - began > 10 / 20 * 0.8
+    is_over.set()
+    counter.join()
+
+
+def test_many_keys_are_sent_in_parts(serve, connect):
+    server = serve()
+    for number in range(5000):
+        server.memory.add(f"Key{number}", "x" * 1000)
+    server.memory.add("Large", b"x" * (15 << 20))
+    changes = connect(server.port).memory.watch()
+    assert len({next(changes).key for _ in range(5001)}) == 5001
+
+
+def test_frames_are_watched(serve, connect):
+    numpy = pytest.importorskip("numpy")
+    server = serve()
+    camera = server.add_camera("head", 64, 48, "rgb", 30.0)
+    picture = numpy.arange(48 * 64 * 3, dtype=numpy.uint8).reshape(48, 64, 3)
+    camera.publish(picture, 12.5)
+    frames = connect(server.port).camera("head").frames()
+    frame = next(frames)
+    assert (frame.number, frame.time, frame.format) == (1, 12.5, "rgb")
+    assert (frame.pixels == picture).all()
+    eventually(lambda: camera.watchers == 1)
+    large = numpy.zeros((1000, 1500, 3), numpy.uint8)
+    camera.publish(large, settings={"width": 1500, "height": 1000, "format": "rgb"})
+    assert next(frames).pixels.shape == large.shape
+    frames.close()
+    eventually(lambda: camera.watchers == 0)
+    for wrong in [b"", b"short", bytes(64 * 48)]:
+        assert error_of(camera.publish, wrong).cause == Cause.INVALID_ARGUMENT
+
+
+def test_cameras_have_modes(serve, connect):
+    server = serve()
+    applied = []
+    server.add_camera("head", on_settings=applied.append, modes=[
+        robaxi.Mode(320, 240, ["rgb", "grey"], [10.0]), robaxi.Mode(320, 240, ["grey"], [5.0]),
+        robaxi.Mode(160, 120)])
+    robot = connect(server.port)
+    camera = robot.cameras()[0]
+    assert camera.settings == {"width": 320, "height": 240, "format": "rgb", "rate": 10.0}
+    assert camera.set(format="grey", rate=5)["rate"] == 5.0
+    assert applied == [{"width": 320, "height": 240, "format": "grey", "rate": 5.0}]
+    for settings, text in [
+        ({"width": 100}, "The camera head cannot do 100x240 pixels; it can do 320x240, 160x120."),
+        ({"format": "jpeg"}, "cannot do the format jpeg at 320x240 pixels; it can do rgb, grey."),
+        ({"rate": 1.0}, "it can do 10, 5."), ({"format": "rgb"}, "cannot do 5 frames a second"), ({"zoom": 1}, "has no setting 'zoom'"),
+        ({"width": "a"}, "cannot take this width"),
+    ]:
+        assert text in str(error_of(camera.set, **settings))
+    assert error_of(next, robot.camera("nose").frames()).cause == Cause.NO_SUCH_STREAM
+    assert "no camera 'nose'" in str(error_of(robot.camera("nose").set, rate=1.0))
+    frames = camera.frames()
+    server.remove_camera("head")
+    assert error_of(next, frames).cause == Cause.NO_SUCH_STREAM
+    assert robot.cameras() == []
+    for mode in [robaxi.Mode(0, 1), robaxi.Mode(1, 1, ["png"]), robaxi.Mode(1, 1, ["rgb"], [0.0])]:
+        assert error_of(server.add_camera, "bad", modes=[mode]).cause == Cause.INVALID_ARGUMENT
+
+
+def test_the_tool_takes_a_picture(serve, tmp_path):
+    server = serve()
+    camera = server.add_camera("head", 32, 16, "grey", 30.0)
+    is_over = threading.Event()
+
+    def see():
+        while not is_over.is_set():
+            camera.publish(bytes(range(32)) * 16)
+            time.sleep(0.02)
+
+    seeing = threading.Thread(target=see)
+    seeing.start()
+    picture = tmp_path / "head.pgm"
+    tool(server, "snapshot", "-o", str(picture))
+    is_over.set()
+    seeing.join()
+    assert picture.read_bytes().endswith(bytes(range(32)) * 16)
+
+
+def test_limits_are_kept(serve, connect):
+    server = serve(settings=Settings(limits=Limits(sessions=2, subscriptions=1, cameras=1)))
+    fill(server)
+    server.add_camera("head", 2, 2, "grey").publish(b"1234")
+    robot = connect(server.port)
+    first = robot.memory.watch()
+    next(first)
+    assert error_of(next, robot.memory.watch()).cause == Cause.TOO_MANY
+    first.close()
+    # The robot learns of the end a moment later.
+    eventually(lambda: not isinstance(attempt(lambda: next(robot.memory.watch())), robaxi.Error))
+    frames = robot.camera("head").frames()
+    next(frames)
+    assert error_of(next, robot.camera("head").frames()).cause == Cause.TOO_MANY
+    with connect(server.port):
+        assert error_of(connect, server.port).cause == Cause.TOO_MANY
+    eventually(lambda: not isinstance(attempt(lambda: connect(server.port)), robaxi.Error))
+
+
+def attempt(action):
+    try:
+        return action()
+    except robaxi.Error as error:
+        return error
+
+
+def test_streams_end_with_their_session(serve, connect):
+    server = serve()
+    camera = server.add_camera("head", 2, 2, "grey")
+    camera.publish(b"1234")
+    robot = connect(server.port)
+    next(robot.camera("head").frames())
+    eventually(lambda: camera.watchers == 1)
+    robot.close()
+    eventually(lambda: camera.watchers == 0)
+
+
+def test_a_silent_client_loses_its_session(serve):
+    server = serve(settings=Settings(limits=Limits(heartbeat=50)))
+    camera = server.add_camera("head", 2, 2, "grey")
+    camera.publish(b"1234")
+    program = (f"import robaxi\nframes = robaxi.Robot('127.0.0.1', {server.port})"
+               ".camera('head').frames()\nnext(frames)\nprint('sees', flush=True)\nnext(frames)\n")
+    client = subprocess.Popen([sys.executable, "-c", program], stdout=subprocess.PIPE, text=True)
+    assert client.stdout.readline() == "sees\n"
+    eventually(lambda: camera.watchers == 1)
+    client.send_signal(signal.SIGSTOP)
+    eventually(lambda: camera.watchers == 0)
+    client.kill()
+    client.wait()
+
+
+def test_clients_notice_the_end(serve, connect):
+    server = serve()
+    robot = connect(server.port)
+    server.stop()
+    eventually(lambda: robot.error)
+    assert error_of(robot.call, "Echo", "echo", 1).cause == Cause.CONNECTION_LOST
+    assert error_of(connect, server.port).cause == Cause.REFUSED
+
+
+def raw_session(server, *messages):
+    """The batches of a session that is opened by other means than the package; ends with them."""
+    channel = grpc.insecure_channel(f"127.0.0.1:{server.port}")
+    stream = channel.stream_stream(
+        "/robaxi.v1.Robaxi/Session", pb.ClientBatch.SerializeToString, pb.ServerBatch.FromString)
+    answers = []
+    try:
+        for batch in stream(iter(messages), timeout=PATIENCE):
+            answers.extend(batch.messages)
+    finally:
+        channel.close()
+    return answers
+
+
+def test_sessions_follow_the_rules(serve):
+    server = serve()
+    hello = pb.ClientMessage(hello=pb.Hello(protocol_version=1))
+    [reply] = raw_session(server, pb.ClientBatch(), pb.ClientBatch(messages=[hello, hello]))
+    assert reply.hello_reply.protocol_version == 1
+    assert reply.hello_reply.silence_limit == 5000
+    for first in [pb.ClientMessage(hello=pb.Hello(protocol_version=2)),
+                  pb.ClientMessage(heartbeat=pb.Heartbeat(number=1))]:
+        end = end_of(raw_session, server, pb.ClientBatch(messages=[first]))
+        assert end == (grpc.StatusCode.FAILED_PRECONDITION, pb.Error.PROTOCOL_VERSION)
+    part = pb.ClientMessage(fragment=pb.Fragment(data=b"nonsense", last=True))
+    end = end_of(raw_session, server, pb.ClientBatch(messages=[hello, part]))
+    assert end == (grpc.StatusCode.INVALID_ARGUMENT, pb.Error.INVALID_ARGUMENT)
+
+
+def end_of(action, *arguments):
+    """The status with which an RPC ends, and the cause in its details."""
+    with pytest.raises(grpc.RpcError) as raised:
+        action(*arguments)
+    details = dict(raised.value.trailing_metadata())["robaxi-error-bin"]
+    return raised.value.code(), pb.Error.FromString(details).cause
+
+
+def test_streams_follow_the_rules(serve):
+    server = serve(settings=Settings(limits=Limits(heartbeat=20)))
+    fill(server)
+    channel = grpc.insecure_channel(f"127.0.0.1:{server.port}")
+    for path, request, start in [
+        ("Subscribe", pb.SubscriptionRequest, pb.SubscriptionStart(session_id=1, rate=1)),
+        ("Watch", pb.WatchRequest, pb.WatchStart(session_id=1, module="KVVideo", stream="head")),
+    ]:
+        stream = channel.stream_stream(f"/robaxi.v1.Robaxi/{path}", request.SerializeToString,
+                                       lambda data: data)
+        is_over = threading.Event()
+
+        def silence():
+            is_over.wait(PATIENCE)
+            yield from ()
+
+        def read(requests):
+            return list(stream(requests, timeout=PATIENCE))
+
+        assert end_of(read, iter([request()])) == (
+            grpc.StatusCode.INVALID_ARGUMENT, pb.Error.INVALID_ARGUMENT)
+        assert end_of(read, iter([request(start=start)])) == (
+            grpc.StatusCode.PERMISSION_DENIED, pb.Error.NOT_AUTHORISED)
+        assert end_of(read, silence()) == (
+            grpc.StatusCode.DEADLINE_EXCEEDED, pb.Error.TIMED_OUT)
+        is_over.set()
+    channel.close()
+
+
+def test_an_independent_client_is_served(serve):
+    """The one in tests/interop, which was written from the protocol's reference."""
+    server = serve()
+    server.add_camera("head", 2, 2, "grey").publish(b"1234")
+    fill(server)
+    program = """
+import sys
+from client import Client
+with Client(sys.argv[1]) as client:
+    assert client.call("Echo", "echo", ["x" * 200000]) == ["x" * 200000]
+    values = client.subscribe("KVMemory", rate=100)
+    assert [key.name for key in values.next().keys_added.keys][0] == "Battery/Charge"
+    assert list(values.next().values.floats) == [87.5, 1.0]
+    values.close()
+    assert client.watch("KVVideo", "head").next()[1] == b"1234"
+    assert [module.name for module in client.list_modules("Echo")] == ["Echo"]
+"""
+    subprocess.run([sys.executable, "-c", program, f"127.0.0.1:{server.port}"], check=True,
+                   timeout=PATIENCE, env={**os.environ, "PYTHONPATH": ":".join(
+                       [str(BUILD / "tests/interop/python"), str(SOURCE / "tests/interop")])})
+
+
+def test_a_port_that_is_taken_is_said(serve):
+    server = serve()
+    other = robaxi.Server("other", address="127.0.0.1", port=server.port, announce=False,
+                          settings=Settings())
+    error = error_of(other.start)
+    assert error.cause == Cause.ADDRESS_IN_USE
+    assert "in use by another program" in str(error)
+    nowhere = robaxi.Server("other", address="192.0.2.1", port=0, announce=False,
+                            settings=Settings())
+    assert error_of(nowhere.start).cause == Cause.CANNOT_LISTEN
+
+
+def test_tls_and_token_are_required(serve, connect, make_certificate, make_token):
+    certificate = make_certificate("robot", "IP:127.0.0.1")
+    token = make_token("a secret")
+    server = serve(settings=Settings(server=ServerSettings(
+        certificate=str(certificate.file), key=str(certificate.key), token=token)))
+    fill(server)
+    trusting = {"tls": True, "trust": str(certificate.file)}
+
+    def reach(**access):
+        return connect(server.port, settings=Settings(access=Access(**access)))
+
+    assert reach(token=token, **trusting).memory["Battery/Charge"] == 87.5
+    assert error_of(reach).cause == Cause.NOT_AUTHORISED
+    assert "requires a token" in str(error_of(reach, **trusting))
+    guess = make_token("a guess")
+    assert "not the right one" in str(error_of(reach, token=guess, **trusting))
+    trust = {"ROBAXI_TRUST": str(certificate.file)}
+    assert tool(server, "get", "Battery/Charge", ROBAXI_TOKEN=token, **trust) == "87.5\n"
+    refused, untrusted = 7, 15
+    tool(server, "get", "Battery/Charge", status=refused, **trust)
+    tool(server, "get", "Battery/Charge", status=refused, ROBAXI_TOKEN=guess, **trust)
+    other = make_certificate("other", "IP:127.0.0.1")
+    tool(server, "get", "Battery/Charge", status=untrusted, ROBAXI_TRUST=str(other.file))
+
+
+def test_guesses_of_the_token_are_slowed_down(serve, connect, make_token):
+    token = make_token("a secret")
+    server = serve(settings=Settings(server=ServerSettings(token=token, plain_token=True)))
+
+    def reach(file):
+        return connect(server.port, settings=Settings(access=Access(token=file, plain_token=True)))
+
+    guess = make_token("a guess")
+    for _ in range(5):
+        assert error_of(reach, guess).cause == Cause.NOT_AUTHORISED
+    began = time.monotonic()
+    assert reach(token).name == "Python"
+    assert time.monotonic() - began > 0.9
+
+
+def test_unsafe_settings_are_refused(make_token, make_certificate):
+    certificate = make_certificate("robot", "IP:127.0.0.1")
+    for settings, text in [
+        (ServerSettings(token=make_token("a secret")), "A token needs certificate and key"),
+        (ServerSettings(certificate=str(certificate.file)), "only of use together"),
+        (ServerSettings(certificate="/nowhere", key="/nowhere"), "cannot be read"),
+    ]:
+        server = robaxi.Server("robot", address="127.0.0.1", port=0, announce=False,
+                               settings=Settings(server=settings))
+        assert text in str(error_of(server.start))
+
+
+def test_the_icon_is_served(serve):
+    icon = (SOURCE / "examples/robot.png").read_bytes()
+    server = serve(icon=icon, http_port=0)
+
+    def get(path, method="GET"):
+        connection = http.client.HTTPConnection("127.0.0.1", server.http_port, timeout=PATIENCE)
+        connection.request(method, path)
+        answer = connection.getresponse()
+        return answer.status, answer.read()
+
+    assert get("//media/buddy.icon") == get("/media/buddy.icon") == (200, icon)
+    assert get("/media/buddy.icon", "HEAD") == (200, b"")
+    assert get("/")[0] == 404
+    assert get("/media/buddy.icon", "POST")[0] == 405
+    with socket.create_connection(("127.0.0.1", server.http_port), PATIENCE) as stranger:
+        stranger.sendall(b"x" * 100_000 + b"\r\n\r\n")
+        stranger.shutdown(socket.SHUT_WR)
+        try:
+            assert stranger.recv(100) in (b"",)
+        except ConnectionResetError:
+            pass
+    assert get("/media/buddy.icon")[0] == 200
