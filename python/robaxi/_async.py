@@ -5,9 +5,37 @@ from __future__ import annotations
 import abc
 import asyncio
 import concurrent.futures
-from typing import Generic, Optional, Type, TypeVar
+import queue
+import threading
+from typing import Callable, Generic, Optional, Tuple, TypeVar
 
 Item = TypeVar("Item")
+
+
+class _Worker(Generic[Item]):
+    """A thread that runs one function after another. Unlike the threads of an executor, it does not
+    keep the interpreter from ending while a function waits."""
+
+    def __init__(self) -> None:
+        self._jobs: queue.SimpleQueue[
+            Optional[Tuple[Callable[[], Item], concurrent.futures.Future[Item]]]
+        ] = queue.SimpleQueue()
+        threading.Thread(target=self._run, daemon=True, name="robaxi-watch").start()
+
+    def submit(self, function: Callable[[], Item]) -> concurrent.futures.Future[Item]:
+        future: concurrent.futures.Future[Item] = concurrent.futures.Future()
+        self._jobs.put((function, future))
+        return future
+
+    def close(self) -> None:
+        self._jobs.put(None)
+
+    def _run(self) -> None:
+        for function, future in iter(self._jobs.get, None):
+            try:
+                future.set_result(function())
+            except BaseException as error:
+                future.set_exception(error)
 
 
 class Stream(abc.ABC, Generic[Item]):
@@ -19,7 +47,7 @@ class Stream(abc.ABC, Generic[Item]):
     """
 
     def __init__(self) -> None:
-        self._executor: Optional[concurrent.futures.ThreadPoolExecutor] = None
+        self._worker: Optional[_Worker[Optional[Item]]] = None
         self._awaited: Optional[concurrent.futures.Future[Optional[Item]]] = None
 
     @abc.abstractmethod
@@ -44,15 +72,14 @@ class Stream(abc.ABC, Generic[Item]):
 
     async def __anext__(self) -> Item:
         if self._awaited is None:
-            if self._executor is None:
-                self._executor = concurrent.futures.ThreadPoolExecutor(
-                    1, thread_name_prefix="robaxi-watch")
-            self._awaited = self._executor.submit(self._next)
+            if self._worker is None:
+                self._worker = _Worker()
+            self._awaited = self._worker.submit(self._next)
         # A task that is cancelled while it waits loses nothing: the next one gets the item.
         item = await asyncio.shield(asyncio.wrap_future(self._awaited))
         self._awaited = None
         if item is None:
-            self._executor_shutdown()
+            self._end_worker()
             raise StopAsyncIteration
         return item
 
@@ -61,7 +88,7 @@ class Stream(abc.ABC, Generic[Item]):
 
     def __exit__(self, *_: object) -> None:
         self.close()
-        self._executor_shutdown()
+        self._end_worker()
 
     async def __aenter__(self: Self) -> Self:
         return self
@@ -69,10 +96,10 @@ class Stream(abc.ABC, Generic[Item]):
     async def __aexit__(self, *_: object) -> None:
         self.__exit__()
 
-    def _executor_shutdown(self) -> None:
-        if self._executor is not None:
-            self._executor.shutdown(wait=False)
-            self._executor = None
+    def _end_worker(self) -> None:
+        if self._worker is not None:
+            self._worker.close()
+            self._worker = None
 
 
 Self = TypeVar("Self", bound="Stream")  # type: ignore[type-arg]

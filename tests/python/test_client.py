@@ -4,6 +4,8 @@ import asyncio
 import concurrent.futures
 import math
 import socket
+import subprocess
+import sys
 import threading
 import time
 
@@ -197,6 +199,23 @@ def test_values_are_watched_with_asyncio(echo, connect):
 
     seen = asyncio.run(asyncio.wait_for(watch(), PATIENCE))
     assert seen == sorted(set(seen))
+
+
+def test_a_program_ends_while_it_watches(humanoid):
+    program = f"""
+import asyncio, robaxi
+async def main():
+    changes = robaxi.Robot("127.0.0.1", {humanoid.port}).memory.watch("Audio/Volume")
+    await changes.__anext__()
+    try:
+        await asyncio.wait_for(changes.__anext__(), 0.1)
+    except asyncio.TimeoutError:
+        print("waited")
+asyncio.run(main())
+"""
+    ended = subprocess.run([sys.executable, "-c", program], capture_output=True, text=True,
+                           check=False, timeout=PATIENCE)
+    assert (ended.stdout, ended.stderr, ended.returncode) == ("waited\n", "", 0)
 
 
 def test_a_watch_that_is_refused_says_why(echo, connect):

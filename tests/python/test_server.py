@@ -224,9 +224,10 @@ def test_the_rate_is_kept(serve, connect):
     counter.start()
     next(changes)
     began = time.monotonic()
-    for _ in range(10):
+    for _ in range(20):
         next(changes)
-    assert time.monotonic() - began > 10 / 20 * 0.8
+    # One second; the first may be late, and two were then on their way.
+    assert time.monotonic() - began > 0.7
     is_over.set()
     counter.join()
 
