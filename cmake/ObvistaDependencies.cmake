@@ -14,6 +14,9 @@ find_package(OpenSSL REQUIRED)
 # Discovery, and the simulated robot's announcements.
 pkg_check_modules(Avahi REQUIRED IMPORTED_TARGET avahi-client)
 
+# Icons and web pages of robots. From 7.85 on, the allowed protocols are set as a text.
+find_package(CURL 7.85 REQUIRED)
+
 # Compressed icons, and checksums of MCAP files.
 find_package(ZLIB REQUIRED)
 

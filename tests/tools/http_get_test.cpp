@@ -65,7 +65,7 @@ TEST(HttpGet, requestsThePathAsItIs) {
     Server server("::1", "HTTP/1.1 404 Not Found\r\nContent-Length: 3\r\n\r\nwhy");
     const HttpAnswer answer = httpGet("::1", server.port(), "//media/buddy.icon", a_longTime, 10);
     EXPECT_EQ(answer.fError, "");
-    EXPECT_EQ(answer.fStatus, 404);
+    EXPECT_EQ(answer.fStatus, 404U);
     EXPECT_EQ(answer.fBytes, 3U);
     EXPECT_EQ(server.request(), "GET //media/buddy.icon HTTP/1.1\r\nHost: [::1]:" +
                                     std::to_string(server.port()) + "\r\nAccept: */*\r\n\r\n");
@@ -78,10 +78,10 @@ TEST(HttpGet, bodyMayEndWithTheConnection) {
 }
 
 TEST(HttpGet, reportsWhyThereIsNoAnswer) {
-    EXPECT_EQ(get("").fError, "The server closed the connection without an answer");
+    EXPECT_EQ(get("").fError, "the connection was closed without an answer");
     EXPECT_EQ(get("HTTP/1.0 200 OK\r\n\r\n0123456789a").fError, "more than 10 bytes");
     EXPECT_EQ(get("HTTP/1.0 200 OK\r\nContent-Length: 5\r\n\r\nhalf").fError,
-              "The connection was closed before the end of the answer");
+              "the connection was closed before the end of the answer");
     EXPECT_NE(httpGet("robot1.local", 80, "/", a_longTime, 10).fError, "") << "not an IP address";
 }
 

@@ -3,61 +3,53 @@
 
 #include "http/qhttp_response_header.h"
 
-#include <base/http_response.h>
-
 #include <QByteArray>
-#include <QObject>
 #include <QString>
-#include <QTcpSocket>
-#include <QTimer>
 
 #include <chrono>
+#include <functional>
+#include <memory>
 #include <optional>
 
 /**
  * A running GET request with the received data that has not been taken yet, in the event loop of
- * the thread in which it lives.
+ * the thread that started it.
+ *
+ * It is implemented with libcurl in a library that is loaded when the first transfer starts, since
+ * libcurl depends on more than 30 libraries, which the program does not need before.
  */
-class HttpTransfer : public QObject {
-    Q_OBJECT
-
+class HttpTransfer {
   public:
-    /** Starts the transfer. It emits nothing before control returns to the event loop. */
-    HttpTransfer(const QString& host, quint16 port, const QString& path,
-                 std::chrono::milliseconds timeOut);
+    HttpTransfer() = default;
     /** Aborts the transfer. */
-    ~HttpTransfer() override;
-
-    /** Returns the header of the response, once, when it is complete. */
-    std::optional<QHttpResponseHeader> takeHeader();
+    virtual ~HttpTransfer() = default;
+    HttpTransfer(const HttpTransfer&) = delete;
+    HttpTransfer& operator=(const HttpTransfer&) = delete;
 
     /**
-     * Returns the bytes of the body that have arrived since the last call. At most some hundred
-     * kilobytes arrive between two signals.
+     * Starts a transfer. It sends nothing and calls nothing before control returns to the event
+     * loop.
+     *
+     * @param onProgress called when data may have arrived or the transfer has ended; it may delete
+     * the transfer
+     * @param[out] error a message for users if the library cannot be loaded
+     * @return null if the library cannot be loaded
      */
-    QByteArray takeBody();
+    static std::unique_ptr<HttpTransfer> start(const QString& host, quint16 port,
+                                               const QString& path,
+                                               std::chrono::milliseconds timeOut,
+                                               std::function<void()> onProgress, QString* error);
 
-    bool hasEnded() const { return fHasEnded; }
+    /** Returns the header of the response, once, when it is complete. */
+    virtual std::optional<QHttpResponseHeader> takeHeader() = 0;
+
+    /** Returns the bytes of the body that have arrived since the last call. */
+    virtual QByteArray takeBody() = 0;
+
+    virtual bool hasEnded() const = 0;
 
     /** Returns a message for users when the transfer has ended; empty for a success. */
-    QString errorText() const { return fErrorText; }
-
-  Q_SIGNALS:
-    /** Emitted when data may have arrived or the transfer has ended. A slot may delete it. */
-    void progressed();
-
-  private:
-    void xRead();
-    void xOnSocketError();
-    void xEnd(const QString& error);
-
-    QTcpSocket fSocket;
-    QTimer fTimer;
-    base::HttpResponse fResponse;
-    bool fIsConnected = false;
-    bool fHeaderTaken = false;
-    bool fHasEnded = false;
-    QString fErrorText;
+    virtual QString errorText() const = 0;
 };
 
 #endif

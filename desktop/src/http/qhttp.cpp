@@ -69,8 +69,13 @@ void QHttp::xStartNextRequest() {
     }
     fBodySize = 0;
     fContentLength = 0;
-    fTransfer = std::make_unique<HttpTransfer>(fHostName, fPort, request.fText, fTransferTimeOut);
-    connect(fTransfer.get(), &HttpTransfer::progressed, this, &QHttp::xOnTransferProgressed);
+    QString error;
+    fTransfer = HttpTransfer::start(
+        fHostName, fPort, request.fText, fTransferTimeOut, [this] { xOnTransferProgressed(); },
+        &error);
+    if (!fTransfer) {
+        xFinishRequest(error);
+    }
 }
 
 // A slot connected to any of the signals may abort the request or delete this object.

@@ -19,7 +19,8 @@ class HttpTransfer;
  * A client for plain HTTP that runs in the event loop of the thread in which it lives.
  *
  * Name and contract are those of the client that Qt had up to version 4, as far as they are needed
- * here: QNetworkAccessManager, its successor, removes doubled slashes from the path.
+ * here: QNetworkAccessManager, its successor, removes doubled slashes from the path. It is based on
+ * libcurl.
  *
  * Requests are queued, have an identifier and run one after the other, starting when control
  * returns to the event loop. A request is sent to exactly the given host, port and path: no proxy,

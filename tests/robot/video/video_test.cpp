@@ -207,7 +207,8 @@ TEST_F(VideoTest, whatACameraCannotDoIsRefusedAndNothingChanges) {
                 HasSubstr("The camera chest cannot do 1280x720 pixels; it can do 160x120, 320x240, "
                           "640x480."));
     EXPECT_THAT(refusalOf("chest", {{"rate", 30}}), HasSubstr("it can do 1, 5, 10, 15."));
-    EXPECT_THAT(refusalOf("chest", {{"format", "h264"}}), HasSubstr("cannot do the format h264 at 320x240 pixels"));
+    EXPECT_THAT(refusalOf("chest", {{"format", "h264"}}),
+                HasSubstr("cannot do the format h264 at 320x240 pixels"));
     EXPECT_THAT(refusalOf("tail", {{"rate", 30}}), HasSubstr("has no camera 'tail'"));
     EXPECT_EQ(fVideo.callValue("getSettings", {"chest"}), before);
 }

@@ -1,19 +1,20 @@
 #include "doctor/http_get.h"
 
 #include <base/address.h>
-#include <base/http_response.h>
 
-#include <boost/asio/buffer.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/write.hpp>
 #include <boost/beast/core/error.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/core/tcp_stream.hpp>
-
-#include <array>
+#include <boost/beast/http/empty_body.hpp>
+#include <boost/beast/http/read.hpp>
+#include <boost/beast/http/string_body.hpp>
+#include <boost/beast/http/write.hpp>
 
 namespace asio = boost::asio;
 namespace beast = boost::beast;
+namespace http = boost::beast::http;
 
 namespace robaxi_tool {
 
@@ -22,44 +23,7 @@ namespace {
 using boost::system::error_code;
 
 constexpr unsigned short a_httpPort = 80;
-
-/** A connection whose operations share one deadline. Each returns when it has ended. */
-class Connection {
-  public:
-    explicit Connection(std::chrono::milliseconds timeout) : fStream(fContext) {
-        fStream.expires_after(timeout);
-    }
-
-    error_code connect(const asio::ip::tcp::endpoint& server) {
-        fStream.async_connect(server, [this](const error_code& error) { fError = error; });
-        return xRun();
-    }
-
-    error_code write(const std::string& text) {
-        asio::async_write(fStream, asio::buffer(text),
-                          [this](const error_code& error, std::size_t) { fError = error; });
-        return xRun();
-    }
-
-    error_code read(asio::mutable_buffer to, std::size_t& count) {
-        fStream.async_read_some(to, [this, &count](const error_code& error, std::size_t received) {
-            fError = error;
-            count = received;
-        });
-        return xRun();
-    }
-
-  private:
-    error_code xRun() {
-        fContext.restart();
-        fContext.run();
-        return fError;
-    }
-
-    asio::io_context fContext;
-    beast::tcp_stream fStream;
-    error_code fError;
-};
+constexpr int a_http11 = 11;
 
 std::string hostField(const asio::ip::address& server, unsigned short port) {
     // The scope of an IPv6 address has a meaning for this computer only.
@@ -70,36 +34,17 @@ std::string hostField(const asio::ip::address& server, unsigned short port) {
     return port == a_httpPort ? withPort.substr(0, withPort.rfind(':')) : withPort;
 }
 
-/** Sends the request and receives the response. @return the reason if it fails, or empty */
-std::string exchange(Connection& connection, const asio::ip::tcp::endpoint& server,
-                     const std::string& request, std::size_t mostBytes, HttpAnswer& answer) {
-    constexpr std::size_t stepSize = std::size_t{64} * 1024;
-    error_code error = connection.connect(server);
-    if (!error) {
-        error = connection.write(request);
+std::string reason(const error_code& error, std::size_t mostBytes) {
+    if (error == http::error::body_limit) {
+        return "more than " + std::to_string(mostBytes) + " bytes";
     }
-    base::HttpResponse response;
-    std::array<char, stepSize> bytes{};
-    while (!error && !response.isComplete()) {
-        std::size_t count = 0;
-        error = connection.read(asio::buffer(bytes), count);
-        const bool isClosed = error == asio::error::eof;
-        if (isClosed) {
-            error = {};
-        }
-        if (!error && !(isClosed ? response.end() : response.add(bytes.data(), count))) {
-            return response.error();
-        }
-        answer.fStatus = response.status();
-        answer.fBytes += response.takeBody().size();
-        if (answer.fBytes > mostBytes) {
-            return "more than " + std::to_string(mostBytes) + " bytes";
-        }
+    if (error == http::error::end_of_stream) {
+        return "the connection was closed without an answer";
     }
-    if (error == beast::error::timeout) {
-        return "no answer in time";
+    if (error == http::error::partial_message) {
+        return "the connection was closed before the end of the answer";
     }
-    return error ? error.message() : std::string();
+    return error == beast::error::timeout ? "no answer in time" : error.message();
 }
 
 }  // namespace
@@ -113,11 +58,37 @@ HttpAnswer httpGet(const std::string& address, unsigned short port, const std::s
         answer.fError = error.message();
         return answer;
     }
-    Connection connection(timeout);
-    answer.fError = exchange(
-        connection, {server, port},
-        "GET " + path + " HTTP/1.1\r\nHost: " + hostField(server, port) + "\r\nAccept: */*\r\n\r\n",
-        mostBytes, answer);
+    http::request<http::empty_body> request(http::verb::get, path, a_http11);
+    request.set(http::field::host, hostField(server, port));
+    request.set(http::field::accept, "*/*");
+    http::response_parser<http::string_body> response;
+    response.body_limit(mostBytes);
+    beast::flat_buffer buffer;
+
+    // Asynchronous operations, since only they end with the stream's deadline.
+    asio::io_context context;
+    beast::tcp_stream stream(context);
+    const auto read = [&](const error_code& result, std::size_t) {
+        error = result;
+        if (!error) {
+            http::async_read(stream, buffer, response,
+                             [&](const error_code& end, std::size_t) { error = end; });
+        }
+    };
+    stream.expires_after(timeout);
+    stream.async_connect({server, port}, [&](const error_code& result) {
+        error = result;
+        if (!error) {
+            http::async_write(stream, request, read);
+        }
+    });
+    context.run();
+
+    if (response.is_header_done()) {
+        answer.fStatus = response.get().result_int();
+    }
+    answer.fBytes = response.get().body().size();
+    answer.fError = error ? reason(error, mostBytes) : std::string();
     return answer;
 }
 

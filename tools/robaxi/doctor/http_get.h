@@ -9,7 +9,7 @@ namespace robaxi_tool {
 
 struct HttpAnswer {
     std::string fError;      ///< the reason if there is no answer; otherwise empty
-    int fStatus = 0;         ///< for instance 404
+    unsigned fStatus = 0;    ///< for instance 404
     std::size_t fBytes = 0;  ///< size of the body
 };
 

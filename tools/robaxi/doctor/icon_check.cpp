@@ -7,7 +7,7 @@ namespace {
 
 constexpr std::size_t a_largestIcon = std::size_t{4} * 1024 * 1024;
 constexpr unsigned short a_httpPort = 80;
-constexpr int a_httpOk = 200;
+constexpr unsigned a_httpOk = 200;
 // With a doubled slash because the robot browser uses one, and some servers treat it differently.
 constexpr const char* a_iconPath = "//media/buddy.icon";
 

@@ -1,0 +1,68 @@
+#ifndef OBVISTA_DESKTOP_HTTP_CURL_TRANSFER_H
+#define OBVISTA_DESKTOP_HTTP_CURL_TRANSFER_H
+
+#include "http/curl_multi.h"
+#include "http/http_transfer.h"
+
+#include <QObject>
+
+#include <curl/curl.h>
+
+#include <array>
+
+/**
+ * A transfer of libcurl.
+ *
+ * libcurl forbids most of its functions inside its callbacks, so these only collect data; the user
+ * takes it when it is told of progress. One step of libcurl delivers at most some hundred
+ * kilobytes.
+ */
+class CurlTransfer : public QObject, public HttpTransfer {
+    Q_OBJECT
+
+  public:
+    /**
+     * Maximum total size of all header lines of a response, including interim responses, in bytes.
+     */
+    static constexpr std::size_t a_maximumHeaderSize = std::size_t{64} * 1024;
+
+    CurlTransfer(const QString& host, quint16 port, const QString& path,
+                 std::chrono::milliseconds timeOut, std::function<void()> onProgress);
+    ~CurlTransfer() override;
+
+    std::optional<QHttpResponseHeader> takeHeader() override;
+    QByteArray takeBody() override;
+    bool hasEnded() const override { return fHasEnded; }
+    QString errorText() const override { return fErrorText; }
+
+  private:
+    struct Delete {
+        void operator()(CURL* easy) const { curl_easy_cleanup(easy); }
+        void operator()(CURLU* url) const { curl_url_cleanup(url); }
+    };
+
+    static std::size_t xOnHeaderLine(char* data, std::size_t size, std::size_t count, void* self);
+    static std::size_t xOnBody(char* data, std::size_t size, std::size_t count, void* self);
+
+    void xSetUrl(const QString& host, quint16 port, const QString& path);
+    void xSetOptions(std::chrono::milliseconds timeOut);
+    bool xAcceptHeaderLine(const QByteArray& line);
+    int xStatusCode() const;
+    void xOnProgress();
+    QString xErrorText(CURLcode result) const;
+
+    CurlMulti fMulti;
+    const std::function<void()> fOnProgress;
+    std::unique_ptr<CURLU, Delete> fUrl;
+    std::unique_ptr<CURL, Delete> fEasy;
+    std::array<char, CURL_ERROR_SIZE> fErrorBuffer{};
+    QString fRefusal;
+    std::size_t fHeaderSize = 0;
+    bool fHeaderComplete = false;
+    bool fHeaderTaken = false;
+    QByteArray fBody;
+    bool fHasEnded = false;
+    QString fErrorText;
+};
+
+#endif
