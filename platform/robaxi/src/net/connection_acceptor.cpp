@@ -69,6 +69,11 @@ std::string readablePeer(const std::string& peer) {
     return text;
 }
 
+std::string addressOf(const std::string& peer) {
+    const std::string readable = readablePeer(peer);
+    return readable.substr(0, readable.rfind(':'));
+}
+
 /** A connection whose client has not sent a hello. */
 class ConnectionAcceptor::Newcomer {
   public:

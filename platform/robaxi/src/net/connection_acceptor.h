@@ -86,6 +86,9 @@ class ConnectionAcceptor {
  */
 std::string readablePeer(const std::string& peer);
 
+/** Returns the address of such a peer, without the port. */
+std::string addressOf(const std::string& peer);
+
 }  // namespace robaxi
 
 #endif

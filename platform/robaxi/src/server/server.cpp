@@ -4,8 +4,11 @@
 #include "net/channel.h"
 #include "net/socket_address.h"
 #include "server/frame_server.h"
+#include "server/health_service.h"
+#include "server/reflection_service.h"
 #include "server/server_session.h"
 #include "server/subscription_server.h"
+#include "server/unary_calls.h"
 #include "wire/grpc_handover.h"
 #include "wire/limits.h"
 
@@ -50,7 +53,8 @@ void deleteSession(ServerSession* session) {
 /** Frames are passed to gRPC unchanged, so their stream is a stream of bytes. */
 using CallbackService =
     v1::Robaxi::WithCallbackMethod_Session<v1::Robaxi::WithCallbackMethod_Subscribe<
-        v1::Robaxi::WithRawCallbackMethod_Watch<v1::Robaxi::Service>>>;
+        v1::Robaxi::WithRawCallbackMethod_Watch<v1::Robaxi::WithCallbackMethod_Call<
+            v1::Robaxi::WithCallbackMethod_ListModules<v1::Robaxi::Service>>>>>;
 
 class Server::Service : public CallbackService {
   public:
@@ -71,6 +75,17 @@ class Server::Service : public CallbackService {
         return fServer.xOpenStream<FrameServer>(context);
     }
 
+    grpc::ServerUnaryReactor* Call(grpc::CallbackServerContext* context, const v1::Call* request,
+                                   v1::Result* response) override {
+        return startUnaryCall(fServer, context, *request, response);
+    }
+
+    grpc::ServerUnaryReactor* ListModules(grpc::CallbackServerContext* context,
+                                          const v1::ListModules* request,
+                                          v1::ModuleList* response) override {
+        return startUnaryList(fServer, context, *request, response);
+    }
+
   private:
     Server& fServer;
 };
@@ -81,7 +96,9 @@ Server::Server(std::shared_ptr<Runtime> runtime, std::shared_ptr<HostedModules> 
       fModules(std::move(modules)),
       fSecurity(fRuntime->fSettings.fServer),
       fCalls(TaskPool::create(limits::a_methodThreads)),
-      fService(std::make_unique<Service>(*this)) {
+      fService(std::make_unique<Service>(*this)),
+      fHealth(makeHealthService(*this)),
+      fReflection(makeReflectionService(*this)) {
     auto listening = listenOn(address, port, deadlineAfter(a_listenTimeOut));
     xStartGrpc();
     xAccept(std::move(listening));
@@ -90,6 +107,20 @@ Server::Server(std::shared_ptr<Runtime> runtime, std::shared_ptr<HostedModules> 
 
 void Server::warn(const std::string& text) const {
     sockets::writeLine(STDERR_FILENO, "robaxi: " + brokerName() + ": " + text);
+}
+
+bool Server::acceptsToken(const std::string& token, const std::string& address) {
+    if (security().accepts(token)) {
+        fTokenGuard.countAcceptance(address);
+        return true;
+    }
+    const int refusals = fTokenGuard.countRefusal(address);
+    warn("refused a wrong token from " + address +
+         (TokenGuard::isSlowed(refusals)
+              ? ", number " + std::to_string(refusals) +
+                    " in a row; tokens from there are looked at one a second"
+              : std::string()));
+    return false;
 }
 
 void Server::xWarnOfExpiry() {
@@ -111,6 +142,8 @@ void Server::xStartGrpc() {
     fEntrance = builder.experimental().AddExternalConnectionAcceptor(Type::FROM_FD,
                                                                      fSecurity.credentials());
     builder.RegisterService(fService.get());
+    builder.RegisterService(fHealth.get());
+    builder.RegisterService(fReflection.get());
     giveToGrpc(this);
     fServer = builder.BuildAndStart();
     if (!fServer) {

@@ -7,6 +7,7 @@
 #include "net/security.h"
 #include "robaxi/v1/robaxi.grpc.pb.h"
 #include "runtime.h"
+#include "server/admission.h"
 #include "server/expiry_warning.h"
 #include "server/token_guard.h"
 
@@ -23,6 +24,9 @@
 namespace robaxi {
 
 class ServerSession;
+
+/** Reason for refusing a client while too many from its address send wrong tokens. */
+constexpr const char* a_tooManyTokens = "too many tokens from that address wait to be checked";
 
 /** The server's interface to the robot's end of a stream that belongs to a session. */
 class SideStream {
@@ -61,6 +65,9 @@ class Server : public RunningServer {
     const KVSettings::Limits& limits() const { return fRuntime->fSettings.fLimits; }
     const ServerSecurity& security() const { return fSecurity; }
     TokenGuard& tokenGuard() { return fTokenGuard; }
+    /** Returns true if the token is right; otherwise counts it and warns. */
+    bool acceptsToken(const std::string& token, const std::string& address);
+    const std::shared_ptr<RpcLoad>& rpcLoad() const { return fRpcLoad; }
     const std::string& brokerName() const { return fRuntime->fBrokerName; }
     /**
      * Writes one line to standard error for the user of the program: "robaxi: NAME: TEXT". For
@@ -98,7 +105,10 @@ class Server : public RunningServer {
     const ServerSecurity fSecurity;
     const std::shared_ptr<TaskPool> fCalls;
     TokenGuard fTokenGuard;
+    const std::shared_ptr<RpcLoad> fRpcLoad = std::make_shared<RpcLoad>();
     std::unique_ptr<Service> fService;
+    const std::unique_ptr<grpc::Service> fHealth;
+    const std::unique_ptr<grpc::Service> fReflection;
     std::unique_ptr<grpc::Server> fServer;
     std::unique_ptr<grpc::experimental::ExternalConnectionAcceptor> fEntrance;
     std::unique_ptr<ConnectionAcceptor> fAcceptor;

@@ -1,14 +1,12 @@
 #include "server/server_session.h"
 
-#include "failure.h"
 #include "net/connection_acceptor.h"
+#include "server/module_calls.h"
 #include "server/server.h"
 #include "server/token_guard.h"
 #include "wire/grpc_handover.h"
 #include "wire/limits.h"
-#include "wire/message_codec.h"
 #include "wire/status_codec.h"
-#include "wire/value_codec.h"
 
 #include <base/safe_text.h>
 
@@ -24,31 +22,6 @@ v1::Error makeError(v1::Error::Cause cause, const std::string& text) {
     error.set_cause(cause);
     error.set_text(text);
     return error;
-}
-
-v1::ServerMessage makeResult(std::uint64_t callId, KVError::Cause cause, const std::string& text,
-                             bool byMethod) {
-    v1::ServerMessage message;
-    message.mutable_result()->set_call_id(callId);
-    v1::Error* error = message.mutable_result()->mutable_error();
-    encodeError(cause, text, error);
-    error->set_by_method(byMethod);
-    return message;
-}
-
-/** Returns the peer without the port. */
-std::string addressOf(const std::string& peer) {
-    const std::string readable = readablePeer(peer);
-    return readable.substr(0, readable.rfind(':'));
-}
-
-KVValue::List decodeArguments(const v1::Call& call, int deepest) {
-    KVValue::List arguments;
-    arguments.reserve(static_cast<std::size_t>(call.arguments_size()));
-    for (const v1::Value& argument : call.arguments()) {
-        arguments.push_back(decodeValue(argument, deepest));
-    }
-    return arguments;
 }
 
 }  // namespace
@@ -285,7 +258,7 @@ void ServerSession::xHandleHello(const v1::Hello& hello) {
     const auto turn =
         fServer.tokenGuard().reserveTurn(fPeerAddress, now, limits::silenceOfClient(fLimits));
     if (!turn) {
-        xRefuse(v1::Error::TOO_MANY, "too many tokens from that address wait to be checked");
+        xRefuse(v1::Error::TOO_MANY, a_tooManyTokens);
     } else if (*turn <= now) {
         xCheckToken(hello);
     } else {
@@ -311,18 +284,11 @@ void ServerSession::xCheckHeldHello() {
 }
 
 void ServerSession::xCheckToken(const v1::Hello& hello) {
-    if (fServer.security().accepts(hello.token())) {
-        fServer.tokenGuard().countAcceptance(fPeerAddress);
+    if (fServer.acceptsToken(hello.token(), fPeerAddress)) {
         xAccept(hello);
-        return;
+    } else {
+        xRefuse(v1::Error::TOKEN_WRONG);
     }
-    const int refusals = fServer.tokenGuard().countRefusal(fPeerAddress);
-    fServer.warn("refused a wrong token from " + fPeerAddress +
-                 (TokenGuard::isSlowed(refusals)
-                      ? ", number " + std::to_string(refusals) +
-                            " in a row; tokens from there are looked at one a second"
-                      : std::string()));
-    xRefuse(v1::Error::TOKEN_WRONG);
 }
 
 void ServerSession::xAccept(const v1::Hello& hello) {
@@ -351,14 +317,9 @@ void ServerSession::xHandleListModules(const v1::ListModules& question) {
     v1::ServerMessage message;
     v1::ModuleList* list = message.mutable_module_list();
     list->set_call_id(question.call_id());
-    for (const KVModuleInfo& info : fModules->getInfos()) {
-        if (question.module().empty() || question.module() == info.fName) {
-            encodeModule(info, list->add_modules());
-        }
-    }
-    if (!question.module().empty() && list->modules_size() == 0) {
-        xSendError(question.call_id(), KVError::Cause::NoSuchModule, {}, false);
-        return;
+    if (!listModules(*fModules, question.module(), list)) {
+        message.mutable_result()->set_call_id(question.call_id());
+        message.mutable_result()->mutable_error()->set_cause(v1::Error::NO_SUCH_MODULE);
     }
     fOut.push(std::move(message));
 }
@@ -445,36 +406,16 @@ void ServerSession::xUnpark(std::size_t most) {
 }
 
 void ServerSession::xRun(const v1::Call& call) {
-    const std::uint64_t callId = call.call_id();
-    try {
-        const KVValue result =
-            fModules->invoke(call.module(), call.method(), decodeArguments(call, fLimits.fDepth));
-        if (callId == 0) {
-            return;
-        }
-        v1::ServerMessage message;
-        message.mutable_result()->set_call_id(callId);
-        encodeValue(result, message.mutable_result()->mutable_value(), fLimits.fDepth);
-        if (message.ByteSizeLong() > fLimits.fMessage) {
-            throw Failure{KVError::Cause::TooLarge, "the result"};
-        }
-        fOut.push(std::move(message));
-        if (fOut.waitingBytes() > limits::a_muchMemory) {
-            fHasKeptMuch = true;
-        }
-    } catch (const Failure& failure) {
-        xSendError(callId, failure.fCause, failure.fDetail, false);
-    } catch (const RefusedCall& error) {
-        xSendError(callId, error.cause(), error.toString(), false);
-    } catch (const KVError& error) {
-        xSendError(callId, error.cause(), error.toString(), true);
+    if (call.call_id() == 0) {
+        runCall(*fModules, call, fLimits, nullptr);
+        return;
     }
-}
-
-void ServerSession::xSendError(std::uint64_t callId, KVError::Cause cause, const std::string& text,
-                               bool byMethod) {
-    if (callId != 0) {
-        fOut.push(makeResult(callId, cause, text, byMethod));
+    v1::ServerMessage message;
+    message.mutable_result()->set_call_id(call.call_id());
+    runCall(*fModules, call, fLimits, message.mutable_result());
+    fOut.push(std::move(message));
+    if (fOut.waitingBytes() > limits::a_muchMemory) {
+        fHasKeptMuch = true;
     }
 }
 

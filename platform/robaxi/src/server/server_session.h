@@ -8,8 +8,6 @@
 #include "wire/fragment_assembler.h"
 #include "wire/write_queue.h"
 
-#include <robaxi/kv_error.h>
-
 #include <grpcpp/grpcpp.h>
 
 #include <atomic>
@@ -91,8 +89,6 @@ class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::Server
     WorkPtr xTakeNext();
     void xRun(const v1::Call& call);
     void xUnpark(std::size_t most);
-    void xSendError(std::uint64_t callId, KVError::Cause cause, const std::string& text,
-                    bool byMethod);
     bool xEnd(v1::Error::Cause cause, const std::string& text);
     void xFinishWhen(bool now);
     void xCheckSilence();

@@ -1,0 +1,143 @@
+"""A generic client of gRPC, without our .proto, with a robot of ours.
+
+    generic_client_test.py ROBOT TEST_SERVER
+"""
+
+import pathlib
+import shutil
+import sys
+import tempfile
+import unittest
+
+import grpc
+
+import client_test
+from client import open_channel
+from generic_client import GenericClient, NotFound
+
+ROBAXI = "robaxi.v1.Robaxi"
+HEALTH = "grpc.health.v1.Health"
+REFLECTION = "grpc.reflection.v1alpha.ServerReflection"
+TOKEN = "a secret of the robot"
+
+
+def text(value):
+    return {"type": "STRING", "stringValue": value}
+
+
+class WithEcho(unittest.TestCase):
+    def setUp(self):
+        robot = client_test.start_echo()
+        self.addCleanup(robot.end)
+        self.channel = open_channel(robot.address)
+        self.addCleanup(self.channel.close)
+        self.client = GenericClient(self.channel)
+
+    def call(self, module, method, *arguments):
+        return self.client.unary(ROBAXI, "Call", {
+            "module": module, "method": method, "arguments": list(arguments)})
+
+    def refusal(self, *call):
+        """The status of a call, and its details."""
+        with self.assertRaises(grpc.RpcError) as raised:
+            self.call(*call)
+        end = raised.exception
+        details = dict(end.trailing_metadata()).get("robaxi-error-bin")
+        self.assertIsNotNone(details, end)
+        return end.code(), end.details(), self.client.message("robaxi.v1.Error", details)
+
+    def test_services_are_found(self):
+        self.assertEqual(set(self.client.services()), {ROBAXI, HEALTH, REFLECTION})
+        with self.assertRaises(NotFound):
+            self.client.unary("robaxi.v1.Nobody", "Call")
+
+    def test_a_method_is_called(self):
+        for value in (text("Zürich"), {"type": "INT", "intValue": "-7"}, {},
+                      {"type": "LIST", "elements": [{"type": "BOOL", "boolValue": False}]}):
+            self.assertEqual(self.call("Echo", "echo", value), {"value": value})
+
+    def test_a_method_that_is_refused_or_fails_ends_with_a_status(self):
+        code, message, details = self.refusal("Echo", "fail", text("too hot"))
+        self.assertEqual((code, message), (grpc.StatusCode.UNKNOWN, "too hot"))
+        self.assertEqual(details, {"cause": "RAISED_BY_MODULE", "text": "too hot", "byMethod": True})
+        for call, code, cause in [
+            (("Nobody", "echo"), grpc.StatusCode.NOT_FOUND, "NO_SUCH_MODULE"),
+            (("Echo", "nothing"), grpc.StatusCode.NOT_FOUND, "NO_SUCH_METHOD"),
+            (("Echo", "echo"), grpc.StatusCode.INVALID_ARGUMENT, "WRONG_ARGUMENTS"),
+        ]:
+            refused, message, details = self.refusal(*call)
+            self.assertEqual((refused, details["cause"]), (code, cause))
+            self.assertTrue(message)
+
+    def test_calls_may_be_large(self):
+        large = text("x" * (10 << 20))
+        self.assertEqual(self.call("Echo", "echo", large), {"value": large})
+        with self.assertRaises(grpc.RpcError) as raised:
+            self.call("Echo", "echo", text("x" * (17 << 20)))
+        self.assertEqual(raised.exception.code(), grpc.StatusCode.RESOURCE_EXHAUSTED)
+
+    def test_modules_are_listed(self):
+        modules = self.client.unary(ROBAXI, "ListModules")["modules"]
+        self.assertEqual({module["name"] for module in modules}, {"Echo", "Memory"})
+        [echo] = self.client.unary(ROBAXI, "ListModules", {"module": "Echo"})["modules"]
+        self.assertIn("echo", [method["name"] for method in echo["methods"]])
+        with self.assertRaises(grpc.RpcError) as raised:
+            self.client.unary(ROBAXI, "ListModules", {"module": "Nobody"})
+        self.assertEqual(raised.exception.code(), grpc.StatusCode.NOT_FOUND)
+
+    def test_health_is_read(self):
+        for service in ("", ROBAXI):
+            answer = self.client.unary(HEALTH, "Check", {"service": service})
+            self.assertEqual(answer, {"status": "SERVING"})
+        with self.assertRaises(grpc.RpcError) as raised:
+            self.client.unary(HEALTH, "Check", {"service": "nobody"})
+        self.assertEqual(raised.exception.code(), grpc.StatusCode.NOT_FOUND)
+
+    def test_health_is_watched(self):
+        for service, status in ((ROBAXI, 1), ("nobody", 3)):
+            states = self.client.stream(HEALTH, "Watch", {"service": service})
+            self.assertEqual(next(states).status, status)
+            states.cancel()
+
+
+@unittest.skipUnless(shutil.which("openssl"), "no openssl to make certificates with")
+class WithSecurity(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        folder = pathlib.Path(folder.name)
+        certificate = client_test.Certificate(folder, "robot", "IP:127.0.0.1")
+        token = folder / "token"
+        token.write_text(TOKEN + "\n")
+        token.chmod(0o600)
+        robot = client_test.start_echo(ROBAXI_SERVER_CERTIFICATE=str(certificate.file),
+                                       ROBAXI_SERVER_KEY=str(certificate.key),
+                                       ROBAXI_SERVER_TOKEN=str(token))
+        self.addCleanup(robot.end)
+        self.channel = open_channel(robot.address, trust=certificate.trust)
+        self.addCleanup(self.channel.close)
+
+    def test_whoever_knows_the_token_is_let_in(self):
+        client = GenericClient(self.channel, TOKEN)
+        self.assertIn(ROBAXI, client.services())
+        self.assertTrue(client.unary(ROBAXI, "ListModules")["modules"])
+        self.assertEqual(client.unary(HEALTH, "Check"), {"status": "SERVING"})
+        call = {"module": "Echo", "method": "echo", "arguments": [text("in secret")]}
+        self.assertEqual(client.unary(ROBAXI, "Call", call), {"value": text("in secret")})
+
+    def test_others_are_refused_everywhere(self):
+        methods = [(ROBAXI, "Call"), (ROBAXI, "ListModules"), (HEALTH, "Check"),
+                   (REFLECTION, "ServerReflectionInfo")]
+        for service, method in methods:
+            for metadata in ([], [("authorization", "Bearer a guess")],
+                             [("authorization", f"Basic {TOKEN}")]):
+                with self.subTest(method=method, metadata=metadata):
+                    # An empty message is one of every type.
+                    call = self.channel.stream_stream(f"/{service}/{method}")
+                    with self.assertRaises(grpc.RpcError) as raised:
+                        list(call(iter([b""]), metadata=metadata, timeout=20))
+                    self.assertEqual(raised.exception.code(), grpc.StatusCode.UNAUTHENTICATED)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])
