@@ -8,6 +8,7 @@ from __future__ import annotations
 import asyncio
 import collections
 import concurrent.futures
+import functools
 import hmac
 import logging
 import secrets
@@ -22,7 +23,7 @@ from ._wire import Ended
 from .errors import Cause, Error
 from .module import Module
 from .settings import Settings
-from .table import Known
+from .table import Entry, Known
 from .v1 import robaxi_pb2 as pb
 
 _log = logging.getLogger("robaxi")
@@ -32,8 +33,8 @@ _WAITING_CALLS = 1024  # of a session
 _IN_FLIGHT = 2  # updates and frames
 _HIGHEST_RATE = 1000.0
 _LONGEST_PERIOD = 86400.0
-_BATCH_KEYS = 1000
-_BATCH_VALUES = 4000
+_BATCH_KEYS = 500
+_BATCH_VALUES = 1000
 _STUCK_HEARTBEATS = 240  # after which a client that reads nothing loses its session
 _QUICK_REFUSALS = 5
 _MOST_ADDRESSES = 1024
@@ -472,6 +473,9 @@ class _SideStream:
         raise NotImplementedError
 
 
+_Composed = Callable[[], pb.SubscriptionUpdate]
+
+
 class Subscription(_SideStream):
     """The changing values of a module, for one client."""
 
@@ -483,7 +487,8 @@ class Subscription(_SideStream):
         self._fresh: Set[int] = set()
         self._period = 0.0
         self._last = 0.0
-        self._waiting: Deque[pb.SubscriptionUpdate] = collections.deque()
+        # Encoded one by one, when they are sent.
+        self._waiting: Deque[_Composed] = collections.deque()
 
     def _join(self, first: pb.SubscriptionRequest, session: Session) -> None:
         if self._count(session) > self._service.limits.subscriptions:
@@ -542,28 +547,41 @@ class Subscription(_SideStream):
                 pause = min(early, 0.02)
                 await asyncio.sleep(pause)
                 return early - pause
-            self._compose()
+            # On a thread: a large value takes longer than a client waits for a heartbeat.
+            fresh, self._fresh = self._fresh, set()
+            self._waiting.extend(await self._loop.run_in_executor(
+                None, self._compose, self._chosen, fresh))
             if not self._waiting:
                 return None
             self._last = now
-        update = self._waiting.popleft()
+        update = await self._loop.run_in_executor(None, self._waiting.popleft())
         self._sent += 1
         update.number = self._sent
         await self._context.write(update)
         return 0
 
-    def _compose(self) -> None:
-        batch = self._table.changes(self._known, self._chosen, self._fresh)
-        self._fresh = set()
+    def _compose(self, chosen: Optional[Set[int]], fresh: Set[int]) -> List[_Composed]:
+        batch = self._table.changes(self._known, chosen, fresh)
+        updates: List[_Composed] = []
         if batch.removed:
-            self._waiting.append(pb.SubscriptionUpdate(
+            updates.append(lambda: pb.SubscriptionUpdate(
                 keys_removed=pb.KeySelection(ids=batch.removed)))
         is_first = self._sent == 0
         for start in range(0, max(len(batch.added), int(is_first)), _BATCH_KEYS):
-            self._waiting.append(pb.SubscriptionUpdate(
-                keys_added=pb.KeysAdded(keys=batch.added[start:start + _BATCH_KEYS])))
+            updates.append(functools.partial(
+                _keys_update, batch.added[start:start + _BATCH_KEYS]))
         for part in _split(batch.values, self._service.limits.message):
-            self._waiting.append(pb.SubscriptionUpdate(values=_wire.to_values(part)))
+            updates.append(functools.partial(_values_update, part))
+        return updates
+
+
+def _keys_update(entries: List[Entry]) -> pb.SubscriptionUpdate:
+    return pb.SubscriptionUpdate(
+        keys_added=pb.KeysAdded(keys=[entry.to_message() for entry in entries]))
+
+
+def _values_update(values: List[_wire.TimedValue]) -> pb.SubscriptionUpdate:
+    return pb.SubscriptionUpdate(values=_wire.to_values(values))
 
 
 def _split(values: List[_wire.TimedValue], largest: int) -> List[List[_wire.TimedValue]]:
@@ -571,11 +589,9 @@ def _split(values: List[_wire.TimedValue], largest: int) -> List[List[_wire.Time
     parts: List[List[_wire.TimedValue]] = []
     room = 0
     for value in values:
-        size = 32
-        if type(value.value) not in (bool, int, float, type(None)):
-            size += _wire.to_value(value.value).ByteSize()
-            if size > largest - _wire.BATCH_OVERHEAD:
-                value, size = value._replace(value=None), 32
+        size = 32 + _wire.size_of(value.value)
+        if size > largest - _wire.BATCH_OVERHEAD:
+            value, size = value._replace(value=None), 32
         if not parts or size > room or len(parts[-1]) >= _BATCH_VALUES:
             parts.append([])
             room = largest // 2

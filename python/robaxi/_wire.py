@@ -50,8 +50,12 @@ def decode_text(data: bytes) -> str:
 
 
 def is_utf8(text: str) -> bool:
-    """Whether a text can be sent in a field of the type string."""
-    return not any("\ud800" <= character <= "\udfff" for character in text)
+    """Returns true if a text can be sent in a field of the type string."""
+    try:
+        text.encode()
+    except UnicodeEncodeError:
+        return False
+    return True
 
 
 def plain_text(text: str) -> str:
@@ -128,9 +132,23 @@ def from_value(value: pb.Value, depth: int = _DEEPEST) -> Any:
     raise malformed("a value is of an unknown type")
 
 
-def type_of(thing: Any) -> int:
-    """The Value.Type of a value in Python."""
-    return to_value(thing).type
+_TYPES: Dict[type, Any] = {
+    type(None): pb.Value.NOTHING, bool: pb.Value.BOOL, int: pb.Value.INT, float: pb.Value.FLOAT,
+    str: pb.Value.STRING, bytes: pb.Value.BINARY, list: pb.Value.LIST, dict: pb.Value.MAP,
+}
+
+
+def type_of(thing: Any) -> Any:
+    """The Value.Type of a value of the types that from_value() returns."""
+    return _TYPES[type(thing)]
+
+
+def size_of(thing: Any) -> int:
+    """About the bytes of such a value in a message, at least as many as it has."""
+    kind = type(thing)
+    if kind in (str, bytes):
+        return 16 + len(thing) * (4 if kind is str and not thing.isascii() else 1)
+    return int(to_value(thing).ByteSize()) if kind in (list, dict) else 32
 
 
 def type_name(kind: int) -> str:

@@ -38,7 +38,7 @@ class Entry:
         return pb.Key(id=self.id, name=_wire.plain_text(self.name),
                       unit=_wire.plain_text(self.unit),
                       description=_wire.plain_text(self.description),
-                      type=pb.Value.Type.Name(_wire.type_of(self.value)), writable=self.writable)
+                      type=_wire.type_of(self.value), writable=self.writable)
 
     def refuse(self, reason: str) -> Error:
         return Error(Cause.RAISED_BY_MODULE, f"{self.name} was not changed: {reason}")
@@ -84,7 +84,7 @@ class Batch(NamedTuple):
     """The difference between a table and what a client knows of it."""
 
     removed: List[int]
-    added: List[pb.Key]
+    added: List[Entry]
     values: List[TimedValue]
 
 
@@ -194,12 +194,11 @@ class Table(MutableMapping[str, Any]):
         chosen keys (all for None) that have changed, or that are freshly chosen."""
         with self._lock:
             removed: List[int] = []
-            added: List[pb.Key] = []
+            added: List[Entry] = []
             if known.keys_version != self._keys_version:
                 current = {entry.id for entry in self._order.values()}
                 removed = sorted(known.ids - current)
-                added = [entry.to_message() for entry in self._order.values()
-                         if entry.id not in known.ids]
+                added = [entry for entry in self._order.values() if entry.id not in known.ids]
                 known.ids, known.keys_version = current, self._keys_version
             values = []
             for entry in reversed(self._entries.values()):

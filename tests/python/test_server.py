@@ -237,8 +237,12 @@ def test_many_keys_are_sent_in_parts(serve, connect):
     for number in range(5000):
         server.memory.add(f"Key{number}", "x" * 1000)
     server.memory.add("Large", b"x" * (15 << 20))
-    changes = connect(server.port).memory.watch()
-    assert len({next(changes).key for _ in range(5001)}) == 5001
+    # Encoding it takes longer than a client waits for a heartbeat.
+    server.memory.add("List", [[0.5]] * 50_000)
+    robot = connect(server.port)
+    with robot.memory.watch() as changes:
+        assert len({next(changes).key for _ in range(5002)}) == 5002
+    assert len(robot.call("Echo", "echo", "x" * (15 << 20))) == 15 << 20
 
 
 def test_frames_are_watched(serve, connect):
