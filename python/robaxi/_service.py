@@ -82,6 +82,8 @@ class Service:
         self.token = token
         self.guard = TokenGuard()
         self.sessions: Dict[int, Session] = {}
+        self._open = 0  # RPCs without a session
+        self._open_bytes = 0
         self.pool = concurrent.futures.ThreadPoolExecutor(THREADS, thread_name_prefix="robaxi-call")
 
     @property
@@ -93,7 +95,14 @@ class Service:
         def stream(serve: Callable[..., Any], request: Any, reply: Any) -> Any:
             return grpc.stream_stream_rpc_method_handler(serve, request.FromString,
                                                          reply.SerializeToString)
+
+        def unary(serve: Callable[..., Any], request: Any, reply: Any) -> Any:
+            return grpc.unary_unary_rpc_method_handler(serve, request.FromString,
+                                                       reply.SerializeToString)
+
         return grpc.method_handlers_generic_handler(_wire.SERVICE, {
+            "Call": unary(self._call, pb.Call, pb.Result),
+            "ListModules": unary(self._list_modules, pb.ListModules, pb.ModuleList),
             "Session": stream(self._session, pb.ClientBatch, pb.ServerBatch),
             "Subscribe": stream(self._subscribe, pb.SubscriptionRequest, pb.SubscriptionUpdate),
             "Watch": stream(self._watch, pb.WatchRequest, pb.WatchUpdate),
@@ -106,6 +115,86 @@ class Service:
 
     def count_of(self, address: str) -> int:
         return sum(session.address == address for session in self.sessions.values())
+
+    def run(self, call: pb.Call) -> pb.Result:
+        """Runs a method, on a thread of the pool."""
+        limits = self.limits
+        result = pb.Result(call_id=call.call_id)
+        module = self.modules.get(call.module)
+        try:
+            if module is None:
+                raise Error(Cause.NO_SUCH_MODULE, "")
+            arguments = [_wire.from_value(one, limits.depth) for one in call.arguments]
+            value, error, by_method = module.run(call.method, arguments)
+            if error is None:
+                result.value.CopyFrom(_wire.to_value(value, limits.depth))
+                if result.ByteSize() > limits.message:
+                    error, by_method = Error(Cause.TOO_LARGE, "the result"), False
+            if error is not None:
+                result.error.CopyFrom(_wire.to_error(error, by_method))
+        except Error as error:
+            result.error.CopyFrom(_wire.to_error(error, False))
+        return result
+
+    def list_modules(self, name: str) -> Optional[List[pb.Module]]:
+        """Descriptions of all modules, or of one; None if there is none of that name."""
+        if name and name not in self.modules:
+            return None
+        return [_wire.to_module(self.modules[one].describe())
+                for one in ([name] if name else [*self.modules])]
+
+    async def admit(self, address: str, token: bytes) -> None:
+        """Raises Ended if this is not the token."""
+        if not self.token:
+            return
+        if not token:
+            raise Ended(pb.Error.TOKEN_MISSING)
+        if not await self.guard.await_turn(address, self.silence):
+            raise Ended(pb.Error.TOO_MANY, "too many wrong tokens came from this address")
+        is_right = hmac.compare_digest(token, self.token)
+        self.guard.count(address, is_right)
+        if not is_right:
+            _log.warning("wrong token from %s", address)
+            raise Ended(pb.Error.TOKEN_WRONG)
+
+    async def _call(self, call: pb.Call, context: Any) -> Any:
+        return await self._answer(context, call, self._run_alone(call))
+
+    async def _list_modules(self, question: pb.ListModules, context: Any) -> Any:
+        return await self._answer(context, question, self._list_alone(question.module))
+
+    async def _answer(self, context: Any, request: Any, answer: Coroutine[Any, Any, Any]) -> Any:
+        """The answer to a request without a session."""
+        size = request.ByteSize()
+        self._open += 1
+        self._open_bytes += size
+        try:
+            if self._open > _WAITING_CALLS or self._open_bytes > 4 * self.limits.message:
+                raise Ended(pb.Error.TOO_MANY, "too many calls without a session wait")
+            bearer = dict(context.invocation_metadata()).get("authorization", "")
+            await self.admit(_address_of(context.peer()), _token_of(bearer))
+            return await answer
+        except Ended as end:
+            await context.abort(*end.status())
+        finally:
+            answer.close()
+            self._open -= 1
+            self._open_bytes -= size
+
+    async def _run_alone(self, call: pb.Call) -> pb.Result:
+        loop = asyncio.get_running_loop()
+        result = await loop.run_in_executor(self.pool, self.run, call)
+        if result.HasField("error"):
+            error = result.error
+            raise Ended(error.cause, error.text, error.by_method)
+        result.call_id = 0
+        return result
+
+    async def _list_alone(self, name: str) -> pb.ModuleList:
+        modules = self.list_modules(name)
+        if modules is None:
+            raise Ended(pb.Error.NO_SUCH_MODULE)
+        return pb.ModuleList(modules=modules)
 
     async def _session(self, requests: AsyncIterator[Any], context: Any) -> None:
         await _serve(Session(self, context), requests, context)
@@ -155,6 +244,11 @@ async def _run_until_first(*coroutines: Coroutine[Any, Any, None]) -> None:
 def _address_of(peer: str) -> str:
     """The address in a peer of gRPC, such as "ipv4:10.0.0.7:5000"."""
     return peer.partition(":")[2].rpartition(":")[0]
+
+
+def _token_of(authorization: str) -> bytes:
+    kind, _, token = authorization.partition(" ")
+    return token.encode() if kind == "Bearer" else b""
 
 
 class Session:
@@ -216,26 +310,20 @@ class Session:
         if hello.protocol_version != _wire.PROTOCOL_VERSION:
             raise Ended(pb.Error.PROTOCOL_VERSION, "it speaks version "
                         f"{_wire.PROTOCOL_VERSION}, this program version {hello.protocol_version}")
-        if service.token and hello.token and not await service.guard.await_turn(
-                self.address, service.silence):
-            raise Ended(pb.Error.TOO_MANY, "too many wrong tokens came from this address")
-        # After the wait, during which others may have come.
-        if len(service.sessions) >= service.limits.sessions or \
-                service.count_of(self.address) >= service.limits.sessions_of_address:
-            raise Ended(pb.Error.TOO_MANY, "too many programs are connected to it")
-        if service.token and not hello.token:
-            raise Ended(pb.Error.TOKEN_MISSING)
-        if service.token:
-            is_right = hmac.compare_digest(hello.token, service.token)
-            service.guard.count(self.address, is_right)
-            if not is_right:
-                _log.warning("wrong token from %s", self.address)
-                raise Ended(pb.Error.TOKEN_WRONG)
+        self._check_room()
+        await service.admit(self.address, hello.token)
+        self._check_room()  # others may have come
         self._takes_parts = hello.takes_fragments
         return pb.HelloReply(protocol_version=_wire.PROTOCOL_VERSION,
                              name=_wire.plain_text(service.name),
                              session_id=secrets.randbits(64) or 1,
                              silence_limit=int(service.silence * 1000), takes_fragments=True)
+
+    def _check_room(self) -> None:
+        service = self._service
+        if len(service.sessions) >= service.limits.sessions or \
+                service.count_of(self.address) >= service.limits.sessions_of_address:
+            raise Ended(pb.Error.TOO_MANY, "too many programs are connected to it")
 
     # --- Receiving ---
 
@@ -281,13 +369,12 @@ class Session:
     def _list_modules(self, question: pb.ListModules) -> None:
         if question.call_id == 0:
             return
-        if question.module and question.module not in self._service.modules:
+        modules = self._service.list_modules(question.module)
+        if modules is None:
             self._put_error(question.call_id, Error(Cause.NO_SUCH_MODULE, ""), False)
-            return
-        names = [question.module] if question.module else [*self._service.modules]
-        self._put(pb.ServerMessage(module_list=pb.ModuleList(
-            call_id=question.call_id,
-            modules=[_wire.to_module(self._service.modules[name].describe()) for name in names])))
+        else:
+            self._put(pb.ServerMessage(module_list=pb.ModuleList(
+                call_id=question.call_id, modules=modules)))
 
     # --- Calls ---
 
@@ -298,31 +385,11 @@ class Session:
             self._call_bytes -= call.ByteSize()
             self._running += 1
             try:
-                future = self._loop.run_in_executor(self._service.pool, self._run, call)
+                future = self._loop.run_in_executor(self._service.pool, self._service.run, call)
             except RuntimeError:  # the server ends
                 self._running -= 1
                 return
             future.add_done_callback(self._on_done)
-
-    def _run(self, call: pb.Call) -> pb.Result:
-        """Runs a method, on a thread of the pool."""
-        limits = self._service.limits
-        result = pb.Result(call_id=call.call_id)
-        module = self._service.modules.get(call.module)
-        try:
-            if module is None:
-                raise Error(Cause.NO_SUCH_MODULE, "")
-            arguments = [_wire.from_value(one, limits.depth) for one in call.arguments]
-            value, error, by_method = module.run(call.method, arguments)
-            if error is None:
-                result.value.CopyFrom(_wire.to_value(value, limits.depth))
-                if result.ByteSize() > limits.message:
-                    error, by_method = Error(Cause.TOO_LARGE, "the result"), False
-            if error is not None:
-                result.error.CopyFrom(_wire.to_error(error, by_method))
-        except Error as error:
-            result.error.CopyFrom(_wire.to_error(error, False))
-        return result
 
     def _on_done(self, future: asyncio.Future[pb.Result]) -> None:
         self._running -= 1

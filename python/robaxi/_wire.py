@@ -194,25 +194,34 @@ _CAUSES = {
 class Ended(Exception):
     """The end of an RPC by the robot, with an Error.Cause of the protocol."""
 
-    def __init__(self, cause: Any, text: str = "") -> None:
+    def __init__(self, cause: Any, text: str = "", by_method: bool = False) -> None:
         super().__init__(cause, text)
         self.cause = cause
         self.text = text
+        self.by_method = by_method
 
     def status(self) -> Tuple[grpc.StatusCode, str, Tuple[Tuple[str, bytes], ...]]:
         """Code, message and trailing metadata."""
         text = plain_text(self.text)[:_LONGEST_DETAIL]
-        details = pb.Error(cause=self.cause, text=text).SerializeToString()
+        details = pb.Error(cause=self.cause, text=text, by_method=self.by_method)
         name = pb.Error.Cause.Name(self.cause)
-        return _STATUSES[self.cause], text or name, ((_DETAILS, details),)
+        return (_STATUSES.get(self.cause, grpc.StatusCode.UNAVAILABLE), text or name,
+                ((_DETAILS, details.SerializeToString()),))
 
 
 _DETAILS = "robaxi-error-bin"
 _LONGEST_DETAIL = 256  # characters; the protocol allows 1 KiB
-# Of the causes with which a robot ends an RPC.
+# All others are UNAVAILABLE.
 _STATUSES = {
+    pb.Error.INTERNAL: grpc.StatusCode.INTERNAL,
     pb.Error.INVALID_ARGUMENT: grpc.StatusCode.INVALID_ARGUMENT,
     pb.Error.NO_SUCH_MODULE: grpc.StatusCode.NOT_FOUND,
+    pb.Error.NO_SUCH_METHOD: grpc.StatusCode.NOT_FOUND,
+    pb.Error.WRONG_ARGUMENTS: grpc.StatusCode.INVALID_ARGUMENT,
+    pb.Error.RAISED_BY_MODULE: grpc.StatusCode.UNKNOWN,
+    pb.Error.TOO_LARGE: grpc.StatusCode.RESOURCE_EXHAUSTED,
+    pb.Error.WRONG_TYPE: grpc.StatusCode.INVALID_ARGUMENT,
+    pb.Error.CANCELLED: grpc.StatusCode.CANCELLED,
     pb.Error.NO_SUCH_STREAM: grpc.StatusCode.NOT_FOUND,
     pb.Error.NOT_AUTHORISED: grpc.StatusCode.PERMISSION_DENIED,
     pb.Error.TIMED_OUT: grpc.StatusCode.DEADLINE_EXCEEDED,

@@ -439,6 +439,48 @@ def test_streams_follow_the_rules(serve):
     channel.close()
 
 
+def unary(server, method, request, reply, **metadata):
+    with grpc.insecure_channel(f"127.0.0.1:{server.port}") as channel:
+        return channel.unary_unary(
+            f"/robaxi.v1.Robaxi/{method}", request.SerializeToString, reply.FromString)(
+                request, timeout=PATIENCE, metadata=list(metadata.items()))
+
+
+def test_a_session_is_not_needed(serve):
+    server = serve()
+
+    def call(method, *texts):
+        arguments = [pb.Value(type=pb.Value.STRING, string_value=text) for text in texts]
+        return unary(server, "Call", pb.Call(call_id=5, module="Echo", method=method,
+                                             arguments=arguments), pb.Result)
+
+    answer = call("echo", "hello")
+    assert (answer.call_id, answer.value.string_value) == (0, "hello")
+    assert end_of(call, "fail", "too hot") == (grpc.StatusCode.UNKNOWN,
+                                               pb.Error.RAISED_BY_MODULE)
+    assert end_of(call, "nothing") == (grpc.StatusCode.NOT_FOUND, pb.Error.NO_SUCH_METHOD)
+    assert end_of(call, "echo") == (grpc.StatusCode.INVALID_ARGUMENT, pb.Error.WRONG_ARGUMENTS)
+    listed = unary(server, "ListModules", pb.ListModules(), pb.ModuleList)
+    assert [module.name for module in listed.modules] == ["Echo"]
+    assert end_of(unary, server, "ListModules", pb.ListModules(module="Nobody"),
+                  pb.ModuleList) == (grpc.StatusCode.NOT_FOUND, pb.Error.NO_SUCH_MODULE)
+
+
+def test_the_token_is_required_without_a_session(serve, make_token):
+    server = serve(settings=Settings(server=ServerSettings(token=make_token("a secret"),
+                                                           plain_token=True)))
+    question = pb.ListModules()
+    assert len(unary(server, "ListModules", question, pb.ModuleList,
+                     authorization="Bearer a secret").modules) == 1
+    for metadata, cause in [({}, pb.Error.TOKEN_MISSING),
+                            ({"authorization": "Bearer a guess"}, pb.Error.TOKEN_WRONG)]:
+        with pytest.raises(grpc.RpcError) as raised:
+            unary(server, "ListModules", question, pb.ModuleList, **metadata)
+        assert raised.value.code() == grpc.StatusCode.UNAUTHENTICATED
+        details = dict(raised.value.trailing_metadata())["robaxi-error-bin"]
+        assert pb.Error.FromString(details).cause == cause
+
+
 def test_an_independent_client_is_served(serve):
     """The one in tests/interop, which was written from the protocol's reference."""
     server = serve()
