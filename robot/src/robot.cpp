@@ -8,6 +8,7 @@
 #include "video/makers.h"
 
 #include <base/safe_text.h>
+#include <bonjour/bonjour_discovery.h>
 #include <robaxi/kv_error.h>
 
 #include <boost/make_shared.hpp>
@@ -27,9 +28,6 @@ constexpr std::chrono::milliseconds a_timeToAnswer(100);
 constexpr std::chrono::seconds a_timeToRetry(1);
 
 constexpr std::size_t a_longestShown = 500;  // bytes of a text in a line for the user
-
-const char* const a_robotType = "_robax._tcp";
-const char* const a_middlewareType = "_robaxi._tcp";
 
 KVError refusal(const std::string& text) {
     return {KVError::Cause::RaisedByModule, text};
@@ -260,7 +258,7 @@ void Robot::xStartAnnouncer() {
                           " (--address 0.0.0.0 opens it to the network)");
         return;
     }
-    fAnnouncer = std::make_unique<Announcer>(fOptions.fName, fOutput.fComplain);
+    fAnnouncer = std::make_unique<KV::BonjourAnnouncer>(fOptions.fName, fOutput.fComplain);
 }
 
 void Robot::xStartMiddleware() {
@@ -306,13 +304,14 @@ void Robot::xAnnounce() {
     }
     // Locked until the end, so that the later of two changes is announced last.
     const std::lock_guard lock(fStateMutex);
-    std::vector<AnnouncedService> services;
+    std::vector<KV::BonjourService> services;
     if (fState.fAnnounced && fOptions.fKind == Kind::Robot) {
         const bool http = fOptions.fHttpPort != 0;
-        services.push_back({a_robotType, http ? fOptions.fHttpPort : KVBroker::a_defaultPort});
+        services.push_back({KV::BonjourDiscovery::fRobaxServiceType,
+                            http ? fOptions.fHttpPort : KVBroker::a_defaultPort});
     }
     if (fState.fAnnounced && fState.fMiddleware) {
-        services.push_back({a_middlewareType, fOptions.fPort});
+        services.push_back({KV::BonjourDiscovery::fRobaxiServiceType, fOptions.fPort});
     }
     fAnnouncer->announce(services);
 }

@@ -1,7 +1,6 @@
 #ifndef OBVISTA_ROBOT_ROBOT_H
 #define OBVISTA_ROBOT_ROBOT_H
 
-#include "announcer.h"
 #include "body/humanoid_body.h"
 #include "main_loop.h"
 #include "memory/memory_source.h"
@@ -12,6 +11,7 @@
 #include "web/web_page.h"
 #include "web/web_server.h"
 
+#include <bonjour/bonjour_announcer.h>
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_memory_module.h>
 #include <robaxi/kv_module.h>
@@ -94,7 +94,7 @@ class Robot : private SimControls {
     bool fIsMiddlewareWanted = true;  // used on the main thread
     std::vector<std::unique_ptr<Ticker>> fTickers;
     std::unique_ptr<WebServer> fWebServer;
-    std::unique_ptr<Announcer> fAnnouncer;
+    std::unique_ptr<KV::BonjourAnnouncer> fAnnouncer;
     // The brokers are destroyed first: no call is running when the other members are destroyed.
     boost::shared_ptr<KVBroker> fSimBroker;
     boost::shared_ptr<KVBroker> fBroker;

@@ -8,6 +8,7 @@ namespace {
 
 using KV::bonjour::a_maximumHostNameSize;
 using KV::bonjour::foldHostName;
+using KV::bonjour::hostNameFor;
 using KV::bonjour::isAddressLiteral;
 using KV::bonjour::makeSafeHostName;
 using KV::bonjour::unescapeDomainName;
@@ -117,6 +118,12 @@ INSTANTIATE_TEST_SUITE_P(, HostName,
 TEST(FoldHostName, knowsNoCaseOfAsciiLetters) {
     EXPECT_EQ(foldHostName("Robot-AZ09.LOCAL"), "robot-az09.local");
     EXPECT_EQ(foldHostName("CAF\xC3\x89"), "caf\xC3\x89");
+}
+
+TEST(HostNameFor, keepsWhatAHostNameMayHave) {
+    EXPECT_EQ(hostNameFor("Rob 7"), "Rob-7.local");
+    EXPECT_EQ(hostNameFor("-- a.b --"), "a-b.local");
+    EXPECT_EQ(hostNameFor("\xc3\xa9"), "robot.local");
 }
 
 }  // namespace

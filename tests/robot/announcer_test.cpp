@@ -1,6 +1,6 @@
-#include "announcer.h"
-
 #include "lab_browser.h"
+
+#include <bonjour/bonjour_announcer.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+using KV::BonjourAnnouncer;
 using lab_test::a_robax;
 using lab_test::a_robaxi;
 using lab_test::Browser;
@@ -19,7 +20,6 @@ using lab_test::inLab;
 using lab_test::isSeenInTheEnd;
 using lab_test::resolved;
 using obvista_test::ChildProcess;
-using robot::Announcer;
 
 namespace {
 
@@ -55,8 +55,8 @@ class Lines {
 
 class AnnouncerTest : public testing::Test {
   protected:
-    std::unique_ptr<Announcer> announcer(const std::string& name) {
-        return std::make_unique<Announcer>(name, fLines.writer());
+    std::unique_ptr<BonjourAnnouncer> announcer(const std::string& name) {
+        return std::make_unique<BonjourAnnouncer>(name, fLines.writer());
     }
 
     Lines fLines;
@@ -154,12 +154,6 @@ TEST_F(AnnouncerTest, anotherAddressIsAnnouncedUnderAHostNameOfItsOwn) {
         a_robax, resolved("my\\032robot", a_robax, 80, "my-robot.local", "10.77.9.9")));
     robot->setAddress("");
     EXPECT_TRUE(isSeenInTheEnd(a_robax, own));
-}
-
-TEST(HostNameFor, keepsWhatAHostNameMayHave) {
-    EXPECT_EQ(robot::hostNameFor("Rob 7"), "Rob-7.local");
-    EXPECT_EQ(robot::hostNameFor("-- a.b --"), "a-b.local");
-    EXPECT_EQ(robot::hostNameFor("\xc3\xa9"), "robot.local");
 }
 
 }  // namespace

@@ -41,6 +41,16 @@ build_outside() {
     ) || fail "$said"
 }
 
+# Sets the flags for what is built outside. An instrumented host and instrumented libraries need instrumented
+# plugins and programs.
+choose_flags() {
+    export CXXFLAGS="-Wall -Wextra -Werror" LDFLAGS=-Wl,--no-undefined
+    if [ -n "$OBVISTA_SANITIZE" ]; then
+        CXXFLAGS+=" -fsanitize=$OBVISTA_SANITIZE -fno-sanitize-recover=all -g1"
+        LDFLAGS="-fsanitize=$OBVISTA_SANITIZE"
+    fi
+}
+
 # run_program COMMAND...: runs it without a display; sets program_status, program_output and program_errors.
 # shellcheck disable=SC2034  # read by the tests
 run_program() {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <arpa/inet.h>
+#include <cctype>
 #include <netinet/in.h>
 
 namespace KV::bonjour {
@@ -78,6 +79,22 @@ std::string foldHostName(const std::string& hostName) {
         }
     }
     return folded;
+}
+
+std::string hostNameFor(const std::string& name) {
+    std::string label;
+    for (const char c : name) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x80 && std::isalnum(byte) != 0) {
+            label += c;
+        } else if (!label.empty() && label.back() != '-') {
+            label += '-';
+        }
+    }
+    while (!label.empty() && label.back() == '-') {
+        label.pop_back();
+    }
+    return (label.empty() ? "robot" : label) + ".local";
 }
 
 }  // namespace KV::bonjour

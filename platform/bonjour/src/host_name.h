@@ -31,6 +31,12 @@ bool isAddressLiteral(const std::string& hostName);
 /** Returns the host name with ASCII letters in lower case; other characters are kept. */
 std::string foldHostName(const std::string& hostName);
 
+/**
+ * Returns a host name derived from the name of a robot's services: "my robot" becomes
+ * "my-robot.local".
+ */
+std::string hostNameFor(const std::string& name);
+
 }  // namespace KV::bonjour
 
 #endif

@@ -20,10 +20,6 @@ constexpr std::array<std::pair<const char*, IconTrouble>, 6> a_troubles{{
     {"broken", IconTrouble::Broken},
 }};
 
-bool startsWith(const std::string& text, const std::string& start) {
-    return text.compare(0, start.size(), start) == 0;
-}
-
 }  // namespace
 
 std::optional<IconTrouble> iconTroubleNamed(const std::string& word) {
@@ -65,16 +61,6 @@ std::string readIcon(const std::string& file) {
         throw std::runtime_error("the icon " + file + " is larger than 4 MiB");
     }
     return bytes;
-}
-
-const char* pictureType(const std::string& bytes) {
-    if (startsWith(bytes, "\x89PNG")) {
-        return "image/png";
-    }
-    if (startsWith(bytes, "\xff\xd8\xff")) {
-        return "image/jpeg";
-    }
-    return "application/octet-stream";
 }
 
 std::string brokenPicture(const std::string& picture) {

@@ -32,9 +32,6 @@ std::string iconTroubleNames();
  */
 std::string readIcon(const std::string& file);
 
-/** Returns the media type of a picture, from its first bytes. */
-const char* pictureType(const std::string& bytes);
-
 /** Returns a broken icon: the first bytes of a picture, then something else. */
 std::string brokenPicture(const std::string& picture);
 

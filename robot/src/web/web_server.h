@@ -2,22 +2,15 @@
 #define OBVISTA_ROBOT_WEB_WEB_SERVER_H
 
 #include "web/icon.h"
+#include "web/web_site.h"
 
 #include <memory>
+#include <sockets/http_server.h>
 #include <string>
 
 namespace robot {
 
-class WebPage;
-
-/**
- * Serves the robot's page and its icon over HTTP, on one dedicated thread.
- *
- * A client can only block its own connection: at most 64 are open at a time, and a request must
- * have arrived after 5 seconds and its answer must have been read after 20. At 64 connections, or
- * when file descriptors run out, the connection that has waited longest for its request is closed.
- * All operations may be called from any thread.
- */
+/** Serves the robot's page and its icon over HTTP. All operations may be called from any thread. */
 class WebServer {
   public:
     /**
@@ -30,18 +23,16 @@ class WebServer {
     WebServer(const std::string& address, int port, std::shared_ptr<const WebPage> page,
               std::string icon);
 
-    /** Closes all connections. */
-    ~WebServer();
     WebServer(const WebServer&) = delete;
     WebServer& operator=(const WebServer&) = delete;
 
     /** Sets the fault of the icon, from the next request on. */
-    void setIconTrouble(IconTrouble trouble);
-    IconTrouble getIconTrouble() const;
+    void setIconTrouble(IconTrouble trouble) { fSite.setIconTrouble(trouble); }
+    IconTrouble getIconTrouble() const { return fSite.getIconTrouble(); }
 
   private:
-    struct Private;
-    std::unique_ptr<Private> fPrivate;
+    WebSite fSite;
+    sockets::HttpServer fServer;
 };
 
 }  // namespace robot

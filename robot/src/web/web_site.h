@@ -4,33 +4,13 @@
 #include "web/icon.h"
 
 #include <atomic>
-#include <cstdint>
 #include <memory>
+#include <sockets/http_answer.h>
 #include <string>
 
 namespace robot {
 
 class WebPage;
-
-/** Speed at which an answer is sent. */
-enum class WebPace {
-    AtOnce,
-    ByteASecond,
-    Never  ///< nothing is sent
-};
-
-/** The answer to a client. */
-struct WebAnswer {
-    int fStatus = 200;
-    std::string fType = "text/plain; charset=utf-8";
-    std::string fBody;
-    /** Bytes of the body on the wire: fBody is repeated up to this size. */
-    std::uint64_t fLength = 0;
-    WebPace fPace = WebPace::AtOnce;
-
-    /** Returns status line and headers, with the empty line that ends them. */
-    std::string head() const;
-};
 
 /** Selects the answer to each request. May be used from any thread. */
 class WebSite {
@@ -38,24 +18,14 @@ class WebSite {
     /** @param icon the icon's bytes; empty for none */
     WebSite(std::shared_ptr<const WebPage> page, std::string icon);
 
-    /**
-     * Returns the answer to a request.
-     *
-     * @param method of the request, for instance "GET"
-     * @param target as the client sent it; a query is ignored, and the path may begin with two
-     *         slashes
-     */
-    WebAnswer answer(const std::string& method, const std::string& target) const;
-
-    /** Returns the answer to an invalid HTTP request. */
-    static WebAnswer badRequest();
+    /** Returns the answer to a request of a path, for instance "/media/buddy.icon". */
+    sockets::HttpAnswer answer(const std::string& path) const;
 
     void setIconTrouble(IconTrouble trouble) { fTrouble = trouble; }
     IconTrouble getIconTrouble() const { return fTrouble; }
 
   private:
-    WebAnswer xAnswerGet(const std::string& path) const;
-    WebAnswer xIcon() const;
+    sockets::HttpAnswer xIcon() const;
 
     std::shared_ptr<const WebPage> fPage;
     std::string fIcon;

@@ -1,6 +1,7 @@
-#include "announcer.h"
+#include "host_name.h"
 
 #include <base/safe_text.h>
+#include <bonjour/bonjour_announcer.h>
 
 #include <avahi-client/client.h>
 #include <avahi-client/publish.h>
@@ -12,12 +13,10 @@
 #include <avahi-common/timeval.h>
 
 #include <algorithm>
-#include <cctype>
-#include <map>
 #include <stdexcept>
 #include <utility>
 
-namespace robot {
+namespace KV {
 
 namespace {
 
@@ -63,7 +62,7 @@ std::string alternativeTo(const std::string& name) {
 }  // namespace
 
 // All members below are used on Avahi's thread or with its lock held.
-struct Announcer::Private {
+struct BonjourAnnouncer::Private {
     Private(std::string name, std::function<void(const std::string&)> say);
     ~Private();
 
@@ -72,12 +71,12 @@ struct Announcer::Private {
     void connectIn(unsigned milliseconds);
     void setTimer(unsigned milliseconds);
     void publishAll();
-    void publish(const AnnouncedService& service);
-    int addEntries(AvahiEntryGroup* group, const AnnouncedService& service);
+    void publish(const BonjourService& service);
+    int addEntries(AvahiEntryGroup* group, const BonjourService& service);
     void publishHost();
     void withdrawAll();
     void withdrawUnwanted();
-    bool isPublished(const AnnouncedService& service) const;
+    bool isPublished(const BonjourService& service) const;
     void takeAnotherName();
     void complainOnce(const std::string& trouble);
 
@@ -86,14 +85,14 @@ struct Announcer::Private {
     static void onTimer(AvahiTimeout* timeout, void* self);
 
     struct Published {
-        AnnouncedService fService;
+        BonjourService fService;
         Group fGroup;
     };
 
     std::string fName;
     std::function<void(const std::string&)> fSay;
     std::string fAddress;
-    std::vector<AnnouncedService> fWanted;
+    std::vector<BonjourService> fWanted;
     std::string fLastTrouble;
     std::unique_ptr<AvahiThreadedPoll, FreePoll> fPoll;
     AvahiTimeout* fTimer = nullptr;
@@ -104,7 +103,7 @@ struct Announcer::Private {
     std::vector<Published> fPublished;
 };
 
-Announcer::Private::Private(std::string name, std::function<void(const std::string&)> say)
+BonjourAnnouncer::Private::Private(std::string name, std::function<void(const std::string&)> say)
     : fName(std::move(name)), fSay(std::move(say)), fPoll(avahi_threaded_poll_new()) {
     if (!fPoll) {
         throw std::bad_alloc();
@@ -119,14 +118,14 @@ Announcer::Private::Private(std::string name, std::function<void(const std::stri
     }
 }
 
-Announcer::Private::~Private() {
+BonjourAnnouncer::Private::~Private() {
     avahi_threaded_poll_stop(fPoll.get());
     withdrawAll();
     disconnect();
     avahi_threaded_poll_get(fPoll.get())->timeout_free(fTimer);
 }
 
-void Announcer::Private::connect() {
+void BonjourAnnouncer::Private::connect() {
     disconnect();
     int error = 0;
     // NO_FAIL waits for a daemon that is not running yet; without a bus there is no client.
@@ -142,38 +141,38 @@ void Announcer::Private::connect() {
     onClient(client, avahi_client_get_state(client), this);
 }
 
-void Announcer::Private::disconnect() {
+void BonjourAnnouncer::Private::disconnect() {
     // Groups are freed with their client: free them first, while their pointers are valid.
     withdrawAll();
     fClient.reset();
 }
 
-void Announcer::Private::connectIn(unsigned milliseconds) {
+void BonjourAnnouncer::Private::connectIn(unsigned milliseconds) {
     fConnectPending = true;
     setTimer(milliseconds);
 }
 
-void Announcer::Private::setTimer(unsigned milliseconds) {
+void BonjourAnnouncer::Private::setTimer(unsigned milliseconds) {
     timeval when{};
     avahi_elapse_time(&when, milliseconds, 0);
     avahi_threaded_poll_get(fPoll.get())->timeout_update(fTimer, &when);
 }
 
-void Announcer::Private::publishAll() {
+void BonjourAnnouncer::Private::publishAll() {
     if (!fClient || avahi_client_get_state(fClient.get()) != AVAHI_CLIENT_S_RUNNING) {
         return;
     }
     if (!fAddress.empty() && !fHost) {
         publishHost();
     }
-    for (const AnnouncedService& service : fWanted) {
+    for (const BonjourService& service : fWanted) {
         if (!isPublished(service)) {
             publish(service);
         }
     }
 }
 
-void Announcer::Private::publish(const AnnouncedService& service) {
+void BonjourAnnouncer::Private::publish(const BonjourService& service) {
     Group group(avahi_entry_group_new(fClient.get(), onGroup, this));
     const int error = group ? addEntries(group.get(), service) : avahi_client_errno(fClient.get());
     if (error != AVAHI_OK) {
@@ -183,8 +182,8 @@ void Announcer::Private::publish(const AnnouncedService& service) {
     fPublished.push_back({service, std::move(group)});
 }
 
-int Announcer::Private::addEntries(AvahiEntryGroup* group, const AnnouncedService& service) {
-    const std::string host = fAddress.empty() ? std::string() : hostNameFor(fName);
+int BonjourAnnouncer::Private::addEntries(AvahiEntryGroup* group, const BonjourService& service) {
+    const std::string host = fAddress.empty() ? std::string() : bonjour::hostNameFor(fName);
     for (;;) {
         const int error = avahi_entry_group_add_service(
             group, AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC, AvahiPublishFlags(0), fName.c_str(),
@@ -199,26 +198,27 @@ int Announcer::Private::addEntries(AvahiEntryGroup* group, const AnnouncedServic
     }
 }
 
-void Announcer::Private::publishHost() {
+void BonjourAnnouncer::Private::publishHost() {
     AvahiAddress address{};
     avahi_address_parse(fAddress.c_str(), AVAHI_PROTO_INET, &address);
     fHost.reset(avahi_entry_group_new(fClient.get(), onGroup, this));
-    const int error = fHost ? avahi_entry_group_add_address(
-                                  fHost.get(), AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC,
-                                  AVAHI_PUBLISH_NO_REVERSE, hostNameFor(fName).c_str(), &address)
-                            : avahi_client_errno(fClient.get());
+    const int error =
+        fHost ? avahi_entry_group_add_address(fHost.get(), AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC,
+                                              AVAHI_PUBLISH_NO_REVERSE,
+                                              bonjour::hostNameFor(fName).c_str(), &address)
+              : avahi_client_errno(fClient.get());
     const int committed = error == AVAHI_OK ? avahi_entry_group_commit(fHost.get()) : error;
     if (committed != AVAHI_OK) {
         complainOnce("cannot announce the address " + fAddress + ": " + avahi_strerror(committed));
     }
 }
 
-void Announcer::Private::withdrawAll() {
+void BonjourAnnouncer::Private::withdrawAll() {
     fPublished.clear();
     fHost.reset();
 }
 
-void Announcer::Private::withdrawUnwanted() {
+void BonjourAnnouncer::Private::withdrawUnwanted() {
     const auto isUnwanted = [this](const Published& published) {
         return std::find(fWanted.begin(), fWanted.end(), published.fService) == fWanted.end();
     };
@@ -226,13 +226,13 @@ void Announcer::Private::withdrawUnwanted() {
                      fPublished.end());
 }
 
-bool Announcer::Private::isPublished(const AnnouncedService& service) const {
+bool BonjourAnnouncer::Private::isPublished(const BonjourService& service) const {
     return std::any_of(
         fPublished.begin(), fPublished.end(),
         [&service](const Published& published) { return published.fService == service; });
 }
 
-void Announcer::Private::takeAnotherName() {
+void BonjourAnnouncer::Private::takeAnotherName() {
     fName = alternativeTo(fName);
     fSay("the name is taken; announced as " + base::oneLine(fName));
     // All services have the same name, so those that did not collide are renamed, too.
@@ -240,14 +240,14 @@ void Announcer::Private::takeAnotherName() {
     publishAll();
 }
 
-void Announcer::Private::complainOnce(const std::string& trouble) {
+void BonjourAnnouncer::Private::complainOnce(const std::string& trouble) {
     if (trouble != fLastTrouble) {
         fLastTrouble = trouble;
         fSay(trouble);
     }
 }
 
-void Announcer::Private::onClient(AvahiClient* client, AvahiClientState state, void* self) {
+void BonjourAnnouncer::Private::onClient(AvahiClient* client, AvahiClientState state, void* self) {
     Private& announcer = *static_cast<Private*>(self);
     if (announcer.fClient.get() != client) {
         return;  // still within avahi_client_new(); connect() calls again
@@ -271,7 +271,8 @@ void Announcer::Private::onClient(AvahiClient* client, AvahiClientState state, v
     }
 }
 
-void Announcer::Private::onGroup(AvahiEntryGroup* group, AvahiEntryGroupState state, void* self) {
+void BonjourAnnouncer::Private::onGroup(AvahiEntryGroup* group, AvahiEntryGroupState state,
+                                        void* self) {
     Private& announcer = *static_cast<Private*>(self);
     if (state == AVAHI_ENTRY_GROUP_COLLISION) {
         announcer.fRenamePending = true;
@@ -283,7 +284,7 @@ void Announcer::Private::onGroup(AvahiEntryGroup* group, AvahiEntryGroupState st
     }
 }
 
-void Announcer::Private::onTimer(AvahiTimeout* timeout, void* self) {
+void BonjourAnnouncer::Private::onTimer(AvahiTimeout* timeout, void* self) {
     Private& announcer = *static_cast<Private*>(self);
     avahi_threaded_poll_get(announcer.fPoll.get())->timeout_update(timeout, nullptr);
     const bool connects = std::exchange(announcer.fConnectPending, false);
@@ -296,40 +297,25 @@ void Announcer::Private::onTimer(AvahiTimeout* timeout, void* self) {
     }
 }
 
-Announcer::Announcer(const std::string& name, std::function<void(const std::string&)> say)
+BonjourAnnouncer::BonjourAnnouncer(const std::string& name,
+                                   std::function<void(const std::string&)> say)
     : fPrivate(std::make_unique<Private>(name, std::move(say))) {
 }
 
-Announcer::~Announcer() = default;
+BonjourAnnouncer::~BonjourAnnouncer() = default;
 
-void Announcer::announce(const std::vector<AnnouncedService>& services) {
+void BonjourAnnouncer::announce(const std::vector<BonjourService>& services) {
     const PollLock lock(fPrivate->fPoll.get());
     fPrivate->fWanted = services;
     fPrivate->withdrawUnwanted();
     fPrivate->publishAll();
 }
 
-void Announcer::setAddress(const std::string& address) {
+void BonjourAnnouncer::setAddress(const std::string& address) {
     const PollLock lock(fPrivate->fPoll.get());
     fPrivate->fAddress = address;
     fPrivate->withdrawAll();
     fPrivate->publishAll();
 }
 
-std::string hostNameFor(const std::string& name) {
-    std::string label;
-    for (const char c : name) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x80 && std::isalnum(byte) != 0) {
-            label += c;
-        } else if (!label.empty() && label.back() != '-') {
-            label += '-';
-        }
-    }
-    while (!label.empty() && label.back() == '-') {
-        label.pop_back();
-    }
-    return (label.empty() ? "robot" : label) + ".local";
-}
-
-}  // namespace robot
+}  // namespace KV

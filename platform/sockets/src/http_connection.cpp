@@ -1,4 +1,4 @@
-#include "web/web_connection.h"
+#include "http_connection.h"
 
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/write.hpp>
@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace robot {
+namespace sockets {
 
 namespace {
 
@@ -21,23 +21,42 @@ constexpr std::chrono::minutes a_timeToHang(10);
 constexpr std::uint32_t a_longestHead = 8192;
 constexpr std::uint64_t a_piece = 65536;
 
+/** Returns the path without its query. */
+std::string pathOf(const std::string& target) {
+    std::string path = target.substr(0, target.find('?'));
+    // Clients that join an address and an absolute path with a slash ask for "//media/...".
+    return path.rfind("//", 0) == 0 ? path.substr(1) : path;
+}
+
+HttpAnswer answerTo(const HttpServer::Answer& answerTo, const std::string& method,
+                    const std::string& target) {
+    if (method != "GET" && method != "HEAD") {
+        return HttpAnswer::failure(405, "Only GET and HEAD are answered here.");
+    }
+    HttpAnswer answer = answerTo(pathOf(target));
+    if (method == "HEAD") {
+        answer.fBody.clear();
+    }
+    return answer;
+}
+
 }  // namespace
 
-WebConnection::WebConnection(boost::asio::ip::tcp::socket socket, const WebSite& site,
-                             std::function<void()> closed)
+HttpConnection::HttpConnection(boost::asio::ip::tcp::socket socket,
+                               const HttpServer::Answer& answer, std::function<void()> closed)
     : fStream(std::move(socket)),
-      fSite(site),
+      fAnswerTo(answer),
       fClosed(std::move(closed)),
       fPace(fStream.get_executor()),
       fBuffer(a_longestHead) {
     fParser.header_limit(a_longestHead);
 }
 
-WebConnection::~WebConnection() {
+HttpConnection::~HttpConnection() {
     fClosed();
 }
 
-void WebConnection::start() {
+void HttpConnection::start() {
     // One deadline for the whole request, so that a client that sends it byte by byte is
     // disconnected.
     fStream.expires_after(a_timeToAsk);
@@ -50,20 +69,20 @@ void WebConnection::start() {
                 return;
             }
             const auto& request = self->fParser.get();
-            self->xAnswer(error ? WebSite::badRequest()
-                                : self->fSite.answer(std::string(request.method_string()),
-                                                     std::string(request.target())));
+            self->xAnswer(error ? HttpAnswer::failure(400, "This is not an HTTP request.")
+                                : answerTo(self->fAnswerTo, std::string(request.method_string()),
+                                           std::string(request.target())));
         });
 }
 
-void WebConnection::close() {
+void HttpConnection::close() {
     fIsWaitingForRequest = false;
     fStream.close();
 }
 
-void WebConnection::xAnswer(WebAnswer answer) {
+void HttpConnection::xAnswer(HttpAnswer answer) {
     fAnswer = std::move(answer);
-    if (fAnswer.fPace == WebPace::Never) {
+    if (fAnswer.fPace == HttpPace::Never) {
         xLinger(a_timeToHang);
         return;
     }
@@ -72,7 +91,7 @@ void WebConnection::xAnswer(WebAnswer answer) {
     xSend();
 }
 
-void WebConnection::xSend() {
+void HttpConnection::xSend() {
     boost::asio::async_write(fStream, boost::asio::buffer(fOutput),
                              [self = shared_from_this()](const error_code& error, std::size_t) {
                                  if (!error) {
@@ -81,25 +100,25 @@ void WebConnection::xSend() {
                              });
 }
 
-void WebConnection::xSendMore() {
+void HttpConnection::xSendMore() {
     if (!xTakeOutput()) {
         error_code ignored;
         fStream.socket().shutdown(boost::asio::ip::tcp::socket::shutdown_send, ignored);
         xLinger(a_timeToClose);
-    } else if (fAnswer.fPace == WebPace::ByteASecond) {
+    } else if (fAnswer.fPace == HttpPace::ByteASecond) {
         xWaitForNextByte();
     } else {
         xSend();
     }
 }
 
-bool WebConnection::xTakeOutput() {
+bool HttpConnection::xTakeOutput() {
     const std::uint64_t left = fAnswer.fLength - fBodyTaken;
     if (left == 0 || fAnswer.fBody.empty()) {
         return false;
     }
     const std::uint64_t wanted =
-        fAnswer.fPace == WebPace::ByteASecond ? 1 : std::min(left, a_piece);
+        fAnswer.fPace == HttpPace::ByteASecond ? 1 : std::min(left, a_piece);
     fOutput.clear();
     while (fOutput.size() < wanted) {
         const std::uint64_t from = (fBodyTaken + fOutput.size()) % fAnswer.fBody.size();
@@ -109,7 +128,7 @@ bool WebConnection::xTakeOutput() {
     return true;
 }
 
-void WebConnection::xWaitForNextByte() {
+void HttpConnection::xWaitForNextByte() {
     fPace.expires_after(std::chrono::seconds(1));
     fPace.async_wait([self = shared_from_this()](const error_code& error) {
         if (!error) {
@@ -119,12 +138,12 @@ void WebConnection::xWaitForNextByte() {
     });
 }
 
-void WebConnection::xLinger(std::chrono::seconds longest) {
+void HttpConnection::xLinger(std::chrono::seconds longest) {
     fStream.expires_after(longest);
     xDiscardInput();
 }
 
-void WebConnection::xDiscardInput() {
+void HttpConnection::xDiscardInput() {
     fStream.async_read_some(boost::asio::buffer(fDiscarded),
                             [self = shared_from_this()](const error_code& error, std::size_t) {
                                 if (!error) {
@@ -133,4 +152,4 @@ void WebConnection::xDiscardInput() {
                             });
 }
 
-}  // namespace robot
+}  // namespace sockets

@@ -1,7 +1,5 @@
-#ifndef OBVISTA_ROBOT_WEB_WEB_CONNECTION_H
-#define OBVISTA_ROBOT_WEB_WEB_CONNECTION_H
-
-#include "web/web_site.h"
+#ifndef SOCKETS_HTTP_CONNECTION_H
+#define SOCKETS_HTTP_CONNECTION_H
 
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/steady_timer.hpp>
@@ -14,28 +12,29 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <sockets/http_server.h>
 #include <string>
 
-namespace robot {
+namespace sockets {
 
 /**
- * One client of the web server: it sends one request, receives its answer, and the connection is
+ * One client of an HTTP server: it sends one request, receives its answer, and the connection is
  * closed. The object owns itself while an operation is pending. All on the server's thread.
  *
  * Requests are read by Boost.Beast. Answers are written without its serializer, as the faulty ones
  * are bodies that it cannot send: one byte a second, or a few bytes repeated up to 64 MiB.
  */
-class WebConnection : public std::enable_shared_from_this<WebConnection> {
+class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
   public:
     /**
-     * @param site must outlive the connection
+     * @param answer returns the answers; must outlive the connection
      * @param closed called by the destructor
      */
-    WebConnection(boost::asio::ip::tcp::socket socket, const WebSite& site,
-                  std::function<void()> closed);
-    ~WebConnection();
-    WebConnection(const WebConnection&) = delete;
-    WebConnection& operator=(const WebConnection&) = delete;
+    HttpConnection(boost::asio::ip::tcp::socket socket, const HttpServer::Answer& answer,
+                   std::function<void()> closed);
+    ~HttpConnection();
+    HttpConnection(const HttpConnection&) = delete;
+    HttpConnection& operator=(const HttpConnection&) = delete;
 
     void start();
 
@@ -45,7 +44,7 @@ class WebConnection : public std::enable_shared_from_this<WebConnection> {
     void close();
 
   private:
-    void xAnswer(WebAnswer answer);
+    void xAnswer(HttpAnswer answer);
     void xSend();
     void xSendMore();
     bool xTakeOutput();
@@ -58,18 +57,18 @@ class WebConnection : public std::enable_shared_from_this<WebConnection> {
     void xDiscardInput();
 
     boost::beast::tcp_stream fStream;
-    const WebSite& fSite;
+    const HttpServer::Answer& fAnswerTo;
     std::function<void()> fClosed;
     boost::asio::steady_timer fPace;
     boost::beast::flat_buffer fBuffer;
     boost::beast::http::request_parser<boost::beast::http::empty_body> fParser;
-    WebAnswer fAnswer;
+    HttpAnswer fAnswer;
     std::uint64_t fBodyTaken = 0;  // bytes of the body that have been copied to fOutput
     bool fIsWaitingForRequest = true;
     std::string fOutput;
     std::array<char, 1024> fDiscarded{};
 };
 
-}  // namespace robot
+}  // namespace sockets
 
 #endif
