@@ -385,6 +385,37 @@ TEST_F(Commands, ARobotOfAnotherVersionIsReported) {
     expectFailure(6, "version", runTool({"ping", place}));
 }
 
+TEST_F(Commands, ARobotThatOffersLessIsUsedAsFarAsPossible) {
+    ChildProcess lesser({builtFile("tests/lesser_robot")});
+    ASSERT_TRUE(lesser.waitForOutput("\n")) << lesser.errors();
+    const std::string said = lesser.output();
+    const std::string place =
+        "127.0.0.1:" + std::to_string(std::stoi(said.substr(said.rfind(' '))));
+
+    // Values without methods are read by subscription.
+    const ToolResult one = runTool({"get", place, "Joint/1"});
+    EXPECT_EQ("1.5\n", one.fOutput) << one.fErrors;
+    const ToolResult all = runTool({"get", place, "Joint/*", "Robot/Name"});
+    EXPECT_EQ("Joint/0 0.5\nJoint/1 1.5\nJoint/2 2.5\nRobot/Name lesser\n", all.fOutput);
+    EXPECT_EQ(0, all.fStatus);
+    EXPECT_THAT(all.fErrors, IsEmpty());
+    expectFailure(8, "no key named Nosuch", runTool({"get", place, "Nosuch"}));
+    expectFailure(8, "no method named setData", runTool({"set", place, "Joint/1", "0.25"}));
+
+    // A module that has neither is said to lack the method, by name.
+    EXPECT_EQ("a's value\n", runTool({"get", "--module", "KVCalls", place, "a"}).fOutput);
+    expectFailure(8, "no method named getDataList",
+                  runTool({"get", "--module", "KVCalls", place, "*"}));
+
+    // A camera that is not listed is watched by its name.
+    const ToolResult picture = runTool({"snapshot", place, "eye", "-o", "-", "--format", "pgm"});
+    EXPECT_EQ("P5\n4 2\n255\n" + std::string(8, '\xc8'), picture.fOutput);
+    EXPECT_EQ(0, picture.fStatus);
+    expectFailure(8, "no method named getCameras", runTool({"snapshot", place, "--list"}));
+    expectFailure(8, "give CAMERA", runTool({"snapshot", place}));
+    expectFailure(8, "no camera of that name", runTool({"snapshot", place, "nose"}));
+}
+
 TEST_F(Commands, ALostRobotEndsTheWatch) {
     RobotProcess robot;
     ChildProcess watch(toolCommand({"watch", placeOf(robot), "*"}));

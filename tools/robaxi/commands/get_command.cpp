@@ -85,7 +85,7 @@ class GetCommand : public Command {
 
     ExitStatus run(const std::vector<std::string>& given, Surroundings& surroundings) override {
         const RobotLink link(given[0], fTimeout, surroundings.fInterruption);
-        MemoryModule memory(link, fModule);
+        MemoryModule memory(link, fModule, surroundings.fInterruption);
         const bool isSingle = given.size() == 2 && !isPattern(given[1]);
         Console& console = surroundings.fConsole;
         ExitStatus status = ExitStatus::Success;

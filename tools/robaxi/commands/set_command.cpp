@@ -24,7 +24,7 @@ class SetCommand : public Command {
     ExitStatus run(const std::vector<std::string>& given, Surroundings& surroundings) override {
         const KVValue value = parseLiteral(given[2]);
         const RobotLink link(given[0], fTimeout, surroundings.fInterruption);
-        MemoryModule memory(link, fModule);
+        MemoryModule memory(link, fModule, surroundings.fInterruption);
         try {
             memory.setValue(given[1], value);
         } catch (const KVError& error) {

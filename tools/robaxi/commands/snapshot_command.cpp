@@ -61,7 +61,7 @@ class SnapshotCommand : public Command {
         const std::optional<PictureFormat> format = xChosenFormat();
         xCheckOptions(surroundings.fConsole);
         const RobotLink link(given[0], fTimeout, surroundings.fInterruption);
-        const auto cameras = camerasOf(link.module(fModule)->callValue("getCameras", {}));
+        const Cameras cameras = xCameras(link, given);
         if (fList) {
             for (const picture::CameraInfo& camera : cameras) {
                 surroundings.fConsole.print(fJson ? jsonOfCamera(camera) : textOfCamera(camera));
@@ -80,6 +80,24 @@ class SnapshotCommand : public Command {
     }
 
   private:
+    /** Returns the camera that the user names, without settings, if the robot cannot list them. */
+    Cameras xCameras(const RobotLink& link, const std::vector<std::string>& given) const {
+        try {
+            return camerasOf(link.module(fModule)->callValue("getCameras", {}));
+        } catch (const KVError& error) {
+            if (error.cause() != KVError::Cause::NoSuchMethod) {
+                throw;
+            }
+            if (fList || given.size() < 2) {
+                throw Failure(ExitStatus::NotOffered,
+                              error.toString() + " It can be watched by name: give CAMERA.");
+            }
+            picture::CameraInfo camera;
+            camera.fName = given[1];
+            return {camera};
+        }
+    }
+
     std::optional<PictureFormat> xChosenFormat() const {
         if (!fFormatName.empty()) {
             return parseFormat(fFormatName);

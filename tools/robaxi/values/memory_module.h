@@ -3,26 +3,40 @@
 
 #include "command_line/options.h"
 #include "network/robot_link.h"
+#include "values/value_snapshot.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace robaxi_tool {
 
-/** A robot's module that stores values by key. */
+/**
+ * A robot's module that stores values by key. Without the methods for reading, its values are those
+ * of a subscription at the first request.
+ */
 class MemoryModule {
   public:
     /** @throws KVError if the robot has no such module */
-    MemoryModule(const RobotLink& link, const std::string& name);
+    MemoryModule(const RobotLink& link, const std::string& name, Interruption& interruption);
 
-    /** @throws KVError */
+    /** @throws KVError, Failure, Interrupted */
     std::vector<std::string> keys();
     KVValue value(const std::string& key);
     void setValue(const std::string& key, const KVValue& value);
 
   private:
+    /** Returns true if a call of the method is better than a subscription. */
+    bool xHas(const std::string& method) const;
+    const Values& xSubscribed();
+
+    const RobotLink& fLink;
+    const std::string fName;
+    Interruption& fInterruption;
     std::unique_ptr<KVProxy> fProxy;
+    KVModuleInfo fInfo;
+    std::optional<Values> fValues;  // after the first request for them
 };
 
 /** Adds "--module"; the default is "KVMemory". */

@@ -1,0 +1,66 @@
+#include "values/value_snapshot.h"
+
+#include <utility>
+
+namespace robaxi_tool {
+
+void ValueSnapshot::keysAdded(const std::vector<KVKeyInfo>& keys) {
+    {
+        const std::lock_guard lock(fMutex);
+        fHasTable = true;
+        for (const KVKeyInfo& key : keys) {
+            fWaiting[key.fId] = key.fName;
+            fNames[key.fId] = key.fName;
+        }
+    }
+    fBell.ring();
+}
+
+void ValueSnapshot::keysRemoved(const std::vector<std::uint32_t>& ids) {
+    {
+        const std::lock_guard lock(fMutex);
+        for (const std::uint32_t id : ids) {
+            fWaiting.erase(id);
+            const auto removed = fNames.extract(id);
+            if (removed) {
+                fValues.erase(removed.mapped());
+            }
+        }
+    }
+    fBell.ring();
+}
+
+void ValueSnapshot::valuesChanged(const std::vector<KVChange>& changes) {
+    {
+        const std::lock_guard lock(fMutex);
+        for (const KVChange& change : changes) {
+            fWaiting.erase(change.fId);
+            fValues[fNames[change.fId]] = change.fValue;
+        }
+    }
+    fBell.ring();
+}
+
+void ValueSnapshot::ended(const KVError& error) {
+    {
+        const std::lock_guard lock(fMutex);
+        fEnd = error;
+    }
+    fBell.ring();
+}
+
+std::optional<Values> ValueSnapshot::wait(Clock::time_point deadline) {
+    const bool isOver = fBell.waitUntil(deadline, [this] { return xIsOver(); });
+    const std::lock_guard lock(fMutex);
+    if (fEnd) {
+        throw KVError(*fEnd);
+    }
+    return isOver ? std::make_optional(std::move(fValues)) : std::nullopt;
+}
+
+bool ValueSnapshot::xIsOver() const {
+    const std::lock_guard lock(fMutex);
+    return fEnd || (fHasTable && fWaiting.empty());
+}
+
+}  // namespace robaxi_tool

@@ -1,0 +1,52 @@
+#ifndef OBVISTA_TOOLS_ROBAXI_VALUES_VALUE_SNAPSHOT_H
+#define OBVISTA_TOOLS_ROBAXI_VALUES_VALUE_SNAPSHOT_H
+
+#include "process/bell.h"
+
+#include <robaxi/kv_subscription.h>
+
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace robaxi_tool {
+
+/** Values by key. */
+using Values = std::map<std::string, KVValue>;
+
+/** Collects the current values of all keys of a subscription, each once. */
+class ValueSnapshot : public KVSubscription::Listener {
+  public:
+    /** @param bell rung when the values are complete, or the subscription has ended */
+    explicit ValueSnapshot(Bell& bell) : fBell(bell) {}
+
+    void keysAdded(const std::vector<KVKeyInfo>& keys) override;
+    void keysRemoved(const std::vector<std::uint32_t>& ids) override;
+    void valuesChanged(const std::vector<KVChange>& changes) override;
+    void ended(const KVError& error) override;
+
+    /**
+     * Waits until all keys have a value. A robot sends its whole table before the first value.
+     *
+     * @return nothing at the deadline
+     * @throws KVError if the robot has ended the subscription; Interrupted
+     */
+    std::optional<Values> wait(Clock::time_point deadline);
+
+  private:
+    bool xIsOver() const;
+
+    Bell& fBell;
+    mutable std::mutex fMutex;  ///< guards the following members
+    bool fHasTable = false;
+    std::map<std::uint32_t, std::string> fWaiting;  ///< keys without a value
+    std::map<std::uint32_t, std::string> fNames;
+    Values fValues;
+    std::optional<KVError> fEnd;
+};
+
+}  // namespace robaxi_tool
+
+#endif
