@@ -25,6 +25,7 @@ class Announcer:
         self.name = name
         self._services = services
         self._group: Optional[str] = None
+        self._subscriptions: List[int] = []
         self._context: Any = None
         self._loop: Any = None
         self._is_ready = threading.Event()
@@ -60,15 +61,20 @@ class Announcer:
             _log.warning("not announced yet: there is no Avahi daemon")
         self._is_ready.set()
         self._loop.run()
-        context.pop_thread_default()
+        for subscription in self._subscriptions:
+            self._bus.signal_unsubscribe(subscription)
         # The daemon withdraws what a connection has announced.
         self._bus.close_sync(None)
+        # Subscriptions are only released by their context.
+        while context.iteration(False):
+            pass
+        context.pop_thread_default()
 
     def _subscribe(self, sender: Optional[str], interface: str, signal: str, handle: Any,
                    argument: Optional[str] = None) -> None:
-        self._bus.signal_subscribe(sender, interface, signal, None, argument,
-                                   self._Gio.DBusSignalFlags.NONE,
-                                   lambda _b, _s, path, _i, _n, values: handle(path, values))
+        self._subscriptions.append(self._bus.signal_subscribe(
+            sender, interface, signal, None, argument, self._Gio.DBusSignalFlags.NONE,
+            lambda _b, _s, path, _i, _n, values: handle(path, values)))
 
     def _call(self, path: str, interface: str, method: str, arguments: Any = None) -> Any:
         result = self._bus.call_sync(AVAHI, path, interface, method, arguments, None,

@@ -91,6 +91,8 @@ class _Search:
         # (name, type, interface, protocol) of sightings; one of a service may be without an answer.
         self._resolving: Set[Tuple[str, str, int, int]] = set()
         self._listing: Set[str] = set()
+        self._cancellable: Any = None
+        self._waiting = 0  # calls without an answer
         self._browsers: Dict[str, str] = {}
 
     def found(self) -> List[Announced]:
@@ -109,10 +111,12 @@ class _Search:
         end = time.monotonic() + timeout
         # Signals are delivered to the context of the thread, which is not the program's.
         Gio, GLib, _ = modules = open_bus()
+        self._cancellable = Gio.Cancellable.new()
         context = GLib.MainContext.new()
         context.push_thread_default()
+        subscription = 0
         try:
-            self._start(modules)
+            subscription = self._start(modules)
             timer = GLib.timeout_source_new(20)
             timer.set_callback(lambda *_: True)
             timer.attach(context)
@@ -124,18 +128,27 @@ class _Search:
         except GLib.Error as error:
             raise unusable(f"the Avahi daemon does not answer ({error.message})") from None
         finally:
+            # Calls that wait, and the subscription, are only released by their context.
+            self._cancellable.cancel()
+            while self._waiting:
+                context.iteration(True)
+            if subscription:
+                modules[2].signal_unsubscribe(subscription)
+            modules[2].close_sync(None)
+            while context.iteration(False):
+                pass
             context.pop_thread_default()
-            modules[2].close(None, None)
 
     def _is_complete(self) -> bool:
         return bool(self._browsers) and not self._listing and all(
             sighting[:2] in self._services for sighting in self._resolving)
 
-    def _start(self, modules: Tuple[Any, Any, Any]) -> None:
+    def _start(self, modules: Tuple[Any, Any, Any]) -> int:
+        """Returns the subscription to signals."""
         Gio, GLib, bus = modules
         # Before the browsers, whose first signals may come before the answers.
-        bus.signal_subscribe(AVAHI, f"{AVAHI}.ServiceBrowser", None, None, None,
-                             Gio.DBusSignalFlags.NONE, self._on_signal, modules)
+        subscription = bus.signal_subscribe(AVAHI, f"{AVAHI}.ServiceBrowser", None, None, None,
+                                            Gio.DBusSignalFlags.NONE, self._on_signal, modules)
         for kind in (ROBAXI, ROBAX):
             path = bus.call_sync(
                 AVAHI, "/", SERVER, "ServiceBrowserNew",
@@ -143,6 +156,7 @@ class _Search:
                 Gio.DBusCallFlags.NO_AUTO_START, 5000, None).unpack()[0]
             self._browsers[path] = kind
             self._listing.add(path)
+        return int(subscription)
 
     def _on_signal(self, bus: Any, _sender: str, path: str, _interface: str, signal: str,
                    arguments: Any, modules: Tuple[Any, Any, Any]) -> None:
@@ -157,17 +171,19 @@ class _Search:
                     len(self._services) + len(self._resolving) >= _MOST:
                 return
             self._resolving.add(sighting)
+            self._waiting += 1
             Gio, GLib, _ = modules
             bus.call(AVAHI, "/", SERVER, "ResolveService",
                      GLib.Variant("(iisssiu)", (interface, protocol, name, kind, domain, _IPV4, 0)),
-                     None, Gio.DBusCallFlags.NO_AUTO_START, 10000, None, self._on_resolved,
-                     (sighting, GLib))
+                     None, Gio.DBusCallFlags.NO_AUTO_START, 10000, self._cancellable,
+                     self._on_resolved, (sighting, GLib))
         elif signal == "ItemRemove":
             _, _, name, kind, _, _ = arguments.unpack()
             self._services.pop((name, kind), None)
 
     def _on_resolved(self, bus: Any, result: Any, data: Tuple[Any, Any]) -> None:
         sighting, GLib = data
+        self._waiting -= 1
         self._resolving.discard(sighting)
         try:
             resolved = bus.call_finish(result).unpack()

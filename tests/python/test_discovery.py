@@ -1,5 +1,6 @@
 """Announced robots and computers, in lab/run with robot1, robot2 and computer1."""
 
+import gc
 import os
 import pathlib
 import subprocess
@@ -8,7 +9,7 @@ import pytest
 
 import robaxi
 from conftest import PATIENCE, eventually
-from robaxi import Announced, Cause
+from robaxi import Announced, Cause, discovery
 
 LAB_CTL = pathlib.Path(os.environ["OBVISTA_SOURCE_DIR"]) / "lab/ctl"
 
@@ -36,6 +37,19 @@ def test_a_robot_is_reached_by_each_of_its_names():
         with robaxi.Robot(name, timeout=PATIENCE) as robot:
             assert robot.address == "10.77.1.1"
             assert 0 <= robot.memory["Battery/Charge"] <= 100
+
+
+def test_searches_and_announcements_leave_nothing_open():
+    def use():
+        assert discovery.find("robot1", PATIENCE).address == "10.77.1.1"
+        with robaxi.Server("brief", port=0, settings=robaxi.Settings()):
+            pass
+        gc.collect()
+        return len(os.listdir("/proc/self/fd"))
+
+    use()
+    before = use()
+    assert [use() for _ in range(4)] == [before] * 4
 
 
 def test_the_announced_port_is_used():
