@@ -153,6 +153,11 @@ class Table(MutableMapping[str, Any]):
                 raise Error(Cause.RAISED_BY_MODULE, str(error) or repr(error)) from error
         self[name] = value
 
+    @property
+    def watchers(self) -> int:
+        """Number of subscriptions of programs."""
+        return len(self._observers)
+
     def names(self, prefix: str = "") -> List[str]:
         with self._lock:
             return [name for name in self._order if name.startswith(prefix)]
