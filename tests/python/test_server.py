@@ -279,7 +279,8 @@ def test_cameras_have_modes(serve, connect):
     for settings, text in [
         ({"width": 100}, "The camera head cannot do 100x240 pixels; it can do 320x240, 160x120."),
         ({"format": "jpeg"}, "cannot do the format jpeg at 320x240 pixels; it can do rgb, grey."),
-        ({"rate": 1.0}, "it can do 10, 5."), ({"format": "rgb"}, "cannot do 5 frames a second"), ({"zoom": 1}, "has no setting 'zoom'"),
+        ({"rate": 1.0}, "it can do 10, 5."), ({"format": "rgb"}, "cannot do 5 frames a second"),
+        ({"zoom": 1}, "has no setting 'zoom'"),
         ({"width": "a"}, "cannot take this width"),
     ]:
         assert text in str(error_of(camera.set, **settings))
