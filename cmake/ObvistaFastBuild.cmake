@@ -10,9 +10,10 @@ endif()
 if(OBVISTA_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
     # Make clones in other folders hit the cache: paths below the project become relative, and the compiler's
     # working folder is ignored. Precompiled headers need the sloppiness: they are identified by their
-    # content, and no file of the project uses __TIME__ or __DATE__.
+    # content, and no file of the project uses __TIME__ or __DATE__. With the inode cache a header is hashed
+    # once, and not for every object: the precompiled ones have 240 MB, a third of a second for each.
     set(CMAKE_CXX_COMPILER_LAUNCHER /usr/bin/env
-        "CCACHE_BASEDIR=${CMAKE_SOURCE_DIR}" CCACHE_NOHASHDIR=1
+        "CCACHE_BASEDIR=${CMAKE_SOURCE_DIR}" CCACHE_NOHASHDIR=1 CCACHE_INODECACHE=1
         CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
         "${OBVISTA_CCACHE}")
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT CMAKE_DISABLE_PRECOMPILE_HEADERS)
