@@ -229,6 +229,7 @@ TEST_F(VideoModule, framesAreMadeWhileTheCameraIsWatched) {
     EXPECT_TRUE(hasBytesOf(frame, frame.fNumber));
     stream->stop();
     EXPECT_TRUE(fWatched.waitFor({true, false}));
+    fVideo->removeCamera("small");  // its function uses a variable of the test
     for (std::size_t i = 1; i < frames.fNumbers.size(); ++i) {
         EXPECT_GT(frames.fNumbers[i], frames.fNumbers[i - 1]);
     }
@@ -251,6 +252,7 @@ TEST_F(VideoModule, theFirstFrameIsMadeAtOnceAfterEachRest) {
         ASSERT_TRUE(fWatched.waitForRest());
         EXPECT_EQ(made, rest);
     }
+    fVideo->removeCamera("small");  // its function uses a variable of the test
 }
 
 TEST_F(VideoModule, aLowRateGivesWayToAHighOneAtOnce) {
@@ -327,6 +329,7 @@ TEST_F(VideoModule, aRemovedCameraEndsItsStreamAndRests) {
     const auto second = watch("small", again);
     EXPECT_TRUE(again.waitUntil([&] { return again.fLast.has_value(); }));
     second->stop();
+    fVideo->removeCamera("small");  // its function uses a variable of the test
 }
 
 TEST_F(VideoModule, refusesACameraThatCannotBe) {
