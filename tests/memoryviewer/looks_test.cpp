@@ -106,6 +106,8 @@ class LooksTest : public QObject {
     void showsValuesInNarrowDocks();
     void cutsNoNamesWhileOtherColumnsHaveRoom();
     void keepsValuesNearNamesInWideDocks();
+    void keepsTheFilterWideEnoughForWords();
+    void givesTheWatchListTheRoomOfItsRows();
     void fitsItsColumnsToAnotherFont();
     void keepsWidthsThatWereChosen();
 
@@ -374,6 +376,40 @@ void LooksTest::keepsValuesNearNamesInWideDocks() {
     fRobot->set("Joint/LeftShoulderPitchOfTheRobot/Temperature", 30);
     QTRY_VERIFY(indexOf(fViewer, "Joint/LeftShoulderPitchOfTheRobot").isValid());
     QTRY_COMPARE(xSection(0).width(), xRoomOfNames());
+}
+
+void LooksTest::keepsTheFilterWideEnoughForWords() {
+    constexpr int characters = 16;
+    const auto* filter = xPart<QLineEdit>("memoryFilter");
+    const auto* pause = xPart<QAbstractButton>("memoryPause");
+    const auto isBeside = [&] { return filter->y() < pause->geometry().bottom(); };
+    xSetWidth(800);
+    QTRY_VERIFY(isBeside());
+    QFont font = fFont;
+    font.setPointSizeF(1.75 * fFont.pointSizeF());
+    QApplication::setFont(font);
+    xSetWidth(420);
+    QTRY_VERIFY(filter->geometry().bottom() < pause->y());
+    QVERIFY(filter->width() >= characters * filter->fontMetrics().averageCharWidth());
+    QVERIFY(pause->geometry().right() < fViewer->width());
+}
+
+void LooksTest::givesTheWatchListTheRoomOfItsRows() {
+    auto* watch = xPart<QTreeView>("memoryWatch");
+    const int empty = watch->height();
+    xChoose("Robot/Mode");
+    QTest::keyClick(xTree(), Qt::Key_D, Qt::ControlModifier);
+    QTRY_COMPARE(watch->model()->rowCount(), 1);
+    QCOMPARE(watch->height(), empty);
+    for (int key = 0; key < 3; ++key) {
+        const QString path = QStringLiteral("Robot/Part%1").arg(key);
+        fRobot->set(path.toStdString(), key);
+        QTRY_VERIFY(indexOf(fViewer, path).isValid());
+        xChoose(qPrintable(path));
+        QTest::keyClick(xTree(), Qt::Key_D, Qt::ControlModifier);
+    }
+    QTRY_COMPARE(watch->model()->rowCount(), 4);
+    QTRY_VERIFY(watch->height() >= 2 * empty);
 }
 
 void LooksTest::fitsItsColumnsToAnotherFont() {

@@ -6,6 +6,8 @@
 #include <QLabel>
 #include <QMainWindow>
 #include <QPointer>
+#include <QScreen>
+#include <QScrollBar>
 #include <QShortcut>
 #include <QTreeWidget>
 #include <QtTest>
@@ -77,6 +79,7 @@ class DockTest : public QObject {
     void isNotClosedByKeyboardWhereTheDockForbidsIt();
     void floatsByKeyboardAndKeepsTheFocus();
     void listsTheKeysOfTheViewerWithTheFocus();
+    void showsTheListOfKeysOnTheScreen();
 
   private:
     void xPress(const QWidget* viewer, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
@@ -182,6 +185,30 @@ void DockTest::listsTheKeysOfTheViewerWithTheFocus() {
     }
     QTest::keyClick(listOf(fOther), Qt::Key_Escape);
     QTRY_VERIFY(listOf(fOther) == nullptr);
+}
+
+void DockTest::showsTheListOfKeysOnTheScreen() {
+    const QFont font = QApplication::font();
+    for (const double scale : {1.0, 3.0}) {
+        QFont scaled = font;
+        scaled.setPointSizeF(scale * font.pointSizeF());
+        QApplication::setFont(scaled);
+        QVERIFY(QTest::qWaitForWindowActive(&fDriver->window()));
+        aControlOf(fDock->widget())->setFocus();
+        xPress(fDock->widget(), Qt::Key_F1);
+        QPointer<QDialog> list;
+        QTRY_VERIFY((list = fDock->widget()->findChild<QDialog*>(QStringLiteral("keyList"))));
+        QVERIFY(QTest::qWaitForWindowExposed(list));
+        const QSize screen = list->screen()->availableGeometry().size();
+        QTRY_VERIFY(list->frameGeometry().height() > list->height());
+        QVERIFY(list->frameGeometry().size().boundedTo(screen) == list->frameGeometry().size());
+        const auto* rows = list->findChild<QTreeWidget*>();
+        const bool isWhole = rows->verticalScrollBar()->maximum() == 0;
+        QVERIFY(isWhole || list->height() > screen.height() * 4 / 5);
+        QTest::keyClick(list.data(), Qt::Key_Escape);
+        QTRY_VERIFY(list == nullptr);
+    }
+    QApplication::setFont(font);
 }
 
 OBVISTA_QTEST_MAIN(DockTest)

@@ -9,6 +9,8 @@
 #include <QLabel>
 #include <QStackedLayout>
 
+#include <utility>
+
 namespace memoryviewer {
 
 namespace {
@@ -23,7 +25,8 @@ MemoryPanes::MemoryPanes(KeyTreeView* tree, WatchView* watchView, PlotPanel* plo
       fWatchView(watchView),
       fPlots(plots),
       fPages(new QStackedLayout),
-      fMessage(obvista::makeMessage("memoryMessage", this)) {
+      fMessage(obvista::makeMessage("memoryMessage", this)),
+      fWatchHeight(fWatchView->sizeHint().height()) {
     auto* keys = new QWidget(this);
     keys->setLayout(fPages);
     keys->setMinimumHeight(a_leastLines * fontMetrics().height());
@@ -58,14 +61,11 @@ void MemoryPanes::showPlots(bool isShown) {
     setSizes({height() - watched - plots, watched, plots});
 }
 
-void MemoryPanes::setWatchListEmpty(bool isEmpty) {
-    if (isEmpty == fIsWatchListEmpty) {
-        return;
-    }
-    fIsWatchListEmpty = isEmpty;
+void MemoryPanes::fitWatchList() {
+    const int wanted = fWatchView->sizeHint().height();
+    const int more = wanted - std::exchange(fWatchHeight, wanted);
     const QList<int> now = sizes();
-    const int more = fWatchView->sizeHint().height() - now[1];
-    if (now[0] > more) {
+    if (more != 0 && now[0] > more) {
         setSizes({now[0] - more, now[1] + more, now[2]});
     }
 }

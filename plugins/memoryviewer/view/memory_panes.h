@@ -23,8 +23,8 @@ class MemoryPanes : public QSplitter {
     void setMessage(const QString& message);
     bool isTreeShown() const;
     void showPlots(bool isShown);
-    /** The watch list is short while it is empty; the tree gives and takes the difference. */
-    void setWatchListEmpty(bool isEmpty);
+    /** The watch list grows with its first rows; the tree gives and takes the difference. */
+    void fitWatchList();
 
   private:
     KeyTreeView* fTree;
@@ -32,7 +32,7 @@ class MemoryPanes : public QSplitter {
     PlotPanel* fPlots;
     QStackedLayout* fPages;
     QLabel* fMessage;
-    bool fIsWatchListEmpty = true;
+    int fWatchHeight;  ///< preferred height of the watch list
 };
 
 }  // namespace memoryviewer

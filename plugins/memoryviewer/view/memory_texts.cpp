@@ -105,7 +105,7 @@ QString noticeFor(const ViewerSituation& situation) {
 }
 
 QString statusFor(const ViewerSituation& situation) {
-    QStringList parts{situation.fRobot, keysText(situation), activityText(situation)};
+    QStringList parts{keysText(situation), activityText(situation)};
     if (situation.isLive() && situation.fRoundTrip >= 0) {
         const double milliseconds = situation.fRoundTrip * a_millisecondsInSecond;
         parts +=

@@ -13,7 +13,6 @@ namespace memoryviewer {
 struct ViewerSituation : MemorySituation {
     explicit ViewerSituation(const MemorySituation& memory) : MemorySituation(memory) {}
 
-    QString fRobot;          ///< name and address, plain text
     QString fFilter;         ///< as typed
     QString fFilterFault;    ///< the error in the filter; empty if there is none
     QString fPausedSince;    ///< a time of day; empty if it is not paused

@@ -11,6 +11,7 @@
 
 #include <array>
 #include <cstdlib>
+#include <initializer_list>
 
 namespace memoryviewer {
 
@@ -19,11 +20,17 @@ namespace {
 constexpr std::array<int, 6> a_rates{1, 2, 5, 10, 20, 50};
 constexpr int a_defaultRate = 10;
 constexpr int a_longestFilter = 500;
+/** Width of the filter in characters below which it gets a separate row. */
+constexpr int a_leastWidthOfFilter = 16;
 
 }  // namespace
 
 MemoryToolBar::MemoryToolBar(QWidget* parent)
-    : QWidget(parent), fFilter(new QLineEdit(this)), fRate(new QComboBox(this)) {
+    : QWidget(parent),
+      fLayout(new QBoxLayout(QBoxLayout::LeftToRight, this)),
+      fControls(new QHBoxLayout),
+      fFilter(new QLineEdit(this)),
+      fRate(new QComboBox(this)) {
     fFilter->setObjectName(QStringLiteral("memoryFilter"));
     fFilter->setAccessibleName(tr("Filter"));
     fFilter->setPlaceholderText(tr("Filter: words, re:, type:, changed:"));
@@ -58,14 +65,14 @@ MemoryToolBar::MemoryToolBar(QWidget* parent)
     connect(fRate, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &MemoryToolBar::rateChanged);
 
-    auto* row = new QHBoxLayout(this);
     const int space = fontMetrics().height() / 4;
-    row->setContentsMargins(space, space, space, space);
-    row->addWidget(fFilter, 1);
-    row->addWidget(fFlat);
-    row->addWidget(fColumns);
-    row->addWidget(fRate);
-    row->addWidget(fPause);
+    fLayout->setContentsMargins(space, space, space, space);
+    fLayout->addWidget(fFilter, 1);
+    fLayout->addLayout(fControls);
+    for (QWidget* control : std::initializer_list<QWidget*>{fFlat, fColumns, fRate, fPause}) {
+        fControls->addWidget(control);
+    }
+    fControls->addStretch();
     setTabOrder(fFilter, fFlat);
     setTabOrder(fFlat, fColumns);
     setTabOrder(fColumns, fRate);
@@ -144,6 +151,13 @@ bool MemoryToolBar::eventFilter(QObject* object, QEvent* event) {
         return true;
     }
     return QWidget::eventFilter(object, event);
+}
+
+void MemoryToolBar::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    const int room = width() - fControls->sizeHint().width();
+    const bool isNarrow = room < a_leastWidthOfFilter * fontMetrics().averageCharWidth();
+    fLayout->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
 }
 
 void MemoryToolBar::focusFilter() {

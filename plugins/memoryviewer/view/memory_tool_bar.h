@@ -3,7 +3,9 @@
 
 #include <QWidget>
 
+class QBoxLayout;
 class QComboBox;
+class QHBoxLayout;
 class QLineEdit;
 class QMenu;
 class QToolButton;
@@ -49,10 +51,13 @@ class MemoryToolBar : public QWidget {
 
   protected:
     bool eventFilter(QObject* object, QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
   private:
     QToolButton* xAddButton(const char* objectName, const QString& text, const QString& hint);
 
+    QBoxLayout* fLayout;  ///< the filter and the controls, in one row or two
+    QHBoxLayout* fControls;
     QLineEdit* fFilter;
     QToolButton* fFlat;
     QToolButton* fColumns;

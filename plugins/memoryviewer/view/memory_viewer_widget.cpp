@@ -141,8 +141,7 @@ void MemoryViewerWidget::xConnect() {
     connect(&fSession->writes(), &WriteQueue::refused, this, &MemoryViewerWidget::xOnWriteRefused);
     connect(fDelegate, &MemoryDelegate::entryRefused, this, &MemoryViewerWidget::xOnEntryRefused);
     connect(fWatched, &WatchModel::namesChanged, this, &MemoryViewerWidget::xPlan);
-    connect(fWatched, &WatchModel::namesChanged, fPanes,
-            [this] { fPanes->setWatchListEmpty(fWatched->names().isEmpty()); });
+    connect(fWatched, &WatchModel::namesChanged, fPanes, &MemoryPanes::fitWatchList);
     connect(fTree->header(), &QWidget::customContextMenuRequested, fColumnMenu,
             [this](const QPoint& at) { fColumnMenu->popup(fTree->header()->mapToGlobal(at)); });
 }
@@ -160,6 +159,7 @@ void MemoryViewerWidget::xRestore() {
     fToolBar->setRate(fSettings.value(a_rateKey, fToolBar->rate()).toInt());
     fToolBar->setFilter(fSettings.value(a_filterKey).toString());
     fWatched->setNames(fSettings.value(a_watchedKey).toStringList());
+    fPanes->fitWatchList();
     fPlots->restoreState(fSettings.value(a_plotsKey).toMap());
     fSaved = xState();
     fPanes->showPlots(!fPlots->plottedKeys().isEmpty());
@@ -337,7 +337,6 @@ void MemoryViewerWidget::xOnRate() {
 
 void MemoryViewerWidget::xUpdateTexts() {
     ViewerSituation situation(fSession->situation());
-    situation.fRobot = robotName() + obvista::statusSeparator() + robotAddress();
     situation.fFilter = fToolBar->filter();
     situation.fFilterFault = fModel->arrangement().fFilter.fault();
     situation.fPausedSince = fPausedSince;

@@ -9,12 +9,14 @@
 #include <QKeyEvent>
 #include <QPainter>
 
+#include <algorithm>
+
 namespace memoryviewer {
 
 namespace {
 
-constexpr int a_rowsAtFirst = 5;
-constexpr int a_rowsOfHint = 2;  // of the text shown while no key is watched
+constexpr int a_leastRows = 2;  // also of the text shown while no key is watched
+constexpr int a_mostRowsAtFirst = 5;
 
 }  // namespace
 
@@ -46,12 +48,12 @@ QStringList WatchView::chosenNames() const {
 }
 
 QSize WatchView::sizeHint() const {
-    const int rows = fModel->rowCount() == 0 ? a_rowsOfHint : a_rowsAtFirst;
+    const int rows = std::clamp(fModel->rowCount(), a_leastRows, a_mostRowsAtFirst);
     return {KeyView::sizeHint().width(), rows * fontMetrics().height() * 5 / 4};
 }
 
 QSize WatchView::minimumSizeHint() const {
-    return {KeyView::minimumSizeHint().width(), a_rowsOfHint * fontMetrics().height() * 5 / 4};
+    return {KeyView::minimumSizeHint().width(), a_leastRows * fontMetrics().height() * 5 / 4};
 }
 
 void WatchView::removeChosen() {

@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QDialogButtonBox>
 #include <QHeaderView>
+#include <QScreen>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -11,7 +12,8 @@ namespace obvista {
 namespace {
 
 constexpr int a_widthInCharacters = 90;
-constexpr int a_heightInLines = 36;
+/** Part of the screen that the list may take, with room for the window's frame. */
+constexpr double a_mostOfScreen = 0.9;
 
 void addGroup(QTreeWidget& list, const KeyGroup& group) {
     auto* title = new QTreeWidgetItem(&list, {group.fTitle});
@@ -57,8 +59,10 @@ KeyList::KeyList(const QString& title, const std::vector<KeyGroup>& groups, QWid
     list->setItemsExpandable(false);
     list->setAllColumnsShowFocus(true);
     list->setAlternatingRowColors(true);
+    int rowCount = 0;
     for (const KeyGroup& group : groups) {
         addGroup(*list, group);
+        rowCount += 1 + static_cast<int>(group.fKeys.size());
     }
     list->expandAll();
     list->setCurrentItem(list->topLevelItem(0));
@@ -69,8 +73,13 @@ KeyList::KeyList(const QString& title, const std::vector<KeyGroup>& groups, QWid
     auto* column = new QVBoxLayout(this);
     column->addWidget(list);
     column->addWidget(buttons);
-    resize(a_widthInCharacters * fontMetrics().averageCharWidth(),
-           a_heightInLines * fontMetrics().height());
+
+    // All rows, as far as the screen has room for them.
+    const int rows = list->header()->sizeHint().height() + rowCount * list->sizeHintForRow(0) +
+                     2 * list->frameWidth();
+    const QSize wanted(a_widthInCharacters * fontMetrics().averageCharWidth(),
+                       sizeHint().height() - list->sizeHint().height() + rows);
+    resize(wanted.boundedTo(a_mostOfScreen * screen()->availableGeometry().size()));
 }
 
 }  // namespace obvista
