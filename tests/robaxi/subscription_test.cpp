@@ -69,6 +69,13 @@ class Subscription : public testing::Test {
         return KVSubscription::start(fConnection, "Memory", selection, rate, &fListener);
     }
 
+    KVSubscription::Callbacks record() {
+        return {[this](const auto& keys) { fListener.keysAdded(keys); },
+                [this](const auto& ids) { fListener.keysRemoved(ids); },
+                [this](const auto& changes) { fListener.valuesChanged(changes); },
+                [this](const KVError& error) { fListener.ended(error); }};
+    }
+
     BrokerPtr fServer = makeServer();
     ModulePtr fMemory = boost::make_shared<KVModule>("Memory", "Keeps values");
     boost::shared_ptr<KVValueTable> fTable = boost::make_shared<KVValueTable>();
@@ -94,6 +101,58 @@ TEST_F(Subscription, BringsTheTableThenTheValues) {
     EXPECT_EQ(received.fDescription, "Angle of the head");
     EXPECT_EQ(received.fType, KVValue::Type::Float);
     EXPECT_TRUE(received.fWritable);
+}
+
+TEST_F(Subscription, SelectsKeysByTheirNames) {
+    const std::uint32_t other = fTable->addKey(key("other"), 1);
+    const std::uint32_t named = fTable->addKey(key("named"), 2);
+    const auto subscription =
+        KVSubscription::start(fConnection, "Memory", {"named", "later"}, 1000, record());
+    ASSERT_TRUE(fListener.waitForValue("named", 2));
+    fTable->setValue(other, 3);
+    fTable->addKey(key("another"), 4);
+    fTable->removeKey(other);
+    fTable->removeKey(named);
+    fTable->addKey(key("later"), 5);
+    ASSERT_TRUE(fListener.waitForValue("later", 5));
+    subscription->stop();
+    EXPECT_EQ(fListener.fRemoved, std::vector<std::uint32_t>{named});
+    for (const auto& [id, info] : fListener.fKeys) {
+        EXPECT_TRUE(info.fName == "named" || info.fName == "later") << info.fName;
+    }
+    for (const auto& [name, change] : fListener.fValues) {
+        EXPECT_TRUE(name == "named" || name == "later") << name;
+    }
+}
+
+TEST_F(Subscription, SelectsNamesHoweverQuicklyTheRobotAnswers) {
+    fTable->addKey(key("a"), 7);
+    for (int i = 0; i < 200; ++i) {
+        std::promise<KVValue> value;
+        KVSubscription::Callbacks callbacks;  // the others are missing
+        callbacks.fValuesChanged = [&value](const std::vector<KVChange>& changes) {
+            value.set_value(changes.at(0).fValue);
+        };
+        const auto subscription =
+            KVSubscription::start(fConnection, "Memory", {"a"}, 1000, std::move(callbacks));
+        auto received = value.get_future();
+        ASSERT_EQ(received.wait_for(a_patience), std::future_status::ready) << i;
+        EXPECT_EQ(received.get(), KVValue(7));
+    }
+}
+
+TEST_F(Subscription, CallsFunctions) {
+    fTable->addKey(key("a"), 7);
+    const auto subscription = KVSubscription::start(fConnection, "Memory", a_all, 50, record());
+    ASSERT_TRUE(fListener.waitForValue("a", 7));
+    fServer->removeModule("Memory");
+    ASSERT_TRUE(fListener.waitForEnd());
+    EXPECT_CAUSE(*fListener.fEnd, NoSuchModule);
+    EXPECT_CAUSE(errorOf([&] {
+                     KVSubscription::start(fConnection, "Memory", std::vector<std::string>(), 50,
+                                           record());
+                 }),
+                 InvalidArgument);
 }
 
 TEST_F(Subscription, SendsOnlyWhatChanged) {

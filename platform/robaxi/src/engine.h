@@ -99,8 +99,11 @@ class ROBAXI_EXPORT Link {
 
     /** @name Streams beside the session. `target` names the module. */
     ///@{
+    /** @param names selects keys by their names, if there are any, instead of `selection` */
     virtual std::shared_ptr<ValueStream> subscribe(const Target& target,
-                                                   KVSubscription::Selection selection, double rate,
+                                                   KVSubscription::Selection selection,
+                                                   const std::vector<std::string>& names,
+                                                   double rate,
                                                    KVSubscription::Listener* listener) = 0;
     virtual std::shared_ptr<Stream> watch(const Target& target, const std::string& camera,
                                           KVFrameStream::Listener* listener) = 0;

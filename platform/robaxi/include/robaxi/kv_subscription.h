@@ -8,6 +8,7 @@
 #include <boost/shared_ptr.hpp>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -41,6 +42,17 @@ class ROBAXI_EXPORT KVSubscription {
         virtual void ended(const KVError& error) = 0;
     };
 
+    /**
+     * Functions in the place of a Listener; those that are empty are not called. They are released
+     * when the subscription is destroyed.
+     */
+    struct Callbacks {
+        std::function<void(const std::vector<KVKeyInfo>&)> fKeysAdded;
+        std::function<void(const std::vector<std::uint32_t>&)> fKeysRemoved;
+        std::function<void(const std::vector<KVChange>&)> fValuesChanged;
+        std::function<void(const KVError&)> fEnded;
+    };
+
     /** Keys that are sent. */
     enum class Selection {
         AllKeys,    ///< every key, including those added later
@@ -61,6 +73,22 @@ class ROBAXI_EXPORT KVSubscription {
                                                    const std::string& module, Selection selection,
                                                    double rate, Listener* listener);
 
+    /** Starts a subscription to all keys or to those given to setKeys(), as above. */
+    static boost::shared_ptr<KVSubscription> start(boost::shared_ptr<KVConnection> connection,
+                                                   const std::string& module, Selection selection,
+                                                   double rate, Callbacks callbacks);
+
+    /**
+     * Starts a subscription to the keys of these names, also to those that the robot adds later.
+     * The callbacks receive no other keys, and setKeys() has no effect.
+     *
+     * @throws KVError as above
+     */
+    static boost::shared_ptr<KVSubscription> start(boost::shared_ptr<KVConnection> connection,
+                                                   const std::string& module,
+                                                   const std::vector<std::string>& names,
+                                                   double rate, Callbacks callbacks);
+
     /** Stops, as stop() does. */
     ~KVSubscription();
     KVSubscription(const KVSubscription&) = delete;
@@ -78,6 +106,9 @@ class ROBAXI_EXPORT KVSubscription {
 
   private:
     struct Private;
+    static boost::shared_ptr<KVSubscription> xStart(boost::shared_ptr<KVConnection> connection,
+                                                    const std::string& module, double rate,
+                                                    std::shared_ptr<Private> implementation);
     explicit KVSubscription(std::shared_ptr<Private> implementation);
     std::shared_ptr<Private> fPrivate;
 };

@@ -452,11 +452,12 @@ std::uint64_t ClientSession::sessionId() const {
 
 std::shared_ptr<ValueStream> ClientSession::subscribe(const Target& target,
                                                       KVSubscription::Selection selection,
+                                                      const std::vector<std::string>& names,
                                                       double rate,
                                                       KVSubscription::Listener* listener) {
     auto stream =
-        std::make_shared<SubscriptionClient>(fRuntime, shared_from_this(), target, listener);
-    stream->start(selection == KVSubscription::Selection::AllKeys, rate);
+        std::make_shared<SubscriptionClient>(fRuntime, shared_from_this(), target, names, listener);
+    stream->start(names.empty() && selection == KVSubscription::Selection::AllKeys, rate);
     return stream;
 }
 

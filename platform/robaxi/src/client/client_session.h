@@ -50,7 +50,8 @@ class ClientSession : public Link,
     double roundTrip() const override { return fRoundTrip; }
 
     std::shared_ptr<ValueStream> subscribe(const Target& target,
-                                           KVSubscription::Selection selection, double rate,
+                                           KVSubscription::Selection selection,
+                                           const std::vector<std::string>& names, double rate,
                                            KVSubscription::Listener* listener) override;
     std::shared_ptr<Stream> watch(const Target& target, const std::string& camera,
                                   KVFrameStream::Listener* listener) override;

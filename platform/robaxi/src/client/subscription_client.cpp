@@ -12,9 +12,11 @@ namespace robaxi {
 
 SubscriptionClient::SubscriptionClient(const std::shared_ptr<Runtime>& runtime,
                                        std::shared_ptr<ClientSession> session, Target target,
+                                       const std::vector<std::string>& names,
                                        KVSubscription::Listener* listener)
     : ClientStream(runtime, std::move(session), std::move(target)),
       fLimits(runtime->fSettings.fLimits),
+      fNames(names.begin(), names.end()),
       fListener(listener) {
 }
 
@@ -38,6 +40,12 @@ void SubscriptionClient::start(bool allKeys, double rate) {
 }
 
 void SubscriptionClient::setKeys(const std::vector<std::uint32_t>& ids) {
+    if (fNames.empty()) {
+        xSelect(ids);
+    }
+}
+
+void SubscriptionClient::xSelect(const std::vector<std::uint32_t>& ids) {
     {
         const std::lock_guard lock(fMutex);
         v1::KeySelection* keys = xNextRequest().mutable_keys();
@@ -108,6 +116,9 @@ void SubscriptionClient::xAddKeys(const v1::KeysAdded& message) {
     std::vector<KVKeyInfo> keys;
     keys.reserve(static_cast<std::size_t>(message.keys_size()));
     for (const v1::Key& key : message.keys()) {
+        if (!fNames.empty() && fNames.count(key.name()) == 0) {
+            continue;  // the robot sends its whole table
+        }
         keys.push_back(decodeKey(key));
         if (!fKnownIds.insert(key.id()).second) {
             throw Failure{KVError::Cause::Internal, "a key was sent twice"};
@@ -115,6 +126,12 @@ void SubscriptionClient::xAddKeys(const v1::KeysAdded& message) {
     }
     if (fKnownIds.size() > fLimits.fKeys) {
         throw Failure{KVError::Cause::TooLarge, "the table of keys"};
+    }
+    if (!fNames.empty()) {
+        if (keys.empty()) {
+            return;
+        }
+        xSelect({fKnownIds.begin(), fKnownIds.end()});
     }
     fListener->keysAdded(keys);
 }

@@ -8,6 +8,7 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 #include <unordered_set>
 #include <vector>
 
@@ -24,7 +25,7 @@ class SubscriptionClient
   public:
     SubscriptionClient(const std::shared_ptr<Runtime>& runtime,
                        std::shared_ptr<ClientSession> session, Target target,
-                       KVSubscription::Listener* listener);
+                       const std::vector<std::string>& names, KVSubscription::Listener* listener);
     ~SubscriptionClient() override;
 
     void start(bool allKeys, double rate);
@@ -36,6 +37,7 @@ class SubscriptionClient
     v1::Error::Cause xNotFound() const override { return v1::Error::NO_SUCH_MODULE; }
     void xReceived() override;
     v1::SubscriptionRequest& xNextRequest();
+    void xSelect(const std::vector<std::uint32_t>& ids);
 
     // On the strand:
     void xDeliver();
@@ -46,6 +48,7 @@ class SubscriptionClient
     void xTellEnd(const KVError& error) override;
 
     const KVSettings::Limits fLimits;
+    const std::unordered_set<std::string> fNames;  // selects keys, unless it is empty
     KVSubscription::Listener* const fListener;
     std::unordered_set<std::uint32_t> fKnownIds;  // used on the strand only
     /** The newest request of each kind; guarded by fMutex. */
