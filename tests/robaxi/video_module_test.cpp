@@ -100,8 +100,8 @@ class VideoModule : public testing::Test {
         return error.toString();
     }
 
+    WatchRecord fWatched;  // used until the module, which the server keeps, has ended
     BrokerPtr fServer = makeServer();
-    WatchRecord fWatched;
     boost::shared_ptr<KVVideoModule> fVideo = boost::make_shared<KVVideoModule>();
     boost::shared_ptr<KVConnection> fConnection;
     std::unique_ptr<KVProxy> fProxy;
