@@ -38,6 +38,7 @@ struct Examination {
     int fTimeout = 5;               ///< seconds
     std::optional<Target> fTarget;  ///< without it only this computer is examined
 
+    bool fIsAvahiHung = false;                        ///< by checkBus(); asked once
     bool fHeardAnnouncements = false;                 ///< by checkAnnouncements()
     std::map<std::string, AnnouncedHost> fAnnounced;  ///< by checkAnnouncements()
     std::optional<Endpoint> fEndpoint;                ///< by checkHostName()

@@ -14,14 +14,31 @@ constexpr std::chrono::milliseconds a_slowLookup(2000);
 
 const Finding a_noDaemon = {Verdict::Skipped, "This needs the Avahi daemon.", {}};
 
+/** Returns the state of the Avahi daemon; waits a_daemonPatience once in an examination. */
+AvahiState stateOfAvahi(Examination& examination) {
+    if (!examination.fIsAvahiHung) {
+        Bell bell(examination.fInterruption);
+        if (const auto state = resultInTime(a_daemonPatience, bell, &askAvahi)) {
+            return *state;
+        }
+        examination.fIsAvahiHung = true;
+    }
+    AvahiState hung;
+    hung.fIsHung = true;
+    return hung;
+}
+
 std::string counted(std::size_t number, const std::string& what) {
     return std::to_string(number) + ' ' + what + (number == 1 ? "" : "s");
 }
 
 }  // namespace
 
-Finding checkBus(Examination& /*examination*/) {
-    const AvahiState state = askAvahi();
+Finding checkBus(Examination& examination) {
+    const AvahiState state = stateOfAvahi(examination);
+    if (state.fIsHung) {
+        return {Verdict::Skipped, "This is asked through the Avahi daemon, which hangs.", {}};
+    }
     if (state.fBusError.empty()) {
         return {Verdict::Good, "The system message bus (D-Bus) answers.", {}};
     }
@@ -30,8 +47,13 @@ Finding checkBus(Examination& /*examination*/) {
             "sudo systemctl start dbus. In a container, share /run/dbus with it."};
 }
 
-Finding checkDaemon(Examination& /*examination*/) {
-    const AvahiState state = askAvahi();
+Finding checkDaemon(Examination& examination) {
+    const AvahiState state = stateOfAvahi(examination);
+    if (state.fIsHung) {
+        return {Verdict::Problem,
+                "The Avahi daemon does not answer, so no robot is found by itself.",
+                "sudo systemctl restart avahi-daemon"};
+    }
     if (!state.fBusError.empty()) {
         return {Verdict::Skipped, "This needs the system message bus.", {}};
     }
@@ -44,7 +66,7 @@ Finding checkDaemon(Examination& /*examination*/) {
 }
 
 Finding checkNames(Examination& examination) {
-    const AvahiState state = askAvahi();
+    const AvahiState state = stateOfAvahi(examination);
     if (!state.fIsRunning) {
         return a_noDaemon;
     }
@@ -74,7 +96,7 @@ Finding checkNames(Examination& examination) {
 }
 
 Finding checkAnnouncements(Examination& examination) {
-    if (!askAvahi().fIsRunning) {
+    if (!stateOfAvahi(examination).fIsRunning) {
         return a_noDaemon;
     }
     Bell bell(examination.fInterruption);

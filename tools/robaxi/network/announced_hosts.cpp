@@ -42,7 +42,12 @@ AnnouncedHosts::AnnouncedHosts(Bell& bell) : fBell(bell), fLastChange(Clock::now
         boost::bind(&AnnouncedHosts::xAdd, this, boost::placeholders::_1));
     fRemoving = BonjourDiscovery::fRemoveProfile.connect(
         boost::bind(&AnnouncedHosts::xRemove, this, boost::placeholders::_1));
-    xListen();
+    try {
+        xListen();
+    } catch (...) {
+        BonjourDiscovery::stopListening();
+        throw;
+    }
 }
 
 AnnouncedHosts::~AnnouncedHosts() {
@@ -115,10 +120,18 @@ void AnnouncedHosts::xSetAddresses(const std::string& key,
 }
 
 void AnnouncedHosts::xListen() {
-    try {
-        BonjourDiscovery::startListening();
-    } catch (const std::exception& error) {
-        throw Failure(ExitStatus::NoDiscovery, error.what());
+    // It waits a few seconds for a daemon that hangs, and the user may interrupt that.
+    const std::optional<std::string> error =
+        resultInTime(2 * a_daemonPatience, fBell, []() -> std::string {
+            try {
+                BonjourDiscovery::startListening();
+                return {};
+            } catch (const std::exception& exception) {
+                return exception.what();
+            }
+        });
+    if (!error || !error->empty()) {
+        throw Failure(ExitStatus::NoDiscovery, error.value_or("The Avahi daemon does not answer."));
     }
 }
 

@@ -40,10 +40,11 @@ struct AnnouncedHost {
 class AnnouncedHosts {
   public:
     /**
-     * Starts listening.
+     * Starts listening; takes 5 s if the daemon hangs.
      *
      * @param bell rung after each change
-     * @throws Failure NoDiscovery if there is no bus or no daemon
+     * @throws Failure NoDiscovery if there is no bus, or no daemon that answers
+     * @throws Interrupted
      */
     explicit AnnouncedHosts(Bell& bell);
     ~AnnouncedHosts();

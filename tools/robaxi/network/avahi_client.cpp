@@ -1,17 +1,39 @@
 #include "network/avahi_client.h"
 
+#include <avahi-client/client.h>
+#include <avahi-client/lookup.h>
 #include <avahi-common/address.h>
 #include <avahi-common/error.h>
+#include <avahi-common/simple-watch.h>
+#include <avahi-common/thread-watch.h>
 
 #include <array>
+#include <cstdint>
+#include <list>
+#include <mutex>
 #include <utility>
 
 namespace robaxi_tool {
 
 namespace {
 
+template <auto Free>
+struct FreeWith {
+    template <class Object>
+    void operator()(Object* object) const {
+        Free(object);
+    }
+};
+
 using SimplePoll = std::unique_ptr<AvahiSimplePoll, FreeWith<avahi_simple_poll_free>>;
 using Client = std::unique_ptr<AvahiClient, FreeWith<avahi_client_free>>;
+
+using Clock = std::chrono::steady_clock;
+
+/** Milliseconds between two looks at the clock. */
+constexpr int a_turn = 100;
+/** Time to wait for the end of the connection; it hangs if the daemon does. */
+constexpr std::chrono::milliseconds a_endPatience(300);
 
 /** Avahi requires a callback for the client's state. */
 void ignoreState(AvahiClient* /*client*/, AvahiClientState /*state*/, void* /*userData*/) {
@@ -19,6 +41,24 @@ void ignoreState(AvahiClient* /*client*/, AvahiClientState /*state*/, void* /*us
 
 std::string textOf(const char* text) {
     return text == nullptr ? std::string() : text;
+}
+
+struct ServiceSearch {
+    AvahiSimplePoll* fPoll;
+    std::optional<ServiceLocation> fLocation;
+};
+
+void onServiceResolved(AvahiServiceResolver* /*resolver*/, AvahiIfIndex /*interface*/,
+                       AvahiProtocol /*protocol*/, AvahiResolverEvent event,
+                       const char* /*instance*/, const char* /*type*/, const char* /*domain*/,
+                       const char* hostName, const AvahiAddress* /*address*/, std::uint16_t port,
+                       AvahiStringList* /*text*/, AvahiLookupResultFlags /*flags*/,
+                       void* userData) noexcept {
+    auto* const search = static_cast<ServiceSearch*>(userData);
+    if (event == AVAHI_RESOLVER_FOUND && port != 0) {
+        search->fLocation = {hostName, port};
+        avahi_simple_poll_quit(search->fPoll);
+    }
 }
 
 }  // namespace
@@ -44,97 +84,143 @@ AvahiState askAvahi() {
     return state;
 }
 
-ServiceQuery::ServiceQuery(const std::string& instance, const std::string& type, Bell& bell)
-    : fBell(bell), fPoll(avahi_threaded_poll_new()) {
-    fClient.reset(
-        avahi_client_new(avahi_threaded_poll_get(fPoll.get()), {}, ignoreState, nullptr, nullptr));
-    if (fClient == nullptr) {
-        return;
+std::optional<ServiceLocation> locateService(const std::string& instance, const std::string& type) {
+    const SimplePoll poll(avahi_simple_poll_new());
+    ServiceSearch search{poll.get(), {}};
+    const Client client(
+        avahi_client_new(avahi_simple_poll_get(poll.get()), {}, ignoreState, nullptr, nullptr));
+    if (client == nullptr) {
+        return {};
     }
     constexpr auto flags =
         static_cast<AvahiLookupFlags>(AVAHI_LOOKUP_NO_TXT | AVAHI_LOOKUP_NO_ADDRESS);
     // The client owns the resolver. It is null for an invalid instance name.
-    if (avahi_service_resolver_new(fClient.get(), AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC,
+    if (avahi_service_resolver_new(client.get(), AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC,
                                    instance.c_str(), type.c_str(), "local", AVAHI_PROTO_UNSPEC,
-                                   flags, &ServiceQuery::xOnResolved, this) != nullptr) {
-        avahi_threaded_poll_start(fPoll.get());
+                                   flags, onServiceResolved, &search) == nullptr) {
+        return {};
     }
+    const Clock::time_point end = Clock::now() + a_daemonPatience;
+    while (Clock::now() < end && avahi_simple_poll_iterate(poll.get(), a_turn) == 0) {
+    }
+    return search.fLocation;
 }
 
-ServiceQuery::~ServiceQuery() {
-    avahi_threaded_poll_stop(fPoll.get());
+/** A connection to the daemon, with a thread of Avahi. */
+class AddressQueries::Client {
+  public:
+    Client() : fPoll(avahi_threaded_poll_new()) {}
+    ~Client() {
+        if (fClient != nullptr) {
+            avahi_threaded_poll_stop(fPoll.get());
+        }
+    }
+    Client(const Client&) = delete;
+    Client& operator=(const Client&) = delete;
+
+    void connect() {
+        fClient.reset(avahi_client_new(avahi_threaded_poll_get(fPoll.get()), {}, ignoreState,
+                                       nullptr, nullptr));
+        if (fClient != nullptr) {
+            avahi_threaded_poll_start(fPoll.get());
+        }
+    }
+
+    void ask(const std::string& hostName, const Answer& answer) {
+        if (fClient == nullptr || !xAsk(hostName, answer)) {
+            xDeliver(answer, {});
+        }
+    }
+
+    /** Returns when no answer is being delivered, and none will be. */
+    void end() {
+        const std::lock_guard lock(fMutex);
+        fHasEnded = true;
+    }
+
+  private:
+    struct Query {
+        Client* fOwner;
+        Answer fAnswer;
+        std::list<Query>::iterator fPlace;
+    };
+
+    bool xAsk(const std::string& hostName, const Answer& answer);
+    void xDeliver(const Answer& answer, const std::string& address);
+    static void xOnResolved(AvahiHostNameResolver* resolver, AvahiIfIndex interface,
+                            AvahiProtocol protocol, AvahiResolverEvent event, const char* name,
+                            const AvahiAddress* address, AvahiLookupResultFlags flags,
+                            void* userData) noexcept;
+
+    std::mutex fMutex;  ///< held while an answer is delivered
+    bool fHasEnded = false;
+    std::list<Query> fQueries;  ///< guarded by the poll's lock
+    std::unique_ptr<AvahiThreadedPoll, FreeWith<avahi_threaded_poll_free>> fPoll;
+    robaxi_tool::Client fClient;
+};
+
+bool AddressQueries::Client::xAsk(const std::string& hostName, const Answer& answer) {
+    avahi_threaded_poll_lock(fPoll.get());
+    const auto place = fQueries.insert(fQueries.end(), {this, answer, {}});
+    place->fPlace = place;
+    // The client owns the resolver. It is null for an invalid host name, and at the daemon's
+    // limit for this client.
+    const bool isAsked =
+        avahi_host_name_resolver_new(fClient.get(), AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC,
+                                     hostName.c_str(), AVAHI_PROTO_INET, AVAHI_LOOKUP_USE_MULTICAST,
+                                     &Client::xOnResolved, &*place) != nullptr;
+    if (!isAsked) {
+        fQueries.erase(place);
+    }
+    avahi_threaded_poll_unlock(fPoll.get());
+    return isAsked;
 }
 
-std::optional<ServiceLocation> ServiceQuery::location() const {
+void AddressQueries::Client::xDeliver(const Answer& answer, const std::string& address) {
     const std::lock_guard lock(fMutex);
-    return fLocation;
-}
-
-void ServiceQuery::xOnResolved(AvahiServiceResolver* /*resolver*/, AvahiIfIndex /*interface*/,
-                               AvahiProtocol /*protocol*/, AvahiResolverEvent event,
-                               const char* /*instance*/, const char* /*type*/,
-                               const char* /*domain*/, const char* hostName,
-                               const AvahiAddress* /*address*/, std::uint16_t port,
-                               AvahiStringList* /*text*/, AvahiLookupResultFlags /*flags*/,
-                               void* userData) noexcept {
-    auto* const self = static_cast<ServiceQuery*>(userData);
-    if (event != AVAHI_RESOLVER_FOUND || port == 0) {
-        return;
-    }
-    {
-        const std::lock_guard lock(self->fMutex);
-        self->fLocation = {hostName, port};
-    }
-    self->fBell.ring();
-}
-
-AddressQueries::AddressQueries() : fPoll(avahi_threaded_poll_new()) {
-    fClient.reset(
-        avahi_client_new(avahi_threaded_poll_get(fPoll.get()), {}, ignoreState, nullptr, nullptr));
-    if (fClient != nullptr) {
-        avahi_threaded_poll_start(fPoll.get());
+    if (!fHasEnded) {
+        answer(address);
     }
 }
 
-AddressQueries::~AddressQueries() {
-    avahi_threaded_poll_stop(fPoll.get());
-}
-
-void AddressQueries::start(const std::string& hostName, const Answer& answer) {
-    if (fClient != nullptr) {
-        avahi_threaded_poll_lock(fPoll.get());
-        const auto place = fQueries.insert(fQueries.end(), {this, answer, {}});
-        place->fPlace = place;
-        // The client owns the resolver. It is null for an invalid host name, and at the daemon's
-        // limit for this client.
-        const bool isAsked = avahi_host_name_resolver_new(
-                                 fClient.get(), AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC,
-                                 hostName.c_str(), AVAHI_PROTO_INET, AVAHI_LOOKUP_USE_MULTICAST,
-                                 &AddressQueries::xOnResolved, &*place) != nullptr;
-        if (!isAsked) {
-            fQueries.erase(place);
-        }
-        avahi_threaded_poll_unlock(fPoll.get());
-        if (isAsked) {
-            return;
-        }
-    }
-    answer({});
-}
-
-void AddressQueries::xOnResolved(AvahiHostNameResolver* resolver, AvahiIfIndex /*interface*/,
-                                 AvahiProtocol /*protocol*/, AvahiResolverEvent event,
-                                 const char* /*name*/, const AvahiAddress* address,
-                                 AvahiLookupResultFlags /*flags*/, void* userData) noexcept {
+void AddressQueries::Client::xOnResolved(AvahiHostNameResolver* resolver,
+                                         AvahiIfIndex /*interface*/, AvahiProtocol /*protocol*/,
+                                         AvahiResolverEvent event, const char* /*name*/,
+                                         const AvahiAddress* address,
+                                         AvahiLookupResultFlags /*flags*/,
+                                         void* userData) noexcept {
     auto* const query = static_cast<Query*>(userData);
     std::array<char, AVAHI_ADDRESS_STR_MAX> text{};
     if (event == AVAHI_RESOLVER_FOUND) {
         avahi_address_snprint(text.data(), text.size(), address);
     }
-    query->fAnswer(text.data());
+    query->fOwner->xDeliver(query->fAnswer, text.data());
     // One answer is enough, and the daemon limits the number of a client's resolvers.
     avahi_host_name_resolver_free(resolver);
     query->fOwner->fQueries.erase(query->fPlace);
+}
+
+AddressQueries::AddressQueries() : fClient(std::make_shared<Client>()) {
+    fCalls.start([client = fClient] {
+        client->connect();
+        return [] {};
+    });
+}
+
+AddressQueries::~AddressQueries() {
+    fClient->end();
+    base::Lookups end(1, a_endPatience);
+    end.start([client = std::move(fClient)]() mutable {
+        client.reset();
+        return [] {};
+    });
+}
+
+void AddressQueries::start(const std::string& hostName, const Answer& answer) {
+    fCalls.start([client = fClient, hostName, answer] {
+        client->ask(hostName, answer);
+        return [] {};
+    });
 }
 
 }  // namespace robaxi_tool

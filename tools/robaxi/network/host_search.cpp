@@ -64,12 +64,12 @@ class HostSearch {
           fStart(Clock::now()),
           fEnd(fStart + longestSearch(target, timeout)),
           fNames(candidateNames(target.fHost)) {
-        xStartAnnouncements();
         for (const std::string& name : fNames) {
             startLookup(fLookups, name, [this, name](const std::vector<std::string>& addresses) {
                 xSetAddresses(name, addresses);
             });
         }
+        xStartAnnouncements();
     }
 
     Endpoint find() {
@@ -104,13 +104,14 @@ class HostSearch {
                     (fAnnounced != nullptr
                          ? ": no announcement and no host has that name."
                          : ": no host has that name, and announcements cannot be received "
-                           "without the Avahi daemon.") +
+                           "without the Avahi daemon. " +
+                               fWithoutAnnouncements) +
                     advice);
         }
         throw Failure(ExitStatus::TimedOut,
-                      found +
-                          " in time: the system's resolver has not answered. Check the DNS "
-                          "servers in /etc/resolv.conf." +
+                      found + " in time: the system's resolver has not answered. " +
+                          (fAnnounced != nullptr ? "Check the DNS servers in /etc/resolv.conf."
+                                                 : fWithoutAnnouncements) +
                           advice);
     }
 
@@ -123,11 +124,20 @@ class HostSearch {
     void xStartAnnouncements() {
         try {
             fAnnounced = std::make_unique<AnnouncedHosts>(fBell);
-        } catch (const Failure&) {
-            return;  // without announcements there are still host names
+        } catch (const Failure& failure) {
+            fWithoutAnnouncements = failure.what();
+            return;  // there are still host names
         }
-        fInstance = std::make_unique<ServiceQuery>(fTarget.fHost,
-                                                   KV::BonjourDiscovery::fRobaxiServiceType, fBell);
+        fLookups.start([this, instance = fTarget.fHost]() -> base::Lookups::Answer {
+            const auto location = locateService(instance, KV::BonjourDiscovery::fRobaxiServiceType);
+            return [this, location] {
+                {
+                    const std::lock_guard lock(fMutex);
+                    fInstance = location;
+                }
+                fBell.ring();
+            };
+        });
     }
 
     void xSetAddresses(const std::string& name, const std::vector<std::string>& addresses) {
@@ -156,12 +166,17 @@ class HostSearch {
         return state;
     }
 
+    std::optional<ServiceLocation> xInstance() const {
+        const std::lock_guard lock(fMutex);
+        return fInstance;
+    }
+
     void xSetAnnounced(SearchState& state) const {
         if (fAnnounced == nullptr) {
             return;
         }
         const auto hosts = fAnnounced->hosts();
-        if (const auto location = fInstance->location()) {
+        if (const auto location = xInstance()) {
             state.fAnnounced = Endpoint{location->fHostName, location->fPort, {}};
         }
         for (const std::string& name : fNames) {
@@ -189,7 +204,8 @@ class HostSearch {
     mutable std::mutex fMutex;
     std::map<std::string, std::vector<std::string>> fAddresses;  ///< by the names looked up
     std::unique_ptr<AnnouncedHosts> fAnnounced;
-    std::unique_ptr<ServiceQuery> fInstance;
+    std::string fWithoutAnnouncements;         ///< the reason if there are none
+    std::optional<ServiceLocation> fInstance;  ///< of the service with the host's name
     // Destroyed first, since its answers use the other members.
     base::Lookups fLookups{a_mostLookups};
 };

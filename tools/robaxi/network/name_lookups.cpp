@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <mutex>
 #include <netdb.h>
 #include <sys/socket.h>
 #include <utility>
@@ -56,23 +55,7 @@ std::optional<std::vector<std::string>> addressesInTime(const std::string& hostN
                                                         Clock::duration time,
                                                         Interruption& interruption) {
     Bell bell(interruption);
-    std::mutex mutex;
-    std::optional<std::vector<std::string>> found;
-    base::Lookups lookups(1);
-    startLookup(lookups, hostName, [&](const std::vector<std::string>& addresses) {
-        {
-            const std::lock_guard lock(mutex);
-            found = addresses;
-        }
-        bell.ring();
-    });
-    const auto isFound = [&] {
-        const std::lock_guard lock(mutex);
-        return found.has_value();
-    };
-    bell.waitUntil(Clock::now() + time, isFound);
-    const std::lock_guard lock(mutex);
-    return found;
+    return resultInTime(time, bell, [hostName] { return addressesOf(hostName); });
 }
 
 }  // namespace robaxi_tool
