@@ -103,11 +103,15 @@ std::string ChildProcess::errors() const {
 }
 
 bool ChildProcess::waitForOutput(const std::string& text, Timeout timeout) {
-    return xWaitFor(fOutput, text, timeout);
+    return xWaitFor([&] { return fOutput.fText.find(text) != std::string::npos; }, timeout);
 }
 
 bool ChildProcess::waitForErrors(const std::string& text, Timeout timeout) {
-    return xWaitFor(fErrors, text, timeout);
+    return xWaitFor([&] { return fErrors.fText.find(text) != std::string::npos; }, timeout);
+}
+
+bool ChildProcess::waitForMoreOutput(std::size_t bytes, Timeout timeout) {
+    return xWaitFor([&] { return fOutput.fText.size() > bytes; }, timeout);
 }
 
 void ChildProcess::signal(int number) {
@@ -129,11 +133,10 @@ std::optional<int> ChildProcess::waitForEnd(Timeout timeout) {
     return fStatus;
 }
 
-bool ChildProcess::xWaitFor(const Stream& stream, const std::string& text, Timeout timeout) {
+bool ChildProcess::xWaitFor(const std::function<bool()>& condition, Timeout timeout) {
     std::unique_lock lock(fMutex);
-    const auto found = [&] { return stream.fText.find(text) != std::string::npos; };
-    fChanged.wait_for(lock, timeout, [&] { return found() || fStatus; });
-    return found();
+    fChanged.wait_for(lock, timeout, [&] { return condition() || fStatus; });
+    return condition();
 }
 
 bool ChildProcess::xRead(Stream& stream) {

@@ -3,6 +3,8 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -50,6 +52,13 @@ class ChildProcess {
     bool waitForErrors(const std::string& text, Timeout timeout = a_patience);
 
     /**
+     * Waits until its standard output has more than so many bytes.
+     *
+     * @return false if it exited without, or the time was over
+     */
+    bool waitForMoreOutput(std::size_t bytes, Timeout timeout = a_patience);
+
+    /**
      * Sends a signal; does nothing if it has exited. For SIGSTOP, returns when all its threads have
      * stopped.
      */
@@ -70,7 +79,7 @@ class ChildProcess {
         std::string fText;
     };
 
-    bool xWaitFor(const Stream& stream, const std::string& text, Timeout timeout);
+    bool xWaitFor(const std::function<bool()>& condition, Timeout timeout);
     bool xRead(Stream& stream);
     void xRun();
 

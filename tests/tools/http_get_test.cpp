@@ -1,4 +1,4 @@
-#include "doctor/http_get.h"
+#include "network/http_get.h"
 
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/io_context.hpp>
@@ -66,7 +66,7 @@ TEST(HttpGet, requestsThePathAsItIs) {
     const HttpAnswer answer = httpGet("::1", server.port(), "//media/buddy.icon", a_longTime, 10);
     EXPECT_EQ(answer.fError, "");
     EXPECT_EQ(answer.fStatus, 404U);
-    EXPECT_EQ(answer.fBytes, 3U);
+    EXPECT_EQ(answer.fBody.size(), 3U);
     EXPECT_EQ(server.request(), "GET //media/buddy.icon HTTP/1.1\r\nHost: [::1]:" +
                                     std::to_string(server.port()) + "\r\nAccept: */*\r\n\r\n");
 }
@@ -74,7 +74,7 @@ TEST(HttpGet, requestsThePathAsItIs) {
 TEST(HttpGet, bodyMayEndWithTheConnection) {
     const HttpAnswer answer = get("HTTP/1.0 200 OK\r\n\r\n0123456789");
     EXPECT_EQ(answer.fError, "");
-    EXPECT_EQ(answer.fBytes, 10U);
+    EXPECT_EQ(answer.fBody.size(), 10U);
 }
 
 TEST(HttpGet, reportsWhyThereIsNoAnswer) {

@@ -1,12 +1,15 @@
 // A reader and a writer of recordings that are not Obvista's. See peer_test.py.
 //
 //   node peer.mjs read FILE            everything in the file, read in two ways, as JSON
+//   node peer.mjs decode FILE          every message, decoded by its channel's schema
 //   node peer.mjs write FILE OPTIONS   a file as OPTIONS (JSON) say; its content as JSON
 import { crc32 } from "@foxglove/crc";
 import { McapIndexedReader, McapStreamReader, McapWriter } from "@mcap/core";
 import nodejs from "@mcap/nodejs";
 import { loadDecompressHandlers } from "@mcap/support";
 import zstd from "@foxglove/wasm-zstd";
+import protobuf from "protobufjs";
+import protobufDescriptor from "protobufjs/ext/descriptor/index.js";
 import { open, readFile } from "node:fs/promises";
 
 const json = (value) =>
@@ -144,11 +147,51 @@ async function write(path, options) {
   return { messages };
 }
 
+// Every message as a viewer shows it: by the schema of its channel, which is in the file.
+async function decode(path, decompressHandlers) {
+  const file = await open(path, "r");
+  const reader = await McapIndexedReader.Initialize({
+    readable: new nodejs.FileHandleReadable(file),
+    decompressHandlers,
+  });
+  const decoders = new Map();
+  for (const channel of reader.channelsById.values()) {
+    const schema = reader.schemasById.get(channel.schemaId);
+    if (channel.messageEncoding === "protobuf") {
+      const set = protobufDescriptor.FileDescriptorSet.decode(schema.data);
+      const type = protobuf.Root.fromDescriptor(set).lookupType(schema.name);
+      decoders.set(channel.id, (data) => type.toObject(type.decode(data), { defaults: true, longs: String }));
+    } else {
+      decoders.set(channel.id, (data) => JSON.parse(new TextDecoder("utf-8", { fatal: true }).decode(data)));
+    }
+  }
+  const messages = [];
+  for await (const { channelId, logTime, publishTime, data } of reader.readMessages({ validateCrcs: true })) {
+    const channel = reader.channelsById.get(channelId);
+    const schema = reader.schemasById.get(channel.schemaId);
+    messages.push({
+      topic: channel.topic,
+      schema: schema.name,
+      type:
+        schema.encoding === "jsonschema"
+          ? JSON.parse(new TextDecoder().decode(schema.data)).properties.value?.type
+          : undefined,
+      logTime,
+      publishTime,
+      content: decoders.get(channelId)(data),
+    });
+  }
+  await file.close();
+  return { messages };
+}
+
 const [command, path, options] = process.argv.slice(2);
 let result;
 if (command === "read") {
   const handlers = await loadDecompressHandlers();
   result = { stream: await readStream(path, handlers), indexed: await readIndexed(path, handlers) };
+} else if (command === "decode") {
+  result = await decode(path, await loadDecompressHandlers());
 } else {
   result = await write(path, JSON.parse(options));
 }

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Compares the library's recordings with a reader and a writer that are not ours.
 
-    peer_test.py RECORDING_TOOL
+    peer_test.py RECORDING_TOOL ROBAXI ROBAXI_ROBOT
 
 The peers are npm's packages @mcap/core, @mcap/nodejs and @mcap/support, at the versions of
 package-lock.json. scripts/peers installs them; the test does so, too, if they are missing, and is
@@ -11,6 +11,8 @@ import json
 import os
 import pathlib
 import shutil
+import signal
+import socket
 import subprocess
 import sys
 import tempfile
@@ -18,6 +20,8 @@ import unittest
 
 HERE = pathlib.Path(__file__).resolve().parent
 TOOL = None
+ROBAXI = None
+ROBOT = None
 PEER = None
 
 
@@ -169,6 +173,75 @@ class TheirFiles(unittest.TestCase):
         self.compare(False, useAttachmentIndex=False, useMetadataIndex=False)
 
 
+class RecordedRobots(unittest.TestCase):
+    """A recording of a simulated robot, as the peer shows it."""
+
+    @staticmethod
+    def record(path):
+        for _ in range(10):
+            with socket.socket() as listener:
+                listener.bind(("127.0.0.1", 0))
+                port = str(listener.getsockname()[1])
+            with subprocess.Popen([ROBOT, "--address", "127.0.0.1", "--port", port, "--http-port", "0",
+                                   "--no-announce"], stdout=subprocess.PIPE, text=True) as robot:
+                try:
+                    if "listens on" in robot.stdout.readline():
+                        RecordedRobots.record_enough("127.0.0.1:" + port, path)
+                        return
+                finally:
+                    robot.terminate()
+        raise AssertionError("the robot does not start")
+
+    @staticmethod
+    def record_enough(place, path):
+        with subprocess.Popen([ROBAXI, "record", place, "--all-cameras", "-o", path, "--json",
+                               "--interval", "0.1"], stdout=subprocess.PIPE, text=True) as recorder:
+            for line in recorder.stdout:
+                report = json.loads(line)
+                if report["values"] > 1000 and report["frames"] > 30:
+                    break
+            recorder.send_signal(signal.SIGINT)
+            recorder.communicate()
+        if recorder.returncode != 130:
+            raise AssertionError(f"the recorder ended with {recorder.returncode}")
+
+    def test_values_and_pictures(self):
+        types = {"number": (float, int), "integer": int, "boolean": bool, "string": str, "array": list,
+                 "object": dict}
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder) / "robot.mcap"
+            self.record(path)
+            messages = run(["node", PEER, "decode", path])["messages"]
+        pictures = {"foxglove.CompressedImage": 0, "foxglove.RawImage": 0}
+        topics = set()
+        for message in messages:
+            content = message["content"]
+            topic = message["topic"].split("/", 3)
+            topics.add("/".join(topic[2:]))
+            if topic[2] == "memory":
+                self.assertIsInstance(content["value"], types[message["type"]], message)
+            elif topic[2] == "camera":
+                pictures[message["schema"]] += 1
+                self.check_picture(message, topic[3])
+        self.assertGreater(min(pictures.values()), 0, pictures)
+        self.assertIn("memory/Joint/HeadYaw/Position", topics)
+        self.assertIn("memory/Battery/Charging", topics)
+
+    def check_picture(self, message, camera):
+        content = message["content"]
+        data = bytes.fromhex(content["data"])
+        stamp = content["timestamp"]
+        self.assertEqual(int(stamp["seconds"]) * 10**9 + stamp["nanos"], int(message["publishTime"]))
+        self.assertEqual(content["frame_id"], camera)
+        if message["schema"] == "foxglove.CompressedImage":
+            self.assertEqual(content["format"], "jpeg")
+            self.assertEqual((data[:2], data[-2:]), (b"\xff\xd8", b"\xff\xd9"))
+        else:
+            self.assertEqual(content["encoding"], "rgb8")
+            self.assertEqual(content["step"], 3 * content["width"])
+            self.assertEqual(len(data), content["step"] * content["height"])
+
+
 def install():
     """Returns the folder of the peer, with its packages."""
     installer = HERE.parents[2] / "scripts" / "peers"
@@ -183,6 +256,8 @@ if __name__ == "__main__":
     if not shutil.which("node") or not shutil.which("npm"):
         print("Node and npm are missing: scripts/setup test installs them")
         sys.exit(77)
+    ROBOT = sys.argv.pop()
+    ROBAXI = sys.argv.pop()
     TOOL = sys.argv.pop()
     PEER = install() / "peer.mjs"
     unittest.main()

@@ -111,6 +111,13 @@ void Options::addText(const char* name, const char* word, std::string* value,
         ->option_text(word + (standard.empty() ? "" : " (=" + standard + ')'));
 }
 
+void Options::addTexts(const char* name, const char* word, std::vector<std::string>* values,
+                       const char* description) {
+    fApp->add_option(name, *values, description)
+        ->option_text(std::string(word) + "...")
+        ->allow_extra_args(false);
+}
+
 void Options::addSwitch(const char* name, bool* value, const char* description) {
     fApp->add_flag(name, *value, description)->disable_flag_override();
 }

@@ -50,6 +50,10 @@ class Options {
     void addText(const char* name, const char* word, std::string* value, const char* description,
                  const std::string& standard = {});
 
+    /** Adds an option with a text that may be given several times. */
+    void addTexts(const char* name, const char* word, std::vector<std::string>* values,
+                  const char* description);
+
     /** Adds an option without a value. */
     void addSwitch(const char* name, bool* value, const char* description);
 

@@ -13,6 +13,7 @@ std::vector<std::unique_ptr<Command>> makeCommands() {
     commands.push_back(makeSetCommand());
     commands.push_back(makeWatchCommand());
     commands.push_back(makeSnapshotCommand());
+    commands.push_back(makeRecordCommand());
     commands.push_back(makeRecordingCommand());
     commands.push_back(makePingCommand());
     commands.push_back(makeDoctorCommand());

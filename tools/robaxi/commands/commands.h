@@ -16,6 +16,7 @@ std::unique_ptr<Command> makeHelpCommand();
 std::unique_ptr<Command> makeListCommand();
 std::unique_ptr<Command> makeModulesCommand();
 std::unique_ptr<Command> makePingCommand();
+std::unique_ptr<Command> makeRecordCommand();
 std::unique_ptr<Command> makeRecordingCommand();
 std::unique_ptr<Command> makeSetCommand();
 std::unique_ptr<Command> makeSnapshotCommand();

@@ -22,6 +22,12 @@ class Interruption {
     /** @throws Interrupted if interrupt() was called */
     void check() const;
     bool happened() const { return fSignal != 0; }
+    /**
+     * Lets the command complete its work after an interruption, for as long as that takes. A second
+     * signal ends the program.
+     */
+    void setCompleting(bool isCompleting) { fIsCompleting = isCompleting; }
+    bool isCompleting() const { return fIsCompleting; }
     /** Returns the first signal, or 0. */
     int signal() const { return fSignal; }
 
@@ -37,7 +43,8 @@ class Interruption {
 
   private:
     std::atomic<int> fSignal{0};  ///< read without the mutex, while a handler's lock is held
-    std::mutex fMutex;            ///< guards the handlers; held while they run
+    std::atomic<bool> fIsCompleting{false};
+    std::mutex fMutex;  ///< guards the handlers; held while they run
     std::map<const void*, std::function<void()>> fHandlers;
 };
 

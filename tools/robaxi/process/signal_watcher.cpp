@@ -24,6 +24,7 @@ bool isIgnored(int signal) {
 
 SignalWatcher::SignalWatcher(Interruption& interruption) : fSignals(fContext), fGrace(fContext) {
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     sigset_t watched;
     sigemptyset(&watched);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
@@ -38,7 +39,13 @@ SignalWatcher::SignalWatcher(Interruption& interruption) : fSignals(fContext), f
         }
         interruption.interrupt(signal);
         fGrace.expires_after(a_grace);
-        fGrace.async_wait([signal](const error_code&) { _exit(exitStatusOfSignal(signal)); });
+        fGrace.async_wait([this, &interruption, signal](const error_code&) {
+            if (!interruption.isCompleting()) {
+                _exit(exitStatusOfSignal(signal));
+            }
+            fSignals.async_wait(
+                [](const error_code&, int second) { _exit(exitStatusOfSignal(second)); });
+        });
     });
     fThread = std::thread([this] { fContext.run(); });
     pthread_sigmask(SIG_BLOCK, &watched, nullptr);  // so that they interrupt that thread only

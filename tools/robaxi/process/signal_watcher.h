@@ -14,10 +14,11 @@ namespace robaxi_tool {
 /**
  * Converts SIGINT, SIGTERM and SIGHUP into an interruption, on a dedicated thread. Signals that the
  * parent process ignored (nohup) stay ignored. A command that is blocked in a call that cannot be
- * cancelled, for instance connecting, has a moment to end; then the program exits without it.
+ * cancelled, for instance connecting, has a moment to end; then the program exits without it,
+ * unless the command is completing its work (see Interruption::setCompleting()).
  *
  * Create it before any other thread, whose system calls the signals would interrupt. It ignores
- * SIGPIPE.
+ * SIGPIPE and SIGXFSZ, whose causes are reported by write().
  */
 class SignalWatcher {
   public:

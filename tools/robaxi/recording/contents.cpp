@@ -22,12 +22,6 @@ using recording::Reader;
 
 constexpr double a_nanosecondsPerSecond = 1e9;
 
-std::string numberText(double number, int digits) {
-    std::ostringstream text;
-    text << std::fixed << std::setprecision(digits) << number;
-    return text.str();
-}
-
 double secondsOf(const recording::Statistics& statistics) {
     return statistics.fEnd > statistics.fStart
                ? static_cast<double>(statistics.fEnd - statistics.fStart) / a_nanosecondsPerSecond
@@ -85,7 +79,7 @@ std::string channelRow(const Reader& reader, const Channel& channel) {
     constexpr std::size_t rateWidth = 10;
     const std::string schema = schemaOf(reader, channel);
     return rightAligned(std::to_string(countOf(reader, channel.fId)), countWidth) +
-           rightAligned(numberText(rateOf(reader, channel.fId), 1) + "/s", rateWidth) + "  " +
+           rightAligned(decimal(rateOf(reader, channel.fId), 1) + "/s", rateWidth) + "  " +
            base::oneLine(channel.fTopic) + "  " + base::oneLine(channel.fMessageEncoding) +
            (schema.empty() ? "" : ' ' + base::oneLine(schema)) + '\n';
 }
@@ -100,6 +94,12 @@ Json damagesJson(const std::vector<Damage>& damages) {
 
 }  // namespace
 
+std::string decimal(double number, int digits) {
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(digits) << number;
+    return text.str();
+}
+
 std::string sizeText(std::uint64_t bytes) {
     constexpr std::array<const char*, 4> units{"kB", "MB", "GB", "TB"};
     constexpr double thousand = 1000;
@@ -113,7 +113,7 @@ std::string sizeText(std::uint64_t bytes) {
         size /= thousand;
         ++unit;
     }
-    return numberText(size, 1) + ' ' + units[unit];
+    return decimal(size, 1) + ' ' + units[unit];
 }
 
 std::string recordedTimeText(std::uint64_t nanoseconds) {
@@ -127,7 +127,7 @@ std::string textOfRecording(const std::string& path, const Reader& reader) {
     if (statistics.fMessageCount > 0) {
         text += row("Start", recordedTimeText(statistics.fStart)) +
                 row("End", recordedTimeText(statistics.fEnd)) +
-                row("Duration", numberText(secondsOf(statistics), 3) + " s");
+                row("Duration", decimal(secondsOf(statistics), 3) + " s");
     }
     text += row("Messages", std::to_string(statistics.fMessageCount) + " in " +
                                 std::to_string(statistics.fChunkCount) + " chunks");

@@ -8,6 +8,9 @@
 
 namespace robaxi_tool {
 
+/** Returns a number with so many digits behind the point. */
+std::string decimal(double number, int digits);
+
 /** Returns for instance "12.3 MB". */
 std::string sizeText(std::uint64_t bytes);
 

@@ -23,20 +23,29 @@ std::string base64(const KVValue& value) {
     return text;
 }
 
+Json base64Json(const KVValue& value) {
+    return {{"base64", base64(value)}};
+}
+
+/** Json writes NaN and the infinities as null. */
+Json plainFloat(double number) {
+    return number;
+}
+
 std::string binaryText(const KVValue& value) {
     return "<" + std::to_string(value.getSize()) + " bytes>";
 }
 
-/** Converts a value to JSON; `binary` converts bytes. */
-template <class BinaryToJson>
-Json shaped(const KVValue& value, const BinaryToJson& binary) {
+/** Converts a value to JSON; `binary` converts bytes and `number` a float. */
+template <class BinaryToJson, class FloatToJson>
+Json shaped(const KVValue& value, const BinaryToJson& binary, const FloatToJson& number) {
     switch (value.type()) {
         case KVValue::Type::Bool:
             return value.toBool();
         case KVValue::Type::Int:
             return value.toInt();
         case KVValue::Type::Float:
-            return value.toFloat();
+            return number(value.toFloat());
         case KVValue::Type::String:
             return value.toString();
         case KVValue::Type::Binary:
@@ -44,14 +53,14 @@ Json shaped(const KVValue& value, const BinaryToJson& binary) {
         case KVValue::Type::List: {
             Json list = Json::array();
             for (const KVValue& element : value.toList()) {
-                list.push_back(shaped(element, binary));
+                list.push_back(shaped(element, binary, number));
             }
             return list;
         }
         case KVValue::Type::Map: {
             Json map = Json::object();
             for (const auto& [key, element] : value.toMap()) {
-                map[key] = shaped(element, binary);
+                map[key] = shaped(element, binary, number);
             }
             return map;
         }
@@ -86,12 +95,22 @@ std::string valueText(const KVValue& value) {
         case KVValue::Type::Float:
             return floatText(value.toFloat());
         default:
-            return base::oneLine(dumped(shaped(value, binaryText), false));
+            return base::oneLine(dumped(shaped(value, binaryText, plainFloat), false));
     }
 }
 
 Json valueJson(const KVValue& value) {
-    return shaped(value, [](const KVValue& bytes) { return Json{{"base64", base64(bytes)}}; });
+    return shaped(value, base64Json, plainFloat);
+}
+
+std::string recordedJson(const KVValue& value) {
+    const auto number = [](double finite) {
+        if (std::isfinite(finite)) {
+            return Json(finite);
+        }
+        return Json(std::isnan(finite) ? "NaN" : finite > 0 ? "Infinity" : "-Infinity");
+    };
+    return dumped(shaped(value, base64Json, number), false);
 }
 
 std::string jsonLine(const Json& json) {

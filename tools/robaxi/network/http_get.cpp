@@ -1,4 +1,4 @@
-#include "doctor/http_get.h"
+#include "network/http_get.h"
 
 #include <base/address.h>
 
@@ -11,6 +11,8 @@
 #include <boost/beast/http/read.hpp>
 #include <boost/beast/http/string_body.hpp>
 #include <boost/beast/http/write.hpp>
+
+#include <utility>
 
 namespace asio = boost::asio;
 namespace beast = boost::beast;
@@ -87,7 +89,7 @@ HttpAnswer httpGet(const std::string& address, unsigned short port, const std::s
     if (response.is_header_done()) {
         answer.fStatus = response.get().result_int();
     }
-    answer.fBytes = response.get().body().size();
+    answer.fBody = std::move(response.get().body());
     answer.fError = error ? reason(error, mostBytes) : std::string();
     return answer;
 }

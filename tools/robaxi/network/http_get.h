@@ -1,5 +1,5 @@
-#ifndef OBVISTA_TOOLS_ROBAXI_DOCTOR_HTTP_GET_H
-#define OBVISTA_TOOLS_ROBAXI_DOCTOR_HTTP_GET_H
+#ifndef OBVISTA_TOOLS_ROBAXI_NETWORK_HTTP_GET_H
+#define OBVISTA_TOOLS_ROBAXI_NETWORK_HTTP_GET_H
 
 #include <chrono>
 #include <cstddef>
@@ -8,13 +8,13 @@
 namespace robaxi_tool {
 
 struct HttpAnswer {
-    std::string fError;      ///< the reason if there is no answer; otherwise empty
-    unsigned fStatus = 0;    ///< for instance 404
-    std::size_t fBytes = 0;  ///< size of the body
+    std::string fError;    ///< the reason if there is no answer; otherwise empty
+    unsigned fStatus = 0;  ///< for instance 404
+    std::string fBody;
 };
 
 /**
- * Downloads a file and discards it. Uses no proxy and follows no redirects.
+ * Downloads a file. Uses no proxy and follows no redirects.
  *
  * @param address an IP address
  * @param path is sent as it is
