@@ -94,7 +94,7 @@ TEST(Lookups, AreLeftBehindWithoutTheirAnswer) {
         EXPECT_TRUE(gate->hasArrived(1));
     }
     gate->open();
-    // The thread lets go of its question when it has ended.
+    // The thread releases its question when it ends.
     const auto end = steady_clock::now() + std::chrono::minutes(1);
     while (held.use_count() > 1 && steady_clock::now() < end) {
         std::this_thread::yield();

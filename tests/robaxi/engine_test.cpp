@@ -39,7 +39,7 @@ class LibraryFolder {
     std::string library() const { return fFolder / "librobaxi.so.0"; }
     std::string engine() const { return fFolder / ROBAXI_ENGINE_FILE; }
 
-    /** What the program says with it. */
+    /** Returns the output of the program with these libraries. */
     std::string run(const std::vector<std::string>& arguments) const {
         std::vector<std::string> command{"env", "LD_LIBRARY_PATH=" + fFolder.string(),
                                          builtFile("tests/robaxi_engine_program")};

@@ -14,8 +14,7 @@
  * A transfer of libcurl.
  *
  * libcurl forbids most of its functions inside its callbacks, so these only collect data; the user
- * takes it when it is told of progress. One step of libcurl delivers at most some hundred
- * kilobytes.
+ * takes it in the progress callback. One step of libcurl delivers at most some hundred kilobytes.
  */
 class CurlTransfer : public QObject, public HttpTransfer {
     Q_OBJECT

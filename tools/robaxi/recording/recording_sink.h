@@ -33,7 +33,7 @@ class RecordingSink {
   public:
     using Topic = std::size_t;
 
-    /** Whether the next file begins with the topic's newest message. */
+    /** Yes: the next file begins with the topic's newest message. */
     enum class Repeat { No, Yes };
 
     /**

@@ -26,8 +26,8 @@ namespace robaxi {
 /**
  * Base of the robot's ends of all streams beside the session.
  *
- * It reads requests until the client closes its side, and ends with the client, the session, the
- * module or a reason of its own. The server owns it until OnDone().
+ * It reads requests until the client closes its side. It ends with the client, the session or the
+ * module, or when the derived class ends it. The server owns it until OnDone().
  */
 template <class Request, class Update>
 class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public SideStream {
