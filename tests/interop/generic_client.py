@@ -35,14 +35,21 @@ class GenericClient:
         call, message = self._prepare(service, method, request, self._channel.unary_stream)
         return call(message, **self._options())
 
+    def learn(self, service):
+        """Learns the messages of a service, which a call does by itself."""
+        self._learn(self._file(file_containing_symbol=service))
+
     def message(self, name, data):
         return json_format.MessageToDict(self._class(name).FromString(data))
+
+    def encode(self, name, content):
+        return json_format.ParseDict(content, self._class(name)()).SerializeToString()
 
     def _options(self):
         return {"metadata": self._metadata, "timeout": TIMEOUT}
 
     def _prepare(self, service, method, request, kind):
-        self._learn(self._file(file_containing_symbol=service))
+        self.learn(service)
         described = self._pool.FindServiceByName(service).FindMethodByName(method)
         question = self._class(described.input_type.full_name)
         answer = self._class(described.output_type.full_name)

@@ -69,6 +69,37 @@ class WithEcho(unittest.TestCase):
             self.assertEqual((refused, details["cause"]), (code, cause))
             self.assertTrue(message)
 
+    def end_of(self, method, *requests):
+        """The status of a stream on which these bytes are sent, and its details."""
+        stream = self.channel.stream_stream(f"/{ROBAXI}/{method}")(iter(requests), timeout=20)
+        with self.assertRaises(grpc.RpcError) as raised:
+            for _ in stream:
+                pass
+        details = dict(raised.exception.trailing_metadata()).get("robaxi-error-bin", b"")
+        return raised.exception.code(), self.client.message("robaxi.v1.Error", details)
+
+    def test_a_message_that_cannot_be_read_ends_its_stream_with_a_status(self):
+        self.client.learn(ROBAXI)
+        hello = self.client.encode("robaxi.v1.ClientBatch", {
+            "messages": [{"hello": {"protocolVersion": 1, "name": "plain"}}]})
+        bad_text = hello.replace(b"plain", b"pl\xffin")
+        for method, requests in [
+            ("Session", [hello, b"\xff\xff\xff"]), ("Session", [b"\xff\xff\xff"]),
+            ("Session", [bad_text]), ("Session", [hello, bad_text]),
+            ("Subscribe", [b"\xff\xff\xff"]), ("Watch", [b"\xff\xff\xff"]),
+        ]:
+            with self.subTest(method=method, requests=requests):
+                code, details = self.end_of(method, *requests)
+                self.assertEqual(code, grpc.StatusCode.INVALID_ARGUMENT)
+                self.assertEqual(details["cause"], "INVALID_ARGUMENT")
+                self.assertTrue(details["text"])
+        self.assertEqual(self.call("Echo", "echo", text("still")), {"value": text("still")})
+
+    def test_a_message_above_the_limit_ends_its_session_with_a_status(self):
+        self.client.learn(ROBAXI)
+        code, _ = self.end_of("Session", bytes(17 << 20))
+        self.assertEqual(code, grpc.StatusCode.RESOURCE_EXHAUSTED)
+
     def test_calls_may_be_large(self):
         large = text("x" * (10 << 20))
         self.assertEqual(self.call("Echo", "echo", large), {"value": large})

@@ -1,6 +1,7 @@
 #include "client/frame_client.h"
 
 #include "wire/message_codec.h"
+#include "wire/raw_message.h"
 
 #include <base/safe_text.h>
 
@@ -39,8 +40,7 @@ bool FrameClient::xTakeRequest(grpc::ByteBuffer& request) {
     if (!fNextRequest) {
         return false;
     }
-    bool ownsBuffer = false;
-    grpc::SerializationTraits<v1::WatchRequest>::Serialize(*fNextRequest, &request, &ownsBuffer);
+    request = writeMessage(*fNextRequest);
     fNextRequest.reset();
     return true;
 }

@@ -12,16 +12,11 @@ FrameServer::FrameServer(Server& server, grpc::CallbackServerContext* context)
 FrameServer::~FrameServer() = default;
 
 void FrameServer::xHandle() {
-    v1::WatchRequest request;
-    if (!grpc::SerializationTraits<v1::WatchRequest>::Deserialize(&fRequest, &request).ok()) {
-        xEnd(KVError::Cause::InvalidArgument, "a request that cannot be read");
-        return;
-    }
-    if (request.has_start()) {
-        xStartWatching(request.start());
+    if (fRequest.has_start()) {
+        xStartWatching(fRequest.start());
     }
     const std::lock_guard lock(fMutex);
-    fReceived = std::max(fReceived, request.received());
+    fReceived = std::max(fReceived, fRequest.received());
 }
 
 void FrameServer::xStartWatching(const v1::WatchStart& start) {

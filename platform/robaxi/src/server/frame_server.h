@@ -20,8 +20,7 @@ namespace robaxi {
  * thread or on one of gRPC's, and its further parts follow when gRPC reports that the last one was
  * sent.
  */
-class FrameServer : public ServerStream<grpc::ByteBuffer, grpc::ByteBuffer>,
-                    private KVFrameSource::Private::Watcher {
+class FrameServer : public ServerStream<v1::WatchRequest>, private KVFrameSource::Private::Watcher {
   public:
     FrameServer(Server& server, grpc::CallbackServerContext* context);
     ~FrameServer() override;

@@ -50,9 +50,12 @@ void deleteSession(ServerSession* session) {
 
 }  // namespace
 
-/** Frames are passed to gRPC unchanged, so their stream is a stream of bytes. */
+/**
+ * The streams are streams of bytes: frames are passed to gRPC unchanged, and a message that cannot
+ * be read is distinguished from the end of its stream.
+ */
 using CallbackService =
-    v1::Robaxi::WithCallbackMethod_Session<v1::Robaxi::WithCallbackMethod_Subscribe<
+    v1::Robaxi::WithRawCallbackMethod_Session<v1::Robaxi::WithRawCallbackMethod_Subscribe<
         v1::Robaxi::WithRawCallbackMethod_Watch<v1::Robaxi::WithCallbackMethod_Call<
             v1::Robaxi::WithCallbackMethod_ListModules<v1::Robaxi::Service>>>>>;
 
@@ -60,12 +63,12 @@ class Server::Service : public CallbackService {
   public:
     explicit Service(Server& server) : fServer(server) {}
 
-    grpc::ServerBidiReactor<v1::ClientBatch, v1::ServerBatch>* Session(
+    grpc::ServerBidiReactor<grpc::ByteBuffer, grpc::ByteBuffer>* Session(
         grpc::CallbackServerContext* context) override {
         return fServer.xOpenSession(context);
     }
 
-    grpc::ServerBidiReactor<v1::SubscriptionRequest, v1::SubscriptionUpdate>* Subscribe(
+    grpc::ServerBidiReactor<grpc::ByteBuffer, grpc::ByteBuffer>* Subscribe(
         grpc::CallbackServerContext* context) override {
         return fServer.xOpenStream<SubscriptionServer>(context);
     }
@@ -176,7 +179,7 @@ Server::~Server() {
     fCalls->stop();
 }
 
-grpc::ServerBidiReactor<v1::ClientBatch, v1::ServerBatch>* Server::xOpenSession(
+grpc::ServerBidiReactor<grpc::ByteBuffer, grpc::ByteBuffer>* Server::xOpenSession(
     grpc::CallbackServerContext* context) {
     takeFromGrpc(this);
     std::shared_ptr<ServerSession> session;

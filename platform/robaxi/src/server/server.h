@@ -92,7 +92,7 @@ class Server : public RunningServer {
     void xStartGrpc();
     void xWarnOfExpiry();
     void xAccept(std::vector<base::FileDescriptor> listening);
-    grpc::ServerBidiReactor<v1::ClientBatch, v1::ServerBatch>* xOpenSession(
+    grpc::ServerBidiReactor<grpc::ByteBuffer, grpc::ByteBuffer>* xOpenSession(
         grpc::CallbackServerContext* context);
     bool xHasRoomFor(const std::string& address) const;
     template <class Stream>

@@ -6,6 +6,7 @@
 #include "server/token_guard.h"
 #include "wire/grpc_handover.h"
 #include "wire/limits.h"
+#include "wire/raw_message.h"
 #include "wire/status_codec.h"
 
 #include <base/safe_text.h>
@@ -34,7 +35,11 @@ ServerSession::ServerSession(Server& server, grpc::CallbackServerContext* contex
       fId(id),
       fPeerAddress(addressOf(context->peer())),
       fLimits(server.limits()),
-      fOut(fLimits.fMessage, [this](const v1::ServerBatch* batch) { StartWrite(batch); }),
+      fOut(fLimits.fMessage,
+           [this](const v1::ServerBatch* batch) {
+               fOutgoing = writeMessage(*batch);
+               StartWrite(&fOutgoing);
+           }),
       fAssembler(fLimits.fMessage),
       fSilence(server.timers(), [this] { xCheckSilence(); }),
       fHeldHelloTurn(server.timers(), [this] { xCheckHeldHello(); }) {
@@ -62,17 +67,21 @@ void ServerSession::OnReadDone(bool ok) {
         return;
     }
     fSilentHeartbeats = 0;
-    fNextIncoming = 0;
-    xHandleBatch();
+    fNextOfBatch = 0;
+    if (readMessage(fIncoming, &fBatch)) {
+        xHandleBatch();
+    } else {
+        xEnd(v1::Error::INVALID_ARGUMENT, "the program sent a message that cannot be read");
+    }
 }
 
 /** Handles the rest of the batch while there is room. */
 void ServerSession::xHandleBatch() {
-    while (fNextIncoming < fIncoming.messages_size()) {
+    while (fNextOfBatch < fBatch.messages_size()) {
         if (!xMayHandle()) {
             return;
         }
-        if (!xReceive(*fIncoming.mutable_messages(fNextIncoming++))) {
+        if (!xReceive(*fBatch.mutable_messages(fNextOfBatch++))) {
             xEnd(v1::Error::INVALID_ARGUMENT,
                  "the program sent a message in parts that cannot be read");
             break;

@@ -33,7 +33,7 @@ class Server;
  *
  * The server owns it until OnDone(); running calls own it longer, and their results are dropped.
  */
-class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::ServerBatch>,
+class ServerSession : public grpc::ServerBidiReactor<grpc::ByteBuffer, grpc::ByteBuffer>,
                       public std::enable_shared_from_this<ServerSession> {
   public:
     ServerSession(Server& server, grpc::CallbackServerContext* context, std::uint64_t id);
@@ -101,8 +101,10 @@ class ServerSession : public grpc::ServerBidiReactor<v1::ClientBatch, v1::Server
     const std::string fPeerAddress;
     const KVSettings::Limits fLimits;
     WriteQueue<v1::ServerBatch, v1::ServerMessage> fOut;
-    v1::ClientBatch fIncoming;
-    int fNextIncoming = 0;
+    grpc::ByteBuffer fOutgoing;
+    grpc::ByteBuffer fIncoming;
+    v1::ClientBatch fBatch;  // that was received
+    int fNextOfBatch = 0;
     FragmentAssembler<v1::ClientMessage> fAssembler;
     v1::Hello fHeldHello;
     bool fIsAdmitted = false;

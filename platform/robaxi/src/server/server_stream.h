@@ -6,6 +6,7 @@
 #include "wire/grpc_handover.h"
 #include "wire/limits.h"
 #include "wire/message_codec.h"
+#include "wire/raw_message.h"
 #include "wire/status_codec.h"
 #include "wire/write_gate.h"
 
@@ -29,8 +30,9 @@ namespace robaxi {
  * It reads requests until the client closes its side. It ends with the client, the session or the
  * module, or when the derived class ends it. The server owns it until OnDone().
  */
-template <class Request, class Update>
-class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public SideStream {
+template <class Request>
+class ServerStream : public grpc::ServerBidiReactor<grpc::ByteBuffer, grpc::ByteBuffer>,
+                     public SideStream {
   public:
     ServerStream(const ServerStream&) = delete;
     ServerStream& operator=(const ServerStream&) = delete;
@@ -56,9 +58,13 @@ class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public Sid
 
     void OnReadDone(bool ok) final {
         const GrpcReaction reaction(this);
-        takeFromGrpc(&fRequest);
+        takeFromGrpc(&fIncoming);
         if (!ok) {
             xFinishWhen(fGate.close());
+            return;
+        }
+        if (!readMessage(fIncoming, &fRequest)) {
+            xEnd(KVError::Cause::InvalidArgument, "a request that cannot be read");
             return;
         }
         xHandle();
@@ -160,25 +166,25 @@ class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public Sid
             status = encodeStatus(fEnding, *fContext);
         }
         giveToGrpc(this);
-        this->Finish(status);
+        Finish(status);
     }
 
     void xStartWrite() {
         giveToGrpc(&fUpdate);
-        this->StartWrite(&fUpdate);
+        StartWrite(&fUpdate);
     }
 
     Server& fServer;
     Request fRequest;
-    Update fUpdate;
+    grpc::ByteBuffer fUpdate;
     WriteGate fGate;
 
     std::mutex fMutex;
 
   private:
     void xRead() {
-        giveToGrpc(&fRequest);
-        this->StartRead(&fRequest);
+        giveToGrpc(&fIncoming);
+        StartRead(&fIncoming);
     }
 
     bool xHasStarted() {
@@ -187,6 +193,7 @@ class ServerStream : public grpc::ServerBidiReactor<Request, Update>, public Sid
     }
 
     grpc::CallbackServerContext* const fContext;
+    grpc::ByteBuffer fIncoming;
     std::string fModule;  // guarded by fMutex, like the following two
     bool fHasStarted = false;
     std::optional<v1::Error> fEnding;  // reason for the end

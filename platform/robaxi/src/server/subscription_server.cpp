@@ -117,7 +117,8 @@ void SubscriptionServer::xPump() {
     }
     if (xCompose()) {
         fIsAwake = true;
-        fUpdate.set_number(++fSent);
+        fNext.set_number(++fSent);
+        fUpdate = writeMessage(fNext);
         xStartWrite();
     } else {
         xFinishWhen(fGate.leave());
@@ -130,7 +131,7 @@ bool SubscriptionServer::xMaySend() {
 }
 
 bool SubscriptionServer::xCompose() {
-    fUpdate.Clear();
+    fNext.Clear();
     Clock::duration period{};
     std::optional<std::vector<std::uint32_t>> choice;
     {
@@ -190,7 +191,7 @@ bool SubscriptionServer::xComposeRemovedKeys() {
     if (fRemoved.empty()) {
         return false;
     }
-    v1::KeySelection* removed = fUpdate.mutable_keys_removed();
+    v1::KeySelection* removed = fNext.mutable_keys_removed();
     for (const std::uint32_t id : fRemoved) {
         removed->add_ids(id);
         fChosen.erase(id);
@@ -204,7 +205,7 @@ bool SubscriptionServer::xComposeAddedKeys() {
     if (index == fTable->fIds.size() && fHasSentTable) {
         return false;
     }
-    v1::KeysAdded* added = fUpdate.mutable_keys_added();
+    v1::KeysAdded* added = fNext.mutable_keys_added();
     std::size_t size = 0;
     for (; index < fTable->fIds.size() && size < limits::bytesOfUpdate(fServer.limits().fMessage);
          ++index) {
@@ -218,7 +219,7 @@ bool SubscriptionServer::xComposeAddedKeys() {
 }
 
 bool SubscriptionServer::xComposeValues(bool onlyNewlyChosen) {
-    BatchEncoder batch(fUpdate.mutable_values(), fServer.limits());
+    BatchEncoder batch(fNext.mutable_values(), fServer.limits());
     if (fSendsAllKeys) {
         xPackAll(batch);
     } else {

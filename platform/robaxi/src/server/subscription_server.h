@@ -23,7 +23,7 @@ namespace robaxi {
  * and packing happens on the broker's timer thread; the threads of gRPC and those that set values
  * only wake it.
  */
-class SubscriptionServer : public ServerStream<v1::SubscriptionRequest, v1::SubscriptionUpdate>,
+class SubscriptionServer : public ServerStream<v1::SubscriptionRequest>,
                            private KVValueTable::Private::Observer {
   public:
     SubscriptionServer(Server& server, grpc::CallbackServerContext* context);
@@ -66,6 +66,7 @@ class SubscriptionServer : public ServerStream<v1::SubscriptionRequest, v1::Subs
 
     // Used on the timer thread only, except that keys are announced and removed with the table's
     // lock held.
+    v1::SubscriptionUpdate fNext;
     std::uint64_t fSent = 0;
     std::uint32_t fLastAnnounced = 0;
     std::vector<std::uint32_t> fRemoved;
