@@ -339,17 +339,17 @@ TEST(Record, EachPartOfASplitRecordingBeginsWithThePresentValues) {
 
 TEST(Record, CountsAndMarksWhatTheDiskIsTooSlowFor) {
     // No chunk may wait, so messages are dropped while one is compressed, which takes long here.
-    recording::WriterOptions options = robaxi_tool::RecordingSink::usualOptions();
+    recording::WriterOptions options = robot_recording::RecordingSink::usualOptions();
     options.fChunkBytes = 400;
     options.fWaitingBytes = 0;
     options.fLevel = 19;
     const std::string path = pathOf("slow.mcap");
-    robaxi_tool::RecordingSink sink(
+    robot_recording::RecordingSink sink(
         path, false, [] {}, options);
     robaxi_tool::EventTopic events(sink, "/robot1");
-    const robaxi_tool::RecordingSink::Topic topic =
-        sink.addTopic(robaxi_tool::valueSchema(robaxi_tool::ValueForm::Int), "/robot1/memory/Key",
-                      {}, robaxi_tool::RecordingSink::Repeat::Yes);
+    const robot_recording::RecordingSink::Topic topic =
+        sink.addTopic(robot_recording::valueSchema(robot_recording::ValueForm::Int), "/robot1/memory/Key",
+                      {}, robot_recording::RecordingSink::Repeat::Yes);
     constexpr std::uint32_t count = 20'000;
     std::uint64_t dropped = 0;
     for (std::uint32_t i = 0; i < count; ++i) {

@@ -1,4 +1,4 @@
-#include "network/http_get.h"
+#include <download/http_get.h>
 
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/io_context.hpp>
@@ -13,7 +13,7 @@
 #include <thread>
 #include <utility>
 
-namespace robaxi_tool {
+namespace download {
 namespace {
 
 namespace asio = boost::asio;
@@ -100,4 +100,4 @@ TEST(HttpGet, waitsForAnAnswerOnlySoLong) {
 }
 
 }  // namespace
-}  // namespace robaxi_tool
+}  // namespace download

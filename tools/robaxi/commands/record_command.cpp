@@ -150,7 +150,7 @@ class Recording {
     RecordingProgress xProgress() const {
         RecordingProgress progress;
         progress.fSeconds = std::chrono::duration<double>(Clock::now() - fStart).count();
-        const SinkProgress sink = fSink->progress();
+        const robot_recording::SinkProgress sink = fSink->progress();
         progress.fBytes = sink.fBytes;
         progress.fDropped = sink.fDropped;
         for (const auto& robot : fRobots) {

@@ -1,5 +1,6 @@
 #include "doctor/checks.h"
-#include "network/robot_icon.h"
+
+#include <download/robot_icon.h>
 
 namespace robaxi_tool {
 
@@ -11,8 +12,8 @@ Finding checkIcon(Examination& examination) {
     if (host != nullptr && !host->isRobot()) {
         return {Verdict::Skipped, "Only robots have an icon.", {}};
     }
-    const RobotIcon icon =
-        getRobotIcon(examination.fAddresses.front(), std::chrono::seconds(examination.fTimeout));
+    const download::RobotIcon icon = download::getRobotIcon(
+        examination.fAddresses.front(), std::chrono::seconds(examination.fTimeout));
     if (icon.fFault.empty()) {
         return {Verdict::Good,
                 "The icon is there (" + std::to_string(icon.fBytes.size()) + " bytes).",

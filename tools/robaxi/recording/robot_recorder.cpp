@@ -1,13 +1,13 @@
 #include "recording/robot_recorder.h"
 
-#include "network/robot_icon.h"
 #include "process/failure.h"
-#include "recording/image_message.h"
 #include "values/key_pattern.h"
 #include "values/value_text.h"
 
 #include <base/safe_text.h>
 #include <base/time.h>
+#include <download/robot_icon.h>
+#include <robot_recording/image_message.h>
 
 #include <algorithm>
 #include <utility>
@@ -15,6 +15,13 @@
 namespace robaxi_tool {
 
 namespace {
+
+using robot_recording::groupMessage;
+using robot_recording::groupSchema;
+using robot_recording::imageMessage;
+using robot_recording::imageSchema;
+using robot_recording::valueMessage;
+using robot_recording::valueSchema;
 
 constexpr const char* a_videoModule = "KVVideo";
 constexpr std::chrono::seconds a_attemptDistance(1);
@@ -195,7 +202,7 @@ void RobotRecorder::xDescribe() {
                          {"host", fHost},
                          {"address", endpoint.reachableHost()},
                          {"port", std::to_string(endpoint.fPort)}}});
-    const RobotIcon icon = getRobotIcon(endpoint.reachableHost(), a_iconTimeout);
+    const download::RobotIcon icon = download::getRobotIcon(endpoint.reachableHost(), a_iconTimeout);
     if (icon.fFault.empty()) {
         fSink->addAttachment({now(), 0, fName + "/icon", "application/octet-stream", icon.fBytes});
     }

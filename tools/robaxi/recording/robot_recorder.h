@@ -3,12 +3,12 @@
 
 #include "network/robot_link.h"
 #include "process/bell.h"
-#include "recording/recording_sink.h"
-#include "recording/value_message.h"
 #include "snapshot/camera.h"
 
 #include <robaxi/kv_frame_stream.h>
 #include <robaxi/kv_subscription.h>
+#include <robot_recording/recording_sink.h>
+#include <robot_recording/value_message.h>
 
 #include <map>
 #include <memory>
@@ -18,6 +18,10 @@
 #include <vector>
 
 namespace robaxi_tool {
+
+using robot_recording::MessageSchema;
+using robot_recording::RecordingSink;
+using robot_recording::ValueForm;
 
 /** The part of a robot to record. */
 struct RobotSelection {

@@ -1,11 +1,10 @@
 #include "values/value_text.h"
 
+#include <base/base64.h>
 #include <base/safe_text.h>
 
-#include <boost/archive/iterators/base64_from_binary.hpp>
-#include <boost/archive/iterators/transform_width.hpp>
-
 #include <cmath>
+#include <string_view>
 
 namespace robaxi_tool {
 
@@ -13,39 +12,28 @@ namespace {
 
 constexpr int a_notIndented = -1;
 
-std::string base64(const KVValue& value) {
-    namespace it = boost::archive::iterators;
-    using Encoder = it::base64_from_binary<it::transform_width<const char*, 6, 8>>;
-    const auto* const bytes = static_cast<const char*>(value.GetBinary());
-    const auto size = static_cast<std::size_t>(value.getSize());
-    std::string text(Encoder(bytes), Encoder(bytes + size));
-    text.append((3 - size % 3) % 3, '=');
-    return text;
-}
-
 Json base64Json(const KVValue& value) {
-    return {{"base64", base64(value)}};
-}
-
-/** Json writes NaN and the infinities as null. */
-Json plainFloat(double number) {
-    return number;
+    const std::string_view bytes(static_cast<const char*>(value.GetBinary()),
+                                 static_cast<std::size_t>(value.getSize()));
+    return {{"base64", base::base64(bytes)}};
 }
 
 std::string binaryText(const KVValue& value) {
     return "<" + std::to_string(value.getSize()) + " bytes>";
 }
 
-/** Converts a value to JSON; `binary` converts bytes and `number` a float. */
-template <class BinaryToJson, class FloatToJson>
-Json shaped(const KVValue& value, const BinaryToJson& binary, const FloatToJson& number) {
+/**
+ * Converts a value to JSON, in which NaN and the infinities are null; `binary` converts bytes.
+ */
+template <class BinaryToJson>
+Json shaped(const KVValue& value, const BinaryToJson& binary) {
     switch (value.type()) {
         case KVValue::Type::Bool:
             return value.toBool();
         case KVValue::Type::Int:
             return value.toInt();
         case KVValue::Type::Float:
-            return number(value.toFloat());
+            return value.toFloat();
         case KVValue::Type::String:
             return value.toString();
         case KVValue::Type::Binary:
@@ -53,14 +41,14 @@ Json shaped(const KVValue& value, const BinaryToJson& binary, const FloatToJson&
         case KVValue::Type::List: {
             Json list = Json::array();
             for (const KVValue& element : value.toList()) {
-                list.push_back(shaped(element, binary, number));
+                list.push_back(shaped(element, binary));
             }
             return list;
         }
         case KVValue::Type::Map: {
             Json map = Json::object();
             for (const auto& [key, element] : value.toMap()) {
-                map[key] = shaped(element, binary, number);
+                map[key] = shaped(element, binary);
             }
             return map;
         }
@@ -95,22 +83,12 @@ std::string valueText(const KVValue& value) {
         case KVValue::Type::Float:
             return floatText(value.toFloat());
         default:
-            return base::oneLine(dumped(shaped(value, binaryText, plainFloat), false));
+            return base::oneLine(dumped(shaped(value, binaryText), false));
     }
 }
 
 Json valueJson(const KVValue& value) {
-    return shaped(value, base64Json, plainFloat);
-}
-
-std::string recordedJson(const KVValue& value) {
-    const auto number = [](double finite) {
-        if (std::isfinite(finite)) {
-            return Json(finite);
-        }
-        return Json(std::isnan(finite) ? "NaN" : finite > 0 ? "Infinity" : "-Infinity");
-    };
-    return dumped(shaped(value, base64Json, number), false);
+    return shaped(value, base64Json);
 }
 
 std::string jsonLine(const Json& json) {

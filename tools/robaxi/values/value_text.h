@@ -23,12 +23,6 @@ std::string valueText(const KVValue& value);
  */
 Json valueJson(const KVValue& value);
 
-/**
- * Returns the value in JSON that can be read back: as valueJson(), but NaN and the infinities are
- * texts as in protobuf's JSON: "NaN", "Infinity", "-Infinity".
- */
-std::string recordedJson(const KVValue& value);
-
 /** Returns one line of JSON with a line break, in ASCII, so that it is safe for a terminal. */
 std::string jsonLine(const Json& json);
 

@@ -1,13 +1,13 @@
-#include "recording/image_message.h"
+#include <robot_recording/image_message.h>
 
-#include "recording/protobuf_message.h"
+#include "protobuf_message.h"
 
 #include <base/time.h>
 
 #include <initializer_list>
 #include <string_view>
 
-namespace robaxi_tool {
+namespace robot_recording {
 
 namespace {
 
@@ -143,4 +143,4 @@ std::string imageMessage(const KVFrame& frame, const std::string& camera) {
     return message.take();
 }
 
-}  // namespace robaxi_tool
+}  // namespace robot_recording

@@ -1,6 +1,6 @@
-#include "recording/protobuf_message.h"
+#include "protobuf_message.h"
 
-namespace robaxi_tool {
+namespace robot_recording {
 
 namespace {
 
@@ -42,4 +42,4 @@ void ProtobufMessage::xAddVarint(std::uint64_t value) {
     fBytes += static_cast<char>(value);
 }
 
-}  // namespace robaxi_tool
+}  // namespace robot_recording

@@ -1,13 +1,13 @@
-#ifndef OBVISTA_TOOLS_ROBAXI_RECORDING_IMAGE_MESSAGE_H
-#define OBVISTA_TOOLS_ROBAXI_RECORDING_IMAGE_MESSAGE_H
+#ifndef ROBOT_RECORDING_IMAGE_MESSAGE_H
+#define ROBOT_RECORDING_IMAGE_MESSAGE_H
 
-#include "recording/message_schema.h"
+#include <robot_recording/message_schema.h>
 
 #include <robaxi/kv_frame.h>
 
 #include <string>
 
-namespace robaxi_tool {
+namespace robot_recording {
 
 /** @name The well-known messages for pictures, in protobuf */
 ///@{
@@ -21,6 +21,6 @@ const MessageSchema& imageSchema(KVPixelFormat format);
 /** Returns a frame of a known format as a message of imageSchema(). */
 std::string imageMessage(const KVFrame& frame, const std::string& camera);
 
-}  // namespace robaxi_tool
+}  // namespace robot_recording
 
 #endif

@@ -1,10 +1,10 @@
-#include "network/robot_icon.h"
+#include <download/robot_icon.h>
 
-#include "network/http_get.h"
+#include <download/http_get.h>
 
 #include <utility>
 
-namespace robaxi_tool {
+namespace download {
 
 namespace {
 
@@ -37,4 +37,4 @@ RobotIcon getRobotIcon(const std::string& address, std::chrono::milliseconds tim
     return icon;
 }
 
-}  // namespace robaxi_tool
+}  // namespace download

@@ -1,12 +1,12 @@
-#ifndef OBVISTA_TOOLS_ROBAXI_RECORDING_PROTOBUF_MESSAGE_H
-#define OBVISTA_TOOLS_ROBAXI_RECORDING_PROTOBUF_MESSAGE_H
+#ifndef ROBOT_RECORDING_PROTOBUF_MESSAGE_H
+#define ROBOT_RECORDING_PROTOBUF_MESSAGE_H
 
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <utility>
 
-namespace robaxi_tool {
+namespace robot_recording {
 
 /**
  * A protobuf message that is being encoded.
@@ -30,6 +30,6 @@ class ProtobufMessage {
     std::string fBytes;
 };
 
-}  // namespace robaxi_tool
+}  // namespace robot_recording
 
 #endif

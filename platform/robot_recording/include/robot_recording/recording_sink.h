@@ -1,7 +1,7 @@
-#ifndef OBVISTA_TOOLS_ROBAXI_RECORDING_RECORDING_SINK_H
-#define OBVISTA_TOOLS_ROBAXI_RECORDING_RECORDING_SINK_H
+#ifndef ROBOT_RECORDING_RECORDING_SINK_H
+#define ROBOT_RECORDING_RECORDING_SINK_H
 
-#include "recording/message_schema.h"
+#include <robot_recording/message_schema.h>
 
 #include <cstdint>
 #include <functional>
@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-namespace robaxi_tool {
+namespace robot_recording {
 
 /** A snapshot of a sink's counters, over all files. */
 struct SinkProgress {
@@ -123,6 +123,6 @@ class RecordingSink {
     std::optional<std::string> fError;
 };
 
-}  // namespace robaxi_tool
+}  // namespace robot_recording
 
 #endif

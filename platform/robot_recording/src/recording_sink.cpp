@@ -1,4 +1,4 @@
-#include "recording/recording_sink.h"
+#include <robot_recording/recording_sink.h>
 
 #include <base/time.h>
 
@@ -9,7 +9,7 @@
 #include <sstream>
 #include <utility>
 
-namespace robaxi_tool {
+namespace robot_recording {
 
 namespace {
 
@@ -234,4 +234,4 @@ std::optional<std::string> RecordingSink::error() const {
     return fError ? fError : fWriter->error();
 }
 
-}  // namespace robaxi_tool
+}  // namespace robot_recording

@@ -1,9 +1,9 @@
-#ifndef OBVISTA_TOOLS_ROBAXI_RECORDING_MESSAGE_SCHEMA_H
-#define OBVISTA_TOOLS_ROBAXI_RECORDING_MESSAGE_SCHEMA_H
+#ifndef ROBOT_RECORDING_MESSAGE_SCHEMA_H
+#define ROBOT_RECORDING_MESSAGE_SCHEMA_H
 
 #include <string>
 
-namespace robaxi_tool {
+namespace robot_recording {
 
 /** The format of the messages of a channel. */
 struct MessageSchema {
@@ -13,6 +13,6 @@ struct MessageSchema {
     std::string fMessageEncoding;  ///< of the messages
 };
 
-}  // namespace robaxi_tool
+}  // namespace robot_recording
 
 #endif

@@ -1,13 +1,13 @@
-#ifndef OBVISTA_TOOLS_ROBAXI_RECORDING_VALUE_MESSAGE_H
-#define OBVISTA_TOOLS_ROBAXI_RECORDING_VALUE_MESSAGE_H
+#ifndef ROBOT_RECORDING_VALUE_MESSAGE_H
+#define ROBOT_RECORDING_VALUE_MESSAGE_H
 
-#include "recording/message_schema.h"
+#include <robot_recording/message_schema.h>
 
 #include <robaxi/kv_value.h>
 
 #include <string>
 
-namespace robaxi_tool {
+namespace robot_recording {
 
 /**
  * The forms of values in a recording. Each has a schema, since viewers learn from it which fields
@@ -27,6 +27,6 @@ std::string valueMessage(const KVValue& value);
 const MessageSchema& groupSchema();
 std::string groupMessage(const std::string& key, const KVValue& value);
 
-}  // namespace robaxi_tool
+}  // namespace robot_recording
 
 #endif

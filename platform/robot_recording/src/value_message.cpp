@@ -1,14 +1,11 @@
-#include "recording/value_message.h"
+#include <robot_recording/value_message.h>
 
-#include "values/value_text.h"
+#include "value_json.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
-#include <cmath>
-#include <string_view>
 
-namespace robaxi_tool {
+namespace robot_recording {
 
 namespace {
 
@@ -62,26 +59,6 @@ MessageSchema makeSchema(ValueForm form) {
     return schemaOf("robaxi.Nothing", R"({"type":"null"})");
 }
 
-/** Returns a number that is read back as a float, with all its digits. */
-std::string floatText(double number) {
-    constexpr std::size_t longest = 32;
-    std::array<char, longest> digits{};
-    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
-    std::string text(digits.data(), end);
-    if (text.find_first_of(".e") == std::string::npos) {
-        text += ".0";
-    }
-    return text;
-}
-
-/** Nearly all values are numbers, so they do without a document. */
-std::string jsonOf(const KVValue& value) {
-    if (value.type() == KVValue::Type::Float && std::isfinite(value.toFloat())) {
-        return floatText(value.toFloat());
-    }
-    return recordedJson(value);
-}
-
 }  // namespace
 
 ValueForm formOf(const KVValue& value) {
@@ -119,7 +96,10 @@ const MessageSchema& valueSchema(ValueForm form) {
 }
 
 std::string valueMessage(const KVValue& value) {
-    return "{\"value\":" + jsonOf(value) + '}';
+    std::string message = "{\"value\":";
+    appendJson(message, value);
+    message += '}';
+    return message;
 }
 
 const MessageSchema& groupSchema() {
@@ -129,7 +109,12 @@ const MessageSchema& groupSchema() {
 }
 
 std::string groupMessage(const std::string& key, const KVValue& value) {
-    return '{' + recordedJson(KVValue(key)) + ':' + jsonOf(value) + '}';
+    std::string message = "{";
+    appendJsonText(message, key);
+    message += ':';
+    appendJson(message, value);
+    message += '}';
+    return message;
 }
 
-}  // namespace robaxi_tool
+}  // namespace robot_recording

@@ -1,4 +1,4 @@
-#include "network/http_get.h"
+#include <download/http_get.h>
 
 #include <base/address.h>
 
@@ -18,7 +18,7 @@ namespace asio = boost::asio;
 namespace beast = boost::beast;
 namespace http = boost::beast::http;
 
-namespace robaxi_tool {
+namespace download {
 
 namespace {
 
@@ -94,4 +94,4 @@ HttpAnswer httpGet(const std::string& address, unsigned short port, const std::s
     return answer;
 }
 
-}  // namespace robaxi_tool
+}  // namespace download

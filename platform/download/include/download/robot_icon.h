@@ -1,10 +1,10 @@
-#ifndef OBVISTA_TOOLS_ROBAXI_NETWORK_ROBOT_ICON_H
-#define OBVISTA_TOOLS_ROBAXI_NETWORK_ROBOT_ICON_H
+#ifndef DOWNLOAD_ROBOT_ICON_H
+#define DOWNLOAD_ROBOT_ICON_H
 
 #include <chrono>
 #include <string>
 
-namespace robaxi_tool {
+namespace download {
 
 /** The answer to a request for a robot's icon. */
 struct RobotIcon {
@@ -16,6 +16,6 @@ struct RobotIcon {
 /** Downloads the icon from the robot's web server. @param address an IP address */
 RobotIcon getRobotIcon(const std::string& address, std::chrono::milliseconds timeout);
 
-}  // namespace robaxi_tool
+}  // namespace download
 
 #endif

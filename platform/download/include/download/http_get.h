@@ -1,11 +1,11 @@
-#ifndef OBVISTA_TOOLS_ROBAXI_NETWORK_HTTP_GET_H
-#define OBVISTA_TOOLS_ROBAXI_NETWORK_HTTP_GET_H
+#ifndef DOWNLOAD_HTTP_GET_H
+#define DOWNLOAD_HTTP_GET_H
 
 #include <chrono>
 #include <cstddef>
 #include <string>
 
-namespace robaxi_tool {
+namespace download {
 
 struct HttpAnswer {
     std::string fError;    ///< the reason if there is no answer; otherwise empty
@@ -24,6 +24,6 @@ struct HttpAnswer {
 HttpAnswer httpGet(const std::string& address, unsigned short port, const std::string& path,
                    std::chrono::milliseconds timeout, std::size_t mostBytes);
 
-}  // namespace robaxi_tool
+}  // namespace download
 
 #endif
