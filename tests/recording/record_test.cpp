@@ -11,6 +11,12 @@
 #include <robaxi/kv_module.h>
 #include <robaxi/kv_value_table.h>
 
+#include <boost/asio/buffer.hpp>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/read_until.hpp>
+#include <boost/asio/streambuf.hpp>
+#include <boost/asio/write.hpp>
 #include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -28,6 +34,8 @@ namespace {
 
 namespace fs = std::filesystem;
 using Json = nlohmann::json;
+namespace asio = boost::asio;
+using asio::ip::tcp;
 using obvista_test::ChildProcess;
 using obvista_test::RobotProcess;
 using obvista_test::runTool;
@@ -49,10 +57,15 @@ class ValueRobot {
     explicit ValueRobot(const std::string& name)
         : fBroker(obvista_test::createTestBroker(name)),
           fTable(boost::make_shared<KVValueTable>()) {
+        offerValues();
+    }
+
+    void offerValues() {
         const auto module = boost::make_shared<KVModule>("KVMemory", "values of a test");
         module->setValues(fTable);
         fBroker->addModule(module);
     }
+    void withdrawValues() { fBroker->removeModule("KVMemory"); }
 
     std::string place() const { return "127.0.0.1:" + std::to_string(fBroker->getPort()); }
 
@@ -72,6 +85,35 @@ class ValueRobot {
     boost::shared_ptr<KVBroker> fBroker;
     boost::shared_ptr<KVValueTable> fTable;
     std::map<std::string, std::uint32_t> fIds;
+};
+
+/** A web server on port 80 that answers one request, when it is released. */
+class SlowIconServer {
+  public:
+    SlowIconServer() : fAcceptor(fContext) {
+        const tcp::endpoint endpoint(asio::ip::address_v4::loopback(), 80);
+        fAcceptor.open(endpoint.protocol());
+        fAcceptor.set_option(tcp::acceptor::reuse_address(true));
+        fAcceptor.bind(endpoint, fError);
+        if (!fError) {
+            fAcceptor.listen();
+        }
+    }
+
+    /** Returns the reason if the port cannot be used. */
+    std::string fault() const { return fError ? fError.message() : ""; }
+
+    void answer(const std::string& icon) {
+        tcp::socket client = fAcceptor.accept();
+        asio::streambuf request;
+        asio::read_until(client, request, "\r\n\r\n");
+        asio::write(client, asio::buffer("HTTP/1.0 200 OK\r\n\r\n" + icon));
+    }
+
+  private:
+    asio::io_context fContext;
+    tcp::acceptor fAcceptor;
+    boost::system::error_code fError;
 };
 
 std::vector<std::string> recordCommand(const std::vector<std::string>& words) {
@@ -319,6 +361,84 @@ TEST(Record, MarksTheGapOfALostRobot) {
     EXPECT_THAT(eventsOf(path, name), ::testing::ElementsAre("begin", "lost", "connected", "end"));
 }
 
+TEST(Record, AnIconThatDoesNotComeDelaysNothing) {
+    SlowIconServer server;
+    if (!server.fault().empty()) {
+        GTEST_SKIP() << "port 80: " << server.fault();
+    }
+    ValueRobot robot("robot1");
+    robot.set("Key", 1, a_robotTime);
+    const std::string path = pathOf("icon.mcap");
+    ChildProcess record(recordCommand({robot.place(), "-o", path}));
+    ASSERT_TRUE(record.waitForOutput("\"values\":1,")) << record.errors();
+    const std::string bytes(100'000, 'i');
+    server.answer(bytes);
+    waitForReport(record, [&](const Json& report) { return report["bytes"] > bytes.size(); });
+    interrupt(record);
+    expectSound(path);
+    const recording::Reader reader(path);
+    ASSERT_EQ(1U, reader.attachments().size());
+    const recording::Attachment icon = reader.readAttachment(reader.attachments().front());
+    EXPECT_EQ("robot1/icon", icon.fName);
+    EXPECT_EQ(bytes, icon.fData);
+}
+
+TEST(Record, MarksTheGapOfValuesThatEndAndContinues) {
+    ValueRobot robot("robot1");
+    robot.set("Key", 1, a_robotTime);
+    const std::string path = pathOf("values_gap.mcap");
+    ChildProcess record(recordCommand({robot.place(), "-o", path}));
+    ASSERT_TRUE(record.waitForOutput("\"values\":1,")) << record.errors();
+    robot.withdrawValues();
+    waitForReport(record, [](const Json& report) { return !report["lost"].empty(); });
+    robot.set("Key", 2, a_robotTime + 1);
+    robot.offerValues();
+    ASSERT_TRUE(record.waitForOutput("\"values\":2,")) << record.errors();
+    interrupt(record);
+    expectSound(path);
+    EXPECT_THAT(eventsOf(path, "robot1"),
+                ::testing::ElementsAre("begin", "values ended", "values continue", "end"));
+    const std::vector<Heard> values = heardByTopic(path)["/robot1/memory/Key"];
+    ASSERT_EQ(2U, values.size());
+    EXPECT_EQ(R"({"value":2})", values[1].fData);
+}
+
+TEST(Record, MarksTheGapOfACameraThatEndsAndContinues) {
+    VideoRobot robot("robot1");
+    robot.addCamera("head");
+    const KVFrame frame = obvista_test::makeFrame(KVPixelFormat::Rgb888, 4, 2, 12,
+                                                  obvista_test::Bytes(std::size_t{4} * 2 * 3, 1));
+    robot.publish("head", frame);
+    const std::string path = pathOf("camera_gap.mcap");
+    ChildProcess record(recordCommand(
+        {"127.0.0.1:" + std::to_string(robot.port()), "--camera", "head", "-o", path}));
+    ASSERT_TRUE(record.waitForOutput("\"frames\":1,")) << record.errors();
+    robot.removeCamera("head");
+    robot.addCamera("head");
+    robot.publish("head", frame);
+    ASSERT_TRUE(record.waitForOutput("\"frames\":2,")) << record.errors();
+    interrupt(record);
+    expectSound(path);
+    EXPECT_THAT(
+        eventsOf(path, "robot1"),
+        ::testing::ElementsAre("begin", "values ended", "camera ended", "camera continues", "end"));
+}
+
+TEST(Record, ConnectsAgainToARobotWithCamerasOnly) {
+    auto robot = std::make_unique<VideoRobot>("robot1");
+    robot->addCamera("head");
+    const std::string path = pathOf("camera_lost.mcap");
+    ChildProcess record(recordCommand(
+        {"127.0.0.1:" + std::to_string(robot->port()), "--camera", "head", "-o", path}));
+    const auto isConnected = [](const Json& report) { return report["lost"].empty(); };
+    waitForReport(record, isConnected);
+    robot->stop();
+    waitForReport(record, std::not_fn(isConnected));
+    interrupt(record);
+    EXPECT_THAT(eventsOf(path, "robot1"),
+                ::testing::ElementsAre("begin", "values ended", "lost", "end"));
+}
+
 TEST(Record, EachPartOfASplitRecordingBeginsWithThePresentValues) {
     ValueRobot robot("robot1");
     robot.set("Still", 5, a_robotTime);
@@ -346,16 +466,16 @@ TEST(Record, CountsAndMarksWhatTheDiskIsTooSlowFor) {
     const std::string path = pathOf("slow.mcap");
     robot_recording::RecordingSink sink(
         path, false, [] {}, options);
-    robaxi_tool::EventTopic events(sink, "/robot1");
+    robot_recording::EventTopic events(sink, "robot1");
     const robot_recording::RecordingSink::Topic topic =
-        sink.addTopic(robot_recording::valueSchema(robot_recording::ValueForm::Int), "/robot1/memory/Key",
-                      {}, robot_recording::RecordingSink::Repeat::Yes);
+        sink.addTopic(robot_recording::valueSchema(robot_recording::ValueForm::Int),
+                      "/robot1/memory/Key", {}, robot_recording::RecordingSink::Repeat::Yes);
     constexpr std::uint32_t count = 20'000;
     std::uint64_t dropped = 0;
     for (std::uint32_t i = 0; i < count; ++i) {
         if (!sink.write(topic, i, a_start + i, a_start + i, "{\"value\":1}")) {
             ++dropped;
-            events.countDrop();
+            events.countDrops();
         }
     }
     sink.flush();

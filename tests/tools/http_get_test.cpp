@@ -1,5 +1,3 @@
-#include <download/http_get.h>
-
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
@@ -8,7 +6,9 @@
 #include <boost/asio/write.hpp>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
+#include <download/http_get.h>
 #include <string>
 #include <thread>
 #include <utility>
@@ -97,6 +97,22 @@ TEST(HttpGet, waitsForAnAnswerOnlySoLong) {
     const unsigned short port =
         tcp::acceptor(context, {asio::ip::address_v4::loopback(), 0}).local_endpoint().port();
     EXPECT_EQ(httpGet("127.0.0.1", port, "/", a_longTime, 10).fError, "Connection refused");
+}
+
+TEST(HttpGet, endsWhenItIsCancelled) {
+    asio::io_context context;
+    tcp::acceptor silent(context, {asio::ip::address_v4::loopback(), 0});
+    std::atomic<bool> isCancelled{false};
+    HttpAnswer answer;
+    std::thread download([&] {
+        answer =
+            httpGet("127.0.0.1", silent.local_endpoint().port(), "/", a_longTime, 10, &isCancelled);
+    });
+    const tcp::socket client = silent.accept();
+    isCancelled = true;
+    download.join();
+    EXPECT_NE(answer.fError, "");
+    EXPECT_NE(answer.fError, "no answer in time");
 }
 
 }  // namespace

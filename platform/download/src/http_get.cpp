@@ -1,5 +1,3 @@
-#include <download/http_get.h>
-
 #include <base/address.h>
 
 #include <boost/asio/io_context.hpp>
@@ -12,6 +10,7 @@
 #include <boost/beast/http/string_body.hpp>
 #include <boost/beast/http/write.hpp>
 
+#include <download/http_get.h>
 #include <utility>
 
 namespace asio = boost::asio;
@@ -26,6 +25,8 @@ using boost::system::error_code;
 
 constexpr unsigned short a_httpPort = 80;
 constexpr int a_http11 = 11;
+/** From one look at the cancellation to the next. */
+constexpr std::chrono::milliseconds a_step{20};
 
 std::string hostField(const asio::ip::address& server, unsigned short port) {
     // The scope of an IPv6 address has a meaning for this computer only.
@@ -52,7 +53,8 @@ std::string reason(const error_code& error, std::size_t mostBytes) {
 }  // namespace
 
 HttpAnswer httpGet(const std::string& address, unsigned short port, const std::string& path,
-                   std::chrono::milliseconds timeout, std::size_t mostBytes) {
+                   std::chrono::milliseconds timeout, std::size_t mostBytes,
+                   const std::atomic<bool>* isCancelled) {
     HttpAnswer answer;
     error_code error;
     const asio::ip::address server = asio::ip::make_address(address, error);
@@ -84,7 +86,15 @@ HttpAnswer httpGet(const std::string& address, unsigned short port, const std::s
             http::async_write(stream, request, read);
         }
     });
-    context.run();
+    if (isCancelled == nullptr) {
+        context.run();
+    }
+    while (!context.stopped() && !*isCancelled) {
+        context.run_for(a_step);
+    }
+    if (!context.stopped()) {
+        error = asio::error::operation_aborted;
+    }
 
     if (response.is_header_done()) {
         answer.fStatus = response.get().result_int();

@@ -1,7 +1,5 @@
-#include <download/robot_icon.h>
-
 #include <download/http_get.h>
-
+#include <download/robot_icon.h>
 #include <utility>
 
 namespace download {
@@ -27,11 +25,13 @@ std::string faultOf(const HttpAnswer& answer) {
 
 }  // namespace
 
-RobotIcon getRobotIcon(const std::string& address, std::chrono::milliseconds timeout) {
+RobotIcon getRobotIcon(const std::string& address, std::chrono::milliseconds timeout,
+                       const std::atomic<bool>* isCancelled) {
     const bool isIpv6 = address.find(':') != std::string::npos;
     RobotIcon icon;
     icon.fUrl = "http://" + (isIpv6 ? '[' + address + ']' : address) + a_iconPath;
-    HttpAnswer answer = httpGet(address, a_httpPort, a_iconPath, timeout, a_largestIcon);
+    HttpAnswer answer =
+        httpGet(address, a_httpPort, a_iconPath, timeout, a_largestIcon, isCancelled);
     icon.fFault = faultOf(answer);
     icon.fBytes = std::move(answer.fBody);
     return icon;

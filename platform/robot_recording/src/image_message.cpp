@@ -1,10 +1,9 @@
-#include <robot_recording/image_message.h>
-
 #include "protobuf_message.h"
 
 #include <base/time.h>
 
 #include <initializer_list>
+#include <robot_recording/image_message.h>
 #include <string_view>
 
 namespace robot_recording {

@@ -1,11 +1,10 @@
-#include <robot_recording/recording_sink.h>
-
 #include <base/time.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <iomanip>
 #include <limits>
+#include <robot_recording/recording_sink.h>
 #include <sstream>
 #include <utility>
 

@@ -1,9 +1,8 @@
-#include <robot_recording/value_message.h>
-
 #include "value_json.h"
 
 #include <algorithm>
 #include <array>
+#include <robot_recording/value_message.h>
 
 namespace robot_recording {
 

@@ -48,7 +48,8 @@ class Recording {
     void start(const std::string& path, const Split& split) {
         fPath = path;
         fSplit = split;
-        fSink = std::make_unique<RecordingSink>(path, split.isWanted(), [this] { fBell.ring(); });
+        fSink = std::make_unique<robot_recording::RecordingSink>(path, split.isWanted(),
+                                                                 [this] { fBell.ring(); });
         fStart = fFileStart = Clock::now();
         fNextReport = fStart + fInterval;
         std::set<std::string> names;
@@ -173,7 +174,7 @@ class Recording {
     Bell fBell;
     std::string fPath;
     Split fSplit;
-    std::unique_ptr<RecordingSink> fSink;
+    std::unique_ptr<robot_recording::RecordingSink> fSink;
     std::vector<std::unique_ptr<RobotRecorder>> fRobots;  ///< end before the sink
     Clock::time_point fPatience;
     Clock::time_point fStart;

@@ -2,55 +2,28 @@
 
 #include "process/failure.h"
 #include "values/key_pattern.h"
-#include "values/value_text.h"
-
-#include <base/safe_text.h>
-#include <base/time.h>
-#include <download/robot_icon.h>
-#include <robot_recording/image_message.h>
 
 #include <algorithm>
+#include <robot_recording/robot_origin.h>
 #include <utility>
 
 namespace robaxi_tool {
 
 namespace {
 
-using robot_recording::groupMessage;
-using robot_recording::groupSchema;
-using robot_recording::imageMessage;
-using robot_recording::imageSchema;
-using robot_recording::valueMessage;
-using robot_recording::valueSchema;
+using robot_recording::CameraTopic;
+using robot_recording::EventTopic;
+using robot_recording::logTimeNow;
+using robot_recording::RecordingSink;
 
 constexpr const char* a_videoModule = "KVVideo";
+/** From the end of a connection, of values or of a stream to the next attempt. */
 constexpr std::chrono::seconds a_attemptDistance(1);
 constexpr int a_attemptTimeout = 1;  ///< seconds
 constexpr std::chrono::seconds a_iconTimeout(2);
-/** A key with a longer name is recorded in the group; a longer description is cut off. */
-constexpr std::size_t a_longestText = 1000;
 
-std::uint64_t nanoseconds(std::int64_t microseconds) {
-    return static_cast<std::uint64_t>(microseconds) * base::a_nanosecondsPerMicrosecond;
-}
-
-std::uint64_t now() {
-    return nanoseconds(base::microsecondsNow());
-}
-
-const MessageSchema& eventSchema() {
-    static const MessageSchema schema{
-        "robaxi.Event", "jsonschema",
-        R"({"type":"object","properties":{"event":{"type":"string"},"text":{"type":"string"},)"
-        R"("messages":{"type":"integer"},"since":{"type":"integer"}}})",
-        "json"};
-    return schema;
-}
-
-/** The topic's beginning: a name has no levels. */
-std::string prefixOf(std::string name) {
-    std::replace(name.begin(), name.end(), '/', '_');
-    return '/' + name;
+bool isDue(const std::optional<Clock::time_point>& time) {
+    return time && Clock::now() >= *time;
 }
 
 std::vector<picture::CameraInfo> chosenCameras(const RobotLink& link,
@@ -71,51 +44,15 @@ std::vector<picture::CameraInfo> chosenCameras(const RobotLink& link,
 
 }  // namespace
 
-// Events
-
-EventTopic::EventTopic(RecordingSink& sink, const std::string& prefix)
-    : fSink(sink),
-      fTopic(sink.addTopic(eventSchema(), prefix + "/events", {}, RecordingSink::Repeat::No)) {
-}
-
-void EventTopic::write(const std::string& event, const std::string& text) {
-    xWrite(Json{{"event", event}, {"text", text}}.dump(-1, ' ', false,
-                                                       Json::error_handler_t::replace));
-}
-
-bool EventTopic::xWrite(const std::string& data) {
-    const std::lock_guard lock(fMutex);
-    const std::uint64_t time = now();
-    return fSink.write(fTopic, ++fSequence, time, time, data);
-}
-
-void EventTopic::countDrop() {
-    const std::lock_guard lock(fMutex);
-    if (fDropped++ == 0) {
-        fDroppedSince = now();
-    }
-}
-
-void EventTopic::reportDrops() {
-    const std::lock_guard lock(fMutex);
-    if (fDropped == 0) {
-        return;
-    }
-    const std::uint64_t time = now();
-    const Json event{{"event", "dropped"},
-                     {"text", "The disk was too slow, or a message too large."},
-                     {"messages", fDropped},
-                     {"since", fDroppedSince}};
-    if (fSink.write(fTopic, ++fSequence, time, time, event.dump())) {
-        fDropped = 0;
-    }
-}
-
 // Cameras
 
-CameraRecorder::CameraRecorder(RecordingSink& sink, EventTopic& events, std::string prefix,
-                               picture::CameraInfo camera)
-    : fSink(sink), fEvents(events), fPrefix(std::move(prefix)), fCamera(std::move(camera)) {
+CameraRecorder::CameraRecorder(RecordingSink& sink, EventTopic& events, const std::string& robot,
+                               const picture::CameraInfo& camera,
+                               std::function<void(const KVError&)> ended)
+    : fEvents(events),
+      fName(camera.fName),
+      fOnEnd(std::move(ended)),
+      fTopic(sink, robot, camera.fName, camera.fDescription) {
 }
 
 void CameraRecorder::addTo(RobotProgress& progress) const {
@@ -124,39 +61,53 @@ void CameraRecorder::addTo(RobotProgress& progress) const {
     progress.fMissedFrames += fMissed;
 }
 
-void CameraRecorder::frameReceived(const KVFrame& frame, std::uint64_t /*passedOver*/) {
-    const std::uint64_t logTime = now();
-    const MessageSchema& schema = imageSchema(frame.fFormat);
+void CameraRecorder::watch(const boost::shared_ptr<KVConnection>& connection) {
+    fStream.reset();
+    {
+        const std::lock_guard lock(fMutex);
+        fNextAttempt.reset();
+    }
+    fStream = KVFrameStream::start(connection, a_videoModule, fName, this);
+}
+
+bool CameraRecorder::isDue() const {
     const std::lock_guard lock(fMutex);
+    return robaxi_tool::isDue(fNextAttempt);
+}
+
+void CameraRecorder::frameReceived(const KVFrame& frame, std::uint64_t /*passedOver*/) {
+    const std::uint64_t logTime = logTimeNow();
+    const std::lock_guard lock(fMutex);
+    if (std::exchange(fIsGap, false)) {
+        fEvents.write("camera continues", fName);
+    }
     // A restarted robot counts from 1 again.
     if (fLastNumber != 0 && frame.fNumber > fLastNumber) {
         fMissed += frame.fNumber - fLastNumber - 1;
     }
     fLastNumber = frame.fNumber;
-    if (schema.fName.empty()) {
+    if (!CameraTopic::canWrite(frame)) {
         ++fMissed;
         return;
     }
-    auto topic = fTopics.find(&schema);
-    if (topic == fTopics.end()) {
-        const RecordingSink::Topic added = fSink.addTopic(
-            schema, fPrefix + "/camera/" + fCamera.fName,
-            {{"camera", fCamera.fName},
-             {"description", std::string(base::shortened(fCamera.fDescription, a_longestText))}},
-            RecordingSink::Repeat::No);
-        topic = fTopics.emplace(&schema, added).first;
-    }
     fEvents.reportDrops();
-    if (fSink.write(topic->second, static_cast<std::uint32_t>(frame.fNumber), logTime,
-                    nanoseconds(frame.fTime), imageMessage(frame, fCamera.fName))) {
+    if (fTopic.write(frame, logTime)) {
         ++fFrames;
     } else {
-        fEvents.countDrop();
+        fEvents.countDrops();
     }
 }
 
 void CameraRecorder::ended(const KVError& error) {
-    fEvents.write("camera ended", fCamera.fName + ": " + error.toString());
+    if (error.cause() != KVError::Cause::ConnectionLost) {
+        const std::lock_guard lock(fMutex);
+        // Each attempt to watch it again may end in the same way.
+        if (!std::exchange(fIsGap, true)) {
+            fEvents.write("camera ended", fName + ": " + error.toString());
+        }
+        fNextAttempt = Clock::now() + a_attemptDistance;
+    }
+    fOnEnd(error);
 }
 
 // Robots
@@ -166,7 +117,6 @@ RobotRecorder::RobotRecorder(std::string host, RobotSelection selection, Bell& b
     : fHost(std::move(host)),
       fSelection(std::move(selection)),
       fBell(bell),
-      fInterruption(interruption),
       fLink(std::make_unique<RobotLink>(fHost, fSelection.fTimeout, interruption)),
       fCameraInfos(chosenCameras(*fLink, fSelection)),
       fName(fLink->connection()->getPeerName()) {
@@ -182,95 +132,142 @@ RobotRecorder::~RobotRecorder() {
 void RobotRecorder::start(RecordingSink& sink, const std::string& name) {
     fSink = &sink;
     fName = name;
-    const std::string prefix = prefixOf(fName);
-    fEvents = std::make_unique<EventTopic>(sink, prefix);
-    fGroup = sink.addTopic(groupSchema(), prefix + "/memory", {}, RecordingSink::Repeat::No);
+    fEvents = std::make_unique<EventTopic>(sink, fName);
+    fTopics = std::make_unique<robot_recording::ValueTopics>(sink, fName);
+    const auto onCameraEnd = [this](const KVError& error) {
+        if (error.cause() == KVError::Cause::ConnectionLost) {
+            xLose(error);
+        }
+        fBell.ring();
+    };
     for (const picture::CameraInfo& camera : fCameraInfos) {
-        fCameras.push_back(std::make_unique<CameraRecorder>(sink, *fEvents, prefix, camera));
+        fCameras.push_back(
+            std::make_unique<CameraRecorder>(sink, *fEvents, fName, camera, onCameraEnd));
     }
     xDescribe();
     fEvents->write("begin", "");
     xSubscribe();
 }
 
-/** Writes what is known about the robot at the beginning of each file. */
+/** Writes what is known about the robot at the beginning of each file. The icon follows. */
 void RobotRecorder::xDescribe() {
     const Endpoint& endpoint = fLink->endpoint();
-    fSink->addMetadata({"robot",
-                        {{"name", fName},
-                         {"topics", prefixOf(fName)},
-                         {"host", fHost},
-                         {"address", endpoint.reachableHost()},
-                         {"port", std::to_string(endpoint.fPort)}}});
-    const download::RobotIcon icon = download::getRobotIcon(endpoint.reachableHost(), a_iconTimeout);
-    if (icon.fFault.empty()) {
-        fSink->addAttachment({now(), 0, fName + "/icon", "application/octet-stream", icon.fBytes});
-    }
+    fSink->addMetadata(
+        robot_recording::robotMetadata({fName, fHost, endpoint.reachableHost(), endpoint.fPort}));
+    fIcon = std::make_unique<download::RobotIconDownload>(endpoint.reachableHost(), a_iconTimeout,
+                                                          [this] { fBell.ring(); });
 }
 
 void RobotRecorder::xSubscribe() {
+    xSubscribeToValues();
+    for (const auto& camera : fCameras) {
+        camera->watch(fLink->connection());
+    }
+}
+
+void RobotRecorder::xSubscribeToValues() {
+    fSubscription.reset();
+    {
+        const std::lock_guard lock(fMutex);
+        fKeys.clear();
+        fNextAttempt.reset();
+    }
     const auto selection = fSelection.fPatterns.empty() ? KVSubscription::Selection::AllKeys
                                                         : KVSubscription::Selection::ChosenKeys;
     fSubscription = KVSubscription::start(fLink->connection(), fSelection.fModule, selection,
                                           fSelection.fRate, this);
-    for (const auto& camera : fCameras) {
-        fStreams.push_back(KVFrameStream::start(fLink->connection(), a_videoModule,
-                                                camera->camera(), camera.get()));
-    }
 }
 
 bool RobotRecorder::needsAttention() const {
+    const auto isCameraDue = [](const auto& camera) { return camera->isDue(); };
+    if ((fIcon && fIcon->isDone()) || (fReconnection && fReconnection->isDone()) ||
+        std::any_of(fCameras.begin(), fCameras.end(), isCameraDue)) {
+        return true;
+    }
     const std::lock_guard lock(fMutex);
-    return fSelectionChanged || fRefusal || (fIsLost && Clock::now() >= fNextAttempt);
+    return fSelectionChanged || fRefusal || isDue(fNextAttempt);
 }
 
 void RobotRecorder::attend() {
-    std::optional<std::vector<std::uint32_t>> ids;
-    bool isDue = false;
+    xTakeIcon();
+    bool isAttemptDue = false;
+    bool isLost = false;
     {
         const std::lock_guard lock(fMutex);
         if (fRefusal) {
             std::rethrow_exception(std::exchange(fRefusal, nullptr));
         }
-        if (std::exchange(fSelectionChanged, false)) {
-            ids.emplace();
-            for (const auto& [id, key] : fKeysById) {
-                ids->push_back(id);
-            }
-        }
-        isDue = fIsLost && Clock::now() >= fNextAttempt;
+        isAttemptDue = isDue(fNextAttempt);
+        isLost = fIsLost;
     }
-    if (isDue) {
-        xReconnect();
-    } else if (ids && !fSelection.fPatterns.empty()) {
-        fSubscription->setKeys(*ids);
+    if (isLost) {
+        if (isAttemptDue || (fReconnection && fReconnection->isDone())) {
+            xReconnect();
+        }
+        return;
+    }
+    if (isAttemptDue) {
+        xSubscribeToValues();
+    }
+    for (const auto& camera : fCameras) {
+        if (camera->isDue()) {
+            camera->watch(fLink->connection());
+        }
+    }
+    xSelectKeys();
+}
+
+void RobotRecorder::xTakeIcon() {
+    std::optional<download::RobotIcon> icon = fIcon ? fIcon->take() : std::nullopt;
+    if (icon && icon->fFault.empty()) {
+        fSink->addAttachment(robot_recording::robotIcon(fName, std::move(icon->fBytes)));
     }
 }
 
-void RobotRecorder::xReconnect() {
-    stop();
-    try {
-        auto link = std::make_unique<RobotLink>(fHost, a_attemptTimeout, fInterruption);
-        fLink = std::move(link);
-    } catch (const KVError&) {
-        xPostpone();
-        return;
-    } catch (const Failure&) {
-        xPostpone();
-        return;
-    }
+/** Subscribes to keys that were added. */
+void RobotRecorder::xSelectKeys() {
+    std::vector<std::uint32_t> ids;
     {
         const std::lock_guard lock(fMutex);
-        fKeysById.clear();
+        if (!std::exchange(fSelectionChanged, false) || fPatterns.empty()) {
+            return;
+        }
+        for (const auto& [id, key] : fKeys) {
+            ids.push_back(id);
+        }
+    }
+    fSubscription->setKeys(ids);
+}
+
+/** Begins an attempt to connect again, or takes the result of one. */
+void RobotRecorder::xReconnect() {
+    if (!fReconnection) {
+        {
+            const std::lock_guard lock(fMutex);
+            fNextAttempt.reset();
+        }
+        fReconnection =
+            std::make_unique<Reconnection>(fHost, a_attemptTimeout, [this] { fBell.ring(); });
+        return;
+    }
+    std::unique_ptr<RobotLink> link = fReconnection->take();
+    fReconnection.reset();
+    if (!link) {
+        const std::lock_guard lock(fMutex);
+        fNextAttempt = Clock::now() + a_attemptDistance;
+        return;
+    }
+    fSubscription.reset();
+    for (const auto& camera : fCameras) {
+        camera->stop();
+    }
+    fLink = std::move(link);
+    {
+        const std::lock_guard lock(fMutex);
         fIsLost = false;
     }
     fEvents->write("connected", "");
     xSubscribe();
-}
-
-void RobotRecorder::xPostpone() {
-    const std::lock_guard lock(fMutex);
-    fNextAttempt = Clock::now() + a_attemptDistance;
 }
 
 std::vector<std::string> RobotRecorder::unmatchedPatterns() const {
@@ -285,8 +282,12 @@ std::vector<std::string> RobotRecorder::unmatchedPatterns() const {
 }
 
 void RobotRecorder::stop() {
+    fReconnection.reset();
+    fIcon.reset();
     fSubscription.reset();
-    fStreams.clear();
+    for (const auto& camera : fCameras) {
+        camera->stop();
+    }
 }
 
 void RobotRecorder::writeEnd() {
@@ -301,7 +302,7 @@ RobotProgress RobotRecorder::progress() const {
     }
     const std::lock_guard lock(fMutex);
     progress.fValues = fValues;
-    progress.fIsConnected = !fIsLost;
+    progress.fIsConnected = !fIsLost && !fAreValuesGone;
     return progress;
 }
 
@@ -316,16 +317,20 @@ bool RobotRecorder::xIsSelected(const std::string& key) {
 }
 
 void RobotRecorder::keysAdded(const std::vector<KVKeyInfo>& keys) {
+    bool isEndOfGap = false;
     {
         const std::lock_guard lock(fMutex);
+        fHasHadKeys = true;
+        isEndOfGap = std::exchange(fAreValuesGone, false);
         for (const KVKeyInfo& info : keys) {
             if (xIsSelected(info.fName)) {
-                Key& key = fKeys[info.fName];
-                key.fInfo = info;
-                fKeysById[info.fId] = &key;
+                fKeys[info.fId] = info;
                 fSelectionChanged = true;
             }
         }
+    }
+    if (isEndOfGap) {
+        fEvents->write("values continue", "");
     }
     fBell.ring();
 }
@@ -335,10 +340,10 @@ void RobotRecorder::keysRemoved(const std::vector<std::uint32_t>& ids) {
     {
         const std::lock_guard lock(fMutex);
         for (const std::uint32_t id : ids) {
-            const auto key = fKeysById.find(id);
-            if (key != fKeysById.end()) {
-                names.push_back(key->second->fInfo.fName);
-                fKeysById.erase(key);
+            const auto key = fKeys.find(id);
+            if (key != fKeys.end()) {
+                names.push_back(key->second.fName);
+                fKeys.erase(key);
             }
         }
     }
@@ -348,68 +353,53 @@ void RobotRecorder::keysRemoved(const std::vector<std::uint32_t>& ids) {
 }
 
 void RobotRecorder::valuesChanged(const std::vector<KVChange>& changes) {
-    const std::uint64_t logTime = now();
+    const std::uint64_t logTime = logTimeNow();
     fEvents->reportDrops();
     const std::lock_guard lock(fMutex);
     for (const KVChange& change : changes) {
-        const auto key = fKeysById.find(change.fId);
-        if (key == fKeysById.end()) {
+        const auto key = fKeys.find(change.fId);
+        if (key == fKeys.end()) {
             continue;
         }
-        if (xWrite(*key->second, change, logTime)) {
+        if (fTopics->write(key->second, change.fValue, change.fTime, logTime)) {
             ++fValues;
         } else {
-            fEvents->countDrop();
+            fEvents->countDrops();
         }
     }
 }
 
-bool RobotRecorder::xWrite(Key& key, const KVChange& change, std::uint64_t logTime) {
-    const std::optional<RecordingSink::Topic> topic = xTopicOf(key, formOf(change.fValue));
-    if (!topic) {
-        return fSink->write(*fGroup, ++fGroupSequence, logTime, nanoseconds(change.fTime),
-                            groupMessage(key.fInfo.fName, change.fValue));
-    }
-    return fSink->write(*topic, ++key.fSequence, logTime, nanoseconds(change.fTime),
-                        valueMessage(change.fValue));
-}
-
-/** Returns the topic of a key's values, or nothing if it belongs to the group. */
-std::optional<RecordingSink::Topic> RobotRecorder::xTopicOf(Key& key, ValueForm form) {
-    const auto known = key.fTopics.find(form);
-    if (known != key.fTopics.end()) {
-        return known->second;
-    }
-    const KVKeyInfo& info = key.fInfo;
-    if (info.fName.size() > a_longestText || !fSink->hasTopicsLeft()) {
-        return std::nullopt;
-    }
-    const RecordingSink::Topic topic = fSink->addTopic(
-        valueSchema(form), prefixOf(fName) + "/memory/" + info.fName,
-        {{"key", info.fName},
-         {"unit", std::string(base::shortened(info.fUnit, a_longestText))},
-         {"description", std::string(base::shortened(info.fDescription, a_longestText))},
-         {"writable", info.fWritable ? "true" : "false"}},
-        RecordingSink::Repeat::Yes);
-    key.fTopics.emplace(form, topic);
-    return topic;
+/** Returns true for robots without values, if there is something else to record. */
+bool RobotRecorder::xIsExpected(const KVError& error) const {
+    return error.cause() == KVError::Cause::NoSuchModule && !fCameras.empty() && fPatterns.empty();
 }
 
 void RobotRecorder::ended(const KVError& error) {
-    const bool isLost = error.cause() == KVError::Cause::ConnectionLost;
-    fEvents->write(isLost ? "lost" : "values ended", error.toString());
-    {
+    if (error.cause() == KVError::Cause::ConnectionLost) {
+        xLose(error);
+    } else {
         const std::lock_guard lock(fMutex);
-        fIsLost = isLost;
-        fNextAttempt = Clock::now();
-        // Another robot may have cameras only.
-        const bool isExpected =
-            error.cause() == KVError::Cause::NoSuchModule && !fCameras.empty() && fPatterns.empty();
-        if (!isLost && !isExpected) {
+        // Each attempt to subscribe again may end in the same way.
+        if (!fAreValuesGone) {
+            fEvents->write("values ended", error.toString());
+        }
+        if (fHasHadKeys) {
+            fAreValuesGone = true;
+            fNextAttempt = Clock::now() + a_attemptDistance;
+        } else if (!xIsExpected(error)) {
             fRefusal = std::make_exception_ptr(error);
         }
     }
     fBell.ring();
+}
+
+/** The end of the values and of each stream report the loss of one connection. */
+void RobotRecorder::xLose(const KVError& error) {
+    const std::lock_guard lock(fMutex);
+    if (!std::exchange(fIsLost, true)) {
+        fEvents->write("lost", error.toString());
+        fNextAttempt = Clock::now();
+    }
 }
 
 }  // namespace robaxi_tool

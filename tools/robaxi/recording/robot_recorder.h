@@ -1,27 +1,27 @@
 #ifndef OBVISTA_TOOLS_ROBAXI_RECORDING_ROBOT_RECORDER_H
 #define OBVISTA_TOOLS_ROBAXI_RECORDING_ROBOT_RECORDER_H
 
+#include "network/reconnection.h"
 #include "network/robot_link.h"
 #include "process/bell.h"
 #include "snapshot/camera.h"
 
 #include <robaxi/kv_frame_stream.h>
 #include <robaxi/kv_subscription.h>
-#include <robot_recording/recording_sink.h>
-#include <robot_recording/value_message.h>
 
+#include <download/robot_icon_download.h>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <robot_recording/camera_topic.h>
+#include <robot_recording/event_topic.h>
+#include <robot_recording/value_topics.h>
 #include <string>
 #include <vector>
 
 namespace robaxi_tool {
-
-using robot_recording::MessageSchema;
-using robot_recording::RecordingSink;
-using robot_recording::ValueForm;
 
 /** The part of a robot to record. */
 struct RobotSelection {
@@ -40,64 +40,53 @@ struct RobotProgress {
     bool fIsConnected = false;
 };
 
-/** The events of one robot in a recording: gaps, drops, removed keys. */
-class EventTopic {
-  public:
-    EventTopic(RecordingSink& sink, const std::string& prefix);
-
-    /** Writes an event now. @param text for people */
-    void write(const std::string& event, const std::string& text);
-
-    /** Counts a message that was dropped. */
-    void countDrop();
-    /** Writes an event about dropped messages if there were some and the disk accepts it. */
-    void reportDrops();
-
-  private:
-    bool xWrite(const std::string& data);
-
-    RecordingSink& fSink;
-    const RecordingSink::Topic fTopic;
-    std::mutex fMutex;  ///< guards the following members
-    std::uint32_t fSequence = 0;
-    std::uint64_t fDropped = 0;
-    std::uint64_t fDroppedSince = 0;
-};
-
-/** Records the frames of one camera. */
+/** Records the frames of one camera, and watches it again when its stream has ended. */
 class CameraRecorder : public KVFrameStream::Listener {
   public:
-    CameraRecorder(RecordingSink& sink, EventTopic& events, std::string prefix,
-                   picture::CameraInfo camera);
+    /** @param ended called when a stream has ended, on a thread of the library */
+    CameraRecorder(robot_recording::RecordingSink& sink, robot_recording::EventTopic& events,
+                   const std::string& robot, const picture::CameraInfo& camera,
+                   std::function<void(const KVError&)> ended);
 
-    const std::string& camera() const { return fCamera.fName; }
     void addTo(RobotProgress& progress) const;
+
+    /** @name Watching. Called on the command's thread. */
+    ///@{
+    void watch(const boost::shared_ptr<KVConnection>& connection);
+    void stop() { fStream.reset(); }
+    /** Returns true if the robot has ended the stream, and it is time for another attempt. */
+    bool isDue() const;
+    ///@}
 
     // Called on a thread of the library.
     void frameReceived(const KVFrame& frame, std::uint64_t passedOver) override;
     void ended(const KVError& error) override;
 
   private:
-    RecordingSink& fSink;
-    EventTopic& fEvents;
-    const std::string fPrefix;
-    const picture::CameraInfo fCamera;
+    robot_recording::EventTopic& fEvents;
+    const std::string fName;
+    const std::function<void(const KVError&)> fOnEnd;
     mutable std::mutex fMutex;  ///< guards the following members
-    std::map<const MessageSchema*, RecordingSink::Topic> fTopics;
+    robot_recording::CameraTopic fTopic;
     std::uint64_t fLastNumber = 0;
     std::uint64_t fFrames = 0;
     std::uint64_t fMissed = 0;
+    bool fIsGap = false;  ///< from an end that was written down to the next frame
+    std::optional<Clock::time_point> fNextAttempt;
+
+    boost::shared_ptr<KVFrameStream> fStream;
 };
 
 /**
- * Records one robot, and connects to it again when the connection was lost.
+ * Records one robot. Connects to it again when the connection was lost, and subscribes again when
+ * the robot has ended its values or a camera.
  *
- * The operations are called on the command's thread.
+ * The operations are called on the command's thread and do not wait for the robot.
  */
 class RobotRecorder : public KVSubscription::Listener {
   public:
     /**
-     * Connects to the robot and finds its cameras.
+     * Connects to the robot and finds its cameras, for which it waits.
      *
      * @param bell rung when attend() is needed
      * @throws UsageError, Failure, KVError, Interrupted
@@ -114,15 +103,15 @@ class RobotRecorder : public KVSubscription::Listener {
      *
      * @param name unique in the recording
      */
-    void start(RecordingSink& sink, const std::string& name);
+    void start(robot_recording::RecordingSink& sink, const std::string& name);
 
     /** Returns true if attend() has something to do. */
     bool needsAttention() const;
 
     /**
-     * Selects new keys; connects again, for which it may wait two seconds.
+     * Selects new keys, connects and subscribes again, and takes the icon.
      *
-     * @throws KVError if the robot refuses to send its values; Interrupted
+     * @throws KVError if the robot has refused to send its values from the beginning
      */
     void attend();
 
@@ -144,45 +133,41 @@ class RobotRecorder : public KVSubscription::Listener {
     void ended(const KVError& error) override;
 
   private:
-    struct Key {
-        KVKeyInfo fInfo;
-        std::uint32_t fSequence = 0;
-        std::map<ValueForm, RecordingSink::Topic> fTopics;
-    };
-
     void xSubscribe();
+    void xSubscribeToValues();
+    void xTakeIcon();
     void xReconnect();
-    void xPostpone();
+    void xSelectKeys();
     bool xIsSelected(const std::string& key);
-    bool xWrite(Key& key, const KVChange& change, std::uint64_t logTime);
-    std::optional<RecordingSink::Topic> xTopicOf(Key& key, ValueForm form);
+    bool xIsExpected(const KVError& error) const;
+    void xLose(const KVError& error);
     void xDescribe();
 
     const std::string fHost;
     const RobotSelection fSelection;
     Bell& fBell;
-    Interruption& fInterruption;
     std::unique_ptr<RobotLink> fLink;
     std::vector<picture::CameraInfo> fCameraInfos;
     std::string fName;
-    RecordingSink* fSink = nullptr;
-    std::unique_ptr<EventTopic> fEvents;
-    std::optional<RecordingSink::Topic> fGroup;
+    robot_recording::RecordingSink* fSink = nullptr;
+    std::unique_ptr<robot_recording::EventTopic> fEvents;
     std::vector<std::unique_ptr<CameraRecorder>> fCameras;
 
     mutable std::mutex fMutex;              ///< guards the following members
     std::map<std::string, bool> fPatterns;  ///< true if a key has matched
-    std::map<std::string, Key> fKeys;
-    std::map<std::uint32_t, Key*> fKeysById;  ///< those of the present connection
-    std::uint32_t fGroupSequence = 0;
+    std::unique_ptr<robot_recording::ValueTopics> fTopics;
+    std::map<std::uint32_t, KVKeyInfo> fKeys;  ///< selected ones of the present subscription
     bool fSelectionChanged = false;
     std::exception_ptr fRefusal;
     bool fIsLost = false;
-    Clock::time_point fNextAttempt;
+    bool fHasHadKeys = false;
+    bool fAreValuesGone = false;  ///< from the end of the values to the next table of keys
+    std::optional<Clock::time_point> fNextAttempt;  ///< to connect, or to subscribe
     std::uint64_t fValues = 0;
 
     boost::shared_ptr<KVSubscription> fSubscription;
-    std::vector<boost::shared_ptr<KVFrameStream>> fStreams;
+    std::unique_ptr<Reconnection> fReconnection;
+    std::unique_ptr<download::RobotIconDownload> fIcon;
 };
 
 }  // namespace robaxi_tool

@@ -1,6 +1,7 @@
 #ifndef DOWNLOAD_HTTP_GET_H
 #define DOWNLOAD_HTTP_GET_H
 
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <string>
@@ -20,9 +21,11 @@ struct HttpAnswer {
  * @param path is sent as it is
  * @param timeout for all of it
  * @param mostBytes a larger body is an error
+ * @param isCancelled ends the download soon when another thread sets it; null for none
  */
 HttpAnswer httpGet(const std::string& address, unsigned short port, const std::string& path,
-                   std::chrono::milliseconds timeout, std::size_t mostBytes);
+                   std::chrono::milliseconds timeout, std::size_t mostBytes,
+                   const std::atomic<bool>* isCancelled = nullptr);
 
 }  // namespace download
 

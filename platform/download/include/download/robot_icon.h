@@ -1,6 +1,7 @@
 #ifndef DOWNLOAD_ROBOT_ICON_H
 #define DOWNLOAD_ROBOT_ICON_H
 
+#include <atomic>
 #include <chrono>
 #include <string>
 
@@ -13,8 +14,14 @@ struct RobotIcon {
     std::string fFault;  ///< the reason if there is no icon; otherwise empty
 };
 
-/** Downloads the icon from the robot's web server. @param address an IP address */
-RobotIcon getRobotIcon(const std::string& address, std::chrono::milliseconds timeout);
+/**
+ * Downloads the icon from the robot's web server.
+ *
+ * @param address an IP address
+ * @param isCancelled ends the download soon when another thread sets it; null for none
+ */
+RobotIcon getRobotIcon(const std::string& address, std::chrono::milliseconds timeout,
+                       const std::atomic<bool>* isCancelled = nullptr);
 
 }  // namespace download
 

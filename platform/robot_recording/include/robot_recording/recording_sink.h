@@ -1,8 +1,6 @@
 #ifndef ROBOT_RECORDING_RECORDING_SINK_H
 #define ROBOT_RECORDING_RECORDING_SINK_H
 
-#include <robot_recording/message_schema.h>
-
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -10,6 +8,7 @@
 #include <mutex>
 #include <optional>
 #include <recording/writer.h>
+#include <robot_recording/message_schema.h>
 #include <string>
 #include <vector>
 

@@ -1,10 +1,9 @@
 #ifndef ROBOT_RECORDING_VALUE_MESSAGE_H
 #define ROBOT_RECORDING_VALUE_MESSAGE_H
 
-#include <robot_recording/message_schema.h>
-
 #include <robaxi/kv_value.h>
 
+#include <robot_recording/message_schema.h>
 #include <string>
 
 namespace robot_recording {
