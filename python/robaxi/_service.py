@@ -13,10 +13,11 @@ import hmac
 import logging
 import secrets
 import time
-from typing import (Any, AsyncIterator, Callable, Coroutine, Deque, Dict, List, Mapping, Optional,
-                    Set, Union)
+from typing import (Any, AsyncIterator, Callable, Coroutine, Counter, Deque, Dict, List, Mapping,
+                    Optional, Set, Union)
 
 import grpc
+from google.protobuf.message import DecodeError
 
 from . import _wire
 from ._wire import Ended
@@ -29,7 +30,7 @@ from .v1 import robaxi_pb2 as pb
 _log = logging.getLogger("robaxi")
 
 THREADS = 8  # on which methods run
-_WAITING_CALLS = 1024  # of a session
+_WAITING_CALLS = 1024  # of a session, and of an address without one
 _IN_FLIGHT = 2  # updates and frames
 _HIGHEST_RATE = 1000.0
 _LONGEST_PERIOD = 86400.0
@@ -71,6 +72,37 @@ class TokenGuard:
         self._refusals[address] = self._refusals.get(address, 0) + 1
 
 
+class RpcLoad:
+    """Number and bytes of the RPCs without a session. One address may use half of the total."""
+
+    def __init__(self, most_bytes: int) -> None:
+        self._most_bytes = most_bytes
+        self._rpcs: Counter[str] = collections.Counter()  # of each address
+        self._bytes: Counter[str] = collections.Counter()
+        self._all_rpcs = 0
+        self._all_bytes = 0
+
+    def add(self, address: str, size: int) -> bool:
+        """Returns false, and adds nothing, beyond a limit."""
+        if self._rpcs[address] >= _WAITING_CALLS or self._all_rpcs >= 2 * _WAITING_CALLS or \
+                self._bytes[address] + size > self._most_bytes or \
+                self._all_bytes + size > 2 * self._most_bytes:
+            return False
+        self._change(address, 1, size)
+        return True
+
+    def remove(self, address: str, size: int) -> None:
+        self._change(address, -1, -size)
+        if not self._rpcs[address]:
+            del self._rpcs[address], self._bytes[address]
+
+    def _change(self, address: str, rpcs: int, size: int) -> None:
+        self._rpcs[address] += rpcs
+        self._bytes[address] += size
+        self._all_rpcs += rpcs
+        self._all_bytes += size
+
+
 class Service:
     """What the server of gRPC runs."""
 
@@ -82,8 +114,7 @@ class Service:
         self.token = token
         self.guard = TokenGuard()
         self.sessions: Dict[int, Session] = {}
-        self._open = 0  # RPCs without a session
-        self._open_bytes = 0
+        self._load = RpcLoad(4 * settings.limits.message)
         self.pool = concurrent.futures.ThreadPoolExecutor(THREADS, thread_name_prefix="robaxi-call")
 
     @property
@@ -93,11 +124,11 @@ class Service:
 
     def handler(self) -> Any:
         def stream(serve: Callable[..., Any], request: Any, reply: Any) -> Any:
-            return grpc.stream_stream_rpc_method_handler(serve, request.FromString,
+            return grpc.stream_stream_rpc_method_handler(serve, _reader(request),
                                                          reply.SerializeToString)
 
         def unary(serve: Callable[..., Any], request: Any, reply: Any) -> Any:
-            return grpc.unary_unary_rpc_method_handler(serve, request.FromString,
+            return grpc.unary_unary_rpc_method_handler(serve, _reader(request),
                                                        reply.SerializeToString)
 
         return grpc.method_handlers_generic_handler(_wire.SERVICE, {
@@ -157,29 +188,29 @@ class Service:
             _log.warning("wrong token from %s", address)
             raise Ended(pb.Error.TOKEN_WRONG)
 
-    async def _call(self, call: pb.Call, context: Any) -> Any:
-        return await self._answer(context, call, self._run_alone(call))
+    async def _call(self, call: Any, context: Any) -> Any:
+        return await self._answer(context, call, self._run_alone)
 
-    async def _list_modules(self, question: pb.ListModules, context: Any) -> Any:
-        return await self._answer(context, question, self._list_alone(question.module))
+    async def _list_modules(self, question: Any, context: Any) -> Any:
+        return await self._answer(context, question, self._list_alone)
 
-    async def _answer(self, context: Any, request: Any, answer: Coroutine[Any, Any, Any]) -> Any:
+    async def _answer(self, context: Any, request: Any,
+                      answer: Callable[[Any], Coroutine[Any, Any, Any]]) -> Any:
         """The answer to a request without a session."""
-        size = request.ByteSize()
-        self._open += 1
-        self._open_bytes += size
+        address = _address_of(context.peer())
+        size = 0 if request is _UNREADABLE else request.ByteSize()
+        is_counted = self._load.add(address, size)
         try:
-            if self._open > _WAITING_CALLS or self._open_bytes > 4 * self.limits.message:
-                raise Ended(pb.Error.TOO_MANY, "too many calls without a session wait")
+            if not is_counted:
+                raise Ended(pb.Error.TOO_MANY, "too many calls without a session wait there")
             bearer = dict(context.invocation_metadata()).get("authorization", "")
-            await self.admit(_address_of(context.peer()), _token_of(bearer))
-            return await answer
+            await self.admit(address, _token_of(bearer))
+            return await answer(_readable(request))
         except Ended as end:
             await context.abort(*end.status())
         finally:
-            answer.close()
-            self._open -= 1
-            self._open_bytes -= size
+            if is_counted:
+                self._load.remove(address, size)
 
     async def _run_alone(self, call: pb.Call) -> pb.Result:
         loop = asyncio.get_running_loop()
@@ -190,8 +221,8 @@ class Service:
         result.call_id = 0
         return result
 
-    async def _list_alone(self, name: str) -> pb.ModuleList:
-        modules = self.list_modules(name)
+    async def _list_alone(self, question: pb.ListModules) -> pb.ModuleList:
+        modules = self.list_modules(question.module)
         if modules is None:
             raise Ended(pb.Error.NO_SUCH_MODULE)
         return pb.ModuleList(modules=modules)
@@ -206,10 +237,30 @@ class Service:
         await _serve(FrameStream(self, context), requests, context)
 
 
+# In the place of a message that cannot be read: an error of a deserialiser would end the RPC with a
+# status of gRPC's choice.
+_UNREADABLE = object()
+
+
+def _reader(message: Any) -> Callable[[bytes], Any]:
+    def read(data: bytes) -> Any:
+        try:
+            return message.FromString(data)
+        except DecodeError:
+            return _UNREADABLE
+    return read
+
+
+def _readable(request: Any) -> Any:
+    if request is _UNREADABLE:
+        raise Ended(pb.Error.INVALID_ARGUMENT, "a message cannot be read")
+    return request
+
+
 async def _serve(stream: Union[Session, _SideStream], requests: AsyncIterator[Any],
                  context: Any) -> None:
     try:
-        await stream.serve(requests)
+        await stream.serve(_readable(request) async for request in requests)
     except Ended as end:
         await context.abort(*end.status())
     except _SessionOver:

@@ -51,6 +51,11 @@ class WithEcho(unittest.TestCase):
         with self.assertRaises(NotFound):
             self.client.unary("robaxi.v1.Nobody", "Call")
 
+    def test_a_service_of_an_endless_name_is_not_looked_for(self):
+        with self.assertRaises(grpc.RpcError) as raised:
+            self.client.unary("x" * (1 << 20), "Call")
+        self.assertEqual(raised.exception.code(), grpc.StatusCode.RESOURCE_EXHAUSTED)
+
     def test_a_method_is_called(self):
         for value in (text("Zürich"), {"type": "INT", "intValue": "-7"}, {},
                       {"type": "LIST", "elements": [{"type": "BOOL", "boolValue": False}]}):

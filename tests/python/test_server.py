@@ -31,8 +31,8 @@ def serve():
     servers = []
 
     def start(**options):
-        server = robaxi.Server("Python", address="127.0.0.1", port=0, announce=False,
-                               **{"settings": Settings(), **options})
+        server = robaxi.Server("Python", port=0, announce=False,
+                               **{"address": "127.0.0.1", "settings": Settings(), **options})
         servers.append(server)
         echo = server.module("Echo", "Says what it hears")
         echo.bind("echo", lambda value: value)
@@ -398,6 +398,10 @@ def test_sessions_follow_the_rules(serve):
                   pb.ClientMessage(heartbeat=pb.Heartbeat(number=1))]:
         end = end_of(raw_session, server, pb.ClientBatch(messages=[first]))
         assert end == (grpc.StatusCode.FAILED_PRECONDITION, pb.Error.PROTOCOL_VERSION)
+    with pytest.raises(grpc.RpcError) as too_large:
+        raw_session(server, pb.ClientBatch(messages=[hello, pb.ClientMessage(
+            fragment=pb.Fragment(data=bytes(17 << 20)))]))
+    assert too_large.value.code() == grpc.StatusCode.RESOURCE_EXHAUSTED
     part = pb.ClientMessage(fragment=pb.Fragment(data=b"nonsense", last=True))
     end = end_of(raw_session, server, pb.ClientBatch(messages=[hello, part]))
     assert end == (grpc.StatusCode.INVALID_ARGUMENT, pb.Error.INVALID_ARGUMENT)
@@ -445,6 +449,45 @@ def unary(server, method, request, reply, **metadata):
         return channel.unary_unary(
             f"/robaxi.v1.Robaxi/{method}", request.SerializeToString, reply.FromString)(
                 request, timeout=PATIENCE, metadata=list(metadata.items()))
+
+
+def test_messages_that_cannot_be_read_end_their_rpc(serve):
+    server = serve()
+    with grpc.insecure_channel(f"127.0.0.1:{server.port}") as channel:
+        for method in ["Session", "Subscribe", "Watch", "Call", "ListModules"]:
+            stream = channel.stream_stream(f"/robaxi.v1.Robaxi/{method}")
+            end = end_of(lambda: list(stream(iter([b"\xff\xff\xff"]), timeout=PATIENCE)))
+            assert end == (grpc.StatusCode.INVALID_ARGUMENT, pb.Error.INVALID_ARGUMENT), method
+
+
+def test_one_address_does_not_keep_the_others_out(serve):
+    server = serve(address="::", settings=Settings(limits=Limits(message=65536)))
+    is_over = threading.Event()
+    entered = threading.Semaphore(0)
+
+    @server.module("Slow", "Takes its time").method
+    def hold(text: str):
+        entered.release()
+        is_over.wait(PATIENCE)
+
+    def call(channel, module, method):
+        large = pb.Value(type=pb.Value.STRING, string_value="x" * 60000)
+        return channel.unary_unary("/robaxi.v1.Robaxi/Call", pb.Call.SerializeToString,
+                                   pb.Result.FromString).future(
+            pb.Call(module=module, method=method, arguments=[large]), timeout=PATIENCE)
+
+    with grpc.insecure_channel(f"127.0.0.1:{server.port}") as stranger, \
+            grpc.insecure_channel(f"[::1]:{server.port}") as other:
+        held = [call(stranger, "Slow", "hold") for _ in range(4)]
+        for _ in held:
+            assert entered.acquire(timeout=PATIENCE)
+        end = end_of(call(stranger, "Echo", "echo").result)
+        assert end == (grpc.StatusCode.RESOURCE_EXHAUSTED, pb.Error.TOO_MANY)
+        assert len(call(other, "Echo", "echo").result().value.string_value) == 60000
+        is_over.set()
+        for each in held:
+            each.result()
+        assert call(stranger, "Echo", "echo").result()
 
 
 def test_a_session_is_not_needed(serve):

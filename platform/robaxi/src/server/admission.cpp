@@ -3,6 +3,7 @@
 #include "net/connection_acceptor.h"
 #include "server/server.h"
 #include "wire/limits.h"
+#include "wire/status_codec.h"
 
 namespace robaxi {
 
@@ -20,31 +21,42 @@ std::string tokenOf(const grpc::CallbackServerContext& context) {
     return value.rfind(scheme, 0) == 0 ? value.substr(scheme.size()) : std::string();
 }
 
+constexpr const char* a_noRoom = "too many calls without a session wait there";
+
 }  // namespace
 
 Admission::Admission(Server& server, grpc::CallbackServerContext* context)
     : fServer(server),
       fContext(context),
+      fAddress(addressOf(context->peer())),
       fLoad(server.rpcLoad()),
-      fMostBytes(limits::waitingBytes(server.limits().fMessage)),
       fTurn(server.timers(), [this] { xCheck(); }) {
-    ++fLoad->fCount;
 }
 
 Admission::~Admission() {
-    fLoad->fBytes -= fBytes;
-    --fLoad->fCount;
+    if (fIsCounted) {
+        fLoad->remove(fAddress, fBytes);
+    }
 }
 
-bool Admission::holdBytes(std::size_t bytes) {
+void Admission::addResult(std::size_t bytes) {
     fBytes += bytes;
-    return (fLoad->fBytes += bytes) <= fMostBytes;
+    fLoad->grow(fAddress, bytes);
 }
 
-void Admission::start(Done done) {
+std::optional<v1::Error> Admission::refusalForRoom() const {
+    if (fLoad->hasRoom(fAddress)) {
+        return std::nullopt;
+    }
+    return makeError(v1::Error::TOO_MANY, a_noRoom);
+}
+
+void Admission::start(std::size_t bytes, Done done) {
     fDone = std::move(done);
-    if (fLoad->fCount > limits::a_waitingCalls) {
-        xRefuse(v1::Error::TOO_MANY, "too many programs call it at this moment");
+    fBytes = bytes + limits::a_costOfMessage;
+    fIsCounted = fLoad->add(fAddress, fBytes);
+    if (!fIsCounted) {
+        xRefuse(v1::Error::TOO_MANY, a_noRoom);
         return;
     }
     if (!fServer.security().asksForToken()) {
@@ -57,7 +69,6 @@ void Admission::start(Done done) {
         xRefuse(v1::Error::TOKEN_MISSING);
         return;
     }
-    fAddress = addressOf(fContext->peer());
     const auto now = TimerThread::Clock::now();
     const auto turn =
         fServer.tokenGuard().reserveTurn(fAddress, now, limits::silenceOfClient(fServer.limits()));
@@ -80,10 +91,7 @@ void Admission::xCheck() {
 }
 
 void Admission::xRefuse(v1::Error::Cause cause, const std::string& text) {
-    v1::Error error;
-    error.set_cause(cause);
-    error.set_text(text);
-    fDone(error);
+    fDone(makeError(cause, text));
 }
 
 }  // namespace robaxi

@@ -2,11 +2,11 @@
 #define ROBAXI_ADMISSION_H
 
 #include "robaxi/v1/robaxi.pb.h"
+#include "server/rpc_load.h"
 #include "timer_thread.h"
 
 #include <grpcpp/grpcpp.h>
 
-#include <atomic>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -16,12 +16,6 @@
 namespace robaxi {
 
 class Server;
-
-/** Number and bytes of the RPCs of a broker that belong to no session. */
-struct RpcLoad {
-    std::atomic<std::size_t> fCount{0};
-    std::atomic<std::size_t> fBytes{0};
-};
 
 /**
  * Admission of an RPC that belongs to no session: checks the limits, and the token in its metadata.
@@ -40,12 +34,15 @@ class Admission {
     /**
      * Calls `done` once: at once, or on the timer thread if the token has to wait until it is
      * checked.
+     *
+     * @param bytes that the RPC holds until its end
      */
-    void start(Done done);
+    void start(std::size_t bytes, Done done);
 
-    /** Counts bytes that the RPC holds until its end. Returns false if there is no room for them.
-     */
-    bool holdBytes(std::size_t bytes);
+    /** Counts the bytes of a result, which the RPC holds until its end. */
+    void addResult(std::size_t bytes);
+    /** Returns the refusal if RPCs of the same address already hold too many bytes. */
+    std::optional<v1::Error> refusalForRoom() const;
 
   private:
     void xCheck();
@@ -53,10 +50,10 @@ class Admission {
 
     Server& fServer;
     grpc::CallbackServerContext* const fContext;
+    const std::string fAddress;
     const std::shared_ptr<RpcLoad> fLoad;
-    const std::size_t fMostBytes;
-    std::atomic<std::size_t> fBytes{0};
-    std::string fAddress;
+    bool fIsCounted = false;
+    std::size_t fBytes = 0;  // that are counted
     std::string fToken;
     Done fDone;
     Timer fTurn;

@@ -23,7 +23,7 @@ class FreeStream : public Reactor {
 
     void start() {
         giveToGrpc(this);
-        fAdmission.start([this](const std::optional<v1::Error>& refusal) {
+        fAdmission.start(0, [this](const std::optional<v1::Error>& refusal) {
             if (refusal) {
                 xEnd(encodeStatus(refusal, *fContext));
             } else {

@@ -4,6 +4,8 @@
 #include "server/free_stream.h"
 #include "server/server.h"
 
+#include <cstddef>
+
 namespace robaxi {
 
 namespace {
@@ -11,6 +13,9 @@ namespace {
 namespace reflection = grpc::reflection::v1alpha;
 using Request = reflection::ServerReflectionRequest;
 using Response = reflection::ServerReflectionResponse;
+
+/** Bytes of a request, which the response repeats; enough for any name. */
+constexpr std::size_t a_largestRequest = 4096;
 
 void setError(grpc::StatusCode code, const char* text, Response* response) {
     response->mutable_error_response()->set_error_code(code);
@@ -66,6 +71,11 @@ class ReflectionStream : public FreeStream<grpc::ServerBidiReactor<Request, Resp
         const GrpcReaction reaction(this);
         if (!ok) {
             xEnd(grpc::Status::OK);
+            return;
+        }
+        if (fRequest.ByteSizeLong() > a_largestRequest) {
+            fRequest.Clear();
+            xEnd(grpc::Status(grpc::StatusCode::RESOURCE_EXHAUSTED, "the request is too large"));
             return;
         }
         fResponse = answer(fRequest);

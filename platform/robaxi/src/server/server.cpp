@@ -99,6 +99,8 @@ Server::Server(std::shared_ptr<Runtime> runtime, std::shared_ptr<HostedModules> 
       fModules(std::move(modules)),
       fSecurity(fRuntime->fSettings.fServer),
       fCalls(TaskPool::create(limits::a_methodThreads)),
+      fRpcLoad(std::make_shared<RpcLoad>(limits::a_waitingCalls,
+                                         limits::waitingBytes(limits().fMessage))),
       fService(std::make_unique<Service>(*this)),
       fHealth(makeHealthService(*this)),
       fReflection(makeReflectionService(*this)) {

@@ -7,8 +7,8 @@
 #include "net/security.h"
 #include "robaxi/v1/robaxi.grpc.pb.h"
 #include "runtime.h"
-#include "server/admission.h"
 #include "server/expiry_warning.h"
+#include "server/rpc_load.h"
 #include "server/token_guard.h"
 
 #include <grpcpp/grpcpp.h>
@@ -105,7 +105,7 @@ class Server : public RunningServer {
     const ServerSecurity fSecurity;
     const std::shared_ptr<TaskPool> fCalls;
     TokenGuard fTokenGuard;
-    const std::shared_ptr<RpcLoad> fRpcLoad = std::make_shared<RpcLoad>();
+    const std::shared_ptr<RpcLoad> fRpcLoad;
     std::unique_ptr<Service> fService;
     const std::unique_ptr<grpc::Service> fHealth;
     const std::unique_ptr<grpc::Service> fReflection;

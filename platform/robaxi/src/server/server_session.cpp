@@ -16,17 +16,6 @@
 
 namespace robaxi {
 
-namespace {
-
-v1::Error makeError(v1::Error::Cause cause, const std::string& text) {
-    v1::Error error;
-    error.set_cause(cause);
-    error.set_text(text);
-    return error;
-}
-
-}  // namespace
-
 ServerSession::ServerSession(Server& server, grpc::CallbackServerContext* context, std::uint64_t id)
     : fServer(server),
       fModules(server.modules()),

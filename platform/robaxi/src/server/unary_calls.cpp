@@ -8,13 +8,6 @@ namespace robaxi {
 
 namespace {
 
-v1::Error makeError(v1::Error::Cause cause, const std::string& text = std::string()) {
-    v1::Error error;
-    error.set_cause(cause);
-    error.set_text(text);
-    return error;
-}
-
 /** The server is not used in a call: it may be destroyed while a method runs. */
 class UnaryCall : public UnaryRpc<v1::Call, v1::Result> {
   public:
@@ -27,10 +20,6 @@ class UnaryCall : public UnaryRpc<v1::Call, v1::Result> {
 
   private:
     void xAnswer() override {
-        if (!fAdmission.holdBytes(fRequest.ByteSizeLong() + limits::a_costOfMessage)) {
-            xRefuseForRoom();
-            return;
-        }
         fPool->post([this, self = shared_from_this()] { xRun(); });
     }
 
@@ -38,8 +27,8 @@ class UnaryCall : public UnaryRpc<v1::Call, v1::Result> {
         if (xHasEnded()) {
             return;  // cancelled while it waited
         }
-        if (!fAdmission.holdBytes(0)) {
-            xRefuseForRoom();
+        if (const auto refusal = fAdmission.refusalForRoom()) {
+            xRefuse(*refusal);  // results wait to be sent
             return;
         }
         v1::Result result;
@@ -48,11 +37,9 @@ class UnaryCall : public UnaryRpc<v1::Call, v1::Result> {
             xRefuse(result.error());
             return;
         }
-        fAdmission.holdBytes(result.ByteSizeLong());
+        fAdmission.addResult(result.ByteSizeLong());
         xSend(std::move(result));
     }
-
-    void xRefuseForRoom() { xRefuse(makeError(v1::Error::TOO_MANY, "too much waits there")); }
 
     const std::shared_ptr<HostedModules> fModules;
     const std::shared_ptr<TaskPool> fPool;

@@ -32,7 +32,7 @@ class UnaryRpc : public grpc::ServerUnaryReactor,
     void start() {
         fSelf = this->shared_from_this();
         giveToGrpc(this);
-        fAdmission.start([this](const std::optional<v1::Error>& refusal) {
+        fAdmission.start(fRequest.ByteSizeLong(), [this](const std::optional<v1::Error>& refusal) {
             if (refusal) {
                 xRefuse(*refusal);
             } else {
@@ -43,9 +43,7 @@ class UnaryRpc : public grpc::ServerUnaryReactor,
 
     void OnCancel() final {
         const GrpcReaction reaction(this);
-        v1::Error error;
-        error.set_cause(v1::Error::CANCELLED);
-        xRefuse(error);
+        xRefuse(makeError(v1::Error::CANCELLED));
     }
 
     void OnDone() final {

@@ -53,9 +53,12 @@ constexpr std::chrono::milliseconds a_timeToSendTheRest{500};
 
 constexpr std::size_t a_methodThreads = 8;
 constexpr std::size_t a_noticeThreads = 4;
-/** Calls of one session that wait for a thread. */
+/** Calls of one session that wait for a thread, and RPCs of one address without a session. */
 constexpr std::size_t a_waitingCalls = 1024;
-/** Bytes of one session that wait: arguments of calls for a thread, and messages to be sent. */
+/**
+ * Bytes of one session that wait: arguments of calls for a thread, and messages to be sent. Also
+ * those of the RPCs of one address without a session.
+ */
 constexpr std::size_t waitingBytes(std::size_t largestMessage) {
     return 4 * largestMessage;
 }

@@ -56,6 +56,13 @@ std::string textOf(const grpc::Status& status, v1::Error::Cause cause) {
 
 }  // namespace
 
+v1::Error makeError(v1::Error::Cause cause, const std::string& text) {
+    v1::Error error;
+    error.set_cause(cause);
+    error.set_text(text);
+    return error;
+}
+
 grpc::StatusCode statusCodeOf(v1::Error::Cause cause) {
     switch (cause) {
         case v1::Error::INVALID_ARGUMENT:

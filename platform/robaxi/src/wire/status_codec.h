@@ -7,9 +7,12 @@
 #include <grpcpp/grpcpp.h>
 
 #include <optional>
+#include <string>
 
 /** The end of an RPC: a status of gRPC, and a v1::Error in the trailing metadata. */
 namespace robaxi {
+
+v1::Error makeError(v1::Error::Cause cause, const std::string& text = std::string());
 
 /** Returns the status of gRPC for a cause; INTERNAL for an unknown one. */
 grpc::StatusCode statusCodeOf(v1::Error::Cause cause);
