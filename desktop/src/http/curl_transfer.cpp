@@ -6,6 +6,19 @@
 
 namespace {
 
+// libcurl must be initialised before its first use by any thread. TLS is not needed for plain HTTP.
+void initialiseCurl() {
+    static const CURLcode once = curl_global_init(CURL_GLOBAL_NOTHING);
+    Q_UNUSED(once)
+}
+
+CURLM* createMulti() {
+    initialiseCurl();
+    CURLM* multi = curl_multi_init();
+    Q_CHECK_PTR(multi);
+    return multi;
+}
+
 QByteArray urlHost(const QString& host) {
     return host.contains(QLatin1Char(':')) ? '[' + host.toLatin1() + ']' : QUrl::toAce(host);
 }
@@ -19,23 +32,27 @@ QByteArray urlPath(const QString& path) {
 
 CurlTransfer::CurlTransfer(const QString& host, quint16 port, const QString& path,
                            std::chrono::milliseconds timeOut, std::function<void()> onProgress)
-    : fMulti(nullptr),
+    : fMulti(createMulti()),
       fOnProgress(std::move(onProgress)),
       fUrl(curl_url()),
       fEasy(curl_easy_init()) {
     Q_CHECK_PTR(fUrl.get());
     Q_CHECK_PTR(fEasy.get());
+    fTimer.setSingleShot(true);
+    // A coarse timer may fire early, and libcurl would then request it again.
+    fTimer.setTimerType(Qt::PreciseTimer);
+    connect(&fTimer, &QTimer::timeout, this, [this] { xAct(CURL_SOCKET_TIMEOUT, 0); });
+    xSetEventLoop();
     xSetUrl(host, port, path);
     xSetOptions(timeOut);
-    // Queued, since the user may delete the transfer, and with it the timer or the notifier whose
-    // signal is being emitted.
-    connect(&fMulti, &CurlMulti::progressed, this, &CurlTransfer::xOnProgress,
-            Qt::QueuedConnection);
-    fMulti.add(fEasy.get());
+    curl_multi_add_handle(fMulti, fEasy.get());
 }
 
 CurlTransfer::~CurlTransfer() {
-    fMulti.remove(fEasy.get());
+    // While the notifiers and the timer exist, which libcurl changes here.
+    curl_multi_remove_handle(fMulti, fEasy.get());
+    fEasy.reset();
+    curl_multi_cleanup(fMulti);
 }
 
 std::optional<QHttpResponseHeader> CurlTransfer::takeHeader() {
@@ -68,12 +85,22 @@ void CurlTransfer::xOnProgress() {
     if (fHasEnded) {
         return;
     }
-    if (const auto result = fMulti.takeResult()) {
-        fHasEnded = true;
-        fErrorText = xErrorText(*result);
+    int remaining = 0;
+    while (const CURLMsg* message = curl_multi_info_read(fMulti, &remaining)) {
+        if (message->msg == CURLMSG_DONE) {
+            fHasEnded = true;
+            fErrorText = xErrorText(message->data.result);
+        }
     }
     const std::function<void()> onProgress = fOnProgress;  // outlives the transfer
     onProgress();
+}
+
+void CurlTransfer::xSetEventLoop() {
+    curl_multi_setopt(fMulti, CURLMOPT_SOCKETFUNCTION, &CurlTransfer::xOnSocketWanted);
+    curl_multi_setopt(fMulti, CURLMOPT_SOCKETDATA, this);
+    curl_multi_setopt(fMulti, CURLMOPT_TIMERFUNCTION, &CurlTransfer::xOnTimerWanted);
+    curl_multi_setopt(fMulti, CURLMOPT_TIMERDATA, this);
 }
 
 void CurlTransfer::xSetUrl(const QString& host, quint16 port, const QString& path) {
@@ -105,6 +132,57 @@ void CurlTransfer::xSetOptions(std::chrono::milliseconds timeOut) {
     curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &CurlTransfer::xOnBody);
     curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
+}
+
+int CurlTransfer::xOnSocketWanted(CURL*, curl_socket_t socket, int what, void* self, void*) {
+    auto* transfer = static_cast<CurlTransfer*>(self);
+    const int events = what == CURL_POLL_REMOVE ? CURL_POLL_NONE : what;
+    transfer->xWatch(socket, QSocketNotifier::Read, (events & CURL_POLL_IN) != 0);
+    transfer->xWatch(socket, QSocketNotifier::Write, (events & CURL_POLL_OUT) != 0);
+    return 0;
+}
+
+int CurlTransfer::xOnTimerWanted(CURLM*, long milliseconds, void* self) {
+    QTimer& timer = static_cast<CurlTransfer*>(self)->fTimer;
+    if (milliseconds < 0) {
+        timer.stop();
+    } else {
+        timer.start(std::chrono::milliseconds(milliseconds));
+    }
+    return 0;
+}
+
+void CurlTransfer::xWatch(curl_socket_t socket, QSocketNotifier::Type type, bool wanted) {
+    const auto key = std::make_pair(socket, type);
+    const auto found = fNotifiers.find(key);
+    if (wanted == (found != fNotifiers.end())) {
+        return;
+    }
+    if (wanted) {
+        fNotifiers.emplace(key, xCreateNotifier(socket, type));
+        return;
+    }
+    // Disabled at once, since the descriptor is closed when this returns; deleted later, since this
+    // may be called from the notifier's signal.
+    found->second->setEnabled(false);
+    found->second->deleteLater();
+    fNotifiers.erase(found);
+}
+
+QSocketNotifier* CurlTransfer::xCreateNotifier(curl_socket_t socket, QSocketNotifier::Type type) {
+    auto* notifier = new QSocketNotifier(socket, type, this);
+    const int action = type == QSocketNotifier::Read ? CURL_CSELECT_IN : CURL_CSELECT_OUT;
+    connect(notifier, &QSocketNotifier::activated, this,
+            [this, socket, action] { xAct(socket, action); });
+    return notifier;
+}
+
+void CurlTransfer::xAct(curl_socket_t socket, int action) {
+    int running = 0;
+    curl_multi_socket_action(fMulti, socket, action, &running);
+    // Queued, since the user may delete the transfer, and with it the timer or the notifier whose
+    // signal is being emitted.
+    QMetaObject::invokeMethod(this, &CurlTransfer::xOnProgress, Qt::QueuedConnection);
 }
 
 std::size_t CurlTransfer::xOnHeaderLine(char* data, std::size_t size, std::size_t count,

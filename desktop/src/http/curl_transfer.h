@@ -1,20 +1,24 @@
 #ifndef OBVISTA_DESKTOP_HTTP_CURL_TRANSFER_H
 #define OBVISTA_DESKTOP_HTTP_CURL_TRANSFER_H
 
-#include "http/curl_multi.h"
 #include "http/http_transfer.h"
 
 #include <QObject>
+#include <QSocketNotifier>
+#include <QTimer>
 
 #include <curl/curl.h>
 
 #include <array>
+#include <map>
+#include <utility>
 
 /**
- * A transfer of libcurl.
+ * A transfer of libcurl in the event loop of the thread that starts it.
  *
- * libcurl forbids most of its functions inside its callbacks, so these only collect data; the user
- * takes it in the progress callback. One step of libcurl delivers at most some hundred kilobytes.
+ * libcurl requests sockets and time-outs, which are mapped to notifiers and a timer. It forbids
+ * most of its functions inside its callbacks, so these only collect data; the user takes it in the
+ * progress callback. One step of libcurl delivers at most some hundred kilobytes.
  */
 class CurlTransfer : public QObject, public HttpTransfer {
     Q_OBJECT
@@ -40,17 +44,26 @@ class CurlTransfer : public QObject, public HttpTransfer {
         void operator()(CURLU* url) const { curl_url_cleanup(url); }
     };
 
+    static int xOnSocketWanted(CURL* transfer, curl_socket_t socket, int what, void* self,
+                               void* socketData);
+    static int xOnTimerWanted(CURLM* multi, long milliseconds, void* self);
     static std::size_t xOnHeaderLine(char* data, std::size_t size, std::size_t count, void* self);
     static std::size_t xOnBody(char* data, std::size_t size, std::size_t count, void* self);
 
+    void xSetEventLoop();
     void xSetUrl(const QString& host, quint16 port, const QString& path);
     void xSetOptions(std::chrono::milliseconds timeOut);
+    void xWatch(curl_socket_t socket, QSocketNotifier::Type type, bool wanted);
+    QSocketNotifier* xCreateNotifier(curl_socket_t socket, QSocketNotifier::Type type);
+    void xAct(curl_socket_t socket, int action);
     bool xAcceptHeaderLine(const QByteArray& line);
     int xStatusCode() const;
     void xOnProgress();
     QString xErrorText(CURLcode result) const;
 
-    CurlMulti fMulti;
+    CURLM* const fMulti;
+    std::map<std::pair<curl_socket_t, QSocketNotifier::Type>, QSocketNotifier*> fNotifiers;
+    QTimer fTimer;
     const std::function<void()> fOnProgress;
     std::unique_ptr<CURLU, Delete> fUrl;
     std::unique_ptr<CURL, Delete> fEasy;

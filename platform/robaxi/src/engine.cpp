@@ -1,5 +1,7 @@
 #include "engine.h"
 
+#include <base/library.h>
+
 #include <atomic>
 #include <cstdlib>
 #include <dlfcn.h>
@@ -29,22 +31,17 @@ std::string engineFile() {
 
 const Engine* load() {
     const std::string file = engineFile();
-    // RTLD_LAZY, since binding all functions of gRPC at once takes nearly twice the time. Never
-    // closed, since threads of gRPC run until the process ends.
-    void* const library = ::dlopen(file.c_str(), RTLD_LAZY | RTLD_LOCAL | RTLD_NODELETE);
-    if (library == nullptr) {
-        std::string reason = ::dlerror();
-        if (reason.rfind(file + ": ", 0) == 0) {
-            reason.erase(0, file.size() + 2);
+    try {
+        // Bound function by function: binding all functions of gRPC at once takes nearly twice the
+        // time.
+        const auto entry = base::functionOfLibrary<decltype(robaxiEngine)>(file, "robaxiEngine");
+        if (const Engine* const found = entry(ROBAXI_VERSION)) {
+            return found;
         }
-        throwUnusable(file, reason);
+    } catch (const base::LibraryError& error) {
+        throwUnusable(file, error.what());
     }
-    const auto entry = reinterpret_cast<decltype(&robaxiEngine)>(::dlsym(library, "robaxiEngine"));
-    const Engine* const found = entry == nullptr ? nullptr : entry(ROBAXI_VERSION);
-    if (found == nullptr) {
-        throwUnusable(file, "it is not of version " ROBAXI_VERSION);
-    }
-    return found;
+    throwUnusable(file, "it is not of version " ROBAXI_VERSION);
 }
 
 }  // namespace
