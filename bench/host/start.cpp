@@ -5,15 +5,12 @@
 //   bench_host_start OBVISTA BARE_WINDOW PICTURE
 
 #include <QElapsedTimer>
-#include <QFile>
 #include <QGuiApplication>
 #include <QImage>
 #include <QPixmap>
 #include <QProcess>
 #include <QScreen>
 #include <QSet>
-#include <QSettings>
-#include <QTemporaryDir>
 #include <QThread>
 
 #include <algorithm>
@@ -92,14 +89,6 @@ void print(const char* name, const Figures& figures) {
                 figures.fMost);
 }
 
-/** Without discovery, prevents its message box from covering the picture. */
-void switchDialogsOff(const QTemporaryDir& folder) {
-    qputenv("XDG_CONFIG_HOME", QFile::encodeName(folder.path()));
-    QSettings settings(folder.filePath(QStringLiteral("Quorvane Robotics/Obvista Desktop.conf")),
-                       QSettings::IniFormat);
-    settings.setValue(QStringLiteral("Preferences/remoteControl"), true);
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -112,9 +101,6 @@ int main(int argc, char** argv) {
     const QStringList obvista{arguments[1]};
     const QStringList bareWindow{arguments[2], arguments[3]};
     const QStringList windowWithMenu = bareWindow + QStringList{"Load Plugin", "&Help"};
-
-    const QTemporaryDir settings;
-    switchDialogsOff(settings);
 
     const Middle middle(*QGuiApplication::primaryScreen(), QImage(arguments[3]));
     startOnce(middle, obvista);  // fills the file cache for both
