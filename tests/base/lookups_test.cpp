@@ -45,6 +45,15 @@ class Gate {
     bool fIsOpen = false;
 };
 
+/** Waits until no thread holds the gate. */
+bool isOnlyHeldHere(const std::shared_ptr<Gate>& gate) {
+    const auto end = steady_clock::now() + std::chrono::minutes(1);
+    while (gate.use_count() > 1 && steady_clock::now() < end) {
+        std::this_thread::yield();
+    }
+    return gate.use_count() == 1;
+}
+
 TEST(Lookups, PassOnEachAnswer) {
     std::set<int> answers;
     std::promise<void> all;
@@ -81,7 +90,6 @@ TEST(Lookups, AreLeftBehindWithoutTheirAnswer) {
     const auto gate = std::make_shared<Gate>();
     const auto asked = std::make_shared<std::atomic<int>>(0);
     const auto answered = std::make_shared<std::atomic<int>>(0);
-    std::weak_ptr<Gate> held = gate;
     {
         Lookups lookups(1);
         for (int number = 0; number < 3; ++number) {
@@ -94,12 +102,7 @@ TEST(Lookups, AreLeftBehindWithoutTheirAnswer) {
         EXPECT_TRUE(gate->hasArrived(1));
     }
     gate->open();
-    // The thread releases its question when it ends.
-    const auto end = steady_clock::now() + std::chrono::minutes(1);
-    while (held.use_count() > 1 && steady_clock::now() < end) {
-        std::this_thread::yield();
-    }
-    EXPECT_EQ(held.use_count(), 1);
+    EXPECT_TRUE(isOnlyHeldHere(gate)) << "the thread releases its question when it ends";
     EXPECT_EQ(*asked, 1);
     EXPECT_EQ(*answered, 0);
 }
@@ -121,6 +124,27 @@ TEST(AnswerInTime, PassesAFailureOn) {
     const auto later = steady_clock::now() + std::chrono::minutes(1);
     EXPECT_THROW(answerInTime(later, []() -> int { throw std::runtime_error("no"); }),
                  std::runtime_error);
+}
+
+/** An object whose end waits at a gate. */
+class SlowlyReleased {
+  public:
+    explicit SlowlyReleased(std::shared_ptr<Gate> gate) : fGate(std::move(gate)) {}
+    ~SlowlyReleased() { fGate->pass(); }
+    SlowlyReleased(const SlowlyReleased&) = delete;
+    SlowlyReleased& operator=(const SlowlyReleased&) = delete;
+
+  private:
+    std::shared_ptr<Gate> fGate;
+};
+
+TEST(ReleaseInTime, LeavesBehindAnObjectWhoseEndHangs) {
+    const auto gate = std::make_shared<Gate>();
+    releaseInTime(std::make_unique<SlowlyReleased>(gate));
+    EXPECT_TRUE(gate->hasArrived(1));
+    EXPECT_EQ(gate.use_count(), 2) << "it has been released";
+    gate->open();
+    EXPECT_TRUE(isOnlyHeldHere(gate));
 }
 
 }  // namespace

@@ -396,19 +396,11 @@ TEST_F(DiscoveryLab, aRestartOfTheSystemBusIsSurvived) {
     EXPECT_TRUE(fRecorder.waitForHost("robot14.local", "_robax._tcp:9559"));
 }
 
-/** Suspends the Avahi daemon while it exists. */
-struct PausedDaemon {
-    PausedDaemon() { lab::control({"avahi", "pause"}); }
-    ~PausedDaemon() { lab::control({"avahi", "continue"}); }
-    PausedDaemon(const PausedDaemon&) = delete;
-    PausedDaemon& operator=(const PausedDaemon&) = delete;
-};
-
 TEST_F(DiscoveryLab, startingWithADaemonThatHangsSaysSoAndMayBeTriedAgain) {
     const lab::Host host("robot15");
     const auto announcement = host.announce(a_robot, 9559);
     {
-        const PausedDaemon paused;
+        const lab::PausedDaemon paused;
         const auto begin = std::chrono::steady_clock::now();
         try {
             BonjourDiscovery::startListening();
@@ -423,7 +415,7 @@ TEST_F(DiscoveryLab, startingWithADaemonThatHangsSaysSoAndMayBeTriedAgain) {
 }
 
 TEST_F(DiscoveryLab, stoppingEndsAStartThatADaemonHoldsUp) {
-    const PausedDaemon paused;
+    const lab::PausedDaemon paused;
     std::thread starter([] { BonjourDiscovery::startListening(); });
     std::chrono::steady_clock::duration longest{};
     std::atomic<bool> ended{false};

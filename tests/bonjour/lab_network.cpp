@@ -5,25 +5,10 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <cstdlib>
 #include <sstream>
 #include <stdexcept>
 
 namespace lab {
-
-namespace {
-
-Arguments controlCommand(const Arguments& arguments) {
-    const char* const folder = std::getenv("OBVISTA_LAB");
-    if (folder == nullptr) {
-        throw std::runtime_error("this test runs inside lab/run");
-    }
-    Arguments command = {std::string(folder) + "/ctl"};
-    command.insert(command.end(), arguments.begin(), arguments.end());
-    return command;
-}
-
-}  // namespace
 
 Result run(const Arguments& command) {
     ChildProcess process(command);
@@ -32,11 +17,6 @@ Result run(const Arguments& command) {
         throw std::runtime_error(command.front() + " does not end");
     }
     return {*status, process.output(), process.errors()};
-}
-
-void control(const Arguments& arguments) {
-    const Result result = run(controlCommand(arguments));
-    EXPECT_EQ(result.fStatus, 0) << "lab/ctl " << arguments.front() << ": " << result.fErrors;
 }
 
 Process::Process(const Arguments& command) : fChild(command) {

@@ -2,6 +2,7 @@
 #define OBVISTA_TESTS_BONJOUR_LAB_NETWORK_H
 
 #include "child_process.h"
+#include "lab_control.h"
 
 #include <memory>
 #include <string>
@@ -12,6 +13,9 @@ namespace lab {
 using Arguments = std::vector<std::string>;
 
 using obvista_test::ChildProcess;
+using obvista_test::lab::control;
+using obvista_test::lab::controlCommand;
+using obvista_test::lab::PausedDaemon;
 
 /** Output and status of a command that has ended; the status as in ChildProcess. */
 struct Result {
@@ -22,9 +26,6 @@ struct Result {
 
 /** Runs a command to its end. */
 Result run(const Arguments& command);
-
-/** Runs lab/ctl; the test fails if that fails. */
-void control(const Arguments& arguments);
 
 /** A command in the background; the destructor terminates it and waits for its end. */
 class Process {

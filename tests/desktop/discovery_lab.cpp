@@ -1,7 +1,5 @@
 #include "discovery_lab.h"
 
-#include <QByteArray>
-
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -19,17 +17,6 @@ std::vector<std::string> command(const std::string& program,
 }
 
 }  // namespace
-
-void control(const std::vector<std::string>& arguments) {
-    const QByteArray folder = qgetenv("OBVISTA_LAB");
-    if (folder.isEmpty()) {
-        qFatal("this test runs inside lab/run");
-    }
-    ChildProcess process(command(folder.toStdString() + "/ctl", arguments));
-    if (process.waitForEnd() != 0) {
-        qFatal("lab/ctl failed: %s", process.errors().c_str());
-    }
-}
 
 Announcement::Announcement(const std::vector<std::string>& arguments)
     : fProcess(command("avahi-publish", arguments)) {

@@ -2,15 +2,12 @@
 #define OBVISTA_TESTS_DESKTOP_DISCOVERY_LAB_H
 
 #include "child_process.h"
+#include "lab_control.h"
 
 #include <string>
 #include <vector>
 
-/** Actions of a test inside lab/run on the network around it. */
 namespace obvista_test::lab {
-
-/** Runs lab/ctl. Terminates the program with a message if that fails. */
-void control(const std::vector<std::string>& arguments);
 
 /** An announcement by the test, with avahi-publish; the destructor sends the goodbye. */
 class Announcement {

@@ -106,14 +106,6 @@ struct Host {
     std::string fName;
 };
 
-/** Suspends the Avahi daemon while it exists. */
-struct PausedDaemon {
-    PausedDaemon() { control({"avahi", "pause"}); }
-    ~PausedDaemon() { control({"avahi", "continue"}); }
-    PausedDaemon(const PausedDaemon&) = delete;
-    PausedDaemon& operator=(const PausedDaemon&) = delete;
-};
-
 /** Robots that come and go, and start and stop their middleware, some of them every second. */
 class Churn {
   public:

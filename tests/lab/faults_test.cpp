@@ -362,10 +362,10 @@ class Visitor {
 TEST_F(Faults, ARobotIsKilledAndStartsAgainOnTheSamePort) {
     std::unique_ptr<ChildProcess> restarted;
     const auto restart = [&restarted] {
-        restarted = std::make_unique<ChildProcess>(std::vector<std::string>{
-            std::string(std::getenv("OBVISTA_LAB")) + "/ctl", "exec", a_host, "--",
-            RobotProcess::program(), "--address", "0.0.0.0", "--port", std::to_string(a_port),
-            "--http-port", "0", "--no-announce", "--keys", "2000", "--changing", "2000"});
+        restarted = std::make_unique<ChildProcess>(lab::controlCommand(
+            {"exec", a_host, "--", RobotProcess::program(), "--address", "0.0.0.0", "--port",
+             std::to_string(a_port), "--http-port", "0", "--no-announce", "--keys", "2000",
+             "--changing", "2000"}));
         ASSERT_TRUE(restarted->waitForOutput("listens on")) << restarted->errors();
     };
     expectNothingLeftOf([] { signalRobot("KILL"); }, restart, std::chrono::seconds(1));

@@ -1,4 +1,5 @@
 #include "lab_browser.h"
+#include "lab_control.h"
 #include "robot_process.h"
 #include "tcp_client.h"
 
@@ -8,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <csignal>
 #include <memory>
 #include <string>
@@ -17,10 +19,11 @@ using lab_test::a_ownAddress;
 using lab_test::a_robax;
 using lab_test::a_robaxi;
 using lab_test::Browser;
-using lab_test::inLab;
 using lab_test::isSeenInTheEnd;
 using lab_test::resolved;
 using obvista_test::ChildProcess;
+using obvista_test::lab::control;
+using obvista_test::lab::PausedDaemon;
 using obvista_test::RobotProcess;
 using testing::HasSubstr;
 using testing::Not;
@@ -85,6 +88,20 @@ TEST_F(AnnouncedRobotTest, goodbyeIsHeardWhenItIsStopped) {
     EXPECT_EQ(robot.terminate(), 0);
     EXPECT_TRUE(fRobots.lost("rob2"));
     EXPECT_TRUE(fMiddlewares.lost("rob2"));
+}
+
+// Each call to such a daemon takes 25 s; the robot ends without waiting for one.
+TEST_F(AnnouncedRobotTest, itEndsWhileTheDaemonHangs) {
+    AnnouncedRobot robot({"--name", "rob9"});
+    ASSERT_TRUE(fRobots.saw(resolved("rob9", a_robax, 80)));
+    ASSERT_TRUE(fMiddlewares.saw(resolved("rob9", a_robaxi, 9559)));
+    {
+        const PausedDaemon paused;
+        robot.process().signal(SIGTERM);
+        EXPECT_EQ(robot.process().waitForEnd(std::chrono::seconds(10)), 0);
+    }
+    EXPECT_TRUE(fRobots.lost("rob9"));
+    EXPECT_EQ(robot.process().errors(), "");
 }
 
 TEST_F(AnnouncedRobotTest, aComputerIsAnnouncedAsAMiddlewareAlone) {
@@ -158,7 +175,7 @@ TEST_F(AnnouncedRobotTest, aDaemonThatRestartsTwiceHearsOfItAgain) {
     AnnouncedRobot robot({"--name", "rob7"});
     ASSERT_TRUE(fRobots.saw(resolved("rob7", a_robax, 80)));
     for (int round = 0; round < 2; ++round) {
-        inLab({"avahi", "restart"});
+        control({"avahi", "restart"});
         EXPECT_TRUE(Browser(a_robax).saw(resolved("rob7", a_robax, 80)));
     }
     EXPECT_EQ(robot.terminate(), 0);

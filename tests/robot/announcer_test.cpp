@@ -1,10 +1,12 @@
 #include "lab_browser.h"
+#include "lab_control.h"
 
 #include <bonjour/bonjour_announcer.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <memory>
@@ -16,10 +18,11 @@ using KV::BonjourAnnouncer;
 using lab_test::a_robax;
 using lab_test::a_robaxi;
 using lab_test::Browser;
-using lab_test::inLab;
 using lab_test::isSeenInTheEnd;
 using lab_test::resolved;
 using obvista_test::ChildProcess;
+using obvista_test::lab::control;
+using obvista_test::lab::PausedDaemon;
 
 namespace {
 
@@ -109,7 +112,7 @@ TEST_F(AnnouncerTest, aNameTakenOnThisMachineGetsANumber) {
 TEST_F(AnnouncerTest, aNameTakenOnTheNetworkGetsANumberForAllServices) {
     Browser robots(a_robax);
     Browser middlewares(a_robaxi);
-    inLab({"add", "other", "--ready", "Established", "--", "avahi-publish", "-s", "marie", a_robax,
+    control({"add", "other", "--ready", "Established", "--", "avahi-publish", "-s", "marie", a_robax,
            "7"});
     ASSERT_TRUE(robots.saw("=;eth0;IPv4;marie;")) << robots.output();
     const auto robot = announcer("marie");
@@ -118,7 +121,7 @@ TEST_F(AnnouncerTest, aNameTakenOnTheNetworkGetsANumberForAllServices) {
     EXPECT_TRUE(middlewares.saw(resolved("marie\\032\\0352", a_robaxi, 9559)))
         << middlewares.output();
     EXPECT_TRUE(fLines.waitFor("announced as marie #2"));
-    inLab({"stop", "other"});
+    control({"stop", "other"});
 }
 
 TEST_F(AnnouncerTest, aRestartOfTheDaemonIsSurvived) {
@@ -128,20 +131,52 @@ TEST_F(AnnouncerTest, aRestartOfTheDaemonIsSurvived) {
         Browser robots(a_robax);
         ASSERT_TRUE(robots.saw(resolved("phoenix", a_robax, 80)));
     }
-    inLab({"avahi", "restart"});
+    control({"avahi", "restart"});
     Browser robots(a_robax);
     EXPECT_TRUE(robots.saw(resolved("phoenix", a_robax, 80))) << robots.output();
 }
 
 TEST_F(AnnouncerTest, aDaemonThatComesLateIsWaitedFor) {
-    inLab({"avahi", "stop"});
+    control({"avahi", "stop"});
     const auto robot = announcer("early");
     robot->announce({{a_robax, 80}});
     EXPECT_TRUE(fLines.waitFor("not announced: there is no Avahi daemon"));
     EXPECT_EQ(fLines.count(), 1);
-    inLab({"avahi", "start"});
+    control({"avahi", "start"});
     Browser robots(a_robax);
     EXPECT_TRUE(robots.saw(resolved("early", a_robax, 80))) << robots.output();
+}
+
+// Each call to such a daemon takes 25 s; nothing here waits for one.
+TEST_F(AnnouncerTest, aDaemonThatHangsHoldsNobodyUp) {
+    constexpr std::chrono::seconds callToTheDaemon(25);
+    Browser robots(a_robax);
+    auto robot = announcer("stuck");
+    robot->announce({{a_robax, 80}});
+    ASSERT_TRUE(robots.saw(resolved("stuck", a_robax, 80)));
+    const auto begin = std::chrono::steady_clock::now();
+    {
+        const PausedDaemon paused;
+        robot->announce({{a_robax, 81}});
+        robot->setAddress("10.77.9.9");
+        robot.reset();
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, callToTheDaemon);
+    }
+    EXPECT_EQ(fLines.count(), 0);
+    EXPECT_TRUE(robots.lost("stuck")) << "the daemon has not received the end";
+}
+
+TEST_F(AnnouncerTest, changesAreAnnouncedWhenTheDaemonNoLongerHangs) {
+    Browser robots(a_robax);
+    const auto robot = announcer("patient");
+    robot->announce({{a_robax, 80}});
+    ASSERT_TRUE(robots.saw(resolved("patient", a_robax, 80)));
+    {
+        const PausedDaemon paused;
+        robot->announce({});
+        robot->announce({{a_robax, 81}});
+    }
+    EXPECT_TRUE(isSeenInTheEnd(a_robax, resolved("patient", a_robax, 81)));
 }
 
 TEST_F(AnnouncerTest, anotherAddressIsAnnouncedUnderAHostNameOfItsOwn) {

@@ -1,26 +1,10 @@
 #include "lab_browser.h"
 
-#include <gtest/gtest.h>
-
 #include <chrono>
-#include <cstdlib>
-#include <stdexcept>
 
 using obvista_test::ChildProcess;
 
 namespace lab_test {
-
-std::string inLab(const std::vector<std::string>& arguments) {
-    const char* const lab = std::getenv("OBVISTA_LAB");
-    if (lab == nullptr) {
-        throw std::logic_error("this test runs within lab/run");
-    }
-    std::vector<std::string> command{std::string(lab) + "/ctl"};
-    command.insert(command.end(), arguments.begin(), arguments.end());
-    ChildProcess process(command);
-    EXPECT_EQ(process.waitForEnd(), 0) << process.errors();
-    return process.output();
-}
 
 Browser::Browser(const std::string& type)
     : fType(type),

@@ -4,7 +4,6 @@
 #include "child_process.h"
 
 #include <string>
-#include <vector>
 
 /** Helpers of tests of announcements inside a lab, where they run on the host "observer". */
 namespace lab_test {
@@ -12,9 +11,6 @@ namespace lab_test {
 constexpr const char* a_robax = "_robax._tcp";
 constexpr const char* a_robaxi = "_robaxi._tcp";
 constexpr const char* a_ownAddress = "10.77.0.1";
-
-/** Runs a command of lab/ctl, and expects that it succeeds. @return its output */
-std::string inLab(const std::vector<std::string>& arguments);
 
 /** A running avahi-browse for the services of a type. */
 class Browser {

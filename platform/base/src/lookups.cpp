@@ -53,4 +53,16 @@ void Lookups::xRun(const std::shared_ptr<State>& state) {
     state->fThreadEnded.notify_all();
 }
 
+void releaseInTime(std::shared_ptr<void> object) {
+    auto release =
+        std::packaged_task<void()>([object = std::move(object)]() mutable { object.reset(); });
+    const std::future<void> released = release.get_future();
+    std::thread worker(std::move(release));
+    if (released.wait_for(a_endPatience) == std::future_status::ready) {
+        worker.join();
+    } else {
+        worker.detach();
+    }
+}
+
 }  // namespace base

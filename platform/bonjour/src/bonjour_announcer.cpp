@@ -1,5 +1,8 @@
 #include "host_name.h"
 
+#include <base/file_descriptor.h>
+#include <base/gate.h>
+#include <base/lookups.h>
 #include <base/safe_text.h>
 #include <bonjour/bonjour_announcer.h>
 
@@ -13,7 +16,11 @@
 #include <avahi-common/timeval.h>
 
 #include <algorithm>
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
 #include <stdexcept>
+#include <sys/eventfd.h>
 #include <utility>
 
 namespace KV {
@@ -37,16 +44,10 @@ struct FreePoll {
     void operator()(AvahiThreadedPoll* poll) const { avahi_threaded_poll_free(poll); }
 };
 
-/** Locks Avahi's thread while shared members are used. */
-class PollLock {
-  public:
-    explicit PollLock(AvahiThreadedPoll* poll) : fPoll(poll) { avahi_threaded_poll_lock(fPoll); }
-    ~PollLock() { avahi_threaded_poll_unlock(fPoll); }
-    PollLock(const PollLock&) = delete;
-    PollLock& operator=(const PollLock&) = delete;
-
-  private:
-    AvahiThreadedPoll* fPoll;
+/** The announcements that the owner wants. */
+struct Wanted {
+    std::string fAddress;
+    std::vector<BonjourService> fServices;
 };
 
 std::string alternativeTo(const std::string& name) {
@@ -61,11 +62,19 @@ std::string alternativeTo(const std::string& name) {
 
 }  // namespace
 
-// All members below are used on Avahi's thread or with its lock held.
+/**
+ * The announcements, made on Avahi's thread. A call to a daemon that hangs takes 25 s, so other
+ * threads leave their changes here and do not wait for long, and the end is left to a thread.
+ */
 struct BonjourAnnouncer::Private {
     Private(std::string name, std::function<void(const std::string&)> say);
     ~Private();
 
+    /** Any thread: changes what is wanted. Returns when it is announced, or after a while. */
+    void want(const std::function<void(Wanted&)>& change);
+
+    // The others run on Avahi's thread, or after its end.
+    void applyWanted();
     void connect();
     void disconnect();
     void connectIn(unsigned milliseconds);
@@ -78,24 +87,36 @@ struct BonjourAnnouncer::Private {
     void withdrawUnwanted();
     bool isPublished(const BonjourService& service) const;
     void takeAnotherName();
+    void say(const std::string& line);
     void complainOnce(const std::string& trouble);
 
     static void onClient(AvahiClient* client, AvahiClientState state, void* self);
     static void onGroup(AvahiEntryGroup* group, AvahiEntryGroupState state, void* self);
     static void onTimer(AvahiTimeout* timeout, void* self);
+    static void onWanted(AvahiWatch* watch, int descriptor, AvahiWatchEvent event, void* self);
 
     struct Published {
         BonjourService fService;
         Group fGroup;
     };
 
+    base::Gate fGate;  ///< to fSay
+    base::FileDescriptor fWake{eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};  ///< wakes Avahi's thread
+
+    std::mutex fMutex;  ///< guards the following four
+    std::condition_variable fAppliedChanged;
+    Wanted fNextWanted;
+    std::uint64_t fChanges = 0;  ///< of fNextWanted so far
+    std::uint64_t fApplied = 0;  ///< changes of which Avahi's thread has made the announcements
+
+    // Used on Avahi's thread, or after its end.
     std::string fName;
     std::function<void(const std::string&)> fSay;
-    std::string fAddress;
-    std::vector<BonjourService> fWanted;
+    Wanted fWanted;
     std::string fLastTrouble;
     std::unique_ptr<AvahiThreadedPoll, FreePoll> fPoll;
     AvahiTimeout* fTimer = nullptr;
+    AvahiWatch* fWatch = nullptr;
     bool fConnectPending = true;
     bool fRenamePending = false;
     std::unique_ptr<AvahiClient, FreeClient> fClient;
@@ -113,7 +134,10 @@ BonjourAnnouncer::Private::Private(std::string name, std::function<void(const st
     // freed in its own callback.
     const timeval now{};
     fTimer = poll->timeout_new(poll, &now, onTimer, this);
-    if (fTimer == nullptr || avahi_threaded_poll_start(fPoll.get()) != 0) {
+    if (fWake.get() >= 0) {
+        fWatch = poll->watch_new(poll, fWake.get(), AVAHI_WATCH_IN, onWanted, this);
+    }
+    if (fTimer == nullptr || fWatch == nullptr || avahi_threaded_poll_start(fPoll.get()) != 0) {
         throw std::runtime_error("cannot start the thread that announces the robot");
     }
 }
@@ -122,7 +146,34 @@ BonjourAnnouncer::Private::~Private() {
     avahi_threaded_poll_stop(fPoll.get());
     withdrawAll();
     disconnect();
-    avahi_threaded_poll_get(fPoll.get())->timeout_free(fTimer);
+    const AvahiPoll* poll = avahi_threaded_poll_get(fPoll.get());
+    poll->timeout_free(fTimer);
+    poll->watch_free(fWatch);
+}
+
+void BonjourAnnouncer::Private::want(const std::function<void(Wanted&)>& change) {
+    std::unique_lock lock(fMutex);
+    change(fNextWanted);
+    const std::uint64_t number = ++fChanges;
+    eventfd_write(fWake.get(), 1);
+    fAppliedChanged.wait_for(lock, base::a_endPatience,
+                             [this, number] { return fApplied >= number; });
+}
+
+void BonjourAnnouncer::Private::applyWanted() {
+    std::unique_lock lock(fMutex);
+    const std::uint64_t number = fChanges;
+    const bool hasOtherAddress = fNextWanted.fAddress != fWanted.fAddress;
+    fWanted = fNextWanted;
+    lock.unlock();
+    if (hasOtherAddress) {
+        withdrawAll();
+    }
+    withdrawUnwanted();
+    publishAll();
+    lock.lock();
+    fApplied = number;
+    fAppliedChanged.notify_all();
 }
 
 void BonjourAnnouncer::Private::connect() {
@@ -162,10 +213,10 @@ void BonjourAnnouncer::Private::publishAll() {
     if (!fClient || avahi_client_get_state(fClient.get()) != AVAHI_CLIENT_S_RUNNING) {
         return;
     }
-    if (!fAddress.empty() && !fHost) {
+    if (!fWanted.fAddress.empty() && !fHost) {
         publishHost();
     }
-    for (const BonjourService& service : fWanted) {
+    for (const BonjourService& service : fWanted.fServices) {
         if (!isPublished(service)) {
             publish(service);
         }
@@ -183,7 +234,7 @@ void BonjourAnnouncer::Private::publish(const BonjourService& service) {
 }
 
 int BonjourAnnouncer::Private::addEntries(AvahiEntryGroup* group, const BonjourService& service) {
-    const std::string host = fAddress.empty() ? std::string() : bonjour::hostNameFor(fName);
+    const std::string host = fWanted.fAddress.empty() ? std::string() : bonjour::hostNameFor(fName);
     for (;;) {
         const int error = avahi_entry_group_add_service(
             group, AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC, AvahiPublishFlags(0), fName.c_str(),
@@ -194,13 +245,13 @@ int BonjourAnnouncer::Private::addEntries(AvahiEntryGroup* group, const BonjourS
         }
         // Another program of this machine uses the name; the daemon reports that at once.
         fName = alternativeTo(fName);
-        fSay("the name is taken; announced as " + base::oneLine(fName));
+        say("the name is taken; announced as " + base::oneLine(fName));
     }
 }
 
 void BonjourAnnouncer::Private::publishHost() {
     AvahiAddress address{};
-    avahi_address_parse(fAddress.c_str(), AVAHI_PROTO_INET, &address);
+    avahi_address_parse(fWanted.fAddress.c_str(), AVAHI_PROTO_INET, &address);
     fHost.reset(avahi_entry_group_new(fClient.get(), onGroup, this));
     const int error =
         fHost ? avahi_entry_group_add_address(fHost.get(), AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC,
@@ -209,7 +260,7 @@ void BonjourAnnouncer::Private::publishHost() {
               : avahi_client_errno(fClient.get());
     const int committed = error == AVAHI_OK ? avahi_entry_group_commit(fHost.get()) : error;
     if (committed != AVAHI_OK) {
-        complainOnce("cannot announce the address " + fAddress + ": " + avahi_strerror(committed));
+        complainOnce("cannot announce the address " + fWanted.fAddress + ": " + avahi_strerror(committed));
     }
 }
 
@@ -220,7 +271,8 @@ void BonjourAnnouncer::Private::withdrawAll() {
 
 void BonjourAnnouncer::Private::withdrawUnwanted() {
     const auto isUnwanted = [this](const Published& published) {
-        return std::find(fWanted.begin(), fWanted.end(), published.fService) == fWanted.end();
+        const auto& wanted = fWanted.fServices;
+        return std::find(wanted.begin(), wanted.end(), published.fService) == wanted.end();
     };
     fPublished.erase(std::remove_if(fPublished.begin(), fPublished.end(), isUnwanted),
                      fPublished.end());
@@ -234,16 +286,20 @@ bool BonjourAnnouncer::Private::isPublished(const BonjourService& service) const
 
 void BonjourAnnouncer::Private::takeAnotherName() {
     fName = alternativeTo(fName);
-    fSay("the name is taken; announced as " + base::oneLine(fName));
+    say("the name is taken; announced as " + base::oneLine(fName));
     // All services have the same name, so those that did not collide are renamed, too.
     withdrawAll();
     publishAll();
 }
 
+void BonjourAnnouncer::Private::say(const std::string& line) {
+    fGate.pass([this, &line] { fSay(line); });
+}
+
 void BonjourAnnouncer::Private::complainOnce(const std::string& trouble) {
     if (trouble != fLastTrouble) {
         fLastTrouble = trouble;
-        fSay(trouble);
+        say(trouble);
     }
 }
 
@@ -297,25 +353,29 @@ void BonjourAnnouncer::Private::onTimer(AvahiTimeout* timeout, void* self) {
     }
 }
 
+void BonjourAnnouncer::Private::onWanted(AvahiWatch* /*watch*/, int descriptor,
+                                         AvahiWatchEvent /*event*/, void* self) {
+    eventfd_t wakes = 0;
+    eventfd_read(descriptor, &wakes);
+    static_cast<Private*>(self)->applyWanted();
+}
+
 BonjourAnnouncer::BonjourAnnouncer(const std::string& name,
                                    std::function<void(const std::string&)> say)
     : fPrivate(std::make_unique<Private>(name, std::move(say))) {
 }
 
-BonjourAnnouncer::~BonjourAnnouncer() = default;
+BonjourAnnouncer::~BonjourAnnouncer() {
+    fPrivate->fGate.close();
+    base::releaseInTime(std::move(fPrivate));
+}
 
 void BonjourAnnouncer::announce(const std::vector<BonjourService>& services) {
-    const PollLock lock(fPrivate->fPoll.get());
-    fPrivate->fWanted = services;
-    fPrivate->withdrawUnwanted();
-    fPrivate->publishAll();
+    fPrivate->want([&services](Wanted& wanted) { wanted.fServices = services; });
 }
 
 void BonjourAnnouncer::setAddress(const std::string& address) {
-    const PollLock lock(fPrivate->fPoll.get());
-    fPrivate->fAddress = address;
-    fPrivate->withdrawAll();
-    fPrivate->publishAll();
+    fPrivate->want([&address](Wanted& wanted) { wanted.fAddress = address; });
 }
 
 }  // namespace KV

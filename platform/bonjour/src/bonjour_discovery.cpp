@@ -1,5 +1,7 @@
 #include "avahi_session.h"
 
+#include <base/gate.h>
+#include <base/lookups.h>
 #include <bonjour/bonjour_discovery.h>
 
 #include <boost/make_shared.hpp>
@@ -8,7 +10,6 @@
 #include <condition_variable>
 #include <cstdio>
 #include <exception>
-#include <future>
 #include <memory>
 #include <mutex>
 #include <stdexcept>
@@ -31,19 +32,6 @@ namespace {
 
 using bonjour::HostChange;
 
-/** The path from a session to the map and the signals; it can be closed before the session ends. */
-class Gate {
-  public:
-    /** Applies changes to the map and fires the signals, unless the gate is closed. */
-    void apply(const std::vector<HostChange>& changes);
-    /** Returns when no handler is running, and none will run. */
-    void close();
-
-  private:
-    std::mutex fMutex;  // held while handlers run; taken before the map lock
-    bool fClosed = false;
-};
-
 /** A session that is being started on a separate thread; Discovery::fMutex guards it. */
 struct Start {
     std::unique_ptr<bonjour::AvahiSession> fSession;
@@ -57,14 +45,14 @@ struct Discovery {
     std::condition_variable fStartChanged;
     std::shared_ptr<Start> fStart;  ///< null unless a session is being started
     std::unique_ptr<bonjour::AvahiSession> fSession;
-    std::shared_ptr<Gate> fGate;  ///< of the current session or the one being started
+    /** From the current session, or the one being started, to the map and the signals. */
+    std::shared_ptr<base::Gate> fGate;
     bool fEnded = false;
     BonjourDiscovery::Map fMap;
 };
 
 // A call to the daemon may take as long as D-Bus's time-out, 25 s, and cannot be interrupted.
 constexpr std::chrono::seconds a_startPatience(5);
-constexpr std::chrono::milliseconds a_endPatience(300);
 
 /** Never destroyed, so that a thread that outlives main() can use it. */
 Discovery& discovery() {
@@ -105,34 +93,11 @@ void applyChange(const HostChange& change) {
     fire(BonjourDiscovery::fAddProfile, profile);
 }
 
-void Gate::apply(const std::vector<HostChange>& changes) {
-    const std::lock_guard<std::mutex> guard(fMutex);
-    if (fClosed) {
-        return;
-    }
+/** Applies changes to the map and fires the signals. */
+void apply(const std::vector<HostChange>& changes) {
     const KVCriticalSectionWrite lock(BonjourDiscovery::fRobaxsMapMutex);
     for (const HostChange& change : changes) {
         applyChange(change);
-    }
-}
-
-void Gate::close() {
-    const std::lock_guard<std::mutex> guard(fMutex);
-    fClosed = true;
-}
-
-/** Ends a session on a separate thread, which is abandoned if the daemon hangs. */
-void end(std::unique_ptr<bonjour::AvahiSession> session) {
-    auto ended = std::make_shared<std::promise<void>>();
-    const std::future<void> end = ended->get_future();
-    std::thread worker([ended, session = std::move(session)]() mutable {
-        session.reset();
-        ended->set_value();
-    });
-    if (end.wait_for(a_endPatience) == std::future_status::ready) {
-        worker.join();
-    } else {
-        worker.detach();
     }
 }
 
@@ -153,23 +118,25 @@ void stop(bool forGood) {
     if (const std::shared_ptr<Start> start = std::exchange(self.fStart, nullptr)) {
         start->fAbandoned = true;
         self.fStartChanged.notify_all();
-        self.fStartChanged.wait_for(guard, a_endPatience, [&start] { return start->fDone; });
+        self.fStartChanged.wait_for(guard, base::a_endPatience, [&start] { return start->fDone; });
     }
     guard.unlock();
     if (session != nullptr) {
-        end(std::move(session));
+        base::releaseInTime(std::move(session));
     }
 }
 
 /** Starts a session that calls into the gate, on a separate thread since it may take long. */
-void startSession(const std::shared_ptr<Start>& start, const std::shared_ptr<Gate>& gate) {
+void startSession(const std::shared_ptr<Start>& start, const std::shared_ptr<base::Gate>& gate) {
     std::unique_ptr<bonjour::AvahiSession> session;
     std::exception_ptr error;
     try {
         session = std::make_unique<bonjour::AvahiSession>(
             std::vector<std::string>{BonjourDiscovery::fRobaxServiceType,
                                      BonjourDiscovery::fRobaxiServiceType},
-            [gate](const std::vector<HostChange>& changes) { gate->apply(changes); });
+            [gate](const std::vector<HostChange>& changes) {
+                gate->pass([&changes] { apply(changes); });
+            });
     } catch (const std::exception&) {
         error = std::current_exception();
     }
@@ -212,7 +179,7 @@ void BonjourDiscovery::startListening() {
         return;
     }
     const auto start = std::make_shared<Start>();
-    const auto gate = std::make_shared<Gate>();
+    const auto gate = std::make_shared<base::Gate>();
     self.fStart = start;
     self.fGate = gate;
     std::thread worker(startSession, start, gate);

@@ -61,6 +61,15 @@ auto answerInTime(std::chrono::steady_clock::time_point deadline, Ask ask)
     return answer.get();
 }
 
+/** Time to wait for the end of an object that may hang, so that programs still quit quickly. */
+constexpr std::chrono::milliseconds a_endPatience(300);
+
+/**
+ * Releases an object whose destructor may take long, such as one that says goodbye to another
+ * process, on a dedicated thread. The thread is abandoned if it takes longer than a_endPatience.
+ */
+void releaseInTime(std::shared_ptr<void> object);
+
 }  // namespace base
 
 #endif

@@ -21,18 +21,19 @@ namespace KV {
  *
  * A missing daemon or bus is reported once; when one appears or returns, everything is announced
  * again. If another host uses the name, the services get another one ("NAME #2"), which is
- * reported, too. All operations may be called from any thread, but not from `say`.
+ * reported, too. All operations may be called from any thread, but not from `say`. They wait for
+ * the daemon for 0.3 s; if it hangs, the changes are announced when it answers again.
  */
 class BONJOUR_EXPORT BonjourAnnouncer {
   public:
     /**
      * @param name of the services, 1 to 63 bytes
-     * @param say writes one line for the user; called from any thread
+     * @param say writes one line for the user; called from another thread, one call at a time
      * @throws std::runtime_error if its thread cannot be started
      */
     BonjourAnnouncer(const std::string& name, std::function<void(const std::string& line)> say);
 
-    /** Withdraws everything and sends a goodbye. */
+    /** Withdraws everything and sends a goodbye. `say` is not called afterwards. */
     ~BonjourAnnouncer();
     BonjourAnnouncer(const BonjourAnnouncer&) = delete;
     BonjourAnnouncer& operator=(const BonjourAnnouncer&) = delete;
