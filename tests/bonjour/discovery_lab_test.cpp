@@ -34,6 +34,11 @@ using Profile = boost::shared_ptr<BonjourProfile>;
 const std::string a_robot = BonjourDiscovery::fRobaxServiceType;
 const std::string a_middleware = BonjourDiscovery::fRobaxiServiceType;
 
+/** Time-out of a call to a daemon that hangs. */
+constexpr seconds a_callToTheDaemon(25);
+/** Five times as long as stopping may take, since processors may be busy. */
+constexpr seconds a_ending(5);
+
 /** Polls for a condition that no signal reports. */
 template <typename Condition>
 bool eventually(Condition condition, seconds bound = seconds(20)) {
@@ -402,13 +407,9 @@ TEST_F(DiscoveryLab, startingWithADaemonThatHangsSaysSoAndMayBeTriedAgain) {
     {
         const lab::PausedDaemon paused;
         const auto begin = std::chrono::steady_clock::now();
-        try {
-            BonjourDiscovery::startListening();
-            ADD_FAILURE() << "it listens";
-        } catch (const std::runtime_error& error) {
-            EXPECT_THAT(error.what(), testing::HasSubstr("Avahi daemon does not answer"));
-        }
-        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(8));
+        EXPECT_THAT(exceptionOfStart(), HasSubstr("Avahi daemon does not answer"));
+        // It gives up after 5 s; what waits for the daemon itself takes longer than this.
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, a_callToTheDaemon);
     }
     BonjourDiscovery::startListening();
     EXPECT_TRUE(fRecorder.waitForHost("robot15.local", "_robax._tcp:9559"));
@@ -431,7 +432,27 @@ TEST_F(DiscoveryLab, stoppingEndsAStartThatADaemonHoldsUp) {
         return ended.load();
     }));
     waiter.join();
-    EXPECT_LT(longest, std::chrono::seconds(1));
+    EXPECT_LT(longest, a_ending);
+}
+
+TEST_F(DiscoveryLab, stoppingDoesNotWaitForADaemonThatHangsAfterTheStart) {
+    const lab::Host host("robot29");
+    const auto announcement = host.announce(a_robot, 9559);
+    BonjourDiscovery::startListening();
+    ASSERT_TRUE(fRecorder.waitForHost("robot29.local", "_robax._tcp:9559"));
+    {
+        const lab::PausedDaemon paused;
+        const auto begin = std::chrono::steady_clock::now();
+        BonjourDiscovery::stopListening();
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, a_ending);
+        EXPECT_THAT(viewMap(), IsEmpty());
+        // Another start does not wait for the end of the search that was left behind.
+        EXPECT_THAT(exceptionOfStart(), HasSubstr("Avahi daemon does not answer"));
+    }
+    BonjourDiscovery::startListening();
+    EXPECT_TRUE(fRecorder.waitForHost("robot29.local", "_robax._tcp:9559"));
+    EXPECT_THAT(fRecorder.wordsOf("robot29.local"),
+                ElementsAre("+ _robax._tcp:9559", "+ _robax._tcp:9559"));
 }
 
 TEST_F(DiscoveryLab, startingWithoutADaemonSaysSoAndMayBeTriedAgain) {

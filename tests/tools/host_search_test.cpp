@@ -28,13 +28,14 @@ TEST(HostSearch, ThePortOfTheUserGoesBeforeTheAnnouncedOne) {
     expectFound("robot1.local", 80, decide({"robot1", 80}, state));
 }
 
-TEST(HostSearch, AnAnnouncedRobotIsReachedAtAvahisAddressWhichMayTakeASecond) {
+TEST(HostSearch, AnAnnouncedRobotIsReachedAtAvahisAddressWhichMayTakeHalfASecond) {
     SearchState state;
     state.fAnnounced = Endpoint{"robot1.local", 7000, {}};
     state.fIsAddressAsked = true;
-    state.fElapsed = 900ms;
+    state.fResolved = "robot1.local";
+    state.fElapsed = 400ms;
     EXPECT_EQ(Kind::Wait, decide({"robot1", std::nullopt}, state).fKind);
-    state.fElapsed = 1s;
+    state.fElapsed = 500ms;
     expectFound("robot1.local", 7000, decide({"robot1", std::nullopt}, state));
     state.fElapsed = 100ms;
     state.fIsAddressAsked = false;
@@ -44,13 +45,24 @@ TEST(HostSearch, AnAnnouncedRobotIsReachedAtAvahisAddressWhichMayTakeASecond) {
     EXPECT_EQ("10.77.1.1", decision.fEndpoint.reachableHost());
 }
 
-TEST(HostSearch, ANameThatResolvesWaitsForItsAnnouncementForASecond) {
+// With a dead DNS server, the system's resolver would not answer when connecting either.
+TEST(HostSearch, AvahisAddressIsWaitedForAsLongAsTheResolverHasNone) {
+    SearchState state;
+    state.fAnnounced = Endpoint{"robot1.local", 7000, {}};
+    state.fIsAddressAsked = true;
+    state.fElapsed = 2900ms;
+    EXPECT_EQ(Kind::Wait, decide({"robot1", std::nullopt}, state).fKind);
+    state.fIsOver = true;
+    expectFound("robot1.local", 7000, decide({"robot1", std::nullopt}, state));
+}
+
+TEST(HostSearch, ANameThatResolvesWaitsForItsAnnouncementForHalfASecond) {
     SearchState state;
     state.fResolved = "robot1.local";
     for (const std::string name : {"robot1", "robot1.local", "Robot1.LOCAL"}) {
-        state.fElapsed = 900ms;
+        state.fElapsed = 400ms;
         EXPECT_EQ(Kind::Wait, decide({name, std::nullopt}, state).fKind) << name;
-        state.fElapsed = 1s;
+        state.fElapsed = 500ms;
         expectFound("robot1.local", 9559, decide({name, std::nullopt}, state));
     }
 }

@@ -25,7 +25,9 @@ class Listing {
           fConsole(surroundings.fConsole),
           fEnd(Clock::now() + std::chrono::seconds(timeout)),
           fBell(surroundings.fInterruption),
-          fHosts(fBell) {}
+          fHosts(fBell) {
+        fHosts.waitForStart();
+    }
 
     void run() {
         if (!fAsJson) {

@@ -12,7 +12,7 @@ constexpr std::chrono::milliseconds a_longestListening(2500);
 /** Longer than any lookup that does not wait for a server. */
 constexpr std::chrono::milliseconds a_slowLookup(2000);
 
-const Finding a_noDaemon = {Verdict::Skipped, "This needs the Avahi daemon.", {}};
+const Finding a_noDaemon = {Verdict::Skipped, "This needs an Avahi daemon that answers.", {}};
 
 /** Returns the state of the Avahi daemon; waits a_daemonPatience once in an examination. */
 AvahiState stateOfAvahi(Examination& examination) {
@@ -100,7 +100,8 @@ Finding checkAnnouncements(Examination& examination) {
         return a_noDaemon;
     }
     Bell bell(examination.fInterruption);
-    const AnnouncedHosts hosts(bell);
+    AnnouncedHosts hosts(bell);
+    hosts.waitForStart();
     bell.sleepUntil(Clock::now() + a_longestListening);
     examination.fAnnounced = hosts.hosts();
     examination.fHeardAnnouncements = true;

@@ -102,14 +102,14 @@ Finding checkHostName(Examination& examination) {
             findHost(*examination.fTarget, examination.fTimeout, examination.fInterruption);
     } catch (const Failure& failure) {
         const std::string name = "The name " + examination.fTarget->fHost;
+        const std::string announcement = examination.fHeardAnnouncements
+                                             ? ", and it is not announced."
+                                             : ", and announcements could not be received.";
         if (failure.status() == ExitStatus::TimedOut) {
-            return {Verdict::Problem, name + " was not resolved in time, and it is not announced.",
+            return {Verdict::Problem, name + " was not resolved in time" + announcement,
                     "Check the DNS servers in /etc/resolv.conf; or use the robot's address."};
         }
-        return {Verdict::Problem,
-                name + (examination.fHeardAnnouncements
-                            ? " does not resolve, and it is not announced."
-                            : " does not resolve, and announcements could not be received."),
+        return {Verdict::Problem, name + " does not resolve" + announcement,
                 "Check the spelling with 'robaxi list', and that the robot is switched on and on "
                 "this network; or use its address."};
     }

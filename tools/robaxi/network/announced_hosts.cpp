@@ -7,11 +7,20 @@
 #include <boost/bind/bind.hpp>
 
 #include <algorithm>
+#include <chrono>
+#include <exception>
 
 namespace robaxi_tool {
 
 using KV::BonjourDiscovery;
 using KV::BonjourProfile;
+
+namespace {
+
+/** Time between two attempts to end a start. */
+constexpr std::chrono::milliseconds a_turn(10);
+
+}  // namespace
 
 std::string AnnouncedHost::name() const {
     const std::string suffix = ".local";
@@ -42,16 +51,30 @@ AnnouncedHosts::AnnouncedHosts(Bell& bell) : fBell(bell), fLastChange(Clock::now
         boost::bind(&AnnouncedHosts::xAdd, this, boost::placeholders::_1));
     fRemoving = BonjourDiscovery::fRemoveProfile.connect(
         boost::bind(&AnnouncedHosts::xRemove, this, boost::placeholders::_1));
-    try {
-        xListen();
-    } catch (...) {
-        BonjourDiscovery::stopListening();
-        throw;
-    }
+    fStart = std::async(std::launch::async, [this] { xStart(); });
 }
 
 AnnouncedHosts::~AnnouncedHosts() {
+    // Ends a start that a daemon holds up, even if it only begins now.
+    do {
+        BonjourDiscovery::stopListening();
+    } while (fStart.wait_for(a_turn) != std::future_status::ready);
     BonjourDiscovery::stopListening();
+}
+
+void AnnouncedHosts::waitForStart() {
+    // The start itself gives up after a_daemonPatience.
+    fBell.waitUntil(Clock::now() + 2 * a_daemonPatience,
+                    [this] { return startError().has_value(); });
+    const std::string error = startError().value_or("The Avahi daemon does not answer.");
+    if (!error.empty()) {
+        throw Failure(ExitStatus::NoDiscovery, error);
+    }
+}
+
+std::optional<std::string> AnnouncedHosts::startError() const {
+    const std::lock_guard lock(fMutex);
+    return fStartError;
 }
 
 std::map<std::string, AnnouncedHost> AnnouncedHosts::hosts() const {
@@ -119,20 +142,19 @@ void AnnouncedHosts::xSetAddresses(const std::string& key,
     fBell.ring();
 }
 
-void AnnouncedHosts::xListen() {
-    // It waits a few seconds for a daemon that hangs, and the user may interrupt that.
-    const std::optional<std::string> error =
-        resultInTime(2 * a_daemonPatience, fBell, []() -> std::string {
-            try {
-                BonjourDiscovery::startListening();
-                return {};
-            } catch (const std::exception& exception) {
-                return exception.what();
-            }
-        });
-    if (!error || !error->empty()) {
-        throw Failure(ExitStatus::NoDiscovery, error.value_or("The Avahi daemon does not answer."));
+void AnnouncedHosts::xStart() {
+    std::string error;
+    try {
+        BonjourDiscovery::startListening();
+    } catch (const std::exception& exception) {
+        error = exception.what();
     }
+    {
+        const std::lock_guard lock(fMutex);
+        fStartError = error;
+        fLastChange = Clock::now();
+    }
+    fBell.ring();
 }
 
 }  // namespace robaxi_tool

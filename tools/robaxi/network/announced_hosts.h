@@ -10,8 +10,10 @@
 #include <boost/shared_ptr.hpp>
 #include <boost/signals2/connection.hpp>
 
+#include <future>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -40,20 +42,28 @@ struct AnnouncedHost {
 class AnnouncedHosts {
   public:
     /**
-     * Starts listening; takes 5 s if the daemon hangs.
+     * Begins to start listening, on another thread.
      *
-     * @param bell rung after each change
-     * @throws Failure NoDiscovery if there is no bus, or no daemon that answers
-     * @throws Interrupted
+     * @param bell rung after each change, and at the end of the start
      */
     explicit AnnouncedHosts(Bell& bell);
     ~AnnouncedHosts();
     AnnouncedHosts(const AnnouncedHosts&) = delete;
     AnnouncedHosts& operator=(const AnnouncedHosts&) = delete;
 
+    /**
+     * Waits for the end of the start, which takes 5 s if the daemon hangs.
+     *
+     * @throws Failure NoDiscovery if there is no bus, or no daemon that answers
+     * @throws Interrupted
+     */
+    void waitForStart();
+    /** Returns why it cannot listen, or an empty text if it listens; nothing during the start. */
+    std::optional<std::string> startError() const;
+
     /** Returns the hosts by their host name in lower case. */
     std::map<std::string, AnnouncedHost> hosts() const;
-    /** Returns the time of the last change of any host, or of the construction. */
+    /** Returns the time of the last change of any host, or of the end of the start. */
     Clock::time_point lastChange() const;
 
   private:
@@ -62,16 +72,18 @@ class AnnouncedHosts {
     void xLookUp(const std::string& key, const std::string& hostName);
     void xSetAddresses(const std::string& key, const std::vector<std::string>& addresses,
                        bool areOfAvahi);
-    void xListen();
+    void xStart();
 
     Bell& fBell;
-    mutable std::mutex fMutex;  ///< guards the following two
+    mutable std::mutex fMutex;  ///< guards the following three
+    std::optional<std::string> fStartError;
     std::map<std::string, AnnouncedHost> fHosts;
     Clock::time_point fLastChange;
     base::Lookups fLookups{a_mostLookups};
     AddressQueries fQueries;  ///< destroyed before fLookups, which its answers use
     boost::signals2::scoped_connection fAdding;
     boost::signals2::scoped_connection fRemoving;
+    std::future<void> fStart;  ///< destroyed first
 };
 
 }  // namespace robaxi_tool

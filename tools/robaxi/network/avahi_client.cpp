@@ -1,5 +1,7 @@
 #include "network/avahi_client.h"
 
+#include <base/gate.h>
+
 #include <avahi-client/client.h>
 #include <avahi-client/lookup.h>
 #include <avahi-common/address.h>
@@ -10,7 +12,6 @@
 #include <array>
 #include <cstdint>
 #include <list>
-#include <mutex>
 #include <utility>
 
 namespace robaxi_tool {
@@ -32,8 +33,6 @@ using Clock = std::chrono::steady_clock;
 
 /** Milliseconds between two looks at the clock. */
 constexpr int a_turn = 100;
-/** Time to wait for the end of the connection; it hangs if the daemon does. */
-constexpr std::chrono::milliseconds a_endPatience(300);
 
 /** Avahi requires a callback for the client's state. */
 void ignoreState(AvahiClient* /*client*/, AvahiClientState /*state*/, void* /*userData*/) {
@@ -132,11 +131,7 @@ class AddressQueries::Client {
         }
     }
 
-    /** Returns when no answer is being delivered, and none will be. */
-    void end() {
-        const std::lock_guard lock(fMutex);
-        fHasEnded = true;
-    }
+    void close() { fGate.close(); }
 
   private:
     struct Query {
@@ -152,8 +147,7 @@ class AddressQueries::Client {
                             const AvahiAddress* address, AvahiLookupResultFlags flags,
                             void* userData) noexcept;
 
-    std::mutex fMutex;  ///< held while an answer is delivered
-    bool fHasEnded = false;
+    base::Gate fGate;           ///< to those who receive answers
     std::list<Query> fQueries;  ///< guarded by the poll's lock
     std::unique_ptr<AvahiThreadedPoll, FreeWith<avahi_threaded_poll_free>> fPoll;
     robaxi_tool::Client fClient;
@@ -177,10 +171,7 @@ bool AddressQueries::Client::xAsk(const std::string& hostName, const Answer& ans
 }
 
 void AddressQueries::Client::xDeliver(const Answer& answer, const std::string& address) {
-    const std::lock_guard lock(fMutex);
-    if (!fHasEnded) {
-        answer(address);
-    }
+    fGate.pass([&answer, &address] { answer(address); });
 }
 
 void AddressQueries::Client::xOnResolved(AvahiHostNameResolver* resolver,
@@ -200,7 +191,10 @@ void AddressQueries::Client::xOnResolved(AvahiHostNameResolver* resolver,
     query->fOwner->fQueries.erase(query->fPlace);
 }
 
-AddressQueries::AddressQueries() : fClient(std::make_shared<Client>()) {
+// Ending the connection hangs if the daemon does.
+AddressQueries::AddressQueries()
+    : fClient(new Client,
+              [](Client* client) { base::releaseInTime(std::unique_ptr<Client>(client)); }) {
     fCalls.start([client = fClient] {
         client->connect();
         return [] {};
@@ -208,12 +202,7 @@ AddressQueries::AddressQueries() : fClient(std::make_shared<Client>()) {
 }
 
 AddressQueries::~AddressQueries() {
-    fClient->end();
-    base::Lookups end(1, a_endPatience);
-    end.start([client = std::move(fClient)]() mutable {
-        client.reset();
-        return [] {};
-    });
+    fClient->close();
 }
 
 void AddressQueries::start(const std::string& hostName, const Answer& answer) {

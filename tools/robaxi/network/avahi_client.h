@@ -49,7 +49,7 @@ class AddressQueries {
     using Answer = std::function<void(const std::string& address)>;
 
     AddressQueries();
-    /** No answer is delivered afterwards. */
+    /** Returns when no answer is being delivered, and none will be. */
     ~AddressQueries();
     AddressQueries(const AddressQueries&) = delete;
     AddressQueries& operator=(const AddressQueries&) = delete;
@@ -60,7 +60,7 @@ class AddressQueries {
   private:
     class Client;
 
-    std::shared_ptr<Client> fClient;  ///< also held by the threads
+    std::shared_ptr<Client> fClient;  ///< also held by the threads; the last one releases it
     base::Lookups fCalls{1};          ///< the calls to the daemon, one after the other
 };
 

@@ -18,8 +18,12 @@ namespace {
 
 using Kind = SearchDecision::Kind;
 
-/** Time that a resolved name waits for its announcement, and that of an unresolved one. */
-constexpr std::chrono::milliseconds a_patienceWhenResolved(1000);
+/**
+ * Time that a resolved name waits for its announcement and for Avahi's address, and time that an
+ * unresolved one waits. Measured: 20 ms if the daemon knows the host; otherwise 170 ms until the
+ * announcement, since mDNS delays answers, and up to 120 ms more for the address.
+ */
+constexpr std::chrono::milliseconds a_patienceWhenResolved(500);
 constexpr std::chrono::milliseconds a_patience(2000);
 /** Hosts on the local network answer sooner; the resolver itself would wait longer. */
 constexpr std::chrono::milliseconds a_longestLocalSearch(3000);
@@ -63,13 +67,17 @@ class HostSearch {
           fBell(interruption),
           fStart(Clock::now()),
           fEnd(fStart + longestSearch(target, timeout)),
-          fNames(candidateNames(target.fHost)) {
+          fNames(candidateNames(target.fHost)),
+          fAnnounced(fBell) {
         for (const std::string& name : fNames) {
             startLookup(fLookups, name, [this, name](const std::vector<std::string>& addresses) {
                 xSetAddresses(name, addresses);
             });
         }
-        xStartAnnouncements();
+        fLookups.start([this, instance = target.fHost]() -> base::Lookups::Answer {
+            const auto location = locateService(instance, KV::BonjourDiscovery::fRobaxiServiceType);
+            return [this, location] { xSetInstance(location); };
+        });
     }
 
     Endpoint find() {
@@ -85,6 +93,9 @@ class HostSearch {
                 break;
             }
         }
+        if (decision.fKind == Kind::Wait) {
+            decided();  // now that the time is over
+        }
         if (decision.fKind == Kind::Found) {
             return decision.fEndpoint;
         }
@@ -97,22 +108,28 @@ class HostSearch {
             " Check the spelling with 'robaxi list', or look for the cause "
             "with 'robaxi doctor'.";
         const std::string found = "Found no robot or computer " + fTarget.fHost;
+        const std::string unheard = xErrorOfAnnouncements();
         if (!xIsResolverSilent()) {
             throw Failure(
                 ExitStatus::NotFound,
                 found +
-                    (fAnnounced != nullptr
-                         ? ": no announcement and no host has that name."
-                         : ": no host has that name, and announcements cannot be received "
-                           "without the Avahi daemon. " +
-                               fWithoutAnnouncements) +
+                    (unheard.empty() ? ": no announcement and no host has that name."
+                                     : ": no host with that name was found, and announcements "
+                                       "cannot be received. " +
+                                           unheard) +
                     advice);
         }
-        throw Failure(ExitStatus::TimedOut,
-                      found + " in time: the system's resolver has not answered. " +
-                          (fAnnounced != nullptr ? "Check the DNS servers in /etc/resolv.conf."
-                                                 : fWithoutAnnouncements) +
-                          advice);
+        throw Failure(
+            ExitStatus::TimedOut,
+            found + " in time: the system's resolver has not answered. " +
+                (unheard.empty() ? "Check the DNS servers in /etc/resolv.conf." : unheard) +
+                advice);
+    }
+
+    /** Returns why there are no announcements; empty if they are received. */
+    std::string xErrorOfAnnouncements() const {
+        return fAnnounced.startError().value_or(
+            "The Avahi daemon does not answer. Restart the service \"avahi-daemon\".");
     }
 
     /** Names of the local network are excluded: there is no answer for a name that no host has. */
@@ -121,23 +138,12 @@ class HostSearch {
         return !isLocalName(fTarget.fHost) && fAddresses.count(fTarget.fHost) == 0;
     }
 
-    void xStartAnnouncements() {
-        try {
-            fAnnounced = std::make_unique<AnnouncedHosts>(fBell);
-        } catch (const Failure& failure) {
-            fWithoutAnnouncements = failure.what();
-            return;  // there are still host names
+    void xSetInstance(const std::optional<ServiceLocation>& location) {
+        {
+            const std::lock_guard lock(fMutex);
+            fInstance = location;
         }
-        fLookups.start([this, instance = fTarget.fHost]() -> base::Lookups::Answer {
-            const auto location = locateService(instance, KV::BonjourDiscovery::fRobaxiServiceType);
-            return [this, location] {
-                {
-                    const std::lock_guard lock(fMutex);
-                    fInstance = location;
-                }
-                fBell.ring();
-            };
-        });
+        fBell.ring();
     }
 
     void xSetAddresses(const std::string& name, const std::vector<std::string>& addresses) {
@@ -150,8 +156,10 @@ class HostSearch {
 
     SearchState xState() const {
         SearchState state;
-        state.fElapsed = Clock::now() - fStart;
-        state.fMayBeAnnounced = fAnnounced != nullptr;
+        const Clock::time_point now = Clock::now();
+        state.fElapsed = now - fStart;
+        state.fIsOver = now >= fEnd;
+        state.fMayBeAnnounced = fAnnounced.startError().value_or(std::string()).empty();
         xSetAnnounced(state);
         const std::lock_guard lock(fMutex);
         state.fLookUpsEnded = fAddresses.size() == fNames.size();
@@ -172,10 +180,7 @@ class HostSearch {
     }
 
     void xSetAnnounced(SearchState& state) const {
-        if (fAnnounced == nullptr) {
-            return;
-        }
-        const auto hosts = fAnnounced->hosts();
+        const auto hosts = fAnnounced.hosts();
         if (const auto location = xInstance()) {
             state.fAnnounced = Endpoint{location->fHostName, location->fPort, {}};
         }
@@ -203,8 +208,7 @@ class HostSearch {
     std::vector<std::string> fNames;
     mutable std::mutex fMutex;
     std::map<std::string, std::vector<std::string>> fAddresses;  ///< by the names looked up
-    std::unique_ptr<AnnouncedHosts> fAnnounced;
-    std::string fWithoutAnnouncements;         ///< the reason if there are none
+    AnnouncedHosts fAnnounced;
     std::optional<ServiceLocation> fInstance;  ///< of the service with the host's name
     // Destroyed first, since its answers use the other members.
     base::Lookups fLookups{a_mostLookups};
@@ -215,7 +219,9 @@ class HostSearch {
 SearchDecision decide(const Target& target, const SearchState& state) {
     const int portWithout = KVBroker::a_defaultPort;
     if (state.fAnnounced) {
-        if (state.fIsAddressAsked && state.fElapsed < a_patienceWhenResolved) {
+        // Without an address of the system's resolver, the name alone is not sufficient.
+        const bool isNameSufficient = state.fResolved && state.fElapsed >= a_patienceWhenResolved;
+        if (state.fIsAddressAsked && !isNameSufficient && !state.fIsOver) {
             return {};
         }
         Endpoint endpoint = *state.fAnnounced;

@@ -29,7 +29,7 @@ struct SearchState {
     std::optional<Endpoint> fAnnounced;
     /** True while Avahi looks up the address of fAnnounced. */
     bool fIsAddressAsked = false;
-    /** True if announcements can be received. */
+    /** True if announcements are received, or may soon be. */
     bool fMayBeAnnounced = true;
     /** The name, possibly with ".local", after it has resolved. */
     std::optional<std::string> fResolved;
@@ -37,6 +37,8 @@ struct SearchState {
     bool fIsThisComputer = false;
     bool fLookUpsEnded = false;
     Clock::duration fElapsed{};
+    /** True if there is no time left. */
+    bool fIsOver = false;
 };
 
 /** Decision for a search state. */
@@ -48,8 +50,9 @@ struct SearchDecision {
 };
 
 /**
- * Prefers announcements to host names, since they contain the port. A name that resolves waits for
- * them for only a second, and not at all if the user gave a port.
+ * Prefers announcements to host names, since they contain the port, and Avahi's address to that of
+ * the system's resolver, which may wait for a DNS server. A name that resolves waits half a second
+ * for them; with a port of the user, it does not wait for an announcement.
  */
 SearchDecision decide(const Target& target, const SearchState& state);
 

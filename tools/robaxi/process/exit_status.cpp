@@ -15,7 +15,7 @@ const std::vector<ExitCode>& exitCodes() {
         {"8", "no such module, method, key or camera, or arguments that do not fit"},
         {"9", "the module ran and reported a failure"},
         {"10", "the connection was lost"},
-        {"11", "no announcements: no system bus or no Avahi daemon"},
+        {"11", "no announcements: no system bus, or no Avahi daemon that answers"},
         {"12", "the results could not be written"},
         {"13", "anything else"},
         {"14", "the camera's picture is damaged or of an unknown format"},
