@@ -253,7 +253,7 @@ void BrowseRobotsDialog::onItemSelectionChanged() {
     fIP = row->text(a_IPColumn);
     if (fIP.isEmpty()) {
         fIP = lookupName(hostName);
-        row->setText(a_IPColumn, fIP);
+        xShowIP(row, fIP);
     }
     if (fIP.isEmpty()) {
         fIP = hostName;

@@ -145,6 +145,7 @@ class BrowseRobotsDialog : public QDialog {
     QTreeWidgetItem* xNewRow(const QString& hostName, int port, const QString& ip) const;
     void xShowMiddleware(QTreeWidgetItem* row, const KV::BonjourProfile& profile) const;
     void xShowNoMiddleware(QTreeWidgetItem* row) const;
+    static void xShowIP(QTreeWidgetItem* row, const QString& ip);
     QIcon xProfileIcon(const KV::BonjourProfile& profile, const QString& fileIcon) const;
     void xPlaceRow(QTreeWidgetItem* row, const QStringList& favouriteNames);
     static EntryKey xKeyOf(const QTreeWidgetItem& row);

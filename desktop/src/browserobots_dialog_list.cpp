@@ -111,7 +111,7 @@ QTreeWidgetItem* BrowseRobotsDialog::xRefreshRow(const QString& hostName, int po
                                                  const QString& ip,
                                                  const QStringList& favouriteNames) {
     if (QTreeWidgetItem* row = hasRobaxi(hostName, port)) {
-        row->setText(a_IPColumn, ip);
+        xShowIP(row, ip);
         return row;
     }
     QTreeWidgetItem* row = xNewRow(hostName, port, ip);
@@ -124,7 +124,7 @@ QTreeWidgetItem* BrowseRobotsDialog::xNewRow(const QString& hostName, int port,
     auto* row = new QTreeWidgetItem;
     row->setText(a_nameColumn, hostName);
     row->setText(a_portColumn, portText(port));
-    row->setText(a_IPColumn, ip);
+    xShowIP(row, ip);
     row->setToolTip(a_favouriteColumn,
                     tr("Clicking on this column will make this robot one of your favorites. "
                        "Favourite robots appear on the top."));
@@ -152,7 +152,13 @@ void BrowseRobotsDialog::xShowNoMiddleware(QTreeWidgetItem* row) const {
     row->setIcon(a_typeColumn, QIcon(fImageFolder + a_robot_off_image));
     row->setToolTip(a_typeColumn, tr("This robot does not have a running Robaxi."));
     row->setData(a_typeColumn, Qt::AccessibleTextRole, tr("Robot without Robaxi"));
+    row->setData(a_portColumn, Qt::AccessibleTextRole, tr("No port"));
     row->setText(a_InfoColumn, QString::number(NoMiddlewareKind));
+}
+
+void BrowseRobotsDialog::xShowIP(QTreeWidgetItem* row, const QString& ip) {
+    row->setText(a_IPColumn, ip);
+    row->setData(a_IPColumn, Qt::AccessibleTextRole, ip.isEmpty() ? tr("No IP yet") : ip);
 }
 
 QIcon BrowseRobotsDialog::xProfileIcon(const KV::BonjourProfile& profile,
@@ -218,6 +224,9 @@ QSize BrowseRobotsDialog::xInitialSize() {
     const int scrollBar = fRobotTree->verticalScrollBar()->sizeHint().width();
     const int frame = 2 * fRobotTree->frameWidth();
     listSize += QSize(scrollBar + frame, frame);
+    // In a narrow window the fields for a fixed address get less room, so that names are visible.
+    fRobotTree->setMinimumWidth(fRobotTree->header()->sectionPosition(a_portColumn) + scrollBar +
+                                frame);
     return (layout()->sizeHint() - fRobotTree->sizeHint() + listSize)
         .boundedTo(screen()->availableSize())
         .expandedTo(minimumSize());

@@ -1,3 +1,5 @@
+#include <obvista/viewer/robot_settings.h>
+
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -71,6 +73,8 @@ constexpr quint32 a_labelledBy = 2;
 constexpr int a_showing = 25;
 
 constexpr int a_patience = 30000;
+const QString a_columnHeader = QStringLiteral("column header");
+const QString a_cell = QStringLiteral("tree item");
 const QString a_accessible = QStringLiteral("org.a11y.atspi.Accessible");
 
 /** Accessible properties of one object. */
@@ -80,6 +84,7 @@ struct Element {
     QString fName;
     QString fDescription;
     bool fIsShowing = false;
+    bool fBeginsRow = false;  ///< first cell of a row of a tree
 
     QString text() const {
         return QStringLiteral("%1 \"%2\" \"%3\"").arg(fRole, fName, fDescription);
@@ -164,9 +169,18 @@ class ScreenReader {
         const auto states = xCall<QList<quint32>>(object, "GetState");
         element.fIsShowing = !states.isEmpty() && ((states.first() >> a_showing) & 1U) != 0;
         elements.push_back(element);
-        if (depth < deepest) {
-            for (const Reference& child : xCall<QList<Reference>>(object, "GetChildren")) {
-                xRead(child, depth + 1, elements);
+        if (depth == deepest) {
+            return;
+        }
+        int columns = 0;
+        int cells = 0;
+        for (const Reference& child : xCall<QList<Reference>>(object, "GetChildren")) {
+            const std::size_t at = elements.size();
+            xRead(child, depth + 1, elements);
+            Element& read = elements[at];
+            columns += read.fRole == a_columnHeader ? 1 : 0;
+            if (read.fRole == a_cell) {
+                read.fBeginsRow = cells++ % std::max(columns, 1) == 0;
             }
         }
     }
@@ -175,11 +189,12 @@ class ScreenReader {
 };
 
 bool isInteractive(const Element& element) {
-    static const QStringList roles{"push button", "check box",    "toggle button", "button menu",
-                                   "combo box",   "text",         "spin button",   "slider",
-                                   "tree",        "tree table",   "table",         "list box",
-                                   "menu item",   "radio button", "graphic",       "column header"};
-    return element.fIsShowing && roles.contains(element.fRole);
+    static const QStringList roles{
+        "push button", "check box",    "toggle button", "button menu", "combo box",   "text",
+        "spin button", "slider",       "tree",          "tree table",  "table",       "list box",
+        "menu item",   "radio button", "graphic",       "list item",   a_columnHeader};
+    // Other cells of a row may be empty.
+    return element.fIsShowing && (roles.contains(element.fRole) || element.fBeginsRow);
 }
 
 bool has(const std::vector<Element>& elements, const QString& role, const QString& name) {
@@ -216,7 +231,9 @@ class AccessibilityTest : public QObject {
     static void initTestCase();
     void namesWhateverIsInteractive_data();
     void namesWhateverIsInteractive();
+    void namesAFilterAPlotAndWatchedKeys();
     void namesTheLauncherAndTheBrowser();
+    void namesEveryCellOfTheBrowser();
 };
 
 void AccessibilityTest::initTestCase() {
@@ -253,6 +270,34 @@ void AccessibilityTest::namesWhateverIsInteractive() {
     check(elements, 10);
 }
 
+void AccessibilityTest::namesAFilterAPlotAndWatchedKeys() {
+    const QString key = QStringLiteral("Battery/Charge");
+    {
+        obvista::RobotSettings settings(QStringLiteral("MemoryViewer"), "robot1");
+        settings.setValue(QStringLiteral("filter"), QStringLiteral("Battery"));
+        settings.setValue(QStringLiteral("watched"), QStringList{key});
+        const QVariantList plot{QVariantMap{{QStringLiteral("key"), key}}};
+        settings.setValue(QStringLiteral("plots"),
+                          QVariantMap{{QStringLiteral("plots"), QVariantList{QVariant(plot)}}});
+    }
+    obvista_test::RobotProcess::Settings robotSettings;
+    robotSettings.fArguments = {"--name", "robot1"};
+    const obvista_test::RobotProcess robot(robotSettings);
+    const ScreenReader reader;
+    const obvista_test::ChildProcess obvista({program(), "--plugin", "memoryviewer", "--ip",
+                                              obvista_test::RobotProcess::address(), "--port",
+                                              std::to_string(robot.port())});
+    std::vector<Element> elements;
+    // Its name in the tree, in the legend and in the watch list.
+    const auto isShown = [&] {
+        elements = reader.read();
+        return has(elements, a_cell, key) && has(elements, a_cell, QStringLiteral("Charge")) &&
+               has(elements, QStringLiteral("check box"), QStringLiteral("Follow"));
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(isShown(), a_patience);
+    check(elements, 40);
+}
+
 // Without robots: nothing is announced where the test runs.
 void AccessibilityTest::namesTheLauncherAndTheBrowser() {
     const ScreenReader reader;
@@ -273,6 +318,28 @@ void AccessibilityTest::namesTheLauncherAndTheBrowser() {
     QTRY_VERIFY_WITH_TIMEOUT(has("push button", "Connect to"), a_patience);
     elements = reader.read();
     check(elements, 15);
+}
+
+void AccessibilityTest::namesEveryCellOfTheBrowser() {
+    const ScreenReader reader;
+    const obvista_test::ChildProcess browser(
+        {qEnvironmentVariable("OBVISTA_BUILD_DIR").toStdString() + "/tests/browser_program"});
+    std::vector<Element> elements;
+    const auto hasCell = [&](const char* name) {
+        return has(elements, a_cell, QLatin1String(name));
+    };
+    QTRY_VERIFY_WITH_TIMEOUT((elements = reader.read(), hasCell("robot3.local")), a_patience);
+    check(elements, 15);
+    int cells = 0;
+    for (const Element& element : elements) {
+        cells += element.fRole == a_cell ? 1 : 0;
+        QVERIFY2(element.fRole != a_cell || !element.fName.isEmpty(),
+                 qPrintable(QString::number(cells)));
+    }
+    QCOMPARE(cells, 4 * 5);  // of four hosts
+    for (const char* text : {"No favourite", "Robot", "Computer", "Robot without Robaxi", "9560"}) {
+        QVERIFY2(hasCell(text), text);
+    }
 }
 
 OBVISTA_QTEST_MAIN(AccessibilityTest)

@@ -42,6 +42,7 @@ MemoryToolBar::MemoryToolBar(QWidget* parent)
            "type:float\ttype of the value\n"
            "changed:30\tchanged in the last 30 s (5 when nothing is said)"));
     fFilter->setClearButtonEnabled(true);
+    fFilter->findChild<QToolButton*>()->setAccessibleName(tr("Clear the filter"));
     fFilter->setMaxLength(a_longestFilter);
     fFilter->installEventFilter(this);
     connect(fFilter, &QLineEdit::textChanged, this, &MemoryToolBar::filterChanged);
