@@ -110,6 +110,8 @@ class LooksTest : public QObject {
     void givesTheWatchListTheRoomOfItsRows();
     void fitsItsColumnsToAnotherFont();
     void keepsWidthsThatWereChosen();
+    void plotsInALowWindow();
+    void cutsNoAgeOff();
 
     void cellsCanBeRead_data() { xAddLooks(); }
     void marksStandOutAndCanBeRead_data() { xAddLooks(); }
@@ -118,9 +120,12 @@ class LooksTest : public QObject {
     void plotsCanBeRead_data() { xAddLooks(); }
     void cutsNoTextOff_data() { xAddLooks(); }
     void showsValuesInNarrowDocks_data() { xAddLooks(); }
+    void plotsInALowWindow_data() { xAddScales(); }
+    void cutsNoAgeOff_data() { xAddScales(); }
 
   private:
     static void xAddLooks();
+    static void xAddScales();
     void xOpen();
     void xChoose(const char* path);
     void xPlot();
@@ -130,6 +135,7 @@ class LooksTest : public QObject {
     int xRoomOfNames() const;
     Colours xColoursOfCell(int column) { return coloursIn(xTree()->viewport(), xCell(column)); }
     QWidget* xCanvas() const;
+    QModelIndex xRow() const { return indexOf(fViewer, a_number); }
     QTreeView* xTree() const { return treeOf(fViewer); }
     template <class Widget>
     Widget* xPart(const char* name) const {
@@ -170,6 +176,14 @@ void LooksTest::xAddLooks() {
         for (const double scale : {1.0, 2.0}) {
             QTest::addRow("%s, %g %%", isDark ? "dark" : "light", 100 * scale) << isDark << scale;
         }
+    }
+}
+
+void LooksTest::xAddScales() {
+    QTest::addColumn<bool>("isDark");
+    QTest::addColumn<double>("scale");
+    for (const int resolution : {96, 120, 168}) {
+        QTest::addRow("QT_FONT_DPI=%d", resolution) << false << resolution / 96.0;
     }
 }
 
@@ -445,6 +459,61 @@ void LooksTest::keepsWidthsThatWereChosen() {
     xOpen();
     xSetWidth(1200);
     QTRY_VERIFY(std::abs(xSection(a_valueColumn).width() - chosen) <= 1);
+}
+
+/** Whether the plot or the window's size is first makes no difference. */
+void LooksTest::plotsInALowWindow() {
+    const auto seen = [this] { return xCanvas()->visibleRegion().boundingRect().size(); };
+    const auto verify = [&] {
+        QVERIFY(fDriver->window().minimumSizeHint().height() <= 600);
+        QTRY_VERIFY2(
+            seen().width() >= 320 && seen().height() >= 130,
+            qPrintable(QStringLiteral("%1 x %2").arg(seen().width()).arg(seen().height())));
+        QCOMPARE(seen(), xCanvas()->size());
+        QVERIFY(xTree()->viewport()->height() >= 2 * xTree()->visualRect(xRow()).height());
+    };
+    xPlot();
+    fDriver->window().resize(800, 600);
+    QTRY_COMPARE(fDriver->window().size(), QSize(800, 600));
+    verify();
+    // With the plot restored before the window has its size.
+    fDriver.reset();
+    xOpen();
+    fDriver->window().resize(800, 600);
+    QTRY_VERIFY(xCanvas() != nullptr && xCanvas()->isVisible());
+    verify();
+    // The watch list returns with its first key.
+    xChoose("Robot/Mode");
+    QTest::keyClick(xTree(), Qt::Key_D, Qt::ControlModifier);
+    QTRY_VERIFY(xPart<QTreeView>("memoryWatch")->isVisible());
+}
+
+void LooksTest::cutsNoAgeOff() {
+    constexpr int ageColumn = 5;
+    constexpr qint64 second = 1'000'000;
+    const std::vector<std::pair<qint64, QString>> ages{{11 * 60 + 5, QStringLiteral("11:")},
+                                                       {59 * 60 + 5, QStringLiteral("59:")},
+                                                       {50 * 3600, QStringLiteral("2.1 d")}};
+    fDriver.reset();
+    const qint64 now = 1000 * QDateTime::currentMSecsSinceEpoch();
+    for (const auto& [age, text] : ages) {
+        const std::string key = "Robot/" + text.toStdString();
+        fRobot->set(key, 1);
+        fRobot->set(key, 2, now - age * second);
+    }
+    xOpen();
+    for (const auto& [age, text] : ages) {
+        const QModelIndex index = indexOf(fViewer, "Robot/" + text);
+        xTree()->scrollTo(index);
+        const QModelIndex cell = index.sibling(index.row(), ageColumn);
+        QTRY_VERIFY2(cell.data().toString().startsWith(text), qPrintable(cell.data().toString()));
+        for (const int width : {420, 640, 1200}) {
+            xSetWidth(width);
+            const int needed =
+                xTree()->itemDelegate()->sizeHint(QStyleOptionViewItem(), cell).width();
+            QTRY_VERIFY2(xSection(ageColumn).width() >= needed, qPrintable(cell.data().toString()));
+        }
+    }
 }
 
 OBVISTA_QTEST_MAIN(LooksTest)

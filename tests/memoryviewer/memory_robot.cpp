@@ -22,10 +22,10 @@ MemoryRobot::MemoryRobot(const std::string& name, Memory memory)
 
 MemoryRobot::~MemoryRobot() = default;
 
-void MemoryRobot::set(const std::string& key, const KVValue& value) {
+void MemoryRobot::set(const std::string& key, const KVValue& value, std::int64_t time) {
     const auto found = fIds.find(key);
     if (found != fIds.end()) {
-        fTable->setValue(found->second, value);
+        fTable->setValue(found->second, value, time);
         return;
     }
     KVKeyInfo info;

@@ -26,8 +26,12 @@ class MemoryRobot {
 
     int port() const { return fPort; }
 
-    /** Sets a key's value; adds the key if there is none of that name. */
-    void set(const std::string& key, const KVValue& value);
+    /**
+     * Sets a key's value; adds the key if there is none of that name.
+     *
+     * @param time microseconds since 1970-01-01 UTC, or 0 for now
+     */
+    void set(const std::string& key, const KVValue& value, std::int64_t time = 0);
     void remove(const std::string& key);
 
     /** Breaks every connection and stops listening. */

@@ -36,6 +36,9 @@ constexpr double a_intervalsHeld = 3;
 constexpr int a_widthInCharacters = 110;
 constexpr int a_heightInLines = 30;
 constexpr int a_narrowInCharacters = 90;
+/** The same in a low panel, where a legend below would take the room of the plots. */
+constexpr int a_narrowAndLowInCharacters = 45;
+constexpr int a_lowInLines = 14;
 /** Of the legend below the plots: titles, a plot and two curves. */
 constexpr int a_linesBelow = 4;
 /** Milliseconds for which a success message is shown. */
@@ -92,6 +95,7 @@ void PlotPanel::xBuild() {
     QSizePolicy policy = fNotice->sizePolicy();
     policy.setHorizontalPolicy(QSizePolicy::Ignored);
     fNotice->setSizePolicy(policy);
+    fSavedTimer.setObjectName(QStringLiteral("savedTimer"));
     fSavedTimer.setSingleShot(true);
     connect(&fSavedTimer, &QTimer::timeout, this, [this] { xSay(QString()); });
     fPages->addWidget(fMessage);
@@ -113,7 +117,10 @@ void PlotPanel::resizeEvent(QResizeEvent* event) {
 /** Below the plots where there is no room for it beside them; a width that the user has set stays.
  */
 void PlotPanel::xPlaceLegend() {
-    const bool isNarrow = width() < a_narrowInCharacters * fontMetrics().averageCharWidth();
+    const bool isLow = height() < a_lowInLines * fontMetrics().height();
+    fStatus->setHidden(isLow);
+    const int narrow = isLow ? a_narrowAndLowInCharacters : a_narrowInCharacters;
+    const bool isNarrow = width() < narrow * fontMetrics().averageCharWidth();
     const Qt::Orientation orientation = isNarrow ? Qt::Vertical : Qt::Horizontal;
     const bool isTurned = orientation != fColumns->orientation();
     const bool isChosen = fColumns->sizes().value(1) != fLegendSize;

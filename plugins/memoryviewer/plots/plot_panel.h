@@ -175,7 +175,7 @@ class PlotPanel : public QWidget {
     QLabel* fStatus;
     QLabel* fNotice;
     CurveLegend* fLegend;
-    QTimer fSavedTimer;
+    QTimer fSavedTimer{this};
 };
 
 }  // namespace memoryviewer

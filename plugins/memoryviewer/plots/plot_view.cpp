@@ -25,7 +25,9 @@ constexpr int a_maxUnitLength = 24;
 constexpr double a_defaultHoldTime = 0.5e6;
 constexpr int a_charactersPerTime = 16;
 constexpr int a_linesPerValue = 3;
-constexpr int a_minimumLines = 7;
+constexpr int a_minimumLines = 5;
+/** Height in lines from which the axis of time has a title. */
+constexpr int a_linesWithTitle = 9;
 constexpr int a_lines = 14;
 constexpr int a_minimumCharacters = 30;
 constexpr int a_characters = 70;
@@ -137,12 +139,19 @@ void PlotView::xFitTimes() {
     fTimeLabels->setLabelRoom(a_charactersPerTime * character / 2.0);
     setAxisScaleDiv(xBottom, timeScale(fTime->left(), fTime->right(), labels));
     if (axisEnabled(xBottom)) {
-        const QString day = dayText(fTime->right());
-        QwtText title(day.isEmpty() ? tr("Robot's time") : tr("Robot's time, %1").arg(day),
-                      QwtText::PlainText);
+        QwtText title(xTitleOfTimes(), QwtText::PlainText);
         title.setFont(font());
         setAxisTitle(xBottom, title);
     }
+}
+
+/** Returns an empty text where it would take the room of the curves. */
+QString PlotView::xTitleOfTimes() const {
+    if (height() < a_linesWithTitle * fontMetrics().height()) {
+        return {};
+    }
+    const QString day = dayText(fTime->right());
+    return day.isEmpty() ? tr("Robot's time") : tr("Robot's time, %1").arg(day);
 }
 
 void PlotView::xFitValues() {

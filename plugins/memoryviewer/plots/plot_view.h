@@ -83,6 +83,7 @@ class PlotView : public QwtPlot {
   private:
     void xApplyPalette();
     void xFitTimes();
+    QString xTitleOfTimes() const;
     void xFitValues();
     CurveItem* xItem(int key) const;
 

@@ -15,7 +15,10 @@ namespace memoryviewer {
 
 namespace {
 
-constexpr int a_leastLines = 8;
+/** Of the tree: titles and some rows. */
+constexpr int a_leastLines = 5;
+/** Height in lines below which plots get all the room that the tree does not need. */
+constexpr int a_lowInLines = 24;
 
 }  // namespace
 
@@ -40,6 +43,7 @@ MemoryPanes::MemoryPanes(KeyTreeView* tree, WatchView* watchView, PlotPanel* plo
     setStretchFactor(2, 2);
     setCollapsible(0, false);
     fPlots->hide();
+    connect(this, &QSplitter::splitterMoved, this, [this] { fIsChosen = true; });
 }
 
 void MemoryPanes::setMessage(const QString& message) {
@@ -56,18 +60,42 @@ void MemoryPanes::showPlots(bool isShown) {
         return;
     }
     fPlots->setVisible(isShown);
-    const int watched = fWatchView->sizeHint().height();
-    const int plots = isShown ? height() * 3 / 5 : 0;
-    setSizes({height() - watched - plots, watched, plots});
+    xShareRoom();
 }
 
 void MemoryPanes::fitWatchList() {
     const int wanted = fWatchView->sizeHint().height();
     const int more = wanted - std::exchange(fWatchHeight, wanted);
+    if (!fIsChosen || fWatchView->isHidden()) {
+        xShareRoom();
+        return;
+    }
     const QList<int> now = sizes();
     if (more != 0 && now[0] > more) {
         setSizes({now[0] - more, now[1] + more, now[2]});
     }
+}
+
+void MemoryPanes::resizeEvent(QResizeEvent* event) {
+    QSplitter::resizeEvent(event);
+    if (!fIsChosen) {
+        xShareRoom();
+    }
+}
+
+bool MemoryPanes::xIsLow() const {
+    return height() < a_lowInLines * fontMetrics().height();
+}
+
+/** Where plots have little room, an empty watch list is hidden. */
+void MemoryPanes::xShareRoom() {
+    const bool hasPlots = !fPlots->isHidden();
+    const bool isLow = hasPlots && xIsLow();
+    fWatchView->setVisible(!isLow || fWatchView->model()->rowCount() > 0);
+    const int watched = fWatchView->isHidden() ? 0 : fWatchView->sizeHint().height();
+    const int others = isLow ? widget(0)->minimumHeight() + watched : height() * 2 / 5;
+    const int plots = hasPlots ? height() - others : 0;
+    setSizes({height() - watched - plots, watched, plots});
 }
 
 }  // namespace memoryviewer

@@ -26,13 +26,20 @@ class MemoryPanes : public QSplitter {
     /** The watch list grows with its first rows; the tree gives and takes the difference. */
     void fitWatchList();
 
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
+
   private:
+    void xShareRoom();
+    bool xIsLow() const;
+
     KeyTreeView* fTree;
     WatchView* fWatchView;
     PlotPanel* fPlots;
     QStackedLayout* fPages;
     QLabel* fMessage;
-    int fWatchHeight;  ///< preferred height of the watch list
+    int fWatchHeight;        ///< preferred height of the watch list
+    bool fIsChosen = false;  ///< true if the user has moved a handle
 };
 
 }  // namespace memoryviewer
