@@ -113,6 +113,7 @@ void CameraViewerWidget::xBuild() {
     fView->setContextMenuPolicy(Qt::CustomContextMenu);
     fHistogram->hide();
     fTold->hide();
+    fToldTime.setObjectName(QStringLiteral("toldTimer"));
     fToldTime.setSingleShot(true);
 
     fPages->addWidget(fMessage);

@@ -74,7 +74,7 @@ class CameraViewerWidget : public obvista::ViewerWidget {
     CameraMemory fMemory;
     RememberedView fRemembered;
     QTimer fTick;
-    QTimer fToldTime;
+    QTimer fToldTime{this};
     FigureMeter fMeter;
     Figures fFigures;
     FigureMeter::Clock::time_point fMeasured;

@@ -49,6 +49,10 @@ double rateOf(QString text) {
     return text.remove(a_atLeast).toDouble();
 }
 
+QString rateIn(QWidget* viewer) {
+    return cellOf(viewer, a_steps, "Rate");
+}
+
 bool isNear(double actual, double expected) {
     return std::abs(actual - expected) <= 0.05 * expected;
 }
@@ -168,7 +172,8 @@ class AgreementTest : public QObject {
 
   private:
     void xShow(double rate, int followRate = 50);
-    QString xRate() const { return cellOf(fViewer, a_steps, "Rate"); }
+    QWidget* xShowDock(int followRate);
+    QString xRate() const { return rateIn(fViewer); }
 
     std::unique_ptr<RobotProcess> fRobot;
     std::unique_ptr<ViewerDriver> fDriver;
@@ -190,13 +195,19 @@ void AgreementTest::xShow(double rate, int followRate) {
     RobotProcess::Settings settings;
     settings.fArguments = {"--keys", "100", "--changing", "20", "--rate", std::to_string(rate)};
     fRobot = std::make_unique<RobotProcess>(settings);
-    fViewer = fDriver->createWidget(fRobot->port());
-    fDriver->dock(fViewer);
-    QVERIFY(QTest::qWaitForWindowExposed(&fDriver->window()));
-    auto* follow = fViewer->findChild<QComboBox*>(QStringLiteral("memoryRate"));
-    follow->setCurrentIndex(follow->findData(followRate));
-    typeFilter(fViewer, QStringLiteral("Unit000/Drive0"));
+    fViewer = xShowDock(followRate);
     QTRY_VERIFY(indexOf(fViewer, a_steps).isValid());
+}
+
+/** Shows the robot in another dock. */
+QWidget* AgreementTest::xShowDock(int followRate) {
+    QWidget* viewer = fDriver->createWidget(fRobot->port());
+    fDriver->dock(viewer);
+    [this] { QVERIFY(QTest::qWaitForWindowExposed(&fDriver->window())); }();
+    auto* follow = viewer->findChild<QComboBox*>(QStringLiteral("memoryRate"));
+    follow->setCurrentIndex(follow->findData(followRate));
+    typeFilter(viewer, QStringLiteral("Unit000/Drive0"));
+    return viewer;
 }
 
 void AgreementTest::ratesAreWithinFivePerCent_data() {
@@ -216,11 +227,12 @@ void AgreementTest::ratesAreThoseThatTheRobotSends_data() {
     QTest::addColumn<double>("rate");
     QTest::addColumn<int>("followRate");
     QTest::addColumn<QString>("marks");
-    QTest::newRow("slower than it is asked") << 3.1 << 10 << "no";
-    QTest::newRow("as fast as it is asked") << 9.7 << 10 << "yes";
-    QTest::newRow("faster than it is asked") << 48.0 << 10 << "yes";
+    QTest::addColumn<int>("docks");
+    QTest::newRow("slower than it is asked, in two docks") << 3.1 << 10 << "no" << 2;
+    QTest::newRow("as fast as it is asked") << 9.7 << 10 << "yes" << 1;
+    QTest::newRow("faster than it is asked, in two docks") << 48.0 << 10 << "yes" << 2;
     // A busy robot's changes may be closer together than intended.
-    QTest::newRow("nearly as fast as it is asked") << 35.0 << 50 << "yes or no";
+    QTest::newRow("nearly as fast as it is asked") << 35.0 << 50 << "yes or no" << 1;
 }
 
 /**
@@ -232,20 +244,31 @@ void AgreementTest::ratesAreThoseThatTheRobotSends() {
     QFETCH(double, rate);
     QFETCH(int, followRate);
     QFETCH(QString, marks);
+    QFETCH(int, docks);
     xShow(rate, followRate);
+    QList<QWidget*> viewers{fViewer};
+    while (viewers.size() < docks) {
+        viewers += xShowDock(followRate);
+        QTRY_VERIFY(indexOf(viewers.last(), a_steps).isValid());
+    }
     SentRate sent(fRobot->port(), a_steps, followRate);
     QTRY_VERIFY(sent.follow());
     int agreed = 0;
     QString last;
     QTimer turns;
     connect(&turns, &QTimer::timeout, this, [&] {
-        const QString shown = xRate();
         const double expected = sent.perSecond();
-        const QString mark =
-            shown.startsWith(a_atLeast) ? QStringLiteral("yes") : QStringLiteral("no");
-        const bool agrees = expected > 0 && isNear(rateOf(shown), expected) && marks.contains(mark);
+        QStringList shown;
+        bool agrees = expected > 0;
+        for (QWidget* viewer : viewers) {
+            shown += rateIn(viewer);
+            const QString mark =
+                shown.last().startsWith(a_atLeast) ? QStringLiteral("yes") : QStringLiteral("no");
+            agrees = agrees && isNear(rateOf(shown.last()), expected) && marks.contains(mark);
+        }
         agreed = agrees ? agreed + 1 : 0;
-        last = QStringLiteral("%1 for %2").arg(shown).arg(expected);
+        last = QStringLiteral("%1 for %2")
+                   .arg(shown.join(QStringLiteral(" and ")), QString::number(expected));
     });
     turns.start(1000);
     QTRY_VERIFY2_WITH_TIMEOUT(agreed >= looks, qPrintable(last), a_patience);

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QFileDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QSplitter>
@@ -69,12 +70,15 @@ bool RobotWindow::answerFileQuestion(const QString& fileName) const {
     if (!QTest::qWaitFor([&] { return question() != nullptr && question()->isVisible(); })) {
         return false;
     }
+    const QString robot = find<QLabel>("robotName")->text();
+    const bool isNamed =
+        !robot.isEmpty() && question()->windowTitle().endsWith(QStringLiteral("\u2013 ") + robot);
     auto* name = question()->findChild<QLineEdit*>();
     name->setText(fileName);
     QTest::keyClick(name, Qt::Key_Return);
     const bool isAnswered = QTest::qWaitFor([&] { return question() == nullptr; });
     fDriver->window().activateWindow();
-    return isAnswered && QTest::qWaitForWindowActive(&fDriver->window());
+    return isNamed && isAnswered && QTest::qWaitForWindowActive(&fDriver->window());
 }
 
 void RobotWindow::chooseFromMenu(const QString& text) const {

@@ -43,7 +43,11 @@ class RobotWindow {
     void choose(const char* key) const;
     /** Selects the rate, updates a second. */
     void setRate(int perSecond) const;
-    /** Answers the file dialog when it is open. @return true if it opened */
+    /**
+     * Answers the file dialog when it is open.
+     *
+     * @return true if it opened with the robot's name in its title, and closed
+     */
     bool answerFileQuestion(const QString& fileName) const;
     /** Selects an entry of the menu opened by a click, by its text without "&". */
     void chooseFromMenu(const QString& text) const;

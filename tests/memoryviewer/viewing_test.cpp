@@ -15,6 +15,7 @@
 #include <QPointer>
 #include <QSettings>
 #include <QSignalSpy>
+#include <QTimer>
 #include <QToolButton>
 #include <QTreeView>
 #include <QtTest>
@@ -22,6 +23,7 @@
 
 #include <memory>
 #include <robot_process.h>
+#include <timers.h>
 
 using namespace obvista_test;
 
@@ -289,7 +291,12 @@ void ViewingTest::savesChangesWhileItIsOpen() {
         QFile settings(QSettings().fileName());
         return settings.open(QIODevice::ReadOnly) ? settings.readAll() : QByteArray();
     };
-    QTRY_VERIFY(file().contains("filter=battery"));
+    auto* timer = fViewer->findChild<QTimer*>(QStringLiteral("saveTimer"));
+    QVERIFY(timer->isActive());
+    QVERIFY(!timer->isSingleShot());
+    QVERIFY(timer->interval() < 1000);
+    expire(*timer);
+    QVERIFY(file().contains("filter=battery"));
     QVERIFY(file().contains("watched=Battery/Voltage"));
     QWidget* other = fDriver->dock(fDriver->createWidget(fRobot->port()))->widget();
     QCOMPARE(filterOf(other)->text(), QStringLiteral("battery"));

@@ -112,6 +112,7 @@ void MemoryViewerWidget::xBuild() {
 
 void MemoryViewerWidget::xConnect() {
     fFilterTimer.setSingleShot(true);
+    fSaveTimer.setObjectName(QStringLiteral("saveTimer"));
     connect(this, &ViewerWidget::newsArrived, fSession, &MemorySession::takeNews);
     connect(this, &ViewerWidget::linkEnded, fSession, [this] { fSession->end(linkState()); });
     connect(fSession, &MemorySession::newsTaken, this, &MemoryViewerWidget::xOnNewsTaken);

@@ -102,7 +102,7 @@ class MemoryViewerWidget : public obvista::ViewerWidget {
 
     QTimer fTickTimer;
     QTimer fFilterTimer;
-    QTimer fSaveTimer;
+    QTimer fSaveTimer{this};
     QString fPausedSince;
     QString fWriteRefusal;
     QElapsedTimer fSinceRefusal;

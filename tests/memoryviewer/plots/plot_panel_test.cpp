@@ -28,6 +28,7 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <timers.h>
 
 using namespace memoryviewer;
 
@@ -104,6 +105,7 @@ class PanelTest : public QObject {
     void refusesWhatIsNoNumber();
     void showsNamesAsPlainText();
     void savesAPicture();
+    void saysForTenSecondsWhereAPictureIs();
     void savesPoints();
     void saysWhatCannotBeSaved();
     void remembersItsPlots();
@@ -300,6 +302,11 @@ void PanelTest::keepsTheLastValuesInTheLegend() {
     QVERIFY(!fPanel->history().curve(fPanel->keyHandle(QStringLiteral("A"))).isGoingOn());
     QVERIFY(xIsDrawn());
     QCOMPARE(xLegendValue(0, 0), QStringLiteral("0"));
+    xAppend(QStringLiteral("A"), fStart + a_second, 12);
+    QTRY_COMPARE(xLegendValue(0, 0), QStringLiteral("12"));
+    fPanel->endCurves(fStart + a_second);  // the robot is lost
+    QVERIFY(xIsDrawn());
+    QCOMPARE(xLegendValue(0, 0), QStringLiteral("12"));
 }
 
 void PanelTest::putsTheLegendBelowThePlotsWhereItIsNarrow() {
@@ -678,7 +685,6 @@ void PanelTest::savesAPicture() {
     const QString file = folder.filePath(QStringLiteral("plot.png"));
     fPanel->savePicture(file);
     QCOMPARE(xNotice(), QStringLiteral("Picture saved in %1.").arg(file));
-    QTRY_COMPARE_WITH_TIMEOUT(xNotice(), QString(), 30000);
     const QImage picture(file);
     QCOMPARE(picture.width(), qRound(xView()->width() * fPanel->devicePixelRatioF()));
     QVERIFY(picture.height() > xView()->height());
@@ -691,6 +697,22 @@ void PanelTest::savesAPicture() {
     }
     QVERIFY(inPlot > 100);
     QVERIFY(inLegend > 10);
+}
+
+void PanelTest::saysForTenSecondsWhereAPictureIs() {
+    xPlot(QStringLiteral("A"));
+    const auto* timer = fPanel->findChild<QTimer*>(QStringLiteral("savedTimer"));
+    const QTemporaryDir folder;
+    fPanel->savePicture(QStringLiteral("/none/plot.png"));
+    QVERIFY(!xNotice().isEmpty());
+    QVERIFY(!timer->isActive());  // a failure remains until the next response
+    fPanel->savePicture(folder.filePath(QStringLiteral("plot.png")));
+    QVERIFY2(xNotice().contains(folder.path()), qPrintable(xNotice()));
+    QVERIFY(timer->isActive());
+    QCOMPARE(timer->interval(), 10000);
+    obvista_test::expire(const_cast<QTimer&>(*timer));
+    QCOMPARE(xNotice(), QString());
+    QVERIFY(!timer->isActive());
 }
 
 void PanelTest::savesPoints() {
