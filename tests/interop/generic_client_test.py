@@ -4,6 +4,7 @@
 """
 
 import pathlib
+import queue
 import shutil
 import sys
 import tempfile
@@ -99,6 +100,35 @@ class WithEcho(unittest.TestCase):
                 self.assertEqual(details["cause"], "INVALID_ARGUMENT")
                 self.assertTrue(details["text"])
         self.assertEqual(self.call("Echo", "echo", text("still")), {"value": text("still")})
+
+    def open_stream(self, method, content):
+        """A stream with its first message, and the queue of the others; None closes it."""
+        kind = {"Session": "ClientBatch", "Subscribe": "SubscriptionRequest"}[method]
+        requests = queue.SimpleQueue()
+        requests.put(self.client.encode(f"robaxi.v1.{kind}", content))
+        call = self.channel.stream_stream(f"/{ROBAXI}/{method}")
+        return call(iter(requests.get, None), timeout=20), requests
+
+    def test_streams_end_when_the_client_closes_them_and_with_their_session(self):
+        self.client.learn(ROBAXI)
+        session, to_session = self.open_stream("Session", {
+            "messages": [{"hello": {"protocolVersion": 1, "name": "plain"}}]})
+        [answer] = self.client.message("robaxi.v1.ServerBatch", next(session))["messages"]
+        start = {"start": {"sessionId": answer["helloReply"]["sessionId"], "module": "Memory",
+                           "allKeys": True, "rate": 10}}
+        closed, to_closed = self.open_stream("Subscribe", start)
+        kept, _ = self.open_stream("Subscribe", start)
+        for stream in (closed, kept):
+            next(stream)
+        to_closed.put(None)
+        list(closed)
+        self.assertEqual(closed.code(), grpc.StatusCode.OK)
+        to_session.put(None)
+        list(session)
+        self.assertEqual(session.code(), grpc.StatusCode.OK)
+        with self.assertRaises(grpc.RpcError):
+            list(kept)
+        self.assertIn(kept.code(), (grpc.StatusCode.CANCELLED, grpc.StatusCode.UNAVAILABLE))
 
     def test_a_message_above_the_limit_ends_its_session_with_a_status(self):
         self.client.learn(ROBAXI)
