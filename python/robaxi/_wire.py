@@ -276,12 +276,21 @@ class KeyInfo(NamedTuple):
     description: str
     type: str  #: type of the value when the robot described it; it may change
     writable: bool
+    #: lowest and highest number, or number of bytes or elements, that can be written; None for all
+    limits: Optional[Tuple[float, float]] = None
+
+
+def to_range(limits: Optional[Tuple[float, float]]) -> Optional[pb.Range]:
+    return None if limits is None else pb.Range(lowest=limits[0], highest=limits[1])
 
 
 def from_key(key: pb.Key) -> KeyInfo:
     if key.id == 0 or not key.name:
         raise malformed("a key has no identifier or no name")
-    return KeyInfo(key.name, key.unit, key.description, type_name(key.type), key.writable)
+    limits = (key.range.lowest, key.range.highest) if key.HasField("range") else None
+    if limits is not None and not limits[0] <= limits[1]:
+        limits = None
+    return KeyInfo(key.name, key.unit, key.description, type_name(key.type), key.writable, limits)
 
 
 class TimedValue(NamedTuple):

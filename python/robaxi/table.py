@@ -38,7 +38,8 @@ class Entry:
         return pb.Key(id=self.id, name=_wire.plain_text(self.name),
                       unit=_wire.plain_text(self.unit),
                       description=_wire.plain_text(self.description),
-                      type=_wire.type_of(self.value), writable=self.writable)
+                      type=_wire.type_of(self.value), writable=self.writable,
+                      range=_wire.to_range(self.limits))
 
     def refuse(self, reason: str) -> Error:
         return Error(Cause.RAISED_BY_MODULE, f"{self.name} was not changed: {reason}")
@@ -68,7 +69,12 @@ class Entry:
             size, unit = len(value), " bytes" if isinstance(value, bytes) else " elements"
         # Written so that NaN is refused.
         if not lowest <= size <= highest:
-            raise self.refuse(f"it takes {lowest:g} to {highest:g}{unit}, not {size:g}.")
+            interval = f"{lowest:g} to {highest:g}"
+            if math.isinf(highest):
+                interval = f"at least {lowest:g}"
+            elif math.isinf(lowest):
+                interval = f"at most {highest:g}"
+            raise self.refuse(f"it takes {interval}{unit}, not {size:g}.")
 
 
 class Known:
@@ -111,11 +117,13 @@ class Table(MutableMapping[str, Any]):
         """Adds a key.
 
         With `writable` or `on_write` clients can write it. `limits` are then the lowest and highest
-        number, or number of bytes or elements. `on_write` receives a checked value before it is
-        set, on a thread of the server; it refuses the value by raising an exception, whose text the
-        client receives.
+        number, or number of bytes or elements; `math.inf` stands for none. `on_write` receives a
+        checked value before it is set, on a thread of the server; it refuses the value by raising
+        an exception, whose text the client receives.
         """
         value = _normal(value)
+        if limits is not None and not limits[0] <= limits[1]:
+            raise Error(Cause.INVALID_ARGUMENT, f"The range of the key {name} is empty.")
         with self._lock:
             if not name or name in self._entries:
                 raise Error(Cause.INVALID_ARGUMENT, f"There is already a key named {name}."

@@ -2,6 +2,7 @@
 
 import http.client
 import json
+import math
 import os
 import signal
 import socket
@@ -135,7 +136,9 @@ def fill(server):
     memory.add("Battery/Charge", 87.5, unit="%", description="Charge of the battery")
     memory.add("Audio/Volume", 60, unit="%", limits=(0, 100), on_write=write)
     memory.add("Robot/Note", "", limits=(0, 5), writable=True)
-    memory.add("Robot/Speed", 1.0, writable=True)
+    memory.add("Robot/Speed", 1.0, limits=(0, math.inf), writable=True)
+    with pytest.raises(robaxi.Error, match="The range of the key Robot/Nothing is empty."):
+        memory.add("Robot/Nothing", 1.0, limits=(1, math.nan))
     return written
 
 
@@ -156,6 +159,8 @@ def test_the_memory_is_read_and_written(serve, connect):
         ("Audio/Volume", 13, Cause.RAISED_BY_MODULE, "Not 13."),
         ("Audio/Volume", "loud", Cause.WRONG_TYPE, "it cannot be set to a value of type string"),
         ("Robot/Note", "too long", Cause.RAISED_BY_MODULE, "0 to 5 bytes, not 8"),
+        ("Robot/Speed", -0.5, Cause.RAISED_BY_MODULE, "it takes at least 0, not -0.5."),
+        ("Robot/Speed", math.nan, Cause.RAISED_BY_MODULE, "it takes at least 0, not nan."),
         ("No/Such", 1, Cause.INVALID_ARGUMENT, "no key"),
     ]:
         error = error_of(memory.__setitem__, key, value)
@@ -183,6 +188,10 @@ def test_changes_are_watched(serve, connect):
                                                                     "%")
     server.memory.add("Later", "here")
     assert (next(changes).key, len(changes.keys)) == ("Later", 2)
+    everything = robot.memory.watch()
+    next(everything)
+    assert {key.name: key.limits for key in everything.keys if key.limits} == {
+        "Audio/Volume": (0, 100), "Robot/Note": (0, 5), "Robot/Speed": (0, math.inf)}
     del server.memory["Later"]
     server.memory.add("Later", ["again"])
     assert next(changes).value == ["again"]

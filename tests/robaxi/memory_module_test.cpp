@@ -82,7 +82,7 @@ TEST_F(MemoryModule, givesValuesAndNames) {
 }
 
 TEST_F(MemoryModule, subscribersReceiveTheMetadata) {
-    fMemory->addKey({"Head/Yaw", "rad", "Angle of the head", 0.25, a_accept});
+    fMemory->addKey({"Head/Yaw", "rad", "Angle of the head", 0.25, a_accept, KVRange{-2, 2.5}});
     fMemory->addKey({"Name", "", "", "marvin"});
     RecordingListener listener;
     const auto subscription = KVSubscription::start(
@@ -94,6 +94,10 @@ TEST_F(MemoryModule, subscribersReceiveTheMetadata) {
     EXPECT_EQ(head.fDescription, "Angle of the head");
     EXPECT_EQ(head.fType, KVValue::Type::Float);
     EXPECT_TRUE(head.fWritable);
+    ASSERT_TRUE(head.fRange);
+    EXPECT_EQ(head.fRange->fLowest, -2);
+    EXPECT_EQ(head.fRange->fHighest, 2.5);
+    EXPECT_FALSE(listener.fKeys[listener.idOf("Name")].fRange);
     EXPECT_FALSE(listener.fKeys[listener.idOf("Name")].fWritable);
     fMemory->setValue("Head/Yaw", 0.5);
     EXPECT_TRUE(listener.waitForValue("Head/Yaw", 0.5));
@@ -165,6 +169,11 @@ TEST_F(MemoryModule, keysLeaveAndReturnWithOtherHandlers) {
     fMemory->addKey({"A", "", "", 1, a_accept});
     EXPECT_CAUSE(errorOf([&] { fMemory->addKey({"A", "", "", 2}); }), InvalidArgument);
     EXPECT_CAUSE(errorOf([&] { fMemory->addKey({"", "", "", 2}); }), InvalidArgument);
+    const KVError error = errorOf([&] {
+        fMemory->addKey({"B", "", "", 2, a_accept, KVRange{2, 1}});
+    });
+    EXPECT_CAUSE(error, InvalidArgument);
+    EXPECT_EQ(error.toString(), "The range of the key B is empty.");
     fProxy->callValue("setData", {"A", 3});
     fMemory->removeKey("A");
     fMemory->removeKey("A");

@@ -102,6 +102,10 @@ std::uint32_t KVValueTable::addKey(const KVKeyInfo& info, const KVValue& value) 
                       info.fName.empty() ? std::string("A key needs a name.")
                                          : "There is already a key named " + info.fName + ".");
     }
+    if (info.fRange && !info.fRange->isValid()) {
+        throw KVError(KVError::Cause::InvalidArgument,
+                      "The range of the key " + info.fName + " is empty.");
+    }
     Private::Entry entry{info, value, base::microsecondsNow(), ++fPrivate->fLastVersion};
     entry.fInfo.fId = ++fPrivate->fLastId;
     entry.fInfo.fType = value.type();
@@ -197,6 +201,9 @@ void KVValueTable::write(const std::string& name, const KVValue& value) {
         throw KVError(KVError::Cause::RaisedByModule, "The key " + name + " is only for reading.");
     }
     const KVValue fitted = fitToKey(key, value);
+    if (key.fRange) {
+        key.fRange->check(name, fitted, key.fUnit);
+    }
     try {
         handler(name, fitted);
     } catch (const KVError&) {

@@ -59,6 +59,13 @@ QString toolTipText(const MemoryKey& key) {
     text += toolTipLine(translated("Changed"),
                         time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz")));
     if (isEditable(key, ValueColumn)) {
+        const QString range =
+            key.fInfo.fRange
+                ? obvista::plainText(key.fInfo.fRange->toString(key.type(), key.fInfo.fUnit))
+                : QString();
+        if (!range.isEmpty()) {
+            text += toolTipLine(translated("Accepts"), range);
+        }
         text += QStringLiteral("<br/>") + translated("Writable: F2 edits the value.");
     }
     return text + QStringLiteral("</p>");

@@ -110,6 +110,7 @@ class ModelTest : public QObject {
     void takesARemovedNameBackUnderANewIdentifier();
     void neverResets();
     void showsRobotTextsAsPlainText();
+    void tellsTheRangeOfAKeyThatCanBeEdited();
     void survivesAnyOrderOfChanges();
 
   private:
@@ -403,6 +404,22 @@ void ModelTest::showsRobotTextsAsPlainText() {
     for (const char* raw : {"<img", "<script", "<h1"}) {
         QVERIFY2(!toolTip.contains(QLatin1String(raw)), qPrintable(toolTip));
     }
+}
+
+void ModelTest::tellsTheRangeOfAKeyThatCanBeEdited() {
+    KVKeyInfo volume = key(1, "Volume");
+    volume.fUnit = "%";
+    volume.fRange = KVRange{0, 100};
+    KVKeyInfo free = key(2, "Free");
+    volume.fWritable = free.fWritable = true;
+    fKeys->add({volume, free});
+    fKeys->change({change(1, 60), change(2, 60)});
+    const auto toolTip = [this](std::uint32_t id) {
+        return fModel->indexOfKey(id).data(Qt::ToolTipRole).toString();
+    };
+    QVERIFY2(toolTip(1).contains(QLatin1String("<br/>Accepts: 0 to 100 %<br/>")),
+             qPrintable(toolTip(1)));
+    QVERIFY2(!toolTip(2).contains(QLatin1String("Accepts")), qPrintable(toolTip(2)));
 }
 
 void ModelTest::survivesAnyOrderOfChanges() {

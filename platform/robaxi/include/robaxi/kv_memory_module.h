@@ -2,6 +2,7 @@
 #define ROBAXI_KV_MEMORY_MODULE_H
 
 #include <robaxi/kv_module.h>
+#include <robaxi/kv_range.h>
 #include <robaxi/kv_value.h>
 #include <robaxi/kv_value_table.h>
 #include <robaxi/robaxi_export.h>
@@ -11,25 +12,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-
-/**
- * Values that are accepted: of a number, those from the lowest to the highest one; of a text or
- * bytes, those of so many bytes; of a list or map, those of so many elements. Any bool is accepted.
- */
-struct ROBAXI_EXPORT KVRange {
-    double fLowest = 0;
-    double fHighest = 0;
-
-    /**
-     * Returns if the value is in the range; NaN never is.
-     *
-     * @param what subject of the sentence for the user, for instance the name of a key
-     * @param unit of a number; may be empty
-     * @throws KVError RaisedByModule with a sentence that names the subject, the range and the
-     * value
-     */
-    void check(const std::string& what, const KVValue& value, const std::string& unit = {}) const;
-};
 
 /** A key of a KVMemoryModule: its metadata and its first value. */
 struct KVMemoryKey {
@@ -68,7 +50,7 @@ class ROBAXI_EXPORT KVMemoryModule : public KVModule {
      * Adds a key.
      *
      * @return the key's identifier, for setting several values at once with getValues()
-     * @throws KVError InvalidArgument if the name is empty or taken
+     * @throws KVError InvalidArgument if the name is empty or taken, or the range is not valid
      */
     std::uint32_t addKey(const KVMemoryKey& key);
     /** Removes a key; does nothing if there is no such key. A running write is completed. */

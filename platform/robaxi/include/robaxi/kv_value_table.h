@@ -1,6 +1,7 @@
 #ifndef ROBAXI_KV_VALUE_TABLE_H
 #define ROBAXI_KV_VALUE_TABLE_H
 
+#include <robaxi/kv_range.h>
 #include <robaxi/kv_value.h>
 #include <robaxi/robaxi_export.h>
 
@@ -9,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,6 +23,7 @@ struct KVKeyInfo {
     std::string fDescription;
     KVValue::Type fType = KVValue::Type::Nothing;
     bool fWritable = false;
+    std::optional<KVRange> fRange = std::nullopt;  ///< values that clients can write; all if empty
 };
 
 /** A new value of a key. */
@@ -52,7 +55,7 @@ class ROBAXI_EXPORT KVValueTable {
      * Adds a key with its first value; `info.fId` is ignored and `info.fType` is the value's type.
      *
      * @return the key's identifier
-     * @throws KVError InvalidArgument if the name is empty or taken
+     * @throws KVError InvalidArgument if the name is empty or taken, or the range is not valid
      */
     std::uint32_t addKey(const KVKeyInfo& info, const KVValue& value);
     /** Removes a key; does nothing if there is no such key. */
@@ -80,11 +83,12 @@ class ROBAXI_EXPORT KVValueTable {
      *  with which it began. */
     void setWriteHandler(WriteHandler handler);
     /**
-     * Performs a client's write: calls the handler and, if it accepts, sets the value. An Int is
-     * converted to Float for a key of that type.
+     * Performs a client's write: checks type and range, calls the handler and, if it accepts, sets
+     * the value. An Int is converted to Float for a key of that type.
      *
      * @throws KVError if it is refused: InvalidArgument for no such key, RaisedByModule for a key
-     *         that is not writable, WrongType; or the handler's exception
+     *         that is not writable or a value outside its range, WrongType; or the handler's
+     *         exception
      */
     void write(const std::string& name, const KVValue& value);
 

@@ -5,37 +5,10 @@
 
 #include <boost/make_shared.hpp>
 
-#include <limits>
 #include <mutex>
-#include <sstream>
 #include <unordered_map>
 
 namespace {
-
-bool isNumber(const KVValue& value) {
-    return value.type() == KVValue::Type::Int || value.type() == KVValue::Type::Float;
-}
-
-bool hasSize(const KVValue& value) {
-    return value.type() != KVValue::Type::Nothing && value.type() != KVValue::Type::Bool;
-}
-
-/** Returns for instance "a text of at most 256 bytes", "a list of 2 to 3 elements". */
-std::string sizeText(const KVRange& range, KVValue::Type type) {
-    std::ostringstream text;
-    if (type != KVValue::Type::Binary) {
-        text << "a " << (type == KVValue::Type::String ? "text" : KVValue::typeName(type))
-             << " of ";
-    }
-    if (range.fLowest > 0) {
-        text << range.fLowest << " to ";
-    } else {
-        text << "at most ";
-    }
-    const bool hasElements = type == KVValue::Type::List || type == KVValue::Type::Map;
-    text << range.fHighest << (hasElements ? " elements" : " bytes");
-    return text.str();
-}
 
 KVValue::List namesThatStartWith(const KVValueTable& table, const std::string& prefix) {
     KVValue::List names;
@@ -48,28 +21,6 @@ KVValue::List namesThatStartWith(const KVValueTable& table, const std::string& p
 }
 
 }  // namespace
-
-void KVRange::check(const std::string& what, const KVValue& value, const std::string& unit) const {
-    std::ostringstream reason;
-    reason.precision(std::numeric_limits<double>::digits10);
-    if (isNumber(value)) {
-        const double number = value.toFloat();
-        // Written so that NaN is refused.
-        if (number >= fLowest && number <= fHighest) {
-            return;
-        }
-        reason << fLowest << " to " << fHighest << (unit.empty() ? "" : " ") << unit << ", not ";
-        value.type() == KVValue::Type::Int ? reason << value.toInt() : reason << number;
-    } else {
-        const int size = value.getSize();
-        if (!hasSize(value) || (size >= fLowest && size <= fHighest)) {
-            return;
-        }
-        reason << sizeText(*this, value.type()) << ", not " << size;
-    }
-    throw KVError(KVError::Cause::RaisedByModule,
-                  what + " was not changed: it takes " + reason.str() + '.');
-}
 
 /** The keys as they were added. The table's write handler shares it, so it has no pointer to it. */
 struct KVMemoryModule::Private {
@@ -98,9 +49,6 @@ std::shared_ptr<const KVMemoryModule::Private::Key> KVMemoryModule::Private::fin
 
 void KVMemoryModule::Private::write(const std::string& name, const KVValue& value) {
     const std::shared_ptr<const Key> key = find(name);  // lives until the write ends
-    if (key->fKey.fRange) {
-        key->fKey.fRange->check(name, value, key->fKey.fUnit);
-    }
     key->fKey.fWrite(value);
 }
 
@@ -129,9 +77,10 @@ KVMemoryModule::~KVMemoryModule() = default;
 
 std::uint32_t KVMemoryModule::addKey(const KVMemoryKey& key) {
     const std::lock_guard lock(fPrivate->fMutex);
-    const std::uint32_t id = getValues()->addKey({0, key.fName, key.fUnit, key.fDescription,
-                                                  key.fValue.type(), static_cast<bool>(key.fWrite)},
-                                                 key.fValue);
+    const std::uint32_t id =
+        getValues()->addKey({0, key.fName, key.fUnit, key.fDescription, key.fValue.type(),
+                             static_cast<bool>(key.fWrite), key.fRange},
+                            key.fValue);
     const auto kept = std::make_shared<Private::Key>(Private::Key{id, key});
     kept->fKey.fValue = KVValue();
     fPrivate->fKeys[key.fName] = kept;

@@ -106,18 +106,27 @@ void encodeKey(const KVKeyInfo& info, v1::Key* message) {
     message->set_description(base::validUtf8(info.fDescription));
     message->set_type(static_cast<v1::Value::Type>(info.fType));
     message->set_writable(info.fWritable);
+    if (info.fRange) {
+        message->mutable_range()->set_lowest(info.fRange->fLowest);
+        message->mutable_range()->set_highest(info.fRange->fHighest);
+    }
 }
 
 KVKeyInfo decodeKey(const v1::Key& message) {
     if (message.id() == 0 || message.name().empty()) {
         throw Failure{KVError::Cause::Internal, "a key has no identifier or no name"};
     }
-    return {message.id(),
-            message.name(),
-            message.unit(),
-            message.description(),
-            decodeType(message.type()),
-            message.writable()};
+    KVKeyInfo info{message.id(),
+                   message.name(),
+                   message.unit(),
+                   message.description(),
+                   decodeType(message.type()),
+                   message.writable()};
+    const KVRange range{message.range().lowest(), message.range().highest()};
+    if (message.has_range() && range.isValid()) {
+        info.fRange = range;
+    }
+    return info;
 }
 
 }  // namespace robaxi
