@@ -7,6 +7,7 @@
 #include <QAction>
 #include <QComboBox>
 #include <QEvent>
+#include <QLineEdit>
 #include <QMenu>
 #include <QSignalBlocker>
 #include <QSize>
@@ -23,6 +24,7 @@ namespace {
 constexpr int a_space = 2;
 constexpr int a_maxNameShown = 40;
 constexpr int a_maxToolTip = 300;
+constexpr int a_longestName = 200;
 
 /**
  * Ignores the wheel over a box that does not have the focus: it is meant for the surroundings, and
@@ -71,6 +73,7 @@ bool CameraBar::Choice::operator==(const Choice& other) const {
 CameraBar::CameraBar(QWidget* parent)
     : QWidget(parent),
       fCameraBox(xMakeBox("cameraBox", tr("Camera"), tr("the displayed camera"))),
+      fNameField(xMakeNameField()),
       fSizeBox(xMakeBox("sizeBox", tr("Resolution"),
                         tr("width and height of the pictures that the robot sends, in pixels"))),
       fFormatBox(xMakeBox("formatBox", tr("Format"),
@@ -80,6 +83,7 @@ CameraBar::CameraBar(QWidget* parent)
     auto* row = new obvista::WrapLayout(this);
     row->setContentsMargins(a_space, a_space, a_space, a_space);
     row->setSpacing(a_space);
+    row->addWidget(fNameField);
     for (QComboBox* box : {fCameraBox, fSizeBox, fFormatBox, fRateBox}) {
         row->addWidget(box);
     }
@@ -118,10 +122,19 @@ void CameraBar::showCameras(const std::vector<picture::CameraInfo>& cameras,
     fCamera = chosen != nullptr ? *chosen : picture::CameraInfo();
     fCamera.fSettings = settings;
     xFill(*fCameraBox, names, QString::fromStdString(fCamera.fName));
+    if (!fNameField->isModified()) {
+        fNameField->setText(QString::fromStdString(fCamera.fName));
+    }
     xShowSettings();
 }
 
+void CameraBar::setListed(bool isListed) {
+    fCameraBox->setVisible(isListed);
+    fNameField->setVisible(!isListed);
+}
+
 void CameraBar::setUsable(bool isUsable) {
+    fNameField->setEnabled(isUsable);
     for (QComboBox* box : {fCameraBox, fSizeBox, fFormatBox, fRateBox}) {
         box->setEnabled(isUsable && box->count() > 0);
     }
@@ -168,6 +181,24 @@ QComboBox* CameraBar::xMakeBox(const char* objectName, const QString& name,
     box->setFocusPolicy(Qt::StrongFocus);
     box->installEventFilter(new WheelGuard(box));
     return box;
+}
+
+QLineEdit* CameraBar::xMakeNameField() {
+    auto* field = new QLineEdit(this);
+    field->setObjectName(QStringLiteral("cameraName"));
+    field->setPlaceholderText(tr("Name of a camera"));
+    obvista::nameByLabel(*field, tr("Camera"));
+    obvista::explain(*field,
+                     tr("Camera: the robot does not list its cameras; enter the name of one"));
+    field->setMaxLength(a_longestName);
+    field->hide();
+    connect(field, &QLineEdit::returnPressed, this, [this, field] {
+        field->setModified(false);
+        if (!field->text().isEmpty()) {
+            Q_EMIT cameraWanted(field->text().toStdString());
+        }
+    });
+    return field;
 }
 
 /** Does not change a box that already has this content, since its list may be open. */

@@ -12,6 +12,7 @@
 
 class QAction;
 class QComboBox;
+class QLineEdit;
 class QMenu;
 class QToolButton;
 
@@ -35,6 +36,9 @@ class CameraBar : public QWidget {
     void showCameras(const std::vector<picture::CameraInfo>& cameras,
                      const picture::CameraInfo* chosen, const picture::CameraSettings& settings);
 
+    /** Shows a field for a camera's name in place of the list if the robot lists no cameras. */
+    void setListed(bool isListed);
+
     /**
      * @name Append parts
      */
@@ -46,7 +50,7 @@ class CameraBar : public QWidget {
     void addPart(QWidget* part);
     ///@}
 
-    /** Enables or disables the boxes. */
+    /** Enables or disables the boxes and the field. */
     void setUsable(bool isUsable);
 
   Q_SIGNALS:
@@ -65,6 +69,7 @@ class CameraBar : public QWidget {
 
     QToolButton* xAddButton();
     QComboBox* xMakeBox(const char* objectName, const QString& name, const QString& toolTip);
+    QLineEdit* xMakeNameField();
     void xFill(QComboBox& box, const Choices& choices, const QVariant& current);
     void xShowSettings();
     void xWant(const picture::CameraSettings& wanted);
@@ -74,6 +79,7 @@ class CameraBar : public QWidget {
 
     picture::CameraInfo fCamera;
     QComboBox* fCameraBox;
+    QLineEdit* fNameField;
     QComboBox* fSizeBox;
     QComboBox* fFormatBox;
     QComboBox* fRateBox;

@@ -33,6 +33,13 @@ KVPixelFormat pixelFormat(const std::string& format) {
     return found != formats.end() ? found->second : KVPixelFormat::Unknown;
 }
 
+/** Returns a camera of which only the name is known. */
+picture::CameraInfo unlistedCamera(const std::string& name) {
+    picture::CameraInfo camera;
+    camera.fName = name;
+    return camera;
+}
+
 bool isAsSet(const KVFrame& frame, const picture::CameraSettings& settings) {
     return frame.fWidth == static_cast<std::uint32_t>(settings.fWidth) &&
            frame.fHeight == static_cast<std::uint32_t>(settings.fHeight) &&
@@ -64,6 +71,9 @@ picture::CameraSettings CameraSession::settings() const {
 void CameraSession::chooseCamera(const std::string& name) {
     if (name != fChosen) {
         fMemory.setCamera(name);
+        if (!fCanListCameras) {
+            fCameras = {unlistedCamera(name)};
+        }
         xChoose(name);
         Q_EMIT camerasChanged();
     }
@@ -157,14 +167,11 @@ void CameraSession::xTakeAnswers(const VideoAnswers& answers) {
     if (answers.fCameras) {
         fFailure.reset();
         fHasCameras = true;
+        fCanListCameras = true;
         xTakeCameras(*answers.fCameras);
     }
     if (answers.fFailure) {
-        fFailure = answers.fFailure;
-        // Any other failure of a request that was answered before says nothing about the cameras.
-        if (answers.fFailure->cause() == KVError::Cause::NoSuchModule) {
-            xTakeCameras({});
-        }
+        xTakeFailure(*answers.fFailure);
     }
     for (const VideoAnswers::Change& change : answers.fChanges) {
         xTakeChange(change);
@@ -180,6 +187,19 @@ void CameraSession::xTakeCameras(const std::vector<picture::CameraInfo>& cameras
         xChoose(xDefaultCamera());
     }
     Q_EMIT camerasChanged();
+}
+
+/** A failure other than these says nothing about the cameras. */
+void CameraSession::xTakeFailure(const KVError& failure) {
+    fFailure = failure;
+    if (failure.cause() == KVError::Cause::NoSuchModule) {
+        xTakeCameras({});
+    } else if (failure.cause() == KVError::Cause::NoSuchMethod && fCanListCameras) {
+        fCanListCameras = false;
+        const std::string remembered = fMemory.camera();
+        xTakeCameras(remembered.empty() ? std::vector<picture::CameraInfo>()
+                                        : std::vector{unlistedCamera(remembered)});
+    }
 }
 
 void CameraSession::xTakeChange(const VideoAnswers::Change& change) {
@@ -223,7 +243,8 @@ void CameraSession::xTakePicture() {
         return;
     }
     const picture::CameraInfo* chosen = camera();
-    if (chosen != nullptr && !isAsSet(decoded->fPicture.fFrame, chosen->fSettings) &&
+    if (chosen != nullptr && fCanListCameras &&
+        !isAsSet(decoded->fPicture.fFrame, chosen->fSettings) &&
         Clock::now() - fAsked >= a_watchAgain) {
         // Changed by another client.
         fAsked = Clock::now();
@@ -255,7 +276,7 @@ std::string CameraSession::xDefaultCamera() const {
 /** Restores a camera's saved settings, once and unless there are none. */
 void CameraSession::xRecallSettings() {
     const picture::CameraInfo* chosen = camera();
-    if (chosen == nullptr || !fRecalled.insert(fChosen).second) {
+    if (chosen == nullptr || chosen->fModes.empty() || !fRecalled.insert(fChosen).second) {
         return;
     }
     const std::optional<picture::CameraSettings> remembered = fMemory.settings(fChosen);

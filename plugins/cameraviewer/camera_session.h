@@ -45,6 +45,9 @@ class CameraSession : public QObject {
      */
     picture::CameraSettings settings() const;
 
+    /** Returns false if the robot has no method for it; its cameras are then chosen by name. */
+    bool canListCameras() const { return fCanListCameras; }
+
     void chooseCamera(const std::string& name);
     /** Requests other settings for the selected camera. */
     void changeSettings(const picture::CameraSettings& settings);
@@ -68,7 +71,7 @@ class CameraSession : public QObject {
     Situation situation() const;
 
   Q_SIGNALS:
-    /** Emitted when the cameras, the selection, or the settings have changed. */
+    /** Emitted when the cameras, the selection, the settings or canListCameras() have changed. */
     void camerasChanged();
     /** Emitted when another camera is watched. */
     void cameraChosen();
@@ -82,6 +85,7 @@ class CameraSession : public QObject {
   private:
     void xTakeAnswers(const VideoAnswers& answers);
     void xTakeCameras(const std::vector<picture::CameraInfo>& cameras);
+    void xTakeFailure(const KVError& failure);
     void xTakeChange(const VideoAnswers::Change& change);
     void xAskFor(const picture::CameraSettings& settings);
     void xTakePicture();
@@ -97,6 +101,7 @@ class CameraSession : public QObject {
     obvista::LinkState fLinkState = obvista::LinkState::Connected;
     std::vector<picture::CameraInfo> fCameras;
     bool fHasCameras = false;
+    bool fCanListCameras = true;
     std::optional<KVError> fFailure;
     std::string fChosen;
     std::string fWatched;

@@ -181,6 +181,7 @@ void CameraViewerWidget::xOnTick() {
 }
 
 void CameraViewerWidget::xOnCamerasChanged() {
+    fBar->setListed(fSession->canListCameras());
     fBar->showCameras(fSession->cameras(), fSession->camera(), fSession->settings());
     const picture::CameraInfo* camera = fSession->camera();
     fCapture->setOrigin({QString::fromStdString(fLink->robotName()),

@@ -28,10 +28,17 @@ QString whole(Seconds time) {
 
 QString reasonForNoCamera(const Situation& situation) {
     if (situation.fFailure) {
-        return situation.fFailure->cause() == KVError::Cause::NoSuchModule
-                   ? translated("This robot offers no cameras: it has no module KVVideo.")
-                   : translated("The robot does not list its cameras: %1")
-                         .arg(obvista::plainText(situation.fFailure->toString()));
+        switch (situation.fFailure->cause()) {
+            case KVError::Cause::NoSuchModule:
+                return translated("This robot offers no cameras: it has no module KVVideo.");
+            case KVError::Cause::NoSuchMethod:
+                return translated(
+                    "This robot does not list its cameras: its module KVVideo has no method "
+                    "getCameras. Enter a camera's name above to watch it.");
+            default:
+                return translated("The robot does not list its cameras: %1")
+                    .arg(obvista::plainText(situation.fFailure->toString()));
+        }
     }
     if (!situation.fHasCameras) {
         return translated("Connected. Asking the robot for its cameras\u2026");

@@ -42,6 +42,10 @@ TEST(Situation, SaysThatThereAreNoCameras) {
     none.fHasCameras = false;
     none.fFailure = KVError(KVError::Cause::NoSuchModule, "no module");
     EXPECT_EQ(reason(none), "This robot offers no cameras: it has no module KVVideo.");
+    none.fFailure = KVError(KVError::Cause::NoSuchMethod, "no method");
+    EXPECT_EQ(reason(none),
+              "This robot does not list its cameras: its module KVVideo has no method getCameras. "
+              "Enter a camera's name above to watch it.");
     none.fFailure = KVError(KVError::Cause::TimedOut, "no answer\n");
     EXPECT_EQ(reason(none), "The robot does not list its cameras: no answer\\n");
 }

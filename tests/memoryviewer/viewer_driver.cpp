@@ -88,6 +88,20 @@ void choose(QWidget* viewer, const char* path) {
         index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
 }
 
+void editValue(QWidget* viewer, const char* path, const QString& text) {
+    constexpr int valueColumn = 1;
+    choose(viewer, path);
+    QTreeView* tree = treeOf(viewer);
+    const QModelIndex index = indexOf(viewer, path);
+    tree->setCurrentIndex(index.sibling(index.row(), valueColumn));
+    QTest::keyClick(tree, Qt::Key_F2);
+    const auto editor = [tree] { return tree->viewport()->findChild<QLineEdit*>(); };
+    QTRY_VERIFY(editor() != nullptr);
+    editor()->selectAll();
+    QTest::keyClicks(editor(), text);
+    QTest::keyClick(editor(), Qt::Key_Return);
+}
+
 void typeFilter(QWidget* viewer, const QString& filter) {
     QLineEdit* field = filterOf(viewer);
     field->setFocus();

@@ -34,6 +34,8 @@ QString cellOf(QWidget* viewer, const QString& path, const QString& title);
 QString cellOf(QWidget* viewer, const char* path, const char* title);
 /** Makes the row the current one of the tree, on the screen and with the keyboard focus. */
 void choose(QWidget* viewer, const char* path);
+/** Enters another value for a key that has one, by keyboard. */
+void editValue(QWidget* viewer, const char* path, const QString& text);
 /** Replaces the filter by typing. */
 void typeFilter(QWidget* viewer, const QString& filter);
 QString statusOf(QWidget* viewer);

@@ -101,15 +101,7 @@ QStringList ViewingTest::xTopNames() const {
 
 void ViewingTest::xEdit(const char* path, const QString& text) {
     QTRY_VERIFY(!xValue(path).isEmpty());
-    choose(fViewer, path);
-    const QModelIndex index = indexOf(fViewer, path);
-    xTree()->setCurrentIndex(index.sibling(index.row(), 1));
-    QTest::keyClick(xTree(), Qt::Key_F2);
-    QTRY_VERIFY(xTree()->viewport()->findChild<QLineEdit*>() != nullptr);
-    auto* editor = xTree()->viewport()->findChild<QLineEdit*>();
-    editor->selectAll();
-    QTest::keyClicks(editor, text);
-    QTest::keyClick(editor, Qt::Key_Return);
+    editValue(fViewer, path, text);
 }
 
 void ViewingTest::filtersWhileTyping() {

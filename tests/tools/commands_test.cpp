@@ -1,4 +1,5 @@
 // The commands with a robot in another process.
+#include "lesser_robot_process.h"
 #include "loopback_broker.h"
 #include "project_files.h"
 #include "robot_process.h"
@@ -386,11 +387,8 @@ TEST_F(Commands, ARobotOfAnotherVersionIsReported) {
 }
 
 TEST_F(Commands, ARobotThatOffersLessIsUsedAsFarAsPossible) {
-    ChildProcess lesser({builtFile("tests/lesser_robot")});
-    ASSERT_TRUE(lesser.waitForOutput("\n")) << lesser.errors();
-    const std::string said = lesser.output();
-    const std::string place =
-        "127.0.0.1:" + std::to_string(std::stoi(said.substr(said.rfind(' '))));
+    const LesserRobotProcess lesser;
+    const std::string place = "127.0.0.1:" + std::to_string(lesser.port());
 
     // Values without methods are read by subscription.
     const ToolResult one = runTool({"get", place, "Joint/1"});
