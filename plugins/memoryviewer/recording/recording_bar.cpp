@@ -1,6 +1,6 @@
 #include "recording/recording_bar.h"
 
-#include "recording/csv_recorder.h"
+#include "recording/change_recorder.h"
 
 #include <obvista/viewer/file_question.h>
 #include <obvista/viewer/labels.h>
@@ -29,7 +29,7 @@ QString durationText(double seconds) {
 
 }  // namespace
 
-RecordingBar::RecordingBar(CsvRecorder* recorder, QWidget* parent)
+RecordingBar::RecordingBar(ChangeRecorder* recorder, QWidget* parent)
     : QWidget(parent),
       fRecorder(recorder),
       fButton(new QToolButton(this)),
@@ -45,8 +45,8 @@ RecordingBar::RecordingBar(CsvRecorder* recorder, QWidget* parent)
     row->addWidget(fText, 1);
 
     connect(fButton, &QToolButton::clicked, this, &RecordingBar::toggle);
-    connect(recorder, &CsvRecorder::started, this, &RecordingBar::xUpdate);
-    connect(recorder, &CsvRecorder::finished, this, &RecordingBar::xOnFinished);
+    connect(recorder, &ChangeRecorder::started, this, &RecordingBar::xUpdate);
+    connect(recorder, &ChangeRecorder::finished, this, &RecordingBar::xOnFinished);
     connect(&fTimer, &QTimer::timeout, this, &RecordingBar::xUpdate);
     fTimer.setInterval(a_updateTime);
     xUpdate();

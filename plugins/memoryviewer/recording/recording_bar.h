@@ -10,7 +10,7 @@ class QToolButton;
 
 namespace memoryviewer {
 
-class CsvRecorder;
+class ChangeRecorder;
 
 /** Starts and stops a recording, and shows its progress: file, rows, size, time, and errors. */
 class RecordingBar : public QWidget {
@@ -18,7 +18,7 @@ class RecordingBar : public QWidget {
 
   public:
     /** @param recorder must outlive the bar or be its child */
-    explicit RecordingBar(CsvRecorder* recorder, QWidget* parent = nullptr);
+    explicit RecordingBar(ChangeRecorder* recorder, QWidget* parent = nullptr);
 
     /** Sets the robot's name for the proposed file name. May come from the robot. */
     void setRobotName(const QString& name) { fRobotName = name; }
@@ -40,7 +40,7 @@ class RecordingBar : public QWidget {
     void xUpdate();
     QString xProgressText() const;
 
-    CsvRecorder* fRecorder;
+    ChangeRecorder* fRecorder;
     QString fRobotName;
     QString fError;
     bool fHasRecorded = false;

@@ -1,16 +1,16 @@
 #include "session/key_recording.h"
 
-#include "recording/csv_recorder.h"
+#include "recording/change_recorder.h"
 #include "session/key_store.h"
 
 #include <utility>
 
 namespace memoryviewer {
 
-KeyRecording::KeyRecording(KeyStore* keys, CsvRecorder* recorder, QObject* parent)
+KeyRecording::KeyRecording(KeyStore* keys, ChangeRecorder* recorder, QObject* parent)
     : QObject(parent), fKeys(keys), fRecorder(recorder) {
     connect(fKeys, &KeyStore::aboutToRemove, this, &KeyRecording::xOnKeysGoing);
-    connect(fRecorder, &CsvRecorder::finished, this, [this] {
+    connect(fRecorder, &ChangeRecorder::finished, this, [this] {
         fHasBegun = false;
         fDescribed.clear();
         fBegun.clear();

@@ -12,7 +12,7 @@
 
 namespace memoryviewer {
 
-class CsvRecorder;
+class ChangeRecorder;
 class KeyStore;
 struct MemoryKey;
 struct RecordedKey;
@@ -23,7 +23,7 @@ class KeyRecording : public QObject {
 
   public:
     /** Both must outlive this object. */
-    KeyRecording(KeyStore* keys, CsvRecorder* recorder, QObject* parent = nullptr);
+    KeyRecording(KeyStore* keys, ChangeRecorder* recorder, QObject* parent = nullptr);
     ~KeyRecording() override;
 
     /**
@@ -41,7 +41,7 @@ class KeyRecording : public QObject {
     void xOnKeysGoing(const std::vector<const MemoryKey*>& keys);
 
     KeyStore* fKeys;
-    CsvRecorder* fRecorder;
+    ChangeRecorder* fRecorder;
     bool fHasBegun = false;
     std::unordered_map<std::uint32_t, std::shared_ptr<const RecordedKey>> fDescribed;
     std::unordered_map<std::uint32_t, std::int64_t> fBegun;  // times of the values at the start

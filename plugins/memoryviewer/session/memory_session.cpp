@@ -1,7 +1,7 @@
 #include "session/memory_session.h"
 
 #include "editing/write_queue.h"
-#include "recording/csv_recorder.h"
+#include "recording/change_recorder.h"
 #include "session/key_recording.h"
 #include "session/key_store.h"
 #include "session/memory_link.h"
@@ -32,7 +32,7 @@ MemorySession::MemorySession(std::shared_ptr<MemoryLink> link, QObject* parent)
       fLink(std::move(link)),
       fKeys(new KeyStore(this)),
       fWrites(std::make_unique<WriteQueue>(fLink->makeWriter())),
-      fRecorder(new CsvRecorder(this)),
+      fRecorder(new ChangeRecorder(this)),
       fRecording(new KeyRecording(fKeys, fRecorder, this)) {
     fFrameTimer.setSingleShot(true);
     connect(&fFrameTimer, &QTimer::timeout, this, &MemorySession::xTakeBatch);

@@ -19,7 +19,7 @@
 
 namespace memoryviewer {
 
-class CsvRecorder;
+class ChangeRecorder;
 class KeyRecording;
 class KeyStore;
 class MemoryLink;
@@ -41,7 +41,7 @@ class MemorySession : public QObject {
 
     KeyStore& keys() const { return *fKeys; }
     WriteQueue& writes() const { return *fWrites; }
-    CsvRecorder& recorder() const { return *fRecorder; }
+    ChangeRecorder& recorder() const { return *fRecorder; }
 
     /** Takes what has arrived from the robot, soon and at most 25 times a second. */
     void takeNews();
@@ -90,7 +90,7 @@ class MemorySession : public QObject {
     const std::shared_ptr<MemoryLink> fLink;
     KeyStore* fKeys;
     std::unique_ptr<WriteQueue> fWrites;
-    CsvRecorder* fRecorder;
+    ChangeRecorder* fRecorder;
     KeyRecording* fRecording;
 
     MemoryPhase fPhase = MemoryPhase::WaitingForKeys;

@@ -6,7 +6,7 @@
 #include "model/memory_model.h"
 #include "model/watch_model.h"
 #include "plots/plot_panel.h"
-#include "recording/csv_recorder.h"
+#include "recording/change_recorder.h"
 #include "recording/recording_bar.h"
 #include "session/key_store.h"
 #include "session/memory_link.h"

@@ -1,5 +1,5 @@
 #include "memory_robot.h"
-#include "recording/csv_recorder.h"
+#include "recording/change_recorder.h"
 #include "session/key_store.h"
 #include "session/memory_link.h"
 #include "session/memory_session.h"
@@ -113,7 +113,7 @@ void SessionTest::takesTheNeededValues() {
 
 void SessionTest::takesTheValuesBeforeTheEnd() {
     QTemporaryDir folder;
-    CsvRecorder& recorder = fSession->recorder();
+    ChangeRecorder& recorder = fSession->recorder();
     recorder.start(folder.filePath("values.csv"));
     QSignalSpy phases(fSession.get(), &MemorySession::phaseChanged);
     fLink->closeSilently();
@@ -189,8 +189,8 @@ void SessionTest::recordsWatchedAndPlottedKeysOrAll() {
 
     QTemporaryDir folder;
     QFile file(folder.filePath("values.csv"));
-    CsvRecorder& recorder = fSession->recorder();
-    QSignalSpy finished(&recorder, &CsvRecorder::finished);
+    ChangeRecorder& recorder = fSession->recorder();
+    QSignalSpy finished(&recorder, &ChangeRecorder::finished);
     recorder.start(file.fileName());
     fSession->subscribe(needed, a_rate);
     fSession->subscribe(needed, a_rate);

@@ -1,4 +1,4 @@
-#include "recording/csv_recorder.h"
+#include "recording/change_recorder.h"
 
 #include "recording/csv_file.h"
 
@@ -56,20 +56,20 @@ class RowWriter {
 
 }  // namespace
 
-CsvRecorder::CsvRecorder(QObject* parent) : CsvRecorder(Limits(), parent) {
+ChangeRecorder::ChangeRecorder(QObject* parent) : ChangeRecorder(Limits(), parent) {
 }
 
-CsvRecorder::CsvRecorder(Limits limits, QObject* parent) : QObject(parent), fLimits(limits) {
+ChangeRecorder::ChangeRecorder(Limits limits, QObject* parent) : QObject(parent), fLimits(limits) {
 }
 
-CsvRecorder::~CsvRecorder() {
+ChangeRecorder::~ChangeRecorder() {
     stop();
     if (fThread.joinable()) {
         fThread.join();
     }
 }
 
-void CsvRecorder::start(const QString& fileName) {
+void ChangeRecorder::start(const QString& fileName) {
     if (isRecording()) {
         return;
     }
@@ -85,7 +85,7 @@ void CsvRecorder::start(const QString& fileName) {
     fThread = std::thread([this] { xRun(); });
 }
 
-void CsvRecorder::record(std::vector<RecordedChange> changes) {
+void ChangeRecorder::record(std::vector<RecordedChange> changes) {
     std::vector<std::size_t> sizes;
     sizes.reserve(changes.size());
     for (const RecordedChange& change : changes) {
@@ -109,7 +109,7 @@ void CsvRecorder::record(std::vector<RecordedChange> changes) {
     fWake.notify_one();
 }
 
-void CsvRecorder::stop() {
+void ChangeRecorder::stop() {
     const std::lock_guard<std::mutex> lock(fMutex);
     if (fPhase == Phase::Running) {
         fPhase = Phase::Stopping;
@@ -117,7 +117,7 @@ void CsvRecorder::stop() {
     }
 }
 
-RecordingProgress CsvRecorder::progress() const {
+RecordingProgress ChangeRecorder::progress() const {
     const std::lock_guard<std::mutex> lock(fMutex);
     RecordingProgress progress = fProgress;
     if (fPhase != Phase::Idle) {
@@ -127,11 +127,11 @@ RecordingProgress CsvRecorder::progress() const {
 }
 
 /** Called with the lock held. */
-bool CsvRecorder::xHasRoomFor(std::size_t bytes) const {
+bool ChangeRecorder::xHasRoomFor(std::size_t bytes) const {
     return fWaiting.size() < fLimits.fChanges && fWaitingBytes + bytes <= fLimits.fBytes;
 }
 
-void CsvRecorder::xRun() {
+void ChangeRecorder::xRun() {
     const QString error = xWriteFile();
     {
         const std::lock_guard<std::mutex> lock(fMutex);
@@ -144,19 +144,19 @@ void CsvRecorder::xRun() {
 }
 
 /** @return the reason of a premature end, or nothing */
-QString CsvRecorder::xWriteFile() {
+QString ChangeRecorder::xWriteFile() {
     CsvFile file;
     if (!file.open(fFileName) || !file.append(a_csvHeader)) {
         return file.error();
     }
-    QMetaObject::invokeMethod(this, &CsvRecorder::started, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, &ChangeRecorder::started, Qt::QueuedConnection);
     xWriteRows(file);
     file.close();
     return file.error();
 }
 
 /** Until the recording ends or writing fails. */
-void CsvRecorder::xWriteRows(CsvFile& file) {
+void ChangeRecorder::xWriteRows(CsvFile& file) {
     RowWriter writer(file);
     Clock::time_point lastSync = Clock::now();
     std::int64_t time = 0;
@@ -185,7 +185,7 @@ void CsvRecorder::xWriteRows(CsvFile& file) {
     }
 }
 
-CsvRecorder::Work CsvRecorder::xWaitForWork() {
+ChangeRecorder::Work ChangeRecorder::xWaitForWork() {
     std::unique_lock<std::mutex> lock(fMutex);
     fWake.wait(lock,
                [this] { return !fWaiting.empty() || fNewlyLost > 0 || fPhase == Phase::Stopping; });
@@ -197,13 +197,13 @@ CsvRecorder::Work CsvRecorder::xWaitForWork() {
     return work;
 }
 
-void CsvRecorder::xCount(const CsvFile& file, std::uint64_t otherRows) {
+void ChangeRecorder::xCount(const CsvFile& file, std::uint64_t otherRows) {
     const std::lock_guard<std::mutex> lock(fMutex);
     fProgress.fRows = file.rows() - otherRows;
     fProgress.fBytes = file.size();
 }
 
-void CsvRecorder::xFinish(const QString& error) {
+void ChangeRecorder::xFinish(const QString& error) {
     fThread.join();
     Q_EMIT finished(error);
 }

@@ -1,5 +1,5 @@
-#ifndef OBVISTA_MEMORYVIEWER_CSV_RECORDER_H
-#define OBVISTA_MEMORYVIEWER_CSV_RECORDER_H
+#ifndef OBVISTA_MEMORYVIEWER_CHANGE_RECORDER_H
+#define OBVISTA_MEMORYVIEWER_CHANGE_RECORDER_H
 
 #include "recording/change_row.h"
 
@@ -34,7 +34,7 @@ struct RecordingProgress {
  *
  * record() and progress() may be called from any thread, all others from the object's own.
  */
-class CsvRecorder : public QObject {
+class ChangeRecorder : public QObject {
     Q_OBJECT
 
   public:
@@ -44,10 +44,10 @@ class CsvRecorder : public QObject {
         std::size_t fBytes = std::size_t(64) << 20U;
     };
 
-    explicit CsvRecorder(QObject* parent = nullptr);
-    CsvRecorder(Limits limits, QObject* parent);
+    explicit ChangeRecorder(QObject* parent = nullptr);
+    ChangeRecorder(Limits limits, QObject* parent);
     /** Stops, and waits until everything recorded is written. */
-    ~CsvRecorder() override;
+    ~ChangeRecorder() override;
 
     /**
      * Starts a file, replacing an existing one. Does nothing during a recording. started() or

@@ -1,4 +1,4 @@
-#include "recording/csv_recorder.h"
+#include "recording/change_recorder.h"
 
 #include "recording/csv_file.h"
 #include "recording/recording_bar.h"
@@ -82,7 +82,7 @@ class RecorderTest : public QObject {
   private:
     QString xFile() const { return fFolder->filePath(QStringLiteral("values.csv")); }
     /** @return the error with which the recording ended */
-    QString xEndOf(CsvRecorder& recorder);
+    QString xEndOf(ChangeRecorder& recorder);
 
     std::unique_ptr<QTemporaryDir> fFolder;
 };
@@ -91,9 +91,9 @@ void RecorderTest::init() {
     fFolder = std::make_unique<QTemporaryDir>();
 }
 
-QString RecorderTest::xEndOf(CsvRecorder& recorder) {
+QString RecorderTest::xEndOf(ChangeRecorder& recorder) {
     QString result = QStringLiteral("it did not end");
-    QSignalSpy finished(&recorder, &CsvRecorder::finished);
+    QSignalSpy finished(&recorder, &ChangeRecorder::finished);
     const bool isOver = QTest::qWaitFor([&recorder] { return !recorder.isRecording(); });
     if (isOver && finished.size() == 1) {
         result = finished.first().first().toString();
@@ -102,7 +102,7 @@ QString RecorderTest::xEndOf(CsvRecorder& recorder) {
 }
 
 void RecorderTest::writesARowForEachChange() {
-    CsvRecorder recorder;
+    ChangeRecorder recorder;
     recorder.start(xFile());
     QVERIFY(recorder.isRecording());
     recorder.record(changes(0, 3));
@@ -119,7 +119,7 @@ void RecorderTest::writesARowForEachChange() {
 
 void RecorderTest::writesAllThatWasRecordedBeforeItsEnd() {
     {
-        CsvRecorder recorder;
+        ChangeRecorder recorder;
         recorder.start(xFile());
         recorder.record(changes(0, 50000));
     }
@@ -129,7 +129,7 @@ void RecorderTest::writesAllThatWasRecordedBeforeItsEnd() {
 }
 
 void RecorderTest::recordsNothingBeforeItsStartAndAfterItsEnd() {
-    CsvRecorder recorder;
+    ChangeRecorder recorder;
     recorder.record(changes(0, 5));
     recorder.start(xFile());
     recorder.stop();
@@ -139,7 +139,7 @@ void RecorderTest::recordsNothingBeforeItsStartAndAfterItsEnd() {
 }
 
 void RecorderTest::canBeUsedAgain() {
-    CsvRecorder recorder;
+    ChangeRecorder recorder;
     for (int round = 0; round < 3; ++round) {
         recorder.start(xFile());
         recorder.record(changes(0, 10 * (3 - round)));
@@ -151,7 +151,7 @@ void RecorderTest::canBeUsedAgain() {
 }
 
 void RecorderTest::takesChangesFromSeveralThreads() {
-    CsvRecorder recorder;
+    ChangeRecorder recorder;
     recorder.start(xFile());
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) {
@@ -174,7 +174,7 @@ void RecorderTest::takesChangesFromSeveralThreads() {
 
 void RecorderTest::countsWhatTheDiskIsTooSlowFor() {
     // More at once than may wait.
-    CsvRecorder recorder({100, 1 << 20}, nullptr);
+    ChangeRecorder recorder({100, 1 << 20}, nullptr);
     recorder.start(xFile());
     recorder.record(changes(0, 1000));
     recorder.stop();
@@ -186,7 +186,7 @@ void RecorderTest::countsWhatTheDiskIsTooSlowFor() {
 
 void RecorderTest::leavesWholeRowsWhenTheFileMayNotGrow() {
     const obvista_test::FileSizeLimit limit(100003);
-    CsvRecorder recorder;
+    ChangeRecorder recorder;
     recorder.start(xFile());
     recorder.record(changes(0, 20000));
     QCOMPARE(xEndOf(recorder), QStringLiteral("values.csv cannot be written: The file has reached "
@@ -200,7 +200,7 @@ void RecorderTest::leavesWholeRowsWhenTheFileMayNotGrow() {
 }
 
 void RecorderTest::saysThatTheDiskIsFull() {
-    CsvRecorder recorder;
+    ChangeRecorder recorder;
     recorder.start(QStringLiteral("/dev/full"));
     QCOMPARE(xEndOf(recorder), QStringLiteral("full cannot be written: The disk is full."));
     QCOMPARE(recorder.progress().fBytes, std::int64_t(0));
@@ -219,8 +219,8 @@ void RecorderTest::saysWhyAFileCannotBeMade() {
     QFETCH(QString, name);
     QFETCH(QString, reason);
     QVERIFY(QDir(fFolder->path()).mkdir(QStringLiteral("folder")));
-    CsvRecorder recorder;
-    QSignalSpy started(&recorder, &CsvRecorder::started);
+    ChangeRecorder recorder;
+    QSignalSpy started(&recorder, &ChangeRecorder::started);
     recorder.start(fFolder->filePath(name));
     QCOMPARE(xEndOf(recorder), reason);
     QCOMPARE(started.size(), 0);
@@ -228,7 +228,7 @@ void RecorderTest::saysWhyAFileCannotBeMade() {
 
 void RecorderTest::waitsForNoReaderOfAPipe() {
     QCOMPARE(mkfifo(QFile::encodeName(xFile()).constData(), 0600), 0);
-    CsvRecorder recorder;
+    ChangeRecorder recorder;
     recorder.start(xFile());
     QVERIFY(xEndOf(recorder).startsWith(QStringLiteral("values.csv cannot be written: ")));
 }
@@ -254,7 +254,7 @@ void RecorderTest::leavesAValidFileWhenItIsKilled() {
 }
 
 void RecorderTest::startsAndStopsByTheBar() {
-    CsvRecorder recorder;
+    ChangeRecorder recorder;
     RecordingBar bar(&recorder);
     bar.show();
     QVERIFY(QTest::qWaitForWindowExposed(&bar));
@@ -281,7 +281,7 @@ void RecorderTest::startsAndStopsByTheBar() {
 }
 
 void RecorderTest::asksForAFileByKeyboard() {
-    CsvRecorder recorder;
+    ChangeRecorder recorder;
     RecordingBar bar(&recorder);
     bar.setRobotName(QStringLiteral("-./=evil\nrobot"));
     bar.show();
@@ -302,7 +302,7 @@ void RecorderTest::asksForAFileByKeyboard() {
 }
 
 void RecorderTest::tellsInTheBarWhatWentWrong() {
-    CsvRecorder recorder;
+    ChangeRecorder recorder;
     RecordingBar bar(&recorder);
     QSignalSpy changed(&bar, &RecordingBar::recordingChanged);
     bar.start(QStringLiteral("/dev/full"));
@@ -316,7 +316,7 @@ int main(int argc, char** argv) {
     obvista_test::setApplicationIdentity();
     const QStringList arguments = QCoreApplication::arguments();
     if (arguments.value(1) == QStringLiteral("--record")) {
-        CsvRecorder recorder;
+        ChangeRecorder recorder;
         recorder.start(arguments.value(2));
         for (int i = 0;; i += 100) {
             recorder.record(changes(i, 100));
@@ -330,4 +330,4 @@ int main(int argc, char** argv) {
     RecorderTest test;
     return obvista_test::runQtTest(&test, arguments);
 }
-#include "csv_recorder_test.moc"
+#include "change_recorder_test.moc"
