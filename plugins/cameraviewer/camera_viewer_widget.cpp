@@ -185,7 +185,9 @@ void CameraViewerWidget::xOnCamerasChanged() {
     fBar->showCameras(fSession->cameras(), fSession->camera(), fSession->settings());
     const picture::CameraInfo* camera = fSession->camera();
     fCapture->setOrigin({QString::fromStdString(fLink->robotName()),
-                         camera != nullptr ? QString::fromStdString(camera->fName) : QString()});
+                         camera != nullptr ? QString::fromStdString(camera->fName) : QString(),
+                         camera != nullptr ? camera->fDescription : std::string(), fLink->address(),
+                         fLink->port()});
     xUpdateReason();
     xUpdateReadout();
 }

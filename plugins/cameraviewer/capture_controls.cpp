@@ -12,6 +12,7 @@
 #include <obvista/viewer/viewer_widget.h>
 
 #include <QAction>
+#include <QActionGroup>
 #include <QDir>
 #include <QFileDialog>
 #include <QMenu>
@@ -23,11 +24,19 @@ namespace cameraviewer {
 namespace {
 
 constexpr char a_folderKey[] = "CameraViewer/folder";
+constexpr char a_formatKey[] = "CameraViewer/recordingFormat";
 
 QString folder() {
     const QString chosen = QSettings().value(QLatin1String(a_folderKey)).toString();
     return chosen.isEmpty() ? QStandardPaths::writableLocation(QStandardPaths::PicturesLocation)
                             : chosen;
+}
+
+/** Returns the suffix of recordings. */
+QString format() {
+    const QString matroska = QStringLiteral("mkv");
+    const bool isMatroska = QSettings().value(QLatin1String(a_formatKey)).toString() == matroska;
+    return isMatroska ? matroska : QStringLiteral("mcap");
 }
 
 QString shown(const QString& file) {
@@ -76,11 +85,16 @@ CaptureControls::CaptureControls(FrameFeed& feed, QWidget* viewer)
                            tr("Save the displayed picture as a PNG file"), Qt::CTRL + Qt::Key_S,
                            viewer)),
       fRecord(makeAction("recordAction", tr("Re&cord"),
-                         tr("Record the pictures of this camera to a Matroska file"),
-                         Qt::CTRL + Qt::Key_R, viewer)),
+                         tr("Record the pictures of this camera to a file"), Qt::CTRL + Qt::Key_R,
+                         viewer)),
       fMark(new RecordingMark(viewer)),
-      fFolder(new QAction(tr("Folder for pictures and recordings\u2026"), viewer)) {
+      fFolder(new QAction(tr("Folder for pictures and recordings\u2026"), viewer)),
+      fFormats(new QMenu(tr("Recording format"), viewer)),
+      fFormatGroup(new QActionGroup(this)) {
     fFolder->setObjectName(QStringLiteral("folderAction"));
+    fFormats->setObjectName(QStringLiteral("recordingFormatMenu"));
+    xAddFormat(tr("MCAP: all data as sent"), QStringLiteral("mcap"));
+    xAddFormat(tr("Matroska: for video players"), QStringLiteral("mkv"));
     fRecord->setCheckable(true);
     fWriters.setMaxThreadCount(1);
     connect(fSnapshot, &QAction::triggered, this, &CaptureControls::xTakeSnapshot);
@@ -101,6 +115,7 @@ void CaptureControls::addButtons(CameraBar& bar, QMenu& menu) const {
     bar.addPart(fMark);
     menu.addSeparator();
     menu.addActions({fSnapshot, fRecord, fFolder});
+    menu.addMenu(fFormats);
 }
 
 void CaptureControls::setOrigin(const PictureOrigin& origin) {
@@ -179,8 +194,12 @@ void CaptureControls::xToggleRecording() {
     }
     fIsRecording = true;
     fRecord->setChecked(true);
-    fRecorder.start(xNewFile(QStringLiteral("mkv")), fOrigin);
-    fFeed.setTap([this](const picture::CheckedFrame& frame) { fRecorder.offer(frame); });
+    fRecorder.start(xNewFile(format()), fOrigin);
+    fFeed.setTap([this](const picture::CheckedFrame& frame) { fRecorder.offer(frame); },
+                 [this](const KVError& error) {
+                     const bool isLost = error.cause() == KVError::Cause::ConnectionLost;
+                     fRecorder.offer(StreamEnd{isLost, error.toString()});
+                 });
     Q_EMIT recordingChanged();
 }
 
@@ -197,6 +216,16 @@ void CaptureControls::xChooseFolder() {
     if (!chosen.isEmpty()) {
         QSettings().setValue(QLatin1String(a_folderKey), chosen);
     }
+}
+
+void CaptureControls::xAddFormat(const QString& text, const QString& suffix) {
+    QAction* action = fFormats->addAction(text);
+    action->setObjectName(suffix + QStringLiteral("FormatAction"));
+    action->setCheckable(true);
+    action->setActionGroup(fFormatGroup);
+    action->setChecked(format() == suffix);
+    connect(action, &QAction::triggered, this,
+            [suffix] { QSettings().setValue(QLatin1String(a_formatKey), suffix); });
 }
 
 /** Returns a name with the time; a number is appended if it is taken. */

@@ -10,6 +10,7 @@
 #include <QThreadPool>
 
 class QAction;
+class QActionGroup;
 class QMenu;
 class QWidget;
 
@@ -59,6 +60,7 @@ class CaptureControls : public QObject {
     void xToggleRecording();
     void xOnRecordingEnded();
     void xChooseFolder();
+    void xAddFormat(const QString& text, const QString& suffix);
     QString xNewFile(const QString& suffix);
 
     FrameFeed& fFeed;
@@ -67,6 +69,8 @@ class CaptureControls : public QObject {
     QAction* fRecord;
     RecordingMark* fMark;  // deleted with the bar
     QAction* fFolder;
+    QMenu* fFormats;
+    QActionGroup* fFormatGroup;
     Picture fPicture;
     PictureOrigin fOrigin;
     bool fIsRecording = false;

@@ -46,9 +46,10 @@ void FrameFeed::addFault(picture::FrameFault fault) {
     ++fCounts.fFaults[fault];
 }
 
-void FrameFeed::setTap(std::function<void(const picture::CheckedFrame&)> tap) {
+void FrameFeed::setTap(Tap tap, EndTap endTap) {
     const std::lock_guard<std::mutex> lock(fTapMutex);
     fTap = std::move(tap);
+    fEndTap = std::move(endTap);
 }
 
 void FrameFeed::frameReceived(const KVFrame& frame, std::uint64_t passedOver) {
@@ -91,6 +92,12 @@ void FrameFeed::ended(const KVError& error) {
         const std::lock_guard<std::mutex> lock(fMutex);
         fState.fEnd = error;
         fState.fEnded = FeedState::Clock::now();
+    }
+    {
+        const std::lock_guard<std::mutex> lock(fTapMutex);
+        if (fEndTap) {
+            fEndTap(error);
+        }
     }
     fNotice.give();
 }

@@ -69,11 +69,13 @@ class FrameFeed : public KVFrameStream::Listener {
     /** Counts a frame that failed to decode. */
     void addFault(picture::FrameFault fault);
 
+    using Tap = std::function<void(const picture::CheckedFrame&)>;
+    using EndTap = std::function<void(const KVError&)>;
     /**
-     * Sets a function that receives every valid frame on a thread of the library; it must not
-     * block. An empty function takes effect without delay: no call follows.
+     * Sets functions that receive every valid frame, and the end of the stream, on a thread of the
+     * library; they must not block. Empty functions take effect without delay: no call follows.
      */
-    void setTap(std::function<void(const picture::CheckedFrame&)> tap);
+    void setTap(Tap tap, EndTap endTap = {});
 
     void frameReceived(const KVFrame& frame, std::uint64_t passedOver) override;
     void ended(const KVError& error) override;
@@ -90,7 +92,8 @@ class FrameFeed : public KVFrameStream::Listener {
     FeedState fState;
     std::optional<std::uint64_t> fLastNumber;
     std::mutex fTapMutex;
-    std::function<void(const picture::CheckedFrame&)> fTap;
+    Tap fTap;
+    EndTap fEndTap;
 };
 
 }  // namespace cameraviewer

@@ -23,6 +23,7 @@ void RecordingExitTest::completesTheRecordingOfAViewerThatNobodyDeletes() {
     const QTemporaryDir folder;
     QSettings settings;
     settings.setValue(QStringLiteral("CameraViewer/folder"), folder.path());
+    settings.setValue(QStringLiteral("CameraViewer/recordingFormat"), QStringLiteral("mkv"));
     settings.sync();
     const std::unique_ptr<ShownRobot> robot = viewer_case::makeRobot();
     ChildProcess viewer(viewerProcess(viewer_case::pluginName(), "exit-while-busy", robot->port()));

@@ -681,7 +681,7 @@ void ViewingTest::recordsWhileItIsHidden() {
     record->trigger();
     QTRY_VERIFY2(toldOf(viewer).startsWith(QLatin1String("Recorded ")), qPrintable(toldOf(viewer)));
     QVERIFY(!record->isChecked());
-    const QStringList files = QDir(fFolder->path()).entryList({QStringLiteral("*.mkv")});
+    const QStringList files = QDir(fFolder->path()).entryList({QStringLiteral("*.mcap")});
     QCOMPARE(files.size(), 1);
     QVERIFY(QFileInfo(fFolder->filePath(files.first())).size() > 1000);
 }

@@ -208,6 +208,7 @@ void WindowTest::showsTwoCamerasOfTwoRobots() {
 void WindowTest::recordsWhatThePicturesSay() {
     QVERIFY(choose(fViewer, "formatBox", QStringLiteral("JPEG")));
     QTRY_VERIFY(readoutOf(fViewer).contains(QLatin1String("JPEG")));
+    actionOf(fViewer, "mkvFormatAction")->trigger();
     actionOf(fViewer, "recordAction")->trigger();
     const std::uint32_t first = shownStamp(fViewer)->fNumber;
     QVERIFY(xStampAfter(fViewer, first + 20).has_value());

@@ -2,6 +2,8 @@
 
 #include <QDateTime>
 #include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QLocale>
 #include <QMap>
 #include <QSettings>
@@ -13,6 +15,7 @@
 #include <algorithm>
 #include <file_size_limit.h>
 #include <memory>
+#include <recording/reader.h>
 
 using namespace obvista_test;
 
@@ -54,6 +57,22 @@ QList<QByteArray> keysOf(const QList<Row>& rows) {
     return keys;
 }
 
+/** Returns the names of the events in an MCAP file. */
+QStringList eventsIn(const QString& fileName) {
+    QStringList events;
+    recording::Reader reader(fileName.toStdString());
+    recording::Messages messages = reader.messages();
+    while (const std::optional<recording::Message> message = messages.next()) {
+        const QJsonDocument json =
+            QJsonDocument::fromJson(QByteArray(message->fData.data(), int(message->fData.size())));
+        const QJsonValue event = json.object()[QLatin1String("event")];
+        if (event.isString()) {
+            events += event.toString();
+        }
+    }
+    return events;
+}
+
 }  // namespace
 
 /** Tests recordings in the viewer's window with values of a robot. */
@@ -69,6 +88,7 @@ class RecordingTest : public QObject {
     void goesOnWhilePaused();
     void saysHowFarItIs();
     void endsWithAWholeFileWhenTheRobotIsKilled();
+    void marksTheLossOfTheRobotInAnMcapFile();
     void endsWithAWholeFileWhenTheViewerIsClosed();
     void endsWithAWholeFileWhenTheDiskIsFull();
     void saysThatAFileCannotBeMade();
@@ -79,8 +99,8 @@ class RecordingTest : public QObject {
     void xStart();
     void xStop();
     QString xText() const { return labelText(fWindow->viewer(), "recordingStatus"); }
-    /** Returns the number of rows in the file, as displayed. */
-    int xRowsSaid() const;
+    /** Returns the number of values in the file, as displayed. */
+    int xValuesSaid() const;
 
     std::unique_ptr<RobotWindow> fWindow;
     std::unique_ptr<QTemporaryDir> fFolder;
@@ -116,9 +136,9 @@ void RecordingTest::xStop() {
     QTRY_VERIFY2(xText().startsWith(QLatin1String("Recorded")), qPrintable(xText()));
 }
 
-int RecordingTest::xRowsSaid() const {
+int RecordingTest::xValuesSaid() const {
     const QRegularExpressionMatch match =
-        QRegularExpression(QStringLiteral("(\\d+) rows")).match(xText());
+        QRegularExpression(QStringLiteral("(\\d+) values")).match(xText());
     return match.hasMatch() ? match.captured(1).toInt() : -1;
 }
 
@@ -126,10 +146,10 @@ void RecordingTest::recordsWhatIsWatchedWithTheRobotsTimes() {
     xWatch("Battery/Voltage");
     xWatch("Audio/Volume");
     xStart();
-    QTRY_VERIFY(xRowsSaid() > 20);
+    QTRY_VERIFY(xValuesSaid() > 20);
     xStop();
     const QList<Row> rows = rowsOf(fFile);
-    QCOMPARE(rows.size(), xRowsSaid());
+    QCOMPARE(rows.size(), xValuesSaid());
     // Values that do not change are recorded once.
     QList<QByteArray> keys = keysOf(rows);
     std::sort(keys.begin(), keys.end());
@@ -160,7 +180,7 @@ void RecordingTest::recordsOnceWhatIsWatchedAndPlotted() {
     QTRY_COMPARE(fWindow->plots().size(), 1);
     xWatch("Battery/Voltage");
     xStart();
-    QTRY_VERIFY(xRowsSaid() > 5);
+    QTRY_VERIFY(xValuesSaid() > 5);
     xStop();
     const QList<Row> rows = rowsOf(fFile);
     QCOMPARE(std::count_if(rows.begin(), rows.end(),
@@ -175,7 +195,7 @@ void RecordingTest::recordsAllKeysWhenNoneIsWatched() {
                          .section(QLatin1Char(' '), -1)
                          .toInt();
     QVERIFY(keys > 100);
-    QTRY_VERIFY(xRowsSaid() >= keys);
+    QTRY_VERIFY(xValuesSaid() >= keys);
     xStop();
     QVERIFY2(keysOf(rowsOf(fFile)).size() > keys / 2, qPrintable(xText()));
 }
@@ -185,19 +205,20 @@ void RecordingTest::goesOnWhilePaused() {
     xStart();
     QTest::keyClick(fWindow->tree(), Qt::Key_Space, Qt::ControlModifier);
     QTRY_VERIFY(noticeOf(fWindow->viewer()).startsWith(QLatin1String("Paused.")));
-    const int rows = xRowsSaid();
-    QTRY_VERIFY(xRowsSaid() > rows + 10);
+    const int rows = xValuesSaid();
+    QTRY_VERIFY(xValuesSaid() > rows + 10);
 }
 
 void RecordingTest::saysHowFarItIs() {
     QCOMPARE(xText(), QStringLiteral("Not recording."));
     xWatch("Battery/Voltage");
     xStart();
-    QTRY_VERIFY2(QRegularExpression(
-                     QString::fromUtf8("^robot\\.csv  ·  \\d+ rows  ·  [\\d.]+ KiB  ·  0:0[1-9]$"))
-                     .match(xText())
-                     .hasMatch(),
-                 qPrintable(xText()));
+    QTRY_VERIFY2(
+        QRegularExpression(
+            QString::fromUtf8("^robot\\.csv  ·  \\d+ values  ·  [\\d.]+ KiB  ·  0:0[1-9]$"))
+            .match(xText())
+            .hasMatch(),
+        qPrintable(xText()));
     xStop();
     const QString size = QLocale().formattedDataSize(QFileInfo(fFile).size());
     QVERIFY2(xText().contains(size), qPrintable(xText()));
@@ -207,20 +228,32 @@ void RecordingTest::endsWithAWholeFileWhenTheRobotIsKilled() {
     xWatch("Battery/Voltage");
     fWindow->setRate(50);
     xStart();
-    QTRY_VERIFY(xRowsSaid() > 10);
+    QTRY_VERIFY(xValuesSaid() > 10);
     fWindow->robot().kill();
     QTRY_VERIFY2_WITH_TIMEOUT(xText().startsWith(QLatin1String("Recorded")), qPrintable(xText()),
                               20000);
     const QList<Row> rows = rowsOf(fFile);
     QVERIFY(rows.size() > 10);
-    QCOMPARE(rows.size(), xRowsSaid());
+    QCOMPARE(rows.size(), xValuesSaid());
+}
+
+void RecordingTest::marksTheLossOfTheRobotInAnMcapFile() {
+    fFile = fFolder->filePath(QStringLiteral("robot.mcap"));
+    xWatch("Battery/Voltage");
+    xStart();
+    QTRY_VERIFY(xValuesSaid() > 5);
+    fWindow->robot().kill();
+    QTRY_VERIFY2(xText().startsWith(QLatin1String("Recorded")), qPrintable(xText()));
+    QCOMPARE(eventsIn(fFile).join(QLatin1Char(',')), QStringLiteral("begin,lost,end"));
+    const recording::Reader reader(fFile.toStdString());
+    QCOMPARE(int(reader.statistics().fMessageCount), xValuesSaid() + 3);
 }
 
 void RecordingTest::endsWithAWholeFileWhenTheViewerIsClosed() {
     xWatch("Battery/Voltage");
     xStart();
-    QTRY_VERIFY(xRowsSaid() > 10);
-    const int rows = xRowsSaid();
+    QTRY_VERIFY(xValuesSaid() > 10);
+    const int rows = xValuesSaid();
     fWindow->close();
     QVERIFY(rowsOf(fFile).size() >= rows);
 }
@@ -232,10 +265,10 @@ void RecordingTest::endsWithAWholeFileWhenTheDiskIsFull() {
     xStart();
     QTRY_VERIFY2_WITH_TIMEOUT(xText().contains(QLatin1String("robot.csv cannot be written: ")),
                               qPrintable(xText()), 20000);
-    QVERIFY2(xText().contains(QLatin1String("The file contains the rows up to that point.")),
+    QVERIFY2(xText().contains(QLatin1String("The file contains the values up to that point.")),
              qPrintable(xText()));
     QVERIFY(rowsOf(fFile).size() > 10);
-    QCOMPARE(rowsOf(fFile).size(), xRowsSaid());
+    QCOMPARE(rowsOf(fFile).size(), xValuesSaid());
     QVERIFY(QFileInfo(fFile).size() > bytes - 1000);
     // The viewer continues to run.
     QVERIFY(QTest::qWaitFor([this, before = fWindow->value("Battery/Voltage")] {
@@ -255,7 +288,7 @@ void RecordingTest::writesNumbersWithAPointInEveryLocale() {
     QVERIFY(fWindow->open());
     xWatch("Battery/Voltage");
     xStart();
-    QTRY_VERIFY(xRowsSaid() > 5);
+    QTRY_VERIFY(xValuesSaid() > 5);
     xStop();
     const QList<Row> rows = rowsOf(fFile);
     QVERIFY(!rows.isEmpty());

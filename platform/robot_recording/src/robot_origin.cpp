@@ -8,7 +8,7 @@ namespace robot_recording {
 
 std::string topicPrefix(std::string robot) {
     std::replace(robot.begin(), robot.end(), '/', '_');
-    return '/' + robot;
+    return '/' + (robot.empty() ? "robot" : robot);
 }
 
 recording::Metadata robotMetadata(const RobotOrigin& origin) {

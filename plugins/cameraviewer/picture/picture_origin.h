@@ -6,13 +6,17 @@
 #include <QString>
 
 #include <cstdint>
+#include <string>
 
 namespace cameraviewer {
 
-/** Origin of a picture according to the robot: untrusted texts. */
+/** Origin of a picture. The robot's texts are untrusted. */
 struct PictureOrigin {
     QString fRobot;
     QString fCamera;
+    std::string fDescription{};  ///< of the camera
+    std::string fAddress{};      ///< of the robot
+    int fPort = 0;
 };
 
 /**

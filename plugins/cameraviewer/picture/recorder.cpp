@@ -1,7 +1,5 @@
 #include "recorder.h"
 
-#include "recording_files.h"
-
 #include <base/time.h>
 
 #include <QCoreApplication>
@@ -16,6 +14,8 @@
 #include <new>
 #include <optional>
 #include <thread>
+#include <utility>
+#include <variant>
 
 namespace cameraviewer {
 namespace {
@@ -27,11 +27,13 @@ std::int64_t now() {
     return std::chrono::duration_cast<std::chrono::microseconds>(time).count();
 }
 
-/** A frame and the time of its arrival. */
-struct Offer {
-    picture::CheckedFrame fFrame;
-    std::int64_t fArrival;
-};
+std::uint64_t logTimeNow() {
+    return static_cast<std::uint64_t>(base::microsecondsNow()) * base::a_nanosecondsPerMicrosecond;
+}
+
+using Offer = std::variant<ArrivedFrame, StreamEnd>;
+/** More ends of streams than a recorder has to write are not worth keeping. */
+constexpr std::size_t a_mostEnds = 100;
 
 }  // namespace
 
@@ -42,14 +44,16 @@ struct Recorder::Private {
     mutable std::mutex fMutex;
     std::condition_variable fChanged;
     std::deque<Offer> fOffers;
+    std::size_t fOfferedFrames = 0;
     std::size_t fOfferedBytes = 0;
+    std::uint64_t fNewlyDropped = 0;  ///< since the last frame that was accepted
     RecorderStatus fStatus;
 
     explicit Private(const RecorderLimits& limits) : fLimits(limits) {}
 
     bool hasRoomFor(const KVFrame& frame) const {
-        return fOffers.size() < fLimits.fFrames &&
-               (fOffers.empty() || fOfferedBytes + frame.fSize <= fLimits.fBytes);
+        return fOfferedFrames < fLimits.fFrames &&
+               (fOfferedFrames == 0 || fOfferedBytes + frame.fSize <= fLimits.fBytes);
     }
 
     void stop() {
@@ -79,11 +83,20 @@ struct Recorder::Private {
         }
         Offer offer = std::move(fOffers.front());
         fOffers.pop_front();
-        fOfferedBytes -= offer.fFrame.frame().fSize;
+        if (const auto* frame = std::get_if<ArrivedFrame>(&offer)) {
+            --fOfferedFrames;
+            fOfferedBytes -= frame->fFrame.frame().fSize;
+        }
         return offer;
     }
 
-    void report(const RecordingFiles& files) {
+    /** Returns the frames that were dropped after the last one that was accepted. */
+    std::uint64_t takeDropped() {
+        const std::lock_guard lock(fMutex);
+        return std::exchange(fNewlyDropped, 0);
+    }
+
+    void report(const FrameFiles& files) {
         const std::int64_t bytes = files.bytes();
         const std::lock_guard lock(fMutex);
         fStatus.fFile = files.file();
@@ -97,25 +110,39 @@ struct Recorder::Private {
         ++(fStatus.*counter);
     }
 
+    void write(FrameFiles& files, const Offer& offer) {
+        if (const auto* frame = std::get_if<ArrivedFrame>(&offer)) {
+            const bool isSound = files.write(*frame);
+            if (files.failure().isEmpty()) {
+                count(isSound ? &RecorderStatus::fFrames : &RecorderStatus::fRefused);
+            }
+        } else {
+            files.write(std::get<StreamEnd>(offer));
+        }
+    }
+
     /** @return empty, or the reason for which the recording had to end */
-    QString record(RecordingFiles& files) {
+    QString record(FrameFiles& files) {
+        if (!files.failure().isEmpty()) {
+            return files.failure();
+        }
         while (const std::optional<Offer> offer = take()) {
-            const bool isSound = files.write(offer->fFrame, offer->fArrival);
+            write(files, *offer);
             if (!files.failure().isEmpty()) {
                 break;
             }
-            count(isSound ? &RecorderStatus::fFrames : &RecorderStatus::fRefused);
             report(files);
         }
-        files.finish();
+        files.finish(takeDropped());
         report(files);
         return files.failure();
     }
 
     QString recordInMemory(const QString& file, const PictureOrigin& origin) {
         try {
-            RecordingFiles files(file, origin, fLimits.fFreeSpace);
-            return record(files);
+            const std::unique_ptr<FrameFiles> files =
+                makeFrameFiles(file, origin, fLimits.fFreeSpace);
+            return record(*files);
         } catch (const std::bad_alloc&) {
             return QCoreApplication::translate("cameraviewer::Recorder",
                                                "There is not enough memory to record.");
@@ -128,7 +155,9 @@ struct Recorder::Private {
         fStatus.fState = failure.isEmpty() ? State::Done : State::Failed;
         fStatus.fFailure = failure;
         fOffers.clear();
+        fOfferedFrames = 0;
         fOfferedBytes = 0;
+        fNewlyDropped = 0;
     }
 };
 
@@ -213,10 +242,25 @@ void Recorder::offer(const picture::CheckedFrame& frame) {
         }
         if (!fPrivate->hasRoomFor(frame.frame())) {
             ++fPrivate->fStatus.fDropped;
+            ++fPrivate->fNewlyDropped;
             return;
         }
-        fPrivate->fOffers.push_back({frame, now()});
+        fPrivate->fOffers.push_back(
+            ArrivedFrame{frame, now(), logTimeNow(), std::exchange(fPrivate->fNewlyDropped, 0)});
+        ++fPrivate->fOfferedFrames;
         fPrivate->fOfferedBytes += frame.frame().fSize;
+    }
+    fPrivate->fChanged.notify_all();
+}
+
+void Recorder::offer(StreamEnd end) {
+    {
+        const std::lock_guard lock(fPrivate->fMutex);
+        const std::size_t ends = fPrivate->fOffers.size() - fPrivate->fOfferedFrames;
+        if (fPrivate->fStatus.fState != State::Recording || ends == a_mostEnds) {
+            return;
+        }
+        fPrivate->fOffers.push_back(std::move(end));
     }
     fPrivate->fChanged.notify_all();
 }

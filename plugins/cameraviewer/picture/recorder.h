@@ -1,6 +1,7 @@
 #ifndef OBVISTA_CAMERAVIEWER_RECORDER_H
 #define OBVISTA_CAMERAVIEWER_RECORDER_H
 
+#include "frame_files.h"
 #include "picture_origin.h"
 
 #include <picture/frame_check.h>
@@ -44,13 +45,14 @@ struct RecorderLimits {
 };
 
 /**
- * Records frames to Matroska files as Motion JPEG, on dedicated threads.
+ * Records frames on dedicated threads: to an MCAP file as they come, or to Matroska files as Motion
+ * JPEG.
  *
- * JPEG frames are stored byte for byte as they come. Other formats are encoded as JPEG of the
- * quality picture::JpegWriter::a_quality: raw pictures would be 27 MB a second at 640x480, and few
- * players know them in Matroska. An exact picture is what a snapshot is for. Frames with a fault
- * are left out and counted; a JPEG with damage beyond its header, where picture::check() does not
- * look, is stored like any other.
+ * In Matroska, JPEG frames are stored byte for byte as they come. Other formats are encoded as JPEG
+ * of the quality picture::JpegWriter::a_quality: raw pictures would be 27 MB a second at 640x480,
+ * and few players know them in Matroska. An exact picture is what a snapshot is for. Frames with a
+ * fault are left out and counted; a JPEG with damage beyond its header, where picture::check() does
+ * not look, is stored like any other.
  *
  * The times in a file are those of the robot's stamps, from 0 on, see RecordingClock. As a track
  * has one size, another size or format begins a new file: "name.mkv", "name-2.mkv" and so on,
@@ -77,7 +79,8 @@ class Recorder : public QObject {
      *
      * Returns at once; an error of the file is detected with the first frame.
      *
-     * @param file its folder must exist; an existing file is overwritten
+     * @param file its suffix chooses the format, see makeFrameFiles(); its folder must exist; an
+     *        existing file is overwritten
      */
     void start(const QString& file, const PictureOrigin& origin);
 
@@ -86,6 +89,9 @@ class Recorder : public QObject {
      * recording.
      */
     void offer(const picture::CheckedFrame& frame);
+
+    /** Marks the end of the camera's stream, after which more frames may come. Returns at once. */
+    void offer(StreamEnd end);
 
     /** Ends the recording after the frames that were offered. Returns at once, see ended(). */
     void stop();

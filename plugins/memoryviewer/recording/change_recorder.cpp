@@ -1,17 +1,13 @@
 #include "recording/change_recorder.h"
 
-#include "recording/csv_file.h"
+#include <base/time.h>
 
-#include <algorithm>
-#include <iterator>
 #include <utility>
 
 namespace memoryviewer {
 
 namespace {
 
-/** Large enough for few system calls, small enough to lose little when the program is killed. */
-constexpr std::size_t a_bytesPerWrite = 65536;
 constexpr std::chrono::seconds a_syncTime{2};
 /** Size of a change besides the bytes of its texts. */
 constexpr std::size_t a_bytesOfValue = 64;
@@ -33,26 +29,6 @@ std::size_t sizeInMemory(const KVValue& value) {
             return size + static_cast<std::size_t>(value.getSize());
     }
 }
-
-/** Collects rows and appends them to the file in pieces. */
-class RowWriter {
-  public:
-    explicit RowWriter(CsvFile& file) : fFile(file) {}
-
-    std::string& rows() { return fRows; }
-
-    bool writeIfLong() { return fRows.size() < a_bytesPerWrite || write(); }
-
-    bool write() {
-        const bool isWritten = fRows.empty() || fFile.append(fRows);
-        fRows.clear();
-        return isWritten;
-    }
-
-  private:
-    CsvFile& fFile;
-    std::string fRows;
-};
 
 }  // namespace
 
@@ -91,22 +67,51 @@ void ChangeRecorder::record(std::vector<RecordedChange> changes) {
     for (const RecordedChange& change : changes) {
         sizes.push_back(sizeInMemory(change.fValue));
     }
+    const std::int64_t arrival = base::microsecondsNow();
     const std::lock_guard<std::mutex> lock(fMutex);
     if (fPhase != Phase::Running) {
         return;
     }
     for (std::size_t i = 0; i < changes.size(); ++i) {
-        // After a loss everything is dropped until the writer's next turn, so that the row that
-        // reports it is at the right place.
-        if (fNewlyLost > 0 || !xHasRoomFor(sizes[i])) {
-            ++fNewlyLost;
-            ++fProgress.fLost;
-            continue;
-        }
-        fWaitingBytes += sizes[i];
-        fWaiting.push_back(std::move(changes[i]));
+        changes[i].fArrival = arrival;
+        xAdd(std::move(changes[i]), sizes[i]);
     }
     fWake.notify_one();
+}
+
+void ChangeRecorder::record(RecordedEvent event) {
+    const std::size_t bytes = event.fName.size() + event.fText.size();
+    const std::lock_guard<std::mutex> lock(fMutex);
+    if (fPhase == Phase::Running) {
+        xAdd(std::move(event), bytes);
+        fWake.notify_one();
+    }
+}
+
+void ChangeRecorder::reportLoss(std::uint64_t changes) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    if (fPhase == Phase::Running && changes > 0) {
+        xLose(changes);
+        fWake.notify_one();
+    }
+}
+
+/** Called with the lock held. */
+void ChangeRecorder::xAdd(Entry entry, std::size_t bytes) {
+    // After a loss everything is dropped until the writer's next turn, so that the loss is reported
+    // at the right place.
+    if (fNewlyLost > 0 || !xHasRoomFor(bytes)) {
+        xLose(1);
+        return;
+    }
+    fWaitingBytes += bytes;
+    fWaiting.push_back(std::move(entry));
+}
+
+/** Called with the lock held. */
+void ChangeRecorder::xLose(std::uint64_t changes) {
+    fNewlyLost += changes;
+    fProgress.fLost += changes;
 }
 
 void ChangeRecorder::stop() {
@@ -145,39 +150,32 @@ void ChangeRecorder::xRun() {
 
 /** @return the reason of a premature end, or nothing */
 QString ChangeRecorder::xWriteFile() {
-    CsvFile file;
-    if (!file.open(fFileName) || !file.append(a_csvHeader)) {
-        return file.error();
+    const std::unique_ptr<ChangeFile> file = makeChangeFile(fFileName, fRobot);
+    if (file->open(fFileName)) {
+        QMetaObject::invokeMethod(this, &ChangeRecorder::started, Qt::QueuedConnection);
+        xWriteEntries(*file);
+        file->close();
+        xCount(*file);
     }
-    QMetaObject::invokeMethod(this, &ChangeRecorder::started, Qt::QueuedConnection);
-    xWriteRows(file);
-    file.close();
-    return file.error();
+    return file->error();
 }
 
 /** Until the recording ends or writing fails. */
-void ChangeRecorder::xWriteRows(CsvFile& file) {
-    RowWriter writer(file);
+void ChangeRecorder::xWriteEntries(ChangeFile& file) {
     Clock::time_point lastSync = Clock::now();
-    std::int64_t time = 0;
-    std::uint64_t otherRows = 1;  // rows that are not changes: the header
-    xCount(file, otherRows);
+    xCount(file);
     bool isGood = true;
     for (bool isLast = false; !isLast && isGood;) {
         const Work work = xWaitForWork();
         isLast = work.fIsLast;
-        for (auto change = work.fChanges.begin(); change != work.fChanges.end() && isGood;
-             ++change) {
-            appendChangeRow(writer.rows(), *change);
-            time = change->fTime;
-            isGood = writer.writeIfLong();
+        for (auto entry = work.fEntries.begin(); entry != work.fEntries.end() && isGood; ++entry) {
+            isGood = std::visit([&file](const auto& each) { return file.append(each); }, *entry);
         }
-        if (work.fLost > 0) {
-            appendLossRow(writer.rows(), time, work.fLost);
+        if (isGood && work.fLost > 0) {
+            isGood = file.appendLoss(work.fLost);
         }
-        isGood = isGood && writer.write();
-        otherRows += isGood && work.fLost > 0 ? 1 : 0;
-        xCount(file, otherRows);
+        isGood = isGood && file.write();
+        xCount(file);
         if (Clock::now() - lastSync >= a_syncTime) {
             file.sync();
             lastSync = Clock::now();
@@ -190,17 +188,19 @@ ChangeRecorder::Work ChangeRecorder::xWaitForWork() {
     fWake.wait(lock,
                [this] { return !fWaiting.empty() || fNewlyLost > 0 || fPhase == Phase::Stopping; });
     Work work;
-    work.fChanges.swap(fWaiting);
+    work.fEntries.swap(fWaiting);
     work.fLost = std::exchange(fNewlyLost, 0);
     work.fIsLast = fPhase == Phase::Stopping;
     fWaitingBytes = 0;
     return work;
 }
 
-void ChangeRecorder::xCount(const CsvFile& file, std::uint64_t otherRows) {
+void ChangeRecorder::xCount(const ChangeFile& file) {
+    const std::uint64_t changes = file.changes();
+    const std::int64_t size = file.size();
     const std::lock_guard<std::mutex> lock(fMutex);
-    fProgress.fRows = file.rows() - otherRows;
-    fProgress.fBytes = file.size();
+    fProgress.fChanges = changes;
+    fProgress.fBytes = size;
 }
 
 void ChangeRecorder::xFinish(const QString& error) {

@@ -1,7 +1,7 @@
 #ifndef OBVISTA_MEMORYVIEWER_CHANGE_RECORDER_H
 #define OBVISTA_MEMORYVIEWER_CHANGE_RECORDER_H
 
-#include "recording/change_row.h"
+#include "recording/change_file.h"
 
 #include <QObject>
 #include <QString>
@@ -12,27 +12,27 @@
 #include <cstdint>
 #include <mutex>
 #include <thread>
+#include <variant>
 #include <vector>
 
 namespace memoryviewer {
 
-class CsvFile;
-
 /** Progress of a recording. */
 struct RecordingProgress {
-    std::uint64_t fRows = 0;  ///< changes in the file
-    std::int64_t fBytes = 0;  ///< size of the file
-    std::uint64_t fLost = 0;  ///< changes lost because the disk was too slow
-    double fSeconds = 0;      ///< since start(), up to the end
+    std::uint64_t fChanges = 0;  ///< in the file
+    std::int64_t fBytes = 0;     ///< size of the file
+    std::uint64_t fLost = 0;     ///< changes lost because the disk was too slow
+    double fSeconds = 0;         ///< since start(), up to the end
 };
 
 /**
- * Writes changes of keys to a CSV file, on a dedicated thread.
+ * Writes changes of keys to a file, on a dedicated thread.
  *
- * The file consists of whole rows at any time. The waiting data is limited; changes beyond that are
- * counted as lost, and a row of the file gives the number that are missing at its place.
+ * The file can be read at any time. The waiting data is limited; changes beyond that are counted as
+ * lost, and the file has the number that are missing at their place.
  *
- * record() and progress() may be called from any thread, all others from the object's own.
+ * record(), reportLoss() and progress() may be called from any thread, all others from the object's
+ * own.
  */
 class ChangeRecorder : public QObject {
     Q_OBJECT
@@ -49,14 +49,22 @@ class ChangeRecorder : public QObject {
     /** Stops, and waits until everything recorded is written. */
     ~ChangeRecorder() override;
 
+    /** Sets the robot whose keys are recorded, for the next start(). */
+    void setRobot(robot_recording::RobotOrigin robot) { fRobot = std::move(robot); }
+
     /**
-     * Starts a file, replacing an existing one. Does nothing during a recording. started() or
-     * finished() reports whether the file could be created.
+     * Starts a file, in the format that makeChangeFile() chooses, replacing an existing one. Does
+     * nothing during a recording. started() or finished() reports whether the file could be
+     * created.
      */
     void start(const QString& fileName);
 
     /** Adds changes to the file; does nothing without a recording. Never waits for the disk. */
     void record(std::vector<RecordedChange> changes);
+    /** Adds an event at this place, as above. */
+    void record(RecordedEvent event);
+    /** Counts changes as lost that did not reach the recorder. */
+    void reportLoss(std::uint64_t changes);
 
     /** Ends the file with the changes so far; finished() follows when they are written. */
     void stop();
@@ -79,28 +87,33 @@ class ChangeRecorder : public QObject {
     using Clock = std::chrono::steady_clock;
     enum class Phase { Idle, Running, Stopping };
 
+    using Entry = std::variant<RecordedChange, RecordedEvent>;
+
     struct Work {
-        std::vector<RecordedChange> fChanges;
+        std::vector<Entry> fEntries;
         std::uint64_t fLost = 0;
         bool fIsLast = false;
     };
 
     void xRun();
     QString xWriteFile();
-    void xWriteRows(CsvFile& file);
+    void xWriteEntries(ChangeFile& file);
     Work xWaitForWork();
-    void xCount(const CsvFile& file, std::uint64_t otherRows);
+    void xCount(const ChangeFile& file);
+    void xAdd(Entry entry, std::size_t bytes);
+    void xLose(std::uint64_t changes);
     void xFinish(const QString& error);
     bool xHasRoomFor(std::size_t bytes) const;
 
     const Limits fLimits;
+    robot_recording::RobotOrigin fRobot;
     QString fFileName;
     std::thread fThread;
 
     mutable std::mutex fMutex;
     std::condition_variable fWake;
     Phase fPhase = Phase::Idle;
-    std::vector<RecordedChange> fWaiting;
+    std::vector<Entry> fWaiting;
     std::size_t fWaitingBytes = 0;
     std::uint64_t fNewlyLost = 0;
     RecordingProgress fProgress;

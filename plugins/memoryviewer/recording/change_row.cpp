@@ -57,10 +57,11 @@ bool appendValue(std::string& rows, const KVValue& value) {
 }  // namespace
 
 void appendChangeRow(std::string& rows, const RecordedChange& change) {
-    beginRow(rows, change.fTime, *change.fKey);
+    const RecordedKey key{change.fKey->fName, change.fKey->fUnit};
+    beginRow(rows, change.fTime, key);
     const bool isWhole = appendValue(rows, change.fValue);
     std::string type = KVValue::typeName(change.fValue.type());
-    endRow(rows, *change.fKey, isWhole ? type : type + " (cut)");
+    endRow(rows, key, isWhole ? type : type + " (cut)");
 }
 
 void appendNumberRow(std::string& rows, std::int64_t time, const RecordedKey& key, double value) {

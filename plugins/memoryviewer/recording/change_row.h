@@ -1,7 +1,7 @@
 #ifndef OBVISTA_MEMORYVIEWER_CHANGE_ROW_H
 #define OBVISTA_MEMORYVIEWER_CHANGE_ROW_H
 
-#include <robaxi/kv_value.h>
+#include <robaxi/kv_value_table.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -11,7 +11,7 @@
 
 namespace memoryviewer {
 
-/** Data shared by all changes of one key. */
+/** The columns that describe a key. */
 struct RecordedKey {
     std::string fName;
     std::string fUnit;
@@ -20,8 +20,9 @@ struct RecordedKey {
 /** A new value of a key. */
 struct RecordedChange {
     std::int64_t fTime = 0;  ///< microseconds since 1970-01-01 UTC by the robot's clock
-    std::shared_ptr<const RecordedKey> fKey;  ///< never null
+    std::shared_ptr<const KVKeyInfo> fKey;  ///< shared by all changes of the key; never null
     KVValue fValue;
+    std::int64_t fArrival = 0;  ///< microseconds by our clock; set by the recorder
 };
 
 /**

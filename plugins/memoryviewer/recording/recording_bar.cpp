@@ -74,8 +74,8 @@ void RecordingBar::toggle() {
 
 void RecordingBar::xAskForFile() {
     const obvista::FileQuestion question{
-        tr("Record to CSV"), tr("Comma-separated values (*.csv)"), QStringLiteral("csv"),
-        fRobotName.isEmpty() ? QStringLiteral("robot") : fRobotName};
+        tr("Record"), tr("Recordings (*.mcap);;Comma-separated values (*.csv)"),
+        QStringLiteral("mcap"), fRobotName.isEmpty() ? QStringLiteral("robot") : fRobotName};
     obvista::askForFile(this, question, [this](const QString& fileName) { start(fileName); });
 }
 
@@ -91,7 +91,7 @@ void RecordingBar::xUpdate() {
     fButton->setText(isRecording ? tr("Stop &recording") : tr("&Record\u2026"));
     fButton->setIcon(
         style()->standardIcon(isRecording ? QStyle::SP_MediaStop : QStyle::SP_DialogSaveButton));
-    fButton->setAccessibleName(isRecording ? tr("Stop recording") : tr("Record to a CSV file"));
+    fButton->setAccessibleName(isRecording ? tr("Stop recording") : tr("Record to a file"));
     obvista::setStatus(*fText, fHasRecorded ? xProgressText() : tr("Not recording."));
 }
 
@@ -99,16 +99,17 @@ QString RecordingBar::xProgressText() const {
     const RecordingProgress progress = fRecorder->progress();
     const QLocale locale;
     const QString file = QFileInfo(fRecorder->fileName()).fileName();
-    QStringList parts{obvista::plainText(file.toStdString()),
-                      tr("%1 rows").arg(locale.toString(static_cast<qulonglong>(progress.fRows))),
-                      locale.formattedDataSize(progress.fBytes), durationText(progress.fSeconds)};
+    QStringList parts{
+        obvista::plainText(file.toStdString()),
+        tr("%1 values").arg(locale.toString(static_cast<qulonglong>(progress.fChanges))),
+        locale.formattedDataSize(progress.fBytes), durationText(progress.fSeconds)};
     if (progress.fLost > 0) {
         parts += tr("%1 changes lost, since the disk is too slow")
                      .arg(locale.toString(static_cast<qulonglong>(progress.fLost)));
     }
     if (!fError.isEmpty()) {
         parts.prepend(fError + QLatin1Char(' ') +
-                      tr("The file contains the rows up to that point."));
+                      tr("The file contains the values up to that point."));
     } else if (!fRecorder->isRecording()) {
         parts.prepend(tr("Recorded"));
     }

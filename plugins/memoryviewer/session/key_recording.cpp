@@ -3,6 +3,7 @@
 #include "recording/change_recorder.h"
 #include "session/key_store.h"
 
+#include <unordered_set>
 #include <utility>
 
 namespace memoryviewer {
@@ -19,10 +20,16 @@ KeyRecording::KeyRecording(KeyStore* keys, ChangeRecorder* recorder, QObject* pa
 
 KeyRecording::~KeyRecording() = default;
 
-void KeyRecording::begin(const std::vector<std::uint32_t>& ids) {
-    if (std::exchange(fHasBegun, true)) {
-        return;
+void KeyRecording::setKeys(const std::vector<std::uint32_t>& ids) {
+    if (!std::exchange(fHasBegun, true)) {
+        xBegin(ids);
+    } else if (ids != fIds) {
+        xMarkLeftOut(ids);
     }
+    fIds = ids;
+}
+
+void KeyRecording::xBegin(const std::vector<std::uint32_t>& ids) {
     std::vector<RecordedChange> rows;
     for (const std::uint32_t id : ids) {
         const MemoryKey* key = fKeys->find(id);
@@ -31,6 +38,18 @@ void KeyRecording::begin(const std::vector<std::uint32_t>& ids) {
         }
     }
     fRecorder->record(std::move(rows));
+}
+
+/** Otherwise the last value would seem to hold. */
+void KeyRecording::xMarkLeftOut(const std::vector<std::uint32_t>& ids) {
+    const std::unordered_set<std::uint32_t> present(ids.begin(), ids.end());
+    for (const std::uint32_t id : std::exchange(fIds, {})) {
+        const auto described = fDescribed.find(id);
+        if (present.count(id) == 0 && described != fDescribed.end()) {
+            fRecorder->record({"key left out", described->second->fName, described->second});
+            fDescribed.erase(described);
+        }
+    }
 }
 
 void KeyRecording::append(const std::vector<KVChange>& changes) {
@@ -48,6 +67,16 @@ void KeyRecording::append(const std::vector<KVChange>& changes) {
     fRecorder->record(std::move(rows));
 }
 
+void KeyRecording::end(MemoryPhase phase, const QString& refusal) {
+    if (phase == MemoryPhase::Lost) {
+        fRecorder->record({"lost", tr("The connection to the robot was lost.").toStdString(), {}});
+    }
+    if (phase == MemoryPhase::Refused) {
+        fRecorder->record({"values ended", refusal.toStdString(), {}});
+    }
+    fRecorder->stop();
+}
+
 /** The robot sends the current value of a newly subscribed key. */
 bool KeyRecording::xIsAtBeginning(const KVChange& change) {
     const auto begun = fBegun.find(change.fId);
@@ -59,17 +88,21 @@ bool KeyRecording::xIsAtBeginning(const KVChange& change) {
     return isSame;
 }
 
-const std::shared_ptr<const RecordedKey>& KeyRecording::xDescribed(const MemoryKey& key) {
+const std::shared_ptr<const KVKeyInfo>& KeyRecording::xDescribed(const MemoryKey& key) {
     auto& described = fDescribed[key.fInfo.fId];
     if (!described) {
-        described = std::make_shared<RecordedKey>(RecordedKey{key.fInfo.fName, key.fInfo.fUnit});
+        described = std::make_shared<KVKeyInfo>(key.fInfo);
     }
     return described;
 }
 
 void KeyRecording::xOnKeysGoing(const std::vector<const MemoryKey*>& keys) {
     for (const MemoryKey* key : keys) {
-        fDescribed.erase(key->fInfo.fId);
+        const auto described = fDescribed.find(key->fInfo.fId);
+        if (described != fDescribed.end()) {
+            fRecorder->record({"key removed", key->fInfo.fName, described->second});
+            fDescribed.erase(described);
+        }
         fBegun.erase(key->fInfo.fId);
     }
 }

@@ -1,6 +1,8 @@
 #ifndef OBVISTA_MEMORYVIEWER_KEY_RECORDING_H
 #define OBVISTA_MEMORYVIEWER_KEY_RECORDING_H
 
+#include "session/memory_situation.h"
+
 #include <robaxi/kv_value_table.h>
 
 #include <QObject>
@@ -15,7 +17,6 @@ namespace memoryviewer {
 class ChangeRecorder;
 class KeyStore;
 struct MemoryKey;
-struct RecordedKey;
 
 /** Passes changes of keys to a recording. Used on the GUI thread. */
 class KeyRecording : public QObject {
@@ -27,23 +28,28 @@ class KeyRecording : public QObject {
     ~KeyRecording() override;
 
     /**
-     * Starts a recording with the current values of these keys, so that it includes those that
-     * never change. Does nothing if the recording has already been started with values; an
-     * identifier may be given twice.
+     * Sets the recorded keys, of which an identifier may be given twice. A recording starts with
+     * their current values, so that it includes those that never change. A key that is left out
+     * later is marked.
      */
-    void begin(const std::vector<std::uint32_t>& ids);
+    void setKeys(const std::vector<std::uint32_t>& ids);
     /** Does nothing without a recording. */
     void append(const std::vector<KVChange>& changes);
+    /** Ends a recording because the session is over. */
+    void end(MemoryPhase phase, const QString& refusal);
 
   private:
+    void xBegin(const std::vector<std::uint32_t>& ids);
+    void xMarkLeftOut(const std::vector<std::uint32_t>& ids);
     bool xIsAtBeginning(const KVChange& change);
-    const std::shared_ptr<const RecordedKey>& xDescribed(const MemoryKey& key);
+    const std::shared_ptr<const KVKeyInfo>& xDescribed(const MemoryKey& key);
     void xOnKeysGoing(const std::vector<const MemoryKey*>& keys);
 
     KeyStore* fKeys;
     ChangeRecorder* fRecorder;
     bool fHasBegun = false;
-    std::unordered_map<std::uint32_t, std::shared_ptr<const RecordedKey>> fDescribed;
+    std::vector<std::uint32_t> fIds;
+    std::unordered_map<std::uint32_t, std::shared_ptr<const KVKeyInfo>> fDescribed;
     std::unordered_map<std::uint32_t, std::int64_t> fBegun;  // times of the values at the start
 };
 

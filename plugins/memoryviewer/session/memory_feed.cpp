@@ -65,9 +65,12 @@ void MemoryFeed::valuesChanged(const std::vector<KVChange>& changes) {
     fPending.fBatch.fUpdates += changes.size();
     fPending.fBatch.fArrival = base::microsecondsNow();
     for (const KVChange& change : changes) {
-        if (fEveryChangeIds.count(change.fId) != 0 &&
-            fPending.fBatch.fEveryChange.size() < a_mostChangesKept) {
-            fPending.fBatch.fEveryChange.push_back(change);
+        if (fEveryChangeIds.count(change.fId) != 0) {
+            if (fPending.fBatch.fEveryChange.size() < a_mostChangesKept) {
+                fPending.fBatch.fEveryChange.push_back(change);
+            } else {
+                ++fPending.fBatch.fLostChanges;
+            }
         }
         xMerge(change);
     }

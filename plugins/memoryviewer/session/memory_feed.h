@@ -24,6 +24,7 @@ struct MemoryBatch {
     std::vector<KVKeyInfo> fAdded;        ///< in no particular order
     std::vector<MergedChange> fChanged;   ///< the newest value of each key; apply last
     std::vector<KVChange> fEveryChange;   ///< of the keys chosen with keepEveryChangeOf()
+    std::uint64_t fLostChanges = 0;       ///< changes of such keys, too many to keep
     std::size_t fUpdates = 0;             ///< values received, including merged ones
     std::int64_t fArrival = 0;  ///< of the last of them, microseconds since 1970 by our clock
     std::optional<std::string> fRefusal;  ///< why the robot gives no values

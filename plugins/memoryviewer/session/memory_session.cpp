@@ -41,6 +41,7 @@ MemorySession::MemorySession(std::shared_ptr<MemoryLink> link, QObject* parent)
     fSinceSecond.start();
     fSinceValue.start();
     fSecondTimer.start(a_secondTime);
+    fRecorder->setRobot({fLink->robotName(), fLink->address(), fLink->address(), fLink->port()});
 }
 
 MemorySession::~MemorySession() = default;
@@ -84,6 +85,7 @@ void MemorySession::xApply(MemoryBatch& batch) {
     fKeys->add(batch.fAdded);
     fKeys->change(std::move(batch.fChanged), batch.fArrival);
     fRecording->append(batch.fEveryChange);
+    fRecorder->reportLoss(batch.fLostChanges);
     Q_EMIT changesTaken(batch.fEveryChange);
 }
 
@@ -95,7 +97,7 @@ void MemorySession::xSetPhase(MemoryPhase phase) {
     if (situation().isOver()) {
         fSecondTimer.stop();
         fWrites->giveUp(tr("the robot is lost"));
-        fRecorder->stop();
+        fRecording->end(phase, fRefusal);
     }
     Q_EMIT phaseChanged();
 }
@@ -119,7 +121,7 @@ void MemorySession::subscribe(SubscriptionNeeds needs, int rate) {
     }
     if (fRecorder->isRecording()) {
         needs.fRecorded = xRecorded(needs);
-        fRecording->begin(needs.fRecorded);
+        fRecording->setKeys(needs.fRecorded);
     }
     const std::vector<std::uint32_t> newlyPlotted = xNewlyPlotted(needs);
     xKeepEveryChange(needs);

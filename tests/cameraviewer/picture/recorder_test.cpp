@@ -1,18 +1,26 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QTemporaryDir>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <condition_variable>
 #include <cstdlib>
+#include <file_size_limit.h>
 #include <limits>
 #include <made_frames.h>
 #include <matroska_reading.h>
 #include <mutex>
 #include <picture_decoder.h>
+#include <random>
 #include <recorder.h>
+#include <recording/check.h>
+#include <recording/reader.h>
 
 using cameraviewer::PictureDecoder;
 using cameraviewer::PictureOrigin;
@@ -69,6 +77,30 @@ RecorderLimits generous() {
     limits.fFrames = 1000;
     limits.fFreeSpace = 0;
     return limits;
+}
+
+/** A picture that cannot be compressed. */
+QImage noisyPicture(int width, int height) {
+    QImage image(width, height, QImage::Format_RGB888);
+    std::mt19937 random(1);
+    std::generate(image.bits(), image.bits() + image.sizeInBytes(),
+                  [&] { return static_cast<uchar>(random()); });
+    return image;
+}
+
+/** The names of the events in a recording. */
+std::vector<std::string> eventsOf(const QString& file) {
+    std::vector<std::string> events;
+    recording::Reader reader(file.toStdString());
+    recording::Messages messages = reader.messages();
+    while (const std::optional<recording::Message> message = messages.next()) {
+        if (reader.channels().at(message->fChannelId).fTopic == "/robot1/events") {
+            const QJsonDocument json = QJsonDocument::fromJson(
+                QByteArray(message->fData.data(), static_cast<int>(message->fData.size())));
+            events.push_back(json.object()[QStringLiteral("event")].toString().toStdString());
+        }
+    }
+    return events;
 }
 
 /** A recorder whose end can be waited for. */
@@ -137,6 +169,101 @@ TEST_F(RecorderTest, StoresJpegsAsTheyComeWithTheRobotsTimes) {
     }
     expectTime(content.fDuration, 49 * a_step);
     EXPECT_EQ(content.fTitle, "head of robot1, 2023-11-14T22:13:20.000000Z");
+}
+
+TEST_F(RecorderTest, StoresFramesOfEveryKindInOneMcapFileAsTheyCome) {
+    const QImage smooth = smoothPicture(64, 48, QImage::Format_RGB888);
+    std::vector<KVFrame> frames{frameAt(0), at(rawFrame(KVPixelFormat::Rgb888, smooth), 1),
+                                frameAt(2, 32, 24)};
+    PictureOrigin origin = fOrigin;
+    origin.fDescription = "in the forehead";
+    origin.fAddress = "127.0.0.1";
+    origin.fPort = 9559;
+    fRecorder.start(path("a.mcap"), origin);
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+        frames[i].fNumber = i + 5;
+        fRecorder.offer(picture::check(frames[i]));
+    }
+    KVFrame faulty = frameAt(3);
+    faulty.fWidth = 0;
+    fRecorder.offer(picture::check(faulty));
+    const RecorderStatus status = fRecorder.stopAndWait();
+    EXPECT_EQ(status.fState, State::Done) << qPrintable(status.fFailure);
+    EXPECT_EQ(status.fFrames, 3U);
+    EXPECT_EQ(status.fRefused, 1U);
+    EXPECT_EQ(status.fFiles, 1);
+    EXPECT_EQ(status.fBytes, QFileInfo(path("a.mcap")).size());
+    EXPECT_DOUBLE_EQ(status.fSeconds, 2 * a_step / 1e6);
+
+    const std::string file = path("a.mcap").toStdString();
+    EXPECT_EQ(recording::check(file).fFaultCount, 0U);
+    recording::Reader reader(file);
+    EXPECT_EQ(reader.readMetadata(reader.metadata().at(0)).fEntries.at("address"), "127.0.0.1");
+    std::size_t count = 0;
+    recording::Messages messages = reader.messages();
+    while (const std::optional<recording::Message> message = messages.next()) {
+        const recording::Channel& channel = reader.channels().at(message->fChannelId);
+        if (channel.fTopic != "/robot1/camera/head") {
+            continue;
+        }
+        const KVFrame& frame = frames.at(count++);
+        EXPECT_EQ(channel.fMetadata.at("description"), "in the forehead");
+        EXPECT_EQ(message->fSequence, frame.fNumber);
+        EXPECT_EQ(message->fPublishTime, static_cast<std::uint64_t>(frame.fTime) * 1000);
+        EXPECT_GT(message->fLogTime, message->fPublishTime);
+        const Bytes bytes = bytesOf(frame);
+        EXPECT_NE(message->fData.find(std::string(bytes.begin(), bytes.end())), std::string::npos);
+    }
+    EXPECT_EQ(count, 3U);
+}
+
+TEST_F(RecorderTest, MarksGapsInAnMcapFile) {
+    RecorderLimits limits = generous();
+    limits.fFrames = 0;
+    {
+        WatchedRecorder recorder(limits);
+        recorder.start(path("dropped.mcap"), fOrigin);
+        recorder.offer(picture::check(frameAt(0)));
+        recorder.offer(picture::check(frameAt(1)));
+        EXPECT_EQ(recorder.stopAndWait().fDropped, 2U);
+    }
+    EXPECT_THAT(eventsOf(path("dropped.mcap")), testing::ElementsAre("begin", "dropped", "end"));
+
+    fRecorder.start(path("ended.mcap"), fOrigin);
+    fRecorder.offer(picture::check(frameAt(0)));
+    fRecorder.offer(cameraviewer::StreamEnd{false, "removed"});
+    fRecorder.offer(cameraviewer::StreamEnd{false, "still removed"});
+    fRecorder.offer(picture::check(frameAt(1)));
+    fRecorder.offer(cameraviewer::StreamEnd{true, "gone"});
+    EXPECT_EQ(fRecorder.stopAndWait().fFrames, 2U);
+    EXPECT_THAT(eventsOf(path("ended.mcap")),
+                testing::ElementsAre("begin", "camera ended", "camera continues", "lost", "end"));
+}
+
+TEST_F(RecorderTest, SaysWhyAnMcapFileCannotBeWritten) {
+    fRecorder.start(path("none/a.mcap"), fOrigin);
+    const RecorderStatus status = fRecorder.waitForEnd();
+    EXPECT_EQ(status.fState, State::Failed);
+    EXPECT_TRUE(status.fFailure.startsWith(QStringLiteral("Cannot create ")))
+        << qPrintable(status.fFailure);
+    EXPECT_TRUE(status.fFailure.endsWith(QStringLiteral(": No such file or directory.")))
+        << qPrintable(status.fFailure);
+}
+
+TEST_F(RecorderTest, LeavesAnMcapFileThatOpensWhenItMayNotGrow) {
+    const obvista_test::FileSizeLimit limit(300'000);
+    fRecorder.start(path("a.mcap"), fOrigin);
+    const KVFrame frame = rawFrame(KVPixelFormat::Rgb888, noisyPicture(200, 200));
+    // It is noticed with the frame after the chunk that does not fit.
+    while (fRecorder.status().fState == State::Recording) {
+        fRecorder.offer(picture::check(frame));
+    }
+    const RecorderStatus status = fRecorder.waitForEnd();
+    EXPECT_EQ(status.fState, State::Failed);
+    EXPECT_TRUE(status.fFailure.endsWith(QStringLiteral(": File too large.")))
+        << qPrintable(status.fFailure);
+    EXPECT_LE(QFileInfo(path("a.mcap")).size(), 300'000);
+    EXPECT_NO_THROW(recording::Reader{path("a.mcap").toStdString()});
 }
 
 /** The pictures of a recording of one raw frame. */
@@ -336,7 +463,8 @@ TEST_F(RecorderTest, SaysWhyAFileCannotBeWritten) {
 }
 
 TEST_F(RecorderTest, SaysThatTheDiskIsFull) {
-    fRecorder.start(QStringLiteral("/dev/full"), fOrigin);
+    ASSERT_TRUE(QFile::link(QStringLiteral("/dev/full"), path("full.mkv")));
+    fRecorder.start(path("full.mkv"), fOrigin);
     for (int i = 0; i < 200 && fRecorder.status().fState == State::Recording; ++i) {
         fRecorder.offer(picture::check(frameAt(i)));
     }

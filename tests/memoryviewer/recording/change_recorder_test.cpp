@@ -3,6 +3,7 @@
 #include "recording/csv_file.h"
 #include "recording/recording_bar.h"
 
+#include <QComboBox>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
@@ -17,6 +18,9 @@
 
 #include <cstdlib>
 #include <file_size_limit.h>
+#include <recording/check.h>
+#include <recording/reader.h>
+#include <set>
 #include <sys/stat.h>
 #include <thread>
 
@@ -28,10 +32,11 @@ constexpr int a_columns = 6;
 const QByteArray a_header = QByteArray::fromRawData(a_csvHeader.data(), int(a_csvHeader.size()));
 
 std::vector<RecordedChange> changes(int first, int count) {
-    static const auto key = std::make_shared<RecordedKey>(RecordedKey{"Head/Yaw", "rad"});
+    static const auto key = std::make_shared<KVKeyInfo>(
+        KVKeyInfo{0, "Head/Yaw", "rad", "an angle", KVValue::Type::Nothing, false});
     std::vector<RecordedChange> changes;
     for (int i = first; i < first + count; ++i) {
-        changes.push_back({std::int64_t(i) * 1000, key, KVValue(i)});
+        changes.push_back({std::int64_t(i) * 1000, key, KVValue(i), 0});
     }
     return changes;
 }
@@ -56,6 +61,19 @@ bool hasWholeRowsOnly(const QByteArray& content) {
     return true;
 }
 
+/** Returns topic and data of each message. */
+std::vector<std::string> messagesOf(recording::Reader& reader) {
+    std::vector<std::string> all;
+    recording::Selection selection;
+    selection.fOrder = recording::Order::File;
+    recording::Messages messages = reader.messages(selection);
+    while (const std::optional<recording::Message> message = messages.next()) {
+        all.push_back(reader.channels().at(message->fChannelId).fTopic + ' ' +
+                      std::string(message->fData));
+    }
+    return all;
+}
+
 }  // namespace
 
 class RecorderTest : public QObject {
@@ -75,6 +93,9 @@ class RecorderTest : public QObject {
     void saysWhyAFileCannotBeMade();
     void waitsForNoReaderOfAPipe();
     void leavesAValidFileWhenItIsKilled();
+    void writesTheMessagesOfRobaxi();
+    void marksWhatTheDiskIsTooSlowForInMcapToo();
+    void leavesAnMcapFileThatOpensWhenItMayNotGrow();
     void startsAndStopsByTheBar();
     void asksForAFileByKeyboard();
     void tellsInTheBarWhatWentWrong();
@@ -112,7 +133,7 @@ void RecorderTest::writesARowForEachChange() {
                                      "0,1970-01-01T00:00:00.000000Z,Head/Yaw,0,rad,int\r\n"
                                      "1000,1970-01-01T00:00:00.001000Z,Head/Yaw,1,rad,int\r\n"
                                      "2000,1970-01-01T00:00:00.002000Z,Head/Yaw,2,rad,int\r\n");
-    QCOMPARE(recorder.progress().fRows, std::uint64_t(3));
+    QCOMPARE(recorder.progress().fChanges, std::uint64_t(3));
     QCOMPARE(recorder.progress().fBytes, std::int64_t(contentOf(xFile()).size()));
     QCOMPARE(recorder.progress().fLost, std::uint64_t(0));
 }
@@ -161,7 +182,7 @@ void RecorderTest::takesChangesFromSeveralThreads() {
             }
         });
     }
-    while (recorder.progress().fRows < 100) {
+    while (recorder.progress().fChanges < 100) {
         std::this_thread::yield();
     }
     for (std::thread& thread : threads) {
@@ -180,7 +201,7 @@ void RecorderTest::countsWhatTheDiskIsTooSlowFor() {
     recorder.stop();
     QCOMPARE(xEndOf(recorder), QString());
     QCOMPARE(recorder.progress().fLost, std::uint64_t(900));
-    QCOMPARE(recorder.progress().fRows, std::uint64_t(100));
+    QCOMPARE(recorder.progress().fChanges, std::uint64_t(100));
     QVERIFY(contentOf(xFile()).endsWith("99000,1970-01-01T00:00:00.099000Z,,900,,lost\r\n"));
 }
 
@@ -196,13 +217,14 @@ void RecorderTest::leavesWholeRowsWhenTheFileMayNotGrow() {
     QVERIFY2(content.size() > 99900 && content.size() <= 100003,
              qPrintable(QString::number(content.size())));
     QCOMPARE(recorder.progress().fBytes, std::int64_t(content.size()));
-    QCOMPARE(recorder.progress().fRows, std::uint64_t(content.count('\n') - 1));
+    QCOMPARE(recorder.progress().fChanges, std::uint64_t(content.count('\n') - 1));
 }
 
 void RecorderTest::saysThatTheDiskIsFull() {
+    QVERIFY(QFile::link(QStringLiteral("/dev/full"), xFile()));
     ChangeRecorder recorder;
-    recorder.start(QStringLiteral("/dev/full"));
-    QCOMPARE(xEndOf(recorder), QStringLiteral("full cannot be written: The disk is full."));
+    recorder.start(xFile());
+    QCOMPARE(xEndOf(recorder), QStringLiteral("values.csv cannot be written: The disk is full."));
     QCOMPARE(recorder.progress().fBytes, std::int64_t(0));
 }
 
@@ -211,14 +233,14 @@ void RecorderTest::saysWhyAFileCannotBeMade_data() {
     QTest::addColumn<QString>("reason");
     QTest::newRow("no folder") << "none/values.csv"
                                << "values.csv cannot be written: The folder does not exist.";
-    QTest::newRow("a folder") << "folder"
-                              << "folder cannot be written: It is a folder.";
+    QTest::newRow("a folder") << "folder.csv"
+                              << "folder.csv cannot be written: It is a folder.";
 }
 
 void RecorderTest::saysWhyAFileCannotBeMade() {
     QFETCH(QString, name);
     QFETCH(QString, reason);
-    QVERIFY(QDir(fFolder->path()).mkdir(QStringLiteral("folder")));
+    QVERIFY(QDir(fFolder->path()).mkdir(QStringLiteral("folder.csv")));
     ChangeRecorder recorder;
     QSignalSpy started(&recorder, &ChangeRecorder::started);
     recorder.start(fFolder->filePath(name));
@@ -253,6 +275,81 @@ void RecorderTest::leavesAValidFileWhenItIsKilled() {
     }
 }
 
+void RecorderTest::writesTheMessagesOfRobaxi() {
+    ChangeRecorder recorder;
+    recorder.setRobot({"robot1", "127.0.0.1", "127.0.0.1", 9559});
+    const QString file = fFolder->filePath(QStringLiteral("values.mcap"));
+    recorder.start(file);
+    recorder.record(changes(0, 3));
+    recorder.record({"key removed", "Head/Yaw", nullptr});
+    recorder.stop();
+    QCOMPARE(xEndOf(recorder), QString());
+    QCOMPARE(recorder.progress().fChanges, std::uint64_t(3));
+    QCOMPARE(recorder.progress().fBytes, QFileInfo(file).size());
+    QCOMPARE(recording::check(file.toStdString()).fFaultCount, std::uint64_t(0));
+
+    recording::Reader reader(file.toStdString());
+    QCOMPARE(reader.readMetadata(reader.metadata().at(0)).fEntries.at("port"), std::string("9559"));
+    const std::vector<std::string> expected{
+        R"(/robot1/events {"event":"begin","text":""})",
+        R"(/robot1/memory/Head/Yaw {"value":0})",
+        R"(/robot1/memory/Head/Yaw {"value":1})",
+        R"(/robot1/memory/Head/Yaw {"value":2})",
+        R"(/robot1/events {"event":"key removed","text":"Head/Yaw"})",
+        R"(/robot1/events {"event":"end","text":""})"};
+    QCOMPARE(messagesOf(reader), expected);
+    recording::Selection values;
+    values.fChannels = std::set<std::uint16_t>{};
+    for (const auto& [id, channel] : reader.channels()) {
+        if (channel.fTopic == "/robot1/memory/Head/Yaw") {
+            QCOMPARE(channel.fMetadata.at("unit"), std::string("rad"));
+            QCOMPARE(channel.fMetadata.at("description"), std::string("an angle"));
+            QCOMPARE(reader.schemas().at(channel.fSchemaId).fName, std::string("robaxi.Int"));
+            values.fChannels->insert(id);
+        }
+    }
+    recording::Messages messages = reader.messages(values);
+    messages.next();
+    const std::optional<recording::Message> second = messages.next();
+    QVERIFY(second);
+    QCOMPARE(second->fPublishTime, std::uint64_t(1'000'000));
+    QVERIFY(second->fLogTime > second->fPublishTime);
+}
+
+void RecorderTest::marksWhatTheDiskIsTooSlowForInMcapToo() {
+    // More at once than may wait.
+    ChangeRecorder recorder({100, 1 << 20}, nullptr);
+    recorder.setRobot({"robot1", "", "", 0});
+    const QString file = fFolder->filePath(QStringLiteral("values.mcap"));
+    recorder.start(file);
+    recorder.record(changes(0, 1000));
+    recorder.stop();
+    QCOMPARE(xEndOf(recorder), QString());
+    QCOMPARE(recorder.progress().fLost, std::uint64_t(900));
+    recording::Reader reader(file.toStdString());
+    const std::vector<std::string> messages = messagesOf(reader);
+    QCOMPARE(messages.size(), std::size_t(103));
+    const std::string& loss = messages[101];
+    QVERIFY2(loss.find(R"("event":"dropped")") != std::string::npos, loss.c_str());
+    QVERIFY2(loss.find(R"("messages":900,)") != std::string::npos, loss.c_str());
+}
+
+void RecorderTest::leavesAnMcapFileThatOpensWhenItMayNotGrow() {
+    const obvista_test::FileSizeLimit limit(100003);
+    ChangeRecorder recorder;
+    const QString file = fFolder->filePath(QStringLiteral("values.mcap"));
+    recorder.start(file);
+    // The recorder notices it with the change after the chunk that does not fit.
+    for (int i = 0; recorder.isRecording(); i += 100) {
+        recorder.record(changes(i, 100));
+        QCoreApplication::processEvents();
+    }
+    QVERIFY2(recorder.progress().fChanges > 0, "nothing was recorded");
+    QVERIFY(QFileInfo(file).size() <= 100003);
+    recording::Reader reader(file.toStdString());
+    QVERIFY(recorder.progress().fBytes <= 100003);
+}
+
 void RecorderTest::startsAndStopsByTheBar() {
     ChangeRecorder recorder;
     RecordingBar bar(&recorder);
@@ -261,7 +358,7 @@ void RecorderTest::startsAndStopsByTheBar() {
     auto* button = bar.findChild<QToolButton*>(QStringLiteral("recordingButton"));
     auto* text = bar.findChild<QLabel*>(QStringLiteral("recordingStatus"));
     QCOMPARE(text->text(), QStringLiteral("Not recording."));
-    QCOMPARE(button->accessibleName(), QStringLiteral("Record to a CSV file"));
+    QCOMPARE(button->accessibleName(), QStringLiteral("Record to a file"));
 
     QSignalSpy changed(&bar, &RecordingBar::recordingChanged);
     bar.start(xFile());
@@ -269,7 +366,7 @@ void RecorderTest::startsAndStopsByTheBar() {
     QCOMPARE(changed.first().first().toBool(), true);
     QCOMPARE(button->accessibleName(), QStringLiteral("Stop recording"));
     recorder.record(changes(0, 1234));
-    QTRY_VERIFY(text->text().contains(QStringLiteral("1,234 rows")));
+    QTRY_VERIFY(text->text().contains(QStringLiteral("1,234 values")));
     QVERIFY(text->text().startsWith(QStringLiteral("values.csv")));
 
     button->setFocus();
@@ -294,18 +391,29 @@ void RecorderTest::asksForAFileByKeyboard() {
     QVERIFY(QTest::qWaitForWindowActive(dialog));
     auto* name = dialog->findChild<QLineEdit*>();
     QVERIFY2(name->text().startsWith(QStringLiteral("_.__evil_robot-")), qPrintable(name->text()));
+    // Another format.
+    QVERIFY(name->text().endsWith(QStringLiteral(".mcap")));
+    auto* formats = dialog->findChild<QComboBox*>(QStringLiteral("fileTypeCombo"));
+    QCOMPARE(formats->count(), 2);
+    formats->setFocus();
+    QTest::keyClick(formats, Qt::Key_Down);
+    QVERIFY2(name->text().endsWith(QStringLiteral(".csv")), qPrintable(name->text()));
+    QTest::keyClick(formats, Qt::Key_Up);
+    QVERIFY2(name->text().endsWith(QStringLiteral(".mcap")), qPrintable(name->text()));
     dialog->setDirectory(fFolder->path());
+    name->setFocus();
     name->setText(QStringLiteral("typed"));
     QTest::keyClick(name, Qt::Key_Return);
     QTRY_VERIFY(recorder.isRecording());
-    QCOMPARE(recorder.fileName(), fFolder->filePath(QStringLiteral("typed.csv")));
+    QCOMPARE(recorder.fileName(), fFolder->filePath(QStringLiteral("typed.mcap")));
 }
 
 void RecorderTest::tellsInTheBarWhatWentWrong() {
     ChangeRecorder recorder;
     RecordingBar bar(&recorder);
     QSignalSpy changed(&bar, &RecordingBar::recordingChanged);
-    bar.start(QStringLiteral("/dev/full"));
+    QVERIFY(QFile::link(QStringLiteral("/dev/full"), xFile()));
+    bar.start(xFile());
     QTRY_COMPARE(changed.size(), 2);
     auto* text = bar.findChild<QLabel*>(QStringLiteral("recordingStatus"));
     QVERIFY2(text->text().contains(QStringLiteral("The disk is full.")), qPrintable(text->text()));
@@ -321,7 +429,7 @@ int main(int argc, char** argv) {
         for (int i = 0;; i += 100) {
             recorder.record(changes(i, 100));
             // No faster than it is written, so that nothing is lost.
-            while (recorder.progress().fRows + 1000 < std::uint64_t(i)) {
+            while (recorder.progress().fChanges + 1000 < std::uint64_t(i)) {
                 std::this_thread::yield();
             }
         }

@@ -32,7 +32,11 @@ std::string timeFields(std::int64_t time) {
 
 std::string row(const std::string& key, const std::string& unit, const KVValue& value) {
     std::string rows;
-    appendChangeRow(rows, {1500000, std::make_shared<RecordedKey>(RecordedKey{key, unit}), value});
+    appendChangeRow(
+        rows,
+        {1500000,
+         std::make_shared<KVKeyInfo>(KVKeyInfo{0, key, unit, "", KVValue::Type::Nothing, false}),
+         value});
     return rows;
 }
 

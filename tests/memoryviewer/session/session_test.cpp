@@ -52,6 +52,7 @@ class SessionTest : public QObject {
     void beginsPlotsOfKeysThatAreAlreadySubscribed();
     void recordsWatchedAndPlottedKeysOrAll_data();
     void recordsWatchedAndPlottedKeysOrAll();
+    void marksKeysThatAreLeftOut();
 
   private:
     void xConnect(MemoryRobot::Memory memory);
@@ -203,6 +204,31 @@ void SessionTest::recordsWatchedAndPlottedKeysOrAll() {
         names += row.split(',').at(2);
     }
     QCOMPARE(names.join(' '), expected);
+}
+
+void SessionTest::marksKeysThatAreLeftOut() {
+    const Ids both{xId("Left"), xId("Right")};
+    fSession->subscribe(needs(both, both), a_rate);
+    QTRY_VERIFY(xValue("Left") == KVValue(1) && xValue("Right") == KVValue(2));
+    QTemporaryDir folder;
+    QFile file(folder.filePath("values.csv"));
+    ChangeRecorder& recorder = fSession->recorder();
+    recorder.start(file.fileName());
+    fSession->subscribe(needs(both, both), a_rate);
+    fSession->subscribe(needs(both, {xId("Left")}), a_rate);
+    fSession->subscribe(needs(both, {xId("Left")}), a_rate);
+    recorder.stop();
+    QTRY_VERIFY(!recorder.isRecording());
+
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QByteArrayList gaps;
+    for (const QByteArray& row : file.readAll().trimmed().split('\n')) {
+        const QByteArrayList fields = row.trimmed().split(',');
+        if (fields.last() == "gap") {
+            gaps += fields.at(2);
+        }
+    }
+    QCOMPARE(gaps, QByteArrayList{"Right"});
 }
 
 OBVISTA_QTEST_MAIN(SessionTest)

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Compares the library's recordings with a reader and a writer that are not ours.
 
-    peer_test.py RECORDING_TOOL ROBAXI ROBAXI_ROBOT
+    peer_test.py RECORDING_TOOL ROBAXI ROBAXI_ROBOT [VIEWER_RECORDINGS]
 
 The peers are npm's packages @mcap/core, @mcap/nodejs and @mcap/support, at the versions of
 package-lock.json. scripts/peers installs them; the test does so, too, if they are missing, and is
@@ -22,6 +22,7 @@ HERE = pathlib.Path(__file__).resolve().parent
 TOOL = None
 ROBAXI = None
 ROBOT = None
+VIEWERS = None
 PEER = None
 
 
@@ -242,6 +243,48 @@ class RecordedRobots(unittest.TestCase):
             self.assertEqual(len(data), content["step"] * content["height"])
 
 
+class ViewersRecordings(unittest.TestCase):
+    """Recordings of the viewers, as the peer shows them."""
+
+    def setUp(self):
+        if VIEWERS is None:
+            self.skipTest("the camera viewer is not built")
+        self.folder = tempfile.TemporaryDirectory()
+        self.addCleanup(self.folder.cleanup)
+        self.memory = pathlib.Path(self.folder.name) / "memory.mcap"
+        self.camera = pathlib.Path(self.folder.name) / "camera.mcap"
+        subprocess.run([VIEWERS, self.memory, self.camera], check=True)
+
+    def check_file(self, path, count):
+        for content in (run(["node", PEER, "read", path])["indexed"], run([TOOL, "read", path])["indexed"]):
+            self.assertEqual(len(content["messages"]), count)
+        content = run(["node", PEER, "read", path])["indexed"]
+        self.assertEqual(content["statistics"]["messageCount"], str(count))
+        self.assertEqual(content["dataSectionCrc"]["claimed"], content["dataSectionCrc"]["actual"])
+        self.assertEqual(run([TOOL, "read", path])["faults"], [])
+        self.assertEqual([each["name"] for each in content["metadata"]], ["robot"])
+        return run(["node", PEER, "decode", path])["messages"]
+
+    def test_values(self):
+        messages = self.check_file(self.memory, 503)
+        values = [each for each in messages if each["topic"] == "/robot1/memory/Head/Yaw"]
+        self.assertEqual([each["content"] for each in values], [{"value": i / 4} for i in range(500)])
+        self.assertEqual([int(each["publishTime"]) for each in values],
+                         [(1_600_000_000_000_000 + i) * 1000 for i in range(500)])
+        self.assertEqual({each["type"] for each in values}, {"number"})
+        events = [each["content"] for each in messages if each["topic"] == "/robot1/events"]
+        self.assertEqual([each["event"] for each in events], ["begin", "lost", "end"])
+        self.assertEqual(events[1]["text"], 'a "reason"\n')
+
+    def test_frames(self):
+        messages = self.check_file(self.camera, 6)
+        frames = [each["content"] for each in messages if each["schema"] == "foxglove.RawImage"]
+        self.assertEqual([(each["width"], each["height"], each["step"], each["frame_id"], each["data"])
+                          for each in frames], [(4, 2, 12, "head", "01" * 24)] * 3)
+        events = [each["content"]["event"] for each in messages if each["topic"] == "/robot1/events"]
+        self.assertEqual(events, ["begin", "camera ended", "end"])
+
+
 def install():
     """Returns the folder of the peer, with its packages."""
     installer = HERE.parents[2] / "scripts" / "peers"
@@ -256,6 +299,8 @@ if __name__ == "__main__":
     if not shutil.which("node") or not shutil.which("npm"):
         print("Node and npm are missing: scripts/setup test installs them")
         sys.exit(77)
+    if len(sys.argv) > 4:
+        VIEWERS = sys.argv.pop()
     ROBOT = sys.argv.pop()
     ROBAXI = sys.argv.pop()
     TOOL = sys.argv.pop()

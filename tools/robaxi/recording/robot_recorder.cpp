@@ -20,7 +20,6 @@ constexpr const char* a_videoModule = "KVVideo";
 /** From the end of a connection, of values or of a stream to the next attempt. */
 constexpr std::chrono::seconds a_attemptDistance(1);
 constexpr int a_attemptTimeout = 1;  ///< seconds
-constexpr std::chrono::seconds a_iconTimeout(2);
 
 bool isDue(const std::optional<Clock::time_point>& time) {
     return time && Clock::now() >= *time;
@@ -154,8 +153,8 @@ void RobotRecorder::xDescribe() {
     const Endpoint& endpoint = fLink->endpoint();
     fSink->addMetadata(
         robot_recording::robotMetadata({fName, fHost, endpoint.reachableHost(), endpoint.fPort}));
-    fIcon = std::make_unique<download::RobotIconDownload>(endpoint.reachableHost(), a_iconTimeout,
-                                                          [this] { fBell.ring(); });
+    fIcon = std::make_unique<download::RobotIconDownload>(
+        endpoint.reachableHost(), robot_recording::a_iconTimeout, [this] { fBell.ring(); });
 }
 
 void RobotRecorder::xSubscribe() {

@@ -1,6 +1,7 @@
 #ifndef ROBOT_RECORDING_ROBOT_ORIGIN_H
 #define ROBOT_RECORDING_ROBOT_ORIGIN_H
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <recording/records.h>
@@ -10,6 +11,8 @@ namespace robot_recording {
 
 /** Most bytes of a description in a recording; a longer one is cut off. */
 constexpr std::size_t a_longestText = 1000;
+/** Time-out of the download of a robot's icon, for which nothing waits. */
+constexpr std::chrono::seconds a_iconTimeout(10);
 
 /** The robot that messages come from. */
 struct RobotOrigin {
@@ -19,8 +22,8 @@ struct RobotOrigin {
     int fPort = 0;
 };
 
-/** Returns the beginning of a robot's topics: "/robot1". A name has no levels, so '/' becomes '_'.
- */
+/** Returns the beginning of a robot's topics: "/robot1", or "/robot" without a name. A name has no
+ *  levels, so '/' becomes '_'. */
 std::string topicPrefix(std::string robot);
 
 /** Returns the record that describes a robot. */

@@ -14,8 +14,8 @@ namespace obvista {
 /** Texts of the question into which file something is saved. */
 struct FileQuestion {
     QString fTitle;         ///< the name of the viewer's robot is added to it
-    QString fFilter;        ///< for instance "Pictures (*.png)"
-    QString fSuffix;        ///< appended to a name without one
+    QString fFilter;        ///< for instance "Pictures (*.png)"; several are separated by ";;"
+    QString fSuffix;        ///< of the first filter; appended to a name without one
     QString fProposedName;  ///< time and suffix are appended to it; may come from the robot
 };
 

@@ -1,4 +1,4 @@
-#include "recording_files.h"
+#include "matroska_files.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -16,21 +16,22 @@ namespace {
 constexpr std::chrono::seconds a_spaceCheckInterval{1};
 
 QString translated(const char* text) {
-    return QCoreApplication::translate("cameraviewer::RecordingFiles", text);
+    return QCoreApplication::translate("cameraviewer::MatroskaFiles", text);
 }
 
 }  // namespace
 
-bool RecordingFiles::Kind::operator==(const Kind& other) const {
+bool MatroskaFiles::Kind::operator==(const Kind& other) const {
     return fFormat == other.fFormat && fWidth == other.fWidth && fHeight == other.fHeight;
 }
 
-RecordingFiles::RecordingFiles(const QString& file, const PictureOrigin& origin,
-                               std::int64_t freeSpace)
+MatroskaFiles::MatroskaFiles(const QString& file, const PictureOrigin& origin,
+                             std::int64_t freeSpace)
     : fFirstFile(file), fOrigin(origin), fFreeSpace(freeSpace), fFile(file) {
 }
 
-bool RecordingFiles::write(const CheckedFrame& checked, std::int64_t arrival) {
+bool MatroskaFiles::write(const ArrivedFrame& arrived) {
+    const CheckedFrame& checked = arrived.fFrame;
     const KVFrame& frame = checked.frame();
     const JpegFile jpeg = xEncode(checked);
     if (!jpeg.fData) {
@@ -39,13 +40,13 @@ bool RecordingFiles::write(const CheckedFrame& checked, std::int64_t arrival) {
     xCheckFreeSpace();
     const Kind kind{frame.fFormat, frame.fWidth, frame.fHeight};
     if (fWriter && !(kind == fKind)) {
-        finish();
+        xFinishFile();
         fFile = xNextFile();
     }
     if (!fFailure.isEmpty()) {
         return true;
     }
-    fTime = fClock.next(frame.fTime, arrival);
+    fTime = fClock.next(frame.fTime, arrived.fArrival);
     if (!fWriter) {
         xBegin(kind, frame);
     }
@@ -54,7 +55,7 @@ bool RecordingFiles::write(const CheckedFrame& checked, std::int64_t arrival) {
     return true;
 }
 
-JpegFile RecordingFiles::xEncode(const CheckedFrame& checked) {
+JpegFile MatroskaFiles::xEncode(const CheckedFrame& checked) {
     if (checked.fault() != picture::FrameFault::None) {
         return {};
     }
@@ -69,7 +70,7 @@ JpegFile RecordingFiles::xEncode(const CheckedFrame& checked) {
 }
 
 /** Ends the recording while there is enough space to complete its file. */
-void RecordingFiles::xCheckFreeSpace() {
+void MatroskaFiles::xCheckFreeSpace() {
     const auto now = std::chrono::steady_clock::now();
     if (now < fNextSpaceCheck) {
         return;
@@ -83,7 +84,7 @@ void RecordingFiles::xCheckFreeSpace() {
     }
 }
 
-void RecordingFiles::xBegin(const Kind& kind, const KVFrame& frame) {
+void MatroskaFiles::xBegin(const Kind& kind, const KVFrame& frame) {
     ++fFileCount;
     fKind = kind;
     fBegin = fTime;
@@ -98,7 +99,7 @@ void RecordingFiles::xBegin(const Kind& kind, const KVFrame& frame) {
     fWriter = std::make_unique<MatroskaWriter>(settings);
 }
 
-QString RecordingFiles::xNextFile() const {
+QString MatroskaFiles::xNextFile() const {
     const QFileInfo first(fFirstFile);
     const QString suffix = first.suffix().isEmpty() ? QString() : QLatin1Char('.') + first.suffix();
     const QString stem = first.path() + QLatin1Char('/') + first.completeBaseName();
@@ -111,7 +112,7 @@ QString RecordingFiles::xNextFile() const {
     return file;
 }
 
-void RecordingFiles::finish() {
+void MatroskaFiles::xFinishFile() {
     if (!fWriter) {
         return;
     }
@@ -123,7 +124,7 @@ void RecordingFiles::finish() {
     fWriter.reset();
 }
 
-std::int64_t RecordingFiles::bytes() const {
+std::int64_t MatroskaFiles::bytes() const {
     return fWriter ? fBytesBefore + QFileInfo(fFile).size() : fBytesBefore;
 }
 

@@ -1,9 +1,9 @@
-#ifndef OBVISTA_CAMERAVIEWER_RECORDING_FILES_H
-#define OBVISTA_CAMERAVIEWER_RECORDING_FILES_H
+#ifndef OBVISTA_CAMERAVIEWER_MATROSKA_FILES_H
+#define OBVISTA_CAMERAVIEWER_MATROSKA_FILES_H
 
+#include "frame_files.h"
 #include "matroska_writer.h"
 #include "picture_decoder.h"
-#include "picture_origin.h"
 #include "recording_clock.h"
 
 #include <robaxi/kv_frame.h>
@@ -17,37 +17,25 @@
 namespace cameraviewer {
 
 /**
- * The files of one recording: encodes frames, and starts a new file for another size or format. For
- * one thread at a time, which it blocks like MatroskaWriter.
+ * Matroska files of one recording: encodes frames, and starts a new file for another size or
+ * format. Blocks its thread like MatroskaWriter.
  */
-class RecordingFiles {
+class MatroskaFiles : public FrameFiles {
   public:
     /**
      * @param file name of the first file
      * @param freeSpace bytes to leave free on the disk
      */
-    RecordingFiles(const QString& file, const PictureOrigin& origin, std::int64_t freeSpace);
+    MatroskaFiles(const QString& file, const PictureOrigin& origin, std::int64_t freeSpace);
 
-    /**
-     * @param arrival microseconds, see RecordingClock
-     * @return false if the frame has a fault, and is left out
-     * @throws std::bad_alloc
-     */
-    bool write(const picture::CheckedFrame& frame, std::int64_t arrival);
-
-    /** Completes the file. */
-    void finish();
-
-    /** Returns a sentence for the user; empty if there was no error. */
-    const QString& failure() const { return fFailure; }
-
-    /** Returns the current file, or the last one. */
-    const QString& file() const { return fFile; }
-    int fileCount() const { return fFileCount; }
-    /** Returns the bytes of all files. */
-    std::int64_t bytes() const;
-    /** Microseconds from the first frame to the last. */
-    std::int64_t duration() const { return fTime; }
+    bool write(const ArrivedFrame& arrived) override;
+    void write(const StreamEnd& /*end*/) override {}
+    void finish(std::uint64_t /*dropped*/) override { xFinishFile(); }
+    QString failure() const override { return fFailure; }
+    QString file() const override { return fFile; }
+    int fileCount() const override { return fFileCount; }
+    std::int64_t bytes() const override;
+    std::int64_t duration() const override { return fTime; }
 
   private:
     /** Properties shared by all frames of a file. */
@@ -64,6 +52,7 @@ class RecordingFiles {
     void xCheckFreeSpace();
     void xBegin(const Kind& kind, const KVFrame& frame);
     QString xNextFile() const;
+    void xFinishFile();
 
     const QString fFirstFile;
     const PictureOrigin fOrigin;

@@ -1,0 +1,65 @@
+#ifndef OBVISTA_MEMORYVIEWER_CHANGE_FILE_H
+#define OBVISTA_MEMORYVIEWER_CHANGE_FILE_H
+
+#include "recording/change_row.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+#include <robot_recording/robot_origin.h>
+
+namespace memoryviewer {
+
+/** Something else than a change that a recording reports, for instance the end of a key. */
+struct RecordedEvent {
+    std::string fName;  ///< as in the recordings of robaxi: "key removed", "lost"
+    std::string fText;  ///< for people
+    /** The key whose values are unknown from now on; null if the event is about the robot. */
+    std::shared_ptr<const KVKeyInfo> fKey;
+};
+
+/**
+ * A file that changes of keys are written to. It can be read at any time, whatever fails.
+ *
+ * Used on the thread of a recorder; the operations may wait for the disk.
+ */
+class ChangeFile {
+  public:
+    ChangeFile() = default;
+    virtual ~ChangeFile() = default;
+    ChangeFile(const ChangeFile&) = delete;
+    ChangeFile& operator=(const ChangeFile&) = delete;
+
+    /** Creates the file, or truncates an existing one. @return success; see error() */
+    virtual bool open(const QString& fileName) = 0;
+
+    /** @name Appending. Return success; after a failure nothing more is written. */
+    ///@{
+    virtual bool append(const RecordedChange& change) = 0;
+    virtual bool append(const RecordedEvent& event) = 0;
+    /** Reports the number of changes that are missing at this place. */
+    virtual bool appendLoss(std::uint64_t lost) = 0;
+    /** Writes what was appended, now or within a second. */
+    virtual bool write() = 0;
+    ///@}
+
+    /** Called every few seconds. */
+    virtual void sync() = 0;
+    /** Completes the file. The result is in error(). */
+    virtual void close() = 0;
+
+    virtual std::int64_t size() const = 0;
+    /** Returns the number of changes in the file. */
+    virtual std::uint64_t changes() const = 0;
+    /** Returns a sentence for the user about the first error; empty if there was none. */
+    virtual QString error() const = 0;
+};
+
+/** Creates a CSV file for the suffix "csv", and an MCAP file for any other. */
+std::unique_ptr<ChangeFile> makeChangeFile(const QString& fileName,
+                                           const robot_recording::RobotOrigin& robot);
+
+}  // namespace memoryviewer
+
+#endif

@@ -1,0 +1,56 @@
+#include "recording/csv_change_file.h"
+
+#include <utility>
+
+namespace memoryviewer {
+
+namespace {
+
+/** Large enough for few system calls, small enough to lose little when the program is killed. */
+constexpr std::size_t a_bytesPerWrite = 65536;
+
+}  // namespace
+
+bool CsvChangeFile::open(const QString& fileName) {
+    if (!fFile.open(fileName) || !fFile.append(a_csvHeader)) {
+        return false;
+    }
+    fOtherRows = 1;
+    return true;
+}
+
+bool CsvChangeFile::append(const RecordedChange& change) {
+    appendChangeRow(fRows, change);
+    fTime = change.fTime;
+    return xWriteIfLong();
+}
+
+bool CsvChangeFile::append(const RecordedEvent& event) {
+    if (event.fKey) {
+        appendGapRow(fRows, fTime, {event.fKey->fName, event.fKey->fUnit});
+        ++fWaitingOtherRows;
+    }
+    return xWriteIfLong();
+}
+
+bool CsvChangeFile::appendLoss(std::uint64_t lost) {
+    appendLossRow(fRows, fTime, lost);
+    ++fWaitingOtherRows;
+    return xWriteIfLong();
+}
+
+bool CsvChangeFile::xWriteIfLong() {
+    return fRows.size() < a_bytesPerWrite || write();
+}
+
+bool CsvChangeFile::write() {
+    const bool isWritten = fRows.empty() || fFile.append(fRows);
+    fRows.clear();
+    const std::uint64_t others = std::exchange(fWaitingOtherRows, 0);
+    if (isWritten) {
+        fOtherRows += others;
+    }
+    return isWritten;
+}
+
+}  // namespace memoryviewer

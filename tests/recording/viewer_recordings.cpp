@@ -1,0 +1,55 @@
+// Writes recordings as the viewers do, for a reader that is not ours:
+//
+//   viewer_recordings MEMORY.mcap CAMERA.mcap
+#include "recording/change_recorder.h"
+
+#include <QByteArray>
+#include <QCoreApplication>
+
+#include <memory>
+#include <plain_frames.h>
+#include <recorder.h>
+
+namespace {
+
+constexpr std::int64_t a_time = 1'600'000'000'000'000;
+constexpr int a_count = 500;
+
+void recordValues(const QString& file) {
+    using memoryviewer::RecordedChange;
+    memoryviewer::ChangeRecorder recorder;
+    recorder.setRobot({"robot1", "127.0.0.1", "127.0.0.1", 9559});
+    recorder.start(file);
+    KVKeyInfo info;
+    info.fName = "Head/Yaw";
+    info.fUnit = "rad";
+    const auto key = std::make_shared<KVKeyInfo>(info);
+    for (int i = 0; i < a_count; ++i) {
+        recorder.record({RecordedChange{a_time + i, key, KVValue(i / 4.0), 0}});
+    }
+    recorder.record(memoryviewer::RecordedEvent{"lost", "a \"reason\"\n", nullptr});
+}
+
+void recordFrames(const QString& file) {
+    cameraviewer::Recorder recorder;
+    cameraviewer::PictureOrigin origin{QStringLiteral("robot1"), QStringLiteral("head")};
+    recorder.start(file, origin);
+    for (std::uint64_t i = 1; i <= 3; ++i) {
+        KVFrame frame = obvista_test::makeFrame(KVPixelFormat::Rgb888, 4, 2, 12,
+                                                obvista_test::Bytes(std::size_t{4} * 2 * 3, 1));
+        frame.fNumber = i;
+        frame.fTime = a_time + static_cast<std::int64_t>(i);
+        recorder.offer(picture::check(frame));
+    }
+    recorder.offer(cameraviewer::StreamEnd{false, "removed"});
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const QCoreApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    recordValues(arguments.at(1));
+    recordFrames(arguments.at(2));
+    return 0;
+}
