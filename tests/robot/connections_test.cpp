@@ -1,5 +1,6 @@
 // Silent connections, more of them than the robot has descriptors for.
 #include "certificates.h"
+#include "child_process.h"
 #include "robot_process.h"
 #include "tcp_client.h"
 
@@ -11,12 +12,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <memory>
+#include <string>
 #include <sys/resource.h>
 #include <unistd.h>
 #include <vector>
 
 using obvista_test::Certificate;
+using obvista_test::ChildProcess;
 using obvista_test::RobotProcess;
 using testing::HasSubstr;
 
@@ -27,14 +31,35 @@ constexpr rlim_t a_fewDescriptors = 64;
 constexpr int a_connections = 100;
 const std::string a_exhaustion = "file descriptors of this program (ulimit -n)";
 
+const std::string a_beginningOfHandshake = "\x16\x03\x01";
+
+/**
+ * Five times the two seconds after which it serves again, and the five after which connections are
+ * closed, since the machine may be busy. A robot that is deaf, or keeps them, does so for good.
+ */
+constexpr std::chrono::seconds a_serviceAgain(10);
+constexpr std::chrono::seconds a_closing(25);
+
+using Clock = std::chrono::steady_clock;
 using Clients = std::vector<std::unique_ptr<TcpClient>>;
+
+void allowFewDescriptors(RobotProcess& robot) {
+    const rlimit limit{a_fewDescriptors, a_fewDescriptors};
+    EXPECT_EQ(::prlimit(robot.process().pid(), RLIMIT_NOFILE, &limit, nullptr), 0);
+}
+
+Clients connectIdle(int port, const std::string& first = {}) {
+    Clients clients;
+    for (int n = 0; n < a_connections; ++n) {
+        clients.push_back(std::make_unique<TcpClient>(port));
+        clients.back()->send(first);
+    }
+    return clients;
+}
 
 class ConnectionsTest : public testing::Test {
   protected:
-    ConnectionsTest() {
-        const rlimit limit{a_fewDescriptors, a_fewDescriptors};
-        EXPECT_EQ(::prlimit(fRobot.process().pid(), RLIMIT_NOFILE, &limit, nullptr), 0);
-    }
+    ConnectionsTest() { allowFewDescriptors(fRobot); }
 
     static int readValue(int port) {
         const auto broker = KVBroker::createBroker("test", "", 0, "", 0, 0, "", false);
@@ -42,18 +67,16 @@ class ConnectionsTest : public testing::Test {
         return memory.call<int>("getData", "Robot/Joints");
     }
 
-    static Clients connectIdle(int port, const std::string& first = {}) {
-        Clients clients;
-        for (int n = 0; n < a_connections; ++n) {
-            clients.push_back(std::make_unique<TcpClient>(port));
-            clients.back()->send(first);
-        }
-        return clients;
-    }
-
     void expectService() {
         EXPECT_EQ(readValue(fRobot.port()), 25);
         EXPECT_EQ(httpGet(fRobot.httpPort(), "/page.css").fStatus, 200);
+    }
+
+    /** Call right after the connections have ended. */
+    void expectServiceAgain() {
+        const auto end = Clock::now();
+        expectService();
+        EXPECT_LT(Clock::now() - end, a_serviceAgain);
     }
 
     RobotProcess fRobot{{{}, true}};
@@ -64,7 +87,7 @@ TEST_F(ConnectionsTest, beyondItsDescriptorsDoNotMakeItDeaf) {
     EXPECT_TRUE(fRobot.process().waitForErrors(a_exhaustion));
     expectService();
     idle.clear();
-    expectService();
+    expectServiceAgain();
 }
 
 TEST_F(ConnectionsTest, thatBeginToSpeakDoNotMakeItDeaf) {
@@ -72,7 +95,7 @@ TEST_F(ConnectionsTest, thatBeginToSpeakDoNotMakeItDeaf) {
     EXPECT_TRUE(fRobot.process().waitForErrors(a_exhaustion));
     expectService();
     idle.clear();
-    expectService();
+    expectServiceAgain();
 }
 
 TEST_F(ConnectionsTest, ofItsWebServerDoNotMakeItDeaf) {
@@ -80,7 +103,7 @@ TEST_F(ConnectionsTest, ofItsWebServerDoNotMakeItDeaf) {
     EXPECT_TRUE(fRobot.process().waitForErrors("HTTP: nearly all of the 64 " + a_exhaustion));
     expectService();
     idle.clear();
-    expectService();
+    expectServiceAgain();
 }
 
 TEST_F(ConnectionsTest, leaveDescriptorsToThoseWhoAreServed) {
@@ -99,36 +122,69 @@ TEST_F(ConnectionsTest, leaveDescriptorsToThoseWhoAreServed) {
     EXPECT_FALSE(served->getModules(a_timeOut).empty());
 }
 
+// On the web server: that send no whole request.
 TEST_F(ConnectionsTest, thatNeverSayHelloAreClosed) {
+    const auto broker = KVBroker::createBroker("test", "", 0, "", 0, 0, "", false);
+    const auto served =
+        KVConnection::open(broker, RobotProcess::address(), fRobot.port(), a_timeOut);
     TcpClient silent(fRobot.port());
     TcpClient half(fRobot.port());
     half.send("PRI * HTTP/2.0\r\n");
     TcpClient whole(fRobot.port());
     const std::string noSettings("\0\0\0\4\0\0\0\0\0", 9);
     whole.send("PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n" + noSettings);
-    EXPECT_EQ(silent.read(), "");
-    EXPECT_TRUE(half.read().has_value());
-    EXPECT_TRUE(whole.read().has_value());
+    TcpClient silentOnTheWeb(fRobot.httpPort());
+    TcpClient halfOnTheWeb(fRobot.httpPort());
+    halfOnTheWeb.send("GET / HT");
+    EXPECT_EQ(silent.read(std::string::npos, a_closing), "");
+    EXPECT_TRUE(half.read(std::string::npos, a_closing).has_value());
+    EXPECT_TRUE(whole.read(std::string::npos, a_closing).has_value());
+    EXPECT_TRUE(silentOnTheWeb.read(std::string::npos, a_closing).has_value());
+    EXPECT_TRUE(halfOnTheWeb.read(std::string::npos, a_closing).has_value());
+    EXPECT_FALSE(served->getModules(a_timeOut).empty()) << "its client has said hello";
+    EXPECT_EQ(fRobot.process().errors(), "") << "there was room for all of them";
 }
 
-TEST(ConnectionsWithTls, beyondItsDescriptorsDoNotMakeItDeaf) {
-    obvista_test::Folder folder;
-    const Certificate certificate = makeCertificate(folder, "robot", "IP:127.0.0.1");
-    RobotProcess robot({{"--tls-certificate", certificate.fFile, "--tls-key", certificate.fKey}});
-    const rlimit limit{a_fewDescriptors, a_fewDescriptors};
-    ASSERT_EQ(::prlimit(robot.process().pid(), RLIMIT_NOFILE, &limit, nullptr), 0);
-    Clients idle;
-    for (int n = 0; n < a_connections; ++n) {
-        idle.push_back(std::make_unique<TcpClient>(robot.port()));
-        idle.back()->send("\x16\x03\x01");  // the beginning of a handshake
+class TlsConnectionsTest : public testing::Test {
+  protected:
+    int readValue() const {
+        KVSettings trusting;
+        trusting.fAccess.fUsesTls = true;
+        trusting.fAccess.fTrust = fCertificate.fFile;
+        const auto broker = KVBroker::createBroker("test", "", 0, "", 0, 0, "", false, trusting);
+        KVProxy memory("KVMemory", RobotProcess::address(), fRobot.port(), broker, a_timeOut, 0);
+        return memory.call<int>("getData", "Robot/Joints");
     }
-    EXPECT_TRUE(robot.process().waitForErrors(a_exhaustion));
-    KVSettings trusting;
-    trusting.fAccess.fUsesTls = true;
-    trusting.fAccess.fTrust = certificate.fFile;
-    const auto broker = KVBroker::createBroker("test", "", 0, "", 0, 0, "", false, trusting);
-    KVProxy memory("KVMemory", RobotProcess::address(), robot.port(), broker, a_timeOut, 0);
-    EXPECT_EQ(memory.call<int>("getData", "Robot/Joints"), 25);
+
+    obvista_test::Folder fFolder;
+    const Certificate fCertificate = makeCertificate(fFolder, "robot", "IP:127.0.0.1");
+    RobotProcess fRobot{
+        {{"--tls-certificate", fCertificate.fFile, "--tls-key", fCertificate.fKey}}};
+};
+
+TEST_F(TlsConnectionsTest, beyondItsDescriptorsDoNotMakeItDeaf) {
+    allowFewDescriptors(fRobot);
+    Clients idle = connectIdle(fRobot.port(), a_beginningOfHandshake);
+    EXPECT_TRUE(fRobot.process().waitForErrors(a_exhaustion));
+    EXPECT_EQ(readValue(), 25);
+    const auto end = Clock::now();
+    idle.clear();
+    EXPECT_EQ(readValue(), 25);
+    EXPECT_LT(Clock::now() - end, a_serviceAgain);
+}
+
+TEST_F(TlsConnectionsTest, thatNeverSayHelloAreClosed) {
+    TcpClient silent(fRobot.port());
+    TcpClient half(fRobot.port());
+    half.send(a_beginningOfHandshake);
+    // Completes the handshake and stays until the robot closes the connection.
+    ChildProcess whole({"openssl", "s_client", "-brief", "-ign_eof", "-alpn", "h2", "-connect",
+                        RobotProcess::address() + (":" + std::to_string(fRobot.port()))});
+    EXPECT_TRUE(whole.waitForErrors("CONNECTION ESTABLISHED")) << whole.errors();
+    EXPECT_EQ(silent.read(std::string::npos, a_closing), "");
+    EXPECT_TRUE(half.read(std::string::npos, a_closing).has_value());
+    EXPECT_TRUE(whole.waitForEnd(a_closing).has_value());
+    EXPECT_EQ(readValue(), 25);
 }
 
 }  // namespace
