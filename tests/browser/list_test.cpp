@@ -314,7 +314,7 @@ class ListTest : public QObject {
         QCOMPARE(timer->interval(), 1000);
         QVERIFY(timer->isActive());
         announced.robot("a.local", 9559, "10.0.0.1");
-        QTRY_COMPARE_WITH_TIMEOUT(names(*dialog), QStringList{"a.local"}, 3000);
+        QTRY_COMPARE_WITH_TIMEOUT(names(*dialog), QStringList{"a.local"}, 15000);
     }
 
     void middlewareThatStartsReplacesTheRow() {

@@ -144,7 +144,8 @@ void WindowTest::countsWhatIsTrue() {
 
 void WindowTest::saysWhenTheRobotFallsSilentAndGoesOn() {
     fRobot->suspend();
-    QTRY_VERIFY_WITH_TIMEOUT(noticeOf(fViewer).contains(QLatin1String("stopped sending")), 2000);
+    QTRY_VERIFY_WITH_TIMEOUT(noticeOf(fViewer).contains(QLatin1String("stopped sending")),
+                             a_patience);
     fRobot->resume();
     if (noticeOf(fViewer).contains(QLatin1String("stopped sending"))) {
         QTRY_COMPARE(noticeOf(fViewer), QString());
@@ -157,7 +158,7 @@ void WindowTest::saysWhenTheRobotFallsSilentAndGoesOn() {
 void WindowTest::reportsARobotThatIsKilled() {
     QSignalSpy lost(fViewer, SIGNAL(disconnected(WidgetInterface*)));
     fRobot->kill();
-    QTRY_COMPARE_WITH_TIMEOUT(lost.size(), 1, 3000);
+    QTRY_COMPARE_WITH_TIMEOUT(lost.size(), 1, a_patience);
     QCOMPARE(noticeOf(fViewer), QStringLiteral("The robot is lost. This is the last picture."));
     QVERIFY(!boxOf(fViewer, "cameraBox")->isEnabled());
 }

@@ -468,10 +468,8 @@ void DiscoveryThreadTest::doesNotWaitForALookUpWithoutAnAnswer() {
         const ProfilePointer profile = makeProfile("localhost");
         announce(profile);
         QTRY_VERIFY(resolver::areHeld(1));
-        QElapsedTimer timer;
-        timer.start();
+        // If it waited for the lookup, it would wait for good.
         listener.reset();
-        QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
         QVERIFY(resolver::areHeld(1));
         QCOMPARE(addressOf(profile), std::string());
     }

@@ -147,7 +147,7 @@ class Visit : private KVSubscription::Listener {
                 << "the subscription does not end";
         }
         for (auto& caller : fCallers) {
-            ASSERT_EQ(caller.wait_for(std::chrono::seconds(1)), std::future_status::ready)
+            ASSERT_EQ(caller.wait_for(a_patience), std::future_status::ready)
                 << "a call does not end";
             EXPECT_EQ(caller.get(), KVError::Cause::ConnectionLost);
         }
@@ -260,7 +260,8 @@ class Faults : public testing::Test {
                         error.cause() == KVError::Cause::NoRoute)
                 << error.toString();
         }
-        EXPECT_LT(Clock::now() - start, std::chrono::seconds(a_timeOut + 1));
+        // The system itself would try for two minutes.
+        EXPECT_LT(Clock::now() - start, std::chrono::seconds(5 * a_timeOut));
     }
 
     static bool canConnect(const std::string& address) {
@@ -362,10 +363,10 @@ class Visitor {
 TEST_F(Faults, ARobotIsKilledAndStartsAgainOnTheSamePort) {
     std::unique_ptr<ChildProcess> restarted;
     const auto restart = [&restarted] {
-        restarted = std::make_unique<ChildProcess>(lab::controlCommand(
-            {"exec", a_host, "--", RobotProcess::program(), "--address", "0.0.0.0", "--port",
-             std::to_string(a_port), "--http-port", "0", "--no-announce", "--keys", "2000",
-             "--changing", "2000"}));
+        restarted = std::make_unique<ChildProcess>(
+            lab::controlCommand({"exec", a_host, "--", RobotProcess::program(), "--address",
+                                 "0.0.0.0", "--port", std::to_string(a_port), "--http-port", "0",
+                                 "--no-announce", "--keys", "2000", "--changing", "2000"}));
         ASSERT_TRUE(restarted->waitForOutput("listens on")) << restarted->errors();
     };
     expectNothingLeftOf([] { signalRobot("KILL"); }, restart, std::chrono::seconds(1));

@@ -1,7 +1,7 @@
 #include "child_process.h"
 #include "latch.h"
 #include "recording_listener.h"
-#include "support/project_files.h"
+#include "server_process.h"
 #include "test_broker.h"
 
 #include <robaxi/kv_connection.h>
@@ -29,7 +29,7 @@ using Clock = std::chrono::steady_clock;
  * Seconds: 1.5 until a silent robot is given up, plus the delay of a busy machine. Much less than
  * the time-outs of the calls.
  */
-constexpr double a_soon = 6;
+constexpr double a_soon = 7.5;
 
 /** A robot in a separate process, and a connection to it. */
 class Loss : public testing::Test {
@@ -39,14 +39,7 @@ class Loss : public testing::Test {
         fConnection = KVConnection::open(fClient, a_loopback, fPort, 5);
     }
 
-    void startRobot() {
-        fRobot = std::make_unique<ChildProcess>(std::vector<std::string>{
-            obvista_test::builtFile("tests/robaxi_test_server"), std::to_string(fPort)});
-        if (!fRobot->waitForOutput("ready\n")) {
-            throw std::runtime_error("the robot did not start: " + fRobot->output() +
-                                     fRobot->errors());
-        }
-    }
+    void startRobot() { fRobot = startServerProcess(fPort); }
 
     /** Sends the robot a signal and returns the seconds until the loss is reported. */
     double secondsUntilLost(int signal) {

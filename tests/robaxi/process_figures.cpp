@@ -63,10 +63,10 @@ std::size_t countThreads() {
     return countEntries("/proc/self/task");
 }
 
-std::size_t residentBytes() {
+std::size_t residentBytes(pid_t process) {
     std::size_t pages = 0;
     std::size_t residentPages = 0;
-    std::ifstream("/proc/self/statm") >> pages >> residentPages;
+    std::ifstream("/proc/" + std::to_string(process) + "/statm") >> pages >> residentPages;
     return residentPages * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
 }
 

@@ -2,6 +2,7 @@
 #define OBVISTA_TESTS_ROBAXI_PROCESS_FIGURES_H
 
 #include <cstddef>
+#include <sys/types.h>
 
 namespace robaxi_test {
 
@@ -12,8 +13,10 @@ namespace robaxi_test {
 std::size_t countListeningSockets();
 std::size_t countDescriptors();
 std::size_t countThreads();
-std::size_t residentBytes();
 ///@}
+
+/** Returns the resident memory of a process. */
+std::size_t residentBytes(pid_t process);
 
 }  // namespace robaxi_test
 

@@ -1,14 +1,36 @@
-// A robot for tests that kill or stop it: hosts "Echo" and, in "Memory", a running counter.
+// A robot for tests that kill or stop it, or measure its memory: hosts "Echo", in "Memory" a
+// running counter, and "Talker", whose results have 100 KiB.
 #include "test_broker.h"
 
 #include <robaxi/kv_value_table.h>
 
 #include <boost/make_shared.hpp>
 
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
+#include <string>
 #include <thread>
+
+namespace {
+
+boost::shared_ptr<KVModule> makeTalker() {
+    constexpr std::size_t bytes = 100 * 1024;
+    constexpr std::size_t texts = 1000;
+    const auto runs = std::make_shared<std::atomic<int>>(0);
+    const KVValue::List list(texts, std::string(bytes / texts, 'x'));
+    auto talker = boost::make_shared<KVModule>("Talker", "Has large results");
+    talker->bindMethod({"talk", "", ""}, {}, [list, runs](const KVValue::List&) {
+        ++*runs;
+        return list;
+    });
+    talker->bindMethod("runs", [runs] { return runs->load(); });
+    return talker;
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
     if (argc != 2) {
@@ -25,6 +47,7 @@ int main(int argc, char** argv) {
         memory->setValues(table);
         broker->addModule(robaxi_test::makeEcho());
         broker->addModule(memory);
+        broker->addModule(makeTalker());
         std::puts("ready");
         std::fflush(stdout);
         for (int n = 1;; ++n) {

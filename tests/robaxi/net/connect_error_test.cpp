@@ -104,20 +104,26 @@ void expectAddressed(const KVError& error, const std::string& address, int port)
         << error.toString();
 }
 
-/** Tolerance for the machine in addition to the promised time. */
-constexpr double a_margin = 0.5;
+/**
+ * Tolerance for a busy machine in addition to the promised time. Without a time-out of ours, the
+ * peers here would be waited for longer: gRPC for 20 s, a socket for minutes.
+ */
+constexpr double a_margin = 8;
+/** A time-out far above the time of an outcome that comes at once, even on a busy machine. */
+constexpr int a_longTimeOut = 20;
+constexpr double a_atOnce = 10;
 
 }  // namespace
 
 TEST(ConnectError, NothingListensOnThePort) {
     const int port = obvista_test::freePort();
-    const Outcome outcome = connectProxy(a_loopback, port);
+    const Outcome outcome = connectProxy(a_loopback, port, a_longTimeOut);
     EXPECT_CAUSE(outcome.fError, Refused);
     EXPECT_EQ(outcome.fError.toString(),
               "Cannot reach the module KVLeds at 127.0.0.1 port " + std::to_string(port) +
                   ": nothing listens on that port. Check that the robot's middleware is running "
                   "and that the port is right.");
-    EXPECT_LT(outcome.fSeconds, 1.0) << "a refusal comes at once";
+    EXPECT_LT(outcome.fSeconds, a_atOnce) << "a refusal comes at once";
 }
 
 TEST(ConnectError, TheAddressSwallowsPackets) {
@@ -170,14 +176,14 @@ TEST(ConnectError, TheListenerHangsUp) {
 
 TEST(ConnectError, ThereIsNoSuchModule) {
     const auto server = makeServer();
-    const Outcome outcome = connectProxy(a_loopback, server->getPort());
+    const Outcome outcome = connectProxy(a_loopback, server->getPort(), a_longTimeOut);
     EXPECT_CAUSE(outcome.fError, NoSuchModule);
     EXPECT_EQ(outcome.fError.toString(),
               "Cannot reach the module KVLeds at 127.0.0.1 port " +
                   std::to_string(server->getPort()) +
                   ": there is no module named KVLeds. Check the module's name, and that it is "
                   "started on the robot.");
-    EXPECT_LT(outcome.fSeconds, 1.0) << "the robot answers at once";
+    EXPECT_LT(outcome.fSeconds, a_atOnce) << "the robot answers at once";
 }
 
 TEST(ConnectError, TheNameDoesNotResolve) {
@@ -192,13 +198,13 @@ TEST(ConnectError, TheNameDoesNotResolve) {
 
 TEST(ConnectError, ThereIsNoRouteToTheAddress) {
     // A connection to a multicast address fails on any network.
-    const Outcome outcome = connectProxy("224.0.0.1", 9559);
+    const Outcome outcome = connectProxy("224.0.0.1", 9559, a_longTimeOut);
     EXPECT_CAUSE(outcome.fError, NoRoute);
     expectAddressed(outcome.fError, "224.0.0.1", 9559);
     EXPECT_NE(outcome.fError.toString().find("there is no route to that address"),
               std::string::npos)
         << outcome.fError.toString();
-    EXPECT_LT(outcome.fSeconds, 1.0) << "the system says so at once";
+    EXPECT_LT(outcome.fSeconds, a_atOnce) << "the system says so at once";
 }
 
 TEST(ConnectError, ThePortIsOutOfRange) {
@@ -241,12 +247,13 @@ TEST(ConnectError, OfOneCallerDoesNotShortenTheTimeOfAnother) {
     double shortTime = 0;
     double longTime = 0;
     std::thread first([&] { shortTime = open(0.3); });
-    std::thread second([&] { longTime = open(1.0); });
+    std::thread second([&] { longTime = open(3.0); });
     first.join();
     second.join();
-    EXPECT_LT(shortTime, 0.3 + a_margin);
-    EXPECT_GE(longTime, 1.0);
-    EXPECT_LT(longTime, 1.0 + a_margin);
+    EXPECT_GE(shortTime, 0.3);
+    EXPECT_LT(shortTime, longTime);
+    EXPECT_GE(longTime, 3.0);
+    EXPECT_LT(longTime, 3.0 + a_margin);
 }
 
 TEST(Connect, IsSharedByAllUsersOfOneBroker) {
