@@ -201,6 +201,33 @@ QByteArray textOfNumbers(int bytes) {
     return text;
 }
 
+/** Returns an icon file whose first picture is followed by more of them, or by the same again. */
+QByteArray icoOfEntries(int side, int entries) {
+    constexpr int sizeOfHead = 6;
+    constexpr int sizeOfEntry = 16;
+    constexpr int offsetInEntry = 12;
+    const QByteArray one = noise(side, "ico");
+    QByteArray entry = one.mid(sizeOfHead, sizeOfEntry);
+    qToLittleEndian(static_cast<quint32>(sizeOfHead + entries * sizeOfEntry),
+                    entry.data() + offsetInEntry);
+    QByteArray head = one.left(sizeOfHead);
+    qToLittleEndian(static_cast<quint16>(entries), head.data() + 4);
+    return head + entry.repeated(entries) + one.mid(sizeOfHead + sizeOfEntry);
+}
+
+/** Returns an icon file whose picture has another width than its entry. */
+QByteArray icoOfWidth(quint32 width) {
+    constexpr int picture = 22;
+    QByteArray bytes = noise(a_side, "ico");
+    qToLittleEndian(width, bytes.data() + picture + 4);
+    return bytes;
+}
+
+/** Returns a portable picture of one pixel, and bytes that do not belong to it. */
+QByteArray paddedPpm(int size) {
+    return QByteArray("P6\n1 1\n255\nabc").leftJustified(size, ' ');
+}
+
 QByteArray textOfComments(int bytes) {
     QByteArray text = "P6\n";
     while (text.size() < bytes - 100) {
@@ -268,6 +295,7 @@ std::vector<CostlyPicture> worstAcceptedPictures() {
         {"gif of long strings", gifOfStrings(a_side, 268)},
         {"bmp", noise(a_side, "bmp")},
         {"ico", noise(a_side, "ico")},
+        {"ico of many entries", icoOfEntries(a_side, 15000)},
         {"ppm", noise(115, "ppm")},
         {"ppm, numbers as text", textOfNumbers(mostText)},
         {"ppm of comments", textOfComments(mostText)},
@@ -289,6 +317,34 @@ std::vector<CostlyPicture> refusedPictures() {
         {"xpm of many colours", xpmOf(40, 2000)},
         {"ppm, numbers as text", textOfNumbers(600000)},
         {"ppm of comments", textOfComments(500000)},
+    };
+}
+
+std::vector<PictureBound> pictureBounds() {
+    constexpr int mostText = 40 * 1024;
+    const QByteArray bmp = noise(a_side, "bmp");
+    return {
+        {"bytes", bmp.leftJustified(KD::a_mostRobotPictureBytes, '\0'),
+         bmp.leftJustified(KD::a_mostRobotPictureBytes + 1, '\0')},
+        {"bytes of text", paddedPpm(mostText), paddedPpm(mostText + 1)},
+        {"side of a bmp", bmp, noise(a_side + 1, "bmp")},
+        {"side of a gif", gifOfPixels(a_side, 200), gifOfPixels(a_side + 1, 200)},
+        {"pixels of a gif", gifOfStrings(a_side, 360), gifOfStrings(a_side, 361)},
+        {"side of an ico", icoOfWidth(a_side), icoOfWidth(a_side + 1)},
+        {"side of a jpeg", noise(a_side, "jpeg", 50), noise(a_side + 1, "jpeg", 50)},
+        {"bytes of a jpeg", noise(a_side, "jpeg", 90), noise(a_side, "jpeg", 100)},
+        {"bytes of a progressive jpeg", noise(a_side, "jpeg", 80, true),
+         noise(a_side, "jpeg", 95, true)},
+        {"scans of a jpeg", jpegWithScans(a_side, 70, 0), jpegWithScans(a_side, 70, 1)},
+        {"side of a png", noisyPng({a_side}), noisyPng({a_side + 1})},
+        {"rows of an interlaced png", noisyPng({180, 8, PngKind::Rgba, true}),
+         noisyPng({181, 8, PngKind::Rgba, true})},
+        {"rows of a png of 16 bits", noisyPng({180, 16, PngKind::GreyAlpha}),
+         noisyPng({181, 16, PngKind::GreyAlpha})},
+        {"blocks of a png", noisyPng({64, 8, PngKind::Rgba, false, 4, 8, 370}),
+         noisyPng({64, 8, PngKind::Rgba, false, 4, 8, 330})},
+        {"side of a ppm", noise(115, "ppm"), noise(a_side + 1, "pbm")},
+        {"colours of an xpm", xpmOf(60, 512), xpmOf(60, 513)},
     };
 }
 

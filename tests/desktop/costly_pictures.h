@@ -18,6 +18,16 @@ std::vector<CostlyPicture> worstAcceptedPictures();
 /** Returns pictures that would take from ten milliseconds to minutes to decode. */
 std::vector<CostlyPicture> refusedPictures();
 
+/** A picture within one of the bounds on the work of decoding, and one beyond it. */
+struct PictureBound {
+    const char* fName;
+    QByteArray fWithin;
+    QByteArray fBeyond;
+};
+
+/** Returns a pair for each bound that readRobotPicture() checks. */
+std::vector<PictureBound> pictureBounds();
+
 /** Returns the processor time of this thread for decoding a robot's picture, in milliseconds. */
 double timeToDecode(const QByteArray& bytes);
 

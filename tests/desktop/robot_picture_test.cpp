@@ -72,6 +72,8 @@ class RobotPictureTest : public QObject {
     void showsTheSamePixelsAsQt();
     void showsPngsOfAllLayouts();
     void leavesOutWhatNoPixelDependsOn();
+    void refusesWhatIsBeyondABoundOnTheWork_data();
+    void refusesWhatIsBeyondABoundOnTheWork();
     void decodesTheWorstAcceptedPicturesAtOnce_data();
     void decodesTheWorstAcceptedPicturesAtOnce();
     void refusesCostlyPicturesAtOnce_data();
@@ -141,6 +143,23 @@ void RobotPictureTest::leavesOutWhatNoPixelDependsOn() {
     QCOMPARE(readRobotPicture(costly), readRobotPicture(picture));
     const double time = shortestTimeToDecode(costly);
     QVERIFY2(time < mostMilliseconds(), qPrintable(QString("%1 ms").arg(time)));
+}
+
+void RobotPictureTest::refusesWhatIsBeyondABoundOnTheWork_data() {
+    QTest::addColumn<QByteArray>("within");
+    QTest::addColumn<QByteArray>("beyond");
+    for (const obvista_test::PictureBound& bound : obvista_test::pictureBounds()) {
+        QTest::newRow(bound.fName) << bound.fWithin << bound.fBeyond;
+    }
+}
+
+// The browser decodes 50 pictures in a pass. What they cost was measured for these bounds
+// (bench_browser_refresh); the bounds hold on every machine.
+void RobotPictureTest::refusesWhatIsBeyondABoundOnTheWork() {
+    QFETCH(QByteArray, within);
+    QFETCH(QByteArray, beyond);
+    QVERIFY(!readRobotPicture(within).isNull());
+    QVERIFY(readRobotPicture(beyond).isNull());
 }
 
 void RobotPictureTest::decodesTheWorstAcceptedPicturesAtOnce_data() {
