@@ -19,6 +19,11 @@ files_in() {
     (cd "$1" && find . ! -type d | sed 's|^\./||' | sort)
 }
 
+# binaries_in FOLDER: lists programs and libraries, without links.
+binaries_in() {
+    find "$1/bin" "$1/lib" -type f \( -perm -u+x -o -name '*.so*' \)
+}
+
 # expect_files FOLDER FILE...
 expect_files() {
     local folder=$1 file
