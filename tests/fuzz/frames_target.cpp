@@ -32,11 +32,11 @@ bool isSame(const KVFrame& one, const KVFrame& other) {
 
 void requireRoundTrip(const KVFrame& frame) {
     static const auto pool = robaxi::TaskPool::create(1);
-    robaxi::FrameEncoder encoder(frame, pool);
+    robaxi::FrameSplitter splitter(frame, pool);
     robaxi::FrameAssembler assembler(a_largestFrame);
     std::optional<KVFrame> again;
-    while (!encoder.isComplete()) {
-        grpc::ByteBuffer update = encoder.next();
+    while (!splitter.isComplete()) {
+        grpc::ByteBuffer update = splitter.next();
         require(!again, "a frame is complete with its last update");
         again = assembler.take(update);
     }

@@ -36,7 +36,6 @@ constexpr std::size_t a_prefixSize = 9;
 /** Prefix and fixed fields of a message. */
 constexpr std::size_t a_messageHeadSize = a_prefixSize + 22;
 constexpr std::size_t a_footerSize = a_prefixSize + 20;
-constexpr std::size_t a_dataEndSize = a_prefixSize + 4;
 
 /** Returns the name of a record in sentences, for instance "chunk". */
 std::string nameOf(Opcode opcode);

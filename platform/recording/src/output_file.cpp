@@ -1,7 +1,6 @@
 #include "output_file.h"
 
 #include "fields.h"
-#include "write_all.h"
 
 #include <base/safe_text.h>
 
@@ -32,7 +31,7 @@ OutputFile::OutputFile(const std::string& path, bool overwrites)
 }
 
 void OutputFile::append(std::string_view bytes) {
-    if (const int error = writeAll(fFile.get(), bytes)) {
+    if (const int error = base::writeAll(fFile.get(), bytes)) {
         cutOff(fSize, fCrc);
         xFail(error);
     }

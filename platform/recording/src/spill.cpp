@@ -1,7 +1,5 @@
 #include "spill.h"
 
-#include "write_all.h"
-
 #include <base/safe_text.h>
 
 #include <algorithm>
@@ -77,7 +75,7 @@ void Spill::xMoveToFile() {
             failToKeep(fFolder, errno);
         }
     }
-    if (const int error = writeAll(fFile.get(), fInMemory)) {
+    if (const int error = base::writeAll(fFile.get(), fInMemory)) {
         failToKeep(fFolder, error);
     }
     fInFile += fInMemory.size();

@@ -1,5 +1,7 @@
 #include "recording/csv_file.h"
 
+#include <base/file_descriptor.h>
+
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
@@ -62,23 +64,14 @@ bool CsvFile::append(std::string_view rows) {
     if (!isOpen() || !fError.isEmpty()) {
         return false;
     }
-    const std::string_view all = rows;
-    while (!rows.empty()) {
-        const ssize_t written = ::write(fDescriptor, rows.data(), rows.size());
-        if (written < 0 && errno == EINTR) {
-            continue;
-        }
-        if (written < 0) {
-            const int number = errno;
-            const std::string_view begun = all.substr(0, all.size() - rows.size());
-            const std::size_t lastEnd = begun.rfind('\n');
-            xCount(begun.substr(0, lastEnd == std::string_view::npos ? 0 : lastEnd + 1));
-            xCutPartialRow();
-            return xFail(number);
-        }
-        rows.remove_prefix(static_cast<std::size_t>(written));
+    std::size_t written = 0;
+    if (const int number = base::writeAll(fDescriptor, rows, &written)) {
+        const std::size_t lastEnd = rows.substr(0, written).rfind('\n');
+        xCount(rows.substr(0, lastEnd == std::string_view::npos ? 0 : lastEnd + 1));
+        xCutPartialRow();
+        return xFail(number);
     }
-    xCount(all);
+    xCount(rows);
     return true;
 }
 

@@ -1,14 +1,39 @@
-#include "link_list.h"
-
 #include <obvista/viewer/broker_port.h>
 #include <obvista/viewer/plugin_links.h>
 #include <obvista/viewer/robot_link.h>
 #include <robaxi/kv_broker.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <utility>
+#include <vector>
 
 namespace obvista {
+
+/** A list of links that others own. Used on the GUI thread. */
+class LinkList {
+  public:
+    void add(const std::shared_ptr<RobotLink>& link) {
+        fLinks.erase(std::remove_if(fLinks.begin(), fLinks.end(),
+                                    [](const auto& weakLink) { return weakLink.expired(); }),
+                     fLinks.end());
+        fLinks.push_back(link);
+    }
+
+    /** Returns those that still exist. */
+    std::vector<std::shared_ptr<RobotLink>> links() const {
+        std::vector<std::shared_ptr<RobotLink>> held;
+        for (const std::weak_ptr<RobotLink>& weakLink : fLinks) {
+            if (std::shared_ptr<RobotLink> link = weakLink.lock()) {
+                held.push_back(std::move(link));
+            }
+        }
+        return held;
+    }
+
+  private:
+    std::vector<std::weak_ptr<RobotLink>> fLinks;
+};
 
 namespace {
 

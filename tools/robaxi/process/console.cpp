@@ -2,6 +2,7 @@
 
 #include "process/failure.h"
 
+#include <base/file_descriptor.h>
 #include <base/safe_text.h>
 
 #include <cerrno>
@@ -44,19 +45,15 @@ const char* escapeSequence(Console::Paint paint) {
 
 }  // namespace
 
-int writeAll(int descriptor, const std::string& bytes) {
+int writeWaiting(int descriptor, std::string_view bytes) {
     std::size_t written = 0;
-    while (written < bytes.size()) {
-        const ssize_t count = write(descriptor, bytes.data() + written, bytes.size() - written);
-        if (count >= 0) {
-            written += static_cast<std::size_t>(count);
-        } else if (errno == EAGAIN) {
-            waitForSpace(descriptor);
-        } else if (errno != EINTR) {
-            return errno;
-        }
+    int error = base::writeAll(descriptor, bytes, &written);
+    while (error == EAGAIN) {
+        waitForSpace(descriptor);
+        bytes.remove_prefix(written);
+        error = base::writeAll(descriptor, bytes, &written);
     }
-    return 0;
+    return error;
 }
 
 Console::Console(int output, int errors)
@@ -77,7 +74,7 @@ std::string Console::painted(Paint paint, const std::string& text) const {
 
 void Console::print(const std::string& text) {
     const std::lock_guard lock(fMutex);
-    const int error = writeAll(fOutput, text);
+    const int error = writeWaiting(fOutput, text);
     if (error == EPIPE) {
         throw ReaderGone();
     }
@@ -90,7 +87,7 @@ void Console::print(const std::string& text) {
 void Console::complain(const std::string& sentence) {
     const std::lock_guard lock(fMutex);
     // A failure of this cannot be reported.
-    writeAll(fErrors, "robaxi: " + base::oneLine(sentence) + '\n');
+    writeWaiting(fErrors, "robaxi: " + base::oneLine(sentence) + '\n');
 }
 
 }  // namespace robaxi_tool

@@ -3,6 +3,7 @@
 
 #include <mutex>
 #include <string>
+#include <string_view>
 
 namespace robaxi_tool {
 
@@ -49,7 +50,7 @@ class Console {
  *
  * @return 0, or the error number
  */
-int writeAll(int descriptor, const std::string& bytes);
+int writeWaiting(int descriptor, std::string_view bytes);
 
 }  // namespace robaxi_tool
 

@@ -26,7 +26,7 @@ constexpr mode_t a_readAndWrite = 0666;
 
 /** Writes and closes. @return 0, or the error number */
 int writeAndClose(int descriptor, const std::string& content) {
-    const int error = writeAll(descriptor, content);
+    const int error = writeWaiting(descriptor, content);
     // Some file systems report only now that there is no space.
     const int closed = close(descriptor) == 0 ? 0 : errno;
     return error != 0 ? error : closed;

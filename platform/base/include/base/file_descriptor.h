@@ -1,6 +1,8 @@
 #ifndef BASE_FILE_DESCRIPTOR_H
 #define BASE_FILE_DESCRIPTOR_H
 
+#include <cstddef>
+#include <string_view>
 #include <unistd.h>
 #include <utility>
 
@@ -31,6 +33,14 @@ class FileDescriptor {
   private:
     int fDescriptor;
 };
+
+/**
+ * Writes all bytes to a file.
+ *
+ * @param[out] written the number of bytes in the file, also after an error
+ * @return 0 or the error's number; EAGAIN if the file is non-blocking and its reader is slow
+ */
+int writeAll(int file, std::string_view bytes, std::size_t* written = nullptr);
 
 }  // namespace base
 

@@ -104,7 +104,6 @@ class ClientSession : public Link,
     void xHandleHeartbeat(std::uint64_t number);
     void xBeat();
     void xLose(const Failure& failure);
-    void xAwaitRoom(Deadline deadline);
     std::uint64_t xRegister(PendingCall& call);
     void xCheckOpen(const CallOwner& owner) const;
     void xCancelPending(const CallOwner& owner);

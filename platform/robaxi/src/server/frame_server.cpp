@@ -119,7 +119,7 @@ void FrameServer::xBegin(const std::optional<KVFrameSource::Private::Newest>& ne
         return;
     }
     fVersion = newest->fVersion;
-    fFrame = std::make_unique<FrameEncoder>(newest->fFrame, fPool);
+    fFrame = std::make_unique<FrameSplitter>(newest->fFrame, fPool);
     ++fSent;
 }
 

@@ -53,7 +53,7 @@ class FrameServer : public ServerStream<v1::WatchRequest>, private KVFrameSource
     std::uint64_t fReceived = 0;  // guarded by fMutex
 
     // Used inside the gate only:
-    std::unique_ptr<FrameEncoder> fFrame;  // being sent
+    std::unique_ptr<FrameSplitter> fFrame;  // being sent
     std::uint64_t fSent = 0;
     std::uint64_t fVersion = 0;
 };

@@ -110,7 +110,7 @@ void skipField(CodedInputStream& input, std::uint32_t tag) {
 }  // namespace
 
 /** Shared by gRPC's slices, the last of which may be released on one of its threads. */
-struct FrameEncoder::Bytes {
+struct FrameSplitter::Bytes {
     Bytes(const KVFrame& frame, std::shared_ptr<TaskPool> pool)
         : fData(frame.fData), fSize(frame.fSize), fPool(std::move(pool)) {}
     ~Bytes() {
@@ -124,13 +124,13 @@ struct FrameEncoder::Bytes {
     const std::shared_ptr<TaskPool> fPool;
 };
 
-FrameEncoder::FrameEncoder(const KVFrame& frame, const std::shared_ptr<TaskPool>& pool)
+FrameSplitter::FrameSplitter(const KVFrame& frame, const std::shared_ptr<TaskPool>& pool)
     : fBytes(std::make_shared<Bytes>(frame, pool)), fHeader(encodeHeader(frame)) {
 }
 
-FrameEncoder::~FrameEncoder() = default;
+FrameSplitter::~FrameSplitter() = default;
 
-grpc::Slice FrameEncoder::xSlice(std::size_t size) const {
+grpc::Slice FrameSplitter::xSlice(std::size_t size) const {
     using Holder = std::shared_ptr<const Bytes>;
     const auto letGo = [](void* holder) {
         takeFromGrpc(holder);
@@ -143,7 +143,7 @@ grpc::Slice FrameEncoder::xSlice(std::size_t size) const {
     return {begin, size, letGo, holder};
 }
 
-grpc::ByteBuffer FrameEncoder::next() {
+grpc::ByteBuffer FrameSplitter::next() {
     const std::size_t size = std::min(limits::a_partOfFrame, fBytes->fSize - fOffset);
     const std::string before = std::exchange(fHeader, std::string()) + encodeDataPrefix(size);
     std::array<grpc::Slice, 2> slices{grpc::Slice(before), grpc::Slice()};

@@ -22,16 +22,16 @@
 namespace robaxi {
 
 /** Splits one frame into updates. */
-class FrameEncoder {
+class FrameSplitter {
   public:
     /**
      * @param pool releases the frame's bytes, which belong to the publisher, when gRPC has sent
      *         them
      */
-    FrameEncoder(const KVFrame& frame, const std::shared_ptr<TaskPool>& pool);
-    ~FrameEncoder();
-    FrameEncoder(const FrameEncoder&) = delete;
-    FrameEncoder& operator=(const FrameEncoder&) = delete;
+    FrameSplitter(const KVFrame& frame, const std::shared_ptr<TaskPool>& pool);
+    ~FrameSplitter();
+    FrameSplitter(const FrameSplitter&) = delete;
+    FrameSplitter& operator=(const FrameSplitter&) = delete;
 
     /** Returns the next update; call it until the frame is complete. */
     grpc::ByteBuffer next();
