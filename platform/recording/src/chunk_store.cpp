@@ -245,14 +245,11 @@ bool ChunkStore::mayHave(const StoredChunk& chunk, const std::set<std::uint16_t>
     if (chunk.fChannelsSize == 0) {
         return true;
     }
-    const std::string_view pairs = fFile.view(chunk.fChannelsOffset, chunk.fChannelsSize);
-    for (std::size_t pair = 0; pair + a_messageIndexOffsetSize <= pairs.size();
-         pair += a_messageIndexOffsetSize) {
-        if (channels.count(numberAt<std::uint16_t>(pairs.data() + pair)) != 0) {
-            return true;
-        }
-    }
-    return false;
+    bool hasOne = false;
+    forEachChannel(chunk, [&](std::uint16_t channel) {
+        hasOne = hasOne || channels.count(channel) != 0;
+    });
+    return hasOne;
 }
 
 std::string_view ChunkStore::load(const StoredChunk& chunk, ChunkBuffers& buffers,

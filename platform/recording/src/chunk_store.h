@@ -2,6 +2,7 @@
 #define RECORDING_CHUNK_STORE_H
 
 #include "compression.h"
+#include "fields.h"
 #include "input_file.h"
 #include "scanner.h"
 
@@ -46,6 +47,19 @@ class ChunkStore {
 
     /** Returns the first chunk from which on one may end at a time or later. */
     std::size_t firstEndingAt(std::uint64_t time) const;
+
+    /** Returns the latest end of a chunk and all before it. */
+    std::uint64_t latestEnd(std::size_t chunk) const { return fLatestEnds[chunk]; }
+
+    /** Calls a function with each channel that a chunk contains according to its index. */
+    template <class Take>
+    void forEachChannel(const StoredChunk& chunk, Take take) const {
+        const std::string_view pairs = fFile.view(chunk.fChannelsOffset, chunk.fChannelsSize);
+        for (std::size_t pair = 0; pair + a_messageIndexOffsetSize <= pairs.size();
+             pair += a_messageIndexOffsetSize) {
+            take(numberAt<std::uint16_t>(pairs.data() + pair));
+        }
+    }
 
     /** Returns false if the index says that a chunk has none of the channels. */
     bool mayHave(const StoredChunk& chunk, const std::set<std::uint16_t>& channels) const;

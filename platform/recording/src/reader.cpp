@@ -1,6 +1,7 @@
 #include "chunk_store.h"
 #include "fields.h"
 #include "messages.h"
+#include "newest_messages.h"
 
 #include <recording/reader.h>
 #include <utility>
@@ -87,6 +88,15 @@ Metadata Reader::readMetadata(const MetadataIndex& index) const {
 
 Messages Reader::messages(const Selection& selection) {
     return Messages(std::make_unique<MessagesImpl>(*fStore, selection));
+}
+
+bool Reader::newestAt(std::uint64_t time, const std::set<std::uint16_t>& channels,
+                      const std::function<void(const Message&)>& take,
+                      const std::function<bool()>& goOn) {
+    if (!fNewest) {
+        fNewest = std::make_unique<NewestMessages>(*fStore);
+    }
+    return fNewest->find(time, channels, take, goOn);
 }
 
 }  // namespace recording

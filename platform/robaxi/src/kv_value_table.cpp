@@ -71,9 +71,11 @@ void KVValueTable::Private::xTouch(Entries::iterator entry) {
     fEntries.splice(fEntries.end(), fEntries, entry);
 }
 
-bool KVValueTable::Private::xSet(std::uint32_t id, const KVValue& value, std::int64_t time) {
+bool KVValueTable::Private::xSet(std::uint32_t id, const KVValue& value, std::int64_t time,
+                                 Equal equal) {
     const Entries::iterator* position = xPosition(id);
-    if (position == nullptr || (*position)->fValue == value) {
+    if (position == nullptr || ((*position)->fValue == value &&
+                                (equal == Equal::IsNoChange || (*position)->fTime == time))) {
         return false;
     }
     Entry& entry = **position;
@@ -95,7 +97,8 @@ KVValueTable::KVValueTable() : fPrivate(std::make_shared<Private>()) {
 
 KVValueTable::~KVValueTable() = default;
 
-std::uint32_t KVValueTable::addKey(const KVKeyInfo& info, const KVValue& value) {
+std::uint32_t KVValueTable::addKey(const KVKeyInfo& info, const KVValue& value,
+                                   std::int64_t time) {
     const std::lock_guard lock(fPrivate->fMutex);
     if (info.fName.empty() || fPrivate->fIdOf.count(info.fName) != 0) {
         throw KVError(KVError::Cause::InvalidArgument,
@@ -106,7 +109,8 @@ std::uint32_t KVValueTable::addKey(const KVKeyInfo& info, const KVValue& value) 
         throw KVError(KVError::Cause::InvalidArgument,
                       "The range of the key " + info.fName + " is empty.");
     }
-    Private::Entry entry{info, value, base::microsecondsNow(), ++fPrivate->fLastVersion};
+    Private::Entry entry{info, value, time != 0 ? time : base::microsecondsNow(),
+                         ++fPrivate->fLastVersion};
     entry.fInfo.fId = ++fPrivate->fLastId;
     entry.fInfo.fType = value.type();
     const auto position = fPrivate->fEntries.insert(fPrivate->fEntries.end(), std::move(entry));
@@ -153,6 +157,19 @@ void KVValueTable::setValue(std::uint32_t id, const KVValue& value, std::int64_t
     const std::int64_t instant = time != 0 ? time : base::microsecondsNow();
     const std::lock_guard lock(fPrivate->fMutex);
     if (fPrivate->xSet(id, value, instant)) {
+        fPrivate->xTellOfValues();
+    }
+}
+
+void KVValueTable::restore(const std::vector<KVChange>& values) {
+    const std::lock_guard lock(fPrivate->fMutex);
+    bool changed = false;
+    for (const KVChange& value : values) {
+        changed = fPrivate->xSet(value.fId, value.fValue, value.fTime,
+                                 Private::Equal::WithItsTime) ||
+                  changed;
+    }
+    if (changed) {
         fPrivate->xTellOfValues();
     }
 }

@@ -62,7 +62,10 @@ struct KVValueTable::Private {
     std::size_t indexAbove(std::uint32_t id) const;
 
     Entries::iterator* xPosition(std::uint32_t id);
-    bool xSet(std::uint32_t id, const KVValue& value, std::int64_t time);
+    /** Treatment of an equal value: never a change, or a change if its time differs. */
+    enum class Equal { IsNoChange, WithItsTime };
+    bool xSet(std::uint32_t id, const KVValue& value, std::int64_t time,
+              Equal equal = Equal::IsNoChange);
     void xTouch(Entries::iterator entry);
     void xTellOfValues();
 

@@ -4,105 +4,12 @@
 
 #include <base/safe_text.h>
 
-#include <cstdint>
-#include <limits>
-#include <nlohmann/json.hpp>
-#include <utility>
-#include <vector>
+#include <optional>
+#include <recorded_robot/json_value.h>
 
 namespace robaxi_tool {
 
 namespace {
-
-using Json = nlohmann::json;
-
-/** Maximum nesting of the protocol. */
-constexpr std::size_t a_deepest = 64;
-
-constexpr int a_numberOutOfRange = 406;  // the parser's number for this error
-
-[[noreturn]] void refuseNumber(const std::string& number) {
-    throw UsageError("the number " + number + " is too large");
-}
-
-/** Builds a value from the parser's events. The parser fixes the names of the operations. */
-class ValueBuilder : public nlohmann::json_sax<Json> {
-  public:
-    KVValue takeValue() { return std::move(fValue); }
-
-    bool null() override { return xAdd({}); }
-    bool boolean(bool value) override { return xAdd(value); }
-    bool number_integer(std::int64_t value) override { return xAdd(value); }
-    bool number_unsigned(std::uint64_t value) override {
-        if (value > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) {
-            refuseNumber(std::to_string(value));
-        }
-        return xAdd(static_cast<std::int64_t>(value));
-    }
-    bool number_float(double value, const std::string& text) override {
-        // The parser converts integers that are too large to floating-point numbers, and loses
-        // digits.
-        if (text.find_first_of(".eE") == std::string::npos) {
-            refuseNumber(text);
-        }
-        return xAdd(value);
-    }
-    bool string(std::string& value) override { return xAdd(value); }
-    bool binary(Json::binary_t& /*value*/) override { return false; }
-
-    bool start_object(std::size_t /*size*/) override { return xOpen(true); }
-    bool key(std::string& value) override {
-        fOpen.back().fKey = value;
-        return true;
-    }
-    bool end_object() override { return xClose(); }
-    bool start_array(std::size_t /*size*/) override { return xOpen(false); }
-    bool end_array() override { return xClose(); }
-
-    bool parse_error(std::size_t /*position*/, const std::string& lastToken,
-                     const Json::exception& error) override {
-        if (error.id == a_numberOutOfRange) {
-            refuseNumber(lastToken);
-        }
-        return false;
-    }
-
-  private:
-    struct Container {
-        bool fIsMap;
-        KVValue::List fList;
-        KVValue::Map fMap;
-        std::string fKey;  ///< of the next element
-    };
-
-    bool xOpen(bool isMap) {
-        if (fOpen.size() == a_deepest) {
-            throw UsageError("lists and maps are nested more than 64 deep");
-        }
-        fOpen.push_back({isMap, {}, {}, {}});
-        return true;
-    }
-
-    bool xClose() {
-        const Container done = std::move(fOpen.back());
-        fOpen.pop_back();
-        return xAdd(done.fIsMap ? KVValue(done.fMap) : KVValue(done.fList));
-    }
-
-    bool xAdd(KVValue value) {
-        if (fOpen.empty()) {
-            fValue = std::move(value);
-        } else if (fOpen.back().fIsMap) {
-            fOpen.back().fMap[fOpen.back().fKey] = std::move(value);
-        } else {
-            fOpen.back().fList.push_back(std::move(value));
-        }
-        return true;
-    }
-
-    std::vector<Container> fOpen;
-    KVValue fValue;
-};
 
 bool startsLikeLiteral(const std::string& argument) {
     return !argument.empty() && std::string("\"[{").find(argument[0]) != std::string::npos;
@@ -114,9 +21,13 @@ KVValue parseLiteral(const std::string& argument) {
     if (!base::isUtf8(argument)) {
         throw UsageError("'" + argument + "' is not UTF-8");
     }
-    ValueBuilder builder;
-    if (Json::sax_parse(argument, &builder)) {
-        return builder.takeValue();
+    try {
+        if (const auto value = recorded_robot::valueOfJson(
+                argument, recorded_robot::LargeIntegers::Refused)) {
+            return *value;
+        }
+    } catch (const recorded_robot::JsonLimit& limit) {
+        throw UsageError(limit.what());
     }
     if (startsLikeLiteral(argument)) {
         throw UsageError("'" + argument +

@@ -2,6 +2,7 @@
 #define RECORDING_READER_H
 
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <map>
 #include <memory>
@@ -37,6 +38,7 @@ struct Damage {
 
 class ChunkStore;
 class MessagesImpl;
+class NewestMessages;
 
 /** Messages of a recording, one after the other. Valid as long as its reader. */
 class Messages {
@@ -102,8 +104,27 @@ class Reader {
     /** Throws RecordingError if the chunk index is damaged. */
     Messages messages(const Selection& selection = {});
 
+    /**
+     * Calls a function with the newest message of each channel at a log time: the one that
+     * messages() would return last up to this time. Channels without such a message are left out.
+     * The calls are in the order of messages(); a message's data is valid during its call.
+     *
+     * Reads the chunk of this time, and earlier ones only for channels that it does not contain.
+     * A file without indexes is read from its beginning.
+     *
+     * @param goOn called before each chunk is read; false ends the search
+     * @return false if `goOn` has ended the search; nothing was taken then
+     * @throw RecordingError for a damaged chunk, and if chunks of more than a_largestOpenChunks
+     *        bytes overlap in time
+     */
+    bool newestAt(
+        std::uint64_t time, const std::set<std::uint16_t>& channels,
+        const std::function<void(const Message&)>& take,
+        const std::function<bool()>& goOn = [] { return true; });
+
   private:
     std::unique_ptr<ChunkStore> fStore;
+    std::unique_ptr<NewestMessages> fNewest;
 };
 
 }  // namespace recording

@@ -54,10 +54,11 @@ class ROBAXI_EXPORT KVValueTable {
     /**
      * Adds a key with its first value; `info.fId` is ignored and `info.fType` is the value's type.
      *
+     * @param time microseconds since 1970-01-01 UTC, or 0 for now
      * @return the key's identifier
      * @throws KVError InvalidArgument if the name is empty or taken, or the range is not valid
      */
-    std::uint32_t addKey(const KVKeyInfo& info, const KVValue& value);
+    std::uint32_t addKey(const KVKeyInfo& info, const KVValue& value, std::int64_t time = 0);
     /** Removes a key; does nothing if there is no such key. */
     void removeKey(std::uint32_t id);
 
@@ -72,6 +73,13 @@ class ROBAXI_EXPORT KVValueTable {
                    std::int64_t time = 0);
     /** Sets one value as setValues() does. */
     void setValue(std::uint32_t id, const KVValue& value, std::int64_t time = 0);
+
+    /**
+     * Makes recorded values the current ones, with their own times, which may be earlier than the
+     * current ones. A value that equals the current one is a change if its time differs; unknown
+     * identifiers are ignored.
+     */
+    void restore(const std::vector<KVChange>& values);
 
     /** Returns the keys in the order in which they were added. */
     std::vector<KVKeyInfo> getKeys() const;

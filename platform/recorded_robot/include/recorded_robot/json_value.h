@@ -1,0 +1,34 @@
+#ifndef RECORDED_ROBOT_JSON_VALUE_H
+#define RECORDED_ROBOT_JSON_VALUE_H
+
+#include <optional>
+#include <robaxi/kv_value.h>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace recorded_robot {
+
+/** JSON that no value can hold. The text is a part of a sentence. */
+class JsonLimit : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/** Integers of more than 64 bits with a sign. */
+enum class LargeIntegers {
+    Refused,      ///< with JsonLimit
+    BecomeFloats  ///< and lose digits
+};
+
+/**
+ * Returns the value of a text in JSON, or nothing if it is not JSON.
+ *
+ * @throw JsonLimit for more than 64 levels, the most that a message can have, and numbers that are
+ *        too large
+ */
+std::optional<KVValue> valueOfJson(std::string_view text, LargeIntegers largeIntegers);
+
+}  // namespace recorded_robot
+
+#endif

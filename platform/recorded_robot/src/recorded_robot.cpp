@@ -1,0 +1,142 @@
+#include <algorithm>
+#include <recorded_robot/recorded_robot.h>
+#include <string_view>
+#include <utility>
+
+namespace recorded_robot {
+
+namespace {
+
+using recording::Channel;
+using recording::Reader;
+using recording::Schema;
+
+constexpr std::string_view a_memory = "/memory";
+constexpr std::string_view a_camera = "/camera/";
+constexpr std::string_view a_events = "/events";
+/** More metadata records than a recording has robots are not read. */
+constexpr std::size_t a_mostRobots = 1000;
+
+bool startsWith(std::string_view text, std::string_view beginning) {
+    return text.substr(0, beginning.size()) == beginning;
+}
+
+std::string entry(const recording::Texts& texts, const std::string& name,
+                  const std::string& otherwise = {}) {
+    const auto found = texts.find(name);
+    return found == texts.end() ? otherwise : found->second;
+}
+
+/** Returns the first levels of the keys of a topic's fields. */
+std::string keyOf(const std::string& topic) {
+    const std::size_t start = topic.find_first_not_of('/');
+    return start == std::string::npos ? "message" : topic.substr(start);
+}
+
+/** The meaning of a channel by its schema alone. */
+RecordedChannel channelBySchema(const Channel& channel, const Schema* schema) {
+    const std::string name = schema == nullptr ? std::string() : schema->fName;
+    RecordedChannel result;
+    result.fName = keyOf(channel.fTopic);
+    const bool isImage = name == "foxglove.CompressedImage" || name == "foxglove.RawImage";
+    if (channel.fMessageEncoding == "json") {
+        result.fContent = isImage ? Content::JsonPicture : Content::JsonFields;
+    } else if (channel.fMessageEncoding == "protobuf" && isImage) {
+        result.fContent = Content::Picture;
+    } else if (channel.fMessageEncoding == "protobuf" && schema != nullptr &&
+               schema->fEncoding == "protobuf") {
+        result.fContent = Content::ProtobufFields;
+    } else if (channel.fMessageEncoding == "protobuf") {
+        result.fReason = "it has no protobuf schema";
+    } else {
+        result.fReason = "the encoding '" + channel.fMessageEncoding + "' is not supported";
+    }
+    return result;
+}
+
+/** The meaning of a channel of one of our recordings. @param rest of the topic */
+RecordedChannel channelByTopic(const Channel& channel, const Schema* schema,
+                               std::string_view rest) {
+    RecordedChannel result = channelBySchema(channel, schema);
+    const bool isOurs = schema != nullptr && startsWith(schema->fName, "robaxi.") &&
+                        channel.fMessageEncoding == "json";
+    if (isOurs && rest == a_events) {
+        result.fContent = Content::Events;
+    } else if (isOurs && rest == a_memory) {
+        result.fContent = Content::Group;
+    } else if (isOurs && startsWith(rest, std::string(a_memory) + '/')) {
+        result.fContent = Content::Value;
+        result.fName =
+            entry(channel.fMetadata, "key", std::string(rest.substr(a_memory.size() + 1)));
+        result.fUnit = entry(channel.fMetadata, "unit");
+    } else if (result.fContent == Content::Picture && startsWith(rest, a_camera)) {
+        result.fName = entry(channel.fMetadata, "camera", std::string(rest.substr(a_camera.size())));
+    }
+    result.fDescription = entry(channel.fMetadata, "description");
+    return result;
+}
+
+struct Robot {
+    RecordedRobot fRobot;
+    std::string fPrefix;  ///< of its topics
+};
+
+std::vector<Robot> describedRobots(const Reader& reader) {
+    std::vector<Robot> robots;
+    for (const recording::MetadataIndex& index : reader.metadata()) {
+        if (index.fName != "robot" || robots.size() == a_mostRobots) {
+            continue;
+        }
+        const recording::Texts texts = reader.readMetadata(index).fEntries;
+        Robot robot{{entry(texts, "name"), {}, {}}, entry(texts, "topics")};
+        const bool isKnown =
+            std::any_of(robots.begin(), robots.end(),
+                        [&robot](const Robot& known) { return known.fPrefix == robot.fPrefix; });
+        if (robot.fPrefix.empty() || robot.fRobot.fName.empty() || isKnown) {
+            continue;
+        }
+        for (const recording::AttachmentIndex& attachment : reader.attachments()) {
+            if (attachment.fName == robot.fRobot.fName + "/icon") {
+                robot.fRobot.fIcon = attachment;
+            }
+        }
+        robots.push_back(std::move(robot));
+    }
+    return robots;
+}
+
+}  // namespace
+
+std::vector<RecordedRobot> robotsOf(const Reader& reader) {
+    std::vector<Robot> robots = describedRobots(reader);
+    std::map<std::string, Robot*, std::less<>> byPrefix;
+    for (Robot& robot : robots) {
+        byPrefix.emplace(robot.fPrefix, &robot);
+    }
+    RecordedRobot rest;
+    for (const auto& [id, channel] : reader.channels()) {
+        const auto schemaPlace = reader.schemas().find(channel.fSchemaId);
+        const Schema* schema =
+            schemaPlace == reader.schemas().end() ? nullptr : &schemaPlace->second;
+        // A prefix has one level.
+        const std::string_view topic = channel.fTopic;
+        const std::size_t end = topic.find('/', 1);
+        const auto robot = byPrefix.find(topic.substr(0, end));
+        if (robot == byPrefix.end() || end == std::string_view::npos) {
+            rest.fChannels.emplace(id, channelBySchema(channel, schema));
+        } else {
+            robot->second->fRobot.fChannels.emplace(
+                id, channelByTopic(channel, schema, topic.substr(end)));
+        }
+    }
+    std::vector<RecordedRobot> result;
+    for (Robot& robot : robots) {
+        result.push_back(std::move(robot.fRobot));
+    }
+    if (!rest.fChannels.empty()) {
+        result.push_back(std::move(rest));
+    }
+    return result;
+}
+
+}  // namespace recorded_robot
