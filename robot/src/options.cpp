@@ -8,6 +8,7 @@
 #include <arpa/inet.h>
 #include <array>
 #include <filesystem>
+#include <initializer_list>
 #include <sstream>
 #include <stdexcept>
 #include <unistd.h>
@@ -67,6 +68,16 @@ po::options_description describedOptions() {
          "port of the web page and the icon; 0 for none")
         ("icon", po::value<std::string>()->default_value(""),
          "picture to serve as the icon, at most 4 MiB")
+        ("replay", po::value<std::string>()->default_value(""),
+         "MCAP file with a recorded robot, which is served instead of a simulated one")
+        ("robot", po::value<std::string>()->default_value(""),
+         "name of the robot to replay, of several in the file")
+        ("start", po::value<double>()->default_value(0, "0"),
+         "seconds from the beginning of the recording at which the replay begins")
+        ("speed", po::value<double>()->default_value(1, "1"),
+         "recorded seconds in a second, 0.1 to 50")
+        ("loop", "begin the replay again at its end")
+        ("paused", "begin the replay with a pause; clients can play it")
         ("no-announce", "do not announce it on the network")
         ("sim-port", po::value<int>()->default_value(0),
          "a second port that serves KVSim alone, and stays open when the middleware is switched "
@@ -155,10 +166,47 @@ std::string toAddress(const std::string& text) {
     return text;
 }
 
+bool isGiven(const po::variables_map& given, const char* option) {
+    return given.count(option) != 0 && !given[option].defaulted();
+}
+
+void refuseTogether(const po::variables_map& given, std::initializer_list<const char*> options,
+                    const std::string& reason) {
+    for (const char* const option : options) {
+        if (isGiven(given, option)) {
+            throw std::invalid_argument(std::string("--") + option + reason);
+        }
+    }
+}
+
+Replay toReplay(const po::variables_map& given) {
+    constexpr double longest = 1e9;
+    Replay replay;
+    replay.fFile = given["replay"].as<std::string>();
+    if (replay.fFile.empty()) {
+        refuseTogether(given, {"robot", "start", "speed", "loop", "paused"},
+                       " needs --replay and a file");
+        return replay;
+    }
+    refuseTogether(given,
+                   {"kind", "seed", "keys", "changing", "rate", "hostile", "no-video", "sim-port",
+                    "no-middleware"},
+                   " is for a simulated robot, not for --replay");
+    replay.fRobot = given["robot"].as<std::string>();
+    replay.fPlayer.fStart = toNumberWithin(given, "start", 0.0, longest);
+    replay.fPlayer.fSpeed = toNumberWithin(given, "speed", a_lowestSpeed, a_highestSpeed);
+    replay.fPlayer.fLoop = given.count("loop") != 0;
+    replay.fPlayer.fIsPaused = given.count("paused") != 0;
+    return replay;
+}
+
 Options toOptions(const po::variables_map& given) {
     Options options;
     options.fKind = toKind(given["kind"].as<std::string>());
-    options.fName = toName(given["name"].as<std::string>());
+    options.fReplay = toReplay(given);
+    if (options.fReplay.fFile.empty() || isGiven(given, "name")) {
+        options.fName = toName(given["name"].as<std::string>());
+    }
     options.fAddress = toAddress(given["address"].as<std::string>());
     options.fPort = toPort(given, "port", 1);
     options.fSeed = toSeed(given["seed"].as<std::string>());
@@ -176,7 +224,7 @@ Options toOptions(const po::variables_map& given) {
 
 void printHelp(std::ostream& output, const po::options_description& options) {
     output << "Usage: robaxi-robot [OPTION]...\n"
-              "A robot, or this computer, that runs the Robaxi middleware.\n\n"
+              "A robot, this computer or a recorded robot that runs the Robaxi middleware.\n\n"
            << options
            << "\n"
               "It prints one line when it can be reached and runs until SIGTERM or SIGINT.\n"

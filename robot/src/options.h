@@ -2,6 +2,7 @@
 #define OBVISTA_ROBOT_OPTIONS_H
 
 #include "memory/load_memory.h"
+#include "replay/player_options.h"
 
 #include <cstdint>
 #include <optional>
@@ -21,10 +22,17 @@ struct Security {
     bool fAllowsPlainToken = false;
 };
 
+/** A recording that is a robot. */
+struct Replay {
+    std::string fFile;   ///< empty for none
+    std::string fRobot;  ///< one of several in the file; empty for the only one
+    PlayerOptions fPlayer;
+};
+
 /** Values of the command line options. */
 struct Options {
     Kind fKind = Kind::Robot;
-    std::string fName;
+    std::string fName;  ///< empty for the name in the recording
     std::string fAddress;
     int fPort = 0;
     bool fMiddleware = true;
@@ -37,6 +45,7 @@ struct Options {
     Load fLoad;             ///< replaces the values of its kind if it has keys
     bool fVideo = true;     ///< cameras
     bool fHostile = false;  ///< also serves values with which viewers must cope
+    Replay fReplay;
 };
 
 /** Result of parsing the command line: the program runs, or exits with a status. */

@@ -2,6 +2,7 @@
 
 #include "main_loop.h"
 #include "options.h"
+#include "replay/replayed_robot.h"
 #include "robot.h"
 
 #include <base/address.h>
@@ -32,15 +33,15 @@ void complain(const std::string& line) {
 }
 
 /** The line for which tests and scripts wait. */
-std::string readyLine(const Options& options) {
+std::string readyLine(const Options& options, const std::string& name) {
     if (options.fMiddleware) {
-        return options.fName + " listens on " + base::hostAndPort(options.fAddress, options.fPort);
+        return name + " listens on " + base::hostAndPort(options.fAddress, options.fPort);
     }
     if (options.fHttpPort != 0) {
-        return options.fName + " listens on " +
+        return name + " listens on " +
                base::hostAndPort(options.fAddress, options.fHttpPort) + " for HTTP alone";
     }
-    return options.fName + " listens on no port";
+    return name + " listens on no port";
 }
 
 }  // namespace
@@ -54,9 +55,16 @@ int runProgram(int argc, char** argv) {
     }
     try {
         MainLoop loop;
-        Robot robot(*parsed.fOptions, loop, {say, complain});
-        say(readyLine(*parsed.fOptions));
-        loop.run();
+        const Options& options = *parsed.fOptions;
+        if (options.fReplay.fFile.empty()) {
+            const Robot robot(options, loop, {say, complain});
+            say(readyLine(options, options.fName));
+            loop.run();
+        } else {
+            const ReplayedRobot robot(options, {say, complain});
+            say(readyLine(options, robot.name()));
+            loop.run();
+        }
     } catch (const std::exception& failure) {
         complain(base::oneLine(failure.what()));
         return a_couldNotStart;

@@ -20,9 +20,6 @@ namespace robot {
 
 namespace {
 
-// Kept for callers of earlier servers; the broker ignores it.
-constexpr int a_brokerFlags = 19;
-
 // A call that stops its own broker is answered first.
 constexpr std::chrono::milliseconds a_timeToAnswer(100);
 constexpr std::chrono::seconds a_timeToRetry(1);
@@ -31,10 +28,6 @@ constexpr std::size_t a_longestShown = 500;  // bytes of a text in a line for th
 
 KVError refusal(const std::string& text) {
     return {KVError::Cause::RaisedByModule, text};
-}
-
-bool isLoopback(const std::string& address) {
-    return address == "::1" || address.rfind("127.", 0) == 0;
 }
 
 /** Returns the path of the installed picture. */
@@ -53,21 +46,6 @@ std::function<Pose()> movingBody(std::uint64_t seed) {
         const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
         return body->pose(time.count(), HumanoidInputs());
     };
-}
-
-/** Returns the user's settings, overridden by the command line. */
-KVSettings settingsFor(const Security& security) {
-    KVSettings settings = KVSettings::load();
-    KVSettings::Server& server = settings.fServer;
-    if (!security.fCertificate.empty()) {
-        server.fCertificate = security.fCertificate;
-        server.fKey = security.fKey;
-    }
-    if (!security.fTokenFile.empty()) {
-        server.fTokenFile = security.fTokenFile;
-    }
-    server.fAllowsPlainToken = server.fAllowsPlainToken || security.fAllowsPlainToken;
-    return settings;
 }
 
 MainLoop::Clock::duration toDuration(double seconds) {
@@ -250,15 +228,7 @@ std::string Robot::xReadIcon() const {
 }
 
 void Robot::xStartAnnouncer() {
-    if (!fOptions.fAnnounce) {
-        return;
-    }
-    if (isLoopback(fOptions.fAddress)) {
-        fOutput.fComplain("not announced: only this machine can reach " + fOptions.fAddress +
-                          " (--address 0.0.0.0 opens it to the network)");
-        return;
-    }
-    fAnnouncer = std::make_unique<KV::BonjourAnnouncer>(fOptions.fName, fOutput.fComplain);
+    fAnnouncer = makeAnnouncer(fOptions, fOptions.fName, fOutput);
 }
 
 void Robot::xStartMiddleware() {
@@ -323,8 +293,7 @@ void Robot::xRequireAnnouncer() const {
 }
 
 boost::shared_ptr<KVBroker> Robot::xListen(int port) const {
-    return KVBroker::createBroker(fOptions.fName, fOptions.fAddress, port, "", 0, a_brokerFlags, "",
-                                  false, fSettings);
+    return listen(fOptions, fOptions.fName, port, fSettings);
 }
 
 }  // namespace robot

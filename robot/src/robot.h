@@ -5,6 +5,7 @@
 #include "main_loop.h"
 #include "memory/memory_source.h"
 #include "options.h"
+#include "serving.h"
 #include "sim_module.h"
 #include "ticker.h"
 #include "video/video.h"
@@ -26,12 +27,6 @@
 #include <vector>
 
 namespace robot {
-
-/** Destinations of a robot's lines for the user; both are called from any thread. */
-struct Output {
-    std::function<void(const std::string& line)> fSay;
-    std::function<void(const std::string& line)> fComplain;
-};
 
 /**
  * A running robot or computer: its values, the modules served by the broker, its web page and its

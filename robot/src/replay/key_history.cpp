@@ -1,0 +1,175 @@
+#include "replay/key_history.h"
+
+#include <base/time.h>
+#include <robaxi/kv_error.h>
+#include <robaxi/kv_memory_module.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <optional>
+
+namespace robot {
+
+namespace {
+
+using recording::Message;
+
+/** Bytes of the file that are read for one answer, roughly. */
+constexpr double a_mostBytes = 200e6;
+/** A key with so few messages is always read completely. */
+constexpr std::uint64_t a_fewMessages = 5000;
+
+struct Point {
+    std::int64_t fTime;
+    double fNumber;
+};
+
+/** The points of a part that are kept: the first and the last one, the lowest and the highest. */
+class Part {
+  public:
+    void add(const Point& point) {
+        if (!fFirst) {
+            fFirst = fLowest = fHighest = point;
+        }
+        // Written so that NaN is neither.
+        if (point.fNumber < fLowest->fNumber || std::isnan(fLowest->fNumber)) {
+            fLowest = point;
+        }
+        if (point.fNumber > fHighest->fNumber || std::isnan(fHighest->fNumber)) {
+            fHighest = point;
+        }
+        fLast = point;
+    }
+
+    void moveTo(std::vector<Point>& points) {
+        if (!fFirst) {
+            return;
+        }
+        std::vector<Point> kept{*fFirst, *fLowest, *fHighest, *fLast};
+        std::stable_sort(
+            kept.begin(), kept.end(),
+            [](const Point& left, const Point& right) { return left.fTime < right.fTime; });
+        for (const Point& point : kept) {
+            if (points.empty() || points.back().fTime != point.fTime) {
+                points.push_back(point);
+            }
+        }
+        *this = Part();
+    }
+
+  private:
+    std::optional<Point> fFirst;
+    std::optional<Point> fLowest;
+    std::optional<Point> fHighest;
+    std::optional<Point> fLast;
+};
+
+double numberOf(const KVValue& value) {
+    switch (value.type()) {
+        case KVValue::Type::Bool:
+            return value.toBool() ? 1 : 0;
+        case KVValue::Type::Int:
+        case KVValue::Type::Float:
+            return value.toFloat();
+        default:
+            return std::numeric_limits<double>::quiet_NaN();
+    }
+}
+
+KVValue::Map answer(const std::vector<Point>& points, bool isComplete) {
+    KVValue::List times;
+    KVValue::List values;
+    times.reserve(points.size());
+    values.reserve(points.size());
+    for (const Point& point : points) {
+        times.emplace_back(point.fTime);
+        values.emplace_back(point.fNumber);
+    }
+    return {{"times", times}, {"values", values}, {"complete", isComplete}};
+}
+
+}  // namespace
+
+KeyHistory::KeyHistory(const std::string& path, const Stage& stage)
+    : fReader(path), fStage(stage) {
+}
+
+KeyHistory::Parts KeyHistory::xDivide(const std::set<std::uint16_t>& channels, std::uint64_t from,
+                                      std::uint64_t to, std::int64_t points) const {
+    constexpr std::int64_t pointsOfPart = 4;
+    const recording::Statistics& statistics = fReader.statistics();
+    const std::uint64_t first = std::clamp(from, statistics.fStart, statistics.fEnd);
+    const std::uint64_t last = std::clamp(to, first, statistics.fEnd);
+    const auto count = static_cast<std::size_t>(std::max<std::int64_t>(1, points / pointsOfPart));
+    const std::uint64_t width = (last - first) / count + 1;
+    const double share = static_cast<double>(last - first) /
+                         static_cast<double>(statistics.fEnd - statistics.fStart + 1);
+    const double bytes = share * static_cast<double>(fReader.fileSize());
+    std::uint64_t messages = 0;
+    for (const std::uint16_t channel : channels) {
+        const auto counted = statistics.fMessagesByChannel.find(channel);
+        messages += counted == statistics.fMessagesByChannel.end() ? 0 : counted->second;
+    }
+    if (bytes <= a_mostBytes || messages <= a_fewMessages) {
+        return {first, width, width, count};
+    }
+    const double part = static_cast<double>(width) * a_mostBytes / bytes;
+    return {first, width, std::max<std::uint64_t>(1, static_cast<std::uint64_t>(part)), count};
+}
+
+KVValue::Map KeyHistory::get(const std::string& key, std::uint64_t from, std::uint64_t to,
+                             std::int64_t points) {
+    KVRange{2, a_mostPoints}.check("The number of points", points);
+    const std::set<std::uint16_t> channels = fStage.keyChannels(key);
+    if (channels.empty()) {
+        throw KVError(KVError::Cause::InvalidArgument,
+                      "There is no key named " + key + " with a history.");
+    }
+    const std::lock_guard lock(fMutex);
+    const Parts parts = xDivide(channels, from, to, points);
+    std::vector<Point> kept;
+    Part part;
+    const auto take = [&](const Message& message) {
+        const std::uint64_t time =
+            message.fPublishTime != 0 ? message.fPublishTime : message.fLogTime;
+        fStage.read(message, [&](const std::string& name, const KVValue& value) {
+            if (name == key) {
+                part.add({static_cast<std::int64_t>(time / base::a_nanosecondsPerMicrosecond),
+                          numberOf(value)});
+            }
+        });
+    };
+    try {
+        // The value with which the span begins.
+        fReader.newestAt(parts.fFrom, channels, take);
+        part.moveTo(kept);
+        if (parts.isComplete()) {
+            recording::Messages messages =
+                fReader.messages({parts.fFrom, to, channels, recording::Order::LogTime});
+            std::uint64_t end = parts.fFrom + parts.fWidth;
+            while (const std::optional<Message> message = messages.next()) {
+                if (message->fLogTime >= end) {
+                    part.moveTo(kept);
+                    end += (message->fLogTime - end) / parts.fWidth * parts.fWidth + parts.fWidth;
+                }
+                take(*message);
+            }
+            part.moveTo(kept);
+        }
+        for (std::size_t i = 0; !parts.isComplete() && i < parts.fCount; ++i) {
+            const std::uint64_t start = parts.fFrom + i * parts.fWidth;
+            recording::Messages messages = fReader.messages(
+                {start, std::min(to, start + parts.fRead), channels, recording::Order::LogTime});
+            while (const std::optional<Message> message = messages.next()) {
+                take(*message);
+            }
+            part.moveTo(kept);
+        }
+    } catch (const recording::RecordingError& error) {
+        throw KVError(KVError::Cause::RaisedByModule, std::string(error.what()) + '.');
+    }
+    return answer(kept, parts.isComplete());
+}
+
+}  // namespace robot

@@ -1,0 +1,58 @@
+#ifndef OBVISTA_ROBOT_REPLAY_KEY_HISTORY_H
+#define OBVISTA_ROBOT_REPLAY_KEY_HISTORY_H
+
+#include "replay/stage.h"
+
+#include <cstdint>
+#include <mutex>
+#include <recording/reader.h>
+#include <string>
+
+namespace robot {
+
+/**
+ * The history of a key's numbers over a span of time, thinned out: the smallest and the largest
+ * number of each part of the span. It reads the file by itself, so that a replay goes on. All
+ * operations may be called from any thread.
+ */
+class KeyHistory {
+  public:
+    static constexpr int a_mostPoints = 10'000;
+
+    /** @param stage must outlive it */
+    KeyHistory(const std::string& path, const Stage& stage);
+
+    /**
+     * Returns a map: "times" (list of int, microseconds by the robot's clock), "values" (list of
+     * float; NaN for what is no number) and "complete" (bool).
+     *
+     * The work is limited: in a long span of a large file only a section of each part is read, and
+     * "complete" is false.
+     *
+     * @throws KVError InvalidArgument for an unknown key; RaisedByModule for a wrong number of
+     *         points, or a damaged part of the file
+     */
+    KVValue::Map get(const std::string& key, std::uint64_t from, std::uint64_t to,
+                     std::int64_t points);
+
+  private:
+    /** Sections of a span. */
+    struct Parts {
+        std::uint64_t fFrom;
+        std::uint64_t fWidth;  ///< nanoseconds from one to the next
+        std::uint64_t fRead;   ///< nanoseconds of each that are read
+        std::size_t fCount;
+        bool isComplete() const { return fRead == fWidth; }
+    };
+
+    Parts xDivide(const std::set<std::uint16_t>& channels, std::uint64_t from, std::uint64_t to,
+                  std::int64_t points) const;
+
+    std::mutex fMutex;
+    recording::Reader fReader;
+    const Stage& fStage;
+};
+
+}  // namespace robot
+
+#endif

@@ -1,0 +1,116 @@
+#include "replay/replay_module.h"
+
+#include <base/time.h>
+#include <robaxi/kv_error.h>
+
+#include <boost/make_shared.hpp>
+
+#include <algorithm>
+
+namespace robot {
+
+namespace {
+
+std::int64_t microseconds(std::uint64_t nanoseconds) {
+    return static_cast<std::int64_t>(nanoseconds / base::a_nanosecondsPerMicrosecond);
+}
+
+/** A time before 1970 is before every recording. */
+std::uint64_t nanoseconds(std::int64_t microseconds) {
+    constexpr std::int64_t latest = INT64_MAX / base::a_nanosecondsPerMicrosecond;
+    return static_cast<std::uint64_t>(std::clamp(microseconds, std::int64_t{0}, latest)) *
+           base::a_nanosecondsPerMicrosecond;
+}
+
+/** A position in microseconds is the end of its microsecond: its messages have been shown. */
+std::uint64_t endOfMicrosecond(std::int64_t microseconds) {
+    return nanoseconds(microseconds) + base::a_nanosecondsPerMicrosecond - 1;
+}
+
+std::uint32_t addKey(KVValueTable& table, const char* name, const char* unit,
+                     const char* description, const KVValue& value) {
+    KVKeyInfo info;
+    info.fName = name;
+    info.fUnit = unit;
+    info.fDescription = description;
+    return table.addKey(info, value);
+}
+
+KVValue stateMap(const Player& player) {
+    const PlayerState state = player.state();
+    return KVValue::Map{{"position", microseconds(state.fPosition)},
+                        {"start", microseconds(player.start())},
+                        {"end", microseconds(player.end())},
+                        {"playing", state.fIsPlaying},
+                        {"speed", state.fSpeed},
+                        {"loop", state.fLoop},
+                        {"fault", state.fFault}};
+}
+
+}  // namespace
+
+ReplayValues::ReplayValues()
+    : fTable(boost::make_shared<KVValueTable>()),
+      fPosition(addKey(*fTable, "Position", "µs", "Time in the recording, since 1970-01-01 UTC", 0)),
+      fIsPlaying(addKey(*fTable, "Playing", "", "True if the time goes on", false)),
+      fSpeed(addKey(*fTable, "Speed", "", "Recorded seconds in a second", 1.0)),
+      fLoop(addKey(*fTable, "Loop", "", "True if it begins again at the end", false)),
+      fStart(addKey(*fTable, "Start", "µs", "Beginning of the recording", 0)),
+      fEnd(addKey(*fTable, "End", "µs", "End of the recording", 0)),
+      fFault(addKey(*fTable, "Fault", "", "Damage of the file at which it has stopped", "")) {
+}
+
+void ReplayValues::setSpan(std::uint64_t start, std::uint64_t end) {
+    fTable->setValues({{fStart, microseconds(start)}, {fEnd, microseconds(end)}});
+}
+
+void ReplayValues::set(const PlayerState& state) {
+    fTable->setValues({{fPosition, microseconds(state.fPosition)},
+                       {fIsPlaying, state.fIsPlaying},
+                       {fSpeed, state.fSpeed},
+                       {fLoop, state.fLoop},
+                       {fFault, state.fFault}});
+}
+
+boost::shared_ptr<KVModule> makeReplayModule(Player& player, KeyHistory& history,
+                                             const ReplayValues& values) {
+    auto module = boost::make_shared<KVModule>("KVReplay", "The replay of a recording.");
+    module->setValues(values.table());
+    module->bindMethod(
+        "getState", [&player] { return stateMap(player).toMap(); },
+        "Returns position, start, end, playing, speed, loop and fault.");
+    module->bindMethod("play", [&player] { player.play(); }, "Plays; at the end from the start.");
+    module->bindMethod("pause", [&player] { player.pause(); }, "Stops at the position.");
+    module->bindMethod(
+        "seek",
+        [&player](std::int64_t time) {
+            return microseconds(player.seek(endOfMicrosecond(time)));
+        },
+        "Goes to a time in microseconds since 1970; returns the position.");
+    module->bindMethod(
+        "step",
+        [&player](std::int64_t count, const std::string& camera) {
+            KVRange{-Player::a_mostSteps, Player::a_mostSteps}.check("The position", count);
+            return microseconds(player.step(static_cast<int>(count), camera));
+        },
+        "Goes so many changes, or frames of a camera, forward or back; returns the position.");
+    module->bindMethod(
+        "setSpeed",
+        [&player](double speed) {
+            KVRange{a_lowestSpeed, a_highestSpeed}.check("The speed", speed);
+            player.setSpeed(speed);
+        },
+        "Sets the recorded seconds in a second, 0.1 to 50.");
+    module->bindMethod("setLoop", [&player](bool loop) { player.setLoop(loop); },
+                       "Begins again at the end, or does not.");
+    module->bindMethod(
+        "getHistory",
+        [&history](const std::string& key, std::int64_t from, std::int64_t to,
+                   std::int64_t points) {
+            return history.get(key, nanoseconds(from), endOfMicrosecond(to), points);
+        },
+        "Returns times and numbers of a key, thinned out to so many points.");
+    return module;
+}
+
+}  // namespace robot

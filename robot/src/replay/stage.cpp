@@ -1,0 +1,381 @@
+#include "replay/stage.h"
+
+#include <base/safe_text.h>
+#include <base/time.h>
+#include <robaxi/kv_error.h>
+
+#include <boost/make_shared.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <recorded_robot/recorded_image.h>
+#include <recorded_robot/recorded_value.h>
+#include <stdexcept>
+#include <utility>
+
+namespace robot {
+
+namespace {
+
+using recorded_robot::Content;
+using recorded_robot::RecordedChannel;
+using recording::Message;
+using recording::Reader;
+
+/** Further keys of fields are left out. */
+constexpr std::size_t a_mostKeys = 200'000;
+constexpr std::size_t a_longestCameraName = 200;  ///< bytes, of the protocol
+constexpr std::size_t a_mostCameras = 100;
+
+std::int64_t timeOf(const Message& message) {
+    const std::uint64_t time =
+        message.fPublishTime != 0 ? message.fPublishTime : message.fLogTime;
+    return static_cast<std::int64_t>(time / base::a_nanosecondsPerMicrosecond);
+}
+
+bool hasFields(Content content) {
+    return content == Content::JsonFields || content == Content::ProtobufFields;
+}
+
+bool hasPictures(Content content) {
+    return content == Content::Picture || content == Content::JsonPicture;
+}
+
+const char* formatName(KVPixelFormat format) {
+    switch (format) {
+        case KVPixelFormat::Jpeg:
+            return "jpeg";
+        case KVPixelFormat::Yuv422:
+            return "yuv422";
+        case KVPixelFormat::Grey8:
+            return "grey";
+        default:
+            return "rgb";
+    }
+}
+
+/** The mean frames a second of a channel, for people. */
+double rateOf(const Reader& reader, std::uint16_t channel) {
+    const recording::Statistics& statistics = reader.statistics();
+    const auto count = statistics.fMessagesByChannel.find(channel);
+    const double seconds = static_cast<double>(statistics.fEnd - statistics.fStart) * 1e-9;
+    if (count == statistics.fMessagesByChannel.end() || seconds <= 0) {
+        return 1;
+    }
+    constexpr double highest = 10'000;
+    const double rate = static_cast<double>(count->second) / seconds;
+    return std::clamp(rate >= 2 ? std::round(rate) : std::round(rate * 10) / 10, 0.1, highest);
+}
+
+}  // namespace
+
+Stage::Stage(Reader& reader, const recorded_robot::RecordedRobot& robot,
+             const std::function<void(const std::string&)>& complain)
+    : fMemory(boost::make_shared<KVMemoryModule>("The recorded values of a robot.")),
+      fStart(static_cast<std::int64_t>(reader.statistics().fStart /
+                                       base::a_nanosecondsPerMicrosecond)) {
+    for (const auto& [id, recorded] : robot.fChannels) {
+        const recording::Channel& definition = reader.channels().at(id);
+        Channel channel{recorded, "", nullptr, {}};
+        const auto schema = reader.schemas().find(definition.fSchemaId);
+        if (schema != reader.schemas().end()) {
+            channel.fSchema = schema->second.fName;
+        }
+        if (recorded.fContent == Content::ProtobufFields) {
+            try {
+                channel.fProtobuf = std::make_unique<ProtobufFields>(schema->second);
+            } catch (const std::runtime_error& failure) {
+                channel.fChannel.fContent = Content::Unknown;
+                channel.fChannel.fReason = failure.what();
+            }
+        }
+        const Content content = channel.fChannel.fContent;
+        if (content == Content::Unknown) {
+            complain("not replayed: " + base::oneLine(definition.fTopic) + ": " +
+                     base::oneLine(channel.fChannel.fReason));
+            continue;
+        }
+        const bool isHistory = content == Content::Group || content == Content::Events;
+        (isHistory ? fHistories : fChannels).insert(id);
+        fChannelsById.emplace(id, std::move(channel));
+    }
+    xAddKeys(reader);
+    xAddCameras(reader);
+}
+
+void Stage::xAddKeys(Reader& reader) {
+    for (const auto& [id, channel] : fChannelsById) {
+        const RecordedChannel& recorded = channel.fChannel;
+        const auto& counts = reader.statistics().fMessagesByChannel;
+        if (recorded.fContent == Content::Value && !recorded.fName.empty() &&
+            counts.count(id) != 0) {
+            KVKeyInfo info;
+            info.fName = base::validUtf8(recorded.fName);
+            info.fUnit = base::validUtf8(recorded.fUnit);
+            info.fDescription = base::validUtf8(recorded.fDescription);
+            fInfos.try_emplace(info.fName, info);
+            xIdOf(info.fName);
+        }
+    }
+}
+
+/** Returns a key, which is added if it does not exist; 0 if there are too many. */
+std::uint32_t Stage::xIdOf(const std::string& key) {
+    const auto known = fIds.find(key);
+    if (known != fIds.end()) {
+        return known->second;
+    }
+    if (key.empty() || fIds.size() >= a_mostKeys) {
+        return 0;
+    }
+    KVKeyInfo info;
+    info.fName = key;
+    if (const auto described = fInfos.find(key); described != fInfos.end()) {
+        info = described->second;
+    }
+    const std::uint32_t id = fMemory->getValues()->addKey(info, KVValue(), fStart);
+    fIds.emplace(key, id);
+    return id;
+}
+
+void Stage::xRemove(const std::string& key) {
+    const auto known = fIds.find(key);
+    if (known != fIds.end()) {
+        fMemory->getValues()->removeKey(known->second);
+        fIds.erase(known);
+    }
+}
+
+// Cameras
+
+void Stage::xAddCameras(Reader& reader) {
+    for (auto& [id, channel] : fChannelsById) {
+        RecordedChannel& recorded = channel.fChannel;
+        if (!hasPictures(recorded.fContent)) {
+            continue;
+        }
+        recorded.fName = std::string(
+            base::beginning(base::validUtf8(recorded.fName), a_longestCameraName));
+        const auto camera = fCameras.find(recorded.fName);
+        if (camera != fCameras.end()) {
+            camera->second.fChannels.insert(id);
+        } else if (!recorded.fName.empty() && fCameras.size() < a_mostCameras) {
+            xAddCamera(reader, recorded.fName, id);
+        }
+    }
+}
+
+/** A camera without a frame that can be shown is left out. */
+void Stage::xAddCamera(Reader& reader, const std::string& name, std::uint16_t first) {
+    recording::Selection selection;
+    selection.fChannels = std::set<std::uint16_t>{first};
+    recording::Messages messages = reader.messages(selection);
+    const std::optional<Message> message = messages.next();
+    Camera camera{{first}, message ? xFrame(*message) : std::nullopt, std::nullopt};
+    if (!camera.fFirst || camera.fFirst->fWidth == 0 || camera.fFirst->fHeight == 0) {
+        return;
+    }
+    if (!fVideo) {
+        fVideo = boost::make_shared<KVVideoModule>("The recorded cameras of a robot.");
+    }
+    const KVFrame& frame = *camera.fFirst;
+    fVideo->addCamera({{name,
+                        base::validUtf8(fChannelsById.at(first).fChannel.fDescription),
+                        {},
+                        {static_cast<int>(frame.fWidth), static_cast<int>(frame.fHeight),
+                         formatName(frame.fFormat), rateOf(reader, first)}}});
+    if (frame.fSize > fFirstFramesLeft) {
+        camera.fFirst.reset();
+    } else {
+        fFirstFramesLeft -= frame.fSize;
+    }
+    fCameras.emplace(name, std::move(camera));
+}
+
+std::set<std::uint16_t> Stage::cameraChannels(const std::string& camera) const {
+    const auto known = fCameras.find(camera);
+    return known == fCameras.end() ? std::set<std::uint16_t>() : known->second.fChannels;
+}
+
+std::optional<KVFrame> Stage::xFrame(const Message& message) {
+    const Channel& channel = fChannelsById.at(message.fChannelId);
+    std::optional<KVFrame> frame =
+        channel.fChannel.fContent == Content::Picture
+            ? recorded_robot::recordedFrame(message.fData, channel.fSchema)
+            : recorded_robot::recordedJsonFrame(message.fData, channel.fSchema);
+    if (!frame) {
+        return std::nullopt;
+    }
+    if (frame->fFormat == KVPixelFormat::Jpeg) {
+        if (const auto header = fJpegs.readHeader(frame->fData.get(), frame->fSize)) {
+            frame->fWidth = header->fWidth;
+            frame->fHeight = header->fHeight;
+        }
+    }
+    frame->fNumber = message.fSequence;
+    frame->fTime = timeOf(message);
+    return frame;
+}
+
+void Stage::xShowFrame(const std::string& camera, const KVFrame& frame) {
+    try {
+        fVideo->publish(camera, frame);
+    } catch (const KVError&) {
+        // The frame is too large to be sent: it is dropped, as a robot's would have been.
+    }
+}
+
+// Values
+
+std::set<std::uint16_t> Stage::keyChannels(const std::string& key) const {
+    std::set<std::uint16_t> channels;
+    for (const auto& [id, channel] : fChannelsById) {
+        const RecordedChannel& recorded = channel.fChannel;
+        const bool isOfKey =
+            (recorded.fContent == Content::Value && recorded.fName == key) ||
+            (hasFields(recorded.fContent) &&
+             (recorded.fName == key ||
+              key.compare(0, recorded.fName.size() + 1, recorded.fName + '/') == 0));
+        if (isOfKey) {
+            channels.insert(id);
+        }
+    }
+    return channels;
+}
+
+void Stage::read(const Message& message, const recorded_robot::TakeValue& take) const {
+    const Channel& channel = fChannelsById.at(message.fChannelId);
+    const RecordedChannel& recorded = channel.fChannel;
+    switch (recorded.fContent) {
+        case Content::Value:
+            if (const auto value =
+                    recorded_robot::recordedValue(message.fData, channel.fSchema)) {
+                take(recorded.fName, *value);
+            }
+            break;
+        case Content::Group:
+            recorded_robot::takeGroup(message.fData, take);
+            break;
+        case Content::JsonFields:
+            recorded_robot::takeFields(message.fData, recorded.fName, take);
+            break;
+        case Content::ProtobufFields:
+            channel.fProtobuf->take(message.fData, recorded.fName, take);
+            break;
+        default:
+            break;
+    }
+}
+
+void Stage::show(const Message& message) {
+    const auto found = fChannelsById.find(message.fChannelId);
+    if (found == fChannelsById.end()) {
+        return;
+    }
+    Channel& channel = found->second;
+    const Content content = channel.fChannel.fContent;
+    if (content == Content::Events) {
+        xShowEvent(message);
+    } else if (hasFields(content)) {
+        xShowFields(channel, message);
+    } else if (!hasPictures(content)) {
+        read(message, [&](const std::string& key, const KVValue& value) {
+            xSet(key, value, timeOf(message));
+        });
+    } else if (const auto camera = fCameras.find(channel.fChannel.fName);
+               camera != fCameras.end()) {
+        const std::optional<KVFrame> frame = xFrame(message);
+        if (frame && fIsJump) {
+            camera->second.fShown = frame;
+        } else if (frame) {
+            flush();
+            xShowFrame(camera->first, *frame);
+        }
+    }
+}
+
+/** A field that the message does not have has no value any more. */
+void Stage::xShowFields(Channel& channel, const Message& message) {
+    std::set<std::string> fields;
+    read(message, [&](const std::string& key, const KVValue& value) {
+        fields.insert(key);
+        xSet(key, value, timeOf(message));
+    });
+    if (!fIsJump) {
+        for (const std::string& key : channel.fFields) {
+            if (fields.count(key) == 0) {
+                xSet(key, KVValue(), fStart);
+            }
+        }
+    }
+    channel.fFields = std::move(fields);
+}
+
+void Stage::xShowEvent(const Message& message) {
+    const auto event = recorded_robot::recordedEvent(message.fData);
+    if (event && event->fName == "key removed") {
+        xWait(event->fText, {KVValue(), 0, true});
+    }
+}
+
+void Stage::xSet(const std::string& key, const KVValue& value, std::int64_t time) {
+    xWait(base::isUtf8(key) ? key : base::validUtf8(key), {value, time, false});
+}
+
+void Stage::xWait(const std::string& key, Waiting waiting) {
+    if (fIsJump) {
+        fJump[key] = std::move(waiting);
+    } else {
+        fWaiting.emplace_back(key, std::move(waiting));
+    }
+}
+
+void Stage::flush() {
+    std::vector<KVChange> changes;
+    changes.reserve(fWaiting.size());
+    for (auto& [key, waiting] : fWaiting) {
+        if (waiting.fIsRemoved) {
+            fMemory->getValues()->restore(changes);
+            changes.clear();
+            xRemove(key);
+        } else if (const std::uint32_t id = xIdOf(key); id != 0) {
+            changes.push_back({id, std::move(waiting.fValue), waiting.fTime});
+        }
+    }
+    fWaiting.clear();
+    fMemory->getValues()->restore(changes);
+}
+
+void Stage::beginJump() {
+    fWaiting.clear();
+    fJump.clear();
+    fIsJump = true;
+    for (auto& [name, camera] : fCameras) {
+        camera.fShown.reset();
+    }
+    for (auto& [id, channel] : fChannelsById) {
+        channel.fFields.clear();
+    }
+}
+
+void Stage::endJump() {
+    fIsJump = false;
+    for (const auto& [key, info] : fInfos) {
+        fJump.try_emplace(key, Waiting{KVValue(), fStart, false});
+    }
+    for (const auto& [key, id] : fIds) {
+        fJump.try_emplace(key, Waiting{KVValue(), fStart, false});
+    }
+    fWaiting.assign(std::make_move_iterator(fJump.begin()), std::make_move_iterator(fJump.end()));
+    fJump.clear();
+    flush();
+    for (const auto& [name, camera] : fCameras) {
+        // Before its first frame a camera shows the first one.
+        if (const auto& frame = camera.fShown ? camera.fShown : camera.fFirst) {
+            xShowFrame(name, *frame);
+        }
+    }
+}
+
+}  // namespace robot

@@ -1,0 +1,50 @@
+#include "serving.h"
+
+namespace robot {
+
+namespace {
+
+// Kept for callers of earlier servers; the broker ignores it.
+constexpr int a_brokerFlags = 19;
+
+bool isLoopback(const std::string& address) {
+    return address == "::1" || address.rfind("127.", 0) == 0;
+}
+
+}  // namespace
+
+KVSettings settingsFor(const Security& security) {
+    KVSettings settings = KVSettings::load();
+    KVSettings::Server& server = settings.fServer;
+    if (!security.fCertificate.empty()) {
+        server.fCertificate = security.fCertificate;
+        server.fKey = security.fKey;
+    }
+    if (!security.fTokenFile.empty()) {
+        server.fTokenFile = security.fTokenFile;
+    }
+    server.fAllowsPlainToken = server.fAllowsPlainToken || security.fAllowsPlainToken;
+    return settings;
+}
+
+boost::shared_ptr<KVBroker> listen(const Options& options, const std::string& name, int port,
+                                   const KVSettings& settings) {
+    return KVBroker::createBroker(name, options.fAddress, port, "", 0, a_brokerFlags, "", false,
+                                  settings);
+}
+
+std::unique_ptr<KV::BonjourAnnouncer> makeAnnouncer(const Options& options,
+                                                    const std::string& name,
+                                                    const Output& output) {
+    if (!options.fAnnounce) {
+        return nullptr;
+    }
+    if (isLoopback(options.fAddress)) {
+        output.fComplain("not announced: only this machine can reach " + options.fAddress +
+                         " (--address 0.0.0.0 opens it to the network)");
+        return nullptr;
+    }
+    return std::make_unique<KV::BonjourAnnouncer>(name, output.fComplain);
+}
+
+}  // namespace robot
