@@ -188,10 +188,12 @@ Replay toReplay(const po::variables_map& given) {
                        " needs --replay and a file");
         return replay;
     }
-    refuseTogether(given,
-                   {"kind", "seed", "keys", "changing", "rate", "hostile", "no-video", "sim-port",
-                    "no-middleware"},
-                   " is for a simulated robot, not for --replay");
+    refuseTogether(
+        given, {"kind", "seed", "keys", "changing", "rate", "hostile", "no-video", "no-middleware"},
+        " is for a simulated robot, not for --replay");
+    if (given["sim-port"].as<int>() != 0) {
+        throw std::invalid_argument("--sim-port is for a simulated robot, not for --replay");
+    }
     replay.fRobot = given["robot"].as<std::string>();
     replay.fPlayer.fStart = toNumberWithin(given, "start", 0.0, longest);
     replay.fPlayer.fSpeed = toNumberWithin(given, "speed", a_lowestSpeed, a_highestSpeed);

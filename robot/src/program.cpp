@@ -38,8 +38,8 @@ std::string readyLine(const Options& options, const std::string& name) {
         return name + " listens on " + base::hostAndPort(options.fAddress, options.fPort);
     }
     if (options.fHttpPort != 0) {
-        return name + " listens on " +
-               base::hostAndPort(options.fAddress, options.fHttpPort) + " for HTTP alone";
+        return name + " listens on " + base::hostAndPort(options.fAddress, options.fHttpPort) +
+               " for HTTP alone";
     }
     return name + " listens on no port";
 }

@@ -33,8 +33,7 @@ boost::shared_ptr<KVBroker> listen(const Options& options, const std::string& na
                                   settings);
 }
 
-std::unique_ptr<KV::BonjourAnnouncer> makeAnnouncer(const Options& options,
-                                                    const std::string& name,
+std::unique_ptr<KV::BonjourAnnouncer> makeAnnouncer(const Options& options, const std::string& name,
                                                     const Output& output) {
     if (!options.fAnnounce) {
         return nullptr;

@@ -30,8 +30,8 @@ boost::shared_ptr<KVBroker> listen(const Options& options, const std::string& na
                                    const KVSettings& settings);
 
 /** Returns null if the robot is not to be announced, or nobody else could reach it. */
-std::unique_ptr<KV::BonjourAnnouncer> makeAnnouncer(const Options& options,
-                                                    const std::string& name, const Output& output);
+std::unique_ptr<KV::BonjourAnnouncer> makeAnnouncer(const Options& options, const std::string& name,
+                                                    const Output& output);
 
 }  // namespace robot
 

@@ -78,6 +78,19 @@ TEST(RecordingCommand, InfoListsChannelsWithTheirMessages) {
     EXPECT_EQ("icon.png", json["attachments"][0]["name"]);
 }
 
+TEST(RecordingCommand, InfoNamesTheChannelsThatAReplayLeavesOut) {
+    const std::string path = pathOf("others.mcap");
+    recording::Writer writer(path);
+    writer.addChannel(0, "/tf", "cdr");
+    writer.addChannel(0, "/arm", "protobuf");
+    writer.addChannel(0, "/imu", "json");
+    writer.finish();
+    const std::string text = outputOf({"info", path});
+    EXPECT_THAT(text, AllOf(HasSubstr("No replay   /tf: the encoding 'cdr' is not supported\n"),
+                            HasSubstr("No replay   /arm: it has no protobuf schema\n")));
+    EXPECT_THAT(text, ::testing::Not(HasSubstr("/imu:")));
+}
+
 TEST(RecordingCommand, TextsOfAFileCannotReachTheTerminal) {
     const std::string path = pathOf("texts.mcap");
     recording::WriterOptions options;

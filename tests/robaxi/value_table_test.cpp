@@ -56,6 +56,19 @@ TEST_F(Table, KeepsTheTimeOfTheLastChange) {
     EXPECT_GT(fTable.getValue("a").fTime, 1500000000000000);
 }
 
+TEST_F(Table, RestoresValuesWithTheirOwnTimes) {
+    const std::uint32_t a = fTable.addKey(key("a"), 1, 500);
+    const std::uint32_t b = fTable.addKey(key("b"), 1);
+    EXPECT_EQ(fTable.getValue("a").fTime, 500);
+    fTable.restore({{a, 1, 2000}, {b, "text", 1000}, {999, 5, 1000}});
+    EXPECT_EQ(fTable.getValue("a").fTime, 2000);
+    EXPECT_EQ(fTable.getValue("b").fTime, 1000);
+    EXPECT_EQ(fTable.getValue("b").fValue, KVValue("text"));
+    EXPECT_EQ(fTable.getKeys()[1].fType, KVValue::Type::String);
+    fTable.restore({{a, 1, 300}});
+    EXPECT_EQ(fTable.getValue("a").fTime, 300);
+}
+
 TEST_F(Table, PassesOverUnknownIdentifiers) {
     const std::uint32_t a = fTable.addKey(key("a"), 1);
     fTable.setValues({{999, 5}, {a, 2}});

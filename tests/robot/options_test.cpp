@@ -114,12 +114,41 @@ TEST_F(OptionsTest, helpNamesEveryOptionAndEndsWithStatusZero) {
                                "--rate",
                                "--hostile",
                                "--no-video",
+                               "--replay",
+                               "--robot",
+                               "--start",
+                               "--speed",
+                               "--loop",
+                               "--paused",
                                "--tls-certificate",
                                "--tls-key",
                                "--token-file",
                                "--allow-plain-token"}) {
         EXPECT_THAT(fOutput.str(), HasSubstr(option));
     }
+}
+
+TEST_F(OptionsTest, takesAReplayWithItsOwnOptionsOnly) {
+    const Options options = parsed({"--replay", "walk.mcap", "--robot", "buddy", "--start", "1.5",
+                                    "--speed", "50", "--loop", "--paused"});
+    EXPECT_EQ(options.fReplay.fFile, "walk.mcap");
+    EXPECT_EQ(options.fReplay.fRobot, "buddy");
+    EXPECT_EQ(options.fReplay.fPlayer.fStart, 1.5);
+    EXPECT_EQ(options.fReplay.fPlayer.fSpeed, 50);
+    EXPECT_TRUE(options.fReplay.fPlayer.fLoop);
+    EXPECT_TRUE(options.fReplay.fPlayer.fIsPaused);
+    EXPECT_EQ(options.fName, "");
+    EXPECT_EQ(parsed({"--replay", "walk.mcap", "--name", "other"}).fName, "other");
+    EXPECT_FALSE(parsed({"--replay", "walk.mcap"}).fReplay.fPlayer.fIsPaused);
+
+    EXPECT_THAT(mistake({"--paused"}), HasSubstr("--paused needs --replay and a file"));
+    EXPECT_THAT(mistake({"--speed", "2"}), HasSubstr("--speed needs --replay"));
+    EXPECT_THAT(mistake({"--replay", "a", "--speed", "51"}), HasSubstr("--speed takes 0.1 to 50"));
+    EXPECT_THAT(mistake({"--replay", "a", "--start", "-1"}), HasSubstr("--start takes 0 to"));
+    EXPECT_THAT(mistake({"--replay", "a", "--seed", "2"}),
+                HasSubstr("--seed is for a simulated robot"));
+    EXPECT_THAT(mistake({"--replay", "a", "--hostile"}), HasSubstr("--hostile is for"));
+    EXPECT_THAT(mistake({"--replay", "a", "--sim-port", "7"}), HasSubstr("--sim-port is for"));
 }
 
 TEST_F(OptionsTest, mistakesAreNamed) {

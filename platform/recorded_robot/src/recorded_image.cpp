@@ -194,11 +194,10 @@ std::optional<KVFrame> recordedJsonFrame(std::string_view message, std::string_v
     if (!data) {
         return std::nullopt;
     }
-    const std::string format =
-        textOf(map, schema == a_compressedImage ? "format" : "encoding");
-    return frameOf({format, *data, numberOf(map, "width"), numberOf(map, "height"),
-                    numberOf(map, "step")},
-                   schema);
+    const std::string format = textOf(map, schema == a_compressedImage ? "format" : "encoding");
+    return frameOf(
+        {format, *data, numberOf(map, "width"), numberOf(map, "height"), numberOf(map, "step")},
+        schema);
 }
 
 }  // namespace recorded_robot

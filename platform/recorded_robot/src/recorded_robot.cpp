@@ -70,7 +70,8 @@ RecordedChannel channelByTopic(const Channel& channel, const Schema* schema,
             entry(channel.fMetadata, "key", std::string(rest.substr(a_memory.size() + 1)));
         result.fUnit = entry(channel.fMetadata, "unit");
     } else if (result.fContent == Content::Picture && startsWith(rest, a_camera)) {
-        result.fName = entry(channel.fMetadata, "camera", std::string(rest.substr(a_camera.size())));
+        result.fName =
+            entry(channel.fMetadata, "camera", std::string(rest.substr(a_camera.size())));
     }
     result.fDescription = entry(channel.fMetadata, "description");
     return result;

@@ -246,9 +246,8 @@ bool ChunkStore::mayHave(const StoredChunk& chunk, const std::set<std::uint16_t>
         return true;
     }
     bool hasOne = false;
-    forEachChannel(chunk, [&](std::uint16_t channel) {
-        hasOne = hasOne || channels.count(channel) != 0;
-    });
+    forEachChannel(chunk,
+                   [&](std::uint16_t channel) { hasOne = hasOne || channels.count(channel) != 0; });
     return hasOne;
 }
 

@@ -76,8 +76,8 @@ void NewestMessages::xPrepare() {
         fDense[id] = next++;
     }
     fCheckpoints.emplace_back(fStore.fChannels.size());
-    fStride = std::max<std::size_t>(
-        1, chunks.size() * fStore.fChannels.size() / a_checkpointNumbers + 1);
+    fStride =
+        std::max<std::size_t>(1, chunks.size() * fStore.fChannels.size() / a_checkpointNumbers + 1);
     fIsPrepared = true;
 }
 
@@ -228,9 +228,8 @@ void NewestMessages::xReadChunk(std::size_t number, const std::set<std::uint16_t
     const StoredChunk& chunk = fStore.chunks()[number];
     const std::string_view records = fStore.load(chunk, fBuffers, fData);
     const bool isForOverlap =
-        std::any_of(channels.begin(), channels.end(), [&search](std::uint16_t channel) {
-            return search.fBest.count(channel) != 0;
-        });
+        std::any_of(channels.begin(), channels.end(),
+                    [&search](std::uint16_t channel) { return search.fBest.count(channel) != 0; });
     search.fOverlapping += isForOverlap ? records.size() : 0;
     if (search.fOverlapping > a_largestOpenChunks) {
         fail(nameOf(Opcode::Chunk), chunk.fOffset,

@@ -34,7 +34,7 @@ class NewestMessages {
   private:
     /** A message with its place in the order of messages. */
     struct Found {
-        Message fMessage;   ///< without data
+        Message fMessage;  ///< without data
         std::string fData;
         std::uint64_t fChunkOffset = 0;
         std::size_t fPlace = 0;  ///< within the chunk
@@ -59,9 +59,9 @@ class NewestMessages {
 
     ChunkStore& fStore;
     bool fIsPrepared = false;
-    bool fHasLists = false;     ///< of channels, for every chunk
-    bool fIsInFileOrder = true;  ///< the chunks' times ascend with their offsets
-    std::size_t fStride = 1;    ///< chunks from one checkpoint to the next
+    bool fHasLists = false;             ///< of channels, for every chunk
+    bool fIsInFileOrder = true;         ///< the chunks' times ascend with their offsets
+    std::size_t fStride = 1;            ///< chunks from one checkpoint to the next
     std::vector<std::uint32_t> fDense;  ///< index in LastChunks by channel
     std::vector<LastChunks> fCheckpoints;
     std::size_t fLastBeforeChunk = 0;

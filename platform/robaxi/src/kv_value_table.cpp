@@ -97,8 +97,7 @@ KVValueTable::KVValueTable() : fPrivate(std::make_shared<Private>()) {
 
 KVValueTable::~KVValueTable() = default;
 
-std::uint32_t KVValueTable::addKey(const KVKeyInfo& info, const KVValue& value,
-                                   std::int64_t time) {
+std::uint32_t KVValueTable::addKey(const KVKeyInfo& info, const KVValue& value, std::int64_t time) {
     const std::lock_guard lock(fPrivate->fMutex);
     if (info.fName.empty() || fPrivate->fIdOf.count(info.fName) != 0) {
         throw KVError(KVError::Cause::InvalidArgument,
@@ -165,9 +164,9 @@ void KVValueTable::restore(const std::vector<KVChange>& values) {
     const std::lock_guard lock(fPrivate->fMutex);
     bool changed = false;
     for (const KVChange& value : values) {
-        changed = fPrivate->xSet(value.fId, value.fValue, value.fTime,
-                                 Private::Equal::WithItsTime) ||
-                  changed;
+        changed =
+            fPrivate->xSet(value.fId, value.fValue, value.fTime, Private::Equal::WithItsTime) ||
+            changed;
     }
     if (changed) {
         fPrivate->xTellOfValues();

@@ -47,9 +47,9 @@ class Part {
             return;
         }
         std::vector<Point> kept{*fFirst, *fLowest, *fHighest, *fLast};
-        std::stable_sort(
-            kept.begin(), kept.end(),
-            [](const Point& left, const Point& right) { return left.fTime < right.fTime; });
+        std::stable_sort(kept.begin(), kept.end(), [](const Point& left, const Point& right) {
+            return left.fTime < right.fTime;
+        });
         for (const Point& point : kept) {
             if (points.empty() || points.back().fTime != point.fTime) {
                 points.push_back(point);
@@ -77,6 +77,27 @@ double numberOf(const KVValue& value) {
     }
 }
 
+/** The points of a span: all of them if they are few, otherwise those of its parts. */
+class ThinnedPoints {
+  public:
+    explicit ThinnedPoints(std::int64_t most) : fMost(static_cast<std::size_t>(most)) {}
+
+    void add(const Point& point) {
+        fPart.add(point);
+        if (fAll.size() <= fMost) {
+            fAll.push_back(point);
+        }
+    }
+    void endPart() { fPart.moveTo(fThinned); }
+    const std::vector<Point>& points() const { return fAll.size() <= fMost ? fAll : fThinned; }
+
+  private:
+    const std::size_t fMost;
+    std::vector<Point> fAll;  ///< one more than allowed if there are more
+    Part fPart;
+    std::vector<Point> fThinned;
+};
+
 KVValue::Map answer(const std::vector<Point>& points, bool isComplete) {
     KVValue::List times;
     KVValue::List values;
@@ -91,8 +112,7 @@ KVValue::Map answer(const std::vector<Point>& points, bool isComplete) {
 
 }  // namespace
 
-KeyHistory::KeyHistory(const std::string& path, const Stage& stage)
-    : fReader(path), fStage(stage) {
+KeyHistory::KeyHistory(const std::string& path, const Stage& stage) : fReader(path), fStage(stage) {
 }
 
 KeyHistory::Parts KeyHistory::xDivide(const std::set<std::uint16_t>& channels, std::uint64_t from,
@@ -128,14 +148,13 @@ KVValue::Map KeyHistory::get(const std::string& key, std::uint64_t from, std::ui
     }
     const std::lock_guard lock(fMutex);
     const Parts parts = xDivide(channels, from, to, points);
-    std::vector<Point> kept;
-    Part part;
+    ThinnedPoints kept(points);
     const auto take = [&](const Message& message) {
         const std::uint64_t time =
             message.fPublishTime != 0 ? message.fPublishTime : message.fLogTime;
         fStage.read(message, [&](const std::string& name, const KVValue& value) {
             if (name == key) {
-                part.add({static_cast<std::int64_t>(time / base::a_nanosecondsPerMicrosecond),
+                kept.add({static_cast<std::int64_t>(time / base::a_nanosecondsPerMicrosecond),
                           numberOf(value)});
             }
         });
@@ -143,33 +162,33 @@ KVValue::Map KeyHistory::get(const std::string& key, std::uint64_t from, std::ui
     try {
         // The value with which the span begins.
         fReader.newestAt(parts.fFrom, channels, take);
-        part.moveTo(kept);
+        kept.endPart();
         if (parts.isComplete()) {
             recording::Messages messages =
-                fReader.messages({parts.fFrom, to, channels, recording::Order::LogTime});
+                fReader.messages({parts.fFrom + 1, to, channels, recording::Order::LogTime});
             std::uint64_t end = parts.fFrom + parts.fWidth;
             while (const std::optional<Message> message = messages.next()) {
                 if (message->fLogTime >= end) {
-                    part.moveTo(kept);
+                    kept.endPart();
                     end += (message->fLogTime - end) / parts.fWidth * parts.fWidth + parts.fWidth;
                 }
                 take(*message);
             }
-            part.moveTo(kept);
+            kept.endPart();
         }
         for (std::size_t i = 0; !parts.isComplete() && i < parts.fCount; ++i) {
-            const std::uint64_t start = parts.fFrom + i * parts.fWidth;
+            const std::uint64_t start = parts.fFrom + 1 + i * parts.fWidth;
             recording::Messages messages = fReader.messages(
                 {start, std::min(to, start + parts.fRead), channels, recording::Order::LogTime});
             while (const std::optional<Message> message = messages.next()) {
                 take(*message);
             }
-            part.moveTo(kept);
+            kept.endPart();
         }
     } catch (const recording::RecordingError& error) {
         throw KVError(KVError::Cause::RaisedByModule, std::string(error.what()) + '.');
     }
-    return answer(kept, parts.isComplete());
+    return answer(kept.points(), parts.isComplete());
 }
 
 }  // namespace robot

@@ -62,9 +62,7 @@ Player::Player(recording::Reader& reader, Stage& stage, const PlayerOptions& opt
 
 Player::~Player() {
     fIsStopping = true;
-    {
-        const std::lock_guard lock(fMutex);
-    }
+    { const std::lock_guard lock(fMutex); }
     fWake.notify_all();
     fThread.join();
 }
@@ -316,7 +314,7 @@ bool Player::xStepBack(const std::set<std::uint16_t>& channels) {
 
 void Player::xFail(const std::string& fault) {
     fState.fIsPlaying = false;
-    fState.fFault = fault;
+    fState.fFault = fault + ". 'robaxi recording repair' writes a file without the damaged part.";
     fNext.reset();
     fMessages.reset();
 }

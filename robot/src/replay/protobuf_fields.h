@@ -9,7 +9,8 @@
 
 namespace robot {
 
-/** Reads messages in protobuf whose schema is in the recording. take() may be called from any thread. */
+/** Reads messages in protobuf whose schema is in the recording. take() may be called from any
+ * thread. */
 class ProtobufFields {
   public:
     /** @throws std::runtime_error with a sentence if the schema does not describe its message */

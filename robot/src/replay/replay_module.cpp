@@ -51,7 +51,8 @@ KVValue stateMap(const Player& player) {
 
 ReplayValues::ReplayValues()
     : fTable(boost::make_shared<KVValueTable>()),
-      fPosition(addKey(*fTable, "Position", "µs", "Time in the recording, since 1970-01-01 UTC", 0)),
+      fPosition(
+          addKey(*fTable, "Position", "µs", "Time in the recording, since 1970-01-01 UTC", 0)),
       fIsPlaying(addKey(*fTable, "Playing", "", "True if the time goes on", false)),
       fSpeed(addKey(*fTable, "Speed", "", "Recorded seconds in a second", 1.0)),
       fLoop(addKey(*fTable, "Loop", "", "True if it begins again at the end", false)),
@@ -79,13 +80,13 @@ boost::shared_ptr<KVModule> makeReplayModule(Player& player, KeyHistory& history
     module->bindMethod(
         "getState", [&player] { return stateMap(player).toMap(); },
         "Returns position, start, end, playing, speed, loop and fault.");
-    module->bindMethod("play", [&player] { player.play(); }, "Plays; at the end from the start.");
-    module->bindMethod("pause", [&player] { player.pause(); }, "Stops at the position.");
+    module->bindMethod(
+        "play", [&player] { player.play(); }, "Plays; at the end from the start.");
+    module->bindMethod(
+        "pause", [&player] { player.pause(); }, "Stops at the position.");
     module->bindMethod(
         "seek",
-        [&player](std::int64_t time) {
-            return microseconds(player.seek(endOfMicrosecond(time)));
-        },
+        [&player](std::int64_t time) { return microseconds(player.seek(endOfMicrosecond(time))); },
         "Goes to a time in microseconds since 1970; returns the position.");
     module->bindMethod(
         "step",
@@ -101,8 +102,9 @@ boost::shared_ptr<KVModule> makeReplayModule(Player& player, KeyHistory& history
             player.setSpeed(speed);
         },
         "Sets the recorded seconds in a second, 0.1 to 50.");
-    module->bindMethod("setLoop", [&player](bool loop) { player.setLoop(loop); },
-                       "Begins again at the end, or does not.");
+    module->bindMethod(
+        "setLoop", [&player](bool loop) { player.setLoop(loop); },
+        "Begins again at the end, or does not.");
     module->bindMethod(
         "getHistory",
         [&history](const std::string& key, std::int64_t from, std::int64_t to,

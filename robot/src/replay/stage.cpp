@@ -29,8 +29,7 @@ constexpr std::size_t a_longestCameraName = 200;  ///< bytes, of the protocol
 constexpr std::size_t a_mostCameras = 100;
 
 std::int64_t timeOf(const Message& message) {
-    const std::uint64_t time =
-        message.fPublishTime != 0 ? message.fPublishTime : message.fLogTime;
+    const std::uint64_t time = message.fPublishTime != 0 ? message.fPublishTime : message.fLogTime;
     return static_cast<std::int64_t>(time / base::a_nanosecondsPerMicrosecond);
 }
 
@@ -155,8 +154,8 @@ void Stage::xAddCameras(Reader& reader) {
         if (!hasPictures(recorded.fContent)) {
             continue;
         }
-        recorded.fName = std::string(
-            base::beginning(base::validUtf8(recorded.fName), a_longestCameraName));
+        recorded.fName =
+            std::string(base::beginning(base::validUtf8(recorded.fName), a_longestCameraName));
         const auto camera = fCameras.find(recorded.fName);
         if (camera != fCameras.end()) {
             camera->second.fChannels.insert(id);
@@ -232,11 +231,10 @@ std::set<std::uint16_t> Stage::keyChannels(const std::string& key) const {
     std::set<std::uint16_t> channels;
     for (const auto& [id, channel] : fChannelsById) {
         const RecordedChannel& recorded = channel.fChannel;
-        const bool isOfKey =
-            (recorded.fContent == Content::Value && recorded.fName == key) ||
-            (hasFields(recorded.fContent) &&
-             (recorded.fName == key ||
-              key.compare(0, recorded.fName.size() + 1, recorded.fName + '/') == 0));
+        const bool isOfKey = (recorded.fContent == Content::Value && recorded.fName == key) ||
+                             (hasFields(recorded.fContent) &&
+                              (recorded.fName == key || key.compare(0, recorded.fName.size() + 1,
+                                                                    recorded.fName + '/') == 0));
         if (isOfKey) {
             channels.insert(id);
         }
@@ -249,8 +247,7 @@ void Stage::read(const Message& message, const recorded_robot::TakeValue& take) 
     const RecordedChannel& recorded = channel.fChannel;
     switch (recorded.fContent) {
         case Content::Value:
-            if (const auto value =
-                    recorded_robot::recordedValue(message.fData, channel.fSchema)) {
+            if (const auto value = recorded_robot::recordedValue(message.fData, channel.fSchema)) {
                 take(recorded.fName, *value);
             }
             break;

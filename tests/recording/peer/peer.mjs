@@ -2,6 +2,7 @@
 //
 //   node peer.mjs read FILE            everything in the file, read in two ways, as JSON
 //   node peer.mjs decode FILE          every message, decoded by its channel's schema
+//   node peer.mjs write-fields FILE    a file as another program writes it
 //   node peer.mjs write FILE OPTIONS   a file as OPTIONS (JSON) say; its content as JSON
 import { crc32 } from "@foxglove/crc";
 import { McapIndexedReader, McapStreamReader, McapWriter } from "@mcap/core";
@@ -147,6 +148,45 @@ async function write(path, options) {
   return { messages };
 }
 
+// A file as another program writes it: fields in JSON and protobuf, a picture, and what nobody here reads.
+async function writeFields(path) {
+  const file = await open(path, "wx");
+  const writer = new McapWriter({ writable: new nodejs.FileHandleWritable(file), chunkSize: 200 });
+  await writer.start({ profile: "", library: "not Obvista" });
+  const root = protobuf.parse(
+    `syntax = "proto3"; package maker;
+     message Point { double x = 1; }
+     message Arm { int32 joints = 1; Point tip = 2; repeated float loads = 3; }`,
+    { keepCase: true },
+  ).root;
+  const arm = root.lookupType("maker.Arm");
+  const set = protobufDescriptor.FileDescriptorSet.encode(root.toDescriptor("proto3")).finish();
+  const text = (value) => new TextEncoder().encode(value);
+  const add = async (topic, messageEncoding, name, encoding, data) =>
+    writer.registerChannel({
+      topic,
+      messageEncoding,
+      schemaId: await writer.registerSchema({ name, encoding, data }),
+      metadata: new Map(),
+    });
+  const imu = await add("/imu", "json", "Imu", "jsonschema", text('{"type":"object"}'));
+  const arms = await add("/arm", "protobuf", "maker.Arm", "protobuf", set);
+  const camera = await add("/camera", "json", "foxglove.RawImage", "jsonschema", text("{}"));
+  const tf = await add("/tf", "cdr", "tf2_msgs/msg/TFMessage", "ros2msg", text("int32 x"));
+  for (let i = 0; i < 50; ++i) {
+    const time = 1700000000000000000n + BigInt(i) * 10000000n;
+    const write = (channelId, data) =>
+      writer.addMessage({ channelId, sequence: i, logTime: time, publishTime: time, data });
+    await write(imu, text(JSON.stringify({ gyro: { x: i / 2 }, name: `n${i}` })));
+    await write(arms, arm.encode({ joints: i, tip: { x: -i }, loads: [1, 2] }).finish());
+    await write(camera, text(JSON.stringify({ width: 2, height: 1, step: 2, encoding: "mono8", data: "AQI=" })));
+    await write(tf, new Uint8Array([1]));
+  }
+  await writer.end();
+  await file.close();
+  return {};
+}
+
 // Every message as a viewer shows it: by the schema of its channel, which is in the file.
 async function decode(path, decompressHandlers) {
   const file = await open(path, "r");
@@ -192,6 +232,8 @@ if (command === "read") {
   result = { stream: await readStream(path, handlers), indexed: await readIndexed(path, handlers) };
 } else if (command === "decode") {
   result = await decode(path, await loadDecompressHandlers());
+} else if (command === "write-fields") {
+  result = await writeFields(path);
 } else {
   result = await write(path, JSON.parse(options));
 }

@@ -174,24 +174,59 @@ class TheirFiles(unittest.TestCase):
         self.compare(False, useAttachmentIndex=False, useMetadataIndex=False)
 
 
+def with_robot(options, use):
+    """Calls a function with the address of a robot."""
+    for _ in range(10):
+        with socket.socket() as listener:
+            listener.bind(("127.0.0.1", 0))
+            port = str(listener.getsockname()[1])
+        with subprocess.Popen([ROBOT, "--address", "127.0.0.1", "--port", port, "--http-port", "0",
+                               "--no-announce", *options], stdout=subprocess.PIPE, text=True) as robot:
+            try:
+                if "listens on" in robot.stdout.readline():
+                    use("127.0.0.1:" + port)
+                    return
+            finally:
+                robot.terminate()
+    raise AssertionError("the robot does not start")
+
+
+class TheirRobots(unittest.TestCase):
+    """A recording that the peer has written, replayed."""
+
+    def test_fields_and_pictures(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder) / "fields.mcap"
+            run(["node", PEER, "write-fields", path])
+            info = run([ROBAXI, "recording", "info", path, "--json"])
+            self.assertEqual(info["not_replayed"],
+                             [{"topic": "/tf", "reason": "the encoding 'cdr' is not supported"}])
+            with_robot(["--replay", path, "--paused"], self.check)
+
+    def check(self, place):
+        def call(module, method, *arguments):
+            return run([ROBAXI, "call", "--json", place, module, method, *map(json.dumps, arguments)])
+
+        start = 1700000000000000
+        for i in (49, 0, 17):
+            self.assertEqual(call("KVReplay", "seek", start + i * 10000), start + i * 10000)
+            values = {key: call("KVMemory", "getData", key)
+                      for key in call("KVMemory", "getDataList", "")}
+            self.assertEqual(values, {"imu/gyro/x": i / 2, "imu/name": f"n{i}", "arm/joints": i,
+                                      "arm/tip/x": -i, "arm/loads": [1, 2]})
+        camera, = call("KVVideo", "getCameras")
+        self.assertEqual((camera["name"], camera["settings"]["width"]), ("camera", 2))
+        history = call("KVReplay", "getHistory", "arm/joints", start, start + 10**9, 1000)
+        self.assertEqual(history["values"], list(range(50)))
+        self.assertEqual(history["times"], [start + i * 10000 for i in range(50)])
+
+
 class RecordedRobots(unittest.TestCase):
     """A recording of a simulated robot, as the peer shows it."""
 
     @staticmethod
     def record(path):
-        for _ in range(10):
-            with socket.socket() as listener:
-                listener.bind(("127.0.0.1", 0))
-                port = str(listener.getsockname()[1])
-            with subprocess.Popen([ROBOT, "--address", "127.0.0.1", "--port", port, "--http-port", "0",
-                                   "--no-announce"], stdout=subprocess.PIPE, text=True) as robot:
-                try:
-                    if "listens on" in robot.stdout.readline():
-                        RecordedRobots.record_enough("127.0.0.1:" + port, path)
-                        return
-                finally:
-                    robot.terminate()
-        raise AssertionError("the robot does not start")
+        with_robot([], lambda place: RecordedRobots.record_enough(place, path))
 
     @staticmethod
     def record_enough(place, path):

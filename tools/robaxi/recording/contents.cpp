@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <iomanip>
+#include <recorded_robot/recorded_robot.h>
 #include <sstream>
 #include <vector>
 
@@ -84,6 +85,24 @@ std::string channelRow(const Reader& reader, const Channel& channel) {
            (schema.empty() ? "" : ' ' + base::oneLine(schema)) + '\n';
 }
 
+struct LeftOut {
+    std::string fTopic;
+    std::string fReason;
+};
+
+/** The channels that a replay leaves out. */
+std::vector<LeftOut> leftOut(const Reader& reader) {
+    std::vector<LeftOut> channels;
+    for (const recorded_robot::RecordedRobot& robot : recorded_robot::robotsOf(reader)) {
+        for (const auto& [id, channel] : robot.fChannels) {
+            if (channel.fContent == recorded_robot::Content::Unknown) {
+                channels.push_back({reader.channels().at(id).fTopic, channel.fReason});
+            }
+        }
+    }
+    return channels;
+}
+
 Json damagesJson(const std::vector<Damage>& damages) {
     Json list = Json::array();
     for (const Damage& damage : damages) {
@@ -142,6 +161,9 @@ std::string textOfRecording(const std::string& path, const Reader& reader) {
     for (const Channel* channel : channelsOf(reader)) {
         text += channelRow(reader, *channel);
     }
+    for (const LeftOut& channel : leftOut(reader)) {
+        text += row("No replay", channel.fTopic + ": " + channel.fReason);
+    }
     for (const Damage& damage : reader.damages()) {
         text += row("Damage", damage.fText);
     }
@@ -158,6 +180,10 @@ std::string jsonOfRecording(const std::string& path, const Reader& reader) {
                             {"encoding", channel->fMessageEncoding},
                             {"schema", schemaOf(reader, *channel)},
                             {"metadata", channel->fMetadata}});
+    }
+    Json notReplayed = Json::array();
+    for (const LeftOut& channel : leftOut(reader)) {
+        notReplayed.push_back({{"topic", channel.fTopic}, {"reason", channel.fReason}});
     }
     Json attachments = Json::array();
     for (const recording::AttachmentIndex& attachment : reader.attachments()) {
@@ -179,6 +205,7 @@ std::string jsonOfRecording(const std::string& path, const Reader& reader) {
                      {"messages", statistics.fMessageCount},
                      {"chunks", statistics.fChunkCount},
                      {"channels", std::move(channels)},
+                     {"not_replayed", std::move(notReplayed)},
                      {"attachments", std::move(attachments)},
                      {"metadata", std::move(metadata)},
                      {"damages", damagesJson(reader.damages())}});

@@ -22,8 +22,8 @@ KVValue parseLiteral(const std::string& argument) {
         throw UsageError("'" + argument + "' is not UTF-8");
     }
     try {
-        if (const auto value = recorded_robot::valueOfJson(
-                argument, recorded_robot::LargeIntegers::Refused)) {
+        if (const auto value =
+                recorded_robot::valueOfJson(argument, recorded_robot::LargeIntegers::Refused)) {
             return *value;
         }
     } catch (const recorded_robot::JsonLimit& limit) {

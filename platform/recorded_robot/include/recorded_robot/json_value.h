@@ -1,8 +1,9 @@
 #ifndef RECORDED_ROBOT_JSON_VALUE_H
 #define RECORDED_ROBOT_JSON_VALUE_H
 
-#include <optional>
 #include <robaxi/kv_value.h>
+
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>

@@ -1,8 +1,9 @@
 #ifndef RECORDED_ROBOT_RECORDED_IMAGE_H
 #define RECORDED_ROBOT_RECORDED_IMAGE_H
 
-#include <optional>
 #include <robaxi/kv_frame.h>
+
+#include <optional>
 #include <string_view>
 
 /**

@@ -1,9 +1,10 @@
 #ifndef RECORDED_ROBOT_RECORDED_VALUE_H
 #define RECORDED_ROBOT_RECORDED_VALUE_H
 
+#include <robaxi/kv_value.h>
+
 #include <functional>
 #include <optional>
-#include <robaxi/kv_value.h>
 #include <string>
 #include <string_view>
 

@@ -1,0 +1,303 @@
+// A replay shows at each time what the robot had, however that time is reached.
+#include "replay/player.h"
+
+#include "recorded_walk.h"
+#include "replay/key_history.h"
+
+#include <robaxi/kv_error.h>
+#include <robaxi/kv_frame_source.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <condition_variable>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <mutex>
+#include <random>
+#include <recorded_robot/recorded_robot.h>
+
+namespace robot_test {
+namespace {
+
+using robot::KeyHistory;
+using robot::Player;
+using robot::PlayerOptions;
+using robot::PlayerState;
+using robot::Stage;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+constexpr std::uint64_t a_end = 6000 * a_millisecond;
+constexpr std::chrono::seconds a_patience(60);
+
+/** A recording that is played. */
+class Replay {
+  public:
+    explicit Replay(const std::string& path, const PlayerOptions& options = paused())
+        : fReader(path),
+          fStage(fReader, recorded_robot::robotsOf(fReader).at(0),
+                 [this](const std::string& line) { fComplaints.push_back(line); }),
+          fPlayer(std::make_unique<Player>(fReader, fStage, options,
+                                           [this](const PlayerState& state) { xTake(state); })) {}
+
+    static PlayerOptions paused() {
+        PlayerOptions options;
+        options.fIsPaused = true;
+        return options;
+    }
+
+    Player& player() { return *fPlayer; }
+    Stage& stage() { return fStage; }
+    const std::vector<std::string>& complaints() const { return fComplaints; }
+
+    std::map<std::string, Expected> shown() const {
+        std::map<std::string, Expected> shown;
+        for (const KVKeyInfo& key : fStage.memory()->getValues()->getKeys()) {
+            const KVChange value = fStage.memory()->getValues()->getValue(key.fName);
+            shown[key.fName] = {value.fValue, value.fTime};
+        }
+        return shown;
+    }
+
+    KVValue value(const std::string& key) const {
+        return fStage.memory()->getValues()->getValue(key).fValue;
+    }
+
+    bool waitUntil(const std::function<bool(const PlayerState&)>& condition) {
+        std::unique_lock lock(fMutex);
+        return fChanged.wait_for(lock, a_patience, [&] { return condition(fState); });
+    }
+
+  private:
+    void xTake(const PlayerState& state) {
+        const std::lock_guard lock(fMutex);
+        fState = state;
+        fChanged.notify_all();
+    }
+
+    std::mutex fMutex;
+    std::condition_variable fChanged;
+    PlayerState fState;
+    recording::Reader fReader;
+    std::vector<std::string> fComplaints;
+    Stage fStage;
+    std::unique_ptr<Player> fPlayer;
+};
+
+void expectShown(const std::map<std::string, Expected>& expected, const Replay& replay) {
+    const std::map<std::string, Expected> shown = replay.shown();
+    for (const auto& [key, value] : expected) {
+        const auto found = shown.find(key);
+        ASSERT_NE(shown.end(), found) << key;
+        ASSERT_EQ(value.fValue, found->second.fValue) << key;
+        if (value.fTime != 0) {
+            ASSERT_EQ(value.fTime, found->second.fTime) << key;
+        }
+    }
+    for (const auto& [key, value] : shown) {
+        // A key of the group stays, without a value, before its first one.
+        ASSERT_TRUE(expected.count(key) != 0 || value.fValue.isNothing()) << key;
+    }
+}
+
+/** Fast and slow keys, of all kinds, in many chunks. */
+void writeWalk(RecordedWalk& walk) {
+    std::mt19937 random(11);
+    std::uint32_t frames = 0;
+    for (std::uint64_t time = 10; time < 6000; time += 10) {
+        const std::uint64_t now = time * a_millisecond;
+        const auto number = static_cast<std::int64_t>(time);
+        walk.set(now, "Joint/Knee", 0.001 * static_cast<double>(number));
+        walk.set(now, "Steps", number / 100);
+        if (random() % 30 == 0) {
+            walk.set(now, "State", "state " + std::to_string(number));
+        }
+        if (random() % 50 == 0) {
+            walk.set(now, "Type", number % 20 == 0 ? KVValue(number) : KVValue(0.5));
+        }
+        if (random() % 40 == 0) {
+            walk.set(now, "Group/" + std::to_string(random() % 5), number);
+        }
+        if (random() % 60 == 0) {
+            walk.set(now, "Goes", number % 20 == 0);
+        }
+        if (random() % 80 == 0) {
+            walk.removeKey(now, "Goes");
+        }
+        if (time % 40 == 0) {
+            walk.addFrame(now, "head", ++frames);
+        }
+    }
+    walk.set(a_end, "Rare", true);
+    walk.finish();
+}
+
+TEST(Player, ASeekShowsWhatAStraightReadingShows) {
+    RecordedWalk walk("seek.mcap");
+    writeWalk(walk);
+    Replay replay(walk.path());
+    EXPECT_THAT(replay.complaints(), ElementsAre());
+    std::mt19937_64 random(3);
+    for (int i = 0; i < 300; ++i) {
+        const std::uint64_t time = random() % (a_end + 1);
+        const std::uint64_t position = replay.player().seek(a_start + time);
+        ASSERT_EQ(std::max(a_start + time, replay.player().start()), position);
+        expectShown(walk.at(position - a_start), replay);
+        if (HasFatalFailure()) {
+            FAIL() << time;
+        }
+    }
+}
+
+TEST(Player, StepsThroughEveryChangeAndBack) {
+    RecordedWalk walk("steps.mcap");
+    writeWalk(walk);
+    std::vector<std::uint64_t> times = walk.times();
+    times.erase(std::unique(times.begin(), times.end()), times.end());
+    Replay replay(walk.path());
+    EXPECT_EQ(a_start + times.front(), replay.player().state().fPosition);
+    for (std::size_t i = 1; i < times.size(); ++i) {
+        ASSERT_EQ(a_start + times[i], replay.player().step(1, ""));
+        expectShown(walk.at(times[i]), replay);
+    }
+    EXPECT_EQ(a_start + times.back(), replay.player().step(1, ""));
+    for (std::size_t i = times.size() - 1; i > 0; i -= 7) {
+        if (i < 8) {
+            break;
+        }
+        ASSERT_EQ(a_start + times[i - 7], replay.player().step(-7, ""));
+        expectShown(walk.at(times[i - 7]), replay);
+    }
+    replay.player().step(-Player::a_mostSteps, "");
+    EXPECT_EQ(a_start + times.front(), replay.player().state().fPosition);
+    // The next frame is that of 40 ms.
+    EXPECT_EQ(a_start + 40 * a_millisecond, replay.player().step(1, "head"));
+    EXPECT_EQ(a_start + 120 * a_millisecond, replay.player().step(2, "head"));
+    EXPECT_EQ(a_start + 80 * a_millisecond, replay.player().step(-1, "head"));
+    expectShown(walk.at(80 * a_millisecond), replay);
+    EXPECT_EQ(a_start + 80 * a_millisecond, replay.player().step(1, "no such camera"));
+}
+
+TEST(Player, PlaysToTheEndAndStops) {
+    RecordedWalk walk("play.mcap");
+    writeWalk(walk);
+    Replay replay(walk.path());
+    replay.player().setSpeed(50);
+    replay.player().play();
+    ASSERT_TRUE(replay.waitUntil([](const PlayerState& state) {
+        return !state.fIsPlaying && state.fPosition == a_start + a_end;
+    }));
+    expectShown(walk.at(a_end), replay);
+    // Again from the beginning.
+    replay.player().play();
+    EXPECT_TRUE(replay.waitUntil([](const PlayerState& state) {
+        return state.fIsPlaying && state.fPosition < a_start + a_end;
+    }));
+    replay.player().pause();
+    EXPECT_FALSE(replay.player().state().fIsPlaying);
+    expectShown(walk.at(replay.player().state().fPosition - a_start), replay);
+}
+
+TEST(Player, BeginsAgainAtTheEndOfALoop) {
+    RecordedWalk walk("loop.mcap");
+    writeWalk(walk);
+    PlayerOptions options;
+    options.fLoop = true;
+    options.fSpeed = 50;
+    options.fStart = 5.5;
+    Replay replay(walk.path(), options);
+    EXPECT_TRUE(replay.waitUntil(
+        [](const PlayerState& state) { return state.fPosition < a_start + 5500 * a_millisecond; }));
+    EXPECT_TRUE(replay.player().state().fIsPlaying);
+}
+
+TEST(Player, KeepsUnitsAndDescriptionsAndRefusesWriting) {
+    RecordedWalk walk("meta.mcap");
+    walk.set(0, "Joint/Knee", 0.5);
+    walk.finish();
+    Replay replay(walk.path());
+    const auto keys = replay.stage().memory()->getValues()->getKeys();
+    ASSERT_EQ(1U, keys.size());
+    EXPECT_EQ("rad", keys[0].fUnit);
+    EXPECT_EQ("an angle", keys[0].fDescription);
+    EXPECT_FALSE(keys[0].fWritable);
+    EXPECT_THROW(replay.stage().memory()->invoke("setData", {"Joint/Knee", 1.0}), KVError);
+    EXPECT_EQ(nullptr, replay.stage().video());
+}
+
+TEST(Player, StopsAtADamagedPartAndSaysWhere) {
+    RecordedWalk walk("damaged.mcap");
+    writeWalk(walk);
+    std::ifstream file(walk.path(), std::ios::binary);
+    std::string bytes{std::istreambuf_iterator<char>(file), {}};
+    const std::size_t middle = bytes.find("(\xB5\x2F\xFD", bytes.size() / 3);
+    ASSERT_NE(std::string::npos, middle);
+    bytes[middle + 30] = static_cast<char>(bytes[middle + 30] ^ 0x55);
+    const std::string path = pathOf("damaged2.mcap");
+    std::ofstream(path, std::ios::binary) << bytes;
+    Replay replay(path);
+    replay.player().setSpeed(50);
+    replay.player().play();
+    ASSERT_TRUE(replay.waitUntil([](const PlayerState& state) { return !state.fFault.empty(); }));
+    EXPECT_THAT(replay.player().state().fFault, HasSubstr("chunk at byte"));
+    EXPECT_FALSE(replay.player().state().fIsPlaying);
+    // The part before it can be seen.
+    replay.player().seek(a_start + 500 * a_millisecond);
+    EXPECT_EQ("", replay.player().state().fFault);
+    expectShown(walk.at(500 * a_millisecond), replay);
+}
+
+// Histories
+
+std::vector<double> numbersOf(const KVValue::Map& history) {
+    std::vector<double> numbers;
+    for (const KVValue& number : history.at("values").toList()) {
+        numbers.push_back(number.toFloat());
+    }
+    return numbers;
+}
+
+TEST(History, HasEveryNumberOfAFewAndTheExtremesOfMany) {
+    RecordedWalk walk("history.mcap");
+    for (std::uint64_t i = 0; i < 6000; ++i) {
+        const double spike = i == 4321 ? 50 : std::sin(static_cast<double>(i));
+        walk.set(i * a_millisecond, "Wave", spike);
+    }
+    for (std::uint64_t i = 6000; i < 6005; ++i) {
+        walk.set(i * a_millisecond, "Few", static_cast<std::int64_t>(i));
+    }
+    walk.finish();
+    Replay replay(walk.path());
+    KeyHistory history(walk.path(), replay.stage());
+    const KVValue::Map few = history.get("Few", a_start, a_start + a_end * 2, 100);
+    EXPECT_THAT(numbersOf(few), ElementsAre(6000, 6001, 6002, 6003, 6004));
+    EXPECT_EQ(KVValue(robotTime(6000 * a_millisecond)), few.at("times").toList().at(0));
+    EXPECT_TRUE(few.at("complete").toBool());
+
+    const KVValue::Map wave = history.get("Wave", a_start, a_start + a_end * 2, 100);
+    const std::vector<double> numbers = numbersOf(wave);
+    EXPECT_LE(numbers.size(), 105U);
+    EXPECT_EQ(50, *std::max_element(numbers.begin(), numbers.end()));
+    EXPECT_LT(*std::min_element(numbers.begin(), numbers.end()), -0.99);
+    const KVValue::List& times = wave.at("times").toList();
+    EXPECT_TRUE(std::is_sorted(
+        times.begin(), times.end(),
+        [](const KVValue& left, const KVValue& right) { return left.toInt() < right.toInt(); }));
+    // A span begins with the value that held then.
+    const KVValue::Map part =
+        history.get("Few", a_start + 6002 * a_millisecond + 1, a_start + 6003 * a_millisecond, 100);
+    EXPECT_THAT(numbersOf(part), ElementsAre(6002, 6003));
+
+    EXPECT_THROW(history.get("No such key", a_start, a_start + a_end, 100), KVError);
+    EXPECT_THROW(history.get("Few", a_start, a_start + a_end, 1), KVError);
+    EXPECT_THROW(history.get("Few", a_start, a_start + a_end, 1'000'000), KVError);
+    EXPECT_THAT(numbersOf(history.get("Few", a_start + a_end * 2, a_start, 100)),
+                ElementsAre(6004));
+}
+
+}  // namespace
+}  // namespace robot_test
