@@ -131,6 +131,7 @@ std::vector<RecordedRobot> robotsOf(const Reader& reader) {
         }
     }
     std::vector<RecordedRobot> result;
+    result.reserve(robots.size() + 1);
     for (Robot& robot : robots) {
         result.push_back(std::move(robot.fRobot));
     }

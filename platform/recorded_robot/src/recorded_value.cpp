@@ -104,7 +104,10 @@ void takeField(const KVValue& value, const std::string& path, const TakeValue& t
         return;
     }
     for (const auto& [name, element] : value.toMap()) {
-        takeField(element, path + '/' + name, take);
+        std::string field = path;
+        field += '/';
+        field += name;
+        takeField(element, field, take);
     }
 }
 
