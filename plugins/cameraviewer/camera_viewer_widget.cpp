@@ -188,6 +188,7 @@ void CameraViewerWidget::xOnCamerasChanged() {
                          camera != nullptr ? QString::fromStdString(camera->fName) : QString(),
                          camera != nullptr ? camera->fDescription : std::string(), fLink->address(),
                          fLink->port()});
+    setReplayCamera(camera != nullptr ? camera->fName : std::string());
     xUpdateReason();
     xUpdateReadout();
 }

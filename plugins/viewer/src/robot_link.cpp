@@ -1,3 +1,5 @@
+#include "replay_client.h"
+
 #include <obvista/viewer/robot_link.h>
 #include <robaxi/kv_connection.h>
 
@@ -11,6 +13,7 @@ RobotLink::RobotLink(const boost::shared_ptr<KVBroker>& broker, const std::strin
         fIsLost = true;
         fNotice.give();
     });
+    fReplay = std::make_unique<ReplayClient>(fConnection, fNotice);
 }
 
 RobotLink::~RobotLink() = default;
@@ -21,6 +24,7 @@ void RobotLink::close() {
     }
     fConnection->setLostHandler(nullptr);
     stop();
+    fReplay.reset();
     fConnection.reset();
     fNotice.give();
 }

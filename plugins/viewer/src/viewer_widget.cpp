@@ -1,5 +1,7 @@
 #include "key_list.h"
+#include "replay_client.h"
 #include "robot_header.h"
+#include "time_bar.h"
 
 #include <base/address.h>
 #include <obvista/viewer/labels.h>
@@ -36,8 +38,16 @@ ViewerWidget::ViewerWidget(std::shared_ptr<RobotLink> link, WidgetInterface* plu
       fLink(std::move(link)),
       fPlugin(plugin),
       fHeader(new RobotHeader(robotName(), robotAddress(), this)),
-      fBanner(makeBanner("viewerBanner", this)) {
+      fBanner(makeBanner("viewerBanner", this)),
+      fTimeBar(new TimeBar(this)) {
     fBanner->hide();
+    fTimeBar->hide();
+    connect(fTimeBar, &TimeBar::wanted, this,
+            [this](const std::string& method, const KVValue::List& arguments) {
+                if (ReplayClient* replay = fLink->replay()) {
+                    replay->call(method, arguments);
+                }
+            });
     connect(&fSeenTimer, &QTimer::timeout, this, &ViewerWidget::xUpdateSeen);
     fSeenTimer.start(a_seenTime);
     xFollowDock();
@@ -110,6 +120,17 @@ void ViewerWidget::layOut(QWidget* bar, const std::vector<QWidget*>& parts, QWid
     for (QWidget* part : parts) {
         column->addWidget(part, part == main ? 1 : 0);
     }
+    column->addWidget(fTimeBar);
+    // Made before the parts, so it would come first.
+    for (QWidget* part : parts) {
+        if (part == parts.back()) {
+            setTabOrder(part, fTimeBar);
+        }
+    }
+}
+
+void ViewerWidget::setReplayCamera(const std::string& camera) {
+    fTimeBar->setCamera(camera);
 }
 
 void ViewerWidget::setBanner(const QString& sentence) {
@@ -128,12 +149,22 @@ void ViewerWidget::xOnNotice() {
         xEnd(LinkState::Lost);
         xReportLoss();
     } else {
+        xShowReplay();
         Q_EMIT newsArrived();
+    }
+}
+
+void ViewerWidget::xShowReplay() {
+    const ReplayState state = fLink->replay()->state();
+    if (state.isReplay()) {
+        fTimeBar->showState(state);
+        fTimeBar->show();
     }
 }
 
 void ViewerWidget::xEnd(LinkState state) {
     fLinkState = state;
+    fTimeBar->setEnabled(false);
     setBanner(endText(state));
     Q_EMIT linkEnded();
 }
@@ -214,6 +245,9 @@ void ViewerWidget::xFloatDock() {
 
 void ViewerWidget::xListKeys() {
     std::vector<KeyGroup> groups = fKeys;
+    if (fTimeBar->isVisible()) {
+        groups.push_back(TimeBar::keys());
+    }
     groups.push_back(
         {tr("Every viewer"),
          {{keyText(a_listKeys), tr("list the keys of the viewer that has the focus")},

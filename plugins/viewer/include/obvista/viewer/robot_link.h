@@ -15,6 +15,8 @@ class KVConnection;
 
 namespace obvista {
 
+class ReplayClient;
+
 /**
  * The connection of one viewer to one robot.
  *
@@ -78,6 +80,10 @@ class OBVISTA_VIEWER_EXPORT RobotLink {
      * ViewerWidget receives it; the threads that bring something give it. */
     Notice& notice() { return fNotice; }
 
+    /** Returns the controls of a robot that is a replay; null once the link is closed. For
+     *  ViewerWidget. */
+    ReplayClient* replay() const { return fReplay.get(); }
+
   protected:
     /** Null once the link is closed. */
     const boost::shared_ptr<KVConnection>& connection() const { return fConnection; }
@@ -93,6 +99,7 @@ class OBVISTA_VIEWER_EXPORT RobotLink {
     Notice fNotice;
     std::atomic<bool> fIsLost{false};
     boost::shared_ptr<KVConnection> fConnection;
+    std::unique_ptr<ReplayClient> fReplay;
 };
 
 }  // namespace obvista

@@ -11,6 +11,7 @@
 #include <QWidget>
 
 #include <memory>
+#include <string>
 #include <vector>
 
 class QDockWidget;
@@ -20,11 +21,13 @@ namespace obvista {
 
 class RobotHeader;
 class RobotLink;
+class TimeBar;
 
 /**
  * The base class of a viewer's widget: it receives the notices of its link, knows if the user can
  * see it, follows its dock, and has a header with the robot's name and a banner for what is wrong.
- * Keys close and float the dock, and F1 lists the keys, while the focus is in the viewer.
+ * Keys close and float the dock, and F1 lists the keys, while the focus is in the viewer. A robot
+ * that is a replay of a recording gets a time bar below the parts.
  *
  * ```cpp
  * connect(this, &ViewerWidget::newsArrived, this, [this] { xShow(fLink->take()); });
@@ -103,12 +106,16 @@ class OBVISTA_VIEWER_EXPORT ViewerWidget : public QWidget {
      */
     void setMainPart(QWidget* part) { fMainPart = part; }
 
+    /** Sets the camera that the viewer shows: the time bar of a replay steps by its frames. */
+    void setReplayCamera(const std::string& camera);
+
     /** Adds keys to the list opened by F1, before those of every viewer. */
     void addKeys(const KeyGroup& group) { fKeys.push_back(group); }
 
   private:
     void xOnNotice();
     void xEnd(LinkState state);
+    void xShowReplay();
     void xReportLoss();
     void xUpdateSeen();
     void xAddShortcut(const QKeySequence& keys, void (ViewerWidget::*slot)());
@@ -124,6 +131,7 @@ class OBVISTA_VIEWER_EXPORT ViewerWidget : public QWidget {
     LinkState fLinkState = LinkState::Connected;
     RobotHeader* fHeader;
     QLabel* fBanner;
+    TimeBar* fTimeBar;
     QPointer<QWidget> fMainPart;
     std::vector<KeyGroup> fKeys;
     QTimer fSeenTimer;
