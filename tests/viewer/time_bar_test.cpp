@@ -1,4 +1,5 @@
-// The time bar of a viewer: it appears for a replay, calls "KVReplay", and shows what the robot says.
+// The time bar of a viewer: it appears for a replay, calls "KVReplay", and shows what the robot
+// says.
 #include <obvista/viewer/robot_link.h>
 #include <obvista/viewer/viewer_widget.h>
 #include <robaxi/kv_broker.h>
@@ -16,7 +17,6 @@
 #include <boost/make_shared.hpp>
 
 #include <loopback_broker.h>
-
 #include <mutex>
 
 namespace {
@@ -253,8 +253,8 @@ void TimeBarTest::everyControlHasAName() {
     for (const char* const name : {"replaySlider", "replayBack", "replayPlay", "replayForward"}) {
         QVERIFY2(!xFind<QWidget>(name)->accessibleName().isEmpty(), name);
     }
-    for (const char* const name :
-         {"replaySlider", "replayBack", "replayPlay", "replayForward", "replaySpeed", "replayLoop"}) {
+    for (const char* const name : {"replaySlider", "replayBack", "replayPlay", "replayForward",
+                                   "replaySpeed", "replayLoop"}) {
         QVERIFY2((xFind<QWidget>(name)->focusPolicy() & Qt::TabFocus) != 0, name);
         QVERIFY2(!xFind<QWidget>(name)->toolTip().isEmpty(), name);
     }

@@ -4,15 +4,15 @@
 #include <obvista/viewer/plain_text.h>
 #include <obvista/viewer/wrap_layout.h>
 
-#include <QAccessible>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDateTime>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QPainter>
+#include <QPolygonF>
 #include <QSignalBlocker>
 #include <QSlider>
-#include <QStyle>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -51,11 +51,80 @@ QString speedText(double speed) {
     return QStringLiteral("%1\u00D7").arg(speed);
 }
 
+/** A triangle that points to the right, or to the left for a negative width. */
+QPolygonF triangle(const QRectF& rect) {
+    return {{rect.topLeft(), QPointF(rect.right(), rect.center().y()), rect.bottomLeft()}};
+}
+
 }  // namespace
+
+/** A button with a symbol in the colour of its text, which dark palettes need. */
+class SymbolButton : public QToolButton {
+  public:
+    enum class Symbol { Play, Pause, Back, Forward };
+
+    SymbolButton(const char* objectName, Symbol symbol, const QString& text, QWidget* parent)
+        : QToolButton(parent) {
+        setObjectName(QLatin1String(objectName));
+        setAutoRaise(true);
+        setFocusPolicy(Qt::StrongFocus);
+        showSymbol(symbol, text);
+    }
+
+    void showSymbol(Symbol symbol, const QString& text) {
+        fSymbol = symbol;
+        setToolTip(text);
+        setAccessibleName(text);
+        update();
+    }
+
+    QSize sizeHint() const override {
+        const int side = fontMetrics().height() * 2;
+        return {side, side};
+    }
+
+  protected:
+    void paintEvent(QPaintEvent* event) override {
+        QToolButton::paintEvent(event);
+        const double side = fontMetrics().ascent();
+        QRectF rect(0, 0, side, side);
+        rect.moveCenter(QRectF(this->rect()).center());
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(palette().color(QPalette::ButtonText));
+        const double bar = side / 4;
+        switch (fSymbol) {
+            case Symbol::Play:
+                painter.drawPolygon(triangle(rect));
+                break;
+            case Symbol::Pause:
+                painter.drawRect(QRectF(rect.left(), rect.top(), bar * 1.4, side));
+                painter.drawRect(QRectF(rect.right() - bar * 1.4, rect.top(), bar * 1.4, side));
+                break;
+            case Symbol::Forward:
+                painter.drawRect(QRectF(rect.left(), rect.top(), bar, side));
+                painter.drawPolygon(triangle(rect.adjusted(bar * 1.4, 0, 0, 0)));
+                break;
+            case Symbol::Back:
+                painter.drawRect(QRectF(rect.right() - bar, rect.top(), bar, side));
+                painter.drawPolygon(
+                    triangle(QRectF(rect.right() - bar * 1.4, rect.top(), bar * 1.4 - side, side)));
+                break;
+        }
+    }
+
+  private:
+    Symbol fSymbol = Symbol::Play;
+};
 
 TimeBar::TimeBar(QWidget* parent)
     : QWidget(parent),
       fSlider(new QSlider(Qt::Horizontal, this)),
+      fBack(new SymbolButton("replayBack", SymbolButton::Symbol::Back, tr("Step back"), this)),
+      fPlay(new SymbolButton("replayPlay", SymbolButton::Symbol::Play, tr("Play"), this)),
+      fForward(new SymbolButton("replayForward", SymbolButton::Symbol::Forward, tr("Step forward"),
+                                this)),
       fPosition(makeLabel("replayPosition", this)),
       fSpeed(new QComboBox(this)),
       fLoop(new QCheckBox(tr("&Loop"), this)),
@@ -72,9 +141,6 @@ TimeBar::TimeBar(QWidget* parent)
 
     auto* controls = new QWidget(this);
     auto* row = new WrapLayout(controls);
-    fBack = xAddButton("replayBack", QStyle::SP_MediaSeekBackward, tr("Step back"));
-    fPlay = xAddButton("replayPlay", QStyle::SP_MediaPlay, tr("Play"));
-    fForward = xAddButton("replayForward", QStyle::SP_MediaSeekForward, tr("Step forward"));
     fBack->setAutoRepeat(true);
     fForward->setAutoRepeat(true);
     connect(fBack, &QToolButton::clicked, this, [this] { xStep(-1); });
@@ -126,17 +192,6 @@ KeyGroup TimeBar::keys() {
               tr("go to the start or end of the recording")}}};
 }
 
-QToolButton* TimeBar::xAddButton(const char* objectName, int icon, const QString& text) {
-    auto* button = new QToolButton(this);
-    button->setObjectName(QLatin1String(objectName));
-    button->setIcon(style()->standardIcon(static_cast<QStyle::StandardPixmap>(icon)));
-    button->setAutoRaise(true);
-    button->setFocusPolicy(Qt::StrongFocus);
-    button->setToolTip(text);
-    button->setAccessibleName(text);
-    return button;
-}
-
 bool TimeBar::eventFilter(QObject* watched, QEvent* event) {
     if (watched != fSlider || event->type() != QEvent::KeyPress) {
         return QWidget::eventFilter(watched, event);
@@ -175,10 +230,8 @@ void TimeBar::showState(const ReplayState& state) {
     }
     const QString action = state.fIsPlaying ? tr("Pause") : tr("Play");
     if (fPlay->accessibleName() != action) {
-        fPlay->setIcon(
-            style()->standardIcon(state.fIsPlaying ? QStyle::SP_MediaPause : QStyle::SP_MediaPlay));
-        fPlay->setToolTip(action);
-        fPlay->setAccessibleName(action);
+        fPlay->showSymbol(
+            state.fIsPlaying ? SymbolButton::Symbol::Pause : SymbolButton::Symbol::Play, action);
     }
     xShowSpeed(state.fSpeed);
     fLoop->setChecked(state.fLoop);

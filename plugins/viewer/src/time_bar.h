@@ -11,9 +11,10 @@ class QCheckBox;
 class QComboBox;
 class QLabel;
 class QSlider;
-class QToolButton;
 
 namespace obvista {
+
+class SymbolButton;
 
 /**
  * The controls of a replay: a slider over the recording, play and pause, steps, speed and loop. It
@@ -38,7 +39,6 @@ class TimeBar : public QWidget {
     void wanted(const std::string& method, const KVValue::List& arguments);
 
   private:
-    QToolButton* xAddButton(const char* objectName, int icon, const QString& text);
     void xTogglePlaying();
     void xStep(int count);
     void xSeek(int place);
@@ -50,9 +50,9 @@ class TimeBar : public QWidget {
     ReplayState fState;
     std::string fCamera;
     QSlider* fSlider;
-    QToolButton* fPlay;
-    QToolButton* fBack;
-    QToolButton* fForward;
+    SymbolButton* fBack;
+    SymbolButton* fPlay;
+    SymbolButton* fForward;
     QLabel* fPosition;
     QComboBox* fSpeed;
     QCheckBox* fLoop;
