@@ -127,7 +127,7 @@ class Measurement {
         bench::compare("round trip, 99.9th percentile",
                        bench::quantile(fTimesBesideCamera, butOneInThousand),
                        bench::quantile(fTimes, butOneInThousand), "us");
-        std::printf("frames that came meanwhile: %llu, left out: %llu\n", fFrames, fFramesLeftOut);
+        std::printf("frames during the calls: %llu, left out: %llu\n", fFrames, fFramesLeftOut);
     }
 
   private:

@@ -77,7 +77,7 @@ _REASONS = {
     Cause.ADDRESS_IN_USE: "the port is in use by another program",
     Cause.CANNOT_LISTEN: "the address cannot be used",
     Cause.TOO_LARGE: "a message is larger than the limit",
-    Cause.WRONG_TYPE: "a value is not of the type asked for",
+    Cause.WRONG_TYPE: "a value is not of the requested type",
     Cause.CANCELLED: "it was cancelled",
     Cause.NO_SUCH_STREAM: "it has no camera of that name",
     Cause.NOT_TRUSTED: "the robot cannot be authenticated",

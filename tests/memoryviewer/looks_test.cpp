@@ -461,7 +461,7 @@ void LooksTest::keepsWidthsThatWereChosen() {
     QTRY_VERIFY(std::abs(xSection(a_valueColumn).width() - chosen) <= 1);
 }
 
-/** Whether the plot or the window's size is first makes no difference. */
+/** The order of opening a plot and resizing the window makes no difference. */
 void LooksTest::plotsInALowWindow() {
     const auto seen = [this] { return xCanvas()->visibleRegion().boundingRect().size(); };
     const auto verify = [&] {

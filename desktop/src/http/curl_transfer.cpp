@@ -72,7 +72,7 @@ QByteArray CurlTransfer::takeBody() {
 QString CurlTransfer::xErrorText(CURLcode result) const {
     if (result == CURLE_OK) {
         // libcurl treats a connection closed within the header as the end of the response.
-        return fHeaderComplete ? QString() : tr("The answer ended within its header");
+        return fHeaderComplete ? QString() : tr("The response ended within its header");
     }
     if (!fRefusal.isEmpty()) {
         return fRefusal;
@@ -202,13 +202,13 @@ std::size_t CurlTransfer::xOnBody(char* data, std::size_t size, std::size_t coun
 bool CurlTransfer::xAcceptHeaderLine(const QByteArray& line) {
     fHeaderSize += static_cast<std::size_t>(line.size());
     if (fHeaderSize > a_maximumHeaderSize) {
-        fRefusal = tr("The header of the answer is too long");
+        fRefusal = tr("The header of the response is too long");
         return false;
     }
     // libcurl decodes a compressed transfer coding by itself, and a few bytes could become many.
     const QByteArray field = line.trimmed().toLower();
     if (field.startsWith("transfer-encoding:") && field.mid(18).trimmed() != "chunked") {
-        fRefusal = tr("The answer has a transfer coding that was not asked for");
+        fRefusal = tr("The response has a transfer coding that was not requested");
         return false;
     }
     if (field.isEmpty() && xStatusCode() >= 200) {

@@ -135,7 +135,7 @@ const char* reasonOf(KVError::Cause cause) {
         case KVError::Cause::TooLarge:
             return "a message is larger than the limit";
         case KVError::Cause::WrongType:
-            return "a value is not of the type asked for";
+            return "a value is not of the requested type";
         case KVError::Cause::Cancelled:
             return "it was cancelled";
         case KVError::Cause::NoSuchStream:

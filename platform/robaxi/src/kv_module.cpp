@@ -140,7 +140,7 @@ KVValue KVModule::invoke(const std::string& method, const KVValue::List& argumen
     } catch (const std::exception& failure) {
         throw KVError(KVError::Cause::RaisedByModule, failure.what());
     } catch (...) {
-        throw KVError(KVError::Cause::RaisedByModule, "The method " + fPrivate->fName + "." +
-                                                          method + " failed without saying why.");
+        throw KVError(KVError::Cause::RaisedByModule,
+                      "The method " + fPrivate->fName + "." + method + " failed without a reason.");
     }
 }

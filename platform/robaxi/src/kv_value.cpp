@@ -70,7 +70,7 @@ std::int64_t KVValue::xSigned(std::uint64_t value) {
 
 void KVValue::xRefuseNarrowing(std::int64_t value) {
     throw KVError(KVError::Cause::WrongType, "The number " + std::to_string(value) +
-                                                 " does not fit the integer type asked for.");
+                                                 " does not fit the requested integer type.");
 }
 
 KVValue::Type KVValue::type() const noexcept {

@@ -10,7 +10,7 @@
 
 namespace obvista_test {
 
-/** What GStreamer finds in a Matroska file. */
+/** The contents of a Matroska file as GStreamer reads them. */
 struct MatroskaContent {
     struct Picture {
         std::int64_t fTime = 0;  ///< microseconds, rounded to what the file can tell

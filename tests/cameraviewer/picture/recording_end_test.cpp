@@ -25,7 +25,7 @@ using testing::HasSubstr;
 
 namespace {
 
-/** What becomes of a recording whose process ends, or has no room. */
+/** Recordings whose process ends, or whose disk is full. */
 class RecordingEnd : public testing::Test {
   protected:
     std::string path() const { return fFolder.filePath(QStringLiteral("a.mkv")).toStdString(); }

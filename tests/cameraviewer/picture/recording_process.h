@@ -8,7 +8,7 @@ namespace obvista_test {
 
 constexpr std::size_t a_processFrames = 50;
 
-/** What recording_process records again and again. */
+/** The frame that recording_process records repeatedly. */
 inline KVFrame processFrame() {
     return jpegFrame(smoothPicture(160, 120, QImage::Format_RGB888));
 }

@@ -27,7 +27,7 @@ class Snapshot : public testing::Test {
   protected:
     QString path(const char* name) const { return fFolder.filePath(QLatin1String(name)); }
 
-    /** What is in the file after it was written. */
+    /** Writes a frame as a picture, and returns what is in the file. */
     QImage written(const KVFrame& frame) {
         EXPECT_EQ(writeSnapshot(PictureDecoder().decode(frame), fOrigin, path("a.png")), QString());
         return QImage(path("a.png"), "png");

@@ -86,7 +86,7 @@ Finding checkNames(Examination& examination) {
     if (!state.fHasItsName) {
         return {Verdict::Skipped,
                 "The Avahi daemon is still establishing the name " + state.fHostName + '.',
-                "Ask again in a few seconds."};
+                "Try again in a few seconds."};
     }
     return {Verdict::Problem,
             "Names of the local network do not resolve: not even this computer's own, " +

@@ -191,7 +191,7 @@ Finding checkProtocol(Examination& examination) {
             return {Verdict::Problem,
                     "The versions do not match: what listens on " + place +
                         " speaks another version of the Robaxi protocol, or another protocol.",
-                    "Check the port; bring robot and computer to matching versions."};
+                    "Check the port; install matching versions on the robot and this computer."};
         default:
             return isOfAccess(*examination.fConnectError)
                        ? Finding{Verdict::Skipped,
@@ -203,7 +203,7 @@ Finding checkProtocol(Examination& examination) {
 
 Finding checkAccess(Examination& examination) {
     if (examination.fIsConnected) {
-        return {Verdict::Good, "It lets this computer in.", {}};
+        return {Verdict::Good, "It accepts this computer.", {}};
     }
     if (examination.fConnectError && isOfAccess(*examination.fConnectError)) {
         return split(*examination.fConnectError);

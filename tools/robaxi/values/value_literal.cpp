@@ -31,7 +31,7 @@ KVValue parseLiteral(const std::string& argument) {
     }
     if (startsLikeLiteral(argument)) {
         throw UsageError("'" + argument +
-                         "' is not a literal: texts stand in double quotes, also within lists and "
+                         "' is not a literal: texts are in double quotes, also within lists and "
                          "maps");
     }
     return argument;

@@ -187,7 +187,7 @@ void ClientSession::OnReadDone(bool ok) {
     fSilentHeartbeats = 0;
     for (v1::ServerMessage& message : *fIncoming.mutable_messages()) {
         if (!xReceive(message)) {
-            xLose({KVError::Cause::ConnectionLost, "the robot sent what cannot be read"});
+            xLose({KVError::Cause::ConnectionLost, "the robot sent an invalid message"});
             fContext.TryCancel();
             break;
         }
@@ -370,7 +370,7 @@ void ClientSession::xPost(v1::ClientMessage message, const CallOwner& owner, Dea
         xCheckOpen(owner);
     }
     if (!hasRoom) {
-        throw Failure{KVError::Cause::TimedOut, "too much waits to be sent"};
+        throw Failure{KVError::Cause::TimedOut, "too much data waits to be sent"};
     }
     fHasPosted = true;
     fOut.push(std::move(message));

@@ -14,7 +14,7 @@ enum class LinkState {
     Closed  ///< this side has closed the link
 };
 
-/** Why nothing comes any more, as a sentence for the user; empty while the link is connected. */
+/** Returns the reason of the end as a sentence for users; empty while the link is connected. */
 OBVISTA_VIEWER_EXPORT QString endText(LinkState state);
 
 }  // namespace obvista
