@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <memory>
 #include <string>
 #include <sys/resource.h>
@@ -23,6 +24,7 @@ using obvista_test::Certificate;
 using obvista_test::ChildProcess;
 using obvista_test::RobotProcess;
 using testing::HasSubstr;
+using testing::Not;
 
 namespace {
 
@@ -34,11 +36,15 @@ const std::string a_exhaustion = "file descriptors of this program (ulimit -n)";
 const std::string a_beginningOfHandshake = "\x16\x03\x01";
 
 /**
- * Five times the two seconds after which it serves again, and the five after which connections are
- * closed, since the machine may be busy. A robot that is deaf, or keeps them, does so for good.
+ * Five times the two seconds after which it serves again, since the machine may be busy. A robot
+ * that is deaf remains so.
  */
 constexpr std::chrono::seconds a_serviceAgain(10);
-constexpr std::chrono::seconds a_closing(25);
+/**
+ * For connections that are closed after 5 s, or after 20 s with a sanitizer, where the robot allows
+ * its clients to be slow (ROBAXI_LOSS). A robot that does not close them keeps them for good.
+ */
+constexpr std::chrono::seconds a_closing(60);
 
 using Clock = std::chrono::steady_clock;
 using Clients = std::vector<std::unique_ptr<TcpClient>>;
@@ -142,7 +148,7 @@ TEST_F(ConnectionsTest, thatNeverSayHelloAreClosed) {
     EXPECT_TRUE(silentOnTheWeb.read(std::string::npos, a_closing).has_value());
     EXPECT_TRUE(halfOnTheWeb.read(std::string::npos, a_closing).has_value());
     EXPECT_FALSE(served->getModules(a_timeOut).empty()) << "its client has said hello";
-    EXPECT_EQ(fRobot.process().errors(), "") << "there was room for all of them";
+    EXPECT_THAT(fRobot.process().errors(), Not(HasSubstr(a_exhaustion))) << "there was room";
 }
 
 class TlsConnectionsTest : public testing::Test {
@@ -174,6 +180,9 @@ TEST_F(TlsConnectionsTest, beyondItsDescriptorsDoNotMakeItDeaf) {
 }
 
 TEST_F(TlsConnectionsTest, thatNeverSayHelloAreClosed) {
+    if (std::getenv("ROBAXI_LOSS") != nullptr) {
+        GTEST_SKIP() << "it would take 20 s, as the test without TLS does";
+    }
     TcpClient silent(fRobot.port());
     TcpClient half(fRobot.port());
     half.send(a_beginningOfHandshake);

@@ -18,7 +18,13 @@ namespace robaxi {
 
 namespace {
 
-/** A TLS handshake on a separate connection, which is closed afterwards. */
+/**
+ * A TLS handshake on a separate connection, which is closed afterwards.
+ *
+ * Boost.Asio's ssl::stream is not used: it consumes the first bytes of the peer, which tell TLS
+ * from other protocols. A layer below it that records them, with the loop for the deadline, would
+ * take as many lines as sending and receiving do here.
+ */
 class Handshake {
   public:
     enum class Outcome { Silent, NotTls, Tls };
