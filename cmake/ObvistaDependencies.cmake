@@ -31,10 +31,14 @@ if(OBVISTA_BUILD_CAMERAVIEWER OR OBVISTA_BUILD_ROBOT)
         gstreamer-1.0 gstreamer-app-1.0 gstreamer-video-1.0)
 endif()
 
-# The command line of the robaxi tool, its output for programs, and the pictures that it saves.
+# Values in recordings that are replayed, and the tool's output for programs.
+if(OBVISTA_BUILD_ROBOT OR OBVISTA_BUILD_TOOLS)
+    find_package(nlohmann_json 3.11 REQUIRED)
+endif()
+
+# The command line of the robaxi tool, and the pictures that it saves.
 if(OBVISTA_BUILD_TOOLS)
     find_package(CLI11 2.1 REQUIRED)
-    find_package(nlohmann_json 3.11 REQUIRED)
     find_package(PNG 1.6 REQUIRED)
 endif()
 
