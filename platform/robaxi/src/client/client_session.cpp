@@ -267,16 +267,20 @@ void ClientSession::xHandleHello(const v1::HelloReply& reply) {
 }
 
 void ClientSession::xHandleAnswer(std::uint64_t callId, v1::ServerMessage& answer) {
-    const std::lock_guard lock(fMutex);
-    const auto found = fPending.find(callId);
-    if (found == fPending.end()) {
-        return;  // cancelled or timed out
+    std::shared_ptr<PendingCall> call;
+    {
+        const std::lock_guard lock(fMutex);
+        const auto found = fPending.find(callId);
+        if (found == fPending.end()) {
+            return;  // cancelled or timed out
+        }
+        call = std::move(found->second);
+        fPending.erase(found);
+        call->fAnswer.Swap(&answer);
+        call->fHasEnded = true;
     }
-    PendingCall& call = *found->second;
-    call.fAnswer.Swap(&answer);
-    call.fHasEnded = true;
-    fPending.erase(found);
-    call.fEnded.notify_one();  // with the lock held: its caller destroys the call at once
+    // Without the lock, which the caller takes as soon as it is awake.
+    call->fEnded.notify_one();
 }
 
 void ClientSession::xHandleHeartbeat(std::uint64_t number) {
@@ -326,30 +330,30 @@ void ClientSession::xLose(const Failure& failure) {
 v1::ServerMessage ClientSession::xRequest(v1::ClientMessage message, CallOwner& owner,
                                           Deadline deadline) {
     checkSize(message, fLimits.fMessage);
-    PendingCall call(owner);
+    const auto call = std::make_shared<PendingCall>(owner);
     const std::uint64_t callId = xRegister(call);
     setCallId(message, callId);
     if (fOut.waitForRoom(deadline)) {
         fOut.push(std::move(message));
     }
     std::unique_lock lock(fMutex);
-    if (!call.fEnded.wait_until(lock, deadline, [&call] { return call.fHasEnded; })) {
+    if (!call->fEnded.wait_until(lock, deadline, [&call] { return call->fHasEnded; })) {
         fPending.erase(callId);
         lock.unlock();
         xSendCancel(callId);
         throw Failure{KVError::Cause::TimedOut, {}};
     }
-    if (call.fFailure) {
-        throw Failure(*call.fFailure);
+    if (call->fFailure) {
+        throw Failure(*call->fFailure);
     }
-    return std::move(call.fAnswer);
+    return std::move(call->fAnswer);
 }
 
-std::uint64_t ClientSession::xRegister(PendingCall& call) {
+std::uint64_t ClientSession::xRegister(const std::shared_ptr<PendingCall>& call) {
     const std::lock_guard lock(fMutex);
-    xCheckOpen(*call.fOwner);
+    xCheckOpen(*call->fOwner);
     const std::uint64_t callId = ++fLastCallId;
-    fPending.emplace(callId, &call);
+    fPending.emplace(callId, call);
     return callId;
 }
 
@@ -404,10 +408,10 @@ void ClientSession::xCancelPending(const CallOwner& owner) {
                 continue;
             }
             cancelled.push_back(each->first);
-            each = fPending.erase(each);
             call.fFailure = Failure{KVError::Cause::Cancelled, {}};
             call.fHasEnded = true;
             call.fEnded.notify_one();
+            each = fPending.erase(each);
         }
     }
     for (const std::uint64_t callId : cancelled) {

@@ -104,7 +104,7 @@ class ClientSession : public Link,
     void xHandleHeartbeat(std::uint64_t number);
     void xBeat();
     void xLose(const Failure& failure);
-    std::uint64_t xRegister(PendingCall& call);
+    std::uint64_t xRegister(const std::shared_ptr<PendingCall>& call);
     void xCheckOpen(const CallOwner& owner) const;
     void xCancelPending(const CallOwner& owner);
     void xSendCancel(std::uint64_t callId);
@@ -124,7 +124,7 @@ class ClientSession : public Link,
     std::optional<v1::HelloReply> fHello;
     std::optional<Failure> fLoss;
     bool fIsDone = false;
-    std::unordered_map<std::uint64_t, PendingCall*> fPending;
+    std::unordered_map<std::uint64_t, std::shared_ptr<PendingCall>> fPending;
     std::uint64_t fLastCallId = 0;
     std::vector<LossListener*> fLossListeners;
 
