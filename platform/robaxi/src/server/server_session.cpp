@@ -27,6 +27,7 @@ ServerSession::ServerSession(Server& server, grpc::CallbackServerContext* contex
       fOut(fLimits.fMessage,
            [this](const v1::ServerBatch* batch) {
                fOutgoing = writeMessage(*batch);
+               giveToGrpc(batch);  // again, since it was read here
                StartWrite(&fOutgoing);
            }),
       fAssembler(fLimits.fMessage),
