@@ -20,17 +20,22 @@
 Q_LOGGING_CATEGORY(exampleLog, "obvista.example", QtWarningMsg)
 
 /** The connection to one robot, and the values that it has sent since the last take(). */
-class ExampleLink : public obvista::RobotLink, private KVSubscription::Listener {
+class ExampleLink : public obvista::RobotLink {
   public:
     using RobotLink::RobotLink;
     ~ExampleLink() override { close(); }
 
     /** Asks the robot for its values, at most 5 times a second, or for no more of them. */
     void follow(bool isWanted) {
-        const auto all = KVSubscription::Selection::AllKeys;
-        fSubscription = isWanted && !isClosed()
-                            ? KVSubscription::start(connection(), "KVMemory", all, 5, this)
-                            : nullptr;
+        fSubscription.reset();
+        if (isWanted && !isClosed()) {
+            // The middleware calls these on its own threads.
+            KVSubscription::Callbacks callbacks;
+            callbacks.fKeysAdded = [this](const auto& keys) { xAddKeys(keys); };
+            callbacks.fValuesChanged = [this](const auto& changes) { xChange(changes); };
+            const auto all = KVSubscription::Selection::AllKeys;
+            fSubscription = KVSubscription::start(connection(), "KVMemory", all, 5, callbacks);
+        }
     }
     std::map<std::string, KVValue> take() {
         const std::lock_guard<std::mutex> lock(fMutex);
@@ -40,21 +45,18 @@ class ExampleLink : public obvista::RobotLink, private KVSubscription::Listener 
   private:
     void stop() override { fSubscription.reset(); }
 
-    // The middleware calls these on its own threads.
-    void keysAdded(const std::vector<KVKeyInfo>& keys) override {
+    void xAddKeys(const std::vector<KVKeyInfo>& keys) {
         for (const KVKeyInfo& key : keys) {
             fNames[key.fId] = key.fName;
         }
     }
-    void keysRemoved(const std::vector<std::uint32_t>&) override {}  // they keep their last value
-    void valuesChanged(const std::vector<KVChange>& changes) override {
+    void xChange(const std::vector<KVChange>& changes) {
         const std::lock_guard<std::mutex> lock(fMutex);
         for (const KVChange& change : changes) {
             fNews[fNames[change.fId]] = change.fValue;
         }
         notice().give();
     }
-    void ended(const KVError&) override {}  // the kit tells of a lost robot
 
     std::map<std::uint32_t, std::string> fNames;
     std::mutex fMutex;

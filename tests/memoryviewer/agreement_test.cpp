@@ -58,30 +58,19 @@ bool isNear(double actual, double expected) {
 }
 
 /** A second client beside the viewer that counts how often a robot sends a key. */
-class SentRate : private KVSubscription::Listener {
+class SentRate {
   public:
-    SentRate(int port, std::string key, double rate)
-        : fKey(std::move(key)),
-          fSubscription(KVSubscription::start(
-              KVConnection::open(KVBroker::createBroker("SentRate", "", 0, "", 0, 0, "", true),
-                                 RobotProcess::address(), port, 5),
-              "KVMemory", KVSubscription::Selection::ChosenKeys, rate, this)) {}
-    ~SentRate() override { fSubscription->stop(); }
+    SentRate(int port, const std::string& key, double rate) {
+        KVSubscription::Callbacks callbacks;
+        callbacks.fValuesChanged = [this](const std::vector<KVChange>& changes) { xAdd(changes); };
+        fSubscription = KVSubscription::start(
+            KVConnection::open(KVBroker::createBroker("SentRate", "", 0, "", 0, 0, "", true),
+                               RobotProcess::address(), port, 5),
+            "KVMemory", {key}, rate, callbacks);
+    }
+    ~SentRate() { fSubscription->stop(); }
     SentRate(const SentRate&) = delete;
     SentRate& operator=(const SentRate&) = delete;
-
-    /** Subscribes to the key. @return false if the robot has not sent its keys yet */
-    bool follow() {
-        std::uint32_t id = 0;
-        {
-            const std::lock_guard<std::mutex> lock(fMutex);
-            id = fId;
-        }
-        if (id != 0) {
-            fSubscription->setKeys({id});
-        }
-        return id != 0;
-    }
 
     /**
      * Returns the changes a second among those of the last five seconds; 0 before there are enough.
@@ -98,24 +87,14 @@ class SentRate : private KVSubscription::Listener {
     }
 
   private:
-    void keysAdded(const std::vector<KVKeyInfo>& keys) override {
-        const std::lock_guard<std::mutex> lock(fMutex);
-        for (const KVKeyInfo& key : keys) {
-            fId = key.fName == fKey ? key.fId : fId;
-        }
-    }
-    void keysRemoved(const std::vector<std::uint32_t>& /*ids*/) override {}
-    void valuesChanged(const std::vector<KVChange>& changes) override {
+    void xAdd(const std::vector<KVChange>& changes) {
         const std::lock_guard<std::mutex> lock(fMutex);
         for (const KVChange& change : changes) {
             fTimes.push_back(change.fTime);
         }
     }
-    void ended(const KVError& /*error*/) override {}
 
-    const std::string fKey;
     mutable std::mutex fMutex;
-    std::uint32_t fId = 0;
     std::deque<std::int64_t> fTimes;
     boost::shared_ptr<KVSubscription> fSubscription;
 };
@@ -251,8 +230,7 @@ void AgreementTest::ratesAreThoseThatTheRobotSends() {
         viewers += xShowDock(followRate);
         QTRY_VERIFY(indexOf(viewers.last(), a_steps).isValid());
     }
-    SentRate sent(fRobot->port(), a_steps, followRate);
-    QTRY_VERIFY(sent.follow());
+    const SentRate sent(fRobot->port(), a_steps, followRate);
     int agreed = 0;
     QString last;
     QTimer turns;

@@ -14,6 +14,17 @@ constexpr std::size_t a_mostChangesKept = 500000;
 
 }  // namespace
 
+KVSubscription::Callbacks MemoryFeed::callbacks() {
+    KVSubscription::Callbacks callbacks;
+    callbacks.fKeysAdded = [this](const std::vector<KVKeyInfo>& keys) { keysAdded(keys); };
+    callbacks.fKeysRemoved = [this](const std::vector<std::uint32_t>& ids) { keysRemoved(ids); };
+    callbacks.fValuesChanged = [this](const std::vector<KVChange>& changes) {
+        valuesChanged(changes);
+    };
+    callbacks.fEnded = [this](const KVError& error) { ended(error); };
+    return callbacks;
+}
+
 MemoryBatch MemoryFeed::take() {
     Pending pending;
     {

@@ -37,21 +37,24 @@ struct MemoryBatch {
  * which every change is kept, and one notice is given for everything that comes between two calls
  * of take(). All operations may be called from any thread.
  */
-class MemoryFeed : public KVSubscription::Listener {
+class MemoryFeed {
   public:
     /** @param notice given once for all that comes between two calls of take(); must outlive the
      *  feed */
     explicit MemoryFeed(obvista::Notice& notice) : fNotice(notice) {}
+
+    /** Returns the functions below, for a subscription that the feed outlives. */
+    KVSubscription::Callbacks callbacks();
 
     MemoryBatch take();
 
     /** Sets the keys of which every change is needed, for a plot or a recording. */
     void keepEveryChangeOf(std::unordered_set<std::uint32_t> ids);
 
-    void keysAdded(const std::vector<KVKeyInfo>& keys) override;
-    void keysRemoved(const std::vector<std::uint32_t>& ids) override;
-    void valuesChanged(const std::vector<KVChange>& changes) override;
-    void ended(const KVError& error) override;
+    void keysAdded(const std::vector<KVKeyInfo>& keys);
+    void keysRemoved(const std::vector<std::uint32_t>& ids);
+    void valuesChanged(const std::vector<KVChange>& changes);
+    void ended(const KVError& error);
 
   private:
     struct Pending {

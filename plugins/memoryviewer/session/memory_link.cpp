@@ -4,6 +4,8 @@
 
 #include <robaxi/kv_connection.h>
 
+#include <utility>
+
 namespace memoryviewer {
 
 namespace {
@@ -18,8 +20,7 @@ constexpr int a_writeTimeOut = 3;
 MemoryLink::MemoryLink(const boost::shared_ptr<KVBroker>& broker, const std::string& ip, int port,
                        double timeOut)
     : RobotLink(broker, ip, port, timeOut), fBroker(broker), fRate(a_firstRate) {
-    fFast = KVSubscription::start(connection(), a_module, KVSubscription::Selection::ChosenKeys,
-                                  fRate, &fFeed);
+    fFast = xSubscribe(fRate, fFeed.callbacks());
 }
 
 MemoryLink::~MemoryLink() {
@@ -46,9 +47,9 @@ void MemoryLink::subscribe(const SubscriptionPlan& plan, int rate) {
         fSlow.reset();
     } else if (plan.fSlow != fPlan.fSlow || !fSlow) {
         if (!fSlow) {
-            fSlow =
-                KVSubscription::start(connection(), a_module, KVSubscription::Selection::ChosenKeys,
-                                      a_slowRate, &fSlowListener);
+            KVSubscription::Callbacks values;  // the feed already has the keys
+            values.fValuesChanged = fFeed.callbacks().fValuesChanged;
+            fSlow = xSubscribe(a_slowRate, std::move(values));
         }
         fSlow->setKeys(plan.fSlow);
     }
@@ -63,8 +64,10 @@ std::unique_ptr<ValueWriter> MemoryLink::makeWriter() const {
     return std::make_unique<RobotWriter>(fBroker, address(), port(), a_writeTimeOut);
 }
 
-void MemoryLink::SlowListener::valuesChanged(const std::vector<KVChange>& changes) {
-    fFeed.valuesChanged(changes);
+boost::shared_ptr<KVSubscription> MemoryLink::xSubscribe(double rate,
+                                                         KVSubscription::Callbacks callbacks) {
+    return KVSubscription::start(connection(), a_module, KVSubscription::Selection::ChosenKeys,
+                                 rate, std::move(callbacks));
 }
 
 }  // namespace memoryviewer

@@ -53,22 +53,10 @@ class MemoryLink : public obvista::RobotLink {
     void stop() override;
 
   private:
-    /** Passes on the values that arrive once a second; the feed already has the keys. */
-    class SlowListener : public KVSubscription::Listener {
-      public:
-        explicit SlowListener(MemoryFeed& feed) : fFeed(feed) {}
-        void keysAdded(const std::vector<KVKeyInfo>& /*keys*/) override {}
-        void keysRemoved(const std::vector<std::uint32_t>& /*ids*/) override {}
-        void valuesChanged(const std::vector<KVChange>& changes) override;
-        void ended(const KVError& /*error*/) override {}
-
-      private:
-        MemoryFeed& fFeed;
-    };
+    boost::shared_ptr<KVSubscription> xSubscribe(double rate, KVSubscription::Callbacks callbacks);
 
     const boost::shared_ptr<KVBroker> fBroker;
     MemoryFeed fFeed{notice()};
-    SlowListener fSlowListener{fFeed};
     SubscriptionPlan fPlan;
     int fRate;
     boost::shared_ptr<KVSubscription> fFast;

@@ -24,12 +24,17 @@ class ReplayClient;
  * and the threads that work on them.
  *
  * ```cpp
- * class BatteryLink : public obvista::RobotLink, private KVSubscription::Listener {
+ * class BatteryLink : public obvista::RobotLink {
  *   public:
  *     using RobotLink::RobotLink;
  *     ~BatteryLink() override { close(); }
  *
- *     void follow() { fSubscription = KVSubscription::start(connection(), "KVMemory", ...); }
+ *     void follow() {
+ *         KVSubscription::Callbacks callbacks;
+ *         callbacks.fValuesChanged = ...;
+ *         fSubscription =
+ *             KVSubscription::start(connection(), "KVMemory", {"Battery/Charge"}, 5, callbacks);
+ *     }
  *
  *   protected:
  *     void stop() override { fSubscription.reset(); }
