@@ -144,7 +144,7 @@ class WithEcho(unittest.TestCase):
 
     def test_modules_are_listed(self):
         modules = self.client.unary(ROBAXI, "ListModules")["modules"]
-        self.assertEqual({module["name"] for module in modules}, {"Echo", "Memory"})
+        self.assertEqual({module["name"] for module in modules}, {"Echo", "Memory", "Talker"})
         [echo] = self.client.unary(ROBAXI, "ListModules", {"module": "Echo"})["modules"]
         self.assertIn("echo", [method["name"] for method in echo["methods"]])
         with self.assertRaises(grpc.RpcError) as raised:
