@@ -1,7 +1,6 @@
 #include "fields.h"
 
 #include <algorithm>
-#include <zlib.h>
 
 namespace recording {
 
@@ -43,11 +42,6 @@ std::string nameOf(Opcode opcode) {
 
 void fail(const std::string& what, std::uint64_t position, const std::string& fault) {
     throw RecordingError(what + " at byte " + std::to_string(position) + ' ' + fault);
-}
-
-std::uint32_t crc32Of(std::string_view bytes, std::uint32_t before) {
-    return static_cast<std::uint32_t>(
-        crc32_z(before, reinterpret_cast<const Bytef*>(bytes.data()), bytes.size()));
 }
 
 void putTexts(std::string& bytes, const Texts& texts) {

@@ -1,6 +1,8 @@
 #ifndef RECORDING_FIELDS_H
 #define RECORDING_FIELDS_H
 
+#include "crc32.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <recording/records.h>
@@ -42,9 +44,6 @@ std::string nameOf(Opcode opcode);
 
 /** Throws a RecordingError such as "chunk at byte 12 is cut off". */
 [[noreturn]] void fail(const std::string& what, std::uint64_t position, const std::string& fault);
-
-/** Continues the CRC-32 of what came before; 0 at the beginning. */
-std::uint32_t crc32Of(std::string_view bytes, std::uint32_t before = 0);
 
 /** Stores a number. @return the place behind it */
 template <class Number>
