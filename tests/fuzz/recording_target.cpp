@@ -1,11 +1,13 @@
 // A recording: what somebody else wrote into a file.
 //
 // The input is the file. It is read through its indexes and record by record, checked and, if it is
-// a recording at all, repaired; the repaired file has the messages of the broken one and no faults.
+// a recording at all, repaired and merged with itself. The new files have its messages, and the
+// repaired one has no faults.
 #include "fuzz_target.h"
 #include "temporary_file.h"
 
 #include <recording/check.h>
+#include <recording/copy.h>
 #include <recording/reader.h>
 #include <recording/repair.h>
 #include <string>
@@ -54,6 +56,22 @@ void readIndexed(const std::string& path) {
     }
 }
 
+/** Merges a file with itself: each message comes twice, or the file is refused. */
+void merge(const std::string& path, std::uint64_t messages) {
+    const std::string merged = path + ".merged";
+    try {
+        std::vector<recording::Source> sources;
+        for (int i = 0; i < 2; ++i) {
+            sources.push_back({path, std::make_unique<Reader>(path, Access::Sequential)});
+        }
+        const recording::CopyReport report = recording::copy(sources, merged);
+        require(report.fMessages == 2 * messages, "a copy has all messages");
+        ::unlink(merged.c_str());
+    } catch (const RecordingError&) {
+        require(::access(merged.c_str(), F_OK) != 0, "a copy that fails leaves no file");
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -73,6 +91,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const recording::CheckReport report = recording::check(repaired);
     ::unlink(repaired.c_str());
     require(report.fFaultCount == 0, "a repaired file has no faults");
+    merge(file.path(), messages);
     require(report.fMessages == messages, "a repaired file has all messages that can be read");
     return 0;
 }

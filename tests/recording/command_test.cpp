@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <recording/check.h>
 
 namespace recording_test {
 namespace {
@@ -178,10 +179,97 @@ TEST(RecordingCommand, WrongFilesAndWordsAreRefused) {
     expectFailure(a_badRecording, "No such file", runRecording({"check", pathOf("nosuch.mcap")}));
     expectFailure(a_wrongUsage, "did you mean 'check'?",
                   runRecording({"chek", sample("any.mcap")}));
-    expectFailure(a_wrongUsage, "--output is for 'repair'",
+    expectFailure(a_wrongUsage, "--output is for 'cut', 'merge' and 'repair'",
                   runRecording({"info", sample("any.mcap"), "-o", "x.mcap"}));
     expectFailure(a_cannotWrite, "No such file",
                   runRecording({"repair", sample("any.mcap"), "-o", pathOf("no/x.mcap")}));
+}
+
+TEST(RecordingCommand, CutCopiesASpanOfTimeAndSomeTopics) {
+    const std::string path = sample("long.mcap");
+    const std::vector<Heard> all = hear(path);
+    const std::string part = pathOf("cut_part.mcap");
+    EXPECT_EQ(part + '\n', outputOf({"cut", path, "--from", "0.5", "--to", "1", "-o", part}));
+    EXPECT_EQ(std::vector<Heard>(all.begin() + 50, all.begin() + 101), hear(part));
+    EXPECT_EQ(0U, recording::check(part).fFaultCount);
+    const recording::Reader reader(part);
+    EXPECT_EQ(1U, reader.attachments().size());
+    EXPECT_EQ(1U, reader.metadata().size());
+
+    const std::string texts = pathOf("cut_texts.mcap");
+    const Json report = Json::parse(outputOf(
+        {"cut", path, "--topic", "*/Text", "--from", "22:13:20.5Z", "-o", texts, "--json"}));
+    EXPECT_EQ(texts, report["file"]);
+    const std::vector<Heard> heard = hear(texts);
+    EXPECT_EQ(heard.size(), report["messages"]);
+    ASSERT_GT(heard.size(), 0U);
+    for (const Heard& message : heard) {
+        EXPECT_EQ("/robot1/memory/Text", message.fTopic);
+        EXPECT_GE(message.fLogTime, a_start + 500'000'000);
+    }
+    EXPECT_EQ(1U, recording::Reader(texts).channels().size());
+}
+
+TEST(RecordingCommand, MergeJoinsWhatWasCut) {
+    const std::string path = sample("joined.mcap");
+    const std::vector<std::string> parts{pathOf("p1.mcap"), pathOf("p2.mcap"), pathOf("p3.mcap")};
+    outputOf({"cut", path, "--to", "0.995", "-o", parts[0]});
+    outputOf({"cut", path, "--from", "0.996", "--topic", "*/Text", "-o", parts[1]});
+    outputOf({"cut", path, "--from", "0.996", "--topic", "*/Number", "-o", parts[2]});
+    const std::string merged = pathOf("merged.mcap");
+    outputOf({"merge", parts[2], parts[0], parts[1], "-o", merged});
+    EXPECT_EQ(hear(path), hear(merged));
+    EXPECT_EQ(0U, recording::check(merged).fFaultCount);
+    const recording::Reader reader(merged);
+    EXPECT_EQ(2U, reader.channels().size());
+    EXPECT_EQ(1U, reader.schemas().size());
+    EXPECT_EQ(1U, reader.attachments().size());
+    EXPECT_EQ(1U, reader.metadata().size());
+}
+
+TEST(RecordingCommand, CutReadsOnlyTheChunksItNeeds) {
+    // The others are not in the file.
+    const std::string path = writeLargeFile({100'000});
+    const std::string part = pathOf("cut_small.mcap");
+    outputOf({"cut", path, "--from", "0.0001", "--to", "0.0001", "-o", part});
+    const std::vector<Heard> heard = hear(part);
+    ASSERT_EQ(1U, heard.size());
+    EXPECT_EQ(100'000U, heard.front().fLogTime);
+}
+
+TEST(RecordingCommand, CutAndMergeRefuseWrongWords) {
+    const std::string path = sample("words.mcap");
+    const std::string before = bytesOf(path);
+    const std::string part = pathOf("refused.mcap");
+    expectFailure(a_wrongUsage, "-o FILE is missing", runRecording({"cut", path}));
+    expectFailure(a_wrongUsage, "only 'merge' takes several files",
+                  runRecording({"cut", path, path, "-o", part}));
+    expectFailure(a_wrongUsage, "--from is after --to",
+                  runRecording({"cut", path, "--from", "2", "--to", "1", "-o", part}));
+    for (const char* const time : {"", "x", "-1", "1e99", "25:00", "1:60", "nan", "2026-11-22"}) {
+        const ToolResult result =
+            runRecording({"cut", path, std::string("--from=") + time, "-o", part});
+        if (*time != '\0') {
+            expectFailure(a_wrongUsage, "is not a time in a recording", result);
+        }
+    }
+    expectFailure(a_wrongUsage, "--from, --to and --topic are for",
+                  runRecording({"info", path, "--from", "2"}));
+    expectFailure(a_cannotWrite, "exists", runRecording({"cut", path, "-o", path}));
+    EXPECT_TRUE(before == bytesOf(path));
+}
+
+TEST(RecordingCommand, ADamagedFileLeavesNoHalfCopy) {
+    const std::string path = sample("damaged_source.mcap");
+    std::string bytes = bytesOf(path);
+    // The chunks and their message indexes are in the first half.
+    bytes.replace(bytes.size() / 4, 300, 300, 'x');
+    writeBytes("damaged_source.mcap", bytes);
+    const std::string merged = pathOf("merged_none.mcap");
+    const std::string whole = sample("whole_one.mcap");
+    expectFailure(a_badRecording,
+                  "damaged_source.mcap: ", runRecording({"merge", whole, path, "-o", merged}));
+    EXPECT_FALSE(std::filesystem::exists(merged));
 }
 
 }  // namespace

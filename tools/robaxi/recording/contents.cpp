@@ -232,6 +232,13 @@ std::string jsonOfCheck(const recording::CheckReport& report) {
                      {"faults", damagesJson(report.fFaults)}});
 }
 
+std::string jsonOfCopy(const std::string& path, const recording::CopyReport& report) {
+    return jsonLine({{"file", path},
+                     {"messages", report.fMessages},
+                     {"attachments", report.fAttachments},
+                     {"metadata", report.fMetadata}});
+}
+
 std::string jsonOfRepair(const std::string& path, const recording::RepairReport& report) {
     return jsonLine({{"file", path},
                      {"messages", report.fMessages},

@@ -2,6 +2,7 @@
 #define OBVISTA_TOOLS_ROBAXI_RECORDING_CONTENTS_H
 
 #include <recording/check.h>
+#include <recording/copy.h>
 #include <recording/reader.h>
 #include <recording/repair.h>
 #include <string>
@@ -28,6 +29,9 @@ std::string jsonOfRecording(const std::string& path, const recording::Reader& re
 std::string textOfCheck(const recording::CheckReport& report);
 std::string jsonOfCheck(const recording::CheckReport& report);
 ///@}
+
+/** @param path the new file */
+std::string jsonOfCopy(const std::string& path, const recording::CopyReport& report);
 
 /** @param path the repaired file */
 std::string jsonOfRepair(const std::string& path, const recording::RepairReport& report);
