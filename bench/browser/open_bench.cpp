@@ -84,7 +84,7 @@ class User : public QObject {
 double bareConnection(int port) {
     QElapsedTimer timer;
     timer.start();
-    const auto broker = KVBroker::createBroker("bench", "", 0, "", 0, 0, "", false);
+    const auto broker = KVBroker::createBroker({"bench"});
     const auto connection = KVConnection::open(broker, "127.0.0.1", port, 2.0);
     return milliseconds(timer);
 }

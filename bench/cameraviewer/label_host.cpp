@@ -72,7 +72,7 @@ int main(int argc, char** argv) {
     window.setCentralWidget(label);
     bench::showLarge(window);
     LabelFeed feed(label);
-    const auto broker = KVBroker::createBroker("Label", "", 0, "", 0, 0, "", true);
+    const auto broker = KVBroker::createBroker({"Label"});
     const auto connection = KVConnection::open(broker, "127.0.0.1", std::atoi(argv[1]), 5);
     const auto stream = KVFrameStream::start(connection, "KVVideo", "head", &feed);
     const QSize picture(std::atoi(argv[2]), std::atoi(argv[3]));

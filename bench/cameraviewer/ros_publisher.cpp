@@ -50,7 +50,7 @@ int main(int argc, char** argv) {
     }
     ros::NodeHandle node;
     Publisher publisher(node);
-    const auto broker = KVBroker::createBroker("Publisher", "", 0, "", 0, 0, "", true);
+    const auto broker = KVBroker::createBroker({"Publisher"});
     const auto connection = KVConnection::open(broker, "127.0.0.1", std::atoi(argv[1]), 5);
     const auto stream = KVFrameStream::start(connection, "KVVideo", "head", &publisher);
     ros::spin();

@@ -124,7 +124,7 @@ class Slope {
 };
 
 void set(int port, const Camera& camera) {
-    const auto broker = KVBroker::createBroker("Bench", "", 0, "", 0, 0, "", true);
+    const auto broker = KVBroker::createBroker({"Bench"});
     KVProxy video("KVVideo", "127.0.0.1", port, broker, 5, 0);
     const KVValue::Map settings{{"width", KVValue(camera.fWidth)},
                                 {"height", KVValue(camera.fHeight)},

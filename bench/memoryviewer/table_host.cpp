@@ -118,7 +118,7 @@ int main(int argc, char** argv) {
     window.setCentralWidget(table);
     bench::fillScreen(window);
     TableFeed feed(table);
-    const auto broker = KVBroker::createBroker("Table", "", 0, "", 0, 0, "", true);
+    const auto broker = KVBroker::createBroker({"Table"});
     const auto connection = KVConnection::open(broker, "127.0.0.1", std::atoi(argv[1]), 5);
     const auto subscription = KVSubscription::start(
         connection, "KVMemory", KVSubscription::Selection::ChosenKeys, a_rate, &feed);

@@ -90,7 +90,7 @@ Hold toldHold(const ChildProcess& program, const std::string& name) {
 class Probe {
   public:
     Probe(int port, const QRect& cell)
-        : fBroker(KVBroker::createBroker("Bench", "", 0, "", 0, 0, "", true)),
+        : fBroker(KVBroker::createBroker({"Bench"})),
           fBallamor("KVBallamor", RobotProcess::address(), port, fBroker, 5, 0),
           fCell(cell) {
         const int little = xInkOf(a_littleInk);

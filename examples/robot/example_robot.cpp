@@ -42,7 +42,7 @@ int main(int argc, char** argv) try {
     const auto video = boost::make_shared<KVVideoModule>();
     video->addCamera({{"head", "Between the eyes", {}, {320, 240, "grey", 15}}, takePicture});
 
-    const auto broker = KVBroker::createBroker(name, "0.0.0.0", 9559, "", 0, 0, "", false);
+    const auto broker = KVBroker::createBroker({name, "0.0.0.0", 9559});
     broker->addModule(memory);
     broker->addModule(video);
     std::ifstream file(argc > 2 ? argv[2] : "icon.png", std::ios::binary);

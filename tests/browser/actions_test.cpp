@@ -66,7 +66,7 @@ class Robot {
     static boost::shared_ptr<KVBroker> xListen() {
         for (int port = 20000;; ++port) {
             try {
-                return KVBroker::createBroker("robot", "127.0.0.1", port, "", 0, 0, "", false);
+                return KVBroker::createBroker({"robot", "127.0.0.1", port});
             } catch (const KVError& error) {
                 if (error.cause() != KVError::Cause::AddressInUse) {
                     throw;

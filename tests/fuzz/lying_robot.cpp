@@ -42,7 +42,7 @@ LyingRobot& LyingRobot::instance() {
     return robot;
 }
 
-LyingRobot::LyingRobot() : fClient(KVBroker::createBroker("Fuzz", "", 0, "", 0, 0, "", false)) {
+LyingRobot::LyingRobot() : fClient(KVBroker::createBroker({"Fuzz"})) {
     grpc::ServerBuilder builder;
     builder.AddListeningPort("127.0.0.1:0", grpc::InsecureServerCredentials(), &fPort);
     builder.RegisterService(this);

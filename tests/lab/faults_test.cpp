@@ -195,8 +195,7 @@ class Visit : private KVSubscription::Listener {
     std::optional<KVError> fLoss;
     std::optional<KVError> fEnd;
 
-    boost::shared_ptr<KVBroker> fBroker =
-        KVBroker::createBroker("Visitor", "", 0, "", 0, 0, "", false);
+    boost::shared_ptr<KVBroker> fBroker = KVBroker::createBroker({"Visitor"});
     boost::shared_ptr<KVConnection> fConnection;
     KVProxy fProxy;
     boost::shared_ptr<KVSubscription> fSubscription;
@@ -250,7 +249,7 @@ class Faults : public testing::Test {
     }
 
     static void expectConnectError(const std::string& address) {
-        const auto broker = KVBroker::createBroker("Late", "", 0, "", 0, 0, "", false);
+        const auto broker = KVBroker::createBroker({"Late"});
         const auto start = Clock::now();
         try {
             KVConnection::open(broker, address, a_port, a_timeOut);
@@ -266,7 +265,7 @@ class Faults : public testing::Test {
 
     static bool canConnect(const std::string& address) {
         try {
-            const auto broker = KVBroker::createBroker("Back", "", 0, "", 0, 0, "", false);
+            const auto broker = KVBroker::createBroker({"Back"});
             KVProxy proxy("KVMemory", address, a_port, broker, a_timeOut, 0);
             return proxy.call<std::string>("getData", std::string("Robaxi/Kind")) == "robot";
         } catch (const KVError&) {

@@ -49,7 +49,7 @@ class FlowTest : public QObject {
 void FlowTest::init() {
     fRobot = std::make_unique<MemoryRobot>();
     fRobot->set("Real", 1);
-    const auto broker = KVBroker::createBroker("FlowTest", "", 0, "", 0, 0, "", true);
+    const auto broker = KVBroker::createBroker({"FlowTest"});
     fLink = std::make_shared<MemoryLink>(broker, "127.0.0.1", fRobot->port(), 5);
     fWidget = std::make_unique<MemoryViewerWidget>(fLink, nullptr, nullptr);
     fWidget->show();

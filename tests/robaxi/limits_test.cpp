@@ -187,8 +187,7 @@ TEST_F(Limits, OnSessionsOfAnAddressLeaveOthersIn) {
     // Another address of the loopback represents another computer.
     KVSettings::Limits usual;
     usual.fSessionsOfAddress = 1;
-    const auto every = KVBroker::createBroker("Every", "", obvista_test::freePort(), "", 0, 0, "",
-                                              false, with(usual));
+    const auto every = KVBroker::createBroker({"Every", "0.0.0.0", 0, with(usual)});
     const auto fourth = KVConnection::open(makeClient(), "127.0.0.1", every->getPort(), 5);
     const auto sixth = KVConnection::open(makeClient(), "::1", every->getPort(), 5);
     EXPECT_CAUSE(errorOf([&] { KVConnection::open(makeClient(), "::1", every->getPort(), 5); }),

@@ -138,7 +138,7 @@ TEST_F(Settings, OfAFileThatCannotBeReadAreAnError) {
     const Variable file("ROBAXI_CONFIG", fFolder.path("absent.conf"));
     EXPECT_CAUSE(errorOf([] {
                      makeServer();
-                     KVBroker::createBroker("b", "", 0, "", 0, 0, "", false);
+                     KVBroker::createBroker({"b"});
                  }),
                  InvalidArgument);
 }

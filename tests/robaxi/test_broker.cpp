@@ -16,11 +16,11 @@ BrokerPtr makeServer(const std::string& name, const KVSettings& settings) {
 }
 
 BrokerPtr makeClient(const std::string& name) {
-    return KVBroker::createBroker(name, "", 0, "", 0, 0, "", false);
+    return KVBroker::createBroker({name});
 }
 
 BrokerPtr makeClient(const KVSettings& settings) {
-    return KVBroker::createBroker("Client", "", 0, "", 0, 0, "", false, settings);
+    return KVBroker::createBroker({"Client", "", 0, settings});
 }
 
 ModulePtr makeEcho() {

@@ -37,8 +37,8 @@ int main(int argc, char** argv) {
         return EXIT_FAILURE;
     }
     try {
-        const auto broker = KVBroker::createBroker("Process", robaxi_test::a_loopback,
-                                                   std::atoi(argv[1]), "", 0, 0, "", false);
+        const auto broker =
+            KVBroker::createBroker({"Process", robaxi_test::a_loopback, std::atoi(argv[1])});
         const auto table = boost::make_shared<KVValueTable>();
         KVKeyInfo key;
         key.fName = "counter";

@@ -22,9 +22,9 @@ using lab_test::Browser;
 using lab_test::isSeenInTheEnd;
 using lab_test::resolved;
 using obvista_test::ChildProcess;
+using obvista_test::RobotProcess;
 using obvista_test::lab::control;
 using obvista_test::lab::PausedDaemon;
-using obvista_test::RobotProcess;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
@@ -138,7 +138,7 @@ TEST_F(AnnouncedRobotTest, theMiddlewareIsWithdrawnAndAnnouncedAgainOnRequest) {
     AnnouncedRobot robot({"--name", "rob5", "--sim-port", std::to_string(a_simPort)});
     ASSERT_TRUE(fRobots.saw(resolved("rob5", a_robax, 80)));
     ASSERT_TRUE(fMiddlewares.saw(resolved("rob5", a_robaxi, 9559)));
-    const auto broker = KVBroker::createBroker("test", "", 0, "", 0, 0, "", false);
+    const auto broker = KVBroker::createBroker({"test"});
     KVProxy controls = sim(broker);
     controls.callVoid("setMiddleware", false);
     EXPECT_TRUE(fMiddlewares.lost("rob5"));
@@ -151,7 +151,7 @@ TEST_F(AnnouncedRobotTest, theMiddlewareIsWithdrawnAndAnnouncedAgainOnRequest) {
 TEST_F(AnnouncedRobotTest, theWholeAnnouncementAndItsAddressChangeOnRequest) {
     AnnouncedRobot robot({"--name", "rob6", "--sim-port", std::to_string(a_simPort)});
     ASSERT_TRUE(fRobots.saw(resolved("rob6", a_robax, 80)));
-    const auto broker = KVBroker::createBroker("test", "", 0, "", 0, 0, "", false);
+    const auto broker = KVBroker::createBroker({"test"});
     KVProxy controls = sim(broker);
     controls.callVoid("setAnnounced", false);
     EXPECT_TRUE(fRobots.lost("rob6"));

@@ -68,7 +68,7 @@ class ConnectionsTest : public testing::Test {
     ConnectionsTest() { allowFewDescriptors(fRobot); }
 
     static int readValue(int port) {
-        const auto broker = KVBroker::createBroker("test", "", 0, "", 0, 0, "", false);
+        const auto broker = KVBroker::createBroker({"test"});
         KVProxy memory("KVMemory", RobotProcess::address(), port, broker, a_timeOut, 0);
         return memory.call<int>("getData", "Robot/Joints");
     }
@@ -113,7 +113,7 @@ TEST_F(ConnectionsTest, ofItsWebServerDoNotMakeItDeaf) {
 }
 
 TEST_F(ConnectionsTest, leaveDescriptorsToThoseWhoAreServed) {
-    const auto broker = KVBroker::createBroker("test", "", 0, "", 0, 0, "", false);
+    const auto broker = KVBroker::createBroker({"test"});
     const auto served =
         KVConnection::open(broker, RobotProcess::address(), fRobot.port(), a_timeOut);
     const Clients idle = connectIdle(fRobot.port());
@@ -130,7 +130,7 @@ TEST_F(ConnectionsTest, leaveDescriptorsToThoseWhoAreServed) {
 
 // On the web server: that send no whole request.
 TEST_F(ConnectionsTest, thatNeverSayHelloAreClosed) {
-    const auto broker = KVBroker::createBroker("test", "", 0, "", 0, 0, "", false);
+    const auto broker = KVBroker::createBroker({"test"});
     const auto served =
         KVConnection::open(broker, RobotProcess::address(), fRobot.port(), a_timeOut);
     TcpClient silent(fRobot.port());
@@ -157,7 +157,7 @@ class TlsConnectionsTest : public testing::Test {
         KVSettings trusting;
         trusting.fAccess.fUsesTls = true;
         trusting.fAccess.fTrust = fCertificate.fFile;
-        const auto broker = KVBroker::createBroker("test", "", 0, "", 0, 0, "", false, trusting);
+        const auto broker = KVBroker::createBroker({"test", "", 0, trusting});
         KVProxy memory("KVMemory", RobotProcess::address(), fRobot.port(), broker, a_timeOut, 0);
         return memory.call<int>("getData", "Robot/Joints");
     }

@@ -36,7 +36,7 @@ namespace {
 constexpr int a_timeOut = 20;  // seconds; generous, since the machine may be busy
 
 boost::shared_ptr<KVBroker> makeBroker() {
-    return KVBroker::createBroker("test", "", 0, "", 0, 0, "", false);
+    return KVBroker::createBroker({"test"});
 }
 
 /** Polls for a condition that only time brings about. */
@@ -425,8 +425,7 @@ TEST_F(RobotProcessTest, aPortThatWasTakenIsTriedAgain) {
     boost::shared_ptr<KVBroker> squatter;
     EXPECT_TRUE(comesTrue([&] {
         try {
-            squatter = KVBroker::createBroker("squatter", RobotProcess::address(), robot.port(), "",
-                                              0, 0, "", false);
+            squatter = KVBroker::createBroker({"squatter", RobotProcess::address(), robot.port()});
         } catch (const KVError&) {
         }
         return squatter != nullptr;

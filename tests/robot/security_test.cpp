@@ -32,7 +32,7 @@ class SecurityTest : public testing::Test {
      */
     static std::optional<KVError::Cause> causeOf(const KVSettings& settings,
                                                  const RobotProcess& robot) {
-        const auto broker = KVBroker::createBroker("test", "", 0, "", 0, 0, "", false, settings);
+        const auto broker = KVBroker::createBroker({"test", "", 0, settings});
         try {
             KVProxy memory("KVMemory", RobotProcess::address(), robot.port(), broker, 20, 0);
             EXPECT_EQ(memory.call<int>("getData", "Robot/Joints"), 25);

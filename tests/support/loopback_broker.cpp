@@ -22,8 +22,7 @@ boost::shared_ptr<KVBroker> createTestBroker(const std::string& name, const KVSe
     // Another test may take the port between the check and the listening.
     for (int attempt = 1;; ++attempt) {
         try {
-            return KVBroker::createBroker(name, "127.0.0.1", freePort(), "", 0, 0, "", false,
-                                          settings);
+            return KVBroker::createBroker({name, "127.0.0.1", freePort(), settings});
         } catch (const KVError& error) {
             if (error.cause() != KVError::Cause::AddressInUse || attempt == a_attempts) {
                 throw;

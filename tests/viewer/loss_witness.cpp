@@ -9,7 +9,7 @@
 namespace obvista_test {
 
 LossWitness::LossWitness(int port)
-    : fBroker(KVBroker::createBroker("Witness", "", 0, "", 0, 0, "", true)),
+    : fBroker(KVBroker::createBroker({"Witness"})),
       fConnection(KVConnection::open(fBroker, "127.0.0.1", port, 5)) {
     fConnection->setLostHandler([this](const KVError&) {
         const std::lock_guard<std::mutex> lock(fMutex);

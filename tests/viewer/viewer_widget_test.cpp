@@ -53,8 +53,8 @@ class ViewerWidgetTest : public QObject {
 
 void ViewerWidgetTest::init() {
     fPort = obvista_test::freePort();
-    fRobot = KVBroker::createBroker("Robot", "::1", fPort, "", 0, 0, "", false);
-    const auto broker = KVBroker::createBroker("Viewer", "", 0, "", 0, 0, "", false);
+    fRobot = KVBroker::createBroker({"Robot", "::1", fPort});
+    const auto broker = KVBroker::createBroker({"Viewer"});
     fLink = std::make_shared<PlainLink>(broker, "::1", fPort, 10.0);
     fWidget = std::make_unique<ViewerWidget>(fLink, nullptr, nullptr);
 }

@@ -12,15 +12,13 @@
 #include <string>
 
 struct KVBroker::Private {
-    Private(const std::string& name, std::string ip, int port, KVSettings settings)
+    Private(const std::string& name, std::string ip, KVSettings settings)
         : fIP(std::move(ip)),
-          fPort(port),
           fRuntime(std::make_shared<robaxi::Runtime>(name, std::move(settings))),
           fLinks(fRuntime),
           fModules(std::make_shared<robaxi::HostedModules>(fRuntime->fSettings.fLimits.fModules)) {}
 
     const std::string fIP;
-    const int fPort;
     const std::shared_ptr<robaxi::Runtime> fRuntime;
     robaxi::LinkTable fLinks;
     const std::shared_ptr<robaxi::HostedModules> fModules;

@@ -115,6 +115,7 @@ class ROBAXI_EXPORT Link {
 class ROBAXI_EXPORT RunningServer {
   public:
     virtual ~RunningServer() = default;
+    virtual int port() const = 0;
     /** Ends the streams to a module that is no longer hosted. */
     virtual void moduleRemoved(const std::string& name) = 0;
 };
@@ -124,8 +125,8 @@ struct Engine {
     /** Connects to a robot. @throws Failure */
     std::shared_ptr<Link> (*connect)(const std::shared_ptr<Runtime>& runtime,
                                      const std::string& address, int port, Deadline deadline);
-    /** Starts listening. @throws Failure AddressInUse, CannotListen; InvalidArgument if the
-     * security settings cannot be used */
+    /** Starts listening; with port 0, on any free port. @throws Failure AddressInUse, CannotListen;
+     * InvalidArgument if the security settings cannot be used */
     std::unique_ptr<RunningServer> (*listen)(const std::shared_ptr<Runtime>& runtime,
                                              const std::shared_ptr<HostedModules>& modules,
                                              const std::string& address, int port);

@@ -160,7 +160,8 @@ KVError describe(const Target& target, const Failure& failure) {
 }
 
 KVError describeListening(const std::string& address, int port, const Failure& failure) {
-    const std::string where = place(address.empty() ? std::string("all addresses") : address, port);
+    const std::string given = address.empty() ? std::string("all addresses") : address;
+    const std::string where = port == 0 ? given : place(given, port);
     if (failure.fCause == KVError::Cause::AddressInUse) {
         return sentence("Cannot listen on " + where, reasonOf(failure.fCause), failure,
                         "Choose another port, or end that program.");

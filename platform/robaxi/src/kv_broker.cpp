@@ -12,9 +12,16 @@ namespace {
 
 constexpr double a_parentTimeOut = 2;
 
-void checkAddress(const std::string& ip, int port) {
-    if (!ip.empty() || port != 0) {
-        robaxi::checkPort(port);
+bool listens(const KVBrokerOptions& options) {
+    return !options.fAddress.empty() || options.fPort != 0;
+}
+
+void checkAddresses(const KVBrokerOptions& options) {
+    if (options.fPort != 0) {
+        robaxi::checkPort(options.fPort);
+    }
+    if (!options.fParentAddress.empty() || options.fParentPort != 0) {
+        robaxi::checkPort(options.fParentPort);
     }
 }
 
@@ -29,12 +36,12 @@ void checkSettings(const KVSettings& settings) {
 
 }  // namespace
 
-boost::shared_ptr<KVBroker> KVBroker::createBroker(const std::string& name, const std::string& ip,
-                                                   int port, const std::string& parentIP,
-                                                   int parentPort, int flags, std::string path,
-                                                   bool keepAlive) {
-    return createBroker(name, ip, port, parentIP, parentPort, flags, std::move(path), keepAlive,
-                        KVSettings::load());
+boost::shared_ptr<KVBroker> KVBroker::createBroker(
+    const std::string& name, const std::string& ip, int port, const std::string& parentIP,
+    int parentPort, int /*flags*/,
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): the interface has it so
+    std::string /*path*/, bool /*keepAlive*/) {
+    return createBroker({name, ip, port, std::nullopt, parentIP, parentPort});
 }
 
 boost::shared_ptr<KVBroker> KVBroker::createBroker(
@@ -42,28 +49,35 @@ boost::shared_ptr<KVBroker> KVBroker::createBroker(
     int parentPort, int /*flags*/,
     // NOLINTNEXTLINE(performance-unnecessary-value-param): the interface has it so
     std::string /*path*/, bool /*keepAlive*/, const KVSettings& settings) {
-    if (name.empty()) {
+    return createBroker({name, ip, port, settings, parentIP, parentPort});
+}
+
+boost::shared_ptr<KVBroker> KVBroker::createBroker(const KVBrokerOptions& options) {
+    if (options.fName.empty()) {
         throw KVError(KVError::Cause::InvalidArgument, "A broker needs a name.");
     }
-    checkAddress(ip, port);
-    checkAddress(parentIP, parentPort);
+    checkAddresses(options);
+    const KVSettings settings = options.fSettings ? *options.fSettings : KVSettings::load();
     checkSettings(settings);
-    auto implementation = std::make_shared<Private>(name, ip, port, settings);
+    auto implementation = std::make_shared<Private>(options.fName, options.fAddress, settings);
     boost::shared_ptr<KVBroker> broker(new KVBroker(implementation));
-    if (port != 0) {
+    if (listens(options)) {
         try {
-            implementation->fServer = robaxi::engine().listen(implementation->fRuntime,
-                                                              implementation->fModules, ip, port);
+            implementation->fServer =
+                robaxi::engine().listen(implementation->fRuntime, implementation->fModules,
+                                        options.fAddress, options.fPort);
         } catch (const robaxi::Failure& failure) {
-            throw robaxi::describeListening(ip, port, failure);
+            throw robaxi::describeListening(options.fAddress, options.fPort, failure);
         }
     }
-    if (!parentIP.empty()) {
+    if (!options.fParentAddress.empty()) {
         try {
-            implementation->fParent = implementation->fLinks.obtain(
-                parentIP, parentPort, robaxi::deadlineAfter(a_parentTimeOut));
+            implementation->fParent =
+                implementation->fLinks.obtain(options.fParentAddress, options.fParentPort,
+                                              robaxi::deadlineAfter(a_parentTimeOut));
         } catch (const robaxi::Failure& failure) {
-            throw robaxi::describe({{}, {}, parentIP, parentPort, a_parentTimeOut}, failure);
+            throw robaxi::describe(
+                {{}, {}, options.fParentAddress, options.fParentPort, a_parentTimeOut}, failure);
         }
     }
     return broker;
@@ -87,7 +101,7 @@ const std::string& KVBroker::getIP() const {
 }
 
 int KVBroker::getPort() const {
-    return fPrivate->fPort;
+    return fPrivate->fServer ? fPrivate->fServer->port() : 0;
 }
 
 bool KVBroker::isListening() const {

@@ -9,7 +9,7 @@ namespace {
 constexpr int a_lastBrokerPort = 65535;
 
 boost::shared_ptr<KVBroker> createBroker(const std::string& name, int port) {
-    return KVBroker::createBroker(name, "127.0.0.1", port, "", 0, 0, "", true);
+    return KVBroker::createBroker({name, "127.0.0.1", port});
 }
 
 /** Listening is the only test of a port without a race condition. */

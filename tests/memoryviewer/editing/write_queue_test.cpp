@@ -101,7 +101,7 @@ class WriteQueueTest : public QObject {
 
 void WriteQueueTest::init() {
     fRobot = std::make_unique<Robot>();
-    const auto broker = KVBroker::createBroker("WriteQueueTest", "", 0, "", 0, 0, "", true);
+    const auto broker = KVBroker::createBroker({"WriteQueueTest"});
     fQueue = std::make_unique<WriteQueue>(
         std::make_unique<RobotWriter>(broker, "127.0.0.1", fRobot->port(), 5));
 }

@@ -77,7 +77,7 @@ void SessionTest::xConnect(MemoryRobot::Memory memory) {
     fRobot = std::make_unique<MemoryRobot>("TestRobot", memory);
     fRobot->set("Left", 1);
     fRobot->set("Right", 2);
-    const auto broker = KVBroker::createBroker("SessionTest", "", 0, "", 0, 0, "", true);
+    const auto broker = KVBroker::createBroker({"SessionTest"});
     fLink = std::make_shared<MemoryLink>(broker, "127.0.0.1", fRobot->port(), 5);
     fSession = std::make_unique<MemorySession>(fLink, nullptr);
     fLink->notice().set([this] {

@@ -401,8 +401,7 @@ class HelloTime : public testing::Test {
         KVSettings settings;
         settings.fLimits.fHeartbeat = a_heartbeat;
         settings.fLimits.fLoss = std::chrono::seconds(20);
-        fServer = KVBroker::createBroker("Robot", "", obvista_test::freePort(), "", 0, 0, "", false,
-                                         settings);
+        fServer = KVBroker::createBroker({"Robot", "0.0.0.0", 0, settings});
         KVKeyInfo key;
         key.fName = "a";
         fKey = fTable->addKey(key, 0);

@@ -119,8 +119,7 @@ class VideoTest : public testing::Test {
     }
 
     RobotProcess fRobot;
-    boost::shared_ptr<KVBroker> fBroker =
-        KVBroker::createBroker("test", "", 0, "", 0, 0, "", false);
+    boost::shared_ptr<KVBroker> fBroker = KVBroker::createBroker({"test"});
     boost::shared_ptr<KVConnection> fConnection =
         KVConnection::open(fBroker, RobotProcess::address(), fRobot.port(), a_timeOut);
     KVProxy fVideo{"KVVideo", RobotProcess::address(), fRobot.port(), fBroker, a_timeOut, 0};
@@ -375,7 +374,7 @@ TEST_F(ComputerVideoTest, aComputerHasACameraOrATestPicture) {
 
 TEST(RobotWithoutVideo, hasNoSuchModule) {
     RobotProcess robot({{"--no-video"}});
-    const auto broker = KVBroker::createBroker("test", "", 0, "", 0, 0, "", false);
+    const auto broker = KVBroker::createBroker({"test"});
     EXPECT_THROW(KVProxy("KVVideo", RobotProcess::address(), robot.port(), broker, a_timeOut, 0),
                  KVError);
     KVProxy sim("KVSim", RobotProcess::address(), robot.port(), broker, a_timeOut, 0);

@@ -31,7 +31,7 @@ boost::shared_ptr<KVBroker> makeBroker(KVSettings settings, const Endpoint& endp
         }
         settings.fRobots[base::hostAndPort(endpoint.fAddress, endpoint.fPort)] = access;
     }
-    return KVBroker::createBroker("robaxi", "", 0, "", 0, 0, "", false, settings);
+    return KVBroker::createBroker({"robaxi", "", 0, settings});
 }
 
 KVSettings loadSettings() {

@@ -1,6 +1,7 @@
 #ifndef ROBAXI_KV_BROKER_H
 #define ROBAXI_KV_BROKER_H
 
+#include <robaxi/kv_broker_options.h>
 #include <robaxi/robaxi_export.h>
 
 #include <boost/shared_ptr.hpp>
@@ -9,7 +10,6 @@
 #include <string>
 
 class KVModule;
-struct KVSettings;
 
 /**
  * A program's access point to the middleware: its proxies and connections reach robots through it
@@ -29,31 +29,27 @@ class ROBAXI_EXPORT KVBroker {
     /**
      * Creates a broker.
      *
-     * @param name the broker's name, shown to its peers and in error texts
-     * @param ip address to listen on; empty with a port means all addresses of the machine; empty
-     *           with port 0 means that the broker does not listen
-     * @param port port to listen on, 1 to 65535; 0 only with an empty `ip`
-     * @param parentIP address of the broker to which this one belongs, or empty. The parent is
-     *                 connected before this returns.
-     * @param parentPort the parent's port, 1 to 65535; 0 only with an empty `parentIP`
+     * @throws KVError InvalidArgument for a port out of range, an empty name, or settings that
+     *         cannot be used; AddressInUse or CannotListen if it cannot listen; the causes of a
+     *         failed connection if the parent cannot be reached within two seconds; without
+     *         settings in the options, what KVSettings::load() throws
+     */
+    static boost::shared_ptr<KVBroker> createBroker(const KVBrokerOptions& options);
+
+    /**
+     * Creates a broker, as above, with the user's settings.
+     *
+     * @param name,ip,port,parentIP,parentPort the options of that meaning
      * @param flags has no effect
      * @param path has no effect
      * @param keepAlive has no effect
-     * @throws KVError InvalidArgument for a port out of range or an empty name; AddressInUse or
-     *         CannotListen if it cannot listen; the causes of a failed connection if the parent
-     *         cannot be reached within two seconds
      */
     static boost::shared_ptr<KVBroker> createBroker(const std::string& name, const std::string& ip,
                                                     int port, const std::string& parentIP,
                                                     int parentPort, int flags, std::string path,
                                                     bool keepAlive);
 
-    /**
-     * Creates a broker with explicit settings. The overload above uses the user's settings
-     * (KVSettings::load(), and throws the errors of that function, too).
-     *
-     * @throws KVError also InvalidArgument if the settings cannot be used
-     */
+    /** Creates the same with explicit settings. */
     static boost::shared_ptr<KVBroker> createBroker(const std::string& name, const std::string& ip,
                                                     int port, const std::string& parentIP,
                                                     int parentPort, int flags, std::string path,
@@ -66,7 +62,7 @@ class ROBAXI_EXPORT KVBroker {
     const std::string& getName() const;
     /** Returns the address given to createBroker(). */
     const std::string& getIP() const;
-    /** Returns the port on which the broker listens, or 0. */
+    /** Returns the port on which the broker listens; 0 if it does not listen. */
     int getPort() const;
     bool isListening() const;
 

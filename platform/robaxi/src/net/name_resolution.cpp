@@ -5,6 +5,7 @@
 #include <base/lookups.h>
 
 #include <arpa/inet.h>
+#include <cstdint>
 #include <cstring>
 #include <netdb.h>
 #include <optional>
@@ -43,6 +44,15 @@ LookUp lookUp(const std::string& host, const std::string& port, int flags) {
 
 const sockaddr* SocketAddress::raw() const {
     return reinterpret_cast<const sockaddr*>(&fStorage);
+}
+
+void SocketAddress::setPort(int port) {
+    const in_port_t number = htons(static_cast<std::uint16_t>(port));
+    if (fStorage.ss_family == AF_INET) {
+        reinterpret_cast<sockaddr_in*>(&fStorage)->sin_port = number;
+    } else {
+        reinterpret_cast<sockaddr_in6*>(&fStorage)->sin6_port = number;
+    }
 }
 
 std::string SocketAddress::toString() const {

@@ -17,6 +17,7 @@ struct SocketAddress {
     socklen_t fLength = 0;
 
     const sockaddr* raw() const;
+    void setPort(int port);
     /** "127.0.0.1:9559" or "[::1]:9559". */
     std::string toString() const;
     /** Returns the address in gRPC's form, which needs no lookup: "ipv4:127.0.0.1:9559". */
@@ -37,11 +38,15 @@ std::vector<SocketAddress> resolve(const std::string& host, int port, Deadline d
  * Listens on all addresses that a host name or a numeric address has on this machine, or on every
  * address of the machine, IPv4 and IPv6, if `host` is empty or "0.0.0.0".
  *
- * @return the non-blocking sockets
+ * @param port 0 for any port that is free at all of these addresses
+ * @return the non-blocking sockets, at least one
  * @throws Failure NameNotFound, TimedOut; AddressInUse if one of them is taken, CannotListen if
  *         none can be used
  */
 std::vector<base::FileDescriptor> listenOn(const std::string& host, int port, Deadline deadline);
+
+/** Returns the port of a listening socket. */
+int portOf(const base::FileDescriptor& listening);
 
 /**
  * Finds an address on which something listens, by connecting to all of them at once.

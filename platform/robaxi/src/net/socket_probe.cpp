@@ -15,6 +15,8 @@ namespace robaxi {
 
 namespace {
 
+constexpr int a_attemptsToChoosePort = 20;
+
 std::string errorText(int error) {
     return std::system_category().message(error);
 }
@@ -112,6 +114,29 @@ base::FileDescriptor tryToListen(const SocketAddress& address) {
     return listens ? std::move(socket) : base::FileDescriptor(-1);
 }
 
+/** Listens on all addresses; on the port that the first one has received if they have none. */
+std::vector<base::FileDescriptor> listenOnAll(std::vector<SocketAddress> addresses) {
+    std::vector<base::FileDescriptor> listening;
+    int error = 0;
+    for (SocketAddress& address : addresses) {
+        if (!listening.empty()) {
+            address.setPort(portOf(listening.front()));
+        }
+        base::FileDescriptor socket = tryToListen(address);
+        if (socket.get() >= 0) {
+            listening.push_back(std::move(socket));
+        } else if (errno == EADDRINUSE) {
+            throw Failure{KVError::Cause::AddressInUse, {}};
+        } else {
+            error = errno;
+        }
+    }
+    if (listening.empty()) {
+        throw Failure{KVError::Cause::CannotListen, errorText(error)};
+    }
+    return listening;
+}
+
 }  // namespace
 
 SocketAddress findListener(const std::vector<SocketAddress>& addresses, Deadline deadline) {
@@ -140,25 +165,30 @@ SocketAddress findListener(const std::vector<SocketAddress>& addresses, Deadline
     }
 }
 
+int portOf(const base::FileDescriptor& listening) {
+    sockaddr_storage address{};
+    socklen_t length = sizeof address;
+    ::getsockname(listening.get(), reinterpret_cast<sockaddr*>(&address), &length);
+    return address.ss_family == AF_INET
+               ? ntohs(reinterpret_cast<const sockaddr_in*>(&address)->sin_port)
+               : ntohs(reinterpret_cast<const sockaddr_in6*>(&address)->sin6_port);
+}
+
 std::vector<base::FileDescriptor> listenOn(const std::string& host, int port, Deadline deadline) {
     const bool isEvery = host.empty() || host == "0.0.0.0";
     const std::string every = hasIpv6() ? "::" : "0.0.0.0";
-    std::vector<base::FileDescriptor> listening;
-    int error = 0;
-    for (const SocketAddress& address : resolve(isEvery ? every : host, port, deadline)) {
-        base::FileDescriptor socket = tryToListen(address);
-        if (socket.get() >= 0) {
-            listening.push_back(std::move(socket));
-        } else if (errno == EADDRINUSE) {
-            throw Failure{KVError::Cause::AddressInUse, {}};
-        } else {
-            error = errno;
+    const auto addresses = resolve(isEvery ? every : host, port, deadline);
+    for (int attempt = 1;; ++attempt) {
+        try {
+            return listenOnAll(addresses);
+        } catch (const Failure& failure) {
+            // The port that the system has chosen for the first address is taken at another one.
+            if (port != 0 || failure.fCause != KVError::Cause::AddressInUse ||
+                attempt == a_attemptsToChoosePort) {
+                throw;
+            }
         }
     }
-    if (listening.empty()) {
-        throw Failure{KVError::Cause::CannotListen, errorText(error)};
-    }
-    return listening;
 }
 
 }  // namespace robaxi

@@ -105,6 +105,7 @@ Server::Server(std::shared_ptr<Runtime> runtime, std::shared_ptr<HostedModules> 
       fHealth(makeHealthService(*this)),
       fReflection(makeReflectionService(*this)) {
     auto listening = listenOn(address, port, deadlineAfter(a_listenTimeOut));
+    fPort = portOf(listening.front());
     xStartGrpc();
     xAccept(std::move(listening));
     xWarnOfExpiry();

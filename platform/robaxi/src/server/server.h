@@ -49,8 +49,8 @@ class SideStream {
 class Server : public RunningServer {
   public:
     /**
-     * Starts listening. @throws Failure AddressInUse, CannotListen; InvalidArgument if the security
-     * settings cannot be used
+     * Starts listening; with port 0, on any free port. @throws Failure AddressInUse, CannotListen;
+     * InvalidArgument if the security settings cannot be used
      */
     Server(std::shared_ptr<Runtime> runtime, std::shared_ptr<HostedModules> modules,
            const std::string& address, int port);
@@ -58,6 +58,7 @@ class Server : public RunningServer {
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
+    int port() const override { return fPort; }
     void moduleRemoved(const std::string& name) override;
 
     /** @name For the sessions and the streams beside them */
@@ -106,6 +107,7 @@ class Server : public RunningServer {
     const std::shared_ptr<TaskPool> fCalls;
     TokenGuard fTokenGuard;
     const std::shared_ptr<RpcLoad> fRpcLoad;
+    int fPort = 0;
     std::unique_ptr<Service> fService;
     const std::unique_ptr<grpc::Service> fHealth;
     const std::unique_ptr<grpc::Service> fReflection;
