@@ -8,6 +8,7 @@ from __future__ import annotations
 import asyncio
 import collections
 import concurrent.futures
+import contextlib
 import functools
 import hmac
 import logging
@@ -189,23 +190,26 @@ class Service:
             raise Ended(pb.Error.TOKEN_WRONG)
 
     async def _call(self, call: Any, context: Any) -> Any:
-        return await self._answer(context, call, self._run_alone)
+        async with self.admitted(context, call):
+            return await self._run_alone(call)
 
     async def _list_modules(self, question: Any, context: Any) -> Any:
-        return await self._answer(context, question, self._list_alone)
+        async with self.admitted(context, question):
+            return self._list_alone(question)
 
-    async def _answer(self, context: Any, request: Any,
-                      answer: Callable[[Any], Coroutine[Any, Any, Any]]) -> Any:
-        """The answer to a request without a session."""
+    @contextlib.asynccontextmanager
+    async def admitted(self, context: Any, request: Any = None) -> AsyncIterator[None]:
+        """Runs an RPC without a session, or refuses it. Its request is None if it has several."""
         address = _address_of(context.peer())
-        size = 0 if request is _UNREADABLE else request.ByteSize()
+        size = 0 if request is None or request is _UNREADABLE else request.ByteSize()
         is_counted = self._load.add(address, size)
         try:
             if not is_counted:
                 raise Ended(pb.Error.TOO_MANY, "too many calls without a session wait there")
             bearer = dict(context.invocation_metadata()).get("authorization", "")
             await self.admit(address, _token_of(bearer))
-            return await answer(_readable(request))
+            _readable(request)
+            yield
         except Ended as end:
             await context.abort(*end.status())
         finally:
@@ -221,7 +225,7 @@ class Service:
         result.call_id = 0
         return result
 
-    async def _list_alone(self, question: pb.ListModules) -> pb.ModuleList:
+    def _list_alone(self, question: pb.ListModules) -> pb.ModuleList:
         modules = self.list_modules(question.module)
         if modules is None:
             raise Ended(pb.Error.NO_SUCH_MODULE)

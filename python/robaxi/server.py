@@ -18,6 +18,7 @@ from . import _wire
 from ._announcer import Announcer
 from ._icon import IconServer
 from ._service import Service
+from ._services import handlers
 from ._target import DEFAULT_PORT
 from .discovery import ROBAX, ROBAXI
 from .errors import Cause, Error, describe
@@ -26,7 +27,7 @@ from .settings import Settings, read_file, read_token
 from .table import Table
 from .video import CameraSource, Mode, SettingsHandler, descriptions
 
-_LARGEST_ICON = 4 << 20
+_LARGEST_ICON = 512 << 10  # bytes that programs accept
 
 
 class Server:
@@ -50,7 +51,7 @@ class Server:
         self._icon = icon if icon is None or isinstance(icon, bytes) else \
             pathlib.Path(icon).read_bytes()
         if self._icon is not None and len(self._icon) > _LARGEST_ICON:
-            raise Error(Cause.TOO_LARGE, "The icon is larger than 4 MiB.")
+            raise Error(Cause.TOO_LARGE, "The icon is larger than 512 KiB.")
         self._wanted_http_port = http_port
         self._announces = announce
         self._settings = Settings.load() if settings is None else settings
@@ -219,7 +220,7 @@ class Server:
         service = Service(self.name, self._modules, self._settings, token)
         options = _wire.options(self._settings.limits.message) + [("grpc.so_reuseport", 0)]
         server = grpc.aio.server(options=options)
-        server.add_generic_rpc_handlers([service.handler()])
+        server.add_generic_rpc_handlers([service.handler(), *handlers(service)])
         self.port = self._listen(server, credentials)
         await server.start()
         icon = await self._serve_icon()

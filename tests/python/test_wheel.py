@@ -37,7 +37,7 @@ def test_it_holds_the_package_and_its_stubs(wheel):
     sources = SOURCE / "python/robaxi"
     own = {f"robaxi/{source.relative_to(sources)}"
            for source in [*sources.rglob("*.py"), sources / "py.typed"]}
-    stubs = {"robaxi/v1/robaxi_pb2.py", "robaxi/v1/robaxi_pb2.pyi"}
+    stubs = {f"robaxi/v1/{name}" for name in ("robaxi_pb2.py", "robaxi_pb2.pyi", "services.bin")}
     assert {name for name in names if ".dist-info/" not in name} == own | stubs
     metadata = zipfile.ZipFile(wheel).read(
         next(name for name in names if name.endswith("/METADATA"))).decode()

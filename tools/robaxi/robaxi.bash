@@ -35,6 +35,7 @@ _robaxi_values() {
             _robaxi_ask call "${given[0]}" KVMemory getDataList "\"\"" --json --timeout 1 |
                 sed 's/^\["//; s/"\]$//; s/","/\n/g'
             ;;
+        CHECK) "$program" conform --list | sed 's/ .*//' ;;
         CAMERA)
             _robaxi_ask snapshot "${given[0]}" --list --json --timeout 1 |
                 sed -n 's/^{"name":"\([^"\]*\)",.*/\1/p'

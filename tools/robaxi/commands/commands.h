@@ -10,6 +10,7 @@
 namespace robaxi_tool {
 
 std::unique_ptr<Command> makeCallCommand();
+std::unique_ptr<Command> makeConformCommand();
 std::unique_ptr<Command> makeDoctorCommand();
 std::unique_ptr<Command> makeGetCommand();
 std::unique_ptr<Command> makeHelpCommand();

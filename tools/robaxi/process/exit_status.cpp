@@ -4,8 +4,8 @@ namespace robaxi_tool {
 
 const std::vector<ExitCode>& exitCodes() {
     static const std::vector<ExitCode> codes = {
-        {"0", "it worked; for 'doctor' and 'recording check': all is well"},
-        {"1", "'doctor' or 'recording check' found a problem"},
+        {"0", "it worked; for 'conform', 'doctor' and 'recording check': all is well"},
+        {"1", "'conform', 'doctor' or 'recording check' found a problem"},
         {"2", "wrong usage, or settings (robaxi.conf) that cannot be used"},
         {"3", "no robot or computer has that name"},
         {"4", "nothing listens there, or no route leads there"},

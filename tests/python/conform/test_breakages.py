@@ -1,0 +1,92 @@
+"""A robot that breaks a rule is found out by the check of that rule: one broken rule at a time."""
+
+import concurrent.futures
+import re
+
+import pytest
+
+import breakages
+from breaking_proxy import Proxies
+from conforming import WRITABLE, conform, place, results, results_at_once
+
+#: Shorter than a robot's, since some checks wait for its end.
+HEARTBEAT = {"ROBAXI_HEARTBEAT": "100"}
+AT_ONCE = 6
+
+
+def fault_of(check, case, port, **environment):
+    """Returns what is wrong with the report on a robot that breaks the rule, or None."""
+    found = results(place(port), "--check", check, "--timeout", case.timeout, "--write", WRITABLE,
+                    **environment)
+    if [one["verdict"] for one in found] != ["failed"] or not re.search(case.text, found[0]["text"]):
+        return f"{check}: expected '{case.text}', found " + \
+            ", ".join(f"{one['verdict']}: {one['text']}" for one in found)
+    return None
+
+
+def require_found_out(robot, cases, **environment):
+    proxies = Proxies(robot.port, {check: case.breakage for check, case in cases.items()})
+    try:
+        with concurrent.futures.ThreadPoolExecutor(AT_ONCE) as pool:
+            faults = list(pool.map(
+                lambda check: fault_of(check, cases[check], proxies.ports[check], **environment),
+                cases))
+    finally:
+        proxies.close()
+    faults = [fault for fault in faults if fault]
+    assert not faults, "\n".join(faults)
+
+
+@pytest.fixture
+def robot(start_humanoid):
+    return start_humanoid(**HEARTBEAT)
+
+
+def test_session(robot):
+    require_found_out(robot, breakages.SESSION)
+
+
+def test_calls(robot):
+    require_found_out(robot, breakages.CALLS)
+
+
+def test_values(robot):
+    require_found_out(robot, breakages.VALUES)
+
+
+def test_subscriptions(robot):
+    require_found_out(robot, breakages.SUBSCRIPTIONS)
+
+
+def test_frames(robot):
+    require_found_out(robot, breakages.CAMERAS)
+
+
+def test_limits(robot):
+    require_found_out(robot, breakages.LIMITS)
+
+
+def test_security(start_humanoid, make_token):
+    token = make_token(breakages.TOKEN)
+    robot = start_humanoid(ROBAXI_SERVER_TOKEN=token, ROBAXI_SERVER_PLAIN_TOKEN="yes")
+    require_found_out(robot, breakages.TOKENS, ROBAXI_TOKEN=token, ROBAXI_PLAIN_TOKEN="yes")
+
+
+def test_an_unbroken_proxy(robot):
+    """The proxies themselves break nothing."""
+    proxies = Proxies(robot.port, {"none": breakages.Breakage()})
+    try:
+        found = results_at_once(place(proxies.ports["none"]), "--timeout", 60)
+    finally:
+        proxies.close()
+    assert [one for one in found if one["verdict"] == "failed"] == []
+
+
+def test_each_check_has_a_breakage():
+    broken = {**breakages.SESSION, **breakages.CALLS, **breakages.VALUES,
+              **breakages.SUBSCRIPTIONS, **breakages.CAMERAS, **breakages.LIMITS,
+              **breakages.TOKENS}
+    listed = [line.split()[0] for line in conform("--list").stdout.splitlines()]
+    # Those of the announcement need a private network, that of TLS a robot that speaks both.
+    assert sorted(broken) == sorted(check for check in listed if not check.startswith("announcing.")
+                                    and check != "security.tls-only")

@@ -1,0 +1,133 @@
+#include "conform/subject.h"
+
+#include <bonjour/bonjour_discovery.h>
+
+#include <algorithm>
+#include <cctype>
+#include <download/http_get.h>
+
+namespace robaxi_tool {
+
+namespace {
+
+constexpr unsigned short a_httpPort = 80;
+constexpr unsigned a_httpOk = 200;
+constexpr std::size_t a_mostBytesRead = std::size_t{4} << 20U;
+constexpr std::size_t a_largestIcon = std::size_t{512} << 10U;
+constexpr int a_largestSide = 256;
+constexpr const char* a_iconPath = "//media/buddy.icon";
+
+void checkPort(Subject& robot) {
+    const std::vector<int> ports = robot.announced().ports();
+    require(std::find(ports.begin(), ports.end(), robot.request().fEndpoint.fPort) != ports.end(),
+            "The host announces no _robaxi._tcp with port " +
+                std::to_string(robot.request().fEndpoint.fPort) + ".");
+}
+
+void checkName(Subject& robot) {
+    const std::vector<KV::BonjourService>& services = robot.announced().fServices;
+    for (const KV::BonjourService& service : services) {
+        require(service.fName == services.front().fName, "The services have the names '" +
+                                                             services.front().fName + "' and '" +
+                                                             service.fName + "'.");
+    }
+}
+
+void checkAddress(Subject& robot) {
+    const std::vector<std::string>& addresses = robot.announced().fAddresses;
+    require(std::any_of(
+                addresses.begin(), addresses.end(),
+                [](const std::string& address) { return address.find(':') == std::string::npos; }),
+            "The host has no IPv4 address.");
+}
+
+/** Requests the icon. @throws Fault; NotChecked if the host has none */
+std::string icon(Subject& robot, const std::string& path) {
+    const AnnouncedHost& host = robot.announced();
+    if (!host.isRobot()) {
+        throw NotChecked("The host announces no _robax._tcp: a computer has no icon.");
+    }
+    const download::HttpAnswer answer =
+        download::httpGet(host.fAddresses.front(), a_httpPort, path,
+                          std::chrono::seconds(robot.request().fTimeout), a_mostBytesRead);
+    require(answer.fError.empty(), path + ": " + answer.fError + '.');
+    require(answer.fStatus == a_httpOk, path + ": status " + std::to_string(answer.fStatus) + '.');
+    return answer.fBody;
+}
+
+void checkIcon(Subject& robot) {
+    require(!icon(robot, a_iconPath).empty(), "The answer has no body.");
+}
+
+void checkIconWithOneSlash(Subject& robot) {
+    require(icon(robot, a_iconPath + 1) == icon(robot, a_iconPath), "It is another answer.");
+}
+
+void checkIconBytes(Subject& robot) {
+    const std::size_t size = icon(robot, a_iconPath).size();
+    require(size <= a_largestIcon, "The icon has " + std::to_string(size) + " bytes.");
+}
+
+bool startsWith(const std::string& bytes, std::string_view start) {
+    return bytes.compare(0, start.size(), start) == 0;
+}
+
+bool isPng(const std::string& bytes) {
+    return startsWith(bytes, "\x89PNG\r\n\x1a\n") && bytes.size() >= 24;
+}
+
+void checkIconFormat(Subject& robot) {
+    const std::string bytes = icon(robot, a_iconPath);
+    const bool isPortable = bytes.size() > 2 && bytes[0] == 'P' && bytes[1] >= '1' &&
+                            bytes[1] <= '6' &&
+                            std::isspace(static_cast<unsigned char>(bytes[2])) != 0;
+    require(isPng(bytes) || startsWith(bytes, "\xff\xd8\xff") || startsWith(bytes, "GIF8") ||
+                startsWith(bytes, "BM") || startsWith(bytes, std::string_view("\0\0\1\0", 4)) ||
+                startsWith(bytes, "#define") || startsWith(bytes, "/* XPM */") || isPortable,
+            "The format of the icon is unknown.");
+}
+
+int numberAt(const std::string& bytes, std::size_t position) {
+    int number = 0;
+    for (std::size_t i = 0; i < 4; ++i) {
+        number = (number << 8) | static_cast<unsigned char>(bytes[position + i]);
+    }
+    return number;
+}
+
+void checkIconPixels(Subject& robot) {
+    const std::string bytes = icon(robot, a_iconPath);
+    if (!isPng(bytes)) {
+        throw NotChecked("The size is read of PNG only.");
+    }
+    const int width = numberAt(bytes, 16);
+    const int height = numberAt(bytes, 20);
+    require(width >= 1 && width <= a_largestSide && height >= 1 && height <= a_largestSide,
+            "The icon has " + std::to_string(width) + 'x' + std::to_string(height) + " pixels.");
+}
+
+}  // namespace
+
+const std::vector<ConformCheck>& announcingChecks() {
+    static const std::vector<ConformCheck> checks = {
+        {"announcing.port", "announcing", "that of the middleware, 9559 by default.", &checkPort},
+        {"announcing.name", "announcing", "All services of a robot have the same name.",
+         &checkName},
+        {"announcing.address", "announcing",
+         "The robot needs an IPv4 address to be shown with its icon", &checkAddress},
+        {"announcing.icon", "announcing", "the answer has status 200 and the picture as its body.",
+         &checkIcon},
+        {"announcing.icon-with-one-slash", "announcing",
+         "answer the same with one slash and with two.", &checkIconWithOneSlash},
+        {"announcing.icon-format", "announcing", "The format is recognised by the content.",
+         &checkIconFormat},
+        {"announcing.icon-bytes", "announcing",
+         "512 KiB; JPEG 80 KiB, progressive JPEG 52 KiB; PBM, PGM, PPM, XBM and XPM 40 KiB",
+         &checkIconBytes},
+        {"announcing.icon-pixels", "announcing", "256 pixels each; it is shown at 60x60",
+         &checkIconPixels},
+    };
+    return checks;
+}
+
+}  // namespace robaxi_tool
