@@ -111,7 +111,6 @@ TEST(Engine, ThatIsNoneIsNotUsed) {
     const LibraryFolder folder;
     fs::copy_file(builtFile("lib/librobaxi.so.0"), folder.library());
     fs::copy_file(builtFile("lib/librobaxi.so.0"), folder.engine());
-    EXPECT_THAT(
-        folder.run({"listen"}),
-        HasSubstr(unusable("listen", folder.engine(), "undefined symbol: robaxiEngine")));
+    EXPECT_THAT(folder.run({"listen"}),
+                HasSubstr(unusable("listen", folder.engine(), "undefined symbol: robaxiEngine")));
 }

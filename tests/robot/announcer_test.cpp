@@ -112,8 +112,8 @@ TEST_F(AnnouncerTest, aNameTakenOnThisMachineGetsANumber) {
 TEST_F(AnnouncerTest, aNameTakenOnTheNetworkGetsANumberForAllServices) {
     Browser robots(a_robax);
     Browser middlewares(a_robaxi);
-    control({"add", "other", "--ready", "Established", "--", "avahi-publish", "-s", "marie", a_robax,
-           "7"});
+    control({"add", "other", "--ready", "Established", "--", "avahi-publish", "-s", "marie",
+             a_robax, "7"});
     ASSERT_TRUE(robots.saw("=;eth0;IPv4;marie;")) << robots.output();
     const auto robot = announcer("marie");
     robot->announce({{a_robaxi, 9559}, {a_robax, 80}});

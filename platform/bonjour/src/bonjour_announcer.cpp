@@ -100,7 +100,7 @@ struct BonjourAnnouncer::Private {
         Group fGroup;
     };
 
-    base::Gate fGate;  ///< to fSay
+    base::Gate fGate;                                                    ///< to fSay
     base::FileDescriptor fWake{eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};  ///< wakes Avahi's thread
 
     std::mutex fMutex;  ///< guards the following four
@@ -260,7 +260,8 @@ void BonjourAnnouncer::Private::publishHost() {
               : avahi_client_errno(fClient.get());
     const int committed = error == AVAHI_OK ? avahi_entry_group_commit(fHost.get()) : error;
     if (committed != AVAHI_OK) {
-        complainOnce("cannot announce the address " + fWanted.fAddress + ": " + avahi_strerror(committed));
+        complainOnce("cannot announce the address " + fWanted.fAddress + ": " +
+                     avahi_strerror(committed));
     }
 }
 
