@@ -74,7 +74,7 @@ class Entry:
                 interval = f"at least {lowest:g}"
             elif math.isinf(lowest):
                 interval = f"at most {highest:g}"
-            raise self.refuse(f"it takes {interval}{unit}, not {size:g}.")
+            raise self.refuse(f"it accepts {interval}{unit}, not {size:g}.")
 
 
 class Known:

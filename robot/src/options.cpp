@@ -67,7 +67,7 @@ po::options_description describedOptions() {
         ("http-port", po::value<int>()->default_value(80),
          "port of the web page and the icon; 0 for none")
         ("icon", po::value<std::string>()->default_value(""),
-         "picture to serve as the icon, at most 4 MiB")
+         "picture to serve as the icon, at most 4 MiB; programs show at most 512 KiB")
         ("replay", po::value<std::string>()->default_value(""),
          "MCAP file with a recorded robot, which is served instead of a simulated one")
         ("robot", po::value<std::string>()->default_value(""),

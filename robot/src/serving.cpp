@@ -4,9 +4,6 @@ namespace robot {
 
 namespace {
 
-// Kept for callers of earlier servers; the broker ignores it.
-constexpr int a_brokerFlags = 19;
-
 bool isLoopback(const std::string& address) {
     return address == "::1" || address.rfind("127.", 0) == 0;
 }
@@ -29,8 +26,7 @@ KVSettings settingsFor(const Security& security) {
 
 boost::shared_ptr<KVBroker> listen(const Options& options, const std::string& name, int port,
                                    const KVSettings& settings) {
-    return KVBroker::createBroker(name, options.fAddress, port, "", 0, a_brokerFlags, "", false,
-                                  settings);
+    return KVBroker::createBroker({name, options.fAddress, port, settings});
 }
 
 std::unique_ptr<KV::BonjourAnnouncer> makeAnnouncer(const Options& options, const std::string& name,

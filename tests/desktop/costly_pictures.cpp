@@ -169,12 +169,15 @@ QByteArray gifOfPixels(int side, int between) {
     return codes.gif(side, 9);
 }
 
-QByteArray xpmOf(int side, int colours) {
+/** @param characters of each colour's name, at least 2 */
+QByteArray xpmOf(int side, int colours, int characters = 2) {
     QByteArray bytes = "/* XPM */\nstatic char*x[]={\n\"" + QByteArray::number(side) + ' ' +
-                       QByteArray::number(side) + ' ' + QByteArray::number(colours) + " 2\",\n";
-    const auto name = [](int colour) {
-        return QByteArray() + static_cast<char>('a' + colour % 26) +
-               static_cast<char>(colour / 26 + '0' + (colour / 26 >= 44 ? 1 : 0));
+                       QByteArray::number(side) + ' ' + QByteArray::number(colours) + ' ' +
+                       QByteArray::number(characters) + "\",\n";
+    const auto name = [characters](int colour) {
+        return (QByteArray() + static_cast<char>('a' + colour % 26) +
+                static_cast<char>(colour / 26 + '0' + (colour / 26 >= 44 ? 1 : 0)))
+            .leftJustified(characters, '.');
     };
     for (int colour = 0; colour < colours; ++colour) {
         bytes += '"' + name(colour) + " c #" + QByteArray::number(colour * 4099 + 0x100000, 16) +
@@ -219,8 +222,9 @@ QByteArray icoOfEntries(int side, int entries) {
 QByteArray icoOfWidth(quint32 width) {
     constexpr int picture = 22;
     QByteArray bytes = noise(a_side, "ico");
-    qToLittleEndian(width, bytes.data() + picture + 4);
-    return bytes;
+    QByteArray stored(sizeof(width), '\0');
+    qToLittleEndian(width, stored.data());
+    return bytes.replace(picture + 4, stored.size(), stored);
 }
 
 /** Returns a portable picture of one pixel, and bytes that do not belong to it. */
@@ -345,6 +349,7 @@ std::vector<PictureBound> pictureBounds() {
          noisyPng({64, 8, PngKind::Rgba, false, 4, 8, 330})},
         {"side of a ppm", noise(115, "ppm"), noise(a_side + 1, "pbm")},
         {"colours of an xpm", xpmOf(60, 512), xpmOf(60, 513)},
+        {"characters of an xpm", xpmOf(60, 100, 2), xpmOf(60, 100, 3)},
     };
 }
 

@@ -64,7 +64,7 @@ class SentRate {
         KVSubscription::Callbacks callbacks;
         callbacks.fValuesChanged = [this](const std::vector<KVChange>& changes) { xAdd(changes); };
         fSubscription = KVSubscription::start(
-            KVConnection::open(KVBroker::createBroker("SentRate", "", 0, "", 0, 0, "", true),
+            KVConnection::open(KVBroker::createBroker({"SentRate"}),
                                RobotProcess::address(), port, 5),
             "KVMemory", {key}, rate, callbacks);
     }

@@ -361,6 +361,10 @@ void LooksTest::showsValuesInNarrowDocks() {
     QVERIFY(xSection(a_valueColumn).width() >=
             xTree()->fontMetrics().horizontalAdvance(QStringLiteral("-0.00123457")));
     QCOMPARE(xTree()->horizontalScrollBar()->value(), 0);
+    const QModelIndex branch = indexOf(fViewer, "Battery/Temperature of the third cell").parent();
+    QVERIFY(xSection(0).right() >=
+            xTree()->visualRect(branch).left() +
+                xTree()->fontMetrics().horizontalAdvance(branch.data().toString()));
     // Columns that do not fit can be scrolled to, in the watch list too.
     auto* watch = xPart<QTreeView>("memoryWatch");
     QScrollBar* sideways = xTree()->horizontalScrollBar();

@@ -155,12 +155,12 @@ def test_the_memory_is_read_and_written(serve, connect):
     for key, value, cause, text in [
         ("Battery/Charge", 1.0, Cause.RAISED_BY_MODULE, "only for reading"),
         ("Audio/Volume", 101, Cause.RAISED_BY_MODULE,
-         "Audio/Volume was not changed: it takes 0 to 100 %, not 101."),
+         "Audio/Volume was not changed: it accepts 0 to 100 %, not 101."),
         ("Audio/Volume", 13, Cause.RAISED_BY_MODULE, "Not 13."),
         ("Audio/Volume", "loud", Cause.WRONG_TYPE, "it cannot be set to a value of type string"),
         ("Robot/Note", "too long", Cause.RAISED_BY_MODULE, "0 to 5 bytes, not 8"),
-        ("Robot/Speed", -0.5, Cause.RAISED_BY_MODULE, "it takes at least 0, not -0.5."),
-        ("Robot/Speed", math.nan, Cause.RAISED_BY_MODULE, "it takes at least 0, not nan."),
+        ("Robot/Speed", -0.5, Cause.RAISED_BY_MODULE, "it accepts at least 0, not -0.5."),
+        ("Robot/Speed", math.nan, Cause.RAISED_BY_MODULE, "it accepts at least 0, not nan."),
         ("No/Such", 1, Cause.INVALID_ARGUMENT, "no key"),
     ]:
         error = error_of(memory.__setitem__, key, value)

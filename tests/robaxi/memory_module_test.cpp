@@ -141,14 +141,14 @@ TEST_F(MemoryModule, aWriteOutsideTheRangeReachesNoHandler) {
     fMemory->addKey({"On", "", "", true, count, KVRange{5, 6}});
 
     EXPECT_EQ(refusal("Volume", 101).toString(),
-              "Volume was not changed: it takes 0 to 100 %, not 101.");
+              "Volume was not changed: it accepts 0 to 100 %, not 101.");
     EXPECT_EQ(refusal("Angle", -2.25).toString(),
-              "Angle was not changed: it takes -2 to 2.5 rad, not -2.25.");
+              "Angle was not changed: it accepts -2 to 2.5 rad, not -2.25.");
     EXPECT_CAUSE(refusal("Angle", std::numeric_limits<double>::quiet_NaN()), RaisedByModule);
     EXPECT_EQ(refusal("Note", "").toString(),
-              "Note was not changed: it takes a text of 1 to 4 bytes, not 0.");
+              "Note was not changed: it accepts a text of 1 to 4 bytes, not 0.");
     EXPECT_EQ(refusal("Plan", KVValue::List{1, 2, 3}).toString(),
-              "Plan was not changed: it takes a list of at most 2 elements, not 3.");
+              "Plan was not changed: it accepts a list of at most 2 elements, not 3.");
     EXPECT_EQ(writes, 0);
 
     fProxy->callValue("setData", {"Volume", 100});

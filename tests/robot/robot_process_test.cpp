@@ -109,7 +109,7 @@ TEST_F(RobotProcessTest, memoryIsReadAndWritten) {
     EXPECT_THAT(refusal([&] {
                     memory->callValue("setData", {"Joint/HeadYaw/Target", 3});
                 }),
-                HasSubstr("it takes -2 to 2 rad, not 3"));
+                HasSubstr("it accepts -2 to 2 rad, not 3"));
     EXPECT_THAT(refusal([&] {
                     memory->callValue("setData", {"Battery/Charge", 100.0});
                 }),

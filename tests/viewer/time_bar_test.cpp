@@ -143,7 +143,7 @@ class TimeBarTest : public QObject {
 };
 
 void TimeBarTest::init() {
-    fBroker = KVBroker::createBroker("Viewer", "", 0, "", 0, 0, "", false);
+    fBroker = KVBroker::createBroker({"Viewer"});
     fRobot = std::make_unique<ReplayRobot>();
     fViewer = xOpen(*fRobot);
     fViewer->show();

@@ -44,14 +44,6 @@ boost::shared_ptr<KVBroker> KVBroker::createBroker(
     return createBroker({name, ip, port, std::nullopt, parentIP, parentPort});
 }
 
-boost::shared_ptr<KVBroker> KVBroker::createBroker(
-    const std::string& name, const std::string& ip, int port, const std::string& parentIP,
-    int parentPort, int /*flags*/,
-    // NOLINTNEXTLINE(performance-unnecessary-value-param): the interface has it so
-    std::string /*path*/, bool /*keepAlive*/, const KVSettings& settings) {
-    return createBroker({name, ip, port, settings, parentIP, parentPort});
-}
-
 boost::shared_ptr<KVBroker> KVBroker::createBroker(const KVBrokerOptions& options) {
     if (options.fName.empty()) {
         throw KVError(KVError::Cause::InvalidArgument, "A broker needs a name.");

@@ -70,6 +70,6 @@ void KVRange::check(const std::string& what, const KVValue& value, const std::st
         return;
     }
     throw KVError(KVError::Cause::RaisedByModule,
-                  what + " was not changed: it takes " + toString(type, unit) + ", not " +
+                  what + " was not changed: it accepts " + toString(type, unit) + ", not " +
                       (isNumber(type) ? textOf(value) : std::to_string(value.getSize())) + '.');
 }

@@ -62,11 +62,12 @@ TEST_F(HumanoidMemoryTest, aRefusedWriteChangesNothing) {
 
 TEST_F(HumanoidMemoryTest, refusalsSayWhy) {
     EXPECT_EQ(refusal("Joint/HeadYaw/Target", 2.5),
-              "Joint/HeadYaw/Target was not changed: it takes -2 to 2 rad, not 2.5.");
-    EXPECT_THAT(refusal("Joint/LeftHand/Stiffness", -0.1), HasSubstr("it takes 0 to 1, not -0.1"));
+              "Joint/HeadYaw/Target was not changed: it accepts -2 to 2 rad, not 2.5.");
+    EXPECT_THAT(refusal("Joint/LeftHand/Stiffness", -0.1),
+                HasSubstr("it accepts 0 to 1, not -0.1"));
     EXPECT_THAT(refusal("Joint/LeftHand/Stiffness", std::numeric_limits<double>::quiet_NaN()),
-                HasSubstr("it takes 0 to 1, not "));
-    EXPECT_THAT(refusal("Audio/Volume", 101), HasSubstr("it takes 0 to 100 %, not 101"));
+                HasSubstr("it accepts 0 to 1, not "));
+    EXPECT_THAT(refusal("Audio/Volume", 101), HasSubstr("it accepts 0 to 100 %, not 101"));
     EXPECT_THAT(refusal("Robot/Note", std::string(257, 'x')),
                 HasSubstr("at most 256 bytes, not 257"));
     EXPECT_THAT(refusal("Battery/Charge", 100.0), HasSubstr("Battery/Charge is only for reading"));

@@ -139,10 +139,11 @@ class ConformCommand : public Command {
     }
     Words words() const override { return {"[HOST]", 0, 1}; }
     std::string explanation() const override {
-        return "A check proves one sentence of the reference (docs/robaxi.md). It is 'passed',\n"
-               "'failed' with what the robot did, or 'skipped' with the reason why this robot\n"
-               "gives no opportunity for it. The robot is only read, unless --write names a key;\n"
-               "its value is put back. The exit status is 0 if no check failed, else 1.\n";
+        return "A check verifies one sentence of the documents (robaxi.md, memory.md,\n"
+               "video.md, announcing.md). It is 'passed', 'failed' with what the robot did,\n"
+               "or 'skipped' with the reason why it cannot be checked. The robot is only read,\n"
+               "unless --write names a key; its value is put back. The exit status is 0 if no\n"
+               "check failed, else 1.\n";
     }
 
     void addOptions(Options& options) override {

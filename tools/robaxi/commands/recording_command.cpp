@@ -116,8 +116,7 @@ class RecordingCommand : public Command {
             }
             if (!sources.back().fReader->isWhole()) {
                 surroundings.fConsole.complain(file +
-                                               " is damaged or not finished; what can be "
-                                               "read is copied.");
+                                               " is not complete; what it contains is copied.");
             }
         }
         const recording::CopyReport report = recording::copy(sources, fOutput, xSelection(start));

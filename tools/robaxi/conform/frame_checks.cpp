@@ -252,14 +252,16 @@ void checkDescriptions(Subject& robot) {
     std::set<std::string> names;
     for (const v1::Value& camera : cameras.elements()) {
         const v1::Value* const name = elementOf(camera, "name");
-        require(isText(name, 200) && !name->string_value().empty() &&
-                    names.insert(name->string_value()).second,
-                "A name is missing, too long or there twice.");
+        if (!isText(name, 200) || name->string_value().empty() ||
+            !names.insert(name->string_value()).second) {
+            throw Fault("A name is missing, too long or there twice.");
+        }
         require(isText(elementOf(camera, "description"), 1000),
                 "The description of " + name->string_value() + " is missing or too long.");
         const v1::Value* const modes = elementOf(camera, "modes");
-        require(modes != nullptr && modes->type() == v1::Value::LIST,
-                "The modes of " + name->string_value() + " are no list.");
+        if (modes == nullptr || modes->type() != v1::Value::LIST) {
+            throw Fault("The modes of " + name->string_value() + " are no list.");
+        }
         for (const v1::Value& mode : modes->elements()) {
             require(isSize(elementOf(mode, "width")) && isSize(elementOf(mode, "height")) &&
                         elementOf(mode, "formats") != nullptr &&

@@ -126,7 +126,9 @@ void checkSilence(Subject& robot) {
     session.fallSilent();
     const Clock::time_point start = Clock::now();
     const End* const end = session.rpc().end(robot.deadline() + limit);
-    require(end != nullptr, "The robot did not end the session of a silent client.");
+    if (end == nullptr) {
+        throw Fault("The robot did not end the session of a silent client.");
+    }
     require(Clock::now() - start > limit / 2, "The robot ended the session too early.");
     requireRefusal(*end, v1::Error::TIMED_OUT);
 }

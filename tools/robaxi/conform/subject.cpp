@@ -162,7 +162,9 @@ std::string Subject::camera() {
         throw NotChecked("The robot has no cameras.");
     }
     const v1::Value* const name = elementOf(list.elements(0), "name");
-    require(name != nullptr, "getCameras returned a camera without a name.");
+    if (name == nullptr) {
+        throw Fault("getCameras returned a camera without a name.");
+    }
     return name->string_value();
 }
 
@@ -396,7 +398,9 @@ Reply askRobaxi(Subject& robot, const std::string& method, const std::string& re
 
 const End& requireEnd(Subject& robot, Rpc& rpc) {
     const End* const end = rpc.end(robot.deadline());
-    require(end != nullptr, "The robot did not end the stream in time.");
+    if (end == nullptr) {
+        throw Fault("The robot did not end the stream in time.");
+    }
     return *end;
 }
 

@@ -181,7 +181,9 @@ void checkSilence(Subject& robot) {
     }
     Subscription subscription(robot);
     const End* const end = subscription.rpc().end(robot.deadline() + limit);
-    require(end != nullptr, "The robot did not end the stream.");
+    if (end == nullptr) {
+        throw Fault("The robot did not end the stream.");
+    }
     requireRefusal(*end, v1::Error::TIMED_OUT);
 }
 

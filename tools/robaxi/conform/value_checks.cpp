@@ -240,7 +240,7 @@ void checkWrongArguments(Subject& robot) {
 class Writable {
   public:
     explicit Writable(Subject& robot)
-        : fRobot(robot), fName(robot.request().fWritable), fSession(open(robot)) {
+        : fRobot(robot), fName(robot.request().fWritable), fSession(xOpen(robot)) {
         const v1::Result result = getData(fSession, fName);
         fOriginal = requireValue(result);
     }
@@ -286,7 +286,7 @@ class Writable {
     }
 
   private:
-    static Subject& open(Subject& robot) {
+    static Subject& xOpen(Subject& robot) {
         if (robot.request().fWritable.empty()) {
             throw NotChecked("Nothing may be written without --write KEY.");
         }

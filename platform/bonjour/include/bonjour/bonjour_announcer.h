@@ -21,8 +21,8 @@ namespace KV {
  *
  * A missing daemon or bus is reported once; when one appears or returns, everything is announced
  * again. If another host uses the name, the services get another one ("NAME #2"), which is
- * reported, too. All operations may be called from any thread, but not from `say`. They wait for
- * the daemon for 0.3 s; if it hangs, the changes are announced when it answers again.
+ * reported, too. All operations may be called from any thread, but not from `say`. They wait at
+ * most 0.3 s for the daemon; if it hangs, the changes are announced when it answers again.
  */
 class BONJOUR_EXPORT BonjourAnnouncer {
   public:

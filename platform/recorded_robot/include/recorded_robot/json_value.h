@@ -10,7 +10,7 @@
 
 namespace recorded_robot {
 
-/** JSON that no value can hold. The text is a part of a sentence. */
+/** JSON that is not a valid value. The text is a part of a sentence. */
 class JsonLimit : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;

@@ -18,18 +18,18 @@ enum class Content {
     ProtobufFields,  ///< any protobuf message: each field is a key
     Picture,         ///< a frame in protobuf
     JsonPicture,     ///< a frame in JSON
-    Events,          ///< what has happened to the robot
+    Events,          ///< events of the robot
     Unknown
 };
 
-/** What a channel means. The texts are untrusted. */
+/** The meaning of a channel. The texts are untrusted. */
 struct RecordedChannel {
     Content fContent = Content::Unknown;
     /** The key of a value, the name of a camera, or the first levels of the keys of fields. */
     std::string fName;
     std::string fUnit;
     std::string fDescription;
-    std::string fReason;  ///< why it is Unknown: a part of a sentence
+    std::string fReason;  ///< the reason if Unknown: a part of a sentence
 };
 
 /** A robot in a recording. The name is untrusted, and empty if the recording has none. */

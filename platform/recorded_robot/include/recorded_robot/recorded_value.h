@@ -8,8 +8,8 @@
 #include <string>
 #include <string_view>
 
-/** Messages in JSON that hold values. They are untrusted: a message that does not hold what its
- *  channel says has no value, and nothing throws. */
+/** Messages in JSON that contain values. They are untrusted: a message that does not contain what
+ *  its channel says has no value, and nothing throws. */
 namespace recorded_robot {
 
 /** Returns the value of a message such as {"value": 0.25}. @param schema its name */

@@ -37,7 +37,7 @@ class ROBAXI_EXPORT KVBroker {
     static boost::shared_ptr<KVBroker> createBroker(const KVBrokerOptions& options);
 
     /**
-     * Creates a broker, as above, with the user's settings.
+     * Creates a broker as from KVBrokerOptions, with the user's settings.
      *
      * @param name,ip,port,parentIP,parentPort the options of that meaning
      * @param flags has no effect
@@ -48,12 +48,6 @@ class ROBAXI_EXPORT KVBroker {
                                                     int port, const std::string& parentIP,
                                                     int parentPort, int flags, std::string path,
                                                     bool keepAlive);
-
-    /** Creates the same with explicit settings. */
-    static boost::shared_ptr<KVBroker> createBroker(const std::string& name, const std::string& ip,
-                                                    int port, const std::string& parentIP,
-                                                    int parentPort, int flags, std::string path,
-                                                    bool keepAlive, const KVSettings& settings);
 
     ~KVBroker();
     KVBroker(const KVBroker&) = delete;

@@ -8,7 +8,8 @@
 
 /**
  * Values that are accepted: of a number, those from the lowest to the highest one; of a text or
- * bytes, those of so many bytes; of a list or map, those of so many elements. Any bool is accepted.
+ * bytes, those whose number of bytes is in the range; of a list or map, those whose number of
+ * elements is. Any bool is accepted.
  * Both ends are in the range, and may be infinite.
  */
 struct ROBAXI_EXPORT KVRange {
@@ -27,7 +28,7 @@ struct ROBAXI_EXPORT KVRange {
     std::string toString(KVValue::Type type, const std::string& unit = {}) const;
 
     /**
-     * Returns if the value is in the range; NaN never is.
+     * Checks that the value is in the range; NaN never is.
      *
      * @param what subject of the sentence for the user, for instance the name of a key
      * @param unit of a number; may be empty

@@ -19,7 +19,7 @@ struct SinkProgress {
     std::uint64_t fBytes = 0;      ///< in the files
     std::uint64_t fWritten = 0;    ///< messages
     std::uint64_t fDropped = 0;    ///< messages for which the disk was too slow, or too large ones
-    std::uint64_t fFileBytes = 0;  ///< in the present file
+    std::uint64_t fFileBytes = 0;  ///< in the current file
 };
 
 /**
@@ -93,7 +93,7 @@ class RecordingSink {
         std::string fTopic;
         recording::Texts fMetadata;
         Repeat fRepeat;
-        std::optional<std::uint16_t> fChannel;  ///< in the present file
+        std::optional<std::uint16_t> fChannel;  ///< in the current file
         std::optional<Newest> fNewest;
     };
 
@@ -114,7 +114,7 @@ class RecordingSink {
 
     mutable std::mutex fMutex;  ///< guards the following members
     std::unique_ptr<recording::Writer> fWriter;
-    std::map<const MessageSchema*, std::uint16_t> fSchemas;  ///< of the present file
+    std::map<const MessageSchema*, std::uint16_t> fSchemas;  ///< of the current file
     std::vector<TopicState> fTopics;
     std::vector<recording::Metadata> fMetadata;
     std::vector<recording::Attachment> fAttachments;
