@@ -48,11 +48,9 @@ class Entry:
         """Returns a value from a client as the key takes it. Raises Error."""
         if not self.writable:
             raise Error(Cause.RAISED_BY_MODULE, f"The key {self.name} is only for reading.")
-        if self.value is None:
-            return value
         if type(self.value) is float and type(value) is int:
             value = float(value)
-        elif type(value) is not type(self.value):
+        elif self.value is not None and type(value) is not type(self.value):
             raise Error(Cause.WRONG_TYPE,
                         f"The key {self.name} is of type {_type_name(self.value)}; it cannot be "
                         f"set to a value of type {_type_name(value)}.")
@@ -61,6 +59,8 @@ class Entry:
         return value
 
     def _check_limits(self, value: Any, lowest: float, highest: float) -> None:
+        if value is None or isinstance(value, bool):
+            return
         size = value
         unit = f" {self.unit}" if self.unit else ""
         if isinstance(value, str):

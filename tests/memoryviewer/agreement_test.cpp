@@ -63,10 +63,10 @@ class SentRate {
     SentRate(int port, const std::string& key, double rate) {
         KVSubscription::Callbacks callbacks;
         callbacks.fValuesChanged = [this](const std::vector<KVChange>& changes) { xAdd(changes); };
-        fSubscription = KVSubscription::start(
-            KVConnection::open(KVBroker::createBroker({"SentRate"}),
-                               RobotProcess::address(), port, 5),
-            "KVMemory", {key}, rate, callbacks);
+        fSubscription =
+            KVSubscription::start(KVConnection::open(KVBroker::createBroker({"SentRate"}),
+                                                     RobotProcess::address(), port, 5),
+                                  "KVMemory", {key}, rate, callbacks);
     }
     ~SentRate() { fSubscription->stop(); }
     SentRate(const SentRate&) = delete;

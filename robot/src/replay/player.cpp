@@ -87,8 +87,10 @@ void Player::play() {
     const Turn turn(*this);
     if (fState.fPosition >= fEnd) {
         xJump(fStart);
+    } else if (!fMessages) {
+        xJump(fState.fPosition);  // reads the damaged part again
     }
-    fState.fIsPlaying = true;
+    fState.fIsPlaying = fState.fFault.empty();
 }
 
 void Player::pause() {

@@ -245,6 +245,9 @@ TEST(Player, StopsAtADamagedPartAndSaysWhere) {
     ASSERT_TRUE(replay.waitUntil([](const PlayerState& state) { return !state.fFault.empty(); }));
     EXPECT_THAT(replay.player().state().fFault, HasSubstr("chunk at byte"));
     EXPECT_FALSE(replay.player().state().fIsPlaying);
+    replay.player().play();
+    EXPECT_FALSE(replay.player().state().fIsPlaying);
+    EXPECT_THAT(replay.player().state().fFault, HasSubstr("chunk at byte"));
     // The part before it can be seen.
     replay.player().seek(a_start + 500 * a_millisecond);
     EXPECT_EQ("", replay.player().state().fFault);
