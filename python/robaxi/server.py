@@ -18,7 +18,7 @@ from . import _wire
 from ._announcer import Announcer
 from ._icon import IconServer
 from ._service import Service
-from ._services import handlers
+from ._generic import handlers
 from ._target import DEFAULT_PORT
 from .discovery import ROBAX, ROBAXI
 from .errors import Cause, Error, describe

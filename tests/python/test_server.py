@@ -142,6 +142,15 @@ def fill(server):
     return written
 
 
+def test_a_key_without_a_value_has_a_range(serve, connect):
+    server = serve()
+    server.memory.add("Robot/Mood", None, limits=(0, 1), writable=True)
+    memory = connect(server.port).memory
+    assert "it accepts 0 to 1, not 7." in str(error_of(memory.__setitem__, "Robot/Mood", 7))
+    memory["Robot/Mood"] = 0.5
+    assert server.memory["Robot/Mood"] == 0.5
+
+
 def test_the_memory_is_read_and_written(serve, connect):
     server = serve()
     written = fill(server)
@@ -168,15 +177,6 @@ def test_the_memory_is_read_and_written(serve, connect):
         assert text in str(error)
     with pytest.raises(KeyError):
         memory["No/Such"]
-
-
-def test_a_key_without_a_value_has_a_range(serve, connect):
-    server = serve()
-    server.memory.add("Robot/Mood", None, limits=(0, 1), writable=True)
-    memory = connect(server.port).memory
-    assert "it accepts 0 to 1, not 7." in str(error_of(memory.__setitem__, "Robot/Mood", 7))
-    memory["Robot/Mood"] = 0.5
-    assert server.memory["Robot/Mood"] == 0.5
     assert tool(server, "get", "Robot/*", "Battery/Charge") == \
         'Robot/Note \nRobot/Speed 2.0\nBattery/Charge 87.5\n'
     assert tool(server, "set", "Robot/Note", "12") == ""
