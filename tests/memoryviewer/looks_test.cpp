@@ -323,7 +323,7 @@ void LooksTest::cutsNoTextOff() {
         }
     }
     for (const auto* box : fViewer->findChildren<QComboBox*>()) {
-        QVERIFY(box->width() >= box->sizeHint().width());
+        QVERIFY(!box->isVisible() || box->width() >= box->sizeHint().width());
     }
     for (const auto* more : fViewer->findChildren<QWidget*>("qt_toolbar_ext_button")) {
         QVERIFY(!more->isVisible());

@@ -1,5 +1,6 @@
 """examples/robot.py in lab/run: announced, found, and shown."""
 
+import json
 import re
 import subprocess
 import sys
@@ -51,6 +52,13 @@ def test_the_doctor_finds_no_problem():
     assert "problem" not in report
     for check in ["announced", "port", "protocol", "access", "icon"]:
         assert re.search(rf"^ok +{check}:", report, re.MULTILINE), report
+
+
+def test_it_keeps_the_rules_of_announcements():
+    checks = [json.loads(line) for line in
+              tool("conform", "marvin", "--group", "announcing", "--json").splitlines()]
+    assert len(checks) == 8
+    assert [check for check in checks if check["verdict"] != "passed"] == []
 
 
 def test_it_is_used(tmp_path):
