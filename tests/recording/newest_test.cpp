@@ -40,7 +40,7 @@ Newest newestAt(Reader& reader, std::uint64_t time, const std::set<std::uint16_t
     return newest;
 }
 
-/** What remains of each channel when all messages up to a time have been read. */
+/** The newest message of each channel after a straight reading up to a time. */
 Newest straight(const std::vector<Heard>& messages, std::uint64_t time) {
     std::map<std::string, std::size_t> last;
     for (std::size_t i = 0; i < messages.size(); ++i) {

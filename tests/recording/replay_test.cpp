@@ -175,7 +175,7 @@ TEST(Replay, RecordedAgainHasTheSameValuesAndFrames) {
     EXPECT_EQ(5U, expected.size());
     Topics repeated = topicsOf(copy);
     for (auto& [topic, messages] : repeated) {
-        // What was there before the first step.
+        // The first message is from before the first step.
         ASSERT_FALSE(messages.empty());
         if (topic.find("/memory/") != std::string::npos) {
             EXPECT_EQ(R"({"value":null})", messages.front().second) << topic;

@@ -1,6 +1,7 @@
 // The time bar of a viewer: it appears for a replay, calls "KVReplay", and shows what the robot
 // says.
-#include <obvista/viewer/robot_link.h>
+#include "plain_link.h"
+
 #include <obvista/viewer/viewer_widget.h>
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_module.h>
@@ -19,21 +20,12 @@
 #include <loopback_broker.h>
 #include <mutex>
 
+using obvista_test::PlainLink;
+
 namespace {
 
 constexpr std::int64_t a_start = 1'700'000'000'000'000;
 constexpr std::int64_t a_end = a_start + 100'000'000;
-
-class PlainLink : public obvista::RobotLink {
-  public:
-    using RobotLink::RobotLink;
-    ~PlainLink() override { close(); }
-    PlainLink(const PlainLink&) = delete;
-    PlainLink& operator=(const PlainLink&) = delete;
-
-  protected:
-    void stop() override {}
-};
 
 class Viewer : public obvista::ViewerWidget {
   public:

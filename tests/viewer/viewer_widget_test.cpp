@@ -1,5 +1,6 @@
+#include "plain_link.h"
+
 #include <obvista/viewer/link_state.h>
-#include <obvista/viewer/robot_link.h>
 #include <obvista/viewer/viewer_widget.h>
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_connection.h>
@@ -13,22 +14,7 @@
 
 using obvista::LinkState;
 using obvista::ViewerWidget;
-
-namespace {
-
-/** A link through which nothing flows. */
-class PlainLink : public obvista::RobotLink {
-  public:
-    using RobotLink::RobotLink;
-    ~PlainLink() override { close(); }
-    PlainLink(const PlainLink&) = delete;
-    PlainLink& operator=(const PlainLink&) = delete;
-
-  protected:
-    void stop() override {}
-};
-
-}  // namespace
+using obvista_test::PlainLink;
 
 class ViewerWidgetTest : public QObject {
     Q_OBJECT

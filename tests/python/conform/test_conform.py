@@ -61,7 +61,7 @@ def test_the_value_is_put_back(start_humanoid, connect):
 
 
 def test_nothing_is_written_without_write(start):
-    """The robot prints what it is told to write."""
+    """The robot prints each value that a client writes."""
     command = [*PYTHON_ROBOT]
     robot = start(command, "listens on")
     found = results(place(robot.port), "--group", "values")

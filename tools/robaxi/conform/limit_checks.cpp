@@ -5,7 +5,7 @@ namespace robaxi_tool {
 namespace {
 
 constexpr std::size_t a_mebibyte = std::size_t{1} << 20U;
-/** More than gRPC receives unless it is told otherwise. */
+/** Above gRPC's default limit of a received message. */
 constexpr std::size_t a_much = 5 * a_mebibyte;
 constexpr std::size_t a_tooMuch = 17 * a_mebibyte;
 constexpr const char* a_none = "robaxi conform/none";
