@@ -26,7 +26,7 @@ pkg_check_modules(Lz4 REQUIRED IMPORTED_TARGET liblz4)
 
 # Pictures and video.
 pkg_check_modules(TurboJpeg REQUIRED IMPORTED_TARGET libturbojpeg)
-if(OBVISTA_BUILD_CAMERAVIEWER OR OBVISTA_BUILD_ROBOT)
+if(OBVISTA_BUILD_CAMERAVIEWER OR OBVISTA_BUILD_ROBOT OR OBVISTA_BUILD_TOOLS)
     pkg_check_modules(GStreamer REQUIRED IMPORTED_TARGET
         gstreamer-1.0 gstreamer-app-1.0 gstreamer-video-1.0)
 endif()

@@ -51,7 +51,7 @@ bool MatroskaFiles::write(const ArrivedFrame& arrived) {
         xBegin(kind, frame);
     }
     fWriter->write(jpeg, fTime - fBegin);
-    fFailure = fWriter->failure();
+    fFailure = QString::fromStdString(fWriter->failure());
     return true;
 }
 
@@ -88,15 +88,16 @@ void MatroskaFiles::xBegin(const Kind& kind, const KVFrame& frame) {
     ++fFileCount;
     fKind = kind;
     fBegin = fTime;
-    MatroskaWriter::Settings settings;
-    settings.fFile = fFile;
+    matroska::MatroskaWriter::Settings settings;
+    settings.fFile = QFile::encodeName(fFile).toStdString();
     settings.fWidth = static_cast<int>(kind.fWidth);
     settings.fHeight = static_cast<int>(kind.fHeight);
     settings.fTitle =
         translated("%1 of %2, %3")
-            .arg(originText(fOrigin.fCamera), originText(fOrigin.fRobot), timeText(frame.fTime));
+            .arg(originText(fOrigin.fCamera), originText(fOrigin.fRobot), timeText(frame.fTime))
+            .toStdString();
     settings.fStart = frame.fTime;
-    fWriter = std::make_unique<MatroskaWriter>(settings);
+    fWriter = std::make_unique<matroska::MatroskaWriter>(settings);
 }
 
 QString MatroskaFiles::xNextFile() const {
@@ -118,7 +119,7 @@ void MatroskaFiles::xFinishFile() {
     }
     fWriter->finish();
     if (fFailure.isEmpty()) {
-        fFailure = fWriter->failure();
+        fFailure = QString::fromStdString(fWriter->failure());
     }
     fBytesBefore = bytes();
     fWriter.reset();

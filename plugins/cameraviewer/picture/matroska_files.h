@@ -2,7 +2,6 @@
 #define OBVISTA_CAMERAVIEWER_MATROSKA_FILES_H
 
 #include "frame_files.h"
-#include "matroska_writer.h"
 #include "picture_decoder.h"
 #include "recording_clock.h"
 
@@ -12,13 +11,14 @@
 
 #include <chrono>
 #include <cstdint>
+#include <matroska/matroska_writer.h>
 #include <memory>
 
 namespace cameraviewer {
 
 /**
  * Matroska files of one recording: encodes frames, and starts a new file for another size or
- * format. Blocks its thread like MatroskaWriter.
+ * format. Blocks its thread like matroska::MatroskaWriter.
  */
 class MatroskaFiles : public FrameFiles {
   public:
@@ -61,7 +61,7 @@ class MatroskaFiles : public FrameFiles {
     PictureDecoder fDecoder;
     picture::JpegWriter fJpegWriter;
     RecordingClock fClock;
-    std::unique_ptr<MatroskaWriter> fWriter;
+    std::unique_ptr<matroska::MatroskaWriter> fWriter;
     Kind fKind{};
     QString fFile;
     int fFileCount = 0;

@@ -2,7 +2,6 @@
 
 #include "plots/plot_view.h"
 #include "recording/csv_file.h"
-#include "recording/csv_text.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -84,7 +83,7 @@ void PointExport::start(std::vector<ExportedCurve> curves, double left, double r
 QString PointExport::xWrite(const std::vector<ExportedCurve>& curves, double left, double right,
                             const QString& fileName) {
     CsvFile file;
-    std::string rows(a_csvHeader);
+    std::string rows(robot_recording::a_csvHeader);
     bool isGood = file.open(fileName);
     for (const ExportedCurve& curve : curves) {
         for (std::size_t i = 0; i < curve.fPoints.size() && isGood && !fIsGivenUp; ++i) {
@@ -94,9 +93,9 @@ QString PointExport::xWrite(const std::vector<ExportedCurve>& curves, double lef
                 continue;
             }
             if (curve.fPoints.isInterruption(i)) {
-                appendGapRow(rows, point.fTime, curve.fKey);
+                robot_recording::appendGapRow(rows, point.fTime, curve.fKey);
             } else {
-                appendNumberRow(rows, point.fTime, curve.fKey, point.fValue);
+                robot_recording::appendValueRow(rows, point.fTime, curve.fKey, point.fValue);
             }
             ++fRows;
             if (rows.size() >= a_bytesPerWrite) {

@@ -3,7 +3,6 @@
 
 #include "plots/curve_history.h"
 #include "plots/curve_legend.h"
-#include "recording/change_row.h"
 
 #include <QImage>
 #include <QObject>
@@ -11,6 +10,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <robot_recording/csv_rows.h>
 #include <thread>
 #include <vector>
 
@@ -28,7 +28,7 @@ QString savePicture(const QImage& picture, const QString& fileName);
 
 /** The points of a curve to be written to a file. */
 struct ExportedCurve {
-    RecordedKey fKey;
+    robot_recording::CsvKey fKey;
     CurveHistory fPoints;
 };
 

@@ -1,7 +1,7 @@
 #ifndef OBVISTA_MEMORYVIEWER_CHANGE_FILE_H
 #define OBVISTA_MEMORYVIEWER_CHANGE_FILE_H
 
-#include "recording/change_row.h"
+#include <robaxi/kv_value_table.h>
 
 #include <QString>
 
@@ -10,6 +10,14 @@
 #include <robot_recording/robot_origin.h>
 
 namespace memoryviewer {
+
+/** A new value of a key. */
+struct RecordedChange {
+    std::int64_t fTime = 0;  ///< microseconds since 1970-01-01 UTC by the robot's clock
+    std::shared_ptr<const KVKeyInfo> fKey;  ///< shared by all changes of the key; never null
+    KVValue fValue;
+    std::int64_t fArrival = 0;  ///< microseconds by our clock; set by the recorder
+};
 
 /** Something else than a change that a recording reports, for instance the end of a key. */
 struct RecordedEvent {

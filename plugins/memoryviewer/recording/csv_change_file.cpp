@@ -1,5 +1,6 @@
 #include "recording/csv_change_file.h"
 
+#include <robot_recording/csv_rows.h>
 #include <utility>
 
 namespace memoryviewer {
@@ -9,10 +10,14 @@ namespace {
 /** Large enough for few system calls, small enough to lose little when the program is killed. */
 constexpr std::size_t a_bytesPerWrite = 65536;
 
+robot_recording::CsvKey csvKey(const KVKeyInfo& key) {
+    return {key.fName, key.fUnit};
+}
+
 }  // namespace
 
 bool CsvChangeFile::open(const QString& fileName) {
-    if (!fFile.open(fileName) || !fFile.append(a_csvHeader)) {
+    if (!fFile.open(fileName) || !fFile.append(robot_recording::a_csvHeader)) {
         return false;
     }
     fOtherRows = 1;
@@ -20,21 +25,21 @@ bool CsvChangeFile::open(const QString& fileName) {
 }
 
 bool CsvChangeFile::append(const RecordedChange& change) {
-    appendChangeRow(fRows, change);
+    robot_recording::appendValueRow(fRows, change.fTime, csvKey(*change.fKey), change.fValue);
     fTime = change.fTime;
     return xWriteIfLong();
 }
 
 bool CsvChangeFile::append(const RecordedEvent& event) {
     if (event.fKey) {
-        appendGapRow(fRows, fTime, {event.fKey->fName, event.fKey->fUnit});
+        robot_recording::appendGapRow(fRows, fTime, csvKey(*event.fKey));
         ++fWaitingOtherRows;
     }
     return xWriteIfLong();
 }
 
 bool CsvChangeFile::appendLoss(std::uint64_t lost) {
-    appendLossRow(fRows, fTime, lost);
+    robot_recording::appendLossRow(fRows, fTime, lost);
     ++fWaitingOtherRows;
     return xWriteIfLong();
 }

@@ -8,7 +8,7 @@
 
 namespace memoryviewer {
 
-/** A CSV file of changes, see a_csvHeader. */
+/** A CSV file of changes, see robot_recording::a_csvHeader. */
 class CsvChangeFile : public ChangeFile {
   public:
     bool open(const QString& fileName) override;

@@ -83,7 +83,8 @@ Stage::Stage(Reader& reader, const recorded_robot::RecordedRobot& robot,
         }
         if (recorded.fContent == Content::ProtobufFields) {
             try {
-                channel.fProtobuf = std::make_unique<ProtobufFields>(schema->second);
+                channel.fProtobuf =
+                    std::make_unique<recorded_robot::ProtobufFields>(schema->second);
             } catch (const std::runtime_error& failure) {
                 channel.fChannel.fContent = Content::Unknown;
                 channel.fChannel.fReason = failure.what();

@@ -1,8 +1,6 @@
 #ifndef OBVISTA_ROBOT_REPLAY_STAGE_H
 #define OBVISTA_ROBOT_REPLAY_STAGE_H
 
-#include "replay/protobuf_fields.h"
-
 #include <picture/jpeg.h>
 #include <robaxi/kv_memory_module.h>
 #include <robaxi/kv_video_module.h>
@@ -14,6 +12,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <recorded_robot/protobuf_fields.h>
 #include <recorded_robot/recorded_robot.h>
 #include <recording/reader.h>
 #include <set>
@@ -72,7 +71,7 @@ class Stage {
     struct Channel {
         recorded_robot::RecordedChannel fChannel;
         std::string fSchema;
-        std::unique_ptr<ProtobufFields> fProtobuf;
+        std::unique_ptr<recorded_robot::ProtobufFields> fProtobuf;
         std::set<std::string> fFields;  ///< the keys of the last message, if it has fields
     };
     struct Waiting {

@@ -20,6 +20,7 @@
 #include <file_size_limit.h>
 #include <recording/check.h>
 #include <recording/reader.h>
+#include <robot_recording/csv_rows.h>
 #include <set>
 #include <sys/stat.h>
 #include <thread>
@@ -29,7 +30,8 @@ using namespace memoryviewer;
 namespace {
 
 constexpr int a_columns = 6;
-const QByteArray a_header = QByteArray::fromRawData(a_csvHeader.data(), int(a_csvHeader.size()));
+const QByteArray a_header = QByteArray::fromRawData(robot_recording::a_csvHeader.data(),
+                                                    int(robot_recording::a_csvHeader.size()));
 
 std::vector<RecordedChange> changes(int first, int count) {
     static const auto key = std::make_shared<KVKeyInfo>(

@@ -1,5 +1,3 @@
-#include "replay/protobuf_fields.h"
-
 #include <base/safe_text.h>
 
 #include <google/protobuf/descriptor.h>
@@ -10,9 +8,10 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <recorded_robot/protobuf_fields.h>
 #include <stdexcept>
 
-namespace robot {
+namespace recorded_robot {
 
 namespace pb = google::protobuf;
 
@@ -88,11 +87,10 @@ KVValue valueOf(const pb::Message& message, const pb::FieldDescriptor& field, in
     }
 }
 
-void takeMessage(const pb::Message& message, const std::string& path,
-                 const recorded_robot::TakeValue& take);
+void takeMessage(const pb::Message& message, const std::string& path, const TakeValue& take);
 
 void takeField(const pb::Message& message, const pb::FieldDescriptor& field,
-               const std::string& path, const recorded_robot::TakeValue& take) {
+               const std::string& path, const TakeValue& take) {
     const pb::Reflection& reflection = *message.GetReflection();
     const bool isMessage = field.cpp_type() == pb::FieldDescriptor::CPPTYPE_MESSAGE;
     if (!field.is_repeated()) {
@@ -122,8 +120,7 @@ void takeField(const pb::Message& message, const pb::FieldDescriptor& field,
 }
 
 /** The depth is limited by protobuf's parser, to 100 levels. */
-void takeMessage(const pb::Message& message, const std::string& path,
-                 const recorded_robot::TakeValue& take) {
+void takeMessage(const pb::Message& message, const std::string& path, const TakeValue& take) {
     const pb::Descriptor& descriptor = *message.GetDescriptor();
     for (int i = 0; i < descriptor.field_count(); ++i) {
         const pb::FieldDescriptor& field = *descriptor.field(i);
@@ -167,7 +164,7 @@ ProtobufFields::ProtobufFields(const recording::Schema& schema)
 ProtobufFields::~ProtobufFields() = default;
 
 void ProtobufFields::take(std::string_view message, const std::string& path,
-                          const recorded_robot::TakeValue& take) const {
+                          const TakeValue& take) const {
     if (message.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
         return;
     }
@@ -177,4 +174,4 @@ void ProtobufFields::take(std::string_view message, const std::string& path,
     }
 }
 
-}  // namespace robot
+}  // namespace recorded_robot

@@ -1,15 +1,14 @@
-#ifndef OBVISTA_CAMERAVIEWER_MATROSKA_WRITER_H
-#define OBVISTA_CAMERAVIEWER_MATROSKA_WRITER_H
+#ifndef MATROSKA_MATROSKA_WRITER_H
+#define MATROSKA_MATROSKA_WRITER_H
 
 #include <picture/jpeg.h>
-
-#include <QString>
 
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <string>
 
-namespace cameraviewer {
+namespace matroska {
 
 /**
  * A Matroska file of JPEGs of one size (Motion JPEG), written by GStreamer on a dedicated thread.
@@ -22,10 +21,10 @@ namespace cameraviewer {
 class MatroskaWriter {
   public:
     struct Settings {
-        QString fFile;  ///< overwritten
+        std::string fFile;  ///< overwritten
         int fWidth = 0;
         int fHeight = 0;
-        QString fTitle;
+        std::string fTitle;       ///< in UTF-8
         std::int64_t fStart = 0;  ///< of the first picture, microseconds since 1970-01-01 UTC
     };
 
@@ -48,7 +47,7 @@ class MatroskaWriter {
     void finish();
 
     /** Returns a sentence for the user; empty if there was no error. */
-    QString failure() const;
+    std::string failure() const;
 
     /** Time-out of the disk. */
     static constexpr std::chrono::seconds a_patience{10};
@@ -58,6 +57,6 @@ class MatroskaWriter {
     std::unique_ptr<Private> fPrivate;
 };
 
-}  // namespace cameraviewer
+}  // namespace matroska
 
 #endif

@@ -1,5 +1,5 @@
-#ifndef OBVISTA_ROBOT_REPLAY_PROTOBUF_FIELDS_H
-#define OBVISTA_ROBOT_REPLAY_PROTOBUF_FIELDS_H
+#ifndef RECORDED_ROBOT_PROTOBUF_FIELDS_H
+#define RECORDED_ROBOT_PROTOBUF_FIELDS_H
 
 #include <memory>
 #include <recorded_robot/recorded_value.h>
@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace robot {
+namespace recorded_robot {
 
 /** Reads messages in protobuf whose schema is in the recording. take() may be called from any
  * thread. */
@@ -21,17 +21,16 @@ class ProtobufFields {
 
     /**
      * Calls a function with each field of a message and the path of its name, as
-     * recorded_robot::takeFields() does. Of repeated messages the first 100 are taken. A damaged
+     * takeFields() does. Of repeated messages the first 100 are taken. A damaged
      * message has no fields.
      */
-    void take(std::string_view message, const std::string& path,
-              const recorded_robot::TakeValue& take) const;
+    void take(std::string_view message, const std::string& path, const TakeValue& take) const;
 
   private:
     struct Private;
     std::unique_ptr<Private> fPrivate;
 };
 
-}  // namespace robot
+}  // namespace recorded_robot
 
 #endif

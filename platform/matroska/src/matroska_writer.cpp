@@ -1,28 +1,23 @@
-#include "matroska_writer.h"
-
+#include <base/file_descriptor.h>
+#include <base/safe_text.h>
 #include <base/time.h>
 
-#include <QCoreApplication>
-#include <QDir>
-#include <QFile>
-
+#include <cerrno>
 #include <condition_variable>
+#include <fcntl.h>
 #include <gst/app/gstappsrc.h>
 #include <gst/gst.h>
+#include <matroska/matroska_writer.h>
 #include <mutex>
-#include <string>
+#include <system_error>
 
-namespace cameraviewer {
+namespace matroska {
 namespace {
 
 /** Bytes that wait inside GStreamer before canTake() returns false. */
 constexpr guint64 a_maxWaiting = guint64{8} * 1024 * 1024;
 /** Microseconds since 1970: until the year 2200, within the range of Matroska's dates. */
 constexpr std::int64_t a_latestStart = 7'258'118'400 * base::a_microsecondsPerSecond;
-
-QString translated(const char* text) {
-    return QCoreApplication::translate("cameraviewer::MatroskaWriter", text);
-}
 
 struct Unref {
     void operator()(GstObject* object) const { gst_object_unref(object); }
@@ -36,21 +31,21 @@ template <typename Object>
 using Owned = std::unique_ptr<Object, Unref>;
 
 /** @return empty, or the reason why GStreamer cannot be used */
-QString startGStreamer() {
+std::string startGStreamer() {
     GError* raw = nullptr;
     if (gst_init_check(nullptr, nullptr, &raw) != FALSE) {
         return {};
     }
     const Owned<GError> error(raw);
-    return translated("GStreamer does not start: %1").arg(QString::fromUtf8(error->message));
+    return std::string("GStreamer does not start: ") + error->message;
 }
 
 /**
  * Once for the process: on the first recording, since it takes a while, never when the plugin is
  * loaded.
  */
-QString ensureGStreamer() {
-    static const QString failure = startGStreamer();
+std::string ensureGStreamer() {
+    static const std::string failure = startGStreamer();
     return failure;
 }
 
@@ -64,20 +59,16 @@ constexpr ElementKind a_source{"appsrc", "gstreamer1.0-plugins-base"};
 constexpr ElementKind a_muxer{"matroskamux", "gstreamer1.0-plugins-good"};
 constexpr ElementKind a_sink{"filesink", "libgstreamer1.0-0"};
 
-QString missingText(const ElementKind& kind) {
-    return translated(
-               "Recording needs the GStreamer element \"%1\", which is in the Debian package %2.")
-        .arg(QLatin1String(kind.fName), QLatin1String(kind.fPackage));
+std::string missingText(const ElementKind& kind) {
+    return std::string("Recording needs the GStreamer element \"") + kind.fName +
+           "\", which is in the Debian package " + kind.fPackage + '.';
 }
 
-QString writeFailureText(const QString& file, const QString& reason) {
-    return translated("The recording %1 could not be written: %2.")
-        .arg(QDir::toNativeSeparators(file), reason);
+std::string writeFailureText(const std::string& file, const std::string& reason) {
+    return "The recording " + base::oneLine(file) + " could not be written: " + reason + '.';
 }
 
-QString fullText() {
-    return translated("The disk is full. What was recorded until then can be played.");
-}
+constexpr const char* a_fullText = "The disk is full. What was recorded until then can be played.";
 
 using Bytes = std::shared_ptr<const unsigned char>;
 
@@ -106,7 +97,7 @@ struct MatroskaWriter::Private {
     std::condition_variable fChanged;
     bool fCanTake = true;
     bool fIsComplete = false;
-    QString fFailure;
+    std::string fFailure;
 
     explicit Private(const Settings& settings) : fSettings(settings) {}
 
@@ -120,19 +111,22 @@ struct MatroskaWriter::Private {
     Private& operator=(const Private&) = delete;
 
     /** @return empty, or the reason why no pipeline is running */
-    QString start() {
-        QString failure = ensureGStreamer();
-        if (failure.isEmpty()) {
+    std::string start() {
+        std::string failure = ensureGStreamer();
+        if (failure.empty()) {
             failure = tryFile();
         }
-        return failure.isEmpty() ? build() : failure;
+        return failure.empty() ? build() : failure;
     }
 
     /** GStreamer's own messages are not informative. */
-    QString tryFile() const {
-        QFile file(fSettings.fFile);
-        const bool isWritable = file.open(QIODevice::WriteOnly);
-        return isWritable ? QString() : writeFailureText(fSettings.fFile, file.errorString());
+    std::string tryFile() const {
+        constexpr mode_t mode = 0666;
+        const base::FileDescriptor file(::open(
+            fSettings.fFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK, mode));
+        return file.get() >= 0
+                   ? std::string()
+                   : writeFailureText(fSettings.fFile, std::generic_category().message(errno));
     }
 
     /** Adds an element to the pipeline, which owns it. */
@@ -144,7 +138,7 @@ struct MatroskaWriter::Private {
         return element;
     }
 
-    QString build() {
+    std::string build() {
         fPipeline.reset(gst_pipeline_new(nullptr));
         fBus.reset(gst_element_get_bus(fPipeline.get()));
         gst_bus_set_sync_handler(fBus.get(), &Private::onMessage, this, nullptr);
@@ -163,7 +157,7 @@ struct MatroskaWriter::Private {
             gst_element_set_state(fPipeline.get(), GST_STATE_PLAYING) != GST_STATE_CHANGE_FAILURE) {
             return {};
         }
-        return writeFailureText(fSettings.fFile, translated("the pipeline does not start"));
+        return writeFailureText(fSettings.fFile, "the pipeline does not start");
     }
 
     void setUpSource(GstElement* element) {
@@ -187,7 +181,7 @@ struct MatroskaWriter::Private {
         g_object_set(element, "writing-app", "Obvista", "min-index-interval", indexInterval,
                      nullptr);
         gst_tag_setter_add_tags(GST_TAG_SETTER(element), GST_TAG_MERGE_REPLACE, GST_TAG_TITLE,
-                                fSettings.fTitle.toUtf8().constData(), nullptr);
+                                fSettings.fTitle.c_str(), nullptr);
         if (fSettings.fStart < 0 || fSettings.fStart > a_latestStart) {
             return;
         }
@@ -198,8 +192,8 @@ struct MatroskaWriter::Private {
 
     void setUpSink(GstElement* element) const {
         constexpr int unbuffered = 2;
-        g_object_set(element, "location", QFile::encodeName(fSettings.fFile).constData(), "sync",
-                     FALSE, "async", FALSE, "buffer-mode", unbuffered, nullptr);
+        g_object_set(element, "location", fSettings.fFile.c_str(), "sync", FALSE, "async", FALSE,
+                     "buffer-mode", unbuffered, nullptr);
     }
 
     template <typename Change>
@@ -215,9 +209,9 @@ struct MatroskaWriter::Private {
         change([this, canTake] { fCanTake = canTake; });
     }
 
-    void fail(const QString& failure) {
+    void fail(const std::string& failure) {
         change([this, &failure] {
-            if (fFailure.isEmpty()) {
+            if (fFailure.empty()) {
                 fFailure = failure;
             }
         });
@@ -225,16 +219,16 @@ struct MatroskaWriter::Private {
 
     bool hasFailed() const {
         const std::lock_guard lock(fMutex);
-        return !fFailure.isEmpty();
+        return !fFailure.empty();
     }
 
     /** Returns when the condition is true or writing has failed, which it has after a_patience. */
     template <typename Condition>
     void waitFor(Condition condition) {
         std::unique_lock lock(fMutex);
-        const auto isOver = [&] { return condition() || !fFailure.isEmpty(); };
+        const auto isOver = [&] { return condition() || !fFailure.empty(); };
         if (!fChanged.wait_for(lock, a_patience, isOver)) {
-            fFailure = writeFailureText(fSettings.fFile, translated("the disk does not answer"));
+            fFailure = writeFailureText(fSettings.fFile, "the disk does not answer");
         }
     }
 
@@ -256,9 +250,7 @@ struct MatroskaWriter::Private {
             const Owned<GError> error(raw);
             const bool isFull =
                 g_error_matches(raw, GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_NO_SPACE_LEFT) != FALSE;
-            self->fail(
-                isFull ? fullText()
-                       : writeFailureText(self->fSettings.fFile, QString::fromUtf8(raw->message)));
+            self->fail(isFull ? a_fullText : writeFailureText(self->fSettings.fFile, raw->message));
         }
         gst_message_unref(message);
         return GST_BUS_DROP;
@@ -267,8 +259,8 @@ struct MatroskaWriter::Private {
 
 MatroskaWriter::MatroskaWriter(const Settings& settings)
     : fPrivate(std::make_unique<Private>(settings)) {
-    const QString failure = fPrivate->start();
-    if (!failure.isEmpty()) {
+    const std::string failure = fPrivate->start();
+    if (!failure.empty()) {
         fPrivate->fail(failure);
     }
 }
@@ -292,9 +284,9 @@ void MatroskaWriter::finish() {
     }
 }
 
-QString MatroskaWriter::failure() const {
+std::string MatroskaWriter::failure() const {
     const std::lock_guard lock(fPrivate->fMutex);
     return fPrivate->fFailure;
 }
 
-}  // namespace cameraviewer
+}  // namespace matroska

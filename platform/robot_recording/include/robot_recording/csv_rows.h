@@ -1,32 +1,23 @@
-#ifndef OBVISTA_MEMORYVIEWER_CHANGE_ROW_H
-#define OBVISTA_MEMORYVIEWER_CHANGE_ROW_H
+#ifndef ROBOT_RECORDING_CSV_ROWS_H
+#define ROBOT_RECORDING_CSV_ROWS_H
 
-#include <robaxi/kv_value_table.h>
+#include <robaxi/kv_value.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 
-namespace memoryviewer {
+namespace robot_recording {
 
 /** The columns that describe a key. */
-struct RecordedKey {
+struct CsvKey {
     std::string fName;
     std::string fUnit;
 };
 
-/** A new value of a key. */
-struct RecordedChange {
-    std::int64_t fTime = 0;  ///< microseconds since 1970-01-01 UTC by the robot's clock
-    std::shared_ptr<const KVKeyInfo> fKey;  ///< shared by all changes of the key; never null
-    KVValue fValue;
-    std::int64_t fArrival = 0;  ///< microseconds by our clock; set by the recorder
-};
-
 /**
- * The columns of our CSV files.
+ * The columns of CSV files with values of a robot.
  *
  * A row is one change of one key. Keys change at different times, so a table with a column for each
  * key would consist of empty cells, or of repeated values that nobody measured, and could not take
@@ -38,17 +29,18 @@ constexpr std::string_view a_csvHeader = "time_us,time_utc,key,value,unit,type\r
 /** Maximum size of a written value in bytes; a longer one is cut, which its type shows. */
 constexpr std::size_t a_maxCsvValue = 65536;
 
-/** Appends the row of a change. */
-void appendChangeRow(std::string& rows, const RecordedChange& change);
-
-/** Appends the row of a number of the type "float". */
-void appendNumberRow(std::string& rows, std::int64_t time, const RecordedKey& key, double value);
+/**
+ * Appends the row of a value. Lists, maps and bytes are written in JSON, as in MCAP recordings.
+ *
+ * @param time microseconds since 1970-01-01 UTC by the robot's clock
+ */
+void appendValueRow(std::string& rows, std::int64_t time, const CsvKey& key, const KVValue& value);
 
 /**
  * Appends a row with the type "gap" and without a value: from this time on the values of a key are
  * unknown.
  */
-void appendGapRow(std::string& rows, std::int64_t time, const RecordedKey& key);
+void appendGapRow(std::string& rows, std::int64_t time, const CsvKey& key);
 
 /**
  * Appends a row with the type "lost" and without a key: the number of changes that are missing at
@@ -56,6 +48,6 @@ void appendGapRow(std::string& rows, std::int64_t time, const RecordedKey& key);
  */
 void appendLossRow(std::string& rows, std::int64_t time, std::uint64_t lost);
 
-}  // namespace memoryviewer
+}  // namespace robot_recording
 
 #endif
