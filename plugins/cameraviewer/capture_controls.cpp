@@ -9,6 +9,7 @@
 
 #include <base/time.h>
 #include <obvista/viewer/labels.h>
+#include <obvista/viewer/value_text.h>
 #include <obvista/viewer/viewer_widget.h>
 
 #include <QAction>
@@ -159,10 +160,14 @@ QString CaptureControls::progressText() const {
         case RecorderStatus::State::Failed:
             return {};
     }
-    QStringList parts{tr("Recording: %1 s").arg(QString::number(status.fSeconds, 'f', 1)),
-                      tr("%1 frames").arg(status.fFrames), sizeText(status.fBytes)};
+    QStringList parts{
+        tr("Recording: %1 s").arg(QString::number(status.fSeconds, 'f', 1)),
+        tr("%1 frames", nullptr, obvista::pluralOf(status.fFrames)).arg(status.fFrames),
+        sizeText(status.fBytes)};
     if (status.fDropped > 0) {
-        parts += tr("%1 not recorded: the disk or the processor is too slow").arg(status.fDropped);
+        parts += tr("%1 not recorded: the disk or the processor is too slow", nullptr,
+                    obvista::pluralOf(status.fDropped))
+                     .arg(status.fDropped);
     }
     return parts.join(obvista::statusSeparator());
 }

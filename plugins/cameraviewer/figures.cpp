@@ -1,7 +1,10 @@
 #include "figures.h"
 
+#include "fault_sentence.h"
+
 #include <base/time.h>
 #include <obvista/viewer/labels.h>
+#include <obvista/viewer/value_text.h>
 
 #include <QCoreApplication>
 #include <QLocale>
@@ -18,9 +21,10 @@ constexpr double a_second = base::a_microsecondsPerSecond;
 /** An arriving picture cannot be older than this: the clocks of robot and computer differ. */
 constexpr double a_oldest = 30 * a_second;
 
-QString translated(const char* text) {
-    return QCoreApplication::translate("cameraviewer::Figures", text);
-}
+/** The texts of this file in the catalogues of translations. */
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(cameraviewer::Figures)
+};
 
 /**
  * Numbers have a decimal point in every locale, since they are meant to be copied into other
@@ -33,9 +37,10 @@ QString number(double value, int digits) {
 QString faultLines(const Figures& figures) {
     QString lines;
     for (const auto& [fault, count] : figures.fFaults) {
-        lines +=
-            translated("Not shown: %1 frames. %2").arg(count).arg(translated(faultText(fault))) +
-            QLatin1Char('\n');
+        lines += Texts::tr("Not shown: %1 frames. %2", nullptr, obvista::pluralOf(count))
+                     .arg(count)
+                     .arg(faultSentence(fault)) +
+                 QLatin1Char('\n');
     }
     return lines;
 }
@@ -74,12 +79,11 @@ void FigureMeter::restart(const FeedCounts& counts, Clock::time_point now) {
 
 QString ageText(double microseconds) {
     if (microseconds < 0 || microseconds > a_oldest) {
-        return microseconds < 0 ? translated("unknown (the robot's clock is ahead)")
-                                : translated("unknown (the robot's clock is behind)");
+        return microseconds < 0 ? Texts::tr("unknown (the robot's clock is ahead)")
+                                : Texts::tr("unknown (the robot's clock is behind)");
     }
-    return microseconds < a_second
-               ? translated("%1 ms").arg(number(microseconds / a_millisecond, 0))
-               : translated("%1 s").arg(number(microseconds / a_second, 1));
+    return microseconds < a_second ? Texts::tr("%1 ms").arg(number(microseconds / a_millisecond, 0))
+                                   : Texts::tr("%1 s").arg(number(microseconds / a_second, 1));
 }
 
 QString sizeText(std::int64_t bytes) {
@@ -89,16 +93,16 @@ QString sizeText(std::int64_t bytes) {
 QString byteRateText(double bytesPerSecond) {
     constexpr double kilo = 1e3;
     constexpr double mega = 1e6;
-    return bytesPerSecond < mega ? translated("%1 kB/s").arg(number(bytesPerSecond / kilo, 0))
-                                 : translated("%1 MB/s").arg(number(bytesPerSecond / mega, 1));
+    return bytesPerSecond < mega ? Texts::tr("%1 kB/s").arg(number(bytesPerSecond / kilo, 0))
+                                 : Texts::tr("%1 MB/s").arg(number(bytesPerSecond / mega, 1));
 }
 
 QString figuresLine(const Figures& figures) {
-    QStringList parts{translated("%1 received").arg(number(figures.fReceived, 1)),
-                      translated("%1 shown").arg(number(figures.fShown, 1)),
-                      translated("%1 dropped a second").arg(number(figures.fDropped, 1))};
+    QStringList parts{Texts::tr("%1 received").arg(number(figures.fReceived, 1)),
+                      Texts::tr("%1 shown").arg(number(figures.fShown, 1)),
+                      Texts::tr("%1 dropped a second").arg(number(figures.fDropped, 1))};
     if (figures.fAge) {
-        parts += translated("age %1").arg(ageText(*figures.fAge));
+        parts += Texts::tr("age %1").arg(ageText(*figures.fAge));
     }
     parts += byteRateText(figures.fBytes);
     std::uint64_t faulty = 0;
@@ -107,20 +111,22 @@ QString figuresLine(const Figures& figures) {
     }
     if (faulty > 0) {
         parts +=
-            faulty == 1 ? translated("1 faulty frame") : translated("%1 faulty frames").arg(faulty);
+            faulty == 1
+                ? Texts::tr("1 faulty frame")
+                : Texts::tr("%1 faulty frames", nullptr, obvista::pluralOf(faulty)).arg(faulty);
     }
     return parts.join(obvista::statusSeparator());
 }
 
 QString figuresReport(const Figures& figures) {
-    const QString age = figures.fAge ? ageText(*figures.fAge) : translated("no picture");
-    return translated("Received: %1 frames a second").arg(number(figures.fReceived, 2)) +
+    const QString age = figures.fAge ? ageText(*figures.fAge) : Texts::tr("no picture");
+    return Texts::tr("Received: %1 frames a second").arg(number(figures.fReceived, 2)) +
            QLatin1Char('\n') +
-           translated("Shown: %1 frames a second").arg(number(figures.fShown, 2)) +
+           Texts::tr("Shown: %1 frames a second").arg(number(figures.fShown, 2)) +
            QLatin1Char('\n') +
-           translated("Dropped: %1 frames a second").arg(number(figures.fDropped, 2)) +
-           QLatin1Char('\n') + translated("Bytes: %1 a second").arg(number(figures.fBytes, 0)) +
-           QLatin1Char('\n') + translated("Age when shown: %1").arg(age) + QLatin1Char('\n') +
+           Texts::tr("Dropped: %1 frames a second").arg(number(figures.fDropped, 2)) +
+           QLatin1Char('\n') + Texts::tr("Bytes: %1 a second").arg(number(figures.fBytes, 0)) +
+           QLatin1Char('\n') + Texts::tr("Age when shown: %1").arg(age) + QLatin1Char('\n') +
            faultLines(figures);
 }
 

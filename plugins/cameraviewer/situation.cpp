@@ -1,5 +1,7 @@
 #include "situation.h"
 
+#include "fault_sentence.h"
+
 #include <obvista/viewer/plain_text.h>
 
 #include <QCoreApplication>
@@ -18,9 +20,10 @@ constexpr Seconds a_shortestPatience{0.8};
 constexpr Seconds a_patienceForUnknownRate{1.6};
 constexpr double a_patienceInFrames = 1.6;
 
-QString translated(const char* text) {
-    return QCoreApplication::translate("cameraviewer::Situation", text);
-}
+/** The texts of this file in the catalogues of translations. */
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(cameraviewer::Situation)
+};
 
 QString whole(Seconds time) {
     return QString::number(std::max(1L, std::lround(time.count())));
@@ -30,40 +33,40 @@ QString reasonForNoCamera(const Situation& situation) {
     if (situation.fFailure) {
         switch (situation.fFailure->cause()) {
             case KVError::Cause::NoSuchModule:
-                return translated("This robot offers no cameras: it has no module KVVideo.");
+                return Texts::tr("This robot offers no cameras: it has no module KVVideo.");
             case KVError::Cause::NoSuchMethod:
-                return translated(
+                return Texts::tr(
                     "This robot does not list its cameras: its module KVVideo has no method "
                     "getCameras. Enter a camera's name above to watch it.");
             default:
-                return translated("The robot does not list its cameras: %1")
+                return Texts::tr("The robot does not list its cameras: %1")
                     .arg(obvista::plainText(situation.fFailure->toString()));
         }
     }
     if (!situation.fHasCameras) {
-        return translated("Connected. Asking the robot for its cameras\u2026");
+        return Texts::tr("Connected. Asking the robot for its cameras\u2026");
     }
-    return situation.fCameraCount == 0 ? translated("This robot has no camera.")
-                                       : translated("No camera is chosen.");
+    return situation.fCameraCount == 0 ? Texts::tr("This robot has no camera.")
+                                       : Texts::tr("No camera is chosen.");
 }
 
 QString reasonOfFrames(const Situation& situation) {
     if (situation.fEnd) {
-        return translated("The robot has ended the pictures of camera \"%1\": %2")
+        return Texts::tr("The robot has ended the pictures of camera \"%1\": %2")
             .arg(situation.fCamera, obvista::plainText(situation.fEnd->toString()));
     }
     if (!situation.fSinceFrame) {
         return situation.fWatched < patienceFor(situation.fRate)
-                   ? translated("Waiting for the first picture of camera \"%1\"\u2026")
+                   ? Texts::tr("Waiting for the first picture of camera \"%1\"\u2026")
                          .arg(situation.fCamera)
-                   : translated("Camera \"%1\" has not sent a picture in %2 s.")
+                   : Texts::tr("Camera \"%1\" has not sent a picture in %2 s.")
                          .arg(situation.fCamera, whole(situation.fWatched));
     }
     if (*situation.fSinceFrame >= patienceFor(situation.fRate)) {
-        return translated("Camera \"%1\" stopped sending %2 s ago.")
+        return Texts::tr("Camera \"%1\" stopped sending %2 s ago.")
             .arg(situation.fCamera, whole(*situation.fSinceFrame));
     }
-    return translated(faultText(situation.fFault));
+    return faultSentence(situation.fFault);
 }
 
 }  // namespace
@@ -75,7 +78,7 @@ QString reasonOf(const Situation& situation) {
     if (situation.fCamera.isEmpty()) {
         return reasonForNoCamera(situation);
     }
-    return situation.fIsPaused ? translated("Paused.") : reasonOfFrames(situation);
+    return situation.fIsPaused ? Texts::tr("Paused.") : reasonOfFrames(situation);
 }
 
 Seconds patienceFor(double rate) {

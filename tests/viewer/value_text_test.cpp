@@ -10,8 +10,10 @@
 #include <limits>
 #include <string>
 
+using obvista::countText;
 using obvista::exactValueText;
 using obvista::plainText;
+using obvista::pluralOf;
 using obvista::valueText;
 
 Q_DECLARE_METATYPE(KVValue)
@@ -41,6 +43,7 @@ class ValueTextTest : public QObject {
     void showsEachType_data();
     void showsEachType();
     void showsNumbersWithAPointInEveryLocale();
+    void groupsTheDigitsOfCounts();
     void exactTextTellsNeighboursApart();
     void showsMarkupAsItStands();
     void makesControlCharactersVisible();
@@ -104,6 +107,15 @@ void ValueTextTest::showsNumbersWithAPointInEveryLocale() {
     QLocale::setDefault(before);
     QCOMPARE(text, QStringLiteral("[1234.5, 1000000]"));
     QCOMPARE(exact, QStringLiteral("1234.5"));
+}
+
+void ValueTextTest::groupsTheDigitsOfCounts() {
+    QCOMPARE(countText(0), QStringLiteral("0"));
+    QCOMPARE(countText(999), QStringLiteral("999"));
+    QCOMPARE(countText(1000), QStringLiteral("1\u202F000"));
+    QCOMPARE(countText(1234567), QStringLiteral("1\u202F234\u202F567"));
+    QCOMPARE(pluralOf(1), 1);
+    QCOMPARE(pluralOf(1ULL << 40U), std::numeric_limits<int>::max());
 }
 
 void ValueTextTest::exactTextTellsNeighboursApart() {

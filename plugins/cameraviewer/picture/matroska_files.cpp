@@ -15,9 +15,10 @@ namespace {
 
 constexpr std::chrono::seconds a_spaceCheckInterval{1};
 
-QString translated(const char* text) {
-    return QCoreApplication::translate("cameraviewer::MatroskaFiles", text);
-}
+/** The texts of this file in the catalogues of translations. */
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(cameraviewer::MatroskaFiles)
+};
 
 }  // namespace
 
@@ -78,7 +79,7 @@ void MatroskaFiles::xCheckFreeSpace() {
     fNextSpaceCheck = now + a_spaceCheckInterval;
     const QStorageInfo disk(QFileInfo(fFile).absolutePath());
     if (disk.isValid() && disk.bytesAvailable() < fFreeSpace) {
-        fFailure = translated(
+        fFailure = Texts::tr(
             "The disk is nearly full, so the recording has ended. What was recorded can be "
             "played.");
     }
@@ -93,7 +94,7 @@ void MatroskaFiles::xBegin(const Kind& kind, const KVFrame& frame) {
     settings.fWidth = static_cast<int>(kind.fWidth);
     settings.fHeight = static_cast<int>(kind.fHeight);
     settings.fTitle =
-        translated("%1 of %2, %3")
+        Texts::tr("%1 of %2, %3")
             .arg(originText(fOrigin.fCamera), originText(fOrigin.fRobot), timeText(frame.fTime))
             .toStdString();
     settings.fStart = frame.fTime;

@@ -9,12 +9,13 @@
 namespace cameraviewer {
 namespace {
 
-QString translated(const char* text) {
-    return QCoreApplication::translate("cameraviewer::Snapshot", text);
-}
+/** The texts of this file in the catalogues of translations. */
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(cameraviewer::Snapshot)
+};
 
 QString failureText(const QString& file, const QString& reason) {
-    return translated("The snapshot %1 could not be written: %2.")
+    return Texts::tr("The snapshot %1 could not be written: %2.")
         .arg(QDir::toNativeSeparators(file), reason);
 }
 
@@ -31,7 +32,7 @@ void describe(QImageWriter& writer, const KVFrame& frame, const PictureOrigin& o
 
 QString writeSnapshot(const Picture& picture, const PictureOrigin& origin, const QString& file) {
     if (picture.fImage.isNull()) {
-        return failureText(file, translated("there is no picture"));
+        return failureText(file, Texts::tr("there is no picture"));
     }
     // Encoded in memory, since Qt does not report all write errors at the end.
     QBuffer png;

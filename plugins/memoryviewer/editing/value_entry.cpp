@@ -12,9 +12,10 @@ namespace memoryviewer {
 
 namespace {
 
-QString translate(const char* text) {
-    return QCoreApplication::translate("memoryviewer::ValueEntry", text);
-}
+/** The texts of this file in the catalogues of translations. */
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(memoryviewer::ValueEntry)
+};
 
 Entry refused(const QString& problem) {
     return {std::nullopt, problem};
@@ -29,7 +30,7 @@ Entry readBool(const QString& text) {
         text == QLatin1String("0")) {
         return {KVValue(false), QString()};
     }
-    return refused(translate("Enter true or false."));
+    return refused(Texts::tr("Enter true or false."));
 }
 
 /** Returns true if it is an integer of any size. */
@@ -51,8 +52,8 @@ Entry readInt(const QString& text) {
         return {KVValue(static_cast<std::int64_t>(value)), QString()};
     }
     return refused(isWholeNumber(text)
-                       ? translate("The number is too large: a whole number has 64 bits.")
-                       : translate("Enter a whole number, for instance -12."));
+                       ? Texts::tr("The number is too large: a whole number has 64 bits.")
+                       : Texts::tr("Enter a whole number, for instance -12."));
 }
 
 Entry readFloat(const QString& text) {
@@ -71,8 +72,8 @@ Entry readFloat(const QString& text) {
     if (isGood && std::isfinite(value)) {
         return {KVValue(value), QString()};
     }
-    return refused(std::isinf(value) ? translate("The number is too large.")
-                                     : translate("Enter a number, for instance -0.5 or 1e-3."));
+    return refused(std::isinf(value) ? Texts::tr("The number is too large.")
+                                     : Texts::tr("Enter a number, for instance -0.5 or 1e-3."));
 }
 
 }  // namespace
@@ -94,7 +95,7 @@ Entry readEntry(const QString& text, KVValue::Type type) {
     const QString trimmed = text.trimmed();
     const bool isNumber = type == KVValue::Type::Int || type == KVValue::Type::Float;
     if (isNumber && trimmed.contains(QLatin1Char(','))) {
-        return refused(translate("Write numbers with a decimal point and without commas."));
+        return refused(Texts::tr("Write numbers with a decimal point and without commas."));
     }
     switch (type) {
         case KVValue::Type::Bool:
@@ -104,7 +105,7 @@ Entry readEntry(const QString& text, KVValue::Type type) {
         case KVValue::Type::Float:
             return readFloat(trimmed);
         default:
-            return refused(translate("Values of this type cannot be entered."));
+            return refused(Texts::tr("Values of this type cannot be entered."));
     }
 }
 

@@ -18,9 +18,10 @@ constexpr std::array<KVValue::Type, 8> a_types{
     KVValue::Type::Nothing, KVValue::Type::Bool,   KVValue::Type::Int,  KVValue::Type::Float,
     KVValue::Type::String,  KVValue::Type::Binary, KVValue::Type::List, KVValue::Type::Map};
 
-QString translated(const char* text) {
-    return QCoreApplication::translate("memoryviewer::FilterExpression", text);
-}
+/** The texts of this file in the catalogues of translations. */
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(memoryviewer::FilterExpression)
+};
 
 /** Splits the text at spaces outside of quotes. */
 QStringList splitTerms(const QString& text) {
@@ -121,7 +122,7 @@ void FilterExpression::xAddPattern(Term term, const QString& pattern) {
     term.fPattern.setPattern(pattern);
     term.fPattern.setPatternOptions(QRegularExpression::CaseInsensitiveOption);
     if (!term.fPattern.isValid()) {
-        fFault = translated("\"%1\" is not a valid regular expression: %2.")
+        fFault = Texts::tr("\"%1\" is not a valid regular expression: %2.")
                      .arg(pattern, term.fPattern.errorString());
         return;
     }
@@ -140,7 +141,7 @@ void FilterExpression::xAddType(Term term, const QString& name) {
         for (const KVValue::Type type : a_types) {
             names += QLatin1String(KVValue::typeName(type));
         }
-        fFault = translated("There is no type \"%1\"; the types are %2.")
+        fFault = Texts::tr("There is no type \"%1\"; the types are %2.")
                      .arg(name, names.join(QLatin1String(", ")));
         return;
     }
@@ -151,7 +152,7 @@ void FilterExpression::xAddChanged(Term term, const QString& seconds) {
     bool isNumber = true;
     const double span = seconds.isEmpty() ? a_changedSeconds : seconds.toDouble(&isNumber);
     if (!isNumber || !(span > 0 && span <= a_mostChangedSeconds)) {
-        fFault = translated("\"%1\" is not a number of seconds above 0.").arg(seconds);
+        fFault = Texts::tr("\"%1\" is not a number of seconds above 0.").arg(seconds);
         return;
     }
     term.fKind = Term::Kind::Changed;

@@ -22,9 +22,10 @@ constexpr double a_roundingOfSeconds = 0.05;
 constexpr int a_secondsInHour = 3600;
 constexpr double a_secondsInDay = 86400;
 
-QString translated(const char* text) {
-    return QCoreApplication::translate("memoryviewer::MemoryModel", text);
-}
+/** The texts of this file in the catalogues of translations. */
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(memoryviewer::KeyCells)
+};
 
 /** Returns true if values of the type are right-aligned, next to the unit. */
 bool isReadFromTheRight(KVValue::Type type) {
@@ -53,20 +54,20 @@ QString toolTipText(const MemoryKey& key) {
         return text + QStringLiteral("</p>");
     }
     const QString unit = obvista::plainText(key.fInfo.fUnit, a_maxUnitLength);
-    text += toolTipLine(translated("Value"),
+    text += toolTipLine(Texts::tr("Value"),
                         (obvista::exactValueText(key.fValue) + QLatin1Char(' ') + unit).trimmed());
     const QDateTime time = QDateTime::fromMSecsSinceEpoch(key.fTime / 1000);
-    text += toolTipLine(translated("Changed"),
-                        time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz")));
+    text +=
+        toolTipLine(Texts::tr("Changed"), time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz")));
     if (isEditable(key, ValueColumn)) {
         const QString range =
             key.fInfo.fRange
                 ? obvista::plainText(key.fInfo.fRange->toString(key.type(), key.fInfo.fUnit))
                 : QString();
         if (!range.isEmpty()) {
-            text += toolTipLine(translated("Accepts"), range);
+            text += toolTipLine(Texts::tr("Accepts"), range);
         }
-        text += QStringLiteral("<br/>") + translated("Writable: F2 edits the value.");
+        text += QStringLiteral("<br/>") + Texts::tr("Writable: F2 edits the value.");
     }
     return text + QStringLiteral("</p>");
 }
@@ -109,7 +110,7 @@ QVariant keyCellData(const KeyStore& keys, const MemoryKey& key, int column, int
             return toolTipText(key);
         case Qt::AccessibleTextRole:
             return isEditable(key, column)
-                       ? translated("%1, writable").arg(keyCellText(keys, key, column))
+                       ? Texts::tr("%1, writable").arg(keyCellText(keys, key, column))
                        : QVariant();
         case Qt::TextAlignmentRole:
             return QVariant(Qt::AlignVCenter |
@@ -138,28 +139,28 @@ QVariant keyHeaderData(int column, Qt::Orientation orientation, int role) {
         return QVariant(Qt::AlignVCenter | (column >= RateColumn ? Qt::AlignRight : Qt::AlignLeft));
     }
     if (role == Qt::ToolTipRole && column == RateColumn) {
-        return translated(
+        return Texts::tr(
             "Changes a second. No more can be seen than are sent: see the rate above.");
     }
     if (role == Qt::ToolTipRole && column == AgeColumn) {
-        return translated("Time since the value last changed, by the robot's clock.");
+        return Texts::tr("Time since the value last changed, by the robot's clock.");
     }
     if (role != Qt::DisplayRole) {
         return {};
     }
     switch (column) {
         case NameColumn:
-            return translated("Name");
+            return Texts::tr("Name");
         case ValueColumn:
-            return translated("Value");
+            return Texts::tr("Value");
         case UnitColumn:
-            return translated("Unit");
+            return Texts::tr("Unit");
         case TypeColumn:
-            return translated("Type");
+            return Texts::tr("Type");
         case RateColumn:
-            return translated("Rate");
+            return Texts::tr("Rate");
         case AgeColumn:
-            return translated("Age");
+            return Texts::tr("Age");
         default:
             return {};
     }
@@ -168,14 +169,14 @@ QVariant keyHeaderData(int column, Qt::Orientation orientation, int role) {
 QString ageText(double seconds) {
     const double age = std::max(seconds, 0.0);
     if (age < a_secondsInMinute - a_roundingOfSeconds) {
-        return translated("%1 s").arg(age < 1 ? QString::number(age, 'f', 3) : figureText(age));
+        return Texts::tr("%1 s").arg(age < 1 ? QString::number(age, 'f', 3) : figureText(age));
     }
     const auto whole = static_cast<qint64>(age + a_roundingOfSeconds);
     if (whole < a_secondsInHour) {
-        return translated("%1:%2 min").arg(whole / 60).arg(whole % 60, 2, 10, QLatin1Char('0'));
+        return Texts::tr("%1:%2 min").arg(whole / 60).arg(whole % 60, 2, 10, QLatin1Char('0'));
     }
-    return age < a_secondsInDay ? translated("%1 h").arg(age / a_secondsInHour, 0, 'f', 1)
-                                : translated("%1 d").arg(age / a_secondsInDay, 0, 'f', 1);
+    return age < a_secondsInDay ? Texts::tr("%1 h").arg(age / a_secondsInHour, 0, 'f', 1)
+                                : Texts::tr("%1 d").arg(age / a_secondsInDay, 0, 'f', 1);
 }
 
 QString rateText(double perSecond, bool isLowerBound) {

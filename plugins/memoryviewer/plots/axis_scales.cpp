@@ -96,7 +96,7 @@ QwtText plain(const QString& text) {
 
 QString timeText(double time, double step) {
     if (!isDate(time)) {
-        return QLocale().toString(time / a_second, 'f', std::min(digitsFor(step / a_second), 6)) +
+        return QString::number(time / a_second, 'f', std::min(digitsFor(step / a_second), 6)) +
                QStringLiteral(" s");
     }
     QString seconds = dateTime(time).toString(QStringLiteral("HH:mm:ss"));
@@ -108,7 +108,7 @@ QString timeText(double time, double step) {
     const double scale = std::pow(10, digits);
     const auto shown =
         static_cast<qlonglong>(std::min(std::floor(fraction * scale + 0.5), scale - 1));
-    return seconds + QLocale().decimalPoint() +
+    return seconds + QLatin1Char('.') +
            QStringLiteral("%1").arg(shown, digits, 10, QLatin1Char('0'));
 }
 
@@ -122,10 +122,10 @@ QString numberText(double value, double step) {
     constexpr double smallestPlain = 1e-6;
     const double size = std::fabs(value);
     if (size < largestPlain && step >= smallestPlain) {
-        return QLocale().toString(value, 'f', digitsFor(step));
+        return QString::number(value, 'f', digitsFor(step));
     }
     const double digits = size > 0 && step > 0 ? std::ceil(std::log10(size / step)) + 1 : 1;
-    return QLocale().toString(value, 'g', static_cast<int>(std::clamp(digits, 1.0, 15.0)));
+    return QString::number(value, 'g', static_cast<int>(std::clamp(digits, 1.0, 15.0)));
 }
 
 QwtScaleDiv timeScale(double left, double right, int maxLabels) {

@@ -17,8 +17,8 @@ QString timeText(double time, double step);
 /** Returns the day of a time, or nothing. */
 QString dayText(double time);
 /**
- * Returns a number in the user's locale, with as many digits as distinguish it from its neighbours
- * `step` away.
+ * Returns a number with as many digits as distinguish it from its neighbours `step` away, and with
+ * a decimal point in every language.
  */
 QString numberText(double value, double step);
 

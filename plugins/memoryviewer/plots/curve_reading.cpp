@@ -5,7 +5,6 @@
 #include "plots/time_axis.h"
 
 #include <QCoreApplication>
-#include <QLocale>
 
 #include <algorithm>
 #include <cmath>
@@ -16,9 +15,10 @@ namespace {
 
 constexpr int a_significantDigits = 7;
 
-QString translated(const char* text) {
-    return QCoreApplication::translate("memoryviewer::CurveReading", text);
-}
+/** The texts of this file in the catalogues of translations. */
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(memoryviewer::CurveReading)
+};
 
 /** Returns the value before the gap if a curve ends with one. */
 CurvePoint lastValue(const CurveHistory& curve) {
@@ -30,21 +30,21 @@ CurvePoint lastValue(const CurveHistory& curve) {
 
 QString readingOf(const CurveHistory& curve, const TimeAxis& time) {
     if (curve.isEmpty()) {
-        return translated("no value yet");
+        return Texts::tr("no value yet");
     }
     const auto cursor = time.cursor();
     const auto point = cursor ? curve.pointAt(*cursor) : lastValue(curve);
     const bool isAhead = cursor && *cursor > time.now();
     if (!point || isAhead || std::isnan(point->fValue)) {
-        return translated("none");
+        return Texts::tr("none");
     }
-    return QLocale().toString(point->fValue, 'g', a_significantDigits);
+    return QString::number(point->fValue, 'g', a_significantDigits);
 }
 
 QString readingTitle(const TimeAxis& time, int pixels) {
     const auto cursor = time.cursor();
     return cursor ? timeText(*cursor, time.span() / std::max(1, pixels))
-                  : translated("Newest value");
+                  : Texts::tr("Newest value");
 }
 
 }  // namespace memoryviewer

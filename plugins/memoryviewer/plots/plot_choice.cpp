@@ -45,7 +45,8 @@ bool PlotChoice::addKey(const QString& name, const QString& unit, CurveShape sha
     xChange([&] {
         const int key = xKeyFor(name, unit, shape);
         if (key < 0) {
-            Q_EMIT said(tr("No more than %1 keys are plotted at a time.").arg(PlottedKeys::a_most));
+            Q_EMIT said(
+                tr("No more than %n keys are plotted at a time.", nullptr, PlottedKeys::a_most));
         } else if (plot < fPlots->size() || xAddPlot()) {
             xApplyPen(fPlots->plot(std::min(plot, fPlots->size() - 1)), key);
             isPlotted = true;
@@ -89,7 +90,8 @@ void PlotChoice::addPlot() {
 /** Called in xChange(). @return true if there is a new plot */
 bool PlotChoice::xAddPlot() {
     if (fPlots->isFull()) {
-        Q_EMIT said(tr("No more than %1 plots are shown at a time.").arg(PlotStack::a_most));
+        Q_EMIT said(tr("No more than %n plots are shown at a time.", nullptr,
+                       static_cast<int>(PlotStack::a_most)));
         return false;
     }
     fPlots->addPlot();

@@ -15,10 +15,10 @@
 #include "plots/time_axis.h"
 
 #include <obvista/viewer/labels.h>
+#include <obvista/viewer/value_text.h>
 
 #include <QDropEvent>
 #include <QLabel>
-#include <QLocale>
 #include <QScrollArea>
 #include <QSplitter>
 #include <QStackedLayout>
@@ -389,10 +389,9 @@ void PlotPanel::xUpdateStatus() {
         obvista::setStatus(*fStatus, tr("No plots"));
         return;
     }
-    const QLocale locale;
-    const QString points = tr("%1 of %2 points kept")
-                               .arg(locale.toString(static_cast<qulonglong>(fHistory->size())),
-                                    locale.toString(static_cast<qulonglong>(fHistory->maximum())));
+    const QString points =
+        tr("%1 of %2 points kept")
+            .arg(obvista::countText(fHistory->size()), obvista::countText(fHistory->maximum()));
     const QString state = fTime->isFollowing()
                               ? tr("following")
                               : tr("paused: Space or End follows the newest values");

@@ -9,9 +9,9 @@
 
 #include <obvista/viewer/file_question.h>
 #include <obvista/viewer/plain_text.h>
+#include <obvista/viewer/value_text.h>
 
 #include <QFileInfo>
-#include <QLocale>
 #include <QMenu>
 
 #include <limits>
@@ -91,9 +91,9 @@ void PlotSaving::savePoints(const QString& fileName, bool onlyShown) {
 
 void PlotSaving::xOnExported(const QString& fileName, qint64 rows, const QString& error) {
     const QString name = shownName(fileName);
-    const QString done = rows == 1
-                             ? tr("1 point saved in %1.").arg(name)
-                             : tr("%1 points saved in %2.").arg(QLocale().toString(rows), name);
+    const QString done = rows == 1 ? tr("1 point saved in %1.").arg(name)
+                                   : tr("%1 points saved in %2.", nullptr, obvista::pluralOf(rows))
+                                         .arg(obvista::countText(rows), name);
     xTell(error, done);
 }
 

@@ -17,25 +17,26 @@ namespace memoryviewer {
 
 namespace {
 
-QString translate(const char* text) {
-    return QCoreApplication::translate("memoryviewer::CsvFile", text);
-}
+/** The texts of this file in the catalogues of translations. */
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(memoryviewer::CsvFile)
+};
 
 QString reason(int number) {
     switch (number) {
         case ENOSPC:
         case EDQUOT:
-            return translate("The disk is full.");
+            return Texts::tr("The disk is full.");
         case EFBIG:
-            return translate("The file has reached the largest size allowed.");
+            return Texts::tr("The file has reached the largest size allowed.");
         case EACCES:
         case EPERM:
         case EROFS:
-            return translate("You are not allowed to write there.");
+            return Texts::tr("You are not allowed to write there.");
         case ENOENT:
-            return translate("The folder does not exist.");
+            return Texts::tr("The folder does not exist.");
         case EISDIR:
-            return translate("It is a folder.");
+            return Texts::tr("It is a folder.");
         default:
             return QString::fromLocal8Bit(std::strerror(number)) + QLatin1Char('.');
     }
@@ -104,7 +105,7 @@ bool CsvFile::close() {
 /** @return false, as the result of the caller */
 bool CsvFile::xFail(int number) {
     fError =
-        translate("%1 cannot be written: %2").arg(QFileInfo(fFileName).fileName(), reason(number));
+        Texts::tr("%1 cannot be written: %2").arg(QFileInfo(fFileName).fileName(), reason(number));
     return false;
 }
 

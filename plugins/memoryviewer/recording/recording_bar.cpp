@@ -5,6 +5,7 @@
 #include <obvista/viewer/file_question.h>
 #include <obvista/viewer/labels.h>
 #include <obvista/viewer/plain_text.h>
+#include <obvista/viewer/value_text.h>
 
 #include <QFileInfo>
 #include <QHBoxLayout>
@@ -97,15 +98,16 @@ void RecordingBar::xUpdate() {
 
 QString RecordingBar::xProgressText() const {
     const RecordingProgress progress = fRecorder->progress();
-    const QLocale locale;
     const QString file = QFileInfo(fRecorder->fileName()).fileName();
-    QStringList parts{
-        obvista::plainText(file.toStdString()),
-        tr("%1 values").arg(locale.toString(static_cast<qulonglong>(progress.fChanges))),
-        locale.formattedDataSize(progress.fBytes), durationText(progress.fSeconds)};
+    QStringList parts{obvista::plainText(file.toStdString()),
+                      tr("%1 values", nullptr, obvista::pluralOf(progress.fChanges))
+                          .arg(obvista::countText(progress.fChanges)),
+                      QLocale::c().formattedDataSize(progress.fBytes),
+                      durationText(progress.fSeconds)};
     if (progress.fLost > 0) {
-        parts += tr("%1 changes lost, since the disk is too slow")
-                     .arg(locale.toString(static_cast<qulonglong>(progress.fLost)));
+        parts += tr("%1 changes lost, since the disk is too slow", nullptr,
+                    obvista::pluralOf(progress.fLost))
+                     .arg(obvista::countText(progress.fLost));
     }
     if (!fError.isEmpty()) {
         parts.prepend(fError + QLatin1Char(' ') +

@@ -6,54 +6,55 @@ namespace memoryviewer {
 
 namespace {
 
-QString translated(const char* text) {
-    return QCoreApplication::translate("memoryviewer::MemoryShortcuts", text);
-}
+/** The texts of this file in the catalogues of translations. */
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(memoryviewer::MemoryShortcuts)
+};
 
 QString standardKeys(QKeySequence::StandardKey keys) {
     return obvista::keyText(QKeySequence(keys));
 }
 
 obvista::KeyGroup viewerKeys() {
-    return {translated("Memory viewer"),
-            {{standardKeys(QKeySequence::Find), translated("go to the filter")},
-             {obvista::keyText(Qt::CTRL + Qt::Key_Space), translated("pause, or go on")},
-             {translated("Alt+R"), translated("record to CSV, or stop")}}};
+    return {Texts::tr("Memory viewer"),
+            {{standardKeys(QKeySequence::Find), Texts::tr("go to the filter")},
+             {obvista::keyText(Qt::CTRL + Qt::Key_Space), Texts::tr("pause, or go on")},
+             {Texts::tr("Alt+R"), Texts::tr("record to CSV, or stop")}}};
 }
 
 obvista::KeyGroup filterKeys() {
-    return {translated("Filter"),
-            {{translated("Enter, Down"), translated("go to the first key that fits")},
-             {translated("Esc"), translated("clear the filter")}}};
+    return {Texts::tr("Filter"),
+            {{Texts::tr("Enter, Down"), Texts::tr("go to the first key that fits")},
+             {Texts::tr("Esc"), Texts::tr("clear the filter")}}};
 }
 
 obvista::KeyGroup treeKeys() {
-    return {translated("Keys and watched values"),
-            {{translated("arrows, *"), translated("move, open and close a branch; open all below")},
-             {translated("letters"), translated("go to a row by its name")},
-             {obvista::keyText(Qt::CTRL + Qt::Key_D), translated("watch, or no longer")},
-             {obvista::keyText(Qt::CTRL + Qt::Key_P), translated("plot")},
-             {translated("F2"), translated("edit the value")},
-             {standardKeys(QKeySequence::Undo), translated("undo the last write")},
-             {standardKeys(QKeySequence::Copy), translated("copy the chosen rows")},
-             {translated("Alt+Up, Alt+Down"), translated("move a watched row")},
-             {translated("Delete"), translated("no longer watch")},
-             {translated("Menu"), translated("menu of the row")}}};
+    return {Texts::tr("Keys and watched values"),
+            {{Texts::tr("arrows, *"), Texts::tr("move, open and close a branch; open all below")},
+             {Texts::tr("letters"), Texts::tr("go to a row by its name")},
+             {obvista::keyText(Qt::CTRL + Qt::Key_D), Texts::tr("watch, or no longer")},
+             {obvista::keyText(Qt::CTRL + Qt::Key_P), Texts::tr("plot")},
+             {Texts::tr("F2"), Texts::tr("edit the value")},
+             {standardKeys(QKeySequence::Undo), Texts::tr("undo the last write")},
+             {standardKeys(QKeySequence::Copy), Texts::tr("copy the chosen rows")},
+             {Texts::tr("Alt+Up, Alt+Down"), Texts::tr("move a watched row")},
+             {Texts::tr("Delete"), Texts::tr("no longer watch")},
+             {Texts::tr("Menu"), Texts::tr("menu of the row")}}};
 }
 
 obvista::KeyGroup plotKeys() {
-    return {translated("Plots"),
-            {{translated("Space"), translated("follow the newest values, or pause")},
-             {translated("End"), translated("follow the newest values")},
-             {translated("arrows, Page Up, Page Down"), translated("pan")},
-             {translated("+, -"), translated("zoom in time")},
-             {translated("Ctrl++, Ctrl+-"), translated("zoom in values")},
-             {translated("F"), translated("fit the values axis")},
-             {translated("Home, 0"), translated("show all points that are kept")},
-             {translated("Shift+Left, Shift+Right"), translated("move the cursor")},
-             {translated("Esc"), translated("end the cursor")},
-             {translated("Delete"), translated("in the legend: remove the curve or the plot")},
-             {translated("Menu"), translated("menu of the plot")}}};
+    return {Texts::tr("Plots"),
+            {{Texts::tr("Space"), Texts::tr("follow the newest values, or pause")},
+             {Texts::tr("End"), Texts::tr("follow the newest values")},
+             {Texts::tr("arrows, Page Up, Page Down"), Texts::tr("pan")},
+             {Texts::tr("+, -"), Texts::tr("zoom in time")},
+             {Texts::tr("Ctrl++, Ctrl+-"), Texts::tr("zoom in values")},
+             {Texts::tr("F"), Texts::tr("fit the values axis")},
+             {Texts::tr("Home, 0"), Texts::tr("show all points that are kept")},
+             {Texts::tr("Shift+Left, Shift+Right"), Texts::tr("move the cursor")},
+             {Texts::tr("Esc"), Texts::tr("end the cursor")},
+             {Texts::tr("Delete"), Texts::tr("in the legend: remove the curve or the plot")},
+             {Texts::tr("Menu"), Texts::tr("menu of the plot")}}};
 }
 
 }  // namespace

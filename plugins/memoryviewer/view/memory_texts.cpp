@@ -18,19 +18,19 @@ constexpr double a_longQuiet = 3;
 constexpr int a_maxFilterLength = 80;
 constexpr double a_millisecondsInSecond = 1000;
 
-// The context of these texts from before they were moved out of the widget.
-QString translated(const char* text) {
-    return QCoreApplication::translate("memoryviewer::MemoryViewerWidget", text);
-}
+/** The texts of this file in the catalogues of translations. */
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(memoryviewer::MemoryTexts)
+};
 
 QString phaseText(const MemorySituation& situation) {
     switch (situation.fPhase) {
         case MemoryPhase::WaitingForKeys:
-            return translated("Connected. Waiting for the robot's keys\u2026");
+            return Texts::tr("Connected. Waiting for the robot's keys\u2026");
         case MemoryPhase::Live:
-            return translated("The robot's memory holds no keys.");
+            return Texts::tr("The robot's memory holds no keys.");
         case MemoryPhase::Refused:
-            return translated("The robot gives no values: %1").arg(situation.fRefusal);
+            return Texts::tr("The robot gives no values: %1").arg(situation.fRefusal);
         case MemoryPhase::Lost:
             return obvista::endText(obvista::LinkState::Lost);
         case MemoryPhase::Closed:
@@ -40,36 +40,37 @@ QString phaseText(const MemorySituation& situation) {
 }
 
 QString keysText(const ViewerSituation& situation) {
-    const QString keys =
-        situation.fKeys == 1 ? translated("1 key") : translated("%1 keys").arg(situation.fKeys);
+    const QString keys = situation.fKeys == 1
+                             ? Texts::tr("1 key")
+                             : Texts::tr("%n keys", nullptr, obvista::pluralOf(situation.fKeys));
     return situation.fShown == situation.fKeys
                ? keys
-               : translated("%1 of %2").arg(situation.fShown).arg(keys);
+               : Texts::tr("%1 of %2").arg(situation.fShown).arg(keys);
 }
 
 QString liveText(const ViewerSituation& situation) {
     if (!situation.fPausedSince.isEmpty()) {
-        return translated("paused");
+        return Texts::tr("paused");
     }
     if (situation.fQuietSeconds >= a_longQuiet) {
-        return translated("no change for %1 s").arg(static_cast<int>(situation.fQuietSeconds));
+        return Texts::tr("no change for %1 s").arg(static_cast<int>(situation.fQuietSeconds));
     }
-    return situation.fUpdates == 1 ? translated("1 update a second")
-                                   : translated("%1 updates a second").arg(situation.fUpdates);
+    return situation.fUpdates == 1 ? Texts::tr("1 update a second")
+                                   : Texts::tr("%n updates a second", nullptr, situation.fUpdates);
 }
 
 QString activityText(const ViewerSituation& situation) {
     switch (situation.fPhase) {
         case MemoryPhase::WaitingForKeys:
-            return translated("waiting for keys");
+            return Texts::tr("waiting for keys");
         case MemoryPhase::Live:
             return liveText(situation);
         case MemoryPhase::Refused:
-            return translated("no values");
+            return Texts::tr("no values");
         case MemoryPhase::Lost:
-            return translated("robot lost");
+            return Texts::tr("robot lost");
         case MemoryPhase::Closed:
-            return translated("connection closed");
+            return Texts::tr("connection closed");
     }
     return {};
 }
@@ -83,7 +84,7 @@ QString messageFor(const ViewerSituation& situation) {
     if (situation.fKeys == 0) {
         return phaseText(situation);
     }
-    return translated("None of the %1 keys matches the filter \"%2\".")
+    return Texts::tr("None of the %1 keys matches the filter \"%2\".")
         .arg(situation.fKeys)
         .arg(obvista::plainText(situation.fFilter.toStdString(), a_maxFilterLength));
 }
@@ -91,7 +92,7 @@ QString messageFor(const ViewerSituation& situation) {
 QString noticeFor(const ViewerSituation& situation) {
     if (!situation.isLive()) {
         return phaseText(situation) + QLatin1Char(' ') +
-               translated("These are the last values received.");
+               Texts::tr("These are the last values received.");
     }
     if (!situation.fWriteRefusal.isEmpty()) {
         return situation.fWriteRefusal;
@@ -101,18 +102,17 @@ QString noticeFor(const ViewerSituation& situation) {
     }
     return situation.fPausedSince.isEmpty()
                ? QString()
-               : translated("Paused. These are the values of %1.").arg(situation.fPausedSince);
+               : Texts::tr("Paused. These are the values of %1.").arg(situation.fPausedSince);
 }
 
 QString statusFor(const ViewerSituation& situation) {
     QStringList parts{keysText(situation), activityText(situation)};
     if (situation.isLive() && situation.fRoundTrip >= 0) {
         const double milliseconds = situation.fRoundTrip * a_millisecondsInSecond;
-        parts +=
-            translated("round trip %1 ms").arg(milliseconds, 0, 'f', milliseconds < 10 ? 1 : 0);
+        parts += Texts::tr("round trip %1 ms").arg(milliseconds, 0, 'f', milliseconds < 10 ? 1 : 0);
     }
     if (situation.isLive() && situation.fAge >= 0) {
-        parts += translated("age %1").arg(ageText(situation.fAge));
+        parts += Texts::tr("age %1").arg(ageText(situation.fAge));
     }
     return parts.join(obvista::statusSeparator());
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace obvista {
 
@@ -146,6 +147,20 @@ QString valueText(const KVValue& value, int maxLength) {
 
 QString exactValueText(const KVValue& value, int maxLength) {
     return writtenValue(value, maxLength, Digits::Exact);
+}
+
+QString countText(qulonglong count) {
+    constexpr int group = 3;
+    QString text = QString::number(count);
+    for (int i = text.size() - group; i > 0; i -= group) {
+        text.insert(i, QChar(0x202F));
+    }
+    return text;
+}
+
+int pluralOf(qulonglong count) {
+    constexpr qulonglong most = std::numeric_limits<int>::max();
+    return static_cast<int>(std::min(count, most));
 }
 
 }  // namespace obvista

@@ -135,7 +135,8 @@ class PanelTest : public QObject {
 };
 
 void PanelTest::init() {
-    QLocale::setDefault(QLocale(QLocale::English));
+    // Numbers have a decimal point in every language.
+    QLocale::setDefault(QLocale(QLocale::German));
     fStart = timeOfThisComputer();
     fPanel = std::make_unique<PlotPanel>();
     fPanel->resize(900, 500);
@@ -445,7 +446,7 @@ void PanelTest::pausesAndFollowsByKeyboard() {
     const double right = xTime().right();
     xAppend(QStringLiteral("A"), fStart + 10 * a_second, 1);
     auto* status = fPanel->findChild<QLabel*>(QStringLiteral("plotStatus"));
-    QTRY_VERIFY(status->text().contains(QStringLiteral("602 of 1,000,000 points")));
+    QTRY_VERIFY(status->text().contains(QStringLiteral("602 of 1\u202F000\u202F000 points")));
     QVERIFY(status->text().startsWith(QStringLiteral("paused")));
     QCOMPARE(xTime().right(), right);
     QTest::keyClick(xCanvas(), Qt::Key_End);
@@ -716,8 +717,6 @@ void PanelTest::saysForTenSecondsWhereAPictureIs() {
 }
 
 void PanelTest::savesPoints() {
-    // The numbers in the file do not depend on the locale.
-    QLocale::setDefault(QLocale(QLocale::German));
     fPanel->addCurve(QStringLiteral("=A"), QStringLiteral("rad"));
     xAppend(QStringLiteral("=A"), a_second, 0.5);
     xAppend(QStringLiteral("=A"), 2 * a_second, std::nan(""));

@@ -368,7 +368,7 @@ void RecorderTest::startsAndStopsByTheBar() {
     QCOMPARE(changed.first().first().toBool(), true);
     QCOMPARE(button->accessibleName(), QStringLiteral("Stop recording"));
     recorder.record(changes(0, 1234));
-    QTRY_VERIFY(text->text().contains(QStringLiteral("1,234 values")));
+    QTRY_VERIFY(text->text().contains(QStringLiteral("1\u202F234 values")));
     QVERIFY(text->text().startsWith(QStringLiteral("values.csv")));
 
     button->setFocus();

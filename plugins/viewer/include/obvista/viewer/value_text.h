@@ -22,6 +22,15 @@ OBVISTA_VIEWER_EXPORT QString valueText(const KVValue& value, int maxLength = a_
  *  neighbours. */
 OBVISTA_VIEWER_EXPORT QString exactValueText(const KVValue& value, int maxLength = a_maxTextLength);
 
+/**
+ * Returns a count in groups of three digits with a narrow space between them (ISO 80000-1). The
+ * same in every language: a comma or a point would be a decimal sign in some. Any thread.
+ */
+OBVISTA_VIEWER_EXPORT QString countText(qulonglong count);
+
+/** Returns the number that chooses the plural form of a text in tr(). Any thread. */
+OBVISTA_VIEWER_EXPORT int pluralOf(qulonglong count);
+
 }  // namespace obvista
 
 #endif
