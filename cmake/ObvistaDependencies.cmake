@@ -60,6 +60,7 @@ if(BUILD_TESTING)
     set_property(TARGET Qt5::Test PROPERTY INTERFACE_COMPILE_DEFINITIONS QT_TESTLIB_LIB)
     find_package(GTest REQUIRED)
     find_program(OBVISTA_DESKTOP_FILE_VALIDATE desktop-file-validate)
+    find_program(OBVISTA_APPSTREAMCLI appstreamcli)
     # Debian's Python has gRPC; one that comes before it on the PATH may not.
     find_program(OBVISTA_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH)
     if(NOT OBVISTA_PYTHON)

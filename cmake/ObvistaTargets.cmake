@@ -100,14 +100,13 @@ function(obvista_add_plugin name)
     if(arg_UNPARSED_ARGUMENTS)
         message(FATAL_ERROR "obvista_add_plugin(${name}): unknown ${arg_UNPARSED_ARGUMENTS}")
     endif()
-    cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_LIBDIR
-        BASE_DIRECTORY "${CMAKE_INSTALL_PREFIX}/${OBVISTA_PLUGIN_DIR}" OUTPUT_VARIABLE libraries)
+    obvista_run_path(run_path FROM "${OBVISTA_INSTALL_PLUGIN_DIR}")
     add_library(${name} MODULE ${arg_SOURCES})
     set_target_properties(${name} PROPERTIES AUTOMOC ON PREFIX "lib"
         LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/${OBVISTA_PLUGIN_DIR}"
-        INSTALL_RPATH "$ORIGIN/${libraries}")
+        INSTALL_RPATH "${run_path}")
     target_link_libraries(${name} PRIVATE obvista::plugins ${arg_LIBRARIES} obvista_compile_options)
-    install(TARGETS ${name} LIBRARY DESTINATION ${OBVISTA_PLUGIN_DIR})
+    install(TARGETS ${name} LIBRARY DESTINATION "${OBVISTA_INSTALL_PLUGIN_DIR}")
 endfunction()
 
 #   obvista_add_test(NAME folder.topic [MOC] SOURCES ... [LIBRARIES ...]

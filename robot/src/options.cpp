@@ -38,6 +38,7 @@ po::options_description describedOptions() {
     // clang-format off
     options.add_options()
         ("help,h", "print this text and end")
+        ("version", "print the version and end")
         ("kind", po::value<std::string>()->default_value("robot"),
          "'robot': a simulated humanoid; 'computer': this machine and its own figures")
         ("name", po::value<std::string>()->default_value(machineName()),
@@ -249,6 +250,10 @@ ParsedOptions parseOptions(const std::vector<std::string>& arguments, std::ostre
             given);
         if (given.count("help") != 0) {
             printHelp(output, described);
+            return {std::nullopt, 0};
+        }
+        if (given.count("version") != 0) {
+            output << "robaxi-robot " OBVISTA_VERSION "\n";
             return {std::nullopt, 0};
         }
         return {toOptions(given), 0};

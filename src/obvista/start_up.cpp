@@ -55,6 +55,7 @@ void identifyApplication() {
     QCoreApplication::setOrganizationName(QLatin1String(a_organisationName));
     QCoreApplication::setOrganizationDomain(QLatin1String(a_organisationDomain));
     QCoreApplication::setApplicationName(QLatin1String(a_applicationName));
+    QGuiApplication::setDesktopFileName(QLatin1String(a_desktopFileName));
     // The application object may have set the user's locale; numbers always have a decimal point.
     std::setlocale(LC_NUMERIC, "C");
     // Located beside the executable, unlike the pictures of the main window.

@@ -194,7 +194,8 @@ class CommandLineTest : public QObject {
         QTRY_COMPARE_WITH_TIMEOUT(fInstallation->journal().size(), 3, 30000);
         QCOMPARE(fInstallation->journal().mid(1).join(QLatin1Char('\n')),
                  QStringLiteral("Quorvane Robotics, www.quorvane.com, Obvista Desktop, numbers as "
-                                "in C\nstyle cleanlooks, icon #0c2238"));
+                                "in C\nmenu entry com.quorvane.obvista, style cleanlooks, icon "
+                                "#0c2238"));
     }
 
     // The process ends immediately, with its window and plugins open.

@@ -8,7 +8,9 @@
 #include <QIcon>
 #include <QImage>
 #include <QPainter>
+#include <QProcess>
 #include <QRect>
+#include <QTemporaryDir>
 #include <QtTest>
 
 #include <algorithm>
@@ -36,6 +38,11 @@ QString background(const QString& name) {
 
 QString listIcon(const QString& name) {
     return buildPath(QStringLiteral("share/obvista/images/bonjour/") + name);
+}
+
+QString themeIcon(int size) {
+    return buildPath(
+        QStringLiteral("share/icons/hicolor/%1x%1/apps/com.quorvane.obvista.png").arg(size));
 }
 
 QImage picture(const QString& path) {
@@ -126,6 +133,7 @@ class PicturesTest : public QObject {
     void listIconsAreShownAtTheListsSize_data();
     void listIconsAreShownAtTheListsSize();
     void smallWindowIconStillHasTwoEyes();
+    static void scalableIconNeedsNoOtherFile();
 };
 
 void PicturesTest::everyPictureHasItsSize_data() {
@@ -147,10 +155,8 @@ void PicturesTest::everyPictureHasItsSize_data() {
         << buildPath(QStringLiteral("share/obvista/robot/buddy.png")) << QSize(96, 96);
     QTest::newRow("simulated computer")
         << buildPath(QStringLiteral("share/obvista/robot/computer.png")) << QSize(96, 96);
-    for (const int size : {16, 24, 32, 48, 64, 128, 256}) {
-        QTest::addRow("theme icon %d", size)
-            << buildPath(QStringLiteral("share/icons/hicolor/%1x%1/apps/obvista.png").arg(size))
-            << QSize(size, size);
+    for (const int size : {16, 22, 24, 32, 48, 64, 128, 256, 512}) {
+        QTest::addRow("theme icon %d", size) << themeIcon(size) << QSize(size, size);
     }
 }
 
@@ -321,8 +327,7 @@ void PicturesTest::listIconsAreShownAtTheListsSize() {
 }
 
 void PicturesTest::smallWindowIconStillHasTwoEyes() {
-    const QImage icon =
-        picture(buildPath(QStringLiteral("share/icons/hicolor/16x16/apps/obvista.png")));
+    const QImage icon = picture(themeIcon(16));
     int eyes = 0;
     bool inEye = false;
     const int eyeRow = icon.height() / 2;
@@ -332,6 +337,19 @@ void PicturesTest::smallWindowIconStillHasTwoEyes() {
         inEye = light;
     }
     QCOMPARE(eyes, 2);
+}
+
+void PicturesTest::scalableIconNeedsNoOtherFile() {
+    const QTemporaryDir folder;
+    const QString drawing = folder.filePath(QStringLiteral("icon.svg"));
+    const QString result = folder.filePath(QStringLiteral("icon.png"));
+    QVERIFY(QFile::copy(
+        buildPath(QStringLiteral("share/icons/hicolor/scalable/apps/com.quorvane.obvista.svg")),
+        drawing));
+    QCOMPARE(QProcess::execute(qEnvironmentVariable("OBVISTA_RSVG_CONVERT"),
+                               {QStringLiteral("--output"), result, drawing}),
+             0);
+    QCOMPARE(picture(result), picture(themeIcon(256)));
 }
 
 OBVISTA_QTEST_MAIN(PicturesTest)

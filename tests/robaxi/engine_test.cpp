@@ -30,7 +30,7 @@ std::string builtEngine() {
 class LibraryFolder {
   public:
     LibraryFolder() : fFolder(fs::canonical(fs::temp_directory_path()) / "libraries") {
-        fs::create_directory(fFolder);
+        fs::create_directories(fs::path(engine()).parent_path());
     }
     ~LibraryFolder() { fs::remove_all(fFolder); }
     LibraryFolder(const LibraryFolder&) = delete;

@@ -92,6 +92,14 @@ TEST_F(OptionsTest, takesFilesOfSecurityWhereverItRuns) {
     EXPECT_FALSE(parsed({}).fSecurity.fAllowsPlainToken);
 }
 
+TEST_F(OptionsTest, versionIsPrintedWithStatusZero) {
+    const robot::ParsedOptions result = robot::parseOptions({"--version"}, fOutput, fErrors);
+    EXPECT_FALSE(result.fOptions);
+    EXPECT_EQ(result.fExitStatus, 0);
+    EXPECT_EQ(fOutput.str(), "robaxi-robot 1.14\n");
+    EXPECT_EQ(fErrors.str(), "");
+}
+
 TEST_F(OptionsTest, helpNamesEveryOptionAndEndsWithStatusZero) {
     const robot::ParsedOptions result = robot::parseOptions({"--help"}, fOutput, fErrors);
     EXPECT_FALSE(result.fOptions);

@@ -19,7 +19,7 @@ const char a_thisLibrary = 0;
                                                 ". Install the program again.");
 }
 
-/** Returns the engine's path: in the folder of this library's file, with links resolved. */
+/** Returns the engine's path: in a folder beside this library's file, with links resolved. */
 std::string engineFile() {
     Dl_info self{};
     ::dladdr(&a_thisLibrary, &self);
