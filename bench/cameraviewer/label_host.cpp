@@ -27,11 +27,17 @@ QImage imageOf(const KVFrame& frame) {
             static_cast<int>(frame.fStride), QImage::Format_RGB888};
 }
 
-class LabelFeed : public QObject, public KVFrameStream::Listener {
+class LabelFeed : public QObject {
   public:
     explicit LabelFeed(QLabel* label) : fLabel(label) {}
 
-    void frameReceived(const KVFrame& frame, std::uint64_t /*passedOver*/) override {
+    KVFrameStream::Callbacks callbacks() {
+        return {[this](const KVFrame& frame, std::uint64_t /*passedOver*/) { xTake(frame); },
+                [](const KVError& /*error*/) { std::fputs("the stream ended\n", stderr); }};
+    }
+
+  private:
+    void xTake(const KVFrame& frame) {
         {
             const std::lock_guard lock(fMutex);
             fNewest = frame;
@@ -39,9 +45,7 @@ class LabelFeed : public QObject, public KVFrameStream::Listener {
         QMetaObject::invokeMethod(
             this, [this] { xShow(); }, Qt::QueuedConnection);
     }
-    void ended(const KVError& /*error*/) override { std::fputs("the stream ended\n", stderr); }
 
-  private:
     void xShow() {
         KVFrame frame;
         {
@@ -74,7 +78,7 @@ int main(int argc, char** argv) {
     LabelFeed feed(label);
     const auto broker = KVBroker::createBroker({"Label"});
     const auto connection = KVConnection::open(broker, "127.0.0.1", std::atoi(argv[1]), 5);
-    const auto stream = KVFrameStream::start(connection, "KVVideo", "head", &feed);
+    const auto stream = KVFrameStream::start(connection, "KVVideo", "head", feed.callbacks());
     const QSize picture(std::atoi(argv[2]), std::atoi(argv[3]));
     QTimer::singleShot(bench::a_settling, label,
                        [label, picture] { bench::tellWhereShown(label, picture); });

@@ -14,12 +14,12 @@
 
 namespace {
 
-class Publisher : public KVFrameStream::Listener {
+class Publisher {
   public:
     explicit Publisher(ros::NodeHandle& node)
         : fImages(node.advertise<sensor_msgs::Image>("image", 1)) {}
 
-    void frameReceived(const KVFrame& frame, std::uint64_t /*passedOver*/) override {
+    void publish(const KVFrame& frame) {
         const QImage picture = fDecoder.decode(frame).fImage;
         if (picture.isNull()) {
             return;
@@ -33,7 +33,6 @@ class Publisher : public KVFrameStream::Listener {
         message.data.assign(picture.constBits(), picture.constBits() + picture.sizeInBytes());
         fImages.publish(message);
     }
-    void ended(const KVError& /*error*/) override { ros::shutdown(); }
 
   private:
     cameraviewer::PictureDecoder fDecoder;
@@ -52,7 +51,12 @@ int main(int argc, char** argv) {
     Publisher publisher(node);
     const auto broker = KVBroker::createBroker({"Publisher"});
     const auto connection = KVConnection::open(broker, "127.0.0.1", std::atoi(argv[1]), 5);
-    const auto stream = KVFrameStream::start(connection, "KVVideo", "head", &publisher);
+    const auto stream =
+        KVFrameStream::start(connection, "KVVideo", "head",
+                             {[&publisher](const KVFrame& frame, std::uint64_t /*passedOver*/) {
+                                  publisher.publish(frame);
+                              },
+                              [](const KVError& /*error*/) { ros::shutdown(); }});
     ros::spin();
     return EXIT_SUCCESS;
 }

@@ -43,30 +43,17 @@ bool isWanted(const std::string& name) {
     return name == bench::a_probedKey || name.find("/Drive0/") != std::string::npos;
 }
 
-class TableFeed : public QObject, public KVSubscription::Listener {
+class TableFeed : public QObject {
   public:
     explicit TableFeed(QTableWidget* table) : fTable(table) {}
 
-    void keysAdded(const std::vector<KVKeyInfo>& keys) override {
-        const std::lock_guard lock(fMutex);
-        for (const KVKeyInfo& key : keys) {
-            if (isWanted(key.fName)) {
-                fWanted.emplace(key.fName, key.fId);
-            }
-        }
+    KVSubscription::Callbacks callbacks() {
+        KVSubscription::Callbacks callbacks;
+        callbacks.fKeysAdded = [this](const std::vector<KVKeyInfo>& keys) { xAddKeys(keys); };
+        callbacks.fValuesChanged = [this](const std::vector<KVChange>& changes) { xTake(changes); };
+        callbacks.fEnded = [](const KVError& error) { std::fprintf(stderr, "%s\n", error.what()); };
+        return callbacks;
     }
-    void keysRemoved(const std::vector<std::uint32_t>& /*ids*/) override {}
-    void valuesChanged(const std::vector<KVChange>& changes) override {
-        {
-            const std::lock_guard lock(fMutex);
-            for (const KVChange& change : changes) {
-                fNewest[change.fId] = change.fValue;
-            }
-        }
-        QMetaObject::invokeMethod(
-            this, [this] { xShow(); }, Qt::QueuedConnection);
-    }
-    void ended(const KVError& error) override { std::fprintf(stderr, "%s\n", error.what()); }
 
     /** Adds a row for each of the first keys, by name. @return their identifiers */
     std::vector<std::uint32_t> fillTable() {
@@ -87,6 +74,26 @@ class TableFeed : public QObject, public KVSubscription::Listener {
     }
 
   private:
+    void xAddKeys(const std::vector<KVKeyInfo>& keys) {
+        const std::lock_guard lock(fMutex);
+        for (const KVKeyInfo& key : keys) {
+            if (isWanted(key.fName)) {
+                fWanted.emplace(key.fName, key.fId);
+            }
+        }
+    }
+
+    void xTake(const std::vector<KVChange>& changes) {
+        {
+            const std::lock_guard lock(fMutex);
+            for (const KVChange& change : changes) {
+                fNewest[change.fId] = change.fValue;
+            }
+        }
+        QMetaObject::invokeMethod(
+            this, [this] { xShow(); }, Qt::QueuedConnection);
+    }
+
     void xShow() {
         std::map<std::uint32_t, KVValue> newest;
         {
@@ -121,7 +128,7 @@ int main(int argc, char** argv) {
     const auto broker = KVBroker::createBroker({"Table"});
     const auto connection = KVConnection::open(broker, "127.0.0.1", std::atoi(argv[1]), 5);
     const auto subscription = KVSubscription::start(
-        connection, "KVMemory", KVSubscription::Selection::ChosenKeys, a_rate, &feed);
+        connection, "KVMemory", KVSubscription::Selection::ChosenKeys, a_rate, feed.callbacks());
     std::optional<bench::LoopWatch> watch(std::in_place, "opening");
     QTimer::singleShot(bench::a_settling, table,
                        [&feed, &subscription] { subscription->setKeys(feed.fillTable()); });

@@ -58,13 +58,18 @@ Camera::~Camera() {
 }
 
 Watcher::Watcher(const boost::shared_ptr<KVConnection>& connection)
-    : fStream(KVFrameStream::start(connection, a_module, a_name, this)) {
+    : fStream(KVFrameStream::start(
+          connection, a_module, a_name,
+          {[this](const KVFrame& frame, std::uint64_t passedOver) { xTake(frame, passedOver); },
+           [](const KVError& error) {
+               std::fprintf(stderr, "the camera's frames ended: %s\n", error.toString().c_str());
+           }})) {
     if (fFirst.get_future().wait_for(a_patience) != std::future_status::ready) {
         throw std::runtime_error("no frame came");
     }
 }
 
-void Watcher::frameReceived(const KVFrame& frame, std::uint64_t passedOver) {
+void Watcher::xTake(const KVFrame& frame, std::uint64_t passedOver) {
     fBytes += frame.fSize * (passedOver + 1);
     if (fFrames == 0) {
         fFirst.set_value();
@@ -73,10 +78,6 @@ void Watcher::frameReceived(const KVFrame& frame, std::uint64_t passedOver) {
     }
     fLastNumber = frame.fNumber;
     ++fFrames;
-}
-
-void Watcher::ended(const KVError& error) {
-    std::fprintf(stderr, "the camera's frames ended: %s\n", error.toString().c_str());
 }
 
 }  // namespace bench

@@ -37,7 +37,7 @@ class Camera {
 };
 
 /** Watches the far end's camera and counts the received frames. */
-class Watcher : private KVFrameStream::Listener {
+class Watcher {
   public:
     /** Returns when the first frame has arrived. @throws std::runtime_error if none arrives */
     explicit Watcher(const boost::shared_ptr<KVConnection>& connection);
@@ -49,8 +49,7 @@ class Watcher : private KVFrameStream::Listener {
     std::uint64_t framesLeftOut() const { return fFramesLeftOut; }
 
   private:
-    void frameReceived(const KVFrame& frame, std::uint64_t passedOver) override;
-    void ended(const KVError& error) override;
+    void xTake(const KVFrame& frame, std::uint64_t passedOver);
 
     std::atomic<std::uint64_t> fBytes{0};
     std::atomic<std::uint64_t> fFrames{0};

@@ -100,20 +100,22 @@ class Longest {
 };
 
 /** Counts updates and records the time between them. */
-class Updates : public KVSubscription::Listener {
+class Updates {
   public:
-    void keysAdded(const std::vector<KVKeyInfo>& /*keys*/) override {}
-    void keysRemoved(const std::vector<std::uint32_t>& /*ids*/) override {}
-    void valuesChanged(const std::vector<KVChange>& /*changes*/) override {
-        const auto now = Clock::now();
-        if (fCount++ != 0) {
-            fLongestGap.take(now - fLast);
-        }
-        fLast = now;
-    }
-    void ended(const KVError& error) override {
-        std::printf("LOST: %s\n", error.toString().c_str());
-        fHasEnded = true;
+    KVSubscription::Callbacks callbacks() {
+        KVSubscription::Callbacks callbacks;
+        callbacks.fValuesChanged = [this](const auto& /*changes*/) {
+            const auto now = Clock::now();
+            if (fCount++ != 0) {
+                fLongestGap.take(now - fLast);
+            }
+            fLast = now;
+        };
+        callbacks.fEnded = [this](const KVError& error) {
+            std::printf("LOST: %s\n", error.toString().c_str());
+            fHasEnded = true;
+        };
+        return callbacks;
     }
 
     std::atomic<std::uint64_t> fCount{0};
@@ -170,7 +172,7 @@ int soak(int minutes) {
     });
     Updates updates;
     const auto subscription = KVSubscription::start(
-        connection, "Memory", KVSubscription::Selection::AllKeys, a_rate, &updates);
+        connection, "Memory", KVSubscription::Selection::AllKeys, a_rate, updates.callbacks());
     KVProxy proxy("Memory", bench::a_loopback, robot.brokerPort(), broker, a_timeOut, 0);
     const Idleness idleness;
     Longest longestCall;

@@ -159,19 +159,21 @@ int serve() {
 }
 
 /** Stores the newest value of each key. */
-class Values : public KVSubscription::Listener {
+class Values {
   public:
-    void keysAdded(const std::vector<KVKeyInfo>& keys) override {
-        fValues.resize(fValues.size() + keys.size() + 1);
+    KVSubscription::Callbacks callbacks() {
+        KVSubscription::Callbacks callbacks;
+        callbacks.fKeysAdded = [this](const std::vector<KVKeyInfo>& keys) {
+            fValues.resize(fValues.size() + keys.size() + 1);
+        };
+        callbacks.fValuesChanged = [this](const std::vector<KVChange>& changes) {
+            for (const KVChange& change : changes) {
+                fValues.at(change.fId) = change.fValue.toFloat();
+            }
+            fCount += changes.size();
+        };
+        return callbacks;
     }
-    void keysRemoved(const std::vector<std::uint32_t>& /*ids*/) override {}
-    void valuesChanged(const std::vector<KVChange>& changes) override {
-        for (const KVChange& change : changes) {
-            fValues.at(change.fId) = change.fValue.toFloat();
-        }
-        fCount += changes.size();
-    }
-    void ended(const KVError& /*error*/) override {}
 
     std::atomic<std::uint64_t> fCount{0};
 
@@ -184,7 +186,7 @@ bench::Flow measureOurs(const bench::FarEnd& farEnd, KVProxy& memory, double rat
     Values values;
     const auto subscription = KVSubscription::start(
         KVConnection::open(bench::makeClient(), bench::a_loopback, farEnd.brokerPort(), a_timeOut),
-        "Memory", KVSubscription::Selection::AllKeys, rate, &values);
+        "Memory", KVSubscription::Selection::AllKeys, rate, values.callbacks());
     std::this_thread::sleep_for(a_warmUp);
     const bench::Flow flow = bench::measureFlow(farEnd.pid(), values.fCount, a_lengthOfRound);
     subscription->stop();

@@ -22,7 +22,7 @@ void CameraLink::watch(const std::string& camera) {
     stopWatching();
     if (!isClosed()) {
         fFeed.begin();
-        fStream = KVFrameStream::start(connection(), a_videoModule, camera, &fFeed);
+        fStream = KVFrameStream::start(connection(), a_videoModule, camera, fFeed.callbacks());
     }
 }
 

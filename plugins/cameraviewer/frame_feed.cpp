@@ -52,6 +52,13 @@ void FrameFeed::setTap(Tap tap, EndTap endTap) {
     fEndTap = std::move(endTap);
 }
 
+KVFrameStream::Callbacks FrameFeed::callbacks() {
+    return {[this](const KVFrame& frame, std::uint64_t passedOver) {
+                frameReceived(frame, passedOver);
+            },
+            [this](const KVError& error) { ended(error); }};
+}
+
 void FrameFeed::frameReceived(const KVFrame& frame, std::uint64_t passedOver) {
     const picture::CheckedFrame checked = check(frame, fReader);
     const FrameFault fault = checked.fault();

@@ -49,7 +49,7 @@ struct FeedState {
  *
  * Its own operations may be called from any thread.
  */
-class FrameFeed : public KVFrameStream::Listener {
+class FrameFeed {
   public:
     /**
      * Both are used while frames arrive. The notice is given at the stream's end, at the first
@@ -77,8 +77,11 @@ class FrameFeed : public KVFrameStream::Listener {
      */
     void setTap(Tap tap, EndTap endTap = {});
 
-    void frameReceived(const KVFrame& frame, std::uint64_t passedOver) override;
-    void ended(const KVError& error) override;
+    /** Returns the functions below, for a stream that this object outlives. */
+    KVFrameStream::Callbacks callbacks();
+
+    void frameReceived(const KVFrame& frame, std::uint64_t passedOver);
+    void ended(const KVError& error);
 
   private:
     std::uint64_t xNotSeen(const KVFrame& frame, std::uint64_t passedOver) const;

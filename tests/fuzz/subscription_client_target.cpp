@@ -16,35 +16,14 @@ namespace {
 
 using obvista_fuzz::require;
 
-/** Checks the library's promises to listeners. */
-class Witness : public KVSubscription::Listener {
+/** Checks the library's promises to callbacks. */
+class Witness {
   public:
-    void keysAdded(const std::vector<KVKeyInfo>& keys) override {
-        for (const KVKeyInfo& key : keys) {
-            require(key.fId != 0 && !key.fName.empty(), "a key has an identifier and a name");
-            require(fIds.insert(key.fId).second, "a key is added once");
-        }
-    }
-
-    void keysRemoved(const std::vector<std::uint32_t>& ids) override {
-        for (const std::uint32_t id : ids) {
-            require(fIds.erase(id) == 1, "only a key that was added is removed");
-        }
-    }
-
-    void valuesChanged(const std::vector<KVChange>& changes) override {
-        require(!changes.empty(), "something changed");
-        for (const KVChange& change : changes) {
-            require(fIds.count(change.fId) == 1, "only keys that were added change");
-        }
-    }
-
-    void ended(const KVError& error) override {
-        require(!error.toString().empty(), "an error has a sentence");
-        const std::lock_guard lock(fMutex);
-        require(!fHasEnded, "it ends once");
-        fHasEnded = true;
-        fEnded.notify_all();
+    KVSubscription::Callbacks callbacks() {
+        return {[this](const auto& keys) { xAddKeys(keys); },
+                [this](const auto& ids) { xRemoveKeys(ids); },
+                [this](const auto& changes) { xCheckChanges(changes); },
+                [this](const KVError& error) { xEnd(error); }};
     }
 
     bool awaitEnd() {
@@ -54,6 +33,34 @@ class Witness : public KVSubscription::Listener {
     }
 
   private:
+    void xAddKeys(const std::vector<KVKeyInfo>& keys) {
+        for (const KVKeyInfo& key : keys) {
+            require(key.fId != 0 && !key.fName.empty(), "a key has an identifier and a name");
+            require(fIds.insert(key.fId).second, "a key is added once");
+        }
+    }
+
+    void xRemoveKeys(const std::vector<std::uint32_t>& ids) {
+        for (const std::uint32_t id : ids) {
+            require(fIds.erase(id) == 1, "only a key that was added is removed");
+        }
+    }
+
+    void xCheckChanges(const std::vector<KVChange>& changes) {
+        require(!changes.empty(), "something changed");
+        for (const KVChange& change : changes) {
+            require(fIds.count(change.fId) == 1, "only keys that were added change");
+        }
+    }
+
+    void xEnd(const KVError& error) {
+        require(!error.toString().empty(), "an error has a sentence");
+        const std::lock_guard lock(fMutex);
+        require(!fHasEnded, "it ends once");
+        fHasEnded = true;
+        fEnded.notify_all();
+    }
+
     std::set<std::uint32_t> fIds;
     std::mutex fMutex;
     std::condition_variable fEnded;
@@ -84,7 +91,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     obvista_fuzz::LyingRobot::instance().setUpdates(updates);
     Witness witness;
     const auto subscription = KVSubscription::start(
-        connection(), "Memory", KVSubscription::Selection::AllKeys, rate, &witness);
+        connection(), "Memory", KVSubscription::Selection::AllKeys, rate, witness.callbacks());
     require(witness.awaitEnd(), "a subscription that the robot ends has ended");
     return 0;
 }

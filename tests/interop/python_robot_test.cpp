@@ -229,7 +229,7 @@ TEST_F(PythonRobot, SendsItsValues) {
     startRobot();
     RecordingListener listener;
     const auto subscription = KVSubscription::start(
-        connect(), "Memory", KVSubscription::Selection::AllKeys, 100, &listener);
+        connect(), "Memory", KVSubscription::Selection::AllKeys, 100, listener.callbacks());
     ASSERT_TRUE(listener.waitUntil([&] { return listener.fUpdates.size() >= 20; }));
     subscription->stop();
 
@@ -249,7 +249,7 @@ TEST_F(PythonRobot, RefusesASubscription) {
     startRobot();
     RecordingListener listener;
     const auto subscription = KVSubscription::start(
-        connect(), "Nobody", KVSubscription::Selection::AllKeys, 1, &listener);
+        connect(), "Nobody", KVSubscription::Selection::AllKeys, 1, listener.callbacks());
     ASSERT_TRUE(listener.waitForEnd());
     EXPECT_CAUSE(*listener.fEnd, NoSuchModule);
 }
@@ -257,7 +257,7 @@ TEST_F(PythonRobot, RefusesASubscription) {
 TEST_F(PythonRobot, SendsItsFrames) {
     startRobot();
     FrameListener listener;
-    const auto stream = KVFrameStream::start(connect(), "Video", "left", &listener);
+    const auto stream = KVFrameStream::start(connect(), "Video", "left", listener.callbacks());
     constexpr std::size_t wanted = 20;
     ASSERT_TRUE(listener.waitUntil([&] { return listener.fNumbers.size() >= wanted; }));
     stream->stop();
@@ -273,7 +273,7 @@ TEST_F(PythonRobot, SendsItsFrames) {
 TEST_F(PythonRobot, HasNoSuchCamera) {
     startRobot();
     FrameListener listener;
-    const auto stream = KVFrameStream::start(connect(), "Video", "middle", &listener);
+    const auto stream = KVFrameStream::start(connect(), "Video", "middle", listener.callbacks());
     ASSERT_TRUE(listener.waitForEnd());
     EXPECT_CAUSE(*listener.fEnd, NoSuchStream);
 }
@@ -297,11 +297,11 @@ TEST_F(SecurePythonRobot, CarriesCallsValuesAndFramesInTls) {
     connectWith(knowing(a_token, trusting(fCertificate)));
     RecordingListener values;
     const auto subscription = KVSubscription::start(
-        connect(), "Memory", KVSubscription::Selection::AllKeys, 100, &values);
+        connect(), "Memory", KVSubscription::Selection::AllKeys, 100, values.callbacks());
     EXPECT_TRUE(values.waitUntil([&] { return values.fUpdates.size() >= 3; }));
     subscription->stop();
     FrameListener frames;
-    const auto stream = KVFrameStream::start(connect(), "Video", "left", &frames);
+    const auto stream = KVFrameStream::start(connect(), "Video", "left", frames.callbacks());
     EXPECT_TRUE(frames.waitUntil([&] { return frames.fNumbers.size() >= 3; }));
     stream->stop();
 }

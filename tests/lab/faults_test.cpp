@@ -105,20 +105,23 @@ std::ostream& operator<<(std::ostream& stream, const Holdings& holdings) {
 }
 
 /** A program with a connection, a subscription to all values, and eight callers. */
-class Visit : private KVSubscription::Listener {
+class Visit {
   public:
     Visit()
         : fConnection(KVConnection::open(fBroker, a_address, a_port, a_timeOut)),
           fProxy("KVMemory", a_address, a_port, fBroker, a_timeOut, 0) {
-        fConnection->setLostHandler([this](const KVError& error) { xKeepLoss(error); });
-        fSubscription = KVSubscription::start(fConnection, "KVMemory",
-                                              KVSubscription::Selection::AllKeys, a_rate, this);
+        fConnection->setLostHandler([this](const KVError& error) { xKeep(fLoss, error); });
+        KVSubscription::Callbacks callbacks;
+        callbacks.fValuesChanged = [this](const auto& /*changes*/) { ++fUpdates; };
+        callbacks.fEnded = [this](const KVError& error) { xKeep(fEnd, error); };
+        fSubscription = KVSubscription::start(
+            fConnection, "KVMemory", KVSubscription::Selection::AllKeys, a_rate, callbacks);
         for (int i = 0; i < a_callers; ++i) {
             fCallers.push_back(std::async(std::launch::async, [this] { return xCall(); }));
         }
     }
 
-    ~Visit() override {
+    ~Visit() {
         fConnection->setLostHandler(nullptr);
         fSubscription->stop();
         fIsLeaving = true;
@@ -158,19 +161,9 @@ class Visit : private KVSubscription::Listener {
     static constexpr double a_rate = 50;
     static constexpr int a_callers = 8;
 
-    void keysAdded(const std::vector<KVKeyInfo>& /*keys*/) override {}
-    void keysRemoved(const std::vector<std::uint32_t>& /*ids*/) override {}
-    void valuesChanged(const std::vector<KVChange>& /*changes*/) override { ++fUpdates; }
-
-    void ended(const KVError& error) override {
+    void xKeep(std::optional<KVError>& place, const KVError& error) {
         const std::lock_guard lock(fMutex);
-        fEnd = error;
-        fChanged.notify_all();
-    }
-
-    void xKeepLoss(const KVError& error) {
-        const std::lock_guard lock(fMutex);
-        fLoss = error;
+        place = error;
         fChanged.notify_all();
     }
 

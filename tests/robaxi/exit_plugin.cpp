@@ -25,8 +25,8 @@ struct Held {
         fProxy = boost::make_shared<KVProxy>("Held", robaxi_test::a_loopback, fServer->getPort(),
                                              fClient, 10, 0);
         fConnection = KVConnection::open(fClient, robaxi_test::a_loopback, fServer->getPort(), 10);
-        fSubscription = KVSubscription::start(fConnection, "Held",
-                                              KVSubscription::Selection::AllKeys, 100, &fListener);
+        fSubscription = KVSubscription::start(
+            fConnection, "Held", KVSubscription::Selection::AllKeys, 100, fListener.callbacks());
         fListener.waitForValue("a", 1);
     }
 

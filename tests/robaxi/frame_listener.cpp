@@ -12,21 +12,24 @@ unsigned char byteAt(std::size_t place, std::uint64_t number) {
 
 }  // namespace
 
-void FrameListener::frameReceived(const KVFrame& frame, std::uint64_t passedOver) {
-    if (fOnFrame) {
-        fOnFrame();
-    }
-    const std::lock_guard lock(fMutex);
-    fLast = frame;
-    fNumbers.push_back(frame.fNumber);
-    fPassedOver += passedOver;
-    fChanged.notify_all();
-}
-
-void FrameListener::ended(const KVError& error) {
-    const std::lock_guard lock(fMutex);
-    fEnd = error;
-    fChanged.notify_all();
+KVFrameStream::Callbacks FrameListener::callbacks() {
+    KVFrameStream::Callbacks callbacks;
+    callbacks.fFrameReceived = [this](const KVFrame& frame, std::uint64_t passedOver) {
+        if (fOnFrame) {
+            fOnFrame();
+        }
+        const std::lock_guard lock(fMutex);
+        fLast = frame;
+        fNumbers.push_back(frame.fNumber);
+        fPassedOver += passedOver;
+        fChanged.notify_all();
+    };
+    callbacks.fEnded = [this](const KVError& error) {
+        const std::lock_guard lock(fMutex);
+        fEnd = error;
+        fChanged.notify_all();
+    };
+    return callbacks;
 }
 
 bool FrameListener::waitUntil(const std::function<bool()>& condition) {

@@ -13,12 +13,12 @@
 namespace robaxi_test {
 
 /** Records the frames of a watched camera, so that a test can wait for them. */
-class FrameListener : public KVFrameStream::Listener {
+class FrameListener {
   public:
-    void frameReceived(const KVFrame& frame, std::uint64_t passedOver) override;
-    void ended(const KVError& error) override;
+    /** Returns functions that record here; they must not be called after this object is gone. */
+    KVFrameStream::Callbacks callbacks();
 
-    /** Called first in frameReceived(), without any lock. Set it before the stream starts. */
+    /** Called before a frame is recorded, without any lock. Set it before the stream starts. */
     std::function<void()> fOnFrame;
 
     bool waitUntil(const std::function<bool()>& condition);

@@ -36,7 +36,7 @@ class Frames : public testing::Test {
 
     boost::shared_ptr<KVFrameStream> watch(FrameListener& listener,
                                            const std::string& stream = "head") {
-        return KVFrameStream::start(fConnection, "Video", stream, &listener);
+        return KVFrameStream::start(fConnection, "Video", stream, listener.callbacks());
     }
 
     bool waitForWatchers(int count, const std::string& stream = "head") {
@@ -311,13 +311,13 @@ TEST_F(Frames, OfACameraThatIsNotThereEnd) {
 
 TEST_F(Frames, OfAModuleWithoutCamerasEnd) {
     fServer->addModule(makeEcho());
-    const auto stream = KVFrameStream::start(fConnection, "Echo", "head", &fListener);
+    const auto stream = KVFrameStream::start(fConnection, "Echo", "head", fListener.callbacks());
     ASSERT_TRUE(fListener.waitForEnd());
     EXPECT_CAUSE(*fListener.fEnd, NoSuchStream);
 }
 
 TEST_F(Frames, OfAModuleThatIsNotThereEnd) {
-    const auto stream = KVFrameStream::start(fConnection, "Absent", "head", &fListener);
+    const auto stream = KVFrameStream::start(fConnection, "Absent", "head", fListener.callbacks());
     ASSERT_TRUE(fListener.waitForEnd());
     EXPECT_CAUSE(*fListener.fEnd, NoSuchModule);
 }
@@ -372,13 +372,13 @@ TEST_F(Frames, AreNotWatchedAnyMoreWhenTheConnectionGoes) {
 }
 
 TEST_F(Frames, AreRefusedToWhoAsksForNothing) {
-    EXPECT_CAUSE(errorOf([&] { KVFrameStream::start(nullptr, "Video", "head", &fListener); }),
-                 InvalidArgument);
-    EXPECT_CAUSE(errorOf([&] { KVFrameStream::start(fConnection, "", "head", &fListener); }),
-                 InvalidArgument);
+    EXPECT_CAUSE(
+        errorOf([&] { KVFrameStream::start(nullptr, "Video", "head", fListener.callbacks()); }),
+        InvalidArgument);
+    EXPECT_CAUSE(
+        errorOf([&] { KVFrameStream::start(fConnection, "", "head", fListener.callbacks()); }),
+        InvalidArgument);
     EXPECT_CAUSE(errorOf([&] { watch(fListener, ""); }), InvalidArgument);
-    EXPECT_CAUSE(errorOf([&] { KVFrameStream::start(fConnection, "Video", "head", nullptr); }),
-                 InvalidArgument);
     EXPECT_CAUSE(errorOf([&] { fSource->addStream("head"); }), InvalidArgument);
     EXPECT_CAUSE(errorOf([&] { fSource->addStream(""); }), InvalidArgument);
     EXPECT_THAT(fSource->getStreams(), testing::ElementsAre("chest", "head"));

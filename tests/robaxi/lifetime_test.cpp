@@ -44,8 +44,8 @@ class World {
         fProxy =
             boost::make_shared<KVProxy>("World", a_loopback, fServer->getPort(), fClient, 20, 0);
         fConnection = KVConnection::open(fClient, a_loopback, fServer->getPort(), 20);
-        fSubscription = KVSubscription::start(fConnection, "World",
-                                              KVSubscription::Selection::AllKeys, 1000, &fListener);
+        fSubscription = KVSubscription::start(
+            fConnection, "World", KVSubscription::Selection::AllKeys, 1000, fListener.callbacks());
         fCall = std::async(std::launch::async, [this] { call(); });
         EXPECT_TRUE(fLatch.waitForEntries(1));
         fChanger = std::thread([this, table, id] {

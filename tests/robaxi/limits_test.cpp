@@ -115,7 +115,7 @@ TEST_F(Limits, OnMessagesLeaveSmallValuesToSubscribe) {
     serve(fLow);
     RecordingListener listener;
     const auto subscription = KVSubscription::start(
-        connect(fLow), "Echo", KVSubscription::Selection::AllKeys, 50, &listener);
+        connect(fLow), "Echo", KVSubscription::Selection::AllKeys, 50, listener.callbacks());
     EXPECT_TRUE(listener.waitForValue("a key with a rather long name, number 2999", 2999));
     EXPECT_TRUE(listener.waitForValue("large", KVValue()));
 }
@@ -202,9 +202,9 @@ TEST_F(Limits, OnSubscriptionsHold) {
     RecordingListener first;
     RecordingListener second;
     constexpr auto all = KVSubscription::Selection::AllKeys;
-    const auto one = KVSubscription::start(connection, "Echo", all, 50, &first);
+    const auto one = KVSubscription::start(connection, "Echo", all, 50, first.callbacks());
     ASSERT_TRUE(first.waitForValue("a", 1));
-    const auto two = KVSubscription::start(connection, "Echo", all, 50, &second);
+    const auto two = KVSubscription::start(connection, "Echo", all, 50, second.callbacks());
     ASSERT_TRUE(second.waitForEnd());
     EXPECT_CAUSE(*second.fEnd, TooMany);
 }
@@ -217,9 +217,9 @@ TEST_F(Limits, OnWatchedCamerasHold) {
     const auto connection = connect();
     FrameListener first;
     FrameListener second;
-    const auto one = KVFrameStream::start(connection, "Echo", "head", &first);
+    const auto one = KVFrameStream::start(connection, "Echo", "head", first.callbacks());
     ASSERT_TRUE(first.waitForFrame(1));
-    const auto two = KVFrameStream::start(connection, "Echo", "head", &second);
+    const auto two = KVFrameStream::start(connection, "Echo", "head", second.callbacks());
     ASSERT_TRUE(second.waitForEnd());
     EXPECT_CAUSE(*second.fEnd, TooMany);
 }
@@ -232,7 +232,7 @@ TEST_F(Limits, OnKeysHold) {
     serve();
     RecordingListener listener;
     const auto subscription = KVSubscription::start(
-        connect(fLow), "Echo", KVSubscription::Selection::AllKeys, 50, &listener);
+        connect(fLow), "Echo", KVSubscription::Selection::AllKeys, 50, listener.callbacks());
     ASSERT_TRUE(listener.waitForEnd());
     EXPECT_CAUSE(*listener.fEnd, TooLarge);
 }
@@ -243,7 +243,7 @@ TEST_F(Limits, OnFramesHoldAtTheProgram) {
     fSource->publish("head", makeFrame(1, 64 * a_kibibyte + 1));
     serve();
     FrameListener listener;
-    const auto stream = KVFrameStream::start(connect(fLow), "Echo", "head", &listener);
+    const auto stream = KVFrameStream::start(connect(fLow), "Echo", "head", listener.callbacks());
     ASSERT_TRUE(listener.waitForEnd());
     EXPECT_CAUSE(*listener.fEnd, TooLarge);
 }
@@ -254,7 +254,7 @@ TEST_F(Limits, OnFramesHoldAtTheRobot) {
     fSource->publish("head", makeFrame(1, 64 * a_kibibyte + 1));
     serve(fLow);
     FrameListener listener;
-    const auto stream = KVFrameStream::start(connect(), "Echo", "head", &listener);
+    const auto stream = KVFrameStream::start(connect(), "Echo", "head", listener.callbacks());
     ASSERT_TRUE(listener.waitForEnd());
     EXPECT_CAUSE(*listener.fEnd, TooLarge);
 }

@@ -106,7 +106,7 @@ TEST_F(Loss, OfARobotThatEndsProperlyIsReported) {
 TEST_F(Loss, EndsSubscriptionsAndCalls) {
     RecordingListener listener;
     const auto subscription = KVSubscription::start(
-        fConnection, "Memory", KVSubscription::Selection::AllKeys, 50, &listener);
+        fConnection, "Memory", KVSubscription::Selection::AllKeys, 50, listener.callbacks());
     ASSERT_TRUE(listener.waitUntil([&] { return listener.fUpdates.size() > 3; }));
     KVProxy proxy("Echo", a_loopback, fPort, fClient, 10, 0);
 

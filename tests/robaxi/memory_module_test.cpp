@@ -86,7 +86,7 @@ TEST_F(MemoryModule, subscribersReceiveTheMetadata) {
     fMemory->addKey({"Name", "", "", "marvin"});
     RecordingListener listener;
     const auto subscription = KVSubscription::start(
-        fConnection, "KVMemory", KVSubscription::Selection::AllKeys, 50, &listener);
+        fConnection, "KVMemory", KVSubscription::Selection::AllKeys, 50, listener.callbacks());
     ASSERT_TRUE(listener.waitForValue("Head/Yaw", 0.25));
     ASSERT_TRUE(listener.waitForValue("Name", "marvin"));
     const KVKeyInfo head = listener.fKeys[listener.idOf("Head/Yaw")];

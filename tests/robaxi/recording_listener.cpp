@@ -12,32 +12,31 @@ void RecordingListener::xRecord(const Action& action) {
     fChanged.notify_all();
 }
 
-void RecordingListener::keysAdded(const std::vector<KVKeyInfo>& keys) {
-    xRecord([&] {
-        for (const KVKeyInfo& key : keys) {
-            fKeys[key.fId] = key;
+KVSubscription::Callbacks RecordingListener::callbacks() {
+    KVSubscription::Callbacks callbacks;
+    callbacks.fKeysAdded = [this](const std::vector<KVKeyInfo>& keys) {
+        xRecord([&] {
+            for (const KVKeyInfo& key : keys) {
+                fKeys[key.fId] = key;
+            }
+        });
+    };
+    callbacks.fKeysRemoved = [this](const std::vector<std::uint32_t>& ids) {
+        xRecord([&] { fRemoved.insert(fRemoved.end(), ids.begin(), ids.end()); });
+    };
+    callbacks.fValuesChanged = [this](const std::vector<KVChange>& changes) {
+        if (fOnValues) {
+            fOnValues();
         }
-    });
-}
-
-void RecordingListener::keysRemoved(const std::vector<std::uint32_t>& ids) {
-    xRecord([&] { fRemoved.insert(fRemoved.end(), ids.begin(), ids.end()); });
-}
-
-void RecordingListener::valuesChanged(const std::vector<KVChange>& changes) {
-    if (fOnValues) {
-        fOnValues();
-    }
-    xRecord([&] {
-        fUpdates.push_back({changes, std::chrono::steady_clock::now()});
-        for (const KVChange& change : changes) {
-            fValues[fKeys.at(change.fId).fName] = change;
-        }
-    });
-}
-
-void RecordingListener::ended(const KVError& error) {
-    xRecord([&] { fEnd = error; });
+        xRecord([&] {
+            fUpdates.push_back({changes, std::chrono::steady_clock::now()});
+            for (const KVChange& change : changes) {
+                fValues[fKeys.at(change.fId).fName] = change;
+            }
+        });
+    };
+    callbacks.fEnded = [this](const KVError& error) { xRecord([&] { fEnd = error; }); };
+    return callbacks;
 }
 
 bool RecordingListener::waitUntil(const std::function<bool()>& condition) {

@@ -18,19 +18,18 @@ namespace robaxi_test {
 constexpr std::chrono::seconds a_patience{20};
 
 /** Records the updates of a subscription, so that a test can wait for them. */
-class RecordingListener : public KVSubscription::Listener {
+class RecordingListener {
   public:
     struct Update {
         std::vector<KVChange> fChanges;
         std::chrono::steady_clock::time_point fWhen;
     };
 
-    void keysAdded(const std::vector<KVKeyInfo>& keys) override;
-    void keysRemoved(const std::vector<std::uint32_t>& ids) override;
-    void valuesChanged(const std::vector<KVChange>& changes) override;
-    void ended(const KVError& error) override;
+    /** Returns functions that record here; they must not be called after this object is gone. */
+    KVSubscription::Callbacks callbacks();
 
-    /** Called first in valuesChanged(), without any lock. Set it before the subscription starts. */
+    /** Called before values are recorded, without any lock. Set it before the subscription starts.
+     */
     std::function<void()> fOnValues;
 
     bool waitUntil(const std::function<bool()>& condition);

@@ -81,7 +81,7 @@ TEST_F(Resources, DoNotGrowWithSubscriptions) {
     expectNoGrowth([&] {
         RecordingListener listener;
         const auto subscription = KVSubscription::start(
-            connection, "Memory", KVSubscription::Selection::AllKeys, 1000, &listener);
+            connection, "Memory", KVSubscription::Selection::AllKeys, 1000, listener.callbacks());
         ASSERT_TRUE(listener.waitUntil([&] { return listener.fEnd || !listener.fValues.empty(); }));
     });
 }

@@ -66,14 +66,7 @@ class Subscription : public testing::Test {
 
     boost::shared_ptr<KVSubscription> subscribe(
         double rate, KVSubscription::Selection selection = KVSubscription::Selection::AllKeys) {
-        return KVSubscription::start(fConnection, "Memory", selection, rate, &fListener);
-    }
-
-    KVSubscription::Callbacks record() {
-        return {[this](const auto& keys) { fListener.keysAdded(keys); },
-                [this](const auto& ids) { fListener.keysRemoved(ids); },
-                [this](const auto& changes) { fListener.valuesChanged(changes); },
-                [this](const KVError& error) { fListener.ended(error); }};
+        return KVSubscription::start(fConnection, "Memory", selection, rate, fListener.callbacks());
     }
 
     BrokerPtr fServer = makeServer();
@@ -106,8 +99,8 @@ TEST_F(Subscription, BringsTheTableThenTheValues) {
 TEST_F(Subscription, SelectsKeysByTheirNames) {
     const std::uint32_t other = fTable->addKey(key("other"), 1);
     const std::uint32_t named = fTable->addKey(key("named"), 2);
-    const auto subscription =
-        KVSubscription::start(fConnection, "Memory", {"named", "later"}, 1000, record());
+    const auto subscription = KVSubscription::start(fConnection, "Memory", {"named", "later"}, 1000,
+                                                    fListener.callbacks());
     ASSERT_TRUE(fListener.waitForValue("named", 2));
     fTable->setValue(other, 3);
     fTable->addKey(key("another"), 4);
@@ -143,14 +136,15 @@ TEST_F(Subscription, SelectsNamesHoweverQuicklyTheRobotAnswers) {
 
 TEST_F(Subscription, CallsFunctions) {
     fTable->addKey(key("a"), 7);
-    const auto subscription = KVSubscription::start(fConnection, "Memory", a_all, 50, record());
+    const auto subscription =
+        KVSubscription::start(fConnection, "Memory", a_all, 50, fListener.callbacks());
     ASSERT_TRUE(fListener.waitForValue("a", 7));
     fServer->removeModule("Memory");
     ASSERT_TRUE(fListener.waitForEnd());
     EXPECT_CAUSE(*fListener.fEnd, NoSuchModule);
     EXPECT_CAUSE(errorOf([&] {
                      KVSubscription::start(fConnection, "Memory", std::vector<std::string>(), 50,
-                                           record());
+                                           fListener.callbacks());
                  }),
                  InvalidArgument);
 }
@@ -172,17 +166,15 @@ TEST_F(Subscription, SendsOnlyWhatChanged) {
 }
 
 TEST_F(Subscription, SendsAnEmptyTableToo) {
-    std::atomic<bool> told{false};
-    struct Counter : RecordingListener {
-        explicit Counter(std::atomic<bool>& told) : fTold(told) {}
-        void keysAdded(const std::vector<KVKeyInfo>& keys) override {
-            fTold = true;
-            RecordingListener::keysAdded(keys);
-        }
-        std::atomic<bool>& fTold;
-    } listener(told);
-    const auto subscription = KVSubscription::start(fConnection, "Memory", a_all, 50, &listener);
-    EXPECT_TRUE(listener.waitUntil([&] { return told.load(); }));
+    std::promise<std::size_t> told;
+    KVSubscription::Callbacks callbacks;
+    callbacks.fKeysAdded = [&told](const std::vector<KVKeyInfo>& keys) {
+        told.set_value(keys.size());
+    };
+    const auto subscription = KVSubscription::start(fConnection, "Memory", a_all, 50, callbacks);
+    auto count = told.get_future();
+    ASSERT_EQ(count.wait_for(a_patience), std::future_status::ready);
+    EXPECT_EQ(count.get(), 0U);
 }
 
 TEST_F(Subscription, CarriesValuesOfEveryType) {
@@ -321,7 +313,7 @@ TEST_F(Subscription, DoesNotMakeOthersWaitForItsSlowListener) {
     Latch latch;
     RecordingListener slow;
     slow.fOnValues = [&] { latch.enter(); };
-    const auto stuck = KVSubscription::start(fConnection, "Memory", a_all, 100, &slow);
+    const auto stuck = KVSubscription::start(fConnection, "Memory", a_all, 100, slow.callbacks());
     ASSERT_TRUE(latch.waitForEntries(1));
     const auto subscription = subscribe(100);
     fTable->setValue(a, 1);
@@ -378,7 +370,8 @@ TEST_F(Subscription, BringsNothingInPlaceOfAValueThatCannotBeSent) {
 
 TEST_F(Subscription, ToAModuleWithoutValuesEnds) {
     fServer->addModule(makeEcho());
-    const auto subscription = KVSubscription::start(fConnection, "Echo", a_all, 10, &fListener);
+    const auto subscription =
+        KVSubscription::start(fConnection, "Echo", a_all, 10, fListener.callbacks());
     ASSERT_TRUE(fListener.waitForEnd());
     EXPECT_CAUSE(*fListener.fEnd, InvalidArgument);
     EXPECT_EQ(fListener.fEnd->toString(), "Cannot reach the module Echo at 127.0.0.1 port " +
@@ -387,7 +380,8 @@ TEST_F(Subscription, ToAModuleWithoutValuesEnds) {
 }
 
 TEST_F(Subscription, ToAModuleThatIsNotThereEnds) {
-    const auto subscription = KVSubscription::start(fConnection, "Absent", a_all, 10, &fListener);
+    const auto subscription =
+        KVSubscription::start(fConnection, "Absent", a_all, 10, fListener.callbacks());
     ASSERT_TRUE(fListener.waitForEnd());
     EXPECT_CAUSE(*fListener.fEnd, NoSuchModule);
 }
@@ -427,12 +421,12 @@ TEST_F(Subscription, IsRefusedWithARateOutOfRange) {
     }
     const auto subscription = subscribe(10);
     EXPECT_CAUSE(errorOf([&] { subscription->setRate(0); }), InvalidArgument);
-    EXPECT_CAUSE(errorOf([&] { KVSubscription::start(nullptr, "Memory", a_all, 1, &fListener); }),
-                 InvalidArgument);
-    EXPECT_CAUSE(errorOf([&] { KVSubscription::start(fConnection, "", a_all, 1, &fListener); }),
-                 InvalidArgument);
-    EXPECT_CAUSE(errorOf([&] { KVSubscription::start(fConnection, "Memory", a_all, 1, nullptr); }),
-                 InvalidArgument);
+    EXPECT_CAUSE(
+        errorOf([&] { KVSubscription::start(nullptr, "Memory", a_all, 1, fListener.callbacks()); }),
+        InvalidArgument);
+    EXPECT_CAUSE(
+        errorOf([&] { KVSubscription::start(fConnection, "", a_all, 1, fListener.callbacks()); }),
+        InvalidArgument);
 }
 
 TEST_F(Subscription, MayBeStoppedFromItsListener) {
@@ -474,13 +468,42 @@ TEST_F(Subscription, MayBeDestroyedFromItsListener) {
     EXPECT_TRUE(fListener.waitUntil([&] { return !fListener.fUpdates.empty(); }));
 }
 
+TEST_F(Subscription, KeepsARunningCallbackThatDestroysIt) {
+    fTable->addKey(key("a"), 7);
+    struct {
+        boost::shared_ptr<KVSubscription> fSubscription;
+        Latch fIsSet;
+        std::atomic<bool> fIsReleased{false};
+        std::promise<bool> fWasReleased;
+        std::promise<void> fReleased;
+    } test;
+    std::shared_ptr<void> captured(nullptr, [&test](void*) {
+        test.fIsReleased = true;
+        test.fReleased.set_value();
+    });
+    KVSubscription::Callbacks callbacks;
+    callbacks.fValuesChanged = [&test, captured = std::move(captured)](const auto&) {
+        auto& outside = test;  // not part of the callback
+        outside.fIsSet.enter();
+        outside.fSubscription.reset();
+        outside.fWasReleased.set_value(outside.fIsReleased);
+    };
+    test.fSubscription = KVSubscription::start(fConnection, "Memory", a_all, 50, callbacks);
+    callbacks = {};
+    test.fIsSet.open();
+    auto wasReleased = test.fWasReleased.get_future();
+    ASSERT_EQ(wasReleased.wait_for(a_patience), std::future_status::ready);
+    EXPECT_FALSE(wasReleased.get());
+    EXPECT_EQ(test.fReleased.get_future().wait_for(a_patience), std::future_status::ready);
+}
+
 TEST_F(Subscription, DoesNotCallItsListenerAnyMoreAfterStop) {
     const std::uint32_t a = fTable->addKey(key("a"), 0);
     Changer changer(*fTable, a);
     for (int round = 0; round < 50; ++round) {
         auto listener = std::make_unique<RecordingListener>();
         const auto subscription =
-            KVSubscription::start(fConnection, "Memory", a_all, 1000, listener.get());
+            KVSubscription::start(fConnection, "Memory", a_all, 1000, listener->callbacks());
         if (round % 2 == 0) {
             EXPECT_TRUE(listener->waitUntil([&] { return !listener->fUpdates.empty(); }));
         }
@@ -497,7 +520,7 @@ TEST_F(Subscription, OfWhichThereAreTooManyEnds) {
     for (std::size_t n = 0; n < most; ++n) {
         listeners.push_back(std::make_unique<RecordingListener>());
         subscriptions.push_back(
-            KVSubscription::start(fConnection, "Memory", a_all, 1, listeners.back().get()));
+            KVSubscription::start(fConnection, "Memory", a_all, 1, listeners.back()->callbacks()));
     }
     for (const auto& listener : listeners) {
         EXPECT_TRUE(listener->waitForValue("a", 1));
@@ -511,7 +534,7 @@ TEST_F(Subscription, OfWhichThereAreTooManyEnds) {
     subscriptions.pop_back();
     const auto startsAgain = [&] {
         RecordingListener next;
-        const auto again = KVSubscription::start(fConnection, "Memory", a_all, 1, &next);
+        const auto again = KVSubscription::start(fConnection, "Memory", a_all, 1, next.callbacks());
         EXPECT_TRUE(next.waitUntil([&] { return next.fEnd || !next.fValues.empty(); }));
         return !next.fEnd;
     };

@@ -87,7 +87,7 @@ class VideoModule : public testing::Test {
     }
 
     boost::shared_ptr<KVFrameStream> watch(const std::string& camera, FrameListener& listener) {
-        return KVFrameStream::start(fConnection, "KVVideo", camera, &listener);
+        return KVFrameStream::start(fConnection, "KVVideo", camera, listener.callbacks());
     }
 
     KVValue set(const std::string& camera, const KVValue::Map& settings) {

@@ -117,23 +117,25 @@ TEST_F(RobotProcessTest, memoryIsReadAndWritten) {
 }
 
 /** Stores the newest values sent by a robot, by name. */
-class Values : public KVSubscription::Listener {
+class Values {
   public:
-    void keysAdded(const std::vector<KVKeyInfo>& keys) override {
-        const std::lock_guard lock(fMutex);
-        for (const KVKeyInfo& key : keys) {
-            fNames[key.fId] = key.fName;
-        }
+    KVSubscription::Callbacks callbacks() {
+        KVSubscription::Callbacks callbacks;
+        callbacks.fKeysAdded = [this](const std::vector<KVKeyInfo>& keys) {
+            const std::lock_guard lock(fMutex);
+            for (const KVKeyInfo& key : keys) {
+                fNames[key.fId] = key.fName;
+            }
+        };
+        callbacks.fValuesChanged = [this](const std::vector<KVChange>& changes) {
+            const std::lock_guard lock(fMutex);
+            for (const KVChange& change : changes) {
+                fHistory[fNames[change.fId]].push_back(change.fValue);
+            }
+            fChanged.notify_all();
+        };
+        return callbacks;
     }
-    void keysRemoved(const std::vector<std::uint32_t>&) override {}
-    void valuesChanged(const std::vector<KVChange>& changes) override {
-        const std::lock_guard lock(fMutex);
-        for (const KVChange& change : changes) {
-            fHistory[fNames[change.fId]].push_back(change.fValue);
-        }
-        fChanged.notify_all();
-    }
-    void ended(const KVError&) override {}
 
     /** Waits until the history of a key meets a condition. */
     bool waitFor(const std::string& name,
@@ -161,7 +163,8 @@ class SubscribedRobotTest : public RobotProcessTest {
         : fConnection(
               KVConnection::open(fBroker, RobotProcess::address(), fRobot.port(), a_timeOut)),
           fSubscription(KVSubscription::start(fConnection, "KVMemory",
-                                              KVSubscription::Selection::AllKeys, 100, &fValues)) {}
+                                              KVSubscription::Selection::AllKeys, 100,
+                                              fValues.callbacks())) {}
 
     ~SubscribedRobotTest() override { fSubscription->stop(); }
 
@@ -302,7 +305,7 @@ TEST_F(RobotProcessTest, endsInTimeAndCleanlyDuringCallsAndSubscriptions) {
     const auto connection =
         KVConnection::open(fBroker, RobotProcess::address(), robot.port(), a_timeOut);
     const auto subscription = KVSubscription::start(
-        connection, "KVMemory", KVSubscription::Selection::AllKeys, 1000, &values);
+        connection, "KVMemory", KVSubscription::Selection::AllKeys, 1000, values.callbacks());
     EXPECT_TRUE(comesTrue([&] { return calls > 100; }));
     robot.process().signal(SIGTERM);
     EXPECT_EQ(robot.process().waitForEnd(std::chrono::seconds(20)), 0) << robot.process().errors();

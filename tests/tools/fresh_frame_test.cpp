@@ -28,7 +28,7 @@ class FreshFrameTest : public ::testing::Test {
 TEST_F(FreshFrameTest, TheFirstFrameMayBeOldAndTheNextIsTaken) {
     std::thread robot([this] {
         for (const std::uint64_t number : {7, 7, 8, 9}) {
-            fFresh.frameReceived(frame(number), 0);
+            fFresh.frameReceived(frame(number));
         }
     });
     const auto result = fFresh.wait(Clock::now() + a_long, a_long);
@@ -39,8 +39,8 @@ TEST_F(FreshFrameTest, TheFirstFrameMayBeOldAndTheNextIsTaken) {
 }
 
 TEST_F(FreshFrameTest, AStoppedCameraHasItsLastFrame) {
-    fFresh.frameReceived(frame(7), 0);
-    fFresh.frameReceived(frame(7), 0);
+    fFresh.frameReceived(frame(7));
+    fFresh.frameReceived(frame(7));
     const auto result = fFresh.wait(Clock::now() + a_long, a_moment);
     ASSERT_TRUE(result);
     EXPECT_EQ(7U, result->fFrame.fNumber);
@@ -52,14 +52,14 @@ TEST_F(FreshFrameTest, ACameraThatSendsNothingHasNone) {
 }
 
 TEST_F(FreshFrameTest, TheEndOfTheStreamIsNotWaitedOut) {
-    fFresh.frameReceived(frame(7), 0);
+    fFresh.frameReceived(frame(7));
     fFresh.ended(KVError(KVError::Cause::ConnectionLost, "lost"));
     EXPECT_THROW(fFresh.wait(Clock::now() + a_long, a_long), KVError);
 }
 
 TEST_F(FreshFrameTest, ANewFrameCountsAlthoughTheStreamHasEnded) {
-    fFresh.frameReceived(frame(7), 0);
-    fFresh.frameReceived(frame(8), 0);
+    fFresh.frameReceived(frame(7));
+    fFresh.frameReceived(frame(8));
     fFresh.ended(KVError(KVError::Cause::ConnectionLost, "lost"));
     EXPECT_EQ(8U, fFresh.wait(Clock::now() + a_long, a_long)->fFrame.fNumber);
 }

@@ -37,7 +37,7 @@ struct CallOwner {
 class ROBAXI_EXPORT Stream {
   public:
     virtual ~Stream() = default;
-    /** Ends it. Returns when the listener is not being called, unless called from it. */
+    /** Ends it. Returns when no callback is running, except one from which it is called. */
     virtual void stop() = 0;
 };
 
@@ -104,9 +104,9 @@ class ROBAXI_EXPORT Link {
                                                    KVSubscription::Selection selection,
                                                    const std::vector<std::string>& names,
                                                    double rate,
-                                                   KVSubscription::Listener* listener) = 0;
+                                                   KVSubscription::Callbacks callbacks) = 0;
     virtual std::shared_ptr<Stream> watch(const Target& target, const std::string& camera,
-                                          KVFrameStream::Listener* listener) = 0;
+                                          KVFrameStream::Callbacks callbacks) = 0;
     ///@}
 };
 

@@ -9,22 +9,19 @@ struct KVFrameStream::Private {
     std::shared_ptr<robaxi::Stream> fStream;  // destroyed before the connection
 };
 
-KVFrameStream::Listener::~Listener() = default;
-
 boost::shared_ptr<KVFrameStream> KVFrameStream::start(boost::shared_ptr<KVConnection> connection,
                                                       const std::string& module,
                                                       const std::string& stream,
-                                                      Listener* listener) {
-    if (!connection || module.empty() || stream.empty() || listener == nullptr) {
+                                                      Callbacks callbacks) {
+    if (!connection || module.empty() || stream.empty()) {
         throw KVError(KVError::Cause::InvalidArgument,
-                      "Watching needs a connection, the names of a module and of a camera, and a "
-                      "listener.");
+                      "Watching needs a connection and the names of a module and of a camera.");
     }
     const auto& link = *connection->fPrivate;
     robaxi::Target target = link.fTarget;
     target.fModule = module;
     auto implementation = std::make_shared<Private>();
-    implementation->fStream = link.fLink->watch(target, stream, listener);
+    implementation->fStream = link.fLink->watch(target, stream, std::move(callbacks));
     implementation->fConnection = std::move(connection);
     return boost::shared_ptr<KVFrameStream>(new KVFrameStream(std::move(implementation)));
 }

@@ -13,68 +13,18 @@ void checkRate(double rate) {
     }
 }
 
-class CallbackListener : public KVSubscription::Listener {
-  public:
-    explicit CallbackListener(KVSubscription::Callbacks callbacks)
-        : fCallbacks(std::move(callbacks)) {}
-
-    void keysAdded(const std::vector<KVKeyInfo>& keys) override {
-        if (fCallbacks.fKeysAdded) {
-            fCallbacks.fKeysAdded(keys);
-        }
-    }
-    void keysRemoved(const std::vector<std::uint32_t>& ids) override {
-        if (fCallbacks.fKeysRemoved) {
-            fCallbacks.fKeysRemoved(ids);
-        }
-    }
-    void valuesChanged(const std::vector<KVChange>& changes) override {
-        if (fCallbacks.fValuesChanged) {
-            fCallbacks.fValuesChanged(changes);
-        }
-    }
-    void ended(const KVError& error) override {
-        if (fCallbacks.fEnded) {
-            fCallbacks.fEnded(error);
-        }
-    }
-
-  private:
-    const KVSubscription::Callbacks fCallbacks;
-};
-
 }  // namespace
 
 struct KVSubscription::Private {
-    Selection fSelection = Selection::ChosenKeys;
-    std::vector<std::string> fNames;  // selects keys, unless it is empty
-    Listener* fListener = nullptr;
-    std::unique_ptr<Listener> fCallbacks;  // destroyed after the stream, which calls it
     boost::shared_ptr<KVConnection> fConnection;
     std::shared_ptr<robaxi::ValueStream> fStream;  // destroyed before the connection
 };
-
-KVSubscription::Listener::~Listener() = default;
-
-boost::shared_ptr<KVSubscription> KVSubscription::start(boost::shared_ptr<KVConnection> connection,
-                                                        const std::string& module,
-                                                        Selection selection, double rate,
-                                                        Listener* listener) {
-    auto implementation = std::make_shared<Private>();
-    implementation->fSelection = selection;
-    implementation->fListener = listener;
-    return xStart(std::move(connection), module, rate, std::move(implementation));
-}
 
 boost::shared_ptr<KVSubscription> KVSubscription::start(boost::shared_ptr<KVConnection> connection,
                                                         const std::string& module,
                                                         Selection selection, double rate,
                                                         Callbacks callbacks) {
-    auto implementation = std::make_shared<Private>();
-    implementation->fSelection = selection;
-    implementation->fCallbacks = std::make_unique<CallbackListener>(std::move(callbacks));
-    implementation->fListener = implementation->fCallbacks.get();
-    return xStart(std::move(connection), module, rate, std::move(implementation));
+    return xStart(std::move(connection), module, selection, {}, rate, std::move(callbacks));
 }
 
 boost::shared_ptr<KVSubscription> KVSubscription::start(boost::shared_ptr<KVConnection> connection,
@@ -84,27 +34,26 @@ boost::shared_ptr<KVSubscription> KVSubscription::start(boost::shared_ptr<KVConn
     if (names.empty()) {
         throw KVError(KVError::Cause::InvalidArgument, "A subscription needs the names of keys.");
     }
-    auto implementation = std::make_shared<Private>();
-    implementation->fNames = names;
-    implementation->fCallbacks = std::make_unique<CallbackListener>(std::move(callbacks));
-    implementation->fListener = implementation->fCallbacks.get();
-    return xStart(std::move(connection), module, rate, std::move(implementation));
+    return xStart(std::move(connection), module, Selection::ChosenKeys, names, rate,
+                  std::move(callbacks));
 }
 
 boost::shared_ptr<KVSubscription> KVSubscription::xStart(boost::shared_ptr<KVConnection> connection,
-                                                         const std::string& module, double rate,
-                                                         std::shared_ptr<Private> implementation) {
-    if (!connection || module.empty() || implementation->fListener == nullptr) {
+                                                         const std::string& module,
+                                                         Selection selection,
+                                                         const std::vector<std::string>& names,
+                                                         double rate, Callbacks callbacks) {
+    if (!connection || module.empty()) {
         throw KVError(KVError::Cause::InvalidArgument,
-                      "A subscription needs a connection, the name of a module and a listener.");
+                      "A subscription needs a connection and the name of a module.");
     }
     checkRate(rate);
     const auto& link = *connection->fPrivate;
     robaxi::Target target = link.fTarget;
     target.fModule = module;
+    auto implementation = std::make_shared<Private>();
     implementation->fStream =
-        link.fLink->subscribe(target, implementation->fSelection, implementation->fNames, rate,
-                              implementation->fListener);
+        link.fLink->subscribe(target, selection, names, rate, std::move(callbacks));
     implementation->fConnection = std::move(connection);
     return boost::shared_ptr<KVSubscription>(new KVSubscription(std::move(implementation)));
 }

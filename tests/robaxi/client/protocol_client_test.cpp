@@ -70,7 +70,7 @@ class ProtocolClient : public testing::Test {
         };
         const auto connection = KVConnection::open(fClient, a_loopback, fRobot.port(), 5);
         const auto subscription = KVSubscription::start(
-            connection, "Robot", KVSubscription::Selection::AllKeys, 1, &fListener);
+            connection, "Robot", KVSubscription::Selection::AllKeys, 1, fListener.callbacks());
         return fListener.waitForEnd() ? *fListener.fEnd : KVError(KVError::Cause::Internal, "none");
     }
 

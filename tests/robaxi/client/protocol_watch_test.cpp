@@ -45,7 +45,7 @@ class WatchingClient : public testing::Test {
         };
         fStream =
             KVFrameStream::start(KVConnection::open(makeClient(), a_loopback, fRobot.port(), 5),
-                                 "Robot", "head", &fListener);
+                                 "Robot", "head", fListener.callbacks());
     }
 
     KVError endAfter(const std::vector<v1::WatchUpdate>& updates) {

@@ -80,11 +80,11 @@ TEST_F(Security, WithTlsCarriesCallsValuesAndFrames) {
     EXPECT_EQ(call(client, server), 42);
     const auto connection = KVConnection::open(client, a_loopback, server->getPort(), 5);
     RecordingListener values;
-    const auto subscription =
-        KVSubscription::start(connection, "Echo", KVSubscription::Selection::AllKeys, 50, &values);
+    const auto subscription = KVSubscription::start(
+        connection, "Echo", KVSubscription::Selection::AllKeys, 50, values.callbacks());
     EXPECT_TRUE(values.waitForValue("a", 1));
     FrameListener frames;
-    const auto stream = KVFrameStream::start(connection, "Echo", "head", &frames);
+    const auto stream = KVFrameStream::start(connection, "Echo", "head", frames.callbacks());
     ASSERT_TRUE(frames.waitForFrame(1));
     EXPECT_TRUE(hasBytesOf(frames.last(), 1));
 }

@@ -27,19 +27,22 @@ namespace {
 constexpr int a_timeOut = 20;  // seconds; generous, since the machine may be busy
 
 /** Watches a camera. */
-class Watch : public KVFrameStream::Listener {
+class Watch {
   public:
-    void frameReceived(const KVFrame& frame, std::uint64_t) override {
-        const std::lock_guard lock(fMutex);
-        fNewest = frame;
-        ++fCount;
-        fChanged.notify_all();
-    }
-
-    void ended(const KVError& error) override {
-        const std::lock_guard lock(fMutex);
-        fEnd = error;
-        fChanged.notify_all();
+    KVFrameStream::Callbacks callbacks() {
+        KVFrameStream::Callbacks callbacks;
+        callbacks.fFrameReceived = [this](const KVFrame& frame, std::uint64_t /*passedOver*/) {
+            const std::lock_guard lock(fMutex);
+            fNewest = frame;
+            ++fCount;
+            fChanged.notify_all();
+        };
+        callbacks.fEnded = [this](const KVError& error) {
+            const std::lock_guard lock(fMutex);
+            fEnd = error;
+            fChanged.notify_all();
+        };
+        return callbacks;
     }
 
     /** Waits for a frame that meets a condition. @throws std::runtime_error if there is none */
@@ -89,7 +92,7 @@ class VideoTest : public testing::Test {
     explicit VideoTest(const std::vector<std::string>& arguments = {}) : fRobot({arguments}) {}
 
     boost::shared_ptr<KVFrameStream> watch(const std::string& camera, Watch& watch) {
-        return KVFrameStream::start(fConnection, "KVVideo", camera, &watch);
+        return KVFrameStream::start(fConnection, "KVVideo", camera, watch.callbacks());
     }
 
     KVValue set(const std::string& camera, const KVValue::Map& settings) {

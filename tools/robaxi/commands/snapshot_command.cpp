@@ -132,7 +132,8 @@ class SnapshotCommand : public Command {
                                      Surroundings& surroundings) const {
         Bell bell(surroundings.fInterruption);
         FreshFrame fresh(bell);
-        const auto stream = KVFrameStream::start(link.connection(), fModule, camera.fName, &fresh);
+        const auto stream =
+            KVFrameStream::start(link.connection(), fModule, camera.fName, fresh.callbacks());
         const std::optional<FreshFrame::Result> result =
             fresh.wait(Clock::now() + std::chrono::seconds(fTimeout), xPatience(camera));
         if (!result) {

@@ -96,8 +96,9 @@ class WatchCommand : public Command {
         Bell bell(surroundings.fInterruption);
         KeyWatch watch(
             {given.begin() + 1, given.end()}, [&](const auto& rows) { printer.print(rows); }, bell);
-        const auto subscription = KVSubscription::start(
-            link.connection(), fModule, KVSubscription::Selection::ChosenKeys, fRate, &watch);
+        const auto subscription =
+            KVSubscription::start(link.connection(), fModule, KVSubscription::Selection::ChosenKeys,
+                                  fRate, watch.callbacks());
         try {
             follow(watch, *subscription, bell, Clock::now() + std::chrono::seconds(fTimeout));
             xCheckMatches(watch, surroundings.fConsole);

@@ -66,7 +66,10 @@ void CameraRecorder::watch(const boost::shared_ptr<KVConnection>& connection) {
         const std::lock_guard lock(fMutex);
         fNextAttempt.reset();
     }
-    fStream = KVFrameStream::start(connection, a_videoModule, fName, this);
+    fStream = KVFrameStream::start(
+        connection, a_videoModule, fName,
+        {[this](const KVFrame& frame, std::uint64_t /*passedOver*/) { xTake(frame); },
+         [this](const KVError& error) { xEnd(error); }});
 }
 
 bool CameraRecorder::isDue() const {
@@ -74,7 +77,7 @@ bool CameraRecorder::isDue() const {
     return robaxi_tool::isDue(fNextAttempt);
 }
 
-void CameraRecorder::frameReceived(const KVFrame& frame, std::uint64_t /*passedOver*/) {
+void CameraRecorder::xTake(const KVFrame& frame) {
     const std::uint64_t logTime = logTimeNow();
     const std::lock_guard lock(fMutex);
     if (std::exchange(fIsGap, false)) {
@@ -97,7 +100,7 @@ void CameraRecorder::frameReceived(const KVFrame& frame, std::uint64_t /*passedO
     }
 }
 
-void CameraRecorder::ended(const KVError& error) {
+void CameraRecorder::xEnd(const KVError& error) {
     if (error.cause() != KVError::Cause::ConnectionLost) {
         const std::lock_guard lock(fMutex);
         // Each attempt to watch it again may end in the same way.
@@ -173,8 +176,12 @@ void RobotRecorder::xSubscribeToValues() {
     }
     const auto selection = fSelection.fPatterns.empty() ? KVSubscription::Selection::AllKeys
                                                         : KVSubscription::Selection::ChosenKeys;
-    fSubscription = KVSubscription::start(fLink->connection(), fSelection.fModule, selection,
-                                          fSelection.fRate, this);
+    fSubscription =
+        KVSubscription::start(fLink->connection(), fSelection.fModule, selection, fSelection.fRate,
+                              {[this](const auto& keys) { xAddKeys(keys); },
+                               [this](const auto& ids) { xRemoveKeys(ids); },
+                               [this](const auto& changes) { xWrite(changes); },
+                               [this](const KVError& error) { xEnd(error); }});
 }
 
 bool RobotRecorder::needsAttention() const {
@@ -315,7 +322,7 @@ bool RobotRecorder::xIsSelected(const std::string& key) {
     return isSelected;
 }
 
-void RobotRecorder::keysAdded(const std::vector<KVKeyInfo>& keys) {
+void RobotRecorder::xAddKeys(const std::vector<KVKeyInfo>& keys) {
     bool isEndOfGap = false;
     {
         const std::lock_guard lock(fMutex);
@@ -334,7 +341,7 @@ void RobotRecorder::keysAdded(const std::vector<KVKeyInfo>& keys) {
     fBell.ring();
 }
 
-void RobotRecorder::keysRemoved(const std::vector<std::uint32_t>& ids) {
+void RobotRecorder::xRemoveKeys(const std::vector<std::uint32_t>& ids) {
     std::vector<std::string> names;
     {
         const std::lock_guard lock(fMutex);
@@ -351,7 +358,7 @@ void RobotRecorder::keysRemoved(const std::vector<std::uint32_t>& ids) {
     }
 }
 
-void RobotRecorder::valuesChanged(const std::vector<KVChange>& changes) {
+void RobotRecorder::xWrite(const std::vector<KVChange>& changes) {
     const std::uint64_t logTime = logTimeNow();
     fEvents->reportDrops();
     const std::lock_guard lock(fMutex);
@@ -373,7 +380,7 @@ bool RobotRecorder::xIsExpected(const KVError& error) const {
     return error.cause() == KVError::Cause::NoSuchModule && !fCameras.empty() && fPatterns.empty();
 }
 
-void RobotRecorder::ended(const KVError& error) {
+void RobotRecorder::xEnd(const KVError& error) {
     if (error.cause() == KVError::Cause::ConnectionLost) {
         xLose(error);
     } else {

@@ -41,7 +41,7 @@ struct RobotProgress {
 };
 
 /** Records the frames of one camera, and watches it again when its stream has ended. */
-class CameraRecorder : public KVFrameStream::Listener {
+class CameraRecorder {
   public:
     /** @param ended called when a stream has ended, on a thread of the library */
     CameraRecorder(robot_recording::RecordingSink& sink, robot_recording::EventTopic& events,
@@ -58,11 +58,11 @@ class CameraRecorder : public KVFrameStream::Listener {
     bool isDue() const;
     ///@}
 
-    // Called on a thread of the library.
-    void frameReceived(const KVFrame& frame, std::uint64_t passedOver) override;
-    void ended(const KVError& error) override;
-
   private:
+    // Called on a thread of the library.
+    void xTake(const KVFrame& frame);
+    void xEnd(const KVError& error);
+
     robot_recording::EventTopic& fEvents;
     const std::string fName;
     const std::function<void(const KVError&)> fOnEnd;
@@ -83,7 +83,7 @@ class CameraRecorder : public KVFrameStream::Listener {
  *
  * The operations are called on the command's thread and do not wait for the robot.
  */
-class RobotRecorder : public KVSubscription::Listener {
+class RobotRecorder {
   public:
     /**
      * Connects to the robot and finds its cameras, for which it waits.
@@ -93,7 +93,9 @@ class RobotRecorder : public KVSubscription::Listener {
      */
     RobotRecorder(std::string host, RobotSelection selection, Bell& bell,
                   Interruption& interruption);
-    ~RobotRecorder() override;
+    ~RobotRecorder();
+    RobotRecorder(const RobotRecorder&) = delete;
+    RobotRecorder& operator=(const RobotRecorder&) = delete;
 
     /** Returns the robot's name, for a topic. */
     const std::string& name() const { return fName; }
@@ -126,13 +128,13 @@ class RobotRecorder : public KVSubscription::Listener {
 
     RobotProgress progress() const;
 
-    // Called on a thread of the library.
-    void keysAdded(const std::vector<KVKeyInfo>& keys) override;
-    void keysRemoved(const std::vector<std::uint32_t>& ids) override;
-    void valuesChanged(const std::vector<KVChange>& changes) override;
-    void ended(const KVError& error) override;
-
   private:
+    // Called on a thread of the library.
+    void xAddKeys(const std::vector<KVKeyInfo>& keys);
+    void xRemoveKeys(const std::vector<std::uint32_t>& ids);
+    void xWrite(const std::vector<KVChange>& changes);
+    void xEnd(const KVError& error);
+
     void xSubscribe();
     void xSubscribeToValues();
     void xTakeIcon();

@@ -2,7 +2,12 @@
 
 namespace robaxi_tool {
 
-void FreshFrame::frameReceived(const KVFrame& frame, std::uint64_t /*passedOver*/) {
+KVFrameStream::Callbacks FreshFrame::callbacks() {
+    return {[this](const KVFrame& frame, std::uint64_t /*passedOver*/) { frameReceived(frame); },
+            [this](const KVError& error) { ended(error); }};
+}
+
+void FreshFrame::frameReceived(const KVFrame& frame) {
     {
         const std::lock_guard lock(fMutex);
         if (!fFirst) {

@@ -18,14 +18,17 @@ namespace robaxi_tool {
  * without watchers may rest. The clocks of robot and computer differ, so its time stamp cannot show
  * that. Only the following frame is known to be new.
  */
-class FreshFrame : public KVFrameStream::Listener {
+class FreshFrame {
   public:
     /** @param bell rung when any of the results changes */
     explicit FreshFrame(Bell& bell) : fBell(bell) {}
 
+    /** Returns the functions below, for a stream that this object outlives. */
+    KVFrameStream::Callbacks callbacks();
+
     // Called on the library's thread.
-    void frameReceived(const KVFrame& frame, std::uint64_t passedOver) override;
-    void ended(const KVError& error) override;
+    void frameReceived(const KVFrame& frame);
+    void ended(const KVError& error);
 
     struct Result {
         KVFrame fFrame;

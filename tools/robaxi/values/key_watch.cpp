@@ -13,6 +13,13 @@ KeyWatch::KeyWatch(std::vector<std::string> patterns, Output output, Bell& bell)
     }
 }
 
+KVSubscription::Callbacks KeyWatch::callbacks() {
+    return {[this](const auto& keys) { keysAdded(keys); },
+            [this](const auto& ids) { keysRemoved(ids); },
+            [this](const auto& changes) { valuesChanged(changes); },
+            [this](const KVError& error) { ended(error); }};
+}
+
 void KeyWatch::keysAdded(const std::vector<KVKeyInfo>& keys) {
     {
         const std::lock_guard lock(fMutex);

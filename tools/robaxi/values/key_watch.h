@@ -22,7 +22,7 @@ namespace robaxi_tool {
  * The rows are output on the library's thread, so that a slow reader makes the robot send less. The
  * command's thread reads everything else.
  */
-class KeyWatch : public KVSubscription::Listener {
+class KeyWatch {
   public:
     /** Outputs the rows of one update; an exception ends the watch. */
     using Output = std::function<void(const std::vector<ChangeRow>& rows)>;
@@ -30,10 +30,13 @@ class KeyWatch : public KVSubscription::Listener {
     /** @param bell rung when any of the results changes */
     KeyWatch(std::vector<std::string> patterns, Output output, Bell& bell);
 
-    void keysAdded(const std::vector<KVKeyInfo>& keys) override;
-    void keysRemoved(const std::vector<std::uint32_t>& ids) override;
-    void valuesChanged(const std::vector<KVChange>& changes) override;
-    void ended(const KVError& error) override;
+    /** Returns the functions below, for a subscription that this object outlives. */
+    KVSubscription::Callbacks callbacks();
+
+    void keysAdded(const std::vector<KVKeyInfo>& keys);
+    void keysRemoved(const std::vector<std::uint32_t>& ids);
+    void valuesChanged(const std::vector<KVChange>& changes);
+    void ended(const KVError& error);
 
     /** Returns the keys to subscribe to if they have changed since the last call. */
     std::optional<std::vector<std::uint32_t>> takeNewSelection();

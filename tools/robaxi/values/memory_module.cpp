@@ -64,8 +64,9 @@ const Values& MemoryModule::xSubscribed() {
     if (!fValues) {
         Bell bell(fInterruption);
         ValueSnapshot snapshot(bell);
-        const auto subscription = KVSubscription::start(
-            fLink.connection(), fName, KVSubscription::Selection::AllKeys, a_rate, &snapshot);
+        const auto subscription =
+            KVSubscription::start(fLink.connection(), fName, KVSubscription::Selection::AllKeys,
+                                  a_rate, snapshot.callbacks());
         fValues = snapshot.wait(Clock::now() + std::chrono::seconds(fLink.timeout()));
     }
     if (!fValues) {

@@ -4,6 +4,13 @@
 
 namespace robaxi_tool {
 
+KVSubscription::Callbacks ValueSnapshot::callbacks() {
+    return {[this](const auto& keys) { keysAdded(keys); },
+            [this](const auto& ids) { keysRemoved(ids); },
+            [this](const auto& changes) { valuesChanged(changes); },
+            [this](const KVError& error) { ended(error); }};
+}
+
 void ValueSnapshot::keysAdded(const std::vector<KVKeyInfo>& keys) {
     {
         const std::lock_guard lock(fMutex);

@@ -17,15 +17,18 @@ namespace robaxi_tool {
 using Values = std::map<std::string, KVValue>;
 
 /** Collects the current values of all keys of a subscription, each once. */
-class ValueSnapshot : public KVSubscription::Listener {
+class ValueSnapshot {
   public:
     /** @param bell rung when the values are complete, or the subscription has ended */
     explicit ValueSnapshot(Bell& bell) : fBell(bell) {}
 
-    void keysAdded(const std::vector<KVKeyInfo>& keys) override;
-    void keysRemoved(const std::vector<std::uint32_t>& ids) override;
-    void valuesChanged(const std::vector<KVChange>& changes) override;
-    void ended(const KVError& error) override;
+    /** Returns the functions below, for a subscription that this object outlives. */
+    KVSubscription::Callbacks callbacks();
+
+    void keysAdded(const std::vector<KVKeyInfo>& keys);
+    void keysRemoved(const std::vector<std::uint32_t>& ids);
+    void valuesChanged(const std::vector<KVChange>& changes);
+    void ended(const KVError& error);
 
     /**
      * Waits until all keys have a value. A robot sends its whole table before the first value.

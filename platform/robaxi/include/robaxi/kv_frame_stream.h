@@ -8,6 +8,7 @@
 #include <boost/shared_ptr.hpp>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -17,15 +18,17 @@ class KVConnection;
  * The live frames of one camera.
  *
  * Frames are never queued: the robot sends the newest frame it has whenever the network accepts
- * one, and a frame that arrives while the listener is still busy replaces the one that waits. A
- * slow listener or network gets fewer frames, not older ones.
+ * one, and a frame that arrives while a callback is still busy replaces the one that waits. A slow
+ * callback or network gets fewer frames, not older ones.
  */
 class ROBAXI_EXPORT KVFrameStream {
   public:
-    /** Called on a thread of the library, one call at a time; must not throw. */
-    class ROBAXI_EXPORT Listener {
-      public:
-        virtual ~Listener();
+    /**
+     * Functions that receive the frames; empty ones are skipped. Called on a thread of the library,
+     * one call at a time; they must not throw. They and what they captured are released when the
+     * stream has been destroyed and none of them is running.
+     */
+    struct Callbacks {
         /**
          * Receives a frame.
          *
@@ -34,10 +37,10 @@ class ROBAXI_EXPORT KVFrameStream {
          *        by this newer one. Frames that the robot did not send show as a gap in
          *        KVFrame::fNumber.
          */
-        virtual void frameReceived(const KVFrame& frame, std::uint64_t passedOver) = 0;
+        std::function<void(const KVFrame& frame, std::uint64_t passedOver)> fFrameReceived;
         /** Reports the end of the stream: refused, removed by the robot, or connection lost. Called
          *  last, at most once, and not after stop(). */
-        virtual void ended(const KVError& error) = 0;
+        std::function<void(const KVError& error)> fEnded;
     };
 
     /**
@@ -47,20 +50,19 @@ class ROBAXI_EXPORT KVFrameStream {
      * @param connection kept alive by the stream
      * @param module name of a module with cameras, for instance "KVVideo"
      * @param stream name of the camera
-     * @param listener must outlive the stream or its stop()
-     * @throws KVError InvalidArgument for no connection, an empty name or no listener. A refusal
-     *         by the robot is reported to Listener::ended().
+     * @throws KVError InvalidArgument for no connection or an empty name. A refusal by the robot
+     *         is reported to Callbacks::fEnded.
      */
     static boost::shared_ptr<KVFrameStream> start(boost::shared_ptr<KVConnection> connection,
                                                   const std::string& module,
-                                                  const std::string& stream, Listener* listener);
+                                                  const std::string& stream, Callbacks callbacks);
 
     /** Stops, as stop() does. */
     ~KVFrameStream();
     KVFrameStream(const KVFrameStream&) = delete;
     KVFrameStream& operator=(const KVFrameStream&) = delete;
 
-    /** Stops watching. Returns when the listener is not being called, unless called from it. */
+    /** Stops watching. Returns when no callback is running, except one from which it is called. */
     void stop();
 
   private:

@@ -24,33 +24,22 @@ class KVConnection;
 class ROBAXI_EXPORT KVSubscription {
   public:
     /**
-     * Receives what the robot sends. Called on a thread of the library, one call at a time, in
-     * this order: keysAdded() with the whole table first (perhaps in several calls), then the
-     * others as they occur; ended() last, at most once. Must not throw.
-     */
-    class ROBAXI_EXPORT Listener {
-      public:
-        virtual ~Listener();
-        /** Identifiers are unique. Names and texts are untrusted. */
-        virtual void keysAdded(const std::vector<KVKeyInfo>& keys) = 0;
-        /** Contains only keys that were added before. */
-        virtual void keysRemoved(const std::vector<std::uint32_t>& ids) = 0;
-        /** Contains only existing keys. */
-        virtual void valuesChanged(const std::vector<KVChange>& changes) = 0;
-        /** Reports the end of the subscription: refused, or connection lost. Not called after
-         *  stop(). */
-        virtual void ended(const KVError& error) = 0;
-    };
-
-    /**
-     * Functions in the place of a Listener; those that are empty are not called. They are released
-     * when the subscription is destroyed.
+     * Functions that receive what the robot sends; empty ones are skipped. Called on a thread of
+     * the library, one call at a time, in this order: fKeysAdded with the whole table first
+     * (perhaps in several calls), then the others as they occur; fEnded last, at most once. They
+     * must not throw. They and what they captured are released when the subscription has been
+     * destroyed and none of them is running.
      */
     struct Callbacks {
-        std::function<void(const std::vector<KVKeyInfo>&)> fKeysAdded;
-        std::function<void(const std::vector<std::uint32_t>&)> fKeysRemoved;
-        std::function<void(const std::vector<KVChange>&)> fValuesChanged;
-        std::function<void(const KVError&)> fEnded;
+        /** Identifiers are unique. Names and texts are untrusted. */
+        std::function<void(const std::vector<KVKeyInfo>& keys)> fKeysAdded;
+        /** Contains only keys that were added before. */
+        std::function<void(const std::vector<std::uint32_t>& ids)> fKeysRemoved;
+        /** Contains only existing keys. */
+        std::function<void(const std::vector<KVChange>& changes)> fValuesChanged;
+        /** Reports the end of the subscription: refused, or connection lost. Not called after
+         *  stop(). */
+        std::function<void(const KVError& error)> fEnded;
     };
 
     /** Keys that are sent. */
@@ -60,20 +49,15 @@ class ROBAXI_EXPORT KVSubscription {
     };
 
     /**
-     * Starts a subscription; does not wait for the robot.
+     * Starts a subscription to all keys or to those given to setKeys(); does not wait for the
+     * robot.
      *
      * @param connection kept alive by the subscription
      * @param module name of a module that has values, for instance "KVMemory"
      * @param rate maximum updates a second, above 0 to 1000
-     * @param listener must outlive the subscription or its stop()
-     * @throws KVError InvalidArgument for no connection, an empty name, a rate out of range or no
-     *         listener. A refusal by the robot is reported to Listener::ended().
+     * @throws KVError InvalidArgument for no connection, an empty name or a rate out of range. A
+     *         refusal by the robot is reported to Callbacks::fEnded.
      */
-    static boost::shared_ptr<KVSubscription> start(boost::shared_ptr<KVConnection> connection,
-                                                   const std::string& module, Selection selection,
-                                                   double rate, Listener* listener);
-
-    /** Starts a subscription to all keys or to those given to setKeys(), as above. */
     static boost::shared_ptr<KVSubscription> start(boost::shared_ptr<KVConnection> connection,
                                                    const std::string& module, Selection selection,
                                                    double rate, Callbacks callbacks);
@@ -101,14 +85,15 @@ class ROBAXI_EXPORT KVSubscription {
      *  @throws KVError InvalidArgument */
     void setRate(double rate);
 
-    /** Stops. Returns when the listener is not being called, unless called from it. */
+    /** Stops. Returns when no callback is running, except one from which it is called. */
     void stop();
 
   private:
     struct Private;
     static boost::shared_ptr<KVSubscription> xStart(boost::shared_ptr<KVConnection> connection,
-                                                    const std::string& module, double rate,
-                                                    std::shared_ptr<Private> implementation);
+                                                    const std::string& module, Selection selection,
+                                                    const std::vector<std::string>& names,
+                                                    double rate, Callbacks callbacks);
     explicit KVSubscription(std::shared_ptr<Private> implementation);
     std::shared_ptr<Private> fPrivate;
 };

@@ -458,17 +458,17 @@ std::shared_ptr<ValueStream> ClientSession::subscribe(const Target& target,
                                                       KVSubscription::Selection selection,
                                                       const std::vector<std::string>& names,
                                                       double rate,
-                                                      KVSubscription::Listener* listener) {
-    auto stream =
-        std::make_shared<SubscriptionClient>(fRuntime, shared_from_this(), target, names, listener);
+                                                      KVSubscription::Callbacks callbacks) {
+    auto stream = std::make_shared<SubscriptionClient>(fRuntime, shared_from_this(), target, names,
+                                                       std::move(callbacks));
     stream->start(names.empty() && selection == KVSubscription::Selection::AllKeys, rate);
     return stream;
 }
 
 std::shared_ptr<Stream> ClientSession::watch(const Target& target, const std::string& camera,
-                                             KVFrameStream::Listener* listener) {
-    auto stream =
-        std::make_shared<FrameClient>(fRuntime, shared_from_this(), target, camera, listener);
+                                             KVFrameStream::Callbacks callbacks) {
+    auto stream = std::make_shared<FrameClient>(fRuntime, shared_from_this(), target, camera,
+                                                std::move(callbacks));
     stream->start();
     return stream;
 }

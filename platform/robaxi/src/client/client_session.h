@@ -52,9 +52,9 @@ class ClientSession : public Link,
     std::shared_ptr<ValueStream> subscribe(const Target& target,
                                            KVSubscription::Selection selection,
                                            const std::vector<std::string>& names, double rate,
-                                           KVSubscription::Listener* listener) override;
+                                           KVSubscription::Callbacks callbacks) override;
     std::shared_ptr<Stream> watch(const Target& target, const std::string& camera,
-                                  KVFrameStream::Listener* listener) override;
+                                  KVFrameStream::Callbacks callbacks) override;
 
     /** @name For streams beside the session */
     ///@{

@@ -20,7 +20,7 @@ namespace robaxi {
 
 /**
  * Base of the client's ends of all streams beside the session: they end with the link, with the
- * stream's status or with stop(), and report the end to the listener on their strand.
+ * stream's status or with stop(), and report the end to the callback on their strand.
  *
  * Interface is Stream or derived from it. A derived class calls stop() in its destructor.
  */
@@ -62,12 +62,12 @@ class ClientStream : public Interface,
     virtual v1::Error::Cause xNotFound() const = 0;
     /** Handles fUpdate, on gRPC's thread; it or its posted task calls xRead() again. */
     virtual void xReceived() = 0;
-    /** Reports the end to the listener; on the strand. */
+    /** Reports the end to the callback; on the strand. */
     virtual void xTellEnd(const KVError& error) = 0;
 
     /** Starts the call, which was prepared with fContext and this; the first request is waiting. */
     void xStart() {
-        this->AddHold();  // the listener's and the users' threads write and read
+        this->AddHold();  // the callbacks' and the users' threads write and read
         {
             const std::lock_guard lock(fMutex);
             fIsStarted = true;

@@ -11,10 +11,10 @@ namespace robaxi {
 
 FrameClient::FrameClient(const std::shared_ptr<Runtime>& runtime,
                          std::shared_ptr<ClientSession> session, Target target, std::string stream,
-                         KVFrameStream::Listener* listener)
+                         KVFrameStream::Callbacks callbacks)
     : ClientStream(runtime, std::move(session), std::move(target)),
       fStream(std::move(stream)),
-      fListener(listener),
+      fCallbacks(std::move(callbacks)),
       fAssembler(runtime->fSettings.fLimits.fFrame) {
 }
 
@@ -86,11 +86,15 @@ void FrameClient::xDeliver() {
             return;
         }
     }
-    fListener->frameReceived(*frame, passedOver);
+    if (fCallbacks.fFrameReceived) {
+        fCallbacks.fFrameReceived(*frame, passedOver);
+    }
 }
 
 void FrameClient::xTellEnd(const KVError& error) {
-    fListener->ended(error);
+    if (fCallbacks.fEnded) {
+        fCallbacks.fEnded(error);
+    }
 }
 
 }  // namespace robaxi

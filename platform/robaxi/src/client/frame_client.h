@@ -16,13 +16,13 @@ namespace robaxi {
 /**
  * The client's end of one watched camera.
  *
- * Frames are read and assembled on gRPC's thread even while the listener is busy; the single slot
+ * Frames are read and assembled on gRPC's thread even while a callback is busy; the single slot
  * for a waiting frame always holds the newest.
  */
 class FrameClient : public ClientStream<Stream, grpc::ByteBuffer, grpc::ByteBuffer> {
   public:
     FrameClient(const std::shared_ptr<Runtime>& runtime, std::shared_ptr<ClientSession> session,
-                Target target, std::string stream, KVFrameStream::Listener* listener);
+                Target target, std::string stream, KVFrameStream::Callbacks callbacks);
     ~FrameClient() override;
 
     void start();
@@ -36,7 +36,7 @@ class FrameClient : public ClientStream<Stream, grpc::ByteBuffer, grpc::ByteBuff
     void xDeliver();
 
     const std::string fStream;
-    KVFrameStream::Listener* const fListener;
+    const KVFrameStream::Callbacks fCallbacks;
     FrameAssembler fAssembler;  // used on gRPC's thread only
 
     // Guarded by fMutex:

@@ -13,11 +13,11 @@ namespace robaxi {
 SubscriptionClient::SubscriptionClient(const std::shared_ptr<Runtime>& runtime,
                                        std::shared_ptr<ClientSession> session, Target target,
                                        const std::vector<std::string>& names,
-                                       KVSubscription::Listener* listener)
+                                       KVSubscription::Callbacks callbacks)
     : ClientStream(runtime, std::move(session), std::move(target)),
       fLimits(runtime->fSettings.fLimits),
       fNames(names.begin(), names.end()),
-      fListener(listener) {
+      fCallbacks(std::move(callbacks)) {
 }
 
 SubscriptionClient::~SubscriptionClient() {
@@ -133,7 +133,9 @@ void SubscriptionClient::xAddKeys(const v1::KeysAdded& message) {
         }
         xSelect({fKnownIds.begin(), fKnownIds.end()});
     }
-    fListener->keysAdded(keys);
+    if (fCallbacks.fKeysAdded) {
+        fCallbacks.fKeysAdded(keys);
+    }
 }
 
 void SubscriptionClient::xRemoveKeys(const v1::KeySelection& message) {
@@ -143,8 +145,8 @@ void SubscriptionClient::xRemoveKeys(const v1::KeySelection& message) {
             ids.push_back(id);
         }
     }
-    if (!ids.empty()) {
-        fListener->keysRemoved(ids);
+    if (!ids.empty() && fCallbacks.fKeysRemoved) {
+        fCallbacks.fKeysRemoved(ids);
     }
 }
 
@@ -154,13 +156,15 @@ void SubscriptionClient::xChangeValues(const v1::Values& message) {
         return fKnownIds.count(change.fId) == 0;
     };
     changes.erase(std::remove_if(changes.begin(), changes.end(), isUnknown), changes.end());
-    if (!changes.empty()) {
-        fListener->valuesChanged(changes);
+    if (!changes.empty() && fCallbacks.fValuesChanged) {
+        fCallbacks.fValuesChanged(changes);
     }
 }
 
 void SubscriptionClient::xTellEnd(const KVError& error) {
-    fListener->ended(error);
+    if (fCallbacks.fEnded) {
+        fCallbacks.fEnded(error);
+    }
 }
 
 }  // namespace robaxi

@@ -17,15 +17,15 @@ namespace robaxi {
 /**
  * The client's end of one subscription.
  *
- * The next update is read only when the listener has processed the last one, so updates do not pile
- * up here, and the robot adapts to the listener's speed.
+ * The next update is read only when the callback has processed the last one, so updates do not pile
+ * up here, and the robot adapts to the callback's speed.
  */
 class SubscriptionClient
     : public ClientStream<ValueStream, v1::SubscriptionRequest, v1::SubscriptionUpdate> {
   public:
     SubscriptionClient(const std::shared_ptr<Runtime>& runtime,
                        std::shared_ptr<ClientSession> session, Target target,
-                       const std::vector<std::string>& names, KVSubscription::Listener* listener);
+                       const std::vector<std::string>& names, KVSubscription::Callbacks callbacks);
     ~SubscriptionClient() override;
 
     void start(bool allKeys, double rate);
@@ -49,7 +49,7 @@ class SubscriptionClient
 
     const KVSettings::Limits fLimits;
     const std::unordered_set<std::string> fNames;  // selects keys, unless it is empty
-    KVSubscription::Listener* const fListener;
+    const KVSubscription::Callbacks fCallbacks;
     std::unordered_set<std::uint32_t> fKnownIds;  // used on the strand only
     /** The newest request of each kind; guarded by fMutex. */
     std::optional<v1::SubscriptionRequest> fNextRequest;
