@@ -8,6 +8,8 @@
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace robot {
 
@@ -20,13 +22,22 @@ constexpr double a_mostBytes = 200e6;
 /** A key with so few messages is always read completely. */
 constexpr std::uint64_t a_fewMessages = 5000;
 
-struct Point {
-    std::int64_t fTime;
-    double fNumber;
-};
+double numberOf(const KVValue& value) {
+    switch (value.type()) {
+        case KVValue::Type::Bool:
+            return value.toBool() ? 1 : 0;
+        case KVValue::Type::Int:
+        case KVValue::Type::Float:
+            return value.toFloat();
+        default:
+            return std::numeric_limits<double>::quiet_NaN();
+    }
+}
+
+}  // namespace
 
 /** The points of a part that are kept: the first and the last one, the lowest and the highest. */
-class Part {
+class KeyHistory::Part {
   public:
     void add(const Point& point) {
         if (!fFirst) {
@@ -65,20 +76,8 @@ class Part {
     std::optional<Point> fLast;
 };
 
-double numberOf(const KVValue& value) {
-    switch (value.type()) {
-        case KVValue::Type::Bool:
-            return value.toBool() ? 1 : 0;
-        case KVValue::Type::Int:
-        case KVValue::Type::Float:
-            return value.toFloat();
-        default:
-            return std::numeric_limits<double>::quiet_NaN();
-    }
-}
-
 /** The points of a span: all of them if they are few, otherwise those of its parts. */
-class ThinnedPoints {
+class KeyHistory::ThinnedPoints {
   public:
     explicit ThinnedPoints(std::int64_t most) : fMost(static_cast<std::size_t>(most)) {}
 
@@ -89,7 +88,8 @@ class ThinnedPoints {
         }
     }
     void endPart() { fPart.moveTo(fThinned); }
-    const std::vector<Point>& points() const { return fAll.size() <= fMost ? fAll : fThinned; }
+    bool isThinned() const { return fAll.size() > fMost; }
+    const std::vector<Point>& points() const { return isThinned() ? fThinned : fAll; }
 
   private:
     const std::size_t fMost;
@@ -98,21 +98,30 @@ class ThinnedPoints {
     std::vector<Point> fThinned;
 };
 
-KVValue::Map answer(const std::vector<Point>& points, bool isComplete) {
-    KVValue::List times;
-    KVValue::List values;
-    times.reserve(points.size());
-    values.reserve(points.size());
-    for (const Point& point : points) {
-        times.emplace_back(point.fTime);
-        values.emplace_back(point.fNumber);
-    }
-    return {{"times", times}, {"values", values}, {"complete", isComplete}};
+KeyHistory::KeyHistory(const std::string& path, const Stage& stage) : fReader(path), fStage(stage) {
 }
 
-}  // namespace
-
-KeyHistory::KeyHistory(const std::string& path, const Stage& stage) : fReader(path), fStage(stage) {
+KVValue::Map KeyHistory::get(const std::string& key, std::uint64_t from, std::uint64_t to,
+                             std::int64_t points) {
+    KVRange{2, a_mostPoints}.check("The number of points", points);
+    std::set<std::uint16_t> channels = fStage.keyChannels(key);
+    channels.insert(fStage.groups().begin(), fStage.groups().end());
+    if (channels.empty()) {
+        throw KVError(KVError::Cause::InvalidArgument, "There is no key named " + key + '.');
+    }
+    const std::lock_guard lock(fMutex);
+    const Parts parts = xDivide(channels, from, to, points);
+    ThinnedPoints kept(points);
+    try {
+        if (const std::optional<Point> first = xPointAt(parts.fFrom, key)) {
+            kept.add(*first);
+            kept.endPart();
+        }
+        xReadParts(parts, to, key, channels, kept);
+    } catch (const recording::RecordingError& error) {
+        throw KVError(KVError::Cause::RaisedByModule, std::string(error.what()) + '.');
+    }
+    return xAnswer(kept, parts.isComplete());
 }
 
 KeyHistory::Parts KeyHistory::xDivide(const std::set<std::uint16_t>& channels, std::uint64_t from,
@@ -123,9 +132,7 @@ KeyHistory::Parts KeyHistory::xDivide(const std::set<std::uint16_t>& channels, s
     const std::uint64_t last = std::clamp(to, first, statistics.fEnd);
     const auto count = static_cast<std::size_t>(std::max<std::int64_t>(1, points / pointsOfPart));
     const std::uint64_t width = (last - first) / count + 1;
-    const double share = static_cast<double>(last - first) /
-                         static_cast<double>(statistics.fEnd - statistics.fStart + 1);
-    const double bytes = share * static_cast<double>(fReader.fileSize());
+    const double bytes = xBytesBetween(first, last);
     std::uint64_t messages = 0;
     for (const std::uint16_t channel : channels) {
         const auto counted = statistics.fMessagesByChannel.find(channel);
@@ -138,57 +145,102 @@ KeyHistory::Parts KeyHistory::xDivide(const std::set<std::uint16_t>& channels, s
     return {first, width, std::max<std::uint64_t>(1, static_cast<std::uint64_t>(part)), count};
 }
 
-KVValue::Map KeyHistory::get(const std::string& key, std::uint64_t from, std::uint64_t to,
-                             std::int64_t points) {
-    KVRange{2, a_mostPoints}.check("The number of points", points);
-    const std::set<std::uint16_t> channels = fStage.keyChannels(key);
-    if (channels.empty()) {
-        throw KVError(KVError::Cause::InvalidArgument,
-                      "There is no key named " + key + " with a history.");
-    }
-    const std::lock_guard lock(fMutex);
-    const Parts parts = xDivide(channels, from, to, points);
-    ThinnedPoints kept(points);
+/** An estimate: the file's bytes are spread evenly over its time. */
+double KeyHistory::xBytesBetween(std::uint64_t from, std::uint64_t to) const {
+    const recording::Statistics& statistics = fReader.statistics();
+    const double share = static_cast<double>(to - from) /
+                         (static_cast<double>(statistics.fEnd - statistics.fStart) + 1);
+    return share * static_cast<double>(fReader.fileSize());
+}
+
+std::optional<KeyHistory::Point> KeyHistory::xPointOf(const Message& message,
+                                                      const std::string& key) const {
+    const std::uint64_t time = message.fPublishTime != 0 ? message.fPublishTime : message.fLogTime;
+    std::optional<Point> point;
+    fStage.read(message, [&](const std::string& name, const KVValue& value) {
+        if (name == key) {
+            point = Point{static_cast<std::int64_t>(time / base::a_nanosecondsPerMicrosecond),
+                          numberOf(value)};
+        }
+    });
+    return point;
+}
+
+/** Returns the number that was current at a time; nothing if there was none. */
+std::optional<KeyHistory::Point> KeyHistory::xPointAt(std::uint64_t time, const std::string& key) {
+    std::optional<Point> newest;
+    std::uint64_t newestTime = 0;
     const auto take = [&](const Message& message) {
-        const std::uint64_t time =
-            message.fPublishTime != 0 ? message.fPublishTime : message.fLogTime;
-        fStage.read(message, [&](const std::string& name, const KVValue& value) {
-            if (name == key) {
-                kept.add({static_cast<std::int64_t>(time / base::a_nanosecondsPerMicrosecond),
-                          numberOf(value)});
+        if (message.fLogTime >= newestTime) {
+            if (const std::optional<Point> point = xPointOf(message, key)) {
+                newest = point;
+                newestTime = message.fLogTime;
             }
-        });
+        }
     };
-    try {
-        // The value with which the span begins.
-        fReader.newestAt(parts.fFrom, channels, take);
-        kept.endPart();
-        if (parts.isComplete()) {
-            recording::Messages messages =
-                fReader.messages({parts.fFrom + 1, to, channels, recording::Order::LogTime});
-            std::uint64_t end = parts.fFrom + parts.fWidth;
-            while (const std::optional<Message> message = messages.next()) {
-                if (message->fLogTime >= end) {
-                    kept.endPart();
-                    end += (message->fLogTime - end) / parts.fWidth * parts.fWidth + parts.fWidth;
-                }
-                take(*message);
-            }
-            kept.endPart();
-        }
-        for (std::size_t i = 0; !parts.isComplete() && i < parts.fCount; ++i) {
-            const std::uint64_t start = parts.fFrom + 1 + i * parts.fWidth;
-            recording::Messages messages = fReader.messages(
-                {start, std::min(to, start + parts.fRead), channels, recording::Order::LogTime});
-            while (const std::optional<Message> message = messages.next()) {
-                take(*message);
-            }
-            kept.endPart();
-        }
-    } catch (const recording::RecordingError& error) {
-        throw KVError(KVError::Cause::RaisedByModule, std::string(error.what()) + '.');
+    fReader.newestAt(time, fStage.keyChannels(key), take);
+    if (fStage.groups().empty()) {
+        return newest;
     }
-    return answer(kept.points(), parts.isComplete());
+    // The index has no keys of groups: a limited part of the file before the time is read.
+    const std::uint64_t start = fReader.statistics().fStart;
+    const double bytes = std::max(1.0, xBytesBetween(std::min(start, time), time));
+    const double before = static_cast<double>(time - std::min(start, time));
+    const auto read = static_cast<std::uint64_t>(before * std::min(1.0, a_mostBytes / bytes));
+    recording::Messages messages = fReader.messages(
+        {std::max(time - read, newestTime), time, fStage.groups(), recording::Order::LogTime});
+    while (const std::optional<Message> message = messages.next()) {
+        take(*message);
+    }
+    return newest;
+}
+
+/** Reads the parts behind their first moment. */
+void KeyHistory::xReadParts(const Parts& parts, std::uint64_t to, const std::string& key,
+                            const std::set<std::uint16_t>& channels, ThinnedPoints& kept) {
+    const auto take = [&](const Message& message) {
+        if (const std::optional<Point> point = xPointOf(message, key)) {
+            kept.add(*point);
+        }
+    };
+    if (parts.isComplete()) {
+        recording::Messages messages =
+            fReader.messages({parts.fFrom + 1, to, channels, recording::Order::LogTime});
+        std::uint64_t end = parts.fFrom + parts.fWidth;
+        while (const std::optional<Message> message = messages.next()) {
+            if (message->fLogTime >= end) {
+                kept.endPart();
+                end += (message->fLogTime - end) / parts.fWidth * parts.fWidth + parts.fWidth;
+            }
+            take(*message);
+        }
+        kept.endPart();
+        return;
+    }
+    for (std::size_t i = 0; i < parts.fCount; ++i) {
+        const std::uint64_t start = parts.fFrom + 1 + i * parts.fWidth;
+        recording::Messages messages = fReader.messages(
+            {start, std::min(to, start + parts.fRead), channels, recording::Order::LogTime});
+        while (const std::optional<Message> message = messages.next()) {
+            take(*message);
+        }
+        kept.endPart();
+    }
+}
+
+KVValue::Map KeyHistory::xAnswer(const ThinnedPoints& kept, bool isComplete) {
+    KVValue::List times;
+    KVValue::List values;
+    times.reserve(kept.points().size());
+    values.reserve(kept.points().size());
+    for (const Point& point : kept.points()) {
+        times.emplace_back(point.fTime);
+        values.emplace_back(point.fNumber);
+    }
+    return {{"times", times},
+            {"values", values},
+            {"thinned", kept.isThinned() || !isComplete},
+            {"complete", isComplete}};
 }
 
 }  // namespace robot

@@ -5,7 +5,9 @@
 
 #include <cstdint>
 #include <mutex>
+#include <optional>
 #include <recording/reader.h>
+#include <set>
 #include <string>
 
 namespace robot {
@@ -24,7 +26,8 @@ class KeyHistory {
 
     /**
      * Returns a map: "times" (list of int, microseconds by the robot's clock), "values" (list of
-     * float; NaN for what is no number) and "complete" (bool).
+     * float; NaN for what is no number), "thinned" (bool; true if numbers were left out) and
+     * "complete" (bool).
      *
      * The work is limited: in a long span of a large file only a section of each part is read, and
      * "complete" is false.
@@ -45,8 +48,22 @@ class KeyHistory {
         bool isComplete() const { return fRead == fWidth; }
     };
 
+    /** A number that was current at some time. */
+    struct Point {
+        std::int64_t fTime;  ///< of the robot, microseconds
+        double fNumber;
+    };
+    class Part;
+    class ThinnedPoints;
+
     Parts xDivide(const std::set<std::uint16_t>& channels, std::uint64_t from, std::uint64_t to,
                   std::int64_t points) const;
+    double xBytesBetween(std::uint64_t from, std::uint64_t to) const;
+    std::optional<Point> xPointOf(const recording::Message& message, const std::string& key) const;
+    std::optional<Point> xPointAt(std::uint64_t time, const std::string& key);
+    void xReadParts(const Parts& parts, std::uint64_t to, const std::string& key,
+                    const std::set<std::uint16_t>& channels, ThinnedPoints& kept);
+    static KVValue::Map xAnswer(const ThinnedPoints& kept, bool isComplete);
 
     std::mutex fMutex;
     recording::Reader fReader;

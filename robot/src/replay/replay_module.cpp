@@ -36,11 +36,12 @@ std::uint32_t addKey(KVValueTable& table, const char* name, const char* unit,
     return table.addKey(info, value);
 }
 
-KVValue stateMap(const Player& player) {
+KVValue stateMap(const Player& player, const ReplayValues& values) {
     const PlayerState state = player.state();
     return KVValue::Map{{"position", microseconds(state.fPosition)},
                         {"start", microseconds(player.start())},
                         {"end", microseconds(player.end())},
+                        {"clockOffset", values.clockOffset()},
                         {"playing", state.fIsPlaying},
                         {"speed", state.fSpeed},
                         {"loop", state.fLoop},
@@ -58,11 +59,15 @@ ReplayValues::ReplayValues()
       fLoop(addKey(*fTable, "Loop", "", "True if it begins again at the end", false)),
       fStart(addKey(*fTable, "Start", "µs", "Beginning of the recording", 0)),
       fEnd(addKey(*fTable, "End", "µs", "End of the recording", 0)),
+      fClockOffset(
+          addKey(*fTable, "ClockOffset", "µs", "The recorder's clock minus the robot's", 0)),
       fFault(addKey(*fTable, "Fault", "", "Damage of the file at which it has stopped", "")) {
 }
 
-void ReplayValues::setSpan(std::uint64_t start, std::uint64_t end) {
-    fTable->setValues({{fStart, microseconds(start)}, {fEnd, microseconds(end)}});
+void ReplayValues::setTimes(std::uint64_t start, std::uint64_t end, std::int64_t clockOffset) {
+    fTable->setValues({{fStart, microseconds(start)},
+                       {fEnd, microseconds(end)},
+                       {fClockOffset, clockOffset / base::a_nanosecondsPerMicrosecond}});
 }
 
 void ReplayValues::set(const PlayerState& state) {
@@ -78,7 +83,7 @@ boost::shared_ptr<KVModule> makeReplayModule(Player& player, KeyHistory& history
     auto module = boost::make_shared<KVModule>("KVReplay", "The replay of a recording.");
     module->setValues(values.table());
     module->bindMethod(
-        "getState", [&player] { return stateMap(player).toMap(); },
+        "getState", [&player, &values] { return stateMap(player, values).toMap(); },
         "Returns position, start, end, playing, speed, loop and fault.");
     module->bindMethod(
         "play", [&player] { player.play(); }, "Plays; at the end from the start.");

@@ -16,8 +16,10 @@ class ReplayValues {
     ReplayValues();
 
     const boost::shared_ptr<KVValueTable>& table() const { return fTable; }
-    void setSpan(std::uint64_t start, std::uint64_t end);
+    /** @param clockOffset the recorder's clock minus the robot's, nanoseconds */
+    void setTimes(std::uint64_t start, std::uint64_t end, std::int64_t clockOffset);
     void set(const PlayerState& state);
+    KVValue clockOffset() const { return fTable->getValue("ClockOffset").fValue; }
 
   private:
     const boost::shared_ptr<KVValueTable> fTable;
@@ -27,6 +29,7 @@ class ReplayValues {
     std::uint32_t fLoop;
     std::uint32_t fStart;
     std::uint32_t fEnd;
+    std::uint32_t fClockOffset;
     std::uint32_t fFault;
 };
 

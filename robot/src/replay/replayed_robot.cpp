@@ -1,5 +1,6 @@
 #include "replay/replayed_robot.h"
 
+#include "replay/clock_offset.h"
 #include "web/web_page.h"
 
 #include <base/safe_text.h>
@@ -73,9 +74,10 @@ ReplayedRobot::ReplayedRobot(const Options& options, const Output& output)
       fName(options.fName.empty() ? nameOf(fRobot, options.fReplay.fFile) : options.fName),
       fStage(fReader, fRobot, output.fComplain),
       fHistory(options.fReplay.fFile, fStage),
+      fClockOffset(clockOffset(fReader, fStage.valueChannels())),
       fPlayer(fReader, fStage, options.fReplay.fPlayer,
               [this](const PlayerState& state) { fValues.set(state); }) {
-    fValues.setSpan(fPlayer.start(), fPlayer.end());
+    fValues.setTimes(fPlayer.start(), fPlayer.end(), fClockOffset);
     std::vector<boost::shared_ptr<KVModule>> modules{fStage.memory()};
     if (fStage.video()) {
         modules.push_back(fStage.video());

@@ -45,6 +45,7 @@ class ReplayedRobot {
     const std::string fName;
     Stage fStage;
     KeyHistory fHistory;
+    const std::int64_t fClockOffset;
     ReplayValues fValues;
     Player fPlayer;
     std::unique_ptr<WebServer> fWebServer;

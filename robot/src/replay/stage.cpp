@@ -98,6 +98,9 @@ Stage::Stage(Reader& reader, const recorded_robot::RecordedRobot& robot,
         }
         const bool isHistory = content == Content::Group || content == Content::Events;
         (isHistory ? fHistories : fChannels).insert(id);
+        if (content == Content::Group) {
+            fGroups.insert(id);
+        }
         fChannelsById.emplace(id, std::move(channel));
     }
     xAddKeys(reader);
@@ -227,6 +230,12 @@ void Stage::xShowFrame(const std::string& camera, const KVFrame& frame) {
 }
 
 // Values
+
+std::set<std::uint16_t> Stage::valueChannels() const {
+    std::set<std::uint16_t> channels = fChannels;
+    channels.insert(fGroups.begin(), fGroups.end());
+    return channels;
+}
 
 std::set<std::uint16_t> Stage::keyChannels(const std::string& key) const {
     std::set<std::uint16_t> channels;

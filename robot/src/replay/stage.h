@@ -48,11 +48,16 @@ class Stage {
     const std::set<std::uint16_t>& channels() const { return fChannels; }
     /** Channels whose messages are all needed: those of events, and of several keys. */
     const std::set<std::uint16_t>& histories() const { return fHistories; }
+    /** Channels of values and pictures: all but those of events. */
+    std::set<std::uint16_t> valueChannels() const;
+    /** Channels whose messages have several keys that have no channel of their own. */
+    const std::set<std::uint16_t>& groups() const { return fGroups; }
     /** Returns the channels of a camera; empty for an unknown one. */
     std::set<std::uint16_t> cameraChannels(const std::string& camera) const;
-    /** Returns the channels that have values of a key; empty for an unknown one. */
+    /** Returns the channels that have values of a key only; empty for an unknown one. Groups may
+     *  have further values of it. */
     std::set<std::uint16_t> keyChannels(const std::string& key) const;
-    /** Calls a function with the values of a message, which are those of keyChannels(). */
+    /** Calls a function with the values of a message of keyChannels() or groups(). */
     void read(const recording::Message& message, const recorded_robot::TakeValue& take) const;
 
     /** Shows a message; values wait for flush(), so that all of one moment change at once. */
@@ -102,6 +107,7 @@ class Stage {
     std::map<std::uint16_t, Channel> fChannelsById;
     std::set<std::uint16_t> fChannels;
     std::set<std::uint16_t> fHistories;
+    std::set<std::uint16_t> fGroups;
     std::int64_t fStart = 0;
     /** Metadata of keys that have their own channel. */
     std::unordered_map<std::string, KVKeyInfo> fInfos;

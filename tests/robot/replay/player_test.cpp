@@ -2,6 +2,7 @@
 #include "replay/player.h"
 
 #include "recorded_walk.h"
+#include "replay/clock_offset.h"
 #include "replay/key_history.h"
 
 #include <robaxi/kv_error.h>
@@ -30,6 +31,7 @@ using robot::PlayerState;
 using robot::Stage;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::IsEmpty;
 
 constexpr std::uint64_t a_end = 6000 * a_millisecond;
 constexpr std::chrono::seconds a_patience(60);
@@ -280,10 +282,12 @@ TEST(History, HasEveryNumberOfAFewAndTheExtremesOfMany) {
     EXPECT_THAT(numbersOf(few), ElementsAre(6000, 6001, 6002, 6003, 6004));
     EXPECT_EQ(KVValue(robotTime(6000 * a_millisecond)), few.at("times").toList().at(0));
     EXPECT_TRUE(few.at("complete").toBool());
+    EXPECT_FALSE(few.at("thinned").toBool());
 
     const KVValue::Map wave = history.get("Wave", a_start, a_start + a_end * 2, 100);
     const std::vector<double> numbers = numbersOf(wave);
     EXPECT_LE(numbers.size(), 105U);
+    EXPECT_TRUE(wave.at("thinned").toBool());
     EXPECT_EQ(50, *std::max_element(numbers.begin(), numbers.end()));
     EXPECT_LT(*std::min_element(numbers.begin(), numbers.end()), -0.99);
     const KVValue::List& times = wave.at("times").toList();
@@ -300,6 +304,68 @@ TEST(History, HasEveryNumberOfAFewAndTheExtremesOfMany) {
     EXPECT_THROW(history.get("Few", a_start, a_start + a_end, 1'000'000), KVError);
     EXPECT_THAT(numbersOf(history.get("Few", a_start + a_end * 2, a_start, 100)),
                 ElementsAre(6004));
+}
+
+TEST(History, HasTheNumbersOfGroupedKeys) {
+    RecordedWalk walk("grouped.mcap");
+    for (std::uint64_t i = 0; i < 3000; ++i) {
+        walk.set(i * a_millisecond, "Group/Wave",
+                 i == 1234 ? 50 : std::sin(static_cast<double>(i)));
+        walk.set(i * a_millisecond, "Own", 0.5);
+    }
+    walk.set(3000 * a_millisecond, "Group/Rare", 1);
+    walk.set(3001 * a_millisecond, "Group/Rare", 2);
+    walk.set(3002 * a_millisecond, "Group/Wave", true);
+    walk.finish();
+    Replay replay(walk.path());
+    KeyHistory history(walk.path(), replay.stage());
+    const std::vector<double> wave =
+        numbersOf(history.get("Group/Wave", a_start, a_start + a_end, 100));
+    EXPECT_LE(wave.size(), 105U);
+    EXPECT_EQ(50, *std::max_element(wave.begin(), wave.end()));
+    EXPECT_EQ(1, wave.back());
+    // A span begins with the value that held then, however long ago it came.
+    const KVValue::Map rest =
+        history.get("Group/Rare", a_start + 3002 * a_millisecond, a_start + a_end, 100);
+    EXPECT_THAT(numbersOf(rest), ElementsAre(2));
+    EXPECT_EQ(KVValue(robotTime(3001 * a_millisecond)), rest.at("times").toList().at(0));
+    EXPECT_THAT(numbersOf(history.get("Own", a_start + a_end, a_start + a_end, 100)),
+                ElementsAre(0.5));
+    // A key that never came cannot be told from one of another part of the group.
+    EXPECT_THAT(numbersOf(history.get("Group/None", a_start, a_start + a_end, 100)), IsEmpty());
+}
+
+TEST(ClockOffset, IsTheShortestDelayOfAChange) {
+    const std::string path = pathOf("clocks.mcap");
+    recording::WriterOptions options;
+    options.fOverwrites = true;
+    recording::Writer writer(path, options);
+    const std::uint16_t schema = writer.addSchema("robaxi.Float", "jsonschema", "{}");
+    const std::uint16_t fast = writer.addChannel(schema, "/walker/memory/Fast", "json", {});
+    const std::uint16_t constant = writer.addChannel(schema, "/walker/memory/Constant", "json", {});
+    const std::uint16_t wrong = writer.addChannel(schema, "/walker/memory/Wrong", "json", {});
+    const std::uint64_t offset = 90'000 * a_millisecond;
+    const auto write = [&](std::uint16_t channel, std::uint64_t log, std::uint64_t publish) {
+        writer.write({channel, 0, log, publish, R"({"value":1})"});
+    };
+    // The first values are of long ago.
+    write(constant, a_start, a_start - 7'200'000 * a_millisecond);
+    write(wrong, a_start, 1);
+    write(fast, a_start, a_start - 3'600'000 * a_millisecond);
+    for (std::uint64_t i = 1; i < 100; ++i) {
+        const std::uint64_t delay = 5 * a_millisecond + i % 7 * a_millisecond;
+        const std::uint64_t log = a_start + i * 10 * a_millisecond;
+        write(fast, log, log - offset - delay);
+        // Times that make no sense.
+        write(wrong, log, log + 400'000'000 * a_millisecond);
+    }
+    writer.finish();
+    recording::Reader reader(path);
+    const auto expected = static_cast<std::int64_t>(offset + 5 * a_millisecond);
+    EXPECT_EQ(expected, robot::clockOffset(reader, {fast, constant, wrong}));
+    EXPECT_EQ(expected, robot::clockOffset(reader, {fast}));
+    // Nothing has changed, which does not tell.
+    EXPECT_EQ(0, robot::clockOffset(reader, {constant}));
 }
 
 }  // namespace
