@@ -110,6 +110,14 @@ void CameraSession::requestPicture() {
     fLink->worker().request();
 }
 
+void CameraSession::setReplay(const obvista::ReplayState& replay) {
+    if (replay.fIsPlaying != fReplay.fIsPlaying || replay.fSpeed != fReplay.fSpeed) {
+        fReplayResumed = Clock::now();
+    }
+    fReplay = replay;
+    Q_EMIT situationChanged();
+}
+
 void CameraSession::takeNews() {
     xTakeAnswers(fLink->client().take());
     xTakePicture();
@@ -156,7 +164,11 @@ Situation CameraSession::situation() const {
     situation.fRate = chosen->fSettings.fRate;
     situation.fWatched = now - state.fStarted;
     if (state.fArrived) {
-        situation.fSinceFrame = now - *state.fArrived;
+        situation.fSinceFrame = now - std::max(*state.fArrived, fReplayResumed);
+    }
+    if (fReplay.isReplay()) {
+        situation.fIsReplayPaused = !fReplay.fIsPlaying;
+        situation.fReplaySpeed = fReplay.fSpeed;
     }
     situation.fFault = state.fFault != picture::FrameFault::None ? state.fFault : fDecodingFault;
     situation.fEnd = state.fEnd || state.fArrived ? state.fEnd : fEndBefore;

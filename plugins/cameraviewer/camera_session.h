@@ -8,6 +8,7 @@
 #include "video_client.h"
 
 #include <obvista/viewer/link_state.h>
+#include <obvista/viewer/replay_state.h>
 #include <picture/camera_info.h>
 
 #include <QObject>
@@ -60,6 +61,8 @@ class CameraSession : public QObject {
     /** Requests the next picture, when there is room for it. */
     void requestPicture();
 
+    /** Takes the state of a robot that is a replay. */
+    void setReplay(const obvista::ReplayState& replay);
     /** Takes what has arrived from the robot. */
     void takeNews();
     /** The link has ended. */
@@ -110,6 +113,8 @@ class CameraSession : public QObject {
     std::optional<KVError> fEndBefore;  // of the previous stream
     picture::FrameFault fDecodingFault = picture::FrameFault::None;
     FeedState::Clock::time_point fAsked;
+    obvista::ReplayState fReplay;
+    FeedState::Clock::time_point fReplayResumed;  // since when frames are expected
     bool fIsSeen = false;
     bool fIsPaused = false;
     bool fIsRecording = false;

@@ -140,6 +140,13 @@ void CameraViewerWidget::xConnect() {
     connect(fSession, &CameraSession::pictureReady, this, &CameraViewerWidget::xOnPicture);
     connect(fSession, &CameraSession::situationChanged, this, &CameraViewerWidget::xUpdateReason);
     connect(this, &ViewerWidget::newsArrived, fSession, &CameraSession::takeNews);
+    connect(this, &ViewerWidget::replayChanged, this, [this] {
+        fSession->setReplay(replayState());
+        if (const QString text = obvista::replayText(replayState()); text != fFigures.fReplay) {
+            fFigures.fReplay = text;
+            xUpdateStatus();
+        }
+    });
     connect(this, &ViewerWidget::seenChanged, fSession, &CameraSession::setSeen);
     connect(this, &ViewerWidget::linkEnded, this, [this] {
         xRememberView();  // for a viewer that is opened next
@@ -324,6 +331,16 @@ void CameraViewerWidget::xUpdateReadout() {
 void CameraViewerWidget::xUpdateFigures() {
     fMeasured = FigureMeter::Clock::now();
     fFigures = fMeter.measure(fLink->feed().counts(), fMeasured);
+    if (const obvista::ReplayState& replay = replayState(); replay.isReplay()) {
+        fFigures.fReplay = obvista::replayText(replay);
+        fFigures.fAge.reset();
+        if (fView->hasPicture()) {
+            const std::int64_t age =
+                replay.robotTime(replay.fPosition) - fView->picture().fFrame.fTime;
+            // A frame can arrive before the position.
+            fFigures.fAge = std::max(0.0, static_cast<double>(age));
+        }
+    }
     xUpdateStatus();
 }
 

@@ -34,6 +34,10 @@ QString number(double value, int digits) {
     return QString::number(value, 'f', digits);
 }
 
+QString ageOf(const Figures& figures) {
+    return figures.fReplay.isEmpty() ? liveAgeText(*figures.fAge) : ageText(*figures.fAge);
+}
+
 QString faultLines(const Figures& figures) {
     QString lines;
     for (const auto& [fault, count] : figures.fFaults) {
@@ -78,12 +82,16 @@ void FigureMeter::restart(const FeedCounts& counts, Clock::time_point now) {
 }
 
 QString ageText(double microseconds) {
+    return microseconds < a_second ? Texts::tr("%1 ms").arg(number(microseconds / a_millisecond, 0))
+                                   : Texts::tr("%1 s").arg(number(microseconds / a_second, 1));
+}
+
+QString liveAgeText(double microseconds) {
     if (microseconds < 0 || microseconds > a_oldest) {
         return microseconds < 0 ? Texts::tr("unknown (the robot's clock is ahead)")
                                 : Texts::tr("unknown (the robot's clock is behind)");
     }
-    return microseconds < a_second ? Texts::tr("%1 ms").arg(number(microseconds / a_millisecond, 0))
-                                   : Texts::tr("%1 s").arg(number(microseconds / a_second, 1));
+    return ageText(microseconds);
 }
 
 QString sizeText(std::int64_t bytes) {
@@ -101,8 +109,11 @@ QString figuresLine(const Figures& figures) {
     QStringList parts{Texts::tr("%1 received").arg(number(figures.fReceived, 1)),
                       Texts::tr("%1 shown").arg(number(figures.fShown, 1)),
                       Texts::tr("%1 dropped a second").arg(number(figures.fDropped, 1))};
+    if (!figures.fReplay.isEmpty()) {
+        parts.prepend(figures.fReplay);
+    }
     if (figures.fAge) {
-        parts += Texts::tr("age %1").arg(ageText(*figures.fAge));
+        parts += Texts::tr("age %1").arg(ageOf(figures));
     }
     parts += byteRateText(figures.fBytes);
     std::uint64_t faulty = 0;
@@ -119,8 +130,11 @@ QString figuresLine(const Figures& figures) {
 }
 
 QString figuresReport(const Figures& figures) {
-    const QString age = figures.fAge ? ageText(*figures.fAge) : Texts::tr("no picture");
-    return Texts::tr("Received: %1 frames a second").arg(number(figures.fReceived, 2)) +
+    const QString age = figures.fAge ? ageOf(figures) : Texts::tr("no picture");
+    const QString replay = figures.fReplay.isEmpty()
+                               ? QString()
+                               : Texts::tr("State: %1").arg(figures.fReplay) + QLatin1Char('\n');
+    return replay + Texts::tr("Received: %1 frames a second").arg(number(figures.fReceived, 2)) +
            QLatin1Char('\n') +
            Texts::tr("Shown: %1 frames a second").arg(number(figures.fShown, 2)) +
            QLatin1Char('\n') +

@@ -23,6 +23,9 @@ struct Figures {
      * shown.
      */
     std::optional<double> fAge;
+    /** State of a replay, such as "replay at 2×"; empty for other robots. The age is then that of
+     *  the shown frame at the replay's position. */
+    QString fReplay;
     std::map<picture::FrameFault, std::uint64_t> fFaults;  ///< frames since the viewer was opened
 };
 
@@ -51,11 +54,10 @@ class FigureMeter {
     double fAges = 0;
 };
 
-/**
- * Returns an age for the user: "12 ms", "3.4 s". For a negative one, or one of minutes, the text
- * says that the clocks differ.
- */
+/** Returns an age for the user: "12 ms", "3.4 s". */
 QString ageText(double microseconds);
+/** Returns the same, but for a negative one, or one of minutes, that the clocks differ. */
+QString liveAgeText(double microseconds);
 /** Returns for instance "3.4 MB". */
 QString sizeText(std::int64_t bytes);
 /** Returns for instance "27.6 MB/s". */

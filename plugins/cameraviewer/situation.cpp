@@ -62,9 +62,10 @@ QString reasonOfFrames(const Situation& situation) {
                    : Texts::tr("Camera \"%1\" has not sent a picture in %2 s.")
                          .arg(situation.fCamera, whole(situation.fWatched));
     }
-    if (*situation.fSinceFrame >= patienceFor(situation.fRate)) {
+    if (!situation.fIsReplayPaused &&
+        *situation.fSinceFrame >= patienceFor(situation.fRate * situation.fReplaySpeed)) {
         return Texts::tr("Camera \"%1\" stopped sending %2 s ago.")
-            .arg(situation.fCamera, whole(*situation.fSinceFrame));
+            .arg(situation.fCamera, whole(*situation.fSinceFrame * situation.fReplaySpeed));
     }
     return faultSentence(situation.fFault);
 }

@@ -21,6 +21,8 @@ struct Situation {
     int fCameraCount = 0;             ///< in the newest list
     std::optional<KVError> fFailure;  ///< error of the newest request for the list
     bool fIsPaused = false;
+    bool fIsReplayPaused = false;        ///< the robot is a replay, which sends nothing now
+    double fReplaySpeed = 1;             ///< recorded seconds in a second
     QString fCamera;                     ///< display name of the watched camera; empty for none
     double fRate = 0;                    ///< its frames a second; 0 if unknown
     Seconds fWatched{0};                 ///< time since watching began

@@ -9,6 +9,7 @@ using cameraviewer::byteRateText;
 using cameraviewer::FeedCounts;
 using cameraviewer::FigureMeter;
 using cameraviewer::Figures;
+using cameraviewer::liveAgeText;
 using picture::FrameFault;
 
 namespace {
@@ -63,8 +64,8 @@ TEST(Figures, AreReadable) {
 }
 
 TEST(Figures, SayThatTheClocksDiffer) {
-    EXPECT_EQ(ageText(-5000).toStdString(), "unknown (the robot's clock is ahead)");
-    EXPECT_EQ(ageText(3600e6).toStdString(), "unknown (the robot's clock is behind)");
+    EXPECT_EQ(liveAgeText(-5000).toStdString(), "unknown (the robot's clock is ahead)");
+    EXPECT_EQ(liveAgeText(3600e6).toStdString(), "unknown (the robot's clock is behind)");
 }
 
 TEST(Figures, AreALineAndAReport) {
@@ -87,6 +88,16 @@ TEST(Figures, AreALineAndAReport) {
               "Not shown: 3 frames. " +
                   std::string(faultText(FrameFault::ShortData)) + "\n");
     EXPECT_TRUE(figuresLine(figures).endsWith(QLatin1String("3 faulty frames")));
+}
+
+TEST(Figures, OfAReplayAreThoseAtItsPosition) {
+    Figures figures;
+    figures.fReplay = QStringLiteral("replay paused");
+    figures.fAge = 90e6;
+    EXPECT_EQ(figuresLine(figures).toStdString(),
+              "replay paused  \u00B7  0.0 received  \u00B7  0.0 shown  \u00B7  "
+              "0.0 dropped a second  \u00B7  age 90.0 s  \u00B7  0 kB/s");
+    EXPECT_TRUE(figuresReport(figures).startsWith(QLatin1String("State: replay paused\n")));
 }
 
 TEST(Figures, HaveAPointInEveryLocale) {

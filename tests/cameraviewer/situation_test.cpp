@@ -67,6 +67,28 @@ TEST(Situation, SaysSinceWhenNoPictureComes) {
     EXPECT_EQ(reason(stopped), "Camera \"head\" stopped sending 90 s ago.");
 }
 
+TEST(Situation, DoesNotMissPicturesOfAReplayThatIsPaused) {
+    Situation replay = live();
+    replay.fSinceFrame = Seconds(60);
+    replay.fIsReplayPaused = true;
+    EXPECT_EQ(reason(replay), "");
+    replay.fFault = FrameFault::ShortData;
+    EXPECT_NE(reason(replay), "");
+}
+
+TEST(Situation, CountsTheSecondsOfARecording) {
+    Situation replay = live();
+    replay.fRate = 10;
+    replay.fReplaySpeed = 0.1;
+    replay.fSinceFrame = Seconds(1.5);
+    EXPECT_EQ(reason(replay), "");
+    replay.fSinceFrame = Seconds(40);
+    EXPECT_EQ(reason(replay), "Camera \"head\" stopped sending 4 s ago.");
+    replay.fReplaySpeed = 50;
+    replay.fSinceFrame = Seconds(0.5);
+    EXPECT_EQ(reason(replay), "");
+}
+
 TEST(Situation, GivesASlowCameraItsTime) {
     Situation slow = live();
     slow.fRate = 1;

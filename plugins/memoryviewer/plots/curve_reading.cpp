@@ -28,23 +28,27 @@ CurvePoint lastValue(const CurveHistory& curve) {
 
 }  // namespace
 
+QString readingOf(double value) {
+    return std::isnan(value) ? Texts::tr("none") : QString::number(value, 'g', a_significantDigits);
+}
+
 QString readingOf(const CurveHistory& curve, const TimeAxis& time) {
     if (curve.isEmpty()) {
         return Texts::tr("no value yet");
     }
     const auto cursor = time.cursor();
-    const auto point = cursor ? curve.pointAt(*cursor) : lastValue(curve);
-    const bool isAhead = cursor && *cursor > time.now();
-    if (!point || isAhead || std::isnan(point->fValue)) {
-        return Texts::tr("none");
-    }
-    return QString::number(point->fValue, 'g', a_significantDigits);
+    const auto at = !cursor && time.replay() ? time.now() : cursor;
+    const auto point = at ? curve.pointAt(*at) : lastValue(curve);
+    const bool isAhead = at && *at > time.knownUntil();
+    return !point || isAhead ? Texts::tr("none") : readingOf(point->fValue);
 }
 
 QString readingTitle(const TimeAxis& time, int pixels) {
     const auto cursor = time.cursor();
-    return cursor ? timeText(*cursor, time.span() / std::max(1, pixels))
-                  : Texts::tr("Newest value");
+    if (cursor) {
+        return timeText(*cursor, time.span() / std::max(1, pixels));
+    }
+    return time.replay() ? Texts::tr("Value at the position") : Texts::tr("Newest value");
 }
 
 }  // namespace memoryviewer

@@ -8,14 +8,18 @@ namespace memoryviewer {
 class CurveHistory;
 class TimeAxis;
 
+/** Returns a value for the user. */
+QString readingOf(double value);
+
 /**
- * Returns the value of a curve at the cursor, or the newest one if there is no cursor, for the
- * user.
+ * Returns the value of a curve for the user: at the cursor or, if there is no cursor, at the
+ * position of a replay, or the newest one.
  */
 QString readingOf(const CurveHistory& curve, const TimeAxis& time);
 
 /**
- * Returns the title of the readings: a time with the resolution of `pixels`, or the newest values.
+ * Returns the title of the readings: a time with the resolution of `pixels`, or which values they
+ * are.
  */
 QString readingTitle(const TimeAxis& time, int pixels);
 

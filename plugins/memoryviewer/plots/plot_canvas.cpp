@@ -18,6 +18,7 @@ namespace memoryviewer {
 namespace {
 
 constexpr double a_zoomStep = 1.25;
+constexpr double a_positionWidth = 2;
 constexpr double a_degreesPerStep = 120;  // of the wheel, in eighths of a degree
 constexpr double a_panStep = 0.1;
 constexpr double a_cursorStep = 0.01;
@@ -35,6 +36,7 @@ PlotCanvas::PlotCanvas(TimeAxis* time, QwtPlot* plot) : QwtPlotCanvas(plot), fTi
     setMouseTracking(true);
     setCursor(Qt::CrossCursor);
     connect(time, &TimeAxis::cursorMoved, this, [this] { update(); });
+    connect(time, &TimeAxis::replayMoved, this, [this] { update(); });
 }
 
 void PlotCanvas::setDropTarget(bool isTarget) {
@@ -46,6 +48,11 @@ void PlotCanvas::paintEvent(QPaintEvent* event) {
     QwtPlotCanvas::paintEvent(event);
     QPainter painter(this);
     const QColor highlight = palette().color(QPalette::Highlight);
+    if (const auto& replay = fTime->replay()) {
+        const double x = plot()->canvasMap(QwtPlot::xBottom).transform(replay->fPosition);
+        painter.setPen(QPen(highlight, a_positionWidth));
+        painter.drawLine(QPointF(x, 0), QPointF(x, height()));
+    }
     if (const auto cursor = fTime->cursor()) {
         const double x = plot()->canvasMap(QwtPlot::xBottom).transform(*cursor);
         painter.setPen(palette().color(QPalette::Text));

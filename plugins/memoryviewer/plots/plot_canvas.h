@@ -18,7 +18,8 @@ class TimeAxis;
  * The area of a plot with the curves, and its interaction with mouse and keyboard.
  *
  * Dragging pans, dragging with Shift or the right button zooms into a rectangle, the wheel zooms in
- * time and with Ctrl in values. The cursor line and the rectangle are painted above the picture,
+ * time and with Ctrl in values. The position of a replay, the cursor line and the rectangle are
+ * painted above the picture,
  * which is not redrawn for them.
  */
 class PlotCanvas : public QwtPlotCanvas {

@@ -14,24 +14,44 @@ void PlotHistory::remove(int key) {
     if (curve != fCurves.end()) {
         fSize -= curve->second.size();
         fCurves.erase(curve);
+        fRecorded.erase(key);
     }
 }
 
-void PlotHistory::append(int key, const CurvePoint& point) {
+void PlotHistory::setRecorded(int key, const std::vector<CurvePoint>& points) {
     const auto curve = fCurves.find(key);
-    if (curve != fCurves.end()) {
+    if (curve == fCurves.end()) {
+        return;
+    }
+    fSize -= curve->second.size();
+    curve->second = CurveHistory();
+    for (const CurvePoint& point : points) {
         curve->second.append(point, ++fOrder);
+    }
+    fSize += points.size();
+    fRecorded.insert(key);
+    xForgetBeyond();
+}
+
+/** Returns the curve of a key to which points can be added; null if there is none. */
+CurveHistory* PlotHistory::xGrowing(int key) {
+    const auto curve = fCurves.find(key);
+    return curve != fCurves.end() && fRecorded.count(key) == 0 ? &curve->second : nullptr;
+}
+
+void PlotHistory::append(int key, const CurvePoint& point) {
+    if (CurveHistory* curve = xGrowing(key)) {
+        curve->append(point, ++fOrder);
         ++fSize;
         xForgetBeyond();
     }
 }
 
 void PlotHistory::interrupt(int key, std::int64_t time) {
-    const auto curve = fCurves.find(key);
-    if (curve != fCurves.end()) {
-        const std::size_t before = curve->second.size();
-        curve->second.interrupt(time, ++fOrder);
-        fSize += curve->second.size() - before;
+    if (CurveHistory* curve = xGrowing(key)) {
+        const std::size_t before = curve->size();
+        curve->interrupt(time, ++fOrder);
+        fSize += curve->size() - before;
         xForgetBeyond();
     }
 }
@@ -46,6 +66,7 @@ void PlotHistory::clear() {
     for (auto& [key, curve] : fCurves) {
         curve = CurveHistory();
     }
+    fRecorded.clear();
     fSize = 0;
 }
 

@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <set>
+#include <vector>
 
 namespace memoryviewer {
 
@@ -30,7 +32,13 @@ class PlotHistory {
     /** The key must be contained. */
     const CurveHistory& curve(int key) const { return fCurves.at(key); }
 
-    /** Does nothing for keys that are not contained. */
+    /**
+     * Replaces the points of a key by those of a recording, which is complete: from now on nothing
+     * is appended, and nothing interrupts the curve. Does nothing if the key is not contained.
+     */
+    void setRecorded(int key, const std::vector<CurvePoint>& points);
+
+    /** Does nothing for keys that are not contained, or whose points are those of a recording. */
     void append(int key, const CurvePoint& point);
     void interrupt(int key, std::int64_t time);
     void interruptAll(std::int64_t time);
@@ -38,9 +46,11 @@ class PlotHistory {
     void clear();
 
   private:
+    CurveHistory* xGrowing(int key);
     void xForgetBeyond();
 
     std::map<int, CurveHistory> fCurves;
+    std::set<int> fRecorded;
     std::size_t fMaximum = a_defaultMaximum;
     std::size_t fSize = 0;
     std::uint64_t fOrder = 0;

@@ -231,10 +231,23 @@ void PlotPanel::append(const std::vector<PlotSample>& samples) {
         fHistory->append(sample.fKey, {sample.fTime, sample.fValue});
     }
     fNewest.take(samples);
-    const bool isInView = fTime->isFollowing() || fTime->right() >= fNewest.ofSamples();
+    const bool isInView =
+        fTime->isFollowing() || fTime->replay() || fTime->right() >= fNewest.ofSamples();
     if (isInView) {
         fPacer->schedule(FramePacer::Pace::Data);
     }
+}
+
+void PlotPanel::setReplay(const ReplayTimes& replay) {
+    if (!fTime->replay()) {
+        fSavedSpan = fTime->span();
+    }
+    fTime->setReplay(replay);
+}
+
+void PlotPanel::setRecorded(const QString& keyName, const std::vector<CurvePoint>& points) {
+    fHistory->setRecorded(keyHandle(keyName), points);
+    fPacer->schedule(FramePacer::Pace::Data);
 }
 
 bool PlotPanel::xIsGoingOn() const {
@@ -265,7 +278,8 @@ void PlotPanel::setUpdateInterval(qint64 microseconds) {
 }
 
 QVariantMap PlotPanel::saveState() const {
-    return {{QStringLiteral("plots"), fChoice->saved()}, {QStringLiteral("span"), fTime->span()}};
+    return {{QStringLiteral("plots"), fChoice->saved()},
+            {QStringLiteral("span"), fTime->replay() ? fSavedSpan : fTime->span()}};
 }
 
 void PlotPanel::restoreState(const QVariantMap& state) {
@@ -293,6 +307,10 @@ void PlotPanel::addPlot() {
 }
 
 void PlotPanel::showAll() {
+    if (const auto& replay = fTime->replay()) {
+        fTime->show(replay->fStart, replay->fEnd);
+        return;
+    }
     bool isEmpty = true;
     double left = 0;
     double right = 0;
@@ -362,14 +380,16 @@ void PlotPanel::xDescribePlot(PlotView& plot, std::size_t number,
 }
 
 void PlotPanel::xOnFrame() {
-    fTime->setNow(fNewest.at(xIsGoingOn()));
+    if (!fTime->replay()) {
+        fTime->setNow(fNewest.at(xIsGoingOn()));
+    }
     fPlots->refresh();
 }
 
 void PlotPanel::xOnIdle() {
     xUpdateValues();
     xUpdateStatus();
-    if (fTime->isFollowing() && fNewest.at(xIsGoingOn()) > fTime->now()) {
+    if (!fTime->replay() && fTime->isFollowing() && fNewest.at(xIsGoingOn()) > fTime->now()) {
         fPacer->schedule(FramePacer::Pace::Data);
     }
 }
@@ -380,8 +400,14 @@ void PlotPanel::xUpdateValues() {
     }
     fLegend->setValuesTitle(readingTitle(*fTime, width()));
     for (const auto& [key, description] : fChoice->keys().all()) {
-        fLegend->setValue(key, readingOf(fHistory->curve(key), *fTime));
+        fLegend->setValue(key, xReadingOf(key, description.fName));
     }
+}
+
+QString PlotPanel::xReadingOf(int key, const QString& keyName) const {
+    const bool isAtPosition = fTime->replay() && !fTime->cursor() && fValueLookup;
+    const auto value = isAtPosition ? fValueLookup(keyName) : std::nullopt;
+    return value ? readingOf(*value) : readingOf(fHistory->curve(key), *fTime);
 }
 
 void PlotPanel::xUpdateStatus() {
@@ -392,9 +418,9 @@ void PlotPanel::xUpdateStatus() {
     const QString points =
         tr("%1 of %2 points kept")
             .arg(obvista::countText(fHistory->size()), obvista::countText(fHistory->maximum()));
-    const QString state = fTime->isFollowing()
-                              ? tr("following")
-                              : tr("paused: Space or End follows the newest values");
+    const QString state = fTime->isFollowing() ? tr("following")
+                          : fTime->replay() ? tr("Space or End follows the position of the replay")
+                                            : tr("paused: Space or End follows the newest values");
     obvista::setStatus(*fStatus, state + obvista::statusSeparator() + points);
 }
 

@@ -4,6 +4,7 @@
 #include "plots/curve_history.h"
 #include "plots/newest_time.h"
 #include "plots/plotted_keys.h"
+#include "plots/time_axis.h"
 
 #include <QStringList>
 #include <QTimer>
@@ -13,6 +14,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 class QLabel;
@@ -29,7 +31,6 @@ class PlotSaving;
 class PlotStack;
 class PlotToolBar;
 class PlotView;
-class TimeAxis;
 struct LegendEntry;
 
 /**
@@ -80,6 +81,16 @@ class PlotPanel : public QWidget {
      * A value is shown as constant until the next one or a gap.
      */
     void append(const std::vector<PlotSample>& samples);
+    /**
+     * Sets the times of a replay: the plots show the whole recording, and a line marks the
+     * position.
+     */
+    void setReplay(const ReplayTimes& replay);
+    /**
+     * Replaces the points of a key by those of a recording, in the order of their times; samples of
+     * it are ignored from now on. Does nothing if it is not plotted.
+     */
+    void setRecorded(const QString& keyName, const std::vector<CurvePoint>& points);
     /** Handles the removal of a key: its curve has a gap until the next sample. */
     void keyGone(const QString& keyName);
     /** Starts a gap in all curves: nothing is subscribed for a while. */
@@ -102,6 +113,11 @@ class PlotPanel : public QWidget {
      * drop; without it every key is plotted as lines without a unit.
      */
     void setKeyLookup(KeyLookup lookup);
+    /**
+     * Sets the lookup of the values at the position of a replay, for the legend: a curve of a long
+     * recording may lack them, since points are left out.
+     */
+    void setValueLookup(ValueLookup lookup) { fValueLookup = std::move(lookup); }
 
     /** Returns the keys of each plot and the displayed time span, but not the points. */
     QVariantMap saveState() const;
@@ -154,12 +170,15 @@ class PlotPanel : public QWidget {
     void xOnFrame();
     void xOnIdle();
     void xUpdateValues();
+    QString xReadingOf(int key, const QString& keyName) const;
     void xUpdateStatus();
     void xSay(const QString& text);
     void xShowMenu(const QPoint& position);
 
     std::unique_ptr<PlotHistory> fHistory;
     NewestTime fNewest;
+    ValueLookup fValueLookup;
+    double fSavedSpan = 0;  // of the time axis, from before the whole replay was shown
     TimeAxis* fTime;
     FramePacer* fPacer;
     PlotStack* fPlots;

@@ -42,8 +42,7 @@ PlotToolBar::PlotToolBar(TimeAxis* time, PlotSaving* saving, QWidget* parent)
              xMakeSpans(time));
     QAction* all = xAdd(tr("Show &all"), tr("Show all stored points (Home)"), "plotShowAll");
     QAction* add = xAdd(tr("&New plot"), tr("Add an empty plot for the next keys"), "plotNew");
-    QAction* clear =
-        xAdd(tr("&Clear"), tr("Clear the points and continue with new ones"), "plotClear");
+    fClear = xAdd(tr("&Clear"), tr("Clear the points and continue with new ones"), "plotClear");
     QAction* remove =
         xAdd(tr("Remove a&ll"), tr("Remove all keys from the plots"), "plotRemoveAll");
     QAction* saveAction =
@@ -51,9 +50,11 @@ PlotToolBar::PlotToolBar(TimeAxis* time, PlotSaving* saving, QWidget* parent)
 
     connect(all, &QAction::triggered, this, &PlotToolBar::showAllRequested);
     connect(add, &QAction::triggered, this, &PlotToolBar::newPlotRequested);
-    connect(clear, &QAction::triggered, this, &PlotToolBar::clearRequested);
+    connect(fClear, &QAction::triggered, this, &PlotToolBar::clearRequested);
+    // A recording is complete: there are no new points to continue with.
+    connect(time, &TimeAxis::replayMoved, fClear, [this] { fClear->setVisible(false); });
     connect(remove, &QAction::triggered, this, &PlotToolBar::removeAllRequested);
-    fActionsOnPlots = {all, clear, remove, saveAction};
+    fActionsOnPlots = {all, fClear, remove, saveAction};
 }
 
 void PlotToolBar::setHasPlots(bool hasPlots) {

@@ -37,6 +37,7 @@ class PlotToolBar : public QToolBar {
     QMenu* xMakeSpans(TimeAxis* time);
 
     std::vector<QAction*> fActionsOnPlots;
+    QAction* fClear;
 };
 
 }  // namespace memoryviewer

@@ -123,7 +123,7 @@ void PlotView::refresh() {
     part.fLeft = fTime->left();
     part.fRight = fTime->right();
     part.fColumns = std::max(1, qRound(fCanvas->width() * devicePixelRatioF()));
-    part.fNow = fTime->now();
+    part.fNow = fTime->knownUntil();
     part.fHoldTime = fHoldTime;
     for (const auto& item : fItems) {
         item->prepare(fHistory->curve(item->key()), part);

@@ -31,6 +31,10 @@ struct PlotSample {
 /** Finds the metadata of a key by its name; nothing if it has no numbers. */
 using KeyLookup = std::function<std::optional<PlottedKey>(const QString&)>;
 
+/** Finds the current number of a key by its name, NaN for other values; nothing if it is unknown.
+ */
+using ValueLookup = std::function<std::optional<double>(const QString&)>;
+
 /** The plotted keys, each once, with handles that are not reused. */
 class PlottedKeys {
   public:

@@ -21,6 +21,17 @@ void TimeAxis::setNow(double time) {
     }
 }
 
+void TimeAxis::setReplay(const ReplayTimes& replay) {
+    const bool hasOtherSpan =
+        !fReplay || fReplay->fStart != replay.fStart || fReplay->fEnd != replay.fEnd;
+    fReplay = replay;
+    setNow(replay.fPosition);
+    if (hasOtherSpan) {
+        show(replay.fStart, replay.fEnd);
+    }
+    Q_EMIT replayMoved();
+}
+
 void TimeAxis::setFollowing(bool isFollowing) {
     if (isFollowing == fIsFollowing) {
         return;

@@ -136,6 +136,19 @@ void KeyStore::xSeeNewest(const std::vector<MergedChange>& changes) {
     }
 }
 
+std::int64_t KeyStore::newestTime() const {
+    if (!fClock.isReplay()) {
+        return fNewestTime;
+    }
+    std::int64_t newest = 0;
+    for (const auto& [id, key] : fKeys) {
+        if (key->fTime <= fClock.now()) {
+            newest = std::max(newest, key->fTime);
+        }
+    }
+    return newest;
+}
+
 bool KeyStore::xTakeOver(MemoryKey& key, MergedChange& change) {
     KVChange& newest = change.fNewest;
     const bool isFirst = !key.hasValue();

@@ -68,12 +68,15 @@ class KeyStore : public QObject {
     /** Compares keys in that order. */
     static bool isBefore(const MemoryKey* left, const MemoryKey* right);
 
+    /** Sets the time of a robot that is a replay; see RobotClock. */
+    void setReplayTime(std::int64_t time) { fClock.setReplayTime(time); }
     /** Returns the robot's clock as estimated from here. */
     const RobotClock& clock() const { return fClock; }
     /**
      * Returns the time stamp of the newest of all values, by the robot's clock; 0 if there is none.
+     * A replay may have gone back.
      */
-    std::int64_t newestTime() const { return fNewestTime; }
+    std::int64_t newestTime() const;
     /** Returns true if the key has just changed. */
     bool isMarked(const MemoryKey& key) const { return key.fMarkedUntil > fSinceStart.elapsed(); }
 

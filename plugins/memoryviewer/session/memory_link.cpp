@@ -21,6 +21,7 @@ MemoryLink::MemoryLink(const boost::shared_ptr<KVBroker>& broker, const std::str
                        double timeOut)
     : RobotLink(broker, ip, port, timeOut), fBroker(broker), fRate(a_firstRate) {
     fFast = xSubscribe(fRate, fFeed.callbacks());
+    fHistory = std::make_unique<HistoryClient>(connection(), notice());
 }
 
 MemoryLink::~MemoryLink() {
@@ -28,6 +29,7 @@ MemoryLink::~MemoryLink() {
 }
 
 void MemoryLink::stop() {
+    fHistory.reset();
     fSlow.reset();
     fFast.reset();
 }

@@ -1,6 +1,7 @@
 #ifndef OBVISTA_MEMORYVIEWER_MEMORY_LINK_H
 #define OBVISTA_MEMORYVIEWER_MEMORY_LINK_H
 
+#include "session/history_client.h"
 #include "session/memory_feed.h"
 #include "session/subscription_planner.h"
 
@@ -35,6 +36,8 @@ class MemoryLink : public obvista::RobotLink {
     ~MemoryLink() override;
 
     MemoryFeed& feed() { return fFeed; }
+    /** Returns the client of the histories of a replay; null once the link is closed. */
+    HistoryClient* history() const { return fHistory.get(); }
 
     /**
      * Changes the subscribed keys and rate. Does not wait; does nothing if the link is closed.
@@ -61,6 +64,7 @@ class MemoryLink : public obvista::RobotLink {
     int fRate;
     boost::shared_ptr<KVSubscription> fFast;
     boost::shared_ptr<KVSubscription> fSlow;  // only while it is needed
+    std::unique_ptr<HistoryClient> fHistory;
 };
 
 }  // namespace memoryviewer

@@ -53,6 +53,11 @@ void MemorySession::takeNews() {
     }
 }
 
+void MemorySession::setReplay(const obvista::ReplayState& replay) {
+    fReplay = replay;
+    fKeys->setReplayTime(replay.robotTime(replay.fPosition));
+}
+
 void MemorySession::end(obvista::LinkState state) {
     fFrameTimer.stop();
     xTakeBatch();
@@ -172,6 +177,10 @@ MemorySituation MemorySession::situation() const {
     situation.fUpdates = fUpdatesPerSecond;
     situation.fRoundTrip = fLink->roundTrip();
     situation.fAge = xAge();
+    if (fReplay.isReplay()) {
+        situation.fReplay = obvista::replayText(fReplay);
+        situation.fIsReplayPaused = !fReplay.fIsPlaying;
+    }
     situation.fQuietSeconds =
         fIsUpdating ? static_cast<double>(fSinceValue.elapsed()) / a_secondTime : 0;
     return situation;

@@ -5,6 +5,7 @@
 #include "session/subscription_planner.h"
 
 #include <obvista/viewer/link_state.h>
+#include <obvista/viewer/replay_state.h>
 #include <robaxi/kv_value_table.h>
 
 #include <QElapsedTimer>
@@ -45,6 +46,8 @@ class MemorySession : public QObject {
 
     /** Takes what has arrived from the robot, soon and at most 25 times a second. */
     void takeNews();
+    /** Takes the state of a robot that is a replay. */
+    void setReplay(const obvista::ReplayState& replay);
     /** The link has ended. Takes the values that came before the end. */
     void end(obvista::LinkState state);
 
@@ -95,6 +98,7 @@ class MemorySession : public QObject {
 
     MemoryPhase fPhase = MemoryPhase::WaitingForKeys;
     QString fRefusal;
+    obvista::ReplayState fReplay;
     std::unordered_set<std::uint32_t> fEveryChangeIds;
     SubscriptionPlan fPlan;
     bool fIsUpdating = false;

@@ -13,11 +13,13 @@ enum class MemoryPhase { WaitingForKeys, Live, Refused, Lost, Closed };
 /** State of a session. */
 struct MemorySituation {
     MemoryPhase fPhase = MemoryPhase::WaitingForKeys;
-    QString fRefusal;          ///< reason why there are no values, plain text
-    std::size_t fKeys = 0;     ///< number of the robot's keys
-    int fUpdates = 0;          ///< a second
-    double fRoundTrip = -1;    ///< seconds; negative if unknown
-    double fAge = -1;          ///< of the newest value, seconds; negative if there is none
+    QString fRefusal;        ///< reason why there are no values, plain text
+    std::size_t fKeys = 0;   ///< number of the robot's keys
+    int fUpdates = 0;        ///< a second
+    double fRoundTrip = -1;  ///< seconds; negative if unknown
+    double fAge = -1;        ///< of the newest value, seconds; negative if there is none
+    QString fReplay;         ///< state of a replay, such as "replay at 2×"; empty for other robots
+    bool fIsReplayPaused = false;
     double fQuietSeconds = 0;  ///< since the last value; 0 while none is expected
 
     bool isLive() const { return fPhase == MemoryPhase::Live; }

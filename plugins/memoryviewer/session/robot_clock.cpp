@@ -25,7 +25,7 @@ void RobotClock::see(std::int64_t stamp, std::int64_t arrival) {
 }
 
 std::int64_t RobotClock::now() const {
-    return base::microsecondsNow() - fOffset;
+    return fReplayTime ? *fReplayTime : base::microsecondsNow() - fOffset;
 }
 
 }  // namespace memoryviewer

@@ -2,6 +2,7 @@
 #define OBVISTA_MEMORYVIEWER_ROBOT_CLOCK_H
 
 #include <cstdint>
+#include <optional>
 
 namespace memoryviewer {
 
@@ -22,12 +23,20 @@ class RobotClock {
      */
     void see(std::int64_t stamp, std::int64_t arrival);
 
+    /**
+     * Sets the time of a robot that is a replay, whose clock stands still while it is paused; from
+     * then on nothing is estimated.
+     */
+    void setReplayTime(std::int64_t time) { fReplayTime = time; }
+    bool isReplay() const { return fReplayTime.has_value(); }
+
     /** Returns the current time of the robot's clock, in microseconds since 1970-01-01 UTC. */
     std::int64_t now() const;
 
   private:
     std::int64_t fShortestWay = INT64_MAX;
     std::int64_t fOffset = 0;  // this machine's clock minus the robot's
+    std::optional<std::int64_t> fReplayTime;
 };
 
 }  // namespace memoryviewer

@@ -45,8 +45,14 @@ double numberOf(const KVValue& value) {
 KeyCurves::KeyCurves(KeyStore* keys, PlotPanel* plots, QObject* parent)
     : QObject(parent), fKeys(keys), fPlots(plots) {
     fPlots->setKeyLookup([this](const QString& name) { return xLookup(name); });
+    fPlots->setValueLookup([this](const QString& name) {
+        const MemoryKey* key = fKeys->find(name.toStdString());
+        return key != nullptr && key->hasValue() ? std::optional<double>(numberOf(key->fValue))
+                                                 : std::nullopt;
+    });
     connect(fPlots, &PlotPanel::plottedKeysChanged, this, &KeyCurves::xOnPlottedKeysChanged);
     connect(fKeys, &KeyStore::added, this, &KeyCurves::xOnKeysAdded);
+    connect(fKeys, &KeyStore::changed, this, &KeyCurves::xOnChanged);
     connect(fKeys, &KeyStore::aboutToRemove, this, &KeyCurves::xOnKeysGoing);
 }
 
@@ -68,7 +74,8 @@ void KeyCurves::xOnPlottedKeysChanged() {
 
 void KeyCurves::xDescribe(const MemoryKey& key) {
     const QString name = QString::fromStdString(key.fInfo.fName);
-    if (fPlots->isPlotted(name)) {
+    // A key of a replay has no value, and so no type, before its first one.
+    if (fPlots->isPlotted(name) && hasNumbers(&key)) {
         fPlots->describeKey(name, obvista::plainText(key.fInfo.fUnit), shapeOf(key));
     }
 }
@@ -112,9 +119,20 @@ void KeyCurves::xAddSample(std::vector<PlotSample>& samples, const MemoryKey& ke
 
 std::optional<PlottedKey> KeyCurves::xLookup(const QString& name) const {
     const MemoryKey* key = fKeys->find(name.toStdString());
-    return hasNumbers(key) ? std::optional<PlottedKey>(
-                                 {name, obvista::plainText(key->fInfo.fUnit), shapeOf(*key)})
-                           : std::nullopt;
+    // A key of a replay that has no value yet may get numbers.
+    const bool canHaveNumbers = hasNumbers(key) || (key != nullptr && fKeys->clock().isReplay() &&
+                                                    key->type() == KVValue::Type::Nothing);
+    return canHaveNumbers ? std::optional<PlottedKey>(
+                                {name, obvista::plainText(key->fInfo.fUnit), shapeOf(*key)})
+                          : std::nullopt;
+}
+
+void KeyCurves::xOnChanged(const std::vector<ChangedKey>& keys) {
+    for (const ChangedKey& key : keys) {
+        if (key.fHasOtherType && fKeys->clock().isReplay()) {
+            xDescribe(*key.fKey);
+        }
+    }
 }
 
 void KeyCurves::xOnKeysAdded(const std::vector<const MemoryKey*>& keys) {

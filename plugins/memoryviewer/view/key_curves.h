@@ -14,6 +14,7 @@ namespace memoryviewer {
 
 class KeyStore;
 class PlotPanel;
+struct ChangedKey;
 struct MemoryKey;
 struct PlotSample;
 struct PlottedKey;
@@ -44,6 +45,7 @@ class KeyCurves : public QObject {
                     const KVValue& value) const;
     void xOnPlottedKeysChanged();
     void xOnKeysAdded(const std::vector<const MemoryKey*>& keys);
+    void xOnChanged(const std::vector<ChangedKey>& keys);
     void xOnKeysGoing(const std::vector<const MemoryKey*>& keys);
 
     KeyStore* fKeys;

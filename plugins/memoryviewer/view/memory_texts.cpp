@@ -48,15 +48,24 @@ QString keysText(const ViewerSituation& situation) {
                : Texts::tr("%1 of %2").arg(situation.fShown).arg(keys);
 }
 
-QString liveText(const ViewerSituation& situation) {
-    if (!situation.fPausedSince.isEmpty()) {
-        return Texts::tr("paused");
-    }
+QString changesText(const ViewerSituation& situation) {
     if (situation.fQuietSeconds >= a_longQuiet) {
         return Texts::tr("no change for %1 s").arg(static_cast<int>(situation.fQuietSeconds));
     }
     return situation.fUpdates == 1 ? Texts::tr("1 update a second")
                                    : Texts::tr("%n updates a second", nullptr, situation.fUpdates);
+}
+
+QString liveText(const ViewerSituation& situation) {
+    if (!situation.fPausedSince.isEmpty()) {
+        return Texts::tr("paused");
+    }
+    if (situation.fReplay.isEmpty()) {
+        return changesText(situation);
+    }
+    return situation.fIsReplayPaused
+               ? situation.fReplay
+               : situation.fReplay + obvista::statusSeparator() + changesText(situation);
 }
 
 QString activityText(const ViewerSituation& situation) {

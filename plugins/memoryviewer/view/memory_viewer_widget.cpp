@@ -20,6 +20,7 @@
 #include "view/memory_panes.h"
 #include "view/memory_shortcuts.h"
 #include "view/memory_tool_bar.h"
+#include "view/replay_curves.h"
 #include "view/watch_view.h"
 
 #include <base/time.h>
@@ -27,6 +28,7 @@
 #include <obvista/viewer/value_text.h>
 #include <obvista/viewer/widget_seen.h>
 
+#include <QDateTime>
 #include <QHeaderView>
 #include <QLabel>
 #include <QShortcut>
@@ -73,6 +75,7 @@ MemoryViewerWidget::MemoryViewerWidget(const std::shared_ptr<MemoryLink>& link,
       fPlots(new PlotPanel(this)),
       fRecording(new RecordingBar(&fSession->recorder(), this)),
       fCurves(new KeyCurves(&fSession->keys(), fPlots, this)),
+      fReplayCurves(new ReplayCurves(link, fPlots, this)),
       fPanes(new MemoryPanes(fTree, fWatchView, fPlots, this)),
       fStatus(obvista::makeStatusLine("memoryStatus", this)) {
     fRecording->setRobotName(QString::fromStdString(link->robotName()));
@@ -114,6 +117,8 @@ void MemoryViewerWidget::xConnect() {
     fFilterTimer.setSingleShot(true);
     fSaveTimer.setObjectName(QStringLiteral("saveTimer"));
     connect(this, &ViewerWidget::newsArrived, fSession, &MemorySession::takeNews);
+    connect(this, &ViewerWidget::newsArrived, fReplayCurves, &ReplayCurves::takeNews);
+    connect(this, &ViewerWidget::replayChanged, this, &MemoryViewerWidget::xOnReplayChanged);
     connect(this, &ViewerWidget::linkEnded, fSession, [this] { fSession->end(linkState()); });
     connect(fSession, &MemorySession::newsTaken, this, &MemoryViewerWidget::xOnNewsTaken);
     connect(fSession, &MemorySession::changesTaken, fCurves, &KeyCurves::append);
@@ -204,6 +209,15 @@ void MemoryViewerWidget::hideEvent(QHideEvent* event) {
     xSave();
 }
 
+void MemoryViewerWidget::xOnReplayChanged() {
+    fSession->setReplay(replayState());
+    fReplayCurves->setReplay(replayState());
+    if (const QString text = obvista::replayText(replayState()); text != fReplayText) {
+        fReplayText = text;
+        xUpdateTexts();
+    }
+}
+
 /** When new rows have their position on the screen, other keys are visible. */
 void MemoryViewerWidget::xOnKeysAdded() {
     xOpenNewBranches();
@@ -285,8 +299,13 @@ void MemoryViewerWidget::xOpenNewBranches() {
 }
 
 void MemoryViewerWidget::xOnPause() {
-    fPausedSince = fToolBar->isPaused() ? QTime::currentTime().toString(QStringLiteral("HH:mm:ss"))
-                                        : QString();
+    const obvista::ReplayState& replay = replayState();
+    const QTime time =
+        replay.isReplay()
+            ? QDateTime::fromMSecsSinceEpoch(replay.fPosition / base::a_microsecondsPerMillisecond)
+                  .time()
+            : QTime::currentTime();
+    fPausedSince = fToolBar->isPaused() ? time.toString(QStringLiteral("HH:mm:ss")) : QString();
     xPlan();
     xUpdateTexts();
 }

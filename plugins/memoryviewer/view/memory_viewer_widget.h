@@ -32,6 +32,7 @@ class MemoryPanes;
 class MemorySession;
 class MemoryToolBar;
 class PlotPanel;
+class ReplayCurves;
 class RecordingBar;
 class WatchModel;
 class WatchView;
@@ -62,6 +63,7 @@ class MemoryViewerWidget : public obvista::ViewerWidget {
     void xSave();
     QVariantMap xState() const;
 
+    void xOnReplayChanged();
     void xOnKeysAdded();
     void xOnNewsTaken();
     void xOnPhase();
@@ -97,6 +99,7 @@ class MemoryViewerWidget : public obvista::ViewerWidget {
     PlotPanel* fPlots;
     RecordingBar* fRecording;
     KeyCurves* fCurves;
+    ReplayCurves* fReplayCurves;
     MemoryPanes* fPanes;
     QLabel* fStatus;
 
@@ -104,6 +107,7 @@ class MemoryViewerWidget : public obvista::ViewerWidget {
     QTimer fFilterTimer;
     QTimer fSaveTimer{this};
     QString fPausedSince;
+    QString fReplayText;
     QString fWriteRefusal;
     QElapsedTimer fSinceRefusal;
 };

@@ -25,6 +25,8 @@ void set(ReplayState& state, const std::string& name, const KVValue& value) {
         state.fStart = value.toInt();
     } else if (name == "End") {
         state.fEnd = value.toInt();
+    } else if (name == "ClockOffset") {
+        state.fClockOffset = value.toInt();
     } else if (name == "Playing") {
         state.fIsPlaying = value.toBool();
     } else if (name == "Speed") {

@@ -2,6 +2,7 @@
 #define OBVISTA_VIEWER_REPLAY_CLIENT_H
 
 #include <obvista/viewer/notice.h>
+#include <obvista/viewer/replay_state.h>
 #include <robaxi/kv_subscription.h>
 #include <robaxi/kv_value.h>
 
@@ -20,20 +21,6 @@ class KVConnection;
 class KVProxy;
 
 namespace obvista {
-
-/** Where a replayed robot is in its recording. Times are microseconds by the recorder's clock. */
-struct ReplayState {
-    std::int64_t fPosition = 0;
-    std::int64_t fStart = 0;
-    std::int64_t fEnd = 0;
-    bool fIsPlaying = false;
-    double fSpeed = 1;
-    bool fLoop = false;
-    std::string fFault;  ///< untrusted
-
-    /** Returns true if the robot has the module "KVReplay". */
-    bool isReplay() const { return fEnd > 0; }
-};
 
 /**
  * The module "KVReplay" of a robot, if it has one: its values by subscription, its methods on a

@@ -1,5 +1,7 @@
 #include "time_bar.h"
 
+#include "speed_text.h"
+
 #include <obvista/viewer/labels.h>
 #include <obvista/viewer/plain_text.h>
 #include <obvista/viewer/wrap_layout.h>
@@ -45,10 +47,6 @@ QString durationText(std::int64_t microseconds) {
 
 QDateTime dateTime(std::int64_t microseconds) {
     return QDateTime::fromMSecsSinceEpoch(microseconds / a_microsecondsPerMillisecond);
-}
-
-QString speedText(double speed) {
-    return QStringLiteral("%1\u00D7").arg(speed);
 }
 
 /** A triangle that points to the right, or to the left for a negative width. */

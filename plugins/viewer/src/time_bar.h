@@ -1,11 +1,13 @@
 #ifndef OBVISTA_VIEWER_TIME_BAR_H
 #define OBVISTA_VIEWER_TIME_BAR_H
 
-#include "replay_client.h"
-
 #include <obvista/viewer/key_help.h>
+#include <obvista/viewer/replay_state.h>
+#include <robaxi/kv_value.h>
 
 #include <QWidget>
+
+#include <string>
 
 class QCheckBox;
 class QComboBox;

@@ -155,10 +155,12 @@ void ViewerWidget::xOnNotice() {
 }
 
 void ViewerWidget::xShowReplay() {
-    const ReplayState state = fLink->replay()->state();
-    if (state.isReplay()) {
-        fTimeBar->showState(state);
+    ReplayState state = fLink->replay()->state();
+    if (state.isReplay() && state != fReplayState) {
+        fReplayState = std::move(state);
+        fTimeBar->showState(fReplayState);
         fTimeBar->show();
+        Q_EMIT replayChanged();
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include <obvista/viewer/key_help.h>
 #include <obvista/viewer/link_state.h>
+#include <obvista/viewer/replay_state.h>
 #include <obvista/viewer/viewer_export.h>
 #include <obvista/widget_interface.h>
 
@@ -60,6 +61,9 @@ class OBVISTA_VIEWER_EXPORT ViewerWidget : public QWidget {
 
     LinkState linkState() const { return fLinkState; }
 
+    /** Returns the newest state of a replay; isReplay() is false for other robots. */
+    const ReplayState& replayState() const { return fReplayState; }
+
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   Q_SIGNALS:
@@ -73,6 +77,9 @@ class OBVISTA_VIEWER_EXPORT ViewerWidget : public QWidget {
     /** The link has given notice that there is something to take: once for all that has come since
      *  the signal before. Not emitted after the link has ended. */
     void newsArrived();
+
+    /** replayState() has changed: up to 25 times a second while the replay plays. */
+    void replayChanged();
 
     /** The link has ended, as linkState() says. Emitted once; what came before the end and was not
      *  taken yet can still be taken. */
@@ -129,6 +136,7 @@ class OBVISTA_VIEWER_EXPORT ViewerWidget : public QWidget {
     std::shared_ptr<RobotLink> fLink;
     WidgetInterface* fPlugin;
     LinkState fLinkState = LinkState::Connected;
+    ReplayState fReplayState;
     RobotHeader* fHeader;
     QLabel* fBanner;
     TimeBar* fTimeBar;
