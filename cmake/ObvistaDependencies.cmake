@@ -2,7 +2,7 @@
 # Debian packages.
 
 find_package(Threads REQUIRED)
-find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Widgets Network)
+find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Widgets Network LinguistTools)
 find_package(Boost 1.74 REQUIRED COMPONENTS program_options)
 find_package(PkgConfig REQUIRED)
 

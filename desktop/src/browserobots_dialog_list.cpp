@@ -152,12 +152,14 @@ void BrowseRobotsDialog::xShowNoMiddleware(QTreeWidgetItem* row) const {
     row->setIcon(a_typeColumn, QIcon(fImageFolder + a_robot_off_image));
     row->setToolTip(a_typeColumn, tr("This robot does not have a running Robaxi."));
     row->setData(a_typeColumn, Qt::AccessibleTextRole, tr("Robot without Robaxi"));
+    //: in the column "Port"
     row->setData(a_portColumn, Qt::AccessibleTextRole, tr("No port"));
     row->setText(a_InfoColumn, QString::number(NoMiddlewareKind));
 }
 
 void BrowseRobotsDialog::xShowIP(QTreeWidgetItem* row, const QString& ip) {
     row->setText(a_IPColumn, ip);
+    //: in the column "IP": the address is still being looked up
     row->setData(a_IPColumn, Qt::AccessibleTextRole, ip.isEmpty() ? tr("No IP yet") : ip);
 }
 

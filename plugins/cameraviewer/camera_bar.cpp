@@ -49,6 +49,7 @@ QString formatName(const std::string& format) {
                                                       {"yuv422", QStringLiteral("YUV 4:2:2")},
                                                       {"jpeg", QStringLiteral("JPEG")}};
     if (format == "grey") {
+        //: format of pictures without colours
         return CameraBar::tr("Grey");
     }
     const auto found = names.find(format);
@@ -56,6 +57,7 @@ QString formatName(const std::string& format) {
 }
 
 QString rateName(double rate) {
+    //: %1 is a number of pictures; in a list of rates
     return CameraBar::tr("%1 a second").arg(QString::number(rate, 'g', 4));
 }
 
@@ -176,6 +178,7 @@ QComboBox* CameraBar::xMakeBox(const char* objectName, const QString& name,
     auto* box = new QComboBox(this);
     box->setObjectName(QLatin1String(objectName));
     obvista::nameByLabel(*box, name);
+    //: %1 is the name of a control, %2 its purpose
     obvista::explain(*box, tr("%1: %2").arg(name, toolTip));
     box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     box->setFocusPolicy(Qt::StrongFocus);

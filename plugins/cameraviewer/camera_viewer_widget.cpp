@@ -95,7 +95,7 @@ void CameraViewerWidget::xBuild() {
     fBar->addMenuButton("viewButton", tr("&View"), tr("Actions on the picture"), fActions->menu());
     fCapture->addButtons(*fBar, *fActions->menu());
 
-    auto* copy = new QAction(tr("C&opy figures"), this);
+    auto* copy = new QAction(tr("Cop&y figures"), this);
     copy->setObjectName(QStringLiteral("copyFiguresAction"));
     copy->setShortcut(Qt::CTRL + Qt::SHIFT + Qt::Key_C);
     copy->setShortcutContext(Qt::WidgetWithChildrenShortcut);
@@ -107,6 +107,7 @@ void CameraViewerWidget::xBuild() {
     obvista::KeyGroup keys = obvista::keysOf(tr("Picture"), fActions->menu()->actions());
     const QString arrows = QStringLiteral("\u2190 \u2192 \u2191 \u2193");
     keys.fKeys.push_back({arrows, tr("pan an enlarged picture")});
+    //: %1 is a list of keys
     keys.fKeys.push_back({tr("Shift with %1").arg(arrows), tr("inspect the next pixel")});
     keys.fKeys.push_back({obvista::keyText(Qt::Key_Escape), tr("stop inspecting pixels")});
     addKeys(keys);
@@ -136,6 +137,7 @@ void CameraViewerWidget::xConnect() {
     connect(fSession, &CameraSession::cameraChosen, this, &CameraViewerWidget::xOnCameraChosen);
     connect(fSession, &CameraSession::settingsTaken, fTold, &QLabel::hide);
     connect(fSession, &CameraSession::settingsRefused, this,
+            //: %1 is the robot's own sentence
             [this](const QString& reason) { xTell(tr("The robot refuses: %1").arg(reason)); });
     connect(fSession, &CameraSession::pictureReady, this, &CameraViewerWidget::xOnPicture);
     connect(fSession, &CameraSession::situationChanged, this, &CameraViewerWidget::xUpdateReason);
@@ -309,12 +311,15 @@ void CameraViewerWidget::xUpdateReadout() {
                           .arg(picture.fImage.width())
                           .arg(picture.fImage.height())
                           .arg(formatText(picture.fFrame.fFormat)),
+                      //: %1 is a zoom factor
                       fView->geometry().isFitted() ? tr("fitted, %1").arg(zoom) : zoom};
     if (fView->hasGrid()) {
         const int step = gridStep(fView->geometry());
+        //: distance of the lines, in pixels
         parts += step == 1 ? tr("grid of pixels") : tr("grid of %1 pixels").arg(step);
     }
     if (const std::optional<QPoint> pixel = fView->pixel()) {
+        //: column and row
         parts += tr("pixel %1, %2").arg(pixel->x()).arg(pixel->y());
         parts += rawText(picture, *pixel);
         if (!isSentAsRgb(picture)) {
@@ -353,9 +358,12 @@ void CameraViewerWidget::xUpdateStatus() {
 
 void CameraViewerWidget::xCopyFigures() {
     const picture::CameraInfo* camera = fSession->camera();
+    //: after "Camera:", when no camera is chosen
     const QString name = camera != nullptr ? obvista::plainText(camera->fName) : tr("none");
     QApplication::clipboard()->setText(
+        //: %1 is a name and an address
         tr("Robot: %1").arg(robotName() + obvista::statusSeparator() + robotAddress()) +
+        //: %1 is a name
         QLatin1Char('\n') + tr("Camera: %1").arg(name) + QLatin1Char('\n') +
         figuresReport(fFigures));
     xTell(tr("The figures are in the clipboard."));

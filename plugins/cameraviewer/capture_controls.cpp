@@ -46,6 +46,7 @@ QString shown(const QString& file) {
 
 QString savedText(const QString& file) {
     const QFileInfo info(file);
+    //: %1 is a folder, %2 the name of a file
     return CaptureControls::tr("Picture saved in the folder %1 as %2")
         .arg(shown(info.path()), info.fileName());
 }
@@ -58,6 +59,7 @@ QString endText(const RecorderStatus& status) {
     if (status.fFrames == 0) {
         return CaptureControls::tr("Nothing was recorded, since no picture arrived.");
     }
+    //: %1 is a duration, %2 a size such as "2.5 MB", %3 a file
     return CaptureControls::tr("Recorded %1 s (%2) to %3")
         .arg(QString::number(status.fSeconds, 'f', 1), sizeText(status.fBytes),
              shown(status.fFile));
@@ -165,6 +167,7 @@ QString CaptureControls::progressText() const {
         tr("%1 frames", nullptr, obvista::pluralOf(status.fFrames)).arg(status.fFrames),
         sizeText(status.fBytes)};
     if (status.fDropped > 0) {
+        //: %1 is a number of pictures
         parts += tr("%1 not recorded: the disk or the processor is too slow", nullptr,
                     obvista::pluralOf(status.fDropped))
                      .arg(status.fDropped);

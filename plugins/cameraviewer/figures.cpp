@@ -41,6 +41,7 @@ QString ageOf(const Figures& figures) {
 QString faultLines(const Figures& figures) {
     QString lines;
     for (const auto& [fault, count] : figures.fFaults) {
+        //: %2 is the sentence that gives the reason
         lines += Texts::tr("Not shown: %1 frames. %2", nullptr, obvista::pluralOf(count))
                      .arg(count)
                      .arg(faultSentence(fault)) +
@@ -106,13 +107,17 @@ QString byteRateText(double bytesPerSecond) {
 }
 
 QString figuresLine(const Figures& figures) {
+    //: %1 is a number of pictures a second; in the status line
     QStringList parts{Texts::tr("%1 received").arg(number(figures.fReceived, 1)),
+                      //: %1 is a number of pictures a second; in the status line
                       Texts::tr("%1 shown").arg(number(figures.fShown, 1)),
+                      //: %1 is a number of pictures; in the status line
                       Texts::tr("%1 dropped a second").arg(number(figures.fDropped, 1))};
     if (!figures.fReplay.isEmpty()) {
         parts.prepend(figures.fReplay);
     }
     if (figures.fAge) {
+        //: age of the shown picture, with its unit; in the status line
         parts += Texts::tr("age %1").arg(ageOf(figures));
     }
     parts += byteRateText(figures.fBytes);
@@ -139,7 +144,9 @@ QString figuresReport(const Figures& figures) {
            Texts::tr("Shown: %1 frames a second").arg(number(figures.fShown, 2)) +
            QLatin1Char('\n') +
            Texts::tr("Dropped: %1 frames a second").arg(number(figures.fDropped, 2)) +
+           //: %1 is a whole number
            QLatin1Char('\n') + Texts::tr("Bytes: %1 a second").arg(number(figures.fBytes, 0)) +
+           //: %1 is a time with its unit, or "no picture"
            QLatin1Char('\n') + Texts::tr("Age when shown: %1").arg(age) + QLatin1Char('\n') +
            faultLines(figures);
 }

@@ -39,6 +39,7 @@ QString textOf(const std::vector<Histogram>& histograms) {
         return HistogramPanel::tr("No picture");
     }
     if (histograms.size() == 1) {
+        //: darkest, brightest and mean value of a picture without colours
         return HistogramPanel::tr("Range %1 to %2\nMean %3")
             .arg(histograms.front().fMinimum)
             .arg(histograms.front().fMaximum)
@@ -48,6 +49,7 @@ QString textOf(const std::vector<Histogram>& histograms) {
                                        HistogramPanel::tr("Blue")};
     QStringList lines;
     for (std::size_t channel = 0; channel < histograms.size(); ++channel) {
+        //: %1 is a colour; its smallest, largest and mean value
         lines += HistogramPanel::tr("%1 %2 to %3, mean %4")
                      .arg(names.at(channel))
                      .arg(histograms[channel].fMinimum)

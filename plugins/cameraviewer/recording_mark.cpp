@@ -47,6 +47,7 @@ void RecordingMark::showProgress(double seconds, std::int64_t bytes) {
     const QString progress = clockText(seconds) + obvista::statusSeparator() + sizeText(bytes);
     if (progress != text()) {
         setText(progress);
+        //: %1 is what the recording says of its progress
         setAccessibleName(tr("Recording: %1").arg(progress));
         // Keeps the following widgets in place when the width of the digits changes.
         setMinimumWidth(std::max(minimumWidth(), sizeHint().width()));

@@ -39,6 +39,7 @@ QString reasonForNoCamera(const Situation& situation) {
                     "This robot does not list its cameras: its module KVVideo has no method "
                     "getCameras. Enter a camera's name above to watch it.");
             default:
+                //: %1 is the reason in the robot's words
                 return Texts::tr("The robot does not list its cameras: %1")
                     .arg(obvista::plainText(situation.fFailure->toString()));
         }
@@ -52,6 +53,7 @@ QString reasonForNoCamera(const Situation& situation) {
 
 QString reasonOfFrames(const Situation& situation) {
     if (situation.fEnd) {
+        //: %2 is the reason in the robot's words
         return Texts::tr("The robot has ended the pictures of camera \"%1\": %2")
             .arg(situation.fCamera, obvista::plainText(situation.fEnd->toString()));
     }

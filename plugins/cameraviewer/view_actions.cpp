@@ -33,7 +33,7 @@ ViewActions::ViewActions(PictureView* view) : QObject(view), fView(view), fMenu(
     fMenu->addSeparator();
     fGrid = xAddToggle("gridAction", tr("&Grid"), tr("Lines between pixels, or groups of them"),
                        {Qt::Key_G});
-    fHistogram = xAddToggle("histogramAction", tr("Hi&stogram"),
+    fHistogram = xAddToggle("histogramAction", tr("Histogra&m"),
                             tr("Histogram of the picture's values"), {Qt::Key_I});
 
     connect(fFit, &QAction::triggered, view, &PictureView::fit);

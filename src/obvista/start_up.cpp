@@ -5,6 +5,7 @@
 #include "command_line.h"
 #include "identity.h"
 #include "main_window.h"
+#include "translations.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -109,6 +110,7 @@ int run(int argc, char** argv) {
         return EXIT_SUCCESS;
     }
 
+    installTranslations();
     MainWindow window;
     window.setAppFolder(QCoreApplication::applicationDirPath());
     window.init();

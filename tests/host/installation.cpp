@@ -63,6 +63,13 @@ void Installation::addFile(const QString& fileName, const QByteArray& contents) 
     }
 }
 
+void Installation::addTranslations() const {
+    if (!QFile::link(buildFolder() + QStringLiteral("/share/obvista/translations"),
+                     fRoot.filePath(QStringLiteral("share/obvista/translations")))) {
+        qFatal("cannot link the translations");
+    }
+}
+
 QString Installation::addProgram() const {
     QString program = appFolder() + QStringLiteral("/obvista");
     copy(buildFolder() + QStringLiteral("/bin/obvista"), program);

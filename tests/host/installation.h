@@ -35,6 +35,8 @@ class Installation {
     /** Copies a fixture into the plugins folder, as "lib<fixture>.so" unless a name is given. */
     void addPlugin(const QString& fixture, const QString& fileName = {}) const;
     void addFile(const QString& fileName, const QByteArray& contents = {}) const;
+    /** Adds the catalogues of translations. */
+    void addTranslations() const;
     /** Copies the program, so that it uses this installation's folders. */
     QString addProgram() const;
 

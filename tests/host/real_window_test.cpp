@@ -53,6 +53,30 @@ class RealWindowTest : public QObject {
         QCOMPARE(fProgram->standardError(), QString());
     }
 
+    void speaksTheUsersLanguage_data() {
+        QTest::addColumn<QString>("title");
+        const QString german = QStringLiteral("Das Bonjour-Netz kann nicht abgehört werden");
+        const QString french = QStringLiteral("Impossible d’écouter le réseau Bonjour");
+        QTest::newRow("de") << german;
+        QTest::newRow("de_AT.UTF-8") << german;
+        // There is no catalogue of the first one's texts.
+        QTest::newRow("eo:fr:de") << french;
+        // Texts are English without a catalogue.
+        QTest::newRow("en_GB:de") << a_noDiscoveryDialog;
+        QTest::newRow("eo") << a_noDiscoveryDialog;
+        QTest::newRow("C") << a_noDiscoveryDialog;
+    }
+
+    void speaksTheUsersLanguage() {
+        QFETCH(QString, title);
+        fInstallation->addTranslations();
+        const QByteArray before = qgetenv("LANGUAGE");
+        qputenv("LANGUAGE", QTest::currentDataTag());
+        fProgram = std::make_unique<Program>(*fInstallation, QStringList());
+        qputenv("LANGUAGE", before);
+        answer(title);
+    }
+
     void followsTheMouse() {
         start({});
         moveTo(a_inMemoryZone);

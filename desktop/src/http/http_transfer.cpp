@@ -21,6 +21,7 @@ std::unique_ptr<HttpTransfer> HttpTransfer::start(const QString& host, quint16 p
         return std::unique_ptr<HttpTransfer>(
             start(host, port, path, timeOut, std::move(onProgress)));
     } catch (const base::LibraryError& problem) {
+        //: %1 is a file, %2 the system's reason
         *error = QCoreApplication::translate("HttpTransfer", "The library %1 cannot be loaded: %2")
                      .arg(file, QString::fromLocal8Bit(problem.what()));
         return nullptr;

@@ -94,6 +94,7 @@ void MatroskaFiles::xBegin(const Kind& kind, const KVFrame& frame) {
     settings.fWidth = static_cast<int>(kind.fWidth);
     settings.fHeight = static_cast<int>(kind.fHeight);
     settings.fTitle =
+        //: title of a video: a camera, its robot and the time
         Texts::tr("%1 of %2, %3")
             .arg(originText(fOrigin.fCamera), originText(fOrigin.fRobot), timeText(frame.fTime))
             .toStdString();

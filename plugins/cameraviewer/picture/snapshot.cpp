@@ -15,6 +15,7 @@ struct Texts {
 };
 
 QString failureText(const QString& file, const QString& reason) {
+    //: %1 is a file, %2 the system's reason
     return Texts::tr("The snapshot %1 could not be written: %2.")
         .arg(QDir::toNativeSeparators(file), reason);
 }

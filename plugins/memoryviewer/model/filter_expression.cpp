@@ -122,6 +122,7 @@ void FilterExpression::xAddPattern(Term term, const QString& pattern) {
     term.fPattern.setPattern(pattern);
     term.fPattern.setPatternOptions(QRegularExpression::CaseInsensitiveOption);
     if (!term.fPattern.isValid()) {
+        //: %2 is the library's reason, in English
         fFault = Texts::tr("\"%1\" is not a valid regular expression: %2.")
                      .arg(pattern, term.fPattern.errorString());
         return;
@@ -141,6 +142,7 @@ void FilterExpression::xAddType(Term term, const QString& name) {
         for (const KVValue::Type type : a_types) {
             names += QLatin1String(KVValue::typeName(type));
         }
+        //: %2 is a list of words that stay English
         fFault = Texts::tr("There is no type \"%1\"; the types are %2.")
                      .arg(name, names.join(QLatin1String(", ")));
         return;

@@ -58,6 +58,7 @@ QString toolTipText(const MemoryKey& key) {
                         (obvista::exactValueText(key.fValue) + QLatin1Char(' ') + unit).trimmed());
     const QDateTime time = QDateTime::fromMSecsSinceEpoch(key.fTime / 1000);
     text +=
+        //: before the time of the last change of a value
         toolTipLine(Texts::tr("Changed"), time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz")));
     if (isEditable(key, ValueColumn)) {
         const QString range =
@@ -65,6 +66,7 @@ QString toolTipText(const MemoryKey& key) {
                 ? obvista::plainText(key.fInfo.fRange->toString(key.type(), key.fInfo.fUnit))
                 : QString();
         if (!range.isEmpty()) {
+            //: before the range of a value
             text += toolTipLine(Texts::tr("Accepts"), range);
         }
         text += QStringLiteral("<br/>") + Texts::tr("Writable: F2 edits the value.");
@@ -110,6 +112,7 @@ QVariant keyCellData(const KeyStore& keys, const MemoryKey& key, int column, int
             return toolTipText(key);
         case Qt::AccessibleTextRole:
             return isEditable(key, column)
+                       //: %1 is a value; for screen readers
                        ? Texts::tr("%1, writable").arg(keyCellText(keys, key, column))
                        : QVariant();
         case Qt::TextAlignmentRole:
@@ -173,6 +176,7 @@ QString ageText(double seconds) {
     }
     const auto whole = static_cast<qint64>(age + a_roundingOfSeconds);
     if (whole < a_secondsInHour) {
+        //: minutes and seconds
         return Texts::tr("%1:%2 min").arg(whole / 60).arg(whole % 60, 2, 10, QLatin1Char('0'));
     }
     return age < a_secondsInDay ? Texts::tr("%1 h").arg(age / a_secondsInHour, 0, 'f', 1)

@@ -159,6 +159,7 @@ QVariant WatchModel::data(const QModelIndex& index, int role) const {
 QVariant WatchModel::xMissingData(int row, int column, int role) const {
     switch (role) {
         case Qt::DisplayRole:
+            //: instead of the value of a watched key
             return column == ValueColumn ? QVariant(tr("not there")) : QVariant();
         case Qt::ToolTipRole:
             return tr(

@@ -10,6 +10,8 @@
 #include <QMimeData>
 #include <QPainter>
 
+#include <algorithm>
+
 namespace memoryviewer {
 
 namespace {
@@ -89,6 +91,7 @@ void CurveLegend::setPlots(const std::vector<std::vector<LegendEntry>>& plots) {
     fIsFilling = true;
     clear();
     for (std::size_t number = 0; number < plots.size(); ++number) {
+        //: %1 is the number of a plot
         auto* branch = new QTreeWidgetItem(this, {tr("Plot %1").arg(number + 1), QString()});
         branch->setData(NameColumn, a_keyRole, -1);
         branch->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDropEnabled);
@@ -153,6 +156,8 @@ void CurveLegend::setValue(int key, const QString& text) {
 void CurveLegend::setValuesTitle(const QString& title) {
     if (headerItem()->text(ValueColumn) != title) {
         headerItem()->setText(ValueColumn, title);
+        header()->resizeSection(ValueColumn, std::max(header()->sectionSize(ValueColumn),
+                                                      header()->sectionSizeHint(ValueColumn)));
     }
 }
 

@@ -40,6 +40,7 @@ QString readingOf(const CurveHistory& curve, const TimeAxis& time) {
     const auto at = !cursor && time.replay() ? time.now() : cursor;
     const auto point = at ? curve.pointAt(*at) : lastValue(curve);
     const bool isAhead = at && *at > time.knownUntil();
+    //: no value at the time of the cursor
     return !point || isAhead ? Texts::tr("none") : readingOf(point->fValue);
 }
 

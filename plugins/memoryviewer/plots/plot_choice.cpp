@@ -181,6 +181,7 @@ void PlotChoice::take(const QStringList& names, int toPlot, int fromPlot) {
         }
     }
     if (xTakeNew(keys, toPlot) && !refused.isEmpty()) {
+        //: %1 is a list of keys
         Q_EMIT said(tr("Not plotted, since the values are not numbers: %1.")
                         .arg(refused.join(QStringLiteral(", "))));
     }

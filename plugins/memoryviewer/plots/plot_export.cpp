@@ -17,6 +17,7 @@ namespace {
 constexpr std::size_t a_bytesPerWrite = 65536;
 
 QString failure(const QString& fileName, const QString& reason) {
+    //: %1 is a file, %2 the system's reason
     return QCoreApplication::translate("memoryviewer::PlotExport", "%1 cannot be written: %2.")
         .arg(QFileInfo(fileName).fileName(), reason);
 }

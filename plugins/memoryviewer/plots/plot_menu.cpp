@@ -29,6 +29,7 @@ void PlotMenu::xAddCurveActions(std::size_t plot, int key) {
               [choice = fChoice, plot, key] { choice->removeKey(plot, key); });
     QMenu* targets = addMenu(tr("&Move curve to"));
     for (std::size_t to = 0; to < fPlots->size(); ++to) {
+        //: %1 is the number of a plot
         QAction* target = targets->addAction(tr("Plot %1").arg(to + 1));
         target->setEnabled(to != plot);
         connect(target, &QAction::triggered, fChoice,

@@ -375,6 +375,7 @@ void PlotPanel::xDescribePlot(PlotView& plot, std::size_t number,
     for (const LegendEntry& entry : entries) {
         names += legendText(entry);
     }
+    //: %1 is the number of a plot
     plot.plotCanvas()->setAccessibleName(tr("Plot %1").arg(number + 1));
     plot.plotCanvas()->setAccessibleDescription(names.join(QStringLiteral(", ")));
 }
@@ -416,8 +417,10 @@ void PlotPanel::xUpdateStatus() {
         return;
     }
     const QString points =
+        //: two numbers
         tr("%1 of %2 points kept")
             .arg(obvista::countText(fHistory->size()), obvista::countText(fHistory->maximum()));
+    //: the plots move with the newest values; in the status line
     const QString state = fTime->isFollowing() ? tr("following")
                           : fTime->replay() ? tr("Space or End follows the position of the replay")
                                             : tr("paused: Space or End follows the newest values");

@@ -66,6 +66,7 @@ void PlotSaving::savePicture(const QString& fileName) {
     PlotView& plot = fPlots->plot(fPlots->current());
     const QString error =
         memoryviewer::savePicture(plotPicture(plot, fChoice->entriesOf(plot)), fileName);
+    //: %1 is a file
     xTell(error, tr("Picture saved in %1.").arg(shownName(fileName)));
 }
 
@@ -91,7 +92,9 @@ void PlotSaving::savePoints(const QString& fileName, bool onlyShown) {
 
 void PlotSaving::xOnExported(const QString& fileName, qint64 rows, const QString& error) {
     const QString name = shownName(fileName);
+    //: %1 is a file
     const QString done = rows == 1 ? tr("1 point saved in %1.").arg(name)
+                                   //: %2 is a file
                                    : tr("%1 points saved in %2.", nullptr, obvista::pluralOf(rows))
                                          .arg(obvista::countText(rows), name);
     xTell(error, done);

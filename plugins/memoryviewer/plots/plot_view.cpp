@@ -151,6 +151,7 @@ QString PlotView::xTitleOfTimes() const {
         return {};
     }
     const QString day = dayText(fTime->right());
+    //: title of the time axis; %1 is a date
     return day.isEmpty() ? tr("Robot's time") : tr("Robot's time, %1").arg(day);
 }
 

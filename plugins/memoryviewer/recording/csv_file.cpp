@@ -105,6 +105,7 @@ bool CsvFile::close() {
 /** @return false, as the result of the caller */
 bool CsvFile::xFail(int number) {
     fError =
+        //: %1 is a file, %2 a sentence
         Texts::tr("%1 cannot be written: %2").arg(QFileInfo(fFileName).fileName(), reason(number));
     return false;
 }

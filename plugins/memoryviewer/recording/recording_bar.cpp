@@ -113,6 +113,7 @@ QString RecordingBar::xProgressText() const {
         parts.prepend(fError + QLatin1Char(' ') +
                       tr("The file contains the values up to that point."));
     } else if (!fRecorder->isRecording()) {
+        //: before the size and duration of a recording that has ended
         parts.prepend(tr("Recorded"));
     }
     return parts.join(obvista::statusSeparator());

@@ -81,8 +81,11 @@ void KeyActions::xShowTreeMenu(const QPoint& position) {
     KeyTreeView* tree = fParts.fTree;
     const bool hasKeys = !tree->chosenKeys().empty();
     QMenu menu(tree);
+    //: verb: add the key to the list of watched values
     xAddAction(menu, tr("Watch"), a_watchKeys, hasKeys, &KeyActions::xWatch);
+    //: verb: show the key as a curve
     xAddAction(menu, tr("Plot"), a_plotKeys, hasKeys, &KeyActions::xPlot);
+    //: verb: show the key in a plot of its own
     xAddAction(menu, tr("Plot by itself"), {}, hasKeys, &KeyActions::xPlotByItself);
     xAddEditing(menu, tree);
     xAddCopying(menu, tree);

@@ -19,6 +19,7 @@ obvista::KeyGroup viewerKeys() {
     return {Texts::tr("Memory viewer"),
             {{standardKeys(QKeySequence::Find), Texts::tr("go to the filter")},
              {obvista::keyText(Qt::CTRL + Qt::Key_Space), Texts::tr("pause, or go on")},
+             //: must be the key of "&Record…"
              {Texts::tr("Alt+R"), Texts::tr("record to CSV, or stop")}}};
 }
 

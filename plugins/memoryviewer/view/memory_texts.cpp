@@ -30,6 +30,7 @@ QString phaseText(const MemorySituation& situation) {
         case MemoryPhase::Live:
             return Texts::tr("The robot's memory holds no keys.");
         case MemoryPhase::Refused:
+            //: %1 is the robot's reason
             return Texts::tr("The robot gives no values: %1").arg(situation.fRefusal);
         case MemoryPhase::Lost:
             return obvista::endText(obvista::LinkState::Lost);
@@ -45,11 +46,13 @@ QString keysText(const ViewerSituation& situation) {
                              : Texts::tr("%n keys", nullptr, obvista::pluralOf(situation.fKeys));
     return situation.fShown == situation.fKeys
                ? keys
+               //: a number, and a text such as "500 keys"
                : Texts::tr("%1 of %2").arg(situation.fShown).arg(keys);
 }
 
 QString changesText(const ViewerSituation& situation) {
     if (situation.fQuietSeconds >= a_longQuiet) {
+        //: in the status line
         return Texts::tr("no change for %1 s").arg(static_cast<int>(situation.fQuietSeconds));
     }
     return situation.fUpdates == 1 ? Texts::tr("1 update a second")
@@ -93,6 +96,7 @@ QString messageFor(const ViewerSituation& situation) {
     if (situation.fKeys == 0) {
         return phaseText(situation);
     }
+    //: %1 is a number, %2 what the user entered
     return Texts::tr("None of the %1 keys matches the filter \"%2\".")
         .arg(situation.fKeys)
         .arg(obvista::plainText(situation.fFilter.toStdString(), a_maxFilterLength));
@@ -111,6 +115,7 @@ QString noticeFor(const ViewerSituation& situation) {
     }
     return situation.fPausedSince.isEmpty()
                ? QString()
+               //: %1 is a time of day
                : Texts::tr("Paused. These are the values of %1.").arg(situation.fPausedSince);
 }
 
@@ -118,9 +123,11 @@ QString statusFor(const ViewerSituation& situation) {
     QStringList parts{keysText(situation), activityText(situation)};
     if (situation.isLive() && situation.fRoundTrip >= 0) {
         const double milliseconds = situation.fRoundTrip * a_millisecondsInSecond;
+        //: in the status line
         parts += Texts::tr("round trip %1 ms").arg(milliseconds, 0, 'f', milliseconds < 10 ? 1 : 0);
     }
     if (situation.isLive() && situation.fAge >= 0) {
+        //: time since the newest value, with its unit; in the status line
         parts += Texts::tr("age %1").arg(ageText(situation.fAge));
     }
     return parts.join(obvista::statusSeparator());

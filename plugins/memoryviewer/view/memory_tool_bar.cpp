@@ -48,6 +48,7 @@ MemoryToolBar::MemoryToolBar(QWidget* parent)
     connect(fFilter, &QLineEdit::textChanged, this, &MemoryToolBar::filterChanged);
     connect(fFilter, &QLineEdit::returnPressed, this, &MemoryToolBar::filterLeft);
 
+    //: show the keys as a list instead of a tree
     fFlat = xAddButton("memoryFlat", tr("List"), tr("Keys by their whole names instead of a tree"));
     connect(fFlat, &QToolButton::toggled, this, &MemoryToolBar::formChanged);
     fColumns = xAddButton("memoryColumns", tr("Columns"), tr("Choose what is shown of each key"));

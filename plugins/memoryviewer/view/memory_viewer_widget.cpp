@@ -312,10 +312,12 @@ void MemoryViewerWidget::xOnPause() {
 
 void MemoryViewerWidget::xOnWriteRefused(const std::string& key, const QString& reason) {
     xSayRefusal(
+        //: %1 is a key; %2 says why it was not changed
         tr("%1 keeps its value: %2").arg(obvista::plainText(key, a_maxKeyNameLength), reason));
 }
 
 void MemoryViewerWidget::xOnEntryRefused(const QString& problem) {
+    //: %1 says why
     xSayRefusal(tr("Nothing was written. %1").arg(problem));
 }
 

@@ -53,6 +53,7 @@ KeyList::KeyList(const QString& title, const std::vector<KeyGroup>& groups, QWid
     setObjectName(QStringLiteral("keyList"));
     setWindowTitle(title);
     auto* list = new QTreeWidget(this);
+    //: keys of the keyboard, beside what each does
     list->setAccessibleName(tr("Keys"));
     list->setHeaderLabels({tr("Keys"), tr("Effect")});
     list->setRootIsDecorated(false);

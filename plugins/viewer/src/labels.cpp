@@ -130,6 +130,7 @@ void nameByLabel(QWidget& control, const QString& name) {
 void setStatus(QLabel& line, const QString& status) {
     line.setText(status);
     explain(line, status);
+    //: %1 is the status line, for screen readers
     line.setAccessibleName(QCoreApplication::translate("viewer", "Status: %1").arg(status));
 }
 

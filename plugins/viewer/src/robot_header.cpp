@@ -20,6 +20,7 @@ RobotHeader::RobotHeader(const QString& name, const QString& address, QWidget* p
       fName(makeStatusLine("robotName", this)),
       fAddress(makeLabel("robotAddress", this)) {
     fName->setText(name);
+    //: name and address, for screen readers
     fName->setAccessibleName(tr("Robot %1, %2").arg(name, address));
     explain(*fName, tr("Robot %1, %2").arg(name, address));
     fAddress->setText(address);

@@ -125,7 +125,7 @@ TimeBar::TimeBar(QWidget* parent)
                                 this)),
       fPosition(makeLabel("replayPosition", this)),
       fSpeed(new QComboBox(this)),
-      fLoop(new QCheckBox(tr("&Loop"), this)),
+      fLoop(new QCheckBox(tr("L&oop"), this)),
       fFault(makeBanner("replayFault", this)) {
     setObjectName(QStringLiteral("timeBar"));
     fSlider->setObjectName(QStringLiteral("replaySlider"));
@@ -149,6 +149,7 @@ TimeBar::TimeBar(QWidget* parent)
     for (const double speed : a_speeds) {
         fSpeed->addItem(speedText(speed), speed);
     }
+    //: of a replay
     nameByLabel(*fSpeed, tr("Speed"));
     fSpeed->setToolTip(tr("Seconds of the recording in a second"));
     connect(fSpeed, QOverload<int>::of(&QComboBox::activated), this,
@@ -286,6 +287,7 @@ QString TimeBar::xTimeText(std::int64_t time) const {
 
 void TimeBar::xShowPosition() {
     const QString text =
+        //: a time of day, the time since the start of a recording, and its length
         tr("%1   %2 of %3")
             .arg(xTimeText(fState.fPosition), durationText(fState.fPosition - fState.fStart),
                  durationText(fState.fEnd - fState.fStart));

@@ -1,0 +1,18 @@
+#ifndef OBVISTA_TESTS_SUPPORT_CUT_TEXTS_H
+#define OBVISTA_TESTS_SUPPORT_CUT_TEXTS_H
+
+#include <QStringList>
+
+class QWidget;
+
+namespace obvista_test {
+
+/**
+ * Returns the texts of a window's visible buttons, boxes, labels, column titles and tool bars that
+ * do not fit into them. Labels that may have any width, such as status lines, are not included.
+ */
+QStringList cutTexts(const QWidget& window);
+
+}  // namespace obvista_test
+
+#endif

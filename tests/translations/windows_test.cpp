@@ -1,0 +1,141 @@
+// The windows in each language, with normal and large fonts: translated, and no text is cut.
+#include "announced.h"
+#include "browserobots_dialog.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QDockWidget>
+#include <QLabel>
+#include <QTranslator>
+#include <QTreeView>
+#include <QtTest>
+#include <qt_test_main.h>
+
+#include <cut_texts.h>
+#include <memory>
+#include <robot_process.h>
+#include <viewer_driver.h>
+
+using namespace obvista_test;
+
+namespace {
+
+constexpr char a_number[] = "Battery/Voltage";
+
+}  // namespace
+
+class WindowsTest : public QObject {
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void memoryViewer();
+    void cameraViewer();
+    void robotBrowser();
+
+    void memoryViewer_data() { xAddLanguages(); }
+    void cameraViewer_data() { xAddLanguages(); }
+    void robotBrowser_data() { xAddLanguages(); }
+
+  private:
+    static void xAddLanguages();
+    /** Returns a docked viewer of the robot. */
+    QWidget* xShow(PluginDriver& driver) const;
+    static QString xTranslated(const char* context, const char* text);
+
+    QFont fFont;
+    std::unique_ptr<RobotProcess> fRobot;
+    std::unique_ptr<QTranslator> fTranslator;
+};
+
+void WindowsTest::initTestCase() {
+    fFont = QApplication::font();
+    fRobot = std::make_unique<RobotProcess>();
+}
+
+void WindowsTest::xAddLanguages() {
+    QTest::addColumn<QString>("language");
+    QTest::addColumn<double>("scale");
+    for (const char* language : {"de", "fr", "ja"}) {
+        for (const double scale : {1.0, 2.0}) {
+            QTest::addRow("%s, %g %%", language, 100 * scale) << language << scale;
+        }
+    }
+}
+
+void WindowsTest::init() {
+    QFETCH(QString, language);
+    QFETCH(double, scale);
+    QFont font = fFont;
+    font.setPointSizeF(fFont.pointSizeF() * scale);
+    QApplication::setFont(font);
+    fTranslator = std::make_unique<QTranslator>();
+    QVERIFY(fTranslator->load(
+        QStringLiteral("obvista_") + language,
+        qEnvironmentVariable("OBVISTA_BUILD_DIR") + QStringLiteral("/share/obvista/translations")));
+    QVERIFY(QCoreApplication::installTranslator(fTranslator.get()));
+}
+
+void WindowsTest::cleanup() {
+    fTranslator.reset();  // this removes it
+    QApplication::setFont(fFont);
+}
+
+QWidget* WindowsTest::xShow(PluginDriver& driver) const {
+    driver.window().resize(1200, 900);
+    QWidget* viewer = driver.dock(driver.createWidget(fRobot->port()))->widget();
+    return QTest::qWaitForWindowExposed(&driver.window()) ? viewer : nullptr;
+}
+
+QString WindowsTest::xTranslated(const char* context, const char* text) {
+    const QString translated = QCoreApplication::translate(context, text);
+    return translated == QLatin1String(text) ? QString() : translated;
+}
+
+void WindowsTest::memoryViewer() {
+    PluginDriver driver(QStringLiteral("memoryviewer"));
+    QWidget* viewer = xShow(driver);
+    QVERIFY(viewer != nullptr);
+    const QTreeView* tree = treeOf(viewer);
+    QTRY_VERIFY(indexOf(viewer, a_number).isValid());
+    choose(viewer, a_number);
+    QTest::keyClick(treeOf(viewer), Qt::Key_P, Qt::ControlModifier);
+    const auto* plot = viewer->findChild<QWidget*>(QStringLiteral("plot"));
+    QTRY_VERIFY(plot != nullptr && plot->isVisible());
+    const QString name = xTranslated("memoryviewer::KeyCells", "Name");
+    if (!name.isEmpty()) {  // in German the same
+        QCOMPARE(tree->model()->headerData(0, Qt::Horizontal).toString(), name);
+    }
+    QCOMPARE(tree->model()->headerData(1, Qt::Horizontal).toString(),
+             xTranslated("memoryviewer::KeyCells", "Value"));
+    QTRY_COMPARE(cutTexts(*viewer).join(QLatin1Char('|')), QString());
+}
+
+void WindowsTest::cameraViewer() {
+    PluginDriver driver(QStringLiteral("cameraviewer"));
+    QWidget* viewer = xShow(driver);
+    QVERIFY(viewer != nullptr);
+    auto* camera = viewer->findChild<QComboBox*>(QStringLiteral("cameraBox"));
+    QVERIFY(camera != nullptr);
+    QTRY_VERIFY(camera->count() > 0);
+    viewer->findChild<QAction*>(QStringLiteral("histogramAction"))->trigger();
+    QTRY_COMPARE(cutTexts(*viewer).join(QLatin1Char('|')), QString());
+}
+
+void WindowsTest::robotBrowser() {
+    Announced announced;
+    announced.robot("marvin.local", 9559, "192.0.2.7");
+    announced.robotWithoutMiddleware("sleeper.local", "192.0.2.8");
+    KD::BrowseRobotsDialog dialog(nullptr, QString(), QString());
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+    QCOMPARE(dialog.windowTitle(), xTranslated("KD::BrowseRobotsDialog", "Browse robots"));
+    QTRY_COMPARE(cutTexts(dialog).join(QLatin1Char('|')), QString());
+}
+
+OBVISTA_QTEST_MAIN(WindowsTest)
+#include "windows_test.moc"
