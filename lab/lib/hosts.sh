@@ -128,3 +128,16 @@ forget_host() {
     ip link delete "$(host_port "$1")" 2>/dev/null || true
     rm -rf -- "${lab_hosts:?}/$1"
 }
+
+# find_robot_program: prints the path of robaxi-robot.
+find_robot_program() {
+    local candidate
+    for candidate in "${ROBAXI_ROBOT:-}" "$lab/../build/release/bin/robaxi-robot"; do
+        if [ -n "$candidate" ] && [ -x "$candidate" ]; then
+            realpath "$candidate"
+            return
+        fi
+    done
+    command -v robaxi-robot ||
+        die "robaxi-robot was not found (ROBAXI_ROBOT, build/release/bin, PATH)"
+}

@@ -73,6 +73,7 @@ po::options_description describedOptions() {
          "MCAP file with a recorded robot, which is served instead of a simulated one")
         ("robot", po::value<std::string>()->default_value(""),
          "name of the robot to replay, of several in the file")
+        ("list-robots", "print the names of the robots in the file, one a line, and exit")
         ("start", po::value<double>()->default_value(0, "0"),
          "seconds from the beginning of the recording at which the replay begins")
         ("speed", po::value<double>()->default_value(1, "1"),
@@ -185,7 +186,7 @@ Replay toReplay(const po::variables_map& given) {
     Replay replay;
     replay.fFile = given["replay"].as<std::string>();
     if (replay.fFile.empty()) {
-        refuseTogether(given, {"robot", "start", "speed", "loop", "paused"},
+        refuseTogether(given, {"robot", "list-robots", "start", "speed", "loop", "paused"},
                        " needs --replay and a file");
         return replay;
     }
@@ -196,6 +197,7 @@ Replay toReplay(const po::variables_map& given) {
         throw std::invalid_argument("--sim-port is for a simulated robot, not for --replay");
     }
     replay.fRobot = given["robot"].as<std::string>();
+    replay.fIsList = given.count("list-robots") != 0;
     replay.fPlayer.fStart = toNumberWithin(given, "start", 0.0, longest);
     replay.fPlayer.fSpeed = toNumberWithin(given, "speed", a_lowestSpeed, a_highestSpeed);
     replay.fPlayer.fLoop = given.count("loop") != 0;

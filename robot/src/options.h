@@ -24,8 +24,9 @@ struct Security {
 
 /** A recording that is a robot. */
 struct Replay {
-    std::string fFile;   ///< empty for none
-    std::string fRobot;  ///< one of several in the file; empty for the only one
+    std::string fFile;     ///< empty for none
+    std::string fRobot;    ///< one of several in the file; empty for the only one
+    bool fIsList = false;  ///< only the names of the robots in the file are wanted
     PlayerOptions fPlayer;
 };
 

@@ -54,8 +54,14 @@ int runProgram(int argc, char** argv) {
         return parsed.fExitStatus;
     }
     try {
-        MainLoop loop;
         const Options& options = *parsed.fOptions;
+        if (options.fReplay.fIsList) {
+            for (const std::string& name : replayableRobots(options.fReplay.fFile)) {
+                std::cout << name << '\n';
+            }
+            return 0;
+        }
+        MainLoop loop;
         if (options.fReplay.fFile.empty()) {
             const Robot robot(options, loop, {say, complain});
             say(readyLine(options, options.fName));

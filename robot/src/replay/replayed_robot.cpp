@@ -42,15 +42,21 @@ std::string listed(const std::vector<RecordedRobot>& robots, const std::string& 
     return names;
 }
 
-RecordedRobot chosenRobot(const recording::Reader& reader, const Replay& replay) {
+std::vector<RecordedRobot> robotsIn(const recording::Reader& reader, const std::string& file) {
     std::vector<RecordedRobot> robots = recorded_robot::robotsOf(reader);
     robots.erase(std::remove_if(robots.begin(), robots.end(),
                                 [](const RecordedRobot& robot) { return !canBeReplayed(robot); }),
                  robots.end());
-    const std::string file = base::oneLine(replay.fFile);
     if (robots.empty()) {
-        throw std::runtime_error(file + " has no values and pictures that can be replayed");
+        throw std::runtime_error(base::oneLine(file) +
+                                 " has no values and pictures that can be replayed");
     }
+    return robots;
+}
+
+RecordedRobot chosenRobot(const recording::Reader& reader, const Replay& replay) {
+    std::vector<RecordedRobot> robots = robotsIn(reader, replay.fFile);
+    const std::string file = base::oneLine(replay.fFile);
     if (replay.fRobot.empty() && robots.size() > 1) {
         throw std::runtime_error(file + " has several robots: " + listed(robots, replay.fFile) +
                                  "; --robot chooses one");
@@ -67,6 +73,15 @@ RecordedRobot chosenRobot(const recording::Reader& reader, const Replay& replay)
 }
 
 }  // namespace
+
+std::vector<std::string> replayableRobots(const std::string& file) {
+    const recording::Reader reader(file);
+    std::vector<std::string> names;
+    for (const RecordedRobot& robot : robotsIn(reader, file)) {
+        names.push_back(nameOf(robot, file));
+    }
+    return names;
+}
 
 ReplayedRobot::ReplayedRobot(const Options& options, const Output& output)
     : fReader(options.fReplay.fFile),

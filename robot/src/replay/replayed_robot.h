@@ -13,8 +13,16 @@
 #include <recorded_robot/recorded_robot.h>
 #include <recording/reader.h>
 #include <string>
+#include <vector>
 
 namespace robot {
+
+/**
+ * Returns the names of the robots in a recording that can be replayed, in its order.
+ *
+ * @throws std::runtime_error with a sentence if it cannot be read or has none
+ */
+std::vector<std::string> replayableRobots(const std::string& file);
 
 /**
  * A robot of a recording, served like any other: its values and cameras, the module "KVReplay", its
