@@ -179,7 +179,7 @@ TEST(RecordingCommand, WrongFilesAndWordsAreRefused) {
     expectFailure(a_badRecording, "No such file", runRecording({"check", pathOf("nosuch.mcap")}));
     expectFailure(a_wrongUsage, "did you mean 'check'?",
                   runRecording({"chek", sample("any.mcap")}));
-    expectFailure(a_wrongUsage, "--output is for 'cut', 'merge' and 'repair'",
+    expectFailure(a_wrongUsage, "--output is for 'export', 'cut', 'merge' and 'repair'",
                   runRecording({"info", sample("any.mcap"), "-o", "x.mcap"}));
     expectFailure(a_cannotWrite, "No such file",
                   runRecording({"repair", sample("any.mcap"), "-o", pathOf("no/x.mcap")}));
@@ -253,7 +253,7 @@ TEST(RecordingCommand, CutAndMergeRefuseWrongWords) {
             expectFailure(a_wrongUsage, "is not a time in a recording", result);
         }
     }
-    expectFailure(a_wrongUsage, "--from, --to and --topic are for",
+    expectFailure(a_wrongUsage, "--from, --to, --key and --camera are for",
                   runRecording({"info", path, "--from", "2"}));
     expectFailure(a_cannotWrite, "exists", runRecording({"cut", path, "-o", path}));
     EXPECT_TRUE(before == bytesOf(path));

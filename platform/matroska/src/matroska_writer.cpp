@@ -68,7 +68,7 @@ std::string writeFailureText(const std::string& file, const std::string& reason)
     return "The recording " + base::oneLine(file) + " could not be written: " + reason + '.';
 }
 
-constexpr const char* a_fullText = "The disk is full. What was recorded until then can be played.";
+constexpr const char* a_fullText = "The disk is full.";
 
 using Bytes = std::shared_ptr<const unsigned char>;
 
@@ -287,6 +287,10 @@ void MatroskaWriter::finish() {
 std::string MatroskaWriter::failure() const {
     const std::lock_guard lock(fPrivate->fMutex);
     return fPrivate->fFailure;
+}
+
+bool MatroskaWriter::isDiskFull() const {
+    return failure() == a_fullText;
 }
 
 }  // namespace matroska

@@ -4,6 +4,7 @@
 #include <google/protobuf/descriptor.pb.h>
 #include <google/protobuf/descriptor_database.h>
 #include <google/protobuf/dynamic_message.h>
+#include <google/protobuf/stubs/logging.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -143,6 +144,7 @@ ProtobufFields::ProtobufFields(const recording::Schema& schema)
     const auto refuse = [&schema](const std::string& reason) {
         throw std::runtime_error("The schema " + schema.fName + " cannot be used: " + reason + '.');
     };
+    const pb::LogSilencer silence;
     pb::FileDescriptorSet set;
     if (!set.ParseFromString(schema.fData)) {
         refuse("it is not a FileDescriptorSet");
@@ -168,6 +170,8 @@ void ProtobufFields::take(std::string_view message, const std::string& path,
     if (message.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
         return;
     }
+    // A text that is not UTF-8 would be reported on standard error.
+    const pb::LogSilencer silence;
     const std::unique_ptr<pb::Message> parsed(fPrivate->fPrototype->New());
     if (parsed->ParsePartialFromArray(message.data(), static_cast<int>(message.size()))) {
         takeMessage(*parsed, path, take);

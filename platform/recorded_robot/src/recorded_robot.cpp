@@ -1,4 +1,7 @@
+#include <base/safe_text.h>
+
 #include <algorithm>
+#include <filesystem>
 #include <recorded_robot/recorded_robot.h>
 #include <string_view>
 #include <utility>
@@ -16,6 +19,8 @@ constexpr std::string_view a_camera = "/camera/";
 constexpr std::string_view a_events = "/events";
 /** More metadata records than a recording has robots are not read. */
 constexpr std::size_t a_mostRobots = 1000;
+constexpr std::size_t a_longestName = 63;  // the longest label of a name that is announced
+constexpr std::size_t a_mostNamed = 20;
 
 bool startsWith(std::string_view text, std::string_view beginning) {
     return text.substr(0, beginning.size()) == beginning;
@@ -106,7 +111,27 @@ std::vector<Robot> describedRobots(const Reader& reader) {
     return robots;
 }
 
+bool canBeReplayed(const RecordedRobot& robot) {
+    return std::any_of(robot.fChannels.begin(), robot.fChannels.end(), [](const auto& channel) {
+        return channel.second.fContent != Content::Unknown;
+    });
+}
+
+std::string listed(const std::vector<RecordedRobot>& robots, const std::string& file) {
+    std::string names;
+    for (std::size_t i = 0; i < std::min(robots.size(), a_mostNamed); ++i) {
+        names += (i == 0 ? "" : ", ") + displayName(robots[i], file);
+    }
+    return names;
+}
+
 }  // namespace
+
+std::string displayName(const RecordedRobot& robot, const std::string& file) {
+    const std::string name =
+        robot.fName.empty() ? std::filesystem::path(file).stem().string() : robot.fName;
+    return std::string(base::beginning(base::oneLine(name), a_longestName));
+}
 
 std::vector<RecordedRobot> robotsOf(const Reader& reader) {
     std::vector<Robot> robots = describedRobots(reader);
@@ -139,6 +164,35 @@ std::vector<RecordedRobot> robotsOf(const Reader& reader) {
         result.push_back(std::move(rest));
     }
     return result;
+}
+
+std::vector<RecordedRobot> replayableRobots(const Reader& reader, const std::string& file) {
+    std::vector<RecordedRobot> robots = robotsOf(reader);
+    robots.erase(std::remove_if(robots.begin(), robots.end(),
+                                [](const RecordedRobot& robot) { return !canBeReplayed(robot); }),
+                 robots.end());
+    if (robots.empty()) {
+        throw RobotChoiceError(base::oneLine(file) +
+                               " has no values and pictures that can be replayed");
+    }
+    return robots;
+}
+
+RecordedRobot chosenRobot(const Reader& reader, const std::string& file, const std::string& name) {
+    std::vector<RecordedRobot> robots = replayableRobots(reader, file);
+    const std::string shown = base::oneLine(file);
+    if (name.empty() && robots.size() > 1) {
+        throw RobotChoiceError(shown + " has several robots: " + listed(robots, file) +
+                               "; --robot chooses one");
+    }
+    const auto chosen = std::find_if(robots.begin(), robots.end(), [&](const RecordedRobot& robot) {
+        return name.empty() || displayName(robot, file) == name;
+    });
+    if (chosen == robots.end()) {
+        throw RobotChoiceError(shown + " has no robot named " + base::oneLine(name) + "; it has " +
+                               listed(robots, file));
+    }
+    return std::move(*chosen);
 }
 
 }  // namespace recorded_robot

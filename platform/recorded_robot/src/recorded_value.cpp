@@ -170,7 +170,12 @@ std::optional<RecordedEvent> recordedEvent(std::string_view message) {
     if (!map) {
         return std::nullopt;
     }
-    return RecordedEvent{textOf(*map, "event"), textOf(*map, "text")};
+    const auto messages = map->find("messages");
+    const bool hasCount = messages != map->end() && messages->second.type() == KVValue::Type::Int &&
+                          messages->second.toInt() > 0;
+    return RecordedEvent{
+        textOf(*map, "event"), textOf(*map, "text"),
+        hasCount ? static_cast<std::uint64_t>(messages->second.toInt()) : std::uint64_t{0}};
 }
 
 std::optional<std::string> bytesOfBase64(std::string_view text) {

@@ -92,7 +92,7 @@ class Merge {
         if (fSelection.fWants) {
             selection.fChannels.emplace();
             for (const auto& [id, channel] : reader.channels()) {
-                if (fSelection.fWants(channel)) {
+                if (fSelection.fWants(reader, channel)) {
                     selection.fChannels->insert(id);
                 }
             }

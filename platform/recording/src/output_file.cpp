@@ -1,11 +1,10 @@
-#include "output_file.h"
-
 #include "fields.h"
 
 #include <base/safe_text.h>
 
 #include <cerrno>
 #include <fcntl.h>
+#include <recording/output_file.h>
 #include <recording/records.h>
 #include <system_error>
 #include <unistd.h>

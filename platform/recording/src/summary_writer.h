@@ -1,9 +1,9 @@
 #ifndef RECORDING_SUMMARY_WRITER_H
 #define RECORDING_SUMMARY_WRITER_H
 
-#include "output_file.h"
 #include "spill.h"
 
+#include <recording/output_file.h>
 #include <recording/records.h>
 #include <string>
 #include <vector>

@@ -1,6 +1,5 @@
 #include "compression.h"
 #include "fields.h"
-#include "output_file.h"
 #include "spill.h"
 #include "summary_writer.h"
 
@@ -12,6 +11,7 @@
 #include <deque>
 #include <limits>
 #include <mutex>
+#include <recording/output_file.h>
 #include <recording/writer.h>
 #include <thread>
 #include <utility>

@@ -15,7 +15,7 @@ namespace cameraviewer {
 /** A frame to record, and its arrival. */
 struct ArrivedFrame {
     picture::CheckedFrame fFrame;
-    std::int64_t fArrival = 0;   ///< microseconds of a monotonic clock, see RecordingClock
+    std::int64_t fArrival = 0;  ///< microseconds of a monotonic clock, see matroska::RecordingClock
     std::uint64_t fLogTime = 0;  ///< nanoseconds since 1970 by our clock
     std::uint64_t fDropped = 0;  ///< frames before it that were not recorded
 };

@@ -2,8 +2,8 @@
 #define OBVISTA_CAMERAVIEWER_MCAP_FRAME_FILE_H
 
 #include "frame_files.h"
-#include "recording_clock.h"
 
+#include <matroska/recording_clock.h>
 #include <memory>
 #include <robot_recording/camera_topic.h>
 #include <robot_recording/robot_file.h>
@@ -35,7 +35,7 @@ class McapFrameFile : public FrameFiles {
     const std::string fCamera;
     std::unique_ptr<robot_recording::RobotFile> fFile;
     std::unique_ptr<robot_recording::CameraTopic> fTopic;
-    RecordingClock fClock;
+    matroska::RecordingClock fClock;
     std::int64_t fDuration = 0;
     bool fIsGap = false;  ///< from an end that was marked to the next frame
     QString fFailure;

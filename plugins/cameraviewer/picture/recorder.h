@@ -54,9 +54,9 @@ struct RecorderLimits {
  * fault are left out and counted; a JPEG with damage beyond its header, where picture::check() does
  * not look, is stored like any other.
  *
- * The times in a file are those of the robot's stamps, from 0 on, see RecordingClock. As a track
- * has one size, another size or format begins a new file: "name.mkv", "name-2.mkv" and so on,
- * leaving out names that are taken; each begins at 0 again.
+ * The times in a file are those of the robot's stamps, from 0 on, see matroska::RecordingClock. As
+ * a track has one size, another size or format begins a new file: "name.mkv", "name-2.mkv" and so
+ * on, leaving out names that are taken; each begins at 0 again.
  *
  * A file can be played whatever ends it. One that was not ended by stop() or the destructor (the
  * process was killed, the disk had no space at all) lacks its length and its index.

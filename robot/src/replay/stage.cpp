@@ -9,9 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
-#include <recorded_robot/recorded_image.h>
 #include <recorded_robot/recorded_value.h>
-#include <stdexcept>
 #include <utility>
 
 namespace robot {
@@ -19,27 +17,16 @@ namespace robot {
 namespace {
 
 using recorded_robot::Content;
+using recorded_robot::hasFields;
+using recorded_robot::hasPictures;
 using recorded_robot::RecordedChannel;
+using recorded_robot::timeOf;
 using recording::Message;
 using recording::Reader;
 
 /** Further keys of fields are left out. */
 constexpr std::size_t a_mostKeys = 200'000;
-constexpr std::size_t a_longestCameraName = 200;  ///< bytes, of the protocol
 constexpr std::size_t a_mostCameras = 100;
-
-std::int64_t timeOf(const Message& message) {
-    const std::uint64_t time = message.fPublishTime != 0 ? message.fPublishTime : message.fLogTime;
-    return static_cast<std::int64_t>(time / base::a_nanosecondsPerMicrosecond);
-}
-
-bool hasFields(Content content) {
-    return content == Content::JsonFields || content == Content::ProtobufFields;
-}
-
-bool hasPictures(Content content) {
-    return content == Content::Picture || content == Content::JsonPicture;
-}
 
 const char* formatName(KVPixelFormat format) {
     switch (format) {
@@ -75,25 +62,11 @@ Stage::Stage(Reader& reader, const recorded_robot::RecordedRobot& robot,
       fStart(static_cast<std::int64_t>(reader.statistics().fStart /
                                        base::a_nanosecondsPerMicrosecond)) {
     for (const auto& [id, recorded] : robot.fChannels) {
-        const recording::Channel& definition = reader.channels().at(id);
-        Channel channel{recorded, "", nullptr, {}};
-        const auto schema = reader.schemas().find(definition.fSchemaId);
-        if (schema != reader.schemas().end()) {
-            channel.fSchema = schema->second.fName;
-        }
-        if (recorded.fContent == Content::ProtobufFields) {
-            try {
-                channel.fProtobuf =
-                    std::make_unique<recorded_robot::ProtobufFields>(schema->second);
-            } catch (const std::runtime_error& failure) {
-                channel.fChannel.fContent = Content::Unknown;
-                channel.fChannel.fReason = failure.what();
-            }
-        }
-        const Content content = channel.fChannel.fContent;
+        Channel channel{{reader, id, recorded}, {}};
+        const Content content = channel.fReader.channel().fContent;
         if (content == Content::Unknown) {
-            complain("not replayed: " + base::oneLine(definition.fTopic) + ": " +
-                     base::oneLine(channel.fChannel.fReason));
+            complain("not replayed: " + base::oneLine(reader.channels().at(id).fTopic) + ": " +
+                     base::oneLine(channel.fReader.channel().fReason));
             continue;
         }
         const bool isHistory = content == Content::Group || content == Content::Events;
@@ -109,7 +82,7 @@ Stage::Stage(Reader& reader, const recorded_robot::RecordedRobot& robot,
 
 void Stage::xAddKeys(Reader& reader) {
     for (const auto& [id, channel] : fChannelsById) {
-        const RecordedChannel& recorded = channel.fChannel;
+        const RecordedChannel& recorded = channel.fReader.channel();
         const auto& counts = reader.statistics().fMessagesByChannel;
         if (recorded.fContent == Content::Value && !recorded.fName.empty() &&
             counts.count(id) != 0) {
@@ -153,13 +126,11 @@ void Stage::xRemove(const std::string& key) {
 // Cameras
 
 void Stage::xAddCameras(Reader& reader) {
-    for (auto& [id, channel] : fChannelsById) {
-        RecordedChannel& recorded = channel.fChannel;
+    for (const auto& [id, channel] : fChannelsById) {
+        const RecordedChannel& recorded = channel.fReader.channel();
         if (!hasPictures(recorded.fContent)) {
             continue;
         }
-        recorded.fName =
-            std::string(base::beginning(base::validUtf8(recorded.fName), a_longestCameraName));
         const auto camera = fCameras.find(recorded.fName);
         if (camera != fCameras.end()) {
             camera->second.fChannels.insert(id);
@@ -184,7 +155,7 @@ void Stage::xAddCamera(Reader& reader, const std::string& name, std::uint16_t fi
     }
     const KVFrame& frame = *camera.fFirst;
     fVideo->addCamera({{name,
-                        base::validUtf8(fChannelsById.at(first).fChannel.fDescription),
+                        base::validUtf8(fChannelsById.at(first).fReader.channel().fDescription),
                         {},
                         {static_cast<int>(frame.fWidth), static_cast<int>(frame.fHeight),
                          formatName(frame.fFormat), rateOf(reader, first)}}});
@@ -202,23 +173,7 @@ std::set<std::uint16_t> Stage::cameraChannels(const std::string& camera) const {
 }
 
 std::optional<KVFrame> Stage::xFrame(const Message& message) {
-    const Channel& channel = fChannelsById.at(message.fChannelId);
-    std::optional<KVFrame> frame =
-        channel.fChannel.fContent == Content::Picture
-            ? recorded_robot::recordedFrame(message.fData, channel.fSchema)
-            : recorded_robot::recordedJsonFrame(message.fData, channel.fSchema);
-    if (!frame) {
-        return std::nullopt;
-    }
-    if (frame->fFormat == KVPixelFormat::Jpeg) {
-        if (const auto header = fJpegs.readHeader(frame->fData.get(), frame->fSize)) {
-            frame->fWidth = header->fWidth;
-            frame->fHeight = header->fHeight;
-        }
-    }
-    frame->fNumber = message.fSequence;
-    frame->fTime = timeOf(message);
-    return frame;
+    return fChannelsById.at(message.fChannelId).fReader.frame(message, fJpegs);
 }
 
 void Stage::xShowFrame(const std::string& camera, const KVFrame& frame) {
@@ -240,7 +195,7 @@ std::set<std::uint16_t> Stage::valueChannels() const {
 std::set<std::uint16_t> Stage::keyChannels(const std::string& key) const {
     std::set<std::uint16_t> channels;
     for (const auto& [id, channel] : fChannelsById) {
-        const RecordedChannel& recorded = channel.fChannel;
+        const RecordedChannel& recorded = channel.fReader.channel();
         const bool isOfKey = (recorded.fContent == Content::Value && recorded.fName == key) ||
                              (hasFields(recorded.fContent) &&
                               (recorded.fName == key || key.compare(0, recorded.fName.size() + 1,
@@ -253,26 +208,7 @@ std::set<std::uint16_t> Stage::keyChannels(const std::string& key) const {
 }
 
 void Stage::read(const Message& message, const recorded_robot::TakeValue& take) const {
-    const Channel& channel = fChannelsById.at(message.fChannelId);
-    const RecordedChannel& recorded = channel.fChannel;
-    switch (recorded.fContent) {
-        case Content::Value:
-            if (const auto value = recorded_robot::recordedValue(message.fData, channel.fSchema)) {
-                take(recorded.fName, *value);
-            }
-            break;
-        case Content::Group:
-            recorded_robot::takeGroup(message.fData, take);
-            break;
-        case Content::JsonFields:
-            recorded_robot::takeFields(message.fData, recorded.fName, take);
-            break;
-        case Content::ProtobufFields:
-            channel.fProtobuf->take(message.fData, recorded.fName, take);
-            break;
-        default:
-            break;
-    }
+    fChannelsById.at(message.fChannelId).fReader.takeValues(message, take);
 }
 
 void Stage::show(const Message& message) {
@@ -281,7 +217,7 @@ void Stage::show(const Message& message) {
         return;
     }
     Channel& channel = found->second;
-    const Content content = channel.fChannel.fContent;
+    const Content content = channel.fReader.channel().fContent;
     if (content == Content::Events) {
         xShowEvent(message);
     } else if (hasFields(content)) {
@@ -290,7 +226,7 @@ void Stage::show(const Message& message) {
         read(message, [&](const std::string& key, const KVValue& value) {
             xSet(key, value, timeOf(message));
         });
-    } else if (const auto camera = fCameras.find(channel.fChannel.fName);
+    } else if (const auto camera = fCameras.find(channel.fReader.channel().fName);
                camera != fCameras.end()) {
         const std::optional<KVFrame> frame = xFrame(message);
         if (frame && fIsJump) {

@@ -12,7 +12,7 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <recorded_robot/protobuf_fields.h>
+#include <recorded_robot/channel_reader.h>
 #include <recorded_robot/recorded_robot.h>
 #include <recording/reader.h>
 #include <set>
@@ -74,9 +74,7 @@ class Stage {
 
   private:
     struct Channel {
-        recorded_robot::RecordedChannel fChannel;
-        std::string fSchema;
-        std::unique_ptr<recorded_robot::ProtobufFields> fProtobuf;
+        recorded_robot::ChannelReader fReader;
         std::set<std::string> fFields;  ///< the keys of the last message, if it has fields
     };
     struct Waiting {

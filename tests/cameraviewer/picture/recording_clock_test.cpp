@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <recording_clock.h>
+#include <matroska/recording_clock.h>
 
-using cameraviewer::RecordingClock;
+using matroska::RecordingClock;
 
 namespace {
 

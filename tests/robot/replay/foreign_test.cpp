@@ -183,6 +183,18 @@ TEST(Foreign, FieldsOfProtobufBecomeKeys) {
                                                "cannot be used: it is not a FileDescriptorSet")));
 }
 
+TEST(Foreign, ProtobufDoesNotComplainAboutInvalidTexts) {
+    ForeignFile file("invalid.mcap");
+    file.add("/thing", "protobuf", "maker.Thing", "protobuf", thingSchema(), {"\x22\x02\xFF\xFE"});
+    file.add("/broken", "protobuf", "maker.Thing", "protobuf", "\x0A\x06\x0A\x04\xFF\xFE\xFD\xFC",
+             {"\x08\x07"});
+    ::testing::internal::CaptureStderr();
+    file.open();
+    file.seekEnd();
+    EXPECT_EQ("", ::testing::internal::GetCapturedStderr());
+    EXPECT_EQ(0U, file.values().count("thing/text"));
+}
+
 TEST(Foreign, ImagesBecomeCameras) {
     ForeignFile file("images.mcap");
     file.add("/cam/left", "json", "foxglove.RawImage", "jsonschema", "{}",

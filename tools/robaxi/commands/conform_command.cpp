@@ -2,14 +2,13 @@
 #include "conform/conformance.h"
 #include "network/robot_link.h"
 #include "process/failure.h"
+#include "process/tool_library.h"
 #include "values/value_text.h"
 
-#include <base/library.h>
 #include <base/safe_text.h>
 
 #include <algorithm>
 #include <cstring>
-#include <filesystem>
 
 namespace robaxi_tool {
 
@@ -20,20 +19,10 @@ using Verdict = ConformResult::Verdict;
 constexpr std::size_t a_verdictWidth = 8;
 constexpr std::size_t a_nameWidth = 34;
 
-/** Returns the checks' library, which is loaded at the first call and never unloaded. */
+/** Returns the checks' library, which is loaded at the first call. */
 const Conformance& conformance() {
-    static const Conformance* const loaded = [] {
-        const std::string file =
-            std::filesystem::read_symlink("/proc/self/exe").parent_path().string() +
-            OBVISTA_CONFORM_FILE;
-        try {
-            return base::functionOfLibrary<decltype(robaxiConformance)>(file,
-                                                                        "robaxiConformance")();
-        } catch (const base::LibraryError& error) {
-            throw Failure(ExitStatus::Internal, std::string("the checks cannot be loaded: ") +
-                                                    error.what() + "; install the program again");
-        }
-    }();
+    static const Conformance* const loaded =
+        functionOfToolLibrary<decltype(robaxiConformance)>("robaxi_conform", "robaxiConformance")();
     return *loaded;
 }
 

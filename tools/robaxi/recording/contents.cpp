@@ -239,6 +239,13 @@ std::string jsonOfCopy(const std::string& path, const recording::CopyReport& rep
                      {"metadata", report.fMetadata}});
 }
 
+std::string jsonOfExport(const ExportReport& report) {
+    return jsonLine({{"files", report.fFiles},
+                     {"values", report.fRows},
+                     {"frames", report.fFrames},
+                     {"damaged_frames", report.fDamagedFrames}});
+}
+
 std::string jsonOfRepair(const std::string& path, const recording::RepairReport& report) {
     return jsonLine({{"file", path},
                      {"messages", report.fMessages},

@@ -1,6 +1,8 @@
 #ifndef OBVISTA_TOOLS_ROBAXI_RECORDING_CONTENTS_H
 #define OBVISTA_TOOLS_ROBAXI_RECORDING_CONTENTS_H
 
+#include "export/exporter.h"
+
 #include <recording/check.h>
 #include <recording/copy.h>
 #include <recording/reader.h>
@@ -32,6 +34,8 @@ std::string jsonOfCheck(const recording::CheckReport& report);
 
 /** @param path the new file */
 std::string jsonOfCopy(const std::string& path, const recording::CopyReport& report);
+
+std::string jsonOfExport(const ExportReport& report);
 
 /** @param path the repaired file */
 std::string jsonOfRepair(const std::string& path, const recording::RepairReport& report);

@@ -5,17 +5,30 @@
 
 #include <recording/records.h>
 #include <unistd.h>
-#include <utility>
 
 namespace robaxi_tool {
 
-EndOnSignal::EndOnSignal(Interruption& interruption, std::string unfinished)
-    : fHandler(interruption, [&interruption, unfinished = std::move(unfinished)] {
-          if (!unfinished.empty()) {
-              unlink(unfinished.c_str());
-          }
+EndOnSignal::EndOnSignal(Interruption& interruption, const std::string& unfinished)
+    : fHandler(interruption, [this, &interruption] {
+          removeFiles();
           _exit(exitStatusOfSignal(interruption.signal()));
       }) {
+    if (!unfinished.empty()) {
+        add(unfinished);
+    }
+}
+
+void EndOnSignal::add(const std::string& unfinished) {
+    const std::lock_guard lock(fMutex);
+    fFiles.push_back(unfinished);
+}
+
+void EndOnSignal::removeFiles() {
+    const std::lock_guard lock(fMutex);
+    for (const std::string& file : fFiles) {
+        unlink(file.c_str());
+    }
+    fFiles.clear();
 }
 
 void onRecordings(const std::function<void()>& operation) {

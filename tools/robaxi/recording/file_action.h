@@ -4,6 +4,7 @@
 #include "process/interruption.h"
 
 #include <functional>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -16,9 +17,15 @@ namespace robaxi_tool {
 class EndOnSignal {
   public:
     /** @param unfinished a file that is removed before; empty for none */
-    EndOnSignal(Interruption& interruption, std::string unfinished);
+    EndOnSignal(Interruption& interruption, const std::string& unfinished);
+
+    /** Adds a file that is removed before. */
+    void add(const std::string& unfinished);
+    void removeFiles();
 
   private:
+    std::mutex fMutex;  ///< guards the files
+    std::vector<std::string> fFiles;
     InterruptionHandler fHandler;
 };
 

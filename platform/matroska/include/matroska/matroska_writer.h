@@ -48,6 +48,8 @@ class MatroskaWriter {
 
     /** Returns a sentence for the user; empty if there was no error. */
     std::string failure() const;
+    /** Returns true if that is a full disk. The pictures before it can be played. */
+    bool isDiskFull() const;
 
     /** Time-out of the disk. */
     static constexpr std::chrono::seconds a_patience{10};

@@ -5,6 +5,7 @@
 #include <map>
 #include <optional>
 #include <recording/reader.h>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -44,6 +45,28 @@ struct RecordedRobot {
  * all those of other programs' recordings, are those of one more robot without a name.
  */
 std::vector<RecordedRobot> robotsOf(const recording::Reader& reader);
+
+/** A recording has no such robot, or several. The text is a part of a sentence. */
+class RobotChoiceError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/** Returns a robot's name for people, or that of the file if the recording has none. */
+std::string displayName(const RecordedRobot& robot, const std::string& file);
+
+/** Returns the robots that have something to replay. @throws RobotChoiceError if there is none */
+std::vector<RecordedRobot> replayableRobots(const recording::Reader& reader,
+                                            const std::string& file);
+
+/**
+ * Returns the robot with a display name among replayableRobots().
+ *
+ * @param name may be empty if there is only one
+ * @throws RobotChoiceError
+ */
+RecordedRobot chosenRobot(const recording::Reader& reader, const std::string& file,
+                          const std::string& name);
 
 }  // namespace recorded_robot
 

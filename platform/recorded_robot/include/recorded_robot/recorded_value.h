@@ -3,6 +3,7 @@
 
 #include <robaxi/kv_value.h>
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -30,6 +31,7 @@ void takeFields(std::string_view message, const std::string& path, const TakeVal
 struct RecordedEvent {
     std::string fName;  ///< for instance "key removed"
     std::string fText;
+    std::uint64_t fMessages = 0;  ///< number of messages that were "dropped"
 };
 std::optional<RecordedEvent> recordedEvent(std::string_view message);
 

@@ -22,7 +22,8 @@ struct Source {
 struct CopySelection {
     std::uint64_t fFrom = 0;                                        ///< log time, included
     std::uint64_t fTo = std::numeric_limits<std::uint64_t>::max();  ///< log time, included
-    std::function<bool(const Channel&)> fWants{};                   ///< all channels if empty
+    /** Returns true for the channels of a source to copy; all if empty. */
+    std::function<bool(const Reader&, const Channel&)> fWants{};
 };
 
 struct CopyReport {

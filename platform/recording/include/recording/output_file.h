@@ -9,20 +9,22 @@
 
 namespace recording {
 
-/** A file that grows by whole pieces. For one thread at a time. */
+/** A file that grows by whole pieces, for recordings and what is made of them. For one thread at a
+ * time. */
 class OutputFile {
   public:
-    /** Creates the file. Throws RecordingError. */
+    /** Creates the file. Throws WriteError if it exists, unless `overwrites`, or cannot be written.
+     */
     OutputFile(const std::string& path, bool overwrites);
 
     /** Hands bytes to the kernel. If that fails, the file is cut off where they began and
-     *  RecordingError is thrown. */
+     *  WriteError is thrown. */
     void append(std::string_view bytes);
 
     /** Cuts the file off, at a size it had earlier. */
     void cutOff(std::uint64_t size, std::uint32_t crc);
 
-    /** Throws RecordingError if the kernel reports an error of earlier writes. */
+    /** Throws WriteError if the kernel reports an error of earlier writes. */
     void close();
 
     std::uint64_t size() const { return fSize; }

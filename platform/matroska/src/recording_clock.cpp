@@ -1,8 +1,7 @@
-#include "recording_clock.h"
-
 #include <algorithm>
+#include <matroska/recording_clock.h>
 
-namespace cameraviewer {
+namespace matroska {
 namespace {
 
 /** For frames that arrive at the same time: the resolution of the files. */
@@ -31,4 +30,4 @@ std::int64_t RecordingClock::next(std::int64_t stamp, std::int64_t arrival) {
     return fLast->fTime;
 }
 
-}  // namespace cameraviewer
+}  // namespace matroska

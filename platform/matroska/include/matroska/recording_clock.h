@@ -1,10 +1,10 @@
-#ifndef OBVISTA_CAMERAVIEWER_RECORDING_CLOCK_H
-#define OBVISTA_CAMERAVIEWER_RECORDING_CLOCK_H
+#ifndef MATROSKA_RECORDING_CLOCK_H
+#define MATROSKA_RECORDING_CLOCK_H
 
 #include <cstdint>
 #include <optional>
 
-namespace cameraviewer {
+namespace matroska {
 
 /**
  * Times of a recording's frames, which start at 0 and always increase.
@@ -36,6 +36,6 @@ class RecordingClock {
     std::optional<Frame> fLast;
 };
 
-}  // namespace cameraviewer
+}  // namespace matroska
 
 #endif

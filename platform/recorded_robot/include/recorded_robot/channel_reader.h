@@ -1,0 +1,54 @@
+#ifndef RECORDED_ROBOT_CHANNEL_READER_H
+#define RECORDED_ROBOT_CHANNEL_READER_H
+
+#include <picture/jpeg.h>
+#include <robaxi/kv_frame.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <recorded_robot/protobuf_fields.h>
+#include <recorded_robot/recorded_robot.h>
+#include <recorded_robot/recorded_value.h>
+#include <recording/reader.h>
+#include <string>
+
+namespace recorded_robot {
+
+/** Returns true if each field of a message is a key. */
+bool hasFields(Content content);
+/** Returns true if messages have values of keys. */
+bool hasValues(Content content);
+bool hasPictures(Content content);
+
+/** Returns the robot's time of a message, or ours if it has none, in microseconds since 1970. */
+std::int64_t timeOf(const recording::Message& message);
+
+/** Reads the messages of one channel of a recorded robot. */
+class ChannelReader {
+  public:
+    /** The channel becomes Unknown, with the reason, if its protobuf schema cannot be used. The
+     *  name of a camera becomes one that the protocol allows. */
+    ChannelReader(const recording::Reader& reader, std::uint16_t id, RecordedChannel channel);
+
+    const RecordedChannel& channel() const { return fChannel; }
+
+    /**
+     * Calls a function with each key and value of a message. The names of keys may be invalid
+     * UTF-8. May be called from any thread.
+     */
+    void takeValues(const recording::Message& message, const TakeValue& take) const;
+
+    /** Returns the frame of a message. A JPEG has its own width and height. */
+    std::optional<KVFrame> frame(const recording::Message& message,
+                                 picture::JpegReader& jpegs) const;
+
+  private:
+    RecordedChannel fChannel;
+    std::string fSchema;
+    std::unique_ptr<ProtobufFields> fProtobuf;
+};
+
+}  // namespace recorded_robot
+
+#endif
