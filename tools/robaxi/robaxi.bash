@@ -21,6 +21,12 @@ _robaxi_modules() {
     _robaxi_ask modules "${given[0]}" --timeout 1
 }
 
+# Lists the topics of the given recording below /ROBOT/$1/.
+_robaxi_recorded() {
+    _robaxi_ask recording info "${given[1]}" --json |
+        grep -o '"topic":"/[^/"]*/'"$1"'/[^"\]*"' | sed "s/^[^:]*:\"\/[^\/]*\/$1\///; s/\"$//"
+}
+
 # Lists the values of a kind, named as in the help, for the preceding words.
 _robaxi_values() {
     case $1 in
@@ -32,11 +38,19 @@ _robaxi_values() {
                 sed -n "/^${given[1]//[^A-Za-z0-9_]/.}:/,/^[^ ]/s/^  \([^ (]*\).*/\1/p"
             ;;
         KEY)
+            if [ "${words[1]}" = recording ]; then
+                _robaxi_recorded memory
+                return
+            fi
             _robaxi_ask call "${given[0]}" KVMemory getDataList "\"\"" --json --timeout 1 |
                 sed 's/^\["//; s/"\]$//; s/","/\n/g'
             ;;
         CHECK) "$program" conform --list | sed 's/ .*//' ;;
         CAMERA)
+            if [ "${words[1]}" = recording ]; then
+                _robaxi_recorded camera
+                return
+            fi
             _robaxi_ask snapshot "${given[0]}" --list --json --timeout 1 |
                 sed -n 's/^{"name":"\([^"\]*\)",.*/\1/p'
             ;;
