@@ -654,6 +654,10 @@ Mittel %3</translation>
         <translation>Der Datenträger ist fast voll, daher wurde die Aufzeichnung beendet. Das Aufgezeichnete kann abgespielt werden.</translation>
     </message>
     <message>
+        <source>The disk is full. What was recorded until then can be played.</source>
+        <translation>Der Datenträger ist voll. Was bis dahin aufgezeichnet wurde, kann abgespielt werden.</translation>
+    </message>
+    <message>
         <source>%1 of %2, %3</source>
         <extracomment>title of a video: a camera, its robot and the time</extracomment>
         <translation>%1 von %2, %3</translation>

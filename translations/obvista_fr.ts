@@ -654,6 +654,10 @@ Moyenne %3</translation>
         <translation>Le disque est presque plein, l’enregistrement s’est donc terminé. Ce qui a été enregistré peut être lu.</translation>
     </message>
     <message>
+        <source>The disk is full. What was recorded until then can be played.</source>
+        <translation>Le disque est plein. Ce qui a été enregistré jusque-là peut être lu.</translation>
+    </message>
+    <message>
         <source>%1 of %2, %3</source>
         <extracomment>title of a video: a camera, its robot and the time</extracomment>
         <translation>%1 de %2, %3</translation>

@@ -650,6 +650,10 @@ Mean %3</source>
         <translation>ディスクの空きがほとんどないため、記録を終了しました。記録済みの部分は再生できます。</translation>
     </message>
     <message>
+        <source>The disk is full. What was recorded until then can be played.</source>
+        <translation>ディスクに空きがありません。それまでに記録された内容は再生できます。</translation>
+    </message>
+    <message>
         <source>%1 of %2, %3</source>
         <extracomment>title of a video: a camera, its robot and the time</extracomment>
         <translation>%2 の %1、%3</translation>
