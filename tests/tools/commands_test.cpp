@@ -26,6 +26,7 @@ namespace {
 
 using Json = nlohmann::json;
 using ::testing::AllOf;
+using ::testing::Contains;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::MatchesRegex;
@@ -182,6 +183,29 @@ TEST_F(Commands, GetPrintsOneJsonObject) {
     EXPECT_TRUE(values["Battery/Charging"].is_boolean());
 }
 
+TEST_F(Commands, GetPrintsTimesAndUnitsIfWanted) {
+    const auto lines = linesOf(outputOf("get", {"--long", "Battery/Voltage", "Robot/M*"}));
+    ASSERT_GE(lines.size(), 2U);
+    EXPECT_THAT(lines[0], MatchesRegex("20[0-9-]+T[0-9:.]+Z Battery/Voltage [0-9.]+ V"));
+    EXPECT_THAT(lines[1], MatchesRegex("20[0-9-]+T[0-9:.]+Z Robot/M[a-z]+ .+"));
+    const Json charge = Json::parse(outputOf("get", {"--long", "--json", "Battery/Charge"}));
+    EXPECT_EQ("%", charge["unit"]);
+    EXPECT_TRUE(charge["value"].is_number_float());
+    expectFailure(8, "No key matches 'Nosuch'", run("get", {"--long", "Nosuch"}));
+}
+
+TEST_F(Commands, KeysListsTypesAndUnits) {
+    const auto lines = linesOf(outputOf("keys", {"Battery/*"}));
+    EXPECT_THAT(lines, Contains(MatchesRegex("Battery/Voltage +float +V")));
+    EXPECT_THAT(lines, Contains(MatchesRegex("Battery/Charging +bool")));
+    EXPECT_GT(linesOf(outputOf("keys", {})).size(), 2 * lines.size());
+    const Json volume = Json::parse(outputOf("keys", {"--json", "Audio/Volume"}));
+    EXPECT_EQ("Audio/Volume", volume["key"]);
+    EXPECT_EQ("int", volume["type"]);
+    EXPECT_EQ(true, volume["writable"]);
+    expectFailure(8, "No key matches", run("keys", {"Nosuch/*"}));
+}
+
 TEST_F(Commands, GetNamesTheKeyThatIsMissing) {
     expectFailure(8, "no key named Nosuch", run("get", {"Nosuch"}));
     expectFailure(8, "No key matches 'Nosuch/*'", run("get", {"Nosuch/*"}));
@@ -260,6 +284,13 @@ TEST_F(Commands, WatchFollowsChanges) {
         EXPECT_LT(before, change["time"]);
         before = change["time"];
     }
+}
+
+TEST_F(Commands, WatchEndsAfterItsDuration) {
+    const auto start = std::chrono::steady_clock::now();
+    const auto lines = linesOf(outputOf("watch", {"--duration", "0.5", "Battery/Voltage"}));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(500));
+    EXPECT_FALSE(lines.empty());
 }
 
 TEST_F(Commands, WatchWritesCsvBelowAHeading) {

@@ -9,6 +9,7 @@ std::vector<std::unique_ptr<Command>> makeCommands() {
     commands.push_back(makeListCommand());
     commands.push_back(makeModulesCommand());
     commands.push_back(makeCallCommand());
+    commands.push_back(makeKeysCommand());
     commands.push_back(makeGetCommand());
     commands.push_back(makeSetCommand());
     commands.push_back(makeWatchCommand());

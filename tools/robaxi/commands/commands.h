@@ -14,6 +14,7 @@ std::unique_ptr<Command> makeConformCommand();
 std::unique_ptr<Command> makeDoctorCommand();
 std::unique_ptr<Command> makeGetCommand();
 std::unique_ptr<Command> makeHelpCommand();
+std::unique_ptr<Command> makeKeysCommand();
 std::unique_ptr<Command> makeListCommand();
 std::unique_ptr<Command> makeModulesCommand();
 std::unique_ptr<Command> makePingCommand();

@@ -1,5 +1,6 @@
 #include "commands/commands.h"
 #include "process/failure.h"
+#include "values/change_format.h"
 #include "values/key_pattern.h"
 #include "values/memory_module.h"
 #include "values/value_text.h"
@@ -74,11 +75,14 @@ class GetCommand : public Command {
     std::string explanation() const override {
         return std::string(a_keyHelp) +
                "The value of a single key is printed alone; otherwise each line is a key and\n"
-               "its value. A missing key is an error, and the others are still printed.\n";
+               "its value. A missing key is an error, and the others are still printed. With\n"
+               "--long a line is a time (by the robot's clock, UTC), a key, a value and its\n"
+               "unit.\n";
     }
 
     void addOptions(Options& options) override {
         options.addSwitch("--json", &fJson, "print one JSON object with all keys and values");
+        options.addSwitch("--long", &fLong, "print times and units, too");
         addMemoryModule(options, &fModule);
         options.addTimeout(&fTimeout);
     }
@@ -86,6 +90,9 @@ class GetCommand : public Command {
     ExitStatus run(const std::vector<std::string>& given, Surroundings& surroundings) override {
         const RobotLink link(given[0], fTimeout, surroundings.fInterruption);
         MemoryModule memory(link, fModule, surroundings.fInterruption);
+        if (fLong) {
+            return xPrintLong(memory, {given.begin() + 1, given.end()}, surroundings.fConsole);
+        }
         const bool isSingle = given.size() == 2 && !isPattern(given[1]);
         Console& console = surroundings.fConsole;
         ExitStatus status = ExitStatus::Success;
@@ -116,7 +123,28 @@ class GetCommand : public Command {
     }
 
   private:
+    ExitStatus xPrintLong(MemoryModule& memory, const std::vector<std::string>& patterns,
+                          Console& console) const {
+        ExitStatus status = ExitStatus::Success;
+        const ChangeFormat format = fJson ? ChangeFormat::Json : ChangeFormat::Text;
+        for (const std::string& pattern : patterns) {
+            bool isMatched = false;
+            for (const auto& [name, held] : memory.heldValues()) {
+                if (matchesKey(pattern, name)) {
+                    isMatched = true;
+                    console.print(lineOf(format, {held.fTime, name, held.fKey.fUnit, held.fValue}));
+                }
+            }
+            if (!isMatched) {
+                console.complain("No key matches '" + pattern + "'.");
+                status = ExitStatus::NotOffered;
+            }
+        }
+        return status;
+    }
+
     bool fJson = false;
+    bool fLong = false;
     std::string fModule;
     int fTimeout = 0;
 };

@@ -4,6 +4,7 @@
 #include "values/key_watch.h"
 #include "values/memory_module.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace robaxi_tool {
@@ -13,6 +14,7 @@ namespace {
 constexpr double a_defaultRate = 10;
 constexpr double a_lowestRate = 0.001;
 constexpr double a_highestRate = 1000;
+constexpr double a_longestDuration = 1e8;
 
 /** Prints rows up to a maximum number. */
 class RowPrinter {
@@ -72,8 +74,8 @@ class WatchCommand : public Command {
     std::string explanation() const override {
         return std::string(a_keyHelp) +
                "The present values come first. A line is a time (by the robot's clock, UTC), a\n"
-               "key, a value and its unit. It goes on until the connection is lost, Ctrl-C, or\n"
-               "--count lines.\n";
+               "key, a value and its unit. It goes on until the connection is lost, Ctrl-C,\n"
+               "--count lines, or --duration seconds.\n";
     }
 
     void addOptions(Options& options) override {
@@ -82,6 +84,8 @@ class WatchCommand : public Command {
                           "value counts");
         options.addNumber("--count", "N", &fCount, 0, 0, std::numeric_limits<int>::max(),
                           "end after so many lines; 0 means never");
+        options.addNumber("--duration", "S", &fDuration, 0.0, 0.0, a_longestDuration,
+                          "end after so many seconds; 0 means never");
         options.addSwitch("--json", &fJson, "print one JSON object a line");
         options.addSwitch("--csv", &fCsv, "print comma-separated values below a heading");
         addMemoryModule(options, &fModule);
@@ -100,15 +104,24 @@ class WatchCommand : public Command {
             KVSubscription::start(link.connection(), fModule, KVSubscription::Selection::ChosenKeys,
                                   fRate, watch.callbacks());
         try {
-            follow(watch, *subscription, bell, Clock::now() + std::chrono::seconds(fTimeout));
+            const Clock::time_point start = Clock::now();
+            const Clock::time_point end = xEnd(start);
+            follow(watch, *subscription, bell,
+                   std::min(end, start + std::chrono::seconds(fTimeout)));
             xCheckMatches(watch, surroundings.fConsole);
-            follow(watch, *subscription, bell, Clock::time_point::max());
+            follow(watch, *subscription, bell, end);
         } catch (const RowPrinter::EnoughRows&) {
         }
         return ExitStatus::Success;
     }
 
   private:
+    Clock::time_point xEnd(Clock::time_point start) const {
+        return fDuration > 0 ? start + std::chrono::duration_cast<Clock::duration>(
+                                           std::chrono::duration<double>(fDuration))
+                             : Clock::time_point::max();
+    }
+
     ChangeFormat xFormat() const {
         if (fJson && fCsv) {
             throw UsageError("--json and --csv exclude each other");
@@ -134,6 +147,7 @@ class WatchCommand : public Command {
 
     double fRate = 0;
     int fCount = 0;
+    double fDuration = 0;
     bool fJson = false;
     bool fCsv = false;
     std::string fModule;

@@ -30,7 +30,7 @@ std::vector<std::string> MemoryModule::keys() {
             keys.push_back(key.toString());
         }
     } else {
-        for (const auto& [key, value] : xSubscribed()) {
+        for (const auto& [key, value] : heldValues()) {
             keys.push_back(key);
         }
     }
@@ -41,12 +41,12 @@ KVValue MemoryModule::value(const std::string& key) {
     if (xHas(a_read)) {
         return fProxy->call<KVValue>(a_read, key);
     }
-    const Values& values = xSubscribed();
+    const Values& values = heldValues();
     const auto found = values.find(key);
     if (found == values.end()) {
         throw KVError(KVError::Cause::InvalidArgument, "There is no key named " + key + ".");
     }
-    return found->second;
+    return found->second.fValue;
 }
 
 void MemoryModule::setValue(const std::string& key, const KVValue& value) {
@@ -60,7 +60,7 @@ bool MemoryModule::xHas(const std::string& method) const {
                        [&](const KVMethodInfo& each) { return each.fName == method; });
 }
 
-const Values& MemoryModule::xSubscribed() {
+const Values& MemoryModule::heldValues() {
     if (!fValues) {
         Bell bell(fInterruption);
         ValueSnapshot snapshot(bell);

@@ -26,10 +26,17 @@ class MemoryModule {
     KVValue value(const std::string& key);
     void setValue(const std::string& key, const KVValue& value);
 
+    /**
+     * Returns the values of all keys at the first request, with types, units and times, which only
+     * a subscription has.
+     *
+     * @throws KVError, Failure, Interrupted
+     */
+    const Values& heldValues();
+
   private:
     /** Returns true if a call of the method is better than a subscription. */
     bool xHas(const std::string& method) const;
-    const Values& xSubscribed();
 
     const RobotLink& fLink;
     const std::string fName;

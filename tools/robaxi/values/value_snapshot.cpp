@@ -16,8 +16,8 @@ void ValueSnapshot::keysAdded(const std::vector<KVKeyInfo>& keys) {
         const std::lock_guard lock(fMutex);
         fHasTable = true;
         for (const KVKeyInfo& key : keys) {
-            fWaiting[key.fId] = key.fName;
-            fNames[key.fId] = key.fName;
+            fWaiting.insert(key.fId);
+            fKeys[key.fId] = key;
         }
     }
     fBell.ring();
@@ -28,9 +28,9 @@ void ValueSnapshot::keysRemoved(const std::vector<std::uint32_t>& ids) {
         const std::lock_guard lock(fMutex);
         for (const std::uint32_t id : ids) {
             fWaiting.erase(id);
-            const auto removed = fNames.extract(id);
+            const auto removed = fKeys.extract(id);
             if (removed) {
-                fValues.erase(removed.mapped());
+                fValues.erase(removed.mapped().fName);
             }
         }
     }
@@ -42,7 +42,8 @@ void ValueSnapshot::valuesChanged(const std::vector<KVChange>& changes) {
         const std::lock_guard lock(fMutex);
         for (const KVChange& change : changes) {
             fWaiting.erase(change.fId);
-            fValues[fNames[change.fId]] = change.fValue;
+            const KVKeyInfo& key = fKeys[change.fId];
+            fValues[key.fName] = {key, change.fValue, change.fTime};
         }
     }
     fBell.ring();

@@ -8,13 +8,21 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
 namespace robaxi_tool {
 
-/** Values by key. */
-using Values = std::map<std::string, KVValue>;
+/** A key and its newest value. */
+struct HeldValue {
+    KVKeyInfo fKey;
+    KVValue fValue;
+    std::int64_t fTime = 0;  ///< as in KVChange
+};
+
+/** Values by the name of their key. */
+using Values = std::map<std::string, HeldValue>;
 
 /** Collects the current values of all keys of a subscription, each once. */
 class ValueSnapshot {
@@ -44,8 +52,8 @@ class ValueSnapshot {
     Bell& fBell;
     mutable std::mutex fMutex;  ///< guards the following members
     bool fHasTable = false;
-    std::map<std::uint32_t, std::string> fWaiting;  ///< keys without a value
-    std::map<std::uint32_t, std::string> fNames;
+    std::set<std::uint32_t> fWaiting;  ///< keys without a value
+    std::map<std::uint32_t, KVKeyInfo> fKeys;
     Values fValues;
     std::optional<KVError> fEnd;
 };
