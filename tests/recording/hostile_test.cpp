@@ -1,10 +1,13 @@
+#include "compression.h"
 #include "fields.h"
 #include "recording_files.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <functional>
+#include <random>
 #include <recording/check.h>
 #include <recording/repair.h>
 #include <zlib.h>
@@ -206,11 +209,17 @@ TEST(Hostile, RecordsInsideChunks) {
 }
 
 TEST(Hostile, ChunksThatAllOverlap) {
-    // Ten chunks of 60 MB, from a few bytes each, would all have to be in memory.
-    std::string records = Liar::message(1) + Liar::message(9, std::string(60'000'000, 'x'));
+    // Ten chunks of 60 MB, from 100 kB each, would all have to be in memory.
+    std::string data(60'000'000, 'x');
+    std::mt19937 random(1);
+    std::generate_n(data.begin(), 100'000, [&] { return static_cast<char>(random()); });
+    const std::string records = Liar::message(1) + Liar::message(9, data);
+    std::string compressed;
+    recording::Compressor(recording::Compression::Zstd, 1).append(records, compressed);
+    ASSERT_LT(compressed.size(), 200'000U);
     Liar liar;
     for (int i = 0; i < 10; ++i) {
-        liar.chunk("", records, records.size(), 1, 9);
+        liar.chunk("zstd", compressed, records.size(), 1, 9);
     }
     liar.finish(10, 20);
     EXPECT_NE(std::string::npos, sentenceAbout(liar).find("overlaps with too many others in time"));

@@ -31,6 +31,8 @@ std::string bytesOf(const std::string& path) {
 }
 
 std::string writeBytes(const std::string& name, std::string_view bytes) {
+    // Some file systems wait for the disk when a file is truncated and written again.
+    std::filesystem::remove(pathOf(name));
     std::ofstream(pathOf(name), std::ios::binary) << bytes;
     return pathOf(name);
 }
