@@ -44,7 +44,9 @@ RecordedChannel channelBySchema(const Channel& channel, const Schema* schema) {
     RecordedChannel result;
     result.fName = keyOf(channel.fTopic);
     const bool isImage = name == "foxglove.CompressedImage" || name == "foxglove.RawImage";
-    if (channel.fMessageEncoding == "json") {
+    if (name == "foxglove.CompressedVideo") {
+        result.fReason = "video is not supported";
+    } else if (channel.fMessageEncoding == "json") {
         result.fContent = isImage ? Content::JsonPicture : Content::JsonFields;
     } else if (channel.fMessageEncoding == "protobuf" && isImage) {
         result.fContent = Content::Picture;
