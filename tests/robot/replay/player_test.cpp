@@ -20,6 +20,7 @@
 #include <mutex>
 #include <random>
 #include <recorded_robot/recorded_robot.h>
+#include <set>
 
 namespace robot_test {
 namespace {
@@ -149,6 +150,40 @@ TEST(Player, ASeekShowsWhatAStraightReadingShows) {
         const std::uint64_t position = replay.player().seek(a_start + time);
         ASSERT_EQ(std::max(a_start + time, replay.player().start()), position);
         expectShown(walk.at(position - a_start), replay);
+        if (HasFatalFailure()) {
+            FAIL() << time;
+        }
+    }
+}
+
+TEST(Player, ASeekToAnyTimeOfAnHourShowsWhatAStraightReadingShows) {
+    constexpr std::uint64_t hour = 3'600'000 * a_millisecond;
+    constexpr int fastKeys = 10;
+    constexpr int slowKeys = 40;
+    RecordedWalk walk("hour.mcap");
+    std::mt19937_64 random(5);
+    for (std::uint64_t time = 0; time <= hour; time += 500 * a_millisecond) {
+        for (int key = 0; key < fastKeys; ++key) {
+            walk.set(time, "Fast/" + std::to_string(key),
+                     0.001 * static_cast<double>(random() % 100));
+        }
+        // About once in four minutes.
+        if (random() % 12 == 0) {
+            walk.set(time, "Slow/" + std::to_string(random() % slowKeys),
+                     static_cast<std::int64_t>(time));
+        }
+        walk.addFrame(time, "head", static_cast<std::uint32_t>(time / (1000 * a_millisecond)));
+    }
+    walk.finish();
+    std::vector<std::uint64_t> times;
+    for (int i = 0; i < 1000; ++i) {
+        times.push_back(random() % (hour + 1));
+    }
+    const auto expected = walk.at(std::set<std::uint64_t>(times.begin(), times.end()));
+    Replay replay(walk.path());
+    for (const std::uint64_t time : times) {
+        replay.player().seek(a_start + time);
+        expectShown(expected.at(time), replay);
         if (HasFatalFailure()) {
             FAIL() << time;
         }

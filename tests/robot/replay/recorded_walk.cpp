@@ -121,25 +121,32 @@ void RecordedWalk::addFrame(std::uint64_t time, const std::string& camera, std::
         number, time, image);
 }
 
-std::map<std::string, Expected> RecordedWalk::at(std::uint64_t time) const {
-    std::map<std::string, Expected> keys;
+RecordedWalk::Keys RecordedWalk::at(std::uint64_t time) const {
+    return at(std::set<std::uint64_t>{time}).at(time);
+}
+
+std::map<std::uint64_t, RecordedWalk::Keys> RecordedWalk::at(
+    const std::set<std::uint64_t>& times) const {
+    Keys keys;
     for (const Step& step : fSteps) {
         // A key with its own channel exists from the beginning.
         if (!isGrouped(step.fKey)) {
             keys[step.fKey];
         }
     }
-    for (const Step& step : fSteps) {
-        if (step.fTime > time) {
-            break;
+    std::map<std::uint64_t, Keys> result;
+    auto step = fSteps.begin();
+    for (const std::uint64_t time : times) {
+        for (; step != fSteps.end() && step->fTime <= time; ++step) {
+            if (step->fIsRemoval) {
+                keys.erase(step->fKey);
+            } else {
+                keys[step->fKey] = {step->fValue, robotTime(step->fTime)};
+            }
         }
-        if (step.fIsRemoval) {
-            keys.erase(step.fKey);
-        } else {
-            keys[step.fKey] = {step.fValue, robotTime(step.fTime)};
-        }
+        result[time] = keys;
     }
-    return keys;
+    return result;
 }
 
 std::uint64_t RecordedWalk::frameAt(std::uint64_t time, const std::string& camera) const {

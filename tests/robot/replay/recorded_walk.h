@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <map>
 #include <recording/writer.h>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -41,8 +42,11 @@ class RecordedWalk {
 
     const std::string& path() const { return fPath; }
 
+    using Keys = std::map<std::string, Expected>;
     /** Returns what a robot replayed up to a time has. */
-    std::map<std::string, Expected> at(std::uint64_t time) const;
+    Keys at(std::uint64_t time) const;
+    /** Returns the same for several times, by reading the recording once. */
+    std::map<std::uint64_t, Keys> at(const std::set<std::uint64_t>& times) const;
     /** Returns the number of the newest frame of a camera; 0 if there is none. */
     std::uint64_t frameAt(std::uint64_t time, const std::string& camera) const;
     /** The times of the messages. */
