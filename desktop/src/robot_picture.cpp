@@ -22,8 +22,6 @@ namespace {
 constexpr std::array a_formats{"bmp", "gif", "ico", "jpeg", "pbm",
                                "pgm", "png", "ppm", "xbm",  "xpm"};
 
-constexpr int a_mostBytesOfText = 40 * 1024;  // PBM, PGM, PPM, XBM, XPM: read one by one
-
 const char a_pngSignature[] = "\x89PNG\r\n\x1a\n";
 
 bool isKnown(const QByteArray& format) {
@@ -96,7 +94,7 @@ QByteArray scanned(const QByteArray& bytes) {
     if (bytes.startsWith("BM")) {
         return bytes;
     }
-    if (bytes.size() > a_mostBytesOfText) {
+    if (bytes.size() > base::a_largestTextIcon) {
         return {};
     }
     return bytes.startsWith("/* XPM") ? scanXpm(bytes) : bytes;

@@ -1,16 +1,18 @@
 #ifndef OBVISTA_DESKTOP_ROBOT_PICTURE_H
 #define OBVISTA_DESKTOP_ROBOT_PICTURE_H
 
+#include <base/icon_limits.h>
+
 #include <QByteArray>
 #include <QImage>
 
 namespace KD {
 
 /** Maximum width and height of a robot's picture in pixels. It is shown at 60 x 60. */
-constexpr int a_largestRobotPicture = 256;
+constexpr int a_largestRobotPicture = base::a_largestIconSide;
 
 /** Maximum size of an accepted picture in bytes. */
-constexpr int a_mostRobotPictureBytes = 512 * 1024;
+constexpr int a_mostRobotPictureBytes = base::a_largestIcon;
 
 /**
  * Decodes the picture that a robot serves as its icon. The format (one of Qt's own: BMP, GIF, ICO,

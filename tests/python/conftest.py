@@ -17,6 +17,7 @@ import robaxi
 BUILD = pathlib.Path(os.environ["OBVISTA_BUILD_DIR"])
 SOURCE = pathlib.Path(os.environ["OBVISTA_SOURCE_DIR"])
 PATIENCE = 30  # seconds, on a busy machine
+LAB_CTL = SOURCE / "lab/ctl"
 
 
 def free_port() -> int:
@@ -34,6 +35,11 @@ def eventually(condition: Callable[[], Any]) -> Any:
             return result
         time.sleep(0.01)
     raise AssertionError(f"not within {PATIENCE} s")
+
+
+def lab(*words: str) -> str:
+    """Runs lab/ctl, which changes the lab in which the test runs; returns its output."""
+    return subprocess.run([LAB_CTL, *words], check=True, stdout=subprocess.PIPE, text=True).stdout
 
 
 class Process:

@@ -8,14 +8,9 @@ import sys
 import pytest
 
 import robaxi
-from conftest import BUILD, PATIENCE, SOURCE, eventually
+from conftest import BUILD, PATIENCE, SOURCE, eventually, lab
 
-LAB_CTL = SOURCE / "lab/ctl"
 EXAMPLE = SOURCE / "examples/robot.py"
-
-
-def lab(*words):
-    subprocess.run([LAB_CTL, *words], check=True)
 
 
 def tool(*words):
@@ -72,8 +67,7 @@ def test_it_is_used(tmp_path):
     with robaxi.Robot("marvin", timeout=PATIENCE) as robot:
         assert next(robot.camera("head").frames()).width == 160
         robot.call("KVLeds", "rasta", 2.5)
-        eventually(lambda: "rasta for 2.5 s" in subprocess.run(
-            [LAB_CTL, "output", "marvin"], capture_output=True, text=True, check=True).stdout)
+        eventually(lambda: "rasta for 2.5 s" in lab("output", "marvin"))
 
 
 def test_it_is_announced_again_by_another_daemon():

@@ -2,20 +2,12 @@
 
 import gc
 import os
-import pathlib
-import subprocess
 
 import pytest
 
 import robaxi
-from conftest import PATIENCE, eventually
+from conftest import PATIENCE, eventually, lab
 from robaxi import Announced, Cause, discovery
-
-LAB_CTL = pathlib.Path(os.environ["OBVISTA_SOURCE_DIR"]) / "lab/ctl"
-
-
-def lab(*words):
-    subprocess.run([LAB_CTL, *words], check=True)
 
 
 def names():

@@ -6,20 +6,18 @@ import sys
 
 import pytest
 
-from conftest import BUILD, PATIENCE, SOURCE, eventually
+from conftest import BUILD, PATIENCE, SOURCE, eventually, lab
 
 import robaxi
 
 PAGE = (SOURCE / "docs/python.md").read_text()
 EXAMPLES = re.findall(r"^```python\n(.*?)^```$", PAGE, re.MULTILINE | re.DOTALL)
-LAB_CTL = SOURCE / "lab/ctl"
 
 
 @pytest.fixture(scope="module", autouse=True)
 def marvin():
-    subprocess.run([LAB_CTL, "add", "marvin", "--ready", "listens on", "--",
-                    BUILD / "bin/robaxi-robot", "--name", "marvin", "--address", "0.0.0.0",
-                    "--http-port", "0"], check=True)
+    lab("add", "marvin", "--ready", "listens on", "--", str(BUILD / "bin/robaxi-robot"), "--name",
+        "marvin", "--address", "0.0.0.0", "--http-port", "0")
     eventually(lambda: "marvin" in [one.name for one in robaxi.discover()])
 
 

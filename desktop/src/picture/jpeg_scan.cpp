@@ -2,6 +2,8 @@
 
 #include "robot_picture.h"
 
+#include <base/icon_limits.h>
+
 #include <QtEndian>
 
 namespace KD {
@@ -9,8 +11,6 @@ namespace KD {
 namespace {
 
 constexpr int a_mostScans = 10;  // as many as encoders write
-constexpr int a_largestJpeg = 80 * 1024;
-constexpr int a_largestProgressiveJpeg = 52 * 1024;  // each scan visits the coefficients again
 
 enum Marker : unsigned char {
     Baseline = 0xC0,
@@ -97,7 +97,7 @@ class Scanner {
         }
         switch (marker) {
             case Progressive:
-                fMostBytes = a_largestProgressiveJpeg;
+                fMostBytes = base::a_largestProgressiveJpegIcon;
                 [[fallthrough]];
             case Baseline:
             case Extended:
@@ -125,7 +125,7 @@ class Scanner {
     QByteArray fPicture;
     int fAt = 0;
     int fScans = 0;
-    int fMostBytes = a_largestJpeg;
+    int fMostBytes = base::a_largestJpegIcon;
 };
 
 }  // namespace

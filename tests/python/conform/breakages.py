@@ -567,3 +567,6 @@ TOKENS = {
                                     metadata=right_bearer),
     "security.session-ids": session("close to each other", reply=near_session),
 }
+
+#: The robot accepts plain connections, too (plain_and_tls.py).
+TLS = {"security.tls-only": Case("answered without TLS", Breakage())}

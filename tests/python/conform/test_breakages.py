@@ -5,9 +5,11 @@ import re
 
 import pytest
 
+import announcing_robot
 import breakages
 from breaking_proxy import Proxies
 from conforming import WRITABLE, conform, place, results, results_at_once
+from plain_and_tls import PlainAndTls
 
 #: Shorter than a robot's, since some checks wait for its end.
 HEARTBEAT = {"ROBAXI_HEARTBEAT": "100"}
@@ -78,6 +80,15 @@ def test_security(start_humanoid, make_token):
     require_found_out(robot, breakages.TOKENS, ROBAXI_TOKEN=token, ROBAXI_PLAIN_TOKEN="yes")
 
 
+def test_tls(start_humanoid, make_certificate):
+    """A robot that accepts TLS and plain connections on one port."""
+    certificate = make_certificate("robot", "IP:127.0.0.1")
+    with PlainAndTls(plain=start_humanoid().port,
+                     tls=start_humanoid(**certificate.served).port) as port:
+        [(check, case)] = breakages.TLS.items()
+        assert fault_of(check, case, port, ROBAXI_TRUST=str(certificate.file)) is None
+
+
 def test_an_unbroken_proxy(robot):
     """The proxies themselves break nothing."""
     proxies = Proxies(robot.port, {"none": breakages.Breakage()})
@@ -89,10 +100,8 @@ def test_an_unbroken_proxy(robot):
 
 
 def test_each_check_has_a_breakage():
-    broken = {**breakages.SESSION, **breakages.CALLS, **breakages.VALUES,
-              **breakages.SUBSCRIPTIONS, **breakages.CAMERAS, **breakages.LIMITS,
-              **breakages.TOKENS}
-    listed = [line.split()[0] for line in conform("--list").stdout.splitlines()]
-    # Those of the announcement need a private network, that of TLS a robot that speaks both.
-    assert sorted(broken) == sorted(check for check in listed if not check.startswith("announcing.")
-                                    and check != "security.tls-only")
+    broken = {*breakages.SESSION, *breakages.CALLS, *breakages.VALUES, *breakages.SUBSCRIPTIONS,
+              *breakages.CAMERAS, *breakages.LIMITS, *breakages.TOKENS, *breakages.TLS,
+              *(case.check for case in announcing_robot.CASES.values() if case.text)}
+    assert sorted(broken) == sorted(line.split()[0]
+                                    for line in conform("--list").stdout.splitlines())

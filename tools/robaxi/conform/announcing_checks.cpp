@@ -1,5 +1,6 @@
 #include "conform/subject.h"
 
+#include <base/icon_limits.h>
 #include <bonjour/bonjour_discovery.h>
 
 #include <algorithm>
@@ -13,8 +14,6 @@ namespace {
 constexpr unsigned short a_httpPort = 80;
 constexpr unsigned a_httpOk = 200;
 constexpr std::size_t a_mostBytesRead = std::size_t{4} << 20U;
-constexpr std::size_t a_largestIcon = std::size_t{512} << 10U;
-constexpr int a_largestSide = 256;
 constexpr const char* a_iconPath = "//media/buddy.icon";
 
 void checkPort(Subject& robot) {
@@ -63,11 +62,6 @@ void checkIconWithOneSlash(Subject& robot) {
     require(icon(robot, a_iconPath + 1) == icon(robot, a_iconPath), "It is another answer.");
 }
 
-void checkIconBytes(Subject& robot) {
-    const std::size_t size = icon(robot, a_iconPath).size();
-    require(size <= a_largestIcon, "The icon has " + std::to_string(size) + " bytes.");
-}
-
 bool startsWith(const std::string& bytes, std::string_view start) {
     return bytes.compare(0, start.size(), start) == 0;
 }
@@ -76,21 +70,68 @@ bool isPng(const std::string& bytes) {
     return startsWith(bytes, "\x89PNG\r\n\x1a\n") && bytes.size() >= 24;
 }
 
-void checkIconFormat(Subject& robot) {
-    const std::string bytes = icon(robot, a_iconPath);
+bool isJpeg(const std::string& bytes) {
+    return startsWith(bytes, "\xff\xd8\xff");
+}
+
+/** Returns true for PBM, PGM, PPM, XBM and XPM, which have the limit of text. */
+bool isText(const std::string& bytes) {
     const bool isPortable = bytes.size() > 2 && bytes[0] == 'P' && bytes[1] >= '1' &&
                             bytes[1] <= '6' &&
                             std::isspace(static_cast<unsigned char>(bytes[2])) != 0;
-    require(isPng(bytes) || startsWith(bytes, "\xff\xd8\xff") || startsWith(bytes, "GIF8") ||
-                startsWith(bytes, "BM") || startsWith(bytes, std::string_view("\0\0\1\0", 4)) ||
-                startsWith(bytes, "#define") || startsWith(bytes, "/* XPM */") || isPortable,
+    return isPortable || startsWith(bytes, "#define") || startsWith(bytes, "/* XPM */");
+}
+
+void checkIconFormat(Subject& robot) {
+    const std::string bytes = icon(robot, a_iconPath);
+    require(isPng(bytes) || isJpeg(bytes) || isText(bytes) || startsWith(bytes, "GIF8") ||
+                startsWith(bytes, "BM") || startsWith(bytes, std::string_view("\0\0\1\0", 4)),
             "The format of the icon is unknown.");
+}
+
+unsigned byteAt(const std::string& bytes, std::size_t position) {
+    return static_cast<unsigned char>(bytes[position]);
+}
+
+/** Returns true for a JPEG whose frame header, which is before the first scan, is progressive. */
+bool isProgressive(const std::string& bytes) {
+    constexpr unsigned progressive = 0xC2;
+    constexpr unsigned scan = 0xDA;
+    constexpr unsigned mark = 0xFF;
+    constexpr std::size_t sizeOfMarker = 2;
+    std::size_t at = sizeOfMarker;  // after the start of the image
+    while (at + 2 * sizeOfMarker <= bytes.size() && byteAt(bytes, at) == mark) {
+        const unsigned marker = byteAt(bytes, at + 1);
+        if (marker == progressive || marker == scan) {
+            return marker == progressive;
+        }
+        // Bytes of the mark may be repeated.
+        at += marker == mark ? 1
+                             : sizeOfMarker + (byteAt(bytes, at + 2) << 8U | byteAt(bytes, at + 3));
+    }
+    return false;
+}
+
+void checkIconBytes(Subject& robot) {
+    const std::string bytes = icon(robot, a_iconPath);
+    const auto requireAtMost = [&bytes](std::size_t largest, const std::string& format) {
+        require(bytes.size() <= largest,
+                format + " has " + std::to_string(bytes.size()) + " bytes.");
+    };
+    requireAtMost(base::a_largestIcon, "The icon");
+    if (isJpeg(bytes) && isProgressive(bytes)) {
+        requireAtMost(base::a_largestProgressiveJpegIcon, "A progressive JPEG");
+    } else if (isJpeg(bytes)) {
+        requireAtMost(base::a_largestJpegIcon, "A JPEG");
+    } else if (isText(bytes)) {
+        requireAtMost(base::a_largestTextIcon, "A PBM, PGM, PPM, XBM or XPM");
+    }
 }
 
 int numberAt(const std::string& bytes, std::size_t position) {
     int number = 0;
     for (std::size_t i = 0; i < 4; ++i) {
-        number = (number << 8) | static_cast<unsigned char>(bytes[position + i]);
+        number = (number << 8) | static_cast<int>(byteAt(bytes, position + i));
     }
     return number;
 }
@@ -102,7 +143,8 @@ void checkIconPixels(Subject& robot) {
     }
     const int width = numberAt(bytes, 16);
     const int height = numberAt(bytes, 20);
-    require(width >= 1 && width <= a_largestSide && height >= 1 && height <= a_largestSide,
+    require(width >= 1 && width <= base::a_largestIconSide && height >= 1 &&
+                height <= base::a_largestIconSide,
             "The icon has " + std::to_string(width) + 'x' + std::to_string(height) + " pixels.");
 }
 

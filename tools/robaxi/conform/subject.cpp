@@ -49,6 +49,7 @@ Clock::duration signPeriod(const v1::HelloReply& reply) {
 }
 
 constexpr std::chrono::seconds a_patienceForAnnouncement(2);
+constexpr std::chrono::seconds a_patienceForAddresses(10);  // Avahi gives up after 5 s
 
 bool isHost(const AnnouncedHost& host, const Endpoint& place) {
     const auto& addresses = host.fAddresses;
@@ -208,15 +209,23 @@ const AnnouncedHost& Subject::announced() {
         try {
             Bell bell(fRequest.fInterruption);
             const AnnouncedHosts hosts(bell);
-            bell.waitUntil(Clock::now() + a_patienceForAnnouncement, [&] {
+            bool isEachLookedUp = true;
+            const auto isFound = [&] {
+                isEachLookedUp = true;
                 for (const auto& [key, host] : hosts.hosts()) {
+                    isEachLookedUp = isEachLookedUp && host.fLookedUp;
                     if (isHost(host, fRequest.fEndpoint)) {
                         fAnnounced = host;
                     }
                 }
                 // Services are announced one after another.
                 return fAnnounced && fAnnounced->isRobot() && !fAnnounced->ports().empty();
-            });
+            };
+            const auto start = Clock::now();
+            bell.waitUntil(start + a_patienceForAnnouncement, isFound);
+            // The address of a host without IPv4 is found after that of the others.
+            bell.waitUntil(start + a_patienceForAddresses,
+                           [&] { return isFound() || fAnnounced || isEachLookedUp; });
         } catch (const Failure& failure) {
             fNotAnnounced = failure.what();
         }
