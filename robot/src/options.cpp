@@ -1,11 +1,11 @@
 #include "options.h"
 
+#include <base/address.h>
 #include <base/safe_text.h>
 
 #include <boost/program_options.hpp>
 
 #include <algorithm>
-#include <arpa/inet.h>
 #include <array>
 #include <filesystem>
 #include <initializer_list>
@@ -160,9 +160,7 @@ Security toSecurity(const po::variables_map& given) {
 }
 
 std::string toAddress(const std::string& text) {
-    in6_addr address{};
-    if (inet_pton(AF_INET, text.c_str(), &address) != 1 &&
-        inet_pton(AF_INET6, text.c_str(), &address) != 1) {
+    if (!base::isIPv4(text) && !base::isIPv6(text)) {
         throw std::invalid_argument("--address takes an IPv4 or IPv6 address, not '" + text + "'");
     }
     return text;

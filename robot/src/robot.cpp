@@ -8,6 +8,7 @@
 #include "video/makers.h"
 
 #include <base/safe_text.h>
+#include <base/time.h>
 #include <bonjour/bonjour_discovery.h>
 #include <robaxi/kv_error.h>
 
@@ -46,11 +47,6 @@ std::function<Pose()> movingBody(std::uint64_t seed) {
         const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
         return body->pose(time.count(), HumanoidInputs());
     };
-}
-
-MainLoop::Clock::duration toDuration(double seconds) {
-    return std::chrono::duration_cast<MainLoop::Clock::duration>(
-        std::chrono::duration<double>(seconds));
 }
 
 }  // namespace
@@ -103,7 +99,7 @@ void Robot::interruptMiddleware(double seconds) {
     fLoop.post(
         [this, seconds] {
             xSwitchMiddleware(false);
-            fLoop.post([this] { xSwitchMiddleware(true); }, toDuration(seconds));
+            fLoop.post([this] { xSwitchMiddleware(true); }, base::steadyDuration(seconds));
         },
         a_timeToAnswer);
 }

@@ -1,14 +1,8 @@
 #include "serving.h"
 
+#include <base/address.h>
+
 namespace robot {
-
-namespace {
-
-bool isLoopback(const std::string& address) {
-    return address == "::1" || address.rfind("127.", 0) == 0;
-}
-
-}  // namespace
 
 KVSettings settingsFor(const Security& security) {
     KVSettings settings = KVSettings::load();
@@ -34,7 +28,7 @@ std::unique_ptr<KV::BonjourAnnouncer> makeAnnouncer(const Options& options, cons
     if (!options.fAnnounce) {
         return nullptr;
     }
-    if (isLoopback(options.fAddress)) {
+    if (base::isLoopback(options.fAddress)) {
         output.fComplain("not announced: only this machine can reach " + options.fAddress +
                          " (--address 0.0.0.0 opens it to the network)");
         return nullptr;

@@ -1,18 +1,10 @@
 #include <base/pacer.h>
+#include <base/time.h>
 
 #include <algorithm>
 #include <cmath>
 
 namespace base {
-
-namespace {
-
-Pacer::Clock::duration toDuration(double seconds) {
-    return std::chrono::duration_cast<Pacer::Clock::duration>(
-        std::chrono::duration<double>(seconds));
-}
-
-}  // namespace
 
 void Pacer::start(Clock::time_point now, double rate) {
     fStart = now;
@@ -28,13 +20,13 @@ void Pacer::setRate(Clock::time_point now, double rate) {
         fRate = rate;
         return;
     }
-    const auto last = fStart + toDuration(static_cast<double>(fStep - 1) / fRate);
-    start(std::max(last, now - toDuration(1 / rate)), rate);
+    const auto last = fStart + steadyDuration(static_cast<double>(fStep - 1) / fRate);
+    start(std::max(last, now - steadyDuration(1 / rate)), rate);
     fStep = 1;
 }
 
 Pacer::Clock::time_point Pacer::due() const {
-    return fStart + toDuration(static_cast<double>(fStep) / fRate);
+    return fStart + steadyDuration(static_cast<double>(fStep) / fRate);
 }
 
 std::uint64_t Pacer::take(Clock::time_point now) {

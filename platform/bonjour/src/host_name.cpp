@@ -1,5 +1,6 @@
 #include "host_name.h"
 
+#include <base/address.h>
 #include <base/safe_text.h>
 
 #include <algorithm>
@@ -67,8 +68,7 @@ bool isAddressLiteral(const std::string& hostName) {
     if (text.find_first_of(a_blanks) == std::string::npos && inet_aton(text.c_str(), &ipv4) != 0) {
         return true;
     }
-    in6_addr ipv6 = {};
-    return inet_pton(AF_INET6, text.substr(0, text.find('%')).c_str(), &ipv6) == 1;
+    return base::isIPv6(text.substr(0, text.find('%')));
 }
 
 std::string foldHostName(const std::string& hostName) {

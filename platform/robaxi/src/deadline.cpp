@@ -1,5 +1,6 @@
 #include "deadline.h"
 
+#include <base/time.h>
 #include <robaxi/kv_error.h>
 
 #include <algorithm>
@@ -13,8 +14,7 @@ Deadline deadlineAfter(double timeOut) {
         throw KVError(KVError::Cause::InvalidArgument, "A time-out must be longer than 0 seconds.");
     }
     constexpr double longest = 1e9;  // some thirty years, within the range of the clock
-    return Clock::now() + std::chrono::duration_cast<Clock::duration>(
-                              std::chrono::duration<double>(std::min(timeOut, longest)));
+    return Clock::now() + base::steadyDuration(std::min(timeOut, longest));
 }
 
 int millisecondsUntil(Deadline deadline) {

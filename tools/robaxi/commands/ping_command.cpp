@@ -7,6 +7,7 @@
 
 #include <base/address.h>
 #include <base/safe_text.h>
+#include <base/time.h>
 
 #include <algorithm>
 #include <array>
@@ -128,8 +129,6 @@ class PingCommand : public Command {
     void xMeasure(const RobotLink& link, Surroundings& surroundings, std::vector<double>& times) {
         SmallQuestion question(link);
         Bell bell(surroundings.fInterruption);
-        const auto interval =
-            std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(fInterval));
         for (int number = 1; number <= fCount; ++number) {
             const Clock::time_point start = Clock::now();
             question.ask();
@@ -140,7 +139,7 @@ class PingCommand : public Command {
                                             milliseconds(taken.count()) + " ms\n");
             }
             if (number < fCount) {
-                bell.sleepUntil(start + interval);
+                bell.sleepUntil(start + base::steadyDuration(fInterval));
             }
         }
     }

@@ -7,6 +7,8 @@
 #include "values/key_pattern.h"
 #include "values/memory_module.h"
 
+#include <base/time.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <set>
@@ -23,10 +25,6 @@ constexpr double a_longestDuration = 1e7;  ///< seconds
 constexpr std::chrono::milliseconds a_step(200);
 constexpr double a_shortestInterval = 0.1;  ///< seconds
 constexpr double a_longestInterval = 3600;  ///< seconds
-
-Clock::duration clockTime(double seconds) {
-    return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
-}
 
 /** A recording from its beginning to its end. */
 class Recording {
@@ -230,14 +228,14 @@ class RecordCommand : public Command {
         }
         const Split split = parseSplit(fSplit);
         Recording recording(given, fSelection, surroundings);
-        recording.setInterval(clockTime(fInterval));
+        recording.setInterval(base::steadyDuration(fInterval));
         surroundings.fInterruption.setCompleting(true);
         onRecordings([&] { recording.start(fOutput, split); });
         const Recording::Report report = xReport(surroundings.fConsole);
         try {
-            recording.run(
-                fDuration > 0 ? Clock::now() + clockTime(fDuration) : Clock::time_point::max(),
-                report);
+            recording.run(fDuration > 0 ? Clock::now() + base::steadyDuration(fDuration)
+                                        : Clock::time_point::max(),
+                          report);
         } catch (...) {
             recording.finish(report);
             throw;

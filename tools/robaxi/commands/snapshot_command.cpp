@@ -153,7 +153,7 @@ class SnapshotCommand : public Command {
         const double rate = camera.fSettings.fRate > 0 ? camera.fSettings.fRate : a_usualRate;
         const double seconds = std::min(std::max(a_periodsOfPatience / rate, a_shortestPatience),
                                         static_cast<double>(fTimeout));
-        return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
+        return base::steadyDuration(seconds);
     }
 
     void xSave(const FreshFrame::Result& result, PictureFormat format, const RobotLink& link,

@@ -2,6 +2,7 @@
 
 #include "process/failure.h"
 
+#include <base/address.h>
 #include <bonjour/bonjour_discovery.h>
 #include <robaxi/kv_broker.h>
 
@@ -27,10 +28,6 @@ constexpr std::chrono::milliseconds a_patienceWhenResolved(500);
 constexpr std::chrono::milliseconds a_patience(2000);
 /** Hosts on the local network answer sooner; the resolver itself would wait longer. */
 constexpr std::chrono::milliseconds a_longestLocalSearch(3000);
-
-bool isLoopback(const std::string& address) {
-    return address == "::1" || address.compare(0, 4, "127.") == 0;
-}
 
 /** Returns the names to look up for a host: a bare name may belong to the local network. */
 std::vector<std::string> candidateNames(const std::string& host) {
@@ -168,7 +165,7 @@ class HostSearch {
             if (found != fAddresses.end() && !found->second.empty() && !state.fResolved) {
                 state.fResolved = name;
                 state.fIsThisComputer =
-                    std::all_of(found->second.begin(), found->second.end(), isLoopback);
+                    std::all_of(found->second.begin(), found->second.end(), base::isLoopback);
             }
         }
         return state;

@@ -2,8 +2,8 @@
 
 #include "process/failure.h"
 
-#include <arpa/inet.h>
-#include <array>
+#include <base/address.h>
+
 #include <charconv>
 
 namespace robaxi_tool {
@@ -20,11 +20,6 @@ int parsePort(const std::string& text) {
         throw UsageError("a port is a number from 1 to 65535, not '" + text + "'");
     }
     return port;
-}
-
-bool isAddressOf(int family, const std::string& host) {
-    std::array<unsigned char, sizeof(in6_addr)> bytes{};
-    return inet_pton(family, host.c_str(), bytes.data()) == 1;
 }
 
 Target parseBracketed(const std::string& text) {
@@ -67,7 +62,7 @@ Target parseTarget(const std::string& text) {
 }
 
 bool isAddress(const std::string& host) {
-    return isAddressOf(AF_INET, host) || isAddressOf(AF_INET6, host.substr(0, host.find('%')));
+    return base::isIPv4(host) || base::isIPv6(host.substr(0, host.find('%')));
 }
 
 }  // namespace robaxi_tool

@@ -1,6 +1,7 @@
 #ifndef BASE_TIME_H
 #define BASE_TIME_H
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 
@@ -10,6 +11,12 @@ namespace base {
 constexpr std::int64_t a_microsecondsPerSecond = 1'000'000;
 constexpr std::int64_t a_microsecondsPerMillisecond = 1'000;
 constexpr std::int64_t a_nanosecondsPerMicrosecond = 1'000;
+
+/** Converts seconds to the unit of the steady clock, which can represent some 290 years. */
+constexpr std::chrono::steady_clock::duration steadyDuration(double seconds) {
+    return std::chrono::duration_cast<std::chrono::steady_clock::duration>(
+        std::chrono::duration<double>(seconds));
+}
 
 /** Returns the time of this machine's clock, which may be set back and forth. */
 std::int64_t microsecondsNow();

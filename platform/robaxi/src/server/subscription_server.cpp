@@ -1,5 +1,7 @@
 #include "server/subscription_server.h"
 
+#include <base/time.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -86,7 +88,7 @@ void SubscriptionServer::xSetRate(double rate) {
     // The clock cannot represent the period of every rate.
     const double seconds = std::min(1 / rate, a_longestPeriod);
     const std::lock_guard lock(fMutex);
-    fPeriod = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
+    fPeriod = base::steadyDuration(seconds);
 }
 
 void SubscriptionServer::valuesChanged() {
