@@ -4,7 +4,6 @@
 #include "server/module_calls.h"
 #include "server/server.h"
 #include "server/token_guard.h"
-#include "wire/grpc_handover.h"
 #include "wire/limits.h"
 #include "wire/raw_message.h"
 #include "wire/status_codec.h"
@@ -17,10 +16,10 @@
 namespace robaxi {
 
 ServerSession::ServerSession(Server& server, grpc::CallbackServerContext* context, std::uint64_t id)
-    : fServer(server),
+    : ByteStream(context),
+      fServer(server),
       fModules(server.modules()),
       fCallPool(server.calls()),
-      fContext(context),
       fId(id),
       fPeerAddress(addressOf(context->peer())),
       fLimits(server.limits()),
@@ -42,11 +41,6 @@ void ServerSession::start(bool admitted) {
     giveToGrpc(&fContext);
     xRead();
     fSilence.startAt(TimerThread::Clock::now() + fLimits.fHeartbeat);
-}
-
-void ServerSession::xRead() {
-    giveToGrpc(&fIncoming);
-    StartRead(&fIncoming);
 }
 
 void ServerSession::OnReadDone(bool ok) {
@@ -170,19 +164,6 @@ bool ServerSession::xEnd(v1::Error::Cause cause, const std::string& text) {
     const bool now = fOut.close();
     xFinishWhen(now);
     return now;
-}
-
-void ServerSession::xFinishWhen(bool now) {
-    if (!now) {
-        return;
-    }
-    grpc::Status status;
-    {
-        const std::lock_guard lock(fMutex);
-        status = encodeStatus(fEnding, *fContext);
-    }
-    giveToGrpc(this);
-    Finish(status);
 }
 
 void ServerSession::xCheckSilence() {

@@ -3,6 +3,7 @@
 
 #include "hosted_modules.h"
 #include "robaxi/v1/robaxi.grpc.pb.h"
+#include "server/byte_stream.h"
 #include "task_pool.h"
 #include "timer_thread.h"
 #include "wire/fragment_assembler.h"
@@ -13,8 +14,6 @@
 #include <atomic>
 #include <deque>
 #include <memory>
-#include <mutex>
-#include <optional>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -33,8 +32,7 @@ class Server;
  *
  * The server owns it until OnDone(); running calls own it longer, and their results are dropped.
  */
-class ServerSession : public grpc::ServerBidiReactor<grpc::ByteBuffer, grpc::ByteBuffer>,
-                      public std::enable_shared_from_this<ServerSession> {
+class ServerSession : public ByteStream, public std::enable_shared_from_this<ServerSession> {
   public:
     ServerSession(Server& server, grpc::CallbackServerContext* context, std::uint64_t id);
     ~ServerSession() override;
@@ -67,7 +65,6 @@ class ServerSession : public grpc::ServerBidiReactor<grpc::ByteBuffer, grpc::Byt
     };
     using WorkPtr = std::shared_ptr<Work>;
 
-    void xRead();
     void xHandleBatch();
     bool xMayHandle();
     bool xHasRoomForCall() const;
@@ -90,19 +87,16 @@ class ServerSession : public grpc::ServerBidiReactor<grpc::ByteBuffer, grpc::Byt
     void xRun(const v1::Call& call);
     void xUnpark(std::size_t most);
     bool xEnd(v1::Error::Cause cause, const std::string& text);
-    void xFinishWhen(bool now);
     void xCheckSilence();
 
     Server& fServer;  // not to be used in a call: it may be destroyed while a method runs
     const std::shared_ptr<HostedModules> fModules;
     const std::shared_ptr<TaskPool> fCallPool;
-    grpc::CallbackServerContext* const fContext;
     const std::uint64_t fId;
     const std::string fPeerAddress;
     const KVSettings::Limits fLimits;
     WriteQueue<v1::ServerBatch, v1::ServerMessage> fOut;
     grpc::ByteBuffer fOutgoing;
-    grpc::ByteBuffer fIncoming;
     v1::ClientBatch fBatch;  // that was received
     int fNextOfBatch = 0;
     FragmentAssembler<v1::ClientMessage> fAssembler;
@@ -111,7 +105,7 @@ class ServerSession : public grpc::ServerBidiReactor<grpc::ByteBuffer, grpc::Byt
     bool fIsRefused = false;
     bool fHasHello = false;
 
-    std::mutex fMutex;
+    // Guarded by fMutex:
     std::deque<WorkPtr> fWaiting;
     std::unordered_map<std::uint64_t, WorkPtr> fCalls;  // those in fWaiting that can be cancelled
     std::size_t fWaitingBytes = 0;
@@ -119,7 +113,6 @@ class ServerSession : public grpc::ServerBidiReactor<grpc::ByteBuffer, grpc::Byt
     bool fHoldsHello = false;  // checks its token later
     bool fIsPaused = false;    // reads nothing, so that the client's calls wait in the network
     bool fHasEnded = false;
-    std::optional<v1::Error> fEnding;
 
     std::atomic<bool> fHasKeptMuch{false};
     std::atomic<int> fSilentHeartbeats{0};

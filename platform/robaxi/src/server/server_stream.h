@@ -1,13 +1,12 @@
 #ifndef ROBAXI_SERVER_STREAM_H
 #define ROBAXI_SERVER_STREAM_H
 
+#include "server/byte_stream.h"
 #include "server/server.h"
 #include "timer_thread.h"
-#include "wire/grpc_handover.h"
 #include "wire/limits.h"
 #include "wire/message_codec.h"
 #include "wire/raw_message.h"
-#include "wire/status_codec.h"
 #include "wire/write_gate.h"
 
 #include <robaxi/kv_error.h>
@@ -18,7 +17,6 @@
 
 #include <cstdint>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <utility>
 
@@ -31,8 +29,7 @@ namespace robaxi {
  * module, or when the derived class ends it. The server owns it until OnDone().
  */
 template <class Request>
-class ServerStream : public grpc::ServerBidiReactor<grpc::ByteBuffer, grpc::ByteBuffer>,
-                     public SideStream {
+class ServerStream : public ByteStream, public SideStream {
   public:
     ServerStream(const ServerStream&) = delete;
     ServerStream& operator=(const ServerStream&) = delete;
@@ -90,7 +87,7 @@ class ServerStream : public grpc::ServerBidiReactor<grpc::ByteBuffer, grpc::Byte
 
   protected:
     ServerStream(Server& server, grpc::CallbackServerContext* context)
-        : fServer(server), fContext(context), fPump(server.timers(), [this] { xPump(); }) {}
+        : ByteStream(context), fServer(server), fPump(server.timers(), [this] { xPump(); }) {}
 
     /** Handles fRequest. */
     virtual void xHandle() = 0;
@@ -156,19 +153,6 @@ class ServerStream : public grpc::ServerBidiReactor<grpc::ByteBuffer, grpc::Byte
         return true;
     }
 
-    void xFinishWhen(bool now) {
-        if (!now) {
-            return;
-        }
-        grpc::Status status;
-        {
-            const std::lock_guard lock(fMutex);
-            status = encodeStatus(fEnding, *fContext);
-        }
-        giveToGrpc(this);
-        Finish(status);
-    }
-
     void xStartWrite() {
         giveToGrpc(&fUpdate);
         StartWrite(&fUpdate);
@@ -179,24 +163,14 @@ class ServerStream : public grpc::ServerBidiReactor<grpc::ByteBuffer, grpc::Byte
     grpc::ByteBuffer fUpdate;
     WriteGate fGate;
 
-    std::mutex fMutex;
-
   private:
-    void xRead() {
-        giveToGrpc(&fIncoming);
-        StartRead(&fIncoming);
-    }
-
     bool xHasStarted() {
         const std::lock_guard lock(fMutex);
         return fHasStarted;
     }
 
-    grpc::CallbackServerContext* const fContext;
-    grpc::ByteBuffer fIncoming;
-    std::string fModule;  // guarded by fMutex, like the following two
+    std::string fModule;  // guarded by fMutex, like the following one
     bool fHasStarted = false;
-    std::optional<v1::Error> fEnding;  // reason for the end
 
   protected:
     Timer fPump;  // stopped before the other members are destroyed
