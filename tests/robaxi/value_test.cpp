@@ -1,5 +1,6 @@
 #include "test_broker.h"
 
+#include <robaxi/kv_number.h>
 #include <robaxi/kv_value.h>
 
 #include <gtest/gtest.h>
@@ -88,6 +89,16 @@ TEST(Value, ReadAsAnotherTypeNamesBothTypes) {
     EXPECT_CAUSE(errorOf([] { KVValue("1").toInt(); }), WrongType);
     EXPECT_CAUSE(errorOf([] { KVValue(true).toFloat(); }), WrongType);
     EXPECT_CAUSE(errorOf([] { bytes("x").toString(); }), WrongType);
+}
+
+TEST(Value, IsANumberForAPlot) {
+    EXPECT_EQ(KV::numberOf(KVValue(true)), 1.0);
+    EXPECT_EQ(KV::numberOf(KVValue(false)), 0.0);
+    EXPECT_EQ(KV::numberOf(KVValue(-7)), -7.0);
+    EXPECT_EQ(KV::numberOf(KVValue(0.5)), 0.5);
+    for (const KVValue& other : {KVValue(), KVValue("1"), bytes("1"), KVValue(KVValue::List{1})}) {
+        EXPECT_TRUE(std::isnan(KV::numberOf(other)));
+    }
 }
 
 TEST(Value, ConvertsBetweenNumbersOnlyWithoutLoss) {

@@ -2,6 +2,8 @@
 
 #include "session/key_store.h"
 
+#include <robaxi/kv_number.h>
+
 #include <algorithm>
 #include <cmath>
 #include <iterator>
@@ -23,10 +25,6 @@ bool isNumber(const KVValue& value) {
            type == KVValue::Type::Float;
 }
 
-double numberOf(const KVValue& value) {
-    return value.type() == KVValue::Type::Bool ? (value.toBool() ? 1 : 0) : value.toFloat();
-}
-
 int compareNumbers(double left, double right) {
     if (std::isnan(left) || std::isnan(right)) {
         return compare(std::isnan(left), std::isnan(right));
@@ -37,7 +35,7 @@ int compareNumbers(double left, double right) {
 /** Numbers come first, then texts, then types without an order. */
 int compareValues(const KVValue& left, const KVValue& right) {
     if (isNumber(left) && isNumber(right)) {
-        return compareNumbers(numberOf(left), numberOf(right));
+        return compareNumbers(KV::numberOf(left), KV::numberOf(right));
     }
     if (isNumber(left) != isNumber(right)) {
         return isNumber(left) ? -1 : 1;

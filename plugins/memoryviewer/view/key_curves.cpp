@@ -5,10 +5,10 @@
 #include "session/key_store.h"
 
 #include <obvista/viewer/value_text.h>
+#include <robaxi/kv_number.h>
 
 #include <algorithm>
 #include <iterator>
-#include <limits>
 
 namespace memoryviewer {
 
@@ -27,19 +27,6 @@ bool hasNumbers(const MemoryKey* key) {
             key->type() == KVValue::Type::Bool);
 }
 
-/** Returns the number, or NaN, which makes a gap, for other values. */
-double numberOf(const KVValue& value) {
-    switch (value.type()) {
-        case KVValue::Type::Bool:
-            return value.toBool() ? 1 : 0;
-        case KVValue::Type::Int:
-        case KVValue::Type::Float:
-            return value.toFloat();
-        default:
-            return std::numeric_limits<double>::quiet_NaN();
-    }
-}
-
 }  // namespace
 
 KeyCurves::KeyCurves(KeyStore* keys, PlotPanel* plots, QObject* parent)
@@ -47,7 +34,7 @@ KeyCurves::KeyCurves(KeyStore* keys, PlotPanel* plots, QObject* parent)
     fPlots->setKeyLookup([this](const QString& name) { return xLookup(name); });
     fPlots->setValueLookup([this](const QString& name) {
         const MemoryKey* key = fKeys->find(name.toStdString());
-        return key != nullptr && key->hasValue() ? std::optional<double>(numberOf(key->fValue))
+        return key != nullptr && key->hasValue() ? std::optional<double>(KV::numberOf(key->fValue))
                                                  : std::nullopt;
     });
     connect(fPlots, &PlotPanel::plottedKeysChanged, this, &KeyCurves::xOnPlottedKeysChanged);
@@ -114,7 +101,7 @@ void KeyCurves::xAddSample(std::vector<PlotSample>& samples, const MemoryKey& ke
     }
     const bool isBeginning = !fPlots->history().curve(handle).isGoingOn();
     const std::int64_t earliest = fKeys->clock().now() - a_heldAtFirst;
-    samples.push_back({handle, isBeginning ? std::max(time, earliest) : time, numberOf(value)});
+    samples.push_back({handle, isBeginning ? std::max(time, earliest) : time, KV::numberOf(value)});
 }
 
 std::optional<PlottedKey> KeyCurves::xLookup(const QString& name) const {

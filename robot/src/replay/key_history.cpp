@@ -3,10 +3,10 @@
 #include <base/time.h>
 #include <robaxi/kv_error.h>
 #include <robaxi/kv_memory_module.h>
+#include <robaxi/kv_number.h>
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -21,18 +21,6 @@ using recording::Message;
 constexpr double a_mostBytes = 200e6;
 /** A key with so few messages is always read completely. */
 constexpr std::uint64_t a_fewMessages = 5000;
-
-double numberOf(const KVValue& value) {
-    switch (value.type()) {
-        case KVValue::Type::Bool:
-            return value.toBool() ? 1 : 0;
-        case KVValue::Type::Int:
-        case KVValue::Type::Float:
-            return value.toFloat();
-        default:
-            return std::numeric_limits<double>::quiet_NaN();
-    }
-}
 
 }  // namespace
 
@@ -160,7 +148,7 @@ std::optional<KeyHistory::Point> KeyHistory::xPointOf(const Message& message,
     fStage.read(message, [&](const std::string& name, const KVValue& value) {
         if (name == key) {
             point = Point{static_cast<std::int64_t>(time / base::a_nanosecondsPerMicrosecond),
-                          numberOf(value)};
+                          KV::numberOf(value)};
         }
     });
     return point;
