@@ -1,12 +1,11 @@
 #include "sim_module.h"
 
+#include <base/address.h>
 #include <base/safe_text.h>
 #include <robaxi/kv_error.h>
 #include <robaxi/kv_memory_module.h>
 
 #include <boost/make_shared.hpp>
-
-#include <arpa/inet.h>
 
 namespace robot {
 
@@ -15,27 +14,20 @@ namespace {
 constexpr double a_shortestInterruption = 0.1;
 constexpr double a_longestInterruption = 3600;
 
-IconTrouble toTrouble(const std::string& word) {
-    const std::optional<IconTrouble> trouble = iconTroubleNamed(word);
-    if (!trouble) {
-        throw KVError(KVError::Cause::RaisedByModule, "The icon can be " + iconTroubleNames() +
-                                                          "; not '" + base::oneLine(word) + "'.");
+/** @param subject begins the sentence of a refusal */
+template <class Trouble>
+Trouble toTrouble(const std::string& subject, const TroubleNames<Trouble>& troubles,
+                  const KVValue& word) {
+    if (const std::optional<Trouble> trouble = troubles.find(word.toString())) {
+        return *trouble;
     }
-    return *trouble;
-}
-
-FrameTrouble toFrameTrouble(const std::string& word) {
-    const std::optional<FrameTrouble> trouble = frameTroubleNamed(word);
-    if (!trouble) {
-        throw KVError(KVError::Cause::RaisedByModule, "A camera can be " + frameTroubleNames() +
-                                                          "; not '" + base::oneLine(word) + "'.");
-    }
-    return *trouble;
+    throw KVError(
+        KVError::Cause::RaisedByModule,
+        subject + " can be " + troubles.list() + "; not '" + base::oneLine(word.toString()) + "'.");
 }
 
 const std::string& toAddress(const std::string& text) {
-    in_addr address{};
-    if (!text.empty() && inet_pton(AF_INET, text.c_str(), &address) != 1) {
+    if (!text.empty() && !base::isIPv4(text)) {
         throw KVError(
             KVError::Cause::RaisedByModule,
             "An address is four numbers with points, or empty for the machine's own; not '" +
@@ -48,7 +40,7 @@ KVValue stateAsValue(const SimControls::State& state) {
     return KVValue::Map{{"middleware", state.fMiddleware},
                         {"announced", state.fAnnounced},
                         {"address", state.fAddress},
-                        {"icon", nameOf(state.fIcon)}};
+                        {"icon", iconTroubles().nameOf(state.fIcon)}};
 }
 
 }  // namespace
@@ -87,14 +79,16 @@ boost::shared_ptr<KVModule> makeSimModule(SimControls* controls) {
              controls->setAddress(toAddress(address.toString()));
          });
     bind({"setIcon", "setIcon(trouble: string)",
-          "How the icon is served from now on: " + iconTroubleNames() + "."},
-         KVValue::Type::String,
-         [controls](const KVValue& trouble) { controls->setIcon(toTrouble(trouble.toString())); });
+          "How the icon is served from now on: " + iconTroubles().list() + "."},
+         KVValue::Type::String, [controls](const KVValue& trouble) {
+             controls->setIcon(toTrouble("The icon", iconTroubles(), trouble));
+         });
     module->bindMethod(
         {"setCamera", "setCamera(camera: string, trouble: string)",
-         "What a camera does from now on: " + frameTroubleNames() + "."},
+         "What a camera does from now on: " + frameTroubles().list() + "."},
         {KVValue::Type::String, KVValue::Type::String}, [controls](const KVValue::List& arguments) {
-            controls->setCamera(arguments[0].toString(), toFrameTrouble(arguments[1].toString()));
+            controls->setCamera(arguments[0].toString(),
+                                toTrouble("A camera", frameTroubles(), arguments[1]));
             return KVValue();
         });
     module->bindMethod(

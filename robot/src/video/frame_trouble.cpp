@@ -14,20 +14,6 @@ constexpr std::size_t a_tooMuch = 1'000'000;
 constexpr std::uint32_t a_hugeSide = 65'535;
 constexpr std::array<unsigned char, 4> a_hugeJpegSize{0xFF, 0xDC, 0xFF, 0xDC};  // 65,500 twice
 
-constexpr std::array<std::pair<const char*, FrameTrouble>, 11> a_troubles{{
-    {"ok", FrameTrouble::None},
-    {"removed", FrameTrouble::Removed},
-    {"stopped", FrameTrouble::Stopped},
-    {"unsupported", FrameTrouble::Unsupported},
-    {"short", FrameTrouble::Short},
-    {"oversized", FrameTrouble::Oversized},
-    {"stride", FrameTrouble::WrongStride},
-    {"no-size", FrameTrouble::NoSize},
-    {"huge-size", FrameTrouble::HugeSize},
-    {"no-jpeg", FrameTrouble::NoJpeg},
-    {"lying-jpeg", FrameTrouble::LyingJpeg},
-}};
-
 using Bytes = std::vector<unsigned char>;
 
 Bytes bytesOf(const KVFrame& frame) {
@@ -90,21 +76,20 @@ void makeOversized(KVFrame& frame) {
 
 }  // namespace
 
-std::optional<FrameTrouble> frameTroubleNamed(const std::string& word) {
-    for (const auto& [name, trouble] : a_troubles) {
-        if (word == name) {
-            return trouble;
-        }
-    }
-    return std::nullopt;
-}
-
-std::string frameTroubleNames() {
-    std::string names;
-    for (const auto& [name, trouble] : a_troubles) {
-        names += names.empty() ? "" : ", ";
-        names += name;
-    }
+const TroubleNames<FrameTrouble>& frameTroubles() {
+    static const TroubleNames<FrameTrouble> names{
+        {"ok", FrameTrouble::None},
+        {"removed", FrameTrouble::Removed},
+        {"stopped", FrameTrouble::Stopped},
+        {"unsupported", FrameTrouble::Unsupported},
+        {"short", FrameTrouble::Short},
+        {"oversized", FrameTrouble::Oversized},
+        {"stride", FrameTrouble::WrongStride},
+        {"no-size", FrameTrouble::NoSize},
+        {"huge-size", FrameTrouble::HugeSize},
+        {"no-jpeg", FrameTrouble::NoJpeg},
+        {"lying-jpeg", FrameTrouble::LyingJpeg},
+    };
     return names;
 }
 

@@ -1,10 +1,9 @@
 #ifndef OBVISTA_ROBOT_VIDEO_FRAME_TROUBLE_H
 #define OBVISTA_ROBOT_VIDEO_FRAME_TROUBLE_H
 
-#include <robaxi/kv_frame.h>
+#include "trouble_names.h"
 
-#include <optional>
-#include <string>
+#include <robaxi/kv_frame.h>
 
 namespace robot {
 
@@ -23,13 +22,7 @@ enum class FrameTrouble {
     LyingJpeg     ///< a JPEG that claims 65,500 x 65,500 in its own header
 };
 
-/**
- * @name Conversion from and to their names in documents and calls: "ok", "removed", ...
- */
-///@{
-std::optional<FrameTrouble> frameTroubleNamed(const std::string& word);
-std::string frameTroubleNames();
-///@}
+const TroubleNames<FrameTrouble>& frameTroubles();
 
 /**
  * Returns the frame with the fault. A fault that does not affect the bytes changes nothing, and

@@ -1,9 +1,7 @@
 #include "web/icon.h"
 
-#include <array>
 #include <fstream>
 #include <stdexcept>
-#include <utility>
 
 namespace robot {
 
@@ -11,41 +9,14 @@ namespace {
 
 constexpr std::size_t a_longestIcon = 4UL * 1024 * 1024;
 
-constexpr std::array<std::pair<const char*, IconTrouble>, 6> a_troubles{{
-    {"ok", IconTrouble::None},
-    {"hang", IconTrouble::Hang},
-    {"trickle", IconTrouble::Trickle},
-    {"404", IconTrouble::Missing},
-    {"huge", IconTrouble::Huge},
-    {"broken", IconTrouble::Broken},
-}};
-
 }  // namespace
 
-std::optional<IconTrouble> iconTroubleNamed(const std::string& word) {
-    for (const auto& [name, trouble] : a_troubles) {
-        if (word == name) {
-            return trouble;
-        }
-    }
-    return std::nullopt;
-}
-
-const char* nameOf(IconTrouble trouble) {
-    for (const auto& [name, known] : a_troubles) {
-        if (known == trouble) {
-            return name;
-        }
-    }
-    throw std::logic_error("an icon trouble without a name");
-}
-
-std::string iconTroubleNames() {
-    std::string names;
-    for (const auto& [name, trouble] : a_troubles) {
-        names += names.empty() ? "" : ", ";
-        names += name;
-    }
+const TroubleNames<IconTrouble>& iconTroubles() {
+    static const TroubleNames<IconTrouble> names{
+        {"ok", IconTrouble::None},         {"hang", IconTrouble::Hang},
+        {"trickle", IconTrouble::Trickle}, {"404", IconTrouble::Missing},
+        {"huge", IconTrouble::Huge},       {"broken", IconTrouble::Broken},
+    };
     return names;
 }
 

@@ -1,9 +1,9 @@
 #ifndef OBVISTA_ROBOT_WEB_ICON_H
 #define OBVISTA_ROBOT_WEB_ICON_H
 
+#include "trouble_names.h"
+
 #include <cstdint>
-#include <functional>
-#include <optional>
 #include <string>
 
 namespace robot {
@@ -18,12 +18,7 @@ enum class IconTrouble {
     Broken    ///< the answer is not a picture, though it begins like one
 };
 
-/** "ok", "hang", "trickle", "404", "huge" or "broken"; nothing for another word. */
-std::optional<IconTrouble> iconTroubleNamed(const std::string& word);
-const char* nameOf(IconTrouble trouble);
-
-/** Returns the words that iconTroubleNamed() accepts, for users. */
-std::string iconTroubleNames();
+const TroubleNames<IconTrouble>& iconTroubles();
 
 /**
  * Reads an icon.

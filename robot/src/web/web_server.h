@@ -2,13 +2,16 @@
 #define OBVISTA_ROBOT_WEB_WEB_SERVER_H
 
 #include "web/icon.h"
-#include "web/web_site.h"
 
+#include <atomic>
 #include <memory>
+#include <sockets/http_answer.h>
 #include <sockets/http_server.h>
 #include <string>
 
 namespace robot {
+
+class WebPage;
 
 /** Serves the robot's page and its icon over HTTP. All operations may be called from any thread. */
 class WebServer {
@@ -27,11 +30,16 @@ class WebServer {
     WebServer& operator=(const WebServer&) = delete;
 
     /** Sets the fault of the icon, from the next request on. */
-    void setIconTrouble(IconTrouble trouble) { fSite.setIconTrouble(trouble); }
-    IconTrouble getIconTrouble() const { return fSite.getIconTrouble(); }
+    void setIconTrouble(IconTrouble trouble) { fTrouble = trouble; }
+    IconTrouble getIconTrouble() const { return fTrouble; }
 
   private:
-    WebSite fSite;
+    sockets::HttpAnswer xAnswer(const std::string& path) const;
+    sockets::HttpAnswer xIcon() const;
+
+    std::shared_ptr<const WebPage> fPage;
+    std::string fIcon;
+    std::atomic<IconTrouble> fTrouble{IconTrouble::None};
     sockets::HttpServer fServer;
 };
 

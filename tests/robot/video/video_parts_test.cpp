@@ -328,15 +328,15 @@ class FrameTroubleTest : public testing::Test {
 
 TEST_F(FrameTroubleTest, everyWordHasItsTrouble) {
     std::set<FrameTrouble> troubles;
-    std::string names = robot::frameTroubleNames() + ", ";
+    std::string names = robot::frameTroubles().list() + ", ";
     for (std::size_t end = names.find(", "); end != std::string::npos; end = names.find(", ")) {
-        const auto trouble = robot::frameTroubleNamed(names.substr(0, end));
+        const auto trouble = robot::frameTroubles().find(names.substr(0, end));
         ASSERT_TRUE(trouble) << names;
         troubles.insert(*trouble);
         names.erase(0, end + 2);
     }
     EXPECT_EQ(troubles.size(), 11U);
-    EXPECT_FALSE(robot::frameTroubleNamed("worse"));
+    EXPECT_FALSE(robot::frameTroubles().find("worse"));
 }
 
 TEST_F(FrameTroubleTest, framesClaimWhatIsNotTrue) {
