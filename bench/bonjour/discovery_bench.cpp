@@ -6,6 +6,7 @@
 
 #include "browse_peer.h"
 #include "child_process.h"
+#include "lab_control.h"
 #include "sighting_times.h"
 
 #include <bonjour/bonjour_discovery.h>
@@ -31,30 +32,13 @@ using bench::Clock;
 using bench::SightingTimes;
 using KV::BonjourDiscovery;
 using obvista_test::ChildProcess;
+using obvista_test::lab::control;
+using obvista_test::lab::controlCommand;
 
-using Arguments = std::vector<std::string>;
 using Profile = boost::shared_ptr<KV::BonjourProfile>;
 using Times = std::map<std::string, Clock::time_point>;
 
 constexpr std::chrono::seconds a_patience(60);
-
-Arguments controlCommand(const Arguments& arguments) {
-    const char* const lab = std::getenv("OBVISTA_LAB");
-    if (lab == nullptr) {
-        throw std::runtime_error(
-            "Run it in a lab: lab/run -- build/release/bench/bonjour_discovery_bench [ROBOTS]");
-    }
-    Arguments command = {std::string(lab) + "/ctl"};
-    command.insert(command.end(), arguments.begin(), arguments.end());
-    return command;
-}
-
-void control(const Arguments& arguments) {
-    ChildProcess process(controlCommand(arguments));
-    if (process.waitForEnd() != 0) {
-        throw std::runtime_error("lab/ctl " + arguments.front() + ": " + process.errors());
-    }
-}
 
 /** A host of the lab that announces itself on request. */
 class Robot {

@@ -3,6 +3,7 @@
 //
 //   tests/support/run_isolated --display xvfb -- build/release/bench/bench_browser_open
 
+#include "bench/figures.h"
 #include "main_window.h"
 #include "plugin_loader.h"
 #include "robot_process.h"
@@ -21,18 +22,14 @@
 #include <QTest>
 #include <QTimer>
 
-#include <algorithm>
 #include <cstdio>
 #include <vector>
 
 namespace {
 
-constexpr int a_rounds = 9;
+using bench::median;
 
-double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
+constexpr int a_rounds = 9;
 
 double milliseconds(const QElapsedTimer& timer) {
     return static_cast<double>(timer.nsecsElapsed()) / 1e6;

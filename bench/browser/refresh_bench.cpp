@@ -4,6 +4,7 @@
 //   tests/support/run_isolated -- build/release/bench/bench_browser_refresh [SECONDS]
 
 #include "announced.h"
+#include "bench/figures.h"
 #include "browserobots_dialog.h"
 #include "costly_pictures.h"
 
@@ -24,12 +25,9 @@ using KD::BrowseRobotsDialog;
 
 namespace {
 
-constexpr int a_passes = 15;
+using bench::median;
 
-double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
+constexpr int a_passes = 15;
 
 /** Returns the median duration of a call in milliseconds. */
 template <class Call>

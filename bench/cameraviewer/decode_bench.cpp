@@ -3,9 +3,10 @@
 // nothing at any size.
 //
 //   cameraviewer_decode_bench [ROUNDS]
+#include "bench/figures.h"
+
 #include <QImage>
 
-#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
@@ -77,12 +78,6 @@ double milliseconds(Clock::duration duration) {
     return std::chrono::duration<double, std::milli>(duration).count();
 }
 
-double median(std::vector<double> values) {
-    std::nth_element(values.begin(),
-                     values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2), values.end());
-    return values[values.size() / 2];
-}
-
 /** Decoding and copying alternate, so that other load of the machine affects both equally. */
 void measure(const QImage& image, const Format& format, int rounds) {
     const Bytes bytes = bytesOf(image, format);
@@ -105,8 +100,8 @@ void measure(const QImage& image, const Format& format, int rounds) {
         }
     }
     std::printf("%4dx%-4d  %-10s %8zu bytes   decoded in %7.3f ms   copied in %7.3f ms\n",
-                image.width(), image.height(), format.fName, bytes.size(), median(decoding),
-                median(copying));
+                image.width(), image.height(), format.fName, bytes.size(), bench::median(decoding),
+                bench::median(copying));
 }
 
 }  // namespace

@@ -12,7 +12,7 @@
 //
 // Memory growth is the slope of a line fitted to one reading a second: a single reading varies by
 // the frames in flight, each of nearly a megabyte.
-#include "figures.h"
+#include "bench/figures.h"
 #include "ros_master.h"
 #include "screen_watch.h"
 

@@ -1,6 +1,6 @@
 #include "filter_typing.h"
 
-#include "figures.h"
+#include "bench/figures.h"
 #include "host_window.h"
 
 #include <QAbstractItemModel>

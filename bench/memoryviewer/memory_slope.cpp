@@ -1,26 +1,8 @@
 #include "memory_slope.h"
 
-#include <fstream>
-#include <stdexcept>
-#include <string>
-#include <unistd.h>
+#include "bench/figures.h"
 
 namespace bench {
-
-namespace {
-
-double residentMegabytes(pid_t process) {
-    std::ifstream file("/proc/" + std::to_string(process) + "/statm");
-    double total = 0;
-    double resident = 0;
-    if (!(file >> total >> resident)) {
-        throw std::runtime_error("the program has ended");
-    }
-    constexpr double megabyte = 1024 * 1024;
-    return resident * static_cast<double>(::sysconf(_SC_PAGESIZE)) / megabyte;
-}
-
-}  // namespace
 
 void MemorySlope::look() {
     const double now = std::chrono::duration<double>(Clock::now() - fBegin).count();

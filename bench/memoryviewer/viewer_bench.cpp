@@ -14,8 +14,8 @@
 //
 // Targets for the viewer: 15 % of a core, stalls of 100 ms (50 ms while opening), 60 ms to the
 // screen, 2 MB an hour, 20 ms from a key in the filter to its result (50 ms at worst).
+#include "bench/figures.h"
 #include "cell_watch.h"
-#include "figures.h"
 #include "machine_watch.h"
 #include "memory_slope.h"
 

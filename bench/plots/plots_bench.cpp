@@ -3,6 +3,7 @@
 //
 //   tests/support/run_isolated --display xvfb -- build/release/bench/bench_plots [SECONDS]
 
+#include "bench/figures.h"
 #include "plots/plot_canvas.h"
 #include "plots/plot_history.h"
 #include "plots/plot_panel.h"
@@ -24,10 +25,10 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
-#include <ctime>
 #include <functional>
 #include <memory>
 #include <random>
+#include <unistd.h>
 #include <vector>
 
 using namespace memoryviewer;
@@ -184,17 +185,12 @@ void measurePlainCurves(int curves) {
           }));
 }
 
-double processorSeconds() {
-    timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
-}
-
 double shareWhile(std::chrono::seconds duration) {
-    const double before = processorSeconds();
+    const double before = bench::processorSeconds(getpid());
     QTimer::singleShot(duration, qApp, &QCoreApplication::quit);
     QApplication::exec();
-    return 100 * (processorSeconds() - before) / static_cast<double>(duration.count());
+    return 100 * (bench::processorSeconds(getpid()) - before) /
+           static_cast<double>(duration.count());
 }
 
 void measureFollowing(std::chrono::seconds duration) {

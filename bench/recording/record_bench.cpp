@@ -7,7 +7,7 @@
 //
 // The robot runs in this process and the recorder in another one.
 #include "child_process.h"
-#include "figures.h"
+#include "bench/figures.h"
 #include "key_names.h"
 
 #include <picture/jpeg.h>

@@ -5,12 +5,13 @@
 //   recording_write_bench [MEGABYTES [FOLDER]]
 //
 // The messages are 60 bytes of JSON on 1000 channels, or JPEG-like pictures of 100 kB.
+#include "bench/figures.h"
+
 #include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <fcntl.h>
 #include <filesystem>
 #include <functional>
@@ -34,16 +35,12 @@ struct Figure {
     double fProcessorSeconds = 0;
 };
 
-double processorSeconds() {
-    return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
-}
-
 Figure measure(const std::function<void()>& work) {
     const Clock::time_point start = Clock::now();
-    const double processor = processorSeconds();
+    const double processor = bench::processorSeconds(getpid());
     work();
     return {std::chrono::duration<double>(Clock::now() - start).count(),
-            processorSeconds() - processor};
+            bench::processorSeconds(getpid()) - processor};
 }
 
 std::vector<std::string> numbers(std::size_t bytes) {

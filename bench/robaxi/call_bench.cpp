@@ -4,10 +4,10 @@
 // process. Rounds of all alternate, so that other load of the machine affects all equally.
 //
 //   call_bench [ROUNDS]
+#include "bench/figures.h"
 #include "brokers.h"
 #include "camera.h"
 #include "far_end.h"
-#include "figures.h"
 #include "ros_peer.h"
 #include "tcp_peer.h"
 

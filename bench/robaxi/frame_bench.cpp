@@ -2,10 +2,10 @@
 // gigabyte, compared with the same bytes over plain TCP (and with roscpp, if installed).
 //
 //   robaxi_frame_bench [ROUNDS]
+#include "bench/figures.h"
 #include "brokers.h"
 #include "camera.h"
 #include "far_end.h"
-#include "figures.h"
 #include "plain_stream.h"
 #include "ros_peer.h"
 

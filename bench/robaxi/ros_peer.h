@@ -1,7 +1,7 @@
 #ifndef OBVISTA_BENCH_ROBAXI_ROS_PEER_H
 #define OBVISTA_BENCH_ROBAXI_ROS_PEER_H
 
-#include "figures.h"
+#include "bench/figures.h"
 
 #include <chrono>
 #include <memory>

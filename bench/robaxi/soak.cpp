@@ -3,9 +3,9 @@
 // Prints a line a minute; the exit status is 0 if nothing was lost.
 //
 //   robaxi_soak [MINUTES]
+#include "bench/figures.h"
 #include "brokers.h"
 #include "far_end.h"
-#include "figures.h"
 
 #include <robaxi/kv_connection.h>
 #include <robaxi/kv_error.h>

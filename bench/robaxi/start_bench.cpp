@@ -3,9 +3,9 @@
 // without any library.
 //
 //   robaxi_start_bench [ROUNDS]
+#include "bench/figures.h"
 #include "brokers.h"
 #include "far_end.h"
-#include "figures.h"
 #include "project_files.h"
 #include "tcp_peer.h"
 
@@ -16,7 +16,6 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -43,17 +42,6 @@ int visit(int port) {
     return EXIT_SUCCESS;
 }
 
-double residentMegabytes(pid_t process) {
-    constexpr double kilobytes = 1024;
-    std::ifstream file("/proc/" + std::to_string(process) + "/status");
-    std::string word;
-    while (file >> word && word != "VmRSS:") {
-    }
-    double size = 0;
-    file >> size;
-    return size / kilobytes;
-}
-
 /** Results of several runs of one program. */
 struct Visits {
     void run(const std::string& port, const std::string& program) {
@@ -61,7 +49,7 @@ struct Visits {
         const bench::FarEnd visitor(port, program);
         const auto duration = std::chrono::steady_clock::now() - start;
         fMilliseconds.push_back(std::chrono::duration<double, std::milli>(duration).count());
-        fMegabytes.push_back(residentMegabytes(visitor.pid()));
+        fMegabytes.push_back(bench::residentMegabytes(visitor.pid()));
     }
 
     std::vector<double> fMilliseconds;

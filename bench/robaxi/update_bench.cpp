@@ -3,9 +3,9 @@
 // a second. If roscpp is installed, it does the same at full speed.
 //
 //   robaxi_update_bench [ROUNDS]
+#include "bench/figures.h"
 #include "brokers.h"
 #include "far_end.h"
-#include "figures.h"
 #include "key_names.h"
 #include "plain_stream.h"
 #include "ros_peer.h"

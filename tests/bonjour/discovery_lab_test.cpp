@@ -1,5 +1,7 @@
 #include "discovery_recorder.h"
+#include "eventually.h"
 #include "lab_network.h"
+#include "process_figures.h"
 #include "project_files.h"
 
 #include <bonjour/bonjour_discovery.h>
@@ -10,7 +12,6 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
-#include <dirent.h>
 #include <memory>
 #include <set>
 #include <signal.h>
@@ -24,6 +25,9 @@ namespace {
 
 using KV::BonjourDiscovery;
 using KV::BonjourProfile;
+using obvista_test::countDescriptors;
+using obvista_test::countThreads;
+using obvista_test::eventually;
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 using testing::ElementsAre;
@@ -38,37 +42,6 @@ const std::string a_middleware = BonjourDiscovery::fRobaxiServiceType;
 constexpr seconds a_callToTheDaemon(25);
 /** Five times as long as stopping may take, since processors may be busy. */
 constexpr seconds a_ending(5);
-
-/** Polls for a condition that no signal reports. */
-template <typename Condition>
-bool eventually(Condition condition, seconds bound = seconds(20)) {
-    const auto deadline = std::chrono::steady_clock::now() + bound;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline) {
-            return false;
-        }
-        std::this_thread::sleep_for(milliseconds(20));
-    }
-    return true;
-}
-
-std::size_t countEntries(const char* folder) {
-    std::size_t count = 0;
-    DIR* const listing = opendir(folder);
-    while (readdir(listing) != nullptr) {
-        ++count;
-    }
-    closedir(listing);
-    return count;
-}
-
-std::size_t countDescriptors() {
-    return countEntries("/proc/self/fd");
-}
-
-std::size_t countThreads() {
-    return countEntries("/proc/self/task");
-}
 
 std::string exceptionOfStart() {
     try {

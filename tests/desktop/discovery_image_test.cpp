@@ -3,7 +3,7 @@
 #include "discovery_profiles.h"
 #include "http/http_download_object.h"
 #include "image_grabber.h"
-#include "open_descriptors.h"
+#include "process_figures.h"
 #include "qt_test_main.h"
 #include "scripted_http_server.h"
 
@@ -16,9 +16,9 @@ using KD::ImageGrabber;
 using obvista_test::answerThenSilence;
 using obvista_test::answerWith;
 using obvista_test::CapturedStderr;
+using obvista_test::countDescriptors;
 using obvista_test::iconOf;
 using obvista_test::makeProfile;
-using obvista_test::openDescriptors;
 using obvista_test::ProfilePointer;
 using obvista_test::ScriptedAnswer;
 using obvista_test::ScriptedHttpServer;
@@ -215,13 +215,13 @@ void DiscoveryImageTest::aRobotWithoutAnswerHoldsUpNoOther() {
 void DiscoveryImageTest::dropsItsDownloadsWhenItGoes() {
     const Server server({answerThenSilence("HTTP/1.1 200 OK\r\n\r\npart")});
     const ProfilePointer profile = makeProfile("robot.local");
-    const int descriptors = openDescriptors();
+    const std::size_t descriptors = countDescriptors();
     auto grabber = std::make_unique<ImageGrabber>();
     grabber->onAskForImage(a_address, profile);
     QTRY_COMPARE(server.openConnections(), 1);
     grabber.reset();
     QTRY_COMPARE(server.openConnections(), 0);
-    QTRY_VERIFY(openDescriptors() <= descriptors);
+    QTRY_VERIFY(countDescriptors() <= descriptors);
     QCOMPARE(profile.use_count(), 1L);
     QVERIFY(!profile->hasBitmapBinary());
 }

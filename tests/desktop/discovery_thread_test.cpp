@@ -2,7 +2,7 @@
 #include "bonjour_listening_thread.h"
 #include "discovery_profiles.h"
 #include "discovery_resolver.h"
-#include "open_descriptors.h"
+#include "process_figures.h"
 #include "qt_test_main.h"
 
 #include <QHostAddress>
@@ -19,8 +19,8 @@
 using KD::BonjourListeningThread;
 using KV::BonjourDiscovery;
 using obvista_test::addressOf;
+using obvista_test::countDescriptors;
 using obvista_test::makeProfile;
-using obvista_test::openDescriptors;
 using obvista_test::ProfilePointer;
 namespace resolver = obvista_test::resolver;
 
@@ -440,12 +440,12 @@ void DiscoveryThreadTest::mayBeReleasedAtAnyTime() {
     };
     startAndRelease(0);  // opens resources that are kept
     const int threads = threadsOfThisProcess();
-    const int descriptors = openDescriptors();
+    const std::size_t descriptors = countDescriptors();
     for (int i = 0; i < 300; ++i) {
         startAndRelease(i);
     }
     QTRY_VERIFY(threadsOfThisProcess() <= threads);
-    QTRY_VERIFY(openDescriptors() <= descriptors);
+    QTRY_VERIFY(countDescriptors() <= descriptors);
 }
 
 void DiscoveryThreadTest::stopsWhenTheLastPointerGivenOutGoes() {

@@ -1,5 +1,5 @@
 #include "http/qhttp.h"
-#include "open_descriptors.h"
+#include "process_figures.h"
 #include "qt_test_main.h"
 #include "scripted_http_server.h"
 
@@ -10,7 +10,7 @@
 
 using obvista_test::answerThenSilence;
 using obvista_test::answerWith;
-using obvista_test::openDescriptors;
+using obvista_test::countDescriptors;
 using obvista_test::ScriptedAnswer;
 using obvista_test::ScriptedHttpServer;
 
@@ -525,12 +525,12 @@ void HttpClientTest::leavesNoDescriptorsOpen() {
     };
     useClients();  // opens resources that are kept
     QTRY_COMPARE(good.openConnections() + silent.openConnections(), 0);
-    const int before = openDescriptors();
+    const std::size_t before = countDescriptors();
     for (int i = 0; i < 20; ++i) {
         useClients();
     }
     QTRY_COMPARE(good.openConnections() + silent.openConnections(), 0);
-    QTRY_COMPARE(openDescriptors(), before);
+    QTRY_COMPARE(countDescriptors(), before);
 }
 
 OBVISTA_QTEST_MAIN(HttpClientTest)

@@ -2,7 +2,7 @@
 
 #include "captured_stderr.h"
 #include "http/qhttp.h"
-#include "open_descriptors.h"
+#include "process_figures.h"
 #include "qt_test_main.h"
 #include "scripted_http_server.h"
 
@@ -14,7 +14,7 @@ using KD::HttpDownloadObject;
 using obvista_test::answerThenSilence;
 using obvista_test::answerWith;
 using obvista_test::CapturedStderr;
-using obvista_test::openDescriptors;
+using obvista_test::countDescriptors;
 using obvista_test::ScriptedAnswer;
 using obvista_test::ScriptedHttpServer;
 
@@ -421,10 +421,10 @@ void HttpDownloadObjectTest::runsManyAtOnce() {
     };
     runAll();  // opens resources that are kept
     QTRY_COMPARE(server.openConnections(), 0);
-    const int before = openDescriptors();
+    const std::size_t before = countDescriptors();
     runAll();
     QTRY_COMPARE(server.openConnections(), 0);
-    QTRY_COMPARE(openDescriptors(), before);
+    QTRY_COMPARE(countDescriptors(), before);
     QCOMPARE(server.requests().size(), 2 * count);
 }
 

@@ -1,7 +1,9 @@
 // Injects faults into a robot, its network and its clients, and checks that they leave no resources
 // behind. The robot is a process on a separate host. Each fault hits a busy client, several times,
 // and neither side may leak descriptors, threads or memory.
+#include "eventually.h"
 #include "lab_network.h"
+#include "process_figures.h"
 #include "project_files.h"
 #include "robot_process.h"
 
@@ -17,7 +19,6 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <future>
@@ -26,7 +27,6 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -34,6 +34,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using lab::control;
 using obvista_test::ChildProcess;
+using obvista_test::eventually;
 using obvista_test::RobotProcess;
 
 constexpr const char* a_host = "walker";
@@ -45,17 +46,6 @@ constexpr std::chrono::seconds a_patience{30};
 /** Six unanswered heartbeats of 250 ms, and one in flight. */
 constexpr std::chrono::seconds a_longestSilence{2};
 
-bool eventually(const std::function<bool()>& condition) {
-    const auto deadline = Clock::now() + a_patience;
-    while (!condition()) {
-        if (Clock::now() > deadline) {
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return true;
-}
-
 /**
  * Resources of a process. Memory is measured for this process only, and not under a sanitizer,
  * which has a leak check.
@@ -66,13 +56,8 @@ struct Holdings {
     std::size_t fBytes = 0;
 };
 
-std::size_t countEntries(const std::filesystem::path& folder) {
-    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
-}
-
 Holdings holdingsOf(const std::string& process) {
-    const std::filesystem::path folder = "/proc/" + process;
-    return {countEntries(folder / "fd"), countEntries(folder / "task"), 0};
+    return {obvista_test::countDescriptors(process), obvista_test::countThreads(process), 0};
 }
 
 Holdings ownHoldings() {

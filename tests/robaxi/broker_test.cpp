@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 using namespace robaxi_test;
+using obvista_test::countListeningSockets;
 
 namespace {
 

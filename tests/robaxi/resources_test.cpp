@@ -1,3 +1,4 @@
+#include "eventually.h"
 #include "process_figures.h"
 #include "recording_listener.h"
 #include "test_broker.h"
@@ -12,23 +13,16 @@
 
 #include <chrono>
 #include <functional>
-#include <thread>
 
 using namespace robaxi_test;
+using obvista_test::countDescriptors;
+using obvista_test::countThreads;
+using obvista_test::eventually;
 
 namespace {
 
 /** The thread pools of the server and of gRPC start threads when they are needed, up to a limit. */
 constexpr std::size_t a_threadsStartedLate = 16;
-
-/** Waits, since the far end of a connection is closed a little later than this one. */
-bool comesDownTo(std::size_t limit, const std::function<std::size_t()>& count) {
-    const auto deadline = std::chrono::steady_clock::now() + a_patience;
-    while (count() > limit && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::yield();
-    }
-    return count() <= limit;
-}
 
 /** A server with "Echo", and "Memory" with one value. */
 class Resources : public testing::Test {
@@ -57,9 +51,10 @@ class Resources : public testing::Test {
         for (int i = 0; i < repetitions; ++i) {
             action();
         }
-        EXPECT_TRUE(comesDownTo(descriptors, countDescriptors))
+        // The far end of a connection is closed a little later than this one.
+        EXPECT_TRUE(eventually([&] { return countDescriptors() <= descriptors; }))
             << countDescriptors() << " descriptors, before " << descriptors;
-        EXPECT_TRUE(comesDownTo(threads + a_threadsStartedLate, countThreads))
+        EXPECT_TRUE(eventually([&] { return countThreads() <= threads + a_threadsStartedLate; }))
             << countThreads() << " threads, before " << threads;
     }
 

@@ -19,7 +19,7 @@ namespace {
 std::vector<std::string> controlCommand(const std::vector<std::string>& arguments) {
     const char* const folder = std::getenv("OBVISTA_LAB");
     if (folder == nullptr) {
-        fail("this test runs inside lab/run");
+        fail("this program runs inside lab/run");
     }
     std::vector<std::string> command = {std::string(folder) + "/ctl"};
     command.insert(command.end(), arguments.begin(), arguments.end());

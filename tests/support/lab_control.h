@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-/** Actions of a test inside lab/run on the network around it. */
+/** Actions of a test or benchmark inside lab/run on the network around it. */
 namespace obvista_test::lab {
 
 /** Returns the command line of lab/ctl with these arguments. */

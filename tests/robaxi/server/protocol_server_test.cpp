@@ -1,4 +1,5 @@
 // Our server with clients that break the protocol, or implement only a minimum of it.
+#include "eventually.h"
 #include "latch.h"
 #include "process_figures.h"
 #include "raw_peer.h"
@@ -17,9 +18,10 @@
 #include <map>
 #include <set>
 #include <string>
-#include <thread>
 
 using namespace robaxi_test;
+using obvista_test::eventually;
+using obvista_test::residentBytes;
 
 namespace {
 
@@ -283,11 +285,8 @@ TEST(ProtocolServerProcess, KeepsLittleForAClientThatDoesNotReadAndGivesItBack) 
         EXPECT_EQ(answered, calls / 10) << "nothing is lost";
     }
     const std::size_t rest = before + 16 * a_mebibyte;  // arenas and stacks of threads
-    const auto deadline = std::chrono::steady_clock::now() + a_patience;
-    while (residentBytes(server->pid()) > rest && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::yield();
-    }
-    EXPECT_LE(residentBytes(server->pid()), rest) << "it gives the memory back";
+    EXPECT_TRUE(eventually([&] { return residentBytes(server->pid()) <= rest; }))
+        << "it gives the memory back";
 }
 
 TEST_F(ProtocolServer, RefusesASubscriptionWithoutASession) {

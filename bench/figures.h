@@ -1,5 +1,5 @@
-#ifndef OBVISTA_BENCH_ROBAXI_FIGURES_H
-#define OBVISTA_BENCH_ROBAXI_FIGURES_H
+#ifndef OBVISTA_BENCH_FIGURES_H
+#define OBVISTA_BENCH_FIGURES_H
 
 #include <atomic>
 #include <chrono>
@@ -40,6 +40,9 @@ Flow measureFlow(pid_t farEnd, const std::atomic<std::uint64_t>& count,
 
 /** Returns the processor time of a process of this user so far, in seconds, of all threads. */
 double processorSeconds(pid_t process);
+
+/** @throws std::runtime_error if the process has ended */
+double residentMegabytes(pid_t process);
 
 /**
  * The main() of every benchmark: `program --serve` is its far end, `program [ROUNDS]` measures.

@@ -1,8 +1,9 @@
-#include "figures.h"
+#include "bench/figures.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -38,6 +39,17 @@ double processorSeconds(pid_t process) {
     }
     constexpr double nanosecond = 1e-9;
     return static_cast<double>(time.tv_sec) + nanosecond * static_cast<double>(time.tv_nsec);
+}
+
+double residentMegabytes(pid_t process) {
+    std::ifstream file("/proc/" + std::to_string(process) + "/statm");
+    double total = 0;
+    double resident = 0;
+    if (!(file >> total >> resident)) {
+        throw std::runtime_error("the program has ended");
+    }
+    constexpr double megabyte = 1024 * 1024;
+    return resident * static_cast<double>(::sysconf(_SC_PAGESIZE)) / megabyte;
 }
 
 Flow measureFlow(pid_t farEnd, const std::atomic<std::uint64_t>& count,

@@ -2,22 +2,18 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <set>
 #include <sstream>
 #include <string>
 #include <unistd.h>
 
-namespace robaxi_test {
+namespace obvista_test {
 
 namespace {
 
-std::size_t countEntries(const char* folder) {
-    std::size_t count = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-        static_cast<void>(entry);
-        ++count;
-    }
-    return count;
+std::size_t countEntries(const std::string& folder) {
+    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
 }
 
 std::set<std::string> ownSockets() {
@@ -55,12 +51,12 @@ std::size_t countListeningSockets() {
     return countListening("/proc/self/net/tcp", own) + countListening("/proc/self/net/tcp6", own);
 }
 
-std::size_t countDescriptors() {
-    return countEntries("/proc/self/fd");
+std::size_t countDescriptors(const std::string& process) {
+    return countEntries("/proc/" + process + "/fd");
 }
 
-std::size_t countThreads() {
-    return countEntries("/proc/self/task");
+std::size_t countThreads(const std::string& process) {
+    return countEntries("/proc/" + process + "/task");
 }
 
 std::size_t residentBytes(pid_t process) {
@@ -70,4 +66,4 @@ std::size_t residentBytes(pid_t process) {
     return residentPages * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
 }
 
-}  // namespace robaxi_test
+}  // namespace obvista_test
