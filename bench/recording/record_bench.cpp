@@ -6,8 +6,8 @@
 //   recording_record_bench [SECONDS [FOLDER]]
 //
 // The robot runs in this process and the recorder in another one.
-#include "child_process.h"
 #include "bench/figures.h"
+#include "child_process.h"
 #include "key_names.h"
 
 #include <picture/jpeg.h>
