@@ -4,7 +4,7 @@
 #
 # An installation with a dedicated prefix (/opt/obvista, a folder that is moved) has this layout in the prefix.
 # In /usr nothing but programs may be in bin, so there the layout is below OBVISTA_PROGRAM_DIR, for instance
-# lib/obvista, with links to the programs in bin and links from the layout to the pictures in share/obvista.
+# lib/obvista, with links to the programs in bin and links from the layout to the pictures and catalogues in share/obvista.
 
 set(OBVISTA_PROGRAM_DIR "" CACHE STRING
     "Folder below the prefix with the layout of the program; empty for the prefix itself")
@@ -14,6 +14,11 @@ set(OBVISTA_MEDIA_DIR share/obvista)
 cmake_path(APPEND OBVISTA_PROGRAM_DIR bin OUTPUT_VARIABLE OBVISTA_INSTALL_PROGRAM_DIR)
 cmake_path(APPEND OBVISTA_PROGRAM_DIR "${OBVISTA_PLUGIN_DIR}" OUTPUT_VARIABLE OBVISTA_INSTALL_PLUGIN_DIR)
 cmake_path(APPEND OBVISTA_PROGRAM_DIR "${OBVISTA_MEDIA_DIR}" OUTPUT_VARIABLE OBVISTA_INSTALL_MEDIA_DIR)
+# What does not depend on the architecture.
+set(OBVISTA_INSTALL_SHARED_DIR "${OBVISTA_INSTALL_MEDIA_DIR}")
+if(OBVISTA_PROGRAM_DIR)
+    set(OBVISTA_INSTALL_SHARED_DIR "${CMAKE_INSTALL_DATADIR}/obvista")
+endif()
 if(NOT OBVISTA_PROGRAM_DIR AND NOT CMAKE_INSTALL_FULL_BINDIR STREQUAL "${CMAKE_INSTALL_PREFIX}/bin")
     message(FATAL_ERROR "CMAKE_INSTALL_BINDIR must be bin without OBVISTA_PROGRAM_DIR: programs find their files \
 relative to their folder.")
@@ -40,6 +45,17 @@ function(obvista_install_link link target)
     file(MAKE_DIRECTORY "${created_folder}")
     file(CREATE_LINK "${target}" "${created}" SYMBOLIC)
     install(FILES "${created}" DESTINATION "${folder}")
+endfunction()
+
+# obvista_link_media(FOLDER...)
+#
+# Lets the program find folders of OBVISTA_INSTALL_SHARED_DIR.
+function(obvista_link_media)
+    if(OBVISTA_PROGRAM_DIR)
+        foreach(folder IN LISTS ARGN)
+            obvista_install_link("${OBVISTA_INSTALL_MEDIA_DIR}/${folder}" "${OBVISTA_INSTALL_SHARED_DIR}/${folder}")
+        endforeach()
+    endif()
 endfunction()
 
 # obvista_install_program(TARGET NAME name)

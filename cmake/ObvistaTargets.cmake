@@ -143,7 +143,8 @@ endfunction()
 #       [ENVIRONMENT ...] [UNSANITIZED])
 #
 # Registers any command (a script, say) as a test under the same isolation as obvista_add_test. UNSANITIZED
-# means that the test runs nothing that the build compiled; builds with sanitizers omit it.
+# means that the test runs nothing that the build compiled; builds with sanitizers omit it. Tests with the label
+# package are not part of the suite: ctest runs them with --build-config packages (scripts/test --packages).
 #
 # The test presets run 11 units at a time. A test takes 4 of them, since it may keep a processor busy, and a
 # test in a lab one, since it waits for multicast DNS nearly all of its time: on two cores two tests and three
@@ -163,7 +164,11 @@ function(obvista_register_test)
     if(NOT arg_TIMEOUT)
         set(arg_TIMEOUT 120)
     endif()
-    add_test(NAME ${arg_NAME}
+    set(configurations)
+    if(arg_LABEL STREQUAL "package")
+        set(configurations CONFIGURATIONS packages)
+    endif()
+    add_test(NAME ${arg_NAME} ${configurations}
         COMMAND "${PROJECT_SOURCE_DIR}/tests/support/run_isolated" --display ${arg_DISPLAY} -- ${arg_COMMAND})
     set_tests_properties(${arg_NAME} PROPERTIES LABELS ${arg_LABEL} TIMEOUT ${arg_TIMEOUT}
         SKIP_RETURN_CODE 77
