@@ -23,7 +23,7 @@ leds = server.module("KVLeds", "The lights of the face")
 
 @leds.method
 def rasta(duration: float) -> None:
-    """Plays red, yellow and green for so many seconds"""
+    """Plays red, yellow and green for that many seconds"""
     print(f"rasta for {duration} s", flush=True)
 
 

@@ -270,7 +270,7 @@ Prüfen Sie auch, ob nicht schon ein anderes Obvista mit diesem Robaxi verbunden
         <translation>Format</translation>
     </message>
     <message>
-        <source>JPEG needs the least bandwidth, the others have exact values</source>
+        <source>JPEG needs the least bandwidth; the others have exact values</source>
         <translation>JPEG braucht die geringste Bandbreite, die anderen haben exakte Werte</translation>
     </message>
     <message>
@@ -377,7 +377,7 @@ Prüfen Sie auch, ob nicht schon ein anderes Obvista mit diesem Robaxi verbunden
         <translation>Kamera: %1</translation>
     </message>
     <message>
-        <source>The figures are in the clipboard.</source>
+        <source>The figures were copied to the clipboard.</source>
         <translation>Die Messwerte sind in der Zwischenablage.</translation>
     </message>
     <message>
@@ -654,7 +654,7 @@ Mittel %3</translation>
         <translation>Der Datenträger ist fast voll, daher wurde die Aufzeichnung beendet. Das Aufgezeichnete kann abgespielt werden.</translation>
     </message>
     <message>
-        <source>The disk is full. What was recorded until then can be played.</source>
+        <source>The disk is full. The part recorded so far can be played.</source>
         <translation>Der Datenträger ist voll. Was bis dahin aufgezeichnet wurde, kann abgespielt werden.</translation>
     </message>
     <message>
@@ -713,7 +713,7 @@ Mittel %3</translation>
         <translation>Keine Kamera ist gewählt.</translation>
     </message>
     <message>
-        <source>The robot has ended the pictures of camera &quot;%1&quot;: %2</source>
+        <source>The robot has ended the stream of camera &quot;%1&quot;: %2</source>
         <extracomment>%2 is the reason in the robot&apos;s words</extracomment>
         <translation>Der Roboter hat die Bilder der Kamera „%1“ beendet: %2</translation>
     </message>
@@ -833,7 +833,7 @@ Mittel %3</translation>
         <translation>Gi&amp;tter</translation>
     </message>
     <message>
-        <source>Lines between pixels, or groups of them</source>
+        <source>Lines between pixels or groups of pixels</source>
         <translation>Linien zwischen Pixeln oder Gruppen von Pixeln</translation>
     </message>
     <message>
@@ -963,7 +963,7 @@ Mittel %3</translation>
         <translation>Diagramm zeichnen</translation>
     </message>
     <message>
-        <source>Plot by itself</source>
+        <source>Plot separately</source>
         <extracomment>verb: show the key in a plot of its own</extracomment>
         <translation>In eigenem Diagramm zeichnen</translation>
     </message>
@@ -1075,7 +1075,7 @@ Mittel %3</translation>
         <translation>zum Filter gehen</translation>
     </message>
     <message>
-        <source>pause, or go on</source>
+        <source>pause or resume</source>
         <translation>anhalten oder fortsetzen</translation>
     </message>
     <message>
@@ -1084,7 +1084,7 @@ Mittel %3</translation>
         <translation>Alt+Z</translation>
     </message>
     <message>
-        <source>record to CSV, or stop</source>
+        <source>start or stop recording to CSV</source>
         <translation>in CSV aufzeichnen oder beenden</translation>
     </message>
     <message>
@@ -1096,7 +1096,7 @@ Mittel %3</translation>
         <translation>Eingabe, Ab</translation>
     </message>
     <message>
-        <source>go to the first key that fits</source>
+        <source>go to the first matching key</source>
         <translation>zum ersten passenden Schlüssel gehen</translation>
     </message>
     <message>
@@ -1128,7 +1128,7 @@ Mittel %3</translation>
         <translation>zu einer Zeile nach ihrem Namen gehen</translation>
     </message>
     <message>
-        <source>watch, or no longer</source>
+        <source>watch or stop watching</source>
         <translation>beobachten oder nicht mehr</translation>
     </message>
     <message>
@@ -1148,7 +1148,7 @@ Mittel %3</translation>
         <translation>das letzte Schreiben rückgängig machen</translation>
     </message>
     <message>
-        <source>copy the chosen rows</source>
+        <source>copy the selected rows</source>
         <translation>die gewählten Zeilen kopieren</translation>
     </message>
     <message>
@@ -1164,7 +1164,7 @@ Mittel %3</translation>
         <translation>Entf</translation>
     </message>
     <message>
-        <source>no longer watch</source>
+        <source>stop watching</source>
         <translation>nicht mehr beobachten</translation>
     </message>
     <message>
@@ -1232,7 +1232,7 @@ Mittel %3</translation>
         <translation>Pos1, 0</translation>
     </message>
     <message>
-        <source>show all points that are kept</source>
+        <source>show all stored points</source>
         <translation>alle gespeicherten Punkte zeigen</translation>
     </message>
     <message>
@@ -1244,7 +1244,7 @@ Mittel %3</translation>
         <translation>den Cursor bewegen</translation>
     </message>
     <message>
-        <source>end the cursor</source>
+        <source>hide the cursor</source>
         <translation>den Cursor beenden</translation>
     </message>
     <message>
@@ -1263,11 +1263,11 @@ Mittel %3</translation>
         <translation>Verbunden. Warten auf die Schlüssel des Roboters…</translation>
     </message>
     <message>
-        <source>The robot&apos;s memory holds no keys.</source>
+        <source>The robot&apos;s memory contains no keys.</source>
         <translation>Der Speicher des Roboters enthält keine Schlüssel.</translation>
     </message>
     <message>
-        <source>The robot gives no values: %1</source>
+        <source>The robot does not provide values: %1</source>
         <extracomment>%1 is the robot&apos;s reason</extracomment>
         <translation>Der Roboter gibt keine Werte: %1</translation>
     </message>
@@ -1359,7 +1359,7 @@ Mittel %3</translation>
         <translation>Filter: Wörter, re:, type:, changed:</translation>
     </message>
     <message>
-        <source>Shows the keys that fit every term:
+        <source>Shows the keys that match every term:
 head pos	words in the name
 -yaw	not in the name (before any term)
 re:Joint\d+	regular expression
@@ -1382,7 +1382,7 @@ changed:30	in den letzten 30 s geändert (5 ohne Angabe)</translation>
         <translation>Liste</translation>
     </message>
     <message>
-        <source>Keys by their whole names instead of a tree</source>
+        <source>Keys by their full names instead of a tree</source>
         <translation>Schlüssel mit ganzem Namen statt als Baum</translation>
     </message>
     <message>
@@ -1390,7 +1390,7 @@ changed:30	in den letzten 30 s geändert (5 ohne Angabe)</translation>
         <translation>Spalten</translation>
     </message>
     <message>
-        <source>Choose what is shown of each key</source>
+        <source>Choose the columns</source>
         <translation>Wählen, was von jedem Schlüssel gezeigt wird</translation>
     </message>
     <message>
@@ -1398,7 +1398,7 @@ changed:30	in den letzten 30 s geändert (5 ohne Angabe)</translation>
         <translation>Pause</translation>
     </message>
     <message>
-        <source>Keep the present values (Ctrl+Space)</source>
+        <source>Pause updates (Ctrl+Space)</source>
         <translation>Die gegenwärtigen Werte behalten (Strg+Leertaste)</translation>
     </message>
     <message>
@@ -1406,7 +1406,7 @@ changed:30	in den letzten 30 s geändert (5 ohne Angabe)</translation>
         <translation>Aktualisierungen pro Sekunde</translation>
     </message>
     <message>
-        <source>How often the robot sends what has changed</source>
+        <source>How often the robot sends changed values</source>
         <translation>Wie oft der Roboter Änderungen sendet</translation>
     </message>
     <message>
@@ -1627,7 +1627,7 @@ Ziehen Sie Schlüssel mit Zahlen hierher, oder zeichnen Sie sie über ihr Menü.
         <translation>Zeit&amp;raum</translation>
     </message>
     <message>
-        <source>Length of time shown (+ and -, wheel)</source>
+        <source>Time span shown (+ and -, wheel)</source>
         <translation>Länge des gezeigten Zeitraums (+ und -, Mausrad)</translation>
     </message>
     <message>
@@ -1888,7 +1888,7 @@ Ziehen Sie Schlüssel mit Zahlen hierher, oder zeichnen Sie sie über ihr Menü.
         <translation>Tempo</translation>
     </message>
     <message>
-        <source>Seconds of the recording in a second</source>
+        <source>Recorded seconds per second</source>
         <translation>Sekunden der Aufzeichnung pro Sekunde</translation>
     </message>
     <message>
@@ -1908,7 +1908,7 @@ Ziehen Sie Schlüssel mit Zahlen hierher, oder zeichnen Sie sie über ihr Menü.
         <translation>zur vorigen oder nächsten Änderung gehen</translation>
     </message>
     <message>
-        <source>go a twentieth of the recording forward or back</source>
+        <source>move forward or back by a twentieth of the recording</source>
         <translation>ein Zwanzigstel der Aufzeichnung vor oder zurück gehen</translation>
     </message>
     <message>

@@ -270,7 +270,7 @@ Vérifiez aussi qu’un autre Obvista n’est pas déjà connecté à ce Robaxi.
         <translation>Format</translation>
     </message>
     <message>
-        <source>JPEG needs the least bandwidth, the others have exact values</source>
+        <source>JPEG needs the least bandwidth; the others have exact values</source>
         <translation>JPEG demande le moins de bande passante, les autres ont des valeurs exactes</translation>
     </message>
     <message>
@@ -377,7 +377,7 @@ Vérifiez aussi qu’un autre Obvista n’est pas déjà connecté à ce Robaxi.
         <translation>Caméra : %1</translation>
     </message>
     <message>
-        <source>The figures are in the clipboard.</source>
+        <source>The figures were copied to the clipboard.</source>
         <translation>Les mesures sont dans le presse-papiers.</translation>
     </message>
     <message>
@@ -654,7 +654,7 @@ Moyenne %3</translation>
         <translation>Le disque est presque plein, l’enregistrement s’est donc terminé. Ce qui a été enregistré peut être lu.</translation>
     </message>
     <message>
-        <source>The disk is full. What was recorded until then can be played.</source>
+        <source>The disk is full. The part recorded so far can be played.</source>
         <translation>Le disque est plein. Ce qui a été enregistré jusque-là peut être lu.</translation>
     </message>
     <message>
@@ -713,7 +713,7 @@ Moyenne %3</translation>
         <translation>Aucune caméra n’est choisie.</translation>
     </message>
     <message>
-        <source>The robot has ended the pictures of camera &quot;%1&quot;: %2</source>
+        <source>The robot has ended the stream of camera &quot;%1&quot;: %2</source>
         <extracomment>%2 is the reason in the robot&apos;s words</extracomment>
         <translation>Le robot a mis fin aux images de la caméra « %1 » : %2</translation>
     </message>
@@ -833,7 +833,7 @@ Moyenne %3</translation>
         <translation>Gri&amp;lle</translation>
     </message>
     <message>
-        <source>Lines between pixels, or groups of them</source>
+        <source>Lines between pixels or groups of pixels</source>
         <translation>Lignes entre les pixels ou groupes de pixels</translation>
     </message>
     <message>
@@ -963,7 +963,7 @@ Moyenne %3</translation>
         <translation>Tracer</translation>
     </message>
     <message>
-        <source>Plot by itself</source>
+        <source>Plot separately</source>
         <extracomment>verb: show the key in a plot of its own</extracomment>
         <translation>Tracer séparément</translation>
     </message>
@@ -1075,7 +1075,7 @@ Moyenne %3</translation>
         <translation>aller au filtre</translation>
     </message>
     <message>
-        <source>pause, or go on</source>
+        <source>pause or resume</source>
         <translation>mettre en pause ou reprendre</translation>
     </message>
     <message>
@@ -1084,7 +1084,7 @@ Moyenne %3</translation>
         <translation>Alt+E</translation>
     </message>
     <message>
-        <source>record to CSV, or stop</source>
+        <source>start or stop recording to CSV</source>
         <translation>enregistrer en CSV, ou arrêter</translation>
     </message>
     <message>
@@ -1096,7 +1096,7 @@ Moyenne %3</translation>
         <translation>Entrée, Bas</translation>
     </message>
     <message>
-        <source>go to the first key that fits</source>
+        <source>go to the first matching key</source>
         <translation>aller à la première clé correspondante</translation>
     </message>
     <message>
@@ -1128,7 +1128,7 @@ Moyenne %3</translation>
         <translation>aller à une ligne par son nom</translation>
     </message>
     <message>
-        <source>watch, or no longer</source>
+        <source>watch or stop watching</source>
         <translation>surveiller, ou ne plus surveiller</translation>
     </message>
     <message>
@@ -1148,7 +1148,7 @@ Moyenne %3</translation>
         <translation>annuler la dernière écriture</translation>
     </message>
     <message>
-        <source>copy the chosen rows</source>
+        <source>copy the selected rows</source>
         <translation>copier les lignes choisies</translation>
     </message>
     <message>
@@ -1164,7 +1164,7 @@ Moyenne %3</translation>
         <translation>Suppr</translation>
     </message>
     <message>
-        <source>no longer watch</source>
+        <source>stop watching</source>
         <translation>ne plus surveiller</translation>
     </message>
     <message>
@@ -1232,7 +1232,7 @@ Moyenne %3</translation>
         <translation>Début, 0</translation>
     </message>
     <message>
-        <source>show all points that are kept</source>
+        <source>show all stored points</source>
         <translation>afficher tous les points conservés</translation>
     </message>
     <message>
@@ -1244,7 +1244,7 @@ Moyenne %3</translation>
         <translation>déplacer le curseur</translation>
     </message>
     <message>
-        <source>end the cursor</source>
+        <source>hide the cursor</source>
         <translation>fermer le curseur</translation>
     </message>
     <message>
@@ -1263,11 +1263,11 @@ Moyenne %3</translation>
         <translation>Connecté. En attente des clés du robot…</translation>
     </message>
     <message>
-        <source>The robot&apos;s memory holds no keys.</source>
+        <source>The robot&apos;s memory contains no keys.</source>
         <translation>La mémoire du robot ne contient aucune clé.</translation>
     </message>
     <message>
-        <source>The robot gives no values: %1</source>
+        <source>The robot does not provide values: %1</source>
         <extracomment>%1 is the robot&apos;s reason</extracomment>
         <translation>Le robot ne donne pas de valeurs : %1</translation>
     </message>
@@ -1359,7 +1359,7 @@ Moyenne %3</translation>
         <translation>Filtre : mots, re:, type:, changed:</translation>
     </message>
     <message>
-        <source>Shows the keys that fit every term:
+        <source>Shows the keys that match every term:
 head pos	words in the name
 -yaw	not in the name (before any term)
 re:Joint\d+	regular expression
@@ -1382,7 +1382,7 @@ changed:30	modifiée dans les 30 dernières secondes (5 par défaut)</translatio
         <translation>Liste</translation>
     </message>
     <message>
-        <source>Keys by their whole names instead of a tree</source>
+        <source>Keys by their full names instead of a tree</source>
         <translation>Clés par leur nom complet au lieu d’un arbre</translation>
     </message>
     <message>
@@ -1390,7 +1390,7 @@ changed:30	modifiée dans les 30 dernières secondes (5 par défaut)</translatio
         <translation>Colonnes</translation>
     </message>
     <message>
-        <source>Choose what is shown of each key</source>
+        <source>Choose the columns</source>
         <translation>Choisir ce qui est affiché de chaque clé</translation>
     </message>
     <message>
@@ -1398,7 +1398,7 @@ changed:30	modifiée dans les 30 dernières secondes (5 par défaut)</translatio
         <translation>Pause</translation>
     </message>
     <message>
-        <source>Keep the present values (Ctrl+Space)</source>
+        <source>Pause updates (Ctrl+Space)</source>
         <translation>Garder les valeurs actuelles (Ctrl+Espace)</translation>
     </message>
     <message>
@@ -1406,7 +1406,7 @@ changed:30	modifiée dans les 30 dernières secondes (5 par défaut)</translatio
         <translation>Mises à jour par seconde</translation>
     </message>
     <message>
-        <source>How often the robot sends what has changed</source>
+        <source>How often the robot sends changed values</source>
         <translation>Fréquence à laquelle le robot envoie les changements</translation>
     </message>
     <message>
@@ -1627,7 +1627,7 @@ Glissez ici des clés numériques, ou tracez-les depuis leur menu.</translation>
         <translation>&amp;Durée</translation>
     </message>
     <message>
-        <source>Length of time shown (+ and -, wheel)</source>
+        <source>Time span shown (+ and -, wheel)</source>
         <translation>Durée affichée (+ et -, molette)</translation>
     </message>
     <message>
@@ -1888,7 +1888,7 @@ Glissez ici des clés numériques, ou tracez-les depuis leur menu.</translation>
         <translation>Vitesse</translation>
     </message>
     <message>
-        <source>Seconds of the recording in a second</source>
+        <source>Recorded seconds per second</source>
         <translation>Secondes d’enregistrement par seconde</translation>
     </message>
     <message>
@@ -1908,7 +1908,7 @@ Glissez ici des clés numériques, ou tracez-les depuis leur menu.</translation>
         <translation>aller au changement précédent ou suivant</translation>
     </message>
     <message>
-        <source>go a twentieth of the recording forward or back</source>
+        <source>move forward or back by a twentieth of the recording</source>
         <translation>avancer ou reculer d’un vingtième de l’enregistrement</translation>
     </message>
     <message>

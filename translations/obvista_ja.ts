@@ -270,7 +270,7 @@ Also make sur that another Obvista is not already connected to this Robaxi.</sou
         <translation>形式</translation>
     </message>
     <message>
-        <source>JPEG needs the least bandwidth, the others have exact values</source>
+        <source>JPEG needs the least bandwidth; the others have exact values</source>
         <translation>JPEG は帯域が最も少なく、その他は正確な値です</translation>
     </message>
     <message>
@@ -377,7 +377,7 @@ Also make sur that another Obvista is not already connected to this Robaxi.</sou
         <translation>カメラ: %1</translation>
     </message>
     <message>
-        <source>The figures are in the clipboard.</source>
+        <source>The figures were copied to the clipboard.</source>
         <translation>計測値をクリップボードにコピーしました。</translation>
     </message>
     <message>
@@ -650,7 +650,7 @@ Mean %3</source>
         <translation>ディスクの空きがほとんどないため、記録を終了しました。記録済みの部分は再生できます。</translation>
     </message>
     <message>
-        <source>The disk is full. What was recorded until then can be played.</source>
+        <source>The disk is full. The part recorded so far can be played.</source>
         <translation>ディスクに空きがありません。それまでに記録された内容は再生できます。</translation>
     </message>
     <message>
@@ -709,7 +709,7 @@ Mean %3</source>
         <translation>カメラが選択されていません。</translation>
     </message>
     <message>
-        <source>The robot has ended the pictures of camera &quot;%1&quot;: %2</source>
+        <source>The robot has ended the stream of camera &quot;%1&quot;: %2</source>
         <extracomment>%2 is the reason in the robot&apos;s words</extracomment>
         <translation>ロボットがカメラ「%1」の画像を終了しました: %2</translation>
     </message>
@@ -829,7 +829,7 @@ Mean %3</source>
         <translation>グリッド(&amp;G)</translation>
     </message>
     <message>
-        <source>Lines between pixels, or groups of them</source>
+        <source>Lines between pixels or groups of pixels</source>
         <translation>ピクセルまたはその集まりの間の線</translation>
     </message>
     <message>
@@ -959,7 +959,7 @@ Mean %3</source>
         <translation>グラフに表示</translation>
     </message>
     <message>
-        <source>Plot by itself</source>
+        <source>Plot separately</source>
         <extracomment>verb: show the key in a plot of its own</extracomment>
         <translation>単独でグラフに表示</translation>
     </message>
@@ -1071,7 +1071,7 @@ Mean %3</source>
         <translation>フィルターへ移動</translation>
     </message>
     <message>
-        <source>pause, or go on</source>
+        <source>pause or resume</source>
         <translation>一時停止、または再開</translation>
     </message>
     <message>
@@ -1080,7 +1080,7 @@ Mean %3</source>
         <translation>Alt+R</translation>
     </message>
     <message>
-        <source>record to CSV, or stop</source>
+        <source>start or stop recording to CSV</source>
         <translation>CSV に記録、または停止</translation>
     </message>
     <message>
@@ -1092,7 +1092,7 @@ Mean %3</source>
         <translation>Enter、↓</translation>
     </message>
     <message>
-        <source>go to the first key that fits</source>
+        <source>go to the first matching key</source>
         <translation>一致する最初のキーへ移動</translation>
     </message>
     <message>
@@ -1124,7 +1124,7 @@ Mean %3</source>
         <translation>名前で行へ移動</translation>
     </message>
     <message>
-        <source>watch, or no longer</source>
+        <source>watch or stop watching</source>
         <translation>監視、または解除</translation>
     </message>
     <message>
@@ -1144,7 +1144,7 @@ Mean %3</source>
         <translation>最後の書き込みを元に戻す</translation>
     </message>
     <message>
-        <source>copy the chosen rows</source>
+        <source>copy the selected rows</source>
         <translation>選択した行をコピー</translation>
     </message>
     <message>
@@ -1160,7 +1160,7 @@ Mean %3</source>
         <translation>Delete</translation>
     </message>
     <message>
-        <source>no longer watch</source>
+        <source>stop watching</source>
         <translation>監視をやめる</translation>
     </message>
     <message>
@@ -1228,7 +1228,7 @@ Mean %3</source>
         <translation>Home、0</translation>
     </message>
     <message>
-        <source>show all points that are kept</source>
+        <source>show all stored points</source>
         <translation>保持している点をすべて表示</translation>
     </message>
     <message>
@@ -1240,7 +1240,7 @@ Mean %3</source>
         <translation>カーソルを移動</translation>
     </message>
     <message>
-        <source>end the cursor</source>
+        <source>hide the cursor</source>
         <translation>カーソルを終了</translation>
     </message>
     <message>
@@ -1259,11 +1259,11 @@ Mean %3</source>
         <translation>接続しました。ロボットのキーを待っています…</translation>
     </message>
     <message>
-        <source>The robot&apos;s memory holds no keys.</source>
+        <source>The robot&apos;s memory contains no keys.</source>
         <translation>ロボットのメモリーにキーがありません。</translation>
     </message>
     <message>
-        <source>The robot gives no values: %1</source>
+        <source>The robot does not provide values: %1</source>
         <extracomment>%1 is the robot&apos;s reason</extracomment>
         <translation>ロボットから値が得られません: %1</translation>
     </message>
@@ -1353,7 +1353,7 @@ Mean %3</source>
         <translation>フィルター: 語, re:, type:, changed:</translation>
     </message>
     <message>
-        <source>Shows the keys that fit every term:
+        <source>Shows the keys that match every term:
 head pos	words in the name
 -yaw	not in the name (before any term)
 re:Joint\d+	regular expression
@@ -1376,7 +1376,7 @@ changed:30	直近 30 秒に変化 (省略時は 5)</translation>
         <translation>一覧</translation>
     </message>
     <message>
-        <source>Keys by their whole names instead of a tree</source>
+        <source>Keys by their full names instead of a tree</source>
         <translation>ツリーではなく完全な名前でキーを表示</translation>
     </message>
     <message>
@@ -1384,7 +1384,7 @@ changed:30	直近 30 秒に変化 (省略時は 5)</translation>
         <translation>列</translation>
     </message>
     <message>
-        <source>Choose what is shown of each key</source>
+        <source>Choose the columns</source>
         <translation>各キーについて表示する内容を選択</translation>
     </message>
     <message>
@@ -1392,7 +1392,7 @@ changed:30	直近 30 秒に変化 (省略時は 5)</translation>
         <translation>一時停止</translation>
     </message>
     <message>
-        <source>Keep the present values (Ctrl+Space)</source>
+        <source>Pause updates (Ctrl+Space)</source>
         <translation>現在の値を保つ (Ctrl+Space)</translation>
     </message>
     <message>
@@ -1400,7 +1400,7 @@ changed:30	直近 30 秒に変化 (省略時は 5)</translation>
         <translation>毎秒の更新数</translation>
     </message>
     <message>
-        <source>How often the robot sends what has changed</source>
+        <source>How often the robot sends changed values</source>
         <translation>ロボットが変化を送る頻度</translation>
     </message>
     <message>
@@ -1618,7 +1618,7 @@ Drag keys with numbers here, or plot them from their menu.</source>
         <translation>表示する時間(&amp;T)</translation>
     </message>
     <message>
-        <source>Length of time shown (+ and -, wheel)</source>
+        <source>Time span shown (+ and -, wheel)</source>
         <translation>表示する時間の長さ (+ と -、ホイール)</translation>
     </message>
     <message>
@@ -1877,7 +1877,7 @@ Drag keys with numbers here, or plot them from their menu.</source>
         <translation>速度</translation>
     </message>
     <message>
-        <source>Seconds of the recording in a second</source>
+        <source>Recorded seconds per second</source>
         <translation>1 秒あたりに進む記録の秒数</translation>
     </message>
     <message>
@@ -1897,7 +1897,7 @@ Drag keys with numbers here, or plot them from their menu.</source>
         <translation>前または次の変化へ移動</translation>
     </message>
     <message>
-        <source>go a twentieth of the recording forward or back</source>
+        <source>move forward or back by a twentieth of the recording</source>
         <translation>記録の 20 分の 1 だけ前後に移動</translation>
     </message>
     <message>

@@ -79,7 +79,7 @@ CameraBar::CameraBar(QWidget* parent)
       fSizeBox(xMakeBox("sizeBox", tr("Resolution"),
                         tr("width and height of the pictures that the robot sends, in pixels"))),
       fFormatBox(xMakeBox("formatBox", tr("Format"),
-                          tr("JPEG needs the least bandwidth, the others have exact values"))),
+                          tr("JPEG needs the least bandwidth; the others have exact values"))),
       fRateBox(xMakeBox("rateBox", tr("Rate"), tr("frames a second"))),
       fLast(fRateBox) {
     auto* row = new obvista::WrapLayout(this);

@@ -366,7 +366,7 @@ void CameraViewerWidget::xCopyFigures() {
         //: %1 is a name
         QLatin1Char('\n') + tr("Camera: %1").arg(name) + QLatin1Char('\n') +
         figuresReport(fFigures));
-    xTell(tr("The figures are in the clipboard."));
+    xTell(tr("The figures were copied to the clipboard."));
 }
 
 }  // namespace cameraviewer

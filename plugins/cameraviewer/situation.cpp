@@ -54,7 +54,7 @@ QString reasonForNoCamera(const Situation& situation) {
 QString reasonOfFrames(const Situation& situation) {
     if (situation.fEnd) {
         //: %2 is the reason in the robot's words
-        return Texts::tr("The robot has ended the pictures of camera \"%1\": %2")
+        return Texts::tr("The robot has ended the stream of camera \"%1\": %2")
             .arg(situation.fCamera, obvista::plainText(situation.fEnd->toString()));
     }
     if (!situation.fSinceFrame) {

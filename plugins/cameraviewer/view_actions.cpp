@@ -31,7 +31,7 @@ ViewActions::ViewActions(PictureView* view) : QObject(view), fView(view), fMenu(
     QAction* straighten = xAdd("straightenAction", tr("&As the camera sees it"),
                                tr("Neither rotated nor flipped"), {Qt::Key_U});
     fMenu->addSeparator();
-    fGrid = xAddToggle("gridAction", tr("&Grid"), tr("Lines between pixels, or groups of them"),
+    fGrid = xAddToggle("gridAction", tr("&Grid"), tr("Lines between pixels or groups of pixels"),
                        {Qt::Key_G});
     fHistogram = xAddToggle("histogramAction", tr("Histogra&m"),
                             tr("Histogram of the picture's values"), {Qt::Key_I});

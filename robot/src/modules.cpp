@@ -19,9 +19,9 @@ class Clipboard {
               std::function<void(const std::string&)> show)
         : fMemory(std::move(memory)),
           fShow(std::move(show)),
-          fTextId(fMemory->addKey({"Ballamor/Clipboard", "", "Text that was sent last", ""})),
+          fTextId(fMemory->addKey({"Ballamor/Clipboard", "", "Last text sent", ""})),
           fCountId(fMemory->addKey(
-              {"Ballamor/ClipboardCount", "", "How many texts were sent since the start", 0})) {}
+              {"Ballamor/ClipboardCount", "", "Number of texts sent since the start", 0})) {}
 
     void keep(const std::string& text) {
         const std::lock_guard lock(fMutex);
@@ -44,7 +44,7 @@ class Clipboard {
 boost::shared_ptr<KVModule> makeLedsModule(std::function<void(double)> start) {
     auto module = boost::make_shared<KVModule>("KVLeds", "The lights of the robot.");
     module->bindMethod({"rasta", "rasta(duration: float)",
-                        "Starts a play of red, yellow and green for so many seconds."},
+                        "Starts an animation in red, yellow and green of that many seconds."},
                        {KVValue::Type::Float},
                        [start = std::move(start)](const KVValue::List& arguments) {
                            start(arguments[0].toFloat());
@@ -58,7 +58,7 @@ boost::shared_ptr<KVModule> makeBallamorModule(boost::shared_ptr<KVMemoryModule>
     const auto clipboard = std::make_shared<Clipboard>(std::move(memory), std::move(show));
     auto module = boost::make_shared<KVModule>("KVBallamor", "The behaviour editor.");
     module->bindMethod({"sendClipboard", "sendClipboard(text: string)",
-                        "Keeps and shows a text of at most 4096 bytes."},
+                        "Stores and shows a text of at most 4096 bytes."},
                        {KVValue::Type::String}, [clipboard](const KVValue::List& arguments) {
                            KVRange{0, a_longestClipboard}.check("The clipboard", arguments[0]);
                            clipboard->keep(base::validUtf8(arguments[0].toString()));

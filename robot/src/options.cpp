@@ -37,34 +37,34 @@ po::options_description describedOptions() {
     po::options_description options("Options", 100);
     // clang-format off
     options.add_options()
-        ("help,h", "print this text and end")
-        ("version", "print the version and end")
+        ("help,h", "print this help and exit")
+        ("version", "print the version and exit")
         ("kind", po::value<std::string>()->default_value("robot"),
          "'robot': a simulated humanoid; 'computer': this machine and its own figures")
         ("name", po::value<std::string>()->default_value(machineName()),
          "name under which it appears, 1 to 63 bytes")
         ("address", po::value<std::string>()->default_value("127.0.0.1"),
-         "address to listen on; 0.0.0.0 lets the whole network in, without any authentication "
-         "unless --token-file is given")
+         "address to listen on; 0.0.0.0 opens the robot to the whole network, without "
+         "authentication unless --token-file is given")
         ("port", po::value<int>()->default_value(9559), "port of the middleware, 1 to 65535")
         ("seed", po::value<std::string>()->default_value("1"),
-         "number from which all that the simulated humanoid does follows; the same seed repeats a "
-         "run")
+         "seed of the simulated humanoid's behaviour; the same seed repeats a run")
         ("keys", po::value<int>()->default_value(0),
-         "so many values of drives instead of those of the kind, up to 1000000; 0 for none")
+         "number of values of drives to serve instead of those of the kind, up to 1000000; 0 for "
+         "none")
         ("changing", po::value<int>(),
-         "how many of --keys change; a tenth of them unless given")
+         "how many of --keys change; by default a tenth of them")
         ("rate", po::value<double>()->default_value(50, "50"),
-         "how often these change in a second, 0.1 to 1000")
-        ("hostile", "also serve values that a viewer must bear: markup, 10 MB texts and worse")
+         "changes of each of these per second, 0.1 to 1000")
+        ("hostile", "also serve values that are difficult for viewers: markup, texts of 10 MB and more")
         ("no-video", "serve no cameras: there is no module KVVideo")
         ("tls-certificate", po::value<std::string>()->default_value(""),
-         "PEM file with which the middleware speaks TLS and nothing else, with --tls-key")
+         "PEM file of the certificate; with it and --tls-key the middleware accepts TLS only")
         ("tls-key", po::value<std::string>()->default_value(""), "PEM file of the private key")
         ("token-file", po::value<std::string>()->default_value(""),
-         "file whose one line every program must know")
-        ("allow-plain-token", "ask for the token over connections without TLS too")
-        ("no-middleware", "do not run the middleware: only announce, and serve HTTP")
+         "file with the token, one line, that clients must send")
+        ("allow-plain-token", "also accept the token over connections without TLS")
+        ("no-middleware", "do not run the middleware; only announce the robot and serve HTTP")
         ("http-port", po::value<int>()->default_value(80),
          "port of the web page and the icon; 0 for none")
         ("icon", po::value<std::string>()->default_value(""),
@@ -72,14 +72,14 @@ po::options_description describedOptions() {
         ("replay", po::value<std::string>()->default_value(""),
          "MCAP file with a recorded robot, which is served instead of a simulated one")
         ("robot", po::value<std::string>()->default_value(""),
-         "name of the robot to replay, of several in the file")
+         "name of the robot to replay, if the file has several")
         ("list-robots", "print the names of the robots in the file, one a line, and exit")
         ("start", po::value<double>()->default_value(0, "0"),
          "seconds from the beginning of the recording at which the replay begins")
         ("speed", po::value<double>()->default_value(1, "1"),
          "recorded seconds in a second, 0.1 to 50")
-        ("loop", "begin the replay again at its end")
-        ("paused", "begin the replay with a pause; clients can play it")
+        ("loop", "start over at the end of the recording")
+        ("paused", "start the replay paused; clients can play it")
         ("no-announce", "do not announce it on the network")
         ("sim-port", po::value<int>()->default_value(0),
          "a second port that serves KVSim alone, and stays open when the middleware is switched "
@@ -95,13 +95,13 @@ Kind toKind(const std::string& text) {
     if (text == "computer") {
         return Kind::Computer;
     }
-    throw std::invalid_argument("--kind is 'robot' or 'computer', not '" + text + "'");
+    throw std::invalid_argument("--kind must be 'robot' or 'computer', not '" + text + "'");
 }
 
 std::string toName(const std::string& text) {
     if (text.empty() || text.size() > a_longestName || base::oneLine(text) != text) {
         throw std::invalid_argument(
-            "--name takes 1 to 63 bytes of UTF-8 without control characters");
+            "--name must have 1 to 63 bytes of UTF-8 without control characters");
     }
     return text;
 }
@@ -115,7 +115,8 @@ Number toNumberWithin(const po::variables_map& given, const std::string& option,
         return number;
     }
     std::ostringstream mistake;
-    mistake << "--" << option << " takes " << lowest << " to " << highest << ", not " << number;
+    mistake << "--" << option << " must be from " << lowest << " to " << highest << ", not "
+            << number;
     throw std::invalid_argument(mistake.str());
 }
 
@@ -133,7 +134,8 @@ std::uint64_t toSeed(const std::string& text) {
         }
     } catch (const std::out_of_range&) {
     }
-    throw std::invalid_argument("--seed takes a whole number from 0 to 2^64-1, not '" + text + "'");
+    throw std::invalid_argument("--seed must be a whole number from 0 to 2^64-1, not '" + text +
+                                "'");
 }
 
 Load toLoad(const po::variables_map& given) {
@@ -161,7 +163,8 @@ Security toSecurity(const po::variables_map& given) {
 
 std::string toAddress(const std::string& text) {
     if (!base::isIPv4(text) && !base::isIPv6(text)) {
-        throw std::invalid_argument("--address takes an IPv4 or IPv6 address, not '" + text + "'");
+        throw std::invalid_argument("--address must be an IPv4 or IPv6 address, not '" + text +
+                                    "'");
     }
     return text;
 }

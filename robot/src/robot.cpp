@@ -143,8 +143,8 @@ SimControls::State Robot::getState() const {
 
 void Robot::xAddIdentity() {
     const char* const kind = fOptions.fKind == Kind::Robot ? "robot" : "computer";
-    fMemory->addKey({"Robaxi/Name", "", "Name under which it appears", fOptions.fName});
-    fMemory->addKey({"Robaxi/Kind", "", "Whether it is a robot or a computer", kind});
+    fMemory->addKey({"Robaxi/Name", "", "Name of the robot", fOptions.fName});
+    fMemory->addKey({"Robaxi/Kind", "", "\"robot\" or \"computer\"", kind});
     fMemory->addKey({"Robaxi/Version", "", "Version of the program", OBVISTA_VERSION});
 }
 
@@ -284,7 +284,9 @@ void Robot::xAnnounce() {
 
 void Robot::xRequireAnnouncer() const {
     if (!fAnnouncer) {
-        throw refusal("This robot is not announced: it was started so.");
+        throw refusal(
+            "This robot is not announced: it was started with --no-announce or on a loopback "
+            "address.");
     }
 }
 

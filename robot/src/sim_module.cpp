@@ -30,7 +30,7 @@ const std::string& toAddress(const std::string& text) {
     if (!text.empty() && !base::isIPv4(text)) {
         throw KVError(
             KVError::Cause::RaisedByModule,
-            "An address is four numbers with points, or empty for the machine's own; not '" +
+            "An address is four numbers with points, or empty for that of the machine; not '" +
                 base::oneLine(text) + "'.");
     }
     return text;
@@ -48,8 +48,7 @@ KVValue stateAsValue(const SimControls::State& state) {
 SimControls::~SimControls() = default;
 
 boost::shared_ptr<KVModule> makeSimModule(SimControls* controls) {
-    auto module =
-        boost::make_shared<KVModule>("KVSim", "Faults of the simulated robot, on request.");
+    auto module = boost::make_shared<KVModule>("KVSim", "Injects faults into the simulated robot.");
     const auto bind = [&module](const KVMethodInfo& info, KVValue::Type type,
                                 const std::function<void(const KVValue&)>& method) {
         module->bindMethod(info, {type}, [method](const KVValue::List& arguments) {
@@ -58,41 +57,42 @@ boost::shared_ptr<KVModule> makeSimModule(SimControls* controls) {
         });
     };
     bind({"setMiddleware", "setMiddleware(on: bool)",
-          "Stops listening and withdraws the service, or starts again. Stopping needs --sim-port."},
+          "Stops listening and withdraws the service, or starts again. Stopping requires "
+          "--sim-port."},
          KVValue::Type::Bool,
          [controls](const KVValue& on) { controls->setMiddleware(on.toBool()); });
     bind({"interruptMiddleware", "interruptMiddleware(duration: float)",
-          "Stops the middleware and starts it again after so many seconds, 0.1 to 3600."},
+          "Stops the middleware and starts it again after that many seconds, 0.1 to 3600."},
          KVValue::Type::Float, [controls](const KVValue& duration) {
              KVRange{a_shortestInterruption, a_longestInterruption}.check("The middleware",
                                                                           duration, "s");
              controls->interruptMiddleware(duration.toFloat());
          });
     bind({"setAnnounced", "setAnnounced(on: bool)",
-          "Withdraws what the robot announces, or announces it again."},
+          "Withdraws the announcement of the robot, or announces it again."},
          KVValue::Type::Bool,
          [controls](const KVValue& on) { controls->setAnnounced(on.toBool()); });
     bind({"setAddress", "setAddress(address: string)",
-          "Announces a host name of the robot's own with this IPv4 address; empty for the "
-          "machine's own."},
+          "Announces a separate host name with this IPv4 address; empty for the machine's "
+          "name and address."},
          KVValue::Type::String, [controls](const KVValue& address) {
              controls->setAddress(toAddress(address.toString()));
          });
     bind({"setIcon", "setIcon(trouble: string)",
-          "How the icon is served from now on: " + iconTroubles().list() + "."},
+          "Sets the fault of the icon: " + iconTroubles().list() + "."},
          KVValue::Type::String, [controls](const KVValue& trouble) {
              controls->setIcon(toTrouble("The icon", iconTroubles(), trouble));
          });
     module->bindMethod(
         {"setCamera", "setCamera(camera: string, trouble: string)",
-         "What a camera does from now on: " + frameTroubles().list() + "."},
+         "Sets the fault of a camera: " + frameTroubles().list() + "."},
         {KVValue::Type::String, KVValue::Type::String}, [controls](const KVValue::List& arguments) {
             controls->setCamera(arguments[0].toString(),
                                 toTrouble("A camera", frameTroubles(), arguments[1]));
             return KVValue();
         });
     module->bindMethod(
-        {"getState", "getState() -> map", "What is wrong at present."}, {},
+        {"getState", "getState() -> map", "Returns the current faults."}, {},
         [controls](const KVValue::List&) { return stateAsValue(controls->getState()); });
     return module;
 }

@@ -86,7 +86,7 @@ void LesserRobotTest::showsACameraByItsName() {
 void LesserRobotTest::saysThatThereIsNoCameraOfTheName() {
     enterName(fViewer, QStringLiteral("nose"));
     QTRY_VERIFY2(messageOf(fViewer).startsWith(
-                     QStringLiteral("The robot has ended the pictures of camera \"nose\": ")),
+                     QStringLiteral("The robot has ended the stream of camera \"nose\": ")),
                  qPrintable(messageOf(fViewer)));
     enterName(fViewer, QStringLiteral("eye"));
     QTRY_COMPARE(shownColor(fViewer), a_sentColor);

@@ -119,8 +119,7 @@ TEST(Situation, NamesWhatIsWrongWithTheFrames) {
 TEST(Situation, SaysThatTheRobotEndedTheStream) {
     Situation ended = live();
     ended.fEnd = KVError(KVError::Cause::Internal, "camera unplugged");
-    EXPECT_EQ(reason(ended),
-              "The robot has ended the pictures of camera \"head\": camera unplugged");
+    EXPECT_EQ(reason(ended), "The robot has ended the stream of camera \"head\": camera unplugged");
 }
 
 TEST(Situation, PutsTheRobotBeforeTheCamera) {

@@ -543,7 +543,7 @@ void ViewingTest::showsACameraThatWasTakenAway() {
     xVerifyShown(Qt::red);
     fRobot->removeCamera("head");
     QTRY_VERIFY_WITH_TIMEOUT(noticeOf(viewer).startsWith(QLatin1String(
-                                 "The robot has ended the pictures of camera \"head\": ")),
+                                 "The robot has ended the stream of camera \"head\": ")),
                              a_twoSeconds);
     fRobot->addCamera("head");
     QTRY_COMPARE(fRobot->watchers("head"), 1);

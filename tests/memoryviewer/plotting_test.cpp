@@ -105,7 +105,7 @@ double PlottingTest::xPlotForAWhile(const char* key) {
 void PlottingTest::xPlotByItself(const char* key) {
     QTRY_VERIFY(!fWindow->value(key).isEmpty());
     fWindow->choose(key);
-    fWindow->chooseFromRowMenu(fWindow->tree(), QStringLiteral("Plot by itself"));
+    fWindow->chooseFromRowMenu(fWindow->tree(), QStringLiteral("Plot separately"));
 }
 
 /** Selects one of the ways to save the current plot. */

@@ -97,19 +97,19 @@ void PluginTest::showsKeysAndActivityInTheStatusLine() {
 void PluginTest::saysThatThereAreNoKeys() {
     MemoryRobot empty;
     QWidget* widget = xShow(empty.port());
-    QTRY_COMPARE(messageOf(widget), QStringLiteral("The robot's memory holds no keys."));
+    QTRY_COMPARE(messageOf(widget), QStringLiteral("The robot's memory contains no keys."));
     empty.set("First", 1);
     QTRY_COMPARE(valueOf(widget, "First"), QStringLiteral("1"));
     QCOMPARE(messageOf(widget), QString());
     empty.remove("First");
-    QTRY_COMPARE(messageOf(widget), QStringLiteral("The robot's memory holds no keys."));
+    QTRY_COMPARE(messageOf(widget), QStringLiteral("The robot's memory contains no keys."));
 }
 
 void PluginTest::saysWhyARobotGivesNoValues() {
     MemoryRobot without("Without", MemoryRobot::Memory::Missing);
     QWidget* widget = xShow(without.port());
     QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
-    QTRY_VERIFY2(messageOf(widget).startsWith(QLatin1String("The robot gives no values: ")),
+    QTRY_VERIFY2(messageOf(widget).startsWith(QLatin1String("The robot does not provide values: ")),
                  qPrintable(messageOf(widget)));
     QVERIFY2(messageOf(widget).contains(QLatin1String("KVMemory")), qPrintable(messageOf(widget)));
     QCOMPARE(lost.size(), 0);

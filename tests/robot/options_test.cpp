@@ -151,8 +151,10 @@ TEST_F(OptionsTest, takesAReplayWithItsOwnOptionsOnly) {
 
     EXPECT_THAT(mistake({"--paused"}), HasSubstr("--paused needs --replay and a file"));
     EXPECT_THAT(mistake({"--speed", "2"}), HasSubstr("--speed needs --replay"));
-    EXPECT_THAT(mistake({"--replay", "a", "--speed", "51"}), HasSubstr("--speed takes 0.1 to 50"));
-    EXPECT_THAT(mistake({"--replay", "a", "--start", "-1"}), HasSubstr("--start takes 0 to"));
+    EXPECT_THAT(mistake({"--replay", "a", "--speed", "51"}),
+                HasSubstr("--speed must be from 0.1 to 50"));
+    EXPECT_THAT(mistake({"--replay", "a", "--start", "-1"}),
+                HasSubstr("--start must be from 0 to"));
     EXPECT_THAT(mistake({"--replay", "a", "--seed", "2"}),
                 HasSubstr("--seed is for a simulated robot"));
     EXPECT_THAT(mistake({"--replay", "a", "--hostile"}), HasSubstr("--hostile is for"));
@@ -161,7 +163,7 @@ TEST_F(OptionsTest, takesAReplayWithItsOwnOptionsOnly) {
 
 TEST_F(OptionsTest, mistakesAreNamed) {
     EXPECT_THAT(mistake({"--kind", "toaster"}), HasSubstr("not 'toaster'"));
-    EXPECT_THAT(mistake({"--port", "0"}), HasSubstr("--port takes 1 to 65535, not 0"));
+    EXPECT_THAT(mistake({"--port", "0"}), HasSubstr("--port must be from 1 to 65535, not 0"));
     EXPECT_THAT(mistake({"--port", "65536"}), HasSubstr("not 65536"));
     EXPECT_THAT(mistake({"--port", "95x"}), HasSubstr("95x"));
     EXPECT_THAT(mistake({"--seed", "-1"}), HasSubstr("--seed"));
@@ -171,11 +173,12 @@ TEST_F(OptionsTest, mistakesAreNamed) {
     EXPECT_THAT(mistake({"--name", "a\nb"}), HasSubstr("control characters"));
     EXPECT_THAT(mistake({"--address", ""}), HasSubstr("--address"));
     EXPECT_THAT(mistake({"--address", "localhost"}), HasSubstr("not 'localhost'"));
-    EXPECT_THAT(mistake({"--http-port", "-1"}), HasSubstr("--http-port takes 0 to 65535"));
-    EXPECT_THAT(mistake({"--sim-port", "65536"}), HasSubstr("--sim-port takes 0 to 65535"));
-    EXPECT_THAT(mistake({"--keys", "-1"}), HasSubstr("--keys takes 0 to 1000000, not -1"));
-    EXPECT_THAT(mistake({"--keys", "9", "--changing", "10"}), HasSubstr("--changing takes 0 to 9"));
-    EXPECT_THAT(mistake({"--rate", "0"}), HasSubstr("--rate takes 0.1 to 1000, not 0"));
+    EXPECT_THAT(mistake({"--http-port", "-1"}), HasSubstr("--http-port must be from 0 to 65535"));
+    EXPECT_THAT(mistake({"--sim-port", "65536"}), HasSubstr("--sim-port must be from 0 to 65535"));
+    EXPECT_THAT(mistake({"--keys", "-1"}), HasSubstr("--keys must be from 0 to 1000000, not -1"));
+    EXPECT_THAT(mistake({"--keys", "9", "--changing", "10"}),
+                HasSubstr("--changing must be from 0 to 9"));
+    EXPECT_THAT(mistake({"--rate", "0"}), HasSubstr("--rate must be from 0.1 to 1000, not 0"));
     EXPECT_THAT(mistake({"--rate", "nan"}), HasSubstr("--rate"));
     EXPECT_THAT(mistake({"--tls-key", "robot.key"}), HasSubstr("go together"));
     EXPECT_THAT(mistake({"--prot", "1"}), HasSubstr("--prot"));

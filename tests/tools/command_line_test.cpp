@@ -106,21 +106,23 @@ TEST(CommandLine, EmptyWordsAreKept) {
 }
 
 TEST(CommandLine, MistakesAreNamed) {
-    EXPECT_THAT(mistakeOf({}), HasSubstr("too few words: it takes HOST [WORD...]"));
-    EXPECT_THAT(mistakeOf({"a", "b", "c", "d"}), HasSubstr("'d' is one word too many"));
+    EXPECT_THAT(mistakeOf({}), HasSubstr("too few arguments; expected: HOST [WORD...]"));
+    EXPECT_THAT(mistakeOf({"a", "b", "c", "d"}), HasSubstr("unexpected argument 'd'"));
     EXPECT_EQ("there is no option '--nosuch'", mistakeOf({"a", "--nosuch=3"}));
     EXPECT_EQ("there is no option '-x'", mistakeOf({"a", "-x"}));
     EXPECT_EQ("there is no option '--cou' (did you mean '--count'?)",
               mistakeOf({"a", "--cou", "3"}));
-    EXPECT_EQ("--count takes one value", mistakeOf({"a", "--count"}));
-    EXPECT_EQ("--count takes one value", mistakeOf({"a", "--count", "3", "--count", "4"}));
+    EXPECT_EQ("--count requires one value", mistakeOf({"a", "--count"}));
+    EXPECT_EQ("--count requires one value", mistakeOf({"a", "--count", "3", "--count", "4"}));
     EXPECT_EQ("the value after '--count=' is missing", mistakeOf({"a", "--count=", "3"}));
     EXPECT_EQ("--json takes no value", mistakeOf({"a", "--json=no"}));
-    EXPECT_EQ("--count takes 1 to 10, not x", mistakeOf({"a", "--count", "x"}));
-    EXPECT_EQ("--count takes 1 to 10, not 0x5", mistakeOf({"a", "--count", "0x5"}));
-    EXPECT_THAT(mistakeOf({"a", "--count", "11"}), HasSubstr("--count takes 1 to 10, not 11"));
-    EXPECT_THAT(mistakeOf({"a", "--count", "0"}), HasSubstr("--count takes 1 to 10, not 0"));
-    EXPECT_THAT(mistakeOf({"a", "--rate", "nan"}), HasSubstr("--rate takes 0.1 to 2, not nan"));
+    EXPECT_EQ("--count must be from 1 to 10, not x", mistakeOf({"a", "--count", "x"}));
+    EXPECT_EQ("--count must be from 1 to 10, not 0x5", mistakeOf({"a", "--count", "0x5"}));
+    EXPECT_THAT(mistakeOf({"a", "--count", "11"}),
+                HasSubstr("--count must be from 1 to 10, not 11"));
+    EXPECT_THAT(mistakeOf({"a", "--count", "0"}), HasSubstr("--count must be from 1 to 10, not 0"));
+    EXPECT_THAT(mistakeOf({"a", "--rate", "nan"}),
+                HasSubstr("--rate must be from 0.1 to 2, not nan"));
     EXPECT_THAT(mistakeOf({"a", "--color", "always"}), HasSubstr("--color is 'auto' or 'never'"));
 }
 

@@ -305,7 +305,7 @@ TEST_F(Commands, WatchSaysWhichKeysAreMissing) {
     expectFailure(8, "No key matches 'Nosuch/*'", run("watch", {"Nosuch/*", "--timeout", "1"}));
     ChildProcess watch(
         toolCommand({"watch", placeOf(*fRobot), "Nosuch", "Battery/Charge", "--timeout", "1"}));
-    EXPECT_TRUE(watch.waitForErrors("No key matches 'Nosuch'. Waiting for one to come."));
+    EXPECT_TRUE(watch.waitForErrors("No key matches 'Nosuch'. Waiting for one to appear."));
     EXPECT_TRUE(watch.waitForOutput(" Battery/Charge "));
 }
 
@@ -502,7 +502,7 @@ TEST_F(Commands, WrongUseIsToldWithTheCommandsHelp) {
     expectFailure(2, "help: there is no command 'nosuch'; try", runTool({"help", "nosuch"}));
     expectFailure(2, "watch: there is no option '--jsn' (did you mean '--json'?); try",
                   runTool({"watch", "robot1", "*", "--jsn"}));
-    expectFailure(2, "ping: too few words: it takes HOST; try 'robaxi ping --help'",
+    expectFailure(2, "ping: too few arguments; expected: HOST; try 'robaxi ping --help'",
                   runTool({"ping"}));
     expectFailure(2, "a port is a number from 1 to 65535", runTool({"ping", "robot1:0"}));
 }

@@ -307,7 +307,7 @@ TEST_F(Snapshot, ATerminalDoesNotGetAPicture) {
     ChildProcess process(
         {"script", "-qec", toolCommand({})[0] + " snapshot 127.0.0.1:1 -o -", "/dev/null"});
     EXPECT_EQ(2, process.waitForEnd());
-    EXPECT_THAT(process.output(), HasSubstr("a terminal does not show pictures"));
+    EXPECT_THAT(process.output(), HasSubstr("a terminal cannot show pictures"));
 }
 
 TEST_F(Snapshot, CamerasAreListed) {

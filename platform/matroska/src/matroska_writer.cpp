@@ -37,7 +37,7 @@ std::string startGStreamer() {
         return {};
     }
     const Owned<GError> error(raw);
-    return std::string("GStreamer does not start: ") + error->message;
+    return std::string("GStreamer cannot be started: ") + error->message;
 }
 
 /**
@@ -157,7 +157,7 @@ struct MatroskaWriter::Private {
             gst_element_set_state(fPipeline.get(), GST_STATE_PLAYING) != GST_STATE_CHANGE_FAILURE) {
             return {};
         }
-        return writeFailureText(fSettings.fFile, "the pipeline does not start");
+        return writeFailureText(fSettings.fFile, "the pipeline cannot be started");
     }
 
     void setUpSource(GstElement* element) {

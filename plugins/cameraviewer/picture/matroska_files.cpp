@@ -58,7 +58,7 @@ QString MatroskaFiles::failure() const {
         return fFailure;
     }
     return fFilm.isDiskFull()
-               ? Texts::tr("The disk is full. What was recorded until then can be played.")
+               ? Texts::tr("The disk is full. The part recorded so far can be played.")
                : QString::fromStdString(fFilm.failure());
 }
 

@@ -38,7 +38,7 @@ PlotToolBar::PlotToolBar(TimeAxis* time, PlotSaving* saving, QWidget* parent)
     saving->addTo(*save);
 
     xAddFollow(time);
-    xAddMenu(tr("&Time shown"), tr("Length of time shown (+ and -, wheel)"), "plotSpan",
+    xAddMenu(tr("&Time shown"), tr("Time span shown (+ and -, wheel)"), "plotSpan",
              xMakeSpans(time));
     QAction* all = xAdd(tr("Show &all"), tr("Show all stored points (Home)"), "plotShowAll");
     QAction* add = xAdd(tr("&New plot"), tr("Add an empty plot for the next keys"), "plotNew");

@@ -86,7 +86,7 @@ void KeyActions::xShowTreeMenu(const QPoint& position) {
     //: verb: show the key as a curve
     xAddAction(menu, tr("Plot"), a_plotKeys, hasKeys, &KeyActions::xPlot);
     //: verb: show the key in a plot of its own
-    xAddAction(menu, tr("Plot by itself"), {}, hasKeys, &KeyActions::xPlotByItself);
+    xAddAction(menu, tr("Plot separately"), {}, hasKeys, &KeyActions::xPlotByItself);
     xAddEditing(menu, tree);
     xAddCopying(menu, tree);
     menu.exec(tree->viewport()->mapToGlobal(position));
@@ -97,7 +97,7 @@ void KeyActions::xShowWatchMenu(const QPoint& position) {
     const bool hasRows = view->selectionModel()->hasSelection();
     QMenu menu(view);
     xAddAction(menu, tr("Plot"), a_plotKeys, hasRows, &KeyActions::xPlot);
-    xAddAction(menu, tr("Plot by itself"), {}, hasRows, &KeyActions::xPlotByItself);
+    xAddAction(menu, tr("Plot separately"), {}, hasRows, &KeyActions::xPlotByItself);
     xAddAction(menu, tr("Stop watching"), Qt::Key_Delete, hasRows,
                [view] { view->removeChosen(); });
     xAddEditing(menu, view);

@@ -18,14 +18,14 @@ QString standardKeys(QKeySequence::StandardKey keys) {
 obvista::KeyGroup viewerKeys() {
     return {Texts::tr("Memory viewer"),
             {{standardKeys(QKeySequence::Find), Texts::tr("go to the filter")},
-             {obvista::keyText(Qt::CTRL + Qt::Key_Space), Texts::tr("pause, or go on")},
+             {obvista::keyText(Qt::CTRL + Qt::Key_Space), Texts::tr("pause or resume")},
              //: must be the key of "&Record…"
-             {Texts::tr("Alt+R"), Texts::tr("record to CSV, or stop")}}};
+             {Texts::tr("Alt+R"), Texts::tr("start or stop recording to CSV")}}};
 }
 
 obvista::KeyGroup filterKeys() {
     return {Texts::tr("Filter"),
-            {{Texts::tr("Enter, Down"), Texts::tr("go to the first key that fits")},
+            {{Texts::tr("Enter, Down"), Texts::tr("go to the first matching key")},
              {Texts::tr("Esc"), Texts::tr("clear the filter")}}};
 }
 
@@ -33,13 +33,13 @@ obvista::KeyGroup treeKeys() {
     return {Texts::tr("Keys and watched values"),
             {{Texts::tr("arrows, *"), Texts::tr("move, open and close a branch; open all below")},
              {Texts::tr("letters"), Texts::tr("go to a row by its name")},
-             {obvista::keyText(Qt::CTRL + Qt::Key_D), Texts::tr("watch, or no longer")},
+             {obvista::keyText(Qt::CTRL + Qt::Key_D), Texts::tr("watch or stop watching")},
              {obvista::keyText(Qt::CTRL + Qt::Key_P), Texts::tr("plot")},
              {Texts::tr("F2"), Texts::tr("edit the value")},
              {standardKeys(QKeySequence::Undo), Texts::tr("undo the last write")},
-             {standardKeys(QKeySequence::Copy), Texts::tr("copy the chosen rows")},
+             {standardKeys(QKeySequence::Copy), Texts::tr("copy the selected rows")},
              {Texts::tr("Alt+Up, Alt+Down"), Texts::tr("move a watched row")},
-             {Texts::tr("Delete"), Texts::tr("no longer watch")},
+             {Texts::tr("Delete"), Texts::tr("stop watching")},
              {Texts::tr("Menu"), Texts::tr("menu of the row")}}};
 }
 
@@ -51,9 +51,9 @@ obvista::KeyGroup plotKeys() {
              {Texts::tr("+, -"), Texts::tr("zoom in time")},
              {Texts::tr("Ctrl++, Ctrl+-"), Texts::tr("zoom in values")},
              {Texts::tr("F"), Texts::tr("fit the values axis")},
-             {Texts::tr("Home, 0"), Texts::tr("show all points that are kept")},
+             {Texts::tr("Home, 0"), Texts::tr("show all stored points")},
              {Texts::tr("Shift+Left, Shift+Right"), Texts::tr("move the cursor")},
-             {Texts::tr("Esc"), Texts::tr("end the cursor")},
+             {Texts::tr("Esc"), Texts::tr("hide the cursor")},
              {Texts::tr("Delete"), Texts::tr("in the legend: remove the curve or the plot")},
              {Texts::tr("Menu"), Texts::tr("menu of the plot")}}};
 }

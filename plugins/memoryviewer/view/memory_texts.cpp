@@ -28,10 +28,10 @@ QString phaseText(const MemorySituation& situation) {
         case MemoryPhase::WaitingForKeys:
             return Texts::tr("Connected. Waiting for the robot's keys\u2026");
         case MemoryPhase::Live:
-            return Texts::tr("The robot's memory holds no keys.");
+            return Texts::tr("The robot's memory contains no keys.");
         case MemoryPhase::Refused:
             //: %1 is the robot's reason
-            return Texts::tr("The robot gives no values: %1").arg(situation.fRefusal);
+            return Texts::tr("The robot does not provide values: %1").arg(situation.fRefusal);
         case MemoryPhase::Lost:
             return obvista::endText(obvista::LinkState::Lost);
         case MemoryPhase::Closed:

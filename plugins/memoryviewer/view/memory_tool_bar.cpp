@@ -35,7 +35,7 @@ MemoryToolBar::MemoryToolBar(QWidget* parent)
     fFilter->setAccessibleName(tr("Filter"));
     fFilter->setPlaceholderText(tr("Filter: words, re:, type:, changed:"));
     fFilter->setToolTip(
-        tr("Shows the keys that fit every term:\n"
+        tr("Shows the keys that match every term:\n"
            "head pos\twords in the name\n"
            "-yaw\tnot in the name (before any term)\n"
            "re:Joint\\d+\tregular expression\n"
@@ -49,17 +49,17 @@ MemoryToolBar::MemoryToolBar(QWidget* parent)
     connect(fFilter, &QLineEdit::returnPressed, this, &MemoryToolBar::filterLeft);
 
     //: show the keys as a list instead of a tree
-    fFlat = xAddButton("memoryFlat", tr("List"), tr("Keys by their whole names instead of a tree"));
+    fFlat = xAddButton("memoryFlat", tr("List"), tr("Keys by their full names instead of a tree"));
     connect(fFlat, &QToolButton::toggled, this, &MemoryToolBar::formChanged);
-    fColumns = xAddButton("memoryColumns", tr("Columns"), tr("Choose what is shown of each key"));
+    fColumns = xAddButton("memoryColumns", tr("Columns"), tr("Choose the columns"));
     fColumns->setCheckable(false);
     fColumns->setPopupMode(QToolButton::InstantPopup);
-    fPause = xAddButton("memoryPause", tr("Pause"), tr("Keep the present values (Ctrl+Space)"));
+    fPause = xAddButton("memoryPause", tr("Pause"), tr("Pause updates (Ctrl+Space)"));
     connect(fPause, &QToolButton::toggled, this, &MemoryToolBar::pauseChanged);
 
     fRate->setObjectName(QStringLiteral("memoryRate"));
     obvista::nameByLabel(*fRate, tr("Updates a second"));
-    fRate->setToolTip(tr("How often the robot sends what has changed"));
+    fRate->setToolTip(tr("How often the robot sends changed values"));
     for (const int rate : a_rates) {
         fRate->addItem(tr("%1 Hz").arg(rate), rate);
     }

@@ -151,7 +151,7 @@ TimeBar::TimeBar(QWidget* parent)
     }
     //: of a replay
     nameByLabel(*fSpeed, tr("Speed"));
-    fSpeed->setToolTip(tr("Seconds of the recording in a second"));
+    fSpeed->setToolTip(tr("Recorded seconds per second"));
     connect(fSpeed, QOverload<int>::of(&QComboBox::activated), this,
             [this](int index) { Q_EMIT wanted("setSpeed", {fSpeed->itemData(index).toDouble()}); });
     fLoop->setObjectName(QStringLiteral("replayLoop"));
@@ -186,7 +186,7 @@ KeyGroup TimeBar::keys() {
             {{keyText(Qt::Key_Space), tr("play or pause")},
              {QStringLiteral("\u2190 \u2192"), tr("step to the previous or next change")},
              {QStringLiteral("%1, %2").arg(keyText(Qt::Key_PageUp), keyText(Qt::Key_PageDown)),
-              tr("go a twentieth of the recording forward or back")},
+              tr("move forward or back by a twentieth of the recording")},
              {QStringLiteral("%1, %2").arg(keyText(Qt::Key_Home), keyText(Qt::Key_End)),
               tr("go to the start or end of the recording")}}};
 }

@@ -105,15 +105,14 @@ void HumanoidChannels::xAddIdentity() {
     const auto constant = [](const KVValue& value) {
         return [value](const Instant&) { return value; };
     };
-    xAdd("Robot/Model", "", "What kind of robot this is", a_always, constant("Simulated humanoid"));
+    xAdd("Robot/Model", "", "Kind of robot", a_always, constant("Simulated humanoid"));
     xAdd("Robot/Joints", "", "Number of joints", a_always,
          constant(static_cast<int>(a_jointCount)));
     xAdd("Robot/Weight", "N", "Weight of the body", a_always, constant(a_weight));
     xAdd({"Robot/Note", "", "A free text for whoever works with the robot", true,
           KVRange{0, a_longestNote}},
          a_always, [](const Instant& now) { return KVValue(now.fInputs.fNote); });
-    xAdd("Simulation/Seed", "", "Number from which the whole run follows", a_always,
-         constant(std::to_string(fSeed)));
+    xAdd("Simulation/Seed", "", "Seed of the run", a_always, constant(std::to_string(fSeed)));
     xAdd("Simulation/Step", "", "Steps since the start of the run", a_always,
          [](const Instant& now) { return KVValue(static_cast<std::int64_t>(now.fStep)); });
     xAdd("Simulation/Time", "s", "Time since the start of the run", a_always,
@@ -122,36 +121,36 @@ void HumanoidChannels::xAddIdentity() {
 
 void HumanoidChannels::xAddMotion() {
     const auto body = fBody;
-    xAdd("Motion/Activity", "", "What the robot is busy with", a_always,
+    xAdd("Motion/Activity", "", "Current activity", a_always,
          [body](const Instant& now) { return KVValue(body->activity().name(now.fTime)); });
-    xAdd({"Motion/HeadIdle", "", "Whether the head looks around by itself", true}, a_always,
+    xAdd({"Motion/HeadIdle", "", "True if the head looks around by itself", true}, a_always,
          [](const Instant& now) { return KVValue(now.fInputs.fHeadIdle); });
     xAdd("Motion/StepCount", "", "Steps walked since the start of the run", a_always,
          [body](const Instant& now) {
              return KVValue(static_cast<std::int64_t>(2 * body->gaitPhase(now.fTime) / a_turn));
          });
-    xAdd("Motion/GaitPhase", "rad", "Place in the gait cycle, 0 to one turn", a_always,
+    xAdd("Motion/GaitPhase", "rad", "Phase of the gait cycle, 0 to one turn", a_always,
          [body](const Instant& now) {
              return KVValue(rounded(std::fmod(body->gaitPhase(now.fTime), a_turn), 1000));
          });
-    xAdd("Motion/WalkEffort", "%", "How much of its full walk the robot makes", a_always,
-         [body](const Instant& now) {
-             return KVValue(rounded(100 * body->activity().walking(now.fTime), 10));
-         });
+    xAdd("Motion/WalkEffort", "%", "Share of full walking", a_always, [body](const Instant& now) {
+        return KVValue(rounded(100 * body->activity().walking(now.fTime), 10));
+    });
     // It walks in a circle that passes through the start, to its left.
     const double radius = 1.5;
     xAddMeasured(
-        "Motion/Odometry/X", "m", "Way forward from the start of the run", a_always, 0, 1000,
+        "Motion/Odometry/X", "m", "Distance forward from the start of the run", a_always, 0, 1000,
         [body, radius](const Instant& now) { return radius * std::sin(body->heading(now.fTime)); });
-    xAddMeasured("Motion/Odometry/Y", "m", "Way to the left from the start of the run", a_always, 0,
-                 1000, [body, radius](const Instant& now) {
+    xAddMeasured("Motion/Odometry/Y", "m", "Distance to the left from the start of the run",
+                 a_always, 0, 1000, [body, radius](const Instant& now) {
                      return radius * (1 - std::cos(body->heading(now.fTime)));
                  });
     xAddMeasured(
         "Motion/Odometry/Heading", "rad", "Direction, anticlockwise", a_always, 0, 1000,
         [body](const Instant& now) { return std::remainder(body->heading(now.fTime), a_turn); });
-    xAddMeasured("Motion/Odometry/Distance", "m", "Way walked since the start of the run", a_always,
-                 0, 1000, [body](const Instant& now) { return body->distanceWalked(now.fTime); });
+    xAddMeasured("Motion/Odometry/Distance", "m", "Distance walked since the start of the run",
+                 a_always, 0, 1000,
+                 [body](const Instant& now) { return body->distanceWalked(now.fTime); });
 }
 
 void HumanoidChannels::xAddJoints() {
@@ -189,9 +188,9 @@ void HumanoidChannels::xAddBattery() {
     xAdd("Battery/Charge", "%", "Charge of the battery", a_eachSecond, [body](const Instant& now) {
         return KVValue(rounded(body->batteryCharge(now.fTime), 10));
     });
-    xAdd("Battery/Charging", "", "Whether the charger is plugged in", a_always,
+    xAdd("Battery/Charging", "", "True if the charger is plugged in", a_always,
          [body](const Instant& now) { return KVValue(body->isCharging(now.fTime)); });
-    xAddMeasured("Battery/Voltage", "V", "Voltage at the clamps", a_tenTimesASecond, 0.01, 100,
+    xAddMeasured("Battery/Voltage", "V", "Voltage at the terminals", a_tenTimesASecond, 0.01, 100,
                  [body](const Instant& now) {
                      return 21.5 + 0.038 * body->batteryCharge(now.fTime) +
                             0.06 * body->batteryCurrent(now.fTime);
@@ -294,26 +293,26 @@ void HumanoidChannels::xAddFeet() {
         xAddMeasured(foot + "/CentreOfPressure/Y", "m", "To the left of the middle", a_always,
                      0.0005, 10000,
                      [leftward](const Instant& now) { return 0.04 * leftward(now); });
-        xAdd(foot + "/OnGround", "", "Whether the foot carries weight", a_always,
+        xAdd(foot + "/OnGround", "", "True if the foot carries weight", a_always,
              [weight](const Instant& now) { return KVValue(weight(now) > 0.05 * a_weight); });
     }
 }
 
 void HumanoidChannels::xAddContacts() {
     for (const char* place : {"Front", "Middle", "Rear"}) {
-        xAddContact(std::string("Touch/Head/") + place, "Whether the head is touched there", 0.03);
+        xAddContact(std::string("Touch/Head/") + place, "True if the head is touched there", 0.03);
     }
     for (const std::string side : a_sides) {
         for (const char* place : {"Back", "Palm", "Fingers"}) {
-            xAddContact("Touch/" + side + "Hand/" + place, "Whether the hand is touched there",
+            xAddContact("Touch/" + side + "Hand/" + place, "True if the hand is touched there",
                         0.02);
         }
         for (const char* place : {"Left", "Right"}) {
-            xAddContact("Bumper/" + side + "Foot/" + place, "Whether the toes push something",
+            xAddContact("Bumper/" + side + "Foot/" + place, "True if the toes touch something",
                         0.01);
         }
     }
-    xAddContact("Button/Chest", "Whether the chest button is pressed", 0.004);
+    xAddContact("Button/Chest", "True while the chest button is pressed", 0.004);
 }
 
 void HumanoidChannels::xAddSonar() {
@@ -322,12 +321,12 @@ void HumanoidChannels::xAddSonar() {
         const auto nearest = [shift](const Instant& now) {
             return 1.6 + 0.9 * wave(now, 37, shift) + 0.3 * wave(now, 9.1, shift);
         };
-        xAddMeasured("Sonar/" + side + "/Distance", "m", "Distance of the nearest thing",
+        xAddMeasured("Sonar/" + side + "/Distance", "m", "Distance to the nearest object",
                      a_tenTimesASecond, 0.01, 100, nearest);
         for (int echo = 1; echo <= 3; ++echo) {
             xAddMeasured(
                 "Sonar/" + side + "/Echo" + std::to_string(echo), "m",
-                "Distance of a thing behind it", a_tenTimesASecond, 0.02, 100,
+                "Distance to an object behind it", a_tenTimesASecond, 0.02, 100,
                 [nearest, echo](const Instant& now) { return nearest(now) + 0.55 * echo; });
         }
     }
@@ -394,8 +393,8 @@ void HumanoidChannels::xAddSystem() {
     const auto body = fBody;
     for (int minutes : {1, 5, 15}) {
         xAddMeasured(
-            "System/Load/" + std::to_string(minutes), "",
-            "Mean number of busy tasks in the last minutes", a_eachSecond, 0.02, 100,
+            "System/Load/" + std::to_string(minutes), "", "Load average of the last minutes",
+            a_eachSecond, 0.02, 100,
             [minutes](const Instant& now) { return 1.4 + 0.5 * wave(now, 60.0 * minutes); });
     }
     for (int core = 0; core < 4; ++core) {
@@ -416,9 +415,9 @@ void HumanoidChannels::xAddSystem() {
     xAdd("System/Memory/Used", "B", "Memory in use", a_eachSecond, [](const Instant& now) {
         return KVValue((1500 + static_cast<std::int64_t>(60 * wave(now, 240))) * mebibyte);
     });
-    xAdd("System/Disk/Total", "B", "Room on the disk", a_always,
+    xAdd("System/Disk/Total", "B", "Size of the disk", a_always,
          [](const Instant&) { return KVValue(29000 * mebibyte); });
-    xAdd("System/Disk/Used", "B", "Room taken on the disk", a_eachSecond, [](const Instant& now) {
+    xAdd("System/Disk/Used", "B", "Used space on the disk", a_eachSecond, [](const Instant& now) {
         return KVValue((11200 + static_cast<std::int64_t>(now.fTime / 120)) * mebibyte);
     });
     xAdd("System/Uptime", "s", "Time since the robot's computer started", a_eachSecond,

@@ -157,8 +157,7 @@ void ComputerFigures::xReadLoad() {
         if (!(stream >> load)) {
             return;
         }
-        xAdd(std::string("System/Load/") + minutes, "",
-             "Mean number of busy tasks in the last minutes", load);
+        xAdd(std::string("System/Load/") + minutes, "", "Load average of the last minutes", load);
     }
     std::int64_t running = 0;
     std::int64_t all = 0;
@@ -215,8 +214,8 @@ void ComputerFigures::xReadFrequencies() {
             continue;
         }
         if (const auto kilohertz = firstNumber<std::int64_t>(core / "cpufreq/scaling_cur_freq")) {
-            xAdd("Cpu/" + name.substr(3) + "/Frequency", "MHz", "Present clock of the processor",
-                 *kilohertz / 1000);
+            xAdd("Cpu/" + name.substr(3) + "/Frequency", "MHz",
+                 "Current clock rate of the processor", *kilohertz / 1000);
         }
     }
 }
@@ -224,12 +223,12 @@ void ComputerFigures::xReadFrequencies() {
 void ComputerFigures::xReadMemory() {
     static const std::map<std::string, std::pair<const char*, const char*>> wanted{
         {"MemTotal:", {"Memory/Total", "Memory of the machine"}},
-        {"MemFree:", {"Memory/Free", "Memory that nothing uses"}},
-        {"MemAvailable:", {"Memory/Available", "Memory that programs can still get"}},
-        {"Buffers:", {"Memory/Buffers", "Memory that buffers block devices"}},
-        {"Cached:", {"Memory/Cached", "Memory that holds contents of files"}},
-        {"SwapTotal:", {"Memory/SwapTotal", "Room for memory on the disk"}},
-        {"SwapFree:", {"Memory/SwapFree", "Room for memory on the disk that is free"}}};
+        {"MemFree:", {"Memory/Free", "Unused memory"}},
+        {"MemAvailable:", {"Memory/Available", "Memory available to programs"}},
+        {"Buffers:", {"Memory/Buffers", "Memory used for buffers of block devices"}},
+        {"Cached:", {"Memory/Cached", "Memory used as a cache of files"}},
+        {"SwapTotal:", {"Memory/SwapTotal", "Swap space"}},
+        {"SwapFree:", {"Memory/SwapFree", "Free swap space"}}};
     for (const std::string& line : lines(fRoot / "proc/meminfo")) {
         std::istringstream stream(line);
         std::string name;
@@ -279,7 +278,7 @@ void ComputerFigures::xReadSensors() {
             const std::string label = firstLine(chip / (name.substr(0, end) + "_label"));
             const std::string sensor = label.empty() ? name.substr(0, end) : label;
             xAdd(uniqueName("Temperature/" + keyPart(chipName) + "/" + keyPart(sensor), taken),
-                 "°C", "Temperature that a sensor measures",
+                 "°C", "Temperature measured by a sensor",
                  rounded(static_cast<double>(*millidegrees) / 1000, 10));
         }
     }
@@ -312,7 +311,7 @@ void ComputerFigures::xReadNetwork() {
     for (const fs::path& card : entries(fRoot / "sys/class/net")) {
         if (const std::string state = firstLine(card / "operstate"); !state.empty()) {
             xAdd("Network/" + keyPart(card.filename().string()) + "/State", "",
-                 "Whether the card is up", state);
+                 "True if the network card is up", state);
         }
     }
 }
@@ -341,8 +340,8 @@ void ComputerFigures::xReadDisks() {
         };
         const std::string disk =
             "Disk/" + (mountPoint == "/" ? std::string("root") : keyPart(mountPoint.substr(1)));
-        xAdd(disk + "/Total", "B", "Room of the file system", bytes(room.f_blocks));
-        xAdd(disk + "/Available", "B", "Room that programs can still use", bytes(room.f_bavail));
+        xAdd(disk + "/Total", "B", "Size of the file system", bytes(room.f_blocks));
+        xAdd(disk + "/Available", "B", "Space available to programs", bytes(room.f_bavail));
     }
 }
 

@@ -54,14 +54,14 @@ ReplayValues::ReplayValues()
     : fTable(boost::make_shared<KVValueTable>()),
       fPosition(
           addKey(*fTable, "Position", "µs", "Time in the recording, since 1970-01-01 UTC", 0)),
-      fIsPlaying(addKey(*fTable, "Playing", "", "True if the time goes on", false)),
-      fSpeed(addKey(*fTable, "Speed", "", "Recorded seconds in a second", 1.0)),
-      fLoop(addKey(*fTable, "Loop", "", "True if it begins again at the end", false)),
+      fIsPlaying(addKey(*fTable, "Playing", "", "True while it plays", false)),
+      fSpeed(addKey(*fTable, "Speed", "", "Recorded seconds per second", 1.0)),
+      fLoop(addKey(*fTable, "Loop", "", "True if it starts over at the end", false)),
       fStart(addKey(*fTable, "Start", "µs", "Beginning of the recording", 0)),
       fEnd(addKey(*fTable, "End", "µs", "End of the recording", 0)),
       fClockOffset(
           addKey(*fTable, "ClockOffset", "µs", "The recorder's clock minus the robot's", 0)),
-      fFault(addKey(*fTable, "Fault", "", "Damage of the file at which it has stopped", "")) {
+      fFault(addKey(*fTable, "Fault", "", "Damage in the file at which it stopped", "")) {
 }
 
 void ReplayValues::setTimes(std::uint64_t start, std::uint64_t end, std::int64_t clockOffset) {
@@ -86,7 +86,7 @@ boost::shared_ptr<KVModule> makeReplayModule(Player& player, KeyHistory& history
         "getState", [&player, &values] { return stateMap(player, values).toMap(); },
         "Returns position, start, end, playing, speed, loop and fault.");
     module->bindMethod(
-        "play", [&player] { player.play(); }, "Plays; at the end from the start.");
+        "play", [&player] { player.play(); }, "Plays; at the end, from the beginning.");
     module->bindMethod(
         "pause", [&player] { player.pause(); }, "Stops at the position.");
     module->bindMethod(
@@ -99,24 +99,24 @@ boost::shared_ptr<KVModule> makeReplayModule(Player& player, KeyHistory& history
             KVRange{-Player::a_mostSteps, Player::a_mostSteps}.check("The position", count);
             return microseconds(player.step(static_cast<int>(count), camera));
         },
-        "Goes so many changes, or frames of a camera, forward or back; returns the position.");
+        "Moves that many changes, or frames of a camera, forward or back; returns the position.");
     module->bindMethod(
         "setSpeed",
         [&player](double speed) {
             KVRange{a_lowestSpeed, a_highestSpeed}.check("The speed", speed);
             player.setSpeed(speed);
         },
-        "Sets the recorded seconds in a second, 0.1 to 50.");
+        "Sets the recorded seconds per second, 0.1 to 50.");
     module->bindMethod(
         "setLoop", [&player](bool loop) { player.setLoop(loop); },
-        "Begins again at the end, or does not.");
+        "Sets whether it starts over at the end.");
     module->bindMethod(
         "getHistory",
         [&history](const std::string& key, std::int64_t from, std::int64_t to,
                    std::int64_t points) {
             return history.get(key, nanoseconds(from), endOfMicrosecond(to), points);
         },
-        "Returns times and numbers of a key, thinned out to so many points.");
+        "Returns times and numbers of a key, thinned out to that many points.");
     return module;
 }
 

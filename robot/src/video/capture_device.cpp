@@ -127,7 +127,7 @@ std::vector<CaptureDevice> findCaptureDevices(
     // It also fails if no plugin provides such devices.
     if (gst_device_monitor_start(monitor.get()) == FALSE) {
         complain(
-            "the cameras of this computer cannot be looked for: GStreamer's plugin for "
+            "the cameras of this computer cannot be found: GStreamer's plugin for "
             "Video4Linux is missing (gstreamer1.0-plugins-good)");
         return {};
     }

@@ -13,7 +13,7 @@ bool start() {
         return true;
     }
     const GStreamerPointer<GError> error(raw);
-    throw std::runtime_error("GStreamer does not start: " +
+    throw std::runtime_error("GStreamer cannot be started: " +
                              std::string(error ? error->message : "no reason is given"));
 }
 

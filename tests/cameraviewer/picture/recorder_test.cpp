@@ -472,7 +472,7 @@ TEST_F(RecorderTest, SaysThatTheDiskIsFull) {
     const RecorderStatus status = fRecorder.waitForEnd();
     EXPECT_EQ(status.fState, State::Failed);
     EXPECT_EQ(status.fFailure,
-              QStringLiteral("The disk is full. What was recorded until then can be played."));
+              QStringLiteral("The disk is full. The part recorded so far can be played."));
 }
 
 TEST_F(RecorderTest, EndsWithACompleteFileBeforeTheDiskIsFull) {

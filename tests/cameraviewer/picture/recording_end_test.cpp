@@ -84,7 +84,7 @@ TEST_F(RecordingEnd, LeavesAFileThatPlaysWhenTheDiskIsFull) {
     EXPECT_EQ(recording.waitForEnd(), 0) << recording.errors();
 
     const std::string output = recording.output();
-    EXPECT_THAT(output, HasSubstr("The disk is full. What was recorded until then can be played."));
+    EXPECT_THAT(output, HasSubstr("The disk is full. The part recorded so far can be played."));
     EXPECT_THAT(output, HasSubstr(".png could not be written: No space left on device."));
     const std::size_t fit = 1024 * 1024 / processFrame().fSize;
     const std::size_t read = std::strtoul(output.c_str() + output.find("read ") + 5, nullptr, 10);

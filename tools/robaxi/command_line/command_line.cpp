@@ -41,12 +41,12 @@ struct DescribedOptions {
 
 void checkWords(const Words& expected, const Arguments& given) {
     if (given.size() < expected.fAtLeast) {
-        throw UsageError("too few words: it takes " + expected.fSynopsis);
+        throw UsageError("too few arguments; expected: " + expected.fSynopsis);
     }
     if (given.size() > expected.fAtMost) {
         throw UsageError(
-            "'" + given[expected.fAtMost] + "' is one word too many: it takes " +
-            (expected.fSynopsis.empty() ? std::string("only options") : expected.fSynopsis));
+            "unexpected argument '" + given[expected.fAtMost] + "'; expected: " +
+            (expected.fSynopsis.empty() ? std::string("options only") : expected.fSynopsis));
     }
 }
 
@@ -85,13 +85,14 @@ std::string helpText(Command& command) {
 
 std::string generalHelpText() {
     std::ostringstream text;
-    text << "Usage: robaxi COMMAND [OPTION]... [WORD]...\n"
-            "Looks for robots that run the Robaxi middleware, and talks to them.\n\nCommands:\n";
+    text
+        << "Usage: robaxi COMMAND [OPTION]... [WORD]...\n"
+           "Finds robots that run the Robaxi middleware and communicates with them.\n\nCommands:\n";
     for (const auto& command : makeCommands()) {
         text << "  " << std::left << std::setw(a_nameWidth) << command->name() << command->summary()
              << '\n';
     }
-    text << "\n'robaxi help COMMAND' says more about each. 'robaxi --version' prints the "
+    text << "\n'robaxi help COMMAND' shows the help of a command, 'robaxi --version' the "
             "version.\n\n"
          << a_hostHelp << "\nExit status:\n";
     for (const ExitCode& code : exitCodes()) {

@@ -21,8 +21,8 @@ ParsedCommandLine parseCommandLine(Command& command, const std::vector<std::stri
 /** The help's description of HOST, in whole lines. */
 constexpr const char* a_hostHelp =
     "HOST is a name under which a robot announces itself ('robaxi list' shows them), a host\n"
-    "name or an address; HOST:PORT and [IPv6]:PORT choose a port. Without a port it is the one\n"
-    "that is announced, or else 9559.\n";
+    "name or an address; HOST:PORT and [IPv6]:PORT choose a port. The default is the announced\n"
+    "port, or 9559.\n";
 
 /** Returns the options of a command, including those of all commands. */
 std::vector<Options::Entry> optionsOf(Command& command);

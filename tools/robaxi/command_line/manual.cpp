@@ -15,11 +15,11 @@ struct Example {
 };
 
 constexpr Example a_examples[] = {
-    {"robaxi list", "Who is there?"},
+    {"robaxi list", "List the robots on the network."},
     {"robaxi get robot1 Battery/Charge", "One value, for a script."},
     {"robaxi watch robot1 'Joint/Head*/Position' --csv >head.csv", "Values as they change."},
-    {"robaxi snapshot robot1 -o head.png", "What its camera sees."},
-    {"robaxi doctor robot1", "Why is it not reached?"},
+    {"robaxi snapshot robot1 -o head.png", "A picture of its camera."},
+    {"robaxi doctor robot1", "Find out why it cannot be reached."},
 };
 
 /** Escapes a text so that nothing in it is a request or typography. */
@@ -69,8 +69,8 @@ std::string manualPage() {
     std::ostringstream page;
     page << ".TH ROBAXI 1 \"\" \"Obvista " OBVISTA_VERSION
             "\" \"User commands\"\n"
-            ".SH NAME\nrobaxi \\- look for robots that run the Robaxi middleware, and talk to "
-            "them\n"
+            ".SH NAME\nrobaxi \\- find robots that run the Robaxi middleware and communicate "
+            "with them\n"
             ".SH SYNOPSIS\n.B robaxi\n.I COMMAND\n[\\fIOPTION\\fR]... [\\fIWORD\\fR]...\n"
             ".SH DESCRIPTION\n"
          << verbatim(a_hostHelp)
@@ -85,7 +85,7 @@ std::string manualPage() {
         writeEntry(page, code.fNumber, code.fMeaning);
     }
     page << ".SH ENVIRONMENT\n";
-    writeEntry(page, "NO_COLOR", "No colours, also on a terminal.");
+    writeEntry(page, "NO_COLOR", "No colours, even on a terminal.");
     page << ".SH EXAMPLES\n";
     for (const Example& example : a_examples) {
         writeEntry(page, example.fCommand, example.fText);

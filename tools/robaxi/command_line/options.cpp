@@ -54,7 +54,7 @@ std::string sentenceOf(const CLI::ArgumentMismatch& mistake) {
     // It begins with the name of the option, without its dashes if the option is a switch.
     const std::string text = mistake.what();
     const std::string name = text.substr(0, text.find_first_of(": "));
-    return name[0] == '-' ? name + " takes one value" : "--" + name + " takes no value";
+    return name[0] == '-' ? name + " requires one value" : "--" + name + " takes no value";
 }
 
 /**
@@ -92,7 +92,7 @@ void Options::addNumber(const char* name, const char* word, Number* value, Numbe
         // Written so that NaN is refused.
         if (!boost::conversion::try_lexical_convert(text, *value) ||
             !(*value >= lowest && *value <= highest)) {
-            throw UsageError(option + " takes " + shown(lowest) + " to " + shown(highest) +
+            throw UsageError(option + " must be from " + shown(lowest) + " to " + shown(highest) +
                              ", not " + text);
         }
     };
@@ -132,7 +132,7 @@ void Options::addHelp(bool* wanted) {
         *wanted = true;
         throw CLI::CallForHelp();
     };
-    fApp->add_flag_callback("-h,--help", stop, "print this text and end")
+    fApp->add_flag_callback("-h,--help", stop, "print this help and exit")
         ->disable_flag_override()
         ->trigger_on_parse();
 }

@@ -22,7 +22,7 @@ class CallCommand : public Command {
     }
 
     void addOptions(Options& options) override {
-        options.addSwitch("--json", &fJson, "print the result as JSON, also when it is nothing");
+        options.addSwitch("--json", &fJson, "print the result as JSON, even if it is nothing");
         options.addTimeout(&fTimeout);
     }
 

@@ -123,16 +123,14 @@ std::vector<const ConformCheck*> chosenChecks(const std::vector<std::string>& gr
 class ConformCommand : public Command {
   public:
     std::string name() const override { return "conform"; }
-    std::string summary() const override {
-        return "checks that a robot keeps the rules of the protocol";
-    }
+    std::string summary() const override { return "checks a robot's conformance to the protocol"; }
     Words words() const override { return {"[HOST]", 0, 1}; }
     std::string explanation() const override {
         return "A check verifies one sentence of the documents (robaxi.md, memory.md,\n"
                "video.md, announcing.md). It is 'passed', 'failed' with what the robot did,\n"
-               "or 'skipped' with the reason why it cannot be checked. The robot is only read,\n"
-               "unless --write names a key; its value is put back. The exit status is 0 if no\n"
-               "check failed, else 1.\n";
+               "or 'skipped' with the reason why it cannot be checked. The checks only\n"
+               "read from the robot, unless --write names a key, whose value is restored. The\n"
+               "exit status is 0 if no check failed, else 1.\n";
     }
 
     void addOptions(Options& options) override {

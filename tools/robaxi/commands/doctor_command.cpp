@@ -59,7 +59,7 @@ Finding examine(const Check& check, Examination& examination) {
 
 std::string conclusion(int problems) {
     if (problems == 0) {
-        return "All is well.\n";
+        return "No problems found.\n";
     }
     return std::to_string(problems) + (problems == 1 ? " problem.\n" : " problems.\n");
 }
@@ -68,7 +68,7 @@ class DoctorCommand : public Command {
   public:
     std::string name() const override { return "doctor"; }
     std::string summary() const override {
-        return "finds out why robots are not found or not reached";
+        return "diagnoses why robots are not found or cannot be reached";
     }
     Words words() const override { return {"[HOST]", 0, 1}; }
     std::string explanation() const override {

@@ -70,7 +70,7 @@ std::optional<KVValue> valueOf(MemoryModule& memory, const AskedKey& key, Consol
 class GetCommand : public Command {
   public:
     std::string name() const override { return "get"; }
-    std::string summary() const override { return "prints the present values of keys"; }
+    std::string summary() const override { return "prints the current values of keys"; }
     Words words() const override { return {"HOST KEY...", 2, Words::a_anyNumber}; }
     std::string explanation() const override {
         return std::string(a_keyHelp) +

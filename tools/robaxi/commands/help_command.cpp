@@ -8,7 +8,7 @@ namespace {
 class HelpCommand : public Command {
   public:
     std::string name() const override { return "help"; }
-    std::string summary() const override { return "says more about a command"; }
+    std::string summary() const override { return "shows the help of a command"; }
     Words words() const override { return {"[COMMAND]", 0, 1}; }
     std::string explanation() const override { return ""; }
     void addOptions(Options& /*options*/) override {}

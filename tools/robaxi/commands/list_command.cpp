@@ -96,9 +96,9 @@ class ListCommand : public Command {
     }
     Words words() const override { return {"", 0, 0}; }
     std::string explanation() const override {
-        return "Each is printed as soon as it is known. The list ends when nothing new has come\n"
-               "for 1.5 s. A computer runs the middleware without being a robot; a robot without\n"
-               "a port does not run it.\n";
+        return "Each is printed as soon as it is known. The list ends when nothing new has been\n"
+               "found for 1.5 s. A computer runs the middleware without being a robot; a robot\n"
+               "without a port does not run it.\n";
     }
 
     void addOptions(Options& options) override {

@@ -42,9 +42,9 @@ class ModulesCommand : public Command {
     std::string summary() const override { return "shows a robot's modules and their methods"; }
     Words words() const override { return {"HOST", 1, 1}; }
     std::string explanation() const override {
-        return "A module is a line with its name and what it is; its methods follow, as 'robaxi\n"
-               "call' takes them. 'robaxi watch' shows values, 'robaxi snapshot' what a camera\n"
-               "sees.\n";
+        return "Each module is a line with its name and description. Its methods follow, in the\n"
+               "form that 'robaxi call' accepts. 'robaxi watch' shows values, 'robaxi snapshot'\n"
+               "saves a picture of a camera.\n";
     }
 
     void addOptions(Options& options) override {

@@ -128,7 +128,7 @@ class Recording {
         for (const auto& robot : fRobots) {
             for (const std::string& pattern : robot->unmatchedPatterns()) {
                 fConsole.complain("No key of " + robot->name() + " matches '" + pattern +
-                                  "'. Waiting for one to come.");
+                                  "'. Waiting for one to appear.");
             }
         }
     }
@@ -194,9 +194,9 @@ class RecordCommand : public Command {
         return std::string(a_keyHelp) +
                "Records until Ctrl-C, or for --duration seconds: all values unless -k chooses\n"
                "some, and no camera unless --camera or --all-cameras chooses some. On a terminal\n"
-               "it shows size, rates, drops and the free space of the disk. A lost robot is\n"
-               "connected to again. The file can be read at any moment, also if the program is\n"
-               "killed; 'robaxi recording' examines it.\n";
+               "it shows size, rates, drops and the free space of the disk. The\n"
+               "connection to a lost robot is restored. The file can be read at any time, even\n"
+               "after the program was killed; 'robaxi recording' examines it.\n";
     }
 
     void addOptions(Options& options) override {
@@ -208,15 +208,15 @@ class RecordCommand : public Command {
         options.addSwitch("--all-cameras", &fSelection.fAllCameras, "all cameras of the robots");
         options.addNumber("--rate", "HZ", &fSelection.fRate, a_defaultRate, a_lowestRate,
                           a_highestRate,
-                          "most updates of a key in a second; between two only the newest\n"
-                          "value counts");
+                          "maximum updates of a key per second; of several new values\n"
+                          "only the newest counts");
         options.addNumber("--duration", "S", &fDuration, 0.0, 0.0, a_longestDuration,
                           "seconds to record; 0 means until Ctrl-C");
         options.addText("--split", "LIMIT", &fSplit,
                         "continue in another file, NAME-002.mcap, at a size (500MB, 2GB) or\n"
                         "after a time (30s, 10min, 1h)");
         options.addNumber("--interval", "S", &fInterval, 1.0, a_shortestInterval, a_longestInterval,
-                          "seconds from one report of the progress to the next");
+                          "seconds between progress reports");
         options.addSwitch("--json", &fJson, "print the progress as JSON objects, one a line");
         addMemoryModule(options, &fSelection.fModule);
         options.addTimeout(&fSelection.fTimeout);

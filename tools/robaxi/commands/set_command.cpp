@@ -12,8 +12,8 @@ class SetCommand : public Command {
     std::string summary() const override { return "writes the value of a key"; }
     Words words() const override { return {"HOST KEY VALUE", 3, 3}; }
     std::string explanation() const override {
-        return "VALUE is written as an argument of 'robaxi call'; for a key that holds a text, 12\n"
-               "is the text 12. It prints nothing when the robot has accepted the value.\n";
+        return "VALUE is written as an argument of 'robaxi call'; for a key that contains a text,\n"
+               "12 is the text 12. Nothing is printed if the robot accepts the value.\n";
     }
 
     void addOptions(Options& options) override {

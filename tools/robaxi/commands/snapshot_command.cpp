@@ -51,7 +51,7 @@ class SnapshotCommand : public Command {
                         "the format; otherwise by the file's ending, or JPEG when the\n"
                         "camera sends it, else PNG");
         options.addSwitch("--list", &fList, "list the robot's cameras, and save nothing");
-        options.addSwitch("--json", &fJson, "describe the picture, or each camera, in JSON");
+        options.addSwitch("--json", &fJson, "describe the picture or each camera in JSON");
         options.addText("--module", "MODULE", &fModule, "the module that has the cameras",
                         "KVVideo");
         options.addTimeout(&fTimeout);
@@ -108,8 +108,8 @@ class SnapshotCommand : public Command {
         const std::optional<PictureFormat> format = pictureFormatOf(fFile);
         if (!format) {
             throw UsageError("the name " + fFile +
-                             " does not end in .jpg, .png, .ppm or .pgm; --format says what to "
-                             "write");
+                             " does not end in .jpg, .png, .ppm or .pgm; --format selects the "
+                             "format");
         }
         return format;
     }
@@ -119,11 +119,12 @@ class SnapshotCommand : public Command {
             return;
         }
         if (fJson) {
-            throw UsageError("standard output takes the picture or its description, not both");
+            throw UsageError(
+                "standard output can receive the picture or its description, not both");
         }
         if (console.isTerminal()) {
             throw UsageError(
-                "a terminal does not show pictures; give a file, or send the output "
+                "a terminal cannot show pictures; give a file, or redirect the output "
                 "to one");
         }
     }

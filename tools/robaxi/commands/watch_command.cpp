@@ -73,19 +73,19 @@ class WatchCommand : public Command {
     Words words() const override { return {"HOST KEY...", 2, Words::a_anyNumber}; }
     std::string explanation() const override {
         return std::string(a_keyHelp) +
-               "The present values come first. A line is a time (by the robot's clock, UTC), a\n"
-               "key, a value and its unit. It goes on until the connection is lost, Ctrl-C,\n"
+               "The current values come first. A line is a time (by the robot's clock, UTC), a\n"
+               "key, a value and its unit. The command runs until the connection is lost, Ctrl-C,\n"
                "--count lines, or --duration seconds.\n";
     }
 
     void addOptions(Options& options) override {
         options.addNumber("--rate", "HZ", &fRate, a_defaultRate, a_lowestRate, a_highestRate,
-                          "most updates of a key in a second; between two only the newest\n"
-                          "value counts");
+                          "maximum updates of a key per second; of several new values\n"
+                          "only the newest counts");
         options.addNumber("--count", "N", &fCount, 0, 0, std::numeric_limits<int>::max(),
-                          "end after so many lines; 0 means never");
+                          "number of lines to print; 0 for no limit");
         options.addNumber("--duration", "S", &fDuration, 0.0, 0.0, a_longestDuration,
-                          "end after so many seconds; 0 means never");
+                          "seconds after which to end; 0 for no limit");
         options.addSwitch("--json", &fJson, "print one JSON object a line");
         options.addSwitch("--csv", &fCsv, "print comma-separated values below a heading");
         addMemoryModule(options, &fModule);
@@ -142,7 +142,7 @@ class WatchCommand : public Command {
         if (!watch.hasKeys()) {
             throw Failure(ExitStatus::NotOffered, sentence);
         }
-        console.complain(sentence + " Waiting for one to come.");
+        console.complain(sentence + " Waiting for one to appear.");
     }
 
     double fRate = 0;

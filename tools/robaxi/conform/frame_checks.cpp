@@ -248,19 +248,19 @@ bool isSize(const v1::Value* value) {
 
 void checkDescriptions(Subject& robot) {
     const v1::Value cameras = robot.cameras();
-    require(cameras.type() == v1::Value::LIST, "getCameras returned no list.");
+    require(cameras.type() == v1::Value::LIST, "getCameras did not return a list.");
     std::set<std::string> names;
     for (const v1::Value& camera : cameras.elements()) {
         const v1::Value* const name = elementOf(camera, "name");
         if (!isText(name, 200) || name->string_value().empty() ||
             !names.insert(name->string_value()).second) {
-            throw Fault("A name is missing, too long or there twice.");
+            throw Fault("A name is missing, too long or used twice.");
         }
         require(isText(elementOf(camera, "description"), 1000),
                 "The description of " + name->string_value() + " is missing or too long.");
         const v1::Value* const modes = elementOf(camera, "modes");
         if (modes == nullptr || modes->type() != v1::Value::LIST) {
-            throw Fault("The modes of " + name->string_value() + " are no list.");
+            throw Fault("The modes of " + name->string_value() + " are not a list.");
         }
         for (const v1::Value& mode : modes->elements()) {
             require(isSize(elementOf(mode, "width")) && isSize(elementOf(mode, "height")) &&

@@ -139,10 +139,11 @@ std::vector<std::string> Subject::keyNames() {
     Session session(*this);
     const v1::Result result = session.call(makeCall(a_memory, "getDataList", {textValue("")}));
     const v1::Value& list = requireValue(result);
-    require(list.type() == v1::Value::LIST, "getDataList returned no list.");
+    require(list.type() == v1::Value::LIST, "getDataList did not return a list.");
     std::vector<std::string> names;
     for (const v1::Value& name : list.elements()) {
-        require(name.type() == v1::Value::STRING, "getDataList returned a name that is no text.");
+        require(name.type() == v1::Value::STRING,
+                "getDataList returned a name that is not a text.");
         names.push_back(name.string_value());
     }
     if (names.empty()) {
@@ -364,7 +365,7 @@ v1::ServerMessage Session::answer(std::uint64_t id) {
 v1::Result Session::call(const v1::Call& call) {
     send({callMessage(++fLastCall, call)});
     const v1::ServerMessage message = answer(fLastCall);
-    require(message.has_result(), "The robot answered a call with something else than a Result.");
+    require(message.has_result(), "The robot answered a call with something other than a Result.");
     return message.result();
 }
 

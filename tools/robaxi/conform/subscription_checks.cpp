@@ -274,7 +274,7 @@ void checkKeys(Subject& robot) {
                     "An identifier is not above the previous one, " + std::to_string(last) + ".");
             last = key.id();
             require(!key.name().empty() && names.insert(key.name()).second,
-                    "A name is empty or there twice.");
+                    "A name is empty or used twice.");
         }
         subscription.report();
     }
@@ -441,7 +441,7 @@ void checkPacking(Subject& robot) {
         require(values.float_ids_size() == values.floats_size() &&
                     values.int_ids_size() == values.ints_size() &&
                     values.other_ids_size() == values.others_size(),
-                "There are not as many identifiers as values.");
+                "The numbers of identifiers and values differ.");
         for (const v1::Value& other : values.others()) {
             require(other.type() != v1::Value::FLOAT && other.type() != v1::Value::INT,
                     "A float or an int is among the other values.");

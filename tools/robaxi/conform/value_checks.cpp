@@ -177,7 +177,7 @@ void checkNames(Subject& robot) {
     const std::vector<std::string> names = robot.keyNames();
     require(std::find(names.begin(), names.end(), "") == names.end(), "A name is empty.");
     require(std::set<std::string>(names.begin(), names.end()).size() == names.size(),
-            "A name is there twice.");
+            "A name is used twice.");
 }
 
 void checkPrefix(Subject& robot) {
@@ -280,7 +280,7 @@ class Writable {
                 others[1].set_string_value("x");
                 break;
             default:
-                throw NotChecked(fName + " is no bool, int, float or text.");
+                throw NotChecked(fName + " is not a bool, an int, a float or a text.");
         }
         return others;
     }
@@ -311,8 +311,8 @@ void checkWrite(Subject& robot) {
         result = key.set(value);
         if (!result.has_error()) {
             require(areEqual(key.now(), value), "The key does not have the value.");
-            require(!key.set(key.original()).has_error(), "The value could not be put back.");
-            require(areEqual(key.now(), key.original()), "The value was not put back.");
+            require(!key.set(key.original()).has_error(), "The value could not be restored.");
+            require(areEqual(key.now(), key.original()), "The value was not restored.");
             return;
         }
     }
@@ -346,7 +346,7 @@ void checkWriteRefused(Subject& robot) {
 void checkWriteInt(Subject& robot) {
     Writable key(robot);
     if (key.original().type() != v1::Value::FLOAT) {
-        throw NotChecked("The key is no float.");
+        throw NotChecked("The key is not a float.");
     }
     v1::Value number;
     number.set_type(v1::Value::INT);
@@ -354,7 +354,7 @@ void checkWriteInt(Subject& robot) {
     const v1::Result result = key.set(number);
     require(!result.has_error() || result.error().cause() == v1::Error::RAISED_BY_MODULE,
             "The robot refused an int.");
-    require(key.now().type() == v1::Value::FLOAT, "The key is no float any more.");
+    require(key.now().type() == v1::Value::FLOAT, "The key is no longer a float.");
 }
 
 void checkWriteUnknown(Subject& robot) {

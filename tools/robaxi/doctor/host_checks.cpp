@@ -195,7 +195,7 @@ Finding checkProtocol(Examination& examination) {
         default:
             return isOfAccess(*examination.fConnectError)
                        ? Finding{Verdict::Skipped,
-                                 "It was not entered, so its version is not known.",
+                                 "It refuses access, so its version is not known.",
                                  {}}
                        : split(*examination.fConnectError);
     }

@@ -7,7 +7,7 @@ namespace robaxi_tool {
 
 /** The help's description of keys, in whole lines. */
 constexpr const char* a_keyHelp =
-    "A KEY may hold '*' (any text, '/' included), '?' and '[...]'; put it in quotes then.\n";
+    "A KEY may contain '*' (any text, including '/'), '?' and '[...]'; quote it then.\n";
 
 /** Returns true if the text contains "*", "?" or "[", and can match many keys. */
 bool isPattern(const std::string& text);
