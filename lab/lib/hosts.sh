@@ -106,8 +106,19 @@ in_host() {
     "${host_entry[@]}" "$@"
 }
 
+# set_link NAME down|drop|up: a disabled port of the bridge drops packets while its carrier stays.
 set_link() {
-    ip link set "$(host_port "$1")" "$2"
+    local port disabled=0 forwarding=3
+    port=$(host_port "$1")
+    if [ "$2" = drop ]; then
+        ip link set "$port" type bridge_slave state $disabled
+        return
+    fi
+    ip link set "$port" "$2"
+    case $(ip link show "$port") in
+        # A port whose carrier returns forwards by itself.
+        *"state UP"*) ip link set "$port" type bridge_slave state $forwarding ;;
+    esac
 }
 
 # remove_host NAME: kills a host at once, without a goodbye on the network.

@@ -49,6 +49,7 @@ class Limits:
     keys: int = 1_000_000
     heartbeat: int = 250  #: milliseconds between heartbeats
     loss: int = 1500  #: milliseconds of silence after which a robot is lost
+    silence: int = 10_000  #: not used; the limit of programs that can resume a session
 
     @property
     def silent_heartbeats(self) -> int:
@@ -73,6 +74,7 @@ _LIMITS: Dict[str, Tuple[str, Tuple[int, int]]] = {
     "keys": ("ROBAXI_LIMIT_KEYS", _COUNT),
     "heartbeat": ("ROBAXI_HEARTBEAT", (20, 60_000)),
     "loss": ("ROBAXI_LOSS", (40, 600_000)),
+    "silence": ("ROBAXI_SILENCE", (2_000, 120_000)),
 }
 
 

@@ -43,8 +43,15 @@ constexpr const char* a_otherAddress = "10.77.50.2";
 constexpr int a_port = 9559;
 constexpr int a_timeOut = 5;  // seconds
 constexpr std::chrono::seconds a_patience{30};
-/** Six unanswered heartbeats of 250 ms, and one in flight. */
-constexpr std::chrono::seconds a_longestSilence{2};
+/** Eight unanswered heartbeats of 250 ms, and one in flight. */
+constexpr std::chrono::seconds a_longestSilence{3};
+
+/** Settings with the shortest silence after which a robot is lost. */
+KVSettings impatientSettings() {
+    KVSettings settings;
+    settings.fLimits.fSilence = std::chrono::seconds(2);
+    return settings;
+}
 
 /**
  * Resources of a process. Memory is measured for this process only, and not under a sanitizer,
@@ -173,7 +180,8 @@ class Visit {
     std::optional<KVError> fLoss;
     std::optional<KVError> fEnd;
 
-    boost::shared_ptr<KVBroker> fBroker = KVBroker::createBroker({"Visitor"});
+    boost::shared_ptr<KVBroker> fBroker =
+        KVBroker::createBroker({"Visitor", {}, 0, impatientSettings()});
     boost::shared_ptr<KVConnection> fConnection;
     KVProxy fProxy;
     boost::shared_ptr<KVSubscription> fSubscription;

@@ -26,10 +26,16 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 /**
- * Seconds: 1.5 until a silent robot is given up, plus the delay of a busy machine. Much less than
- * the time-outs of the calls.
+ * Seconds: 2 until a silent robot is given up, plus the delay of a busy machine. Much less than the
+ * time-outs of the calls.
  */
 constexpr double a_soon = 7.5;
+
+KVSettings impatientSettings() {
+    KVSettings settings;
+    settings.fLimits.fSilence = std::chrono::seconds(2);
+    return settings;
+}
 
 /** A robot in a separate process, and a connection to it. */
 class Loss : public testing::Test {
@@ -59,7 +65,7 @@ class Loss : public testing::Test {
     }
 
     const int fPort = obvista_test::freePort();
-    BrokerPtr fClient = makeClient();
+    BrokerPtr fClient = makeClient(impatientSettings());
     std::unique_ptr<ChildProcess> fRobot;
     boost::shared_ptr<KVConnection> fConnection;
     std::unique_ptr<KVError> fError;
@@ -81,7 +87,7 @@ TEST_F(Loss, OfAKilledRobotIsReportedAtOnce) {
 }
 
 TEST_F(Loss, OfASilentRobotIsReportedSoon) {
-    EXPECT_LT(secondsUntilLost(SIGSTOP), a_soon) << "six heartbeats of 250 ms without an answer";
+    EXPECT_LT(secondsUntilLost(SIGSTOP), a_soon) << "eight heartbeats of 250 ms without an answer";
     ASSERT_TRUE(fError);
     EXPECT_CAUSE(*fError, ConnectionLost);
     EXPECT_NE(fError->toString().find("does not answer any more"), std::string::npos)
@@ -92,10 +98,9 @@ TEST_F(Loss, OfASilentRobotIsReportedSoon) {
 
 TEST_F(Loss, OfASilentRobotIsReportedAfterTheConfiguredTime) {
     KVSettings settings;
-    settings.fLimits.fHeartbeat = std::chrono::milliseconds(500);
-    settings.fLimits.fLoss = std::chrono::milliseconds(3000);
+    settings.fLimits.fSilence = std::chrono::seconds(4);
     fConnection = KVConnection::open(makeClient(settings), a_loopback, fPort, 5);
-    EXPECT_GT(secondsUntilLost(SIGSTOP), 2.0) << "by default it is told after 1.5 s";
+    EXPECT_GT(secondsUntilLost(SIGSTOP), 3.0) << "the others give it up after 2 s";
 }
 
 TEST_F(Loss, OfARobotThatEndsProperlyIsReported) {
@@ -110,7 +115,7 @@ TEST_F(Loss, EndsSubscriptionsAndCalls) {
     ASSERT_TRUE(listener.waitUntil([&] { return listener.fUpdates.size() > 3; }));
     KVProxy proxy("Echo", a_loopback, fPort, fClient, 10, 0);
 
-    EXPECT_LT(secondsUntilLost(SIGSTOP), a_soon) << "six heartbeats of 250 ms without an answer";
+    EXPECT_LT(secondsUntilLost(SIGSTOP), a_soon) << "eight heartbeats of 250 ms without an answer";
 
     ASSERT_TRUE(listener.waitForEnd());
     EXPECT_CAUSE(*listener.fEnd, ConnectionLost);
@@ -127,7 +132,7 @@ TEST_F(Loss, EndsACallInFlightBeforeItsTimeOut) {
     const auto start = Clock::now();
     EXPECT_CAUSE(errorOf([&] { proxy.callVoid("echo", 1); }), ConnectionLost);
     EXPECT_LT(std::chrono::duration<double>(Clock::now() - start).count(), a_soon)
-        << "six heartbeats of 250 ms without an answer";
+        << "eight heartbeats of 250 ms without an answer";
 }
 
 TEST_F(Loss, IsReportedOnceAndAtOnceToALaterHandler) {

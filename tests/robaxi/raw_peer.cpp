@@ -24,9 +24,15 @@ RawClient::~RawClient() {
 }
 
 v1::HelloReply RawClient::hello(std::uint32_t version, bool takesFragments) {
+    v1::Hello hello;
+    hello.set_protocol_version(version);
+    hello.set_takes_fragments(takesFragments);
+    return this->hello(hello);
+}
+
+v1::HelloReply RawClient::hello(const v1::Hello& hello) {
     v1::ClientMessage message;
-    message.mutable_hello()->set_protocol_version(version);
-    message.mutable_hello()->set_takes_fragments(takesFragments);
+    *message.mutable_hello() = hello;
     v1::ServerMessage answer;
     return send(message) && receive(answer) ? answer.hello_reply() : v1::HelloReply();
 }

@@ -25,6 +25,7 @@ class RawClient {
 
     /** Sends hello and returns the answer, an empty one if the robot refuses it. */
     v1::HelloReply hello(std::uint32_t version = 1, bool takesFragments = false);
+    v1::HelloReply hello(const v1::Hello& hello);
 
     bool send(const v1::ClientMessage& message);
     bool send(const v1::ClientBatch& batch) { return fSession->Write(batch); }

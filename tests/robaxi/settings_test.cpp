@@ -55,6 +55,7 @@ TEST_F(Settings, LeaveSecurityOffByDefault) {
     EXPECT_EQ(settings.fLimits.fMessage, std::size_t{16} << 20U);
     EXPECT_EQ(settings.fLimits.fHeartbeat, std::chrono::milliseconds(250));
     EXPECT_EQ(settings.fLimits.fLoss, std::chrono::milliseconds(1500));
+    EXPECT_EQ(settings.fLimits.fSilence, std::chrono::seconds(10));
 }
 
 TEST_F(Settings, AreReadFromTheUsersFolder) {

@@ -75,7 +75,7 @@ class LifeCycleTest : public QObject {
 
     void reportsALossOnce();
     void reportsARobotThatIsKilled();
-    void reportsARobotThatFallsSilent();
+    void reportsARobotThatStaysSilent();
     void survivesItsDeletionInsideTheReport();
     void survivesTheWidgetsDeletionInsideTheReport();
     void reportsTheLossesOfTwoRobotsWhileADialogIsOpen();
@@ -237,7 +237,10 @@ void LifeCycleTest::reportsARobotThatIsKilled() {
     QTRY_COMPARE(lost.size(), 1);
 }
 
-void LifeCycleTest::reportsARobotThatFallsSilent() {
+void LifeCycleTest::reportsARobotThatStaysSilent() {
+    fViewer.reset();
+    qputenv("ROBAXI_SILENCE", "2000");  // of the broker that the plugin creates
+    fViewer = std::make_unique<PluginDriver>(pluginName());
     RobotProcess robot;
     QWidget* widget = fViewer->createWidget(robot.port());
     QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
@@ -248,6 +251,7 @@ void LifeCycleTest::reportsARobotThatFallsSilent() {
     fViewer->letTimePass();
     QCOMPARE(lost.size(), 1);
     QVERIFY(saysLost(widget));
+    qunsetenv("ROBAXI_SILENCE");
 }
 
 void LifeCycleTest::survivesItsDeletionInsideTheReport() {

@@ -58,13 +58,18 @@ class ROBAXI_EXPORT ValueStream : public Stream {
 class ROBAXI_EXPORT Link {
   public:
     /**
-     * Called once when the link is lost, on a thread of gRPC or of the timers, with the link's lock
-     * held. It must only pass the notice on.
+     * Receives the changes of a link's state, on a thread of gRPC or of the timers, with the link's
+     * lock held. It must only pass the notice on.
      */
-    class ROBAXI_EXPORT LossListener {
+    class ROBAXI_EXPORT Listener {
       public:
-        virtual ~LossListener() = default;
+        virtual ~Listener() = default;
+        /** Called once. */
         virtual void linkLost(const Failure& loss) = 0;
+        /** Called when the robot is silent, and when it is heard again. */
+        virtual void linkSilent(bool /*isSilent*/) {}
+        /** Called when the session continues on another connection. */
+        virtual void linkResumed(std::uint64_t /*resumption*/) {}
     };
 
     virtual ~Link() = default;
@@ -88,10 +93,17 @@ class ROBAXI_EXPORT Link {
     /** Ends the owner's calls in flight and every later one with Cancelled. */
     virtual void close(CallOwner& owner) = 0;
 
-    /** Adds a listener and returns nothing, or, if the link is already lost, returns the reason. */
-    virtual std::optional<Failure> addLossListener(LossListener* listener) = 0;
-    virtual void removeLossListener(LossListener* listener) = 0;
+    /**
+     * Adds a listener, calls it if the robot is silent, and returns nothing; or, if the link is
+     * already lost, returns the reason.
+     */
+    virtual std::optional<Failure> addListener(Listener* listener) = 0;
+    virtual void removeListener(Listener* listener) = 0;
     virtual std::optional<Failure> loss() const = 0;
+    /** Returns true if the robot is silent, or was when the link was lost. */
+    virtual bool isSilent() const = 0;
+    /** Returns the seconds since the robot was last heard. */
+    virtual double silence() const = 0;
 
     virtual std::string peerName() const = 0;
     /** Returns the round trip in seconds; negative before the first heartbeat came back. */

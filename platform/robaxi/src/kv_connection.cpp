@@ -20,14 +20,14 @@ KVConnection::Private::Private(boost::shared_ptr<KVBroker> broker,
 }
 
 void KVConnection::Private::start() {
-    const auto loss = fLink->addLossListener(this);
+    const auto loss = fLink->addListener(this);
     if (loss) {
         linkLost(*loss);
     }
 }
 
 void KVConnection::Private::stop() {
-    fLink->removeLossListener(this);
+    fLink->removeListener(this);
     fStrand->close();
 }
 
@@ -36,43 +36,77 @@ void KVConnection::Private::linkLost(const Failure& loss) {
         const std::lock_guard lock(fMutex);
         fLoss = loss;
     }
+    setState(State::Lost);
+}
+
+void KVConnection::Private::linkSilent(bool isSilent) {
+    setState(isSilent ? State::Silent : State::Connected);
+}
+
+void KVConnection::Private::setState(State state) {
+    {
+        const std::lock_guard lock(fMutex);
+        fState = state;
+    }
     fStrand->post([weak = weak_from_this()] {
         if (const auto self = weak.lock()) {
-            self->tellLoss();
+            self->tell();
         }
     });
 }
 
-void KVConnection::Private::tellLoss() {
-    LostHandler handler;
-    Failure loss;
-    std::thread::id outer;
-    {
-        const std::lock_guard lock(fMutex);
-        if (!fLoss || !fHandler) {
-            return;
-        }
-        loss = *fLoss;
-        handler = std::exchange(fHandler, nullptr);
-        outer = std::exchange(fHandlerThread, std::this_thread::get_id());
+void KVConnection::Private::tell() {
+    std::unique_lock lock(fMutex);
+    if (fHandlerThread != std::thread::id() && fHandlerThread != std::this_thread::get_id()) {
+        return;  // that thread looks again
     }
-    handler(robaxi::describe(fTarget, loss));
-    handler = nullptr;
-    const std::lock_guard lock(fMutex);
+    const std::thread::id outer = std::exchange(fHandlerThread, std::this_thread::get_id());
+    while (auto notice = takeNotice()) {
+        lock.unlock();
+        notice();
+        notice = nullptr;
+        lock.lock();
+    }
     fHandlerThread = outer;  // restores this thread's id for a handler that was set by another one
     fHandlerEnded.notify_all();
+}
+
+/** Returns the next call of a handler, if any; called with fMutex locked. */
+std::function<void()> KVConnection::Private::takeNotice() {
+    if (fStateHandler && fState != fToldState) {
+        fToldState = fState;
+        return [handler = fStateHandler, state = fState] { handler(state); };
+    }
+    if (fLostHandler && fLoss) {
+        return [handler = std::exchange(fLostHandler, nullptr),
+                error = robaxi::describe(fTarget, *fLoss)] { handler(error); };
+    }
+    return nullptr;
+}
+
+void KVConnection::Private::waitForHandler(std::unique_lock<std::mutex>& lock) {
+    fHandlerEnded.wait(lock, [this] {
+        return fHandlerThread == std::thread::id() || fHandlerThread == std::this_thread::get_id();
+    });
 }
 
 void KVConnection::Private::setLostHandler(LostHandler handler) {
     {
         std::unique_lock lock(fMutex);
-        fHandlerEnded.wait(lock, [this] {
-            return fHandlerThread == std::thread::id() ||
-                   fHandlerThread == std::this_thread::get_id();
-        });
-        fHandler.swap(handler);
+        waitForHandler(lock);
+        fLostHandler.swap(handler);
     }
-    tellLoss();
+    tell();
+}
+
+void KVConnection::Private::setStateHandler(StateHandler handler) {
+    {
+        std::unique_lock lock(fMutex);
+        waitForHandler(lock);
+        fStateHandler.swap(handler);
+        fToldState = State::Connected;
+    }
+    tell();
 }
 
 boost::shared_ptr<KVConnection> KVConnection::open(boost::shared_ptr<KVBroker> broker,
@@ -103,6 +137,7 @@ KVConnection::KVConnection(std::shared_ptr<Private> implementation)
 KVConnection::~KVConnection() {
     fPrivate->stop();
     fPrivate->setLostHandler(nullptr);
+    fPrivate->setStateHandler(nullptr);
 }
 
 const std::string& KVConnection::getIP() const {
@@ -121,6 +156,17 @@ bool KVConnection::isConnected() const {
     return !fPrivate->fLink->loss();
 }
 
+KVConnection::State KVConnection::getState() const {
+    if (fPrivate->fLink->loss()) {
+        return State::Lost;
+    }
+    return fPrivate->fLink->isSilent() ? State::Silent : State::Connected;
+}
+
+double KVConnection::getSilence() const {
+    return fPrivate->fLink->silence();
+}
+
 double KVConnection::getRoundTrip() const {
     return fPrivate->fLink->roundTrip();
 }
@@ -134,4 +180,8 @@ std::vector<KVModuleInfo> KVConnection::getModules(double timeOut) const {
 
 void KVConnection::setLostHandler(LostHandler handler) {
     fPrivate->setLostHandler(std::move(handler));
+}
+
+void KVConnection::setStateHandler(StateHandler handler) {
+    fPrivate->setStateHandler(std::move(handler));
 }

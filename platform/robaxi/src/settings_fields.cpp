@@ -111,6 +111,7 @@ std::vector<SettingsField> fieldsOf(KVSettings::Limits& limits) {
     constexpr Range depth{1, 64};
     constexpr Range heartbeat{20, 60000};
     constexpr Range loss{40, 600000};
+    constexpr Range silence{2000, 120000};
     return {limitField("message", "ROBAXI_LIMIT_MESSAGE", limits.fMessage, messageBytes),
             limitField("frame", "ROBAXI_LIMIT_FRAME", limits.fFrame, frameBytes),
             limitField("depth", "ROBAXI_LIMIT_DEPTH", limits.fDepth, depth),
@@ -122,7 +123,8 @@ std::vector<SettingsField> fieldsOf(KVSettings::Limits& limits) {
             limitField("cameras", "ROBAXI_LIMIT_CAMERAS", limits.fCameras, count),
             limitField("keys", "ROBAXI_LIMIT_KEYS", limits.fKeys, count),
             limitField("heartbeat", "ROBAXI_HEARTBEAT", limits.fHeartbeat, heartbeat),
-            limitField("loss", "ROBAXI_LOSS", limits.fLoss, loss)};
+            limitField("loss", "ROBAXI_LOSS", limits.fLoss, loss),
+            limitField("silence", "ROBAXI_SILENCE", limits.fSilence, silence)};
 }
 
 void checkLimits(const KVSettings::Limits& limits) {

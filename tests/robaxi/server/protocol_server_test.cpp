@@ -48,7 +48,7 @@ TEST_F(ProtocolServer, AnswersHelloWithItsNameAndASession) {
     EXPECT_EQ(reply.protocol_version(), 1U);
     EXPECT_EQ(reply.name(), "Robot");
     EXPECT_NE(reply.session_id(), 0U);
-    EXPECT_EQ(reply.silence_limit(), 5000U);
+    EXPECT_EQ(reply.silence_limit(), 5000U) << "of a client that cannot resume";
     EXPECT_TRUE(reply.takes_fragments());
 }
 

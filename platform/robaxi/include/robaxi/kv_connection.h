@@ -15,17 +15,27 @@
 class KVBroker;
 
 /**
- * A connection to one robot that reports its loss.
+ * A connection to one robot that reports its silence and its loss.
  *
  * Proxies and connections of one broker to the same address and port share one network link, which
- * lives as long as one of them. The link carries a heartbeat: the loss of a robot that is killed is
- * detected within one second, that of a silent one within two unless KVSettings::Limits::fLoss says
- * otherwise. A lost connection stays lost; open another one to connect again. All operations may be
- * called from any thread.
+ * lives as long as one of them. The link carries a heartbeat. The loss of a robot that is killed is
+ * detected within one second. A robot that does not answer is silent within two seconds
+ * (KVSettings::Limits::fLoss), and lost after ten (fSilence). During a silence calls wait, up to
+ * their time-outs, and subscriptions and camera streams stay; when the robot is heard again, they
+ * continue with the newest values and frames, if necessary on another network connection. A lost
+ * connection stays lost; open another one to connect again. All operations may be called from any
+ * thread.
  */
 class ROBAXI_EXPORT KVConnection {
   public:
     using LostHandler = std::function<void(const KVError&)>;
+
+    enum class State {
+        Connected,
+        Silent,  ///< the robot does not answer, and may return
+        Lost
+    };
+    using StateHandler = std::function<void(State)>;
 
     /**
      * Connects to a robot.
@@ -52,7 +62,11 @@ class ROBAXI_EXPORT KVConnection {
     int getPort() const;
     /** Returns the name that the broker at the other end reports. */
     std::string getPeerName() const;
+    /** Returns false if the connection is lost; true also while the robot is silent. */
     bool isConnected() const;
+    State getState() const;
+    /** Returns the seconds since the robot was last heard; it is heard at each heartbeat. */
+    double getSilence() const;
 
     /** Returns the last heartbeat's round trip in seconds; negative before the first one. */
     double getRoundTrip() const;
@@ -72,6 +86,15 @@ class ROBAXI_EXPORT KVConnection {
      * called from it.
      */
     void setLostHandler(LostHandler handler);
+
+    /**
+     * Sets the function that is called when the state changes: on a thread of the library, or
+     * immediately on the calling thread if the robot is already silent or lost. A short silence may
+     * be over when its call runs; its end is then reported at once. It must not throw. An empty
+     * function removes the handler. Returns when the previous handler is not running, unless called
+     * from it.
+     */
+    void setStateHandler(StateHandler handler);
 
   private:
     friend class KVFrameStream;

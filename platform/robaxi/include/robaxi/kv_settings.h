@@ -50,8 +50,10 @@ struct ROBAXI_EXPORT KVSettings {
         std::size_t fCameras = 16;                      ///< watched by a session
         std::size_t fKeys = 1000000;                    ///< of a subscription, at the program
         std::chrono::milliseconds fHeartbeat{250};      ///< 20 ms to 60 s
-        std::chrono::milliseconds fLoss{1500};  ///< silence after which a robot is lost; at least
-                                                ///< two heartbeats
+        std::chrono::milliseconds fLoss{1500};      ///< after this a robot is silent; at least two
+                                                    ///< heartbeats
+        std::chrono::milliseconds fSilence{10000};  ///< silence after which the other end is lost;
+                                                    ///< 2 to 120 s
     };
 
     Server fServer;

@@ -3,15 +3,12 @@
 #include "client/frame_client.h"
 #include "client/subscription_client.h"
 #include "net/channel.h"
-#include "net/socket_address.h"
 #include "net/tls_probe.h"
-#include "wire/grpc_handover.h"
 #include "wire/message_codec.h"
+#include "wire/raw_message.h"
 #include "wire/status_codec.h"
 
 #include <base/safe_text.h>
-
-#include <grpcpp/generic/generic_stub.h>
 
 #include <algorithm>
 #include <limits>
@@ -42,30 +39,8 @@ bool isAnotherLanguage(const grpc::Status& status) {
     return text.find("http1") != std::string::npos || text.find("HTTP/2") != std::string::npos;
 }
 
-/** Returns why a session has ended that was in use. */
-Failure sessionFailure(const EndOfRpc& end) {
-    if (end.fCause == v1::Error::TOO_LARGE) {
-        return end.fFailure;
-    }
-    return {KVError::Cause::ConnectionLost, end.fFailure.fDetail};
-}
-
-/** Returns why a session has ended before the robot answered hello. */
-Failure helloFailure(const grpc::Status& status, const EndOfRpc& end,
-                     const ClientSecurity& security) {
-    if (isAnotherLanguage(status)) {
-        return {KVError::Cause::ProtocolVersion, {}};
-    }
-    switch (end.fCause) {
-        case v1::Error::TOKEN_MISSING:
-            return tokenMissing(security);
-        case v1::Error::TOKEN_WRONG:
-            return {KVError::Cause::NotAuthorised, "the token is not the right one"};
-        case v1::Error::CONNECTION_LOST:
-            return {KVError::Cause::ConnectionLost, "it was closed before an answer came"};
-        default:
-            return end.fFailure;
-    }
+Failure invalidMessage() {
+    return {KVError::Cause::ConnectionLost, "the robot sent an invalid message"};
 }
 
 void checkSize(const v1::ClientMessage& message, std::size_t largest) {
@@ -90,25 +65,23 @@ ClientSession::ClientSession(std::shared_ptr<Runtime> runtime, const std::string
     : fRuntime(std::move(runtime)),
       fLimits(fRuntime->fSettings.fLimits),
       fSecurity(fRuntime->fSettings.accessTo(address, port), address),
-      fOut(fLimits.fMessage, [this](const v1::ClientBatch* batch) { StartWrite(batch); }),
+      fListener(findListener(resolve(address, port, deadline), deadline)),
+      fOut(fLimits.fMessage),
       fAssembler(fLimits.fMessage),
+      fHeard(Clock::now()),
       fHeartbeatPeriod(fLimits.fHeartbeat),
       fHeartbeat(fRuntime->fTimers, [this] { xBeat(); }) {
-    const SocketAddress listener = findListener(resolve(address, port, deadline), deadline);
-    fChannel = createChannel(listener.toTarget(), fSecurity, fLimits);
-    fStub = v1::Robaxi::NewStub(fChannel);
-    fStub->async()->Session(&fContext, this);
-    AddHold();  // the users' threads write; released when nothing more will be written
-    xSayHello();
-    xRead();
-    StartCall();
+    fCurrent = xOpen(0);
+    fOut.attach(fCurrent->outlet());
+    fCurrent->start(xHello());
     try {
         xAwaitHello(deadline);
     } catch (const Failure& failure) {
-        xEndStream();
+        xEndStreams();
         const bool mayBeTls = failure.fCause == KVError::Cause::ConnectionLost ||
                               failure.fCause == KVError::Cause::ProtocolVersion;
-        const auto reason = mayBeTls ? findTlsFailure(listener, fSecurity, deadline) : std::nullopt;
+        const auto reason =
+            mayBeTls ? findTlsFailure(fListener, fSecurity, deadline) : std::nullopt;
         throw Failure(reason.value_or(failure));
     }
 }
@@ -117,38 +90,45 @@ ClientSession::~ClientSession() {
     if (fHasPosted) {
         xSendTheRest();
     }
-    xEndStream();
+    xEndStreams();
 }
 
-void ClientSession::prepareStream(
-    grpc::ClientContext* context, const std::string& method,
-    grpc::ClientBidiReactor<grpc::ByteBuffer, grpc::ByteBuffer>* reactor) {
-    const std::string path = "/" + std::string(v1::Robaxi::service_full_name()) + "/" + method;
-    grpc::GenericStub(fChannel).PrepareBidiStreamingCall(context, path, {}, reactor);
+/** Creates a transport and adds it to the list. */
+std::shared_ptr<ClientTransport> ClientSession::xOpen(std::uint64_t resumption) {
+    ClientTransport::Owner& owner = *this;
+    auto transport = std::make_shared<ClientTransport>(
+        owner, createChannel(fListener.toTarget(), fSecurity, fLimits), resumption);
+    const std::lock_guard lock(fMutex);
+    fTransports.push_back(transport);
+    return transport;
 }
 
 void ClientSession::xSendTheRest() {
-    xEndWhen(fOut.closeWhenWritten());
+    xEndWriting(fOut.closeWhenWritten());
     std::unique_lock lock(fMutex);
-    fStateChanged.wait_for(lock, limits::a_timeToSendTheRest, [this] { return fIsDone; });
+    fStateChanged.wait_for(lock, limits::a_timeToSendTheRest,
+                           [this] { return fCurrent->hasEnded(); });
 }
 
-void ClientSession::xEndStream() {
+void ClientSession::xEndStreams() {
     fHeartbeat.stop();
     xLose({KVError::Cause::Cancelled, {}});
-    fContext.TryCancel();
+    xCancel();
     std::unique_lock lock(fMutex);
-    fStateChanged.wait(lock, [this] { return fIsDone; });
+    fStateChanged.wait(lock, [this] {
+        return std::all_of(fTransports.begin(), fTransports.end(),
+                           [](const auto& each) { return each->hasEnded(); });
+    });
 }
 
-void ClientSession::xSayHello() {
-    v1::ClientMessage message;
-    v1::Hello* hello = message.mutable_hello();
-    hello->set_protocol_version(limits::a_protocolVersion);
-    hello->set_name(base::validUtf8(fRuntime->fBrokerName));
-    hello->set_takes_fragments(true);
-    hello->set_token(fSecurity.token());
-    fOut.push(std::move(message));
+v1::Hello ClientSession::xHello() const {
+    v1::Hello hello;
+    hello.set_protocol_version(limits::a_protocolVersion);
+    hello.set_name(base::validUtf8(fRuntime->fBrokerName));
+    hello.set_takes_fragments(true);
+    hello.set_token(fSecurity.token());
+    hello.set_resumes(true);
+    return hello;
 }
 
 void ClientSession::xAwaitHello(Deadline deadline) {
@@ -172,27 +152,50 @@ void ClientSession::xAwaitHello(Deadline deadline) {
     fHeartbeat.startAt(Clock::now());
 }
 
-void ClientSession::xRead() {
-    giveToGrpc(&fIncoming);
-    StartRead(&fIncoming);
+void ClientSession::received(ClientTransport& transport, grpc::ByteBuffer& bytes) {
+    const std::size_t size = bytes.Length();
+    const std::lock_guard receiving(fReceiveMutex);
+    if (!readMessage(bytes, &fBatch)) {
+        if (&transport == fCurrent.get()) {
+            xLose(invalidMessage());
+        }
+        transport.cancel();
+    } else if (&transport != fCurrent.get()) {
+        xHandleAttempt(transport, fBatch);
+    } else {
+        xHear();
+        xHandleBatch(fBatch);
+        xAcknowledge(size);
+    }
 }
 
-void ClientSession::OnReadDone(bool ok) {
-    const GrpcReaction reaction(this);
-    takeFromGrpc(&fIncoming);
-    if (!ok) {
-        xEndWhen(fOut.close());
+void ClientSession::xHandleBatch(v1::ServerBatch& batch) {
+    if (batch.number() != 0 && batch.number() <= fReceived) {
+        return;  // repeated after a resumption
+    }
+    bool isValid = batch.number() == 0 || batch.number() == fReceived + 1;
+    if (isValid && batch.number() != 0) {
+        fReceived = batch.number();
+    }
+    for (v1::ServerMessage& message : *batch.mutable_messages()) {
+        isValid = isValid && xReceive(message);
+    }
+    if (!isValid) {
+        xLose(invalidMessage());
+        fCurrent->cancel();
+    }
+}
+
+/** Acknowledges the received batches before the next heartbeat if they are large. */
+void ClientSession::xAcknowledge(std::size_t bytes) {
+    fUnacknowledged += bytes;
+    if (!fCanResume || fUnacknowledged < limits::a_acknowledgeAfter) {
         return;
     }
-    fSilentHeartbeats = 0;
-    for (v1::ServerMessage& message : *fIncoming.mutable_messages()) {
-        if (!xReceive(message)) {
-            xLose({KVError::Cause::ConnectionLost, "the robot sent an invalid message"});
-            fContext.TryCancel();
-            break;
-        }
-    }
-    xRead();
+    fUnacknowledged = 0;
+    v1::ClientMessage message;
+    message.mutable_heartbeat()->set_received(fReceived);
+    fOut.pushUrgent(std::move(message));
 }
 
 bool ClientSession::xReceive(v1::ServerMessage& message) {
@@ -204,32 +207,52 @@ bool ClientSession::xReceive(v1::ServerMessage& message) {
     return outcome != Outcome::Malformed;
 }
 
-void ClientSession::OnWriteDone(bool ok) {
-    const GrpcReaction reaction(this);
-    xEndWhen(fOut.writeDone(ok));
+bool ClientSession::written(ClientTransport& transport, bool ok) {
+    return fOut.writeDone(*transport.outlet(), ok);
 }
 
-void ClientSession::xEndWhen(bool now) {
+void ClientSession::xEndWriting(bool now) {
     if (now) {
-        // The robot reads up to this end before it ends the stream; cancelling the stream would
-        // discard data that the robot has not read yet.
-        giveToGrpc(this);
-        StartWritesDone();
-        RemoveHold();
+        transport()->endWriting();
     }
 }
 
-void ClientSession::OnDone(const grpc::Status& status) {
-    takeFromGrpc(this);
-    bool saidHello = false;
-    {
-        const std::lock_guard lock(fMutex);
-        saidHello = fHello.has_value();
+/** Returns why a session has ended that was in use. */
+Failure ClientSession::xSessionFailure(const EndOfRpc& end) {
+    if (end.fCause == v1::Error::TOO_LARGE) {
+        return end.fFailure;
     }
-    const EndOfRpc end = decodeStatus(status, fContext, v1::Error::PROTOCOL_VERSION);
-    xLose(saidHello ? sessionFailure(end) : helloFailure(status, end, fSecurity));
+    return {KVError::Cause::ConnectionLost, end.fFailure.fDetail};
+}
+
+/** Returns why a session has ended before the robot answered hello. */
+Failure ClientSession::xHelloFailure(const grpc::Status& status, const EndOfRpc& end) const {
+    if (isAnotherLanguage(status)) {
+        return {KVError::Cause::ProtocolVersion, {}};
+    }
+    switch (end.fCause) {
+        case v1::Error::TOKEN_MISSING:
+            return tokenMissing(fSecurity);
+        case v1::Error::TOKEN_WRONG:
+            return {KVError::Cause::NotAuthorised, "the token is not the right one"};
+        case v1::Error::CONNECTION_LOST:
+            return {KVError::Cause::ConnectionLost, "it was closed before an answer came"};
+        default:
+            return end.fFailure;
+    }
+}
+
+void ClientSession::ended(ClientTransport& transport, const grpc::Status& status) {
+    {
+        const std::lock_guard receiving(fReceiveMutex);
+        if (const auto loss = xLossAtEndOf(transport, status)) {
+            xLose(*loss);
+            xEndWriting(fOut.close());  // wakes those who wait for room
+            xCancel();
+        }
+    }
     const std::lock_guard lock(fMutex);
-    fIsDone = true;
+    transport.setEnded();
     fStateChanged.notify_all();
 }
 
@@ -245,7 +268,7 @@ void ClientSession::xHandle(v1::ServerMessage& message) {
             xHandleAnswer(message.module_list().call_id(), message);
             break;
         case v1::ServerMessage::kHeartbeat:
-            xHandleHeartbeat(message.heartbeat().number());
+            xHandleHeartbeat(message.heartbeat());
             break;
         default:
             break;
@@ -255,15 +278,20 @@ void ClientSession::xHandle(v1::ServerMessage& message) {
 void ClientSession::xHandleHello(const v1::HelloReply& reply) {
     if (reply.protocol_version() != limits::a_protocolVersion) {
         xLose(anotherVersion(reply.protocol_version()));
-        fContext.TryCancel();
+        fCurrent->cancel();
+        return;
+    }
+    const std::lock_guard lock(fMutex);
+    if (fHello) {
         return;
     }
     fOut.setPeerTakesFragments(reply.takes_fragments());
-    const std::lock_guard lock(fMutex);
-    if (!fHello) {
-        fHello = reply;
-        fStateChanged.notify_all();
+    if (reply.resumes()) {
+        fCanResume = true;
+        fOut.keepSent();
     }
+    fHello = reply;
+    fStateChanged.notify_all();
 }
 
 void ClientSession::xHandleAnswer(std::uint64_t callId, v1::ServerMessage& answer) {
@@ -283,18 +311,27 @@ void ClientSession::xHandleAnswer(std::uint64_t callId, v1::ServerMessage& answe
     call->fEnded.notify_one();
 }
 
-void ClientSession::xHandleHeartbeat(std::uint64_t number) {
+void ClientSession::xHandleHeartbeat(const v1::Heartbeat& heartbeat) {
+    fOut.acknowledge(heartbeat.received());
     const std::lock_guard lock(fMutex);
-    if (number == fHeartbeatNumber) {
+    if (heartbeat.number() == fHeartbeatNumber) {
         fRoundTrip = std::chrono::duration<double>(Clock::now() - fHeartbeatSent).count();
     }
 }
 
 void ClientSession::xBeat() {
-    if (++fSilentHeartbeats > limits::silentHeartbeatsOfRobot(fLimits)) {
+    xDestroyEnded();
+    const int silent = ++fSilentHeartbeats;
+    if (silent > limits::periodsIn(limits::longestSilence(fLimits), fHeartbeatPeriod)) {
         xLose({KVError::Cause::ConnectionLost, "the robot does not answer any more"});
-        fContext.TryCancel();
+        xCancel();
         return;
+    }
+    if (silent > limits::silentHeartbeatsOfRobot(fLimits)) {
+        xBeSilent();
+        xTryToResume();
+    } else if (fProbe) {
+        fProbe.reset();
     }
     v1::ClientMessage message;
     {
@@ -305,8 +342,48 @@ void ClientSession::xBeat() {
         message.mutable_heartbeat()->set_number(++fHeartbeatNumber);
         fHeartbeatSent = Clock::now();
     }
-    fOut.pushUrgent(std::move(message));
+    message.mutable_heartbeat()->set_received(fReceived);
+    if (fIsSilent) {
+        fOut.pushIfEmpty(std::move(message));  // those of a long silence do not pile up
+    } else {
+        fOut.pushUrgent(std::move(message));
+    }
     fHeartbeat.startAt(Clock::now() + fHeartbeatPeriod);
+}
+
+void ClientSession::xHear() {
+    fSilentHeartbeats = 0;
+    fHeard = Clock::now();
+    if (!fIsSilent) {
+        return;
+    }
+    const std::lock_guard lock(fMutex);
+    if (fLoss || !fIsSilent.exchange(false)) {
+        return;
+    }
+    for (Listener* listener : fListeners) {
+        listener->linkSilent(false);
+    }
+}
+
+void ClientSession::xBeSilent() {
+    const std::lock_guard lock(fMutex);
+    if (fLoss || fIsSilent || fSilentHeartbeats == 0) {
+        return;
+    }
+    fIsSilent = true;
+    for (Listener* listener : fListeners) {
+        listener->linkSilent(true);
+    }
+}
+
+void ClientSession::xCancel() {
+    std::unique_lock lock(fMutex);
+    const auto transports = fTransports;
+    lock.unlock();
+    for (const auto& transport : transports) {
+        transport->cancel();
+    }
 }
 
 void ClientSession::xLose(const Failure& failure) {
@@ -321,7 +398,7 @@ void ClientSession::xLose(const Failure& failure) {
         call->fEnded.notify_one();
     }
     fPending.clear();
-    for (LossListener* listener : fLossListeners) {
+    for (Listener* listener : fListeners) {
         listener->linkLost(failure);
     }
     fStateChanged.notify_all();
@@ -425,18 +502,24 @@ void ClientSession::xSendCancel(std::uint64_t callId) {
     fOut.push(std::move(message));
 }
 
-std::optional<Failure> ClientSession::addLossListener(LossListener* listener) {
+std::optional<Failure> ClientSession::addListener(Listener* listener) {
     const std::lock_guard lock(fMutex);
     if (!fLoss) {
-        fLossListeners.push_back(listener);
+        fListeners.push_back(listener);
+        if (fIsSilent) {
+            listener->linkSilent(true);
+        }
     }
     return fLoss;
 }
 
-void ClientSession::removeLossListener(LossListener* listener) {
+void ClientSession::removeListener(Listener* listener) {
     const std::lock_guard lock(fMutex);
-    fLossListeners.erase(std::remove(fLossListeners.begin(), fLossListeners.end(), listener),
-                         fLossListeners.end());
+    fListeners.erase(std::remove(fListeners.begin(), fListeners.end(), listener), fListeners.end());
+}
+
+double ClientSession::silence() const {
+    return std::chrono::duration<double>(Clock::now() - fHeard.load()).count();
 }
 
 std::optional<Failure> ClientSession::loss() const {
@@ -452,6 +535,11 @@ std::string ClientSession::peerName() const {
 std::uint64_t ClientSession::sessionId() const {
     const std::lock_guard lock(fMutex);
     return fHello->session_id();
+}
+
+std::shared_ptr<ClientTransport> ClientSession::transport() const {
+    const std::lock_guard lock(fMutex);
+    return fCurrent;
 }
 
 std::shared_ptr<ValueStream> ClientSession::subscribe(const Target& target,

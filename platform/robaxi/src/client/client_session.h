@@ -1,11 +1,15 @@
 #ifndef ROBAXI_CLIENT_SESSION_H
 #define ROBAXI_CLIENT_SESSION_H
 
+#include "client/client_transport.h"
 #include "engine.h"
+#include "net/return_probe.h"
 #include "net/security.h"
+#include "net/socket_address.h"
 #include "robaxi/v1/robaxi.grpc.pb.h"
 #include "runtime.h"
 #include "wire/fragment_assembler.h"
+#include "wire/status_codec.h"
 #include "wire/write_queue.h"
 
 #include <grpcpp/grpcpp.h>
@@ -21,10 +25,15 @@
 
 namespace robaxi {
 
-/** A channel to one robot and the session stream on it. */
+/**
+ * The client's end of one session.
+ *
+ * When the robot is silent, it tries further connections, and continues on the first one on which
+ * the robot resumes the session. The former one is then closed.
+ */
 class ClientSession : public Link,
                       public std::enable_shared_from_this<ClientSession>,
-                      private grpc::ClientBidiReactor<v1::ClientBatch, v1::ServerBatch> {
+                      private ClientTransport::Owner {
   public:
     /** Connects and sends the hello. @throws Failure */
     ClientSession(std::shared_ptr<Runtime> runtime, const std::string& address, int port,
@@ -42,9 +51,11 @@ class ClientSession : public Link,
     void cancel(const CallOwner& owner) override;
     void close(CallOwner& owner) override;
 
-    std::optional<Failure> addLossListener(LossListener* listener) override;
-    void removeLossListener(LossListener* listener) override;
+    std::optional<Failure> addListener(Listener* listener) override;
+    void removeListener(Listener* listener) override;
     std::optional<Failure> loss() const override;
+    bool isSilent() const override { return fIsSilent; }
+    double silence() const override;
 
     std::string peerName() const override;
     double roundTrip() const override { return fRoundTrip; }
@@ -59,10 +70,10 @@ class ClientSession : public Link,
     /** @name For streams beside the session */
     ///@{
     std::uint64_t sessionId() const;
-    v1::Robaxi::Stub& stub() { return *fStub; }
-    /** Prepares a stream of bytes for a method of the protocol. */
-    void prepareStream(grpc::ClientContext* context, const std::string& method,
-                       grpc::ClientBidiReactor<grpc::ByteBuffer, grpc::ByteBuffer>* reactor);
+    /** Returns the transport that the session uses now. */
+    std::shared_ptr<ClientTransport> transport() const;
+    /** Returns true if the robot keeps the session of a silent client. */
+    bool canResume() const { return fCanResume; }
     ///@}
 
   private:
@@ -76,9 +87,9 @@ class ClientSession : public Link,
         bool fHasEnded = false;
     };
 
-    void OnReadDone(bool ok) override;
-    void OnWriteDone(bool ok) override;
-    void OnDone(const grpc::Status& status) override;
+    void received(ClientTransport& transport, grpc::ByteBuffer& bytes) override;
+    bool written(ClientTransport& transport, bool ok) override;
+    void ended(ClientTransport& transport, const grpc::Status& status) override;
 
     /**
      * Sends a call or a request for modules, sets its call_id, and waits for the robot's answer.
@@ -91,19 +102,37 @@ class ClientSession : public Link,
     /** Returns a number for each posted call: positive, and repeated only after 2^31 posts. */
     int xNextTaskId();
 
-    void xRead();
-    void xSayHello();
+    std::shared_ptr<ClientTransport> xOpen(std::uint64_t resumption);
+    v1::Hello xHello() const;
     void xAwaitHello(Deadline deadline);
     void xSendTheRest();
-    void xEndStream();
-    void xEndWhen(bool now);
+    void xEndStreams();
+    void xCancel();
+    void xEndWriting(bool now);
+    void xHandleBatch(v1::ServerBatch& batch);
     bool xReceive(v1::ServerMessage& message);
     void xHandle(v1::ServerMessage& message);
     void xHandleHello(const v1::HelloReply& reply);
     void xHandleAnswer(std::uint64_t callId, v1::ServerMessage& answer);
-    void xHandleHeartbeat(std::uint64_t number);
+    void xHandleHeartbeat(const v1::Heartbeat& heartbeat);
     void xBeat();
+    void xAcknowledge(std::size_t bytes);
+    void xHear();
+    void xBeSilent();
     void xLose(const Failure& failure);
+    static Failure xSessionFailure(const EndOfRpc& end);
+    Failure xHelloFailure(const grpc::Status& status, const EndOfRpc& end) const;
+
+    /** @name Resuming */
+    ///@{
+    void xTryToResume();
+    void xStartAttempt();
+    void xHandleAttempt(ClientTransport& transport, const v1::ServerBatch& batch);
+    void xContinueOn(ClientTransport& transport, const v1::HelloReply& reply);
+    std::optional<Failure> xLossAtEndOf(ClientTransport& transport, const grpc::Status& status);
+    std::size_t xCountAttempts() const;
+    void xDestroyEnded();
+    ///@}
     std::uint64_t xRegister(const std::shared_ptr<PendingCall>& call);
     void xCheckOpen(const CallOwner& owner) const;
     void xCancelPending(const CallOwner& owner);
@@ -112,29 +141,45 @@ class ClientSession : public Link,
     const std::shared_ptr<Runtime> fRuntime;
     const KVSettings::Limits fLimits;
     const ClientSecurity fSecurity;
-    std::shared_ptr<grpc::Channel> fChannel;
-    std::unique_ptr<v1::Robaxi::Stub> fStub;
-    grpc::ClientContext fContext;
+    SocketAddress fListener;
     WriteQueue<v1::ClientBatch, v1::ClientMessage> fOut;
-    v1::ServerBatch fIncoming;
+
+    /** Held while a batch is handled, since two transports may receive at the same time. */
+    std::mutex fReceiveMutex;
+    v1::ServerBatch fBatch;  // guarded by it, like the following two
     FragmentAssembler<v1::ServerMessage> fAssembler;
+    std::size_t fUnacknowledged = 0;
 
     mutable std::mutex fMutex;
     std::condition_variable fStateChanged;
+    /** The current one, attempts to resume, and former ones that have not ended. */
+    std::vector<std::shared_ptr<ClientTransport>> fTransports;
+    std::shared_ptr<ClientTransport> fCurrent;  // changed with fReceiveMutex held, too
+    std::optional<Failure> fEndOfCurrent;       // not yet a loss, since attempts are open
     std::optional<v1::HelloReply> fHello;
     std::optional<Failure> fLoss;
-    bool fIsDone = false;
     std::unordered_map<std::uint64_t, std::shared_ptr<PendingCall>> fPending;
     std::uint64_t fLastCallId = 0;
-    std::vector<LossListener*> fLossListeners;
+    std::vector<Listener*> fListeners;
 
     std::atomic<std::uint32_t> fLastTaskId{0};
     std::atomic<bool> fHasPosted{false};  // only the destructor waits for posted calls
     std::atomic<int> fSilentHeartbeats{0};
+    std::atomic<bool> fIsSilent{false};
+    std::atomic<bool> fCanResume{false};
+    std::atomic<std::uint64_t> fReceived{0};  // number of the last batch
+    std::atomic<Clock::time_point> fHeard;
     std::atomic<double> fRoundTrip{-1};
     std::uint64_t fHeartbeatNumber = 0;  // guarded by fMutex, like the next member
     Clock::time_point fHeartbeatSent;
     std::chrono::milliseconds fHeartbeatPeriod;  // set once, before the first one
+
+    // Used on the timer thread only:
+    std::unique_ptr<ReturnProbe> fProbe;
+    std::uint64_t fLastResumption = 0;
+    Clock::time_point fNextAttempt;
+    std::chrono::milliseconds fBetweenAttempts{};
+
     Timer fHeartbeat;
 };
 

@@ -10,7 +10,9 @@
 
 #include <grpcpp/grpcpp.h>
 
+#include <algorithm>
 #include <condition_variable>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -22,13 +24,16 @@ namespace robaxi {
  * Base of the client's ends of all streams beside the session: they end with the link, with the
  * stream's status or with stop(), and report the end to the callback on their strand.
  *
+ * When the session continues on another connection, the stream is started again there, after the
+ * call on the former one has ended. The callbacks do not notice.
+ *
  * Interface is Stream or derived from it. A derived class calls stop() in its destructor.
  */
 template <class Interface, class Request, class Update>
 class ClientStream : public Interface,
                      public std::enable_shared_from_this<ClientStream<Interface, Request, Update>>,
                      protected grpc::ClientBidiReactor<Request, Update>,
-                     private Link::LossListener {
+                     private Link::Listener {
   public:
     ClientStream(const ClientStream&) = delete;
     ClientStream& operator=(const ClientStream&) = delete;
@@ -37,16 +42,18 @@ class ClientStream : public Interface,
         {
             const std::lock_guard lock(fMutex);
             fIsStopped = true;
-            if (!fIsStarted) {
+            if (!fCall) {
                 return;
             }
         }
-        fSession->removeLossListener(this);
+        fSession->removeListener(this);
         fStrand->close();
-        xEndWhen(fGate.close());
-        fContext.TryCancel();
+        // No task of the strand starts another call any more.
+        const auto call = xCall();
+        xEndWhen(call->fGate.close());
+        call->fContext.TryCancel();
         std::unique_lock lock(fMutex);
-        fDone.wait(lock, [this] { return fIsDone; });
+        fDone.wait(lock, [this] { return !fIsActive; });
     }
 
   protected:
@@ -56,6 +63,12 @@ class ClientStream : public Interface,
           fTarget(std::move(target)),
           fStrand(Strand::create(runtime->fNotices)) {}
 
+    /**
+     * Prepares the call, with its first request. Called first by xStart(), later on the strand.
+     *
+     * @param context of the call
+     */
+    virtual void xOpen(ClientTransport& transport, grpc::ClientContext* context) = 0;
     /** Fills in the next request; returns false if there is none. Called with fMutex locked. */
     virtual bool xTakeRequest(Request& request) = 0;
     /** Returns the cause of the status NOT_FOUND if the robot sends no details. */
@@ -65,31 +78,28 @@ class ClientStream : public Interface,
     /** Reports the end to the callback; on the strand. */
     virtual void xTellEnd(const KVError& error) = 0;
 
-    /** Starts the call, which was prepared with fContext and this; the first request is waiting. */
+    /** Starts the stream. */
     void xStart() {
-        this->AddHold();  // the callbacks' and the users' threads write and read
-        {
-            const std::lock_guard lock(fMutex);
-            fIsStarted = true;
-        }
-        xWrite();
-        xRead();
-        this->StartCall();
-        const auto loss = fSession->addLossListener(this);
+        xStartCall();
+        const auto loss = fSession->addListener(this);
         if (loss) {
             xFail(*loss);
+            return;
         }
+        // It may have been resumed before.
+        linkResumed(fSession->transport()->resumption());
     }
 
     /** Sends the next request, now or when the last one has been written. */
     void xWrite() {
+        const auto call = xCall();
         {
             const std::lock_guard lock(fMutex);
-            if (!fGate.enter()) {
+            if (!call->fGate.enter()) {
                 return;
             }
             if (!xTakeRequest(fRequest)) {
-                xEndWhen(fGate.leave());
+                xEndWhen(call->fGate.leave());
                 return;
             }
         }
@@ -109,8 +119,11 @@ class ClientStream : public Interface,
             if (!fFailure) {
                 fFailure = failure;
             }
+            if (!fIsActive) {
+                xReportEnd();
+            }
         }
-        fContext.TryCancel();
+        xCall()->fContext.TryCancel();
     }
 
     /**
@@ -128,13 +141,21 @@ class ClientStream : public Interface,
     const std::shared_ptr<ClientSession> fSession;
     const Target fTarget;
     const std::shared_ptr<Strand> fStrand;
-    grpc::ClientContext fContext;
     Update fUpdate;  // owned by gRPC while a read is in flight
 
     std::mutex fMutex;
     bool fIsStopped = false;
 
   private:
+    /** What belongs to one of the stream's calls. */
+    struct Call {
+        explicit Call(std::uint64_t resumption) : fResumption(resumption) {}
+
+        const std::uint64_t fResumption;  // of the session
+        grpc::ClientContext fContext;
+        WriteGate fGate;
+    };
+
     // gRPC's names; the check does not see that they override, since the base depends on a
     // template.
     // NOLINTBEGIN(readability-identifier-naming)
@@ -144,14 +165,14 @@ class ClientStream : public Interface,
         if (ok) {
             xReceived();
         } else {
-            xEndWhen(fGate.close());
+            xEndWhen(xCall()->fGate.close());
         }
     }
 
     void OnWriteDone(bool /*ok*/) final {
         const GrpcReaction reaction(this);
         takeFromGrpc(&fRequest);
-        if (fGate.leave()) {
+        if (xCall()->fGate.leave()) {
             xEndWhen(true);
         } else {
             xWrite();
@@ -160,20 +181,105 @@ class ClientStream : public Interface,
 
     void OnDone(const grpc::Status& status) final {
         takeFromGrpc(this);
-        {
-            const std::lock_guard lock(fMutex);
-            if (!fFailure) {
-                fFailure = decodeStatus(status, fContext, xNotFound()).fFailure;
-            }
-        }
-        xPost(&ClientStream::xEnded);
+        const auto call = xCall();
+        const EndOfRpc end = decodeStatus(status, call->fContext, xNotFound());
+        const bool waitsForLink = xMayBeCutOff(end);
         const std::lock_guard lock(fMutex);
-        fIsDone = true;
+        const bool isFormer = fLastResumption > call->fResumption;
+        if (!fFailure && !isFormer && !waitsForLink) {
+            fFailure = end.fFailure;
+        }
+        fIsActive = false;
+        if (fFailure) {
+            xReportEnd();
+        } else if (isFormer) {
+            xPost(&ClientStream::xStartAgain);
+        }
         fDone.notify_all();
     }
     // NOLINTEND(readability-identifier-naming)
 
     void linkLost(const Failure& loss) final { xFail(loss); }
+
+    /** Ends the call on the former connection, or starts the next one if it has ended already. */
+    void linkResumed(std::uint64_t resumption) final {
+        const auto call = xCall();
+        {
+            const std::lock_guard lock(fMutex);
+            if (resumption <= std::max(fLastResumption, call->fResumption)) {
+                return;
+            }
+            fLastResumption = resumption;
+            if (!fIsActive && !fFailure) {
+                xPost(&ClientStream::xStartAgain);
+            }
+        }
+        call->fContext.TryCancel();
+    }
+
+    /**
+     * Returns true if a call may have ended with a connection that the session leaves: the link
+     * then either is lost or continues on another one.
+     */
+    bool xMayBeCutOff(const EndOfRpc& end) const {
+        if (!fSession->canResume()) {
+            return false;
+        }
+        const bool endedWithTheConnection =
+            !end.fHasDetails &&
+            (end.fCause == v1::Error::CONNECTION_LOST || end.fCause == v1::Error::CANCELLED);
+        const bool namedTheFormerOne =
+            end.fCause == v1::Error::NOT_AUTHORISED && fSession->isSilent();
+        return endedWithTheConnection || namedTheFormerOne;
+    }
+
+    /** Called with fMutex locked. */
+    void xReportEnd() {
+        if (!std::exchange(fIsOver, true)) {
+            xPost(&ClientStream::xEnded);
+        }
+    }
+
+    std::shared_ptr<Call> xCall() {
+        const std::lock_guard lock(fMutex);
+        return fCall;
+    }
+
+    void xStartCall() {
+        const auto transport = fSession->transport();
+        const auto call = std::make_shared<Call>(transport->resumption());
+        {
+            const std::lock_guard lock(fMutex);
+            fCall = call;
+            fIsActive = true;
+        }
+        xOpen(*transport, &call->fContext);
+        this->AddHold();  // the callbacks' and the users' threads write and read
+        xWrite();
+        xRead();
+        this->StartCall();
+    }
+
+    /** Starts the stream on the session's present connection; on the strand. */
+    void xStartAgain() {
+        {
+            const std::lock_guard lock(fMutex);
+            if (fIsActive || fIsStopped || fFailure) {
+                return;
+            }
+        }
+        xStartCall();
+        // The session may have moved again.
+        bool isFormer = false;
+        const auto call = xCall();
+        {
+            const std::lock_guard lock(fMutex);
+            isFormer = fLastResumption > call->fResumption;
+        }
+        if (isFormer) {
+            call->fContext.TryCancel();
+        }
+    }
 
     void xEnded() {
         std::optional<Failure> failure;
@@ -194,12 +300,15 @@ class ClientStream : public Interface,
         }
     }
 
-    WriteGate fGate;
     Request fRequest;  // owned by gRPC while a write is in flight
     std::condition_variable fDone;
-    std::optional<Failure> fFailure;  // guarded by fMutex, like the following two
-    bool fIsStarted = false;
-    bool fIsDone = false;
+
+    // Guarded by fMutex:
+    std::optional<Failure> fFailure;
+    std::shared_ptr<Call> fCall;  // the newest
+    bool fIsActive = false;       // it has not ended
+    bool fIsOver = false;         // the end is reported
+    std::uint64_t fLastResumption = 0;
 };
 
 }  // namespace robaxi

@@ -23,17 +23,21 @@ FrameClient::~FrameClient() {
 }
 
 void FrameClient::start() {
-    fSession->prepareStream(&fContext, "Watch", this);
+    xStart();
+}
+
+void FrameClient::xOpen(ClientTransport& transport, grpc::ClientContext* context) {
+    transport.prepareStream(context, "Watch", this);
     // Read before locking: a lost link calls this object with its own lock held.
     const std::uint64_t sessionId = fSession->sessionId();
-    {
-        const std::lock_guard lock(fMutex);
-        v1::WatchStart* start = fNextRequest.emplace().mutable_start();
-        start->set_session_id(sessionId);
-        start->set_module(base::validUtf8(fTarget.fModule));
-        start->set_stream(base::validUtf8(fStream));
-    }
-    xStart();
+    fAssembler.restart();
+    const std::lock_guard lock(fMutex);
+    v1::WatchStart* start = fNextRequest.emplace().mutable_start();
+    start->set_session_id(sessionId);
+    start->set_resumption(transport.resumption());
+    start->set_module(base::validUtf8(fTarget.fModule));
+    start->set_stream(base::validUtf8(fStream));
+    fReceived = 0;
 }
 
 bool FrameClient::xTakeRequest(grpc::ByteBuffer& request) {
@@ -61,9 +65,15 @@ void FrameClient::xKeep(KVFrame frame) {
     bool isNews = false;
     {
         const std::lock_guard lock(fMutex);
-        isNews = !fWaiting;
-        fPassedOver += isNews ? 0 : 1;
-        fWaiting = std::move(frame);
+        // A robot begins each call with its newest frame, which the last call may have delivered.
+        const auto identity = std::make_pair(frame.fNumber, frame.fTime);
+        const bool isRepeated = fReceived == 0 && fLast == identity;
+        fLast = identity;
+        isNews = !isRepeated && !fWaiting;
+        fPassedOver += !isRepeated && !isNews ? 1 : 0;
+        if (!isRepeated) {
+            fWaiting = std::move(frame);
+        }
         if (!fNextRequest) {
             fNextRequest.emplace();
         }

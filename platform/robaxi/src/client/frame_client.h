@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace robaxi {
 
@@ -28,6 +29,7 @@ class FrameClient : public ClientStream<Stream, grpc::ByteBuffer, grpc::ByteBuff
     void start();
 
   private:
+    void xOpen(ClientTransport& transport, grpc::ClientContext* context) override;
     bool xTakeRequest(grpc::ByteBuffer& request) override;
     v1::Error::Cause xNotFound() const override { return v1::Error::NO_SUCH_STREAM; }
     void xReceived() override;
@@ -41,7 +43,8 @@ class FrameClient : public ClientStream<Stream, grpc::ByteBuffer, grpc::ByteBuff
 
     // Guarded by fMutex:
     std::optional<v1::WatchRequest> fNextRequest;
-    std::uint64_t fReceived = 0;
+    std::uint64_t fReceived = 0;                                  // on this call
+    std::optional<std::pair<std::uint64_t, std::int64_t>> fLast;  // number and time of a frame
     std::optional<KVFrame> fWaiting;
     std::uint64_t fPassedOver = 0;
 };

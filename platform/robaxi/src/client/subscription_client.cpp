@@ -6,6 +6,7 @@
 #include <base/safe_text.h>
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace robaxi {
@@ -25,18 +26,45 @@ SubscriptionClient::~SubscriptionClient() {
 }
 
 void SubscriptionClient::start(bool allKeys, double rate) {
-    fSession->stub().async()->Subscribe(&fContext, this);
-    // Read before locking: a lost link calls this object with its own lock held.
-    const std::uint64_t sessionId = fSession->sessionId();
     {
         const std::lock_guard lock(fMutex);
-        v1::SubscriptionStart* start = xNextRequest().mutable_start();
-        start->set_session_id(sessionId);
-        start->set_module(base::validUtf8(fTarget.fModule));
-        start->set_all_keys(allKeys);
-        start->set_rate(rate);
+        fSelectsAll = allKeys;
+        fRate = rate;
     }
     xStart();
+}
+
+void SubscriptionClient::xOpen(ClientTransport& transport, grpc::ClientContext* context) {
+    transport.stub().async()->Subscribe(context, this);
+    // Before locking: a lost link calls this object with its own lock held.
+    v1::SubscriptionRequest request = xFirstRequest(transport);
+    const std::lock_guard lock(fMutex);
+    request.mutable_start()->set_all_keys(fSelectsAll);
+    request.mutable_start()->set_rate(fRate);
+    if (fSelected) {
+        for (const auto& [id, hasValue] : *fSelected) {
+            request.mutable_keys()->add_ids(id);
+            if (hasValue && request.start().has_known()) {
+                request.mutable_start()->mutable_known()->add_with_values(id);
+            }
+        }
+    }
+    fNextRequest = std::move(request);
+}
+
+v1::SubscriptionRequest SubscriptionClient::xFirstRequest(ClientTransport& transport) {
+    v1::SubscriptionRequest request;
+    v1::SubscriptionStart* start = request.mutable_start();
+    start->set_session_id(fSession->sessionId());
+    start->set_resumption(transport.resumption());
+    start->set_module(base::validUtf8(fTarget.fModule));
+    if (fHasTable) {
+        v1::KnownState* known = start->mutable_known();
+        known->set_position(fPosition);
+        known->set_last_key(fLastKey);
+        known->set_keys(fAnnouncedKeys);
+    }
+    return request;
 }
 
 void SubscriptionClient::setKeys(const std::vector<std::uint32_t>& ids) {
@@ -48,6 +76,12 @@ void SubscriptionClient::setKeys(const std::vector<std::uint32_t>& ids) {
 void SubscriptionClient::xSelect(const std::vector<std::uint32_t>& ids) {
     {
         const std::lock_guard lock(fMutex);
+        std::unordered_map<std::uint32_t, bool> selected;
+        for (const std::uint32_t id : ids) {
+            const bool hasValue = fSelected && fSelected->count(id) != 0 && fSelected->at(id);
+            selected.emplace(id, hasValue);
+        }
+        fSelected = std::move(selected);
         v1::KeySelection* keys = xNextRequest().mutable_keys();
         keys->mutable_ids()->Assign(ids.begin(), ids.end());
     }
@@ -57,6 +91,7 @@ void SubscriptionClient::xSelect(const std::vector<std::uint32_t>& ids) {
 void SubscriptionClient::setRate(double rate) {
     {
         const std::lock_guard lock(fMutex);
+        fRate = rate;
         xNextRequest().set_rate(rate);
     }
     xWrite();
@@ -85,6 +120,7 @@ void SubscriptionClient::xDeliver() {
     } catch (const Failure& failure) {
         xFail(failure);  // stop listening to a robot that breaks the protocol
     }
+    fPosition = fUpdate.position();
     {
         const std::lock_guard lock(fMutex);
         if (fIsStopped) {
@@ -104,6 +140,9 @@ void SubscriptionClient::xDeliverContent() {
         case v1::SubscriptionUpdate::kKeysRemoved:
             xRemoveKeys(fUpdate.keys_removed());
             break;
+        case v1::SubscriptionUpdate::kKeysPresent:
+            xKeepPresentKeys(fUpdate.keys_present());
+            break;
         case v1::SubscriptionUpdate::kValues:
             xChangeValues(fUpdate.values());
             break;
@@ -115,7 +154,10 @@ void SubscriptionClient::xDeliverContent() {
 void SubscriptionClient::xAddKeys(const v1::KeysAdded& message) {
     std::vector<KVKeyInfo> keys;
     keys.reserve(static_cast<std::size_t>(message.keys_size()));
+    fHasTable = true;
     for (const v1::Key& key : message.keys()) {
+        fLastKey = std::max(fLastKey, key.id());
+        ++fAnnouncedKeys;
         if (!fNames.empty() && fNames.count(key.name()) == 0) {
             continue;  // the robot sends its whole table
         }
@@ -139,14 +181,30 @@ void SubscriptionClient::xAddKeys(const v1::KeysAdded& message) {
 }
 
 void SubscriptionClient::xRemoveKeys(const v1::KeySelection& message) {
-    std::vector<std::uint32_t> ids;
-    for (const std::uint32_t id : message.ids()) {
+    const auto count = static_cast<std::uint64_t>(message.ids_size());
+    fAnnouncedKeys -= std::min(fAnnouncedKeys, count);
+    xTellRemoved({message.ids().begin(), message.ids().end()});
+}
+
+/** Removes the keys that the robot has removed while it was silent. */
+void SubscriptionClient::xKeepPresentKeys(const v1::KeySelection& message) {
+    fAnnouncedKeys = static_cast<std::uint64_t>(message.ids_size());
+    const std::unordered_set<std::uint32_t> present(message.ids().begin(), message.ids().end());
+    std::vector<std::uint32_t> removed;
+    std::copy_if(fKnownIds.begin(), fKnownIds.end(), std::back_inserter(removed),
+                 [&present](std::uint32_t id) { return present.count(id) == 0; });
+    xTellRemoved(removed);
+}
+
+void SubscriptionClient::xTellRemoved(const std::vector<std::uint32_t>& ids) {
+    std::vector<std::uint32_t> removed;
+    for (const std::uint32_t id : ids) {
         if (fKnownIds.erase(id) != 0) {
-            ids.push_back(id);
+            removed.push_back(id);
         }
     }
-    if (!ids.empty() && fCallbacks.fKeysRemoved) {
-        fCallbacks.fKeysRemoved(ids);
+    if (!removed.empty() && fCallbacks.fKeysRemoved) {
+        fCallbacks.fKeysRemoved(removed);
     }
 }
 
@@ -156,8 +214,23 @@ void SubscriptionClient::xChangeValues(const v1::Values& message) {
         return fKnownIds.count(change.fId) == 0;
     };
     changes.erase(std::remove_if(changes.begin(), changes.end(), isUnknown), changes.end());
+    xMarkValues(changes);
     if (!changes.empty() && fCallbacks.fValuesChanged) {
         fCallbacks.fValuesChanged(changes);
+    }
+}
+
+/** Marks the selected keys of which a value has been received. */
+void SubscriptionClient::xMarkValues(const std::vector<KVChange>& changes) {
+    const std::lock_guard lock(fMutex);
+    if (!fSelected) {
+        return;
+    }
+    for (const KVChange& change : changes) {
+        const auto found = fSelected->find(change.fId);
+        if (found != fSelected->end()) {
+            found->second = true;
+        }
     }
 }
 

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -33,6 +34,8 @@ class SubscriptionClient
     void setRate(double rate) override;
 
   private:
+    void xOpen(ClientTransport& transport, grpc::ClientContext* context) override;
+    v1::SubscriptionRequest xFirstRequest(ClientTransport& transport);
     bool xTakeRequest(v1::SubscriptionRequest& request) override;
     v1::Error::Cause xNotFound() const override { return v1::Error::NO_SUCH_MODULE; }
     void xReceived() override;
@@ -44,14 +47,28 @@ class SubscriptionClient
     void xDeliverContent();
     void xAddKeys(const v1::KeysAdded& message);
     void xRemoveKeys(const v1::KeySelection& message);
+    void xKeepPresentKeys(const v1::KeySelection& message);
+    void xTellRemoved(const std::vector<std::uint32_t>& ids);
     void xChangeValues(const v1::Values& message);
+    void xMarkValues(const std::vector<KVChange>& changes);
     void xTellEnd(const KVError& error) override;
 
     const KVSettings::Limits fLimits;
     const std::unordered_set<std::string> fNames;  // selects keys, unless it is empty
     const KVSubscription::Callbacks fCallbacks;
-    std::unordered_set<std::uint32_t> fKnownIds;  // used on the strand only
-    /** The newest request of each kind; guarded by fMutex. */
+
+    // Used on the strand only, after the start:
+    std::unordered_set<std::uint32_t> fKnownIds;
+    bool fHasTable = false;
+    std::uint64_t fPosition = 0;
+    std::uint32_t fLastKey = 0;
+    std::uint64_t fAnnouncedKeys = 0;  // also those that fNames does not contain
+
+    // Guarded by fMutex:
+    bool fSelectsAll = false;
+    double fRate = 0;
+    std::optional<std::unordered_map<std::uint32_t, bool>> fSelected;  // true: has a value
+    /** The newest request of each kind. */
     std::optional<v1::SubscriptionRequest> fNextRequest;
 };
 

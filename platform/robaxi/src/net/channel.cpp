@@ -70,7 +70,7 @@ void configureServer(grpc::ServerBuilder& builder, const KVSettings::Limits& lim
     // the connection. Not sooner, since a client may be suspended between connecting and hello, and
     // would find the connection closed.
     builder.AddChannelArgument(GRPC_ARG_MAX_CONNECTION_IDLE_MS,
-                               static_cast<int>(limits::silenceOfClient(limits).count()));
+                               static_cast<int>(limits::timeForFirstMessage(limits).count()));
 }
 
 }  // namespace robaxi

@@ -1,4 +1,5 @@
 #include "failure.h"
+#include "net/connect_attempt.h"
 #include "net/socket_address.h"
 
 #include <base/file_descriptor.h>
@@ -7,7 +8,6 @@
 #include <cerrno>
 #include <cstring>
 #include <netinet/in.h>
-#include <optional>
 #include <poll.h>
 #include <system_error>
 
@@ -32,57 +32,10 @@ Failure connectFailure(int error) {
     }
 }
 
-/** One connection attempt. */
-class Attempt {
-  public:
-    explicit Attempt(const SocketAddress& address)
-        : fAddress(address),
-          fSocket(
-              ::socket(address.fStorage.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
-        const bool started =
-            fSocket.get() >= 0 && ::connect(fSocket.get(), address.raw(), address.fLength) == 0;
-        fError = started ? 0 : errno;
-    }
-
-    bool isPending() const { return fError == EINPROGRESS; }
-    bool isConnected() const { return fError == 0; }
-    int error() const { return fError; }
-    const SocketAddress& address() const { return fAddress; }
-    pollfd toPoll() const { return {isPending() ? fSocket.get() : -1, POLLOUT, 0}; }
-
-    void readOutcome() {
-        socklen_t length = sizeof fError;
-        if (::getsockopt(fSocket.get(), SOL_SOCKET, SO_ERROR, &fError, &length) != 0) {
-            fError = errno;
-        }
-        if (fError == 0 && xIsConnectedToItself()) {
-            fError = ECONNREFUSED;
-        }
-    }
-
-  private:
-    /**
-     * TCP connects a socket to itself if nothing listens on the port and the system happens to
-     * assign the same port to this end.
-     */
-    bool xIsConnectedToItself() const {
-        SocketAddress local;
-        local.fLength = sizeof local.fStorage;
-        return ::getsockname(fSocket.get(), reinterpret_cast<sockaddr*>(&local.fStorage),
-                             &local.fLength) == 0 &&
-               local.fLength == fAddress.fLength &&
-               std::memcmp(&local.fStorage, &fAddress.fStorage, local.fLength) == 0;
-    }
-
-    SocketAddress fAddress;
-    base::FileDescriptor fSocket;
-    int fError = 0;
-};
-
-void waitForOutcomes(std::vector<Attempt>& attempts, Deadline deadline) {
+void waitForOutcomes(std::vector<ConnectAttempt>& attempts, Deadline deadline) {
     std::vector<pollfd> polled;
     polled.reserve(attempts.size());
-    for (const Attempt& attempt : attempts) {
+    for (const ConnectAttempt& attempt : attempts) {
         polled.push_back(attempt.toPoll());
     }
     if (::poll(polled.data(), polled.size(), millisecondsUntil(deadline)) <= 0) {
@@ -140,19 +93,20 @@ std::vector<base::FileDescriptor> listenOnAll(std::vector<SocketAddress> address
 }  // namespace
 
 SocketAddress findListener(const std::vector<SocketAddress>& addresses, Deadline deadline) {
-    std::vector<Attempt> attempts;
+    std::vector<ConnectAttempt> attempts;
     attempts.reserve(addresses.size());
     for (const SocketAddress& address : addresses) {
         attempts.emplace_back(address);
     }
     while (true) {
-        for (const Attempt& attempt : attempts) {
+        for (const ConnectAttempt& attempt : attempts) {
             if (attempt.isConnected()) {
                 return attempt.address();
             }
         }
-        const bool pending = std::any_of(attempts.begin(), attempts.end(),
-                                         [](const Attempt& each) { return each.isPending(); });
+        const bool pending =
+            std::any_of(attempts.begin(), attempts.end(),
+                        [](const ConnectAttempt& each) { return each.isPending(); });
         if (!pending) {
             // The first address is the one preferred by the system, so its outcome is the most
             // informative.

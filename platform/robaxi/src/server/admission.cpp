@@ -70,8 +70,8 @@ void Admission::start(std::size_t bytes, Done done) {
         return;
     }
     const auto now = TimerThread::Clock::now();
-    const auto turn =
-        fServer.tokenGuard().reserveTurn(fAddress, now, limits::silenceOfClient(fServer.limits()));
+    const auto turn = fServer.tokenGuard().reserveTurn(
+        fAddress, now, limits::timeForFirstMessage(fServer.limits()));
     if (!turn) {
         xRefuse(v1::Error::TOO_MANY, a_tooManyTokens);
     } else if (*turn <= now) {

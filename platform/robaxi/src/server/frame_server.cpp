@@ -24,7 +24,7 @@ void FrameServer::xStartWatching(const v1::WatchStart& start) {
         xEnd(KVError::Cause::InvalidArgument, "watching was started twice");
         return;
     }
-    const auto module = xJoin(start.session_id(), start.module());
+    const auto module = xJoin(start);
     if (!module) {
         return;
     }

@@ -7,6 +7,7 @@
 #include "server/health_service.h"
 #include "server/reflection_service.h"
 #include "server/server_session.h"
+#include "server/session_stream.h"
 #include "server/subscription_server.h"
 #include "server/unary_calls.h"
 #include "wire/grpc_handover.h"
@@ -159,7 +160,7 @@ void Server::xStartGrpc() {
 
 void Server::xAccept(std::vector<base::FileDescriptor> listening) {
     ConnectionAcceptor::Settings settings;
-    settings.fTimeForHello = limits::silenceOfClient(limits());
+    settings.fTimeForHello = limits::timeForFirstMessage(limits());
     settings.fHandOver = [this](int descriptor) {
         grpc::experimental::ExternalConnectionAcceptor::NewConnectionParameters connection;
         connection.fd = descriptor;
@@ -185,20 +186,22 @@ Server::~Server() {
 grpc::ServerBidiReactor<grpc::ByteBuffer, grpc::ByteBuffer>* Server::xOpenSession(
     grpc::CallbackServerContext* context) {
     takeFromGrpc(this);
+    const auto stream = std::make_shared<SessionStream>(*this, context);
     std::shared_ptr<ServerSession> session;
     bool admitted = false;
     {
         const std::lock_guard lock(fMutex);
+        fSessionStreams.emplace(stream.get(), stream);
         std::uint64_t id = makeSessionId();
         while (fSessions.count(id) != 0) {
             id = makeSessionId();
         }
-        session = {new ServerSession(*this, context, id), deleteSession};
+        session = {new ServerSession(*this, stream.get(), id), deleteSession};
         admitted = xHasRoomFor(session->peerAddress());
         fSessions.emplace(id, session);
     }
     session->start(admitted);
-    return session.get();
+    return stream.get();
 }
 
 bool Server::xHasRoomFor(const std::string& address) const {
@@ -221,9 +224,17 @@ Stream* Server::xOpenStream(grpc::CallbackServerContext* context) {
     return stream.get();
 }
 
-std::optional<Failure> Server::joinSession(SideStream* stream, std::uint64_t sessionId) {
+std::shared_ptr<ServerSession> Server::findSession(std::uint64_t id) {
     const std::lock_guard lock(fMutex);
-    if (fSessions.count(sessionId) == 0) {
+    const auto found = fSessions.find(id);
+    return found == fSessions.end() ? nullptr : found->second;
+}
+
+std::optional<Failure> Server::joinSession(SideStream* stream, std::uint64_t sessionId,
+                                           std::uint64_t resumption) {
+    const std::lock_guard lock(fMutex);
+    const auto session = fSessions.find(sessionId);
+    if (session == fSessions.end() || session->second->resumption() != resumption) {
         return Failure{KVError::Cause::NotAuthorised, "it names no session"};
     }
     const bool isCamera = stream->kind() == SideStream::Kind::Camera;
@@ -247,13 +258,30 @@ void Server::sessionEnded(std::uint64_t id) {
         const auto found = fSessions.find(id);
         session = std::move(found->second);
         fSessions.erase(found);
-        for (const auto& [stream, membership] : fStreams) {
-            if (membership.fSessionId == id) {
-                stream->cancel();
-            }
+    }
+    cancelStreams(id);
+    xLetGo(std::move(session));
+}
+
+void Server::sessionStreamEnded(SessionStream* stream) {
+    std::shared_ptr<SessionStream> kept;
+    {
+        const std::lock_guard lock(fMutex);
+        const auto found = fSessionStreams.find(stream);
+        kept = std::move(found->second);
+        fSessionStreams.erase(found);
+    }
+    xLetGo(std::move(kept));
+}
+
+void Server::cancelStreams(std::uint64_t sessionId) {
+    const std::lock_guard lock(fMutex);
+    for (auto& [stream, membership] : fStreams) {
+        if (membership.fSessionId == sessionId) {
+            membership.fSessionId = 0;
+            stream->cancel();
         }
     }
-    xLetGo(std::move(session));
 }
 
 void Server::streamEnded(SideStream* stream) {

@@ -24,6 +24,7 @@
 namespace robaxi {
 
 class ServerSession;
+class SessionStream;
 
 /** Reason for refusing a client while too many from its address send wrong tokens. */
 constexpr const char* a_tooManyTokens = "too many tokens from that address wait to be checked";
@@ -81,9 +82,20 @@ class Server : public RunningServer {
     const std::shared_ptr<TaskPool>& calls() const { return fCalls; }
     /** Keeps a connection: its client is in a session. */
     void welcome(const std::string& peer) { fAcceptor->welcome(peer); }
+    /** Returns null if there is none. */
+    std::shared_ptr<ServerSession> findSession(std::uint64_t id);
     void sessionEnded(std::uint64_t id);
-    /** Adds a stream to its session. Returns the reason if it is refused. */
-    std::optional<Failure> joinSession(SideStream* stream, std::uint64_t sessionId);
+    void sessionStreamEnded(SessionStream* stream);
+    /** Ends the streams beside a session, which no longer count towards its limits. */
+    void cancelStreams(std::uint64_t sessionId);
+    /**
+     * Adds a stream to its session. Returns the reason if it is refused.
+     *
+     * @param resumption that it names; another one is that of a connection which the session has
+     * left
+     */
+    std::optional<Failure> joinSession(SideStream* stream, std::uint64_t sessionId,
+                                       std::uint64_t resumption);
     void streamEnded(SideStream* stream);
     ///@}
 
@@ -118,6 +130,7 @@ class Server : public RunningServer {
 
     std::mutex fMutex;
     std::unordered_map<std::uint64_t, std::shared_ptr<ServerSession>> fSessions;
+    std::unordered_map<SessionStream*, std::shared_ptr<SessionStream>> fSessionStreams;
     struct Membership {
         std::shared_ptr<SideStream> fStream;
         std::uint64_t fSessionId = 0;

@@ -15,48 +15,71 @@
 
 namespace robaxi {
 
-ServerSession::ServerSession(Server& server, grpc::CallbackServerContext* context, std::uint64_t id)
-    : ByteStream(context),
-      fServer(server),
+ServerSession::ServerSession(Server& server, SessionStream* stream, std::uint64_t id)
+    : fServer(server),
       fModules(server.modules()),
       fCallPool(server.calls()),
       fId(id),
-      fPeerAddress(addressOf(context->peer())),
+      fPeerAddress(addressOf(stream->context().peer())),
       fLimits(server.limits()),
-      fOut(fLimits.fMessage,
-           [this](const v1::ServerBatch* batch) {
-               fOutgoing = writeMessage(*batch);
-               giveToGrpc(batch);  // again, since it was read here
-               StartWrite(&fOutgoing);
-           }),
+      fOut(fLimits.fMessage),
       fAssembler(fLimits.fMessage),
+      fStream(stream),
       fSilence(server.timers(), [this] { xCheckSilence(); }),
       fHeldHelloTurn(server.timers(), [this] { xCheckHeldHello(); }) {
+    fOut.attach(stream->outlet());
 }
 
 ServerSession::~ServerSession() = default;
 
 void ServerSession::start(bool admitted) {
     fIsAdmitted = admitted;
-    giveToGrpc(&fContext);
-    xRead();
+    fStream->setSession(shared_from_this());
+    fStream->read();
     fSilence.startAt(TimerThread::Clock::now() + fLimits.fHeartbeat);
 }
 
-void ServerSession::OnReadDone(bool ok) {
-    const GrpcReaction reaction(this);
-    takeFromGrpc(&fIncoming);
-    if (!ok) {
-        xFinishWhen(fOut.close());
+bool ServerSession::xUses(const SessionStream& stream) {
+    const std::lock_guard lock(fMutex);
+    return fStream == &stream;
+}
+
+void ServerSession::received(SessionStream& stream, grpc::ByteBuffer& bytes) {
+    const std::lock_guard receiving(fReceiveMutex);
+    if (xUses(stream)) {
+        fSilentHeartbeats = 0;
+        xTakeBatch(bytes);
+    }
+}
+
+void ServerSession::xTakeBatch(grpc::ByteBuffer& bytes) {
+    const std::size_t size = bytes.Length();
+    fNextOfBatch = 0;
+    if (!readMessage(bytes, &fBatch)) {
+        xEnd(v1::Error::INVALID_ARGUMENT, "the program sent a message that cannot be read");
         return;
     }
-    fSilentHeartbeats = 0;
-    fNextOfBatch = 0;
-    if (readMessage(fIncoming, &fBatch)) {
-        xHandleBatch();
-    } else {
-        xEnd(v1::Error::INVALID_ARGUMENT, "the program sent a message that cannot be read");
+    if (fBatch.number() != 0 && fBatch.number() <= fReceived) {
+        fBatch.clear_messages();  // repeated after a resumption
+    } else if (fBatch.number() > fReceived + 1) {
+        xEnd(v1::Error::INVALID_ARGUMENT, "the program left out a batch");
+        return;
     }
+    fReceived = std::max(fReceived, fBatch.number());
+    xAcknowledge(size);
+    xHandleBatch();
+}
+
+/** Acknowledges the received batches before the next heartbeat if they are large. */
+void ServerSession::xAcknowledge(std::size_t bytes) {
+    fUnacknowledged += bytes;
+    if (fReceived == 0 || fUnacknowledged < limits::a_acknowledgeAfter) {
+        return;
+    }
+    fUnacknowledged = 0;
+    v1::ServerMessage message;
+    message.mutable_heartbeat()->set_received(fReceived);
+    fOut.pushUrgent(std::move(message));
 }
 
 /** Handles the rest of the batch while there is room. */
@@ -70,8 +93,11 @@ void ServerSession::xHandleBatch() {
                  "the program sent a message in parts that cannot be read");
             break;
         }
+        if (fHasMoved) {
+            return;
+        }
     }
-    xRead();
+    fStream->read();
 }
 
 bool ServerSession::xMayHandle() {
@@ -93,6 +119,7 @@ bool ServerSession::xHasRoomForResult() const {
 
 /** Resumes reading; called at the end of a write. */
 void ServerSession::xResume() {
+    const std::lock_guard receiving(fReceiveMutex);
     {
         const std::lock_guard lock(fMutex);
         if (!fIsPaused || !xHasRoomForCall()) {
@@ -120,32 +147,39 @@ bool ServerSession::xReceive(v1::ClientMessage& message) {
     return outcome != Outcome::Malformed;
 }
 
-void ServerSession::OnWriteDone(bool ok) {
-    const GrpcReaction reaction(this);
-    xFinishWhen(fOut.writeDone(ok));
-    xUnpark(limits::a_methodThreads);
-    xResume();
+void ServerSession::written(SessionStream& stream, bool ok) {
+    if (fOut.writeDone(*stream.outlet(), ok)) {
+        xFinish(stream);
+    }
+    if (xUses(stream)) {
+        xUnpark(limits::a_methodThreads);
+        xResume();
+    }
 }
 
-void ServerSession::OnCancel() {
-    const GrpcReaction reaction(this);
-    takeFromGrpc(&fContext);
-    xFinishWhen(fOut.close());
+void ServerSession::streamClosed(SessionStream& stream) {
+    const std::lock_guard receiving(fReceiveMutex);
+    if (xUses(stream) ? fOut.close() : stream.outlet()->close()) {
+        xFinish(stream);
+    }
 }
 
-void ServerSession::OnDone() {
-    takeFromGrpc(this);
-    fSilence.stop();
-    fHeldHelloTurn.stop();
+void ServerSession::streamEnded(SessionStream& stream) {
     {
-        // Posted calls still run; others do not.
+        const std::lock_guard receiving(fReceiveMutex);
         const std::lock_guard lock(fMutex);
+        if (fStream != &stream) {
+            return;
+        }
         fHasEnded = true;
+        // Posted calls still run; others do not.
         fWaiting.erase(std::remove_if(fWaiting.begin(), fWaiting.end(),
                                       [](const WorkPtr& work) { return work->fId != 0; }),
                        fWaiting.end());
         fCalls.clear();
     }
+    fSilence.stop();
+    fHeldHelloTurn.stop();
     xUnpark(limits::a_waitingCalls);
     fServer.sessionEnded(fId);
 }
@@ -162,20 +196,44 @@ bool ServerSession::xEnd(v1::Error::Cause cause, const std::string& text) {
         }
     }
     const bool now = fOut.close();
-    xFinishWhen(now);
+    SessionStream* stream = nullptr;
+    {
+        const std::lock_guard lock(fMutex);
+        stream = fStream;
+    }
+    if (now) {
+        xFinish(*stream);
+    }
     return now;
 }
 
+/** Ends a stream, when its outlet says so. */
+void ServerSession::xFinish(SessionStream& stream) {
+    std::optional<v1::Error> ending;
+    {
+        const std::lock_guard lock(fMutex);
+        if (fStream == &stream) {
+            ending = fEnding;
+        }
+    }
+    stream.finish(ending);
+}
+
 void ServerSession::xCheckSilence() {
+    const std::lock_guard receiving(fReceiveMutex);
     bool isPaused = false;
     {
         const std::lock_guard lock(fMutex);
+        if (fHasEnded || fHasMoved) {
+            return;
+        }
         isPaused = fIsPaused && !fHoldsHello;
     }
-    if (++fSilentHeartbeats >
-        (isPaused ? limits::a_untakingHeartbeatsOfClient : limits::a_silentHeartbeatsOfClient)) {
+    const int most = isPaused ? limits::a_untakingHeartbeatsOfClient
+                              : limits::periodsIn(xLongestSilence(), fLimits.fHeartbeat);
+    if (++fSilentHeartbeats > most) {
         if (!xEnd(v1::Error::TIMED_OUT, "the program was silent for too long")) {
-            fContext->TryCancel();  // it does not take what is being written either
+            fStream->cancel();  // it does not take what is being written either
         }
         return;
     }
@@ -204,8 +262,10 @@ void ServerSession::xHandle(v1::ClientMessage& message) {
             xHandleListModules(message.list_modules());
             break;
         case v1::ClientMessage::kHeartbeat: {
+            fOut.acknowledge(message.heartbeat().received());
             v1::ServerMessage answer;
-            *answer.mutable_heartbeat() = message.heartbeat();
+            answer.mutable_heartbeat()->set_number(message.heartbeat().number());
+            answer.mutable_heartbeat()->set_received(fReceived);
             fOut.pushUrgent(std::move(answer));
             break;
         }
@@ -221,7 +281,8 @@ void ServerSession::xHandleHello(const v1::Hello& hello) {
                     ", this program version " + std::to_string(hello.protocol_version()));
         return;
     }
-    if (!fIsAdmitted) {
+    // The session that it resumes is counted already.
+    if (!fIsAdmitted && !hello.has_resume()) {
         xRefuse(v1::Error::TOO_MANY, "too many programs are connected to it");
         return;
     }
@@ -236,7 +297,7 @@ void ServerSession::xHandleHello(const v1::Hello& hello) {
     }
     const auto now = TimerThread::Clock::now();
     const auto turn =
-        fServer.tokenGuard().reserveTurn(fPeerAddress, now, limits::silenceOfClient(fLimits));
+        fServer.tokenGuard().reserveTurn(fPeerAddress, now, limits::timeForFirstMessage(fLimits));
     if (!turn) {
         xRefuse(v1::Error::TOO_MANY, a_tooManyTokens);
     } else if (*turn <= now) {
@@ -251,7 +312,17 @@ void ServerSession::xHandleHello(const v1::Hello& hello) {
 
 /** Checks the token after the delay; on the timer thread. No message is handled before. */
 void ServerSession::xCheckHeldHello() {
+    const std::lock_guard receiving(fReceiveMutex);
+    {
+        const std::lock_guard lock(fMutex);
+        if (fHasEnded) {
+            return;
+        }
+    }
     xCheckToken(fHeldHello);
+    if (fHasMoved) {
+        return;
+    }
     bool isPaused = false;
     {
         const std::lock_guard lock(fMutex);
@@ -272,17 +343,102 @@ void ServerSession::xCheckToken(const v1::Hello& hello) {
 }
 
 void ServerSession::xAccept(const v1::Hello& hello) {
+    if (hello.has_resume()) {
+        xResumeAnother(hello);
+        return;
+    }
     fHasHello = true;
-    fServer.welcome(fContext->peer());
+    fServer.welcome(fStream->context().peer());
+    fClientName = hello.name();
     fOut.setPeerTakesFragments(hello.takes_fragments());
+    fCanResume = hello.resumes();
     v1::ServerMessage message;
-    v1::HelloReply* reply = message.mutable_hello_reply();
-    reply->set_protocol_version(limits::a_protocolVersion);
-    reply->set_name(base::validUtf8(fServer.brokerName()));
-    reply->set_session_id(fId);
-    reply->set_silence_limit(static_cast<std::uint32_t>(limits::silenceOfClient(fLimits).count()));
-    reply->set_takes_fragments(true);
+    *message.mutable_hello_reply() = xReply();
     fOut.push(std::move(message));
+    if (fCanResume) {
+        fOut.keepSent();
+    }
+}
+
+std::chrono::milliseconds ServerSession::xLongestSilence() const {
+    return fCanResume ? limits::longestSilence(fLimits) : limits::silenceOfSimpleClient(fLimits);
+}
+
+v1::HelloReply ServerSession::xReply() const {
+    v1::HelloReply reply;
+    reply.set_protocol_version(limits::a_protocolVersion);
+    reply.set_name(base::validUtf8(fServer.brokerName()));
+    reply.set_session_id(fId);
+    reply.set_silence_limit(static_cast<std::uint32_t>(xLongestSilence().count()));
+    reply.set_takes_fragments(true);
+    reply.set_resumes(true);
+    return reply;
+}
+
+/** Leaves the stream to the session that the client resumes. */
+void ServerSession::xResumeAnother(const v1::Hello& hello) {
+    const auto resumed = fServer.findSession(hello.resume().session_id());
+    if (!resumed || resumed.get() == this || !resumed->moveTo(*fStream, hello)) {
+        xRefuse(v1::Error::NOT_AUTHORISED, "it names no session that can be resumed");
+        return;
+    }
+    fHasMoved = true;
+    {
+        const std::lock_guard lock(fMutex);
+        fStream = nullptr;
+        fHasEnded = true;
+    }
+    fServer.sessionEnded(fId);
+}
+
+bool ServerSession::moveTo(SessionStream& stream, const v1::Hello& hello) {
+    const v1::Resume& resume = hello.resume();
+    const std::lock_guard receiving(fReceiveMutex);
+    {
+        const std::lock_guard lock(fMutex);
+        if (fHasEnded || fEnding || !fCanResume || resume.resumption() <= fResumption ||
+            hello.name() != fClientName) {
+            return false;
+        }
+    }
+    if (!fOut.canResume(resume.received())) {
+        return false;
+    }
+    fServer.welcome(stream.context().peer());
+    fServer.cancelStreams(fId);
+    v1::ServerBatch reply;
+    *reply.add_messages()->mutable_hello_reply() = xReply();
+    reply.mutable_messages(0)->mutable_hello_reply()->set_resumed(true);
+    reply.mutable_messages(0)->mutable_hello_reply()->set_received(fReceived);
+    if (stream.outlet()->enter()) {
+        stream.outlet()->write(writeMessage(reply));  // before anything of the queue
+    }
+    SessionStream* former = nullptr;
+    bool isPaused = false;
+    {
+        const std::lock_guard lock(fMutex);
+        former = std::exchange(fStream, &stream);
+        fResumption = resume.resumption();
+        isPaused = fIsPaused;
+    }
+    stream.setSession(shared_from_this());
+    fOut.resume(stream.outlet(), resume.received());
+    if (former->outlet()->close()) {
+        former->finish(std::nullopt);
+    }
+    former->cancel();
+    fSilentHeartbeats = 0;
+    if (isPaused) {
+        xKeepAwake();  // the end of that write resumes reading
+    } else {
+        stream.read();
+    }
+    return true;
+}
+
+std::uint64_t ServerSession::resumption() {
+    const std::lock_guard lock(fMutex);
+    return fResumption;
 }
 
 void ServerSession::xRefuse(v1::Error::Cause cause, const std::string& text) {

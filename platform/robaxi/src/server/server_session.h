@@ -3,7 +3,7 @@
 
 #include "hosted_modules.h"
 #include "robaxi/v1/robaxi.grpc.pb.h"
-#include "server/byte_stream.h"
+#include "server/session_stream.h"
 #include "task_pool.h"
 #include "timer_thread.h"
 #include "wire/fragment_assembler.h"
@@ -12,8 +12,11 @@
 #include <grpcpp/grpcpp.h>
 
 #include <atomic>
+#include <chrono>
 #include <deque>
 #include <memory>
+#include <mutex>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -30,12 +33,17 @@ class Server;
  * then sends heartbeats with the number 0, since the client's own wait behind its calls. Reading
  * resumes only at the end of a write, where gRPC keeps the stream alive.
  *
- * The server owns it until OnDone(); running calls own it longer, and their results are dropped.
+ * A client whose connection does not answer any more resumes its session on another one: the
+ * session then leaves its stream for the new one, whose own session is given up.
+ *
+ * The server owns it until its stream has ended; running calls own it longer, and their results are
+ * dropped.
  */
-class ServerSession : public ByteStream, public std::enable_shared_from_this<ServerSession> {
+class ServerSession : public std::enable_shared_from_this<ServerSession> {
   public:
-    ServerSession(Server& server, grpc::CallbackServerContext* context, std::uint64_t id);
-    ~ServerSession() override;
+    /** @param stream its first one, which is owned by the server */
+    ServerSession(Server& server, SessionStream* stream, std::uint64_t id);
+    ~ServerSession();
     ServerSession(const ServerSession&) = delete;
     ServerSession& operator=(const ServerSession&) = delete;
 
@@ -49,10 +57,25 @@ class ServerSession : public ByteStream, public std::enable_shared_from_this<Ser
     /** Starts serving; `admitted` is false for a session beyond the limit, which is refused. */
     void start(bool admitted);
 
-    void OnReadDone(bool ok) override;
-    void OnWriteDone(bool ok) override;
-    void OnCancel() override;
-    void OnDone() override;
+    /** Returns the resumption with which streams beside the session have to name it. */
+    std::uint64_t resumption();
+    /**
+     * Leaves the stream for another one, on which a client has sent `hello`.
+     *
+     * @return false if it refuses; then nothing has changed
+     */
+    bool moveTo(SessionStream& stream, const v1::Hello& hello);
+
+    /**
+     * @name Events of a stream, on threads of gRPC. Those of a stream that the session has left
+     * only end that stream.
+     */
+    ///@{
+    void received(SessionStream& stream, grpc::ByteBuffer& bytes);
+    void written(SessionStream& stream, bool ok);
+    void streamClosed(SessionStream& stream);
+    void streamEnded(SessionStream& stream);
+    ///@}
 
   private:
     /** A call that waits for its method. */
@@ -65,6 +88,8 @@ class ServerSession : public ByteStream, public std::enable_shared_from_this<Ser
     };
     using WorkPtr = std::shared_ptr<Work>;
 
+    bool xUses(const SessionStream& stream);
+    void xTakeBatch(grpc::ByteBuffer& bytes);
     void xHandleBatch();
     bool xMayHandle();
     bool xHasRoomForCall() const;
@@ -77,6 +102,10 @@ class ServerSession : public ByteStream, public std::enable_shared_from_this<Ser
     void xCheckToken(const v1::Hello& hello);
     void xCheckHeldHello();
     void xAccept(const v1::Hello& hello);
+    void xResumeAnother(const v1::Hello& hello);
+    v1::HelloReply xReply() const;
+    std::chrono::milliseconds xLongestSilence() const;
+    void xAcknowledge(std::size_t bytes);
     void xRefuse(v1::Error::Cause cause, const std::string& text = std::string());
     void xHandleCall(v1::Call&& call);
     void xHandleCancel(std::uint64_t callId);
@@ -87,6 +116,7 @@ class ServerSession : public ByteStream, public std::enable_shared_from_this<Ser
     void xRun(const v1::Call& call);
     void xUnpark(std::size_t most);
     bool xEnd(v1::Error::Cause cause, const std::string& text);
+    void xFinish(SessionStream& stream);
     void xCheckSilence();
 
     Server& fServer;  // not to be used in a call: it may be destroyed while a method runs
@@ -96,16 +126,25 @@ class ServerSession : public ByteStream, public std::enable_shared_from_this<Ser
     const std::string fPeerAddress;
     const KVSettings::Limits fLimits;
     WriteQueue<v1::ServerBatch, v1::ServerMessage> fOut;
-    grpc::ByteBuffer fOutgoing;
+
+    /** Held while a batch is handled and while the session moves. */
+    std::mutex fReceiveMutex;
     v1::ClientBatch fBatch;  // that was received
     int fNextOfBatch = 0;
+    std::uint64_t fReceived = 0;  // number of the last batch
+    std::size_t fUnacknowledged = 0;
+    std::string fClientName;
+    bool fCanResume = false;
+    bool fHasMoved = false;  // its stream now belongs to another session
     FragmentAssembler<v1::ClientMessage> fAssembler;
     v1::Hello fHeldHello;
     bool fIsAdmitted = false;
     bool fIsRefused = false;
     bool fHasHello = false;
 
-    // Guarded by fMutex:
+    std::mutex fMutex;
+    SessionStream* fStream;  // changed with fReceiveMutex held, too
+    std::uint64_t fResumption = 0;
     std::deque<WorkPtr> fWaiting;
     std::unordered_map<std::uint64_t, WorkPtr> fCalls;  // those in fWaiting that can be cancelled
     std::size_t fWaitingBytes = 0;
@@ -113,6 +152,7 @@ class ServerSession : public ByteStream, public std::enable_shared_from_this<Ser
     bool fHoldsHello = false;  // checks its token later
     bool fIsPaused = false;    // reads nothing, so that the client's calls wait in the network
     bool fHasEnded = false;
+    std::optional<v1::Error> fEnding;
 
     std::atomic<bool> fHasKeptMuch{false};
     std::atomic<int> fSilentHeartbeats{0};

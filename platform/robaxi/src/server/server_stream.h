@@ -38,7 +38,7 @@ class ServerStream : public ByteStream, public SideStream {
         giveToGrpc(&fContext);
         xRead();
         // A stream without a request is ended like a silent session.
-        fPump.startAt(TimerThread::Clock::now() + limits::silenceOfClient(fServer.limits()));
+        fPump.startAt(TimerThread::Clock::now() + limits::timeForFirstMessage(fServer.limits()));
     }
 
     void cancel() final { fContext->TryCancel(); }
@@ -99,14 +99,17 @@ class ServerStream : public ByteStream, public SideStream {
     /**
      * Adds the stream to its session and finds its module.
      *
+     * @param start v1::SubscriptionStart or v1::WatchStart
      * @return the module; or null after setting the reason for the end of the stream
      */
-    boost::shared_ptr<KVModule> xJoin(std::uint64_t sessionId, const std::string& module) {
+    template <class Start>
+    boost::shared_ptr<KVModule> xJoin(const Start& start) {
         {
             const std::lock_guard lock(fMutex);
             fHasStarted = true;
         }
-        if (const auto refusal = fServer.joinSession(this, sessionId)) {
+        if (const auto refusal =
+                fServer.joinSession(this, start.session_id(), start.resumption())) {
             xEnd(refusal->fCause, refusal->fDetail);
             return nullptr;
         }
@@ -115,9 +118,9 @@ class ServerStream : public ByteStream, public SideStream {
             // Before the lookup of the module: if it is removed afterwards, moduleRemoved() handles
             // it.
             const std::lock_guard lock(fMutex);
-            fModule = module;
+            fModule = start.module();
         }
-        auto found = fServer.modules()->find(module);
+        auto found = fServer.modules()->find(start.module());
         if (!found) {
             xEnd(KVError::Cause::NoSuchModule, {});
         }

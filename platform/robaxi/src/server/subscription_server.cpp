@@ -62,7 +62,7 @@ void SubscriptionServer::xStartSubscription(const v1::SubscriptionStart& start) 
         xEnd(KVError::Cause::InvalidArgument, "a subscription was started twice");
         return;
     }
-    const auto module = xJoin(start.session_id(), start.module());
+    const auto module = xJoin(start);
     if (!module) {
         return;
     }
@@ -72,12 +72,39 @@ void SubscriptionServer::xStartSubscription(const v1::SubscriptionStart& start) 
         return;
     }
     xSetRate(start.rate());
+    if (start.has_known()) {
+        xContinue(start.known(), *values->getPrivate());
+    }
     {
         const std::lock_guard lock(fMutex);
         fSendsAllKeys = start.all_keys();
         fTable = values->getPrivate();
     }
     fTable->addObserver(this);
+}
+
+/** Continues where the client has lost an earlier stream; before anything is sent. */
+void SubscriptionServer::xContinue(const v1::KnownState& known, Table& table) {
+    const std::lock_guard lock(table.fMutex);
+    fHasSentTable = true;
+    fLastAnnounced = known.last_key();
+    fSeenVersion = known.position() <= table.fLastVersion ? known.position() : 0;
+    for (const std::uint32_t id : known.with_values()) {
+        if (id <= fLastAnnounced && table.find(id) != nullptr) {
+            fChosen[id] = fSeenVersion;
+        }
+    }
+    fKnownKeys = known.keys();
+}
+
+bool SubscriptionServer::xComposePresentKeys() {
+    const std::size_t count = fTable->indexAbove(fLastAnnounced);
+    if (!fKnownKeys || std::exchange(fKnownKeys, std::nullopt) == count) {
+        return false;
+    }
+    auto* ids = fNext.mutable_keys_present()->mutable_ids();
+    ids->Assign(fTable->fIds.begin(), fTable->fIds.begin() + static_cast<std::ptrdiff_t>(count));
+    return true;
 }
 
 void SubscriptionServer::xSetRate(double rate) {
@@ -145,7 +172,10 @@ bool SubscriptionServer::xCompose() {
     if (choice) {
         xChoose(*choice);
     }
-    return xComposeRemovedKeys() || xComposeAddedKeys() || xComposeDueValues(period);
+    const bool hasNews = xComposePresentKeys() || xComposeRemovedKeys() || xComposeAddedKeys() ||
+                         xComposeDueValues(period);
+    fNext.set_position(fSeenVersion);
+    return hasNews;
 }
 
 bool SubscriptionServer::xComposeDueValues(Clock::duration period) {

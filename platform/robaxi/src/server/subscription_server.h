@@ -43,6 +43,7 @@ class SubscriptionServer : public ServerStream<v1::SubscriptionRequest>,
     void xHandle() override;
     void xLeave() override;
     void xStartSubscription(const v1::SubscriptionStart& start);
+    void xContinue(const v1::KnownState& known, Table& table);
     void xSetRate(double rate);
 
     // On the timer thread; from xChoose() on with the table's lock held:
@@ -50,6 +51,7 @@ class SubscriptionServer : public ServerStream<v1::SubscriptionRequest>,
     bool xMaySend();
     bool xCompose();
     void xChoose(const std::vector<std::uint32_t>& ids);
+    bool xComposePresentKeys();
     bool xComposeRemovedKeys();
     bool xComposeAddedKeys();
     bool xComposeDueValues(TimerThread::Clock::duration period);
@@ -71,6 +73,7 @@ class SubscriptionServer : public ServerStream<v1::SubscriptionRequest>,
     std::uint32_t fLastAnnounced = 0;
     std::vector<std::uint32_t> fRemoved;
     bool fHasSentTable = false;
+    std::optional<std::uint64_t> fKnownKeys;  // after a resumption, until they are compared
     std::uint64_t fSeenVersion = 0;
     std::unordered_map<std::uint32_t, std::uint64_t> fChosen;  // with the version last sent
     bool fHasNewlyChosen = false;

@@ -158,6 +158,12 @@ grpc::ByteBuffer FrameSplitter::next() {
 FrameAssembler::FrameAssembler(std::size_t largestFrame) : fLargestFrame(largestFrame) {
 }
 
+void FrameAssembler::restart() {
+    fFrame.reset();
+    fData.reset();
+    fReceived = 0;
+}
+
 std::optional<KVFrame> FrameAssembler::take(grpc::ByteBuffer& update) {
     grpc::ProtoBufferReader reader(&update);
     if (!reader.status().ok()) {

@@ -63,6 +63,8 @@ class FrameAssembler {
      * @throws Failure Internal or TooLarge if it breaks the protocol
      */
     std::optional<KVFrame> take(grpc::ByteBuffer& update);
+    /** Drops an incomplete frame: the updates that follow are those of another stream. */
+    void restart();
 
   private:
     void xBegin(const std::string& field);

@@ -23,22 +23,31 @@ constexpr std::size_t a_fragmentSize = std::size_t{64} * 1024;
 /** Nesting of lists and maps. */
 constexpr int a_deepestValue = 64;
 
+/** Returns the number of periods, rounded up. */
+constexpr int periodsIn(std::chrono::milliseconds time, std::chrono::milliseconds period) {
+    return static_cast<int>((time + period - std::chrono::milliseconds(1)) / period);
+}
 /**
- * Heartbeats without any received message after which the robot is lost. The unit is heartbeats,
+ * Heartbeats without any received message after which the robot is silent. The unit is heartbeats,
  * not time, so that a process that was itself suspended does not mistake its own pause for the
  * robot's silence.
  */
 inline int silentHeartbeatsOfRobot(const KVSettings::Limits& limits) {
-    return static_cast<int>((limits.fLoss + limits.fHeartbeat - std::chrono::milliseconds(1)) /
-                            limits.fHeartbeat);
+    return periodsIn(limits.fLoss, limits.fHeartbeat);
 }
-/**
- * The same for a client, seen from the robot: 5 s by default. Longer, because a client that was
- * stopped for a moment (in a debugger, a suspended laptop) costs the robot little.
- */
-constexpr int a_silentHeartbeatsOfClient = 20;
-inline std::chrono::milliseconds silenceOfClient(const KVSettings::Limits& limits) {
-    return limits.fHeartbeat * a_silentHeartbeatsOfClient;
+/** Silence after which the other end is lost, if the session can be resumed or the robot is that
+ * end. */
+inline std::chrono::milliseconds longestSilence(const KVSettings::Limits& limits) {
+    return std::max(limits.fSilence, limits.fLoss);
+}
+/** Silence after which a robot gives up a client that cannot resume its session: 5 s by default. */
+constexpr int a_silentHeartbeatsOfSimpleClient = 20;
+inline std::chrono::milliseconds silenceOfSimpleClient(const KVSettings::Limits& limits) {
+    return limits.fHeartbeat * a_silentHeartbeatsOfSimpleClient;
+}
+/** Time for the first message of a connection or stream. */
+inline std::chrono::milliseconds timeForFirstMessage(const KVSettings::Limits& limits) {
+    return silenceOfSimpleClient(limits);
 }
 /**
  * The same while the robot reads nothing, because too much waits to be sent: a minute by default,
@@ -62,6 +71,20 @@ constexpr std::size_t a_waitingCalls = 1024;
 constexpr std::size_t waitingBytes(std::size_t largestMessage) {
     return 4 * largestMessage;
 }
+/**
+ * Bytes of sent batches that one end of a session keeps until the other end has acknowledged them.
+ * Beyond it the oldest are dropped, and a session that still needs them cannot be resumed.
+ */
+constexpr std::size_t unacknowledgedBytes(std::size_t largestMessage) {
+    return 2 * largestMessage;
+}
+/** A receiver acknowledges at the latest after so many bytes, otherwise with its heartbeats. */
+constexpr std::size_t a_acknowledgeAfter = std::size_t{1024} * 1024;
+/** Attempts to resume a session that wait for the robot's answer. */
+constexpr std::size_t a_attemptsToResume = 4;
+/** Time between the first two attempts; it doubles from one to the next. */
+constexpr std::chrono::milliseconds a_betweenAttemptsToResume{1000};
+
 /** Overhead counted for each waiting message, besides its bytes. */
 constexpr std::size_t a_costOfMessage = 256;
 /**

@@ -131,7 +131,7 @@ EndOfRpc decodeStatus(const grpc::Status& status, const grpc::ClientContext& con
     v1::Error error;
     if (!status.ok() && found != metadata.end() &&
         error.ParseFromArray(found->second.data(), static_cast<int>(found->second.size()))) {
-        return {error.cause(), {decodeCause(error.cause()), error.text()}};
+        return {error.cause(), {decodeCause(error.cause()), error.text()}, true};
     }
     const v1::Error::Cause cause = causeOf(status, notFound);
     return {cause, {decodeCause(cause), textOf(status, cause)}};

@@ -28,6 +28,7 @@ grpc::Status encodeStatus(const std::optional<v1::Error>& error, grpc::ServerCon
 struct EndOfRpc {
     v1::Error::Cause fCause;
     Failure fFailure;
+    bool fHasDetails = false;  // the robot sent them
 };
 
 /**

@@ -1,16 +1,19 @@
 #ifndef ROBAXI_WRITE_QUEUE_H
 #define ROBAXI_WRITE_QUEUE_H
 
-#include "wire/grpc_handover.h"
 #include "wire/limits.h"
-#include "wire/write_gate.h"
+#include "wire/outlet.h"
+#include "wire/raw_message.h"
+
+#include <grpcpp/grpcpp.h>
 
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
+#include <cstdint>
 #include <deque>
-#include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -50,20 +53,67 @@ class WaitingMessage {
 };
 
 /**
- * Queue of messages for a session stream. Batch is v1::ClientBatch or v1::ServerBatch.
+ * Queue of the messages of a session. Batch is v1::ClientBatch or v1::ServerBatch.
  *
  * Messages that arrive during a write are combined in the next one. Heartbeats go first. A large
  * message is sent in parts if the peer accepts them, with small messages between the parts.
+ *
+ * A queue whose session can be resumed numbers its batches and keeps those that the peer has not
+ * acknowledged. On another stream it continues with them.
  */
 template <class Batch, class Message>
 class WriteQueue {
   public:
-    using StartWrite = std::function<void(const Batch*)>;
-
-    WriteQueue(std::size_t largestMessage, StartWrite startWrite)
-        : fMostBytes(limits::waitingBytes(largestMessage)), fStartWrite(std::move(startWrite)) {}
+    explicit WriteQueue(std::size_t largestMessage)
+        : fMostBytes(limits::waitingBytes(largestMessage)),
+          fMostSentBytes(limits::unacknowledgedBytes(largestMessage)) {}
     WriteQueue(const WriteQueue&) = delete;
     WriteQueue& operator=(const WriteQueue&) = delete;
+
+    /** Sets the stream, before anything is written. */
+    void attach(std::shared_ptr<Outlet> outlet) {
+        const std::lock_guard lock(fMutex);
+        fOutlet = std::move(outlet);
+    }
+
+    /** Numbers and keeps all later batches. */
+    void keepSent() {
+        const std::lock_guard lock(fMutex);
+        fKeepsSent = true;
+    }
+
+    /** Forgets the batches up to this one; the peer has received them. */
+    void acknowledge(std::uint64_t number) {
+        const std::lock_guard lock(fMutex);
+        if (number <= fLastNumber) {
+            xForget(number);
+        }
+    }
+
+    /** Returns true if all batches after this one are kept. */
+    bool canResume(std::uint64_t received) const {
+        const std::lock_guard lock(fMutex);
+        return xCanResume(received);
+    }
+
+    /**
+     * Continues on another stream after the last batch that the peer has received.
+     *
+     * @return false, without any effect, if a later batch is no longer kept or was never sent
+     */
+    bool resume(std::shared_ptr<Outlet> outlet, std::uint64_t received) {
+        {
+            const std::lock_guard lock(fMutex);
+            if (!xCanResume(received)) {
+                return false;
+            }
+            xForget(received);
+            fNextToRepeat = 0;
+            fOutlet = std::move(outlet);
+        }
+        (void)xWriteNext();
+        return true;
+    }
 
     void setPeerTakesFragments(bool takes) {
         const std::lock_guard lock(fMutex);
@@ -127,26 +177,34 @@ class WriteQueue {
     }
 
     /** Called at the end of each write. If it returns true, the caller ends the stream. */
-    [[nodiscard]] bool writeDone(bool ok) {
-        takeFromGrpc(&fCurrent);
-        if (fGate.leave()) {
+    [[nodiscard]] bool writeDone(Outlet& outlet, bool ok) {
+        if (outlet.leave()) {
             return true;
         }
-        return ok ? xWriteNext() : close();
+        {
+            const std::lock_guard lock(fMutex);
+            if (fOutlet.get() != &outlet) {
+                return false;
+            }
+        }
+        return ok ? xWriteNext() : outlet.close();
     }
 
     /** Drops all waiting and later messages. If it returns true, the caller ends the stream. */
     [[nodiscard]] bool close() {
+        std::shared_ptr<Outlet> outlet;
         {
             const std::lock_guard lock(fMutex);
             fClosed = true;
             fUrgent.clear();
             fSmall.clear();
             fLarge.clear();
+            fSent.clear();
             fWaitingBytes = 0;
+            outlet = fOutlet;
         }
         fRoom.notify_all();
-        return fGate.close();
+        return outlet && outlet->close();
     }
 
     /**
@@ -164,6 +222,10 @@ class WriteQueue {
   private:
     bool xTakesNoMore() const { return fClosed || fCloseWhenWritten; }
 
+    bool xCanResume(std::uint64_t received) const {
+        return !fClosed && received <= fLastNumber && received >= fLastForgotten;
+    }
+
     bool xHasRoom() const { return fWaitingBytes < fMostBytes; }
 
     void xAddUrgent(Message message) {
@@ -175,52 +237,84 @@ class WriteQueue {
 
     /** Returns true if the caller is to end the stream, since nothing more will be written. */
     bool xWriteNext() {
+        std::shared_ptr<Outlet> outlet;
+        grpc::ByteBuffer bytes;
         {
             const std::lock_guard lock(fMutex);
-            if (fClosed || (xIsEmpty() && !fCloseWhenWritten)) {
+            const bool repeats = fNextToRepeat < fSent.size();
+            const bool hasMore = repeats || !xIsEmpty();
+            if (fClosed || !fOutlet || (!hasMore && !fCloseWhenWritten)) {
                 return false;
             }
-            if (xIsEmpty()) {
-                return fGate.close();
+            if (!hasMore) {
+                return fOutlet->close();
             }
-            if (!fGate.enter()) {
+            if (!fOutlet->enter()) {
                 return false;
             }
-            xTakeNext();
+            outlet = fOutlet;
+            bytes = repeats ? fSent[fNextToRepeat++].fBytes : xTakeNext();
         }
         fRoom.notify_all();
-        giveToGrpc(&fCurrent);
-        fStartWrite(&fCurrent);
+        outlet->write(bytes);
         return false;
     }
 
-    void xTakeNext() {
-        fCurrent.Clear();
+    grpc::ByteBuffer xTakeNext() {
+        Batch batch;
         std::size_t size = 0;
         while (!fUrgent.empty()) {
-            size += xTake(fUrgent);
+            size += xTake(fUrgent, batch);
         }
+        const int heartbeats = batch.messages_size();
         while (!fSmall.empty() &&
                (size == 0 || size + fSmall.front().size() <= limits::a_fragmentSize)) {
-            size += xTake(fSmall);
+            size += xTake(fSmall, batch);
         }
         if (!fLarge.empty() && size <= limits::a_fragmentSize) {
-            xTakePart();
+            xTakePart(batch);
+        }
+        const bool isKept = fKeepsSent && batch.messages_size() > heartbeats;
+        if (isKept) {
+            batch.set_number(++fLastNumber);
+        }
+        grpc::ByteBuffer bytes = writeMessage(batch);
+        if (isKept) {
+            xKeep(bytes);
+        }
+        return bytes;
+    }
+
+    void xKeep(const grpc::ByteBuffer& bytes) {
+        fSent.push_back({fLastNumber, bytes});
+        fNextToRepeat = fSent.size();
+        fSentBytes += bytes.Length() + limits::a_costOfMessage;
+        while (fSentBytes > fMostSentBytes && fSent.size() > 1) {
+            xForget(fSent.front().fNumber);
         }
     }
 
-    std::size_t xTake(std::deque<WaitingMessage<Message>>& queue) {
+    void xForget(std::uint64_t number) {
+        while (!fSent.empty() && fSent.front().fNumber <= number) {
+            fSentBytes -= fSent.front().fBytes.Length() + limits::a_costOfMessage;
+            fSent.pop_front();
+            fNextToRepeat -= fNextToRepeat > 0 ? 1 : 0;
+        }
+        fLastForgotten = std::max(fLastForgotten, number);
+    }
+
+    std::size_t xTake(std::deque<WaitingMessage<Message>>& queue, Batch& batch) {
         const std::size_t size = queue.front().size();
         fWaitingBytes -= queue.front().cost();
-        *fCurrent.add_messages() = queue.front().take();
+        *batch.add_messages() = queue.front().take();
         queue.pop_front();
         return size;
     }
 
-    void xTakePart() {
+    void xTakePart(Batch& batch) {
         const std::string& whole = fLarge.front();
         const std::size_t size = std::min(limits::a_fragmentSize, whole.size() - fOffset);
-        auto* part = fCurrent.add_messages()->mutable_fragment();
+        auto* part = batch.add_messages()->mutable_fragment();
         part->set_data(whole.substr(fOffset, size));
         fOffset += size;
         fWaitingBytes -= size;
@@ -231,9 +325,14 @@ class WriteQueue {
         }
     }
 
+    /** A batch that the peer has not acknowledged. */
+    struct Sent {
+        std::uint64_t fNumber;
+        grpc::ByteBuffer fBytes;
+    };
+
     const std::size_t fMostBytes;
-    const StartWrite fStartWrite;
-    WriteGate fGate;
+    const std::size_t fMostSentBytes;
     mutable std::mutex fMutex;
     std::condition_variable fRoom;
     std::deque<WaitingMessage<Message>> fUrgent;
@@ -241,7 +340,13 @@ class WriteQueue {
     std::deque<std::string> fLarge;  // serialised; fOffset bytes of the first are written
     std::size_t fOffset = 0;
     std::size_t fWaitingBytes = 0;
-    Batch fCurrent;  // owned by gRPC while a write is in flight
+    std::shared_ptr<Outlet> fOutlet;
+    std::deque<Sent> fSent;
+    std::size_t fNextToRepeat = 0;  // in fSent
+    std::size_t fSentBytes = 0;
+    std::uint64_t fLastNumber = 0;
+    std::uint64_t fLastForgotten = 0;
+    bool fKeepsSent = false;
     bool fPeerTakesFragments = false;
     bool fCloseWhenWritten = false;
     bool fClosed = false;

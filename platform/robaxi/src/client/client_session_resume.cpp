@@ -1,0 +1,142 @@
+// Resuming a session: further connections while the robot is silent, and the move to one of them.
+#include "client/client_session.h"
+#include "net/channel.h"
+#include "wire/status_codec.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace robaxi {
+
+/**
+ * Starts an attempt if the robot's address answers; on the timer thread, at each heartbeat of a
+ * silence.
+ *
+ * An attempt is not cancelled, since the robot might already have moved the session to it. The next
+ * one starts while it is open, since its connection may have been cut, too.
+ */
+void ClientSession::xTryToResume() {
+    if (!fCanResume) {
+        return;
+    }
+    if (!fProbe) {
+        fProbe = std::make_unique<ReturnProbe>(fListener);
+        fBetweenAttempts = limits::a_betweenAttemptsToResume;
+        fNextAttempt = Clock::now();
+    }
+    if (Clock::now() < fNextAttempt || xCountAttempts() >= limits::a_attemptsToResume) {
+        return;
+    }
+    switch (fProbe->poll()) {
+        case ReturnProbe::Outcome::Connected:
+            xStartAttempt();
+            fNextAttempt = Clock::now() + fBetweenAttempts;
+            fBetweenAttempts *= 2;
+            break;
+        case ReturnProbe::Outcome::Refused:
+            xLose({KVError::Cause::ConnectionLost, "the robot ended it"});
+            xCancel();
+            break;
+        case ReturnProbe::Outcome::Pending:
+            break;
+    }
+}
+
+void ClientSession::xStartAttempt() {
+    v1::Hello hello = xHello();
+    v1::Resume* resume = hello.mutable_resume();
+    resume->set_session_id(sessionId());
+    resume->set_resumption(++fLastResumption);
+    resume->set_received(fReceived);
+    xOpen(fLastResumption)->start(hello);
+}
+
+std::size_t ClientSession::xCountAttempts() const {
+    const std::lock_guard lock(fMutex);
+    return static_cast<std::size_t>(
+        std::count_if(fTransports.begin(), fTransports.end(), [this](const auto& each) {
+            return !each->hasEnded() && each->resumption() > fCurrent->resumption();
+        }));
+}
+
+/** Handles the first batch of an attempt; a former transport is ignored. */
+void ClientSession::xHandleAttempt(ClientTransport& transport, const v1::ServerBatch& batch) {
+    if (transport.resumption() < fCurrent->resumption()) {
+        return;
+    }
+    const auto reply =
+        std::find_if(batch.messages().begin(), batch.messages().end(),
+                     [](const v1::ServerMessage& each) { return each.has_hello_reply(); });
+    if (reply == batch.messages().end() || !reply->hello_reply().resumed()) {
+        transport.cancel();
+    } else {
+        xContinueOn(transport, reply->hello_reply());
+    }
+}
+
+void ClientSession::xContinueOn(ClientTransport& transport, const v1::HelloReply& reply) {
+    if (!fOut.resume(transport.outlet(), reply.received())) {
+        xLose({KVError::Cause::ConnectionLost, "the robot has not received what was sent"});
+        xCancel();
+        return;
+    }
+    std::shared_ptr<ClientTransport> former;
+    {
+        const std::lock_guard lock(fMutex);
+        former = std::exchange(
+            fCurrent, *std::find_if(fTransports.begin(), fTransports.end(),
+                                    [&](const auto& each) { return each.get() == &transport; }));
+        fEndOfCurrent.reset();
+        for (Listener* listener : fListeners) {
+            listener->linkResumed(transport.resumption());
+        }
+    }
+    if (former->outlet()->close()) {
+        former->endWriting();
+    }
+    former->cancel();
+    xHear();
+}
+
+/** Returns the loss if the end of a transport is the end of the session. */
+std::optional<Failure> ClientSession::xLossAtEndOf(ClientTransport& transport,
+                                                   const grpc::Status& status) {
+    const EndOfRpc end = decodeStatus(status, transport.context(), v1::Error::PROTOCOL_VERSION);
+    const std::lock_guard lock(fMutex);
+    if (&transport == fCurrent.get()) {
+        if (!fHello) {
+            return xHelloFailure(status, end);
+        }
+        fEndOfCurrent = xSessionFailure(end);
+    } else if (transport.resumption() < fCurrent->resumption()) {
+        return std::nullopt;
+    }
+    const bool hasOthers =
+        std::any_of(fTransports.begin(), fTransports.end(), [&](const auto& each) {
+            return each.get() != &transport && !each->hasEnded() &&
+                   each->resumption() > fCurrent->resumption();
+        });
+    if (hasOthers || fEndOfCurrent) {
+        return hasOthers ? std::nullopt : fEndOfCurrent;
+    }
+    const bool isRefusal = end.fCause == v1::Error::NOT_AUTHORISED ||
+                           end.fCause == v1::Error::TOKEN_MISSING ||
+                           end.fCause == v1::Error::TOKEN_WRONG;
+    if (!isRefusal) {
+        return std::nullopt;
+    }
+    return Failure{KVError::Cause::ConnectionLost, "the robot has ended the session"};
+}
+
+/** Destroys former transports and failed attempts; on the timer thread. */
+void ClientSession::xDestroyEnded() {
+    std::vector<std::shared_ptr<ClientTransport>> ended;
+    const std::lock_guard lock(fMutex);
+    const auto from =
+        std::partition(fTransports.begin(), fTransports.end(),
+                       [this](const auto& each) { return each == fCurrent || !each->hasEnded(); });
+    ended.assign(std::make_move_iterator(from), std::make_move_iterator(fTransports.end()));
+    fTransports.erase(from, fTransports.end());
+}
+
+}  // namespace robaxi

@@ -1,0 +1,387 @@
+// A robot that does not answer for a while: the session, its calls and streams continue afterwards,
+// on the former connection or on another one.
+#include "child_process.h"
+#include "frame_listener.h"
+#include "latch.h"
+#include "process_figures.h"
+#include "recording_listener.h"
+#include "relay.h"
+#include "server_process.h"
+#include "test_broker.h"
+
+#include <robaxi/kv_connection.h>
+#include <robaxi/kv_frame_source.h>
+#include <robaxi/kv_frame_stream.h>
+#include <robaxi/kv_proxy.h>
+#include <robaxi/kv_value_table.h>
+
+#include <boost/make_shared.hpp>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <condition_variable>
+#include <future>
+#include <memory>
+#include <mutex>
+#include <signal.h>
+#include <vector>
+
+using namespace robaxi_test;
+using obvista_test::ChildProcess;
+using State = KVConnection::State;
+
+namespace {
+
+/** The states that a connection reports. */
+class States {
+  public:
+    void watch(KVConnection& connection) {
+        connection.setStateHandler([this](State state) {
+            const std::lock_guard lock(fMutex);
+            fStates.push_back(state);
+            fChanged.notify_all();
+        });
+    }
+
+    bool waitFor(State state) {
+        std::unique_lock lock(fMutex);
+        return fChanged.wait_for(lock, a_patience,
+                                 [&] { return !fStates.empty() && fStates.back() == state; });
+    }
+
+    std::vector<State> all() {
+        const std::lock_guard lock(fMutex);
+        return fStates;
+    }
+
+  private:
+    std::mutex fMutex;
+    std::condition_variable fChanged;
+    std::vector<State> fStates;
+};
+
+/** Limits with which a silence is noticed after 200 ms. */
+KVSettings quickSettings() {
+    KVSettings settings;
+    settings.fLimits.fHeartbeat = std::chrono::milliseconds(50);
+    settings.fLimits.fLoss = std::chrono::milliseconds(200);
+    settings.fLimits.fSilence = std::chrono::seconds(30);
+    return settings;
+}
+
+/** A robot in this process, reached through a relay. */
+class Silence : public testing::Test {
+  protected:
+    Silence() {
+        KVKeyInfo key;
+        for (const char* name : {"first", "second", "third"}) {
+            key.fName = name;
+            fIds.push_back(fTable->addKey(key, 0));
+        }
+        fSource->addStream("head");
+        fMemory->setValues(fTable);
+        fMemory->setFrames(fSource);
+        fServer->addModule(fMemory);
+        fServer->addModule(makeEcho());
+        fConnection = KVConnection::open(fClient, a_loopback, fRelay.port(), 5);
+        fStates.watch(*fConnection);
+    }
+
+    ~Silence() override { fConnection->setStateHandler(nullptr); }
+
+    void cut() {
+        fRelay.cut();
+        ASSERT_TRUE(fStates.waitFor(State::Silent));
+    }
+
+    void restore(bool keepsFormer = false) {
+        fRelay.restore(keepsFormer);
+        ASSERT_TRUE(fStates.waitFor(State::Connected));
+    }
+
+    boost::shared_ptr<KVSubscription> subscribe(
+        KVSubscription::Selection selection = KVSubscription::Selection::AllKeys) {
+        return KVSubscription::start(fConnection, "Memory", selection, 100, &fValues);
+    }
+
+    const ModulePtr fMemory = boost::make_shared<KVModule>("Memory", "Has values and a camera");
+    const boost::shared_ptr<KVValueTable> fTable = boost::make_shared<KVValueTable>();
+    const boost::shared_ptr<KVFrameSource> fSource = boost::make_shared<KVFrameSource>();
+    std::vector<std::uint32_t> fIds;
+    BrokerPtr fServer = makeServer("Robot", quickSettings());
+    Relay fRelay{fServer->getPort()};
+    BrokerPtr fClient = makeClient(quickSettings());
+    RecordingListener fValues;
+    FrameListener fFrames;
+    States fStates;
+    boost::shared_ptr<KVConnection> fConnection;
+};
+
+}  // namespace
+
+TEST_F(Silence, IsReportedWithItsEnd) {
+    EXPECT_EQ(fConnection->getState(), State::Connected);
+    cut();
+    EXPECT_EQ(fConnection->getState(), State::Silent);
+    EXPECT_TRUE(fConnection->isConnected());
+    EXPECT_GE(fConnection->getSilence(), 0.2);
+    restore(true);
+    EXPECT_EQ(fConnection->getState(), State::Connected);
+    EXPECT_THAT(fStates.all(), testing::ElementsAre(State::Silent, State::Connected));
+}
+
+TEST_F(Silence, IsReportedToALaterHandlerAtOnce) {
+    cut();
+    States later;
+    later.watch(*fConnection);
+    EXPECT_THAT(later.all(), testing::ElementsAre(State::Silent));
+    fConnection->setStateHandler(nullptr);
+}
+
+TEST_F(Silence, ContinuesASubscriptionWithTheNewestValues) {
+    const auto subscription = subscribe();
+    ASSERT_TRUE(fValues.waitForValue("third", 0));
+    const std::size_t before = fValues.countUpdates();
+    cut();
+    for (int value = 1; value <= 1000; ++value) {
+        fTable->setValue(fIds[0], value);
+    }
+    restore();
+    ASSERT_TRUE(fValues.waitForValue("first", 1000));
+    const auto updates = fValues.updates();
+    ASSERT_GT(updates.size(), before);
+    std::vector<std::uint32_t> changed;
+    for (std::size_t i = before; i < updates.size(); ++i) {
+        for (const KVChange& change : updates[i].fChanges) {
+            changed.push_back(change.fId);
+        }
+    }
+    EXPECT_THAT(changed, testing::Each(fIds[0])) << "the others have not changed";
+    EXPECT_FALSE(fValues.fEnd);
+    fTable->setValue(fIds[1], "later");
+    EXPECT_TRUE(fValues.waitForValue("second", "later"));
+}
+
+TEST_F(Silence, ContinuesASubscriptionToChosenKeys) {
+    const auto subscription = subscribe(KVSubscription::Selection::ChosenKeys);
+    ASSERT_TRUE(fValues.waitForKeys(3));
+    subscription->setKeys({fIds[0]});
+    ASSERT_TRUE(fValues.waitForValue("first", 0));
+    cut();
+    fTable->setValue(fIds[0], "changed");
+    fTable->setValue(fIds[2], "not chosen");
+    subscription->setKeys({fIds[0], fIds[1]});
+    restore();
+    EXPECT_TRUE(fValues.waitForValue("first", "changed"));
+    EXPECT_TRUE(fValues.waitForValue("second", 0)) << "chosen while the robot was silent";
+    fValues.waitUntil([&] {
+        EXPECT_EQ(fValues.fValues.count("third"), 0U);
+        return true;
+    });
+}
+
+TEST_F(Silence, ReportsTheKeysThatWereAddedAndRemoved) {
+    const auto subscription = subscribe();
+    ASSERT_TRUE(fValues.waitForValue("third", 0));
+    cut();
+    fTable->removeKey(fIds[1]);
+    KVKeyInfo key;
+    key.fName = "fourth";
+    fTable->addKey(key, 4);
+    restore();
+    EXPECT_TRUE(fValues.waitForValue("fourth", 4));
+    fValues.waitUntil([&] {
+        EXPECT_THAT(fValues.fRemoved, testing::ElementsAre(fIds[1]));
+        return true;
+    });
+}
+
+TEST_F(Silence, ContinuesACameraAtTheNextFrame) {
+    const auto stream = KVFrameStream::start(fConnection, "Memory", "head", &fFrames);
+    fSource->publish("head", makeFrame(1, 1000));
+    ASSERT_TRUE(fFrames.waitForFrame(1));
+    cut();
+    restore();
+    fSource->publish("head", makeFrame(2, 1000));
+    ASSERT_TRUE(fFrames.waitForFrame(2));
+    fFrames.waitUntil([&] {
+        EXPECT_THAT(fFrames.fNumbers, testing::ElementsAre(1, 2)) << "no frame comes twice";
+        EXPECT_FALSE(fFrames.fEnd);
+        return true;
+    });
+}
+
+TEST_F(Silence, LetsCallsWait) {
+    KVProxy proxy("Echo", a_loopback, fRelay.port(), fClient, 1, 0);
+    cut();
+    EXPECT_CAUSE(errorOf([&] { proxy.callVoid("echo", 1); }), TimedOut) << "by their own time-outs";
+}
+
+TEST_F(Silence, ExecutesEachCallOnce) {
+    std::mutex mutex;
+    std::vector<std::int64_t> executed;
+    Latch latch;
+    auto counter = boost::make_shared<KVModule>("Counter", "Counts");
+    counter->bindMethod("count", [&](std::int64_t number) {
+        {
+            const std::lock_guard lock(mutex);
+            executed.push_back(number);
+        }
+        if (number == 0) {
+            latch.enter();
+        }
+        return number;
+    });
+    fServer->addModule(counter);
+    KVProxy proxy("Counter", a_loopback, fRelay.port(), fClient, 30, 0);
+    const auto call = [&](std::int64_t number) {
+        return std::async(std::launch::async,
+                          [&proxy, number] { return proxy.call<std::int64_t>("count", number); });
+    };
+    std::vector<std::future<std::int64_t>> results;
+    results.push_back(call(0));
+    ASSERT_TRUE(latch.waitForEntries(1));
+    fRelay.cut();
+    results.push_back(call(1));  // does not arrive
+    proxy.pCall("count", std::int64_t{2});
+    ASSERT_TRUE(fStates.waitFor(State::Silent));
+    latch.open();  // the result does not arrive
+    results.push_back(call(3));
+    restore();
+    results.push_back(call(4));
+    EXPECT_EQ(results[0].get(), 0);
+    EXPECT_EQ(results[1].get(), 1);
+    EXPECT_EQ(results[2].get(), 3);
+    EXPECT_EQ(results[3].get(), 4);
+    const std::lock_guard lock(mutex);
+    EXPECT_THAT(executed, testing::UnorderedElementsAre(0, 1, 2, 3, 4));
+}
+
+TEST_F(Silence, RepeatsLargeMessages) {
+    const std::string large(3'000'000, 'x');
+    KVProxy proxy("Echo", a_loopback, fRelay.port(), fClient, 30, 0);
+    for (int round = 0; round < 3; ++round) {
+        auto result =
+            std::async(std::launch::async, [&] { return proxy.call<std::string>("echo", large); });
+        cut();
+        restore();
+        EXPECT_EQ(result.get(), large);
+    }
+}
+
+TEST_F(Silence, LeavesNothingBehind) {
+    const auto subscription = subscribe();
+    const auto stream = KVFrameStream::start(fConnection, "Memory", "head", &fFrames);
+    KVProxy proxy("Echo", a_loopback, fRelay.port(), fClient, 30, 0);
+    std::uint64_t number = 0;
+    const auto cycle = [&] {
+        cut();
+        restore();
+        ++number;
+        fTable->setValue(fIds[0], static_cast<std::int64_t>(number));
+        fSource->publish("head", makeFrame(number, 1000));
+        EXPECT_TRUE(fValues.waitForValue("first", static_cast<std::int64_t>(number)));
+        EXPECT_TRUE(fFrames.waitForFrame(number));
+        EXPECT_EQ(proxy.call<int>("echo", 7), 7);
+    };
+    const auto hasOneConnection = [&] {
+        const auto deadline = std::chrono::steady_clock::now() + a_patience;
+        while (fRelay.countConnections() != 1 && std::chrono::steady_clock::now() < deadline) {
+            std::this_thread::yield();
+        }
+        return fRelay.countConnections() == 1;
+    };
+    for (int i = 0; i < 3; ++i) {
+        cycle();
+    }
+    const std::size_t threads = obvista_test::countThreads();
+    for (int i = 0; i < 6; ++i) {
+        cycle();
+    }
+    EXPECT_LE(obvista_test::countThreads(), threads + 2) << "gRPC starts and ends some by itself";
+    EXPECT_EQ(fSource->getWatchers("head"), 1);
+    EXPECT_TRUE(hasOneConnection()) << "both ends close those that they have left";
+    EXPECT_FALSE(fFrames.fEnd);
+    EXPECT_FALSE(fValues.fEnd);
+}
+
+TEST_F(Silence, IsTheLossOfARobotThatWasRestarted) {
+    cut();
+    const int port = fServer->getPort();
+    fServer.reset();
+    fServer = KVBroker::createBroker({"Robot", a_loopback, port, quickSettings()});
+    fRelay.restore(false);
+    EXPECT_TRUE(fStates.waitFor(State::Lost));
+    EXPECT_THAT(fStates.all(), testing::ElementsAre(State::Silent, State::Lost));
+}
+
+TEST_F(Silence, MayBeLeftByTheUser) {
+    const auto subscription = subscribe();
+    ASSERT_TRUE(fValues.waitForValue("third", 0));
+    cut();
+    fConnection->setStateHandler(nullptr);
+    subscription->stop();
+    EXPECT_FALSE(fValues.fEnd);
+}
+
+namespace {
+
+/** A robot in a separate process, with the limits of the default settings except for the last one.
+ */
+class StoppedRobot : public testing::Test {
+  protected:
+    void connect(std::chrono::milliseconds limit) {
+        KVSettings settings;
+        settings.fLimits.fSilence = limit;
+        fClient = makeClient(settings);
+        fConnection = KVConnection::open(fClient, a_loopback, fPort, 5);
+        fStates.watch(*fConnection);
+        fSubscription = KVSubscription::start(fConnection, "Memory",
+                                              KVSubscription::Selection::AllKeys, 50, &fValues);
+        ASSERT_TRUE(fValues.waitUntil([&] { return fValues.fUpdates.size() > 3; }));
+    }
+
+    const int fPort = obvista_test::freePort();
+    std::unique_ptr<ChildProcess> fRobot = startServerProcess(fPort);
+    BrokerPtr fClient;
+    RecordingListener fValues;
+    States fStates;
+    boost::shared_ptr<KVConnection> fConnection;
+    boost::shared_ptr<KVSubscription> fSubscription;
+};
+
+}  // namespace
+
+TEST_F(StoppedRobot, Continues) {
+    connect(std::chrono::seconds(30));
+    for (int i = 0; i < 2; ++i) {
+        fRobot->signal(SIGSTOP);
+        ASSERT_TRUE(fStates.waitFor(State::Silent));
+        const std::size_t before = fValues.countUpdates();
+        fRobot->signal(SIGCONT);
+        ASSERT_TRUE(fStates.waitFor(State::Connected));
+        EXPECT_TRUE(fValues.waitUntil([&] { return fValues.fUpdates.size() > before + 3; }));
+    }
+    EXPECT_FALSE(fValues.fEnd);
+    KVProxy proxy("Echo", a_loopback, fPort, fClient, 30, 0);
+    EXPECT_EQ(proxy.call<int>("echo", 7), 7);
+}
+
+TEST_F(StoppedRobot, IsLostAfterTheLimit) {
+    connect(std::chrono::seconds(2));
+    fRobot->signal(SIGSTOP);
+    ASSERT_TRUE(fStates.waitFor(State::Lost));
+    EXPECT_THAT(fStates.all(), testing::ElementsAre(State::Silent, State::Lost));
+    ASSERT_TRUE(fValues.waitForEnd());
+    EXPECT_CAUSE(*fValues.fEnd, ConnectionLost);
+    fRobot->signal(SIGCONT);
+    EXPECT_EQ(fConnection->getState(), State::Lost);
+}
+
+TEST_F(StoppedRobot, IsLostWhenItIsKilled) {
+    connect(std::chrono::seconds(120));
+    fRobot->signal(SIGSTOP);
+    ASSERT_TRUE(fStates.waitFor(State::Silent));
+    fRobot->signal(SIGKILL);
+    EXPECT_TRUE(fStates.waitFor(State::Lost));
+}
