@@ -1955,6 +1955,11 @@ Ziehen Sie Schlüssel mit Zahlen hierher, oder zeichnen Sie sie über ihr Menü.
         <source>Keys</source>
         <translation>Tasten</translation>
     </message>
+    <message>
+        <source>No answer for %1 s</source>
+        <extracomment>%1 is the number of seconds since the robot was last heard.</extracomment>
+        <translation>Seit %1 s keine Antwort</translation>
+    </message>
 </context>
 <context>
     <name>viewer</name>

@@ -1955,6 +1955,11 @@ Glissez ici des clés numériques, ou tracez-les depuis leur menu.</translation>
         <source>Keys</source>
         <translation>Touches</translation>
     </message>
+    <message>
+        <source>No answer for %1 s</source>
+        <extracomment>%1 is the number of seconds since the robot was last heard.</extracomment>
+        <translation>Aucune réponse depuis %1 s</translation>
+    </message>
 </context>
 <context>
     <name>viewer</name>

@@ -1944,6 +1944,11 @@ Drag keys with numbers here, or plot them from their menu.</source>
         <source>Keys</source>
         <translation>キー操作</translation>
     </message>
+    <message>
+        <source>No answer for %1 s</source>
+        <extracomment>%1 is the number of seconds since the robot was last heard.</extracomment>
+        <translation>%1 秒間応答がありません</translation>
+    </message>
 </context>
 <context>
     <name>viewer</name>

@@ -106,18 +106,14 @@ in_host() {
     "${host_entry[@]}" "$@"
 }
 
-# set_link NAME down|drop|up: a disabled port of the bridge drops packets while its carrier stays.
+# set_link NAME down|drop|up: a port that is not in the bridge drops packets, and its carrier stays.
 set_link() {
-    local port disabled=0 forwarding=3
+    local port
     port=$(host_port "$1")
-    if [ "$2" = drop ]; then
-        ip link set "$port" type bridge_slave state $disabled
-        return
-    fi
-    ip link set "$port" "$2"
-    case $(ip link show "$port") in
-        # A port whose carrier returns forwards by itself.
-        *"state UP"*) ip link set "$port" type bridge_slave state $forwarding ;;
+    case $2 in
+        drop) ip link set "$port" nomaster ;;
+        up) ip link set "$port" master "$lab_bridge" up ;;
+        down) ip link set "$port" down ;;
     esac
 }
 

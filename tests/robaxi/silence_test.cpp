@@ -101,7 +101,7 @@ class Silence : public testing::Test {
 
     boost::shared_ptr<KVSubscription> subscribe(
         KVSubscription::Selection selection = KVSubscription::Selection::AllKeys) {
-        return KVSubscription::start(fConnection, "Memory", selection, 100, &fValues);
+        return KVSubscription::start(fConnection, "Memory", selection, 100, fValues.callbacks());
     }
 
     const ModulePtr fMemory = boost::make_shared<KVModule>("Memory", "Has values and a camera");
@@ -197,7 +197,7 @@ TEST_F(Silence, ReportsTheKeysThatWereAddedAndRemoved) {
 }
 
 TEST_F(Silence, ContinuesACameraAtTheNextFrame) {
-    const auto stream = KVFrameStream::start(fConnection, "Memory", "head", &fFrames);
+    const auto stream = KVFrameStream::start(fConnection, "Memory", "head", fFrames.callbacks());
     fSource->publish("head", makeFrame(1, 1000));
     ASSERT_TRUE(fFrames.waitForFrame(1));
     cut();
@@ -271,7 +271,7 @@ TEST_F(Silence, RepeatsLargeMessages) {
 
 TEST_F(Silence, LeavesNothingBehind) {
     const auto subscription = subscribe();
-    const auto stream = KVFrameStream::start(fConnection, "Memory", "head", &fFrames);
+    const auto stream = KVFrameStream::start(fConnection, "Memory", "head", fFrames.callbacks());
     KVProxy proxy("Echo", a_loopback, fRelay.port(), fClient, 30, 0);
     std::uint64_t number = 0;
     const auto cycle = [&] {
@@ -336,8 +336,8 @@ class StoppedRobot : public testing::Test {
         fClient = makeClient(settings);
         fConnection = KVConnection::open(fClient, a_loopback, fPort, 5);
         fStates.watch(*fConnection);
-        fSubscription = KVSubscription::start(fConnection, "Memory",
-                                              KVSubscription::Selection::AllKeys, 50, &fValues);
+        fSubscription = KVSubscription::start(
+            fConnection, "Memory", KVSubscription::Selection::AllKeys, 50, fValues.callbacks());
         ASSERT_TRUE(fValues.waitUntil([&] { return fValues.fUpdates.size() > 3; }));
     }
 

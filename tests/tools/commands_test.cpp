@@ -393,6 +393,21 @@ TEST_F(Commands, EachSignalEndsAWatchWithItsStatus) {
     }
 }
 
+TEST_F(Commands, WatchSaysThatARobotDoesNotAnswerAndGoesOn) {
+    RobotProcess robot;
+    const std::string place = placeOf(robot);
+    ChildProcess watch(toolCommand({"watch", place, "*"}));
+    ASSERT_TRUE(watch.waitForOutput("\n"));
+    robot.suspend();
+    ASSERT_TRUE(watch.waitForErrors("No answer from " + place + ". Waiting for it.\n"));
+    const std::size_t before = watch.output().size();
+    robot.resume();
+    ASSERT_TRUE(watch.waitForErrors(place + " answers again.\n"));
+    EXPECT_TRUE(watch.waitForMoreOutput(before));
+    watch.signal(SIGINT);
+    EXPECT_EQ(128 + SIGINT, watch.waitForEnd());
+}
+
 TEST_F(Commands, SignalsThatTheParentIgnoresStayIgnored) {
     ChildProcess watch({"bash", "-c", "trap '' INT; exec \"$@\"", "bash", toolCommand({})[0],
                         "watch", placeOf(*fRobot), "*"});

@@ -8,8 +8,10 @@
 #include <QDir>
 #include <QDockWidget>
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QMainWindow>
 #include <QPointer>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTcpServer>
 #include <QtTest>
@@ -76,6 +78,7 @@ class LifeCycleTest : public QObject {
     void reportsALossOnce();
     void reportsARobotThatIsKilled();
     void reportsARobotThatStaysSilent();
+    void saysHowLongARobotHasNotAnswered();
     void survivesItsDeletionInsideTheReport();
     void survivesTheWidgetsDeletionInsideTheReport();
     void reportsTheLossesOfTwoRobotsWhileADialogIsOpen();
@@ -252,6 +255,28 @@ void LifeCycleTest::reportsARobotThatStaysSilent() {
     QCOMPARE(lost.size(), 1);
     QVERIFY(saysLost(widget));
     qunsetenv("ROBAXI_SILENCE");
+}
+
+void LifeCycleTest::saysHowLongARobotHasNotAnswered() {
+    RobotProcess robot;
+    QWidget* widget = fViewer->createWidget(robot.port());
+    QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
+    QTRY_VERIFY(isLive(widget));
+    const auto* banner = widget->findChild<QLabel*>(QStringLiteral("viewerBanner"));
+    QVERIFY(banner != nullptr);
+    const auto seconds = [banner] {
+        const QRegularExpression sentence(QStringLiteral("^No answer for (\\d+) s$"));
+        const QRegularExpressionMatch match = sentence.match(banner->text());
+        return match.hasMatch() ? match.captured(1).toInt() : -1;
+    };
+    robot.suspend();
+    QTRY_VERIFY(seconds() >= 1);
+    const int before = seconds();
+    QTRY_VERIFY(seconds() > before);
+    robot.resume();
+    QTRY_VERIFY(!banner->text().contains(QLatin1String("No answer")));
+    QTRY_VERIFY(isLive(widget));
+    QCOMPARE(lost.size(), 0);
 }
 
 void LifeCycleTest::survivesItsDeletionInsideTheReport() {

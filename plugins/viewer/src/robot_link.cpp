@@ -29,6 +29,11 @@ void RobotLink::close() {
     fNotice.give();
 }
 
+double RobotLink::silence() const {
+    const bool isSilent = fConnection && fConnection->getState() == KVConnection::State::Silent;
+    return isSilent ? fConnection->getSilence() : 0;
+}
+
 void RobotLink::closeSilently() {
     fNotice.set(nullptr);
     close();

@@ -24,7 +24,7 @@ namespace obvista {
 namespace {
 
 constexpr int a_maxRobotNameLength = 60;
-/** Period in milliseconds of checking visibility, of which no event tells. */
+/** Period in milliseconds of checking visibility and silence, of which no event tells. */
 constexpr int a_seenTime = 200;
 constexpr Qt::Key a_listKeys = Qt::Key_F1;
 const QKeySequence a_closeKeys(Qt::CTRL + Qt::Key_W);
@@ -49,6 +49,7 @@ ViewerWidget::ViewerWidget(std::shared_ptr<RobotLink> link, WidgetInterface* plu
                 }
             });
     connect(&fSeenTimer, &QTimer::timeout, this, &ViewerWidget::xUpdateSeen);
+    connect(&fSeenTimer, &QTimer::timeout, this, &ViewerWidget::xUpdateSilence);
     fSeenTimer.start(a_seenTime);
     xFollowDock();
     xAddShortcut(a_closeKeys, &ViewerWidget::xCloseDock);
@@ -134,8 +135,25 @@ void ViewerWidget::setReplayCamera(const std::string& camera) {
 }
 
 void ViewerWidget::setBanner(const QString& sentence) {
-    fBanner->setText(sentence);
-    fBanner->setVisible(!sentence.isEmpty());
+    fSentence = sentence;
+    xShowBanner();
+}
+
+void ViewerWidget::xShowBanner() {
+    const QString& shown = fSilence.isEmpty() ? fSentence : fSilence;
+    fBanner->setText(shown);
+    fBanner->setVisible(!shown.isEmpty());
+}
+
+void ViewerWidget::xUpdateSilence() {
+    const double silence = fLinkState == LinkState::Connected ? fLink->silence() : 0;
+    //: %1 is the number of seconds since the robot was last heard.
+    const QString text = tr("No answer for %1 s");
+    const QString sentence = silence > 0 ? text.arg(static_cast<int>(silence)) : QString();
+    if (sentence != fSilence) {
+        fSilence = sentence;
+        xShowBanner();
+    }
 }
 
 void ViewerWidget::xOnNotice() {
@@ -167,6 +185,7 @@ void ViewerWidget::xShowReplay() {
 void ViewerWidget::xEnd(LinkState state) {
     fLinkState = state;
     fTimeBar->setEnabled(false);
+    fSilence.clear();
     setBanner(endText(state));
     Q_EMIT linkEnded();
 }

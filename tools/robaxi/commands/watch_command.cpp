@@ -4,6 +4,8 @@
 #include "values/key_watch.h"
 #include "values/memory_module.h"
 
+#include <robaxi/kv_connection.h>
+
 #include <algorithm>
 #include <limits>
 
@@ -58,6 +60,27 @@ void follow(KeyWatch& watch, KVSubscription& subscription, Bell& bell, Clock::ti
     watch.rethrow();
 }
 
+/** Says on standard error when a robot does not answer, and when it answers again. */
+class SilenceNote {
+  public:
+    SilenceNote(KVConnection& connection, const std::string& host, Console& console)
+        : fConnection(connection) {
+        fConnection.setStateHandler([&console, host](KVConnection::State state) {
+            if (state == KVConnection::State::Silent) {
+                console.complain("No answer from " + host + ". Waiting for it.");
+            } else if (state == KVConnection::State::Connected) {
+                console.complain(host + " answers again.");
+            }
+        });
+    }
+    ~SilenceNote() { fConnection.setStateHandler(nullptr); }
+    SilenceNote(const SilenceNote&) = delete;
+    SilenceNote& operator=(const SilenceNote&) = delete;
+
+  private:
+    KVConnection& fConnection;
+};
+
 std::string listed(const std::vector<std::string>& patterns) {
     std::string text;
     for (const std::string& pattern : patterns) {
@@ -95,6 +118,7 @@ class WatchCommand : public Command {
     ExitStatus run(const std::vector<std::string>& given, Surroundings& surroundings) override {
         const ChangeFormat format = xFormat();
         const RobotLink link(given[0], fTimeout, surroundings.fInterruption);
+        const SilenceNote note(*link.connection(), given[0], surroundings.fConsole);
         surroundings.fConsole.print(headerOf(format));
         RowPrinter printer(surroundings.fConsole, format, fCount);
         Bell bell(surroundings.fInterruption);

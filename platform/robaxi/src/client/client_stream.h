@@ -181,7 +181,9 @@ class ClientStream : public Interface,
 
     void OnDone(const grpc::Status& status) final {
         takeFromGrpc(this);
-        const auto call = xCall();
+        // Not owned here: the last owner of a call releases its channel, which a thread of gRPC
+        // must not do. It stays until the lock below is released.
+        const Call* const call = xCall().get();
         const EndOfRpc end = decodeStatus(status, call->fContext, xNotFound());
         const bool waitsForLink = xMayBeCutOff(end);
         const std::lock_guard lock(fMutex);

@@ -77,6 +77,12 @@ class OBVISTA_VIEWER_EXPORT RobotLink {
     void closeSilently();
     bool isClosed() const { return !fConnection; }
 
+    /**
+     * Returns the seconds since the robot was last heard if it does not answer any more; otherwise,
+     * and after the end, 0.
+     */
+    double silence() const;
+
     /** Returns true if the robot was lost before the link was closed. May be called from any
      *  thread. */
     bool isLost() const { return fIsLost; }

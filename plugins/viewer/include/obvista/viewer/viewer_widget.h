@@ -104,7 +104,8 @@ class OBVISTA_VIEWER_EXPORT ViewerWidget : public QWidget {
     void layOut(QWidget* bar, const std::vector<QWidget*>& parts, QWidget* main);
 
     /** Shows a sentence in the banner above the parts, or hides it if the sentence is empty. When
-     *  the link ends the banner says so, until it is set to something else. */
+     *  the link ends the banner says so, until it is set to something else. While the robot does
+     *  not answer, the banner says that instead. */
     void setBanner(const QString& sentence);
 
     /**
@@ -125,6 +126,8 @@ class OBVISTA_VIEWER_EXPORT ViewerWidget : public QWidget {
     void xShowReplay();
     void xReportLoss();
     void xUpdateSeen();
+    void xUpdateSilence();
+    void xShowBanner();
     void xAddShortcut(const QKeySequence& keys, void (ViewerWidget::*slot)());
     void xCloseDock();
     void xFloatDock();
@@ -139,6 +142,8 @@ class OBVISTA_VIEWER_EXPORT ViewerWidget : public QWidget {
     ReplayState fReplayState;
     RobotHeader* fHeader;
     QLabel* fBanner;
+    QString fSentence;  // of the banner, but not while the robot is silent
+    QString fSilence;   // sentence about that; empty while the robot answers
     TimeBar* fTimeBar;
     QPointer<QWidget> fMainPart;
     std::vector<KeyGroup> fKeys;
