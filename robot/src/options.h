@@ -7,20 +7,13 @@
 #include <cstdint>
 #include <optional>
 #include <ostream>
+#include <serving/server_options.h>
 #include <string>
 #include <vector>
 
 namespace robot {
 
 enum class Kind { Robot, Computer };
-
-/** Security settings of the middleware; empty fields are left to the user's configuration. */
-struct Security {
-    std::string fCertificate;  ///< PEM file
-    std::string fKey;          ///< PEM file
-    std::string fTokenFile;
-    bool fAllowsPlainToken = false;
-};
 
 /** A recording that is a robot. */
 struct Replay {
@@ -30,17 +23,10 @@ struct Replay {
     PlayerOptions fPlayer;
 };
 
-/** Values of the command line options. */
-struct Options {
+/** Values of the command line options. An empty fName means the name in the recording. */
+struct Options : serving::ServerOptions {
     Kind fKind = Kind::Robot;
-    std::string fName;  ///< empty for the name in the recording
-    std::string fAddress;
-    int fPort = 0;
     bool fMiddleware = true;
-    int fHttpPort = 0;  ///< 0 for no HTTP
-    std::string fIcon;  ///< file; empty for the installed one
-    bool fAnnounce = true;
-    Security fSecurity;
     int fSimPort = 0;  ///< a second port with "KVSim" alone; 0 for none
     std::uint64_t fSeed = 0;
     Load fLoad;             ///< replaces the values of its kind if it has keys

@@ -1,6 +1,5 @@
 #include "program.h"
 
-#include "main_loop.h"
 #include "options.h"
 #include "replay/replayed_robot.h"
 #include "robot.h"
@@ -11,6 +10,7 @@
 #include <csignal>
 #include <exception>
 #include <iostream>
+#include <serving/main_loop.h>
 #include <sockets/line_writer.h>
 #include <unistd.h>
 
@@ -61,7 +61,7 @@ int runProgram(int argc, char** argv) {
             }
             return 0;
         }
-        MainLoop loop;
+        serving::MainLoop loop;
         if (options.fReplay.fFile.empty()) {
             const Robot robot(options, loop, {say, complain});
             say(readyLine(options, options.fName));

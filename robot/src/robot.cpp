@@ -14,7 +14,6 @@
 
 #include <boost/make_shared.hpp>
 
-#include <filesystem>
 #include <utility>
 
 namespace robot {
@@ -33,10 +32,8 @@ KVError refusal(const std::string& text) {
 
 /** Returns the path of the installed picture. */
 std::string installedIcon(Kind kind) {
-    std::error_code error;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-    const std::filesystem::path folder = program.parent_path() / "../share/obvista/robot";
-    return folder / (kind == Kind::Robot ? "buddy.png" : "computer.png");
+    return serving::installedPicture(kind == Kind::Robot ? "robot/buddy.png"
+                                                         : "robot/computer.png");
 }
 
 /** Returns the pose of a humanoid whose values are not served. */
@@ -51,9 +48,9 @@ std::function<Pose()> movingBody(std::uint64_t seed) {
 
 }  // namespace
 
-Robot::Robot(const Options& options, MainLoop& loop, Output output)
+Robot::Robot(const Options& options, serving::MainLoop& loop, serving::Output output)
     : fOptions(options),
-      fSettings(settingsFor(options.fSecurity)),
+      fSettings(serving::settingsFor(options.fSecurity)),
       fLoop(loop),
       fOutput(std::move(output)),
       fMemory(boost::make_shared<KVMemoryModule>()) {
@@ -213,10 +210,10 @@ void Robot::xStartWebServer() {
 
 std::string Robot::xReadIcon() const {
     if (!fOptions.fIcon.empty()) {
-        return readIcon(fOptions.fIcon);
+        return serving::readIcon(fOptions.fIcon);
     }
     try {
-        return readIcon(installedIcon(fOptions.fKind));
+        return serving::readIcon(installedIcon(fOptions.fKind));
     } catch (const std::runtime_error& failure) {
         fOutput.fComplain(base::oneLine(failure.what()) + "; --icon gives another one");
         return {};
@@ -224,7 +221,7 @@ std::string Robot::xReadIcon() const {
 }
 
 void Robot::xStartAnnouncer() {
-    fAnnouncer = makeAnnouncer(fOptions, fOptions.fName, fOutput);
+    fAnnouncer = serving::makeAnnouncer(fOptions, fOptions.fName, fOutput);
 }
 
 void Robot::xStartMiddleware() {
@@ -291,7 +288,7 @@ void Robot::xRequireAnnouncer() const {
 }
 
 boost::shared_ptr<KVBroker> Robot::xListen(int port) const {
-    return listen(fOptions, fOptions.fName, port, fSettings);
+    return serving::listen(fOptions, fOptions.fName, port, fSettings);
 }
 
 }  // namespace robot

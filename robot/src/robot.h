@@ -2,10 +2,8 @@
 #define OBVISTA_ROBOT_ROBOT_H
 
 #include "body/humanoid_body.h"
-#include "main_loop.h"
 #include "memory/memory_source.h"
 #include "options.h"
-#include "serving.h"
 #include "sim_module.h"
 #include "ticker.h"
 #include "video/video.h"
@@ -23,6 +21,8 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <serving/main_loop.h>
+#include <serving/serving.h>
 #include <string>
 #include <vector>
 
@@ -41,7 +41,7 @@ class Robot : private SimControls {
      * @throws KVError or std::runtime_error if it cannot listen on a port, or the requested icon
      *         cannot be read
      */
-    Robot(const Options& options, MainLoop& loop, Output output);
+    Robot(const Options& options, serving::MainLoop& loop, serving::Output output);
 
     /** Sends the goodbye and ends: calls in flight fail for their caller. */
     ~Robot() override;
@@ -76,8 +76,8 @@ class Robot : private SimControls {
 
     const Options fOptions;
     const KVSettings fSettings;
-    MainLoop& fLoop;
-    const Output fOutput;
+    serving::MainLoop& fLoop;
+    const serving::Output fOutput;
     boost::shared_ptr<KVMemoryModule> fMemory;
     std::vector<std::unique_ptr<MemorySource>> fMemories;
     std::function<Pose()> fPose;  // only for a robot

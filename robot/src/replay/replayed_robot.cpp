@@ -22,7 +22,7 @@ std::vector<std::string> replayableRobots(const std::string& file) {
     return names;
 }
 
-ReplayedRobot::ReplayedRobot(const Options& options, const Output& output)
+ReplayedRobot::ReplayedRobot(const Options& options, const serving::Output& output)
     : fReader(options.fReplay.fFile),
       fRobot(recorded_robot::chosenRobot(fReader, options.fReplay.fFile, options.fReplay.fRobot)),
       fName(options.fName.empty() ? recorded_robot::displayName(fRobot, options.fReplay.fFile)
@@ -45,8 +45,9 @@ ReplayedRobot::ReplayedRobot(const Options& options, const Output& output)
                                       fStage.memory()->getValues()),
             xReadIcon(options, output));
     }
-    fAnnouncer = makeAnnouncer(options, fName, output);
-    fBroker = listen(options, fName, options.fPort, settingsFor(options.fSecurity));
+    fAnnouncer = serving::makeAnnouncer(options, fName, output);
+    fBroker =
+        serving::listen(options, fName, options.fPort, serving::settingsFor(options.fSecurity));
     for (const boost::shared_ptr<KVModule>& module : modules) {
         fBroker->addModule(module);
     }
@@ -64,9 +65,9 @@ ReplayedRobot::~ReplayedRobot() {
     }
 }
 
-std::string ReplayedRobot::xReadIcon(const Options& options, const Output& output) const {
+std::string ReplayedRobot::xReadIcon(const Options& options, const serving::Output& output) const {
     if (!options.fIcon.empty()) {
-        return readIcon(options.fIcon);
+        return serving::readIcon(options.fIcon);
     }
     constexpr std::uint64_t largest = std::uint64_t{4} << 20U;
     if (!fRobot.fIcon || fRobot.fIcon->fDataSize > largest) {

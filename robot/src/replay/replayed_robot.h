@@ -6,12 +6,12 @@
 #include "replay/player.h"
 #include "replay/replay_module.h"
 #include "replay/stage.h"
-#include "serving.h"
 #include "web/web_server.h"
 
 #include <memory>
 #include <recorded_robot/recorded_robot.h>
 #include <recording/reader.h>
+#include <serving/serving.h>
 #include <string>
 #include <vector>
 
@@ -36,7 +36,7 @@ class ReplayedRobot {
      * @throws KVError or std::runtime_error if it cannot listen on a port, or the recording cannot
      *         be read or has no such robot
      */
-    ReplayedRobot(const Options& options, const Output& output);
+    ReplayedRobot(const Options& options, const serving::Output& output);
 
     /** Sends the goodbye and ends: calls in flight fail for their caller. */
     ~ReplayedRobot();
@@ -46,7 +46,7 @@ class ReplayedRobot {
     const std::string& name() const { return fName; }
 
   private:
-    std::string xReadIcon(const Options& options, const Output& output) const;
+    std::string xReadIcon(const Options& options, const serving::Output& output) const;
 
     recording::Reader fReader;
     const recorded_robot::RecordedRobot fRobot;

@@ -1,13 +1,11 @@
 #include "web/icon.h"
 
-#include <fstream>
 #include <stdexcept>
 
 namespace robot {
 
 namespace {
 
-constexpr std::size_t a_longestIcon = 4UL * 1024 * 1024;
 
 }  // namespace
 
@@ -18,20 +16,6 @@ const TroubleNames<IconTrouble>& iconTroubles() {
         {"huge", IconTrouble::Huge},       {"broken", IconTrouble::Broken},
     };
     return names;
-}
-
-std::string readIcon(const std::string& file) {
-    std::ifstream stream(file, std::ios::binary);
-    std::string bytes(a_longestIcon + 1, '\0');
-    stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    bytes.resize(static_cast<std::size_t>(stream.gcount()));
-    if (bytes.empty()) {
-        throw std::runtime_error("the icon " + file + " cannot be read or is empty");
-    }
-    if (bytes.size() > a_longestIcon) {
-        throw std::runtime_error("the icon " + file + " is larger than 4 MiB");
-    }
-    return bytes;
 }
 
 std::string brokenPicture(const std::string& picture) {

@@ -20,13 +20,6 @@ enum class IconTrouble {
 
 const TroubleNames<IconTrouble>& iconTroubles();
 
-/**
- * Reads an icon.
- *
- * @throws std::runtime_error if the file cannot be read, is empty or above 4 MiB
- */
-std::string readIcon(const std::string& file);
-
 /** Returns a broken icon: the first bytes of a picture, then something else. */
 std::string brokenPicture(const std::string& picture);
 

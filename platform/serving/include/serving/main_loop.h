@@ -1,5 +1,5 @@
-#ifndef OBVISTA_ROBOT_MAIN_LOOP_H
-#define OBVISTA_ROBOT_MAIN_LOOP_H
+#ifndef SERVING_MAIN_LOOP_H
+#define SERVING_MAIN_LOOP_H
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/signal_set.hpp>
@@ -7,7 +7,7 @@
 #include <chrono>
 #include <functional>
 
-namespace robot {
+namespace serving {
 
 /**
  * The main thread's loop: it waits for SIGTERM or SIGINT and runs functions posted by other
@@ -36,6 +36,6 @@ class MainLoop {
     boost::asio::signal_set fSignals;
 };
 
-}  // namespace robot
+}  // namespace serving
 
 #endif

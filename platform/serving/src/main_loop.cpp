@@ -1,4 +1,4 @@
-#include "main_loop.h"
+#include "serving/main_loop.h"
 
 #include <boost/asio/post.hpp>
 #include <boost/asio/steady_timer.hpp>
@@ -7,7 +7,7 @@
 #include <memory>
 #include <utility>
 
-namespace robot {
+namespace serving {
 
 namespace {
 
@@ -48,4 +48,4 @@ void MainLoop::run() {
     changeSignals(SIG_BLOCK);
 }
 
-}  // namespace robot
+}  // namespace serving

@@ -1,14 +1,13 @@
-#include "main_loop.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <serving/main_loop.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
 
-using robot::MainLoop;
+using serving::MainLoop;
 using testing::ElementsAre;
 
 namespace {
