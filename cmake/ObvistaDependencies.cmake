@@ -36,9 +36,22 @@ if(OBVISTA_BUILD_ROBOT OR OBVISTA_BUILD_TOOLS)
     find_package(nlohmann_json 3.11 REQUIRED)
 endif()
 
-# The command line of the robaxi tool, and the pictures that it saves.
+# The command line of the robaxi tool.
 if(OBVISTA_BUILD_TOOLS)
     find_package(CLI11 2.1 REQUIRED)
+endif()
+
+# Robots that run ROS 2. The internal interface for samples as they arrive, which the bridge uses, is that of 0.10.
+if(OBVISTA_BUILD_BRIDGE)
+    find_package(CycloneDDS 0.10 QUIET)
+    if(NOT CycloneDDS_FOUND OR CycloneDDS_VERSION VERSION_GREATER_EQUAL 0.11)
+        message(STATUS "bridge is left out: Cyclone DDS 0.10 is not found (Debian package cyclonedds-dev)")
+        set(OBVISTA_BUILD_BRIDGE OFF)
+    endif()
+endif()
+
+# The pictures that the tool saves and the bridge decodes.
+if(OBVISTA_BUILD_TOOLS OR OBVISTA_BUILD_BRIDGE)
     find_package(PNG 1.6 REQUIRED)
 endif()
 

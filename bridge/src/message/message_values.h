@@ -1,0 +1,52 @@
+#ifndef OBVISTA_BRIDGE_MESSAGE_MESSAGE_VALUES_H
+#define OBVISTA_BRIDGE_MESSAGE_MESSAGE_VALUES_H
+
+#include "message/cdr_reader.h"
+#include "message/message_type.h"
+#include "source/source.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace bridge {
+
+/** Elements of an array or sequence that become values; further ones are left out. */
+constexpr std::uint32_t a_mostElements = 256;
+/** Values of one message; further ones are left out. */
+constexpr std::size_t a_mostValues = 4096;
+/** Bytes of a text that becomes a value; it is shortened. */
+constexpr std::size_t a_longestText = 16UL * 1024;
+
+/** The values of a message. */
+struct MessageValues {
+    bool fIsGood = false;     ///< false: the bytes are not such a message, and there are no values
+    bool fIsComplete = true;  ///< false: some are left out at the limits
+    std::vector<SourceValue> fValues;
+};
+
+/**
+ * Returns the numbers, bools and texts of a message by the names of their fields, with the time
+ * stamp of the message's header, or `time` without one.
+ *
+ * @param type outlives the values, which refer to its units and descriptions
+ * @param topic begins the names, for instance "imu/data"
+ * @param time microseconds since 1970-01-01 UTC
+ */
+MessageValues valuesOf(const MessageType& type, const std::string& topic, Bytes message,
+                       std::int64_t time);
+
+/** Reads a point in time of a message: microseconds. */
+std::int64_t readTime(CdrReader& reader);
+
+/** Returns one level of a key for a name of a robot's: valid UTF-8 of one line, shortened. */
+std::string levelFor(std::string_view name);
+
+/** Returns how the values of a topic begin: "imu/data" for "/imu/data", but "left/Joint" for the
+ *  joints of "/left/joint_states". */
+std::string prefixFor(const std::string& topic, const MessageType& type);
+
+}  // namespace bridge
+
+#endif

@@ -1,0 +1,116 @@
+#include "program.h"
+
+#include "bridge.h"
+#include "options.h"
+#include "ros2/ros2_source.h"
+
+#include <base/address.h>
+#include <base/safe_text.h>
+#include <bonjour/bonjour_discovery.h>
+#include <bonjour/icon_server.h>
+#include <robaxi/kv_broker.h>
+#include <robaxi/kv_error.h>
+
+#include <boost/make_shared.hpp>
+
+#include <csignal>
+#include <exception>
+#include <iostream>
+#include <memory>
+#include <serving/main_loop.h>
+#include <serving/serving.h>
+#include <sockets/line_writer.h>
+#include <stdexcept>
+#include <string>
+#include <unistd.h>
+
+namespace bridge {
+
+namespace {
+
+constexpr int a_couldNotStart = 1;
+
+void writeLine(int file, const std::string& line) {
+    sockets::writeLine(file, "robaxi-bridge: " + line);
+}
+
+void say(const std::string& line) {
+    writeLine(STDOUT_FILENO, line);
+}
+
+void complain(const std::string& line) {
+    writeLine(STDERR_FILENO, line);
+}
+
+/** Returns null without one: a bridge is of use without its icon. */
+std::unique_ptr<KV::IconServer> makeIconServer(const Options& options) {
+    const serving::ServerOptions& server = options.fServer;
+    if (server.fHttpPort == 0) {
+        return nullptr;
+    }
+    try {
+        const std::string icon =
+            server.fIcon.empty() ? serving::installedPicture("robot/buddy.png") : server.fIcon;
+        return std::make_unique<KV::IconServer>(server.fAddress, server.fHttpPort,
+                                                serving::readIcon(icon));
+    } catch (const std::exception& failure) {
+        if (options.fIsHttpPortGiven || !server.fIcon.empty()) {
+            throw;
+        }
+        complain(std::string("no icon: ") + base::oneLine(failure.what()));
+        return nullptr;
+    }
+}
+
+void run(const Options& options) {
+    serving::MainLoop loop;
+    Bridge bridge(complain);
+    Ros2Source source(options.fRos2);
+    const auto broker =
+        serving::listen(options.fServer, options.fServer.fName, options.fServer.fPort,
+                        serving::settingsFor(options.fServer.fSecurity));
+    const auto icon = makeIconServer(options);
+    source.start(bridge);
+    for (const auto& module : bridge.modules()) {
+        broker->addModule(module);
+    }
+    const auto announcer =
+        serving::makeAnnouncer(options.fServer, options.fServer.fName, {say, complain});
+    if (announcer) {
+        announcer->announce({{KV::BonjourDiscovery::fRobaxServiceType,
+                              icon ? options.fServer.fHttpPort : KVBroker::a_defaultPort},
+                             {KV::BonjourDiscovery::fRobaxiServiceType, options.fServer.fPort}});
+    }
+    say(options.fServer.fName + " listens on " +
+        base::hostAndPort(options.fServer.fAddress, options.fServer.fPort) + " for domain " +
+        std::to_string(options.fRos2.fDomain));
+    loop.run();
+    // The goodbye is sent before the services end, so that no client is directed to a closed
+    // port.
+    if (announcer) {
+        announcer->announce({});
+    }
+}
+
+}  // namespace
+
+int runProgram(int argc, char** argv) {
+    // A closed standard output must not end the bridge.
+    std::signal(SIGPIPE, SIG_IGN);
+    const ParsedOptions parsed = parseOptions({argv + 1, argv + argc}, std::cout, std::cerr);
+    if (!parsed.fOptions) {
+        return parsed.fExitStatus;
+    }
+    try {
+        run(*parsed.fOptions);
+    } catch (const KVError& failure) {
+        complain(base::oneLine(failure.toString()));
+        return a_couldNotStart;
+    } catch (const std::exception& failure) {
+        complain(base::oneLine(failure.what()));
+        return a_couldNotStart;
+    }
+    return 0;
+}
+
+}  // namespace bridge

@@ -1,0 +1,27 @@
+#ifndef OBVISTA_BRIDGE_ROS2_STD_VALUE_H
+#define OBVISTA_BRIDGE_ROS2_STD_VALUE_H
+
+#include "message/message_type.h"
+
+#include <robaxi/kv_value.h>
+
+#include <vector>
+
+namespace bridge {
+
+/** Returns true for the messages of std_msgs with one number, bool or text. */
+bool isStdValue(const MessageType& type);
+
+/** Returns the value of a new message of such a type: 0, false or empty. */
+KVValue initialStdValue(const MessageType& type);
+
+/**
+ * Returns the message of such a type with a value, in CDR.
+ *
+ * @throws KVError if the value has another type or is out of range
+ */
+std::vector<unsigned char> stdMessage(const MessageType& type, const KVValue& value);
+
+}  // namespace bridge
+
+#endif

@@ -1,0 +1,83 @@
+#ifndef OBVISTA_BRIDGE_ROS2_TOPIC_H
+#define OBVISTA_BRIDGE_ROS2_TOPIC_H
+
+#include "message/message_type.h"
+#include "ros2/domain.h"
+#include "ros2/node_info.h"
+#include "ros2/raw_type.h"
+
+#include <cstdint>
+#include <dds/dds.h>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+namespace bridge {
+
+/** A writer or reader on the network, as discovery reports it. */
+struct Endpoint {
+    std::string fType;        ///< name in DDS
+    bool fIsLatched = false;  ///< keeps its last samples for readers that come later
+};
+
+/** What becomes of a topic's samples. */
+enum class Role {
+    Values,  ///< the type is known, or described by its writer
+    Image,
+    CompressedImage,
+    Counted  ///< the type is not known: the samples are counted
+};
+
+Role roleOf(const std::string& rosType, bool isDescribed);
+
+/** Size, format and rate of a camera, as far as they are known. */
+struct CameraFigures {
+    int fWidth = 0;
+    int fHeight = 0;
+    std::string fFormat;
+
+    bool operator==(const CameraFigures& other) const {
+        return fWidth == other.fWidth && fHeight == other.fHeight && fFormat == other.fFormat;
+    }
+};
+
+/** The writer of a topic that clients may write; used by several threads. */
+struct TopicWriter {
+    Entity fTopicEntity;
+    RawTopic fTopic;
+    Entity fWriter;
+    std::shared_ptr<const MessageType> fType;
+};
+
+/** One topic of the domain. Used on the source's thread only. */
+struct Topic {
+    std::string fName;  ///< in ROS 2, for instance "/joint_states"
+    std::string fKeys;  ///< the same for keys: "joint_states"
+    std::map<Guid, Endpoint> fWriters;
+    std::map<Guid, Endpoint> fReaders;
+    std::string fType;  ///< in DDS, of the first writer; empty without one
+    std::shared_ptr<const MessageType> fMessage;
+    bool fIsDescribed = false;  ///< its description has been asked for
+    Role fRole = Role::Counted;
+
+    Entity fTopicEntity;
+    Entity fReader;
+    bool fIsReaderLatched = false;
+    bool fIsAttached = false;
+    std::shared_ptr<Arrivals> fArrivals = std::make_shared<Arrivals>();
+    std::uint64_t fLastSamples = 0;
+    std::uint64_t fLastBytes = 0;
+
+    bool fIsCamera = false;
+    bool fIsWatched = false;
+    CameraFigures fAnnounced;
+    CameraFigures fSeen;
+
+    std::shared_ptr<TopicWriter> fWriter;
+    std::string fProblem;
+};
+
+}  // namespace bridge
+
+#endif
