@@ -21,6 +21,7 @@ po::options_description describedOptions() {
     // clang-format off
     options.add_options()
         ("help,h", "print this text and end")
+        ("version", "print the version and end")
         ("domain", po::value<int>(),
          "number of the domain, 0 to 232; ROS_DOMAIN_ID, or 0, unless given")
         ("interface", po::value<std::string>()->default_value(""),
