@@ -201,15 +201,18 @@ auto isAbove(double limit) {
 }
 
 /** Counts the frames of a camera. */
-class Watcher : public KVFrameStream::Listener {
+class Watcher {
   public:
-    void frameReceived(const KVFrame& frame, std::uint64_t) override {
-        const std::lock_guard lock(fMutex);
-        fFrame = frame;
-        ++fCount;
-        fChanged.notify_all();
+    KVFrameStream::Callbacks callbacks() {
+        KVFrameStream::Callbacks callbacks;
+        callbacks.fFrameReceived = [this](const KVFrame& frame, std::uint64_t) {
+            const std::lock_guard lock(fMutex);
+            fFrame = frame;
+            ++fCount;
+            fChanged.notify_all();
+        };
+        return callbacks;
     }
-    void ended(const KVError&) override {}
 
     bool waitFor(int count) {
         std::unique_lock lock(fMutex);
@@ -258,8 +261,8 @@ TEST(BridgeLab, aRobotOfRos2IsARobotOfTheList) {
     EXPECT_EQ(idle->fValue.toFloat(), 0);
     Watcher watcher;
     {
-        const auto stream =
-            KVFrameStream::start(values.connection(), "KVVideo", "camera/image_raw", &watcher);
+        const auto stream = KVFrameStream::start(values.connection(), "KVVideo", "camera/image_raw",
+                                                 watcher.callbacks());
         EXPECT_TRUE(watcher.waitFor(3));
         EXPECT_TRUE(values.wait(cameraRate, isAbove(0)));
     }
@@ -301,7 +304,8 @@ TEST(BridgeLab, messagesThatAreNotOfTheirTypeAreNamedAndDropped) {
     EXPECT_TRUE(values.wait("ROS/Topics/text/Problem",
                             textIs("a message of 8 bytes is not a std_msgs/msg/String")));
     Watcher watcher;
-    const auto stream = KVFrameStream::start(values.connection(), "KVVideo", "image", &watcher);
+    const auto stream =
+        KVFrameStream::start(values.connection(), "KVVideo", "image", watcher.callbacks());
     EXPECT_TRUE(
         values.wait("ROS/Topics/image/Problem",
                     textIs("a picture cannot be shown: it is not a sensor_msgs/msg/Image")));
