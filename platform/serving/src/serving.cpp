@@ -1,5 +1,7 @@
 #include "serving/serving.h"
 
+#include <base/address.h>
+
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>

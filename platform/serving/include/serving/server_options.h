@@ -55,7 +55,8 @@ Number toNumberWithin(const boost::program_options::variables_map& given, const 
         return number;
     }
     std::ostringstream mistake;
-    mistake << "--" << option << " takes " << lowest << " to " << highest << ", not " << number;
+    mistake << "--" << option << " must be from " << lowest << " to " << highest << ", not "
+            << number;
     throw std::invalid_argument(mistake.str());
 }
 
