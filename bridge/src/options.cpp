@@ -20,8 +20,8 @@ po::options_description describedOptions() {
     po::options_description options("Options", 100);
     // clang-format off
     options.add_options()
-        ("help,h", "print this text and end")
-        ("version", "print the version and end")
+        ("help,h", "print this help and exit")
+        ("version", "print the version and exit")
         ("domain", po::value<int>(),
          "number of the domain, 0 to 232; ROS_DOMAIN_ID, or 0, unless given")
         ("interface", po::value<std::string>()->default_value(""),
