@@ -39,7 +39,8 @@ Security toSecurity(const po::variables_map& given) {
 
 std::string toAddress(const std::string& text) {
     if (!base::isIPv4(text) && !base::isIPv6(text)) {
-        throw std::invalid_argument("--address must be an IPv4 or IPv6 address, not '" + text + "'");
+        throw std::invalid_argument("--address must be an IPv4 or IPv6 address, not '" + text +
+                                    "'");
     }
     return text;
 }

@@ -4,11 +4,6 @@
 
 namespace robot {
 
-namespace {
-
-
-}  // namespace
-
 const TroubleNames<IconTrouble>& iconTroubles() {
     static const TroubleNames<IconTrouble> names{
         {"ok", IconTrouble::None},         {"hang", IconTrouble::Hang},
