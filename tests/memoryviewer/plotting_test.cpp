@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QLabel>
 #include <QMimeData>
+#include <QMouseEvent>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QToolBar>
@@ -164,10 +165,14 @@ void PlottingTest::showsTheSameTimesInAllPlots() {
     QTRY_VERIFY(span(0) < 25e6);
     QTRY_COMPARE(timesOf(fWindow->plots()[1]), timesOf(fWindow->plots()[0]));
     // A pan moves both, and stops following.
-    QTest::mousePress(xCanvas(1), Qt::LeftButton, Qt::NoModifier, middle.toPoint());
-    QTest::mouseMove(xCanvas(1), middle.toPoint() + QPoint(30, 0));
-    QTest::mouseRelease(xCanvas(1), Qt::LeftButton, Qt::NoModifier,
-                        middle.toPoint() + QPoint(30, 0));
+    const QPoint from = middle.toPoint();
+    const QPoint to = from + QPoint(30, 0);
+    QTest::mousePress(xCanvas(1), Qt::LeftButton, Qt::NoModifier, from);
+    // A move of the cursor would arrive from the X server, perhaps after the release.
+    QMouseEvent drag(QEvent::MouseMove, to, xCanvas(1)->mapToGlobal(to), Qt::NoButton,
+                     Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(xCanvas(1), &drag);
+    QTest::mouseRelease(xCanvas(1), Qt::LeftButton, Qt::NoModifier, to);
     QTRY_VERIFY(xStatus().startsWith(QLatin1String("paused")));
     QTRY_COMPARE(timesOf(fWindow->plots()[0]), timesOf(fWindow->plots()[1]));
 }
