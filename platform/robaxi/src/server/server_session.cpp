@@ -97,6 +97,13 @@ void ServerSession::xHandleBatch() {
             return;
         }
     }
+    {
+        const std::lock_guard lock(fMutex);
+        if (fHoldsHello) {
+            fIsPaused = true;  // the stream may yet be given to another session, which then reads
+            return;
+        }
+    }
     fStream->read();
 }
 
