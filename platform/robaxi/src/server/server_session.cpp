@@ -408,38 +408,30 @@ bool ServerSession::moveTo(SessionStream& stream, const v1::Hello& hello) {
             return false;
         }
     }
-    if (!fOut.canResume(resume.received())) {
+    if (!fOut.canResume(resume.received()) || !stream.outlet()->enter()) {
         return false;
     }
-    fServer.welcome(stream.context().peer());
-    fServer.cancelStreams(fId);
     v1::ServerBatch reply;
     *reply.add_messages()->mutable_hello_reply() = xReply();
     reply.mutable_messages(0)->mutable_hello_reply()->set_resumed(true);
     reply.mutable_messages(0)->mutable_hello_reply()->set_received(fReceived);
-    if (stream.outlet()->enter()) {
-        stream.outlet()->write(writeMessage(reply));  // before anything of the queue
-    }
     SessionStream* former = nullptr;
-    bool isPaused = false;
     {
         const std::lock_guard lock(fMutex);
         former = std::exchange(fStream, &stream);
         fResumption = resume.resumption();
-        isPaused = fIsPaused;
+        fIsPaused = true;  // until the end of the reply's write, where gRPC keeps the stream alive
     }
+    fServer.welcome(stream.context().peer());
+    fServer.cancelStreams(fId);  // no other one joins with the former resumption
     stream.setSession(shared_from_this());
+    stream.outlet()->write(writeMessage(reply));  // before anything of the queue
     fOut.resume(stream.outlet(), resume.received());
     if (former->outlet()->close()) {
         former->finish(std::nullopt);
     }
     former->cancel();
     fSilentHeartbeats = 0;
-    if (isPaused) {
-        xKeepAwake();  // the end of that write resumes reading
-    } else {
-        stream.read();
-    }
     return true;
 }
 
