@@ -122,7 +122,8 @@ std::optional<Failure> ClientSession::xLossAtEndOf(ClientTransport& transport,
     const bool isRefusal = end.fCause == v1::Error::NOT_AUTHORISED ||
                            end.fCause == v1::Error::TOKEN_MISSING ||
                            end.fCause == v1::Error::TOKEN_WRONG;
-    if (!isRefusal) {
+    // An attempt is also refused when the former connection has returned, and acknowledged more.
+    if (!isRefusal || !fIsSilent) {
         return std::nullopt;
     }
     return Failure{KVError::Cause::ConnectionLost, "the robot has ended the session"};
