@@ -93,18 +93,9 @@ class ClientStream : public Interface,
     /** Sends the next request, now or when the last one has been written. */
     void xWrite() {
         const auto call = xCall();
-        {
-            const std::lock_guard lock(fMutex);
-            if (!call->fGate.enter()) {
-                return;
-            }
-            if (!xTakeRequest(fRequest)) {
-                xEndWhen(call->fGate.leave());
-                return;
-            }
+        if (call->fGate.enter()) {
+            xWriteInside(*call);
         }
-        giveToGrpc(&fRequest);
-        this->StartWrite(&fRequest);
     }
 
     void xRead() {
@@ -247,9 +238,23 @@ class ClientStream : public Interface,
         return fCall;
     }
 
+    /** Writes the next request, after the gate has been entered. */
+    void xWriteInside(Call& call) {
+        {
+            const std::lock_guard lock(fMutex);
+            if (!xTakeRequest(fRequest)) {
+                xEndWhen(call.fGate.leave());
+                return;
+            }
+        }
+        giveToGrpc(&fRequest);
+        this->StartWrite(&fRequest);
+    }
+
     void xStartCall() {
         const auto transport = fSession->transport();
         const auto call = std::make_shared<Call>(transport->resumption());
+        call->fGate.enter();  // other threads write only after the first request
         {
             const std::lock_guard lock(fMutex);
             fCall = call;
@@ -257,7 +262,7 @@ class ClientStream : public Interface,
         }
         xOpen(*transport, &call->fContext);
         this->AddHold();  // the callbacks' and the users' threads write and read
-        xWrite();
+        xWriteInside(*call);
         xRead();
         this->StartCall();
     }
