@@ -104,7 +104,10 @@ std::shared_ptr<ClientTransport> ClientSession::xOpen(std::uint64_t resumption) 
 }
 
 void ClientSession::xSendTheRest() {
-    xEndWriting(fOut.closeWhenWritten());
+    {
+        const std::lock_guard receiving(fReceiveMutex);  // the session does not move meanwhile
+        xEndWriting(fOut.closeWhenWritten());
+    }
     std::unique_lock lock(fMutex);
     fStateChanged.wait_for(lock, limits::a_timeToSendTheRest,
                            [this] { return fCurrent->hasEnded(); });

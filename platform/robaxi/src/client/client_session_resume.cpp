@@ -75,7 +75,8 @@ void ClientSession::xHandleAttempt(ClientTransport& transport, const v1::ServerB
 }
 
 void ClientSession::xContinueOn(ClientTransport& transport, const v1::HelloReply& reply) {
-    if (!fOut.resume(transport.outlet(), reply.received())) {
+    const auto isWritten = fOut.resume(transport.outlet(), reply.received());
+    if (!isWritten) {
         xLose({KVError::Cause::ConnectionLost, "the robot has not received what was sent"});
         xCancel();
         return;
@@ -90,6 +91,9 @@ void ClientSession::xContinueOn(ClientTransport& transport, const v1::HelloReply
         for (Listener* listener : fListeners) {
             listener->linkResumed(transport.resumption());
         }
+    }
+    if (*isWritten) {
+        transport.endWriting();
     }
     if (former->outlet()->close()) {
         former->endWriting();

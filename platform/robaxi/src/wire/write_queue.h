@@ -15,6 +15,7 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -99,20 +100,20 @@ class WriteQueue {
     /**
      * Continues on another stream after the last batch that the peer has received.
      *
-     * @return false, without any effect, if a later batch is no longer kept or was never sent
+     * @return nothing, without any effect, if a later batch is no longer kept or was never sent;
+     *         otherwise true if the caller ends the stream, since all is written
      */
-    bool resume(std::shared_ptr<Outlet> outlet, std::uint64_t received) {
+    std::optional<bool> resume(std::shared_ptr<Outlet> outlet, std::uint64_t received) {
         {
             const std::lock_guard lock(fMutex);
             if (!xCanResume(received)) {
-                return false;
+                return std::nullopt;
             }
             xForget(received);
             fNextToRepeat = 0;
             fOutlet = std::move(outlet);
         }
-        (void)xWriteNext();
-        return true;
+        return xWriteNext();
     }
 
     void setPeerTakesFragments(bool takes) {
