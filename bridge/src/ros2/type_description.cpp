@@ -114,7 +114,9 @@ class Describer {
             }
             fields.push_back(std::move(field));
         }
-        return std::make_shared<const MessageType>(name, std::move(fields));
+        // A message that takes no bytes would let a short one have elements without number.
+        return fields.empty() ? nullptr
+                              : std::make_shared<const MessageType>(name, std::move(fields));
     }
 
     /** Sets kind and repetition of a field; returns false for a type that is not supported. */
@@ -155,7 +157,7 @@ class Describer {
         for (std::uint32_t i = 0; i < dimensions && count <= a_largestArray; ++i) {
             count *= bounds[i];
         }
-        return count <= a_largestArray &&
+        return count != 0 && count <= a_largestArray &&
                xFillRepeated(field, Repetition::Array, static_cast<std::uint32_t>(count), element,
                              depth);
     }
