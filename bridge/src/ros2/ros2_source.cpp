@@ -238,6 +238,7 @@ class Ros2Source::Reading {
     std::map<Guid, std::string> fNodeOfWriter;
     std::map<Guid, NodeInfo> fNodes;
     std::map<std::string, std::pair<int, int>> fCameraSizes;  // by the folder of the topic
+    std::size_t fDescribing = 0;                              // questions without an answer
     bool fHasReportedLimit = false;
 
     std::mutex fMutex;  // guards fCommands
@@ -595,16 +596,18 @@ void Ros2Source::Reading::xChooseType(Topic& topic) {
 
 void Ros2Source::Reading::xDescribe(Topic& topic, const dds_typeinfo_t* info) {
     const std::string type = rosType(topic.fType);
-    if (roleOf(type, false) != Role::Counted) {
+    if (roleOf(type, false) != Role::Counted || fDescribing >= a_mostTopics) {
         return;
     }
     topic.fIsDescribed = true;
+    ++fDescribing;
     const std::shared_ptr<const dds_typeinfo_t> copy = copyOf(info);
     // The writer is asked, which may take long.
     fLookups->start([this, copy, type, name = topic.fName, participant = fParticipant.get()] {
         const auto described = describedType(participant, copy.get(), type);
         return [this, described, type, name] {
             xPost([this, described, type, name] {
+                --fDescribing;
                 const auto known = fTopics.find(name);
                 if (known != fTopics.end() && rosType(known->second.fType) == type && described) {
                     xCloseReader(known->second);
