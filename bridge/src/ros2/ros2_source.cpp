@@ -789,10 +789,15 @@ void Ros2Source::Reading::xNoteCameraInfo(const Topic& topic,
     }
     const std::string folder = folderOf(topic.fName);
     const std::pair size(width, height);
-    if (width == 0 || height == 0 || fCameraSizes[folder] == size) {
+    if (width == 0 || height == 0) {
         return;
     }
-    fCameraSizes[folder] = size;
+    if (fCameraSizes.size() >= a_mostTopics && fCameraSizes.count(folder) == 0) {
+        fCameraSizes.clear();  // those of topics that are gone pile up
+    }
+    if (std::exchange(fCameraSizes[folder], size) == size) {
+        return;
+    }
     for (const auto& [name, other] : fTopics) {
         if (other.fIsCamera && folderOf(name) == folder) {
             fChanged.insert(name);
