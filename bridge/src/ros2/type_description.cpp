@@ -1,5 +1,6 @@
 #include "ros2/type_description.h"
 
+#include "message/message_values.h"
 #include "ros2/names.h"
 
 // The headers include each other, and compile in this order only.
@@ -107,6 +108,7 @@ class Describer {
             if (field.fName.size() > 1 && field.fName.back() == '_') {
                 field.fName.pop_back();
             }
+            field.fName = levelFor(field.fName);
             if ((member.common.member_flags & DDS_XTypes_IS_OPTIONAL) != 0 ||
                 ++fFields > a_mostFields ||
                 !xFill(field, member.common.member_type_id, depth + 1)) {
