@@ -964,7 +964,7 @@ Mittel %3</translation>
     </message>
     <message>
         <source>Plot separately</source>
-        <extracomment>verb: show the key in a plot of its own</extracomment>
+        <extracomment>verb: show the key in a separate plot</extracomment>
         <translation>In eigenem Diagramm zeichnen</translation>
     </message>
     <message>

@@ -960,7 +960,7 @@ Mean %3</source>
     </message>
     <message>
         <source>Plot separately</source>
-        <extracomment>verb: show the key in a plot of its own</extracomment>
+        <extracomment>verb: show the key in a separate plot</extracomment>
         <translation>単独でグラフに表示</translation>
     </message>
     <message>

@@ -12,7 +12,7 @@ namespace bridge {
 namespace {
 
 constexpr std::size_t a_mostCameras = 256;
-// What comes from the network must not fill a log.
+// Data from the network must not fill a log.
 constexpr std::chrono::minutes a_linePeriod(1);
 constexpr int a_mostLines = 60;
 constexpr double a_rate = 30;  // frames a second that a camera claims; a source does not know it

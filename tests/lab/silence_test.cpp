@@ -133,7 +133,7 @@ struct Cut {
     std::chrono::seconds fTime;
 };
 
-/** What a program sees of it. */
+/** The program's view of it. */
 struct Outcome {
     bool fHasEnded = false;    // during the cut
     double fUntilUpdates = 0;  // seconds after it

@@ -213,7 +213,7 @@ void ReplayTest::marksThePositionForwardAndBack() {
 void ReplayTest::plotsKeysThatAreAddedLater() {
     xPlotWave();
     xSeek(200 * a_second);
-    // A key of a group, which has no channel of its own.
+    // A key of a group, which has no separate channel.
     xPlot("Group/Count");
     QTRY_VERIFY(xHighest() >= 600);
     QTRY_COMPARE(fWindow->legend(0, 1, a_valueColumn), QStringLiteral("200"));

@@ -28,14 +28,14 @@ enum class FieldKind {
     Message
 };
 
-/** How often a field's value occurs. */
+/** The number of values of a field. */
 enum class Repetition {
     Once,
     Array,    ///< a fixed number
     Sequence  ///< any number
 };
 
-/** How a field's values are named. */
+/** The keys of a field's values. */
 enum class Naming {
     Own,      ///< by the field; elements by their index
     Names,    ///< the field is a sequence of texts that names the elements of others

@@ -16,8 +16,8 @@ struct ddsi_sertype;
 
 namespace bridge {
 
-/** What has arrived for a topic, counted where it arrives: also what is replaced before anybody
- *  takes it. */
+/** The samples that have arrived for a topic, counted on arrival: also those replaced before
+ * anybody takes it. */
 struct Arrivals {
     std::atomic<std::uint64_t> fSamples{0};
     std::atomic<std::uint64_t> fBytes{0};

@@ -9,7 +9,7 @@
 
 namespace bridge {
 
-/** What to look at in ROS 2. */
+/** The part of ROS 2 to look at. */
 struct Ros2Options {
     int fDomain = 0;
     std::string fInterface;              ///< empty for the one that Cyclone DDS chooses

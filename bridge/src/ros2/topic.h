@@ -21,7 +21,7 @@ struct Endpoint {
     bool fIsLatched = false;  ///< keeps its last samples for readers that come later
 };
 
-/** What becomes of a topic's samples. */
+/** The use of a topic's samples. */
 enum class Role {
     Values,  ///< the type is known, or described by its writer
     Image,

@@ -85,7 +85,7 @@ void KeyActions::xShowTreeMenu(const QPoint& position) {
     xAddAction(menu, tr("Watch"), a_watchKeys, hasKeys, &KeyActions::xWatch);
     //: verb: show the key as a curve
     xAddAction(menu, tr("Plot"), a_plotKeys, hasKeys, &KeyActions::xPlot);
-    //: verb: show the key in a plot of its own
+    //: verb: show the key in a separate plot
     xAddAction(menu, tr("Plot separately"), {}, hasKeys, &KeyActions::xPlotByItself);
     xAddEditing(menu, tree);
     xAddCopying(menu, tree);

@@ -138,7 +138,7 @@ class ClientStream : public Interface,
     bool fIsStopped = false;
 
   private:
-    /** What belongs to one of the stream's calls. */
+    /** State of one of the stream's calls. */
     struct Call {
         explicit Call(std::uint64_t resumption) : fResumption(resumption) {}
 
