@@ -3,6 +3,7 @@
 // and neither side may leak descriptors, threads or memory.
 #include "eventually.h"
 #include "lab_network.h"
+#include "lab_robot.h"
 #include "process_figures.h"
 #include "project_files.h"
 #include "robot_process.h"
@@ -36,6 +37,7 @@ using lab::control;
 using obvista_test::ChildProcess;
 using obvista_test::eventually;
 using obvista_test::RobotProcess;
+using obvista_test::lab::addBusyRobot;
 
 constexpr const char* a_host = "walker";
 constexpr const char* a_address = "10.77.50.1";
@@ -198,27 +200,7 @@ class Faults : public testing::Test {
     static void addHost() {
         // The previous owner of that address is cached here for some seconds.
         lab::run({"ip", "neighbour", "flush", "dev", "eth0"});
-        control({"add",
-                 a_host,
-                 "--address",
-                 a_address,
-                 "--ready",
-                 "listens on",
-                 "--",
-                 RobotProcess::program(),
-                 "--address",
-                 "0.0.0.0",
-                 "--port",
-                 std::to_string(a_port),
-                 "--http-port",
-                 "0",
-                 "--no-announce",
-                 "--keys",
-                 "2000",
-                 "--changing",
-                 "2000",
-                 "--rate",
-                 "50"});
+        addBusyRobot(a_host, a_address, a_port, 2000);
     }
 
     static void killHost() { control({"kill", a_host}); }

@@ -1,7 +1,7 @@
 // A robot that is out of reach for some seconds: with the carrier down, and with packets dropped
 // silently. All cases run at the same time, each with a robot on a separate host.
 #include "lab_network.h"
-#include "robot_process.h"
+#include "lab_robot.h"
 
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_connection.h>
@@ -25,7 +25,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 using lab::control;
-using obvista_test::RobotProcess;
+using obvista_test::lab::addBusyRobot;
 
 constexpr int a_port = 9559;
 constexpr int a_timeOut = 5;  // seconds
@@ -41,27 +41,7 @@ class Visit {
   public:
     Visit(std::string host, std::string address)
         : fHost(std::move(host)), fAddress(std::move(address)) {
-        control({"add",
-                 fHost,
-                 "--address",
-                 fAddress,
-                 "--ready",
-                 "listens on",
-                 "--",
-                 RobotProcess::program(),
-                 "--address",
-                 "0.0.0.0",
-                 "--port",
-                 std::to_string(a_port),
-                 "--http-port",
-                 "0",
-                 "--no-announce",
-                 "--keys",
-                 "20",
-                 "--changing",
-                 "20",
-                 "--rate",
-                 "50"});
+        addBusyRobot(fHost, fAddress, a_port, 20);
         fConnection = KVConnection::open(fBroker, fAddress, a_port, a_timeOut);
         fConnection->setLostHandler([this](const KVError&) { xNote([this] { fIsLost = true; }); });
         KVSubscription::Callbacks callbacks;
