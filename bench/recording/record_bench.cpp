@@ -15,8 +15,6 @@
 #include <robaxi/kv_memory_module.h>
 #include <robaxi/kv_video_module.h>
 
-#include <boost/make_shared.hpp>
-
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -27,6 +25,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <random>
 #include <recording/reader.h>
 #include <string>
@@ -143,8 +142,8 @@ class Robot {
     }
 
     boost::shared_ptr<KVBroker> fBroker;
-    boost::shared_ptr<KVMemoryModule> fMemory = boost::make_shared<KVMemoryModule>();
-    boost::shared_ptr<KVVideoModule> fVideo = boost::make_shared<KVVideoModule>();
+    std::shared_ptr<KVMemoryModule> fMemory = std::make_shared<KVMemoryModule>();
+    std::shared_ptr<KVVideoModule> fVideo = std::make_shared<KVVideoModule>();
     std::vector<std::uint32_t> fIds;
     std::atomic<bool> fIsOver{false};
     std::atomic<std::uint64_t> fChanges{0};

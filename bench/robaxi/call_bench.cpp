@@ -16,8 +16,6 @@
 #include <robaxi/kv_module.h>
 #include <robaxi/kv_proxy.h>
 
-#include <boost/make_shared.hpp>
-
 #include <atomic>
 #include <chrono>
 #include <cstdio>
@@ -42,7 +40,7 @@ constexpr int a_framesOfSecond = 30;
 
 int serve() {
     const auto broker = bench::listenOnLoopback();
-    const auto echo = boost::make_shared<KVModule>("Echo", "");
+    const auto echo = std::make_shared<KVModule>("Echo", "");
     echo->bindMethod({"echo", "", ""}, {KVValue::Type::Int},
                      [](const KVValue::List& arguments) { return arguments.front(); });
     broker->addModule(echo);

@@ -3,8 +3,6 @@
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_module.h>
 
-#include <boost/make_shared.hpp>
-
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
@@ -36,9 +34,9 @@ KVFrame makeFrame(std::uint32_t width, std::uint32_t height) {
 
 Camera::Camera(KVBroker& broker, std::uint32_t width, std::uint32_t height,
                std::chrono::microseconds period)
-    : fSource(boost::make_shared<KVFrameSource>()) {
+    : fSource(std::make_shared<KVFrameSource>()) {
     fSource->addStream(a_name);
-    const auto video = boost::make_shared<KVModule>(a_module, "");
+    const auto video = std::make_shared<KVModule>(a_module, "");
     video->setFrames(fSource);
     broker.addModule(video);
     fThread = std::thread([this, frame = makeFrame(width, height), period]() mutable {
@@ -57,7 +55,7 @@ Camera::~Camera() {
     fThread.join();
 }
 
-Watcher::Watcher(const boost::shared_ptr<KVConnection>& connection)
+Watcher::Watcher(const std::shared_ptr<KVConnection>& connection)
     : fStream(KVFrameStream::start(
           connection, a_module, a_name,
           {[this](const KVFrame& frame, std::uint64_t passedOver) { xTake(frame, passedOver); },

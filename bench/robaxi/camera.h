@@ -5,13 +5,12 @@
 #include <robaxi/kv_frame_source.h>
 #include <robaxi/kv_frame_stream.h>
 
-#include <boost/shared_ptr.hpp>
-
 #include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <future>
+#include <memory>
 #include <thread>
 
 class KVBroker;
@@ -31,7 +30,7 @@ class Camera {
     Camera& operator=(const Camera&) = delete;
 
   private:
-    const boost::shared_ptr<KVFrameSource> fSource;
+    const std::shared_ptr<KVFrameSource> fSource;
     std::atomic<bool> fStop{false};
     std::thread fThread;
 };
@@ -40,7 +39,7 @@ class Camera {
 class Watcher {
   public:
     /** Returns when the first frame has arrived. @throws std::runtime_error if none arrives */
-    explicit Watcher(const boost::shared_ptr<KVConnection>& connection);
+    explicit Watcher(const std::shared_ptr<KVConnection>& connection);
 
     /** Returns the bytes of all received frames. */
     const std::atomic<std::uint64_t>& bytes() const { return fBytes; }
@@ -56,7 +55,7 @@ class Watcher {
     std::atomic<std::uint64_t> fFramesLeftOut{0};
     std::uint64_t fLastNumber = 0;
     std::promise<void> fFirst;
-    const boost::shared_ptr<KVFrameStream> fStream;
+    const std::shared_ptr<KVFrameStream> fStream;
 };
 
 }  // namespace bench

@@ -14,8 +14,6 @@
 #include <robaxi/kv_subscription.h>
 #include <robaxi/kv_value_table.h>
 
-#include <boost/make_shared.hpp>
-
 #include <atomic>
 #include <chrono>
 #include <cstdio>
@@ -42,14 +40,14 @@ using Keys = std::vector<std::pair<std::uint32_t, KVValue>>;
 
 int serve() {
     const auto broker = bench::listenOnLoopback();
-    const auto table = boost::make_shared<KVValueTable>();
+    const auto table = std::make_shared<KVValueTable>();
     Keys values;
     for (int i = 0; i < a_keys; ++i) {
         KVKeyInfo key;
         key.fName = "Joint/" + std::to_string(i) + "/Position";
         values.emplace_back(table->addKey(key, 0.0), 0.0);
     }
-    const auto memory = boost::make_shared<KVModule>("Memory", "");
+    const auto memory = std::make_shared<KVModule>("Memory", "");
     memory->setValues(table);
     memory->bindMethod({"echo", "", ""}, {KVValue::Type::Int},
                        [](const KVValue::List& arguments) { return arguments.front(); });

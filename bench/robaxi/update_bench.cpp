@@ -16,8 +16,6 @@
 #include <robaxi/kv_subscription.h>
 #include <robaxi/kv_value_table.h>
 
-#include <boost/make_shared.hpp>
-
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
@@ -59,7 +57,7 @@ class Pace {
 /** Changes all values of a table at a given rate. */
 class Changes {
   public:
-    explicit Changes(boost::shared_ptr<KVValueTable> table) : fTable(std::move(table)) {
+    explicit Changes(std::shared_ptr<KVValueTable> table) : fTable(std::move(table)) {
         for (const std::string& name : bench::keyNames()) {
             KVKeyInfo key;
             key.fName = name;
@@ -94,7 +92,7 @@ class Changes {
         }
     }
 
-    const boost::shared_ptr<KVValueTable> fTable;
+    const std::shared_ptr<KVValueTable> fTable;
     std::vector<std::pair<std::uint32_t, KVValue>> fValues;
     Pace fPace;
     std::atomic<bool> fIsResting{true};
@@ -136,10 +134,10 @@ class PlainMessages {
 
 int serve() {
     const auto broker = bench::listenOnLoopback();
-    const auto table = boost::make_shared<KVValueTable>();
+    const auto table = std::make_shared<KVValueTable>();
     Changes changes(table);
     PlainMessages messages;
-    const auto memory = boost::make_shared<KVModule>("Memory", "");
+    const auto memory = std::make_shared<KVModule>("Memory", "");
     memory->setValues(table);
     memory->bindMethod({"setRate", "", ""}, {KVValue::Type::Float},
                        [&changes](const KVValue::List& arguments) {

@@ -7,17 +7,16 @@
 #include <robaxi/kv_memory_module.h>
 #include <robaxi/kv_video_module.h>
 
-#include <boost/make_shared.hpp>
-
 #include <chrono>
 #include <fstream>
 #include <iostream>
+#include <memory>
 #include <numeric>
 #include <thread>
 
 int main(int argc, char** argv) try {
     const std::string name = argc > 1 ? argv[1] : "example";
-    const auto memory = boost::make_shared<KVMemoryModule>();
+    const auto memory = std::make_shared<KVMemoryModule>();
     const auto accept = [](const KVValue&) {};
     const auto turn = [&](const KVValue& angle) { memory->setValue("Head/Angle", angle); };
     memory->addKey({"Battery/Charge", "%", "Charge of the battery", 100.0});
@@ -39,7 +38,7 @@ int main(int argc, char** argv) try {
         frame.fSize = bytes->size();
         frame.fData = {bytes, bytes->data()};
     };
-    const auto video = boost::make_shared<KVVideoModule>();
+    const auto video = std::make_shared<KVVideoModule>();
     video->addCamera({{"head", "Between the eyes", {}, {320, 240, "grey", 15}}, takePicture});
 
     const auto broker = KVBroker::createBroker({name, "0.0.0.0", 9559});

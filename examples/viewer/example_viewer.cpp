@@ -14,6 +14,7 @@
 #include <QTreeWidget>
 
 #include <map>
+#include <memory>
 #include <mutex>
 
 // QT_LOGGING_RULES="obvista.example.info=true" in the environment makes it speak.
@@ -61,7 +62,7 @@ class ExampleLink : public obvista::RobotLink {
     std::map<std::uint32_t, std::string> fNames;
     std::mutex fMutex;
     std::map<std::string, KVValue> fNews;
-    boost::shared_ptr<KVSubscription> fSubscription;
+    std::shared_ptr<KVSubscription> fSubscription;
 };
 
 /** Shows the values of those keys whose names contain what the user enters. */

@@ -9,6 +9,7 @@
 
 #include <boost/shared_ptr.hpp>
 
+#include <memory>
 #include <string>
 
 namespace cameraviewer {
@@ -44,7 +45,7 @@ class CameraLink : public obvista::RobotLink {
     VideoClient fClient;
     PictureWorker fWorker;
     FrameFeed fFeed;
-    boost::shared_ptr<KVFrameStream> fStream;
+    std::shared_ptr<KVFrameStream> fStream;
 };
 
 }  // namespace cameraviewer

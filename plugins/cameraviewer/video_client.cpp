@@ -4,6 +4,7 @@
 #include <robaxi/kv_connection.h>
 #include <robaxi/kv_proxy.h>
 
+#include <memory>
 #include <utility>
 
 namespace cameraviewer {
@@ -15,7 +16,7 @@ constexpr double a_callTimeOut = 5;
 
 }  // namespace
 
-VideoClient::VideoClient(const boost::shared_ptr<KVConnection>& connection, obvista::Notice& notice)
+VideoClient::VideoClient(const std::shared_ptr<KVConnection>& connection, obvista::Notice& notice)
     : fVideo(std::make_unique<KVProxy>(a_videoModule, connection, a_callTimeOut)),
       fNotice(notice),
       fThread([this] { xRun(); }) {

@@ -4,8 +4,6 @@
 #include <picture/camera_info.h>
 #include <robaxi/kv_error.h>
 
-#include <boost/shared_ptr.hpp>
-
 #include <condition_variable>
 #include <map>
 #include <memory>
@@ -52,7 +50,7 @@ struct VideoAnswers {
 class VideoClient {
   public:
     /** @param notice given when there are answers to take; must outlive the client */
-    VideoClient(const boost::shared_ptr<KVConnection>& connection, obvista::Notice& notice);
+    VideoClient(const std::shared_ptr<KVConnection>& connection, obvista::Notice& notice);
     /** Stops, as stop() does. */
     ~VideoClient();
     VideoClient(const VideoClient&) = delete;

@@ -2,8 +2,6 @@
 
 #include <base/safe_text.h>
 
-#include <boost/make_shared.hpp>
-
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -15,8 +13,7 @@ namespace {
 /** The text sent last, and the number of texts sent. */
 class Clipboard {
   public:
-    Clipboard(boost::shared_ptr<KVMemoryModule> memory,
-              std::function<void(const std::string&)> show)
+    Clipboard(std::shared_ptr<KVMemoryModule> memory, std::function<void(const std::string&)> show)
         : fMemory(std::move(memory)),
           fShow(std::move(show)),
           fTextId(fMemory->addKey({"Ballamor/Clipboard", "", "Last text sent", ""})),
@@ -31,7 +28,7 @@ class Clipboard {
     }
 
   private:
-    boost::shared_ptr<KVMemoryModule> fMemory;
+    std::shared_ptr<KVMemoryModule> fMemory;
     std::function<void(const std::string&)> fShow;
     std::uint32_t fTextId;
     std::uint32_t fCountId;
@@ -41,8 +38,8 @@ class Clipboard {
 
 }  // namespace
 
-boost::shared_ptr<KVModule> makeLedsModule(std::function<void(double)> start) {
-    auto module = boost::make_shared<KVModule>("KVLeds", "The lights of the robot.");
+std::shared_ptr<KVModule> makeLedsModule(std::function<void(double)> start) {
+    auto module = std::make_shared<KVModule>("KVLeds", "The lights of the robot.");
     module->bindMethod({"rasta", "rasta(duration: float)",
                         "Starts an animation in red, yellow and green of that many seconds."},
                        {KVValue::Type::Float},
@@ -53,10 +50,10 @@ boost::shared_ptr<KVModule> makeLedsModule(std::function<void(double)> start) {
     return module;
 }
 
-boost::shared_ptr<KVModule> makeBallamorModule(boost::shared_ptr<KVMemoryModule> memory,
-                                               std::function<void(const std::string&)> show) {
+std::shared_ptr<KVModule> makeBallamorModule(std::shared_ptr<KVMemoryModule> memory,
+                                             std::function<void(const std::string&)> show) {
     const auto clipboard = std::make_shared<Clipboard>(std::move(memory), std::move(show));
-    auto module = boost::make_shared<KVModule>("KVBallamor", "The behaviour editor.");
+    auto module = std::make_shared<KVModule>("KVBallamor", "The behaviour editor.");
     module->bindMethod({"sendClipboard", "sendClipboard(text: string)",
                         "Stores and shows a text of at most 4096 bytes."},
                        {KVValue::Type::String}, [clipboard](const KVValue::List& arguments) {

@@ -4,9 +4,8 @@
 #include <robaxi/kv_memory_module.h>
 #include <robaxi/kv_module.h>
 
-#include <boost/shared_ptr.hpp>
-
 #include <functional>
+#include <memory>
 #include <string>
 
 namespace robot {
@@ -19,15 +18,15 @@ constexpr int a_longestClipboard = 4096;
  *
  * @param start starts an animation of that many seconds; throws KVError to refuse it
  */
-boost::shared_ptr<KVModule> makeLedsModule(std::function<void(double duration)> start);
+std::shared_ptr<KVModule> makeLedsModule(std::function<void(double duration)> start);
 
 /**
  * Creates "KVBallamor": stores the text sent last in the memory and passes it on.
  *
  * @param show called with each text, one call at a time
  */
-boost::shared_ptr<KVModule> makeBallamorModule(boost::shared_ptr<KVMemoryModule> memory,
-                                               std::function<void(const std::string&)> show);
+std::shared_ptr<KVModule> makeBallamorModule(std::shared_ptr<KVMemoryModule> memory,
+                                             std::function<void(const std::string&)> show);
 
 }  // namespace robot
 

@@ -6,8 +6,7 @@
 
 #include <robaxi/kv_module.h>
 
-#include <boost/shared_ptr.hpp>
-
+#include <memory>
 #include <string>
 
 namespace robot {
@@ -40,7 +39,7 @@ class SimControls {
 /**
  * Creates "KVSim": injects faults into a simulated robot. @param controls must outlive the module
  */
-boost::shared_ptr<KVModule> makeSimModule(SimControls* controls);
+std::shared_ptr<KVModule> makeSimModule(SimControls* controls);
 
 }  // namespace robot
 

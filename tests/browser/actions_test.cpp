@@ -22,9 +22,8 @@
 #include <QUrl>
 #include <QtTest>
 
-#include <boost/make_shared.hpp>
-
 #include <condition_variable>
+#include <memory>
 #include <mutex>
 
 using KD::BrowseRobotsDialog;
@@ -36,13 +35,13 @@ namespace {
 class Robot {
   public:
     Robot() {
-        auto leds = boost::make_shared<KVModule>("KVLeds", "LEDs");
+        auto leds = std::make_shared<KVModule>("KVLeds", "LEDs");
         leds->bindMethod({"rasta", "rasta(duration: float)", "Runs an animation."},
                          {KVValue::Type::Float}, [this](const KVValue::List& arguments) {
                              xKeep("rasta " + std::to_string(arguments.at(0).toFloat()));
                              return KVValue();
                          });
-        auto editor = boost::make_shared<KVModule>("KVBallamor", "Behaviour editor");
+        auto editor = std::make_shared<KVModule>("KVBallamor", "Behaviour editor");
         editor->bindMethod({"sendClipboard", "sendClipboard(text: string)", "Takes a text."},
                            {KVValue::Type::String}, [this](const KVValue::List& arguments) {
                                xKeep("sendClipboard " + arguments.at(0).toString());

@@ -7,9 +7,8 @@
 #include <robaxi/kv_module.h>
 #include <robaxi/kv_value_table.h>
 
-#include <boost/make_shared.hpp>
-
 #include <chrono>
+#include <memory>
 #include <stdexcept>
 #include <utility>
 
@@ -19,8 +18,8 @@ namespace {
 
 using namespace robaxi::v1;
 
-boost::shared_ptr<KVModule> makeEcho() {
-    auto echo = boost::make_shared<KVModule>("KVEcho", "Says what it hears");
+std::shared_ptr<KVModule> makeEcho() {
+    auto echo = std::make_shared<KVModule>("KVEcho", "Says what it hears");
     echo->bindMethod({"echo", "", ""}, {KVValue::Type::Nothing},
                      [](const KVValue::List& arguments) { return arguments.front(); });
     echo->bindMethod({"fail", "", ""}, {KVValue::Type::String},
@@ -38,8 +37,8 @@ boost::shared_ptr<KVBroker> listenGuarded() {
     return listenOnLoopback(settings);
 }
 
-boost::shared_ptr<KVModule> makeMemory() {
-    const auto table = boost::make_shared<KVValueTable>();
+std::shared_ptr<KVModule> makeMemory() {
+    const auto table = std::make_shared<KVValueTable>();
     const KVValue::List list{1, 2.5, "three"};
     for (const KVValue& value : {KVValue(1), KVValue(2.5), KVValue("text"), KVValue(list)}) {
         KVKeyInfo key;
@@ -47,7 +46,7 @@ boost::shared_ptr<KVModule> makeMemory() {
         key.fWritable = true;
         table->addKey(key, value);
     }
-    auto memory = boost::make_shared<KVModule>("KVMemory", "Keeps values");
+    auto memory = std::make_shared<KVModule>("KVMemory", "Keeps values");
     memory->setValues(table);
     memory->bindMethod({"getData", "", ""}, {KVValue::Type::String},
                        [table](const KVValue::List& arguments) {

@@ -9,6 +9,7 @@
 #include <robaxi/kv_subscription.h>
 
 #include <condition_variable>
+#include <memory>
 #include <mutex>
 #include <set>
 
@@ -70,10 +71,10 @@ class Witness {
 /**
  * One connection for the whole run; opened again if it was lost while this program was suspended.
  */
-boost::shared_ptr<KVConnection> connection() {
+std::shared_ptr<KVConnection> connection() {
     obvista_fuzz::LyingRobot& robot = obvista_fuzz::LyingRobot::instance();
     constexpr int timeOut = 15;
-    static boost::shared_ptr<KVConnection> kept;
+    static std::shared_ptr<KVConnection> kept;
     if (!kept || !kept->isConnected()) {
         kept = KVConnection::open(robot.client(), obvista_fuzz::a_loopback, robot.port(), timeOut);
     }

@@ -44,7 +44,7 @@ class PythonRobot : public testing::Test {
         fPort = std::stoi(fProcess->output().substr(word.size()));
     }
 
-    boost::shared_ptr<KVConnection> connect() {
+    std::shared_ptr<KVConnection> connect() {
         return KVConnection::open(fClient, a_loopback, fPort, a_timeOut);
     }
 

@@ -96,7 +96,7 @@ class SentRate {
 
     mutable std::mutex fMutex;
     std::deque<std::int64_t> fTimes;
-    boost::shared_ptr<KVSubscription> fSubscription;
+    std::shared_ptr<KVSubscription> fSubscription;
 };
 
 /**

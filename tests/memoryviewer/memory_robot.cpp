@@ -4,17 +4,16 @@
 #include <robaxi/kv_module.h>
 #include <robaxi/kv_value_table.h>
 
-#include <boost/make_shared.hpp>
-
 #include <loopback_broker.h>
+#include <memory>
 
 namespace obvista_test {
 
 MemoryRobot::MemoryRobot(const std::string& name, Memory memory)
-    : fBroker(createTestBroker(name)), fTable(boost::make_shared<KVValueTable>()) {
+    : fBroker(createTestBroker(name)), fTable(std::make_shared<KVValueTable>()) {
     fPort = fBroker->getPort();
     if (memory == Memory::Offered) {
-        const auto module = boost::make_shared<KVModule>("KVMemory", "values of a test");
+        const auto module = std::make_shared<KVModule>("KVMemory", "values of a test");
         module->setValues(fTable);
         fBroker->addModule(module);
     }

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 
 class KVBroker;
@@ -39,7 +40,7 @@ class MemoryRobot {
 
   private:
     boost::shared_ptr<KVBroker> fBroker;
-    boost::shared_ptr<KVValueTable> fTable;
+    std::shared_ptr<KVValueTable> fTable;
     std::map<std::string, std::uint32_t> fIds;
     int fPort = 0;
 };

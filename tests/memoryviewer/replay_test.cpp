@@ -18,8 +18,6 @@
 #include <qwt_plot.h>
 #include <qwt_scale_map.h>
 
-#include <boost/make_shared.hpp>
-
 #include <algorithm>
 #include <cmath>
 #include <loopback_broker.h>
@@ -114,7 +112,7 @@ class ReplayTest : public QObject {
 
     std::unique_ptr<RobotWindow> fWindow;
     boost::shared_ptr<KVBroker> fBroker;
-    boost::shared_ptr<KVProxy> fControls;
+    std::shared_ptr<KVProxy> fControls;
 };
 
 void ReplayTest::init() {
@@ -127,7 +125,7 @@ void ReplayTest::init() {
     fBroker = createTestBroker("controls");
     const auto connection =
         KVConnection::open(fBroker, RobotProcess::address(), fWindow->robot().port(), 60);
-    fControls = boost::make_shared<KVProxy>("KVReplay", connection, 60.0);
+    fControls = std::make_shared<KVProxy>("KVReplay", connection, 60.0);
 }
 
 void ReplayTest::cleanup() {

@@ -17,7 +17,6 @@
 #include <boost/asio/read_until.hpp>
 #include <boost/asio/streambuf.hpp>
 #include <boost/asio/write.hpp>
-#include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -25,6 +24,7 @@
 #include <csignal>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <recording/check.h>
 #include <set>
@@ -55,13 +55,12 @@ constexpr std::int64_t a_robotTime = 1'600'000'000'000'000;
 class ValueRobot {
   public:
     explicit ValueRobot(const std::string& name)
-        : fBroker(obvista_test::createTestBroker(name)),
-          fTable(boost::make_shared<KVValueTable>()) {
+        : fBroker(obvista_test::createTestBroker(name)), fTable(std::make_shared<KVValueTable>()) {
         offerValues();
     }
 
     void offerValues() {
-        const auto module = boost::make_shared<KVModule>("KVMemory", "values of a test");
+        const auto module = std::make_shared<KVModule>("KVMemory", "values of a test");
         module->setValues(fTable);
         fBroker->addModule(module);
     }
@@ -83,7 +82,7 @@ class ValueRobot {
 
   private:
     boost::shared_ptr<KVBroker> fBroker;
-    boost::shared_ptr<KVValueTable> fTable;
+    std::shared_ptr<KVValueTable> fTable;
     std::map<std::string, std::uint32_t> fIds;
 };
 

@@ -13,13 +13,13 @@
 #include <robaxi/kv_proxy.h>
 #include <robaxi/kv_video_module.h>
 
-#include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <csignal>
 #include <map>
+#include <memory>
 #include <recording/check.h>
 
 namespace recording_test {
@@ -75,8 +75,8 @@ class Robot {
 
   private:
     boost::shared_ptr<KVBroker> fBroker;
-    boost::shared_ptr<KVMemoryModule> fMemory = boost::make_shared<KVMemoryModule>();
-    boost::shared_ptr<KVVideoModule> fVideo = boost::make_shared<KVVideoModule>();
+    std::shared_ptr<KVMemoryModule> fMemory = std::make_shared<KVMemoryModule>();
+    std::shared_ptr<KVVideoModule> fVideo = std::make_shared<KVVideoModule>();
     std::vector<std::uint32_t> fIds;
 };
 
@@ -140,7 +140,7 @@ TEST(Replay, RecordedAgainHasTheSameValuesAndFrames) {
     recorder.waitFor("frames", 2);
     const auto broker = obvista_test::createTestBroker("test");
     const auto connection = KVConnection::open(broker, RobotProcess::address(), replay.port(), 60);
-    const auto controls = boost::make_shared<KVProxy>("KVReplay", connection, 60.0);
+    const auto controls = std::make_shared<KVProxy>("KVReplay", connection, 60.0);
     // Each message by itself, so that the recorder misses none.
     Topics expected = topicsOf(original);
     int values = a_keys;

@@ -3,8 +3,9 @@
 
 #include <robaxi/kv_proxy.h>
 
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
+
+#include <memory>
 
 using namespace robaxi_test;
 using obvista_test::countListeningSockets;
@@ -90,7 +91,7 @@ TEST(Broker, IsCreatedFromOptions) {
     const auto server = KVBroker::createBroker(options);
     EXPECT_EQ(server->getName(), "Options");
     server->addModule(makeEcho());
-    const auto second = boost::make_shared<KVModule>("Second", "");
+    const auto second = std::make_shared<KVModule>("Second", "");
     EXPECT_CAUSE(errorOf([&] { server->addModule(second); }), TooMany);
     options.fAddress.clear();
     options.fParentAddress = a_loopback;

@@ -4,12 +4,12 @@
 #include <robaxi/kv_connection.h>
 #include <robaxi/kv_proxy.h>
 
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
 #include <future>
+#include <memory>
 #include <set>
 #include <stdexcept>
 #include <thread>
@@ -45,7 +45,7 @@ class Call : public testing::Test {
     Latch fLatch;
     BrokerPtr fServer = makeServer("Robot");
     BrokerPtr fClient = makeClient();
-    ModulePtr fModule = boost::make_shared<KVModule>("Slow", "Waits until it is told");
+    ModulePtr fModule = std::make_shared<KVModule>("Slow", "Waits until it is told");
 };
 
 std::future<KVError> errorOfCall(KVProxy& proxy, const std::string& method) {
@@ -116,7 +116,7 @@ TEST_F(Call, WithArgumentsThatDoNotFitSaysSo) {
 }
 
 TEST_F(Call, BringsTheMethodsOwnErrorWithItsCauseAndText) {
-    const auto thrower = boost::make_shared<KVModule>("Thrower", "");
+    const auto thrower = std::make_shared<KVModule>("Thrower", "");
     using Cause = KVError::Cause;
     const std::vector<Cause> causes{
         Cause::InvalidArgument, Cause::NameNotFound,    Cause::NoRoute,        Cause::Refused,
@@ -273,7 +273,7 @@ TEST_F(Call, InFlightEndsWhenTheProxyGoes) {
 }
 
 TEST_F(Call, MayComeFromAMethodOfTheSameBroker) {
-    const auto relay = boost::make_shared<KVModule>("Relay", "Calls itself through the network");
+    const auto relay = std::make_shared<KVModule>("Relay", "Calls itself through the network");
     relay->bindMethod({"down", "", ""}, {KVValue::Type::Int}, [this](const KVValue::List& a) {
         if (a[0].toInt() == 0) {
             return KVValue("bottom");
@@ -313,7 +313,7 @@ TEST_F(Call, IsWaitedForWhenItsModuleIsRemoved) {
 }
 
 TEST_F(Call, MayRemoveItsOwnModule) {
-    const auto suicidal = boost::make_shared<KVModule>("Once", "");
+    const auto suicidal = std::make_shared<KVModule>("Once", "");
     suicidal->bindMethod({"go", "", ""}, {}, [this](const KVValue::List&) {
         fServer->removeModule("Once");
         return KVValue("gone");

@@ -10,12 +10,11 @@
 #include <robaxi/kv_mutex.h>
 #include <robaxi/kv_value_table.h>
 
-#include <boost/make_shared.hpp>
-
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <memory>
 #include <string>
 
 using robaxi_test::BrokerPtr;
@@ -42,13 +41,13 @@ void report(const std::string& step) {
 
 /** Everything that needs no network. */
 BrokerPtr makeBrokerWithModule() {
-    const auto module = boost::make_shared<KVModule>("Local", "");
-    const auto table = boost::make_shared<KVValueTable>();
+    const auto module = std::make_shared<KVModule>("Local", "");
+    const auto table = std::make_shared<KVValueTable>();
     KVKeyInfo key;
     key.fName = "a";
     table->addKey(key, 1);
     module->setValues(table);
-    module->setFrames(boost::make_shared<KVFrameSource>());
+    module->setFrames(std::make_shared<KVFrameSource>());
     const KVCriticalSection section(KVMutex::createKVMutex());
     auto broker = robaxi_test::makeClient(KVSettings::load());
     broker->addModule(module);

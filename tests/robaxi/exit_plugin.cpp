@@ -7,23 +7,23 @@
 #include <robaxi/kv_subscription.h>
 #include <robaxi/kv_value_table.h>
 
-#include <boost/make_shared.hpp>
+#include <memory>
 
 namespace {
 
 struct Held {
     void fill() {
         fServer = robaxi_test::makeServer();
-        const auto table = boost::make_shared<KVValueTable>();
+        const auto table = std::make_shared<KVValueTable>();
         KVKeyInfo key;
         key.fName = "a";
         table->addKey(key, 1);
-        const auto module = boost::make_shared<KVModule>("Held", "");
+        const auto module = std::make_shared<KVModule>("Held", "");
         module->setValues(table);
         fServer->addModule(module);
         fClient = robaxi_test::makeClient();
-        fProxy = boost::make_shared<KVProxy>("Held", robaxi_test::a_loopback, fServer->getPort(),
-                                             fClient, 10, 0);
+        fProxy = std::make_shared<KVProxy>("Held", robaxi_test::a_loopback, fServer->getPort(),
+                                           fClient, 10, 0);
         fConnection = KVConnection::open(fClient, robaxi_test::a_loopback, fServer->getPort(), 10);
         fSubscription = KVSubscription::start(
             fConnection, "Held", KVSubscription::Selection::AllKeys, 100, fListener.callbacks());
@@ -33,9 +33,9 @@ struct Held {
     robaxi_test::RecordingListener fListener;
     robaxi_test::BrokerPtr fServer;
     robaxi_test::BrokerPtr fClient;
-    boost::shared_ptr<KVProxy> fProxy;
-    boost::shared_ptr<KVConnection> fConnection;
-    boost::shared_ptr<KVSubscription> fSubscription;
+    std::shared_ptr<KVProxy> fProxy;
+    std::shared_ptr<KVConnection> fConnection;
+    std::shared_ptr<KVSubscription> fSubscription;
 };
 
 Held held;

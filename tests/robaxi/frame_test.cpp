@@ -7,7 +7,6 @@
 #include <robaxi/kv_frame_stream.h>
 #include <robaxi/kv_proxy.h>
 
-#include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -34,8 +33,8 @@ class Frames : public testing::Test {
         fConnection = KVConnection::open(fClient, a_loopback, fServer->getPort(), 2);
     }
 
-    boost::shared_ptr<KVFrameStream> watch(FrameListener& listener,
-                                           const std::string& stream = "head") {
+    std::shared_ptr<KVFrameStream> watch(FrameListener& listener,
+                                         const std::string& stream = "head") {
         return KVFrameStream::start(fConnection, "Video", stream, listener.callbacks());
     }
 
@@ -52,9 +51,9 @@ class Frames : public testing::Test {
 
     BrokerPtr fServer = makeServer();
     BrokerPtr fClient = makeClient();
-    ModulePtr fVideo = boost::make_shared<KVModule>("Video", "Has cameras");
-    boost::shared_ptr<KVFrameSource> fSource = boost::make_shared<KVFrameSource>();
-    boost::shared_ptr<KVConnection> fConnection;
+    ModulePtr fVideo = std::make_shared<KVModule>("Video", "Has cameras");
+    std::shared_ptr<KVFrameSource> fSource = std::make_shared<KVFrameSource>();
+    std::shared_ptr<KVConnection> fConnection;
     FrameListener fListener;
 };
 
@@ -393,7 +392,7 @@ TEST_F(Frames, ShowInTheListOfModules) {
 
 TEST_F(Frames, MayBeStoppedFromTheirListener) {
     Camera camera(*fSource);
-    boost::shared_ptr<KVFrameStream> stream;
+    std::shared_ptr<KVFrameStream> stream;
     Latch isSet;
     std::promise<void> stopped;
     fListener.fOnFrame = [&] {
@@ -435,7 +434,7 @@ TEST_F(Frames, LeaveTheSourceFreeToGoWhileTheyAreWatched) {
 TEST_F(Frames, OfTooManyWatchedCamerasEnd) {
     constexpr std::size_t most = 16;
     std::vector<std::unique_ptr<FrameListener>> listeners;
-    std::vector<boost::shared_ptr<KVFrameStream>> streams;
+    std::vector<std::shared_ptr<KVFrameStream>> streams;
     fSource->publish("head", makeFrame(1, 10));
     for (std::size_t n = 0; n < most; ++n) {
         listeners.push_back(std::make_unique<FrameListener>());

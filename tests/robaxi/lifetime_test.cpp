@@ -9,7 +9,6 @@
 #include <robaxi/kv_subscription.h>
 #include <robaxi/kv_value_table.h>
 
-#include <boost/make_shared.hpp>
 #include <boost/weak_ptr.hpp>
 #include <gtest/gtest.h>
 
@@ -32,17 +31,16 @@ class World {
     enum Part { Server, Client, Proxy, Connection, Subscription, a_parts };
 
     World() {
-        const auto table = boost::make_shared<KVValueTable>();
+        const auto table = std::make_shared<KVValueTable>();
         const std::uint32_t id = table->addKey(named("a"), 0);
-        const auto module = boost::make_shared<KVModule>("World", "");
+        const auto module = std::make_shared<KVModule>("World", "");
         module->setValues(table);
         module->bindMethod({"wait", "", ""}, {}, [this](const KVValue::List&) {
             fLatch.enter();
             return KVValue();
         });
         fServer->addModule(module);
-        fProxy =
-            boost::make_shared<KVProxy>("World", a_loopback, fServer->getPort(), fClient, 20, 0);
+        fProxy = std::make_shared<KVProxy>("World", a_loopback, fServer->getPort(), fClient, 20, 0);
         fConnection = KVConnection::open(fClient, a_loopback, fServer->getPort(), 20);
         fSubscription = KVSubscription::start(
             fConnection, "World", KVSubscription::Selection::AllKeys, 1000, fListener.callbacks());
@@ -106,9 +104,9 @@ class World {
     RecordingListener fListener;
     BrokerPtr fServer = makeServer();
     BrokerPtr fClient = makeClient();
-    boost::shared_ptr<KVProxy> fProxy;
-    boost::shared_ptr<KVConnection> fConnection;
-    boost::shared_ptr<KVSubscription> fSubscription;
+    std::shared_ptr<KVProxy> fProxy;
+    std::shared_ptr<KVConnection> fConnection;
+    std::shared_ptr<KVSubscription> fSubscription;
     std::future<void> fCall;
     std::atomic<bool> fStop{false};
     std::thread fChanger;
@@ -147,7 +145,7 @@ TEST(Lifetime, OfABrokerMayEndInItsOwnMethod) {
     auto server = makeServer();
     const int port = server->getPort();
     std::promise<void> gone;
-    const auto module = boost::make_shared<KVModule>("Last", "");
+    const auto module = std::make_shared<KVModule>("Last", "");
     module->bindMethod({"end", "", ""}, {}, [&](const KVValue::List&) {
         server.reset();
         gone.set_value();

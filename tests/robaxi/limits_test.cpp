@@ -9,7 +9,6 @@
 #include <robaxi/kv_proxy.h>
 #include <robaxi/kv_value_table.h>
 
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -52,7 +51,7 @@ class Limits : public testing::Test {
                                          makeClient(with(limits)), 5, 0);
     }
 
-    boost::shared_ptr<KVConnection> connect(const KVSettings::Limits& limits = {}) const {
+    std::shared_ptr<KVConnection> connect(const KVSettings::Limits& limits = {}) const {
         return KVConnection::open(makeClient(with(limits)), a_loopback, fServer->getPort(), 5);
     }
 
@@ -77,8 +76,8 @@ class Limits : public testing::Test {
     }
 
     BrokerPtr fServer;
-    boost::shared_ptr<KVValueTable> fTable = boost::make_shared<KVValueTable>();
-    boost::shared_ptr<KVFrameSource> fSource = boost::make_shared<KVFrameSource>();
+    std::shared_ptr<KVValueTable> fTable = std::make_shared<KVValueTable>();
+    std::shared_ptr<KVFrameSource> fSource = std::make_shared<KVFrameSource>();
     KVSettings::Limits fLow;
 };
 
@@ -96,7 +95,7 @@ TEST_F(Limits, OnMessagesHoldForWhatTheRobotReceivesAndAnswers) {
     fLow.fMessage = 64 * a_kibibyte;
     serve(fLow);
     const auto caller = proxy();
-    const auto module = boost::make_shared<KVModule>("Talker", "");
+    const auto module = std::make_shared<KVModule>("Talker", "");
     module->bindMethod({"talk", "talk()", ""}, {},
                        [](const KVValue::List&) { return std::string(65 * a_kibibyte, 'x'); });
     fServer->addModule(module);
@@ -137,8 +136,8 @@ TEST_F(Limits, OnDepthHoldForWhatIsReceived) {
 TEST_F(Limits, OnModulesHold) {
     fLow.fModules = 2;
     serve(fLow);
-    fServer->addModule(boost::make_shared<KVModule>("Second", ""));
-    const auto third = boost::make_shared<KVModule>("Third", "");
+    fServer->addModule(std::make_shared<KVModule>("Second", ""));
+    const auto third = std::make_shared<KVModule>("Third", "");
     const KVError error = errorOf([&] { fServer->addModule(third); });
     EXPECT_CAUSE(error, TooMany);
     EXPECT_EQ(error.toString(),
@@ -168,7 +167,7 @@ TEST_F(Limits, OnSessionsOfAnAddressHold) {
     EXPECT_CAUSE(errorOf([&] { connect(); }), TooMany);
     first.reset();
     const auto deadline = std::chrono::steady_clock::now() + a_patience;
-    boost::shared_ptr<KVConnection> again;
+    std::shared_ptr<KVConnection> again;
     while (!again && std::chrono::steady_clock::now() < deadline) {
         try {
             again = connect();

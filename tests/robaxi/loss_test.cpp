@@ -67,7 +67,7 @@ class Loss : public testing::Test {
     const int fPort = obvista_test::freePort();
     BrokerPtr fClient = makeClient(impatientSettings());
     std::unique_ptr<ChildProcess> fRobot;
-    boost::shared_ptr<KVConnection> fConnection;
+    std::shared_ptr<KVConnection> fConnection;
     std::unique_ptr<KVError> fError;
 };
 

@@ -5,7 +5,6 @@
 #include <robaxi/kv_memory_module.h>
 #include <robaxi/kv_proxy.h>
 
-#include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -13,6 +12,7 @@
 #include <fstream>
 #include <iterator>
 #include <limits>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -41,8 +41,8 @@ class MemoryModule : public testing::Test {
     }
 
     BrokerPtr fServer = makeServer();
-    boost::shared_ptr<KVMemoryModule> fMemory = boost::make_shared<KVMemoryModule>();
-    boost::shared_ptr<KVConnection> fConnection;
+    std::shared_ptr<KVMemoryModule> fMemory = std::make_shared<KVMemoryModule>();
+    std::shared_ptr<KVConnection> fConnection;
     std::unique_ptr<KVProxy> fProxy;
 };
 

@@ -3,8 +3,9 @@
 #include <robaxi/kv_module.h>
 #include <robaxi/kv_value_table.h>
 
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
+
+#include <memory>
 
 using namespace robaxi_test;
 
@@ -35,7 +36,7 @@ TEST(Module, DescribesItself) {
                       returning({}));
     module.bindMethod({"off", "off()", "Darkens"}, {}, returning({}));
     EXPECT_FALSE(module.getInfo().fHasValues);
-    module.setValues(boost::make_shared<KVValueTable>());
+    module.setValues(std::make_shared<KVValueTable>());
 
     const KVModuleInfo info = module.getInfo();
     EXPECT_EQ(info.fName, "Leds");

@@ -6,7 +6,6 @@
 #include <robaxi/kv_subscription.h>
 #include <robaxi/kv_value_table.h>
 
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -64,15 +63,15 @@ class Subscription : public testing::Test {
         fConnection = KVConnection::open(makeClient(), a_loopback, fServer->getPort(), 2);
     }
 
-    boost::shared_ptr<KVSubscription> subscribe(
+    std::shared_ptr<KVSubscription> subscribe(
         double rate, KVSubscription::Selection selection = KVSubscription::Selection::AllKeys) {
         return KVSubscription::start(fConnection, "Memory", selection, rate, fListener.callbacks());
     }
 
     BrokerPtr fServer = makeServer();
-    ModulePtr fMemory = boost::make_shared<KVModule>("Memory", "Keeps values");
-    boost::shared_ptr<KVValueTable> fTable = boost::make_shared<KVValueTable>();
-    boost::shared_ptr<KVConnection> fConnection;
+    ModulePtr fMemory = std::make_shared<KVModule>("Memory", "Keeps values");
+    std::shared_ptr<KVValueTable> fTable = std::make_shared<KVValueTable>();
+    std::shared_ptr<KVConnection> fConnection;
     RecordingListener fListener;
 };
 
@@ -432,7 +431,7 @@ TEST_F(Subscription, IsRefusedWithARateOutOfRange) {
 TEST_F(Subscription, MayBeStoppedFromItsListener) {
     const std::uint32_t a = fTable->addKey(key("a"), 0);
     Changer changer(*fTable, a);
-    boost::shared_ptr<KVSubscription> subscription;
+    std::shared_ptr<KVSubscription> subscription;
     Latch isSet;
     std::promise<void> stopped;
     fListener.fOnValues = [&] {
@@ -452,7 +451,7 @@ TEST_F(Subscription, MayBeStoppedFromItsListener) {
 TEST_F(Subscription, MayBeDestroyedFromItsListener) {
     const std::uint32_t a = fTable->addKey(key("a"), 0);
     Changer changer(*fTable, a);
-    boost::shared_ptr<KVSubscription> subscription;
+    std::shared_ptr<KVSubscription> subscription;
     Latch isSet;
     std::promise<void> gone;
     fListener.fOnValues = [&] {
@@ -471,7 +470,7 @@ TEST_F(Subscription, MayBeDestroyedFromItsListener) {
 TEST_F(Subscription, KeepsARunningCallbackThatDestroysIt) {
     fTable->addKey(key("a"), 7);
     struct {
-        boost::shared_ptr<KVSubscription> fSubscription;
+        std::shared_ptr<KVSubscription> fSubscription;
         Latch fIsSet;
         std::atomic<bool> fIsReleased{false};
         std::promise<bool> fWasReleased;
@@ -513,7 +512,7 @@ TEST_F(Subscription, DoesNotCallItsListenerAnyMoreAfterStop) {
 }
 
 TEST_F(Subscription, OfWhichThereAreTooManyEnds) {
-    std::vector<boost::shared_ptr<KVSubscription>> subscriptions;
+    std::vector<std::shared_ptr<KVSubscription>> subscriptions;
     std::vector<std::unique_ptr<RecordingListener>> listeners;
     constexpr std::size_t most = 64;
     fTable->addKey(key("a"), 1);

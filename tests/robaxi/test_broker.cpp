@@ -1,8 +1,7 @@
 #include "test_broker.h"
 
-#include <boost/make_shared.hpp>
-
 #include <loopback_broker.h>
+#include <memory>
 #include <stdexcept>
 
 namespace robaxi_test {
@@ -24,7 +23,7 @@ BrokerPtr makeClient(const KVSettings& settings) {
 }
 
 ModulePtr makeEcho() {
-    auto echo = boost::make_shared<KVModule>("Echo", "Says what it hears");
+    auto echo = std::make_shared<KVModule>("Echo", "Says what it hears");
     echo->bindMethod({"echo", "echo(value)", "Returns its argument"}, {KVValue::Type::Nothing},
                      [](const KVValue::List& arguments) { return arguments.front(); });
     echo->bindMethod({"fail", "fail(reason: string)", "Fails"}, {KVValue::Type::String},

@@ -10,12 +10,13 @@
 
 #include <free_port.h>
 #include <functional>
+#include <memory>
 #include <string>
 
 namespace robaxi_test {
 
 using BrokerPtr = boost::shared_ptr<KVBroker>;
-using ModulePtr = boost::shared_ptr<KVModule>;
+using ModulePtr = std::shared_ptr<KVModule>;
 
 constexpr const char* a_loopback = "127.0.0.1";
 

@@ -4,8 +4,6 @@
 
 #include <robaxi/kv_value_table.h>
 
-#include <boost/make_shared.hpp>
-
 #include <atomic>
 #include <chrono>
 #include <cstdio>
@@ -16,12 +14,12 @@
 
 namespace {
 
-boost::shared_ptr<KVModule> makeTalker() {
+std::shared_ptr<KVModule> makeTalker() {
     constexpr std::size_t bytes = 100 * 1024;
     constexpr std::size_t texts = 1000;
     const auto runs = std::make_shared<std::atomic<int>>(0);
     const KVValue::List list(texts, std::string(bytes / texts, 'x'));
-    auto talker = boost::make_shared<KVModule>("Talker", "Has large results");
+    auto talker = std::make_shared<KVModule>("Talker", "Has large results");
     talker->bindMethod({"talk", "", ""}, {}, [list, runs](const KVValue::List&) {
         ++*runs;
         return list;
@@ -39,11 +37,11 @@ int main(int argc, char** argv) {
     try {
         const auto broker =
             KVBroker::createBroker({"Process", robaxi_test::a_loopback, std::atoi(argv[1])});
-        const auto table = boost::make_shared<KVValueTable>();
+        const auto table = std::make_shared<KVValueTable>();
         KVKeyInfo key;
         key.fName = "counter";
         const std::uint32_t counter = table->addKey(key, 0);
-        const auto memory = boost::make_shared<KVModule>("Memory", "Counts");
+        const auto memory = std::make_shared<KVModule>("Memory", "Counts");
         memory->setValues(table);
         broker->addModule(robaxi_test::makeEcho());
         broker->addModule(memory);

@@ -3,7 +3,6 @@
 #include "raw_peer.h"
 #include "test_broker.h"
 
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -20,7 +19,7 @@ class UnaryCalls : public testing::Test {
     explicit UnaryCalls(const KVSettings& settings = KVSettings()) {
         fServer = makeServer("Robot", settings);
         fServer->addModule(makeEcho());
-        const auto slow = boost::make_shared<KVModule>("Slow", "");
+        const auto slow = std::make_shared<KVModule>("Slow", "");
         slow->bindMethod("wait", [this] { fLatch.enter(); });
         slow->bindMethod("end", [this] {
             fServer.reset();

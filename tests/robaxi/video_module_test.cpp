@@ -6,7 +6,6 @@
 #include <robaxi/kv_proxy.h>
 #include <robaxi/kv_video_module.h>
 
-#include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -16,6 +15,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <mutex>
 #include <stdexcept>
 #include <string>
@@ -86,7 +86,7 @@ class VideoModule : public testing::Test {
         fProxy = std::make_unique<KVProxy>("KVVideo", fConnection, 20);
     }
 
-    boost::shared_ptr<KVFrameStream> watch(const std::string& camera, FrameListener& listener) {
+    std::shared_ptr<KVFrameStream> watch(const std::string& camera, FrameListener& listener) {
         return KVFrameStream::start(fConnection, "KVVideo", camera, listener.callbacks());
     }
 
@@ -106,8 +106,8 @@ class VideoModule : public testing::Test {
 
     WatchRecord fWatched;  // used until the module, which the server keeps, has ended
     BrokerPtr fServer = makeServer();
-    boost::shared_ptr<KVVideoModule> fVideo = boost::make_shared<KVVideoModule>();
-    boost::shared_ptr<KVConnection> fConnection;
+    std::shared_ptr<KVVideoModule> fVideo = std::make_shared<KVVideoModule>();
+    std::shared_ptr<KVConnection> fConnection;
     std::unique_ptr<KVProxy> fProxy;
 };
 

@@ -2,9 +2,10 @@
 
 #include <robaxi/kv_error.h>
 
-#include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <memory>
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -26,7 +27,7 @@ class ModulesTest : public testing::Test {
         return fMemory->getValues()->getValue(key).fValue;
     }
 
-    boost::shared_ptr<KVMemoryModule> fMemory = boost::make_shared<KVMemoryModule>();
+    std::shared_ptr<KVMemoryModule> fMemory = std::make_shared<KVMemoryModule>();
 };
 
 TEST_F(ModulesTest, ledsPassTheDurationOn) {

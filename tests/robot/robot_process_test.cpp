@@ -170,8 +170,8 @@ class SubscribedRobotTest : public RobotProcessTest {
 
     RobotProcess fRobot;
     Values fValues;
-    boost::shared_ptr<KVConnection> fConnection;
-    boost::shared_ptr<KVSubscription> fSubscription;
+    std::shared_ptr<KVConnection> fConnection;
+    std::shared_ptr<KVSubscription> fSubscription;
 };
 
 TEST_F(SubscribedRobotTest, valuesMove) {

@@ -11,18 +11,17 @@
 #include <robaxi/kv_module.h>
 #include <robaxi/kv_value_table.h>
 
-#include <boost/make_shared.hpp>
-
 #include <chrono>
 #include <cstdio>
+#include <memory>
 #include <thread>
 #include <vector>
 
 namespace {
 
-boost::shared_ptr<KVModule> valuesAlone() {
-    auto module = boost::make_shared<KVModule>("KVMemory", "Values without methods");
-    auto table = boost::make_shared<KVValueTable>();
+std::shared_ptr<KVModule> valuesAlone() {
+    auto module = std::make_shared<KVModule>("KVMemory", "Values without methods");
+    auto table = std::make_shared<KVValueTable>();
     for (int i = 0; i < 3; ++i) {
         KVKeyInfo key;
         key.fName = "Joint/" + std::to_string(i);
@@ -37,9 +36,9 @@ boost::shared_ptr<KVModule> valuesAlone() {
     return module;
 }
 
-boost::shared_ptr<KVModule> framesAlone() {
-    auto module = boost::make_shared<KVModule>("KVVideo", "A camera without methods");
-    module->setFrames(boost::make_shared<KVFrameSource>());
+std::shared_ptr<KVModule> framesAlone() {
+    auto module = std::make_shared<KVModule>("KVVideo", "A camera without methods");
+    module->setFrames(std::make_shared<KVFrameSource>());
     module->getFrames()->addStream("eye");
     return module;
 }
@@ -62,8 +61,8 @@ boost::shared_ptr<KVModule> framesAlone() {
     }
 }
 
-boost::shared_ptr<KVModule> methodsAlone() {
-    auto module = boost::make_shared<KVModule>("KVCalls", "Methods without values");
+std::shared_ptr<KVModule> methodsAlone() {
+    auto module = std::make_shared<KVModule>("KVCalls", "Methods without values");
     module->bindMethod("getData", [](const std::string& key) { return key + "'s value"; });
     return module;
 }

@@ -7,9 +7,8 @@
 #include <robaxi/kv_frame_source.h>
 #include <robaxi/kv_module.h>
 
-#include <boost/make_shared.hpp>
-
 #include <algorithm>
+#include <memory>
 #include <stdexcept>
 #include <thread>
 
@@ -41,12 +40,12 @@ std::int64_t now() {
 }  // namespace
 
 VideoRobot::VideoRobot(const std::string& name, Video video)
-    : fFrames(boost::make_shared<KVFrameSource>()), fBroker(createTestBroker(name)) {
+    : fFrames(std::make_shared<KVFrameSource>()), fBroker(createTestBroker(name)) {
     fPort = fBroker->getPort();
     if (video == Video::Missing) {
         return;
     }
-    const auto module = boost::make_shared<KVModule>("KVVideo", "cameras of a test");
+    const auto module = std::make_shared<KVModule>("KVVideo", "cameras of a test");
     module->bindMethod({"getCameras", "getCameras()", "Lists the cameras."}, {},
                        [this](const KVValue::List&) {
                            xWait();

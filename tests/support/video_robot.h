@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -68,7 +69,7 @@ class VideoRobot {
     KVValue xSetSettings(const KVValue::List& arguments);
     void xWait() const;
 
-    boost::shared_ptr<KVFrameSource> fFrames;
+    std::shared_ptr<KVFrameSource> fFrames;
     mutable std::mutex fMutex;     // guards all members below except the broker
     std::vector<Camera> fCameras;  // in the order in which they were added
     std::map<std::string, std::uint64_t> fNumbers;

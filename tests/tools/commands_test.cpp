@@ -10,13 +10,13 @@
 #include <robaxi/kv_error.h>
 #include <robaxi/kv_module.h>
 
-#include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <csignal>
 #include <future>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <sstream>
@@ -116,7 +116,7 @@ TEST_F(Commands, WhatTheRobotKeepsCannotReachTheTerminal) {
 
 TEST_F(Commands, ASlowMethodMayBeGivenMoreTime) {
     std::promise<void> ended;
-    const auto module = boost::make_shared<KVModule>("Slow", "");
+    const auto module = std::make_shared<KVModule>("Slow", "");
     module->bindMethod({"walk", "walk()", ""}, {},
                        [end = ended.get_future().share()](const KVValue::List&) {
                            end.wait();
@@ -223,7 +223,7 @@ TEST_F(Commands, GetNamesTheKeyThatIsMissing) {
 
 // A key may disappear between the list of keys and the request for its value.
 TEST_F(Commands, GetLeavesOutAKeyOfAPatternThatIsGone) {
-    const auto memory = boost::make_shared<KVModule>("KVMemory", "Values that come and go.");
+    const auto memory = std::make_shared<KVModule>("KVMemory", "Values that come and go.");
     memory->bindMethod({"getDataList", "", ""}, {KVValue::Type::String},
                        [](const KVValue::List& /*arguments*/) {
                            return KVValue::List{"a", "gone", "z"};

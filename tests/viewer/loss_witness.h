@@ -4,6 +4,7 @@
 #include <boost/shared_ptr.hpp>
 
 #include <condition_variable>
+#include <memory>
 #include <mutex>
 
 class KVBroker;
@@ -27,7 +28,7 @@ class LossWitness {
     std::condition_variable fCondition;
     bool fIsLost = false;
     boost::shared_ptr<KVBroker> fBroker;
-    boost::shared_ptr<KVConnection> fConnection;
+    std::shared_ptr<KVConnection> fConnection;
 };
 
 }  // namespace obvista_test

@@ -15,9 +15,8 @@
 #include <QtTest>
 #include <qt_test_main.h>
 
-#include <boost/make_shared.hpp>
-
 #include <loopback_broker.h>
+#include <memory>
 #include <mutex>
 
 using obvista_test::PlainLink;
@@ -44,7 +43,7 @@ class ReplayRobot {
         if (!isReplay) {
             return;
         }
-        const auto module = boost::make_shared<KVModule>("KVReplay", "a replay of a test");
+        const auto module = std::make_shared<KVModule>("KVReplay", "a replay of a test");
         module->setValues(fTable);
         add("Start", a_start);
         add("End", a_end);
@@ -97,7 +96,7 @@ class ReplayRobot {
     mutable std::mutex fMutex;
     std::vector<std::string> fCalls;
     std::map<std::string, std::uint32_t> fIds;
-    boost::shared_ptr<KVValueTable> fTable = boost::make_shared<KVValueTable>();
+    std::shared_ptr<KVValueTable> fTable = std::make_shared<KVValueTable>();
     boost::shared_ptr<KVBroker> fBroker;
 };
 

@@ -3,6 +3,7 @@
 #include "failure.h"
 
 #include <algorithm>
+#include <memory>
 
 namespace robaxi {
 
@@ -36,7 +37,7 @@ class HostedModules::Run {
     std::shared_ptr<Hosted> fHosted;
 };
 
-void HostedModules::add(boost::shared_ptr<KVModule> module) {
+void HostedModules::add(std::shared_ptr<KVModule> module) {
     if (!module) {
         throw KVError(KVError::Cause::InvalidArgument, "There is no module to host.");
     }
@@ -71,7 +72,7 @@ void HostedModules::remove(const std::string& name) {
     lock.unlock();  // before the module is destroyed
 }
 
-boost::shared_ptr<KVModule> HostedModules::find(const std::string& name) const {
+std::shared_ptr<KVModule> HostedModules::find(const std::string& name) const {
     const std::lock_guard lock(fMutex);
     const auto found = fModules.find(name);
     return found == fModules.end() ? nullptr : found->second->fModule;

@@ -4,8 +4,6 @@
 #include <robaxi/kv_module.h>
 #include <robaxi/robaxi_export.h>
 
-#include <boost/shared_ptr.hpp>
-
 #include <condition_variable>
 #include <map>
 #include <memory>
@@ -24,13 +22,13 @@ class ROBAXI_EXPORT HostedModules {
     HostedModules& operator=(const HostedModules&) = delete;
 
     /** @throws KVError InvalidArgument if the name is taken; TooMany */
-    void add(boost::shared_ptr<KVModule> module);
+    void add(std::shared_ptr<KVModule> module);
 
     /** Returns when no method of the module is running, except one from which it is called. */
     void remove(const std::string& name);
 
     /** Returns the module of that name, or null. */
-    boost::shared_ptr<KVModule> find(const std::string& name) const;
+    std::shared_ptr<KVModule> find(const std::string& name) const;
     std::vector<KVModuleInfo> getInfos() const;
 
     /**
@@ -44,7 +42,7 @@ class ROBAXI_EXPORT HostedModules {
 
   private:
     struct Hosted {
-        boost::shared_ptr<KVModule> fModule;
+        std::shared_ptr<KVModule> fModule;
         std::vector<std::thread::id> fRunners;  // threads inside a method, guarded by fMutex
     };
     class Run;

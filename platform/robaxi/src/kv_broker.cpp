@@ -6,6 +6,7 @@
 #include <robaxi/kv_error.h>
 #include <robaxi/kv_settings.h>
 
+#include <memory>
 #include <utility>
 
 namespace {
@@ -100,7 +101,7 @@ bool KVBroker::isListening() const {
     return fPrivate->fServer != nullptr;
 }
 
-void KVBroker::addModule(boost::shared_ptr<KVModule> module) {
+void KVBroker::addModule(std::shared_ptr<KVModule> module) {
     fPrivate->fModules->add(std::move(module));
 }
 

@@ -5,6 +5,7 @@
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_connection.h>
 
+#include <memory>
 #include <utility>
 
 using robaxi::Failure;
@@ -109,9 +110,8 @@ void KVConnection::Private::setStateHandler(StateHandler handler) {
     tell();
 }
 
-boost::shared_ptr<KVConnection> KVConnection::open(boost::shared_ptr<KVBroker> broker,
-                                                   const std::string& ip, int port,
-                                                   double timeOut) {
+std::shared_ptr<KVConnection> KVConnection::open(boost::shared_ptr<KVBroker> broker,
+                                                 const std::string& ip, int port, double timeOut) {
     if (!broker) {
         throw KVError(KVError::Cause::InvalidArgument, "A connection needs a broker.");
     }
@@ -124,7 +124,7 @@ boost::shared_ptr<KVConnection> KVConnection::open(boost::shared_ptr<KVBroker> b
         auto implementation = std::make_shared<Private>(std::move(broker), runtime, std::move(link),
                                                         std::move(target));
         implementation->start();
-        return boost::shared_ptr<KVConnection>(new KVConnection(std::move(implementation)));
+        return std::shared_ptr<KVConnection>(new KVConnection(std::move(implementation)));
     } catch (const Failure& failure) {
         throw robaxi::describe(target, failure);
     }

@@ -2,17 +2,18 @@
 
 #include <robaxi/kv_frame_stream.h>
 
+#include <memory>
 #include <utility>
 
 struct KVFrameStream::Private {
-    boost::shared_ptr<KVConnection> fConnection;
+    std::shared_ptr<KVConnection> fConnection;
     std::shared_ptr<robaxi::Stream> fStream;  // destroyed before the connection
 };
 
-boost::shared_ptr<KVFrameStream> KVFrameStream::start(boost::shared_ptr<KVConnection> connection,
-                                                      const std::string& module,
-                                                      const std::string& stream,
-                                                      Callbacks callbacks) {
+std::shared_ptr<KVFrameStream> KVFrameStream::start(std::shared_ptr<KVConnection> connection,
+                                                    const std::string& module,
+                                                    const std::string& stream,
+                                                    Callbacks callbacks) {
     if (!connection || module.empty() || stream.empty()) {
         throw KVError(KVError::Cause::InvalidArgument,
                       "Watching needs a connection and the names of a module and of a camera.");
@@ -23,7 +24,7 @@ boost::shared_ptr<KVFrameStream> KVFrameStream::start(boost::shared_ptr<KVConnec
     auto implementation = std::make_shared<Private>();
     implementation->fStream = link.fLink->watch(target, stream, std::move(callbacks));
     implementation->fConnection = std::move(connection);
-    return boost::shared_ptr<KVFrameStream>(new KVFrameStream(std::move(implementation)));
+    return std::shared_ptr<KVFrameStream>(new KVFrameStream(std::move(implementation)));
 }
 
 KVFrameStream::KVFrameStream(std::shared_ptr<Private> implementation)

@@ -6,6 +6,7 @@
 #include <robaxi/kv_value_table.h>
 
 #include <map>
+#include <memory>
 #include <utility>
 
 namespace {
@@ -49,8 +50,8 @@ struct KVModule::Private {
     std::string fDescription;
     std::map<std::string, std::size_t> fIndexOf;
     std::vector<BoundMethod> fMethods;  // in the order in which they were bound
-    boost::shared_ptr<KVValueTable> fValues;
-    boost::shared_ptr<KVFrameSource> fFrames;
+    std::shared_ptr<KVValueTable> fValues;
+    std::shared_ptr<KVFrameSource> fFrames;
 };
 
 KVModule::KVModule(const std::string& name, const std::string& description)
@@ -108,19 +109,19 @@ std::string KVModule::xSignature(const std::string& name,
     return results.empty() ? text : text + " -> " + nameOf(results.front());
 }
 
-void KVModule::setValues(boost::shared_ptr<KVValueTable> values) {
+void KVModule::setValues(std::shared_ptr<KVValueTable> values) {
     fPrivate->fValues = std::move(values);
 }
 
-boost::shared_ptr<KVValueTable> KVModule::getValues() const {
+std::shared_ptr<KVValueTable> KVModule::getValues() const {
     return fPrivate->fValues;
 }
 
-void KVModule::setFrames(boost::shared_ptr<KVFrameSource> frames) {
+void KVModule::setFrames(std::shared_ptr<KVFrameSource> frames) {
     fPrivate->fFrames = std::move(frames);
 }
 
-boost::shared_ptr<KVFrameSource> KVModule::getFrames() const {
+std::shared_ptr<KVFrameSource> KVModule::getFrames() const {
     return fPrivate->fFrames;
 }
 

@@ -5,6 +5,7 @@
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_proxy.h>
 
+#include <memory>
 #include <utility>
 
 /**
@@ -44,7 +45,7 @@ KVProxy::KVProxy(const std::string& moduleName, const std::string& ip, int port,
     fPrivate->fLink->listModules(fPrivate->fTarget, fPrivate->fOwner, deadline);
 }
 
-KVProxy::KVProxy(const std::string& moduleName, const boost::shared_ptr<KVConnection>& connection,
+KVProxy::KVProxy(const std::string& moduleName, const std::shared_ptr<KVConnection>& connection,
                  double timeOut)
     : fPrivate(std::make_shared<Private>()) {
     if (moduleName.empty() || !connection) {

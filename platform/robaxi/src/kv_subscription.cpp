@@ -2,6 +2,7 @@
 
 #include <robaxi/kv_subscription.h>
 
+#include <memory>
 #include <utility>
 
 namespace {
@@ -16,21 +17,21 @@ void checkRate(double rate) {
 }  // namespace
 
 struct KVSubscription::Private {
-    boost::shared_ptr<KVConnection> fConnection;
+    std::shared_ptr<KVConnection> fConnection;
     std::shared_ptr<robaxi::ValueStream> fStream;  // destroyed before the connection
 };
 
-boost::shared_ptr<KVSubscription> KVSubscription::start(boost::shared_ptr<KVConnection> connection,
-                                                        const std::string& module,
-                                                        Selection selection, double rate,
-                                                        Callbacks callbacks) {
+std::shared_ptr<KVSubscription> KVSubscription::start(std::shared_ptr<KVConnection> connection,
+                                                      const std::string& module,
+                                                      Selection selection, double rate,
+                                                      Callbacks callbacks) {
     return xStart(std::move(connection), module, selection, {}, rate, std::move(callbacks));
 }
 
-boost::shared_ptr<KVSubscription> KVSubscription::start(boost::shared_ptr<KVConnection> connection,
-                                                        const std::string& module,
-                                                        const std::vector<std::string>& names,
-                                                        double rate, Callbacks callbacks) {
+std::shared_ptr<KVSubscription> KVSubscription::start(std::shared_ptr<KVConnection> connection,
+                                                      const std::string& module,
+                                                      const std::vector<std::string>& names,
+                                                      double rate, Callbacks callbacks) {
     if (names.empty()) {
         throw KVError(KVError::Cause::InvalidArgument, "A subscription needs the names of keys.");
     }
@@ -38,11 +39,11 @@ boost::shared_ptr<KVSubscription> KVSubscription::start(boost::shared_ptr<KVConn
                   std::move(callbacks));
 }
 
-boost::shared_ptr<KVSubscription> KVSubscription::xStart(boost::shared_ptr<KVConnection> connection,
-                                                         const std::string& module,
-                                                         Selection selection,
-                                                         const std::vector<std::string>& names,
-                                                         double rate, Callbacks callbacks) {
+std::shared_ptr<KVSubscription> KVSubscription::xStart(std::shared_ptr<KVConnection> connection,
+                                                       const std::string& module,
+                                                       Selection selection,
+                                                       const std::vector<std::string>& names,
+                                                       double rate, Callbacks callbacks) {
     if (!connection || module.empty()) {
         throw KVError(KVError::Cause::InvalidArgument,
                       "A subscription needs a connection and the name of a module.");
@@ -55,7 +56,7 @@ boost::shared_ptr<KVSubscription> KVSubscription::xStart(boost::shared_ptr<KVCon
     implementation->fStream =
         link.fLink->subscribe(target, selection, names, rate, std::move(callbacks));
     implementation->fConnection = std::move(connection);
-    return boost::shared_ptr<KVSubscription>(new KVSubscription(std::move(implementation)));
+    return std::shared_ptr<KVSubscription>(new KVSubscription(std::move(implementation)));
 }
 
 KVSubscription::KVSubscription(std::shared_ptr<Private> implementation)

@@ -6,6 +6,7 @@
 #include <robaxi/kv_proxy.h>
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 namespace memoryviewer {
@@ -32,7 +33,7 @@ std::vector<CurvePoint> pointsOf(const KVValue::Map& answer) {
 
 }  // namespace
 
-HistoryClient::HistoryClient(const boost::shared_ptr<KVConnection>& connection,
+HistoryClient::HistoryClient(const std::shared_ptr<KVConnection>& connection,
                              obvista::Notice& notice)
     : fReplay(std::make_unique<KVProxy>("KVReplay", connection, a_timeOut)), fNotice(notice) {
 }

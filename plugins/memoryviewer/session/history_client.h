@@ -3,8 +3,6 @@
 
 #include "plots/curve_history.h"
 
-#include <boost/shared_ptr.hpp>
-
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
@@ -55,7 +53,7 @@ class HistoryClient {
     static constexpr std::size_t a_points = 4000;
 
     /** @param notice given for each answer; must outlive the client */
-    HistoryClient(const boost::shared_ptr<KVConnection>& connection, obvista::Notice& notice);
+    HistoryClient(const std::shared_ptr<KVConnection>& connection, obvista::Notice& notice);
     /** Ends the call in flight. Returns when no thread is calling. */
     ~HistoryClient();
     HistoryClient(const HistoryClient&) = delete;

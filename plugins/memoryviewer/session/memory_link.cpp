@@ -4,6 +4,7 @@
 
 #include <robaxi/kv_connection.h>
 
+#include <memory>
 #include <utility>
 
 namespace memoryviewer {
@@ -66,8 +67,8 @@ std::unique_ptr<ValueWriter> MemoryLink::makeWriter() const {
     return std::make_unique<RobotWriter>(fBroker, address(), port(), a_writeTimeOut);
 }
 
-boost::shared_ptr<KVSubscription> MemoryLink::xSubscribe(double rate,
-                                                         KVSubscription::Callbacks callbacks) {
+std::shared_ptr<KVSubscription> MemoryLink::xSubscribe(double rate,
+                                                       KVSubscription::Callbacks callbacks) {
     return KVSubscription::start(connection(), a_module, KVSubscription::Selection::ChosenKeys,
                                  rate, std::move(callbacks));
 }

@@ -56,14 +56,14 @@ class MemoryLink : public obvista::RobotLink {
     void stop() override;
 
   private:
-    boost::shared_ptr<KVSubscription> xSubscribe(double rate, KVSubscription::Callbacks callbacks);
+    std::shared_ptr<KVSubscription> xSubscribe(double rate, KVSubscription::Callbacks callbacks);
 
     const boost::shared_ptr<KVBroker> fBroker;
     MemoryFeed fFeed{notice()};
     SubscriptionPlan fPlan;
     int fRate;
-    boost::shared_ptr<KVSubscription> fFast;
-    boost::shared_ptr<KVSubscription> fSlow;  // only while it is needed
+    std::shared_ptr<KVSubscription> fFast;
+    std::shared_ptr<KVSubscription> fSlow;  // only while it is needed
     std::unique_ptr<HistoryClient> fHistory;
 };
 

@@ -5,6 +5,7 @@
 #include <robaxi/kv_proxy.h>
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 namespace obvista {
@@ -40,7 +41,7 @@ void set(ReplayState& state, const std::string& name, const KVValue& value) {
 
 }  // namespace
 
-ReplayClient::ReplayClient(const boost::shared_ptr<KVConnection>& connection, Notice& notice)
+ReplayClient::ReplayClient(const std::shared_ptr<KVConnection>& connection, Notice& notice)
     : fProxy(std::make_unique<KVProxy>(a_module, connection, a_timeOut)), fNotice(notice) {
     KVSubscription::Callbacks callbacks;
     callbacks.fKeysAdded = [this](const std::vector<KVKeyInfo>& keys) { xTakeKeys(keys); };

@@ -6,8 +6,6 @@
 #include <robaxi/kv_subscription.h>
 #include <robaxi/kv_value.h>
 
-#include <boost/shared_ptr.hpp>
-
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
@@ -29,7 +27,7 @@ namespace obvista {
 class ReplayClient {
   public:
     /** @param notice given for each change of the state; must outlive this object */
-    ReplayClient(const boost::shared_ptr<KVConnection>& connection, Notice& notice);
+    ReplayClient(const std::shared_ptr<KVConnection>& connection, Notice& notice);
     /** Returns when no callback is running. Calls in flight are cancelled. */
     ~ReplayClient();
     ReplayClient(const ReplayClient&) = delete;
@@ -59,7 +57,7 @@ class ReplayClient {
     std::condition_variable fHasCall;
     bool fIsStopping = false;
     std::thread fThread;  ///< started with the first call
-    boost::shared_ptr<KVSubscription> fSubscription;
+    std::shared_ptr<KVSubscription> fSubscription;
 };
 
 }  // namespace obvista

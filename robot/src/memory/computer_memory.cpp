@@ -1,11 +1,12 @@
 #include "memory/computer_memory.h"
 
+#include <memory>
 #include <set>
 #include <utility>
 
 namespace robot {
 
-ComputerMemory::ComputerMemory(ComputerFigures figures, boost::shared_ptr<KVMemoryModule> module)
+ComputerMemory::ComputerMemory(ComputerFigures figures, std::shared_ptr<KVMemoryModule> module)
     : fFigures(std::move(figures)), fModule(std::move(module)) {
     update(0);
 }

@@ -6,8 +6,7 @@
 
 #include <robaxi/kv_memory_module.h>
 
-#include <boost/shared_ptr.hpp>
-
+#include <memory>
 #include <mutex>
 #include <unordered_map>
 
@@ -17,7 +16,7 @@ namespace robot {
 class ComputerMemory : public MemorySource {
   public:
     /** Adds the values that can be read immediately. */
-    ComputerMemory(ComputerFigures figures, boost::shared_ptr<KVMemoryModule> module);
+    ComputerMemory(ComputerFigures figures, std::shared_ptr<KVMemoryModule> module);
 
     std::chrono::microseconds period() const override { return std::chrono::seconds(1); }
     void update(std::uint64_t step) override;
@@ -27,7 +26,7 @@ class ComputerMemory : public MemorySource {
 
     std::mutex fMutex;  // guards all members
     ComputerFigures fFigures;
-    boost::shared_ptr<KVMemoryModule> fModule;
+    std::shared_ptr<KVMemoryModule> fModule;
     std::unordered_map<std::string, std::uint32_t> fIds;
 };
 

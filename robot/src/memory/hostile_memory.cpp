@@ -2,6 +2,7 @@
 
 #include <array>
 #include <limits>
+#include <memory>
 #include <string>
 
 namespace robot {
@@ -67,8 +68,7 @@ KVMemoryKey keyOf(const std::string& name, const std::string& unit, const KVValu
 
 }  // namespace
 
-HostileMemory::HostileMemory(boost::shared_ptr<KVMemoryModule> module)
-    : fModule(std::move(module)) {
+HostileMemory::HostileMemory(std::shared_ptr<KVMemoryModule> module) : fModule(std::move(module)) {
     xAddTexts();
     xAddNumbers();
     xAddShapes();

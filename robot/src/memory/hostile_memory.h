@@ -5,10 +5,9 @@
 
 #include <robaxi/kv_memory_module.h>
 
-#include <boost/shared_ptr.hpp>
-
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -25,7 +24,7 @@ class HostileMemory : public MemorySource {
     /** Length of the long texts in bytes. */
     static constexpr std::size_t a_longText = 10'000'000;
 
-    explicit HostileMemory(boost::shared_ptr<KVMemoryModule> module);
+    explicit HostileMemory(std::shared_ptr<KVMemoryModule> module);
 
     std::chrono::microseconds period() const override { return std::chrono::milliseconds(500); }
     void update(std::uint64_t step) override;
@@ -40,7 +39,7 @@ class HostileMemory : public MemorySource {
     void xAddNames();
     void xAddVanishing();
 
-    boost::shared_ptr<KVMemoryModule> fModule;
+    std::shared_ptr<KVMemoryModule> fModule;
     std::vector<std::pair<std::uint32_t, Evaluate>> fChanging;
     std::vector<std::string> fVanishing;  // empty while the keys do not exist
 };

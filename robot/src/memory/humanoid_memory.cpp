@@ -1,10 +1,11 @@
 #include "memory/humanoid_memory.h"
 
+#include <memory>
 #include <utility>
 
 namespace robot {
 
-HumanoidMemory::HumanoidMemory(std::uint64_t seed, boost::shared_ptr<KVMemoryModule> module)
+HumanoidMemory::HumanoidMemory(std::uint64_t seed, std::shared_ptr<KVMemoryModule> module)
     : fModel(seed), fModule(std::move(module)) {
     const std::vector<KVValue> values = fModel.evaluate(fStep, fInputs);
     fIds.reserve(values.size());

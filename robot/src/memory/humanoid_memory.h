@@ -6,8 +6,7 @@
 
 #include <robaxi/kv_memory_module.h>
 
-#include <boost/shared_ptr.hpp>
-
+#include <memory>
 #include <mutex>
 #include <vector>
 
@@ -17,7 +16,7 @@ namespace robot {
 class HumanoidMemory : public MemorySource {
   public:
     /** Adds the keys with their values of step 0, and handles their writes from then on. */
-    HumanoidMemory(std::uint64_t seed, boost::shared_ptr<KVMemoryModule> module);
+    HumanoidMemory(std::uint64_t seed, std::shared_ptr<KVMemoryModule> module);
     /** Removes the keys. Requires that no write is running. */
     ~HumanoidMemory() override;
     HumanoidMemory(const HumanoidMemory&) = delete;
@@ -41,7 +40,7 @@ class HumanoidMemory : public MemorySource {
     void xShow();
 
     const HumanoidModel fModel;
-    boost::shared_ptr<KVMemoryModule> fModule;
+    std::shared_ptr<KVMemoryModule> fModule;
     std::vector<std::uint32_t> fIds;
     mutable std::mutex fMutex;  // guards the members below, and orders changes of the table
     std::uint64_t fStep = 0;

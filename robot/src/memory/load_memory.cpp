@@ -6,6 +6,7 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <memory>
 
 namespace robot {
 
@@ -82,7 +83,7 @@ std::chrono::microseconds periodOf(double rate) {
 
 }  // namespace
 
-LoadMemory::LoadMemory(const Load& load, boost::shared_ptr<KVMemoryModule> module)
+LoadMemory::LoadMemory(const Load& load, std::shared_ptr<KVMemoryModule> module)
     : fPeriod(periodOf(load.fRate)), fModule(std::move(module)) {
     xAddKeys(load);
 }

@@ -5,10 +5,9 @@
 
 #include <robaxi/kv_memory_module.h>
 
-#include <boost/shared_ptr.hpp>
-
 #include <chrono>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -34,7 +33,7 @@ struct Load {
 class LoadMemory : public MemorySource {
   public:
     /** Adds the keys with their values of step 0. */
-    LoadMemory(const Load& load, boost::shared_ptr<KVMemoryModule> module);
+    LoadMemory(const Load& load, std::shared_ptr<KVMemoryModule> module);
 
     std::chrono::microseconds period() const override { return fPeriod; }
     void update(std::uint64_t step) override;
@@ -49,7 +48,7 @@ class LoadMemory : public MemorySource {
     void xMarkChanging(const Load& load, std::vector<bool>& isChanging) const;
 
     const std::chrono::microseconds fPeriod;
-    boost::shared_ptr<KVMemoryModule> fModule;
+    std::shared_ptr<KVMemoryModule> fModule;
     std::vector<Key> fChanging;
     std::vector<std::pair<std::uint32_t, KVValue>> fValues;  // of the changing keys, reused
 };

@@ -3,9 +3,8 @@
 #include <base/time.h>
 #include <robaxi/kv_error.h>
 
-#include <boost/make_shared.hpp>
-
 #include <algorithm>
+#include <memory>
 
 namespace robot {
 
@@ -51,7 +50,7 @@ KVValue stateMap(const Player& player, const ReplayValues& values) {
 }  // namespace
 
 ReplayValues::ReplayValues()
-    : fTable(boost::make_shared<KVValueTable>()),
+    : fTable(std::make_shared<KVValueTable>()),
       fPosition(
           addKey(*fTable, "Position", "µs", "Time in the recording, since 1970-01-01 UTC", 0)),
       fIsPlaying(addKey(*fTable, "Playing", "", "True while it plays", false)),
@@ -78,9 +77,9 @@ void ReplayValues::set(const PlayerState& state) {
                        {fFault, state.fFault}});
 }
 
-boost::shared_ptr<KVModule> makeReplayModule(Player& player, KeyHistory& history,
-                                             const ReplayValues& values) {
-    auto module = boost::make_shared<KVModule>("KVReplay", "The replay of a recording.");
+std::shared_ptr<KVModule> makeReplayModule(Player& player, KeyHistory& history,
+                                           const ReplayValues& values) {
+    auto module = std::make_shared<KVModule>("KVReplay", "The replay of a recording.");
     module->setValues(values.table());
     module->bindMethod(
         "getState", [&player, &values] { return stateMap(player, values).toMap(); },

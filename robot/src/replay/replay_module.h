@@ -6,7 +6,7 @@
 
 #include <robaxi/kv_module.h>
 
-#include <boost/shared_ptr.hpp>
+#include <memory>
 
 namespace robot {
 
@@ -15,14 +15,14 @@ class ReplayValues {
   public:
     ReplayValues();
 
-    const boost::shared_ptr<KVValueTable>& table() const { return fTable; }
+    const std::shared_ptr<KVValueTable>& table() const { return fTable; }
     /** @param clockOffset the recorder's clock minus the robot's, nanoseconds */
     void setTimes(std::uint64_t start, std::uint64_t end, std::int64_t clockOffset);
     void set(const PlayerState& state);
     KVValue clockOffset() const { return fTable->getValue("ClockOffset").fValue; }
 
   private:
-    const boost::shared_ptr<KVValueTable> fTable;
+    const std::shared_ptr<KVValueTable> fTable;
     std::uint32_t fPosition;
     std::uint32_t fIsPlaying;
     std::uint32_t fSpeed;
@@ -34,8 +34,8 @@ class ReplayValues {
 };
 
 /** Creates "KVReplay": the controls of a replay. All must outlive the module. */
-boost::shared_ptr<KVModule> makeReplayModule(Player& player, KeyHistory& history,
-                                             const ReplayValues& values);
+std::shared_ptr<KVModule> makeReplayModule(Player& player, KeyHistory& history,
+                                           const ReplayValues& values);
 
 }  // namespace robot
 

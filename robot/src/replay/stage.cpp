@@ -4,11 +4,10 @@
 #include <base/time.h>
 #include <robaxi/kv_error.h>
 
-#include <boost/make_shared.hpp>
-
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <memory>
 #include <recorded_robot/recorded_value.h>
 #include <utility>
 
@@ -58,7 +57,7 @@ double rateOf(const Reader& reader, std::uint16_t channel) {
 
 Stage::Stage(Reader& reader, const recorded_robot::RecordedRobot& robot,
              const std::function<void(const std::string&)>& complain)
-    : fMemory(boost::make_shared<KVMemoryModule>("The recorded values of a robot.")),
+    : fMemory(std::make_shared<KVMemoryModule>("The recorded values of a robot.")),
       fStart(static_cast<std::int64_t>(reader.statistics().fStart /
                                        base::a_nanosecondsPerMicrosecond)) {
     for (const auto& [id, recorded] : robot.fChannels) {
@@ -151,7 +150,7 @@ void Stage::xAddCamera(Reader& reader, const std::string& name, std::uint16_t fi
         return;
     }
     if (!fVideo) {
-        fVideo = boost::make_shared<KVVideoModule>("The recorded cameras of a robot.");
+        fVideo = std::make_shared<KVVideoModule>("The recorded cameras of a robot.");
     }
     const KVFrame& frame = *camera.fFirst;
     fVideo->addCamera({{name,

@@ -5,8 +5,6 @@
 #include <robaxi/kv_memory_module.h>
 #include <robaxi/kv_video_module.h>
 
-#include <boost/shared_ptr.hpp>
-
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -40,9 +38,9 @@ class Stage {
     Stage(recording::Reader& reader, const recorded_robot::RecordedRobot& robot,
           const std::function<void(const std::string&)>& complain);
 
-    boost::shared_ptr<KVMemoryModule> memory() const { return fMemory; }
+    std::shared_ptr<KVMemoryModule> memory() const { return fMemory; }
     /** Null if there are no cameras. */
-    boost::shared_ptr<KVVideoModule> video() const { return fVideo; }
+    std::shared_ptr<KVVideoModule> video() const { return fVideo; }
 
     /** Channels of which the newest message is all that there is to show at a time. */
     const std::set<std::uint16_t>& channels() const { return fChannels; }
@@ -100,8 +98,8 @@ class Stage {
     std::uint32_t xIdOf(const std::string& key);
     void xRemove(const std::string& key);
 
-    const boost::shared_ptr<KVMemoryModule> fMemory;
-    boost::shared_ptr<KVVideoModule> fVideo;
+    const std::shared_ptr<KVMemoryModule> fMemory;
+    std::shared_ptr<KVVideoModule> fVideo;
     std::map<std::uint16_t, Channel> fChannelsById;
     std::set<std::uint16_t> fChannels;
     std::set<std::uint16_t> fHistories;

@@ -5,9 +5,6 @@
 
 #include <robaxi/kv_video_module.h>
 
-#include <boost/make_shared.hpp>
-#include <boost/shared_ptr.hpp>
-
 #include <atomic>
 #include <memory>
 #include <mutex>
@@ -28,7 +25,7 @@ class Video {
     /** Adds the cameras. Call it once. */
     void add(const std::vector<KVCamera>& cameras);
 
-    const boost::shared_ptr<KVVideoModule>& module() const { return fModule; }
+    const std::shared_ptr<KVVideoModule>& module() const { return fModule; }
 
     /** Sends a frame of a camera that makes them by itself; its fault is applied. */
     void publish(const std::string& camera, const KVFrame& frame);
@@ -52,7 +49,7 @@ class Video {
 
     Channel& xFind(const std::string& name) const;
 
-    const boost::shared_ptr<KVVideoModule> fModule = boost::make_shared<KVVideoModule>();
+    const std::shared_ptr<KVVideoModule> fModule = std::make_shared<KVVideoModule>();
     std::mutex fChangeMutex;                          // one change of faults at a time
     std::vector<std::unique_ptr<Channel>> fChannels;  // not changed after add()
 };

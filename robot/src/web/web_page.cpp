@@ -10,6 +10,7 @@
 #include <array>
 #include <cstdio>
 #include <map>
+#include <memory>
 #include <utility>
 
 namespace robot {
@@ -82,8 +83,8 @@ std::string shortText(const KVValue& value, const std::string& unit) {
 }
 
 WebPage::WebPage(std::string name, std::string description,
-                 std::vector<boost::shared_ptr<KVModule>> modules,
-                 boost::shared_ptr<KVValueTable> values)
+                 std::vector<std::shared_ptr<KVModule>> modules,
+                 std::shared_ptr<KVValueTable> values)
     : fName(std::move(name)),
       fDescription(std::move(description)),
       fModules(std::move(modules)),
@@ -175,7 +176,7 @@ update();
 
 std::string WebPage::xModules() const {
     std::string rows;
-    for (const boost::shared_ptr<KVModule>& module : fModules) {
+    for (const std::shared_ptr<KVModule>& module : fModules) {
         const KVModuleInfo info = module->getInfo();
         std::string methods;
         for (const KVMethodInfo& method : info.fMethods) {

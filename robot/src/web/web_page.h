@@ -4,8 +4,7 @@
 #include <robaxi/kv_module.h>
 #include <robaxi/kv_value_table.h>
 
-#include <boost/shared_ptr.hpp>
-
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -18,8 +17,7 @@ namespace robot {
 class WebPage {
   public:
     WebPage(std::string name, std::string description,
-            std::vector<boost::shared_ptr<KVModule>> modules,
-            boost::shared_ptr<KVValueTable> values);
+            std::vector<std::shared_ptr<KVModule>> modules, std::shared_ptr<KVValueTable> values);
 
     std::string html() const;
     /** Returns the values as the page shows them: an object from identifier to text. */
@@ -33,8 +31,8 @@ class WebPage {
 
     std::string fName;
     std::string fDescription;
-    std::vector<boost::shared_ptr<KVModule>> fModules;
-    boost::shared_ptr<KVValueTable> fValues;
+    std::vector<std::shared_ptr<KVModule>> fModules;
+    std::shared_ptr<KVValueTable> fValues;
 };
 
 /** Returns a short text for a value; not yet escaped for HTML. */

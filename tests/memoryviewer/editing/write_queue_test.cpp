@@ -9,8 +9,6 @@
 #include <QtTest>
 #include <qt_test_main.h>
 
-#include <boost/make_shared.hpp>
-
 #include <atomic>
 #include <condition_variable>
 #include <loopback_broker.h>
@@ -30,7 +28,7 @@ constexpr std::uint32_t a_otherId = 5;
 class Robot {
   public:
     Robot() : fBroker(obvista_test::createTestBroker("TestRobot")) {
-        const auto module = boost::make_shared<KVModule>("KVMemory", "values of a test");
+        const auto module = std::make_shared<KVModule>("KVMemory", "values of a test");
         module->bindMethod({"setData", "setData(key: string, value: value)", ""},
                            {KVValue::Type::String, KVValue::Type::Nothing},
                            [this](const KVValue::List& arguments) {

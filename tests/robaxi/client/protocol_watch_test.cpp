@@ -6,11 +6,11 @@
 #include <robaxi/kv_connection.h>
 #include <robaxi/kv_frame_source.h>
 
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -60,7 +60,7 @@ class WatchingClient : public testing::Test {
 
     RawServer fRobot;
     FrameListener fListener;
-    boost::shared_ptr<KVFrameStream> fStream;
+    std::shared_ptr<KVFrameStream> fStream;
 };
 
 /** Our robot, and a client that sends test data. */
@@ -68,7 +68,7 @@ class WatchedRobot : public testing::Test {
   protected:
     WatchedRobot() {
         fSource->addStream("head");
-        const auto video = boost::make_shared<KVModule>("Video", "");
+        const auto video = std::make_shared<KVModule>("Video", "");
         video->setFrames(fSource);
         fServer->addModule(video);
     }
@@ -82,7 +82,7 @@ class WatchedRobot : public testing::Test {
     }
 
     BrokerPtr fServer = makeServer("Robot");
-    boost::shared_ptr<KVFrameSource> fSource = boost::make_shared<KVFrameSource>();
+    std::shared_ptr<KVFrameSource> fSource = std::make_shared<KVFrameSource>();
     RawClient fClient{fServer->getPort()};
     grpc::ClientContext fContext;
 };

@@ -9,9 +9,9 @@
 #include <robaxi/kv_proxy.h>
 #include <robaxi/kv_value_table.h>
 
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <sys/stat.h>
 
 using namespace obvista_test;
@@ -65,8 +65,8 @@ class Security : public testing::Test {
 TEST_F(Security, WithTlsCarriesCallsValuesAndFrames) {
     const auto server = makeServer("Robot", serverOf(fCertificate));
     const auto module = makeEcho();
-    const auto table = boost::make_shared<KVValueTable>();
-    const auto source = boost::make_shared<KVFrameSource>();
+    const auto table = std::make_shared<KVValueTable>();
+    const auto source = std::make_shared<KVFrameSource>();
     KVKeyInfo key;
     key.fName = "a";
     table->addKey(key, 1);

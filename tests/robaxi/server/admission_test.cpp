@@ -4,7 +4,6 @@
 #include "raw_peer.h"
 #include "test_broker.h"
 
-#include <boost/make_shared.hpp>
 #include <grpcpp/create_channel_posix.h>
 #include <gtest/gtest.h>
 
@@ -48,7 +47,7 @@ class Admission : public testing::Test {
     void serve(const KVSettings& settings) {
         fServer = makeServer("Robot", settings);
         fServer->addModule(makeEcho());
-        const auto slow = boost::make_shared<KVModule>("Slow", "");
+        const auto slow = std::make_shared<KVModule>("Slow", "");
         slow->bindMethod("hold", [this](const std::string& /*text*/) { fLatch.enter(); });
         fServer->addModule(slow);
     }

@@ -10,12 +10,12 @@
 #include <robaxi/kv_proxy.h>
 #include <robaxi/kv_value_table.h>
 
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <cstdlib>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 
@@ -138,7 +138,7 @@ TEST_F(ProtocolServer, AnswersValuesThatBreakTheProtocolWithAnError) {
 
 TEST_F(ProtocolServer, SendsATextThatIsNotUtf8AsBytes) {
     const std::string latin1 = "caf\xE9";
-    const auto quoting = boost::make_shared<KVModule>("Quoting", "");
+    const auto quoting = std::make_shared<KVModule>("Quoting", "");
     quoting->bindMethod("latin1", [latin1] { return latin1; });
     quoting->bindMethod("key", [latin1] { return KVValue::Map{{latin1, 1}, {"plain", 2}}; });
     fServer->addModule(quoting);
@@ -207,7 +207,7 @@ TEST_F(ProtocolServer, SendsPartsOnlyToAClientThatTakesThem) {
 
 TEST_F(ProtocolServer, LetsCallsBeyondTheLimitWait) {
     Latch latch;
-    const auto slow = boost::make_shared<KVModule>("Slow", "");
+    const auto slow = std::make_shared<KVModule>("Slow", "");
     slow->bindMethod({"wait", "", ""}, {}, [&](const KVValue::List&) {
         latch.enter();
         return KVValue();
@@ -335,8 +335,8 @@ TEST_F(ProtocolServer, SaysWhichModuleASubscriptionDoesNotFind) {
 
 TEST_F(ProtocolServer, RefusesASubscriptionWithARateOutOfRange) {
     const std::uint64_t session = fClient.hello().session_id();
-    const auto memory = boost::make_shared<KVModule>("Memory", "");
-    memory->setValues(boost::make_shared<KVValueTable>());
+    const auto memory = std::make_shared<KVModule>("Memory", "");
+    memory->setValues(std::make_shared<KVValueTable>());
     fServer->addModule(memory);
     grpc::ClientContext context;
     const auto stream = fClient.stub().Subscribe(&context);
@@ -353,8 +353,8 @@ TEST_F(ProtocolServer, RefusesASubscriptionWithARateOutOfRange) {
 }
 
 TEST_F(ProtocolServer, EndsSubscriptionsWithTheirSession) {
-    const auto memory = boost::make_shared<KVModule>("Memory", "");
-    memory->setValues(boost::make_shared<KVValueTable>());
+    const auto memory = std::make_shared<KVModule>("Memory", "");
+    memory->setValues(std::make_shared<KVValueTable>());
     fServer->addModule(memory);
     grpc::ClientContext context;
     RawClient other(fServer->getPort());
@@ -404,13 +404,13 @@ class HelloTime : public testing::Test {
         KVKeyInfo key;
         key.fName = "a";
         fKey = fTable->addKey(key, 0);
-        const auto memory = boost::make_shared<KVModule>("Memory", "");
+        const auto memory = std::make_shared<KVModule>("Memory", "");
         memory->setValues(fTable);
         fServer->addModule(memory);
     }
 
     BrokerPtr fServer;
-    boost::shared_ptr<KVValueTable> fTable = boost::make_shared<KVValueTable>();
+    std::shared_ptr<KVValueTable> fTable = std::make_shared<KVValueTable>();
     std::uint32_t fKey = 0;
 };
 

@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <limits>
+#include <memory>
 
 using namespace robaxi_test;
 
@@ -77,7 +78,7 @@ TEST_F(RoundTrip, KeepsTheSignOfZero) {
 }
 
 TEST_F(RoundTrip, KeepsSeveralArguments) {
-    auto module = boost::shared_ptr<KVModule>(new KVModule("Sum", ""));
+    auto module = std::shared_ptr<KVModule>(new KVModule("Sum", ""));
     using Type = KVValue::Type;
     module->bindMethod({"sum", "", ""}, {Type::Int, Type::Float, Type::String},
                        [](const KVValue::List& a) {
@@ -107,7 +108,7 @@ TEST_F(RoundTrip, CarriesAlmostSixteenMebibytesAndRefusesMore) {
 }
 
 TEST_F(RoundTrip, RefusesAResultThatIsTooLarge) {
-    auto module = boost::shared_ptr<KVModule>(new KVModule("Big", ""));
+    auto module = std::shared_ptr<KVModule>(new KVModule("Big", ""));
     module->bindMethod({"twice", "", ""}, {KVValue::Type::String}, [](const KVValue::List& a) {
         return KVValue(a[0].toString() + a[0].toString());
     });

@@ -4,11 +4,11 @@
 
 #include <robaxi/kv_error.h>
 
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <fstream>
+#include <memory>
 #include <sstream>
 #include <sys/sysinfo.h>
 #include <unistd.h>
@@ -133,7 +133,7 @@ TEST_F(MadeUpMachine, diskIsReadWhereItIsMountedEvenWithABlankInItsName) {
 }
 
 TEST_F(MadeUpMachine, keysOfTheTableComeAndGoWithTheirSources) {
-    const auto module = boost::make_shared<KVMemoryModule>();
+    const auto module = std::make_shared<KVMemoryModule>();
     const auto table = module->getValues();
     file("proc/uptime", "100.5 20.0\n");
     ComputerMemory memory(ComputerFigures(fRoot), module);

@@ -2,10 +2,10 @@
 
 #include <robaxi/kv_error.h>
 
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <memory>
 #include <set>
 
 using robot::HostileMemory;
@@ -16,8 +16,8 @@ class HostileMemoryTest : public testing::Test {
   protected:
     KVValue value(const std::string& name) const { return fTable->getValue(name).fValue; }
 
-    boost::shared_ptr<KVMemoryModule> fModule = boost::make_shared<KVMemoryModule>();
-    boost::shared_ptr<KVValueTable> fTable = fModule->getValues();
+    std::shared_ptr<KVMemoryModule> fModule = std::make_shared<KVMemoryModule>();
+    std::shared_ptr<KVValueTable> fTable = fModule->getValues();
     HostileMemory fMemory{fModule};
 };
 

@@ -2,11 +2,11 @@
 
 #include <robaxi/kv_error.h>
 
-#include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <memory>
 
 using robot::HumanoidInputs;
 using robot::HumanoidMemory;
@@ -28,9 +28,9 @@ class HumanoidMemoryTest : public testing::Test {
         return "it was accepted";
     }
 
-    boost::shared_ptr<KVMemoryModule> fModule = boost::make_shared<KVMemoryModule>();
-    boost::shared_ptr<KVValueTable> fTable = fModule->getValues();
-    boost::shared_ptr<KVMemoryModule> fOther = boost::make_shared<KVMemoryModule>();
+    std::shared_ptr<KVMemoryModule> fModule = std::make_shared<KVMemoryModule>();
+    std::shared_ptr<KVValueTable> fTable = fModule->getValues();
+    std::shared_ptr<KVMemoryModule> fOther = std::make_shared<KVMemoryModule>();
     HumanoidMemory fMemory{7, fModule};
 };
 

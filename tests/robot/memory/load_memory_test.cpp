@@ -1,10 +1,10 @@
 #include "memory/load_memory.h"
 
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <map>
+#include <memory>
 #include <set>
 
 using robot::LoadMemory;
@@ -34,8 +34,8 @@ class LoadMemoryTest : public testing::Test {
         return names;
     }
 
-    boost::shared_ptr<KVMemoryModule> fModule = boost::make_shared<KVMemoryModule>();
-    boost::shared_ptr<KVValueTable> fTable = fModule->getValues();
+    std::shared_ptr<KVMemoryModule> fModule = std::make_shared<KVMemoryModule>();
+    std::shared_ptr<KVValueTable> fTable = fModule->getValues();
 };
 
 TEST_F(LoadMemoryTest, hasAsManyKeysAsAskedForOfSeveralTypesAndUnits) {

@@ -12,6 +12,7 @@
 
 #include <condition_variable>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <stdexcept>
@@ -91,7 +92,7 @@ class VideoTest : public testing::Test {
   protected:
     explicit VideoTest(const std::vector<std::string>& arguments = {}) : fRobot({arguments}) {}
 
-    boost::shared_ptr<KVFrameStream> watch(const std::string& camera, Watch& watch) {
+    std::shared_ptr<KVFrameStream> watch(const std::string& camera, Watch& watch) {
         return KVFrameStream::start(fConnection, "KVVideo", camera, watch.callbacks());
     }
 
@@ -123,7 +124,7 @@ class VideoTest : public testing::Test {
 
     RobotProcess fRobot;
     boost::shared_ptr<KVBroker> fBroker = KVBroker::createBroker({"test"});
-    boost::shared_ptr<KVConnection> fConnection =
+    std::shared_ptr<KVConnection> fConnection =
         KVConnection::open(fBroker, RobotProcess::address(), fRobot.port(), a_timeOut);
     KVProxy fVideo{"KVVideo", RobotProcess::address(), fRobot.port(), fBroker, a_timeOut, 0};
 };

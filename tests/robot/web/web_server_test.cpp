@@ -4,7 +4,6 @@
 #include "tcp_client.h"
 #include "web/web_page.h"
 
-#include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -27,7 +26,7 @@ class WebServerTest : public testing::Test {
     void SetUp() override {
         const auto page =
             std::make_shared<WebPage>("<b>Rob & \"co\"</b>", "A robot.",
-                                      std::vector<boost::shared_ptr<KVModule>>{fModule}, fValues);
+                                      std::vector<std::shared_ptr<KVModule>>{fModule}, fValues);
         // Another program may take a free port first.
         for (int attempt = 0; !fServer; ++attempt) {
             fPort = obvista_test::freePort();
@@ -48,9 +47,9 @@ class WebServerTest : public testing::Test {
 
     HttpAnswer get(const std::string& target) const { return httpGet(fPort, target); }
 
-    boost::shared_ptr<KVValueTable> fValues = boost::make_shared<KVValueTable>();
-    boost::shared_ptr<KVModule> fModule =
-        boost::make_shared<KVModule>("KVThing", "Does <i>things</i>.");
+    std::shared_ptr<KVValueTable> fValues = std::make_shared<KVValueTable>();
+    std::shared_ptr<KVModule> fModule =
+        std::make_shared<KVModule>("KVThing", "Does <i>things</i>.");
     int fPort = 0;
     std::unique_ptr<WebServer> fServer;
 };
@@ -250,9 +249,8 @@ TEST_F(WebServerTest, aPortInUseIsAnErrorThatNamesItAndSaysWhatToDo) {
 }
 
 TEST(WebServerWithoutIcon, answersNotFound) {
-    const auto page =
-        std::make_shared<WebPage>("robot", "", std::vector<boost::shared_ptr<KVModule>>(),
-                                  boost::make_shared<KVValueTable>());
+    const auto page = std::make_shared<WebPage>(
+        "robot", "", std::vector<std::shared_ptr<KVModule>>(), std::make_shared<KVValueTable>());
     const int port = obvista_test::freePort();
     const WebServer server("127.0.0.1", port, page, "");
     EXPECT_EQ(httpGet(port, "/media/buddy.icon").fStatus, 404);

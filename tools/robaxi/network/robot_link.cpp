@@ -4,13 +4,15 @@
 
 #include <base/address.h>
 
+#include <memory>
+
 namespace robaxi_tool {
 
 namespace {
 
 /** Connects. Files named by the settings are read now. @throws Failure WrongUsage if that fails */
-boost::shared_ptr<KVConnection> connect(const boost::shared_ptr<KVBroker>& broker,
-                                        const Endpoint& endpoint, int timeout) {
+std::shared_ptr<KVConnection> connect(const boost::shared_ptr<KVBroker>& broker,
+                                      const Endpoint& endpoint, int timeout) {
     try {
         return KVConnection::open(broker, endpoint.reachableHost(), endpoint.fPort, timeout);
     } catch (const KVError& error) {

@@ -39,7 +39,7 @@ class RobotLink {
     RobotLink(const std::string& host, int timeout, Interruption& interruption);
 
     const Endpoint& endpoint() const { return fEndpoint; }
-    const boost::shared_ptr<KVConnection>& connection() const { return fConnection; }
+    const std::shared_ptr<KVConnection>& connection() const { return fConnection; }
     int timeout() const { return fTimeout; }
 
     /** Returns one of its modules. @throws KVError */
@@ -51,7 +51,7 @@ class RobotLink {
     int fTimeout;
     Endpoint fEndpoint;
     boost::shared_ptr<KVBroker> fBroker;
-    boost::shared_ptr<KVConnection> fConnection;
+    std::shared_ptr<KVConnection> fConnection;
 };
 
 }  // namespace robaxi_tool

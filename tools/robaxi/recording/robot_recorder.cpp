@@ -4,6 +4,7 @@
 #include "values/key_pattern.h"
 
 #include <algorithm>
+#include <memory>
 #include <robot_recording/robot_origin.h>
 #include <utility>
 
@@ -60,7 +61,7 @@ void CameraRecorder::addTo(RobotProgress& progress) const {
     progress.fMissedFrames += fMissed;
 }
 
-void CameraRecorder::watch(const boost::shared_ptr<KVConnection>& connection) {
+void CameraRecorder::watch(const std::shared_ptr<KVConnection>& connection) {
     fStream.reset();
     {
         const std::lock_guard lock(fMutex);

@@ -52,7 +52,7 @@ class CameraRecorder {
 
     /** @name Watching. Called on the command's thread. */
     ///@{
-    void watch(const boost::shared_ptr<KVConnection>& connection);
+    void watch(const std::shared_ptr<KVConnection>& connection);
     void stop() { fStream.reset(); }
     /** Returns true if the robot has ended the stream, and it is time for another attempt. */
     bool isDue() const;
@@ -74,7 +74,7 @@ class CameraRecorder {
     bool fIsGap = false;  ///< from an end that was written down to the next frame
     std::optional<Clock::time_point> fNextAttempt;
 
-    boost::shared_ptr<KVFrameStream> fStream;
+    std::shared_ptr<KVFrameStream> fStream;
 };
 
 /**
@@ -167,7 +167,7 @@ class RobotRecorder {
     std::optional<Clock::time_point> fNextAttempt;  ///< to connect, or to subscribe
     std::uint64_t fValues = 0;
 
-    boost::shared_ptr<KVSubscription> fSubscription;
+    std::shared_ptr<KVSubscription> fSubscription;
     std::unique_ptr<Reconnection> fReconnection;
     std::unique_ptr<download::RobotIconDownload> fIcon;
 };

@@ -66,7 +66,7 @@ class ROBAXI_EXPORT KVBroker {
      * @throws KVError InvalidArgument for a null module or a name that is already hosted; TooMany
      *         at the limit of the settings
      */
-    void addModule(boost::shared_ptr<KVModule> module);
+    void addModule(std::shared_ptr<KVModule> module);
 
     /**
      * Stops hosting the module of that name, if there is one, and ends the subscriptions to its

@@ -47,8 +47,8 @@ class ROBAXI_EXPORT KVConnection {
      * @throws KVError InvalidArgument without a broker or for a number out of range; otherwise,
      *         within the time-out, the cause with a text that names address and port
      */
-    static boost::shared_ptr<KVConnection> open(boost::shared_ptr<KVBroker> broker,
-                                                const std::string& ip, int port, double timeOut);
+    static std::shared_ptr<KVConnection> open(boost::shared_ptr<KVBroker> broker,
+                                              const std::string& ip, int port, double timeOut);
 
     /**
      * Closes the connection without calling the lost handler. Returns when none of its callbacks is

@@ -5,8 +5,6 @@
 #include <robaxi/kv_frame.h>
 #include <robaxi/robaxi_export.h>
 
-#include <boost/shared_ptr.hpp>
-
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -53,9 +51,9 @@ class ROBAXI_EXPORT KVFrameStream {
      * @throws KVError InvalidArgument for no connection or an empty name. A refusal by the robot
      *         is reported to Callbacks::fEnded.
      */
-    static boost::shared_ptr<KVFrameStream> start(boost::shared_ptr<KVConnection> connection,
-                                                  const std::string& module,
-                                                  const std::string& stream, Callbacks callbacks);
+    static std::shared_ptr<KVFrameStream> start(std::shared_ptr<KVConnection> connection,
+                                                const std::string& module,
+                                                const std::string& stream, Callbacks callbacks);
 
     /** Stops, as stop() does. */
     ~KVFrameStream();

@@ -31,7 +31,7 @@ struct KVMemoryKey {
  * The module "KVMemory": a robot's values by key, which clients read, write, list and subscribe to
  * (docs/memory.md).
  *
- *     auto memory = boost::make_shared<KVMemoryModule>();
+ *     auto memory = std::make_shared<KVMemoryModule>();
  *     memory->addKey({"Battery/Charge", "%", "Charge of the battery", 87.5});
  *     memory->addKey({"Audio/Volume", "%", "Volume of the loudspeakers", 60,
  *                     [](const KVValue& volume) { ... }, KVRange{0, 100}});

@@ -4,8 +4,6 @@
 #include <robaxi/kv_value.h>
 #include <robaxi/robaxi_export.h>
 
-#include <boost/shared_ptr.hpp>
-
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -84,12 +82,12 @@ class ROBAXI_EXPORT KVModule {
     }
 
     /** Offers a table of values for subscription. Call it before the module is hosted. */
-    void setValues(boost::shared_ptr<KVValueTable> values);
-    boost::shared_ptr<KVValueTable> getValues() const;
+    void setValues(std::shared_ptr<KVValueTable> values);
+    std::shared_ptr<KVValueTable> getValues() const;
 
     /** Offers cameras for watching. Call it before the module is hosted. */
-    void setFrames(boost::shared_ptr<KVFrameSource> frames);
-    boost::shared_ptr<KVFrameSource> getFrames() const;
+    void setFrames(std::shared_ptr<KVFrameSource> frames);
+    std::shared_ptr<KVFrameSource> getFrames() const;
 
     /**
      * Runs a method on the calling thread, like a call from the network.

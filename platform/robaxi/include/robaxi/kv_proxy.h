@@ -47,7 +47,7 @@ class ROBAXI_EXPORT KVProxy {
      * @param timeOut seconds for each call
      * @throws KVError InvalidArgument
      */
-    KVProxy(const std::string& moduleName, const boost::shared_ptr<KVConnection>& connection,
+    KVProxy(const std::string& moduleName, const std::shared_ptr<KVConnection>& connection,
             double timeOut);
     /** Calls in flight on other threads end with KVError (Cancelled). Posted calls are still sent;
      *  the last user of the link waits up to half a second for that. */

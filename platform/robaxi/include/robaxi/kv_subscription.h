@@ -5,8 +5,6 @@
 #include <robaxi/kv_value_table.h>
 #include <robaxi/robaxi_export.h>
 
-#include <boost/shared_ptr.hpp>
-
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -58,9 +56,9 @@ class ROBAXI_EXPORT KVSubscription {
      * @throws KVError InvalidArgument for no connection, an empty name or a rate out of range. A
      *         refusal by the robot is reported to Callbacks::fEnded.
      */
-    static boost::shared_ptr<KVSubscription> start(boost::shared_ptr<KVConnection> connection,
-                                                   const std::string& module, Selection selection,
-                                                   double rate, Callbacks callbacks);
+    static std::shared_ptr<KVSubscription> start(std::shared_ptr<KVConnection> connection,
+                                                 const std::string& module, Selection selection,
+                                                 double rate, Callbacks callbacks);
 
     /**
      * Starts a subscription to the keys of these names, also to those that the robot adds later.
@@ -68,10 +66,10 @@ class ROBAXI_EXPORT KVSubscription {
      *
      * @throws KVError as above
      */
-    static boost::shared_ptr<KVSubscription> start(boost::shared_ptr<KVConnection> connection,
-                                                   const std::string& module,
-                                                   const std::vector<std::string>& names,
-                                                   double rate, Callbacks callbacks);
+    static std::shared_ptr<KVSubscription> start(std::shared_ptr<KVConnection> connection,
+                                                 const std::string& module,
+                                                 const std::vector<std::string>& names, double rate,
+                                                 Callbacks callbacks);
 
     /** Stops, as stop() does. */
     ~KVSubscription();
@@ -90,10 +88,10 @@ class ROBAXI_EXPORT KVSubscription {
 
   private:
     struct Private;
-    static boost::shared_ptr<KVSubscription> xStart(boost::shared_ptr<KVConnection> connection,
-                                                    const std::string& module, Selection selection,
-                                                    const std::vector<std::string>& names,
-                                                    double rate, Callbacks callbacks);
+    static std::shared_ptr<KVSubscription> xStart(std::shared_ptr<KVConnection> connection,
+                                                  const std::string& module, Selection selection,
+                                                  const std::vector<std::string>& names,
+                                                  double rate, Callbacks callbacks);
     explicit KVSubscription(std::shared_ptr<Private> implementation);
     std::shared_ptr<Private> fPrivate;
 };

@@ -35,7 +35,7 @@ struct KVCamera {
 /**
  * The module "KVVideo": a robot's cameras, which clients list, configure and watch (docs/video.md).
  *
- *     auto video = boost::make_shared<KVVideoModule>();
+ *     auto video = std::make_shared<KVVideoModule>();
  *     video->addCamera({{"head", "Between the eyes", {}, {320, 240, "rgb", 15}},
  *                       [](const KVCameraSettings& settings, KVFrame& frame) { ... }});
  *     broker->addModule(video);

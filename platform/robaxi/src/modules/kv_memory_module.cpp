@@ -3,8 +3,7 @@
 #include <robaxi/kv_error.h>
 #include <robaxi/kv_memory_module.h>
 
-#include <boost/make_shared.hpp>
-
+#include <memory>
 #include <mutex>
 #include <unordered_map>
 
@@ -54,7 +53,7 @@ void KVMemoryModule::Private::write(const std::string& name, const KVValue& valu
 
 KVMemoryModule::KVMemoryModule(const std::string& description)
     : KVModule("KVMemory", description), fPrivate(std::make_shared<Private>()) {
-    const auto table = boost::make_shared<KVValueTable>();
+    const auto table = std::make_shared<KVValueTable>();
     table->setWriteHandler([keys = fPrivate](const std::string& name, const KVValue& value) {
         keys->write(name, value);
     });

@@ -5,9 +5,8 @@
 #include <robaxi/kv_frame_source.h>
 #include <robaxi/kv_video_module.h>
 
-#include <boost/make_shared.hpp>
-
 #include <algorithm>
+#include <memory>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -21,7 +20,7 @@ struct KVVideoModule::Private {
     Camera take(const std::string& name);
     std::vector<Camera> all() const;
 
-    const boost::shared_ptr<KVFrameSource> fFrames = boost::make_shared<KVFrameSource>();
+    const std::shared_ptr<KVFrameSource> fFrames = std::make_shared<KVFrameSource>();
     mutable std::mutex fMutex;  // guards fCameras, and that they are the streams of fFrames
     std::vector<std::pair<std::string, Camera>> fCameras;  // in the order of their addition
 };

@@ -97,7 +97,7 @@ class OBVISTA_VIEWER_EXPORT RobotLink {
 
   protected:
     /** Null once the link is closed. */
-    const boost::shared_ptr<KVConnection>& connection() const { return fConnection; }
+    const std::shared_ptr<KVConnection>& connection() const { return fConnection; }
 
     /** Ends everything that flows over the connection, and returns when no thread brings any more.
      *  Called once, on the GUI thread or at the exit of the process. */
@@ -109,7 +109,7 @@ class OBVISTA_VIEWER_EXPORT RobotLink {
     std::string fRobotName;
     Notice fNotice;
     std::atomic<bool> fIsLost{false};
-    boost::shared_ptr<KVConnection> fConnection;
+    std::shared_ptr<KVConnection> fConnection;
     std::unique_ptr<ReplayClient> fReplay;
 };
 
