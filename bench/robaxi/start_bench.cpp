@@ -12,10 +12,9 @@
 #include <robaxi/kv_module.h>
 #include <robaxi/kv_proxy.h>
 
-#include <boost/make_shared.hpp>
-
 #include <chrono>
 #include <cstdlib>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -26,7 +25,7 @@ const std::string a_visit = "--visit=";
 
 int serve() {
     const auto broker = bench::listenOnLoopback();
-    const auto echo = boost::make_shared<KVModule>("Echo", "");
+    const auto echo = std::make_shared<KVModule>("Echo", "");
     echo->bindMethod({"echo", "", ""}, {KVValue::Type::Int},
                      [](const KVValue::List& arguments) { return arguments.front(); });
     broker->addModule(echo);

@@ -3,8 +3,7 @@
 #include <base/safe_text.h>
 #include <robaxi/kv_error.h>
 
-#include <boost/make_shared.hpp>
-
+#include <memory>
 #include <utility>
 
 namespace bridge {
@@ -21,8 +20,8 @@ constexpr double a_rate = 30;  // frames a second that a camera claims; a source
 
 Bridge::Bridge(std::function<void(const std::string&)> complain)
     : fComplain(std::move(complain)),
-      fMemory(boost::make_shared<KVMemoryModule>()),
-      fVideo(boost::make_shared<KVVideoModule>()),
+      fMemory(std::make_shared<KVMemoryModule>()),
+      fVideo(std::make_shared<KVVideoModule>()),
       fKeys(fMemory) {
 }
 

@@ -8,10 +8,9 @@
 #include <robaxi/kv_module.h>
 #include <robaxi/kv_video_module.h>
 
-#include <boost/shared_ptr.hpp>
-
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <set>
 #include <string>
@@ -29,7 +28,7 @@ class Bridge : public Sink {
     explicit Bridge(std::function<void(const std::string& line)> complain);
 
     /** Returns the modules, for a broker. */
-    std::vector<boost::shared_ptr<KVModule>> modules() const { return {fMemory, fVideo}; }
+    std::vector<std::shared_ptr<KVModule>> modules() const { return {fMemory, fVideo}; }
 
     void setValues(const std::string& group, const std::vector<SourceValue>& values) override;
     void addWritable(const std::string& group, const SourceValue& value,
@@ -45,8 +44,8 @@ class Bridge : public Sink {
     std::mutex fLineMutex;  // guards the following members; locked after fMutex
     std::chrono::steady_clock::time_point fLinesBegin;
     int fLines = 0;
-    const boost::shared_ptr<KVMemoryModule> fMemory;
-    const boost::shared_ptr<KVVideoModule> fVideo;
+    const std::shared_ptr<KVMemoryModule> fMemory;
+    const std::shared_ptr<KVVideoModule> fVideo;
     std::mutex fMutex;  // guards the following members
     KeyStore fKeys;
     bool fHasReportedLimit = false;

@@ -2,11 +2,12 @@
 
 #include <robaxi/kv_error.h>
 
+#include <memory>
 #include <utility>
 
 namespace bridge {
 
-KeyStore::KeyStore(boost::shared_ptr<KVMemoryModule> memory) : fMemory(std::move(memory)) {
+KeyStore::KeyStore(std::shared_ptr<KVMemoryModule> memory) : fMemory(std::move(memory)) {
 }
 
 bool KeyStore::set(const std::string& group, const std::vector<SourceValue>& values) {

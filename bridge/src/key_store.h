@@ -5,12 +5,11 @@
 
 #include <robaxi/kv_memory_module.h>
 
-#include <boost/shared_ptr.hpp>
-
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -31,7 +30,7 @@ constexpr std::size_t a_longestKey = 512;
  */
 class KeyStore {
   public:
-    explicit KeyStore(boost::shared_ptr<KVMemoryModule> memory);
+    explicit KeyStore(std::shared_ptr<KVMemoryModule> memory);
 
     /** Returns false if values are left out: at a limit, or since another group has their key. */
     bool set(const std::string& group, const std::vector<SourceValue>& values);
@@ -52,7 +51,7 @@ class KeyStore {
     bool xAdd(Ids& ids, const SourceValue& value);
     void xFlush(Changes& changes, std::int64_t time);
 
-    const boost::shared_ptr<KVMemoryModule> fMemory;
+    const std::shared_ptr<KVMemoryModule> fMemory;
     std::map<std::string, Ids> fGroups;
     std::size_t fSize = 0;
 };

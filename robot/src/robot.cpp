@@ -12,8 +12,7 @@
 #include <bonjour/bonjour_discovery.h>
 #include <robaxi/kv_error.h>
 
-#include <boost/make_shared.hpp>
-
+#include <memory>
 #include <utility>
 
 namespace robot {
@@ -53,7 +52,7 @@ Robot::Robot(const Options& options, serving::MainLoop& loop, serving::Output ou
       fSettings(serving::settingsFor(options.fSecurity)),
       fLoop(loop),
       fOutput(std::move(output)),
-      fMemory(boost::make_shared<KVMemoryModule>()) {
+      fMemory(std::make_shared<KVMemoryModule>()) {
     fState.fAnnounced = fOptions.fAnnounce;
     xAddIdentity();
     xMakeMemories();
@@ -226,7 +225,7 @@ void Robot::xStartAnnouncer() {
 
 void Robot::xStartMiddleware() {
     fBroker = xListen(fOptions.fPort);
-    for (const boost::shared_ptr<KVModule>& module : fModules) {
+    for (const std::shared_ptr<KVModule>& module : fModules) {
         fBroker->addModule(module);
     }
     const std::lock_guard lock(fStateMutex);

@@ -78,12 +78,12 @@ class Robot : private SimControls {
     const KVSettings fSettings;
     serving::MainLoop& fLoop;
     const serving::Output fOutput;
-    boost::shared_ptr<KVMemoryModule> fMemory;
+    std::shared_ptr<KVMemoryModule> fMemory;
     std::vector<std::unique_ptr<MemorySource>> fMemories;
     std::function<Pose()> fPose;  // only for a robot
     std::unique_ptr<Video> fVideo;
-    boost::shared_ptr<KVModule> fSimModule;
-    std::vector<boost::shared_ptr<KVModule>> fModules;
+    std::shared_ptr<KVModule> fSimModule;
+    std::vector<std::shared_ptr<KVModule>> fModules;
     mutable std::mutex fStateMutex;  // guards fState
     State fState{};
     bool fIsMiddlewareWanted = true;  // used on the main thread

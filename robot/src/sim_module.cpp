@@ -5,7 +5,7 @@
 #include <robaxi/kv_error.h>
 #include <robaxi/kv_memory_module.h>
 
-#include <boost/make_shared.hpp>
+#include <memory>
 
 namespace robot {
 
@@ -47,8 +47,8 @@ KVValue stateAsValue(const SimControls::State& state) {
 
 SimControls::~SimControls() = default;
 
-boost::shared_ptr<KVModule> makeSimModule(SimControls* controls) {
-    auto module = boost::make_shared<KVModule>("KVSim", "Injects faults into the simulated robot.");
+std::shared_ptr<KVModule> makeSimModule(SimControls* controls) {
+    auto module = std::make_shared<KVModule>("KVSim", "Injects faults into the simulated robot.");
     const auto bind = [&module](const KVMethodInfo& info, KVValue::Type type,
                                 const std::function<void(const KVValue&)>& method) {
         module->bindMethod(info, {type}, [method](const KVValue::List& arguments) {

@@ -19,6 +19,7 @@
 #include <cstdlib>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 
@@ -160,7 +161,7 @@ class Values {
         return "(no key)";
     }
 
-    boost::shared_ptr<KVConnection> connection() { return fConnection; }
+    std::shared_ptr<KVConnection> connection() { return fConnection; }
 
   private:
     std::optional<KVChange> xFind(const std::string& name) const {
@@ -186,8 +187,8 @@ class Values {
     std::map<std::uint32_t, KVKeyInfo> fKeys;
     std::map<std::uint32_t, KVChange> fValues;
     boost::shared_ptr<KVBroker> fBroker;
-    boost::shared_ptr<KVConnection> fConnection;
-    boost::shared_ptr<KVSubscription> fSubscription;
+    std::shared_ptr<KVConnection> fConnection;
+    std::shared_ptr<KVSubscription> fSubscription;
 };
 
 auto textIs(const std::string& expected) {

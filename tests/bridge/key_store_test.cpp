@@ -2,9 +2,10 @@
 
 #include <robaxi/kv_error.h>
 
-#include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <memory>
 
 using bridge::KeyStore;
 using bridge::SourceValue;
@@ -18,7 +19,7 @@ class KeyStoreTest : public testing::Test {
     std::vector<KVKeyInfo> keys() const { return fMemory->getValues()->getKeys(); }
     KVChange value(const std::string& name) const { return fMemory->getValues()->getValue(name); }
 
-    const boost::shared_ptr<KVMemoryModule> fMemory = boost::make_shared<KVMemoryModule>();
+    const std::shared_ptr<KVMemoryModule> fMemory = std::make_shared<KVMemoryModule>();
     KeyStore fStore{fMemory};
 };
 

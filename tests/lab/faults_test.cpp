@@ -184,9 +184,9 @@ class Visit {
 
     boost::shared_ptr<KVBroker> fBroker =
         KVBroker::createBroker({"Visitor", {}, 0, impatientSettings()});
-    boost::shared_ptr<KVConnection> fConnection;
+    std::shared_ptr<KVConnection> fConnection;
     KVProxy fProxy;
-    boost::shared_ptr<KVSubscription> fSubscription;
+    std::shared_ptr<KVSubscription> fSubscription;
     std::vector<std::future<KVError::Cause>> fCallers;  // destroyed first, before the others
 };
 

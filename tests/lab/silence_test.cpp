@@ -101,8 +101,8 @@ class Visit {
     bool fIsLost = false;
     bool fHasEnded = false;
     boost::shared_ptr<KVBroker> fBroker = KVBroker::createBroker({"Visitor"});
-    boost::shared_ptr<KVConnection> fConnection;
-    boost::shared_ptr<KVSubscription> fSubscription;
+    std::shared_ptr<KVConnection> fConnection;
+    std::shared_ptr<KVSubscription> fSubscription;
 };
 
 /** A link that is cut for some time. */

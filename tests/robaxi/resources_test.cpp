@@ -8,11 +8,11 @@
 #include <robaxi/kv_subscription.h>
 #include <robaxi/kv_value_table.h>
 
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <functional>
+#include <memory>
 
 using namespace robaxi_test;
 using obvista_test::countDescriptors;
@@ -29,11 +29,11 @@ class Resources : public testing::Test {
   protected:
     Resources() {
         fServer->addModule(makeEcho());
-        const auto table = boost::make_shared<KVValueTable>();
+        const auto table = std::make_shared<KVValueTable>();
         KVKeyInfo key;
         key.fName = "a";
         table->addKey(key, 1);
-        const auto memory = boost::make_shared<KVModule>("Memory", "");
+        const auto memory = std::make_shared<KVModule>("Memory", "");
         memory->setValues(table);
         fServer->addModule(memory);
     }

@@ -15,7 +15,6 @@
 #include <robaxi/kv_proxy.h>
 #include <robaxi/kv_value_table.h>
 
-#include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -99,14 +98,14 @@ class Silence : public testing::Test {
         ASSERT_TRUE(fStates.waitFor(State::Connected));
     }
 
-    boost::shared_ptr<KVSubscription> subscribe(
+    std::shared_ptr<KVSubscription> subscribe(
         KVSubscription::Selection selection = KVSubscription::Selection::AllKeys) {
         return KVSubscription::start(fConnection, "Memory", selection, 100, fValues.callbacks());
     }
 
-    const ModulePtr fMemory = boost::make_shared<KVModule>("Memory", "Has values and a camera");
-    const boost::shared_ptr<KVValueTable> fTable = boost::make_shared<KVValueTable>();
-    const boost::shared_ptr<KVFrameSource> fSource = boost::make_shared<KVFrameSource>();
+    const ModulePtr fMemory = std::make_shared<KVModule>("Memory", "Has values and a camera");
+    const std::shared_ptr<KVValueTable> fTable = std::make_shared<KVValueTable>();
+    const std::shared_ptr<KVFrameSource> fSource = std::make_shared<KVFrameSource>();
     std::vector<std::uint32_t> fIds;
     BrokerPtr fServer = makeServer("Robot", quickSettings());
     Relay fRelay{fServer->getPort()};
@@ -114,7 +113,7 @@ class Silence : public testing::Test {
     RecordingListener fValues;
     FrameListener fFrames;
     States fStates;
-    boost::shared_ptr<KVConnection> fConnection;
+    std::shared_ptr<KVConnection> fConnection;
 };
 
 }  // namespace
@@ -221,7 +220,7 @@ TEST_F(Silence, ExecutesEachCallOnce) {
     std::mutex mutex;
     std::vector<std::int64_t> executed;
     Latch latch;
-    auto counter = boost::make_shared<KVModule>("Counter", "Counts");
+    auto counter = std::make_shared<KVModule>("Counter", "Counts");
     counter->bindMethod("count", [&](std::int64_t number) {
         {
             const std::lock_guard lock(mutex);
@@ -346,8 +345,8 @@ class StoppedRobot : public testing::Test {
     BrokerPtr fClient;
     RecordingListener fValues;
     States fStates;
-    boost::shared_ptr<KVConnection> fConnection;
-    boost::shared_ptr<KVSubscription> fSubscription;
+    std::shared_ptr<KVConnection> fConnection;
+    std::shared_ptr<KVSubscription> fSubscription;
 };
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <base/safe_text.h>
 #include <bonjour/bonjour_discovery.h>
 
+#include <memory>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -33,7 +34,7 @@ ReplayedRobot::ReplayedRobot(const Options& options, const serving::Output& outp
       fPlayer(fReader, fStage, options.fReplay.fPlayer,
               [this](const PlayerState& state) { fValues.set(state); }) {
     fValues.setTimes(fPlayer.start(), fPlayer.end(), fClockOffset);
-    std::vector<boost::shared_ptr<KVModule>> modules{fStage.memory()};
+    std::vector<std::shared_ptr<KVModule>> modules{fStage.memory()};
     if (fStage.video()) {
         modules.push_back(fStage.video());
     }
@@ -48,7 +49,7 @@ ReplayedRobot::ReplayedRobot(const Options& options, const serving::Output& outp
     fAnnouncer = serving::makeAnnouncer(options, fName, output);
     fBroker =
         serving::listen(options, fName, options.fPort, serving::settingsFor(options.fSecurity));
-    for (const boost::shared_ptr<KVModule>& module : modules) {
+    for (const std::shared_ptr<KVModule>& module : modules) {
         fBroker->addModule(module);
     }
     if (fAnnouncer) {

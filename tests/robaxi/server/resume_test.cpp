@@ -5,7 +5,6 @@
 
 #include <robaxi/kv_value_table.h>
 
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -42,8 +41,8 @@ class Resume : public testing::Test {
     void serve(const KVSettings& settings = {}) {
         fServer = makeServer("Robot", settings);
         fServer->addModule(makeEcho());
-        const auto memory = boost::make_shared<KVModule>("Memory", "");
-        memory->setValues(boost::make_shared<KVValueTable>());
+        const auto memory = std::make_shared<KVModule>("Memory", "");
+        memory->setValues(std::make_shared<KVValueTable>());
         fServer->addModule(memory);
         fFirst = std::make_unique<RawClient>(fServer->getPort());
     }

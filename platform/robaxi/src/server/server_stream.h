@@ -12,10 +12,10 @@
 #include <robaxi/kv_error.h>
 #include <robaxi/kv_module.h>
 
-#include <boost/shared_ptr.hpp>
 #include <grpcpp/grpcpp.h>
 
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -103,7 +103,7 @@ class ServerStream : public ByteStream, public SideStream {
      * @return the module; or null after setting the reason for the end of the stream
      */
     template <class Start>
-    boost::shared_ptr<KVModule> xJoin(const Start& start) {
+    std::shared_ptr<KVModule> xJoin(const Start& start) {
         {
             const std::lock_guard lock(fMutex);
             fHasStarted = true;
