@@ -49,6 +49,11 @@ double roundStep(double least) {
     return 10 * power;
 }
 
+/** Returns 5 for 10, 2 for 5, 1 for 2. */
+double nextFinerStep(double step) {
+    return roundStep(step / 3);
+}
+
 double roundTimeStep(double least) {
     constexpr std::array<double, 17> steps{1,   2,   5,    10,   15,   30,    60,    120,  300,
                                            600, 900, 1800, 3600, 7200, 10800, 21600, 43200};
@@ -134,7 +139,11 @@ QwtScaleDiv timeScale(double left, double right, int maxLabels) {
 }
 
 QwtScaleDiv valueScale(double low, double high, int maxLabels) {
-    return ticks(low, high, roundStep((high - low) / std::max(maxLabels, 1)), 0);
+    const double step = roundStep((high - low) / std::max(maxLabels, 1));
+    const QwtScaleDiv scale = ticks(low, high, step, 0);
+    // A single value does not tell the scale of a low plot.
+    const bool isEnough = scale.ticks(QwtScaleDiv::MajorTick).size() > 1;
+    return isEnough ? scale : ticks(low, high, nextFinerStep(step), 0);
 }
 
 ValueSpan roomFor(const ValueSpan& span) {

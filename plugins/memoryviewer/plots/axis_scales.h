@@ -24,7 +24,10 @@ QString numberText(double value, double step);
 
 /** Returns ticks at round times: seconds, minutes, hours, days. @param maxLabels at least 1 */
 QwtScaleDiv timeScale(double left, double right, int maxLabels);
-/** Returns ticks at round values. The bounds must be finite and in order. */
+/**
+ * Returns ticks at round values, at least two. The bounds must be finite and in order.
+ * @param maxLabels at least 2
+ */
 QwtScaleDiv valueScale(double low, double high, int maxLabels);
 /**
  * Returns suitable axis bounds for a span: finite, distinct, and round so that they seldom change.
