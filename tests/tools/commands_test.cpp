@@ -191,7 +191,8 @@ TEST_F(Commands, GetPrintsTimesAndUnitsIfWanted) {
     const Json charge = Json::parse(outputOf("get", {"--long", "--json", "Battery/Charge"}));
     EXPECT_EQ("%", charge["unit"]);
     EXPECT_TRUE(charge["value"].is_number_float());
-    expectFailure(8, "No key matches 'Nosuch'", run("get", {"--long", "Nosuch"}));
+    expectFailure(8, "No key matches 'Nosuch', 'Other'.",
+                  run("get", {"--long", "Nosuch", "Other"}));
 }
 
 TEST_F(Commands, KeysListsTypesAndUnits) {
@@ -203,7 +204,7 @@ TEST_F(Commands, KeysListsTypesAndUnits) {
     EXPECT_EQ("Audio/Volume", volume["key"]);
     EXPECT_EQ("int", volume["type"]);
     EXPECT_EQ(true, volume["writable"]);
-    expectFailure(8, "No key matches", run("keys", {"Nosuch/*"}));
+    expectFailure(8, "No key matches 'Nosuch/*', 'Other'.", run("keys", {"Nosuch/*", "Other"}));
 }
 
 TEST_F(Commands, GetNamesTheKeyThatIsMissing) {
@@ -299,6 +300,19 @@ TEST_F(Commands, WatchWritesCsvBelowAHeading) {
     EXPECT_EQ("time,key,value,unit", lines[0]);
     EXPECT_THAT(lines[1], MatchesRegex("[0-9-]+T[0-9:.]+Z,Battery/Charge,[0-9.]+,%"));
     expectFailure(2, "exclude each other", run("watch", {"a", "--csv", "--json"}));
+}
+
+TEST_F(Commands, WatchWritesAColumnForEachKey) {
+    const auto lines =
+        linesOf(outputOf("watch", {"Battery/Voltage", "Battery/Cha*", "--wide", "--count", "3"}));
+    ASSERT_EQ(4U, lines.size());
+    EXPECT_EQ("time,Battery/Voltage,Battery/Charge,Battery/Charging", lines[0]);
+    for (std::size_t line = 1; line < lines.size(); ++line) {
+        EXPECT_THAT(lines[line], MatchesRegex("20[0-9-]+T[0-9:.]+Z,[0-9.]+,[0-9.]+,(true|false)"));
+    }
+    expectFailure(2, "--wide exclude each other", run("watch", {"a", "--wide", "--json"}));
+    expectFailure(8, "No key matches 'Nosuch'",
+                  run("watch", {"Nosuch", "--wide", "--timeout", "1"}));
 }
 
 TEST_F(Commands, WatchSaysWhichKeysAreMissing) {

@@ -44,6 +44,17 @@ TEST_F(KeyWatchTest, AsksForTheKeysThatMatch) {
     EXPECT_EQ(std::nullopt, fWatch.takeNewSelection()) << "only when it has changed";
 }
 
+TEST_F(KeyWatchTest, NamesItsKeysInTheOrderOfThePatterns) {
+    EXPECT_EQ(std::nullopt, fWatch.takeNewNames());
+    fWatch.keysAdded({key(1, "Charge"), key(2, "Head/Yaw"), key(3, "Arm"), key(4, "Head/Pitch")});
+    EXPECT_THAT(fWatch.takeNewNames(), Optional(ElementsAre("Head/Pitch", "Head/Yaw", "Charge")));
+    EXPECT_EQ(std::nullopt, fWatch.takeNewNames()) << "only when they have changed";
+    fWatch.keysRemoved({3});
+    EXPECT_EQ(std::nullopt, fWatch.takeNewNames()) << "another key";
+    fWatch.keysRemoved({2});
+    EXPECT_THAT(fWatch.takeNewNames(), Optional(ElementsAre("Head/Pitch", "Charge")));
+}
+
 TEST_F(KeyWatchTest, AsksAgainWhenAKeyComesLater) {
     fWatch.keysAdded({key(1, "Head/Yaw")});
     fWatch.takeNewSelection();

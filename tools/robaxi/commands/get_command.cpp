@@ -67,6 +67,16 @@ std::optional<KVValue> valueOf(MemoryModule& memory, const AskedKey& key, Consol
     }
 }
 
+/** @return the status so far, unless a pattern has matched no key */
+ExitStatus reportUnmatched(const std::vector<std::string>& unmatched, Console& console,
+                           ExitStatus status) {
+    if (unmatched.empty()) {
+        return status;
+    }
+    console.complain(noKeyMatches(unmatched));
+    return ExitStatus::NotOffered;
+}
+
 class GetCommand : public Command {
   public:
     std::string name() const override { return "get"; }
@@ -112,10 +122,7 @@ class GetCommand : public Command {
                               '\n');
             }
         }
-        for (const std::string& pattern : unmatched) {
-            console.complain("No key matches '" + pattern + "'.");
-            status = ExitStatus::NotOffered;
-        }
+        status = reportUnmatched(unmatched, console, status);
         if (fJson && (status == ExitStatus::Success || !all.empty())) {
             console.print(jsonLine(all));
         }
@@ -125,7 +132,7 @@ class GetCommand : public Command {
   private:
     ExitStatus xPrintLong(MemoryModule& memory, const std::vector<std::string>& patterns,
                           Console& console) const {
-        ExitStatus status = ExitStatus::Success;
+        std::vector<std::string> unmatched;
         const ChangeFormat format = fJson ? ChangeFormat::Json : ChangeFormat::Text;
         for (const std::string& pattern : patterns) {
             bool isMatched = false;
@@ -136,11 +143,10 @@ class GetCommand : public Command {
                 }
             }
             if (!isMatched) {
-                console.complain("No key matches '" + pattern + "'.");
-                status = ExitStatus::NotOffered;
+                unmatched.push_back(pattern);
             }
         }
-        return status;
+        return reportUnmatched(unmatched, console, ExitStatus::Success);
     }
 
     bool fJson = false;

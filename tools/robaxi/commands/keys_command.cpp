@@ -79,7 +79,7 @@ class KeysCommand : public Command {
             }
         }
         if (keys.empty() && !patterns.empty()) {
-            throw Failure(ExitStatus::NotOffered, "No key matches.");
+            throw Failure(ExitStatus::NotOffered, noKeyMatches(patterns));
         }
         if (!fJson) {
             printTable(keys, surroundings.fConsole);

@@ -3,11 +3,13 @@
 #include "values/key_pattern.h"
 #include "values/key_watch.h"
 #include "values/memory_module.h"
+#include "values/wide_table.h"
 
 #include <robaxi/kv_connection.h>
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 
 namespace robaxi_tool {
 
@@ -18,34 +20,72 @@ constexpr double a_lowestRate = 0.001;
 constexpr double a_highestRate = 1000;
 constexpr double a_longestDuration = 1e8;
 
-/** Prints rows up to a maximum number. */
-class RowPrinter {
+/** Prints lines up to a maximum number. */
+class LinePrinter {
   public:
-    /** @param count number of rows; 0 for any number */
-    RowPrinter(Console& console, ChangeFormat format, int count)
-        : fConsole(console), fFormat(format), fIsCounting(count != 0), fLeft(count) {}
+    /** @param count number of lines; 0 for any number */
+    LinePrinter(Console& console, int count)
+        : fConsole(console), fIsCounting(count != 0), fLeft(count) {}
 
-    void print(const std::vector<ChangeRow>& rows) {
-        std::string lines;
-        for (const ChangeRow& row : rows) {
+    void print(const std::vector<std::string>& lines) {
+        std::string text;
+        for (const std::string& line : lines) {
             if (fIsCounting && fLeft-- <= 0) {
                 break;
             }
-            lines += lineOf(fFormat, row);
+            text += line;
         }
-        fConsole.print(lines);
+        fConsole.print(text);
         if (fIsCounting && fLeft <= 0) {
-            throw EnoughRows();
+            throw EnoughLines();
         }
     }
 
-    class EnoughRows : public std::exception {};
+    class EnoughLines : public std::exception {};
 
   private:
     Console& fConsole;
-    ChangeFormat fFormat;
     bool fIsCounting;
     int fLeft;
+};
+
+std::vector<std::string> linesOf(ChangeFormat format, const std::vector<ChangeRow>& rows) {
+    std::vector<std::string> lines;
+    for (const ChangeRow& row : rows) {
+        lines.push_back(lineOf(format, row));
+    }
+    return lines;
+}
+
+/** Prints the table of --wide as the values of a watch arrive. */
+class WidePrinter {
+  public:
+    WidePrinter(Console& console, LinePrinter& lines) : fConsole(console), fLines(lines) {}
+
+    void print(KeyWatch& watch, const std::vector<ChangeRow>& rows) {
+        if (const auto keys = watch.takeNewNames()) {
+            xSetKeys(*keys);
+        }
+        if (const auto line = fTable ? fTable->take(rows) : std::nullopt) {
+            fLines.print({*line});
+        }
+    }
+
+  private:
+    void xSetKeys(const std::vector<std::string>& keys) {
+        if (!fTable) {
+            fTable.emplace(keys);
+            fConsole.print(fTable->heading());
+            return;
+        }
+        for (const std::string& key : fTable->setPresent(keys)) {
+            fConsole.complain("The key '" + key + "' appeared later and has no column.");
+        }
+    }
+
+    Console& fConsole;
+    LinePrinter& fLines;
+    std::optional<WideTable> fTable;  ///< once the keys are known
 };
 
 /** Runs a watch to its end. */
@@ -81,14 +121,6 @@ class SilenceNote {
     KVConnection& fConnection;
 };
 
-std::string listed(const std::vector<std::string>& patterns) {
-    std::string text;
-    for (const std::string& pattern : patterns) {
-        text += (text.empty() ? "'" : ", '") + pattern + '\'';
-    }
-    return text;
-}
-
 class WatchCommand : public Command {
   public:
     std::string name() const override { return "watch"; }
@@ -98,7 +130,8 @@ class WatchCommand : public Command {
         return std::string(a_keyHelp) +
                "The current values come first. A line is a time (by the robot's clock, UTC), a\n"
                "key, a value and its unit. The command runs until the connection is lost, Ctrl-C,\n"
-               "--count lines, or --duration seconds.\n";
+               "--count lines, or --duration seconds. With --wide a line is a time and the newest\n"
+               "values of all keys; the first line has a value of each.\n";
     }
 
     void addOptions(Options& options) override {
@@ -111,6 +144,7 @@ class WatchCommand : public Command {
                           "seconds after which to end; 0 for no limit");
         options.addSwitch("--json", &fJson, "print one JSON object a line");
         options.addSwitch("--csv", &fCsv, "print comma-separated values below a heading");
+        options.addSwitch("--wide", &fWide, "like --csv, with a column for each key");
         addMemoryModule(options, &fModule);
         options.addTimeout(&fTimeout);
     }
@@ -119,11 +153,22 @@ class WatchCommand : public Command {
         const ChangeFormat format = xFormat();
         const RobotLink link(given[0], fTimeout, surroundings.fInterruption);
         const SilenceNote note(*link.connection(), given[0], surroundings.fConsole);
-        surroundings.fConsole.print(headerOf(format));
-        RowPrinter printer(surroundings.fConsole, format, fCount);
+        LinePrinter lines(surroundings.fConsole, fCount);
+        WidePrinter wide(surroundings.fConsole, lines);
         Bell bell(surroundings.fInterruption);
         KeyWatch watch(
-            {given.begin() + 1, given.end()}, [&](const auto& rows) { printer.print(rows); }, bell);
+            {given.begin() + 1, given.end()},
+            [&](const std::vector<ChangeRow>& rows) {
+                if (fWide) {
+                    wide.print(watch, rows);
+                } else {
+                    lines.print(linesOf(format, rows));
+                }
+            },
+            bell);
+        if (!fWide) {
+            surroundings.fConsole.print(headerOf(format));
+        }
         const auto subscription =
             KVSubscription::start(link.connection(), fModule, KVSubscription::Selection::ChosenKeys,
                                   fRate, watch.callbacks());
@@ -134,7 +179,7 @@ class WatchCommand : public Command {
                    std::min(end, start + std::chrono::seconds(fTimeout)));
             xCheckMatches(watch, surroundings.fConsole);
             follow(watch, *subscription, bell, end);
-        } catch (const RowPrinter::EnoughRows&) {
+        } catch (const LinePrinter::EnoughLines&) {
         }
         return ExitStatus::Success;
     }
@@ -147,8 +192,9 @@ class WatchCommand : public Command {
     }
 
     ChangeFormat xFormat() const {
-        if (fJson && fCsv) {
-            throw UsageError("--json and --csv exclude each other");
+        if (fJson && (fCsv || fWide)) {
+            throw UsageError(std::string("--json and ") + (fCsv ? "--csv" : "--wide") +
+                             " exclude each other");
         }
         if (fJson) {
             return ChangeFormat::Json;
@@ -162,7 +208,7 @@ class WatchCommand : public Command {
         if (unmatched.empty()) {
             return;
         }
-        const std::string sentence = "No key matches " + listed(unmatched) + '.';
+        const std::string sentence = noKeyMatches(unmatched);
         if (!watch.hasKeys()) {
             throw Failure(ExitStatus::NotOffered, sentence);
         }
@@ -174,6 +220,7 @@ class WatchCommand : public Command {
     double fDuration = 0;
     bool fJson = false;
     bool fCsv = false;
+    bool fWide = false;
     std::string fModule;
     int fTimeout = 0;
 };

@@ -22,14 +22,8 @@ std::string jsonOfChange(const ChangeRow& row) {
                      {"unit", row.fUnit}});
 }
 
-std::string csvText(const std::string& text) {
-    return base::csvText(base::oneLine(text));
-}
-
 std::string csvLine(const ChangeRow& row) {
-    const bool isText = row.fValue.type() == KVValue::Type::String;
-    return timeText(row.fTime) + ',' + csvText(row.fKey) + ',' +
-           (isText ? csvText(row.fValue.toString()) : base::csvField(valueText(row.fValue))) + ',' +
+    return timeText(row.fTime) + ',' + csvText(row.fKey) + ',' + csvValue(row.fValue) + ',' +
            csvText(row.fUnit) + '\n';
 }
 
@@ -49,6 +43,15 @@ std::string lineOf(ChangeFormat format, const ChangeRow& row) {
             break;
     }
     return textLine(row);
+}
+
+std::string csvText(const std::string& text) {
+    return base::csvText(base::oneLine(text));
+}
+
+std::string csvValue(const KVValue& value) {
+    return value.type() == KVValue::Type::String ? csvText(value.toString())
+                                                 : base::csvField(valueText(value));
 }
 
 std::string timeText(std::int64_t microseconds) {

@@ -14,4 +14,12 @@ bool matchesKey(const std::string& pattern, const std::string& key) {
            (isPattern(pattern) && fnmatch(pattern.c_str(), key.c_str(), FNM_NOESCAPE) == 0);
 }
 
+std::string noKeyMatches(const std::vector<std::string>& patterns) {
+    std::string list;
+    for (const std::string& pattern : patterns) {
+        list += (list.empty() ? "'" : ", '") + pattern + '\'';
+    }
+    return "No key matches " + list + '.';
+}
+
 }  // namespace robaxi_tool

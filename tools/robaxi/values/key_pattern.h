@@ -2,6 +2,7 @@
 #define OBVISTA_TOOLS_ROBAXI_VALUES_KEY_PATTERN_H
 
 #include <string>
+#include <vector>
 
 namespace robaxi_tool {
 
@@ -14,6 +15,9 @@ bool isPattern(const std::string& text);
 
 /** Returns true if a pattern or a whole key matches; "*" also matches "/". */
 bool matchesKey(const std::string& pattern, const std::string& key);
+
+/** Returns the sentence for patterns and keys that match no key of the robot. */
+std::string noKeyMatches(const std::vector<std::string>& patterns);
 
 }  // namespace robaxi_tool
 

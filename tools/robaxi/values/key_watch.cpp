@@ -2,14 +2,16 @@
 
 #include "values/key_pattern.h"
 
+#include <iterator>
+#include <set>
 #include <utility>
 
 namespace robaxi_tool {
 
 KeyWatch::KeyWatch(std::vector<std::string> patterns, Output output, Bell& bell)
-    : fOutput(std::move(output)), fBell(bell) {
-    for (std::string& pattern : patterns) {
-        fPatterns.emplace(std::move(pattern), false);
+    : fOutput(std::move(output)), fBell(bell), fGiven(std::move(patterns)) {
+    for (const std::string& pattern : fGiven) {
+        fPatterns.emplace(pattern, false);
     }
 }
 
@@ -26,7 +28,7 @@ void KeyWatch::keysAdded(const std::vector<KVKeyInfo>& keys) {
         for (const KVKeyInfo& key : keys) {
             if (xMatches(key.fName)) {
                 fKeys[key.fId] = {key.fName, key.fUnit};
-                fSelectionChanged = true;
+                fSelectionChanged = fNamesChanged = true;
             }
         }
     }
@@ -36,7 +38,7 @@ void KeyWatch::keysAdded(const std::vector<KVKeyInfo>& keys) {
 void KeyWatch::keysRemoved(const std::vector<std::uint32_t>& ids) {
     const std::lock_guard lock(fMutex);
     for (const std::uint32_t id : ids) {
-        fKeys.erase(id);
+        fNamesChanged |= fKeys.erase(id) > 0;
     }
 }
 
@@ -75,6 +77,28 @@ std::optional<std::vector<std::uint32_t>> KeyWatch::takeNewSelection() {
         ids.push_back(id);
     }
     return ids;
+}
+
+std::optional<std::vector<std::string>> KeyWatch::takeNewNames() {
+    const std::lock_guard lock(fMutex);
+    if (!std::exchange(fNamesChanged, false)) {
+        return std::nullopt;
+    }
+    std::set<std::string> rest;
+    for (const auto& [id, key] : fKeys) {
+        rest.insert(key.fName);
+    }
+    std::vector<std::string> names;
+    for (const std::string& pattern : fGiven) {
+        for (auto name = rest.begin(); name != rest.end();) {
+            const bool isNext = matchesKey(pattern, *name);
+            if (isNext) {
+                names.push_back(*name);
+            }
+            name = isNext ? rest.erase(name) : std::next(name);
+        }
+    }
+    return names;
 }
 
 std::vector<std::string> KeyWatch::unmatched() const {

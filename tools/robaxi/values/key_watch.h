@@ -40,6 +40,11 @@ class KeyWatch {
 
     /** Returns the keys to subscribe to if they have changed since the last call. */
     std::optional<std::vector<std::uint32_t>> takeNewSelection();
+    /**
+     * Returns the names of the matching keys if they have changed since the last call, in the order
+     * of the patterns. May be called by the output.
+     */
+    std::optional<std::vector<std::string>> takeNewNames();
     /** Returns patterns that no key has matched so far. */
     std::vector<std::string> unmatched() const;
     /** Returns true if a key matches at present. */
@@ -60,9 +65,11 @@ class KeyWatch {
     Output fOutput;
     Bell& fBell;
     mutable std::mutex fMutex;              ///< guards the following members
+    std::vector<std::string> fGiven;        ///< the patterns in their order
     std::map<std::string, bool> fPatterns;  ///< true if a key has matched
     std::map<std::uint32_t, Key> fKeys;     ///< the matching keys
     bool fSelectionChanged = false;
+    bool fNamesChanged = false;
     std::exception_ptr fEnd;
 };
 
