@@ -1,4 +1,4 @@
-#include "snapshot/output_file.h"
+#include "process/output_file.h"
 
 #include "process/console.h"
 #include "process/failure.h"
