@@ -140,6 +140,19 @@ TEST_F(Commands, FailedCallsSayWhyAndHaveTheirStatus) {
     expectFailure(2, "is not a literal", run("call", {"KVLeds", "rasta", "[1"}));
 }
 
+TEST_F(Commands, AnAliasStandsForAHost) {
+    EXPECT_EQ(0, runTool({"alias", "kitchen", placeOf(*fRobot)}).fStatus);
+    EXPECT_EQ("kitchen " + placeOf(*fRobot) + '\n', runTool({"alias"}).fOutput);
+    EXPECT_EQ("kitchen " + placeOf(*fRobot) + '\n', runTool({"alias", "kitchen"}).fOutput);
+    EXPECT_EQ("1.14\n", runTool({"get", "kitchen", "Robaxi/Version"}).fOutput);
+    EXPECT_EQ(0, runTool({"alias", "--remove", "kitchen"}).fStatus);
+    EXPECT_EQ("", runTool({"alias"}).fOutput);
+    expectFailure(3, "There is no alias 'kitchen'.", runTool({"alias", "kitchen"}));
+    expectFailure(2, "--remove takes one NAME", runTool({"alias", "--remove"}));
+    expectFailure(2, "'a:b' cannot be an alias", runTool({"alias", "a:b", "robot1"}));
+    expectFailure(2, "a port is a number", runTool({"alias", "a", "robot1:x"}));
+}
+
 TEST_F(Commands, GetPrintsASingleValueAlone) {
     EXPECT_THAT(outputOf("get", {"Battery/Charge"}), MatchesRegex("[0-9.]+\n"));
     EXPECT_THAT(outputOf("get", {"Battery/Charging"}), MatchesRegex("(true|false)\n"));

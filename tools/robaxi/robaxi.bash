@@ -31,7 +31,11 @@ _robaxi_recorded() {
 _robaxi_values() {
     case $1 in
         COMMAND) "$program" --help | sed -n '/^Commands:/,/^$/s/^  \([a-z]*\) .*/\1/p' ;;
-        HOST) _robaxi_ask list --timeout 1 | sed -n '2,$s/ .*//p' ;;
+        NAME) "$program" alias 2>/dev/null | sed 's/ .*//' ;;
+        HOST)
+            _robaxi_values NAME
+            _robaxi_ask list --timeout 1 | sed -n '2,$s/ .*//p'
+            ;;
         MODULE) _robaxi_modules | sed -n 's/^\([^ ][^:]*\):.*/\1/p' ;;
         METHOD)
             _robaxi_modules |

@@ -17,7 +17,8 @@ _robaxi_values() {
             return
             ;;
         FILE) _files; return ;;
-        HOST) values=(${(f)"$(_robaxi_ask list --timeout 1 | sed -n '2,$s/ .*//p')"}) ;;
+        NAME) values=(${(f)"$($words[1] alias 2>/dev/null | sed 's/ .*//')"}) ;;
+        HOST) values=(${(f)"$($words[1] alias 2>/dev/null | sed 's/ .*//'; _robaxi_ask list --timeout 1 | sed -n '2,$s/ .*//p')"}) ;;
         MODULE) values=(${(f)"$(_robaxi_ask modules "$given[1]" --timeout 1 | sed -n 's/^\([^ ][^:]*\):.*/\1/p')"}) ;;
         METHOD)
             values=(${(f)"$(_robaxi_ask modules "$given[1]" --timeout 1 |

@@ -2,6 +2,7 @@
 #include "settings_fields.h"
 
 #include <base/address.h>
+#include <base/user_folder.h>
 #include <robaxi/kv_error.h>
 #include <robaxi/kv_settings.h>
 
@@ -167,15 +168,6 @@ void applyEnvironment(const std::vector<SettingsField>& fields) {
     }
 }
 
-std::string configurationFolder() {
-    std::string configured = environment("XDG_CONFIG_HOME").value_or("");
-    if (!configured.empty() && configured.front() == '/') {
-        return configured;
-    }
-    const std::string home = environment("HOME").value_or("");
-    return home.empty() ? std::string() : home + "/.config";
-}
-
 bool exists(const std::string& file) {
     struct stat status {};
     return ::stat(file.c_str(), &status) == 0 || errno != ENOENT;
@@ -197,8 +189,8 @@ KVSettings KVSettings::load(const std::string& file) {
 KVSettings KVSettings::load() {
     KVSettings settings;
     const std::string named = environment("ROBAXI_CONFIG").value_or("");
-    const std::string folder = configurationFolder();
-    const std::string usual = folder + "/Quorvane Robotics/robaxi.conf";
+    const std::string folder = base::settingsFolder();
+    const std::string usual = folder + "/robaxi.conf";
     if (!named.empty()) {
         settings = load(named);
     } else if (!folder.empty() && exists(usual)) {

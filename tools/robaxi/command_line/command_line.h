@@ -22,7 +22,7 @@ ParsedCommandLine parseCommandLine(Command& command, const std::vector<std::stri
 constexpr const char* a_hostHelp =
     "HOST is a name under which a robot announces itself ('robaxi list' shows them), a host\n"
     "name or an address; HOST:PORT and [IPv6]:PORT choose a port. The default is the announced\n"
-    "port, or 9559.\n";
+    "port, or 9559. 'robaxi alias' gives hosts other names.\n";
 
 /** Returns the options of a command, including those of all commands. */
 std::vector<Options::Entry> optionsOf(Command& command);

@@ -19,6 +19,7 @@ std::vector<std::unique_ptr<Command>> makeCommands() {
     commands.push_back(makePingCommand());
     commands.push_back(makeDoctorCommand());
     commands.push_back(makeConformCommand());
+    commands.push_back(makeAliasCommand());
     commands.push_back(makeHelpCommand());
     return commands;
 }

@@ -9,6 +9,7 @@
 
 namespace robaxi_tool {
 
+std::unique_ptr<Command> makeAliasCommand();
 std::unique_ptr<Command> makeCallCommand();
 std::unique_ptr<Command> makeConformCommand();
 std::unique_ptr<Command> makeDoctorCommand();

@@ -1,5 +1,6 @@
 #include "commands/commands.h"
 #include "conform/conformance.h"
+#include "network/aliases.h"
 #include "network/robot_link.h"
 #include "process/failure.h"
 #include "process/tool_library.h"
@@ -164,7 +165,7 @@ class ConformCommand : public Command {
     ExitStatus xCheck(const std::string& host, const std::vector<const ConformCheck*>& checks,
                       Surroundings& surroundings) const {
         KVSettings settings = loadSettings();
-        const Target target = parseTarget(host);
+        const Target target = givenTarget(host);
         int counts[3] = {};
         const auto report = [&](const ConformCheck& check, const ConformResult& result) {
             ++counts[static_cast<int>(result.fVerdict)];

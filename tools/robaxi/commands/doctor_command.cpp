@@ -1,5 +1,6 @@
 #include "commands/commands.h"
 #include "doctor/checks.h"
+#include "network/aliases.h"
 #include "process/failure.h"
 #include "values/value_text.h"
 
@@ -86,7 +87,7 @@ class DoctorCommand : public Command {
         Examination examination(surroundings.fInterruption);
         examination.fTimeout = fTimeout;
         if (!given.empty()) {
-            examination.fTarget = parseTarget(given[0]);
+            examination.fTarget = givenTarget(given[0]);
         }
         int problems = 0;
         for (const Check& check : allChecks()) {

@@ -1,6 +1,7 @@
 #include "commands/commands.h"
 #include "values/memory_module.h"
 #include "values/value_literal.h"
+#include "values/value_text.h"
 
 namespace robaxi_tool {
 
@@ -17,12 +18,13 @@ class SetCommand : public Command {
     }
 
     void addOptions(Options& options) override {
+        options.addSwitch("--json", &fJson, "print key and value as a JSON object");
         addMemoryModule(options, &fModule);
         options.addTimeout(&fTimeout);
     }
 
     ExitStatus run(const std::vector<std::string>& given, Surroundings& surroundings) override {
-        const KVValue value = parseLiteral(given[2]);
+        KVValue value = parseLiteral(given[2]);
         const RobotLink link(given[0], fTimeout, surroundings.fInterruption);
         MemoryModule memory(link, fModule, surroundings.fInterruption);
         try {
@@ -31,7 +33,11 @@ class SetCommand : public Command {
             if (error.cause() != KVError::Cause::WrongType || !xHoldsText(memory, given[1])) {
                 throw;
             }
-            memory.setValue(given[1], KVValue(given[2]));
+            value = KVValue(given[2]);
+            memory.setValue(given[1], value);
+        }
+        if (fJson) {
+            surroundings.fConsole.print(jsonLine({{"key", given[1]}, {"value", valueJson(value)}}));
         }
         return ExitStatus::Success;
     }
@@ -41,6 +47,7 @@ class SetCommand : public Command {
         return memory.value(key).type() == KVValue::Type::String;
     }
 
+    bool fJson = false;
     std::string fModule;
     int fTimeout = 0;
 };

@@ -51,6 +51,7 @@ class LinePrinter {
 
 std::vector<std::string> linesOf(ChangeFormat format, const std::vector<ChangeRow>& rows) {
     std::vector<std::string> lines;
+    lines.reserve(rows.size());
     for (const ChangeRow& row : rows) {
         lines.push_back(lineOf(format, row));
     }

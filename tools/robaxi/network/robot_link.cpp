@@ -1,5 +1,6 @@
 #include "network/robot_link.h"
 
+#include "network/aliases.h"
 #include "process/failure.h"
 
 #include <base/address.h>
@@ -46,7 +47,7 @@ KVSettings loadSettings() {
 
 RobotLink::RobotLink(const std::string& host, int timeout, Interruption& interruption)
     // In braces, which evaluate in order: settings are loaded, and refused, before the search.
-    : RobotLink{loadSettings(), findHost(parseTarget(host), timeout, interruption), timeout} {
+    : RobotLink{loadSettings(), findHost(givenTarget(host), timeout, interruption), timeout} {
     interruption.check();
 }
 
