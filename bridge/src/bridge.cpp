@@ -27,7 +27,16 @@ Bridge::Bridge(std::function<void(const std::string&)> complain)
 
 void Bridge::setValues(const std::string& group, const std::vector<SourceValue>& values) {
     const std::lock_guard lock(fMutex);
-    if (!fKeys.set(group, values) && !std::exchange(fHasReportedLimit, true)) {
+    xReportLimit(group, fKeys.set(group, values));
+}
+
+void Bridge::replaceValues(const std::string& group, const std::vector<SourceValue>& values) {
+    const std::lock_guard lock(fMutex);
+    xReportLimit(group, fKeys.replace(group, values));
+}
+
+void Bridge::xReportLimit(const std::string& group, bool isComplete) {
+    if (!isComplete && !std::exchange(fHasReportedLimit, true)) {
         complain("values of the " + base::oneLine(group) +
                  " are left out: their names are taken or too long, or there are too many");
     }

@@ -31,6 +31,7 @@ class Bridge : public Sink {
     std::vector<std::shared_ptr<KVModule>> modules() const { return {fMemory, fVideo}; }
 
     void setValues(const std::string& group, const std::vector<SourceValue>& values) override;
+    void replaceValues(const std::string& group, const std::vector<SourceValue>& values) override;
     void addWritable(const std::string& group, const SourceValue& value,
                      std::function<void(const KVValue& value)> write) override;
     void removeGroup(const std::string& group) override;
@@ -40,6 +41,8 @@ class Bridge : public Sink {
     void complain(const std::string& line) override;
 
   private:
+    void xReportLimit(const std::string& group, bool isComplete);
+
     const std::function<void(const std::string&)> fComplain;
     std::mutex fLineMutex;  // guards the following members; locked after fMutex
     std::chrono::steady_clock::time_point fLinesBegin;

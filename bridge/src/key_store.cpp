@@ -3,6 +3,8 @@
 #include <robaxi/kv_error.h>
 
 #include <memory>
+#include <string_view>
+#include <unordered_set>
 #include <utility>
 
 namespace bridge {
@@ -11,7 +13,7 @@ KeyStore::KeyStore(std::shared_ptr<KVMemoryModule> memory) : fMemory(std::move(m
 }
 
 bool KeyStore::set(const std::string& group, const std::vector<SourceValue>& values) {
-    Ids& ids = fGroups[group];
+    Ids& ids = fGroups[group].fIds;
     bool isComplete = true;
     // Values with one time stamp are set together.
     Changes changes;
@@ -34,7 +36,7 @@ bool KeyStore::set(const std::string& group, const std::vector<SourceValue>& val
 
 void KeyStore::addWritable(const std::string& group, const SourceValue& value,
                            std::function<void(const KVValue& value)> write) {
-    Ids& ids = fGroups[group];
+    auto& [ids, writable] = fGroups[group];
     if (ids.count(value.fName) != 0 || !xHasRoom(ids, value.fName)) {
         return;
     }
@@ -42,10 +44,30 @@ void KeyStore::addWritable(const std::string& group, const SourceValue& value,
         ids[value.fName] =
             fMemory->addKey({value.fName, std::string(value.fUnit), std::string(value.fDescription),
                              value.fValue, std::move(write)});
+        writable.push_back(value.fName);
         ++fSize;
     } catch (const KVError&) {
         ids.erase(value.fName);
     }
+}
+
+bool KeyStore::replace(const std::string& group, const std::vector<SourceValue>& values) {
+    std::unordered_set<std::string_view> names;
+    for (const SourceValue& value : values) {
+        names.insert(value.fName);
+    }
+    Ids& ids = fGroups[group].fIds;
+    std::vector<std::uint32_t> removed;
+    for (auto known = ids.begin(); known != ids.end();) {
+        if (names.count(known->first) == 0) {
+            removed.push_back(known->second);
+            known = ids.erase(known);
+        } else {
+            ++known;
+        }
+    }
+    xRemove(removed);
+    return set(group, values);
 }
 
 void KeyStore::remove(const std::string& group) {
@@ -53,13 +75,23 @@ void KeyStore::remove(const std::string& group) {
     if (known == fGroups.end()) {
         return;
     }
-    for (const auto& [name, id] : known->second) {
-        // The module knows the writable keys only, and removes their handlers.
+    // The module knows the writable keys only, and removes their handlers.
+    for (const std::string& name : known->second.fWritable) {
         fMemory->removeKey(name);
-        fMemory->getValues()->removeKey(id);
     }
-    fSize -= known->second.size();
+    std::vector<std::uint32_t> removed;
+    for (const auto& [name, id] : known->second.fIds) {
+        removed.push_back(id);
+    }
+    xRemove(removed);
     fGroups.erase(known);
+}
+
+void KeyStore::xRemove(const std::vector<std::uint32_t>& ids) {
+    if (!ids.empty()) {
+        fMemory->getValues()->removeKeys(ids);
+        fSize -= ids.size();
+    }
 }
 
 bool KeyStore::xHasRoom(const Ids& ids, const std::string& name) const {

@@ -39,20 +39,28 @@ class KeyStore {
     void addWritable(const std::string& group, const SourceValue& value,
                      std::function<void(const KVValue& value)> write);
 
+    /** Sets values as set() does, and removes the other keys of the group. */
+    bool replace(const std::string& group, const std::vector<SourceValue>& values);
+
     void remove(const std::string& group);
 
     std::size_t size() const { return fSize; }
 
   private:
     using Ids = std::unordered_map<std::string, std::uint32_t>;
+    struct Group {
+        Ids fIds;
+        std::vector<std::string> fWritable;
+    };
     using Changes = std::vector<std::pair<std::uint32_t, KVValue>>;
 
     bool xHasRoom(const Ids& ids, const std::string& name) const;
     bool xAdd(Ids& ids, const SourceValue& value);
+    void xRemove(const std::vector<std::uint32_t>& ids);
     void xFlush(Changes& changes, std::int64_t time);
 
     const std::shared_ptr<KVMemoryModule> fMemory;
-    std::map<std::string, Ids> fGroups;
+    std::map<std::string, Group> fGroups;
     std::size_t fSize = 0;
 };
 

@@ -29,6 +29,7 @@ namespace bridge {
 namespace {
 
 constexpr int a_couldNotStart = 1;
+constexpr const char* a_picture = "bridge/ros2.png";
 
 void writeLine(int file, const std::string& line) {
     sockets::writeLine(file, "robaxi-bridge: " + line);
@@ -42,19 +43,21 @@ void complain(const std::string& line) {
     writeLine(STDERR_FILENO, line);
 }
 
-/** Returns null without one: a bridge is of use without its icon. */
+/** Returns null without one: a bridge is of use without its icon, unless the command line requires
+ *  the file or the port. */
 std::unique_ptr<KV::IconServer> makeIconServer(const Options& options) {
     const serving::ServerOptions& server = options.fServer;
     if (server.fHttpPort == 0) {
         return nullptr;
     }
+    bool isRequired = !server.fIcon.empty();
     try {
         const std::string icon =
-            server.fIcon.empty() ? serving::installedPicture("robot/buddy.png") : server.fIcon;
-        return std::make_unique<KV::IconServer>(server.fAddress, server.fHttpPort,
-                                                serving::readIcon(icon));
+            serving::readIcon(isRequired ? server.fIcon : serving::installedPicture(a_picture));
+        isRequired = isRequired || options.fIsHttpPortGiven;
+        return std::make_unique<KV::IconServer>(server.fAddress, server.fHttpPort, icon);
     } catch (const std::exception& failure) {
-        if (options.fIsHttpPortGiven || !server.fIcon.empty()) {
+        if (isRequired) {
             throw;
         }
         complain(std::string("no icon: ") + base::oneLine(failure.what()));

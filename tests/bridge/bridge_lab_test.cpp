@@ -1,242 +1,29 @@
 // The bridge in one host of a private network, robots of ROS 2 in others, and their viewer in the
 // test's.
 
-#include "child_process.h"
-#include "lab_control.h"
+#include "bridge_lab.h"
 
-#include <robaxi/kv_broker.h>
-#include <robaxi/kv_connection.h>
+#include "child_process.h"
+
 #include <robaxi/kv_error.h>
-#include <robaxi/kv_frame_stream.h>
 #include <robaxi/kv_proxy.h>
-#include <robaxi/kv_subscription.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <condition_variable>
 #include <cstdlib>
-#include <functional>
-#include <map>
-#include <memory>
-#include <mutex>
-#include <optional>
+#include <ctime>
+#include <regex>
+#include <string>
 
-using obvista_test::ChildProcess;
 using testing::HasSubstr;
-namespace lab = obvista_test::lab;
+using testing::Not;
+using namespace obvista_test;
 
-namespace {
-
-constexpr auto a_patience = ChildProcess::a_patience;
-
-std::string built(const std::string& program) {
-    return std::string(std::getenv("OBVISTA_BUILD_DIR")) + '/' + program;
-}
-
-/**
- * A host of the lab with one program; killed when the object is destroyed. Each has another
- * address: the other hosts would look for a new one at the previous one's hardware address.
- */
-class Host {
-  public:
-    Host(const std::string& ready, const std::vector<std::string>& command)
-        : fNumber(++fCount), fName("host" + std::to_string(fNumber)) {
-        std::vector<std::string> words{"add",       fName,     "--ready", ready,
-                                       "--address", address(), "--"};
-        words.insert(words.end(), command.begin(), command.end());
-        lab::control(words);
-    }
-    ~Host() { lab::control({"kill", fName}); }
-    Host(const Host&) = delete;
-    Host& operator=(const Host&) = delete;
-
-    std::string address() const { return "10.77.5." + std::to_string(fNumber); }
-    std::string output() const { return lab::control({"output", fName}); }
-
-    /** Waits until the program has written a text. */
-    bool waitForOutput(const std::string& text) const {
-        const auto end = std::chrono::steady_clock::now() + a_patience;
-        while (output().find(text) == std::string::npos) {
-            if (std::chrono::steady_clock::now() > end) {
-                return false;
-            }
-        }
-        return true;
-    }
-
-  private:
-    static int fCount;
-    const int fNumber;
-    const std::string fName;
-};
-
-int Host::fCount = 0;
-
-Host makeBridge(const std::vector<std::string>& options = {},
-                const std::vector<std::string>& environment = {}) {
-    std::vector<std::string> command{"env"};
-    command.insert(command.end(), environment.begin(), environment.end());
-    command.insert(command.end(),
-                   {built("bin/robaxi-bridge"), "--address", "0.0.0.0", "--name", "marvin"});
-    command.insert(command.end(), options.begin(), options.end());
-    return {"listens", command};
-}
-
-Host makeRobot(const std::string& mode, const std::vector<std::string>& arguments = {}) {
-    std::vector<std::string> command{built("tests/ros2_writer"), mode, "0"};
-    command.insert(command.end(), arguments.begin(), arguments.end());
-    return {"ready", command};
-}
-
-/** The values of the bridge, as a viewer has them. */
-class Values {
-  public:
-    explicit Values(const Host& bridge)
-        : fBroker(KVBroker::createBroker({"test"})),
-          fConnection(KVConnection::open(fBroker, bridge.address(), 9559, 20)) {
-        KVSubscription::Callbacks callbacks;
-        callbacks.fKeysAdded = [this](const std::vector<KVKeyInfo>& keys) {
-            const std::lock_guard lock(fMutex);
-            for (const KVKeyInfo& key : keys) {
-                fKeys[key.fId] = key;
-            }
-            fChanged.notify_all();
-        };
-        callbacks.fKeysRemoved = [this](const std::vector<std::uint32_t>& ids) {
-            const std::lock_guard lock(fMutex);
-            for (const std::uint32_t id : ids) {
-                fKeys.erase(id);
-                fValues.erase(id);
-            }
-            fChanged.notify_all();
-        };
-        callbacks.fValuesChanged = [this](const std::vector<KVChange>& changes) {
-            const std::lock_guard lock(fMutex);
-            for (const KVChange& change : changes) {
-                fValues[change.fId] = change;
-            }
-            fChanged.notify_all();
-        };
-        fSubscription = KVSubscription::start(fConnection, "KVMemory",
-                                              KVSubscription::Selection::AllKeys, 100, callbacks);
-    }
-
-    /** Waits for a value that fulfils a condition. */
-    std::optional<KVChange> wait(const std::string& name,
-                                 const std::function<bool(const KVValue&)>& condition) {
-        std::unique_lock lock(fMutex);
-        std::optional<KVChange> result;
-        fChanged.wait_for(lock, a_patience, [&] {
-            result = xFind(name);
-            if (result && !condition(result->fValue)) {
-                result.reset();
-            }
-            return result.has_value();
-        });
-        return result;
-    }
-    std::optional<KVChange> wait(const std::string& name) {
-        return wait(name, [](const KVValue&) { return true; });
-    }
-
-    bool waitForNone(const std::string& beginning) {
-        std::unique_lock lock(fMutex);
-        return fChanged.wait_for(lock, a_patience, [&] { return xCount(beginning) == 0; });
-    }
-
-    bool waitForCount(const std::string& beginning, std::size_t count) {
-        std::unique_lock lock(fMutex);
-        return fChanged.wait_for(lock, a_patience, [&] { return xCount(beginning) == count; });
-    }
-
-    std::string unit(const std::string& name) {
-        const std::lock_guard lock(fMutex);
-        for (const auto& [id, key] : fKeys) {
-            if (key.fName == name) {
-                return key.fUnit;
-            }
-        }
-        return "(no key)";
-    }
-
-    std::shared_ptr<KVConnection> connection() { return fConnection; }
-
-  private:
-    std::optional<KVChange> xFind(const std::string& name) const {
-        for (const auto& [id, key] : fKeys) {
-            const auto value = fValues.find(id);
-            if (key.fName == name && value != fValues.end()) {
-                return value->second;
-            }
-        }
-        return std::nullopt;
-    }
-
-    std::size_t xCount(const std::string& beginning) const {
-        std::size_t count = 0;
-        for (const auto& [id, key] : fKeys) {
-            count += key.fName.rfind(beginning, 0) == 0 ? 1 : 0;
-        }
-        return count;
-    }
-
-    std::mutex fMutex;  // guards fKeys and fValues
-    std::condition_variable fChanged;
-    std::map<std::uint32_t, KVKeyInfo> fKeys;
-    std::map<std::uint32_t, KVChange> fValues;
-    boost::shared_ptr<KVBroker> fBroker;
-    std::shared_ptr<KVConnection> fConnection;
-    std::shared_ptr<KVSubscription> fSubscription;
-};
-
-auto textIs(const std::string& expected) {
-    return [expected](const KVValue& value) {
-        return value.type() == KVValue::Type::String && value.toString() == expected;
-    };
-}
-
-auto isAbove(double limit) {
-    return [limit](const KVValue& value) { return value.toFloat() > limit; };
-}
-
-/** Counts the frames of a camera. */
-class Watcher {
-  public:
-    KVFrameStream::Callbacks callbacks() {
-        KVFrameStream::Callbacks callbacks;
-        callbacks.fFrameReceived = [this](const KVFrame& frame, std::uint64_t) {
-            const std::lock_guard lock(fMutex);
-            fFrame = frame;
-            ++fCount;
-            fChanged.notify_all();
-        };
-        return callbacks;
-    }
-
-    bool waitFor(int count) {
-        std::unique_lock lock(fMutex);
-        return fChanged.wait_for(lock, a_patience, [&] { return fCount >= count; });
-    }
-    KVFrame frame() {
-        const std::lock_guard lock(fMutex);
-        return fFrame;
-    }
-
-  private:
-    std::mutex fMutex;
-    std::condition_variable fChanged;
-    KVFrame fFrame;
-    int fCount = 0;
-};
-
-}  // namespace
-
-TEST(BridgeLab, aRobotOfRos2IsARobotOfTheList) {
-    const Host bridge = makeBridge();
-    const Host robot = makeRobot("robot");
-    Values values(bridge);
+TEST(Bridge, aRobotOfRos2IsARobotOfTheList) {
+    const BridgeHost bridge = makeBridge();
+    const BridgeHost robot = makeRos2Robot("robot");
+    BridgeValues values(bridge);
 
     // Joints: names, units, and the message's time, not that of its arrival.
     const auto velocity = values.wait("Joint/LeftKnee/Velocity");
@@ -260,7 +47,7 @@ TEST(BridgeLab, aRobotOfRos2IsARobotOfTheList) {
     const auto idle = values.wait(cameraRate);
     ASSERT_TRUE(idle);
     EXPECT_EQ(idle->fValue.toFloat(), 0);
-    Watcher watcher;
+    FrameCounter watcher;
     {
         const auto stream = KVFrameStream::start(values.connection(), "KVVideo", "camera/image_raw",
                                                  watcher.callbacks());
@@ -273,62 +60,71 @@ TEST(BridgeLab, aRobotOfRos2IsARobotOfTheList) {
     EXPECT_TRUE(values.wait(cameraRate, [](const KVValue& rate) { return rate.toFloat() == 0; }));
 
     // Obvista's discovery.
-    ChildProcess list({built("bin/robaxi"), "list"});
+    ChildProcess list({builtProgram("bin/robaxi"), "list"});
     ASSERT_TRUE(list.waitForEnd());
     EXPECT_THAT(list.output(), HasSubstr("marvin"));
     EXPECT_THAT(list.output(), HasSubstr("robot"));
 }
 
-TEST(BridgeLab, publishersThatComeAndGoLeaveNothingBehind) {
-    const Host bridge = makeBridge();
-    Values values(bridge);
-    const Host robot = makeRobot("churn", {"100"});
-    ASSERT_TRUE(robot.waitForOutput("done")) << "each waits until the bridge reads it";
-    EXPECT_TRUE(values.wait("ROS/Participants", isAbove(0)));
-    EXPECT_TRUE(values.waitForCount("", 2)) << "the domain's own keys";
+TEST(Bridge, conformsToTheProtocol) {
+    const BridgeHost bridge = makeBridge();
+    const BridgeHost robot = makeRos2Robot("robot");
+    BridgeValues values(bridge);
+    ASSERT_TRUE(values.wait("Joint/LeftKnee/Velocity"));
+    ChildProcess conform({builtProgram("bin/robaxi"), "conform", "--json", "--group", "announcing",
+                          "--group", "values", "--group", "subscriptions", "--group", "frames",
+                          bridge.address()});
+    EXPECT_EQ(conform.waitForEnd(), 0);
+    EXPECT_THAT(conform.output(), Not(HasSubstr("\"failed\"")));
+    for (const std::string check : {"announcing.name", "announcing.icon", "frames.cameras"}) {
+        EXPECT_THAT(conform.output(), HasSubstr("{\"check\":\"" + check + "\""));
+    }
 }
 
-TEST(BridgeLab, manyTopics) {
-    const Host bridge = makeBridge();
-    const Host robot = makeRobot("many", {"500"});
-    Values values(bridge);
-    EXPECT_TRUE(values.waitForCount("many/", 500));
-    EXPECT_TRUE(values.waitForCount("ROS/Topics/many/", 5 * 500));
+TEST(Bridge, valuesAreWatchedWithTheStampsOfTheirMessages) {
+    const BridgeHost bridge = makeBridge();
+    const BridgeHost robot = makeRos2Robot("robot");
+    BridgeValues values(bridge);
+    ASSERT_TRUE(values.wait("Joint/LeftKnee/Velocity"));
+    ChildProcess watch({builtProgram("bin/robaxi"), "watch", "--json", "--count", "5",
+                        bridge.address(), "Joint/LeftKnee/Velocity"});
+    ASSERT_EQ(watch.waitForEnd(), 0) << watch.errors();
+    const std::regex line(R"re("time":"([^"]*)".*"value":([0-9.]*),"unit":"rad/s")re");
+    const std::string output = watch.output();
+    const std::sregex_iterator end;
+    int lines = 0;
+    for (std::sregex_iterator found(output.begin(), output.end(), line); found != end; ++found) {
+        // The robot publishes the time of the stamp as the joint's velocity.
+        std::tm time{};
+        const char* const fraction =
+            strptime((*found)[1].str().c_str(), "%Y-%m-%dT%H:%M:%S", &time);
+        ASSERT_NE(fraction, nullptr);
+        EXPECT_NEAR(static_cast<double>(timegm(&time)) + std::stod(fraction),
+                    std::stod((*found)[2]), 1e-5);
+        ++lines;
+    }
+    EXPECT_EQ(lines, 5) << output;
 }
 
-TEST(BridgeLab, messagesThatAreNotOfTheirTypeAreNamedAndDropped) {
-    const Host bridge = makeBridge();
-    const Host robot = makeRobot("wrong");
-    Values values(bridge);
-    EXPECT_TRUE(values.wait("ROS/Topics/imu/Problem",
-                            textIs("a message of 12 bytes is not a sensor_msgs/msg/Imu")));
-    EXPECT_TRUE(values.wait("ROS/Topics/text/Problem",
-                            textIs("a message of 8 bytes is not a std_msgs/msg/String")));
-    Watcher watcher;
-    const auto stream =
-        KVFrameStream::start(values.connection(), "KVVideo", "image", watcher.callbacks());
-    EXPECT_TRUE(
-        values.wait("ROS/Topics/image/Problem",
-                    textIs("a picture cannot be shown: it is not a sensor_msgs/msg/Image")));
-    EXPECT_TRUE(values.waitForNone("imu/"));
-    EXPECT_THAT(bridge.output(), HasSubstr("/imu: a message of 12 bytes"));
+TEST(Bridge, itStartsWithoutAnIconUnlessTheCommandLineRequiresIt) {
+    const std::string program = builtProgram("bin/robaxi-bridge");
+    // A program without its pictures, as in an incomplete installation.
+    const std::string folder = std::string(std::getenv("TMPDIR")) + "/bare";
+    ChildProcess copy({"sh", "-c", "mkdir -p $1/bin && cp $0 $1/bin && ln -s $2 $1/lib", program,
+                       folder, builtProgram("lib")});
+    ASSERT_EQ(copy.waitForEnd(), 0) << copy.errors();
+    ChildProcess bare({folder + "/bin/robaxi-bridge", "--http-port", "8080"});
+    EXPECT_TRUE(bare.waitForErrors("no icon: the icon"));
+    EXPECT_TRUE(bare.waitForOutput("listens on"));
+    ChildProcess wrong({program, "--port", "9560", "--icon", "/nowhere.png"});
+    EXPECT_EQ(wrong.waitForEnd(), 1);
+    EXPECT_THAT(wrong.errors(), HasSubstr("/nowhere.png"));
 }
 
-TEST(BridgeLab, aFloodKeepsTheNewest) {
-    const Host bridge = makeBridge();
-    const Host robot = makeRobot("flood", {"10000"});
-    Values values(bridge);
-    const auto early = values.wait("flood");
-    ASSERT_TRUE(early);
-    const double first = early->fValue.toFloat();
-    EXPECT_TRUE(values.wait("flood", isAbove(first + 10'000)));
-    EXPECT_TRUE(values.wait("ROS/Topics/flood/Rate", isAbove(500)));
-}
-
-TEST(BridgeLab, onlyNamedTopicsAreWritten) {
-    const Host bridge = makeBridge({"--allow-write", "/volume"});
-    const Host robot = makeRobot("listen");
-    Values values(bridge);
+TEST(Bridge, onlyNamedTopicsAreWritten) {
+    const BridgeHost bridge = makeBridge({"--allow-write", "/volume"});
+    const BridgeHost robot = makeRos2Robot("listen");
+    BridgeValues values(bridge);
     ASSERT_TRUE(values.wait("volume"));
     KVProxy memory("KVMemory", values.connection(), 20);
     // The first ones may be sent before the writer and the robot know each other.
@@ -342,10 +138,10 @@ TEST(BridgeLab, onlyNamedTopicsAreWritten) {
     EXPECT_THROW(memory.callValue("setData", {"ROS/Domain", 1}), KVError);
 }
 
-TEST(BridgeLab, topicsAreSelected) {
-    const Host bridge = makeBridge({"--topics", "/joint*", "/robot_name"});
-    const Host robot = makeRobot("robot");
-    Values values(bridge);
+TEST(Bridge, topicsAreSelected) {
+    const BridgeHost bridge = makeBridge({"--topics", "/joint*", "/robot_name"});
+    const BridgeHost robot = makeRos2Robot("robot");
+    BridgeValues values(bridge);
     EXPECT_TRUE(values.wait("Joint/LeftKnee/Position"));
     EXPECT_TRUE(values.wait("robot_name"));
     EXPECT_TRUE(values.wait("ROS/Topics/joint_states/Rate", isAbove(0)));
@@ -353,21 +149,10 @@ TEST(BridgeLab, topicsAreSelected) {
     EXPECT_TRUE(values.waitForNone("battery"));
 }
 
-TEST(BridgeLab, peersInADomainWithoutMulticast) {
-    const Host robot = makeRobot("robot");
-    const Host bridge = makeBridge(
-        {}, {"CYCLONEDDS_URI=<CycloneDDS><Domain><General><AllowMulticast>false</AllowMulticast>"
-             "</General><Discovery><ParticipantIndex>auto</ParticipantIndex><Peers><Peer "
-             "address=\"" +
-             robot.address() + "\"/></Peers></Discovery></Domain></CycloneDDS>"});
-    Values values(bridge);
-    EXPECT_TRUE(values.wait("Joint/LeftKnee/Position"));
-}
-
-TEST(BridgeLab, aRobotWithCycloneDdsAndATypeThatItDescribes) {
-    const Host bridge = makeBridge({"--domain", "7"});
-    const Host robot("ready", {built("tests/cyclone_writer"), "7"});
-    Values values(bridge);
+TEST(Bridge, aRobotWithCycloneDdsAndATypeThatItDescribes) {
+    const BridgeHost bridge = makeBridge({"--domain", "7"});
+    const BridgeHost robot("ready", {builtProgram("tests/cyclone_writer"), "7"});
+    BridgeValues values(bridge);
     const auto wrist = values.wait("Joint/Wrist/Position", isAbove(0.5));
     ASSERT_TRUE(wrist);
     EXPECT_LT(wrist->fTime, 2'000'000'000) << "the message's time";

@@ -51,6 +51,18 @@ TEST_F(KeyStoreTest, removesTheKeysOfAGroupAndNoOthers) {
     EXPECT_TRUE(fStore.set("one", {{"a", "", "", 2, 1}, {"w", "", "", 2, 1}})) << "added again";
 }
 
+TEST_F(KeyStoreTest, replacesTheKeysOfAGroup) {
+    fStore.set("other", {{"o", "", "", 1, 1}});
+    EXPECT_TRUE(fStore.replace("t", {{"a", "", "", 1, 1}, {"b", "", "", 1, 1}}));
+    const std::uint32_t kept = value("b").fId;
+    EXPECT_TRUE(fStore.replace("t", {{"b", "", "", 2, 2}, {"c", "", "", 2, 2}}));
+    ASSERT_THAT(keys(), SizeIs(3));
+    EXPECT_EQ(value("b").fId, kept);
+    EXPECT_EQ(value("b").fValue, KVValue(2));
+    EXPECT_EQ(value("c").fValue, KVValue(2));
+    EXPECT_EQ(fStore.size(), 3U);
+}
+
 TEST_F(KeyStoreTest, writesReachTheHandler) {
     KVValue written;
     fStore.addWritable("t", {"volume", "", "", 0.0, 0},

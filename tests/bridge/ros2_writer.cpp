@@ -2,21 +2,22 @@
 // prints "ready" when its writers exist, and runs until its standard input ends or a signal ends
 // it.
 //
-//   ros2_writer robot DOMAIN [JOINTS RATE [CAMERA-RATE]]   joints, sensors, a camera, a node; the
-//   joints'
-//                                                          velocity is the time of their stamp in
-//                                                          seconds
-//   ros2_writer flood DOMAIN RATE                          a number on /flood, so many times a
-//   second ros2_writer many DOMAIN COUNT                          /many/0 ... /many/COUNT-1, a
-//   number each second ros2_writer churn DOMAIN TIMES                         a publisher on /churn
-//   that comes and goes ros2_writer wrong DOMAIN                               messages that are
-//   not of their type ros2_writer listen DOMAIN                              prints what is
-//   published on /volume
+//   robot DOMAIN [JOINTS RATE [CAMERA-RATE]]
+//       joints, sensors, a camera, a node; the joints' velocity is the time of their stamp in
+//       seconds
+//   flood DOMAIN RATE       a number on /flood, so many times a second
+//   many DOMAIN COUNT       /many/t0 and so on, a number each second
+//   nodes DOMAIN PARTICIPANTS COUNT
+//       /part0/node0 and so on, so many of each participant
+//   restart DOMAIN          two participants with the node /twin, of which the first ends on
+//   SIGUSR1 churn DOMAIN TIMES      a publisher on /churn that comes and goes wrong DOMAIN messages
+//   that are not of their type listen DOMAIN           prints what is published on /volume
 
 #include "fast_message.h"
 
 #include <chrono>
 #include <cmath>
+#include <csignal>
 #include <cstring>
 #include <fastdds/dds/domain/DomainParticipant.hpp>
 #include <fastdds/dds/domain/DomainParticipantFactory.hpp>
@@ -122,6 +123,14 @@ class Program {
 
     void remove(fastdds::DataWriter* writer) { fPublisher->delete_datawriter(writer); }
 
+    static void waitForReaders(fastdds::DataWriter* writer) {
+        fastdds::PublicationMatchedStatus status;
+        do {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            writer->get_publication_matched_status(status);
+        } while (status.current_count == 0);
+    }
+
     /** Returns the identifier of the participant or of a writer. */
     static std::vector<std::uint8_t> idOf(const eprosima::fastrtps::rtps::GUID_t& guid) {
         std::vector<std::uint8_t> id(guid.guidPrefix.value, guid.guidPrefix.value + 12);
@@ -193,6 +202,17 @@ Message picture(std::uint32_t width, std::uint32_t height, long step) {
     return bytes;
 }
 
+void addId(FastMessage& message, const std::vector<std::uint8_t>& id) {
+    for (const std::uint8_t byte : id) {
+        message << byte;
+    }
+}
+
+fastdds::DataWriter* makeNodeWriter(Program& program) {
+    return program.writer("ros_discovery_info",
+                          ddsType("rmw_dds_common", "ParticipantEntitiesInfo"), Kind::Latched, 1);
+}
+
 void runRobot(int domain, int joints, double rate, double cameraRate) {
     Program program(domain);
     auto* const jointWriter =
@@ -205,21 +225,14 @@ void runRobot(int domain, int joints, double rate, double cameraRate) {
         program.writer("rt/strange", ddsType("my_msgs", "Unheard"), Kind::Reliable);
     auto* const imageWriter =
         program.writer("rt/camera/image_raw", ddsType("sensor_msgs", "Image"), Kind::Reliable);
-    auto* const nodeWriter =
-        program.writer("ros_discovery_info", ddsType("rmw_dds_common", "ParticipantEntitiesInfo"),
-                       Kind::Latched, 1);
+    auto* const nodeWriter = makeNodeWriter(program);
     publish(nameWriter, FastMessage() << "marvin of ROS 2");
 
     FastMessage node;
-    const auto addId = [&](const std::vector<std::uint8_t>& id) {
-        for (const std::uint8_t byte : id) {
-            node << byte;
-        }
-    };
-    addId(program.id());
+    addId(node, program.id());
     node << std::uint32_t{1} << "/"
          << "body" << std::uint32_t{0} << std::uint32_t{1};
-    addId(Program::idOf(jointWriter->guid()));
+    addId(node, Program::idOf(jointWriter->guid()));
     publish(nodeWriter, node);
 
     std::vector<std::string> names{"HeadYaw", "LeftKnee", "RightKnee"};
@@ -293,6 +306,49 @@ void runMany(int domain, int count) {
     });
 }
 
+void runNodes(int domain, int participants, int count) {
+    std::vector<std::unique_ptr<Program>> programs;
+    for (int i = 0; i < participants; ++i) {
+        programs.push_back(std::make_unique<Program>(domain));
+        FastMessage nodes;
+        addId(nodes, programs.back()->id());
+        nodes << static_cast<std::uint32_t>(count);
+        for (int node = 0; node < count; ++node) {
+            nodes << "/part" + std::to_string(i) << "node" + std::to_string(node)
+                  << std::uint32_t{0} << std::uint32_t{0};
+        }
+        publish(makeNodeWriter(*programs.back()), nodes);
+    }
+    ready();
+    pause();
+}
+
+void runRestart(int domain) {
+    // Blocked before other threads start, so that only sigwait() receives it.
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGUSR1);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    const auto start = [&] {
+        auto program = std::make_unique<Program>(domain);
+        FastMessage nodes;
+        addId(nodes, program->id());
+        nodes << std::uint32_t{1} << "/"
+              << "twin" << std::uint32_t{0} << std::uint32_t{0};
+        auto* const writer = makeNodeWriter(*program);
+        publish(writer, nodes);
+        Program::waitForReaders(writer);
+        return program;
+    };
+    auto former = start();
+    const auto current = start();
+    ready();
+    int signal = 0;
+    sigwait(&signals, &signal);
+    former.reset();
+    pause();
+}
+
 void runChurn(int domain, int times) {
     Program program(domain);
     ready();
@@ -300,12 +356,7 @@ void runChurn(int domain, int times) {
         auto* const writer =
             program.writer("rt/churn", ddsType("std_msgs", "Int32"), Kind::Latched, 1);
         publish(writer, FastMessage() << static_cast<std::int32_t>(i));
-        // Goes when somebody reads it.
-        fastdds::PublicationMatchedStatus status;
-        do {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-            writer->get_publication_matched_status(status);
-        } while (status.current_count == 0);
+        Program::waitForReaders(writer);  // goes when somebody reads it
         program.remove(writer);
     }
     std::cout << "done" << std::endl;
@@ -358,7 +409,8 @@ int main(int argc, char** argv) {
         return index < words.size() ? std::stod(words[index]) : otherwise;
     };
     if (words.size() < 2) {
-        std::cerr << "usage: ros2_writer robot|flood|many|churn|wrong|listen DOMAIN ...\n";
+        std::cerr
+            << "usage: ros2_writer robot|flood|many|nodes|restart|churn|wrong|listen DOMAIN ...\n";
         return 2;
     }
     const int domain = std::stoi(words[1]);
@@ -368,6 +420,10 @@ int main(int argc, char** argv) {
         runFlood(domain, number(2, 10'000));
     } else if (words[0] == "many") {
         runMany(domain, static_cast<int>(number(2, 500)));
+    } else if (words[0] == "nodes") {
+        runNodes(domain, static_cast<int>(number(2, 1)), static_cast<int>(number(3, 1)));
+    } else if (words[0] == "restart") {
+        runRestart(domain);
     } else if (words[0] == "churn") {
         runChurn(domain, static_cast<int>(number(2, 100)));
     } else if (words[0] == "wrong") {

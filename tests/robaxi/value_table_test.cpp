@@ -69,6 +69,28 @@ TEST_F(Table, RestoresValuesWithTheirOwnTimes) {
     EXPECT_EQ(fTable.getValue("a").fTime, 300);
 }
 
+TEST_F(Table, RemovesSeveralKeysAndNoOthers) {
+    std::vector<std::uint32_t> ids;
+    for (int i = 0; i < 200'000; ++i) {
+        ids.push_back(fTable.addKey(key("k" + std::to_string(i)), i));
+    }
+    std::vector<std::uint32_t> removed{999'999, ids[7], ids[7]};
+    for (std::size_t i = 0; i < ids.size(); ++i) {
+        if (i % 50'000 != 3) {
+            removed.push_back(ids[i]);
+        }
+    }
+    fTable.removeKeys(removed);
+    const std::vector<KVKeyInfo> left = fTable.getKeys();
+    ASSERT_EQ(left.size(), 4U);
+    for (std::size_t i = 0; i < left.size(); ++i) {
+        EXPECT_EQ(left[i].fId, ids[i * 50'000 + 3]);
+        fTable.setValue(left[i].fId, -1);
+        EXPECT_EQ(fTable.getValue(left[i].fName).fValue, KVValue(-1));
+    }
+    EXPECT_EQ(fTable.addKey(key("k7"), 1), ids.back() + 1);
+}
+
 TEST_F(Table, PassesOverUnknownIdentifiers) {
     const std::uint32_t a = fTable.addKey(key("a"), 1);
     fTable.setValues({{999, 5}, {a, 2}});

@@ -43,6 +43,7 @@ constexpr std::chrono::seconds a_period(1);  // of the rates
 constexpr std::size_t a_mostTopics = 4096;
 constexpr std::size_t a_mostEndpoints = 100'000;
 constexpr std::size_t a_mostNodesTotal = 4096;
+constexpr std::size_t a_mostNodeValues = 2 * a_mostNodesTotal;
 constexpr std::size_t a_mostEntries = 64;  // entities in one answer of the wait
 
 constexpr std::size_t a_largestValues = 1UL << 20U;    // bytes of a message with values
@@ -52,7 +53,7 @@ constexpr std::size_t a_largestPicture = 64UL << 20U;  // bytes of a message wit
 // whole.
 constexpr int a_plainDepth = 1;
 constexpr int a_sharedDepth = 16;
-constexpr int a_nodesDepth = 1024;
+constexpr int a_nodesDepth = 4096;
 
 constexpr std::array<const char*, 4> a_sharedTypes{
     "sensor_msgs/msg/JointState", "tf2_msgs/msg/TFMessage", "diagnostic_msgs/msg/DiagnosticArray",
@@ -130,6 +131,20 @@ std::string hexOf(const Guid& guid) {
     return result;
 }
 
+// The first bytes of the identifiers of a participant and of all its writers and readers.
+constexpr std::ptrdiff_t a_prefix = 12;
+
+/** Returns the lowest identifier of a participant's writers and readers. */
+Guid firstIdOf(const Guid& participant) {
+    Guid first{};
+    std::copy_n(participant.begin(), a_prefix, first.begin());
+    return first;
+}
+
+bool isOf(const Guid& participant, const Guid& endpoint) {
+    return std::equal(participant.begin(), participant.begin() + a_prefix, endpoint.begin());
+}
+
 /** Returns the group of the nodes of a participant. */
 std::string groupOf(const Guid& participant) {
     return "nodes of " + hexOf(participant);
@@ -190,6 +205,10 @@ class Ros2Source::Reading {
     void xAddEndpoint(const dds_builtintopic_endpoint_t& endpoint, bool isWriter);
     void xRemoveEndpoint(const Guid& guid);
     void xTakeNodes();
+    std::vector<SourceValue> xForgetNodes(const Guid& participant);
+    /** Shows nodes that were hidden by former ones of another participant with their names, as
+     *  after a restart, when the former participant is believed to live for some seconds. */
+    void xShowTwins(const Guid& participant, const std::vector<SourceValue>& former);
     void xShowNodes(const NodeInfo& info);
 
     Topic* xTopicOf(const std::string& name);
@@ -236,10 +255,12 @@ class Ros2Source::Reading {
     std::set<std::string> fChanged;                           // topics to update
     std::set<Guid> fParticipants;
     std::map<Guid, std::string> fNodeOfWriter;
-    std::map<Guid, NodeInfo> fNodes;
+    std::map<Guid, std::vector<SourceValue>> fNodes;          // of each participant
+    std::size_t fNodeValues = 0;                              // of all participants
     std::map<std::string, std::pair<int, int>> fCameraSizes;  // by the folder of the topic
     std::size_t fDescribing = 0;                              // questions without an answer
     bool fHasReportedLimit = false;
+    bool fHasReportedNodes = false;
 
     std::mutex fMutex;  // guards fCommands
     std::vector<Command> fCommands;
@@ -307,7 +328,7 @@ Ros2Source::Reading::~Reading() {
     for (auto& [name, topic] : fTopics) {
         xRemove(topic);
     }
-    for (const auto& [participant, info] : fNodes) {
+    for (const auto& [participant, values] : fNodes) {
         fSink.removeGroup(groupOf(participant));
     }
     fSink.removeGroup(a_domainGroup);
@@ -404,7 +425,7 @@ void Ros2Source::Reading::xTakeParticipants() {
                 return;
             }
             fParticipants.erase(guid);
-            if (const auto nodes = fNodes.find(guid); nodes != fNodes.end()) {
+            if (fNodes.count(guid) != 0) {
                 xShowNodes({guid, {}});
             }
         });
@@ -464,50 +485,81 @@ void Ros2Source::Reading::xRemoveEndpoint(const Guid& guid) {
 void Ros2Source::Reading::xTakeNodes() {
     // Those that have sent the messages are known by now.
     xTakeParticipants();
+    std::map<Guid, NodeInfo> newest;
     for (const TakenSample& sample : takeRaw(fNodeReader.get(), a_nodesDepth)) {
-        const std::optional<NodeInfo> info = nodeInfoOf(sample.fSample->bytes());
+        std::optional<NodeInfo> info = nodeInfoOf(sample.fSample->bytes());
         // The last message of a participant may be taken after its end.
         if (info && fParticipants.count(info->fParticipant) != 0) {
-            xShowNodes(*info);
+            newest[info->fParticipant] = std::move(*info);
         }
+    }
+    for (const auto& [participant, info] : newest) {
+        xShowNodes(info);
     }
 }
 
-void Ros2Source::Reading::xShowNodes(const NodeInfo& info) {
-    const std::string group = groupOf(info.fParticipant);
-    const auto former = fNodes.find(info.fParticipant);
-    if (former != fNodes.end()) {
-        for (const Node& node : former->second.fNodes) {
-            for (const Guid& writer : node.fWriters) {
-                fNodeOfWriter.erase(writer);
-            }
-        }
-        fNodes.erase(former);
+std::vector<SourceValue> Ros2Source::Reading::xForgetNodes(const Guid& participant) {
+    auto writer = fNodeOfWriter.lower_bound(firstIdOf(participant));
+    while (writer != fNodeOfWriter.end() && isOf(participant, writer->first)) {
+        writer = fNodeOfWriter.erase(writer);
     }
-    std::set<std::string> names;
+    const auto former = fNodes.find(participant);
+    if (former == fNodes.end()) {
+        return {};
+    }
+    std::vector<SourceValue> values = std::move(former->second);
+    fNodes.erase(former);
+    fNodeValues -= values.size();
+    return values;
+}
+
+void Ros2Source::Reading::xShowNodes(const NodeInfo& info) {
+    const std::vector<SourceValue> former = xForgetNodes(info.fParticipant);
     std::vector<SourceValue> values;
-    const std::size_t others = std::min(fNodes.size(), a_mostNodesTotal);
     for (const Node& node : info.fNodes) {
-        if (others + names.size() >= a_mostNodesTotal) {
+        if (fNodeValues + values.size() >= a_mostNodeValues) {
+            if (!std::exchange(fHasReportedNodes, true)) {
+                fSink.complain("there are more than " + std::to_string(a_mostNodesTotal) +
+                               " nodes; the others are left out");
+            }
             break;
         }
         const std::string name = base::oneLine(base::shortened(node.fName, 200));
-        names.insert(name);
         values.push_back({"ROS/Nodes" + name + "/Publishers", "", "Topics that the node publishes",
                           static_cast<std::int64_t>(node.fWriters.size())});
         values.push_back({"ROS/Nodes" + name + "/Subscribers", "",
                           "Topics that the node subscribes to",
                           static_cast<std::int64_t>(node.fReaders.size())});
         for (const Guid& writer : node.fWriters) {
-            if (fNodeOfWriter.size() < a_mostEndpoints) {
+            if (isOf(info.fParticipant, writer) && fNodeOfWriter.size() < a_mostEndpoints) {
                 fNodeOfWriter[writer] = name;
             }
         }
     }
-    fSink.removeGroup(group);
-    if (!info.fNodes.empty()) {
-        fNodes[info.fParticipant] = info;
-        fSink.setValues(group, values);
+    if (values.empty()) {
+        fSink.removeGroup(groupOf(info.fParticipant));
+    } else {
+        fSink.replaceValues(groupOf(info.fParticipant), values);
+        fNodeValues += values.size();
+        fNodes[info.fParticipant] = std::move(values);
+    }
+    xShowTwins(info.fParticipant, former);
+}
+
+void Ros2Source::Reading::xShowTwins(const Guid& participant,
+                                     const std::vector<SourceValue>& former) {
+    std::set<std::string_view> names;
+    for (const SourceValue& value : former) {
+        names.insert(value.fName);
+    }
+    for (const auto& [other, values] : fNodes) {
+        const bool isTwin =
+            other != participant &&
+            std::any_of(values.begin(), values.end(),
+                        [&](const SourceValue& value) { return names.count(value.fName) != 0; });
+        if (isTwin) {
+            fSink.setValues(groupOf(other), values);
+        }
     }
 }
 

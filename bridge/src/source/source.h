@@ -48,6 +48,10 @@ class Sink {
      *  keys are removed, for instance a topic */
     virtual void setValues(const std::string& group, const std::vector<SourceValue>& values) = 0;
 
+    /** Sets values as setValues() does, and removes the other keys of the group. */
+    virtual void replaceValues(const std::string& group,
+                               const std::vector<SourceValue>& values) = 0;
+
     /** Adds a key that clients may write. The handler throws KVError to refuse a value. Does
      *  nothing if there is the key. */
     virtual void addWritable(const std::string& group, const SourceValue& value,

@@ -123,20 +123,35 @@ std::uint32_t KVValueTable::addKey(const KVKeyInfo& info, const KVValue& value, 
 }
 
 void KVValueTable::removeKey(std::uint32_t id) {
+    removeKeys({id});
+}
+
+void KVValueTable::removeKeys(const std::vector<std::uint32_t>& ids) {
     const std::lock_guard lock(fPrivate->fMutex);
-    const std::size_t above = fPrivate->indexAbove(id);
-    if (above == 0 || fPrivate->fIds[above - 1] != id) {
-        return;
+    const auto none = fPrivate->fEntries.end();
+    std::size_t kept = fPrivate->fIds.size();  // the keys before this index keep their places
+    for (const std::uint32_t id : ids) {
+        Private::Entries::iterator* const position = fPrivate->xPosition(id);
+        if (position == nullptr || *position == none) {
+            continue;
+        }
+        fPrivate->fIdOf.erase((*position)->fInfo.fName);
+        fPrivate->fEntries.erase(*position);
+        *position = none;
+        kept = std::min(kept, static_cast<std::size_t>(position - fPrivate->fPositions.data()));
+        for (Private::Observer* observer : fPrivate->fObservers) {
+            observer->keyRemoved(id);
+        }
     }
-    const auto offset = static_cast<std::ptrdiff_t>(above - 1);
-    const auto position = fPrivate->fPositions[above - 1];
-    fPrivate->fIdOf.erase(position->fInfo.fName);
-    fPrivate->fEntries.erase(position);
-    fPrivate->fIds.erase(fPrivate->fIds.begin() + offset);
-    fPrivate->fPositions.erase(fPrivate->fPositions.begin() + offset);
-    for (Private::Observer* observer : fPrivate->fObservers) {
-        observer->keyRemoved(id);
+    for (std::size_t i = kept; i < fPrivate->fIds.size(); ++i) {
+        if (fPrivate->fPositions[i] != none) {
+            fPrivate->fIds[kept] = fPrivate->fIds[i];
+            fPrivate->fPositions[kept] = fPrivate->fPositions[i];
+            ++kept;
+        }
     }
+    fPrivate->fIds.resize(kept);
+    fPrivate->fPositions.resize(kept);
 }
 
 void KVValueTable::setValues(const std::vector<std::pair<std::uint32_t, KVValue>>& values,

@@ -61,6 +61,8 @@ class ROBAXI_EXPORT KVValueTable {
     std::uint32_t addKey(const KVKeyInfo& info, const KVValue& value, std::int64_t time = 0);
     /** Removes a key; does nothing if there is no such key. */
     void removeKey(std::uint32_t id);
+    /** Removes several keys in one pass over the table; unknown identifiers are ignored. */
+    void removeKeys(const std::vector<std::uint32_t>& ids);
 
     /**
      * Sets several values with one time stamp. A value equal to the current one is not a change; a
