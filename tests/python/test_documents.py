@@ -1,4 +1,7 @@
-"""The examples of docs/python.md, in lab/run, with a robot that announces itself as "marvin"."""
+"""The examples in Python, and the keys that the pages name.
+
+In lab/run, with a robot that announces itself as "marvin".
+"""
 
 import re
 import subprocess
@@ -11,7 +14,8 @@ from conftest import BUILD, PATIENCE, SOURCE, eventually, lab
 import robaxi
 
 PAGE = (SOURCE / "docs/python.md").read_text()
-EXAMPLES = re.findall(r"^```python\n(.*?)^```$", PAGE, re.MULTILINE | re.DOTALL)
+EXAMPLES = [example for page in (PAGE, (SOURCE / "docs/makers.md").read_text())
+            for example in re.findall(r"^```python\n(.*?)^```$", page, re.MULTILINE | re.DOTALL)]
 
 
 @pytest.fixture(scope="module", autouse=True)
@@ -28,7 +32,7 @@ def test_there_are_examples():
 @pytest.mark.parametrize("number", range(len(EXAMPLES)))
 def test_an_example_runs_and_prints(number, tmp_path):
     program = tmp_path / "example.py"
-    program.write_text(EXAMPLES[number])
+    program.write_text(EXAMPLES[number].replace("range(600)", "range(2)"))
     ended = subprocess.run([sys.executable, program], capture_output=True, text=True,
                            timeout=PATIENCE, check=False, cwd=SOURCE)
     assert (ended.returncode, ended.stderr) == (0, ""), EXAMPLES[number]
@@ -38,3 +42,14 @@ def test_an_example_runs_and_prints(number, tmp_path):
 def test_every_source_is_described():
     for source in (SOURCE / "python/robaxi").glob("*.py"):
         assert source.name == "__init__.py" or f"`{source.name}`" in PAGE
+
+
+def test_the_simulated_robot_has_the_keys_that_the_guides_name():
+    named = set()
+    for page in ("guide", "memoryviewer", "robaxi-tool", "recordings", "makers"):
+        text = (SOURCE / f"docs/{page}.md").read_text()
+        named |= set(re.findall(
+            r"\b(?:Battery|Joint|Audio|Leds|Motion|Robot)(?:/[A-Z]\w+)+\b(?![/*])", text))
+    assert len(named) >= 3
+    with robaxi.Robot("marvin") as robot:
+        assert sorted(named - set(robot.memory)) == []

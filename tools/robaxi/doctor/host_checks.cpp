@@ -223,7 +223,7 @@ Finding checkSettings(Examination& /*examination*/) {
         return {Verdict::Good, "The settings of the middleware can be used.", {}};
     } catch (const Failure& failure) {
         return {Verdict::Problem, failure.what(),
-                "Fix the file or the variable; docs/robaxi.md lists the allowed values."};
+                "Fix the file or the variable; docs/settings.md lists the allowed values."};
     }
 }
 

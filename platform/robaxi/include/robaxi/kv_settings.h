@@ -66,7 +66,7 @@ struct ROBAXI_EXPORT KVSettings {
      * Loads the user's settings: the configuration file, overridden by the environment.
      *
      * The file is "Quorvane Robotics/robaxi.conf" in XDG_CONFIG_HOME (~/.config), or the one that
-     * ROBAXI_CONFIG names; it may be missing. docs/robaxi.md lists keys and variables.
+     * ROBAXI_CONFIG names; it may be missing. docs/settings.md lists keys and variables.
      *
      * @throws KVError InvalidArgument with a text that names file and line, or the variable
      */

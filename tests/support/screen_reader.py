@@ -65,9 +65,14 @@ class ScreenReader:
                        GLib.Variant("(i)", (0,)), None, 0, -1, None, None)
         self._bus.flush_sync(None)
 
-    def click(self, element: Element) -> None:
-        """Clicks on it with the mouse."""
+    def extents(self, element: Element) -> Tuple[int, int, int, int]:
+        """Returns left, top, width and height on the screen."""
         left, top, width, height = self._call(
             element.reference, "org.a11y.atspi.Component", "GetExtents", GLib.Variant("(u)", (0,)))
-        subprocess.run(["xdotool", "mousemove", str(left + width // 2), str(top + height // 2),
-                        "click", "1"], check=True)
+        return left, top, width, height
+
+    def click(self, element: Element, button: int = 1, left_by: int = 0) -> None:
+        """Clicks with the mouse on its middle, or left of it by some pixels."""
+        left, top, width, height = self.extents(element)
+        subprocess.run(["xdotool", "mousemove", str(left + width // 2 - left_by), str(top + height // 2),
+                        "click", str(button)], check=True)
