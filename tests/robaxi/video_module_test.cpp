@@ -197,19 +197,25 @@ TEST_F(VideoModule, wrongNamesAndTypesAreRefusedOnOneSafeLine) {
 }
 
 TEST_F(VideoModule, aCameraAppliesSettingsOrRefusesThem) {
-    std::vector<KVCameraSettings> applied;
+    std::mutex mutex;
+    std::vector<KVCameraSettings> settingsApplied;
+    const auto applied = [&] {
+        const std::lock_guard lock(mutex);
+        return settingsApplied;
+    };
     fVideo->addCamera({a_eye, {}, [&](const KVCameraSettings& settings) {
                            if (settings.fFormat == "rgb") {
                                throw std::runtime_error("the cable is too long");
                            }
-                           applied.push_back(settings);
+                           const std::lock_guard lock(mutex);
+                           settingsApplied.push_back(settings);
                        }});
     set("eye", {{"rate", 15}});
-    EXPECT_THAT(applied, ElementsAre(KVCameraSettings{320, 240, "jpeg", 15}));
+    EXPECT_THAT(applied(), ElementsAre(KVCameraSettings{320, 240, "jpeg", 15}));
     EXPECT_EQ(textOfRefusal({{"format", "rgb"}}), "the cable is too long");
     EXPECT_EQ(fVideo->getSettings("eye"), (KVCameraSettings{320, 240, "jpeg", 15}));
     textOfRefusal({{"width", 800}});
-    EXPECT_EQ(applied.size(), 1U);
+    EXPECT_EQ(applied().size(), 1U);
 }
 
 TEST_F(VideoModule, framesAreMadeWhileTheCameraIsWatched) {

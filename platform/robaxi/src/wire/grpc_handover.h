@@ -32,11 +32,12 @@ inline void takeFromGrpc(const void* /*what*/) {
 #endif
 
 /**
- * Placed in each reaction of a stream except the last one, OnDone(), which acquires their effects.
+ * Placed at the beginning of each reaction of a stream: it acquires what the starts of operations
+ * have released. The last reaction, OnDone(), acquires the effects of the others.
  */
 class GrpcReaction {
   public:
-    explicit GrpcReaction(const void* stream) : fStream(stream) {}
+    explicit GrpcReaction(const void* stream) : fStream(stream) { takeFromGrpc(fStream); }
     ~GrpcReaction() { giveToGrpc(fStream); }
     GrpcReaction(const GrpcReaction&) = delete;
     GrpcReaction& operator=(const GrpcReaction&) = delete;
