@@ -17,6 +17,12 @@ QString keyOf(const std::string& camera, const char* name) {
         .arg(obvista::RobotSettings::level(camera), QLatin1String(name));
 }
 
+QVariantMap mapOf(const RememberedView& view) {
+    return {{a_zoom, view.fForm.fZoom},           {a_quarterTurns, view.fForm.fQuarterTurns},
+            {a_isFlipped, view.fForm.fIsFlipped}, {a_hasGrid, view.fHasGrid},
+            {a_hasHistogram, view.fHasHistogram}, {a_isStretching, view.fIsStretching}};
+}
+
 }  // namespace
 
 bool RememberedView::operator==(const RememberedView& other) const {
@@ -65,13 +71,8 @@ RememberedView CameraMemory::view() const {
     return view;
 }
 
-void CameraMemory::setView(const RememberedView& view) {
-    fSettings.setValue(a_zoom, view.fForm.fZoom);
-    fSettings.setValue(a_quarterTurns, view.fForm.fQuarterTurns);
-    fSettings.setValue(a_isFlipped, view.fForm.fIsFlipped);
-    fSettings.setValue(a_hasGrid, view.fHasGrid);
-    fSettings.setValue(a_hasHistogram, view.fHasHistogram);
-    fSettings.setValue(a_isStretching, view.fIsStretching);
+void CameraMemory::setView(const RememberedView& before, const RememberedView& view) {
+    fSettings.setChanged(mapOf(before), mapOf(view));
 }
 
 }  // namespace cameraviewer

@@ -34,7 +34,8 @@ class CameraMemory {
     void setSettings(const std::string& camera, const picture::CameraSettings& settings);
 
     RememberedView view() const;
-    void setView(const RememberedView& view);
+    /** Saves what differs from the view that was returned or saved before. */
+    void setView(const RememberedView& before, const RememberedView& view);
 
   private:
     obvista::RobotSettings fSettings;

@@ -277,8 +277,8 @@ void CameraViewerWidget::xRecallView() {
 void CameraViewerWidget::xRememberView() {
     const RememberedView view = xView();
     if (!(view == fRemembered)) {
+        fMemory.setView(fRemembered, view);
         fRemembered = view;
-        fMemory.setView(view);
     }
 }
 

@@ -60,9 +60,23 @@ class CameraMemoryTest : public QObject {
 
     void keepsTheViewOfEachRobot() {
         const cameraviewer::RememberedView view{{2.5, 3, true}, true, true, true};
-        CameraMemory("One").setView(view);
+        CameraMemory("One").setView({}, view);
         QVERIFY(CameraMemory("One").view() == view);
         QVERIFY(CameraMemory("Two").view() == cameraviewer::RememberedView());
+    }
+
+    /** Two viewers show the cameras of one robot. */
+    void keepsWhatAnotherViewerHasChanged() {
+        CameraMemory one("One");
+        CameraMemory other("One");
+        cameraviewer::RememberedView zoomed;
+        zoomed.fForm.fZoom = 2.5;
+        cameraviewer::RememberedView withGrid;
+        withGrid.fHasGrid = true;
+        one.setView({}, zoomed);
+        other.setView({}, withGrid);
+        QVERIFY(CameraMemory("One").view() ==
+                (cameraviewer::RememberedView{{2.5, 0, false}, true, false, false}));
     }
 
     void takesNoHalfRememberedSettings() {

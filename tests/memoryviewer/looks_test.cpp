@@ -16,7 +16,7 @@
 #include <qt_test_main.h>
 
 #include <algorithm>
-#include <cmath>
+#include <contrast.h>
 #include <cut_texts.h>
 #include <memory>
 
@@ -28,63 +28,6 @@ namespace {
 constexpr char a_number[] = "Joint/HeadYaw/Position";
 constexpr int a_valueColumn = 1;
 constexpr int a_typeColumn = 3;
-/** Minimum contrasts of the accessibility guidelines for texts, and for lines and the like. */
-constexpr double a_textContrast = 4.5;
-constexpr double a_lineContrast = 3;
-
-double luminance(const QColor& colour) {
-    const auto linear = [](double part) {
-        return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) +
-           0.0722 * linear(colour.blueF());
-}
-
-double contrast(const QColor& left, const QColor& right) {
-    const auto [darker, lighter] = std::minmax({luminance(left), luminance(right)});
-    return (lighter + 0.05) / (darker + 0.05);
-}
-
-struct Colours {
-    QColor fBackground;
-    double fContrast = 1;  ///< of the most different colour
-};
-
-Colours coloursIn(const QImage& image) {
-    QHash<QRgb, int> pixels;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            ++pixels[image.pixel(x, y)];
-        }
-    }
-    const auto most = std::max_element(pixels.cbegin(), pixels.cend());
-    Colours colours{most.key(), 1};
-    for (auto pixel = pixels.cbegin(); pixel != pixels.cend(); ++pixel) {
-        colours.fContrast = std::max(colours.fContrast, contrast(colours.fBackground, pixel.key()));
-    }
-    return colours;
-}
-
-Colours coloursIn(QWidget* widget, const QRect& area) {
-    return coloursIn(widget->grab(area).toImage());
-}
-
-Colours coloursIn(QWidget* widget) {
-    return coloursIn(widget, widget->rect());
-}
-
-QPalette darkPalette() {
-    const QColor window(49, 54, 59);
-    const QColor text(239, 240, 241);
-    QPalette palette(text, window, window.lighter(), window.darker(), window, text, Qt::white,
-                     QColor(35, 38, 41), window);
-    palette.setColor(QPalette::AlternateBase, window);
-    palette.setColor(QPalette::Highlight, QColor(30, 90, 140));
-    palette.setColor(QPalette::HighlightedText, Qt::white);
-    palette.setColor(QPalette::ToolTipBase, window);
-    palette.setColor(QPalette::ToolTipText, text);
-    return palette;
-}
 
 }  // namespace
 
@@ -244,7 +187,7 @@ void LooksTest::cellsCanBeRead() {
     }
     xChoose(a_number);
     for (const int column : {a_valueColumn, a_typeColumn}) {
-        QVERIFY(xColoursOfCell(column).fContrast >= 3);
+        QVERIFY(xColoursOfCell(column).fContrast >= a_lineContrast);
     }
 }
 

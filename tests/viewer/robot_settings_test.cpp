@@ -2,10 +2,12 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 #include <QSettings>
 #include <QtTest>
 #include <qt_test_main.h>
 
+#include <project_files.h>
 #include <string>
 
 using obvista::RobotSettings;
@@ -32,6 +34,8 @@ class RobotSettingsTest : public QObject {
     void sharesValuesWithinTheProcess();
     void writesTheFileWhileItIsInUse();
     void replacesTheFileAsAWhole();
+    void keepsWhatAnotherProcessSets();
+    void setsOnlyWhatHasChanged();
     void keepsNamesOfEveryKindApart_data();
     void keepsNamesOfEveryKindApart();
 };
@@ -69,6 +73,33 @@ void RobotSettingsTest::replacesTheFileAsAWhole() {
     settings.setValue("filter", QStringLiteral("elbow"));
     QTRY_VERIFY(fileContents().contains("elbow"));
     QVERIFY(before.readAll().contains("shoulder"));
+}
+
+/** Both processes have the settings open, and each sets a value that the other does not know. */
+void RobotSettingsTest::keepsWhatAnotherProcessSets() {
+    RobotSettings settings(a_viewer, "One");
+    settings.setValue("filter", QStringLiteral("shoulder"));
+    QTRY_VERIFY(fileContents().contains("shoulder"));
+    settings.setValue("filter", QStringLiteral("elbow"));
+    const auto program = QString::fromStdString(obvista_test::builtFile("tests/settings_process"));
+    QCOMPARE(QProcess::execute(program, {a_viewer, "One", "rate", "20"}), 0);
+    settings.setValue("flat", true);
+    QTRY_VERIFY(fileContents().contains("elbow"));
+    const QByteArray contents = fileContents();
+    QVERIFY2(contents.contains("rate=20") && contents.contains("flat=true"), contents.constData());
+    QTRY_COMPARE(RobotSettings(a_viewer, "One").value("rate").toInt(), 20);
+}
+
+/** Two viewers of a robot begin with the same settings, and each changes one of them. */
+void RobotSettingsTest::setsOnlyWhatHasChanged() {
+    const QVariantMap loaded{{"filter", "head"}, {"rate", 10}};
+    RobotSettings settings(a_viewer, "One");
+    settings.setChanged({}, loaded);
+    QCOMPARE(settings.value("rate").toInt(), 10);
+    RobotSettings(a_viewer, "One").setChanged(loaded, {{"filter", "head"}, {"rate", 20}});
+    settings.setChanged(loaded, {{"filter", "arm"}, {"rate", 10}});
+    QCOMPARE(settings.value("rate").toInt(), 20);
+    QCOMPARE(settings.value("filter").toString(), QStringLiteral("arm"));
 }
 
 void RobotSettingsTest::keepsNamesOfEveryKindApart_data() {

@@ -183,17 +183,9 @@ QVariantMap MemoryViewerWidget::xState() const {
             {a_plotsKey, fPlots->saveState()}};
 }
 
-/**
- * Saves what has changed in this viewer; other settings may be newer in another viewer of the
- * robot.
- */
 void MemoryViewerWidget::xSave() {
     const QVariantMap state = xState();
-    for (auto each = state.begin(); each != state.end(); ++each) {
-        if (each.value() != fSaved.value(each.key())) {
-            fSettings.setValue(each.key(), each.value());
-        }
-    }
+    fSettings.setChanged(fSaved, state);
     fSaved = state;
 }
 

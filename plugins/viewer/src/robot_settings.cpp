@@ -23,6 +23,14 @@ void RobotSettings::setValue(const QString& name, const QVariant& value) {
     fSettings.setValue(fGroup + name, value);
 }
 
+void RobotSettings::setChanged(const QVariantMap& before, const QVariantMap& values) {
+    for (auto each = values.begin(); each != values.end(); ++each) {
+        if (each.value() != before.value(each.key())) {
+            setValue(each.key(), each.value());
+        }
+    }
+}
+
 QString RobotSettings::level(const std::string& text) {
     if (text.empty()) {
         return QStringLiteral("%");  // not the encoding of any text

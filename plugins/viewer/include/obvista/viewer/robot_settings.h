@@ -6,6 +6,7 @@
 #include <QSettings>
 #include <QString>
 #include <QVariant>
+#include <QVariantMap>
 
 #include <string>
 
@@ -29,6 +30,13 @@ class OBVISTA_VIEWER_EXPORT RobotSettings {
 
     QVariant value(const QString& name, const QVariant& otherwise = {}) const;
     void setValue(const QString& name, const QVariant& value);
+
+    /**
+     * Sets the values of a viewer that differ from those that it has loaded or set before. The
+     * others stay, since another viewer of the robot, in this process or another, may have set
+     * them.
+     */
+    void setChanged(const QVariantMap& before, const QVariantMap& values);
 
     /**
      * Returns an untrusted text as one level of a name: unique for each text, not empty, without
