@@ -24,9 +24,9 @@ namespace KV {
  */
 class BONJOUR_EXPORT BonjourDiscovery {
   public:
-    using Map = std::map<std::string, boost::shared_ptr<BonjourProfile>>;
+    using Map = std::map<std::string, boost::shared_ptr<BonjourProfile>>;  ///< By host name
     using ProfileSignal = boost::signals2::signal<void(boost::shared_ptr<BonjourProfile>)>;
-
+    ///< Emitted with the profile that has been added, or that is removed.
     /** Service type of a robot: "_robax._tcp". */
     static const std::string& fRobaxServiceType;
     /** Service type of a running middleware: "_robaxi._tcp". */

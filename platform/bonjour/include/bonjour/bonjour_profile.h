@@ -18,11 +18,11 @@ struct BonjourService {
     std::string fType;    ///< for instance "_robaxi._tcp"
     int fPort = 0;        ///< 1 to 65535
     std::string fName{};  ///< name of the service instance, safe to show; the first one seen
-
+    /** Returns true if type and port are equal. */
     bool operator==(const BonjourService& other) const {
         return fType == other.fType && fPort == other.fPort;
     }
-    bool operator!=(const BonjourService& other) const { return !(*this == other); }
+    bool operator!=(const BonjourService& other) const { return !(*this == other); }  ///< Not ==
 };
 
 /**
@@ -54,13 +54,13 @@ class BONJOUR_EXPORT BonjourProfile {
     /** Returns true if the profile announces a service of the type. Hold the map lock. */
     bool hasService(const std::string& type) const;
 
-    bool hasBitmapBinary() const;
+    bool hasBitmapBinary() const;  ///< Returns true if there is an icon.
     /** Returns the size of the icon in bytes, without copying it; 0 if there is no icon. */
     int bitmapSize() const;
     /** Returns a copy of the icon's bytes as downloaded, not decoded; Nothing if there is no icon.
      */
     KVValue getBitmapBinary() const;
-    void setBitmapBinary(const KVValue& bitmap);
+    void setBitmapBinary(const KVValue& bitmap);  ///< Sets the icon's bytes; nothing removes it.
 
   private:
     mutable std::mutex fBitmapMutex;

@@ -53,12 +53,12 @@ class ROBAXI_EXPORT KVBroker {
     KVBroker(const KVBroker&) = delete;
     KVBroker& operator=(const KVBroker&) = delete;
 
-    const std::string& getName() const;
+    const std::string& getName() const;  ///< Returns the name that peers see.
     /** Returns the address given to createBroker(). */
     const std::string& getIP() const;
     /** Returns the port on which the broker listens; 0 if it does not listen. */
     int getPort() const;
-    bool isListening() const;
+    bool isListening() const;  ///< Returns true while peers can connect.
 
     /**
      * Hosts a module under its name. Calls may arrive before this returns.

@@ -29,7 +29,7 @@ struct KVBrokerOptions {
     /** Address and port (1 to 65535) of the broker to which this one belongs, or empty and 0. The
      *  parent is connected before the broker is returned. */
     std::string fParentAddress = std::string();
-    int fParentPort = 0;
+    int fParentPort = 0;  ///< See fParentAddress
 };
 
 #endif

@@ -13,9 +13,9 @@ struct ROBAXI_EXPORT KVCameraSettings {
     int fHeight = 0;      ///< pixels
     std::string fFormat;  ///< "rgb", "yuv422", "grey" or "jpeg"
     double fRate = 0;     ///< frames a second
-
+    /** Returns true if all settings are equal. */
     bool operator==(const KVCameraSettings& other) const;
-    bool operator!=(const KVCameraSettings& other) const { return !(*this == other); }
+    bool operator!=(const KVCameraSettings& other) const { return !(*this == other); }  ///< Not ==
 
     /** Returns the map that "setSettings" accepts and "getSettings" returns (docs/video.md). */
     KVValue toValue() const;
@@ -23,22 +23,22 @@ struct ROBAXI_EXPORT KVCameraSettings {
 
 /** One picture size of a camera with its supported formats and rates. */
 struct ROBAXI_EXPORT KVCameraMode {
-    int fWidth = 0;   ///< pixels
-    int fHeight = 0;  ///< pixels
-    std::vector<std::string> fFormats;
-    std::vector<double> fRates;  ///< frames a second
-
+    int fWidth = 0;                     ///< pixels
+    int fHeight = 0;                    ///< pixels
+    std::vector<std::string> fFormats;  ///< "rgb", "yuv422", "grey", "jpeg"
+    std::vector<double> fRates;         ///< frames a second
+    /** Returns true if size, formats and rates are equal. */
     bool operator==(const KVCameraMode& other) const;
 };
 
 /** Description of a camera. */
 struct ROBAXI_EXPORT KVCameraInfo {
-    std::string fName;         ///< also that of its stream
-    std::string fDescription;  ///< for users
-    std::vector<KVCameraMode> fModes;
-    KVCameraSettings fSettings;
+    std::string fName;                 ///< also that of its stream
+    std::string fDescription;          ///< for users
+    std::vector<KVCameraMode> fModes;  ///< Supported modes; none: only the first settings
+    KVCameraSettings fSettings;        ///< Current settings
 
-    bool operator==(const KVCameraInfo& other) const;
+    bool operator==(const KVCameraInfo& other) const;  ///< Returns true if everything is equal.
 
     /** Returns the map that "getCameras" lists (docs/video.md). */
     KVValue toValue() const;

@@ -28,14 +28,14 @@ class KVBroker;
  */
 class ROBAXI_EXPORT KVConnection {
   public:
-    using LostHandler = std::function<void(const KVError&)>;
-
+    using LostHandler = std::function<void(const KVError&)>;  ///< Receives the reason
+    /** State of the connection; a lost one stays lost. */
     enum class State {
         Connected,
         Silent,  ///< the robot does not answer, and may return
         Lost
     };
-    using StateHandler = std::function<void(State)>;
+    using StateHandler = std::function<void(State)>;  ///< Receives the new state
 
     /**
      * Connects to a robot.
@@ -58,13 +58,13 @@ class ROBAXI_EXPORT KVConnection {
     KVConnection(const KVConnection&) = delete;
     KVConnection& operator=(const KVConnection&) = delete;
 
-    const std::string& getIP() const;
-    int getPort() const;
+    const std::string& getIP() const;  ///< Returns the address as it was given.
+    int getPort() const;               ///< Returns the port of the peer.
     /** Returns the name that the broker at the other end reports. */
     std::string getPeerName() const;
     /** Returns false if the connection is lost; true also while the robot is silent. */
     bool isConnected() const;
-    State getState() const;
+    State getState() const;  ///< Returns the present state, on any thread.
     /** Returns the seconds since the robot was last heard; it is heard at each heartbeat. */
     double getSilence() const;
 

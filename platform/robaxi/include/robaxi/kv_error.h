@@ -42,16 +42,16 @@ class ROBAXI_EXPORT KVError : public std::exception {
 
     /** @param text the sentence for the user; if empty, a text for the cause is used */
     KVError(Cause cause, const std::string& text);
-    KVError(const KVError&) noexcept;
-    KVError& operator=(const KVError&) noexcept;
+    KVError(const KVError&) noexcept;             ///< Shares the texts
+    KVError& operator=(const KVError&) noexcept;  ///< Shares the texts
     ~KVError() override;
 
-    Cause cause() const noexcept;
+    Cause cause() const noexcept;  ///< Returns the cause, for the program.
 
     /** Returns the sentence for the user, UTF-8. */
     std::string toString() const;
 
-    const char* what() const noexcept override;
+    const char* what() const noexcept override;  ///< Returns the text of toString().
 
   private:
     struct Text;

@@ -28,9 +28,9 @@ struct KVFrame {
     std::uint32_t fWidth = 0;   ///< pixels
     std::uint32_t fHeight = 0;  ///< pixels
     std::uint32_t fStride = 0;  ///< bytes from the start of one row to the start of the next
-    KVPixelFormat fFormat = KVPixelFormat::Unknown;
-    std::shared_ptr<const unsigned char> fData;  ///< fSize bytes
-    std::size_t fSize = 0;
+    KVPixelFormat fFormat = KVPixelFormat::Unknown;  ///< Of the pixels
+    std::shared_ptr<const unsigned char> fData;      ///< fSize bytes
+    std::size_t fSize = 0;                           ///< Number of bytes
 };
 
 #endif

@@ -31,7 +31,7 @@ class ROBAXI_EXPORT KVFrameSource {
     void addStream(const std::string& name);
     /** Ends the stream for its watchers. Does nothing if there is no stream of that name. */
     void removeStream(const std::string& name);
-    std::vector<std::string> getStreams() const;
+    std::vector<std::string> getStreams() const;  ///< Returns the names, in the order of addition.
 
     /**
      * Makes a frame the newest of its stream. Returns at once: the bytes are not copied, and each

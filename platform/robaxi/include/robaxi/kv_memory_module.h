@@ -19,11 +19,11 @@ struct KVMemoryKey {
      *  refuse it. A KVError keeps its cause; other exceptions become RaisedByModule. */
     using WriteHandler = std::function<void(const KVValue& value)>;
 
-    std::string fName;  ///< path with "/", for instance "Joint/HeadYaw/Position"
-    std::string fUnit;  ///< for instance "rad", "°C"; may be empty
-    std::string fDescription;
-    KVValue fValue;                                ///< first value; its type is the key's
-    WriteHandler fWrite = WriteHandler();          ///< clients can write the key if it is not empty
+    std::string fName;                     ///< path with "/", for instance "Joint/HeadYaw/Position"
+    std::string fUnit;                     ///< for instance "rad", "°C"; may be empty
+    std::string fDescription;              ///< One sentence for users; may be empty
+    KVValue fValue;                        ///< first value; its type is the key's
+    WriteHandler fWrite = WriteHandler();  ///< clients can write the key if it is not empty
     std::optional<KVRange> fRange = std::nullopt;  ///< values that clients can write; all if empty
 };
 
@@ -43,7 +43,7 @@ struct KVMemoryKey {
  */
 class ROBAXI_EXPORT KVMemoryModule : public KVModule {
   public:
-    explicit KVMemoryModule(const std::string& description = "The robot's values.");
+    explicit KVMemoryModule(const std::string& description = "The robot's values.");  ///< For users
     ~KVMemoryModule() override;
 
     /**

@@ -17,18 +17,18 @@ class KVValueTable;
 
 /** Description of one method. */
 struct KVMethodInfo {
-    std::string fName;
+    std::string fName;         ///< Unique in the module
     std::string fSignature;    ///< for users, for instance "rasta(duration: float)"
     std::string fDescription;  ///< one sentence
 };
 
 /** Description of one module. */
 struct KVModuleInfo {
-    std::string fName;
-    std::string fDescription;
-    std::vector<KVMethodInfo> fMethods;
-    bool fHasValues = false;  ///< true if its values can be subscribed to
-    bool fHasFrames = false;  ///< true if it has cameras that can be watched
+    std::string fName;                   ///< Unique in its broker
+    std::string fDescription;            ///< One sentence for users
+    std::vector<KVMethodInfo> fMethods;  ///< In the order of their binding
+    bool fHasValues = false;             ///< true if its values can be subscribed to
+    bool fHasFrames = false;             ///< true if it has cameras that can be watched
 };
 
 /**
@@ -41,7 +41,7 @@ struct KVModuleInfo {
  */
 class ROBAXI_EXPORT KVModule {
   public:
-    using Method = std::function<KVValue(const KVValue::List& arguments)>;
+    using Method = std::function<KVValue(const KVValue::List& arguments)>;  ///< The method itself
 
     /** @throws KVError InvalidArgument for an empty name */
     KVModule(const std::string& name, const std::string& description);
@@ -49,8 +49,8 @@ class ROBAXI_EXPORT KVModule {
     KVModule(const KVModule&) = delete;
     KVModule& operator=(const KVModule&) = delete;
 
-    const std::string& getName() const;
-    KVModuleInfo getInfo() const;
+    const std::string& getName() const;  ///< Returns the name given to the constructor.
+    KVModuleInfo getInfo() const;        ///< Returns a copy, as peers see it.
 
     /**
      * Adds a method. Call it before the module is given to a broker.
@@ -83,11 +83,11 @@ class ROBAXI_EXPORT KVModule {
 
     /** Offers a table of values for subscription. Call it before the module is hosted. */
     void setValues(std::shared_ptr<KVValueTable> values);
-    std::shared_ptr<KVValueTable> getValues() const;
+    std::shared_ptr<KVValueTable> getValues() const;  ///< Returns the table; null if none is set.
 
     /** Offers cameras for watching. Call it before the module is hosted. */
     void setFrames(std::shared_ptr<KVFrameSource> frames);
-    std::shared_ptr<KVFrameSource> getFrames() const;
+    std::shared_ptr<KVFrameSource> getFrames() const;  ///< Returns the source; null if none is set.
 
     /**
      * Runs a method on the calling thread, like a call from the network.

@@ -12,13 +12,13 @@
 /** A mutual exclusion lock, not recursive. Taken through KVCriticalSection. */
 class ROBAXI_EXPORT KVMutex {
   public:
-    static boost::shared_ptr<KVMutex> createKVMutex();
+    static boost::shared_ptr<KVMutex> createKVMutex();  ///< Makes a mutex that is free.
 
     KVMutex(const KVMutex&) = delete;
     KVMutex& operator=(const KVMutex&) = delete;
 
-    void lock() { fMutex.lock(); }
-    void unlock() { fMutex.unlock(); }
+    void lock() { fMutex.lock(); }      ///< Waits until it is free, and takes it.
+    void unlock() { fMutex.unlock(); }  ///< Frees it, on the thread that took it.
 
   private:
     KVMutex() = default;
@@ -34,15 +34,15 @@ class ROBAXI_EXPORT KVMutex {
  */
 class ROBAXI_EXPORT KVMutexRW {
   public:
-    static boost::shared_ptr<KVMutexRW> createKVMutexRW();
+    static boost::shared_ptr<KVMutexRW> createKVMutexRW();  ///< Makes a mutex that is free.
 
     KVMutexRW(const KVMutexRW&) = delete;
     KVMutexRW& operator=(const KVMutexRW&) = delete;
 
-    void lock() { fMutex.lock(); }
-    void unlock() { fMutex.unlock(); }
-    void lockRead() { fMutex.lock_shared(); }
-    void unlockRead() { fMutex.unlock_shared(); }
+    void lock() { fMutex.lock(); }      ///< Waits until nobody has it, and takes it for writing.
+    void unlock() { fMutex.unlock(); }  ///< Ends lock(), on the same thread.
+    void lockRead() { fMutex.lock_shared(); }      ///< Waits until nobody writes; several can read.
+    void unlockRead() { fMutex.unlock_shared(); }  ///< Ends lockRead(), on the same thread.
 
   private:
     KVMutexRW() = default;
@@ -53,7 +53,7 @@ class ROBAXI_EXPORT KVMutexRW {
 class KVCriticalSection {
   public:
     explicit KVCriticalSection(boost::shared_ptr<KVMutex> mutex) : fMutex(std::move(mutex)) {
-        fMutex->lock();
+        fMutex->lock();  ///< Locks the mutex until the destructor.
     }
     ~KVCriticalSection() { fMutex->unlock(); }
     KVCriticalSection(const KVCriticalSection&) = delete;
@@ -67,7 +67,7 @@ class KVCriticalSection {
 class KVCriticalSectionRead {
   public:
     explicit KVCriticalSectionRead(boost::shared_ptr<KVMutexRW> mutex) : fMutex(std::move(mutex)) {
-        fMutex->lockRead();
+        fMutex->lockRead();  ///< Locks the mutex for reading until the destructor.
     }
     ~KVCriticalSectionRead() { fMutex->unlockRead(); }
     KVCriticalSectionRead(const KVCriticalSectionRead&) = delete;
@@ -81,7 +81,7 @@ class KVCriticalSectionRead {
 class KVCriticalSectionWrite {
   public:
     explicit KVCriticalSectionWrite(boost::shared_ptr<KVMutexRW> mutex) : fMutex(std::move(mutex)) {
-        fMutex->lock();
+        fMutex->lock();  ///< Locks the mutex for writing until the destructor.
     }
     ~KVCriticalSectionWrite() { fMutex->unlock(); }
     KVCriticalSectionWrite(const KVCriticalSectionWrite&) = delete;

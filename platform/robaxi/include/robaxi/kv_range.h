@@ -13,8 +13,8 @@
  * Both ends are in the range, and may be infinite.
  */
 struct ROBAXI_EXPORT KVRange {
-    double fLowest = 0;
-    double fHighest = 0;
+    double fLowest = 0;   ///< Lowest allowed value, or -infinity
+    double fHighest = 0;  ///< Highest allowed value, or infinity
 
     /** Returns true if the lowest value is not above the highest one; false for NaN. */
     bool isValid() const { return fLowest <= fHighest; }

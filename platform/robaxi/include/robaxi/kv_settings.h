@@ -27,7 +27,7 @@ struct ROBAXI_EXPORT KVSettings {
 
     /** Settings for connecting to a robot. */
     struct Access {
-        bool fUsesTls = false;
+        bool fUsesTls = false;   ///< True: connects with TLS only
         std::string fTrust;      ///< PEM file of the certificates of which one must have signed the
                                  ///< robot's; needed for TLS
         std::string fName;       ///< name in the robot's certificate; empty: the address as the
@@ -56,11 +56,11 @@ struct ROBAXI_EXPORT KVSettings {
                                                     ///< 2 to 120 s
     };
 
-    Server fServer;
+    Server fServer;                         ///< For brokers that listen
     Access fAccess;                         ///< for robots that are not in fRobots
     std::map<std::string, Access> fRobots;  ///< by address as the program writes it, or by
                                             ///< address:port
-    Limits fLimits;
+    Limits fLimits;                         ///< Of sizes, numbers and times
 
     /**
      * Loads the user's settings: the configuration file, overridden by the environment.

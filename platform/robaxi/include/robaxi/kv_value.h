@@ -21,17 +21,17 @@
 class ROBAXI_EXPORT KVValue {
   public:
     enum class Type { Nothing, Bool, Int, Float, String, Binary, List, Map };
-    using List = std::vector<KVValue>;
-    using Map = std::map<std::string, KVValue>;
+    using List = std::vector<KVValue>;           ///< Elements of a list
+    using Map = std::map<std::string, KVValue>;  ///< Elements of a map, by key
 
     KVValue();
-    KVValue(bool value);                // NOLINT(google-explicit-constructor)
-    KVValue(int value);                 // NOLINT(google-explicit-constructor)
-    KVValue(std::int64_t value);        // NOLINT(google-explicit-constructor)
-    KVValue(float value);               // NOLINT(google-explicit-constructor)
-    KVValue(double value);              // NOLINT(google-explicit-constructor)
-    KVValue(const char* value);         // NOLINT(google-explicit-constructor)
-    KVValue(const std::string& value);  // NOLINT(google-explicit-constructor)
+    KVValue(bool value); /**< Bool */                  // NOLINT(google-explicit-constructor)
+    KVValue(int value); /**< Int */                    // NOLINT(google-explicit-constructor)
+    KVValue(std::int64_t value); /**< Int */           // NOLINT(google-explicit-constructor)
+    KVValue(float value); /**< Float */                // NOLINT(google-explicit-constructor)
+    KVValue(double value); /**< Float */               // NOLINT(google-explicit-constructor)
+    KVValue(const char* value); /**< String */         // NOLINT(google-explicit-constructor)
+    KVValue(const std::string& value); /**< String */  // NOLINT(google-explicit-constructor)
     /**
      * Any other type of integer, such as `unsigned`, `long long` or `std::size_t`.
      *
@@ -41,8 +41,8 @@ class ROBAXI_EXPORT KVValue {
     KVValue(T value)  // NOLINT(google-explicit-constructor)
         : KVValue(xSigned(value)) {}
     template <class T, std::enable_if_t<std::is_same_v<T, std::string_view>, int> = 0>
-    KVValue(T value)  // NOLINT(google-explicit-constructor)
-        : KVValue(std::string(value)) {}
+    KVValue(T value)                      // NOLINT(google-explicit-constructor)
+        : KVValue(std::string(value)) {}  ///< String
     /** @name Refused by the compiler: a pointer would be taken for a bool */
     ///@{
     template <class T, std::enable_if_t<!std::is_same_v<std::remove_cv_t<T>, char>, int> = 0>
@@ -51,16 +51,16 @@ class ROBAXI_EXPORT KVValue {
     KVValue(T C::*value) = delete;
     KVValue(std::nullptr_t) = delete;
     ///@}
-    KVValue(const List& value);  // NOLINT(google-explicit-constructor)
-    KVValue(const Map& value);   // NOLINT(google-explicit-constructor)
-    KVValue(const KVValue&);
-    KVValue(KVValue&&) noexcept;
-    KVValue& operator=(const KVValue&);
-    KVValue& operator=(KVValue&&) noexcept;
+    KVValue(const List& value); /**< List */  // NOLINT(google-explicit-constructor)
+    KVValue(const Map& value); /**< Map */    // NOLINT(google-explicit-constructor)
+    KVValue(const KVValue&);                  ///< Copies all elements
+    KVValue(KVValue&&) noexcept;              ///< Leaves nothing in the other
+    KVValue& operator=(const KVValue&);       ///< Copies all elements
+    KVValue& operator=(KVValue&&) noexcept;   ///< Leaves nothing in the other
     ~KVValue();
 
-    Type type() const noexcept;
-    bool isNothing() const noexcept { return type() == Type::Nothing; }
+    Type type() const noexcept;  ///< Returns the type of the value.
+    bool isNothing() const noexcept { return type() == Type::Nothing; }  ///< True without a value
 
     /**
      * @name Reading
@@ -69,12 +69,12 @@ class ROBAXI_EXPORT KVValue {
      * range.
      */
     ///@{
-    bool toBool() const;
-    std::int64_t toInt() const;
-    double toFloat() const;
-    const std::string& toString() const;
-    const List& toList() const;
-    const Map& toMap() const;
+    bool toBool() const;         ///< Returns a bool.
+    std::int64_t toInt() const;  ///< Returns an int, or a float that is a whole number in range.
+    double toFloat() const;      ///< Returns a float or an int.
+    const std::string& toString() const;  ///< Returns a text.
+    const List& toList() const;           ///< Returns a list.
+    const Map& toMap() const;             ///< Returns a map.
     /**
      * The value as a C++ type: bool, a type of integer or floating-point number, std::string, List,
      * Map or KVValue.
@@ -101,11 +101,11 @@ class ROBAXI_EXPORT KVValue {
 
     /** Returns true if type and content are equal; NaN equals NaN. */
     bool operator==(const KVValue& other) const;
-    bool operator!=(const KVValue& other) const { return !(*this == other); }
+    bool operator!=(const KVValue& other) const { return !(*this == other); }  ///< Opposite of ==
 
     /** Returns the name shown to users: "nothing", "bool", "int", "float", "string", ... */
     static const char* typeName(Type type) noexcept;
-
+    /** @enum Type Types of a value; typeName() has their names. */
     /** The type that a value made from a T has, and that to<T>() takes; Nothing for KVValue. */
     template <class T>
     static constexpr Type typeOf();

@@ -17,19 +17,19 @@
 
 /** Metadata of one key of a table of values. */
 struct KVKeyInfo {
-    std::uint32_t fId = 0;  ///< assigned by the table, never reused for another key
-    std::string fName;      ///< path with "/", for instance "Joint/HeadYaw/Position"
-    std::string fUnit;      ///< for instance "rad", "°C"; may be empty
-    std::string fDescription;
-    KVValue::Type fType = KVValue::Type::Nothing;
-    bool fWritable = false;
+    std::uint32_t fId = 0;     ///< assigned by the table, never reused for another key
+    std::string fName;         ///< path with "/", for instance "Joint/HeadYaw/Position"
+    std::string fUnit;         ///< for instance "rad", "°C"; may be empty
+    std::string fDescription;  ///< One sentence for users; may be empty
+    KVValue::Type fType = KVValue::Type::Nothing;  ///< Type of the current value
+    bool fWritable = false;                        ///< True if clients may write it
     std::optional<KVRange> fRange = std::nullopt;  ///< values that clients can write; all if empty
 };
 
 /** A new value of a key. */
 struct KVChange {
-    std::uint32_t fId = 0;
-    KVValue fValue;
+    std::uint32_t fId = 0;  ///< Identifier of the key, above 0
+    KVValue fValue;         ///< The new value
     /** Microseconds since 1970-01-01 UTC by the robot's clock. Times from a robot are clamped to
      *  the years 1970 to 9999. */
     std::int64_t fTime = 0;

@@ -44,7 +44,7 @@ struct KVCamera {
  */
 class ROBAXI_EXPORT KVVideoModule : public KVModule {
   public:
-    explicit KVVideoModule(const std::string& description = "The robot's cameras.");
+    explicit KVVideoModule(const std::string& description = "The robot's cameras.");  ///< For users
     /** Removes the cameras, as removeCamera() does. */
     ~KVVideoModule() override;
 

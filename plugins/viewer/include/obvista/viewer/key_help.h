@@ -15,14 +15,14 @@ namespace obvista {
 
 /** One or more keys and their effect. */
 struct KeyHelp {
-    QString fKeys;
-    QString fEffect;
+    QString fKeys;    ///< Keys, as keyText() writes them
+    QString fEffect;  ///< What they do, as a translated text
 };
 
 /** The keys of one part of a viewer. */
 struct KeyGroup {
-    QString fTitle;
-    std::vector<KeyHelp> fKeys;
+    QString fTitle;              ///< Translated heading of the group
+    std::vector<KeyHelp> fKeys;  ///< In the order in which they are listed
 };
 
 /** Returns a key sequence in the user's notation. */

@@ -29,16 +29,16 @@ class OBVISTA_VIEWER_EXPORT BoundedText {
     /** @param maxLength in UTF-16 units; an ellipsis follows a cut text */
     explicit BoundedText(int maxLength) : fMaxLength(maxLength) {}
 
-    bool isFull() const { return fIsFull; }
+    bool isFull() const { return fIsFull; }  ///< Returns true if the limit is reached.
 
-    void append(const QString& piece);
+    void append(const QString& piece);  ///< Appends what fits
     /**
      * Appends a text from the robot, made safe as by plainText(); quotation marks are also escaped
      * with Quotes::Double. The caller adds the enclosing marks.
      */
     void appendSafely(const std::string& utf8, Quotes quotes);
 
-    QString text() const;
+    QString text() const;  ///< Returns the text, which is within the limit.
 
   private:
     QString fText;

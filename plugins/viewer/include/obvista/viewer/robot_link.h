@@ -65,8 +65,8 @@ class OBVISTA_VIEWER_EXPORT RobotLink {
 
     /** The name that the robot reports itself; untrusted, and may be empty. */
     const std::string& robotName() const { return fRobotName; }
-    const std::string& address() const { return fAddress; }
-    int port() const { return fPort; }
+    const std::string& address() const { return fAddress; }  ///< Address as it was given
+    int port() const { return fPort; }                       ///< Port of the robot
 
     /**
      * Ends the connection and gives notice of it. Does nothing if it is closed already. Returns
@@ -75,7 +75,7 @@ class OBVISTA_VIEWER_EXPORT RobotLink {
     void close();
     /** Like close(), but without a notice; none is given afterwards. */
     void closeSilently();
-    bool isClosed() const { return !fConnection; }
+    bool isClosed() const { return !fConnection; }  ///< True after close()
 
     /**
      * Returns the seconds since the robot was last heard if it does not answer any more; otherwise,

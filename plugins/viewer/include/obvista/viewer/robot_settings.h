@@ -28,8 +28,8 @@ class OBVISTA_VIEWER_EXPORT RobotSettings {
      */
     RobotSettings(const QString& viewer, const std::string& robotName);
 
-    QVariant value(const QString& name, const QVariant& otherwise = {}) const;
-    void setValue(const QString& name, const QVariant& value);
+    QVariant value(const QString& name, const QVariant& otherwise = {}) const;  ///< Reads a setting
+    void setValue(const QString& name, const QVariant& value);                  ///< Writes one
 
     /**
      * Sets the values of a viewer that differ from those that it has loaded or set before. The

@@ -59,12 +59,12 @@ class OBVISTA_VIEWER_EXPORT ViewerWidget : public QWidget {
     /** For instance "127.0.0.1:9559" or "[::1]:9559"; plain text. */
     QString robotAddress() const;
 
-    LinkState linkState() const { return fLinkState; }
+    LinkState linkState() const { return fLinkState; }  ///< State, with the reason of an end
 
     /** Returns the newest state of a replay; isReplay() is false for other robots. */
     const ReplayState& replayState() const { return fReplayState; }
 
-    bool eventFilter(QObject* watched, QEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;  ///< Follows the dock
 
   Q_SIGNALS:
     /**
@@ -90,10 +90,10 @@ class OBVISTA_VIEWER_EXPORT ViewerWidget : public QWidget {
     void seenChanged(bool isSeen);
 
   protected:
-    void changeEvent(QEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void showEvent(QShowEvent* event) override;
-    void hideEvent(QHideEvent* event) override;
+    void changeEvent(QEvent* event) override;        ///< Follows palette, font and language
+    void focusInEvent(QFocusEvent* event) override;  ///< Passes the focus to the main part
+    void showEvent(QShowEvent* event) override;      ///< Looks for the dock
+    void hideEvent(QHideEvent* event) override;      ///< Reports the visibility
 
     /**
      * Lays the viewer out, from top to bottom: the robot's name in large letters and its address,

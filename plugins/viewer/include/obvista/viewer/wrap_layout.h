@@ -25,18 +25,18 @@ class OBVISTA_VIEWER_EXPORT WrapLayout : public QLayout {
     WrapLayout(const WrapLayout&) = delete;
     WrapLayout& operator=(const WrapLayout&) = delete;
 
-    void addItem(QLayoutItem* item) override;
-    int count() const override;
-    QLayoutItem* itemAt(int index) const override;
-    QLayoutItem* takeAt(int index) override;
+    void addItem(QLayoutItem* item) override;       ///< Takes ownership
+    int count() const override;                     ///< Number of items
+    QLayoutItem* itemAt(int index) const override;  ///< Null behind the last one
+    QLayoutItem* takeAt(int index) override;        ///< The caller owns the item.
 
-    Qt::Orientations expandingDirections() const override { return {}; }
-    bool hasHeightForWidth() const override { return true; }
-    int heightForWidth(int width) const override;
+    Qt::Orientations expandingDirections() const override { return {}; }  ///< None
+    bool hasHeightForWidth() const override { return true; }              ///< Rows wrap
+    int heightForWidth(int width) const override;  ///< Height of the rows, in pixels
     /** Returns the size of a single row. */
     QSize sizeHint() const override;
-    QSize minimumSize() const override;
-    void setGeometry(const QRect& rect) override;
+    QSize minimumSize() const override;            ///< Size of the largest item
+    void setGeometry(const QRect& rect) override;  ///< Lays the items out in rows
 
   private:
     struct Place {
