@@ -4,6 +4,7 @@
 #include <robaxi/kv_error.h>
 
 #include <algorithm>
+#include <atomic>
 
 namespace {
 
@@ -25,6 +26,11 @@ KVValue fitToKey(const KVKeyInfo& key, const KVValue& value) {
 
 void robaxi::throwNoSuchKey(const std::string& name) {
     throw KVError(KVError::Cause::InvalidArgument, "There is no key named " + name + ".");
+}
+
+std::uint64_t KVValueTable::Private::xNextId() {
+    static std::atomic<std::uint64_t> last{0};
+    return ++last;
 }
 
 void KVValueTable::Private::addObserver(Observer* observer) {

@@ -61,6 +61,7 @@ struct KVValueTable::Private {
      */
     std::size_t indexAbove(std::uint32_t id) const;
 
+    static std::uint64_t xNextId();
     Entries::iterator* xPosition(std::uint32_t id);
     /** Treatment of an equal value: never a change, or a change if its time differs. */
     enum class Equal { IsNoChange, WithItsTime };
@@ -68,6 +69,9 @@ struct KVValueTable::Private {
               Equal equal = Equal::IsNoChange);
     void xTouch(Entries::iterator entry);
     void xTellOfValues();
+
+    /** Identifies the table in this process, above 0. */
+    const std::uint64_t fId = xNextId();
 
     mutable std::mutex fMutex;
     Entries fEntries;

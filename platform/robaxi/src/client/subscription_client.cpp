@@ -63,6 +63,7 @@ v1::SubscriptionRequest SubscriptionClient::xFirstRequest(ClientTransport& trans
         known->set_position(fPosition);
         known->set_last_key(fLastKey);
         known->set_keys(fAnnouncedKeys);
+        known->set_table(fTable);
     }
     return request;
 }
@@ -155,6 +156,7 @@ void SubscriptionClient::xAddKeys(const v1::KeysAdded& message) {
     std::vector<KVKeyInfo> keys;
     keys.reserve(static_cast<std::size_t>(message.keys_size()));
     fHasTable = true;
+    fTable = message.table();
     for (const v1::Key& key : message.keys()) {
         fLastKey = std::max(fLastKey, key.id());
         ++fAnnouncedKeys;
@@ -186,10 +188,11 @@ void SubscriptionClient::xRemoveKeys(const v1::KeySelection& message) {
     xTellRemoved({message.ids().begin(), message.ids().end()});
 }
 
-/** Removes the keys that the robot has removed while it was silent. */
+/** Removes the keys that the robot has removed while it was silent, all with another table. */
 void SubscriptionClient::xKeepPresentKeys(const v1::KeySelection& message) {
     fAnnouncedKeys = static_cast<std::uint64_t>(message.ids_size());
     const std::unordered_set<std::uint32_t> present(message.ids().begin(), message.ids().end());
+    fLastKey = present.empty() ? 0 : *std::max_element(present.begin(), present.end());
     std::vector<std::uint32_t> removed;
     std::copy_if(fKnownIds.begin(), fKnownIds.end(), std::back_inserter(removed),
                  [&present](std::uint32_t id) { return present.count(id) == 0; });
@@ -201,6 +204,14 @@ void SubscriptionClient::xTellRemoved(const std::vector<std::uint32_t>& ids) {
     for (const std::uint32_t id : ids) {
         if (fKnownIds.erase(id) != 0) {
             removed.push_back(id);
+        }
+    }
+    {
+        const std::lock_guard lock(fMutex);
+        for (const std::uint32_t id : removed) {
+            if (fSelected) {
+                fSelected->erase(id);  // another table may have another key of that identifier
+            }
         }
     }
     if (!removed.empty() && fCallbacks.fKeysRemoved) {

@@ -60,6 +60,7 @@ class SubscriptionClient
     // Used on the strand only, after the start:
     std::unordered_set<std::uint32_t> fKnownIds;
     bool fHasTable = false;
+    std::uint64_t fTable = 0;
     std::uint64_t fPosition = 0;
     std::uint32_t fLastKey = 0;
     std::uint64_t fAnnouncedKeys = 0;  // also those that fNames does not contain

@@ -72,8 +72,11 @@ void SubscriptionServer::xStartSubscription(const v1::SubscriptionStart& start) 
         return;
     }
     xSetRate(start.rate());
-    if (start.has_known()) {
+    if (start.has_known() && start.known().table() == values->getPrivate()->fId) {
         xContinue(start.known(), *values->getPrivate());
+    } else if (start.has_known()) {
+        fHasOtherTable = true;
+        fRequest.clear_keys();  // identifiers of the table that the client knows
     }
     {
         const std::lock_guard lock(fMutex);
@@ -98,6 +101,10 @@ void SubscriptionServer::xContinue(const v1::KnownState& known, Table& table) {
 }
 
 bool SubscriptionServer::xComposePresentKeys() {
+    if (std::exchange(fHasOtherTable, false)) {
+        fNext.mutable_keys_present();  // none of those that the client knows
+        return true;
+    }
     const std::size_t count = fTable->indexAbove(fLastAnnounced);
     if (!fKnownKeys || std::exchange(fKnownKeys, std::nullopt) == count) {
         return false;
@@ -238,6 +245,7 @@ bool SubscriptionServer::xComposeAddedKeys() {
         return false;
     }
     v1::KeysAdded* added = fNext.mutable_keys_added();
+    added->set_table(fTable->fId);
     std::size_t size = 0;
     for (; index < fTable->fIds.size() && size < limits::bytesOfUpdate(fServer.limits().fMessage);
          ++index) {

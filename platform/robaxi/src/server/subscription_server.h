@@ -74,6 +74,7 @@ class SubscriptionServer : public ServerStream<v1::SubscriptionRequest>,
     std::vector<std::uint32_t> fRemoved;
     bool fHasSentTable = false;
     std::optional<std::uint64_t> fKnownKeys;  // after a resumption, until they are compared
+    bool fHasOtherTable = false;              // than the client knows, until that is sent
     std::uint64_t fSeenVersion = 0;
     std::unordered_map<std::uint32_t, std::uint64_t> fChosen;  // with the version last sent
     bool fHasNewlyChosen = false;
