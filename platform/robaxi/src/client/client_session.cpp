@@ -70,7 +70,8 @@ ClientSession::ClientSession(std::shared_ptr<Runtime> runtime, const std::string
       fAssembler(fLimits.fMessage),
       fHeard(Clock::now()),
       fHeartbeatPeriod(fLimits.fHeartbeat),
-      fHeartbeat(fRuntime->fTimers, [this] { xBeat(); }) {
+      fHeartbeat(fRuntime->fTimers, [this] { xBeat(); }),
+      fProbing(fRuntime->fTimers, [this] { xPollProbe(); }) {
     fCurrent = xOpen(0);
     fOut.attach(fCurrent->outlet());
     fCurrent->start(xHello());
@@ -115,6 +116,7 @@ void ClientSession::xSendTheRest() {
 
 void ClientSession::xEndStreams() {
     fHeartbeat.stop();
+    fProbing.stop();
     xLose({KVError::Cause::Cancelled, {}});
     xCancel();
     std::unique_lock lock(fMutex);
@@ -332,8 +334,10 @@ void ClientSession::xBeat() {
     }
     if (silent > limits::silentHeartbeatsOfRobot(fLimits)) {
         xBeSilent();
+    }
+    if (silent > limits::heartbeatsBeforeProbe(fLimits)) {
         xTryToResume();
-    } else if (fProbe) {
+    } else {
         fProbe.reset();
     }
     v1::ClientMessage message;

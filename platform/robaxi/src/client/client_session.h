@@ -126,6 +126,7 @@ class ClientSession : public Link,
     /** @name Resuming */
     ///@{
     void xTryToResume();
+    void xPollProbe();
     void xStartAttempt();
     void xHandleAttempt(ClientTransport& transport, const v1::ServerBatch& batch);
     void xContinueOn(ClientTransport& transport, const v1::HelloReply& reply);
@@ -181,6 +182,7 @@ class ClientSession : public Link,
     std::chrono::milliseconds fBetweenAttempts{};
 
     Timer fHeartbeat;
+    Timer fProbing;
 };
 
 }  // namespace robaxi

@@ -8,13 +8,7 @@
 
 namespace robaxi {
 
-/**
- * Starts an attempt if the robot's address answers; on the timer thread, at each heartbeat of a
- * silence.
- *
- * An attempt is not cancelled, since the robot might already have moved the session to it. The next
- * one starts while it is open, since its connection may have been cut, too.
- */
+/** Looks for a connection to the robot; on the timer thread, at each heartbeat of a silence. */
 void ClientSession::xTryToResume() {
     if (!fCanResume) {
         return;
@@ -27,6 +21,20 @@ void ClientSession::xTryToResume() {
     if (Clock::now() < fNextAttempt || xCountAttempts() >= limits::a_attemptsToResume) {
         return;
     }
+    fProbe->start();
+    fProbing.startAt(Clock::now());
+}
+
+/**
+ * Starts an attempt to resume if the robot's address answers; on the timer thread.
+ *
+ * An attempt is not cancelled, since the robot might already have moved the session to it. The next
+ * one starts while it is open, since its connection may have been cut, too.
+ */
+void ClientSession::xPollProbe() {
+    if (!fProbe) {
+        return;  // the robot has been heard
+    }
     switch (fProbe->poll()) {
         case ReturnProbe::Outcome::Connected:
             xStartAttempt();
@@ -38,6 +46,7 @@ void ClientSession::xTryToResume() {
             xCancel();
             break;
         case ReturnProbe::Outcome::Pending:
+            fProbing.startAt(Clock::now() + limits::a_betweenPollsOfProbe);
             break;
     }
 }
@@ -55,7 +64,7 @@ std::size_t ClientSession::xCountAttempts() const {
     const std::lock_guard lock(fMutex);
     return static_cast<std::size_t>(
         std::count_if(fTransports.begin(), fTransports.end(), [this](const auto& each) {
-            return !each->hasEnded() && each->resumption() > fCurrent->resumption();
+            return !each->isOver() && each->resumption() > fCurrent->resumption();
         }));
 }
 
@@ -64,13 +73,12 @@ void ClientSession::xHandleAttempt(ClientTransport& transport, const v1::ServerB
     if (transport.resumption() < fCurrent->resumption()) {
         return;
     }
-    const auto reply =
-        std::find_if(batch.messages().begin(), batch.messages().end(),
-                     [](const v1::ServerMessage& each) { return each.has_hello_reply(); });
-    if (reply == batch.messages().end() || !reply->hello_reply().resumed()) {
+    const bool isAlone = batch.messages_size() == 1 && batch.messages(0).has_hello_reply();
+    if (!isAlone || !batch.messages(0).hello_reply().resumed() ||
+        batch.messages(0).hello_reply().session_id() != sessionId()) {
         transport.cancel();
     } else {
-        xContinueOn(transport, reply->hello_reply());
+        xContinueOn(transport, batch.messages(0).hello_reply());
     }
 }
 
@@ -107,6 +115,7 @@ std::optional<Failure> ClientSession::xLossAtEndOf(ClientTransport& transport,
                                                    const grpc::Status& status) {
     const EndOfRpc end = decodeStatus(status, transport.context(), v1::Error::PROTOCOL_VERSION);
     const std::lock_guard lock(fMutex);
+    transport.setOver();  // before the check, since others may end at the same time
     if (&transport == fCurrent.get()) {
         if (!fHello) {
             return xHelloFailure(status, end);
@@ -116,9 +125,8 @@ std::optional<Failure> ClientSession::xLossAtEndOf(ClientTransport& transport,
         return std::nullopt;
     }
     const bool hasOthers =
-        std::any_of(fTransports.begin(), fTransports.end(), [&](const auto& each) {
-            return each.get() != &transport && !each->hasEnded() &&
-                   each->resumption() > fCurrent->resumption();
+        std::any_of(fTransports.begin(), fTransports.end(), [this](const auto& each) {
+            return !each->isOver() && each->resumption() > fCurrent->resumption();
         });
     if (hasOthers || fEndOfCurrent) {
         return hasOthers ? std::nullopt : fEndOfCurrent;

@@ -42,9 +42,12 @@ class ClientTransport : private grpc::ClientBidiReactor<grpc::ByteBuffer, grpc::
     std::uint64_t resumption() const { return fResumption; }
     const std::shared_ptr<Outlet>& outlet() const { return fOutlet; }
     const grpc::ClientContext& context() const { return fContext; }
-    /** @name Set by the owner in ended(), as the last access of that thread; guarded by the owner
-     */
+    /** @name Set by the owner in ended(), and guarded by it */
     ///@{
+    /** True from the begin of ended() on. */
+    bool isOver() const { return fIsOver; }
+    void setOver() { fIsOver = true; }
+    /** Set as the last access of that thread. */
     bool hasEnded() const { return fHasEnded; }
     void setEnded() { fHasEnded = true; }
     ///@}
@@ -73,6 +76,7 @@ class ClientTransport : private grpc::ClientBidiReactor<grpc::ByteBuffer, grpc::
     grpc::ClientContext fContext;
     const std::shared_ptr<Outlet> fOutlet;
     grpc::ByteBuffer fIncoming;
+    bool fIsOver = false;
     bool fHasEnded = false;
 };
 

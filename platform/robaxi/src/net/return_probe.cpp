@@ -10,16 +10,19 @@ namespace robaxi {
 
 namespace {
 
-/** At four polls a second, an attempt ends before the system would repeat it. */
+/** With four attempts a second, an attempt ends before the system would repeat it. */
 constexpr std::size_t a_mostAttempts = 4;
 
 }  // namespace
 
-ReturnProbe::Outcome ReturnProbe::poll() {
+void ReturnProbe::start() {
     fAttempts.emplace_back(fAddress);
     if (fAttempts.size() > a_mostAttempts) {
         fAttempts.pop_front();
     }
+}
+
+ReturnProbe::Outcome ReturnProbe::poll() {
     std::vector<pollfd> polled;
     polled.reserve(fAttempts.size());
     for (const ConnectAttempt& attempt : fAttempts) {

@@ -8,8 +8,8 @@
 namespace robaxi {
 
 /**
- * Finds out, without waiting, whether an address answers again: each poll starts one more attempt
- * to connect, since the system repeats a lost one only after a second, then two, then four.
+ * Finds out, without waiting, whether an address answers again, with several attempts to connect:
+ * the system repeats a lost one only after a second, then two, then four.
  */
 class ReturnProbe {
   public:
@@ -17,6 +17,8 @@ class ReturnProbe {
 
     explicit ReturnProbe(const SocketAddress& address) : fAddress(address) {}
 
+    /** Starts one more attempt; stops the oldest one if there are many. */
+    void start();
     /** Returns the outcome of the attempts, and stops them if there is one. */
     Outcome poll();
     void stop() { fAttempts.clear(); }

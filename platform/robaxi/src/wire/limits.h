@@ -54,6 +54,14 @@ inline std::chrono::milliseconds timeForFirstMessage(const KVSettings::Limits& l
  * during which the client reads nothing.
  */
 constexpr int a_untakingHeartbeatsOfClient = 240;
+/**
+ * Time after which the system gives up a connection on which sent data is not acknowledged: above
+ * all limits of silence, which decide.
+ */
+inline std::chrono::milliseconds timeOutOfTransport(const KVSettings::Limits& limits) {
+    return std::max(longestSilence(limits), limits.fHeartbeat * a_untakingHeartbeatsOfClient) +
+           std::chrono::seconds(10);
+}
 /** Minimum number of heartbeats that a client sends during the robot's time-out for it. */
 constexpr int a_heartbeatsInSilence = 4;
 
@@ -80,10 +88,19 @@ constexpr std::size_t unacknowledgedBytes(std::size_t largestMessage) {
 }
 /** A receiver acknowledges at the latest after so many bytes, otherwise with its heartbeats. */
 constexpr std::size_t a_acknowledgeAfter = std::size_t{1024} * 1024;
+/**
+ * Heartbeats without any received message after which a client looks for a connection on which to
+ * resume its session: before it reports the silence, so that a short one ends soon.
+ */
+inline int heartbeatsBeforeProbe(const KVSettings::Limits& limits) {
+    return silentHeartbeatsOfRobot(limits) / 2;
+}
+/** Time after which the outcome of attempts to connect is looked at again. */
+constexpr std::chrono::milliseconds a_betweenPollsOfProbe{20};
 /** Attempts to resume a session that wait for the robot's answer. */
 constexpr std::size_t a_attemptsToResume = 4;
 /** Time between the first two attempts; it doubles from one to the next. */
-constexpr std::chrono::milliseconds a_betweenAttemptsToResume{1000};
+constexpr std::chrono::milliseconds a_betweenAttemptsToResume{500};
 
 /** Overhead counted for each waiting message, besides its bytes. */
 constexpr std::size_t a_costOfMessage = 256;
