@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <limits>
 #include <mutex>
 
 namespace robaxi {
@@ -55,6 +56,11 @@ std::shared_ptr<grpc::Channel> createChannel(const std::string& target,
     arguments.SetInt(GRPC_ARG_HTTP2_BDP_PROBE, 0);
     arguments.SetInt(GRPC_ARG_HTTP2_STREAM_LOOKAHEAD_BYTES,
                      static_cast<int>(limits::a_streamWindow));
+    // TCP_USER_TIMEOUT, which gRPC only sets with keepalive pings. These never become due, since
+    // the heartbeats do more.
+    arguments.SetInt(GRPC_ARG_KEEPALIVE_TIME_MS, std::numeric_limits<int>::max() - 1);
+    arguments.SetInt(GRPC_ARG_KEEPALIVE_TIMEOUT_MS,
+                     static_cast<int>(limits::timeOutOfTransport(limits).count()));
     return grpc::CreateCustomChannel(target, security.credentials(), arguments);
 }
 

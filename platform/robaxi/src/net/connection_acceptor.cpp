@@ -181,6 +181,8 @@ void ConnectionAcceptor::xHandOver(const NewcomerPtr& newcomer) {
     }
     const int on = 1;
     ::setsockopt(handedOver, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    const auto timeOut = static_cast<unsigned>(fSettings.fTimeOutOfTransport.count());
+    ::setsockopt(handedOver, IPPROTO_TCP, TCP_USER_TIMEOUT, &timeOut, sizeof timeOut);
     newcomer->fIsHandedOver = true;
     xWaitForEnd(newcomer);
     fSettings.fHandOver(handedOver);

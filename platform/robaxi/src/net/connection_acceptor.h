@@ -32,6 +32,8 @@ class ConnectionAcceptor {
     struct Settings {
         /** Time in which a client must send a hello. */
         std::chrono::milliseconds fTimeForHello{};
+        /** Time after which the system gives up a connection whose client acknowledges nothing. */
+        std::chrono::milliseconds fTimeOutOfTransport{};
         /** Passes ownership of a descriptor to gRPC; called on the acceptor's thread. */
         std::function<void(int)> fHandOver;
         /** Reports a problem to the user; called on the acceptor's thread. */

@@ -161,6 +161,7 @@ void Server::xStartGrpc() {
 void Server::xAccept(std::vector<base::FileDescriptor> listening) {
     ConnectionAcceptor::Settings settings;
     settings.fTimeForHello = limits::timeForFirstMessage(limits());
+    settings.fTimeOutOfTransport = limits::timeOutOfTransport(limits());
     settings.fHandOver = [this](int descriptor) {
         grpc::experimental::ExternalConnectionAcceptor::NewConnectionParameters connection;
         connection.fd = descriptor;
@@ -205,11 +206,45 @@ grpc::ServerBidiReactor<grpc::ByteBuffer, grpc::ByteBuffer>* Server::xOpenSessio
 }
 
 bool Server::xHasRoomFor(const std::string& address) const {
-    const auto ofAddress = std::count_if(
+    return fSessions.size() < limits().fSessions &&
+           xCountSessionsOf(address) < limits().fSessionsOfAddress;
+}
+
+std::size_t Server::xCountSessionsOf(const std::string& address) const {
+    const auto count = std::count_if(
         fSessions.begin(), fSessions.end(),
         [&address](const auto& each) { return each.second->peerAddress() == address; });
-    return fSessions.size() < limits().fSessions &&
-           static_cast<std::size_t>(ofAddress) < limits().fSessionsOfAddress;
+    return static_cast<std::size_t>(count);
+}
+
+bool Server::hasSilentSession(const std::string& address) {
+    return xFindSilentSession(address) != nullptr;
+}
+
+bool Server::replaceSilentSession(const std::string& address) {
+    const auto silent = xFindSilentSession(address);
+    return silent && silent->giveWay();
+}
+
+/**
+ * Returns the session that has been silent for longest, of the same address if there is one; only
+ * of the same address if that has too many.
+ */
+std::shared_ptr<ServerSession> Server::xFindSilentSession(const std::string& address) {
+    const std::lock_guard lock(fMutex);
+    // The session that asks is counted, too.
+    const bool isForAddress = xCountSessionsOf(address) > limits().fSessionsOfAddress;
+    std::shared_ptr<ServerSession> found;
+    std::pair<bool, int> longest;
+    for (const auto& [id, session] : fSessions) {
+        const int silence = session->silence();
+        const std::pair rank(session->peerAddress() == address, silence);
+        if (silence > 0 && rank > longest && (rank.first || !isForAddress)) {
+            found = session;
+            longest = rank;
+        }
+    }
+    return found;
 }
 
 template <class Stream>

@@ -84,6 +84,10 @@ class Server : public RunningServer {
     void welcome(const std::string& peer) { fAcceptor->welcome(peer); }
     /** Returns null if there is none. */
     std::shared_ptr<ServerSession> findSession(std::uint64_t id);
+    /** Returns true if a silent session may give way to a further one of a client's address. */
+    bool hasSilentSession(const std::string& address);
+    /** Ends a silent session for it soon. Returns false if there is none. */
+    bool replaceSilentSession(const std::string& address);
     void sessionEnded(std::uint64_t id);
     void sessionStreamEnded(SessionStream* stream);
     /** Ends the streams beside a session, which no longer count towards its limits. */
@@ -108,6 +112,8 @@ class Server : public RunningServer {
     grpc::ServerBidiReactor<grpc::ByteBuffer, grpc::ByteBuffer>* xOpenSession(
         grpc::CallbackServerContext* context);
     bool xHasRoomFor(const std::string& address) const;
+    std::size_t xCountSessionsOf(const std::string& address) const;
+    std::shared_ptr<ServerSession> xFindSilentSession(const std::string& address);
     template <class Stream>
     Stream* xOpenStream(grpc::CallbackServerContext* context);
     template <class Object>

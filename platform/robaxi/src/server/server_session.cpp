@@ -15,6 +15,12 @@
 
 namespace robaxi {
 
+namespace {
+
+constexpr const char* a_tooManySessions = "too many programs are connected to it";
+
+}  // namespace
+
 ServerSession::ServerSession(Server& server, SessionStream* stream, std::uint64_t id)
     : fServer(server),
       fModules(server.modules()),
@@ -229,25 +235,57 @@ void ServerSession::xFinish(SessionStream& stream) {
 void ServerSession::xCheckSilence() {
     const std::lock_guard receiving(fReceiveMutex);
     bool isPaused = false;
+    bool givesWay = false;
     {
         const std::lock_guard lock(fMutex);
         if (fHasEnded || fHasMoved) {
             return;
         }
         isPaused = fIsPaused && !fHoldsHello;
+        givesWay = fGivesWay;
+    }
+    if (givesWay) {
+        xEndSilent(v1::Error::TOO_MANY, "the program was silent, and another one took its place");
+        return;
     }
     const int most = isPaused ? limits::a_untakingHeartbeatsOfClient
                               : limits::periodsIn(xLongestSilence(), fLimits.fHeartbeat);
     if (++fSilentHeartbeats > most) {
-        if (!xEnd(v1::Error::TIMED_OUT, "the program was silent for too long")) {
-            fStream->cancel();  // it does not take what is being written either
-        }
+        xEndSilent(v1::Error::TIMED_OUT, "the program was silent for too long");
         return;
     }
     if (isPaused) {
         xKeepAwake();
     }
     fSilence.startAt(TimerThread::Clock::now() + fLimits.fHeartbeat);
+}
+
+void ServerSession::xEndSilent(v1::Error::Cause cause, const std::string& text) {
+    if (!xEnd(cause, text)) {
+        fStream->cancel();  // it does not take what is being written either
+    }
+}
+
+/** Called with fMutex locked. */
+int ServerSession::xSilence() const {
+    const bool isServed = fHasHello && !fIsPaused && !fGivesWay && !fHasEnded && !fEnding;
+    const int silent = fSilentHeartbeats;
+    return isServed && silent > limits::silentHeartbeatsOfRobot(fLimits) ? silent : 0;
+}
+
+int ServerSession::silence() {
+    const std::lock_guard lock(fMutex);
+    return xSilence();
+}
+
+bool ServerSession::giveWay() {
+    const std::lock_guard lock(fMutex);
+    if (xSilence() == 0) {
+        return false;
+    }
+    fGivesWay = true;
+    fSilence.startAt(TimerThread::Clock::now());  // on its thread, since the caller holds locks
+    return true;
 }
 
 void ServerSession::xHandle(v1::ClientMessage& message) {
@@ -289,8 +327,8 @@ void ServerSession::xHandleHello(const v1::Hello& hello) {
         return;
     }
     // The session that it resumes is counted already.
-    if (!fIsAdmitted && !hello.has_resume()) {
-        xRefuse(v1::Error::TOO_MANY, "too many programs are connected to it");
+    if (!fIsAdmitted && !hello.has_resume() && !fServer.hasSilentSession(fPeerAddress)) {
+        xRefuse(v1::Error::TOO_MANY, a_tooManySessions);
         return;
     }
     const ServerSecurity& security = fServer.security();
@@ -354,7 +392,14 @@ void ServerSession::xAccept(const v1::Hello& hello) {
         xResumeAnother(hello);
         return;
     }
-    fHasHello = true;
+    if (!fIsAdmitted && !fServer.replaceSilentSession(fPeerAddress)) {
+        xRefuse(v1::Error::TOO_MANY, a_tooManySessions);
+        return;
+    }
+    {
+        const std::lock_guard lock(fMutex);
+        fHasHello = true;
+    }
     fServer.welcome(fStream->context().peer());
     fClientName = hello.name();
     fOut.setPeerTakesFragments(hello.takes_fragments());
@@ -403,8 +448,8 @@ bool ServerSession::moveTo(SessionStream& stream, const v1::Hello& hello) {
     const std::lock_guard receiving(fReceiveMutex);
     {
         const std::lock_guard lock(fMutex);
-        if (fHasEnded || fEnding || !fCanResume || resume.resumption() <= fResumption ||
-            hello.name() != fClientName) {
+        if (fHasEnded || fEnding || fGivesWay || !fCanResume ||
+            resume.resumption() <= fResumption || hello.name() != fClientName) {
             return false;
         }
     }

@@ -57,6 +57,18 @@ class ServerSession : public std::enable_shared_from_this<ServerSession> {
     /** Starts serving; `admitted` is false for a session beyond the limit, which is refused. */
     void start(bool admitted);
 
+    /**
+     * Returns the number of heartbeats during which nothing was received; 0 if they are too few for
+     * giveWay().
+     */
+    int silence();
+    /**
+     * Ends soon, for a new client while there is room for no more sessions.
+     *
+     * @return false if it is not silent, or gives way to another client already
+     */
+    bool giveWay();
+
     /** Returns the resumption with which streams beside the session have to name it. */
     std::uint64_t resumption();
     /**
@@ -118,6 +130,8 @@ class ServerSession : public std::enable_shared_from_this<ServerSession> {
     bool xEnd(v1::Error::Cause cause, const std::string& text);
     void xFinish(SessionStream& stream);
     void xCheckSilence();
+    void xEndSilent(v1::Error::Cause cause, const std::string& text);
+    int xSilence() const;
 
     Server& fServer;  // not to be used in a call: it may be destroyed while a method runs
     const std::shared_ptr<HostedModules> fModules;
@@ -140,7 +154,6 @@ class ServerSession : public std::enable_shared_from_this<ServerSession> {
     v1::Hello fHeldHello;
     bool fIsAdmitted = false;
     bool fIsRefused = false;
-    bool fHasHello = false;
 
     std::mutex fMutex;
     SessionStream* fStream;  // changed with fReceiveMutex held, too
@@ -151,6 +164,8 @@ class ServerSession : public std::enable_shared_from_this<ServerSession> {
     std::size_t fParked = 0;   // runs of the pool that were skipped until results have been sent
     bool fHoldsHello = false;  // checks its token later
     bool fIsPaused = false;    // reads nothing, so that the client's calls wait in the network
+    bool fHasHello = false;    // changed with fReceiveMutex held, too
+    bool fGivesWay = false;
     bool fHasEnded = false;
     std::optional<v1::Error> fEnding;
 
