@@ -110,6 +110,9 @@ grpc::Status RawServer::Session(grpc::ServerContext* context, SessionStream* str
     }
     v1::ClientBatch batch;
     while (stream->Read(&batch)) {
+        if (batch.messages_size() == 1 && batch.messages(0).hello().has_resume() && fResumption) {
+            return xEnd(context, fResumption(*stream));
+        }
         v1::ServerBatch answers;
         for (const v1::ClientMessage& message : batch.messages()) {
             v1::ServerMessage answer;
@@ -117,7 +120,7 @@ grpc::Status RawServer::Session(grpc::ServerContext* context, SessionStream* str
                 *answers.add_messages() = answer;
             }
         }
-        if (answers.messages_size() != 0) {
+        if (answers.messages_size() != 0 && !fIsSilent) {
             stream->Write(answers);
         }
     }

@@ -5,6 +5,7 @@
 
 #include <grpcpp/grpcpp.h>
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -83,10 +84,15 @@ class RawServer : private v1::Robaxi::Service {
     grpc::Status fSessionStatus;
     grpc::Status fStreamStatus;  // of subscriptions and watched cameras, unless they stay open
     std::optional<v1::Error> fDetails;  // of either status
+    /** Returns the status with which an attempt to resume a session ends. */
+    std::function<grpc::Status(SessionStream&)> fResumption;
     Answer fAnswer;
     std::function<void(SubscriptionStream&)> fSubscription;
     std::function<void(WatchStream&)> fWatch;
     ///@}
+
+    /** Sessions are answered nothing while it is true. */
+    std::atomic<bool> fIsSilent{false};
 
   private:
     grpc::Status Session(grpc::ServerContext* context, SessionStream* stream) override;

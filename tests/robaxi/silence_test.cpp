@@ -1,6 +1,7 @@
 // A robot that does not answer for a while: the session, its calls and streams continue afterwards,
 // on the former connection or on another one.
 #include "child_process.h"
+#include "connection_states.h"
 #include "frame_listener.h"
 #include "latch.h"
 #include "process_figures.h"
@@ -18,11 +19,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <condition_variable>
+#include <atomic>
+#include <filesystem>
 #include <future>
 #include <memory>
 #include <mutex>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <signal.h>
+#include <string>
+#include <sys/socket.h>
 #include <vector>
 
 using namespace robaxi_test;
@@ -30,43 +36,6 @@ using obvista_test::ChildProcess;
 using State = KVConnection::State;
 
 namespace {
-
-/** The states that a connection reports. */
-class States {
-  public:
-    void watch(KVConnection& connection) {
-        connection.setStateHandler([this](State state) {
-            const std::lock_guard lock(fMutex);
-            fStates.push_back(state);
-            fChanged.notify_all();
-        });
-    }
-
-    bool waitFor(State state) {
-        std::unique_lock lock(fMutex);
-        return fChanged.wait_for(lock, a_patience,
-                                 [&] { return !fStates.empty() && fStates.back() == state; });
-    }
-
-    std::vector<State> all() {
-        const std::lock_guard lock(fMutex);
-        return fStates;
-    }
-
-  private:
-    std::mutex fMutex;
-    std::condition_variable fChanged;
-    std::vector<State> fStates;
-};
-
-/** Limits with which a silence is noticed after 200 ms. */
-KVSettings quickSettings() {
-    KVSettings settings;
-    settings.fLimits.fHeartbeat = std::chrono::milliseconds(50);
-    settings.fLimits.fLoss = std::chrono::milliseconds(200);
-    settings.fLimits.fSilence = std::chrono::seconds(30);
-    return settings;
-}
 
 /** A robot in this process, reached through a relay. */
 class Silence : public testing::Test {
@@ -112,7 +81,7 @@ class Silence : public testing::Test {
     BrokerPtr fClient = makeClient(quickSettings());
     RecordingListener fValues;
     FrameListener fFrames;
-    States fStates;
+    ConnectionStates fStates;
     std::shared_ptr<KVConnection> fConnection;
 };
 
@@ -131,7 +100,7 @@ TEST_F(Silence, IsReportedWithItsEnd) {
 
 TEST_F(Silence, IsReportedToALaterHandlerAtOnce) {
     cut();
-    States later;
+    ConnectionStates later;
     later.watch(*fConnection);
     EXPECT_THAT(later.all(), testing::ElementsAre(State::Silent));
     fConnection->setStateHandler(nullptr);
@@ -315,6 +284,111 @@ TEST_F(Silence, IsTheLossOfARobotThatWasRestarted) {
     EXPECT_THAT(fStates.all(), testing::ElementsAre(State::Silent, State::Lost));
 }
 
+TEST_F(Silence, ReplacesTheKeysOfAModuleThatWasReplaced) {
+    const auto subscription = subscribe();
+    ASSERT_TRUE(fValues.waitForValue("third", 0));
+    cut();
+    fServer->removeModule("Memory");
+    const auto table = std::make_shared<KVValueTable>();
+    KVKeyInfo key;
+    for (const char* name : {"new first", "new second", "new third"}) {
+        key.fName = name;
+        table->addKey(key, 7);
+    }
+    const auto other = std::make_shared<KVModule>("Memory", "Another one of the same size");
+    other->setValues(table);
+    fServer->addModule(other);
+    restore();
+    EXPECT_TRUE(fValues.waitForValue("new third", 7));
+    fValues.waitUntil([&] {
+        EXPECT_THAT(fValues.fRemoved, testing::UnorderedElementsAreArray(fIds));
+        return true;
+    });
+    EXPECT_FALSE(fValues.fEnd);
+    cut();
+    table->setValue(1, 8);
+    restore();
+    EXPECT_TRUE(fValues.waitForValue("new first", 8));
+    EXPECT_FALSE(fValues.fEnd);
+}
+
+TEST_F(Silence, ForgetsTheChosenKeysOfAModuleThatWasReplaced) {
+    const auto subscription = subscribe(KVSubscription::Selection::ChosenKeys);
+    ASSERT_TRUE(fValues.waitForKeys(3));
+    subscription->setKeys({fIds[0]});
+    ASSERT_TRUE(fValues.waitForValue("first", 0));
+    cut();
+    fServer->removeModule("Memory");
+    const auto table = std::make_shared<KVValueTable>();
+    KVKeyInfo key;
+    key.fName = "not chosen";
+    const std::uint32_t notChosen = table->addKey(key, 7);
+    ASSERT_EQ(notChosen, fIds[0]);
+    key.fName = "chosen";
+    const std::uint32_t chosen = table->addKey(key, 8);
+    const auto other = std::make_shared<KVModule>("Memory", "Another one");
+    other->setValues(table);
+    fServer->addModule(other);
+    restore();
+    ASSERT_TRUE(fValues.waitUntil([&] { return fValues.fKeys[chosen].fName == "chosen"; }));
+    subscription->setKeys({chosen});
+    EXPECT_TRUE(fValues.waitForValue("chosen", 8));
+    fValues.waitUntil([&] {
+        EXPECT_EQ(fValues.fValues.count("not chosen"), 0U);
+        return true;
+    });
+}
+
+TEST_F(Silence, ContinuesASubscriptionWhoseKeysAreChosenMeanwhile) {
+    constexpr std::size_t count = 8;
+    std::vector<RecordingListener> values(count);
+    std::vector<std::shared_ptr<KVSubscription>> subscriptions;
+    for (RecordingListener& each : values) {
+        subscriptions.push_back(KVSubscription::start(
+            fConnection, "Memory", KVSubscription::Selection::ChosenKeys, 100, each.callbacks()));
+        ASSERT_TRUE(each.waitForKeys(3));
+    }
+    std::atomic<bool> ends{false};
+    auto choosing = std::async(std::launch::async, [&] {
+        while (!ends) {
+            for (const auto& each : subscriptions) {
+                each->setKeys({fIds[0], fIds[1]});
+                each->setKeys({fIds[0]});
+            }
+        }
+    });
+    for (int round = 1; round <= 5; ++round) {
+        cut();
+        fTable->setValue(fIds[0], round);
+        restore();
+        for (RecordingListener& each : values) {
+            EXPECT_TRUE(each.waitForValue("first", round));
+        }
+    }
+    ends = true;
+    choosing.get();
+    subscriptions.clear();
+}
+
+TEST_F(Silence, DoesNotHoldUpAProgramThatLeavesWhileItEnds) {
+    const auto client = makeClient(quickSettings());
+    auto proxy = std::make_unique<KVProxy>("Echo", a_loopback, fRelay.port(), client, 5, 0);
+    ConnectionStates states;
+    {
+        const auto connection = KVConnection::open(client, a_loopback, fRelay.port(), 5);
+        states.watch(*connection);
+        proxy->pCall("echo", 1);
+        EXPECT_EQ(proxy->call<int>("echo", 2), 2) << "the posted call has arrived";
+        cut();
+        ASSERT_TRUE(states.waitFor(State::Silent));
+        connection->setStateHandler(nullptr);
+    }
+    // It waits up to half a second for the robot, on whichever connection.
+    auto left = std::async(std::launch::async, [&] { proxy.reset(); });
+    fRelay.restore(false);
+    EXPECT_EQ(left.wait_for(a_patience), std::future_status::ready);
+}
+
 TEST_F(Silence, MayBeLeftByTheUser) {
     const auto subscription = subscribe();
     ASSERT_TRUE(fValues.waitForValue("third", 0));
@@ -322,6 +396,45 @@ TEST_F(Silence, MayBeLeftByTheUser) {
     fConnection->setStateHandler(nullptr);
     subscription->stop();
     EXPECT_FALSE(fValues.fEnd);
+}
+
+namespace {
+
+/** Returns TCP_USER_TIMEOUT of this process's connections from and to a port. */
+std::vector<int> timeOutsOfTransport(int port) {
+    std::vector<int> found;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        const int descriptor = std::stoi(entry.path().filename().string());
+        sockaddr_in local{};
+        sockaddr_in remote{};
+        socklen_t length = sizeof remote;
+        if (::getpeername(descriptor, reinterpret_cast<sockaddr*>(&remote), &length) != 0) {
+            continue;
+        }
+        length = sizeof local;
+        ::getsockname(descriptor, reinterpret_cast<sockaddr*>(&local), &length);
+        if (ntohs(local.sin_port) != port && ntohs(remote.sin_port) != port) {
+            continue;
+        }
+        int timeOut = 0;
+        length = sizeof timeOut;
+        ::getsockopt(descriptor, IPPROTO_TCP, TCP_USER_TIMEOUT, &timeOut, &length);
+        found.push_back(timeOut);
+    }
+    return found;
+}
+
+}  // namespace
+
+TEST(Transport, IsNotGivenUpBeforeTheLimitOfSilence) {
+    KVSettings settings;
+    settings.fLimits.fSilence = std::chrono::seconds(120);
+    const auto server = makeServer("Robot", settings);
+    const auto client = makeClient(settings);
+    const auto connection = KVConnection::open(client, a_loopback, server->getPort(), 5);
+    const std::vector<int> timeOuts = timeOutsOfTransport(server->getPort());
+    EXPECT_GE(timeOuts.size(), 2U) << "that of the client and that of the robot";
+    EXPECT_THAT(timeOuts, testing::Each(testing::Gt(120'000))) << "milliseconds";
 }
 
 namespace {
@@ -345,7 +458,7 @@ class StoppedRobot : public testing::Test {
     std::unique_ptr<ChildProcess> fRobot = startServerProcess(fPort);
     BrokerPtr fClient;
     RecordingListener fValues;
-    States fStates;
+    ConnectionStates fStates;
     std::shared_ptr<KVConnection> fConnection;
     std::shared_ptr<KVSubscription> fSubscription;
 };

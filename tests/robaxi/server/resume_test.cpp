@@ -1,4 +1,5 @@
 // Our server with clients that resume sessions, rightly or wrongly.
+#include "connection_states.h"
 #include "raw_peer.h"
 #include "recording_listener.h"
 #include "test_broker.h"
@@ -36,6 +37,29 @@ v1::ClientBatch echoBatch(std::uint64_t number, std::uint64_t callId) {
     return batch;
 }
 
+/** A token in a file that only its owner can read. */
+class TokenFile {
+  public:
+    TokenFile() {
+        std::ofstream(fPath) << "secret\n";
+        std::filesystem::permissions(fPath, std::filesystem::perms::owner_read);
+    }
+    ~TokenFile() { std::filesystem::remove(fPath); }
+    TokenFile(const TokenFile&) = delete;
+    TokenFile& operator=(const TokenFile&) = delete;
+    std::string path() const { return fPath.string(); }
+
+  private:
+    const std::filesystem::path fPath = std::filesystem::temp_directory_path() / "token";
+};
+
+/** Limits with one session, which gives way after 200 ms. */
+KVSettings oneSession() {
+    KVSettings settings = quickSettings();
+    settings.fLimits.fSessions = 1;
+    return settings;
+}
+
 class Resume : public testing::Test {
   protected:
     void serve(const KVSettings& settings = {}) {
@@ -45,6 +69,13 @@ class Resume : public testing::Test {
         memory->setValues(std::make_shared<KVValueTable>());
         fServer->addModule(memory);
         fFirst = std::make_unique<RawClient>(fServer->getPort());
+    }
+
+    void serveWithToken(KVSettings settings = {}) {
+        settings.fServer.fTokenFile = fToken.path();
+        settings.fServer.fAllowsPlainToken = true;
+        serve(settings);
+        fHello.set_token("secret");
     }
 
     v1::Hello resumption(std::uint64_t number, std::uint64_t received = 0) const {
@@ -69,26 +100,12 @@ class Resume : public testing::Test {
                answer.result().call_id() == 100 + batch;
     }
 
+    const TokenFile fToken;
     BrokerPtr fServer;
     std::unique_ptr<RawClient> fFirst;
+    std::unique_ptr<RawClient> fSecond;
     v1::Hello fHello = firstHello();
     v1::HelloReply fReply;
-};
-
-/** A token in a file that only its owner can read. */
-class TokenFile {
-  public:
-    TokenFile() {
-        std::ofstream(fPath) << "secret\n";
-        std::filesystem::permissions(fPath, std::filesystem::perms::owner_read);
-    }
-    ~TokenFile() { std::filesystem::remove(fPath); }
-    TokenFile(const TokenFile&) = delete;
-    TokenFile& operator=(const TokenFile&) = delete;
-    std::string path() const { return fPath.string(); }
-
-  private:
-    const std::filesystem::path fPath = std::filesystem::temp_directory_path() / "token";
 };
 
 }  // namespace
@@ -170,12 +187,7 @@ TEST_F(Resume, IsRefusedForASessionThatHasEnded) {
 }
 
 TEST_F(Resume, NeedsTheTokenAgain) {
-    const TokenFile token;
-    KVSettings settings;
-    settings.fServer.fTokenFile = token.path();
-    settings.fServer.fAllowsPlainToken = true;
-    serve(settings);
-    fHello.set_token("secret");
+    serveWithToken();
     fReply = fFirst->hello(fHello);
     ASSERT_TRUE(answers(*fFirst, 1));
     v1::Hello hello = resumption(1, 1);
@@ -191,12 +203,55 @@ TEST_F(Resume, NeedsTheTokenAgain) {
 TEST_F(Resume, TakesNoPlaceOfASession) {
     KVSettings settings;
     settings.fLimits.fSessions = 1;
+    settings.fLimits.fLoss = std::chrono::seconds(60);  // it does not give way either
     serve(settings);
     fReply = fFirst->hello(fHello);
     EXPECT_TRUE(refuses(fHello, v1::Error::TOO_MANY));
     RawClient second(fServer->getPort());
     EXPECT_TRUE(second.hello(resumption(1)).resumed());
     EXPECT_TRUE(refuses(fHello, v1::Error::TOO_MANY));
+}
+
+TEST_F(Resume, ComesAfterATokenThatHadToWait) {
+    serveWithToken();
+    fReply = fFirst->hello(fHello);
+    ASSERT_TRUE(answers(*fFirst, 1));
+    v1::Hello wrong = fHello;
+    wrong.set_token("guess");
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_TRUE(refuses(wrong, v1::Error::TOKEN_WRONG));
+    }
+    RawClient second(fServer->getPort());
+    ASSERT_TRUE(second.hello(resumption(1, 1)).resumed()) << "a second later";
+    EXPECT_TRUE(answers(second, 2));
+    EXPECT_TRUE(answers(second, 3));
+}
+
+TEST_F(Resume, LeavesItsPlaceToANewClientWhenItIsSilent) {
+    serve(oneSession());
+    fReply = fFirst->hello(fHello);
+    const auto deadline = std::chrono::steady_clock::now() + a_patience;
+    std::uint64_t newcomer = 0;
+    while (newcomer == 0 && std::chrono::steady_clock::now() < deadline) {
+        fSecond = std::make_unique<RawClient>(fServer->getPort());
+        newcomer = fSecond->hello(fHello).session_id();
+    }
+    ASSERT_NE(newcomer, 0U);
+    EXPECT_FALSE(fFirst->finish().ok());
+    EXPECT_EQ(fFirst->details().cause(), v1::Error::TOO_MANY);
+}
+
+TEST_F(Resume, LeavesNoPlaceToAClientWithoutTheToken) {
+    serveWithToken(oneSession());
+    fReply = fFirst->hello(fHello);
+    v1::Hello wrong = fHello;
+    wrong.set_token("guess");
+    const auto deadline = std::chrono::steady_clock::now() + a_patience;
+    while (refuses(wrong, v1::Error::TOO_MANY) && std::chrono::steady_clock::now() < deadline) {
+        // The first one is not silent yet.
+    }
+    RawClient second(fServer->getPort());
+    EXPECT_TRUE(second.hello(resumption(1)).resumed()) << "a wrong token has no effect";
 }
 
 TEST_F(Resume, EndsTheStreamsOfTheFormerConnection) {
