@@ -3,14 +3,17 @@
 
 #include "bridge_lab.h"
 
+#include "certificates.h"
 #include "child_process.h"
 
 #include <robaxi/kv_error.h>
 #include <robaxi/kv_proxy.h>
+#include <robaxi/kv_settings.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <ctime>
 #include <regex>
@@ -121,6 +124,28 @@ TEST(Bridge, itStartsWithoutAnIconUnlessTheCommandLineRequiresIt) {
     EXPECT_THAT(wrong.errors(), HasSubstr("/nowhere.png"));
 }
 
+TEST(Bridge, requiresTlsAndATokenAndEndsOnSigterm) {
+    Folder folder;
+    const Certificate certificate = makeCertificate(folder, "bridge", "IP:127.0.0.1");
+    const std::string token = folder.write("token", "the-token-of-the-bridge-in-this-test\n");
+    ChildProcess bridge({builtProgram("bin/robaxi-bridge"), "--http-port", "0", "--tls-certificate",
+                         certificate.fFile, "--tls-key", certificate.fKey, "--token-file", token});
+    ASSERT_TRUE(bridge.waitForOutput("listens on")) << bridge.errors();
+    const auto connect = [](const KVSettings& settings) {
+        return KVConnection::open(KVBroker::createBroker({"test", "", 0, settings}), "127.0.0.1",
+                                  9559, 20);
+    };
+    KVSettings settings;
+    EXPECT_THROW(connect(settings), KVError);
+    settings.fAccess.fUsesTls = true;
+    settings.fAccess.fTrust = certificate.fFile;
+    EXPECT_THROW(connect(settings), KVError) << "without the token";
+    settings.fAccess.fTokenFile = token;
+    EXPECT_NO_THROW(connect(settings));
+    ::kill(bridge.pid(), SIGTERM);
+    EXPECT_EQ(bridge.waitForEnd(), 0);
+}
+
 TEST(Bridge, onlyNamedTopicsAreWritten) {
     const BridgeHost bridge = makeBridge({"--allow-write", "/volume"});
     const BridgeHost robot = makeRos2Robot("listen");
@@ -139,7 +164,8 @@ TEST(Bridge, onlyNamedTopicsAreWritten) {
 }
 
 TEST(Bridge, topicsAreSelected) {
-    const BridgeHost bridge = makeBridge({"--topics", "/joint*", "/robot_name"});
+    const BridgeHost bridge =
+        makeBridge({"--topics", "/joint*", "/robot_name", "--interface", "eth0"});
     const BridgeHost robot = makeRos2Robot("robot");
     BridgeValues values(bridge);
     EXPECT_TRUE(values.wait("Joint/LeftKnee/Position"));

@@ -41,7 +41,11 @@ TEST(BridgeLoad, publishersThatComeAndGoLeaveNothingBehind) {
         EXPECT_TRUE(values.waitForCount("", 2)) << "the domain's own keys";
     };
     comeAndGo("10");
-    const Resources before = resourcesOf(bridge);
+    // Until the first robot is found, the bridge listens in all domains.
+    Resources before = resourcesOf(bridge);
+    while (before.fDescriptors > 200) {
+        before = resourcesOf(bridge);
+    }
     ASSERT_GT(before.fMemory, 0);
     comeAndGo("100");
     const Resources after = resourcesOf(bridge);

@@ -2,16 +2,20 @@
 // prints "ready" when its writers exist, and runs until its standard input ends or a signal ends
 // it.
 //
+// clang-format off
 //   robot DOMAIN [JOINTS RATE [CAMERA-RATE]]
-//       joints, sensors, a camera, a node; the joints' velocity is the time of their stamp in
-//       seconds
-//   flood DOMAIN RATE       a number on /flood, so many times a second
-//   many DOMAIN COUNT       /many/t0 and so on, a number each second
+//                      joints, sensors, a camera, a node; the joints' velocity is the time of
+//                      their stamp in seconds
+//   flood DOMAIN RATE  a number on /flood, so many times a second
+//   many DOMAIN COUNT  /many/t0 and so on, a number each second
 //   nodes DOMAIN PARTICIPANTS COUNT
-//       /part0/node0 and so on, so many of each participant
-//   restart DOMAIN          two participants with the node /twin, of which the first ends on
-//   SIGUSR1 churn DOMAIN TIMES      a publisher on /churn that comes and goes wrong DOMAIN messages
-//   that are not of their type listen DOMAIN           prints what is published on /volume
+//                      /part0/node0 and so on, so many of each participant
+//   restart DOMAIN     two participants with the node /twin; the first one ends on SIGUSR1
+//   churn DOMAIN TIMES a publisher on /churn that comes and goes
+//   wrong DOMAIN       messages that are not of their type
+//   trouble DOMAIN     topics whose type is not known, or whose QoS does not match
+//   listen DOMAIN      prints what is published on /volume
+// clang-format on
 
 #include "fast_message.h"
 
@@ -114,11 +118,26 @@ class Program {
         return fPublisher->create_datawriter(xTopic(topic, type), qos);
     }
 
-    fastdds::DataReader* reader(const std::string& topic, const std::string& type) {
+    /** @param isDemanding it requires latched samples, and one every second */
+    fastdds::DataReader* reader(const std::string& topic, const std::string& type,
+                                bool isDemanding = false) {
         auto* const subscriber = fParticipant->create_subscriber(fastdds::SUBSCRIBER_QOS_DEFAULT);
         fastdds::DataReaderQos qos = fastdds::DATAREADER_QOS_DEFAULT;
         qos.reliability().kind = fastdds::RELIABLE_RELIABILITY_QOS;
+        if (isDemanding) {
+            qos.durability().kind = fastdds::TRANSIENT_LOCAL_DURABILITY_QOS;
+            qos.deadline().period = eprosima::fastrtps::Duration_t(1, 0);
+        }
         return subscriber->create_datareader(xTopic(topic, type), qos);
+    }
+
+    /** A writer that only readers with exclusive ownership in the same partition match. */
+    void addExclusiveWriter(const std::string& topic, const std::string& type) {
+        fastdds::PublisherQos publisherQos = fastdds::PUBLISHER_QOS_DEFAULT;
+        publisherQos.partition().push_back("left");
+        fastdds::DataWriterQos qos = fastdds::DATAWRITER_QOS_DEFAULT;
+        qos.ownership().kind = fastdds::EXCLUSIVE_OWNERSHIP_QOS;
+        fParticipant->create_publisher(publisherQos)->create_datawriter(xTopic(topic, type), qos);
     }
 
     void remove(fastdds::DataWriter* writer) { fPublisher->delete_datawriter(writer); }
@@ -376,6 +395,25 @@ void runWrong(int domain) {
     });
 }
 
+void runTrouble(int domain) {
+    Program program(domain);
+    Program other(domain);
+    auto* const strange =
+        program.writer("rt/strange", ddsType("my_msgs", "Unheard"), Kind::Reliable);
+    auto* const scan = program.writer("rt/scan", ddsType("std_msgs", "Float64"), Kind::Sensor, 1);
+    auto* const angle = program.writer("rt/angle", ddsType("std_msgs", "Float32"), Kind::Reliable);
+    program.addExclusiveWriter("rt/exclusive", ddsType("std_msgs", "Float64"));
+    other.reader("rt/scan", ddsType("std_msgs", "Float64"), true);
+    other.reader("rt/angle", ddsType("std_msgs", "Float64"));
+    other.reader("rt/volume", ddsType("std_msgs", "Float64"), true);
+    ready();
+    repeat(20, [&](long step) {
+        publish(strange, FastMessage() << 1.5);
+        publish(scan, FastMessage() << static_cast<double>(step + 1));
+        publish(angle, FastMessage() << 1.5F);
+    });
+}
+
 void runListener(int domain) {
     Program program(domain);
     auto* const reader = program.reader("rt/volume", ddsType("std_msgs", "Float64"));
@@ -409,8 +447,8 @@ int main(int argc, char** argv) {
         return index < words.size() ? std::stod(words[index]) : otherwise;
     };
     if (words.size() < 2) {
-        std::cerr
-            << "usage: ros2_writer robot|flood|many|nodes|restart|churn|wrong|listen DOMAIN ...\n";
+        std::cerr << "usage: ros2_writer robot|flood|many|nodes|restart|churn|wrong|trouble|listen "
+                     "DOMAIN ...\n";
         return 2;
     }
     const int domain = std::stoi(words[1]);
@@ -428,6 +466,8 @@ int main(int argc, char** argv) {
         runChurn(domain, static_cast<int>(number(2, 100)));
     } else if (words[0] == "wrong") {
         runWrong(domain);
+    } else if (words[0] == "trouble") {
+        runTrouble(domain);
     } else if (words[0] == "listen") {
         runListener(domain);
     }

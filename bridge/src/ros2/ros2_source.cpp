@@ -4,8 +4,10 @@
 #include "message/message_table.h"
 #include "message/message_values.h"
 #include "ros2/domain.h"
+#include "ros2/domain_search.h"
 #include "ros2/names.h"
 #include "ros2/node_info.h"
+#include "ros2/qos_policies.h"
 #include "ros2/std_value.h"
 #include "ros2/topic.h"
 #include "ros2/type_description.h"
@@ -106,11 +108,6 @@ Guid toGuid(const dds_guid_t& guid) {
     return result;
 }
 
-bool isLatched(const dds_qos_t* qos) {
-    dds_durability_kind_t kind = DDS_DURABILITY_VOLATILE;
-    return dds_qget_durability(qos, &kind) && kind >= DDS_DURABILITY_TRANSIENT_LOCAL;
-}
-
 bool isShared(const std::string& rosType) {
     return std::any_of(a_sharedTypes.begin(), a_sharedTypes.end(),
                        [&](const char* shared) { return rosType == shared; });
@@ -148,6 +145,19 @@ bool isOf(const Guid& participant, const Guid& endpoint) {
 /** Returns the group of the nodes of a participant. */
 std::string groupOf(const Guid& participant) {
     return "nodes of " + hexOf(participant);
+}
+
+std::string problemOf(const Topic& topic) {
+    if (!topic.fProblem.empty()) {
+        return topic.fProblem;
+    }
+    if (!topic.fMatchProblem.empty()) {
+        return topic.fMatchProblem;
+    }
+    return topic.fRole == Role::Counted && !topic.fIsAwaited
+               ? "no known type: the bridge does not know it, and its publisher does not describe "
+                 "it"
+               : std::string();
 }
 
 /** Calls a function with all samples of a built-in reader: (sample, whether it is alive). */
@@ -214,6 +224,7 @@ class Ros2Source::Reading {
     Topic* xTopicOf(const std::string& name);
     bool xIsSelected(const std::string& name) const;
     void xUpdate(Topic& topic);
+    std::string xMatchProblem(const Topic& topic) const;
     void xRemove(Topic& topic);
     void xChooseType(Topic& topic);
     void xDescribe(Topic& topic, const dds_typeinfo_t* info);
@@ -229,6 +240,8 @@ class Ros2Source::Reading {
     void xNoteCameraInfo(const Topic& topic, const std::vector<SourceValue>& values);
     void xReport(Topic& topic, const std::string& problem);
     void xShowRates(double seconds);
+    void xSearch();
+    void xStopSearch();
     void xShowTopic(Topic& topic, double samples, double bytes);
     std::string xNodesOf(const Topic& topic) const;
 
@@ -258,7 +271,10 @@ class Ros2Source::Reading {
     std::map<Guid, std::vector<SourceValue>> fNodes;          // of each participant
     std::size_t fNodeValues = 0;                              // of all participants
     std::map<std::string, std::pair<int, int>> fCameraSizes;  // by the folder of the topic
-    std::size_t fDescribing = 0;                              // questions without an answer
+    std::shared_ptr<DomainSearch> fSearch;                    // while nobody is in the domain
+    bool fIsSearching = false;
+    std::string fDomainProblem;
+    std::size_t fDescribing = 0;  // questions without an answer
     bool fHasReportedLimit = false;
     bool fHasReportedNodes = false;
 
@@ -324,6 +340,7 @@ Ros2Source::Reading::~Reading() {
     fIsEnding = true;
     dds_set_guardcondition(fGuard.get(), true);
     fThread.join();
+    xStopSearch();
     fLookups.reset();
     for (auto& [name, topic] : fTopics) {
         xRemove(topic);
@@ -422,6 +439,7 @@ void Ros2Source::Reading::xTakeParticipants() {
             }
             if (isAlive) {
                 fParticipants.insert(guid);
+                xStopSearch();
                 return;
             }
             fParticipants.erase(guid);
@@ -455,7 +473,7 @@ void Ros2Source::Reading::xAddEndpoint(const dds_builtintopic_endpoint_t& endpoi
     }
     fEndpoints[guid] = {name, isWriter};
     auto& endpoints = isWriter ? topic->fWriters : topic->fReaders;
-    endpoints[guid] = {endpoint.type_name, isLatched(endpoint.qos)};
+    endpoints[guid] = {endpoint.type_name, policiesOf(endpoint.qos)};
     fChanged.insert(name);
     if (isWriter) {
         xChooseType(*topic);
@@ -610,6 +628,57 @@ void Ros2Source::Reading::xUpdate(Topic& topic) {
         xOfferCamera(topic);
     }
     xUpdateReader(topic);
+    const std::string problem = xMatchProblem(topic);
+    if (std::exchange(topic.fMatchProblem, problem) != problem && !problem.empty()) {
+        fSink.complain(base::oneLine(topic.fName) + ": " + problem);
+    }
+}
+
+std::string Ros2Source::Reading::xMatchProblem(const Topic& topic) const {
+    // Most nodes have the same few policies.
+    constexpr std::size_t most = 32;
+    const auto kindsOf = [](const std::map<Guid, Endpoint>& endpoints) {
+        std::set<QosPolicies> kinds;
+        for (const auto& [guid, endpoint] : endpoints) {
+            if (kinds.size() < most) {
+                kinds.insert(endpoint.fPolicies);
+            }
+        }
+        return kinds;
+    };
+    const std::set<QosPolicies> writers = kindsOf(topic.fWriters);
+    const QosPolicies ours = policiesOf(makeReaderQos(false, a_plainDepth).get());
+    for (const QosPolicies& writer : writers) {
+        const std::string policies = mismatch(writer, ours);
+        if (!policies.empty()) {
+            return "the bridge does not match the QoS of a publisher: " + policies;
+        }
+    }
+    const QosPolicies writing = policiesOf(makeWriterQos().get());
+    for (const QosPolicies& reader : kindsOf(topic.fReaders)) {
+        std::string policies;
+        for (const QosPolicies& writer : writers) {
+            policies = mismatch(writer, reader);
+            if (policies.empty()) {
+                break;
+            }
+        }
+        if (!policies.empty()) {
+            return "a subscriber receives nothing, since no publisher matches its QoS: " + policies;
+        }
+        if (topic.fWriter && !mismatch(writing, reader).empty()) {
+            return "a subscriber does not receive what is set, since the bridge does not match its "
+                   "QoS: " +
+                   mismatch(writing, reader);
+        }
+    }
+    for (const auto& [guid, reader] : topic.fReaders) {
+        if (reader.fType != topic.fType) {
+            return "a subscriber expects another type, " +
+                   base::oneLine(base::shortened(rosType(reader.fType), 200));
+        }
+    }
+    return {};
 }
 
 /** Forgets everything but the readers on the network. */
@@ -636,6 +705,7 @@ void Ros2Source::Reading::xChooseType(Topic& topic) {
         xCloseReader(topic);
         topic.fType = endpoints.begin()->second.fType;
         topic.fIsDescribed = false;
+        topic.fIsAwaited = false;
         topic.fMessage = knownType(rosType(topic.fType));
     }
     const bool isMixed =
@@ -652,6 +722,7 @@ void Ros2Source::Reading::xDescribe(Topic& topic, const dds_typeinfo_t* info) {
         return;
     }
     topic.fIsDescribed = true;
+    topic.fIsAwaited = true;
     ++fDescribing;
     const std::shared_ptr<const dds_typeinfo_t> copy = copyOf(info);
     // The writer is asked, which may take long.
@@ -661,7 +732,11 @@ void Ros2Source::Reading::xDescribe(Topic& topic, const dds_typeinfo_t* info) {
             xPost([this, described, type, name] {
                 --fDescribing;
                 const auto known = fTopics.find(name);
-                if (known != fTopics.end() && rosType(known->second.fType) == type && described) {
+                if (known == fTopics.end() || rosType(known->second.fType) != type) {
+                    return;
+                }
+                known->second.fIsAwaited = false;
+                if (described) {
                     xCloseReader(known->second);
                     known->second.fMessage = described;
                     fChanged.insert(name);
@@ -678,7 +753,7 @@ void Ros2Source::Reading::xUpdateReader(Topic& topic) {
         return;
     }
     const bool latched = std::all_of(topic.fWriters.begin(), topic.fWriters.end(),
-                                     [](const auto& writer) { return writer.second.fIsLatched; });
+                                     [](const auto& writer) { return writer.second.isLatched(); });
     if (topic.fReader && topic.fIsReaderLatched == latched) {
         return;
     }
@@ -881,10 +956,47 @@ void Ros2Source::Reading::xShowRates(double seconds) {
         topic.fLastSamples = samples;
         topic.fLastBytes = bytes;
     }
-    fSink.setValues(a_domainGroup,
-                    {{"ROS/Domain", "", "Number of the domain, ROS_DOMAIN_ID", fOptions.fDomain},
-                     {"ROS/Participants", "", "Programs in the domain, without this one",
-                      static_cast<std::int64_t>(fParticipants.size())}});
+    std::vector<SourceValue> values{
+        {"ROS/Domain", "", "Number of the domain, ROS_DOMAIN_ID", fOptions.fDomain},
+        {"ROS/Participants", "", "Programs in the domain, without this one",
+         static_cast<std::int64_t>(fParticipants.size())}};
+    xSearch();
+    if (!fDomainProblem.empty()) {
+        values.push_back({"ROS/Problem", "", "Reason why no program is found", fDomainProblem});
+    }
+    fSink.replaceValues(a_domainGroup, values);
+}
+
+void Ros2Source::Reading::xStopSearch() {
+    if (fSearch) {
+        fSearch->stop();
+        fSearch.reset();
+    }
+    fDomainProblem.clear();
+}
+
+void Ros2Source::Reading::xSearch() {
+    if (!fParticipants.empty() || fIsSearching) {
+        return;
+    }
+    if (!fSearch) {
+        fSearch = std::make_shared<DomainSearch>(fOptions.fDomain, fOptions.fInterface, fOwn);
+    }
+    fIsSearching = true;
+    fLookups->start([this, search = fSearch] {
+        const std::string problem = search->run();
+        return [this, search, problem] {
+            xPost([this, search, problem] {
+                fIsSearching = false;
+                if (search != fSearch) {
+                    return;  // somebody has been found
+                }
+                if (std::exchange(fDomainProblem, problem) != problem) {
+                    fSink.complain(problem);
+                }
+            });
+        };
+    });
 }
 
 void Ros2Source::Reading::xShowTopic(Topic& topic, double samples, double bytes) {
@@ -896,11 +1008,11 @@ void Ros2Source::Reading::xShowTopic(Topic& topic, double samples, double bytes)
         {row + "/Publishers", "", "Nodes or programs that publish it",
          static_cast<std::int64_t>(topic.fWriters.size())},
         {row + "/Nodes", "", "Nodes that publish it", xNodesOf(topic)}};
-    if (!topic.fProblem.empty()) {
-        values.push_back(
-            {row + "/Problem", "", "Reason why messages are not shown", topic.fProblem});
+    const std::string problem = problemOf(topic);
+    if (!problem.empty()) {
+        values.push_back({row + "/Problem", "", "Reason why messages are missing", problem});
     }
-    fSink.setValues("row " + topic.fName, values);
+    fSink.replaceValues("row " + topic.fName, values);
 }
 
 std::string Ros2Source::Reading::xNodesOf(const Topic& topic) const {

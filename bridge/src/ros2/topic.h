@@ -4,6 +4,7 @@
 #include "message/message_type.h"
 #include "ros2/domain.h"
 #include "ros2/node_info.h"
+#include "ros2/qos_policies.h"
 #include "ros2/raw_type.h"
 
 #include <cstdint>
@@ -17,8 +18,10 @@ namespace bridge {
 
 /** A writer or reader on the network, as discovery reports it. */
 struct Endpoint {
-    std::string fType;        ///< name in DDS
-    bool fIsLatched = false;  ///< keeps its last samples for readers that come later
+    std::string fType;  ///< name in DDS
+    QosPolicies fPolicies;
+    /** Keeps its last samples for readers that come later. */
+    bool isLatched() const { return fPolicies.fDurability >= DDS_DURABILITY_TRANSIENT_LOCAL; }
 };
 
 /** The use of a topic's samples. */
@@ -58,13 +61,13 @@ struct Topic {
     std::map<Guid, Endpoint> fReaders;
     std::string fType;  ///< in DDS, of the first writer; empty without one
     std::shared_ptr<const MessageType> fMessage;
-    bool fIsDescribed = false;  ///< its description has been asked for
+    bool fIsDescribed = false;  ///< its description has been requested
+    bool fIsAwaited = false;    ///< its description has not arrived
     Role fRole = Role::Counted;
 
     Entity fTopicEntity;
     Entity fReader;
     bool fIsReaderLatched = false;
-    bool fIsAttached = false;
     std::shared_ptr<Arrivals> fArrivals = std::make_shared<Arrivals>();
     std::uint64_t fLastSamples = 0;
     std::uint64_t fLastBytes = 0;
@@ -75,7 +78,8 @@ struct Topic {
     CameraFigures fSeen;
 
     std::shared_ptr<TopicWriter> fWriter;
-    std::string fProblem;
+    std::string fProblem;       ///< of its messages
+    std::string fMatchProblem;  ///< of its readers and writers
 };
 
 }  // namespace bridge

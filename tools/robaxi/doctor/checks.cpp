@@ -57,6 +57,7 @@ const std::vector<Check>& allChecks() {
         {"protocol", true, checkProtocol},
         {"access", true, checkAccess},
         {"icon", true, checkIcon},
+        {"ros2", true, checkRos2},
     };
     return checks;
 }

@@ -93,6 +93,8 @@ Finding checkProtocol(Examination&);
 Finding checkAccess(Examination&);
 /** Checks that a robot serves its icon. */
 Finding checkIcon(Examination&);
+/** Checks what a bridge to ROS 2 reports. */
+Finding checkRos2(Examination&);
 
 }  // namespace robaxi_tool
 

@@ -1,13 +1,20 @@
 #include "doctor/checks.h"
-#include "doctor/interfaces.h"
+#include "doctor/mdns_group.h"
 
 #include <cerrno>
+#include <sockets/interfaces.h>
 #include <sys/socket.h>
 #include <system_error>
 
 namespace robaxi_tool {
 
 namespace {
+
+using sockets::Interface;
+using sockets::multicastInterfaces;
+using sockets::namesOf;
+using sockets::networkInterfaces;
+using sockets::Socket;
 
 /** Returns the sentence "... is not up" for interfaces that have an address and no connection. */
 std::string notUp(const std::vector<Interface>& interfaces) {

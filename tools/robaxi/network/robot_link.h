@@ -37,6 +37,8 @@ class RobotLink {
      * @throws UsageError, Failure, KVError, Interrupted
      */
     RobotLink(const std::string& host, int timeout, Interruption& interruption);
+    /** Connects to a robot that was found before. @throws Failure, KVError */
+    RobotLink(const KVSettings& settings, const Endpoint& endpoint, int timeout);
 
     const Endpoint& endpoint() const { return fEndpoint; }
     const std::shared_ptr<KVConnection>& connection() const { return fConnection; }
@@ -46,8 +48,6 @@ class RobotLink {
     std::unique_ptr<KVProxy> module(const std::string& name) const;
 
   private:
-    RobotLink(const KVSettings& settings, const Endpoint& endpoint, int timeout);
-
     int fTimeout;
     Endpoint fEndpoint;
     boost::shared_ptr<KVBroker> fBroker;

@@ -1,5 +1,3 @@
-#include "doctor/interfaces.h"
-
 #include <algorithm>
 #include <arpa/inet.h>
 #include <array>
@@ -7,16 +5,15 @@
 #include <ifaddrs.h>
 #include <memory>
 #include <net/if.h>
+#include <netinet/in.h>
+#include <sockets/interfaces.h>
 #include <sys/socket.h>
 #include <system_error>
 #include <unistd.h>
 
-namespace robaxi_tool {
+namespace sockets {
 
 namespace {
-
-constexpr std::uint32_t a_mdnsGroup = 0xe00000fb;
-constexpr std::uint16_t a_mdnsPort = 5353;
 
 [[noreturn]] void fail(const char* what) {
     throw std::system_error(errno, std::generic_category(), what);
@@ -95,12 +92,4 @@ Socket::~Socket() {
     close(fNumber);
 }
 
-sockaddr_in mdnsGroup() {
-    sockaddr_in group{};
-    group.sin_family = AF_INET;
-    group.sin_port = htons(a_mdnsPort);
-    group.sin_addr.s_addr = htonl(a_mdnsGroup);
-    return group;
-}
-
-}  // namespace robaxi_tool
+}  // namespace sockets

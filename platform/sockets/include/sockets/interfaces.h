@@ -1,11 +1,10 @@
-#ifndef OBVISTA_TOOLS_ROBAXI_DOCTOR_INTERFACES_H
-#define OBVISTA_TOOLS_ROBAXI_DOCTOR_INTERFACES_H
+#ifndef SOCKETS_INTERFACES_H
+#define SOCKETS_INTERFACES_H
 
-#include <netinet/in.h>
 #include <string>
 #include <vector>
 
-namespace robaxi_tool {
+namespace sockets {
 
 /** A network interface, other than loopback, with an IPv4 address. */
 struct Interface {
@@ -40,9 +39,6 @@ class Socket {
     int fNumber;
 };
 
-/** Returns the group and port of mDNS: 224.0.0.251, port 5353. */
-sockaddr_in mdnsGroup();
-
-}  // namespace robaxi_tool
+}  // namespace sockets
 
 #endif
