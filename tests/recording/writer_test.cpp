@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <file_size_limit.h>
 #include <filesystem>
+#include <random>
 #include <recording/check.h>
 #include <thread>
 
@@ -161,6 +163,32 @@ TEST(Writer, TakesMessagesOfSeveralThreads) {
     }
     EXPECT_EQ(4U, next.size());
     EXPECT_EQ(messages, next["/3"]);
+    EXPECT_EQ(0U, recording::check(path).fFaultCount);
+}
+
+TEST(Writer, KeepsTheOrderOfChunksThatTakeDifferentTimes) {
+    // Every tenth chunk takes much longer to compress than the following ones.
+    const std::string path = pathOf("order.mcap");
+    constexpr std::uint32_t messages = 100;
+    WriterOptions options = smallChunks();
+    options.fLevel = 19;
+    {
+        Writer writer(path, options);
+        const std::uint16_t channel = writer.addChannel(0, "/a", "json");
+        std::string slow(200'000, '\0');
+        std::mt19937 random(1);
+        std::generate(slow.begin(), slow.end(), [&] { return "abcdefgh"[random() % 8]; });
+        for (std::uint32_t i = 0; i < messages; ++i) {
+            writer.write({channel, i, a_start, i, i % 10 == 0 ? slow : std::string(2000, 'x')});
+        }
+        writer.finish();
+    }
+    // Of the same time, messages are read in their order in the file.
+    std::uint32_t next = 0;
+    for (const Heard& heard : hear(path)) {
+        EXPECT_EQ(next++, heard.fSequence);
+    }
+    EXPECT_EQ(messages, next);
     EXPECT_EQ(0U, recording::check(path).fFaultCount);
 }
 

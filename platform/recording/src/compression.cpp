@@ -76,27 +76,28 @@ Compressor::Compressor(Compression compression, int level)
 
 Compressor::~Compressor() = default;
 
-Compression Compressor::append(std::string_view data, std::string& bytes) {
-    const std::size_t start = bytes.size();
+Compressor::Result Compressor::compress(std::string_view data) {
+    // A buffer of one large message would remain for good.
+    constexpr std::size_t usual = std::size_t{4} << 20U;
+    if (fBuffer.capacity() > usual && data.size() < usual / 2) {
+        fBuffer = {};
+    }
     std::size_t size = 0;
     bool isCompressed = false;
     if (fCompression == Compression::Zstd) {
-        bytes.resize(start + ZSTD_compressBound(data.size()));
-        size = ZSTD_compressCCtx(fContexts->fZstd.get(), bytes.data() + start, bytes.size() - start,
-                                 data.data(), data.size(), fContexts->fLevel);
+        const std::size_t bound = ZSTD_compressBound(data.size());
+        size = ZSTD_compressCCtx(fContexts->fZstd.get(), fBuffer.reserve(bound), bound, data.data(),
+                                 data.size(), fContexts->fLevel);
         isCompressed = ZSTD_isError(size) == 0;
     } else if (fCompression == Compression::Lz4) {
-        bytes.resize(start + LZ4F_compressFrameBound(data.size(), nullptr));
-        size = LZ4F_compressFrame(bytes.data() + start, bytes.size() - start, data.data(),
-                                  data.size(), nullptr);
+        const std::size_t bound = LZ4F_compressFrameBound(data.size(), nullptr);
+        size = LZ4F_compressFrame(fBuffer.reserve(bound), bound, data.data(), data.size(), nullptr);
         isCompressed = LZ4F_isError(size) == 0;
     }
     if (!isCompressed || isTooLarge(data.size(), size)) {
-        bytes.replace(start, std::string::npos, data);
-        return Compression::None;
+        return {Compression::None, data};
     }
-    bytes.resize(start + size);
-    return fCompression;
+    return {fCompression, fBuffer.bytes(size)};
 }
 
 struct Decompressor::Contexts {

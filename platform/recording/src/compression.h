@@ -16,6 +16,7 @@ class Buffer {
     /** Makes room for so many bytes; what was in it is lost. */
     char* reserve(std::size_t size);
     std::string_view bytes(std::size_t size) const { return {fBytes.get(), size}; }
+    std::size_t capacity() const { return fCapacity; }
 
   private:
     std::unique_ptr<char[]> fBytes;
@@ -36,17 +37,19 @@ class Compressor {
     Compressor(const Compressor&) = delete;
     Compressor& operator=(const Compressor&) = delete;
 
-    /**
-     * Appends the compressed data.
-     *
-     * @return the compression used, which is None for data that isTooLarge() otherwise
-     */
-    Compression append(std::string_view data, std::string& bytes);
+    struct Result {
+        Compression fCompression =
+            Compression::None;    ///< None for data that isTooLarge() otherwise
+        std::string_view fBytes;  ///< until the next call; the data itself if not compressed
+    };
+
+    Result compress(std::string_view data);
 
   private:
     struct Contexts;
     const Compression fCompression;
     const std::unique_ptr<Contexts> fContexts;
+    Buffer fBuffer;
 };
 
 /** Decompresses chunks. For one thread. */

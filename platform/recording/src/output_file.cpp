@@ -29,13 +29,17 @@ OutputFile::OutputFile(const std::string& path, bool overwrites)
     }
 }
 
-void OutputFile::append(std::string_view bytes) {
-    if (const int error = base::writeAll(fFile.get(), bytes)) {
-        cutOff(fSize, fCrc);
-        xFail(error);
+void OutputFile::append(std::initializer_list<std::string_view> pieces) {
+    const std::uint64_t sizeBefore = fSize;
+    const std::uint32_t crcBefore = fCrc;
+    for (const std::string_view bytes : pieces) {
+        if (const int error = base::writeAll(fFile.get(), bytes)) {
+            cutOff(sizeBefore, crcBefore);
+            xFail(error);
+        }
+        fSize += bytes.size();
+        fCrc = crc32Of(bytes, fCrc);
     }
-    fSize += bytes.size();
-    fCrc = crc32Of(bytes, fCrc);
 }
 
 void OutputFile::cutOff(std::uint64_t size, std::uint32_t crc) {

@@ -1,4 +1,4 @@
-#include "compression.h"
+#include "chunk_packer.h"
 #include "fields.h"
 #include "spill.h"
 #include "summary_writer.h"
@@ -9,10 +9,12 @@
 #include <array>
 #include <condition_variable>
 #include <deque>
+#include <exception>
 #include <limits>
 #include <mutex>
 #include <recording/output_file.h>
 #include <recording/writer.h>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -23,25 +25,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-struct IndexEntry {
-    std::uint64_t fLogTime;
-    std::uint32_t fOffset;
-    std::uint16_t fChannelId;
-};
-
-/** Messages and definitions that become a chunk. */
-struct OpenChunk {
-    std::string fBytes;
-    std::vector<IndexEntry> fEntries;
-    std::uint64_t fStart = 0;
-    std::uint64_t fEnd = 0;
-    Clock::time_point fDeadline;
-
-    void clear() {
-        fBytes.clear();
-        fEntries.clear();
-    }
-};
+/** Threads that compress: while one writes to the file, the other compresses the next chunk. */
+constexpr std::size_t a_threads = 2;
 
 Texts validTexts(const Texts& texts) {
     Texts valid;
@@ -66,94 +51,6 @@ WriterOptions bounded(WriterOptions options) {
     constexpr std::size_t largest = std::size_t{64} << 20U;
     options.fChunkBytes = std::min(options.fChunkBytes, largest);
     return options;
-}
-
-/** Turns the messages of a chunk into records, sorted by channel. For one thread. */
-class IndexBuilder {
-  public:
-    /**
-     * Appends a message index for each channel.
-     *
-     * @param position of the first one in the file
-     * @return the pairs of channel and offset for the chunk index
-     */
-    std::string append(std::vector<IndexEntry>& entries, std::uint64_t position,
-                       std::string& bytes);
-
-    /** Calls `count` with each channel of the last chunk and its number of messages. */
-    template <class Count>
-    void forEachChannel(Count count) const {
-        for (const Run& run : fRuns) {
-            count(run.fChannelId, run.fCount);
-        }
-    }
-
-  private:
-    struct Run {
-        std::uint16_t fChannelId;
-        std::uint32_t fCount;
-    };
-
-    void xSortByChannel(const std::vector<IndexEntry>& entries);
-
-    std::vector<Run> fRuns;
-    std::vector<IndexEntry> fSorted;
-    /** For each channel the number of messages, then the place of the next one. */
-    std::vector<std::uint32_t> fPlaces;
-};
-
-void IndexBuilder::xSortByChannel(const std::vector<IndexEntry>& entries) {
-    fRuns.clear();
-    for (const IndexEntry& entry : entries) {
-        if (entry.fChannelId >= fPlaces.size()) {
-            fPlaces.resize(entry.fChannelId + std::size_t{1});
-        }
-        if (fPlaces[entry.fChannelId]++ == 0) {
-            fRuns.push_back({entry.fChannelId, 0});
-        }
-    }
-    std::uint32_t next = 0;
-    for (Run& run : fRuns) {
-        run.fCount = std::exchange(fPlaces[run.fChannelId], next);
-        next += run.fCount;
-    }
-    fSorted.resize(entries.size());
-    for (const IndexEntry& entry : entries) {
-        fSorted[fPlaces[entry.fChannelId]++] = entry;
-    }
-    for (const Run& run : fRuns) {
-        fPlaces[run.fChannelId] = 0;
-    }
-}
-
-std::string IndexBuilder::append(std::vector<IndexEntry>& entries, std::uint64_t position,
-                                 std::string& bytes) {
-    xSortByChannel(entries);
-    const std::size_t start = bytes.size();
-    std::string offsets;
-    offsets.reserve(fRuns.size() * a_messageIndexOffsetSize);
-    auto entry = fSorted.begin();
-    for (const Run& run : fRuns) {
-        const auto end = entry + run.fCount;
-        const auto isEarlier = [](const IndexEntry& left, const IndexEntry& right) {
-            return left.fLogTime < right.fLogTime;
-        };
-        if (!std::is_sorted(entry, end, isEarlier)) {
-            std::stable_sort(entry, end, isEarlier);
-        }
-        putNumber(offsets, run.fChannelId);
-        putNumber(offsets, std::uint64_t{position + (bytes.size() - start)});
-        const RecordAppender record(bytes, Opcode::MessageIndex);
-        putNumber(bytes, run.fChannelId);
-        putNumber(bytes, static_cast<std::uint32_t>(run.fCount * a_messageIndexEntrySize));
-        const std::size_t entriesStart = bytes.size();
-        bytes.resize(entriesStart + run.fCount * a_messageIndexEntrySize);
-        for (char* place = bytes.data() + entriesStart; entry != end; ++entry) {
-            place = storeNumber(place, entry->fLogTime);
-            place = storeNumber(place, std::uint64_t{entry->fOffset});
-        }
-    }
-    return offsets;
 }
 
 }  // namespace
@@ -186,8 +83,9 @@ class Writer::Impl {
     void xPlace(std::uint16_t channelId);
     void xCloseChunk();
     void xRun();
-    void xWriteChunk(OpenChunk& chunk);
-    void xAppendChunk(OpenChunk& chunk);
+    void xWriteChunk(const ChunkContent& chunk, ChunkPacker& packer, Lock& lock);
+    void xAppendChunk(const ChunkContent& chunk, ChunkPacker& packer);
+    void xRecycle(std::unique_ptr<ChunkContent> chunk);
     void xReport(const std::exception& exception);
     void xAppendRecord(const std::string& bytes, Spill& indexes, const std::string& index);
     void xWriteSummary();
@@ -197,15 +95,20 @@ class Writer::Impl {
     /** Guards what follows. Taken after fFileMutex where both are held. */
     mutable std::mutex fMutex;
     std::condition_variable fWork;
+    /** When fDone, fWaitingBytes, fError or fIsClosing changes. */
     std::condition_variable fProgressed;
     Definitions<Schema> fSchemas;
     Definitions<Channel> fChannels;
     std::uint64_t fDefinitionBytes = 0;
-    std::unique_ptr<OpenChunk> fOpen = std::make_unique<OpenChunk>();
-    std::unique_ptr<OpenChunk> fSpare;
-    std::deque<std::unique_ptr<OpenChunk>> fQueue;
-    /** The bytes of the queue and of the chunk that is being written. */
+    std::unique_ptr<ChunkContent> fOpen = std::make_unique<ChunkContent>();
+    Clock::time_point fDeadline;  ///< of the open chunk
+    std::vector<std::unique_ptr<ChunkContent>> fSpares;
+    std::deque<std::unique_ptr<ChunkContent>> fQueue;
+    /** The bytes of the queue and of the chunks that are being written. */
     std::uint64_t fWaitingBytes = 0;
+    /** The numbers of chunks that were taken from the queue, and that were written or lost. */
+    std::uint64_t fTaken = 0;
+    std::uint64_t fDone = 0;
     WriterProgress fProgress;
     std::optional<std::string> fError;
     bool fIsClosing = false;
@@ -213,9 +116,6 @@ class Writer::Impl {
     /** Guards what follows, while data is written. */
     std::mutex fFileMutex;
     OutputFile fFile;
-    Compressor fCompressor;
-    IndexBuilder fIndexBuilder;
-    std::string fRecord;
     Statistics fStatistics;
     std::vector<std::uint64_t> fCounts;
     Spill fChunkIndexes;
@@ -223,13 +123,12 @@ class Writer::Impl {
     Spill fMetadataIndexes;
 
     std::mutex fFinishMutex;
-    std::thread fThread;
+    std::array<std::thread, a_threads> fThreads;
 };
 
 Writer::Impl::Impl(const std::string& path, WriterOptions options)
     : fOptions(bounded(std::move(options))),
       fFile(path, fOptions.fOverwrites),
-      fCompressor(fOptions.fCompression, fOptions.fLevel),
       fChunkIndexes(path),
       fAttachmentIndexes(path),
       fMetadataIndexes(path) {
@@ -238,7 +137,16 @@ Writer::Impl::Impl(const std::string& path, WriterOptions options)
                             base::validUtf8(fOptions.fHeader.fLibrary)});
     fFile.append(start);
     fProgress.fFileBytes = fFile.size();
-    fThread = std::thread([this] { xRun(); });
+    for (std::thread& thread : fThreads) {
+        try {
+            thread = std::thread([this] { xRun(); });
+        } catch (const std::system_error&) {
+            if (!fThreads.front().joinable()) {
+                throw;
+            }
+            // One is enough.
+        }
+    }
 }
 
 std::uint16_t Writer::Impl::addSchema(Schema schema) {
@@ -323,7 +231,7 @@ bool Writer::Impl::write(const Message& message) {
     if (fOpen->fEntries.empty()) {
         fOpen->fStart = message.fLogTime;
         fOpen->fEnd = message.fLogTime;
-        fOpen->fDeadline = Clock::now() + fOptions.fChunkAge;
+        fDeadline = Clock::now() + fOptions.fChunkAge;
         fWork.notify_one();
     }
     if (!fChannels.fArePlaced[message.fChannelId]) {
@@ -357,57 +265,84 @@ void Writer::Impl::xCloseChunk() {
     }
     fWaitingBytes += fOpen->fBytes.size();
     fQueue.push_back(std::move(fOpen));
-    fOpen = fSpare ? std::move(fSpare) : std::make_unique<OpenChunk>();
-    fOpen->fBytes.reserve(fOptions.fChunkBytes);
+    if (fSpares.empty()) {
+        fOpen = std::make_unique<ChunkContent>();
+        fOpen->fBytes.reserve(fOptions.fChunkBytes);
+    } else {
+        fOpen = std::move(fSpares.back());
+        fSpares.pop_back();
+    }
     fWork.notify_one();
 }
 
-/** The writer's thread. */
+/** A thread of the writer. */
 void Writer::Impl::xRun() {
+    ChunkPacker packer(fOptions.fCompression, fOptions.fLevel);
     Lock lock(fMutex);
     while (true) {
         if (fQueue.empty() && !fOpen->fEntries.empty() &&
-            (fIsClosing || Clock::now() >= fOpen->fDeadline)) {
+            (fIsClosing || Clock::now() >= fDeadline)) {
             xCloseChunk();
         }
         if (!fQueue.empty()) {
-            std::unique_ptr<OpenChunk> chunk = std::move(fQueue.front());
+            std::unique_ptr<ChunkContent> chunk = std::move(fQueue.front());
             fQueue.pop_front();
-            lock.unlock();
-            const std::uint64_t size = chunk->fBytes.size();
-            xWriteChunk(*chunk);
-            chunk->clear();
-            lock.lock();
-            fWaitingBytes -= size;
-            // A chunk with one large message would keep its memory for good.
-            if (chunk->fBytes.capacity() <= 2 * fOptions.fChunkBytes) {
-                fSpare = std::move(chunk);
-            }
+            xWriteChunk(*chunk, packer, lock);
+            fWaitingBytes -= chunk->fBytes.size();
+            xRecycle(std::move(chunk));
             fProgressed.notify_all();
         } else if (fIsClosing) {
             return;
         } else if (fOpen->fEntries.empty()) {
             fWork.wait(lock);
         } else {
-            fWork.wait_until(lock, Clock::time_point(fOpen->fDeadline));
+            fWork.wait_until(lock, Clock::time_point(fDeadline));
         }
     }
 }
 
-void Writer::Impl::xWriteChunk(OpenChunk& chunk) {
-    const std::lock_guard<std::mutex> fileLock(fFileMutex);
-    if (error()) {
-        return;
-    }
+/** Writes a chunk as soon as the earlier ones are written. Called with fMutex held, which is
+ *  released in between. */
+void Writer::Impl::xWriteChunk(const ChunkContent& chunk, ChunkPacker& packer, Lock& lock) {
+    const std::uint64_t place = fTaken++;
+    lock.unlock();
+    std::exception_ptr failure;
     try {
-        xAppendChunk(chunk);
-    } catch (const std::exception& exception) {
-        xReport(exception);
-        return;
+        packer.pack(chunk);
+    } catch (const std::exception&) {
+        failure = std::current_exception();
     }
-    const std::lock_guard<std::mutex> lock(fMutex);
-    fProgress.fMessages = fStatistics.fMessageCount;
-    fProgress.fFileBytes = fFile.size();
+    lock.lock();
+    fProgressed.wait(lock, [this, place] { return fDone == place; });
+    lock.unlock();
+    {
+        const std::lock_guard<std::mutex> fileLock(fFileMutex);
+        try {
+            if (failure) {
+                std::rethrow_exception(failure);
+            }
+            if (!error()) {
+                xAppendChunk(chunk, packer);
+            }
+        } catch (const std::exception& exception) {
+            xReport(exception);
+        }
+        lock.lock();
+        fProgress.fMessages = fStatistics.fMessageCount;
+        fProgress.fFileBytes = fFile.size();
+    }
+    ++fDone;
+}
+
+/** Keeps the memory of a chunk for the next one. Called with fMutex held. */
+void Writer::Impl::xRecycle(std::unique_ptr<ChunkContent> chunk) {
+    // A chunk with one large message would keep its memory for good.
+    if (chunk->fBytes.capacity() <= 2 * fOptions.fChunkBytes) {
+        chunk->clear();
+        fSpares.push_back(std::move(chunk));
+    }
+    // Together with the queue no more than were in it.
+    fSpares.resize(std::min(fSpares.size(), fQueue.size() + 1));
 }
 
 /** Called with fFileMutex held. */
@@ -418,68 +353,15 @@ void Writer::Impl::xReport(const std::exception& exception) {
     }
 }
 
-void Writer::Impl::xAppendChunk(OpenChunk& chunk) {
-    const std::uint64_t offset = fFile.size();
-    const std::uint32_t crcBefore = fFile.crc();
-    const std::uint32_t crc = crc32Of(chunk.fBytes);
-    Compression compression = fOptions.fCompression;
-    std::size_t dataStart = 0;
-    const auto putHead = [&] {
-        fRecord.clear();
-        putNumber(fRecord, static_cast<std::uint8_t>(Opcode::Chunk));
-        putNumber(fRecord, std::uint64_t{0});
-        putNumber(fRecord, chunk.fStart);
-        putNumber(fRecord, chunk.fEnd);
-        putNumber(fRecord, std::uint64_t{chunk.fBytes.size()});
-        putNumber(fRecord, crc);
-        putSized<std::uint32_t>(fRecord, nameOf(compression));
-        putNumber(fRecord, std::uint64_t{0});
-        dataStart = fRecord.size();
-    };
-    putHead();
-    const Compression used = fCompressor.append(chunk.fBytes, fRecord);
-    if (used != compression) {
-        compression = used;
-        putHead();
-        fRecord += chunk.fBytes;
-    }
-    const std::uint64_t chunkLength = fRecord.size();
-    const std::uint64_t compressedSize = chunkLength - dataStart;
-    setNumber(fRecord, 1, chunkLength - a_prefixSize);
-    setNumber(fRecord, dataStart - sizeof(std::uint64_t), compressedSize);
-    const std::string indexOffsets =
-        fIndexBuilder.append(chunk.fEntries, offset + chunkLength, fRecord);
-
-    std::string index;
-    {
-        const RecordAppender record(index, Opcode::ChunkIndex);
-        putNumber(index, chunk.fStart);
-        putNumber(index, chunk.fEnd);
-        putNumber(index, offset);
-        putNumber(index, chunkLength);
-        putSized<std::uint32_t>(index, indexOffsets);
-        putNumber(index, std::uint64_t{fRecord.size() - chunkLength});
-        putSized<std::uint32_t>(index, nameOf(compression));
-        putNumber(index, compressedSize);
-        putNumber(index, std::uint64_t{chunk.fBytes.size()});
-    }
-    fFile.append(fRecord);
-    try {
-        fChunkIndexes.append(index);
-    } catch (...) {
-        fFile.cutOff(offset, crcBefore);
-        throw;
-    }
-    if (fRecord.capacity() > 4 * fOptions.fChunkBytes) {
-        std::string().swap(fRecord);
-    }
-
+/** Called with fFileMutex held. */
+void Writer::Impl::xAppendChunk(const ChunkContent& chunk, ChunkPacker& packer) {
+    packer.append(fFile, fChunkIndexes);
     const bool isFirst = fStatistics.fMessageCount == 0;
     fStatistics.fStart = isFirst ? chunk.fStart : std::min(fStatistics.fStart, chunk.fStart);
     fStatistics.fEnd = isFirst ? chunk.fEnd : std::max(fStatistics.fEnd, chunk.fEnd);
     fStatistics.fMessageCount += chunk.fEntries.size();
     ++fStatistics.fChunkCount;
-    fIndexBuilder.forEachChannel([this](std::uint16_t channel, std::uint32_t count) {
+    packer.forEachChannel([this](std::uint16_t channel, std::uint32_t count) {
         if (channel >= fCounts.size()) {
             fCounts.resize(channel + std::size_t{1});
         }
@@ -549,16 +431,20 @@ void Writer::Impl::flush() {
 
 void Writer::Impl::finish() {
     const std::lock_guard<std::mutex> finishLock(fFinishMutex);
-    if (!fThread.joinable()) {
+    if (!fThreads.front().joinable()) {
         return;
     }
     {
         const std::lock_guard<std::mutex> lock(fMutex);
         fIsClosing = true;
-        fWork.notify_one();
+        fWork.notify_all();
         fProgressed.notify_all();
     }
-    fThread.join();
+    for (std::thread& thread : fThreads) {
+        if (thread.joinable()) {
+            thread.join();
+        }
+    }
     const std::lock_guard<std::mutex> fileLock(fFileMutex);
     try {
         xWriteSummary();

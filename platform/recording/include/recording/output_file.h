@@ -4,6 +4,7 @@
 #include <base/file_descriptor.h>
 
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -19,7 +20,9 @@ class OutputFile {
 
     /** Hands bytes to the kernel. If that fails, the file is cut off where they began and
      *  WriteError is thrown. */
-    void append(std::string_view bytes);
+    void append(std::string_view bytes) { append({bytes}); }
+    /** Hands pieces that belong together to the kernel: all of them, or none. */
+    void append(std::initializer_list<std::string_view> pieces);
 
     /** Cuts the file off, at a size it had earlier. */
     void cutOff(std::uint64_t size, std::uint32_t crc);

@@ -44,16 +44,16 @@ struct WriterProgress {
  * A recording that is being written.
  *
  * All operations may be called from any thread at any time. A message is copied into the open chunk
- * under a lock that is never held while data is compressed or written: a thread owned by the writer
- * does both. The file contains all whole chunks at any moment, so a reader can open it even if the
- * program is killed.
+ * under a lock that is never held while data is compressed or written: two threads owned by the
+ * writer do both, and the chunks are in the file in their order. The file contains all whole chunks
+ * at any moment, so a reader can open it even if the program is killed.
  *
  * After a write error (no space left, for instance) the file is cut off behind the last whole
  * record, and finish() completes it if there is space for the indexes. The operations throw the
  * error from then on.
  *
- * Memory: at most fWaitingBytes, two chunks, the definitions, and 4 MiB of indexes; further indexes
- * go to an unnamed file beside the recording.
+ * Memory: at most fWaitingBytes, a few chunks, the definitions, and 4 MiB of indexes; further
+ * indexes go to an unnamed file beside the recording.
  */
 class Writer {
   public:
