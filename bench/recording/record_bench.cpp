@@ -29,6 +29,7 @@
 #include <random>
 #include <recording/reader.h>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -166,9 +167,20 @@ struct Contents {
     std::uint64_t fValues = 0;
     std::uint64_t fFrames = 0;
     std::uint64_t fDropped = 0;
+    std::uint64_t fPassedOver = 0;
     double fSeconds = 0;
     double fFloor = 0;  ///< processor seconds of zstd and write(2)
 };
+
+/** Returns the number of values that an event reports as passed over. */
+std::uint64_t passedOver(std::string_view message) {
+    constexpr std::string_view name = "\"values\":";
+    const std::size_t found = message.find(name);
+    return found == std::string::npos || message.find("\"passed over\"") == std::string::npos
+               ? 0
+               : std::strtoull(std::string(message.substr(found + name.size())).c_str(), nullptr,
+                               10);
+}
 
 /** Counts the messages, and repeats the work that no recorder can avoid. */
 Contents readBack(const std::string& path) {
@@ -199,6 +211,7 @@ Contents readBack(const std::string& path) {
         const std::string& topic = reader.channels().at(message->fChannelId).fTopic;
         contents.fValues += topic.find("/memory") != std::string::npos ? 1 : 0;
         contents.fFrames += topic.find("/camera/") != std::string::npos ? 1 : 0;
+        contents.fPassedOver += passedOver(message->fData);
         contents.fDropped += topic.find("/events") != std::string::npos &&
                                      message->fData.find("\"dropped\"") != std::string::npos
                                  ? 1
@@ -263,12 +276,15 @@ int main(int argc, char** argv) {
     const auto size = static_cast<double>(std::filesystem::file_size(path));
     std::printf("recorder:          %5.1f %% of a core\n", 100 * used / length);
     std::printf("zstd and write(2): %5.1f %%\n", 100 * contents.fFloor / contents.fSeconds);
-    std::printf("values: %llu of %llu, frames: %llu of %llu, events of drops: %llu, %.2f MB/s\n",
-                static_cast<unsigned long long>(contents.fValues - a_keys),
-                static_cast<unsigned long long>(robot.changes()),
-                static_cast<unsigned long long>(contents.fFrames),
-                static_cast<unsigned long long>(robot.frames()),
-                static_cast<unsigned long long>(contents.fDropped), size / contents.fSeconds / 1e6);
+    std::printf(
+        "values: %llu of %llu (%llu passed over), frames: %llu of %llu, events of drops: %llu, "
+        "%.2f MB/s\n",
+        static_cast<unsigned long long>(contents.fValues - a_keys),
+        static_cast<unsigned long long>(robot.changes()),
+        static_cast<unsigned long long>(contents.fPassedOver),
+        static_cast<unsigned long long>(contents.fFrames),
+        static_cast<unsigned long long>(robot.frames()),
+        static_cast<unsigned long long>(contents.fDropped), size / contents.fSeconds / 1e6);
     std::filesystem::remove(path);
     return EXIT_SUCCESS;
 }

@@ -238,6 +238,39 @@ TEST(Record, WritesEveryValueWithTheRobotsTime) {
     EXPECT_EQ("robot1", reader.readMetadata(reader.metadata().front()).fEntries.at("name"));
 }
 
+TEST(Record, CountsAndMarksValuesThatNewerOnesReplace) {
+    ValueRobot robot("robot1");
+    robot.set("fast", 0, a_robotTime);
+    robot.set("slow", 0, a_robotTime);
+    const std::string path = pathOf("passed_over.mcap");
+    ChildProcess record(recordCommand({robot.place(), "--rate", "5", "-k", "fast", "-o", path}));
+    ASSERT_TRUE(record.waitForOutput("\"values\":1,")) << record.errors();
+    constexpr int changes = 1000;
+    for (int n = 1; n <= changes; ++n) {
+        robot.set("fast", n, a_robotTime + n);
+        robot.set("slow", n, a_robotTime + n);  // not recorded
+    }
+    std::uint64_t reported = 0;
+    waitForReport(record, [&](const Json& report) {
+        reported = report["passed_over"];
+        return report["values"].get<std::uint64_t>() + reported == 1 + changes;
+    });
+    interrupt(record);
+    auto topics = heardByTopic(path);
+    std::uint64_t marked = 0;
+    for (const Heard& event : topics["/robot1/events"]) {
+        const Json content = Json::parse(event.fData);
+        if (content["event"] == "passed over") {
+            marked += content["values"].get<std::uint64_t>();
+            EXPECT_LE(content["since"], event.fLogTime);
+        }
+    }
+    EXPECT_GT(marked, 0U);
+    EXPECT_EQ(marked, reported);
+    EXPECT_EQ(1 + changes, topics["/robot1/memory/fast"].size() + marked);
+    EXPECT_EQ(R"({"value":1000})", topics["/robot1/memory/fast"].back().fData);
+}
+
 TEST(Record, WritesFramesAsTheyWereSent) {
     VideoRobot robot("robot1");
     robot.addCamera("head");
@@ -478,7 +511,7 @@ TEST(Record, CountsAndMarksWhatTheDiskIsTooSlowFor) {
         }
     }
     sink.flush();
-    events.reportDrops();
+    events.report();
     sink.finish();
     EXPECT_GT(dropped, 0U);
     EXPECT_EQ(dropped, sink.progress().fDropped);

@@ -35,6 +35,9 @@ KVSubscription::Callbacks RecordingListener::callbacks() {
             }
         });
     };
+    callbacks.fValuesPassedOver = [this](std::uint64_t count) {
+        xRecord([&] { fPassedOver += count; });
+    };
     callbacks.fEnded = [this](const KVError& error) { xRecord([&] { fEnd = error; }); };
     return callbacks;
 }

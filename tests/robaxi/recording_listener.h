@@ -46,6 +46,7 @@ class RecordingListener {
     std::map<std::string, KVChange> fValues;
     std::vector<Update> fUpdates;
     std::optional<KVError> fEnd;
+    std::uint64_t fPassedOver = 0;
     int fCallsAfterEnd = 0;
     ///@}
 

@@ -117,6 +117,54 @@ TEST_F(Subscription, SelectsKeysByTheirNames) {
     }
 }
 
+TEST_F(Subscription, CountsTheChangesThatNewerOnesReplace) {
+    const std::uint32_t changing = fTable->addKey(key("changing"), 0);
+    const std::uint32_t other = fTable->addKey(key("other"), 0);
+    fTable->setValue(changing, -2);
+    fTable->setValue(changing, -1);  // before the subscriptions
+    const auto all = subscribe(5);
+    RecordingListener choosing;
+    const auto chosen =
+        KVSubscription::start(fConnection, "Memory", {"changing"}, 20, choosing.callbacks());
+    ASSERT_TRUE(fListener.waitForValue("changing", -1));
+    ASSERT_TRUE(choosing.waitForValue("changing", -1));
+    constexpr int changes = 2000;
+    for (int n = 1; n <= changes; ++n) {
+        fTable->setValue(changing, n);
+        fTable->setValue(other, n);
+        fTable->setValue(changing, n);  // not a change
+    }
+    ASSERT_TRUE(fListener.waitForValue("changing", changes));
+    ASSERT_TRUE(choosing.waitForValue("changing", changes));
+    all->stop();
+    chosen->stop();
+    const auto received = [](RecordingListener& listener) {
+        std::uint64_t count = 0;
+        for (const RecordingListener::Update& update : listener.updates()) {
+            count += update.fChanges.size();
+        }
+        return count;
+    };
+    const std::uint64_t atFirst = 2;
+    EXPECT_EQ(received(fListener) + fListener.fPassedOver, atFirst + 2 * changes);
+    EXPECT_EQ(received(choosing) + choosing.fPassedOver, 1 + changes);
+    EXPECT_GT(choosing.fPassedOver, 0U);
+}
+
+TEST_F(Subscription, CountsNothingThatAPartOfALargeTableBrings) {
+    // The first values do not fit into one update.
+    constexpr int keys = 40;
+    const std::string text(100'000, 'x');
+    for (int n = 0; n < keys; ++n) {
+        fTable->addKey(key("key" + std::to_string(n)), text);
+    }
+    const auto subscription = subscribe(1000);
+    ASSERT_TRUE(fListener.waitForValue("key" + std::to_string(keys - 1), text));
+    EXPECT_GT(fListener.countUpdates(), 1U);
+    subscription->stop();
+    EXPECT_EQ(fListener.fPassedOver, 0U);
+}
+
 TEST_F(Subscription, SelectsNamesHoweverQuicklyTheRobotAnswers) {
     fTable->addKey(key("a"), 7);
     for (int i = 0; i < 200; ++i) {

@@ -74,6 +74,7 @@ KVValueTable::Private::Entries::const_iterator KVValueTable::Private::firstAfter
 
 void KVValueTable::Private::xTouch(Entries::iterator entry) {
     entry->fVersion = ++fLastVersion;
+    ++entry->fChanges;
     fEntries.splice(fEntries.end(), fEntries, entry);
 }
 

@@ -28,6 +28,7 @@ struct KVValueTable::Private {
         KVValue fValue;
         std::int64_t fTime = 0;
         std::uint64_t fVersion = 0;
+        std::uint64_t fChanges = 0;  ///< number of changes of this key
     };
     using Entries = std::list<Entry>;
 

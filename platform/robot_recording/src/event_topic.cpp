@@ -7,11 +7,15 @@ namespace robot_recording {
 
 namespace {
 
+/** From the first value that was passed over to the event, in nanoseconds. */
+constexpr std::uint64_t a_passedOverDelay = 1'000'000'000;
+
 const MessageSchema& eventSchema() {
     static const MessageSchema schema{
         "robaxi.Event", "jsonschema",
         R"({"type":"object","properties":{"event":{"type":"string"},"text":{"type":"string"},)"
-        R"("messages":{"type":"integer"},"since":{"type":"integer"}}})",
+        R"("messages":{"type":"integer"},"values":{"type":"integer"},)"
+        R"("since":{"type":"integer"}}})",
         "json"};
     return schema;
 }
@@ -32,33 +36,63 @@ EventTopic::EventTopic(RecordingSink& sink, const std::string& robot)
                            RecordingSink::Repeat::No)) {
 }
 
+void EventTopic::Missing::add(std::uint64_t count) {
+    if (fCount == 0) {
+        fSince = logTimeNow();
+    }
+    fCount += count;
+}
+
 void EventTopic::write(const std::string& event, const std::string& text) {
     const std::lock_guard lock(fMutex);
-    const std::uint64_t time = logTimeNow();
-    fSink.write(fTopic, ++fSequence, time, time, eventMessage(event, text) + '}');
+    xReportDrops();
+    xReportPassedOver();
+    xWrite(logTimeNow(), eventMessage(event, text) + '}');
 }
 
 void EventTopic::countDrops(std::uint64_t messages) {
     const std::lock_guard lock(fMutex);
-    if (fDropped == 0) {
-        fDroppedSince = logTimeNow();
-    }
-    fDropped += messages;
+    fDropped.add(messages);
 }
 
-void EventTopic::reportDrops() {
+void EventTopic::countPassedOver(std::uint64_t values) {
     const std::lock_guard lock(fMutex);
-    if (fDropped == 0) {
+    fPassedOver.add(values);
+}
+
+void EventTopic::report() {
+    const std::lock_guard lock(fMutex);
+    xReportDrops();
+    if (fPassedOver.fCount != 0 && logTimeNow() >= fPassedOver.fSince + a_passedOverDelay) {
+        xReportPassedOver();
+    }
+}
+
+void EventTopic::xReportDrops() {
+    xReport(fDropped, "dropped", "The disk was too slow, or a message too large.", "messages");
+}
+
+void EventTopic::xReportPassedOver() {
+    xReport(fPassedOver, "passed over",
+            "Values changed more often than they were requested or could be sent; the newest were "
+            "recorded.",
+            "values");
+}
+
+void EventTopic::xReport(Missing& missing, const char* event, const char* text, const char* unit) {
+    if (missing.fCount == 0) {
         return;
     }
-    const std::uint64_t time = logTimeNow();
-    const std::string message =
-        eventMessage("dropped", "The disk was too slow, or a message too large.") +
-        R"(,"messages":)" + std::to_string(fDropped) + R"(,"since":)" +
-        std::to_string(fDroppedSince) + '}';
-    if (fSink.write(fTopic, ++fSequence, time, time, message)) {
-        fDropped = 0;
+    const std::string message = eventMessage(event, text) + ",\"" + unit +
+                                "\":" + std::to_string(missing.fCount) +
+                                ",\"since\":" + std::to_string(missing.fSince) + '}';
+    if (xWrite(logTimeNow(), message)) {
+        missing.fCount = 0;
     }
+}
+
+bool EventTopic::xWrite(std::uint64_t time, const std::string& message) {
+    return fSink.write(fTopic, ++fSequence, time, time, message);
 }
 
 }  // namespace robot_recording

@@ -50,7 +50,7 @@ void RobotFile::addIconIfDone() {
 
 void RobotFile::finish() {
     addIconIfDone();
-    fEvents.reportDrops();
+    fEvents.report();
     fEvents.write("end", "");
     fSink.finish();
 }

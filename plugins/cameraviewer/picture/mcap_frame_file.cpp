@@ -35,7 +35,7 @@ bool McapFrameFile::write(const ArrivedFrame& arrived) {
     if (arrived.fDropped > 0) {
         events.countDrops(arrived.fDropped);
     }
-    events.reportDrops();
+    events.report();
     if (std::exchange(fIsGap, false)) {
         events.write("camera continues", fCamera);
     }

@@ -40,7 +40,7 @@ bool McapChangeFile::appendLoss(std::uint64_t lost) {
 }
 
 bool McapChangeFile::write() {
-    fFile->events().reportDrops();
+    fFile->events().report();
     fFile->addIconIfDone();
     return xCheck();
 }

@@ -156,6 +156,7 @@ class Recording {
             const RobotProgress each = robot->progress();
             progress.fValues += each.fValues;
             progress.fFrames += each.fFrames;
+            progress.fPassedOver += each.fPassedOver;
             progress.fMissedFrames += each.fMissedFrames;
             if (!each.fIsConnected) {
                 progress.fLost.push_back(robot->name());
@@ -209,7 +210,7 @@ class RecordCommand : public Command {
         options.addNumber("--rate", "HZ", &fSelection.fRate, a_defaultRate, a_lowestRate,
                           a_highestRate,
                           "maximum updates of a key per second; of several new values\n"
-                          "only the newest counts");
+                          "the newest is recorded, and the others are counted");
         options.addNumber("--duration", "S", &fDuration, 0.0, 0.0, a_longestDuration,
                           "seconds to record; 0 means until Ctrl-C");
         options.addText("--split", "LIMIT", &fSplit,

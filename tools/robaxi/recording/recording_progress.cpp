@@ -20,6 +20,9 @@ std::uint64_t rateOf(std::uint64_t now, std::uint64_t before, double seconds) {
 
 std::string countsOf(const RecordingProgress& progress) {
     std::string text;
+    if (progress.fPassedOver > 0) {
+        text += ", " + std::to_string(progress.fPassedOver) + " values passed over";
+    }
     if (progress.fDropped > 0) {
         text += ", " + std::to_string(progress.fDropped) + " dropped";
     }
@@ -50,6 +53,7 @@ std::string jsonOfProgress(const RecordingProgress& progress) {
                      {"bytes", progress.fBytes},
                      {"values", progress.fValues},
                      {"frames", progress.fFrames},
+                     {"passed_over", progress.fPassedOver},
                      {"dropped", progress.fDropped},
                      {"missed_frames", progress.fMissedFrames},
                      {"free_bytes", progress.fFreeBytes},

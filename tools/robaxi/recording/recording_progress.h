@@ -13,6 +13,7 @@ struct RecordingProgress {
     std::uint64_t fBytes = 0;  ///< in all its files
     std::uint64_t fValues = 0;
     std::uint64_t fFrames = 0;
+    std::uint64_t fPassedOver = 0;    ///< values that newer ones replaced before they were sent
     std::uint64_t fDropped = 0;       ///< messages that were not written
     std::uint64_t fMissedFrames = 0;  ///< frames that did not arrive
     std::uint64_t fFreeBytes = 0;     ///< of the disk

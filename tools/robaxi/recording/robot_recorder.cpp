@@ -93,7 +93,7 @@ void CameraRecorder::xTake(const KVFrame& frame) {
         ++fMissed;
         return;
     }
-    fEvents.reportDrops();
+    fEvents.report();
     if (fTopic.write(frame, logTime)) {
         ++fFrames;
     } else {
@@ -182,7 +182,8 @@ void RobotRecorder::xSubscribeToValues() {
                               {[this](const auto& keys) { xAddKeys(keys); },
                                [this](const auto& ids) { xRemoveKeys(ids); },
                                [this](const auto& changes) { xWrite(changes); },
-                               [this](const KVError& error) { xEnd(error); }});
+                               [this](const KVError& error) { xEnd(error); },
+                               [this](std::uint64_t count) { xPassOver(count); }});
 }
 
 bool RobotRecorder::needsAttention() const {
@@ -298,7 +299,6 @@ void RobotRecorder::stop() {
 }
 
 void RobotRecorder::writeEnd() {
-    fEvents->reportDrops();
     fEvents->write("end", "");
 }
 
@@ -309,6 +309,7 @@ RobotProgress RobotRecorder::progress() const {
     }
     const std::lock_guard lock(fMutex);
     progress.fValues = fValues;
+    progress.fPassedOver = fPassedOver;
     progress.fIsConnected = !fIsLost && !fAreValuesGone;
     return progress;
 }
@@ -361,7 +362,7 @@ void RobotRecorder::xRemoveKeys(const std::vector<std::uint32_t>& ids) {
 
 void RobotRecorder::xWrite(const std::vector<KVChange>& changes) {
     const std::uint64_t logTime = logTimeNow();
-    fEvents->reportDrops();
+    fEvents->report();
     const std::lock_guard lock(fMutex);
     for (const KVChange& change : changes) {
         const auto key = fKeys.find(change.fId);
@@ -374,6 +375,12 @@ void RobotRecorder::xWrite(const std::vector<KVChange>& changes) {
             fEvents->countDrops();
         }
     }
+}
+
+void RobotRecorder::xPassOver(std::uint64_t count) {
+    fEvents->countPassedOver(count);
+    const std::lock_guard lock(fMutex);
+    fPassedOver += count;
 }
 
 /** Returns true for robots without values, if there is something else to record. */

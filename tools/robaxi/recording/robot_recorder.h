@@ -36,6 +36,7 @@ struct RobotSelection {
 struct RobotProgress {
     std::uint64_t fValues = 0;
     std::uint64_t fFrames = 0;
+    std::uint64_t fPassedOver = 0;    ///< changes that newer ones replaced before they were sent
     std::uint64_t fMissedFrames = 0;  ///< that the camera made and did not arrive
     bool fIsConnected = false;
 };
@@ -133,6 +134,7 @@ class RobotRecorder {
     void xAddKeys(const std::vector<KVKeyInfo>& keys);
     void xRemoveKeys(const std::vector<std::uint32_t>& ids);
     void xWrite(const std::vector<KVChange>& changes);
+    void xPassOver(std::uint64_t count);
     void xEnd(const KVError& error);
 
     void xSubscribe();
@@ -166,6 +168,7 @@ class RobotRecorder {
     bool fAreValuesGone = false;  ///< from the end of the values to the next table of keys
     std::optional<Clock::time_point> fNextAttempt;  ///< to connect, or to subscribe
     std::uint64_t fValues = 0;
+    std::uint64_t fPassedOver = 0;
 
     std::shared_ptr<KVSubscription> fSubscription;
     std::unique_ptr<Reconnection> fReconnection;

@@ -17,7 +17,8 @@ class KVConnection;
  * A subscription to the changing values of one module.
  *
  * The robot first sends the table of keys, then, at most at the requested rate, changes of the
- * selected keys. A slow client gets the newest values, never a growing queue.
+ * selected keys. A slow client gets the newest values, never a growing queue, and the number of
+ * changes that they replaced.
  */
 class ROBAXI_EXPORT KVSubscription {
   public:
@@ -38,6 +39,11 @@ class ROBAXI_EXPORT KVSubscription {
         /** Reports the end of the subscription: refused, or connection lost. Not called after
          *  stop(). */
         std::function<void(const KVError& error)> fEnded;
+        /** Receives the number of changes of the selected keys that were not sent, because newer
+         *  ones replaced them before they could be: since the last call, and not counting changes
+         *  before a key was selected. Called before fValuesChanged with the newer values, if there
+         *  were such changes. */
+        std::function<void(std::uint64_t count)> fValuesPassedOver = nullptr;
     };
 
     /** Keys that are sent. */

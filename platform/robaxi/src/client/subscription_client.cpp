@@ -226,6 +226,9 @@ void SubscriptionClient::xChangeValues(const v1::Values& message) {
     };
     changes.erase(std::remove_if(changes.begin(), changes.end(), isUnknown), changes.end());
     xMarkValues(changes);
+    if (message.passed_over() != 0 && fCallbacks.fValuesPassedOver) {
+        fCallbacks.fValuesPassedOver(message.passed_over());
+    }
     if (!changes.empty() && fCallbacks.fValuesChanged) {
         fCallbacks.fValuesChanged(changes);
     }

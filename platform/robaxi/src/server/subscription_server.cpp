@@ -79,6 +79,10 @@ void SubscriptionServer::xStartSubscription(const v1::SubscriptionStart& start) 
         fRequest.clear_keys();  // identifiers of the table that the client knows
     }
     {
+        const std::lock_guard lock(values->getPrivate()->fMutex);
+        fCountedFrom = fSeenVersion != 0 ? fSeenVersion : values->getPrivate()->fLastVersion;
+    }
+    {
         const std::lock_guard lock(fMutex);
         fSendsAllKeys = start.all_keys();
         fTable = values->getPrivate();
@@ -94,7 +98,7 @@ void SubscriptionServer::xContinue(const v1::KnownState& known, Table& table) {
     fSeenVersion = known.position() <= table.fLastVersion ? known.position() : 0;
     for (const std::uint32_t id : known.with_values()) {
         if (id <= fLastAnnounced && table.find(id) != nullptr) {
-            fChosen[id] = fSeenVersion;
+            fChosen[id] = {fSeenVersion, std::nullopt};
         }
     }
     fKnownKeys = known.keys();
@@ -213,13 +217,13 @@ bool SubscriptionServer::xComposeDueValues(Clock::duration period) {
 }
 
 void SubscriptionServer::xChoose(const std::vector<std::uint32_t>& ids) {
-    std::unordered_map<std::uint32_t, std::uint64_t> chosen;
+    std::unordered_map<std::uint32_t, LastSent> chosen;
     for (const std::uint32_t id : ids) {
         const auto before = fChosen.find(id);
         if (before != fChosen.end()) {
             chosen.insert(*before);
         } else if (fTable->find(id) != nullptr) {
-            chosen.emplace(id, 0);
+            chosen.emplace(id, LastSent());
             fHasNewlyChosen = true;
         }
     }
@@ -260,11 +264,8 @@ bool SubscriptionServer::xComposeAddedKeys() {
 
 bool SubscriptionServer::xComposeValues(bool onlyNewlyChosen) {
     BatchEncoder batch(fNext.mutable_values(), fServer.limits());
-    if (fSendsAllKeys) {
-        xPackAll(batch);
-    } else {
-        xPackChosen(batch, onlyNewlyChosen);
-    }
+    const std::uint64_t passedOver =
+        fSendsAllKeys ? xPackAll(batch) : xPackChosen(batch, onlyNewlyChosen);
     const bool isComplete = !batch.isFull();
     if (onlyNewlyChosen) {
         fHasNewlyChosen = !isComplete;
@@ -276,29 +277,44 @@ bool SubscriptionServer::xComposeValues(bool onlyNewlyChosen) {
         fHasNewlyChosen = false;
     }
     batch.finish();
+    fNext.mutable_values()->set_passed_over(passedOver);
     return !batch.isEmpty();
 }
 
-void SubscriptionServer::xPackAll(BatchEncoder& batch) {
+/** Packs new values in the order of their changes. @return the number of changes passed over */
+std::uint64_t SubscriptionServer::xPackAll(BatchEncoder& batch) {
+    std::uint64_t passedOver = 0;
     for (auto entry = fTable->firstAfter(fSeenVersion);
          entry != fTable->fEntries.end() && !batch.isFull(); ++entry) {
         batch.add(entry->fInfo.fId, entry->fValue, entry->fTime);
+        // Each change has its version, and the list has only the last one of each key.
+        const std::uint64_t before = std::max(fSeenVersion, fCountedFrom);
+        if (entry->fVersion > before) {
+            passedOver += entry->fVersion - before - 1;
+        }
         fSeenVersion = entry->fVersion;
     }
+    return passedOver;
 }
 
-void SubscriptionServer::xPackChosen(BatchEncoder& batch, bool onlyNewlyChosen) {
-    for (auto& [id, sentVersion] : fChosen) {
+/** Packs new values of the chosen keys. @return the number of changes passed over */
+std::uint64_t SubscriptionServer::xPackChosen(BatchEncoder& batch, bool onlyNewlyChosen) {
+    std::uint64_t passedOver = 0;
+    for (auto& [id, sent] : fChosen) {
         if (batch.isFull()) {
-            return;
+            break;
         }
         const Table::Entry* entry = fTable->find(id);
-        if (entry != nullptr && entry->fVersion > sentVersion &&
-            !(onlyNewlyChosen && sentVersion != 0)) {
+        if (entry != nullptr && entry->fVersion > sent.fVersion &&
+            !(onlyNewlyChosen && sent.fVersion != 0)) {
             batch.add(id, entry->fValue, entry->fTime);
-            sentVersion = entry->fVersion;
+            if (sent.fChanges) {
+                passedOver += entry->fChanges - *sent.fChanges - 1;
+            }
+            sent = {entry->fVersion, entry->fChanges};
         }
     }
+    return passedOver;
 }
 
 }  // namespace robaxi

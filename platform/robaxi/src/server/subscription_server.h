@@ -36,6 +36,12 @@ class SubscriptionServer : public ServerStream<v1::SubscriptionRequest>,
   private:
     using Table = KVValueTable::Private;
 
+    /** The state of a chosen key that was sent last. */
+    struct LastSent {
+        std::uint64_t fVersion = 0;
+        std::optional<std::uint64_t> fChanges;  // not known before the first value is sent
+    };
+
     void valuesChanged() override;
     void keyAdded() override;
     void keyRemoved(std::uint32_t id) override;
@@ -56,8 +62,8 @@ class SubscriptionServer : public ServerStream<v1::SubscriptionRequest>,
     bool xComposeAddedKeys();
     bool xComposeDueValues(TimerThread::Clock::duration period);
     bool xComposeValues(bool onlyNewlyChosen);
-    void xPackAll(BatchEncoder& batch);
-    void xPackChosen(BatchEncoder& batch, bool onlyNewlyChosen);
+    std::uint64_t xPackAll(BatchEncoder& batch);
+    std::uint64_t xPackChosen(BatchEncoder& batch, bool onlyNewlyChosen);
 
     // Guarded by fMutex:
     bool fSendsAllKeys = false;
@@ -76,7 +82,8 @@ class SubscriptionServer : public ServerStream<v1::SubscriptionRequest>,
     std::optional<std::uint64_t> fKnownKeys;  // after a resumption, until they are compared
     bool fHasOtherTable = false;              // than the client knows, until that is sent
     std::uint64_t fSeenVersion = 0;
-    std::unordered_map<std::uint32_t, std::uint64_t> fChosen;  // with the version last sent
+    std::uint64_t fCountedFrom = 0;  // changes above this version are passed over if not sent
+    std::unordered_map<std::uint32_t, LastSent> fChosen;
     bool fHasNewlyChosen = false;
     bool fHasMore = false;  // the last batch was full
     TimerThread::Clock::time_point fLastBatch;

@@ -8,7 +8,7 @@
 
 namespace robot_recording {
 
-/** The events of one robot in a recording: gaps, drops, removed keys. For any thread. */
+/** The events of one robot in a recording: gaps, losses, removed keys. For any thread. */
 class EventTopic {
   public:
     /** @param robot its name */
@@ -19,16 +19,35 @@ class EventTopic {
 
     /** Counts messages that were dropped. */
     void countDrops(std::uint64_t messages = 1);
-    /** Writes an event about dropped messages if there were some and the disk accepts it. */
-    void reportDrops();
+    /** Counts changes of values that newer ones replaced before they were sent. */
+    void countPassedOver(std::uint64_t values);
+    /**
+     * Writes an event about dropped messages if there were some and the disk accepts it, and one
+     * about values passed over, at most one a second. write() does both at once.
+     */
+    void report();
 
   private:
+    /** A number that is written down with the time since when. */
+    struct Missing {
+        void add(std::uint64_t count);
+
+        std::uint64_t fCount = 0;
+        std::uint64_t fSince = 0;
+    };
+
+    // Called with fMutex held.
+    void xReportDrops();
+    void xReportPassedOver();
+    void xReport(Missing& missing, const char* event, const char* text, const char* unit);
+    bool xWrite(std::uint64_t time, const std::string& message);
+
     RecordingSink& fSink;
     const RecordingSink::Topic fTopic;
     std::mutex fMutex;  ///< guards the following members
     std::uint32_t fSequence = 0;
-    std::uint64_t fDropped = 0;
-    std::uint64_t fDroppedSince = 0;
+    Missing fDropped;
+    Missing fPassedOver;
 };
 
 }  // namespace robot_recording
