@@ -110,11 +110,48 @@ in_host() {
 set_link() {
     local port
     port=$(host_port "$1")
+    unlimit_link "$1"
     case $2 in
         drop) ip link set "$port" nomaster ;;
         up) ip link set "$port" master "$lab_bridge" up ;;
         down) ip link set "$port" down ;;
     esac
+}
+
+# limit_link NAME RATE DELAY LOSS: forwards the frames of the host's port through a relay (lib/relay).
+limit_link() {
+    local name=$1 port answer
+    port=$(host_port "$name")
+    set_link "$name" up
+    ip link add "${port}near" type veth peer name "${port}far"
+    "$lab/lib/relay" prepare "${port}near"
+    in_host "$name" "$lab/lib/relay" prepare eth0
+    ip link set "$port" nomaster
+    ip link set "${port}near" up
+    ip link set "${port}far" master "$lab_bridge" up
+    "$lab/lib/relay" prepare "${port}far"
+    exec {relay_output}< <(exec setsid "$lab/lib/relay" run "$port" "${port}near" \
+        --rate "$2" --delay "$3" --loss "$4" </dev/null 2>>"$lab_hosts/$name/daemons" &
+        echo "$!" >"$lab_hosts/$name/relay"
+        wait)
+    read -r -t 30 -u "$relay_output" answer || true
+    exec {relay_output}<&-
+    if [ "${answer:-}" != up ]; then
+        tail -n 3 "$lab_hosts/$name/daemons" >&2
+        set_link "$name" up
+        die "the link of '$name' cannot be limited"
+    fi
+}
+
+unlimit_link() {
+    local port relay
+    [ -e "$lab_hosts/$1/relay" ] || return 0
+    port=$(host_port "$1")
+    relay=$(<"$lab_hosts/$1/relay")
+    kill -KILL "$relay" 2>/dev/null || true
+    wait_until 10 process_is_gone "$relay" || die "the relay of '$1' does not end"
+    ip link delete "${port}near" 2>/dev/null || true
+    rm -f -- "$lab_hosts/$1/relay"
 }
 
 # remove_host NAME: kills a host at once, without a goodbye on the network.
@@ -132,6 +169,7 @@ remove_host() {
 }
 
 forget_host() {
+    unlimit_link "$1"
     ip link delete "$(host_port "$1")" 2>/dev/null || true
     rm -rf -- "${lab_hosts:?}/$1"
 }
