@@ -5,7 +5,6 @@
 #include <boost/program_options.hpp>
 
 #include <cstdlib>
-#include <exception>
 #include <stdexcept>
 
 namespace bridge {
@@ -85,14 +84,7 @@ ParsedOptions parseOptions(const std::vector<std::string>& arguments, std::ostre
         "configures DDS, for instance peers in a network without multicast.\n"
         "Exit status: 0 terminated by request, 1 could not start, 2 wrong options.\n",
         describedOptions(), arguments, output, errors);
-    if (!line.fGiven) {
-        return {std::nullopt, line.fExitStatus};
-    }
-    try {
-        return {toOptions(*line.fGiven), 0};
-    } catch (const std::exception& mistake) {
-        return {std::nullopt, serving::reportWrongUsage(errors, a_program, mistake.what())};
-    }
+    return serving::toParsedOptions(line, toOptions, a_program, errors);
 }
 
 }  // namespace bridge

@@ -3,7 +3,6 @@
 
 #include "ros2/ros2_source.h"
 
-#include <optional>
 #include <ostream>
 #include <serving/server_options.h>
 #include <string>
@@ -18,11 +17,7 @@ struct Options {
     bool fIsHttpPortGiven = false;
 };
 
-/** Result of parsing the command line: the program runs, or exits with a status. */
-struct ParsedOptions {
-    std::optional<Options> fOptions;
-    int fExitStatus = 0;
-};
+using ParsedOptions = serving::ParsedOptions<Options>;
 
 /** Parses the command line without the program's name. Errors go to a stream, with status 2. */
 ParsedOptions parseOptions(const std::vector<std::string>& arguments, std::ostream& output,

@@ -156,14 +156,7 @@ ParsedOptions parseOptions(const std::vector<std::string>& arguments, std::ostre
         "It prints one line when it can be reached and runs until SIGTERM or SIGINT.\n"
         "Exit status: 0 terminated by request, 1 could not start, 2 wrong options.\n",
         describedOptions(), arguments, output, errors);
-    if (!line.fGiven) {
-        return {std::nullopt, line.fExitStatus};
-    }
-    try {
-        return {toOptions(*line.fGiven), 0};
-    } catch (const std::exception& mistake) {
-        return {std::nullopt, serving::reportWrongUsage(errors, a_program, mistake.what())};
-    }
+    return serving::toParsedOptions(line, toOptions, a_program, errors);
 }
 
 }  // namespace robot

@@ -5,7 +5,6 @@
 #include "replay/player_options.h"
 
 #include <cstdint>
-#include <optional>
 #include <ostream>
 #include <serving/server_options.h>
 #include <string>
@@ -35,11 +34,7 @@ struct Options : serving::ServerOptions {
     Replay fReplay;
 };
 
-/** Result of parsing the command line: the program runs, or exits with a status. */
-struct ParsedOptions {
-    std::optional<Options> fOptions;
-    int fExitStatus = 0;
-};
+using ParsedOptions = serving::ParsedOptions<Options>;
 
 /**
  * Parses the command line.

@@ -90,14 +90,18 @@ bool isDecodedToBytes(const CheckedFrame& checked, JpegReader& reader) {
 }
 
 KVFrame makeSoundFrame() {
-    QImage image(8, 8, QImage::Format_Grayscale8);
-    image.fill(Qt::gray);
-    const picture::JpegFile jpeg =
-        picture::JpegWriter().write(cameraviewer::rowsOf(image), picture::JpegDetail::Full);
+    constexpr std::uint32_t size = 8;
+    const std::vector<unsigned char> grey(std::size_t{size} * size, 0xa0);
+    picture::PixelRows rows;
+    rows.fBytes = grey.data();
+    rows.fWidth = rows.fHeight = size;
+    rows.fStride = size;
+    rows.fLayout = picture::PixelLayout::Grey8;
+    const picture::JpegFile jpeg = picture::JpegWriter().write(rows, picture::JpegDetail::Full);
     KVFrame frame;
     frame.fFormat = KVPixelFormat::Jpeg;
-    frame.fWidth = 8;
-    frame.fHeight = 8;
+    frame.fWidth = size;
+    frame.fHeight = size;
     frame.fData = jpeg.fData;
     frame.fSize = jpeg.fSize;
     return frame;

@@ -91,26 +91,6 @@ QImage PictureDecoder::xDecodeRows(const CheckedFrame& frame) {
     return isWhole ? image : QImage();
 }
 
-picture::PixelRows rowsOf(const QImage& image) {
-    picture::PixelRows rows;
-    rows.fBytes = image.constBits();
-    rows.fWidth = static_cast<std::uint32_t>(image.width());
-    rows.fHeight = static_cast<std::uint32_t>(image.height());
-    rows.fStride = static_cast<std::size_t>(image.bytesPerLine());
-    switch (image.format()) {
-        case QImage::Format_Grayscale8:
-            rows.fLayout = PixelLayout::Grey8;
-            break;
-        case QImage::Format_RGB888:
-            rows.fLayout = PixelLayout::Rgb888;
-            break;
-        default:
-            rows.fLayout = PixelLayout::Rgb32;
-            break;
-    }
-    return rows;
-}
-
 QString rawText(const Picture& picture, const QPoint& pixel) {
     if (!picture.fImage.valid(pixel)) {
         return {};

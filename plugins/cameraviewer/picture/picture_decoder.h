@@ -52,9 +52,6 @@ class PictureDecoder {
     PictureBuffers fBuffers;
 };
 
-/** The memory of an image of Format_RGB888, Format_RGB32 or Format_Grayscale8. */
-picture::PixelRows rowsOf(const QImage& image);
-
 /**
  * Returns the value of a pixel as sent by the camera: "R 1 G 2 B 3", "Grey 12", "Y 120 Cb 130 Cr
  * 127". For JPEG, which has none, the decoded value.

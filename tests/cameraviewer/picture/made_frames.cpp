@@ -1,15 +1,37 @@
 #include "made_frames.h"
 
+#include <picture/jpeg.h>
+
 #include <QColor>
 
 #include <algorithm>
 #include <cstdlib>
-#include <picture_decoder.h>
 
 namespace obvista_test {
 namespace {
 
 constexpr std::uint32_t a_padding = 5;
+
+/** Returns the pixels of an image of Format_RGB888, Format_RGB32 or Format_Grayscale8. */
+picture::PixelRows rowsOf(const QImage& image) {
+    picture::PixelRows rows;
+    rows.fBytes = image.constBits();
+    rows.fWidth = static_cast<std::uint32_t>(image.width());
+    rows.fHeight = static_cast<std::uint32_t>(image.height());
+    rows.fStride = static_cast<std::size_t>(image.bytesPerLine());
+    switch (image.format()) {
+        case QImage::Format_Grayscale8:
+            rows.fLayout = picture::PixelLayout::Grey8;
+            break;
+        case QImage::Format_RGB888:
+            rows.fLayout = picture::PixelLayout::Rgb888;
+            break;
+        default:
+            rows.fLayout = picture::PixelLayout::Rgb32;
+            break;
+    }
+    return rows;
+}
 
 }  // namespace
 
@@ -33,7 +55,7 @@ QImage smoothPicture(int width, int height, QImage::Format format, int shift) {
 }
 
 Bytes jpegOf(const QImage& image) {
-    return jpegOf(cameraviewer::rowsOf(image));
+    return jpegOf(rowsOf(image));
 }
 
 KVFrame jpegFrame(const QImage& image) {

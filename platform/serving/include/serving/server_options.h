@@ -3,6 +3,7 @@
 
 #include <boost/program_options.hpp>
 
+#include <exception>
 #include <optional>
 #include <ostream>
 #include <sstream>
@@ -88,6 +89,32 @@ CommandLine parseCommandLine(const std::string& program, const std::string& purp
                              const boost::program_options::options_description& options,
                              const std::vector<std::string>& arguments, std::ostream& output,
                              std::ostream& errors);
+
+/** The options of a program, or the status with which it ends. */
+template <class Options>
+struct ParsedOptions {
+    std::optional<Options> fOptions;
+    int fExitStatus = 0;
+};
+
+/**
+ * Converts a command line to the options of a program.
+ *
+ * @param toOptions throws a sentence for the user, which is reported as wrong usage
+ */
+template <class Options>
+ParsedOptions<Options> toParsedOptions(
+    const CommandLine& line, Options (*toOptions)(const boost::program_options::variables_map&),
+    const std::string& program, std::ostream& errors) {
+    if (!line.fGiven) {
+        return {std::nullopt, line.fExitStatus};
+    }
+    try {
+        return {toOptions(*line.fGiven), 0};
+    } catch (const std::exception& mistake) {
+        return {std::nullopt, reportWrongUsage(errors, program, mistake.what())};
+    }
+}
 
 }  // namespace serving
 
