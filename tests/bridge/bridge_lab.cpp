@@ -61,6 +61,19 @@ BridgeHost makeBridge(const std::vector<std::string>& options,
     return {"listens", command};
 }
 
+BridgeHost makeBridgeBehindAFirewall(const std::vector<std::string>& environment) {
+    std::vector<std::string> command{"env"};
+    command.insert(command.end(), environment.begin(), environment.end());
+    command.insert(command.end(),
+                   {"sh", "-c",
+                    "nft add table inet firewall && "
+                    "nft add chain inet firewall input '{ type filter hook input priority 0; }' && "
+                    "nft add rule inet firewall input ip daddr 239.255.0.1 drop && "
+                    "exec \"$0\" --address 0.0.0.0 --name marvin",
+                    builtProgram("bin/robaxi-bridge")});
+    return {"listens", command};
+}
+
 BridgeHost makeRos2Robot(const std::string& mode, const std::vector<std::string>& arguments) {
     std::vector<std::string> command{builtProgram("tests/ros2_writer"), mode, "0"};
     command.insert(command.end(), arguments.begin(), arguments.end());

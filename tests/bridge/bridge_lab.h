@@ -55,6 +55,9 @@ class BridgeHost {
 BridgeHost makeBridge(const std::vector<std::string>& options = {},
                       const std::vector<std::string>& environment = {});
 
+/** Returns the same in a host whose firewall drops DDS's multicast packets. */
+BridgeHost makeBridgeBehindAFirewall(const std::vector<std::string>& environment = {});
+
 /** Returns a host with ros2_writer in domain 0. */
 BridgeHost makeRos2Robot(const std::string& mode, const std::vector<std::string>& arguments = {});
 

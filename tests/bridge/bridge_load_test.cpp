@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <sstream>
 #include <string>
 
@@ -51,7 +52,10 @@ TEST(BridgeLoad, publishersThatComeAndGoLeaveNothingBehind) {
     const Resources after = resourcesOf(bridge);
     EXPECT_EQ(after.fDescriptors, before.fDescriptors);
     EXPECT_EQ(after.fThreads, before.fThreads);
-    EXPECT_LT(after.fMemory, before.fMemory + 8 * 1024) << "KiB";
+    // AddressSanitizer keeps memory that is released.
+    if (std::getenv("OBVISTA_SANITIZE") == nullptr) {
+        EXPECT_LT(after.fMemory, before.fMemory + 8 * 1024) << "KiB";
+    }
 }
 
 TEST(BridgeLoad, manyTopics) {
@@ -120,11 +124,11 @@ TEST(BridgeLoad, aFloodKeepsTheNewest) {
 
 TEST(BridgeLoad, peersInADomainWithoutMulticast) {
     const BridgeHost robot = makeRos2Robot("robot");
-    const BridgeHost bridge = makeBridge(
-        {}, {"CYCLONEDDS_URI=<CycloneDDS><Domain><General><AllowMulticast>false</AllowMulticast>"
-             "</General><Discovery><ParticipantIndex>auto</ParticipantIndex><Peers><Peer "
-             "address=\"" +
-             robot.address() + "\"/></Peers></Discovery></Domain></CycloneDDS>"});
+    const BridgeHost bridge = makeBridgeBehindAFirewall(
+        {"CYCLONEDDS_URI=<CycloneDDS><Domain><General><AllowMulticast>false</AllowMulticast>"
+         "</General><Discovery><ParticipantIndex>auto</ParticipantIndex><Peers><Peer "
+         "address=\"" +
+         robot.address() + "\"/></Peers></Discovery></Domain></CycloneDDS>"});
     BridgeValues values(bridge);
     EXPECT_TRUE(values.wait("Joint/LeftKnee/Position"));
 }

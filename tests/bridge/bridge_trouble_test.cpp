@@ -43,13 +43,7 @@ TEST(BridgeTrouble, wrongDomain) {
 }
 
 TEST(BridgeTrouble, multicastIsBlocked) {
-    const BridgeHost bridge("listens", {"sh", "-c",
-                                        "nft add table inet firewall && "
-                                        "nft add chain inet firewall input "
-                                        "'{ type filter hook input priority 0; }' && "
-                                        "nft add rule inet firewall input udp dport 7400 drop && "
-                                        "exec \"$0\" --address 0.0.0.0 --name marvin",
-                                        builtProgram("bin/robaxi-bridge")});
+    const BridgeHost bridge = makeBridgeBehindAFirewall();
     BridgeValues values(bridge);
     EXPECT_TRUE(values.wait("ROS/Problem", textHas("Multicast is blocked: a firewall of this "
                                                    "computer drops packets to 239.255.0.1, UDP "

@@ -140,6 +140,8 @@ void PicturesTest::everyPictureHasItsSize_data() {
                                  << QSize(256, 256);
     QTest::newRow("simulated robot")
         << buildPath(QStringLiteral("share/obvista/robot/buddy.png")) << QSize(96, 96);
+    QTest::newRow("bridge to ROS 2")
+        << buildPath(QStringLiteral("share/obvista/bridge/ros2.png")) << QSize(96, 96);
     QTest::newRow("simulated computer")
         << buildPath(QStringLiteral("share/obvista/robot/computer.png")) << QSize(96, 96);
     for (const int size : {16, 22, 24, 32, 48, 64, 128, 256, 512}) {
@@ -160,6 +162,7 @@ void PicturesTest::iconsAreTransparentAroundTheirShape_data() {
     }
     QTest::newRow("window icon") << buildPath(QStringLiteral("bin/media/icons/obvista.png"));
     QTest::newRow("simulated robot") << buildPath(QStringLiteral("share/obvista/robot/buddy.png"));
+    QTest::newRow("bridge to ROS 2") << buildPath(QStringLiteral("share/obvista/bridge/ros2.png"));
     QTest::newRow("simulated computer")
         << buildPath(QStringLiteral("share/obvista/robot/computer.png"));
 }
