@@ -568,5 +568,92 @@ TOKENS = {
     "security.session-ids": session("close to each other", reply=near_session),
 }
 
+# --- Resuming --------------------------------------------------------------------------------
+
+
+def number_all(_: Any, batch: Any) -> None:
+    batch.number = 1
+
+
+def number_higher(_: Any, batch: Any) -> None:
+    batch.number += batch.number > 0
+
+
+def number_heartbeats(_: Any, batch: Any) -> None:
+    if all(message.HasField("heartbeat") for message in batch.messages):
+        batch.number = 1
+
+
+def number_anew(passage: Any, batch: Any) -> None:
+    if batch.number:
+        passage.shared[passage] = batch.number = passage.shared.get(passage, 0) + 1
+
+
+def forget_copies(passage: Any, batch: Any) -> Any:
+    seen = passage.shared.setdefault("seen", set())
+    is_copy = batch.number in seen
+    seen.update([batch.number] if batch.number else [])
+    return [] if is_copy else None
+
+
+def one_name(_: Any, message: Any) -> None:
+    if message.HasField("hello"):
+        message.hello.name = "one name"
+
+
+def count_attempts(passage: Any, message: Any) -> None:
+    if message.HasField("hello") and message.hello.HasField("resume"):
+        passage.shared["attempts"] = passage.shared.get("attempts", 10) + 1
+        message.hello.resume.resumption = passage.shared["attempts"]
+
+
+def dead_after_attempt(passage: Any, message: Any) -> None:
+    if message.HasField("hello") and message.hello.HasField("resume"):
+        passage.shared["dead"] = True
+
+
+def new_start(_: Any, request: Any) -> None:
+    request.start.ClearField("known")
+
+
+def one_less(_: Any, request: Any) -> None:
+    if request.start.HasField("known"):
+        request.start.known.keys -= 1
+
+
+def right_table(_: Any, request: Any) -> None:
+    if request.start.HasField("known"):
+        request.start.known.table ^= (1 << 64) - 1
+
+
+RESUMING = {
+    "resuming.both": Case("cannot be resumed", Breakage(reply=number_all)),
+    "resuming.numbers": Case("Batch 1 has the number 2", Breakage(reply=number_higher)),
+    "resuming.no-number": Case("heartbeat only has a number", Breakage(reply=number_heartbeats)),
+    "resuming.received": session("received is 0 after 2",
+                                 reply=set_field("heartbeat.received", 0)),
+    "resuming.dropped": session("did not end the stream", SOON,
+                                request=set_field("heartbeat.received", 0)),
+    "resuming.repeated": Case("in a repeated batch", Breakage(request=number_anew)),
+    "resuming.left-out": Case("did not end the stream", Breakage(request=number_anew), SOON),
+    "resuming.reply": session("received is 0 after 2",
+                              reply=set_field("hello_reply.received", 0)),
+    "resuming.copies": Case("did not repeat", Breakage(reply=forget_copies), SOON),
+    "resuming.former": session("did not end the stream", SOON, end=never),
+    "resuming.other-number": subscription("did not end the stream", SOON,
+                                          request=set_field("start.resumption", 1)),
+    "resuming.no-session": session("gave TOO_MANY", end=with_cause(pb.Error.TOO_MANY)),
+    "resuming.other-name": session("did not end the stream", SOON, request=one_name),
+    "resuming.not-above": session("did not end the stream", SOON, request=count_attempts),
+    "resuming.unaffected": session(
+        "did not answer in time", SOON, request=dead_after_attempt,
+        reply=lambda passage, _: [] if passage.shared.get("dead") else None),
+    "resuming.version": session("status 0 instead of|did not end the stream|NOT_AUTHORISED", SOON,
+                                request=set_field("hello.protocol_version", 1)),
+    "resuming.known-keys": subscription("a known key again", request=new_start),
+    "resuming.present-keys": subscription("no keys_present", SOON, request=one_less),
+    "resuming.other-table": subscription("no empty keys_present", SOON, request=right_table),
+}
+
 #: The robot accepts plain connections, too (plain_and_tls.py).
 TLS = {"security.tls-only": Case("answered without TLS", Breakage())}

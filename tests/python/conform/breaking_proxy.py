@@ -77,7 +77,7 @@ def each(change: Change) -> Change:
         for message in batch.messages:
             changed = change(passage, message)
             kept += [message] if changed is None else changed
-        passed = type(batch)(messages=kept)
+        passed = type(batch)(messages=kept, number=batch.number)
         return [passed] if kept or not batch.messages else []
 
     return change_batch

@@ -14,7 +14,7 @@ from conftest import BUILD
 WRITABLE = "Joint/HeadYaw/Stiffness"
 
 GROUPS = ["session", "calls", "values", "subscriptions", "frames", "limits", "security",
-          "announcing"]
+          "resuming", "announcing"]
 
 
 def conform(*words: Any, **environment: str) -> Any:

@@ -74,6 +74,10 @@ def test_limits(robot):
     require_found_out(robot, breakages.LIMITS)
 
 
+def test_resuming(robot):
+    require_found_out(robot, breakages.RESUMING)
+
+
 def test_security(start_humanoid, make_token):
     token = make_token(breakages.TOKEN)
     robot = start_humanoid(ROBAXI_SERVER_TOKEN=token, ROBAXI_SERVER_PLAIN_TOKEN="yes")
@@ -101,7 +105,8 @@ def test_an_unbroken_proxy(robot):
 
 def test_each_check_has_a_breakage():
     broken = {*breakages.SESSION, *breakages.CALLS, *breakages.VALUES, *breakages.SUBSCRIPTIONS,
-              *breakages.CAMERAS, *breakages.LIMITS, *breakages.TOKENS, *breakages.TLS,
+              *breakages.CAMERAS, *breakages.LIMITS, *breakages.RESUMING, *breakages.TOKENS,
+              *breakages.TLS,
               *(case.check for case in announcing_robot.CASES.values() if case.text)}
     assert sorted(broken) == sorted(line.split()[0]
                                     for line in conform("--list").stdout.splitlines())

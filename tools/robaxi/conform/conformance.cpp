@@ -21,7 +21,7 @@ const std::vector<ConformCheck>& allChecks() {
         std::vector<ConformCheck> all;
         for (const auto& group :
              {sessionChecks(), callChecks(), valueChecks(), subscriptionChecks(), frameChecks(),
-              limitChecks(), securityChecks(), announcingChecks()}) {
+              limitChecks(), securityChecks(), resumeChecks(), announcingChecks()}) {
             all.insert(all.end(), group.begin(), group.end());
         }
         return all;

@@ -174,6 +174,7 @@ const std::vector<ConformCheck>& subscriptionChecks();
 const std::vector<ConformCheck>& frameChecks();
 const std::vector<ConformCheck>& limitChecks();
 const std::vector<ConformCheck>& securityChecks();
+const std::vector<ConformCheck>& resumeChecks();
 const std::vector<ConformCheck>& announcingChecks();
 
 }  // namespace robaxi_tool
