@@ -384,6 +384,14 @@ Prüfen Sie auch, ob nicht schon ein anderes Obvista mit diesem Robaxi verbunden
         <source>Cop&amp;y figures</source>
         <translation>Messwerte k&amp;opieren</translation>
     </message>
+    <message>
+        <source>The connection to the robot was lost.</source>
+        <translation>Die Verbindung zum Roboter ging verloren.</translation>
+    </message>
+    <message>
+        <source>The robot does not answer.</source>
+        <translation>Der Roboter antwortet nicht.</translation>
+    </message>
 </context>
 <context>
     <name>cameraviewer::CaptureControls</name>
@@ -1062,6 +1070,14 @@ Mittel %3</translation>
     <message>
         <source>the robot is lost</source>
         <translation>der Roboter ist verloren</translation>
+    </message>
+    <message>
+        <source>The connection to the robot was lost.</source>
+        <translation>Die Verbindung zum Roboter ging verloren.</translation>
+    </message>
+    <message>
+        <source>The robot does not answer.</source>
+        <translation>Der Roboter antwortet nicht.</translation>
     </message>
 </context>
 <context>
@@ -1819,6 +1835,17 @@ Ziehen Sie Schlüssel mit Zahlen hierher, oder zeichnen Sie sie über ihr Menü.
     </message>
 </context>
 <context>
+    <name>obvista::Banner</name>
+    <message>
+        <source>Connect</source>
+        <translation>Verbinden</translation>
+    </message>
+    <message>
+        <source>Give up</source>
+        <translation>Aufgeben</translation>
+    </message>
+</context>
+<context>
     <name>obvista::KeyList</name>
     <message>
         <source>Keys</source>
@@ -1858,6 +1885,18 @@ Ziehen Sie Schlüssel mit Zahlen hierher, oder zeichnen Sie sie über ihr Menü.
         <source>Robot %1, %2</source>
         <extracomment>name and address, for screen readers</extracomment>
         <translation>Roboter %1, %2</translation>
+    </message>
+    <message>
+        <source>Reconnect when the robot returns</source>
+        <translation>Wieder verbinden, wenn der Roboter zurückkehrt</translation>
+    </message>
+    <message>
+        <source>Connection</source>
+        <translation>Verbindung</translation>
+    </message>
+    <message>
+        <source>Settings of the connection to the robot</source>
+        <translation>Einstellungen der Verbindung zum Roboter</translation>
     </message>
 </context>
 <context>
@@ -1959,6 +1998,20 @@ Ziehen Sie Schlüssel mit Zahlen hierher, oder zeichnen Sie sie über ihr Menü.
         <source>No answer for %1 s</source>
         <extracomment>%1 is the number of seconds since the robot was last heard.</extracomment>
         <translation>Seit %1 s keine Antwort</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; answers in the place of &quot;%2&quot;. Connect to it?</source>
+        <extracomment>%1 is the robot that answers, %2 the one that was lost</extracomment>
+        <translation>„%1“ antwortet anstelle von „%2“. Damit verbinden?</translation>
+    </message>
+    <message>
+        <source>Lost %1 s ago; trying again</source>
+        <translation>Seit %1 s verloren; neuer Versuch läuft</translation>
+    </message>
+    <message>
+        <source>Lost %1 min ago; trying again</source>
+        <extracomment>%1 is a number of minutes</extracomment>
+        <translation>Seit %1 min verloren; neuer Versuch läuft</translation>
     </message>
 </context>
 <context>

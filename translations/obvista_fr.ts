@@ -384,6 +384,14 @@ Vérifiez aussi qu’un autre Obvista n’est pas déjà connecté à ce Robaxi.
         <source>Cop&amp;y figures</source>
         <translation>C&amp;opier les mesures</translation>
     </message>
+    <message>
+        <source>The connection to the robot was lost.</source>
+        <translation>La connexion au robot a été perdue.</translation>
+    </message>
+    <message>
+        <source>The robot does not answer.</source>
+        <translation>Le robot ne répond pas.</translation>
+    </message>
 </context>
 <context>
     <name>cameraviewer::CaptureControls</name>
@@ -1062,6 +1070,14 @@ Moyenne %3</translation>
     <message>
         <source>the robot is lost</source>
         <translation>le robot est perdu</translation>
+    </message>
+    <message>
+        <source>The connection to the robot was lost.</source>
+        <translation>La connexion au robot a été perdue.</translation>
+    </message>
+    <message>
+        <source>The robot does not answer.</source>
+        <translation>Le robot ne répond pas.</translation>
     </message>
 </context>
 <context>
@@ -1819,6 +1835,17 @@ Glissez ici des clés numériques, ou tracez-les depuis leur menu.</translation>
     </message>
 </context>
 <context>
+    <name>obvista::Banner</name>
+    <message>
+        <source>Connect</source>
+        <translation>Se connecter</translation>
+    </message>
+    <message>
+        <source>Give up</source>
+        <translation>Abandonner</translation>
+    </message>
+</context>
+<context>
     <name>obvista::KeyList</name>
     <message>
         <source>Keys</source>
@@ -1858,6 +1885,18 @@ Glissez ici des clés numériques, ou tracez-les depuis leur menu.</translation>
         <source>Robot %1, %2</source>
         <extracomment>name and address, for screen readers</extracomment>
         <translation>Robot %1, %2</translation>
+    </message>
+    <message>
+        <source>Reconnect when the robot returns</source>
+        <translation>Se reconnecter au retour du robot</translation>
+    </message>
+    <message>
+        <source>Connection</source>
+        <translation>Connexion</translation>
+    </message>
+    <message>
+        <source>Settings of the connection to the robot</source>
+        <translation>Réglages de la connexion au robot</translation>
     </message>
 </context>
 <context>
@@ -1959,6 +1998,20 @@ Glissez ici des clés numériques, ou tracez-les depuis leur menu.</translation>
         <source>No answer for %1 s</source>
         <extracomment>%1 is the number of seconds since the robot was last heard.</extracomment>
         <translation>Aucune réponse depuis %1 s</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; answers in the place of &quot;%2&quot;. Connect to it?</source>
+        <extracomment>%1 is the robot that answers, %2 the one that was lost</extracomment>
+        <translation>« %1 » répond à la place de « %2 ». S’y connecter ?</translation>
+    </message>
+    <message>
+        <source>Lost %1 s ago; trying again</source>
+        <translation>Perdu il y a %1 s ; nouvelle tentative en cours</translation>
+    </message>
+    <message>
+        <source>Lost %1 min ago; trying again</source>
+        <extracomment>%1 is a number of minutes</extracomment>
+        <translation>Perdu il y a %1 min ; nouvelle tentative en cours</translation>
     </message>
 </context>
 <context>

@@ -384,6 +384,14 @@ Also make sur that another Obvista is not already connected to this Robaxi.</sou
         <source>Cop&amp;y figures</source>
         <translation>計測値をコピー(&amp;Y)</translation>
     </message>
+    <message>
+        <source>The connection to the robot was lost.</source>
+        <translation>ロボットとの接続が失われました。</translation>
+    </message>
+    <message>
+        <source>The robot does not answer.</source>
+        <translation>ロボットが応答しません。</translation>
+    </message>
 </context>
 <context>
     <name>cameraviewer::CaptureControls</name>
@@ -1058,6 +1066,14 @@ Mean %3</source>
     <message>
         <source>the robot is lost</source>
         <translation>ロボットとの接続が失われています</translation>
+    </message>
+    <message>
+        <source>The connection to the robot was lost.</source>
+        <translation>ロボットとの接続が失われました。</translation>
+    </message>
+    <message>
+        <source>The robot does not answer.</source>
+        <translation>ロボットが応答しません。</translation>
     </message>
 </context>
 <context>
@@ -1808,6 +1824,17 @@ Drag keys with numbers here, or plot them from their menu.</source>
     </message>
 </context>
 <context>
+    <name>obvista::Banner</name>
+    <message>
+        <source>Connect</source>
+        <translation>接続</translation>
+    </message>
+    <message>
+        <source>Give up</source>
+        <translation>中止</translation>
+    </message>
+</context>
+<context>
     <name>obvista::KeyList</name>
     <message>
         <source>Keys</source>
@@ -1847,6 +1874,18 @@ Drag keys with numbers here, or plot them from their menu.</source>
         <source>Robot %1, %2</source>
         <extracomment>name and address, for screen readers</extracomment>
         <translation>ロボット %1、%2</translation>
+    </message>
+    <message>
+        <source>Reconnect when the robot returns</source>
+        <translation>ロボットが戻ったら再接続する</translation>
+    </message>
+    <message>
+        <source>Connection</source>
+        <translation>接続</translation>
+    </message>
+    <message>
+        <source>Settings of the connection to the robot</source>
+        <translation>ロボットとの接続の設定</translation>
     </message>
 </context>
 <context>
@@ -1948,6 +1987,20 @@ Drag keys with numbers here, or plot them from their menu.</source>
         <source>No answer for %1 s</source>
         <extracomment>%1 is the number of seconds since the robot was last heard.</extracomment>
         <translation>%1 秒間応答がありません</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; answers in the place of &quot;%2&quot;. Connect to it?</source>
+        <extracomment>%1 is the robot that answers, %2 the one that was lost</extracomment>
+        <translation>「%2」の代わりに「%1」が応答しています。接続しますか?</translation>
+    </message>
+    <message>
+        <source>Lost %1 s ago; trying again</source>
+        <translation>%1 秒前に切断; 再試行中</translation>
+    </message>
+    <message>
+        <source>Lost %1 min ago; trying again</source>
+        <extracomment>%1 is a number of minutes</extracomment>
+        <translation>%1 分前に切断; 再試行中</translation>
     </message>
 </context>
 <context>

@@ -28,6 +28,7 @@ class ExampleLink : public obvista::RobotLink {
 
     /** Asks the robot for its values, at most 5 times a second, or for no more of them. */
     void follow(bool isWanted) {
+        fIsFollowing = isWanted;
         fSubscription.reset();
         if (isWanted && !isClosed()) {
             // The middleware calls these on its own threads.
@@ -45,6 +46,11 @@ class ExampleLink : public obvista::RobotLink {
 
   private:
     void stop() override { fSubscription.reset(); }
+    // The robot was lost and has returned; its keys may have other identifiers.
+    void restart() override {
+        fNames.clear();
+        follow(fIsFollowing);
+    }
 
     void xAddKeys(const std::vector<KVKeyInfo>& keys) {
         for (const KVKeyInfo& key : keys) {
@@ -59,6 +65,7 @@ class ExampleLink : public obvista::RobotLink {
         notice().give();
     }
 
+    bool fIsFollowing = false;
     std::map<std::uint32_t, std::string> fNames;
     std::mutex fMutex;
     std::map<std::string, KVValue> fNews;

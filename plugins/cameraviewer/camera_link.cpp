@@ -7,10 +7,10 @@ namespace cameraviewer {
 CameraLink::CameraLink(const boost::shared_ptr<KVBroker>& broker, const std::string& ip, int port,
                        double timeOut)
     : RobotLink(broker, ip, port, timeOut),
-      fClient(connection(), notice()),
+      fClient(std::make_unique<VideoClient>(connection(), notice())),
       fWorker(notice()),
       fFeed(fWorker, notice()) {
-    fClient.listCameras();
+    fClient->listCameras();
     fWorker.request();
 }
 
@@ -20,7 +20,7 @@ CameraLink::~CameraLink() {
 
 void CameraLink::watch(const std::string& camera) {
     stopWatching();
-    if (!isClosed()) {
+    if (!isClosed() && !isLost()) {
         fFeed.begin();
         fStream = KVFrameStream::start(connection(), a_videoModule, camera, fFeed.callbacks());
     }
@@ -33,8 +33,13 @@ void CameraLink::stopWatching() {
 
 void CameraLink::stop() {
     stopWatching();
-    fClient.stop();
+    fClient->stop();
     fWorker.stop();
+}
+
+void CameraLink::restart() {
+    fClient = std::make_unique<VideoClient>(connection(), notice());
+    fWorker.start();
 }
 
 }  // namespace cameraviewer

@@ -29,7 +29,7 @@ class CameraLink : public obvista::RobotLink {
                double timeOut);
     ~CameraLink() override;
 
-    VideoClient& client() { return fClient; }
+    VideoClient& client() { return *fClient; }
     FrameFeed& feed() { return fFeed; }
     PictureWorker& worker() { return fWorker; }
 
@@ -40,9 +40,10 @@ class CameraLink : public obvista::RobotLink {
 
   protected:
     void stop() override;
+    void restart() override;
 
   private:
-    VideoClient fClient;
+    std::unique_ptr<VideoClient> fClient;  // one for each connection
     PictureWorker fWorker;
     FrameFeed fFeed;
     std::shared_ptr<KVFrameStream> fStream;

@@ -130,6 +130,22 @@ void CameraSession::end(obvista::LinkState state) {
     Q_EMIT situationChanged();
 }
 
+void CameraSession::interrupt() {
+    fWatched.clear();
+    fWishes.clear();
+    end(obvista::LinkState::Interrupted);
+}
+
+void CameraSession::resume() {
+    fLinkState = obvista::LinkState::Connected;
+    fEndBefore.reset();
+    fRecalled.clear();
+    fAsked = Clock::now();
+    fLink->client().listCameras();
+    xUpdateWatching();
+    Q_EMIT situationChanged();
+}
+
 void CameraSession::tick() {
     if (!xIsLive()) {
         return;
@@ -197,6 +213,8 @@ void CameraSession::xTakeCameras(const std::vector<picture::CameraInfo>& cameras
     fCameras = cameras;
     if (camera() == nullptr) {
         xChoose(xDefaultCamera());
+    } else {
+        xRecallSettings();  // not yet for a robot that has returned
     }
     Q_EMIT camerasChanged();
 }

@@ -67,6 +67,10 @@ class CameraSession : public QObject {
     void takeNews();
     /** The link has ended. */
     void end(obvista::LinkState state);
+    /** The robot is lost, and may return. */
+    void interrupt();
+    /** The robot has returned: its cameras are requested again, with the user's settings. */
+    void resume();
 
     /** Requests the cameras again and retries watching. Call it several times a second. */
     void tick();

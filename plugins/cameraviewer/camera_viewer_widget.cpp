@@ -150,6 +150,17 @@ void CameraViewerWidget::xConnect() {
         }
     });
     connect(this, &ViewerWidget::seenChanged, fSession, &CameraSession::setSeen);
+    connect(this, &ViewerWidget::linkInterrupted, this, [this] {
+        fSession->interrupt();
+        fCapture->markGap(StreamEnd::Kind::Lost, tr("The connection to the robot was lost."));
+    });
+    connect(this, &ViewerWidget::robotReplaced, fCapture, &CaptureControls::stopRecording);
+    connect(this, &ViewerWidget::linkRestored, fSession, &CameraSession::resume);
+    connect(this, &ViewerWidget::silenceChanged, this, [this](bool isSilent) {
+        if (isSilent) {
+            fCapture->markGap(StreamEnd::Kind::Silent, tr("The robot does not answer."));
+        }
+    });
     connect(this, &ViewerWidget::linkEnded, this, [this] {
         xRememberView();  // for a viewer that is opened next
         fSession->end(linkState());
@@ -228,7 +239,9 @@ void CameraViewerWidget::xOnPicture(const DecodedPicture& decoded) {
 }
 
 void CameraViewerWidget::xOnPictureShown(quint64 /*number*/, qint64 time) {
-    fMeter.addShown(base::microsecondsNow() - time);
+    fAgeWhenShown = base::microsecondsNow() - time;
+    fSinceShown.start();
+    fMeter.addShown(fAgeWhenShown);
     fSession->requestPicture();
 }
 
@@ -291,10 +304,16 @@ void CameraViewerWidget::xUpdateReason() {
     const Situation situation = fSession->situation();
     const QString reason = reasonOf(situation);
     const bool hasPicture = fView->hasPicture();
+    const bool isInterrupted = situation.fLink == obvista::LinkState::Interrupted;
     fMessage->setText(reason);
-    setBanner(hasPicture && !reason.isEmpty()
-                  ? reason + QLatin1Char(' ') + tr("This is the last picture.")
-                  : QString());
+    QStringList sentences;
+    if (hasPicture && !reason.isEmpty()) {
+        if (!isInterrupted) {  // the kit says it otherwise
+            sentences += reason;
+        }
+        sentences += tr("This is the last picture.");
+    }
+    setBanner(sentences.join(QLatin1Char(' ')));
     fPages->setCurrentIndex(hasPicture ? 1 : 0);
     fBar->setUsable(situation.fLink == obvista::LinkState::Connected);
 }
@@ -336,6 +355,12 @@ void CameraViewerWidget::xUpdateReadout() {
 void CameraViewerWidget::xUpdateFigures() {
     fMeasured = FigureMeter::Clock::now();
     fFigures = fMeter.measure(fLink->feed().counts(), fMeasured);
+    const bool isConnected = linkState() == obvista::LinkState::Connected && fLink->silence() == 0;
+    if (!isConnected && !fFigures.fAge && fSinceShown.isValid() && fView->hasPicture()) {
+        fFigures.fAge = static_cast<double>(fAgeWhenShown);
+        fFigures.fKept =
+            static_cast<double>(fSinceShown.nsecsElapsed()) / base::a_nanosecondsPerMicrosecond;
+    }
     if (const obvista::ReplayState& replay = replayState(); replay.isReplay()) {
         fFigures.fReplay = obvista::replayText(replay);
         fFigures.fAge.reset();

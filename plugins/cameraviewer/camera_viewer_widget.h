@@ -6,6 +6,7 @@
 
 #include <obvista/viewer/viewer_widget.h>
 
+#include <QElapsedTimer>
 #include <QTimer>
 
 #include <memory>
@@ -76,6 +77,8 @@ class CameraViewerWidget : public obvista::ViewerWidget {
     QTimer fTick;
     QTimer fToldTime{this};
     FigureMeter fMeter;
+    std::int64_t fAgeWhenShown = 0;  // of the last picture, microseconds
+    QElapsedTimer fSinceShown;
     Figures fFigures;
     FigureMeter::Clock::time_point fMeasured;
 };

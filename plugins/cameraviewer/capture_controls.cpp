@@ -131,6 +131,12 @@ void CaptureControls::setPicture(const Picture& picture) {
     fSnapshot->setEnabled(!picture.fImage.isNull());
 }
 
+void CaptureControls::markGap(StreamEnd::Kind kind, const QString& reason) {
+    if (fIsRecording) {
+        fRecorder.offer(StreamEnd{kind, reason.toStdString()});
+    }
+}
+
 void CaptureControls::stopRecording() {
     if (fIsRecording) {
         fIsRecording = false;
@@ -203,11 +209,13 @@ void CaptureControls::xToggleRecording() {
     fIsRecording = true;
     fRecord->setChecked(true);
     fRecorder.start(xNewFile(format()), fOrigin);
-    fFeed.setTap([this](const picture::CheckedFrame& frame) { fRecorder.offer(frame); },
-                 [this](const KVError& error) {
-                     const bool isLost = error.cause() == KVError::Cause::ConnectionLost;
-                     fRecorder.offer(StreamEnd{isLost, error.toString()});
-                 });
+    fFeed.setTap(
+        [this](const picture::CheckedFrame& frame) { fRecorder.offer(frame); },
+        [this](const KVError& error) {
+            const bool isLost = error.cause() == KVError::Cause::ConnectionLost;
+            fRecorder.offer(StreamEnd{isLost ? StreamEnd::Kind::Lost : StreamEnd::Kind::CameraEnded,
+                                      error.toString()});
+        });
     Q_EMIT recordingChanged();
 }
 

@@ -41,6 +41,8 @@ class CaptureControls : public QObject {
     /** Sets the displayed picture; a null image if there is none. */
     void setPicture(const Picture& picture);
 
+    /** Marks a gap in a recording, if there is one. */
+    void markGap(StreamEnd::Kind kind, const QString& reason);
     /** Ends a recording; called before the camera changes. */
     void stopRecording();
     bool isRecording() const { return fIsRecording; }

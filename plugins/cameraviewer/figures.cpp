@@ -35,7 +35,9 @@ QString number(double value, int digits) {
 }
 
 QString ageOf(const Figures& figures) {
-    return figures.fReplay.isEmpty() ? liveAgeText(*figures.fAge) : ageText(*figures.fAge);
+    const double age = *figures.fAge;
+    const bool isKnown = !figures.fReplay.isEmpty() || (age >= 0 && age <= a_oldest);
+    return isKnown ? ageText(age + figures.fKept) : liveAgeText(age);
 }
 
 QString faultLines(const Figures& figures) {

@@ -23,6 +23,9 @@ struct Figures {
      * shown.
      */
     std::optional<double> fAge;
+    /** Microseconds for which the last picture has been shown without a connection; added to its
+     *  age. */
+    double fKept = 0;
     /** State of a replay, such as "replay at 2×"; empty for other robots. The age is then that of
      *  the shown frame at the replay's position. */
     QString fReplay;

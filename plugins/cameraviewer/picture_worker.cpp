@@ -7,8 +7,8 @@
 
 namespace cameraviewer {
 
-PictureWorker::PictureWorker(obvista::Notice& notice)
-    : fNotice(notice), fThread([this] { xRun(); }) {
+PictureWorker::PictureWorker(obvista::Notice& notice) : fNotice(notice) {
+    start();
 }
 
 PictureWorker::~PictureWorker() {
@@ -57,6 +57,11 @@ void PictureWorker::stop() {
     if (fThread.joinable()) {
         fThread.join();
     }
+}
+
+void PictureWorker::start() {
+    fIsStopped = false;
+    fThread = std::thread([this] { xRun(); });
 }
 
 void PictureWorker::xRun() {

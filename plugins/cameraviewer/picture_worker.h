@@ -57,6 +57,8 @@ class PictureWorker {
 
     /** Stops decoding. Returns when nothing is being decoded. */
     void stop();
+    /** Starts decoding again after stop(). */
+    void start();
 
   private:
     void xRun();

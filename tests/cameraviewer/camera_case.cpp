@@ -15,7 +15,10 @@ QColor colorOf(int value) {
 
 class CameraShown : public ShownRobot {
   public:
-    CameraShown() { fRobot.addCamera("head"); }
+    CameraShown(const std::string& name, int port)
+        : fRobot(name, VideoRobot::Video::Offered, port) {
+        fRobot.addCamera("head");
+    }
 
     int port() const override { return fRobot.port(); }
     void show(int value) override { fRobot.publish("head", plainFrame(colorOf(value))); }
@@ -36,8 +39,8 @@ QString pluginName() {
     return QStringLiteral("cameraviewer");
 }
 
-std::unique_ptr<ShownRobot> makeRobot() {
-    return std::make_unique<CameraShown>();
+std::unique_ptr<ShownRobot> makeRobot(const std::string& name, int port) {
+    return std::make_unique<CameraShown>(name, port);
 }
 
 bool shows(QWidget* viewer, int value) {

@@ -100,6 +100,15 @@ TEST(Figures, OfAReplayAreThoseAtItsPosition) {
     EXPECT_TRUE(figuresReport(figures).startsWith(QLatin1String("State: replay paused\n")));
 }
 
+TEST(Figures, GiveTheAgeOfAPictureThatIsKept) {
+    Figures figures;
+    figures.fAge = 20000;
+    figures.fKept = 75e6;
+    EXPECT_TRUE(figuresLine(figures).contains(QLatin1String("age 75.0 s")));
+    figures.fAge = -5000;
+    EXPECT_TRUE(figuresLine(figures).contains(QLatin1String("the robot's clock is ahead")));
+}
+
 TEST(Figures, HaveAPointInEveryLocale) {
     const QLocale before;
     QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));

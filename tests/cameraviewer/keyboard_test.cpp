@@ -69,12 +69,13 @@ void KeyboardTest::leadsToEveryControlWithAPicture() {
     fRobot->publish("head", plainFrame(QColor(77, 77, 77), KVPixelFormat::Grey8));
     QTRY_COMPARE(labelText(fViewer, "histogramText"), QStringLiteral("Range 77 to 77\nMean 77.0"));
     xVerifyRing({"cameraBox", "sizeBox", "formatBox", "rateBox", "Pause", "Fit", "1:1",
-                 "viewButton", "Snapshot", "Record", "cameraPicture", "stretchBox"});
+                 "viewButton", "Snapshot", "Record", "cameraPicture", "stretchBox",
+                 "connectionButton"});
 }
 
 void KeyboardTest::leadsToEveryControlWithoutAPicture() {
     xVerifyRing({"cameraBox", "sizeBox", "formatBox", "rateBox", "Pause", "Fit", "1:1",
-                 "viewButton", "Record"});
+                 "viewButton", "Record", "connectionButton"});
 }
 
 /** When a host sets the focus to the viewer, the picture gets it, where the single keys work. */

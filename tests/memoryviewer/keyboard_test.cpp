@@ -146,15 +146,24 @@ void KeyboardTest::isWalkedThroughInTheOrderOfReading() {
         parts += xPartWithFocus();
         xPress(Qt::Key_Tab);
     } while (xFocus() != filter && parts.size() < a_mostParts);
-    const QStringList expected{"Filter",          "List",
-                               "Columns",         "Updates a second",
-                               "Pause",           "Values in the robot's memory",
-                               "Watched values",  "Follow",
-                               "Time shown",      "Show all",
-                               "New plot",        "Clear",
-                               "Remove all",      "Save",
-                               "Plot 1",          "Curves",
-                               "Record to a file"};
+    const QStringList expected{"Filter",
+                               "List",
+                               "Columns",
+                               "Updates a second",
+                               "Pause",
+                               "Values in the robot's memory",
+                               "Watched values",
+                               "Follow",
+                               "Time shown",
+                               "Show all",
+                               "New plot",
+                               "Clear",
+                               "Remove all",
+                               "Save",
+                               "Plot 1",
+                               "Curves",
+                               "Record to a file",
+                               "Connection"};
     QCOMPARE(parts.join(QLatin1String(", ")), expected.join(QLatin1String(", ")));
 }
 

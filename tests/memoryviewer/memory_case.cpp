@@ -16,6 +16,9 @@ constexpr int a_keys = 500;
 
 class MemoryShown : public ShownRobot {
   public:
+    MemoryShown(const std::string& name, int port)
+        : fRobot(name, MemoryRobot::Memory::Offered, port) {}
+
     int port() const override { return fRobot.port(); }
     void stop() override { fRobot.stop(); }
 
@@ -37,8 +40,8 @@ QString pluginName() {
     return QStringLiteral("memoryviewer");
 }
 
-std::unique_ptr<ShownRobot> makeRobot() {
-    return std::make_unique<MemoryShown>();
+std::unique_ptr<ShownRobot> makeRobot(const std::string& name, int port) {
+    return std::make_unique<MemoryShown>(name, port);
 }
 
 bool shows(QWidget* viewer, int value) {

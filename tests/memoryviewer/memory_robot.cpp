@@ -9,8 +9,8 @@
 
 namespace obvista_test {
 
-MemoryRobot::MemoryRobot(const std::string& name, Memory memory)
-    : fBroker(createTestBroker(name)), fTable(std::make_shared<KVValueTable>()) {
+MemoryRobot::MemoryRobot(const std::string& name, Memory memory, int port)
+    : fBroker(createTestBroker(name, port)), fTable(std::make_shared<KVValueTable>()) {
     fPort = fBroker->getPort();
     if (memory == Memory::Offered) {
         const auto module = std::make_shared<KVModule>("KVMemory", "values of a test");

@@ -15,12 +15,14 @@ class KVValueTable;
 
 namespace obvista_test {
 
-/** A robot in the test's process: a broker on a free port of the loopback address. */
+/** A robot in the test's process: a broker on the loopback address. */
 class MemoryRobot {
   public:
     enum class Memory { Offered, Missing };
 
-    explicit MemoryRobot(const std::string& name = "TestRobot", Memory memory = Memory::Offered);
+    /** @param port 0 for a free one */
+    explicit MemoryRobot(const std::string& name = "TestRobot", Memory memory = Memory::Offered,
+                         int port = 0);
     ~MemoryRobot();
     MemoryRobot(const MemoryRobot&) = delete;
     MemoryRobot& operator=(const MemoryRobot&) = delete;

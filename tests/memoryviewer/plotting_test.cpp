@@ -60,6 +60,8 @@ class PlottingTest : public QObject {
     void pausesWhileValuesGoOn();
     void showsTheValuesAtTheCursorOfAllPlots();
     void drawsAGapWhereNothingWasFollowed();
+    void drawsAGapWhereTheRobotDidNotAnswer();
+    void continuesItsCurvesWhenTheRobotReturns();
     void keepsItsCurvesWhenTheRobotIsLost();
     void plotsTheSameKeysWhenTheRobotIsBack();
     void savesAPictureOfAPlot();
@@ -70,6 +72,7 @@ class PlottingTest : public QObject {
     void xPlotByItself(const char* key);
     /** Plots a key for two seconds. @return their start; 0 if there are no values */
     double xPlotForAWhile(const char* key);
+    void xVerifyGap(double begin, double middle);
     QWidget* xCanvas(int plot = 0) const { return fWindow->plots().at(plot)->canvas(); }
     void xSave(const QString& way);
     QString xNotice() const { return labelText(fWindow->viewer(), "plotNotice"); }
@@ -235,6 +238,41 @@ void PlottingTest::drawsAGapWhereNothingWasFollowed() {
     QVERIFY(isDrawnAt(from - 1e6));
     QVERIFY(!isDrawnAt(from + 0.7e6));
     QVERIFY(isDrawnAt(map.s2() - 0.2e6));
+}
+
+/** Shows all points from `begin` on, of which there are none between one second before and after a
+ *  gap. */
+void PlottingTest::xVerifyGap(double begin, double middle) {
+    QTest::keyClick(xCanvas(), Qt::Key_Home);
+    QTRY_VERIFY(timesOf(fWindow->plots().first()).first > begin - 5e6);
+    const QImage picture = xCanvas()->grab().toImage();
+    const QwtScaleMap map = fWindow->plots().first()->canvasMap(QwtPlot::xBottom);
+    QVERIFY(isCurveAt(picture, int(map.transform(begin + 1e6))));
+    QVERIFY(!isCurveAt(picture, int(map.transform(middle))));
+    QVERIFY(isCurveAt(picture, int(map.transform(map.s2() - 0.2e6))));
+}
+
+void PlottingTest::drawsAGapWhereTheRobotDidNotAnswer() {
+    const double begin = xPlotForAWhile("Battery/Voltage");
+    const double from = timesOf(fWindow->plots().first()).second;
+    fWindow->robot().suspend();
+    QTRY_VERIFY(noticeOf(fWindow->viewer()).startsWith(QLatin1String("No answer for ")));
+    fWindow->robot().resume();
+    QTRY_VERIFY(timesOf(fWindow->plots().first()).second > from + 4e6);
+    xVerifyGap(begin, from + 0.8e6);
+}
+
+void PlottingTest::continuesItsCurvesWhenTheRobotReturns() {
+    fWindow->find<QAction>("reconnectAction")->trigger();
+    const double begin = xPlotForAWhile("Battery/Voltage");
+    const double from = timesOf(fWindow->plots().first()).second;
+    fWindow->robot().kill();
+    QTRY_VERIFY(noticeOf(fWindow->viewer()).startsWith(QLatin1String("Lost 1 s ago")));
+    const QString last = fWindow->legend(0, 0, a_valueColumn);
+    QVERIFY2(last.toDouble() > 20, qPrintable(last));
+    fWindow->restartRobot();
+    QTRY_VERIFY(timesOf(fWindow->plots().first()).second > from + 4e6);
+    xVerifyGap(begin, from + 0.8e6);
 }
 
 void PlottingTest::keepsItsCurvesWhenTheRobotIsLost() {

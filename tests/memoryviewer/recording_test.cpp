@@ -1,5 +1,6 @@
 #include "robot_window.h"
 
+#include <QAction>
 #include <QDateTime>
 #include <QFile>
 #include <QJsonDocument>
@@ -89,6 +90,8 @@ class RecordingTest : public QObject {
     void saysHowFarItIs();
     void endsWithAWholeFileWhenTheRobotIsKilled();
     void marksTheLossOfTheRobotInAnMcapFile();
+    void goesOnWhenTheRobotReturns();
+    void marksASilenceOfTheRobot();
     void endsWithAWholeFileWhenTheViewerIsClosed();
     void endsWithAWholeFileWhenTheDiskIsFull();
     void saysThatAFileCannotBeMade();
@@ -247,6 +250,52 @@ void RecordingTest::marksTheLossOfTheRobotInAnMcapFile() {
     QCOMPARE(eventsIn(fFile).join(QLatin1Char(',')), QStringLiteral("begin,lost,end"));
     const recording::Reader reader(fFile.toStdString());
     QCOMPARE(int(reader.statistics().fMessageCount), xValuesSaid() + 3);
+}
+
+void RecordingTest::goesOnWhenTheRobotReturns() {
+    fWindow->find<QAction>("reconnectAction")->trigger();
+    fFile = fFolder->filePath(QStringLiteral("robot.mcap"));
+    xWatch("Battery/Voltage");
+    xStart();
+    QTRY_VERIFY(xValuesSaid() > 5);
+    fWindow->robot().kill();
+    QTRY_VERIFY(noticeOf(fWindow->viewer()).startsWith(QLatin1String("Lost ")));
+    const int before = xValuesSaid();
+    const QString voltage = fWindow->value("Battery/Voltage");
+    QVERIFY(voltage.toDouble() > 20);
+    QVERIFY(statusOf(fWindow->viewer()).contains(QLatin1String("age ")));
+    fWindow->restartRobot();
+    QTRY_VERIFY(xValuesSaid() > before + 5);
+    QTRY_VERIFY(fWindow->value("Battery/Voltage") != voltage);
+    QTRY_COMPARE(noticeOf(fWindow->viewer()), QString());
+    QCOMPARE(watchOf(fWindow->viewer())->model()->rowCount(), 1);
+    xStop();
+    QCOMPARE(eventsIn(fFile), (QStringList{"begin", "lost", "connected", "end"}));
+}
+
+/** Values that did not change while the robot was silent are in the file again. */
+void RecordingTest::marksASilenceOfTheRobot() {
+    xWatch("Battery/Voltage");
+    xWatch("Audio/Volume");
+    xStart();
+    QTRY_VERIFY(xValuesSaid() > 5);
+    fWindow->robot().suspend();
+    QTRY_VERIFY(noticeOf(fWindow->viewer()).startsWith(QLatin1String("No answer for ")));
+    const int before = xValuesSaid();
+    fWindow->robot().resume();
+    QTRY_VERIFY(xValuesSaid() > before + 30);
+    xStop();
+    for (const char* key : {"Battery/Voltage", "Audio/Volume"}) {
+        QStringList types;
+        for (const Row& row : rowsOf(fFile)) {
+            const QString type = QString::fromLatin1(row[TypeField]);
+            if (row[KeyField] == key && (types.isEmpty() || types.last() != type)) {
+                types += type;
+            }
+        }
+        const QString type = types.value(0);
+        QCOMPARE(types, (QStringList{type, QStringLiteral("gap"), type}));
+    }
 }
 
 void RecordingTest::endsWithAWholeFileWhenTheViewerIsClosed() {

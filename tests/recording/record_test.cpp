@@ -1,4 +1,5 @@
 // "robaxi record": what robots send is in the file, however the recording ends.
+#include "eventually.h"
 #include "loopback_broker.h"
 #include "plain_frames.h"
 #include "recording/robot_recorder.h"
@@ -8,6 +9,7 @@
 #include "video_robot.h"
 
 #include <robaxi/kv_broker.h>
+#include <robaxi/kv_connection.h>
 #include <robaxi/kv_module.h>
 #include <robaxi/kv_value_table.h>
 
@@ -20,6 +22,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <csignal>
 #include <filesystem>
@@ -37,6 +40,7 @@ using Json = nlohmann::json;
 namespace asio = boost::asio;
 using asio::ip::tcp;
 using obvista_test::ChildProcess;
+using obvista_test::eventually;
 using obvista_test::RobotProcess;
 using obvista_test::runTool;
 using obvista_test::toolCommand;
@@ -391,6 +395,42 @@ TEST(Record, MarksTheGapOfALostRobot) {
     const recording::Reader reader(path);
     const std::string name = reader.readMetadata(reader.metadata().front()).fEntries.at("name");
     EXPECT_THAT(eventsOf(path, name), ::testing::ElementsAre("begin", "lost", "connected", "end"));
+}
+
+TEST(Record, MarksASilenceOfTheRobot) {
+    RobotProcess robot;
+    const std::string path = pathOf("silence.mcap");
+    ChildProcess record(recordCommand({placeOf(robot), "-o", path}));
+    waitForReport(record, [](const Json& report) { return report["lost"].empty(); });
+    const auto visitor = KVConnection::open(KVBroker::createBroker({"Visitor"}),
+                                            RobotProcess::address(), robot.port(), 10);
+    using State = KVConnection::State;
+    robot.suspend();
+    // Both are told within half a second of each other; a silence that is longer is told for sure.
+    ASSERT_TRUE(eventually(
+        [&] { return visitor->getState() == State::Silent && visitor->getSilence() > 4; }));
+    robot.resume();
+    const auto isEndMarked = [&path] {
+        try {
+            for (const Heard& heard : hear(path)) {
+                if (heard.fData.find("answers again") != std::string::npos) {
+                    return true;
+                }
+            }
+        } catch (const recording::RecordingError&) {
+            // The file ends in the middle of a chunk.
+        }
+        return false;
+    };
+    EXPECT_TRUE(eventually(isEndMarked));
+    interrupt(record);
+    expectSound(path);
+    const recording::Reader reader(path);
+    const std::string name = reader.readMetadata(reader.metadata().front()).fEntries.at("name");
+    std::vector<std::string> events = eventsOf(path, name);
+    // Of the values during the silence, only the newest ones are sent.
+    events.erase(std::remove(events.begin(), events.end(), "passed over"), events.end());
+    EXPECT_THAT(events, ::testing::ElementsAre("begin", "silent", "answers again", "end"));
 }
 
 TEST(Record, AnIconThatDoesNotComeDelaysNothing) {

@@ -41,7 +41,7 @@ void recordFrames(const QString& file) {
         frame.fTime = a_time + static_cast<std::int64_t>(i);
         recorder.offer(picture::check(frame));
     }
-    recorder.offer(cameraviewer::StreamEnd{false, "removed"});
+    recorder.offer(cameraviewer::StreamEnd{cameraviewer::StreamEnd::Kind::CameraEnded, "removed"});
 }
 
 }  // namespace

@@ -14,8 +14,9 @@ constexpr int a_attempts = 20;
 
 }  // namespace
 
-boost::shared_ptr<KVBroker> createTestBroker(const std::string& name) {
-    return createTestBroker(name, KVSettings::load());
+boost::shared_ptr<KVBroker> createTestBroker(const std::string& name, int port) {
+    return port == 0 ? createTestBroker(name, KVSettings::load())
+                     : KVBroker::createBroker({name, "127.0.0.1", port, KVSettings::load()});
 }
 
 boost::shared_ptr<KVBroker> createTestBroker(const std::string& name, const KVSettings& settings) {

@@ -10,8 +10,12 @@ class KVSettings;
 
 namespace obvista_test {
 
-/** Creates a broker for a robot in the test's process, on a free port of the loopback address. */
-boost::shared_ptr<KVBroker> createTestBroker(const std::string& name);
+/**
+ * Creates a broker for a robot in the test's process, on the loopback address.
+ *
+ * @param port 0 for a free one
+ */
+boost::shared_ptr<KVBroker> createTestBroker(const std::string& name, int port = 0);
 
 /** Creates the same with explicit settings. */
 boost::shared_ptr<KVBroker> createTestBroker(const std::string& name, const KVSettings& settings);

@@ -39,8 +39,8 @@ std::int64_t now() {
 
 }  // namespace
 
-VideoRobot::VideoRobot(const std::string& name, Video video)
-    : fFrames(std::make_shared<KVFrameSource>()), fBroker(createTestBroker(name)) {
+VideoRobot::VideoRobot(const std::string& name, Video video, int port)
+    : fFrames(std::make_shared<KVFrameSource>()), fBroker(createTestBroker(name, port)) {
     fPort = fBroker->getPort();
     if (video == Video::Missing) {
         return;

@@ -24,7 +24,9 @@ class VideoRobot {
   public:
     enum class Video { Offered, Missing };
 
-    explicit VideoRobot(const std::string& name = "TestRobot", Video video = Video::Offered);
+    /** @param port 0 for a free one */
+    explicit VideoRobot(const std::string& name = "TestRobot", Video video = Video::Offered,
+                        int port = 0);
     ~VideoRobot();
     VideoRobot(const VideoRobot&) = delete;
     VideoRobot& operator=(const VideoRobot&) = delete;

@@ -4,6 +4,8 @@
 #include <obvista/widget_interface.h>
 #include <robaxi/kv_error.h>
 
+#include <QAbstractButton>
+#include <QAction>
 #include <QDialog>
 #include <QDir>
 #include <QDockWidget>
@@ -12,17 +14,20 @@
 #include <QMainWindow>
 #include <QPointer>
 #include <QRegularExpression>
+#include <QSettings>
 #include <QSignalSpy>
 #include <QTcpServer>
 #include <QtTest>
 #include <qt_test_main.h>
 
 #include <algorithm>
+#include <announced.h>
 #include <child_process.h>
 #include <limits>
 #include <loss_witness.h>
 #include <memory>
 #include <plugin_driver.h>
+#include <process_figures.h>
 #include <robot_process.h>
 #include <sockets.h>
 
@@ -41,6 +46,12 @@ class StubbornDock : public QDockWidget {
   protected:
     void closeEvent(QCloseEvent* event) override { event->ignore(); }
 };
+
+/** Returns the sentence of the kit's banner; empty if there is none. */
+QString bannerOf(QWidget* viewer) {
+    const auto* banner = viewer->findChild<QLabel*>(QStringLiteral("viewerBanner"));
+    return banner->isVisible() ? banner->text() : QString();
+}
 
 KVError::Cause causeOfFailure(PluginDriver& viewer, int port) {
     try {
@@ -79,6 +90,12 @@ class LifeCycleTest : public QObject {
     void reportsARobotThatIsKilled();
     void reportsARobotThatStaysSilent();
     void saysHowLongARobotHasNotAnswered();
+    void connectsAgainWhenTheRobotReturns();
+    void connectsAgainToARobotThatIsKilled();
+    void givesUpWhenTheUserDoes();
+    void asksBeforeItConnectsToAnotherRobot();
+    void followsAnAnnouncedRobotToAnotherPort();
+    void closesWhileItTriesToConnectAgain();
     void survivesItsDeletionInsideTheReport();
     void survivesTheWidgetsDeletionInsideTheReport();
     void reportsTheLossesOfTwoRobotsWhileADialogIsOpen();
@@ -99,12 +116,16 @@ class LifeCycleTest : public QObject {
   private:
     /** Returns a viewer in a visible dock. */
     QWidget* xShow(const ShownRobot& robot);
+    /** Returns one that shows the robot's value, and connects again when the robot is lost. */
+    QWidget* xShowPersistent();
+    void xLoseRobot();
 
     std::unique_ptr<ShownRobot> fRobot;
     std::unique_ptr<PluginDriver> fViewer;
 };
 
 void LifeCycleTest::init() {
+    QSettings().clear();
     fRobot = makeRobot();
     fRobot->show(7);
     fViewer = std::make_unique<PluginDriver>(pluginName());
@@ -119,6 +140,17 @@ QWidget* LifeCycleTest::xShow(const ShownRobot& robot) {
     QWidget* widget = fViewer->createWidget(robot.port());
     fViewer->dock(widget);
     return widget;
+}
+
+QWidget* LifeCycleTest::xShowPersistent() {
+    QSettings().setValue(QStringLiteral("Viewers/reconnect"), true);
+    QWidget* widget = xShow(*fRobot);
+    return QTest::qWaitFor([&] { return shows(widget, 7); }) ? widget : nullptr;
+}
+
+void LifeCycleTest::xLoseRobot() {
+    fRobot->stop();
+    fRobot.reset();
 }
 
 void LifeCycleTest::needsARobot() {
@@ -276,6 +308,147 @@ void LifeCycleTest::saysHowLongARobotHasNotAnswered() {
     robot.resume();
     QTRY_VERIFY(!banner->text().contains(QLatin1String("No answer")));
     QTRY_VERIFY(isLive(widget));
+    QCOMPARE(lost.size(), 0);
+}
+
+/** The number of returns can be set for tests by hand. */
+void LifeCycleTest::connectsAgainWhenTheRobotReturns() {
+    const int returns = std::max(qEnvironmentVariableIntValue("OBVISTA_TEST_RETURNS"), 3);
+    QWidget* widget = xShowPersistent();
+    QVERIFY(widget != nullptr);
+    QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
+    const int port = fRobot->port();
+    qint64 longest = 0;
+    for (int i = 1; i <= returns; ++i) {
+        xLoseRobot();
+        QTRY_VERIFY(bannerOf(widget).startsWith(QLatin1String("Lost 0 s ago; trying again")));
+        fRobot = makeRobot("TestRobot", port);
+        QElapsedTimer time;
+        time.start();
+        const int value = i % 100;
+        QTRY_VERIFY2((fRobot->show(value), shows(widget, value)), qPrintable(bannerOf(widget)));
+        longest = std::max(longest, time.elapsed());
+        QTRY_COMPARE(bannerOf(widget), QString());
+    }
+    QCOMPARE(lost.size(), 0);
+    qInfo("%d returns, values after %lld ms at most", returns, longest);
+}
+
+void LifeCycleTest::connectsAgainToARobotThatIsKilled() {
+    const int returns = std::max(qEnvironmentVariableIntValue("OBVISTA_TEST_RETURNS"), 6);
+    constexpr int firstReturns = 2;
+    auto robot = std::make_unique<RobotProcess>();
+    RobotProcess::Settings settings;
+    settings.fPort = robot->port();
+    QWidget* widget = fViewer->createWidget(robot->port());
+    fViewer->dock(widget);
+    auto* reconnect = widget->findChild<QAction*>(QStringLiteral("reconnectAction"));
+    QVERIFY(!reconnect->isChecked());
+    reconnect->trigger();
+    QVERIFY(QSettings().value(QStringLiteral("Viewers/reconnect")).toBool());
+    QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
+    QTRY_VERIFY(isLive(widget));
+    std::size_t threads = 0;
+    std::size_t descriptors = 0;
+    qint64 longest = 0;
+    for (int i = 1; i <= returns; ++i) {
+        robot->kill();
+        QTRY_VERIFY(bannerOf(widget).startsWith(QLatin1String("Lost ")));
+        QCOMPARE(connectionsTo(settings.fPort), 0);
+        robot = std::make_unique<RobotProcess>(settings);
+        QElapsedTimer time;
+        time.start();
+        QTRY_VERIFY2(bannerOf(widget).isEmpty(), qPrintable(bannerOf(widget)));
+        longest = std::max(longest, time.elapsed());
+        // The middleware's pools grow to their size during the first returns.
+        if (i == firstReturns) {
+            threads = countThreads();
+            descriptors = countDescriptors();
+        }
+    }
+    qInfo("%d kills, live after %lld ms at most; threads %zu, then %zu; descriptors %zu, then %zu",
+          returns, longest, threads, countThreads(), descriptors, countDescriptors());
+    // Fewer than one for each return: a pool may still grow by one.
+    const std::size_t leak = static_cast<std::size_t>(returns - firstReturns);
+    QTRY_VERIFY(countThreads() < threads + leak);
+    QTRY_VERIFY(countDescriptors() < descriptors + leak);
+    QCOMPARE(lost.size(), 0);
+}
+
+void LifeCycleTest::givesUpWhenTheUserDoes() {
+    QWidget* widget = xShowPersistent();
+    QVERIFY(widget != nullptr);
+    QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
+    const int port = fRobot->port();
+    xLoseRobot();
+    auto* giveUp = widget->findChild<QAbstractButton*>(QStringLiteral("giveUpButton"));
+    QTRY_VERIFY(giveUp->isVisible());
+    QVERIFY(!saysLost(widget));
+    fViewer->letTimePass();
+    QCOMPARE(lost.size(), 0);
+    giveUp->click();
+    QTRY_COMPARE(lost.size(), 1);
+    QVERIFY(saysLost(widget));
+    QVERIFY(!giveUp->isVisible());
+    fRobot = makeRobot("TestRobot", port);
+    fViewer->letTimePass();
+    QCOMPARE(lost.size(), 1);
+    QCOMPARE(connectionsTo(port), 0);
+}
+
+void LifeCycleTest::asksBeforeItConnectsToAnotherRobot() {
+    QWidget* widget = xShowPersistent();
+    QVERIFY(widget != nullptr);
+    const int port = fRobot->port();
+    xLoseRobot();
+    fRobot = makeRobot("OtherRobot", port);
+    fRobot->show(9);
+    QTRY_COMPARE(
+        bannerOf(widget),
+        QStringLiteral("\"OtherRobot\" answers in the place of \"TestRobot\". Connect to it?"));
+    fViewer->letTimePass();
+    QVERIFY(shows(widget, 7));
+    xLoseRobot();
+    QTRY_VERIFY(bannerOf(widget).startsWith(QLatin1String("Lost ")));
+
+    fRobot = makeRobot("OtherRobot", port);
+    auto* connection = widget->findChild<QAbstractButton*>(QStringLiteral("connectButton"));
+    QTRY_VERIFY(connection->isVisible());
+    connection->click();
+    QTRY_VERIFY((fRobot->show(9), shows(widget, 9)));
+    QCOMPARE(labelText(widget, "robotName"), QStringLiteral("OtherRobot"));
+    QCOMPARE(bannerOf(widget), QString());
+}
+
+void LifeCycleTest::followsAnAnnouncedRobotToAnotherPort() {
+    Announced announced;
+    announced.robot("robot.local", fRobot->port(), "127.0.0.1");
+    QWidget* widget = xShowPersistent();
+    QVERIFY(widget != nullptr);
+    xLoseRobot();
+    QTRY_VERIFY(bannerOf(widget).startsWith(QLatin1String("Lost ")));
+    fRobot = makeRobot();
+    announced.robot("robot.local", fRobot->port(), "127.0.0.1");
+    QTRY_VERIFY((fRobot->show(8), shows(widget, 8)));
+    const auto* address = widget->findChild<QLabel*>(QStringLiteral("robotAddress"));
+    QCOMPARE(address->text(), QStringLiteral("127.0.0.1:%1").arg(fRobot->port()));
+}
+
+void LifeCycleTest::closesWhileItTriesToConnectAgain() {
+    QWidget* widget = xShowPersistent();
+    QVERIFY(widget != nullptr);
+    QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
+    const int port = fRobot->port();
+    xLoseRobot();
+    QTcpServer mute;  // keeps the attempt waiting for two seconds
+    QVERIFY(mute.listen(QHostAddress::LocalHost, static_cast<quint16>(port)));
+    QSignalSpy visitors(&mute, &QTcpServer::newConnection);
+    QTRY_VERIFY(!visitors.isEmpty());
+    QElapsedTimer time;
+    time.start();
+    fViewer->deletePlugin();
+    QTRY_VERIFY(saysClosed(widget));
+    QVERIFY2(time.elapsed() < 1500, qPrintable(QString::number(time.elapsed())));
     QCOMPARE(lost.size(), 0);
 }
 

@@ -15,6 +15,7 @@ class PlainLink : public obvista::RobotLink {
 
   protected:
     void stop() override {}
+    void restart() override {}
 };
 
 }  // namespace obvista_test

@@ -5,6 +5,7 @@
 #include <QStringList>
 
 #include <memory>
+#include <string>
 
 class QWidget;
 
@@ -34,7 +35,8 @@ namespace viewer_case {
 /** Returns the host's name of the plugin. */
 QString pluginName();
 
-std::unique_ptr<ShownRobot> makeRobot();
+/** @param port 0 for a free one */
+std::unique_ptr<ShownRobot> makeRobot(const std::string& name = "TestRobot", int port = 0);
 
 /** Returns true if a visible viewer shows the robot's value. */
 bool shows(QWidget* viewer, int value);

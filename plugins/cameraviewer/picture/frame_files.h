@@ -20,9 +20,15 @@ struct ArrivedFrame {
     std::uint64_t fDropped = 0;  ///< frames before it that were not recorded
 };
 
-/** The end of a camera's stream during a recording; more frames may follow. */
+/** The beginning of a gap in a camera's stream during a recording; more frames may follow. */
 struct StreamEnd {
-    bool fIsLost = false;  ///< the connection to the robot was lost
+    /** In this order, each may follow those before it without frames between them. */
+    enum class Kind {
+        CameraEnded,  ///< by the robot
+        Silent,       ///< the robot does not answer
+        Lost          ///< the connection to the robot is lost
+    };
+    Kind fKind = Kind::CameraEnded;
     std::string fReason;
 };
 

@@ -36,9 +36,7 @@ bool McapFrameFile::write(const ArrivedFrame& arrived) {
         events.countDrops(arrived.fDropped);
     }
     events.report();
-    if (std::exchange(fIsGap, false)) {
-        events.write("camera continues", fCamera);
-    }
+    xEndGap();
     if (!fTopic->write(frame, arrived.fLogTime)) {
         events.countDrops();
     }
@@ -50,15 +48,39 @@ bool McapFrameFile::write(const ArrivedFrame& arrived) {
 
 void McapFrameFile::write(const StreamEnd& end) {
     // The viewer watches the camera again once a second, which may end in the same way.
-    if (!fFailure.isEmpty() || std::exchange(fIsGap, true)) {
+    if (!fFailure.isEmpty() || (fGap && *fGap >= end.fKind)) {
         return;
     }
-    if (end.fIsLost) {
-        fFile->events().write("lost", end.fReason);
-    } else {
-        fFile->events().write("camera ended", fCamera + ": " + end.fReason);
+    fGap = end.fKind;
+    switch (end.fKind) {
+        case StreamEnd::Kind::CameraEnded:
+            fFile->events().write("camera ended", fCamera + ": " + end.fReason);
+            break;
+        case StreamEnd::Kind::Silent:
+            fFile->events().write("silent", end.fReason);
+            break;
+        case StreamEnd::Kind::Lost:
+            fFile->events().write("lost", end.fReason);
+            break;
     }
     xCheck();
+}
+
+void McapFrameFile::xEndGap() {
+    if (!fGap) {
+        return;
+    }
+    switch (*std::exchange(fGap, std::nullopt)) {
+        case StreamEnd::Kind::CameraEnded:
+            fFile->events().write("camera continues", fCamera);
+            break;
+        case StreamEnd::Kind::Silent:
+            fFile->events().write("answers again", "");
+            break;
+        case StreamEnd::Kind::Lost:
+            fFile->events().write("connected", "");
+            break;
+    }
 }
 
 void McapFrameFile::finish(std::uint64_t dropped) {

@@ -5,6 +5,7 @@
 
 #include <matroska/recording_clock.h>
 #include <memory>
+#include <optional>
 #include <robot_recording/camera_topic.h>
 #include <robot_recording/robot_file.h>
 
@@ -29,6 +30,7 @@ class McapFrameFile : public FrameFiles {
     std::int64_t duration() const override { return fDuration; }
 
   private:
+    void xEndGap();
     void xCheck();
 
     const QString fName;
@@ -37,7 +39,7 @@ class McapFrameFile : public FrameFiles {
     std::unique_ptr<robot_recording::CameraTopic> fTopic;
     matroska::RecordingClock fClock;
     std::int64_t fDuration = 0;
-    bool fIsGap = false;  ///< from an end that was marked to the next frame
+    std::optional<StreamEnd::Kind> fGap;  ///< as marked, until the next frame
     QString fFailure;
 };
 

@@ -22,6 +22,15 @@ WriteQueue::~WriteQueue() {
     fThread.join();
 }
 
+void WriteQueue::setWriter(std::unique_ptr<ValueWriter> writer) {
+    std::shared_ptr<ValueWriter> next = std::move(writer);
+    {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        fWriter.swap(next);
+    }
+    next->cancel();
+}
+
 void WriteQueue::write(const WrittenKey& key, const KVValue& before, const KVValue& value) {
     Job job{++fNumber, key, before, value};
     fLastWrites[key.fId] = {job.fNumber, {WriteState::Phase::Pending, before, value, {}, {}}};
@@ -60,6 +69,7 @@ void WriteQueue::undo() {
 void WriteQueue::xRun() {
     for (;;) {
         Job job;
+        std::shared_ptr<ValueWriter> writer;
         {
             std::unique_lock<std::mutex> lock(fMutex);
             fWake.wait(lock, [this] { return fIsEnding || !fJobs.empty(); });
@@ -68,10 +78,11 @@ void WriteQueue::xRun() {
             }
             job = std::move(fJobs.front());
             fJobs.pop_front();
+            writer = fWriter;
         }
         QString refusal;
         try {
-            fWriter->write(job.fKey.fName, job.fValue);
+            writer->write(job.fKey.fName, job.fValue);
         } catch (const KVError& error) {
             refusal = obvista::plainText(error.toString());
         } catch (const std::exception& error) {

@@ -60,6 +60,8 @@ class WriteQueue : public QObject {
 
     /** The last write of a key, until the next one; null if it was never written. */
     const WriteState* state(std::uint32_t id) const;
+    /** Writes through another writer from now on. The running write is cancelled. */
+    void setWriter(std::unique_ptr<ValueWriter> writer);
     /** Ends all waiting writes as refused, for instance when the robot is lost. */
     void giveUp(const QString& reason);
 
@@ -91,14 +93,14 @@ class WriteQueue : public QObject {
     void xRun();
     void xFinish(const Job& job, const QString& refusal);
 
-    std::unique_ptr<ValueWriter> fWriter;
     std::unordered_map<std::uint32_t, LastWrite> fLastWrites;
     std::optional<Job> fUndo;
     std::uint64_t fNumber = 0;
     std::size_t fPending = 0;
 
-    std::mutex fMutex;
+    std::mutex fMutex;  // guards the members below
     std::condition_variable fWake;
+    std::shared_ptr<ValueWriter> fWriter;
     std::deque<Job> fJobs;
     bool fIsEnding = false;
     std::thread fThread;

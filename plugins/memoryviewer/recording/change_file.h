@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <memory>
 #include <robot_recording/robot_origin.h>
+#include <string>
+#include <vector>
 
 namespace memoryviewer {
 
@@ -23,8 +25,8 @@ struct RecordedChange {
 struct RecordedEvent {
     std::string fName;  ///< as in the recordings of robaxi: "key removed", "lost"
     std::string fText;  ///< for people
-    /** The key whose values are unknown from now on; null if the event is about the robot. */
-    std::shared_ptr<const KVKeyInfo> fKey;
+    /** The keys whose values are unknown from now on; not null. */
+    std::vector<std::shared_ptr<const KVKeyInfo>> fKeys{};
 };
 
 /**

@@ -58,7 +58,7 @@ void ChangeRecorder::start(const QString& fileName) {
         fProgress = RecordingProgress();
         fStart = Clock::now();
     }
-    fThread = std::thread([this] { xRun(); });
+    fThread = std::thread([this, robot = fRobot] { xRun(robot); });
 }
 
 void ChangeRecorder::record(std::vector<RecordedChange> changes) {
@@ -136,8 +136,8 @@ bool ChangeRecorder::xHasRoomFor(std::size_t bytes) const {
     return fWaiting.size() < fLimits.fChanges && fWaitingBytes + bytes <= fLimits.fBytes;
 }
 
-void ChangeRecorder::xRun() {
-    const QString error = xWriteFile();
+void ChangeRecorder::xRun(const robot_recording::RobotOrigin& robot) {
+    const QString error = xWriteFile(robot);
     {
         const std::lock_guard<std::mutex> lock(fMutex);
         fPhase = Phase::Idle;
@@ -149,8 +149,8 @@ void ChangeRecorder::xRun() {
 }
 
 /** @return the reason of a premature end, or nothing */
-QString ChangeRecorder::xWriteFile() {
-    const std::unique_ptr<ChangeFile> file = makeChangeFile(fFileName, fRobot);
+QString ChangeRecorder::xWriteFile(const robot_recording::RobotOrigin& robot) {
+    const std::unique_ptr<ChangeFile> file = makeChangeFile(fFileName, robot);
     if (file->open(fFileName)) {
         QMetaObject::invokeMethod(this, &ChangeRecorder::started, Qt::QueuedConnection);
         xWriteEntries(*file);

@@ -95,8 +95,8 @@ class ChangeRecorder : public QObject {
         bool fIsLast = false;
     };
 
-    void xRun();
-    QString xWriteFile();
+    void xRun(const robot_recording::RobotOrigin& robot);
+    QString xWriteFile(const robot_recording::RobotOrigin& robot);
     void xWriteEntries(ChangeFile& file);
     Work xWaitForWork();
     void xCount(const ChangeFile& file);

@@ -31,8 +31,8 @@ bool CsvChangeFile::append(const RecordedChange& change) {
 }
 
 bool CsvChangeFile::append(const RecordedEvent& event) {
-    if (event.fKey) {
-        robot_recording::appendGapRow(fRows, fTime, csvKey(*event.fKey));
+    for (const auto& key : event.fKeys) {
+        robot_recording::appendGapRow(fRows, fTime, csvKey(*key));
         ++fWaitingOtherRows;
     }
     return xWriteIfLong();

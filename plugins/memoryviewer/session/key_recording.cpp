@@ -14,6 +14,7 @@ KeyRecording::KeyRecording(KeyStore* keys, ChangeRecorder* recorder, QObject* pa
     connect(fRecorder, &ChangeRecorder::finished, this, [this] {
         fHasBegun = false;
         fDescribed.clear();
+        fUnknown.clear();
         fBegun.clear();
     });
 }
@@ -46,10 +47,36 @@ void KeyRecording::xMarkLeftOut(const std::vector<std::uint32_t>& ids) {
     for (const std::uint32_t id : std::exchange(fIds, {})) {
         const auto described = fDescribed.find(id);
         if (present.count(id) == 0 && described != fDescribed.end()) {
-            fRecorder->record({"key left out", described->second->fName, described->second});
+            fRecorder->record({"key left out", described->second->fName, {described->second}});
             fDescribed.erase(described);
+            fUnknown.erase(id);
         }
     }
+}
+
+void KeyRecording::beginGap(const char* event, const QString& text) {
+    RecordedEvent gap{event, text.toStdString()};
+    for (const auto& [id, key] : fDescribed) {
+        if (fUnknown.insert(id).second) {
+            gap.fKeys.push_back(key);
+        }
+    }
+    fRecorder->record(std::move(gap));
+}
+
+void KeyRecording::endGap(const char* event) {
+    fRecorder->record(RecordedEvent{event, {}});
+}
+
+void KeyRecording::repeatValues() {
+    std::vector<RecordedChange> rows;
+    const std::int64_t now = fKeys->clock().now();
+    for (const std::uint32_t id : std::exchange(fUnknown, {})) {
+        if (const MemoryKey* key = fKeys->find(id)) {
+            rows.push_back({now, xDescribed(*key), key->fValue});
+        }
+    }
+    fRecorder->record(std::move(rows));
 }
 
 void KeyRecording::append(const std::vector<KVChange>& changes) {
@@ -60,6 +87,7 @@ void KeyRecording::append(const std::vector<KVChange>& changes) {
     rows.reserve(changes.size());
     for (const KVChange& change : changes) {
         const MemoryKey* key = fKeys->find(change.fId);
+        fUnknown.erase(change.fId);
         if (key != nullptr && !xIsAtBeginning(change)) {
             rows.push_back({change.fTime, xDescribed(*key), change.fValue});
         }
@@ -69,10 +97,11 @@ void KeyRecording::append(const std::vector<KVChange>& changes) {
 
 void KeyRecording::end(MemoryPhase phase, const QString& refusal) {
     if (phase == MemoryPhase::Lost) {
-        fRecorder->record({"lost", tr("The connection to the robot was lost.").toStdString(), {}});
+        fRecorder->record(
+            RecordedEvent{"lost", tr("The connection to the robot was lost.").toStdString()});
     }
     if (phase == MemoryPhase::Refused) {
-        fRecorder->record({"values ended", refusal.toStdString(), {}});
+        fRecorder->record(RecordedEvent{"values ended", refusal.toStdString()});
     }
     fRecorder->stop();
 }
@@ -100,9 +129,10 @@ void KeyRecording::xOnKeysGoing(const std::vector<const MemoryKey*>& keys) {
     for (const MemoryKey* key : keys) {
         const auto described = fDescribed.find(key->fInfo.fId);
         if (described != fDescribed.end()) {
-            fRecorder->record({"key removed", key->fInfo.fName, described->second});
+            fRecorder->record({"key removed", key->fInfo.fName, {described->second}});
             fDescribed.erase(described);
         }
+        fUnknown.erase(key->fInfo.fId);
         fBegun.erase(key->fInfo.fId);
     }
 }

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <memory>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace memoryviewer {
@@ -35,6 +36,18 @@ class KeyRecording : public QObject {
     void setKeys(const std::vector<std::uint32_t>& ids);
     /** Does nothing without a recording. */
     void append(const std::vector<KVChange>& changes);
+    /**
+     * Marks that no values are received from now on. A gap that follows another one without values
+     * between them is marked by its event only.
+     *
+     * @param event as in the recordings of robaxi
+     */
+    void beginGap(const char* event, const QString& text);
+    /** Marks that values may follow. */
+    void endGap(const char* event);
+    /** Adds the values of the keys that have not changed since a gap, since they are known again.
+     */
+    void repeatValues();
     /** Ends a recording because the session is over. */
     void end(MemoryPhase phase, const QString& refusal);
 
@@ -50,6 +63,7 @@ class KeyRecording : public QObject {
     bool fHasBegun = false;
     std::vector<std::uint32_t> fIds;
     std::unordered_map<std::uint32_t, std::shared_ptr<const KVKeyInfo>> fDescribed;
+    std::unordered_set<std::uint32_t> fUnknown;              // keys in a gap
     std::unordered_map<std::uint32_t, std::int64_t> fBegun;  // times of the values at the start
 };
 

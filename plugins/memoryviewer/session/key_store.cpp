@@ -27,6 +27,9 @@ void KeyStore::add(const std::vector<KVKeyInfo>& keys) {
     for (const KVKeyInfo& info : keys) {
         auto& slot = fKeys[info.fId];
         if (slot) {
+            if (slot->fInfo.fName == info.fName) {
+                slot->fInfo = info;
+            }
             continue;
         }
         slot = std::make_unique<MemoryKey>();
@@ -229,6 +232,15 @@ std::vector<std::uint32_t> KeyStore::ids() const {
     ids.reserve(fSorted.size());
     for (const MemoryKey* key : fSorted) {
         ids.push_back(key->fInfo.fId);
+    }
+    return ids;
+}
+
+IdentifiersByName KeyStore::idsByName() const {
+    IdentifiersByName ids;
+    ids.reserve(fSorted.size());
+    for (const MemoryKey* key : fSorted) {
+        ids.emplace(key->fInfo.fName, key->fInfo.fId);
     }
     return ids;
 }

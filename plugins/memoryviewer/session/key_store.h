@@ -1,6 +1,7 @@
 #ifndef OBVISTA_MEMORYVIEWER_KEY_STORE_H
 #define OBVISTA_MEMORYVIEWER_KEY_STORE_H
 
+#include "session/key_identifiers.h"
 #include "session/memory_key.h"
 #include "session/robot_clock.h"
 #include "session/subscription_planner.h"
@@ -34,7 +35,7 @@ class KeyStore : public QObject {
     explicit KeyStore(QObject* parent = nullptr);
     ~KeyStore() override;
 
-    /** Known identifiers are ignored. */
+    /** Of a known identifier, only the metadata is taken. */
     void add(const std::vector<KVKeyInfo>& keys);
     /** Unknown identifiers are ignored. */
     void remove(const std::vector<std::uint32_t>& ids);
@@ -63,6 +64,8 @@ class KeyStore : public QObject {
     std::vector<std::uint32_t> ids(const QStringList& names) const;
     /** Returns the identifiers of all keys. */
     std::vector<std::uint32_t> ids() const;
+    /** Returns the identifiers of all keys by name. */
+    IdentifiersByName idsByName() const;
     /** Returns all keys in the order of their paths. */
     const std::vector<const MemoryKey*>& sorted() const { return fSorted; }
     /** Compares keys in that order. */

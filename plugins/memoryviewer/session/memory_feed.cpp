@@ -49,23 +49,43 @@ void MemoryFeed::keepEveryChangeOf(std::unordered_set<std::uint32_t> ids) {
     fEveryChangeIds = std::move(ids);
 }
 
+void MemoryFeed::restart(IdentifiersByName known) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    fIdentifiers.restart(std::move(known));
+}
+
+std::vector<std::uint32_t> MemoryFeed::robotsIdentifiers(const std::vector<std::uint32_t>& ids) {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    return fIdentifiers.robots(ids);
+}
+
+std::vector<std::uint32_t> MemoryFeed::takeMissing() {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    return fIdentifiers.takeMissing();
+}
+
 void MemoryFeed::keysAdded(const std::vector<KVKeyInfo>& keys) {
     const std::lock_guard<std::mutex> lock(fMutex);
     fPending.fBatch.fHasTable = true;
     for (const KVKeyInfo& key : keys) {
-        fPending.fAdded.insert_or_assign(key.fId, key);
+        const std::uint32_t id = fIdentifiers.add(key.fId, key.fName);
+        fPending.fAdded.insert_or_assign(id, key).first->second.fId = id;
     }
     xNotify();
 }
 
 void MemoryFeed::keysRemoved(const std::vector<std::uint32_t>& ids) {
     const std::lock_guard<std::mutex> lock(fMutex);
-    for (const std::uint32_t id : ids) {
-        fPending.fChanged.erase(id);
+    for (const std::uint32_t robots : ids) {
+        const std::optional<std::uint32_t> id = fIdentifiers.remove(robots);
+        if (!id) {
+            continue;
+        }
+        fPending.fChanged.erase(*id);
         // Identifiers are never reused, so a key that was added and removed since the last take()
-        // need not be reported.
-        if (fPending.fAdded.erase(id) == 0) {
-            fPending.fBatch.fRemoved.push_back(id);
+        // need not be reported, unless it was there before the robot was lost.
+        if (fPending.fAdded.erase(*id) == 0 || fIdentifiers.hasRestarted()) {
+            fPending.fBatch.fRemoved.push_back(*id);
         }
     }
     xNotify();
@@ -76,28 +96,33 @@ void MemoryFeed::valuesChanged(const std::vector<KVChange>& changes) {
     fPending.fBatch.fUpdates += changes.size();
     fPending.fBatch.fArrival = base::microsecondsNow();
     for (const KVChange& change : changes) {
-        if (fEveryChangeIds.count(change.fId) != 0) {
+        const std::optional<std::uint32_t> id = fIdentifiers.find(change.fId);
+        if (!id) {
+            continue;
+        }
+        if (fEveryChangeIds.count(*id) != 0) {
             if (fPending.fBatch.fEveryChange.size() < a_mostChangesKept) {
                 fPending.fBatch.fEveryChange.push_back(change);
+                fPending.fBatch.fEveryChange.back().fId = *id;
             } else {
                 ++fPending.fBatch.fLostChanges;
             }
         }
-        xMerge(change);
+        xMerge(*id, change);
     }
     xNotify();
 }
 
 /** Called with the lock held. */
-void MemoryFeed::xMerge(const KVChange& change) {
-    const auto [slot, isFirst] = fPending.fChanged.try_emplace(change.fId, change);
-    if (isFirst) {
-        return;
-    }
+void MemoryFeed::xMerge(std::uint32_t id, const KVChange& change) {
+    const auto [slot, isFirst] = fPending.fChanged.try_emplace(id, change);
     MergedChange& merged = slot->second;
-    // A change can arrive twice, if a key is subscribed at two rates.
-    merged.fTimes.add(change.fTime);
-    merged.fNewest = change;
+    if (!isFirst) {
+        // A change can arrive twice, if a key is subscribed at two rates.
+        merged.fTimes.add(change.fTime);
+        merged.fNewest = change;
+    }
+    merged.fNewest.fId = id;
 }
 
 /** A lost connection reports itself. */

@@ -1,6 +1,7 @@
 #ifndef OBVISTA_MEMORYVIEWER_MEMORY_FEED_H
 #define OBVISTA_MEMORYVIEWER_MEMORY_FEED_H
 
+#include "session/key_identifiers.h"
 #include "session/memory_key.h"
 
 #include <obvista/viewer/notice.h>
@@ -51,6 +52,18 @@ class MemoryFeed {
     /** Sets the keys of which every change is needed, for a plot or a recording. */
     void keepEveryChangeOf(std::unordered_set<std::uint32_t> ids);
 
+    /**
+     * Takes the identifiers of a robot that has returned for others from now on; no subscription
+     * may be running. Those of the viewer stay the same.
+     *
+     * @param known the viewer's keys
+     */
+    void restart(IdentifiersByName known);
+    /** Returns the robot's identifiers of keys. */
+    std::vector<std::uint32_t> robotsIdentifiers(const std::vector<std::uint32_t>& ids);
+    /** Returns the keys that a robot has not announced again since restart(), and forgets them. */
+    std::vector<std::uint32_t> takeMissing();
+
     void keysAdded(const std::vector<KVKeyInfo>& keys);
     void keysRemoved(const std::vector<std::uint32_t>& ids);
     void valuesChanged(const std::vector<KVChange>& changes);
@@ -63,11 +76,12 @@ class MemoryFeed {
         std::unordered_map<std::uint32_t, MergedChange> fChanged;
     };
 
-    void xMerge(const KVChange& change);
+    void xMerge(std::uint32_t id, const KVChange& change);
     void xNotify();
 
     obvista::Notice& fNotice;
     std::mutex fMutex;  // guards all below
+    KeyIdentifiers fIdentifiers;
     Pending fPending;
     std::unordered_set<std::uint32_t> fEveryChangeIds;
     bool fHasSomething = false;

@@ -20,9 +20,8 @@ constexpr int a_writeTimeOut = 3;
 
 MemoryLink::MemoryLink(const boost::shared_ptr<KVBroker>& broker, const std::string& ip, int port,
                        double timeOut)
-    : RobotLink(broker, ip, port, timeOut), fBroker(broker), fRate(a_firstRate) {
-    fFast = xSubscribe(fRate, fFeed.callbacks());
-    fHistory = std::make_unique<HistoryClient>(connection(), notice());
+    : RobotLink(broker, ip, port, timeOut), fRate(a_firstRate) {
+    MemoryLink::restart();
 }
 
 MemoryLink::~MemoryLink() {
@@ -35,36 +34,54 @@ void MemoryLink::stop() {
     fFast.reset();
 }
 
+void MemoryLink::restart() {
+    fHistory = std::make_unique<HistoryClient>(connection(), notice());
+    xStart();
+}
+
+void MemoryLink::subscribeAgain() {
+    if (fFast) {
+        xStart();
+    }
+}
+
+void MemoryLink::xStart() {
+    fSlow.reset();
+    fSent = {};
+    fFast = xSubscribe(fRate, fFeed.callbacks());
+}
+
 void MemoryLink::subscribe(const SubscriptionPlan& plan, int rate) {
-    if (isClosed()) {
+    if (!fFast) {
         return;
     }
     if (rate != fRate) {
         fRate = rate;
         fFast->setRate(rate);
     }
-    if (plan.fFast != fPlan.fFast) {
-        fFast->setKeys(plan.fFast);
+    SubscriptionPlan sent{fFeed.robotsIdentifiers(plan.fFast), fFeed.robotsIdentifiers(plan.fSlow)};
+    if (sent.fFast != fSent.fFast) {
+        fFast->setKeys(sent.fFast);
     }
-    if (plan.fSlow.empty()) {
+    if (sent.fSlow.empty()) {
         fSlow.reset();
-    } else if (plan.fSlow != fPlan.fSlow || !fSlow) {
+    } else if (sent.fSlow != fSent.fSlow || !fSlow) {
         if (!fSlow) {
             KVSubscription::Callbacks values;  // the feed already has the keys
             values.fValuesChanged = fFeed.callbacks().fValuesChanged;
             fSlow = xSubscribe(a_slowRate, std::move(values));
         }
-        fSlow->setKeys(plan.fSlow);
+        fSlow->setKeys(sent.fSlow);
     }
-    fPlan = plan;
+    fSent = std::move(sent);
 }
 
 double MemoryLink::roundTrip() const {
-    return isClosed() ? -1 : connection()->getRoundTrip();
+    return fFast && silence() == 0 ? connection()->getRoundTrip() : -1;
 }
 
 std::unique_ptr<ValueWriter> MemoryLink::makeWriter() const {
-    return std::make_unique<RobotWriter>(fBroker, address(), port(), a_writeTimeOut);
+    return std::make_unique<RobotWriter>(broker(), address(), port(), a_writeTimeOut);
 }
 
 std::shared_ptr<KVSubscription> MemoryLink::xSubscribe(double rate,

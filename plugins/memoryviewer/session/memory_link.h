@@ -40,11 +40,15 @@ class MemoryLink : public obvista::RobotLink {
     HistoryClient* history() const { return fHistory.get(); }
 
     /**
-     * Changes the subscribed keys and rate. Does not wait; does nothing if the link is closed.
+     * Changes the subscribed keys and rate. Does not wait; does nothing without a connection.
      *
      * @param rate of the fast keys, updates a second
      */
     void subscribe(const SubscriptionPlan& plan, int rate);
+
+    /** Subscribes again, since the robot has ended the subscriptions. Does nothing without a
+     *  connection. */
+    void subscribeAgain();
 
     /** Returns the round trip to the robot in seconds; negative if unknown. */
     double roundTrip() const;
@@ -54,13 +58,14 @@ class MemoryLink : public obvista::RobotLink {
 
   protected:
     void stop() override;
+    void restart() override;
 
   private:
+    void xStart();
     std::shared_ptr<KVSubscription> xSubscribe(double rate, KVSubscription::Callbacks callbacks);
 
-    const boost::shared_ptr<KVBroker> fBroker;
     MemoryFeed fFeed{notice()};
-    SubscriptionPlan fPlan;
+    SubscriptionPlan fSent;  ///< with the robot's identifiers
     int fRate;
     std::shared_ptr<KVSubscription> fFast;
     std::shared_ptr<KVSubscription> fSlow;  // only while it is needed

@@ -24,6 +24,12 @@ namespace {
  */
 constexpr int a_frameTime = 40;
 constexpr int a_secondTime = 1000;
+/** Milliseconds after which a robot that has returned has announced its keys. */
+constexpr qint64 a_startTime = 5000;
+/** Milliseconds after which it is asked again if it has no module with values yet. */
+constexpr int a_askAgainTime = 300;
+/** Milliseconds after a silence in which the values that have changed meanwhile arrive. */
+constexpr qint64 a_catchUpTime = 1000;
 
 }  // namespace
 
@@ -41,10 +47,14 @@ MemorySession::MemorySession(std::shared_ptr<MemoryLink> link, QObject* parent)
     fSinceSecond.start();
     fSinceValue.start();
     fSecondTimer.start(a_secondTime);
-    fRecorder->setRobot({fLink->robotName(), fLink->address(), fLink->address(), fLink->port()});
+    xDescribeRobot();
 }
 
 MemorySession::~MemorySession() = default;
+
+void MemorySession::xDescribeRobot() {
+    fRecorder->setRobot({fLink->robotName(), fLink->address(), fLink->address(), fLink->port()});
+}
 
 void MemorySession::takeNews() {
     if (!fFrameTimer.isActive()) {
@@ -64,6 +74,36 @@ void MemorySession::end(obvista::LinkState state) {
     xSetPhase(state == obvista::LinkState::Lost ? MemoryPhase::Lost : MemoryPhase::Closed);
 }
 
+void MemorySession::interrupt() {
+    fFrameTimer.stop();
+    xTakeBatch();
+    fLink->feed().restart(fKeys->idsByName());
+    fSinceReturn.invalidate();
+    fSinceSilence.invalidate();
+    fWrites->giveUp(tr("the robot is lost"));
+    fRecording->beginGap("lost", tr("The connection to the robot was lost."));
+    xSetPhase(MemoryPhase::Interrupted);
+}
+
+void MemorySession::resume() {
+    fWrites->setWriter(fLink->makeWriter());
+    xDescribeRobot();
+    fRecording->endGap("connected");
+    fSinceReturn.start();
+    xSetPhase(MemoryPhase::WaitingForKeys);
+}
+
+void MemorySession::setSilent(bool isSilent) {
+    if (isSilent) {
+        fSinceSilence.invalidate();
+        fRecording->beginGap("silent", tr("The robot does not answer."));
+        Q_EMIT silenceBegan();
+    } else {
+        fRecording->endGap("answers again");
+        fSinceSilence.start();
+    }
+}
+
 void MemorySession::xTakeBatch() {
     fSinceFrame.restart();
     MemoryBatch batch = fLink->feed().take();
@@ -73,7 +113,9 @@ void MemorySession::xTakeBatch() {
 }
 
 void MemorySession::xUpdatePhase(const MemoryBatch& batch) {
-    if (batch.fRefusal) {
+    if (batch.fRefusal && fSinceReturn.isValid()) {
+        QTimer::singleShot(a_askAgainTime, this, [this] { fLink->subscribeAgain(); });
+    } else if (batch.fRefusal) {
         fRefusal = obvista::plainText(*batch.fRefusal);
         xSetPhase(MemoryPhase::Refused);
     } else if (batch.fHasTable) {
@@ -101,6 +143,8 @@ void MemorySession::xSetPhase(MemoryPhase phase) {
     fPhase = phase;
     if (situation().isOver()) {
         fSecondTimer.stop();
+        fSinceReturn.invalidate();
+        fSinceSilence.invalidate();
         fWrites->giveUp(tr("the robot is lost"));
         fRecording->end(phase, fRefusal);
     }
@@ -116,7 +160,21 @@ void MemorySession::xOnSecond() {
     } else {
         fSinceValue.restart();
     }
+    xCatchUp();
     Q_EMIT secondPassed();
+}
+
+/** Completes what the end of a silence, or the return of the robot, began. */
+void MemorySession::xCatchUp() {
+    if (fSinceReturn.isValid() && fSinceReturn.hasExpired(a_startTime)) {
+        fSinceReturn.invalidate();
+        fKeys->remove(fLink->feed().takeMissing());
+    }
+    if (fSinceSilence.isValid() && fSinceSilence.hasExpired(a_catchUpTime)) {
+        fSinceSilence.invalidate();
+        fRecording->repeatValues();
+        Q_EMIT plottingBegan({fEveryChangeIds.begin(), fEveryChangeIds.end()});
+    }
 }
 
 void MemorySession::subscribe(SubscriptionNeeds needs, int rate) {

@@ -50,6 +50,12 @@ class MemorySession : public QObject {
     void setReplay(const obvista::ReplayState& replay);
     /** The link has ended. Takes the values that came before the end. */
     void end(obvista::LinkState state);
+    /** The robot is lost, and may return. Takes the values that came before. */
+    void interrupt();
+    /** The robot has returned. Keys, rates and the recording continue. */
+    void resume();
+    /** The robot does not answer from now on, or answers again. */
+    void setSilent(bool isSilent);
 
     /**
      * Subscribes to the needed keys; cheap if they have not changed. Also starts with the current
@@ -70,21 +76,25 @@ class MemorySession : public QObject {
     void changesTaken(const std::vector<KVChange>& changes);
     /**
      * Emitted when keys are plotted whose values are known, and are not sent again before they
-     * change.
+     * change; also after a silence of the robot.
      */
     void plottingBegan(const std::vector<std::uint32_t>& ids);
     /** Emitted when isUpdating() becomes false. */
     void updatesStopped();
+    /** Emitted when the robot does not answer any more. */
+    void silenceBegan();
     /** Emitted when rates are up to date; not any more when the session is over. */
     void secondPassed();
     void phaseChanged();
 
   private:
+    void xDescribeRobot();
     void xTakeBatch();
     void xApply(MemoryBatch& batch);
     void xUpdatePhase(const MemoryBatch& batch);
     void xSetPhase(MemoryPhase phase);
     void xOnSecond();
+    void xCatchUp();
     std::vector<std::uint32_t> xRecorded(const SubscriptionNeeds& needs) const;
     std::vector<std::uint32_t> xNewlyPlotted(const SubscriptionNeeds& needs) const;
     void xKeepEveryChange(const SubscriptionNeeds& needs);
@@ -108,6 +118,8 @@ class MemorySession : public QObject {
     QTimer fSecondTimer;
     QElapsedTimer fSinceSecond;
     QElapsedTimer fSinceValue;
+    QElapsedTimer fSinceReturn;   // of the robot; not valid if that is long ago, or never was
+    QElapsedTimer fSinceSilence;  // the same for the end of a silence
     std::size_t fUpdates = 0;
     int fUpdatesPerSecond = 0;
 };

@@ -8,7 +8,14 @@
 namespace memoryviewer {
 
 /** Phase of the robot's values. */
-enum class MemoryPhase { WaitingForKeys, Live, Refused, Lost, Closed };
+enum class MemoryPhase {
+    WaitingForKeys,
+    Live,
+    Interrupted,  ///< the robot is lost, and may return
+    Refused,
+    Lost,
+    Closed
+};
 
 /** State of a session. */
 struct MemorySituation {
@@ -24,7 +31,10 @@ struct MemorySituation {
 
     bool isLive() const { return fPhase == MemoryPhase::Live; }
     /** Returns true if no more values come. */
-    bool isOver() const { return !isLive() && fPhase != MemoryPhase::WaitingForKeys; }
+    bool isOver() const {
+        return fPhase == MemoryPhase::Refused || fPhase == MemoryPhase::Lost ||
+               fPhase == MemoryPhase::Closed;
+    }
 };
 
 }  // namespace memoryviewer

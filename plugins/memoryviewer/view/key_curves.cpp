@@ -71,7 +71,7 @@ void KeyCurves::begin(const std::vector<std::uint32_t>& ids) {
     std::vector<PlotSample> samples;
     for (const std::uint32_t id : ids) {
         const MemoryKey* key = fKeys->find(id);
-        if (key != nullptr && key->hasValue()) {
+        if (key != nullptr && key->hasValue() && !xIsGoingOn(*key)) {
             xAddSample(samples, *key, key->fTime, key->fValue);
         }
     }
@@ -86,6 +86,11 @@ void KeyCurves::append(const std::vector<KVChange>& changes) {
         }
     }
     fPlots->append(samples);
+}
+
+bool KeyCurves::xIsGoingOn(const MemoryKey& key) const {
+    const int handle = fPlots->keyHandle(QString::fromStdString(key.fInfo.fName));
+    return handle >= 0 && fPlots->history().curve(handle).isGoingOn();
 }
 
 /**

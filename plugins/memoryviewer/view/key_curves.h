@@ -32,7 +32,8 @@ class KeyCurves : public QObject {
     /** Plots numeric keys; see PlotPanel::addCurves(). */
     void plot(const QStringList& names, Place place);
     /**
-     * Starts the curves of keys whose values are known, and are not sent again before they change.
+     * Starts or continues the curves of keys whose values are known, and are not sent again before
+     * they change.
      */
     void begin(const std::vector<std::uint32_t>& ids);
     /** Adds changes of the plotted keys. */
@@ -41,6 +42,7 @@ class KeyCurves : public QObject {
   private:
     std::optional<PlottedKey> xLookup(const QString& name) const;
     void xDescribe(const MemoryKey& key);
+    bool xIsGoingOn(const MemoryKey& key) const;
     void xAddSample(std::vector<PlotSample>& samples, const MemoryKey& key, std::int64_t time,
                     const KVValue& value) const;
     void xOnPlottedKeysChanged();

@@ -32,6 +32,7 @@ QString phaseText(const MemorySituation& situation) {
         case MemoryPhase::Refused:
             //: %1 is the robot's reason
             return Texts::tr("The robot does not provide values: %1").arg(situation.fRefusal);
+        case MemoryPhase::Interrupted:
         case MemoryPhase::Lost:
             return obvista::endText(obvista::LinkState::Lost);
         case MemoryPhase::Closed:
@@ -79,6 +80,7 @@ QString activityText(const ViewerSituation& situation) {
             return liveText(situation);
         case MemoryPhase::Refused:
             return Texts::tr("no values");
+        case MemoryPhase::Interrupted:
         case MemoryPhase::Lost:
             return Texts::tr("robot lost");
         case MemoryPhase::Closed:
@@ -103,6 +105,9 @@ QString messageFor(const ViewerSituation& situation) {
 }
 
 QString noticeFor(const ViewerSituation& situation) {
+    if (situation.fPhase == MemoryPhase::Interrupted) {
+        return Texts::tr("These are the last values received.");  // the kit says the rest
+    }
     if (!situation.isLive()) {
         return phaseText(situation) + QLatin1Char(' ') +
                Texts::tr("These are the last values received.");
@@ -126,7 +131,7 @@ QString statusFor(const ViewerSituation& situation) {
         //: in the status line
         parts += Texts::tr("round trip %1 ms").arg(milliseconds, 0, 'f', milliseconds < 10 ? 1 : 0);
     }
-    if (situation.isLive() && situation.fAge >= 0) {
+    if (!situation.isOver() && situation.fAge >= 0) {
         //: time since the newest value, with its unit; in the status line
         parts += Texts::tr("age %1").arg(ageText(situation.fAge));
     }

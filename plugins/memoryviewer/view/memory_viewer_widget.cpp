@@ -120,6 +120,12 @@ void MemoryViewerWidget::xConnect() {
     connect(this, &ViewerWidget::newsArrived, fReplayCurves, &ReplayCurves::takeNews);
     connect(this, &ViewerWidget::replayChanged, this, &MemoryViewerWidget::xOnReplayChanged);
     connect(this, &ViewerWidget::linkEnded, fSession, [this] { fSession->end(linkState()); });
+    connect(this, &ViewerWidget::linkInterrupted, fSession, &MemorySession::interrupt);
+    connect(this, &ViewerWidget::robotReplaced, this, &MemoryViewerWidget::xOnRobotReplaced);
+    connect(this, &ViewerWidget::linkRestored, fSession, &MemorySession::resume);
+    connect(this, &ViewerWidget::linkRestored, fReplayCurves, &ReplayCurves::restart);
+    connect(this, &ViewerWidget::silenceChanged, fSession, &MemorySession::setSilent);
+    connect(fSession, &MemorySession::silenceBegan, this, &MemoryViewerWidget::xEndCurves);
     connect(fSession, &MemorySession::newsTaken, this, &MemoryViewerWidget::xOnNewsTaken);
     connect(fSession, &MemorySession::changesTaken, fCurves, &KeyCurves::append);
     connect(fSession, &MemorySession::plottingBegan, fCurves, &KeyCurves::begin);
@@ -225,13 +231,26 @@ void MemoryViewerWidget::xOnNewsTaken() {
 }
 
 void MemoryViewerWidget::xOnPhase() {
-    if (fSession->situation().isOver()) {
+    const MemorySituation situation = fSession->situation();
+    if (situation.isOver()) {
         fTickTimer.stop();
-        fDelegate->setStale(true);
-        xRepaint();
-        fPlots->endCurves(fSession->keys().newestTime());
     }
+    if (situation.isOver() || situation.fPhase == MemoryPhase::Interrupted) {
+        xEndCurves();
+    }
+    fDelegate->setStale(!situation.isLive());
+    xRepaint();
     xUpdateTexts();
+}
+
+/** At the last value, since the robot is not heard any more. */
+void MemoryViewerWidget::xEndCurves() {
+    fPlots->endCurves(fSession->keys().newestTime());
+}
+
+void MemoryViewerWidget::xOnRobotReplaced() {
+    fRecording->setRobotName(robotName());
+    fSession->recorder().stop();
 }
 
 void MemoryViewerWidget::xOnTick() {

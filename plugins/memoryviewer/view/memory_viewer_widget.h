@@ -67,6 +67,8 @@ class MemoryViewerWidget : public obvista::ViewerWidget {
     void xOnKeysAdded();
     void xOnNewsTaken();
     void xOnPhase();
+    void xEndCurves();
+    void xOnRobotReplaced();
     void xOnTick();
     void xOnSecond();
     void xArrange();

@@ -42,6 +42,12 @@ void ReplayCurves::setReplay(const obvista::ReplayState& state) {
     }
 }
 
+void ReplayCurves::restart() {
+    fCurves.clear();
+    fRequested.clear();
+    xPlan();
+}
+
 void ReplayCurves::takeNews() {
     if (HistoryClient* client = fLink->history()) {
         for (KeyHistory& history : client->take()) {

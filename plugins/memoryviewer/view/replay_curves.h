@@ -35,6 +35,8 @@ class ReplayCurves : public QObject {
     void setReplay(const obvista::ReplayState& state);
     /** Takes the answers that have arrived. */
     void takeNews();
+    /** Requests everything again from a robot that has returned. */
+    void restart();
 
   private:
     struct Curve {

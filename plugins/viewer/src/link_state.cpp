@@ -8,6 +8,7 @@ QString endText(LinkState state) {
     switch (state) {
         case LinkState::Connected:
             break;
+        case LinkState::Interrupted:
         case LinkState::Lost:
             return QCoreApplication::translate("obvista::LinkState", "The robot is lost.");
         case LinkState::Closed:

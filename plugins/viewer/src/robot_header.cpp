@@ -2,10 +2,13 @@
 
 #include <obvista/viewer/labels.h>
 
+#include <QAction>
 #include <QEvent>
 #include <QFontInfo>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMenu>
+#include <QToolButton>
 
 namespace obvista {
 
@@ -15,21 +18,43 @@ constexpr double a_nameScale = 1.35;
 
 }  // namespace
 
-RobotHeader::RobotHeader(const QString& name, const QString& address, QWidget* parent)
+RobotHeader::RobotHeader(QWidget* parent)
     : QWidget(parent),
       fName(makeStatusLine("robotName", this)),
-      fAddress(makeLabel("robotAddress", this)) {
-    fName->setText(name);
-    //: name and address, for screen readers
-    fName->setAccessibleName(tr("Robot %1, %2").arg(name, address));
-    explain(*fName, tr("Robot %1, %2").arg(name, address));
-    fAddress->setText(address);
+      fAddress(makeLabel("robotAddress", this)),
+      fReconnect(new QAction(tr("Reconnect when the robot returns"), this)) {
+    fReconnect->setObjectName(QStringLiteral("reconnectAction"));
+    fReconnect->setCheckable(true);
     auto* row = new QHBoxLayout(this);
     const int space = fontMetrics().height() / 4;
     row->setContentsMargins(space, 0, 2 * space, 0);
     row->addWidget(fName, 1);
     row->addWidget(fAddress);
     xApplyFont();
+}
+
+void RobotHeader::setRobot(const QString& name, const QString& address) {
+    fName->setText(name);
+    //: name and address, for screen readers
+    fName->setAccessibleName(tr("Robot %1, %2").arg(name, address));
+    explain(*fName, tr("Robot %1, %2").arg(name, address));
+    fAddress->setText(address);
+    xFit();
+}
+
+void RobotHeader::addButton() {
+    fConnection = new QToolButton(this);
+    auto* menu = new QMenu(fConnection);
+    menu->addAction(fReconnect);
+    fConnection->setObjectName(QStringLiteral("connectionButton"));
+    fConnection->setText(tr("Connection"));
+    explain(*fConnection, tr("Settings of the connection to the robot"));
+    fConnection->setMenu(menu);
+    fConnection->setPopupMode(QToolButton::InstantPopup);
+    fConnection->setAutoRaise(true);
+    fConnection->setFocusPolicy(Qt::TabFocus);
+    layout()->addWidget(fConnection);
+    xFit();
 }
 
 void RobotHeader::resizeEvent(QResizeEvent* event) {
@@ -56,8 +81,9 @@ void RobotHeader::xApplyFont() {
 void RobotHeader::xFit() {
     const QMargins margins = layout()->contentsMargins();
     const int name = fName->fontMetrics().horizontalAdvance(fName->text()) + 2 * fName->margin();
-    const int needed = margins.left() + name + layout()->spacing() + fAddress->sizeHint().width() +
-                       margins.right();
+    const int button = fConnection != nullptr ? fConnection->sizeHint().width() : 0;
+    const int needed = margins.left() + name + 2 * layout()->spacing() +
+                       fAddress->sizeHint().width() + button + margins.right();
     fAddress->setVisible(needed <= width());
 }
 

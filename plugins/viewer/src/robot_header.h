@@ -3,20 +3,29 @@
 
 #include <QWidget>
 
+class QAction;
 class QLabel;
+class QToolButton;
 
 namespace obvista {
 
 /**
  * The robot's name in large letters, and its address if there is room: the docks of one plugin have
- * the same title for every robot.
+ * the same title for every robot. A menu has the settings of the connection.
  */
 class RobotHeader : public QWidget {
     Q_OBJECT
 
   public:
+    explicit RobotHeader(QWidget* parent);
+
     /** Both are shown as plain text. */
-    RobotHeader(const QString& name, const QString& address, QWidget* parent);
+    void setRobot(const QString& name, const QString& address);
+
+    /** Adds the button of the menu, at the end of the tab order. */
+    void addButton();
+    /** Returns the entry "Reconnect when the robot returns", which is not checked. */
+    QAction* reconnectAction() const { return fReconnect; }
 
   protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -28,6 +37,8 @@ class RobotHeader : public QWidget {
 
     QLabel* fName;
     QLabel* fAddress;
+    QToolButton* fConnection = nullptr;
+    QAction* fReconnect;
 };
 
 }  // namespace obvista

@@ -1,3 +1,4 @@
+#include "banner.h"
 #include "key_list.h"
 #include "replay_client.h"
 #include "robot_header.h"
@@ -10,10 +11,11 @@
 #include <obvista/viewer/viewer_widget.h>
 #include <obvista/viewer/widget_seen.h>
 
+#include <QAction>
 #include <QDockWidget>
 #include <QEvent>
 #include <QFocusEvent>
-#include <QLabel>
+#include <QSettings>
 #include <QShortcut>
 #include <QVBoxLayout>
 
@@ -26,6 +28,13 @@ namespace {
 constexpr int a_maxRobotNameLength = 60;
 /** Period in milliseconds of checking visibility and silence, of which no event tells. */
 constexpr int a_seenTime = 200;
+/** Milliseconds between two looks at the robot's announcement. */
+constexpr qint64 a_noteTime = 1000;
+/** Seconds after which a loss is given in minutes. */
+constexpr qint64 a_longLoss = 120;
+constexpr qint64 a_millisecondsPerSecond = 1000;
+constexpr qint64 a_secondsPerMinute = 60;
+const QLatin1String a_reconnectKey("Viewers/reconnect");
 constexpr Qt::Key a_listKeys = Qt::Key_F1;
 const QKeySequence a_closeKeys(Qt::CTRL + Qt::Key_W);
 const QKeySequence a_floatKeys(Qt::CTRL + Qt::SHIFT + Qt::Key_F);
@@ -37,10 +46,20 @@ ViewerWidget::ViewerWidget(std::shared_ptr<RobotLink> link, WidgetInterface* plu
     : QWidget(parent),
       fLink(std::move(link)),
       fPlugin(plugin),
-      fHeader(new RobotHeader(robotName(), robotAddress(), this)),
-      fBanner(makeBanner("viewerBanner", this)),
+      fHeader(new RobotHeader(this)),
+      fBanner(new Banner(this)),
       fTimeBar(new TimeBar(this)) {
-    fBanner->hide();
+    fHeader->setRobot(robotName(), robotAddress());
+    QAction* reconnect = fHeader->reconnectAction();
+    reconnect->setChecked(QSettings().value(a_reconnectKey).toBool());
+    connect(reconnect, &QAction::triggered, this,
+            [](bool isWanted) { QSettings().setValue(a_reconnectKey, isWanted); });
+    // Queued, since a receiver of the loss may delete the button.
+    connect(fBanner, &Banner::giveUpWanted, this, &ViewerWidget::xGiveUp, Qt::QueuedConnection);
+    connect(fBanner, &Banner::connectWanted, this, [this] {
+        fLink->acceptStranger();
+        xTryAgain();
+    });
     fTimeBar->hide();
     connect(fTimeBar, &TimeBar::wanted, this,
             [this](const std::string& method, const KVValue::List& arguments) {
@@ -48,8 +67,7 @@ ViewerWidget::ViewerWidget(std::shared_ptr<RobotLink> link, WidgetInterface* plu
                     replay->call(method, arguments);
                 }
             });
-    connect(&fSeenTimer, &QTimer::timeout, this, &ViewerWidget::xUpdateSeen);
-    connect(&fSeenTimer, &QTimer::timeout, this, &ViewerWidget::xUpdateSilence);
+    connect(&fSeenTimer, &QTimer::timeout, this, &ViewerWidget::xOnTick);
     fSeenTimer.start(a_seenTime);
     xFollowDock();
     xAddShortcut(a_closeKeys, &ViewerWidget::xCloseDock);
@@ -128,6 +146,7 @@ void ViewerWidget::layOut(QWidget* bar, const std::vector<QWidget*>& parts, QWid
             setTabOrder(part, fTimeBar);
         }
     }
+    fHeader->addButton();  // last, so that the first control is one of the bar
 }
 
 void ViewerWidget::setReplayCamera(const std::string& camera) {
@@ -140,35 +159,125 @@ void ViewerWidget::setBanner(const QString& sentence) {
 }
 
 void ViewerWidget::xShowBanner() {
-    const QString& shown = fSilence.isEmpty() ? fSentence : fSilence;
-    fBanner->setText(shown);
-    fBanner->setVisible(!shown.isEmpty());
+    if (fLinkState != LinkState::Interrupted) {
+        fBanner->showSentence(fSilence.isEmpty() ? fSentence : fSilence);
+        return;
+    }
+    const QString stranger = plainText(fLink->stranger(), a_maxRobotNameLength).trimmed();
+    if (!stranger.isEmpty()) {
+        //: %1 is the robot that answers, %2 the one that was lost
+        fBanner->showSentence(
+            tr("\"%1\" answers in the place of \"%2\". Connect to it?").arg(stranger, robotName()),
+            Banner::Buttons::ConnectOrGiveUp);
+        return;
+    }
+    const QString state = xInterruptedText();
+    fBanner->showSentence(fSentence.isEmpty() ? state : state + QStringLiteral(". ") + fSentence,
+                          Banner::Buttons::GiveUp);
+}
+
+QString ViewerWidget::xInterruptedText() const {
+    const qint64 seconds = fSinceLoss.elapsed() / a_millisecondsPerSecond;
+    return seconds < a_longLoss
+               //: %1 is a number of seconds
+               ? tr("Lost %1 s ago; trying again").arg(seconds)
+               //: %1 is a number of minutes
+               : tr("Lost %1 min ago; trying again").arg(seconds / a_secondsPerMinute);
+}
+
+void ViewerWidget::xOnTick() {
+    xUpdateSeen();
+    if (fLinkState == LinkState::Interrupted) {
+        xTryAgain();
+        return;
+    }
+    xUpdateSilence();
+    if (fLinkState == LinkState::Connected &&
+        (!fSinceNote.isValid() || fSinceNote.hasExpired(a_noteTime))) {
+        fLink->noteAnnouncement();
+        fSinceNote.start();
+    }
 }
 
 void ViewerWidget::xUpdateSilence() {
     const double silence = fLinkState == LinkState::Connected ? fLink->silence() : 0;
     //: %1 is the number of seconds since the robot was last heard.
     const QString text = tr("No answer for %1 s");
-    const QString sentence = silence > 0 ? text.arg(static_cast<int>(silence)) : QString();
-    if (sentence != fSilence) {
-        fSilence = sentence;
-        xShowBanner();
+    xSetSilence(silence > 0 ? text.arg(static_cast<int>(silence)) : QString());
+}
+
+void ViewerWidget::xSetSilence(const QString& sentence) {
+    if (sentence == fSilence) {
+        return;
+    }
+    const bool wasSilent = !fSilence.isEmpty();
+    fSilence = sentence;
+    xShowBanner();
+    if (wasSilent == fSilence.isEmpty()) {
+        Q_EMIT silenceChanged(!wasSilent);
     }
 }
 
 void ViewerWidget::xOnNotice() {
     fLink->notice().clear();
+    if (fLinkState == LinkState::Interrupted) {
+        if (fLink->isClosed()) {
+            xEnd(LinkState::Closed);
+        } else {
+            xTryAgain();
+        }
+        return;
+    }
     if (fLinkState != LinkState::Connected) {
         return;
     }
     if (fLink->isClosed()) {
         xEnd(LinkState::Closed);
-    } else if (fLink->isLost()) {
-        xEnd(LinkState::Lost);
-        xReportLoss();
-    } else {
+    } else if (!fLink->isLost()) {
         xShowReplay();
         Q_EMIT newsArrived();
+    } else if (fHeader->reconnectAction()->isChecked()) {
+        xInterrupt();
+    } else {
+        xEnd(LinkState::Lost);
+        xReportLoss();
+    }
+}
+
+void ViewerWidget::xInterrupt() {
+    fLinkState = LinkState::Interrupted;
+    fSilence.clear();
+    fSentence.clear();
+    fSinceLoss.start();
+    fTimeBar->setEnabled(false);
+    fLink->startReconnecting();
+    Q_EMIT linkInterrupted();
+    xShowBanner();
+}
+
+void ViewerWidget::xTryAgain() {
+    const RobotLink::Return result = fLink->reconnect();
+    if (result == RobotLink::Return::None) {
+        xShowBanner();
+        return;
+    }
+    fLinkState = LinkState::Connected;
+    fSentence.clear();
+    fTimeBar->setEnabled(true);
+    fHeader->setRobot(robotName(), robotAddress());
+    if (result == RobotLink::Return::OtherRobot) {
+        Q_EMIT robotReplaced();
+    }
+    Q_EMIT linkRestored();
+    xShowBanner();
+}
+
+/** Called last in a turn of the event loop, like xReportLoss(). */
+void ViewerWidget::xGiveUp() {
+    if (fLinkState == LinkState::Interrupted) {
+        fLink->stopReconnecting();
+        xEnd(LinkState::Lost);
+        xReportLoss();
     }
 }
 

@@ -95,6 +95,33 @@ TEST(MemoryFeed, TellsTheRemovalOfAKeyThatWasTaken) {
     EXPECT_THAT(batch.fChanged, IsEmpty());
 }
 
+TEST(MemoryFeed, KeepsTheIdentifiersOfARobotThatReturnsWithOthers) {
+    Notice notice;
+    MemoryFeed feed(notice);
+    feed.keysAdded({key(1, "A"), key(2, "B"), key(3, "C")});
+    feed.take();
+    feed.restart({{"A", 1}, {"B", 2}, {"C", 3}});
+    EXPECT_THAT(feed.robotsIdentifiers({1, 2, 3}), IsEmpty());
+    feed.valuesChanged({change(1, 5)});
+    EXPECT_THAT(feed.take().fChanged, IsEmpty()) << "not announced again";
+
+    feed.keepEveryChangeOf({2});
+    feed.keysAdded({key(1, "New"), key(3, "B"), key(2, "A")});
+    feed.valuesChanged({change(3, 7)});
+    const MemoryBatch batch = feed.take();
+    ASSERT_EQ(batch.fAdded.size(), 3U);
+    ASSERT_EQ(batch.fChanged.size(), 1U);
+    EXPECT_EQ(batch.fChanged[0].fNewest.fId, 2U);
+    ASSERT_EQ(batch.fEveryChange.size(), 1U);
+    EXPECT_EQ(batch.fEveryChange[0].fId, 2U);
+    EXPECT_THAT(feed.robotsIdentifiers({1, 2, 3, 4}), ElementsAre(2U, 3U, 1U));
+    EXPECT_THAT(feed.takeMissing(), ElementsAre(3U));
+    EXPECT_THAT(feed.takeMissing(), IsEmpty());
+
+    feed.keysRemoved({3});
+    EXPECT_THAT(feed.take().fRemoved, ElementsAre(2U));
+}
+
 TEST(MemoryFeed, TellsAnEmptyTableFromNone) {
     Notice notice;
     MemoryFeed feed(notice);

@@ -162,6 +162,13 @@ void RobotRecorder::xDescribe() {
 }
 
 void RobotRecorder::xSubscribe() {
+    fLink->connection()->setStateHandler([this](KVConnection::State state) {
+        if (state == KVConnection::State::Silent) {
+            fEvents->write("silent", "The robot does not answer.");
+        } else if (state == KVConnection::State::Connected) {
+            fEvents->write("answers again", "");
+        }
+    });
     xSubscribeToValues();
     for (const auto& camera : fCameras) {
         camera->watch(fLink->connection());
@@ -269,6 +276,7 @@ void RobotRecorder::xReconnect() {
     for (const auto& camera : fCameras) {
         camera->stop();
     }
+    fLink->connection()->setStateHandler(nullptr);
     fLink = std::move(link);
     {
         const std::lock_guard lock(fMutex);
@@ -292,6 +300,7 @@ std::vector<std::string> RobotRecorder::unmatchedPatterns() const {
 void RobotRecorder::stop() {
     fReconnection.reset();
     fIcon.reset();
+    fLink->connection()->setStateHandler(nullptr);
     fSubscription.reset();
     for (const auto& camera : fCameras) {
         camera->stop();

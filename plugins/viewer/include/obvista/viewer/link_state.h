@@ -7,14 +7,16 @@
 
 namespace obvista {
 
-/** The state of a viewer's link. The first end is kept. */
+/** The state of a viewer's link. The last two are ends, of which the first is kept. */
 enum class LinkState {
     Connected,
-    Lost,   ///< the robot is gone
-    Closed  ///< this side has closed the link
+    Interrupted,  ///< the robot is lost, and the link tries to connect again
+    Lost,         ///< the robot is gone
+    Closed        ///< this side has closed the link
 };
 
-/** Returns the reason of the end as a sentence for users; empty while the link is connected. */
+/** Returns the reason for which there is no connection as a sentence for users; empty while there
+ * is one. */
 OBVISTA_VIEWER_EXPORT QString endText(LinkState state);
 
 }  // namespace obvista

@@ -15,6 +15,8 @@ class KVConnection;
 
 namespace obvista {
 
+struct Announcement;
+class Reconnection;
 class ReplayClient;
 
 /**
@@ -30,6 +32,7 @@ class ReplayClient;
  *     ~BatteryLink() override { close(); }
  *
  *     void follow() {
+ *         fIsFollowing = true;
  *         KVSubscription::Callbacks callbacks;
  *         callbacks.fValuesChanged = ...;
  *         fSubscription =
@@ -38,6 +41,11 @@ class ReplayClient;
  *
  *   protected:
  *     void stop() override { fSubscription.reset(); }
+ *     void restart() override {
+ *         if (fIsFollowing) {
+ *             follow();
+ *         }
+ *     }
  *     ...
  * };
  * ```
@@ -63,7 +71,9 @@ class OBVISTA_VIEWER_EXPORT RobotLink {
     RobotLink(const RobotLink&) = delete;
     RobotLink& operator=(const RobotLink&) = delete;
 
-    /** The name that the robot reports itself; untrusted, and may be empty. */
+    /** The name that the robot reports itself; untrusted, and may be empty. It changes when the
+     * user accepts another robot in the place of one that was lost; the address and the port also
+     * do when a robot returns elsewhere. */
     const std::string& robotName() const { return fRobotName; }
     const std::string& address() const { return fAddress; }  ///< Address as it was given
     int port() const { return fPort; }                       ///< Port of the robot
@@ -83,9 +93,32 @@ class OBVISTA_VIEWER_EXPORT RobotLink {
      */
     double silence() const;
 
-    /** Returns true if the robot was lost before the link was closed. May be called from any
-     *  thread. */
+    /** Takes note of the robot's announcement, by which it is found again if it moves. For
+     *  ViewerWidget, about once a second. */
+    void noteAnnouncement();
+
+    /** Returns true if the robot was lost before the link was closed, and has not returned. May be
+     *  called from any thread. */
     bool isLost() const { return fIsLost; }
+
+    /** @name Connecting to a lost robot again. For ViewerWidget. */
+    ///@{
+    enum class Return {
+        None,       ///< not yet
+        SameRobot,  ///< the link is connected again, and restart() was called
+        OtherRobot  ///< the same with the robot that the user has accepted
+    };
+    /** Calls stop(), and begins with attempts to connect again, on other threads. */
+    void startReconnecting();
+    /** Ends the attempts; the robot stays lost. */
+    void stopReconnecting();
+    /** Advances the attempts; to be called several times a second and after a notice. */
+    Return reconnect();
+    /** Returns the name of another robot that answers instead; empty if none does. Untrusted. */
+    std::string stranger() const;
+    /** Connects to that robot as if it were the lost one. */
+    void acceptStranger();
+    ///@}
 
     /** The notice that there is something to take from this link, or that it has ended.
      * ViewerWidget receives it; the threads that bring something give it. */
@@ -97,13 +130,24 @@ class OBVISTA_VIEWER_EXPORT RobotLink {
 
   protected:
     /** Null once the link is closed. */
+    const boost::shared_ptr<KVBroker>& broker() const { return fBroker; }
+    /** Null once the link is closed; another one when the robot has returned. */
     const std::shared_ptr<KVConnection>& connection() const { return fConnection; }
 
-    /** Ends everything that flows over the connection, and returns when no thread brings any more.
-     *  Called once, on the GUI thread or at the exit of the process. */
+    /**
+     * Ends everything that flows over the connection, and returns when no thread brings any more.
+     * Called when the link is closed, and before that when the kit begins to connect to a lost
+     * robot again; on the GUI thread or at the exit of the process.
+     */
     virtual void stop() = 0;
+    /** Starts over connection() what stop() has ended. Called on the GUI thread when the robot has
+     *  returned; identifiers and settings at the robot may be others than before. */
+    virtual void restart() = 0;
 
   private:
+    void xListenForLoss();
+
+    boost::shared_ptr<KVBroker> fBroker;
     std::string fAddress;
     int fPort;
     std::string fRobotName;
@@ -111,6 +155,8 @@ class OBVISTA_VIEWER_EXPORT RobotLink {
     std::atomic<bool> fIsLost{false};
     std::shared_ptr<KVConnection> fConnection;
     std::unique_ptr<ReplayClient> fReplay;
+    std::shared_ptr<const Announcement> fAnnouncement;
+    std::unique_ptr<Reconnection> fReconnection;
 };
 
 }  // namespace obvista

@@ -7,6 +7,7 @@
 #include <obvista/viewer/viewer_export.h>
 #include <obvista/widget_interface.h>
 
+#include <QElapsedTimer>
 #include <QPointer>
 #include <QTimer>
 #include <QWidget>
@@ -16,10 +17,10 @@
 #include <vector>
 
 class QDockWidget;
-class QLabel;
 
 namespace obvista {
 
+class Banner;
 class RobotHeader;
 class RobotLink;
 class TimeBar;
@@ -29,6 +30,10 @@ class TimeBar;
  * see it, follows its dock, and has a header with the robot's name and a banner for what is wrong.
  * Keys close and float the dock, and F1 lists the keys, while the focus is in the viewer. A robot
  * that is a replay of a recording gets a time bar below the parts.
+ *
+ * If the user chooses "Reconnect when the robot returns" in the header, a lost robot interrupts the
+ * link, and does not end it: the kit connects again, and the banner says so. The setting is common
+ * to all viewers and remembered.
  *
  * ```cpp
  * connect(this, &ViewerWidget::newsArrived, this, [this] { xShow(fLink->take()); });
@@ -85,6 +90,22 @@ class OBVISTA_VIEWER_EXPORT ViewerWidget : public QWidget {
      *  taken yet can still be taken. */
     void linkEnded();
 
+    /**
+     * The robot is lost, and the kit tries to connect again, as linkState() says: keep what is
+     * shown, and mark it as old. What came before can still be taken. linkRestored() or linkEnded()
+     * follows.
+     */
+    void linkInterrupted();
+    /** The robot has returned, and the link has restarted what it had; see RobotLink::restart(). */
+    void linkRestored();
+    /** Emitted before linkRestored() if the user has accepted another robot: robotName() and the
+     *  address are those of that robot, to which recordings must not be continued. */
+    void robotReplaced();
+
+    /** The robot does not answer from now on, or answers again. No end is reported if the link is
+     *  interrupted or ends. */
+    void silenceChanged(bool isSilent);
+
     /** The user can see the viewer from now on, or cannot any more; see isSeen(const QWidget&).
      *  Noticed within 0.2 s. A new viewer is not seen yet. */
     void seenChanged(bool isSeen);
@@ -105,7 +126,8 @@ class OBVISTA_VIEWER_EXPORT ViewerWidget : public QWidget {
 
     /** Shows a sentence in the banner above the parts, or hides it if the sentence is empty. When
      *  the link ends the banner says so, until it is set to something else. While the robot does
-     *  not answer, the banner says that instead. */
+     *  not answer, the banner says that instead; while the link is interrupted it says that before
+     *  the sentence. */
     void setBanner(const QString& sentence);
 
     /**
@@ -123,10 +145,16 @@ class OBVISTA_VIEWER_EXPORT ViewerWidget : public QWidget {
   private:
     void xOnNotice();
     void xEnd(LinkState state);
+    void xInterrupt();
+    void xTryAgain();
+    void xGiveUp();
+    void xOnTick();
+    QString xInterruptedText() const;
     void xShowReplay();
     void xReportLoss();
     void xUpdateSeen();
     void xUpdateSilence();
+    void xSetSilence(const QString& sentence);
     void xShowBanner();
     void xAddShortcut(const QKeySequence& keys, void (ViewerWidget::*slot)());
     void xCloseDock();
@@ -141,9 +169,11 @@ class OBVISTA_VIEWER_EXPORT ViewerWidget : public QWidget {
     LinkState fLinkState = LinkState::Connected;
     ReplayState fReplayState;
     RobotHeader* fHeader;
-    QLabel* fBanner;
+    Banner* fBanner;
     QString fSentence;  // of the banner, but not while the robot is silent
     QString fSilence;   // sentence about that; empty while the robot answers
+    QElapsedTimer fSinceLoss;
+    QElapsedTimer fSinceNote;
     TimeBar* fTimeBar;
     QPointer<QWidget> fMainPart;
     std::vector<KeyGroup> fKeys;
