@@ -270,10 +270,6 @@ Prüfen Sie auch, ob nicht schon ein anderes Obvista mit diesem Robaxi verbunden
         <translation>Format</translation>
     </message>
     <message>
-        <source>JPEG needs the least bandwidth; the others have exact values</source>
-        <translation>JPEG braucht die geringste Bandbreite, die anderen haben exakte Werte</translation>
-    </message>
-    <message>
         <source>Rate</source>
         <translation>Rate</translation>
     </message>
@@ -297,6 +293,22 @@ Prüfen Sie auch, ob nicht schon ein anderes Obvista mit diesem Robaxi verbunden
     <message>
         <source>Camera: the robot does not list its cameras; enter the name of one</source>
         <translation>Kamera: Der Roboter nennt seine Kameras nicht; geben Sie den Namen einer Kamera ein</translation>
+    </message>
+    <message>
+        <source>%1 Mbit/s</source>
+        <translation>%1 Mbit/s</translation>
+    </message>
+    <message>
+        <source>H.264 needs the least bandwidth and JPEG less than the others, which have exact values</source>
+        <translation>H.264 braucht die geringste Bandbreite und JPEG weniger als die anderen, die genaue Werte haben</translation>
+    </message>
+    <message>
+        <source>Bandwidth</source>
+        <translation>Bandbreite</translation>
+    </message>
+    <message>
+        <source>the bandwidth of H.264; the more, the better the picture</source>
+        <translation>die Bandbreite von H.264; je mehr, desto besser das Bild</translation>
     </message>
 </context>
 <context>
@@ -514,6 +526,26 @@ Prüfen Sie auch, ob nicht schon ein anderes Obvista mit diesem Robaxi verbunden
     <message>
         <source>The camera sends JPEGs that are damaged or incomplete.</source>
         <translation>Die Kamera sendet beschädigte oder unvollständige JPEG-Bilder.</translation>
+    </message>
+    <message>
+        <source>The camera sends H.264 that is too large; the most is 9.4 million pixels and 4 MiB a frame.</source>
+        <translation>Die Kamera sendet zu großes H.264; höchstens 9,4 Millionen Pixel und 4 MiB je Bild sind möglich.</translation>
+    </message>
+    <message>
+        <source>The camera sends H.264 that cannot be read.</source>
+        <translation>Die Kamera sendet H.264, das nicht gelesen werden kann.</translation>
+    </message>
+    <message>
+        <source>The camera sends H.264 of another size than it says.</source>
+        <translation>Die Kamera sendet H.264 in einer anderen Größe, als sie angibt.</translation>
+    </message>
+    <message>
+        <source>The camera sends H.264 that is damaged.</source>
+        <translation>Die Kamera sendet beschädigtes H.264.</translation>
+    </message>
+    <message>
+        <source>Showing H.264 needs GStreamer&apos;s element &quot;avdec_h264&quot; or &quot;openh264dec&quot;, which are in the Debian packages gstreamer1.0-libav and gstreamer1.0-plugins-bad. Other formats can be shown.</source>
+        <translation>Um H.264 anzuzeigen, wird das GStreamer-Element „avdec_h264“ oder „openh264dec“ gebraucht; sie sind in den Debian-Paketen gstreamer1.0-libav und gstreamer1.0-plugins-bad. Andere Formate können angezeigt werden.</translation>
     </message>
 </context>
 <context>

@@ -270,10 +270,6 @@ Vérifiez aussi qu’un autre Obvista n’est pas déjà connecté à ce Robaxi.
         <translation>Format</translation>
     </message>
     <message>
-        <source>JPEG needs the least bandwidth; the others have exact values</source>
-        <translation>JPEG demande le moins de bande passante, les autres ont des valeurs exactes</translation>
-    </message>
-    <message>
         <source>Rate</source>
         <translation>Fréquence</translation>
     </message>
@@ -297,6 +293,22 @@ Vérifiez aussi qu’un autre Obvista n’est pas déjà connecté à ce Robaxi.
     <message>
         <source>Camera: the robot does not list its cameras; enter the name of one</source>
         <translation>Caméra : le robot ne liste pas ses caméras ; saisissez le nom de l’une d’elles</translation>
+    </message>
+    <message>
+        <source>%1 Mbit/s</source>
+        <translation>%1 Mbit/s</translation>
+    </message>
+    <message>
+        <source>H.264 needs the least bandwidth and JPEG less than the others, which have exact values</source>
+        <translation>H.264 demande le moins de bande passante, et JPEG moins que les autres, qui ont des valeurs exactes</translation>
+    </message>
+    <message>
+        <source>Bandwidth</source>
+        <translation>Bande passante</translation>
+    </message>
+    <message>
+        <source>the bandwidth of H.264; the more, the better the picture</source>
+        <translation>la bande passante de H.264 ; plus elle est grande, meilleure est l’image</translation>
     </message>
 </context>
 <context>
@@ -514,6 +526,26 @@ Vérifiez aussi qu’un autre Obvista n’est pas déjà connecté à ce Robaxi.
     <message>
         <source>The camera sends JPEGs that are damaged or incomplete.</source>
         <translation>La caméra envoie des images JPEG endommagées ou incomplètes.</translation>
+    </message>
+    <message>
+        <source>The camera sends H.264 that is too large; the most is 9.4 million pixels and 4 MiB a frame.</source>
+        <translation>La caméra envoie du H.264 trop grand ; le maximum est de 9,4 millions de pixels et de 4 Mio par image.</translation>
+    </message>
+    <message>
+        <source>The camera sends H.264 that cannot be read.</source>
+        <translation>La caméra envoie du H.264 illisible.</translation>
+    </message>
+    <message>
+        <source>The camera sends H.264 of another size than it says.</source>
+        <translation>La caméra envoie du H.264 d’une autre taille que celle annoncée.</translation>
+    </message>
+    <message>
+        <source>The camera sends H.264 that is damaged.</source>
+        <translation>La caméra envoie du H.264 endommagé.</translation>
+    </message>
+    <message>
+        <source>Showing H.264 needs GStreamer&apos;s element &quot;avdec_h264&quot; or &quot;openh264dec&quot;, which are in the Debian packages gstreamer1.0-libav and gstreamer1.0-plugins-bad. Other formats can be shown.</source>
+        <translation>L’affichage de H.264 nécessite l’élément GStreamer « avdec_h264 » ou « openh264dec », des paquets Debian gstreamer1.0-libav et gstreamer1.0-plugins-bad. Les autres formats peuvent être affichés.</translation>
     </message>
 </context>
 <context>

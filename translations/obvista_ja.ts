@@ -270,10 +270,6 @@ Also make sur that another Obvista is not already connected to this Robaxi.</sou
         <translation>形式</translation>
     </message>
     <message>
-        <source>JPEG needs the least bandwidth; the others have exact values</source>
-        <translation>JPEG は帯域が最も少なく、その他は正確な値です</translation>
-    </message>
-    <message>
         <source>Rate</source>
         <translation>レート</translation>
     </message>
@@ -297,6 +293,22 @@ Also make sur that another Obvista is not already connected to this Robaxi.</sou
     <message>
         <source>Camera: the robot does not list its cameras; enter the name of one</source>
         <translation>カメラ: ロボットはカメラの一覧を提供しません。名前を入力してください</translation>
+    </message>
+    <message>
+        <source>%1 Mbit/s</source>
+        <translation>%1 Mbit/s</translation>
+    </message>
+    <message>
+        <source>H.264 needs the least bandwidth and JPEG less than the others, which have exact values</source>
+        <translation>H.264 は必要な帯域が最も少なく、JPEG は値が正確な他の形式より少なく済みます</translation>
+    </message>
+    <message>
+        <source>Bandwidth</source>
+        <translation>帯域</translation>
+    </message>
+    <message>
+        <source>the bandwidth of H.264; the more, the better the picture</source>
+        <translation>H.264 の帯域。多いほど映像がきれいになります</translation>
     </message>
 </context>
 <context>
@@ -512,6 +524,26 @@ Also make sur that another Obvista is not already connected to this Robaxi.</sou
     <message>
         <source>The camera sends JPEGs that are damaged or incomplete.</source>
         <translation>カメラが、壊れているか不完全な JPEG を送っています。</translation>
+    </message>
+    <message>
+        <source>The camera sends H.264 that is too large; the most is 9.4 million pixels and 4 MiB a frame.</source>
+        <translation>カメラが送る H.264 が大きすぎます。上限は 1 フレームあたり 940 万画素、4 MiB です。</translation>
+    </message>
+    <message>
+        <source>The camera sends H.264 that cannot be read.</source>
+        <translation>カメラが送る H.264 を読み取れません。</translation>
+    </message>
+    <message>
+        <source>The camera sends H.264 of another size than it says.</source>
+        <translation>カメラが送る H.264 の大きさが、カメラの示す大きさと異なります。</translation>
+    </message>
+    <message>
+        <source>The camera sends H.264 that is damaged.</source>
+        <translation>カメラが送る H.264 が壊れています。</translation>
+    </message>
+    <message>
+        <source>Showing H.264 needs GStreamer&apos;s element &quot;avdec_h264&quot; or &quot;openh264dec&quot;, which are in the Debian packages gstreamer1.0-libav and gstreamer1.0-plugins-bad. Other formats can be shown.</source>
+        <translation>H.264 を表示するには GStreamer のエレメント「avdec_h264」または「openh264dec」が必要です。Debian パッケージ gstreamer1.0-libav と gstreamer1.0-plugins-bad に入っています。他の形式は表示できます。</translation>
     </message>
 </context>
 <context>

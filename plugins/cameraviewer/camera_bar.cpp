@@ -47,7 +47,8 @@ class WheelGuard : public QObject {
 QString formatName(const std::string& format) {
     static const std::map<std::string, QString> names{{"rgb", QStringLiteral("RGB")},
                                                       {"yuv422", QStringLiteral("YUV 4:2:2")},
-                                                      {"jpeg", QStringLiteral("JPEG")}};
+                                                      {"jpeg", QStringLiteral("JPEG")},
+                                                      {"h264", QStringLiteral("H.264")}};
     if (format == "grey") {
         //: format of pictures without colours
         return CameraBar::tr("Grey");
@@ -59,6 +60,11 @@ QString formatName(const std::string& format) {
 QString rateName(double rate) {
     //: %1 is a number of pictures; in a list of rates
     return CameraBar::tr("%1 a second").arg(QString::number(rate, 'g', 4));
+}
+
+QString bitRateName(int bitRate) {
+    constexpr double mega = 1e6;
+    return CameraBar::tr("%1 Mbit/s").arg(QString::number(bitRate / mega, 'g', 4));
 }
 
 QString asToolTip(const std::string& text) {
@@ -79,14 +85,17 @@ CameraBar::CameraBar(QWidget* parent)
       fSizeBox(xMakeBox("sizeBox", tr("Resolution"),
                         tr("width and height of the pictures that the robot sends, in pixels"))),
       fFormatBox(xMakeBox("formatBox", tr("Format"),
-                          tr("JPEG needs the least bandwidth; the others have exact values"))),
+                          tr("H.264 needs the least bandwidth and JPEG less than the others, which "
+                             "have exact values"))),
       fRateBox(xMakeBox("rateBox", tr("Rate"), tr("frames a second"))),
-      fLast(fRateBox) {
+      fBitRateBox(xMakeBox("bitRateBox", tr("Bandwidth"),
+                           tr("the bandwidth of H.264; the more, the better the picture"))),
+      fLast(fBitRateBox) {
     auto* row = new obvista::WrapLayout(this);
     row->setContentsMargins(a_space, a_space, a_space, a_space);
     row->setSpacing(a_space);
     row->addWidget(fNameField);
-    for (QComboBox* box : {fCameraBox, fSizeBox, fFormatBox, fRateBox}) {
+    for (QComboBox* box : {fCameraBox, fSizeBox, fFormatBox, fRateBox, fBitRateBox}) {
         row->addWidget(box);
     }
     setObjectName(QStringLiteral("cameraBar"));
@@ -108,6 +117,11 @@ CameraBar::CameraBar(QWidget* parent)
     connect(fRateBox, qOverload<int>(&QComboBox::activated), this, [this] {
         picture::CameraSettings wanted = fCamera.fSettings;
         wanted.fRate = fRateBox->currentData().toDouble();
+        xWant(wanted);
+    });
+    connect(fBitRateBox, qOverload<int>(&QComboBox::activated), this, [this] {
+        picture::CameraSettings wanted = fCamera.fSettings;
+        wanted.fBitRate = fBitRateBox->currentData().toInt();
         xWant(wanted);
     });
     showCameras({}, nullptr, {});
@@ -137,7 +151,7 @@ void CameraBar::setListed(bool isListed) {
 
 void CameraBar::setUsable(bool isUsable) {
     fNameField->setEnabled(isUsable);
-    for (QComboBox* box : {fCameraBox, fSizeBox, fFormatBox, fRateBox}) {
+    for (QComboBox* box : {fCameraBox, fSizeBox, fFormatBox, fRateBox, fBitRateBox}) {
         box->setEnabled(isUsable && box->count() > 0);
     }
 }
@@ -227,6 +241,12 @@ void CameraBar::xShowSettings() {
     xFill(*fSizeBox, xSizes(), QSize(settings.fWidth, settings.fHeight));
     xFill(*fFormatBox, xFormats(), QString::fromStdString(settings.fFormat));
     xFill(*fRateBox, xRates(), settings.fRate);
+    xFill(*fBitRateBox, xBitRates(), settings.fBitRate);
+    fBitRateBox->setVisible(xHasBitRate());
+}
+
+bool CameraBar::xHasBitRate() const {
+    return fCamera.fSettings.fBitRate > 0 && fCamera.fSettings.fFormat == "h264";
 }
 
 /**
@@ -284,6 +304,20 @@ CameraBar::Choices CameraBar::xRates() const {
     Choices choices;
     for (const double rate : rates) {
         choices += {rateName(rate), rate, {}};
+    }
+    return choices;
+}
+
+/** Returns the usual ones, and the current one if it is another. */
+CameraBar::Choices CameraBar::xBitRates() const {
+    if (!xHasBitRate()) {
+        return {};
+    }
+    std::set<int> rates{250'000, 500'000, 1'000'000, 2'000'000, 4'000'000, 8'000'000};
+    rates.insert(fCamera.fSettings.fBitRate);
+    Choices choices;
+    for (const int rate : rates) {
+        choices += {bitRateName(rate), rate, {}};
     }
     return choices;
 }

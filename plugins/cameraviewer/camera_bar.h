@@ -76,6 +76,8 @@ class CameraBar : public QWidget {
     Choices xSizes() const;
     Choices xFormats() const;
     Choices xRates() const;
+    Choices xBitRates() const;
+    bool xHasBitRate() const;
 
     picture::CameraInfo fCamera;
     QComboBox* fCameraBox;
@@ -83,7 +85,8 @@ class CameraBar : public QWidget {
     QComboBox* fSizeBox;
     QComboBox* fFormatBox;
     QComboBox* fRateBox;
-    QWidget* fLast;  // in tab order
+    QComboBox* fBitRateBox;  // hidden unless the camera has that setting in use
+    QWidget* fLast;          // in tab order
 };
 
 }  // namespace cameraviewer

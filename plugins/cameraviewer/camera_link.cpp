@@ -31,6 +31,12 @@ void CameraLink::stopWatching() {
     fWorker.forget();
 }
 
+void CameraLink::requestKeyFrame() {
+    if (fStream) {
+        fStream->requestKeyFrame();
+    }
+}
+
 void CameraLink::stop() {
     stopWatching();
     fClient->stop();

@@ -37,6 +37,8 @@ class CameraLink : public obvista::RobotLink {
     void watch(const std::string& camera);
     void stopWatching();
     bool isWatching() const { return fStream != nullptr; }
+    /** Requests a key frame of the watched camera, if there is one; see KVFrameStream. */
+    void requestKeyFrame();
 
   protected:
     void stop() override;

@@ -48,6 +48,10 @@ std::optional<picture::CameraSettings> CameraMemory::settings(const std::string&
     settings.fHeight = fSettings.value(keyOf(camera, "height")).toInt();
     settings.fFormat = fSettings.value(keyOf(camera, "format")).toString().toStdString();
     settings.fRate = fSettings.value(keyOf(camera, "rate")).toDouble();
+    const int bitRate = fSettings.value(keyOf(camera, "bitRate")).toInt();
+    const bool isBitRate = bitRate >= picture::CameraSettings::a_lowestBitRate &&
+                           bitRate <= picture::CameraSettings::a_highestBitRate;
+    settings.fBitRate = isBitRate ? bitRate : 0;
     const bool isWhole = settings.fWidth > 0 && settings.fHeight > 0 && !settings.fFormat.empty() &&
                          settings.fRate > 0;
     return isWhole ? std::make_optional(settings) : std::nullopt;
@@ -58,6 +62,9 @@ void CameraMemory::setSettings(const std::string& camera, const picture::CameraS
     fSettings.setValue(keyOf(camera, "height"), settings.fHeight);
     fSettings.setValue(keyOf(camera, "format"), QString::fromStdString(settings.fFormat));
     fSettings.setValue(keyOf(camera, "rate"), settings.fRate);
+    if (settings.fBitRate > 0) {
+        fSettings.setValue(keyOf(camera, "bitRate"), settings.fBitRate);
+    }
 }
 
 RememberedView CameraMemory::view() const {

@@ -3,6 +3,7 @@
 #include "camera_link.h"
 
 #include <obvista/viewer/plain_text.h>
+#include <picture/pixel_format.h>
 
 #include <algorithm>
 #include <utility>
@@ -24,15 +25,6 @@ constexpr Seconds a_askAgain{5};
 constexpr Seconds a_watchAgain{1};
 constexpr int a_maxCameraNameShown = 60;
 
-KVPixelFormat pixelFormat(const std::string& format) {
-    static const std::map<std::string, KVPixelFormat> formats{{"rgb", KVPixelFormat::Rgb888},
-                                                              {"yuv422", KVPixelFormat::Yuv422},
-                                                              {"grey", KVPixelFormat::Grey8},
-                                                              {"jpeg", KVPixelFormat::Jpeg}};
-    const auto found = formats.find(format);
-    return found != formats.end() ? found->second : KVPixelFormat::Unknown;
-}
-
 /** Returns a camera of which only the name is known. */
 picture::CameraInfo unlistedCamera(const std::string& name) {
     picture::CameraInfo camera;
@@ -43,7 +35,7 @@ picture::CameraInfo unlistedCamera(const std::string& name) {
 bool isAsSet(const KVFrame& frame, const picture::CameraSettings& settings) {
     return frame.fWidth == static_cast<std::uint32_t>(settings.fWidth) &&
            frame.fHeight == static_cast<std::uint32_t>(settings.fHeight) &&
-           frame.fFormat == pixelFormat(settings.fFormat);
+           frame.fFormat == picture::formatNamed(settings.fFormat);
 }
 
 }  // namespace
@@ -104,6 +96,9 @@ void CameraSession::setPaused(bool isPaused) {
 void CameraSession::setRecording(bool isRecording) {
     fIsRecording = isRecording;
     xUpdateWatching();
+    if (isRecording) {
+        fLink->requestKeyFrame();  // with which the recording begins
+    }
 }
 
 void CameraSession::requestPicture() {
@@ -121,6 +116,9 @@ void CameraSession::setReplay(const obvista::ReplayState& replay) {
 void CameraSession::takeNews() {
     xTakeAnswers(fLink->client().take());
     xTakePicture();
+    if (fLink->worker().takeKeyFrameRequest()) {
+        fLink->requestKeyFrame();
+    }
     Q_EMIT situationChanged();
 }
 
@@ -309,7 +307,10 @@ void CameraSession::xRecallSettings() {
     if (chosen == nullptr || chosen->fModes.empty() || !fRecalled.insert(fChosen).second) {
         return;
     }
-    const std::optional<picture::CameraSettings> remembered = fMemory.settings(fChosen);
+    std::optional<picture::CameraSettings> remembered = fMemory.settings(fChosen);
+    if (remembered && (chosen->fSettings.fBitRate == 0 || remembered->fBitRate == 0)) {
+        remembered->fBitRate = chosen->fSettings.fBitRate;
+    }
     if (remembered && *remembered != chosen->fSettings &&
         picture::fittedSettings(*chosen, *remembered) == *remembered) {
         xAskFor(*remembered);

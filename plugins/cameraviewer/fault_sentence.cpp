@@ -28,6 +28,18 @@ constexpr const char* a_context = "cameraviewer::FaultSentence";
                       "The camera sends JPEGs of another size than it says."),
     QT_TRANSLATE_NOOP("cameraviewer::FaultSentence",
                       "The camera sends JPEGs that are damaged or incomplete."),
+    QT_TRANSLATE_NOOP(
+        "cameraviewer::FaultSentence",
+        "The camera sends H.264 that is too large; the most is 9.4 million pixels and "
+        "4 MiB a frame."),
+    QT_TRANSLATE_NOOP("cameraviewer::FaultSentence", "The camera sends H.264 that cannot be read."),
+    QT_TRANSLATE_NOOP("cameraviewer::FaultSentence",
+                      "The camera sends H.264 of another size than it says."),
+    QT_TRANSLATE_NOOP("cameraviewer::FaultSentence", "The camera sends H.264 that is damaged."),
+    QT_TRANSLATE_NOOP("cameraviewer::FaultSentence",
+                      "Showing H.264 needs GStreamer's element \"avdec_h264\" or \"openh264dec\", "
+                      "which are in the Debian packages gstreamer1.0-libav and "
+                      "gstreamer1.0-plugins-bad. Other formats can be shown."),
 };
 
 }  // namespace

@@ -5,9 +5,11 @@
 #include "picture/picture_decoder.h"
 
 #include <picture/frame_check.h>
+#include <robaxi/kv_frame_chain.h>
 
 #include <condition_variable>
 #include <cstdint>
+#include <deque>
 #include <mutex>
 #include <optional>
 #include <thread>
@@ -29,8 +31,9 @@ struct DecodedPicture {
  * Decodes the newest frame on a dedicated thread, each time a picture is requested.
  *
  * A frame that arrives before the request replaces the waiting one, so that a slow consumer causes
- * no unnecessary decoding, and gets the newest picture. All operations may be called from any
- * thread.
+ * no unnecessary decoding, and gets the newest picture. H.264 frames wait, up to a bound, since the
+ * newest needs those before; beyond it, and after a fault, decoding goes on with the next key
+ * frame. All operations may be called from any thread.
  */
 class PictureWorker {
   public:
@@ -41,8 +44,12 @@ class PictureWorker {
     PictureWorker(const PictureWorker&) = delete;
     PictureWorker& operator=(const PictureWorker&) = delete;
 
-    /** @return true if it replaced a frame that will not be shown */
+    /** @return true if this frame, or one that it replaces, will not be shown */
     bool offer(const picture::CheckedFrame& frame);
+
+    /** Returns true if a picture is requested and no H.264 frame can be decoded until the next key
+     *  frame. The notice is given when that happens; returns false until it happens again. */
+    bool takeKeyFrameRequest();
 
     /** Requests one picture: of the waiting frame, or of the next one. */
     void request();
@@ -62,14 +69,18 @@ class PictureWorker {
 
   private:
     void xRun();
-    DecodedPicture xDecode(const picture::CheckedFrame& frame, bool withHistograms);
+    bool xReject();
+    DecodedPicture xDecode(const std::deque<picture::CheckedFrame>& frames, bool withHistograms);
+    void xDecodeLast(const std::deque<picture::CheckedFrame>& frames, Picture& picture);
 
     obvista::Notice& fNotice;
     PictureDecoder fDecoder;  // used by the worker's thread
 
     std::mutex fMutex;  // guards all members below
     std::condition_variable fWork;
-    std::optional<picture::CheckedFrame> fWaiting;
+    std::deque<picture::CheckedFrame> fWaiting;  // one, or H.264 frames in their order
+    KVFrameChain fChain;                         // of the frames that have waited
+    bool fIsKeyFrameNeeded = false;
     std::optional<DecodedPicture> fFinished;
     std::uint64_t fEpoch = 0;  // increased by forget()
     bool fIsRequested = false;

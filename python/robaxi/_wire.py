@@ -343,10 +343,12 @@ def to_values(changes: Iterable[TimedValue]) -> pb.Values:
 
 FORMATS: Dict[str, int] = {
     "rgb": pb.FrameHeader.RGB888, "yuv422": pb.FrameHeader.YUV422,
-    "grey": pb.FrameHeader.GREY8, "jpeg": pb.FrameHeader.JPEG,
+    "grey": pb.FrameHeader.GREY8, "jpeg": pb.FrameHeader.JPEG, "h264": pb.FrameHeader.H264,
 }
+#: The formats whose frames stand alone; a robot in Python offers no other.
+PICTURE_FORMATS = frozenset(FORMATS) - {"h264"}
 _FORMAT_NAMES = {number: name for name, number in FORMATS.items()}
-#: Bytes of a pixel. JPEG has no rows.
+#: Bytes of a pixel. JPEG and H.264 have no rows.
 PIXEL_SIZES = {"rgb": 3, "yuv422": 2, "grey": 1}
 
 
@@ -365,7 +367,7 @@ def check_frame(kind: str, width: int, height: int, stride: int, size: int) -> O
         return "its format is unknown"
     if width < 1 or height < 1 or size < 1:
         return "it is empty"
-    if kind == "jpeg":
+    if kind not in PIXEL_SIZES:
         return None
     row = width * PIXEL_SIZES[kind]
     if kind == "yuv422" and width % 2:

@@ -6,6 +6,7 @@ import collections
 import dataclasses
 import fnmatch
 import threading
+import time
 import weakref
 from typing import Any, Deque, Dict, Iterator, List, Mapping, Optional, Tuple
 
@@ -347,17 +348,19 @@ class Frame:
     time: float  #: exposure by the robot's clock, in seconds since 1970-01-01 UTC
     width: int
     height: int
-    stride: int  #: bytes from one row to the next; 0 for JPEG
-    format: str  #: "rgb", "yuv422" (Y0 Cb Y1 Cr), "grey" or "jpeg"
+    stride: int  #: bytes from one row to the next; 0 for JPEG and H.264
+    format: str  #: "rgb", "yuv422" (Y0 Cb Y1 Cr), "grey", "jpeg" or "h264" (a byte stream)
     data: bytes
     skipped: int = 0  #: frames that were replaced by newer ones since the one before
+    is_key: bool = False  #: "h264": decoding can begin here; the others need the frame before
+    sequence: int = 0  #: "h264": counts the encoded frames
 
     @property
     def pixels(self) -> Any:
         """The pixels as a numpy array of bytes: height x width x 3 for "rgb", height x width x 2
-        for "yuv422", height x width for "grey". The bytes themselves for "jpeg", and without
-        numpy."""
-        if numpy is None or self.format == "jpeg":
+        for "yuv422", height x width for "grey". The bytes themselves for "jpeg" and "h264", and
+        without numpy."""
+        if numpy is None or self.format not in _wire.PIXEL_SIZES:
             return self.data
         size = _wire.PIXEL_SIZES[self.format]
         shape = (self.height, self.width) + ((size,) if size > 1 else ())
@@ -385,7 +388,9 @@ class Camera:
 
     def frames(self) -> Frames:
         """The frames: the newest one that the robot has, then newer ones as they arrive. Frames are
-        never queued: one that arrives while the program is busy replaces the one that waits."""
+        never queued: one that arrives while the program is busy replaces the one that waits. Of
+        "h264" up to 32 wait, and after a gap they continue with a key frame, so that each can be
+        decoded."""
         return Frames(self._robot, self._module, self.name)
 
     def __repr__(self) -> str:
@@ -398,21 +403,39 @@ class Camera:
         return result
 
 
+#: Seconds between requests for a key frame.
+KEY_FRAME_DISTANCE = 0.25
+
+
 class _Slot:
-    """The newest frame that nobody has taken."""
+    """The newest frame that nobody has taken; of H.264 those up to it."""
+
+    MOST_WAITING = 32
 
     def __init__(self) -> None:
         self._changed = threading.Condition()
-        self._frame: Optional[Frame] = None
+        self._frames: Deque[Frame] = collections.deque()
+        self._next: Optional[int] = None  # sequence of the H.264 frame that can be decoded
         self._skipped = 0
         self._end: Optional[Error] = None
         self._is_over = False
 
-    def put(self, frame: Frame) -> None:
+    def put(self, frame: Frame) -> bool:
+        """Returns False if it was left out, since it needs a frame that is missing."""
         with self._changed:
-            self._skipped += self._frame is not None
-            self._frame = frame
+            is_chained = frame.format == "h264"
+            if not is_chained or len(self._frames) == self.MOST_WAITING:
+                self._skipped += len(self._frames)
+                self._frames.clear()
+                self._next = None
+            if is_chained and not frame.is_key and frame.sequence != self._next:
+                self._next = None
+                self._skipped += 1
+                return False
+            self._next = frame.sequence + 1 if is_chained else None
+            self._frames.append(frame)
             self._changed.notify_all()
+            return True
 
     def end(self, error: Optional[Error]) -> None:
         with self._changed:
@@ -422,11 +445,10 @@ class _Slot:
 
     def take(self) -> Optional[Frame]:
         with self._changed:
-            self._changed.wait_for(lambda: self._frame is not None or self._is_over)
-            frame, self._frame = self._frame, None
+            self._changed.wait_for(lambda: self._frames or self._is_over)
             skipped, self._skipped = self._skipped, 0
-            if frame is not None:
-                return dataclasses.replace(frame, skipped=skipped)
+            if self._frames:
+                return dataclasses.replace(self._frames.popleft(), skipped=skipped)
             if self._end is not None:
                 raise self._end
             return None
@@ -462,12 +484,17 @@ class Frames(Stream[Frame]):
 def _read_frames(session: Session, stream: Any, requests: Requests[pb.WatchRequest], slot: _Slot,
                  attempt: str) -> None:
     received = 0
+    asked = -KEY_FRAME_DISTANCE
     error: Optional[Error] = None
     try:
         for frame in _whole_frames(stream, session.limits.frame, attempt):
             received += 1
-            requests.put(pb.WatchRequest(received=received))
-            slot.put(frame)
+            request = pb.WatchRequest(received=received)
+            now = time.monotonic()
+            if not slot.put(frame) and now - asked >= KEY_FRAME_DISTANCE:
+                asked = now
+                request.key_frame = True
+            requests.put(request)
     except grpc.RpcError as end:
         error = session.error
         if error is None and stream.code() != grpc.StatusCode.CANCELLED:
@@ -501,4 +528,4 @@ def _make_frame(header: pb.FrameHeader, data: bytes, attempt: str) -> Frame:
     if damage is not None:
         raise describe(attempt, Cause.INTERNAL, f"a frame is damaged: {damage}")
     return Frame(header.number, header.time / 1e6, header.width, header.height, header.stride,
-                 kind, data)
+                 kind, data, is_key=header.is_key, sequence=header.sequence)

@@ -27,7 +27,7 @@ class Mode(NamedTuple):
         """Raises Error INVALID_ARGUMENT if no program accepts the mode."""
         if not (1 <= self.width <= 65535 and 1 <= self.height <= 65535 and self.formats
                 and self.rates and all(0 < rate <= 10000 for rate in self.rates)
-                and all(kind in _wire.FORMATS for kind in self.formats)):
+                and all(kind in _wire.PICTURE_FORMATS for kind in self.formats)):
             raise Error(Cause.INVALID_ARGUMENT, f"A camera cannot have the mode {self}.")
 
     def to_value(self) -> Dict[str, Any]:

@@ -182,6 +182,9 @@ std::vector<KVCamera> Robot::xMakeCameras() const {
         [video = fVideo.get()](const std::string& camera, const KVFrame& frame) {
             video->publish(camera, frame);
         },
+        [video = fVideo.get()](const std::string& camera) {
+            return video->module()->takeKeyFrameRequest(camera);
+        },
         [complain = fOutput.fComplain](const std::string& line) { complain(base::oneLine(line)); });
 }
 

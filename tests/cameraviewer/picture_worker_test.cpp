@@ -5,14 +5,17 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <grey_film.h>
 #include <made_frames.h>
 #include <mutex>
 #include <picture_worker.h>
 #include <thread>
+#include <vector>
 
 using cameraviewer::DecodedPicture;
 using cameraviewer::PictureWorker;
 using obvista::Notice;
+using obvista_test::GreyFilm;
 using picture::FrameFault;
 
 namespace {
@@ -104,6 +107,92 @@ TEST(PictureWorker, TellsWhatIsWrongWithAFrame) {
     const std::optional<DecodedPicture> decoded = worker.take();
     EXPECT_EQ(decoded->fPicture.fFault, FrameFault::ShortData);
     EXPECT_TRUE(decoded->fPicture.fImage.isNull());
+}
+
+TEST(PictureWorker, ShowsTheNewestOfH264AndDecodesThoseThatItNeeds) {
+    Notice notice;
+    Taker taker(notice);
+    PictureWorker worker(notice);
+    GreyFilm film;
+    EXPECT_FALSE(worker.offer(film.checked()));
+    for (int i = 2; i <= 5; ++i) {
+        EXPECT_TRUE(worker.offer(film.checked()));
+    }
+    worker.request();
+    ASSERT_TRUE(taker.wait());
+    const std::optional<DecodedPicture> decoded = worker.take();
+    ASSERT_TRUE(decoded.has_value());
+    EXPECT_EQ(decoded->fPicture.fFrame.fNumber, 5U);
+    ASSERT_EQ(decoded->fPicture.fImage.format(), QImage::Format_RGB32);
+    EXPECT_NEAR(qRed(decoded->fPicture.fImage.pixel(30, 30)), GreyFilm::greyOf(5), 4);
+    EXPECT_FALSE(worker.takeKeyFrameRequest());
+}
+
+TEST(PictureWorker, ShowsNothingOfH264AfterALostFrameUntilTheNextKeyFrame) {
+    Notice notice;
+    Taker taker(notice);
+    PictureWorker worker(notice);
+    GreyFilm film;
+    worker.request();
+    worker.offer(film.checked());
+    ASSERT_TRUE(taker.wait());
+    ASSERT_TRUE(worker.take().has_value());
+    film.next();  // is lost
+    worker.request();
+    EXPECT_TRUE(worker.offer(film.checked()));
+    ASSERT_TRUE(taker.wait());
+    EXPECT_TRUE(worker.takeKeyFrameRequest());
+    EXPECT_FALSE(worker.takeKeyFrameRequest()) << "once";
+    EXPECT_TRUE(worker.offer(film.checked()));
+    EXPECT_FALSE(worker.take().has_value());
+    EXPECT_FALSE(worker.offer(film.checked(true)));
+    while (!worker.take().has_value()) {
+        ASSERT_TRUE(taker.wait());
+    }
+}
+
+TEST(PictureWorker, RequestsAKeyFrameAfterDamagedH264) {
+    Notice notice;
+    Taker taker(notice);
+    PictureWorker worker(notice);
+    GreyFilm film;
+    worker.request();
+    worker.offer(film.checked());
+    ASSERT_TRUE(taker.wait());
+    ASSERT_TRUE(worker.take().has_value());
+    KVFrame broken = film.next();
+    constexpr std::size_t beginning = 14;
+    ASSERT_GT(broken.fSize, beginning);
+    broken.fSize = beginning;
+    worker.request();
+    worker.offer(picture::check(broken));
+    ASSERT_TRUE(taker.wait());
+    const std::optional<DecodedPicture> decoded = worker.take();
+    ASSERT_TRUE(decoded.has_value());
+    EXPECT_EQ(decoded->fPicture.fFault, FrameFault::BadH264);
+    EXPECT_TRUE(decoded->fPicture.fImage.isNull());
+    EXPECT_TRUE(worker.takeKeyFrameRequest());
+}
+
+TEST(PictureWorker, KeepsABoundedNumberOfH264FramesThatNobodyAskedFor) {
+    Notice notice;
+    Taker taker(notice);
+    PictureWorker worker(notice);
+    GreyFilm film;
+    for (int i = 0; i < 50; ++i) {
+        worker.offer(film.checked());
+    }
+    worker.offer(film.checked(true));
+    for (int i = 0; i < 70; ++i) {
+        KVFrame frame = film.next();
+        frame.fIsKey = false;  // a robot that sends none
+        worker.offer(picture::check(frame));
+    }
+    EXPECT_FALSE(worker.takeKeyFrameRequest()) << "nobody looks";
+    worker.request();
+    worker.offer(film.checked());
+    ASSERT_TRUE(taker.wait());
+    EXPECT_TRUE(worker.takeKeyFrameRequest());
 }
 
 TEST(PictureWorker, MakesAHistogramWhereItIsWanted) {

@@ -37,7 +37,7 @@ std::uint32_t numberAt(const std::uint8_t* data) {
 
 KVFrame frameOf(const std::uint8_t* data, std::size_t size) {
     KVFrame frame;
-    frame.fFormat = static_cast<KVPixelFormat>(data[0] % 6);
+    frame.fFormat = static_cast<KVPixelFormat>(data[0] % 5);
     frame.fWidth = numberAt(data + 2);
     frame.fHeight = numberAt(data + 6);
     frame.fStride = numberAt(data + 10);

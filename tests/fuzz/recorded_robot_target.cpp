@@ -13,6 +13,7 @@
 #include <recorded_robot/protobuf_fields.h>
 #include <recorded_robot/recorded_image.h>
 #include <recorded_robot/recorded_value.h>
+#include <recorded_robot/recorded_video.h>
 #include <stdexcept>
 
 namespace {
@@ -37,6 +38,11 @@ void readFrame(const std::optional<KVFrame>& frame) {
             sum = sum + frame->fData.get()[i];
         }
         picture::check(*frame);
+        KVFrame next = *frame;
+        if (recorded_robot::RecordedVideo().complete(next)) {
+            require(next.fIsKey && next.fWidth > 0, "video begins with a key frame");
+            picture::check(next);
+        }
     }
 }
 
@@ -54,7 +60,8 @@ void readMessage(const std::string& message, const std::string& schema) {
     } catch (const recorded_robot::JsonLimit&) {
         // Refused.
     }
-    for (const char* const name : {"foxglove.CompressedImage", "foxglove.RawImage"}) {
+    for (const char* const name :
+         {"foxglove.CompressedImage", "foxglove.CompressedVideo", "foxglove.RawImage"}) {
         readFrame(recorded_robot::recordedFrame(message, name));
         readFrame(recorded_robot::recordedJsonFrame(message, name));
     }

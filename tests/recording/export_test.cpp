@@ -8,11 +8,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <grey_film.h>
 #include <matroska_reading.h>
 #include <nlohmann/json.hpp>
 #include <robot_recording/image_message.h>
+#include <vector>
 
 namespace recording_test {
 namespace {
@@ -272,6 +275,62 @@ TEST(Export, PngsHaveThePixelsOfTheFrames) {
     pixels.append(rows.begin() + 14, rows.begin() + 26);
     EXPECT_EQ(pixels, outputOfProgram({"convert", pathOf("hand-000003.png"), "rgb:-"}));
     EXPECT_EQ("4x2", outputOfProgram({"identify", "-format", "%wx%h", pathOf("hand-000001.png")}));
+}
+
+/** Returns 70 H.264 frames, of which the first and some later ones are key frames. */
+const std::vector<KVFrame>& greyFrames() {
+    static const std::vector<KVFrame> frames = [] {
+        std::vector<KVFrame> made;
+        obvista_test::GreyFilm film;
+        for (int i = 0; i < 70; ++i) {
+            made.push_back(film.next(i == 60));
+        }
+        return made;
+    }();
+    return frames;
+}
+
+std::string filmSample() {
+    Sample sample("film.mcap");
+    sample.addRobot("robot1");
+    const std::uint16_t camera = sample.addCamera("/robot1/camera/head", KVPixelFormat::H264);
+    for (const KVFrame& frame : greyFrames()) {
+        sample.write(camera, frame);
+    }
+    return sample.finish();
+}
+
+TEST(Export, H264IsInMatroskaAsItWas) {
+    const std::string file = pathOf("h264.mkv");
+    outputOf({filmSample(), "-o", file});
+    std::string error;
+    EXPECT_EQ(70, obvista_test::playMatroska(QString::fromStdString(file), &error, "decodebin"));
+    EXPECT_THAT(error, IsEmpty());
+}
+
+TEST(Export, ASpanOfH264BeginsWithItsFirstKeyFrame) {
+    const std::string file = pathOf("span.mkv");
+    outputOf({filmSample(), "--from", "0.03", "-o", file});
+    const auto first = std::find_if(greyFrames().begin() + 30, greyFrames().end(),
+                                    [](const KVFrame& frame) { return frame.fIsKey; });
+    std::string error;
+    EXPECT_EQ(greyFrames().end() - first,
+              obvista_test::playMatroska(QString::fromStdString(file), &error, "decodebin"));
+    EXPECT_THAT(error, IsEmpty());
+}
+
+TEST(Export, PngsOfH264ShowEachFrame) {
+    removeAll("grey");
+    outputOf({filmSample(), "-o", pathOf("grey.png")});
+    for (const int number : {1, 30, 60, 61, 70}) {
+        const std::string name = "grey-0000" + std::to_string(100 + number).substr(1) + ".png";
+        const std::string pixel =
+            outputOfProgram({"convert", pathOf(name), "-crop", "1x1+30+30", "rgb:-"});
+        ASSERT_EQ(3U, pixel.size());
+        EXPECT_NEAR(static_cast<unsigned char>(pixel[0]),
+                    obvista_test::GreyFilm::greyOf(static_cast<std::uint64_t>(number)), 4)
+            << number;
+    }
 }
 
 void expectFailure(int status, const std::string& sentence, const std::vector<std::string>& words) {

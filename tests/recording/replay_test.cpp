@@ -7,8 +7,12 @@
 #include "robot_process.h"
 #include "tool_process.h"
 
+#include <picture/frame_check.h>
+#include <picture/frame_decoder.h>
+#include <picture/jpeg.h>
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_connection.h>
+#include <robaxi/kv_frame_stream.h>
 #include <robaxi/kv_memory_module.h>
 #include <robaxi/kv_proxy.h>
 #include <robaxi/kv_video_module.h>
@@ -18,9 +22,15 @@
 
 #include <algorithm>
 #include <csignal>
+#include <future>
+#include <grey_film.h>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <recording/check.h>
+#include <recording/writer.h>
+#include <robot_recording/image_message.h>
+#include <vector>
 
 namespace recording_test {
 namespace {
@@ -185,6 +195,85 @@ TEST(Replay, RecordedAgainHasTheSameValuesAndFrames) {
         expected.erase(topic);
     }
     EXPECT_TRUE(expected.empty());
+}
+
+/** Returns the next frame of a camera. */
+class NextFrame {
+  public:
+    explicit NextFrame(const std::shared_ptr<KVConnection>& connection) : fConnection(connection) {}
+
+    KVFrame of(const std::string& camera) {
+        std::promise<KVFrame> first;
+        std::once_flag once;
+        KVFrameStream::Callbacks callbacks;
+        callbacks.fFrameReceived = [&](const KVFrame& frame, std::uint64_t /*passedOver*/) {
+            std::call_once(once, [&] { first.set_value(frame); });
+        };
+        const auto stream = KVFrameStream::start(fConnection, "KVVideo", camera, callbacks);
+        std::future<KVFrame> frame = first.get_future();
+        const bool hasCome = frame.wait_for(ChildProcess::a_patience) == std::future_status::ready;
+        stream->stop();
+        return hasCome ? frame.get() : KVFrame();
+    }
+
+  private:
+    const std::shared_ptr<KVConnection> fConnection;
+};
+
+int greyOf(const KVFrame& frame) {
+    const picture::CheckedFrame checked = picture::check(frame);
+    if (checked.fault() != picture::FrameFault::None) {
+        return -1;
+    }
+    picture::JpegReader reader;
+    const std::size_t stride = std::size_t{frame.fWidth} * 3;
+    std::vector<unsigned char> rows(stride * frame.fHeight);
+    const bool isWhole =
+        picture::decode(checked, reader, picture::PixelLayout::Rgb888, rows.data(), stride);
+    return isWhole ? rows[rows.size() / 2] : -1;
+}
+
+TEST(Replay, ShowsH264AtEachPositionToClientsThatComeWhileItIsPaused) {
+    constexpr std::uint64_t period = 33'333'000;  // nanoseconds
+    const std::string path = pathOf("film.mcap");
+    {
+        recording::Writer writer(path);
+        writer.writeMetadata({"robot", {{"name", "robot1"}, {"topics", "/robot1"}}});
+        const auto& schema = robot_recording::imageSchema(KVPixelFormat::H264);
+        const std::uint16_t camera =
+            writer.addChannel(writer.addSchema(schema.fName, schema.fEncoding, schema.fData),
+                              "/robot1/camera/head", schema.fMessageEncoding);
+        obvista_test::GreyFilm film;
+        film.next();  // The recording begins between two key frames.
+        for (std::uint64_t number = 2; number <= 90; ++number) {
+            const std::uint64_t time = a_start + number * period;
+            writer.write({camera, static_cast<std::uint32_t>(number), time, time,
+                          robot_recording::imageMessage(film.next(number == 5), "head")});
+        }
+        writer.finish();
+    }
+    RobotProcess::Settings settings;
+    settings.fArguments = {"--replay", path, "--paused"};
+    const RobotProcess replay(settings);
+    const auto broker = obvista_test::createTestBroker("test");
+    const auto connection = KVConnection::open(broker, RobotProcess::address(), replay.port(), 60);
+    KVProxy controls("KVReplay", connection, 60.0);
+    NextFrame next(connection);
+    EXPECT_EQ(next.of("head").fNumber, 5U) << "before its first frame a camera shows that one";
+    for (const std::uint64_t number : {40U, 70U, 66U, 7U, 90U}) {
+        controls.callValue("seek", {static_cast<std::int64_t>((a_start + number * period) / 1000)});
+        const KVFrame frame = next.of("head");
+        EXPECT_EQ(frame.fNumber, number);
+        EXPECT_EQ(frame.fFormat, KVPixelFormat::Jpeg);
+        EXPECT_NEAR(greyOf(frame), obvista_test::GreyFilm::greyOf(number), 4) << number;
+    }
+    controls.callValue("seek", {static_cast<std::int64_t>((a_start + 20 * period) / 1000)});
+    for (const int step : {1, 1, -1}) {
+        controls.callValue("step", {step, "head"});
+    }
+    const KVFrame frame = next.of("head");
+    EXPECT_EQ(frame.fNumber, 21U);
+    EXPECT_NEAR(greyOf(frame), obvista_test::GreyFilm::greyOf(21), 4);
 }
 
 }  // namespace

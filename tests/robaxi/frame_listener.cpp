@@ -2,6 +2,9 @@
 
 #include "recording_listener.h"
 
+#include <chrono>
+#include <thread>
+
 namespace robaxi_test {
 
 namespace {
@@ -67,6 +70,30 @@ KVFrame makeFrame(std::uint64_t number, std::size_t size) {
     frame.fData = std::move(bytes);
     frame.fSize = size;
     return frame;
+}
+
+void publishH264(KVFrameSource& source, std::uint64_t first, std::uint64_t last,
+                 bool beginsWithKey) {
+    constexpr std::int64_t period = 50'000;
+    for (std::uint64_t number = first; number <= last; ++number) {
+        KVFrame frame = makeFrame(number, 10);
+        frame.fFormat = KVPixelFormat::H264;
+        frame.fSequence = number;
+        frame.fTime = static_cast<std::int64_t>(number) * period;
+        frame.fIsKey = beginsWithKey && number == first;
+        source.publish("head", frame);
+    }
+}
+
+bool waitForKeyFrameRequest(KVFrameSource& source) {
+    const auto deadline = std::chrono::steady_clock::now() + a_patience;
+    while (!source.takeKeyFrameRequest("head")) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            return false;
+        }
+        std::this_thread::yield();
+    }
+    return true;
 }
 
 bool hasBytesOf(const KVFrame& frame, std::uint64_t number) {

@@ -1,6 +1,7 @@
 #ifndef OBVISTA_TESTS_ROBAXI_FRAME_LISTENER_H
 #define OBVISTA_TESTS_ROBAXI_FRAME_LISTENER_H
 
+#include <robaxi/kv_frame_source.h>
 #include <robaxi/kv_frame_stream.h>
 
 #include <condition_variable>
@@ -46,6 +47,15 @@ class FrameListener {
 /** Creates a frame of that size whose bytes depend on their position and the frame's number. */
 KVFrame makeFrame(std::uint64_t number, std::size_t size);
 bool hasBytesOf(const KVFrame& frame, std::uint64_t number);
+
+/**
+ * Publishes H.264 frames of the camera "head" with these numbers and sequence numbers, 20 a second
+ * by their time stamps. Only the first one may be a key frame.
+ */
+void publishH264(KVFrameSource& source, std::uint64_t first, std::uint64_t last,
+                 bool beginsWithKey = false);
+/** Waits until a client needs a key frame of the camera "head". */
+bool waitForKeyFrameRequest(KVFrameSource& source);
 
 }  // namespace robaxi_test
 

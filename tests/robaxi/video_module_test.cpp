@@ -293,6 +293,39 @@ TEST_F(VideoModule, aFrameWithoutBytesIsNotSent) {
     EXPECT_THAT(halves, Each(0U));
 }
 
+TEST_F(VideoModule, onlyACameraWithABitRateHasThatSetting) {
+    fVideo->addCamera({a_eye});
+    EXPECT_THAT(textOfRefusal({{"bitRate", 1'000'000}}), HasSubstr("has no setting 'bitRate'"));
+    fVideo->addCamera(
+        {{"film", "", {{320, 240, {"h264"}, {15}}}, {320, 240, "h264", 15, 2'000'000}}});
+    EXPECT_EQ(set("film", {{"bitRate", 500'000}}).toMap().at("bitRate"), KVValue(500'000));
+    EXPECT_EQ(fVideo->getSettings("film").fBitRate, 500'000);
+    for (const std::int64_t rate :
+         {std::int64_t{99'999}, std::int64_t{50'000'001}, -1L, 1L << 32}) {
+        EXPECT_THAT(refusal("film", {{"bitRate", rate}}).toString(),
+                    HasSubstr("it can do 100000 to 50000000."));
+    }
+    EXPECT_EQ(fVideo->getSettings("film").fBitRate, 500'000);
+}
+
+TEST_F(VideoModule, aCameraIsAskedForTheKeyFrameThatItsWatcherNeeds) {
+    std::atomic<int> wanted{0};
+    const auto make = [&wanted](const KVCameraSettings& /*settings*/, KVFrame& frame) {
+        fill(frame);
+        frame.fFormat = KVPixelFormat::H264;
+        wanted += frame.fIsKey ? 1 : 0;
+        frame.fSequence = frame.fNumber;
+    };
+    fVideo->addCamera({{"film", "", {}, {4, 2, "h264", 50}}, make});
+    FrameListener listener;
+    const auto stream = watch("film", listener);
+    ASSERT_TRUE(listener.waitUntil([&] { return listener.fNumbers.size() > 1; }));
+    EXPECT_GE(wanted, 1);
+    const int before = wanted;
+    stream->requestKeyFrame();
+    EXPECT_TRUE(listener.waitUntil([&] { return wanted > before; }));
+}
+
 TEST_F(VideoModule, pushedFramesGetANumberAndATime) {
     fVideo->addCamera({smallCamera(15), {}, {}, fWatched.recorder()});
     FrameListener frames;

@@ -38,9 +38,14 @@ KVFrame jpegFrame(const std::string& jpeg) {
     return makeJpegFrame(64, 48, Bytes(jpeg.begin(), jpeg.end()));
 }
 
+std::string fileOf(const KVFrame& frame, PictureFormat format) {
+    PixelReader reader;
+    return pictureFile(frame, format, reader);
+}
+
 void expectRefusal(const std::string& sentence, const KVFrame& frame) {
     try {
-        pixelsOf(frame);
+        PixelReader().read(frame);
         ADD_FAILURE() << "taken, though: " << sentence;
     } catch (const Failure& failure) {
         EXPECT_EQ(ExitStatus::BadPicture, failure.status());
@@ -73,12 +78,14 @@ TEST(Pixels, ColoursBecomeBrightnessAndGreyBecomesColours) {
 
 TEST(Pixels, AreThoseOfTheFrame) {
     const Bytes rgb{1, 2, 3, 4, 5, 6};
-    const Pixels pixels = pixelsOf(makeFrame(KVPixelFormat::Rgb888, 2, 1, 6, rgb));
+    const Pixels pixels = PixelReader().read(makeFrame(KVPixelFormat::Rgb888, 2, 1, 6, rgb));
     EXPECT_EQ(Channels::Rgb, pixels.fChannels);
     EXPECT_EQ(rgb, pixels.fBytes);
-    const Pixels yuv = pixelsOf(makeFrame(KVPixelFormat::Yuv422, 2, 1, 4, {81, 90, 81, 240}));
+    const Pixels yuv =
+        PixelReader().read(makeFrame(KVPixelFormat::Yuv422, 2, 1, 4, {81, 90, 81, 240}));
     EXPECT_THAT(yuv.fBytes, ElementsAre(255, 0, 0, 255, 0, 0));
-    EXPECT_EQ(Channels::Grey, pixelsOf(makeFrame(KVPixelFormat::Grey8, 1, 1, 1, {7})).fChannels);
+    EXPECT_EQ(Channels::Grey,
+              PixelReader().read(makeFrame(KVPixelFormat::Grey8, 1, 1, 1, {7})).fChannels);
 }
 
 TEST(Pixels, FramesThatLieAreRefused) {
@@ -98,47 +105,46 @@ TEST(Pixels, JpegsThatLieAreRefused) {
 
 TEST(PictureFile, AJpegIsKeptAsItCame) {
     const std::string jpeg = jpegOf(makePixels(64, 48, Channels::Rgb));
-    EXPECT_EQ(jpeg, pictureFile(jpegFrame(jpeg), PictureFormat::Jpeg));
+    EXPECT_EQ(jpeg, fileOf(jpegFrame(jpeg), PictureFormat::Jpeg));
 }
 
 TEST(PictureFile, ADamagedJpegIsNotKept) {
     const std::string jpeg = jpegOf(makePixels(64, 48, Channels::Rgb));
-    EXPECT_THROW(pictureFile(jpegFrame(jpeg.substr(0, jpeg.size() - 50)), PictureFormat::Jpeg),
-                 Failure);
+    EXPECT_THROW(fileOf(jpegFrame(jpeg.substr(0, jpeg.size() - 50)), PictureFormat::Jpeg), Failure);
 }
 
 TEST(PictureFile, APngHasEveryPixel) {
     const Pixels rgb = makePixels(5, 3, Channels::Rgb);
     const std::string colours =
-        pictureFile(makeFrame(KVPixelFormat::Rgb888, 5, 3, 15, rgb.fBytes), PictureFormat::Png);
+        fileOf(makeFrame(KVPixelFormat::Rgb888, 5, 3, 15, rgb.fBytes), PictureFormat::Png);
     EXPECT_EQ(rgb.fBytes, pixelsOfPng(colours, 5, 3, PNG_FORMAT_RGB));
     const Pixels grey = makePixels(5, 3, Channels::Grey);
     const std::string shades =
-        pictureFile(makeFrame(KVPixelFormat::Grey8, 5, 3, 5, grey.fBytes), PictureFormat::Png);
+        fileOf(makeFrame(KVPixelFormat::Grey8, 5, 3, 5, grey.fBytes), PictureFormat::Png);
     EXPECT_EQ(grey.fBytes, pixelsOfPng(shades, 5, 3, PNG_FORMAT_GRAY));
 }
 
 TEST(PictureFile, PpmAndPgmAreAHeadingAndTheBytes) {
     const KVFrame frame = makeFrame(KVPixelFormat::Grey8, 2, 1, 2, {'a', 'b'});
-    EXPECT_EQ("P5\n2 1\n255\nab", pictureFile(frame, PictureFormat::Pgm));
-    EXPECT_EQ("P6\n2 1\n255\naaabbb", pictureFile(frame, PictureFormat::Ppm));
+    EXPECT_EQ("P5\n2 1\n255\nab", fileOf(frame, PictureFormat::Pgm));
+    EXPECT_EQ("P6\n2 1\n255\naaabbb", fileOf(frame, PictureFormat::Ppm));
 }
 
 TEST(PictureFile, OtherFramesBecomeAJpegOfHighQuality) {
     const Pixels pixels(64, 48, Channels::Rgb);
     KVFrame frame = makeFrame(KVPixelFormat::Rgb888, 64, 48, 192, pixels.fBytes);
-    const std::string file = pictureFile(frame, PictureFormat::Jpeg);
-    EXPECT_EQ(pixels.fBytes, pixelsOf(jpegFrame(file)).fBytes);
-    const std::string grey = pictureFile(
-        makeFrame(KVPixelFormat::Grey8, 64, 48, 64, Bytes(64 * 48)), PictureFormat::Jpeg);
-    EXPECT_EQ(Channels::Grey, pixelsOf(jpegFrame(grey)).fChannels);
+    const std::string file = fileOf(frame, PictureFormat::Jpeg);
+    EXPECT_EQ(pixels.fBytes, PixelReader().read(jpegFrame(file)).fBytes);
+    const std::string grey =
+        fileOf(makeFrame(KVPixelFormat::Grey8, 64, 48, 64, Bytes(64 * 48)), PictureFormat::Jpeg);
+    EXPECT_EQ(Channels::Grey, PixelReader().read(jpegFrame(grey)).fChannels);
 }
 
 TEST(PictureFile, WhatAFormatCannotHoldIsTold) {
     const KVFrame wide = makeFrame(KVPixelFormat::Grey8, 70000, 1, 70000, Bytes(70000));
-    EXPECT_THROW(pictureFile(wide, PictureFormat::Jpeg), Failure);
+    EXPECT_THROW(fileOf(wide, PictureFormat::Jpeg), Failure);
     const KVFrame wider = makeFrame(KVPixelFormat::Grey8, 1000001, 1, 1000001, Bytes(1000001));
-    EXPECT_THROW(pictureFile(wider, PictureFormat::Png), Failure);
+    EXPECT_THROW(fileOf(wider, PictureFormat::Png), Failure);
 }
 
 TEST(PictureFile, TheEndingTellsTheFormat) {

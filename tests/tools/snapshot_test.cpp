@@ -341,7 +341,7 @@ TEST_F(Snapshot, ShowsWhatTheSimulatedRobotSeesInEachOfItsFormats) {
     const std::string place =
         std::string(RobotProcess::address()) + ':' + std::to_string(robot.port());
     const std::string file = fFolder / "a.pgm";
-    for (const std::string format : {"rgb", "yuv422", "grey", "jpeg"}) {
+    for (const std::string format : {"rgb", "yuv422", "grey", "jpeg", "h264"}) {
         const ToolResult set = runTool(
             {"call", place, "KVVideo", "setSettings", "head", "{\"format\": \"" + format + "\"}"});
         ASSERT_EQ(0, set.fStatus) << set.fErrors;

@@ -32,8 +32,8 @@ CameraFilm::CameraFilm(std::string file, Title title)
 
 bool CameraFilm::write(const CheckedFrame& checked, std::int64_t arrival) {
     const KVFrame& frame = checked.frame();
-    const JpegFile jpeg = xEncode(checked);
-    if (!jpeg.fData) {
+    const EncodedPicture picture = xEncode(checked);
+    if (!picture.fData) {
         return false;
     }
     const Kind kind{frame.fFormat, frame.fWidth, frame.fHeight};
@@ -47,18 +47,18 @@ bool CameraFilm::write(const CheckedFrame& checked, std::int64_t arrival) {
     if (!fWriter) {
         xBegin(kind, frame);
     }
-    fWriter->write(jpeg, fTime - fBegin);
+    fWriter->write(picture, fTime - fBegin);
     xCheck();
     return true;
 }
 
 /** @return no data if the frame has a fault */
-JpegFile CameraFilm::xEncode(const CheckedFrame& checked) {
+EncodedPicture CameraFilm::xEncode(const CheckedFrame& checked) {
     if (checked.fault() != picture::FrameFault::None) {
         return {};
     }
     const KVFrame& frame = checked.frame();
-    if (frame.fFormat == KVPixelFormat::Jpeg) {
+    if (frame.fFormat == KVPixelFormat::Jpeg || frame.fFormat == KVPixelFormat::H264) {
         return {frame.fData, frame.fSize};
     }
     const PixelLayout layout = checked.isGrey() ? PixelLayout::Grey8 : PixelLayout::Rgb888;
@@ -69,8 +69,10 @@ JpegFile CameraFilm::xEncode(const CheckedFrame& checked) {
     }
     // YUV 4:2:2 has no higher colour resolution.
     const bool isHalf = frame.fFormat == KVPixelFormat::Yuv422;
-    return fJpegWriter.write({fRows.data(), frame.fWidth, frame.fHeight, stride, layout},
-                             isHalf ? JpegDetail::Half : JpegDetail::Full);
+    const JpegFile jpeg =
+        fJpegWriter.write({fRows.data(), frame.fWidth, frame.fHeight, stride, layout},
+                          isHalf ? JpegDetail::Half : JpegDetail::Full);
+    return {jpeg.fData, jpeg.fSize};
 }
 
 void CameraFilm::xBegin(const Kind& kind, const KVFrame& frame) {
@@ -79,6 +81,8 @@ void CameraFilm::xBegin(const Kind& kind, const KVFrame& frame) {
     fBegin = fTime;
     MatroskaWriter::Settings settings;
     settings.fFile = fFiles.back();
+    settings.fFormat =
+        kind.fFormat == KVPixelFormat::H264 ? KVPixelFormat::H264 : KVPixelFormat::Jpeg;
     settings.fWidth = static_cast<int>(kind.fWidth);
     settings.fHeight = static_cast<int>(kind.fHeight);
     settings.fTitle = fTitle(frame.fTime);

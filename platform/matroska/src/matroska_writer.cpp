@@ -56,6 +56,7 @@ struct ElementKind {
 };
 
 constexpr ElementKind a_source{"appsrc", "gstreamer1.0-plugins-base"};
+constexpr ElementKind a_parser{"h264parse", "gstreamer1.0-plugins-bad"};
 constexpr ElementKind a_muxer{"matroskamux", "gstreamer1.0-plugins-good"};
 constexpr ElementKind a_sink{"filesink", "libgstreamer1.0-0"};
 
@@ -78,7 +79,7 @@ void releasePicture(gpointer bytes) {
 }
 
 /** Returns a picture without a copy of its bytes. */
-GstBuffer* makeBuffer(const picture::JpegFile& picture) {
+GstBuffer* makeBuffer(const EncodedPicture& picture) {
     // GStreamer's parameter is not const; the memory is marked as read-only.
     auto* data = const_cast<unsigned char*>(picture.fData.get());
     return gst_buffer_new_wrapped_full(GST_MEMORY_FLAG_READONLY, data, picture.fSize, 0,
@@ -149,10 +150,18 @@ struct MatroskaWriter::Private {
         if (source == nullptr || muxer == nullptr || sink == nullptr) {
             return missingText(source == nullptr ? a_source : muxer == nullptr ? a_muxer : a_sink);
         }
+        // Matroska has another form of H.264 than a byte stream.
+        const bool isH264 = fSettings.fFormat == KVPixelFormat::H264;
+        GstElement* const parser = isH264 ? add(a_parser) : nullptr;
+        if (isH264 && parser == nullptr) {
+            return missingText(a_parser);
+        }
         setUpSource(source);
         setUpMuxer(muxer);
         setUpSink(sink);
-        const bool isLinked = gst_element_link_many(source, muxer, sink, nullptr) != FALSE;
+        const bool isLinked =
+            (isH264 ? gst_element_link_many(source, parser, muxer, sink, nullptr)
+                    : gst_element_link_many(source, muxer, sink, nullptr)) != FALSE;
         if (isLinked &&
             gst_element_set_state(fPipeline.get(), GST_STATE_PLAYING) != GST_STATE_CHANGE_FAILURE) {
             return {};
@@ -162,9 +171,12 @@ struct MatroskaWriter::Private {
 
     void setUpSource(GstElement* element) {
         fSource = GST_APP_SRC(element);
-        const Owned<GstCaps> caps(gst_caps_new_simple("image/jpeg", "width", G_TYPE_INT,
-                                                      fSettings.fWidth, "height", G_TYPE_INT,
-                                                      fSettings.fHeight, nullptr));
+        const Owned<GstCaps> caps(
+            gst_caps_from_string(fSettings.fFormat == KVPixelFormat::H264
+                                     ? "video/x-h264,stream-format=byte-stream,alignment=au"
+                                     : "image/jpeg"));
+        gst_caps_set_simple(caps.get(), "width", G_TYPE_INT, fSettings.fWidth, "height", G_TYPE_INT,
+                            fSettings.fHeight, nullptr);
         gst_app_src_set_caps(fSource, caps.get());
         gst_app_src_set_stream_type(fSource, GST_APP_STREAM_TYPE_STREAM);
         gst_app_src_set_max_bytes(fSource, a_maxWaiting);
@@ -267,7 +279,7 @@ MatroskaWriter::MatroskaWriter(const Settings& settings)
 
 MatroskaWriter::~MatroskaWriter() = default;
 
-void MatroskaWriter::write(const picture::JpegFile& picture, std::int64_t time) {
+void MatroskaWriter::write(const EncodedPicture& picture, std::int64_t time) {
     fPrivate->waitFor([this] { return fPrivate->fCanTake; });
     if (fPrivate->hasFailed()) {
         return;

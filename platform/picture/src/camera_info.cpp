@@ -140,6 +140,11 @@ CameraSettings readSettings(const KVValue& value) {
         const auto found = value.toMap().find("rate");
         settings.fRate = found != value.toMap().end() ? rate(found->second) : 0;
     }
+    const KVValue* const bitRate = member(value, "bitRate", KVValue::Type::Int);
+    if (bitRate != nullptr && bitRate->toInt() >= CameraSettings::a_lowestBitRate &&
+        bitRate->toInt() <= CameraSettings::a_highestBitRate) {
+        settings.fBitRate = static_cast<int>(bitRate->toInt());
+    }
     return settings;
 }
 

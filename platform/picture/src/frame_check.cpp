@@ -1,5 +1,6 @@
 #include "picture/frame_check.h"
 
+#include "picture/h264.h"
 #include "picture/jpeg.h"
 #include "picture/pixel_format.h"
 
@@ -58,16 +59,23 @@ FrameFault checkJpeg(const KVFrame& frame, JpegReader& reader, bool& isGrey) {
 CheckedFrame check(const KVFrame& frame, JpegReader& reader) {
     CheckedFrame checked;
     checked.fFrame = frame;
-    const bool isJpeg = frame.fFormat == KVPixelFormat::Jpeg;
-    if (!isJpeg && bytesPerPixel(frame.fFormat) == 0) {
-        checked.fFault = FrameFault::UnsupportedFormat;
-        return checked;
-    }
-    checked.fFault = checkSize(frame);
+    const bool isKnown = bytesPerPixel(frame.fFormat) > 0 || frame.fFormat == KVPixelFormat::Jpeg ||
+                         frame.fFormat == KVPixelFormat::H264;
+    checked.fFault = isKnown ? checkSize(frame) : FrameFault::UnsupportedFormat;
     if (checked.fFault != FrameFault::None) {
         return checked;
     }
-    checked.fFault = isJpeg ? checkJpeg(frame, reader, checked.fIsGrey) : checkRows(frame);
+    switch (frame.fFormat) {
+        case KVPixelFormat::Jpeg:
+            checked.fFault = checkJpeg(frame, reader, checked.fIsGrey);
+            break;
+        case KVPixelFormat::H264:
+            checked.fFault = checkH264(frame);
+            break;
+        default:
+            checked.fFault = checkRows(frame);
+            break;
+    }
     if (frame.fFormat == KVPixelFormat::Grey8) {
         checked.fIsGrey = checked.fFault == FrameFault::None;
     }
@@ -103,6 +111,19 @@ const char* faultText(FrameFault fault) {
             return "The camera sends JPEGs of another size than it says.";
         case FrameFault::BadJpeg:
             return "The camera sends JPEGs that are damaged or incomplete.";
+        case FrameFault::H264TooLarge:
+            return "The camera sends H.264 that is too large; the most is 9.4 million pixels and "
+                   "4 MiB a frame.";
+        case FrameFault::UnreadableH264:
+            return "The camera sends H.264 that cannot be read.";
+        case FrameFault::H264SizeDiffers:
+            return "The camera sends H.264 of another size than it says.";
+        case FrameFault::BadH264:
+            return "The camera sends H.264 that is damaged.";
+        case FrameFault::NoH264Decoder:
+            return "Showing H.264 needs GStreamer's element \"avdec_h264\" or \"openh264dec\", "
+                   "which are in the Debian packages gstreamer1.0-libav and "
+                   "gstreamer1.0-plugins-bad. Other formats can be shown.";
     }
     return "";
 }

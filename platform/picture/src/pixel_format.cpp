@@ -13,10 +13,11 @@ struct Format {
     std::uint32_t fBytesPerPixel;
 };
 
-constexpr std::array<Format, 4> a_formats{{{KVPixelFormat::Rgb888, "rgb", 3},
+constexpr std::array<Format, 5> a_formats{{{KVPixelFormat::Rgb888, "rgb", 3},
                                            {KVPixelFormat::Yuv422, "yuv422", 2},
                                            {KVPixelFormat::Grey8, "grey", 1},
-                                           {KVPixelFormat::Jpeg, "jpeg", 0}}};
+                                           {KVPixelFormat::Jpeg, "jpeg", 0},
+                                           {KVPixelFormat::H264, "h264", 0}}};
 
 constexpr Format a_unknown{KVPixelFormat::Unknown, "unknown", 0};
 

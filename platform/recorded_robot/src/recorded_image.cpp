@@ -14,8 +14,10 @@ namespace {
 constexpr std::size_t a_longestJson = std::size_t{100} << 20U;
 
 constexpr std::string_view a_compressedImage = "foxglove.CompressedImage";
+constexpr std::string_view a_rawImage = "foxglove.RawImage";
+constexpr std::string_view a_compressedVideo = "foxglove.CompressedVideo";
 
-/** The fields of both kinds of pictures. */
+/** The fields of all kinds of pictures. */
 struct Image {
     std::string_view fFormat;
     std::string_view fData;
@@ -93,13 +95,14 @@ class ProtobufFields {
     std::string_view fContent;
 };
 
-Image compressedImage(std::string_view message) {
+/** Reads a picture in a format of files or films, which has these fields. */
+Image encodedImage(std::string_view message, std::uint64_t data, std::uint64_t format) {
     Image image;
     ProtobufFields fields(message);
     while (fields.next()) {
-        if (fields.is(2, ProtobufFields::Type::Sized)) {
+        if (fields.is(data, ProtobufFields::Type::Sized)) {
             image.fData = fields.bytes();
-        } else if (fields.is(3, ProtobufFields::Type::Sized)) {
+        } else if (fields.is(format, ProtobufFields::Type::Sized)) {
             image.fFormat = fields.bytes();
         }
     }
@@ -125,8 +128,11 @@ Image rawImage(std::string_view message) {
     return image;
 }
 
-KVPixelFormat formatOf(std::string_view format, bool isCompressed) {
-    if (isCompressed) {
+KVPixelFormat formatOf(std::string_view format, std::string_view schema) {
+    if (schema == a_compressedVideo) {
+        return format == "h264" ? KVPixelFormat::H264 : KVPixelFormat::Unknown;
+    }
+    if (schema == a_compressedImage) {
         return format == "jpeg" || format == "jpg" ? KVPixelFormat::Jpeg : KVPixelFormat::Unknown;
     }
     if (format == "rgb8") {
@@ -141,7 +147,7 @@ KVPixelFormat formatOf(std::string_view format, bool isCompressed) {
 
 std::optional<KVFrame> frameOf(const Image& image, std::string_view schema) {
     KVFrame frame;
-    frame.fFormat = formatOf(image.fFormat, schema == a_compressedImage);
+    frame.fFormat = formatOf(image.fFormat, schema);
     if (frame.fFormat == KVPixelFormat::Unknown || image.fData.empty()) {
         return std::nullopt;
     }
@@ -172,7 +178,10 @@ std::string textOf(const KVValue::Map& map, const std::string& key) {
 }  // namespace
 
 std::optional<KVFrame> recordedFrame(std::string_view message, std::string_view schema) {
-    return frameOf(schema == a_compressedImage ? compressedImage(message) : rawImage(message),
+    if (schema == a_compressedVideo) {
+        return frameOf(encodedImage(message, 3, 4), schema);
+    }
+    return frameOf(schema == a_compressedImage ? encodedImage(message, 2, 3) : rawImage(message),
                    schema);
 }
 
@@ -194,7 +203,7 @@ std::optional<KVFrame> recordedJsonFrame(std::string_view message, std::string_v
     if (!data) {
         return std::nullopt;
     }
-    const std::string format = textOf(map, schema == a_compressedImage ? "format" : "encoding");
+    const std::string format = textOf(map, schema == a_rawImage ? "encoding" : "format");
     return frameOf(
         {format, *data, numberOf(map, "width"), numberOf(map, "height"), numberOf(map, "step")},
         schema);

@@ -17,6 +17,7 @@ using recording::Schema;
 constexpr std::string_view a_memory = "/memory";
 constexpr std::string_view a_camera = "/camera/";
 constexpr std::string_view a_events = "/events";
+constexpr const char* a_compressedVideo = "foxglove.CompressedVideo";
 /** More metadata records than a recording has robots are not read. */
 constexpr std::size_t a_mostRobots = 1000;
 constexpr std::size_t a_longestName = 63;  // the longest label of a name that is announced
@@ -43,10 +44,10 @@ RecordedChannel channelBySchema(const Channel& channel, const Schema* schema) {
     const std::string name = schema == nullptr ? std::string() : schema->fName;
     RecordedChannel result;
     result.fName = keyOf(channel.fTopic);
-    const bool isImage = name == "foxglove.CompressedImage" || name == "foxglove.RawImage";
-    if (name == "foxglove.CompressedVideo") {
-        result.fReason = "video is not supported";
-    } else if (channel.fMessageEncoding == "json") {
+    const bool isImage = name == "foxglove.CompressedImage" || name == a_compressedVideo ||
+                         name == "foxglove.RawImage";
+    result.fIsVideo = name == a_compressedVideo;
+    if (channel.fMessageEncoding == "json") {
         result.fContent = isImage ? Content::JsonPicture : Content::JsonFields;
     } else if (channel.fMessageEncoding == "protobuf" && isImage) {
         result.fContent = Content::Picture;

@@ -41,6 +41,12 @@ class ROBAXI_EXPORT Stream {
     virtual void stop() = 0;
 };
 
+/** The client's end of one watched camera. */
+class ROBAXI_EXPORT PictureStream : public Stream {
+  public:
+    virtual void requestKeyFrame() = 0;
+};
+
 /** The client's end of one subscription. */
 class ROBAXI_EXPORT ValueStream : public Stream {
   public:
@@ -117,8 +123,8 @@ class ROBAXI_EXPORT Link {
                                                    const std::vector<std::string>& names,
                                                    double rate,
                                                    KVSubscription::Callbacks callbacks) = 0;
-    virtual std::shared_ptr<Stream> watch(const Target& target, const std::string& camera,
-                                          KVFrameStream::Callbacks callbacks) = 0;
+    virtual std::shared_ptr<PictureStream> watch(const Target& target, const std::string& camera,
+                                                 KVFrameStream::Callbacks callbacks) = 0;
     ///@}
 };
 

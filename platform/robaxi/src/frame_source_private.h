@@ -3,9 +3,12 @@
 
 #include "task_pool.h"
 
+#include <robaxi/kv_frame_chain.h>
 #include <robaxi/kv_frame_source.h>
 
+#include <chrono>
 #include <condition_variable>
+#include <deque>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -18,7 +21,8 @@
  * The cameras as seen by their watchers.
  *
  * Every published frame gets a version, counted from 1 for each stream, so that a watcher knows
- * whether there is a newer frame than the last one it has sent; no watcher keeps a queue.
+ * whether there is a newer frame than the last one it has sent; no watcher keeps a queue. Of H.264
+ * the stream keeps the frames of a short time, which watchers read one after another.
  */
 struct KVFrameSource::Private : public std::enable_shared_from_this<KVFrameSource::Private> {
     /**
@@ -34,13 +38,19 @@ struct KVFrameSource::Private : public std::enable_shared_from_this<KVFrameSourc
     };
 
     struct Stream {
-        KVFrame fNewest;
-        std::uint64_t fVersion = 0;  // 0 before the first frame
+        /** Returns the version of the first of fFrames. */
+        std::uint64_t firstVersion() const { return fVersion + 1 - fFrames.size(); }
+
+        std::deque<KVFrame> fFrames;  // the newest is the last; a single one unless H.264
+        std::uint64_t fVersion = 0;   // of the newest; 0 before the first frame
+        KVFrameChain fChain;
+        bool fIsKeyWanted = false;
+        std::chrono::steady_clock::time_point fKeyTaken;
         std::vector<Watcher*> fWatchers;
         int fToldWatchers = 0;  // the number last reported to the demand handler
     };
 
-    struct Newest {
+    struct Next {
         KVFrame fFrame;
         std::uint64_t fVersion = 0;
     };
@@ -53,8 +63,13 @@ struct KVFrameSource::Private : public std::enable_shared_from_this<KVFrameSourc
     bool addWatcher(const std::string& stream, Watcher* watcher);
     /** When it returns, the watcher is not being called and will not be called again. */
     void removeWatcher(const std::string& stream, Watcher* watcher);
-    /** Returns the newest frame if its version is above `version`. */
-    std::optional<Newest> newestAfter(const std::string& stream, std::uint64_t version) const;
+    /**
+     * Returns the frame to send after that with `version`: the newest, or of H.264 the one that
+     * follows. A watcher that cannot continue gets the last key frame, which is requested if there
+     * is none.
+     */
+    std::optional<Next> nextAfter(const std::string& stream, std::uint64_t version);
+    void requestKeyFrame(const std::string& stream);
 
     void setDemandHandler(DemandHandler handler);
     void xTellDemand();

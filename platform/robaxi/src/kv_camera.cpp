@@ -2,12 +2,15 @@
 
 bool KVCameraSettings::operator==(const KVCameraSettings& other) const {
     return fWidth == other.fWidth && fHeight == other.fHeight && fFormat == other.fFormat &&
-           fRate == other.fRate;
+           fRate == other.fRate && fBitRate == other.fBitRate;
 }
 
 KVValue KVCameraSettings::toValue() const {
-    return KVValue::Map{
-        {"width", fWidth}, {"height", fHeight}, {"format", fFormat}, {"rate", fRate}};
+    KVValue::Map map{{"width", fWidth}, {"height", fHeight}, {"format", fFormat}, {"rate", fRate}};
+    if (fBitRate > 0) {
+        map.emplace("bitRate", fBitRate);
+    }
+    return map;
 }
 
 bool KVCameraMode::operator==(const KVCameraMode& other) const {

@@ -8,6 +8,11 @@
 
 namespace {
 
+/** H.264 frames that are kept: a watcher that is further behind continues with a key frame. */
+constexpr std::int64_t a_longestBacklog = 300'000;  // microseconds
+constexpr std::size_t a_mostKept = 64;
+constexpr std::chrono::milliseconds a_keyFrameDistance(250);
+
 void checkFrame(const KVFrame& frame) {
     if (frame.fSize > KVSettings::Limits().fFrame) {
         throw KVError(KVError::Cause::TooLarge, "A frame of a camera has at most 64 MiB.");
@@ -34,6 +39,7 @@ bool KVFrameSource::Private::addWatcher(const std::string& stream, Watcher* watc
         return false;
     }
     found->second.fWatchers.push_back(watcher);
+    found->second.fIsKeyWanted = true;
     xWakeTeller();
     return true;
 }
@@ -49,14 +55,33 @@ void KVFrameSource::Private::removeWatcher(const std::string& stream, Watcher* w
     xWakeTeller();
 }
 
-std::optional<KVFrameSource::Private::Newest> KVFrameSource::Private::newestAfter(
-    const std::string& stream, std::uint64_t version) const {
+std::optional<KVFrameSource::Private::Next> KVFrameSource::Private::nextAfter(
+    const std::string& stream, std::uint64_t version) {
     const std::lock_guard lock(fMutex);
     const auto found = fStreams.find(stream);
     if (found == fStreams.end() || found->second.fVersion <= version) {
         return std::nullopt;
     }
-    return Newest{found->second.fNewest, found->second.fVersion};
+    Stream& frames = found->second;
+    const std::uint64_t first = frames.firstVersion();
+    if (version > 0 && version + 1 >= first) {
+        return Next{frames.fFrames[version + 1 - first], version + 1};
+    }
+    for (std::size_t i = frames.fFrames.size(); i > 0; --i) {
+        if (standsAlone(frames.fFrames[i - 1])) {
+            return Next{frames.fFrames[i - 1], first + i - 1};
+        }
+    }
+    frames.fIsKeyWanted = true;
+    return std::nullopt;
+}
+
+void KVFrameSource::Private::requestKeyFrame(const std::string& stream) {
+    const std::lock_guard lock(fMutex);
+    const auto found = fStreams.find(stream);
+    if (found != fStreams.end()) {
+        found->second.fIsKeyWanted = true;
+    }
 }
 
 void KVFrameSource::Private::xWakeTeller() {
@@ -151,17 +176,49 @@ std::vector<std::string> KVFrameSource::getStreams() const {
 
 void KVFrameSource::publish(const std::string& stream, const KVFrame& frame) {
     checkFrame(frame);
-    KVFrame before = frame;  // afterwards the replaced frame, released without the lock
+    std::deque<KVFrame> replaced;  // released without the lock
     const std::lock_guard lock(fPrivate->fMutex);
     const auto found = fPrivate->fStreams.find(stream);
     if (found == fPrivate->fStreams.end()) {
         throw KVError(KVError::Cause::InvalidArgument, "There is no camera named " + stream + ".");
     }
-    std::swap(found->second.fNewest, before);
-    ++found->second.fVersion;
-    for (Private::Watcher* watcher : found->second.fWatchers) {
+    Private::Stream& frames = found->second;
+    if (!frames.fChain.accepts(frame)) {
+        frames.fIsKeyWanted = true;
+        return;
+    }
+    if (frame.fFormat == KVPixelFormat::H264) {
+        frames.fIsKeyWanted = frames.fIsKeyWanted && !frame.fIsKey;
+    } else {
+        replaced.swap(frames.fFrames);
+    }
+    frames.fFrames.push_back(frame);
+    ++frames.fVersion;
+    const auto isOld = [&] {
+        const KVFrame& oldest = frames.fFrames.front();
+        return oldest.fFormat != frame.fFormat || frames.fFrames.size() > a_mostKept ||
+               frame.fTime - oldest.fTime > a_longestBacklog;
+    };
+    while (frames.fFrames.size() > 1 && isOld()) {
+        replaced.push_back(std::move(frames.fFrames.front()));
+        frames.fFrames.pop_front();
+    }
+    for (Private::Watcher* watcher : frames.fWatchers) {
         watcher->framePublished();
     }
+}
+
+bool KVFrameSource::takeKeyFrameRequest(const std::string& stream) {
+    const auto now = std::chrono::steady_clock::now();
+    const std::lock_guard lock(fPrivate->fMutex);
+    const auto found = fPrivate->fStreams.find(stream);
+    if (found == fPrivate->fStreams.end() || !found->second.fIsKeyWanted ||
+        now - found->second.fKeyTaken < a_keyFrameDistance) {
+        return false;
+    }
+    found->second.fIsKeyWanted = false;
+    found->second.fKeyTaken = now;
+    return true;
 }
 
 int KVFrameSource::getWatchers(const std::string& stream) const {

@@ -7,7 +7,7 @@
 
 struct KVFrameStream::Private {
     std::shared_ptr<KVConnection> fConnection;
-    std::shared_ptr<robaxi::Stream> fStream;  // destroyed before the connection
+    std::shared_ptr<robaxi::PictureStream> fStream;  // destroyed before the connection
 };
 
 std::shared_ptr<KVFrameStream> KVFrameStream::start(std::shared_ptr<KVConnection> connection,
@@ -33,6 +33,10 @@ KVFrameStream::KVFrameStream(std::shared_ptr<Private> implementation)
 
 KVFrameStream::~KVFrameStream() {
     stop();
+}
+
+void KVFrameStream::requestKeyFrame() {
+    fPrivate->fStream->requestKeyFrame();
 }
 
 void KVFrameStream::stop() {

@@ -20,6 +20,9 @@ bool CameraTopic::canWrite(const KVFrame& frame) {
 }
 
 bool CameraTopic::write(const KVFrame& frame, std::uint64_t logTime) {
+    if (!fChain.accepts(frame)) {
+        return false;
+    }
     const MessageSchema& schema = imageSchema(frame.fFormat);
     auto topic = fTopics.find(&schema);
     if (topic == fTopics.end()) {
@@ -29,8 +32,13 @@ bool CameraTopic::write(const KVFrame& frame, std::uint64_t logTime) {
             RecordingSink::Repeat::No);
         topic = fTopics.emplace(&schema, added).first;
     }
-    return fSink.write(topic->second, static_cast<std::uint32_t>(frame.fNumber), logTime,
-                       messageTime(frame.fTime), imageMessage(frame, fCamera));
+    const bool isWritten =
+        fSink.write(topic->second, static_cast<std::uint32_t>(frame.fNumber), logTime,
+                    messageTime(frame.fTime), imageMessage(frame, fCamera));
+    if (!isWritten) {
+        fChain.interrupt();
+    }
+    return isWritten;
 }
 
 }  // namespace robot_recording

@@ -73,6 +73,14 @@ MessageSchema compressedImageSchema() {
                      {"frame_id", 4, Type::String}});
 }
 
+MessageSchema compressedVideoSchema() {
+    return schemaOf(a_compressedVideo, "CompressedVideo", "foxglove/CompressedVideo.proto",
+                    {{"timestamp", 1, Type::Message},
+                     {"frame_id", 2, Type::String},
+                     {"data", 3, Type::Bytes},
+                     {"format", 4, Type::String}});
+}
+
 MessageSchema rawImageSchema() {
     return schemaOf(a_rawImage, "RawImage", "foxglove/RawImage.proto",
                     {{"timestamp", 1, Type::Message},
@@ -108,11 +116,14 @@ const char* encodingOf(KVPixelFormat format) {
 
 const MessageSchema& imageSchema(KVPixelFormat format) {
     static const MessageSchema compressed = compressedImageSchema();
+    static const MessageSchema video = compressedVideoSchema();
     static const MessageSchema raw = rawImageSchema();
     static const MessageSchema none;
     switch (format) {
         case KVPixelFormat::Jpeg:
             return compressed;
+        case KVPixelFormat::H264:
+            return video;
         case KVPixelFormat::Rgb888:
         case KVPixelFormat::Yuv422:
         case KVPixelFormat::Grey8:
@@ -131,6 +142,12 @@ std::string imageMessage(const KVFrame& frame, const std::string& camera) {
         message.addBytes(2, data);
         message.addBytes(3, "jpeg");
         message.addBytes(4, camera);
+        return message.take();
+    }
+    if (frame.fFormat == KVPixelFormat::H264) {
+        message.addBytes(2, camera);
+        message.addBytes(3, data);
+        message.addBytes(4, "h264");
         return message.take();
     }
     message.addFixed32(2, frame.fWidth);

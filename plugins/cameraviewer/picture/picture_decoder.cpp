@@ -70,6 +70,8 @@ Picture PictureDecoder::decode(const CheckedFrame& checked) {
         result.fImage = wrap(frame, QImage::Format_RGB888);
     } else if (frame.fFormat == KVPixelFormat::Grey8) {
         result.fImage = wrap(frame, QImage::Format_Grayscale8);
+    } else if (frame.fFormat == KVPixelFormat::H264) {
+        xDecodeH264(checked, result);
     } else {
         result.fImage = xDecodeRows(checked);
         result.fFault = result.fImage.isNull() ? FrameFault::BadJpeg : FrameFault::None;
@@ -77,14 +79,40 @@ Picture PictureDecoder::decode(const CheckedFrame& checked) {
     return result;
 }
 
-/** @return a null image for a JPEG that is damaged */
-QImage PictureDecoder::xDecodeRows(const CheckedFrame& frame) {
-    QImage image = fBuffers.makeImage(
-        static_cast<int>(frame.frame().fWidth), static_cast<int>(frame.frame().fHeight),
-        frame.isGrey() ? QImage::Format_Grayscale8 : QImage::Format_RGB32);
+FrameFault PictureDecoder::skip(const CheckedFrame& frame) {
+    const bool isNeeded =
+        frame.fault() == FrameFault::None && frame.frame().fFormat == KVPixelFormat::H264;
+    return isNeeded ? fH264Decoder.decode(frame) : frame.fault();
+}
+
+void PictureDecoder::xDecodeH264(const CheckedFrame& frame, Picture& picture) {
+    picture.fFault = fH264Decoder.decode(frame);
+    if (picture.fFault != FrameFault::None) {
+        return;
+    }
+    QImage image = xMakeImage(frame.frame(), QImage::Format_RGB32);
+    if (fH264Decoder.read(PixelLayout::Rgb32, image.bits(),
+                          static_cast<std::size_t>(image.bytesPerLine()))) {
+        picture.fImage = image;
+    } else {
+        picture.fFault = FrameFault::BadH264;
+    }
+}
+
+/** @throws std::bad_alloc */
+QImage PictureDecoder::xMakeImage(const KVFrame& frame, QImage::Format format) {
+    QImage image =
+        fBuffers.makeImage(static_cast<int>(frame.fWidth), static_cast<int>(frame.fHeight), format);
     if (image.isNull()) {
         throw std::bad_alloc();
     }
+    return image;
+}
+
+/** @return a null image for a JPEG that is damaged */
+QImage PictureDecoder::xDecodeRows(const CheckedFrame& frame) {
+    QImage image = xMakeImage(frame.frame(),
+                              frame.isGrey() ? QImage::Format_Grayscale8 : QImage::Format_RGB32);
     const bool isWhole = picture::decode(
         frame, fJpegReader, frame.isGrey() ? PixelLayout::Grey8 : PixelLayout::Rgb32, image.bits(),
         static_cast<std::size_t>(image.bytesPerLine()));

@@ -11,6 +11,8 @@
 #include <QPoint>
 #include <QString>
 
+#include <codec/h264_decoder.h>
+
 namespace cameraviewer {
 
 /**
@@ -22,8 +24,8 @@ struct Picture {
     KVFrame fFrame;
     /**
      * Null if there is a fault. For RGB (Format_RGB888) and grey (Format_Grayscale8) it consists of
-     * the frame's bytes, with its stride; YUV 4:2:2 and JPEG become Format_RGB32, a grey JPEG
-     * Format_Grayscale8.
+     * the frame's bytes, with its stride; YUV 4:2:2, JPEG and H.264 become Format_RGB32, a grey
+     * JPEG Format_Grayscale8.
      */
     QImage fImage;
     picture::FrameFault fFault = picture::FrameFault::None;
@@ -37,7 +39,8 @@ class PictureDecoder {
   public:
     /**
      * Decodes a frame: RGB and grey without a copy, YUV 4:2:2 by picture::convertYuv422Row(). A
-     * JPEG that is damaged, or ends early, is BadJpeg and not shown in part.
+     * JPEG that is damaged, or ends early, is BadJpeg and not shown in part. H.264 frames are
+     * passed in the order of KVFrameChain, here or to skip(); after a fault with a key frame.
      *
      * @throws std::bad_alloc when there is no memory for the picture
      */
@@ -45,10 +48,16 @@ class PictureDecoder {
     /** Checks the frame before. */
     Picture decode(const KVFrame& frame);
 
+    /** Decodes an H.264 frame whose picture is not needed. Does nothing for other formats. */
+    picture::FrameFault skip(const picture::CheckedFrame& frame);
+
   private:
     QImage xDecodeRows(const picture::CheckedFrame& frame);
+    QImage xMakeImage(const KVFrame& frame, QImage::Format format);
+    void xDecodeH264(const picture::CheckedFrame& frame, Picture& picture);
 
     picture::JpegReader fJpegReader;
+    codec::H264Decoder fH264Decoder;
     PictureBuffers fBuffers;
 };
 

@@ -46,6 +46,8 @@ QString formatText(KVPixelFormat format) {
             return QStringLiteral("Grey");
         case KVPixelFormat::Jpeg:
             return QStringLiteral("JPEG");
+        case KVPixelFormat::H264:
+            return QStringLiteral("H.264");
         case KVPixelFormat::Unknown:
             break;
     }

@@ -1,6 +1,7 @@
 #include "recorder.h"
 
 #include <base/time.h>
+#include <robaxi/kv_frame_chain.h>
 
 #include <QCoreApplication>
 
@@ -47,6 +48,8 @@ struct Recorder::Private {
     std::size_t fOfferedFrames = 0;
     std::size_t fOfferedBytes = 0;
     std::uint64_t fNewlyDropped = 0;  ///< since the last frame that was accepted
+    KVFrameChain fChain;              ///< of the frames that were accepted
+    bool fHasBegun = false;
     RecorderStatus fStatus;
 
     explicit Private(const RecorderLimits& limits) : fLimits(limits) {}
@@ -225,6 +228,8 @@ void Recorder::start(const QString& file, const PictureOrigin& origin) {
         fPrivate->fStatus = RecorderStatus();
         fPrivate->fStatus.fState = State::Recording;
         fPrivate->fStatus.fFile = file;
+        fPrivate->fChain.interrupt();
+        fPrivate->fHasBegun = false;
     }
     RunningRecordings::instance().add(fPrivate.get(),
                                       [recording = fPrivate.get()] { recording->stopAndWait(); });
@@ -240,7 +245,13 @@ void Recorder::offer(const picture::CheckedFrame& frame) {
         if (fPrivate->fStatus.fState != State::Recording) {
             return;
         }
-        if (!fPrivate->hasRoomFor(frame.frame())) {
+        const bool isPlayable = fPrivate->fChain.accepts(frame.frame());
+        if (!isPlayable && !fPrivate->fHasBegun) {
+            return;  // the recording begins with a key frame
+        }
+        fPrivate->fHasBegun = true;
+        if (!isPlayable || !fPrivate->hasRoomFor(frame.frame())) {
+            fPrivate->fChain.interrupt();
             ++fPrivate->fStatus.fDropped;
             ++fPrivate->fNewlyDropped;
             return;

@@ -46,13 +46,14 @@ struct RecorderLimits {
 
 /**
  * Records frames on dedicated threads: to an MCAP file as they come, or to Matroska files as Motion
- * JPEG.
+ * JPEG or H.264.
  *
- * In Matroska, JPEG frames are stored byte for byte as they come. Other formats are encoded as JPEG
- * of the quality picture::JpegWriter::a_quality: raw pictures would be 27 MB a second at 640x480,
- * and few players know them in Matroska. An exact picture is what a snapshot is for. Frames with a
- * fault are left out and counted; a JPEG with damage beyond its header, where picture::check() does
- * not look, is stored like any other.
+ * In Matroska, JPEG and H.264 frames are stored as they come, without encoding them again. H.264
+ * begins with a key frame, also after a frame that was not recorded. Other formats are encoded as
+ * JPEG of the quality picture::JpegWriter::a_quality: raw pictures would be 27 MB a second at
+ * 640x480, and few players know them in Matroska. An exact picture is what a snapshot is for.
+ * Frames with a fault are left out and counted; a JPEG with damage beyond its header, where
+ * picture::check() does not look, is stored like any other.
  *
  * The times in a file are those of the robot's stamps, from 0 on, see matroska::RecordingClock. As
  * a track has one size, another size or format begins a new file: "name.mkv", "name-2.mkv" and so

@@ -48,6 +48,7 @@ Player::Player(recording::Reader& reader, Stage& stage, const PlayerOptions& opt
       fEnd(std::max(reader.statistics().fStart, reader.statistics().fEnd)),
       fChannels(stage.channels()) {
     fChannels.insert(stage.histories().begin(), stage.histories().end());
+    fChannels.insert(stage.films().begin(), stage.films().end());
     fState.fSpeed = options.fSpeed;
     fState.fLoop = options.fLoop;
     constexpr double perSecond = 1e9;
@@ -273,7 +274,36 @@ void Player::xRestage(std::uint64_t time) {
         fStage.show(*message);
     }
     showUpTo(time);
+    for (const std::uint16_t film : fStage.films()) {
+        xRestageFilm(film, time);
+    }
     fStage.endJump();
+}
+
+/** Shows the frames since the last key frame. */
+void Player::xRestageFilm(std::uint16_t channel, std::uint64_t time) {
+    // Cameras send a key frame every few seconds.
+    for (const std::uint64_t span : {std::uint64_t{3}, std::uint64_t{60}}) {
+        const std::uint64_t nanoseconds = span * 1'000'000'000;
+        const std::uint64_t first = time > nanoseconds ? time - nanoseconds : 0;
+        std::optional<std::uint64_t> key;
+        recording::Messages search =
+            fReader.messages({first, time, std::set{channel}, recording::Order::LogTime});
+        while (const std::optional<Message> message = fIsStopping ? std::nullopt : search.next()) {
+            if (fStage.isKeyFrame(*message)) {
+                key = message->fLogTime;
+            }
+        }
+        if (key) {
+            recording::Messages frames =
+                fReader.messages({*key, time, std::set{channel}, recording::Order::LogTime});
+            while (const std::optional<Message> message =
+                       fIsStopping ? std::nullopt : frames.next()) {
+                fStage.show(*message);
+            }
+            return;
+        }
+    }
 }
 
 void Player::xContinueAt(std::uint64_t first) {

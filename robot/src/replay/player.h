@@ -86,6 +86,7 @@ class Player {
     Clock::time_point xTimeOf(std::uint64_t position) const;
     void xJump(std::uint64_t time);
     void xRestage(std::uint64_t time);
+    void xRestageFilm(std::uint16_t channel, std::uint64_t time);
     bool xStepForward(const std::set<std::uint16_t>& channels);
     bool xStepBack(const std::set<std::uint16_t>& channels);
     void xContinueAt(std::uint64_t first);

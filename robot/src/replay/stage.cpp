@@ -61,7 +61,7 @@ Stage::Stage(Reader& reader, const recorded_robot::RecordedRobot& robot,
       fStart(static_cast<std::int64_t>(reader.statistics().fStart /
                                        base::a_nanosecondsPerMicrosecond)) {
     for (const auto& [id, recorded] : robot.fChannels) {
-        Channel channel{{reader, id, recorded}, {}};
+        Channel channel{{reader, id, recorded}, {}, nullptr};
         const Content content = channel.fReader.channel().fContent;
         if (content == Content::Unknown) {
             complain("not replayed: " + base::oneLine(reader.channels().at(id).fTopic) + ": " +
@@ -69,7 +69,12 @@ Stage::Stage(Reader& reader, const recorded_robot::RecordedRobot& robot,
             continue;
         }
         const bool isHistory = content == Content::Group || content == Content::Events;
-        (isHistory ? fHistories : fChannels).insert(id);
+        if (recorded.fIsVideo && hasPictures(content)) {
+            channel.fFilm = std::make_unique<ReplayedFilm>();
+            fFilms.insert(id);
+        } else {
+            (isHistory ? fHistories : fChannels).insert(id);
+        }
         if (content == Content::Group) {
             fGroups.insert(id);
         }
@@ -139,13 +144,32 @@ void Stage::xAddCameras(Reader& reader) {
     }
 }
 
+/** Video may begin with frames that need those before the recording. */
+std::optional<KVFrame> Stage::xFirstFrame(Reader& reader, std::uint16_t channel) {
+    constexpr int most = 1000;
+    recording::Selection selection;
+    selection.fChannels = std::set<std::uint16_t>{channel};
+    recording::Messages messages = reader.messages(selection);
+    ReplayedFilm* const film = fChannelsById.at(channel).fFilm.get();
+    for (int i = 0; i < (film != nullptr ? most : 1); ++i) {
+        const std::optional<Message> message = messages.next();
+        if (!message) {
+            break;
+        }
+        std::optional<KVFrame> frame = xFrame(*message);
+        if (film == nullptr) {
+            return frame;
+        }
+        if (frame && film->take(*frame)) {
+            return film->picture();
+        }
+    }
+    return std::nullopt;
+}
+
 /** A camera without a frame that can be shown is left out. */
 void Stage::xAddCamera(Reader& reader, const std::string& name, std::uint16_t first) {
-    recording::Selection selection;
-    selection.fChannels = std::set<std::uint16_t>{first};
-    recording::Messages messages = reader.messages(selection);
-    const std::optional<Message> message = messages.next();
-    Camera camera{{first}, message ? xFrame(*message) : std::nullopt, std::nullopt};
+    Camera camera{{first}, xFirstFrame(reader, first), std::nullopt, nullptr};
     if (!camera.fFirst || camera.fFirst->fWidth == 0 || camera.fFirst->fHeight == 0) {
         return;
     }
@@ -188,6 +212,7 @@ void Stage::xShowFrame(const std::string& camera, const KVFrame& frame) {
 std::set<std::uint16_t> Stage::valueChannels() const {
     std::set<std::uint16_t> channels = fChannels;
     channels.insert(fGroups.begin(), fGroups.end());
+    channels.insert(fFilms.begin(), fFilms.end());
     return channels;
 }
 
@@ -227,14 +252,34 @@ void Stage::show(const Message& message) {
         });
     } else if (const auto camera = fCameras.find(channel.fReader.channel().fName);
                camera != fCameras.end()) {
-        const std::optional<KVFrame> frame = xFrame(message);
-        if (frame && fIsJump) {
-            camera->second.fShown = frame;
-        } else if (frame) {
-            flush();
-            xShowFrame(camera->first, *frame);
-        }
+        xShowPicture(camera->first, channel, message);
     }
+}
+
+void Stage::xShowPicture(const std::string& camera, Channel& channel, const Message& message) {
+    std::optional<KVFrame> frame = xFrame(message);
+    ReplayedFilm* const film = channel.fFilm.get();
+    if (!frame || (film != nullptr && !film->take(*frame))) {
+        return;
+    }
+    Camera& shown = fCameras.at(camera);
+    if (fIsJump) {
+        shown.fFilm = film;  // encodes only the last one
+        shown.fShown = film == nullptr ? std::move(frame) : std::nullopt;
+        return;
+    }
+    if (film != nullptr) {
+        frame = film->picture();
+    }
+    if (frame) {
+        flush();
+        xShowFrame(camera, *frame);
+    }
+}
+
+bool Stage::isKeyFrame(const Message& message) {
+    const std::optional<KVFrame> frame = xFrame(message);
+    return frame && recorded_robot::isKeyFrame(*frame);
 }
 
 /** A field that the message does not have has no value any more. */
@@ -295,9 +340,13 @@ void Stage::beginJump() {
     fIsJump = true;
     for (auto& [name, camera] : fCameras) {
         camera.fShown.reset();
+        camera.fFilm = nullptr;
     }
     for (auto& [id, channel] : fChannelsById) {
         channel.fFields.clear();
+        if (channel.fFilm) {
+            channel.fFilm->restart();
+        }
     }
 }
 
@@ -312,7 +361,10 @@ void Stage::endJump() {
     fWaiting.assign(std::make_move_iterator(fJump.begin()), std::make_move_iterator(fJump.end()));
     fJump.clear();
     flush();
-    for (const auto& [name, camera] : fCameras) {
+    for (auto& [name, camera] : fCameras) {
+        if (camera.fFilm != nullptr) {
+            camera.fShown = camera.fFilm->picture();
+        }
         // Before its first frame a camera shows the first one.
         if (const auto& frame = camera.fShown ? camera.fShown : camera.fFirst) {
             xShowFrame(name, *frame);

@@ -1,6 +1,8 @@
 #ifndef OBVISTA_ROBOT_REPLAY_STAGE_H
 #define OBVISTA_ROBOT_REPLAY_STAGE_H
 
+#include "replay/replayed_film.h"
+
 #include <picture/jpeg.h>
 #include <robaxi/kv_memory_module.h>
 #include <robaxi/kv_video_module.h>
@@ -44,6 +46,10 @@ class Stage {
 
     /** Channels of which the newest message is all that there is to show at a time. */
     const std::set<std::uint16_t>& channels() const { return fChannels; }
+    /** Channels of video: a jump needs the messages since the last key frame. */
+    const std::set<std::uint16_t>& films() const { return fFilms; }
+    /** Returns true if a message of video can be shown without the ones before. */
+    bool isKeyFrame(const recording::Message& message);
     /** Channels whose messages are all needed: those of events, and of several keys. */
     const std::set<std::uint16_t>& histories() const { return fHistories; }
     /** Channels of values and pictures: all but those of events. */
@@ -73,7 +79,8 @@ class Stage {
   private:
     struct Channel {
         recorded_robot::ChannelReader fReader;
-        std::set<std::string> fFields;  ///< the keys of the last message, if it has fields
+        std::set<std::string> fFields;        ///< the keys of the last message, if it has fields
+        std::unique_ptr<ReplayedFilm> fFilm;  ///< if it is video
     };
     struct Waiting {
         KVValue fValue;
@@ -84,12 +91,16 @@ class Stage {
         std::set<std::uint16_t> fChannels;
         std::optional<KVFrame> fFirst;  ///< nothing if the first frames are too large
         std::optional<KVFrame> fShown;  ///< in a jump
+        ReplayedFilm* fFilm = nullptr;  ///< in a jump, the one that has taken the newest frame
     };
 
     void xAddKeys(recording::Reader& reader);
     void xAddCameras(recording::Reader& reader);
     void xAddCamera(recording::Reader& reader, const std::string& name, std::uint16_t first);
     std::optional<KVFrame> xFrame(const recording::Message& message);
+    std::optional<KVFrame> xFirstFrame(recording::Reader& reader, std::uint16_t channel);
+    void xShowPicture(const std::string& camera, Channel& channel,
+                      const recording::Message& message);
     void xShowFields(Channel& channel, const recording::Message& message);
     void xShowEvent(const recording::Message& message);
     void xShowFrame(const std::string& camera, const KVFrame& frame);
@@ -102,6 +113,7 @@ class Stage {
     std::shared_ptr<KVVideoModule> fVideo;
     std::map<std::uint16_t, Channel> fChannelsById;
     std::set<std::uint16_t> fChannels;
+    std::set<std::uint16_t> fFilms;
     std::set<std::uint16_t> fHistories;
     std::set<std::uint16_t> fGroups;
     std::int64_t fStart = 0;

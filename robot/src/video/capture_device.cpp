@@ -1,12 +1,14 @@
 #include "video/capture_device.h"
 
-#include "video/gstreamer.h"
-
 #include <algorithm>
 #include <array>
+#include <codec/gstreamer.h>
 #include <utility>
 
 namespace robot {
+
+using codec::GStreamerPointer;
+using codec::startGStreamer;
 
 namespace {
 

@@ -1,13 +1,15 @@
 #include "video/device_camera.h"
 
 #include "video/frame_encoder.h"
-#include "video/gstreamer.h"
 
 #include <base/buffer_pool.h>
 #include <base/time.h>
 #include <picture/pixel_format.h>
 
 #include <algorithm>
+#include <atomic>
+#include <codec/gstreamer.h>
+#include <codec/h264_encoder.h>
 #include <cstring>
 #include <gst/app/gstappsink.h>
 #include <gst/video/video.h>
@@ -15,6 +17,8 @@
 
 namespace robot {
 
+using codec::GStreamerPointer;
+using codec::startGStreamer;
 using picture::CameraMode;
 using picture::CameraSettings;
 
@@ -82,10 +86,8 @@ std::vector<CameraMode> modesOf(const CaptureDevice& device) {
             return mode.fWidth == captured.fWidth && mode.fHeight == captured.fHeight;
         });
         if (known == modes.end()) {
-            modes.push_back({captured.fWidth,
-                             captured.fHeight,
-                             {"rgb", "yuv422", "grey", "jpeg"},
-                             captured.fRates});
+            modes.push_back({captured.fWidth, captured.fHeight,
+                             formatsOf(captured.fWidth, captured.fHeight), captured.fRates});
             continue;
         }
         std::vector<double> rates;
@@ -103,6 +105,7 @@ std::vector<CameraMode> modesOf(const CaptureDevice& device) {
 picture::CameraInfo infoOf(const std::string& name, const CaptureDevice& device) {
     picture::CameraInfo info{name, device.fText, modesOf(device), {}};
     info.fSettings = picture::fittedSettings(info, {640, 480, "jpeg", 30});
+    info.fSettings.fBitRate = firstBitRate();
     return info;
 }
 
@@ -128,8 +131,10 @@ std::string captureDescription(const CaptureDevice& device, const CameraSettings
 class DeviceCamera::Pipeline {
   public:
     Pipeline(const CaptureDevice& device, const CameraSettings& settings, std::uint64_t number,
-             Sink sink, std::function<void(const std::string&)> complain)
+             Sink sink, IsKeyWanted isKeyWanted, std::function<void(const std::string&)> complain)
         : fSettings(settings),
+          fBitRate(settings.fBitRate),
+          fIsKeyWanted(std::move(isKeyWanted)),
           fIsEncodedHere(isEncodedHere(device, settings)),
           fNumber(number),
           fFrameSink(std::move(sink)),
@@ -156,6 +161,9 @@ class DeviceCamera::Pipeline {
 
     Pipeline(const Pipeline&) = delete;
     Pipeline& operator=(const Pipeline&) = delete;
+
+    /** Applies from the next frame on. */
+    void setBitRate(int bitRate) { fBitRate = bitRate; }
 
     /** Returns when the sink is not being called. @return number of the last frame */
     std::uint64_t end() {
@@ -200,7 +208,9 @@ class DeviceCamera::Pipeline {
         frame.fNumber = ++fNumber;
         frame.fTime = base::microsecondsNow() - xAge(buffer);
         gst_buffer_unmap(buffer, &map);
-        fFrameSink(frame);
+        if (frame.fData) {
+            fFrameSink(frame);
+        }
     }
 
     /** Copies the frame, since the driver has few buffers and needs them back. */
@@ -223,7 +233,9 @@ class DeviceCamera::Pipeline {
         for (int y = 0; y < fSettings.fHeight; ++y) {
             std::memcpy(fCanvas.row(y), map.data + stride * static_cast<std::size_t>(y), row);
         }
-        return fEncoder.encode(fCanvas, picture::formatNamed(fSettings.fFormat));
+        CameraSettings settings = fSettings;
+        settings.fBitRate = fBitRate;
+        return fEncoder.encode(fCanvas, settings, fIsKeyWanted());
     }
 
     /** Returns the microseconds since the picture was taken. */
@@ -248,6 +260,8 @@ class DeviceCamera::Pipeline {
     }
 
     const CameraSettings fSettings;
+    std::atomic<int> fBitRate;
+    const IsKeyWanted fIsKeyWanted;
     const bool fIsEncodedHere;
     std::uint64_t fNumber;  // used by the streaming thread while it runs
     const Sink fFrameSink;
@@ -279,18 +293,23 @@ void DeviceCamera::apply(const CameraSettings& settings) {
     if (settings == fSettings) {
         return;
     }
+    CameraSettings before = fSettings;
+    before.fBitRate = settings.fBitRate;
     fSettings = settings;
-    if (fSink) {
+    if (fPipeline && before == settings) {
+        fPipeline->setBitRate(settings.fBitRate);
+    } else if (fSink) {
         xStartPipeline();
     }
 }
 
-void DeviceCamera::start(Sink sink) {
+void DeviceCamera::start(Sink sink, IsKeyWanted isKeyWanted) {
     const std::lock_guard lock(fMutex);
     if (fSink) {
         return;
     }
     fSink = std::move(sink);
+    fIsKeyWanted = std::move(isKeyWanted);
     xStartPipeline();
 }
 
@@ -302,7 +321,8 @@ void DeviceCamera::stop() {
 
 void DeviceCamera::xStartPipeline() {
     xEndPipeline();
-    fPipeline = std::make_unique<Pipeline>(fDevice, fSettings, fNumber, fSink, fComplain);
+    fPipeline =
+        std::make_unique<Pipeline>(fDevice, fSettings, fNumber, fSink, fIsKeyWanted, fComplain);
 }
 
 void DeviceCamera::xEndPipeline() {

@@ -22,6 +22,9 @@ class DeviceCamera {
   public:
     /** Receives a frame, on a thread of the camera, one call at a time. */
     using Sink = std::function<void(const KVFrame&)>;
+    /** Returns true if a client needs a key frame; called on that thread before each frame that is
+     *  encoded here. */
+    using IsKeyWanted = std::function<bool()>;
 
     /**
      * Does not access the device before it is started.
@@ -49,7 +52,8 @@ class DeviceCamera {
     void apply(const picture::CameraSettings& settings);
 
     /** Starts making frames; does nothing if it is already running. */
-    void start(Sink sink);
+    void start(
+        Sink sink, IsKeyWanted isKeyWanted = [] { return false; });
     /** Stops; returns when the sink is no longer being called. */
     void stop();
 
@@ -64,7 +68,8 @@ class DeviceCamera {
     const std::function<void(const std::string&)> fComplain;
     mutable std::mutex fMutex;  // guards the following members
     picture::CameraSettings fSettings;
-    Sink fSink;                 // empty while it is stopped
+    Sink fSink;  // empty while it is stopped
+    IsKeyWanted fIsKeyWanted;
     std::uint64_t fNumber = 0;  // of the last frame of the last pipeline
     std::unique_ptr<Pipeline> fPipeline;
 };

@@ -1,6 +1,7 @@
 #include "video/frame_encoder.h"
 
 #include <picture/colours.h>
+#include <picture/pixel_format.h>
 
 #include <stdexcept>
 
@@ -51,6 +52,12 @@ void putYuv422(const Colour* from, int width, unsigned char* to) {
     }
 }
 
+picture::PixelRows rowsOf(const Canvas& canvas) {
+    const auto width = static_cast<std::uint32_t>(canvas.width());
+    return {&canvas.row(0)->fRed, width, static_cast<std::uint32_t>(canvas.height()),
+            sizeof(Colour) * width, picture::PixelLayout::Rgbx32};
+}
+
 using PutRow = void (*)(const Colour* from, int width, unsigned char* to);
 
 PutRow putRowOf(KVPixelFormat format) {
@@ -67,6 +74,32 @@ PutRow putRowOf(KVPixelFormat format) {
 }
 
 }  // namespace
+
+std::vector<std::string> formatsOf(int width, int height) {
+    std::vector<std::string> formats{"rgb", "yuv422", "grey", "jpeg"};
+    // Four pixels share a colour.
+    if (width % 2 == 0 && height % 2 == 0 && codec::H264Encoder::isAvailable()) {
+        formats.emplace_back("h264");
+    }
+    return formats;
+}
+
+int firstBitRate() {
+    constexpr int bitRate = 2'000'000;
+    return codec::H264Encoder::isAvailable() ? bitRate : 0;
+}
+
+KVFrame FrameEncoder::encode(const Canvas& canvas, const KVCameraSettings& settings,
+                             bool isKeyWanted) {
+    try {
+        const KVPixelFormat format = picture::formatNamed(settings.fFormat);
+        return format == KVPixelFormat::H264
+                   ? fH264Encoder.encode(rowsOf(canvas), settings, isKeyWanted)
+                   : encode(canvas, format);
+    } catch (const std::runtime_error&) {
+        return {};
+    }
+}
 
 KVFrame FrameEncoder::encode(const Canvas& canvas, KVPixelFormat format) {
     KVFrame frame;
@@ -90,8 +123,7 @@ KVFrame FrameEncoder::encode(const Canvas& canvas, KVPixelFormat format) {
 }
 
 void FrameEncoder::xEncodeJpeg(const Canvas& canvas, KVFrame& frame) {
-    const picture::PixelRows rows{&canvas.row(0)->fRed, frame.fWidth, frame.fHeight,
-                                  sizeof(Colour) * frame.fWidth, picture::PixelLayout::Rgbx32};
+    const picture::PixelRows rows = rowsOf(canvas);
     const std::shared_ptr<unsigned char> bytes =
         fPool.obtain(picture::JpegWriter::maxSize(rows, a_detail));
     frame.fSize = fJpegWriter.write(rows, a_detail, a_quality, bytes.get());

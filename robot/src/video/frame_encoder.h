@@ -5,9 +5,19 @@
 
 #include <base/buffer_pool.h>
 #include <picture/jpeg.h>
+#include <robaxi/kv_camera.h>
 #include <robaxi/kv_frame.h>
 
+#include <codec/h264_encoder.h>
+#include <string>
+#include <vector>
+
 namespace robot {
+
+/** Returns the names of the formats in which pictures of that size can be encoded. */
+std::vector<std::string> formatsOf(int width, int height);
+/** Returns the bit rate of a camera's first settings; 0 if H.264 cannot be encoded. */
+int firstBitRate();
 
 /** Encodes drawn pictures as frames. For one thread at a time. */
 class FrameEncoder {
@@ -16,16 +26,23 @@ class FrameEncoder {
      * Returns a frame without number and time.
      *
      * @param canvas for Yuv422 with an even width
-     * @param format one of KVFrame's known formats
+     * @param format one of KVFrame's known formats but H264
      * @throws std::runtime_error if the picture cannot be compressed
      */
     KVFrame encode(const Canvas& canvas, KVPixelFormat format);
+
+    /**
+     * Returns such a frame in the format of a camera's settings, which may be H264; one without
+     * bytes if the picture cannot be compressed.
+     */
+    KVFrame encode(const Canvas& canvas, const KVCameraSettings& settings, bool isKeyWanted);
 
   private:
     void xEncodeJpeg(const Canvas& canvas, KVFrame& frame);
 
     base::BufferPool fPool{4};  // as many as are in use: encoded, published, being sent
     picture::JpegWriter fJpegWriter;
+    codec::H264Encoder fH264Encoder;
 };
 
 }  // namespace robot

@@ -3,6 +3,7 @@
 #include "video/capture_device.h"
 #include "video/device_camera.h"
 #include "video/drawn_camera.h"
+#include "video/frame_encoder.h"
 #include "video/robot_views.h"
 #include "video/test_card.h"
 
@@ -22,11 +23,10 @@ struct Size {
 
 /** Returns all formats and rates for each size. */
 std::vector<KVCameraMode> modes(const std::vector<Size>& sizes, const std::vector<double>& rates) {
-    const std::vector<std::string> formats{"rgb", "yuv422", "grey", "jpeg"};
     std::vector<KVCameraMode> result;
     result.reserve(sizes.size());
     for (const Size& size : sizes) {
-        result.push_back({size.fWidth, size.fHeight, formats, rates});
+        result.push_back({size.fWidth, size.fHeight, formatsOf(size.fWidth, size.fHeight), rates});
     }
     return result;
 }
@@ -35,7 +35,8 @@ std::vector<KVCameraMode> largeModes() {
     return modes({{160, 120}, {320, 240}, {640, 480}, {1280, 720}}, {1, 5, 10, 15, 30});
 }
 
-KVCamera drawnCamera(const KVCameraInfo& info, DrawnCamera::Draw draw) {
+KVCamera drawnCamera(KVCameraInfo info, DrawnCamera::Draw draw) {
+    info.fSettings.fBitRate = firstBitRate();
     const auto camera = std::make_shared<DrawnCamera>(std::move(draw));
     return {info, [camera](const KVCameraSettings& settings, KVFrame& frame) {
                 camera->makeFrame(settings, frame);
@@ -43,11 +44,13 @@ KVCamera drawnCamera(const KVCameraInfo& info, DrawnCamera::Draw draw) {
 }
 
 KVCamera deviceCamera(const std::string& name, const CaptureDevice& device, const Publish& publish,
+                      const IsKeyWanted& isKeyWanted,
                       const std::function<void(const std::string&)>& complain) {
     const auto camera = std::make_shared<DeviceCamera>(name, device, complain);
-    const auto watch = [camera, name, publish](bool isWatched) {
+    const auto watch = [camera, name, publish, isKeyWanted](bool isWatched) {
         if (isWatched) {
-            camera->start([name, publish](const KVFrame& frame) { publish(name, frame); });
+            camera->start([name, publish](const KVFrame& frame) { publish(name, frame); },
+                          [name, isKeyWanted] { return isKeyWanted(name); });
         } else {
             camera->stop();
         }
@@ -85,13 +88,13 @@ std::vector<KVCamera> makeHumanoidCameras(std::function<Pose()> pose) {
     return cameras;
 }
 
-std::vector<KVCamera> makeComputerCameras(const Publish& publish,
+std::vector<KVCamera> makeComputerCameras(const Publish& publish, const IsKeyWanted& isKeyWanted,
                                           const std::function<void(const std::string&)>& complain) {
     std::vector<KVCamera> cameras;
     try {
         for (const CaptureDevice& device : findCaptureDevices(complain)) {
-            cameras.push_back(
-                deviceCamera("camera" + std::to_string(cameras.size()), device, publish, complain));
+            cameras.push_back(deviceCamera("camera" + std::to_string(cameras.size()), device,
+                                           publish, isKeyWanted, complain));
         }
     } catch (const std::runtime_error& failure) {
         complain(failure.what());

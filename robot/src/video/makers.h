@@ -15,6 +15,9 @@ namespace robot {
 /** Sends a frame of a camera; called from the cameras' threads. */
 using Publish = std::function<void(const std::string& camera, const KVFrame& frame)>;
 
+/** Returns true if a client of a camera needs a key frame; called from the cameras' threads. */
+using IsKeyWanted = std::function<bool(const std::string& camera)>;
+
 /**
  * Creates the humanoid's cameras: "head" and "chest".
  *
@@ -29,7 +32,7 @@ std::vector<KVCamera> makeHumanoidCameras(std::function<Pose()> pose);
  * @param publish sends the frames of the devices
  * @param complain called with a message for each failure, on any thread
  */
-std::vector<KVCamera> makeComputerCameras(const Publish& publish,
+std::vector<KVCamera> makeComputerCameras(const Publish& publish, const IsKeyWanted& isKeyWanted,
                                           const std::function<void(const std::string&)>& complain);
 
 }  // namespace robot

@@ -135,9 +135,9 @@ MatroskaContent readMatroska(const QString& file) {
     return content;
 }
 
-int playMatroska(const QString& file, std::string* error) {
+int playMatroska(const QString& file, std::string* error, const char* decoder) {
     int pictures = 0;
-    Pipeline pipeline(file, "jpegdec ! ");
+    Pipeline pipeline(file, (std::string(decoder) + " ! ").c_str());
     while (pipeline.next()) {
         ++pictures;
     }

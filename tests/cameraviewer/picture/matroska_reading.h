@@ -27,7 +27,7 @@ MatroskaContent readMatroska(const QString& file);
 
 /** The number of pictures that a player shows of the file.
  *  @param error why it did not get to the end; empty when it did */
-int playMatroska(const QString& file, std::string* error);
+int playMatroska(const QString& file, std::string* error, const char* decoder = "jpegdec");
 
 }  // namespace obvista_test
 

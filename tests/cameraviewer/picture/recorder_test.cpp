@@ -12,6 +12,7 @@
 #include <condition_variable>
 #include <cstdlib>
 #include <file_size_limit.h>
+#include <grey_film.h>
 #include <limits>
 #include <made_frames.h>
 #include <matroska_reading.h>
@@ -144,6 +145,90 @@ class RecorderTest : public testing::Test {
     const PictureOrigin fOrigin{QStringLiteral("robot1"), QStringLiteral("head")};
     WatchedRecorder fRecorder{generous()};
 };
+
+/** Returns H.264 frames of which the first is a key frame. */
+std::vector<KVFrame> filmOf(int count) {
+    obvista_test::GreyFilm film;
+    std::vector<KVFrame> frames;
+    for (int number = 0; number < count; ++number) {
+        frames.push_back(at(film.next(), number));
+    }
+    return frames;
+}
+
+std::string textOf(const KVFrame& frame) {
+    return {reinterpret_cast<const char*>(frame.fData.get()), frame.fSize};
+}
+
+TEST_F(RecorderTest, StoresH264InMatroskaWithoutEncodingItAgain) {
+    const std::vector<KVFrame> film = filmOf(12);
+    fRecorder.start(path("film.mkv"), fOrigin);
+    fRecorder.offer(picture::check(film[11]));  // from before the first key frame
+    for (int number = 0; number < 11; ++number) {
+        fRecorder.offer(picture::check(film[static_cast<std::size_t>(number)]));
+    }
+    const RecorderStatus status = fRecorder.stopAndWait();
+    EXPECT_EQ(status.fState, State::Done) << status.fFailure.toStdString();
+    EXPECT_EQ(status.fFrames, 11U);
+    EXPECT_EQ(status.fDropped, 0U);
+    const MatroskaContent content = readMatroska(path("film.mkv"));
+    ASSERT_EQ(content.fPictures.size(), 11U) << content.fError;
+    for (std::size_t i = 0; i < 11; ++i) {
+        const auto& stored = content.fPictures[i].fJpeg;
+        const std::string frame = textOf(film[i]);
+        // The last unit, the slice, follows the last start code; Matroska has its length before it.
+        const std::string slice = frame.substr(frame.rfind(std::string("\0\0\1", 3)) + 3);
+        ASSERT_GT(stored.size(), slice.size());
+        EXPECT_EQ(
+            std::string(stored.end() - static_cast<std::ptrdiff_t>(slice.size()), stored.end()),
+            slice)
+            << i;
+        expectTime(content.fPictures[i].fTime, static_cast<std::int64_t>(i) * a_step);
+    }
+    std::string error;
+    EXPECT_EQ(playMatroska(path("film.mkv"), &error, "decodebin"), 11) << error;
+    EXPECT_EQ(error, "");
+}
+
+TEST_F(RecorderTest, LeavesOutH264FramesThatFollowADroppedOne) {
+    const std::vector<KVFrame> film = filmOf(6);
+    fRecorder.start(path("film.mkv"), fOrigin);
+    for (const int number : {0, 1, 3, 4}) {
+        fRecorder.offer(picture::check(film[static_cast<std::size_t>(number)]));
+    }
+    KVFrame key = film[0];
+    key.fSequence = 100;
+    fRecorder.offer(picture::check(at(key, 5)));
+    const RecorderStatus status = fRecorder.stopAndWait();
+    EXPECT_EQ(status.fFrames, 3U);
+    EXPECT_EQ(status.fDropped, 2U);
+}
+
+TEST_F(RecorderTest, StoresH264InMcapByteForByte) {
+    const std::vector<KVFrame> film = filmOf(5);
+    fRecorder.start(path("film.mcap"), fOrigin);
+    for (const KVFrame& frame : film) {
+        fRecorder.offer(picture::check(frame));
+    }
+    EXPECT_EQ(fRecorder.stopAndWait().fFrames, 5U);
+    recording::Reader reader(path("film.mcap").toStdString());
+    recording::Messages messages = reader.messages();
+    std::size_t next = 0;
+    while (const std::optional<recording::Message> message = messages.next()) {
+        const recording::Channel& channel = reader.channels().at(message->fChannelId);
+        if (channel.fTopic != "/robot1/camera/head") {
+            continue;
+        }
+        EXPECT_EQ(reader.schemas().at(channel.fSchemaId).fName, "foxglove.CompressedVideo");
+        const std::string data(message->fData.data(), message->fData.size());
+        ASSERT_LT(next, film.size());
+        EXPECT_NE(data.find(textOf(film[next])), std::string::npos);
+        EXPECT_NE(data.find("\x22\x04h264"), std::string::npos) << "field 4, the format";
+        EXPECT_EQ(message->fSequence, film[next].fNumber);
+        ++next;
+    }
+    EXPECT_EQ(next, film.size());
+}
 
 TEST_F(RecorderTest, StoresJpegsAsTheyComeWithTheRobotsTimes) {
     fRecorder.start(path("a.mkv"), fOrigin);

@@ -1,5 +1,6 @@
 // Watched cameras between the library and peers that implement the protocol without it.
 #include "frame_listener.h"
+#include "latch.h"
 #include "raw_peer.h"
 #include "test_broker.h"
 
@@ -8,7 +9,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdint>
+#include <future>
 #include <limits>
 #include <memory>
 #include <string>
@@ -29,6 +32,15 @@ v1::WatchUpdate beginning(std::uint64_t number, std::uint64_t size, const std::s
 v1::WatchUpdate more(const std::string& data) {
     v1::WatchUpdate update;
     update.set_data(data);
+    return update;
+}
+
+/** An H.264 frame; its number is also its place in the stream. */
+v1::WatchUpdate chained(std::uint64_t sequence, bool isKey = false) {
+    v1::WatchUpdate update = beginning(sequence, 1, "x");
+    update.mutable_header()->set_format(v1::FrameHeader::H264);
+    update.mutable_header()->set_sequence(sequence);
+    update.mutable_header()->set_is_key(isKey);
     return update;
 }
 
@@ -79,6 +91,19 @@ class WatchedRobot : public testing::Test {
         request.mutable_start()->set_module("Video");
         request.mutable_start()->set_stream(stream);
         return request;
+    }
+
+    using WatchStream = grpc::ClientReaderWriter<v1::WatchRequest, v1::WatchUpdate>;
+
+    static std::uint64_t nextNumber(WatchStream& stream) {
+        v1::WatchUpdate update;
+        return stream.Read(&update) ? update.header().number() : 0;
+    }
+
+    static bool report(WatchStream& stream, std::uint64_t received) {
+        v1::WatchRequest request;
+        request.set_received(received);
+        return stream.Write(request);
     }
 
     BrokerPtr fServer = makeServer("Robot");
@@ -166,6 +191,137 @@ TEST_F(WatchedRobot, SendsTwoFramesToAClientThatReportsNone) {
     EXPECT_FALSE(stream->Read(&update));
     EXPECT_EQ(stream->Finish().error_code(), grpc::StatusCode::NOT_FOUND);
     EXPECT_EQ(detailsOf(fContext).cause(), v1::Error::NO_SUCH_STREAM);
+}
+
+TEST_F(WatchingClient, PassesOnlyFramesThatCanBeDecodedAndRequestsAKeyFrame) {
+    std::promise<void> asked;
+    fRobot.fWatch = [&asked](RawServer::WatchStream& stream) {
+        for (const auto& update :
+             {chained(1), chained(2, true), chained(3), chained(5), chained(6)}) {
+            stream.Write(update);
+        }
+        v1::WatchRequest request;
+        while (stream.Read(&request) && !request.key_frame()) {
+        }
+        asked.set_value();
+        stream.Write(chained(7, true));
+        stream.Write(chained(8));
+    };
+    fStream = KVFrameStream::start(KVConnection::open(makeClient(), a_loopback, fRobot.port(), 5),
+                                   "Robot", "head", fListener.callbacks());
+    ASSERT_EQ(asked.get_future().wait_for(a_patience), std::future_status::ready);
+    ASSERT_TRUE(fListener.waitForFrame(8));
+    EXPECT_EQ(fListener.fNumbers, (std::vector<std::uint64_t>{2, 3, 7, 8}));
+    EXPECT_EQ(fListener.fPassedOver, 3U);
+    EXPECT_EQ(fListener.last().fSequence, 8U);
+    EXPECT_FALSE(fListener.last().fIsKey);
+}
+
+TEST_F(WatchingClient, RequestsAKeyFrameForItsListener) {
+    std::promise<void> asked;
+    fRobot.fWatch = [&asked](RawServer::WatchStream& stream) {
+        stream.Write(chained(1, true));
+        v1::WatchRequest request;
+        while (stream.Read(&request) && !request.key_frame()) {
+        }
+        asked.set_value();
+    };
+    fStream = KVFrameStream::start(KVConnection::open(makeClient(), a_loopback, fRobot.port(), 5),
+                                   "Robot", "head", fListener.callbacks());
+    ASSERT_TRUE(fListener.waitForFrame(1));
+    fStream->requestKeyFrame();
+    EXPECT_EQ(asked.get_future().wait_for(a_patience), std::future_status::ready);
+}
+
+TEST_F(WatchingClient, DropsToTheNextKeyFrameWhenItsListenerIsBusy) {
+    Latch busy;
+    std::promise<void> asked;
+    fListener.fOnFrame = [&busy] { busy.enter(); };
+    fRobot.fWatch = [&](RawServer::WatchStream& stream) {
+        stream.Write(chained(1, true));
+        busy.waitForEntries(1);
+        for (std::uint64_t number = 2; number <= 40; ++number) {
+            stream.Write(chained(number));
+        }
+        v1::WatchRequest request;
+        while (stream.Read(&request) && !request.key_frame()) {
+        }
+        asked.set_value();
+        stream.Write(chained(41, true));
+        while (stream.Read(&request) && request.received() < 41) {
+        }
+        busy.open();
+        stream.Read(&request);
+    };
+    fStream = KVFrameStream::start(KVConnection::open(makeClient(), a_loopback, fRobot.port(), 5),
+                                   "Robot", "head", fListener.callbacks());
+    ASSERT_EQ(asked.get_future().wait_for(a_patience), std::future_status::ready);
+    ASSERT_TRUE(fListener.waitForFrame(41));
+    EXPECT_EQ(fListener.fNumbers, (std::vector<std::uint64_t>{1, 41}));
+    fStream.reset();
+}
+
+TEST_F(WatchedRobot, SendsEveryH264FrameInItsOrder) {
+    const auto stream = fClient.stub().Watch(&fContext);
+    publishH264(*fSource, 1, 1, true);
+    ASSERT_TRUE(stream->Write(start("head")));
+    EXPECT_EQ(nextNumber(*stream), 1U);
+    publishH264(*fSource, 2, 7);
+    for (std::uint64_t number = 2; number <= 6; ++number) {
+        EXPECT_EQ(nextNumber(*stream), number) << "six may be on their way";
+    }
+    ASSERT_TRUE(report(*stream, 1));
+    EXPECT_EQ(nextNumber(*stream), 7U);
+}
+
+TEST_F(WatchedRobot, BeginsH264WithAKeyFrameThatItRequests) {
+    publishH264(*fSource, 1, 1, true);
+    EXPECT_FALSE(fSource->takeKeyFrameRequest("head")) << "nobody watches";
+    publishH264(*fSource, 2, 20);
+    const auto stream = fClient.stub().Watch(&fContext);
+    ASSERT_TRUE(stream->Write(start("head")));
+    ASSERT_TRUE(waitForKeyFrameRequest(*fSource));
+    publishH264(*fSource, 21, 21);
+    publishH264(*fSource, 22, 23, true);
+    EXPECT_EQ(nextNumber(*stream), 22U);
+    EXPECT_EQ(nextNumber(*stream), 23U);
+}
+
+TEST_F(WatchedRobot, DropsToTheNextKeyFrameForAClientThatFallsBehind) {
+    const auto stream = fClient.stub().Watch(&fContext);
+    publishH264(*fSource, 1, 1, true);
+    ASSERT_TRUE(stream->Write(start("head")));
+    EXPECT_EQ(nextNumber(*stream), 1U);
+    publishH264(*fSource, 2, 6);
+    for (std::uint64_t number = 2; number <= 6; ++number) {
+        EXPECT_EQ(nextNumber(*stream), number);
+    }
+    publishH264(*fSource, 7, 40);
+    while (fSource->takeKeyFrameRequest("head")) {
+    }
+    ASSERT_TRUE(report(*stream, 6));
+    ASSERT_TRUE(waitForKeyFrameRequest(*fSource));
+    publishH264(*fSource, 41, 42, true);
+    EXPECT_EQ(nextNumber(*stream), 41U);
+    EXPECT_EQ(nextNumber(*stream), 42U);
+}
+
+TEST_F(WatchedRobot, RequestsAtMostFourKeyFramesASecond) {
+    const auto begin = std::chrono::steady_clock::now();
+    const auto stream = fClient.stub().Watch(&fContext);
+    publishH264(*fSource, 1, 1, true);
+    ASSERT_TRUE(stream->Write(start("head")));
+    EXPECT_EQ(nextNumber(*stream), 1U);
+    int taken = 0;
+    for (int i = 0; i < 50; ++i) {
+        v1::WatchRequest request;
+        request.set_key_frame(true);
+        ASSERT_TRUE(stream->Write(request));
+        taken += fSource->takeKeyFrameRequest("head") ? 1 : 0;
+    }
+    ASSERT_TRUE(taken > 0 || waitForKeyFrameRequest(*fSource));
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
+    EXPECT_LE(taken, 1 + static_cast<int>(4 * elapsed.count()));
 }
 
 TEST_F(WatchedRobot, RefusesWhoNamesNoSession) {

@@ -1,5 +1,6 @@
 #include "video/device_camera.h"
 
+#include "video/frame_encoder.h"
 #include "video/makers.h"
 
 #include <picture/pixel_format.h>
@@ -153,7 +154,7 @@ TEST_F(DeviceCameraTest, hasTheSizesAndRatesOfItsDevice) {
     ASSERT_EQ(description.fModes.size(), 2U);
     EXPECT_EQ(description.fModes[1].fWidth, 640);
     EXPECT_THAT(description.fModes[1].fRates, ElementsAre(15));
-    EXPECT_EQ(camera.settings(), (CameraSettings{640, 480, "jpeg", 15}));
+    EXPECT_EQ(camera.settings(), (CameraSettings{640, 480, "jpeg", 15, robot::firstBitRate()}));
 }
 
 TEST_F(DeviceCameraTest, deliversEveryFormatAndChangesWhileItRuns) {
@@ -241,7 +242,8 @@ TEST_F(DeviceCameraTest, aDeviceThatIsGoneIsComplainedOf) {
 
 TEST_F(DeviceCameraTest, aComputerWithoutACameraHasATestPicture) {
     const auto cameras =
-        robot::makeComputerCameras([](const std::string&, const KVFrame&) {}, complain());
+        robot::makeComputerCameras([](const std::string&, const KVFrame&) {},
+                                   [](const std::string&) { return false; }, complain());
     ASSERT_THAT(cameras, Not(IsEmpty()));
     const KVCamera& test = cameras.front();
     if (test.fInfo.fName != "test") {

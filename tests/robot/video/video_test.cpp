@@ -1,6 +1,7 @@
 #include "frame_stamp.h"
 #include "robot_process.h"
 
+#include <picture/frame_check.h>
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_connection.h>
 #include <robaxi/kv_error.h>
@@ -10,12 +11,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <codec/h264_decoder.h>
 #include <condition_variable>
+#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 using obvista_test::ChildProcess;
 using obvista_test::FrameStamp;
@@ -88,11 +93,75 @@ class Watch {
     std::optional<KVError> fEnd;
 };
 
+std::optional<FrameStamp> stampOf(const KVFrame& rgb) {
+    return obvista_test::readFrameStamp(
+        [&rgb](int x, int y) {
+            return int{rgb.fData.get()[static_cast<std::size_t>(y) * rgb.fStride +
+                                       3 * static_cast<std::size_t>(x) + 1]};
+        },
+        0, 0, rgb.fWidth);
+}
+
+/** Watches a camera, and decodes its H.264. */
+class FilmWatch {
+  public:
+    struct Results {
+        int fFrames = 0;
+        int fKeyFrames = 0;
+        int fUndecodable = 0;
+        int fWithOtherStamp = 0;  ///< the picture is not that of the frame
+    };
+
+    KVFrameStream::Callbacks callbacks() {
+        KVFrameStream::Callbacks callbacks;
+        callbacks.fFrameReceived = [this](const KVFrame& frame, std::uint64_t /*passedOver*/) {
+            xTake(frame);
+        };
+        return callbacks;
+    }
+
+    Results waitFor(const std::function<bool(const Results&)>& condition) {
+        std::unique_lock lock(fMutex);
+        EXPECT_TRUE(
+            fChanged.wait_for(lock, ChildProcess::a_patience, [&] { return condition(fResults); }));
+        return fResults;
+    }
+
+  private:
+    void xTake(const KVFrame& frame) {
+        if (frame.fFormat != KVPixelFormat::H264) {
+            return;  // from before the change of the settings
+        }
+        const picture::CheckedFrame checked = picture::check(frame);
+        const bool isDecoded = checked.fault() == picture::FrameFault::None &&
+                               fDecoder.decode(checked) == picture::FrameFault::None;
+        std::vector<unsigned char> bytes(std::size_t{3} * frame.fWidth * frame.fHeight);
+        const bool isRead = isDecoded && fDecoder.read(picture::PixelLayout::Rgb888, bytes.data(),
+                                                       std::size_t{3} * frame.fWidth);
+        KVFrame rgb = frame;
+        rgb.fStride = 3 * frame.fWidth;
+        rgb.fData = {std::shared_ptr<void>(), bytes.data()};
+        const auto stamp = isRead ? stampOf(rgb) : std::nullopt;
+        const std::lock_guard lock(fMutex);
+        ++fResults.fFrames;
+        fResults.fKeyFrames += frame.fIsKey ? 1 : 0;
+        fResults.fUndecodable += isRead ? 0 : 1;
+        fResults.fWithOtherStamp += stamp && stamp->fNumber == frame.fNumber ? 0 : 1;
+        fChanged.notify_all();
+    }
+
+    codec::H264Decoder fDecoder;
+    std::mutex fMutex;
+    std::condition_variable fChanged;
+    Results fResults;
+};
+
 class VideoTest : public testing::Test {
   protected:
     explicit VideoTest(const std::vector<std::string>& arguments = {}) : fRobot({arguments}) {}
 
-    std::shared_ptr<KVFrameStream> watch(const std::string& camera, Watch& watch) {
+    template <class Watcher>
+    std::shared_ptr<KVFrameStream> watch(const std::string& camera, Watcher& watch) {
         return KVFrameStream::start(fConnection, "KVVideo", camera, watch.callbacks());
     }
 
@@ -129,15 +198,6 @@ class VideoTest : public testing::Test {
     KVProxy fVideo{"KVVideo", RobotProcess::address(), fRobot.port(), fBroker, a_timeOut, 0};
 };
 
-std::optional<FrameStamp> stampOf(const KVFrame& rgb) {
-    return obvista_test::readFrameStamp(
-        [&rgb](int x, int y) {
-            return int{rgb.fData.get()[static_cast<std::size_t>(y) * rgb.fStride +
-                                       3 * static_cast<std::size_t>(x) + 1]};
-        },
-        0, 0, rgb.fWidth);
-}
-
 TEST_F(VideoTest, aRobotTellsWhatItsTwoCamerasCanDo) {
     EXPECT_THAT(cameraNames(), ElementsAre("head", "chest"));
     const KVValue::List cameras = fVideo.call<KVValue::List>("getCameras");
@@ -146,14 +206,54 @@ TEST_F(VideoTest, aRobotTellsWhatItsTwoCamerasCanDo) {
     const KVValue::Map& largest = head.at("modes").toList().back().toMap();
     EXPECT_EQ(largest.at("width"), KVValue(1280));
     EXPECT_EQ(largest.at("height"), KVValue(720));
-    EXPECT_EQ(largest.at("formats"), KVValue(KVValue::List{"rgb", "yuv422", "grey", "jpeg"}));
+    EXPECT_EQ(largest.at("formats"),
+              KVValue(KVValue::List{"rgb", "yuv422", "grey", "jpeg", "h264"}));
     EXPECT_EQ(largest.at("rates"), KVValue(KVValue::List{1.0, 5.0, 10.0, 15.0, 30.0}));
-    EXPECT_EQ(
-        head.at("settings"),
-        KVValue(KVValue::Map{{"width", 640}, {"height", 480}, {"format", "jpeg"}, {"rate", 30.0}}));
+    EXPECT_EQ(head.at("settings"), KVValue(KVValue::Map{{"width", 640},
+                                                        {"height", 480},
+                                                        {"format", "jpeg"},
+                                                        {"rate", 30.0},
+                                                        {"bitRate", 2'000'000}}));
     const KVValue::Map& chest = cameras.at(1).toMap();
     EXPECT_EQ(chest.at("modes").toList().size(), 3U);
     EXPECT_EQ(chest.at("settings"), fVideo.callValue("getSettings", {"chest"}));
+}
+
+TEST_F(VideoTest, h264CanBeDecodedFromTheFirstFrameOnAndShowsTheFrames) {
+    set("head", {{"format", "h264"}, {"bitRate", 1'000'000}});
+    FilmWatch film;
+    FilmWatch other;
+    const auto stream = watch("head", film);
+    film.waitFor([](const FilmWatch::Results& results) { return results.fFrames > 10; });
+    const auto otherStream = watch("head", other);
+    const FilmWatch::Results late =
+        other.waitFor([](const FilmWatch::Results& results) { return results.fFrames > 10; });
+    EXPECT_GE(late.fKeyFrames, 1);
+    EXPECT_EQ(late.fUndecodable, 0);
+    const FilmWatch::Results before = film.waitFor([](const auto&) { return true; });
+    stream->requestKeyFrame();
+    const FilmWatch::Results results = film.waitFor([&](const FilmWatch::Results& now) {
+        return now.fKeyFrames > before.fKeyFrames && now.fFrames > 30;
+    });
+    EXPECT_EQ(results.fUndecodable, 0);
+    EXPECT_EQ(results.fWithOtherStamp, 0);
+}
+
+TEST(VideoWithoutPlugins, aRobotWithoutAnEncoderOffersNoH264) {
+    setenv("GST_PLUGIN_SYSTEM_PATH_1_0", "/nonexistent", 1);
+    const char* const registry = std::getenv("GST_REGISTRY_1_0");
+    const std::string before = registry != nullptr ? registry : "";
+    const std::string other = testing::TempDir() + "registry.bin";
+    setenv("GST_REGISTRY_1_0", other.c_str(), 1);
+    const RobotProcess robot;
+    unsetenv("GST_PLUGIN_SYSTEM_PATH_1_0");
+    setenv("GST_REGISTRY_1_0", before.c_str(), 1);
+    KVProxy video("KVVideo", RobotProcess::address(), robot.port(),
+                  KVBroker::createBroker({"test"}), a_timeOut, 0);
+    const KVValue::Map head = video.call<KVValue::List>("getCameras").at(0).toMap();
+    EXPECT_EQ(head.at("modes").toList().back().toMap().at("formats"),
+              KVValue(KVValue::List{"rgb", "yuv422", "grey", "jpeg"}));
+    EXPECT_EQ(head.at("settings").toMap().count("bitRate"), 0U);
 }
 
 TEST_F(VideoTest, framesCarryInTheirPictureWhatTheySayOfThemselves) {
@@ -210,8 +310,8 @@ TEST_F(VideoTest, whatACameraCannotDoIsRefusedAndNothingChanges) {
                 HasSubstr("The camera chest cannot do 1280x720 pixels; it can do 160x120, 320x240, "
                           "640x480."));
     EXPECT_THAT(refusalOf("chest", {{"rate", 30}}), HasSubstr("it can do 1, 5, 10, 15."));
-    EXPECT_THAT(refusalOf("chest", {{"format", "h264"}}),
-                HasSubstr("cannot do the format h264 at 320x240 pixels"));
+    EXPECT_THAT(refusalOf("chest", {{"format", "mpeg2"}}),
+                HasSubstr("cannot do the format mpeg2 at 320x240 pixels"));
     EXPECT_THAT(refusalOf("tail", {{"rate", 30}}), HasSubstr("has no camera 'tail'"));
     EXPECT_EQ(fVideo.callValue("getSettings", {"chest"}), before);
 }

@@ -160,7 +160,11 @@ class SnapshotCommand : public Command {
     void xSave(const FreshFrame::Result& result, PictureFormat format, const RobotLink& link,
                const picture::CameraInfo& camera, Console& console) const {
         const KVFrame& frame = result.fFrame;
-        const std::string content = pictureFile(frame, format);
+        PixelReader reader;
+        for (const KVFrame& before : result.fBefore) {
+            reader.skip(before);
+        }
+        const std::string content = pictureFile(frame, format, reader);
         if (fFile == a_standardOutput) {
             console.print(content);
             return;

@@ -190,7 +190,7 @@ std::string faultOf(const v1::FrameHeader& header) {
         header.height() > 65535) {
         return "its width and height are not 1 to 65535";
     }
-    if (header.format() == v1::FrameHeader::JPEG) {
+    if (header.format() == v1::FrameHeader::JPEG || header.format() == v1::FrameHeader::H264) {
         return header.stride() == 0 ? "" : "its stride is not 0";
     }
     const bool isYuv = header.format() == v1::FrameHeader::YUV422;

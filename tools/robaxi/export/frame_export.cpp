@@ -12,6 +12,7 @@
 #include <map>
 #include <matroska/camera_film.h>
 #include <recorded_robot/channel_reader.h>
+#include <recorded_robot/recorded_video.h>
 #include <recording/output_file.h>
 #include <set>
 #include <sstream>
@@ -79,7 +80,7 @@ class PngFiles : public FrameFiles {
     bool write(const KVFrame& frame, std::int64_t /*arrival*/) override {
         std::string content;
         try {
-            content = pictureFile(frame, PictureFormat::Png);
+            content = pictureFile(frame, PictureFormat::Png, fPixels);
         } catch (const Failure&) {
             return false;
         }
@@ -105,6 +106,7 @@ class PngFiles : public FrameFiles {
     }
 
     const ExportRequest& fRequest;
+    PixelReader fPixels;
     std::vector<std::string> fFiles;
 };
 
@@ -164,13 +166,22 @@ ExportReport exportFrames(const ExportRequest& request,
     }
     ExportReport report;
     picture::JpegReader jpegs;
+    recorded_robot::RecordedVideo video;
+    bool isFirstKeyMissing = true;
     recording::Messages messages = request.fReader.messages(selection);
     while (const std::optional<Message> message = messages.next()) {
-        const std::optional<KVFrame> frame =
-            camera.fChannels.at(message->fChannelId).frame(*message, jpegs);
+        const ChannelReader& channel = camera.fChannels.at(message->fChannelId);
+        std::optional<KVFrame> frame = channel.frame(*message, jpegs);
+        if (frame && channel.channel().fIsVideo && !video.complete(*frame) && isFirstKeyMissing) {
+            continue;  // it needs frames before the span
+        }
+        isFirstKeyMissing = false;
         const auto arrival =
             static_cast<std::int64_t>(message->fLogTime / base::a_nanosecondsPerMicrosecond);
         const bool isWritten = frame && files->write(*frame, arrival);
+        if (!isWritten) {
+            video.interrupt();
+        }
         ++(isWritten ? report.fFrames : report.fDamagedFrames);
     }
     report.fFiles = files->finish();

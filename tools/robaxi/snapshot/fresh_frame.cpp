@@ -1,5 +1,7 @@
 #include "snapshot/fresh_frame.h"
 
+#include <robaxi/kv_frame_chain.h>
+
 namespace robaxi_tool {
 
 KVFrameStream::Callbacks FreshFrame::callbacks() {
@@ -35,12 +37,13 @@ std::optional<FreshFrame::Result> FreshFrame::wait(Clock::time_point deadline,
     }
     const std::lock_guard lock(fMutex);
     if (fNew) {
-        return Result{*fNew, true};
+        // The library passes on only frames that follow the one before.
+        return standsAlone(*fNew) ? Result{*fNew, true, {}} : Result{*fNew, true, {*fFirst}};
     }
     if (fEnd) {
         std::rethrow_exception(fEnd);
     }
-    return fFirst ? std::optional<Result>({*fFirst, false}) : std::nullopt;
+    return fFirst ? std::optional<Result>({*fFirst, false, {}}) : std::nullopt;
 }
 
 bool FreshFrame::xIsOver(const std::optional<KVFrame>& frame) const {

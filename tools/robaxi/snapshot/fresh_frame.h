@@ -8,6 +8,7 @@
 #include <exception>
 #include <mutex>
 #include <optional>
+#include <vector>
 
 namespace robaxi_tool {
 
@@ -32,7 +33,8 @@ class FreshFrame {
 
     struct Result {
         KVFrame fFrame;
-        bool fIsNew = false;  ///< false if the camera has stopped
+        bool fIsNew = false;           ///< false if the camera has stopped
+        std::vector<KVFrame> fBefore;  ///< H.264 frames that the frame needs, in their order
     };
 
     /**

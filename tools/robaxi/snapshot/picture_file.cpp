@@ -102,8 +102,8 @@ PictureFormat bestFormatFor(KVPixelFormat format) {
     return format == KVPixelFormat::Jpeg ? PictureFormat::Jpeg : PictureFormat::Png;
 }
 
-std::string pictureFile(const KVFrame& frame, PictureFormat format) {
-    Pixels pixels = pixelsOf(frame);
+std::string pictureFile(const KVFrame& frame, PictureFormat format, PixelReader& reader) {
+    Pixels pixels = reader.read(frame);
     switch (format) {
         case PictureFormat::Jpeg:
             if (frame.fFormat == KVPixelFormat::Jpeg) {

@@ -1,6 +1,8 @@
 #ifndef OBVISTA_TOOLS_ROBAXI_SNAPSHOT_PICTURE_FILE_H
 #define OBVISTA_TOOLS_ROBAXI_SNAPSHOT_PICTURE_FILE_H
 
+#include "snapshot/pixels.h"
+
 #include <robaxi/kv_frame.h>
 
 #include <optional>
@@ -32,9 +34,10 @@ PictureFormat bestFormatFor(KVPixelFormat format);
  * The bytes of a picture's file. A JPEG that is to stay one is kept as it came.
  *
  * @param frame untrusted
+ * @param reader has read or skipped the H.264 frames before
  * @throws Failure BadPicture
  */
-std::string pictureFile(const KVFrame& frame, PictureFormat format);
+std::string pictureFile(const KVFrame& frame, PictureFormat format, PixelReader& reader);
 
 }  // namespace robaxi_tool
 

@@ -1,10 +1,11 @@
 #include "snapshot/pixels.h"
 
+#include "h264/h264_pixels.h"
 #include "process/failure.h"
+#include "process/tool_library.h"
 
 #include <picture/colours.h>
 #include <picture/frame_decoder.h>
-#include <picture/jpeg.h>
 
 #include <algorithm>
 
@@ -12,10 +13,11 @@ namespace robaxi_tool {
 
 namespace {
 
+using picture::FrameFault;
 using Channels = Pixels::Channels;
 
-void requireNone(picture::FrameFault fault) {
-    if (fault != picture::FrameFault::None) {
+void requireNone(FrameFault fault) {
+    if (fault != FrameFault::None) {
         throw Failure(ExitStatus::BadPicture, faultText(fault));
     }
 }
@@ -34,15 +36,34 @@ picture::PixelLayout Pixels::layout() const {
     return fChannels == Channels::Grey ? picture::PixelLayout::Grey8 : picture::PixelLayout::Rgb888;
 }
 
-Pixels pixelsOf(const KVFrame& frame) {
-    picture::JpegReader reader;
-    const picture::CheckedFrame checked = check(frame, reader);
+PixelReader::PixelReader() = default;
+PixelReader::~PixelReader() = default;
+
+Pixels PixelReader::read(const KVFrame& frame) {
+    const picture::CheckedFrame checked = check(frame, fJpegs);
     requireNone(checked.fault());
-    Pixels pixels(frame.fWidth, frame.fHeight, checked.isGrey() ? Channels::Grey : Channels::Rgb);
-    if (!decode(checked, reader, pixels.layout(), pixels.fBytes.data(), pixels.rowSize())) {
-        requireNone(picture::FrameFault::BadJpeg);
+    const bool isGrey = checked.isGrey();
+    Pixels pixels(frame.fWidth, frame.fHeight, isGrey ? Channels::Grey : Channels::Rgb);
+    if (frame.fFormat == KVPixelFormat::H264) {
+        xDecodeH264(checked);
+        requireNone(fH264->read(pixels) ? FrameFault::None : FrameFault::BadH264);
+    } else if (!decode(checked, fJpegs, pixels.layout(), pixels.fBytes.data(), pixels.rowSize())) {
+        requireNone(FrameFault::BadJpeg);
     }
     return pixels;
+}
+
+void PixelReader::skip(const KVFrame& frame) {
+    const picture::CheckedFrame checked = check(frame, fJpegs);
+    requireNone(checked.fault());
+    xDecodeH264(checked);
+}
+
+void PixelReader::xDecodeH264(const picture::CheckedFrame& frame) {
+    if (!fH264) {
+        fH264.reset(functionOfToolLibrary<H264Pixels*()>("robaxi_h264", "robaxiMakeH264Pixels")());
+    }
+    requireNone(fH264->decode(frame));
 }
 
 Pixels converted(Pixels pixels, Channels channels) {

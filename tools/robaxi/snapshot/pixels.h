@@ -1,10 +1,13 @@
 #ifndef OBVISTA_TOOLS_ROBAXI_SNAPSHOT_PIXELS_H
 #define OBVISTA_TOOLS_ROBAXI_SNAPSHOT_PIXELS_H
 
+#include <picture/frame_check.h>
+#include <picture/jpeg.h>
 #include <picture/pixel_format.h>
 #include <robaxi/kv_frame.h>
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace robaxi_tool {
@@ -24,13 +27,31 @@ struct Pixels {
     std::vector<unsigned char> fBytes;
 };
 
+class H264Pixels;
+
 /**
- * Makes pixels of a frame. Whatever the frame claims is checked before it is relied on; a JPEG is
- * decoded to its end.
- *
- * @throws Failure BadPicture with a sentence that says what is wrong
+ * Decodes frames. Whatever a frame claims is checked before it is relied on; a JPEG is decoded to
+ * its end. H.264 frames are passed in the order of KVFrameChain, after a failure from a key frame
+ * on.
  */
-Pixels pixelsOf(const KVFrame& frame);
+class PixelReader {
+  public:
+    PixelReader();
+    ~PixelReader();
+    PixelReader(const PixelReader&) = delete;
+    PixelReader& operator=(const PixelReader&) = delete;
+
+    /** @throws Failure BadPicture with the fault */
+    Pixels read(const KVFrame& frame);
+    /** Decodes an H.264 frame whose pixels are not needed. @throws Failure BadPicture */
+    void skip(const KVFrame& frame);
+
+  private:
+    void xDecodeH264(const picture::CheckedFrame& frame);
+
+    picture::JpegReader fJpegs;
+    std::unique_ptr<H264Pixels> fH264;  // from the first H.264 frame on
+};
 
 /** The same picture in colours, or by its brightness (BT.601). */
 Pixels converted(Pixels pixels, Pixels::Channels channels);

@@ -16,8 +16,9 @@
 namespace matroska {
 
 /**
- * The frames of one camera as Motion JPEG in Matroska files. JPEGs are written as they are, other
- * frames are encoded. Frames of another size or format begin another file: NAME-2.mkv.
+ * The frames of one camera as Motion JPEG or H.264 in Matroska files. JPEGs and H.264 are written
+ * as they are (H.264 in the order of KVFrameChain), other frames are encoded as JPEG. Frames of
+ * another size or format begin another file: NAME-2.mkv.
  *
  * For one thread at a time, which it blocks like MatroskaWriter.
  */
@@ -61,7 +62,7 @@ class CameraFilm {
         bool operator==(const Kind& other) const;
     };
 
-    picture::JpegFile xEncode(const picture::CheckedFrame& checked);
+    EncodedPicture xEncode(const picture::CheckedFrame& checked);
     void xBegin(const Kind& kind, const KVFrame& frame);
     std::string xNextFile() const;
     void xFinishFile();

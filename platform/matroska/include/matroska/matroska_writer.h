@@ -1,17 +1,25 @@
 #ifndef MATROSKA_MATROSKA_WRITER_H
 #define MATROSKA_MATROSKA_WRITER_H
 
-#include <picture/jpeg.h>
+#include <robaxi/kv_frame.h>
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
 
 namespace matroska {
 
+/** A JPEG file, or an H.264 frame. */
+struct EncodedPicture {
+    std::shared_ptr<const unsigned char> fData;  ///< fSize bytes
+    std::size_t fSize = 0;
+};
+
 /**
- * A Matroska file of JPEGs of one size (Motion JPEG), written by GStreamer on a dedicated thread.
+ * A Matroska file of JPEGs (Motion JPEG) or H.264 frames of one size, as they are, written by
+ * GStreamer on a dedicated thread.
  *
  * Every picture is written when it is complete, so that a file whose writer was killed can be
  * played up to the last picture; it only has no duration and no index for seeking.
@@ -21,7 +29,8 @@ namespace matroska {
 class MatroskaWriter {
   public:
     struct Settings {
-        std::string fFile;  ///< overwritten
+        std::string fFile;                            ///< overwritten
+        KVPixelFormat fFormat = KVPixelFormat::Jpeg;  ///< Jpeg or H264
         int fWidth = 0;
         int fHeight = 0;
         std::string fTitle;       ///< in UTF-8
@@ -39,9 +48,10 @@ class MatroskaWriter {
      * Passes on a picture; waits while too many are not written yet, and fails if the disk accepts
      * none for a_patience. Does nothing after a failure.
      *
+     * @param picture the first H.264 frame is a key frame
      * @param time microseconds since the beginning of the file, later than that of the previous one
      */
-    void write(const picture::JpegFile& picture, std::int64_t time);
+    void write(const EncodedPicture& picture, std::int64_t time);
 
     /** Returns when all pictures are written and the file is complete, or after a_patience. */
     void finish();

@@ -22,10 +22,15 @@ enum class FrameFault {
     OddWidth,           ///< YUV 4:2:2 shares a colour between two pixels
     ShortStride,        ///< rows that are shorter than their pixels
     ShortData,          ///< fewer than stride * height bytes
-    NoData,             ///< a JPEG without a byte
+    NoData,             ///< a JPEG or H.264 frame without a byte
     UnreadableJpeg,     ///< no JPEG, or one with inks for colours
     JpegSizeDiffers,    ///< the JPEG's width and height are not those of the frame
-    BadJpeg             ///< a JPEG that is damaged or ends early
+    BadJpeg,            ///< a JPEG that is damaged or ends early
+    H264TooLarge,       ///< above the limits of picture/h264.h
+    UnreadableH264,     ///< no H.264 as in docs/video.md
+    H264SizeDiffers,    ///< the stream's width and height are not those of the frame
+    BadH264,            ///< H.264 that is damaged
+    NoH264Decoder       ///< this computer has no decoder
 };
 
 /** A frame after its check. Cheap to copy. */
@@ -35,7 +40,7 @@ class CheckedFrame {
     CheckedFrame() = default;
 
     const KVFrame& frame() const { return fFrame; }
-    /** BadJpeg is found when a frame is decoded, not by its check. */
+    /** BadJpeg, BadH264 and NoH264Decoder are found when a frame is decoded, not by its check. */
     FrameFault fault() const { return fFault; }
     /** Returns true for a sound frame whose picture has no colours: Grey8, or a grey JPEG. */
     bool isGrey() const { return fIsGrey; }
@@ -49,8 +54,8 @@ class CheckedFrame {
 };
 
 /**
- * Compares what a frame claims with what it has, without reading its picture: for JPEG the header
- * only, so that a JPEG that passes may still turn out to be BadJpeg when it is decoded.
+ * Compares what a frame claims with what it has, without reading its picture: for JPEG and H.264
+ * the headers only, so that a frame that passes may still be BadJpeg or BadH264 when it is decoded.
  *
  * Every row counts with its whole stride, the last one too, since pictures are kept, copied and
  * compared in such blocks. Bytes after the last row are ignored. May be called from any thread.

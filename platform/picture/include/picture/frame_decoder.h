@@ -11,7 +11,7 @@ namespace picture {
 /**
  * Decodes a frame into memory of the caller.
  *
- * @param frame without a fault
+ * @param frame without a fault; not H.264, whose pictures need the frames before them
  * @param reader belongs to the caller's thread
  * @param layout Grey8 for a grey frame; otherwise Rgb888 (every format) or, for YUV 4:2:2 and JPEG,
  *        Rgb32

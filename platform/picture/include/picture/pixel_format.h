@@ -8,8 +8,8 @@
 
 namespace picture {
 
-/** Returns the name of a format as in docs/video.md: "rgb", "yuv422", "grey", "jpeg" or "unknown".
- */
+/** Returns the name of a format as in docs/video.md: "rgb", "yuv422", "grey", "jpeg", "h264" or
+ *  "unknown". */
 const char* formatName(KVPixelFormat format);
 
 /** Returns the format with this name; Unknown for any other text. */

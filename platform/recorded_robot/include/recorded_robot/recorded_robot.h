@@ -30,6 +30,8 @@ struct RecordedChannel {
     std::string fName;
     std::string fUnit;
     std::string fDescription;
+    /** The frames are H.264, of which most need the frame before: see RecordedVideo. */
+    bool fIsVideo = false;
     std::string fReason;  ///< the reason if Unknown: a part of a sentence
 };
 

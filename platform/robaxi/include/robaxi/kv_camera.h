@@ -9,10 +9,15 @@
 
 /** Settings of a camera. */
 struct ROBAXI_EXPORT KVCameraSettings {
+    static constexpr int a_lowestBitRate = 100'000;      ///< bits a second
+    static constexpr int a_highestBitRate = 50'000'000;  ///< bits a second
+
     int fWidth = 0;       ///< pixels
     int fHeight = 0;      ///< pixels
-    std::string fFormat;  ///< "rgb", "yuv422", "grey" or "jpeg"
+    std::string fFormat;  ///< "rgb", "yuv422", "grey", "jpeg" or "h264"
     double fRate = 0;     ///< frames a second
+    int fBitRate = 0;     ///< of "h264", bits a second; 0 for a camera that has no such setting
+
     /** Returns true if all settings are equal. */
     bool operator==(const KVCameraSettings& other) const;
     bool operator!=(const KVCameraSettings& other) const { return !(*this == other); }  ///< Not ==

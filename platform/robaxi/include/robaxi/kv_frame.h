@@ -11,7 +11,8 @@ enum class KVPixelFormat {
     Rgb888,   ///< 3 bytes a pixel: red, green, blue
     Yuv422,   ///< 4 bytes for two pixels: Y0 Cb Y1 Cr ("YUYV"), BT.601, Y 16 to 235; even widths
     Grey8,    ///< 1 byte a pixel, 0 black to 255 white
-    Jpeg      ///< one JFIF file; fStride is 0
+    Jpeg,     ///< one JFIF file; fStride is 0
+    H264      ///< one access unit as a byte stream (Annex B); fStride is 0; see KVFrameChain
 };
 
 /**
@@ -31,6 +32,8 @@ struct KVFrame {
     KVPixelFormat fFormat = KVPixelFormat::Unknown;  ///< Of the pixels
     std::shared_ptr<const unsigned char> fData;      ///< fSize bytes
     std::size_t fSize = 0;                           ///< Number of bytes
+    bool fIsKey = false;          ///< H264: decoding can begin here; has the parameter sets
+    std::uint64_t fSequence = 0;  ///< H264: counts the encoded frames; each needs the one before
 };
 
 #endif

@@ -12,8 +12,9 @@
 /**
  * The cameras of a module that clients can watch (see KVFrameStream): a set of named frame streams.
  *
- * It holds the newest frame of each stream and no history. All operations may be called from any
- * thread.
+ * It holds the newest frame of each stream, and of H.264, whose frames need the previous ones,
+ * those of the last 0.3 s. A watcher that falls behind further continues with the next key frame.
+ * All operations may be called from any thread.
  */
 class ROBAXI_EXPORT KVFrameSource {
   public:
@@ -35,13 +36,21 @@ class ROBAXI_EXPORT KVFrameSource {
 
     /**
      * Makes a frame the newest of its stream. Returns at once: the bytes are not copied, and each
-     * watcher receives the newest frame as fast as it can read.
+     * watcher receives the newest frame as fast as it can read. An H.264 frame that does not follow
+     * the last one is dropped, and a key frame is requested.
      *
      * @throws KVError InvalidArgument if there is no such stream, or for a size without bytes;
      *         TooLarge for a frame above 64 MiB. A frame above the limit in the settings of the
      *         broker that serves it ends the stream for the watchers there.
      */
     void publish(const std::string& stream, const KVFrame& frame);
+
+    /**
+     * Returns true if a watcher of an H.264 stream needs a key frame: it has just come, has fallen
+     * behind, or cannot decode what it has. Returns true at most four times a second, and not again
+     * until another one is needed. The encoder calls it before each frame.
+     */
+    bool takeKeyFrameRequest(const std::string& stream);
 
     /** Returns the number of watchers of a stream; 0 if there is no such stream. */
     int getWatchers(const std::string& stream) const;

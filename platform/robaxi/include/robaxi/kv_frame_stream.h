@@ -18,6 +18,10 @@ class KVConnection;
  * Frames are never queued: the robot sends the newest frame it has whenever the network accepts
  * one, and a frame that arrives while a callback is still busy replaces the one that waits. A slow
  * callback or network gets fewer frames, not older ones.
+ *
+ * H.264 frames need the previous ones: they arrive in their order, up to 32 of them wait for a busy
+ * callback, and after a gap they continue with a key frame, which the library requests. So every
+ * frame that is received can be decoded (see KVFrameChain).
  */
 class ROBAXI_EXPORT KVFrameStream {
   public:
@@ -59,6 +63,13 @@ class ROBAXI_EXPORT KVFrameStream {
     ~KVFrameStream();
     KVFrameStream(const KVFrameStream&) = delete;
     KVFrameStream& operator=(const KVFrameStream&) = delete;
+
+    /**
+     * Requests a key frame of an H.264 stream, for a program that could not decode a frame or
+     * begins in the middle. The library asks the robot at most four times a second; other requests
+     * are ignored. May be called from any thread.
+     */
+    void requestKeyFrame();
 
     /** Stops watching. Returns when no callback is running, except one from which it is called. */
     void stop();

@@ -21,7 +21,8 @@ struct KVCamera {
      * Makes a frame whenever one is due at the rate of the settings, while the camera is watched:
      * called on a dedicated thread with a frame that has number, time, width and height, and fills
      * in the rest. A frame that is left without bytes is not sent; frames that are late are
-     * skipped. Cameras without this function call KVVideoModule::publish().
+     * skipped. With H.264, fIsKey is true if a client needs a key frame. Cameras without this
+     * function call KVVideoModule::publish().
      */
     std::function<void(const KVCameraSettings& settings, KVFrame& frame)> fMakeFrame = nullptr;
     /** Applies other settings, which match a mode, before they are returned to clients: throws to
@@ -69,6 +70,10 @@ class ROBAXI_EXPORT KVVideoModule : public KVModule {
      * @throws KVError as KVFrameSource::publish()
      */
     void publish(const std::string& camera, KVFrame frame);
+
+    /** Returns true if a client needs a key frame of an H.264 camera that publishes by itself (see
+     *  KVFrameSource::takeKeyFrameRequest()). */
+    bool takeKeyFrameRequest(const std::string& camera);
 
     /** @throws KVError InvalidArgument if there is no such camera */
     KVCameraSettings getSettings(const std::string& camera) const;

@@ -560,8 +560,8 @@ std::shared_ptr<ValueStream> ClientSession::subscribe(const Target& target,
     return stream;
 }
 
-std::shared_ptr<Stream> ClientSession::watch(const Target& target, const std::string& camera,
-                                             KVFrameStream::Callbacks callbacks) {
+std::shared_ptr<PictureStream> ClientSession::watch(const Target& target, const std::string& camera,
+                                                    KVFrameStream::Callbacks callbacks) {
     auto stream = std::make_shared<FrameClient>(fRuntime, shared_from_this(), target, camera,
                                                 std::move(callbacks));
     stream->start();

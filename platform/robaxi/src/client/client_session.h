@@ -64,8 +64,8 @@ class ClientSession : public Link,
                                            KVSubscription::Selection selection,
                                            const std::vector<std::string>& names, double rate,
                                            KVSubscription::Callbacks callbacks) override;
-    std::shared_ptr<Stream> watch(const Target& target, const std::string& camera,
-                                  KVFrameStream::Callbacks callbacks) override;
+    std::shared_ptr<PictureStream> watch(const Target& target, const std::string& camera,
+                                         KVFrameStream::Callbacks callbacks) override;
 
     /** @name For streams beside the session */
     ///@{

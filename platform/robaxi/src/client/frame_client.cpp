@@ -9,6 +9,14 @@
 
 namespace robaxi {
 
+namespace {
+
+/** H.264 frames that wait for a busy listener: one second of a usual camera. */
+constexpr std::size_t a_mostWaiting = 32;
+constexpr std::chrono::milliseconds a_keyFrameDistance(250);
+
+}  // namespace
+
 FrameClient::FrameClient(const std::shared_ptr<Runtime>& runtime,
                          std::shared_ptr<ClientSession> session, Target target, std::string stream,
                          KVFrameStream::Callbacks callbacks)
@@ -38,6 +46,7 @@ void FrameClient::xOpen(ClientTransport& transport, grpc::ClientContext* context
     start->set_module(base::validUtf8(fTarget.fModule));
     start->set_stream(base::validUtf8(fStream));
     fReceived = 0;
+    fMayRepeat = true;
 }
 
 bool FrameClient::xTakeRequest(grpc::ByteBuffer& request) {
@@ -62,17 +71,13 @@ void FrameClient::xReceived() {
 }
 
 void FrameClient::xKeep(KVFrame frame) {
-    bool isNews = false;
+    bool isFirst = false;
     {
         const std::lock_guard lock(fMutex);
-        // A robot begins each call with its newest frame, which the last call may have delivered.
-        const auto identity = std::make_pair(frame.fNumber, frame.fTime);
-        const bool isRepeated = fReceived == 0 && fLast == identity;
-        fLast = identity;
-        isNews = !isRepeated && !fWaiting;
-        fPassedOver += !isRepeated && !isNews ? 1 : 0;
-        if (!isRepeated) {
-            fWaiting = std::move(frame);
+        if (!xIsRepeated(frame)) {
+            isFirst = fWaiting.empty();
+            xQueue(std::move(frame));
+            isFirst = isFirst && !fWaiting.empty();
         }
         if (!fNextRequest) {
             fNextRequest.emplace();
@@ -80,8 +85,64 @@ void FrameClient::xKeep(KVFrame frame) {
         fNextRequest->set_received(++fReceived);
     }
     xWrite();
-    if (isNews) {
+    if (isFirst) {
         xPost(&FrameClient::xDeliver);
+    }
+}
+
+/**
+ * Requires fMutex. A robot begins each call with its newest frame, of H.264 with its newest key
+ * frame and those since, which the last call may have delivered. Returns true for these.
+ */
+bool FrameClient::xIsRepeated(const KVFrame& frame) {
+    const bool isChained = frame.fFormat == KVPixelFormat::H264;
+    const bool isKnown = isChained
+                             ? frame.fSequence <= fLast.fSequence && frame.fTime <= fLast.fTime
+                             : frame.fNumber == fLast.fNumber && frame.fTime == fLast.fTime;
+    fMayRepeat = fMayRepeat && isKnown;
+    if (!fMayRepeat) {
+        fLast = {frame.fNumber, frame.fTime, isChained ? frame.fSequence : 0};
+    }
+    return fMayRepeat;
+}
+
+/** Requires fMutex. */
+void FrameClient::xQueue(KVFrame frame) {
+    if (frame.fFormat != KVPixelFormat::H264 || fWaiting.size() == a_mostWaiting) {
+        fPassedOver += fWaiting.size();
+        fWaiting.clear();
+        fChain.interrupt();
+    }
+    if (fChain.accepts(frame)) {
+        fWaiting.push_back(std::move(frame));
+    } else {
+        ++fPassedOver;
+        xRequestKeyFrame();
+    }
+}
+
+/** Requires fMutex. Returns true if there is a request to write. */
+bool FrameClient::xRequestKeyFrame() {
+    const auto now = std::chrono::steady_clock::now();
+    if (now - fKeyRequested < a_keyFrameDistance) {
+        return false;
+    }
+    fKeyRequested = now;
+    if (!fNextRequest) {
+        fNextRequest.emplace().set_received(fReceived);
+    }
+    fNextRequest->set_key_frame(true);
+    return true;
+}
+
+void FrameClient::requestKeyFrame() {
+    bool isNew = false;
+    {
+        const std::lock_guard lock(fMutex);
+        isNew = !fIsStopped && xRequestKeyFrame();
+    }
+    if (isNew) {
+        xWrite();
     }
 }
 
@@ -90,14 +151,23 @@ void FrameClient::xDeliver() {
     std::uint64_t passedOver = 0;
     {
         const std::lock_guard lock(fMutex);
-        frame = std::exchange(fWaiting, std::nullopt);
-        passedOver = std::exchange(fPassedOver, 0);
-        if (fIsStopped) {
+        if (fIsStopped || fWaiting.empty()) {
             return;
         }
+        frame = std::move(fWaiting.front());
+        fWaiting.pop_front();
+        passedOver = std::exchange(fPassedOver, 0);
     }
     if (fCallbacks.fFrameReceived) {
         fCallbacks.fFrameReceived(*frame, passedOver);
+    }
+    bool isMore = false;
+    {
+        const std::lock_guard lock(fMutex);
+        isMore = !fWaiting.empty();
+    }
+    if (isMore) {
+        xPost(&FrameClient::xDeliver);
     }
 }
 

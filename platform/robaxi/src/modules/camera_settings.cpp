@@ -72,10 +72,13 @@ auto changeNamed(const KVCameraInfo& camera, const KVValue::Map& changes, const 
 }
 
 void requireKnownNames(const KVCameraInfo& camera, const KVValue::Map& changes) {
+    const bool hasBitRate = camera.fSettings.fBitRate > 0;
     for (const auto& [name, value] : changes) {
-        if (name != "width" && name != "height" && name != "format" && name != "rate") {
-            throw refusal(camera, "has no setting '" + shown(name) +
-                                      "'; it has width, height, format and rate.");
+        if (name != "width" && name != "height" && name != "format" && name != "rate" &&
+            (name != "bitRate" || !hasBitRate)) {
+            throw refusal(camera,
+                          "has no setting '" + shown(name) + "'; it has width, height, " +
+                              (hasBitRate ? "format, rate and bitRate." : "format and rate."));
         }
     }
 }
@@ -83,6 +86,16 @@ void requireKnownNames(const KVCameraInfo& camera, const KVValue::Map& changes) 
 int toSide(const KVValue& value) {
     // A value out of range matches no mode; it must only not become a number that does.
     return static_cast<int>(std::clamp(value.toInt(), std::int64_t{-1}, a_largestSide));
+}
+
+void requireBitRate(const KVCameraInfo& camera, std::int64_t bitRate) {
+    constexpr int lowest = KVCameraSettings::a_lowestBitRate;
+    constexpr int highest = KVCameraSettings::a_highestBitRate;
+    if (bitRate < lowest || bitRate > highest) {
+        throw refusal(camera, "cannot do " + std::to_string(bitRate) +
+                                  " bits a second; it can do " + std::to_string(lowest) + " to " +
+                                  std::to_string(highest) + '.');
+    }
 }
 
 }  // namespace
@@ -131,7 +144,13 @@ KVCameraSettings changedSettings(const KVCameraInfo& camera, const KVValue::Map&
                                     [](const KVValue& value) { return value.toString(); });
     const auto rate =
         changeNamed(camera, changes, "rate", [](const KVValue& value) { return value.toFloat(); });
+    const auto bitRate =
+        changeNamed(camera, changes, "bitRate", [](const KVValue& value) { return value.toInt(); });
     KVCameraSettings result = camera.fSettings;
+    if (bitRate) {
+        requireBitRate(camera, *bitRate);
+        result.fBitRate = static_cast<int>(*bitRate);
+    }
     result.fWidth = width.value_or(result.fWidth);
     result.fHeight = height.value_or(result.fHeight);
     result.fFormat = format.value_or(result.fFormat);

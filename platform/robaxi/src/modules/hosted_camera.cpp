@@ -8,8 +8,17 @@
 
 namespace robaxi {
 
-HostedCamera::HostedCamera(KVCamera camera, Send send)
-    : fCamera(std::move(camera)), fSend(std::move(send)), fSettings(fCamera.fInfo.fSettings) {
+namespace {
+
+constexpr const char* a_h264 = "h264";
+
+}  // namespace
+
+HostedCamera::HostedCamera(KVCamera camera, Send send, IsKeyWanted isKeyWanted)
+    : fCamera(std::move(camera)),
+      fSend(std::move(send)),
+      fIsKeyWanted(std::move(isKeyWanted)),
+      fSettings(fCamera.fInfo.fSettings) {
     if (fCamera.fMakeFrame) {
         fThread = std::thread([this] { xRun(); });
     }
@@ -131,6 +140,7 @@ void HostedCamera::xMakeNext(std::unique_lock<std::mutex>& lock) {
     frame.fHeight = static_cast<std::uint32_t>(fSettings.fHeight);
     const KVCameraSettings settings = fSettings;
     lock.unlock();
+    frame.fIsKey = settings.fFormat == a_h264 && fIsKeyWanted();
     fCamera.fMakeFrame(settings, frame);
     if (frame.fData) {
         xSend(frame);

@@ -22,7 +22,10 @@ class HostedCamera {
     /** Sends a frame with number and time. */
     using Send = std::function<void(const KVFrame& frame)>;
 
-    HostedCamera(KVCamera camera, Send send);
+    /** Returns true if a client needs a key frame. */
+    using IsKeyWanted = std::function<bool()>;
+
+    HostedCamera(KVCamera camera, Send send, IsKeyWanted isKeyWanted);
     /** Ends, as end() does. */
     ~HostedCamera();
     HostedCamera(const HostedCamera&) = delete;
@@ -56,6 +59,7 @@ class HostedCamera {
 
     const KVCamera fCamera;
     const Send fSend;
+    const IsKeyWanted fIsKeyWanted;
     // Each is locked while one of the camera's functions runs, and before fMutex.
     std::mutex fChangeMutex;
     std::mutex fWatchMutex;

@@ -112,7 +112,10 @@ void KVVideoModule::addCamera(const KVCamera& camera) {
     const auto send = [frames = fPrivate->fFrames, name](const KVFrame& frame) {
         frames->publish(name, frame);
     };
-    auto hosted = std::make_shared<robaxi::HostedCamera>(added, send);
+    const auto isKeyWanted = [frames = fPrivate->fFrames, name] {
+        return frames->takeKeyFrameRequest(name);
+    };
+    auto hosted = std::make_shared<robaxi::HostedCamera>(added, send, isKeyWanted);
     const std::lock_guard lock(fPrivate->fMutex);
     fPrivate->fFrames->addStream(name);
     fPrivate->fCameras.emplace_back(name, std::move(hosted));
@@ -126,6 +129,10 @@ void KVVideoModule::removeCamera(const std::string& name) {
 
 void KVVideoModule::publish(const std::string& camera, KVFrame frame) {
     fPrivate->find(camera)->publish(std::move(frame));
+}
+
+bool KVVideoModule::takeKeyFrameRequest(const std::string& camera) {
+    return fPrivate->fFrames->takeKeyFrameRequest(camera);
 }
 
 KVCameraSettings KVVideoModule::getSettings(const std::string& camera) const {

@@ -15,6 +15,9 @@ void FrameServer::xHandle() {
     if (fRequest.has_start()) {
         xStartWatching(fRequest.start());
     }
+    if (fRequest.key_frame() && fSource) {
+        fSource->requestKeyFrame(fStream);
+    }
     const std::lock_guard lock(fMutex);
     fReceived = std::max(fReceived, fRequest.received());
 }
@@ -97,8 +100,8 @@ bool FrameServer::xCompose() {
         const std::lock_guard lock(fMutex);
         source = fSource;
     }
-    if (!fFrame && source && xHasCredit()) {
-        xBegin(source->newestAfter(fStream, fVersion));
+    if (!fFrame && source) {
+        xBeginNext(*source);
     }
     if (!fFrame) {
         return false;
@@ -110,22 +113,31 @@ bool FrameServer::xCompose() {
     return true;
 }
 
-void FrameServer::xBegin(const std::optional<KVFrameSource::Private::Newest>& newest) {
-    if (!newest) {
+/** A client that accepts no frame must not cost the others a key frame, so it is not asked for one.
+ */
+void FrameServer::xBeginNext(KVFrameSource::Private& source) {
+    const std::uint64_t inFlight = xInFlight();
+    if (inFlight >= limits::a_chainedFramesInFlight) {
         return;
     }
-    if (newest->fFrame.fSize > fServer.limits().fFrame) {
+    const auto next = source.nextAfter(fStream, fVersion);
+    if (!next ||
+        (next->fFrame.fFormat != KVPixelFormat::H264 && inFlight >= limits::a_framesInFlight)) {
+        return;
+    }
+    if (next->fFrame.fSize > fServer.limits().fFrame) {
         xEnd(KVError::Cause::TooLarge, "a frame of the camera");
         return;
     }
-    fVersion = newest->fVersion;
-    fFrame = std::make_unique<FrameSplitter>(newest->fFrame, fPool);
+    fVersion = next->fVersion;
+    fFrame = std::make_unique<FrameSplitter>(next->fFrame, fPool);
     ++fSent;
 }
 
-bool FrameServer::xHasCredit() {
+std::uint64_t FrameServer::xInFlight() {
     const std::lock_guard lock(fMutex);
-    return fSent < fReceived + limits::a_framesInFlight;
+    // A client may claim more than it was sent.
+    return fSent > fReceived ? fSent - fReceived : 0;
 }
 
 }  // namespace robaxi

@@ -16,9 +16,9 @@ namespace robaxi {
  * The robot's end of one watched camera.
  *
  * It keeps no queue: whenever it may send (the last write is done, the client has received enough),
- * it takes the newest frame. The publisher's thread only wakes it; a frame is started on the timer
- * thread or on one of gRPC's, and its further parts follow when gRPC reports that the last one was
- * sent.
+ * it takes the next frame from the source. The publisher's thread only wakes it; a frame is started
+ * on the timer thread or on one of gRPC's, and its further parts follow when gRPC reports that the
+ * last one was sent.
  */
 class FrameServer : public ServerStream<v1::WatchRequest>, private KVFrameSource::Private::Watcher {
   public:
@@ -39,8 +39,8 @@ class FrameServer : public ServerStream<v1::WatchRequest>, private KVFrameSource
     void xStartWatching(const v1::WatchStart& start);
     void xSend();
     bool xCompose();
-    void xBegin(const std::optional<KVFrameSource::Private::Newest>& newest);
-    bool xHasCredit();
+    void xBeginNext(KVFrameSource::Private& source);
+    std::uint64_t xInFlight();
 
     const std::shared_ptr<TaskPool> fPool;
     /** A frame was requested while another thread was sending. */

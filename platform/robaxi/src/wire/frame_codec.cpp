@@ -39,6 +39,7 @@ static_assert(static_cast<int>(KVPixelFormat::Rgb888) == v1::FrameHeader::RGB888
 static_assert(static_cast<int>(KVPixelFormat::Yuv422) == v1::FrameHeader::YUV422);
 static_assert(static_cast<int>(KVPixelFormat::Grey8) == v1::FrameHeader::GREY8);
 static_assert(static_cast<int>(KVPixelFormat::Jpeg) == v1::FrameHeader::JPEG);
+static_assert(static_cast<int>(KVPixelFormat::H264) == v1::FrameHeader::H264);
 
 v1::FrameHeader::Format encodeFormat(KVPixelFormat format) {
     return static_cast<v1::FrameHeader::Format>(format);
@@ -59,6 +60,8 @@ std::string encodeHeader(const KVFrame& frame) {
     header->set_stride(frame.fStride);
     header->set_format(encodeFormat(frame.fFormat));
     header->set_size(frame.fSize);
+    header->set_is_key(frame.fIsKey);
+    header->set_sequence(frame.fSequence);
     return update.SerializeAsString();
 }
 
@@ -214,6 +217,8 @@ void FrameAssembler::xBegin(const std::string& field) {
     frame.fStride = header.stride();
     frame.fFormat = decodeFormat(header.format());
     frame.fSize = header.size();
+    frame.fIsKey = header.is_key();
+    frame.fSequence = header.sequence();
     fData = fBuffers.obtain(frame.fSize);
     fReceived = 0;
     fFrame = std::move(frame);

@@ -128,6 +128,9 @@ constexpr std::size_t bytesOfUpdate(std::size_t largestMessage) {
 
 /** Frames that a robot sends before the client has received the first of them. */
 constexpr std::uint64_t a_framesInFlight = 2;
+/** The same of H.264: its frames are small and all of them are needed, so that a round trip of many
+ *  frames must not leave any out. */
+constexpr std::uint64_t a_chainedFramesInFlight = 6;
 /**
  * Frames are sent in parts of this size. Other messages hardly wait for a part, since the transport
  * interleaves streams. But each part costs the robot a turn of its threads: with parts a quarter of

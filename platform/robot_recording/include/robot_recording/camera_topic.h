@@ -2,6 +2,7 @@
 #define ROBOT_RECORDING_CAMERA_TOPIC_H
 
 #include <robaxi/kv_frame.h>
+#include <robaxi/kv_frame_chain.h>
 
 #include <cstdint>
 #include <map>
@@ -23,7 +24,7 @@ class CameraTopic {
     /**
      * Writes a frame that canWrite() accepts; its number becomes the sequence number.
      *
-     * @return false if it was dropped
+     * @return false if it was dropped; of H.264 the frames up to the next key frame are dropped too
      */
     bool write(const KVFrame& frame, std::uint64_t logTime);
 
@@ -33,6 +34,7 @@ class CameraTopic {
     const std::string fCamera;
     const std::string fDescription;
     std::map<const MessageSchema*, RecordingSink::Topic> fTopics;
+    KVFrameChain fChain;  // of the frames that were written
 };
 
 }  // namespace robot_recording

@@ -11,6 +11,7 @@ namespace robot_recording {
 /** @name The well-known messages for pictures, in protobuf */
 ///@{
 constexpr const char* a_compressedImage = "foxglove.CompressedImage";
+constexpr const char* a_compressedVideo = "foxglove.CompressedVideo";
 constexpr const char* a_rawImage = "foxglove.RawImage";
 ///@}
 

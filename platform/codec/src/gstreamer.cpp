@@ -1,9 +1,9 @@
-#include "video/gstreamer.h"
+#include "codec/gstreamer.h"
 
 #include <stdexcept>
 #include <string>
 
-namespace robot {
+namespace codec {
 
 namespace {
 
@@ -23,4 +23,4 @@ void startGStreamer() {
     [[maybe_unused]] static const bool started = start();
 }
 
-}  // namespace robot
+}  // namespace codec

@@ -1,10 +1,10 @@
-#ifndef OBVISTA_ROBOT_VIDEO_GSTREAMER_H
-#define OBVISTA_ROBOT_VIDEO_GSTREAMER_H
+#ifndef OBVISTA_CODEC_GSTREAMER_H
+#define OBVISTA_CODEC_GSTREAMER_H
 
 #include <gst/gst.h>
 #include <memory>
 
-namespace robot {
+namespace codec {
 
 /** Starts GStreamer once for the whole program. @throws std::runtime_error */
 void startGStreamer();
@@ -25,6 +25,6 @@ struct GStreamerEnd {
 template <class Thing>
 using GStreamerPointer = std::unique_ptr<Thing, GStreamerEnd>;
 
-}  // namespace robot
+}  // namespace codec
 
 #endif
