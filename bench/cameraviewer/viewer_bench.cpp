@@ -243,7 +243,7 @@ void print(const Camera& camera, const std::string& kind, const Sighting& sighti
 }
 
 void measure(const std::string& kind, const Camera& camera, double time) {
-    const RobotProcess robot;
+    const RobotProcess robot({{"--stamp"}});
     set(robot.port(), camera);
     ChildProcess program(command(kind, camera, robot.port()));
     const bench::ShownRect rect = rectOf(program);
@@ -293,7 +293,7 @@ void describeImageView(const QString& folder) {
 void measureImageView(const Camera& camera, double time) {
     const QTemporaryDir folder;
     describeImageView(folder.path());
-    const RobotProcess robot;
+    const RobotProcess robot({{"--stamp"}});
     set(robot.port(), camera);
     const bench::RosMaster master;
     const ChildProcess publisher(

@@ -40,6 +40,7 @@ po::options_description describedOptions() {
          "changes of each of these per second, 0.1 to 1000")
         ("hostile", "also serve values that are difficult for viewers: markup, texts of 10 MB and more")
         ("no-video", "serve no cameras: there is no module KVVideo")
+        ("stamp", "draw number and time of each frame into its picture, in squares for tests to read")
         ("no-middleware", "do not run the middleware; only announce the robot and serve HTTP")
         ("replay", po::value<std::string>()->default_value(""),
          "MCAP file with a recorded robot, which is served instead of a simulated one")
@@ -115,9 +116,10 @@ Replay toReplay(const po::variables_map& given) {
                        " needs --replay and a file");
         return replay;
     }
-    refuseTogether(
-        given, {"kind", "seed", "keys", "changing", "rate", "hostile", "no-video", "no-middleware"},
-        " is for a simulated robot, not for --replay");
+    refuseTogether(given,
+                   {"kind", "seed", "keys", "changing", "rate", "hostile", "no-video", "stamp",
+                    "no-middleware"},
+                   " is for a simulated robot, not for --replay");
     if (given["sim-port"].as<int>() != 0) {
         throw std::invalid_argument("--sim-port is for a simulated robot, not for --replay");
     }
@@ -142,6 +144,7 @@ Options toOptions(const po::variables_map& given) {
     options.fLoad = toLoad(given);
     options.fHostile = given.count("hostile") != 0;
     options.fVideo = given.count("no-video") == 0;
+    options.fStamp = given.count("stamp") != 0;
     options.fMiddleware = given.count("no-middleware") == 0;
     options.fSimPort = serving::toPort(given, "sim-port", 0);
     return options;

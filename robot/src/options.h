@@ -30,6 +30,7 @@ struct Options : serving::ServerOptions {
     std::uint64_t fSeed = 0;
     Load fLoad;             ///< replaces the values of its kind if it has keys
     bool fVideo = true;     ///< cameras
+    bool fStamp = false;    ///< drawn pictures show the number and time of their frames
     bool fHostile = false;  ///< also serves values with which viewers must cope
     Replay fReplay;
 };

@@ -175,8 +175,9 @@ void Robot::xMakeVideo() {
 }
 
 std::vector<KVCamera> Robot::xMakeCameras() const {
+    const Stamp stamp = fOptions.fStamp ? Stamp::Drawn : Stamp::None;
     if (fOptions.fKind == Kind::Robot) {
-        return makeHumanoidCameras(fPose ? fPose : movingBody(fOptions.fSeed));
+        return makeHumanoidCameras(fPose ? fPose : movingBody(fOptions.fSeed), stamp);
     }
     return makeComputerCameras(
         [video = fVideo.get()](const std::string& camera, const KVFrame& frame) {
@@ -185,7 +186,8 @@ std::vector<KVCamera> Robot::xMakeCameras() const {
         [video = fVideo.get()](const std::string& camera) {
             return video->module()->takeKeyFrameRequest(camera);
         },
-        [complain = fOutput.fComplain](const std::string& line) { complain(base::oneLine(line)); });
+        [complain = fOutput.fComplain](const std::string& line) { complain(base::oneLine(line)); },
+        stamp);
 }
 
 void Robot::xMakeModules() {

@@ -23,6 +23,9 @@ namespace {
 /** Milliseconds: sufficient for a machine that is busy with other tests. */
 constexpr int a_patience = 30000;
 
+/** A robot whose pictures contain number and time. */
+const RobotProcess::Settings a_stampingRobot{{"--stamp"}};
+
 std::int64_t nowInMicroseconds() {
     using std::chrono::duration_cast;
     return duration_cast<std::chrono::microseconds>(
@@ -32,7 +35,7 @@ std::int64_t nowInMicroseconds() {
 
 }  // namespace
 
-/** Tests the viewer in a real window with a real robot, whose pictures contain number and time. */
+/** Tests the viewer in a real window with a real robot. */
 class WindowTest : public QObject {
     Q_OBJECT
 
@@ -65,7 +68,7 @@ void WindowTest::init() {
     QSettings().clear();
     fFolder = std::make_unique<QTemporaryDir>();
     QSettings().setValue(QStringLiteral("CameraViewer/folder"), fFolder->path());
-    fRobot = std::make_unique<RobotProcess>();
+    fRobot = std::make_unique<RobotProcess>(a_stampingRobot);
     fDriver = std::make_unique<CameraDriver>();
     QVERIFY(QTest::qWaitForWindowActive(&fDriver->window()));
     fViewer = fDriver->show(fRobot->port());
@@ -164,7 +167,7 @@ void WindowTest::reportsARobotThatIsKilled() {
 void WindowTest::showsARobotThatWasStartedAgain() {
     QVERIFY(choose(fViewer, "formatBox", QStringLiteral("Grey")));
     QTRY_VERIFY(readoutOf(fViewer).contains(QLatin1String("Grey")));
-    RobotProcess::Settings samePort;
+    RobotProcess::Settings samePort = a_stampingRobot;
     samePort.fPort = fRobot->port();
     fRobot->kill();
     QTRY_VERIFY(noticeOf(fViewer).startsWith(QLatin1String("The robot is lost.")));
@@ -189,7 +192,7 @@ void WindowTest::stopsWhileItIsMinimised() {
 }
 
 void WindowTest::showsTwoCamerasOfTwoRobots() {
-    RobotProcess other;
+    RobotProcess other(a_stampingRobot);
     QWidget* second = fDriver->show(other.port());
     QTRY_VERIFY(boxOf(second, "cameraBox")->isEnabled());
     QVERIFY(choose(second, "cameraBox", QStringLiteral("chest")));

@@ -79,6 +79,8 @@ TEST_F(OptionsTest, takesALoadOfWhichATenthChangesUnlessToldOtherwise) {
     EXPECT_TRUE(parsed({"--hostile"}).fHostile);
     EXPECT_TRUE(parsed({}).fVideo);
     EXPECT_FALSE(parsed({"--no-video"}).fVideo);
+    EXPECT_FALSE(parsed({}).fStamp);
+    EXPECT_TRUE(parsed({"--stamp"}).fStamp);
 }
 
 TEST_F(OptionsTest, takesFilesOfSecurityWhereverItRuns) {
@@ -106,32 +108,15 @@ TEST_F(OptionsTest, helpNamesEveryOptionAndEndsWithStatusZero) {
     EXPECT_EQ(result.fExitStatus, 0);
     EXPECT_EQ(fErrors.str(), "");
     EXPECT_THAT(fOutput.str(), StartsWith("Usage: robaxi-robot"));
-    for (const char* option : {"--help",
-                               "--kind",
-                               "--name",
-                               "--address",
-                               "--port",
-                               "--seed",
-                               "--no-middleware",
-                               "--http-port",
-                               "--icon",
-                               "--no-announce",
-                               "--sim-port",
-                               "--keys",
-                               "--changing",
-                               "--rate",
-                               "--hostile",
-                               "--no-video",
-                               "--replay",
-                               "--robot",
-                               "--start",
-                               "--speed",
-                               "--loop",
-                               "--paused",
-                               "--tls-certificate",
-                               "--tls-key",
-                               "--token-file",
-                               "--allow-plain-token"}) {
+    for (const char* option : {"--help",          "--kind",       "--name",
+                               "--address",       "--port",       "--seed",
+                               "--no-middleware", "--http-port",  "--icon",
+                               "--no-announce",   "--sim-port",   "--keys",
+                               "--changing",      "--rate",       "--hostile",
+                               "--no-video",      "--stamp",      "--replay",
+                               "--robot",         "--start",      "--speed",
+                               "--loop",          "--paused",     "--tls-certificate",
+                               "--tls-key",       "--token-file", "--allow-plain-token"}) {
         EXPECT_THAT(fOutput.str(), HasSubstr(option));
     }
 }

@@ -337,7 +337,7 @@ std::optional<FrameStamp> stampOf(const std::string& pgm) {
 
 // The saved frame is the reported one: its picture contains number and time.
 TEST_F(Snapshot, ShowsWhatTheSimulatedRobotSeesInEachOfItsFormats) {
-    const RobotProcess robot;
+    const RobotProcess robot({{"--stamp"}});
     const std::string place =
         std::string(RobotProcess::address()) + ':' + std::to_string(robot.port());
     const std::string file = fFolder / "a.pgm";

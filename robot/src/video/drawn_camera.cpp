@@ -7,7 +7,9 @@ namespace robot {
 void DrawnCamera::makeFrame(const KVCameraSettings& settings, KVFrame& frame) {
     fCanvas.resize(settings.fWidth, settings.fHeight);
     fDraw(fCanvas);
-    drawStamp(fCanvas, frame.fNumber, frame.fTime);
+    if (fStamp == Stamp::Drawn) {
+        drawStamp(fCanvas, frame.fNumber, frame.fTime);
+    }
     KVFrame encoded = fEncoder.encode(fCanvas, settings, frame.fIsKey);
     encoded.fNumber = frame.fNumber;
     encoded.fTime = frame.fTime;

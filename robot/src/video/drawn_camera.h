@@ -12,22 +12,23 @@
 
 namespace robot {
 
-/**
- * A camera with drawn pictures, with number and time of each frame drawn across the top. For one
- * thread at a time.
- */
+/** Number and time of each frame, drawn across the top of its picture for tests (video/stamp.h). */
+enum class Stamp { None, Drawn };
+
+/** A camera with drawn pictures. For one thread at a time. */
 class DrawnCamera {
   public:
     /** Draws the whole current picture. */
     using Draw = std::function<void(Canvas& canvas)>;
 
-    explicit DrawnCamera(Draw draw) : fDraw(std::move(draw)) {}
+    DrawnCamera(Draw draw, Stamp stamp) : fDraw(std::move(draw)), fStamp(stamp) {}
 
     /** Completes a frame that has number and time. */
     void makeFrame(const KVCameraSettings& settings, KVFrame& frame);
 
   private:
     const Draw fDraw;
+    const Stamp fStamp;
     Canvas fCanvas;
     FrameEncoder fEncoder;
 };

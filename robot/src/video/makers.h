@@ -2,6 +2,7 @@
 #define OBVISTA_ROBOT_VIDEO_MAKERS_H
 
 #include "body/humanoid_body.h"
+#include "video/drawn_camera.h"
 
 #include <robaxi/kv_frame.h>
 #include <robaxi/kv_video_module.h>
@@ -23,7 +24,7 @@ using IsKeyWanted = std::function<bool(const std::string& camera)>;
  *
  * @param pose returns the current pose; called from the cameras' threads
  */
-std::vector<KVCamera> makeHumanoidCameras(std::function<Pose()> pose);
+std::vector<KVCamera> makeHumanoidCameras(std::function<Pose()> pose, Stamp stamp);
 
 /**
  * Creates the cameras of this computer: "camera0" and so on, or "test" with a test picture if it
@@ -33,7 +34,8 @@ std::vector<KVCamera> makeHumanoidCameras(std::function<Pose()> pose);
  * @param complain called with a message for each failure, on any thread
  */
 std::vector<KVCamera> makeComputerCameras(const Publish& publish, const IsKeyWanted& isKeyWanted,
-                                          const std::function<void(const std::string&)>& complain);
+                                          const std::function<void(const std::string&)>& complain,
+                                          Stamp stamp);
 
 }  // namespace robot
 

@@ -241,9 +241,9 @@ TEST_F(DeviceCameraTest, aDeviceThatIsGoneIsComplainedOf) {
 }
 
 TEST_F(DeviceCameraTest, aComputerWithoutACameraHasATestPicture) {
-    const auto cameras =
-        robot::makeComputerCameras([](const std::string&, const KVFrame&) {},
-                                   [](const std::string&) { return false; }, complain());
+    const auto cameras = robot::makeComputerCameras([](const std::string&, const KVFrame&) {},
+                                                    [](const std::string&) { return false; },
+                                                    complain(), robot::Stamp::None);
     ASSERT_THAT(cameras, Not(IsEmpty()));
     const KVCamera& test = cameras.front();
     if (test.fInfo.fName != "test") {

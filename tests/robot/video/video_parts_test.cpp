@@ -376,10 +376,12 @@ TEST_F(FrameTroubleTest, aJpegLiesAboutItsSizeOrIsNone) {
 
 TEST(DrawnCamera, framesShowTheirNumberAndTime) {
     int drawn = 0;
-    robot::DrawnCamera camera([&](Canvas& canvas) {
-        ++drawn;
-        robot::drawTestCard(canvas, 0);
-    });
+    robot::DrawnCamera camera(
+        [&](Canvas& canvas) {
+            ++drawn;
+            robot::drawTestCard(canvas, 0);
+        },
+        robot::Stamp::Drawn);
     for (const char* const format : {"rgb", "yuv422", "grey", "jpeg"}) {
         KVFrame frame;
         frame.fNumber = 7;

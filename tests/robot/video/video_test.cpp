@@ -158,7 +158,8 @@ class FilmWatch {
 
 class VideoTest : public testing::Test {
   protected:
-    explicit VideoTest(const std::vector<std::string>& arguments = {}) : fRobot({arguments}) {}
+    explicit VideoTest(const std::vector<std::string>& arguments = {"--stamp"})
+        : fRobot({arguments}) {}
 
     template <class Watcher>
     std::shared_ptr<KVFrameStream> watch(const std::string& camera, Watcher& watch) {
@@ -446,7 +447,7 @@ TEST_F(VideoTest, endsInTimeWhileItIsWatched) {
 /** A robot whose values are replaced by a load. */
 class LoadedVideoTest : public VideoTest {
   protected:
-    LoadedVideoTest() : VideoTest({"--keys", "100"}) {}
+    LoadedVideoTest() : VideoTest({"--stamp", "--keys", "100"}) {}
 };
 
 TEST_F(LoadedVideoTest, seesTheRoomToo) {
@@ -458,7 +459,7 @@ TEST_F(LoadedVideoTest, seesTheRoomToo) {
 
 class ComputerVideoTest : public VideoTest {
   protected:
-    ComputerVideoTest() : VideoTest({"--kind", "computer"}) {}
+    ComputerVideoTest() : VideoTest({"--stamp", "--kind", "computer"}) {}
 };
 
 TEST_F(ComputerVideoTest, aComputerHasACameraOrATestPicture) {
@@ -473,6 +474,19 @@ TEST_F(ComputerVideoTest, aComputerHasACameraOrATestPicture) {
     const KVFrame frame = frames.waitFor(
         [](const KVFrame& candidate) { return candidate.fFormat == KVPixelFormat::Rgb888; });
     EXPECT_TRUE(stampOf(frame));
+    stream->stop();
+}
+
+/** A robot with its default options. */
+class PlainVideoTest : public VideoTest {
+  protected:
+    PlainVideoTest() : VideoTest(std::vector<std::string>()) {}
+};
+
+TEST_F(PlainVideoTest, picturesHaveNoStampUnlessItIsRequested) {
+    Watch frames;
+    const auto stream = watch("chest", frames);
+    EXPECT_FALSE(stampOf(frames.waitForNext()));
     stream->stop();
 }
 
