@@ -45,6 +45,7 @@ class WindowTest : public QObject {
 
     void showsEveryFormatAndResolution_data();
     void showsEveryFormatAndResolution();
+    void showsH264AtTheChosenBandwidth();
     void showsFramesThatAreYoung();
     void countsWhatIsTrue();
     void saysWhenTheRobotFallsSilentAndGoesOn();
@@ -114,6 +115,25 @@ void WindowTest::showsEveryFormatAndResolution() {
     QVERIFY(stamp.has_value());
     QVERIFY(xStampAfter(fViewer, stamp->fNumber).has_value());
     QTRY_COMPARE(noticeOf(fViewer), QString());
+}
+
+void WindowTest::showsH264AtTheChosenBandwidth() {
+    QComboBox* const bandwidth = boxOf(fViewer, "bitRateBox");
+    QVERIFY(!bandwidth->isVisible());
+    QVERIFY(choose(fViewer, "formatBox", QStringLiteral("H.264")));
+    QTRY_VERIFY2(readoutOf(fViewer).startsWith(QStringLiteral("640 × 480 H.264")),
+                 qPrintable(readoutOf(fViewer)));
+    QVERIFY(bandwidth->isVisible());
+    for (const char* const text : {"0.5 Mbit/s", "4 Mbit/s"}) {
+        QVERIFY(choose(fViewer, "bitRateBox", QLatin1String(text)));
+        const std::optional<FrameStamp> stamp = xStampAfter(fViewer, 0);
+        QVERIFY(stamp.has_value());
+        QVERIFY(xStampAfter(fViewer, stamp->fNumber + 5).has_value());
+        QCOMPARE(bandwidth->currentText(), QLatin1String(text));
+        QCOMPARE(noticeOf(fViewer), QString());
+    }
+    QVERIFY(choose(fViewer, "formatBox", QStringLiteral("JPEG")));
+    QTRY_VERIFY(!bandwidth->isVisible());
 }
 
 void WindowTest::showsFramesThatAreYoung() {
@@ -198,7 +218,7 @@ void WindowTest::showsTwoCamerasOfTwoRobots() {
     QVERIFY(choose(second, "cameraBox", QStringLiteral("chest")));
     QVERIFY(choose(fViewer, "cameraBox", QStringLiteral("head")));
     for (QWidget* viewer : {fViewer, second}) {
-        QTRY_VERIFY(shownStamp(viewer).has_value());
+        QTRY_VERIFY_WITH_TIMEOUT(shownStamp(viewer).has_value(), a_patience);
         const std::uint32_t number = shownStamp(viewer)->fNumber;
         QVERIFY(xStampAfter(viewer, number).has_value());
     }
