@@ -52,8 +52,9 @@ class ROBAXI_EXPORT KVMutexRW {
 /** Holds a KVMutex from construction to destruction, and the mutex itself alive. */
 class KVCriticalSection {
   public:
+    /** Locks the mutex until the destructor. */
     explicit KVCriticalSection(boost::shared_ptr<KVMutex> mutex) : fMutex(std::move(mutex)) {
-        fMutex->lock();  ///< Locks the mutex until the destructor.
+        fMutex->lock();
     }
     ~KVCriticalSection() { fMutex->unlock(); }
     KVCriticalSection(const KVCriticalSection&) = delete;
@@ -66,8 +67,9 @@ class KVCriticalSection {
 /** Holds a KVMutexRW for reading from construction to destruction, and the lock itself alive. */
 class KVCriticalSectionRead {
   public:
+    /** Locks the mutex for reading until the destructor. */
     explicit KVCriticalSectionRead(boost::shared_ptr<KVMutexRW> mutex) : fMutex(std::move(mutex)) {
-        fMutex->lockRead();  ///< Locks the mutex for reading until the destructor.
+        fMutex->lockRead();
     }
     ~KVCriticalSectionRead() { fMutex->unlockRead(); }
     KVCriticalSectionRead(const KVCriticalSectionRead&) = delete;
@@ -80,8 +82,9 @@ class KVCriticalSectionRead {
 /** Holds a KVMutexRW for writing from construction to destruction, and the lock itself alive. */
 class KVCriticalSectionWrite {
   public:
+    /** Locks the mutex for writing until the destructor. */
     explicit KVCriticalSectionWrite(boost::shared_ptr<KVMutexRW> mutex) : fMutex(std::move(mutex)) {
-        fMutex->lock();  ///< Locks the mutex for writing until the destructor.
+        fMutex->lock();
     }
     ~KVCriticalSectionWrite() { fMutex->unlock(); }
     KVCriticalSectionWrite(const KVCriticalSectionWrite&) = delete;

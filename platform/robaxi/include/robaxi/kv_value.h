@@ -25,24 +25,30 @@ class ROBAXI_EXPORT KVValue {
     using Map = std::map<std::string, KVValue>;  ///< Elements of a map, by key
 
     KVValue();
-    KVValue(bool value); /**< Bool */                  // NOLINT(google-explicit-constructor)
-    KVValue(int value); /**< Int */                    // NOLINT(google-explicit-constructor)
-    KVValue(std::int64_t value); /**< Int */           // NOLINT(google-explicit-constructor)
-    KVValue(float value); /**< Float */                // NOLINT(google-explicit-constructor)
-    KVValue(double value); /**< Float */               // NOLINT(google-explicit-constructor)
-    KVValue(const char* value); /**< String */         // NOLINT(google-explicit-constructor)
-    KVValue(const std::string& value); /**< String */  // NOLINT(google-explicit-constructor)
+    /** @name Values of the plain types, which can be the arguments of a call as they are */
+    ///@{
+    // NOLINTBEGIN(google-explicit-constructor)
+    /** A Bool, Int, Float, String, List or Map. */
+    KVValue(bool value);
+    KVValue(int value);
+    KVValue(std::int64_t value);
+    KVValue(float value);
+    KVValue(double value);
+    KVValue(const char* value);
+    KVValue(const std::string& value);
+    KVValue(const List& value);
+    KVValue(const Map& value);
+    template <class T, std::enable_if_t<std::is_same_v<T, std::string_view>, int> = 0>
+    KVValue(T value) : KVValue(std::string(value)) {}
     /**
      * Any other type of integer, such as `unsigned`, `long long` or `std::size_t`.
      *
      * @throws KVError (InvalidArgument) above the largest integer of 64 bits with a sign
      */
     template <class T, std::enable_if_t<std::is_integral_v<T>, int> = 0>
-    KVValue(T value)  // NOLINT(google-explicit-constructor)
-        : KVValue(xSigned(value)) {}
-    template <class T, std::enable_if_t<std::is_same_v<T, std::string_view>, int> = 0>
-    KVValue(T value)                      // NOLINT(google-explicit-constructor)
-        : KVValue(std::string(value)) {}  ///< String
+    KVValue(T value) : KVValue(xSigned(value)) {}
+    // NOLINTEND(google-explicit-constructor)
+    ///@}
     /** @name Refused by the compiler: a pointer would be taken for a bool */
     ///@{
     template <class T, std::enable_if_t<!std::is_same_v<std::remove_cv_t<T>, char>, int> = 0>
@@ -51,12 +57,10 @@ class ROBAXI_EXPORT KVValue {
     KVValue(T C::*value) = delete;
     KVValue(std::nullptr_t) = delete;
     ///@}
-    KVValue(const List& value); /**< List */  // NOLINT(google-explicit-constructor)
-    KVValue(const Map& value); /**< Map */    // NOLINT(google-explicit-constructor)
-    KVValue(const KVValue&);                  ///< Copies all elements
-    KVValue(KVValue&&) noexcept;              ///< Leaves nothing in the other
-    KVValue& operator=(const KVValue&);       ///< Copies all elements
-    KVValue& operator=(KVValue&&) noexcept;   ///< Leaves nothing in the other
+    KVValue(const KVValue&);                 ///< Copies all elements
+    KVValue(KVValue&&) noexcept;             ///< Leaves nothing in the other
+    KVValue& operator=(const KVValue&);      ///< Copies all elements
+    KVValue& operator=(KVValue&&) noexcept;  ///< Leaves nothing in the other
     ~KVValue();
 
     Type type() const noexcept;  ///< Returns the type of the value.
@@ -101,7 +105,7 @@ class ROBAXI_EXPORT KVValue {
 
     /** Returns true if type and content are equal; NaN equals NaN. */
     bool operator==(const KVValue& other) const;
-    bool operator!=(const KVValue& other) const { return !(*this == other); }  ///< Opposite of ==
+    bool operator!=(const KVValue& other) const { return !(*this == other); }  ///< Not ==
 
     /** Returns the name shown to users: "nothing", "bool", "int", "float", "string", ... */
     static const char* typeName(Type type) noexcept;
