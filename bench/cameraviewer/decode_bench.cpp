@@ -55,8 +55,11 @@ QImage scene(int width, int height) {
 
 Bytes bytesOf(const QImage& image, const Format& format) {
     if (format.fFormat == KVPixelFormat::Jpeg) {
-        const auto file =
-            picture::JpegWriter().write(cameraviewer::rowsOf(image), picture::JpegDetail::Half);
+        const picture::PixelRows rows{image.constBits(), static_cast<std::uint32_t>(image.width()),
+                                      static_cast<std::uint32_t>(image.height()),
+                                      static_cast<std::size_t>(image.bytesPerLine()),
+                                      picture::PixelLayout::Rgb888};
+        const auto file = picture::JpegWriter().write(rows, picture::JpegDetail::Half);
         return {file.fData.get(), file.fData.get() + file.fSize};
     }
     const auto size = static_cast<std::ptrdiff_t>(image.width()) * image.height();
