@@ -57,6 +57,15 @@ void RobotHeader::addButton() {
     xFit();
 }
 
+/** Without the address, which is hidden where it does not fit. */
+QSize RobotHeader::minimumSizeHint() const {
+    QSize size = QWidget::minimumSizeHint();
+    if (fAddress->isVisibleTo(this)) {
+        size.rwidth() -= fAddress->minimumSizeHint().width() + layout()->spacing();
+    }
+    return size;
+}
+
 void RobotHeader::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     xFit();

@@ -27,6 +27,8 @@ class RobotHeader : public QWidget {
     /** Returns the entry "Reconnect when the robot returns", which is not checked. */
     QAction* reconnectAction() const { return fReconnect; }
 
+    QSize minimumSizeHint() const override;
+
   protected:
     void resizeEvent(QResizeEvent* event) override;
     void changeEvent(QEvent* event) override;
