@@ -86,6 +86,43 @@ class KeyHistory::ThinnedPoints {
     std::vector<Point> fThinned;
 };
 
+/** The points of a key, with an end where the robot removed it. */
+class KeyHistory::Curve {
+  public:
+    Curve(ThinnedPoints& points, std::vector<std::uint64_t> removals)
+        : fPoints(points), fRemovals(std::move(removals)), fNext(fRemovals.begin()) {}
+
+    void add(const Point& point) {
+        endBefore(point.fLogTime);
+        fPoints.add(point);
+        fLast = point;
+    }
+    /** Ends the curve if the key was removed before a time and has had no number since. */
+    void endBefore(std::uint64_t time) {
+        for (; fNext != fRemovals.end() && *fNext < time; ++fNext) {
+            if (fLast && fLast->fLogTime <= *fNext) {
+                const auto later = static_cast<std::int64_t>((*fNext - fLast->fLogTime) /
+                                                             base::a_nanosecondsPerMicrosecond);
+                fPoints.add(
+                    {fLast->fTime + std::max<std::int64_t>(later, 1), std::nan(""), *fNext});
+                fLast.reset();
+            }
+        }
+    }
+    /** Returns true if the key was removed between a point and a time. */
+    bool isRemovedAfter(const Point& point, std::uint64_t time) const {
+        const auto removal = std::lower_bound(fRemovals.begin(), fRemovals.end(), point.fLogTime);
+        return removal != fRemovals.end() && *removal <= time;
+    }
+    void endPart() { fPoints.endPart(); }
+
+  private:
+    ThinnedPoints& fPoints;
+    const std::vector<std::uint64_t> fRemovals;
+    std::vector<std::uint64_t>::const_iterator fNext;
+    std::optional<Point> fLast;
+};
+
 KeyHistory::KeyHistory(const std::string& path, const Stage& stage) : fReader(path), fStage(stage) {
 }
 
@@ -101,11 +138,13 @@ KVValue::Map KeyHistory::get(const std::string& key, std::uint64_t from, std::ui
     const Parts parts = xDivide(channels, from, to, points);
     ThinnedPoints kept(points);
     try {
-        if (const std::optional<Point> first = xPointAt(parts.fFrom, key)) {
-            kept.add(*first);
-            kept.endPart();
+        Curve curve(kept, xRemovalsOf(key));
+        const std::optional<Point> first = xPointAt(parts.fFrom, key);
+        if (first && !curve.isRemovedAfter(*first, parts.fFrom)) {
+            curve.add(*first);
+            curve.endPart();
         }
-        xReadParts(parts, to, key, channels, kept);
+        xReadParts(parts, to, key, channels, curve);
     } catch (const recording::RecordingError& error) {
         throw KVError(KVError::Cause::RaisedByModule, std::string(error.what()) + '.');
     }
@@ -121,16 +160,21 @@ KeyHistory::Parts KeyHistory::xDivide(const std::set<std::uint16_t>& channels, s
     const auto count = static_cast<std::size_t>(std::max<std::int64_t>(1, points / pointsOfPart));
     const std::uint64_t width = (last - first) / count + 1;
     const double bytes = xBytesBetween(first, last);
-    std::uint64_t messages = 0;
-    for (const std::uint16_t channel : channels) {
-        const auto counted = statistics.fMessagesByChannel.find(channel);
-        messages += counted == statistics.fMessagesByChannel.end() ? 0 : counted->second;
-    }
-    if (bytes <= a_mostBytes || messages <= a_fewMessages) {
+    if (bytes <= a_mostBytes || xCountMessages(channels) <= a_fewMessages) {
         return {first, width, width, count};
     }
     const double part = static_cast<double>(width) * a_mostBytes / bytes;
     return {first, width, std::max<std::uint64_t>(1, static_cast<std::uint64_t>(part)), count};
+}
+
+std::uint64_t KeyHistory::xCountMessages(const std::set<std::uint16_t>& channels) const {
+    const auto& counts = fReader.statistics().fMessagesByChannel;
+    std::uint64_t messages = 0;
+    for (const std::uint16_t channel : channels) {
+        const auto counted = counts.find(channel);
+        messages += counted == counts.end() ? 0 : counted->second;
+    }
+    return messages;
 }
 
 /** An estimate: the file's bytes are spread evenly over its time. */
@@ -148,7 +192,7 @@ std::optional<KeyHistory::Point> KeyHistory::xPointOf(const Message& message,
     fStage.read(message, [&](const std::string& name, const KVValue& value) {
         if (name == key) {
             point = Point{static_cast<std::int64_t>(time / base::a_nanosecondsPerMicrosecond),
-                          KV::numberOf(value)};
+                          KV::numberOf(value), message.fLogTime};
         }
     });
     return point;
@@ -185,24 +229,26 @@ std::optional<KeyHistory::Point> KeyHistory::xPointAt(std::uint64_t time, const 
 
 /** Reads the parts behind their first moment. */
 void KeyHistory::xReadParts(const Parts& parts, std::uint64_t to, const std::string& key,
-                            const std::set<std::uint16_t>& channels, ThinnedPoints& kept) {
+                            const std::set<std::uint16_t>& channels, Curve& curve) {
     const auto take = [&](const Message& message) {
         if (const std::optional<Point> point = xPointOf(message, key)) {
-            kept.add(*point);
+            curve.add(*point);
         }
     };
+    const std::uint64_t behind = to == UINT64_MAX ? to : to + 1;
     if (parts.isComplete()) {
         recording::Messages messages =
             fReader.messages({parts.fFrom + 1, to, channels, recording::Order::LogTime});
         std::uint64_t end = parts.fFrom + parts.fWidth;
         while (const std::optional<Message> message = messages.next()) {
             if (message->fLogTime >= end) {
-                kept.endPart();
+                curve.endPart();
                 end += (message->fLogTime - end) / parts.fWidth * parts.fWidth + parts.fWidth;
             }
             take(*message);
         }
-        kept.endPart();
+        curve.endBefore(behind);
+        curve.endPart();
         return;
     }
     for (std::size_t i = 0; i < parts.fCount; ++i) {
@@ -212,8 +258,29 @@ void KeyHistory::xReadParts(const Parts& parts, std::uint64_t to, const std::str
         while (const std::optional<Message> message = messages.next()) {
             take(*message);
         }
-        kept.endPart();
+        curve.endPart();
     }
+    curve.endBefore(behind);
+    curve.endPart();
+}
+
+std::vector<std::uint64_t> KeyHistory::xRemovalsOf(const std::string& key) {
+    if (!fRemovals) {
+        fRemovals.emplace();
+        const std::set<std::uint16_t> channels = fStage.eventChannels();
+        // A curve of a strange recording with very many events is not worth reading them.
+        if (!channels.empty() && xCountMessages(channels) <= a_fewMessages) {
+            recording::Messages messages =
+                fReader.messages({0, UINT64_MAX, channels, recording::Order::LogTime});
+            while (const std::optional<Message> message = messages.next()) {
+                if (const std::optional<std::string> removed = Stage::removedKey(*message)) {
+                    (*fRemovals)[*removed].push_back(message->fLogTime);
+                }
+            }
+        }
+    }
+    const auto found = fRemovals->find(key);
+    return found == fRemovals->end() ? std::vector<std::uint64_t>() : found->second;
 }
 
 KVValue::Map KeyHistory::xAnswer(const ThinnedPoints& kept, bool isComplete) {

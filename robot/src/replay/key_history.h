@@ -4,11 +4,13 @@
 #include "replay/stage.h"
 
 #include <cstdint>
+#include <map>
 #include <mutex>
 #include <optional>
 #include <recording/reader.h>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace robot {
 
@@ -26,8 +28,8 @@ class KeyHistory {
 
     /**
      * Returns a map: "times" (list of int, microseconds by the robot's clock), "values" (list of
-     * float; NaN for what is no number), "thinned" (bool; true if numbers were left out) and
-     * "complete" (bool).
+     * float; NaN for what is no number, and where the robot removed the key), "thinned" (bool; true
+     * if numbers were left out) and "complete" (bool).
      *
      * The work is limited: in a long span of a large file only a section of each part is read, and
      * "complete" is false.
@@ -52,22 +54,28 @@ class KeyHistory {
     struct Point {
         std::int64_t fTime;  ///< of the robot, microseconds
         double fNumber;
+        std::uint64_t fLogTime;
     };
     class Part;
+    class Curve;
     class ThinnedPoints;
 
     Parts xDivide(const std::set<std::uint16_t>& channels, std::uint64_t from, std::uint64_t to,
                   std::int64_t points) const;
+    std::uint64_t xCountMessages(const std::set<std::uint16_t>& channels) const;
     double xBytesBetween(std::uint64_t from, std::uint64_t to) const;
     std::optional<Point> xPointOf(const recording::Message& message, const std::string& key) const;
     std::optional<Point> xPointAt(std::uint64_t time, const std::string& key);
     void xReadParts(const Parts& parts, std::uint64_t to, const std::string& key,
-                    const std::set<std::uint16_t>& channels, ThinnedPoints& kept);
+                    const std::set<std::uint16_t>& channels, Curve& curve);
+    std::vector<std::uint64_t> xRemovalsOf(const std::string& key);
     static KVValue::Map xAnswer(const ThinnedPoints& kept, bool isComplete);
 
     std::mutex fMutex;
     recording::Reader fReader;
     const Stage& fStage;
+    /** The times at which keys were removed, ascending; read for the first answer. */
+    std::optional<std::map<std::string, std::vector<std::uint64_t>>> fRemovals;
 };
 
 }  // namespace robot

@@ -243,7 +243,9 @@ void Stage::show(const Message& message) {
     Channel& channel = found->second;
     const Content content = channel.fReader.channel().fContent;
     if (content == Content::Events) {
-        xShowEvent(message);
+        if (std::optional<std::string> removed = removedKey(message)) {
+            xWait(*removed, {KVValue(), 0, true});
+        }
     } else if (hasFields(content)) {
         xShowFields(channel, message);
     } else if (!hasPictures(content)) {
@@ -299,11 +301,16 @@ void Stage::xShowFields(Channel& channel, const Message& message) {
     channel.fFields = std::move(fields);
 }
 
-void Stage::xShowEvent(const Message& message) {
+std::set<std::uint16_t> Stage::eventChannels() const {
+    std::set<std::uint16_t> channels;
+    std::set_difference(fHistories.begin(), fHistories.end(), fGroups.begin(), fGroups.end(),
+                        std::inserter(channels, channels.end()));
+    return channels;
+}
+
+std::optional<std::string> Stage::removedKey(const Message& message) {
     const auto event = recorded_robot::recordedEvent(message.fData);
-    if (event && event->fName == "key removed") {
-        xWait(event->fText, {KVValue(), 0, true});
-    }
+    return event && event->fName == "key removed" ? std::optional(event->fText) : std::nullopt;
 }
 
 void Stage::xSet(const std::string& key, const KVValue& value, std::int64_t time) {

@@ -61,6 +61,10 @@ class Stage {
     /** Returns the channels that have values of a key only; empty for an unknown one. Groups may
      *  have further values of it. */
     std::set<std::uint16_t> keyChannels(const std::string& key) const;
+    /** Returns the channels of events. */
+    std::set<std::uint16_t> eventChannels() const;
+    /** Returns the key that a message of eventChannels() reports as removed. */
+    static std::optional<std::string> removedKey(const recording::Message& message);
     /** Calls a function with the values of a message of keyChannels() or groups(). */
     void read(const recording::Message& message, const recorded_robot::TakeValue& take) const;
 
@@ -102,7 +106,6 @@ class Stage {
     void xShowPicture(const std::string& camera, Channel& channel,
                       const recording::Message& message);
     void xShowFields(Channel& channel, const recording::Message& message);
-    void xShowEvent(const recording::Message& message);
     void xShowFrame(const std::string& camera, const KVFrame& frame);
     void xSet(const std::string& key, const KVValue& value, std::int64_t time);
     void xWait(const std::string& key, Waiting waiting);

@@ -341,6 +341,42 @@ TEST(History, HasEveryNumberOfAFewAndTheExtremesOfMany) {
                 ElementsAre(6004));
 }
 
+TEST(History, EndsTheCurveOfARemovedKey) {
+    RecordedWalk walk("removed.mcap");
+    for (std::uint64_t n = 0; n < 100; ++n) {
+        walk.set(n * 10 * a_millisecond, "Arm", static_cast<double>(n));
+        walk.set(n * 10 * a_millisecond, "Leg", static_cast<double>(n));
+    }
+    walk.removeKey(2000 * a_millisecond, "Arm");
+    walk.set(3000 * a_millisecond, "Arm", 7.0);
+    walk.removeKey(4000 * a_millisecond, "Arm");
+    walk.set(5000 * a_millisecond, "Leg", 1.0);
+    walk.finish();
+    Replay replay(walk.path());
+    KeyHistory history(walk.path(), replay.stage());
+    for (const std::int64_t points : {1000, 20}) {
+        const KVValue::Map arm =
+            history.get("Arm", a_start, a_start + 6000 * a_millisecond, points);
+        const std::vector<double> numbers = numbersOf(arm);
+        ASSERT_GE(numbers.size(), 4U);
+        EXPECT_TRUE(std::isnan(numbers[numbers.size() - 3])) << points;
+        EXPECT_EQ(7.0, numbers[numbers.size() - 2]) << points;
+        EXPECT_TRUE(std::isnan(numbers.back())) << points;
+        const KVValue::List times = arm.at("times").toList();
+        EXPECT_EQ(robotTime(2000 * a_millisecond), times[times.size() - 3].toInt()) << points;
+        EXPECT_EQ(robotTime(4000 * a_millisecond), times.back().toInt()) << points;
+        EXPECT_EQ(
+            1.0,
+            numbersOf(history.get("Leg", a_start, a_start + 6000 * a_millisecond, points)).back());
+    }
+    EXPECT_THAT(numbersOf(history.get("Arm", a_start + 2500 * a_millisecond,
+                                      a_start + 3500 * a_millisecond, 100)),
+                ElementsAre(7.0));
+    EXPECT_THAT(numbersOf(history.get("Arm", a_start + 4500 * a_millisecond,
+                                      a_start + 6000 * a_millisecond, 100)),
+                IsEmpty());
+}
+
 TEST(History, HasTheNumbersOfGroupedKeys) {
     RecordedWalk walk("grouped.mcap");
     for (std::uint64_t i = 0; i < 3000; ++i) {
