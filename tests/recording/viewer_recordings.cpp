@@ -27,7 +27,7 @@ void recordValues(const QString& file) {
     for (int i = 0; i < a_count; ++i) {
         recorder.record({RecordedChange{a_time + i, key, KVValue(i / 4.0), 0}});
     }
-    recorder.record(memoryviewer::RecordedEvent{"lost", "a \"reason\"\n", nullptr});
+    recorder.record(memoryviewer::RecordedEvent{"lost", "a \"reason\"\n", {}});
 }
 
 void recordFrames(const QString& file) {

@@ -28,6 +28,7 @@ using cameraviewer::PictureOrigin;
 using cameraviewer::Recorder;
 using cameraviewer::RecorderLimits;
 using cameraviewer::RecorderStatus;
+using cameraviewer::StreamEnd;
 using obvista_test::Bytes;
 using obvista_test::bytesOf;
 using obvista_test::difference;
@@ -316,10 +317,10 @@ TEST_F(RecorderTest, MarksGapsInAnMcapFile) {
 
     fRecorder.start(path("ended.mcap"), fOrigin);
     fRecorder.offer(picture::check(frameAt(0)));
-    fRecorder.offer(cameraviewer::StreamEnd{false, "removed"});
-    fRecorder.offer(cameraviewer::StreamEnd{false, "still removed"});
+    fRecorder.offer(StreamEnd{StreamEnd::Kind::CameraEnded, "removed"});
+    fRecorder.offer(StreamEnd{StreamEnd::Kind::CameraEnded, "still removed"});
     fRecorder.offer(picture::check(frameAt(1)));
-    fRecorder.offer(cameraviewer::StreamEnd{true, "gone"});
+    fRecorder.offer(StreamEnd{StreamEnd::Kind::Lost, "gone"});
     EXPECT_EQ(fRecorder.stopAndWait().fFrames, 2U);
     EXPECT_THAT(eventsOf(path("ended.mcap")),
                 testing::ElementsAre("begin", "camera ended", "camera continues", "lost", "end"));

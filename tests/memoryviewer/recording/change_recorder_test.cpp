@@ -283,7 +283,7 @@ void RecorderTest::writesTheMessagesOfRobaxi() {
     const QString file = fFolder->filePath(QStringLiteral("values.mcap"));
     recorder.start(file);
     recorder.record(changes(0, 3));
-    recorder.record({"key removed", "Head/Yaw", nullptr});
+    recorder.record(RecordedEvent{"key removed", "Head/Yaw", {}});
     recorder.stop();
     QCOMPARE(xEndOf(recorder), QString());
     QCOMPARE(recorder.progress().fChanges, std::uint64_t(3));
