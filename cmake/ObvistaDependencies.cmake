@@ -50,8 +50,8 @@ if(OBVISTA_BUILD_BRIDGE)
     endif()
 endif()
 
-# The pictures that the tool saves and the bridge decodes.
-if(OBVISTA_BUILD_TOOLS OR OBVISTA_BUILD_BRIDGE)
+# The pictures that the tool saves, and those that the bridge and replays decode.
+if(OBVISTA_BUILD_TOOLS OR OBVISTA_BUILD_BRIDGE OR OBVISTA_BUILD_ROBOT)
     find_package(PNG 1.6 REQUIRED)
 endif()
 

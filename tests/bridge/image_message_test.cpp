@@ -9,9 +9,9 @@
 
 #include <png.h>
 
-using bridge::ImageResult;
 using obvista_test::a_stamp;
 using obvista_test::FastMessage;
+using picture::ImageResult;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;

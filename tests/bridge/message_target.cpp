@@ -17,7 +17,7 @@
 namespace {
 
 /** Fails for a frame that the viewers would not take. */
-void require(const bridge::ImageResult& result) {
+void require(const picture::ImageResult& result) {
     if (result.fProblem.empty() &&
         picture::check(result.fFrame).fault() != picture::FrameFault::None) {
         std::abort();

@@ -886,8 +886,8 @@ void Ros2Source::Reading::xShowValues(Topic& topic, const TakenSample& sample) {
 
 void Ros2Source::Reading::xShowPicture(Topic& topic, const TakenSample& sample) {
     const Bytes bytes = sample.fSample->bytes();
-    const ImageResult result = topic.fRole == Role::Image
-                                   ? imageOf(bytes, sample.fSample, sample.fTime)
+    const picture::ImageResult result =
+        topic.fRole == Role::Image ? imageOf(bytes, sample.fSample, sample.fTime)
                                    : compressedImageOf(bytes, sample.fSample, sample.fTime);
     if (!result.fProblem.empty()) {
         xReport(topic, "a picture cannot be shown: " + result.fProblem);

@@ -1,3 +1,5 @@
+#include <picture/image_encoding.h>
+
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -145,11 +147,30 @@ KVPixelFormat formatOf(std::string_view format, std::string_view schema) {
                                                        : KVPixelFormat::Unknown;
 }
 
+/** Converts a picture that robots do not send: a PNG, or rows in other encodings than theirs. */
+std::optional<KVFrame> convertedFrameOf(const Image& image, std::string_view schema) {
+    if (schema == a_compressedVideo) {
+        return std::nullopt;
+    }
+    const auto owner = std::make_shared<const std::string>(image.fData);
+    const auto* const data = reinterpret_cast<const unsigned char*>(owner->data());
+    const picture::ImageResult result =
+        schema == a_compressedImage
+            ? picture::frameOfFile(data, owner->size(), image.fFormat, owner)
+            : picture::frameOfRows(
+                  {image.fFormat, data, owner->size(), image.fWidth, image.fHeight, image.fStride},
+                  owner);
+    return result.fProblem.empty() ? std::optional(result.fFrame) : std::nullopt;
+}
+
 std::optional<KVFrame> frameOf(const Image& image, std::string_view schema) {
     KVFrame frame;
     frame.fFormat = formatOf(image.fFormat, schema);
-    if (frame.fFormat == KVPixelFormat::Unknown || image.fData.empty()) {
+    if (image.fData.empty()) {
         return std::nullopt;
+    }
+    if (frame.fFormat == KVPixelFormat::Unknown) {
+        return convertedFrameOf(image, schema);
     }
     frame.fWidth = image.fWidth;
     frame.fHeight = image.fHeight;

@@ -15,6 +15,7 @@ using recording::Writer;
 using recording::WriterOptions;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::Pair;
 using ::testing::UnorderedElementsAre;
 
 /** A file with messages at consecutive milliseconds. */
@@ -208,6 +209,26 @@ TEST(Foreign, ImagesBecomeCameras) {
     ASSERT_EQ(1U, cameras.toList().size());
     EXPECT_EQ(KVValue("cam/left"), cameras.toList()[0].toMap().at("name"));
     EXPECT_EQ(KVValue("grey"), cameras.toList()[0].toMap().at("settings").toMap().at("format"));
+}
+
+TEST(Foreign, PicturesThatNoRobotSendsAreConverted) {
+    ForeignFile file("converted.mcap");
+    file.add("/cam/bgr", "json", "foxglove.RawImage", "jsonschema", "{}",
+             {R"({"width":1,"height":1,"step":3,"encoding":"bgr8","data":"AQID"})"});
+    // Two grey pixels.
+    const std::string png =
+        "iVBORw0KGgoAAAANSUhEUgAAAAIAAAABCAAAAADRSSBWAAAAC0lEQVR4nGP4zwgAAgIBAauo"
+        "JzAAAAAASUVORK5CYII=";
+    file.add("/cam/png", "json", "foxglove.CompressedImage", "jsonschema", "{}",
+             {R"({"format":"png","data":")" + png + R"("})"});
+    file.open();
+    ASSERT_NE(nullptr, file.stage().video());
+    std::map<std::string, std::string> formats;
+    for (const KVValue& camera : file.stage().video()->invoke("getCameras", {}).toList()) {
+        formats[camera.toMap().at("name").toString()] =
+            camera.toMap().at("settings").toMap().at("format").toString();
+    }
+    EXPECT_THAT(formats, ElementsAre(Pair("cam/bgr", "rgb"), Pair("cam/png", "grey")));
 }
 
 TEST(Foreign, OtherEncodingsAreNamed) {

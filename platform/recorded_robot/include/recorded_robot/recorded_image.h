@@ -14,7 +14,8 @@ namespace recorded_robot {
 
 /**
  * Returns the frame of a message in protobuf, without number and time, or nothing for formats that
- * no camera has. A JPEG has no width and height here; its data has them.
+ * are not known. Formats of cameras keep their bytes, others are converted (picture::frameOfRows()
+ * and picture::frameOfFile()). A JPEG has no width and height here; its data has them.
  *
  * @param schema name of the message's type
  */
