@@ -310,6 +310,14 @@ Prüfen Sie auch, ob nicht schon ein anderes Obvista mit diesem Robaxi verbunden
         <source>the bandwidth of H.264; the more, the better the picture</source>
         <translation>die Bandbreite von H.264; je mehr, desto besser das Bild</translation>
     </message>
+    <message>
+        <source>Automatic</source>
+        <translation>Automatisch</translation>
+    </message>
+    <message>
+        <source>As much as the network carries without delay</source>
+        <translation>So viel, wie das Netzwerk ohne Verzögerung überträgt</translation>
+    </message>
 </context>
 <context>
     <name>cameraviewer::CameraViewerWidget</name>

@@ -310,6 +310,14 @@ Vérifiez aussi qu’un autre Obvista n’est pas déjà connecté à ce Robaxi.
         <source>the bandwidth of H.264; the more, the better the picture</source>
         <translation>la bande passante de H.264 ; plus elle est grande, meilleure est l’image</translation>
     </message>
+    <message>
+        <source>Automatic</source>
+        <translation>Automatique</translation>
+    </message>
+    <message>
+        <source>As much as the network carries without delay</source>
+        <translation>Autant que le réseau transmet sans retard</translation>
+    </message>
 </context>
 <context>
     <name>cameraviewer::CameraViewerWidget</name>

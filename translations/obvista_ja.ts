@@ -310,6 +310,14 @@ Also make sur that another Obvista is not already connected to this Robaxi.</sou
         <source>the bandwidth of H.264; the more, the better the picture</source>
         <translation>H.264 の帯域。多いほど映像がきれいになります</translation>
     </message>
+    <message>
+        <source>Automatic</source>
+        <translation>自動</translation>
+    </message>
+    <message>
+        <source>As much as the network carries without delay</source>
+        <translation>ネットワークが遅延なく送れるだけの帯域</translation>
+    </message>
 </context>
 <context>
     <name>cameraviewer::CameraViewerWidget</name>

@@ -62,6 +62,9 @@ QString rateName(double rate) {
     return CameraBar::tr("%1 a second").arg(QString::number(rate, 'g', 4));
 }
 
+/** In the place of a bit rate. */
+constexpr int a_automatic = 0;
+
 QString bitRateName(int bitRate) {
     constexpr double mega = 1e6;
     return CameraBar::tr("%1 Mbit/s").arg(QString::number(bitRate / mega, 'g', 4));
@@ -120,16 +123,20 @@ CameraBar::CameraBar(QWidget* parent)
         xWant(wanted);
     });
     connect(fBitRateBox, qOverload<int>(&QComboBox::activated), this, [this] {
-        picture::CameraSettings wanted = fCamera.fSettings;
-        wanted.fBitRate = fBitRateBox->currentData().toInt();
-        xWant(wanted);
+        const int bitRate = fBitRateBox->currentData().toInt();
+        Q_EMIT automaticWanted(bitRate == a_automatic);
+        if (bitRate != a_automatic) {
+            picture::CameraSettings wanted = fCamera.fSettings;
+            wanted.fBitRate = bitRate;
+            xWant(wanted);
+        }
     });
-    showCameras({}, nullptr, {});
+    showCameras({}, nullptr, {}, false);
 }
 
 void CameraBar::showCameras(const std::vector<picture::CameraInfo>& cameras,
                             const picture::CameraInfo* chosen,
-                            const picture::CameraSettings& settings) {
+                            const picture::CameraSettings& settings, bool isAutomatic) {
     Choices names;
     for (const picture::CameraInfo& camera : cameras) {
         names += {obvista::plainText(camera.fName, a_maxNameShown),
@@ -137,6 +144,7 @@ void CameraBar::showCameras(const std::vector<picture::CameraInfo>& cameras,
     }
     fCamera = chosen != nullptr ? *chosen : picture::CameraInfo();
     fCamera.fSettings = settings;
+    fIsAutomatic = isAutomatic;
     xFill(*fCameraBox, names, QString::fromStdString(fCamera.fName));
     if (!fNameField->isModified()) {
         fNameField->setText(QString::fromStdString(fCamera.fName));
@@ -241,7 +249,7 @@ void CameraBar::xShowSettings() {
     xFill(*fSizeBox, xSizes(), QSize(settings.fWidth, settings.fHeight));
     xFill(*fFormatBox, xFormats(), QString::fromStdString(settings.fFormat));
     xFill(*fRateBox, xRates(), settings.fRate);
-    xFill(*fBitRateBox, xBitRates(), settings.fBitRate);
+    xFill(*fBitRateBox, xBitRates(), fIsAutomatic ? a_automatic : settings.fBitRate);
     fBitRateBox->setVisible(xHasBitRate());
 }
 
@@ -308,14 +316,18 @@ CameraBar::Choices CameraBar::xRates() const {
     return choices;
 }
 
-/** Returns the usual ones, and the current one if it is another. */
+/** Returns "Automatic" and the usual ones, and the current one if it is another. */
 CameraBar::Choices CameraBar::xBitRates() const {
     if (!xHasBitRate()) {
         return {};
     }
     std::set<int> rates{250'000, 500'000, 1'000'000, 2'000'000, 4'000'000, 8'000'000};
-    rates.insert(fCamera.fSettings.fBitRate);
+    if (!fIsAutomatic) {
+        rates.insert(fCamera.fSettings.fBitRate);
+    }
     Choices choices;
+    choices += {tr("Automatic"), a_automatic,
+                asToolTip(tr("As much as the network carries without delay").toStdString())};
     for (const int rate : rates) {
         choices += {bitRateName(rate), rate, {}};
     }

@@ -32,9 +32,11 @@ class CameraBar : public QWidget {
     /**
      * @param chosen one of the cameras, or null
      * @param settings the settings to show
+     * @param isAutomatic true if the bandwidth is adapted to the network
      */
     void showCameras(const std::vector<picture::CameraInfo>& cameras,
-                     const picture::CameraInfo* chosen, const picture::CameraSettings& settings);
+                     const picture::CameraInfo* chosen, const picture::CameraSettings& settings,
+                     bool isAutomatic);
 
     /** Shows a field for a camera's name in place of the list if the robot lists no cameras. */
     void setListed(bool isListed);
@@ -56,6 +58,7 @@ class CameraBar : public QWidget {
   Q_SIGNALS:
     void cameraWanted(const std::string& camera);
     void settingsWanted(const picture::CameraSettings& settings);
+    void automaticWanted(bool isAutomatic);
 
   private:
     struct Choice {
@@ -80,6 +83,7 @@ class CameraBar : public QWidget {
     bool xHasBitRate() const;
 
     picture::CameraInfo fCamera;
+    bool fIsAutomatic = false;
     QComboBox* fCameraBox;
     QLineEdit* fNameField;
     QComboBox* fSizeBox;

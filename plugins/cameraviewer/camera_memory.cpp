@@ -67,6 +67,14 @@ void CameraMemory::setSettings(const std::string& camera, const picture::CameraS
     }
 }
 
+bool CameraMemory::isAutomatic(const std::string& camera) const {
+    return fSettings.value(keyOf(camera, "isAutomatic")).toBool();
+}
+
+void CameraMemory::setAutomatic(const std::string& camera, bool isAutomatic) {
+    fSettings.setValue(keyOf(camera, "isAutomatic"), isAutomatic);
+}
+
 RememberedView CameraMemory::view() const {
     RememberedView view;
     view.fForm.fZoom = fSettings.value(a_zoom).toDouble();

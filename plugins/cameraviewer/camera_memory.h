@@ -33,6 +33,10 @@ class CameraMemory {
     std::optional<picture::CameraSettings> settings(const std::string& camera) const;
     void setSettings(const std::string& camera, const picture::CameraSettings& settings);
 
+    /** Returns true if the bandwidth of a camera is adapted to the network. */
+    bool isAutomatic(const std::string& camera) const;
+    void setAutomatic(const std::string& camera, bool isAutomatic);
+
     RememberedView view() const;
     /** Saves what differs from the view that was returned or saved before. */
     void setView(const RememberedView& before, const RememberedView& view);

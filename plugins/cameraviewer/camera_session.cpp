@@ -2,6 +2,7 @@
 
 #include "camera_link.h"
 
+#include <base/time.h>
 #include <obvista/viewer/plain_text.h>
 #include <picture/pixel_format.h>
 
@@ -74,9 +75,24 @@ void CameraSession::chooseCamera(const std::string& name) {
 void CameraSession::changeSettings(const picture::CameraSettings& settings) {
     if (!fChosen.empty() && xIsLive()) {
         fRecalled.insert(fChosen);
+        fAutomaticWish.reset();
         xAskFor(settings);
         Q_EMIT camerasChanged();
     }
+}
+
+void CameraSession::setAutomatic(bool isAutomatic) {
+    if (isAutomatic == fIsAutomatic || fChosen.empty()) {
+        return;
+    }
+    fIsAutomatic = isAutomatic;
+    fBandwidth.reset();
+    fAutomaticWish.reset();
+    fMemory.setAutomatic(fChosen, isAutomatic);
+    if (!isAutomatic) {
+        fMemory.setSettings(fChosen, settings());
+    }
+    Q_EMIT camerasChanged();
 }
 
 void CameraSession::setSeen(bool isSeen) {
@@ -235,19 +251,25 @@ void CameraSession::xTakeChange(const VideoAnswers::Change& change) {
     if (wish != fWishes.end() && wish->second == change.fWish) {
         fWishes.erase(wish);
     }
+    const bool isAutomatic = change.fCamera == fChosen && fAutomaticWish == change.fWish;
     if (change.fSettings) {
-        fMemory.setSettings(change.fCamera, *change.fSettings);
+        if (!isAutomatic) {
+            fMemory.setSettings(change.fCamera, *change.fSettings);
+        }
         for (picture::CameraInfo& info : fCameras) {
             if (info.fName == change.fCamera) {
                 info.fSettings = *change.fSettings;
             }
         }
         Q_EMIT camerasChanged();
-        Q_EMIT settingsTaken();
-    } else {
+        if (!isAutomatic) {
+            Q_EMIT settingsTaken();
+        }
+    } else if (!isAutomatic || change.fRefusal->cause() == KVError::Cause::RaisedByModule) {
+        fIsAutomatic = fIsAutomatic && !isAutomatic;
         fLink->client().listCameras();
         Q_EMIT camerasChanged();
-        Q_EMIT settingsRefused(obvista::plainText(change.fRefusal));
+        Q_EMIT settingsRefused(obvista::plainText(change.fRefusal->toString()));
     }
 }
 
@@ -278,13 +300,34 @@ void CameraSession::xTakePicture() {
         fAsked = Clock::now();
         fLink->client().listCameras();
     }
+    xControlBandwidth(decoded->fPicture.fFrame);
     Q_EMIT pictureReady(*decoded);
+}
+
+void CameraSession::xControlBandwidth(const KVFrame& frame) {
+    const picture::CameraInfo* chosen = camera();
+    if (!fIsAutomatic || chosen == nullptr || chosen->fSettings.fBitRate == 0 ||
+        frame.fFormat != KVPixelFormat::H264 || fWishes.count(fChosen) != 0) {
+        return;
+    }
+    const double age =
+        static_cast<double>(base::microsecondsNow() - frame.fTime) / base::a_microsecondsPerSecond;
+    const std::optional<int> bitRate = fBandwidth.frameShown(
+        Clock::now(), age, fLink->feed().counts().fBytes, chosen->fSettings.fBitRate);
+    if (bitRate) {
+        fAutomaticWish = chosen->fSettings;
+        fAutomaticWish->fBitRate = *bitRate;
+        xAskFor(*fAutomaticWish);
+    }
 }
 
 void CameraSession::xChoose(const std::string& name) {
     fChosen = name;
     fDecodingFault = picture::FrameFault::None;
     fEndBefore.reset();
+    fIsAutomatic = !name.empty() && fMemory.isAutomatic(name);
+    fBandwidth.reset();
+    fAutomaticWish.reset();
     xRecallSettings();
     xUpdateWatching();
     Q_EMIT cameraChosen();
@@ -334,6 +377,7 @@ void CameraSession::xUpdateWatching() {
         fWatched.clear();
     }
     if (isWanted && fWatched != fChosen) {
+        fBandwidth.reset();
         fLink->watch(fChosen);
         fWatched = fChosen;
     }

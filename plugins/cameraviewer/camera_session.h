@@ -1,6 +1,7 @@
 #ifndef OBVISTA_CAMERAVIEWER_CAMERA_SESSION_H
 #define OBVISTA_CAMERAVIEWER_CAMERA_SESSION_H
 
+#include "bandwidth_control.h"
 #include "camera_memory.h"
 #include "frame_feed.h"
 #include "picture_worker.h"
@@ -53,6 +54,10 @@ class CameraSession : public QObject {
     /** Requests other settings for the selected camera. */
     void changeSettings(const picture::CameraSettings& settings);
 
+    /** Returns true if the bandwidth of the selected camera's H.264 is adapted to the network. */
+    bool isAutomatic() const { return fIsAutomatic; }
+    void setAutomatic(bool isAutomatic);
+
     void setSeen(bool isSeen);
     void setPaused(bool isPaused);
     bool isPaused() const { return fIsPaused; }
@@ -96,6 +101,7 @@ class CameraSession : public QObject {
     void xTakeChange(const VideoAnswers::Change& change);
     void xAskFor(const picture::CameraSettings& settings);
     void xTakePicture();
+    void xControlBandwidth(const KVFrame& frame);
     void xChoose(const std::string& name);
     std::string xDefaultCamera() const;
     void xRecallSettings();
@@ -117,6 +123,9 @@ class CameraSession : public QObject {
     std::optional<KVError> fEndBefore;  // of the previous stream
     picture::FrameFault fDecodingFault = picture::FrameFault::None;
     FeedState::Clock::time_point fAsked;
+    bool fIsAutomatic = false;
+    BandwidthControl fBandwidth;
+    std::optional<picture::CameraSettings> fAutomaticWish;  // not chosen by the user
     obvista::ReplayState fReplay;
     FeedState::Clock::time_point fReplayResumed;  // since when frames are expected
     bool fIsSeen = false;

@@ -171,6 +171,7 @@ void CameraViewerWidget::xConnect() {
         fCapture->stopRecording();
         fSession->chooseCamera(camera);
     });
+    connect(fBar, &CameraBar::automaticWanted, fSession, &CameraSession::setAutomatic);
     connect(fBar, &CameraBar::settingsWanted, fSession, &CameraSession::changeSettings);
     connect(fActions->pause(), &QAction::toggled, fSession, &CameraSession::setPaused);
     connect(fActions->histogram(), &QAction::toggled, this, &CameraViewerWidget::xShowHistogram);
@@ -202,7 +203,8 @@ void CameraViewerWidget::xOnTick() {
 
 void CameraViewerWidget::xOnCamerasChanged() {
     fBar->setListed(fSession->canListCameras());
-    fBar->showCameras(fSession->cameras(), fSession->camera(), fSession->settings());
+    fBar->showCameras(fSession->cameras(), fSession->camera(), fSession->settings(),
+                      fSession->isAutomatic());
     const picture::CameraInfo* camera = fSession->camera();
     fCapture->setOrigin({QString::fromStdString(fLink->robotName()),
                          camera != nullptr ? QString::fromStdString(camera->fName) : QString(),

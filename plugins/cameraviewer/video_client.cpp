@@ -99,7 +99,7 @@ void VideoClient::xChangeSettings(const std::string& camera,
         change.fSettings = picture::readSettings(
             fVideo->callValue("setSettings", {KVValue(camera), settings.toValue()}));
     } catch (const KVError& error) {
-        change.fRefusal = error.toString();
+        change.fRefusal = error;
     }
     answers.fChanges.push_back(std::move(change));
     xAnswer(std::move(answers));

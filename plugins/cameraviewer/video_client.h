@@ -31,9 +31,8 @@ struct VideoAnswers {
     struct Change {
         std::string fCamera;
         picture::CameraSettings fWish;
-        std::optional<picture::CameraSettings>
-            fSettings;         ///< resulting settings; nothing if refused
-        std::string fRefusal;  ///< the robot's reason
+        std::optional<picture::CameraSettings> fSettings;  ///< resulting ones; nothing if refused
+        std::optional<KVError> fRefusal;
     };
 
     std::optional<std::vector<picture::CameraInfo>> fCameras;

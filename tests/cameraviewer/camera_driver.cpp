@@ -49,8 +49,8 @@ KVFrame plainPicture(const QColor& color, KVPixelFormat format, int width, int h
 CameraDriver::CameraDriver() : PluginDriver(QStringLiteral("cameraviewer")) {
 }
 
-QWidget* CameraDriver::show(int port) {
-    QWidget* viewer = createWidget(port);
+QWidget* CameraDriver::show(int port, const std::string& address) {
+    QWidget* viewer = createWidget(port, address);
     dock(viewer);
     return viewer;
 }

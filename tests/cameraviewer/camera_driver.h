@@ -9,6 +9,7 @@
 #include <frame_stamp.h>
 #include <optional>
 #include <plugin_driver.h>
+#include <string>
 
 class QAction;
 class QComboBox;
@@ -21,7 +22,7 @@ class CameraDriver : public PluginDriver {
     CameraDriver();
 
     /** Returns a viewer in a visible dock. @throws KVError */
-    QWidget* show(int port);
+    QWidget* show(int port, const std::string& address = "127.0.0.1");
 };
 
 QWidget* pictureOf(QWidget* viewer);

@@ -28,6 +28,10 @@ class CameraMemoryTest : public QObject {
         QCOMPARE(CameraMemory("One").camera(), std::string("chest"));
         QVERIFY(CameraMemory("One").settings("head") == head);
         QVERIFY(CameraMemory("One").settings("chest") == chest);
+        CameraMemory("One").setAutomatic("chest", true);
+        QVERIFY(CameraMemory("One").isAutomatic("chest"));
+        QVERIFY(!CameraMemory("One").isAutomatic("head"));
+        QVERIFY(!CameraMemory("Two").isAutomatic("chest"));
         QCOMPARE(CameraMemory("Two").camera(), std::string());
         QVERIFY(!CameraMemory("Two").settings("head"));
     }

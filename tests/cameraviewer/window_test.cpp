@@ -1,5 +1,8 @@
 #include "camera_driver.h"
 
+#include <robaxi/kv_broker.h>
+#include <robaxi/kv_proxy.h>
+
 #include <QAction>
 #include <QComboBox>
 #include <QDir>
@@ -46,6 +49,7 @@ class WindowTest : public QObject {
     void showsEveryFormatAndResolution_data();
     void showsEveryFormatAndResolution();
     void showsH264AtTheChosenBandwidth();
+    void followsTheNetworkIfTheUserWants();
     void showsFramesThatAreYoung();
     void countsWhatIsTrue();
     void saysWhenTheRobotFallsSilentAndGoesOn();
@@ -134,6 +138,33 @@ void WindowTest::showsH264AtTheChosenBandwidth() {
     }
     QVERIFY(choose(fViewer, "formatBox", QStringLiteral("JPEG")));
     QTRY_VERIFY(!bandwidth->isVisible());
+}
+
+void WindowTest::followsTheNetworkIfTheUserWants() {
+    const auto broker = KVBroker::createBroker({"Watcher"});
+    KVProxy video("KVVideo", "127.0.0.1", fRobot->port(), broker, 10, 0);
+    const auto bitRate = [&] {
+        return video.callValue("getSettings", {KVValue("head")}).toMap().at("bitRate").toInt();
+    };
+    QVERIFY(choose(fViewer, "formatBox", QStringLiteral("H.264")));
+    QVERIFY(choose(fViewer, "bitRateBox", QStringLiteral("0.25 Mbit/s")));
+    QTRY_COMPARE(bitRate(), 250'000);
+    QVERIFY(choose(fViewer, "bitRateBox", QStringLiteral("Automatic")));
+    QTRY_VERIFY_WITH_TIMEOUT(bitRate() > 250'000, a_patience);
+    QCOMPARE(boxOf(fViewer, "bitRateBox")->currentText(), QStringLiteral("Automatic"));
+
+    delete fViewer;
+    fViewer = fDriver->show(fRobot->port());
+    QTRY_COMPARE(boxOf(fViewer, "bitRateBox")->currentText(), QStringLiteral("Automatic"));
+    // The user's choice is restored, and the control continues from there.
+    QTRY_VERIFY_WITH_TIMEOUT(bitRate() > 250'000, a_patience);
+    QVERIFY(choose(fViewer, "bitRateBox", QStringLiteral("4 Mbit/s")));
+    QTRY_COMPARE(bitRate(), 4'000'000);
+    QCOMPARE(boxOf(fViewer, "bitRateBox")->currentText(), QStringLiteral("4 Mbit/s"));
+    const std::optional<FrameStamp> stamp = xStampAfter(fViewer, 0);
+    QVERIFY(stamp.has_value());
+    QVERIFY(xStampAfter(fViewer, stamp->fNumber + 30).has_value());
+    QCOMPARE(bitRate(), 4'000'000);
 }
 
 void WindowTest::showsFramesThatAreYoung() {

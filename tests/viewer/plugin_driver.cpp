@@ -27,8 +27,8 @@ PluginDriver::~PluginDriver() {
     deletePlugin();
 }
 
-QWidget* PluginDriver::createWidget(int port) {
-    return fPlugin->createWidget(&fWindow, "127.0.0.1", port, "/nowhere/");
+QWidget* PluginDriver::createWidget(int port, const std::string& address) {
+    return fPlugin->createWidget(&fWindow, address, port, "/nowhere/");
 }
 
 QDockWidget* PluginDriver::dock(QWidget* widget) {

@@ -32,8 +32,8 @@ class PluginDriver : public QObject {
     WidgetInterface* plugin() const { return fRoot ? fPlugin : nullptr; }
     QMainWindow& window() { return fWindow; }
 
-    /** Connects to a robot on this machine. @throws KVError */
-    QWidget* createWidget(int port);
+    /** Connects to a robot, by default on this machine. @throws KVError */
+    QWidget* createWidget(int port, const std::string& address = "127.0.0.1");
     QDockWidget* dock(QWidget* widget);
     void deletePlugin();
     void onDisconnected(QWidget* widget, std::function<void(WidgetInterface*)> action);

@@ -1,0 +1,115 @@
+#include "camera_driver.h"
+
+#include <QSettings>
+#include <QtTest>
+#include <qt_test_main.h>
+
+#include <algorithm>
+#include <chrono>
+#include <deque>
+#include <lab_robot.h>
+#include <utility>
+#include <vector>
+
+using namespace obvista_test;
+
+namespace {
+
+constexpr char a_host[] = "robot";
+constexpr char a_address[] = "10.77.61.1";
+constexpr int a_port = 9559;
+/** Milliseconds: sufficient for a machine that is busy with other tests. */
+constexpr int a_patience = 60000;
+/** Period of which the ages are judged. */
+constexpr std::chrono::seconds a_period(4);
+constexpr int a_leastFrames = 20;
+
+/** Ages of the frames that were shown in the last seconds, in milliseconds. */
+class ShownAges : public QObject {
+    Q_OBJECT
+
+  public:
+    explicit ShownAges(QWidget* viewer) {
+        connect(pictureOf(viewer), SIGNAL(pictureShown(quint64, qint64)), this,
+                SLOT(xOnShown(quint64, qint64)));
+    }
+
+    void clear() {
+        fAges.clear();
+        fSince = Clock::now();
+    }
+
+    /** Returns an age that this part of the frames does not exceed; -1 until a period is over. */
+    double ofPart(double part) const {
+        if (Clock::now() - fSince < a_period || fAges.size() < a_leastFrames) {
+            return -1;
+        }
+        std::vector<double> sorted;
+        for (const auto& [time, age] : fAges) {
+            sorted.push_back(age);
+        }
+        std::sort(sorted.begin(), sorted.end());
+        return sorted[static_cast<std::size_t>(part * static_cast<double>(sorted.size() - 1))];
+    }
+
+  private Q_SLOTS:
+    void xOnShown(quint64, qint64 time) {
+        using std::chrono::duration_cast;
+        using std::chrono::microseconds;
+        const auto sinceEpoch = std::chrono::system_clock::now().time_since_epoch();
+        const auto age = duration_cast<microseconds>(sinceEpoch).count() - time;
+        constexpr double thousand = 1e3;
+        fAges.emplace_back(Clock::now(), static_cast<double>(age) / thousand);
+        while (Clock::now() - fAges.front().first > a_period) {
+            fAges.pop_front();
+        }
+    }
+
+  private:
+    using Clock = std::chrono::steady_clock;
+
+    Clock::time_point fSince = Clock::now();
+    std::deque<std::pair<Clock::time_point, double>> fAges;
+};
+
+}  // namespace
+
+/** Tests the viewer with a robot behind a slow link. */
+class NetworkTest : public QObject {
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void showsYoungFramesAtAnAutomaticBandwidth();
+};
+
+/** At 1 Mbit/s the room does not fit in its best quality, at 4 Mbit/s it does. */
+void NetworkTest::showsYoungFramesAtAnAutomaticBandwidth() {
+    QSettings().clear();
+    lab::addRobot(a_host, a_address, a_port, {"--stamp"});
+    lab::control({"link", a_host, "--rate", "1mbit", "--delay", "20ms"});
+    CameraDriver driver;
+    QWidget* const viewer = driver.show(a_port, a_address);
+    QTRY_VERIFY_WITH_TIMEOUT(choose(viewer, "sizeBox", QStringLiteral("1280 \u00D7 720")),
+                             a_patience);
+    QVERIFY(choose(viewer, "formatBox", QStringLiteral("H.264")));
+    QTRY_VERIFY_WITH_TIMEOUT(choose(viewer, "bitRateBox", QStringLiteral("8 Mbit/s")), a_patience);
+    ShownAges ages(viewer);
+    QTRY_VERIFY_WITH_TIMEOUT(ages.ofPart(0.5) > 150, a_patience);
+
+    QVERIFY(choose(viewer, "bitRateBox", QStringLiteral("Automatic")));
+    for (const char* const rate : {"1mbit", "4mbit"}) {
+        lab::control({"link", a_host, "--rate", rate, "--delay", "20ms"});
+        ages.clear();
+        const auto isYoung = [&] {
+            const double age = ages.ofPart(0.9);
+            return age >= 0 && age < 150;
+        };
+        QTRY_VERIFY2_WITH_TIMEOUT(isYoung(), qPrintable(QString::number(ages.ofPart(0.9))),
+                                  a_patience);
+        qInfo("%s: median %.0f ms, 90th percentile %.0f ms; %s", rate, ages.ofPart(0.5),
+              ages.ofPart(0.9), qPrintable(statusOf(viewer)));
+    }
+}
+
+OBVISTA_QTEST_MAIN(NetworkTest)
+#include "network_test.moc"
