@@ -10,6 +10,7 @@
 
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_connection.h>
+#include <robaxi/kv_frame_source.h>
 #include <robaxi/kv_module.h>
 #include <robaxi/kv_value_table.h>
 
@@ -527,6 +528,43 @@ TEST(Record, EachPartOfASplitRecordingBeginsWithThePresentValues) {
         EXPECT_EQ(1U, recording::Reader(pathOf(name)).metadata().size());
     }
     EXPECT_FALSE(fs::exists(pathOf("split.mcap")));
+}
+
+/** An H.264 frame whose bytes nobody reads; its number is also its place. */
+KVFrame filmFrame(std::uint64_t number, bool isKey = false) {
+    KVFrame frame =
+        obvista_test::makeFrame(KVPixelFormat::H264, 64, 48, 0, obvista_test::Bytes(100, 1));
+    frame.fNumber = frame.fSequence = number;
+    frame.fIsKey = isKey;
+    return frame;
+}
+
+TEST(Record, RequestsAKeyFrameForEachPartOfASplitRecording) {
+    VideoRobot robot("robot1");
+    robot.addCamera("head");
+    ChildProcess record(recordCommand({"127.0.0.1:" + std::to_string(robot.port()), "--camera",
+                                       "head", "--split", "1s", "-o", pathOf("film.mcap")}));
+    ASSERT_TRUE(eventually([&] { return robot.watchers("head") == 1; }));
+    robot.publish("head", filmFrame(1, true));
+    ASSERT_FALSE(robot.cameras().takeKeyFrameRequest("head"));
+    ASSERT_TRUE(record.waitForOutput("\"frames\":1,")) << record.errors();
+    EXPECT_TRUE(eventually([&] { return robot.cameras().takeKeyFrameRequest("head"); }));
+    robot.publish("head", filmFrame(2, true));
+    ASSERT_TRUE(record.waitForOutput("\"frames\":2,")) << record.errors();
+    interrupt(record);
+    EXPECT_EQ(1U, heardByTopic(pathOf("film-001.mcap"))["/robot1/camera/head"].size());
+}
+
+TEST(Record, CountsFramesThatNeedADroppedOne) {
+    robot_recording::RecordingSink sink(pathOf("after_drop.mcap"), false, [] {});
+    robot_recording::CameraTopic topic(sink, "robot1", "head", "");
+    EXPECT_TRUE(topic.write(filmFrame(1, true), a_start));
+    EXPECT_FALSE(topic.write(filmFrame(3), a_start));
+    EXPECT_FALSE(topic.write(filmFrame(4), a_start));
+    EXPECT_EQ(2U, sink.progress().fDropped);
+    EXPECT_TRUE(topic.write(filmFrame(5, true), a_start));
+    sink.finish();
+    EXPECT_EQ(2U, heardByTopic(pathOf("after_drop.mcap"))["/robot1/camera/head"].size());
 }
 
 TEST(Record, CountsAndMarksWhatTheDiskIsTooSlowFor) {

@@ -21,6 +21,7 @@ bool CameraTopic::canWrite(const KVFrame& frame) {
 
 bool CameraTopic::write(const KVFrame& frame, std::uint64_t logTime) {
     if (!fChain.accepts(frame)) {
+        fSink.countDrop();
         return false;
     }
     const MessageSchema& schema = imageSchema(frame.fFormat);

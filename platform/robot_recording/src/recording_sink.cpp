@@ -99,6 +99,11 @@ bool RecordingSink::write(Topic topic, std::uint32_t sequence, std::uint64_t log
     return xWrite(state, sequence, logTime, publishTime, data);
 }
 
+void RecordingSink::countDrop() {
+    const std::lock_guard lock(fMutex);
+    ++fPast.fDropped;
+}
+
 bool RecordingSink::xWrite(TopicState& topic, std::uint32_t sequence, std::uint64_t logTime,
                            std::uint64_t publishTime, const std::string& data) {
     if (fError) {

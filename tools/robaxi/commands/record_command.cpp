@@ -115,6 +115,9 @@ class Recording {
         const bool isLong = fSplit.fTime.count() != 0 && Clock::now() >= fFileStart + fSplit.fTime;
         if (isLarge || isLong) {
             fSink->split();
+            for (const auto& robot : fRobots) {
+                robot->requestKeyFrames();
+            }
             fFileStart = Clock::now();
         }
     }

@@ -98,6 +98,24 @@ void CameraRecorder::xTake(const KVFrame& frame) {
         ++fFrames;
     } else {
         fEvents.countDrops();
+        fIsKeyFrameNeeded = frame.fFormat == KVPixelFormat::H264;
+    }
+}
+
+void CameraRecorder::requestKeyFrame() {
+    if (fStream) {
+        fStream->requestKeyFrame();
+    }
+}
+
+void CameraRecorder::requestKeyFrameIfNeeded() {
+    bool isNeeded = false;
+    {
+        const std::lock_guard lock(fMutex);
+        isNeeded = std::exchange(fIsKeyFrameNeeded, false);
+    }
+    if (isNeeded) {
+        requestKeyFrame();
     }
 }
 
@@ -228,8 +246,15 @@ void RobotRecorder::attend() {
         if (camera->isDue()) {
             camera->watch(fLink->connection());
         }
+        camera->requestKeyFrameIfNeeded();
     }
     xSelectKeys();
+}
+
+void RobotRecorder::requestKeyFrames() {
+    for (const auto& camera : fCameras) {
+        camera->requestKeyFrame();
+    }
 }
 
 void RobotRecorder::xTakeIcon() {

@@ -57,6 +57,10 @@ class CameraRecorder {
     void stop() { fStream.reset(); }
     /** Returns true if the robot has ended the stream, and it is time for another attempt. */
     bool isDue() const;
+    /** Requests the frame with which a decoder of H.264 can begin. */
+    void requestKeyFrame();
+    /** The same, if a frame was dropped that the following ones need. */
+    void requestKeyFrameIfNeeded();
     ///@}
 
   private:
@@ -73,6 +77,7 @@ class CameraRecorder {
     std::uint64_t fFrames = 0;
     std::uint64_t fMissed = 0;
     bool fIsGap = false;  ///< from an end that was written down to the next frame
+    bool fIsKeyFrameNeeded = false;
     std::optional<Clock::time_point> fNextAttempt;
 
     std::shared_ptr<KVFrameStream> fStream;
@@ -112,11 +117,14 @@ class RobotRecorder {
     bool needsAttention() const;
 
     /**
-     * Selects new keys, connects and subscribes again, and takes the icon.
+     * Selects new keys, connects and subscribes again, requests key frames, and takes the icon.
      *
      * @throws KVError if the robot has refused to send its values from the beginning
      */
     void attend();
+
+    /** Requests a key frame of each camera, with which a file can be played. */
+    void requestKeyFrames();
 
     /** Returns patterns that no key has matched so far. */
     std::vector<std::string> unmatchedPatterns() const;

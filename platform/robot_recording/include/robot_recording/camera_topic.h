@@ -24,7 +24,8 @@ class CameraTopic {
     /**
      * Writes a frame that canWrite() accepts; its number becomes the sequence number.
      *
-     * @return false if it was dropped; of H.264 the frames up to the next key frame are dropped too
+     * @return false if it was dropped; of H.264 the frames up to the next key frame are dropped
+     *         too. The sink counts them.
      */
     bool write(const KVFrame& frame, std::uint64_t logTime);
 

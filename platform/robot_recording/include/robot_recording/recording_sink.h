@@ -16,9 +16,10 @@ namespace robot_recording {
 
 /** A snapshot of a sink's counters, over all files. */
 struct SinkProgress {
-    std::uint64_t fBytes = 0;      ///< in the files
-    std::uint64_t fWritten = 0;    ///< messages
-    std::uint64_t fDropped = 0;    ///< messages for which the disk was too slow, or too large ones
+    std::uint64_t fBytes = 0;    ///< in the files
+    std::uint64_t fWritten = 0;  ///< messages
+    /** Messages for which the disk was too slow, too large ones, and those that need such a one. */
+    std::uint64_t fDropped = 0;
     std::uint64_t fFileBytes = 0;  ///< in the current file
 };
 
@@ -61,6 +62,9 @@ class RecordingSink {
      */
     bool write(Topic topic, std::uint32_t sequence, std::uint64_t logTime,
                std::uint64_t publishTime, const std::string& data);
+
+    /** Counts a message that is left out since it needs one that was dropped. */
+    void countDrop();
 
     /** @name Waiting for the disk. Called on one thread. */
     ///@{
