@@ -13,7 +13,7 @@ KVFrame GreyFilm::next(bool isKeyWanted) {
     const std::vector<unsigned char> pixels(std::size_t{4} * 64 * 48,
                                             static_cast<unsigned char>(greyOf(++fNumber)));
     KVFrame frame = fEncoder.encode({pixels.data(), 64, 48, 256, picture::PixelLayout::Rgbx32},
-                                    {64, 48, "h264", 30, 1'000'000}, isKeyWanted);
+                                    {64, 48, "h264", fRate, 1'000'000}, isKeyWanted);
     frame.fNumber = fNumber;
     return frame;
 }

@@ -11,6 +11,8 @@ namespace obvista_test {
 /** Makes H.264 frames of 64x48 pixels, numbered from 1, each of one grey. */
 class GreyFilm {
   public:
+    explicit GreyFilm(double rate = 30) : fRate(rate) {}
+
     /** Returns the grey value of a frame, which is not exact after decoding. */
     static int greyOf(std::uint64_t number);
 
@@ -20,6 +22,7 @@ class GreyFilm {
     }
 
   private:
+    const double fRate;
     codec::H264Encoder fEncoder;
     std::uint64_t fNumber = 0;
 };

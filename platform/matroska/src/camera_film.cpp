@@ -1,4 +1,5 @@
 #include <picture/frame_decoder.h>
+#include <picture/h264.h>
 
 #include <filesystem>
 #include <matroska/camera_film.h>
@@ -23,7 +24,8 @@ std::int64_t sizeOf(const std::string& file) {
 }  // namespace
 
 bool CameraFilm::Kind::operator==(const Kind& other) const {
-    return fFormat == other.fFormat && fWidth == other.fWidth && fHeight == other.fHeight;
+    return fFormat == other.fFormat && fWidth == other.fWidth && fHeight == other.fHeight &&
+           fParameterSets == other.fParameterSets;
 }
 
 CameraFilm::CameraFilm(std::string file, Title title)
@@ -36,7 +38,7 @@ bool CameraFilm::write(const CheckedFrame& checked, std::int64_t arrival) {
     if (!picture.fData) {
         return false;
     }
-    const Kind kind{frame.fFormat, frame.fWidth, frame.fHeight};
+    Kind kind = xKindOf(frame);
     if (fWriter && !(kind == fKind)) {
         xFinishFile();
     }
@@ -45,11 +47,19 @@ bool CameraFilm::write(const CheckedFrame& checked, std::int64_t arrival) {
     }
     fTime = fClock.next(frame.fTime, arrival);
     if (!fWriter) {
-        xBegin(kind, frame);
+        xBegin(std::move(kind), frame);
     }
     fWriter->write(picture, fTime - fBegin);
     xCheck();
     return true;
+}
+
+CameraFilm::Kind CameraFilm::xKindOf(const KVFrame& frame) const {
+    Kind kind{frame.fFormat, frame.fWidth, frame.fHeight, {}};
+    if (frame.fFormat == KVPixelFormat::H264) {
+        kind.fParameterSets = frame.fIsKey ? picture::parameterSets(frame) : fKind.fParameterSets;
+    }
+    return kind;
 }
 
 /** @return no data if the frame has a fault */
@@ -75,16 +85,16 @@ EncodedPicture CameraFilm::xEncode(const CheckedFrame& checked) {
     return {jpeg.fData, jpeg.fSize};
 }
 
-void CameraFilm::xBegin(const Kind& kind, const KVFrame& frame) {
+void CameraFilm::xBegin(Kind kind, const KVFrame& frame) {
     fFiles.push_back(fFiles.empty() ? fFirstFile : xNextFile());
-    fKind = kind;
+    fKind = std::move(kind);
     fBegin = fTime;
     MatroskaWriter::Settings settings;
     settings.fFile = fFiles.back();
     settings.fFormat =
-        kind.fFormat == KVPixelFormat::H264 ? KVPixelFormat::H264 : KVPixelFormat::Jpeg;
-    settings.fWidth = static_cast<int>(kind.fWidth);
-    settings.fHeight = static_cast<int>(kind.fHeight);
+        fKind.fFormat == KVPixelFormat::H264 ? KVPixelFormat::H264 : KVPixelFormat::Jpeg;
+    settings.fWidth = static_cast<int>(fKind.fWidth);
+    settings.fHeight = static_cast<int>(fKind.fHeight);
     settings.fTitle = fTitle(frame.fTime);
     settings.fStart = frame.fTime;
     fWriter = std::make_unique<MatroskaWriter>(settings);

@@ -351,6 +351,27 @@ std::optional<H264Header> readH264Header(const KVFrame& frame) {
     return std::nullopt;
 }
 
+std::vector<unsigned char> parameterSets(const KVFrame& frame) {
+    std::vector<unsigned char> sets;
+    std::size_t start = nextStart(frame, 0);
+    while (start < frame.fSize) {
+        const unsigned char* const begin = frame.fData.get() + start + 3;
+        start = nextStart(frame, start + 3);
+        const unsigned char* end = frame.fData.get() + start;
+        if (begin == end || typeOf(*begin) == Slice || typeOf(*begin) == IdrSlice) {
+            break;
+        }
+        if (typeOf(*begin) == SequenceParameters || typeOf(*begin) == PictureParameters) {
+            // The next start code may have a further zero in front.
+            while (end != begin && end[-1] == 0) {
+                --end;
+            }
+            sets.insert(sets.end(), begin, end);
+        }
+    }
+    return sets;
+}
+
 FrameFault checkH264(const KVFrame& frame) {
     if (!frame.fData || frame.fSize == 0) {
         return FrameFault::NoData;

@@ -191,6 +191,26 @@ TEST_F(RecorderTest, StoresH264InMatroskaWithoutEncodingItAgain) {
     EXPECT_EQ(error, "");
 }
 
+TEST_F(RecorderTest, BeginsAnotherFileWhenTheRateOfH264Changes) {
+    obvista_test::GreyFilm slow(15);
+    obvista_test::GreyFilm fast(30);
+    fRecorder.start(path("film.mkv"), fOrigin);
+    for (int number = 0; number < 4; ++number) {
+        fRecorder.offer(picture::check(at(slow.next(number == 2), number)));
+    }
+    for (int number = 4; number < 7; ++number) {
+        fRecorder.offer(picture::check(at(fast.next(), number)));
+    }
+    const RecorderStatus status = fRecorder.stopAndWait();
+    EXPECT_EQ(status.fState, State::Done) << status.fFailure.toStdString();
+    EXPECT_EQ(status.fFrames, 7U);
+    EXPECT_EQ(status.fFiles, 2);
+    std::string error;
+    EXPECT_EQ(playMatroska(path("film.mkv"), &error, "decodebin"), 4) << error;
+    EXPECT_EQ(playMatroska(path("film-2.mkv"), &error, "decodebin"), 3) << error;
+    EXPECT_EQ(error, "");
+}
+
 TEST_F(RecorderTest, LeavesOutH264FramesThatFollowADroppedOne) {
     const std::vector<KVFrame> film = filmOf(6);
     fRecorder.start(path("film.mkv"), fOrigin);

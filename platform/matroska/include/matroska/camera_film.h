@@ -18,7 +18,7 @@ namespace matroska {
 /**
  * The frames of one camera as Motion JPEG or H.264 in Matroska files. JPEGs and H.264 are written
  * as they are (H.264 in the order of KVFrameChain), other frames are encoded as JPEG. Frames of
- * another size or format begin another file: NAME-2.mkv.
+ * another size or format, and H.264 of another encoder, begin another file: NAME-2.mkv.
  *
  * For one thread at a time, which it blocks like MatroskaWriter.
  */
@@ -58,12 +58,15 @@ class CameraFilm {
         KVPixelFormat fFormat;
         std::uint32_t fWidth;
         std::uint32_t fHeight;
+        /** Of H.264, from its key frame: Matroska has them once, at the beginning of a file. */
+        std::vector<unsigned char> fParameterSets;
 
         bool operator==(const Kind& other) const;
     };
 
+    Kind xKindOf(const KVFrame& frame) const;
     EncodedPicture xEncode(const picture::CheckedFrame& checked);
-    void xBegin(const Kind& kind, const KVFrame& frame);
+    void xBegin(Kind kind, const KVFrame& frame);
     std::string xNextFile() const;
     void xFinishFile();
     void xCheck();

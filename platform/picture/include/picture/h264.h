@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 namespace picture {
 
@@ -42,6 +43,12 @@ struct H264Header {
  * @return nothing if it is not H.264 as docs/video.md defines it
  */
 std::optional<H264Header> readH264Header(const KVFrame& frame);
+
+/**
+ * Returns the bytes of the parameter sets before the picture of a frame that checkH264() accepts;
+ * empty if there are none. Other ones are another stream, for instance of another rate.
+ */
+std::vector<unsigned char> parameterSets(const KVFrame& frame);
 
 }  // namespace picture
 
