@@ -18,6 +18,7 @@
 #include <fstream>
 #include <functional>
 #include <future>
+#include <grey_film.h>
 #include <iterator>
 #include <memory>
 #include <mutex>
@@ -237,6 +238,48 @@ TEST_F(Snapshot, OfAStoppedCameraIsItsLastOneWithAMessage) {
         "robaxi: The camera head has stopped. Its last picture is of "
         "2024-05-01T12:34:56.789012Z.\n",
         result.fErrors);
+}
+
+/** An H.264 frame of a time in microseconds after those of the other tests. */
+KVFrame filmFrame(GreyFilm& film, std::int64_t time, bool isKeyWanted = false) {
+    KVFrame frame = film.next(isKeyWanted);
+    frame.fTime = 1714566896789012 + time;
+    return frame;
+}
+
+// A robot sends the H.264 frames of the last 0.3 s to everybody who comes later.
+TEST_F(Snapshot, OfAStoppedFilmIsItsLastPictureWithAMessage) {
+    GreyFilm film;
+    for (const std::int64_t time : {0, 100'000, 300'000}) {
+        fRobot.cameras().publish("head", filmFrame(film, time));
+    }
+    const ToolResult result = run({"-o", "a.pgm", "--json"});
+    EXPECT_EQ(0, result.fStatus);
+    EXPECT_EQ(false, Json::parse(result.fOutput)["new"]);
+    EXPECT_EQ(
+        "robaxi: The camera head has stopped. Its last picture is of "
+        "2024-05-01T12:34:57.089012Z.\n",
+        result.fErrors);
+    EXPECT_NEAR(static_cast<unsigned char>(read("a.pgm").back()), GreyFilm::greyOf(3), 4);
+}
+
+TEST_F(Snapshot, OfAFilmIsLaterThanAllFramesThatTheRobotKept) {
+    constexpr std::int64_t period = 100'000;
+    GreyFilm film;
+    fRobot.cameras().publish("head", filmFrame(film, period));
+    std::unique_ptr<MovingCamera> camera;
+    whenWatched([&] {
+        camera =
+            std::make_unique<MovingCamera>(fRobot.cameras(), "head", [&film](std::uint64_t number) {
+                return filmFrame(film, static_cast<std::int64_t>(number) * period,
+                                 number % 10 == 0);
+            });
+    });
+    const Json picture = Json::parse(outputOf({"-o", "a.pgm", "--json"}));
+    EXPECT_EQ(true, picture["new"]);
+    EXPECT_LE(5, picture["number"]);
+    EXPECT_NEAR(static_cast<unsigned char>(read("a.pgm").back()),
+                GreyFilm::greyOf(picture["number"]), 4);
 }
 
 TEST_F(Snapshot, OfACameraThatSendsNothingIsGivenUp) {

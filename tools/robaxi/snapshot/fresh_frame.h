@@ -5,6 +5,7 @@
 
 #include <robaxi/kv_frame_stream.h>
 
+#include <cstddef>
 #include <exception>
 #include <mutex>
 #include <optional>
@@ -17,7 +18,8 @@ namespace robaxi_tool {
  *
  * A stream begins with the newest frame that the robot has, which may be a day old: a camera
  * without watchers may rest. The clocks of robot and computer differ, so its time stamp cannot show
- * that. Only the following frame is known to be new.
+ * that. Only the following frame is known to be new, or of H.264 one that comes later than all the
+ * frames that a robot keeps.
  */
 class FreshFrame {
   public:
@@ -48,12 +50,15 @@ class FreshFrame {
     std::optional<Result> wait(Clock::time_point deadline, Clock::duration patience);
 
   private:
-    bool xIsOver(const std::optional<KVFrame>& frame) const;
+    bool xIsNew(const KVFrame& frame) const;
 
     Bell& fBell;
     mutable std::mutex fMutex;  ///< guards the following members
     std::optional<KVFrame> fFirst;
-    std::optional<KVFrame> fNew;
+    std::size_t fReceived = 0;
+    std::vector<KVFrame>
+        fFrames;          ///< the newest is the last; the H.264 frames that it needs before it
+    bool fIsNew = false;  ///< the newest
     std::exception_ptr fEnd;
 };
 
