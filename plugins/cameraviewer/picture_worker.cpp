@@ -113,7 +113,10 @@ void PictureWorker::xRun() {
         lock.unlock();
         DecodedPicture decoded = xDecode(frames, withHistograms);
         lock.lock();
-        const bool isBroken = decoded.fPicture.fFault != picture::FrameFault::None &&
+        const picture::FrameFault fault = decoded.fPicture.fFault;
+        // A key frame does not replace a decoder.
+        const bool isBroken = fault != picture::FrameFault::None &&
+                              fault != picture::FrameFault::NoH264Decoder &&
                               frames.back().frame().fFormat == KVPixelFormat::H264;
         if (isBroken && (fWaiting.empty() || !standsAlone(fWaiting.front().frame()))) {
             fWaiting.clear();

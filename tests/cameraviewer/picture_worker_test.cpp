@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <codec/gstreamer.h>
 #include <condition_variable>
 #include <grey_film.h>
 #include <made_frames.h>
@@ -172,6 +173,49 @@ TEST(PictureWorker, RequestsAKeyFrameAfterDamagedH264) {
     EXPECT_EQ(decoded->fPicture.fFault, FrameFault::BadH264);
     EXPECT_TRUE(decoded->fPicture.fImage.isNull());
     EXPECT_TRUE(worker.takeKeyFrameRequest());
+}
+
+/** Removes GStreamer's decoders for a test. */
+class NoDecoders {
+  public:
+    NoDecoders() {
+        codec::startGStreamer();
+        for (const char* const name : {"avdec_h264", "openh264dec"}) {
+            GstPluginFeature* const decoder = gst_registry_lookup_feature(gst_registry_get(), name);
+            if (decoder != nullptr) {
+                gst_registry_remove_feature(gst_registry_get(), decoder);
+                fRemoved.push_back(decoder);
+            }
+        }
+    }
+    ~NoDecoders() {
+        for (GstPluginFeature* const decoder : fRemoved) {
+            gst_registry_add_feature(gst_registry_get(), decoder);
+            gst_object_unref(decoder);
+        }
+    }
+    NoDecoders(const NoDecoders&) = delete;
+    NoDecoders& operator=(const NoDecoders&) = delete;
+
+  private:
+    std::vector<GstPluginFeature*> fRemoved;
+};
+
+TEST(PictureWorker, RequestsNoKeyFrameWithoutADecoder) {
+    const NoDecoders none;
+    Notice notice;
+    Taker taker(notice);
+    PictureWorker worker(notice);
+    GreyFilm film;
+    for (int i = 0; i < 3; ++i) {
+        worker.request();
+        worker.offer(film.checked());
+        ASSERT_TRUE(taker.wait());
+        const std::optional<DecodedPicture> decoded = worker.take();
+        ASSERT_TRUE(decoded.has_value());
+        EXPECT_EQ(decoded->fPicture.fFault, FrameFault::NoH264Decoder);
+        EXPECT_FALSE(worker.takeKeyFrameRequest());
+    }
 }
 
 TEST(PictureWorker, KeepsABoundedNumberOfH264FramesThatNobodyAskedFor) {
