@@ -412,7 +412,8 @@ class _Slot:
 
     MOST_WAITING = 32
 
-    def __init__(self) -> None:
+    def __init__(self, most_bytes: int) -> None:
+        self._most_bytes = most_bytes  # of the frames that wait
         self._changed = threading.Condition()
         self._frames: Deque[Frame] = collections.deque()
         self._next: Optional[int] = None  # sequence of the H.264 frame that can be decoded
@@ -424,7 +425,9 @@ class _Slot:
         """Returns False if it was left out, since it needs a frame that is missing."""
         with self._changed:
             is_chained = frame.format == "h264"
-            if not is_chained or len(self._frames) == self.MOST_WAITING:
+            size = len(frame.data) + sum(len(waiting.data) for waiting in self._frames)
+            is_full = len(self._frames) == self.MOST_WAITING or size > self._most_bytes
+            if not is_chained or is_full:
                 self._skipped += len(self._frames)
                 self._frames.clear()
                 self._next = None
@@ -461,7 +464,7 @@ class Frames(Stream[Frame]):
         super().__init__()
         self._robot = robot  # lives as long as it is watched
         session = robot._session
-        self._slot = _Slot()
+        self._slot = _Slot(session.limits.frame)
         requests = Requests(pb.WatchRequest(start=pb.WatchStart(
             session_id=session.hello.session_id, module=_wire.plain_text(module),
             stream=_wire.plain_text(camera))))

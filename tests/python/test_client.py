@@ -13,7 +13,7 @@ import pytest
 
 import robaxi
 from conftest import PATIENCE, eventually, free_port
-from robaxi import Cause
+from robaxi import Cause, client
 
 
 def error_of(action, *arguments, **options):
@@ -332,3 +332,17 @@ def test_the_loss_of_a_robot_ends_its_frames(start_humanoid, connect):
     next(frames)
     process.end()
     assert error_of(lambda: [None for _ in frames]).cause == Cause.CONNECTION_LOST
+
+
+def test_waiting_h264_frames_have_no_more_bytes_than_one_may_have():
+    def frame(sequence, is_key=False):
+        return robaxi.Frame(sequence, 0, 16, 16, 0, "h264", bytes(40), is_key=is_key,
+                            sequence=sequence)
+
+    slot = client._Slot(most_bytes=100)
+    assert slot.put(frame(1, is_key=True))
+    assert slot.put(frame(2))
+    assert not slot.put(frame(3)), "it needs those that are dropped for it"
+    assert slot.put(frame(4, is_key=True))
+    taken = slot.take()
+    assert (taken.sequence, taken.skipped) == (4, 3)

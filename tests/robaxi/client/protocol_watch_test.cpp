@@ -233,6 +233,42 @@ TEST_F(WatchingClient, RequestsAKeyFrameForItsListener) {
     EXPECT_EQ(asked.get_future().wait_for(a_patience), std::future_status::ready);
 }
 
+TEST_F(WatchingClient, KeepsNoMoreBytesForABusyListenerThanAFrameMayHave) {
+    constexpr std::size_t most = std::size_t{64} << 10U;
+    Latch busy;
+    std::promise<void> asked;
+    fListener.fOnFrame = [&busy] { busy.enter(); };
+    fRobot.fWatch = [&](RawServer::WatchStream& stream) {
+        stream.Write(chained(1, true));
+        busy.waitForEntries(1);
+        for (std::uint64_t number = 2; number <= 4; ++number) {
+            v1::WatchUpdate large = chained(number);
+            large.mutable_header()->set_size(most / 3 + 1);
+            large.set_data(std::string(most / 3 + 1, 'x'));
+            stream.Write(large);
+        }
+        v1::WatchRequest request;
+        while (stream.Read(&request) && !request.key_frame()) {
+        }
+        asked.set_value();
+        stream.Write(chained(5, true));
+        while (stream.Read(&request) && request.received() < 5) {
+        }
+        busy.open();
+        stream.Read(&request);
+    };
+    KVSettings settings;
+    settings.fLimits.fFrame = most;
+    fStream =
+        KVFrameStream::start(KVConnection::open(makeClient(settings), a_loopback, fRobot.port(), 5),
+                             "Robot", "head", fListener.callbacks());
+    ASSERT_EQ(asked.get_future().wait_for(a_patience), std::future_status::ready);
+    ASSERT_TRUE(fListener.waitForFrame(5));
+    EXPECT_EQ(fListener.fNumbers, (std::vector<std::uint64_t>{1, 5}));
+    EXPECT_EQ(fListener.fPassedOver, 3U);
+    fStream.reset();
+}
+
 TEST_F(WatchingClient, DropsToTheNextKeyFrameWhenItsListenerIsBusy) {
     Latch busy;
     std::promise<void> asked;

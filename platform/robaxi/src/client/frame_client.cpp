@@ -5,6 +5,7 @@
 
 #include <base/safe_text.h>
 
+#include <numeric>
 #include <utility>
 
 namespace robaxi {
@@ -23,7 +24,8 @@ FrameClient::FrameClient(const std::shared_ptr<Runtime>& runtime,
     : ClientStream(runtime, std::move(session), std::move(target)),
       fStream(std::move(stream)),
       fCallbacks(std::move(callbacks)),
-      fAssembler(runtime->fSettings.fLimits.fFrame) {
+      fMostBytes(runtime->fSettings.fLimits.fFrame),
+      fAssembler(fMostBytes) {
 }
 
 FrameClient::~FrameClient() {
@@ -75,9 +77,8 @@ void FrameClient::xKeep(KVFrame frame) {
     {
         const std::lock_guard lock(fMutex);
         if (!xIsRepeated(frame)) {
-            isFirst = fWaiting.empty();
             xQueue(std::move(frame));
-            isFirst = isFirst && !fWaiting.empty();
+            isFirst = !fWaiting.empty() && !std::exchange(fIsDelivering, true);
         }
         if (!fNextRequest) {
             fNextRequest.emplace();
@@ -108,7 +109,11 @@ bool FrameClient::xIsRepeated(const KVFrame& frame) {
 
 /** Requires fMutex. */
 void FrameClient::xQueue(KVFrame frame) {
-    if (frame.fFormat != KVPixelFormat::H264 || fWaiting.size() == a_mostWaiting) {
+    const auto add = [](std::size_t sum, const KVFrame& each) { return sum + each.fSize; };
+    const bool isFull =
+        fWaiting.size() == a_mostWaiting ||
+        std::accumulate(fWaiting.begin(), fWaiting.end(), frame.fSize, add) > fMostBytes;
+    if (frame.fFormat != KVPixelFormat::H264 || isFull) {
         fPassedOver += fWaiting.size();
         fWaiting.clear();
         fChain.interrupt();
@@ -152,6 +157,7 @@ void FrameClient::xDeliver() {
     {
         const std::lock_guard lock(fMutex);
         if (fIsStopped || fWaiting.empty()) {
+            fIsDelivering = false;
             return;
         }
         frame = std::move(fWaiting.front());
@@ -164,7 +170,7 @@ void FrameClient::xDeliver() {
     bool isMore = false;
     {
         const std::lock_guard lock(fMutex);
-        isMore = !fWaiting.empty();
+        isMore = fIsDelivering = !fWaiting.empty();
     }
     if (isMore) {
         xPost(&FrameClient::xDeliver);

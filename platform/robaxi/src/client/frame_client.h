@@ -52,7 +52,8 @@ class FrameClient : public ClientStream<PictureStream, grpc::ByteBuffer, grpc::B
 
     const std::string fStream;
     const KVFrameStream::Callbacks fCallbacks;
-    FrameAssembler fAssembler;  // used on gRPC's thread only
+    const std::size_t fMostBytes;  // of a frame, and of those that wait
+    FrameAssembler fAssembler;     // used on gRPC's thread only
 
     // Guarded by fMutex:
     std::optional<v1::WatchRequest> fNextRequest;
@@ -60,7 +61,8 @@ class FrameClient : public ClientStream<PictureStream, grpc::ByteBuffer, grpc::B
     Identity fLast;               // the newest frame
     bool fMayRepeat = false;      // every frame of this call was received on a former one
     std::deque<KVFrame> fWaiting;
-    KVFrameChain fChain;  // of the frames that were queued
+    bool fIsDelivering = false;  // xDeliver() is posted or running
+    KVFrameChain fChain;         // of the frames that were queued
     std::chrono::steady_clock::time_point fKeyRequested;
     std::uint64_t fPassedOver = 0;
 };
