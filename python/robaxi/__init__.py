@@ -9,7 +9,8 @@
 """
 
 from ._wire import KeyInfo, MethodInfo, ModuleInfo
-from .client import Camera, Change, Frame, Frames, Memory, Robot, Watch
+from ._session import State
+from .client import Camera, Change, Frame, Frames, Memory, Robot, States, Watch
 from .discovery import Announced, discover
 from .errors import Cause, Error, NoSuchKey
 from .module import Module
@@ -21,5 +22,6 @@ from .video import CameraSource, Mode
 __all__ = [
     "Access", "Announced", "Camera", "CameraSource", "Cause", "Change", "Error", "Frame", "Frames",
     "KeyInfo", "Limits", "Memory", "MethodInfo", "Mode", "Module", "ModuleInfo", "NoSuchKey",
-    "Robot", "Server", "ServerSettings", "Settings", "Table", "Watch", "discover",
+    "Robot", "Server", "ServerSettings", "Settings", "State", "States", "Table", "Watch",
+    "discover",
 ]

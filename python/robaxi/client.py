@@ -8,14 +8,14 @@ import fnmatch
 import threading
 import time
 import weakref
-from typing import Any, Deque, Dict, Iterator, List, Mapping, Optional, Tuple
+from typing import Any, Deque, Dict, Iterable, Iterator, List, Mapping, Optional, Tuple
 
 import grpc
 
 from . import _wire, discovery
 from ._async import Stream
-from ._requests import Requests
-from ._session import Session
+from ._session import Session, State
+from ._stream import SideStream
 from ._target import (DEFAULT_PORT, Deadline, Target, check_port, connect, is_address,
                       parse_target)
 from ._wire import KeyInfo, ModuleInfo
@@ -33,8 +33,10 @@ except ImportError:
 class Robot:
     """A connection to a robot, made when the object is.
 
-    It may be used on any number of threads. A lost connection stays lost: everything then raises
-    Error CONNECTION_LOST; make a new Robot to connect again.
+    It may be used on any number of threads. When the robot is silent, calls wait, and watches stay:
+    they continue when it is heard again, if necessary on another network connection. A lost
+    connection stays lost: everything then raises Error CONNECTION_LOST; make a new Robot to connect
+    again.
     """
 
     def __init__(self, host: str, port: Optional[int] = None, *, timeout: float = 5.0,
@@ -81,6 +83,21 @@ class Robot:
     def error(self) -> Optional[Error]:
         """The reason for which the connection is lost; None while it lives."""
         return self._session.error
+
+    @property
+    def state(self) -> State:
+        """Connected, silent, or lost."""
+        return self._session.state
+
+    @property
+    def silence(self) -> float:
+        """Seconds since the robot was last heard."""
+        return self._session.silence
+
+    def states(self) -> States:
+        """The state, then each other one, until the connection is lost. While the program is busy,
+        a state that has passed is left out."""
+        return States(self)
 
     @property
     def memory(self) -> Memory:
@@ -191,6 +208,32 @@ def _unexpected(module: str, method: str) -> Error:
     return Error(Cause.WRONG_TYPE, f"{module}.{method} returned something else than it should.")
 
 
+class States(Stream[State]):
+    """The states of a connection, as an iterator and as an asynchronous iterator. After LOST it
+    ends."""
+
+    def __init__(self, robot: Robot) -> None:
+        super().__init__()
+        self._robot = robot  # lives as long as it is watched
+        self._told: Optional[State] = None
+        self._is_closed = False
+
+    def close(self) -> None:
+        session = self._robot._session
+        with session.changed:
+            self._is_closed = True
+            session.changed.notify_all()
+
+    def _next(self) -> Optional[State]:
+        if self._told == State.LOST:
+            return None
+        session = self._robot._session
+        with session.changed:
+            session.changed.wait_for(lambda: self._is_closed or session.state != self._told)
+            self._told = None if self._is_closed else session.state
+        return self._told
+
+
 # --- Values ----------------------------------------------------------------------------------
 
 class Memory(Mapping[str, Any]):
@@ -258,21 +301,23 @@ class Watch(Stream[Change]):
         super().__init__()
         self._robot = robot  # lives as long as it is watched
         self._session = session = robot._session
+        self._module = module
+        self._rate = rate
         self._attempt = f"Cannot watch the values of {module} at {session.target.place}"
         self._patterns = None if not patterns or "*" in patterns else patterns
         self._keys: Dict[int, KeyInfo] = {}
-        self._selected: List[int] = []
+        self._selected: Dict[int, bool] = {}  # true if a value of it was received
+        self._table: Optional[int] = None
+        self._last_key = 0
+        self._position = 0  # of the last update
         self._waiting: Deque[Change] = collections.deque()
         self._number = 0
         self._is_closed = False
-        self._requests = Requests(pb.SubscriptionRequest(start=pb.SubscriptionStart(
-            session_id=session.hello.session_id, module=_wire.plain_text(module),
-            all_keys=self._patterns is None, rate=rate)))
-        self._stream = session.open_stream(
-            _wire.SUBSCRIBE, self._requests, pb.SubscriptionRequest.SerializeToString,
+        self._stream: SideStream[pb.SubscriptionRequest, pb.SubscriptionUpdate] = SideStream(
+            session, _wire.SUBSCRIBE, pb.SubscriptionRequest.SerializeToString,
             pb.SubscriptionUpdate.FromString)
-        self._finalizer = weakref.finalize(self, _end_stream, session, self._stream,
-                                           self._requests)
+        self._stream.begin(self._first_request)
+        self._finalizer = weakref.finalize(self, self._stream.end)
 
     @property
     def keys(self) -> List[KeyInfo]:
@@ -287,22 +332,46 @@ class Watch(Stream[Change]):
         return self._patterns is None or any(
             fnmatch.fnmatchcase(name, pattern) for pattern in self._patterns)
 
+    def _first_request(self, resumption: int) -> pb.SubscriptionRequest:
+        """The request that starts the stream or, after a resumption, continues it with what is
+        known."""
+        start = pb.SubscriptionStart(
+            session_id=self._session.hello.session_id, resumption=resumption,
+            module=_wire.plain_text(self._module), all_keys=self._patterns is None, rate=self._rate)
+        request = pb.SubscriptionRequest(start=start)
+        if self._table is not None:
+            request.start.known.CopyFrom(pb.KnownState(
+                position=self._position, last_key=self._last_key, keys=len(self._keys),
+                with_values=[key for key, has_value in self._selected.items() if has_value],
+                table=self._table))
+        if self._selected:
+            request.keys.ids.extend(self._selected)
+        self._number = 0
+        return request
+
     def _next(self) -> Optional[Change]:
         while not self._waiting and not self._is_closed:
             # Reported only now: until then the robot waits with more than one further update.
             if self._number:
-                self._requests.put(pb.SubscriptionRequest(consumed=self._number))
+                self._stream.put(pb.SubscriptionRequest(consumed=self._number))
             try:
                 update = next(self._stream)
             except (grpc.RpcError, StopIteration) as end:
-                if self._is_closed:
-                    break
-                error = self._session.stream_error(self._attempt, end)
-                self.close()
-                raise error from None
+                self._continue_after(end)
+                continue
             self._number = update.number
             self._take(update)
+            self._position = update.position
         return None if self._is_closed else self._waiting.popleft()
+
+    def _continue_after(self, end: Exception) -> None:
+        """Begins again on the session's next connection, or raises the reason of the end."""
+        if self._stream.follow(end):
+            self._stream.begin(self._first_request)
+        elif not self._is_closed:
+            error = self._stream.error(self._attempt, end)
+            self.close()
+            raise error from None
 
     def _take(self, update: pb.SubscriptionUpdate) -> None:
         content = update.WhichOneof("content")
@@ -311,31 +380,38 @@ class Watch(Stream[Change]):
                 key = self._keys.get(key_id)
                 if key is None:
                     raise _wire.malformed("a value has an unknown key")
+                if key_id in self._selected:
+                    self._selected[key_id] = True
                 self._waiting.append(Change(key.name, value, time / 1e6, key.unit))
         elif content == "keys_added":
+            self._table = update.keys_added.table
             self._add(update.keys_added.keys)
         elif content == "keys_removed":
-            for key_id in update.keys_removed.ids:
-                self._keys.pop(key_id, None)
+            self._remove(update.keys_removed.ids)
+        elif content == "keys_present":
+            # The others were removed while the robot was silent: all with another table.
+            present = {*update.keys_present.ids}
+            self._remove([key for key in self._keys if key not in present])
+            self._last_key = max(self._keys, default=0)
 
     def _add(self, keys: Any) -> None:
         chosen = []
         for key in keys:
             self._keys[key.id] = _wire.from_key(key)
+            self._last_key = max(self._last_key, key.id)
             if self._patterns is not None and self._matches(key.name):
                 chosen.append(key.id)
         if len(self._keys) > self._session.limits.keys:
             self.close()
             raise describe(self._attempt, Cause.TOO_LARGE, "it has too many keys")
         if chosen:
-            self._selected = [key for key in self._selected if key in self._keys] + chosen
-            self._requests.put(pb.SubscriptionRequest(
-                keys=pb.KeySelection(ids=self._selected)))
+            self._selected.update(dict.fromkeys(chosen, False))
+            self._stream.put(pb.SubscriptionRequest(keys=pb.KeySelection(ids=self._selected)))
 
-
-def _end_stream(session: Session, stream: Any, requests: Any) -> None:
-    requests.close()
-    session.end_stream(stream)
+    def _remove(self, keys: Iterable[int]) -> None:
+        for key in keys:
+            self._keys.pop(key, None)
+            self._selected.pop(key, None)
 
 
 # --- Cameras ---------------------------------------------------------------------------------
@@ -418,13 +494,25 @@ class _Slot:
         self._frames: Deque[Frame] = collections.deque()
         self._next: Optional[int] = None  # sequence of the H.264 frame that can be decoded
         self._skipped = 0
+        self._last: Optional[Frame] = None  # without its data
+        self._may_repeat = False
         self._end: Optional[Error] = None
         self._is_over = False
+
+    def begin_again(self) -> None:
+        """Leaves out the frames with which the robot begins on another connection, if they came on
+        the former one: the newest, of H.264 the newest key frame and those since."""
+        with self._changed:
+            self._may_repeat = True
 
     def put(self, frame: Frame) -> bool:
         """Returns False if it was left out, since it needs a frame that is missing."""
         with self._changed:
             is_chained = frame.format == "h264"
+            self._may_repeat = self._may_repeat and self._has_come(frame)
+            if self._may_repeat:
+                return True
+            self._last = dataclasses.replace(frame, data=b"")
             size = len(frame.data) + sum(len(waiting.data) for waiting in self._frames)
             is_full = len(self._frames) == self.MOST_WAITING or size > self._most_bytes
             if not is_chained or is_full:
@@ -439,6 +527,14 @@ class _Slot:
             self._frames.append(frame)
             self._changed.notify_all()
             return True
+
+    def _has_come(self, frame: Frame) -> bool:
+        last = self._last
+        if last is None or last.format != frame.format:
+            return False
+        if frame.format == "h264":
+            return frame.sequence <= last.sequence and frame.time <= last.time
+        return (frame.number, frame.time) == (last.number, last.time)
 
     def end(self, error: Optional[Error]) -> None:
         with self._changed:
@@ -457,6 +553,9 @@ class _Slot:
             return None
 
 
+_FrameStream = SideStream[pb.WatchRequest, pb.WatchUpdate]
+
+
 class Frames(Stream[Frame]):
     """The frames of a camera, as an iterator and as an asynchronous iterator."""
 
@@ -465,16 +564,19 @@ class Frames(Stream[Frame]):
         self._robot = robot  # lives as long as it is watched
         session = robot._session
         self._slot = _Slot(session.limits.frame)
-        requests = Requests(pb.WatchRequest(start=pb.WatchStart(
+        stream: _FrameStream = SideStream(
+            session, _wire.WATCH, pb.WatchRequest.SerializeToString, pb.WatchUpdate.FromString)
+        start = pb.WatchStart(
             session_id=session.hello.session_id, module=_wire.plain_text(module),
-            stream=_wire.plain_text(camera))))
-        stream = session.open_stream(_wire.WATCH, requests, pb.WatchRequest.SerializeToString,
-                                     pb.WatchUpdate.FromString)
+            stream=_wire.plain_text(camera))
         attempt = f"Cannot watch the camera {camera} at {session.target.place}"
-        self._finalizer = weakref.finalize(self, _end_stream, session, stream, requests)
+        _begin_frames(stream, start)
+        self._finalizer = weakref.finalize(self, stream.end)
         # It must not keep this object alive, whose end ends it.
-        threading.Thread(target=_read_frames, args=[session, stream, requests, self._slot, attempt],
-                         daemon=True, name="robaxi-frames").start()
+        threading.Thread(
+            target=_read_frames,
+            args=[stream, start, self._slot, session.limits.frame, attempt],
+            daemon=True, name="robaxi-frames").start()
 
     def close(self) -> None:
         self._slot.end(None)
@@ -484,31 +586,49 @@ class Frames(Stream[Frame]):
         return self._slot.take()
 
 
-def _read_frames(session: Session, stream: Any, requests: Requests[pb.WatchRequest], slot: _Slot,
+def _begin_frames(stream: _FrameStream, start: pb.WatchStart) -> None:
+    def first_request(resumption: int) -> pb.WatchRequest:
+        request = pb.WatchRequest(start=start)
+        request.start.resumption = resumption
+        return request
+
+    stream.begin(first_request)
+
+
+def _read_frames(stream: _FrameStream, start: pb.WatchStart, slot: _Slot, largest: int,
                  attempt: str) -> None:
-    received = 0
-    asked = -KEY_FRAME_DISTANCE
     error: Optional[Error] = None
     try:
-        for frame in _whole_frames(stream, session.limits.frame, attempt):
-            received += 1
-            request = pb.WatchRequest(received=received)
-            now = time.monotonic()
-            if not slot.put(frame) and now - asked >= KEY_FRAME_DISTANCE:
-                asked = now
-                request.key_frame = True
-            requests.put(request)
-    except grpc.RpcError as end:
-        error = session.error
-        if error is None and stream.code() != grpc.StatusCode.CANCELLED:
-            error = session.stream_error(attempt, end)
+        while True:
+            end: Optional[grpc.RpcError] = None
+            try:
+                _pass_frames(stream, slot, largest, attempt)
+            except grpc.RpcError as raised:
+                end = raised
+            if not stream.follow(end):
+                error = None if stream.is_over else stream.error(attempt, end)
+                break
+            slot.begin_again()
+            _begin_frames(stream, start)
     except Error as broken:
         error = broken
     slot.end(error)
-    _end_stream(session, stream, requests)
+    stream.end()
 
 
-def _whole_frames(stream: Any, largest: int, attempt: str) -> Iterator[Frame]:
+def _pass_frames(stream: _FrameStream, slot: _Slot, largest: int, attempt: str) -> None:
+    """Passes frames on until the stream ends."""
+    asked = -KEY_FRAME_DISTANCE
+    for received, frame in enumerate(_whole_frames(stream, largest, attempt), 1):
+        request = pb.WatchRequest(received=received)
+        now = time.monotonic()
+        if not slot.put(frame) and now - asked >= KEY_FRAME_DISTANCE:
+            asked = now
+            request.key_frame = True
+        stream.put(request)
+
+
+def _whole_frames(stream: _FrameStream, largest: int, attempt: str) -> Iterator[Frame]:
     header = pb.FrameHeader()
     data = bytearray()
     for update in stream:
@@ -522,7 +642,6 @@ def _whole_frames(stream: Any, largest: int, attempt: str) -> Iterator[Frame]:
         if len(data) == header.size:
             yield _make_frame(header, bytes(data), attempt)
             header = pb.FrameHeader()
-    raise describe(attempt, Cause.INTERNAL, "the robot ended the stream")
 
 
 def _make_frame(header: pb.FrameHeader, data: bytes, attempt: str) -> Frame:

@@ -48,13 +48,8 @@ class Limits:
     cameras: int = 16
     keys: int = 1_000_000
     heartbeat: int = 250  #: milliseconds between heartbeats
-    loss: int = 1500  #: milliseconds of silence after which a robot is lost
-    silence: int = 10_000  #: not used; the limit of programs that can resume a session
-
-    @property
-    def silent_heartbeats(self) -> int:
-        """Heartbeats without any received message, after which a robot is lost."""
-        return max(2, self.loss // self.heartbeat)
+    loss: int = 1500  #: milliseconds without any received message after which a robot is silent
+    silence: int = 10_000  #: milliseconds of silence after which it is lost
 
 
 _Set = Callable[[str], None]

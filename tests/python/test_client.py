@@ -96,7 +96,8 @@ def test_the_end_of_a_robot_is_noticed(echo, connect):
 
 
 def test_the_silence_of_a_robot_is_noticed(echo, connect):
-    robot = connect(echo.port)
+    settings = robaxi.Settings(limits=robaxi.Limits(silence=2000))
+    robot = connect(echo.port, settings=settings)
     changes = robot.values("Memory").watch()
     next(changes)
     echo.stop()

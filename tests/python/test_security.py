@@ -137,7 +137,7 @@ def test_the_users_file_is_read(tmp_path, monkeypatch):
     assert settings.access_to("::1", 9559).name == "marvin"
     assert settings.access_to("10.0.0.1", 9559) is settings.access
     assert (settings.limits.message, settings.limits.sessions_of_address) == (65536, 3)
-    assert settings.limits.silent_heartbeats == 2
+    assert (settings.limits.heartbeat, settings.limits.loss) == (250, 500)
     monkeypatch.setenv("ROBAXI_TLS", "no")
     monkeypatch.setenv("ROBAXI_LIMIT_CAMERAS", "7")
     settings = Settings.load()
