@@ -40,6 +40,19 @@ ElementRun::ElementRun(GStreamerPointer<GstElement> element, const std::string& 
     : fElement(std::move(element)),
       fInput(makePad(GST_PAD_SRC, input)),
       fOutput(makePad(GST_PAD_SINK, output)) {
+    try {
+        xStart(input);
+    } catch (...) {
+        xStop();
+        throw;
+    }
+}
+
+ElementRun::~ElementRun() {
+    xStop();
+}
+
+void ElementRun::xStart(const std::string& input) {
     const PadPointer sink(gst_element_get_static_pad(fElement.get(), "sink"));
     const PadPointer source(gst_element_get_static_pad(fElement.get(), "src"));
     link(fInput.get(), sink.get());
@@ -56,7 +69,8 @@ ElementRun::ElementRun(GStreamerPointer<GstElement> element, const std::string& 
     xBegin(caps.get());
 }
 
-ElementRun::~ElementRun() {
+/** GStreamer does not release an element that runs. */
+void ElementRun::xStop() {
     gst_element_set_state(fElement.get(), GST_STATE_NULL);
     gst_pad_set_active(fInput.get(), FALSE);
     gst_pad_set_active(fOutput.get(), FALSE);

@@ -50,7 +50,9 @@ class ElementRun {
   private:
     static GstFlowReturn xOnBuffer(GstPad* pad, GstObject* parent, GstBuffer* buffer);
     static gboolean xOnEvent(GstPad* pad, GstObject* parent, GstEvent* event);
+    void xStart(const std::string& input);
     void xBegin(GstCaps* input);
+    void xStop();
 
     GStreamerPointer<GstElement> fElement;
     PadPointer fInput;
