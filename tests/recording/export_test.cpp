@@ -4,6 +4,7 @@
 #include "plain_frames.h"
 #include "recording_files.h"
 #include "tool_process.h"
+#include "without_plugins.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -33,6 +34,7 @@ using ::testing::IsEmpty;
 constexpr int a_wrongUsage = 2;
 constexpr int a_notFound = 3;
 constexpr int a_notOffered = 8;
+constexpr int a_badPicture = 14;
 constexpr int a_cannotWrite = 12;
 constexpr int a_badRecording = 17;
 constexpr std::uint64_t a_millisecond = 1'000'000;
@@ -338,6 +340,14 @@ void expectFailure(int status, const std::string& sentence, const std::vector<st
     EXPECT_EQ(status, result.fStatus) << sentence;
     EXPECT_THAT(result.fErrors, HasSubstr(sentence));
     EXPECT_THAT(result.fOutput, IsEmpty());
+}
+
+TEST(Export, PngsOfH264NeedADecoder) {
+    const std::string sample = filmSample();
+    const obvista_test::WithoutPlugins none;
+    expectFailure(a_badPicture, "needs GStreamer's element \"avdec_h264\"",
+                  {sample, "-o", pathOf("undecoded.png")});
+    EXPECT_FALSE(std::filesystem::exists(pathOf("undecoded-000001.png")));
 }
 
 TEST(Export, RefusesWrongWords) {

@@ -1,11 +1,13 @@
 // A recording that is replayed and recorded again has the same values at the same robot times, and
 // the same frames.
+#include "eventually.h"
 #include "free_port.h"
 #include "loopback_broker.h"
 #include "plain_frames.h"
 #include "recording_files.h"
 #include "robot_process.h"
 #include "tool_process.h"
+#include "without_plugins.h"
 
 #include <picture/frame_check.h>
 #include <picture/frame_decoder.h>
@@ -233,25 +235,30 @@ int greyOf(const KVFrame& frame) {
     return isWhole ? rows[rows.size() / 2] : -1;
 }
 
-TEST(Replay, ShowsH264AtEachPositionToClientsThatComeWhileItIsPaused) {
-    constexpr std::uint64_t period = 33'333'000;  // nanoseconds
-    const std::string path = pathOf("film.mcap");
-    {
-        recording::Writer writer(path);
-        writer.writeMetadata({"robot", {{"name", "robot1"}, {"topics", "/robot1"}}});
-        const auto& schema = robot_recording::imageSchema(KVPixelFormat::H264);
-        const std::uint16_t camera =
-            writer.addChannel(writer.addSchema(schema.fName, schema.fEncoding, schema.fData),
-                              "/robot1/camera/head", schema.fMessageEncoding);
-        obvista_test::GreyFilm film;
-        film.next();  // The recording begins between two key frames.
-        for (std::uint64_t number = 2; number <= 90; ++number) {
-            const std::uint64_t time = a_start + number * period;
-            writer.write({camera, static_cast<std::uint32_t>(number), time, time,
-                          robot_recording::imageMessage(film.next(number == 5), "head")});
-        }
-        writer.finish();
+constexpr std::uint64_t a_filmPeriod = 33'333'000;  // nanoseconds
+
+/** Records 89 H.264 frames of a camera, of which the fourth is a key frame. @return the file */
+std::string recordFilm(const std::string& name) {
+    const std::string path = pathOf(name);
+    recording::Writer writer(path);
+    writer.writeMetadata({"robot", {{"name", "robot1"}, {"topics", "/robot1"}}});
+    const auto& schema = robot_recording::imageSchema(KVPixelFormat::H264);
+    const std::uint16_t camera =
+        writer.addChannel(writer.addSchema(schema.fName, schema.fEncoding, schema.fData),
+                          "/robot1/camera/head", schema.fMessageEncoding);
+    obvista_test::GreyFilm film;
+    film.next();  // The recording begins between two key frames.
+    for (std::uint64_t number = 2; number <= 90; ++number) {
+        const std::uint64_t time = a_start + number * a_filmPeriod;
+        writer.write({camera, static_cast<std::uint32_t>(number), time, time,
+                      robot_recording::imageMessage(film.next(number == 5), "head")});
     }
+    writer.finish();
+    return path;
+}
+
+TEST(Replay, ShowsH264AtEachPositionToClientsThatComeWhileItIsPaused) {
+    const std::string path = recordFilm("film.mcap");
     RobotProcess::Settings settings;
     settings.fArguments = {"--replay", path, "--paused"};
     const RobotProcess replay(settings);
@@ -261,19 +268,31 @@ TEST(Replay, ShowsH264AtEachPositionToClientsThatComeWhileItIsPaused) {
     NextFrame next(connection);
     EXPECT_EQ(next.of("head").fNumber, 5U) << "before its first frame a camera shows that one";
     for (const std::uint64_t number : {40U, 70U, 66U, 7U, 90U}) {
-        controls.callValue("seek", {static_cast<std::int64_t>((a_start + number * period) / 1000)});
+        controls.callValue("seek",
+                           {static_cast<std::int64_t>((a_start + number * a_filmPeriod) / 1000)});
         const KVFrame frame = next.of("head");
         EXPECT_EQ(frame.fNumber, number);
         EXPECT_EQ(frame.fFormat, KVPixelFormat::Jpeg);
         EXPECT_NEAR(greyOf(frame), obvista_test::GreyFilm::greyOf(number), 4) << number;
     }
-    controls.callValue("seek", {static_cast<std::int64_t>((a_start + 20 * period) / 1000)});
+    controls.callValue("seek", {static_cast<std::int64_t>((a_start + 20 * a_filmPeriod) / 1000)});
     for (const int step : {1, 1, -1}) {
         controls.callValue("step", {step, "head"});
     }
     const KVFrame frame = next.of("head");
     EXPECT_EQ(frame.fNumber, 21U);
     EXPECT_NEAR(greyOf(frame), obvista_test::GreyFilm::greyOf(21), 4);
+}
+
+TEST(Replay, ComplainsAboutH264WithoutADecoder) {
+    RobotProcess::Settings settings;
+    settings.fArguments = {"--replay", recordFilm("undecoded.mcap"), "--paused"};
+    const obvista_test::WithoutPlugins none;
+    RobotProcess replay(settings);
+    EXPECT_TRUE(obvista_test::eventually([&] {
+        return replay.process().errors().find(
+                   "not replayed: /robot1/camera/head: Showing H.264 needs") != std::string::npos;
+    })) << replay.process().errors();
 }
 
 }  // namespace

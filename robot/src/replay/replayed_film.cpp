@@ -1,6 +1,5 @@
 #include "replay/replayed_film.h"
 
-#include <picture/frame_check.h>
 #include <picture/pixel_format.h>
 
 #include <utility>
@@ -12,8 +11,11 @@ bool ReplayedFilm::take(KVFrame frame) {
         return false;
     }
     const picture::CheckedFrame checked = picture::check(frame);
-    if (checked.fault() != picture::FrameFault::None ||
-        fDecoder.decode(checked) != picture::FrameFault::None) {
+    fFault = checked.fault();
+    if (fFault == picture::FrameFault::None) {
+        fFault = fDecoder.decode(checked);
+    }
+    if (fFault != picture::FrameFault::None) {
         restart();
         return false;
     }

@@ -1,6 +1,7 @@
 #ifndef OBVISTA_ROBOT_REPLAY_REPLAYED_FILM_H
 #define OBVISTA_ROBOT_REPLAY_REPLAYED_FILM_H
 
+#include <picture/frame_check.h>
 #include <picture/jpeg.h>
 #include <robaxi/kv_frame.h>
 
@@ -19,6 +20,8 @@ class ReplayedFilm {
   public:
     /** Decodes the next frame. @return false if it cannot be decoded */
     bool take(KVFrame frame);
+    /** Returns the fault of the last frame that take() tried to decode. */
+    picture::FrameFault fault() const { return fFault; }
     /** Returns the last decoded frame as JPEG; nothing if there is none. */
     std::optional<KVFrame> picture();
     /** The next frame is at another place of the recording. */
@@ -30,6 +33,7 @@ class ReplayedFilm {
     picture::JpegWriter fJpegWriter;
     std::vector<unsigned char> fRows;
     std::optional<KVFrame> fFrame;  ///< that was decoded
+    picture::FrameFault fFault = picture::FrameFault::None;
 };
 
 }  // namespace robot

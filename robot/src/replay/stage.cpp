@@ -53,10 +53,14 @@ double rateOf(const Reader& reader, std::uint16_t channel) {
     return std::clamp(rate >= 2 ? std::round(rate) : std::round(rate * 10) / 10, 0.1, highest);
 }
 
+std::string notReplayed(const Reader& reader, std::uint16_t channel, const std::string& reason) {
+    return "not replayed: " + base::oneLine(reader.channels().at(channel).fTopic) + ": " +
+           base::oneLine(reason);
+}
+
 }  // namespace
 
-Stage::Stage(Reader& reader, const recorded_robot::RecordedRobot& robot,
-             const std::function<void(const std::string&)>& complain)
+Stage::Stage(Reader& reader, const recorded_robot::RecordedRobot& robot, const Complain& complain)
     : fMemory(std::make_shared<KVMemoryModule>("The recorded values of a robot.")),
       fStart(static_cast<std::int64_t>(reader.statistics().fStart /
                                        base::a_nanosecondsPerMicrosecond)) {
@@ -64,8 +68,7 @@ Stage::Stage(Reader& reader, const recorded_robot::RecordedRobot& robot,
         Channel channel{{reader, id, recorded}, {}, nullptr};
         const Content content = channel.fReader.channel().fContent;
         if (content == Content::Unknown) {
-            complain("not replayed: " + base::oneLine(reader.channels().at(id).fTopic) + ": " +
-                     base::oneLine(channel.fReader.channel().fReason));
+            complain(notReplayed(reader, id, channel.fReader.channel().fReason));
             continue;
         }
         const bool isHistory = content == Content::Group || content == Content::Events;
@@ -81,7 +84,7 @@ Stage::Stage(Reader& reader, const recorded_robot::RecordedRobot& robot,
         fChannelsById.emplace(id, std::move(channel));
     }
     xAddKeys(reader);
-    xAddCameras(reader);
+    xAddCameras(reader, complain);
 }
 
 void Stage::xAddKeys(Reader& reader) {
@@ -129,7 +132,7 @@ void Stage::xRemove(const std::string& key) {
 
 // Cameras
 
-void Stage::xAddCameras(Reader& reader) {
+void Stage::xAddCameras(Reader& reader, const Complain& complain) {
     for (const auto& [id, channel] : fChannelsById) {
         const RecordedChannel& recorded = channel.fReader.channel();
         if (!hasPictures(recorded.fContent)) {
@@ -139,7 +142,7 @@ void Stage::xAddCameras(Reader& reader) {
         if (camera != fCameras.end()) {
             camera->second.fChannels.insert(id);
         } else if (!recorded.fName.empty() && fCameras.size() < a_mostCameras) {
-            xAddCamera(reader, recorded.fName, id);
+            xAddCamera(reader, recorded.fName, id, complain);
         }
     }
 }
@@ -168,9 +171,14 @@ std::optional<KVFrame> Stage::xFirstFrame(Reader& reader, std::uint16_t channel)
 }
 
 /** A camera without a frame that can be shown is left out. */
-void Stage::xAddCamera(Reader& reader, const std::string& name, std::uint16_t first) {
+void Stage::xAddCamera(Reader& reader, const std::string& name, std::uint16_t first,
+                       const Complain& complain) {
     Camera camera{{first}, xFirstFrame(reader, first), std::nullopt, nullptr};
     if (!camera.fFirst || camera.fFirst->fWidth == 0 || camera.fFirst->fHeight == 0) {
+        const ReplayedFilm* const film = fChannelsById.at(first).fFilm.get();
+        if (film != nullptr && film->fault() == picture::FrameFault::NoH264Decoder) {
+            complain(notReplayed(reader, first, faultText(film->fault())));
+        }
         return;
     }
     if (!fVideo) {

@@ -33,12 +33,14 @@ namespace robot {
  */
 class Stage {
   public:
+    using Complain = std::function<void(const std::string&)>;
+
     /**
      * @param reader reads the first frame of each camera
      * @param complain receives a line for each channel that cannot be replayed
      */
     Stage(recording::Reader& reader, const recorded_robot::RecordedRobot& robot,
-          const std::function<void(const std::string&)>& complain);
+          const Complain& complain);
 
     std::shared_ptr<KVMemoryModule> memory() const { return fMemory; }
     /** Null if there are no cameras. */
@@ -99,8 +101,9 @@ class Stage {
     };
 
     void xAddKeys(recording::Reader& reader);
-    void xAddCameras(recording::Reader& reader);
-    void xAddCamera(recording::Reader& reader, const std::string& name, std::uint16_t first);
+    void xAddCameras(recording::Reader& reader, const Complain& complain);
+    void xAddCamera(recording::Reader& reader, const std::string& name, std::uint16_t first,
+                    const Complain& complain);
     std::optional<KVFrame> xFrame(const recording::Message& message);
     std::optional<KVFrame> xFirstFrame(recording::Reader& reader, std::uint16_t channel);
     void xShowPicture(const std::string& camera, Channel& channel,

@@ -1,5 +1,6 @@
 #include "frame_stamp.h"
 #include "robot_process.h"
+#include "without_plugins.h"
 
 #include <picture/frame_check.h>
 #include <robaxi/kv_broker.h>
@@ -13,7 +14,6 @@
 
 #include <codec/h264_decoder.h>
 #include <condition_variable>
-#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -241,14 +241,8 @@ TEST_F(VideoTest, h264CanBeDecodedFromTheFirstFrameOnAndShowsTheFrames) {
 }
 
 TEST(VideoWithoutPlugins, aRobotWithoutAnEncoderOffersNoH264) {
-    setenv("GST_PLUGIN_SYSTEM_PATH_1_0", "/nonexistent", 1);
-    const char* const registry = std::getenv("GST_REGISTRY_1_0");
-    const std::string before = registry != nullptr ? registry : "";
-    const std::string other = testing::TempDir() + "registry.bin";
-    setenv("GST_REGISTRY_1_0", other.c_str(), 1);
+    const obvista_test::WithoutPlugins none;
     const RobotProcess robot;
-    unsetenv("GST_PLUGIN_SYSTEM_PATH_1_0");
-    setenv("GST_REGISTRY_1_0", before.c_str(), 1);
     KVProxy video("KVVideo", RobotProcess::address(), robot.port(),
                   KVBroker::createBroker({"test"}), a_timeOut, 0);
     const KVValue::Map head = video.call<KVValue::List>("getCameras").at(0).toMap();

@@ -68,7 +68,7 @@ class FrameFiles {
     FrameFiles(const FrameFiles&) = delete;
     FrameFiles& operator=(const FrameFiles&) = delete;
 
-    /** @return false if the frame is damaged */
+    /** @return false if the frame is damaged. @throws Failure if the files cannot be made */
     virtual bool write(const KVFrame& frame, std::int64_t arrival) = 0;
     virtual std::vector<std::string> finish() = 0;
 };
@@ -81,6 +81,8 @@ class PngFiles : public FrameFiles {
         std::string content;
         try {
             content = pictureFile(frame, PictureFormat::Png, fPixels);
+        } catch (const NoDecoder&) {
+            throw;
         } catch (const Failure&) {
             return false;
         }

@@ -35,7 +35,7 @@ PictureFormat bestFormatFor(KVPixelFormat format);
  *
  * @param frame untrusted
  * @param reader has read or skipped the H.264 frames before
- * @throws Failure BadPicture
+ * @throws NoDecoder, Failure BadPicture
  */
 std::string pictureFile(const KVFrame& frame, PictureFormat format, PixelReader& reader);
 

@@ -1,7 +1,6 @@
 #include "snapshot/pixels.h"
 
 #include "h264/h264_pixels.h"
-#include "process/failure.h"
 #include "process/tool_library.h"
 
 #include <picture/colours.h>
@@ -17,6 +16,9 @@ using picture::FrameFault;
 using Channels = Pixels::Channels;
 
 void requireNone(FrameFault fault) {
+    if (fault == FrameFault::NoH264Decoder) {
+        throw NoDecoder();
+    }
     if (fault != FrameFault::None) {
         throw Failure(ExitStatus::BadPicture, faultText(fault));
     }

@@ -1,6 +1,8 @@
 #ifndef OBVISTA_TOOLS_ROBAXI_SNAPSHOT_PIXELS_H
 #define OBVISTA_TOOLS_ROBAXI_SNAPSHOT_PIXELS_H
 
+#include "process/failure.h"
+
 #include <picture/frame_check.h>
 #include <picture/jpeg.h>
 #include <picture/pixel_format.h>
@@ -27,6 +29,12 @@ struct Pixels {
     std::vector<unsigned char> fBytes;
 };
 
+/** This computer has no decoder of H.264. */
+class NoDecoder : public Failure {
+  public:
+    NoDecoder() : Failure(ExitStatus::BadPicture, faultText(picture::FrameFault::NoH264Decoder)) {}
+};
+
 class H264Pixels;
 
 /**
@@ -41,9 +49,9 @@ class PixelReader {
     PixelReader(const PixelReader&) = delete;
     PixelReader& operator=(const PixelReader&) = delete;
 
-    /** @throws Failure BadPicture with the fault */
+    /** @throws NoDecoder, Failure BadPicture with the fault */
     Pixels read(const KVFrame& frame);
-    /** Decodes an H.264 frame whose pixels are not needed. @throws Failure BadPicture */
+    /** Decodes an H.264 frame whose pixels are not needed. @throws NoDecoder, Failure */
     void skip(const KVFrame& frame);
 
   private:
