@@ -18,7 +18,9 @@ WriteQueue::~WriteQueue() {
         fIsEnding = true;
         fWake.notify_one();
     }
-    fWriter->cancel();
+    if (fWriter) {
+        fWriter->cancel();
+    }
     fThread.join();
 }
 
@@ -28,7 +30,9 @@ void WriteQueue::setWriter(std::unique_ptr<ValueWriter> writer) {
         const std::lock_guard<std::mutex> lock(fMutex);
         fWriter.swap(next);
     }
-    next->cancel();
+    if (next) {
+        next->cancel();
+    }
 }
 
 void WriteQueue::write(const WrittenKey& key, const KVValue& before, const KVValue& value) {
@@ -50,9 +54,15 @@ const WriteState* WriteQueue::state(std::uint32_t id) const {
 
 void WriteQueue::giveUp(const QString& reason) {
     std::deque<Job> jobs;
+    std::shared_ptr<ValueWriter> writer;
     {
         const std::lock_guard<std::mutex> lock(fMutex);
         jobs.swap(fJobs);
+        writer.swap(fWriter);
+        fRefusal = reason;
+    }
+    if (writer) {
+        writer->cancel();
     }
     for (const Job& job : jobs) {
         xFinish(job, reason);
@@ -70,6 +80,7 @@ void WriteQueue::xRun() {
     for (;;) {
         Job job;
         std::shared_ptr<ValueWriter> writer;
+        QString refusal;
         {
             std::unique_lock<std::mutex> lock(fMutex);
             fWake.wait(lock, [this] { return fIsEnding || !fJobs.empty(); });
@@ -79,10 +90,13 @@ void WriteQueue::xRun() {
             job = std::move(fJobs.front());
             fJobs.pop_front();
             writer = fWriter;
+            refusal = fRefusal;
         }
-        QString refusal;
         try {
-            writer->write(job.fKey.fName, job.fValue);
+            if (writer) {
+                refusal.clear();
+                writer->write(job.fKey.fName, job.fValue);
+            }
         } catch (const KVError& error) {
             refusal = obvista::plainText(error.toString());
         } catch (const std::exception& error) {

@@ -60,15 +60,21 @@ class WriteQueue : public QObject {
 
     /** The last write of a key, until the next one; null if it was never written. */
     const WriteState* state(std::uint32_t id) const;
-    /** Writes through another writer from now on. The running write is cancelled. */
+    /** Writes through another writer from now on, also after giveUp(). The running write is
+     *  cancelled. */
     void setWriter(std::unique_ptr<ValueWriter> writer);
-    /** Ends all waiting writes as refused, for instance when the robot is lost. */
+    /**
+     * Refuses the waiting writes and all later ones until setWriter(), for instance when the robot
+     * is lost: another one may answer at its address. The running write is cancelled.
+     */
     void giveUp(const QString& reason);
 
     /** Returns true if the last write was accepted and can be undone, and none is pending. */
     bool canUndo() const { return fUndo.has_value() && fPending == 0; }
     /** Writes the value before the last accepted write; called again, writes that value again. */
     void undo();
+    /** Forgets the write that undo() would take back: it was another robot's. */
+    void forgetUndo() { fUndo.reset(); }
 
   Q_SIGNALS:
     /** Emitted when the state of the last write of a key has changed. */
@@ -100,7 +106,8 @@ class WriteQueue : public QObject {
 
     std::mutex fMutex;  // guards the members below
     std::condition_variable fWake;
-    std::shared_ptr<ValueWriter> fWriter;
+    std::shared_ptr<ValueWriter> fWriter;  // null after giveUp()
+    QString fRefusal;                      // its reason
     std::deque<Job> fJobs;
     bool fIsEnding = false;
     std::thread fThread;

@@ -251,6 +251,7 @@ void MemoryViewerWidget::xEndCurves() {
 void MemoryViewerWidget::xOnRobotReplaced() {
     fRecording->setRobotName(robotName());
     fSession->recorder().stop();
+    fSession->writes().forgetUndo();
 }
 
 void MemoryViewerWidget::xOnTick() {

@@ -85,6 +85,8 @@ class WriteQueueTest : public QObject {
     void undoesNothingThatWasRefused();
     void saysWhenThereIsNoRobot();
     void givesUpWhatWaits();
+    void refusesEveryWriteOnceGivenUp();
+    void forgetsWhatCanBeUndone();
     void endsWhileTheRobotIsSlow();
 
   private:
@@ -93,15 +95,18 @@ class WriteQueueTest : public QObject {
         fQueue->write({a_id, "Key"}, KVValue(before), KVValue(value));
     }
 
+    std::unique_ptr<RobotWriter> xMakeWriter() const {
+        const auto broker = KVBroker::createBroker({"WriteQueueTest"});
+        return std::make_unique<RobotWriter>(broker, "127.0.0.1", fRobot->port(), 5);
+    }
+
     std::unique_ptr<Robot> fRobot;
     std::unique_ptr<WriteQueue> fQueue;
 };
 
 void WriteQueueTest::init() {
     fRobot = std::make_unique<Robot>();
-    const auto broker = KVBroker::createBroker({"WriteQueueTest"});
-    fQueue = std::make_unique<WriteQueue>(
-        std::make_unique<RobotWriter>(broker, "127.0.0.1", fRobot->port(), 5));
+    fQueue = std::make_unique<WriteQueue>(xMakeWriter());
 }
 
 void WriteQueueTest::cleanup() {
@@ -198,6 +203,31 @@ void WriteQueueTest::givesUpWhatWaits() {
     fRobot->setSlow(false);
     QTRY_VERIFY(fQueue->state(a_otherId)->fPhase != Phase::Pending);
     QVERIFY(fRobot->taken().size() <= 1);
+}
+
+/** The robot that answers at the address may be another one. */
+void WriteQueueTest::refusesEveryWriteOnceGivenUp() {
+    xWrite(0, 1);
+    QTRY_VERIFY(fQueue->canUndo());
+    fQueue->giveUp(QStringLiteral("The robot is lost."));
+    xWrite(1, 2);
+    QTRY_COMPARE(int(xPhase()), int(Phase::Refused));
+    QCOMPARE(fQueue->state(a_id)->fReason, QStringLiteral("The robot is lost."));
+    fQueue->undo();
+    QTRY_COMPARE(int(xPhase()), int(Phase::Refused));
+    QCOMPARE(fRobot->taken(), std::vector<std::int64_t>{1});
+
+    fQueue->setWriter(xMakeWriter());
+    xWrite(1, 3);
+    QTRY_COMPARE(int(xPhase()), int(Phase::Accepted));
+    QCOMPARE(fRobot->taken(), (std::vector<std::int64_t>{1, 3}));
+}
+
+void WriteQueueTest::forgetsWhatCanBeUndone() {
+    xWrite(0, 1);
+    QTRY_VERIFY(fQueue->canUndo());
+    fQueue->forgetUndo();
+    QVERIFY(!fQueue->canUndo());
 }
 
 void WriteQueueTest::endsWhileTheRobotIsSlow() {
