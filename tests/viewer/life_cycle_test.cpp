@@ -12,11 +12,13 @@
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QMainWindow>
+#include <QMenu>
 #include <QPointer>
 #include <QRegularExpression>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTcpServer>
+#include <QToolButton>
 #include <QtTest>
 #include <qt_test_main.h>
 
@@ -51,6 +53,14 @@ class StubbornDock : public QDockWidget {
 QString bannerOf(QWidget* viewer) {
     const auto* banner = viewer->findChild<QLabel*>(QStringLiteral("viewerBanner"));
     return banner->isVisible() ? banner->text() : QString();
+}
+
+/** Returns the seconds of silence that the banner says; -1 if it says something else. */
+int secondsWithoutAnswer(QWidget* viewer) {
+    const auto* banner = viewer->findChild<QLabel*>(QStringLiteral("viewerBanner"));
+    const QRegularExpression sentence(QStringLiteral("^No answer for (\\d+) s$"));
+    const QRegularExpressionMatch match = sentence.match(banner->text());
+    return match.hasMatch() ? match.captured(1).toInt() : -1;
 }
 
 KVError::Cause causeOfFailure(PluginDriver& viewer, int port) {
@@ -95,6 +105,8 @@ class LifeCycleTest : public QObject {
     void givesUpWhenTheUserDoes();
     void asksBeforeItConnectsToAnotherRobot();
     void followsAnAnnouncedRobotToAnotherPort();
+    void followsARobotWhoseAddressAnotherGot();
+    void hasOneSettingForEveryOpenViewer();
     void closesWhileItTriesToConnectAgain();
     void survivesItsDeletionInsideTheReport();
     void survivesTheWidgetsDeletionInsideTheReport();
@@ -296,15 +308,10 @@ void LifeCycleTest::saysHowLongARobotHasNotAnswered() {
     QTRY_VERIFY(isLive(widget));
     const auto* banner = widget->findChild<QLabel*>(QStringLiteral("viewerBanner"));
     QVERIFY(banner != nullptr);
-    const auto seconds = [banner] {
-        const QRegularExpression sentence(QStringLiteral("^No answer for (\\d+) s$"));
-        const QRegularExpressionMatch match = sentence.match(banner->text());
-        return match.hasMatch() ? match.captured(1).toInt() : -1;
-    };
     robot.suspend();
-    QTRY_VERIFY(seconds() >= 1);
-    const int before = seconds();
-    QTRY_VERIFY(seconds() > before);
+    QTRY_VERIFY(secondsWithoutAnswer(widget) >= 1);
+    const int before = secondsWithoutAnswer(widget);
+    QTRY_VERIFY(secondsWithoutAnswer(widget) > before);
     robot.resume();
     QTRY_VERIFY(!banner->text().contains(QLatin1String("No answer")));
     QTRY_VERIFY(isLive(widget));
@@ -432,6 +439,46 @@ void LifeCycleTest::followsAnAnnouncedRobotToAnotherPort() {
     QTRY_VERIFY((fRobot->show(8), shows(widget, 8)));
     const auto* address = widget->findChild<QLabel*>(QStringLiteral("robotAddress"));
     QCOMPARE(address->text(), QStringLiteral("127.0.0.1:%1").arg(fRobot->port()));
+}
+
+void LifeCycleTest::followsARobotWhoseAddressAnotherGot() {
+    RobotProcess robot;
+    Announced announced;
+    announced.robot("robot.local", robot.port(), "127.0.0.1");
+    QSettings().setValue(QStringLiteral("Viewers/reconnect"), true);
+    QWidget* widget = fViewer->createWidget(robot.port());
+    fViewer->dock(widget);
+    QTRY_VERIFY(isLive(widget));
+    robot.suspend();
+    QTRY_VERIFY(secondsWithoutAnswer(widget) >= 1);
+    announced.withdraw("robot.local");
+    announced.robot("other.local", robot.port(), "127.0.0.1");
+    const int before = secondsWithoutAnswer(widget);
+    QTRY_VERIFY(secondsWithoutAnswer(widget) > before + 1);
+    robot.kill();
+    QTRY_VERIFY(bannerOf(widget).startsWith(QLatin1String("Lost ")));
+    RobotProcess moved;
+    announced.robot("robot.local", moved.port(), "127.0.0.1");
+    QTRY_COMPARE(bannerOf(widget), QString());
+    const auto* address = widget->findChild<QLabel*>(QStringLiteral("robotAddress"));
+    QCOMPARE(address->text(), QStringLiteral("127.0.0.1:%1").arg(moved.port()));
+}
+
+void LifeCycleTest::hasOneSettingForEveryOpenViewer() {
+    QWidget* first = xShow(*fRobot);
+    QWidget* second = xShow(*fRobot);
+    QTRY_VERIFY(isLive(first) && isLive(second));
+    const auto actionOf = [](QWidget* viewer) {
+        return viewer->findChild<QAction*>(QStringLiteral("reconnectAction"));
+    };
+    actionOf(first)->trigger();
+    auto* button = second->findChild<QToolButton*>(QStringLiteral("connectionButton"));
+    Q_EMIT button->menu()->aboutToShow();
+    QVERIFY(actionOf(second)->isChecked());
+    actionOf(second)->trigger();
+    QVERIFY(actionOf(first)->isChecked());  // until its menu opens
+    xLoseRobot();
+    QTRY_VERIFY(saysLost(first) && saysLost(second));
 }
 
 void LifeCycleTest::closesWhileItTriesToConnectAgain() {

@@ -46,6 +46,7 @@ void RobotHeader::addButton() {
     fConnection = new QToolButton(this);
     auto* menu = new QMenu(fConnection);
     menu->addAction(fReconnect);
+    connect(menu, &QMenu::aboutToShow, this, &RobotHeader::menuOpening);
     fConnection->setObjectName(QStringLiteral("connectionButton"));
     fConnection->setText(tr("Connection"));
     explain(*fConnection, tr("Settings of the connection to the robot"));

@@ -29,6 +29,10 @@ class RobotHeader : public QWidget {
 
     QSize minimumSizeHint() const override;
 
+  Q_SIGNALS:
+    /** The menu opens: the entry must say the setting, which is common to all viewers. */
+    void menuOpening();
+
   protected:
     void resizeEvent(QResizeEvent* event) override;
     void changeEvent(QEvent* event) override;

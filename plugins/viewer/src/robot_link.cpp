@@ -47,7 +47,11 @@ double RobotLink::silence() const {
     return isSilent ? fConnection->getSilence() : 0;
 }
 
+/** Another robot may have got the address of one that does not answer. */
 void RobotLink::noteAnnouncement() {
+    if (silence() > 0) {
+        return;
+    }
     if (const auto announcement = announcedAt({fAddress, fPort})) {
         fAnnouncement = std::make_shared<Announcement>(*announcement);
     }
@@ -62,7 +66,9 @@ void RobotLink::startReconnecting() {
     if (isClosed() || fReconnection) {
         return;
     }
-    noteAnnouncement();
+    if (!fAnnouncement) {
+        noteAnnouncement();
+    }
     stop();
     fReplay.reset();
     KnownRobot lost{{fAddress, fPort}, fRobotName, std::nullopt};

@@ -39,6 +39,11 @@ constexpr Qt::Key a_listKeys = Qt::Key_F1;
 const QKeySequence a_closeKeys(Qt::CTRL + Qt::Key_W);
 const QKeySequence a_floatKeys(Qt::CTRL + Qt::SHIFT + Qt::Key_F);
 
+/** Another viewer, also of another process, may have changed it. */
+bool isReconnectWanted() {
+    return QSettings().value(a_reconnectKey).toBool();
+}
+
 }  // namespace
 
 ViewerWidget::ViewerWidget(std::shared_ptr<RobotLink> link, WidgetInterface* plugin,
@@ -51,7 +56,9 @@ ViewerWidget::ViewerWidget(std::shared_ptr<RobotLink> link, WidgetInterface* plu
       fTimeBar(new TimeBar(this)) {
     fHeader->setRobot(robotName(), robotAddress());
     QAction* reconnect = fHeader->reconnectAction();
-    reconnect->setChecked(QSettings().value(a_reconnectKey).toBool());
+    const auto showSetting = [reconnect] { reconnect->setChecked(isReconnectWanted()); };
+    showSetting();
+    connect(fHeader, &RobotHeader::menuOpening, this, showSetting);
     connect(reconnect, &QAction::triggered, this,
             [](bool isWanted) { QSettings().setValue(a_reconnectKey, isWanted); });
     // Queued, since a receiver of the loss may delete the button.
@@ -236,7 +243,7 @@ void ViewerWidget::xOnNotice() {
     } else if (!fLink->isLost()) {
         xShowReplay();
         Q_EMIT newsArrived();
-    } else if (fHeader->reconnectAction()->isChecked()) {
+    } else if (isReconnectWanted()) {
         xInterrupt();
     } else {
         xEnd(LinkState::Lost);
