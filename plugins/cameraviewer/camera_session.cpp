@@ -7,6 +7,7 @@
 #include <picture/pixel_format.h>
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace cameraviewer {
@@ -24,6 +25,8 @@ constexpr Seconds a_askAgainWithoutCameras{1.5};
 constexpr Seconds a_askAgain{5};
 /** Delay between the end of a stream and the next attempt. */
 constexpr Seconds a_watchAgain{1};
+/** Time in which a robot that has returned gets its modules and cameras, after it listens. */
+constexpr std::chrono::seconds a_startTime{5};
 constexpr int a_maxCameraNameShown = 60;
 
 /** Returns a camera of which only the name is known. */
@@ -155,6 +158,7 @@ void CameraSession::resume() {
     fEndBefore.reset();
     fRecalled.clear();
     fAsked = Clock::now();
+    fStarting = fAsked + a_startTime;
     fLink->client().listCameras();
     xUpdateWatching();
     Q_EMIT situationChanged();
@@ -221,16 +225,28 @@ void CameraSession::xTakeAnswers(const VideoAnswers& answers) {
 }
 
 void CameraSession::xTakeCameras(const std::vector<picture::CameraInfo>& cameras) {
+    if (xIsStarting(cameras)) {
+        return;
+    }
     if (cameras == fCameras && !fChosen.empty()) {
+        xRecallSettings();  // not yet for a robot that has returned
         return;
     }
     fCameras = cameras;
     if (camera() == nullptr) {
         xChoose(xDefaultCamera());
     } else {
-        xRecallSettings();  // not yet for a robot that has returned
+        xRecallSettings();
     }
     Q_EMIT camerasChanged();
+}
+
+/** Returns true for the answer of a robot that has returned and lacks the chosen camera so far. */
+bool CameraSession::xIsStarting(const std::vector<picture::CameraInfo>& cameras) const {
+    return !fChosen.empty() && Clock::now() < fStarting &&
+           std::none_of(cameras.begin(), cameras.end(), [this](const picture::CameraInfo& camera) {
+               return camera.fName == fChosen;
+           });
 }
 
 /** A failure other than these says nothing about the cameras. */

@@ -97,6 +97,7 @@ class CameraSession : public QObject {
   private:
     void xTakeAnswers(const VideoAnswers& answers);
     void xTakeCameras(const std::vector<picture::CameraInfo>& cameras);
+    bool xIsStarting(const std::vector<picture::CameraInfo>& cameras) const;
     void xTakeFailure(const KVError& failure);
     void xTakeChange(const VideoAnswers::Change& change);
     void xAskFor(const picture::CameraSettings& settings);
@@ -123,6 +124,7 @@ class CameraSession : public QObject {
     std::optional<KVError> fEndBefore;  // of the previous stream
     picture::FrameFault fDecodingFault = picture::FrameFault::None;
     FeedState::Clock::time_point fAsked;
+    FeedState::Clock::time_point fStarting;  // until when a robot that has returned starts
     bool fIsAutomatic = false;
     BandwidthControl fBandwidth;
     std::optional<picture::CameraSettings> fAutomaticWish;  // not chosen by the user

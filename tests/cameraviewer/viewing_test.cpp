@@ -146,6 +146,9 @@ class ViewingTest : public QObject {
     void survivesNonsenseAboutCameras();
     void showsTextsOfTheRobotAsPlainText();
 
+    void leavesWhatSomebodySetsAfterTheRobotReturned();
+    void goesOnWithARobotThatReturnsBeforeItsCamera();
+
     void savesTheVeryPixels();
     void saysWhyThereIsNoSnapshot();
     void recordsWhileItIsHidden();
@@ -164,6 +167,8 @@ class ViewingTest : public QObject {
 
   private:
     QWidget* xShow();
+    /** Makes the robot return at the same port, without cameras, after it was lost. */
+    void xRestartRobot();
     void xVerifyShown(const QColor& color);
 
     std::unique_ptr<QTemporaryDir> fFolder;
@@ -193,6 +198,12 @@ QWidget* ViewingTest::xShow() {
     fViewer = fDriver->show(fRobot->port());
     [this] { QTRY_COMPARE(fRobot->watchers("head"), 1); }();
     return fViewer;
+}
+
+void ViewingTest::xRestartRobot() {
+    const int port = fRobot->port();
+    fRobot.reset();
+    fRobot = std::make_unique<VideoRobot>("TestRobot", VideoRobot::Video::Offered, port);
 }
 
 void ViewingTest::xVerifyShown(const QColor& color) {
@@ -625,6 +636,47 @@ void ViewingTest::showsTextsOfTheRobotAsPlainText() {
         QVERIFY(!label->toolTip().contains(QLatin1String("<h1>")));
     }
     QVERIFY(viewer->minimumSizeHint().width() < 500);
+}
+
+void ViewingTest::leavesWhatSomebodySetsAfterTheRobotReturned() {
+    QSettings().setValue(QStringLiteral("Viewers/reconnect"), true);
+    QWidget* viewer = xShow();
+    QVERIFY(choose(viewer, "formatBox", QStringLiteral("Grey")));
+    QTRY_COMPARE(fRobot->settings("head")["format"], KVValue("grey"));
+    QTRY_COMPARE(boxOf(viewer, "formatBox")->currentText(), QStringLiteral("Grey"));
+    fDriver->letTimePass();
+    xRestartRobot();
+    fRobot->addCamera("head");
+    fRobot->setSettings("head", {{"format", KVValue("grey")}});
+    fRobot->addCamera("rear");
+    QTRY_VERIFY(fRobot->watchers("head") == 1 && fRobot->lists() > 0);
+    fDriver->letTimePass();
+    fRobot->setSettings("head", {{"format", KVValue("rgb")}});
+    for (int i = 0; i < 100 && boxOf(viewer, "formatBox")->currentText() != QLatin1String("RGB");
+         ++i) {
+        fRobot->publish("head", plainFrame(Qt::red));
+        QTest::qWait(50);
+    }
+    QCOMPARE(boxOf(viewer, "formatBox")->currentText(), QStringLiteral("RGB"));
+    fDriver->letTimePass();
+    QCOMPARE(fRobot->settings("head")["format"], KVValue("rgb"));
+}
+
+void ViewingTest::goesOnWithARobotThatReturnsBeforeItsCamera() {
+    QSettings().setValue(QStringLiteral("Viewers/reconnect"), true);
+    QWidget* viewer = xShow();
+    xVerifyShown(Qt::red);
+    actionOf(viewer, "recordAction")->trigger();
+    fRobot->publish("head", plainFrame(Qt::green));
+    QTRY_COMPARE(shownColor(viewer), QColor(Qt::green));
+    xRestartRobot();
+    QTRY_VERIFY(fRobot->lists() > 0);
+    fRobot->addCamera("rear");
+    fRobot->addCamera("head");
+    QTRY_COMPARE(fRobot->watchers("head"), 1);
+    QVERIFY(actionOf(viewer, "recordAction")->isChecked());
+    QCOMPARE(boxOf(viewer, "cameraBox")->currentText(), QStringLiteral("head"));
+    xVerifyShown(Qt::blue);
 }
 
 void ViewingTest::savesTheVeryPixels() {

@@ -108,6 +108,11 @@ void VideoRobot::delay(std::chrono::milliseconds time) {
     fDelay = time;
 }
 
+int VideoRobot::lists() const {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    return fLists;
+}
+
 void VideoRobot::lieAboutCameras(const KVValue& answer) {
     const std::lock_guard<std::mutex> lock(fMutex);
     fLie = answer;
@@ -139,8 +144,9 @@ std::vector<VideoRobot::Camera>::iterator VideoRobot::xFind(const std::string& n
     return found;
 }
 
-KVValue VideoRobot::xGetCameras() const {
+KVValue VideoRobot::xGetCameras() {
     const std::lock_guard<std::mutex> lock(fMutex);
+    ++fLists;
     if (!fLie.isNothing()) {
         return fLie;
     }

@@ -48,6 +48,8 @@ class VideoRobot {
     void refuse(const std::string& sentence);
     /** Delays every call by this time. */
     void delay(std::chrono::milliseconds time);
+    /** Returns how often the cameras were listed. */
+    int lists() const;
     /** Sets the answer of "getCameras". */
     void lieAboutCameras(const KVValue& answer);
     /** Returns the camera's settings, as "getSettings" does. */
@@ -67,7 +69,7 @@ class VideoRobot {
     };
     std::vector<Camera>::iterator xFind(const std::string& name);
 
-    KVValue xGetCameras() const;
+    KVValue xGetCameras();
     KVValue xSetSettings(const KVValue::List& arguments);
     void xWait() const;
 
@@ -76,6 +78,7 @@ class VideoRobot {
     std::vector<Camera> fCameras;  // in the order in which they were added
     std::map<std::string, std::uint64_t> fNumbers;
     std::string fRefusal;
+    int fLists = 0;
     KVValue fLie;
     std::chrono::milliseconds fDelay{0};
     boost::shared_ptr<KVBroker> fBroker;
