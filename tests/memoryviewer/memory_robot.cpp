@@ -13,9 +13,7 @@ MemoryRobot::MemoryRobot(const std::string& name, Memory memory, int port)
     : fBroker(createTestBroker(name, port)), fTable(std::make_shared<KVValueTable>()) {
     fPort = fBroker->getPort();
     if (memory == Memory::Offered) {
-        const auto module = std::make_shared<KVModule>("KVMemory", "values of a test");
-        module->setValues(fTable);
-        fBroker->addModule(module);
+        offerMemory();
     }
 }
 
@@ -36,6 +34,12 @@ void MemoryRobot::set(const std::string& key, const KVValue& value, std::int64_t
 void MemoryRobot::remove(const std::string& key) {
     fTable->removeKey(fIds.at(key));
     fIds.erase(key);
+}
+
+void MemoryRobot::offerMemory() {
+    const auto module = std::make_shared<KVModule>("KVMemory", "values of a test");
+    module->setValues(fTable);
+    fBroker->addModule(module);
 }
 
 void MemoryRobot::stop() {

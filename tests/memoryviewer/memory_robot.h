@@ -36,6 +36,8 @@ class MemoryRobot {
      */
     void set(const std::string& key, const KVValue& value, std::int64_t time = 0);
     void remove(const std::string& key);
+    /** Adds the memory to a robot without one. */
+    void offerMemory();
 
     /** Breaks every connection and stops listening. */
     void stop();

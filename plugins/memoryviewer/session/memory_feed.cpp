@@ -129,7 +129,7 @@ void MemoryFeed::xMerge(std::uint32_t id, const KVChange& change) {
 void MemoryFeed::ended(const KVError& error) {
     if (error.cause() != KVError::Cause::ConnectionLost) {
         const std::lock_guard<std::mutex> lock(fMutex);
-        fPending.fBatch.fRefusal = error.toString();
+        fPending.fBatch.fRefusal = error;
         xNotify();
     }
 }

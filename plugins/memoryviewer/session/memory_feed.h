@@ -5,13 +5,13 @@
 #include "session/memory_key.h"
 
 #include <obvista/viewer/notice.h>
+#include <robaxi/kv_error.h>
 #include <robaxi/kv_subscription.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <mutex>
 #include <optional>
-#include <string>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -27,8 +27,8 @@ struct MemoryBatch {
     std::vector<KVChange> fEveryChange;   ///< of the keys chosen with keepEveryChangeOf()
     std::uint64_t fLostChanges = 0;       ///< changes of such keys, too many to keep
     std::size_t fUpdates = 0;             ///< values received, including merged ones
-    std::int64_t fArrival = 0;  ///< of the last of them, microseconds since 1970 by our clock
-    std::optional<std::string> fRefusal;  ///< why the robot gives no values
+    std::int64_t fArrival = 0;        ///< of the last of them, microseconds since 1970 by our clock
+    std::optional<KVError> fRefusal;  ///< why the robot gives no values
 };
 
 /**

@@ -24,7 +24,7 @@ namespace {
  */
 constexpr int a_frameTime = 40;
 constexpr int a_secondTime = 1000;
-/** Milliseconds after which a robot that has returned has announced its keys. */
+/** Milliseconds after its first keys in which a robot that has returned announces the others. */
 constexpr qint64 a_startTime = 5000;
 /** Milliseconds after which it is asked again if it has no module with values yet. */
 constexpr int a_askAgainTime = 300;
@@ -78,6 +78,7 @@ void MemorySession::interrupt() {
     fFrameTimer.stop();
     xTakeBatch();
     fLink->feed().restart(fKeys->idsByName());
+    fIsReturning = false;
     fSinceReturn.invalidate();
     fSinceSilence.invalidate();
     fWrites->giveUp(tr("the robot is lost"));
@@ -89,7 +90,7 @@ void MemorySession::resume() {
     fWrites->setWriter(fLink->makeWriter());
     xDescribeRobot();
     fRecording->endGap("connected");
-    fSinceReturn.start();
+    fIsReturning = true;
     xSetPhase(MemoryPhase::WaitingForKeys);
 }
 
@@ -113,14 +114,23 @@ void MemorySession::xTakeBatch() {
 }
 
 void MemorySession::xUpdatePhase(const MemoryBatch& batch) {
-    if (batch.fRefusal && fSinceReturn.isValid()) {
+    if (batch.fHasTable && std::exchange(fIsReturning, false)) {
+        fSinceReturn.start();
+    }
+    if (batch.fRefusal && xIsStarting(*batch.fRefusal)) {
         QTimer::singleShot(a_askAgainTime, this, [this] { fLink->subscribeAgain(); });
     } else if (batch.fRefusal) {
-        fRefusal = obvista::plainText(*batch.fRefusal);
+        fRefusal = obvista::plainText(batch.fRefusal->toString());
         xSetPhase(MemoryPhase::Refused);
     } else if (batch.fHasTable) {
         xSetPhase(MemoryPhase::Live);
     }
+}
+
+/** A robot listens before it has its modules, however long these take. */
+bool MemorySession::xIsStarting(const KVError& refusal) const {
+    return fSinceReturn.isValid() ||
+           (fIsReturning && refusal.cause() == KVError::Cause::NoSuchModule);
 }
 
 void MemorySession::xApply(MemoryBatch& batch) {

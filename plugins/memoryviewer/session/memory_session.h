@@ -6,6 +6,7 @@
 
 #include <obvista/viewer/link_state.h>
 #include <obvista/viewer/replay_state.h>
+#include <robaxi/kv_error.h>
 #include <robaxi/kv_value_table.h>
 
 #include <QElapsedTimer>
@@ -92,6 +93,7 @@ class MemorySession : public QObject {
     void xTakeBatch();
     void xApply(MemoryBatch& batch);
     void xUpdatePhase(const MemoryBatch& batch);
+    bool xIsStarting(const KVError& refusal) const;
     void xSetPhase(MemoryPhase phase);
     void xOnSecond();
     void xCatchUp();
@@ -112,13 +114,14 @@ class MemorySession : public QObject {
     std::unordered_set<std::uint32_t> fEveryChangeIds;
     SubscriptionPlan fPlan;
     bool fIsUpdating = false;
+    bool fIsReturning = false;  // the robot has returned, and not announced its keys yet
 
     QTimer fFrameTimer;
     QElapsedTimer fSinceFrame;
     QTimer fSecondTimer;
     QElapsedTimer fSinceSecond;
     QElapsedTimer fSinceValue;
-    QElapsedTimer fSinceReturn;   // of the robot; not valid if that is long ago, or never was
+    QElapsedTimer fSinceReturn;   // of the robot's keys; not valid if long ago, or never was
     QElapsedTimer fSinceSilence;  // the same for the end of a silence
     std::size_t fUpdates = 0;
     int fUpdatesPerSecond = 0;

@@ -134,10 +134,13 @@ TEST(MemoryFeed, TellsARefusalAndLeavesALossToTheLink) {
     Notice notice;
     MemoryFeed feed(notice);
     feed.ended(KVError(KVError::Cause::NoSuchModule, "no module KVMemory"));
-    EXPECT_EQ(feed.take().fRefusal, "no module KVMemory");
+    const std::optional<KVError> refusal = feed.take().fRefusal;
+    ASSERT_TRUE(refusal);
+    EXPECT_EQ(refusal->cause(), KVError::Cause::NoSuchModule);
+    EXPECT_EQ(refusal->toString(), "no module KVMemory");
 
     feed.ended(KVError(KVError::Cause::ConnectionLost, "gone"));
-    EXPECT_EQ(feed.take().fRefusal, std::nullopt);
+    EXPECT_FALSE(feed.take().fRefusal);
 }
 
 TEST(MemoryFeed, LosesNothingBetweenThreads) {

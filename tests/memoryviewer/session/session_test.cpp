@@ -48,6 +48,7 @@ class SessionTest : public QObject {
     void takesTheNeededValues();
     void takesTheValuesBeforeTheEnd();
     void reportsTheReasonWhyThereAreNoValues();
+    void waitsForTheMemoryOfARobotThatReturned();
     void reportsOnceThatUpdatesStop();
     void beginsPlotsOfKeysThatAreAlreadySubscribed();
     void recordsWatchedAndPlottedKeysOrAll_data();
@@ -134,6 +135,29 @@ void SessionTest::reportsTheReasonWhyThereAreNoValues() {
     QTRY_COMPARE(fSession->situation().fPhase, MemoryPhase::Refused);
     QVERIFY(fSession->situation().isOver());
     QVERIFY(fSession->situation().fRefusal.contains("KVMemory"));
+}
+
+void SessionTest::waitsForTheMemoryOfARobotThatReturned() {
+    const int port = fRobot->port();
+    fRobot.reset();
+    QTRY_VERIFY(fLink->isLost());
+    fLink->startReconnecting();
+    fSession->interrupt();
+    fRobot = std::make_unique<MemoryRobot>("TestRobot", MemoryRobot::Memory::Missing, port);
+    QVERIFY(
+        QTest::qWaitFor([this] { return fLink->reconnect() == MemoryLink::Return::SameRobot; }));
+    fSession->resume();
+    QSignalSpy seconds(fSession.get(), &MemorySession::secondPassed);
+    constexpr int longerThanAStart = 7;
+    QTRY_VERIFY_WITH_TIMEOUT(seconds.count() >= longerThanAStart || fSession->situation().isOver(),
+                             30000);
+    QCOMPARE(fSession->situation().fPhase, MemoryPhase::WaitingForKeys);
+    QCOMPARE(fSession->situation().fKeys, std::size_t(2));
+    fRobot->set("Left", 5);
+    fRobot->offerMemory();
+    QTRY_COMPARE(fSession->situation().fPhase, MemoryPhase::Live);
+    // The other key is not announced again.
+    QTRY_COMPARE_WITH_TIMEOUT(fSession->situation().fKeys, std::size_t(1), 30000);
 }
 
 void SessionTest::reportsOnceThatUpdatesStop() {
