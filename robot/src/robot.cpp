@@ -176,8 +176,11 @@ void Robot::xMakeVideo() {
 
 std::vector<KVCamera> Robot::xMakeCameras() const {
     const Stamp stamp = fOptions.fStamp ? Stamp::Drawn : Stamp::None;
+    const auto complain = [complain = fOutput.fComplain](const std::string& line) {
+        complain(base::oneLine(line));
+    };
     if (fOptions.fKind == Kind::Robot) {
-        return makeHumanoidCameras(fPose ? fPose : movingBody(fOptions.fSeed), stamp);
+        return makeHumanoidCameras(fPose ? fPose : movingBody(fOptions.fSeed), stamp, complain);
     }
     return makeComputerCameras(
         [video = fVideo.get()](const std::string& camera, const KVFrame& frame) {
@@ -186,8 +189,7 @@ std::vector<KVCamera> Robot::xMakeCameras() const {
         [video = fVideo.get()](const std::string& camera) {
             return video->module()->takeKeyFrameRequest(camera);
         },
-        [complain = fOutput.fComplain](const std::string& line) { complain(base::oneLine(line)); },
-        stamp);
+        complain, stamp);
 }
 
 void Robot::xMakeModules() {

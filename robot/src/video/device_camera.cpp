@@ -138,7 +138,8 @@ class DeviceCamera::Pipeline {
           fIsEncodedHere(isEncodedHere(device, settings)),
           fNumber(number),
           fFrameSink(std::move(sink)),
-          fComplain(std::move(complain)) {
+          fComplain(std::move(complain)),
+          fEncoder(fComplain) {
         GError* raw = nullptr;
         fPipeline.reset(gst_parse_launch(captureDescription(device, settings).c_str(), &raw));
         const GStreamerPointer<GError> error(raw);

@@ -21,7 +21,9 @@ class DrawnCamera {
     /** Draws the whole current picture. */
     using Draw = std::function<void(Canvas& canvas)>;
 
-    DrawnCamera(Draw draw, Stamp stamp) : fDraw(std::move(draw)), fStamp(stamp) {}
+    /** @param complain see FrameEncoder */
+    DrawnCamera(Draw draw, Stamp stamp, FrameEncoder::Complain complain = {})
+        : fDraw(std::move(draw)), fStamp(stamp), fEncoder(std::move(complain)) {}
 
     /** Completes a frame that has number and time. */
     void makeFrame(const KVCameraSettings& settings, KVFrame& frame);

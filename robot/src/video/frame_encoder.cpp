@@ -96,7 +96,11 @@ KVFrame FrameEncoder::encode(const Canvas& canvas, const KVCameraSettings& setti
         return format == KVPixelFormat::H264
                    ? fH264Encoder.encode(rowsOf(canvas), settings, isKeyWanted)
                    : encode(canvas, format);
-    } catch (const std::runtime_error&) {
+    } catch (const std::runtime_error& failure) {
+        if (fComplain && !std::exchange(fHasComplained, true)) {
+            fComplain("a camera's pictures cannot be sent as " + settings.fFormat + ": " +
+                      failure.what());
+        }
         return {};
     }
 }

@@ -9,7 +9,9 @@
 #include <robaxi/kv_frame.h>
 
 #include <codec/h264_encoder.h>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace robot {
@@ -22,6 +24,12 @@ int firstBitRate();
 /** Encodes drawn pictures as frames. For one thread at a time. */
 class FrameEncoder {
   public:
+    using Complain = std::function<void(const std::string&)>;
+
+    /** @param complain called with a message when the first frame cannot be encoded; may be empty
+     */
+    explicit FrameEncoder(Complain complain = {}) : fComplain(std::move(complain)) {}
+
     /**
      * Returns a frame without number and time.
      *
@@ -40,6 +48,8 @@ class FrameEncoder {
   private:
     void xEncodeJpeg(const Canvas& canvas, KVFrame& frame);
 
+    const Complain fComplain;
+    bool fHasComplained = false;
     base::BufferPool fPool{4};  // as many as are in use: encoded, published, being sent
     picture::JpegWriter fJpegWriter;
     codec::H264Encoder fH264Encoder;

@@ -35,9 +35,10 @@ std::vector<KVCameraMode> largeModes() {
     return modes({{160, 120}, {320, 240}, {640, 480}, {1280, 720}}, {1, 5, 10, 15, 30});
 }
 
-KVCamera drawnCamera(KVCameraInfo info, Stamp stamp, DrawnCamera::Draw draw) {
+KVCamera drawnCamera(KVCameraInfo info, Stamp stamp, const FrameEncoder::Complain& complain,
+                     DrawnCamera::Draw draw) {
     info.fSettings.fBitRate = firstBitRate();
-    const auto camera = std::make_shared<DrawnCamera>(std::move(draw), stamp);
+    const auto camera = std::make_shared<DrawnCamera>(std::move(draw), stamp, complain);
     return {info, [camera](const KVCameraSettings& settings, KVFrame& frame) {
                 camera->makeFrame(settings, frame);
             }};
@@ -61,12 +62,12 @@ KVCamera deviceCamera(const std::string& name, const CaptureDevice& device, cons
             watch};
 }
 
-KVCamera testCamera(Stamp stamp) {
+KVCamera testCamera(Stamp stamp, const FrameEncoder::Complain& complain) {
     return drawnCamera({"test",
                         "A test picture: this computer has no camera",
                         largeModes(),
                         {640, 480, "jpeg", 30}},
-                       stamp, [](Canvas& canvas) {
+                       stamp, complain, [](Canvas& canvas) {
                            drawTestCard(canvas, static_cast<double>(base::microsecondsNow()) /
                                                     base::a_microsecondsPerSecond);
                        });
@@ -74,17 +75,19 @@ KVCamera testCamera(Stamp stamp) {
 
 }  // namespace
 
-std::vector<KVCamera> makeHumanoidCameras(std::function<Pose()> pose, Stamp stamp) {
+std::vector<KVCamera> makeHumanoidCameras(std::function<Pose()> pose, Stamp stamp,
+                                          const std::function<void(const std::string&)>& complain) {
     std::vector<KVCamera> cameras;
     cameras.push_back(drawnCamera(
         {"head", "Between the eyes, turns with the head", largeModes(), {640, 480, "jpeg", 30}},
-        stamp, [pose](Canvas& canvas) { drawHeadView(canvas, pose()); }));
-    cameras.push_back(drawnCamera(
-        {"chest",
-         "Below the neck, looks at the hands",
-         modes({{160, 120}, {320, 240}, {640, 480}}, {1, 5, 10, 15}),
-         {320, 240, "rgb", 15}},
-        stamp, [pose = std::move(pose)](Canvas& canvas) { drawChestView(canvas, pose()); }));
+        stamp, complain, [pose](Canvas& canvas) { drawHeadView(canvas, pose()); }));
+    cameras.push_back(drawnCamera({"chest",
+                                   "Below the neck, looks at the hands",
+                                   modes({{160, 120}, {320, 240}, {640, 480}}, {1, 5, 10, 15}),
+                                   {320, 240, "rgb", 15}},
+                                  stamp, complain, [pose = std::move(pose)](Canvas& canvas) {
+                                      drawChestView(canvas, pose());
+                                  }));
     return cameras;
 }
 
@@ -101,7 +104,7 @@ std::vector<KVCamera> makeComputerCameras(const Publish& publish, const IsKeyWan
         complain(failure.what());
     }
     if (cameras.empty()) {
-        cameras.push_back(testCamera(stamp));
+        cameras.push_back(testCamera(stamp, complain));
     }
     return cameras;
 }

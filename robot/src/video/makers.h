@@ -23,8 +23,10 @@ using IsKeyWanted = std::function<bool(const std::string& camera)>;
  * Creates the humanoid's cameras: "head" and "chest".
  *
  * @param pose returns the current pose; called from the cameras' threads
+ * @param complain called with a message for each failure, on any thread
  */
-std::vector<KVCamera> makeHumanoidCameras(std::function<Pose()> pose, Stamp stamp);
+std::vector<KVCamera> makeHumanoidCameras(std::function<Pose()> pose, Stamp stamp,
+                                          const std::function<void(const std::string&)>& complain);
 
 /**
  * Creates the cameras of this computer: "camera0" and so on, or "test" with a test picture if it

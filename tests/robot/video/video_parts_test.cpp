@@ -224,6 +224,20 @@ TEST(FrameEncoder, formatsHaveTheirSizesAndShowWhatWasDrawn) {
     EXPECT_LE(lossOf(drawn, Decoded(jpeg).picture()), 4);
 }
 
+TEST(FrameEncoder, complainsOnceAboutPicturesThatItCannotEncode) {
+    std::vector<std::string> complaints;
+    FrameEncoder encoder([&](const std::string& line) { complaints.push_back(line); });
+    Canvas canvas;
+    canvas.resize(70'000, 1);  // more than a JPEG can have
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(encoder.encode(canvas, {70'000, 1, "jpeg", 30, 0}, false).fSize, 0U);
+    }
+    ASSERT_EQ(complaints.size(), 1U);
+    EXPECT_EQ(complaints[0].rfind("a camera's pictures cannot be sent as jpeg: cannot compress", 0),
+              0U)
+        << complaints[0];
+}
+
 TEST(FrameEncoder, greyIsTheLightOfTheColours) {
     FrameEncoder encoder;
     const Canvas drawn = testCard(320, 240);
