@@ -51,7 +51,8 @@ class BridgeHost {
     const std::string fName;
 };
 
-/** Returns a host with a bridge that is named marvin. @param environment words "NAME=VALUE" */
+/** Returns a host with a bridge that is named marvin. @param environment words "NAME=VALUE", and
+ *  a program that starts the bridge with its arguments */
 BridgeHost makeBridge(const std::vector<std::string>& options = {},
                       const std::vector<std::string>& environment = {});
 

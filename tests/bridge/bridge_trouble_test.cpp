@@ -75,6 +75,15 @@ TEST(BridgeTrouble, nobodyIsThere) {
     EXPECT_TRUE(values.waitForNone("ROS/Problem")) << "after the robot has been found";
 }
 
+TEST(BridgeTrouble, aBridgeWithoutFurtherSockets) {
+    // The search needs one for each domain.
+    const BridgeHost bridge = makeBridge({}, {"prlimit", "--nofile=200"});
+    BridgeValues values(bridge);
+    EXPECT_TRUE(values.wait("ROS/Problem", textHas("Nothing is found: there is no socket: ")));
+    const BridgeHost robot = makeRos2Robot("robot");
+    EXPECT_TRUE(values.waitForNone("ROS/Problem")) << "after the robot has been found";
+}
+
 TEST(BridgeTrouble, typesAndQosThatDoNotMatchAreNamed) {
     const BridgeHost bridge = makeBridge({"--allow-write", "/volume"});
     const BridgeHost robot = makeRos2Robot("trouble");
@@ -93,6 +102,8 @@ TEST(BridgeTrouble, typesAndQosThatDoNotMatchAreNamed) {
                                          HasSubstr("/scan: a subscriber receives nothing"),
                                          HasSubstr("reliability, durability")));
     EXPECT_TRUE(values.wait("scan", isAbove(0))) << "the bridge itself matches";
+    EXPECT_TRUE(values.wait("level", isAbove(0)))
+        << "a publisher that keeps samples but sends them with best effort";
 }
 
 TEST(BridgeTrouble, aRobotWithoutTroublesIsWell) {

@@ -81,7 +81,7 @@ class RawType : public fastdds::TopicDataType {
     bool getKey(void*, eprosima::fastrtps::rtps::InstanceHandle_t*, bool) override { return false; }
 };
 
-enum class Kind { Sensor, Reliable, Latched };
+enum class Kind { Sensor, Reliable, Latched, LatchedSensor };
 
 /** One participant, as a program of ROS 2 has it. */
 class Program {
@@ -108,10 +108,12 @@ class Program {
         fastdds::DataWriterQos qos = fastdds::DATAWRITER_QOS_DEFAULT;
         qos.history().kind = fastdds::KEEP_LAST_HISTORY_QOS;
         qos.history().depth = depth;
-        qos.reliability().kind = kind == Kind::Sensor ? fastdds::BEST_EFFORT_RELIABILITY_QOS
-                                                      : fastdds::RELIABLE_RELIABILITY_QOS;
-        qos.durability().kind = kind == Kind::Latched ? fastdds::TRANSIENT_LOCAL_DURABILITY_QOS
-                                                      : fastdds::VOLATILE_DURABILITY_QOS;
+        const bool isSensor = kind == Kind::Sensor || kind == Kind::LatchedSensor;
+        const bool isLatched = kind == Kind::Latched || kind == Kind::LatchedSensor;
+        qos.reliability().kind =
+            isSensor ? fastdds::BEST_EFFORT_RELIABILITY_QOS : fastdds::RELIABLE_RELIABILITY_QOS;
+        qos.durability().kind =
+            isLatched ? fastdds::TRANSIENT_LOCAL_DURABILITY_QOS : fastdds::VOLATILE_DURABILITY_QOS;
         qos.publish_mode().kind = fastdds::ASYNCHRONOUS_PUBLISH_MODE;
         qos.endpoint().history_memory_policy =
             eprosima::fastrtps::rtps::PREALLOCATED_WITH_REALLOC_MEMORY_MODE;
@@ -401,6 +403,8 @@ void runTrouble(int domain) {
     auto* const strange =
         program.writer("rt/strange", ddsType("my_msgs", "Unheard"), Kind::Reliable);
     auto* const scan = program.writer("rt/scan", ddsType("std_msgs", "Float64"), Kind::Sensor, 1);
+    auto* const level =
+        program.writer("rt/level", ddsType("std_msgs", "Float64"), Kind::LatchedSensor, 1);
     auto* const angle = program.writer("rt/angle", ddsType("std_msgs", "Float32"), Kind::Reliable);
     program.addExclusiveWriter("rt/exclusive", ddsType("std_msgs", "Float64"));
     other.reader("rt/scan", ddsType("std_msgs", "Float64"), true);
@@ -410,6 +414,7 @@ void runTrouble(int domain) {
     repeat(20, [&](long step) {
         publish(strange, FastMessage() << 1.5);
         publish(scan, FastMessage() << static_cast<double>(step + 1));
+        publish(level, FastMessage() << static_cast<double>(step + 1));
         publish(angle, FastMessage() << 1.5F);
     });
 }

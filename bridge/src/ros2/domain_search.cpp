@@ -6,13 +6,13 @@
 #include <array>
 #include <chrono>
 #include <cstring>
+#include <exception>
 #include <memory>
 #include <optional>
 #include <poll.h>
 #include <random>
 #include <sockets/multicast.h>
 #include <sys/socket.h>
-#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -103,12 +103,15 @@ DomainSearch::DomainSearch(int domain, std::string interface, const Guid& own)
 }
 
 std::string DomainSearch::run() {
-    std::vector<Interface> interfaces;
     try {
-        interfaces = sockets::networkInterfaces();
-    } catch (const std::system_error& failure) {
+        return xFindCause();
+    } catch (const std::exception& failure) {
         return std::string("Nothing is found: ") + failure.what() + '.';
     }
+}
+
+std::string DomainSearch::xFindCause() {
+    std::vector<Interface> interfaces = sockets::networkInterfaces();
     const auto isDown = [](const Interface& each) { return !each.fIsUp; };
     interfaces.erase(std::remove_if(interfaces.begin(), interfaces.end(), isDown),
                      interfaces.end());

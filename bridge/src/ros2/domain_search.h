@@ -27,7 +27,8 @@ class DomainSearch {
      * Listens until something is heard, or for 4 s: programs of ROS 2 announce themselves every
      * 3 s. What was heard in earlier runs counts, too.
      *
-     * @return the probable cause and what to do, in sentences for the user
+     * @return the probable cause and what to do, in sentences for the user; the reason if it cannot
+     *         be found out
      */
     std::string run();
 
@@ -35,6 +36,7 @@ class DomainSearch {
     void stop() { fIsStopped = true; }
 
   private:
+    std::string xFindCause();
     void xListen(const std::vector<sockets::Interface>& interfaces);
     void xNote(int domain, const sockets::Socket& socket,
                const std::vector<sockets::Interface>& interfaces);

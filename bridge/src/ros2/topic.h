@@ -20,8 +20,12 @@ namespace bridge {
 struct Endpoint {
     std::string fType;  ///< name in DDS
     QosPolicies fPolicies;
-    /** Keeps its last samples for readers that come later. */
-    bool isLatched() const { return fPolicies.fDurability >= DDS_DURABILITY_TRANSIENT_LOCAL; }
+    /** Returns true for a writer that keeps its last samples for readers that come later. DDS sends
+     *  those to reliable readers only, which do not match a writer with best effort. */
+    bool isLatched() const {
+        return fPolicies.fDurability >= DDS_DURABILITY_TRANSIENT_LOCAL &&
+               fPolicies.fReliability == DDS_RELIABILITY_RELIABLE;
+    }
 };
 
 /** The use of a topic's samples. */
