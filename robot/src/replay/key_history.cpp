@@ -21,6 +21,8 @@ using recording::Message;
 constexpr double a_mostBytes = 200e6;
 /** A key with so few messages is always read completely. */
 constexpr std::uint64_t a_fewMessages = 5000;
+/** Bytes of the messages of events that are read, which limits what is kept of them. */
+constexpr std::size_t a_mostEventBytes = std::size_t{16} << 20U;
 
 }  // namespace
 
@@ -266,21 +268,50 @@ void KeyHistory::xReadParts(const Parts& parts, std::uint64_t to, const std::str
 
 std::vector<std::uint64_t> KeyHistory::xRemovalsOf(const std::string& key) {
     if (!fRemovals) {
-        fRemovals.emplace();
-        const std::set<std::uint16_t> channels = fStage.eventChannels();
-        // A curve of a strange recording with very many events is not worth reading them.
-        if (!channels.empty() && xCountMessages(channels) <= a_fewMessages) {
-            recording::Messages messages =
-                fReader.messages({0, UINT64_MAX, channels, recording::Order::LogTime});
-            while (const std::optional<Message> message = messages.next()) {
-                if (const std::optional<std::string> removed = Stage::removedKey(*message)) {
-                    (*fRemovals)[*removed].push_back(message->fLogTime);
-                }
-            }
-        }
+        fRemovals = xReadRemovals();
     }
     const auto found = fRemovals->find(key);
     return found == fRemovals->end() ? std::vector<std::uint64_t>() : found->second;
+}
+
+/** Returns the end of the time whose events are read: each may need another chunk. */
+std::uint64_t KeyHistory::xEndOfEvents(const std::set<std::uint16_t>& channels) const {
+    const recording::Statistics& statistics = fReader.statistics();
+    const auto size = static_cast<double>(fReader.fileSize());
+    const std::uint64_t events = xCountMessages(channels);
+    const double needed = static_cast<double>(events) * size /
+                          static_cast<double>(std::max(1U, statistics.fChunkCount));
+    if (size <= a_mostBytes || (events <= a_fewMessages && needed <= a_mostBytes)) {
+        return UINT64_MAX;
+    }
+    const auto span = static_cast<double>(statistics.fEnd - statistics.fStart);
+    return statistics.fStart + static_cast<std::uint64_t>(span * a_mostBytes / size);
+}
+
+/** The removals behind a damaged part of the file are not found. */
+KeyHistory::Removals KeyHistory::xReadRemovals() {
+    Removals removals;
+    const std::set<std::uint16_t> channels = fStage.eventChannels();
+    if (channels.empty()) {
+        return removals;
+    }
+    try {
+        recording::Messages messages =
+            fReader.messages({0, xEndOfEvents(channels), channels, recording::Order::LogTime});
+        std::size_t bytes = 0;
+        for (std::optional<Message> message; (message = messages.next()).has_value();) {
+            bytes += message->fData.size();
+            if (bytes > a_mostEventBytes) {
+                break;
+            }
+            if (const std::optional<std::string> removed = Stage::removedKey(*message)) {
+                removals[*removed].push_back(message->fLogTime);
+            }
+        }
+    } catch (const recording::RecordingError&) {
+        // A curve that needs the damaged part reports it.
+    }
+    return removals;
 }
 
 KVValue::Map KeyHistory::xAnswer(const ThinnedPoints& kept, bool isComplete) {

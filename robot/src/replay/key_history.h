@@ -56,6 +56,8 @@ class KeyHistory {
         double fNumber;
         std::uint64_t fLogTime;
     };
+    /** The times at which keys were removed, ascending. */
+    using Removals = std::map<std::string, std::vector<std::uint64_t>>;
     class Part;
     class Curve;
     class ThinnedPoints;
@@ -69,13 +71,14 @@ class KeyHistory {
     void xReadParts(const Parts& parts, std::uint64_t to, const std::string& key,
                     const std::set<std::uint16_t>& channels, Curve& curve);
     std::vector<std::uint64_t> xRemovalsOf(const std::string& key);
+    std::uint64_t xEndOfEvents(const std::set<std::uint16_t>& channels) const;
+    Removals xReadRemovals();
     static KVValue::Map xAnswer(const ThinnedPoints& kept, bool isComplete);
 
     std::mutex fMutex;
     recording::Reader fReader;
     const Stage& fStage;
-    /** The times at which keys were removed, ascending; read for the first answer. */
-    std::optional<std::map<std::string, std::vector<std::uint64_t>>> fRemovals;
+    std::optional<Removals> fRemovals;  ///< read for the first answer
 };
 
 }  // namespace robot

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cmath>
 #include <condition_variable>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
@@ -375,6 +376,34 @@ TEST(History, EndsTheCurveOfARemovedKey) {
     EXPECT_THAT(numbersOf(history.get("Arm", a_start + 4500 * a_millisecond,
                                       a_start + 6000 * a_millisecond, 100)),
                 IsEmpty());
+}
+
+TEST(History, OutlivesADamagedEvent) {
+    RecordedWalk walk("damaged-event.mcap");
+    walk.set(0, "Arm", 1.0);
+    walk.set(0, "Group/Leg", 1.0);
+    walk.removeKey(10 * a_millisecond, "Arm");
+    walk.removeKey(20 * a_millisecond, "Group/Leg");
+    walk.flush();
+    const auto begin = static_cast<std::streamoff>(std::filesystem::file_size(walk.path()));
+    walk.removeKey(30 * a_millisecond, std::string(100, 'x'));
+    walk.flush();
+    walk.set(40 * a_millisecond, "Arm", 2.0);
+    walk.finish();
+    Replay replay(walk.path());
+    {
+        constexpr std::streamoff chunkHead = 60;
+        std::fstream file(walk.path(), std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(begin + chunkHead).write("damage", 6);
+    }
+    KeyHistory history(walk.path(), replay.stage());
+    for (const char* const key : {"Arm", "Group/Leg"}) {
+        const std::vector<double> numbers =
+            numbersOf(history.get(key, a_start, a_start + 25 * a_millisecond, 100));
+        ASSERT_EQ(2U, numbers.size()) << key;
+        EXPECT_EQ(1.0, numbers[0]) << key;
+        EXPECT_TRUE(std::isnan(numbers[1])) << key;
+    }
 }
 
 TEST(History, HasTheNumbersOfGroupedKeys) {
