@@ -46,6 +46,19 @@ TEST(WideTable, ReportsEachKeyWithoutAColumnOnce) {
     EXPECT_THAT(table.setPresent({"c", "a", "b"}), ElementsAre("c"));
 }
 
+TEST(WideTable, ReportsALimitedNumberOfKeysWithoutAColumn) {
+    WideTable table({"a"});
+    std::size_t reported = 0;
+    for (int i = 0; i < 30; ++i) {
+        std::vector<std::string> keys{"a"};
+        for (int n = 0; n < 100; ++n) {
+            keys.push_back("Key" + std::to_string(i * 100 + n));
+        }
+        reported += table.setPresent(keys).size();
+    }
+    EXPECT_EQ(WideTable::a_mostOthers, reported);
+}
+
 TEST(WideTable, EmptiesTheColumnOfAKeyThatIsGone) {
     WideTable table({"a", "b"});
     table.take({row(1, "a", 1), row(1, "b", 2)});

@@ -81,12 +81,16 @@ class WidePrinter {
         }
         for (const std::string& key : fTable->setPresent(keys)) {
             fConsole.complain("The key '" + key + "' appeared later and has no column.");
+            if (++fOthers == WideTable::a_mostOthers) {
+                fConsole.complain("Further keys without a column are not named.");
+            }
         }
     }
 
     Console& fConsole;
     LinePrinter& fLines;
     std::optional<WideTable> fTable;  ///< once the keys are known
+    std::size_t fOthers = 0;          ///< keys without a column
 };
 
 /** Runs a watch to its end. */

@@ -23,7 +23,8 @@ std::string WideTable::heading() const {
 std::vector<std::string> WideTable::setPresent(const std::vector<std::string>& keys) {
     std::vector<std::string> others;
     for (const std::string& key : keys) {
-        if (fIndexes.count(key) == 0 && fOthers.insert(key).second) {
+        if (fOthers.size() < a_mostOthers && fIndexes.count(key) == 0 &&
+            fOthers.insert(key).second) {
             others.push_back(key);
         }
     }

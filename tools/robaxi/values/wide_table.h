@@ -15,6 +15,9 @@ namespace robaxi_tool {
 /** A CSV table with a column for each key and a line for each update. */
 class WideTable {
   public:
+    /** Keys without a column that setPresent() returns; a robot may add keys without end. */
+    static constexpr std::size_t a_mostOthers = 1000;
+
     /** @param keys the columns in their order */
     explicit WideTable(const std::vector<std::string>& keys);
 
@@ -25,7 +28,7 @@ class WideTable {
      * been written.
      *
      * @param keys all keys that are present
-     * @return those that have no column, each once
+     * @return those that have no column, each once, as long as there are not too many
      */
     std::vector<std::string> setPresent(const std::vector<std::string>& keys);
 
