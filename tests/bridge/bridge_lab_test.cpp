@@ -99,8 +99,8 @@ TEST(Bridge, valuesAreWatchedWithTheStampsOfTheirMessages) {
     for (std::sregex_iterator found(output.begin(), output.end(), line); found != end; ++found) {
         // The robot publishes the time of the stamp as the joint's velocity.
         std::tm time{};
-        const char* const fraction =
-            strptime((*found)[1].str().c_str(), "%Y-%m-%dT%H:%M:%S", &time);
+        const std::string text = (*found)[1];
+        const char* const fraction = strptime(text.c_str(), "%Y-%m-%dT%H:%M:%S", &time);
         ASSERT_NE(fraction, nullptr);
         EXPECT_NEAR(static_cast<double>(timegm(&time)) + std::stod(fraction),
                     std::stod((*found)[2]), 1e-5);
