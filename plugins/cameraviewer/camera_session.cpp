@@ -66,7 +66,7 @@ picture::CameraSettings CameraSession::settings() const {
 
 void CameraSession::chooseCamera(const std::string& name) {
     if (name != fChosen) {
-        fMemory.setCamera(name);
+        fMemory->setCamera(name);
         if (!fCanListCameras) {
             fCameras = {unlistedCamera(name)};
         }
@@ -91,9 +91,9 @@ void CameraSession::setAutomatic(bool isAutomatic) {
     fIsAutomatic = isAutomatic;
     fBandwidth.reset();
     fAutomaticWish.reset();
-    fMemory.setAutomatic(fChosen, isAutomatic);
+    fMemory->setAutomatic(fChosen, isAutomatic);
     if (!isAutomatic) {
-        fMemory.setSettings(fChosen, settings());
+        fMemory->setSettings(fChosen, settings());
     }
     Q_EMIT camerasChanged();
 }
@@ -151,6 +151,15 @@ void CameraSession::interrupt() {
     fWatched.clear();
     fWishes.clear();
     end(obvista::LinkState::Interrupted);
+}
+
+void CameraSession::replaceRobot() {
+    fMemory.emplace(fLink->robotName());
+    fCameras.clear();
+    fHasCameras = false;
+    fFailure.reset();
+    xChoose({});
+    Q_EMIT camerasChanged();
 }
 
 void CameraSession::resume() {
@@ -256,7 +265,7 @@ void CameraSession::xTakeFailure(const KVError& failure) {
         xTakeCameras({});
     } else if (failure.cause() == KVError::Cause::NoSuchMethod && fCanListCameras) {
         fCanListCameras = false;
-        const std::string remembered = fMemory.camera();
+        const std::string remembered = fMemory->camera();
         xTakeCameras(remembered.empty() ? std::vector<picture::CameraInfo>()
                                         : std::vector{unlistedCamera(remembered)});
     }
@@ -270,7 +279,7 @@ void CameraSession::xTakeChange(const VideoAnswers::Change& change) {
     const bool isAutomatic = change.fCamera == fChosen && fAutomaticWish == change.fWish;
     if (change.fSettings) {
         if (!isAutomatic) {
-            fMemory.setSettings(change.fCamera, *change.fSettings);
+            fMemory->setSettings(change.fCamera, *change.fSettings);
         }
         for (picture::CameraInfo& info : fCameras) {
             if (info.fName == change.fCamera) {
@@ -341,7 +350,7 @@ void CameraSession::xChoose(const std::string& name) {
     fChosen = name;
     fDecodingFault = picture::FrameFault::None;
     fEndBefore.reset();
-    fIsAutomatic = !name.empty() && fMemory.isAutomatic(name);
+    fIsAutomatic = !name.empty() && fMemory->isAutomatic(name);
     fBandwidth.reset();
     fAutomaticWish.reset();
     xRecallSettings();
@@ -350,7 +359,7 @@ void CameraSession::xChoose(const std::string& name) {
 }
 
 std::string CameraSession::xDefaultCamera() const {
-    std::string remembered = fMemory.camera();
+    std::string remembered = fMemory->camera();
     const bool isThere =
         std::any_of(fCameras.begin(), fCameras.end(),
                     [&](const picture::CameraInfo& info) { return info.fName == remembered; });
@@ -366,7 +375,7 @@ void CameraSession::xRecallSettings() {
     if (chosen == nullptr || chosen->fModes.empty() || !fRecalled.insert(fChosen).second) {
         return;
     }
-    std::optional<picture::CameraSettings> remembered = fMemory.settings(fChosen);
+    std::optional<picture::CameraSettings> remembered = fMemory->settings(fChosen);
     if (remembered && (chosen->fSettings.fBitRate == 0 || remembered->fBitRate == 0)) {
         remembered->fBitRate = chosen->fSettings.fBitRate;
     }

@@ -74,6 +74,8 @@ class CameraSession : public QObject {
     void end(obvista::LinkState state);
     /** The robot is lost, and may return. */
     void interrupt();
+    /** Another robot is there instead, before resume(): with its own cameras and saved choices. */
+    void replaceRobot();
     /** The robot has returned: its cameras are requested again, with the user's settings. */
     void resume();
 
@@ -111,7 +113,7 @@ class CameraSession : public QObject {
     bool xIsLive() const { return fLinkState == obvista::LinkState::Connected; }
 
     std::shared_ptr<CameraLink> fLink;
-    CameraMemory fMemory;
+    std::optional<CameraMemory> fMemory;  // of the robot; never empty
     obvista::LinkState fLinkState = obvista::LinkState::Connected;
     std::vector<picture::CameraInfo> fCameras;
     bool fHasCameras = false;

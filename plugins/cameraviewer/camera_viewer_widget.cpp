@@ -154,7 +154,8 @@ void CameraViewerWidget::xConnect() {
         fSession->interrupt();
         fCapture->markGap(StreamEnd::Kind::Lost, tr("The connection to the robot was lost."));
     });
-    connect(this, &ViewerWidget::robotReplaced, fCapture, &CaptureControls::stopRecording);
+    connect(this, &ViewerWidget::robotReplaced, this, &CameraViewerWidget::xOnRobotReplaced);
+    connect(this, &ViewerWidget::linkRestored, this, &CameraViewerWidget::xUpdateOrigin);
     connect(this, &ViewerWidget::linkRestored, fSession, &CameraSession::resume);
     connect(this, &ViewerWidget::silenceChanged, this, [this](bool isSilent) {
         if (isSilent) {
@@ -205,14 +206,28 @@ void CameraViewerWidget::xOnCamerasChanged() {
     fBar->setListed(fSession->canListCameras());
     fBar->showCameras(fSession->cameras(), fSession->camera(), fSession->settings(),
                       fSession->isAutomatic());
+    xUpdateOrigin();
+    const picture::CameraInfo* camera = fSession->camera();
+    setReplayCamera(camera != nullptr ? camera->fName : std::string());
+    xUpdateReason();
+    xUpdateReadout();
+}
+
+void CameraViewerWidget::xOnRobotReplaced() {
+    fCapture->stopRecording();
+    xRememberView();
+    fMemory.emplace(fLink->robotName());
+    fSession->replaceRobot();
+    xRecallView();
+}
+
+/** The address of a robot that has returned may be another one. */
+void CameraViewerWidget::xUpdateOrigin() {
     const picture::CameraInfo* camera = fSession->camera();
     fCapture->setOrigin({QString::fromStdString(fLink->robotName()),
                          camera != nullptr ? QString::fromStdString(camera->fName) : QString(),
                          camera != nullptr ? camera->fDescription : std::string(), fLink->address(),
                          fLink->port()});
-    setReplayCamera(camera != nullptr ? camera->fName : std::string());
-    xUpdateReason();
-    xUpdateReadout();
 }
 
 void CameraViewerWidget::xOnCameraChosen() {
@@ -277,7 +292,7 @@ void CameraViewerWidget::xTell(const QString& sentence) {
 }
 
 void CameraViewerWidget::xRecallView() {
-    const RememberedView view = fMemory.view();
+    const RememberedView view = fMemory->view();
     fView->setForm(view.fForm);
     fActions->grid()->setChecked(view.fHasGrid);
     fHistogram->setStretching(view.fIsStretching);
@@ -292,7 +307,7 @@ void CameraViewerWidget::xRecallView() {
 void CameraViewerWidget::xRememberView() {
     const RememberedView view = xView();
     if (!(view == fRemembered)) {
-        fMemory.setView(fRemembered, view);
+        fMemory->setView(fRemembered, view);
         fRemembered = view;
     }
 }

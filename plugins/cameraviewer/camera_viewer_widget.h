@@ -10,6 +10,7 @@
 #include <QTimer>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 class QLabel;
@@ -42,7 +43,9 @@ class CameraViewerWidget : public obvista::ViewerWidget {
     void xConnect();
     QWidget* xMakePicturePage();
     void xOnTick();
+    void xOnRobotReplaced();
     void xOnCamerasChanged();
+    void xUpdateOrigin();
     void xOnCameraChosen();
     void xOnPicture(const DecodedPicture& decoded);
     void xOnPictureShown(quint64 number, qint64 time);
@@ -72,7 +75,7 @@ class CameraViewerWidget : public obvista::ViewerWidget {
     QLabel* fReadout;
     QLabel* fStatus;
 
-    CameraMemory fMemory;
+    std::optional<CameraMemory> fMemory;  // of the robot; never empty
     RememberedView fRemembered;
     QTimer fTick;
     QTimer fToldTime{this};

@@ -1,6 +1,7 @@
 #include "camera_driver.h"
 #include "video_robot.h"
 
+#include <QAbstractButton>
 #include <QAccessible>
 #include <QAction>
 #include <QClipboard>
@@ -148,6 +149,7 @@ class ViewingTest : public QObject {
 
     void leavesWhatSomebodySetsAfterTheRobotReturned();
     void goesOnWithARobotThatReturnsBeforeItsCamera();
+    void leavesAnotherRobotAsItIsSet();
 
     void savesTheVeryPixels();
     void saysWhyThereIsNoSnapshot();
@@ -167,8 +169,8 @@ class ViewingTest : public QObject {
 
   private:
     QWidget* xShow();
-    /** Makes the robot return at the same port, without cameras, after it was lost. */
-    void xRestartRobot();
+    /** Makes a robot answer at the same port, without cameras, after it was lost. */
+    void xRestartRobot(const std::string& name = "TestRobot");
     void xVerifyShown(const QColor& color);
 
     std::unique_ptr<QTemporaryDir> fFolder;
@@ -200,10 +202,10 @@ QWidget* ViewingTest::xShow() {
     return fViewer;
 }
 
-void ViewingTest::xRestartRobot() {
+void ViewingTest::xRestartRobot(const std::string& name) {
     const int port = fRobot->port();
     fRobot.reset();
-    fRobot = std::make_unique<VideoRobot>("TestRobot", VideoRobot::Video::Offered, port);
+    fRobot = std::make_unique<VideoRobot>(name, VideoRobot::Video::Offered, port);
 }
 
 void ViewingTest::xVerifyShown(const QColor& color) {
@@ -677,6 +679,26 @@ void ViewingTest::goesOnWithARobotThatReturnsBeforeItsCamera() {
     QVERIFY(actionOf(viewer, "recordAction")->isChecked());
     QCOMPARE(boxOf(viewer, "cameraBox")->currentText(), QStringLiteral("head"));
     xVerifyShown(Qt::blue);
+}
+
+void ViewingTest::leavesAnotherRobotAsItIsSet() {
+    QSettings().setValue(QStringLiteral("Viewers/reconnect"), true);
+    QWidget* viewer = xShow();
+    QVERIFY(choose(viewer, "formatBox", QStringLiteral("Grey")));
+    QTRY_COMPARE(fRobot->settings("head")["format"], KVValue("grey"));
+    xVerifyShown(Qt::red);
+    xRestartRobot("OtherRobot");
+    fRobot->addCamera("head");
+    fRobot->addCamera("rear");
+    auto* connection = viewer->findChild<QAbstractButton*>(QStringLiteral("connectButton"));
+    QTRY_VERIFY(connection->isVisible());
+    connection->click();
+    QTRY_COMPARE(fRobot->watchers("head"), 1);
+    fDriver->letTimePass();
+    QCOMPARE(fRobot->settings("head")["format"], KVValue("rgb"));
+    QCOMPARE(boxOf(viewer, "formatBox")->currentText(), QStringLiteral("RGB"));
+    QVERIFY(choose(viewer, "formatBox", QStringLiteral("JPEG")));
+    QTRY_VERIFY(QSettings().value("CameraViewer/robots/OtherRobot/cameras/head/format") == "jpeg");
 }
 
 void ViewingTest::savesTheVeryPixels() {
