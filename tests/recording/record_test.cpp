@@ -166,12 +166,18 @@ std::map<std::string, std::vector<Heard>> heardByTopic(const std::string& path) 
     return topics;
 }
 
-/** The names of the events of a robot. */
+/**
+ * Returns the names of the events of a robot, except "passed over", which a busy machine and a
+ * silence bring.
+ */
 std::vector<std::string> eventsOf(const std::string& path, const std::string& robot) {
     std::vector<std::string> events;
     for (const Heard& heard : hear(path)) {
         if (heard.fTopic == '/' + robot + "/events") {
-            events.push_back(Json::parse(heard.fData)["event"]);
+            const std::string event = Json::parse(heard.fData)["event"];
+            if (event != "passed over") {
+                events.push_back(event);
+            }
         }
     }
     return events;
@@ -428,10 +434,8 @@ TEST(Record, MarksASilenceOfTheRobot) {
     expectSound(path);
     const recording::Reader reader(path);
     const std::string name = reader.readMetadata(reader.metadata().front()).fEntries.at("name");
-    std::vector<std::string> events = eventsOf(path, name);
-    // Of the values during the silence, only the newest ones are sent.
-    events.erase(std::remove(events.begin(), events.end(), "passed over"), events.end());
-    EXPECT_THAT(events, ::testing::ElementsAre("begin", "silent", "answers again", "end"));
+    EXPECT_THAT(eventsOf(path, name),
+                ::testing::ElementsAre("begin", "silent", "answers again", "end"));
 }
 
 TEST(Record, AnIconThatDoesNotComeDelaysNothing) {
