@@ -21,6 +21,9 @@
 #include <qt_test_main.h>
 
 #include <algorithm>
+#include <chrono>
+#include <codec/h264_encoder.h>
+#include <grey_film.h>
 #include <memory>
 #include <timers.h>
 #include <utility>
@@ -126,6 +129,7 @@ class ViewingTest : public QObject {
     void fitsTheRestToWhatIsChosen();
     void takesChoicesFasterThanTheRobotAnswers();
     void putsBackWhatTheRobotRefuses();
+    void endsTheAutomaticBandwidthThatTheRobotRefuses();
     void neverWaitsForTheRobot();
     void remembersEachCameraOfEachRobot();
     void remembersTheViewOfEachRobot();
@@ -328,6 +332,31 @@ void ViewingTest::putsBackWhatTheRobotRefuses() {
     QVERIFY(choose(viewer, "formatBox", QStringLiteral("JPEG")));
     QTRY_COMPARE(fRobot->settings("head")["format"], KVValue("jpeg"));
     QTRY_COMPARE(toldOf(viewer), QString());
+}
+
+void ViewingTest::endsTheAutomaticBandwidthThatTheRobotRefuses() {
+    if (!codec::H264Encoder::isAvailable()) {
+        QSKIP("GStreamer has no encoder of H.264.");
+    }
+    fRobot->setSettings("head", {{"format", KVValue("h264")}, {"bitRate", KVValue(1'000'000)}});
+    QWidget* viewer = xShow();
+    QTRY_VERIFY(choose(viewer, "bitRateBox", QStringLiteral("Automatic")));
+    fRobot->refuse("the head is too hot");
+    GreyFilm film;
+    QSignalSpy shown(pictureOf(viewer), SIGNAL(pictureShown(quint64, qint64)));
+    const auto send = [&](std::chrono::milliseconds age) {
+        using std::chrono::duration_cast;
+        const auto time = std::chrono::system_clock::now().time_since_epoch() - age;
+        KVFrame frame = film.next();
+        frame.fTime = duration_cast<std::chrono::microseconds>(time).count();
+        fRobot->publish("head", frame);
+    };
+    QTRY_VERIFY((send(std::chrono::milliseconds(0)), !shown.isEmpty()));
+    // Late, as in the queue of a slow link.
+    QTRY_VERIFY((send(std::chrono::seconds(1)),
+                 toldOf(viewer).contains(QLatin1String("the head is too hot"))));
+    QCOMPARE(boxOf(viewer, "bitRateBox")->currentText(), QStringLiteral("1 Mbit/s"));
+    QCOMPARE(fRobot->settings("head")["bitRate"], KVValue(1'000'000));
 }
 
 void ViewingTest::neverWaitsForTheRobot() {
