@@ -4,12 +4,8 @@
 #include <QtTest>
 #include <qt_test_main.h>
 
-#include <algorithm>
-#include <chrono>
-#include <deque>
 #include <lab_robot.h>
-#include <utility>
-#include <vector>
+#include <shown_ages.h>
 
 using namespace obvista_test;
 
@@ -20,57 +16,8 @@ constexpr char a_address[] = "10.77.61.1";
 constexpr int a_port = 9559;
 /** Milliseconds: sufficient for a machine that is busy with other tests. */
 constexpr int a_patience = 60000;
-/** Period of which the ages are judged. */
-constexpr std::chrono::seconds a_period(4);
-constexpr int a_leastFrames = 20;
-
-/** Ages of the frames that were shown in the last seconds, in milliseconds. */
-class ShownAges : public QObject {
-    Q_OBJECT
-
-  public:
-    explicit ShownAges(QWidget* viewer) {
-        connect(pictureOf(viewer), SIGNAL(pictureShown(quint64, qint64)), this,
-                SLOT(xOnShown(quint64, qint64)));
-    }
-
-    void clear() {
-        fAges.clear();
-        fSince = Clock::now();
-    }
-
-    /** Returns an age that this part of the frames does not exceed; -1 until a period is over. */
-    double ofPart(double part) const {
-        if (Clock::now() - fSince < a_period || fAges.size() < a_leastFrames) {
-            return -1;
-        }
-        std::vector<double> sorted;
-        for (const auto& [time, age] : fAges) {
-            sorted.push_back(age);
-        }
-        std::sort(sorted.begin(), sorted.end());
-        return sorted[static_cast<std::size_t>(part * static_cast<double>(sorted.size() - 1))];
-    }
-
-  private Q_SLOTS:
-    void xOnShown(quint64, qint64 time) {
-        using std::chrono::duration_cast;
-        using std::chrono::microseconds;
-        const auto sinceEpoch = std::chrono::system_clock::now().time_since_epoch();
-        const auto age = duration_cast<microseconds>(sinceEpoch).count() - time;
-        constexpr double thousand = 1e3;
-        fAges.emplace_back(Clock::now(), static_cast<double>(age) / thousand);
-        while (Clock::now() - fAges.front().first > a_period) {
-            fAges.pop_front();
-        }
-    }
-
-  private:
-    using Clock = std::chrono::steady_clock;
-
-    Clock::time_point fSince = Clock::now();
-    std::deque<std::pair<Clock::time_point, double>> fAges;
-};
+/** In four seconds. */
+constexpr std::size_t a_leastFrames = 20;
 
 }  // namespace
 
@@ -93,7 +40,7 @@ void NetworkTest::showsYoungFramesAtAnAutomaticBandwidth() {
                              a_patience);
     QVERIFY(choose(viewer, "formatBox", QStringLiteral("H.264")));
     QTRY_VERIFY_WITH_TIMEOUT(choose(viewer, "bitRateBox", QStringLiteral("8 Mbit/s")), a_patience);
-    ShownAges ages(viewer);
+    ShownAges ages(viewer, std::chrono::seconds(4), a_leastFrames);
     QTRY_VERIFY_WITH_TIMEOUT(ages.ofPart(0.5) > 150, a_patience);
 
     QVERIFY(choose(viewer, "bitRateBox", QStringLiteral("Automatic")));
