@@ -12,6 +12,8 @@ _REGISTRY = ("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
 _SELECTED = 23
 _SHOWING = 25
 _DEEPEST = 30
+#: Milliseconds. A program that does not answer, as while it starts, is read again from the beginning.
+_TIMEOUT = 3000
 
 
 class Element(NamedTuple):
@@ -37,7 +39,7 @@ class ScreenReader:
 
     def _call(self, reference: Tuple[str, str], interface: str, method: str,
               arguments: Any = None) -> Any:
-        return self._bus.call_sync(*reference, interface, method, arguments, None, 0, -1,
+        return self._bus.call_sync(*reference, interface, method, arguments, None, 0, _TIMEOUT,
                                    None).unpack()[0]
 
     def read(self, reference: Tuple[str, str] = _REGISTRY, depth: int = 0) -> Iterator[Element]:

@@ -224,7 +224,8 @@ TEST(Foreign, PicturesThatNoRobotSendsAreConverted) {
     file.open();
     ASSERT_NE(nullptr, file.stage().video());
     std::map<std::string, std::string> formats;
-    for (const KVValue& camera : file.stage().video()->invoke("getCameras", {}).toList()) {
+    const KVValue cameras = file.stage().video()->invoke("getCameras", {});
+    for (const KVValue& camera : cameras.toList()) {
         formats[camera.toMap().at("name").toString()] =
             camera.toMap().at("settings").toMap().at("format").toString();
     }
