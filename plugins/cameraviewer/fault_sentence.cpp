@@ -30,6 +30,7 @@ constexpr const char* a_context = "cameraviewer::FaultSentence";
                       "The camera sends JPEGs that are damaged or incomplete."),
     QT_TRANSLATE_NOOP(
         "cameraviewer::FaultSentence",
+        // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
         "The camera sends H.264 that is too large; the most is 9.4 million pixels and "
         "4 MiB a frame."),
     QT_TRANSLATE_NOOP("cameraviewer::FaultSentence", "The camera sends H.264 that cannot be read."),

@@ -29,8 +29,9 @@ def take_picture(name):
 
 @pytest.fixture
 def reader():
+    result = ScreenReader()  # first, since it starts the registry of programs
     with running_obvista():
-        yield ScreenReader()
+        yield result
 
 
 def show(reader, viewer):

@@ -36,6 +36,8 @@ class ScreenReader:
         self._bus = Gio.DBusConnection.new_for_address_sync(
             address, Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT
             | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION)
+        # Starts the registry, at which programs enrol once, when they start.
+        self.find(lambda one: False)
 
     def _call(self, reference: Tuple[str, str], interface: str, method: str,
               arguments: Any = None) -> Any:
