@@ -135,9 +135,10 @@ class ConformCommand : public Command {
     }
 
     void addOptions(Options& options) override {
-        options.addTexts("--group",
-                         "session|calls|values|subscriptions|frames|limits|security|resuming|announcing",
-                         &fGroups, "a group of checks to run; may be given several times");
+        options.addTexts(
+            "--group",
+            "session|calls|values|subscriptions|frames|limits|security|resuming|announcing",
+            &fGroups, "a group of checks to run; may be given several times");
         options.addTexts("--check", "CHECK", &fNames, "a check to run; may be given several times");
         options.addSwitch("--list", &fList, "list the checks with their rules, and run none");
         options.addText("--write", "KEY", &fWritable,
