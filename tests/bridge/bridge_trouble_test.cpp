@@ -1,4 +1,4 @@
-// What the bridge and `robaxi doctor` report about the usual troubles with ROS 2, in a private
+// Reports of the bridge and of `robaxi doctor` on the usual troubles with ROS 2, in a private
 // network.
 
 #include "bridge_lab.h"

@@ -413,7 +413,7 @@ TEST(Record, MarksASilenceOfTheRobot) {
                                             RobotProcess::address(), robot.port(), 10);
     using State = KVConnection::State;
     robot.suspend();
-    // Both are told within half a second of each other; a silence that is longer is told for sure.
+    // Both programs report a silence within half a second of each other; a longer one is certain.
     ASSERT_TRUE(eventually(
         [&] { return visitor->getState() == State::Silent && visitor->getSilence() > 4; }));
     robot.resume();

@@ -38,7 +38,7 @@ class RecordedWalk {
     void removeKey(std::uint64_t time, const std::string& key);
     /** Writes a grey picture of 2x1 pixels. */
     void addFrame(std::uint64_t time, const std::string& camera, std::uint32_t number);
-    /** What follows is in another chunk of the file. */
+    /** Begins another chunk of the file. */
     void flush() { fWriter.flush(); }
     void finish() { fWriter.finish(); }
 
