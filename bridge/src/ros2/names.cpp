@@ -48,6 +48,10 @@ std::string ddsType(std::string_view rosType) {
     return result + std::string(a_namespace) + std::string(rosType.substr(slash + 1)) + '_';
 }
 
+std::string folderOf(const std::string& topic) {
+    return topic.substr(0, topic.rfind('/') + 1);
+}
+
 bool matches(std::string_view pattern, std::string_view topic) {
     // Back to behind the last star, one character further, where the rest does not match.
     std::size_t p = 0;

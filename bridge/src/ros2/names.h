@@ -16,6 +16,9 @@ std::string ddsTopic(std::string_view rosTopic);
 std::string rosType(std::string_view ddsType);
 std::string ddsType(std::string_view rosType);
 
+/** Returns the part of a topic's name up to the last "/". */
+std::string folderOf(const std::string& topic);
+
 /** Returns true if a topic's name matches a pattern, in which "*" stands for any characters. */
 bool matches(std::string_view pattern, std::string_view topic);
 

@@ -52,6 +52,30 @@ bool QosPolicies::operator<(const QosPolicies& other) const {
     return allOf(*this) < allOf(other);
 }
 
+Qos makeReaderQos(bool isLatched, int depth) {
+    Qos qos(dds_create_qos());
+    if (isLatched) {
+        dds_qset_reliability(qos.get(), DDS_RELIABILITY_RELIABLE, DDS_SECS(1));
+        dds_qset_durability(qos.get(), DDS_DURABILITY_TRANSIENT_LOCAL);
+    } else {
+        dds_qset_reliability(qos.get(), DDS_RELIABILITY_BEST_EFFORT, 0);
+        dds_qset_durability(qos.get(), DDS_DURABILITY_VOLATILE);
+    }
+    dds_qset_history(qos.get(), DDS_HISTORY_KEEP_LAST, depth);
+    const dds_data_representation_id_t encodings[] = {DDS_DATA_REPRESENTATION_XCDR1,
+                                                      DDS_DATA_REPRESENTATION_XCDR2};
+    dds_qset_data_representation(qos.get(), 2, encodings);
+    return qos;
+}
+
+Qos makeWriterQos() {
+    Qos qos(dds_create_qos());
+    dds_qset_reliability(qos.get(), DDS_RELIABILITY_RELIABLE, DDS_MSECS(100));
+    dds_qset_durability(qos.get(), DDS_DURABILITY_VOLATILE);
+    dds_qset_history(qos.get(), DDS_HISTORY_KEEP_LAST, 1);
+    return qos;
+}
+
 QosPolicies policiesOf(const dds_qos_t* qos) {
     // Policies that are not set keep their defaults.
     QosPolicies policies;

@@ -2,6 +2,7 @@
 #define OBVISTA_BRIDGE_ROS2_QOS_POLICIES_H
 
 #include <dds/dds.h>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,19 @@ struct QosPolicies {
 
     bool operator<(const QosPolicies& other) const;
 };
+
+/** Frees an object of the library. */
+struct QosEnd {
+    void operator()(dds_qos_t* qos) const { dds_delete_qos(qos); }
+};
+using Qos = std::unique_ptr<dds_qos_t, QosEnd>;
+
+/** Returns a request that every writer can fulfil; of a latched topic, for what has been written
+ *  before. @param depth number of samples that are kept until they are taken */
+Qos makeReaderQos(bool isLatched, int depth);
+
+/** Returns the offer of the bridge's writers. */
+Qos makeWriterQos();
 
 QosPolicies policiesOf(const dds_qos_t* qos);
 

@@ -2,14 +2,14 @@
 #define OBVISTA_BRIDGE_ROS2_TOPIC_H
 
 #include "message/message_type.h"
-#include "ros2/domain.h"
 #include "ros2/node_info.h"
 #include "ros2/qos_policies.h"
 #include "ros2/raw_type.h"
+#include "ros2/topic_reader.h"
+#include "ros2/topic_writer.h"
 
 #include <cstdint>
 #include <dds/dds.h>
-#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -49,15 +49,7 @@ struct CameraFigures {
     }
 };
 
-/** The writer of a topic that clients may write; used by several threads. */
-struct TopicWriter {
-    Entity fTopicEntity;
-    RawTopic fTopic;
-    Entity fWriter;
-    std::shared_ptr<const MessageType> fType;
-};
-
-/** One topic of the domain. Used on the source's thread only. */
+/** One topic of the domain. Used on the thread of the loop only. */
 struct Topic {
     std::string fName;  ///< in ROS 2, for instance "/joint_states"
     std::string fKeys;  ///< the same for keys: "joint_states"
@@ -69,9 +61,7 @@ struct Topic {
     bool fIsAwaited = false;    ///< its description has not arrived
     Role fRole = Role::Counted;
 
-    Entity fTopicEntity;
-    Entity fReader;
-    bool fIsReaderLatched = false;
+    std::unique_ptr<TopicReader> fReader;  ///< while it is read
     std::shared_ptr<Arrivals> fArrivals = std::make_shared<Arrivals>();
     std::uint64_t fLastSamples = 0;
     std::uint64_t fLastBytes = 0;
@@ -81,9 +71,9 @@ struct Topic {
     CameraFigures fAnnounced;
     CameraFigures fSeen;
 
-    std::shared_ptr<TopicWriter> fWriter;
-    std::string fProblem;       ///< of its messages
-    std::string fMatchProblem;  ///< of its readers and writers
+    std::shared_ptr<const TopicWriter> fWriter;  ///< of a topic that clients may write
+    std::string fProblem;                        ///< of its messages
+    std::string fMatchProblem;                   ///< of its readers and writers
 };
 
 }  // namespace bridge
