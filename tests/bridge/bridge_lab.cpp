@@ -133,6 +133,11 @@ std::optional<KVChange> BridgeValues::wait(const std::string& name) {
     return wait(name, [](const KVValue&) { return true; });
 }
 
+bool BridgeValues::has(const std::string& name) {
+    const std::lock_guard lock(fMutex);
+    return fIds.count(name) != 0;
+}
+
 bool BridgeValues::waitForCount(const std::string& beginning, std::size_t count) {
     std::unique_lock lock(fMutex);
     return fChanged.wait_for(lock, a_patience, [&] { return xCount(beginning) == count; });

@@ -72,6 +72,9 @@ class BridgeValues {
                                  const std::function<bool(const KVValue&)>& condition);
     std::optional<KVChange> wait(const std::string& name);
 
+    /** Returns true if there is a key at present. */
+    bool has(const std::string& name);
+
     /** Waits until so many keys begin with a text. */
     bool waitForCount(const std::string& beginning, std::size_t count);
     bool waitForNone(const std::string& beginning) { return waitForCount(beginning, 0); }

@@ -187,4 +187,6 @@ TEST(Bridge, aRobotWithCycloneDdsAndATypeThatItDescribes) {
         values.wait("gripper/steps/1", [](const KVValue& steps) { return steps.toInt() == -7; }));
     EXPECT_TRUE(values.wait("gripper/fingers/1/force", isAbove(2)));
     EXPECT_TRUE(values.wait("gripper/fingers/0/label", textIs("Wrist")));
+    EXPECT_TRUE(values.wait("ROS/Topics/gripper/Rate", isAbove(15)));
+    EXPECT_FALSE(values.has("ROS/Topics/gripper/Problem")) << "samples before the description";
 }

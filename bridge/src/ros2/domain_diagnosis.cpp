@@ -5,13 +5,14 @@
 namespace bridge {
 
 DomainDiagnosis::DomainDiagnosis(int domain, std::string interface, const Guid& own,
-                                 EventLoop& loop, base::Lookups& lookups, Sink& sink)
+                                 EventLoop& loop, base::Lookups& lookups,
+                                 std::function<void()> changed)
     : fDomain(domain),
       fInterface(std::move(interface)),
       fOwn(own),
       fLoop(loop),
       fLookups(lookups),
-      fSink(sink) {
+      fHasChanged(std::move(changed)) {
 }
 
 void DomainDiagnosis::search() {
@@ -27,11 +28,8 @@ void DomainDiagnosis::search() {
         return [this, search, problem] {
             fLoop.post([this, search, problem] {
                 fIsSearching = false;
-                if (search != fSearch) {
-                    return;  // somebody has been found
-                }
-                if (std::exchange(fProblem, problem) != problem) {
-                    fSink.complain(problem);
+                if (search == fSearch) {  // nobody has been found since
+                    xSet(problem);
                 }
             });
         };
@@ -43,7 +41,13 @@ void DomainDiagnosis::stop() {
         fSearch->stop();
         fSearch.reset();
     }
-    fProblem.clear();
+    xSet({});
+}
+
+void DomainDiagnosis::xSet(const std::string& problem) {
+    if (std::exchange(fProblem, problem) != problem) {
+        fHasChanged();
+    }
 }
 
 }  // namespace bridge

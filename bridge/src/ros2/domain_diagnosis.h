@@ -4,10 +4,10 @@
 #include "ros2/domain_search.h"
 #include "ros2/event_loop.h"
 #include "ros2/node_info.h"
-#include "source/source.h"
 
 #include <base/lookups.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -19,9 +19,10 @@ class DomainDiagnosis {
   public:
     /** @param interface name, or empty for the one that Cyclone DDS chooses
      *  @param own the bridge's participant
-     *  @param lookups their destruction ends a search that runs */
+     *  @param lookups their destruction ends a search that runs
+     *  @param changed called when the problem has changed */
     DomainDiagnosis(int domain, std::string interface, const Guid& own, EventLoop& loop,
-                    base::Lookups& lookups, Sink& sink);
+                    base::Lookups& lookups, std::function<void()> changed);
 
     /** Starts a search unless one runs; called again and again while nobody is in the domain. */
     void search();
@@ -33,12 +34,14 @@ class DomainDiagnosis {
     const std::string& problem() const { return fProblem; }
 
   private:
+    void xSet(const std::string& problem);
+
     const int fDomain;
     const std::string fInterface;
     const Guid fOwn;
     EventLoop& fLoop;
     base::Lookups& fLookups;
-    Sink& fSink;
+    const std::function<void()> fHasChanged;
     std::shared_ptr<DomainSearch> fSearch;  // from search() to stop()
     bool fIsSearching = false;
     std::string fProblem;

@@ -12,6 +12,8 @@
 #include <poll.h>
 #include <random>
 #include <sockets/multicast.h>
+#include <stdexcept>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <thread>
 #include <utility>
@@ -39,6 +41,9 @@ constexpr std::chrono::milliseconds a_slice(100);
 // A round begins at most so often, and takes one packet of each domain.
 constexpr std::chrono::milliseconds a_rest(2);
 constexpr std::size_t a_mostInterfaces = 8;
+// Descriptors that stay free for the bridge's clients while the search listens: gRPC accepts no
+// client any more once a connection has failed for lack of one.
+constexpr rlim_t a_spareDescriptors = 64;
 
 constexpr const char* a_peers = "name the robot as a peer in CYCLONEDDS_URI";
 
@@ -73,6 +78,17 @@ std::optional<int> interfaceOf(msghdr& message) {
     return std::nullopt;
 }
 
+/** Throws if a new socket leaves too few descriptors. Its number is the lowest that was free. */
+void requireSpareDescriptors(const sockets::Socket& socket) {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) == 0 &&
+        static_cast<rlim_t>(socket.number()) + a_spareDescriptors >= limit.rlim_cur) {
+        throw std::runtime_error("the search needs " + std::to_string(a_highestDomain + 1) +
+                                 " sockets, and this program may open only " +
+                                 std::to_string(limit.rlim_cur) + " files (ulimit -n)");
+    }
+}
+
 std::string listed(const std::set<std::string>& names) {
     std::string text;
     for (const std::string& name : names) {
@@ -94,6 +110,14 @@ std::string switchedOff(const std::vector<Interface>& interfaces) {
     return "Multicast is switched off for " + sockets::namesOf(interfaces) +
            ". Enable it: sudo ip link set dev " + interfaces.front().fName + " multicast on; or " +
            a_peers + '.';
+}
+
+std::string blocked(int domain, const std::vector<Interface>& interfaces) {
+    const std::string first = std::to_string(portOf(domain));
+    return "Multicast is blocked: a firewall of this computer drops packets to " +
+           std::string(a_groupText) + ", UDP port " + first + ", on " +
+           sockets::namesOf(interfaces) + ". Let it pass UDP from port " + first + " to " +
+           std::to_string(portOf(domain + 1) - 1) + ", or " + a_peers + '.';
 }
 
 }  // namespace
@@ -129,9 +153,10 @@ std::string DomainSearch::xFindCause() {
     interfaces.erase(able, interfaces.end());
     interfaces.resize(std::min(interfaces.size(), a_mostInterfaces));
 
-    std::string blocked = xBlocked(interfaces);
-    if (!blocked.empty()) {
-        return blocked;
+    // Once is enough: on a busy computer, a packet may come too late.
+    fCanMulticast = fCanMulticast || xCanMulticast(interfaces);
+    if (!fCanMulticast) {
+        return blocked(fDomain, interfaces);
     }
     xListen(interfaces);
     const std::string domain = std::to_string(fDomain);
@@ -162,6 +187,7 @@ void DomainSearch::xListen(const std::vector<Interface>& interfaces) {
     std::vector<pollfd> polled;
     for (int domain = 0; domain <= a_highestDomain; ++domain) {
         auto socket = std::make_unique<sockets::Socket>();
+        requireSpareDescriptors(*socket);
         const sockaddr_in group = groupOfDomain(domain);
         const int enabled = 1;
         if (!sockets::bindTo(*socket, group) ||
@@ -202,8 +228,11 @@ void DomainSearch::xNote(int domain, const sockets::Socket& socket,
     message.msg_controllen = control.size();
     const ssize_t size = recvmsg(socket.number(), &message, MSG_DONTWAIT);
     const auto prefix = packet.cend() - a_prefixSize;
-    if (size != static_cast<ssize_t>(a_headerSize) || std::memcmp(packet.data(), "RTPS", 4) != 0 ||
-        std::equal(prefix, packet.cend(), fOwn.begin())) {
+    // A late packet of xCanMulticast(), or one of another bridge, has a header only.
+    const bool isAnnouncement = size == static_cast<ssize_t>(a_headerSize) &&
+                                (message.msg_flags & MSG_TRUNC) != 0 &&
+                                std::memcmp(packet.data(), "RTPS", 4) == 0;
+    if (!isAnnouncement || std::equal(prefix, packet.cend(), fOwn.begin())) {
         return;
     }
     const std::optional<int> index = interfaceOf(message);
@@ -214,20 +243,13 @@ void DomainSearch::xNote(int domain, const sockets::Socket& socket,
     }
 }
 
-std::string DomainSearch::xBlocked(const std::vector<Interface>& interfaces) const {
-    for (const Interface& interface : interfaces) {
+bool DomainSearch::xCanMulticast(const std::vector<Interface>& interfaces) const {
+    return std::any_of(interfaces.begin(), interfaces.end(), [this](const Interface& interface) {
         const auto outcome =
             sockets::tryMulticast(interface, groupOfDomain(fDomain), makeEmptyPacket());
-        if (outcome == sockets::MulticastOutcome::Heard ||
-            outcome == sockets::MulticastOutcome::PortKept) {
-            return {};
-        }
-    }
-    return "Multicast is blocked: a firewall of this computer drops packets to " +
-           std::string(a_groupText) + ", UDP port " + std::to_string(portOf(fDomain)) + ", on " +
-           sockets::namesOf(interfaces) + ". Let it pass UDP from port " +
-           std::to_string(portOf(fDomain)) + " to " + std::to_string(portOf(fDomain + 1) - 1) +
-           ", or " + a_peers + '.';
+        return outcome == sockets::MulticastOutcome::Heard ||
+               outcome == sockets::MulticastOutcome::PortKept;
+    });
 }
 
 }  // namespace bridge

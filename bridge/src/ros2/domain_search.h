@@ -40,12 +40,13 @@ class DomainSearch {
     void xListen(const std::vector<sockets::Interface>& interfaces);
     void xNote(int domain, const sockets::Socket& socket,
                const std::vector<sockets::Interface>& interfaces);
-    std::string xBlocked(const std::vector<sockets::Interface>& interfaces) const;
+    bool xCanMulticast(const std::vector<sockets::Interface>& interfaces) const;
 
     const int fDomain;
     const std::string fInterface;
     const Guid fOwn;
     std::atomic<bool> fIsStopped{false};
+    bool fCanMulticast = false;
     std::map<int, std::set<std::string>> fHeard;  // names of interfaces, by the domain
 };
 

@@ -53,8 +53,11 @@ bool admit(const ddsi_sertype* type, Sample& sample, std::size_t size) {
     Arrivals& arrivals = *typeOf(type)->fArrivals;
     arrivals.fSamples.fetch_add(1, std::memory_order_relaxed);
     arrivals.fBytes.fetch_add(size, std::memory_order_relaxed);
-    if (size > arrivals.fLargest.load(std::memory_order_relaxed)) {
-        arrivals.fTooLarge.fetch_add(1, std::memory_order_relaxed);
+    const std::size_t largest = arrivals.fLargest.load(std::memory_order_relaxed);
+    if (size > largest) {
+        if (largest != 0) {
+            arrivals.fTooLarge.fetch_add(1, std::memory_order_relaxed);
+        }
         return false;
     }
     try {

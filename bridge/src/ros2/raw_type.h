@@ -22,7 +22,7 @@ struct Arrivals {
     std::atomic<std::uint64_t> fSamples{0};
     std::atomic<std::uint64_t> fBytes{0};
     std::atomic<std::uint64_t> fTooLarge{0};  ///< samples that were dropped for their size
-    /** Samples above so many bytes are counted, but not kept. */
+    /** Samples above so many bytes are counted, but not kept; 0 if none is kept. */
     std::atomic<std::size_t> fLargest{0};
 };
 

@@ -47,6 +47,7 @@ class Ros2Source::Reading {
     Discovery::Callbacks xCallbacks();
     void xRun();
     void xShowDomain();
+    void xShowProblem();
 
     const int fNumber;
     Sink& fSink;
@@ -83,7 +84,8 @@ Ros2Source::Reading::Reading(const Ros2Options& options, Sink& sink)
       fDiscovery(fParticipant.get(), fLoop, xCallbacks()),
       fNodes(fParticipant.get(), fLoop, fDiscovery, sink),
       fTopics(options, fParticipant.get(), fLoop, *fLookups, fNodes, sink),
-      fDiagnosis(options.fDomain, options.fInterface, fDiscovery.own(), fLoop, *fLookups, sink) {
+      fDiagnosis(options.fDomain, options.fInterface, fDiscovery.own(), fLoop, *fLookups,
+                 [this] { xShowProblem(); }) {
     fThread = std::thread([this] { xRun(); });
 }
 
@@ -123,6 +125,13 @@ void Ros2Source::Reading::xRun() {
         }
         std::this_thread::sleep_until(begin + a_rest);
     }
+}
+
+void Ros2Source::Reading::xShowProblem() {
+    if (!fDiagnosis.problem().empty()) {
+        fSink.complain(fDiagnosis.problem());
+    }
+    xShowDomain();
 }
 
 void Ros2Source::Reading::xShowDomain() {

@@ -368,7 +368,7 @@ void TopicList::showRates(double seconds) {
     for (auto& [name, topic] : fTopics) {
         const std::uint64_t samples = topic.fArrivals->fSamples;
         const std::uint64_t bytes = topic.fArrivals->fBytes;
-        if (topic.fArrivals->fTooLarge != 0 && topic.fRole != Role::Counted) {
+        if (topic.fArrivals->fTooLarge != 0) {
             xReport(topic, "messages are too large, and dropped");
         }
         if (!topic.fWriters.empty() || topic.fWriter) {
