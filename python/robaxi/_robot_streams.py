@@ -1,0 +1,296 @@
+"""The robot's ends of the streams beside a session: subscriptions and watched cameras. On the event
+loop of the server."""
+
+from __future__ import annotations
+
+import asyncio
+import collections
+import functools
+import time
+from typing import TYPE_CHECKING, Any, AsyncIterator, Callable, Deque, List, Optional, Set
+
+from . import _wire
+from ._robot_session import Session, first_request, run_until_first
+from ._wire import Ended
+from .module import Module
+from .table import Entry, Known
+from .v1 import robaxi_pb2 as pb
+
+if TYPE_CHECKING:
+    from ._service import Service
+
+_IN_FLIGHT = 2  # updates and frames
+_HIGHEST_RATE = 1000.0
+_LONGEST_PERIOD = 86400.0
+_BATCH_KEYS = 500
+_BATCH_VALUES = 1000
+
+
+class SideStream:
+    """A stream beside a session: a subscription or a watched camera."""
+
+    def __init__(self, service: Service, context: Any) -> None:
+        self._service = service
+        self._context = context
+        self._loop = asyncio.get_running_loop()
+        self._wake = asyncio.Event()
+        self._is_over = False
+        self._ending: Optional[Exception] = None
+        self._sent = 0
+        self._done = 0
+
+    def end(self, reason: Optional[Exception] = None) -> None:
+        """Ends the stream, with the status OK if there is no reason."""
+        self._is_over = True
+        self._ending = self._ending or reason
+        self._wake.set()
+
+    def refuse(self, cause: Any, text: str = "") -> None:
+        self.end(Ended(cause, text))
+
+    async def serve(self, requests: AsyncIterator[Any]) -> None:
+        try:
+            first = await first_request(requests, self._service.silence)
+        except StopAsyncIteration:
+            return
+        if not first.HasField("start"):
+            raise Ended(pb.Error.INVALID_ARGUMENT, "the first request has no start")
+        session = self._service.sessions.get(first.start.session_id)
+        if session is None:
+            raise Ended(pb.Error.NOT_AUTHORISED, "there is no such session")
+        session.streams.add(self)
+        try:
+            self._join(first, session)
+            await run_until_first(self._read(requests), self._send())
+            if self._ending is not None:
+                raise self._ending
+        finally:
+            session.streams.discard(self)
+            self._leave()
+
+    def _count(self, session: Session) -> int:
+        return sum(type(one) is type(self) for one in session.streams)
+
+    def _find_module(self, name: str) -> Optional[Module]:
+        module = self._service.modules.get(name)
+        if module is None:
+            self.refuse(pb.Error.NO_SUCH_MODULE)
+        return module
+
+    def _wake_from_thread(self) -> None:
+        if self._wake.is_set():
+            return  # what has changed is looked at after it is cleared
+        try:
+            self._loop.call_soon_threadsafe(self._wake.set)
+        except RuntimeError:
+            pass  # the loop has ended
+
+    async def _read(self, requests: AsyncIterator[Any]) -> None:
+        async for request in requests:
+            self._take(request)
+            self._wake.set()
+        self.end()
+        await asyncio.Event().wait()  # until the sender has noticed
+
+    async def _send(self) -> None:
+        while not self._is_over:
+            self._wake.clear()
+            delay = await self._send_due() if self._sent < self._done + _IN_FLIGHT else None
+            if self._is_over:
+                break
+            if delay is None:
+                await self._wake.wait()
+            elif delay > 0:
+                await self._pause(delay)
+
+    async def _pause(self, delay: float) -> None:
+        await asyncio.sleep(delay)
+
+    def _join(self, first: Any, session: Session) -> None:
+        raise NotImplementedError
+
+    def _leave(self) -> None:
+        raise NotImplementedError
+
+    def _take(self, request: Any) -> None:
+        raise NotImplementedError
+
+    async def _send_due(self) -> Optional[float]:
+        """Sends what is due. Returns the seconds until more is, or None for the next wake-up."""
+        raise NotImplementedError
+
+
+_Composed = Callable[[], pb.SubscriptionUpdate]
+
+
+class Subscription(SideStream):
+    """The changing values of a module, for one client."""
+
+    def __init__(self, service: Service, context: Any) -> None:
+        super().__init__(service, context)
+        self._table: Any = None
+        self._known = Known()
+        self._chosen: Optional[Set[int]] = None
+        self._fresh: Set[int] = set()
+        self._period = 0.0
+        self._last = 0.0
+        # Encoded one by one, when they are sent.
+        self._waiting: Deque[_Composed] = collections.deque()
+
+    def _join(self, first: pb.SubscriptionRequest, session: Session) -> None:
+        if self._count(session) > self._service.limits.subscriptions:
+            self.refuse(pb.Error.TOO_MANY)
+            return
+        module = self._find_module(first.start.module)
+        if module is None:
+            return
+        if module.table is None:
+            self.refuse(pb.Error.INVALID_ARGUMENT, "the module has no values to subscribe to")
+            return
+        self._chosen = None if first.start.all_keys else set()
+        self._set_rate(first.start.rate)
+        self._take_changes(first)
+        self._table = module.table
+        self._table.observe(self._wake_from_thread)
+
+    def _leave(self) -> None:
+        if self._table is not None:
+            self._table.forget(self._wake_from_thread)
+
+    def _take(self, request: pb.SubscriptionRequest) -> None:
+        if request.HasField("start"):
+            self.refuse(pb.Error.INVALID_ARGUMENT, "a subscription was started twice")
+        self._take_changes(request)
+
+    def _take_changes(self, request: pb.SubscriptionRequest) -> None:
+        if request.HasField("rate"):
+            self._set_rate(request.rate)
+        if request.HasField("keys") and self._chosen is not None:
+            chosen = set(request.keys.ids)
+            self._fresh |= chosen - self._chosen
+            self._fresh &= chosen
+            self._chosen = chosen
+        self._done = max(self._done, request.consumed)
+
+    def _set_rate(self, rate: float) -> None:
+        if not 0 < rate <= _HIGHEST_RATE:
+            self.refuse(pb.Error.INVALID_ARGUMENT, "a rate is above 0 to 1000 updates a second")
+            return
+        self._period = min(1 / rate, _LONGEST_PERIOD)
+
+    async def _pause(self, delay: float) -> None:
+        # A new selection or rate is not delayed by the rate, which is up to a day.
+        try:
+            await asyncio.wait_for(self._wake.wait(), delay)
+        except asyncio.TimeoutError:
+            pass
+
+    async def _send_due(self) -> Optional[float]:
+        if not self._waiting:
+            now = time.monotonic()
+            early = self._last + self._period - now
+            if early > 0 and not self._fresh and self._sent:
+                # Changes wake the stream, which must not be a load until then.
+                pause = min(early, 0.02)
+                await asyncio.sleep(pause)
+                return early - pause
+            # On a thread: a large value takes longer than a client waits for a heartbeat.
+            fresh, self._fresh = self._fresh, set()
+            self._waiting.extend(await self._loop.run_in_executor(
+                None, self._compose, self._chosen, fresh))
+            if not self._waiting:
+                return None
+            self._last = now
+        update = await self._loop.run_in_executor(None, self._waiting.popleft())
+        self._sent += 1
+        update.number = self._sent
+        await self._context.write(update)
+        return 0
+
+    def _compose(self, chosen: Optional[Set[int]], fresh: Set[int]) -> List[_Composed]:
+        batch = self._table.changes(self._known, chosen, fresh)
+        updates: List[_Composed] = []
+        if batch.removed:
+            updates.append(lambda: pb.SubscriptionUpdate(
+                keys_removed=pb.KeySelection(ids=batch.removed)))
+        is_first = self._sent == 0
+        for start in range(0, max(len(batch.added), int(is_first)), _BATCH_KEYS):
+            updates.append(functools.partial(
+                _keys_update, batch.added[start:start + _BATCH_KEYS]))
+        for part in _split(batch.values, self._service.limits.message):
+            updates.append(functools.partial(_values_update, part))
+        return updates
+
+
+def _keys_update(entries: List[Entry]) -> pb.SubscriptionUpdate:
+    return pb.SubscriptionUpdate(
+        keys_added=pb.KeysAdded(keys=[entry.to_message() for entry in entries]))
+
+
+def _values_update(values: List[_wire.TimedValue]) -> pb.SubscriptionUpdate:
+    return pb.SubscriptionUpdate(values=_wire.to_values(values))
+
+
+def _split(values: List[_wire.TimedValue], largest: int) -> List[List[_wire.TimedValue]]:
+    """Values as updates below the limit of a message; one above it is sent as nothing."""
+    parts: List[List[_wire.TimedValue]] = []
+    room = 0
+    for value in values:
+        size = 32 + _wire.size_of(value.value)
+        if size > largest - _wire.BATCH_OVERHEAD:
+            value, size = value._replace(value=None), 32
+        if not parts or size > room or len(parts[-1]) >= _BATCH_VALUES:
+            parts.append([])
+            room = largest // 2
+        parts[-1].append(value)
+        room -= size
+    return parts
+
+
+class FrameStream(SideStream):
+    """The frames of a camera, for one client."""
+
+    def __init__(self, service: Service, context: Any) -> None:
+        super().__init__(service, context)
+        self._camera: Any = None
+        self._newest = 0
+
+    def _join(self, first: pb.WatchRequest, session: Session) -> None:
+        if self._count(session) > self._service.limits.cameras:
+            self.refuse(pb.Error.TOO_MANY)
+            return
+        module = self._find_module(first.start.module)
+        if module is None:
+            return
+        camera = module.cameras.get(first.start.stream)
+        if camera is None:
+            self.refuse(pb.Error.NO_SUCH_STREAM)
+            return
+        self._camera = camera
+        camera.observe(self._wake_from_thread)
+
+    def _leave(self) -> None:
+        if self._camera is not None:
+            self._camera.forget(self._wake_from_thread)
+
+    def _take(self, request: pb.WatchRequest) -> None:
+        if request.HasField("start"):
+            self.refuse(pb.Error.INVALID_ARGUMENT, "a camera was watched twice")
+        self._done = max(self._done, request.received)
+
+    async def _send_due(self) -> Optional[float]:
+        if self._camera.is_removed:
+            self.refuse(pb.Error.NO_SUCH_STREAM)
+            return None
+        picture = self._camera.newest()
+        if picture is None or picture.header.number == self._newest:
+            return None
+        self._newest = picture.header.number
+        self._sent += 1
+        size = _wire.LARGEST_FRAME_PART
+        await self._context.write(pb.WatchUpdate(header=picture.header, data=picture.data[:size]))
+        for start in range(size, len(picture.data), size):
+            if self._is_over:
+                return None
+            await self._context.write(pb.WatchUpdate(data=picture.data[start:start + size]))
+        return 0
