@@ -134,6 +134,9 @@ bool RawServer::xAnswer(const v1::ClientMessage& message, v1::ServerMessage& ans
     }
     if (message.has_heartbeat()) {
         *answer.mutable_heartbeat() = message.heartbeat();
+        if (fHeartbeat) {
+            fHeartbeat();
+        }
         return true;
     }
     return fAnswer && fAnswer(message, answer);

@@ -87,6 +87,7 @@ class RawServer : private v1::Robaxi::Service {
     /** Returns the status with which an attempt to resume a session ends. */
     std::function<grpc::Status(SessionStream&)> fResumption;
     Answer fAnswer;
+    std::function<void()> fHeartbeat;  // called at each
     std::function<void(SubscriptionStream&)> fSubscription;
     std::function<void(WatchStream&)> fWatch;
     ///@}

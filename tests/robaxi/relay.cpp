@@ -59,6 +59,22 @@ void Relay::restore(bool keepsFormer) {
     xSet(State::Open);
 }
 
+void Relay::dropHandshakes() {
+    // The system drops them while its queue of connections to accept is full.
+    constexpr int longestQueue = 1;
+    ::listen(fListening.get(), longestQueue);
+    const sockaddr_in address = loopback(fPort);
+    for (int i = 0; i <= longestQueue; ++i) {
+        fFillers.emplace_back(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        ::connect(fFillers.back().get(), reinterpret_cast<const sockaddr*>(&address),
+                  sizeof address);
+    }
+}
+
+void Relay::passHandshakes() {
+    ::listen(fListening.get(), SOMAXCONN);
+}
+
 void Relay::xSet(State state) {
     fWanted = state;
     fIsApplied = false;

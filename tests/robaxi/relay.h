@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <list>
 #include <thread>
+#include <vector>
 
 namespace robaxi_test {
 
@@ -34,6 +35,13 @@ class Relay {
      */
     void restore(bool keepsFormer);
 
+    /**
+     * Drops the handshakes of new connections, too, or passes those that the clients repeat then.
+     * Only while the relay is cut.
+     */
+    void dropHandshakes();
+    void passHandshakes();
+
     /** Returns the number of connections that are open at one end at least. */
     std::size_t countConnections() const { return fCount; }
 
@@ -49,7 +57,8 @@ class Relay {
     const int fRobotPort;
     int fPort = 0;
     base::FileDescriptor fListening{-1};
-    std::list<Connection> fConnections;  // used on the thread only, like the next member
+    std::vector<base::FileDescriptor> fFillers;  // of the queue of connections to accept
+    std::list<Connection> fConnections;          // used on the thread only, like the next member
     bool fIsCut = false;
     std::atomic<State> fWanted{State::Open};
     std::atomic<bool> fKeepsFormer{true};

@@ -74,6 +74,11 @@ class ClientSession : public Link,
     std::shared_ptr<ClientTransport> transport() const;
     /** Returns true if the robot keeps the session of a silent client. */
     bool canResume() const { return fCanResume; }
+    /**
+     * Returns true if the robot may have moved the session from the transport with this resumption
+     * to another one, and therefore refuses streams that name the former.
+     */
+    bool mayHaveLeft(std::uint64_t resumption) const;
     ///@}
 
   private:

@@ -32,8 +32,9 @@ void ClientSession::xTryToResume() {
  * one starts while it is open, since its connection may have been cut, too.
  */
 void ClientSession::xPollProbe() {
-    if (!fProbe) {
-        return;  // the robot has been heard
+    // The probe outlives a silence by up to a heartbeat.
+    if (!fProbe || fSilentHeartbeats <= limits::heartbeatsBeforeProbe(fLimits)) {
+        return;
     }
     switch (fProbe->poll()) {
         case ReturnProbe::Outcome::Connected:
@@ -66,6 +67,15 @@ std::size_t ClientSession::xCountAttempts() const {
         std::count_if(fTransports.begin(), fTransports.end(), [this](const auto& each) {
             return !each->isOver() && each->resumption() > fCurrent->resumption();
         }));
+}
+
+bool ClientSession::mayHaveLeft(std::uint64_t resumption) const {
+    const std::lock_guard lock(fMutex);
+    // An attempt is open before the silence is reported.
+    return fIsSilent || fCurrent->resumption() > resumption ||
+           std::any_of(fTransports.begin(), fTransports.end(), [resumption](const auto& each) {
+               return !each->isOver() && each->resumption() > resumption;
+           });
 }
 
 /** Handles the first batch of an attempt; a former transport is ignored. */

@@ -176,7 +176,7 @@ class ClientStream : public Interface,
         // must not do. It stays until the lock below is released.
         const Call* const call = xCall().get();
         const EndOfRpc end = decodeStatus(status, call->fContext, xNotFound());
-        const bool waitsForLink = xMayBeCutOff(end);
+        const bool waitsForLink = xMayBeCutOff(end, call->fResumption);
         const std::lock_guard lock(fMutex);
         const bool isFormer = fLastResumption > call->fResumption;
         if (!fFailure && !isFormer && !waitsForLink) {
@@ -214,7 +214,7 @@ class ClientStream : public Interface,
      * Returns true if a call may have ended with a connection that the session leaves: the link
      * then either is lost or continues on another one.
      */
-    bool xMayBeCutOff(const EndOfRpc& end) const {
+    bool xMayBeCutOff(const EndOfRpc& end, std::uint64_t resumption) const {
         if (!fSession->canResume()) {
             return false;
         }
@@ -222,7 +222,7 @@ class ClientStream : public Interface,
             !end.fHasDetails &&
             (end.fCause == v1::Error::CONNECTION_LOST || end.fCause == v1::Error::CANCELLED);
         const bool namedTheFormerOne =
-            end.fCause == v1::Error::NOT_AUTHORISED && fSession->isSilent();
+            end.fCause == v1::Error::NOT_AUTHORISED && fSession->mayHaveLeft(resumption);
         return endedWithTheConnection || namedTheFormerOne;
     }
 
