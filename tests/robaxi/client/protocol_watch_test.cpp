@@ -75,6 +75,47 @@ class WatchingClient : public testing::Test {
     std::shared_ptr<KVFrameStream> fStream;
 };
 
+/** The same; its listener is busy with the first frame until the robot has sent a key frame. */
+class BusyClient : public WatchingClient {
+  protected:
+    /**
+     * Returns the numbers of the frames that reach the listener if the robot sends these after the
+     * first one, and the next key frame when the client requests it.
+     */
+    std::vector<std::uint64_t> numbersOf(const std::vector<v1::WatchUpdate>& frames,
+                                         const KVSettings& settings = {}) {
+        const std::uint64_t last = frames.back().header().number() + 1;
+        std::promise<void> asked;
+        fListener.fOnFrame = [this] { fBusy.enter(); };
+        fRobot.fWatch = [&](RawServer::WatchStream& stream) {
+            stream.Write(chained(1, true));
+            fBusy.waitForEntries(1);
+            for (const v1::WatchUpdate& frame : frames) {
+                stream.Write(frame);
+            }
+            v1::WatchRequest request;
+            while (stream.Read(&request) && !request.key_frame()) {
+            }
+            asked.set_value();
+            stream.Write(chained(last, true));
+            while (stream.Read(&request) && request.received() < last) {
+            }
+            fBusy.open();
+            stream.Read(&request);
+        };
+        fStream = KVFrameStream::start(
+            KVConnection::open(makeClient(settings), a_loopback, fRobot.port(), 5), "Robot", "head",
+            fListener.callbacks());
+        EXPECT_EQ(asked.get_future().wait_for(a_patience), std::future_status::ready);
+        EXPECT_TRUE(fListener.waitForFrame(last));
+        fStream.reset();
+        return fListener.fNumbers;
+    }
+
+  private:
+    Latch fBusy;
+};
+
 /** Our robot, and a client that sends test data. */
 class WatchedRobot : public testing::Test {
   protected:
@@ -233,68 +274,26 @@ TEST_F(WatchingClient, RequestsAKeyFrameForItsListener) {
     EXPECT_EQ(asked.get_future().wait_for(a_patience), std::future_status::ready);
 }
 
-TEST_F(WatchingClient, KeepsNoMoreBytesForABusyListenerThanAFrameMayHave) {
+TEST_F(BusyClient, KeepsNoMoreBytesThanAFrameMayHave) {
     constexpr std::size_t most = std::size_t{64} << 10U;
-    Latch busy;
-    std::promise<void> asked;
-    fListener.fOnFrame = [&busy] { busy.enter(); };
-    fRobot.fWatch = [&](RawServer::WatchStream& stream) {
-        stream.Write(chained(1, true));
-        busy.waitForEntries(1);
-        for (std::uint64_t number = 2; number <= 4; ++number) {
-            v1::WatchUpdate large = chained(number);
-            large.mutable_header()->set_size(most / 3 + 1);
-            large.set_data(std::string(most / 3 + 1, 'x'));
-            stream.Write(large);
-        }
-        v1::WatchRequest request;
-        while (stream.Read(&request) && !request.key_frame()) {
-        }
-        asked.set_value();
-        stream.Write(chained(5, true));
-        while (stream.Read(&request) && request.received() < 5) {
-        }
-        busy.open();
-        stream.Read(&request);
-    };
+    std::vector<v1::WatchUpdate> frames;
+    for (std::uint64_t number = 2; number <= 4; ++number) {
+        frames.push_back(chained(number));
+        frames.back().mutable_header()->set_size(most / 3 + 1);
+        frames.back().set_data(std::string(most / 3 + 1, 'x'));
+    }
     KVSettings settings;
     settings.fLimits.fFrame = most;
-    fStream =
-        KVFrameStream::start(KVConnection::open(makeClient(settings), a_loopback, fRobot.port(), 5),
-                             "Robot", "head", fListener.callbacks());
-    ASSERT_EQ(asked.get_future().wait_for(a_patience), std::future_status::ready);
-    ASSERT_TRUE(fListener.waitForFrame(5));
-    EXPECT_EQ(fListener.fNumbers, (std::vector<std::uint64_t>{1, 5}));
+    EXPECT_EQ(numbersOf(frames, settings), (std::vector<std::uint64_t>{1, 5}));
     EXPECT_EQ(fListener.fPassedOver, 3U);
-    fStream.reset();
 }
 
-TEST_F(WatchingClient, DropsToTheNextKeyFrameWhenItsListenerIsBusy) {
-    Latch busy;
-    std::promise<void> asked;
-    fListener.fOnFrame = [&busy] { busy.enter(); };
-    fRobot.fWatch = [&](RawServer::WatchStream& stream) {
-        stream.Write(chained(1, true));
-        busy.waitForEntries(1);
-        for (std::uint64_t number = 2; number <= 40; ++number) {
-            stream.Write(chained(number));
-        }
-        v1::WatchRequest request;
-        while (stream.Read(&request) && !request.key_frame()) {
-        }
-        asked.set_value();
-        stream.Write(chained(41, true));
-        while (stream.Read(&request) && request.received() < 41) {
-        }
-        busy.open();
-        stream.Read(&request);
-    };
-    fStream = KVFrameStream::start(KVConnection::open(makeClient(), a_loopback, fRobot.port(), 5),
-                                   "Robot", "head", fListener.callbacks());
-    ASSERT_EQ(asked.get_future().wait_for(a_patience), std::future_status::ready);
-    ASSERT_TRUE(fListener.waitForFrame(41));
-    EXPECT_EQ(fListener.fNumbers, (std::vector<std::uint64_t>{1, 41}));
-    fStream.reset();
+TEST_F(BusyClient, DropsToTheNextKeyFrame) {
+    std::vector<v1::WatchUpdate> frames;
+    for (std::uint64_t number = 2; number <= 40; ++number) {
+        frames.push_back(chained(number));
+    }
+    EXPECT_EQ(numbersOf(frames), (std::vector<std::uint64_t>{1, 41}));
 }
 
 TEST_F(WatchedRobot, SendsEveryH264FrameInItsOrder) {
