@@ -1,16 +1,18 @@
-"""The robot's end of a session: calls, heartbeat and silence. On the event loop of the server."""
+"""The robot's end of a session: calls, heartbeat, silence and resumption. On the event loop of the
+server."""
 
 from __future__ import annotations
 
 import asyncio
 import collections
 import secrets
-import time
 from typing import TYPE_CHECKING, Any, AsyncIterator, Coroutine, Deque, List, Optional, Set
 
 from . import _wire
+from ._outbox import Copies
 from ._wire import Ended
 from .errors import Cause, Error
+from .settings import periods
 from .v1 import robaxi_pb2 as pb
 
 if TYPE_CHECKING:
@@ -19,7 +21,6 @@ if TYPE_CHECKING:
 
 THREADS = 8  # on which methods run
 WAITING_CALLS = 1024  # of a session, and of an address without one
-_STUCK_HEARTBEATS = 240  # after which a client that reads nothing loses its session
 
 
 class SessionOver(Exception):
@@ -34,7 +35,7 @@ async def first_request(requests: AsyncIterator[Any], patience: float) -> Any:
         raise Ended(pb.Error.TIMED_OUT, "no message came in time") from None
 
 
-async def run_until_first(*coroutines: Coroutine[Any, Any, None]) -> None:
+async def run_until_first(*coroutines: Coroutine[Any, Any, object]) -> None:
     """Runs all until one has ended, and raises its error."""
     tasks = [asyncio.ensure_future(one) for one in coroutines]
     try:
@@ -52,98 +53,191 @@ def address_of(peer: str) -> str:
     return peer.partition(":")[2].rpartition(":")[0]
 
 
-class Session:
-    """A session with a client."""
+def _cost_of(message: pb.ServerMessage) -> int:
+    return int(message.ByteSize()) + _wire.COST_OF_MESSAGE
+
+
+class SessionStream:
+    """One RPC of a session: it opens a session, or continues one whose former RPC does not answer
+    any more."""
 
     def __init__(self, service: Service, context: Any) -> None:
         self.address = address_of(context.peer())
-        self.streams: Set[SideStream] = set()
-        self.over = asyncio.Event()
+        self.context = context
+        self.over = asyncio.Event()  # the session has ended, or uses another RPC
+        self.ending: Optional[Exception] = None
         self._service = service
-        self._context = context
+
+    def end(self, ending: Exception) -> None:
+        self.ending = ending
+        self.over.set()
+
+    async def serve(self, requests: AsyncIterator[Any]) -> None:
+        first = pb.ClientBatch()
+        try:
+            while not first.messages:
+                first = await first_request(requests, self._service.silence)
+        except StopAsyncIteration:
+            return
+        session = await self._greet(first.messages[0].hello)
+        await session.serve(self, first, requests)
+
+    async def _greet(self, hello: pb.Hello) -> Session:
+        """Returns the session of this client; raises Ended if it is refused."""
+        service = self._service
+        if hello.protocol_version != _wire.PROTOCOL_VERSION:
+            raise Ended(pb.Error.PROTOCOL_VERSION, "it speaks version "
+                        f"{_wire.PROTOCOL_VERSION}, this program version {hello.protocol_version}")
+        resumes = hello.HasField("resume")
+        if not resumes:  # otherwise the session is counted already
+            service.find_room(self.address)
+        await service.admit(self.address, hello.token)
+        if not resumes:
+            silent = service.find_room(self.address)  # others may have come
+            if silent is not None:
+                silent.end(Ended(pb.Error.TOO_MANY,
+                                 "the program was silent, and another one took its place"))
+            return service.add_session(Session(service, self, hello))
+        session = service.sessions.get(hello.resume.session_id)
+        if session is None or not session.move_to(self, hello):
+            raise Ended(pb.Error.NOT_AUTHORISED, "it names no session that can be resumed")
+        return session
+
+
+class Session:
+    """A session with a client.
+
+    It ends with the RPC that it uses, and when its client is silent for too long. Until then, its
+    client may resume it with another RPC.
+    """
+
+    def __init__(self, service: Service, stream: SessionStream, hello: pb.Hello) -> None:
+        self.id = secrets.randbits(64) or 1
+        self.address = stream.address
+        self.streams: Set[SideStream] = set()  #: beside it, with the present resumption
+        self.resumption = 0
+        self._service = service
+        self._stream = stream
         self._loop = asyncio.get_running_loop()
-        self._assembler = _wire.Assembler(service.limits.message + _wire.BATCH_OVERHEAD)
-        self._out: Deque[pb.ServerMessage] = collections.deque()
+        self._name = hello.name
+        self._can_resume = hello.resumes
+        self._takes_parts = hello.takes_fragments
+        limits = service.limits
+        self._silence_limit = limits.longest_silence if self._can_resume else service.silence_limit
+        self._assembler = _wire.Assembler(limits.message + _wire.BATCH_OVERHEAD)
+        self._received = 0  # number of the last batch
+        self._unacknowledged = 0
+        self._out: Deque[pb.ServerMessage] = collections.deque()  # in parts, if it takes them
         self._out_bytes = 0
-        self._written = 0  # messages
+        self._copies: Copies[pb.ServerBatch] = Copies(limits.message)
+        self._written = 0  # batches
         self._wake_writer = asyncio.Event()
         self._has_room = asyncio.Event()
-        self._takes_parts = False
-        self._heard = time.monotonic()
+        self._silence = 0
         self._calls: Deque[pb.Call] = collections.deque()
         self._call_bytes = 0
         self._running = 0
         self._is_half_closed = False
 
-    def end(self) -> None:
-        """Ends the session with its subscriptions and watched cameras."""
-        self.over.set()
-        for stream in [*self.streams]:
-            stream.end(SessionOver())
-
-    async def serve(self, requests: AsyncIterator[Any]) -> None:
+    @property
+    def silence(self) -> int:
+        """Heartbeats without any received message; 0 until they are so many that the session may
+        have to give way to that of another client."""
         limits = self._service.limits
-        messages: List[pb.ClientMessage] = []
+        return self._silence if self._silence > periods(limits.loss, limits.heartbeat) else 0
+
+    def end(self, ending: Optional[Ended] = None) -> None:
+        """Ends the session with its subscriptions and watched cameras."""
+        self._service.sessions.pop(self.id, None)
+        self._stream.end(ending or SessionOver())
+        self._end_streams()
+        # The RPC may take as long to end as TCP tries to reach the client.
+        self._out.clear()
+        self._out_bytes = 0
+        self._copies.clear()
+
+    def move_to(self, stream: SessionStream, hello: pb.Hello) -> bool:
+        """Leaves its RPC for another one, with which a client resumes it. Returns False, without an
+        effect, if it may not."""
+        resume = hello.resume
+        if not self._can_resume or self._is_half_closed or hello.name != self._name or \
+                resume.resumption <= self.resumption or not self._copies.resume(resume.received):
+            return False
+        self._stream.end(SessionOver())
+        self._stream = stream
+        self.resumption = resume.resumption
+        self._end_streams()
+        return True
+
+    async def serve(self, stream: SessionStream, first: pb.ClientBatch,
+                    requests: AsyncIterator[Any]) -> None:
+        """Serves it until its end, or until it leaves this RPC."""
+        self._silence = 0
         try:
-            while not messages:
-                messages = [*(await first_request(requests, self._service.silence)).messages]
-        except StopAsyncIteration:
-            return
-        reply = await self._greet(messages[0].hello)
-        # At once, so that the limits hold.
-        self._service.sessions[reply.session_id] = self
-        try:
-            await self._context.write(pb.ServerBatch(
-                messages=[pb.ServerMessage(hello_reply=reply)]))
-            self._heard = time.monotonic()
-            await run_until_first(
-                self._read(messages[1:], requests), self._write(), self._beat(limits.heartbeat),
-                self._await_end())
+            await asyncio.wait_for(stream.context.write(pb.ServerBatch(
+                messages=[self._hello_reply()])), self._service.silence)
+            await run_until_first(self._read(stream, first, requests), self._write(stream),
+                                  self._beat(), stream.over.wait())
+            if stream.ending is not None:
+                raise stream.ending
+        except asyncio.TimeoutError:
+            raise Ended(pb.Error.TIMED_OUT, "the client reads nothing") from None
         except Error as error:
             raise Ended(pb.Error.INVALID_ARGUMENT, error.text) from None
         finally:
-            self._service.sessions.pop(reply.session_id, None)
-            self.end()
+            if self._stream is stream:
+                self.end()
 
-    async def _greet(self, hello: pb.Hello) -> pb.HelloReply:
-        """Returns the answer to the hello; raises Ended if it is refused."""
-        service = self._service
-        if hello.protocol_version != _wire.PROTOCOL_VERSION:
-            raise Ended(pb.Error.PROTOCOL_VERSION, "it speaks version "
-                        f"{_wire.PROTOCOL_VERSION}, this program version {hello.protocol_version}")
-        self._check_room()
-        await service.admit(self.address, hello.token)
-        self._check_room()  # others may have come
-        self._takes_parts = hello.takes_fragments
-        return pb.HelloReply(protocol_version=_wire.PROTOCOL_VERSION,
-                             name=_wire.plain_text(service.name),
-                             session_id=secrets.randbits(64) or 1,
-                             silence_limit=int(service.silence * 1000), takes_fragments=True)
+    def _end_streams(self) -> None:
+        streams, self.streams = self.streams, set()
+        for stream in streams:
+            stream.end(SessionOver())
 
-    def _check_room(self) -> None:
-        service = self._service
-        if len(service.sessions) >= service.limits.sessions or \
-                service.count_of(self.address) >= service.limits.sessions_of_address:
-            raise Ended(pb.Error.TOO_MANY, "too many programs are connected to it")
+    def _hello_reply(self) -> pb.ServerMessage:
+        return pb.ServerMessage(hello_reply=pb.HelloReply(
+            protocol_version=_wire.PROTOCOL_VERSION, name=_wire.plain_text(self._service.name),
+            session_id=self.id, silence_limit=self._silence_limit, takes_fragments=True,
+            resumes=True, resumed=self.resumption > 0, received=self._received))
 
     # --- Receiving ---
 
-    async def _read(self, messages: List[pb.ClientMessage], requests: AsyncIterator[Any]) -> None:
-        for message in messages:
-            self._take(message)
+    async def _read(self, stream: SessionStream, first: pb.ClientBatch,
+                    requests: AsyncIterator[Any]) -> None:
+        if self._stream is stream:
+            self._receive(first)  # after Hello, which is ignored here
+        await self._await_room()
         async for batch in requests:
-            self._heard = time.monotonic()
-            for message in batch.messages:
-                self._take(message)
-            while self._is_full():
-                self._has_room.clear()
-                await self._has_room.wait()
-                self._heard = time.monotonic()
+            if self._stream is not stream:
+                return
+            self._silence = 0
+            self._receive(batch)
+            await self._await_room()
+        if self._stream is not stream:
+            return
         # Closed in order: what was posted before still runs.
         self._is_half_closed = True
         while self._calls or self._running:
             self._has_room.clear()
             await self._has_room.wait()
+
+    async def _await_room(self) -> None:
+        while self._is_full():
+            self._has_room.clear()
+            await self._has_room.wait()
+            self._silence = 0
+
+    def _receive(self, batch: pb.ClientBatch) -> None:
+        if batch.number > self._received + 1:
+            raise Ended(pb.Error.INVALID_ARGUMENT, "the program left out a batch")
+        if batch.number == 0 or batch.number > self._received:  # otherwise it was repeated
+            self._received = max(self._received, batch.number)
+            for message in batch.messages:
+                self._take(message)
+        if self._can_resume:
+            self._unacknowledged += batch.ByteSize()
+            if self._unacknowledged >= _wire.ACKNOWLEDGE_AFTER:
+                self._unacknowledged = 0
+                self._put(pb.ServerMessage(heartbeat=pb.Heartbeat(received=self._received)))
 
     def _is_full(self) -> bool:
         return (len(self._calls) >= WAITING_CALLS
@@ -155,7 +249,9 @@ class Session:
         if message is None or content is None:
             return
         if content == "heartbeat":
-            self._put(pb.ServerMessage(heartbeat=message.heartbeat))
+            self._copies.acknowledge(message.heartbeat.received)
+            self._put(pb.ServerMessage(heartbeat=pb.Heartbeat(
+                number=message.heartbeat.number, received=self._received)))
         elif content == "call":
             self._calls.append(message.call)
             self._call_bytes += message.call.ByteSize()
@@ -208,40 +304,59 @@ class Session:
     # --- Sending ---
 
     def _put(self, message: pb.ServerMessage) -> None:
-        self._out.append(message)
-        self._out_bytes += message.ByteSize()
+        if self._stream.over.is_set():
+            return
+        # All at once, since the parts of two messages must not be mixed.
+        parts = [*_wire.in_parts(message)] if self._takes_parts else [message]
+        self._out.extend(parts)
+        self._out_bytes += sum(map(_cost_of, parts))
         self._wake_writer.set()
 
-    async def _write(self) -> None:
-        while True:
-            while self._out:
-                message = self._out.popleft()
-                for part in _wire.in_parts(message) if self._takes_parts else [message]:
-                    await self._context.write(pb.ServerBatch(messages=[part]))
-                self._out_bytes -= message.ByteSize()
-                self._written += 1
-                self._start_calls()
-                self._has_room.set()
-            self._wake_writer.clear()
-            await self._wake_writer.wait()
+    async def _write(self, stream: SessionStream) -> None:
+        while self._stream is stream:
+            batch = self._next_batch()
+            if batch is None:
+                self._wake_writer.clear()
+                await self._wake_writer.wait()
+                continue
+            await stream.context.write(batch)
+            self._written += 1
+            self._start_calls()
+            self._has_room.set()
 
-    async def _beat(self, period: int) -> None:
-        """Ends the session of a silent client, and keeps that of one which is not read alive."""
+    def _next_batch(self) -> Optional[pb.ServerBatch]:
+        repeated = self._copies.take_repeated()
+        if repeated is not None or not self._out:
+            return repeated
+        part = self._out.popleft()
+        self._out_bytes -= _cost_of(part)
+        batch = pb.ServerBatch(messages=[part])
+        if self._can_resume and not part.HasField("heartbeat"):
+            self._copies.add(batch)
+        return batch
+
+    async def _beat(self) -> None:
+        """Ends the session of a silent client, and keeps that of one which is not read alive.
+
+        Heartbeats are counted, not seconds, so that a robot that was itself suspended does not
+        mistake its own pause for its clients' silence.
+        """
+        period = self._service.limits.heartbeat
+        most = periods(self._silence_limit, period)
         stuck = 0
         written = 0
         while True:
             await asyncio.sleep(period / 1000)
             if self._is_full():
-                self._heard = time.monotonic()
+                self._silence = 0
                 stuck = stuck + 1 if self._out and self._written == written else 0
                 written = self._written
-                if stuck > _STUCK_HEARTBEATS:
+                if stuck > _wire.UNTAKING_HEARTBEATS:
                     raise Ended(pb.Error.TIMED_OUT, "the client reads nothing")
                 if len(self._out) < 4:
-                    self._put(pb.ServerMessage(heartbeat=pb.Heartbeat(number=0)))
-            elif time.monotonic() - self._heard > self._service.silence and \
-                    not self._is_half_closed:
-                raise Ended(pb.Error.TIMED_OUT, "the client is silent")
-
-    async def _await_end(self) -> None:
-        await self.over.wait()
+                    self._put(pb.ServerMessage(heartbeat=pb.Heartbeat(
+                        number=0, received=self._received)))
+            elif not self._is_half_closed:
+                self._silence += 1
+                if self._silence > most:
+                    raise Ended(pb.Error.TIMED_OUT, "the client is silent")

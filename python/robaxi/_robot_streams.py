@@ -7,13 +7,13 @@ import asyncio
 import collections
 import functools
 import time
-from typing import TYPE_CHECKING, Any, AsyncIterator, Callable, Deque, List, Optional, Set
+from typing import TYPE_CHECKING, Any, AsyncIterator, Callable, Deque, List, Optional, Set, Tuple
 
 from . import _wire
 from ._robot_session import Session, first_request, run_until_first
 from ._wire import Ended
 from .module import Module
-from .table import Entry, Known
+from .table import Entry, Known, Table
 from .v1 import robaxi_pb2 as pb
 
 if TYPE_CHECKING:
@@ -34,16 +34,15 @@ class SideStream:
         self._context = context
         self._loop = asyncio.get_running_loop()
         self._wake = asyncio.Event()
-        self._is_over = False
+        self._over = asyncio.Event()
         self._ending: Optional[Exception] = None
         self._sent = 0
         self._done = 0
 
     def end(self, reason: Optional[Exception] = None) -> None:
         """Ends the stream, with the status OK if there is no reason."""
-        self._is_over = True
         self._ending = self._ending or reason
-        self._wake.set()
+        self._over.set()
 
     def refuse(self, cause: Any, text: str = "") -> None:
         self.end(Ended(cause, text))
@@ -56,12 +55,13 @@ class SideStream:
         if not first.HasField("start"):
             raise Ended(pb.Error.INVALID_ARGUMENT, "the first request has no start")
         session = self._service.sessions.get(first.start.session_id)
-        if session is None:
+        if session is None or session.resumption != first.start.resumption:
             raise Ended(pb.Error.NOT_AUTHORISED, "there is no such session")
         session.streams.add(self)
         try:
             self._join(first, session)
-            await run_until_first(self._read(requests), self._send())
+            # Not only between two updates: a write takes as long as TCP tries to reach the client.
+            await run_until_first(self._read(requests), self._send(), self._over.wait())
             if self._ending is not None:
                 raise self._ending
         finally:
@@ -89,15 +89,11 @@ class SideStream:
         async for request in requests:
             self._take(request)
             self._wake.set()
-        self.end()
-        await asyncio.Event().wait()  # until the sender has noticed
 
     async def _send(self) -> None:
-        while not self._is_over:
+        while not self._over.is_set():
             self._wake.clear()
             delay = await self._send_due() if self._sent < self._done + _IN_FLIGHT else None
-            if self._is_over:
-                break
             if delay is None:
                 await self._wake.wait()
             elif delay > 0:
@@ -130,12 +126,15 @@ class Subscription(SideStream):
         super().__init__(service, context)
         self._table: Any = None
         self._known = Known()
+        self._has_sent_table = False
+        # The keys that a client has which continues the subscription, if it knows others, too.
+        self._present: Optional[List[int]] = None
         self._chosen: Optional[Set[int]] = None
         self._fresh: Set[int] = set()
         self._period = 0.0
         self._last = 0.0
-        # Encoded one by one, when they are sent.
-        self._waiting: Deque[_Composed] = collections.deque()
+        # Encoded one by one, when they are sent, with the position behind each of them.
+        self._waiting: Deque[Tuple[_Composed, int]] = collections.deque()
 
     def _join(self, first: pb.SubscriptionRequest, session: Session) -> None:
         if self._count(session) > self._service.limits.subscriptions:
@@ -149,9 +148,25 @@ class Subscription(SideStream):
             return
         self._chosen = None if first.start.all_keys else set()
         self._set_rate(first.start.rate)
+        if first.start.HasField("known"):
+            self._continue(first, module.table)
         self._take_changes(first)
         self._table = module.table
         self._table.observe(self._wake_from_thread)
+
+    def _continue(self, first: pb.SubscriptionRequest, table: Table) -> None:
+        """Continues where the client has lost an earlier stream."""
+        known = first.start.known
+        if known.table != table.id:
+            first.ClearField("keys")  # identifiers of the table that the client knows
+            self._present = []
+            return
+        self._known = table.known_to(known)
+        self._has_sent_table = True
+        if len(self._known.ids) != known.keys:
+            self._present = sorted(self._known.ids)
+        if self._chosen is not None:
+            self._chosen = self._known.ids.intersection(known.with_values)
 
     def _leave(self) -> None:
         if self._table is not None:
@@ -201,30 +216,40 @@ class Subscription(SideStream):
             if not self._waiting:
                 return None
             self._last = now
-        update = await self._loop.run_in_executor(None, self._waiting.popleft())
+        compose, position = self._waiting.popleft()
+        update = await self._loop.run_in_executor(None, compose)
         self._sent += 1
         update.number = self._sent
+        update.position = position
         await self._context.write(update)
         return 0
 
-    def _compose(self, chosen: Optional[Set[int]], fresh: Set[int]) -> List[_Composed]:
+    def _compose(self, chosen: Optional[Set[int]],
+                 fresh: Set[int]) -> List[Tuple[_Composed, int]]:
+        before = self._known.version
         batch = self._table.changes(self._known, chosen, fresh)
         updates: List[_Composed] = []
+        if self._present is not None:
+            updates.append(functools.partial(pb.SubscriptionUpdate, keys_present=pb.KeySelection(
+                ids=self._present)))
+            self._present = None
         if batch.removed:
             updates.append(lambda: pb.SubscriptionUpdate(
                 keys_removed=pb.KeySelection(ids=batch.removed)))
-        is_first = self._sent == 0
+        is_first, self._has_sent_table = not self._has_sent_table, True
         for start in range(0, max(len(batch.added), int(is_first)), _BATCH_KEYS):
             updates.append(functools.partial(
-                _keys_update, batch.added[start:start + _BATCH_KEYS]))
+                _keys_update, self._table.id, batch.added[start:start + _BATCH_KEYS]))
         for part in _split(batch.values, self._service.limits.message):
             updates.append(functools.partial(_values_update, part))
-        return updates
+        # A client that has received a part of them gets all of the values again.
+        return [(update, before) for update in updates[:-1]] + [
+            (update, self._known.version) for update in updates[-1:]]
 
 
-def _keys_update(entries: List[Entry]) -> pb.SubscriptionUpdate:
-    return pb.SubscriptionUpdate(
-        keys_added=pb.KeysAdded(keys=[entry.to_message() for entry in entries]))
+def _keys_update(table: int, entries: List[Entry]) -> pb.SubscriptionUpdate:
+    return pb.SubscriptionUpdate(keys_added=pb.KeysAdded(
+        table=table, keys=[entry.to_message() for entry in entries]))
 
 
 def _values_update(values: List[_wire.TimedValue]) -> pb.SubscriptionUpdate:
@@ -290,7 +315,5 @@ class FrameStream(SideStream):
         size = _wire.LARGEST_FRAME_PART
         await self._context.write(pb.WatchUpdate(header=picture.header, data=picture.data[:size]))
         for start in range(size, len(picture.data), size):
-            if self._is_over:
-                return None
             await self._context.write(pb.WatchUpdate(data=picture.data[start:start + size]))
         return 0

@@ -18,7 +18,8 @@ import grpc
 from google.protobuf.message import DecodeError
 
 from . import _wire
-from ._robot_session import THREADS, WAITING_CALLS, Session, SessionOver, address_of
+from ._robot_session import (THREADS, WAITING_CALLS, Session, SessionOver, SessionStream,
+                             address_of)
 from ._robot_streams import FrameStream, SideStream, Subscription
 from ._wire import Ended
 from .errors import Cause, Error
@@ -109,9 +110,14 @@ class Service:
         self.pool = concurrent.futures.ThreadPoolExecutor(THREADS, thread_name_prefix="robaxi-call")
 
     @property
+    def silence_limit(self) -> int:
+        """Milliseconds of silence after which a session ends that cannot be resumed."""
+        return self.limits.heartbeat * 20
+
+    @property
     def silence(self) -> float:
-        """Seconds of silence after which a session ends."""
-        return self.limits.heartbeat * 20 / 1000
+        """Seconds in which a client has to send its first message."""
+        return self.silence_limit / 1000
 
     def handler(self) -> Any:
         def stream(serve: Callable[..., Any], request: Any, reply: Any) -> Any:
@@ -135,8 +141,24 @@ class Service:
             session.end()
         self.pool.shutdown(wait=False)
 
-    def count_of(self, address: str) -> int:
-        return sum(session.address == address for session in self.sessions.values())
+    def find_room(self, address: str) -> Optional[Session]:
+        """Returns the session that gives way to a new one from an address, or None if there is room
+        for both: the one that has been silent for longest, of the same address if there is one.
+        Raises Ended if there is none."""
+        limits = self.limits
+        of_address = sum(one.address == address for one in self.sessions.values())
+        has_address_too_many = of_address >= limits.sessions_of_address
+        if not has_address_too_many and len(self.sessions) < limits.sessions:
+            return None
+        silent = [one for one in self.sessions.values()
+                  if one.silence and (one.address == address or not has_address_too_many)]
+        if not silent:
+            raise Ended(pb.Error.TOO_MANY, "too many programs are connected to it")
+        return max(silent, key=lambda one: (one.address == address, one.silence))
+
+    def add_session(self, session: Session) -> Session:
+        self.sessions[session.id] = session
+        return session
 
     def run(self, call: pb.Call) -> pb.Result:
         """Runs a method, on a thread of the pool."""
@@ -222,7 +244,7 @@ class Service:
         return pb.ModuleList(modules=modules)
 
     async def _session(self, requests: AsyncIterator[Any], context: Any) -> None:
-        await _serve(Session(self, context), requests, context)
+        await _serve(SessionStream(self, context), requests, context)
 
     async def _subscribe(self, requests: AsyncIterator[Any], context: Any) -> None:
         await _serve(Subscription(self, context), requests, context)
@@ -251,7 +273,7 @@ def _readable(request: Any) -> Any:
     return request
 
 
-async def _serve(stream: Union[Session, SideStream], requests: AsyncIterator[Any],
+async def _serve(stream: Union[SessionStream, SideStream], requests: AsyncIterator[Any],
                  context: Any) -> None:
     try:
         await stream.serve(_readable(request) async for request in requests)

@@ -17,16 +17,12 @@ from ._outbox import Outbox, Sender
 from ._target import Deadline, Target, find_failure
 from .v1 import robaxi_pb2 as pb
 from .errors import Cause, Error, describe
-from .settings import Access, Limits, Settings, read_file, read_token
+from .settings import Access, Settings, periods, read_file, read_token
 
 # Attempts to resume a session that wait for the robot's answer.
 _MOST_ATTEMPTS = 4
 # Seconds between the first two of a silence; they double from one to the next.
 _BETWEEN_ATTEMPTS = 0.5
-# Bytes after which batches are acknowledged before the next heartbeat.
-_ACKNOWLEDGE_AFTER = 1 << 20
-# Heartbeats after which a robot ends the session of a program that reads nothing.
-_UNTAKING_HEARTBEATS = 240
 
 
 class State(enum.Enum):
@@ -37,30 +33,17 @@ class State(enum.Enum):
     LOST = "lost"  #: for good
 
 
-def _periods(milliseconds: int, period: int) -> int:
-    return -(-milliseconds // period)
-
-
-def _longest_silence(limits: Limits) -> int:
-    return max(limits.silence, limits.loss)
-
-
 def _open_channel(target: Target, access: Access, settings: Settings) -> grpc.Channel:
     address = target.address.replace("%", "%25")
     uri = (f"ipv6:[{address}]:{target.port}" if ":" in address
            else f"ipv4:{address}:{target.port}")
-    options: List[Tuple[str, Any]] = _wire.options(settings.limits.message) + [
+    options: List[Tuple[str, Any]] = _wire.options(settings.limits) + [
         ("grpc.enable_http_proxy", 0), ("grpc.enable_retries", 0),
         ("grpc.service_config_disable_resolution", 1),
         # Another connection does not wait for the retry of one that failed.
         ("grpc.use_local_subchannel_pool", 1),
         # Bounds what is on its way: a slow reader gets newer frames, not more.
         ("grpc.http2.bdp_probe", 0), ("grpc.http2.lookahead_bytes", 512 << 10),
-        # TCP_USER_TIMEOUT, which gRPC only sets with keepalive pings. These never become due, since
-        # the heartbeats do more.
-        ("grpc.keepalive_time_ms", 2**31 - 2),
-        ("grpc.keepalive_timeout_ms", 10_000 + max(
-            _longest_silence(settings.limits), _UNTAKING_HEARTBEATS * settings.limits.heartbeat)),
     ]
     if not access.tls:
         return grpc.insecure_channel(uri, options)
@@ -171,6 +154,12 @@ class Session:
     def resumption(self) -> int:
         """The number of the connection that the session uses, which rises; 0 for the first one."""
         return self._current.resumption
+
+    @property
+    def may_have_moved(self) -> bool:
+        """The robot may have moved the session to another connection already, and refuse streams
+        that name the former. It may only be relied on while `changed` is held."""
+        return self.is_silent or bool(self._attempts())
 
     def place_for_streams(self) -> Tuple[grpc.Channel, int]:
         """The channel that the session uses, and its resumption. It may only be relied on while
@@ -291,7 +280,7 @@ class Session:
                 if whole is not None:
                     self._handle(whole)
         self._unacknowledged += batch.ByteSize()
-        if self.can_resume and self._unacknowledged >= _ACKNOWLEDGE_AFTER:
+        if self.can_resume and self._unacknowledged >= _wire.ACKNOWLEDGE_AFTER:
             self._unacknowledged = 0
             self._out.put_heartbeat(pb.Heartbeat(received=self._received))
 
@@ -352,8 +341,8 @@ class Session:
         # Heartbeats are counted, not seconds: a program that was itself suspended does not mistake
         # its own pause for the robot's silence. A robot may require more of them.
         period = min(self.limits.heartbeat, max(20, self.hello.silence_limit // 4))
-        until_silent = max(2, _periods(self.limits.loss, period))
-        until_lost = _periods(_longest_silence(self.limits), period)
+        until_silent = max(2, periods(self.limits.loss, period))
+        until_lost = periods(self.limits.longest_silence, period)
         for number in itertools.count(1):
             if self._over.wait(period / 1000):
                 return

@@ -118,5 +118,5 @@ class SideStream(Generic[Request, Update]):
             return False
         reason = _wire.end_of(end)
         if reason is not None:  # it may have named the former resumption
-            return reason.cause == pb.Error.NOT_AUTHORISED and self._session.is_silent
+            return reason.cause == pb.Error.NOT_AUTHORISED and self._session.may_have_moved
         return end.code() in (grpc.StatusCode.UNAVAILABLE, grpc.StatusCode.CANCELLED)

@@ -9,6 +9,7 @@ from typing import Any, Dict, Iterable, Iterator, List, Mapping, NamedTuple, Opt
 import grpc
 
 from .errors import Cause, Error
+from .settings import Limits
 from .v1 import robaxi_pb2 as pb
 
 PROTOCOL_VERSION = 1
@@ -16,6 +17,12 @@ PART_SIZE = 64 << 10
 LARGEST_FRAME_PART = 1 << 20
 # A batch may be larger than its message by this.
 BATCH_OVERHEAD = 1 << 10
+# Counted for each message that waits, or is kept, besides its bytes.
+COST_OF_MESSAGE = 256
+# Bytes after which batches are acknowledged before the next heartbeat.
+ACKNOWLEDGE_AFTER = 1 << 20
+# Heartbeats after which a robot ends the session of a program that reads nothing.
+UNTAKING_HEARTBEATS = 240
 
 SERVICE = "robaxi.v1.Robaxi"
 SESSION = f"/{SERVICE}/Session"
@@ -424,9 +431,14 @@ class Assembler:
         return whole
 
 
-def options(message_limit: int) -> List[Tuple[str, Any]]:
+def options(limits: Limits) -> List[Tuple[str, Any]]:
     """Options of gRPC for a channel or server."""
+    longest_wait = max(limits.longest_silence, UNTAKING_HEARTBEATS * limits.heartbeat)
     return [
-        ("grpc.max_receive_message_length", message_limit + BATCH_OVERHEAD),
-        ("grpc.max_send_message_length", message_limit + BATCH_OVERHEAD),
+        ("grpc.max_receive_message_length", limits.message + BATCH_OVERHEAD),
+        ("grpc.max_send_message_length", limits.message + BATCH_OVERHEAD),
+        # TCP_USER_TIMEOUT, which gRPC only sets with keepalive pings. These never become due, since
+        # the heartbeats do more.
+        ("grpc.keepalive_time_ms", 2**31 - 2),
+        ("grpc.keepalive_timeout_ms", 10_000 + longest_wait),
     ]

@@ -51,6 +51,16 @@ class Limits:
     loss: int = 1500  #: milliseconds without any received message after which a robot is silent
     silence: int = 10_000  #: milliseconds of silence after which it is lost
 
+    @property
+    def longest_silence(self) -> int:
+        """Milliseconds of silence after which a session that can be resumed ends."""
+        return max(self.silence, self.loss)
+
+
+def periods(milliseconds: int, period: int) -> int:
+    """The number of periods of that many milliseconds, rounded up."""
+    return -(-milliseconds // period)
+
 
 _Set = Callable[[str], None]
 # Key in the file, environment variable, and what sets the field.

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import collections
 import math
+import secrets
 import threading
 import time
 from typing import (Any, Callable, Dict, Iterator, List, Mapping, MutableMapping, NamedTuple,
@@ -102,6 +103,8 @@ class Table(MutableMapping[str, Any]):
     """
 
     def __init__(self) -> None:
+        #: Identifies the table for clients that continue a subscription.
+        self.id = secrets.randbits(64) or 1
         self._lock = threading.RLock()
         # In the order of their last changes.
         self._entries: collections.OrderedDict[str, Entry] = collections.OrderedDict()
@@ -223,6 +226,14 @@ class Table(MutableMapping[str, Any]):
             values.reverse()
             known.version = self._version
             return Batch(removed, added, values)
+
+    def known_to(self, client: pb.KnownState) -> Known:
+        """What a client knows that continues a subscription to this table."""
+        with self._lock:
+            known = Known()
+            known.ids = {entry.id for entry in self._order.values() if entry.id <= client.last_key}
+            known.version = client.position if client.position <= self._version else 0
+            return known
 
     def _find(self, name: str) -> Entry:
         entry = self._entries.get(name)

@@ -30,10 +30,12 @@ class ScriptedRobot:
 
     def __init__(self, *scripts: Script) -> None:
         self.subscribed: List[pb.SubscriptionRequest] = []  #: the first request of each
+        self.ignored = 0  #: attempts to resume that have no answer
         self._scripts = scripts
         self._lock = threading.Lock()
         self._accepted: List[int] = []  # their resumptions
         self._most = 1
+        self._left = 0
         self._server = grpc.server(concurrent.futures.ThreadPoolExecutor(32))
         self._server.add_generic_rpc_handlers([grpc.method_handlers_generic_handler(
             _wire.SERVICE, {
@@ -51,6 +53,10 @@ class ScriptedRobot:
     def accept(self) -> None:
         self._most += 1
 
+    def leave(self) -> None:
+        """Answers nothing any more on the accepted connections, and refuses streams there."""
+        self._left = len(self._accepted)
+
     def end(self) -> None:
         self._server.stop(0).wait()
 
@@ -61,6 +67,7 @@ class ScriptedRobot:
             is_accepted = len(self._accepted) < self._most
             if is_accepted:
                 self._accepted.append(resume.resumption)
+            self.ignored += not is_accepted
         if not is_accepted:
             _wait_for_the_end(context)
             return
@@ -71,7 +78,7 @@ class ScriptedRobot:
         if resume.resumption:
             yield from batches
         for batch in requests:
-            for message in batch.messages:
+            for message in [] if self._is_left(resume.resumption) else batch.messages:
                 if message.HasField("heartbeat"):
                     yield pb.ServerBatch(messages=[pb.ServerMessage(heartbeat=message.heartbeat)])
                 elif message.HasField("call"):
@@ -81,6 +88,8 @@ class ScriptedRobot:
                    context: Any) -> Iterator[pb.SubscriptionUpdate]:
         first = next(requests)
         self.subscribed.append(first)
+        if self._is_left(first.start.resumption):
+            context.abort(grpc.StatusCode.PERMISSION_DENIED, "another number")
         yield from self._script(first.start.resumption).updates
         _wait_for_the_end(context)
 
@@ -88,6 +97,9 @@ class ScriptedRobot:
                context: Any) -> Iterator[pb.WatchUpdate]:
         yield from self._script(next(requests).start.resumption).frames
         _wait_for_the_end(context)
+
+    def _is_left(self, resumption: int) -> bool:
+        return self._accepted.index(resumption) < self._left
 
     def _script(self, resumption: int) -> Script:
         return self._scripts[self._accepted.index(resumption)]

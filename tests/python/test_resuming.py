@@ -1,19 +1,40 @@
-"""The package's client with robots that a network hides for a while."""
+"""The package's client with robots that a network hides for a while: those of the C++ library and
+those of the package."""
 
 import asyncio
+import signal
+import sys
 import threading
 
 import pytest
 
 import robaxi
-from conftest import PATIENCE, eventually
+from conftest import PATIENCE, SOURCE, eventually
 from relay import Relay
 from robaxi import Cause, State
+from robaxi._outbox import Copies
 from robaxi.v1 import robaxi_pb2 as pb
 from scripted_robot import Script, ScriptedRobot
 
 # Silent after 0.3 s, so that a test takes a moment only.
 QUICK = robaxi.Limits(heartbeat=50, loss=300)
+
+
+@pytest.fixture
+def start_in_python(start):
+    """A robot of the package with what those of the fixtures below have."""
+    command = [sys.executable, str(SOURCE / "tests/python/echo_robot.py"), "PORT"]
+    return lambda **environment: start(command, "ready", **environment)
+
+
+@pytest.fixture(params=["library", "package"])
+def start_either_echo(request, start_echo, start_in_python):
+    return start_echo if request.param == "library" else start_in_python
+
+
+@pytest.fixture(params=["library", "package"])
+def start_either_humanoid(request, start_humanoid, start_in_python):
+    return start_humanoid if request.param == "library" else start_in_python
 
 
 @pytest.fixture
@@ -60,11 +81,11 @@ def newer(changes, than):
 
 
 @pytest.mark.parametrize("keeps_former", [False, True])
-def test_a_session_goes_on_after_a_silence(start_echo, reach, make_token, make_certificate,
+def test_a_session_goes_on_after_a_silence(start_either_echo, reach, make_token, make_certificate,
                                            keeps_former):
     token = make_token("secret")
     certificate = make_certificate("robot", "IP:127.0.0.1")
-    echo = start_echo(ROBAXI_SERVER_TOKEN=token, **certificate.served)
+    echo = start_either_echo(ROBAXI_SERVER_TOKEN=token, **certificate.served)
     relay, robot = reach(echo.port, token=token, tls=True, trust=str(certificate.file))
     changes = robot.values("Memory").watch(rate=100)
     chosen = robot.values("Memory").watch("count*", rate=100)
@@ -90,8 +111,8 @@ def test_a_session_goes_on_after_a_silence(start_echo, reach, make_token, make_c
     assert robot.silence < PATIENCE
 
 
-def test_sessions_go_on_again_and_again(echo, reach):
-    relay, robot = reach(echo.port)
+def test_sessions_go_on_again_and_again(start_either_echo, reach):
+    relay, robot = reach(start_either_echo().port)
     changes = robot.values("Memory").watch(rate=100)
     last = newer(changes, 1)[-1]
     threads = threading.active_count()
@@ -104,8 +125,8 @@ def test_sessions_go_on_again_and_again(echo, reach):
     eventually(lambda: threading.active_count() <= threads)
 
 
-def test_large_messages_go_on_where_they_were(echo, reach):
-    relay, robot = reach(echo.port)
+def test_large_messages_go_on_where_they_were(start_either_echo, reach):
+    relay, robot = reach(start_either_echo().port)
     text = "x" * (4 << 20)
     answers = []
     waiting = threading.Thread(
@@ -118,8 +139,8 @@ def test_large_messages_go_on_where_they_were(echo, reach):
     assert answers == [text] * 5
 
 
-def test_only_what_has_changed_is_sent_again(start_humanoid, reach, connect):
-    port = start_humanoid().port
+def test_only_what_has_changed_is_sent_again(start_either_humanoid, reach, connect):
+    port = start_either_humanoid().port
     relay, robot = reach(port)
     other = connect(port).memory
     other["Audio/Volume"] = 10
@@ -200,6 +221,24 @@ def test_keys_of_another_table_replace_the_former_ones(script, reach):
     assert [*third.keys.ids] == [3]
 
 
+def test_a_stream_that_the_robot_refuses_since_it_has_moved_the_session(script, reach):
+    """Before the program counts the robot as silent, and knows of the other connection."""
+    added = pb.SubscriptionUpdate(number=1, position=1, keys_added=pb.KeysAdded(
+        table=5, keys=[pb.Key(id=1, name="one")]))
+    value = pb.SubscriptionUpdate(number=2, position=2, values=pb.Values(int_ids=[1], ints=[10]))
+    scripted = script(Script(), Script(updates=[added, value]))
+    _, robot = reach(scripted.port, robaxi.Limits(heartbeat=100, loss=2000))
+    scripted.leave()
+    eventually(lambda: scripted.ignored)
+    seen = []
+    reading = threading.Thread(target=lambda: seen.append(next(robot.memory.watch("one"))))
+    reading.start()
+    eventually(lambda: scripted.subscribed)
+    scripted.accept()
+    reading.join(PATIENCE)
+    assert [one.value for one in seen] == [10]
+
+
 def test_a_repeated_part_of_a_result_is_ignored(script, reach):
     result = pb.ServerMessage(result=pb.Result(
         call_id=1, value=pb.Value(type=pb.Value.STRING, string_value="in parts")))
@@ -244,8 +283,8 @@ def test_a_repeated_frame_is_left_out(script, reach):
         assert [seen[-1], next(frames).number] == expected
 
 
-def test_frames_go_on_with_the_next_one(start_humanoid, reach):
-    relay, robot = reach(start_humanoid().port)
+def test_frames_go_on_with_the_next_one(start_either_humanoid, reach):
+    relay, robot = reach(start_either_humanoid().port)
     robot.camera("head").set(rate=30.0)
     frames = robot.camera("head").frames()
     seen = [next(frames).number for _ in range(3)]
@@ -276,10 +315,10 @@ def test_a_silence_above_the_limit_is_the_loss(echo, reach):
     eventually(lambda: threading.active_count() <= threads)
 
 
-def test_a_robot_that_starts_again_is_another_one(start_echo, reach):
-    relay, robot = reach(start_echo().port)
+def test_a_robot_that_starts_again_is_another_one(start_either_echo, reach):
+    relay, robot = reach(start_either_echo().port)
     hide(relay, robot)
-    relay.robot_port = start_echo().port
+    relay.robot_port = start_either_echo().port
     relay.restore(keeps_former=False)
     eventually(is_state(robot, State.LOST))
     assert "has ended the session" in str(robot.error)
@@ -312,3 +351,90 @@ def test_states_are_watched_with_asyncio(echo, reach):
 
     seen = asyncio.run(asyncio.wait_for(watch(), PATIENCE))
     assert seen == [State.CONNECTED, State.SILENT, State.CONNECTED]
+
+
+def test_a_stopped_robot_of_the_package_does_not_mistake_that_for_silence(start_in_python, reach):
+    silence = 2000  # milliseconds, of the robot
+    robot_process = start_in_python(ROBAXI_SILENCE=str(silence))
+    _, robot = reach(robot_process.port, robaxi.Limits(heartbeat=50, loss=300, silence=120_000))
+    runs = robot.call("Talker", "runs")
+    robot_process.stop()
+    eventually(lambda: robot.silence > silence / 1000 + 0.5)
+    robot_process.process.send_signal(signal.SIGCONT)
+    eventually(is_state(robot, State.CONNECTED))
+    assert robot.call("Talker", "runs") == runs
+
+
+@pytest.fixture
+def serve():
+    """Starts a robot of the package in this process."""
+    servers = []
+
+    def start_server(**limits):
+        servers.append(robaxi.Server("here", address="127.0.0.1", port=0, announce=False,
+                                     settings=robaxi.Settings(limits=robaxi.Limits(**limits))))
+        servers[-1].start()
+        return servers[-1]
+
+    yield start_server
+    for server in servers:
+        server.stop()
+
+
+def test_a_robot_of_the_package_ends_a_silent_session_for_another_one(serve, reach, connect):
+    server = serve(sessions=1, heartbeat=50, loss=300, silence=120_000)
+    relay, robot = reach(server.port, robaxi.Limits(heartbeat=50, loss=300, silence=120_000))
+    with pytest.raises(robaxi.Error) as raised:
+        connect(server.port)
+    assert raised.value.cause == Cause.TOO_MANY
+    hide(relay, robot)
+
+    def comes_in():
+        try:
+            return connect(server.port)
+        except robaxi.Error as error:
+            assert error.cause == Cause.TOO_MANY
+            return None
+
+    other = eventually(comes_in)
+    relay.restore(keeps_former=False)
+    eventually(is_state(robot, State.LOST))
+    assert "has ended the session" in str(robot.error)
+    assert other.state == State.CONNECTED
+
+
+def test_a_robot_of_the_package_ends_a_stream_that_is_not_read(serve, reach):
+    """Although it is in the middle of a frame, which takes as long as TCP tries to send it."""
+    server = serve()
+    camera = server.add_camera("head", modes=[robaxi.Mode(4000, 4000, ["grey"])])
+    relay, robot = reach(server.port)
+    frames = robot.camera("head").frames()
+    frame = bytes(4000 * 4000)
+    camera.publish(frame)
+    assert next(frames).number == 1
+    relay.cut()
+    camera.publish(frame)
+    eventually(is_state(robot, State.SILENT))
+    relay.restore(keeps_former=False)
+    while next(frames).number != 2:
+        pass
+    eventually(lambda: camera.watchers == 1)
+
+
+def test_copies_of_what_was_sent_are_bounded():
+    copies = Copies(largest_message=100_000)
+    part = pb.ServerBatch(messages=[pb.ServerMessage(fragment=pb.Fragment(data=bytes(60_000)))])
+    for number in range(1, 6):
+        batch = pb.ServerBatch()
+        batch.CopyFrom(part)
+        copies.add(batch)
+        assert batch.number == number
+    assert not copies.resume(1)
+    assert copies.resume(2)
+    assert [copies.take_repeated().number for _ in range(3)] == [3, 4, 5]
+    assert copies.take_repeated() is None
+    assert not copies.resume(6)
+    copies.acknowledge(4)
+    assert not copies.resume(3)
+    assert copies.resume(4)
+    assert copies.take_repeated().number == 5
