@@ -616,6 +616,16 @@ def new_start(_: Any, request: Any) -> None:
     request.start.ClearField("known")
 
 
+def from_the_beginning(_: Any, request: Any) -> None:
+    if request.start.HasField("known"):
+        request.start.known.position = 0
+
+
+def nothing_new(_: Any, request: Any) -> None:
+    if request.start.HasField("known"):
+        request.start.known.with_values[:] = request.keys.ids
+
+
 def one_less(_: Any, request: Any) -> None:
     if request.start.HasField("known"):
         request.start.known.keys -= 1
@@ -640,6 +650,7 @@ RESUMING = {
                               reply=set_field("hello_reply.received", 0)),
     "resuming.copies": Case("did not repeat", Breakage(reply=forget_copies), SOON),
     "resuming.former": session("did not end the stream", SOON, end=never),
+    "resuming.former-streams": subscription("did not end the stream", SOON, end=never),
     "resuming.other-number": subscription("did not end the stream", SOON,
                                           request=set_field("start.resumption", 1)),
     "resuming.no-session": session("gave TOO_MANY", end=with_cause(pb.Error.TOO_MANY)),
@@ -651,6 +662,9 @@ RESUMING = {
     "resuming.version": session("status 0 instead of|did not end the stream|NOT_AUTHORISED", SOON,
                                 request=set_field("hello.protocol_version", 1)),
     "resuming.known-keys": subscription("a known key again", request=new_start),
+    "resuming.known-values": subscription("again that has not changed",
+                                          request=from_the_beginning),
+    "resuming.newly-selected": subscription("newly selected values", SOON, request=nothing_new),
     "resuming.present-keys": subscription("no keys_present", SOON, request=one_less),
     "resuming.other-table": subscription("no empty keys_present", SOON, request=right_table),
 }

@@ -1,4 +1,4 @@
-#include "conform/subject.h"
+#include "conform/subscription.h"
 
 #include <algorithm>
 #include <map>
@@ -12,8 +12,6 @@ constexpr std::uint64_t a_signOfLife = std::uint64_t{1} << 40U;
 constexpr std::chrono::milliseconds a_signPeriod(250);
 constexpr std::uint64_t a_someHeartbeat = 7;
 constexpr std::uint64_t a_repeatedCall = 77;
-/** Updates once in 1000 s: values come at once or not during a check. */
-constexpr double a_slow = 0.001;
 
 v1::ClientMessage resumableHello(const Subject& robot) {
     v1::ClientMessage message = helloMessage(robot);
@@ -229,16 +227,28 @@ void checkFormerStream(Subject& robot) {
     requireEnd(robot, session.rpc());
 }
 
+/** Returns the first request of a subscription of a session to all keys. */
+v1::SubscriptionRequest subscribeTo(Subject& robot, const NumberedSession& session,
+                                    std::uint64_t resumption) {
+    v1::SubscriptionRequest request =
+        startRequest(session.reply().session_id(), robot.moduleWithValues(), true, a_slow);
+    request.mutable_start()->set_resumption(resumption);
+    return request;
+}
+
+void checkFormerStreamBesideIt(Subject& robot) {
+    NumberedSession session(robot);
+    Subscription subscription(robot, subscribeTo(robot, session, 0));
+    subscription.process();
+    const NumberedSession next(robot, session.resumption(1));
+    requireEnd(robot, subscription.rpc());
+}
+
 void checkOtherNumberOfStream(Subject& robot) {
     NumberedSession session(robot);
     const NumberedSession next(robot, session.resumption(1));
-    Rpc rpc(robot.wire(), "/robaxi.v1.Robaxi/Subscribe");
-    v1::SubscriptionRequest request;
-    request.mutable_start()->set_session_id(session.reply().session_id());
-    request.mutable_start()->set_module(robot.moduleWithValues());
-    request.mutable_start()->set_rate(a_slow);
-    rpc.send(request);
-    requireRefusal(robot, rpc, v1::Error::NOT_AUTHORISED);
+    Subscription subscription(robot, subscribeTo(robot, session, 0));
+    requireRefusal(robot, subscription.rpc(), v1::Error::NOT_AUTHORISED);
 }
 
 void checkNoSession(Subject& robot) {
@@ -276,102 +286,93 @@ void checkVersionOfResumption(Subject& robot) {
     requireRefusedAttempt(robot, hello, v1::Error::PROTOCOL_VERSION);
 }
 
-/** A subscription to all keys, which a client can continue. */
-class KnownSubscription {
+/** A resumed session in which a client knows the keys and values of a module. */
+class Continued {
   public:
-    KnownSubscription(Subject& robot, const NumberedSession& session, std::uint64_t resumption,
-                      const v1::KnownState* known)
-        : fRobot(robot), fRpc(robot.wire(), "/robaxi.v1.Robaxi/Subscribe") {
-        v1::SubscriptionRequest request;
-        request.mutable_start()->set_session_id(session.reply().session_id());
-        request.mutable_start()->set_module(robot.moduleWithValues());
-        request.mutable_start()->set_all_keys(true);
-        request.mutable_start()->set_rate(a_slow);
-        request.mutable_start()->set_resumption(resumption);
-        if (known != nullptr) {
-            *request.mutable_start()->mutable_known() = *known;
-        }
-        fRpc.send(request);
+    explicit Continued(Subject& robot)
+        : fRobot(robot), fSession(robot), fFormer(robot, subscribeTo(robot, fSession, 0)) {
+        fFormer.readTable(true);
+        fNext.emplace(robot, fSession.resumption(1));
     }
 
-    std::optional<v1::SubscriptionUpdate> next(Clock::time_point deadline) {
-        const auto bytes = fRpc.next(deadline);
-        if (!bytes) {
-            return std::nullopt;
-        }
-        auto update = parse<v1::SubscriptionUpdate>(*bytes);
-        v1::SubscriptionRequest request;
-        request.set_consumed(update.number());
-        fRpc.send(request);
-        return update;
+    const Subscription& former() const { return fFormer; }
+    /** Returns the first request of the subscription that continues it. */
+    v1::SubscriptionRequest start() const {
+        v1::SubscriptionRequest request = subscribeTo(fRobot, fSession, 1);
+        *request.mutable_start()->mutable_known() = fFormer.known();
+        return request;
     }
-
-    /** Returns the first update. @throws Fault if there is none */
-    v1::SubscriptionUpdate first() {
-        const auto update = next(fRobot.deadline());
-        require(update.has_value(), "The robot sent no update in time.");
-        return *update;
-    }
-
-    /** Returns what a client knows that has received the table and all values. */
-    v1::KnownState readAll() {
-        v1::KnownState known;
-        std::set<std::uint32_t> keys;
-        std::size_t values = 0;
-        const Clock::time_point deadline = fRobot.deadline();
-        while (keys.empty() || values < keys.size()) {
-            const auto update = next(deadline);
-            require(update.has_value(), "The robot did not send keys and values in time.");
-            for (const v1::Key& key : update->keys_added().keys()) {
-                keys.insert(key.id());
-                known.set_last_key(std::max(known.last_key(), key.id()));
-            }
-            if (update->has_keys_added()) {
-                known.set_table(update->keys_added().table());
-            }
-            const v1::Values& some = update->values();
-            values += static_cast<std::size_t>(some.float_ids_size() + some.int_ids_size() +
-                                               some.other_ids_size());
-            known.set_position(update->position());
+    /** Returns the same with all of the keys selected. */
+    v1::SubscriptionRequest startWithKeys() const {
+        v1::SubscriptionRequest request = start();
+        request.mutable_start()->set_all_keys(false);
+        for (const auto& [id, key] : fFormer.keys()) {
+            request.mutable_keys()->add_ids(id);
         }
-        known.set_keys(keys.size());
-        return known;
+        return request;
     }
 
   private:
     Subject& fRobot;
-    Rpc fRpc;
-};
-
-/** A resumed session in which a client knows the keys and values of a module. */
-struct Continued {
-    explicit Continued(Subject& robot)
-        : fSession(robot),
-          fKnown(KnownSubscription(robot, fSession, 0, nullptr).readAll()),
-          fNext(robot, fSession.resumption(1)) {}
-
     NumberedSession fSession;
-    v1::KnownState fKnown;
-    NumberedSession fNext;
+    Subscription fFormer;
+    std::optional<NumberedSession> fNext;
 };
 
 void checkKnownKeys(Subject& robot) {
-    Continued continued(robot);
-    KnownSubscription subscription(robot, continued.fSession, 1, &continued.fKnown);
-    while (const auto update = subscription.next(Clock::now() + a_quiet)) {
-        require(!update->has_keys_present(), "The robot sent keys_present for the keys it has.");
-        for (const v1::Key& key : update->keys_added().keys()) {
-            require(key.id() > continued.fKnown.last_key(), "The robot sent a known key again.");
+    const Continued continued(robot);
+    const v1::SubscriptionRequest start = continued.start();
+    Subscription subscription(robot, start);
+    for (const v1::SubscriptionUpdate& update : subscription.watch(a_quiet)) {
+        require(!update.has_keys_present(), "The robot sent keys_present for the keys it has.");
+        for (const v1::Key& key : update.keys_added().keys()) {
+            require(key.id() > start.start().known().last_key(),
+                    "The robot sent a known key again.");
         }
     }
 }
 
+bool isSame(const Subscription::Entry& left, const Subscription::Entry& right) {
+    return left.fTime == right.fTime &&
+           left.fValue.SerializeAsString() == right.fValue.SerializeAsString();
+}
+
+void checkKnownValues(Subject& robot) {
+    const Continued continued(robot);
+    for (const v1::SubscriptionRequest& start : {continued.start(), continued.startWithKeys()}) {
+        Subscription subscription(robot, start);
+        subscription.watch(a_quiet);
+        for (const auto& [id, entry] : subscription.values()) {
+            const auto former = continued.former().values().find(id);
+            require(former == continued.former().values().end() || !isSame(former->second, entry),
+                    "The robot sent a value again that has not changed.");
+        }
+    }
+}
+
+void checkNewlySelected(Subject& robot) {
+    const Continued continued(robot);
+    v1::SubscriptionRequest start = continued.startWithKeys();
+    start.mutable_start()->mutable_known()->clear_with_values();
+    Subscription subscription(robot, start);
+    const std::size_t count = continued.former().keys().size();
+    const Clock::time_point deadline = robot.deadline();
+    while (subscription.values().size() < count) {
+        require(subscription.next(deadline).has_value(),
+                "The robot sent " + std::to_string(subscription.values().size()) + " of " +
+                    std::to_string(count) + " newly selected values.");
+        subscription.report();
+    }
+}
+
 void checkPresentKeys(Subject& robot) {
-    Continued continued(robot);
-    const auto count = static_cast<int>(continued.fKnown.keys());
-    continued.fKnown.set_keys(continued.fKnown.keys() + 1);
-    KnownSubscription subscription(robot, continued.fSession, 1, &continued.fKnown);
-    const v1::SubscriptionUpdate update = subscription.first();
+    const Continued continued(robot);
+    v1::SubscriptionRequest start = continued.start();
+    v1::KnownState& known = *start.mutable_start()->mutable_known();
+    const auto count = static_cast<int>(known.keys());
+    known.set_keys(known.keys() + 1);
+    Subscription subscription(robot, start);
+    const v1::SubscriptionUpdate update = subscription.process();
     require(update.has_keys_present(), "The first update has no keys_present.");
     require(update.keys_present().ids_size() == count,
             "keys_present has " + std::to_string(update.keys_present().ids_size()) + " of " +
@@ -379,13 +380,15 @@ void checkPresentKeys(Subject& robot) {
 }
 
 void checkOtherTable(Subject& robot) {
-    Continued continued(robot);
-    continued.fKnown.set_table(~continued.fKnown.table());
-    KnownSubscription subscription(robot, continued.fSession, 1, &continued.fKnown);
-    const v1::SubscriptionUpdate update = subscription.first();
+    const Continued continued(robot);
+    v1::SubscriptionRequest start = continued.start();
+    v1::KnownState& known = *start.mutable_start()->mutable_known();
+    known.set_table(~known.table());
+    Subscription subscription(robot, start);
+    const v1::SubscriptionUpdate update = subscription.process();
     require(update.has_keys_present() && update.keys_present().ids().empty(),
             "The first update has no empty keys_present.");
-    require(subscription.first().has_keys_added(), "The robot did not send its keys then.");
+    require(subscription.process().has_keys_added(), "The robot did not send its keys then.");
 }
 
 }  // namespace
@@ -416,6 +419,7 @@ const std::vector<ConformCheck>& resumeChecks() {
          "Then both ends repeat the later ones of their copies, in order, and continue.",
          &checkCopies},
         {"resuming.former", "R7", "The robot ends the session's former stream", &checkFormerStream},
+        {"resuming.former-streams", "R7", "and the streams beside it", &checkFormerStreamBesideIt},
         {"resuming.other-number", "R7", "another number is refused with NOT_AUTHORISED.",
          &checkOtherNumberOfStream},
         {"resuming.no-session", "R8",
@@ -429,6 +433,10 @@ const std::vector<ConformCheck>& resumeChecks() {
          &checkVersionOfResumption},
         {"resuming.known-keys", "R9", "The robot then sends neither keys up to last_key",
          &checkKnownKeys},
+        {"resuming.known-values", "R9", "nor values that have not changed since position",
+         &checkKnownValues},
+        {"resuming.newly-selected", "R9",
+         "Selected keys that are not in with_values are newly selected (U7).", &checkNewlySelected},
         {"resuming.present-keys", "R9", "it first sends those that it has, as keys_present.",
          &checkPresentKeys},
         {"resuming.other-table", "R9",

@@ -1,4 +1,4 @@
-#include "conform/subject.h"
+#include "conform/subscription.h"
 
 #include <cmath>
 #include <limits>
@@ -8,142 +8,8 @@ namespace robaxi_tool {
 
 namespace {
 
-constexpr double a_fast = 1000;
-/** Updates once in 1000 s: values come at once or not during a check. */
-constexpr double a_slow = 0.001;
 constexpr const char* a_none = "robaxi conform/none";
 constexpr std::chrono::milliseconds a_watched(500);
-
-v1::SubscriptionRequest startRequest(std::uint64_t session, const std::string& module, bool allKeys,
-                                     double rate) {
-    v1::SubscriptionRequest request;
-    request.mutable_start()->set_session_id(session);
-    request.mutable_start()->set_module(module);
-    request.mutable_start()->set_all_keys(allKeys);
-    request.mutable_start()->set_rate(rate);
-    return request;
-}
-
-/** A Subscribe stream that remembers the keys and values that it has received. */
-class Subscription {
-  public:
-    explicit Subscription(Subject& robot)
-        : fRobot(robot), fRpc(robot.wire(), "/robaxi.v1.Robaxi/Subscribe") {}
-    Subscription(Subject& robot, Session& session, bool allKeys, double rate = a_fast)
-        : Subscription(robot) {
-        fRpc.send(startRequest(session.id(), robot.moduleWithValues(), allKeys, rate));
-    }
-
-    Rpc& rpc() { return fRpc; }
-    const std::map<std::uint32_t, v1::Key>& keys() const { return fKeys; }
-    const std::map<std::uint32_t, v1::Value>& values() const { return fValues; }
-
-    /** Reports every update as processed. */
-    void report() {
-        v1::SubscriptionRequest request;
-        request.set_consumed(fLast);
-        fRpc.send(request);
-    }
-    void select(const std::vector<std::uint32_t>& ids) {
-        v1::SubscriptionRequest request;
-        request.mutable_keys();
-        for (const std::uint32_t id : ids) {
-            request.mutable_keys()->add_ids(id);
-        }
-        fRpc.send(request);
-    }
-    void setRate(double rate) {
-        v1::SubscriptionRequest request;
-        request.set_rate(rate);
-        fRpc.send(request);
-    }
-
-    /** Returns the next update; nothing at the end, or at the deadline. */
-    std::optional<v1::SubscriptionUpdate> next(Clock::time_point deadline) {
-        const auto bytes = fRpc.next(deadline);
-        if (!bytes) {
-            return std::nullopt;
-        }
-        auto update = parse<v1::SubscriptionUpdate>(*bytes);
-        xTake(update);
-        return update;
-    }
-
-    /** Reads, and reports, until the keys and, if they are subscribed to, all values are there. */
-    void readTable(bool withValues) {
-        const Clock::time_point deadline = fRobot.deadline();
-        bool hasTable = false;
-        while (!hasTable || (withValues && fValues.size() < fKeys.size())) {
-            const auto update = next(deadline);
-            require(update.has_value(), !hasTable
-                                            ? "The robot did not send the table in time."
-                                            : "The robot sent " + std::to_string(fValues.size()) +
-                                                  " values in time, and has " +
-                                                  std::to_string(fKeys.size()) + " keys.");
-            hasTable = hasTable || update->has_keys_added();
-            report();
-        }
-        // Without values, nothing marks the end of the table.
-        if (!withValues) {
-            while (next(std::min(deadline, Clock::now() + a_quiet))) {
-                report();
-            }
-        }
-    }
-
-    /** Reads, and reports, for that time. Returns the updates. */
-    std::vector<v1::SubscriptionUpdate> watch(Clock::duration time) {
-        const Clock::time_point deadline = Clock::now() + time;
-        std::vector<v1::SubscriptionUpdate> updates;
-        while (auto update = next(deadline)) {
-            updates.push_back(std::move(*update));
-            report();
-            if (Clock::now() >= deadline) {
-                break;
-            }
-        }
-        return updates;
-    }
-
-  private:
-    void xTake(const v1::SubscriptionUpdate& update) {
-        fLast = update.number();
-        for (const v1::Key& key : update.keys_added().keys()) {
-            fKeys[key.id()] = key;
-        }
-        for (const std::uint32_t id : update.keys_removed().ids()) {
-            fKeys.erase(id);
-            fValues.erase(id);
-        }
-        const v1::Values& values = update.values();
-        for (int i = 0; i < std::min(values.float_ids_size(), values.floats_size()); ++i) {
-            v1::Value& value = fValues[values.float_ids(i)];
-            value.set_type(v1::Value::FLOAT);
-            value.set_float_value(values.floats(i));
-        }
-        for (int i = 0; i < std::min(values.int_ids_size(), values.ints_size()); ++i) {
-            v1::Value& value = fValues[values.int_ids(i)];
-            value.set_type(v1::Value::INT);
-            value.set_int_value(values.ints(i));
-        }
-        for (int i = 0; i < std::min(values.other_ids_size(), values.others_size()); ++i) {
-            fValues[values.other_ids(i)] = values.others(i);
-        }
-    }
-
-    Subject& fRobot;
-    Rpc fRpc;
-    std::uint64_t fLast = 0;
-    std::map<std::uint32_t, v1::Key> fKeys;
-    std::map<std::uint32_t, v1::Value> fValues;
-};
-
-std::vector<std::uint32_t> idsOf(const v1::Values& values) {
-    std::vector<std::uint32_t> ids(values.float_ids().begin(), values.float_ids().end());
-    ids.insert(ids.end(), values.int_ids().begin(), values.int_ids().end());
-    ids.insert(ids.end(), values.other_ids().begin(), values.other_ids().end());
-    return ids;
-}
 
 /** Returns the first key of a table. @throws NotChecked */
 std::uint32_t firstKey(const Subscription& subscription) {
@@ -366,7 +232,7 @@ void checkOnlySelected(Subject& robot) {
     require(subscription.values().empty(), "The robot sends values of keys that are not selected.");
     subscription.select({key});
     subscription.watch(a_watched);
-    for (const auto& [id, value] : subscription.values()) {
+    for (const auto& [id, entry] : subscription.values()) {
         require(id == key, "The robot sends values of keys that are not selected.");
     }
 }
@@ -489,7 +355,7 @@ void checkSameValues(Subject& robot) {
     int checked = 0;
     for (const auto& [id, key] : subscription.keys()) {
         const v1::Value value = get(key);
-        require(value.type() == subscription.values().at(id).type(),
+        require(value.type() == subscription.values().at(id).fValue.type(),
                 "The value of " + key.name() + " is of another type than that of getData.");
         if (++checked == mostKeys) {
             break;
