@@ -6,6 +6,7 @@
 #include <robaxi/kv_proxy.h>
 
 #include <algorithm>
+#include <chrono>
 #include <memory>
 #include <utility>
 
@@ -15,6 +16,9 @@ namespace {
 
 /** Seconds; a file without indexes is read from its beginning. */
 constexpr double a_timeOut = 30;
+/** Time between two calls of a replay that is busy with the histories of other programs. */
+constexpr std::chrono::milliseconds a_pause(250);
+constexpr int a_mostPauses = 120;  ///< as long as the time-out
 
 /** Throws KVError if the answer is not the agreed one. */
 std::vector<CurvePoint> pointsOf(const KVValue::Map& answer) {
@@ -91,9 +95,7 @@ KeyHistory HistoryClient::xCall(const HistoryRequest& request) {
     KeyHistory history;
     history.fRequest = request;
     try {
-        const KVValue answer = fReplay->callValue(
-            "getHistory",
-            {request.fKey, request.fFrom, request.fTo, static_cast<std::int64_t>(a_points)});
+        const KVValue answer = xAsk(request);
         const KVValue::Map& map = answer.toMap();
         history.fPoints = pointsOf(map);
         history.fIsThinned = map.at("thinned").toBool();
@@ -101,6 +103,26 @@ KeyHistory HistoryClient::xCall(const HistoryRequest& request) {
         history.fHasFailed = true;
     }
     return history;
+}
+
+/** Calls the replay, again and again while it is busy. */
+KVValue HistoryClient::xAsk(const HistoryRequest& request) {
+    for (int pauses = 0;; ++pauses) {
+        try {
+            return fReplay->callValue("getHistory", {request.fKey, request.fFrom, request.fTo,
+                                                     static_cast<std::int64_t>(a_points)});
+        } catch (const KVError& error) {
+            if (error.cause() != KVError::Cause::TooMany || pauses == a_mostPauses || !xPause()) {
+                throw;
+            }
+        }
+    }
+}
+
+/** Returns false if the client is stopped. */
+bool HistoryClient::xPause() {
+    std::unique_lock lock(fMutex);
+    return !fWork.wait_for(lock, a_pause, [this] { return fIsStopped; });
 }
 
 }  // namespace memoryviewer

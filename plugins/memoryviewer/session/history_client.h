@@ -15,6 +15,7 @@
 
 class KVConnection;
 class KVProxy;
+class KVValue;
 
 namespace obvista {
 class Notice;
@@ -68,6 +69,8 @@ class HistoryClient {
   private:
     void xRun();
     KeyHistory xCall(const HistoryRequest& request);
+    KVValue xAsk(const HistoryRequest& request);
+    bool xPause();
 
     const std::unique_ptr<KVProxy> fReplay;
     obvista::Notice& fNotice;

@@ -125,6 +125,18 @@ class KeyHistory::Curve {
     std::optional<Point> fLast;
 };
 
+KeyHistory::Place::Place(KeyHistory& history) : fHistory(history) {
+    if (++fHistory.fCalls > a_mostCalls) {
+        --fHistory.fCalls;
+        throw KVError(KVError::Cause::TooMany,
+                      "Too many programs request histories of this recording. Request it again.");
+    }
+}
+
+KeyHistory::Place::~Place() {
+    --fHistory.fCalls;
+}
+
 KeyHistory::KeyHistory(const std::string& path, const Stage& stage) : fReader(path), fStage(stage) {
 }
 
@@ -136,6 +148,7 @@ KVValue::Map KeyHistory::get(const std::string& key, std::uint64_t from, std::ui
     if (channels.empty()) {
         throw KVError(KVError::Cause::InvalidArgument, "There is no key named " + key + '.');
     }
+    const Place place(*this);
     const std::lock_guard lock(fMutex);
     const Parts parts = xDivide(channels, from, to, points);
     ThinnedPoints kept(points);

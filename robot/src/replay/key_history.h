@@ -3,6 +3,7 @@
 
 #include "replay/stage.h"
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 #include <mutex>
@@ -22,6 +23,24 @@ namespace robot {
 class KeyHistory {
   public:
     static constexpr int a_mostPoints = 10'000;
+    /**
+     * Calls at the same time. One reads, and the others wait on the threads of the robot's methods,
+     * of which there are eight: as many stay for other methods.
+     */
+    static constexpr int a_mostCalls = 4;
+
+    /** One of the calls at a time. */
+    class Place {
+      public:
+        /** @throws KVError TooMany */
+        explicit Place(KeyHistory& history);
+        ~Place();
+        Place(const Place&) = delete;
+        Place& operator=(const Place&) = delete;
+
+      private:
+        KeyHistory& fHistory;
+    };
 
     /** @param stage must outlive it */
     KeyHistory(const std::string& path, const Stage& stage);
@@ -35,7 +54,7 @@ class KeyHistory {
      * "complete" is false.
      *
      * @throws KVError InvalidArgument for an unknown key; RaisedByModule for a wrong number of
-     *         points, or a damaged part of the file
+     *         points, or a damaged part of the file; TooMany beyond a_mostCalls
      */
     KVValue::Map get(const std::string& key, std::uint64_t from, std::uint64_t to,
                      std::int64_t points);
@@ -75,6 +94,7 @@ class KeyHistory {
     Removals xReadRemovals();
     static KVValue::Map xAnswer(const ThinnedPoints& kept, bool isComplete);
 
+    std::atomic<int> fCalls{0};
     std::mutex fMutex;
     recording::Reader fReader;
     const Stage& fStage;

@@ -17,6 +17,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <list>
 #include <memory>
 #include <mutex>
 #include <random>
@@ -376,6 +377,31 @@ TEST(History, EndsTheCurveOfARemovedKey) {
     EXPECT_THAT(numbersOf(history.get("Arm", a_start + 4500 * a_millisecond,
                                       a_start + 6000 * a_millisecond, 100)),
                 IsEmpty());
+}
+
+TEST(History, LeavesThreadsToOtherMethods) {
+    RecordedWalk walk("busy.mcap");
+    walk.set(0, "Arm", 1.0);
+    walk.finish();
+    Replay replay(walk.path());
+    KeyHistory history(walk.path(), replay.stage());
+    const auto get = [&] { return history.get("Arm", a_start, a_start + a_millisecond, 100); };
+    std::list<KeyHistory::Place> calls;
+    while (calls.size() < KeyHistory::a_mostCalls) {
+        calls.emplace_back(history);
+    }
+    for (int i = 0; i < 2; ++i) {
+        try {
+            get();
+            FAIL() << "it was not refused";
+        } catch (const KVError& error) {
+            EXPECT_EQ(KVError::Cause::TooMany, error.cause());
+            EXPECT_THAT(error.toString(), HasSubstr("Request it again."));
+        }
+    }
+    calls.pop_front();
+    EXPECT_THAT(numbersOf(get()), ElementsAre(1.0));
+    EXPECT_THAT(numbersOf(get()), ElementsAre(1.0));
 }
 
 TEST(History, OutlivesADamagedEvent) {
