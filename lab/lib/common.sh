@@ -93,7 +93,7 @@ avahi_start() {
     setsid avahi-daemon --no-drop-root --no-rlimits --no-chroot --file="$configuration" \
         </dev/null >>"$log" 2>&1 &
     daemon=$!
-    wait_until 20 answers_or_has_ended && avahi_answers
+    wait_until 60 answers_or_has_ended && avahi_answers
 }
 
 # avahi_state: prints 2 when the host name is established on the network (AVAHI_SERVER_RUNNING).
@@ -121,6 +121,6 @@ avahi_end() {
     local pid
     pid=$(avahi_pid) || return 0
     kill -s "$1" "$pid" 2>/dev/null || true
-    wait_until 5 process_is_gone "$pid" || kill -KILL "$pid"
+    wait_until 20 process_is_gone "$pid" || kill -KILL "$pid"
     rm -f -- "$avahi_run/pid" "$avahi_run/socket"
 }

@@ -94,7 +94,11 @@ host_port() {
 # the host. The command ends with its nsenter, which forks to enter the process namespace of a host.
 make_host_entry() {
     host_entry=(nsenter --target "$(host_pid "$1")" --net --mount)
-    [ "$1" = observer ] || host_entry+=(--uts --pid -- setpriv --pdeathsig TERM)
+    # The shell checks that its nsenter, which has no number in the host, had not ended before it was arranged
+    # that the command ends with it; otherwise the parent is the host's process 1, and the command would stay.
+    # shellcheck disable=SC2016  # expanded by that shell
+    [ "$1" = observer ] ||
+        host_entry+=(--uts --pid -- setpriv --pdeathsig TERM sh -c '[ "$PPID" = 0 ] && exec "$@"')
     host_entry+=(-- env -C "$PWD" "--default-signal=INT,QUIT" --)
 }
 
@@ -149,7 +153,7 @@ unlimit_link() {
     port=$(host_port "$1")
     relay=$(<"$lab_hosts/$1/relay")
     kill -KILL "$relay" 2>/dev/null || true
-    wait_until 10 process_is_gone "$relay" || die "the relay of '$1' does not end"
+    wait_until 60 process_is_gone "$relay" || die "the relay of '$1' does not end"
     ip link delete "${port}near" 2>/dev/null || true
     rm -f -- "$lab_hosts/$1/relay"
 }
@@ -163,7 +167,7 @@ remove_host() {
     if [ -e "$lab_hosts/$name/pid" ]; then
         pid=$(host_pid "$name")
         kill -KILL "$pid" 2>/dev/null || true
-        wait_until 10 process_is_gone "$pid" || die "the host '$name' does not end"
+        wait_until 60 process_is_gone "$pid" || die "the host '$name' does not end"
     fi
     forget_host "$name"
 }

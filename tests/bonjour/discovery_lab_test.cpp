@@ -40,8 +40,8 @@ const std::string a_middleware = BonjourDiscovery::fRobaxiServiceType;
 
 /** Time-out of a call to a daemon that hangs. */
 constexpr seconds a_callToTheDaemon(25);
-/** Five times as long as stopping may take, since processors may be busy. */
-constexpr seconds a_ending(5);
+/** Much longer than stopping takes, since processors may be busy, but shorter than such a call. */
+constexpr seconds a_ending(15);
 
 std::string exceptionOfStart() {
     try {
@@ -76,6 +76,9 @@ class SecondInterface {
   private:
     bool fThere = true;
 };
+
+// Threads and descriptors of a search that was stopped may outlive the call that stopped it, by
+// little on an idle machine. So the tests below wait until there are no more than before.
 
 /** Announces and withdraws services of a host, one after another, until it is destroyed. */
 class Churn {
@@ -189,6 +192,9 @@ TEST_F(DiscoveryLab, aRobotThatChangesItsAddressIsANewProfileWithoutOne) {
         const KVCriticalSectionWrite lock(BonjourDiscovery::fRobaxsMapMutex);
         before->fIP = addressBefore;
     }
+    // The search receives the address before a service that is announced after it.
+    const auto later = host.announce(a_middleware, 9560);
+    ASSERT_TRUE(fRecorder.waitForHost("robot29.local", "_robax._tcp:9559 _robaxi._tcp:9560"));
     lab::control({"address", "robot29", "10.77.99.29"});
     ASSERT_TRUE(fRecorder.waitForMap([&before](const MapView& map) {
         const auto found = map.find("robot29.local");
@@ -196,7 +202,8 @@ TEST_F(DiscoveryLab, aRobotThatChangesItsAddressIsANewProfileWithoutOne) {
     }));
     EXPECT_EQ(viewMap().at("robot29.local").fIP, "");
     EXPECT_THAT(fRecorder.wordsOf("robot29.local"),
-                ElementsAre("+ _robax._tcp:9559", "-", "+ _robax._tcp:9559"));
+                ElementsAre("+ _robax._tcp:9559", "+ _robax._tcp:9559 _robaxi._tcp:9560", "-",
+                            "+ _robax._tcp:9559 _robaxi._tcp:9560"));
     EXPECT_EQ(lab::addressOf("robot29.local"), "10.77.99.29")
         << "whoever looks it up now finds the new one";
 }
@@ -236,16 +243,18 @@ TEST_F(DiscoveryLab, aChangedPortAndHostNameAreFollowed) {
 
 TEST_F(DiscoveryLab, aServiceThatChangesWithoutAGoodbyeIsFollowedInPlace) {
     const lab::Host host("robot7");
-    const std::string instance = "Seven._robaxi._tcp.local";
+    const lab::Host successor("successor7");
+    const auto announceFrom = [](const lab::Host& from, const std::string& port) {
+        return from.announceRaw({"1", "60", "60", "_robaxi._tcp.local", "Seven._robaxi._tcp.local",
+                                 "seven.local", port});
+    };
     BonjourDiscovery::startListening();
-    const lab::Arguments before = {"1",      "60",          "60",   "_robaxi._tcp.local",
-                                   instance, "seven.local", "9559", "once"};
-    ASSERT_EQ(host.announceRaw(before)->child().waitForEnd(), 0);
+    const auto before = announceFrom(host, "9559");
     ASSERT_TRUE(fRecorder.waitForHost("seven.local", "_robaxi._tcp:9559"));
     const Profile profile = viewMap().at("seven.local").fProfile;
 
-    const auto changed =
-        host.announceRaw({"1", "60", "60", "_robaxi._tcp.local", instance, "seven.local", "9560"});
+    lab::control({"link", "robot7", "drop"});
+    const auto changed = announceFrom(successor, "9560");
     ASSERT_TRUE(fRecorder.waitForHost("seven.local", "_robaxi._tcp:9560"));
     EXPECT_EQ(viewMap().at("seven.local").fProfile, profile);
     EXPECT_THAT(fRecorder.wordsOf("seven.local"),
@@ -256,15 +265,13 @@ TEST_F(DiscoveryLab, aServiceThatChangesWithoutAGoodbyeIsFollowedInPlace) {
 // more than an hour. Host and port of the service expire much sooner.
 TEST_F(DiscoveryLab, aHostThatAnswersNoMoreIsRemovedAndFoundAgain) {
     const lab::Host host("robot8");
-    const std::string instance = "Eight._robax._tcp.local";
     BonjourDiscovery::startListening();
-    const lab::Arguments shortLived = {"1",      "60",          "2",    "_robax._tcp.local",
-                                       instance, "eight.local", "9559", "once"};
-    ASSERT_EQ(host.announceRaw(shortLived)->child().waitForEnd(), 0);
+    const auto announcement = host.announceRaw(
+        {"1", "60", "2", "_robax._tcp.local", "Eight._robax._tcp.local", "eight.local", "9559"});
     ASSERT_TRUE(fRecorder.waitForHost("eight.local", "_robax._tcp:9559"));
+    lab::control({"link", "robot8", "drop"});
     ASSERT_TRUE(fRecorder.waitForNoHost("eight.local"));
-    const auto back =
-        host.announceRaw({"1", "60", "60", "_robax._tcp.local", instance, "eight.local", "9559"});
+    lab::control({"link", "robot8", "up"});
     EXPECT_TRUE(fRecorder.waitForHost("eight.local", "_robax._tcp:9559"));
 }
 
@@ -290,7 +297,10 @@ TEST_F(DiscoveryLab, hostileAnnouncementsAreLeftOutOrMadeSafe) {
 
     EXPECT_TRUE(fRecorder.waitForHost("<b>\xEF\xBF\xBD.local", "_robax._tcp:9559"));
     EXPECT_TRUE(fRecorder.waitForHost(longName, "_robax._tcp:65535"));
-    ASSERT_TRUE(eventually([] { return lab::countBrowsed(a_robot, "eth0") == 7; }));
+    ASSERT_TRUE(eventually([] {
+        return lab::areBrowsed(
+            a_robot, {"literal4", "literal6", "noport", "foreign", "bytes", "bad", "long"});
+    }));
     // An announcement after all of them is received after them.
     const auto sentinel = host.announce(a_robot, 9559);
     ASSERT_TRUE(fRecorder.waitForHost("robot9.local", "_robax._tcp:9559"));
@@ -308,12 +318,11 @@ TEST_F(DiscoveryLab, moreRobotsThanOneClientMayFollowAreFound) {
     BonjourDiscovery::startListening();
     auto crowd = host.announceRaw({std::to_string(robots), "120", "120", "_robax._tcp.local",
                                    "crowd%._robax._tcp.local", "crowd%.local", "9559"});
-    EXPECT_TRUE(
-        fRecorder.waitForMap([](const MapView& map) { return map.size() >= robots; }, seconds(60)));
+    EXPECT_TRUE(eventually([] { return mapSize() >= robots; }, seconds(120)));
     crowd.reset();
     // The daemon may miss some of so many goodbyes; a restart clears its cache.
     lab::control({"avahi", "restart"});
-    EXPECT_TRUE(fRecorder.waitForMap([](const MapView& map) { return map.empty(); }, seconds(60)));
+    EXPECT_TRUE(eventually([] { return mapSize() == 0; }, seconds(120)));
 }
 
 TEST_F(DiscoveryLab, aRestartOfTheDaemonEmptiesTheMapAndFillsItAgain) {
@@ -409,10 +418,10 @@ TEST_F(DiscoveryLab, stoppingEndsAStartThatADaemonHoldsUp) {
 }
 
 TEST_F(DiscoveryLab, stoppingDoesNotWaitForADaemonThatHangsAfterTheStart) {
-    const lab::Host host("robot29");
+    const lab::Host host("robot30");
     const auto announcement = host.announce(a_robot, 9559);
     BonjourDiscovery::startListening();
-    ASSERT_TRUE(fRecorder.waitForHost("robot29.local", "_robax._tcp:9559"));
+    ASSERT_TRUE(fRecorder.waitForHost("robot30.local", "_robax._tcp:9559"));
     {
         const lab::PausedDaemon paused;
         const auto begin = std::chrono::steady_clock::now();
@@ -423,8 +432,8 @@ TEST_F(DiscoveryLab, stoppingDoesNotWaitForADaemonThatHangsAfterTheStart) {
         EXPECT_THAT(exceptionOfStart(), HasSubstr("Avahi daemon does not answer"));
     }
     BonjourDiscovery::startListening();
-    EXPECT_TRUE(fRecorder.waitForHost("robot29.local", "_robax._tcp:9559"));
-    EXPECT_THAT(fRecorder.wordsOf("robot29.local"),
+    EXPECT_TRUE(fRecorder.waitForHost("robot30.local", "_robax._tcp:9559"));
+    EXPECT_THAT(fRecorder.wordsOf("robot30.local"),
                 ElementsAre("+ _robax._tcp:9559", "+ _robax._tcp:9559"));
 }
 
@@ -432,12 +441,12 @@ TEST_F(DiscoveryLab, startingWithoutADaemonSaysSoAndMayBeTriedAgain) {
     lab::control({"avahi", "stop"});
     const std::size_t descriptors = countDescriptors();
     EXPECT_THAT(exceptionOfStart(), HasSubstr("the Avahi daemon is not running"));
-    EXPECT_EQ(countDescriptors(), descriptors);
+    EXPECT_TRUE(eventually([&] { return countDescriptors() <= descriptors; }));
     lab::control({"avahi", "start"});
     EXPECT_EQ(exceptionOfStart(), "");
-    const lab::Host host("robot15");
+    const lab::Host host("robot31");
     const auto announcement = host.announce(a_robot, 9559);
-    EXPECT_TRUE(fRecorder.waitForHost("robot15.local", "_robax._tcp:9559"));
+    EXPECT_TRUE(fRecorder.waitForHost("robot31.local", "_robax._tcp:9559"));
 }
 
 TEST_F(DiscoveryLab, stoppingEmptiesTheMapAndFiresNothing) {
@@ -457,10 +466,10 @@ TEST_F(DiscoveryLab, startingTwiceAndStoppingTwiceDoNothingMore) {
     BonjourDiscovery::startListening();
     const std::size_t threads = countThreads();
     BonjourDiscovery::startListening();
-    EXPECT_EQ(countThreads(), threads);
+    EXPECT_TRUE(eventually([&] { return countThreads() <= threads; }));
     BonjourDiscovery::stopListening();
     BonjourDiscovery::stopListening();
-    EXPECT_EQ(countThreads(), threads - 1);
+    EXPECT_TRUE(eventually([&] { return countThreads() < threads; }));
 }
 
 TEST_F(DiscoveryLab, startAndStopLeaveNoDescriptorAndNoThread) {
@@ -478,8 +487,8 @@ TEST_F(DiscoveryLab, startAndStopLeaveNoDescriptorAndNoThread) {
         }
         BonjourDiscovery::stopListening();
     }
-    EXPECT_EQ(countDescriptors(), descriptors);
-    EXPECT_EQ(countThreads(), threads);
+    EXPECT_TRUE(eventually([&] { return countDescriptors() <= descriptors; }));
+    EXPECT_TRUE(eventually([&] { return countThreads() <= threads; }));
 }
 
 TEST_F(DiscoveryLab, noHandlerRunsAfterStoppingWhileAnnouncementsPourIn) {

@@ -1,6 +1,7 @@
 #include "discovery_recorder.h"
 
 #include <algorithm>
+#include <chrono>
 #include <iterator>
 
 using KV::BonjourDiscovery;
@@ -23,6 +24,11 @@ MapView viewMap() {
         view[key] = {profile, profile->fHostName, describeServices(*profile), profile->fIP};
     }
     return view;
+}
+
+std::size_t mapSize() {
+    const KVCriticalSectionRead lock(BonjourDiscovery::fRobaxsMapMutex);
+    return BonjourDiscovery::getMap().size();
 }
 
 boost::signals2::scoped_connection connectToAdd(
@@ -53,9 +59,8 @@ std::vector<std::string> DiscoveryRecorder::wordsOf(const std::string& hostName)
     return words;
 }
 
-bool DiscoveryRecorder::waitForMap(const std::function<bool(const MapView&)>& wanted,
-                                   std::chrono::milliseconds bound) const {
-    const auto deadline = std::chrono::steady_clock::now() + bound;
+bool DiscoveryRecorder::waitForMap(const std::function<bool(const MapView&)>& wanted) const {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     std::unique_lock<std::mutex> lock(fMutex);
     for (;;) {
         const std::size_t seen = fEvents.size();

@@ -5,8 +5,8 @@
 
 #include <boost/signals2/connection.hpp>
 
-#include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -27,6 +27,9 @@ std::string describeServices(const KV::BonjourProfile& profile);
 
 /** Copies the discovery map under its lock. */
 MapView viewMap();
+
+/** Returns the number of hosts in the discovery map. */
+std::size_t mapSize();
 
 /** Connects a handler to the signal of added profiles while the connection exists. */
 boost::signals2::scoped_connection connectToAdd(
@@ -50,10 +53,9 @@ class DiscoveryRecorder {
 
     /**
      * Waits until the map is as wanted; it is checked after each signal. Returns false if it is not
-     * in time.
+     * in 60 s: a service whose announcement is lost is found by a query up to half a minute later.
      */
-    bool waitForMap(const std::function<bool(const MapView&)>& wanted,
-                    std::chrono::milliseconds bound = std::chrono::seconds(20)) const;
+    bool waitForMap(const std::function<bool(const MapView&)>& wanted) const;
     /** Waits until the host is in the map with these services. */
     bool waitForHost(const std::string& hostName, const std::string& services) const;
     bool waitForNoHost(const std::string& hostName) const;

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <sstream>
 #include <stdexcept>
@@ -66,6 +67,13 @@ std::size_t countBrowsed(const std::string& type, const std::string& interface) 
         count += line.rfind("+;" + interface + ";", 0) == 0 ? 1 : 0;
     }
     return count;
+}
+
+bool areBrowsed(const std::string& type, const std::vector<std::string>& instances) {
+    const std::string found = run({"avahi-browse", "-tp", type}).fOutput;
+    return std::all_of(instances.begin(), instances.end(), [&found](const std::string& instance) {
+        return found.find(";" + instance + ";") != std::string::npos;
+    });
 }
 
 std::string addressOf(const std::string& hostName) {

@@ -66,6 +66,9 @@ class Host {
  */
 std::size_t countBrowsed(const std::string& type, const std::string& interface);
 
+/** Returns true if avahi-browse sees services of the type with all these names. */
+bool areBrowsed(const std::string& type, const std::vector<std::string>& instances);
+
 /** Returns the IPv4 address that the system resolves for a host name; "" if there is none. */
 std::string addressOf(const std::string& hostName);
 

@@ -6,10 +6,10 @@
 
 namespace obvista_test {
 
-/** Polls for a condition that nothing signals. Returns false if it is not true in 30 s. */
+/** Polls for a condition that nothing signals. Returns false if it is not true in time. */
 template <class Condition>
-bool eventually(Condition condition) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+bool eventually(Condition condition, std::chrono::seconds limit = std::chrono::seconds(30)) {
+    const auto deadline = std::chrono::steady_clock::now() + limit;
     while (!condition()) {
         if (std::chrono::steady_clock::now() > deadline) {
             return false;
