@@ -126,7 +126,7 @@ class ActionsTest : public QObject {
         BrowseRobotsDialog dialog(nullptr, QString(), QString());
         QCOMPARE(dialog.minimumSize(), QSize(750, 480));
         dialog.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+        QVERIFY(obvista_test::waitForExposed(&dialog));
         const auto* list = dialog.findChild<QTreeWidget*>();
         QVERIFY(!list->horizontalScrollBar()->isVisible());
         const QAbstractItemView* const view = list;

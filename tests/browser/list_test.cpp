@@ -153,7 +153,7 @@ class ListTest : public QObject {
         announced.robot("robot1.local", 9559, "10.0.0.1");
         auto dialog = makeDialog();
         dialog->show();
-        QVERIFY(QTest::qWaitForWindowActive(dialog.get()));
+        QVERIFY(obvista_test::waitForActive(dialog.get()));
         QTest::keyClick(tree(*dialog), Qt::Key_D, Qt::ControlModifier);
         QCOMPARE(QSettings().value(a_favouritesKey).toStringList(), QStringList());
         row(*dialog, 0)->setSelected(true);

@@ -59,7 +59,7 @@ void SizeTest::init() {
     fDialog = std::make_unique<BrowseRobotsDialog>(nullptr, QString(), QString());
     fList = fDialog->findChild<QTreeWidget*>();
     fDialog->show();
-    QVERIFY(QTest::qWaitForWindowExposed(fDialog.get()));
+    QVERIFY(obvista_test::waitForExposed(fDialog.get()));
 }
 
 void SizeTest::cleanup() {

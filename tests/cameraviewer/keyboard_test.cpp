@@ -40,7 +40,7 @@ void KeyboardTest::init() {
     fRobot = std::make_unique<VideoRobot>();
     fRobot->addCamera("head");
     fDriver = std::make_unique<CameraDriver>();
-    QVERIFY(QTest::qWaitForWindowActive(&fDriver->window()));
+    QVERIFY(waitForActive(&fDriver->window()));
     fViewer = fDriver->show(fRobot->port());
     QTRY_COMPARE(fRobot->watchers("head"), 1);
 }

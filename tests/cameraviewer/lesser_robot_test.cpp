@@ -53,7 +53,7 @@ void LesserRobotTest::init() {
     fRobot = std::make_unique<LesserRobotProcess>();
     fDriver = std::make_unique<CameraDriver>();
     fViewer = fDriver->show(fRobot->port());
-    QVERIFY(QTest::qWaitForWindowActive(&fDriver->window()));
+    QVERIFY(waitForActive(&fDriver->window()));
     QTRY_VERIFY(nameFieldOf(fViewer)->isVisible());
 }
 

@@ -103,7 +103,7 @@ void PictureViewTest::init() {
     fView = std::make_unique<PictureView>(nullptr);
     fView->resize(200, 160);
     fView->show();
-    QVERIFY(QTest::qWaitForWindowExposed(fView.get()));
+    QVERIFY(waitForExposed(fView.get()));
     fView->activateWindow();
 }
 

@@ -75,7 +75,7 @@ void WindowTest::init() {
     QSettings().setValue(QStringLiteral("CameraViewer/folder"), fFolder->path());
     fRobot = std::make_unique<RobotProcess>(a_stampingRobot);
     fDriver = std::make_unique<CameraDriver>();
-    QVERIFY(QTest::qWaitForWindowActive(&fDriver->window()));
+    QVERIFY(waitForActive(&fDriver->window()));
     fViewer = fDriver->show(fRobot->port());
     QTRY_VERIFY(shownStamp(fViewer).has_value());
 }
@@ -89,7 +89,7 @@ void WindowTest::cleanup() {
 /** Waits for a picture with a higher number and returns its stamp. */
 std::optional<FrameStamp> WindowTest::xStampAfter(QWidget* viewer, std::uint32_t number) {
     std::optional<FrameStamp> stamp;
-    const bool isShown = QTest::qWaitFor([&] {
+    const bool isShown = waitFor([&] {
         stamp = shownStamp(viewer);
         return stamp && stamp->fNumber > number;
     });

@@ -40,7 +40,7 @@ namespace resolver = obvista_test::resolver;
 namespace {
 
 // For discovery, lookup and download on a machine that is busy with other tests.
-constexpr int a_patience = 20000;
+constexpr int a_patience = 60000;
 
 const std::string a_robot = BonjourDiscovery::fRobaxServiceType;
 const std::string a_middleware = BonjourDiscovery::fRobaxiServiceType;

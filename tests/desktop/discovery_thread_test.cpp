@@ -72,7 +72,8 @@ class Listener {
     bool start() {
         const int before = fExceptions.size();
         fThread->start();
-        return QTest::qWaitFor([&] { return fExceptions.size() > before; }) && fThread->wait(5000);
+        return obvista_test::waitFor([&] { return fExceptions.size() > before; }) &&
+               fThread->wait(5000);
     }
 
     /** Processes all events queued on this thread. */

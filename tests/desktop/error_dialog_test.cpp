@@ -168,7 +168,7 @@ class ErrorDialogTest : public QObject {
     // On X11 the window manager closes it, as a click on the title bar's cross does.
     static void closeByWindowManager(QMessageBox& box) {
         if (QGuiApplication::platformName() == QLatin1String("xcb")) {
-            QVERIFY(QTest::qWaitForWindowActive(&box));
+            QVERIFY(obvista_test::waitForActive(&box));
             QProcess::startDetached(QStringLiteral("xdotool"),
                                     {QStringLiteral("key"), QStringLiteral("alt+F4")});
         } else {

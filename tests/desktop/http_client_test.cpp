@@ -37,7 +37,7 @@ struct Client {
     /** Returns true if the request ended in time, and only once. */
     bool ends(int request, bool error) {
         const QList<QVariant> expected{request, error};
-        return QTest::qWaitFor([&] { return fFinished.contains(expected); }) &&
+        return obvista_test::waitFor([&] { return fFinished.contains(expected); }) &&
                !fFinished.contains({request, !error}) && fFinished.count(expected) == 1;
     }
 
@@ -520,7 +520,7 @@ void HttpClientTest::leavesNoDescriptorsOpen() {
         QVERIFY(served.succeeds(served.get()));
         QVERIFY(late.fails(late.get()));
         aborted.get();
-        QVERIFY(QTest::qWaitFor([&] { return silent.openConnections() > 0; }));
+        QVERIFY(obvista_test::waitFor([&] { return silent.openConnections() > 0; }));
         aborted.fHttp->abort();
     };
     useClients();  // opens resources that are kept

@@ -40,7 +40,7 @@ struct Download {
 
     /** Returns true if it ended in time and emitted one signal. */
     bool ends(bool succeeded) {
-        return QTest::qWaitFor([this] { return !fFinished.isEmpty(); }) &&
+        return obvista_test::waitFor([this] { return !fFinished.isEmpty(); }) &&
                fFinished == QList<QList<QVariant>>{{succeeded}};
     }
 

@@ -22,7 +22,7 @@ class ClosableDockTest : public QObject {
         fWindow->addDockWidget(Qt::TopDockWidgetArea, fDock);
         fWindow->resize(400, 300);
         fWindow->show();
-        QVERIFY(QTest::qWaitForWindowActive(fWindow.get()));
+        QVERIFY(obvista_test::waitForActive(fWindow.get()));
     }
 
     void cleanup() { fWindow.reset(); }

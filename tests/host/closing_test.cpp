@@ -52,7 +52,7 @@ class ClosingTest : public QObject {
                                         {QStringLiteral("192.0.2.1"), 9559},
                                         {QStringLiteral("192.0.2.1"), 9559}};
         fWindow->show();
-        QVERIFY(QTest::qWaitForWindowActive(fWindow.get()));
+        QVERIFY(obvista_test::waitForActive(fWindow.get()));
     }
 
     void cleanup() {

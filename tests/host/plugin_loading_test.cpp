@@ -117,7 +117,7 @@ class PluginLoadingTest : public QObject {
         QVERIFY(help[0]->shortcut().isEmpty());
 
         window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QVERIFY(obvista_test::waitForExposed(&window));
         QVERIFY(window.launcher().isVisible());
         QCOMPARE(window.launcher().size(), Installation::a_pictureSize);
     }
@@ -136,7 +136,7 @@ class PluginLoadingTest : public QObject {
         fInstallation->addPlugin(a_viewer, QStringLiteral("libmemoryviewer.so"));
         HostWindow window(*fInstallation);
         window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QVERIFY(obvista_test::waitForExposed(&window));
         const QSignalSpy launcherHidden(&window, &MainWindow::backgroundInvisible);
 
         if (fromMenu) {
@@ -552,7 +552,7 @@ class PluginLoadingTest : public QObject {
     static void stillLoads(HostWindow& window) {
         QVERIFY(!window.loadPlugin(QStringLiteral("nosuchplugin"), {}, 0, 0));
         window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QVERIFY(obvista_test::waitForExposed(&window));
     }
 
     std::unique_ptr<Installation> fInstallation;

@@ -182,7 +182,7 @@ void AgreementTest::xShow(double rate, int followRate) {
 QWidget* AgreementTest::xShowDock(int followRate) {
     QWidget* viewer = fDriver->createWidget(fRobot->port());
     fDriver->dock(viewer);
-    [this] { QVERIFY(QTest::qWaitForWindowExposed(&fDriver->window())); }();
+    [this] { QVERIFY(waitForExposed(&fDriver->window())); }();
     auto* follow = viewer->findChild<QComboBox*>(QStringLiteral("memoryRate"));
     follow->setCurrentIndex(follow->findData(followRate));
     typeFilter(viewer, QStringLiteral("Unit000/Drive0"));

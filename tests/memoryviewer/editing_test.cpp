@@ -67,7 +67,7 @@ void EditingTest::cleanup() {
 }
 
 QLineEdit* EditingTest::xOpenField(const char* key) {
-    if (!QTest::qWaitFor([&] { return !fWindow->value(key).isEmpty(); })) {
+    if (!waitFor([&] { return !fWindow->value(key).isEmpty(); })) {
         return nullptr;
     }
     fWindow->choose(key);

@@ -118,7 +118,7 @@ void HostileTest::init() {
     fDriver = std::make_unique<ViewerDriver>();
     fViewer = fDriver->createWidget(fRobot->port());
     fDriver->dock(fViewer);
-    QVERIFY(QTest::qWaitForWindowActive(&fDriver->window()));
+    QVERIFY(waitForActive(&fDriver->window()));
     QTRY_VERIFY(indexOf(fViewer, "Hostile/Text").isValid());
     typeFilter(fViewer, QStringLiteral("Hostile/"));
     QTRY_COMPARE(treeOf(fViewer)->model()->rowCount(), 1);

@@ -34,7 +34,7 @@ void LesserRobotTest::init() {
     fRobot = std::make_unique<LesserRobotProcess>();
     fDriver = std::make_unique<ViewerDriver>();
     fViewer = fDriver->dock(fDriver->createWidget(fRobot->port()))->widget();
-    QVERIFY(QTest::qWaitForWindowActive(&fDriver->window()));
+    QVERIFY(waitForActive(&fDriver->window()));
     QTRY_VERIFY(indexOf(fViewer, "Joint/1").isValid());
 }
 

@@ -141,7 +141,7 @@ void LooksTest::xOpen() {
     QApplication::setFont(font);
     fDriver = std::make_unique<ViewerDriver>();
     fViewer = fDriver->dock(fDriver->createWidget(fRobot->port()))->widget();
-    QVERIFY(QTest::qWaitForWindowActive(&fDriver->window()));
+    QVERIFY(waitForActive(&fDriver->window()));
     QTRY_VERIFY(indexOf(fViewer, "Robot/Mode").isValid());
     if (hasLooks) {
         QFETCH(bool, isDark);

@@ -100,9 +100,9 @@ void PlottingTest::xPlot(const char* key) {
 double PlottingTest::xPlotForAWhile(const char* key) {
     xPlot(key);
     const auto newest = [this] { return timesOf(fWindow->plots().first()).second; };
-    const bool hasBegun = QTest::qWaitFor([&] { return newest() > 1e15; });
+    const bool hasBegun = waitFor([&] { return newest() > 1e15; });
     const double begin = newest();
-    const bool hasPoints = QTest::qWaitFor([&] { return newest() > begin + 2e6; });
+    const bool hasPoints = waitFor([&] { return newest() > begin + 2e6; });
     return hasBegun && hasPoints ? begin : 0;
 }
 

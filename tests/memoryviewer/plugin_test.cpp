@@ -161,7 +161,7 @@ void PluginTest::keepsItsConnectionWhenHidden() {
     int value = 100;
     const auto isLive = [&] {
         fRobot->set("Uptime", ++value);
-        return QTest::qWaitFor([&] { return valueOf(widget, "Uptime") == QString::number(value); });
+        return waitFor([&] { return valueOf(widget, "Uptime") == QString::number(value); });
     };
     QVERIFY(isLive());
     dock->hide();

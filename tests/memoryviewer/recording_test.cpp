@@ -320,7 +320,7 @@ void RecordingTest::endsWithAWholeFileWhenTheDiskIsFull() {
     QCOMPARE(rowsOf(fFile).size(), xValuesSaid());
     QVERIFY(QFileInfo(fFile).size() > bytes - 1000);
     // The viewer continues to run.
-    QVERIFY(QTest::qWaitFor([this, before = fWindow->value("Battery/Voltage")] {
+    QVERIFY(waitFor([this, before = fWindow->value("Battery/Voltage")] {
         return fWindow->value("Battery/Voltage") != before;
     }));
 }

@@ -227,7 +227,7 @@ QList<QByteArray> ReplayTest::xSavedPoints() {
     button->click();
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("points.csv"));
-    if (!fWindow->answerFileQuestion(path) || !QTest::qWaitFor([this] {
+    if (!fWindow->answerFileQuestion(path) || !waitFor([this] {
             return labelText(fWindow->viewer(), "plotNotice")
                 .endsWith(QLatin1String("/points.csv."));
         })) {

@@ -8,7 +8,7 @@
 #include <QMenu>
 #include <QSplitter>
 #include <QTreeWidget>
-#include <QtTest>
+#include <qt_patience.h>
 #include <qwt_plot.h>
 
 namespace obvista_test {
@@ -37,8 +37,8 @@ bool RobotWindow::open() {
     fDriver = std::make_unique<ViewerDriver>();
     fDock = fDriver->dock(fDriver->createWidget(fRobot->port()));
     fDriver->window().resize(1000, 900);
-    return QTest::qWaitForWindowActive(&fDriver->window()) &&
-           QTest::qWaitFor([this] { return tree()->model()->rowCount() > 0; });
+    return waitForActive(&fDriver->window()) &&
+           waitFor([this] { return tree()->model()->rowCount() > 0; });
 }
 
 void RobotWindow::restartRobot() {
@@ -67,7 +67,7 @@ void RobotWindow::setRate(int perSecond) const {
 
 bool RobotWindow::answerFileQuestion(const QString& fileName) const {
     const auto question = [this] { return find<QFileDialog>("fileQuestion"); };
-    if (!QTest::qWaitFor([&] { return question() != nullptr && question()->isVisible(); })) {
+    if (!waitFor([&] { return question() != nullptr && question()->isVisible(); })) {
         return false;
     }
     const QString robot = find<QLabel>("robotName")->text();
@@ -76,14 +76,14 @@ bool RobotWindow::answerFileQuestion(const QString& fileName) const {
     auto* name = question()->findChild<QLineEdit*>();
     name->setText(fileName);
     QTest::keyClick(name, Qt::Key_Return);
-    const bool isAnswered = QTest::qWaitFor([&] { return question() == nullptr; });
+    const bool isAnswered = waitFor([&] { return question() == nullptr; });
     fDriver->window().activateWindow();
-    return isNamed && isAnswered && QTest::qWaitForWindowActive(&fDriver->window());
+    return isNamed && isAnswered && waitForActive(&fDriver->window());
 }
 
 void RobotWindow::chooseFromMenu(const QString& text) const {
     const auto menu = [] { return qobject_cast<QMenu*>(QApplication::activePopupWidget()); };
-    QVERIFY(QTest::qWaitFor([&] { return menu() != nullptr; }));
+    QVERIFY(waitFor([&] { return menu() != nullptr; }));
     for (QAction* action : menu()->actions()) {
         if (action->text().remove(QLatin1Char('&')) == text) {
             QTest::mouseClick(menu(), Qt::LeftButton, Qt::NoModifier,

@@ -4,7 +4,7 @@
 #include <QItemSelectionModel>
 #include <QLineEdit>
 #include <QTreeView>
-#include <QtTest>
+#include <qt_patience.h>
 
 namespace obvista_test {
 

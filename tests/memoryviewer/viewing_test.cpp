@@ -87,7 +87,7 @@ void ViewingTest::xOpen() {
     fDriver = std::make_unique<ViewerDriver>();
     fDock = fDriver->dock(fDriver->createWidget(fRobot->port()));
     fViewer = fDock->widget();
-    QVERIFY(QTest::qWaitForWindowActive(&fDriver->window()));
+    QVERIFY(waitForActive(&fDriver->window()));
     QTRY_VERIFY(xTree()->model()->rowCount() > 0);
 }
 

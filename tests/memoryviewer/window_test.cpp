@@ -44,7 +44,7 @@ void WindowTest::init() {
     fRobot->set("Uptime", 0);
     fViewer = std::make_unique<ViewerDriver>();
     fDock = fViewer->dock(fViewer->createWidget(fRobot->port()));
-    QVERIFY(QTest::qWaitForWindowActive(&fViewer->window()));
+    QVERIFY(waitForActive(&fViewer->window()));
     QTRY_VERIFY(indexOf(fDock->widget(), "Uptime").isValid());
 }
 
@@ -55,7 +55,7 @@ void WindowTest::cleanup() {
 
 bool WindowTest::xStaysLive() {
     fRobot->set("Uptime", ++fValue);
-    return QTest::qWaitFor(
+    return waitFor(
         [this] { return valueOf(fDock->widget(), "Uptime") == QString::number(fValue); });
 }
 
@@ -66,7 +66,7 @@ void WindowTest::keepsItsConnectionInAMinimisedWindow() {
     fViewer->letTimePass();
     QCOMPARE(connectionsTo(fRobot->port()), 1);
     fViewer->window().showNormal();
-    QVERIFY(QTest::qWaitForWindowExposed(&fViewer->window()));
+    QVERIFY(waitForExposed(&fViewer->window()));
     QVERIFY(xStaysLive());
 }
 
@@ -84,7 +84,7 @@ void WindowTest::endsItsConnectionByTheDocksCloseButton() {
 
 void WindowTest::endsItsConnectionWhenItsFloatingDockIsClosed() {
     fDock->setFloating(true);
-    QVERIFY(QTest::qWaitForWindowExposed(fDock));
+    QVERIFY(waitForExposed(fDock));
     QVERIFY(xStaysLive());
     fDock->windowHandle()->close();
     QTRY_COMPARE(connectionsTo(fRobot->port()), 0);

@@ -1,6 +1,8 @@
 #ifndef OBVISTA_TESTS_SUPPORT_QT_TEST_MAIN_H
 #define OBVISTA_TESTS_SUPPORT_QT_TEST_MAIN_H
 
+#include "qt_patience.h"
+
 #include <QApplication>
 #include <QObject>
 

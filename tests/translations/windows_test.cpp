@@ -112,7 +112,7 @@ void WindowsTest::cleanup() {
 QWidget* WindowsTest::xShow(PluginDriver& driver) const {
     driver.window().resize(1200, 900);
     QWidget* viewer = driver.dock(driver.createWidget(fRobot->port()))->widget();
-    return QTest::qWaitForWindowExposed(&driver.window()) ? viewer : nullptr;
+    return waitForExposed(&driver.window()) ? viewer : nullptr;
 }
 
 QString WindowsTest::xTranslated(const char* context, const char* text) {
@@ -122,7 +122,7 @@ QString WindowsTest::xTranslated(const char* context, const char* text) {
 
 QString WindowsTest::xDefects(const QWidget& window) {
     QStringList defects;
-    const bool isWhole = QTest::qWaitFor([&] {
+    const bool isWhole = waitFor([&] {
         defects = cutTexts(window) + faintTexts(window);
         return defects.isEmpty();
     });
@@ -165,7 +165,7 @@ void WindowsTest::robotBrowser() {
     announced.robotWithoutMiddleware("sleeper.local", "192.0.2.8");
     KD::BrowseRobotsDialog dialog(nullptr, QString(), QString());
     dialog.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+    QVERIFY(waitForExposed(&dialog));
     QCOMPARE(dialog.windowTitle(), xTranslated("KD::BrowseRobotsDialog", "Browse robots"));
     QCOMPARE(xDefects(dialog), QString());
 }

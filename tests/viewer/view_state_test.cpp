@@ -109,7 +109,7 @@ void ViewStateTest::returnsInADockOpenedAfterTheRobotWasLost() {
     PluginDriver driver(pluginName());
     QWidget* viewer = driver.createWidget(fRobot->port());
     removeLost(driver, viewer, driver.dock(viewer));
-    QVERIFY(QTest::qWaitForWindowActive(&driver.window()));
+    QVERIFY(waitForActive(&driver.window()));
     QTRY_VERIFY(isLive(viewer));
     QVERIFY(!isViewChanged(viewer));
     const QString window = QString::number(driver.window().winId());

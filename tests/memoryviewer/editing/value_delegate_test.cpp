@@ -83,7 +83,7 @@ void ValueDelegateTest::init() {
     fDelegate = new ValueDelegate(&fValues, fView.get());
     fView->setItemDelegate(fDelegate);
     fView->show();
-    QVERIFY(QTest::qWaitForWindowActive(fView.get()));
+    QVERIFY(obvista_test::waitForActive(fView.get()));
 }
 
 QLineEdit* ValueDelegateTest::xOpen(int row) {

@@ -141,7 +141,7 @@ void PanelTest::init() {
     fPanel = std::make_unique<PlotPanel>();
     fPanel->resize(900, 500);
     fPanel->show();
-    QVERIFY(QTest::qWaitForWindowActive(fPanel.get()));
+    QVERIFY(obvista_test::waitForActive(fPanel.get()));
 }
 
 void PanelTest::cleanup() {
@@ -180,7 +180,7 @@ void PanelTest::xPause() {
 }
 
 bool PanelTest::xIsDrawn() {
-    return QTest::qWaitFor([this] {
+    return obvista_test::waitFor([this] {
         const QwtScaleMap shown = xView()->canvasMap(QwtPlot::xBottom);
         return shown.s1() == xTime().left() && shown.s2() == xTime().right();
     });
@@ -727,8 +727,9 @@ void PanelTest::savesPoints() {
     const auto saved = [&](bool onlyShown) {
         QFile file(folder.filePath(QStringLiteral("points.csv")));
         fPanel->savePoints(file.fileName(), onlyShown);
-        return QTest::qWaitFor([this] { return xNotice().contains(QStringLiteral("saved in")); }) &&
-                       file.open(QIODevice::ReadOnly)
+        return obvista_test::waitFor([this] {
+                   return xNotice().contains(QStringLiteral("saved in"));
+               }) && file.open(QIODevice::ReadOnly)
                    ? file.readAll()
                    : QByteArray();
     };

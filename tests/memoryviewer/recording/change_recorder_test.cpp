@@ -117,7 +117,7 @@ void RecorderTest::init() {
 QString RecorderTest::xEndOf(ChangeRecorder& recorder) {
     QString result = QStringLiteral("it did not end");
     QSignalSpy finished(&recorder, &ChangeRecorder::finished);
-    const bool isOver = QTest::qWaitFor([&recorder] { return !recorder.isRecording(); });
+    const bool isOver = obvista_test::waitFor([&recorder] { return !recorder.isRecording(); });
     if (isOver && finished.size() == 1) {
         result = finished.first().first().toString();
     }
@@ -356,7 +356,7 @@ void RecorderTest::startsAndStopsByTheBar() {
     ChangeRecorder recorder;
     RecordingBar bar(&recorder);
     bar.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&bar));
+    QVERIFY(obvista_test::waitForExposed(&bar));
     auto* button = bar.findChild<QToolButton*>(QStringLiteral("recordingButton"));
     auto* text = bar.findChild<QLabel*>(QStringLiteral("recordingStatus"));
     QCOMPARE(text->text(), QStringLiteral("Not recording."));
@@ -384,13 +384,13 @@ void RecorderTest::asksForAFileByKeyboard() {
     RecordingBar bar(&recorder);
     bar.setRobotName(QStringLiteral("-./=evil\nrobot"));
     bar.show();
-    QVERIFY(QTest::qWaitForWindowActive(&bar));
+    QVERIFY(obvista_test::waitForActive(&bar));
     auto* button = bar.findChild<QToolButton*>(QStringLiteral("recordingButton"));
     button->setFocus();
     QTest::keyClick(button, Qt::Key_Space);
     auto* dialog = bar.findChild<QFileDialog*>(QStringLiteral("fileQuestion"));
     QVERIFY(dialog != nullptr);
-    QVERIFY(QTest::qWaitForWindowActive(dialog));
+    QVERIFY(obvista_test::waitForActive(dialog));
     auto* name = dialog->findChild<QLineEdit*>();
     QVERIFY2(name->text().startsWith(QStringLiteral("_.__evil_robot-")), qPrintable(name->text()));
     // Another format.

@@ -144,8 +144,8 @@ void SessionTest::waitsForTheMemoryOfARobotThatReturned() {
     fLink->startReconnecting();
     fSession->interrupt();
     fRobot = std::make_unique<MemoryRobot>("TestRobot", MemoryRobot::Memory::Missing, port);
-    QVERIFY(
-        QTest::qWaitFor([this] { return fLink->reconnect() == MemoryLink::Return::SameRobot; }));
+    QVERIFY(obvista_test::waitFor(
+        [this] { return fLink->reconnect() == MemoryLink::Return::SameRobot; }));
     fSession->resume();
     QSignalSpy seconds(fSession.get(), &MemorySession::secondPassed);
     constexpr int longerThanAStart = 7;

@@ -56,7 +56,7 @@ void KeyViewTest::paintsTheChangedColumnsOnly() {
     keys.add(infos);
     view.resize(800, 600);
     view.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&view));
+    QVERIFY(obvista_test::waitForExposed(&view));
     const auto change = [&keys](int value) {
         std::vector<MergedChange> changes;
         for (std::uint32_t id = 3; id < 9; ++id) {
