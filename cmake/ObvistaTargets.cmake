@@ -111,14 +111,14 @@ endfunction()
 
 #   obvista_add_test(NAME folder.topic [MOC] SOURCES ... [LIBRARIES ...]
 #       FRAMEWORK qtest|gtest LABEL unit|integration|lab [DISPLAY offscreen|xvfb] [TIMEOUT seconds]
-#       [RESOURCE_LOCK name] [ENVIRONMENT K=V ...] [ARGUMENTS ...] [WRAPPER command ...])
+#       [COST seconds] [ENVIRONMENT K=V ...] [ARGUMENTS ...] [WRAPPER command ...])
 #
 # Declares one test program. It runs with separate HOME, XDG_* and TMPDIR folders, which are created before it
 # and removed after it (tests/support/run_isolated). With DISPLAY xvfb it also gets a separate X server and
 # window manager. WRAPPER is a command that runs the program inside the isolation. Exit status 77 counts as
 # skipped.
 function(obvista_add_test)
-    cmake_parse_arguments(PARSE_ARGV 0 arg "MOC" "NAME;FRAMEWORK;LABEL;DISPLAY;TIMEOUT;RESOURCE_LOCK"
+    cmake_parse_arguments(PARSE_ARGV 0 arg "MOC" "NAME;FRAMEWORK;LABEL;DISPLAY;TIMEOUT;COST"
         "SOURCES;LIBRARIES;ENVIRONMENT;ARGUMENTS;WRAPPER")
     if(arg_UNPARSED_ARGUMENTS OR NOT arg_NAME OR NOT arg_LABEL MATCHES "^(unit|integration|lab)$"
             OR NOT arg_FRAMEWORK MATCHES "^(qtest|gtest)$")
@@ -135,11 +135,31 @@ function(obvista_add_test)
     endif()
     target_link_libraries(${target} PRIVATE ${arg_LIBRARIES} obvista_compile_options)
     obvista_register_test(NAME ${arg_NAME} LABEL ${arg_LABEL} DISPLAY "${arg_DISPLAY}"
-        TIMEOUT "${arg_TIMEOUT}" RESOURCE_LOCK "${arg_RESOURCE_LOCK}" ENVIRONMENT ${arg_ENVIRONMENT}
+        TIMEOUT "${arg_TIMEOUT}" COST "${arg_COST}" ENVIRONMENT ${arg_ENVIRONMENT}
         COMMAND ${arg_WRAPPER} $<TARGET_FILE:${target}> ${arg_ARGUMENTS})
 endfunction()
 
-#   obvista_register_test(NAME ... LABEL ... COMMAND ... [DISPLAY ...] [TIMEOUT ...] [RESOURCE_LOCK ...]
+# obvista_choose_lab(VARIABLE COST)
+#
+# Sets VARIABLE to the number of the lab whose tests take the least time so far, and adds COST seconds to it.
+function(obvista_choose_lab variable cost)
+    unset(least)
+    foreach(lab 0 1 2)
+        get_property(seconds GLOBAL PROPERTY obvista_lab_${lab})
+        if(NOT seconds)
+            set(seconds 0)
+        endif()
+        if(NOT DEFINED least OR seconds LESS least)
+            set(least ${seconds})
+            set(chosen ${lab})
+        endif()
+    endforeach()
+    math(EXPR least "${least} + ${cost}")
+    set_property(GLOBAL PROPERTY obvista_lab_${chosen} ${least})
+    set(${variable} ${chosen} PARENT_SCOPE)
+endfunction()
+
+#   obvista_register_test(NAME ... LABEL ... COMMAND ... [DISPLAY ...] [TIMEOUT ...] [COST ...]
 #       [ENVIRONMENT ...] [UNSANITIZED])
 #
 # Registers any command (a script, say) as a test under the same isolation as obvista_add_test. UNSANITIZED
@@ -148,9 +168,10 @@ endfunction()
 #
 # The test presets run 11 units at a time. A test takes 4 of them, since it may keep a processor busy, and a
 # test in a lab one, since it waits for multicast DNS nearly all of its time: on two cores two tests and three
-# labs run at once. Lab tests take longest, so they start first.
+# labs run at once. Lab tests take longest, so they start first. COST is the duration of a test of more than 20 s:
+# within both kinds such tests start first, and they are spread over the labs.
 function(obvista_register_test)
-    cmake_parse_arguments(PARSE_ARGV 0 arg "UNSANITIZED" "NAME;LABEL;DISPLAY;TIMEOUT;RESOURCE_LOCK"
+    cmake_parse_arguments(PARSE_ARGV 0 arg "UNSANITIZED" "NAME;LABEL;DISPLAY;TIMEOUT;COST"
         "COMMAND;ENVIRONMENT")
     if(arg_UNPARSED_ARGUMENTS)
         message(FATAL_ERROR "obvista_register_test(${arg_NAME}): unknown ${arg_UNPARSED_ARGUMENTS}")
@@ -174,15 +195,16 @@ function(obvista_register_test)
         SKIP_RETURN_CODE 77
         ENVIRONMENT "OBVISTA_BUILD_DIR=${CMAKE_BINARY_DIR};OBVISTA_SOURCE_DIR=${PROJECT_SOURCE_DIR};OBVISTA_SANITIZE=${OBVISTA_SANITIZE};${arg_ENVIRONMENT}")
     if(arg_LABEL STREQUAL "lab")
-        get_property(labs GLOBAL PROPERTY obvista_labs)
-        math(EXPR lane "(0${labs} + 1) % 3")
-        set_property(GLOBAL PROPERTY obvista_labs "${lane}")
-        list(APPEND arg_RESOURCE_LOCK "lab_${lane}")
-        set_tests_properties(${arg_NAME} PROPERTIES PROCESSORS 1 COST 1000)
+        if(NOT arg_COST)
+            set(arg_COST 10)
+        endif()
+        obvista_choose_lab(lab ${arg_COST})
+        math(EXPR arg_COST "${arg_COST} + 1000")
+        set_tests_properties(${arg_NAME} PROPERTIES PROCESSORS 1 RESOURCE_LOCK lab_${lab})
     else()
         set_tests_properties(${arg_NAME} PROPERTIES PROCESSORS 4)
     endif()
-    if(arg_RESOURCE_LOCK)
-        set_tests_properties(${arg_NAME} PROPERTIES RESOURCE_LOCK "${arg_RESOURCE_LOCK}")
+    if(arg_COST)
+        set_tests_properties(${arg_NAME} PROPERTIES COST ${arg_COST})
     endif()
 endfunction()

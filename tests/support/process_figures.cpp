@@ -1,5 +1,6 @@
 #include "process_figures.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -7,6 +8,7 @@
 #include <sstream>
 #include <string>
 #include <unistd.h>
+#include <vector>
 
 namespace obvista_test {
 
@@ -16,9 +18,9 @@ std::size_t countEntries(const std::string& folder) {
     return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
 }
 
-std::set<std::string> ownSockets() {
+std::set<std::string> socketsOf(const std::string& process) {
     std::set<std::string> sockets;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/" + process + "/fd")) {
         std::error_code ignored;
         const std::string target = std::filesystem::read_symlink(entry.path(), ignored).string();
         if (target.rfind("socket:[", 0) == 0) {
@@ -28,27 +30,39 @@ std::set<std::string> ownSockets() {
     return sockets;
 }
 
-std::size_t countListening(const char* table, const std::set<std::string>& own) {
-    std::ifstream file(table);
-    std::string line;
-    std::getline(file, line);
-    std::size_t count = 0;
-    while (std::getline(file, line)) {
-        std::istringstream fields(line);
-        std::string slot, local, remote, state, queues, timer, retransmits, user, timeOut, inode;
-        fields >> slot >> local >> remote >> state >> queues >> timer >> retransmits >> user >>
-            timeOut >> inode;
-        constexpr const char* listening = "0A";
-        count += static_cast<std::size_t>(state == listening && own.count(inode) != 0);
+/** Returns the port of each socket on which a process listens. */
+std::vector<int> listeningPorts(const std::string& process) {
+    const std::set<std::string> own = socketsOf(process);
+    std::vector<int> ports;
+    for (const char* table : {"/net/tcp", "/net/tcp6"}) {
+        std::ifstream file("/proc/" + process + table);
+        std::string line;
+        std::getline(file, line);
+        while (std::getline(file, line)) {
+            std::istringstream fields(line);
+            std::string slot, local, remote, state, queues, timer, retransmits, user, timeOut,
+                inode;
+            fields >> slot >> local >> remote >> state >> queues >> timer >> retransmits >> user >>
+                timeOut >> inode;
+            constexpr const char* listening = "0A";
+            constexpr int hexadecimal = 16;
+            if (state == listening && own.count(inode) != 0) {
+                ports.push_back(std::stoi(local.substr(local.find(':') + 1), nullptr, hexadecimal));
+            }
+        }
     }
-    return count;
+    return ports;
 }
 
 }  // namespace
 
 std::size_t countListeningSockets() {
-    const std::set<std::string> own = ownSockets();
-    return countListening("/proc/self/net/tcp", own) + countListening("/proc/self/net/tcp6", own);
+    return listeningPorts("self").size();
+}
+
+bool listensOn(const std::string& process, int port) {
+    const std::vector<int> ports = listeningPorts(process);
+    return std::find(ports.begin(), ports.end(), port) != ports.end();
 }
 
 std::size_t countDescriptors(const std::string& process) {

@@ -20,6 +20,9 @@ std::size_t countThreads(const std::string& process = "self");
 /** Returns the number of sockets on which this process listens. */
 std::size_t countListeningSockets();
 
+/** Returns true if a process listens on a TCP port. */
+bool listensOn(const std::string& process, int port);
+
 /** Returns the resident memory of a process; 0 if it has ended. */
 std::size_t residentBytes(pid_t process);
 
