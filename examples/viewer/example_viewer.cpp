@@ -3,10 +3,10 @@
 #include <obvista/viewer/plain_text.h>
 #include <obvista/viewer/robot_link.h>
 #include <obvista/viewer/robot_settings.h>
+#include <obvista/viewer/robot_values.h>
 #include <obvista/viewer/value_text.h>
 #include <obvista/viewer/viewer_plugin.h>
 #include <obvista/viewer/viewer_widget.h>
-#include <robaxi/kv_subscription.h>
 
 #include <QHeaderView>
 #include <QLineEdit>
@@ -15,61 +15,32 @@
 
 #include <map>
 #include <memory>
-#include <mutex>
 
 // QT_LOGGING_RULES="obvista.example.info=true" in the environment makes it speak.
 Q_LOGGING_CATEGORY(exampleLog, "obvista.example", QtWarningMsg)
 
-/** The connection to one robot, and the values that it has sent since the last take(). */
+/** The connection to one robot, with its values. */
 class ExampleLink : public obvista::RobotLink {
   public:
     using RobotLink::RobotLink;
     ~ExampleLink() override { close(); }
 
-    /** Asks the robot for its values, at most 5 times a second, or for no more of them. */
+    /** Requests the robot's values, at most 5 times a second, or no more of them. */
     void follow(bool isWanted) {
         fIsFollowing = isWanted;
-        fSubscription.reset();
+        fValues.stop();
         if (isWanted && !isClosed()) {
-            // The middleware calls these on its own threads.
-            KVSubscription::Callbacks callbacks;
-            callbacks.fKeysAdded = [this](const auto& keys) { xAddKeys(keys); };
-            callbacks.fValuesChanged = [this](const auto& changes) { xChange(changes); };
-            const auto all = KVSubscription::Selection::AllKeys;
-            fSubscription = KVSubscription::start(connection(), "KVMemory", all, 5, callbacks);
+            fValues.start(connection(), "KVMemory", 5);
         }
     }
-    std::map<std::string, KVValue> take() {
-        const std::lock_guard<std::mutex> lock(fMutex);
-        return std::exchange(fNews, {});
-    }
+    std::map<std::string, KVValue> take() { return fValues.take(); }
 
   private:
-    void stop() override { fSubscription.reset(); }
-    // The robot was lost and has returned; its keys may have other identifiers.
-    void restart() override {
-        fNames.clear();
-        follow(fIsFollowing);
-    }
-
-    void xAddKeys(const std::vector<KVKeyInfo>& keys) {
-        for (const KVKeyInfo& key : keys) {
-            fNames[key.fId] = key.fName;
-        }
-    }
-    void xChange(const std::vector<KVChange>& changes) {
-        const std::lock_guard<std::mutex> lock(fMutex);
-        for (const KVChange& change : changes) {
-            fNews[fNames[change.fId]] = change.fValue;
-        }
-        notice().give();
-    }
+    void stop() override { fValues.stop(); }
+    void restart() override { follow(fIsFollowing); }  // the robot was lost and has returned
 
     bool fIsFollowing = false;
-    std::map<std::uint32_t, std::string> fNames;
-    std::mutex fMutex;
-    std::map<std::string, KVValue> fNews;
-    std::shared_ptr<KVSubscription> fSubscription;
+    obvista::RobotValues fValues{notice()};
 };
 
 /** Shows the values of those keys whose names contain what the user enters. */

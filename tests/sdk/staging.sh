@@ -33,11 +33,11 @@ expect_files() {
     done
 }
 
-# build_outside FOLDER NAME PREFIX: builds and installs a copy of the project in a folder of the source tree,
-# with the installation in the prefix.
+# build_outside FOLDER NAME PREFIX: builds and installs a copy of the project in a folder, whose path may be
+# relative to the source tree, with the installation in the prefix.
 build_outside() {
     local sources=$TMPDIR/$2 build=$TMPDIR/$2-build said
-    cp -r "$OBVISTA_SOURCE_DIR/$1" "$sources"
+    (cd "$OBVISTA_SOURCE_DIR" && cp -r "$1" "$sources")
     said=$(
         exec 2>&1
         cmake -S "$sources" -B "$build" -G Ninja -DCMAKE_PREFIX_PATH="$3" \

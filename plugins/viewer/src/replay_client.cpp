@@ -4,9 +4,11 @@
 #include <robaxi/kv_error.h>
 #include <robaxi/kv_proxy.h>
 
-#include <algorithm>
+#include <map>
 #include <memory>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace obvista {
 
@@ -19,42 +21,34 @@ constexpr double a_timeOut = 30;  ///< seconds; a seek in a file without indexes
 constexpr std::size_t a_mostCalls = 100;
 
 /** Sets a part of the state. Throws KVError for a value of another type. */
-void set(ReplayState& state, const std::string& name, const KVValue& value) {
-    if (name == "Position") {
-        state.fPosition = value.toInt();
-    } else if (name == "Start") {
-        state.fStart = value.toInt();
-    } else if (name == "End") {
-        state.fEnd = value.toInt();
-    } else if (name == "ClockOffset") {
-        state.fClockOffset = value.toInt();
-    } else if (name == "Playing") {
-        state.fIsPlaying = value.toBool();
-    } else if (name == "Speed") {
-        state.fSpeed = value.toFloat();
-    } else if (name == "Loop") {
-        state.fLoop = value.toBool();
-    } else if (name == "Fault") {
-        state.fFault = value.toString();
-    }
+using Setter = void (*)(ReplayState& state, const KVValue& value);
+
+/** The values of the module. */
+const std::map<std::string, Setter>& setters() {
+    static const std::map<std::string, Setter> all{
+        {"Position", [](auto& state, const auto& value) { state.fPosition = value.toInt(); }},
+        {"Start", [](auto& state, const auto& value) { state.fStart = value.toInt(); }},
+        {"End", [](auto& state, const auto& value) { state.fEnd = value.toInt(); }},
+        {"ClockOffset", [](auto& state, const auto& value) { state.fClockOffset = value.toInt(); }},
+        {"Playing", [](auto& state, const auto& value) { state.fIsPlaying = value.toBool(); }},
+        {"Speed", [](auto& state, const auto& value) { state.fSpeed = value.toFloat(); }},
+        {"Loop", [](auto& state, const auto& value) { state.fLoop = value.toBool(); }},
+        {"Fault", [](auto& state, const auto& value) { state.fFault = value.toString(); }}};
+    return all;
 }
 
 }  // namespace
 
 ReplayClient::ReplayClient(const std::shared_ptr<KVConnection>& connection, Notice& notice)
-    : fProxy(std::make_unique<KVProxy>(a_module, connection, a_timeOut)), fNotice(notice) {
-    KVSubscription::Callbacks callbacks;
-    callbacks.fKeysAdded = [this](const std::vector<KVKeyInfo>& keys) { xTakeKeys(keys); };
-    callbacks.fValuesChanged = [this](const std::vector<KVChange>& changes) {
-        xTakeValues(changes);
-    };
-    // Most robots refuse it, since they have no such module.
-    fSubscription = KVSubscription::start(connection, a_module, KVSubscription::Selection::AllKeys,
-                                          a_rate, std::move(callbacks));
+    : fValues(notice), fProxy(std::make_unique<KVProxy>(a_module, connection, a_timeOut)) {
+    std::vector<std::string> names;
+    for (const auto& [name, set] : setters()) {
+        names.push_back(name);
+    }
+    fValues.start(connection, a_module, names, a_rate);  // most robots have no such module
 }
 
 ReplayClient::~ReplayClient() {
-    fSubscription.reset();
     {
         const std::lock_guard lock(fMutex);
         fIsStopping = true;
@@ -66,8 +60,14 @@ ReplayClient::~ReplayClient() {
     }
 }
 
-ReplayState ReplayClient::state() const {
-    const std::lock_guard lock(fMutex);
+const ReplayState& ReplayClient::state() {
+    for (const auto& [name, value] : fValues.take()) {
+        try {
+            setters().at(name)(fState, value);
+        } catch (const KVError&) {
+            // A robot that breaks the contract keeps the previous value.
+        }
+    }
     return fState;
 }
 
@@ -103,34 +103,6 @@ void ReplayClient::xRun() {
         }
         lock.lock();
     }
-}
-
-void ReplayClient::xTakeKeys(const std::vector<KVKeyInfo>& keys) {
-    constexpr std::size_t mostKeys = 100;
-    const std::lock_guard lock(fMutex);
-    for (const KVKeyInfo& key : keys) {
-        if (fNames.size() < mostKeys) {
-            fNames[key.fId] = key.fName;
-        }
-    }
-}
-
-void ReplayClient::xTakeValues(const std::vector<KVChange>& changes) {
-    {
-        const std::lock_guard lock(fMutex);
-        for (const KVChange& change : changes) {
-            const auto name = fNames.find(change.fId);
-            if (name == fNames.end()) {
-                continue;
-            }
-            try {
-                set(fState, name->second, change.fValue);
-            } catch (const KVError&) {
-                // A robot that breaks the contract keeps the previous value.
-            }
-        }
-    }
-    fNotice.give();
 }
 
 }  // namespace obvista

@@ -3,13 +3,11 @@
 
 #include <obvista/viewer/notice.h>
 #include <obvista/viewer/replay_state.h>
-#include <robaxi/kv_subscription.h>
+#include <obvista/viewer/robot_values.h>
 #include <robaxi/kv_value.h>
 
 #include <condition_variable>
-#include <cstdint>
 #include <deque>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -22,7 +20,7 @@ namespace obvista {
 
 /**
  * The module "KVReplay" of a robot, if it has one: its values by subscription, its methods on a
- * thread of this object, one after the other. From any thread.
+ * thread of this object, one after the other. Used on the GUI thread.
  */
 class ReplayClient {
   public:
@@ -33,7 +31,7 @@ class ReplayClient {
     ReplayClient(const ReplayClient&) = delete;
     ReplayClient& operator=(const ReplayClient&) = delete;
 
-    ReplayState state() const;
+    const ReplayState& state();
 
     /** Calls a method soon; does not wait. A "seek" replaces one that has not begun. */
     void call(const std::string& method, const KVValue::List& arguments);
@@ -44,20 +42,16 @@ class ReplayClient {
         KVValue::List fArguments;
     };
 
-    void xTakeKeys(const std::vector<KVKeyInfo>& keys);
-    void xTakeValues(const std::vector<KVChange>& changes);
     void xRun();
 
-    const std::unique_ptr<KVProxy> fProxy;
-    Notice& fNotice;
-    mutable std::mutex fMutex;  // guards all members below except the subscription
-    std::map<std::uint32_t, std::string> fNames;
+    RobotValues fValues;
     ReplayState fState;
+    const std::unique_ptr<KVProxy> fProxy;
+    std::mutex fMutex;  // guards the two members below
     std::deque<Call> fCalls;
-    std::condition_variable fHasCall;
     bool fIsStopping = false;
+    std::condition_variable fHasCall;
     std::thread fThread;  ///< started with the first call
-    std::shared_ptr<KVSubscription> fSubscription;
 };
 
 }  // namespace obvista

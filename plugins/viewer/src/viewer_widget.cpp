@@ -289,9 +289,9 @@ void ViewerWidget::xGiveUp() {
 }
 
 void ViewerWidget::xShowReplay() {
-    ReplayState state = fLink->replay()->state();
+    const ReplayState& state = fLink->replay()->state();
     if (state.isReplay() && state != fReplayState) {
-        fReplayState = std::move(state);
+        fReplayState = state;
         fTimeBar->showState(fReplayState);
         fTimeBar->show();
         Q_EMIT replayChanged();
