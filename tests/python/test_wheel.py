@@ -9,7 +9,7 @@ import zipfile
 import pytest
 
 import robaxi
-from conftest import BUILD, PATIENCE, SOURCE
+from conftest import PATIENCE, SOURCE
 
 PROGRAM = """
 import robaxi
@@ -20,14 +20,33 @@ with robaxi.Server("wheel", address="127.0.0.1", port=0, announce=False) as serv
 """
 
 
+# The folder python as a separate project, which is configured in a moment.
+PROJECT = f"""
+cmake_minimum_required(VERSION 3.25)
+project(Wheel VERSION 1.14 LANGUAGES NONE)
+add_executable(protobuf::protoc IMPORTED)
+set_target_properties(protobuf::protoc PROPERTIES IMPORTED_LOCATION {shutil.which("protoc")})
+add_subdirectory(python)
+"""
+
+
 @pytest.fixture(scope="module")
 def wheel(tmp_path_factory):
     folder = tmp_path_factory.mktemp("wheel")
-    # A build writes into its folder.
-    sources = shutil.copytree(BUILD / "python", folder / "sources")
-    subprocess.run([sys.executable, "-m", "pip", "--disable-pip-version-check", "wheel", "--quiet",
-                    "--no-build-isolation", "--no-deps", "--no-index", "-w", folder, sources],
-                   check=True)
+    project, build = folder / "project", folder / "build"
+    project.mkdir()
+    for name in ("docs", "platform", "python"):
+        (project / name).symlink_to(SOURCE / name)
+    (project / "CMakeLists.txt").write_text(PROJECT)
+    # As an earlier build has left it, and an earlier wheel.
+    for stale in ("python/robaxi/_requests.py", "python/build/lib/robaxi/_requests.py"):
+        (build / stale).parent.mkdir(parents=True)
+        (build / stale).write_text("")
+    for command in (["cmake", "-G", "Ninja", "-S", project, "-B", build],
+                    ["cmake", "--build", build, "--target", "python_package"],
+                    [sys.executable, "-m", "pip", "--disable-pip-version-check", "wheel", "--quiet",
+                     "--no-build-isolation", "--no-deps", "--no-index", "-w", folder, build / "python"]):
+        subprocess.run(command, check=True, stdout=subprocess.DEVNULL)
     [file] = folder.glob("robaxi-*-py3-none-any.whl")
     return file
 
