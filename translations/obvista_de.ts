@@ -201,7 +201,7 @@ Prüfen Sie auch, ob nicht schon ein anderes Obvista mit diesem Robaxi verbunden
     </message>
     <message>
         <source>Cannot listen to Bonjour Network</source>
-        <translation>Das Bonjour-Netz kann nicht abgehört werden</translation>
+        <translation>Ankündigungen im Bonjour-Netz können nicht empfangen werden</translation>
     </message>
     <message>
         <source>Make sure Bonjour is properly installed. Browsing function will not be available.</source>
@@ -1109,7 +1109,7 @@ Mittel %3</translation>
     <name>memoryviewer::MemorySession</name>
     <message>
         <source>the robot is lost</source>
-        <translation>der Roboter ist verloren</translation>
+        <translation>die Verbindung ist verloren</translation>
     </message>
     <message>
         <source>The connection to the robot was lost.</source>
@@ -1140,8 +1140,8 @@ Mittel %3</translation>
         <translation>Alt+Z</translation>
     </message>
     <message>
-        <source>start or stop recording to CSV</source>
-        <translation>in CSV aufzeichnen oder beenden</translation>
+        <source>start or stop recording</source>
+        <translation>Aufzeichnung beginnen oder beenden</translation>
     </message>
     <message>
         <source>Filter</source>
@@ -1301,7 +1301,7 @@ Mittel %3</translation>
     </message>
     <message>
         <source>hide the cursor</source>
-        <translation>den Cursor beenden</translation>
+        <translation>den Cursor ausblenden</translation>
     </message>
     <message>
         <source>in the legend: remove the curve or the plot</source>
@@ -1325,7 +1325,7 @@ Mittel %3</translation>
     <message>
         <source>The robot does not provide values: %1</source>
         <extracomment>%1 is the robot&apos;s reason</extracomment>
-        <translation>Der Roboter gibt keine Werte: %1</translation>
+        <translation>Der Roboter bietet keine Werte: %1</translation>
     </message>
     <message>
         <source>1 key</source>
@@ -1373,7 +1373,7 @@ Mittel %3</translation>
     </message>
     <message>
         <source>robot lost</source>
-        <translation>Roboter verloren</translation>
+        <translation>Verbindung verloren</translation>
     </message>
     <message>
         <source>connection closed</source>
@@ -1447,7 +1447,7 @@ changed:30	in den letzten 30 s geändert (5 ohne Angabe)</translation>
     </message>
     <message>
         <source>Choose the columns</source>
-        <translation>Wählen, was von jedem Schlüssel gezeigt wird</translation>
+        <translation>Die Spalten wählen</translation>
     </message>
     <message>
         <source>Pause</source>
@@ -1455,7 +1455,7 @@ changed:30	in den letzten 30 s geändert (5 ohne Angabe)</translation>
     </message>
     <message>
         <source>Pause updates (Ctrl+Space)</source>
-        <translation>Die gegenwärtigen Werte behalten (Strg+Leertaste)</translation>
+        <translation>Die Aktualisierung anhalten (Strg+Leertaste)</translation>
     </message>
     <message>
         <source>Updates a second</source>
@@ -1901,7 +1901,7 @@ Ziehen Sie Schlüssel mit Zahlen hierher, oder zeichnen Sie sie über ihr Menü.
     <name>obvista::LinkState</name>
     <message>
         <source>The robot is lost.</source>
-        <translation>Der Roboter ist verloren.</translation>
+        <translation>Die Verbindung zum Roboter ist verloren.</translation>
     </message>
     <message>
         <source>The connection is closed.</source>
@@ -2046,12 +2046,12 @@ Ziehen Sie Schlüssel mit Zahlen hierher, oder zeichnen Sie sie über ihr Menü.
     </message>
     <message>
         <source>Lost %1 s ago; trying again</source>
-        <translation>Seit %1 s verloren; neuer Versuch läuft</translation>
+        <translation>Seit %1 s getrennt; neuer Versuch läuft</translation>
     </message>
     <message>
         <source>Lost %1 min ago; trying again</source>
         <extracomment>%1 is a number of minutes</extracomment>
-        <translation>Seit %1 min verloren; neuer Versuch läuft</translation>
+        <translation>Seit %1 min getrennt; neuer Versuch läuft</translation>
     </message>
 </context>
 <context>

@@ -201,7 +201,7 @@ Vérifiez aussi qu’un autre Obvista n’est pas déjà connecté à ce Robaxi.
     </message>
     <message>
         <source>Cannot listen to Bonjour Network</source>
-        <translation>Impossible d’écouter le réseau Bonjour</translation>
+        <translation>Impossible de recevoir les annonces du réseau Bonjour</translation>
     </message>
     <message>
         <source>Make sure Bonjour is properly installed. Browsing function will not be available.</source>
@@ -1109,7 +1109,7 @@ Moyenne %3</translation>
     <name>memoryviewer::MemorySession</name>
     <message>
         <source>the robot is lost</source>
-        <translation>le robot est perdu</translation>
+        <translation>la connexion est perdue</translation>
     </message>
     <message>
         <source>The connection to the robot was lost.</source>
@@ -1140,8 +1140,8 @@ Moyenne %3</translation>
         <translation>Alt+E</translation>
     </message>
     <message>
-        <source>start or stop recording to CSV</source>
-        <translation>enregistrer en CSV, ou arrêter</translation>
+        <source>start or stop recording</source>
+        <translation>commencer ou arrêter l’enregistrement</translation>
     </message>
     <message>
         <source>Filter</source>
@@ -1301,7 +1301,7 @@ Moyenne %3</translation>
     </message>
     <message>
         <source>hide the cursor</source>
-        <translation>fermer le curseur</translation>
+        <translation>masquer le curseur</translation>
     </message>
     <message>
         <source>in the legend: remove the curve or the plot</source>
@@ -1325,7 +1325,7 @@ Moyenne %3</translation>
     <message>
         <source>The robot does not provide values: %1</source>
         <extracomment>%1 is the robot&apos;s reason</extracomment>
-        <translation>Le robot ne donne pas de valeurs : %1</translation>
+        <translation>Le robot ne fournit pas de valeurs : %1</translation>
     </message>
     <message>
         <source>1 key</source>
@@ -1373,7 +1373,7 @@ Moyenne %3</translation>
     </message>
     <message>
         <source>robot lost</source>
-        <translation>robot perdu</translation>
+        <translation>connexion perdue</translation>
     </message>
     <message>
         <source>connection closed</source>
@@ -1447,7 +1447,7 @@ changed:30	modifiée dans les 30 dernières secondes (5 par défaut)</translatio
     </message>
     <message>
         <source>Choose the columns</source>
-        <translation>Choisir ce qui est affiché de chaque clé</translation>
+        <translation>Choisir les colonnes</translation>
     </message>
     <message>
         <source>Pause</source>
@@ -1455,7 +1455,7 @@ changed:30	modifiée dans les 30 dernières secondes (5 par défaut)</translatio
     </message>
     <message>
         <source>Pause updates (Ctrl+Space)</source>
-        <translation>Garder les valeurs actuelles (Ctrl+Espace)</translation>
+        <translation>Suspendre la mise à jour (Ctrl+Espace)</translation>
     </message>
     <message>
         <source>Updates a second</source>
@@ -1901,7 +1901,7 @@ Glissez ici des clés numériques, ou tracez-les depuis leur menu.</translation>
     <name>obvista::LinkState</name>
     <message>
         <source>The robot is lost.</source>
-        <translation>Le robot est perdu.</translation>
+        <translation>La connexion au robot est perdue.</translation>
     </message>
     <message>
         <source>The connection is closed.</source>

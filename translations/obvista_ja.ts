@@ -1136,8 +1136,8 @@ Mean %3</source>
         <translation>Alt+R</translation>
     </message>
     <message>
-        <source>start or stop recording to CSV</source>
-        <translation>CSV に記録、または停止</translation>
+        <source>start or stop recording</source>
+        <translation>記録を開始または停止</translation>
     </message>
     <message>
         <source>Filter</source>
@@ -1297,7 +1297,7 @@ Mean %3</source>
     </message>
     <message>
         <source>hide the cursor</source>
-        <translation>カーソルを終了</translation>
+        <translation>カーソルを隠す</translation>
     </message>
     <message>
         <source>in the legend: remove the curve or the plot</source>
@@ -1441,7 +1441,7 @@ changed:30	直近 30 秒に変化 (省略時は 5)</translation>
     </message>
     <message>
         <source>Choose the columns</source>
-        <translation>各キーについて表示する内容を選択</translation>
+        <translation>列を選択</translation>
     </message>
     <message>
         <source>Pause</source>
@@ -1449,7 +1449,7 @@ changed:30	直近 30 秒に変化 (省略時は 5)</translation>
     </message>
     <message>
         <source>Pause updates (Ctrl+Space)</source>
-        <translation>現在の値を保つ (Ctrl+Space)</translation>
+        <translation>更新を一時停止 (Ctrl+Space)</translation>
     </message>
     <message>
         <source>Updates a second</source>

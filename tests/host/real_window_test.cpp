@@ -55,8 +55,10 @@ class RealWindowTest : public QObject {
 
     void speaksTheUsersLanguage_data() {
         QTest::addColumn<QString>("title");
-        const QString german = QStringLiteral("Das Bonjour-Netz kann nicht abgehört werden");
-        const QString french = QStringLiteral("Impossible d’écouter le réseau Bonjour");
+        const QString german =
+            QStringLiteral("Ankündigungen im Bonjour-Netz können nicht empfangen werden");
+        const QString french =
+            QStringLiteral("Impossible de recevoir les annonces du réseau Bonjour");
         QTest::newRow("de") << german;
         QTest::newRow("de_AT.UTF-8") << german;
         // There is no catalogue of the first one's texts.

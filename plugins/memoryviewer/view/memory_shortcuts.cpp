@@ -20,7 +20,7 @@ obvista::KeyGroup viewerKeys() {
             {{standardKeys(QKeySequence::Find), Texts::tr("go to the filter")},
              {obvista::keyText(Qt::CTRL + Qt::Key_Space), Texts::tr("pause or resume")},
              //: must be the key of "&Record…"
-             {Texts::tr("Alt+R"), Texts::tr("start or stop recording to CSV")}}};
+             {Texts::tr("Alt+R"), Texts::tr("start or stop recording")}}};
 }
 
 obvista::KeyGroup filterKeys() {
