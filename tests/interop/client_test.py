@@ -1,4 +1,4 @@
-"""A client in Python, which was written from robaxi.proto and docs/robaxi.md, with robots of ours.
+"""A client in Python, which was written from robaxi.proto and docs/protocol.md, with robots of ours.
 
     client_test.py ROBOT TEST_SERVER
 """

@@ -1,4 +1,4 @@
-// Our client with a robot in Python, which was written from robaxi.proto and docs/robaxi.md.
+// Our client with a robot in Python, which was written from robaxi.proto and docs/protocol.md.
 #include "certificates.h"
 #include "frame_listener.h"
 #include "recording_listener.h"

@@ -1,4 +1,4 @@
-// The table of errors in docs/robaxi.md, compared with the library and the command line tool.
+// The table of errors in docs/protocol.md, compared with the library and the command line tool.
 #include "error_sentences.h"
 #include "process/exit_status.h"
 #include "project_files.h"
@@ -23,7 +23,7 @@ struct Row {
 };
 
 std::map<std::string, Row> readTable() {
-    std::ifstream page(obvista_test::sourceFile("docs/robaxi.md"));
+    std::ifstream page(obvista_test::sourceFile("docs/protocol.md"));
     const std::regex row(R"(\| `([A-Z_]+)` \| `([A-Z_]+)` \| ([^|`]+) \| `[A-Za-z]+` \| (\d+) \|)");
     std::map<std::string, Row> table;
     std::string line;

@@ -139,11 +139,11 @@ def plain(text):
 
 def test_the_sentences_are_those_of_the_reference():
     """A numbered rule has the sentence; a sentence without a number is on the page that is named."""
-    robaxi_page = (SOURCE / "docs/robaxi.md").read_text()
+    protocol = (SOURCE / "docs/protocol.md").read_text()
     rules = {number: plain(text) for number, text in re.findall(
-        r"^- \*\*([A-Z]\d+)\*\* (.*(?:\n  .*)*)", robaxi_page, re.M)}
+        r"^- \*\*([A-Z]\d+)\*\* (.*(?:\n  .*)*)", protocol, re.M)}
     pages = {page: plain((SOURCE / f"docs/{page}.md").read_text())
-             for page in ("memory", "video", "announcing", "robaxi")}
+             for page in ("memory", "video", "announcing", "protocol")}
     checks = [json.loads(line) for line in conform("--list", "--json").stdout.splitlines()]
     for check in checks:
         text = rules.get(check["rule"]) or pages[check["rule"]]

@@ -127,7 +127,7 @@ class ConformCommand : public Command {
     std::string summary() const override { return "checks a robot's conformance to the protocol"; }
     Words words() const override { return {"[HOST]", 0, 1}; }
     std::string explanation() const override {
-        return "A check verifies one sentence of the documents (robaxi.md, memory.md,\n"
+        return "A check verifies one sentence of the documents (protocol.md, memory.md,\n"
                "video.md, announcing.md). It is 'passed', 'failed' with what the robot did,\n"
                "or 'skipped' with the reason why it cannot be checked. The checks only\n"
                "read from the robot, unless --write names a key, whose value is restored. The\n"

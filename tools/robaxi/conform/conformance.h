@@ -20,7 +20,7 @@ class Subject;
 /** A check of one rule: bounded in time, and without a lasting effect on the robot. */
 struct ConformCheck {
     const char* fName;      ///< "GROUP.TOPIC"
-    const char* fRule;      ///< number of the rule in docs/robaxi.md, or the page that has it
+    const char* fRule;      ///< number of the rule in docs/protocol.md, or the page that has it
     const char* fSentence;  ///< the rule as it stands there, without marks; may be a part of it
     /** Returns if the rule holds. @throws Fault, NotChecked, Interrupted */
     void (*fRun)(Subject&);

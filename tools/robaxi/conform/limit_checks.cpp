@@ -128,7 +128,7 @@ const std::vector<ConformCheck>& limitChecks() {
          "A robot ends a session with the status INVALID_ARGUMENT if parts form no message, or "
          "more than 16 MiB.",
          &checkPartsTooLarge},
-        {"limits.waiting-calls", "robaxi", "No call is refused or lost.", &checkWaitingCalls},
+        {"limits.waiting-calls", "protocol", "No call is refused or lost.", &checkWaitingCalls},
         {"limits.subscriptions", "U2", "and TOO_MANY at the session's limit.", &checkSubscriptions},
         {"limits.cameras", "C2", "and TOO_MANY at the session's limit.", &checkCameras},
     };

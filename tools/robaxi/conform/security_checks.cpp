@@ -94,7 +94,7 @@ void checkSessionIds(Subject& robot) {
 
 const std::vector<ConformCheck>& securityChecks() {
     static const std::vector<ConformCheck> checks = {
-        {"security.session-ids", "robaxi",
+        {"security.session-ids", "protocol",
          "they name the session by its session_id, a random number that only its client knows.",
          &checkSessionIds},
         {"security.token-missing", "S3", "TOKEN_MISSING or TOKEN_WRONG if it requires a token",
@@ -105,7 +105,7 @@ const std::vector<ConformCheck>& securityChecks() {
         {"security.bearer-missing", "P4", "Without it an RPC ends with TOKEN_MISSING",
          &checkBearerMissing},
         {"security.bearer-wrong", "P4", "with another one with TOKEN_WRONG", &checkBearerWrong},
-        {"security.tls-only", "robaxi", "A robot with a certificate accepts only TLS on its port",
+        {"security.tls-only", "protocol", "A robot with a certificate accepts only TLS on its port",
          &checkTlsOnly},
     };
     return checks;

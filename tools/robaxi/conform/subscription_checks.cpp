@@ -421,7 +421,7 @@ const std::vector<ConformCheck>& subscriptionChecks() {
          "Values are packed by type: identifiers and values of the floats, of the ints, and of "
          "all others, in pairs of fields of equal length.",
          &checkPacking},
-        {"subscriptions.times", "robaxi",
+        {"subscriptions.times", "protocol",
          "time_offsets is empty if all values have the time stamp time. Otherwise it has one "
          "offset for each value",
          &checkTimes},
