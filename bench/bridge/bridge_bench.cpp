@@ -1,17 +1,24 @@
 // Measures what the bridge to ROS 2 adds between the write in DDS and a client: the age of values
 // and pictures of a robot that Fast DDS publishes, when a subscriber and a watcher receive them,
-// compared with a plain reader of Cyclone DDS in the same run; the bridge's processor time; and
-// whether the newest values arrive.
+// and when the camera viewer has painted them on the screen, compared with a plain reader of
+// Cyclone DDS in the same run; the bridge's processor time; and whether the newest values arrive.
 //
 //   bridge_bench [SECONDS]
+//
+// SECONDS is the duration of each measurement (default 20). It needs an X server:
+// tests/support/run_isolated --display xvfb -- PROGRAM.
 #include "bench/figures.h"
+#include "bench/screen/screen_watch.h"
 #include "child_process.h"
 #include "free_port.h"
+#include "project_files.h"
 
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_connection.h>
 #include <robaxi/kv_frame_stream.h>
 #include <robaxi/kv_subscription.h>
+
+#include <QGuiApplication>
 
 #include <array>
 #include <atomic>
@@ -33,6 +40,7 @@
 
 namespace {
 
+using obvista_test::builtFile;
 using obvista_test::ChildProcess;
 
 constexpr int a_domain = 101;
@@ -40,12 +48,15 @@ constexpr int a_joints = 40;
 constexpr int a_jointRate = 200;
 constexpr int a_frameRate = 30;
 constexpr int a_floodRate = 10'000;
-constexpr int a_timeOut = 20;            // seconds
+constexpr int a_timeOut = 20;  // seconds
+constexpr std::chrono::seconds a_warmUp(3);
 constexpr double a_subscribed = 1000;    // updates a second
 constexpr std::size_t a_mostTaken = 64;  // samples at once
 // The robot publishes the time of the stamp, in seconds, as the velocity of each joint.
 constexpr const char* a_stampKey = "Joint/HeadYaw/Velocity";
 constexpr const char* a_camera = "camera/image_raw";
+constexpr int a_width = 640;
+constexpr int a_height = 480;
 
 /** Returns seconds since 1970. */
 double now() {
@@ -201,9 +212,25 @@ double processorShare(pid_t process, int seconds) {
     return (bench::processorSeconds(process) - before) / (now() - begin);
 }
 
+/** Measures the age of the pictures on the screen, while only the camera viewer watches. */
+void measureScreen(int port, Ages& plain, int seconds) {
+    ChildProcess viewer({builtFile("bench/cameraviewer_bench_viewer"),
+                         builtFile("lib/obvista/libcameraviewer.so"), std::to_string(port),
+                         std::to_string(a_width), std::to_string(a_height)});
+    const bench::ScreenWatch watch(bench::shownRectOf(viewer));
+    watch.follow(a_warmUp, [](const obvista_test::FrameStamp&) {});
+    plain.clear();
+    Ages painted;
+    constexpr double second = 1e-6;
+    watch.follow(std::chrono::seconds(seconds), [&](const obvista_test::FrameStamp& stamp) {
+        painted.add(static_cast<double>(stamp.fTime) * second);
+    });
+    compareAges("age on the screen", painted, plain);
+}
+
 void measureFlood(pid_t bridge, const std::string& domain, int seconds) {
-    const ChildProcess flood({std::string(OBVISTA_BENCH_BUILD_DIR) + "/tests/ros2_writer", "flood",
-                              domain, std::to_string(a_floodRate)});
+    const ChildProcess flood(
+        {builtFile("tests/ros2_writer"), "flood", domain, std::to_string(a_floodRate)});
     std::this_thread::sleep_for(std::chrono::seconds(2));  // until it is found
     std::printf(
         "processor share of the bridge: %.1f %% of a core (a topic with %d samples a "
@@ -212,15 +239,14 @@ void measureFlood(pid_t bridge, const std::string& domain, int seconds) {
 }
 
 void measure(int seconds) {
-    const std::string folder = OBVISTA_BENCH_BUILD_DIR;
     const std::string domain = std::to_string(a_domain);
     const int port = obvista_test::freePort();
-    ChildProcess program({folder + "/bin/robaxi-bridge", "--domain", domain, "--port",
+    ChildProcess program({builtFile("bin/robaxi-bridge"), "--domain", domain, "--port",
                           std::to_string(port), "--http-port", "0", "--no-announce"});
     if (!program.waitForOutput("listens on")) {
         throw std::runtime_error("the bridge has not started: " + program.errors());
     }
-    ChildProcess robot({folder + "/tests/ros2_writer", "robot", domain, std::to_string(a_joints),
+    ChildProcess robot({builtFile("tests/ros2_writer"), "robot", domain, std::to_string(a_joints),
                         std::to_string(a_jointRate), std::to_string(a_frameRate)});
     const bridge::Entity entered = bridge::createDomain(a_domain, "");
     const bridge::Entity participant =
@@ -237,8 +263,7 @@ void measure(int seconds) {
         KVSubscription::start(connection, "KVMemory", KVSubscription::Selection::AllKeys,
                               a_subscribed, valueCallbacks(values));
     waitUntil("values", [&] { return values.newest() != 0 && plainValues.ages().newest() != 0; });
-    const auto stream =
-        KVFrameStream::start(connection, "KVVideo", a_camera, frameCallbacks(frames));
+    auto stream = KVFrameStream::start(connection, "KVVideo", a_camera, frameCallbacks(frames));
     waitUntil("frames", [&] { return frames.newest() != 0 && plainFrames.ages().newest() != 0; });
 
     const std::vector<Ages*> all{&values, &frames, &plainValues.ages(), &plainFrames.ages()};
@@ -254,6 +279,9 @@ void measure(int seconds) {
         "%d values a second, and a camera at %d)\n",
         share * 100, a_joints, a_jointRate, a_joints * a_jointRate, a_frameRate);
 
+    stream.reset();
+    measureScreen(port, plainFrames.ages(), seconds);
+
     // The last message that a reader of DDS has seen must be the subscriber's newest value, too.
     ::kill(robot.pid(), SIGSTOP);
     waitUntil("the newest values", [&] {
@@ -267,6 +295,7 @@ void measure(int seconds) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    const QGuiApplication application(argc, argv);
     constexpr int usualSeconds = 20;
     try {
         measure(argc > 1 ? std::atoi(argv[1]) : usualSeconds);

@@ -13,8 +13,8 @@
 // Memory growth is the slope of a line fitted to one reading a second: a single reading varies by
 // the frames in flight, each of nearly a megabyte.
 #include "bench/figures.h"
+#include "bench/screen/screen_watch.h"
 #include "ros_master.h"
-#include "screen_watch.h"
 
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_proxy.h>
@@ -61,7 +61,6 @@ constexpr std::array a_cameras{Camera{"640x480 RGB", 640, 480, "rgb"},
                                Camera{"1280x720 JPEG", 1280, 720, "jpeg"}};
 constexpr double a_rate = 30;
 constexpr std::chrono::seconds a_warmUp{3};
-constexpr std::chrono::milliseconds a_look{1};
 
 /** Restricts a process to a tenth of the time. */
 class Brake {
@@ -133,18 +132,6 @@ void set(int port, const Camera& camera) {
     video.callValue("setSettings", {KVValue("head"), KVValue(settings)});
 }
 
-/** Waits until a program has printed the position of its picture. */
-bench::ShownRect rectOf(ChildProcess& program) {
-    bench::ShownRect rect;
-    const bool isTold = program.waitForOutput("\n");
-    const std::string output = program.output();
-    if (!isTold || std::sscanf(output.c_str(), "shown %d %d %lf", &rect.fLeft, &rect.fTop,
-                               &rect.fWidth) != 3) {
-        throw std::runtime_error("no picture is shown: " + output + program.errors());
-    }
-    return rect;
-}
-
 double residentKilobytes(pid_t process) {
     std::ifstream status("/proc/" + std::to_string(process) + "/status");
     std::string word;
@@ -162,34 +149,10 @@ double seconds(Clock::duration duration) {
     return std::chrono::duration<double>(duration).count();
 }
 
-double ageInMilliseconds(const FrameStamp& stamp) {
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    const auto microseconds = std::chrono::duration_cast<std::chrono::microseconds>(now).count();
-    return static_cast<double>(microseconds - stamp.fTime) / 1000;
-}
-
-/** Calls seen(stamp) for each picture that appears, and eachLook() in between. */
-template <typename Seen, typename EachLook>
-void lookFor(const bench::ScreenWatch& watch, std::chrono::duration<double> time, Seen seen,
-             EachLook eachLook) {
-    const auto end = Clock::now() + time;
-    std::uint32_t last = 0;
-    while (Clock::now() < end) {
-        eachLook();
-        const std::optional<FrameStamp> stamp = watch.read();
-        if (stamp && stamp->fNumber != last) {
-            seen(*stamp);
-            last = stamp->fNumber;
-        }
-        std::this_thread::sleep_for(a_look);
-    }
-}
-
 Sighting observe(ChildProcess& program, const bench::ShownRect& rect, double time) {
     const bench::ScreenWatch watch(rect);
     int early = 0;
-    lookFor(
-        watch, a_warmUp, [&early](const FrameStamp&) { ++early; }, [] {});
+    watch.follow(a_warmUp, [&early](const FrameStamp&) { ++early; });
     if (early == 0) {
         throw std::runtime_error("no frame can be read off the screen: " + program.errors());
     }
@@ -204,9 +167,10 @@ Sighting observe(ChildProcess& program, const bench::ShownRect& rect, double tim
             nextReading += std::chrono::seconds(1);
         }
     };
-    lookFor(
-        watch, std::chrono::duration<double>(time),
-        [&ages](const FrameStamp& stamp) { ages.push_back(ageInMilliseconds(stamp)); }, readMemory);
+    watch.follow(
+        std::chrono::duration<double>(time),
+        [&ages](const FrameStamp& stamp) { ages.push_back(bench::ageInMilliseconds(stamp)); },
+        readMemory);
     const double length = seconds(Clock::now() - begin);
     if (ages.empty()) {
         throw std::runtime_error("no frame was shown: " + program.errors());
@@ -246,7 +210,7 @@ void measure(const std::string& kind, const Camera& camera, double time) {
     const RobotProcess robot({{"--stamp"}});
     set(robot.port(), camera);
     ChildProcess program(command(kind, camera, robot.port()));
-    const bench::ShownRect rect = rectOf(program);
+    const bench::ShownRect rect = bench::shownRectOf(program);
     std::optional<Brake> brake;
     if (kind == "slowed") {
         brake.emplace(program);

@@ -5,7 +5,7 @@
 // clang-format off
 //   robot DOMAIN [JOINTS RATE [CAMERA-RATE]]
 //                      joints, sensors, a camera, a node; the joints' velocity is the time of
-//                      their stamp in seconds
+//                      their stamp in seconds, the camera's pictures have theirs drawn into them
 //   flood DOMAIN RATE  a number on /flood, so many times a second
 //   many DOMAIN COUNT  /many/t0 and so on, a number each second
 //   nodes DOMAIN PARTICIPANTS COUNT
@@ -18,6 +18,8 @@
 // clang-format on
 
 #include "fast_message.h"
+#include "video/canvas.h"
+#include "video/stamp.h"
 
 #include <chrono>
 #include <cmath>
@@ -209,15 +211,28 @@ void ready() {
     std::cout << "ready" << std::endl;
 }
 
-/** A picture whose colours move. */
-Message picture(std::uint32_t width, std::uint32_t height, long step) {
-    Message bytes(std::size_t{3} * width * height);
-    for (std::uint32_t y = 0; y < height; ++y) {
-        for (std::uint32_t x = 0; x < width; ++x) {
-            unsigned char* const pixel = &bytes[(std::size_t{y} * width + x) * 3];
-            pixel[0] = static_cast<unsigned char>(x * 255 / width);
-            pixel[1] = static_cast<unsigned char>(y * 255 / height);
-            pixel[2] = static_cast<unsigned char>(step * 8);
+/** A picture whose colours move, with its number and time, like those of the simulated robot. */
+Message picture(int width, int height, long step, Clock::time_point time) {
+    robot::Canvas canvas;
+    canvas.resize(width, height);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            canvas.row(y)[x] = {static_cast<std::uint8_t>(x * 255 / width),
+                                static_cast<std::uint8_t>(y * 255 / height),
+                                static_cast<std::uint8_t>(step * 8)};
+        }
+    }
+    robot::drawStamp(
+        canvas, static_cast<std::uint64_t>(step),
+        std::chrono::duration_cast<std::chrono::microseconds>(time.time_since_epoch()).count());
+    Message bytes(std::size_t{3} * static_cast<std::size_t>(width * height));
+    unsigned char* byte = bytes.data();
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            const robot::Colour& pixel = canvas.row(y)[x];
+            *byte++ = pixel.fRed;
+            *byte++ = pixel.fGreen;
+            *byte++ = pixel.fBlue;
         }
     }
     return bytes;
@@ -266,10 +281,11 @@ void runRobot(int domain, int joints, double rate, double cameraRate) {
     if (cameraRate > 0) {
         camera = std::thread([&] {
             repeat(cameraRate, [&](long step) {
+                const auto now = Clock::now();
                 FastMessage image;
-                stamped(image, Clock::now(), "eye")
+                stamped(image, now, "eye")
                     << std::uint32_t{480} << std::uint32_t{640} << "rgb8" << std::uint8_t{0}
-                    << std::uint32_t{1920} << picture(640, 480, step);
+                    << std::uint32_t{1920} << picture(640, 480, step, now);
                 publish(imageWriter, image);
             });
         });

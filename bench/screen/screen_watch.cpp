@@ -5,12 +5,19 @@
 #include <QPixmap>
 #include <QScreen>
 
+#include <cstdio>
 #include <map>
+#include <stdexcept>
+#include <string>
+#include <thread>
 
 namespace bench {
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 constexpr int a_columns = 40;
+constexpr std::chrono::milliseconds a_look{1};
 
 /**
  * Returns true if the last 16 blocks of a strip could be at this place, which is rarely the case
@@ -65,6 +72,40 @@ std::optional<obvista_test::FrameStamp> ScreenWatch::read() const {
         return line.valid(column, 0) ? qGray(line.pixel(column, 0)) : 0;
     };
     return obvista_test::readFrameStamp(luma, fRect.fLeft, fRect.fTop, fRect.fWidth);
+}
+
+void ScreenWatch::follow(std::chrono::duration<double> time, const Seen& seen,
+                         const std::function<void()>& eachLook) const {
+    const auto end = Clock::now() + time;
+    std::uint32_t last = 0;
+    while (Clock::now() < end) {
+        if (eachLook) {
+            eachLook();
+        }
+        const std::optional<obvista_test::FrameStamp> stamp = read();
+        if (stamp && stamp->fNumber != last) {
+            seen(*stamp);
+            last = stamp->fNumber;
+        }
+        std::this_thread::sleep_for(a_look);
+    }
+}
+
+ShownRect shownRectOf(obvista_test::ChildProcess& program) {
+    ShownRect rect;
+    const bool isTold = program.waitForOutput("\n");
+    const std::string output = program.output();
+    if (!isTold || std::sscanf(output.c_str(), "shown %d %d %lf", &rect.fLeft, &rect.fTop,
+                               &rect.fWidth) != 3) {
+        throw std::runtime_error("no picture is shown: " + output + program.errors());
+    }
+    return rect;
+}
+
+double ageInMilliseconds(const obvista_test::FrameStamp& stamp) {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    const auto microseconds = std::chrono::duration_cast<std::chrono::microseconds>(now).count();
+    return static_cast<double>(microseconds - stamp.fTime) / 1000;
 }
 
 }  // namespace bench
