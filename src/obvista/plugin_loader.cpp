@@ -1,5 +1,7 @@
 #include "plugin_loader.h"
 
+#include <QGuiApplication>
+#include <QIcon>
 #include <QMouseEvent>
 
 #include <boost/make_shared.hpp>
@@ -26,10 +28,10 @@ PluginLoader::PluginLoader(const QString& mediaFolder, QWidget* parent)
     setAccessibleName(tr("Launcher"));
     connect(this, &PluginLoader::bitmapChanged, this, &PluginLoader::setPixmap);
 
-    const QPixmap picture(fMediaFolder + fBackground);
+    const QPixmap picture = xPicture(fBackground);
     setPixmap(picture);
     Q_EMIT bitmapChanged(picture);
-    fPictureSize = picture.size();
+    fPictureSize = picture.size() / picture.devicePixelRatio();
     setFixedSize(fPictureSize);
 
     setAlignment(Qt::AlignCenter);
@@ -42,8 +44,19 @@ void PluginLoader::xSetBackground(const QString& fileName) {
         return;
     }
     fShownBackground = fileName;
-    Q_EMIT bitmapChanged(QPixmap(fMediaFolder + fileName));
+    Q_EMIT bitmapChanged(xPicture(fileName));
     update();
+}
+
+/**
+ * Returns a picture with the resolution of the screen, since Qt does not smooth one that it scales.
+ * It has the same size and zones in every resolution.
+ */
+QPixmap PluginLoader::xPicture(const QString& fileName) const {
+    const QString path = fMediaFolder + fileName;
+    const QPixmap picture(path);
+    // The icon has the picture from the file "@2x", too.
+    return qApp->devicePixelRatio() > 1 ? QIcon(path).pixmap(picture.size()) : picture;
 }
 
 void PluginLoader::mousePressEvent(QMouseEvent* event) {

@@ -54,6 +54,7 @@ class PluginLoader : public QLabel {
     void mouseMoveEvent(QMouseEvent* event) override;
 
   private:
+    QPixmap xPicture(const QString& fileName) const;
     boost::shared_ptr<Plugin> xZoneAt(const QPoint& position) const;
 
     QList<boost::shared_ptr<Plugin>> fZones;

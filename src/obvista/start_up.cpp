@@ -95,6 +95,8 @@ int run(int argc, char** argv) {
     if (isQuestion(commandLine, argc, argv)) {
         doWithoutDisplay();
     }
+    // Pictures and icons have the resolution of the screen.
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Cleanlooks")));
     const QApplication application(arguments.count(), arguments.values());
     arguments.showPlugin();

@@ -26,6 +26,7 @@ const QRect a_memoryZone(QPoint(310, 175), QPoint(399, 199));
 const QRect a_cameraZone(QPoint(310, 210), QPoint(399, 234));
 const int a_rowsBehindMenuBar = 40;
 const int a_cornerRadius = 4;
+const QSize a_launcherSize(640, 400);
 const QSize a_listIconSize(60, 60);
 const std::array a_listIcons = {"computer", "robot_off", "robot_on", "star_on", "star_off"};
 const std::array a_backgrounds = {"interface", "interface_memory", "interface_camera"};
@@ -127,8 +128,10 @@ void PicturesTest::everyPictureHasItsSize_data() {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QSize>("size");
     for (const char* name : a_backgrounds) {
-        QTest::newRow(name) << background(QString::fromLatin1(name) + QStringLiteral(".png"))
-                            << QSize(640, 400);
+        const QString picture = background(QString::fromLatin1(name));
+        QTest::newRow(name) << picture + QStringLiteral(".png") << a_launcherSize;
+        QTest::addRow("%s, high resolution", name)
+            << picture + QStringLiteral("@2x.png") << 2 * a_launcherSize;
     }
     for (const char* name : a_listIcons) {
         const QString icon = listIcon(QString::fromLatin1(name));
