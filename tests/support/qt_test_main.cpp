@@ -15,10 +15,11 @@ namespace {
 bool isUnexpectedMessage(const QString& line) {
     static const QRegularExpression message(
         QStringLiteral("^(QWARN|QCRITICAL|QSYSTEM|QFATAL|WARNING)\\s*: "));
-    // Standard warnings of the offscreen platform; and an error when Qt queries a window manager's
-    // frame that is destroyed at the same moment.
+    // Standard warnings of the offscreen platform; that OpenGL is switched off for Wayland; and an
+    // error when Qt queries a window manager's frame that is destroyed at the same moment.
     static const QRegularExpression platformNoise(
         QStringLiteral("This plugin does not support (propagateSizeHints|raise)\\(\\)"
+                       "|qt\\.qpa\\.wayland: EGL not available"
                        "|XCB error: 3 \\(BadWindow\\).*\\(TranslateCoords\\)"));
     return message.match(line).hasMatch() && !platformNoise.match(line).hasMatch();
 }
