@@ -1938,6 +1938,15 @@ Ziehen Sie Schlüssel mit Zahlen hierher, oder zeichnen Sie sie über ihr Menü.
         <source>Settings of the connection to the robot</source>
         <translation>Einstellungen der Verbindung zum Roboter</translation>
     </message>
+    <message>
+        <source>Dock</source>
+        <extracomment>on a button: put a viewer that has its own window back into the main window</extracomment>
+        <translation>Andocken</translation>
+    </message>
+    <message>
+        <source>Put the viewer back into the main window</source>
+        <translation>Die Ansicht in das Hauptfenster zurücksetzen</translation>
+    </message>
 </context>
 <context>
     <name>obvista::TimeBar</name>

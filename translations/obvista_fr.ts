@@ -1938,6 +1938,15 @@ Glissez ici des clés numériques, ou tracez-les depuis leur menu.</translation>
         <source>Settings of the connection to the robot</source>
         <translation>Réglages de la connexion au robot</translation>
     </message>
+    <message>
+        <source>Dock</source>
+        <extracomment>on a button: put a viewer that has its own window back into the main window</extracomment>
+        <translation>Ancrer</translation>
+    </message>
+    <message>
+        <source>Put the viewer back into the main window</source>
+        <translation>Remettre la visionneuse dans la fenêtre principale</translation>
+    </message>
 </context>
 <context>
     <name>obvista::TimeBar</name>

@@ -1927,6 +1927,15 @@ Drag keys with numbers here, or plot them from their menu.</source>
         <source>Settings of the connection to the robot</source>
         <translation>ロボットとの接続の設定</translation>
     </message>
+    <message>
+        <source>Dock</source>
+        <extracomment>on a button: put a viewer that has its own window back into the main window</extracomment>
+        <translation>ドッキング</translation>
+    </message>
+    <message>
+        <source>Put the viewer back into the main window</source>
+        <translation>ビューアーをメインウィンドウに戻す</translation>
+    </message>
 </context>
 <context>
     <name>obvista::TimeBar</name>

@@ -5,7 +5,10 @@
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_connection.h>
 
+#include <QAbstractButton>
+#include <QDockWidget>
 #include <QLabel>
+#include <QMainWindow>
 #include <QSignalSpy>
 #include <QtTest>
 #include <qt_test_main.h>
@@ -15,6 +18,16 @@
 using obvista::LinkState;
 using obvista::ViewerWidget;
 using obvista_test::PlainLink;
+
+namespace {
+
+class LaidOutWidget : public ViewerWidget {
+  public:
+    using ViewerWidget::layOut;
+    using ViewerWidget::ViewerWidget;
+};
+
+}  // namespace
 
 class ViewerWidgetTest : public QObject {
     Q_OBJECT
@@ -27,6 +40,7 @@ class ViewerWidgetTest : public QObject {
     void tellsOfNewsOnceForAllThatCame();
     void saysThatItsLinkIsClosed();
     void saysThatTheRobotIsLostBeforeItReportsIt();
+    void canBeDockedAgainByMouse();
 
   private:
     QLabel* xBanner() const { return fWidget->findChild<QLabel*>(QStringLiteral("viewerBanner")); }
@@ -34,7 +48,7 @@ class ViewerWidgetTest : public QObject {
     int fPort = 0;
     boost::shared_ptr<KVBroker> fRobot;
     std::shared_ptr<PlainLink> fLink;
-    std::unique_ptr<ViewerWidget> fWidget;
+    std::unique_ptr<LaidOutWidget> fWidget;
 };
 
 void ViewerWidgetTest::init() {
@@ -42,7 +56,7 @@ void ViewerWidgetTest::init() {
     fRobot = KVBroker::createBroker({"Robot", "::1", fPort});
     const auto broker = KVBroker::createBroker({"Viewer"});
     fLink = std::make_shared<PlainLink>(broker, "::1", fPort, 10.0);
-    fWidget = std::make_unique<ViewerWidget>(fLink, nullptr, nullptr);
+    fWidget = std::make_unique<LaidOutWidget>(fLink, nullptr, nullptr);
 }
 
 void ViewerWidgetTest::cleanup() {
@@ -94,6 +108,39 @@ void ViewerWidgetTest::saysThatTheRobotIsLostBeforeItReportsIt() {
     fLink->close();
     QCoreApplication::processEvents();
     QCOMPARE(fWidget->linkState(), LinkState::Lost);
+}
+
+/** With Qt's own button where Qt draws the title of a floating dock, or with the header's. */
+void ViewerWidgetTest::canBeDockedAgainByMouse() {
+    auto* bar = new QLabel(QStringLiteral("bar"));
+    auto* part = new QLabel(QStringLiteral("part"));
+    fWidget->layOut(bar, {part}, part);
+    QMainWindow window;
+    auto* dock = new QDockWidget(&window);
+    dock->setWidget(fWidget.release());
+    window.addDockWidget(Qt::TopDockWidgetArea, dock);
+    window.show();
+    QVERIFY(obvista_test::waitForExposed(&window));
+    const auto buttons = [&] {
+        QList<QAbstractButton*> visible;
+        for (auto* button : dock->findChildren<QAbstractButton*>()) {
+            const QStringList names{QStringLiteral("dockButton"),
+                                    QStringLiteral("qt_dockwidget_floatbutton")};
+            if (names.contains(button->objectName()) && button->isVisible()) {
+                visible += button;
+            }
+        }
+        return visible;
+    };
+    QCOMPARE(buttons().size(), 1);
+    QCOMPARE(buttons().first()->objectName(), QStringLiteral("qt_dockwidget_floatbutton"));
+    buttons().first()->click();
+    QVERIFY(dock->isFloating());
+    QVERIFY(obvista_test::waitForExposed(dock));
+    QCOMPARE(buttons().size(), 1);
+    QTest::mouseClick(buttons().first(), Qt::LeftButton);
+    QTRY_VERIFY(!dock->isFloating());
+    QCOMPARE(buttons().size(), 1);
 }
 
 OBVISTA_QTEST_MAIN(ViewerWidgetTest)

@@ -42,20 +42,37 @@ void RobotHeader::setRobot(const QString& name, const QString& address) {
     xFit();
 }
 
-void RobotHeader::addButton() {
-    fConnection = new QToolButton(this);
+QToolButton* RobotHeader::xMakeButton(const char* name, const QString& text,
+                                      const QString& explanation) {
+    auto* button = new QToolButton(this);
+    button->setObjectName(QLatin1String(name));
+    button->setText(text);
+    explain(*button, explanation);
+    button->setAutoRaise(true);
+    button->setFocusPolicy(Qt::TabFocus);
+    layout()->addWidget(button);
+    return button;
+}
+
+void RobotHeader::addButtons() {
+    fConnection = xMakeButton("connectionButton", tr("Connection"),
+                              tr("Settings of the connection to the robot"));
     auto* menu = new QMenu(fConnection);
     menu->addAction(fReconnect);
     connect(menu, &QMenu::aboutToShow, this, &RobotHeader::menuOpening);
-    fConnection->setObjectName(QStringLiteral("connectionButton"));
-    fConnection->setText(tr("Connection"));
-    explain(*fConnection, tr("Settings of the connection to the robot"));
     fConnection->setMenu(menu);
     fConnection->setPopupMode(QToolButton::InstantPopup);
-    fConnection->setAutoRaise(true);
-    fConnection->setFocusPolicy(Qt::TabFocus);
-    layout()->addWidget(fConnection);
-    xFit();
+    //: on a button: put a viewer that has its own window back into the main window
+    fDock = xMakeButton("dockButton", tr("Dock"), tr("Put the viewer back into the main window"));
+    connect(fDock, &QToolButton::clicked, this, &RobotHeader::dockWanted);
+    showDockButton(false);
+}
+
+void RobotHeader::showDockButton(bool isShown) {
+    if (fDock != nullptr) {
+        fDock->setVisible(isShown);
+        xFit();
+    }
 }
 
 /** Without the address, which is hidden where it does not fit. */
@@ -91,9 +108,13 @@ void RobotHeader::xApplyFont() {
 void RobotHeader::xFit() {
     const QMargins margins = layout()->contentsMargins();
     const int name = fName->fontMetrics().horizontalAdvance(fName->text()) + 2 * fName->margin();
-    const int button = fConnection != nullptr ? fConnection->sizeHint().width() : 0;
-    const int needed = margins.left() + name + 2 * layout()->spacing() +
-                       fAddress->sizeHint().width() + button + margins.right();
+    int needed = margins.left() + name + layout()->spacing() + fAddress->sizeHint().width() +
+                 margins.right();
+    for (const QToolButton* button : {fConnection, fDock}) {
+        if (button != nullptr && !button->isHidden()) {
+            needed += layout()->spacing() + button->sizeHint().width();
+        }
+    }
     fAddress->setVisible(needed <= width());
 }
 

@@ -15,6 +15,7 @@
 #include <QDockWidget>
 #include <QEvent>
 #include <QFocusEvent>
+#include <QGuiApplication>
 #include <QSettings>
 #include <QShortcut>
 #include <QVBoxLayout>
@@ -44,6 +45,11 @@ bool isReconnectWanted() {
     return QSettings().value(a_reconnectKey).toBool();
 }
 
+/** Returns true if windows are those of a window system; it may have several of Qt's plug-ins. */
+bool isPlatform(const char* name) {
+    return QGuiApplication::platformName().startsWith(QLatin1String(name));
+}
+
 }  // namespace
 
 ViewerWidget::ViewerWidget(std::shared_ptr<RobotLink> link, WidgetInterface* plugin,
@@ -61,6 +67,7 @@ ViewerWidget::ViewerWidget(std::shared_ptr<RobotLink> link, WidgetInterface* plu
     connect(fHeader, &RobotHeader::menuOpening, this, showSetting);
     connect(reconnect, &QAction::triggered, this,
             [](bool isWanted) { QSettings().setValue(a_reconnectKey, isWanted); });
+    connect(fHeader, &RobotHeader::dockWanted, this, &ViewerWidget::xFloatDock);
     // Queued, since a receiver of the loss may delete the button.
     connect(fBanner, &Banner::giveUpWanted, this, &ViewerWidget::xGiveUp, Qt::QueuedConnection);
     connect(fBanner, &Banner::connectWanted, this, [this] {
@@ -153,7 +160,7 @@ void ViewerWidget::layOut(QWidget* bar, const std::vector<QWidget*>& parts, QWid
             setTabOrder(part, fTimeBar);
         }
     }
-    fHeader->addButton();  // last, so that the first control is one of the bar
+    fHeader->addButtons();  // last, so that the first control is one of the bar
 }
 
 void ViewerWidget::setReplayCamera(const std::string& camera) {
@@ -324,10 +331,18 @@ void ViewerWidget::xUpdateSeen() {
 void ViewerWidget::xFollowDock() {
     if (fDock) {
         fDock->removeEventFilter(this);
+        fDock->disconnect(fHeader);
     }
     fDock = qobject_cast<QDockWidget*>(parentWidget());
     if (fDock) {
         fDock->installEventFilter(this);
+        // On X11 Qt draws the title of a floating dock, with a button, and the window can be
+        // dragged back. Elsewhere the desktop draws a title without, and on Wayland a dragged
+        // window does not know where it is.
+        if (!isPlatform("xcb")) {
+            fHeader->showDockButton(fDock->isFloating());
+            connect(fDock, &QDockWidget::topLevelChanged, fHeader, &RobotHeader::showDockButton);
+        }
     }
 }
 
@@ -374,7 +389,10 @@ void ViewerWidget::xFloatDock() {
     }
     QWidget* focus = window()->focusWidget();
     fDock->setFloating(!fDock->isFloating());
-    window()->activateWindow();
+    // On Wayland only the compositor activates windows.
+    if (!isPlatform("wayland")) {
+        window()->activateWindow();
+    }
     if (focus != nullptr) {
         focus->setFocus(Qt::ActiveWindowFocusReason);
     }
