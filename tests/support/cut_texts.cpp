@@ -4,6 +4,7 @@
 #include <QComboBox>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
 
 namespace obvista_test {
 
@@ -20,9 +21,22 @@ QList<Widget*> visibleParts(const QWidget& window, const QString& name = {}) {
     return parts;
 }
 
+QString nameOf(const QWidget& part) {
+    return part.metaObject()->className() + QLatin1Char(' ') + part.objectName() +
+           QLatin1Char(' ') + part.property("text").toString();
+}
+
+/** Returns true if a part of the widget is outside its window or behind another widget. */
+bool isClipped(const QWidget& part) {
+    return part.visibleRegion().boundingRect() != part.rect();
+}
+
 bool isCut(const QLabel& label) {
     if (label.text().isEmpty() || label.sizePolicy().horizontalPolicy() == QSizePolicy::Ignored) {
         return false;
+    }
+    if (isClipped(label)) {
+        return true;
     }
     return label.wordWrap() ? label.height() < label.heightForWidth(label.width())
                             : label.width() < label.sizeHint().width() ||
@@ -35,13 +49,15 @@ QStringList cutTexts(const QWidget& window) {
     QStringList texts;
     for (const auto* button : visibleParts<QAbstractButton>(window)) {
         const QSize wanted = button->sizeHint();
-        if (!button->text().isEmpty() &&
-            (button->width() < wanted.width() || button->height() < wanted.height())) {
-            texts += button->text();
+        if (button->text().isEmpty()
+                ? !button->icon().isNull() && isClipped(*button)
+                : button->width() < wanted.width() || button->height() < wanted.height() ||
+                      isClipped(*button)) {
+            texts += button->text() + button->objectName();
         }
     }
     for (const auto* box : visibleParts<QComboBox>(window)) {
-        if (box->width() < box->sizeHint().width()) {
+        if (box->width() < box->sizeHint().width() || isClipped(*box)) {
             texts += box->currentText();
         }
     }
@@ -64,6 +80,31 @@ QStringList cutTexts(const QWidget& window) {
         }
     }
     return texts;
+}
+
+QStringList overlappingParts(const QWidget& window) {
+    QList<QWidget*> parts;
+    for (auto* part : visibleParts<QWidget>(window)) {
+        const auto* label = qobject_cast<QLabel*>(part);
+        const bool isControl = qobject_cast<QAbstractButton*>(part) != nullptr ||
+                               qobject_cast<QComboBox*>(part) != nullptr ||
+                               qobject_cast<QLineEdit*>(part) != nullptr;
+        if (isControl || (label != nullptr && !label->text().isEmpty())) {
+            parts += part;
+        }
+    }
+    QStringList pairs;
+    for (int i = 0; i < parts.size(); ++i) {
+        const QRect area(parts[i]->mapTo(&window, QPoint()), parts[i]->size());
+        for (int other = i + 1; other < parts.size(); ++other) {
+            const QRect otherArea(parts[other]->mapTo(&window, QPoint()), parts[other]->size());
+            if (area.intersects(otherArea) && !parts[i]->isAncestorOf(parts[other]) &&
+                !parts[other]->isAncestorOf(parts[i])) {
+                pairs += nameOf(*parts[i]) + QStringLiteral(" and ") + nameOf(*parts[other]);
+            }
+        }
+    }
+    return pairs;
 }
 
 }  // namespace obvista_test

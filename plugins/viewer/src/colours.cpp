@@ -4,7 +4,8 @@ namespace obvista {
 
 namespace {
 
-constexpr double a_dimmedOpacity = 0.65;
+/** Enough contrast on dark desktops also for thin strokes, which are smoothed. */
+constexpr double a_dimmedOpacity = 0.75;
 constexpr int a_darkest = 128;
 constexpr int a_otherShade = 135;  // per cent
 

@@ -4,14 +4,17 @@
 #include <QDialogButtonBox>
 #include <QHeaderView>
 #include <QScreen>
+#include <QScrollBar>
 #include <QTreeWidget>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace obvista {
 
 namespace {
 
-constexpr int a_widthInCharacters = 90;
+constexpr int a_leastCharacters = 80;
 /** Part of the screen that the list may take, with room for the window's frame. */
 constexpr double a_mostOfScreen = 0.9;
 
@@ -75,11 +78,16 @@ KeyList::KeyList(const QString& title, const std::vector<KeyGroup>& groups, QWid
     column->addWidget(list);
     column->addWidget(buttons);
 
-    // All rows, as far as the screen has room for them.
+    // All rows, and all of their texts, as far as the screen has room for them.
     const int rows = list->header()->sizeHint().height() + rowCount * list->sizeHintForRow(0) +
                      2 * list->frameWidth();
-    const QSize wanted(a_widthInCharacters * fontMetrics().averageCharWidth(),
-                       sizeHint().height() - list->sizeHint().height() + rows);
+    int width = 2 * list->frameWidth() + list->verticalScrollBar()->sizeHint().width();
+    for (const int section : {0, 1}) {
+        width += static_cast<const QAbstractItemView*>(list)->sizeHintForColumn(section);
+    }
+    const QSize wanted =
+        sizeHint() - list->sizeHint() +
+        QSize(std::max(width, a_leastCharacters * fontMetrics().averageCharWidth()), rows);
     resize(wanted.boundedTo(a_mostOfScreen * screen()->availableGeometry().size()));
 }
 
