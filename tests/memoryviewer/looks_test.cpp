@@ -28,6 +28,7 @@ namespace {
 constexpr char a_number[] = "Joint/HeadYaw/Position";
 constexpr int a_valueColumn = 1;
 constexpr int a_typeColumn = 3;
+constexpr int a_ageColumn = 5;
 
 }  // namespace
 
@@ -49,6 +50,8 @@ class LooksTest : public QObject {
     void showsValuesInNarrowDocks();
     void cutsNoNamesWhileOtherColumnsHaveRoom();
     void keepsValuesNearNamesInWideDocks();
+    void fillsWideDocks();
+    void givesLongValuesTheRoomOfWideDocks();
     void keepsTheFilterWideEnoughForWords();
     void givesTheWatchListTheRoomOfItsRows();
     void fitsItsColumnsToAnotherFont();
@@ -75,6 +78,7 @@ class LooksTest : public QObject {
     QRect xCell(int column);
     void xSetWidth(int width);
     QRect xSection(int column) const;
+    void xDragBorder(int column, int by);
     int xRoomOfNames() const;
     Colours xColoursOfCell(int column) { return coloursIn(xTree()->viewport(), xCell(column)); }
     QWidget* xCanvas() const;
@@ -274,6 +278,19 @@ QRect LooksTest::xSection(int column) const {
     return {header->sectionViewportPosition(column), 0, header->sectionSize(column), 1};
 }
 
+/** Drags the border behind a column. */
+void LooksTest::xDragBorder(int column, int by) {
+    QHeaderView* header = xTree()->header();
+    const QPoint border(xSection(column).right(), header->height() / 2);
+    QTest::mousePress(header->viewport(), Qt::LeftButton, Qt::NoModifier, border);
+    // For a move by QCursor no button is pressed.
+    const QPoint end = border + QPoint(by, 0);
+    QMouseEvent drag(QEvent::MouseMove, end, header->mapToGlobal(end), Qt::NoButton, Qt::LeftButton,
+                     Qt::NoModifier);
+    QCoreApplication::sendEvent(header->viewport(), &drag);
+    QTest::mouseRelease(header->viewport(), Qt::LeftButton, Qt::NoModifier, end);
+}
+
 /** Returns the width needed by the rows on the screen. */
 int LooksTest::xRoomOfNames() const {
     return static_cast<const QAbstractItemView*>(xTree())->sizeHintForColumn(0);
@@ -320,6 +337,49 @@ void LooksTest::keepsValuesNearNamesInWideDocks() {
     fRobot->set("Joint/LeftShoulderPitchOfTheRobot/Temperature", 30);
     QTRY_VERIFY(indexOf(fViewer, "Joint/LeftShoulderPitchOfTheRobot").isValid());
     QTRY_COMPARE(xSection(0).width(), xRoomOfNames());
+}
+
+void LooksTest::fillsWideDocks() {
+    const auto isFull = [this](const char* list) {
+        const auto* view = xPart<QTreeView>(list);
+        return view->header()->length() == view->viewport()->width();
+    };
+    const auto isFilled = [&] { return isFull("memoryTree") && isFull("memoryWatch"); };
+    xSetWidth(1200);
+    QTRY_VERIFY(isFilled());
+    const int value = xSection(a_valueColumn).width();
+    xDragBorder(a_valueColumn, 60);
+    QVERIFY(xSection(a_valueColumn).width() >= value + 50);
+    QVERIFY(isFilled());
+    // The border of the last column is that of the view.
+    xDragBorder(a_ageColumn, -60);
+    QVERIFY(isFilled());
+    xTree()->header()->setSectionHidden(a_ageColumn, true);
+    QTRY_VERIFY(isFilled());
+    xTree()->header()->moveSection(0, a_ageColumn);
+    QTRY_VERIFY(isFilled());
+    // As narrow as before in a narrow dock.
+    xTree()->header()->moveSection(a_ageColumn, 0);
+    xTree()->header()->setSectionHidden(a_ageColumn, false);
+    xSetWidth(420);
+    QTRY_VERIFY(xSection(a_ageColumn).width() < 15 * xTree()->fontMetrics().averageCharWidth());
+}
+
+void LooksTest::givesLongValuesTheRoomOfWideDocks() {
+    const std::string value = "walking to the charging station";
+    xSetWidth(1200);
+    fRobot->set("Robot/Mode", value);
+    QTRY_COMPARE(valueOf(fViewer, "Robot/Mode"), QString::fromStdString(value));
+    const QAbstractItemView* tree = xTree();
+    QTRY_VERIFY(xSection(a_valueColumn).width() >= tree->sizeHintForColumn(a_valueColumn));
+    QCOMPARE(xSection(0).width(), xRoomOfNames());
+    // Columns do not move back and forth.
+    const int width = xSection(a_valueColumn).width();
+    fRobot->set("Robot/Mode", std::string("charging"));
+    QTRY_COMPARE(valueOf(fViewer, "Robot/Mode"), QStringLiteral("charging"));
+    QCOMPARE(xSection(a_valueColumn).width(), width);
+    xSetWidth(480);
+    QTRY_VERIFY(xSection(a_valueColumn).right() < xTree()->viewport()->width());
 }
 
 void LooksTest::keepsTheFilterWideEnoughForWords() {
@@ -370,17 +430,8 @@ void LooksTest::fitsItsColumnsToAnotherFont() {
 
 void LooksTest::keepsWidthsThatWereChosen() {
     xSetWidth(1200);
-    QHeaderView* header = xTree()->header();
-    const int place = header->sectionViewportPosition(a_valueColumn) + xSection(1).width() - 1;
     const int width = xSection(a_valueColumn).width();
-    const QPoint border(place, header->height() / 2);
-    QTest::mousePress(header->viewport(), Qt::LeftButton, Qt::NoModifier, border);
-    // For a move by QCursor no button is pressed.
-    const QPoint end = border + QPoint(60, 0);
-    QMouseEvent drag(QEvent::MouseMove, end, header->mapToGlobal(end), Qt::NoButton, Qt::LeftButton,
-                     Qt::NoModifier);
-    QCoreApplication::sendEvent(header->viewport(), &drag);
-    QTest::mouseRelease(header->viewport(), Qt::LeftButton, Qt::NoModifier, end);
+    xDragBorder(a_valueColumn, 60);
     const int chosen = xSection(a_valueColumn).width();
     QVERIFY(chosen >= width + 50);
     xSetWidth(420);
@@ -419,7 +470,6 @@ void LooksTest::plotsInALowWindow() {
 }
 
 void LooksTest::cutsNoAgeOff() {
-    constexpr int ageColumn = 5;
     constexpr qint64 second = 1'000'000;
     const std::vector<std::pair<qint64, QString>> ages{{11 * 60 + 5, QStringLiteral("11:")},
                                                        {59 * 60 + 5, QStringLiteral("59:")},
@@ -435,13 +485,14 @@ void LooksTest::cutsNoAgeOff() {
     for (const auto& [age, text] : ages) {
         const QModelIndex index = indexOf(fViewer, "Robot/" + text);
         xTree()->scrollTo(index);
-        const QModelIndex cell = index.sibling(index.row(), ageColumn);
+        const QModelIndex cell = index.sibling(index.row(), a_ageColumn);
         QTRY_VERIFY2(cell.data().toString().startsWith(text), qPrintable(cell.data().toString()));
         for (const int width : {420, 640, 1200}) {
             xSetWidth(width);
             const int needed =
                 xTree()->itemDelegate()->sizeHint(QStyleOptionViewItem(), cell).width();
-            QTRY_VERIFY2(xSection(ageColumn).width() >= needed, qPrintable(cell.data().toString()));
+            QTRY_VERIFY2(xSection(a_ageColumn).width() >= needed,
+                         qPrintable(cell.data().toString()));
         }
     }
 }

@@ -30,7 +30,10 @@ constexpr std::array<ColumnSize, ColumnCount> a_sizes{{{0, ""},
 constexpr int a_padding = 2;
 /** Characters of names that must be visible before columns are squeezed or moved out of view. */
 constexpr int a_readableName = 20;
-constexpr int a_longName = 48;
+/** Characters up to which a column grows with its texts. */
+constexpr int a_longText = 48;
+/** Milliseconds between two measurements of values that change. */
+constexpr int a_valueTime = 1000;
 constexpr int a_mostCharacters = 1000;
 
 }  // namespace
@@ -38,10 +41,13 @@ constexpr int a_mostCharacters = 1000;
 KeyColumns::KeyColumns(KeyView* tree, KeyView* watch, QObject* parent)
     : QObject(parent), fTree(tree), fWatch(watch), fHeader(tree->header()) {
     fFitTimer.setSingleShot(true);
-    connect(&fFitTimer, &QTimer::timeout, this, [this] {
-        xMeasureNames();
+    fValueTimer.setSingleShot(true);
+    const auto fit = [this] {
+        xMeasure();
         xFit();
-    });
+    };
+    connect(&fFitTimer, &QTimer::timeout, this, fit);
+    connect(&fValueTimer, &QTimer::timeout, this, fit);
     connect(fHeader, &QHeaderView::sectionResized, this, &KeyColumns::xOnResized);
     connect(fHeader, &QHeaderView::sectionMoved, this, &KeyColumns::xFitSoon);
     xConnect(tree);
@@ -63,6 +69,11 @@ void KeyColumns::xConnect(KeyView* view) {
     connect(model, &QAbstractItemModel::rowsInserted, this, &KeyColumns::xFitSoon);
     connect(model, &QAbstractItemModel::layoutChanged, this, &KeyColumns::xFitSoon);
     connect(model, &QAbstractItemModel::modelReset, this, &KeyColumns::xFitSoon);
+    connect(model, &QAbstractItemModel::dataChanged, this, [this] {
+        if (!fValueTimer.isActive()) {
+            fValueTimer.start(a_valueTime);
+        }
+    });
 }
 
 QVariantList KeyColumns::saved() const {
@@ -90,6 +101,7 @@ void KeyColumns::restore(const QByteArray& header, const QVariantList& widths) {
 
 void KeyColumns::forgetNames() {
     fNames = 0;
+    fValues = 0;
     xFitSoon();
 }
 
@@ -102,10 +114,19 @@ bool KeyColumns::eventFilter(QObject* object, QEvent* event) {
     return QObject::eventFilter(object, event);
 }
 
-/** Visible names keep their width, so that columns do not move back and forth. */
-void KeyColumns::xMeasureNames() {
-    fNames = std::max(
-        {fNames, fTree->sizeHintForColumn(NameColumn), fWatch->sizeHintForColumn(NameColumn)});
+/** Visible texts keep their width, so that columns do not move back and forth. */
+void KeyColumns::xMeasure() {
+    const auto widen = [this](int& width, int column) {
+        width =
+            std::max({width, fTree->sizeHintForColumn(column), fWatch->sizeHintForColumn(column)});
+    };
+    widen(fNames, NameColumn);
+    widen(fValues, ValueColumn);
+}
+
+int KeyColumns::xNameWidth() const {
+    return fChosen[NameColumn] > 0 ? xSection(NameColumn).fWidth
+                                   : std::max(fNames, fHeader->sectionSizeHint(NameColumn));
 }
 
 int KeyColumns::xCharacter() const {
@@ -142,18 +163,24 @@ void KeyColumns::xFit() {
     const int room = fTree->viewport()->width();
     std::vector<Section> sections = xSections();
     const int title = fHeader->sectionSizeHint(NameColumn);
-    const int names =
-        fChosen[NameColumn] > 0 ? xSection(NameColumn).fWidth : std::max(fNames, title);
+    const int names = xNameWidth();
+    const int longText = a_longText * xCharacter();
 
     int others = 0;
     for (const Section& section : sections) {
         others += section.fWidth;
     }
-    const int wanted = std::min(names, a_longName * xCharacter());
+    const int wanted = std::min(names, longText);
     for (Section& section : sections) {
         const int given = std::clamp(others + wanted - room, 0, section.fWidth - section.fLeast);
         section.fWidth -= given;
         others -= given;
+        if (section.fColumn == ValueColumn && fChosen[ValueColumn] == 0) {
+            const int spare = std::max(room - names - others, 0);
+            const int more = std::clamp(std::min(fValues, longText) - section.fWidth, 0, spare);
+            section.fWidth += more;
+            others += more;
+        }
     }
     const int readable = std::min(names, a_readableName * xCharacter());
     auto seen = sections.size();
@@ -171,6 +198,31 @@ void KeyColumns::xFit() {
             fHeader->resizeSection(section.fColumn, section.fWidth);
         }
     }
+    xStretchLast();
+}
+
+int KeyColumns::xLastColumn() const {
+    int place = fHeader->count() - 1;
+    while (fHeader->isSectionHidden(fHeader->logicalIndex(place))) {
+        --place;  // the names are never hidden
+    }
+    return fHeader->logicalIndex(place);
+}
+
+/** Returns the width that the other columns leave for the last one. */
+int KeyColumns::xRoomForLast() const {
+    return fTree->viewport()->width() - (fHeader->length() - fHeader->sectionSize(xLastColumn()));
+}
+
+/** Lets the last column end where the view ends, without cutting it. */
+void KeyColumns::xStretchLast() {
+    const int last = xLastColumn();
+    const int usual = last == NameColumn ? xNameWidth() : xSection(last).fWidth;
+    {
+        const QScopedValueRollback<bool> fitting(fIsFitting, true);
+        fHeader->resizeSection(
+            last, std::max(std::min(fHeader->sectionSize(last), usual), xRoomForLast()));
+    }
     xAlign();
 }
 
@@ -183,8 +235,11 @@ void KeyColumns::xOnResized(int column, int before, int width) {
         xFitSoon();
         return;
     }
-    fChosen[static_cast<std::size_t>(column)] = static_cast<double>(width) / xCharacter();
-    xAlign();
+    // A width of the last column that is not needed would only become visible when it is narrow.
+    if (column != xLastColumn() || xRoomForLast() < before) {
+        fChosen[static_cast<std::size_t>(column)] = static_cast<double>(width) / xCharacter();
+    }
+    xStretchLast();
 }
 
 /** Aligns the columns of both areas. */

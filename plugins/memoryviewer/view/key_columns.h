@@ -19,11 +19,12 @@ class KeyView;
 /**
  * Column widths of the tree and of the watch list, whose columns are aligned with it.
  *
- * The name column is as wide as its names need, and remaining space is at the end. If there is less
- * space, the value column and those after it shrink to their minimum; then the last columns move
- * out of view to the right, where they can be scrolled to, until the names have some space; finally
- * the names are cut. The value column is always visible. Widths chosen by the user are stored in
- * characters, so that they scale with the font.
+ * The name column is as wide as its names need. The value column grows with long values while there
+ * is space, and the last column fills the rest. If there is less space, the value column and those
+ * after it shrink to their minimum; then the last columns move out of view to the right, where they
+ * can be scrolled to, until the names have some space; finally the names are cut. The value column
+ * is always visible. Widths chosen by the user are stored in characters, so that they scale with
+ * the font.
  */
 class KeyColumns : public QObject {
     Q_OBJECT
@@ -36,7 +37,7 @@ class KeyColumns : public QObject {
     QVariantList saved() const;
     /** Restores order and visibility of columns from a header's state, and chosen widths. */
     void restore(const QByteArray& header, const QVariantList& widths);
-    /** Resets the measured width of names; called when other names are shown. */
+    /** Resets the measured widths of names and values; called when other names are shown. */
     void forgetNames();
 
   protected:
@@ -50,8 +51,12 @@ class KeyColumns : public QObject {
     };
 
     void xConnect(KeyView* view);
-    void xMeasureNames();
+    void xMeasure();
     void xFit();
+    void xStretchLast();
+    int xLastColumn() const;
+    int xNameWidth() const;
+    int xRoomForLast() const;
     void xFitSoon() { fFitTimer.start(0); }
     std::vector<Section> xSections() const;
     Section xSection(int column) const;
@@ -63,8 +68,10 @@ class KeyColumns : public QObject {
     KeyView* fWatch;
     QHeaderView* fHeader;
     QTimer fFitTimer;
+    QTimer fValueTimer;
     std::array<double, ColumnCount> fChosen{};
-    int fNames = 0;  ///< maximum width of the visible names, in pixels
+    int fNames = 0;   ///< maximum width of the visible names, in pixels
+    int fValues = 0;  ///< the same of the values, as long as they are short enough
     bool fIsFitting = false;
 };
 
