@@ -174,6 +174,7 @@ class Session:
         """Serves it until its end, or until it leaves this RPC."""
         self._silence = 0
         try:
+            await stream.context.send_initial_metadata(())  # as in SideStream.serve()
             await asyncio.wait_for(stream.context.write(pb.ServerBatch(
                 messages=[self._hello_reply()])), self._service.silence)
             await run_until_first(self._read(stream, first, requests), self._write(stream),

@@ -60,6 +60,9 @@ class SideStream:
         session.streams.add(self)
         try:
             self._join(first, session)
+            # Not with the first update: gRPC sends no status behind a write that began the response
+            # and was cancelled.
+            await self._context.send_initial_metadata(())
             # Not only between two updates: a write takes as long as TCP tries to reach the client.
             await run_until_first(self._read(requests), self._send(), self._over.wait())
             if self._ending is not None:

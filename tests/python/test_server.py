@@ -462,6 +462,21 @@ def test_streams_follow_the_rules(serve):
     channel.close()
 
 
+def test_a_stream_is_refused_while_it_sends_its_first_message(serve, connect):
+    """The second start may arrive at any moment of the first update."""
+    server = serve()
+    fill(server)
+    session = connect(server.port)._session.hello.session_id
+    start = pb.SubscriptionRequest(start=pb.SubscriptionStart(
+        session_id=session, module="KVMemory", all_keys=True, rate=1000))
+    with grpc.insecure_channel(f"127.0.0.1:{server.port}") as channel:
+        stream = channel.stream_stream("/robaxi.v1.Robaxi/Subscribe",
+                                       pb.SubscriptionRequest.SerializeToString, bytes)
+        for _ in range(50):
+            end = end_of(lambda: list(stream(iter([start, start]), timeout=PATIENCE)))
+            assert end == (grpc.StatusCode.INVALID_ARGUMENT, pb.Error.INVALID_ARGUMENT)
+
+
 def unary(server, method, request, reply, **metadata):
     with grpc.insecure_channel(f"127.0.0.1:{server.port}") as channel:
         return channel.unary_unary(

@@ -613,7 +613,8 @@ def dead_after_attempt(passage: Any, message: Any) -> None:
 
 
 def new_start(_: Any, request: Any) -> None:
-    request.start.ClearField("known")
+    if request.HasField("start"):  # which changing a field of it would set
+        request.start.ClearField("known")
 
 
 def from_the_beginning(_: Any, request: Any) -> None:
