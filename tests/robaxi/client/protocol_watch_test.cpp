@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <future>
@@ -272,6 +273,65 @@ TEST_F(WatchingClient, RequestsAKeyFrameForItsListener) {
     ASSERT_TRUE(fListener.waitForFrame(1));
     fStream->requestKeyFrame();
     EXPECT_EQ(asked.get_future().wait_for(a_patience), std::future_status::ready);
+}
+
+TEST_F(WatchingClient, RequestsAKeyFrameLaterIfTheLastRequestWasJustNow) {
+    std::atomic<int> asked{0};
+    fRobot.fWatch = [this, &asked](RawServer::WatchStream& stream) {
+        stream.Write(chained(1, true));
+        v1::WatchRequest request;
+        for (std::uint64_t number = 2; asked < 2 && stream.Read(&request); ++number) {
+            asked += request.key_frame() ? 1 : 0;
+            stream.Write(chained(number));
+            if (asked < 2) {
+                // A listener that falls behind causes requests, too.
+                fListener.waitForFrame(number);
+            }
+        }
+    };
+    fStream = KVFrameStream::start(KVConnection::open(makeClient(), a_loopback, fRobot.port(), 5),
+                                   "Robot", "head", fListener.callbacks());
+    ASSERT_TRUE(fListener.waitUntil([this] { return fListener.fLast.has_value(); }));
+    fStream->requestKeyFrame();
+    ASSERT_TRUE(fListener.waitUntil([&] { return asked == 1; }));
+    fStream->requestKeyFrame();
+    EXPECT_TRUE(fListener.waitUntil([&] { return asked == 2; }));
+    fStream.reset();
+}
+
+TEST_F(WatchingClient, DeliversTheFramesThatWaitBeforeTheEnd) {
+    constexpr std::uint64_t last = 32;
+    Latch busy;
+    std::promise<void> hasEnded;
+    std::vector<std::uint64_t> numbersAtTheEnd;
+    fRobot.fStreamStatus = {grpc::StatusCode::NOT_FOUND, "gone"};
+    fRobot.fWatch = [&](RawServer::WatchStream& stream) {
+        stream.Write(chained(1, true));
+        busy.waitForEntries(1);
+        for (std::uint64_t number = 2; number <= last; ++number) {
+            stream.Write(chained(number));
+        }
+        v1::WatchRequest request;
+        while (stream.Read(&request) && request.received() < last) {
+        }
+        hasEnded.set_value();
+    };
+    fListener.fOnFrame = [&busy] { busy.enter(); };
+    KVFrameStream::Callbacks callbacks = fListener.callbacks();
+    callbacks.fEnded = [&, end = callbacks.fEnded](const KVError& error) {
+        numbersAtTheEnd = fListener.fNumbers;
+        end(error);
+    };
+    fStream = KVFrameStream::start(KVConnection::open(makeClient(), a_loopback, fRobot.port(), 5),
+                                   "Robot", "head", std::move(callbacks));
+    ASSERT_EQ(hasEnded.get_future().wait_for(a_patience), std::future_status::ready);
+    // The status arrives earlier than another connection is open.
+    KVConnection::open(makeClient(), a_loopback, fRobot.port(), 5);
+    busy.open();
+    ASSERT_TRUE(fListener.waitForEnd());
+    EXPECT_EQ(numbersAtTheEnd.size(), last);
+    fStream.reset();
+    EXPECT_EQ(fListener.count(), last);
 }
 
 TEST_F(BusyClient, KeepsNoMoreBytesThanAFrameMayHave) {

@@ -66,8 +66,8 @@ class ROBAXI_EXPORT KVFrameStream {
 
     /**
      * Requests a key frame of an H.264 stream, for a program that could not decode a frame or
-     * begins in the middle. The library asks the robot at most four times a second; other requests
-     * are ignored. May be called from any thread.
+     * begins in the middle. The library asks the robot at most four times a second; it asks later
+     * for an earlier request, unless a key frame arrives before. May be called from any thread.
      */
     void requestKeyFrame();
 

@@ -118,20 +118,26 @@ void FrameClient::xQueue(KVFrame frame) {
         fWaiting.clear();
         fChain.interrupt();
     }
+    fIsKeyWanted = fIsKeyWanted && !standsAlone(frame);
     if (fChain.accepts(frame)) {
         fWaiting.push_back(std::move(frame));
     } else {
         ++fPassedOver;
-        xRequestKeyFrame();
+        fIsKeyWanted = true;
     }
+    xRequestKeyFrame();
 }
 
-/** Requires fMutex. Returns true if there is a request to write. */
+/**
+ * Requires fMutex. Requests a key frame if one is wanted and the last request is long enough ago.
+ * Returns true if there is a request to write.
+ */
 bool FrameClient::xRequestKeyFrame() {
     const auto now = std::chrono::steady_clock::now();
-    if (now - fKeyRequested < a_keyFrameDistance) {
+    if (!fIsKeyWanted || now - fKeyRequested < a_keyFrameDistance) {
         return false;
     }
+    fIsKeyWanted = false;
     fKeyRequested = now;
     if (!fNextRequest) {
         fNextRequest.emplace().set_received(fReceived);
@@ -144,6 +150,7 @@ void FrameClient::requestKeyFrame() {
     bool isNew = false;
     {
         const std::lock_guard lock(fMutex);
+        fIsKeyWanted = true;
         isNew = !fIsStopped && xRequestKeyFrame();
     }
     if (isNew) {
@@ -151,14 +158,14 @@ void FrameClient::requestKeyFrame() {
     }
 }
 
-void FrameClient::xDeliver() {
+/** On the strand. Returns false if no frame waits. */
+bool FrameClient::xDeliverOne() {
     std::optional<KVFrame> frame;
     std::uint64_t passedOver = 0;
     {
         const std::lock_guard lock(fMutex);
         if (fIsStopped || fWaiting.empty()) {
-            fIsDelivering = false;
-            return;
+            return false;
         }
         frame = std::move(fWaiting.front());
         fWaiting.pop_front();
@@ -167,10 +174,16 @@ void FrameClient::xDeliver() {
     if (fCallbacks.fFrameReceived) {
         fCallbacks.fFrameReceived(*frame, passedOver);
     }
+    return true;
+}
+
+/** One frame each time, so that other streams have their turn. */
+void FrameClient::xDeliver() {
+    xDeliverOne();
     bool isMore = false;
     {
         const std::lock_guard lock(fMutex);
-        isMore = fIsDelivering = !fWaiting.empty();
+        isMore = fIsDelivering = !fIsStopped && !fWaiting.empty();
     }
     if (isMore) {
         xPost(&FrameClient::xDeliver);
@@ -178,7 +191,15 @@ void FrameClient::xDeliver() {
 }
 
 void FrameClient::xTellEnd(const KVError& error) {
-    if (fCallbacks.fEnded) {
+    // The frames that wait came before the end.
+    while (xDeliverOne()) {
+    }
+    bool isStopped = false;
+    {
+        const std::lock_guard lock(fMutex);
+        isStopped = fIsStopped;
+    }
+    if (!isStopped && fCallbacks.fEnded) {
         fCallbacks.fEnded(error);
     }
 }

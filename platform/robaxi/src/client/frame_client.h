@@ -48,6 +48,7 @@ class FrameClient : public ClientStream<PictureStream, grpc::ByteBuffer, grpc::B
     bool xIsRepeated(const KVFrame& frame);
     void xQueue(KVFrame frame);
     bool xRequestKeyFrame();
+    bool xDeliverOne();
     void xDeliver();
 
     const std::string fStream;
@@ -63,6 +64,7 @@ class FrameClient : public ClientStream<PictureStream, grpc::ByteBuffer, grpc::B
     std::deque<KVFrame> fWaiting;
     bool fIsDelivering = false;  // xDeliver() is posted or running
     KVFrameChain fChain;         // of the frames that were queued
+    bool fIsKeyWanted = false;   // not requested yet
     std::chrono::steady_clock::time_point fKeyRequested;
     std::uint64_t fPassedOver = 0;
 };
