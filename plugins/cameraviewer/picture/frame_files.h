@@ -32,6 +32,13 @@ struct StreamEnd {
     std::string fReason;
 };
 
+/** Result of recording a frame. */
+enum class FrameResult {
+    Recorded,
+    Dropped,  ///< the file does not accept it
+    Faulty    ///< the frame has a fault
+};
+
 /** The files of one recording. For one thread at a time, which they may block. */
 class FrameFiles {
   public:
@@ -41,10 +48,11 @@ class FrameFiles {
     FrameFiles& operator=(const FrameFiles&) = delete;
 
     /**
-     * @return false if the frame has a fault, and is left out
+     * Writes a frame, or leaves it out. The result is meaningless after a failure().
+     *
      * @throws std::bad_alloc
      */
-    virtual bool write(const ArrivedFrame& frame) = 0;
+    virtual FrameResult write(const ArrivedFrame& frame) = 0;
     /** Marks a gap, in files that can. */
     virtual void write(const StreamEnd& end) = 0;
 

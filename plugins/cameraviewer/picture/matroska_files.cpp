@@ -30,12 +30,16 @@ MatroskaFiles::MatroskaFiles(const QString& file, const PictureOrigin& origin,
       }) {
 }
 
-bool MatroskaFiles::write(const ArrivedFrame& arrived) {
+FrameResult MatroskaFiles::write(const ArrivedFrame& arrived) {
     if (arrived.fFrame.fault() != picture::FrameFault::None) {
-        return false;
+        return FrameResult::Faulty;
     }
     xCheckFreeSpace();
-    return !failure().isEmpty() || fFilm.write(arrived.fFrame, arrived.fArrival);
+    if (!failure().isEmpty()) {
+        return FrameResult::Dropped;
+    }
+    return fFilm.write(arrived.fFrame, arrived.fArrival) ? FrameResult::Recorded
+                                                         : FrameResult::Faulty;
 }
 
 /** Ends the recording while there is enough space to complete its file. */

@@ -23,7 +23,7 @@ class MatroskaFiles : public FrameFiles {
      */
     MatroskaFiles(const QString& file, const PictureOrigin& origin, std::int64_t freeSpace);
 
-    bool write(const ArrivedFrame& arrived) override;
+    FrameResult write(const ArrivedFrame& arrived) override;
     void write(const StreamEnd& /*end*/) override {}
     void finish(std::uint64_t /*dropped*/) override { fFilm.finish(); }
     QString failure() const override;

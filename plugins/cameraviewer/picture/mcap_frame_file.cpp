@@ -22,14 +22,14 @@ McapFrameFile::McapFrameFile(const QString& file, const PictureOrigin& origin)
                                                             origin.fDescription);
 }
 
-bool McapFrameFile::write(const ArrivedFrame& arrived) {
+FrameResult McapFrameFile::write(const ArrivedFrame& arrived) {
     const KVFrame& frame = arrived.fFrame.frame();
     if (arrived.fFrame.fault() != picture::FrameFault::None ||
         !robot_recording::CameraTopic::canWrite(frame)) {
-        return false;
+        return FrameResult::Faulty;
     }
     if (!fFailure.isEmpty()) {
-        return true;
+        return FrameResult::Dropped;
     }
     robot_recording::EventTopic& events = fFile->events();
     if (arrived.fDropped > 0) {
@@ -37,13 +37,15 @@ bool McapFrameFile::write(const ArrivedFrame& arrived) {
     }
     events.report();
     xEndGap();
-    if (!fTopic->write(frame, arrived.fLogTime)) {
+    const bool isRecorded = fTopic->write(frame, arrived.fLogTime);
+    if (isRecorded) {
+        fDuration = fClock.next(frame.fTime, arrived.fArrival);
+    } else {
         events.countDrops();
     }
-    fDuration = fClock.next(frame.fTime, arrived.fArrival);
     fFile->addIconIfDone();
     xCheck();
-    return true;
+    return isRecorded ? FrameResult::Recorded : FrameResult::Dropped;
 }
 
 void McapFrameFile::write(const StreamEnd& end) {

@@ -20,7 +20,7 @@ class McapFrameFile : public FrameFiles {
     /** Creates the file, replacing an existing one. */
     McapFrameFile(const QString& file, const PictureOrigin& origin);
 
-    bool write(const ArrivedFrame& frame) override;
+    FrameResult write(const ArrivedFrame& frame) override;
     void write(const StreamEnd& end) override;
     void finish(std::uint64_t dropped) override;
     QString failure() const override { return fFailure; }

@@ -108,16 +108,26 @@ struct Recorder::Private {
         fStatus.fSeconds = static_cast<double>(files.duration()) / base::a_microsecondsPerSecond;
     }
 
-    void count(std::uint64_t RecorderStatus::*counter) {
+    void count(FrameResult result) {
         const std::lock_guard lock(fMutex);
-        ++(fStatus.*counter);
+        switch (result) {
+            case FrameResult::Recorded:
+                ++fStatus.fFrames;
+                break;
+            case FrameResult::Dropped:
+                ++fStatus.fDropped;
+                break;
+            case FrameResult::Faulty:
+                ++fStatus.fRefused;
+                break;
+        }
     }
 
     void write(FrameFiles& files, const Offer& offer) {
         if (const auto* frame = std::get_if<ArrivedFrame>(&offer)) {
-            const bool isSound = files.write(*frame);
+            const FrameResult result = files.write(*frame);
             if (files.failure().isEmpty()) {
-                count(isSound ? &RecorderStatus::fFrames : &RecorderStatus::fRefused);
+                count(result);
             }
         } else {
             files.write(std::get<StreamEnd>(offer));

@@ -29,7 +29,8 @@ struct RecorderStatus {
     QString fFile;               ///< the current file, or the last one
     int fFiles = 0;              ///< number of files
     std::uint64_t fFrames = 0;   ///< recorded
-    std::uint64_t fDropped = 0;  ///< not recorded: encoding or the disk is too slow
+    std::uint64_t fDropped = 0;  ///< not recorded: encoding or the disk is too slow, or the file
+                                 ///< does not accept them
     std::uint64_t fRefused = 0;  ///< not recorded: they have a fault
     std::int64_t fBytes = 0;     ///< of all files
     double fSeconds = 0;         ///< from the first recorded frame to the last

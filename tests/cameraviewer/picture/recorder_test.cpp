@@ -346,6 +346,22 @@ TEST_F(RecorderTest, MarksGapsInAnMcapFile) {
                 testing::ElementsAre("begin", "camera ended", "camera continues", "lost", "end"));
 }
 
+TEST_F(RecorderTest, CountsFramesThatTheFileDoesNotAcceptAsDropped) {
+    PictureOrigin origin = fOrigin;
+    // The description of the channel has the name, and at most 16 MiB.
+    origin.fCamera = QString(17 << 20, QLatin1Char('x'));
+    fRecorder.start(path("a.mcap"), origin);
+    fRecorder.offer(picture::check(frameAt(0)));
+    fRecorder.offer(picture::check(frameAt(1)));
+    const RecorderStatus status = fRecorder.stopAndWait();
+    EXPECT_EQ(status.fState, State::Done) << qPrintable(status.fFailure);
+    EXPECT_EQ(status.fFrames, 0U);
+    EXPECT_EQ(status.fDropped, 2U);
+    EXPECT_EQ(status.fSeconds, 0);
+    EXPECT_THAT(eventsOf(path("a.mcap")),
+                testing::ElementsAre("begin", "dropped", "dropped", "end"));
+}
+
 TEST_F(RecorderTest, SaysWhyAnMcapFileCannotBeWritten) {
     fRecorder.start(path("none/a.mcap"), fOrigin);
     const RecorderStatus status = fRecorder.waitForEnd();
