@@ -1,6 +1,8 @@
 // Writes recordings as the viewers do, for a reader that is not ours:
 //
-//   viewer_recordings MEMORY.mcap CAMERA.mcap
+//   viewer_recordings MEMORY.mcap CAMERA.mcap ADDRESS
+//
+// The robot has the address, where its icon is downloaded.
 #include "recording/change_recorder.h"
 
 #include <QByteArray>
@@ -15,10 +17,10 @@ namespace {
 constexpr std::int64_t a_time = 1'600'000'000'000'000;
 constexpr int a_count = 500;
 
-void recordValues(const QString& file) {
+void recordValues(const QString& file, const std::string& address) {
     using memoryviewer::RecordedChange;
     memoryviewer::ChangeRecorder recorder;
-    recorder.setRobot({"robot1", "127.0.0.1", "127.0.0.1", 9559});
+    recorder.setRobot({"robot1", address, address, 9559});
     recorder.start(file);
     KVKeyInfo info;
     info.fName = "Head/Yaw";
@@ -30,9 +32,10 @@ void recordValues(const QString& file) {
     recorder.record(memoryviewer::RecordedEvent{"lost", "a \"reason\"\n", {}});
 }
 
-void recordFrames(const QString& file) {
+void recordFrames(const QString& file, const std::string& address) {
     cameraviewer::Recorder recorder;
     cameraviewer::PictureOrigin origin{QStringLiteral("robot1"), QStringLiteral("head")};
+    origin.fAddress = address;
     recorder.start(file, origin);
     for (std::uint64_t i = 1; i <= 3; ++i) {
         KVFrame frame = obvista_test::makeFrame(KVPixelFormat::Rgb888, 4, 2, 12,
@@ -49,7 +52,8 @@ void recordFrames(const QString& file) {
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
-    recordValues(arguments.at(1));
-    recordFrames(arguments.at(2));
+    const std::string address = arguments.at(3).toStdString();
+    recordValues(arguments.at(1), address);
+    recordFrames(arguments.at(2), address);
     return 0;
 }

@@ -8,6 +8,7 @@ RobotIconDownload::RobotIconDownload(std::string address, std::chrono::milliseco
     : fThread([this, address = std::move(address), timeout, done = std::move(done)] {
           fIcon = getRobotIcon(address, timeout, &fIsCancelled);
           fIsDone = true;
+          fEnding.set_value();
           if (done) {
               done();
           }

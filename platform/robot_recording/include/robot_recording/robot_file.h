@@ -43,7 +43,7 @@ class RobotFile {
     /** Writes the icon if it has arrived. Call it now and then. */
     void addIconIfDone();
 
-    /** Writes what is left and completes the file. */
+    /** Writes what is left, also an icon that arrives within a second, and completes the file. */
     void finish();
 
   private:
