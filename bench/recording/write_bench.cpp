@@ -1,12 +1,13 @@
-// Measures the bytes of messages that a recording takes in a second, compared with writing the same
-// bytes with write(2) and with compressing them with zstd on one thread, in pieces of a chunk's
-// size. Small messages become larger in a recording: each is a record with 31 bytes of numbers and
-// times. So zstd is measured with those records, too, which any recording has to compress. Two
-// threads of the writer compress: with fewer than three free processors compare the processor time.
+// Measures how fast messages are recorded, compared with writing the same bytes with write(2) and
+// with compressing them with zstd on one thread, in pieces of a chunk's size. The bytes are those
+// that a chunk contains: each message is a record with 31 bytes of numbers and times before its
+// data. Two threads of the writer compress: with fewer than three free processors compare the
+// processor time.
 //
 //   recording_write_bench [MEGABYTES [FOLDER]]
 //
-// The messages are 60 bytes of JSON on 1000 channels, or JPEG-like pictures of 100 kB.
+// The messages are 60 bytes of JSON on 1000 channels, or JPEG-like pictures of 100 kB; MEGABYTES of
+// them. The figures are megabytes of records in a second.
 #include "bench/figures.h"
 
 #include <algorithm>
@@ -93,14 +94,6 @@ std::string recordsOf(const std::vector<std::string>& messages) {
     return all;
 }
 
-std::string joined(const std::vector<std::string>& messages) {
-    std::string all;
-    for (const std::string& message : messages) {
-        all += message;
-    }
-    return all;
-}
-
 void writePlainly(const std::string& path, const std::string& bytes) {
     const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
     for (std::size_t offset = 0; offset < bytes.size(); offset += a_chunk) {
@@ -140,27 +133,33 @@ void record(const std::string& path, const std::vector<std::string>& messages,
     writer.finish();
 }
 
-void print(const char* name, const Figure& figure, double megabytes) {
-    std::printf("  %-34s %8.0f MB/s, %6.1f ns of processor time a byte\n", name,
+/** Prints a figure and, with a floor, its share of the floor's speed. */
+void print(const char* name, const Figure& figure, double megabytes,
+           const Figure* floor = nullptr) {
+    std::printf("  %-28s %6.0f MB/s, %5.2f ns of processor time a byte", name,
                 megabytes / figure.fSeconds, figure.fProcessorSeconds * 1e3 / megabytes);
+    if (floor != nullptr) {
+        std::printf(", %3.0f %% of the floor", 100 * floor->fSeconds / figure.fSeconds);
+    }
+    std::printf("\n");
 }
 
 void compare(const char* title, const std::vector<std::string>& messages, const std::string& path) {
-    const std::string bytes = joined(messages);
-    const double megabytes = static_cast<double>(bytes.size()) / a_megabyte;
-    std::printf("%s: %zu messages, %.0f MB\n", title, messages.size(), megabytes);
-    using recording::Compression;
-    print("write(2)", measure([&] { writePlainly(path, bytes); }), megabytes);
-    print("zstd", measure([&] { compress(bytes); }), megabytes);
     const std::string records = recordsOf(messages);
-    print("zstd of the records", measure([&] { compress(records); }), megabytes);
+    const double megabytes = static_cast<double>(records.size()) / a_megabyte;
+    std::printf("%s: %zu messages, %.0f MB in records\n", title, messages.size(), megabytes);
+    using recording::Compression;
+    const Figure written = measure([&] { writePlainly(path, records); });
+    print("write(2)", written, megabytes);
     // Cutting off a file of an earlier measurement takes time.
     std::filesystem::remove(path);
     print("recording, not compressed", measure([&] { record(path, messages, Compression::None); }),
-          megabytes);
+          megabytes, &written);
     std::filesystem::remove(path);
-    print("recording, zstd", measure([&] { record(path, messages, Compression::Zstd); }),
-          megabytes);
+    const Figure compressed = measure([&] { compress(records); });
+    print("zstd", compressed, megabytes);
+    print("recording, zstd", measure([&] { record(path, messages, Compression::Zstd); }), megabytes,
+          &compressed);
     std::filesystem::remove(path);
 }
 
