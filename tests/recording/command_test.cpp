@@ -121,7 +121,7 @@ TEST(RecordingCommand, InfoReadsTheStatisticsOfALargeFileOnly) {
     const std::string path = writeLargeFile({});
     const std::uint64_t before = bytesRead();
     ASSERT_GT(before, 0U);
-    const recording::Reader reader(path);
+    recording::Reader reader(path);
     const std::string text = robaxi_tool::textOfRecording(path, reader);
     constexpr std::uint64_t most = 1'000'000;
     EXPECT_LT(bytesRead() - before, most);

@@ -16,6 +16,7 @@
 #include <matroska_reading.h>
 #include <nlohmann/json.hpp>
 #include <robot_recording/image_message.h>
+#include <utility>
 #include <vector>
 
 namespace recording_test {
@@ -93,6 +94,13 @@ class Sample {
     void write(std::uint16_t channel, const std::string& data) {
         const std::uint64_t time = a_start + fMessages * a_millisecond;
         fWriter.write({channel, ++fMessages, time, time - a_late, data});
+    }
+    /** Writes messages at the same time. */
+    void writeTogether(const std::vector<std::pair<std::uint16_t, std::string>>& messages) {
+        const std::uint64_t time = a_start + fMessages * a_millisecond;
+        for (const auto& [channel, data] : messages) {
+            fWriter.write({channel, ++fMessages, time, time - a_late, data});
+        }
     }
     void write(std::uint16_t channel, KVFrame frame) {
         frame.fTime = 0;
@@ -190,6 +198,77 @@ TEST(Export, KeysAndASpanOfTimeAreChosen) {
     EXPECT_EQ(2, report["values"]);
     EXPECT_THAT(valuesOf(csv), ElementsAre("key|value|unit|type", "Other|true||bool", "|7||lost",
                                            "Joint/Knee|nan|rad|float"));
+}
+
+/** The rows of a CSV file of --wide without the times. */
+std::vector<std::vector<std::string>> tableOf(const std::string& file) {
+    std::vector<std::vector<std::string>> table;
+    for (const Json& row : rowsOf(file)) {
+        table.emplace_back(row.begin() + 1, row.end());
+    }
+    return table;
+}
+
+TEST(Export, AWideTableHasAColumnForEachKey) {
+    const std::string csv = pathOf("wide.csv");
+    std::filesystem::remove(csv);
+    EXPECT_EQ(csv + '\n', outputOf({valueSample(), "--wide", "-o", csv}));
+    using Row = std::vector<std::string>;
+    const std::string text = "'=a, \"b\"\\n";
+    const std::string list = R"([1,"<3 bytes>"])";
+    EXPECT_THAT(tableOf(csv),
+                ElementsAre(Row{"Joint/Knee", "State", "List", "Other"}, Row{"0.25", "", "", ""},
+                            Row{"0.25", text, "", ""}, Row{"0.25", text, list, ""},
+                            Row{"0.25", text, list, "true"},
+                            // The list was removed.
+                            Row{"nan", text, "", "true"},
+                            // The connection was lost.
+                            Row{"1e-09", "", "", ""}));
+    const Json rows = rowsOf(csv);
+    EXPECT_EQ("time", rows[0][0]);
+    EXPECT_EQ("2023-11-14T22:13:10.000000Z", rows[1][0]);
+}
+
+TEST(Export, AWideTableHasARowForEachUpdateOfTheChosenKeys) {
+    Sample sample("updates.mcap");
+    sample.addRobot("robot1");
+    const std::uint16_t a = sample.addKey("/robot1/memory/a", "robaxi.Int");
+    const std::uint16_t b = sample.addKey("/robot1/memory/b", "robaxi.Text");
+    const std::uint16_t c = sample.addKey("/robot1/memory/c", "robaxi.Int");
+    sample.write(c, R"({"value":0})");
+    sample.writeTogether({{a, R"({"value":1})"}, {b, R"({"value":"x"})"}, {a, R"({"value":2})"}});
+    sample.write(b, "{\"value\":\"" + std::string(20'000, 'y') + "\"}");
+    const std::string file = sample.finish();
+    const std::string csv = pathOf("updates.csv");
+    std::filesystem::remove(csv);
+    const ToolResult result = runExport({file, "--wide", "-k", "[ab]", "-o", csv});
+    EXPECT_EQ(0, result.fStatus);
+    EXPECT_THAT(result.fErrors,
+                HasSubstr("Left out, since they are too long for a cell: 1 values."));
+    using Row = std::vector<std::string>;
+    EXPECT_THAT(tableOf(csv), ElementsAre(Row{"a", "b"}, Row{"2", "x"}, Row{"2", ""}));
+}
+
+TEST(Export, AWideTableHasNoMoreColumnsThanASpreadsheet) {
+    constexpr int most = 16'383;
+    const auto groupOf = [](int keys) {
+        std::string group = "{\"k0\":0";
+        for (int key = 1; key < keys; ++key) {
+            group += ",\"k" + std::to_string(key) + "\":0";
+        }
+        return group + '}';
+    };
+    const std::string csv = pathOf("columns.csv");
+    std::filesystem::remove(csv);
+    for (const int keys : {most + 1, most}) {
+        Sample sample("columns.mcap");
+        sample.addRobot("robot1");
+        sample.write(sample.addKey("/robot1/memory", "robaxi.Values"), groupOf(keys));
+        const ToolResult result = runExport({sample.finish(), "--wide", "-o", csv});
+        EXPECT_EQ(keys > most ? a_cannotWrite : 0, result.fStatus) << result.fErrors;
+        EXPECT_EQ(keys <= most, std::filesystem::exists(csv));
+    }
+    EXPECT_EQ(std::size_t{most}, tableOf(csv).at(1).size());
 }
 
 TEST(Export, FieldsOfOtherProgramsAreKeys) {
@@ -370,6 +449,7 @@ TEST(Export, RefusesWrongWords) {
     expectFailure(a_wrongUsage, "needs -o NAME.csv, NAME.mkv or NAME.png",
                   {values, "-o", pathOf("refused.txt")});
     expectFailure(a_wrongUsage, "--key is for CSV files", {pictures, "-k", "x", "-o", film});
+    expectFailure(a_wrongUsage, "--wide is for CSV files", {pictures, "--wide", "-o", film});
     expectFailure(a_cannotWrite, "exists", {values, "-o", writeBytes("there.csv", "precious")});
     EXPECT_EQ("precious", bytesOf(pathOf("there.csv")));
     expectFailure(a_cannotWrite, "No such file", {values, "-o", pathOf("no/x.csv")});

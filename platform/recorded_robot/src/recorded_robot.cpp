@@ -56,6 +56,8 @@ RecordedChannel channelBySchema(const Channel& channel, const Schema* schema) {
         result.fContent = Content::ProtobufFields;
     } else if (channel.fMessageEncoding == "protobuf") {
         result.fReason = "it has no protobuf schema";
+    } else if (channel.fMessageEncoding.empty()) {
+        result.fReason = "its messages have no encoding";
     } else {
         result.fReason = "the encoding '" + channel.fMessageEncoding + "' is not supported";
     }
@@ -170,6 +172,10 @@ std::vector<RecordedRobot> robotsOf(const Reader& reader) {
 }
 
 std::vector<RecordedRobot> replayableRobots(const Reader& reader, const std::string& file) {
+    if (const std::string compression = reader.unknownCompression(); !compression.empty()) {
+        throw RobotChoiceError(base::oneLine(file) + " is compressed with \"" + compression +
+                               "\", which is not supported");
+    }
     std::vector<RecordedRobot> robots = robotsOf(reader);
     robots.erase(std::remove_if(robots.begin(), robots.end(),
                                 [](const RecordedRobot& robot) { return !canBeReplayed(robot); }),

@@ -171,6 +171,18 @@ const std::vector<StoredChunk>& ChunkStore::chunks() {
     return fChunks;
 }
 
+std::string ChunkStore::unknownCompression() const {
+    Scanner scanner(fFile, fChunkIndex.fStart, fChunkIndex.fEnd);
+    while (const std::optional<OuterRecord> record = scanner.next()) {
+        if (record->fOpcode == Opcode::ChunkIndex) {
+            const ChunkIndex index = readChunkIndex(fieldsOf(fFile, *record));
+            return isKnownCompression(index.fCompression) ? std::string()
+                                                          : shownCompression(index.fCompression);
+        }
+    }
+    return {};
+}
+
 void ChunkStore::xReadChunkIndex() {
     fChunks.clear();
     Scanner scanner(fFile, fChunkIndex.fStart, fChunkIndex.fEnd);

@@ -45,6 +45,9 @@ class ChunkStore {
     /** In the order of their times. Reads the chunk index when called for the first time. */
     const std::vector<StoredChunk>& chunks();
 
+    /** See Reader. */
+    std::string unknownCompression() const;
+
     /** Returns the first chunk from which on one may end at a time or later. */
     std::size_t firstEndingAt(std::uint64_t time) const;
 

@@ -64,6 +64,15 @@ std::string_view nameOf(Compression compression) {
     return a_none;
 }
 
+bool isKnownCompression(std::string_view name) {
+    return name == a_none || name == a_zstd || name == a_lz4;
+}
+
+std::string shownCompression(std::string_view name) {
+    constexpr std::size_t longest = 40;
+    return base::oneLine(base::shortened(name, longest));
+}
+
 struct Compressor::Contexts {
     std::unique_ptr<ZSTD_CCtx, FreeZstd> fZstd{checked(ZSTD_createCCtx())};
     int fLevel = 1;
@@ -153,8 +162,7 @@ std::string Decompressor::decompress(std::string_view compression, std::string_v
         }
         return expected != 0 || written != size ? damaged : "";
     }
-    return "is compressed with \"" + base::oneLine(base::shortened(compression, 40)) +
-           "\", which is not supported";
+    return "is compressed with \"" + shownCompression(compression) + "\", which is not supported";
 }
 
 }  // namespace recording

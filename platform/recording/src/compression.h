@@ -28,6 +28,10 @@ bool isTooLarge(std::uint64_t uncompressed, std::uint64_t compressed);
 
 /** The name of a compression in a file. */
 std::string_view nameOf(Compression compression);
+/** Returns true if a Decompressor can read a compression of this name. */
+bool isKnownCompression(std::string_view name);
+/** Returns the untrusted name of a compression for people. */
+std::string shownCompression(std::string_view name);
 
 /** Compresses chunks. For one thread. */
 class Compressor {

@@ -68,6 +68,10 @@ bool Reader::isWhole() const {
     return fStore->isWhole();
 }
 
+std::string Reader::unknownCompression() const {
+    return fStore->unknownCompression();
+}
+
 const std::vector<Damage>& Reader::damages() const {
     return fStore->damages();
 }

@@ -176,9 +176,11 @@ void Stage::xAddCamera(Reader& reader, const std::string& name, std::uint16_t fi
     Camera camera{{first}, xFirstFrame(reader, first), std::nullopt, nullptr};
     if (!camera.fFirst || camera.fFirst->fWidth == 0 || camera.fFirst->fHeight == 0) {
         const ReplayedFilm* const film = fChannelsById.at(first).fFilm.get();
-        if (film != nullptr && film->fault() == picture::FrameFault::NoH264Decoder) {
-            complain(notReplayed(reader, first, faultText(film->fault())));
-        }
+        const bool isDecoderMissing =
+            film != nullptr && film->fault() == picture::FrameFault::NoH264Decoder;
+        complain(notReplayed(reader, first,
+                             isDecoderMissing ? faultText(film->fault())
+                                              : std::string(recorded_robot::a_noPicture)));
         return;
     }
     if (!fVideo) {

@@ -3,6 +3,7 @@
 //   node peer.mjs read FILE            everything in the file, read in two ways, as JSON
 //   node peer.mjs decode FILE          every message, decoded by its channel's schema
 //   node peer.mjs write-fields FILE    a file as another program writes it
+//   node peer.mjs write-layout FILE N  a file in the layout of a kind of program, see layouts
 //   node peer.mjs write FILE OPTIONS   a file as OPTIONS (JSON) say; its content as JSON
 import { crc32 } from "@foxglove/crc";
 import { McapIndexedReader, McapStreamReader, McapWriter } from "@mcap/core";
@@ -161,7 +162,6 @@ async function writeFields(path) {
   ).root;
   const arm = root.lookupType("maker.Arm");
   const set = protobufDescriptor.FileDescriptorSet.encode(root.toDescriptor("proto3")).finish();
-  const text = (value) => new TextEncoder().encode(value);
   const add = async (topic, messageEncoding, name, encoding, data) =>
     writer.registerChannel({
       topic,
@@ -181,6 +181,129 @@ async function writeFields(path) {
     await write(arms, arm.encode({ joints: i, tip: { x: -i }, loads: [1, 2] }).finish());
     await write(camera, text(JSON.stringify({ width: 2, height: 1, step: 2, encoding: "mono8", data: "AQI=" })));
     await write(tf, new Uint8Array([1]));
+  }
+  await writer.end();
+  await file.close();
+  return {};
+}
+
+const text = (value) => new TextEncoder().encode(value);
+const everyIndexMissing = {
+  useStatistics: false,
+  useSummaryOffsets: false,
+  useChunkIndex: false,
+  useMessageIndex: false,
+  repeatChannels: false,
+  repeatSchemas: false,
+  useAttachmentIndex: false,
+  useMetadataIndex: false,
+};
+
+// A message of a type that other files define, with all kinds of fields.
+function nestedProtobuf() {
+  const parse = (root, source) => protobuf.parse(source, root, { keepCase: true });
+  const root = new protobuf.Root();
+  parse(
+    root,
+    `syntax = "proto3"; package google.protobuf;
+     message Timestamp { int64 seconds = 1; int32 nanos = 2; }`,
+  );
+  parse(
+    root,
+    `syntax = "proto3"; package maker.parts;
+     message Motor { double load = 1; enum Mode { OFF = 0; ON = 1; } Mode mode = 2; }`,
+  );
+  parse(
+    root,
+    `syntax = "proto3"; package maker;
+     message Body {
+       message Limb {
+         google.protobuf.Timestamp stamp = 1;
+         repeated maker.parts.Motor motors = 2;
+         oneof tool { string gripper = 3; int32 drill = 4; }
+         uint64 serial = 5;
+         bytes raw = 6;
+         repeated bool flags = 7;
+       }
+     }`,
+  );
+  root.resolveAll();
+  const files = root.toDescriptor("proto3");
+  // The imports, which protobufjs leaves out.
+  const maker = files.file.find((each) => each.package === "maker");
+  maker.dependency = files.file.filter((each) => each !== maker).map((each) => each.name);
+  return {
+    type: root.lookupType("maker.Body.Limb"),
+    schema: protobufDescriptor.FileDescriptorSet.encode(files).finish(),
+  };
+}
+
+// Channels with their messages, as kinds of programs write them.
+const layouts = {
+  ros2: () => ({
+    profile: "ros2",
+    library: "libmcap 1.1.0",
+    metadata: ["rosbag2", new Map([["serialized_metadata", "rosbag2_bagfile_information:\n"]])],
+    channels: [
+      ["/joint_states", "cdr", "sensor_msgs/msg/JointState", "ros2msg", text("string[] name\n"), new Uint8Array(8)],
+      ["/image", "cdr", "sensor_msgs/msg/Image", "ros2idl", text("module sensor_msgs {};"), new Uint8Array(8)],
+    ],
+  }),
+  ros1: () => ({
+    profile: "ros1",
+    channels: [["/odom", "ros1", "nav_msgs/Odometry", "ros1msg", text("Header header\n"), new Uint8Array(4)]],
+  }),
+  // Values beside channels that nobody here reads.
+  mixed: () => ({
+    channels: [
+      ["/log", "json", "foxglove.Log", "jsonschema", text('{"type":"object"}'), text('{"timestamp":{"sec":1,"nsec":5},"level":2,"message":"hi","file":null}')],
+      ["/poses", "json", "foxglove.PosesInFrame", "jsonschema", text("{}"), text('{"frame_id":"map","poses":[{"position":{"x":1}}]}')],
+      ["no/schema", "json", undefined, undefined, undefined, text('{"a":{"b":true}}')],
+      ["/number", "json", undefined, undefined, undefined, text("-7.5")],
+      ["/cbor", "cbor", undefined, undefined, undefined, new Uint8Array([0xa0])],
+      ["/flat", "flatbuffer", "maker.Flat", "flatbuffer", new Uint8Array(4), new Uint8Array(8)],
+      ["/blob", "", undefined, undefined, undefined, new Uint8Array([1, 2])],
+      ["/proto", "protobuf", undefined, undefined, undefined, new Uint8Array([8, 1])],
+      ["/wrong", "protobuf", "maker.Wrong", "protobuf", new Uint8Array([1, 2, 3]), new Uint8Array([8, 1])],
+    ],
+  }),
+  nested: () => {
+    const { type, schema } = nestedProtobuf();
+    const message = type.encode(
+      type.fromObject({
+        stamp: { seconds: 12, nanos: 34 },
+        motors: [{ load: 0.5, mode: 1 }, { load: -1 }],
+        drill: 6,
+        serial: 99,
+        raw: new Uint8Array([1, 2]),
+        flags: [true, false],
+      }),
+    );
+    return { channels: [["/limb", "protobuf", "maker.Body.Limb", "protobuf", schema, message.finish()]] };
+  },
+  bare: () => ({
+    options: { ...everyIndexMissing, useChunks: false },
+    channels: [["/imu", "json", "Imu", "jsonschema", text("{}"), text('{"x":1}')]],
+  }),
+  compressed: () => ({
+    options: { compressChunk: (data) => ({ compression: "snappy", compressedData: data }) },
+    channels: [["/imu", "json", "Imu", "jsonschema", text("{}"), text('{"x":1}')]],
+  }),
+};
+
+async function writeLayout(path, name) {
+  const { profile = "", library = "not Obvista", metadata, options, channels } = layouts[name]();
+  const file = await open(path, "wx");
+  const writer = new McapWriter({ writable: new nodejs.FileHandleWritable(file), ...options });
+  await writer.start({ profile, library });
+  if (metadata) await writer.addMetadata({ name: metadata[0], metadata: metadata[1] });
+  for (const [topic, messageEncoding, schemaName, encoding, data, message] of channels) {
+    const schemaId = schemaName ? await writer.registerSchema({ name: schemaName, encoding, data }) : 0;
+    const channelId = await writer.registerChannel({ topic, messageEncoding, schemaId, metadata: new Map() });
+    for (let sequence = 0; sequence < 3; ++sequence) {
+      const time = 1700000000000000000n + BigInt(sequence) * 10000000n;
+      await writer.addMessage({ channelId, sequence, logTime: time, publishTime: time, data: message });
+    }
   }
   await writer.end();
   await file.close();
@@ -234,6 +357,8 @@ if (command === "read") {
   result = await decode(path, await loadDecompressHandlers());
 } else if (command === "write-fields") {
   result = await writeFields(path);
+} else if (command === "write-layout") {
+  result = await writeLayout(path, options);
 } else {
   result = await write(path, JSON.parse(options));
 }

@@ -7,6 +7,7 @@ The peers are npm's packages @mcap/core, @mcap/nodejs and @mcap/support, at the 
 package-lock.json. scripts/peers installs them; the test does so, too, if they are missing, and is
 skipped (status 77) on a machine without Node.
 """
+import http.server
 import json
 import os
 import pathlib
@@ -16,6 +17,7 @@ import socket
 import subprocess
 import sys
 import tempfile
+import threading
 import unittest
 
 HERE = pathlib.Path(__file__).resolve().parent
@@ -221,6 +223,87 @@ class TheirRobots(unittest.TestCase):
         self.assertEqual(history["times"], [start + i * 10000 for i in range(50)])
 
 
+class OtherLayouts(unittest.TestCase):
+    """Recordings as kinds of other programs write them: what can be replayed is, and `info` names the rest."""
+
+    def setUp(self):
+        self.folder = tempfile.TemporaryDirectory()
+        self.addCleanup(self.folder.cleanup)
+
+    def write(self, layout):
+        path = pathlib.Path(self.folder.name) / (layout + ".mcap")
+        run(["node", PEER, "write-layout", path, layout])
+        return path
+
+    def not_replayed(self, path):
+        info = run([ROBAXI, "recording", "info", path, "--json"])
+        return {each["topic"]: each["reason"] for each in info["not_replayed"]}
+
+    def refusal(self, path):
+        done = subprocess.run([ROBOT, "--replay", path, "--http-port", "0", "--no-announce"],
+                              capture_output=True, text=True, timeout=60)
+        self.assertNotEqual(done.returncode, 0)
+        return done.stderr
+
+    def values(self, path):
+        found = {}
+
+        def check(place):
+            def call(module, method, *arguments):
+                return run([ROBAXI, "call", "--json", place, module, method, *map(json.dumps, arguments)])
+            call("KVReplay", "seek", call("KVReplay", "getState")["end"])
+            found.update({key: call("KVMemory", "getData", key) for key in call("KVMemory", "getDataList", "")})
+        with_robot(["--replay", path, "--paused"], check)
+        return found
+
+    def test_ros2(self):
+        path = self.write("ros2")
+        self.assertEqual(run([ROBAXI, "recording", "info", path, "--json"])["profile"], "ros2")
+        self.assertEqual(self.not_replayed(path),
+                         dict.fromkeys(["/joint_states", "/image"], "the encoding 'cdr' is not supported"))
+        self.assertIn("has no values and pictures that can be replayed", self.refusal(path))
+
+    def test_ros1(self):
+        path = self.write("ros1")
+        self.assertEqual(self.not_replayed(path), {"/odom": "the encoding 'ros1' is not supported"})
+        self.assertIn("has no values and pictures that can be replayed", self.refusal(path))
+
+    def test_values_beside_what_cannot_be_read(self):
+        path = self.write("mixed")
+        reasons = self.not_replayed(path)
+        self.assertEqual(set(reasons), {"/cbor", "/flat", "/blob", "/proto", "/wrong"})
+        self.assertEqual(reasons["/cbor"], "the encoding 'cbor' is not supported")
+        self.assertEqual(reasons["/blob"], "its messages have no encoding")
+        self.assertEqual(reasons["/proto"], "it has no protobuf schema")
+        self.assertIn("The schema maker.Wrong cannot be used", reasons["/wrong"])
+        self.assertEqual(self.values(path), {
+            "log/timestamp/sec": 1, "log/timestamp/nsec": 5, "log/level": 2, "log/message": "hi",
+            "log/file": None,
+            "poses/frame_id": "map", "poses/poses": [{"position": {"x": 1}}], "no/schema/a/b": True,
+            "number": -7.5})
+
+    def test_nested_protobuf(self):
+        path = self.write("nested")
+        self.assertEqual(self.not_replayed(path), {})
+        values = self.values(path)
+        self.assertEqual(values.pop("limb/raw"), {"base64": "AQI="})
+        self.assertEqual(values, {
+            "limb/stamp/seconds": 12, "limb/stamp/nanos": 34, "limb/motors/0/load": 0.5,
+            "limb/motors/0/mode": 1, "limb/motors/1/load": -1, "limb/motors/1/mode": 0, "limb/drill": 6,
+            "limb/serial": 99, "limb/flags": [True, False]})
+
+    def test_without_any_index(self):
+        path = self.write("bare")
+        self.assertEqual(self.not_replayed(path), {})
+        self.assertEqual(self.values(path), {"imu/x": 1})
+
+    def test_unknown_compression(self):
+        path = self.write("compressed")
+        reason = 'the chunks are compressed with "snappy", which is not supported'
+        self.assertEqual(self.not_replayed(path), {"/imu": reason})
+        self.assertIn('is compressed with "snappy", which is not supported', self.refusal(path))
+
+
 class RecordedRobots(unittest.TestCase):
     """A recording of a simulated robot, as the peer shows it."""
 
@@ -278,6 +361,21 @@ class RecordedRobots(unittest.TestCase):
             self.assertEqual(len(data), content["step"] * content["height"])
 
 
+class IconServer(http.server.BaseHTTPRequestHandler):
+    """The web server of a robot. No other test uses its address."""
+    ADDRESS = "127.0.61.1"
+    ICON = bytes(range(256)) * 300
+
+    def do_GET(self):
+        # The server leaves out the doubled slash at the beginning.
+        self.send_response(200 if self.path == "/media/buddy.icon" else 404)
+        self.end_headers()
+        self.wfile.write(self.ICON)
+
+    def log_message(self, *_):
+        pass
+
+
 class ViewersRecordings(unittest.TestCase):
     """Recordings of the viewers, as the peer shows them."""
 
@@ -288,9 +386,36 @@ class ViewersRecordings(unittest.TestCase):
         self.addCleanup(self.folder.cleanup)
         self.memory = pathlib.Path(self.folder.name) / "memory.mcap"
         self.camera = pathlib.Path(self.folder.name) / "camera.mcap"
-        subprocess.run([VIEWERS, self.memory, self.camera], check=True)
+
+    def record(self):
+        subprocess.run([VIEWERS, self.memory, self.camera, IconServer.ADDRESS], check=True)
+
+    def test_icons(self):
+        try:
+            server = http.server.ThreadingHTTPServer((IconServer.ADDRESS, 80), IconServer)
+        except PermissionError:
+            self.skipTest("port 80 cannot be used")
+        with server:
+            threading.Thread(target=server.serve_forever).start()
+            try:
+                self.record()
+            finally:
+                server.shutdown()
+        for path in (self.memory, self.camera):
+            content = run(["node", PEER, "read", path])
+            for attachments in (content["stream"]["attachments"], content["indexed"]["attachments"]):
+                self.assertEqual([each["name"] for each in attachments], ["robot1/icon"])
+                self.assertTrue(bytes.fromhex(attachments[0]["data"]) == IconServer.ICON)
+            self.assertEqual(content["indexed"]["statistics"]["attachmentCount"], 1)
+            # The peer verifies the attachment's checksum.
+            whole = path.read_bytes()
+            place = whole.index(IconServer.ICON)
+            path.write_bytes(whole[:place] + b"\xff" + whole[place + 1:])
+            with self.assertRaisesRegex(AssertionError, "(?i)attachment.*crc|crc.*attachment"):
+                run(["node", PEER, "read", path])
 
     def check_file(self, path, count):
+        self.record()
         for content in (run(["node", PEER, "read", path])["indexed"], run([TOOL, "read", path])["indexed"]):
             self.assertEqual(len(content["messages"]), count)
         content = run(["node", PEER, "read", path])["indexed"]

@@ -209,6 +209,9 @@ TEST(Foreign, ImagesBecomeCameras) {
     ASSERT_EQ(1U, cameras.toList().size());
     EXPECT_EQ(KVValue("cam/left"), cameras.toList()[0].toMap().at("name"));
     EXPECT_EQ(KVValue("grey"), cameras.toList()[0].toMap().at("settings").toMap().at("format"));
+    EXPECT_THAT(file.complaints(),
+                ElementsAre("not replayed: /cam/png: its first picture cannot be shown",
+                            "not replayed: /cam/bad: its first picture cannot be shown"));
 }
 
 TEST(Foreign, PicturesThatNoRobotSendsAreConverted) {

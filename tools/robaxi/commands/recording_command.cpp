@@ -31,7 +31,8 @@ class RecordingCommand : public Command {
     std::string explanation() const override {
         return "info    prints what the recording contains, from its statistics\n"
                "check   reads all of it and verifies every checksum and every index\n"
-               "export  writes the values of a robot to a CSV file (-o NAME.csv), or the frames\n"
+               "export  writes the values of a robot to a CSV file (-o NAME.csv; with --wide it\n"
+               "        has a column for each key), or the frames\n"
                "        of a camera to a Matroska file (NAME.mkv) or to PNG files (NAME.png:\n"
                "        NAME-000001.png, ...), and prints their names\n"
                "cut     writes a recording of a span of time (--from, --to), of some keys, "
@@ -61,6 +62,7 @@ class RecordingCommand : public Command {
                          "given several times");
         options.addTexts("--topic", "TOPIC", &fChoice.fTopics,
                          "a topic to copy; may be given several times");
+        options.addSwitch("--wide", &fWide, "export a CSV file with a column for each key");
         options.addSwitch("--json", &fJson, "print one JSON object");
     }
 
@@ -74,8 +76,8 @@ class RecordingCommand : public Command {
         if (!isCopy && !fChoice.fTopics.empty()) {
             throw UsageError("--topic is for 'cut' and 'merge'");
         }
-        if (!isExport && !fRobot.empty()) {
-            throw UsageError("--robot is for 'export'");
+        if (!isExport && (!fRobot.empty() || fWide)) {
+            throw UsageError(std::string(fWide ? "--wide" : "--robot") + " is for 'export'");
         }
         if (!isCopy && !isExport && !(fFrom.empty() && fTo.empty() && fChoice.isEmpty())) {
             throw UsageError(
@@ -108,7 +110,7 @@ class RecordingCommand : public Command {
   private:
     void xInfo(const std::string& file, Surroundings& surroundings) const {
         const EndOnSignal ending(surroundings.fInterruption, {});
-        const recording::Reader reader(file);
+        recording::Reader reader(file);
         surroundings.fConsole.print(fJson ? jsonOfRecording(file, reader)
                                           : textOfRecording(file, reader));
     }
@@ -154,8 +156,11 @@ class RecordingCommand : public Command {
     void xExport(const std::string& file, Surroundings& surroundings) const {
         const ExportFormat format = xExportFormat();
         xRequireNewOutput();
-        if (format == ExportFormat::Csv ? !fChoice.fCameras.empty() : !fChoice.fPatterns.empty()) {
-            throw UsageError("--key is for CSV files, and --camera for Matroska and PNG files");
+        const bool areValues = format == ExportFormat::Csv || format == ExportFormat::WideCsv;
+        if (areValues ? !fChoice.fCameras.empty() : !fChoice.fPatterns.empty() || fWide) {
+            throw UsageError(fWide ? "--wide is for CSV files"
+                                   : "--key is for CSV files, and --camera for Matroska and PNG "
+                                     "files");
         }
         if (fChoice.fCameras.size() > 1) {
             throw UsageError("'export' takes one --camera");
@@ -185,6 +190,10 @@ class RecordingCommand : public Command {
                 "Left out, since they are damaged or of an unknown format: " +
                 std::to_string(report.fDamagedFrames) + " frames.");
         }
+        if (report.fLongValues > 0) {
+            surroundings.fConsole.complain("Left out, since they are too long for a cell: " +
+                                           std::to_string(report.fLongValues) + " values.");
+        }
         if (fJson) {
             surroundings.fConsole.print(jsonOfExport(report));
             return;
@@ -197,7 +206,7 @@ class RecordingCommand : public Command {
     ExportFormat xExportFormat() const {
         const std::string ending = std::filesystem::path(fOutput).extension().string();
         if (boost::iequals(ending, ".csv")) {
-            return ExportFormat::Csv;
+            return fWide ? ExportFormat::WideCsv : ExportFormat::Csv;
         }
         if (boost::iequals(ending, ".mkv")) {
             return ExportFormat::Matroska;
@@ -257,6 +266,7 @@ class RecordingCommand : public Command {
     std::string fTo;
     std::string fRobot;
     ChannelChoice fChoice;
+    bool fWide = false;
     bool fJson = false;
 };
 

@@ -4,6 +4,10 @@
 #include "export/value_export.h"
 #include "process/failure.h"
 
+#include <optional>
+#include <recorded_robot/channel_reader.h>
+#include <string>
+
 namespace robaxi_tool {
 
 namespace {
@@ -12,11 +16,43 @@ ExportReport exported(const ExportRequest& request) {
     try {
         const recorded_robot::RecordedRobot robot =
             recorded_robot::chosenRobot(request.fReader, request.fFile, request.fRobot);
-        return request.fFormat == ExportFormat::Csv ? exportValues(request, robot)
-                                                    : exportFrames(request, robot);
+        const bool areValues =
+            request.fFormat == ExportFormat::Csv || request.fFormat == ExportFormat::WideCsv;
+        return areValues ? exportValues(request, robot) : exportFrames(request, robot);
     } catch (const recorded_robot::RobotChoiceError& error) {
         throw Failure(ExitStatus::NotFound, std::string(error.what()) + '.');
     }
+}
+
+/** Returns the reason for which a camera is not replayed, or nothing. */
+std::string faultOfPictures(recording::Reader& reader, std::uint16_t id,
+                            const recorded_robot::ChannelReader& channel) {
+    recording::Selection selection;
+    selection.fChannels = {id};
+    picture::JpegReader jpegs;
+    const std::optional<recording::Message> message = reader.messages(selection).next();
+    const std::optional<KVFrame> frame =
+        message ? channel.frame(*message, jpegs) : std::optional<KVFrame>();
+    // Video has its size in a key frame, which may come later.
+    const bool isSound =
+        !message ||
+        (frame && (channel.channel().fIsVideo || (frame->fWidth != 0 && frame->fHeight != 0)));
+    return isSound ? std::string() : recorded_robot::a_noPicture;
+}
+
+std::map<std::uint16_t, std::string> checkedChannels(recording::Reader& reader,
+                                                     const recorded_robot::RecordedRobot& robot) {
+    std::map<std::uint16_t, std::string> faults;
+    for (const auto& [id, recorded] : robot.fChannels) {
+        const recorded_robot::ChannelReader channel(reader, id, recorded);
+        const recorded_robot::RecordedChannel& known = channel.channel();
+        const std::string fault =
+            hasPictures(known.fContent) ? faultOfPictures(reader, id, channel) : known.fReason;
+        if (!fault.empty()) {
+            faults.emplace(id, fault);
+        }
+    }
+    return faults;
 }
 
 }  // namespace
@@ -25,4 +61,8 @@ ExportReport exported(const ExportRequest& request) {
 
 robaxi_tool::Exporter* robaxiExporter() {
     return &robaxi_tool::exported;
+}
+
+robaxi_tool::ChannelCheck* robaxiChannelCheck() {
+    return &robaxi_tool::checkedChannels;
 }

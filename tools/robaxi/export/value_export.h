@@ -7,7 +7,10 @@
 
 namespace robaxi_tool {
 
-/** Writes the values of keys to a CSV file with the columns of the memory viewer's. */
+/**
+ * Writes the values of keys to a CSV file, with the columns of the memory viewer's or with one for
+ * each key.
+ */
 ExportReport exportValues(const ExportRequest& request, const recorded_robot::RecordedRobot& robot);
 
 }  // namespace robaxi_tool

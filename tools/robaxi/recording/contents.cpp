@@ -1,5 +1,7 @@
 #include "recording/contents.h"
 
+#include "export/exporter.h"
+#include "process/tool_library.h"
 #include "values/change_format.h"
 #include "values/value_text.h"
 
@@ -9,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <iomanip>
+#include <map>
 #include <recorded_robot/recorded_robot.h>
 #include <sstream>
 #include <vector>
@@ -90,14 +93,51 @@ struct LeftOut {
     std::string fReason;
 };
 
-/** The channels that a replay leaves out. */
-std::vector<LeftOut> leftOut(const Reader& reader) {
+/** Returns true if only the messages, or a protobuf schema, tell whether a channel is replayed. */
+bool needsCheck(const recorded_robot::RecordedRobot& robot) {
+    using recorded_robot::Content;
+    // Our own recordings need none, and the library for it takes long to load.
+    return robot.fName.empty() &&
+           std::any_of(robot.fChannels.begin(), robot.fChannels.end(), [](const auto& each) {
+               const Content content = each.second.fContent;
+               return content == Content::ProtobufFields || content == Content::Picture ||
+                      content == Content::JsonPicture;
+           });
+}
+
+/** Returns the reasons for which channels of a robot are not replayed. */
+std::map<std::uint16_t, std::string> faultsOf(Reader& reader,
+                                              const recorded_robot::RecordedRobot& robot) {
+    std::map<std::uint16_t, std::string> faults;
+    if (const std::string compression = reader.unknownCompression(); !compression.empty()) {
+        for (const auto& [id, channel] : robot.fChannels) {
+            faults.emplace(id, "the chunks are compressed with \"" + compression +
+                                   "\", which is not supported");
+        }
+        return faults;
+    }
+    for (const auto& [id, channel] : robot.fChannels) {
+        if (channel.fContent == recorded_robot::Content::Unknown) {
+            faults.emplace(id, channel.fReason);
+        }
+    }
+    if (needsCheck(robot)) {
+        try {
+            faults.merge((*functionOfToolLibrary<decltype(robaxiChannelCheck)>(
+                "robaxi_export", "robaxiChannelCheck")())(reader, robot));
+        } catch (const recording::RecordingError&) {
+            // A damaged part of the file; 'check' names it.
+        }
+    }
+    return faults;
+}
+
+/** Returns the channels that a replay leaves out. */
+std::vector<LeftOut> leftOut(Reader& reader) {
     std::vector<LeftOut> channels;
     for (const recorded_robot::RecordedRobot& robot : recorded_robot::robotsOf(reader)) {
-        for (const auto& [id, channel] : robot.fChannels) {
-            if (channel.fContent == recorded_robot::Content::Unknown) {
-                channels.push_back({reader.channels().at(id).fTopic, channel.fReason});
-            }
+        for (const auto& [id, fault] : faultsOf(reader, robot)) {
+            channels.push_back({reader.channels().at(id).fTopic, fault});
         }
     }
     return channels;
@@ -139,7 +179,7 @@ std::string recordedTimeText(std::uint64_t nanoseconds) {
     return timeText(static_cast<std::int64_t>(nanoseconds / base::a_nanosecondsPerMicrosecond));
 }
 
-std::string textOfRecording(const std::string& path, const Reader& reader) {
+std::string textOfRecording(const std::string& path, Reader& reader) {
     const recording::Statistics& statistics = reader.statistics();
     std::string text = row("File", path) + row("Size", sizeText(reader.fileSize())) +
                        row("State", stateOf(reader)) + row("Written by", reader.header().fLibrary);
@@ -170,7 +210,7 @@ std::string textOfRecording(const std::string& path, const Reader& reader) {
     return text;
 }
 
-std::string jsonOfRecording(const std::string& path, const Reader& reader) {
+std::string jsonOfRecording(const std::string& path, Reader& reader) {
     const recording::Statistics& statistics = reader.statistics();
     Json channels = Json::array();
     for (const Channel* channel : channelsOf(reader)) {

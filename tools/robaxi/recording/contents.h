@@ -22,8 +22,8 @@ std::string recordedTimeText(std::uint64_t nanoseconds);
 
 /** @name Contents of a recording in lines, and in one line of JSON; safe for a terminal */
 ///@{
-std::string textOfRecording(const std::string& path, const recording::Reader& reader);
-std::string jsonOfRecording(const std::string& path, const recording::Reader& reader);
+std::string textOfRecording(const std::string& path, recording::Reader& reader);
+std::string jsonOfRecording(const std::string& path, recording::Reader& reader);
 ///@}
 
 /** @name Result of a check */

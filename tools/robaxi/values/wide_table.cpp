@@ -13,11 +13,11 @@ WideTable::WideTable(const std::vector<std::string>& keys) : fWaiting(keys.size(
 }
 
 std::string WideTable::heading() const {
-    std::string line = "time";
+    std::string fields = "time";
     for (const Column& column : fColumns) {
-        line += ',' + csvText(column.fKey);
+        fields += ',' + csvText(column.fKey);
     }
-    return line + '\n';
+    return fields + '\n';
 }
 
 std::vector<std::string> WideTable::setPresent(const std::vector<std::string>& keys) {
@@ -31,8 +31,7 @@ std::vector<std::string> WideTable::setPresent(const std::vector<std::string>& k
     const std::unordered_set<std::string> present(keys.begin(), keys.end());
     for (Column& column : fColumns) {
         if (present.count(column.fKey) == 0) {
-            column.fField.clear();
-            fWaiting -= std::exchange(column.fHasHadValue, true) ? 0 : 1;
+            clear(column.fKey);
         }
     }
     return others;
@@ -41,25 +40,35 @@ std::vector<std::string> WideTable::setPresent(const std::vector<std::string>& k
 std::optional<std::string> WideTable::take(const std::vector<ChangeRow>& rows) {
     bool isChanged = false;
     for (const ChangeRow& row : rows) {
-        const auto found = fIndexes.find(row.fKey);
-        if (found == fIndexes.end()) {
-            continue;
+        if (hasColumn(row.fKey)) {
+            set(row.fKey, csvValue(row.fValue), row.fTime);
+            isChanged = true;
         }
-        Column& column = fColumns[found->second];
-        column.fField = csvValue(row.fValue);
-        fWaiting -= std::exchange(column.fHasHadValue, true) ? 0 : 1;
-        fTime = std::max(fTime, row.fTime);
-        isChanged = true;
     }
-    return isChanged && fWaiting == 0 ? std::make_optional(xLine()) : std::nullopt;
+    return isChanged && fWaiting == 0 ? std::make_optional(line()) : std::nullopt;
 }
 
-std::string WideTable::xLine() const {
-    std::string line = timeText(fTime);
-    for (const Column& column : fColumns) {
-        line += ',' + column.fField;
+void WideTable::set(const std::string& key, std::string field, std::int64_t time) {
+    const auto found = fIndexes.find(key);
+    if (found == fIndexes.end()) {
+        return;
     }
-    return line + '\n';
+    Column& column = fColumns[found->second];
+    column.fField = std::move(field);
+    fWaiting -= std::exchange(column.fHasHadValue, true) ? 0 : 1;
+    fTime = std::max(fTime, time);
+}
+
+void WideTable::clear(const std::string& key) {
+    set(key, {}, fTime);
+}
+
+std::string WideTable::line() const {
+    std::string fields = timeText(fTime);
+    for (const Column& column : fColumns) {
+        fields += ',' + column.fField;
+    }
+    return fields + '\n';
 }
 
 }  // namespace robaxi_tool

@@ -21,6 +21,9 @@ class WideTable {
     /** @param keys the columns in their order */
     explicit WideTable(const std::vector<std::string>& keys);
 
+    /** Returns true if the key has a column. */
+    bool hasColumn(const std::string& key) const { return fIndexes.count(key) != 0; }
+
     std::string heading() const;
 
     /**
@@ -40,14 +43,22 @@ class WideTable {
      */
     std::optional<std::string> take(const std::vector<ChangeRow>& rows);
 
+    /** @name The same in steps, for a table that does not wait for values. */
+    ///@{
+    /** Sets the cell of a key; empties it if `field` is empty. Other keys are ignored. */
+    void set(const std::string& key, std::string field, std::int64_t time);
+    /** Empties the cell of a key. */
+    void clear(const std::string& key);
+    /** Returns the line with the present cells and the newest time. */
+    std::string line() const;
+    ///@}
+
   private:
     struct Column {
         std::string fKey;
         std::string fField;         ///< empty without a value
         bool fHasHadValue = false;  ///< or has gone before its first
     };
-
-    std::string xLine() const;
 
     std::vector<Column> fColumns;
     std::unordered_map<std::string, std::size_t> fIndexes;  ///< of the columns, by key

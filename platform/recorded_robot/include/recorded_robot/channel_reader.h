@@ -24,6 +24,10 @@ bool hasPictures(Content content);
 /** Returns the robot's time of a message, or ours if it has none, in microseconds since 1970. */
 std::int64_t timeOf(const recording::Message& message);
 
+/** The reason for which a camera is left out, if its first picture cannot be read: a part of a
+ *  sentence. */
+constexpr const char* a_noPicture = "its first picture cannot be shown";
+
 /** Reads the messages of one channel of a recorded robot. */
 class ChannelReader {
   public:

@@ -48,7 +48,8 @@ struct RecordedRobot {
  */
 std::vector<RecordedRobot> robotsOf(const recording::Reader& reader);
 
-/** A recording has no such robot, or several. The text is a part of a sentence. */
+/** A recording has no such robot, or several, or cannot be read. The text is a part of a sentence.
+ */
 class RobotChoiceError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;

@@ -94,6 +94,12 @@ class Reader {
     /** Returns true if the file has its end and no damage was found so far. */
     bool isWhole() const;
 
+    /**
+     * Returns the compression of the first chunk if it cannot be read; empty otherwise, and for a
+     * file without chunk index.
+     */
+    std::string unknownCompression() const;
+
     /** The first 100 damaged parts found when the file was read as a whole. */
     const std::vector<Damage>& damages() const;
 
