@@ -1,5 +1,6 @@
 #include "main_window.h"
 
+#include "dock_buttons.h"
 #include "error_dialog.h"
 #include "identity.h"
 #include "plugin_call.h"
@@ -232,6 +233,7 @@ QClosableDockWidget* MainWindow::xCreateDock(const QString& pluginName, QWidget*
     connect(widget, SIGNAL(disconnected(WidgetInterface*)), this,
             SLOT(xOnDisconnected(WidgetInterface*)));
     auto* dock = new QClosableDockWidget(pluginName, this);
+    obvista::keepButtonsVisible(dock);
     dock->resize(widget->size());
     dock->setWidget(widget);
     dock->show();
