@@ -18,7 +18,6 @@ namespace {
 constexpr double a_timeOut = 30;
 /** Time between two calls of a replay that is busy with the histories of other programs. */
 constexpr std::chrono::milliseconds a_pause(250);
-constexpr int a_mostPauses = 120;  ///< as long as the time-out
 
 /** Throws KVError if the answer is not the agreed one. */
 std::vector<CurvePoint> pointsOf(const KVValue::Map& answer) {
@@ -56,11 +55,7 @@ HistoryClient::~HistoryClient() {
 
 void HistoryClient::request(const std::vector<HistoryRequest>& requests) {
     const std::lock_guard lock(fMutex);
-    fRequests.assign(requests.begin(), requests.end());
-    if (fInFlight) {
-        fRequests.erase(std::remove(fRequests.begin(), fRequests.end(), *fInFlight),
-                        fRequests.end());
-    }
+    fRequests = requests;
     if (!fRequests.empty() && !fThread.joinable()) {
         fThread = std::thread([this] { xRun(); });
     }
@@ -79,50 +74,40 @@ void HistoryClient::xRun() {
         if (fIsStopped) {
             return;
         }
-        fInFlight = std::move(fRequests.front());
-        fRequests.pop_front();
-        const HistoryRequest request = *fInFlight;
+        const HistoryRequest request = fRequests.front();
         lock.unlock();
-        KeyHistory answer = xCall(request);
+        std::optional<KeyHistory> answer = xCall(request);
         lock.lock();
-        fInFlight.reset();
-        fAnswers.push_back(std::move(answer));
+        if (!answer) {  // called again unless other histories are wanted by then
+            fWork.wait_for(lock, a_pause, [this] { return fIsStopped; });
+            continue;
+        }
+        fRequests.erase(std::remove(fRequests.begin(), fRequests.end(), request), fRequests.end());
+        fAnswers.push_back(std::move(*answer));
         fNotice.give();
     }
 }
 
-KeyHistory HistoryClient::xCall(const HistoryRequest& request) {
+/** Returns nothing if the replay is busy. */
+std::optional<KeyHistory> HistoryClient::xCall(const HistoryRequest& request) {
     KeyHistory history;
     history.fRequest = request;
     try {
-        const KVValue answer = xAsk(request);
+        const KVValue answer = fReplay->callValue(
+            "getHistory",
+            {request.fKey, request.fFrom, request.fTo, static_cast<std::int64_t>(a_points)});
         const KVValue::Map& map = answer.toMap();
         history.fPoints = pointsOf(map);
         history.fIsThinned = map.at("thinned").toBool();
+    } catch (const KVError& error) {
+        if (error.cause() == KVError::Cause::TooMany) {
+            return std::nullopt;
+        }
+        history.fHasFailed = true;
     } catch (const std::exception&) {
         history.fHasFailed = true;
     }
     return history;
-}
-
-/** Calls the replay, again and again while it is busy. */
-KVValue HistoryClient::xAsk(const HistoryRequest& request) {
-    for (int pauses = 0;; ++pauses) {
-        try {
-            return fReplay->callValue("getHistory", {request.fKey, request.fFrom, request.fTo,
-                                                     static_cast<std::int64_t>(a_points)});
-        } catch (const KVError& error) {
-            if (error.cause() != KVError::Cause::TooMany || pauses == a_mostPauses || !xPause()) {
-                throw;
-            }
-        }
-    }
-}
-
-/** Returns false if the client is stopped. */
-bool HistoryClient::xPause() {
-    std::unique_lock lock(fMutex);
-    return !fWork.wait_for(lock, a_pause, [this] { return fIsStopped; });
 }
 
 }  // namespace memoryviewer

@@ -5,7 +5,6 @@
 
 #include <condition_variable>
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -15,7 +14,6 @@
 
 class KVConnection;
 class KVProxy;
-class KVValue;
 
 namespace obvista {
 class Notice;
@@ -60,7 +58,10 @@ class HistoryClient {
     HistoryClient(const HistoryClient&) = delete;
     HistoryClient& operator=(const HistoryClient&) = delete;
 
-    /** Requests these histories instead of those that have not been sent yet. */
+    /**
+     * Requests these histories instead of the former ones. A busy replay is called again until it
+     * answers; a call in flight is not ended.
+     */
     void request(const std::vector<HistoryRequest>& requests);
 
     /** Returns the answers since the last call. */
@@ -68,16 +69,13 @@ class HistoryClient {
 
   private:
     void xRun();
-    KeyHistory xCall(const HistoryRequest& request);
-    KVValue xAsk(const HistoryRequest& request);
-    bool xPause();
+    std::optional<KeyHistory> xCall(const HistoryRequest& request);
 
     const std::unique_ptr<KVProxy> fReplay;
     obvista::Notice& fNotice;
     std::mutex fMutex;  // guards all members below
     std::condition_variable fWork;
-    std::deque<HistoryRequest> fRequests;
-    std::optional<HistoryRequest> fInFlight;
+    std::vector<HistoryRequest> fRequests;  // not answered yet
     std::vector<KeyHistory> fAnswers;
     bool fIsStopped = false;
     std::thread fThread;  // started with the first request
