@@ -61,6 +61,7 @@ void Relay::restore(bool keepsFormer) {
 
 void Relay::dropHandshakes() {
     // The system drops them while its queue of connections to accept is full.
+    fDropsHandshakes = true;
     constexpr int longestQueue = 1;
     ::listen(fListening.get(), longestQueue);
     const sockaddr_in address = loopback(fPort);
@@ -73,6 +74,7 @@ void Relay::dropHandshakes() {
 
 void Relay::passHandshakes() {
     ::listen(fListening.get(), SOMAXCONN);
+    fDropsHandshakes = false;
 }
 
 void Relay::xSet(State state) {
@@ -92,7 +94,8 @@ void Relay::xRun() {
             }
             fIsApplied = true;
         }
-        std::vector<pollfd> polled{{fIsCut ? -1 : fListening.get(), POLLIN, 0}};
+        const bool accepts = !fIsCut && !fDropsHandshakes;
+        std::vector<pollfd> polled{{accepts ? fListening.get() : -1, POLLIN, 0}};
         for (const Connection& connection : fConnections) {
             const short events = connection.fIsFormer ? POLLRDHUP : POLLIN;
             polled.push_back({fIsCut ? -1 : connection.fClient.get(), events, 0});

@@ -36,10 +36,11 @@ class Relay {
     void restore(bool keepsFormer);
 
     /**
-     * Drops the handshakes of new connections, too, or passes those that the clients repeat then.
-     * Only while the relay is cut.
+     * Drops the handshakes of new connections, too, until passHandshakes(), also when the relay has
+     * been restored. Only while the relay is cut.
      */
     void dropHandshakes();
+    /** Passes the handshakes that the clients repeat from now on. */
     void passHandshakes();
 
     /** Returns the number of connections that are open at one end at least. */
@@ -62,6 +63,7 @@ class Relay {
     bool fIsCut = false;
     std::atomic<State> fWanted{State::Open};
     std::atomic<bool> fKeepsFormer{true};
+    std::atomic<bool> fDropsHandshakes{false};
     std::atomic<bool> fIsApplied{true};
     std::atomic<bool> fEnds{false};
     std::atomic<std::size_t> fCount{0};
