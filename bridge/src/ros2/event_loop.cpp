@@ -68,6 +68,7 @@ std::vector<EventLoop::Number> EventLoop::xWait() {
         triggered.begin() + static_cast<std::ptrdiff_t>(std::min(entries, triggered.size())));
     // More may be triggered than there is room for, always in the same order.
     if (entries > triggered.size()) {
+        numbers.push_back(a_posted);
         for (const auto& [number, handler] : fHandlers) {
             numbers.push_back(number);
         }
