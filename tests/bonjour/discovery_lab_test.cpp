@@ -77,9 +77,6 @@ class SecondInterface {
     bool fThere = true;
 };
 
-// Threads and descriptors of a search that was stopped may outlive the call that stopped it, by
-// little on an idle machine. So the tests below wait until there are no more than before.
-
 /** Announces and withdraws services of a host, one after another, until it is destroyed. */
 class Churn {
   public:
@@ -104,6 +101,15 @@ class Churn {
 
 class DiscoveryLab : public testing::Test {
   protected:
+    // Threads and descriptors of a search that was stopped may outlive the call that stopped it, by
+    // little on an idle machine. So that each test counts only its own, it begins when there are no
+    // more than before the first one.
+    void SetUp() override {
+        static const std::size_t threads = countThreads();
+        static const std::size_t descriptors = countDescriptors();
+        ASSERT_TRUE(eventually(
+            [] { return countThreads() <= threads && countDescriptors() <= descriptors; }));
+    }
     ~DiscoveryLab() override { BonjourDiscovery::stopListening(); }
 
     DiscoveryRecorder fRecorder;
@@ -463,21 +469,19 @@ TEST_F(DiscoveryLab, stoppingEmptiesTheMapAndFiresNothing) {
 }
 
 TEST_F(DiscoveryLab, startingTwiceAndStoppingTwiceDoNothingMore) {
-    BonjourDiscovery::startListening();
     const std::size_t threads = countThreads();
     BonjourDiscovery::startListening();
+    const std::size_t threadsWithASearch = countThreads();
+    BonjourDiscovery::startListening();
+    EXPECT_TRUE(eventually([&] { return countThreads() <= threadsWithASearch; }));
+    BonjourDiscovery::stopListening();
+    BonjourDiscovery::stopListening();
     EXPECT_TRUE(eventually([&] { return countThreads() <= threads; }));
-    BonjourDiscovery::stopListening();
-    BonjourDiscovery::stopListening();
-    EXPECT_TRUE(eventually([&] { return countThreads() < threads; }));
 }
 
 TEST_F(DiscoveryLab, startAndStopLeaveNoDescriptorAndNoThread) {
     const lab::Host host("robot17");
     const auto announcement = host.announce(a_robot, 9559);
-    BonjourDiscovery::startListening();
-    ASSERT_TRUE(fRecorder.waitForHost("robot17.local", "_robax._tcp:9559"));
-    BonjourDiscovery::stopListening();
     const std::size_t descriptors = countDescriptors();
     const std::size_t threads = countThreads();
     for (int round = 0; round < 50; ++round) {
