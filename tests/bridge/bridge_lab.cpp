@@ -13,6 +13,12 @@ namespace {
 
 constexpr auto a_patience = ChildProcess::a_patience;
 
+/** Command that starts a firewall, which drops DDS's multicast packets. */
+const std::string a_firewall =
+    "nft add table inet firewall && "
+    "nft add chain inet firewall input '{ type filter hook input priority 0; }' && "
+    "nft add rule inet firewall input ip daddr 239.255.0.1 drop";
+
 }  // namespace
 
 std::string builtProgram(const std::string& program) {
@@ -65,13 +71,13 @@ BridgeHost makeBridgeBehindAFirewall(const std::vector<std::string>& environment
     std::vector<std::string> command{"env"};
     command.insert(command.end(), environment.begin(), environment.end());
     command.insert(command.end(),
-                   {"sh", "-c",
-                    "nft add table inet firewall && "
-                    "nft add chain inet firewall input '{ type filter hook input priority 0; }' && "
-                    "nft add rule inet firewall input ip daddr 239.255.0.1 drop && "
-                    "exec \"$0\" --address 0.0.0.0 --name marvin",
+                   {"sh", "-c", a_firewall + " && exec \"$0\" --address 0.0.0.0 --name marvin",
                     builtProgram("bin/robaxi-bridge")});
     return {"listens", command};
+}
+
+void startFirewall(const BridgeHost& host) {
+    host.run(a_firewall);
 }
 
 BridgeHost makeRos2Robot(const std::string& mode, const std::vector<std::string>& arguments) {

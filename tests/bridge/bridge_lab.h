@@ -59,6 +59,9 @@ BridgeHost makeBridge(const std::vector<std::string>& options = {},
 /** Returns the same in a host whose firewall drops DDS's multicast packets. */
 BridgeHost makeBridgeBehindAFirewall(const std::vector<std::string>& environment = {});
 
+/** Starts the same firewall in a host whose programs run already. */
+void startFirewall(const BridgeHost& host);
+
 /** Returns a host with ros2_writer in domain 0. */
 BridgeHost makeRos2Robot(const std::string& mode, const std::vector<std::string>& arguments = {});
 

@@ -87,6 +87,14 @@ TEST(BridgeTrouble, multicastIsBlocked) {
                                                    "port 7400, on eth0. ")));
 }
 
+TEST(BridgeTrouble, multicastIsBlockedAfterTheBridgeHasStarted) {
+    const BridgeHost bridge = makeBridge();
+    BridgeValues values(bridge);
+    ASSERT_TRUE(values.wait("ROS/Problem", textHas("Nothing is announced in any domain. ")));
+    startFirewall(bridge);
+    EXPECT_TRUE(values.wait("ROS/Problem", textHas("Multicast is blocked: ")));
+}
+
 TEST(BridgeTrouble, onlyLoopback) {
     const BridgeHost bridge = makeBridge({"--interface", "lo"});
     BridgeValues values(bridge);

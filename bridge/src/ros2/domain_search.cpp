@@ -41,6 +41,9 @@ constexpr std::chrono::milliseconds a_slice(100);
 // A round begins at most so often, and takes one packet of each domain.
 constexpr std::chrono::milliseconds a_rest(2);
 constexpr std::size_t a_mostInterfaces = 8;
+// Once this computer could multicast, one failure proves nothing: while it is busy, a packet may
+// come too late.
+constexpr int a_failuresOfAFirewall = 2;
 // Descriptors that stay free for the bridge's clients while the search listens: gRPC accepts no
 // client any more once a connection has failed for lack of one.
 constexpr rlim_t a_spareDescriptors = 64;
@@ -123,7 +126,10 @@ std::string blocked(int domain, const std::vector<Interface>& interfaces) {
 }  // namespace
 
 DomainSearch::DomainSearch(int domain, std::string interface, const Guid& own)
-    : fDomain(domain), fInterface(std::move(interface)), fOwn(own) {
+    : fDomain(domain),
+      fInterface(std::move(interface)),
+      fOwn(own),
+      fFailures(a_failuresOfAFirewall - 1) {
 }
 
 std::string DomainSearch::run() {
@@ -153,9 +159,9 @@ std::string DomainSearch::xFindCause() {
     interfaces.erase(able, interfaces.end());
     interfaces.resize(std::min(interfaces.size(), a_mostInterfaces));
 
-    // Once is enough: on a busy computer, a packet may come too late.
-    fCanMulticast = fCanMulticast || xCanMulticast(interfaces);
-    if (!fCanMulticast) {
+    // In every run, since a firewall may start after the bridge.
+    fFailures = xCanMulticast(interfaces) ? 0 : fFailures + 1;
+    if (fFailures >= a_failuresOfAFirewall) {
         return blocked(fDomain, interfaces);
     }
     xListen(interfaces);

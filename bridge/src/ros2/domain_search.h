@@ -46,7 +46,7 @@ class DomainSearch {
     const std::string fInterface;
     const Guid fOwn;
     std::atomic<bool> fIsStopped{false};
-    bool fCanMulticast = false;
+    int fFailures;  // to multicast, in a row; one is enough before the first success
     std::map<int, std::set<std::string>> fHeard;  // names of interfaces, by the domain
 };
 
