@@ -45,7 +45,7 @@ class Table {
     /** The values of a key are unknown from now on. */
     virtual void takeGap(std::int64_t time, const CsvKey& key) = 0;
     virtual void takeLoss(std::int64_t time, std::uint64_t messages) = 0;
-    /** Called before the first value of another log time. */
+    /** Called before the first value of another log time, and after the last value. */
     virtual void endUpdate() {}
 
     std::uint64_t longValues() const { return fLongValues; }
