@@ -137,7 +137,7 @@ Messages::~Messages() = default;
 Messages::Messages(Messages&&) noexcept = default;
 Messages& Messages::operator=(Messages&&) noexcept = default;
 
-std::optional<Message> Messages::next() {
+std::optional<Message> Messages::next() & {
     return fImpl->next();
 }
 

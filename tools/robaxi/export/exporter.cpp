@@ -30,7 +30,8 @@ std::string faultOfPictures(recording::Reader& reader, std::uint16_t id,
     recording::Selection selection;
     selection.fChannels = {id};
     picture::JpegReader jpegs;
-    const std::optional<recording::Message> message = reader.messages(selection).next();
+    recording::Messages messages = reader.messages(selection);
+    const std::optional<recording::Message> message = messages.next();
     const std::optional<KVFrame> frame =
         message ? channel.frame(*message, jpegs) : std::optional<KVFrame>();
     // Video has its size in a key frame, which may come later.

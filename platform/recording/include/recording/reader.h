@@ -50,12 +50,12 @@ class Messages {
 
     /**
      * Returns the next message, or nothing at the end. The message's data is valid until the next
-     * call.
+     * call, and only as long as this object, which therefore must have a name.
      *
      * @throw RecordingError for a damaged chunk, and if chunks of more than a_largestOpenChunks
      *        bytes overlap in time
      */
-    std::optional<Message> next();
+    std::optional<Message> next() &;
 
   private:
     std::unique_ptr<MessagesImpl> fImpl;
