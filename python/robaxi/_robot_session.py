@@ -5,8 +5,10 @@ from __future__ import annotations
 
 import asyncio
 import collections
+import functools
 import secrets
-from typing import TYPE_CHECKING, Any, AsyncIterator, Coroutine, Deque, List, Optional, Set
+from typing import (TYPE_CHECKING, Any, AsyncIterator, Coroutine, Deque, Dict, Iterator, Optional,
+                    Set)
 
 from . import _wire
 from ._outbox import Copies
@@ -21,6 +23,7 @@ if TYPE_CHECKING:
 
 THREADS = 8  # on which methods run
 WAITING_CALLS = 1024  # of a session, and of an address without one
+_MESSAGES_AT_ONCE = 64  # of a batch, which may contain millions, before the other clients' turn
 
 
 class SessionOver(Exception):
@@ -55,6 +58,15 @@ def address_of(peer: str) -> str:
 
 def _cost_of(message: pb.ServerMessage) -> int:
     return int(message.ByteSize()) + _wire.COST_OF_MESSAGE
+
+
+class _Work:
+    """A call that waits for a thread."""
+
+    def __init__(self, call: pb.Call) -> None:
+        self.call = call
+        self.size = call.ByteSize()
+        self.is_cancelled = False  # set on the event loop, read on any thread
 
 
 class SessionStream:
@@ -126,6 +138,7 @@ class Session:
         self._silence_limit = limits.longest_silence if self._can_resume else service.silence_limit
         self._assembler = _wire.Assembler(limits.message + _wire.BATCH_OVERHEAD)
         self._received = 0  # number of the last batch
+        self._rest: Iterator[pb.ClientMessage] = iter(())  # of that batch: not handled
         self._unacknowledged = 0
         self._out: Deque[pb.ServerMessage] = collections.deque()  # in parts, if it takes them
         self._out_bytes = 0
@@ -134,8 +147,9 @@ class Session:
         self._wake_writer = asyncio.Event()
         self._has_room = asyncio.Event()
         self._silence = 0
-        self._calls: Deque[pb.Call] = collections.deque()
+        self._calls: Deque[_Work] = collections.deque()
         self._call_bytes = 0
+        self._answered: Dict[int, _Work] = {}  # by call_id: those waiting and those running
         self._running = 0
         self._is_half_closed = False
 
@@ -151,10 +165,17 @@ class Session:
         self._service.sessions.pop(self.id, None)
         self._stream.end(ending or SessionOver())
         self._end_streams()
+        # Posted calls still run; others do not.
+        for work in self._answered.values():
+            work.is_cancelled = True
+        self._answered.clear()
+        self._calls = collections.deque(work for work in self._calls if work.call.call_id == 0)
+        self._call_bytes = sum(work.size for work in self._calls)
         # The RPC may take as long to end as TCP tries to reach the client.
         self._out.clear()
         self._out_bytes = 0
         self._copies.clear()
+        self._start_calls()  # which may have waited until results were sent
 
     def move_to(self, stream: SessionStream, hello: pb.Hello) -> bool:
         """Leaves its RPC for another one, with which a client resumes it. Returns False, without an
@@ -204,15 +225,14 @@ class Session:
 
     async def _read(self, stream: SessionStream, first: pb.ClientBatch,
                     requests: AsyncIterator[Any]) -> None:
+        await self._handle_rest()  # of what another RPC has received
         if self._stream is stream:
-            self._receive(first)  # after Hello, which is ignored here
-        await self._await_room()
+            await self._receive(first)  # after Hello, which is ignored here
         async for batch in requests:
             if self._stream is not stream:
                 return
             self._silence = 0
-            self._receive(batch)
-            await self._await_room()
+            await self._receive(batch)
         if self._stream is not stream:
             return
         # Closed in order: what was posted before still runs.
@@ -227,18 +247,29 @@ class Session:
             await self._has_room.wait()
             self._silence = 0
 
-    def _receive(self, batch: pb.ClientBatch) -> None:
+    async def _receive(self, batch: pb.ClientBatch) -> None:
         if batch.number > self._received + 1:
             raise Ended(pb.Error.INVALID_ARGUMENT, "the program left out a batch")
         if batch.number == 0 or batch.number > self._received:  # otherwise it was repeated
             self._received = max(self._received, batch.number)
-            for message in batch.messages:
-                self._take(message)
+            self._rest = iter(batch.messages)
+            await self._handle_rest()
         if self._can_resume:
             self._unacknowledged += batch.ByteSize()
             if self._unacknowledged >= _wire.ACKNOWLEDGE_AFTER:
                 self._unacknowledged = 0
                 self._put(pb.ServerMessage(heartbeat=pb.Heartbeat(received=self._received)))
+
+    async def _handle_rest(self) -> None:
+        """Handles the messages of the last batch while there is room. Cancelled between two of
+        them if the session leaves its RPC; the next RPC continues."""
+        await self._await_room()
+        for count, message in enumerate(self._rest, 1):
+            self._take(message)
+            await self._await_room()
+            if count % _MESSAGES_AT_ONCE == 0:
+                self._silence = 0
+                await asyncio.sleep(0)
 
     def _is_full(self) -> bool:
         return (len(self._calls) >= WAITING_CALLS
@@ -254,13 +285,16 @@ class Session:
             self._put(pb.ServerMessage(heartbeat=pb.Heartbeat(
                 number=message.heartbeat.number, received=self._received)))
         elif content == "call":
-            self._calls.append(message.call)
-            self._call_bytes += message.call.ByteSize()
+            work = _Work(message.call)
+            self._calls.append(work)
+            self._call_bytes += work.size
+            if work.call.call_id != 0:
+                self._answered[work.call.call_id] = work
             self._start_calls()
         elif content == "cancel":
-            for call in [one for one in self._calls if one.call_id == message.cancel.call_id]:
-                self._calls.remove(call)
-                self._call_bytes -= call.ByteSize()
+            cancelled = self._answered.pop(message.cancel.call_id, None)
+            if cancelled is not None:
+                cancelled.is_cancelled = True
         elif content == "list_modules":
             self._list_modules(message.list_modules)
 
@@ -279,21 +313,29 @@ class Session:
     def _start_calls(self) -> None:
         while self._calls and self._running < THREADS and \
                 self._out_bytes <= 4 * self._service.limits.message:
-            call = self._calls.popleft()
-            self._call_bytes -= call.ByteSize()
+            work = self._calls.popleft()
+            self._call_bytes -= work.size
+            if work.is_cancelled:
+                continue
             self._running += 1
             try:
-                future = self._loop.run_in_executor(self._service.pool, self._service.run, call)
+                future = self._loop.run_in_executor(self._service.pool, self._run, work)
             except RuntimeError:  # the server ends
                 self._running -= 1
                 return
-            future.add_done_callback(self._on_done)
+            future.add_done_callback(functools.partial(self._on_done, work))
 
-    def _on_done(self, future: asyncio.Future[pb.Result]) -> None:
+    def _run(self, work: _Work) -> Optional[pb.Result]:
+        """Runs a call on a thread of the pool, unless it was cancelled while it waited for one."""
+        return None if work.is_cancelled else self._service.run(work.call)
+
+    def _on_done(self, work: _Work, future: asyncio.Future[Optional[pb.Result]]) -> None:
         self._running -= 1
+        if self._answered.get(work.call.call_id) is work:
+            del self._answered[work.call.call_id]
         if not future.cancelled() and future.exception() is None:
             result = future.result()
-            if result.call_id != 0 and not self._is_half_closed:
+            if result is not None and result.call_id != 0 and not self._is_half_closed:
                 self._put(pb.ServerMessage(result=result))
         self._start_calls()
         self._has_room.set()

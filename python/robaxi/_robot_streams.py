@@ -7,7 +7,8 @@ import asyncio
 import collections
 import functools
 import time
-from typing import TYPE_CHECKING, Any, AsyncIterator, Callable, Deque, List, Optional, Set, Tuple
+from typing import (TYPE_CHECKING, Any, AsyncIterator, Callable, Deque, List, Optional, Sequence,
+                    Set, Tuple)
 
 from . import _wire
 from ._robot_session import Session, first_request, run_until_first
@@ -24,6 +25,7 @@ _HIGHEST_RATE = 1000.0
 _LONGEST_PERIOD = 86400.0
 _BATCH_KEYS = 500
 _BATCH_VALUES = 1000
+_IDS_AT_ONCE = 1 << 16
 
 
 class SideStream:
@@ -133,7 +135,10 @@ class Subscription(SideStream):
         # The keys that a client has which continues the subscription, if it knows others, too.
         self._present: Optional[List[int]] = None
         self._chosen: Optional[Set[int]] = None
-        self._fresh: Set[int] = set()
+        # What a client has sent, looked at before the next update: keys whose values it has, if it
+        # continues the subscription, and its last choice.
+        self._with_values: Optional[Sequence[int]] = None
+        self._choice: Optional[Sequence[int]] = None
         self._period = 0.0
         self._last = 0.0
         # Encoded one by one, when they are sent, with the position behind each of them.
@@ -169,7 +174,7 @@ class Subscription(SideStream):
         if len(self._known.ids) != known.keys:
             self._present = sorted(self._known.ids)
         if self._chosen is not None:
-            self._chosen = self._known.ids.intersection(known.with_values)
+            self._with_values = known.with_values
 
     def _leave(self) -> None:
         if self._table is not None:
@@ -184,10 +189,7 @@ class Subscription(SideStream):
         if request.HasField("rate"):
             self._set_rate(request.rate)
         if request.HasField("keys") and self._chosen is not None:
-            chosen = set(request.keys.ids)
-            self._fresh |= chosen - self._chosen
-            self._fresh &= chosen
-            self._chosen = chosen
+            self._choice = request.keys.ids
         self._done = max(self._done, request.consumed)
 
     def _set_rate(self, rate: float) -> None:
@@ -207,15 +209,14 @@ class Subscription(SideStream):
         if not self._waiting:
             now = time.monotonic()
             early = self._last + self._period - now
-            if early > 0 and not self._fresh and self._sent:
+            if early > 0 and self._choice is None and self._sent:
                 # Changes wake the stream, which must not be a load until then.
                 pause = min(early, 0.02)
                 await asyncio.sleep(pause)
                 return early - pause
             # On a thread: a large value takes longer than a client waits for a heartbeat.
-            fresh, self._fresh = self._fresh, set()
-            self._waiting.extend(await self._loop.run_in_executor(
-                None, self._compose, self._chosen, fresh))
+            choice, self._choice = self._choice, None
+            self._waiting.extend(await self._loop.run_in_executor(None, self._compose, choice))
             if not self._waiting:
                 return None
             self._last = now
@@ -227,10 +228,9 @@ class Subscription(SideStream):
         await self._context.write(update)
         return 0
 
-    def _compose(self, chosen: Optional[Set[int]],
-                 fresh: Set[int]) -> List[Tuple[_Composed, int]]:
+    def _compose(self, choice: Optional[Sequence[int]]) -> List[Tuple[_Composed, int]]:
         before = self._known.version
-        batch = self._table.changes(self._known, chosen, fresh)
+        batch = self._table.changes(self._known, *self._choose(choice))
         updates: List[_Composed] = []
         if self._present is not None:
             updates.append(functools.partial(pb.SubscriptionUpdate, keys_present=pb.KeySelection(
@@ -248,6 +248,26 @@ class Subscription(SideStream):
         # A client that has received a part of them gets all of the values again.
         return [(update, before) for update in updates[:-1]] + [
             (update, self._known.version) for update in updates[-1:]]
+
+    def _choose(self, choice: Optional[Sequence[int]]) -> Tuple[Optional[Set[int]], Set[int]]:
+        """The chosen keys, None for all of them, and those that are freshly chosen."""
+        if self._chosen is None:
+            return None, set()
+        if self._with_values is not None:
+            self._chosen, self._with_values = _common(self._known.ids, self._with_values), None
+        if choice is None:
+            return self._chosen, set()
+        before, self._chosen = self._chosen, _common(self._table.ids(), choice)
+        return self._chosen, self._chosen - before
+
+
+def _common(present: Set[int], ids: Sequence[int]) -> Set[int]:
+    """The identifiers that exist, of those in a request, which may be millions. In parts, between
+    which other threads have their turn."""
+    found: Set[int] = set()
+    for start in range(0, len(ids), _IDS_AT_ONCE):
+        found.update(present.intersection(ids[start:start + _IDS_AT_ONCE]))
+    return found
 
 
 def _keys_update(table: int, entries: List[Entry]) -> pb.SubscriptionUpdate:

@@ -205,6 +205,11 @@ class Table(MutableMapping[str, Any]):
         with self._lock:
             self._observers.discard(observer)
 
+    def ids(self) -> Set[int]:
+        """The identifiers of the present keys."""
+        with self._lock:
+            return {entry.id for entry in self._order.values()}
+
     def changes(self, known: Known, chosen: Optional[Set[int]], fresh: Set[int]) -> Batch:
         """What a client does not know: keys that were added and removed, and the values of the
         chosen keys (all for None) that have changed, or that are freshly chosen."""
@@ -212,7 +217,7 @@ class Table(MutableMapping[str, Any]):
             removed: List[int] = []
             added: List[Entry] = []
             if known.keys_version != self._keys_version:
-                current = {entry.id for entry in self._order.values()}
+                current = self.ids()
                 removed = sorted(known.ids - current)
                 added = [entry for entry in self._order.values() if entry.id not in known.ids]
                 known.ids, known.keys_version = current, self._keys_version

@@ -1,9 +1,12 @@
 """The package's robot with the package's client and with the tool of the C++ library."""
 
+import dataclasses
 import http.client
+import itertools
 import json
 import math
 import os
+import queue
 import signal
 import socket
 import subprocess
@@ -121,6 +124,200 @@ def test_posts_are_run_in_spite_of_the_end_of_their_session(serve, connect):
         for number in range(100):
             robot.post("Ear", "hear", number)
     eventually(lambda: len(heard) == 100)
+
+
+@pytest.fixture
+def hold():
+    """Adds the module Slow, whose method `hold` notes its number and lasts until release() is
+    called, and the module Ear, whose method `hear` notes its number."""
+
+    class Slow:
+        def __init__(self, server):
+            self.held = []
+            self.heard = []
+            self._is_over = threading.Event()
+            server.module("Slow").bind("hold", self._hold)
+            server.module("Ear").bind("hear", self.heard.append)
+
+        def _hold(self, number):
+            self.held.append(number)
+            self._is_over.wait(PATIENCE)
+
+        def release(self):
+            self._is_over.set()
+
+    made = []
+
+    def make(server):
+        made.append(Slow(server))
+        return made[-1]
+
+    yield make
+    for each in made:
+        each.release()
+
+
+# For clients that send no heartbeats.
+PATIENT = Limits(heartbeat=5000, loss=10000)
+
+
+def message_of(call_id, module, method, *arguments):
+    """A call, for a client by other means than the package."""
+    return pb.ClientMessage(call=pb.Call(
+        call_id=call_id, module=module, method=method,
+        arguments=[pb.Value(type=pb.Value.INT, int_value=one) for one in arguments]))
+
+
+class RawSession:
+    """A session by other means than the package."""
+
+    def __init__(self, server, **hello):
+        self._requests = queue.SimpleQueue()
+        self._channel = grpc.insecure_channel(f"127.0.0.1:{server.port}")
+        stream = self._channel.stream_stream(
+            "/robaxi.v1.Robaxi/Session", pb.ClientBatch.SerializeToString,
+            pb.ServerBatch.FromString)
+        self._answers = stream(iter(self._requests.get, None), timeout=PATIENCE)
+        self.send(pb.ClientMessage(hello=pb.Hello(protocol_version=1, **hello)))
+        self.reply = next(self.messages()).hello_reply
+
+    def send(self, *messages, number=0):
+        self._requests.put(pb.ClientBatch(messages=messages, number=number))
+
+    def messages(self):
+        """The messages of the robot, without heartbeats."""
+        for batch in self._answers:
+            yield from (each for each in batch.messages if not each.HasField("heartbeat"))
+
+    def close(self):
+        self._requests.put(None)
+        self._channel.close()
+
+
+def test_calls_of_a_client_that_is_gone_are_not_run(serve, connect, hold):
+    server = serve(settings=Settings(limits=dataclasses.replace(PATIENT, sessions=1)))
+    slow = hold(server)
+    session = RawSession(server)
+    session.send(*[message_of(number, "Slow", "hold", number) for number in range(1, 31)],
+                 *[message_of(0, "Ear", "hear", number) for number in range(10)])
+    eventually(lambda: len(slow.held) == 8)
+    session.close()
+    # There is room for another session as soon as the robot knows that this one has ended.
+    eventually(lambda: not isinstance(attempt(lambda: connect(server.port)), robaxi.Error))
+    slow.release()
+    eventually(lambda: len(slow.heard) == 10)  # posted behind the calls
+    assert sorted(slow.held) == [*range(1, 9)]
+
+
+def test_cancelled_calls_are_not_run(serve, hold):
+    server = serve(settings=Settings(limits=PATIENT))
+    slow = hold(server)
+    session = RawSession(server)
+    calls = [message_of(number, "Slow", "hold", number) for number in range(1, 31)]
+    cancels = [pb.ClientMessage(cancel=pb.Cancel(call_id=number)) for number in range(20, 31)]
+    session.send(*calls, *cancels, pb.ClientMessage(list_modules=pb.ListModules(call_id=31)))
+    messages = session.messages()
+    assert next(messages).module_list.call_id == 31
+    slow.release()
+    assert sorted(next(messages).result.call_id for _ in range(19)) == [*range(1, 20)]
+    session.send(message_of(32, "Ear", "hear", 1))
+    assert next(messages).result.call_id == 32
+    assert sorted(slow.held) == [*range(1, 20)]
+    session.close()
+
+
+def test_calls_without_a_session_of_a_client_that_is_gone_are_not_run(serve, hold):
+    server = serve(settings=Settings(limits=Limits(message=65536)))
+    slow = hold(server)
+    padding = pb.Value(type=pb.Value.STRING, string_value="x" * 60000)
+    large_question = pb.ListModules(module="x" * 60000)
+
+    def status_of_large_question():
+        return end_of(unary, server, "ListModules", large_question, pb.ModuleList)[0]
+
+    with grpc.insecure_channel(f"127.0.0.1:{server.port}") as channel:
+        def call(number, *more):
+            request = message_of(1, "Slow", "hold", number).call
+            request.arguments.extend(more)
+            return channel.unary_unary("/robaxi.v1.Robaxi/Call", pb.Call.SerializeToString,
+                                       pb.Result.FromString).future(request, timeout=PATIENCE)
+
+        running = [call(number) for number in range(8)]
+        eventually(lambda: len(slow.held) == 8)
+        waiting = [call(number, padding) for number in range(8, 12)]
+        eventually(lambda: status_of_large_question() == grpc.StatusCode.RESOURCE_EXHAUSTED)
+        for each in waiting:
+            each.cancel()
+        eventually(lambda: status_of_large_question() == grpc.StatusCode.NOT_FOUND)
+        slow.release()
+        for each in running:
+            each.result()
+        call(12).result()
+    assert sorted(slow.held) == [*range(8), 12]
+
+
+def test_a_batch_is_handled_while_there_is_room(serve, hold):
+    """It may contain a million messages."""
+    server = serve(settings=Settings(limits=PATIENT))
+    slow = hold(server)
+    session = RawSession(server)
+    session.send(*[message_of(number, "Slow", "hold", number) for number in range(1, 1101)],
+                 pb.ClientMessage(list_modules=pb.ListModules(call_id=5000)))
+    eventually(lambda: len(slow.held) == 8)
+    slow.release()
+    answers = [*itertools.islice(session.messages(), 1101)]
+    assert answers[0].HasField("result")
+    assert any(each.module_list.call_id == 5000 for each in answers)
+    assert len(slow.held) == 1100
+    session.close()
+
+
+def test_a_resumed_session_goes_on_within_a_batch(serve, hold):
+    server = serve(settings=Settings(limits=PATIENT))
+    slow = hold(server)
+    session = RawSession(server, resumes=True)
+    session.send(*[message_of(number, "Slow", "hold", number) for number in range(1, 1101)],
+                 pb.ClientMessage(list_modules=pb.ListModules(call_id=5000)), number=1)
+    eventually(lambda: len(slow.held) == 8)
+    resumed = RawSession(server, resumes=True, resume=pb.Resume(
+        session_id=session.reply.session_id, resumption=1))
+    assert resumed.reply.resumed
+    assert resumed.reply.received == 1
+    slow.release()
+    ids = {each.result.call_id or each.module_list.call_id
+           for each in itertools.islice(resumed.messages(), 1101)}
+    assert ids == {*range(1, 1101), 5000}
+    session.close()
+    resumed.close()
+
+
+def test_a_choice_consists_of_keys_that_exist(serve, connect):
+    """It may name millions of others."""
+    server = serve()
+    server.memory.add("First", 1)
+    requests = queue.SimpleQueue()
+    requests.put(pb.SubscriptionRequest(start=pb.SubscriptionStart(
+        session_id=connect(server.port)._session.hello.session_id, module="KVMemory", rate=1000)))
+    with grpc.insecure_channel(f"127.0.0.1:{server.port}") as channel:
+        updates = channel.stream_stream(
+            "/robaxi.v1.Robaxi/Subscribe", pb.SubscriptionRequest.SerializeToString,
+            pb.SubscriptionUpdate.FromString)(iter(requests.get, None), timeout=PATIENCE)
+
+        def next_ids():
+            """The keys of the next update with values."""
+            for update in updates:
+                requests.put(pb.SubscriptionRequest(consumed=update.number))
+                if update.HasField("values"):
+                    return [*update.values.int_ids]
+
+        requests.put(pb.SubscriptionRequest(keys=pb.KeySelection(ids=range(1, 1000000))))
+        assert next_ids() == [1]
+        server.memory.add("Second", 2)
+        server.memory["First"] = 3
+        assert next_ids() == [1]
+        requests.put(pb.SubscriptionRequest(keys=pb.KeySelection(ids=[2])))
+        assert next_ids() == [2]
+        requests.put(None)
 
 
 def fill(server):
