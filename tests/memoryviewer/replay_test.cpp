@@ -1,6 +1,7 @@
 // The plots and ages of a viewer whose robot is the replay of a recording.
 #include "robot_window.h"
 
+#include <base/time.h>
 #include <robaxi/kv_broker.h>
 #include <robaxi/kv_connection.h>
 #include <robaxi/kv_proxy.h>
@@ -96,6 +97,7 @@ class ReplayTest : public QObject {
     void keepsItsCurvesInALoopAtAnySpeed();
     void agesAreThoseAtThePosition();
     void plotsTheLastTimeShownForOtherRobots();
+    void plotsNewValuesOfARobotThatIsNotAReplay();
 
   private:
     void xPlot(const char* key);
@@ -326,6 +328,25 @@ void ReplayTest::plotsTheLastTimeShownForOtherRobots() {
         plots = key.endsWith(QLatin1String("/plots")) ? settings.value(key) : plots;
     }
     QCOMPARE(plots.toMap().value(QStringLiteral("span")).toDouble(), 30e6);
+}
+
+void ReplayTest::plotsNewValuesOfARobotThatIsNotAReplay() {
+    xPlotWave();
+    fWindow->find<QAction>("reconnectAction")->trigger();
+    RobotProcess::Settings settings;
+    settings.fPort = fWindow->robot().port();
+    settings.fArguments = {"--name", "walker"};
+    fWindow->robot().kill();
+    const RobotProcess robot(settings);
+    QTRY_VERIFY(!fWindow->find<QWidget>("timeBar")->isVisible());
+    xPlot("Battery/Voltage");
+    QTRY_VERIFY(fWindow->legend(0, 1, a_valueColumn).toDouble() > 20);
+    QCOMPARE(timesOf(xPlotView()).sDist(), 30e6);
+    QVERIFY(timesOf(xPlotView()).s2() > static_cast<double>(base::microsecondsNow()) - 60e6);
+    // The curve of the recording is gone.
+    QCOMPARE(fWindow->legend(0, 0, a_valueColumn), QStringLiteral("no value yet"));
+    QTRY_VERIFY2(statusOf(fWindow->viewer()).contains(QLatin1String("updates a second")),
+                 qPrintable(statusOf(fWindow->viewer())));
 }
 
 OBVISTA_QTEST_MAIN(ReplayTest)

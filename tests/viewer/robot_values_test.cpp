@@ -112,6 +112,19 @@ TEST_F(RobotValuesTest, KnowsTheIdentifiersOfTheRobotToWhichItBelongs) {
     EXPECT_TRUE(becomes("Volume", 61));
 }
 
+TEST_F(RobotValuesTest, EndsIfTheRobotHasNoSuchModule) {
+    std::atomic<bool> isGiven{false};
+    fNotice.set([&] { isGiven = true; });
+    fRobot.add("Charge", 1);
+    fValues.start(fRobot.connection(), "Vision", a_rate);
+    EXPECT_TRUE(obvista_test::eventually([&] { return isGiven.load(); }));
+    EXPECT_TRUE(fValues.hasEnded());
+    fValues.start(fRobot.connection(), "Memory", a_rate);
+    EXPECT_TRUE(becomes("Charge", 1));
+    EXPECT_FALSE(fValues.hasEnded());
+    fNotice.set(nullptr);
+}
+
 TEST_F(RobotValuesTest, GivesNoticeAndKeepsWhatCameBeforeItWasStopped) {
     std::atomic<bool> isGiven{false};
     fNotice.set([&] { isGiven = true; });

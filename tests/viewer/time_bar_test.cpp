@@ -10,6 +10,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
+#include <QSettings>
 #include <QSlider>
 #include <QToolButton>
 #include <QtTest>
@@ -39,7 +40,8 @@ class Viewer : public obvista::ViewerWidget {
 /** A robot with a module "KVReplay" that notes its calls. */
 class ReplayRobot {
   public:
-    explicit ReplayRobot(bool isReplay = true) : fBroker(obvista_test::createTestBroker("Replay")) {
+    explicit ReplayRobot(bool isReplay = true, const std::string& name = "Replay", int port = 0)
+        : fBroker(obvista_test::createTestBroker(name, port)) {
         if (!isReplay) {
             return;
         }
@@ -115,6 +117,9 @@ class TimeBarTest : public QObject {
     void playsAndStepsByTheKeyboard();
     void setsSpeedAndLoop();
     void twoViewersMoveTogether();
+    void disappearsForARobotThatIsNotAReplay_data();
+    void disappearsForARobotThatIsNotAReplay();
+    void remainsForAReplayThatReturns();
     void everyControlHasAName();
     void endsWithItsLink();
 
@@ -126,6 +131,8 @@ class TimeBarTest : public QObject {
             ->findChild<Widget*>(QLatin1String(name));
     }
     QSlider* xSlider() const { return xFind<QSlider>("replaySlider"); }
+    /** Replaces the robot, and waits until the viewer has noticed the loss. */
+    void xReplaceRobot(bool isReplay, const char* name);
 
     boost::shared_ptr<KVBroker> fBroker;
     std::unique_ptr<ReplayRobot> fRobot;
@@ -142,6 +149,7 @@ void TimeBarTest::init() {
 }
 
 void TimeBarTest::cleanup() {
+    QSettings().clear();
     fViewer.reset();
     fLink.reset();
     fRobot.reset();
@@ -238,6 +246,46 @@ void TimeBarTest::twoViewersMoveTogether() {
     QTRY_COMPARE(xFind<QSlider>("replaySlider", other.get())->value(), xSlider()->maximum() / 5);
     xFind<QToolButton>("replayPlay", other.get())->click();
     QTRY_COMPARE(xFind<QToolButton>("replayPlay")->accessibleName(), QStringLiteral("Pause"));
+}
+
+void TimeBarTest::xReplaceRobot(bool isReplay, const char* name) {
+    QSettings().setValue(QStringLiteral("Viewers/reconnect"), true);
+    const int port = fRobot->port();
+    fRobot.reset();
+    QTRY_COMPARE(fViewer->linkState(), obvista::LinkState::Interrupted);
+    fRobot = std::make_unique<ReplayRobot>(isReplay, name, port);
+}
+
+void TimeBarTest::disappearsForARobotThatIsNotAReplay_data() {
+    QTest::addColumn<QString>("name");
+    QTest::newRow("the robot itself") << QStringLiteral("Replay");
+    QTest::newRow("another robot") << QStringLiteral("Other");
+}
+
+void TimeBarTest::disappearsForARobotThatIsNotAReplay() {
+    QFETCH(QString, name);
+    QVERIFY(fViewer->replayState().isReplay());
+    xReplaceRobot(false, qPrintable(name));
+    auto* const connection = xFind<QAbstractButton>("connectButton");
+    QTRY_VERIFY(connection->isVisible() || fViewer->linkState() == obvista::LinkState::Connected);
+    if (connection->isVisible()) {
+        QVERIFY(xFind<QWidget>("timeBar")->isVisible());
+        connection->click();
+    }
+    QTRY_VERIFY(!xFind<QWidget>("timeBar")->isVisible());
+    QVERIFY(!fViewer->replayState().isReplay());
+    QCOMPARE(fViewer->robotName(), name);
+}
+
+void TimeBarTest::remainsForAReplayThatReturns() {
+    bool hasGone = false;
+    connect(fViewer.get(), &Viewer::replayChanged, this,
+            [&] { hasGone = hasGone || !fViewer->replayState().isReplay(); });
+    xReplaceRobot(true, "Replay");
+    fRobot->set("Position", a_end);
+    QTRY_COMPARE(xSlider()->value(), xSlider()->maximum());
+    QVERIFY(xFind<QWidget>("timeBar")->isVisible());
+    QVERIFY(!hasGone);
 }
 
 void TimeBarTest::everyControlHasAName() {

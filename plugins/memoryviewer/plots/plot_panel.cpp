@@ -245,6 +245,14 @@ void PlotPanel::setReplay(const ReplayTimes& replay) {
     fTime->setReplay(replay);
 }
 
+void PlotPanel::endReplay() {
+    if (fTime->replay()) {
+        fTime->endReplay();
+        fTime->setSpan(fSavedSpan);
+        clearPoints();
+    }
+}
+
 void PlotPanel::setRecorded(const QString& keyName, const std::vector<CurvePoint>& points) {
     fHistory->setRecorded(keyHandle(keyName), points);
     fPacer->schedule(FramePacer::Pace::Data);

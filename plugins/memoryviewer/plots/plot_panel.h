@@ -86,6 +86,8 @@ class PlotPanel : public QWidget {
      * position.
      */
     void setReplay(const ReplayTimes& replay);
+    /** Continues with the values of a robot that is not a replay, and without recorded curves. */
+    void endReplay();
     /**
      * Replaces the points of a key by those of a recording, in the order of their times; samples of
      * it are ignored from now on. Does nothing if it is not plotted.

@@ -52,7 +52,8 @@ PlotToolBar::PlotToolBar(TimeAxis* time, PlotSaving* saving, QWidget* parent)
     connect(add, &QAction::triggered, this, &PlotToolBar::newPlotRequested);
     connect(fClear, &QAction::triggered, this, &PlotToolBar::clearRequested);
     // A recording is complete: there are no new points to continue with.
-    connect(time, &TimeAxis::replayMoved, fClear, [this] { fClear->setVisible(false); });
+    connect(time, &TimeAxis::replayMoved, fClear,
+            [this, time] { fClear->setVisible(!time->replay()); });
     connect(remove, &QAction::triggered, this, &PlotToolBar::removeAllRequested);
     fActionsOnPlots = {all, fClear, remove, saveAction};
 }

@@ -32,6 +32,11 @@ void TimeAxis::setReplay(const ReplayTimes& replay) {
     Q_EMIT replayMoved();
 }
 
+void TimeAxis::endReplay() {
+    fReplay.reset();
+    Q_EMIT replayMoved();
+}
+
 void TimeAxis::setFollowing(bool isFollowing) {
     if (isFollowing == fIsFollowing) {
         return;

@@ -43,6 +43,8 @@ class TimeAxis : public QObject {
     void setNow(double time);
     /** Sets the times of a replay, which is whole in view when its span is first known. */
     void setReplay(const ReplayTimes& replay);
+    /** The robot is not a replay any longer. */
+    void endReplay();
     void setFollowing(bool isFollowing);
     /** Shows a time span, and stops following. */
     void show(double left, double right);
@@ -64,7 +66,7 @@ class TimeAxis : public QObject {
     /** Emitted when following starts or stops. */
     void followingChanged(bool isFollowing);
     void cursorMoved();
-    /** Emitted when the times of the replay have changed. */
+    /** Emitted when the times of the replay have changed, or it has ended. */
     void replayMoved();
 
   private:

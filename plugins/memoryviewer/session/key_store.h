@@ -72,7 +72,7 @@ class KeyStore : public QObject {
     static bool isBefore(const MemoryKey* left, const MemoryKey* right);
 
     /** Sets the time of a robot that is a replay; see RobotClock. */
-    void setReplayTime(std::int64_t time) { fClock.setReplayTime(time); }
+    void setReplayTime(std::optional<std::int64_t> time) { fClock.setReplayTime(time); }
     /** Returns the robot's clock as estimated from here. */
     const RobotClock& clock() const { return fClock; }
     /**

@@ -65,7 +65,8 @@ void MemorySession::takeNews() {
 
 void MemorySession::setReplay(const obvista::ReplayState& replay) {
     fReplay = replay;
-    fKeys->setReplayTime(replay.robotTime(replay.fPosition));
+    fKeys->setReplayTime(replay.isReplay() ? std::optional(replay.robotTime(replay.fPosition))
+                                           : std::nullopt);
 }
 
 void MemorySession::end(obvista::LinkState state) {

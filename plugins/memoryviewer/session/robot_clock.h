@@ -25,9 +25,9 @@ class RobotClock {
 
     /**
      * Sets the time of a robot that is a replay, whose clock stands still while it is paused; from
-     * then on nothing is estimated.
+     * then on nothing is estimated, until the time is nothing.
      */
-    void setReplayTime(std::int64_t time) { fReplayTime = time; }
+    void setReplayTime(std::optional<std::int64_t> time) { fReplayTime = time; }
     bool isReplay() const { return fReplayTime.has_value(); }
 
     /** Returns the current time of the robot's clock, in microseconds since 1970-01-01 UTC. */

@@ -32,6 +32,12 @@ void ReplayCurves::setReplay(const obvista::ReplayState& state) {
     const bool hasOtherTimes = state.fStart != fState.fStart || state.fEnd != fState.fEnd ||
                                state.fClockOffset != fState.fClockOffset;
     fState = state;
+    if (!state.isReplay()) {
+        fCurves.clear();
+        fRequested.clear();
+        fPlots->endReplay();
+        return;
+    }
     const auto time = [&state](std::int64_t recorded) {
         return static_cast<double>(state.robotTime(recorded));
     };

@@ -60,7 +60,10 @@ ReplayClient::~ReplayClient() {
     }
 }
 
-const ReplayState& ReplayClient::state() {
+std::optional<ReplayState> ReplayClient::state() {
+    if (fValues.hasEnded()) {
+        return ReplayState();
+    }
     for (const auto& [name, value] : fValues.take()) {
         try {
             setters().at(name)(fState, value);
@@ -68,7 +71,7 @@ const ReplayState& ReplayClient::state() {
             // A robot that breaks the contract keeps the previous value.
         }
     }
-    return fState;
+    return fState.isReplay() ? std::optional(fState) : std::nullopt;
 }
 
 void ReplayClient::call(const std::string& method, const KVValue::List& arguments) {

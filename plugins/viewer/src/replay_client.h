@@ -10,6 +10,7 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -31,7 +32,11 @@ class ReplayClient {
     ReplayClient(const ReplayClient&) = delete;
     ReplayClient& operator=(const ReplayClient&) = delete;
 
-    const ReplayState& state();
+    /**
+     * Returns the newest state, of which isReplay() is false if the robot has no such module;
+     * nothing before the robot has answered.
+     */
+    std::optional<ReplayState> state();
 
     /** Calls a method soon; does not wait. A "seek" replaces one that has not begun. */
     void call(const std::string& method, const KVValue::List& arguments);

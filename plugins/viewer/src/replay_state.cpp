@@ -42,6 +42,9 @@ bool ReplayState::operator==(const ReplayState& other) const {
 }
 
 QString replayText(const ReplayState& state) {
+    if (!state.isReplay()) {
+        return {};
+    }
     return state.fIsPlaying ? Texts::tr("replay at %1").arg(speedText(state.fSpeed))
                             : Texts::tr("replay paused");
 }

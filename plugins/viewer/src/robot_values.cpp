@@ -26,6 +26,7 @@ void RobotValues::stop() {
     fSubscription.reset();
     const std::lock_guard<std::mutex> lock(fMutex);
     fNames.clear();
+    fHasEnded = false;
 }
 
 std::map<std::string, KVValue> RobotValues::take() {
@@ -33,11 +34,17 @@ std::map<std::string, KVValue> RobotValues::take() {
     return std::exchange(fNews, {});
 }
 
+bool RobotValues::hasEnded() const {
+    const std::lock_guard<std::mutex> lock(fMutex);
+    return fHasEnded;
+}
+
 KVSubscription::Callbacks RobotValues::xCallbacks() {
     KVSubscription::Callbacks callbacks;
     callbacks.fKeysAdded = [this](const std::vector<KVKeyInfo>& keys) { xAddKeys(keys); };
     callbacks.fKeysRemoved = [this](const std::vector<std::uint32_t>& ids) { xRemoveKeys(ids); };
     callbacks.fValuesChanged = [this](const std::vector<KVChange>& changes) { xChange(changes); };
+    callbacks.fEnded = [this](const KVError& error) { xEnd(error); };
     return callbacks;
 }
 
@@ -65,6 +72,17 @@ void RobotValues::xChange(const std::vector<KVChange>& changes) {
         for (const KVChange& change : changes) {
             fNews[fNames[change.fId]] = change.fValue;
         }
+    }
+    fNotice.give();
+}
+
+void RobotValues::xEnd(const KVError& error) {
+    if (error.cause() == KVError::Cause::ConnectionLost) {
+        return;
+    }
+    {
+        const std::lock_guard<std::mutex> lock(fMutex);
+        fHasEnded = true;
     }
     fNotice.give();
 }

@@ -20,6 +20,7 @@
 #include <QShortcut>
 #include <QVBoxLayout>
 
+#include <optional>
 #include <utility>
 
 namespace obvista {
@@ -248,7 +249,10 @@ void ViewerWidget::xOnNotice() {
     if (fLink->isClosed()) {
         xEnd(LinkState::Closed);
     } else if (!fLink->isLost()) {
-        xShowReplay();
+        // A robot that has returned may no longer be a replay; the bar remains until it answers.
+        if (const std::optional<ReplayState> state = fLink->replay()->state()) {
+            xShowReplay(*state);
+        }
         Q_EMIT newsArrived();
     } else if (isReconnectWanted()) {
         xInterrupt();
@@ -280,6 +284,7 @@ void ViewerWidget::xTryAgain() {
     fTimeBar->setEnabled(true);
     fHeader->setRobot(robotName(), robotAddress());
     if (result == RobotLink::Return::OtherRobot) {
+        xShowReplay({});
         Q_EMIT robotReplaced();
     }
     Q_EMIT linkRestored();
@@ -295,14 +300,16 @@ void ViewerWidget::xGiveUp() {
     }
 }
 
-void ViewerWidget::xShowReplay() {
-    const ReplayState& state = fLink->replay()->state();
-    if (state.isReplay() && state != fReplayState) {
-        fReplayState = state;
-        fTimeBar->showState(fReplayState);
-        fTimeBar->show();
-        Q_EMIT replayChanged();
+void ViewerWidget::xShowReplay(const ReplayState& state) {
+    if (state == fReplayState) {
+        return;
     }
+    fReplayState = state;
+    if (state.isReplay()) {
+        fTimeBar->showState(state);
+    }
+    fTimeBar->setVisible(state.isReplay());
+    Q_EMIT replayChanged();
 }
 
 void ViewerWidget::xEnd(LinkState state) {

@@ -36,7 +36,7 @@ struct ReplayState {
     bool operator!=(const ReplayState& other) const { return !(*this == other); }  ///< Not ==
 };
 
-/** Returns for instance "replay paused" or, if it plays, "replay at 2×". */
+/** Returns for instance "replay paused" or, if it plays, "replay at 2×"; empty for other robots. */
 OBVISTA_VIEWER_EXPORT QString replayText(const ReplayState& state);
 
 }  // namespace obvista

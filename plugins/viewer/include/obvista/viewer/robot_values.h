@@ -3,6 +3,7 @@
 
 #include <obvista/viewer/notice.h>
 #include <obvista/viewer/viewer_export.h>
+#include <robaxi/kv_error.h>
 #include <robaxi/kv_subscription.h>
 #include <robaxi/kv_value.h>
 
@@ -33,7 +34,8 @@ namespace obvista {
  */
 class OBVISTA_VIEWER_EXPORT RobotValues {
   public:
-    /** @param notice given when there is something to take; must outlive this object */
+    /** @param notice given when there is something to take, and when the robot has ended the
+     *         subscription; must outlive this object */
     explicit RobotValues(Notice& notice) : fNotice(notice) {}
     /** Stops. */
     ~RobotValues();
@@ -42,7 +44,7 @@ class OBVISTA_VIEWER_EXPORT RobotValues {
 
     /**
      * Subscribes to all values of a module instead of what was subscribed before. Does not wait. A
-     * module that does not exist has no values.
+     * robot without the module refuses; see hasEnded().
      *
      * @param rate maximum updates a second, above 0 to 1000
      * @throws KVError InvalidArgument for no connection, an empty name or a rate out of range
@@ -61,16 +63,22 @@ class OBVISTA_VIEWER_EXPORT RobotValues {
      *  has a value of nothing. The names are untrusted. */
     std::map<std::string, KVValue> take();
 
+    /** Returns true if the robot has refused or ended the subscription, for instance because it has
+     *  no such module; false after a loss of the connection, which the link reports. */
+    bool hasEnded() const;
+
   private:
     KVSubscription::Callbacks xCallbacks();
     void xAddKeys(const std::vector<KVKeyInfo>& keys);
     void xRemoveKeys(const std::vector<std::uint32_t>& ids);
     void xChange(const std::vector<KVChange>& changes);
+    void xEnd(const KVError& error);
 
     Notice& fNotice;
-    std::mutex fMutex;  // guards the two maps
+    mutable std::mutex fMutex;  // guards the three members below
     std::map<std::uint32_t, std::string> fNames;
     std::map<std::string, KVValue> fNews;
+    bool fHasEnded = false;
     std::shared_ptr<KVSubscription> fSubscription;
 };
 

@@ -150,7 +150,7 @@ class OBVISTA_VIEWER_EXPORT ViewerWidget : public QWidget {
     void xGiveUp();
     void xOnTick();
     QString xInterruptedText() const;
-    void xShowReplay();
+    void xShowReplay(const ReplayState& state);
     void xReportLoss();
     void xUpdateSeen();
     void xUpdateSilence();
