@@ -957,8 +957,9 @@ Mittel %3</translation>
         <translation>Neuester Wert</translation>
     </message>
     <message>
-        <source>Value at the position</source>
-        <translation>Wert an der Position</translation>
+        <source>Current value</source>
+        <extracomment>the value at the position of a replay</extracomment>
+        <translation>Aktueller Wert</translation>
     </message>
 </context>
 <context>

@@ -957,8 +957,9 @@ Moyenne %3</translation>
         <translation>Dernière valeur</translation>
     </message>
     <message>
-        <source>Value at the position</source>
-        <translation>Valeur à la position</translation>
+        <source>Current value</source>
+        <extracomment>the value at the position of a replay</extracomment>
+        <translation>Valeur actuelle</translation>
     </message>
 </context>
 <context>

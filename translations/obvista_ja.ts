@@ -953,8 +953,9 @@ Mean %3</source>
         <translation>最新の値</translation>
     </message>
     <message>
-        <source>Value at the position</source>
-        <translation>現在位置の値</translation>
+        <source>Current value</source>
+        <extracomment>the value at the position of a replay</extracomment>
+        <translation>現在の値</translation>
     </message>
 </context>
 <context>

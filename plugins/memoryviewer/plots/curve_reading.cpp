@@ -49,7 +49,8 @@ QString readingTitle(const TimeAxis& time, int pixels) {
     if (cursor) {
         return timeText(*cursor, time.span() / std::max(1, pixels));
     }
-    return time.replay() ? Texts::tr("Value at the position") : Texts::tr("Newest value");
+    //: the value at the position of a replay
+    return time.replay() ? Texts::tr("Current value") : Texts::tr("Newest value");
 }
 
 }  // namespace memoryviewer
