@@ -8,7 +8,6 @@ RobotIconDownload::RobotIconDownload(std::string address, std::chrono::milliseco
     : fThread([this, address = std::move(address), timeout, done = std::move(done)] {
           fIcon = getRobotIcon(address, timeout, &fIsCancelled);
           fIsDone = true;
-          fEnding.set_value();
           if (done) {
               done();
           }

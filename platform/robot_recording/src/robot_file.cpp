@@ -1,5 +1,4 @@
 #include <cctype>
-#include <chrono>
 #include <download/robot_icon_download.h>
 #include <optional>
 #include <robot_recording/robot_file.h>
@@ -11,9 +10,6 @@ namespace {
 
 /** Bytes that wait for the disk besides those in the recorder's queue. */
 constexpr std::size_t a_waitingBytes = std::size_t{8} << 20U;
-
-/** For the icon at the end of a short recording. A robot without one refuses at once. */
-constexpr std::chrono::seconds a_iconPatience(1);
 
 recording::WriterOptions viewersOptions() {
     recording::WriterOptions options = RecordingSink::usualOptions();
@@ -53,7 +49,6 @@ void RobotFile::addIconIfDone() {
 }
 
 void RobotFile::finish() {
-    fIcon->wait(a_iconPatience);
     addIconIfDone();
     fEvents.report();
     fEvents.write("end", "");

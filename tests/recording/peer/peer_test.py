@@ -387,8 +387,8 @@ class ViewersRecordings(unittest.TestCase):
         self.memory = pathlib.Path(self.folder.name) / "memory.mcap"
         self.camera = pathlib.Path(self.folder.name) / "camera.mcap"
 
-    def record(self):
-        subprocess.run([VIEWERS, self.memory, self.camera, IconServer.ADDRESS], check=True)
+    def record(self, *address):
+        subprocess.run([VIEWERS, self.memory, self.camera, *address], check=True)
 
     def test_icons(self):
         try:
@@ -398,7 +398,7 @@ class ViewersRecordings(unittest.TestCase):
         with server:
             threading.Thread(target=server.serve_forever).start()
             try:
-                self.record()
+                self.record(IconServer.ADDRESS)
             finally:
                 server.shutdown()
         for path in (self.memory, self.camera):

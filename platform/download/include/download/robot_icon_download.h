@@ -5,7 +5,6 @@
 #include <chrono>
 #include <download/robot_icon.h>
 #include <functional>
-#include <future>
 #include <optional>
 #include <string>
 #include <thread>
@@ -32,8 +31,6 @@ class RobotIconDownload {
 
     /** Returns true if there is a result that was not taken. */
     bool isDone() const { return fIsDone; }
-    /** Waits for the result, or for the longest time. */
-    void wait(std::chrono::milliseconds longest) const { fEnd.wait_for(longest); }
     /** Returns the result, once; nothing while there is none. */
     std::optional<RobotIcon> take();
 
@@ -41,8 +38,6 @@ class RobotIconDownload {
     std::atomic<bool> fIsCancelled{false};
     std::atomic<bool> fIsDone{false};
     RobotIcon fIcon;  ///< of the thread until fIsDone
-    std::promise<void> fEnding;
-    const std::future<void> fEnd = fEnding.get_future();
     std::thread fThread;
 };
 

@@ -43,7 +43,8 @@ class RobotFile {
     /** Writes the icon if it has arrived. Call it now and then. */
     void addIconIfDone();
 
-    /** Writes what is left, also an icon that arrives within a second, and completes the file. */
+    /** Writes what is left, also the icon if it has arrived, and completes the file. Does not wait
+     *  for the robot. */
     void finish();
 
   private:
