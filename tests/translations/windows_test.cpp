@@ -99,6 +99,8 @@ class WindowsTest : public QObject {
     static QString xDefectsOfBox(Open open);
     /** The same for the list of a viewer's keys. */
     static QString xDefectsOfKeyList(QWidget& viewer);
+    /** Shows the main window of the built program; returns true when it is exposed. */
+    static bool xShow(MainWindow& window);
     /** Returns a docked viewer of the robot. */
     QWidget* xShow(PluginDriver& driver) const;
     static QString xTranslated(const char* context, const char* text);
@@ -159,6 +161,13 @@ void WindowsTest::cleanup() {
     fTranslator.reset();  // this removes it
     QApplication::setFont(fFont);
     QApplication::setPalette(fPalette);
+}
+
+bool WindowsTest::xShow(MainWindow& window) {
+    window.setAppFolder(builtFolder(QStringLiteral("bin")));
+    window.init();
+    window.show();
+    return waitForExposed(&window);
 }
 
 QWidget* WindowsTest::xShow(PluginDriver& driver) const {
@@ -230,10 +239,7 @@ QString WindowsTest::xDefectsOfKeyList(QWidget& viewer) {
 
 void WindowsTest::launcher() {
     MainWindow window;
-    window.setAppFolder(builtFolder(QStringLiteral("bin")));
-    window.init();
-    window.show();
-    QVERIFY(waitForExposed(&window));
+    QVERIFY(xShow(window));
     QCOMPARE(xDefects(window), QString());
     auto* launcher = qobject_cast<PluginLoader*>(window.centralWidget());
     QVERIFY(launcher != nullptr);
@@ -265,10 +271,7 @@ void WindowsTest::launcher() {
 
 void WindowsTest::messageBoxes() {
     MainWindow window;
-    window.setAppFolder(builtFolder(QStringLiteral("bin")));
-    window.init();
-    window.show();
-    QVERIFY(waitForExposed(&window));
+    QVERIFY(xShow(window));
     QCOMPARE(xDefectsOfBox([&] {
                  window.onBonjourListeningException(QStringLiteral("no answer\nfrom Avahi"));
              }),
