@@ -5,11 +5,11 @@
     <name>CurlTransfer</name>
     <message>
         <source>The response ended within its header</source>
-        <translation>Die Antwort endete in ihrem Kopf</translation>
+        <translation>Die Antwort endete mitten im Header</translation>
     </message>
     <message>
         <source>The header of the response is too long</source>
-        <translation>Der Kopf der Antwort ist zu lang</translation>
+        <translation>Der Header der Antwort ist zu lang</translation>
     </message>
     <message>
         <source>The response has a transfer coding that was not requested</source>
@@ -32,7 +32,7 @@
     </message>
     <message>
         <source>Connect to</source>
-        <translation>Verbinden mit</translation>
+        <translation>Verbinden</translation>
     </message>
     <message>
         <source>Favourite</source>
@@ -68,7 +68,7 @@
     </message>
     <message>
         <source>Please enter a correct hostname</source>
-        <translation>Bitte geben Sie einen richtigen Rechnernamen ein</translation>
+        <translation>Bitte geben Sie einen gültigen Rechnernamen ein</translation>
     </message>
     <message>
         <source>Please select a robot from the list</source>
@@ -181,7 +181,7 @@ Prüfen Sie auch, ob nicht schon ein anderes Obvista mit diesem Robaxi verbunden
     </message>
     <message>
         <source>The plugin &quot;%1&quot; failed and cannot be loaded.</source>
-        <translation>Das Modul „%1“ ist fehlgeschlagen und kann nicht geladen werden.</translation>
+        <translation>Das Plugin „%1“ ist fehlgeschlagen und kann nicht geladen werden.</translation>
     </message>
     <message>
         <source>Error</source>
@@ -189,7 +189,7 @@ Prüfen Sie auch, ob nicht schon ein anderes Obvista mit diesem Robaxi verbunden
     </message>
     <message>
         <source>Robaxi has been disconnected</source>
-        <translation>Robaxi wurde getrennt</translation>
+        <translation>Verbindung zu Robaxi getrennt</translation>
     </message>
     <message>
         <source>Obvista will exit now. You have to restart it and connect again.</source>
@@ -197,7 +197,7 @@ Prüfen Sie auch, ob nicht schon ein anderes Obvista mit diesem Robaxi verbunden
     </message>
     <message>
         <source>Obvista will close this plugin now. You have to restart it and connect again.</source>
-        <translation>Obvista schließt dieses Modul jetzt. Sie müssen es neu starten und die Verbindung wiederherstellen.</translation>
+        <translation>Obvista schließt dieses Plugin jetzt. Sie müssen es neu starten und die Verbindung wiederherstellen.</translation>
     </message>
     <message>
         <source>Cannot listen to Bonjour Network</source>
@@ -323,7 +323,7 @@ Prüfen Sie auch, ob nicht schon ein anderes Obvista mit diesem Robaxi verbunden
     <name>cameraviewer::CameraViewerWidget</name>
     <message>
         <source>Camera viewer</source>
-        <translation>Kamera-Ansicht</translation>
+        <translation>Kameraansicht</translation>
     </message>
     <message>
         <source>&amp;View</source>
@@ -459,7 +459,7 @@ Prüfen Sie auch, ob nicht schon ein anderes Obvista mit diesem Robaxi verbunden
     </message>
     <message>
         <source>Matroska: for video players</source>
-        <translation>Matroska: für Videoabspieler</translation>
+        <translation>Matroska: für Videoplayer</translation>
     </message>
     <message>
         <source>Completing the recording…</source>
@@ -513,7 +513,7 @@ Prüfen Sie auch, ob nicht schon ein anderes Obvista mit diesem Robaxi verbunden
     </message>
     <message>
         <source>The camera sends rows that are shorter than its pictures are wide.</source>
-        <translation>Die Kamera sendet Zeilen, die kürzer sind, als ihre Bilder breit sind.</translation>
+        <translation>Die Kamera sendet Zeilen, die kürzer sind als die Breite ihrer Bilder.</translation>
     </message>
     <message>
         <source>The camera sends fewer bytes than its pictures need.</source>
@@ -521,7 +521,7 @@ Prüfen Sie auch, ob nicht schon ein anderes Obvista mit diesem Robaxi verbunden
     </message>
     <message>
         <source>The camera sends pictures without a byte.</source>
-        <translation>Die Kamera sendet Bilder ohne ein Byte.</translation>
+        <translation>Die Kamera sendet Bilder ohne Daten.</translation>
     </message>
     <message>
         <source>The camera sends JPEGs that cannot be read.</source>
@@ -537,15 +537,15 @@ Prüfen Sie auch, ob nicht schon ein anderes Obvista mit diesem Robaxi verbunden
     </message>
     <message>
         <source>The camera sends H.264 that is too large; the most is 9.4 million pixels and 4 MiB a frame.</source>
-        <translation>Die Kamera sendet zu großes H.264; höchstens 9,4 Millionen Pixel und 4 MiB je Bild sind möglich.</translation>
+        <translation>Die Kamera sendet zu großes H.264; höchstens 9.4 Millionen Pixel und 4 MiB je Bild sind möglich.</translation>
     </message>
     <message>
         <source>The camera sends H.264 that cannot be read.</source>
-        <translation>Die Kamera sendet H.264, das nicht gelesen werden kann.</translation>
+        <translation>Die Kamera sendet H.264, das nicht lesbar ist.</translation>
     </message>
     <message>
         <source>The camera sends H.264 of another size than it says.</source>
-        <translation>Die Kamera sendet H.264 in einer anderen Größe, als sie angibt.</translation>
+        <translation>Die Kamera sendet H.264 in anderer Größe als angegeben.</translation>
     </message>
     <message>
         <source>The camera sends H.264 that is damaged.</source>
@@ -758,7 +758,7 @@ Mittel %3</translation>
     </message>
     <message>
         <source>No camera is chosen.</source>
-        <translation>Keine Kamera ist gewählt.</translation>
+        <translation>Es ist keine Kamera ausgewählt.</translation>
     </message>
     <message>
         <source>The robot has ended the stream of camera &quot;%1&quot;: %2</source>
@@ -1125,7 +1125,7 @@ Mittel %3</translation>
     <name>memoryviewer::MemoryShortcuts</name>
     <message>
         <source>Memory viewer</source>
-        <translation>Speicher-Ansicht</translation>
+        <translation>Speicheransicht</translation>
     </message>
     <message>
         <source>go to the filter</source>
@@ -1150,7 +1150,7 @@ Mittel %3</translation>
     </message>
     <message>
         <source>Enter, Down</source>
-        <translation>Eingabe, Ab</translation>
+        <translation>Eingabe, ↓</translation>
     </message>
     <message>
         <source>go to the first matching key</source>
@@ -1206,11 +1206,11 @@ Mittel %3</translation>
     </message>
     <message>
         <source>copy the selected rows</source>
-        <translation>die gewählten Zeilen kopieren</translation>
+        <translation>die ausgewählten Zeilen kopieren</translation>
     </message>
     <message>
         <source>Alt+Up, Alt+Down</source>
-        <translation>Alt+Auf, Alt+Ab</translation>
+        <translation>Alt+↑, Alt+↓</translation>
     </message>
     <message>
         <source>move a watched row</source>
@@ -1254,7 +1254,7 @@ Mittel %3</translation>
     </message>
     <message>
         <source>arrows, Page Up, Page Down</source>
-        <translation>Pfeile, Bild auf, Bild ab</translation>
+        <translation>Pfeile, Bild aufwärts, Bild abwärts</translation>
     </message>
     <message>
         <source>pan</source>
@@ -1294,7 +1294,7 @@ Mittel %3</translation>
     </message>
     <message>
         <source>Shift+Left, Shift+Right</source>
-        <translation>Umschalt+Links, Umschalt+Rechts</translation>
+        <translation>Umschalt+←, Umschalt+→</translation>
     </message>
     <message>
         <source>move the cursor</source>
@@ -1448,7 +1448,7 @@ changed:30	in den letzten 30 s geändert (5 ohne Angabe)</translation>
     </message>
     <message>
         <source>Choose the columns</source>
-        <translation>Die Spalten wählen</translation>
+        <translation>Die Spalten auswählen</translation>
     </message>
     <message>
         <source>Pause</source>
@@ -1475,7 +1475,7 @@ changed:30	in den letzten 30 s geändert (5 ohne Angabe)</translation>
     <name>memoryviewer::MemoryViewerWidget</name>
     <message>
         <source>Memory viewer</source>
-        <translation>Speicher-Ansicht</translation>
+        <translation>Speicheransicht</translation>
     </message>
     <message>
         <source>%1 keeps its value: %2</source>
@@ -1556,7 +1556,7 @@ changed:30	in den letzten 30 s geändert (5 ohne Angabe)</translation>
         <source>Nothing is plotted yet.
 
 Drag keys with numbers here, or plot them from their menu.</source>
-        <translation>Noch nichts ist gezeichnet.
+        <translation>Es ist noch nichts gezeichnet.
 
 Ziehen Sie Schlüssel mit Zahlen hierher, oder zeichnen Sie sie über ihr Menü.</translation>
     </message>
@@ -1818,7 +1818,7 @@ Ziehen Sie Schlüssel mit Zahlen hierher, oder zeichnen Sie sie über ihr Menü.
     </message>
     <message>
         <source> (not written)</source>
-        <translation> (nicht geschrieben)</translation>
+        <translation> (nicht gesetzt)</translation>
     </message>
 </context>
 <context>
@@ -1998,7 +1998,7 @@ Ziehen Sie Schlüssel mit Zahlen hierher, oder zeichnen Sie sie über ihr Menü.
     </message>
     <message>
         <source>move forward or back by a twentieth of the recording</source>
-        <translation>ein Zwanzigstel der Aufzeichnung vor oder zurück gehen</translation>
+        <translation>um ein Zwanzigstel der Aufzeichnung vor- oder zurückgehen</translation>
     </message>
     <message>
         <source>go to the start or end of the recording</source>

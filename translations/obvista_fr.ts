@@ -32,7 +32,7 @@
     </message>
     <message>
         <source>Connect to</source>
-        <translation>Se connecter à</translation>
+        <translation>Se connecter</translation>
     </message>
     <message>
         <source>Favourite</source>
@@ -189,7 +189,7 @@ Vérifiez aussi qu’un autre Obvista n’est pas déjà connecté à ce Robaxi.
     </message>
     <message>
         <source>Robaxi has been disconnected</source>
-        <translation>Robaxi a été déconnecté</translation>
+        <translation>Connexion à Robaxi perdue</translation>
     </message>
     <message>
         <source>Obvista will exit now. You have to restart it and connect again.</source>
@@ -537,7 +537,7 @@ Vérifiez aussi qu’un autre Obvista n’est pas déjà connecté à ce Robaxi.
     </message>
     <message>
         <source>The camera sends H.264 that is too large; the most is 9.4 million pixels and 4 MiB a frame.</source>
-        <translation>La caméra envoie du H.264 trop grand ; le maximum est de 9,4 millions de pixels et de 4 Mio par image.</translation>
+        <translation>La caméra envoie du H.264 trop grand ; le maximum est de 9.4 millions de pixels et de 4 Mio par image.</translation>
     </message>
     <message>
         <source>The camera sends H.264 that cannot be read.</source>
@@ -2034,7 +2034,7 @@ Glissez ici des clés numériques, ou tracez-les depuis leur menu.</translation>
     </message>
     <message>
         <source>put the viewer into its own window, or back</source>
-        <translation>placer la visionneuse dans sa propre fenêtre, ou l’y ramener</translation>
+        <translation>placer la visionneuse dans sa propre fenêtre, ou la remettre en place</translation>
     </message>
     <message>
         <source>go to the next control, or back</source>

@@ -80,9 +80,9 @@ QString figureText(double value) {
     return QString::number(value, 'f', value < roundsToTen ? 2 : 1);
 }
 
+/** The age is not, so that it is beside the rate when its column fills a wide dock. */
 bool isRightAligned(const MemoryKey& key, int column) {
-    return column == RateColumn || column == AgeColumn ||
-           (column == ValueColumn && isReadFromTheRight(key.type()));
+    return column == RateColumn || (column == ValueColumn && isReadFromTheRight(key.type()));
 }
 
 }  // namespace
@@ -139,7 +139,7 @@ QVariant keyHeaderData(int column, Qt::Orientation orientation, int role) {
         return {};
     }
     if (role == Qt::TextAlignmentRole) {
-        return QVariant(Qt::AlignVCenter | (column >= RateColumn ? Qt::AlignRight : Qt::AlignLeft));
+        return QVariant(Qt::AlignVCenter | (column == RateColumn ? Qt::AlignRight : Qt::AlignLeft));
     }
     if (role == Qt::ToolTipRole && column == RateColumn) {
         return Texts::tr(

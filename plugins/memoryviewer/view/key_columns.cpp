@@ -25,7 +25,7 @@ constexpr std::array<ColumnSize, ColumnCount> a_sizes{{{0, ""},
                                                        {8, "rad/s"},
                                                        {8, "string"},
                                                        {9, "\u2265 10.0"},
-                                                       {10, "59:59 min"}}};
+                                                       {12, "  59:59 min"}}};
 /** Padding of a cell around its text. */
 constexpr int a_padding = 2;
 /** Characters of names that must be visible before columns are squeezed or moved out of view. */

@@ -23,6 +23,11 @@ void MemoryDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelI
     if (!index.parent().isValid() && index.model()->hasChildren(index)) {
         option->font.setBold(true);
     }
+    if (index.column() == AgeColumn) {
+        // Some room after the rate, whose text ends where the column of the age begins.
+        option->features |= QStyleOptionViewItem::HasDecoration;
+        option->decorationSize = {option->fontMetrics.averageCharWidth(), 1};
+    }
     const bool isSecondary = index.column() != NameColumn && index.column() != ValueColumn;
     if (fIsStale || isSecondary || index.data(MissingRole).toBool()) {
         option->palette = xDimmed(option->palette);

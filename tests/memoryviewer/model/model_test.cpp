@@ -266,6 +266,8 @@ void ModelTest::alignsNumbersAndTextsApart() {
     QCOMPARE(alignment(2, memoryviewer::ValueColumn), int(Qt::AlignLeft));
     QCOMPARE(alignment(3, memoryviewer::ValueColumn), int(Qt::AlignRight));
     QCOMPARE(alignment(1, memoryviewer::NameColumn), int(Qt::AlignLeft));
+    QCOMPARE(alignment(1, memoryviewer::RateColumn), int(Qt::AlignRight));
+    QCOMPARE(alignment(1, memoryviewer::AgeColumn), int(Qt::AlignLeft));
 }
 
 void ModelTest::signalsOnlyRowsThatChanged() {
