@@ -8,7 +8,6 @@ import os
 import pathlib
 import shutil
 import signal
-import socket
 import subprocess
 import sys
 import tempfile
@@ -19,14 +18,9 @@ import grpc
 from google.protobuf import json_format
 
 from client import Client, ConnectionLost, Refused
+from free_port import free_port
 from messages import PART_SIZE, RemoteError, from_value
 from robaxi.v1 import robaxi_pb2 as pb
-
-
-def free_port():
-    with socket.socket() as probe:
-        probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
 
 
 class Robot:

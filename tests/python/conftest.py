@@ -5,7 +5,6 @@ from __future__ import annotations
 import os
 import pathlib
 import signal
-import socket
 import subprocess
 import time
 from typing import Any, Callable, Dict, Iterator, List
@@ -13,17 +12,12 @@ from typing import Any, Callable, Dict, Iterator, List
 import pytest
 
 import robaxi
+from free_port import free_port
 
 BUILD = pathlib.Path(os.environ["OBVISTA_BUILD_DIR"])
 SOURCE = pathlib.Path(os.environ["OBVISTA_SOURCE_DIR"])
 PATIENCE = 30  # seconds, on a busy machine
 LAB_CTL = SOURCE / "lab/ctl"
-
-
-def free_port() -> int:
-    with socket.socket() as probe:
-        probe.bind(("127.0.0.1", 0))
-        return int(probe.getsockname()[1])
 
 
 def eventually(condition: Callable[[], Any]) -> Any:

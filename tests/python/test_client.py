@@ -12,7 +12,8 @@ import time
 import pytest
 
 import robaxi
-from conftest import PATIENCE, eventually, free_port
+from conftest import PATIENCE, eventually
+from free_port import free_port
 from robaxi import Cause, client
 
 

@@ -4,8 +4,8 @@
 namespace obvista_test {
 
 /**
- * Returns a port of the loopback on which nothing listens; another program may take it at any time.
- * It is not in the range that the system assigns to clients.
+ * Returns a port of the loopback on which nothing listens, and which no other test chooses while
+ * this process runs. It is not in the range that the system assigns to clients.
  */
 int freePort();
 

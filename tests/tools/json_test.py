@@ -7,7 +7,6 @@ tools.list compares the output of robaxi list, which needs robots on a network.
 
 import json
 import pathlib
-import socket
 import subprocess
 import sys
 import tempfile
@@ -16,6 +15,7 @@ import unittest
 import jsonschema
 
 import json_schema
+from free_port import free_port
 
 ROBAXI, ROBOT = sys.argv[1:3]
 NOT_HERE = {"list"}
@@ -27,9 +27,7 @@ class Output(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.folder = tempfile.TemporaryDirectory()
-        with socket.socket() as probe:
-            probe.bind(("127.0.0.1", 0))
-            port = str(probe.getsockname()[1])
+        port = str(free_port())
         cls.place = f"127.0.0.1:{port}"
         cls.robot = subprocess.Popen(
             [ROBOT, "--port", port, "--http-port", "0", "--no-announce"], text=True,

@@ -13,12 +13,13 @@ import os
 import pathlib
 import shutil
 import signal
-import socket
 import subprocess
 import sys
 import tempfile
 import threading
 import unittest
+
+from free_port import free_port
 
 HERE = pathlib.Path(__file__).resolve().parent
 TOOL = None
@@ -178,19 +179,15 @@ class TheirFiles(unittest.TestCase):
 
 def with_robot(options, use):
     """Calls a function with the address of a robot."""
-    for _ in range(10):
-        with socket.socket() as listener:
-            listener.bind(("127.0.0.1", 0))
-            port = str(listener.getsockname()[1])
-        with subprocess.Popen([ROBOT, "--address", "127.0.0.1", "--port", port, "--http-port", "0",
-                               "--no-announce", *options], stdout=subprocess.PIPE, text=True) as robot:
-            try:
-                if "listens on" in robot.stdout.readline():
-                    use("127.0.0.1:" + port)
-                    return
-            finally:
-                robot.terminate()
-    raise AssertionError("the robot does not start")
+    port = str(free_port())
+    with subprocess.Popen([ROBOT, "--address", "127.0.0.1", "--port", port, "--http-port", "0",
+                           "--no-announce", *options], stdout=subprocess.PIPE, text=True) as robot:
+        try:
+            if "listens on" not in robot.stdout.readline():
+                raise AssertionError("the robot does not start")
+            use("127.0.0.1:" + port)
+        finally:
+            robot.terminate()
 
 
 class TheirRobots(unittest.TestCase):
