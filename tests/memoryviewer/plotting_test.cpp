@@ -260,7 +260,11 @@ void PlottingTest::drawsAGapWhereTheRobotDidNotAnswer() {
     const double begin = xPlotForAWhile("Battery/Voltage");
     const double from = timesOf(fWindow->plots().first()).second;
     fWindow->robot().suspend();
-    QTRY_VERIFY(noticeOf(fWindow->viewer()).startsWith(QLatin1String("No answer for ")));
+    // On a busy machine the robot may seem silent already before.
+    QElapsedTimer gap;
+    gap.start();
+    QTRY_VERIFY(gap.elapsed() > 1500 &&
+                noticeOf(fWindow->viewer()).startsWith(QLatin1String("No answer for ")));
     fWindow->robot().resume();
     QTRY_VERIFY(timesOf(fWindow->plots().first()).second > from + 4e6);
     xVerifyGap(begin);
@@ -271,7 +275,9 @@ void PlottingTest::continuesItsCurvesWhenTheRobotReturns() {
     const double begin = xPlotForAWhile("Battery/Voltage");
     const double from = timesOf(fWindow->plots().first()).second;
     fWindow->robot().kill();
-    QTRY_VERIFY(noticeOf(fWindow->viewer()).startsWith(QLatin1String("Lost 1 s ago")));
+    const auto notice = [this] { return noticeOf(fWindow->viewer()); };
+    QTRY_VERIFY(notice().startsWith(QLatin1String("Lost ")) &&
+                !notice().startsWith(QLatin1String("Lost 0 s")));
     const QString last = fWindow->legend(0, 0, a_valueColumn);
     QVERIFY2(last.toDouble() > 20, qPrintable(last));
     fWindow->restartRobot();
@@ -286,10 +292,18 @@ void PlottingTest::keepsItsCurvesWhenTheRobotIsLost() {
                              20000);
     const QString last = fWindow->legend(0, 0, a_valueColumn);
     QVERIFY2(last.toDouble() > 20, qPrintable(last));
-    const auto shown = timesOf(fWindow->plots().first());
+    // The curve then ends at the last value, in a repaint after the report. Time stands still when
+    // it has not moved for a second.
+    auto shown = timesOf(fWindow->plots().first());
+    const auto standsStill = [&] {
+        shown = timesOf(fWindow->plots().first());
+        QTest::qWait(1000);
+        return timesOf(fWindow->plots().first()) == shown;
+    };
+    QTRY_VERIFY(standsStill());
     const QwtScaleMap map = fWindow->plots().first()->canvasMap(QwtPlot::xBottom);
     QVERIFY(isCurveAt(xCanvas()->grab().toImage(), int(map.transform(shown.second - 0.5e6))));
-    // The curves are still visible, and time stands still.
+    // The curves are still visible.
     QTest::keyClick(xCanvas(), Qt::Key_Plus);
     QTRY_VERIFY(middleOf(timesOf(fWindow->plots().first())) > middleOf(shown));
     QCOMPARE(timesOf(fWindow->plots().first()).second, shown.second);

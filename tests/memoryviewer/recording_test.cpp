@@ -293,8 +293,11 @@ void RecordingTest::marksASilenceOfTheRobot() {
                 types += type;
             }
         }
-        const QString type = types.value(0);
-        QCOMPARE(types, (QStringList{type, QStringLiteral("gap"), type}));
+        // A busy machine may cause further gaps.
+        QVERIFY2(types.size() >= 3 && types.size() % 2 == 1, qPrintable(types.join(' ')));
+        for (int i = 1; i < types.size(); ++i) {
+            QCOMPARE(types[i], i % 2 == 1 ? QStringLiteral("gap") : types[0]);
+        }
     }
 }
 

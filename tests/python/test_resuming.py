@@ -298,13 +298,14 @@ def test_frames_go_on_with_the_next_one(start_either_humanoid, reach):
 
 def test_a_silence_above_the_limit_is_the_loss(echo, reach):
     threads = threading.active_count()
-    relay, robot = reach(echo.port, robaxi.Limits(heartbeat=50, loss=300, silence=1000))
+    relay, robot = reach(echo.port, robaxi.Limits(heartbeat=50, loss=300, silence=3000))
     changes = robot.values("Memory").watch()
     next(changes)
     states = robot.states()
     assert next(states) == State.CONNECTED
     relay.cut()
-    assert [*states] == [State.SILENT, State.LOST]
+    # On a busy machine the robot may seem silent already before.
+    assert [*states][-2:] == [State.SILENT, State.LOST]
     assert robot.state == State.LOST
     assert robot.error.cause == Cause.CONNECTION_LOST
     assert "is silent" in str(robot.error)

@@ -4,8 +4,10 @@
 // Waits of Qt tests. QtTest gives up after 5 s, which is not enough for windows and other processes
 // on a machine that runs several tests at once, some of them under a sanitizer.
 
+#include <QElapsedTimer>
 #include <QtTest>
 
+#include <limits>
 #include <utility>
 
 namespace obvista_test {
@@ -17,6 +19,14 @@ constexpr int a_qtPatience = 30000;
 template <class Condition>
 [[nodiscard]] bool waitFor(Condition condition) {
     return QTest::qWaitFor(std::move(condition), a_qtPatience);
+}
+
+/** Handles events until the condition is true. Returns the milliseconds that this took. */
+template <class Condition>
+[[nodiscard]] qint64 millisecondsUntil(Condition condition) {
+    QElapsedTimer time;
+    time.start();
+    return waitFor(std::move(condition)) ? time.elapsed() : std::numeric_limits<qint64>::max();
 }
 
 [[nodiscard]] inline bool waitForActive(QWidget* window) {
