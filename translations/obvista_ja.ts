@@ -1807,7 +1807,7 @@ Drag keys with numbers here, or plot them from their menu.</source>
     </message>
     <message>
         <source> (not written)</source>
-        <translation> (書き込まれていません)</translation>
+        <translation> (書き込み失敗)</translation>
     </message>
 </context>
 <context>
