@@ -130,7 +130,7 @@ class PlainReader {
             dds_waitset_wait(fWaitset.get(), nullptr, 0, DDS_MSECS(100));
             for (const bridge::TakenSample& sample : bridge::takeRaw(fReader.get(), a_mostTaken)) {
                 // The stamp is the first field of the header, behind the encapsulation.
-                const bridge::Bytes bytes = sample.fSample->bytes();
+                const ros2_message::Bytes bytes = sample.fSample->bytes();
                 std::array<std::uint32_t, 2> stamp{};
                 if (bytes.fSize >= 4 + sizeof stamp) {
                     std::memcpy(stamp.data(), bytes.fData + 4, sizeof stamp);

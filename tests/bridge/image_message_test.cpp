@@ -1,5 +1,3 @@
-#include "message/image_message.h"
-
 #include "fast_message.h"
 
 #include <picture/frame_check.h>
@@ -8,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <png.h>
+#include <ros2_message/image_message.h>
 
 using obvista_test::a_stamp;
 using obvista_test::FastMessage;
@@ -30,7 +29,7 @@ std::shared_ptr<Bytes> message(const std::string& encoding, std::uint32_t width,
 }
 
 ImageResult decoded(const std::shared_ptr<Bytes>& bytes) {
-    return bridge::imageOf({bytes->data(), bytes->size()}, bytes, 0);
+    return ros2_message::imageOf({bytes->data(), bytes->size()}, bytes, 0);
 }
 
 /** Returns the bytes of a frame that passes the check of the viewers. */
@@ -130,7 +129,7 @@ TEST(CompressedImageMessage, aPngBecomesItsPixels) {
         FastMessage image;
         image.header("eye") << "png" << data;
         const auto bytes = std::make_shared<Bytes>(image.bytes());
-        return bridge::compressedImageOf({bytes->data(), bytes->size()}, bytes, 0);
+        return ros2_message::compressedImageOf({bytes->data(), bytes->size()}, bytes, 0);
     };
     EXPECT_EQ(pixels(result(file)), source);
     file.resize(size / 2);

@@ -1,9 +1,6 @@
 // Messages of ROS 2's common types, encoded by Fast CDR from the published definitions.
 
-#include "message/message_values.h"
-
 #include "fast_message.h"
-#include "message/message_table.h"
 #include "ros2/node_info.h"
 #include "ros2/std_value.h"
 
@@ -14,21 +11,23 @@
 
 #include <functional>
 #include <map>
+#include <ros2_message/message_table.h>
+#include <ros2_message/message_values.h>
 #include <set>
 #include <sstream>
 #include <type_traits>
 #include <utility>
 
-using bridge::Field;
-using bridge::FieldKind;
-using bridge::knownType;
-using bridge::MessageType;
-using bridge::MessageValues;
-using bridge::SourceValue;
-using bridge::valuesOf;
 using eprosima::fastcdr::Cdr;
 using obvista_test::a_stamp;
 using obvista_test::FastMessage;
+using ros2_message::Field;
+using ros2_message::FieldKind;
+using ros2_message::knownType;
+using ros2_message::MessageType;
+using ros2_message::MessageValues;
+using ros2_message::NamedValue;
+using ros2_message::valuesOf;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -60,7 +59,7 @@ std::string textOf(const KVValue& value) {
 }
 
 /** Returns "name=value [unit]". */
-std::string lineOf(const SourceValue& value) {
+std::string lineOf(const NamedValue& value) {
     const std::string unit(value.fUnit);
     return value.fName + '=' + textOf(value.fValue) + (unit.empty() ? "" : " [" + unit + ']');
 }
@@ -133,7 +132,7 @@ class FastReader {
             const std::size_t before = fTexts.size();
             xReadField(field);
             const bool isTime = field.fKind == FieldKind::Message && field.fMessage->isTime();
-            if (isTime || field.fNaming == bridge::Naming::Names || field.fName == keyField) {
+            if (isTime || field.fNaming == ros2_message::Naming::Names || field.fName == keyField) {
                 fTexts.resize(before);
             }
         }
@@ -141,7 +140,7 @@ class FastReader {
 
     void xReadField(const Field& field) {
         std::uint32_t count = field.fCount;
-        if (field.fRepetition == bridge::Repetition::Sequence) {
+        if (field.fRepetition == ros2_message::Repetition::Sequence) {
             fCdr >> count;
         }
         for (std::uint32_t i = 0; i < count; ++i) {
@@ -169,7 +168,7 @@ MessageValues decodedAlike(const std::string& type, const std::vector<unsigned c
                            const std::string& topic = "t") {
     MessageValues values = decoded(type, bytes, topic);
     std::vector<std::string> texts;
-    for (const SourceValue& value : values.fValues) {
+    for (const NamedValue& value : values.fValues) {
         texts.push_back(textOf(value.fValue));
     }
     EXPECT_TRUE(values.fIsGood) << type;
@@ -179,7 +178,7 @@ MessageValues decodedAlike(const std::string& type, const std::vector<unsigned c
 
 std::vector<std::string> linesOf(const MessageValues& values) {
     std::vector<std::string> lines;
-    for (const SourceValue& value : values.fValues) {
+    for (const NamedValue& value : values.fValues) {
         lines.push_back(lineOf(value));
     }
     return lines;
@@ -260,7 +259,7 @@ TEST(MessageValues, jointStateByTheNamesOfTheJoints) {
                 ElementsAre("Joint/frame_id=base", "Joint/HeadYaw/Position=0.25 [rad]",
                             "Joint/l_knee/Position=-1.5 [rad]", "Joint/HeadYaw/Velocity=2 [rad/s]",
                             "Joint/l_knee/Velocity=3 [rad/s]"));
-    for (const SourceValue& value : values.fValues) {
+    for (const NamedValue& value : values.fValues) {
         EXPECT_EQ(value.fTime, a_stamp) << value.fName;
     }
 }
@@ -529,7 +528,7 @@ TEST(MessageValues, everyTypeOfTheTableHasAnExampleHere) {
                                    "Header",
                                    "MultiArrayDimension",
                                    "MultiArrayLayout"};
-    for (const std::string& type : bridge::knownTypes()) {
+    for (const std::string& type : ros2_message::knownTypes()) {
         const std::string name = type.substr(type.rfind('/') + 1);
         const std::size_t array = name.find("MultiArray");
         const bool isArray = array != std::string::npos && array + 10 == name.size();
@@ -592,24 +591,24 @@ TEST(MessageValues, longArraysAndTextsAreCutAndReported) {
     const MessageValues values = decoded("std_msgs/msg/Float64MultiArray", array.bytes());
     EXPECT_TRUE(values.fIsGood);
     EXPECT_FALSE(values.fIsComplete);
-    EXPECT_THAT(values.fValues, SizeIs(1 + bridge::a_mostElements));
+    EXPECT_THAT(values.fValues, SizeIs(1 + ros2_message::a_mostElements));
     const MessageValues text =
         decoded("std_msgs/msg/String", (FastMessage() << std::string(1'000'000, 'x')).bytes());
     ASSERT_THAT(text.fValues, SizeIs(1));
-    EXPECT_LE(text.fValues[0].fValue.toString().size(), bridge::a_longestText + 3);
+    EXPECT_LE(text.fValues[0].fValue.toString().size(), ros2_message::a_longestText + 3);
 }
 
 TEST(MessageValues, namesOfARobotAreOneLineOfUtf8) {
-    EXPECT_EQ(bridge::levelFor("a\nb\xFF"), "a\\nb\xEF\xBF\xBD");
-    EXPECT_LE(bridge::levelFor(std::string(10'000, 'x')).size(), 200U);
+    EXPECT_EQ(ros2_message::levelFor("a\nb\xFF"), "a\\nb\xEF\xBF\xBD");
+    EXPECT_LE(ros2_message::levelFor(std::string(10'000, 'x')).size(), 200U);
 }
 
 TEST(MessageValues, keysOfJointsBeginWithTheNamespaceOfTheirTopic) {
-    const bridge::MessageType& joints = *knownType("sensor_msgs/msg/JointState");
-    EXPECT_EQ(bridge::prefixFor("/joint_states", joints), "Joint");
-    EXPECT_EQ(bridge::prefixFor("/left/joint_states", joints), "left/Joint");
-    EXPECT_EQ(bridge::prefixFor("/commands", joints), "commands/Joint");
-    EXPECT_EQ(bridge::prefixFor("/imu/data", *knownType("sensor_msgs/msg/Imu")), "imu/data");
+    const ros2_message::MessageType& joints = *knownType("sensor_msgs/msg/JointState");
+    EXPECT_EQ(ros2_message::prefixFor("/joint_states", joints), "Joint");
+    EXPECT_EQ(ros2_message::prefixFor("/left/joint_states", joints), "left/Joint");
+    EXPECT_EQ(ros2_message::prefixFor("/commands", joints), "commands/Joint");
+    EXPECT_EQ(ros2_message::prefixFor("/imu/data", "sensor_msgs/msg/Imu"), "imu/data");
 }
 
 TEST(NodeInfo, identifiersOfOldAndNewVersions) {

@@ -8,6 +8,9 @@ namespace bridge {
 
 namespace {
 
+using ros2_message::Bytes;
+using ros2_message::CdrReader;
+
 Guid readGuid(CdrReader& reader, std::size_t size) {
     Guid guid{};
     const Bytes bytes = reader.bytes(size);

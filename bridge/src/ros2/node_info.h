@@ -1,11 +1,10 @@
 #ifndef OBVISTA_BRIDGE_ROS2_NODE_INFO_H
 #define OBVISTA_BRIDGE_ROS2_NODE_INFO_H
 
-#include "message/cdr_reader.h"
-
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <ros2_message/cdr_reader.h>
 #include <string>
 #include <vector>
 
@@ -36,7 +35,7 @@ constexpr std::size_t a_mostNodes = 4096;
 
 /** Reads a message of that topic; returns nothing if it is not one. Identifiers have 16 bytes
  *  since ROS 2 Iron and had 24 before, of which the last were 0. */
-std::optional<NodeInfo> nodeInfoOf(Bytes message);
+std::optional<NodeInfo> nodeInfoOf(ros2_message::Bytes message);
 
 }  // namespace bridge
 

@@ -12,6 +12,8 @@ namespace bridge {
 
 namespace {
 
+using ros2_message::Bytes;
+
 // The objects of the library begin with its part, which must be at their address.
 struct Type {
     ddsi_sertype fCommon;

@@ -1,13 +1,12 @@
 #ifndef OBVISTA_BRIDGE_ROS2_RAW_TYPE_H
 #define OBVISTA_BRIDGE_ROS2_RAW_TYPE_H
 
-#include "message/cdr_reader.h"
-
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <dds/dds.h>
 #include <memory>
+#include <ros2_message/cdr_reader.h>
 #include <string>
 #include <vector>
 
@@ -43,7 +42,7 @@ class RawSample {
     RawSample& operator=(const RawSample&) = delete;
 
     /** Returns the bytes, valid as long as this object; none for a sample that was too large. */
-    Bytes bytes() const;
+    ros2_message::Bytes bytes() const;
 
   private:
     ddsi_serdata* const fData;

@@ -11,6 +11,11 @@ namespace bridge {
 
 namespace {
 
+using ros2_message::Bytes;
+using ros2_message::FieldKind;
+using ros2_message::MessageType;
+using ros2_message::Repetition;
+
 constexpr std::size_t a_longestText = 64UL * 1024;
 
 using Bytes = std::vector<unsigned char>;

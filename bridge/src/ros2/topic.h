@@ -1,7 +1,6 @@
 #ifndef OBVISTA_BRIDGE_ROS2_TOPIC_H
 #define OBVISTA_BRIDGE_ROS2_TOPIC_H
 
-#include "message/message_type.h"
 #include "ros2/node_info.h"
 #include "ros2/qos_policies.h"
 #include "ros2/raw_type.h"
@@ -12,6 +11,7 @@
 #include <dds/dds.h>
 #include <map>
 #include <memory>
+#include <ros2_message/message_type.h>
 #include <string>
 
 namespace bridge {
@@ -56,7 +56,7 @@ struct Topic {
     std::map<Guid, Endpoint> fWriters;
     std::map<Guid, Endpoint> fReaders;
     std::string fType;  ///< in DDS, of the first writer; empty without one
-    std::shared_ptr<const MessageType> fMessage;
+    std::shared_ptr<const ros2_message::MessageType> fMessage;
     bool fIsDescribed = false;  ///< its description has been requested
     bool fIsAwaited = false;    ///< its description has not arrived
     Role fRole = Role::Counted;

@@ -1,8 +1,5 @@
 #include "ros2/topic_list.h"
 
-#include "message/image_message.h"
-#include "message/message_table.h"
-#include "message/message_values.h"
 #include "ros2/names.h"
 #include "ros2/std_value.h"
 #include "ros2/topic_problems.h"
@@ -17,11 +14,23 @@
 #include <exception>
 #include <memory>
 #include <optional>
+#include <ros2_message/image_message.h>
+#include <ros2_message/message_table.h>
+#include <ros2_message/message_values.h>
 #include <string_view>
 
 namespace bridge {
 
 namespace {
+
+using ros2_message::Bytes;
+using ros2_message::compressedImageOf;
+using ros2_message::imageOf;
+using ros2_message::knownType;
+using ros2_message::MessageType;
+using ros2_message::MessageValues;
+using ros2_message::prefixFor;
+using ros2_message::valuesOf;
 
 constexpr std::size_t a_mostTopics = 4096;
 
@@ -314,8 +323,8 @@ void TopicList::xTakeSamples(Topic& topic) {
 
 void TopicList::xShowValues(Topic& topic, const TakenSample& sample) {
     const Bytes bytes = sample.fSample->bytes();
-    MessageValues values =
-        valuesOf(*topic.fMessage, prefixFor(topic.fName, *topic.fMessage), bytes, sample.fTime);
+    MessageValues values = valuesOf(*topic.fMessage, prefixFor(topic.fName, topic.fMessage->name()),
+                                    bytes, sample.fTime);
     if (!values.fIsGood) {
         xReport(topic, "a message of " + std::to_string(bytes.fSize) + " bytes is not a " +
                            topic.fMessage->name());

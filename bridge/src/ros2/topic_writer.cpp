@@ -9,6 +9,8 @@
 
 namespace bridge {
 
+using ros2_message::MessageType;
+
 TopicWriter::TopicWriter(dds_entity_t participant, const std::string& topic,
                          const std::string& type, std::shared_ptr<const MessageType> message)
     : fMessage(std::move(message)),

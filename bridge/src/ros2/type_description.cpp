@@ -1,7 +1,8 @@
 #include "ros2/type_description.h"
 
-#include "message/message_values.h"
 #include "ros2/names.h"
+
+#include <ros2_message/message_values.h>
 
 // The headers include each other, and compile in this order only.
 // clang-format off
@@ -21,6 +22,12 @@
 namespace bridge {
 
 namespace {
+
+using ros2_message::Field;
+using ros2_message::FieldKind;
+using ros2_message::levelFor;
+using ros2_message::MessageType;
+using ros2_message::Repetition;
 
 constexpr std::size_t a_mostFields = 4096;  // of a type with all its parts
 constexpr int a_deepest = 12;

@@ -1,10 +1,9 @@
 #ifndef OBVISTA_BRIDGE_ROS2_TYPE_DESCRIPTION_H
 #define OBVISTA_BRIDGE_ROS2_TYPE_DESCRIPTION_H
 
-#include "message/message_type.h"
-
 #include <dds/dds.h>
 #include <memory>
+#include <ros2_message/message_type.h>
 #include <string>
 
 namespace bridge {
@@ -20,9 +19,9 @@ std::shared_ptr<const dds_typeinfo_t> copyOf(const dds_typeinfo_t* info);
  *
  * @param name of the type for users
  */
-std::shared_ptr<const MessageType> describedType(dds_entity_t participant,
-                                                 const dds_typeinfo_t* info,
-                                                 const std::string& name);
+std::shared_ptr<const ros2_message::MessageType> describedType(dds_entity_t participant,
+                                                               const dds_typeinfo_t* info,
+                                                               const std::string& name);
 
 }  // namespace bridge
 

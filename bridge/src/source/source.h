@@ -6,20 +6,14 @@
 
 #include <cstdint>
 #include <functional>
+#include <ros2_message/message_values.h>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace bridge {
 
-/** A value that a source has seen. */
-struct SourceValue {
-    std::string fName;       ///< key
-    std::string_view fUnit;  ///< valid during the call that it is passed to
-    std::string_view fDescription;
-    KVValue fValue;
-    std::int64_t fTime = 0;  ///< microseconds since 1970-01-01 UTC; 0 for now
-};
+/** A value that a source has seen. Its texts are valid during the call that it is passed to. */
+using SourceValue = ros2_message::NamedValue;
 
 /** A camera that a source has found. */
 struct SourceCamera {

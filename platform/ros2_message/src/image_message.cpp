@@ -1,10 +1,8 @@
-#include "message/image_message.h"
-
-#include "message/message_values.h"
-
+#include <ros2_message/image_message.h>
+#include <ros2_message/message_values.h>
 #include <string_view>
 
-namespace bridge {
+namespace ros2_message {
 
 namespace {
 
@@ -53,4 +51,4 @@ ImageResult compressedImageOf(Bytes message, const std::shared_ptr<const void>& 
     return result;
 }
 
-}  // namespace bridge
+}  // namespace ros2_message

@@ -1,9 +1,8 @@
-#include "message/message_table.h"
-
 #include <array>
 #include <map>
+#include <ros2_message/message_table.h>
 
-namespace bridge {
+namespace ros2_message {
 
 namespace {
 
@@ -130,4 +129,4 @@ std::vector<std::string> knownTypes() {
     return names;
 }
 
-}  // namespace bridge
+}  // namespace ros2_message

@@ -1,16 +1,17 @@
-#ifndef OBVISTA_BRIDGE_MESSAGE_MESSAGE_VALUES_H
-#define OBVISTA_BRIDGE_MESSAGE_MESSAGE_VALUES_H
+#ifndef ROS2_MESSAGE_MESSAGE_VALUES_H
+#define ROS2_MESSAGE_MESSAGE_VALUES_H
 
-#include "message/cdr_reader.h"
-#include "message/message_type.h"
-#include "source/source.h"
+#include <robaxi/kv_value.h>
 
 #include <cstddef>
 #include <cstdint>
+#include <ros2_message/cdr_reader.h>
+#include <ros2_message/message_type.h>
 #include <string>
+#include <string_view>
 #include <vector>
 
-namespace bridge {
+namespace ros2_message {
 
 /** Elements of an array or sequence that become values; further ones are left out. */
 constexpr std::uint32_t a_mostElements = 256;
@@ -19,11 +20,20 @@ constexpr std::size_t a_mostValues = 4096;
 /** Bytes of a text that becomes a value; it is shortened. */
 constexpr std::size_t a_longestText = 16UL * 1024;
 
+/** A value with the key that it is to have. */
+struct NamedValue {
+    std::string fName;       ///< key
+    std::string_view fUnit;  ///< owned by somebody else, who says how long
+    std::string_view fDescription;
+    KVValue fValue;
+    std::int64_t fTime = 0;  ///< microseconds since 1970-01-01 UTC; 0 for now
+};
+
 /** The values of a message. */
 struct MessageValues {
     bool fIsGood = false;     ///< false: the bytes are not such a message, and there are no values
     bool fIsComplete = true;  ///< false: some are left out at the limits
-    std::vector<SourceValue> fValues;
+    std::vector<NamedValue> fValues;
 };
 
 /**
@@ -43,10 +53,14 @@ std::int64_t readTime(CdrReader& reader);
 /** Returns one level of a key for a name of a robot's: valid UTF-8 of one line, shortened. */
 std::string levelFor(std::string_view name);
 
-/** Returns how the values of a topic begin: "imu/data" for "/imu/data", but "left/Joint" for the
- *  joints of "/left/joint_states". */
-std::string prefixFor(const std::string& topic, const MessageType& type);
+/**
+ * Returns how the values of a topic begin: "imu/data" for "/imu/data", but "left/Joint" for the
+ * joints of "/left/joint_states".
+ *
+ * @param type name of the topic's type
+ */
+std::string prefixFor(const std::string& topic, const std::string& type);
 
-}  // namespace bridge
+}  // namespace ros2_message
 
 #endif

@@ -1,14 +1,13 @@
-#include "message/message_type.h"
-
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <ros2_message/message_type.h>
 #include <sstream>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
 
-namespace bridge {
+namespace ros2_message {
 
 namespace {
 
@@ -194,4 +193,4 @@ void MessageType::xMeasure() {
     }
 }
 
-}  // namespace bridge
+}  // namespace ros2_message

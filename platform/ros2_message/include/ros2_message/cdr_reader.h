@@ -1,12 +1,12 @@
-#ifndef OBVISTA_BRIDGE_MESSAGE_CDR_READER_H
-#define OBVISTA_BRIDGE_MESSAGE_CDR_READER_H
+#ifndef ROS2_MESSAGE_CDR_READER_H
+#define ROS2_MESSAGE_CDR_READER_H
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
 
-namespace bridge {
+namespace ros2_message {
 
 /** Bytes of a message, owned by somebody else. */
 struct Bytes {
@@ -80,6 +80,6 @@ class CdrReader {
     bool fIsGood = false;
 };
 
-}  // namespace bridge
+}  // namespace ros2_message
 
 #endif

@@ -1,14 +1,13 @@
-#ifndef OBVISTA_BRIDGE_MESSAGE_IMAGE_MESSAGE_H
-#define OBVISTA_BRIDGE_MESSAGE_IMAGE_MESSAGE_H
-
-#include "message/cdr_reader.h"
+#ifndef ROS2_MESSAGE_IMAGE_MESSAGE_H
+#define ROS2_MESSAGE_IMAGE_MESSAGE_H
 
 #include <picture/image_encoding.h>
 
 #include <cstdint>
 #include <memory>
+#include <ros2_message/cdr_reader.h>
 
-namespace bridge {
+namespace ros2_message {
 
 /**
  * Returns the picture of a sensor_msgs/Image, converted if viewers do not know its encoding
@@ -24,6 +23,6 @@ picture::ImageResult imageOf(Bytes message, const std::shared_ptr<const void>& o
 picture::ImageResult compressedImageOf(Bytes message, const std::shared_ptr<const void>& owner,
                                        std::int64_t time);
 
-}  // namespace bridge
+}  // namespace ros2_message
 
 #endif

@@ -1,8 +1,8 @@
-#include "message/cdr_reader.h"
-
 #include <boost/endian/conversion.hpp>
 
-namespace bridge {
+#include <ros2_message/cdr_reader.h>
+
+namespace ros2_message {
 
 namespace {
 
@@ -86,4 +86,4 @@ bool CdrReader::xAlign(std::size_t size) {
     return true;
 }
 
-}  // namespace bridge
+}  // namespace ros2_message

@@ -1,5 +1,5 @@
-#ifndef OBVISTA_BRIDGE_MESSAGE_MESSAGE_TYPE_H
-#define OBVISTA_BRIDGE_MESSAGE_MESSAGE_TYPE_H
+#ifndef ROS2_MESSAGE_MESSAGE_TYPE_H
+#define ROS2_MESSAGE_MESSAGE_TYPE_H
 
 #include <cstdint>
 #include <functional>
@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace bridge {
+namespace ros2_message {
 
 class MessageType;
 
@@ -104,6 +104,6 @@ class MessageType {
     bool fIsHeader = false;
 };
 
-}  // namespace bridge
+}  // namespace ros2_message
 
 #endif

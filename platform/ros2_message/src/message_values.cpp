@@ -1,13 +1,12 @@
-#include "message/message_values.h"
-
 #include <base/safe_text.h>
 #include <base/time.h>
 
 #include <algorithm>
+#include <ros2_message/message_values.h>
 #include <string_view>
 #include <utility>
 
-namespace bridge {
+namespace ros2_message {
 
 namespace {
 
@@ -297,10 +296,10 @@ std::string levelFor(std::string_view name) {
     return name.empty() ? "-" : base::oneLine(base::shortened(name, a_longestLevel));
 }
 
-std::string prefixFor(const std::string& topic, const MessageType& type) {
+std::string prefixFor(const std::string& topic, const std::string& type) {
     const std::string_view path =
         std::string_view(topic).substr(!topic.empty() && topic.front() == '/' ? 1 : 0);
-    if (type.name() != "sensor_msgs/msg/JointState") {
+    if (type != "sensor_msgs/msg/JointState") {
         return base::oneLine(path);
     }
     const std::size_t slash = path.rfind('/');
@@ -311,4 +310,4 @@ std::string prefixFor(const std::string& topic, const MessageType& type) {
     return before.empty() ? a_joints : base::oneLine(before) + '/' + a_joints;
 }
 
-}  // namespace bridge
+}  // namespace ros2_message
