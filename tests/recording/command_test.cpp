@@ -82,17 +82,17 @@ TEST(RecordingCommand, InfoListsChannelsWithTheirMessages) {
 TEST(RecordingCommand, InfoNamesTheChannelsThatAReplayLeavesOut) {
     const std::string path = pathOf("others.mcap");
     recording::Writer writer(path);
-    writer.addChannel(0, "/tf", "cdr");
+    writer.addChannel(0, "/tf", "cbor");
     writer.addChannel(0, "/arm", "protobuf");
     writer.addChannel(0, "/imu", "json");
     writer.addChannel(writer.addSchema("foxglove.CompressedVideo", "protobuf", ""), "/video",
-                      "cdr");
+                      "cbor");
     writer.finish();
     const std::string text = outputOf({"info", path});
     EXPECT_THAT(text,
-                AllOf(HasSubstr("No replay   /tf: the encoding 'cdr' is not supported\n"),
+                AllOf(HasSubstr("No replay   /tf: the encoding 'cbor' is not supported\n"),
                       HasSubstr("No replay   /arm: it has no protobuf schema\n"),
-                      HasSubstr("No replay   /video: the encoding 'cdr' is not supported\n")));
+                      HasSubstr("No replay   /video: the encoding 'cbor' is not supported\n")));
     EXPECT_THAT(text, ::testing::Not(HasSubstr("/imu:")));
 }
 

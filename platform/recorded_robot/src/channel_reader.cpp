@@ -3,6 +3,10 @@
 
 #include <recorded_robot/channel_reader.h>
 #include <recorded_robot/recorded_image.h>
+#include <ros2_message/image_message.h>
+#include <ros2_message/message_schema.h>
+#include <ros2_message/message_table.h>
+#include <ros2_message/message_values.h>
 #include <stdexcept>
 #include <utility>
 
@@ -12,10 +16,47 @@ namespace {
 
 constexpr std::size_t a_longestCameraName = 200;  ///< bytes, of the protocol
 
+ros2_message::Bytes bytesOf(std::string_view message) {
+    return {reinterpret_cast<const unsigned char*>(message.data()), message.size()};
+}
+
+/** @throws std::runtime_error with the reason for which there is none */
+std::shared_ptr<const ros2_message::MessageType> ros2Type(const recording::Schema& schema) {
+    if (schema.fEncoding == "ros2msg" && !schema.fData.empty()) {
+        return ros2_message::typeOfSchema(schema.fName, schema.fData);
+    }
+    // Some recorders do not have the definitions.
+    auto known = ros2_message::knownType(schema.fName);
+    if (!known) {
+        throw std::runtime_error("its type is not known, and has no schema 'ros2msg'");
+    }
+    return known;
+}
+
+std::optional<KVFrame> ros2Frame(std::string_view message, std::string_view schema) {
+    const auto copy = std::make_shared<const std::string>(message);
+    picture::ImageResult image = schema == "sensor_msgs/msg/Image"
+                                     ? ros2_message::imageOf(bytesOf(*copy), copy, 0)
+                                     : ros2_message::compressedImageOf(bytesOf(*copy), copy, 0);
+    return image.fProblem.empty() ? std::optional(std::move(image.fFrame)) : std::nullopt;
+}
+
+std::optional<KVFrame> frameOf(Content content, std::string_view message, std::string_view schema) {
+    switch (content) {
+        case Content::Picture:
+            return recordedFrame(message, schema);
+        case Content::JsonPicture:
+            return recordedJsonFrame(message, schema);
+        default:
+            return ros2Frame(message, schema);
+    }
+}
+
 }  // namespace
 
 bool hasFields(Content content) {
-    return content == Content::JsonFields || content == Content::ProtobufFields;
+    return content == Content::JsonFields || content == Content::ProtobufFields ||
+           content == Content::Ros2Fields;
 }
 
 bool hasValues(Content content) {
@@ -23,7 +64,8 @@ bool hasValues(Content content) {
 }
 
 bool hasPictures(Content content) {
-    return content == Content::Picture || content == Content::JsonPicture;
+    return content == Content::Picture || content == Content::JsonPicture ||
+           content == Content::Ros2Picture;
 }
 
 std::int64_t timeOf(const recording::Message& message) {
@@ -42,13 +84,21 @@ ChannelReader::ChannelReader(const recording::Reader& reader, std::uint16_t id,
         fChannel.fName =
             std::string(base::beginning(base::validUtf8(fChannel.fName), a_longestCameraName));
     }
-    if (fChannel.fContent == Content::ProtobufFields) {
-        try {
-            fProtobuf = std::make_unique<ProtobufFields>(schema->second);
-        } catch (const std::runtime_error& failure) {
-            fChannel.fContent = Content::Unknown;
-            fChannel.fReason = failure.what();
+    if (schema != reader.schemas().end()) {
+        xUseSchema(schema->second);
+    }
+}
+
+void ChannelReader::xUseSchema(const recording::Schema& schema) {
+    try {
+        if (fChannel.fContent == Content::ProtobufFields) {
+            fProtobuf = std::make_unique<ProtobufFields>(schema);
+        } else if (fChannel.fContent == Content::Ros2Fields) {
+            fRos2 = ros2Type(schema);
         }
+    } catch (const std::runtime_error& failure) {
+        fChannel.fContent = Content::Unknown;
+        fChannel.fReason = failure.what();
     }
 }
 
@@ -68,6 +118,13 @@ void ChannelReader::takeValues(const recording::Message& message, const TakeValu
         case Content::ProtobufFields:
             fProtobuf->take(message.fData, fChannel.fName, take);
             break;
+        case Content::Ros2Fields: {
+            const auto values = valuesOf(*fRos2, fChannel.fName, bytesOf(message.fData), 0);
+            for (const ros2_message::NamedValue& value : values.fValues) {
+                take(value.fName, value.fValue);
+            }
+            break;
+        }
         default:
             break;
     }
@@ -75,9 +132,7 @@ void ChannelReader::takeValues(const recording::Message& message, const TakeValu
 
 std::optional<KVFrame> ChannelReader::frame(const recording::Message& message,
                                             picture::JpegReader& jpegs) const {
-    std::optional<KVFrame> frame = fChannel.fContent == Content::Picture
-                                       ? recordedFrame(message.fData, fSchema)
-                                       : recordedJsonFrame(message.fData, fSchema);
+    std::optional<KVFrame> frame = frameOf(fChannel.fContent, message.fData, fSchema);
     if (!frame) {
         return std::nullopt;
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <recorded_robot/recorded_robot.h>
+#include <ros2_message/message_values.h>
 #include <string_view>
 #include <utility>
 
@@ -39,8 +40,27 @@ std::string keyOf(const std::string& topic) {
     return start == std::string::npos ? "message" : topic.substr(start);
 }
 
+/** The meaning of a channel of ROS 2, which has the keys and cameras of the bridge. */
+RecordedChannel ros2Channel(const Channel& channel, const Schema* schema) {
+    RecordedChannel result;
+    result.fName = keyOf(channel.fTopic);
+    if (schema == nullptr) {
+        result.fReason = "it has no schema";
+    } else if (schema->fName == "sensor_msgs/msg/Image" ||
+               schema->fName == "sensor_msgs/msg/CompressedImage") {
+        result.fContent = Content::Ros2Picture;
+    } else {
+        result.fContent = Content::Ros2Fields;
+        result.fName = ros2_message::prefixFor('/' + result.fName, schema->fName);
+    }
+    return result;
+}
+
 /** The meaning of a channel by its schema alone. */
 RecordedChannel channelBySchema(const Channel& channel, const Schema* schema) {
+    if (channel.fMessageEncoding == "cdr") {
+        return ros2Channel(channel, schema);
+    }
     const std::string name = schema == nullptr ? std::string() : schema->fName;
     RecordedChannel result;
     result.fName = keyOf(channel.fTopic);

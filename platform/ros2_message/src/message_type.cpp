@@ -1,5 +1,8 @@
+#include <base/safe_text.h>
+
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <limits>
 #include <ros2_message/message_type.h>
 #include <sstream>
@@ -34,7 +37,9 @@ constexpr std::array<BuiltinKind, 14> a_kinds{{
     {"string", FieldKind::Text, 0},
 }};
 
-constexpr std::size_t a_lengthSize = 4;  // bytes of the length of a text or sequence
+constexpr std::uint32_t a_largestArray = 1U << 24U;  // elements
+constexpr std::size_t a_longestName = 120;           // bytes, in a reason
+constexpr std::size_t a_lengthSize = 4;              // bytes of the length of a text or sequence
 
 std::string trimmed(const std::string& text) {
     const std::size_t first = text.find_first_not_of(" \t");
@@ -81,45 +86,16 @@ void describe(Field& field, std::string comment) {
     field.fDescription = comment;
 }
 
-/** Returns the full name of a type that a definition in the same package names. */
-std::string fullName(const std::string& name, const std::string& neighbour) {
-    const std::size_t slash = name.find('/');
-    return slash == std::string::npos ? neighbour.substr(0, neighbour.rfind('/') + 1) + name
-                                      : name.substr(0, slash) + "/msg" + name.substr(slash);
-}
-
 Field parsedField(const std::string& line, const std::string& type,
                   const MessageType::Lookup& lookup) {
     const std::size_t hash = line.find('#');
     std::istringstream words(line.substr(0, hash));
     std::string kind;
-    Field field;
-    if (!(words >> kind >> field.fName)) {
+    std::string name;
+    if (!(words >> kind >> name)) {
         throw std::invalid_argument(type + ": '" + line + "' is not a field");
     }
-    const std::size_t bracket = kind.find('[');
-    if (bracket != std::string::npos) {
-        std::string count = kind.substr(bracket);
-        count = takeBrackets(count);
-        field.fRepetition =
-            count.empty() || count.front() == '<' ? Repetition::Sequence : Repetition::Array;
-        field.fCount = field.fRepetition == Repetition::Array
-                           ? static_cast<std::uint32_t>(std::stoul(count))
-                           : 0;
-        kind.resize(bracket);
-    }
-    const auto* const builtin =
-        std::find_if(a_kinds.begin(), a_kinds.end(),
-                     [&](const BuiltinKind& known) { return kind == known.fName; });
-    if (builtin != a_kinds.end()) {
-        field.fKind = builtin->fKind;
-    } else {
-        field.fKind = FieldKind::Message;
-        field.fMessage = lookup(fullName(kind, type));
-        if (!field.fMessage) {
-            throw std::invalid_argument(type + ": there is no type " + kind);
-        }
-    }
+    Field field = fieldOf(kind, name, type, lookup);
     if (hash != std::string::npos) {
         describe(field, trimmed(line.substr(hash + 1)));
     }
@@ -139,7 +115,59 @@ std::vector<Field> parsedFields(const std::string& type, const std::string& defi
     return fields;
 }
 
+/** Returns the count in the brackets behind an array's type. */
+std::uint32_t countOf(std::string_view digits, const std::string& type) {
+    std::uint32_t count = 0;
+    const char* const end = digits.data() + digits.size();
+    const auto [rest, error] = std::from_chars(digits.data(), end, count);
+    if (error != std::errc() || rest != end || count == 0 || count > a_largestArray) {
+        throw std::invalid_argument("there is no type " + base::oneLine(type));
+    }
+    return count;
+}
+
 }  // namespace
+
+std::string fullTypeName(const std::string& name, const std::string& neighbour) {
+    const std::size_t slash = name.find('/');
+    if (slash == std::string::npos) {
+        return neighbour.substr(0, neighbour.rfind('/') + 1) + name;
+    }
+    return slash == name.rfind('/') ? name.substr(0, slash) + "/msg" + name.substr(slash) : name;
+}
+
+Field fieldOf(const std::string& type, const std::string& name, const std::string& owner,
+              const MessageType::Lookup& lookup) {
+    Field field;
+    field.fName = name;
+    std::string kind = type;
+    if (const std::size_t bracket = kind.find('['); bracket != std::string::npos) {
+        std::string rest = kind.substr(bracket);
+        const std::string count = takeBrackets(rest);
+        const bool isSequence = count.empty() || count.front() == '<';
+        field.fRepetition = isSequence ? Repetition::Sequence : Repetition::Array;
+        field.fCount = isSequence ? 0 : countOf(count, type);
+        kind.resize(bracket);
+        if (!rest.empty()) {
+            throw std::invalid_argument("there is no type " + base::oneLine(type));
+        }
+    }
+    kind.resize(std::min(kind.find('<'), kind.size()));  // the longest length of a text
+    const auto* const builtin =
+        std::find_if(a_kinds.begin(), a_kinds.end(),
+                     [&](const BuiltinKind& known) { return kind == known.fName; });
+    if (builtin != a_kinds.end()) {
+        field.fKind = builtin->fKind;
+        return field;
+    }
+    field.fKind = FieldKind::Message;
+    field.fMessage = lookup(fullTypeName(kind, owner));
+    if (!field.fMessage) {
+        throw std::invalid_argument(base::oneLine(owner) + ": there is no type " +
+                                    base::oneLine(base::shortened(kind, a_longestName)));
+    }
+    return field;
+}
 
 std::size_t sizeOf(FieldKind kind) {
     const auto* const known =

@@ -6,6 +6,8 @@
 //   node peer.mjs write-layout FILE N  a file in the layout of a kind of program, see layouts
 //   node peer.mjs write FILE OPTIONS   a file as OPTIONS (JSON) say; its content as JSON
 import { crc32 } from "@foxglove/crc";
+import { parse as parseRos2 } from "@foxglove/rosmsg";
+import { MessageWriter as Ros2Writer } from "@foxglove/rosmsg2-serialization";
 import { McapIndexedReader, McapStreamReader, McapWriter } from "@mcap/core";
 import nodejs from "@mcap/nodejs";
 import { loadDecompressHandlers } from "@mcap/support";
@@ -172,7 +174,7 @@ async function writeFields(path) {
   const imu = await add("/imu", "json", "Imu", "jsonschema", text('{"type":"object"}'));
   const arms = await add("/arm", "protobuf", "maker.Arm", "protobuf", set);
   const camera = await add("/camera", "json", "foxglove.RawImage", "jsonschema", text("{}"));
-  const tf = await add("/tf", "cdr", "tf2_msgs/msg/TFMessage", "ros2msg", text("int32 x"));
+  const tf = await add("/tf", "cbor", "maker.Frames", "jsonschema", text("{}"));
   for (let i = 0; i < 50; ++i) {
     const time = 1700000000000000000n + BigInt(i) * 10000000n;
     const write = (channelId, data) =>
@@ -238,6 +240,96 @@ function nestedProtobuf() {
   };
 }
 
+// Definitions as ROS 2 writes them into recordings.
+const ros2Types = {
+  "builtin_interfaces/Time": "# A point in time.\nint32 sec\nuint32 nanosec  # below 10e9\n",
+  "std_msgs/Header": "builtin_interfaces/Time stamp\n\nstring frame_id\n",
+  "geometry_msgs/Vector3": "float64 x\nfloat64 y\nfloat64 z\n",
+  "geometry_msgs/Quaternion": "float64 x 0\nfloat64 y 0\nfloat64 z 0\nfloat64 w 1\n",
+  "maker/Joint": "int16 turns\nmaker/Motor[<=3] motors\n",
+  "maker/Motor": "float32 load 0.5  # a default value\nuint64 serial\n",
+};
+
+// A channel of ROS 2, whose message somebody else's encoder makes of the same definitions.
+function ros2Channel(topic, type, definition, parts, message) {
+  const separator = "=".repeat(80);
+  const schema = [definition, ...parts.map((part) => `MSG: ${part}\n${ros2Types[part]}`)].join(`${separator}\n`);
+  const data = new Ros2Writer(parseRos2(schema, { ros2: true })).writeMessage(message);
+  return [topic, "cdr", type, "ros2msg", text(schema), data];
+}
+
+const stamp = { sec: 1700000000, nanosec: 5000 };
+
+function ros2Channels() {
+  const header = { stamp, frame_id: "base" };
+  const vector = (x) => ({ x, y: x + 1, z: x + 2 });
+  const covariance = Array.from({ length: 9 }, (_, i) => i / 2);
+  const ofHeader = ["std_msgs/Header", "builtin_interfaces/Time"];
+  return [
+    ros2Channel(
+      "/left/joint_states",
+      "sensor_msgs/msg/JointState",
+      "# The state of joints.\n\nstd_msgs/Header header\n\nstring[] name\nfloat64[] position\nfloat64[] velocity\nfloat64[] effort\n",
+      ofHeader,
+      { header, name: ["Knee", "Hip"], position: [0.5, -1.5], velocity: [2, 3], effort: [] },
+    ),
+    ros2Channel(
+      "/imu/data",
+      "sensor_msgs/msg/Imu",
+      `std_msgs/Header header
+geometry_msgs/Quaternion orientation
+float64[9] orientation_covariance # Row major about x, y, z axes
+geometry_msgs/Vector3 angular_velocity
+float64[9] angular_velocity_covariance
+geometry_msgs/Vector3 linear_acceleration
+float64[9] linear_acceleration_covariance
+`,
+      ["geometry_msgs/Quaternion", "geometry_msgs/Vector3", ...ofHeader],
+      {
+        header,
+        orientation: { ...vector(0), w: 1 },
+        orientation_covariance: covariance,
+        angular_velocity: vector(10),
+        angular_velocity_covariance: covariance,
+        linear_acceleration: vector(20),
+        linear_acceleration_covariance: covariance,
+      },
+    ),
+    ros2Channel(
+      "/arm",
+      "maker/msg/Arm",
+      `uint8 OFF=0
+string NAME="a # b"
+bool on true
+Joint[2] joints
+string<=5[<=2] labels
+int64 offset
+byte[] raw
+builtin_interfaces/Time since
+`,
+      ["maker/Joint", "maker/Motor", "builtin_interfaces/Time"],
+      {
+        on: true,
+        joints: [
+          { turns: -1, motors: [{ load: 0.25, serial: 9n }, { load: 4, serial: 10n }] },
+          { turns: 7, motors: [] },
+        ],
+        labels: ["A", ""],
+        offset: -5n,
+        raw: [1, 255],
+        since: stamp,
+      },
+    ),
+    ros2Channel(
+      "/camera/image",
+      "sensor_msgs/msg/Image",
+      "std_msgs/Header header\nuint32 height\nuint32 width\nstring encoding\nuint8 is_bigendian\nuint32 step\nuint8[] data\n",
+      ofHeader,
+      { header, height: 1, width: 2, encoding: "mono8", is_bigendian: 0, step: 2, data: new Uint8Array([1, 2]) },
+    ),
+  ];
+}
+
 // Channels with their messages, as kinds of programs write them.
 const layouts = {
   ros2: () => ({
@@ -245,8 +337,8 @@ const layouts = {
     library: "libmcap 1.1.0",
     metadata: ["rosbag2", new Map([["serialized_metadata", "rosbag2_bagfile_information:\n"]])],
     channels: [
-      ["/joint_states", "cdr", "sensor_msgs/msg/JointState", "ros2msg", text("string[] name\n"), new Uint8Array(8)],
-      ["/image", "cdr", "sensor_msgs/msg/Image", "ros2idl", text("module sensor_msgs {};"), new Uint8Array(8)],
+      ...ros2Channels(),
+      ["/idl", "cdr", "maker/msg/Idl", "ros2idl", text("module maker {};"), new Uint8Array(8)],
     ],
   }),
   ros1: () => ({

@@ -199,7 +199,7 @@ class TheirRobots(unittest.TestCase):
             run(["node", PEER, "write-fields", path])
             info = run([ROBAXI, "recording", "info", path, "--json"])
             self.assertEqual(info["not_replayed"],
-                             [{"topic": "/tf", "reason": "the encoding 'cdr' is not supported"}])
+                             [{"topic": "/tf", "reason": "the encoding 'cbor' is not supported"}])
             with_robot(["--replay", path, "--paused"], self.check)
 
     def check(self, place):
@@ -257,8 +257,28 @@ class OtherLayouts(unittest.TestCase):
         path = self.write("ros2")
         self.assertEqual(run([ROBAXI, "recording", "info", path, "--json"])["profile"], "ros2")
         self.assertEqual(self.not_replayed(path),
-                         dict.fromkeys(["/joint_states", "/image"], "the encoding 'cdr' is not supported"))
-        self.assertIn("has no values and pictures that can be replayed", self.refusal(path))
+                         {"/idl": "its type is not known, and has no schema 'ros2msg'"})
+        values = self.values(path)
+        imu = {key: value for key, value in values.items() if key.startswith("imu/")}
+        self.assertEqual({key: value for key, value in imu.items() if "covariance" not in key}, {
+            "imu/data/frame_id": "base",
+            "imu/data/orientation/x": 0, "imu/data/orientation/y": 1, "imu/data/orientation/z": 2,
+            "imu/data/orientation/w": 1,
+            **{f"imu/data/{name}/{axis}": first + i
+               for name, first in (("angular_velocity", 10), ("linear_acceleration", 20))
+               for i, axis in enumerate("xyz")}})
+        self.assertEqual([imu[f"imu/data/angular_velocity_covariance/{i}"] for i in range(9)],
+                         [i / 2 for i in range(9)])
+        self.assertEqual({key: value for key, value in values.items() if key not in imu}, {
+            "left/Joint/frame_id": "base",
+            "left/Joint/Knee/Position": 0.5, "left/Joint/Hip/Position": -1.5,
+            "left/Joint/Knee/Velocity": 2, "left/Joint/Hip/Velocity": 3,
+            "arm/on": True,
+            "arm/joints/0/turns": -1, "arm/joints/1/turns": 7,
+            "arm/joints/0/motors/0/load": 0.25, "arm/joints/0/motors/0/serial": 9,
+            "arm/joints/0/motors/1/load": 4, "arm/joints/0/motors/1/serial": 10,
+            "arm/labels/0": "A", "arm/labels/1": "", "arm/offset": -5, "arm/raw/0": 1, "arm/raw/1": 255,
+            "arm/since": 1700000000.000005})
 
     def test_ros1(self):
         path = self.write("ros1")

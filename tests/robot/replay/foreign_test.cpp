@@ -235,13 +235,74 @@ TEST(Foreign, PicturesThatNoRobotSendsAreConverted) {
     EXPECT_THAT(formats, ElementsAre(Pair("cam/bgr", "rgb"), Pair("cam/png", "grey")));
 }
 
-TEST(Foreign, OtherEncodingsAreNamed) {
+// The bytes are written down from the definitions and the rules of CDR.
+TEST(Foreign, MessagesOfRos2HaveTheKeysOfTheBridge) {
+    using namespace std::string_literals;
+    const std::string header = "\0\1\0\0"s;
+    const std::string stamp = "\1\0\0\0\2\0\0\0"s;
+    const std::string one = "\1\0\0\0"s;
+    const std::string half = "\0\0\0\0\0\0\xE0\x3F"s;
+    const std::string joints =
+        "std_msgs/Header header\nstring[] name\nfloat64[] position\nfloat64[] velocity\n"
+        "float64[] effort\n"
+        "================================================================================\n"
+        "MSG: std_msgs/Header\nbuiltin_interfaces/Time stamp\nstring frame_id\n"
+        "================================================================================\n"
+        "MSG: builtin_interfaces/Time\nint32 sec\nuint32 nanosec\n";
     ForeignFile file("cdr.mcap");
-    file.add("/tf", "cdr", "tf2_msgs/msg/TFMessage", "ros2msg", "int32 x", {"1234"});
+    file.add("/left/joint_states", "cdr", "sensor_msgs/msg/JointState", "ros2msg", joints,
+             {header + stamp + one + "\0\0\0\0"s + one + "\5\0\0\0Knee\0\0\0\0"s + one + half +
+                  "\0\0\0\0\0\0\0\0"s,
+              "no CDR"});
+    file.add("/arm", "cdr", "maker/msg/Arm", "ros2msg",
+             "uint8 OFF=0  # a constant\nuint8 mode 1\nJoint[2] joints\nstring<=5[<=2] names\n"
+             "===\nMSG: maker/Joint\nint16 turns\n",
+             {header + "\3\0\xFF\xFF\7\0\0\0"s + one + "\2\0\0\0A\0"s});
+    file.add("/volume", "cdr", "std_msgs/msg/Int8", "", "", {header + "\5"s});
+    file.open();
+    file.player().seek(a_start + a_millisecond);
+    EXPECT_EQ(KVValue(0.5), KVValue(file.values()["left/Joint/Knee/Position"]));
+    file.seekEnd();
+    EXPECT_EQ(KVValue(KVValue::Map{{"arm/mode", 3},
+                                   {"arm/joints/0/turns", -1},
+                                   {"arm/joints/1/turns", 7},
+                                   {"arm/names/0", "A"},
+                                   {"volume", 5}}),
+              KVValue(file.values()));
+    EXPECT_TRUE(file.complaints().empty());
+}
+
+TEST(Foreign, PicturesOfRos2BecomeCameras) {
+    using namespace std::string_literals;
+    const std::string start = "\0\1\0\0\1\0\0\0\2\0\0\0\1\0\0\0\0\0\0\0"s;
+    ForeignFile file("ros2_images.mcap");
+    file.add("/cam/left", "cdr", "sensor_msgs/msg/Image", "ros2msg", "",
+             {start + "\1\0\0\0\2\0\0\0\6\0\0\0mono8\0\0\0\2\0\0\0\2\0\0\0\x10\x20"s});
+    file.add("/cam/bad", "cdr", "sensor_msgs/msg/CompressedImage", "ros2msg", "", {start});
+    file.open();
+    ASSERT_NE(nullptr, file.stage().video());
+    const KVValue cameras = file.stage().video()->invoke("getCameras", {});
+    ASSERT_EQ(1U, cameras.toList().size());
+    EXPECT_EQ(KVValue("cam/left"), cameras.toList()[0].toMap().at("name"));
+    EXPECT_THAT(file.complaints(),
+                ElementsAre("not replayed: /cam/bad: its first picture cannot be shown"));
+}
+
+TEST(Foreign, WhatCannotBeReadIsNamed) {
+    ForeignFile file("unread.mcap");
+    file.add("/odom", "ros1", "nav_msgs/Odometry", "ros1msg", "int32 x", {"1234"});
+    file.add("/wide", "cdr", "maker/msg/Wide", "ros2msg", "wstring text", {"1234"});
+    file.add("/idl", "cdr", "maker/msg/Idl", "ros2idl", "module maker {};", {"1234"});
+    file.add("/bare", "cdr", "", "", "", {"1234"});
     file.add("/ok", "json", "", "", "", {"1"});
     file.open();
     EXPECT_THAT(file.complaints(),
-                ElementsAre("not replayed: /tf: the encoding 'cdr' is not supported"));
+                UnorderedElementsAre(
+                    "not replayed: /odom: the encoding 'ros1' is not supported",
+                    "not replayed: /wide: The schema maker/msg/Wide cannot be used: "
+                    "maker/msg/Wide: there is no type wstring.",
+                    "not replayed: /idl: its type is not known, and has no schema 'ros2msg'",
+                    "not replayed: /bare: it has no schema"));
 }
 
 }  // namespace

@@ -45,12 +45,14 @@ class Choice {
             case Content::Value:
             case Content::JsonFields:
             case Content::ProtobufFields:
+            case Content::Ros2Fields:
                 return xMatches(channel.fName);
             case Content::Group:
                 fHasGroups = true;
                 return !fChoice.fPatterns.empty();
             case Content::Picture:
             case Content::JsonPicture:
+            case Content::Ros2Picture:
                 return xIsCamera(channel.fName);
             case Content::Events:
                 return !fChoice.fPatterns.empty() || !fChoice.fCameras.empty();

@@ -93,15 +93,17 @@ struct LeftOut {
     std::string fReason;
 };
 
-/** Returns true if only the messages, or a protobuf schema, tell whether a channel is replayed. */
+/** Returns true if only the messages, or the text of a schema, tell whether a channel is replayed.
+ */
 bool needsCheck(const recorded_robot::RecordedRobot& robot) {
     using recorded_robot::Content;
     // Our own recordings need none, and the library for it takes long to load.
     return robot.fName.empty() &&
            std::any_of(robot.fChannels.begin(), robot.fChannels.end(), [](const auto& each) {
                const Content content = each.second.fContent;
-               return content == Content::ProtobufFields || content == Content::Picture ||
-                      content == Content::JsonPicture;
+               return content == Content::ProtobufFields || content == Content::Ros2Fields ||
+                      content == Content::Picture || content == Content::JsonPicture ||
+                      content == Content::Ros2Picture;
            });
 }
 

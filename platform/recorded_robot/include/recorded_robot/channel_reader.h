@@ -11,6 +11,7 @@
 #include <recorded_robot/recorded_robot.h>
 #include <recorded_robot/recorded_value.h>
 #include <recording/reader.h>
+#include <ros2_message/message_type.h>
 #include <string>
 
 namespace recorded_robot {
@@ -31,8 +32,8 @@ constexpr const char* a_noPicture = "its first picture cannot be shown";
 /** Reads the messages of one channel of a recorded robot. */
 class ChannelReader {
   public:
-    /** The channel becomes Unknown, with the reason, if its protobuf schema cannot be used. The
-     *  name of a camera becomes one that the protocol allows. */
+    /** The channel becomes Unknown, with the reason, if its schema in protobuf or of ROS 2 cannot
+     *  be used. The name of a camera becomes one that the protocol allows. */
     ChannelReader(const recording::Reader& reader, std::uint16_t id, RecordedChannel channel);
 
     const RecordedChannel& channel() const { return fChannel; }
@@ -48,9 +49,12 @@ class ChannelReader {
                                  picture::JpegReader& jpegs) const;
 
   private:
+    void xUseSchema(const recording::Schema& schema);
+
     RecordedChannel fChannel;
     std::string fSchema;
     std::unique_ptr<ProtobufFields> fProtobuf;
+    std::shared_ptr<const ros2_message::MessageType> fRos2;
 };
 
 }  // namespace recorded_robot

@@ -17,8 +17,10 @@ enum class Content {
     Group,           ///< {"KEY": ...} of several keys
     JsonFields,      ///< any JSON: each field is a key
     ProtobufFields,  ///< any protobuf message: each field is a key
+    Ros2Fields,      ///< any message of ROS 2: each field is a key
     Picture,         ///< a frame in protobuf
     JsonPicture,     ///< a frame in JSON
+    Ros2Picture,     ///< a frame as ROS 2 sends it
     Events,          ///< events of the robot
     Unknown
 };

@@ -104,6 +104,20 @@ class MessageType {
     bool fIsHeader = false;
 };
 
+/** Returns the full name of a type: "std_msgs/msg/Header" for "std_msgs/Header", and for "Header"
+ *  in a definition of the package of `neighbour`. */
+std::string fullTypeName(const std::string& name, const std::string& neighbour);
+
+/**
+ * Returns a field by its type as definitions write it, for instance "float64[9]", "string<=10" or
+ * "std_msgs/Header[<=5]".
+ *
+ * @param owner name of the type that has the field
+ * @throws std::invalid_argument with a part of a sentence for a type that there is not
+ */
+Field fieldOf(const std::string& type, const std::string& name, const std::string& owner,
+              const MessageType::Lookup& lookup);
+
 }  // namespace ros2_message
 
 #endif
