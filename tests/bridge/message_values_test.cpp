@@ -604,7 +604,7 @@ TEST(MessageValues, namesOfARobotAreOneLineOfUtf8) {
 }
 
 TEST(MessageValues, keysOfJointsBeginWithTheNamespaceOfTheirTopic) {
-    const ros2_message::MessageType& joints = *knownType("sensor_msgs/msg/JointState");
+    const std::string joints = "sensor_msgs/msg/JointState";
     EXPECT_EQ(ros2_message::prefixFor("/joint_states", joints), "Joint");
     EXPECT_EQ(ros2_message::prefixFor("/left/joint_states", joints), "left/Joint");
     EXPECT_EQ(ros2_message::prefixFor("/commands", joints), "commands/Joint");

@@ -11,7 +11,6 @@ namespace bridge {
 
 namespace {
 
-using ros2_message::Bytes;
 using ros2_message::FieldKind;
 using ros2_message::MessageType;
 using ros2_message::Repetition;

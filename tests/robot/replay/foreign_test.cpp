@@ -251,8 +251,8 @@ TEST(Foreign, MessagesOfRos2HaveTheKeysOfTheBridge) {
         "MSG: builtin_interfaces/Time\nint32 sec\nuint32 nanosec\n";
     ForeignFile file("cdr.mcap");
     file.add("/left/joint_states", "cdr", "sensor_msgs/msg/JointState", "ros2msg", joints,
-             {header + stamp + one + "\0\0\0\0"s + one + "\5\0\0\0Knee\0\0\0\0"s + one + half +
-                  "\0\0\0\0\0\0\0\0"s,
+             {header + stamp + one + "\0\0\0\0"s + one + "\5\0\0\0Knee\0\0\0\0"s + one +
+                  "\0\0\0\0"s + half + "\0\0\0\0\0\0\0\0"s,
               "no CDR"});
     file.add("/arm", "cdr", "maker/msg/Arm", "ros2msg",
              "uint8 OFF=0  # a constant\nuint8 mode 1\nJoint[2] joints\nstring<=5[<=2] names\n"
