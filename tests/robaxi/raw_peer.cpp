@@ -142,10 +142,35 @@ bool RawServer::xAnswer(const v1::ClientMessage& message, v1::ServerMessage& ans
     return fAnswer && fAnswer(message, answer);
 }
 
+void RawServer::sendFrames(const std::vector<v1::WatchUpdate>& updates) {
+    const std::lock_guard lock(fMutex);
+    fFrames = updates;
+}
+
+void RawServer::sendUpdates(const std::vector<v1::SubscriptionUpdate>& updates) {
+    const std::lock_guard lock(fMutex);
+    fUpdates = updates;
+}
+
+template <class Stream, class Update>
+void RawServer::xSend(Stream& stream, const std::vector<Update>& updates) {
+    std::vector<Update> copies;
+    {
+        const std::lock_guard lock(fMutex);
+        copies = updates;
+    }
+    for (const Update& update : copies) {
+        stream.Write(update);
+    }
+}
+
 grpc::Status RawServer::Subscribe(grpc::ServerContext* context, SubscriptionStream* stream) {
     v1::SubscriptionRequest request;
-    if (stream->Read(&request) && fSubscription) {
-        fSubscription(*stream);
+    if (stream->Read(&request)) {
+        if (fSubscription) {
+            fSubscription(*stream);
+        }
+        xSend(*stream, fUpdates);
     }
     if (!fStreamStatus.ok()) {
         return xEnd(context, fStreamStatus);
@@ -157,8 +182,11 @@ grpc::Status RawServer::Subscribe(grpc::ServerContext* context, SubscriptionStre
 
 grpc::Status RawServer::Watch(grpc::ServerContext* context, WatchStream* stream) {
     v1::WatchRequest request;
-    if (stream->Read(&request) && fWatch) {
-        fWatch(*stream);
+    if (stream->Read(&request)) {
+        if (fWatch) {
+            fWatch(*stream);
+        }
+        xSend(*stream, fFrames);
     }
     if (!fStreamStatus.ok()) {
         return xEnd(context, fStreamStatus);

@@ -9,8 +9,10 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace robaxi_test {
 
@@ -92,6 +94,12 @@ class RawServer : private v1::Robaxi::Service {
     std::function<void(WatchStream&)> fWatch;
     ///@}
 
+    /** @name Set what is sent on the streams that start from now on, also while others are open */
+    ///@{
+    void sendFrames(const std::vector<v1::WatchUpdate>& updates);
+    void sendUpdates(const std::vector<v1::SubscriptionUpdate>& updates);
+    ///@}
+
     /** Sessions are answered nothing while it is true. */
     std::atomic<bool> fIsSilent{false};
 
@@ -101,9 +109,14 @@ class RawServer : private v1::Robaxi::Service {
     grpc::Status Watch(grpc::ServerContext* context, WatchStream* stream) override;
     grpc::Status xEnd(grpc::ServerContext* context, const grpc::Status& status) const;
     bool xAnswer(const v1::ClientMessage& message, v1::ServerMessage& answer) const;
+    template <class Stream, class Update>
+    void xSend(Stream& stream, const std::vector<Update>& updates);
 
     std::unique_ptr<grpc::Server> fServer;
     int fPort = 0;
+    std::mutex fMutex;
+    std::vector<v1::WatchUpdate> fFrames;          // guarded by fMutex
+    std::vector<v1::SubscriptionUpdate> fUpdates;  // guarded by fMutex
 };
 
 /** Returns the details of the status of an RPC that has ended; of cause INTERNAL without any. */

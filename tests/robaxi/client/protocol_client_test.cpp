@@ -63,11 +63,7 @@ class ProtocolClient : public testing::Test {
 
     /** Returns the error with which a subscription ends when the robot sends these updates. */
     KVError subscriptionError(const std::vector<v1::SubscriptionUpdate>& updates) {
-        fRobot.fSubscription = [&updates](RawServer::SubscriptionStream& stream) {
-            for (const v1::SubscriptionUpdate& update : updates) {
-                stream.Write(update);
-            }
-        };
+        fRobot.sendUpdates(updates);
         const auto connection = KVConnection::open(fClient, a_loopback, fRobot.port(), 5);
         const auto subscription = KVSubscription::start(
             connection, "Robot", KVSubscription::Selection::AllKeys, 1, fListener.callbacks());

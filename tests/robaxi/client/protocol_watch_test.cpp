@@ -51,11 +51,7 @@ class WatchingClient : public testing::Test {
     void watch(const std::vector<v1::WatchUpdate>& updates) {
         fStream.reset();
         fListener.fEnd.reset();
-        fRobot.fWatch = [updates](RawServer::WatchStream& stream) {
-            for (const v1::WatchUpdate& update : updates) {
-                stream.Write(update);
-            }
-        };
+        fRobot.sendFrames(updates);
         fStream =
             KVFrameStream::start(KVConnection::open(makeClient(), a_loopback, fRobot.port(), 5),
                                  "Robot", "head", fListener.callbacks());
