@@ -4,11 +4,15 @@
 #include "raw_peer.h"
 #include "test_broker.h"
 
+#include <base/file_descriptor.h>
+
 #include <grpcpp/create_channel_posix.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <arpa/inet.h>
+#include <array>
+#include <cerrno>
 #include <certificates.h>
 #include <chrono>
 #include <fcntl.h>
@@ -149,7 +153,62 @@ class AdmissionByToken : public Admission {
     obvista_test::Folder fFolder;
 };
 
+/** A connection that sends frames of HTTP/2 which mean nothing. */
+class Babbler {
+  public:
+    explicit Babbler(int port) : fSocket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+        const sockaddr_in to = loopback(a_loopback, port);
+        EXPECT_EQ(::connect(fSocket.get(), reinterpret_cast<const sockaddr*>(&to), sizeof to), 0);
+        const timeval patience{std::chrono::seconds(a_patience).count(), 0};
+        ::setsockopt(fSocket.get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+        xSend("PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n");
+        xSend(std::string(3, '\0') + '\4' + std::string(5, '\0'));  // settings
+    }
+
+    void send(std::size_t bytes) {
+        constexpr std::size_t size = 16 * a_kibibyte;
+        const std::string header{0, size >> 8U, 0, '\x7f', 0, 0, 0, 0, 0};
+        for (std::size_t sent = 0; sent < bytes; sent += size) {
+            xSend(header + std::string(size, 'x'));
+        }
+    }
+
+    /** Waits until the robot closes the connection. */
+    bool isClosed() {
+        ssize_t received = 1;
+        while (received > 0) {
+            std::array<char, a_kibibyte> ignored{};
+            received = ::recv(fSocket.get(), ignored.data(), ignored.size(), 0);
+        }
+        return received == 0 || errno == ECONNRESET;
+    }
+
+  private:
+    void xSend(const std::string& bytes) {
+        ::send(fSocket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);  // fails when it is closed
+    }
+
+    base::FileDescriptor fSocket;
+};
+
 }  // namespace
+
+TEST_F(Admission, ClosesTheConnectionThatSendsMostWithoutAHello) {
+    KVSettings settings;
+    settings.fLimits.fMessage = 64 * a_kibibyte;
+    settings.fLimits.fHeartbeat = std::chrono::seconds(30);  // so that no hello is too late
+    settings.fLimits.fLoss = std::chrono::seconds(60);
+    serve(settings);
+    constexpr std::size_t most = 8 * 64 * a_kibibyte;
+    const ChannelPtr admitted = connectFrom(a_other);
+    EXPECT_TRUE(echo(admitted).ok());
+    const ChannelPtr newcomer = connectFrom(a_other);
+    Babbler babbler(fServer->getPort());
+    babbler.send(most);
+    EXPECT_TRUE(babbler.isClosed());
+    EXPECT_TRUE(echo(newcomer).ok());
+    EXPECT_TRUE(echo(admitted, std::string(40 * a_kibibyte, 'x')).ok());
+}
 
 TEST_F(Admission, BoundsTheRpcsOfAnAddressAndLeavesOthersIn) {
     KVSettings settings;

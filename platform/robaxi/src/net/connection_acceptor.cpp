@@ -1,11 +1,15 @@
 #include "net/connection_acceptor.h"
 
+#include "net/received_bytes.h"
+#include "wire/limits.h"
+
 #include <base/address.h>
 
 #include <boost/asio/post.hpp>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <netinet/tcp.h>
 #include <sockets/descriptor_reserve.h>
 #include <sys/socket.h>
@@ -185,6 +189,9 @@ void ConnectionAcceptor::xHandOver(const NewcomerPtr& newcomer) {
     ::setsockopt(handedOver, IPPROTO_TCP, TCP_USER_TIMEOUT, &timeOut, sizeof timeOut);
     newcomer->fIsHandedOver = true;
     xWaitForEnd(newcomer);
+    if (!fIsCounting) {
+        xStartCounting();
+    }
     fSettings.fHandOver(handedOver);
 }
 
@@ -230,6 +237,36 @@ void ConnectionAcceptor::xCloseTheLate() {
     }
     if (!fNewcomers.empty()) {
         xStartTimer();
+    }
+}
+
+void ConnectionAcceptor::xStartCounting() {
+    fIsCounting = true;
+    fCountTimer.expires_after(limits::a_betweenCountsOfNewcomers);
+    fCountTimer.async_wait([this](const error_code& error) {
+        if (error != boost::asio::error::operation_aborted) {
+            xCloseTheLarge();
+        }
+    });
+}
+
+void ConnectionAcceptor::xCloseTheLarge() {
+    std::vector<std::pair<std::uint64_t, NewcomerPtr>> sent;
+    std::uint64_t sum = 0;
+    for (const NewcomerPtr& each : fNewcomers) {
+        sent.emplace_back(receivedBytes(each->fSocket.native_handle()), each);
+        sum += sent.back().first;
+    }
+    while (sum > fSettings.fMostBytes) {
+        const auto most = std::max_element(sent.begin(), sent.end());
+        fListener.report("closed the connection from " + most->second->fPeer + ", which has sent " +
+                         std::to_string(most->first) + " bytes but no complete hello");
+        sum -= std::exchange(most->first, 0);
+        xClose(most->second);
+    }
+    fIsCounting = !fNewcomers.empty();
+    if (fIsCounting) {
+        xStartCounting();
     }
 }
 

@@ -25,13 +25,17 @@ namespace robaxi {
  *
  * A connection is a newcomer until gRPC reports through welcome() that its client is in a session.
  * A newcomer is handed to gRPC with its first bytes. It is closed when its time is over, or, oldest
- * first, when descriptors run out or there are too many newcomers.
+ * first, when descriptors run out or there are too many newcomers. If newcomers have sent too many
+ * bytes, the one that has sent most is closed, since gRPC 1.51 receives a message of any announced
+ * size, and checks the size when it is complete.
  */
 class ConnectionAcceptor {
   public:
     struct Settings {
         /** Time in which a client must send a hello. */
         std::chrono::milliseconds fTimeForHello{};
+        /** Bytes that all newcomers together may have sent. */
+        std::size_t fMostBytes = 0;
         /** Time after which the system gives up a connection whose client acknowledges nothing. */
         std::chrono::milliseconds fTimeOutOfTransport{};
         /** Passes ownership of a descriptor to gRPC; called on the acceptor's thread. */
@@ -73,11 +77,15 @@ class ConnectionAcceptor {
     bool xMakeRoom();
     void xStartTimer();
     void xCloseTheLate();
+    void xStartCounting();
+    void xCloseTheLarge();
 
     const Settings fSettings;
     boost::asio::io_context fContext{1};
     std::list<NewcomerPtr> fNewcomers;  // oldest first
     boost::asio::steady_timer fTimer{fContext};
+    boost::asio::steady_timer fCountTimer{fContext};
+    bool fIsCounting = false;
     sockets::Listener fListener;
     std::thread fThread;
 };

@@ -161,6 +161,7 @@ void Server::xStartGrpc() {
 void Server::xAccept(std::vector<base::FileDescriptor> listening) {
     ConnectionAcceptor::Settings settings;
     settings.fTimeForHello = limits::timeForFirstMessage(limits());
+    settings.fMostBytes = limits::bytesOfNewcomers(limits().fMessage);
     settings.fTimeOutOfTransport = limits::timeOutOfTransport(limits());
     settings.fHandOver = [this](int descriptor) {
         grpc::experimental::ExternalConnectionAcceptor::NewConnectionParameters connection;

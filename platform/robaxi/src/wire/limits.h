@@ -80,6 +80,15 @@ constexpr std::size_t waitingBytes(std::size_t largestMessage) {
     return 4 * largestMessage;
 }
 /**
+ * Bytes that all connections on which no client was admitted may have sent together: as many as the
+ * RPCs of all addresses without a session.
+ */
+constexpr std::size_t bytesOfNewcomers(std::size_t largestMessage) {
+    return 2 * waitingBytes(largestMessage);
+}
+/** Time after which these bytes are counted again. */
+constexpr std::chrono::milliseconds a_betweenCountsOfNewcomers{50};
+/**
  * Bytes of sent batches that one end of a session keeps until the other end has acknowledged them.
  * Beyond it the oldest are dropped, and a session that still needs them cannot be resumed.
  */
