@@ -64,9 +64,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     picture::JpegReader jpegs;
     for (const recorded_robot::RecordedRobot& robot : recorded_robot::robotsOf(reader)) {
         std::map<std::uint16_t, recorded_robot::ChannelReader> channels;
+        recorded_robot::ParsedSchemas schemas;
         for (const auto& [id, channel] : robot.fChannels) {
             const auto& known =
-                channels.emplace(id, recorded_robot::ChannelReader(reader, id, channel))
+                channels.emplace(id, recorded_robot::ChannelReader(reader, id, channel, schemas))
                     .first->second.channel();
             const bool isUnknown = known.fContent == recorded_robot::Content::Unknown;
             require(isUnknown != known.fReason.empty(), "a channel that is not read has a reason");

@@ -34,7 +34,6 @@ using ros2_message::valuesOf;
 
 constexpr std::size_t a_mostTopics = 4096;
 
-constexpr std::size_t a_largestValues = 1UL << 20U;    // bytes of a message with values
 constexpr std::size_t a_largestPicture = 64UL << 20U;  // bytes of a message with a picture
 
 // Samples that are kept between two rounds. Several nodes write to some topics, each a part of the
@@ -246,7 +245,7 @@ void TopicList::xUpdateReader(Topic& topic) {
     }
     topic.fReader.reset();
     topic.fArrivals->fLargest = isPicture                     ? a_largestPicture
-                                : topic.fRole == Role::Values ? a_largestValues
+                                : topic.fRole == Role::Values ? ros2_message::a_largestMessage
                                                               : 0;
     const int depth = isShared(rosType(topic.fType)) ? a_sharedDepth : a_plainDepth;
     const ReadTopic read{ddsTopic(topic.fName), topic.fType, topic.fArrivals, latched, depth};

@@ -4,8 +4,6 @@
 #include <recorded_robot/channel_reader.h>
 #include <recorded_robot/recorded_image.h>
 #include <ros2_message/image_message.h>
-#include <ros2_message/message_schema.h>
-#include <ros2_message/message_table.h>
 #include <ros2_message/message_values.h>
 #include <stdexcept>
 #include <utility>
@@ -20,24 +18,12 @@ ros2_message::Bytes bytesOf(std::string_view message) {
     return {reinterpret_cast<const unsigned char*>(message.data()), message.size()};
 }
 
-/** @throws std::runtime_error with the reason for which there is none */
-std::shared_ptr<const ros2_message::MessageType> ros2Type(const recording::Schema& schema) {
-    if (schema.fEncoding == "ros2msg" && !schema.fData.empty()) {
-        return ros2_message::typeOfSchema(schema.fName, schema.fData);
-    }
-    // Some recorders do not have the definitions.
-    auto known = ros2_message::knownType(schema.fName);
-    if (!known) {
-        throw std::runtime_error("its type is not known, and has no schema 'ros2msg'");
-    }
-    return known;
-}
-
 std::optional<KVFrame> ros2Frame(std::string_view message, std::string_view schema) {
     const auto copy = std::make_shared<const std::string>(message);
-    picture::ImageResult image = schema == "sensor_msgs/msg/Image"
-                                     ? ros2_message::imageOf(bytesOf(*copy), copy, 0)
-                                     : ros2_message::compressedImageOf(bytesOf(*copy), copy, 0);
+    const bool isRaw =
+        ros2_message::fullTypeName(std::string(schema), "") == "sensor_msgs/msg/Image";
+    picture::ImageResult image = isRaw ? ros2_message::imageOf(bytesOf(*copy), copy, 0)
+                                       : ros2_message::compressedImageOf(bytesOf(*copy), copy, 0);
     return image.fProblem.empty() ? std::optional(std::move(image.fFrame)) : std::nullopt;
 }
 
@@ -74,7 +60,7 @@ std::int64_t timeOf(const recording::Message& message) {
 }
 
 ChannelReader::ChannelReader(const recording::Reader& reader, std::uint16_t id,
-                             RecordedChannel channel)
+                             RecordedChannel channel, ParsedSchemas& schemas)
     : fChannel(std::move(channel)) {
     const auto schema = reader.schemas().find(reader.channels().at(id).fSchemaId);
     if (schema != reader.schemas().end()) {
@@ -85,16 +71,16 @@ ChannelReader::ChannelReader(const recording::Reader& reader, std::uint16_t id,
             std::string(base::beginning(base::validUtf8(fChannel.fName), a_longestCameraName));
     }
     if (schema != reader.schemas().end()) {
-        xUseSchema(schema->second);
+        xUseSchema(schema->second, schemas);
     }
 }
 
-void ChannelReader::xUseSchema(const recording::Schema& schema) {
+void ChannelReader::xUseSchema(const recording::Schema& schema, ParsedSchemas& schemas) {
     try {
         if (fChannel.fContent == Content::ProtobufFields) {
-            fProtobuf = std::make_unique<ProtobufFields>(schema);
+            fProtobuf = schemas.protobuf(schema);
         } else if (fChannel.fContent == Content::Ros2Fields) {
-            fRos2 = ros2Type(schema);
+            fRos2 = schemas.ros2(schema);
         }
     } catch (const std::runtime_error& failure) {
         fChannel.fContent = Content::Unknown;
@@ -119,6 +105,9 @@ void ChannelReader::takeValues(const recording::Message& message, const TakeValu
             fProtobuf->take(message.fData, fChannel.fName, take);
             break;
         case Content::Ros2Fields: {
+            if (message.fData.size() > ros2_message::a_largestMessage) {
+                break;
+            }
             const auto values = valuesOf(*fRos2, fChannel.fName, bytesOf(message.fData), 0);
             for (const ros2_message::NamedValue& value : values.fValues) {
                 take(value.fName, value.fValue);

@@ -23,6 +23,8 @@ constexpr const char* a_compressedVideo = "foxglove.CompressedVideo";
 constexpr std::size_t a_mostRobots = 1000;
 constexpr std::size_t a_longestName = 63;  // the longest label of a name that is announced
 constexpr std::size_t a_mostNamed = 20;
+/** Each of thousands of keys of a message begins with its topic. */
+constexpr std::size_t a_longestTopic = 4096;  // bytes
 
 bool startsWith(std::string_view text, std::string_view beginning) {
     return text.substr(0, beginning.size()) == beginning;
@@ -46,18 +48,25 @@ RecordedChannel ros2Channel(const Channel& channel, const Schema* schema) {
     result.fName = keyOf(channel.fTopic);
     if (schema == nullptr) {
         result.fReason = "it has no schema";
-    } else if (schema->fName == "sensor_msgs/msg/Image" ||
-               schema->fName == "sensor_msgs/msg/CompressedImage") {
+        return result;
+    }
+    const std::string type = ros2_message::fullTypeName(schema->fName, "");
+    if (type == "sensor_msgs/msg/Image" || type == "sensor_msgs/msg/CompressedImage") {
         result.fContent = Content::Ros2Picture;
     } else {
         result.fContent = Content::Ros2Fields;
-        result.fName = ros2_message::prefixFor('/' + result.fName, schema->fName);
+        result.fName = ros2_message::prefixFor('/' + result.fName, type);
     }
     return result;
 }
 
 /** The meaning of a channel by its schema alone. */
 RecordedChannel channelBySchema(const Channel& channel, const Schema* schema) {
+    if (channel.fTopic.size() > a_longestTopic) {
+        RecordedChannel unread;
+        unread.fReason = "its topic is too long";
+        return unread;
+    }
     if (channel.fMessageEncoding == "cdr") {
         return ros2Channel(channel, schema);
     }
@@ -102,6 +111,9 @@ RecordedChannel channelByTopic(const Channel& channel, const Schema* schema,
     } else if (result.fContent == Content::Picture && startsWith(rest, a_camera)) {
         result.fName =
             entry(channel.fMetadata, "camera", std::string(rest.substr(a_camera.size())));
+    }
+    if (result.fContent != Content::Unknown) {
+        result.fReason.clear();
     }
     result.fDescription = entry(channel.fMetadata, "description");
     return result;

@@ -16,6 +16,7 @@ namespace {
 constexpr std::size_t a_mostFields = 4096;  // of a type with all its parts
 constexpr int a_deepest = 12;
 constexpr std::size_t a_longestName = 120;  // bytes
+constexpr std::size_t a_longestTypeName = 2 * a_longestName;
 constexpr std::string_view a_blanks = " \t\r";
 constexpr std::string_view a_letters =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_";
@@ -104,7 +105,11 @@ class SchemaReader {
         if (title.substr(0, message.size()) != message) {
             throw std::invalid_argument("it has no 'MSG:' behind a line of '='");
         }
-        return fullTypeName(std::string(trimmed(title.substr(message.size()))), "");
+        const std::string_view name = trimmed(title.substr(message.size()));
+        if (name.size() > a_longestTypeName) {
+            throw std::invalid_argument("it has the name " + quoted(name) + ", which is too long");
+        }
+        return fullTypeName(std::string(name), "");
     }
 
     Described xType(const std::string& name) {
@@ -165,7 +170,7 @@ class SchemaReader {
         if (!line.empty() && line.front() == '=') {
             return;
         }
-        if (name.empty() || name.size() > a_longestName || kind.size() > 2 * a_longestName) {
+        if (name.empty() || name.size() > a_longestName || kind.size() > a_longestTypeName) {
             throw std::invalid_argument("it has the line " + quoted(whole) +
                                         ", which is not a field");
         }
@@ -186,6 +191,9 @@ class SchemaReader {
 
 std::shared_ptr<const MessageType> typeOfSchema(const std::string& name, std::string_view text) {
     try {
+        if (name.size() > a_longestTypeName) {
+            throw std::invalid_argument("its name is too long");
+        }
         return SchemaReader(name, text).type(name);
     } catch (const std::invalid_argument& mistake) {
         throw std::runtime_error("The schema " +

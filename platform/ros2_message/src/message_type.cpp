@@ -143,6 +143,9 @@ Field fieldOf(const std::string& type, const std::string& name, const std::strin
     std::string kind = type;
     if (const std::size_t bracket = kind.find('['); bracket != std::string::npos) {
         std::string rest = kind.substr(bracket);
+        if (rest.back() != ']') {
+            throw std::invalid_argument("there is no type " + base::oneLine(type));
+        }
         const std::string count = takeBrackets(rest);
         const bool isSequence = count.empty() || count.front() == '<';
         field.fRepetition = isSequence ? Repetition::Sequence : Repetition::Array;

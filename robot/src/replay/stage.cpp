@@ -64,8 +64,9 @@ Stage::Stage(Reader& reader, const recorded_robot::RecordedRobot& robot, const C
     : fMemory(std::make_shared<KVMemoryModule>("The recorded values of a robot.")),
       fStart(static_cast<std::int64_t>(reader.statistics().fStart /
                                        base::a_nanosecondsPerMicrosecond)) {
+    recorded_robot::ParsedSchemas schemas;
     for (const auto& [id, recorded] : robot.fChannels) {
-        Channel channel{{reader, id, recorded}, {}, nullptr};
+        Channel channel{{reader, id, recorded, schemas}, {}, nullptr};
         const Content content = channel.fReader.channel().fContent;
         if (content == Content::Unknown) {
             complain(notReplayed(reader, id, channel.fReader.channel().fReason));

@@ -6,7 +6,10 @@
 #include <google/protobuf/descriptor.pb.h>
 #include <gtest/gtest.h>
 
+#include <recorded_robot/parsed_schemas.h>
 #include <recorded_robot/recorded_robot.h>
+#include <ros2_message/message_values.h>
+#include <stdexcept>
 
 namespace robot_test {
 namespace {
@@ -16,6 +19,7 @@ using recording::WriterOptions;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Pair;
+using ::testing::StartsWith;
 using ::testing::UnorderedElementsAre;
 
 /** A file with messages at consecutive milliseconds. */
@@ -258,7 +262,9 @@ TEST(Foreign, MessagesOfRos2HaveTheKeysOfTheBridge) {
              "uint8 OFF=0  # a constant\nuint8 mode 1\nJoint[2] joints\nstring<=5[<=2] names\n"
              "===\nMSG: maker/Joint\nint16 turns\n",
              {header + "\3\0\xFF\xFF\7\0\0\0"s + one + "\2\0\0\0A\0"s});
-    file.add("/volume", "cdr", "std_msgs/msg/Int8", "", "", {header + "\5"s});
+    file.add("/volume", "cdr", "std_msgs/Int8", "", "", {header + "\5"s});
+    file.add("/large", "cdr", "std_msgs/msg/Int8", "", "",
+             {header + std::string(ros2_message::a_largestMessage, '\5')});
     file.open();
     file.player().seek(a_start + a_millisecond);
     EXPECT_EQ(KVValue(0.5), KVValue(file.values()["left/Joint/Knee/Position"]));
@@ -294,6 +300,9 @@ TEST(Foreign, WhatCannotBeReadIsNamed) {
     file.add("/wide", "cdr", "maker/msg/Wide", "ros2msg", "wstring text", {"1234"});
     file.add("/idl", "cdr", "maker/msg/Idl", "ros2idl", "module maker {};", {"1234"});
     file.add("/bare", "cdr", "", "", "", {"1234"});
+    file.add("/idl2", "cdr", "maker/msg/Idl", "ros2idl", "module maker {};", {"1234"});
+    const std::string tooLong = '/' + std::string(5000, 'x');
+    file.add(tooLong, "cdr", "std_msgs/msg/Int8", "", "", {"1234"});
     file.add("/ok", "json", "", "", "", {"1"});
     file.open();
     EXPECT_THAT(file.complaints(),
@@ -302,7 +311,18 @@ TEST(Foreign, WhatCannotBeReadIsNamed) {
                     "not replayed: /wide: The schema maker/msg/Wide cannot be used: "
                     "maker/msg/Wide: there is no type wstring.",
                     "not replayed: /idl: its type is not known, and has no schema 'ros2msg'",
-                    "not replayed: /bare: it has no schema"));
+                    "not replayed: /idl2: its type is not known, and has no schema 'ros2msg'",
+                    "not replayed: /bare: it has no schema", StartsWith("not replayed: /xxx")));
+}
+
+TEST(Foreign, ASchemaIsParsedOnceForAllItsChannels) {
+    recorded_robot::ParsedSchemas schemas;
+    const recording::Schema arm{1, "maker/msg/Arm", "ros2msg", "int8 load"};
+    const auto type = schemas.ros2(arm);
+    EXPECT_EQ(type, schemas.ros2(arm));
+    const recording::Schema large{2, "maker/msg/Leg", "ros2msg",
+                                  "int8 load #" + std::string(std::size_t{16} << 20U, ' ')};
+    EXPECT_THROW(schemas.ros2(large), std::runtime_error);
 }
 
 }  // namespace

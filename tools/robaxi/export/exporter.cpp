@@ -44,8 +44,9 @@ std::string faultOfPictures(recording::Reader& reader, std::uint16_t id,
 std::map<std::uint16_t, std::string> checkedChannels(recording::Reader& reader,
                                                      const recorded_robot::RecordedRobot& robot) {
     std::map<std::uint16_t, std::string> faults;
+    recorded_robot::ParsedSchemas schemas;
     for (const auto& [id, recorded] : robot.fChannels) {
-        const recorded_robot::ChannelReader channel(reader, id, recorded);
+        const recorded_robot::ChannelReader channel(reader, id, recorded, schemas);
         const recorded_robot::RecordedChannel& known = channel.channel();
         const std::string fault =
             hasPictures(known.fContent) ? faultOfPictures(reader, id, channel) : known.fReason;

@@ -33,8 +33,9 @@ struct Camera {
 Camera chosenCamera(const ExportRequest& request, const recorded_robot::RecordedRobot& robot) {
     std::map<std::string, Camera> cameras;
     std::string names;
+    recorded_robot::ParsedSchemas schemas;
     for (const auto& [id, recorded] : robot.fChannels) {
-        ChannelReader channel(request.fReader, id, recorded);
+        ChannelReader channel(request.fReader, id, recorded, schemas);
         if (hasPictures(channel.channel().fContent)) {
             const std::string& name = channel.channel().fName;
             Camera& camera = cameras[name];

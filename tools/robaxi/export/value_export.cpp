@@ -108,8 +108,9 @@ class ValueExport {
         fSelection.fFrom = request.fFrom;
         fSelection.fTo = request.fTo;
         fSelection.fChannels.emplace();
+        recorded_robot::ParsedSchemas schemas;
         for (const auto& [id, recorded] : robot.fChannels) {
-            ChannelReader channel(request.fReader, id, recorded);
+            ChannelReader channel(request.fReader, id, recorded, schemas);
             const Content content = channel.channel().fContent;
             if (hasValues(content) || content == Content::Events) {
                 if (content == Content::Value) {

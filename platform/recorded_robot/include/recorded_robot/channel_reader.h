@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <recorded_robot/parsed_schemas.h>
 #include <recorded_robot/protobuf_fields.h>
 #include <recorded_robot/recorded_robot.h>
 #include <recorded_robot/recorded_value.h>
@@ -34,7 +35,8 @@ class ChannelReader {
   public:
     /** The channel becomes Unknown, with the reason, if its schema in protobuf or of ROS 2 cannot
      *  be used. The name of a camera becomes one that the protocol allows. */
-    ChannelReader(const recording::Reader& reader, std::uint16_t id, RecordedChannel channel);
+    ChannelReader(const recording::Reader& reader, std::uint16_t id, RecordedChannel channel,
+                  ParsedSchemas& schemas);
 
     const RecordedChannel& channel() const { return fChannel; }
 
@@ -49,11 +51,11 @@ class ChannelReader {
                                  picture::JpegReader& jpegs) const;
 
   private:
-    void xUseSchema(const recording::Schema& schema);
+    void xUseSchema(const recording::Schema& schema, ParsedSchemas& schemas);
 
     RecordedChannel fChannel;
     std::string fSchema;
-    std::unique_ptr<ProtobufFields> fProtobuf;
+    std::shared_ptr<const ProtobufFields> fProtobuf;
     std::shared_ptr<const ros2_message::MessageType> fRos2;
 };
 

@@ -13,6 +13,8 @@
 
 namespace ros2_message {
 
+/** Bytes of a message whose values are read; larger ones are left out. */
+constexpr std::size_t a_largestMessage = 1UL << 20U;
 /** Elements of an array or sequence that become values; further ones are left out. */
 constexpr std::uint32_t a_mostElements = 256;
 /** Values of one message; further ones are left out. */
