@@ -139,6 +139,7 @@ class Subscription(SideStream):
         # continues the subscription, and its last choice.
         self._with_values: Optional[Sequence[int]] = None
         self._choice: Optional[Sequence[int]] = None
+        self._has_skipped_choice = False  # one that was replaced before it was looked at
         self._period = 0.0
         self._last = 0.0
         # Encoded one by one, when they are sent, with the position behind each of them.
@@ -189,6 +190,7 @@ class Subscription(SideStream):
         if request.HasField("rate"):
             self._set_rate(request.rate)
         if request.HasField("keys") and self._chosen is not None:
+            self._has_skipped_choice = self._has_skipped_choice or self._choice is not None
             self._choice = request.keys.ids
         self._done = max(self._done, request.consumed)
 
@@ -216,7 +218,9 @@ class Subscription(SideStream):
                 return early - pause
             # On a thread: a large value takes longer than a client waits for a heartbeat.
             choice, self._choice = self._choice, None
-            self._waiting.extend(await self._loop.run_in_executor(None, self._compose, choice))
+            has_skipped, self._has_skipped_choice = self._has_skipped_choice, False
+            self._waiting.extend(await self._loop.run_in_executor(
+                None, self._compose, choice, has_skipped))
             if not self._waiting:
                 return None
             self._last = now
@@ -228,9 +232,10 @@ class Subscription(SideStream):
         await self._context.write(update)
         return 0
 
-    def _compose(self, choice: Optional[Sequence[int]]) -> List[Tuple[_Composed, int]]:
+    def _compose(self, choice: Optional[Sequence[int]],
+                 has_skipped: bool) -> List[Tuple[_Composed, int]]:
         before = self._known.version
-        batch = self._table.changes(self._known, *self._choose(choice))
+        batch = self._table.changes(self._known, *self._choose(choice, has_skipped))
         updates: List[_Composed] = []
         if self._present is not None:
             updates.append(functools.partial(pb.SubscriptionUpdate, keys_present=pb.KeySelection(
@@ -249,8 +254,10 @@ class Subscription(SideStream):
         return [(update, before) for update in updates[:-1]] + [
             (update, self._known.version) for update in updates[-1:]]
 
-    def _choose(self, choice: Optional[Sequence[int]]) -> Tuple[Optional[Set[int]], Set[int]]:
-        """The chosen keys, None for all of them, and those that are freshly chosen."""
+    def _choose(self, choice: Optional[Sequence[int]],
+                has_skipped: bool) -> Tuple[Optional[Set[int]], Set[int]]:
+        """The chosen keys, None for all of them, and those that are freshly chosen: all of them
+        after a skipped choice, which may have left them out."""
         if self._chosen is None:
             return None, set()
         if self._with_values is not None:
@@ -258,7 +265,7 @@ class Subscription(SideStream):
         if choice is None:
             return self._chosen, set()
         before, self._chosen = self._chosen, _common(self._table.ids(), choice)
-        return self._chosen, self._chosen - before
+        return self._chosen, self._chosen if has_skipped else self._chosen - before
 
 
 def _common(present: Set[int], ids: Sequence[int]) -> Set[int]:

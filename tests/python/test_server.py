@@ -317,6 +317,10 @@ def test_a_choice_consists_of_keys_that_exist(serve, connect):
         assert next_ids() == [1]
         requests.put(pb.SubscriptionRequest(keys=pb.KeySelection(ids=[2])))
         assert next_ids() == [2]
+        # A key that was left out for a moment is freshly chosen.
+        requests.put(pb.SubscriptionRequest(keys=pb.KeySelection()))
+        requests.put(pb.SubscriptionRequest(keys=pb.KeySelection(ids=[2])))
+        assert next_ids() == [2]
         requests.put(None)
 
 
