@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <map>
 #include <netinet/tcp.h>
 #include <sockets/descriptor_reserve.h>
 #include <sys/socket.h>
@@ -55,6 +56,10 @@ std::string peerOf(const tcp::socket& socket) {
     return base::hostAndPort(address.to_string(), peer.port());
 }
 
+std::string withoutPort(const std::string& readablePeer) {
+    return readablePeer.substr(0, readablePeer.rfind(':'));
+}
+
 }  // namespace
 
 std::string readablePeer(const std::string& peer) {
@@ -74,8 +79,7 @@ std::string readablePeer(const std::string& peer) {
 }
 
 std::string addressOf(const std::string& peer) {
-    const std::string readable = readablePeer(peer);
-    return readable.substr(0, readable.rfind(':'));
+    return withoutPort(readablePeer(peer));
 }
 
 /** A connection whose client has not sent a hello. */
@@ -258,7 +262,15 @@ void ConnectionAcceptor::xCloseTheLarge() {
         sum += sent.back().first;
     }
     while (sum > fSettings.fMostBytes) {
-        const auto most = std::max_element(sent.begin(), sent.end());
+        std::map<std::string, std::uint64_t> ofAddresses;
+        for (const auto& [bytes, each] : sent) {
+            ofAddresses[withoutPort(each->fPeer)] += bytes;
+        }
+        const auto most =
+            std::max_element(sent.begin(), sent.end(), [&](const auto& one, const auto& other) {
+                return std::pair(ofAddresses[withoutPort(one.second->fPeer)], one.first) <
+                       std::pair(ofAddresses[withoutPort(other.second->fPeer)], other.first);
+            });
         fListener.report("closed the connection from " + most->second->fPeer + ", which has sent " +
                          std::to_string(most->first) + " bytes but no complete hello");
         sum -= std::exchange(most->first, 0);
