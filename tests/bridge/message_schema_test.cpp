@@ -101,8 +101,8 @@ TEST(MessageSchema, refusesWhatDoesNotDescribeAMessage) {
     EXPECT_THAT(refusal("int8 x\n===\nIDL: maker/Arm"), HasSubstr("it has no 'MSG:'"));
     EXPECT_THAT(refusal("int8 " + std::string(200, 'x')), HasSubstr("which is not a field"));
     EXPECT_THAT(refusal("int8 x\n===\nMSG: maker/" + std::string(250, 'x')), HasSubstr("too long"));
-    for (const char* const type : {"int8[", "int8[3", "int8[0]", "int8[99999999999]",
-                                   "int8[x]", "int8[2][2]", "int8[-1]", "int8[16777217]"}) {
+    for (const char* const type : {"int8[", "int8[3", "int8[0]", "int8[99999999999]", "int8[x]",
+                                   "int8[2][2]", "int8[-1]", "int8[16777217]"}) {
         EXPECT_THAT(refusal(std::string(type) + " x"), HasSubstr("there is no type")) << type;
     }
 }
