@@ -26,8 +26,8 @@ namespace robaxi {
  * A connection is a newcomer until gRPC reports through welcome() that its client is in a session.
  * A newcomer is handed to gRPC with its first bytes. It is closed when its time is over, or, oldest
  * first, when descriptors run out or there are too many newcomers. If newcomers have sent too many
- * bytes, the largest of the address that has sent most is closed, since gRPC 1.51 receives a message
- * of any announced size, and checks the size when it is complete.
+ * bytes, the largest of the address that has sent most is closed, since gRPC 1.51 receives a
+ * message of any announced size, and checks the size when it is complete.
  */
 class ConnectionAcceptor {
   public:
