@@ -280,6 +280,13 @@ void PlotPanel::endCurves(qint64 lastReceived) {
     fPacer->schedule(FramePacer::Pace::Data);
 }
 
+void PlotPanel::endCurve(int keyHandle) {
+    if (fHistory->contains(keyHandle) && !fHistory->curve(keyHandle).isEmpty()) {
+        fHistory->interrupt(keyHandle, fHistory->curve(keyHandle).last().fTime);
+        fPacer->schedule(FramePacer::Pace::Data);
+    }
+}
+
 void PlotPanel::setUpdateInterval(qint64 microseconds) {
     fPlots->setHoldTime(a_intervalsHeld * static_cast<double>(microseconds));
     fPacer->schedule(FramePacer::Pace::Data);

@@ -104,6 +104,8 @@ class PlotPanel : public QWidget {
      * @param lastReceived time of its newest value, plotted or not, by its clock
      */
     void endCurves(qint64 lastReceived);
+    /** Ends the curve of a key at its last value. */
+    void endCurve(int keyHandle);
 
     /**
      * Sets the interval between two values of a key that changes continuously; default half a

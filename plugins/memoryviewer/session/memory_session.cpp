@@ -82,6 +82,7 @@ void MemorySession::interrupt() {
     fIsReturning = false;
     fSinceReturn.invalidate();
     fSinceSilence.invalidate();
+    Q_EMIT silenceEnded();
     fWrites->giveUp(tr("the robot is lost"));
     fRecording->beginGap("lost", tr("The connection to the robot was lost."));
     xSetPhase(MemoryPhase::Interrupted);
@@ -183,6 +184,7 @@ void MemorySession::xCatchUp() {
     }
     if (fSinceSilence.isValid() && fSinceSilence.hasExpired(a_catchUpTime)) {
         fSinceSilence.invalidate();
+        Q_EMIT silenceEnded();
         fRecording->repeatValues();
         Q_EMIT plottingBegan({fEveryChangeIds.begin(), fEveryChangeIds.end()});
     }

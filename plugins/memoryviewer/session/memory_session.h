@@ -84,6 +84,8 @@ class MemorySession : public QObject {
     void updatesStopped();
     /** Emitted when the robot does not answer any more. */
     void silenceBegan();
+    /** Emitted when what changed during a silence has arrived, or the robot is lost. */
+    void silenceEnded();
     /** Emitted when rates are up to date; not any more when the session is over. */
     void secondPassed();
     void phaseChanged();

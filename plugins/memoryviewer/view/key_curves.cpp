@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace memoryviewer {
 
@@ -71,8 +72,9 @@ void KeyCurves::begin(const std::vector<std::uint32_t>& ids) {
     std::vector<PlotSample> samples;
     for (const std::uint32_t id : ids) {
         const MemoryKey* key = fKeys->find(id);
-        if (key != nullptr && key->hasValue() && !xIsGoingOn(*key)) {
-            xAddSample(samples, *key, key->fTime, key->fValue);
+        const int handle = xHandle(key);
+        if (handle >= 0 && key->hasValue() && !fPlots->history().curve(handle).isGoingOn()) {
+            samples.push_back(xSample(handle, key->fTime, key->fValue));
         }
     }
     fPlots->append(samples);
@@ -81,32 +83,57 @@ void KeyCurves::begin(const std::vector<std::uint32_t>& ids) {
 void KeyCurves::append(const std::vector<KVChange>& changes) {
     std::vector<PlotSample> samples;
     for (const KVChange& change : changes) {
-        if (const MemoryKey* key = fKeys->find(change.fId)) {
-            xAddSample(samples, *key, change.fTime, change.fValue);
+        const int handle = xHandle(fKeys->find(change.fId));
+        if (handle < 0) {
+            continue;
         }
+        if (xIsLate(handle, change.fTime)) {
+            samples.push_back({handle, change.fTime, KV::numberOf(change.fValue)});
+            fLate.insert(handle);
+            continue;
+        }
+        if (fLate.erase(handle) != 0) {
+            fPlots->append(std::exchange(samples, {}));
+            fPlots->endCurve(handle);
+        }
+        samples.push_back(xSample(handle, change.fTime, change.fValue));
     }
     fPlots->append(samples);
 }
 
-bool KeyCurves::xIsGoingOn(const MemoryKey& key) const {
-    const int handle = fPlots->keyHandle(QString::fromStdString(key.fInfo.fName));
-    return handle >= 0 && fPlots->history().curve(handle).isGoingOn();
+void KeyCurves::beginSilence() {
+    fSilentSince = fKeys->clock().now();
+}
+
+void KeyCurves::endSilence() {
+    fSilentSince.reset();
+    for (const int handle : std::exchange(fLate, {})) {
+        fPlots->endCurve(handle);
+    }
+}
+
+/** Returns true if the robot sent the value before it was silent, and the curve has ended already.
+ */
+bool KeyCurves::xIsLate(int handle, std::int64_t time) const {
+    const CurveHistory& curve = fPlots->history().curve(handle);
+    const bool hasEnded = !curve.isEmpty() && (!curve.isGoingOn() || fLate.count(handle) != 0);
+    return hasEnded && fSilentSince && time < *fSilentSince && time >= curve.last().fTime;
+}
+
+/** Returns the handle of the curve that shows the key, -1 if none does. */
+int KeyCurves::xHandle(const MemoryKey* key) const {
+    const bool isShown = key != nullptr && key->fNewer == nullptr;
+    return isShown ? fPlots->keyHandle(QString::fromStdString(key->fInfo.fName)) : -1;
 }
 
 /**
  * A curve starts, or continues after a gap, with the key's current value. The value may be hours
  * old, but the plots must not go back that far.
  */
-void KeyCurves::xAddSample(std::vector<PlotSample>& samples, const MemoryKey& key,
-                           std::int64_t time, const KVValue& value) const {
-    const int handle = fPlots->keyHandle(QString::fromStdString(key.fInfo.fName));
-    const bool isNewest = key.fNewer == nullptr;
-    if (handle < 0 || !isNewest) {
-        return;
-    }
+PlotSample KeyCurves::xSample(int handle, std::int64_t time, const KVValue& value) const {
     const bool isBeginning = !fPlots->history().curve(handle).isGoingOn();
     const std::int64_t earliest = fKeys->clock().now() - a_heldAtFirst;
-    samples.push_back({handle, isBeginning ? std::max(time, earliest) : time, KV::numberOf(value)});
+    return {handle, isBeginning ? std::max(time, earliest) : time, KV::numberOf(value)};
 }
 
 std::optional<PlottedKey> KeyCurves::xLookup(const QString& name) const {

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <vector>
 
 namespace memoryviewer {
@@ -38,13 +39,20 @@ class KeyCurves : public QObject {
     void begin(const std::vector<std::uint32_t>& ids);
     /** Adds changes of the plotted keys. */
     void append(const std::vector<KVChange>& changes);
+    /**
+     * Call this when the robot does not answer and the curves have ended. Values that it sent
+     * before, and that arrive later, are then drawn at their times, and the gap follows them.
+     */
+    void beginSilence();
+    /** Call this when what has changed during the silence has arrived. */
+    void endSilence();
 
   private:
     std::optional<PlottedKey> xLookup(const QString& name) const;
     void xDescribe(const MemoryKey& key);
-    bool xIsGoingOn(const MemoryKey& key) const;
-    void xAddSample(std::vector<PlotSample>& samples, const MemoryKey& key, std::int64_t time,
-                    const KVValue& value) const;
+    int xHandle(const MemoryKey* key) const;
+    bool xIsLate(int handle, std::int64_t time) const;
+    PlotSample xSample(int handle, std::int64_t time, const KVValue& value) const;
     void xOnPlottedKeysChanged();
     void xOnKeysAdded(const std::vector<const MemoryKey*>& keys);
     void xOnChanged(const std::vector<ChangedKey>& keys);
@@ -52,6 +60,8 @@ class KeyCurves : public QObject {
 
     KeyStore* fKeys;
     PlotPanel* fPlots;
+    std::optional<std::int64_t> fSilentSince;  // by the robot's clock
+    std::set<int> fLate;                       // handles of curves that end with a late value
 };
 
 }  // namespace memoryviewer

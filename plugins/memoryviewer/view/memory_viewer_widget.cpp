@@ -126,6 +126,8 @@ void MemoryViewerWidget::xConnect() {
     connect(this, &ViewerWidget::linkRestored, fReplayCurves, &ReplayCurves::restart);
     connect(this, &ViewerWidget::silenceChanged, fSession, &MemorySession::setSilent);
     connect(fSession, &MemorySession::silenceBegan, this, &MemoryViewerWidget::xEndCurves);
+    connect(fSession, &MemorySession::silenceBegan, fCurves, &KeyCurves::beginSilence);
+    connect(fSession, &MemorySession::silenceEnded, fCurves, &KeyCurves::endSilence);
     connect(fSession, &MemorySession::newsTaken, this, &MemoryViewerWidget::xOnNewsTaken);
     connect(fSession, &MemorySession::changesTaken, fCurves, &KeyCurves::append);
     connect(fSession, &MemorySession::plottingBegan, fCurves, &KeyCurves::begin);
