@@ -2,6 +2,7 @@
 
 #include "net/connection_acceptor.h"
 #include "server/server.h"
+#include "wire/grpc_handover.h"
 #include "wire/limits.h"
 #include "wire/status_codec.h"
 
@@ -31,6 +32,7 @@ Admission::Admission(Server& server, grpc::CallbackServerContext* context)
       fAddress(addressOf(context->peer())),
       fLoad(server.rpcLoad()),
       fTurn(server.timers(), [this] { xCheck(); }) {
+    takeFromGrpc(&fServer);
 }
 
 Admission::~Admission() {

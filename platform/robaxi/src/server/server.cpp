@@ -151,7 +151,6 @@ void Server::xStartGrpc() {
     builder.RegisterService(fService.get());
     builder.RegisterService(fHealth.get());
     builder.RegisterService(fReflection.get());
-    giveToGrpc(this);
     fServer = builder.BuildAndStart();
     if (!fServer) {
         throw Failure{KVError::Cause::CannotListen, {}};
@@ -166,6 +165,7 @@ void Server::xAccept(std::vector<base::FileDescriptor> listening) {
     settings.fHandOver = [this](int descriptor) {
         grpc::experimental::ExternalConnectionAcceptor::NewConnectionParameters connection;
         connection.fd = descriptor;
+        giveToGrpc(this);
         fEntrance->HandleNewConnection(&connection);
     };
     settings.fReport = [this](const std::string& text) { warn(text); };
