@@ -2,14 +2,14 @@
 
 from __future__ import annotations
 
-import errno
 import ipaddress
 import socket
 import ssl
 import threading
 import time
-from typing import List, NamedTuple, Optional, Tuple
+from typing import List, NamedTuple, Optional, Sequence, Tuple
 
+from ._race import Unreached, first_to_accept
 from .errors import Cause, Error, describe
 from .settings import Access, read_file
 
@@ -79,33 +79,31 @@ def parse_target(text: str) -> Tuple[str, Optional[int]]:
     return host, check_port(int(port))
 
 
-def connect(host: str, port: int, deadline: Deadline, address: str = "") -> Target:
-    """Finds the address of a host that accepts connections on a port; it may be known."""
+def connect(host: str, port: int, deadline: Deadline, addresses: Sequence[str] = ()) -> Target:
+    """Finds the address of a host that accepts connections on a port; they may be known."""
     target = Target(host, host, port)
-    failure = target.cannot_reach(Cause.NAME_NOT_FOUND)
-    addresses = [address] if address else _resolve(target, deadline)
-    for index, address in enumerate(addresses):
-        # Each address has its share of the time.
-        share = deadline.left() / (len(addresses) - index)
-        try:
-            socket.create_connection((address, port), max(share, 0.01)).close()
-            return Target(host, address, port)
-        except socket.timeout:
-            failure = _timed_out(target, deadline)
-        except ConnectionRefusedError:
-            failure = target.cannot_reach(Cause.REFUSED)
-        except OSError as error:
-            failure = target.cannot_reach(
-                Cause.NO_ROUTE, "" if error.errno in (errno.ENETUNREACH, errno.EHOSTUNREACH)
-                else error.strerror or str(error))
-    raise failure
+    try:
+        return Target(host, first_to_accept(addresses or _resolve(target, deadline), port,
+                                            deadline.left()), port)
+    except Unreached as failure:
+        tried = _listed(failure.tried)
+        detail = "" if tried == host else f"tried {tried}"
+        if failure.cause == Cause.TIMED_OUT:
+            raise _timed_out(target, deadline, detail) from None
+        raise target.cannot_reach(failure.cause,
+                                  "; ".join(filter(None, [failure.detail, detail]))) from None
 
 
-def _timed_out(target: Target, deadline: Deadline) -> Error:
+def _listed(words: List[str]) -> str:
+    return " and ".join(filter(None, [", ".join(words[:-1]), *words[-1:]]))
+
+
+def _timed_out(target: Target, deadline: Deadline, detail: str = "") -> Error:
+    detail = f" ({detail})" if detail else ""
     return Error(
         Cause.TIMED_OUT, f"Cannot reach {target.place}: no answer came within "
-        f"{deadline.seconds:g} s. Check that the robot is switched on and on this network, and "
-        "that no firewall blocks the connection.")
+        f"{deadline.seconds:g} s{detail}. Check that the robot is switched on and on this network, "
+        "and that no firewall blocks the connection.")
 
 
 def _resolve(target: Target, deadline: Deadline) -> List[str]:

@@ -8,7 +8,7 @@ import fnmatch
 import threading
 import time
 import weakref
-from typing import Any, Deque, Dict, Iterable, Iterator, List, Mapping, Optional, Tuple
+from typing import Any, Deque, Dict, Iterable, Iterator, List, Mapping, Optional, Sequence, Tuple
 
 import grpc
 
@@ -184,7 +184,7 @@ def _find(host: str, port: Optional[int], deadline: Deadline) -> Target:
         return connect(host, DEFAULT_PORT if port is None else port, deadline)
     if port is not None:
         try:
-            return connect(host, port, deadline)
+            return connect(host, port, deadline, _look_up(host, deadline))
         except Error as error:
             if error.cause != Cause.NAME_NOT_FOUND:
                 raise
@@ -192,7 +192,14 @@ def _find(host: str, port: Optional[int], deadline: Deadline) -> Target:
             if target is None:
                 raise
             return target
-    return _find_announced(host, None, deadline) or connect(host, DEFAULT_PORT, deadline)
+    return _find_announced(host, None, deadline) or connect(
+        host, DEFAULT_PORT, deadline, _look_up(host, deadline))
+
+
+def _look_up(host: str, deadline: Deadline) -> Sequence[str]:
+    """The addresses that Avahi knows: unlike the system's resolver it waits for no DNS server, and
+    reports those of all interfaces and of both families."""
+    return discovery.look_up(host, min(0.5, deadline.left())) if "." in host else ()
 
 
 def _find_announced(host: str, port: Optional[int], deadline: Deadline) -> Optional[Target]:
@@ -201,7 +208,7 @@ def _find_announced(host: str, port: Optional[int], deadline: Deadline) -> Optio
         return None
     # Settings and certificates are those of the host's name.
     return connect(announced.host, announced.port if port is None else port, deadline,
-                   announced.address)
+                   announced.addresses)
 
 
 def _unexpected(module: str, method: str) -> Error:

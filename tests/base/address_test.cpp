@@ -18,6 +18,15 @@ TEST(Address, IsOfOneOfTwoKinds) {
     }
 }
 
+TEST(Address, IsKnownFromNames) {
+    for (const std::string address : {"10.77.1.1", "::1", "fe80::1%eth0"}) {
+        EXPECT_TRUE(base::isAddress(address)) << address;
+    }
+    for (const std::string name : {"robot1", "10.77.1", "10.77.1.1.local", "10.77.1.256", "cafe"}) {
+        EXPECT_FALSE(base::isAddress(name)) << name;
+    }
+}
+
 TEST(Address, TellsThisMachineFromOthers) {
     EXPECT_TRUE(base::isLoopback("127.0.0.1"));
     EXPECT_TRUE(base::isLoopback("127.1.2.3"));

@@ -2,6 +2,9 @@
 
 import gc
 import os
+import re
+import subprocess
+import time
 
 import pytest
 
@@ -57,6 +60,82 @@ def test_the_announced_port_is_used():
         assert raised.value.cause == Cause.REFUSED
     lab("stop", "sleeper")
     lab("stop", "other")
+
+
+def ip(*words):
+    subprocess.run(["ip", *words], check=True)
+
+
+def test_an_address_whose_packets_are_lost_is_passed_over():
+    eventually(lambda: "robot2" in names())
+    # To a card that nobody has.
+    ip("neighbour", "replace", "10.77.1.2", "lladdr", "02:00:00:00:00:01", "nud", "permanent", "dev",
+       "eth0")
+    with pytest.raises(robaxi.Error, match="10.77.1.2 port 9559: no answer") as raised:
+        robaxi.Robot("10.77.1.2", timeout=1)
+    assert raised.value.cause == Cause.TIMED_OUT
+
+    def reached(name):
+        try:
+            with robaxi.Robot(name) as robot:
+                return robot.address
+        except robaxi.Error:
+            return ""  # Avahi's answer came too late on a busy machine
+
+    for name in ["robot2", "robot2.local:9559"]:
+        assert re.fullmatch("fe80::[0-9a-f:]+%eth0", eventually(lambda: reached(name)))
+    ip("neighbour", "delete", "10.77.1.2", "dev", "eth0")
+
+
+def test_a_robot_without_ipv4_is_reached():
+    eventually(lambda: "robot2" in names())
+    lab("exec", "robot2", "--", "ip", "address", "delete", "10.77.1.2/16", "dev", "eth0")
+    lab("avahi", "restart")  # forgets the address, for which no goodbye could be sent
+
+    def address():
+        found = discovery.find("robot2", 1)
+        return found.address if found and "." not in found.address else ""
+
+    assert re.fullmatch("fe80::[0-9a-f:]+%eth0", eventually(address))
+    with robaxi.Robot("robot2", timeout=PATIENCE) as robot:
+        assert 0 <= robot.memory["Battery/Charge"] <= 100
+    lab("exec", "robot2", "--", "ip", "address", "add", "10.77.1.2/16", "dev", "eth0")
+
+    def has_ipv4():
+        found = discovery.find("robot2", 1)
+        return found and found.address == "10.77.1.2"
+
+    eventually(has_ipv4)
+
+
+def test_a_daemon_that_hangs_delays_a_name_of_the_resolver_by_a_bounded_time():
+    eventually(lambda: "robot1" in names())
+    with open("/etc/hosts", "a", encoding="ascii") as hosts:  # of the lab
+        hosts.write("10.77.1.1 robot1.local\n")
+    lab("avahi", "pause")
+    try:
+        with pytest.raises(robaxi.Error, match="the Avahi daemon does not answer"):
+            robaxi.discover(0.5)
+        assert discovery.find("robot1.local", 0.5) is None
+        assert discovery.look_up("robot1.local", 0.5) == ()
+        # The bus itself would wait 5 s for each answer: twice for a name without a port.
+        for name, timeout in [("robot1.local", 9), ("robot1.local:9559", 4.5)]:
+            with robaxi.Robot(name, timeout=timeout) as robot:
+                assert robot.address == "10.77.1.1"
+    finally:
+        lab("avahi", "continue")
+    eventually(lambda: "robot1" in names())
+
+
+def test_a_host_that_cannot_be_looked_up_is_not_waited_for():
+    Gio, GLib, bus = discovery.open_bus()
+    search = discovery._Search()
+    search._end = time.monotonic() + PATIENCE
+    with pytest.raises(GLib.Error, match="[Ii]nvalid"):
+        search._look_up("no..host", (Gio, GLib, bus))
+    assert search.is_looked_up("no..host")
+    assert search.addresses("no..host") == ()
+    bus.close_sync(None)
 
 
 def test_a_name_that_nobody_has_is_given_up():

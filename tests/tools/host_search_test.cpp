@@ -18,37 +18,48 @@ void expectFound(const std::string& host, int port, const SearchDecision& decisi
 
 TEST(HostSearch, AnAnnouncementTellsThePort) {
     SearchState state;
-    state.fAnnounced = Endpoint{"robot1.local", 7000, {}};
+    state.fAnnounced = Endpoint{"robot1.local", 7000};
     expectFound("robot1.local", 7000, decide({"robot1", std::nullopt}, state));
 }
 
 TEST(HostSearch, ThePortOfTheUserGoesBeforeTheAnnouncedOne) {
     SearchState state;
-    state.fAnnounced = Endpoint{"robot1.local", 7000, {}};
+    state.fAnnounced = Endpoint{"robot1.local", 7000};
     expectFound("robot1.local", 80, decide({"robot1", 80}, state));
 }
 
-TEST(HostSearch, AnAnnouncedRobotIsReachedAtAvahisAddressWhichMayTakeHalfASecond) {
+TEST(HostSearch, AnAnnouncedRobotIsReachedAtAvahisAddressesWhichMayTakeHalfASecond) {
     SearchState state;
-    state.fAnnounced = Endpoint{"robot1.local", 7000, {}};
+    state.fAnnounced = Endpoint{"robot1.local", 7000, {"10.77.1.1"}};
     state.fIsAddressAsked = true;
-    state.fResolved = "robot1.local";
     state.fElapsed = 400ms;
     EXPECT_EQ(Kind::Wait, decide({"robot1", std::nullopt}, state).fKind);
     state.fElapsed = 500ms;
     expectFound("robot1.local", 7000, decide({"robot1", std::nullopt}, state));
     state.fElapsed = 100ms;
     state.fIsAddressAsked = false;
-    state.fAnnounced->fAddress = "10.77.1.1";
+    state.fAnnounced->fAddresses = {"10.77.1.1", "fe80::1%eth0"};
     const SearchDecision decision = decide({"robot1", std::nullopt}, state);
     expectFound("robot1.local", 7000, decision);
-    EXPECT_EQ("10.77.1.1", decision.fEndpoint.reachableHost());
+    EXPECT_EQ(state.fAnnounced->fAddresses, decision.fEndpoint.fAddresses);
+}
+
+TEST(HostSearch, ANameThatResolvesWaitsForAvahisAddressesForHalfASecond) {
+    SearchState state;
+    state.fResolved = Endpoint{"robot1.local", 9559, {"10.77.1.1"}};
+    state.fIsAddressAsked = true;
+    state.fElapsed = 400ms;
+    EXPECT_EQ(Kind::Wait, decide({"robot1", 80}, state).fKind);
+    state.fElapsed = 500ms;
+    const SearchDecision decision = decide({"robot1", 80}, state);
+    expectFound("robot1.local", 80, decision);
+    EXPECT_EQ(state.fResolved->fAddresses, decision.fEndpoint.fAddresses);
 }
 
 // With a dead DNS server, the system's resolver would not answer when connecting either.
 TEST(HostSearch, AvahisAddressIsWaitedForAsLongAsTheResolverHasNone) {
     SearchState state;
-    state.fAnnounced = Endpoint{"robot1.local", 7000, {}};
+    state.fAnnounced = Endpoint{"robot1.local", 7000};
     state.fIsAddressAsked = true;
     state.fElapsed = 2900ms;
     EXPECT_EQ(Kind::Wait, decide({"robot1", std::nullopt}, state).fKind);
@@ -58,7 +69,7 @@ TEST(HostSearch, AvahisAddressIsWaitedForAsLongAsTheResolverHasNone) {
 
 TEST(HostSearch, ANameThatResolvesWaitsForItsAnnouncementForHalfASecond) {
     SearchState state;
-    state.fResolved = "robot1.local";
+    state.fResolved = Endpoint{"robot1.local", 9559};
     for (const std::string name : {"robot1", "robot1.local", "Robot1.LOCAL"}) {
         state.fElapsed = 400ms;
         EXPECT_EQ(Kind::Wait, decide({name, std::nullopt}, state).fKind) << name;
@@ -69,7 +80,7 @@ TEST(HostSearch, ANameThatResolvesWaitsForItsAnnouncementForHalfASecond) {
 
 TEST(HostSearch, NothingIsWaitedForThatCannotChangeAnything) {
     SearchState state;
-    state.fResolved = "robot1.local";
+    state.fResolved = Endpoint{"robot1.local", 9559};
     expectFound("robot1.local", 80, decide({"robot1", 80}, state));
     state.fMayBeAnnounced = false;
     expectFound("robot1.local", 9559, decide({"robot1", std::nullopt}, state));
@@ -77,9 +88,9 @@ TEST(HostSearch, NothingIsWaitedForThatCannotChangeAnything) {
 
 TEST(HostSearch, NamesBeyondTheLocalNetworkAndThisComputerAreUsedAtOnce) {
     SearchState state;
-    state.fResolved = "robot.example.org";
+    state.fResolved = Endpoint{"robot.example.org", 9559};
     expectFound("robot.example.org", 9559, decide({"robot.example.org", std::nullopt}, state));
-    state.fResolved = "localhost";
+    state.fResolved = Endpoint{"localhost", 9559};
     state.fIsThisComputer = true;
     expectFound("localhost", 9559, decide({"localhost", std::nullopt}, state));
 }

@@ -19,6 +19,10 @@ bool isIPv6(const std::string& text) {
     return inet_pton(AF_INET6, text.c_str(), &address) == 1;
 }
 
+bool isAddress(const std::string& text) {
+    return isIPv4(text) || isIPv6(text.substr(0, text.find('%')));
+}
+
 bool isLoopback(const std::string& address) {
     return address == "::1" || address.rfind("127.", 0) == 0;
 }

@@ -28,6 +28,15 @@ namespace robaxi {
 class HostedModules;
 struct Runtime;
 
+/** Where to find a robot. */
+struct Place {
+    /** Address or name. Security settings and certificate are for it, wherever it is found. */
+    std::string fHost;
+    int fPort = 0;
+    /** Numeric addresses to try; if there are none, those of fHost. */
+    std::vector<std::string> fAddresses{};
+};
+
 /** Identifies a proxy in its link, so that its calls can be ended together. */
 struct CallOwner {
     bool fIsClosed = false;  // guarded by the link
@@ -111,6 +120,10 @@ class ROBAXI_EXPORT Link {
     /** Returns the seconds since the robot was last heard. */
     virtual double silence() const = 0;
 
+    /** Returns the numeric address of the robot. */
+    virtual std::string address() const = 0;
+    /** Returns true if this is the numeric address of the robot, in any spelling. */
+    virtual bool isAt(const std::string& address) const = 0;
     virtual std::string peerName() const = 0;
     /** Returns the round trip in seconds; negative before the first heartbeat came back. */
     virtual double roundTrip() const = 0;
@@ -141,8 +154,8 @@ class ROBAXI_EXPORT RunningServer {
 /** The functions of the engine. */
 struct Engine {
     /** Connects to a robot. @throws Failure */
-    std::shared_ptr<Link> (*connect)(const std::shared_ptr<Runtime>& runtime,
-                                     const std::string& address, int port, Deadline deadline);
+    std::shared_ptr<Link> (*connect)(const std::shared_ptr<Runtime>& runtime, const Place& place,
+                                     Deadline deadline);
     /** Starts listening; with port 0, on any free port. @throws Failure AddressInUse, CannotListen;
      * InvalidArgument if the security settings cannot be used */
     std::unique_ptr<RunningServer> (*listen)(const std::shared_ptr<Runtime>& runtime,

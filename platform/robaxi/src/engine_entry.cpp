@@ -24,9 +24,8 @@ void measureClock() {
 }
 
 std::shared_ptr<robaxi::Link> connect(const std::shared_ptr<robaxi::Runtime>& runtime,
-                                      const std::string& address, int port,
-                                      robaxi::Deadline deadline) {
-    return std::make_shared<robaxi::ClientSession>(runtime, address, port, deadline);
+                                      const robaxi::Place& place, robaxi::Deadline deadline) {
+    return std::make_shared<robaxi::ClientSession>(runtime, place, deadline);
 }
 
 std::unique_ptr<robaxi::RunningServer> listen(const std::shared_ptr<robaxi::Runtime>& runtime,

@@ -66,7 +66,7 @@ boost::shared_ptr<KVBroker> KVBroker::createBroker(const KVBrokerOptions& option
     if (!options.fParentAddress.empty()) {
         try {
             implementation->fParent =
-                implementation->fLinks.obtain(options.fParentAddress, options.fParentPort,
+                implementation->fLinks.obtain({options.fParentAddress, options.fParentPort},
                                               robaxi::deadlineAfter(a_parentTimeOut));
         } catch (const robaxi::Failure& failure) {
             throw robaxi::describe(

@@ -112,6 +112,12 @@ void KVConnection::Private::setStateHandler(StateHandler handler) {
 
 std::shared_ptr<KVConnection> KVConnection::open(boost::shared_ptr<KVBroker> broker,
                                                  const std::string& ip, int port, double timeOut) {
+    return open(std::move(broker), ip, port, timeOut, {});
+}
+
+std::shared_ptr<KVConnection> KVConnection::open(boost::shared_ptr<KVBroker> broker,
+                                                 const std::string& ip, int port, double timeOut,
+                                                 const std::vector<std::string>& addresses) {
     if (!broker) {
         throw KVError(KVError::Cause::InvalidArgument, "A connection needs a broker.");
     }
@@ -120,7 +126,7 @@ std::shared_ptr<KVConnection> KVConnection::open(boost::shared_ptr<KVBroker> bro
     robaxi::Target target{{}, {}, ip, port, timeOut};
     try {
         const auto runtime = broker->fPrivate->fRuntime;
-        auto link = broker->fPrivate->fLinks.obtain(ip, port, deadline);
+        auto link = broker->fPrivate->fLinks.obtain({ip, port, addresses}, deadline);
         auto implementation = std::make_shared<Private>(std::move(broker), runtime, std::move(link),
                                                         std::move(target));
         implementation->start();
@@ -142,6 +148,10 @@ KVConnection::~KVConnection() {
 
 const std::string& KVConnection::getIP() const {
     return fPrivate->fTarget.fAddress;
+}
+
+std::string KVConnection::getAddress() const {
+    return fPrivate->fLink->address();
 }
 
 int KVConnection::getPort() const {

@@ -38,7 +38,7 @@ KVProxy::KVProxy(const std::string& moduleName, const std::string& ip, int port,
     fPrivate->fBroker = std::move(broker);
     fPrivate->fTarget = {moduleName, {}, ip, port, static_cast<double>(timeOut)};
     try {
-        fPrivate->fLink = fPrivate->fBroker->fPrivate->fLinks.obtain(ip, port, deadline);
+        fPrivate->fLink = fPrivate->fBroker->fPrivate->fLinks.obtain({ip, port}, deadline);
     } catch (const robaxi::Failure& failure) {
         throw robaxi::describe(fPrivate->fTarget, failure);
     }

@@ -14,8 +14,9 @@
 namespace robaxi {
 
 class Link;
+struct Place;
 
-/** The links of one broker: one for each address and port, as long as it is in use. */
+/** The links of one broker: one for each host and port, as long as it is in use. */
 class LinkTable {
   public:
     explicit LinkTable(std::shared_ptr<Runtime> runtime) : fRuntime(std::move(runtime)) {}
@@ -23,13 +24,14 @@ class LinkTable {
     LinkTable& operator=(const LinkTable&) = delete;
 
     /**
-     * Returns the existing link to an address and port if it is not lost, otherwise a new one. A
+     * Returns the existing link to a host and port if it is not lost, and is at one of the
+     * addresses if the place has any, or at the host if that is an address; otherwise a new one. A
      * caller that arrives while another one is connecting waits for the result, and tries again if
      * the other's time-out was shorter.
      *
      * @throws Failure if there is none in time
      */
-    std::shared_ptr<Link> obtain(const std::string& address, int port, Deadline deadline);
+    std::shared_ptr<Link> obtain(const Place& place, Deadline deadline);
 
   private:
     struct Slot {
@@ -38,7 +40,7 @@ class LinkTable {
     };
     using Key = std::pair<std::string, int>;
 
-    std::shared_ptr<Link> xConnect(const Key& key, Deadline deadline);
+    std::shared_ptr<Link> xConnect(const Place& place, Deadline deadline);
     void xForgetUnused();
 
     const std::shared_ptr<Runtime> fRuntime;

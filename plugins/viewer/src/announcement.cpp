@@ -30,7 +30,7 @@ std::optional<Announcement> announcedAt(const RobotPlace& place) {
 std::optional<RobotPlace> placeOf(const Announcement& robot) {
     const KVCriticalSectionRead lock(KV::BonjourDiscovery::fRobaxsMapMutex);
     for (const auto& [key, profile] : KV::BonjourDiscovery::getMap()) {
-        if (profile->fHostName != robot.fHostName || profile->fIP.empty()) {
+        if (profile->fHostName != robot.fHostName) {
             continue;
         }
         for (const KV::BonjourService& service : profile->fServices) {

@@ -32,8 +32,8 @@ struct Announcement {
 /** Returns the announcement of the robot at an address, or a host name, and port. */
 std::optional<Announcement> announcedAt(const RobotPlace& place);
 
-/** Returns the current address and port of an announced robot; nothing while it is not announced
- *  or its address is not known. */
+/** Returns the current address and port of an announced robot, with an empty address while the
+ *  host is still looked up; nothing while it is not announced. */
 std::optional<RobotPlace> placeOf(const Announcement& robot);
 
 }  // namespace obvista

@@ -1,9 +1,12 @@
 #include "reconnection.h"
 
+#include <base/address.h>
 #include <obvista/viewer/notice.h>
 #include <robaxi/kv_connection.h>
 #include <robaxi/kv_error.h>
 
+#include <address_queries.h>
+#include <algorithm>
 #include <condition_variable>
 #include <cstdlib>
 #include <mutex>
@@ -18,6 +21,8 @@ using Clock = RetrySchedule::Clock;
 
 /** Seconds; an address where nothing answers delays the next attempt for so long. */
 constexpr double a_connectTimeOut = 2;
+/** Time for Avahi's answer, which takes longer only for a host that does not answer either. */
+constexpr std::chrono::milliseconds a_addressTimeOut(500);
 
 /**
  * The attempts in progress, which may outlive the object that started them. The process does not
@@ -73,20 +78,68 @@ double randomNumber() {
 
 struct Reconnection::Attempt {
     const boost::shared_ptr<KVBroker> fBroker;
+    const std::string fHost;
+    const std::string fLocalName;  // which Avahi may know; or empty
     const RobotPlace fPlace;
     std::shared_ptr<KVConnection> fConnection;  // of the thread until fIsOver
     std::atomic<bool> fIsOver{false};
 
-    Attempt(boost::shared_ptr<KVBroker> broker, RobotPlace place)
-        : fBroker(std::move(broker)), fPlace(std::move(place)) {}
+    Attempt(boost::shared_ptr<KVBroker> broker, const KnownRobot& expected,
+            const std::optional<RobotPlace>& announced)
+        : fBroker(std::move(broker)),
+          fHost(expected.fHost),
+          fLocalName(xLocalName(expected)),
+          fPlace{announced && !announced->fAddress.empty() ? announced->fAddress
+                                                           : expected.fPlace.fAddress,
+                 announced ? announced->fPort : expected.fPlace.fPort} {}
 
     void run() {
         try {
-            fConnection =
-                KVConnection::open(fBroker, fPlace.fAddress, fPlace.fPort, a_connectTimeOut);
+            const std::vector<std::string> addresses = xAddresses();
+            fConnection = KVConnection::open(fBroker, xIdentity(addresses), fPlace.fPort,
+                                             a_connectTimeOut, addresses);
         } catch (const KVError&) {
             // The robot is still gone, which the viewer says already.
         }
+    }
+
+    /** Returns the place of the robot that has answered. */
+    RobotPlace reached() const {
+        return {base::isAddress(fHost) ? fConnection->getAddress() : fHost, fPlace.fPort};
+    }
+
+  private:
+    static std::string xLocalName(const KnownRobot& robot) {
+        const std::string& name =
+            robot.fAnnouncement ? robot.fAnnouncement->fHostName : robot.fHost;
+        return KV::bonjour::isLocalName(name) ? name : std::string();
+    }
+
+    /** Returns none if the system's resolver has to look up fHost. */
+    std::vector<std::string> xAddresses() const {
+        std::vector<std::string> addresses;
+        if (!fLocalName.empty()) {
+            addresses = KV::bonjour::addressesInTime(fLocalName, a_addressTimeOut);
+        }
+        if (addresses.empty() && base::isAddress(fPlace.fAddress)) {
+            addresses = {fPlace.fAddress};
+        }
+        return addresses;
+    }
+
+    /** Returns that for which settings and certificate are: the name or address that the user
+     *  chose; once the robot has left that address, its current IPv4 address. */
+    std::string xIdentity(const std::vector<std::string>& addresses) const {
+        if (!base::isAddress(fHost)) {
+            return fHost;
+        }
+        for (const std::string& known : {fHost, fPlace.fAddress}) {
+            if (std::find(addresses.begin(), addresses.end(), known) != addresses.end()) {
+                return known;
+            }
+        }
+        const auto ipv4 = std::find_if(addresses.begin(), addresses.end(), base::isIPv4);
+        return ipv4 == addresses.end() ? fHost : *ipv4;
     }
 };
 
@@ -123,7 +176,7 @@ std::optional<Reconnection::Success> Reconnection::advance() {
         fSchedule.hurry(now);
     }
     if (!fAttempt && fSchedule.isDue(now)) {
-        xStart(announced.value_or(fExpected.fPlace));
+        xStart(announced);
     }
     return std::nullopt;
 }
@@ -146,8 +199,8 @@ void Reconnection::acceptStranger() {
     }
 }
 
-void Reconnection::xStart(const RobotPlace& place) {
-    fAttempt = std::make_shared<Attempt>(fBroker, place);
+void Reconnection::xStart(const std::optional<RobotPlace>& announced) {
+    fAttempt = std::make_shared<Attempt>(fBroker, fExpected, announced);
     Run run;
     run.fAttempt = fAttempt;
     fThread.start([run, &notice = fNotice]() -> base::Lookups::Answer {
@@ -165,8 +218,9 @@ std::optional<Reconnection::Success> Reconnection::xTake(Attempt& attempt) {
     if (!attempt.fConnection) {
         return std::nullopt;
     }
-    KnownRobot robot{attempt.fPlace, attempt.fConnection->getPeerName(),
-                     announcedAt(attempt.fPlace)};
+    const RobotPlace place = attempt.reached();
+    KnownRobot robot{fExpected.fHost, place, attempt.fConnection->getPeerName(),
+                     announcedAt(place)};
     if (!xIsExpected(robot)) {
         fStranger = std::move(robot);
         return std::nullopt;

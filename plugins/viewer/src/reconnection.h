@@ -22,6 +22,9 @@ class Notice;
 
 /** A robot, and where it is. */
 struct KnownRobot {
+    /** As the user chose it: address or name. Settings and certificate of a name are for it,
+     *  wherever the robot is found. */
+    std::string fHost;
     RobotPlace fPlace;
     std::string fName;  ///< that it reports itself; untrusted, and may be empty
     std::optional<Announcement> fAnnouncement;
@@ -29,8 +32,9 @@ struct KnownRobot {
 
 /**
  * Attempts to connect to a lost robot again, one at a time on a dedicated thread, at the times of a
- * RetrySchedule and at once when the robot is announced: at its announced name's current address,
- * or where it was. Another robot that answers there is reported, and the attempts go on.
+ * RetrySchedule and at once when the robot is announced: at the current addresses of its announced
+ * name, which Avahi knows before the host has looked one up, or where it was. Another robot that
+ * answers there is reported, and the attempts go on.
  *
  * Used on the GUI thread, which never waits.
  */
@@ -44,7 +48,7 @@ class Reconnection {
 
     /** @param notice given at the end of an attempt; must outlive this object */
     Reconnection(boost::shared_ptr<KVBroker> broker, KnownRobot lost, Notice& notice);
-    /** Leaves an attempt in progress to its thread, which ends within two seconds. */
+    /** Leaves an attempt in progress to its thread, which ends within three seconds. */
     ~Reconnection();
     Reconnection(const Reconnection&) = delete;
     Reconnection& operator=(const Reconnection&) = delete;
@@ -65,7 +69,7 @@ class Reconnection {
     struct Attempt;
     struct Run;
 
-    void xStart(const RobotPlace& place);
+    void xStart(const std::optional<RobotPlace>& announced);
     std::optional<Success> xTake(Attempt& attempt);
     bool xIsExpected(const KnownRobot& robot) const;
 

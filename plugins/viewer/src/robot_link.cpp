@@ -12,6 +12,7 @@ namespace obvista {
 RobotLink::RobotLink(const boost::shared_ptr<KVBroker>& broker, const std::string& ip, int port,
                      double timeOut)
     : fBroker(broker),
+      fHost(ip),
       fAddress(ip),
       fPort(port),
       fConnection(KVConnection::open(broker, ip, port, timeOut)) {
@@ -71,7 +72,7 @@ void RobotLink::startReconnecting() {
     }
     stop();
     fReplay.reset();
-    KnownRobot lost{{fAddress, fPort}, fRobotName, std::nullopt};
+    KnownRobot lost{fHost, {fAddress, fPort}, fRobotName, std::nullopt};
     if (fAnnouncement) {
         lost.fAnnouncement = *fAnnouncement;
     }

@@ -38,7 +38,7 @@ def give_ipv6(host, address):
 def test_announcing():
     for name in CASES:
         lab("add", name, "--", sys.executable, str(ROBOT), name)
-    # Avahi asks for IPv4 addresses only, so a computer finds the others with its resolver.
+    # No daemon has addresses of that name, so a computer finds this one with its resolver.
     give_ipv6("observer", "fd77::1")
     give_ipv6("address", IPV6)
     with open("/etc/hosts", "a", encoding="ascii") as hosts:  # of the lab

@@ -1,3 +1,4 @@
+#include "plain_listener.h"
 #include "test_broker.h"
 
 #include <robaxi/kv_connection.h>
@@ -5,17 +6,12 @@
 
 #include <gtest/gtest.h>
 
-#include <arpa/inet.h>
 #include <atomic>
 #include <chrono>
 #include <climits>
 #include <cmath>
 #include <cstdlib>
-#include <fcntl.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <thread>
-#include <unistd.h>
 #include <vector>
 
 using namespace robaxi_test;
@@ -23,65 +19,6 @@ using namespace robaxi_test;
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-/** A TCP socket on the loopback that only listens. */
-class Listener {
-  public:
-    explicit Listener(int backlog) : fSocket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-        sockaddr_in address = loopback(0);
-        EXPECT_EQ(::bind(fSocket, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-        EXPECT_EQ(::listen(fSocket, backlog), 0);
-        socklen_t length = sizeof address;
-        ::getsockname(fSocket, reinterpret_cast<sockaddr*>(&address), &length);
-        fPort = ntohs(address.sin_port);
-    }
-
-    ~Listener() {
-        for (const int client : fClients) {
-            ::close(client);
-        }
-        ::close(fSocket);
-    }
-
-    Listener(const Listener&) = delete;
-    Listener& operator=(const Listener&) = delete;
-
-    int port() const { return fPort; }
-
-    /** Accepts one connection, answers any request with a text, and closes it. */
-    void answerWith(const std::string& text) const {
-        const int connection = ::accept(fSocket, nullptr, nullptr);
-        char buffer[1024];
-        EXPECT_GE(::recv(connection, buffer, sizeof buffer, 0), 0);
-        EXPECT_GE(::send(connection, text.data(), text.size(), MSG_NOSIGNAL), -1);
-        ::close(connection);
-    }
-
-    /** Fills the queue of connections, after which the system drops all further packets. */
-    void fillQueue() {
-        constexpr int enough = 16;
-        for (int i = 0; i < enough; ++i) {
-            const int client = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-            const sockaddr_in address = loopback(fPort);
-            static_cast<void>(
-                ::connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof address));
-            fClients.push_back(client);
-        }
-    }
-
-  private:
-    static sockaddr_in loopback(int port) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(static_cast<std::uint16_t>(port));
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        return address;
-    }
-
-    int fSocket;
-    int fPort = 0;
-    std::vector<int> fClients;
-};
 
 /** Error and duration of creating a proxy to "KVLeds". */
 struct Outcome {

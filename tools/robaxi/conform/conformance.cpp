@@ -5,9 +5,9 @@
 
 #include <base/address.h>
 
-#include <cstdlib>
 #include <failure.h>
 #include <net/channel.h>
+#include <net/socket_address.h>
 
 namespace robaxi_tool {
 
@@ -61,18 +61,31 @@ bool isAlive(Subject& robot) {
     }
 }
 
+Failure unreachable(const Endpoint& place) {
+    const std::string name = base::hostAndPort(place.fHost, place.fPort);
+    return {ExitStatus::Unreachable,
+            "There is no connection to " + name + "; 'robaxi doctor " + name + "' finds out why"};
+}
+
+robaxi::SocketAddress listenerOf(const ConformRequest& request) {
+    const Endpoint& place = request.fEndpoint;
+    try {
+        return robaxi::findListener(place.fHost, place.fPort, place.fAddresses,
+                                    Clock::now() + std::chrono::seconds(request.fTimeout));
+    } catch (const robaxi::Failure&) {
+        throw unreachable(place);
+    }
+}
+
 void run(const ConformRequest& request) {
-    // gRPC's other resolver does not know the names of the local network.
-    ::setenv("GRPC_DNS_RESOLVER", "native", 0);
     const robaxi::ClientSecurity security = securityOf(request);
     KVSettings::Limits limits = request.fSettings.fLimits;
     limits.fMessage = a_largestMessage;
-    const std::string place =
-        base::hostAndPort(request.fEndpoint.reachableHost(), request.fEndpoint.fPort);
-    Subject robot(request, robaxi::createChannel(place, security, limits), security.token());
+    const robaxi::SocketAddress listener = listenerOf(request);
+    Subject robot(request, listener, robaxi::createChannel(listener.toTarget(), security, limits),
+                  security.token());
     if (!robot.wire().connect(robot.deadline())) {
-        throw Failure(ExitStatus::Unreachable, "There is no connection to " + place +
-                                                   "; 'robaxi doctor " + place + "' finds out why");
+        throw unreachable(request.fEndpoint);
     }
     std::string killer;
     for (const ConformCheck* const check : request.fChecks) {

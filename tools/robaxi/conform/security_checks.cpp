@@ -1,7 +1,5 @@
 #include "conform/subject.h"
 
-#include <base/address.h>
-
 #include <net/channel.h>
 
 namespace robaxi_tool {
@@ -68,8 +66,8 @@ void checkTlsOnly(Subject& robot) {
         throw NotChecked("The settings have no TLS for this robot.");
     }
     const auto channel =
-        robaxi::createChannel(base::hostAndPort(place.reachableHost(), place.fPort),
-                              robaxi::ClientSecurity({}, place.fHost), request.fSettings.fLimits);
+        robaxi::createChannel(robot.listener().toTarget(), robaxi::ClientSecurity({}, place.fHost),
+                              request.fSettings.fLimits);
     Wire wire(channel, request.fInterruption);
     Rpc rpc(wire, "/robaxi.v1.Robaxi/ListModules");
     rpc.send(v1::ListModules());

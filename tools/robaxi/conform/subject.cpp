@@ -51,12 +51,11 @@ Clock::duration signPeriod(const v1::HelloReply& reply) {
 constexpr std::chrono::seconds a_patienceForAnnouncement(2);
 constexpr std::chrono::seconds a_patienceForAddresses(10);  // Avahi gives up after 5 s
 
-bool isHost(const AnnouncedHost& host, const Endpoint& place) {
+bool isHost(const AnnouncedHost& host, const std::string& name, const std::string& address) {
     const auto& addresses = host.fAddresses;
     return !addresses.empty() &&
-           (boost::iequals(host.fHostName, place.fHost, std::locale::classic()) ||
-            std::find(addresses.begin(), addresses.end(), place.reachableHost()) !=
-                addresses.end());
+           (boost::iequals(host.fHostName, name, std::locale::classic()) ||
+            std::find(addresses.begin(), addresses.end(), address) != addresses.end());
 }
 
 std::string textOf(const v1::Error& error) {
@@ -67,9 +66,10 @@ std::string textOf(const v1::Error& error) {
 
 // --- Subject ---
 
-Subject::Subject(const ConformRequest& request, std::shared_ptr<grpc::Channel> channel,
-                 std::string token)
+Subject::Subject(const ConformRequest& request, robaxi::SocketAddress listener,
+                 std::shared_ptr<grpc::Channel> channel, std::string token)
     : fRequest(request),
+      fListener(listener),
       fToken(std::move(token)),
       fWire(std::move(channel), request.fInterruption) {
 }
@@ -210,12 +210,13 @@ const AnnouncedHost& Subject::announced() {
         try {
             Bell bell(fRequest.fInterruption);
             const AnnouncedHosts hosts(bell);
+            const std::string address = fListener.host();
             bool isEachLookedUp = true;
             const auto isFound = [&] {
                 isEachLookedUp = true;
                 for (const auto& [key, host] : hosts.hosts()) {
                     isEachLookedUp = isEachLookedUp && host.fLookedUp;
-                    if (isHost(host, fRequest.fEndpoint)) {
+                    if (isHost(host, fRequest.fEndpoint.fHost, address)) {
                         fAnnounced = host;
                     }
                 }

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <exception>
 #include <initializer_list>
+#include <net/socket_address.h>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -45,10 +46,12 @@ constexpr const char* a_video = "KVVideo";
 /** The robot as the checks see it. Facts are asked for once. */
 class Subject {
   public:
-    Subject(const ConformRequest& request, std::shared_ptr<grpc::Channel> channel,
-            std::string token);
+    /** @param listener where the robot accepts connections */
+    Subject(const ConformRequest& request, robaxi::SocketAddress listener,
+            std::shared_ptr<grpc::Channel> channel, std::string token);
 
     const ConformRequest& request() const { return fRequest; }
+    const robaxi::SocketAddress& listener() const { return fListener; }
     Wire& wire() { return fWire; }
     /** Returns the end of a wait for something that the robot must do now. */
     Clock::time_point deadline() const;
@@ -77,6 +80,7 @@ class Subject {
 
   private:
     const ConformRequest& fRequest;
+    robaxi::SocketAddress fListener;
     std::string fToken;
     Wire fWire;
     std::optional<std::vector<v1::Module>> fModules;

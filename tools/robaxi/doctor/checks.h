@@ -44,6 +44,7 @@ struct Examination {
     std::optional<Endpoint> fEndpoint;                ///< by checkHostName()
     std::vector<std::string> fAddresses;              ///< by checkHostName()
     bool fIsConnected = false;                        ///< by checkPort()
+    std::string fReachedAddress;                      ///< by checkPort(); of the connection
     std::optional<KVError> fConnectError;             ///< by checkPort()
 
     /** Queries the system's resolver; returns nothing if it has not answered within fTimeout. */

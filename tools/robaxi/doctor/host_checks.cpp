@@ -114,7 +114,7 @@ Finding checkHostName(Examination& examination) {
                 "this network; or use its address."};
     }
     const std::string& host = examination.fEndpoint->fHost;
-    if (isAddress(host)) {
+    if (base::isAddress(host)) {
         examination.fAddresses = {host};
         return {Verdict::Good, host + " is an address and needs no lookup.", {}};
     }
@@ -122,12 +122,11 @@ Finding checkHostName(Examination& examination) {
     if (resolved && !resolved->empty()) {
         examination.fAddresses = *resolved;
     } else {
-        const std::string& address = examination.fEndpoint->fAddress;
-        if (!address.empty()) {
-            examination.fAddresses = {address};
-        }
+        examination.fAddresses = examination.fEndpoint->fAddresses;
+        const std::string addresses = listed(examination.fAddresses);
         return {Verdict::Problem,
-                "The name " + host + " is announced" + (address.empty() ? "" : " for " + address) +
+                "The name " + host + " is announced" +
+                    (addresses.empty() ? "" : " for " + addresses) +
                     (resolved ? ", but does not resolve." : ", but was not resolved in time."),
                 "See the check 'names'; or use the robot's address."};
     }
@@ -163,9 +162,11 @@ Finding checkPort(Examination& examination) {
     }
     const Endpoint& endpoint = *examination.fEndpoint;
     try {
-        KVConnection::open(makeBroker(loadSettings(), endpoint), endpoint.reachableHost(),
-                           endpoint.fPort, examination.fTimeout);
+        const auto connection =
+            KVConnection::open(makeBroker(loadSettings()), endpoint.fHost, endpoint.fPort,
+                               examination.fTimeout, endpoint.fAddresses);
         examination.fIsConnected = true;
+        examination.fReachedAddress = connection->getAddress();
     } catch (const KVError& error) {
         examination.fConnectError = error;
         if (isUnreached(error)) {

@@ -3,6 +3,7 @@
 #include "process/failure.h"
 #include "process/output_file.h"
 
+#include <base/address.h>
 #include <base/file_descriptor.h>
 #include <base/user_folder.h>
 
@@ -105,7 +106,7 @@ std::string aliasFile() {
 }
 
 void checkAliasName(const std::string& name) {
-    if (name.empty() || name.size() > a_longestName || isAddress(name) ||
+    if (name.empty() || name.size() > a_longestName || base::isAddress(name) ||
         !std::all_of(name.begin(), name.end(), isNameCharacter)) {
         throw UsageError("'" + name +
                          "' cannot be an alias, which has 1 to 63 letters, digits, '-', '_' and "
@@ -156,7 +157,7 @@ void writeAlias(const std::string& file, const std::string& name, const std::str
 
 Target givenTarget(const std::string& text) {
     Target target = parseTarget(text);
-    if (isAddress(target.fHost) || base::settingsFolder().empty()) {
+    if (base::isAddress(target.fHost) || base::settingsFolder().empty()) {
         return target;
     }
     const Aliases aliases = readAliases(aliasFile());

@@ -1,5 +1,6 @@
 #include "network/announced_hosts.h"
 
+#include "network/avahi_client.h"
 #include "process/failure.h"
 
 #include <bonjour/bonjour_discovery.h>
@@ -46,7 +47,11 @@ std::vector<int> AnnouncedHost::ports() const {
     return ports;
 }
 
-AnnouncedHosts::AnnouncedHosts(Bell& bell) : fBell(bell), fLastChange(Clock::now()) {
+AnnouncedHosts::AnnouncedHosts(Bell& bell, Addresses addresses)
+    : fBell(bell),
+      fLastChange(Clock::now()),
+      fQueries(addresses == Addresses::LookedUp ? std::make_unique<KV::bonjour::AddressQueries>()
+                                                : nullptr) {
     fAdding = BonjourDiscovery::fAddProfile.connect(
         boost::bind(&AnnouncedHosts::xAdd, this, boost::placeholders::_1));
     fRemoving = BonjourDiscovery::fRemoveProfile.connect(
@@ -99,7 +104,7 @@ void AnnouncedHosts::xAdd(const boost::shared_ptr<BonjourProfile>& profile) {
         host.fServices = profile->fServices;
         fLastChange = host.fChanged = Clock::now();
     }
-    if (isNew) {
+    if (isNew && fQueries) {
         xLookUp(key, profile->fHostName);
     }
     fBell.ring();
@@ -115,19 +120,19 @@ void AnnouncedHosts::xRemove(const boost::shared_ptr<BonjourProfile>& profile) {
 }
 
 void AnnouncedHosts::xLookUp(const std::string& key, const std::string& hostName) {
-    fQueries.start(hostName, [this, key, hostName](const std::string& address) {
-        if (!address.empty()) {
-            xSetAddresses(key, {address}, true);
+    fQueries->start(hostName, [this, key, hostName](const std::vector<std::string>& found) {
+        if (!found.empty()) {
+            xSetAddresses(key, found);
             return;
         }
         startLookup(fLookups, hostName, [this, key](const std::vector<std::string>& addresses) {
-            xSetAddresses(key, addresses, false);
+            xSetAddresses(key, addresses);
         });
     });
 }
 
 void AnnouncedHosts::xSetAddresses(const std::string& key,
-                                   const std::vector<std::string>& addresses, bool areOfAvahi) {
+                                   const std::vector<std::string>& addresses) {
     {
         const std::lock_guard lock(fMutex);
         const auto found = fHosts.find(key);
@@ -136,7 +141,6 @@ void AnnouncedHosts::xSetAddresses(const std::string& key,
         }
         found->second.fLookedUp = true;
         found->second.fAddresses = addresses;
-        found->second.fIsAddressOfAvahi = areOfAvahi;
         fLastChange = found->second.fChanged = Clock::now();
     }
     fBell.ring();

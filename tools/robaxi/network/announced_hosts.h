@@ -1,7 +1,6 @@
 #ifndef OBVISTA_TOOLS_ROBAXI_NETWORK_ANNOUNCED_HOSTS_H
 #define OBVISTA_TOOLS_ROBAXI_NETWORK_ANNOUNCED_HOSTS_H
 
-#include "network/avahi_client.h"
 #include "network/name_lookups.h"
 #include "process/bell.h"
 
@@ -10,8 +9,10 @@
 #include <boost/shared_ptr.hpp>
 #include <boost/signals2/connection.hpp>
 
+#include <address_queries.h>
 #include <future>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -24,9 +25,9 @@ struct AnnouncedHost {
     std::string fHostName;  ///< for instance "robot1.local"
     std::vector<KV::BonjourService> fServices;
     bool fLookedUp = false;
-    std::vector<std::string> fAddresses;  ///< empty until it is looked up, or if that fails
-    bool fIsAddressOfAvahi = false;       ///< the address is Avahi's, not the system resolver's
-    Clock::time_point fChanged;           ///< time of the last change of the above
+    /** Empty until it is looked up, or if that fails; IPv4 first. */
+    std::vector<std::string> fAddresses;
+    Clock::time_point fChanged;  ///< time of the last change of the above
 
     /** Returns the host name without ".local". */
     std::string name() const;
@@ -36,17 +37,19 @@ struct AnnouncedHost {
 };
 
 /**
- * The hosts that are announced while the object exists, with their addresses. One object at a time
- * in a program. May be used from any thread.
+ * The hosts that are announced while the object exists. One object at a time in a program. May be
+ * used from any thread.
  */
 class AnnouncedHosts {
   public:
+    enum class Addresses { LookedUp, LeftOut };
+
     /**
      * Begins to start listening, on another thread.
      *
      * @param bell rung after each change, and at the end of the start
      */
-    explicit AnnouncedHosts(Bell& bell);
+    explicit AnnouncedHosts(Bell& bell, Addresses addresses = Addresses::LookedUp);
     ~AnnouncedHosts();
     AnnouncedHosts(const AnnouncedHosts&) = delete;
     AnnouncedHosts& operator=(const AnnouncedHosts&) = delete;
@@ -70,8 +73,7 @@ class AnnouncedHosts {
     void xAdd(const boost::shared_ptr<KV::BonjourProfile>& profile);
     void xRemove(const boost::shared_ptr<KV::BonjourProfile>& profile);
     void xLookUp(const std::string& key, const std::string& hostName);
-    void xSetAddresses(const std::string& key, const std::vector<std::string>& addresses,
-                       bool areOfAvahi);
+    void xSetAddresses(const std::string& key, const std::vector<std::string>& addresses);
     void xStart();
 
     Bell& fBell;
@@ -80,7 +82,8 @@ class AnnouncedHosts {
     std::map<std::string, AnnouncedHost> fHosts;
     Clock::time_point fLastChange;
     base::Lookups fLookups{a_mostLookups};
-    AddressQueries fQueries;  ///< destroyed before fLookups, which its answers use
+    /** Null if addresses are left out; destroyed before fLookups, which its answers use. */
+    std::unique_ptr<KV::bonjour::AddressQueries> fQueries;
     boost::signals2::scoped_connection fAdding;
     boost::signals2::scoped_connection fRemoving;
     std::future<void> fStart;  ///< destroyed first

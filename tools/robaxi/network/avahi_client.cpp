@@ -1,18 +1,12 @@
 #include "network/avahi_client.h"
 
-#include <base/gate.h>
-
 #include <avahi-client/client.h>
 #include <avahi-client/lookup.h>
-#include <avahi-common/address.h>
 #include <avahi-common/error.h>
 #include <avahi-common/simple-watch.h>
-#include <avahi-common/thread-watch.h>
 
-#include <array>
 #include <cstdint>
-#include <list>
-#include <utility>
+#include <memory>
 
 namespace robaxi_tool {
 
@@ -103,113 +97,6 @@ std::optional<ServiceLocation> locateService(const std::string& instance, const 
     while (Clock::now() < end && avahi_simple_poll_iterate(poll.get(), a_turn) == 0) {
     }
     return search.fLocation;
-}
-
-/** A connection to the daemon, with a thread of Avahi. */
-class AddressQueries::Client {
-  public:
-    Client() : fPoll(avahi_threaded_poll_new()) {}
-    ~Client() {
-        if (fClient != nullptr) {
-            avahi_threaded_poll_stop(fPoll.get());
-        }
-    }
-    Client(const Client&) = delete;
-    Client& operator=(const Client&) = delete;
-
-    void connect() {
-        fClient.reset(avahi_client_new(avahi_threaded_poll_get(fPoll.get()), {}, ignoreState,
-                                       nullptr, nullptr));
-        if (fClient != nullptr) {
-            avahi_threaded_poll_start(fPoll.get());
-        }
-    }
-
-    void ask(const std::string& hostName, const Answer& answer) {
-        if (fClient == nullptr || !xAsk(hostName, answer)) {
-            xDeliver(answer, {});
-        }
-    }
-
-    void close() { fGate.close(); }
-
-  private:
-    struct Query {
-        Client* fOwner;
-        Answer fAnswer;
-        std::list<Query>::iterator fPlace;
-    };
-
-    bool xAsk(const std::string& hostName, const Answer& answer);
-    void xDeliver(const Answer& answer, const std::string& address);
-    static void xOnResolved(AvahiHostNameResolver* resolver, AvahiIfIndex interface,
-                            AvahiProtocol protocol, AvahiResolverEvent event, const char* name,
-                            const AvahiAddress* address, AvahiLookupResultFlags flags,
-                            void* userData) noexcept;
-
-    base::Gate fGate;           ///< to those who receive answers
-    std::list<Query> fQueries;  ///< guarded by the poll's lock
-    std::unique_ptr<AvahiThreadedPoll, FreeWith<avahi_threaded_poll_free>> fPoll;
-    robaxi_tool::Client fClient;
-};
-
-bool AddressQueries::Client::xAsk(const std::string& hostName, const Answer& answer) {
-    avahi_threaded_poll_lock(fPoll.get());
-    const auto place = fQueries.insert(fQueries.end(), {this, answer, {}});
-    place->fPlace = place;
-    // The client owns the resolver. It is null for an invalid host name, and at the daemon's
-    // limit for this client.
-    const bool isAsked =
-        avahi_host_name_resolver_new(fClient.get(), AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC,
-                                     hostName.c_str(), AVAHI_PROTO_INET, AVAHI_LOOKUP_USE_MULTICAST,
-                                     &Client::xOnResolved, &*place) != nullptr;
-    if (!isAsked) {
-        fQueries.erase(place);
-    }
-    avahi_threaded_poll_unlock(fPoll.get());
-    return isAsked;
-}
-
-void AddressQueries::Client::xDeliver(const Answer& answer, const std::string& address) {
-    fGate.pass([&answer, &address] { answer(address); });
-}
-
-void AddressQueries::Client::xOnResolved(AvahiHostNameResolver* resolver,
-                                         AvahiIfIndex /*interface*/, AvahiProtocol /*protocol*/,
-                                         AvahiResolverEvent event, const char* /*name*/,
-                                         const AvahiAddress* address,
-                                         AvahiLookupResultFlags /*flags*/,
-                                         void* userData) noexcept {
-    auto* const query = static_cast<Query*>(userData);
-    std::array<char, AVAHI_ADDRESS_STR_MAX> text{};
-    if (event == AVAHI_RESOLVER_FOUND) {
-        avahi_address_snprint(text.data(), text.size(), address);
-    }
-    query->fOwner->xDeliver(query->fAnswer, text.data());
-    // One answer is enough, and the daemon limits the number of a client's resolvers.
-    avahi_host_name_resolver_free(resolver);
-    query->fOwner->fQueries.erase(query->fPlace);
-}
-
-// Ending the connection hangs if the daemon does.
-AddressQueries::AddressQueries()
-    : fClient(new Client,
-              [](Client* client) { base::releaseInTime(std::unique_ptr<Client>(client)); }) {
-    fCalls.start([client = fClient] {
-        client->connect();
-        return [] {};
-    });
-}
-
-AddressQueries::~AddressQueries() {
-    fClient->close();
-}
-
-void AddressQueries::start(const std::string& hostName, const Answer& answer) {
-    fCalls.start([client = fClient, hostName, answer] {
-        client->ask(hostName, answer);
-        return [] {};
-    });
 }
 
 }  // namespace robaxi_tool

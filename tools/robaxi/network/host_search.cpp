@@ -1,5 +1,6 @@
 #include "network/host_search.h"
 
+#include "network/avahi_client.h"
 #include "process/failure.h"
 
 #include <base/address.h>
@@ -7,13 +8,16 @@
 #include <robaxi/kv_broker.h>
 
 #include <boost/algorithm/string/case_conv.hpp>
-#include <boost/algorithm/string/predicate.hpp>
 
+#include <address_queries.h>
 #include <algorithm>
 #include <locale>
 #include <memory>
+#include <utility>
 
 namespace robaxi_tool {
+
+using KV::bonjour::isLocalName;
 
 namespace {
 
@@ -41,11 +45,6 @@ std::string lowerCase(const std::string& text) {
     return boost::algorithm::to_lower_copy(text, std::locale::classic());
 }
 
-bool isLocalName(const std::string& host) {
-    const std::string suffix = ".local";
-    return host.size() > suffix.size() && boost::iends_with(host, suffix, std::locale::classic());
-}
-
 bool isAskedOfTheNetwork(const std::string& host) {
     return isLocalName(host) || host.find('.') == std::string::npos;
 }
@@ -65,10 +64,13 @@ class HostSearch {
           fStart(Clock::now()),
           fEnd(fStart + longestSearch(target, timeout)),
           fNames(candidateNames(target.fHost)),
-          fAnnounced(fBell) {
+          fAnnounced(fBell, AnnouncedHosts::Addresses::LeftOut) {
         for (const std::string& name : fNames) {
+            if (isLocalName(name)) {
+                xAskAvahi(name);
+            }
             startLookup(fLookups, name, [this, name](const std::vector<std::string>& addresses) {
-                xSetAddresses(name, addresses);
+                xSetFound(name, &Addresses::fOfSystem, addresses);
             });
         }
         fLookups.start([this, instance = target.fHost]() -> base::Lookups::Answer {
@@ -129,10 +131,21 @@ class HostSearch {
             "The Avahi daemon does not answer. Restart the service \"avahi-daemon\".");
     }
 
+    /** Addresses of a name, once they have been looked up. */
+    struct Addresses {
+        bool fIsAvahiAsked = false;  ///< and has not answered
+        std::optional<std::vector<std::string>> fOfAvahi;
+        std::optional<std::vector<std::string>> fOfSystem;
+
+        std::vector<std::string> known() const {
+            return fOfAvahi && !fOfAvahi->empty() ? *fOfAvahi
+                                                  : fOfSystem.value_or(std::vector<std::string>());
+        }
+    };
+
     /** Names of the local network are excluded: there is no answer for a name that no host has. */
     bool xIsResolverSilent() const {
-        const std::lock_guard lock(fMutex);
-        return !isLocalName(fTarget.fHost) && fAddresses.count(fTarget.fHost) == 0;
+        return !isLocalName(fTarget.fHost) && !xAddresses(fTarget.fHost).fOfSystem;
     }
 
     void xSetInstance(const std::optional<ServiceLocation>& location) {
@@ -140,15 +153,42 @@ class HostSearch {
             const std::lock_guard lock(fMutex);
             fInstance = location;
         }
+        if (location) {
+            xAskAvahi(location->fHostName);
+        }
         fBell.ring();
     }
 
-    void xSetAddresses(const std::string& name, const std::vector<std::string>& addresses) {
+    void xAskAvahi(const std::string& name) {
         {
             const std::lock_guard lock(fMutex);
-            fAddresses[name] = addresses;
+            Addresses& addresses = fAddresses[lowerCase(name)];
+            if (addresses.fIsAvahiAsked || addresses.fOfAvahi) {
+                return;
+            }
+            addresses.fIsAvahiAsked = true;
+        }
+        fQueries.start(name, [this, name](const std::vector<std::string>& addresses) {
+            xSetFound(name, &Addresses::fOfAvahi, addresses);
+        });
+    }
+
+    void xSetFound(const std::string& name,
+                   std::optional<std::vector<std::string>> Addresses::*source,
+                   const std::vector<std::string>& addresses) {
+        {
+            const std::lock_guard lock(fMutex);
+            Addresses& found = fAddresses[lowerCase(name)];
+            found.*source = addresses;
+            found.fIsAvahiAsked = found.fIsAvahiAsked && !found.fOfAvahi;
         }
         fBell.ring();
+    }
+
+    Addresses xAddresses(const std::string& name) const {
+        const std::lock_guard lock(fMutex);
+        const auto found = fAddresses.find(lowerCase(name));
+        return found == fAddresses.end() ? Addresses() : found->second;
     }
 
     SearchState xState() const {
@@ -157,18 +197,23 @@ class HostSearch {
         state.fElapsed = now - fStart;
         state.fIsOver = now >= fEnd;
         state.fMayBeAnnounced = fAnnounced.startError().value_or(std::string()).empty();
+        xSetResolved(state);
         xSetAnnounced(state);
-        const std::lock_guard lock(fMutex);
-        state.fLookUpsEnded = fAddresses.size() == fNames.size();
+        return state;
+    }
+
+    void xSetResolved(SearchState& state) const {
+        state.fLookUpsEnded = true;
         for (const std::string& name : fNames) {
-            const auto found = fAddresses.find(name);
-            if (found != fAddresses.end() && !found->second.empty() && !state.fResolved) {
-                state.fResolved = name;
-                state.fIsThisComputer =
-                    std::all_of(found->second.begin(), found->second.end(), base::isLoopback);
+            const Addresses addresses = xAddresses(name);
+            const std::vector<std::string> known = addresses.known();
+            state.fLookUpsEnded = state.fLookUpsEnded && addresses.fOfSystem;
+            if (!known.empty() && !state.fResolved) {
+                state.fResolved = Endpoint{name, KVBroker::a_defaultPort, known};
+                state.fIsAddressAsked = addresses.fIsAvahiAsked;
+                state.fIsThisComputer = std::all_of(known.begin(), known.end(), base::isLoopback);
             }
         }
-        return state;
     }
 
     std::optional<ServiceLocation> xInstance() const {
@@ -179,22 +224,18 @@ class HostSearch {
     void xSetAnnounced(SearchState& state) const {
         const auto hosts = fAnnounced.hosts();
         if (const auto location = xInstance()) {
-            state.fAnnounced = Endpoint{location->fHostName, location->fPort, {}};
+            state.fAnnounced = Endpoint{location->fHostName, location->fPort};
         }
         for (const std::string& name : fNames) {
             const auto found = hosts.find(lowerCase(name));
             if (!state.fAnnounced && found != hosts.end() && !found->second.ports().empty()) {
-                state.fAnnounced =
-                    Endpoint{found->second.fHostName, found->second.ports().front(), {}};
+                state.fAnnounced = Endpoint{found->second.fHostName, found->second.ports().front()};
             }
         }
-        if (!state.fAnnounced) {
-            return;
-        }
-        const auto host = hosts.find(lowerCase(state.fAnnounced->fHost));
-        state.fIsAddressAsked = host == hosts.end() || !host->second.fLookedUp;
-        if (!state.fIsAddressAsked && host->second.fIsAddressOfAvahi) {
-            state.fAnnounced->fAddress = host->second.fAddresses.front();
+        if (state.fAnnounced) {
+            const Addresses addresses = xAddresses(state.fAnnounced->fHost);
+            state.fAnnounced->fAddresses = addresses.known();
+            state.fIsAddressAsked = addresses.fIsAvahiAsked;
         }
     }
 
@@ -204,32 +245,32 @@ class HostSearch {
     Clock::time_point fEnd;
     std::vector<std::string> fNames;
     mutable std::mutex fMutex;
-    std::map<std::string, std::vector<std::string>> fAddresses;  ///< by the names looked up
+    std::map<std::string, Addresses> fAddresses;  ///< by the names in lower case
     AnnouncedHosts fAnnounced;
     std::optional<ServiceLocation> fInstance;  ///< of the service with the host's name
-    // Destroyed first, since its answers use the other members.
+    // Destroyed first, since their answers use the other members, and those of fLookups fQueries.
+    KV::bonjour::AddressQueries fQueries;
     base::Lookups fLookups{a_mostLookups};
 };
 
 }  // namespace
 
 SearchDecision decide(const Target& target, const SearchState& state) {
-    const int portWithout = KVBroker::a_defaultPort;
+    const auto found = [&target](Endpoint endpoint) {
+        endpoint.fPort = target.fPort.value_or(endpoint.fPort);
+        return SearchDecision{Kind::Found, std::move(endpoint)};
+    };
+    const bool isPatient = state.fElapsed < a_patienceWhenResolved;
     if (state.fAnnounced) {
         // Without an address of the system's resolver, the name alone is not sufficient.
-        const bool isNameSufficient = state.fResolved && state.fElapsed >= a_patienceWhenResolved;
-        if (state.fIsAddressAsked && !isNameSufficient && !state.fIsOver) {
-            return {};
-        }
-        Endpoint endpoint = *state.fAnnounced;
-        endpoint.fPort = target.fPort.value_or(endpoint.fPort);
-        return {Kind::Found, endpoint};
+        const bool isSufficient = !state.fAnnounced->fAddresses.empty() && !isPatient;
+        const bool waits = state.fIsAddressAsked && !isSufficient && !state.fIsOver;
+        return waits ? SearchDecision() : found(*state.fAnnounced);
     }
-    const bool worthWaiting = state.fMayBeAnnounced && !target.fPort && !state.fIsThisComputer &&
-                              isAskedOfTheNetwork(target.fHost) &&
-                              state.fElapsed < a_patienceWhenResolved;
-    if (state.fResolved && !worthWaiting) {
-        return {Kind::Found, {*state.fResolved, target.fPort.value_or(portWithout), {}}};
+    const bool mayBeAnnounced = state.fMayBeAnnounced && !target.fPort && !state.fIsThisComputer &&
+                                isAskedOfTheNetwork(target.fHost);
+    if (state.fResolved && !(isPatient && (mayBeAnnounced || state.fIsAddressAsked))) {
+        return found(*state.fResolved);
     }
     const bool hopeless = !state.fMayBeAnnounced || state.fElapsed >= a_patience;
     if (state.fLookUpsEnded && !state.fResolved && hopeless) {
@@ -239,8 +280,8 @@ SearchDecision decide(const Target& target, const SearchState& state) {
 }
 
 Endpoint findHost(const Target& target, int timeout, Interruption& interruption) {
-    if (isAddress(target.fHost)) {
-        return {target.fHost, target.fPort.value_or(KVBroker::a_defaultPort), {}};
+    if (base::isAddress(target.fHost)) {
+        return {target.fHost, target.fPort.value_or(KVBroker::a_defaultPort)};
     }
     return HostSearch(target, timeout, interruption).find();
 }

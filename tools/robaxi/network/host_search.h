@@ -2,7 +2,6 @@
 #define OBVISTA_TOOLS_ROBAXI_NETWORK_HOST_SEARCH_H
 
 #include "network/announced_hosts.h"
-#include "network/avahi_client.h"
 #include "network/target.h"
 #include "process/bell.h"
 
@@ -17,22 +16,19 @@ namespace robaxi_tool {
 struct Endpoint {
     std::string fHost;  ///< an address, or a name that resolves
     int fPort = 0;
-    std::string fAddress;  ///< the name's address from Avahi; empty if there is none
-
-    /** Returns the host to connect to. With Avahi's address, no DNS server is involved. */
-    const std::string& reachableHost() const { return fAddress.empty() ? fHost : fAddress; }
+    std::vector<std::string> fAddresses{};  ///< numeric ones of a name, as far as they are known
 };
 
 /** State of a search for a name. */
 struct SearchState {
     /** Location according to the announcements. */
     std::optional<Endpoint> fAnnounced;
-    /** True while Avahi looks up the address of fAnnounced. */
-    bool fIsAddressAsked = false;
     /** True if announcements are received, or may soon be. */
     bool fMayBeAnnounced = true;
-    /** The name, possibly with ".local", after it has resolved. */
-    std::optional<std::string> fResolved;
+    /** The name, possibly with ".local", after it has resolved; with the middleware's port. */
+    std::optional<Endpoint> fResolved;
+    /** True while Avahi looks up the addresses of fAnnounced; without it, of fResolved. */
+    bool fIsAddressAsked = false;
     /** True if it resolved to this computer only. */
     bool fIsThisComputer = false;
     bool fLookUpsEnded = false;
@@ -50,9 +46,10 @@ struct SearchDecision {
 };
 
 /**
- * Prefers announcements to host names, since they contain the port, and Avahi's address to that of
- * the system's resolver, which may wait for a DNS server. A name that resolves waits half a second
- * for them; with a port of the user, it does not wait for an announcement.
+ * Prefers announcements to host names, since they contain the port, and Avahi's addresses to those
+ * of the system's resolver, which may wait for a DNS server and omits IPv6 addresses of the local
+ * network. A name that resolves waits half a second for them; with a port of the user, it does not
+ * wait for an announcement.
  */
 SearchDecision decide(const Target& target, const SearchState& state);
 

@@ -3,8 +3,6 @@
 #include "network/aliases.h"
 #include "process/failure.h"
 
-#include <base/address.h>
-
 #include <memory>
 
 namespace robaxi_tool {
@@ -15,7 +13,8 @@ namespace {
 std::shared_ptr<KVConnection> connect(const boost::shared_ptr<KVBroker>& broker,
                                       const Endpoint& endpoint, int timeout) {
     try {
-        return KVConnection::open(broker, endpoint.reachableHost(), endpoint.fPort, timeout);
+        return KVConnection::open(broker, endpoint.fHost, endpoint.fPort, timeout,
+                                  endpoint.fAddresses);
     } catch (const KVError& error) {
         if (error.cause() == KVError::Cause::InvalidArgument) {
             throw Failure(ExitStatus::WrongUsage, error.toString());
@@ -26,14 +25,7 @@ std::shared_ptr<KVConnection> connect(const boost::shared_ptr<KVBroker>& broker,
 
 }  // namespace
 
-boost::shared_ptr<KVBroker> makeBroker(KVSettings settings, const Endpoint& endpoint) {
-    if (!endpoint.fAddress.empty()) {
-        KVSettings::Access access = settings.accessTo(endpoint.fHost, endpoint.fPort);
-        if (access.fName.empty()) {
-            access.fName = endpoint.fHost;
-        }
-        settings.fRobots[base::hostAndPort(endpoint.fAddress, endpoint.fPort)] = access;
-    }
+boost::shared_ptr<KVBroker> makeBroker(const KVSettings& settings) {
     return KVBroker::createBroker({"robaxi", "", 0, settings});
 }
 
@@ -54,13 +46,14 @@ RobotLink::RobotLink(const std::string& host, int timeout, Interruption& interru
 RobotLink::RobotLink(const KVSettings& settings, const Endpoint& endpoint, int timeout)
     : fTimeout(timeout),
       fEndpoint(endpoint),
-      fBroker(makeBroker(settings, endpoint)),
+      fBroker(makeBroker(settings)),
       fConnection(connect(fBroker, endpoint, timeout)) {
 }
 
 std::unique_ptr<KVProxy> RobotLink::module(const std::string& name) const {
-    return std::make_unique<KVProxy>(name, fEndpoint.reachableHost(), fEndpoint.fPort, fBroker,
-                                     fTimeout, 0);
+    auto proxy = std::make_unique<KVProxy>(name, fConnection, fTimeout);
+    proxy->getInfo();  // fails if there is no such module
+    return proxy;
 }
 
 }  // namespace robaxi_tool

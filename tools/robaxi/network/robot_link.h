@@ -20,13 +20,8 @@ namespace robaxi_tool {
  */
 KVSettings loadSettings();
 
-/**
- * Creates the program's broker for a robot; it does not listen.
- *
- * @param settings the user's; settings for the robot's name apply to Avahi's address, too
- * @throws KVError
- */
-boost::shared_ptr<KVBroker> makeBroker(KVSettings settings, const Endpoint& endpoint);
+/** Creates the program's broker; it does not listen. @throws KVError */
+boost::shared_ptr<KVBroker> makeBroker(const KVSettings& settings);
 
 /** A robot that was found and connected to; every command that contacts one begins with this. */
 class RobotLink {

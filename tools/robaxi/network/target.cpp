@@ -25,7 +25,7 @@ int parsePort(const std::string& text) {
 Target parseBracketed(const std::string& text) {
     const std::size_t end = text.find(']');
     const std::string host = text.substr(1, end == std::string::npos ? end : end - 1);
-    if (end == std::string::npos || !isAddress(host) || host.find(':') == std::string::npos) {
+    if (end == std::string::npos || !base::isAddress(host) || host.find(':') == std::string::npos) {
         throw UsageError("'" + text + "' is not an IPv6 address in brackets");
     }
     const std::string rest = text.substr(end + 1);
@@ -40,7 +40,7 @@ Target parseBracketed(const std::string& text) {
 
 Target parseUnbracketed(const std::string& text) {
     const std::size_t colon = text.find(':');
-    if (colon == std::string::npos || isAddress(text)) {
+    if (colon == std::string::npos || base::isAddress(text)) {
         return {text, std::nullopt};
     }
     if (text.find(':', colon + 1) != std::string::npos) {
@@ -59,10 +59,6 @@ Target parseTarget(const std::string& text) {
         throw UsageError("HOST must have 1 to 255 bytes");
     }
     return target;
-}
-
-bool isAddress(const std::string& host) {
-    return base::isIPv4(host) || base::isIPv6(host.substr(0, host.find('%')));
 }
 
 }  // namespace robaxi_tool

@@ -19,12 +19,6 @@ struct Target {
  */
 Target parseTarget(const std::string& text);
 
-/**
- * Returns true for an IPv4 or IPv6 address, the latter possibly with its interface
- * ("fe80::1%eth0").
- */
-bool isAddress(const std::string& host);
-
 }  // namespace robaxi_tool
 
 #endif

@@ -172,11 +172,11 @@ void RobotRecorder::start(RecordingSink& sink, const std::string& name) {
 
 /** Writes what is known about the robot at the beginning of each file. The icon follows. */
 void RobotRecorder::xDescribe() {
-    const Endpoint& endpoint = fLink->endpoint();
+    const std::string address = fLink->connection()->getAddress();
     fSink->addMetadata(
-        robot_recording::robotMetadata({fName, fHost, endpoint.reachableHost(), endpoint.fPort}));
-    fIcon = std::make_unique<download::RobotIconDownload>(
-        endpoint.reachableHost(), robot_recording::a_iconTimeout, [this] { fBell.ring(); });
+        robot_recording::robotMetadata({fName, fHost, address, fLink->endpoint().fPort}));
+    fIcon = std::make_unique<download::RobotIconDownload>(address, robot_recording::a_iconTimeout,
+                                                          [this] { fBell.ring(); });
 }
 
 void RobotRecorder::xSubscribe() {

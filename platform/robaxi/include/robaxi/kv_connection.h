@@ -51,6 +51,20 @@ class ROBAXI_EXPORT KVConnection {
                                               const std::string& ip, int port, double timeOut);
 
     /**
+     * Connects to a robot whose addresses are known, for instance from its announcement. They are
+     * tried one after the other, 250 ms apart, IPv4 and IPv6 in turn, eight at most; the first one
+     * that answers is used. The same applies to the addresses of a name, without this list.
+     *
+     * @param ip address or host name, for which no lookup is made if there are addresses: settings
+     *        and certificate are for it, wherever the robot is found, and errors name it
+     * @param addresses numeric, IPv6 link-local ones with their interface: "fe80::1%eth0"
+     * @throws KVError as above; the text also names the addresses that were tried
+     */
+    static std::shared_ptr<KVConnection> open(boost::shared_ptr<KVBroker> broker,
+                                              const std::string& ip, int port, double timeOut,
+                                              const std::vector<std::string>& addresses);
+
+    /**
      * Closes the connection without calling the lost handler. Returns when none of its callbacks is
      * running, except one from which it is called.
      */
@@ -59,6 +73,7 @@ class ROBAXI_EXPORT KVConnection {
     KVConnection& operator=(const KVConnection&) = delete;
 
     const std::string& getIP() const;  ///< Returns the address as it was given.
+    std::string getAddress() const;    ///< Returns the numeric address at which the robot is.
     int getPort() const;               ///< Returns the port of the peer.
     /** Returns the name that the broker at the other end reports. */
     std::string getPeerName() const;

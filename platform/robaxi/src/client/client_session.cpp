@@ -60,12 +60,12 @@ void setCallId(v1::ClientMessage& message, std::uint64_t callId) {
 
 }  // namespace
 
-ClientSession::ClientSession(std::shared_ptr<Runtime> runtime, const std::string& address, int port,
+ClientSession::ClientSession(std::shared_ptr<Runtime> runtime, const Place& place,
                              Deadline deadline)
     : fRuntime(std::move(runtime)),
       fLimits(fRuntime->fSettings.fLimits),
-      fSecurity(fRuntime->fSettings.accessTo(address, port), address),
-      fListener(findListener(resolve(address, port, deadline), deadline)),
+      fSecurity(fRuntime->fSettings.accessTo(place.fHost, place.fPort), place.fHost),
+      fListener(findListener(place.fHost, place.fPort, place.fAddresses, deadline)),
       fOut(fLimits.fMessage),
       fAssembler(fLimits.fMessage),
       fHeard(Clock::now()),
@@ -532,6 +532,11 @@ double ClientSession::silence() const {
 std::optional<Failure> ClientSession::loss() const {
     const std::lock_guard lock(fMutex);
     return fLoss;
+}
+
+bool ClientSession::isAt(const std::string& address) const {
+    const std::vector<SocketAddress> parsed = parseAddresses({address}, fListener.port());
+    return !parsed.empty() && parsed.front().host() == fListener.host();
 }
 
 std::string ClientSession::peerName() const {

@@ -36,8 +36,7 @@ class ClientSession : public Link,
                       private ClientTransport::Owner {
   public:
     /** Connects and sends the hello. @throws Failure */
-    ClientSession(std::shared_ptr<Runtime> runtime, const std::string& address, int port,
-                  Deadline deadline);
+    ClientSession(std::shared_ptr<Runtime> runtime, const Place& place, Deadline deadline);
     ~ClientSession() override;
     ClientSession(const ClientSession&) = delete;
     ClientSession& operator=(const ClientSession&) = delete;
@@ -57,6 +56,8 @@ class ClientSession : public Link,
     bool isSilent() const override { return fIsSilent; }
     double silence() const override;
 
+    std::string address() const override { return fListener.host(); }
+    bool isAt(const std::string& address) const override;
     std::string peerName() const override;
     double roundTrip() const override { return fRoundTrip; }
 

@@ -55,14 +55,22 @@ void SocketAddress::setPort(int port) {
     }
 }
 
-std::string SocketAddress::toString() const {
+std::string SocketAddress::host() const {
     char host[NI_MAXHOST];
-    char port[NI_MAXSERV];
-    if (::getnameinfo(raw(), fLength, host, sizeof host, port, sizeof port,
-                      NI_NUMERICHOST | NI_NUMERICSERV) != 0) {
+    if (::getnameinfo(raw(), fLength, host, sizeof host, nullptr, 0, NI_NUMERICHOST) != 0) {
         throw Failure{KVError::Cause::Internal, "an address that cannot be written as text"};
     }
-    return base::hostAndPort(host, std::stoi(port));
+    return host;
+}
+
+int SocketAddress::port() const {
+    return ntohs(fStorage.ss_family == AF_INET
+                     ? reinterpret_cast<const sockaddr_in*>(&fStorage)->sin_port
+                     : reinterpret_cast<const sockaddr_in6*>(&fStorage)->sin6_port);
+}
+
+std::string SocketAddress::toString() const {
+    return base::hostAndPort(host(), port());
 }
 
 std::string SocketAddress::toTarget() const {
@@ -89,6 +97,15 @@ std::vector<SocketAddress> resolve(const std::string& host, int port, Deadline d
         throw Failure{KVError::Cause::NameNotFound, ::gai_strerror(found->fStatus)};
     }
     return found->fAddresses;
+}
+
+std::vector<SocketAddress> parseAddresses(const std::vector<std::string>& addresses, int port) {
+    std::vector<SocketAddress> parsed;
+    for (const std::string& address : addresses) {
+        const LookUp found = lookUp(address, std::to_string(port), AI_NUMERICHOST);
+        parsed.insert(parsed.end(), found.fAddresses.begin(), found.fAddresses.end());
+    }
+    return parsed;
 }
 
 }  // namespace robaxi

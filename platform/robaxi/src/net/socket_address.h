@@ -18,6 +18,9 @@ struct SocketAddress {
 
     const sockaddr* raw() const;
     void setPort(int port);
+    int port() const;
+    /** Returns the address without the port: "127.0.0.1", "fe80::1%eth0". */
+    std::string host() const;
     /** "127.0.0.1:9559" or "[::1]:9559". */
     std::string toString() const;
     /** Returns the address in gRPC's form, which needs no lookup: "ipv4:127.0.0.1:9559". */
@@ -35,6 +38,11 @@ struct SocketAddress {
 std::vector<SocketAddress> resolve(const std::string& host, int port, Deadline deadline);
 
 /**
+ * Parses numeric addresses. One on an interface that does not exist (any more) is left out.
+ */
+std::vector<SocketAddress> parseAddresses(const std::vector<std::string>& addresses, int port);
+
+/**
  * Listens on all addresses that a host name or a numeric address has on this machine, or on every
  * address of the machine, IPv4 and IPv6, if `host` is empty or "0.0.0.0".
  *
@@ -49,14 +57,20 @@ std::vector<base::FileDescriptor> listenOn(const std::string& host, int port, De
 int portOf(const base::FileDescriptor& listening);
 
 /**
- * Finds an address on which something listens, by connecting to all of them at once.
+ * Finds an address of a host on which something listens: connects to one after the other (RFC
+ * 8305), to IPv4 and IPv6 addresses in turn, to the next one after limits::a_betweenAddresses or
+ * when an attempt has failed. At most limits::a_mostAddresses of them are tried.
  *
- * gRPC reports every failure to connect alike; the sockets distinguish them.
+ * gRPC reports every failure to connect alike, and tries one address after the other; the sockets
+ * do neither.
  *
- * @return the first one that accepted the connection
- * @throws Failure Refused, NoRoute, TimedOut
+ * @param addresses numeric ones to try; if there are none, those of `host`
+ * @return the first one that accepted the connection; all connections are closed
+ * @throws Failure NameNotFound; Refused, NoRoute or TimedOut with a detail that names the tried
+ *         addresses unless `host` is one
  */
-SocketAddress findListener(const std::vector<SocketAddress>& addresses, Deadline deadline);
+SocketAddress findListener(const std::string& host, int port,
+                           const std::vector<std::string>& addresses, Deadline deadline);
 
 }  // namespace robaxi
 

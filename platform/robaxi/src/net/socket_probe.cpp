@@ -1,14 +1,19 @@
 #include "failure.h"
 #include "net/connect_attempt.h"
 #include "net/socket_address.h"
+#include "wire/limits.h"
 
 #include <base/file_descriptor.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
+#include <deque>
 #include <netinet/in.h>
 #include <poll.h>
+#include <set>
+#include <string>
 #include <system_error>
 
 namespace robaxi {
@@ -26,26 +31,87 @@ Failure connectFailure(int error) {
         case ECONNREFUSED:
             return {KVError::Cause::Refused, {}};
         case ETIMEDOUT:
+        case EINPROGRESS:
             return {KVError::Cause::TimedOut, {}};
         default:
             return {KVError::Cause::NoRoute, errorText(error)};
     }
 }
 
-void waitForOutcomes(std::vector<ConnectAttempt>& attempts, Deadline deadline) {
+/** Returns the distinct addresses in the order of the attempts. */
+std::vector<SocketAddress> inOrderOfAttempts(const std::vector<SocketAddress>& addresses) {
+    std::set<std::string> seen;
+    std::deque<SocketAddress> preferred;
+    std::deque<SocketAddress> others;
+    for (const SocketAddress& address : addresses) {
+        const bool isPreferred = address.fStorage.ss_family == addresses.front().fStorage.ss_family;
+        if (seen.insert(address.toString()).second) {
+            (isPreferred ? preferred : others).push_back(address);
+        }
+    }
+    std::vector<SocketAddress> ordered;
+    while (!preferred.empty() || !others.empty()) {
+        for (std::deque<SocketAddress>* const family : {&preferred, &others}) {
+            if (!family->empty() && ordered.size() < limits::a_mostAddresses) {
+                ordered.push_back(family->front());
+            }
+            if (!family->empty()) {
+                family->pop_front();
+            }
+        }
+    }
+    return ordered;
+}
+
+/** Returns "A", "A and B" or "A, B and C". */
+std::string listed(const std::vector<ConnectAttempt>& attempts) {
+    std::string text;
+    for (std::size_t i = 0; i < attempts.size(); ++i) {
+        const char* const separator = i == 0 ? "" : i + 1 == attempts.size() ? " and " : ", ";
+        text += separator + attempts[i].address().host();
+    }
+    return text;
+}
+
+/**
+ * Returns the failure of attempts of which none succeeded: a refusal rather than silence, since
+ * the host is there, and silence rather than a missing route.
+ */
+Failure failureOf(const std::string& host, const std::vector<ConnectAttempt>& attempts) {
+    if (attempts.empty()) {
+        return connectFailure(EHOSTUNREACH);
+    }
+    const auto rank = [](const ConnectAttempt& attempt) {
+        const KVError::Cause cause = connectFailure(attempt.error()).fCause;
+        return cause == KVError::Cause::Refused ? 0 : cause == KVError::Cause::TimedOut ? 1 : 2;
+    };
+    Failure failure = connectFailure(
+        std::min_element(attempts.begin(), attempts.end(), [&](const auto& a, const auto& b) {
+            return rank(a) < rank(b);
+        })->error());
+    const std::string tried = listed(attempts);
+    if (tried != host) {
+        failure.fDetail += (failure.fDetail.empty() ? "tried " : "; tried ") + tried;
+    }
+    return failure;
+}
+
+/** Returns false if there is no outcome in time. */
+bool waitForOutcomes(std::vector<ConnectAttempt>& attempts, Deadline deadline) {
     std::vector<pollfd> polled;
     polled.reserve(attempts.size());
     for (const ConnectAttempt& attempt : attempts) {
         polled.push_back(attempt.toPoll());
     }
     if (::poll(polled.data(), polled.size(), millisecondsUntil(deadline)) <= 0) {
-        return;
+        return false;
     }
     for (std::size_t i = 0; i < polled.size(); ++i) {
         if (polled[i].revents != 0) {
             attempts[i].readOutcome();
         }
     }
+    return true;
 }
 
 bool hasIpv6() {
@@ -92,40 +158,46 @@ std::vector<base::FileDescriptor> listenOnAll(std::vector<SocketAddress> address
 
 }  // namespace
 
-SocketAddress findListener(const std::vector<SocketAddress>& addresses, Deadline deadline) {
+SocketAddress findListener(const std::string& host, int port,
+                           const std::vector<std::string>& addresses, Deadline deadline) {
+    const std::vector<SocketAddress> ordered = inOrderOfAttempts(
+        addresses.empty() ? resolve(host, port, deadline) : parseAddresses(addresses, port));
     std::vector<ConnectAttempt> attempts;
-    attempts.reserve(addresses.size());
-    for (const SocketAddress& address : addresses) {
-        attempts.emplace_back(address);
-    }
+    attempts.reserve(ordered.size());
+    Clock::time_point next = Clock::now();
     while (true) {
         for (const ConnectAttempt& attempt : attempts) {
             if (attempt.isConnected()) {
                 return attempt.address();
             }
         }
-        const bool pending =
+        const bool hasFailed = attempts.empty() || !attempts.back().isPending();
+        const bool hasMore = attempts.size() < ordered.size();
+        if (hasMore && (hasFailed || Clock::now() >= next)) {
+            // A thread that was held up looks first whether an attempt has succeeded.
+            if (waitForOutcomes(attempts, Clock::now())) {
+                continue;
+            }
+            attempts.emplace_back(ordered[attempts.size()]);
+            next = Clock::now() + limits::a_betweenAddresses;
+            continue;
+        }
+        const bool isPending =
             std::any_of(attempts.begin(), attempts.end(),
                         [](const ConnectAttempt& each) { return each.isPending(); });
-        if (!pending) {
-            // The first address is the one preferred by the system, so its outcome is the most
-            // informative.
-            throw connectFailure(attempts.empty() ? EHOSTUNREACH : attempts.front().error());
+        if (!isPending || Clock::now() >= deadline) {
+            throw failureOf(host, attempts);
         }
-        if (Clock::now() >= deadline) {
-            throw Failure{KVError::Cause::TimedOut, {}};
-        }
-        waitForOutcomes(attempts, deadline);
+        waitForOutcomes(attempts, hasMore ? std::min(next, deadline) : deadline);
     }
 }
 
 int portOf(const base::FileDescriptor& listening) {
-    sockaddr_storage address{};
-    socklen_t length = sizeof address;
-    ::getsockname(listening.get(), reinterpret_cast<sockaddr*>(&address), &length);
-    return address.ss_family == AF_INET
-               ? ntohs(reinterpret_cast<const sockaddr_in*>(&address)->sin_port)
-               : ntohs(reinterpret_cast<const sockaddr_in6*>(&address)->sin6_port);
+    SocketAddress address;
+    address.fLength = sizeof address.fStorage;
+    ::getsockname(listening.get(), reinterpret_cast<sockaddr*>(&address.fStorage),
+                  &address.fLength);
+    return address.port();
 }
 
 std::vector<base::FileDescriptor> listenOn(const std::string& host, int port, Deadline deadline) {

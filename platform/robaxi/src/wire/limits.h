@@ -65,6 +65,10 @@ inline std::chrono::milliseconds timeOutOfTransport(const KVSettings::Limits& li
 /** Minimum number of heartbeats that a client sends during the robot's time-out for it. */
 constexpr int a_heartbeatsInSilence = 4;
 
+/** Addresses of one host that are tried, and the time between two attempts (RFC 8305). */
+constexpr std::size_t a_mostAddresses = 8;
+constexpr std::chrono::milliseconds a_betweenAddresses{250};
+
 /** Maximum time that the destructor of a link waits until posted calls are sent. */
 constexpr std::chrono::milliseconds a_timeToSendTheRest{500};
 

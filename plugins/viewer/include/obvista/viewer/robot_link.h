@@ -75,8 +75,10 @@ class OBVISTA_VIEWER_EXPORT RobotLink {
      * user accepts another robot in the place of one that was lost; the address and the port also
      * do when a robot returns elsewhere. */
     const std::string& robotName() const { return fRobotName; }
-    const std::string& address() const { return fAddress; }  ///< Address as it was given
-    int port() const { return fPort; }                       ///< Port of the robot
+    /** Address or name as it was given; for an address, the current one of a robot that has
+     *  returned. */
+    const std::string& address() const { return fAddress; }
+    int port() const { return fPort; }  ///< Port of the robot
 
     /**
      * Ends the connection and gives notice of it. Does nothing if it is closed already. Returns
@@ -148,6 +150,7 @@ class OBVISTA_VIEWER_EXPORT RobotLink {
     void xListenForLoss();
 
     boost::shared_ptr<KVBroker> fBroker;
+    std::string fHost;  ///< as it was given
     std::string fAddress;
     int fPort;
     std::string fRobotName;
