@@ -199,7 +199,7 @@ def _find(host: str, port: Optional[int], deadline: Deadline) -> Target:
 def _look_up(host: str, deadline: Deadline) -> Sequence[str]:
     """The addresses that Avahi knows: unlike the system's resolver it waits for no DNS server, and
     reports those of all interfaces and of both families."""
-    return discovery.look_up(host, min(0.5, deadline.left())) if "." in host else ()
+    return discovery.look_up(host, min(0.5, deadline.left() / 2)) if "." in host else ()
 
 
 def _find_announced(host: str, port: Optional[int], deadline: Deadline) -> Optional[Target]:

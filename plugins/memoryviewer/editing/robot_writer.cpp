@@ -1,9 +1,7 @@
 #include "editing/robot_writer.h"
 
-#include <robaxi/kv_broker.h>
+#include <robaxi/kv_error.h>
 #include <robaxi/kv_proxy.h>
-
-#include <utility>
 
 namespace memoryviewer {
 
@@ -14,9 +12,8 @@ constexpr char a_method[] = "setData";
 
 }  // namespace
 
-RobotWriter::RobotWriter(boost::shared_ptr<KVBroker> broker, std::string address, int port,
-                         int timeOut)
-    : fBroker(std::move(broker)), fAddress(std::move(address)), fPort(port), fTimeOut(timeOut) {
+RobotWriter::RobotWriter(const std::shared_ptr<KVConnection>& connection, double timeOut)
+    : fConnection(connection), fTimeOut(timeOut) {
 }
 
 RobotWriter::~RobotWriter() = default;
@@ -28,28 +25,20 @@ void RobotWriter::write(const std::string& key, const KVValue& value) {
 void RobotWriter::cancel() {
     const std::lock_guard<std::mutex> lock(fMutex);
     fIsCancelled = true;
-    if (fProxy) {
-        fProxy->cancel();
+    if (const auto proxy = fProxy.lock()) {
+        proxy->close();
     }
 }
 
-/** Connecting takes time, so it is done without the lock, for which cancel() waits. */
 std::shared_ptr<KVProxy> RobotWriter::xProxy() {
-    const auto throwIfCancelled = [this] {
-        if (fIsCancelled) {
-            throw KVError(KVError::Cause::Cancelled, "The connection is being closed.");
-        }
-    };
-    std::unique_lock<std::mutex> lock(fMutex);
-    throwIfCancelled();
-    if (!fProxy) {
-        lock.unlock();
-        auto proxy = std::make_shared<KVProxy>(a_module, fAddress, fPort, fBroker, fTimeOut, 0);
-        lock.lock();
-        throwIfCancelled();
-        fProxy = std::move(proxy);
+    const std::shared_ptr<KVConnection> connection = fConnection.lock();
+    const std::lock_guard<std::mutex> lock(fMutex);
+    if (fIsCancelled || !connection) {
+        throw KVError(KVError::Cause::Cancelled, "The connection is being closed.");
     }
-    return fProxy;
+    auto proxy = std::make_shared<KVProxy>(a_module, connection, fTimeOut);
+    fProxy = proxy;
+    return proxy;
 }
 
 }  // namespace memoryviewer

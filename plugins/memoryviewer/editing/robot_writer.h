@@ -3,13 +3,11 @@
 
 #include <robaxi/kv_value.h>
 
-#include <boost/shared_ptr.hpp>
-
 #include <memory>
 #include <mutex>
 #include <string>
 
-class KVBroker;
+class KVConnection;
 class KVProxy;
 
 namespace memoryviewer {
@@ -25,11 +23,11 @@ class ValueWriter {
     virtual void cancel() = 0;
 };
 
-/** Writes values to a robot's memory. It connects for the first write. */
+/** Writes values to a robot's memory over an open connection, which it does not keep open. */
 class RobotWriter : public ValueWriter {
   public:
-    /** @param timeOut seconds, at least 1, for each write */
-    RobotWriter(boost::shared_ptr<KVBroker> broker, std::string address, int port, int timeOut);
+    /** @param timeOut seconds for each write */
+    RobotWriter(const std::shared_ptr<KVConnection>& connection, double timeOut);
     ~RobotWriter() override;
 
     void write(const std::string& key, const KVValue& value) override;
@@ -38,12 +36,10 @@ class RobotWriter : public ValueWriter {
   private:
     std::shared_ptr<KVProxy> xProxy();
 
-    boost::shared_ptr<KVBroker> fBroker;
-    std::string fAddress;
-    int fPort;
-    int fTimeOut;
-    std::mutex fMutex;
-    std::shared_ptr<KVProxy> fProxy;
+    const std::weak_ptr<KVConnection> fConnection;
+    const double fTimeOut;
+    std::mutex fMutex;              // guards the members below
+    std::weak_ptr<KVProxy> fProxy;  // of the write in progress
     bool fIsCancelled = false;
 };
 

@@ -81,7 +81,7 @@ double MemoryLink::roundTrip() const {
 }
 
 std::unique_ptr<ValueWriter> MemoryLink::makeWriter() const {
-    return std::make_unique<RobotWriter>(broker(), address(), port(), a_writeTimeOut);
+    return std::make_unique<RobotWriter>(connection(), a_writeTimeOut);
 }
 
 std::shared_ptr<KVSubscription> MemoryLink::xSubscribe(double rate,

@@ -134,7 +134,8 @@ struct Reconnection::Attempt {
             return fHost;
         }
         for (const std::string& known : {fHost, fPlace.fAddress}) {
-            if (std::find(addresses.begin(), addresses.end(), known) != addresses.end()) {
+            const bool canBe = known == fHost || base::isIPv4(known);
+            if (canBe && std::find(addresses.begin(), addresses.end(), known) != addresses.end()) {
                 return known;
             }
         }

@@ -3,6 +3,7 @@
 #include "editing/robot_writer.h"
 
 #include <robaxi/kv_broker.h>
+#include <robaxi/kv_connection.h>
 #include <robaxi/kv_error.h>
 #include <robaxi/kv_module.h>
 
@@ -95,12 +96,14 @@ class WriteQueueTest : public QObject {
         fQueue->write({a_id, "Key"}, KVValue(before), KVValue(value));
     }
 
-    std::unique_ptr<RobotWriter> xMakeWriter() const {
+    std::unique_ptr<RobotWriter> xMakeWriter() {
         const auto broker = KVBroker::createBroker({"WriteQueueTest"});
-        return std::make_unique<RobotWriter>(broker, "127.0.0.1", fRobot->port(), 5);
+        fConnection = KVConnection::open(broker, "127.0.0.1", fRobot->port(), 5);
+        return std::make_unique<RobotWriter>(fConnection, 5);
     }
 
     std::unique_ptr<Robot> fRobot;
+    std::shared_ptr<KVConnection> fConnection;
     std::unique_ptr<WriteQueue> fQueue;
 };
 

@@ -124,11 +124,13 @@ Finding checkHostName(Examination& examination) {
     } else {
         examination.fAddresses = examination.fEndpoint->fAddresses;
         const std::string addresses = listed(examination.fAddresses);
-        return {Verdict::Problem,
-                "The name " + host + " is announced" +
-                    (addresses.empty() ? "" : " for " + addresses) +
-                    (resolved ? ", but does not resolve." : ", but was not resolved in time."),
-                "See the check 'names'; or use the robot's address."};
+        return {
+            Verdict::Problem,
+            "The name " + host +
+                (examination.announcement() != nullptr ? " is announced" : " is known to Avahi") +
+                (addresses.empty() ? "" : " for " + addresses) +
+                (resolved ? ", but does not resolve." : ", but was not resolved in time."),
+            "See the check 'names'; or use the robot's address."};
     }
     return {Verdict::Good, host + " is " + listed(examination.fAddresses) + '.', {}};
 }

@@ -149,12 +149,13 @@ class HostSearch {
     }
 
     void xSetInstance(const std::optional<ServiceLocation>& location) {
-        {
-            const std::lock_guard lock(fMutex);
-            fInstance = location;
-        }
         if (location) {
             xAskAvahi(location->fHostName);
+        }
+        {
+            // Last: an instance whose addresses nobody asks for is one without addresses.
+            const std::lock_guard lock(fMutex);
+            fInstance = location;
         }
         fBell.ring();
     }
