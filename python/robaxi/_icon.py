@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import asyncio
+import socket
 from typing import Optional
 
 PATH = "/media/buddy.icon"
@@ -22,7 +23,8 @@ class IconServer:
 
     async def start(self, address: str, port: int) -> int:
         """Returns the port. Raises OSError."""
-        self._server = await asyncio.start_server(self._serve, address, port, limit=_LONGEST_HEAD)
+        self._server = await asyncio.start_server(self._serve, limit=_LONGEST_HEAD,
+                                                  sock=_listen(address, port))
         return int(self._server.sockets[0].getsockname()[1])
 
     async def _serve(self, reader: asyncio.StreamReader, writer: asyncio.StreamWriter) -> None:
@@ -58,3 +60,11 @@ class IconServer:
     def close(self) -> None:
         if self._server is not None:
             self._server.close()
+
+
+def _listen(address: str, port: int) -> socket.socket:
+    """Listens on all addresses, those of IPv6, too, for "0.0.0.0", as gRPC does."""
+    if address == "0.0.0.0" and socket.has_dualstack_ipv6():
+        return socket.create_server(("::", port), family=socket.AF_INET6, dualstack_ipv6=True)
+    family = socket.AF_INET6 if ":" in address else socket.AF_INET
+    return socket.create_server((address, port), family=family)

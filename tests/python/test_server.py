@@ -847,15 +847,16 @@ def test_unsafe_settings_are_refused(make_token, make_certificate):
 
 def test_the_icon_is_served(serve):
     icon = (SOURCE / "examples/robot.png").read_bytes()
-    server = serve(icon=icon, http_port=0)
+    server = serve(address="0.0.0.0", icon=icon, http_port=0)
 
-    def get(path, method="GET"):
-        connection = http.client.HTTPConnection("127.0.0.1", server.http_port, timeout=PATIENCE)
+    def get(path, method="GET", host="127.0.0.1"):
+        connection = http.client.HTTPConnection(host, server.http_port, timeout=PATIENCE)
         connection.request(method, path)
         answer = connection.getresponse()
         return answer.status, answer.read()
 
     assert get("//media/buddy.icon") == get("/media/buddy.icon") == (200, icon)
+    assert get("/media/buddy.icon", host="::1") == (200, icon)
     assert get("/media/buddy.icon", "HEAD") == (200, b"")
     assert get("/")[0] == 404
     assert get("/media/buddy.icon", "POST")[0] == 405

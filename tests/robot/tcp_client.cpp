@@ -1,10 +1,10 @@
 #include "tcp_client.h"
 
+#include <boost/asio/ip/tcp.hpp>
+
 #include <algorithm>
-#include <arpa/inet.h>
 #include <array>
 #include <cerrno>
-#include <netinet/in.h>
 #include <poll.h>
 #include <stdexcept>
 #include <sys/socket.h>
@@ -17,12 +17,13 @@ using Clock = std::chrono::steady_clock;
 
 }  // namespace
 
-TcpClient::TcpClient(int port) : fSocket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    sockaddr_in place{};
-    place.sin_family = AF_INET;
-    place.sin_port = htons(static_cast<std::uint16_t>(port));
-    place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (connect(fSocket, reinterpret_cast<const sockaddr*>(&place), sizeof place) != 0) {
+TcpClient::TcpClient(int port) : TcpClient(boost::asio::ip::address_v4::loopback(), port) {
+}
+
+TcpClient::TcpClient(const boost::asio::ip::address& address, int port)
+    : fSocket(socket(address.is_v4() ? AF_INET : AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    const boost::asio::ip::tcp::endpoint place(address, static_cast<std::uint16_t>(port));
+    if (connect(fSocket, place.data(), static_cast<socklen_t>(place.size())) != 0) {
         const int error = errno;
         close(fSocket);
         throw std::system_error(error, std::generic_category(), "connect");

@@ -1,6 +1,8 @@
 #ifndef OBVISTA_TESTS_ROBOT_TCP_CLIENT_H
 #define OBVISTA_TESTS_ROBOT_TCP_CLIENT_H
 
+#include <boost/asio/ip/address.hpp>
+
 #include <chrono>
 #include <optional>
 #include <string>
@@ -10,6 +12,8 @@ class TcpClient {
   public:
     /** @throws std::system_error if nothing listens */
     explicit TcpClient(int port);
+    /** Connects to an address of loopback. @throws std::system_error if nothing listens */
+    TcpClient(const boost::asio::ip::address& address, int port);
     ~TcpClient();
     TcpClient(const TcpClient&) = delete;
     TcpClient& operator=(const TcpClient&) = delete;

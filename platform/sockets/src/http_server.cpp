@@ -5,6 +5,7 @@
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/address.hpp>
 #include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/ip/v6_only.hpp>
 
 #include <algorithm>
 #include <list>
@@ -24,11 +25,20 @@ using boost::asio::ip::tcp;
 
 constexpr std::size_t a_mostConnections = 64;
 
+/** Listens on all addresses, those of IPv6, too, if the address is "0.0.0.0", as a broker does. */
 tcp::acceptor listen(boost::asio::io_context& context, const std::string& address, int port) {
     tcp::acceptor acceptor(context);
-    const tcp::endpoint place(boost::asio::ip::make_address(address),
-                              static_cast<std::uint16_t>(port));
-    acceptor.open(place.protocol());
+    tcp::endpoint place(boost::asio::ip::make_address(address), static_cast<std::uint16_t>(port));
+    boost::system::error_code withoutIpv6;
+    if (place.address() == boost::asio::ip::address_v4::any() &&
+        !acceptor.open(tcp::v6(), withoutIpv6)) {
+        place.address(boost::asio::ip::address_v6::any());
+    } else {
+        acceptor.open(place.protocol());
+    }
+    if (place.address().is_v6()) {
+        acceptor.set_option(boost::asio::ip::v6_only(false));
+    }
     acceptor.set_option(tcp::acceptor::reuse_address(true));
     acceptor.bind(place);
     acceptor.listen();

@@ -19,7 +19,7 @@ class WebServer {
     /**
      * Starts serving.
      *
-     * @param address IPv4 or IPv6
+     * @param address IPv4 or IPv6; "0.0.0.0" for all addresses of both
      * @param icon the icon's bytes; empty for none
      * @throws std::runtime_error if it cannot listen on the address and port
      */

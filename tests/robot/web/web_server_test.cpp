@@ -7,7 +7,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <cstddef>
+#include <iterator>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <memory>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -246,6 +255,44 @@ TEST_F(WebServerTest, aPortInUseIsAnErrorThatNamesItAndSaysWhatToDo) {
         EXPECT_THAT(error.what(), HasSubstr("Address already in use"));
         EXPECT_THAT(error.what(), HasSubstr("--http-port"));
     }
+}
+
+std::string iconFrom(const std::string& address, int port) {
+    TcpClient client(boost::asio::ip::make_address(address), port);
+    client.send("GET /media/buddy.icon HTTP/1.1\r\n\r\n");
+    return client.read().value_or("nothing");
+}
+
+TEST(WebServerOnAllAddresses, isReachedWithIpv4AndIpv6) {
+    const int port = obvista_test::freePort();
+    const WebServer server("0.0.0.0", port, nullptr, a_icon);
+    EXPECT_THAT(iconFrom("127.0.0.1", port), HasSubstr(a_icon));
+    EXPECT_THAT(iconFrom("::1", port), HasSubstr(a_icon));
+}
+
+/** Makes socket() fail for IPv6 on this thread, as in a system that was started without it. */
+bool switchOffIpv6() {
+    sock_filter filter[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_socket, 0, 3),
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args[0])),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, AF_INET6, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EAFNOSUPPORT),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    };
+    const sock_fprog program{std::size(filter), filter};
+    return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+           prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
+}
+
+TEST(WebServerOnAllAddresses, isReachedWithIpv4InASystemWithoutIpv6) {
+    const int port = obvista_test::freePort();
+    std::thread([port] {
+        ASSERT_TRUE(switchOffIpv6());
+        const WebServer server("0.0.0.0", port, nullptr, a_icon);
+        EXPECT_THAT(iconFrom("127.0.0.1", port), HasSubstr(a_icon));
+        EXPECT_THROW(iconFrom("::1", port), std::system_error);
+    }).join();
 }
 
 TEST(WebServerWithoutIcon, answersNotFound) {

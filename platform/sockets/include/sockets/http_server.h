@@ -24,7 +24,7 @@ class HttpServer {
     /**
      * Starts serving.
      *
-     * @param address IPv4 or IPv6
+     * @param address IPv4 or IPv6; "0.0.0.0" for all addresses of both
      * @param warning start of the lines on standard error
      * @throws std::runtime_error if it cannot listen on the address and port
      */
