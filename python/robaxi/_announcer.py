@@ -11,6 +11,7 @@ from .errors import Error
 
 _log = logging.getLogger("robaxi")
 
+_PATIENCE = 5.0  # seconds for an answer of the bus or the daemon
 _RUNNING = 2  # state of Avahi's server
 _COLLISION = 3  # state of an entry group
 _TRIES = 20  # names; another program of this machine may have each of them
@@ -44,7 +45,7 @@ class Announcer:
 
     def _run(self) -> None:
         try:
-            self._Gio, self._GLib, self._bus = open_bus()
+            self._Gio, self._GLib, self._bus = open_bus(_PATIENCE)
         except Error as error:
             _log.warning("not announced: %s", error)
             self._is_ready.set()
@@ -78,7 +79,8 @@ class Announcer:
 
     def _call(self, path: str, interface: str, method: str, arguments: Any = None) -> Any:
         result = self._bus.call_sync(AVAHI, path, interface, method, arguments, None,
-                                     self._Gio.DBusCallFlags.NO_AUTO_START, 5000, None).unpack()
+                                     self._Gio.DBusCallFlags.NO_AUTO_START,
+                                     int(_PATIENCE * 1000), None).unpack()
         return result[0] if result else None
 
     def _on_owner(self, _path: str, values: Any) -> None:

@@ -9,6 +9,7 @@ from __future__ import annotations
 import dataclasses
 import ipaddress
 import socket
+import threading
 import time
 from typing import Any, Callable, Dict, List, Optional, Set, Tuple
 
@@ -53,8 +54,9 @@ def discover(timeout: float = 3.0) -> List[Announced]:
 
 
 def find(name: str, timeout: float) -> Optional[Announced]:
-    """Finds the middleware that has this name, or whose host has it with or without ".local".
-    Returns None if there is none, or if announcements cannot be received."""
+    """Finds the middleware that has this name, or whose host has it with or without ".local"; of
+    several, one with an address. Returns None if there is none, or if announcements cannot be
+    received."""
     wanted = name.rstrip(".").lower()
 
     def is_wanted(one: Announced) -> bool:
@@ -64,11 +66,12 @@ def find(name: str, timeout: float) -> Optional[Announced]:
 
     search = _Search()
     try:
-        search.run(timeout, lambda: any(search.is_looked_up(one.host)
+        search.run(timeout, lambda: any(one.addresses and search.is_looked_up(one.host)
                                         for one in search.found() if is_wanted(one)))
     except Error:
         return None
-    return next((one for one in search.found() if is_wanted(one)), None)
+    found = sorted(filter(is_wanted, search.found()), key=lambda one: not one.addresses)
+    return found[0] if found else None
 
 
 def look_up(host: str, timeout: float) -> Tuple[str, ...]:
@@ -82,20 +85,29 @@ def look_up(host: str, timeout: float) -> Tuple[str, ...]:
     return search.addresses(host)
 
 
-def open_bus() -> Tuple[Any, Any, Any]:
-    """Returns Gio, GLib and a connection to the system bus. Raises Error CANNOT_LISTEN."""
+def open_bus(timeout: float) -> Tuple[Any, Any, Any]:
+    """Returns Gio, GLib and a connection to the system bus. Raises Error CANNOT_LISTEN, also if
+    the bus does not answer in time."""
     try:
         from gi.repository import Gio, GLib
     except ImportError:
         raise unusable("the Python package gi is missing (Debian's python3-gi)") from None
+    cancellable = Gio.Cancellable.new()
+    timer = threading.Timer(timeout, cancellable.cancel)
+    timer.daemon = True
+    timer.start()
     try:
         # Not the shared connection, whose end would end the process.
-        address = Gio.dbus_address_get_for_bus_sync(Gio.BusType.SYSTEM, None)
+        address = Gio.dbus_address_get_for_bus_sync(Gio.BusType.SYSTEM, cancellable)
         flags = (Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT
                  | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION)
-        return Gio, GLib, Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
+        return Gio, GLib, Gio.DBusConnection.new_for_address_sync(address, flags, None, cancellable)
     except GLib.Error as error:
+        if cancellable.is_cancelled():
+            raise unusable("the system bus does not answer") from None
         raise unusable(f"there is no system bus ({error.message})") from None
+    finally:
+        timer.cancel()
 
 
 def unusable(why: str) -> Error:
@@ -181,13 +193,15 @@ class _Search:
     def run(self, timeout: float, is_enough: Callable[[], bool] = lambda: False) -> None:
         self._end = time.monotonic() + timeout
         # Signals are delivered to the context of the thread, which is not the program's.
-        Gio, GLib, _ = modules = open_bus()
+        Gio, GLib, bus = modules = open_bus(timeout)
         self._cancellable = Gio.Cancellable.new()
         context = GLib.MainContext.new()
         context.push_thread_default()
-        subscription = 0
+        # Before the browsers, whose first signals may come before the answers.
+        subscription = bus.signal_subscribe(AVAHI, None, None, None, None,
+                                            Gio.DBusSignalFlags.NONE, self._on_signal, modules)
         try:
-            subscription = self._start(modules)
+            self._start(modules)
             timer = GLib.timeout_source_new(20)
             timer.set_callback(lambda *_: True)
             timer.attach(context)
@@ -203,9 +217,8 @@ class _Search:
             self._cancellable.cancel()
             while self._waiting:
                 context.iteration(True)
-            if subscription:
-                modules[2].signal_unsubscribe(subscription)
-            modules[2].close_sync(None)
+            bus.signal_unsubscribe(subscription)
+            bus.close_sync(None)
             while context.iteration(False):
                 pass
             context.pop_thread_default()
@@ -215,12 +228,8 @@ class _Search:
             sighting[:2] in self._services for sighting in self._resolving) and all(
             host.is_complete() for host in self._hosts.values())
 
-    def _start(self, modules: Tuple[Any, Any, Any]) -> int:
-        """Returns the subscription to signals."""
+    def _start(self, modules: Tuple[Any, Any, Any]) -> None:
         Gio, GLib, bus = modules
-        # Before the browsers, whose first signals may come before the answers.
-        subscription = bus.signal_subscribe(AVAHI, None, None, None, None,
-                                            Gio.DBusSignalFlags.NONE, self._on_signal, modules)
         if self._first_host:
             self._look_up(self._first_host, modules)
         for kind in self._kinds:
@@ -230,7 +239,6 @@ class _Search:
                 Gio.DBusCallFlags.NO_AUTO_START, self._milliseconds_left(), None).unpack()[0]
             self._browsers[path] = kind
             self._listing.add(path)
-        return int(subscription)
 
     def _look_up(self, host: str, modules: Tuple[Any, Any, Any]) -> None:
         if host in self._hosts or len(self._hosts) >= _MOST_HOSTS:

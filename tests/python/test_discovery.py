@@ -3,8 +3,10 @@
 import gc
 import os
 import re
+import socket
 import subprocess
 import time
+import weakref
 
 import pytest
 
@@ -59,6 +61,16 @@ def test_the_announced_port_is_used():
             robaxi.Robot(name, timeout=PATIENCE)
         assert raised.value.cause == Cause.REFUSED
     lab("stop", "sleeper")
+    lab("stop", "other")
+
+
+def test_of_several_with_a_name_one_with_an_address_is_found():
+    lab("add", "walker", "--", "avahi-publish", "-s", "Strider", "_robaxi._tcp", "7001")
+    lab("add", "other", "--", "avahi-publish", "-s", "-H", "nobody.local", "walker",
+        "_robaxi._tcp", "7002")
+    eventually(lambda: {"walker", "Strider"} <= set(names()))
+    assert discovery.find("walker", PATIENCE).host == "walker.local"
+    lab("stop", "walker")
     lab("stop", "other")
 
 
@@ -128,7 +140,7 @@ def test_a_daemon_that_hangs_delays_a_name_of_the_resolver_by_a_bounded_time():
 
 
 def test_a_host_that_cannot_be_looked_up_is_not_waited_for():
-    Gio, GLib, bus = discovery.open_bus()
+    Gio, GLib, bus = discovery.open_bus(PATIENCE)
     search = discovery._Search()
     search._end = time.monotonic() + PATIENCE
     with pytest.raises(GLib.Error, match="[Ii]nvalid"):
@@ -144,11 +156,28 @@ def test_a_name_that_nobody_has_is_given_up():
     assert raised.value.cause == Cause.NAME_NOT_FOUND
 
 
+def test_a_bus_that_hangs_is_given_up(tmp_path, monkeypatch):
+    with socket.socket(socket.AF_UNIX) as bus:
+        bus.bind(str(tmp_path / "bus"))
+        bus.listen()
+        monkeypatch.setenv("DBUS_SYSTEM_BUS_ADDRESS", f"unix:path={tmp_path}/bus")
+        with pytest.raises(robaxi.Error, match="the system bus does not answer") as raised:
+            robaxi.discover(0.2)
+        assert raised.value.cause == Cause.CANNOT_LISTEN
+        assert discovery.find("robot1", 0.2) is None
+
+
 def test_without_a_daemon_the_reason_is_said():
     lab("avahi", "stop")
+    search = discovery._Search()
     with pytest.raises(robaxi.Error, match="Avahi daemon") as raised:
-        robaxi.discover()
+        search.run(PATIENCE)
     assert raised.value.cause == Cause.CANNOT_LISTEN
+    # Its subscription, which nobody else would end, refers to it.
+    released = weakref.ref(search)
+    del search, raised
+    gc.collect()
+    assert released() is None
     with robaxi.Robot("10.77.1.1", timeout=PATIENCE) as robot:
         assert "KVMemory" in [module.name for module in robot.modules()]
     lab("avahi", "start")
