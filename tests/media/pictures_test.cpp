@@ -140,7 +140,9 @@ void PicturesTest::everyPictureHasItsSize_data() {
             << icon + QStringLiteral("@2x.png") << 2 * a_listIconSize;
     }
     QTest::newRow("window icon") << buildPath(QStringLiteral("bin/media/icons/obvista.png"))
-                                 << QSize(256, 256);
+                                 << QSize(128, 128);
+    QTest::newRow("window icon, high resolution")
+        << buildPath(QStringLiteral("bin/media/icons/obvista@2x.png")) << QSize(256, 256);
     QTest::newRow("simulated robot")
         << buildPath(QStringLiteral("share/obvista/robot/buddy.png")) << QSize(96, 96);
     QTest::newRow("bridge to ROS 2")
