@@ -60,24 +60,36 @@ void FigureMeter::addShown(std::int64_t age) {
 }
 
 Figures FigureMeter::measure(const FeedCounts& counts, Clock::time_point now) {
-    const double seconds = std::chrono::duration<double>(now - fSince).count();
-    const auto rate = [&](std::uint64_t after, std::uint64_t before) {
-        return seconds > 0 ? static_cast<double>(after - before) / seconds : 0;
+    const auto rate = [now](std::uint64_t count, Clock::time_point since) {
+        const double seconds = std::chrono::duration<double>(now - since).count();
+        return seconds > 0 ? static_cast<double>(count) / seconds : 0;
     };
     Figures figures;
-    figures.fReceived = rate(counts.fReceived, fCounts.fReceived);
-    figures.fShown = rate(fShown, 0);
-    figures.fDropped = rate(counts.fDropped, fCounts.fDropped);
-    figures.fBytes = rate(counts.fBytes, fCounts.fBytes);
+    figures.fReceived = rate(counts.fReceived - fCounts.fReceived, fSince);
+    figures.fShown = rate(fShown, fSince);
+    figures.fBytes = rate(counts.fBytes - fCounts.fBytes, fSince);
     if (fShown > 0) {
         figures.fAge = fAges / static_cast<double>(fShown);
     }
     figures.fFaults = counts.fFaults;
-    restart(counts, now);
+    // The frames that are missing before one are known when it arrives, perhaps after a long
+    // silence.
+    if (counts.fReceived != fCounts.fReceived) {
+        figures.fDropped = rate(counts.fDropped - fDropped, fSinceDropped);
+        fDropped = counts.fDropped;
+        fSinceDropped = now;
+    }
+    xBegin(counts, now);
     return figures;
 }
 
 void FigureMeter::restart(const FeedCounts& counts, Clock::time_point now) {
+    fDropped = counts.fDropped;
+    fSinceDropped = now;
+    xBegin(counts, now);
+}
+
+void FigureMeter::xBegin(const FeedCounts& counts, Clock::time_point now) {
     fSince = now;
     fCounts = counts;
     fShown = 0;

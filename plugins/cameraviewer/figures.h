@@ -37,22 +37,29 @@ class FigureMeter {
   public:
     using Clock = FeedState::Clock;
 
-    explicit FigureMeter(Clock::time_point now) : fSince(now) {}
+    explicit FigureMeter(Clock::time_point now) : fSince(now), fSinceDropped(now) {}
 
     /**
      * Counts a picture painted for the first time. @param age microseconds since the robot's stamp
      */
     void addShown(std::int64_t age);
 
-    /** Returns the figures since the last call. */
+    /**
+     * Returns the figures since the last call; of dropped frames since the last call before which
+     * a frame had arrived, and 0 until the next one arrives.
+     */
     Figures measure(const FeedCounts& counts, Clock::time_point now);
 
     /** Restarts the measurement. */
     void restart(const FeedCounts& counts, Clock::time_point now);
 
   private:
+    void xBegin(const FeedCounts& counts, Clock::time_point now);
+
     Clock::time_point fSince;
     FeedCounts fCounts;
+    Clock::time_point fSinceDropped;
+    std::uint64_t fDropped = 0;
     std::uint64_t fShown = 0;
     double fAges = 0;
 };

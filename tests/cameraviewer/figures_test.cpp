@@ -51,6 +51,22 @@ TEST(Figures, BeginAnewWithAnotherCamera) {
     EXPECT_DOUBLE_EQ(figures.fShown, 0);
 }
 
+TEST(Figures, SpreadTheFramesOfASilenceOverIt) {
+    const FigureMeter::Clock::time_point start;
+    FigureMeter meter(start);
+    meter.measure(counts(10, 0, 0), start + std::chrono::seconds(1));
+    for (int second = 2; second <= 5; ++second) {
+        const Figures silent =
+            meter.measure(counts(10, 0, 0), start + std::chrono::seconds(second));
+        EXPECT_DOUBLE_EQ(silent.fDropped, 0);
+    }
+    const Figures after = meter.measure(counts(15, 45, 0), start + std::chrono::seconds(6));
+    EXPECT_DOUBLE_EQ(after.fReceived, 5);
+    EXPECT_DOUBLE_EQ(after.fDropped, 9);
+    const Figures then = meter.measure(counts(25, 47, 0), start + std::chrono::seconds(7));
+    EXPECT_DOUBLE_EQ(then.fDropped, 2);
+}
+
 TEST(Figures, StandWithoutTime) {
     FigureMeter meter(FigureMeter::Clock::time_point{});
     EXPECT_DOUBLE_EQ(meter.measure(counts(5, 0, 0), {}).fReceived, 0);
