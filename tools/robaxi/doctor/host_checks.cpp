@@ -124,13 +124,12 @@ Finding checkHostName(Examination& examination) {
     } else {
         examination.fAddresses = examination.fEndpoint->fAddresses;
         const std::string addresses = listed(examination.fAddresses);
-        return {
-            Verdict::Problem,
-            "The name " + host +
-                (examination.announcement() != nullptr ? " is announced" : " is known to Avahi") +
-                (addresses.empty() ? "" : " for " + addresses) +
-                (resolved ? ", but does not resolve." : ", but was not resolved in time."),
-            "See the check 'names'; or use the robot's address."};
+        const bool isAnnounced = examination.announcement() != nullptr;
+        return {Verdict::Problem,
+                "The name " + host + (isAnnounced ? " is announced" : " is found on this network") +
+                    (addresses.empty() ? "" : (isAnnounced ? " for " : " at ") + addresses) +
+                    (resolved ? ", but does not resolve." : ", but was not resolved in time."),
+                "See the check 'names'; or use the robot's address."};
     }
     return {Verdict::Good, host + " is " + listed(examination.fAddresses) + '.', {}};
 }
