@@ -18,6 +18,7 @@
 #include <qwt_scale_map.h>
 
 #include <memory>
+#include <utility>
 
 using namespace obvista_test;
 
@@ -295,10 +296,14 @@ void PlottingTest::keepsItsCurvesWhenTheRobotIsLost() {
     // The curve then ends at the last value, in a repaint after the report. Time stands still when
     // it has not moved for a second.
     auto shown = timesOf(fWindow->plots().first());
+    QElapsedTimer sinceMove;
+    sinceMove.start();
     const auto standsStill = [&] {
-        shown = timesOf(fWindow->plots().first());
-        QTest::qWait(1000);
-        return timesOf(fWindow->plots().first()) == shown;
+        const auto before = std::exchange(shown, timesOf(fWindow->plots().first()));
+        if (shown != before) {
+            sinceMove.restart();
+        }
+        return sinceMove.hasExpired(1000);
     };
     QTRY_VERIFY(standsStill());
     const QwtScaleMap map = fWindow->plots().first()->canvasMap(QwtPlot::xBottom);
