@@ -11,6 +11,7 @@
 
 #include <functional>
 #include <map>
+#include <ros2_message/message_schema.h>
 #include <ros2_message/message_table.h>
 #include <ros2_message/message_values.h>
 #include <set>
@@ -27,6 +28,7 @@ using ros2_message::knownType;
 using ros2_message::MessageType;
 using ros2_message::MessageValues;
 using ros2_message::NamedValue;
+using ros2_message::typeOfSchema;
 using ros2_message::valuesOf;
 using testing::Contains;
 using testing::ElementsAre;
@@ -609,6 +611,26 @@ TEST(MessageValues, keysOfJointsBeginWithTheNamespaceOfTheirTopic) {
     EXPECT_EQ(ros2_message::prefixFor("/left/joint_states", joints), "left/Joint");
     EXPECT_EQ(ros2_message::prefixFor("/commands", joints), "commands/Joint");
     EXPECT_EQ(ros2_message::prefixFor("/imu/data", "sensor_msgs/msg/Imu"), "imu/data");
+}
+
+TEST(MessageSchema, describesTheMessagesOfFastCdr) {
+    const auto type = typeOfSchema("maker/msg/Arm",
+                                   "bool on\nParts[2] pair\nstring text\n===\nMSG: maker/Parts\n"
+                                   "int8 a\nfloat64[] many\nuint16 b\n");
+    FastMessage message;
+    message << true << std::int8_t{-1} << std::vector<double>{0.5, 2} << std::uint16_t{7}
+            << std::int8_t{3} << std::vector<double>{} << std::uint16_t{8} << "end";
+    const auto bytes = message.bytes();
+    const auto values = valuesOf(*type, "arm", {bytes.data(), bytes.size()}, 1);
+    ASSERT_TRUE(values.fIsGood);
+    std::string lines;
+    for (const auto& value : values.fValues) {
+        lines += value.fName + '\n';
+    }
+    EXPECT_EQ(lines,
+              "arm/on\narm/pair/0/a\narm/pair/0/many/0\narm/pair/0/many/1\narm/pair/0/b\n"
+              "arm/pair/1/a\narm/pair/1/b\narm/text\n");
+    EXPECT_EQ(values.fValues.back().fValue, KVValue("end"));
 }
 
 TEST(NodeInfo, identifiersOfOldAndNewVersions) {

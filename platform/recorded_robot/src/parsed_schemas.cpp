@@ -11,11 +11,11 @@ constexpr std::size_t a_largestSchemas = std::size_t{16} << 20U;  // bytes
 
 std::shared_ptr<const ros2_message::MessageType> ros2Type(const recording::Schema& schema) {
     const std::string name = ros2_message::fullTypeName(schema.fName, "");
-    if (schema.fEncoding == "ros2msg" && !schema.fData.empty()) {
+    auto known = ros2_message::knownType(name);
+    // Some recorders do not have the definitions. That of a message without fields is empty, too.
+    if (schema.fEncoding == "ros2msg" && (!schema.fData.empty() || !known)) {
         return ros2_message::typeOfSchema(name, schema.fData);
     }
-    // Some recorders do not have the definitions.
-    auto known = ros2_message::knownType(name);
     if (!known) {
         throw std::runtime_error("its type is not known, and has no schema 'ros2msg'");
     }

@@ -149,9 +149,10 @@ class SchemaReader {
             }
         }
         --fNesting;
-        // A message that takes no bytes would let a short one have elements without number.
+        // ROS 2 adds a member to a message without fields. So each takes bytes, and a short message
+        // cannot have elements without number.
         if (fields.empty()) {
-            throw std::invalid_argument("it has no fields for " + quoted(name));
+            fields.push_back(fieldOf("uint8", "structure_needs_at_least_one_member", name, lookup));
         }
         if (++depth > a_deepest) {
             throw std::invalid_argument("it is too deep");

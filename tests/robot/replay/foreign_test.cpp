@@ -278,6 +278,17 @@ TEST(Foreign, MessagesOfRos2HaveTheKeysOfTheBridge) {
     EXPECT_TRUE(file.complaints().empty());
 }
 
+TEST(Foreign, MessagesOfRos2WithoutFieldsHaveTheMemberThatItAdds) {
+    using namespace std::string_literals;
+    ForeignFile file("ros2_empty.mcap");
+    file.add("/stop", "cdr", "std_msgs/msg/Empty", "ros2msg", "", {"\0\1\0\0\0"s});
+    file.open();
+    file.seekEnd();
+    EXPECT_EQ(KVValue(KVValue::Map{{"stop/structure_needs_at_least_one_member", 0}}),
+              KVValue(file.values()));
+    EXPECT_TRUE(file.complaints().empty());
+}
+
 TEST(Foreign, PicturesOfRos2BecomeCameras) {
     using namespace std::string_literals;
     const std::string start = "\0\1\0\0\1\0\0\0\2\0\0\0\1\0\0\0\0\0\0\0"s;
