@@ -51,15 +51,13 @@ class StubbornDock : public QDockWidget {
 
 /** Returns the sentence of the kit's banner; empty if there is none. */
 QString bannerOf(QWidget* viewer) {
-    const auto* banner = viewer->findChild<QLabel*>(QStringLiteral("viewerBanner"));
-    return banner->isVisible() ? banner->text() : QString();
+    return labelText(viewer, "viewerBanner");
 }
 
 /** Returns the seconds of silence that the banner says; -1 if it says something else. */
 int secondsWithoutAnswer(QWidget* viewer) {
-    const auto* banner = viewer->findChild<QLabel*>(QStringLiteral("viewerBanner"));
     const QRegularExpression sentence(QStringLiteral("^No answer for (\\d+) s$"));
-    const QRegularExpressionMatch match = sentence.match(banner->text());
+    const QRegularExpressionMatch match = sentence.match(bannerOf(viewer));
     return match.hasMatch() ? match.captured(1).toInt() : -1;
 }
 

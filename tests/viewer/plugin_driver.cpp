@@ -79,7 +79,9 @@ QVariant savedValue(const QString& endOfName) {
 
 QString labelText(QWidget* viewer, const char* objectName) {
     const auto* label = viewer->findChild<QLabel*>(QLatin1String(objectName));
-    return label != nullptr && label->isVisibleTo(viewer) ? label->text() : QString();
+    return label != nullptr && label->isVisibleTo(viewer)
+               ? label->text().replace(QChar::Nbsp, QLatin1Char(' '))
+               : QString();
 }
 
 }  // namespace obvista_test

@@ -1,6 +1,8 @@
+#include <obvista/viewer/labels.h>
 #include <obvista/viewer/plain_text.h>
 #include <obvista/viewer/value_text.h>
 
+#include <QLabel>
 #include <QLocale>
 #include <QtTest>
 #include <qt_test_main.h>
@@ -8,6 +10,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <string>
 
 using obvista::countText;
@@ -55,6 +58,8 @@ class ValueTextTest : public QObject {
     void doesNotSplitACharacterAtTheBound();
     void isNotSlowedDownByAHugeText();
     void boundsListsInLengthAndDepth();
+    void keepsAUnitBesideItsNumber_data();
+    void keepsAUnitBesideItsNumber();
 };
 
 void ValueTextTest::showsEachType_data() {
@@ -204,6 +209,26 @@ void ValueTextTest::boundsListsInLengthAndDepth() {
     QCOMPARE(valueText(KVValue(KVValue::List(100000, KVValue(7)))).size(), 1001);
     QCOMPARE(valueText(nestedList(8)), QStringLiteral("[[[[[[[[1]]]]]]]]"));
     QCOMPARE(valueText(nestedList(200)), QString::fromUtf8("[[[[[[[[[\u2026]]]]]]]]]"));
+}
+
+/** In the rows "_" is a no-break space. */
+void ValueTextTest::keepsAUnitBesideItsNumber_data() {
+    QTest::addColumn<QString>("shown");
+    QTest::newRow("at the end") << "age 12_ms";
+    QTest::newRow("of parts") << QStringLiteral("30.0_shown  \u00B7  457_kB/s  \u00B7  50_%");
+    QTest::newRow("in a sentence") << "Lost 12_s ago; trying again";
+    QTest::newRow("in Japanese") << QStringLiteral("5_\u79D2");
+    QTest::newRow("words before numbers") << "R 200 G 100 B 50";
+    QTest::newRow("numbers") << "12 34 56";
+}
+
+void ValueTextTest::keepsAUnitBesideItsNumber() {
+    QFETCH(QString, shown);
+    const QString text = QString(shown).replace(QLatin1Char('_'), QLatin1Char(' '));
+    const std::unique_ptr<QLabel> lines(obvista::makeStatusLines("lines", nullptr));
+    obvista::setStatus(*lines, text);
+    QCOMPARE(lines->text(), shown.replace(QLatin1Char('_'), QChar(QChar::Nbsp)));
+    QCOMPARE(lines->accessibleDescription(), text);
 }
 
 OBVISTA_QTEST_MAIN(ValueTextTest)

@@ -1,5 +1,7 @@
 #include "banner.h"
 
+#include "keep_units.h"
+
 #include <obvista/viewer/labels.h>
 
 #include <QHBoxLayout>
@@ -22,7 +24,7 @@ Banner::Banner(QWidget* parent) : QWidget(parent), fSentence(makeBanner("viewerB
 }
 
 void Banner::showSentence(const QString& sentence, Buttons buttons) {
-    fSentence->setText(sentence);
+    fSentence->setText(keepUnits(sentence));
     fSentence->setVisible(!sentence.isEmpty());
     fConnect->setVisible(buttons == Buttons::ConnectOrGiveUp);
     fGiveUp->setVisible(buttons != Buttons::None);

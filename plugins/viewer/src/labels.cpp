@@ -1,3 +1,5 @@
+#include "keep_units.h"
+
 #include <obvista/viewer/labels.h>
 
 #include <QCoreApplication>
@@ -128,7 +130,7 @@ void nameByLabel(QWidget& control, const QString& name) {
 }
 
 void setStatus(QLabel& line, const QString& status) {
-    line.setText(status);
+    line.setText(line.wordWrap() ? keepUnits(status) : status);
     explain(line, status);
     //: %1 is the status line, for screen readers
     line.setAccessibleName(QCoreApplication::translate("viewer", "Status: %1").arg(status));
