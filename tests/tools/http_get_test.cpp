@@ -96,7 +96,10 @@ TEST(HttpGet, waitsForAnAnswerOnlySoLong) {
     EXPECT_GE(std::chrono::steady_clock::now() - start, timeout);
     const unsigned short port =
         tcp::acceptor(context, {asio::ip::address_v4::loopback(), 0}).local_endpoint().port();
-    EXPECT_EQ(httpGet("127.0.0.1", port, "/", a_longTime, 10).fError, "Connection refused");
+    const HttpAnswer refusal = httpGet("127.0.0.1", port, "/", a_longTime, 10);
+    EXPECT_EQ(refusal.fError, "Connection refused");
+    EXPECT_TRUE(refusal.fIsRefused);
+    EXPECT_FALSE(answer.fIsRefused);
 }
 
 TEST(HttpGet, endsWhenItIsCancelled) {

@@ -101,6 +101,7 @@ HttpAnswer httpGet(const std::string& address, unsigned short port, const std::s
     }
     answer.fBody = std::move(response.get().body());
     answer.fError = error ? reason(error, mostBytes) : std::string();
+    answer.fIsRefused = error == asio::error::connection_refused;
     return answer;
 }
 

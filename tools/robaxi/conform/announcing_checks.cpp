@@ -40,7 +40,7 @@ void checkAddress(Subject& robot) {
             "The host has no IPv4 address.");
 }
 
-/** Requests the icon. @throws Fault; NotChecked if the host has none */
+/** Requests the icon. @throws Fault; NotChecked if the host need not have one */
 std::string icon(Subject& robot, const std::string& path) {
     const AnnouncedHost& host = robot.announced();
     if (!host.isRobot()) {
@@ -49,9 +49,21 @@ std::string icon(Subject& robot, const std::string& path) {
     const download::HttpAnswer answer =
         download::httpGet(host.fAddresses.front(), a_httpPort, path,
                           std::chrono::seconds(robot.request().fTimeout), a_mostBytesRead);
+    if (answer.fIsRefused) {
+        throw NotChecked("The robot has no web server on port 80, and so no icon.");
+    }
     require(answer.fError.empty(), path + ": " + answer.fError + '.');
     require(answer.fStatus == a_httpOk, path + ": status " + std::to_string(answer.fStatus) + '.');
     return answer.fBody;
+}
+
+/** Returns the icon for further checks. @throws NotChecked if there is none: checkIcon() says so */
+std::string deliveredIcon(Subject& robot) {
+    try {
+        return icon(robot, a_iconPath);
+    } catch (const Fault& fault) {
+        throw NotChecked(std::string("There is no icon. ") + fault.what());
+    }
 }
 
 void checkIcon(Subject& robot) {
@@ -59,7 +71,8 @@ void checkIcon(Subject& robot) {
 }
 
 void checkIconWithOneSlash(Subject& robot) {
-    require(icon(robot, a_iconPath + 1) == icon(robot, a_iconPath), "It is another answer.");
+    const std::string withTwo = deliveredIcon(robot);
+    require(icon(robot, a_iconPath + 1) == withTwo, "It is another answer.");
 }
 
 bool startsWith(const std::string& bytes, std::string_view start) {
@@ -83,7 +96,7 @@ bool isText(const std::string& bytes) {
 }
 
 void checkIconFormat(Subject& robot) {
-    const std::string bytes = icon(robot, a_iconPath);
+    const std::string bytes = deliveredIcon(robot);
     require(isPng(bytes) || isJpeg(bytes) || isText(bytes) || startsWith(bytes, "GIF8") ||
                 startsWith(bytes, "BM") || startsWith(bytes, std::string_view("\0\0\1\0", 4)),
             "The format of the icon is unknown.");
@@ -113,7 +126,7 @@ bool isProgressive(const std::string& bytes) {
 }
 
 void checkIconBytes(Subject& robot) {
-    const std::string bytes = icon(robot, a_iconPath);
+    const std::string bytes = deliveredIcon(robot);
     const auto requireAtMost = [&bytes](std::size_t largest, const std::string& format) {
         require(bytes.size() <= largest,
                 format + " has " + std::to_string(bytes.size()) + " bytes.");
@@ -137,7 +150,7 @@ int numberAt(const std::string& bytes, std::size_t position) {
 }
 
 void checkIconPixels(Subject& robot) {
-    const std::string bytes = icon(robot, a_iconPath);
+    const std::string bytes = deliveredIcon(robot);
     if (!isPng(bytes)) {
         throw NotChecked("The size is read of PNG only.");
     }

@@ -9,8 +9,9 @@
 namespace download {
 
 struct HttpAnswer {
-    std::string fError;    ///< the reason if there is no answer; otherwise empty
-    unsigned fStatus = 0;  ///< for instance 404
+    std::string fError;       ///< the reason if there is no answer; otherwise empty
+    bool fIsRefused = false;  ///< nothing listens at the port
+    unsigned fStatus = 0;     ///< for instance 404
     std::string fBody;
 };
 
