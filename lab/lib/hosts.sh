@@ -25,7 +25,9 @@ require_free_address() {
     local address=$1 holder
     [[ $address =~ ^${lab_network//./\\.}\.[0-9]{1,3}\.[0-9]{1,3}$ ]] ||
         die "'$address' is not an address of the lab ($lab_network.0.0/$lab_prefix_length)"
-    holder=$(grep -lx -- "$address" "$lab_hosts"/*/address 2>/dev/null) || return 0
+    # Its status is that of an error, even if it has found a holder, when another host is being removed.
+    holder=$(grep -lx -- "$address" "$lab_hosts"/*/address 2>/dev/null) || true
+    [ -n "$holder" ] || return 0
     holder=${holder%/address}
     die "the address $address is taken by '${holder##*/}'"
 }
