@@ -5,7 +5,7 @@
 exec {failure_report}>&2
 
 fail() {
-    echo "  FAILED: $*" >&"$failure_report"
+    echo "  FAILED${running_test:+ in $running_test}: $*" >&"$failure_report"
     exit 1
 }
 
@@ -59,21 +59,53 @@ elapsed_ms_since() {
     echo $(((${EPOCHREALTIME/[.,]/} - ${1/[.,]/}) / 1000))
 }
 
-# Runs each test_* function in a separate shell, in which the first failure ends the test.
+# run_test NAME: runs the function in a separate shell, in which the first failure ends it.
+run_test() {
+    local running_test=$1
+    (
+        set -eu
+        "$1"
+    )
+    # shellcheck disable=SC2181  # asked in an "if", bash would not stop at failures in it
+    if [ $? -eq 0 ]; then
+        echo "passed: $1"
+    else
+        echo "FAILED: $1"
+        return 1
+    fi
+}
+
+declare -i failed_tests=0
+
+# Runs each test_* function. Succeeds if no test has failed so far.
 run_tests() {
-    local name failures=0
+    local name
     for name in $(compgen -A function test_); do
-        (
-            set -eu
-            "$name"
-        )
-        # shellcheck disable=SC2181  # asked in an "if", bash would not stop at failures in it
-        if [ $? -eq 0 ]; then
-            echo "passed: $name"
-        else
-            echo "FAILED: $name"
-            failures=$((failures + 1))
-        fi
+        run_test "$name"
+        failed_tests+=$?
     done
-    [ "$failures" -eq 0 ]
+    [ "$failed_tests" -eq 0 ]
+}
+
+# run_tests_at_once NUMBER [PREFIX]: the same, with up to this number of tests at the same time, each with a
+# separate TMPDIR.
+run_tests_at_once() {
+    local -i most=$1 running=0
+    local name
+    for name in $(compgen -A function "${2:-test_}"); do
+        if [ "$running" -eq "$most" ]; then
+            wait -n
+            failed_tests+=$?
+            running+=-1
+        fi
+        mkdir "$TMPDIR/$name"
+        TMPDIR=$TMPDIR/$name run_test "$name" &
+        running+=1
+    done
+    while [ "$running" -gt 0 ]; do
+        wait -n
+        failed_tests+=$?
+        running+=-1
+    done
+    [ "$failed_tests" -eq 0 ]
 }
