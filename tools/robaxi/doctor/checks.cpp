@@ -1,10 +1,28 @@
 #include "doctor/checks.h"
 
+#include <bonjour/bonjour_discovery.h>
+
 #include <algorithm>
 
 namespace robaxi_tool {
 
 namespace {
+
+/**
+ * Returns true if the host is the one that is found by that name or address. A host name without
+ * ".local" is not sufficient, since a service of another host may have it as its name, and services
+ * are preferred.
+ */
+bool isCertainly(const Target& target, const AnnouncedHost& host) {
+    const auto hasName = [&target](const KV::BonjourService& service) {
+        return service.fType == KV::BonjourDiscovery::fRobaxiServiceType &&
+               service.fName == target.fHost;
+    };
+    return host.fHostName == target.fHost ||
+           std::any_of(host.fServices.begin(), host.fServices.end(), hasName) ||
+           std::find(host.fAddresses.begin(), host.fAddresses.end(), target.fHost) !=
+               host.fAddresses.end();
+}
 
 bool shareAddress(const std::vector<std::string>& some, const std::vector<std::string>& others) {
     return std::find_first_of(some.begin(), some.end(), others.begin(), others.end()) != some.end();
@@ -24,6 +42,15 @@ std::string nameOf(Verdict verdict) {
             break;
     }
     return "skipped";
+}
+
+const AnnouncedHost* completeAnnouncement(const Target& target,
+                                          const std::map<std::string, AnnouncedHost>& hosts) {
+    const auto found = std::find_if(hosts.begin(), hosts.end(), [&target](const auto& entry) {
+        const AnnouncedHost& host = entry.second;
+        return host.isRobot() && !host.ports().empty() && isCertainly(target, host);
+    });
+    return found == hosts.end() ? nullptr : &found->second;
 }
 
 std::optional<std::vector<std::string>> Examination::lookUp(const std::string& hostName) const {

@@ -30,6 +30,14 @@ struct Finding {
 
 std::string nameOf(Verdict verdict);
 
+/**
+ * Returns the announcement of the host that is examined if nothing further can change the report on
+ * it: it is a robot with middleware, and no other host will be taken for it. Otherwise returns
+ * null.
+ */
+const AnnouncedHost* completeAnnouncement(const Target& target,
+                                          const std::map<std::string, AnnouncedHost>& hosts);
+
 /** Input of the checks, and results of earlier checks for later ones. */
 struct Examination {
     explicit Examination(Interruption& interruption) : fInterruption(interruption) {}

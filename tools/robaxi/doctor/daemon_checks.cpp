@@ -102,9 +102,16 @@ Finding checkAnnouncements(Examination& examination) {
     Bell bell(examination.fInterruption);
     AnnouncedHosts hosts(bell);
     hosts.waitForStart();
-    bell.sleepUntil(Clock::now() + a_longestListening);
-    examination.fAnnounced = hosts.hosts();
+    const auto heardTarget = [&] {
+        examination.fAnnounced = hosts.hosts();
+        return examination.fTarget &&
+               completeAnnouncement(*examination.fTarget, examination.fAnnounced) != nullptr;
+    };
+    const bool isEarly = bell.waitUntil(Clock::now() + a_longestListening, heardTarget);
     examination.fHeardAnnouncements = true;
+    if (isEarly) {
+        return {Verdict::Good, "Heard of " + examination.fTarget->fHost + '.', {}};
+    }
     std::size_t robots = 0;
     for (const auto& [key, host] : examination.fAnnounced) {
         robots += host.isRobot() ? 1 : 0;
