@@ -1,29 +1,23 @@
 #include "host_name.h"
 
 #include <base/address.h>
+#include <base/blanks.h>
 #include <base/safe_text.h>
+
+#include <boost/algorithm/string/case_conv.hpp>
 
 #include <algorithm>
 #include <arpa/inet.h>
 #include <cctype>
+#include <locale>
 #include <netinet/in.h>
 
 namespace KV::bonjour {
 
 namespace {
 
-const char* const a_blanks = " \t\n\v\f\r";
-
 bool isDigit(char character) {
     return character >= '0' && character <= '9';
-}
-
-std::string trim(const std::string& text) {
-    const std::size_t first = text.find_first_not_of(a_blanks);
-    if (first == std::string::npos) {
-        return {};
-    }
-    return text.substr(first, text.find_last_not_of(a_blanks) - first + 1);
 }
 
 }  // namespace
@@ -62,23 +56,17 @@ std::string makeSafeHostName(const std::string& bytes) {
 }
 
 bool isAddressLiteral(const std::string& hostName) {
-    const std::string text = trim(hostName);
+    const std::string text(base::trimmed(hostName));
     // inet_aton() stops at the first blank and would accept names that only start like an address.
     in_addr ipv4 = {};
-    if (text.find_first_of(a_blanks) == std::string::npos && inet_aton(text.c_str(), &ipv4) != 0) {
+    if (text.find_first_of(base::a_blanks) == std::string::npos && inet_aton(text.c_str(), &ipv4) != 0) {
         return true;
     }
     return base::isIPv6(text.substr(0, text.find('%')));
 }
 
 std::string foldHostName(const std::string& hostName) {
-    std::string folded = hostName;
-    for (char& character : folded) {
-        if (character >= 'A' && character <= 'Z') {
-            character = static_cast<char>(character - 'A' + 'a');
-        }
-    }
-    return folded;
+    return boost::algorithm::to_lower_copy(hostName, std::locale::classic());
 }
 
 std::string hostNameFor(const std::string& name) {

@@ -2,6 +2,7 @@
 #include "settings_fields.h"
 
 #include <base/address.h>
+#include <base/blanks.h>
 #include <base/user_folder.h>
 #include <robaxi/kv_error.h>
 #include <robaxi/kv_settings.h>
@@ -22,19 +23,11 @@ using boost::property_tree::ptree;
 using robaxi::Failure;
 using robaxi::SettingsField;
 
-constexpr const char* a_robotSection = "robot:";
+constexpr std::string_view a_robotSection = "robot:";
 
 std::optional<std::string> environment(const std::string& variable) {
     const char* const text = std::getenv(variable.c_str());
     return text == nullptr ? std::nullopt : std::optional<std::string>(text);
-}
-
-std::string trimmed(const std::string& text) {
-    const char* const blanks = " \t\r";
-    const std::size_t first = text.find_first_not_of(blanks);
-    return first == std::string::npos
-               ? std::string()
-               : text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
 /** A configuration file with the line numbers of its texts. */
@@ -60,7 +53,7 @@ class ConfigurationFile {
                 xThrow(xLineOf(name, {}), name + " is outside any section");
             }
             if (name.rfind(a_robotSection, 0) == 0) {
-                const std::string robot = trimmed(name.substr(std::string(a_robotSection).size()));
+                const std::string robot(base::trimmed(name.substr(a_robotSection.size())));
                 auto& access = settings.fRobots.emplace(robot, settings.fAccess).first->second;
                 xApply(name, content, robaxi::fieldsOf(access, xFolder()));
             } else if (name == "server") {
@@ -117,12 +110,13 @@ class ConfigurationFile {
         std::string section;
         std::string text;
         for (unsigned long number = 1; std::getline(stream, text); ++number) {
-            text = trimmed(text);
+            text = base::trimmed(text);
             if (!text.empty() && text.front() == '[') {
-                section = trimmed(text.substr(1, text.find(']') - 1));
+                section = base::trimmed(text.substr(1, text.find(']') - 1));
                 fLines.push_back({section, {}, number});
             } else {
-                fLines.push_back({section, trimmed(text.substr(0, text.find('='))), number});
+                const std::string key(base::trimmed(text.substr(0, text.find('='))));
+                fLines.push_back({section, key, number});
             }
         }
     }

@@ -1,7 +1,10 @@
+#include <base/blanks.h>
 #include <base/safe_text.h>
 
+#include <boost/algorithm/string/predicate.hpp>
+
 #include <algorithm>
-#include <cctype>
+#include <locale>
 #include <map>
 #include <ros2_message/message_schema.h>
 #include <ros2_message/message_table.h>
@@ -17,21 +20,13 @@ constexpr std::size_t a_mostFields = 4096;  // of a type with all its parts
 constexpr int a_deepest = 12;
 constexpr std::size_t a_longestName = 120;  // bytes
 constexpr std::size_t a_longestTypeName = 2 * a_longestName;
-constexpr std::string_view a_blanks = " \t\r";
 constexpr std::string_view a_letters =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_";
-
-std::string_view trimmed(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(a_blanks);
-    return first == std::string_view::npos
-               ? std::string_view()
-               : text.substr(first, text.find_last_not_of(a_blanks) - first + 1);
-}
 
 /** Takes the first line, without blanks at its ends. */
 std::string_view takeLine(std::string_view& text) {
     const std::size_t end = std::min(text.find('\n'), text.size());
-    const std::string_view line = trimmed(text.substr(0, end));
+    const std::string_view line = base::trimmed(text.substr(0, end));
     text.remove_prefix(std::min(end + 1, text.size()));
     return line;
 }
@@ -52,20 +47,14 @@ bool isSeparator(std::string_view line) {
     return line.size() >= shortest && line.find_first_not_of('=') == std::string_view::npos;
 }
 
-bool areEqualButForCase(std::string_view left, std::string_view right) {
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(), [](char one, char two) {
-        return std::tolower(static_cast<unsigned char>(one)) ==
-               std::tolower(static_cast<unsigned char>(two));
-    });
-}
-
 /** Returns true if the bytes of both types mean the same. The depth is that of the known one. */
 bool isAlike(const MessageType& described, const MessageType& known) {
     return std::equal(
         described.fields().begin(), described.fields().end(), known.fields().begin(),
         known.fields().end(), [](const Field& one, const Field& two) {
-            return areEqualButForCase(one.fName, two.fName) && one.fKind == two.fKind &&
-                   one.fRepetition == two.fRepetition && one.fCount == two.fCount &&
+            return boost::iequals(one.fName, two.fName, std::locale::classic()) &&
+                   one.fKind == two.fKind && one.fRepetition == two.fRepetition &&
+                   one.fCount == two.fCount &&
                    (one.fKind != FieldKind::Message || isAlike(*one.fMessage, *two.fMessage));
         });
 }
@@ -105,7 +94,7 @@ class SchemaReader {
         if (title.substr(0, message.size()) != message) {
             throw std::invalid_argument("it has no 'MSG:' behind a line of '='");
         }
-        const std::string_view name = trimmed(title.substr(message.size()));
+        const std::string_view name = base::trimmed(title.substr(message.size()));
         if (name.size() > a_longestTypeName) {
             throw std::invalid_argument("it has the name " + quoted(name) + ", which is too long");
         }
@@ -164,10 +153,10 @@ class SchemaReader {
     void xAddField(std::vector<Field>& fields, std::string_view line, const std::string& owner,
                    const MessageType::Lookup& lookup) {
         const std::string_view whole = line;
-        const std::string_view kind = line.substr(0, line.find_first_of(a_blanks));
-        line = trimmed(line.substr(kind.size()));
+        const std::string_view kind = line.substr(0, line.find_first_of(base::a_blanks));
+        line = base::trimmed(line.substr(kind.size()));
         const std::string_view name = takeSpan(line, a_letters);
-        line = trimmed(line);
+        line = base::trimmed(line);
         if (!line.empty() && line.front() == '=') {
             return;
         }

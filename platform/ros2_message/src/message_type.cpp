@@ -1,3 +1,4 @@
+#include <base/blanks.h>
 #include <base/safe_text.h>
 
 #include <algorithm>
@@ -41,21 +42,14 @@ constexpr std::uint32_t a_largestArray = 1U << 24U;  // elements
 constexpr std::size_t a_longestName = 120;           // bytes, in a reason
 constexpr std::size_t a_lengthSize = 4;              // bytes of the length of a text or sequence
 
-std::string trimmed(const std::string& text) {
-    const std::size_t first = text.find_first_not_of(" \t");
-    return first == std::string::npos
-               ? std::string()
-               : text.substr(first, text.find_last_not_of(" \t") - first + 1);
-}
-
 /** Takes "[...]" from the beginning of a text. */
 std::string takeBrackets(std::string& text) {
     if (text.empty() || text.front() != '[') {
         return {};
     }
-    const std::size_t end = text.find(']');
+    const std::size_t end = std::min(text.find(']'), text.size());
     std::string inner = text.substr(1, end - 1);
-    text = end == std::string::npos ? std::string() : trimmed(text.substr(end + 1));
+    text = base::trimmed(text.erase(0, end + 1));
     return inner;
 }
 
@@ -80,7 +74,7 @@ void describe(Field& field, std::string comment) {
         }
         std::string rest;
         std::getline(words, rest);
-        comment = trimmed(rest);
+        comment = base::trimmed(rest);
     }
     field.fUnit = takeBrackets(comment);
     field.fDescription = comment;
@@ -97,7 +91,7 @@ Field parsedField(const std::string& line, const std::string& type,
     }
     Field field = fieldOf(kind, name, type, lookup);
     if (hash != std::string::npos) {
-        describe(field, trimmed(line.substr(hash + 1)));
+        describe(field, std::string(base::trimmed(line.substr(hash + 1))));
     }
     return field;
 }
@@ -107,7 +101,7 @@ std::vector<Field> parsedFields(const std::string& type, const std::string& defi
     std::vector<Field> fields;
     std::istringstream lines(definition);
     for (std::string line; std::getline(lines, line);) {
-        line = trimmed(line);
+        line = base::trimmed(line);
         if (!line.empty()) {
             fields.push_back(parsedField(line, type, lookup));
         }

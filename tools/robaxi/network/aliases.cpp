@@ -4,10 +4,9 @@
 #include "process/output_file.h"
 
 #include <base/address.h>
+#include <base/blanks.h>
 #include <base/file_descriptor.h>
 #include <base/user_folder.h>
-
-#include <boost/algorithm/string/trim.hpp>
 
 #include <algorithm>
 #include <cctype>
@@ -15,7 +14,6 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
-#include <locale>
 #include <sys/file.h>
 #include <system_error>
 #include <vector>
@@ -28,10 +26,6 @@ constexpr std::size_t a_longestName = 63;
 /** A larger file is refused: every command would read it. */
 constexpr std::uintmax_t a_largestFile = 1 << 20;
 
-std::string trimmed(const std::string& text) {
-    return boost::algorithm::trim_copy(text, std::locale::classic());
-}
-
 bool isNameCharacter(char character) {
     return std::isalnum(static_cast<unsigned char>(character)) != 0 || character == '-' ||
            character == '_' || character == '.';
@@ -39,7 +33,7 @@ bool isNameCharacter(char character) {
 
 /** Returns the name of a line; empty for a comment or an empty line. */
 std::string nameOfLine(const std::string& line) {
-    const std::string text = trimmed(line.substr(0, line.find('=')));
+    const std::string text(base::trimmed(line.substr(0, line.find('='))));
     return text.empty() || text.front() == '#' ? "" : text;
 }
 
@@ -125,8 +119,8 @@ Aliases readAliases(const std::string& file) {
         }
         const std::size_t equals = line.find('=');
         try {
-            const std::string host =
-                equals == std::string::npos ? "" : trimmed(line.substr(equals + 1));
+            const std::string host(
+                equals == std::string::npos ? "" : base::trimmed(line.substr(equals + 1)));
             checkAliasName(name);
             parseTarget(host);
             aliases[name] = host;
