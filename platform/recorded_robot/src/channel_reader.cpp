@@ -18,12 +18,11 @@ ros2_message::Bytes bytesOf(std::string_view message) {
     return {reinterpret_cast<const unsigned char*>(message.data()), message.size()};
 }
 
-std::optional<KVFrame> ros2Frame(std::string_view message, std::string_view schema) {
+std::optional<KVFrame> ros2Frame(Content content, std::string_view message) {
     const auto copy = std::make_shared<const std::string>(message);
-    const bool isRaw =
-        ros2_message::fullTypeName(std::string(schema), "") == "sensor_msgs/msg/Image";
-    picture::ImageResult image = isRaw ? ros2_message::imageOf(bytesOf(*copy), copy, 0)
-                                       : ros2_message::compressedImageOf(bytesOf(*copy), copy, 0);
+    picture::ImageResult image = content == Content::Ros2Picture
+                                     ? ros2_message::imageOf(bytesOf(*copy), copy, 0)
+                                     : ros2_message::compressedImageOf(bytesOf(*copy), copy, 0);
     return image.fProblem.empty() ? std::optional(std::move(image.fFrame)) : std::nullopt;
 }
 
@@ -34,25 +33,11 @@ std::optional<KVFrame> frameOf(Content content, std::string_view message, std::s
         case Content::JsonPicture:
             return recordedJsonFrame(message, schema);
         default:
-            return ros2Frame(message, schema);
+            return ros2Frame(content, message);
     }
 }
 
 }  // namespace
-
-bool hasFields(Content content) {
-    return content == Content::JsonFields || content == Content::ProtobufFields ||
-           content == Content::Ros2Fields;
-}
-
-bool hasValues(Content content) {
-    return content == Content::Value || content == Content::Group || hasFields(content);
-}
-
-bool hasPictures(Content content) {
-    return content == Content::Picture || content == Content::JsonPicture ||
-           content == Content::Ros2Picture;
-}
 
 std::int64_t timeOf(const recording::Message& message) {
     const std::uint64_t time = message.fPublishTime != 0 ? message.fPublishTime : message.fLogTime;

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <limits>
 #include <recorded_robot/protobuf_fields.h>
+#include <ros2_message/message_values.h>
 #include <stdexcept>
 
 namespace recorded_robot {
@@ -33,12 +34,6 @@ class SilentErrors : public pb::DescriptorPool::ErrorCollector {
 
     std::string fFirst;
 };
-
-KVValue unsignedValue(std::uint64_t number) {
-    constexpr auto largest = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
-    return number <= largest ? KVValue(static_cast<std::int64_t>(number))
-                             : KVValue(static_cast<double>(number));
-}
 
 KVValue textOrBytes(const std::string& bytes, bool isText) {
     if (isText) {
@@ -65,8 +60,9 @@ KVValue valueOf(const pb::Message& message, const pb::FieldDescriptor& field, in
             return isOne ? reflection.GetUInt32(message, &field)
                          : reflection.GetRepeatedUInt32(message, &field, index);
         case Field::CPPTYPE_UINT64:
-            return unsignedValue(isOne ? reflection.GetUInt64(message, &field)
-                                       : reflection.GetRepeatedUInt64(message, &field, index));
+            return ros2_message::valueOf(
+                isOne ? reflection.GetUInt64(message, &field)
+                      : reflection.GetRepeatedUInt64(message, &field, index));
         case Field::CPPTYPE_DOUBLE:
             return isOne ? reflection.GetDouble(message, &field)
                          : reflection.GetRepeatedDouble(message, &field, index);

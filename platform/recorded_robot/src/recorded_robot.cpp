@@ -51,8 +51,10 @@ RecordedChannel ros2Channel(const Channel& channel, const Schema* schema) {
         return result;
     }
     const std::string type = ros2_message::fullTypeName(schema->fName, "");
-    if (type == "sensor_msgs/msg/Image" || type == "sensor_msgs/msg/CompressedImage") {
+    if (type == "sensor_msgs/msg/Image") {
         result.fContent = Content::Ros2Picture;
+    } else if (type == "sensor_msgs/msg/CompressedImage") {
+        result.fContent = Content::Ros2CompressedPicture;
     } else {
         result.fContent = Content::Ros2Fields;
         result.fName = ros2_message::prefixFor('/' + result.fName, type);
@@ -163,6 +165,20 @@ std::string listed(const std::vector<RecordedRobot>& robots, const std::string& 
 }
 
 }  // namespace
+
+bool hasFields(Content content) {
+    return content == Content::JsonFields || content == Content::ProtobufFields ||
+           content == Content::Ros2Fields;
+}
+
+bool hasValues(Content content) {
+    return content == Content::Value || content == Content::Group || hasFields(content);
+}
+
+bool hasPictures(Content content) {
+    return content == Content::Picture || content == Content::JsonPicture ||
+           content == Content::Ros2Picture || content == Content::Ros2CompressedPicture;
+}
 
 std::string displayName(const RecordedRobot& robot, const std::string& file) {
     const std::string name =

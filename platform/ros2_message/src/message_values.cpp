@@ -33,13 +33,8 @@ KVValue readValue(CdrReader& reader, FieldKind kind) {
             return std::int64_t{reader.number<std::uint32_t>()};
         case FieldKind::Int64:
             return reader.number<std::int64_t>();
-        case FieldKind::UInt64: {
-            // A value has a sign; larger numbers lose their last digits.
-            const auto number = reader.number<std::uint64_t>();
-            const auto limit = static_cast<std::uint64_t>(INT64_MAX);
-            return number <= limit ? KVValue(static_cast<std::int64_t>(number))
-                                   : KVValue(static_cast<double>(number));
-        }
+        case FieldKind::UInt64:
+            return valueOf(reader.number<std::uint64_t>());
         case FieldKind::Float32:
             return double{reader.number<float>()};
         case FieldKind::Float64:
@@ -283,6 +278,11 @@ MessageValues valuesOf(const MessageType& type, const std::string& topic, Bytes 
         result.fValues.clear();
     }
     return std::move(result);
+}
+
+KVValue valueOf(std::uint64_t number) {
+    return number <= INT64_MAX ? KVValue(static_cast<std::int64_t>(number))
+                               : KVValue(static_cast<double>(number));
 }
 
 std::int64_t readTime(CdrReader& reader) {

@@ -53,6 +53,7 @@ class Choice {
             case Content::Picture:
             case Content::JsonPicture:
             case Content::Ros2Picture:
+            case Content::Ros2CompressedPicture:
                 return xIsCamera(channel.fName);
             case Content::Events:
                 return !fChoice.fPatterns.empty() || !fChoice.fCameras.empty();

@@ -102,8 +102,7 @@ bool needsCheck(const recorded_robot::RecordedRobot& robot) {
            std::any_of(robot.fChannels.begin(), robot.fChannels.end(), [](const auto& each) {
                const Content content = each.second.fContent;
                return content == Content::ProtobufFields || content == Content::Ros2Fields ||
-                      content == Content::Picture || content == Content::JsonPicture ||
-                      content == Content::Ros2Picture;
+                      hasPictures(content);
            });
 }
 

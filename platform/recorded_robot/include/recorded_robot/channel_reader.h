@@ -17,12 +17,6 @@
 
 namespace recorded_robot {
 
-/** Returns true if each field of a message is a key. */
-bool hasFields(Content content);
-/** Returns true if messages have values of keys. */
-bool hasValues(Content content);
-bool hasPictures(Content content);
-
 /** Returns the robot's time of a message, or ours if it has none, in microseconds since 1970. */
 std::int64_t timeOf(const recording::Message& message);
 

@@ -13,17 +13,24 @@ namespace recorded_robot {
 
 /** The contents of a channel's messages. */
 enum class Content {
-    Value,           ///< {"value": ...} of one key
-    Group,           ///< {"KEY": ...} of several keys
-    JsonFields,      ///< any JSON: each field is a key
-    ProtobufFields,  ///< any protobuf message: each field is a key
-    Ros2Fields,      ///< any message of ROS 2: each field is a key
-    Picture,         ///< a frame in protobuf
-    JsonPicture,     ///< a frame in JSON
-    Ros2Picture,     ///< a frame as ROS 2 sends it
-    Events,          ///< events of the robot
+    Value,                  ///< {"value": ...} of one key
+    Group,                  ///< {"KEY": ...} of several keys
+    JsonFields,             ///< any JSON: each field is a key
+    ProtobufFields,         ///< any protobuf message: each field is a key
+    Ros2Fields,             ///< any message of ROS 2: each field is a key
+    Picture,                ///< a frame in protobuf
+    JsonPicture,            ///< a frame in JSON
+    Ros2Picture,            ///< a frame in sensor_msgs/Image
+    Ros2CompressedPicture,  ///< a frame in sensor_msgs/CompressedImage
+    Events,                 ///< events of the robot
     Unknown
 };
+
+/** Returns true if each field of a message is a key. */
+bool hasFields(Content content);
+/** Returns true if messages have values of keys. */
+bool hasValues(Content content);
+bool hasPictures(Content content);
 
 /** The meaning of a channel. The texts are untrusted. */
 struct RecordedChannel {

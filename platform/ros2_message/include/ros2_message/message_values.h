@@ -49,6 +49,9 @@ struct MessageValues {
 MessageValues valuesOf(const MessageType& type, const std::string& topic, Bytes message,
                        std::int64_t time);
 
+/** Returns an Int, or a Float for a number above its range, which loses the last digits. */
+KVValue valueOf(std::uint64_t number);
+
 /** Reads a point in time of a message: microseconds. */
 std::int64_t readTime(CdrReader& reader);
 
