@@ -117,4 +117,28 @@ std::optional<KVValue> valueOfJson(std::string_view text, LargeIntegers largeInt
     return builder.takeValue();
 }
 
+std::optional<KVValue> valueOfMessage(std::string_view message, std::size_t mostBytes) {
+    if (message.size() > mostBytes) {
+        return std::nullopt;
+    }
+    try {
+        return valueOfJson(message, LargeIntegers::BecomeFloats);
+    } catch (const JsonLimit&) {
+        return std::nullopt;
+    }
+}
+
+std::optional<KVValue::Map> mapOfMessage(std::string_view message, std::size_t mostBytes) {
+    const std::optional<KVValue> value = valueOfMessage(message, mostBytes);
+    return value && value->type() == KVValue::Type::Map ? std::optional(value->toMap())
+                                                        : std::nullopt;
+}
+
+std::string textOf(const KVValue::Map& map, const std::string& key) {
+    const auto found = map.find(key);
+    return found != map.end() && found->second.type() == KVValue::Type::String
+               ? found->second.toString()
+               : std::string();
+}
+
 }  // namespace recorded_robot

@@ -190,12 +190,6 @@ std::uint32_t numberOf(const KVValue::Map& map, const std::string& key) {
     return number >= 0 && number <= UINT32_MAX ? static_cast<std::uint32_t>(number) : 0;
 }
 
-std::string textOf(const KVValue::Map& map, const std::string& key) {
-    const auto found = map.find(key);
-    const bool isText = found != map.end() && found->second.type() == KVValue::Type::String;
-    return isText ? found->second.toString() : std::string();
-}
-
 }  // namespace
 
 std::optional<KVFrame> recordedFrame(std::string_view message, std::string_view schema) {
@@ -207,26 +201,14 @@ std::optional<KVFrame> recordedFrame(std::string_view message, std::string_view 
 }
 
 std::optional<KVFrame> recordedJsonFrame(std::string_view message, std::string_view schema) {
-    if (message.size() > a_longestJson) {
-        return std::nullopt;
-    }
-    std::optional<KVValue> value;
-    try {
-        value = valueOfJson(message, LargeIntegers::BecomeFloats);
-    } catch (const JsonLimit&) {
-        return std::nullopt;
-    }
-    if (!value || value->type() != KVValue::Type::Map) {
-        return std::nullopt;
-    }
-    const KVValue::Map& map = value->toMap();
-    const std::optional<std::string> data = bytesOfBase64(textOf(map, "data"));
+    const std::optional<KVValue::Map> map = mapOfMessage(message, a_longestJson);
+    const auto data = map ? bytesOfBase64(textOf(*map, "data")) : std::nullopt;
     if (!data) {
         return std::nullopt;
     }
-    const std::string format = textOf(map, schema == a_rawImage ? "encoding" : "format");
+    const std::string format = textOf(*map, schema == a_rawImage ? "encoding" : "format");
     return frameOf(
-        {format, *data, numberOf(map, "width"), numberOf(map, "height"), numberOf(map, "step")},
+        {format, *data, numberOf(*map, "width"), numberOf(*map, "height"), numberOf(*map, "step")},
         schema);
 }
 

@@ -14,25 +14,6 @@ constexpr std::size_t a_longestMessage = std::size_t{64} << 20U;
 
 constexpr std::string_view a_valueStart = "{\"value\":";
 
-std::optional<KVValue> jsonOf(std::string_view message) {
-    if (message.size() > a_longestMessage) {
-        return std::nullopt;
-    }
-    try {
-        return valueOfJson(message, LargeIntegers::BecomeFloats);
-    } catch (const JsonLimit&) {
-        return std::nullopt;
-    }
-}
-
-std::optional<KVValue::Map> mapOf(std::string_view message) {
-    const std::optional<KVValue> value = jsonOf(message);
-    if (!value || value->type() != KVValue::Type::Map) {
-        return std::nullopt;
-    }
-    return value->toMap();
-}
-
 /** JSON has no NaN and no infinities, so they are recorded as texts. */
 KVValue floatOf(const KVValue& value) {
     if (value.type() == KVValue::Type::Int) {
@@ -111,13 +92,6 @@ void takeField(const KVValue& value, const std::string& path, const TakeValue& t
     }
 }
 
-std::string textOf(const KVValue::Map& map, const std::string& key) {
-    const auto found = map.find(key);
-    return found != map.end() && found->second.type() == KVValue::Type::String
-               ? found->second.toString()
-               : std::string();
-}
-
 }  // namespace
 
 std::optional<KVValue> recordedValue(std::string_view message, std::string_view schema) {
@@ -126,7 +100,7 @@ std::optional<KVValue> recordedValue(std::string_view message, std::string_view 
             return *number;
         }
     }
-    const std::optional<KVValue::Map> map = mapOf(message);
+    const std::optional<KVValue::Map> map = mapOfMessage(message, a_longestMessage);
     if (!map) {
         return std::nullopt;
     }
@@ -150,7 +124,7 @@ std::optional<KVValue> recordedValue(std::string_view message, std::string_view 
 }
 
 void takeGroup(std::string_view message, const TakeValue& take) {
-    if (const std::optional<KVValue::Map> map = mapOf(message)) {
+    if (const std::optional<KVValue::Map> map = mapOfMessage(message, a_longestMessage)) {
         for (const auto& [key, value] : *map) {
             if (!key.empty()) {
                 take(key, withBytes(value));
@@ -160,13 +134,13 @@ void takeGroup(std::string_view message, const TakeValue& take) {
 }
 
 void takeFields(std::string_view message, const std::string& path, const TakeValue& take) {
-    if (const std::optional<KVValue> value = jsonOf(message)) {
+    if (const std::optional<KVValue> value = valueOfMessage(message, a_longestMessage)) {
         takeField(*value, path, take);
     }
 }
 
 std::optional<RecordedEvent> recordedEvent(std::string_view message) {
-    const std::optional<KVValue::Map> map = mapOf(message);
+    const std::optional<KVValue::Map> map = mapOfMessage(message, a_longestMessage);
     if (!map) {
         return std::nullopt;
     }

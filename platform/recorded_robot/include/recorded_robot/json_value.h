@@ -3,6 +3,7 @@
 
 #include <robaxi/kv_value.h>
 
+#include <cstddef>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -29,6 +30,14 @@ enum class LargeIntegers {
  *        too large
  */
 std::optional<KVValue> valueOfJson(std::string_view text, LargeIntegers largeIntegers);
+
+/** Returns the value of a recorded message, in which large integers become floats; nothing if it is
+ *  too long, not JSON or not a valid value. */
+std::optional<KVValue> valueOfMessage(std::string_view message, std::size_t mostBytes);
+/** Returns the entries of a message that is an object. */
+std::optional<KVValue::Map> mapOfMessage(std::string_view message, std::size_t mostBytes);
+/** Returns the text of an entry; empty without one. */
+std::string textOf(const KVValue::Map& map, const std::string& key);
 
 }  // namespace recorded_robot
 
