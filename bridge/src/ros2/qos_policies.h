@@ -1,6 +1,8 @@
 #ifndef OBVISTA_BRIDGE_ROS2_QOS_POLICIES_H
 #define OBVISTA_BRIDGE_ROS2_QOS_POLICIES_H
 
+#include <base/free_with.h>
+
 #include <dds/dds.h>
 #include <memory>
 #include <string>
@@ -21,11 +23,7 @@ struct QosPolicies {
     bool operator<(const QosPolicies& other) const;
 };
 
-/** Frees an object of the library. */
-struct QosEnd {
-    void operator()(dds_qos_t* qos) const { dds_delete_qos(qos); }
-};
-using Qos = std::unique_ptr<dds_qos_t, QosEnd>;
+using Qos = std::unique_ptr<dds_qos_t, base::FreeWith<dds_delete_qos>>;
 
 /** Returns a request that every writer can fulfil; of a latched topic, for what has been written
  *  before. @param depth number of samples that are kept until they are taken */

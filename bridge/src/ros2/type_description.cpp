@@ -2,6 +2,8 @@
 
 #include "ros2/names.h"
 
+#include <base/free_with.h>
+
 #include <ros2_message/message_values.h>
 
 // The headers include each other, and compile in this order only.
@@ -33,11 +35,7 @@ constexpr std::size_t a_mostFields = 4096;  // of a type with all its parts
 constexpr int a_deepest = 12;
 constexpr std::uint64_t a_largestArray = 1U << 24U;  // elements
 
-/** Frees an object of the library. */
-struct TypeObjectEnd {
-    void operator()(dds_typeobj_t* object) const { dds_free_typeobj(object); }
-};
-using TypeObject = std::unique_ptr<dds_typeobj_t, TypeObjectEnd>;
+using TypeObject = std::unique_ptr<dds_typeobj_t, base::FreeWith<dds_free_typeobj>>;
 
 std::optional<FieldKind> primitiveKind(std::uint8_t kind) {
     switch (kind) {

@@ -1,5 +1,6 @@
 #include "address_queries.h"
 
+#include <base/free_with.h>
 #include <base/gate.h>
 
 #include <avahi-client/client.h>
@@ -32,18 +33,6 @@ constexpr std::chrono::seconds a_patience(5);
 constexpr std::chrono::milliseconds a_resolutionDelay(50);
 /** Each query needs two of the 1024 objects that the daemon allows a client. */
 constexpr std::size_t a_mostQueries = 500;
-
-template <auto Free>
-struct FreeWith {
-    template <class Object>
-    void operator()(Object* object) const {
-        Free(object);
-    }
-};
-
-/** Avahi requires a callback for the client's state. */
-void ignoreState(AvahiClient* /*client*/, AvahiClientState /*state*/, void* /*userData*/) {
-}
 
 /** Returns the text of an address in a DNS record; empty if it is not one. */
 std::string addressText(const void* data, std::size_t size, AvahiIfIndex interface) {
@@ -90,8 +79,8 @@ class AddressQueries::Client {
     Client& operator=(const Client&) = delete;
 
     void connect() {
-        fClient.reset(avahi_client_new(avahi_threaded_poll_get(fPoll.get()), {}, ignoreState,
-                                       nullptr, nullptr));
+        fClient.reset(
+            avahi_client_new(avahi_threaded_poll_get(fPoll.get()), {}, nullptr, nullptr, nullptr));
         if (fClient != nullptr) {
             avahi_threaded_poll_start(fPoll.get());
         }
@@ -151,9 +140,9 @@ class AddressQueries::Client {
     // Guarded by the poll's lock.
     std::list<Query> fQueries;
     std::deque<Waiting> fWaiting;
-    std::unique_ptr<AvahiThreadedPoll, FreeWith<avahi_threaded_poll_free>> fPoll;
+    std::unique_ptr<AvahiThreadedPoll, base::FreeWith<avahi_threaded_poll_free>> fPoll;
     // Owns the browsers.
-    std::unique_ptr<AvahiClient, FreeWith<avahi_client_free>> fClient;
+    std::unique_ptr<AvahiClient, base::FreeWith<avahi_client_free>> fClient;
 };
 
 void AddressQueries::Client::xStartWaiting() {

@@ -3,6 +3,8 @@
 
 #include "sighting_registry.h"
 
+#include <base/free_with.h>
+
 #include <avahi-client/client.h>
 #include <avahi-client/lookup.h>
 #include <avahi-common/watch.h>
@@ -65,10 +67,7 @@ class AvahiConnection {
     void unwatchAddresses(const std::string& key);
 
   private:
-    struct ClientDeleter {
-        void operator()(AvahiClient* client) const { avahi_client_free(client); }
-    };
-    using ClientPointer = std::unique_ptr<AvahiClient, ClientDeleter>;
+    using ClientPointer = std::unique_ptr<AvahiClient, base::FreeWith<avahi_client_free>>;
 
     /** One D-Bus connection: the daemon limits the objects of each to about a thousand. */
     struct Lane {

@@ -3,6 +3,8 @@
 
 #include "avahi_connection.h"
 
+#include <base/free_with.h>
+
 #include <avahi-common/thread-watch.h>
 
 #include <chrono>
@@ -30,10 +32,6 @@ class AvahiSession final : public AvahiConnectionListener {
     ~AvahiSession() override;
 
   private:
-    struct PollDeleter {
-        void operator()(AvahiThreadedPoll* poll) const { avahi_threaded_poll_free(poll); }
-    };
-
     bool onSeen(const Sighting& sighting) override;
     void onResolved(const Sighting& sighting, const char* hostName, int port) override;
     void onUnresolved(const Sighting& sighting) override;
@@ -54,7 +52,7 @@ class AvahiSession final : public AvahiConnectionListener {
     ChangeHandler fHandler;
     SightingRegistry fRegistry;
     std::chrono::milliseconds fDelay;
-    std::unique_ptr<AvahiThreadedPoll, PollDeleter> fPoll;
+    std::unique_ptr<AvahiThreadedPoll, base::FreeWith<avahi_threaded_poll_free>> fPoll;
     AvahiTimeout* fTimer = nullptr;
     std::unique_ptr<AvahiConnection> fConnection;
 };

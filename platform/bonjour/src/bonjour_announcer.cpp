@@ -1,6 +1,7 @@
 #include "host_name.h"
 
 #include <base/file_descriptor.h>
+#include <base/free_with.h>
 #include <base/gate.h>
 #include <base/lookups.h>
 #include <base/safe_text.h>
@@ -31,18 +32,7 @@ namespace {
 constexpr unsigned a_reconnectMilliseconds = 50;
 constexpr unsigned a_retryMilliseconds = 1000;
 
-struct FreeGroup {
-    void operator()(AvahiEntryGroup* group) const { avahi_entry_group_free(group); }
-};
-using Group = std::unique_ptr<AvahiEntryGroup, FreeGroup>;
-
-struct FreeClient {
-    void operator()(AvahiClient* client) const { avahi_client_free(client); }
-};
-
-struct FreePoll {
-    void operator()(AvahiThreadedPoll* poll) const { avahi_threaded_poll_free(poll); }
-};
+using Group = std::unique_ptr<AvahiEntryGroup, base::FreeWith<avahi_entry_group_free>>;
 
 /** The announcements that the owner wants. */
 struct Wanted {
@@ -114,12 +104,12 @@ struct BonjourAnnouncer::Private {
     std::function<void(const std::string&)> fSay;
     Wanted fWanted;
     std::string fLastTrouble;
-    std::unique_ptr<AvahiThreadedPoll, FreePoll> fPoll;
+    std::unique_ptr<AvahiThreadedPoll, base::FreeWith<avahi_threaded_poll_free>> fPoll;
     AvahiTimeout* fTimer = nullptr;
     AvahiWatch* fWatch = nullptr;
     bool fConnectPending = true;
     bool fRenamePending = false;
-    std::unique_ptr<AvahiClient, FreeClient> fClient;
+    std::unique_ptr<AvahiClient, base::FreeWith<avahi_client_free>> fClient;
     Group fHost;  // the address record of the robot's separate host name
     std::vector<Published> fPublished;
 };

@@ -59,7 +59,8 @@ bool isAddressLiteral(const std::string& hostName) {
     const std::string text(base::trimmed(hostName));
     // inet_aton() stops at the first blank and would accept names that only start like an address.
     in_addr ipv4 = {};
-    if (text.find_first_of(base::a_blanks) == std::string::npos && inet_aton(text.c_str(), &ipv4) != 0) {
+    if (text.find_first_of(base::a_blanks) == std::string::npos &&
+        inet_aton(text.c_str(), &ipv4) != 0) {
         return true;
     }
     return base::isIPv6(text.substr(0, text.find('%')));

@@ -3,12 +3,14 @@
 #include <base/time.h>
 
 #include <cerrno>
+#include <codec/gstreamer.h>
 #include <condition_variable>
 #include <fcntl.h>
 #include <gst/app/gstappsrc.h>
 #include <gst/gst.h>
 #include <matroska/matroska_writer.h>
 #include <mutex>
+#include <stdexcept>
 #include <system_error>
 
 namespace matroska {
@@ -19,34 +21,17 @@ constexpr guint64 a_maxWaiting = guint64{8} * 1024 * 1024;
 /** Microseconds since 1970: until the year 2200, within the range of Matroska's dates. */
 constexpr std::int64_t a_latestStart = 7'258'118'400 * base::a_microsecondsPerSecond;
 
-struct Unref {
-    void operator()(GstObject* object) const { gst_object_unref(object); }
-    void operator()(GstElement* element) const { gst_object_unref(element); }
-    void operator()(GstBus* bus) const { gst_object_unref(bus); }
-    void operator()(GstCaps* caps) const { gst_caps_unref(caps); }
-    void operator()(GError* error) const { g_error_free(error); }
-    void operator()(GDateTime* time) const { g_date_time_unref(time); }
-};
-template <typename Object>
-using Owned = std::unique_ptr<Object, Unref>;
+using codec::GStreamerPointer;
 
-/** @return empty, or the reason why GStreamer cannot be used */
-std::string startGStreamer() {
-    GError* raw = nullptr;
-    if (gst_init_check(nullptr, nullptr, &raw) != FALSE) {
-        return {};
-    }
-    const Owned<GError> error(raw);
-    return std::string("GStreamer cannot be started: ") + error->message;
-}
-
-/**
- * Once for the process: on the first recording, since it takes a while, never when the plugin is
- * loaded.
- */
+/** Is called for a recording, never when the plugin is loaded, since the first call takes a while.
+ *  @return empty, or the reason why GStreamer cannot be used */
 std::string ensureGStreamer() {
-    static const std::string failure = startGStreamer();
-    return failure;
+    try {
+        codec::startGStreamer();
+        return {};
+    } catch (const std::runtime_error& failure) {
+        return failure.what();
+    }
 }
 
 /** An element of the pipeline and its Debian package. */
@@ -90,8 +75,8 @@ GstBuffer* makeBuffer(const EncodedPicture& picture) {
 
 struct MatroskaWriter::Private {
     Settings fSettings;
-    Owned<GstElement> fPipeline;
-    Owned<GstBus> fBus;
+    GStreamerPointer<GstElement> fPipeline;
+    GStreamerPointer<GstBus> fBus;
     GstAppSrc* fSource = nullptr;  // the pipeline's
 
     mutable std::mutex fMutex;
@@ -171,7 +156,7 @@ struct MatroskaWriter::Private {
 
     void setUpSource(GstElement* element) {
         fSource = GST_APP_SRC(element);
-        const Owned<GstCaps> caps(
+        const GStreamerPointer<GstCaps> caps(
             gst_caps_from_string(fSettings.fFormat == KVPixelFormat::H264
                                      ? "video/x-h264,stream-format=byte-stream,alignment=au"
                                      : "image/jpeg"));
@@ -197,7 +182,7 @@ struct MatroskaWriter::Private {
         if (fSettings.fStart < 0 || fSettings.fStart > a_latestStart) {
             return;
         }
-        const Owned<GDateTime> start(
+        const GStreamerPointer<GDateTime> start(
             g_date_time_new_from_unix_utc(fSettings.fStart / base::a_microsecondsPerSecond));
         g_object_set(element, "creation-time", start.get(), nullptr);
     }
@@ -259,7 +244,7 @@ struct MatroskaWriter::Private {
         } else if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
             GError* raw = nullptr;
             gst_message_parse_error(message, &raw, nullptr);
-            const Owned<GError> error(raw);
+            const GStreamerPointer<GError> error(raw);
             const bool isFull =
                 g_error_matches(raw, GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_NO_SPACE_LEFT) != FALSE;
             self->fail(isFull ? a_fullText : writeFailureText(self->fSettings.fFile, raw->message));

@@ -1,5 +1,6 @@
 #include "compression.h"
 
+#include <base/free_with.h>
 #include <base/safe_text.h>
 
 #include <cstring>
@@ -26,15 +27,6 @@ Context* checked(Context* context) {
     }
     return context;
 }
-
-struct FreeZstd {
-    void operator()(ZSTD_CCtx* context) const { ZSTD_freeCCtx(context); }
-    void operator()(ZSTD_DCtx* context) const { ZSTD_freeDCtx(context); }
-};
-
-struct FreeLz4 {
-    void operator()(LZ4F_dctx* context) const { LZ4F_freeDecompressionContext(context); }
-};
 
 }  // namespace
 
@@ -74,7 +66,7 @@ std::string shownCompression(std::string_view name) {
 }
 
 struct Compressor::Contexts {
-    std::unique_ptr<ZSTD_CCtx, FreeZstd> fZstd{checked(ZSTD_createCCtx())};
+    std::unique_ptr<ZSTD_CCtx, base::FreeWith<ZSTD_freeCCtx>> fZstd{checked(ZSTD_createCCtx())};
     int fLevel = 1;
 };
 
@@ -110,8 +102,8 @@ Compressor::Result Compressor::compress(std::string_view data) {
 }
 
 struct Decompressor::Contexts {
-    std::unique_ptr<ZSTD_DCtx, FreeZstd> fZstd;
-    std::unique_ptr<LZ4F_dctx, FreeLz4> fLz4;
+    std::unique_ptr<ZSTD_DCtx, base::FreeWith<ZSTD_freeDCtx>> fZstd;
+    std::unique_ptr<LZ4F_dctx, base::FreeWith<LZ4F_freeDecompressionContext>> fLz4;
 };
 
 Decompressor::Decompressor() : fContexts(std::make_unique<Contexts>()) {

@@ -1,5 +1,7 @@
 #include "network/avahi_client.h"
 
+#include <base/free_with.h>
+
 #include <avahi-client/client.h>
 #include <avahi-client/lookup.h>
 #include <avahi-common/error.h>
@@ -12,25 +14,13 @@ namespace robaxi_tool {
 
 namespace {
 
-template <auto Free>
-struct FreeWith {
-    template <class Object>
-    void operator()(Object* object) const {
-        Free(object);
-    }
-};
-
-using SimplePoll = std::unique_ptr<AvahiSimplePoll, FreeWith<avahi_simple_poll_free>>;
-using Client = std::unique_ptr<AvahiClient, FreeWith<avahi_client_free>>;
+using SimplePoll = std::unique_ptr<AvahiSimplePoll, base::FreeWith<avahi_simple_poll_free>>;
+using Client = std::unique_ptr<AvahiClient, base::FreeWith<avahi_client_free>>;
 
 using Clock = std::chrono::steady_clock;
 
 /** Milliseconds between two looks at the clock. */
 constexpr int a_turn = 100;
-
-/** Avahi requires a callback for the client's state. */
-void ignoreState(AvahiClient* /*client*/, AvahiClientState /*state*/, void* /*userData*/) {
-}
 
 std::string textOf(const char* text) {
     return text == nullptr ? std::string() : text;
@@ -61,7 +51,7 @@ AvahiState askAvahi() {
     const SimplePoll poll(avahi_simple_poll_new());
     int error = AVAHI_OK;
     const Client client(avahi_client_new(avahi_simple_poll_get(poll.get()), AVAHI_CLIENT_NO_FAIL,
-                                         ignoreState, nullptr, &error));
+                                         nullptr, nullptr, &error));
     if (client == nullptr) {
         // The client would wait for a missing daemon, so "no daemon" can only refer to the bus.
         state.fBusError = error == AVAHI_ERR_NO_DAEMON ? "no connection" : avahi_strerror(error);
@@ -81,7 +71,7 @@ std::optional<ServiceLocation> locateService(const std::string& instance, const 
     const SimplePoll poll(avahi_simple_poll_new());
     ServiceSearch search{poll.get(), {}};
     const Client client(
-        avahi_client_new(avahi_simple_poll_get(poll.get()), {}, ignoreState, nullptr, nullptr));
+        avahi_client_new(avahi_simple_poll_get(poll.get()), {}, nullptr, nullptr, nullptr));
     if (client == nullptr) {
         return {};
     }

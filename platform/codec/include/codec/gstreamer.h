@@ -18,6 +18,7 @@ struct GStreamerEnd {
     void operator()(GstElement* element) const { gst_object_unref(element); }
     void operator()(GstSample* sample) const { gst_sample_unref(sample); }
     void operator()(GstStructure* structure) const { gst_structure_free(structure); }
+    void operator()(GDateTime* time) const { g_date_time_unref(time); }
     void operator()(GError* error) const { g_error_free(error); }
     void operator()(gchar* text) const { g_free(text); }
 };
