@@ -1,3 +1,5 @@
+#include "binary_value.h"
+
 #include <bonjour/bonjour_discovery.h>
 #include <bonjour/bonjour_profile.h>
 
@@ -11,12 +13,7 @@ namespace {
 
 using KV::BonjourDiscovery;
 using KV::BonjourProfile;
-
-KVValue bytes(const std::string& content) {
-    KVValue value;
-    value.SetBinary(content.data(), static_cast<int>(content.size()));
-    return value;
-}
+using obvista_test::binaryValue;
 
 TEST(BonjourDiscovery, namesTheServiceTypesAndThePortOfTheMiddleware) {
     EXPECT_EQ(BonjourDiscovery::fRobaxServiceType, "_robax._tcp");
@@ -42,14 +39,14 @@ TEST(BonjourProfile, knowsItsServicesByTheirWholeType) {
 
 TEST(BonjourProfile, givesBackTheIconItWasGiven) {
     BonjourProfile profile;
-    profile.setBitmapBinary(bytes("picture"));
+    profile.setBitmapBinary(binaryValue("picture"));
     EXPECT_TRUE(profile.hasBitmapBinary());
-    EXPECT_EQ(profile.getBitmapBinary(), bytes("picture"));
+    EXPECT_EQ(profile.getBitmapBinary(), binaryValue("picture"));
 }
 
 TEST(BonjourProfile, countsNoBytesAndOtherValuesAsNoIcon) {
     BonjourProfile profile;
-    profile.setBitmapBinary(bytes(""));
+    profile.setBitmapBinary(binaryValue(""));
     EXPECT_FALSE(profile.hasBitmapBinary());
     profile.setBitmapBinary(KVValue("a text"));
     EXPECT_FALSE(profile.hasBitmapBinary());
@@ -59,13 +56,13 @@ TEST(BonjourProfile, guardsItsIconByItselfWhileItsLockIsHeldForReading) {
     BonjourProfile profile;
     std::thread writer([&profile] {
         for (int round = 0; round < 1000; ++round) {
-            profile.setBitmapBinary(bytes("picture"));
+            profile.setBitmapBinary(binaryValue("picture"));
         }
     });
     for (int round = 0; round < 1000; ++round) {
         const KVCriticalSectionRead lock(profile.fMutex);
         if (profile.hasBitmapBinary()) {
-            EXPECT_EQ(profile.getBitmapBinary(), bytes("picture"));
+            EXPECT_EQ(profile.getBitmapBinary(), binaryValue("picture"));
         }
     }
     writer.join();

@@ -13,6 +13,7 @@
 using KD::BonjourListeningThread;
 using KD::HttpDownloadObject;
 using KD::ImageGrabber;
+using obvista_test::answerCutAfter;
 using obvista_test::answerThenSilence;
 using obvista_test::answerWith;
 using obvista_test::CapturedStderr;
@@ -31,12 +32,6 @@ struct Server : ScriptedHttpServer {
     explicit Server(QList<ScriptedAnswer> answers)
         : ScriptedHttpServer(std::move(answers), QHostAddress(a_address), 80) {}
 };
-
-ScriptedAnswer answerCutAfter(const QByteArray& part) {
-    ScriptedAnswer answer;
-    answer.fBytes = "HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n" + part;
-    return answer;
-}
 
 int downloadsOf(const ImageGrabber& grabber) {
     return grabber.findChildren<HttpDownloadObject*>().size();

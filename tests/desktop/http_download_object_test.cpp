@@ -11,6 +11,7 @@
 #include <QtTest>
 
 using KD::HttpDownloadObject;
+using obvista_test::answerCutAfter;
 using obvista_test::answerThenSilence;
 using obvista_test::answerWith;
 using obvista_test::CapturedStderr;
@@ -55,13 +56,6 @@ struct Download {
     std::unique_ptr<HttpDownloadObject> fObject;
     QSignalSpy fFinished;
 };
-
-/** Returns an answer that announces more than it sends. */
-ScriptedAnswer answerCutAfter(const QByteArray& part) {
-    ScriptedAnswer answer;
-    answer.fBytes = "HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n" + part;
-    return answer;
-}
 
 QString failureLine(const QString& url, const QString& error, const QString& consequence) {
     return QStringLiteral("Unable to download the file ") + url + QStringLiteral(" : ") + error +

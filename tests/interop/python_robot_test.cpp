@@ -2,6 +2,7 @@
 #include "certificates.h"
 #include "frame_listener.h"
 #include "recording_listener.h"
+#include "support/binary_value.h"
 #include "support/child_process.h"
 #include "support/project_files.h"
 #include "test_broker.h"
@@ -25,12 +26,6 @@ using namespace obvista_test;
 using namespace robaxi_test;
 
 namespace {
-
-KVValue binary(const std::string& bytes) {
-    KVValue value;
-    value.SetBinary(bytes.data(), static_cast<int>(bytes.size()));
-    return value;
-}
 
 class PythonRobot : public testing::Test {
   protected:
@@ -120,7 +115,8 @@ TEST_F(PythonRobot, ThatRefusesIsReported) {
 TEST_F(PythonRobot, ReturnsValuesOfEveryType) {
     startRobot();
     KVProxy echo = makeProxy();
-    const KVValue::List list{KVValue(), true, 1, 2.5, "three", binary("four"), KVValue::List{}};
+    const KVValue::List list{KVValue(),           true,           1, 2.5, "three",
+                             binaryValue("four"), KVValue::List{}};
     const KVValue::Map map{{"", 1}, {"ü", list}, {"map", KVValue::Map{{"a", -0.0}}}};
     const std::vector<KVValue> values{KVValue(),
                                       false,
@@ -131,7 +127,7 @@ TEST_F(PythonRobot, ReturnsValuesOfEveryType) {
                                       -std::numeric_limits<double>::infinity(),
                                       "",
                                       std::string("Zürich\0", 8),
-                                      binary(std::string("\0\xff", 2)),
+                                      binaryValue(std::string("\0\xff", 2)),
                                       list,
                                       map};
     for (const KVValue& value : values) {
@@ -163,7 +159,7 @@ TEST_F(PythonRobot, SaysTheCauseOfAnError) {
 
 TEST_F(PythonRobot, TakesLargeMessagesWholeOrInParts) {
     constexpr std::size_t size = std::size_t{3} << 20U;
-    const KVValue large = binary(std::string(size, 'x'));
+    const KVValue large = binaryValue(std::string(size, 'x'));
     for (const std::vector<std::string>& options :
          {std::vector<std::string>{}, std::vector<std::string>{"--no-fragments"}}) {
         startRobot(options);

@@ -36,16 +36,6 @@ double middleOf(const std::pair<double, double>& span) {
     return (span.first + span.second) / 2;
 }
 
-/** Returns true if a curve passes through a column of pixels; grid and texts are grey. */
-bool isCurveAt(const QImage& picture, int x) {
-    for (int y = 0; y < picture.height(); ++y) {
-        if (picture.pixelColor(x, y).saturation() > 60) {
-            return true;
-        }
-    }
-    return false;
-}
-
 /** Returns the longest time between two times in which no curve is drawn, in microseconds. */
 double longestGap(const QImage& picture, const QwtScaleMap& map, double from, double to) {
     double begin = from;

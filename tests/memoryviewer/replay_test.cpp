@@ -63,16 +63,6 @@ QwtScaleMap timesOf(const QwtPlot* plot) {
     return plot->canvasMap(QwtPlot::xBottom);
 }
 
-/** Returns true if a curve passes through a column of pixels; grid and texts are grey. */
-bool isCurveAt(const QImage& picture, int x) {
-    for (int y = 0; y < picture.height(); ++y) {
-        if (picture.pixelColor(x, y).saturation() > 60) {
-            return true;
-        }
-    }
-    return false;
-}
-
 /** Returns true if a column of pixels is filled by the line of the position, except for curves. */
 bool isPositionAt(const QImage& picture, int x, const QColor& colour) {
     int pixels = 0;

@@ -120,4 +120,13 @@ QString RobotWindow::legend(int plot, int row, int column) const {
     return curve != nullptr ? curve->text(column) : QString();
 }
 
+bool isCurveAt(const QImage& picture, int x) {
+    for (int y = 0; y < picture.height(); ++y) {
+        if (picture.pixelColor(x, y).saturation() > 60) {
+            return true;
+        }
+    }
+    return false;
+}
+
 }  // namespace obvista_test

@@ -66,6 +66,9 @@ class RobotWindow {
     QPointer<QDockWidget> fDock;
 };
 
+/** Returns true if a curve passes through a column of pixels; grid and texts are grey. */
+bool isCurveAt(const QImage& picture, int x);
+
 }  // namespace obvista_test
 
 #endif

@@ -1,3 +1,4 @@
+#include "support/binary_value.h"
 #include "test_broker.h"
 
 #include <robaxi/kv_number.h>
@@ -12,17 +13,12 @@
 #include <type_traits>
 
 using namespace robaxi_test;
+using obvista_test::binaryValue;
 
 namespace {
 
 constexpr std::int64_t a_smallest = std::numeric_limits<std::int64_t>::min();
 constexpr std::int64_t a_largest = std::numeric_limits<std::int64_t>::max();
-
-KVValue bytes(const std::string& content) {
-    KVValue value;
-    value.SetBinary(content.data(), static_cast<int>(content.size()));
-    return value;
-}
 
 }  // namespace
 
@@ -88,7 +84,7 @@ TEST(Value, ReadAsAnotherTypeNamesBothTypes) {
     EXPECT_CAUSE(errorOf([] { KVValue(1).toBool(); }), WrongType);
     EXPECT_CAUSE(errorOf([] { KVValue("1").toInt(); }), WrongType);
     EXPECT_CAUSE(errorOf([] { KVValue(true).toFloat(); }), WrongType);
-    EXPECT_CAUSE(errorOf([] { bytes("x").toString(); }), WrongType);
+    EXPECT_CAUSE(errorOf([] { binaryValue("x").toString(); }), WrongType);
 }
 
 TEST(Value, IsANumberForAPlot) {
@@ -96,7 +92,8 @@ TEST(Value, IsANumberForAPlot) {
     EXPECT_EQ(KV::numberOf(KVValue(false)), 0.0);
     EXPECT_EQ(KV::numberOf(KVValue(-7)), -7.0);
     EXPECT_EQ(KV::numberOf(KVValue(0.5)), 0.5);
-    for (const KVValue& other : {KVValue(), KVValue("1"), bytes("1"), KVValue(KVValue::List{1})}) {
+    for (const KVValue& other :
+         {KVValue(), KVValue("1"), binaryValue("1"), KVValue(KVValue::List{1})}) {
         EXPECT_TRUE(std::isnan(KV::numberOf(other)));
     }
 }
@@ -141,9 +138,9 @@ TEST(Value, HasTheSizeOfItsContent) {
 TEST(Value, IsEqualToOneOfTheSameTypeAndContent) {
     EXPECT_EQ(KVValue(std::nan("")), KVValue(std::nan("")));
     EXPECT_NE(KVValue(1), KVValue(1.0));
-    EXPECT_NE(KVValue("x"), bytes("x"));
-    EXPECT_EQ(bytes("x"), bytes("x"));
-    EXPECT_NE(bytes("x"), bytes("y"));
+    EXPECT_NE(KVValue("x"), binaryValue("x"));
+    EXPECT_EQ(binaryValue("x"), binaryValue("x"));
+    EXPECT_NE(binaryValue("x"), binaryValue("y"));
     EXPECT_EQ(KVValue(), KVValue());
     EXPECT_NE(KVValue(true), KVValue(false));
     EXPECT_NE(KVValue(a_largest), KVValue(a_smallest));

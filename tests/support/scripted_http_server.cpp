@@ -51,7 +51,6 @@ class ScriptedHttpServer::Worker : public QObject {
     quint16 fPort = 0;
     QList<QByteArray> fRequests;
     int fOpenConnections = 0;
-    qint64 fBytesSent = 0;
 
   private:
     void accept() {
@@ -62,8 +61,6 @@ class ScriptedHttpServer::Worker : public QObject {
                 change([this] { --fOpenConnections; });
                 socket->deleteLater();
             });
-            connect(socket, &QTcpSocket::bytesWritten, this,
-                    [this](qint64 bytes) { change([this, bytes] { fBytesSent += bytes; }); });
             connect(socket, &QTcpSocket::readyRead, this, [this, socket] { receive(socket); });
         }
     }
@@ -141,6 +138,12 @@ ScriptedAnswer answerWith(const QByteArray& status, const QByteArray& body,
     return answer;
 }
 
+ScriptedAnswer answerCutAfter(const QByteArray& part) {
+    ScriptedAnswer answer;
+    answer.fBytes = "HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n" + part;
+    return answer;
+}
+
 ScriptedAnswer answerThenSilence(const QByteArray& bytes) {
     ScriptedAnswer answer;
     answer.fBytes = bytes;
@@ -175,10 +178,6 @@ QList<QByteArray> ScriptedHttpServer::requests() const {
 
 int ScriptedHttpServer::openConnections() const {
     return fWorker->read(&Worker::fOpenConnections);
-}
-
-qint64 ScriptedHttpServer::bytesSent() const {
-    return fWorker->read(&Worker::fBytesSent);
 }
 
 }  // namespace obvista_test

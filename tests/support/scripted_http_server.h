@@ -33,6 +33,9 @@ struct ScriptedAnswer {
 ScriptedAnswer answerWith(const QByteArray& status, const QByteArray& body,
                           const QByteArray& headerLines = QByteArray());
 
+/** Returns an answer that announces more than it sends. */
+ScriptedAnswer answerCutAfter(const QByteArray& part);
+
 /** Returns an answer of `bytes` that keeps the connection open. */
 ScriptedAnswer answerThenSilence(const QByteArray& bytes);
 
@@ -55,8 +58,6 @@ class ScriptedHttpServer {
     /** Returns the headers of the requests in the order of arrival. */
     QList<QByteArray> requests() const;
     int openConnections() const;
-    /** Returns the bytes of answers that were passed to the network. */
-    qint64 bytesSent() const;
 
   private:
     class Worker;

@@ -1,5 +1,6 @@
 #include "values/value_text.h"
 
+#include "binary_value.h"
 #include "values/value_literal.h"
 
 #include <gtest/gtest.h>
@@ -11,11 +12,7 @@
 namespace robaxi_tool {
 namespace {
 
-KVValue bytes(const std::string& text) {
-    KVValue value;
-    value.SetBinary(text.data(), static_cast<int>(text.size()));
-    return value;
-}
+using obvista_test::binaryValue;
 
 TEST(ValueText, ScalarsAreShownAsTheyAreTyped) {
     EXPECT_EQ("true", valueText(true));
@@ -24,7 +21,7 @@ TEST(ValueText, ScalarsAreShownAsTheyAreTyped) {
     EXPECT_EQ("2.0", valueText(2.0)) << "a float looks like one";
     EXPECT_EQ("null", valueText(KVValue()));
     EXPECT_EQ("plain text", valueText("plain text"));
-    EXPECT_EQ("<5 bytes>", valueText(bytes("hello")));
+    EXPECT_EQ("<5 bytes>", valueText(binaryValue("hello")));
 }
 
 TEST(ValueText, NumbersThatJsonDoesNotHaveAreShown) {
@@ -54,10 +51,10 @@ TEST(ValueText, TextsOfTheNetworkCannotReachTheTerminal) {
 }
 
 TEST(ValueText, BytesAreBase64InJson) {
-    EXPECT_EQ("{\"base64\":\"aGVsbG8=\"}\n", jsonLine(valueJson(bytes("hello"))));
-    EXPECT_EQ("{\"base64\":\"aGVsbG8h\"}\n", jsonLine(valueJson(bytes("hello!"))));
-    EXPECT_EQ("{\"base64\":\"aGVsbA==\"}\n", jsonLine(valueJson(bytes("hell"))));
-    EXPECT_EQ("{\"base64\":\"\"}\n", jsonLine(valueJson(bytes(""))));
+    EXPECT_EQ("{\"base64\":\"aGVsbG8=\"}\n", jsonLine(valueJson(binaryValue("hello"))));
+    EXPECT_EQ("{\"base64\":\"aGVsbG8h\"}\n", jsonLine(valueJson(binaryValue("hello!"))));
+    EXPECT_EQ("{\"base64\":\"aGVsbA==\"}\n", jsonLine(valueJson(binaryValue("hell"))));
+    EXPECT_EQ("{\"base64\":\"\"}\n", jsonLine(valueJson(binaryValue(""))));
 }
 
 /** A locale in which numbers have a comma, which need not be installed. */

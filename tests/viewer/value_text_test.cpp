@@ -8,6 +8,7 @@
 #include <qt_test_main.h>
 
 #include <array>
+#include <binary_value.h>
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -18,16 +19,11 @@ using obvista::exactValueText;
 using obvista::plainText;
 using obvista::pluralOf;
 using obvista::valueText;
+using obvista_test::binaryValue;
 
 Q_DECLARE_METATYPE(KVValue)
 
 namespace {
-
-KVValue binary(const std::string& bytes) {
-    KVValue value;
-    value.SetBinary(bytes.data(), static_cast<int>(bytes.size()));
-    return value;
-}
 
 KVValue nestedList(int depth) {
     KVValue value(1);
@@ -90,11 +86,11 @@ void ValueTextTest::showsEachType_data() {
     QTest::newRow("string") << KVValue("standing") << "standing";
     QTest::newRow("list") << KVValue(list) << R"([1, 2.5, "a \"b\" \\", nothing])";
     QTest::newRow("map") << KVValue(map) << R"({"a": [], "b": true})";
-    QTest::newRow("no bytes") << binary("") << "0 bytes";
-    QTest::newRow("one byte") << binary("\x0f") << "1 byte: 0f";
-    QTest::newRow("bytes") << binary(std::string("\x00\xff\x10", 3)) << "3 bytes: 00 ff 10";
+    QTest::newRow("no bytes") << binaryValue("") << "0 bytes";
+    QTest::newRow("one byte") << binaryValue("\x0f") << "1 byte: 0f";
+    QTest::newRow("bytes") << binaryValue(std::string("\x00\xff\x10", 3)) << "3 bytes: 00 ff 10";
     QTest::newRow("many bytes")
-        << binary(std::string(1000, 'a'))
+        << binaryValue(std::string(1000, 'a'))
         << QStringLiteral("1000 bytes: 61 61 61 61 61 61 61 61 61 61 61 61 61 61 61 61 \u2026");
 }
 

@@ -1,3 +1,4 @@
+#include "support/binary_value.h"
 #include "test_broker.h"
 
 #include <robaxi/kv_proxy.h>
@@ -9,14 +10,9 @@
 #include <memory>
 
 using namespace robaxi_test;
+using obvista_test::binaryValue;
 
 namespace {
-
-KVValue bytes(const std::string& content) {
-    KVValue value;
-    value.SetBinary(content.data(), static_cast<int>(content.size()));
-    return value;
-}
 
 /** Returns lists nested `depth` deep. */
 KVValue nested(int depth) {
@@ -60,11 +56,11 @@ TEST_F(RoundTrip, KeepsEveryTypeAndItsLimits) {
         "schön",
         std::string("a\0b", 3),
         latin1,
-        bytes(""),
-        bytes(std::string("\0\x01\xFF", 3)),
+        binaryValue(""),
+        binaryValue(std::string("\0\x01\xFF", 3)),
         KVValue::List{},
         KVValue::Map{},
-        KVValue::List{KVValue(), true, 1, 2.5, "text", bytes("b"), KVValue::List{1}},
+        KVValue::List{KVValue(), true, 1, 2.5, "text", binaryValue("b"), KVValue::List{1}},
         KVValue::Map{{"", 1}, {latin1, 2}, {"deep", KVValue::Map{{"list", KVValue::List{}}}}},
     };
     for (const KVValue& value : values) {
@@ -94,7 +90,7 @@ TEST_F(RoundTrip, CarriesFiveMebibytes) {
     for (std::size_t i = 0; i < content.size(); ++i) {
         content[i] = static_cast<char>(i * 31 + i / 251);
     }
-    EXPECT_TRUE(echo(bytes(content)) == bytes(content));
+    EXPECT_TRUE(echo(binaryValue(content)) == binaryValue(content));
 }
 
 TEST_F(RoundTrip, CarriesAlmostSixteenMebibytesAndRefusesMore) {
