@@ -1,10 +1,9 @@
-#include <base/time.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <iomanip>
 #include <limits>
 #include <robot_recording/recording_sink.h>
+#include <robot_recording/robot_origin.h>
 #include <sstream>
 #include <utility>
 
@@ -189,8 +188,7 @@ void RecordingSink::split() {
 
 /** A file can be looked at alone if it begins with the present values. */
 void RecordingSink::xRepeatNewest() {
-    const auto now =
-        static_cast<std::uint64_t>(base::microsecondsNow()) * base::a_nanosecondsPerMicrosecond;
+    const std::uint64_t now = logTimeNow();
     for (TopicState& topic : fTopics) {
         if (topic.fNewest) {
             xWrite(topic, topic.fNewest->fSequence, now, topic.fNewest->fPublishTime,

@@ -14,6 +14,7 @@
 #include <mutex>
 #include <new>
 #include <optional>
+#include <robot_recording/robot_origin.h>
 #include <thread>
 #include <utility>
 #include <variant>
@@ -26,10 +27,6 @@ using State = RecorderStatus::State;
 std::int64_t now() {
     const auto time = std::chrono::steady_clock::now().time_since_epoch();
     return std::chrono::duration_cast<std::chrono::microseconds>(time).count();
-}
-
-std::uint64_t logTimeNow() {
-    return static_cast<std::uint64_t>(base::microsecondsNow()) * base::a_nanosecondsPerMicrosecond;
 }
 
 using Offer = std::variant<ArrivedFrame, StreamEnd>;
@@ -266,8 +263,8 @@ void Recorder::offer(const picture::CheckedFrame& frame) {
             ++fPrivate->fNewlyDropped;
             return;
         }
-        fPrivate->fOffers.push_back(
-            ArrivedFrame{frame, now(), logTimeNow(), std::exchange(fPrivate->fNewlyDropped, 0)});
+        fPrivate->fOffers.push_back(ArrivedFrame{frame, now(), robot_recording::logTimeNow(),
+                                                 std::exchange(fPrivate->fNewlyDropped, 0)});
         ++fPrivate->fOfferedFrames;
         fPrivate->fOfferedBytes += frame.frame().fSize;
     }

@@ -1,7 +1,6 @@
 #include "editing/write_queue.h"
 
 #include <obvista/viewer/plain_text.h>
-#include <robaxi/kv_error.h>
 
 #include <exception>
 #include <utility>
@@ -97,8 +96,6 @@ void WriteQueue::xRun() {
                 refusal.clear();
                 writer->write(job.fKey.fName, job.fValue);
             }
-        } catch (const KVError& error) {
-            refusal = obvista::plainText(error.toString());
         } catch (const std::exception& error) {
             refusal = obvista::plainText(error.what());
         }
