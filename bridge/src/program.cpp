@@ -9,7 +9,6 @@
 #include <bonjour/bonjour_discovery.h>
 #include <bonjour/icon_server.h>
 #include <robaxi/kv_broker.h>
-#include <robaxi/kv_error.h>
 
 #include <boost/make_shared.hpp>
 
@@ -19,10 +18,8 @@
 #include <memory>
 #include <serving/main_loop.h>
 #include <serving/serving.h>
-#include <sockets/line_writer.h>
 #include <stdexcept>
 #include <string>
-#include <unistd.h>
 
 namespace bridge {
 
@@ -31,21 +28,10 @@ namespace {
 constexpr int a_couldNotStart = 1;
 constexpr const char* a_picture = "bridge/ros2.png";
 
-void writeLine(int file, const std::string& line) {
-    sockets::writeLine(file, "robaxi-bridge: " + line);
-}
-
-void say(const std::string& line) {
-    writeLine(STDOUT_FILENO, line);
-}
-
-void complain(const std::string& line) {
-    writeLine(STDERR_FILENO, line);
-}
-
 /** Returns null without one: a bridge is of use without its icon, unless the command line requires
  *  the file or the port. */
-std::unique_ptr<KV::IconServer> makeIconServer(const Options& options) {
+std::unique_ptr<KV::IconServer> makeIconServer(const Options& options,
+                                               const serving::Output& output) {
     const serving::ServerOptions& server = options.fServer;
     if (server.fHttpPort == 0) {
         return nullptr;
@@ -60,33 +46,32 @@ std::unique_ptr<KV::IconServer> makeIconServer(const Options& options) {
         if (isRequired) {
             throw;
         }
-        complain(std::string("no icon: ") + base::oneLine(failure.what()));
+        output.fComplain(std::string("no icon: ") + base::oneLine(failure.what()));
         return nullptr;
     }
 }
 
-void run(const Options& options) {
+void run(const Options& options, const serving::Output& output) {
     serving::MainLoop loop;
-    Bridge bridge(complain);
+    Bridge bridge(output.fComplain);
     Ros2Source source(options.fRos2);
     const auto broker =
         serving::listen(options.fServer, options.fServer.fName, options.fServer.fPort,
                         serving::settingsFor(options.fServer.fSecurity));
-    const auto icon = makeIconServer(options);
+    const auto icon = makeIconServer(options, output);
     source.start(bridge);
     for (const auto& module : bridge.modules()) {
         broker->addModule(module);
     }
-    const auto announcer =
-        serving::makeAnnouncer(options.fServer, options.fServer.fName, {say, complain});
+    const auto announcer = serving::makeAnnouncer(options.fServer, options.fServer.fName, output);
     if (announcer) {
         announcer->announce({{KV::BonjourDiscovery::fRobaxServiceType,
                               icon ? options.fServer.fHttpPort : KVBroker::a_defaultPort},
                              {KV::BonjourDiscovery::fRobaxiServiceType, options.fServer.fPort}});
     }
-    say(options.fServer.fName + " listens on " +
-        base::hostAndPort(options.fServer.fAddress, options.fServer.fPort) + " for domain " +
-        std::to_string(options.fRos2.fDomain));
+    output.fSay(options.fServer.fName + " listens on " +
+                base::hostAndPort(options.fServer.fAddress, options.fServer.fPort) +
+                " for domain " + std::to_string(options.fRos2.fDomain));
     loop.run();
     // The goodbye is sent before the services end, so that no client is directed to a closed
     // port.
@@ -104,13 +89,11 @@ int runProgram(int argc, char** argv) {
     if (!parsed.fOptions) {
         return parsed.fExitStatus;
     }
+    const serving::Output output = serving::outputOf("robaxi-bridge");
     try {
-        run(*parsed.fOptions);
-    } catch (const KVError& failure) {
-        complain(base::oneLine(failure.toString()));
-        return a_couldNotStart;
+        run(*parsed.fOptions, output);
     } catch (const std::exception& failure) {
-        complain(base::oneLine(failure.what()));
+        output.fComplain(base::oneLine(failure.what()));
         return a_couldNotStart;
     }
     return 0;

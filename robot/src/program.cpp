@@ -11,26 +11,13 @@
 #include <exception>
 #include <iostream>
 #include <serving/main_loop.h>
-#include <sockets/line_writer.h>
-#include <unistd.h>
+#include <serving/serving.h>
 
 namespace robot {
 
 namespace {
 
 constexpr int a_couldNotStart = 1;
-
-void writeLine(int file, const std::string& line) {
-    sockets::writeLine(file, "robaxi-robot: " + line);
-}
-
-void say(const std::string& line) {
-    writeLine(STDOUT_FILENO, line);
-}
-
-void complain(const std::string& line) {
-    writeLine(STDERR_FILENO, line);
-}
 
 /** The line for which tests and scripts wait. */
 std::string readyLine(const Options& options, const std::string& name) {
@@ -53,6 +40,7 @@ int runProgram(int argc, char** argv) {
     if (!parsed.fOptions) {
         return parsed.fExitStatus;
     }
+    const serving::Output output = serving::outputOf("robaxi-robot");
     try {
         const Options& options = *parsed.fOptions;
         if (options.fReplay.fIsList) {
@@ -63,16 +51,16 @@ int runProgram(int argc, char** argv) {
         }
         serving::MainLoop loop;
         if (options.fReplay.fFile.empty()) {
-            const Robot robot(options, loop, {say, complain});
-            say(readyLine(options, options.fName));
+            const Robot robot(options, loop, output);
+            output.fSay(readyLine(options, options.fName));
             loop.run();
         } else {
-            const ReplayedRobot robot(options, {say, complain});
-            say(readyLine(options, robot.name()));
+            const ReplayedRobot robot(options, output);
+            output.fSay(readyLine(options, robot.name()));
             loop.run();
         }
     } catch (const std::exception& failure) {
-        complain(base::oneLine(failure.what()));
+        output.fComplain(base::oneLine(failure.what()));
         return a_couldNotStart;
     }
     return 0;

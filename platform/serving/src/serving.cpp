@@ -4,8 +4,10 @@
 
 #include <filesystem>
 #include <fstream>
+#include <sockets/line_writer.h>
 #include <stdexcept>
 #include <system_error>
+#include <unistd.h>
 
 namespace serving {
 
@@ -14,6 +16,15 @@ namespace {
 constexpr std::size_t a_longestIcon = 4UL * 1024 * 1024;
 
 }  // namespace
+
+Output outputOf(const std::string& program) {
+    const auto linesTo = [&program](int file) {
+        return [start = program + ": ", file](const std::string& line) {
+            sockets::writeLine(file, start + line);
+        };
+    };
+    return {linesTo(STDOUT_FILENO), linesTo(STDERR_FILENO)};
+}
 
 KVSettings settingsFor(const Security& security) {
     KVSettings settings = KVSettings::load();

@@ -21,6 +21,9 @@ struct Output {
     std::function<void(const std::string& line)> fComplain;
 };
 
+/** Returns standard output and standard error, for lines that begin with the program's name. */
+Output outputOf(const std::string& program);
+
 /** Returns the user's settings, overridden by the command line. */
 KVSettings settingsFor(const Security& security);
 
