@@ -18,7 +18,6 @@
 #include <memory>
 #include <serving/main_loop.h>
 #include <serving/serving.h>
-#include <stdexcept>
 #include <string>
 
 namespace bridge {

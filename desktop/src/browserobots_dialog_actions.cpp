@@ -3,7 +3,6 @@
 
 #include "bonjour_listening_thread.h"
 #include "browserobots_dialog.h"
-#include "error_dialog.h"
 
 #include <bonjour/bonjour_discovery.h>
 #include <robaxi/kv_error.h>

@@ -10,8 +10,6 @@
 #include <QLocale>
 #include <QStringList>
 
-#include <cmath>
-
 namespace cameraviewer {
 
 namespace {

@@ -1,7 +1,6 @@
 #include "ros2/qos_policies.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
 #include <tuple>
 

@@ -13,7 +13,6 @@
 #include <cstdint>
 #include <exception>
 #include <memory>
-#include <optional>
 #include <ros2_message/image_message.h>
 #include <ros2_message/message_table.h>
 #include <ros2_message/message_values.h>

@@ -16,7 +16,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <utility>
 #include <vector>

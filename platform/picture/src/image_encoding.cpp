@@ -8,7 +8,6 @@
 #include <array>
 #include <cstring>
 #include <png.h>
-#include <utility>
 
 namespace picture {
 

@@ -7,7 +7,6 @@
 #include <google/protobuf/stubs/logging.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <limits>
 #include <recorded_robot/protobuf_fields.h>
 #include <ros2_message/message_values.h>

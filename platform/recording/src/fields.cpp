@@ -1,7 +1,5 @@
 #include "fields.h"
 
-#include <algorithm>
-
 namespace recording {
 
 std::string nameOf(Opcode opcode) {

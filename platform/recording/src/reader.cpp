@@ -4,7 +4,6 @@
 #include "newest_messages.h"
 
 #include <recording/reader.h>
-#include <utility>
 
 namespace recording {
 

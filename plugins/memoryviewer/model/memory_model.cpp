@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <tuple>
 #include <unordered_set>
 #include <utility>
 

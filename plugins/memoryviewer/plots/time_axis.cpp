@@ -1,7 +1,6 @@
 #include "plots/time_axis.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace memoryviewer {
 

@@ -3,7 +3,6 @@
 #include <QFile>
 
 #include <robot_recording/robot_origin.h>
-#include <utility>
 
 namespace memoryviewer {
 

@@ -5,8 +5,6 @@
 #include <base/safe_text.h>
 #include <robaxi/kv_error.h>
 
-#include <algorithm>
-
 namespace robot {
 
 HumanoidModel::HumanoidModel(std::uint64_t seed)

@@ -2,7 +2,6 @@
 
 #include <base/time.h>
 
-#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>

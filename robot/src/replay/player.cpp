@@ -1,7 +1,5 @@
 #include "replay/player.h"
 
-#include <base/time.h>
-
 #include <algorithm>
 #include <utility>
 #include <vector>

@@ -1,7 +1,6 @@
 #include "replay/replay_module.h"
 
 #include <base/time.h>
-#include <robaxi/kv_error.h>
 
 #include <algorithm>
 #include <memory>

@@ -7,8 +7,6 @@
 #include <bonjour/bonjour_discovery.h>
 
 #include <memory>
-#include <stdexcept>
-#include <utility>
 #include <vector>
 
 namespace robot {

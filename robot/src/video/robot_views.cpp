@@ -3,9 +3,6 @@
 #include "video/projector.h"
 #include "video/room.h"
 
-#include <algorithm>
-#include <array>
-
 namespace robot {
 
 namespace {

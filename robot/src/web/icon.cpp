@@ -1,7 +1,5 @@
 #include "web/icon.h"
 
-#include <stdexcept>
-
 namespace robot {
 
 const TroubleNames<IconTrouble>& iconTroubles() {

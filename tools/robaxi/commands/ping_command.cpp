@@ -13,7 +13,6 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <functional>
 #include <numeric>
 
 namespace robaxi_tool {

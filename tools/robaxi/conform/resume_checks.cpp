@@ -1,7 +1,6 @@
 #include "conform/subscription.h"
 
 #include <algorithm>
-#include <map>
 #include <set>
 
 namespace robaxi_tool {

@@ -1,8 +1,6 @@
 #include "conform/subscription.h"
 
-#include <cmath>
 #include <limits>
-#include <map>
 
 namespace robaxi_tool {
 

@@ -1,6 +1,5 @@
 #include "doctor/checks.h"
 #include "network/avahi_client.h"
-#include "process/failure.h"
 
 namespace robaxi_tool {
 

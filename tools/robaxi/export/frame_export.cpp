@@ -14,7 +14,6 @@
 #include <recorded_robot/channel_reader.h>
 #include <recorded_robot/recorded_video.h>
 #include <recording/output_file.h>
-#include <set>
 #include <sstream>
 
 namespace robaxi_tool {

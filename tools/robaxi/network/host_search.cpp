@@ -12,7 +12,6 @@
 #include <address_queries.h>
 #include <algorithm>
 #include <locale>
-#include <memory>
 #include <utility>
 
 namespace robaxi_tool {

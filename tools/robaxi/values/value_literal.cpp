@@ -4,7 +4,6 @@
 
 #include <base/safe_text.h>
 
-#include <optional>
 #include <recorded_robot/json_value.h>
 
 namespace robaxi_tool {

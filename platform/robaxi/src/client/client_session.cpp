@@ -4,7 +4,6 @@
 #include "client/subscription_client.h"
 #include "net/channel.h"
 #include "net/tls_probe.h"
-#include "wire/message_codec.h"
 #include "wire/raw_message.h"
 #include "wire/status_codec.h"
 

@@ -1,6 +1,5 @@
 // Resuming a session: further connections while the robot is silent, and the move to one of them.
 #include "client/client_session.h"
-#include "net/channel.h"
 #include "wire/status_codec.h"
 
 #include <algorithm>

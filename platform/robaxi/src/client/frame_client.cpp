@@ -1,6 +1,5 @@
 #include "client/frame_client.h"
 
-#include "wire/message_codec.h"
 #include "wire/raw_message.h"
 
 #include <base/safe_text.h>

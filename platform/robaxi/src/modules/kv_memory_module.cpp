@@ -1,6 +1,5 @@
 #include "value_table_private.h"
 
-#include <robaxi/kv_error.h>
 #include <robaxi/kv_memory_module.h>
 
 #include <memory>

@@ -18,7 +18,6 @@
 #include <openssl/x509.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <utility>
 
 namespace robaxi {
 

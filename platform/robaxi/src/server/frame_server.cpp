@@ -1,7 +1,6 @@
 #include "server/frame_server.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace robaxi {
 
