@@ -10,21 +10,19 @@ using namespace robaxi::v1;
 
 template <class Batch, class Message>
 void assemble(const std::vector<std::string>& batches) {
-    using Assembler = robaxi::FragmentAssembler<Message>;
-    Assembler assembler;
+    robaxi::FragmentAssembler<Message> assembler;
+    const auto handle = [](const Message& message) {
+        obvista_fuzz::require(!message.has_fragment(), "no part is taken for a message");
+    };
     for (const std::string& bytes : batches) {
         Batch batch;
         if (!batch.ParseFromString(bytes)) {
             return;
         }
         for (Message& message : *batch.mutable_messages()) {
-            const auto outcome = assembler.take(message);
-            if (outcome == Assembler::Outcome::Malformed) {
+            if (!assembler.take(message, handle)) {
                 return;
             }
-            obvista_fuzz::require(
-                outcome == Assembler::Outcome::Incomplete || !message.has_fragment(),
-                "no part is taken for a message");
         }
     }
 }

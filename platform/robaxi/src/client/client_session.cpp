@@ -181,8 +181,9 @@ void ClientSession::xHandleBatch(v1::ServerBatch& batch) {
     if (isValid && batch.number() != 0) {
         fReceived = batch.number();
     }
+    const auto handle = [this](v1::ServerMessage& message) { xHandle(message); };
     for (v1::ServerMessage& message : *batch.mutable_messages()) {
-        isValid = isValid && xReceive(message);
+        isValid = isValid && fAssembler.take(message, handle);
     }
     if (!isValid) {
         xLose(invalidMessage());
@@ -200,15 +201,6 @@ void ClientSession::xAcknowledge(std::size_t bytes) {
     v1::ClientMessage message;
     message.mutable_heartbeat()->set_received(fReceived);
     fOut.pushUrgent(std::move(message));
-}
-
-bool ClientSession::xReceive(v1::ServerMessage& message) {
-    using Outcome = FragmentAssembler<v1::ServerMessage>::Outcome;
-    const Outcome outcome = fAssembler.take(message);
-    if (outcome == Outcome::Complete) {
-        xHandle(message);
-    }
-    return outcome != Outcome::Malformed;
 }
 
 bool ClientSession::written(ClientTransport& transport, bool ok) {

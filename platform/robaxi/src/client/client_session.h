@@ -116,7 +116,6 @@ class ClientSession : public Link,
     void xCancel();
     void xEndWriting(bool now);
     void xHandleBatch(v1::ServerBatch& batch);
-    bool xReceive(v1::ServerMessage& message);
     void xHandle(v1::ServerMessage& message);
     void xHandleHello(const v1::HelloReply& reply);
     void xHandleAnswer(std::uint64_t callId, v1::ServerMessage& answer);

@@ -94,7 +94,8 @@ void ServerSession::xHandleBatch() {
         if (!xMayHandle()) {
             return;
         }
-        if (!xReceive(*fBatch.mutable_messages(fNextOfBatch++))) {
+        if (!fAssembler.take(*fBatch.mutable_messages(fNextOfBatch++),
+                             [this](v1::ClientMessage& message) { xHandle(message); })) {
             xEnd(v1::Error::INVALID_ARGUMENT,
                  "the program sent a message in parts that cannot be read");
             break;
@@ -149,15 +150,6 @@ void ServerSession::xKeepAwake() {
     v1::ServerMessage sign;
     sign.mutable_heartbeat();
     fOut.pushIfEmpty(std::move(sign));
-}
-
-bool ServerSession::xReceive(v1::ClientMessage& message) {
-    using Outcome = FragmentAssembler<v1::ClientMessage>::Outcome;
-    const Outcome outcome = fAssembler.take(message);
-    if (outcome == Outcome::Complete) {
-        xHandle(message);
-    }
-    return outcome != Outcome::Malformed;
 }
 
 void ServerSession::written(SessionStream& stream, bool ok) {

@@ -108,7 +108,6 @@ class ServerSession : public std::enable_shared_from_this<ServerSession> {
     bool xHasRoomForResult() const;
     void xResume();
     void xKeepAwake();
-    bool xReceive(v1::ClientMessage& message);
     void xHandle(v1::ClientMessage& message);
     void xHandleHello(const v1::Hello& hello);
     void xCheckToken(const v1::Hello& hello);

@@ -16,30 +16,30 @@ class FragmentAssembler {
     explicit FragmentAssembler(std::size_t largestMessage = KVSettings::Limits().fMessage)
         : fLargestMessage(largestMessage) {}
 
-    enum class Outcome { Incomplete, Complete, Malformed };
-
     /**
-     * Replaces `message`, if it is the last part of a message, by the whole message.
+     * Handles a message, or, if it is the last part of one, the whole message, which replaces it.
      *
-     * @return Complete if `message` is to be handled; Malformed if the peer breaks the protocol
-     *         (too large, not readable)
+     * @return false if the peer breaks the protocol (too large, not readable)
      */
-    Outcome take(Message& message) {
-        if (!message.has_fragment()) {
-            return Outcome::Complete;
+    template <class Handle>
+    bool take(Message& message, Handle handle) {
+        if (message.has_fragment()) {
+            const bool last = message.fragment().last();
+            if (fData.size() + message.fragment().data().size() > fLargestMessage) {
+                return false;
+            }
+            fData += message.fragment().data();
+            if (!last) {
+                return true;
+            }
+            const std::string whole = std::exchange(fData, std::string());
+            message.Clear();
+            if (!message.ParseFromString(whole) || message.has_fragment()) {
+                return false;
+            }
         }
-        const bool last = message.fragment().last();
-        if (fData.size() + message.fragment().data().size() > fLargestMessage) {
-            return Outcome::Malformed;
-        }
-        fData += message.fragment().data();
-        if (!last) {
-            return Outcome::Incomplete;
-        }
-        const std::string whole = std::exchange(fData, std::string());
-        message.Clear();
-        const bool readable = message.ParseFromString(whole) && !message.has_fragment();
-        return readable ? Outcome::Complete : Outcome::Malformed;
+        handle(message);
+        return true;
     }
 
   private:
