@@ -1,6 +1,8 @@
 #ifndef OBVISTA_ROBOT_TROUBLE_NAMES_H
 #define OBVISTA_ROBOT_TROUBLE_NAMES_H
 
+#include <base/listed.h>
+
 #include <initializer_list>
 #include <optional>
 #include <stdexcept>
@@ -39,11 +41,7 @@ class TroubleNames {
 
     /** Returns the names for users: "ok, hang". */
     std::string list() const {
-        std::string names;
-        for (const Entry& entry : fEntries) {
-            names += (names.empty() ? "" : ", ") + entry.first;
-        }
-        return names;
+        return base::listed(fEntries, [](const Entry& entry) { return entry.first; });
     }
 
   private:

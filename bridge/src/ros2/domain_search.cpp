@@ -2,6 +2,8 @@
 
 #include "ros2/domain.h"
 
+#include <base/listed.h>
+
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -92,14 +94,6 @@ void requireSpareDescriptors(const sockets::Socket& socket) {
     }
 }
 
-std::string listed(const std::set<std::string>& names) {
-    std::string text;
-    for (const std::string& name : names) {
-        text += (text.empty() ? "" : ", ") + name;
-    }
-    return text;
-}
-
 std::string onlyLoopback(const std::string& interface) {
     return (interface.empty()
                 ? std::string("Only loopback: no network interface is up with an IPv4 address")
@@ -167,7 +161,7 @@ std::string DomainSearch::xFindCause() {
     xListen(interfaces);
     const std::string domain = std::to_string(fDomain);
     if (const auto here = fHeard.find(fDomain); here != fHeard.end()) {
-        const std::string names = listed(here->second);
+        const std::string names = base::listed(here->second);
         return "Programs announce themselves in domain " + domain + " on " + names +
                ", but do not answer. Use the right interface: --interface " +
                *here->second.begin() + "; or let a firewall pass UDP from port " +
@@ -180,7 +174,7 @@ std::string DomainSearch::xFindCause() {
             domains.insert(std::to_string(other));
         }
         return "Wrong domain: nothing is announced in domain " + domain + ", but in domain " +
-               listed(domains) + ". Start the bridge with --domain " + *domains.begin() + '.';
+               base::listed(domains) + ". Start the bridge with --domain " + *domains.begin() + '.';
     }
     return "Nothing is announced in any domain. Check that the robot is on, and in this network "
            "(--interface); where the network drops multicast, " +

@@ -1,5 +1,6 @@
 #include "ros2/node_list.h"
 
+#include <base/listed.h>
 #include <base/safe_text.h>
 
 #include <algorithm>
@@ -163,11 +164,7 @@ std::string NodeList::namesFor(const std::map<Guid, Endpoint>& writers) const {
             names.insert(node->second);
         }
     }
-    std::string result;
-    for (const std::string& name : names) {
-        result += (result.empty() ? "" : ", ") + name;
-    }
-    return result;
+    return base::listed(names);
 }
 
 }  // namespace bridge

@@ -1,5 +1,6 @@
 #include "failure.h"
 
+#include <base/listed.h>
 #include <robaxi/kv_error.h>
 #include <robaxi/kv_frame_source.h>
 #include <robaxi/kv_module.h>
@@ -101,11 +102,7 @@ std::string KVModule::xSignature(const std::string& name,
     const auto nameOf = [](KVValue::Type type) {
         return std::string(type == KVValue::Type::Nothing ? "value" : KVValue::typeName(type));
     };
-    std::string text = name + '(';
-    for (const KVValue::Type parameter : parameters) {
-        text += (text.back() == '(' ? "" : ", ") + nameOf(parameter);
-    }
-    text += ')';
+    const std::string text = name + '(' + base::listed(parameters, nameOf) + ')';
     return results.empty() ? text : text + " -> " + nameOf(results.front());
 }
 

@@ -1,3 +1,5 @@
+#include <base/listed.h>
+
 #include <algorithm>
 #include <arpa/inet.h>
 #include <array>
@@ -75,11 +77,7 @@ std::vector<Interface> multicastInterfaces() {
 }
 
 std::string namesOf(const std::vector<Interface>& interfaces) {
-    std::string names;
-    for (const Interface& interface : interfaces) {
-        names += (names.empty() ? "" : ", ") + interface.fName;
-    }
-    return names;
+    return base::listed(interfaces, [](const Interface& interface) { return interface.fName; });
 }
 
 Socket::Socket() : fNumber(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {

@@ -3,6 +3,7 @@
 #include "process/failure.h"
 
 #include <base/address.h>
+#include <base/listed.h>
 
 #include <unistd.h>
 
@@ -11,14 +12,6 @@ namespace robaxi_tool {
 namespace {
 
 const Finding a_noAddress = {Verdict::Skipped, "The host's address is not known.", {}};
-
-std::string listed(const std::vector<std::string>& words) {
-    std::string text;
-    for (const std::string& word : words) {
-        text += (text.empty() ? "" : ", ") + word;
-    }
-    return text;
-}
 
 std::string placeOf(const Endpoint& endpoint) {
     return base::hostAndPort(endpoint.fHost, endpoint.fPort);
@@ -123,7 +116,7 @@ Finding checkHostName(Examination& examination) {
         examination.fAddresses = *resolved;
     } else {
         examination.fAddresses = examination.fEndpoint->fAddresses;
-        const std::string addresses = listed(examination.fAddresses);
+        const std::string addresses = base::listed(examination.fAddresses);
         const bool isAnnounced = examination.announcement() != nullptr;
         return {Verdict::Problem,
                 "The name " + host + (isAnnounced ? " is announced" : " is found on this network") +
@@ -131,7 +124,7 @@ Finding checkHostName(Examination& examination) {
                     (resolved ? ", but does not resolve." : ", but was not resolved in time."),
                 "See the check 'names'; or use the robot's address."};
     }
-    return {Verdict::Good, host + " is " + listed(examination.fAddresses) + '.', {}};
+    return {Verdict::Good, host + " is " + base::listed(examination.fAddresses) + '.', {}};
 }
 
 Finding checkAnnounced(Examination& examination) {

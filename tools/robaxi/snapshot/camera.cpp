@@ -3,6 +3,7 @@
 #include "process/failure.h"
 #include "values/value_text.h"
 
+#include <base/listed.h>
 #include <base/safe_text.h>
 
 #include <algorithm>
@@ -18,14 +19,6 @@ constexpr int a_sizeWidth = 10;
 constexpr int a_formatWidth = 8;
 constexpr int a_rateWidth = 8;
 
-std::string listed(const Cameras& cameras) {
-    std::string names;
-    for (const picture::CameraInfo& camera : cameras) {
-        names += (names.empty() ? "" : ", ") + camera.fName;
-    }
-    return names;
-}
-
 }  // namespace
 
 Cameras camerasOf(const KVValue& described) {
@@ -37,8 +30,10 @@ const picture::CameraInfo& findCamera(const Cameras& cameras, const std::string&
         std::find_if(cameras.begin(), cameras.end(),
                      [&](const picture::CameraInfo& camera) { return camera.fName == name; });
     if (found == cameras.end()) {
-        throw Failure(ExitStatus::NotOffered, "There is no camera named " + name +
-                                                  ". The robot has: " + listed(cameras) + '.');
+        const auto nameOf = [](const picture::CameraInfo& camera) { return camera.fName; };
+        throw Failure(ExitStatus::NotOffered,
+                      "There is no camera named " + name +
+                          ". The robot has: " + base::listed(cameras, nameOf) + '.');
     }
     return *found;
 }

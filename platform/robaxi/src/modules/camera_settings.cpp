@@ -1,5 +1,6 @@
 #include "modules/camera_settings.h"
 
+#include <base/listed.h>
 #include <base/safe_text.h>
 #include <robaxi/kv_error.h>
 
@@ -31,25 +32,14 @@ void addOnce(std::vector<Item>& items, const Item& item) {
     }
 }
 
-template <class Item>
-std::string textOf(const Item& item) {
+std::string textOf(double rate) {
     std::ostringstream text;
-    text << item;
+    text << rate;
     return text.str();
 }
 
 std::string sizeText(int width, int height) {
     return std::to_string(width) + 'x' + std::to_string(height);
-}
-
-/** Returns the items separated by commas. */
-template <class Item>
-std::string listed(const std::vector<Item>& items) {
-    std::string text;
-    for (const Item& item : items) {
-        text += (text.empty() ? "" : ", ") + textOf(item);
-    }
-    return text;
 }
 
 KVError refusal(const KVCameraInfo& camera, const std::string& reason) {
@@ -120,15 +110,16 @@ void requireMode(const KVCameraInfo& camera, const KVCameraSettings& settings) {
     }
     const std::string size = sizeText(settings.fWidth, settings.fHeight);
     if (!contains(sizes, size)) {
-        throw refusal(camera, "cannot do " + size + " pixels; it can do " + listed(sizes) + '.');
+        throw refusal(camera,
+                      "cannot do " + size + " pixels; it can do " + base::listed(sizes) + '.');
     }
     if (!contains(formats, settings.fFormat)) {
         throw refusal(camera, "cannot do the format " + shown(settings.fFormat) + " at " + size +
-                                  " pixels; it can do " + listed(formats) + '.');
+                                  " pixels; it can do " + base::listed(formats) + '.');
     }
     if (!contains(rates, settings.fRate)) {
         throw refusal(camera, "cannot do " + textOf(settings.fRate) + " frames a second at " +
-                                  size + " pixels; it can do " + listed(rates) + '.');
+                                  size + " pixels; it can do " + base::listed(rates, textOf) + '.');
     }
 }
 
