@@ -13,7 +13,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <memory>
-#include <set>
 #include <signal.h>
 #include <stdexcept>
 #include <string>

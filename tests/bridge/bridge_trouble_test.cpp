@@ -12,7 +12,6 @@
 #include <sockets/multicast.h>
 #include <string>
 #include <thread>
-#include <vector>
 
 using testing::AllOf;
 using testing::HasSubstr;

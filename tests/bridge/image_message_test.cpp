@@ -13,7 +13,6 @@ using obvista_test::FastMessage;
 using picture::ImageResult;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 namespace {
 

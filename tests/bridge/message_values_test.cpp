@@ -9,7 +9,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <map>
 #include <ros2_message/message_schema.h>
 #include <ros2_message/message_table.h>

@@ -4,15 +4,12 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 #include <codec/h264_decoder.h>
 #include <codec/h264_encoder.h>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
-#include <string>
 #include <vector>
 
 using codec::H264Decoder;

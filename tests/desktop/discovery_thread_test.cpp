@@ -11,7 +11,6 @@
 
 #include <boost/smart_ptr/bad_weak_ptr.hpp>
 
-#include <atomic>
 #include <chrono>
 #include <memory>
 #include <thread>

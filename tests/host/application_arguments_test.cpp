@@ -9,7 +9,6 @@
 #include <boost/program_options/variables_map.hpp>
 
 #include <sstream>
-#include <type_traits>
 
 using obvista::ApplicationArguments;
 using obvista::CommandLine;

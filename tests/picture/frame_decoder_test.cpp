@@ -1,4 +1,3 @@
-#include <picture/colours.h>
 #include <picture/frame_decoder.h>
 #include <picture/jpeg.h>
 

@@ -5,17 +5,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <functional>
 #include <random>
 #include <recording/check.h>
-#include <recording/repair.h>
 #include <zlib.h>
 
 namespace recording_test {
 namespace {
 
-using recording::Access;
 using recording::Opcode;
 using recording::putNumber;
 using recording::putSized;

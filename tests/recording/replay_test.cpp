@@ -1,7 +1,6 @@
 // A recording that is replayed and recorded again has the same values at the same robot times, and
 // the same frames.
 #include "eventually.h"
-#include "free_port.h"
 #include "loopback_broker.h"
 #include "plain_frames.h"
 #include "recording_files.h"
@@ -22,7 +21,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <csignal>
 #include <future>
 #include <grey_film.h>
@@ -41,9 +39,7 @@ using obvista_test::Bytes;
 using obvista_test::ChildProcess;
 using obvista_test::makeFrame;
 using obvista_test::RobotProcess;
-using obvista_test::runTool;
 using obvista_test::toolCommand;
-using ::testing::HasSubstr;
 
 constexpr std::int64_t a_robotTime = 1'600'000'000'000'000;
 constexpr int a_moments = 12;

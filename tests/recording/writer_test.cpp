@@ -14,7 +14,6 @@ namespace {
 
 using recording::Access;
 using recording::Compression;
-using recording::Message;
 using recording::Reader;
 using recording::Writer;
 using recording::WriterOptions;

@@ -11,7 +11,6 @@
 #include <future>
 #include <memory>
 #include <set>
-#include <stdexcept>
 #include <thread>
 #include <vector>
 

@@ -1,11 +1,9 @@
 #include "relay.h"
 
 #include <array>
-#include <cerrno>
 #include <netinet/in.h>
 #include <poll.h>
 #include <stdexcept>
-#include <string>
 #include <sys/socket.h>
 #include <vector>
 

@@ -11,7 +11,6 @@
 
 #include <chrono>
 #include <csignal>
-#include <memory>
 #include <string>
 #include <vector>
 

@@ -12,7 +12,6 @@
 #include <memory>
 #include <mutex>
 #include <string>
-#include <vector>
 
 using KV::BonjourAnnouncer;
 using lab_test::a_robax;

@@ -8,7 +8,6 @@
 #include <qt_test_main.h>
 
 #include <project_files.h>
-#include <string>
 
 using obvista::RobotSettings;
 

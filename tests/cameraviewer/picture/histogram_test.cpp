@@ -2,7 +2,6 @@
 
 #include <histogram.h>
 #include <made_frames.h>
-#include <numeric>
 #include <picture_decoder.h>
 
 using cameraviewer::Histogram;

@@ -10,7 +10,6 @@
 #include <QFileInfo>
 #include <QString>
 
-#include <chrono>
 #include <cstdlib>
 #include <gst/gst.h>
 #include <iostream>

@@ -16,7 +16,6 @@ using cameraviewer::Picture;
 using cameraviewer::PictureDecoder;
 using cameraviewer::PictureOrigin;
 using cameraviewer::writeSnapshot;
-using obvista_test::Bytes;
 using obvista_test::jpegFrame;
 using obvista_test::smoothPicture;
 using obvista_test::soundFrame;

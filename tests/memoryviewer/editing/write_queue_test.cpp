@@ -10,7 +10,6 @@
 #include <QtTest>
 #include <qt_test_main.h>
 
-#include <atomic>
 #include <condition_variable>
 #include <loopback_broker.h>
 #include <memory>

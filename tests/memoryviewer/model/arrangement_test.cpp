@@ -6,7 +6,6 @@
 #include <QtTest>
 #include <qt_test_main.h>
 
-#include <cmath>
 #include <limits>
 #include <memory>
 

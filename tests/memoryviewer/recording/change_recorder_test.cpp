@@ -16,7 +16,6 @@
 #include <QtTest>
 #include <qt_test_main.h>
 
-#include <cstdlib>
 #include <file_size_limit.h>
 #include <recording/check.h>
 #include <recording/reader.h>

@@ -10,7 +10,6 @@
 #include <chrono>
 #include <cstring>
 #include <dlfcn.h>
-#include <memory>
 #include <netdb.h>
 
 using namespace robaxi_test;

@@ -10,12 +10,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <condition_variable>
 #include <cstdlib>
-#include <mutex>
 #include <set>
-#include <stdexcept>
-#include <thread>
 #include <turbojpeg.h>
 
 using obvista_test::FrameStamp;
@@ -24,7 +20,6 @@ using robot::Canvas;
 using robot::Colour;
 using robot::FrameEncoder;
 using robot::FrameTrouble;
-using testing::Each;
 
 namespace {
 
