@@ -166,7 +166,7 @@ endfunction()
 # means that the test runs nothing that the build compiled; builds with sanitizers omit it. Tests with the label
 # package are not part of the suite: ctest runs them with --build-config packages (scripts/test --packages).
 #
-# The test presets run 12 units at a time. A test takes 3 of them, and a test in a lab one, since it waits for
+# The test presets run 15 units at a time. A test takes 4 of them, and a test in a lab one, since it waits for
 # multicast DNS nearly all of its time: on two cores three tests, which wait for half of theirs, and three labs run
 # at once. Lab tests take longest, so they start first. COST is the duration of a test of more than 20 s:
 # within both kinds such tests start first, and they are spread over the labs.
@@ -202,7 +202,7 @@ function(obvista_register_test)
         math(EXPR arg_COST "${arg_COST} + 1000")
         set_tests_properties(${arg_NAME} PROPERTIES PROCESSORS 1 RESOURCE_LOCK lab_${lab})
     else()
-        set_tests_properties(${arg_NAME} PROPERTIES PROCESSORS 3)
+        set_tests_properties(${arg_NAME} PROPERTIES PROCESSORS 4)
     endif()
     if(arg_COST)
         set_tests_properties(${arg_NAME} PROPERTIES COST ${arg_COST})
