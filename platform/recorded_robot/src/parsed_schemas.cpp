@@ -11,11 +11,11 @@ constexpr std::size_t a_largestSchemas = std::size_t{16} << 20U;  // bytes
 
 std::shared_ptr<const ros2_message::MessageType> ros2Type(const recording::Schema& schema) {
     const std::string name = ros2_message::fullTypeName(schema.fName, "");
-    auto known = ros2_message::knownType(name);
-    // Some recorders do not have the definitions. That of a message without fields is empty, too.
-    if (schema.fEncoding == "ros2msg" && (!schema.fData.empty() || !known)) {
+    // Some recorders do not have the definitions, and write an empty text.
+    if (schema.fEncoding == "ros2msg" && (!schema.fData.empty() || name == "std_msgs/msg/Empty")) {
         return ros2_message::typeOfSchema(name, schema.fData);
     }
+    auto known = ros2_message::knownType(name);
     if (!known) {
         throw std::runtime_error("its type is not known, and has no schema 'ros2msg'");
     }

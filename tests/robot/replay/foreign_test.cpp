@@ -311,6 +311,7 @@ TEST(Foreign, WhatCannotBeReadIsNamed) {
     file.add("/wide", "cdr", "maker/msg/Wide", "ros2msg", "wstring text", {"1234"});
     file.add("/idl", "cdr", "maker/msg/Idl", "ros2idl", "module maker {};", {"1234"});
     file.add("/bare", "cdr", "", "", "", {"1234"});
+    file.add("/own", "cdr", "maker/msg/Own", "ros2msg", "", {"1234"});
     file.add("/idl2", "cdr", "maker/msg/Idl", "ros2idl", "module maker {};", {"1234"});
     const std::string tooLong = '/' + std::string(5000, 'x');
     file.add(tooLong, "cdr", "std_msgs/msg/Int8", "", "", {"1234"});
@@ -323,6 +324,7 @@ TEST(Foreign, WhatCannotBeReadIsNamed) {
                     "maker/msg/Wide: there is no type wstring.",
                     "not replayed: /idl: its type is not known, and has no schema 'ros2msg'",
                     "not replayed: /idl2: its type is not known, and has no schema 'ros2msg'",
+                    "not replayed: /own: its type is not known, and has no schema 'ros2msg'",
                     "not replayed: /bare: it has no schema", StartsWith("not replayed: /xxx")));
 }
 
