@@ -201,14 +201,18 @@ std::optional<KVFrame> recordedFrame(std::string_view message, std::string_view 
 }
 
 std::optional<KVFrame> recordedJsonFrame(std::string_view message, std::string_view schema) {
-    const std::optional<KVValue::Map> map = mapOfMessage(message, a_longestJson);
-    const auto data = map ? bytesOfBase64(textOf(*map, "data")) : std::nullopt;
+    const std::optional<KVValue> value = valueOfMessage(message, a_longestJson);
+    if (!value || value->type() != KVValue::Type::Map) {
+        return std::nullopt;
+    }
+    const KVValue::Map& map = value->toMap();  // not copied: it has the picture
+    const auto data = bytesOfBase64(textOf(map, "data"));
     if (!data) {
         return std::nullopt;
     }
-    const std::string format = textOf(*map, schema == a_rawImage ? "encoding" : "format");
+    const std::string format = textOf(map, schema == a_rawImage ? "encoding" : "format");
     return frameOf(
-        {format, *data, numberOf(*map, "width"), numberOf(*map, "height"), numberOf(*map, "step")},
+        {format, *data, numberOf(map, "width"), numberOf(map, "height"), numberOf(map, "step")},
         schema);
 }
 
