@@ -15,6 +15,7 @@ AnnouncedHost robot(const std::string& hostName, const std::string& serviceName)
     host.fHostName = hostName;
     host.fServices = {{BonjourDiscovery::fRobaxServiceType, 9559, serviceName},
                       {BonjourDiscovery::fRobaxiServiceType, 9559, serviceName}};
+    host.fLookedUp = true;
     host.fAddresses = {"10.77.1.1"};
     return host;
 }
@@ -38,6 +39,14 @@ TEST(CompleteAnnouncement, IsThatOfARobotWithTheNameOrTheAddress) {
 // Another host may still announce a service with the name "buddy", which is then the one examined.
 TEST(CompleteAnnouncement, NeedsMoreThanABareHostName) {
     EXPECT_FALSE(isComplete("buddy", {{"buddy.local", robot("buddy.local", "Walker of Marie")}}));
+}
+
+// Another name of the host is recognised by its addresses.
+TEST(CompleteAnnouncement, HasTheAddressesOfTheHost) {
+    AnnouncedHost host = robot("robot1.local", "robot1");
+    host.fLookedUp = false;
+    host.fAddresses.clear();
+    EXPECT_FALSE(isComplete("robot1", {{"robot1.local", host}}));
 }
 
 // The other announcement may still arrive.

@@ -48,7 +48,8 @@ const AnnouncedHost* completeAnnouncement(const Target& target,
                                           const std::map<std::string, AnnouncedHost>& hosts) {
     const auto found = std::find_if(hosts.begin(), hosts.end(), [&target](const auto& entry) {
         const AnnouncedHost& host = entry.second;
-        return host.isRobot() && !host.ports().empty() && isCertainly(target, host);
+        return host.isRobot() && !host.ports().empty() && host.fLookedUp &&
+               isCertainly(target, host);
     });
     return found == hosts.end() ? nullptr : &found->second;
 }

@@ -32,8 +32,8 @@ std::string nameOf(Verdict verdict);
 
 /**
  * Returns the announcement of the host that is examined if nothing further can change the report on
- * it: it is a robot with middleware, and no other host will be taken for it. Otherwise returns
- * null.
+ * it: it is a robot with middleware, its addresses are known, and no other host will be taken for
+ * it, except one with the same address. Otherwise returns null.
  */
 const AnnouncedHost* completeAnnouncement(const Target& target,
                                           const std::map<std::string, AnnouncedHost>& hosts);
