@@ -11,10 +11,7 @@ namespace robaxi_tool {
 
 namespace {
 
-constexpr unsigned short a_httpPort = 80;
 constexpr unsigned a_httpOk = 200;
-constexpr std::size_t a_mostBytesRead = std::size_t{4} << 20U;
-constexpr const char* a_iconPath = "//media/buddy.icon";
 
 void checkPort(Subject& robot) {
     const std::vector<int> ports = robot.announced().ports();
@@ -40,39 +37,31 @@ void checkAddress(Subject& robot) {
             "The host has no IPv4 address.");
 }
 
-/** Requests the icon. @throws Fault; NotChecked if the host need not have one */
-std::string icon(Subject& robot, const std::string& path) {
-    const AnnouncedHost& host = robot.announced();
-    if (!host.isRobot()) {
-        throw NotChecked("The host announces no _robax._tcp: a computer has no icon.");
-    }
-    const download::HttpAnswer answer =
-        download::httpGet(host.fAddresses.front(), a_httpPort, path,
-                          std::chrono::seconds(robot.request().fTimeout), a_mostBytesRead);
-    if (answer.fIsRefused) {
-        throw NotChecked("The robot has no web server on port 80, and so no icon.");
-    }
+/** Returns the icon that was delivered at a path. @throws Fault */
+const std::string& iconOf(const download::HttpAnswer& answer, const std::string& path) {
     require(answer.fError.empty(), path + ": " + answer.fError + '.');
     require(answer.fStatus == a_httpOk, path + ": status " + std::to_string(answer.fStatus) + '.');
     return answer.fBody;
 }
 
 /** Returns the icon for further checks. @throws NotChecked if there is none: checkIcon() says so */
-std::string deliveredIcon(Subject& robot) {
+const std::string& deliveredIcon(Subject& robot) {
+    const download::HttpAnswer& answer = robot.iconAnswer();
     try {
-        return icon(robot, a_iconPath);
+        return iconOf(answer, a_iconPath);
     } catch (const Fault& fault) {
         throw NotChecked(std::string("There is no icon. ") + fault.what());
     }
 }
 
 void checkIcon(Subject& robot) {
-    require(!icon(robot, a_iconPath).empty(), "The answer has no body.");
+    require(!iconOf(robot.iconAnswer(), a_iconPath).empty(), "The answer has no body.");
 }
 
 void checkIconWithOneSlash(Subject& robot) {
-    const std::string withTwo = deliveredIcon(robot);
-    require(icon(robot, a_iconPath + 1) == withTwo, "It is another answer.");
+    const std::string& withTwo = deliveredIcon(robot);
+    const std::string path = a_iconPath + 1;
+    require(iconOf(robot.requestIcon(path), path) == withTwo, "It is another answer.");
 }
 
 bool startsWith(const std::string& bytes, std::string_view start) {
@@ -96,7 +85,7 @@ bool isText(const std::string& bytes) {
 }
 
 void checkIconFormat(Subject& robot) {
-    const std::string bytes = deliveredIcon(robot);
+    const std::string& bytes = deliveredIcon(robot);
     require(isPng(bytes) || isJpeg(bytes) || isText(bytes) || startsWith(bytes, "GIF8") ||
                 startsWith(bytes, "BM") || startsWith(bytes, std::string_view("\0\0\1\0", 4)),
             "The format of the icon is unknown.");
@@ -126,7 +115,7 @@ bool isProgressive(const std::string& bytes) {
 }
 
 void checkIconBytes(Subject& robot) {
-    const std::string bytes = deliveredIcon(robot);
+    const std::string& bytes = deliveredIcon(robot);
     const auto requireAtMost = [&bytes](std::size_t largest, const std::string& format) {
         require(bytes.size() <= largest,
                 format + " has " + std::to_string(bytes.size()) + " bytes.");
@@ -150,7 +139,7 @@ int numberAt(const std::string& bytes, std::size_t position) {
 }
 
 void checkIconPixels(Subject& robot) {
-    const std::string bytes = deliveredIcon(robot);
+    const std::string& bytes = deliveredIcon(robot);
     if (!isPng(bytes)) {
         throw NotChecked("The size is read of PNG only.");
     }

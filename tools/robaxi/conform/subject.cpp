@@ -18,6 +18,8 @@ constexpr std::chrono::milliseconds a_heartbeat(250);
 constexpr int a_signsInSilence = 5;
 constexpr std::size_t a_longestDetail = 1024;
 constexpr std::size_t a_mostSampleKeys = 100;
+constexpr unsigned short a_httpPort = 80;
+constexpr std::size_t a_mostBytesOfIcon = std::size_t{4} << 20U;
 
 struct CauseStatus {
     v1::Error::Cause fCause;
@@ -236,6 +238,24 @@ const AnnouncedHost& Subject::announced() {
         throw NotChecked(fNotAnnounced);
     }
     return *fAnnounced;
+}
+
+download::HttpAnswer Subject::requestIcon(const std::string& path) {
+    const AnnouncedHost& host = announced();
+    if (!host.isRobot()) {
+        throw NotChecked("The host announces no _robax._tcp: a computer has no icon.");
+    }
+    const std::string& address = host.fAddresses.front();
+    download::HttpAnswer answer = download::httpGet(
+        address, a_httpPort, path, std::chrono::seconds(fRequest.fTimeout), a_mostBytesOfIcon);
+    if (answer.fIsRefused) {
+        throw NotChecked("Nothing listens on port 80 of " + address + ", so there is no icon.");
+    }
+    return answer;
+}
+
+const download::HttpAnswer& Subject::iconAnswer() {
+    return fIcon ? *fIcon : fIcon.emplace(requestIcon(a_iconPath));
 }
 
 // --- Messages ---

@@ -6,6 +6,7 @@
 #include "network/announced_hosts.h"
 
 #include <cstdint>
+#include <download/http_get.h>
 #include <exception>
 #include <initializer_list>
 #include <net/socket_address.h>
@@ -42,6 +43,7 @@ constexpr std::chrono::milliseconds a_quiet(300);
 
 constexpr const char* a_memory = "KVMemory";
 constexpr const char* a_video = "KVVideo";
+constexpr const char* a_iconPath = "//media/buddy.icon";
 
 /** The robot as the checks see it. Facts are asked for once. */
 class Subject {
@@ -77,6 +79,10 @@ class Subject {
     const std::vector<std::pair<std::string, v1::Value>>& sampleValues();
     /** Returns the robot's announcement, with addresses. @throws NotChecked */
     const AnnouncedHost& announced();
+    /** Requests the icon at a path. @throws NotChecked if the host need not have one */
+    download::HttpAnswer requestIcon(const std::string& path);
+    /** Returns the answer to the request at a_iconPath. @throws NotChecked */
+    const download::HttpAnswer& iconAnswer();
 
   private:
     const ConformRequest& fRequest;
@@ -86,6 +92,7 @@ class Subject {
     std::optional<std::vector<v1::Module>> fModules;
     std::optional<std::vector<std::pair<std::string, v1::Value>>> fSample;
     std::optional<AnnouncedHost> fAnnounced;
+    std::optional<download::HttpAnswer> fIcon;
     std::string fNotAnnounced;  ///< the reason why there is no announcement
 };
 
