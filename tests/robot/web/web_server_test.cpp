@@ -289,9 +289,9 @@ TEST(WebServerOnAllAddresses, isReachedWithIpv4InASystemWithoutIpv6) {
     const int port = obvista_test::freePort();
     std::thread([port] {
         ASSERT_TRUE(switchOffIpv6());
+        ASSERT_EQ(-1, socket(AF_INET6, SOCK_STREAM, 0));
         const WebServer server("0.0.0.0", port, nullptr, a_icon);
         EXPECT_THAT(iconFrom("127.0.0.1", port), HasSubstr(a_icon));
-        EXPECT_THROW(iconFrom("::1", port), std::system_error);
     }).join();
 }
 

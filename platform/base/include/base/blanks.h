@@ -6,7 +6,7 @@
 
 namespace base {
 
-/** White space, in any locale. */
+/** The white space of ASCII, whatever the locale. */
 constexpr std::string_view a_blanks = " \t\n\v\f\r";
 
 /** Returns the text without the blanks at its ends. */
