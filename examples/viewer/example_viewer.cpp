@@ -51,6 +51,8 @@ class ExampleWidget : public obvista::ViewerWidget {
         : ViewerWidget(link, plugin, parent), fSettings("ExampleViewer", link->robotName()) {
         fTable->setHeaderLabels({"Key", "Value"});
         fTable->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+        // A stretched column is never narrower than its initial width, for which the table scrolls.
+        fTable->header()->setStretchLastSection(false);
         fFilter->setText(fSettings.value("filter", "Battery").toString());
         layOut(fFilter, {fTable}, fTable);
         connect(fFilter, &QLineEdit::textChanged, this, [this](const QString& text) {
