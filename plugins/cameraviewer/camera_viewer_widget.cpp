@@ -236,6 +236,8 @@ void CameraViewerWidget::xOnCameraChosen() {
     fCapture->setPicture({});
     fHistogram->showHistograms({});
     fMeter.restart(fLink->feed().counts(), FigureMeter::Clock::now());
+    // The last picture requests the next one when it is painted, and may not have been.
+    fSession->requestPicture();
     xUpdateReason();
 }
 

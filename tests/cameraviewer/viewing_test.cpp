@@ -144,6 +144,7 @@ class ViewingTest : public QObject {
     void remembersTheViewOfEachRobot();
     void followsWhatSomebodyElseSets();
     void showsNoPictureOfTheCameraBefore();
+    void showsTheNextCameraAfterAPictureThatWasNotPainted();
 
     void stopsTheStreamWhileNobodyCanSeeIt();
     void keepsThePictureThatIsPaused();
@@ -185,6 +186,8 @@ class ViewingTest : public QObject {
     /** Makes a robot answer at the same port, without cameras, after it was lost. */
     void xRestartRobot(const std::string& name = "TestRobot");
     void xVerifyShown(const QColor& color);
+    /** Moves the cursor to a point of the picture's widget. */
+    void xPointAt(const QPoint& point);
     /** Shows a robot, and returns the milliseconds until the viewer shows a message. */
     qint64 xTimeUntilMessage(const VideoRobot& robot, const QString& message);
 
@@ -228,6 +231,13 @@ void ViewingTest::xVerifyShown(const QColor& color) {
     QTRY_COMPARE(shownColor(fViewer), color);
 }
 
+void ViewingTest::xPointAt(const QPoint& point) {
+    QWidget* view = pictureOf(fViewer);
+    QMouseEvent move(QEvent::MouseMove, point, view->mapToGlobal(point), Qt::NoButton,
+                     Qt::NoButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(view, &move);
+}
+
 qint64 ViewingTest::xTimeUntilMessage(const VideoRobot& robot, const QString& message) {
     std::unique_ptr<QWidget> viewer(fDriver->show(robot.port()));
     return millisecondsUntil([&] { return messageOf(viewer.get()) == message; });
@@ -260,11 +270,7 @@ void ViewingTest::showsTheNewestFrame() {
 void ViewingTest::showsTheValueUnderTheCursor() {
     QWidget* viewer = xShow();
     xVerifyShown(QColor(10, 20, 30));
-    QWidget* view = pictureOf(viewer);
-    const QPoint middle = view->rect().center();
-    QMouseEvent move(QEvent::MouseMove, middle, view->mapToGlobal(middle), Qt::NoButton,
-                     Qt::NoButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(view, &move);
+    xPointAt(pictureOf(viewer)->rect().center());
     const auto ends = [&](const char* text) {
         return readoutOf(viewer).endsWith(QString::fromUtf8(text));
     };
@@ -505,6 +511,21 @@ void ViewingTest::showsNoPictureOfTheCameraBefore() {
     QTRY_COMPARE(fRobot->watchers("rear"), 1);
     fRobot->publish("head", plainFrame(Qt::red));
     QVERIFY(!messageOf(viewer).isEmpty());
+    fRobot->publish("rear", plainFrame(Qt::blue));
+    QTRY_COMPARE(shownColor(viewer), QColor(Qt::blue));
+}
+
+void ViewingTest::showsTheNextCameraAfterAPictureThatWasNotPainted() {
+    QWidget* viewer = xShow();
+    xVerifyShown(Qt::red);
+    QWidget* view = pictureOf(viewer);
+    xPointAt(view->rect().center());
+    view->setUpdatesEnabled(false);  // as behind another tab
+    fRobot->publish("head", plainFrame(QColor(200, 100, 50)));
+    QTRY_VERIFY(readoutOf(viewer).endsWith(QLatin1String("R 200 G 100 B 50")));
+    QVERIFY(choose(viewer, "cameraBox", QStringLiteral("rear")));
+    QTRY_COMPARE(fRobot->watchers("rear"), 1);
+    view->setUpdatesEnabled(true);
     fRobot->publish("rear", plainFrame(Qt::blue));
     QTRY_COMPARE(shownColor(viewer), QColor(Qt::blue));
 }
