@@ -77,10 +77,7 @@ void RobotValues::xChange(const std::vector<KVChange>& changes) {
 }
 
 void RobotValues::xEnd(const KVError& error) {
-    // The streams of a session that cannot be resumed are cancelled with it.
-    const bool isLost = error.cause() == KVError::Cause::ConnectionLost ||
-                        error.cause() == KVError::Cause::Cancelled;
-    if (isLost) {
+    if (error.cause() == KVError::Cause::ConnectionLost) {
         return;
     }
     {
