@@ -159,6 +159,8 @@ void MemorySession::xSetPhase(MemoryPhase phase) {
         fSinceSilence.invalidate();
         fWrites->giveUp(tr("the robot is lost"));
         fRecording->end(phase, fRefusal);
+    } else if (!fSecondTimer.isActive()) {
+        fSecondTimer.start(a_secondTime);  // a robot without values was lost, and may return
     }
     Q_EMIT phaseChanged();
 }
