@@ -61,7 +61,7 @@ const QLatin1String a_plotsKey("plots");
 MemoryViewerWidget::MemoryViewerWidget(const std::shared_ptr<MemoryLink>& link,
                                        WidgetInterface* plugin, QWidget* parent)
     : ViewerWidget(link, plugin, parent),
-      fSettings(QStringLiteral("MemoryViewer"), link->robotName()),
+      fLink(link),
       fSession(new MemorySession(link, this)),
       fModel(new MemoryModel(&fSession->keys(), this)),
       fWatched(new WatchModel(&fSession->keys(), this)),
@@ -78,9 +78,8 @@ MemoryViewerWidget::MemoryViewerWidget(const std::shared_ptr<MemoryLink>& link,
       fReplayCurves(new ReplayCurves(link, fPlots, this)),
       fPanes(new MemoryPanes(fTree, fWatchView, fPlots, this)),
       fStatus(obvista::makeStatusLine("memoryStatus", this)) {
-    fRecording->setRobotName(QString::fromStdString(link->robotName()));
     xBuild();
-    xRestore();
+    xSetRobot();
     xConnect();
     xUpdateTexts();
     fTickTimer.start(a_tickTime);
@@ -166,15 +165,21 @@ void MemoryViewerWidget::xAddShortcut(const QKeySequence& keys, void (MemoryTool
     connect(shortcut, &QShortcut::activated, fToolBar, slot);
 }
 
+void MemoryViewerWidget::xSetRobot() {
+    fRecording->setRobotName(QString::fromStdString(fLink->robotName()));
+    fSettings.emplace(QStringLiteral("MemoryViewer"), fLink->robotName());
+    xRestore();
+}
+
 void MemoryViewerWidget::xRestore() {
-    fColumns->restore(fSettings.value(a_columnsKey).toByteArray(),
-                      fSettings.value(a_widthsKey).toList());
-    fToolBar->setFlat(fSettings.value(a_flatKey).toBool());
-    fToolBar->setRate(fSettings.value(a_rateKey, fToolBar->rate()).toInt());
-    fToolBar->setFilter(fSettings.value(a_filterKey).toString());
-    fWatched->setNames(fSettings.value(a_watchedKey).toStringList());
+    fColumns->restore(fSettings->value(a_columnsKey).toByteArray(),
+                      fSettings->value(a_widthsKey).toList());
+    fToolBar->setFlat(fSettings->value(a_flatKey).toBool());
+    fToolBar->setRate(fSettings->value(a_rateKey, fToolBar->rate()).toInt());
+    fToolBar->setFilter(fSettings->value(a_filterKey).toString());
+    fWatched->setNames(fSettings->value(a_watchedKey).toStringList());
     fPanes->fitWatchList();
-    fPlots->restoreState(fSettings.value(a_plotsKey).toMap());
+    fPlots->restoreState(fSettings->value(a_plotsKey).toMap());
     fSaved = xState();
     fPanes->showPlots(!fPlots->plottedKeys().isEmpty());
     xArrange();
@@ -193,7 +198,7 @@ QVariantMap MemoryViewerWidget::xState() const {
 
 void MemoryViewerWidget::xSave() {
     const QVariantMap state = xState();
-    fSettings.setChanged(fSaved, state);
+    fSettings->setChanged(fSaved, state);
     fSaved = state;
 }
 
@@ -236,6 +241,8 @@ void MemoryViewerWidget::xOnPhase() {
     const MemorySituation situation = fSession->situation();
     if (situation.isOver()) {
         fTickTimer.stop();
+    } else if (!fTickTimer.isActive()) {
+        fTickTimer.start(a_tickTime);
     }
     if (situation.isOver() || situation.fPhase == MemoryPhase::Interrupted) {
         xEndCurves();
@@ -251,9 +258,10 @@ void MemoryViewerWidget::xEndCurves() {
 }
 
 void MemoryViewerWidget::xOnRobotReplaced() {
-    fRecording->setRobotName(robotName());
     fSession->recorder().stop();
     fSession->writes().forgetUndo();
+    xSave();  // for the robot before
+    xSetRobot();
 }
 
 void MemoryViewerWidget::xOnTick() {

@@ -13,6 +13,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 class QKeySequence;
@@ -59,6 +60,7 @@ class MemoryViewerWidget : public obvista::ViewerWidget {
     void xBuild();
     void xConnect();
     void xAddShortcut(const QKeySequence& keys, void (MemoryToolBar::*slot)());
+    void xSetRobot();
     void xRestore();
     void xSave();
     QVariantMap xState() const;
@@ -84,7 +86,8 @@ class MemoryViewerWidget : public obvista::ViewerWidget {
     void xOnRate();
     void xUpdateTexts();
 
-    obvista::RobotSettings fSettings;
+    const std::shared_ptr<MemoryLink> fLink;
+    std::optional<obvista::RobotSettings> fSettings;  // of the present robot
     QVariantMap fSaved;
 
     MemorySession* fSession;
