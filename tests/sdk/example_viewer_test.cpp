@@ -8,12 +8,12 @@
 #include <QScrollBar>
 #include <QTreeWidget>
 #include <QtTest>
-#include <loopback_broker.h>
-#include <project_files.h>
 #include <qt_test_main.h>
 
 #include <algorithm>
+#include <loopback_broker.h>
 #include <memory>
+#include <project_files.h>
 
 namespace {
 
