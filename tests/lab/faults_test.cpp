@@ -28,6 +28,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -44,14 +45,15 @@ constexpr const char* a_address = "10.77.50.1";
 constexpr const char* a_otherAddress = "10.77.50.2";
 constexpr int a_port = 9559;
 constexpr int a_timeOut = 5;  // seconds
+/** The shortest silence after which the other end is lost. */
+constexpr std::chrono::milliseconds a_silence{2000};
 constexpr std::chrono::seconds a_patience{30};
 /** Eight unanswered heartbeats of 250 ms, and one in flight. */
 constexpr std::chrono::seconds a_longestSilence{3};
 
-/** Settings with the shortest silence after which a robot is lost. */
 KVSettings impatientSettings() {
     KVSettings settings;
-    settings.fLimits.fSilence = std::chrono::seconds(2);
+    settings.fLimits.fSilence = a_silence;
     return settings;
 }
 
@@ -193,6 +195,10 @@ class Visit {
 /** A robot with 2,000 values that all change 50 times a second, on a separate host. */
 class Faults : public testing::Test {
   protected:
+    /** The programs on the hosts are as impatient as the one in this process. */
+    static void SetUpTestSuite() {
+        ASSERT_EQ(::setenv("ROBAXI_SILENCE", std::to_string(a_silence.count()).c_str(), 1), 0);
+    }
     void SetUp() override { addHost(); }
     ~Faults() override { control({"kill", a_host}); }
 
@@ -311,18 +317,22 @@ class Faults : public testing::Test {
 class Visitor {
   public:
     /** @param reader command that reads its output */
-    explicit Visitor(const std::string& reader) {
-        control({"add", "visitor", "--ready", "watching", "--", "sh", "-c",
+    explicit Visitor(const std::string& reader, std::string host = "visitor")
+        : fHost(std::move(host)) {
+        control({"add", fHost, "--ready", "watching", "--", "sh", "-c",
                  std::string("echo watching; ") + obvista_test::builtFile("bin/robaxi") +
                      " watch --rate 1000 " + a_address + " 'Load/*' | " + reader});
     }
-    ~Visitor() { control({"kill", "visitor"}); }
+    ~Visitor() { control({"kill", fHost}); }
     Visitor(const Visitor&) = delete;
     Visitor& operator=(const Visitor&) = delete;
 
     /** The robot receives no notice of its end. */
-    static void pullCable() { control({"link", "visitor", "down"}); }
-    static void stop() { control({"exec", "visitor", "--", "pkill", "-STOP", "-x", "robaxi"}); }
+    void pullCable() const { control({"link", fHost, "down"}); }
+    void stop() const { control({"exec", fHost, "--", "pkill", "-STOP", "-x", "robaxi"}); }
+
+  private:
+    const std::string fHost;
 };
 
 }  // namespace
@@ -376,15 +386,15 @@ TEST_F(Faults, AnAddressChangesAndChangesBack) {
         });
 }
 
-TEST_F(Faults, AVisitorVanishesWithoutAWord) {
+TEST_F(Faults, VisitorsVanishWithoutAWord) {
     const std::string robot = robotProcess();
     const Holdings before = holdingsOf(robot);
-    for (int round = 0; round < 2; ++round) {
-        const Visitor visitor("cat >/dev/null");
-        ASSERT_TRUE(eventually([&] { return countConnectionsOf(robot) != 0; }));
-        Visitor::pullCable();
-        EXPECT_TRUE(eventually([&] { return countConnectionsOf(robot) == 0; }));
-    }
+    const Visitor one("cat >/dev/null", "visitor1");
+    const Visitor another("cat >/dev/null", "visitor2");
+    ASSERT_TRUE(eventually([&] { return countConnectionsOf(robot) == 2; }));
+    one.pullCable();
+    another.pullCable();
+    EXPECT_TRUE(eventually([&] { return countConnectionsOf(robot) == 0; }));
     EXPECT_TRUE(eventually([&] { return isBackAt(before, holdingsOf(robot)); }))
         << holdingsOf(robot) << "; before: " << before;
 }
@@ -394,7 +404,7 @@ TEST_F(Faults, AVisitorStops) {
     const Holdings before = holdingsOf(robot);
     const Visitor visitor("cat >/dev/null");
     ASSERT_TRUE(eventually([&] { return countConnectionsOf(robot) != 0; }));
-    Visitor::stop();
+    visitor.stop();
     EXPECT_TRUE(eventually([&] { return countConnectionsOf(robot) == 0; }));
     EXPECT_TRUE(eventually([&] { return isBackAt(before, holdingsOf(robot)); }))
         << holdingsOf(robot) << "; before: " << before;
