@@ -71,7 +71,8 @@ ClientSession::ClientSession(std::shared_ptr<Runtime> runtime, const Place& plac
       fHeartbeatPeriod(fLimits.fHeartbeat),
       fHeartbeat(fRuntime->fTimers, [this] { xBeat(); }),
       fProbing(fRuntime->fTimers, [this] { xPollProbe(); }) {
-    fCurrent = xOpen(0);
+    fCurrent =
+        xOpen(0, std::chrono::milliseconds(millisecondsUntil(deadline + limits::a_roomForTimeOut)));
     fOut.attach(fCurrent->outlet());
     fCurrent->start(xHello());
     try {
@@ -94,10 +95,11 @@ ClientSession::~ClientSession() {
 }
 
 /** Creates a transport and adds it to the list. */
-std::shared_ptr<ClientTransport> ClientSession::xOpen(std::uint64_t resumption) {
+std::shared_ptr<ClientTransport> ClientSession::xOpen(std::uint64_t resumption,
+                                                      std::chrono::milliseconds longestAttempt) {
     ClientTransport::Owner& owner = *this;
     auto transport = std::make_shared<ClientTransport>(
-        owner, createChannel(fListener.toTarget(), fSecurity, fLimits), resumption);
+        owner, createChannel(fListener.toTarget(), fSecurity, fLimits, longestAttempt), resumption);
     const std::lock_guard lock(fMutex);
     fTransports.push_back(transport);
     return transport;

@@ -7,6 +7,7 @@
 
 #include <grpcpp/grpcpp.h>
 
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -14,10 +15,13 @@ namespace robaxi {
 
 /**
  * Creates a channel to one numeric address that shares nothing with other channels of the process.
+ *
+ * @param longestAttempt time after which an attempt to connect ends that is not answered
  */
 std::shared_ptr<grpc::Channel> createChannel(const std::string& target,
                                              const ClientSecurity& security,
-                                             const KVSettings::Limits& limits);
+                                             const KVSettings::Limits& limits,
+                                             std::chrono::milliseconds longestAttempt);
 
 /** Sets the options of every connection to our server. */
 void configureServer(grpc::ServerBuilder& builder, const KVSettings::Limits& limits);
