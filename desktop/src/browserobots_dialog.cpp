@@ -158,6 +158,7 @@ BrowseRobotsDialog::BrowseRobotsDialog(QWidget* parent, const QString& imageFold
     fIPEdit->setAccessibleName(fUseIPCheck->text());
     connectButton->setDefault(true);
     auto* favouriteKeys = new QShortcut(QKeySequence(QStringLiteral("Ctrl+D")), this);
+    favouriteKeys->setAutoRepeat(false);
     connect(favouriteKeys, &QShortcut::activated, this,
             [this] { onItemClicked(xSelectedRow(), a_favouriteColumn); });
     resize(xInitialSize());

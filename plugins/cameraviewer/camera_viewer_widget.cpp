@@ -99,6 +99,7 @@ void CameraViewerWidget::xBuild() {
     copy->setObjectName(QStringLiteral("copyFiguresAction"));
     copy->setShortcut(Qt::CTRL + Qt::SHIFT + Qt::Key_C);
     copy->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    copy->setAutoRepeat(false);
     connect(copy, &QAction::triggered, this, &CameraViewerWidget::xCopyFigures);
     addAction(copy);
     fActions->menu()->addSeparator();

@@ -72,6 +72,7 @@ QAction* makeAction(const char* objectName, const QString& text, const QString& 
     action->setShortcut(key);
     // Another viewer in the same window has the same keys.
     action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    action->setAutoRepeat(false);
     explainWithKey(*action, toolTip);
     action->setEnabled(false);
     viewer->addAction(action);

@@ -36,6 +36,10 @@ ViewActions::ViewActions(PictureView* view) : QObject(view), fView(view), fMenu(
     fHistogram = xAddToggle("histogramAction", tr("Histogra&m"),
                             tr("Histogram of the picture's values"), {Qt::Key_I});
 
+    for (QAction* action : {fZoomIn, fZoomOut, right, left}) {
+        action->setAutoRepeat(true);
+    }
+
     connect(fFit, &QAction::triggered, view, &PictureView::fit);
     connect(fOneToOne, &QAction::triggered, view, &PictureView::showOneToOne);
     connect(fZoomIn, &QAction::triggered, view, &PictureView::zoomIn);
@@ -61,6 +65,7 @@ QAction* ViewActions::xAdd(const char* objectName, const QString& text, const QS
     action->setShortcuts(keys);
     // Single keys belong to the view: a combo box in the tool bar uses them to search its list.
     action->setShortcutContext(Qt::WidgetShortcut);
+    action->setAutoRepeat(false);
     explainWithKey(*action, toolTip);
     fView->addAction(action);
     fMenu->addAction(action);

@@ -21,6 +21,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
+#include <held_key.h>
 #include <new>
 #include <string>
 
@@ -157,7 +158,7 @@ class ListTest : public QObject {
         QTest::keyClick(tree(*dialog), Qt::Key_D, Qt::ControlModifier);
         QCOMPARE(QSettings().value(a_favouritesKey).toStringList(), QStringList());
         row(*dialog, 0)->setSelected(true);
-        QTest::keyClick(tree(*dialog), Qt::Key_D, Qt::ControlModifier);
+        obvista_test::holdKey(Qt::Key_D, Qt::ControlModifier);
         QCOMPARE(QSettings().value(a_favouritesKey).toStringList(), QStringList{"robot1.local"});
         QCOMPARE(starColor(*dialog, 0), QColor(Qt::yellow));
         QTest::keyClick(tree(*dialog), Qt::Key_D, Qt::ControlModifier);

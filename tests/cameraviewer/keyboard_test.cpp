@@ -5,10 +5,13 @@
 #include <QComboBox>
 #include <QDialog>
 #include <QSettings>
+#include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTreeWidget>
 #include <QtTest>
 #include <qt_test_main.h>
 
+#include <held_key.h>
 #include <memory>
 #include <tab_ring.h>
 
@@ -26,6 +29,8 @@ class KeyboardTest : public QObject {
     void leadsToEveryControlWithoutAPicture();
     void givesTheKeyboardToThePicture();
     void listsTheKeys();
+    void repeatsOnlyWhatMovesThePicture_data();
+    void repeatsOnlyWhatMovesThePicture();
 
   private:
     void xVerifyRing(const QStringList& expected);
@@ -102,6 +107,35 @@ void KeyboardTest::listsTheKeys() {
         QVERIFY2(found.size() == 1 && !found.first()->text(1).isEmpty(), keys);
     }
     list->close();
+}
+
+void KeyboardTest::repeatsOnlyWhatMovesThePicture_data() {
+    QTest::addColumn<QString>("action");
+    QTest::addColumn<int>("key");
+    QTest::addColumn<bool>("isWithControl");
+    QTest::addColumn<int>("times");
+    QTest::newRow("record") << "recordAction" << int(Qt::Key_R) << true << 1;
+    QTest::newRow("snapshot") << "snapshotAction" << int(Qt::Key_S) << true << 1;
+    QTest::newRow("pause") << "pauseAction" << int(Qt::Key_Space) << false << 1;
+    QTest::newRow("grid") << "gridAction" << int(Qt::Key_G) << false << 1;
+    QTest::newRow("flip") << "flipHorizontallyAction" << int(Qt::Key_H) << false << 1;
+    QTest::newRow("zoom") << "zoomInAction" << int(Qt::Key_Plus) << false << 4;
+    QTest::newRow("rotate") << "rotateRightAction" << int(Qt::Key_R) << false << 4;
+}
+
+void KeyboardTest::repeatsOnlyWhatMovesThePicture() {
+    QFETCH(QString, action);
+    QFETCH(int, key);
+    QFETCH(bool, isWithControl);
+    QFETCH(int, times);
+    const QTemporaryDir folder;
+    QSettings().setValue(QStringLiteral("CameraViewer/folder"), folder.path());
+    fRobot->publish("head", plainFrame(Qt::red));
+    QTRY_VERIFY(pictureOf(fViewer)->isVisible());
+    fViewer->setFocus();
+    QSignalSpy triggered(actionOf(fViewer, qPrintable(action)), &QAction::triggered);
+    holdKey(static_cast<Qt::Key>(key), isWithControl ? Qt::ControlModifier : Qt::NoModifier);
+    QCOMPARE(triggered.size(), times);
 }
 
 OBVISTA_QTEST_MAIN(KeyboardTest)

@@ -13,6 +13,7 @@
 #include <qt_test_main.h>
 
 #include <algorithm>
+#include <held_key.h>
 #include <memory>
 
 using namespace obvista_test;
@@ -37,6 +38,7 @@ class EditingTest : public QObject {
     void showsWhatIsBeingWritten();
     void showsTheRobotsReasonAndTheValueBefore();
     void undoesTheLastWrite();
+    void undoesOneWriteForAHeldKey();
     void readsNumbersWithAPointInEveryLocale_data();
     void readsNumbersWithAPointInEveryLocale();
     void choosesBools();
@@ -162,6 +164,21 @@ void EditingTest::undoesTheLastWrite() {
     QTRY_COMPARE(fWindow->value(a_setting), before);
     QTest::keyClick(fWindow->tree(), Qt::Key_Z, Qt::ControlModifier);
     QTRY_COMPARE(fWindow->value(a_setting), QStringLiteral("0.25"));
+}
+
+void EditingTest::undoesOneWriteForAHeldKey() {
+    QTRY_VERIFY(!fWindow->value(a_setting).isEmpty());
+    const QString before = fWindow->value(a_setting);
+    xEnter(a_setting, QStringLiteral("0.25"));
+    QTRY_COMPARE(fWindow->value(a_setting), QStringLiteral("0.25"));
+    fWindow->tree()->setFocus();
+    QTest::keyPress(fWindow->tree(), Qt::Key_Z, Qt::ControlModifier);
+    QTRY_COMPARE(fWindow->value(a_setting), before);
+    repeatKey(Qt::Key_Z, Qt::ControlModifier);
+    // Writes are carried out in order: an unwanted one would be before this one.
+    xEnter("Audio/Volume", QStringLiteral("35"));
+    QTRY_COMPARE(fWindow->value("Audio/Volume"), QStringLiteral("35"));
+    QCOMPARE(fWindow->value(a_setting), before);
 }
 
 void EditingTest::readsNumbersWithAPointInEveryLocale_data() {

@@ -21,6 +21,7 @@
 #include <QtTest>
 #include <qt_test_main.h>
 
+#include <held_key.h>
 #include <memory>
 #include <robot_process.h>
 #include <timers.h>
@@ -230,7 +231,7 @@ void ViewingTest::followsAllKeysForALiveSort() {
 void ViewingTest::keepsValuesWhilePaused() {
     QTRY_VERIFY(!xValue("Battery/Voltage").isEmpty());
     choose(fViewer, "Battery/Voltage");
-    QTest::keyClick(xTree(), Qt::Key_Space, Qt::ControlModifier);
+    holdKey(Qt::Key_Space, Qt::ControlModifier);
     QTRY_VERIFY(noticeOf(fViewer).startsWith(QLatin1String("Paused.")));
     fDriver->letTimePass();
     const QString before = xValue("Battery/Voltage");

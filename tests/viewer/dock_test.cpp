@@ -14,6 +14,7 @@
 #include <QtTest>
 #include <qt_test_main.h>
 
+#include <held_key.h>
 #include <memory>
 #include <plugin_driver.h>
 
@@ -77,8 +78,10 @@ class DockTest : public QObject {
     void showsTheRobotsNameInLargeLetters();
     void cutsALongNameInsteadOfForcingTheDockToBeWide();
     void isClosedByKeyboard();
+    void isClosedAloneByAHeldKey();
     void isNotClosedByKeyboardWhereTheDockForbidsIt();
     void floatsByKeyboardAndKeepsTheFocus();
+    void floatsOnceForAHeldKey();
     void listsTheKeysOfTheViewerWithTheFocus();
     void showsTheListOfKeysOnTheScreen();
 
@@ -147,6 +150,16 @@ void DockTest::isClosedByKeyboard() {
     QVERIFY(!saysClosed(fOther->widget()));
 }
 
+void DockTest::isClosedAloneByAHeldKey() {
+    aControlOf(fDock->widget())->setFocus();
+    QTest::keyPress(aControlOf(fDock->widget()), Qt::Key_W, Qt::ControlModifier);
+    QTRY_VERIFY(fDock->isHidden());
+    aControlOf(fOther->widget())->setFocus();
+    repeatKey(Qt::Key_W, Qt::ControlModifier);
+    fDriver->letTimePass();
+    QVERIFY(fOther->isVisible());
+}
+
 void DockTest::isNotClosedByKeyboardWhereTheDockForbidsIt() {
     fDock->setFeatures(QDockWidget::NoDockWidgetFeatures);
     aControlOf(fDock->widget())->setFocus();
@@ -167,6 +180,16 @@ void DockTest::floatsByKeyboardAndKeepsTheFocus() {
         QTRY_VERIFY(control->window()->isActiveWindow());
     }
     QVERIFY(!fOther->isFloating());
+}
+
+void DockTest::floatsOnceForAHeldKey() {
+    QWidget* control = aControlOf(fDock->widget());
+    control->setFocus();
+    xPress(fDock->widget(), Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
+    QVERIFY(fDock->isFloating());
+    QTRY_COMPARE(QApplication::focusWidget(), control);
+    repeatKey(Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
+    QVERIFY(fDock->isFloating());
 }
 
 void DockTest::listsTheKeysOfTheViewerWithTheFocus() {

@@ -140,6 +140,9 @@ void PlotCanvas::leaveEvent(QEvent* event) {
 }
 
 void PlotCanvas::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Space && event->isAutoRepeat()) {
+        return;  // a held space bar pauses once
+    }
     if (!xHandleKey(event->key(), event->modifiers() & ~Qt::KeypadModifier)) {
         QwtPlotCanvas::keyPressEvent(event);
     }

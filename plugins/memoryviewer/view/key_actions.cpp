@@ -30,6 +30,7 @@ KeyActions::KeyActions(const Parts& parts, QWidget* viewer) : QObject(viewer), f
     for (KeyView* view : std::initializer_list<KeyView*>{fParts.fTree, fParts.fWatchView}) {
         auto* copy = new QShortcut(QKeySequence::Copy, view);
         copy->setContext(Qt::WidgetShortcut);
+        copy->setAutoRepeat(false);
         connect(copy, &QShortcut::activated, view, &KeyView::copyRows);
     }
 
@@ -42,6 +43,7 @@ template <typename Slot>
 void KeyActions::xAddShortcut(const QKeySequence& keys, Slot slot) {
     auto* shortcut = new QShortcut(keys, qobject_cast<QWidget*>(parent()));
     shortcut->setContext(Qt::WidgetWithChildrenShortcut);
+    shortcut->setAutoRepeat(false);
     connect(shortcut, &QShortcut::activated, this, slot);
 }
 

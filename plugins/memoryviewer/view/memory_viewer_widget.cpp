@@ -162,6 +162,7 @@ void MemoryViewerWidget::xConnect() {
 void MemoryViewerWidget::xAddShortcut(const QKeySequence& keys, void (MemoryToolBar::*slot)()) {
     auto* shortcut = new QShortcut(keys, this);
     shortcut->setContext(Qt::WidgetWithChildrenShortcut);
+    shortcut->setAutoRepeat(false);
     connect(shortcut, &QShortcut::activated, fToolBar, slot);
 }
 

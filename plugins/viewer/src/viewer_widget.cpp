@@ -379,6 +379,7 @@ void ViewerWidget::xOnDockDecided() {
 void ViewerWidget::xAddShortcut(const QKeySequence& keys, void (ViewerWidget::*slot)()) {
     auto* shortcut = new QShortcut(keys, this);
     shortcut->setContext(Qt::WidgetWithChildrenShortcut);
+    shortcut->setAutoRepeat(false);
     connect(shortcut, &QShortcut::activated, this, slot);
 }
 

@@ -26,6 +26,7 @@
 #include <qwt_scale_map.h>
 
 #include <cmath>
+#include <held_key.h>
 #include <limits>
 #include <memory>
 #include <timers.h>
@@ -440,7 +441,7 @@ void PanelTest::pausesAndFollowsByKeyboard() {
     const auto* follow = fPanel->findChild<QAction*>(QStringLiteral("plotFollow"));
     xCanvas()->setFocus();
     QTRY_VERIFY(xCanvas()->hasFocus());
-    QTest::keyClick(xCanvas(), Qt::Key_Space);
+    obvista_test::holdKey(Qt::Key_Space);
     QVERIFY(!xTime().isFollowing());
     QVERIFY(!follow->isChecked());
     const double right = xTime().right();
