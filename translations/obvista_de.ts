@@ -492,6 +492,10 @@ Prüfen Sie auch, ob nicht schon ein anderes Obvista mit diesem Robaxi verbunden
         <source>Folder for pictures and recordings</source>
         <translation>Ordner für Bilder und Aufzeichnungen</translation>
     </message>
+    <message>
+        <source>No picture was saved, since the previous ones are still being written.</source>
+        <translation>Es wurde kein Bild gespeichert, da die vorigen noch geschrieben werden.</translation>
+    </message>
 </context>
 <context>
     <name>cameraviewer::FaultSentence</name>

@@ -492,6 +492,10 @@ Vérifiez aussi qu’un autre Obvista n’est pas déjà connecté à ce Robaxi.
         <source>Folder for pictures and recordings</source>
         <translation>Dossier des images et enregistrements</translation>
     </message>
+    <message>
+        <source>No picture was saved, since the previous ones are still being written.</source>
+        <translation>Aucune image n’a été enregistrée, car les précédentes sont encore en cours d’écriture.</translation>
+    </message>
 </context>
 <context>
     <name>cameraviewer::FaultSentence</name>

@@ -490,6 +490,10 @@ Also make sur that another Obvista is not already connected to this Robaxi.</sou
         <source>Folder for pictures and recordings</source>
         <translation>画像と記録のフォルダー</translation>
     </message>
+    <message>
+        <source>No picture was saved, since the previous ones are still being written.</source>
+        <translation>前の画像をまだ書き込んでいるため、画像は保存されませんでした。</translation>
+    </message>
 </context>
 <context>
     <name>cameraviewer::FaultSentence</name>

@@ -26,6 +26,8 @@ namespace {
 
 constexpr char a_folderKey[] = "CameraViewer/folder";
 constexpr char a_formatKey[] = "CameraViewer/recordingFormat";
+/** Pictures that wait for a slow disk; each takes up to some ten megabytes. */
+constexpr int a_mostSnapshots = 8;
 
 QString folder() {
     const QString chosen = QSettings().value(QLatin1String(a_folderKey)).toString();
@@ -186,12 +188,20 @@ void CaptureControls::xTakeSnapshot() {
     if (fPicture.fImage.isNull()) {
         return;
     }
+    if (fSnapshots.size() >= a_mostSnapshots) {
+        Q_EMIT told(tr("No picture was saved, since the previous ones are still being written."));
+        return;
+    }
     const QString file = xNewFile(QStringLiteral("png"));
+    fSnapshots.insert(file);
     fWriters.start([this, picture = fPicture, origin = fOrigin, file] {
         const QString failure = writeSnapshot(picture, origin, file);
         QMetaObject::invokeMethod(
             this,
-            [this, failure, file] { Q_EMIT told(failure.isEmpty() ? savedText(file) : failure); },
+            [this, failure, file] {
+                fSnapshots.remove(file);
+                Q_EMIT told(failure.isEmpty() ? savedText(file) : failure);
+            },
             Qt::QueuedConnection);
     });
 }
@@ -253,7 +263,7 @@ QString CaptureControls::xNewFile(const QString& suffix) {
         suffix == QLatin1String("png") ? fPicture.fFrame.fTime : base::microsecondsNow();
     const QString name = suggestedFileName(fOrigin, time, suffix);
     QString file = in.filePath(name);
-    for (int number = 2; QFileInfo::exists(file); ++number) {
+    for (int number = 2; QFileInfo::exists(file) || fSnapshots.contains(file); ++number) {
         file = in.filePath(QStringLiteral("%1-%2.%3")
                                .arg(name.chopped(suffix.size() + 1))
                                .arg(number)

@@ -6,6 +6,7 @@
 #include "picture/recorder.h"
 
 #include <QObject>
+#include <QSet>
 #include <QString>
 #include <QThreadPool>
 
@@ -75,6 +76,7 @@ class CaptureControls : public QObject {
     QActionGroup* fFormatGroup;
     Picture fPicture;
     PictureOrigin fOrigin;
+    QSet<QString> fSnapshots;  // files that are being written
     bool fIsRecording = false;
     Recorder fRecorder;
     QThreadPool fWriters;  // last: writing ends before the other members are destroyed

@@ -167,6 +167,7 @@ class ViewingTest : public QObject {
 
     void savesTheVeryPixels();
     void saysWhyThereIsNoSnapshot();
+    void limitsTheSnapshotsThatWait();
     void recordsWhileItIsHidden();
     void endsTheRecordingWithTheCamera();
     void copiesTheFigures();
@@ -833,6 +834,26 @@ void ViewingTest::saysWhyThereIsNoSnapshot() {
     actionOf(viewer, "snapshotAction")->trigger();
     QTRY_VERIFY2(toldOf(viewer).contains(QLatin1String("/proc/nowhere")),
                  qPrintable(toldOf(viewer)));
+}
+
+void ViewingTest::limitsTheSnapshotsThatWait() {
+    constexpr int most = 8;
+    const auto files = [this] {
+        return QDir(fFolder->path()).entryList({QStringLiteral("*.png")}).size();
+    };
+    QWidget* viewer = xShow();
+    xVerifyShown(Qt::red);
+    // As on a slow disk: the viewer does not hear of a written file before it handles events.
+    for (int i = 0; i <= most; ++i) {
+        actionOf(viewer, "snapshotAction")->trigger();
+    }
+    QVERIFY2(toldOf(viewer).startsWith(QLatin1String("No picture was saved")),
+             qPrintable(toldOf(viewer)));
+    QTRY_COMPARE(files(), most);
+    QTRY_VERIFY(toldOf(viewer).startsWith(QLatin1String("Picture saved")));
+    // The viewer has heard of at least one of them.
+    actionOf(viewer, "snapshotAction")->trigger();
+    QTRY_COMPARE(files(), most + 1);
 }
 
 void ViewingTest::recordsWhileItIsHidden() {
