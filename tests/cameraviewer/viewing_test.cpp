@@ -234,8 +234,8 @@ void ViewingTest::xVerifyShown(const QColor& color) {
 
 void ViewingTest::xPointAt(const QPoint& point) {
     QWidget* view = pictureOf(fViewer);
-    QMouseEvent move(QEvent::MouseMove, point, view->mapToGlobal(point), Qt::NoButton,
-                     Qt::NoButton, Qt::NoModifier);
+    QMouseEvent move(QEvent::MouseMove, point, view->mapToGlobal(point), Qt::NoButton, Qt::NoButton,
+                     Qt::NoModifier);
     QCoreApplication::sendEvent(view, &move);
 }
 

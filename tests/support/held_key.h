@@ -15,7 +15,8 @@ inline void repeatKey(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModif
     QTest::simulateEvent(focus, true, key, modifiers, QString(), true);
 }
 
-/** Presses a key in the widget that has the focus, and holds it until it has repeated three times. */
+/** Presses a key in the widget that has the focus, and holds it until it has repeated three times.
+ */
 inline void holdKey(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
     QTest::keyPress(QApplication::focusWidget(), key, modifiers);
     for (int i = 0; i < 3; ++i) {
