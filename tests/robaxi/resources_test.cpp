@@ -1,5 +1,4 @@
 #include "eventually.h"
-#include "plain_listener.h"
 #include "process_figures.h"
 #include "recording_listener.h"
 #include "test_broker.h"
@@ -11,7 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -24,8 +22,6 @@ namespace {
 
 /** The thread pools of the server and of gRPC start threads when they are needed, up to a limit. */
 constexpr std::size_t a_threadsStartedLate = 16;
-/** Less than the 20 s for which gRPC by default waits for the other end's first answer. */
-constexpr std::chrono::seconds a_soon{10};
 
 /** A server with "Echo", and "Memory" with one value. */
 class Resources : public testing::Test {
@@ -89,19 +85,6 @@ TEST_F(Resources, DoNotGrowWithFailedConnections) {
     expectNoGrowth([this, port] {
         EXPECT_CAUSE(errorOf([&] { KVConnection::open(fClient, a_loopback, port, 5); }), Refused);
     });
-}
-
-TEST_F(Resources, AreReleasedSoonAfterASilentListenerWasGivenUp) {
-    constexpr int attempts = 5;
-    const Listener listener(2 * attempts);  // each connects twice
-    const std::size_t descriptors = countDescriptors();
-    for (int i = 0; i < attempts; ++i) {
-        EXPECT_CAUSE(
-            errorOf([&] { KVConnection::open(fClient, a_loopback, listener.port(), 0.2); }),
-            TimedOut);
-    }
-    EXPECT_TRUE(eventually([&] { return countDescriptors() <= descriptors; }, a_soon))
-        << countDescriptors() << " descriptors, before " << descriptors;
 }
 
 TEST_F(Resources, DoNotGrowWithBrokers) {

@@ -2,7 +2,6 @@
 // on the former connection or on another one.
 #include "child_process.h"
 #include "connection_states.h"
-#include "eventually.h"
 #include "frame_listener.h"
 #include "latch.h"
 #include "process_figures.h"
@@ -527,19 +526,6 @@ TEST_F(StoppedRobot, IsLostAfterTheLimit) {
     EXPECT_CAUSE(*fValues.fEnd, ConnectionLost);
     fRobot->signal(SIGCONT);
     EXPECT_EQ(fConnection->getState(), State::Lost);
-}
-
-TEST_F(StoppedRobot, HoldsNoDescriptorAfterItIsLost) {
-    connect(std::chrono::seconds(2));
-    const std::size_t connected = obvista_test::countDescriptors();
-    fRobot->signal(SIGSTOP);
-    ASSERT_TRUE(fStates.waitFor(State::Lost));
-    fSubscription.reset();
-    fConnection.reset();
-    // gRPC by default waits for 20 s for the first answer to an attempt to resume.
-    EXPECT_TRUE(obvista_test::eventually(
-        [&] { return obvista_test::countDescriptors() < connected; }, std::chrono::seconds(10)))
-        << obvista_test::countDescriptors() << " descriptors, with a connection " << connected;
 }
 
 TEST_F(StoppedRobot, IsLostWhenItIsKilled) {

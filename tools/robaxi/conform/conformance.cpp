@@ -82,9 +82,7 @@ void run(const ConformRequest& request) {
     KVSettings::Limits limits = request.fSettings.fLimits;
     limits.fMessage = a_largestMessage;
     const robaxi::SocketAddress listener = listenerOf(request);
-    Subject robot(request, listener,
-                  robaxi::createChannel(listener.toTarget(), security, limits,
-                                        std::chrono::seconds(request.fTimeout)),
+    Subject robot(request, listener, robaxi::createChannel(listener.toTarget(), security, limits),
                   security.token());
     if (!robot.wire().connect(robot.deadline())) {
         throw unreachable(request.fEndpoint);

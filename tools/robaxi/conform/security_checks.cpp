@@ -67,7 +67,7 @@ void checkTlsOnly(Subject& robot) {
     }
     const auto channel =
         robaxi::createChannel(robot.listener().toTarget(), robaxi::ClientSecurity({}, place.fHost),
-                              request.fSettings.fLimits, std::chrono::seconds(request.fTimeout));
+                              request.fSettings.fLimits);
     Wire wire(channel, request.fInterruption);
     Rpc rpc(wire, "/robaxi.v1.Robaxi/ListModules");
     rpc.send(v1::ListModules());

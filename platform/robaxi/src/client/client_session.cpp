@@ -71,8 +71,7 @@ ClientSession::ClientSession(std::shared_ptr<Runtime> runtime, const Place& plac
       fHeartbeatPeriod(fLimits.fHeartbeat),
       fHeartbeat(fRuntime->fTimers, [this] { xBeat(); }),
       fProbing(fRuntime->fTimers, [this] { xPollProbe(); }) {
-    fCurrent =
-        xOpen(0, std::chrono::milliseconds(millisecondsUntil(deadline + limits::a_roomForTimeOut)));
+    fCurrent = xOpen(0);
     fOut.attach(fCurrent->outlet());
     fCurrent->start(xHello());
     try {
@@ -95,11 +94,10 @@ ClientSession::~ClientSession() {
 }
 
 /** Creates a transport and adds it to the list. */
-std::shared_ptr<ClientTransport> ClientSession::xOpen(std::uint64_t resumption,
-                                                      std::chrono::milliseconds longestAttempt) {
+std::shared_ptr<ClientTransport> ClientSession::xOpen(std::uint64_t resumption) {
     ClientTransport::Owner& owner = *this;
     auto transport = std::make_shared<ClientTransport>(
-        owner, createChannel(fListener.toTarget(), fSecurity, fLimits, longestAttempt), resumption);
+        owner, createChannel(fListener.toTarget(), fSecurity, fLimits), resumption);
     const std::lock_guard lock(fMutex);
     fTransports.push_back(transport);
     return transport;

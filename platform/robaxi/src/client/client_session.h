@@ -108,8 +108,7 @@ class ClientSession : public Link,
     /** Returns a number for each posted call: positive, and repeated only after 2^31 posts. */
     int xNextTaskId();
 
-    std::shared_ptr<ClientTransport> xOpen(std::uint64_t resumption,
-                                           std::chrono::milliseconds longestAttempt);
+    std::shared_ptr<ClientTransport> xOpen(std::uint64_t resumption);
     v1::Hello xHello() const;
     void xAwaitHello(Deadline deadline);
     void xSendTheRest();

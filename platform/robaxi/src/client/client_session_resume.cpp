@@ -57,9 +57,7 @@ void ClientSession::xStartAttempt() {
     resume->set_session_id(sessionId());
     resume->set_resumption(++fLastResumption);
     resume->set_received(fReceived);
-    const auto untilLoss =
-        limits::longestSilence(fLimits) - fSilentHeartbeats.load() * fHeartbeatPeriod;
-    xOpen(fLastResumption, std::min(untilLoss, limits::a_longestAttemptToResume))->start(hello);
+    xOpen(fLastResumption)->start(hello);
 }
 
 std::size_t ClientSession::xCountAttempts() const {

@@ -35,8 +35,7 @@ void keepGrpcQuiet() {
 
 std::shared_ptr<grpc::Channel> createChannel(const std::string& target,
                                              const ClientSecurity& security,
-                                             const KVSettings::Limits& limits,
-                                             std::chrono::milliseconds longestAttempt) {
+                                             const KVSettings::Limits& limits) {
     keepGrpcQuiet();
     grpc::ChannelArguments arguments;
     arguments.SetMaxReceiveMessageSize(largestBatch(limits));
@@ -48,9 +47,6 @@ std::shared_ptr<grpc::Channel> createChannel(const std::string& target,
     arguments.SetInt(GRPC_ARG_ENABLE_HTTP_PROXY, 0);
     arguments.SetInt(GRPC_ARG_SERVICE_CONFIG_DISABLE_RESOLUTION, 1);
     arguments.SetInt(GRPC_ARG_ENABLE_RETRIES, 0);
-    // Also the time for the robot's first answer. gRPC waits for it until then, 20 s by default,
-    // with the connection open, even if the channel is gone.
-    arguments.SetInt(GRPC_ARG_MIN_RECONNECT_BACKOFF_MS, static_cast<int>(longestAttempt.count()));
     // Otherwise brokers of one process that reach the same robot would share a connection, and
     // closing one broker's would close the other's.
     arguments.SetInt(GRPC_ARG_USE_LOCAL_SUBCHANNEL_POOL, 1);

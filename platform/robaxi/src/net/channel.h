@@ -7,7 +7,6 @@
 
 #include <grpcpp/grpcpp.h>
 
-#include <chrono>
 #include <memory>
 #include <string>
 
@@ -15,13 +14,10 @@ namespace robaxi {
 
 /**
  * Creates a channel to one numeric address that shares nothing with other channels of the process.
- *
- * @param longestAttempt time after which an attempt to connect ends that is not answered
  */
 std::shared_ptr<grpc::Channel> createChannel(const std::string& target,
                                              const ClientSecurity& security,
-                                             const KVSettings::Limits& limits,
-                                             std::chrono::milliseconds longestAttempt);
+                                             const KVSettings::Limits& limits);
 
 /** Sets the options of every connection to our server. */
 void configureServer(grpc::ServerBuilder& builder, const KVSettings::Limits& limits);

@@ -69,9 +69,6 @@ constexpr int a_heartbeatsInSilence = 4;
 constexpr std::size_t a_mostAddresses = 8;
 constexpr std::chrono::milliseconds a_betweenAddresses{250};
 
-/** Time between the time-out of a connection and the end of its attempt, which is another error. */
-constexpr std::chrono::seconds a_roomForTimeOut{1};
-
 /** Maximum time that the destructor of a link waits until posted calls are sent. */
 constexpr std::chrono::milliseconds a_timeToSendTheRest{500};
 
@@ -115,8 +112,6 @@ inline int heartbeatsBeforeProbe(const KVSettings::Limits& limits) {
 constexpr std::chrono::milliseconds a_betweenPollsOfProbe{20};
 /** Attempts to resume a session that wait for the robot's answer. */
 constexpr std::size_t a_attemptsToResume = 4;
-/** Maximum time of one that does not connect, so that others follow in a long silence. */
-constexpr std::chrono::milliseconds a_longestAttemptToResume{20000};
 /** Time between the first two attempts; it doubles from one to the next. */
 constexpr std::chrono::milliseconds a_betweenAttemptsToResume{500};
 
