@@ -37,7 +37,7 @@ def _open_channel(target: Target, access: Access, settings: Settings) -> grpc.Ch
     address = target.address.replace("%", "%25")
     uri = (f"ipv6:[{address}]:{target.port}" if ":" in address
            else f"ipv4:{address}:{target.port}")
-    options: List[Tuple[str, Any]] = _wire.options(settings.limits) + [
+    options: List[Tuple[str, Any]] = _wire.options(settings.limits, is_robot=False) + [
         ("grpc.enable_http_proxy", 0), ("grpc.enable_retries", 0),
         ("grpc.service_config_disable_resolution", 1),
         # Another connection does not wait for the retry of one that failed.

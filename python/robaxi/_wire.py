@@ -181,8 +181,11 @@ def end_of(end: grpc.RpcError) -> Optional[pb.Error]:
     """The robot's reason for the end of an RPC; None if it gives none."""
     for key, value in end.trailing_metadata() or ():
         if key == _DETAILS:
-            reason: pb.Error = pb.Error.FromString(value)
-            return reason
+            try:
+                reason: pb.Error = pb.Error.FromString(value)
+                return reason
+            except Exception:  # DecodeError, whose place differs between implementations
+                break
     cause = _CAUSES.get(end.code())
     return None if cause is None else pb.Error(cause=cause, text=end.details() or "")
 
@@ -431,12 +434,14 @@ class Assembler:
         return whole
 
 
-def options(limits: Limits) -> List[Tuple[str, Any]]:
-    """Options of gRPC for a channel or server."""
+def options(limits: Limits, is_robot: bool) -> List[Tuple[str, Any]]:
+    """Options of gRPC for a robot's server, or for a channel to one."""
     longest_wait = max(limits.longest_silence, UNTAKING_HEARTBEATS * limits.heartbeat)
+    of_client = limits.message + BATCH_OVERHEAD
+    of_robot = max(of_client, 2 * LARGEST_FRAME_PART)
     return [
-        ("grpc.max_receive_message_length", limits.message + BATCH_OVERHEAD),
-        ("grpc.max_send_message_length", limits.message + BATCH_OVERHEAD),
+        ("grpc.max_receive_message_length", of_client if is_robot else of_robot),
+        ("grpc.max_send_message_length", of_robot if is_robot else of_client),
         # TCP_USER_TIMEOUT, which gRPC only sets with keepalive pings. These never become due, since
         # the heartbeats do more.
         ("grpc.keepalive_time_ms", 2**31 - 2),

@@ -218,7 +218,7 @@ class Server:
         self._end = asyncio.Event()
         credentials, token = self._security()
         service = Service(self.name, self._modules, self._settings, token)
-        options = _wire.options(self._settings.limits) + [("grpc.so_reuseport", 0)]
+        options = _wire.options(self._settings.limits, is_robot=True) + [("grpc.so_reuseport", 0)]
         server = grpc.aio.server(options=options)
         server.add_generic_rpc_handlers([service.handler(), *handlers(service)])
         self.port = self._listen(server, credentials)

@@ -139,12 +139,15 @@ class Table(MutableMapping[str, Any]):
             self._touch([entry], None)
 
     def set_all(self, values: Mapping[str, Any], time_stamp: Optional[float] = None) -> None:
-        """Sets several keys with one time stamp, in seconds since 1970; by default now."""
+        """Sets several keys with one time stamp, in seconds since 1970; by default now.
+
+        Sets none if there is no key of one of the names.
+        """
         normal = {name: _normal(value) for name, value in values.items()}
         with self._lock:
+            entries = [(self._find(name), value) for name, value in normal.items()]
             changed = []
-            for name, value in normal.items():
-                entry = self._find(name)
+            for entry, value in entries:
                 if not _is_same(entry.value, value):
                     entry.value = value
                     changed.append(entry)

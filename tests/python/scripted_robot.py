@@ -5,7 +5,7 @@ from __future__ import annotations
 import concurrent.futures
 import dataclasses
 import threading
-from typing import Any, Iterator, List, Sequence
+from typing import Any, Iterator, List, Optional, Sequence
 
 import grpc
 
@@ -22,6 +22,8 @@ class Script:
     batches: Sequence[pb.ServerBatch] = ()  #: when it is called, or the session is resumed
     updates: Sequence[pb.SubscriptionUpdate] = ()
     frames: Sequence[pb.WatchUpdate] = ()
+    #: Ends the streams of values and frames after those, with these bytes as the robot's reason.
+    reason: Optional[bytes] = None
 
 
 class ScriptedRobot:
@@ -90,19 +92,28 @@ class ScriptedRobot:
         self.subscribed.append(first)
         if self._is_left(first.start.resumption):
             context.abort(grpc.StatusCode.PERMISSION_DENIED, "another number")
-        yield from self._script(first.start.resumption).updates
-        _wait_for_the_end(context)
+        script = self._script(first.start.resumption)
+        yield from script.updates
+        _end(context, script)
 
     def _watch(self, requests: Iterator[pb.WatchRequest],
                context: Any) -> Iterator[pb.WatchUpdate]:
-        yield from self._script(next(requests).start.resumption).frames
-        _wait_for_the_end(context)
+        script = self._script(next(requests).start.resumption)
+        yield from script.frames
+        _end(context, script)
 
     def _is_left(self, resumption: int) -> bool:
         return self._accepted.index(resumption) < self._left
 
     def _script(self, resumption: int) -> Script:
         return self._scripts[self._accepted.index(resumption)]
+
+
+def _end(context: Any, script: Script) -> None:
+    if script.reason is not None:
+        context.set_trailing_metadata((("robaxi-error-bin", script.reason),))
+        context.abort(grpc.StatusCode.RESOURCE_EXHAUSTED, "too many")
+    _wait_for_the_end(context)
 
 
 def _wait_for_the_end(context: Any) -> None:

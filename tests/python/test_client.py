@@ -287,6 +287,13 @@ def test_frames_are_arrays(humanoid, connect, kind, pixel):
     assert abs(frame.time - time.time()) < 60
 
 
+def test_frames_may_be_larger_than_a_message(humanoid, connect):
+    settings = robaxi.Settings(limits=robaxi.Limits(message=1 << 16))
+    camera = connect(humanoid.port, settings=settings).camera("head")
+    camera.set(width=640, height=480, format="rgb", rate=30.0)
+    assert next(one for one in camera.frames() if one.width == 640).pixels.nbytes == 640 * 480 * 3
+
+
 def test_rows_may_be_padded():
     numpy = pytest.importorskip("numpy")
     frame = robaxi.Frame(1, 0.0, 2, 2, 8, "rgb", bytes(range(14)))

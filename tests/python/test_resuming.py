@@ -283,6 +283,15 @@ def test_a_repeated_frame_is_left_out(script, reach):
         assert [seen[-1], next(frames).number] == expected
 
 
+def test_streams_end_for_a_reason_that_cannot_be_read(script, connect):
+    scripted = script(Script(reason=b"\xff\xff\xff"))
+    robot = connect(scripted.port)
+    for stream in [robot.camera("head").frames(), robot.memory.watch()]:
+        with pytest.raises(robaxi.Error) as raised:
+            next(stream)
+        assert raised.value.cause == robaxi.Cause.TOO_MANY
+
+
 def test_frames_go_on_with_the_next_one(start_either_humanoid, reach):
     relay, robot = reach(start_either_humanoid().port)
     robot.camera("head").set(rate=30.0)

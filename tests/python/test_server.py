@@ -392,6 +392,8 @@ def test_changes_are_watched(serve, connect):
     assert next(changes).value == 87.5
     server.memory["Battery/Charge"] = 87.5  # not a change
     server.memory["Audio/Volume"] = 1  # not watched
+    with pytest.raises(KeyError):
+        server.memory.set_all({"Battery/Charge": 80, "No/Such": 1})
     server.memory.set_all({"Battery/Charge": 80}, time_stamp=1000.25)
     change = next(changes)
     assert (change.key, change.value, change.time, change.unit) == ("Battery/Charge", 80, 1000.25,
