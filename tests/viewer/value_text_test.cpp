@@ -211,7 +211,7 @@ void ValueTextTest::boundsListsInLengthAndDepth() {
 void ValueTextTest::keepsAUnitBesideItsNumber_data() {
     QTest::addColumn<QString>("shown");
     QTest::newRow("at the end") << "age 12_ms";
-    QTest::newRow("of parts") << QStringLiteral("30.0_shown  \u00B7  457_kB/s  \u00B7  50_%");
+    QTest::newRow("of parts") << QStringLiteral("30.0_shown__\u00B7  457_kB/s__\u00B7  50_%");
     QTest::newRow("in a sentence") << "Lost 12_s ago; trying again";
     QTest::newRow("in Japanese") << QStringLiteral("5_\u79D2");
     QTest::newRow("words before numbers") << "R 200 G 100 B 50";

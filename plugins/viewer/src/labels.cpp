@@ -71,6 +71,12 @@ void prepare(QLabel& label, const char* objectName) {
     label.setTextInteractionFlags(Qt::TextSelectableByMouse);
 }
 
+/** Breaks lines neither between a number and its unit nor before a separator. */
+QString wrapping(const QString& status) {
+    return keepUnits(status).replace(QStringLiteral("  \u00B7"),
+                                     QStringLiteral("\u00A0\u00A0\u00B7"));
+}
+
 }  // namespace
 
 QLabel* makeLabel(const char* objectName, QWidget* parent) {
@@ -130,7 +136,7 @@ void nameByLabel(QWidget& control, const QString& name) {
 }
 
 void setStatus(QLabel& line, const QString& status) {
-    line.setText(line.wordWrap() ? keepUnits(status) : status);
+    line.setText(line.wordWrap() ? wrapping(status) : status);
     explain(line, status);
     //: %1 is the status line, for screen readers
     line.setAccessibleName(QCoreApplication::translate("viewer", "Status: %1").arg(status));

@@ -31,7 +31,7 @@ OBVISTA_VIEWER_EXPORT QLabel* makeStatusLine(const char* objectName, QWidget* pa
 OBVISTA_VIEWER_EXPORT QLabel* makeStatusLines(const char* objectName, QWidget* parent);
 
 /** Shows a text in a status line, with the whole text as its tool tip and for screen readers. In a
- * line that wraps, a unit stays beside its number. */
+ * line that wraps, a unit stays beside its number, and a separator behind its part. */
 OBVISTA_VIEWER_EXPORT void setStatus(QLabel& line, const QString& status);
 
 /** The separator of two parts of a status line. */
