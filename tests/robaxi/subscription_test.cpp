@@ -10,11 +10,15 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cmath>
 #include <future>
 #include <limits>
+#include <map>
 #include <memory>
+#include <string>
 #include <thread>
+#include <vector>
 
 using namespace robaxi_test;
 
@@ -399,6 +403,56 @@ TEST_F(Subscription, SplitsABatchThatIsTooLargeForOneMessage) {
     const auto subscription = subscribe(0.1);
     ASSERT_TRUE(fListener.waitUntil([&] { return fListener.fValues.size() == keys; }));
     EXPECT_EQ(fListener.fValues["big23"].fValue, KVValue(std::string(size, 'x')));
+}
+
+TEST_F(Subscription, OfChosenKeysBringsThemInTurnIfTheyDoNotFitInOneUpdate) {
+    constexpr std::size_t size = 400'000;  // three of them make an update full
+    constexpr int keys = 6;
+    std::vector<std::uint32_t> ids;
+    for (int i = 0; i < keys; ++i) {
+        ids.push_back(fTable->addKey(key("text" + std::to_string(i)), std::string(size, 'a')));
+    }
+    std::map<std::uint32_t, int> received;
+    std::atomic<bool> isEnough{false};
+    KVSubscription::Callbacks callbacks;
+    callbacks.fValuesChanged = [&](const std::vector<KVChange>& changes) {
+        for (const KVChange& change : changes) {
+            if (++received[change.fId] == 30) {
+                isEnough = true;
+            }
+        }
+    };
+    const auto subscription =
+        KVSubscription::start(fConnection, "Memory", a_chosen, 1000, callbacks);
+    subscription->setKeys(ids);
+    const auto deadline = std::chrono::steady_clock::now() + a_patience;
+    for (int round = 1; !isEnough && std::chrono::steady_clock::now() < deadline; ++round) {
+        const auto letter = static_cast<char>('a' + round % 26);
+        for (const std::uint32_t id : ids) {
+            fTable->setValue(id, std::string(size, letter));
+        }
+    }
+    subscription->stop();
+    ASSERT_TRUE(isEnough);
+    for (const std::uint32_t id : ids) {
+        EXPECT_GE(received[id], 15) << "key " << id;
+    }
+}
+
+TEST_F(Subscription, OfChosenKeysBringsTheLastChangesOfThoseThatWereSentFirst) {
+    constexpr std::size_t size = 600'000;
+    const std::uint32_t first = fTable->addKey(key("first"), std::string(size, 'a'));
+    const std::uint32_t second = fTable->addKey(key("second"), std::string(size, 'a'));
+    const std::uint32_t last = fTable->addKey(key("last"), 0);
+    const auto subscription = subscribe(1000, a_chosen);
+    subscription->setKeys({first, second, last});
+    for (int round = 1; round <= 50; ++round) {
+        for (const std::uint32_t id : {first, second}) {
+            fTable->setValue(id, std::string(size, static_cast<char>('a' + round % 26)));
+        }
+        fTable->setValue(first, round);  // perhaps between the parts of an update
+        ASSERT_TRUE(fListener.waitForValue("first", round));
+    }
 }
 
 TEST_F(Subscription, BringsNothingInPlaceOfAValueThatCannotBeSent) {

@@ -194,16 +194,19 @@ bool SubscriptionServer::xComposeDueValues(Clock::duration period) {
     const auto due = fLastBatch + period;
     if (fHasMore || now >= due) {
         const bool isNextPart = fHasMore;
-        if (!xComposeValues(false)) {
+        if (xComposeValues(false)) {
+            if (!isNextPart) {
+                // Aligned to the rate, unless it was quiet for longer than a period.
+                fLastBatch = now - due < period ? due : now;
+            }
+            fWakeForValues = fLastBatch + period;
+            return true;
+        }
+        if (!isNextPart) {
             fWakeForValues = now;
             return false;
         }
-        if (!isNextPart) {
-            // Aligned to the rate, unless it was quiet for longer than a period.
-            fLastBatch = now - due < period ? due : now;
-        }
-        fWakeForValues = fLastBatch + period;
-        return true;
+        // Keys of earlier parts may have changed since.
     }
     if (fHasNewlyChosen && xComposeValues(true)) {
         return true;
@@ -217,7 +220,7 @@ bool SubscriptionServer::xComposeDueValues(Clock::duration period) {
 }
 
 void SubscriptionServer::xChoose(const std::vector<std::uint32_t>& ids) {
-    std::unordered_map<std::uint32_t, LastSent> chosen;
+    std::map<std::uint32_t, LastSent> chosen;
     for (const std::uint32_t id : ids) {
         const auto before = fChosen.find(id);
         if (before != fChosen.end()) {
@@ -228,6 +231,7 @@ void SubscriptionServer::xChoose(const std::vector<std::uint32_t>& ids) {
         }
     }
     fChosen.swap(chosen);
+    fNextChosen = 0;  // newly chosen keys are in this update, too
 }
 
 bool SubscriptionServer::xComposeRemovedKeys() {
@@ -273,7 +277,7 @@ bool SubscriptionServer::xComposeValues(bool onlyNewlyChosen) {
         fHasMore = !isComplete;
     }
     if (isComplete && !onlyNewlyChosen) {
-        fSeenVersion = fTable->fLastVersion;
+        fSeenVersion = fSendsAllKeys ? fTable->fLastVersion : fVersionAtStart;
         fHasNewlyChosen = false;
     }
     batch.finish();
@@ -297,13 +301,25 @@ std::uint64_t SubscriptionServer::xPackAll(BatchEncoder& batch) {
     return passedOver;
 }
 
-/** Packs new values of the chosen keys. @return the number of changes passed over */
+/**
+ * Packs new values of the chosen keys. Each part continues behind the one before, so that keys that
+ * change all the time leave room for the others.
+ *
+ * @return the number of changes passed over
+ */
 std::uint64_t SubscriptionServer::xPackChosen(BatchEncoder& batch, bool onlyNewlyChosen) {
+    if (onlyNewlyChosen) {
+        fNextChosen = 0;
+    }
+    if (fNextChosen == 0) {
+        fVersionAtStart = fTable->fLastVersion;
+    }
     std::uint64_t passedOver = 0;
-    for (auto& [id, sent] : fChosen) {
-        if (batch.isFull()) {
-            break;
-        }
+    std::uint32_t last = 0;
+    for (auto chosen = fChosen.lower_bound(fNextChosen); chosen != fChosen.end() && !batch.isFull();
+         ++chosen) {
+        auto& [id, sent] = *chosen;
+        last = id;
         const Table::Entry* entry = fTable->find(id);
         if (entry != nullptr && entry->fVersion > sent.fVersion &&
             !(onlyNewlyChosen && sent.fVersion != 0)) {
@@ -314,6 +330,7 @@ std::uint64_t SubscriptionServer::xPackChosen(BatchEncoder& batch, bool onlyNewl
             sent = {entry->fVersion, entry->fChanges};
         }
     }
+    fNextChosen = batch.isFull() && !onlyNewlyChosen ? last + 1 : 0;
     return passedOver;
 }
 

@@ -7,10 +7,10 @@
 #include "wire/batch_codec.h"
 
 #include <atomic>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 namespace robaxi {
@@ -83,7 +83,9 @@ class SubscriptionServer : public ServerStream<v1::SubscriptionRequest>,
     bool fHasOtherTable = false;              // than the client knows, until that is sent
     std::uint64_t fSeenVersion = 0;
     std::uint64_t fCountedFrom = 0;  // changes above this version are passed over if not sent
-    std::unordered_map<std::uint32_t, LastSent> fChosen;
+    std::map<std::uint32_t, LastSent> fChosen;
+    std::uint32_t fNextChosen = 0;      // where the next part of an update continues
+    std::uint64_t fVersionAtStart = 0;  // of its first part
     bool fHasNewlyChosen = false;
     bool fHasMore = false;  // the last batch was full
     TimerThread::Clock::time_point fLastBatch;
