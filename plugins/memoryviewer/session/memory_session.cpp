@@ -153,13 +153,15 @@ void MemorySession::xSetPhase(MemoryPhase phase) {
         return;
     }
     fPhase = phase;
-    if (situation().isOver()) {
+    const bool isOver = situation().isOver();
+    if (isOver) {
         fSecondTimer.stop();
         fSinceReturn.invalidate();
         fSinceSilence.invalidate();
         fWrites->giveUp(tr("the robot is lost"));
         fRecording->end(phase, fRefusal);
-    } else if (!fSecondTimer.isActive()) {
+    }
+    if (!isOver && !fSecondTimer.isActive()) {
         fSecondTimer.start(a_secondTime);  // a robot without values was lost, and may return
     }
     Q_EMIT phaseChanged();
