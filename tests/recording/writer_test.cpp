@@ -225,7 +225,7 @@ std::vector<Heard> fill(const std::string& path, rlim_t bytes, std::string& sent
         writer.addChannel(writer.addSchema("S", "jsonschema", "{}"), "/a", "json");
     std::vector<Heard> written;
     sentence = sentenceOf([&] {
-        for (std::uint32_t i = 0; i < 100'000; ++i) {
+        for (std::uint32_t i = 0;; ++i) {  // until a thread of the writer has met the limit
             const std::string data(50 + i % 20, 'x');
             written.push_back({"/a", i, a_start + i, i, data});
             writer.write({channel, i, a_start + i, i, data});
