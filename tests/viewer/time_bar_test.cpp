@@ -16,6 +16,7 @@
 #include <QtTest>
 #include <qt_test_main.h>
 
+#include <atomic>
 #include <loopback_broker.h>
 #include <memory>
 #include <mutex>
@@ -61,6 +62,8 @@ class ReplayRobot {
             return time;
         });
         module->bindMethod("step", [this](std::int64_t count, const std::string& camera) {
+            fIsStepping = true;
+            const std::lock_guard lock(fSlowness);
             note("step " + std::to_string(count) + ' ' + camera, "Playing", false);
             return a_start;
         });
@@ -81,6 +84,9 @@ class ReplayRobot {
         const std::vector<std::string> all = calls();
         return all.empty() ? std::string() : all.back();
     }
+    /** No step ends while the lock is held. */
+    std::unique_lock<std::mutex> delaySteps() { return std::unique_lock(fSlowness); }
+    bool isStepping() const { return fIsStepping; }
     KVValue value(const std::string& key) const { return fTable->getValue(key).fValue; }
 
   private:
@@ -95,6 +101,8 @@ class ReplayRobot {
         fCalls.push_back(call);
     }
 
+    std::mutex fSlowness;
+    std::atomic<bool> fIsStepping = false;
     mutable std::mutex fMutex;
     std::vector<std::string> fCalls;
     std::map<std::string, std::uint32_t> fIds;
@@ -115,6 +123,7 @@ class TimeBarTest : public QObject {
     void showsWhereTheRobotIs();
     void seeksWhereTheUserDrags();
     void playsAndStepsByTheKeyboard();
+    void addsStepsThatWaitForASlowRobot();
     void setsSpeedAndLoop();
     void twoViewersMoveTogether();
     void disappearsForARobotThatIsNotAReplay_data();
@@ -227,6 +236,29 @@ void TimeBarTest::playsAndStepsByTheKeyboard() {
     QTRY_COMPARE(xFind<QToolButton>("replayPlay")->accessibleName(), QStringLiteral("Play"));
     xFind<QToolButton>("replayPlay")->click();
     QTRY_COMPARE(fRobot->lastCall(), std::string("play"));
+}
+
+void TimeBarTest::addsStepsThatWaitForASlowRobot() {
+    const auto press = [this](Qt::Key key, int times) {
+        for (int i = 0; i < times; ++i) {
+            QTest::keyPress(xSlider(), key);
+        }
+    };
+    auto slowness = fRobot->delaySteps();
+    press(Qt::Key_Right, 1);
+    QTRY_VERIFY(fRobot->isStepping());
+    press(Qt::Key_Right, 1500);  // more than a robot accepts in one call
+    press(Qt::Key_Left, 30);
+    QTest::keyClick(xSlider(), Qt::Key_End);
+    press(Qt::Key_Left, 2);
+    slowness.unlock();
+    const std::vector<std::string> expected{"step 1 head",
+                                            "step 1000 head",
+                                            "step 500 head",
+                                            "step -30 head",
+                                            "seek " + std::to_string(a_end - a_start),
+                                            "step -2 head"};
+    QTRY_COMPARE(fRobot->calls(), expected);
 }
 
 void TimeBarTest::setsSpeedAndLoop() {

@@ -4,6 +4,7 @@
 #include <robaxi/kv_error.h>
 #include <robaxi/kv_proxy.h>
 
+#include <cstdlib>
 #include <map>
 #include <memory>
 #include <string>
@@ -19,6 +20,8 @@ constexpr const char* a_module = "KVReplay";
 constexpr double a_rate = 25;
 constexpr double a_timeOut = 30;  ///< seconds; a seek in a file without indexes reads all of it
 constexpr std::size_t a_mostCalls = 100;
+/** Steps that a replay makes in one call. */
+constexpr std::int64_t a_mostSteps = 1000;
 
 /** Sets a part of the state. Throws KVError for a value of another type. */
 using Setter = void (*)(ReplayState& state, const KVValue& value);
@@ -35,6 +38,19 @@ const std::map<std::string, Setter>& setters() {
         {"Loop", [](auto& state, const auto& value) { state.fLoop = value.toBool(); }},
         {"Fault", [](auto& state, const auto& value) { state.fFault = value.toString(); }}};
     return all;
+}
+
+/**
+ * Returns the number of steps in one call instead of two; nothing if they are of different cameras
+ * or directions, since a replay stays at its ends.
+ */
+std::optional<std::int64_t> sumOfSteps(const KVValue::List& first, const KVValue::List& second) {
+    const std::int64_t before = first.at(0).toInt();
+    const std::int64_t after = second.at(0).toInt();
+    const std::int64_t sum = before + after;
+    const bool isOneCall =
+        (before < 0) == (after < 0) && std::abs(sum) <= a_mostSteps && first.at(1) == second.at(1);
+    return isOneCall ? std::optional(sum) : std::nullopt;
 }
 
 }  // namespace
@@ -77,9 +93,7 @@ std::optional<ReplayState> ReplayClient::state() {
 void ReplayClient::call(const std::string& method, const KVValue::List& arguments) {
     {
         const std::lock_guard lock(fMutex);
-        if (!fCalls.empty() && method == "seek" && fCalls.back().fMethod == method) {
-            fCalls.back().fArguments = arguments;
-        } else if (fCalls.size() < a_mostCalls) {
+        if (!xReplaceLast(method, arguments) && fCalls.size() < a_mostCalls) {
             fCalls.push_back({method, arguments});
         }
         if (!fThread.joinable()) {
@@ -87,6 +101,26 @@ void ReplayClient::call(const std::string& method, const KVValue::List& argument
         }
     }
     fHasCall.notify_all();
+}
+
+/** Returns true if the last call that waits has become one with this call, too. */
+bool ReplayClient::xReplaceLast(const std::string& method, const KVValue::List& arguments) {
+    if (fCalls.empty() || fCalls.back().fMethod != method) {
+        return false;
+    }
+    KVValue::List& last = fCalls.back().fArguments;
+    if (method == "seek") {
+        last = arguments;
+        return true;
+    }
+    if (method != "step") {
+        return false;
+    }
+    const std::optional<std::int64_t> sum = sumOfSteps(last, arguments);
+    if (sum) {
+        last.front() = *sum;
+    }
+    return sum.has_value();
 }
 
 void ReplayClient::xRun() {

@@ -38,7 +38,10 @@ class ReplayClient {
      */
     std::optional<ReplayState> state();
 
-    /** Calls a method soon; does not wait. A "seek" replaces one that has not begun. */
+    /**
+     * Calls a method soon; does not wait. A "seek" replaces one that has not begun, and the count
+     * of a "step" is added to it.
+     */
     void call(const std::string& method, const KVValue::List& arguments);
 
   private:
@@ -47,6 +50,7 @@ class ReplayClient {
         KVValue::List fArguments;
     };
 
+    bool xReplaceLast(const std::string& method, const KVValue::List& arguments);
     void xRun();
 
     RobotValues fValues;
