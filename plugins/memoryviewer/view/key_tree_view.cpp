@@ -165,7 +165,10 @@ void KeyTreeView::xExpandNewBranches(const QModelIndex& parent, int first, int l
         return;
     }
     for (int row = first; row <= last; ++row) {
-        expand(fModel->index(row, NameColumn));
+        const QModelIndex branch = fModel->index(row, NameColumn);
+        if (!fClosedBranches.contains(xPathOf(branch))) {
+            expand(branch);
+        }
     }
 }
 

@@ -34,12 +34,21 @@ class PaintedRegion : public QObject {
     QRegion fRegion;
 };
 
-/** Tests the painting of the views of keys. */
+KVKeyInfo keyOf(std::uint32_t id, const char* name) {
+    KVKeyInfo info;
+    info.fId = id;
+    info.fName = name;
+    info.fType = KVValue::Type::Int;
+    return info;
+}
+
+/** Tests the views of keys: what is painted, and which branches are open. */
 class KeyViewTest : public QObject {
     Q_OBJECT
 
   private Q_SLOTS:
     void paintsTheChangedColumnsOnly();
+    void keepsABranchClosedWhoseKeysReturn();
 };
 
 void KeyViewTest::paintsTheChangedColumnsOnly() {
@@ -73,6 +82,25 @@ void KeyViewTest::paintsTheChangedColumnsOnly() {
     QCOMPARE(painted.region(),
              QRegion(view.header()->sectionViewportPosition(ValueColumn), 0,
                      view.header()->sectionSize(ValueColumn), view.viewport()->height()));
+}
+
+void KeyViewTest::keepsABranchClosedWhoseKeysReturn() {
+    KeyStore keys;
+    MemoryModel model(&keys);
+    KeyTreeView view(&model, nullptr);
+    const auto branch = [&model](const char* name) {
+        return model.match(model.index(0, NameColumn), Qt::DisplayRole, QLatin1String(name), 1,
+                           Qt::MatchExactly);
+    };
+    keys.add({keyOf(1, "Audio/Volume"), keyOf(2, "Battery/Charge")});
+    QVERIFY(view.isExpanded(branch("Audio").value(0)));
+    view.collapse(branch("Audio").value(0));
+    keys.remove({1, 2});
+    QVERIFY(branch("Audio").isEmpty());
+    keys.add({keyOf(3, "Audio/Volume"), keyOf(4, "Battery/Charge")});
+    QVERIFY(view.isExpanded(branch("Battery").value(0)));
+    QVERIFY(!branch("Audio").isEmpty());
+    QVERIFY(!view.isExpanded(branch("Audio").value(0)));
 }
 
 OBVISTA_QTEST_MAIN(KeyViewTest)
