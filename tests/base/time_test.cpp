@@ -30,6 +30,14 @@ TEST(UtcText, IsEmptyOutsideTheCalendar) {
     EXPECT_EQ("", utcText(std::numeric_limits<std::int64_t>::min()));
 }
 
+TEST(WithinCalendar, ClampsToTheYears1970To9999) {
+    EXPECT_EQ(withinCalendar(1714566896789012), 1714566896789012);
+    EXPECT_EQ(withinCalendar(-1), 0);
+    EXPECT_EQ(withinCalendar(std::numeric_limits<std::int64_t>::min()), 0);
+    EXPECT_EQ("9999-12-31T23:59:59.999999Z",
+              utcText(withinCalendar(std::numeric_limits<std::int64_t>::max())));
+}
+
 TEST(FileTimeText, HasNoPunctuationExceptTheSignOfANumber) {
     EXPECT_EQ("20240501T123456789012", fileTimeText(1714566896789012));
     EXPECT_EQ("253402300800000000", fileTimeText(253402300800000000));

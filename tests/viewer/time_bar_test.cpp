@@ -17,6 +17,7 @@
 #include <qt_test_main.h>
 
 #include <atomic>
+#include <limits>
 #include <loopback_broker.h>
 #include <memory>
 #include <mutex>
@@ -51,6 +52,7 @@ class ReplayRobot {
         add("Start", a_start);
         add("End", a_end);
         add("Position", a_start);
+        add("ClockOffset", 0);
         add("Playing", false);
         add("Speed", 1.0);
         add("Loop", false);
@@ -121,6 +123,7 @@ class TimeBarTest : public QObject {
 
     void standsOnlyInTheViewersOfAReplay();
     void showsWhereTheRobotIs();
+    void survivesTimesOutsideTheCalendar();
     void seeksWhereTheUserDrags();
     void playsAndStepsByTheKeyboard();
     void addsStepsThatWaitForASlowRobot();
@@ -202,6 +205,28 @@ void TimeBarTest::showsWhereTheRobotIs() {
     fRobot->set("Loop", true);
     QTRY_VERIFY(xFind<QCheckBox>("replayLoop")->isChecked());
     QCOMPARE(xSlider()->value(), xSlider()->maximum() / 4);
+}
+
+/** In the preset "asan", an overflow fails the test. */
+void TimeBarTest::survivesTimesOutsideTheCalendar() {
+    constexpr std::int64_t lowest = std::numeric_limits<std::int64_t>::min();
+    constexpr std::int64_t highest = std::numeric_limits<std::int64_t>::max();
+    fRobot->set("Start", lowest);
+    fRobot->set("End", highest);
+    fRobot->set("ClockOffset", lowest);
+    fRobot->set("Position", highest);
+    QTRY_COMPARE(xSlider()->value(), xSlider()->maximum());
+    const obvista::ReplayState state = fViewer->replayState();
+    QVERIFY(state.fStart >= 0 && state.fPosition > a_end);
+    QCOMPARE(state.fPosition, state.fEnd);
+    QVERIFY(state.robotTime(state.fEnd) > state.fEnd);
+    fRobot->set("Position", lowest);
+    QTRY_COMPARE(xSlider()->value(), 0);
+    fRobot->set("Start", highest);
+    fRobot->set("End", 1);
+    QTRY_COMPARE(fViewer->replayState().fEnd, 1);
+    xSlider()->setValue(xSlider()->maximum() / 2);
+    QTRY_VERIFY(!fRobot->calls().empty());
 }
 
 void TimeBarTest::seeksWhereTheUserDrags() {

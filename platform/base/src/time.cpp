@@ -22,6 +22,10 @@ std::int64_t microsecondsNow() {
         .count();
 }
 
+std::int64_t withinCalendar(std::int64_t microseconds) {
+    return std::clamp<std::int64_t>(microseconds, 0, a_latestTime);
+}
+
 std::string utcText(std::int64_t microseconds) {
     std::int64_t second = microseconds / a_microsecondsPerSecond;
     std::int64_t fraction = microseconds % a_microsecondsPerSecond;

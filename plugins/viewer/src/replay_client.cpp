@@ -1,9 +1,11 @@
 #include "replay_client.h"
 
+#include <base/time.h>
 #include <robaxi/kv_connection.h>
 #include <robaxi/kv_error.h>
 #include <robaxi/kv_proxy.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <map>
 #include <memory>
@@ -26,13 +28,23 @@ constexpr std::int64_t a_mostSteps = 1000;
 /** Sets a part of the state. Throws KVError for a value of another type. */
 using Setter = void (*)(ReplayState& state, const KVValue& value);
 
+/** Times are clamped, so that their differences do not overflow. */
+std::int64_t timeOf(const KVValue& value) {
+    return base::withinCalendar(value.toInt());
+}
+
+std::int64_t offsetOf(const KVValue& value) {
+    return std::clamp(value.toInt(), -base::a_latestTime, base::a_latestTime);
+}
+
 /** The values of the module. */
 const std::map<std::string, Setter>& setters() {
     static const std::map<std::string, Setter> all{
-        {"Position", [](auto& state, const auto& value) { state.fPosition = value.toInt(); }},
-        {"Start", [](auto& state, const auto& value) { state.fStart = value.toInt(); }},
-        {"End", [](auto& state, const auto& value) { state.fEnd = value.toInt(); }},
-        {"ClockOffset", [](auto& state, const auto& value) { state.fClockOffset = value.toInt(); }},
+        {"Position", [](auto& state, const auto& value) { state.fPosition = timeOf(value); }},
+        {"Start", [](auto& state, const auto& value) { state.fStart = timeOf(value); }},
+        {"End", [](auto& state, const auto& value) { state.fEnd = timeOf(value); }},
+        {"ClockOffset",
+         [](auto& state, const auto& value) { state.fClockOffset = offsetOf(value); }},
         {"Playing", [](auto& state, const auto& value) { state.fIsPlaying = value.toBool(); }},
         {"Speed", [](auto& state, const auto& value) { state.fSpeed = value.toFloat(); }},
         {"Loop", [](auto& state, const auto& value) { state.fLoop = value.toBool(); }},

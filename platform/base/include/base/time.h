@@ -11,6 +11,8 @@ namespace base {
 constexpr std::int64_t a_microsecondsPerSecond = 1'000'000;
 constexpr std::int64_t a_microsecondsPerMillisecond = 1'000;
 constexpr std::int64_t a_nanosecondsPerMicrosecond = 1'000;
+/** The last microsecond of the year 9999. */
+constexpr std::int64_t a_latestTime = 253'402'300'799'999'999;
 
 /** Converts seconds to the unit of the steady clock, which can represent some 290 years. */
 constexpr std::chrono::steady_clock::duration steadyDuration(double seconds) {
@@ -20,6 +22,10 @@ constexpr std::chrono::steady_clock::duration steadyDuration(double seconds) {
 
 /** Returns the time of this machine's clock, which may be set back and forth. */
 std::int64_t microsecondsNow();
+
+/** Clamps a time from a peer to the years 1970 to 9999, so that calculations with it do not
+ *  overflow. */
+std::int64_t withinCalendar(std::int64_t microseconds);
 
 /** Returns for instance "2024-05-01T12:34:56.789012Z", or an empty text outside the years 0 to
  *  9999. */

@@ -4,6 +4,8 @@
 #include "wire/message_codec.h"
 #include "wire/value_codec.h"
 
+#include <base/time.h>
+
 #include <algorithm>
 
 namespace robaxi {
@@ -93,7 +95,8 @@ std::vector<KVChange> decodeBatch(const v1::Values& message, int deepest) {
         const int index = static_cast<int>(changes.size());
         const std::int64_t offset =
             message.time_offsets_size() != 0 ? message.time_offsets(index) : 0;
-        changes.push_back({id, std::move(value), withinCalendar(sum(message.time(), offset))});
+        changes.push_back(
+            {id, std::move(value), base::withinCalendar(sum(message.time(), offset))});
     };
     for (int i = 0; i < message.floats_size(); ++i) {
         add(message.float_ids(i), message.floats(i));

@@ -5,6 +5,8 @@
 #include "wire/limits.h"
 #include "wire/message_codec.h"
 
+#include <base/time.h>
+
 #include <grpcpp/support/proto_buffer_reader.h>
 
 #include <algorithm>
@@ -211,7 +213,7 @@ void FrameAssembler::xBegin(const std::string& field) {
     }
     KVFrame frame;
     frame.fNumber = header.number();
-    frame.fTime = withinCalendar(header.time());
+    frame.fTime = base::withinCalendar(header.time());
     frame.fWidth = header.width();
     frame.fHeight = header.height();
     frame.fStride = header.stride();

@@ -5,16 +5,12 @@
 
 #include <base/safe_text.h>
 
-#include <algorithm>
 #include <array>
 #include <utility>
 
 namespace robaxi {
 
 namespace {
-
-/** The last microsecond of the year 9999. */
-constexpr std::int64_t a_latestTime = 253'402'300'799'999'999;
 
 using CausePair = std::pair<KVError::Cause, v1::Error::Cause>;
 
@@ -54,10 +50,6 @@ v1::Error::Cause encodeCause(KVError::Cause cause) {
 }
 
 }  // namespace
-
-std::int64_t withinCalendar(std::int64_t microseconds) {
-    return std::clamp<std::int64_t>(microseconds, 0, a_latestTime);
-}
 
 void encodeError(KVError::Cause cause, const std::string& text, v1::Error* message) {
     message->set_cause(encodeCause(cause));

@@ -12,12 +12,6 @@
 
 namespace robaxi {
 
-/**
- * Clamps a time from a peer to the years 1970 to 9999, so that calculations with it do not
- * overflow.
- */
-std::int64_t withinCalendar(std::int64_t microseconds);
-
 void encodeError(KVError::Cause cause, const std::string& text, v1::Error* message);
 KVError::Cause decodeCause(v1::Error::Cause cause);
 
