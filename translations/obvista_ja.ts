@@ -712,6 +712,14 @@ Mean %3</source>
     </message>
 </context>
 <context>
+    <name>cameraviewer::PictureDecoder</name>
+    <message>
+        <source>Grey %1</source>
+        <extracomment>%1 is the brightness of a pixel, 0 to 255</extracomment>
+        <translation>グレー %1</translation>
+    </message>
+</context>
+<context>
     <name>cameraviewer::PictureView</name>
     <message>
         <source>Picture of the camera</source>

@@ -44,19 +44,6 @@ class WheelGuard : public QObject {
     }
 };
 
-QString formatName(const std::string& format) {
-    static const std::map<std::string, QString> names{{"rgb", QStringLiteral("RGB")},
-                                                      {"yuv422", QStringLiteral("YUV 4:2:2")},
-                                                      {"jpeg", QStringLiteral("JPEG")},
-                                                      {"h264", QStringLiteral("H.264")}};
-    if (format == "grey") {
-        //: format of pictures without colours
-        return CameraBar::tr("Grey");
-    }
-    const auto found = names.find(format);
-    return found != names.end() ? found->second : obvista::plainText(format, a_maxNameShown);
-}
-
 QString rateName(double rate) {
     //: %1 is a number of pictures; in a list of rates
     return CameraBar::tr("%1 a second").arg(QString::number(rate, 'g', 4));
@@ -79,6 +66,19 @@ QString asToolTip(const std::string& text) {
 
 bool CameraBar::Choice::operator==(const Choice& other) const {
     return fText == other.fText && fValue == other.fValue && fToolTip == other.fToolTip;
+}
+
+QString CameraBar::formatName(const std::string& format) {
+    static const std::map<std::string, QString> names{{"rgb", QStringLiteral("RGB")},
+                                                      {"yuv422", QStringLiteral("YUV 4:2:2")},
+                                                      {"jpeg", QStringLiteral("JPEG")},
+                                                      {"h264", QStringLiteral("H.264")}};
+    if (format == "grey") {
+        //: format of pictures without colours
+        return tr("Grey");
+    }
+    const auto found = names.find(format);
+    return found != names.end() ? found->second : obvista::plainText(format, a_maxNameShown);
 }
 
 CameraBar::CameraBar(QWidget* parent)

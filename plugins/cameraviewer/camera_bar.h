@@ -29,6 +29,9 @@ class CameraBar : public QWidget {
   public:
     explicit CameraBar(QWidget* parent);
 
+    /** Returns the name of a robot's format ("grey") in the user's language. */
+    static QString formatName(const std::string& format);
+
     /**
      * @param chosen one of the cameras, or null
      * @param settings the settings to show

@@ -12,6 +12,7 @@
 #include <base/time.h>
 #include <obvista/viewer/labels.h>
 #include <obvista/viewer/plain_text.h>
+#include <picture/pixel_format.h>
 
 #include <QAction>
 #include <QApplication>
@@ -349,7 +350,7 @@ void CameraViewerWidget::xUpdateReadout() {
     QStringList parts{QStringLiteral("%1 \u00D7 %2 %3")
                           .arg(picture.fImage.width())
                           .arg(picture.fImage.height())
-                          .arg(formatText(picture.fFrame.fFormat)),
+                          .arg(CameraBar::formatName(picture::formatName(picture.fFrame.fFormat))),
                       //: %1 is a zoom factor
                       fView->geometry().isFitted() ? tr("fitted, %1").arg(zoom) : zoom};
     if (fView->hasGrid()) {

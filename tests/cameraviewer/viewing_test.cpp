@@ -17,6 +17,7 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QToolButton>
+#include <QTranslator>
 #include <QtTest>
 #include <qt_test_main.h>
 
@@ -53,6 +54,16 @@ class Stalls : public QObject {
   private:
     QElapsedTimer fSince;
     qint64 fLongest = 0;
+};
+
+/** A language whose words are the English ones in capitals, while it exists. */
+class Capitals : public QTranslator {
+  public:
+    Capitals() { QCoreApplication::installTranslator(this); }
+    QString translate(const char* /*context*/, const char* text, const char* /*comment*/,
+                      int /*count*/) const override {
+        return QString::fromUtf8(text).toUpper();
+    }
 };
 
 /** Sets the colours of a dark desktop while it exists. */
@@ -133,6 +144,7 @@ class ViewingTest : public QObject {
     void showsTheNewestFrame_data();
     void showsTheNewestFrame();
     void showsTheValueUnderTheCursor();
+    void describesAGreyPictureInTheUsersLanguage();
     void listsTheCamerasAndHowTheyAreSet();
     void setsACameraWithinASecond();
     void fitsTheRestToWhatIsChosen();
@@ -282,6 +294,17 @@ void ViewingTest::showsTheValueUnderTheCursor() {
     QTRY_VERIFY2(ends("Grey 90  ·  RGB 90 90 90"), qPrintable(readoutOf(viewer)));
     fRobot->publish("head", plainFrame(Qt::black, KVPixelFormat::Yuv422));
     QTRY_VERIFY2(ends("Y 16 Cb 128 Cr 128  ·  RGB 0 0 0"), qPrintable(readoutOf(viewer)));
+}
+
+void ViewingTest::describesAGreyPictureInTheUsersLanguage() {
+    const Capitals language;
+    QWidget* viewer = xShow();
+    fRobot->publish("head", plainFrame(QColor(90, 90, 90), KVPixelFormat::Grey8));
+    QTRY_COMPARE(shownColor(viewer), QColor(90, 90, 90));
+    QVERIFY2(readoutOf(viewer).startsWith(QString::fromUtf8("320 × 240 GREY")),
+             qPrintable(readoutOf(viewer)));
+    xPointAt(pictureOf(viewer)->rect().center());
+    QVERIFY2(readoutOf(viewer).contains(QLatin1String("GREY 90")), qPrintable(readoutOf(viewer)));
 }
 
 void ViewingTest::listsTheCamerasAndHowTheyAreSet() {

@@ -2,6 +2,8 @@
 
 #include <picture/frame_decoder.h>
 
+#include <QCoreApplication>
+
 #include <new>
 
 namespace cameraviewer {
@@ -11,6 +13,11 @@ using picture::FrameFault;
 using picture::PixelLayout;
 
 namespace {
+
+/** The texts of this file in the catalogues of translations. */
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(cameraviewer::PictureDecoder)
+};
 
 using SharedBytes = std::shared_ptr<const unsigned char>;
 
@@ -39,7 +46,8 @@ QString colourText(const QColor& colour) {
 }
 
 QString greyText(int grey) {
-    return QStringLiteral("Grey %1").arg(grey);
+    //: %1 is the brightness of a pixel, 0 to 255
+    return Texts::tr("Grey %1").arg(grey);
 }
 
 QString yuvText(const KVFrame& frame, const QPoint& pixel) {

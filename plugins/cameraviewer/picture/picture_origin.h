@@ -30,7 +30,7 @@ QString originText(const QString& name);
  */
 QString timeText(std::int64_t microseconds);
 
-/** Returns "RGB", "YUV 4:2:2", "Grey", "JPEG" or "Unknown". */
+/** Returns "RGB", "YUV 4:2:2", "Grey", "JPEG", "H.264" or "Unknown", for metadata in English. */
 QString formatText(KVPixelFormat format);
 
 /**
