@@ -308,9 +308,6 @@ std::uint64_t SubscriptionServer::xPackAll(BatchEncoder& batch) {
  * @return the number of changes passed over
  */
 std::uint64_t SubscriptionServer::xPackChosen(BatchEncoder& batch, bool onlyNewlyChosen) {
-    if (onlyNewlyChosen) {
-        fNextChosen = 0;
-    }
     if (fNextChosen == 0) {
         fVersionAtStart = fTable->fLastVersion;
     }

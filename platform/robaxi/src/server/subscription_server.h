@@ -84,7 +84,7 @@ class SubscriptionServer : public ServerStream<v1::SubscriptionRequest>,
     std::uint64_t fSeenVersion = 0;
     std::uint64_t fCountedFrom = 0;  // changes above this version are passed over if not sent
     std::map<std::uint32_t, LastSent> fChosen;
-    std::uint32_t fNextChosen = 0;      // where the next part of an update continues
+    std::uint32_t fNextChosen = 0;  // where the next part of an update continues; 0 if it is whole
     std::uint64_t fVersionAtStart = 0;  // of its first part
     bool fHasNewlyChosen = false;
     bool fHasMore = false;  // the last batch was full
