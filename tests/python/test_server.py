@@ -565,7 +565,8 @@ def test_streams_end_with_their_session(serve, connect):
     camera = server.add_camera("head", 2, 2, "grey")
     camera.publish(b"1234")
     robot = connect(server.port)
-    next(robot.camera("head").frames())
+    frames = robot.camera("head").frames()  # held, as a stream ends with its iterator, too
+    next(frames)
     eventually(lambda: camera.watchers == 1)
     robot.close()
     eventually(lambda: camera.watchers == 0)
