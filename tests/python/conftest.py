@@ -57,6 +57,13 @@ class Process:
         self.process.wait()
 
 
+def error_of(action: Callable[..., Any], *arguments: Any, **options: Any) -> robaxi.Error:
+    """The error that an action raises."""
+    with pytest.raises(robaxi.Error) as raised:
+        action(*arguments, **options)
+    return raised.value
+
+
 @pytest.fixture
 def start() -> Iterator[Callable[..., Process]]:
     """Starts a process by its command, in which PORT stands for its port."""
@@ -95,6 +102,35 @@ def connect() -> Iterator[Callable[..., robaxi.Robot]]:
     yield connect_to
     for robot in robots:
         robot.close()
+
+
+@pytest.fixture
+def serve() -> Iterator[Callable[..., robaxi.Server]]:
+    """Starts a robot of the package on any free port of the loopback, with the module Echo."""
+    servers: List[robaxi.Server] = []
+
+    def start_server(**options: Any) -> robaxi.Server:
+        server = robaxi.Server("Python", port=0, announce=False, **{
+            "address": "127.0.0.1", "settings": robaxi.Settings(), **options})
+        servers.append(server)
+        echo = server.module("Echo", "Says what it hears")
+        echo.bind("echo", lambda value: value)
+
+        @echo.method
+        def fail(text: str) -> None:
+            """Fails"""
+            raise ValueError(text)
+
+        @echo.method
+        def scale(number: float, times: int = 2) -> float:
+            return number * times
+
+        server.start()
+        return server
+
+    yield start_server
+    for server in servers:
+        server.stop()
 
 
 HUMANOID = [str(BUILD / "bin/robaxi-robot"), "--port", "PORT", "--http-port", "0", "--no-announce"]

@@ -12,15 +12,9 @@ import time
 import pytest
 
 import robaxi
-from conftest import PATIENCE, eventually
+from conftest import PATIENCE, error_of, eventually
 from free_port import free_port
 from robaxi import Cause, client
-
-
-def error_of(action, *arguments, **options):
-    with pytest.raises(robaxi.Error) as raised:
-        action(*arguments, **options)
-    return raised.value
 
 
 def test_values_of_every_type_come_back(echo, connect):

@@ -18,44 +18,9 @@ import grpc
 import pytest
 
 import robaxi
-from conftest import BUILD, PATIENCE, SOURCE, eventually
+from conftest import BUILD, PATIENCE, SOURCE, error_of, eventually
 from robaxi import Access, Cause, Limits, ServerSettings, Settings
 from robaxi.v1 import robaxi_pb2 as pb
-
-
-def error_of(action, *arguments, **options):
-    with pytest.raises(robaxi.Error) as raised:
-        action(*arguments, **options)
-    return raised.value
-
-
-@pytest.fixture
-def serve():
-    """Starts a robot on any free port of the loopback, with the module Echo."""
-    servers = []
-
-    def start(**options):
-        server = robaxi.Server("Python", port=0, announce=False,
-                               **{"address": "127.0.0.1", "settings": Settings(), **options})
-        servers.append(server)
-        echo = server.module("Echo", "Says what it hears")
-        echo.bind("echo", lambda value: value)
-
-        @echo.method
-        def fail(text: str):
-            """Fails"""
-            raise ValueError(text)
-
-        @echo.method
-        def scale(number: float, times: int = 2) -> float:
-            return number * times
-
-        server.start()
-        return server
-
-    yield start
-    for server in servers:
-        server.stop()
 
 
 def tool(server, command, *words, status=0, **environment):
