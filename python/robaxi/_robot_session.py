@@ -217,7 +217,7 @@ class Session:
 
     def _hello_reply(self) -> pb.ServerMessage:
         return pb.ServerMessage(hello_reply=pb.HelloReply(
-            protocol_version=_wire.PROTOCOL_VERSION, name=_wire.plain_text(self._service.name),
+            protocol_version=_wire.PROTOCOL_VERSION, name=self._service.name,
             session_id=self.id, silence_limit=self._silence_limit, takes_fragments=True,
             resumes=True, resumed=self.resumption > 0, received=self._received))
 

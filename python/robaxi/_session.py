@@ -115,8 +115,8 @@ class Session:
             self._withholds_token = not self._access.tls and not self._access.plain_token
             token = b"" if self._withholds_token else read_token(self._access.token)
         self._request = pb.Hello(
-            protocol_version=_wire.PROTOCOL_VERSION, name=_wire.plain_text(name),
-            takes_fragments=True, token=token, resumes=True)
+            protocol_version=_wire.PROTOCOL_VERSION, name=name, takes_fragments=True, token=token,
+            resumes=True)
         self._current = self._open(self._request, 0)
         self._connections = [self._current]  # the attempts, too
         self._out.attach(self._current.sender)

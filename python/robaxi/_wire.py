@@ -4,6 +4,7 @@ not fit is an Error INTERNAL."""
 from __future__ import annotations
 
 import numbers
+import time
 from typing import Any, Dict, Iterable, Iterator, List, Mapping, NamedTuple, Optional, Tuple, TypeVar
 
 import grpc
@@ -47,8 +48,13 @@ def malformed(what: str) -> Error:
 # --- Values ----------------------------------------------------------------------------------
 
 def encode_text(text: str) -> bytes:
-    """Bytes of a text. Those that were not UTF-8 when it was received are the same again."""
-    return text.encode("utf-8", "surrogateescape")
+    """Bytes of a text. Those that were not UTF-8 when it was received are the same again. Raises
+    Error INVALID_ARGUMENT for a text with another lone surrogate."""
+    try:
+        return text.encode("utf-8", "surrogateescape")
+    except UnicodeEncodeError as error:
+        raise Error(Cause.INVALID_ARGUMENT, "A text with the lone surrogate "
+                    f"U+{ord(text[error.start]):04X} cannot be sent.") from None
 
 
 def decode_text(data: bytes) -> str:
@@ -65,14 +71,26 @@ def is_utf8(text: str) -> bool:
     return True
 
 
+def check_text(what: str, text: str) -> str:
+    """Returns a text that can be sent in a field of the type string. Raises Error INVALID_ARGUMENT
+    for anything else."""
+    if not isinstance(text, str):
+        raise Error(Cause.INVALID_ARGUMENT,
+                    f"{what} is a str; it cannot be of the type {type(text).__name__}.")
+    if not is_utf8(text):
+        raise Error(Cause.INVALID_ARGUMENT,
+                    f"{what} is a text that UTF-8 can encode, unlike {text[:100]!r}.")
+    return text
+
+
 def plain_text(text: str) -> str:
-    """A text that can be sent in a field of the type string."""
-    return text.encode("utf-8", "surrogateescape").decode("utf-8", "replace")
+    """A text with U+FFFD instead of each lone surrogate, for those that nobody can refuse."""
+    return text.encode("utf-16-le", "surrogatepass").decode("utf-16-le", "replace")
 
 
 def to_value(thing: Any, depth: int = _DEEPEST) -> pb.Value:
     """The message of a value in Python: None, a bool, number, text, bytes, a list or tuple, or a
-    mapping of texts to values."""
+    mapping of texts to values. Raises Error INVALID_ARGUMENT for what cannot be sent."""
     if depth < 0:
         raise Error(Cause.INVALID_ARGUMENT, "A value has lists or maps nested too deep.")
     if thing is None:
@@ -82,10 +100,11 @@ def to_value(thing: Any, depth: int = _DEEPEST) -> pb.Value:
     if isinstance(thing, numbers.Integral):
         number = int(thing)
         if not _SMALLEST_INT <= number <= _LARGEST_INT:
-            raise Error(Cause.INVALID_ARGUMENT, f"The int {number} does not fit into 64 bits.")
+            raise Error(Cause.INVALID_ARGUMENT,
+                        f"An int of {number.bit_length() + 1} bits cannot be sent: ints have 64.")
         return pb.Value(type=pb.Value.INT, int_value=number)
     if isinstance(thing, numbers.Real):
-        return pb.Value(type=pb.Value.FLOAT, float_value=float(thing))
+        return pb.Value(type=pb.Value.FLOAT, float_value=_to_float(thing))
     if isinstance(thing, str):
         if is_utf8(thing):
             return pb.Value(type=pb.Value.STRING, string_value=thing)
@@ -105,6 +124,14 @@ def to_value(thing: Any, depth: int = _DEEPEST) -> pb.Value:
     raise Error(Cause.INVALID_ARGUMENT,
                 f"A {type(thing).__name__} cannot be sent: values are None, bool, int, float, str, "
                 "bytes, lists, and dicts with keys of type str.")
+
+
+def _to_float(number: Any) -> float:
+    try:
+        return float(number)
+    except OverflowError:
+        raise Error(Cause.INVALID_ARGUMENT,
+                    f"This {type(number).__name__} is too large for a float.") from None
 
 
 def from_value(value: pb.Value, depth: int = _DEEPEST) -> Any:
@@ -271,11 +298,9 @@ def from_module(module: pb.Module) -> ModuleInfo:
 
 def to_module(info: ModuleInfo) -> pb.Module:
     return pb.Module(
-        name=plain_text(info.name), description=plain_text(info.description),
+        name=info.name, description=info.description,
         has_values=info.has_values, has_frames=info.has_frames,
-        methods=[pb.Method(name=plain_text(method.name), signature=plain_text(method.signature),
-                           description=plain_text(method.description))
-                 for method in info.methods])
+        methods=[pb.Method(**method._asdict()) for method in info.methods])
 
 
 class KeyInfo(NamedTuple):
@@ -311,8 +336,23 @@ class TimedValue(NamedTuple):
     time: int
 
 
-# Times from the network are clamped to the years 1970 to 9999.
-_LATEST = 253_402_300_799_999_999
+_LATEST = 253_402_300_799_999_999  # in the year 9999
+
+
+def to_time(seconds: Optional[float]) -> int:
+    """A time stamp in microseconds since 1970, by default now. Raises Error INVALID_ARGUMENT."""
+    if seconds is None:
+        return int(time.time() * 1e6)
+    # Written so that NaN is refused.
+    if not 0 <= seconds < (_LATEST + 1) // 1_000_000:
+        raise Error(Cause.INVALID_ARGUMENT,
+                    "A time stamp is in seconds since 1970, and before the year 10000.")
+    return int(seconds * 1e6)
+
+
+def from_time(microseconds: int) -> int:
+    """A time stamp from the network, clamped to the years 1970 to 9999."""
+    return min(max(microseconds, 0), _LATEST)
 
 
 def from_values(values: pb.Values) -> List[TimedValue]:
@@ -326,12 +366,12 @@ def from_values(values: pb.Values) -> List[TimedValue]:
     things: List[Any] = [*values.floats, *values.ints,
                          *(from_value(other) for other in values.others)]
     times = [values.time + offset for offset in offsets] if offsets else [values.time] * len(ids)
-    return [TimedValue(key, thing, min(max(time, 0), _LATEST))
-            for key, thing, time in zip(ids, things, times)]
+    return [TimedValue(key, thing, from_time(stamp))
+            for key, thing, stamp in zip(ids, things, times)]
 
 
 def to_values(changes: Iterable[TimedValue]) -> pb.Values:
-    """The opposite of from_values(). A value that cannot be sent becomes nothing."""
+    """The opposite of from_values()."""
     floats: List[TimedValue] = []
     ints: List[TimedValue] = []
     others: List[TimedValue] = []

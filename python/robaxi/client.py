@@ -50,6 +50,7 @@ class Robot:
 
         Raises Error.
         """
+        _wire.check_text("The name of a program", name)
         host, written_port = parse_target(host)
         port = written_port if port is None else check_port(port)
         settings = Settings.load() if settings is None else settings
@@ -163,14 +164,16 @@ class Robot:
         return f"<Robot {self.name!r} at {self.address} port {self.port}>"
 
     def _list_modules(self, name: str) -> List[ModuleInfo]:
-        message = pb.ClientMessage(list_modules=pb.ListModules(module=_wire.plain_text(name)))
+        _wire.check_text("The name of a module", name)
+        message = pb.ClientMessage(list_modules=pb.ListModules(module=name))
         answer = self._session.request(message, f"Cannot list modules of {self.host}",
                                        Deadline(self._timeout))
         return [_wire.from_module(module) for module in answer.module_list.modules]
 
     def _make_call(self, module: str, method: str, arguments: Tuple[Any, ...]) -> pb.Call:
         depth = self._session.limits.depth
-        return pb.Call(module=_wire.plain_text(module), method=_wire.plain_text(method),
+        return pb.Call(module=_wire.check_text("The name of a module", module),
+                       method=_wire.check_text("The name of a method", method),
                        arguments=[_wire.to_value(one, depth) for one in arguments])
 
     def _attempt(self, module: str, method: str) -> str:
@@ -308,9 +311,11 @@ class Watch(Stream[Change]):
         super().__init__()
         self._robot = robot  # lives as long as it is watched
         self._session = session = robot._session
-        self._module = module
+        self._module = _wire.check_text("The name of a module", module)
         self._rate = rate
         self._attempt = f"Cannot watch the values of {module} at {session.target.place}"
+        for pattern in patterns:
+            _wire.check_text("A pattern", pattern)
         self._patterns = None if not patterns or "*" in patterns else patterns
         self._keys: Dict[int, KeyInfo] = {}
         self._selected: Dict[int, bool] = {}  # true if a value of it was received
@@ -344,7 +349,7 @@ class Watch(Stream[Change]):
         known."""
         start = pb.SubscriptionStart(
             session_id=self._session.hello.session_id, resumption=resumption,
-            module=_wire.plain_text(self._module), all_keys=self._patterns is None, rate=self._rate)
+            module=self._module, all_keys=self._patterns is None, rate=self._rate)
         request = pb.SubscriptionRequest(start=start)
         if self._table is not None:
             request.start.known.CopyFrom(pb.KnownState(
@@ -574,8 +579,9 @@ class Frames(Stream[Frame]):
         stream: _FrameStream = SideStream(
             session, _wire.WATCH, pb.WatchRequest.SerializeToString, pb.WatchUpdate.FromString)
         start = pb.WatchStart(
-            session_id=session.hello.session_id, module=_wire.plain_text(module),
-            stream=_wire.plain_text(camera))
+            session_id=session.hello.session_id,
+            module=_wire.check_text("The name of a module", module),
+            stream=_wire.check_text("The name of a camera", camera))
         attempt = f"Cannot watch the camera {camera} at {session.target.place}"
         _begin_frames(stream, start)
         self._finalizer = weakref.finalize(self, stream.end)
@@ -656,5 +662,5 @@ def _make_frame(header: pb.FrameHeader, data: bytes, attempt: str) -> Frame:
     damage = _wire.check_frame(kind, header.width, header.height, header.stride, header.size)
     if damage is not None:
         raise describe(attempt, Cause.INTERNAL, f"a frame is damaged: {damage}")
-    return Frame(header.number, header.time / 1e6, header.width, header.height, header.stride,
-                 kind, data, is_key=header.is_key, sequence=header.sequence)
+    return Frame(header.number, _wire.from_time(header.time) / 1e6, header.width, header.height,
+                 header.stride, kind, data, is_key=header.is_key, sequence=header.sequence)

@@ -7,6 +7,7 @@ import threading
 import typing
 from typing import Any, Callable, Dict, List, NamedTuple, Optional, Tuple, TypeVar
 
+from . import _wire
 from ._wire import MethodInfo, ModuleInfo
 from .errors import Cause, Error
 from .table import Table
@@ -33,8 +34,8 @@ class Module:
     def __init__(self, name: str, description: str = "") -> None:
         if not name:
             raise Error(Cause.INVALID_ARGUMENT, "A module needs a name.")
-        self.name = name
-        self.description = description
+        self.name = _wire.check_text("The name of a module", name)
+        self.description = _wire.check_text(f"The description of the module {name}", description)
         self.table: Optional[Table] = None
         self.cameras: Dict[str, CameraSource] = {}
         self.has_frames = False
@@ -54,6 +55,12 @@ class Module:
 
     def bind(self, name: str, function: Callable[..., Any]) -> None:
         """Binds a method under a name."""
+        if not name:
+            raise Error(Cause.INVALID_ARGUMENT, "A method needs a name.")
+        _wire.check_text("The name of a method", name)
+        if inspect.iscoroutinefunction(function):
+            raise Error(Cause.INVALID_ARGUMENT,
+                        f"The method {name} is a coroutine; methods run on threads.")
         hints = typing.get_type_hints(function)
         types: List[Optional[type]] = []
         shown: List[str] = []
@@ -70,7 +77,8 @@ class Module:
         signature = f"{name}({', '.join(shown)})"
         if returned not in (None, type(None)):
             signature += f" -> {_TYPES[returned]}"
-        description = (inspect.getdoc(function) or "").partition("\n")[0]
+        description = _wire.check_text(f"The description of the method {name}",
+                                       (inspect.getdoc(function) or "").partition("\n")[0])
         with self._lock:
             self._methods[name] = _Method(function, MethodInfo(name, signature, description),
                                           types, required)

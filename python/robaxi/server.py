@@ -45,7 +45,9 @@ class Server:
         with one, which is served over HTTP on `http_port`. `settings` are by default the user's
         (robaxi.conf and the environment).
         """
-        self.name = name
+        if not name:
+            raise Error(Cause.INVALID_ARGUMENT, "A robot needs a name.")
+        self.name = _wire.check_text("The name of a robot", name)
         self._address = address
         self._wanted_port = port
         self._icon = icon if icon is None or isinstance(icon, bytes) else \

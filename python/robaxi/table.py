@@ -3,10 +3,10 @@
 from __future__ import annotations
 
 import collections
+import copy
 import math
 import secrets
 import threading
-import time
 from typing import (Any, Callable, Dict, Iterator, List, Mapping, MutableMapping, NamedTuple,
                     Optional, Set, Tuple)
 
@@ -36,9 +36,7 @@ class Entry:
         self.version = 0
 
     def to_message(self) -> pb.Key:
-        return pb.Key(id=self.id, name=_wire.plain_text(self.name),
-                      unit=_wire.plain_text(self.unit),
-                      description=_wire.plain_text(self.description),
+        return pb.Key(id=self.id, name=self.name, unit=self.unit, description=self.description,
                       type=_wire.type_of(self.value), writable=self.writable,
                       range=_wire.to_range(self.limits))
 
@@ -124,9 +122,12 @@ class Table(MutableMapping[str, Any]):
         checked value before it is set, on a thread of the server; it refuses the value by raising
         an exception, whose text the client receives.
         """
+        _wire.check_text("The name of a key", name)
+        _wire.check_text(f"The unit of the key {name}", unit)
+        _wire.check_text(f"The description of the key {name}", description)
         value = _normal(value)
-        if limits is not None and not limits[0] <= limits[1]:
-            raise Error(Cause.INVALID_ARGUMENT, f"The range of the key {name} is empty.")
+        if limits is not None:
+            _check_range(name, limits)
         with self._lock:
             if not name or name in self._entries:
                 raise Error(Cause.INVALID_ARGUMENT, f"There is already a key named {name}."
@@ -136,13 +137,14 @@ class Table(MutableMapping[str, Any]):
                           writable or on_write is not None, on_write)
             self._entries[name] = self._order[name] = entry
             self._keys_version += 1
-            self._touch([entry], None)
+            self._touch([entry], _wire.to_time(None))
 
     def set_all(self, values: Mapping[str, Any], time_stamp: Optional[float] = None) -> None:
         """Sets several keys with one time stamp, in seconds since 1970; by default now.
 
-        Sets none if there is no key of one of the names.
+        Sets none if there is no key of one of the names, or one of the values cannot be sent.
         """
+        time = _wire.to_time(time_stamp)
         normal = {name: _normal(value) for name, value in values.items()}
         with self._lock:
             entries = [(self._find(name), value) for name, value in normal.items()]
@@ -151,7 +153,7 @@ class Table(MutableMapping[str, Any]):
                 if not _is_same(entry.value, value):
                     entry.value = value
                     changed.append(entry)
-            self._touch(changed, time_stamp)
+            self._touch(changed, time)
 
     def write(self, name: str, value: Any) -> None:
         """Sets a key as a client does: checks it, and calls its handler."""
@@ -177,8 +179,9 @@ class Table(MutableMapping[str, Any]):
             return [name for name in self._order if name.startswith(prefix)]
 
     def __getitem__(self, name: str) -> Any:
+        """A copy of the value: what is changed in a list or dict is no change of the key."""
         with self._lock:
-            return self._find(name).value
+            return copy.deepcopy(self._find(name).value)
 
     def __setitem__(self, name: str, value: Any) -> None:
         self.set_all({name: value})
@@ -249,13 +252,12 @@ class Table(MutableMapping[str, Any]):
             raise NoSuchKey(f"There is no key named {name}.")
         return entry
 
-    def _touch(self, entries: List[Entry], time_stamp: Optional[float]) -> None:
+    def _touch(self, entries: List[Entry], time: int) -> None:
         if not entries:
             return
-        now = int((time.time() if time_stamp is None else time_stamp) * 1e6)
         self._version += 1
         for entry in entries:
-            entry.time = now
+            entry.time = time
             entry.version = self._version
             self._entries.move_to_end(entry.name)
         self._tell()
@@ -269,9 +271,23 @@ def _type_name(value: Any) -> str:
     return _wire.type_name(_wire.type_of(value))
 
 
+def _check_range(name: str, limits: Tuple[float, float]) -> None:
+    try:
+        is_empty = not limits[0] <= limits[1]
+        _wire.to_range(limits)
+    except (TypeError, ValueError, OverflowError, LookupError):
+        raise Error(Cause.INVALID_ARGUMENT,
+                    f"The limits of the key {name} are two numbers.") from None
+    if is_empty:
+        raise Error(Cause.INVALID_ARGUMENT, f"The range of the key {name} is empty.")
+
+
 def _normal(value: Any) -> Any:
-    """A copy of a value that can be sent, of the types that from_value() returns."""
-    if value is None or type(value) in (bool, float, str, bytes):
+    """A copy of a value, of the types that from_value() returns. Raises Error INVALID_ARGUMENT for
+    one that cannot be sent."""
+    if value is None or type(value) in (bool, float, bytes):
+        return value
+    if type(value) is str and _wire.is_utf8(value):
         return value
     return _wire.from_value(_wire.to_value(value))
 

@@ -3,7 +3,6 @@
 from __future__ import annotations
 
 import threading
-import time
 from typing import Any, Callable, Dict, Iterable, List, Mapping, NamedTuple, Optional, Sequence, Set, Union
 
 from . import _wire
@@ -40,6 +39,8 @@ class CameraSource:
 
     def __init__(self, name: str, modes: Sequence[Mode], description: str,
                  on_settings: Optional[SettingsHandler], frame_limit: int) -> None:
+        _wire.check_text("The name of a camera", name)
+        _wire.check_text(f"The description of the camera {name}", description)
         if not modes or not 0 < len(name.encode()) <= 200 or len(description.encode()) > 1000:
             raise Error(Cause.INVALID_ARGUMENT, "A camera needs a mode, a name of 1 to 200 bytes "
                         "and a description of at most 1000.")
@@ -90,11 +91,11 @@ class CameraSource:
             raise Error(Cause.INVALID_ARGUMENT, f"The frame cannot be sent: {damage}.")
         if len(data) > self._frame_limit:
             raise Error(Cause.TOO_LARGE, f"The frame is larger than {self._frame_limit} bytes.")
-        now = time.time() if time_stamp is None else time_stamp
+        time = _wire.to_time(time_stamp)
         with self._lock:
             self._number += 1
             self._newest = Picture(pb.FrameHeader(
-                number=self._number, time=int(now * 1e6), width=width, height=height,
+                number=self._number, time=time, width=width, height=height,
                 stride=0 if kind == "jpeg" else stride, format=_wire.format_number(kind),
                 size=len(data)), data)
             for observer in self._observers:

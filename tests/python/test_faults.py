@@ -1,0 +1,131 @@
+"""Faults in a robot's or a program's own code: refused where its author sees them, or answered."""
+
+import fractions
+import math
+
+import pytest
+
+import robaxi
+from conftest import error_of
+from robaxi import Cause
+
+LATIN1 = b"caf\xe9".decode("utf-8", "surrogateescape")
+SURROGATE = "\ud800"  # unlike that of the text before, it stands for no byte
+
+UNSENDABLE = {
+    "text": SURROGATE, "list": [SURROGATE], "map": {SURROGATE: 1}, "keys": {1: 2},
+    "int": 10**5000, "float": fractions.Fraction(10**400), "object": object(),
+}
+
+
+@pytest.mark.parametrize("value", UNSENDABLE.values(), ids=UNSENDABLE)
+def test_a_value_that_cannot_be_sent_is_refused_at_once(serve, connect, value):
+    server = serve()
+    memory = server.memory
+    memory.add("Robot/Note", "before", writable=True)
+    robot = connect(server.port)
+    with robot.memory.watch(rate=1000) as changes:
+        assert next(changes).value == "before"
+        for action in [lambda: memory.add("Robot/Other", value),
+                       lambda: memory.set_all({"Robot/Note": value}),
+                       lambda: robot.call("Echo", "echo", value),
+                       lambda: robot.post("Echo", "echo", value),
+                       lambda: robot.memory.__setitem__("Robot/Note", value)]:
+            assert error_of(action).cause == Cause.INVALID_ARGUMENT
+        assert dict(memory) == {"Robot/Note": "before"}
+        memory["Robot/Note"] = "after"
+        assert next(changes).value == "after"
+
+
+@pytest.mark.parametrize("value", UNSENDABLE.values(), ids=UNSENDABLE)
+def test_a_result_that_cannot_be_sent_is_an_error(serve, connect, value):
+    server = serve()
+    server.module("Strange").bind("result", lambda: value)
+    robot = connect(server.port)
+    error = error_of(robot.call, "Strange", "result")
+    assert error.cause == Cause.INVALID_ARGUMENT
+    assert "The call of Strange.result at 127.0.0.1 port" in str(error)
+
+
+def test_names_and_descriptions_are_valid_texts(serve, connect):
+    server = serve()
+    robot = connect(server.port)
+    echo = server.module("Ear")
+
+    def described():
+        """\ud800"""
+
+    for wrong in [SURROGATE, LATIN1, 5, None]:
+        for action in [
+                lambda: robaxi.Server(wrong or 5), lambda: server.module(wrong or 5),
+                lambda: server.module("Other", wrong), lambda: echo.bind(wrong or 5, print),
+                lambda: echo.bind("described", described),
+                lambda: server.memory.add(wrong or 5), lambda: server.memory.add("Key", unit=wrong),
+                lambda: server.memory.add("Key", description=wrong),
+                lambda: server.add_camera(wrong or 5),
+                lambda: server.add_camera("head", description=wrong),
+                lambda: robot.call(wrong, "echo"), lambda: robot.post("Echo", wrong),
+                lambda: robot.module(wrong or 5), lambda: robot.values(wrong).watch(),
+                lambda: robot.memory.watch(wrong), lambda: robot.camera(wrong).frames(),
+                lambda: robaxi.Robot("127.0.0.1", server.port, name=wrong)]:
+            assert error_of(action).cause == Cause.INVALID_ARGUMENT
+    async def wait():
+        pass
+
+    for action in [lambda: robaxi.Server(""), lambda: echo.bind("", print),
+                   lambda: echo.method(wait)]:
+        assert error_of(action).cause == Cause.INVALID_ARGUMENT
+    assert [one.name for one in robot.modules()] == ["Echo", "Ear", "KVMemory", "KVVideo"]
+    assert robot.cameras() == [] == robot.memory.names()
+
+
+def test_an_error_has_any_text(serve, connect):
+    server = serve()
+    server.memory.add("Robot/Note", "", writable=True)
+
+    def fail():
+        raise ValueError(f"{SURROGATE} {LATIN1}")
+
+    server.module("Strange").bind("fail", fail)
+    robot = connect(server.port)
+    assert str(error_of(robot.call, "Strange", "fail")) == "\ufffd caf\ufffd"
+    with pytest.raises(KeyError):
+        robot.memory[SURROGATE]
+
+
+def test_limits_are_numbers(serve):
+    memory = serve().memory
+    for limits in [("a", "b"), (0, 10**400), (0,), (1, 0), (0, math.nan), 5]:
+        error = error_of(memory.add, "Robot/Speed", 1.0, limits=limits)
+        assert error.cause == Cause.INVALID_ARGUMENT
+    assert len(memory) == 0
+
+
+def test_time_stamps_are_in_the_calendar(serve, connect):
+    server = serve()
+    server.memory.add("Count", 0)
+    camera = server.add_camera("head", 1, 1, "grey")
+    robot = connect(server.port)
+    with robot.memory.watch(rate=1000) as changes, robot.camera("head").frames() as frames:
+        assert next(changes).value == 0
+        for wrong in [math.nan, math.inf, -1, 1e300, 10**400]:
+            for action in [lambda: server.memory.set_all({"Count": 1}, wrong),
+                           lambda: camera.publish(b"1", wrong)]:
+                assert error_of(action).cause == Cause.INVALID_ARGUMENT
+        assert server.memory["Count"] == 0
+        server.memory.set_all({"Count": 2}, 1.5)
+        camera.publish(b"2", 2.5)
+        assert [(change.value, change.time) for change in [next(changes)]] == [(2, 1.5)]
+        assert [(frame.data, frame.time) for frame in [next(frames)]] == [(b"2", 2.5)]
+
+
+def test_a_list_is_changed_by_setting_it(serve, connect):
+    server = serve()
+    server.memory.add("Path", [1])
+    with connect(server.port).memory.watch(rate=1000) as changes:
+        assert next(changes).value == [1]
+        path = server.memory["Path"]
+        path.append(2)
+        assert server.memory["Path"] == [1]
+        server.memory["Path"] = path
+        assert next(changes).value == [1, 2]
