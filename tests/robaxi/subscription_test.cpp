@@ -16,6 +16,7 @@
 #include <limits>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -70,6 +71,42 @@ class Subscription : public testing::Test {
     std::shared_ptr<KVSubscription> subscribe(
         double rate, KVSubscription::Selection selection = KVSubscription::Selection::AllKeys) {
         return KVSubscription::start(fConnection, "Memory", selection, rate, fListener.callbacks());
+    }
+
+    /** Changes six keys, of which three make an update full, as fast as possible. */
+    void expectTheKeysInTurn(KVSubscription::Selection selection) {
+        constexpr std::size_t size = 400'000;
+        constexpr int keys = 6;
+        std::vector<std::uint32_t> ids;
+        for (int i = 0; i < keys; ++i) {
+            ids.push_back(fTable->addKey(key("text" + std::to_string(i)), std::string(size, 'a')));
+        }
+        std::map<std::uint32_t, int> received;
+        std::atomic<bool> isEnough{false};
+        KVSubscription::Callbacks callbacks;
+        callbacks.fValuesChanged = [&](const std::vector<KVChange>& changes) {
+            for (const KVChange& change : changes) {
+                if (++received[change.fId] == 30) {
+                    isEnough = true;
+                }
+            }
+        };
+        const auto subscription =
+            KVSubscription::start(fConnection, "Memory", selection, 1000, callbacks);
+        subscription->setKeys(ids);
+        const auto deadline = std::chrono::steady_clock::now() + a_patience;
+        for (int round = 1; !isEnough && std::chrono::steady_clock::now() < deadline; ++round) {
+            std::vector<std::pair<std::uint32_t, KVValue>> values;
+            for (const std::uint32_t id : ids) {
+                values.emplace_back(id, std::string(size, static_cast<char>('a' + round % 26)));
+            }
+            fTable->setValues(values);
+        }
+        subscription->stop();
+        ASSERT_TRUE(isEnough);
+        for (const std::uint32_t id : ids) {
+            EXPECT_GE(received[id], 15) << "key " << id;
+        }
     }
 
     BrokerPtr fServer = makeServer();
@@ -405,38 +442,44 @@ TEST_F(Subscription, SplitsABatchThatIsTooLargeForOneMessage) {
     EXPECT_EQ(fListener.fValues["big23"].fValue, KVValue(std::string(size, 'x')));
 }
 
+TEST_F(Subscription, BringsTheKeysInTurnIfTheyDoNotFitInOneUpdate) {
+    expectTheKeysInTurn(a_all);
+}
+
 TEST_F(Subscription, OfChosenKeysBringsThemInTurnIfTheyDoNotFitInOneUpdate) {
+    expectTheKeysInTurn(a_chosen);
+}
+
+TEST_F(Subscription, CountsEachChangeOnceIfUpdatesNeedSeveralParts) {
     constexpr std::size_t size = 400'000;  // three of them make an update full
-    constexpr int keys = 6;
+    constexpr std::size_t keys = 6;
+    constexpr int changes = 40;
     std::vector<std::uint32_t> ids;
-    for (int i = 0; i < keys; ++i) {
+    for (std::size_t i = 0; i < keys; ++i) {
         ids.push_back(fTable->addKey(key("text" + std::to_string(i)), std::string(size, 'a')));
     }
-    std::map<std::uint32_t, int> received;
-    std::atomic<bool> isEnough{false};
-    KVSubscription::Callbacks callbacks;
-    callbacks.fValuesChanged = [&](const std::vector<KVChange>& changes) {
-        for (const KVChange& change : changes) {
-            if (++received[change.fId] == 30) {
-                isEnough = true;
-            }
-        }
-    };
-    const auto subscription =
-        KVSubscription::start(fConnection, "Memory", a_chosen, 1000, callbacks);
-    subscription->setKeys(ids);
-    const auto deadline = std::chrono::steady_clock::now() + a_patience;
-    for (int round = 1; !isEnough && std::chrono::steady_clock::now() < deadline; ++round) {
-        const auto letter = static_cast<char>('a' + round % 26);
+    const auto subscription = subscribe(1000);
+    ASSERT_TRUE(fListener.waitUntil([&] { return fListener.fValues.size() == keys; }));
+    for (int n = 1; n <= changes; ++n) {
         for (const std::uint32_t id : ids) {
-            fTable->setValue(id, std::string(size, letter));
+            fTable->setValue(id, std::string(size, static_cast<char>('a' + n % 26)), n);
         }
     }
+    ASSERT_TRUE(fListener.waitUntil([&] {
+        return std::all_of(fListener.fValues.begin(), fListener.fValues.end(),
+                           [](const auto& each) { return each.second.fTime == changes; });
+    }));
     subscription->stop();
-    ASSERT_TRUE(isEnough);
-    for (const std::uint32_t id : ids) {
-        EXPECT_GE(received[id], 15) << "key " << id;
+    std::set<std::pair<std::uint32_t, std::int64_t>> received;
+    std::size_t count = 0;
+    for (const RecordingListener::Update& update : fListener.updates()) {
+        for (const KVChange& change : update.fChanges) {
+            received.emplace(change.fId, change.fTime);
+            ++count;
+        }
     }
+    EXPECT_EQ(received.size(), count) << "a change was sent twice";
+    EXPECT_EQ(count + fListener.fPassedOver, keys + keys * changes);
 }
 
 TEST_F(Subscription, OfChosenKeysBringsTheLastChangesOfThoseThatWereSentFirst) {

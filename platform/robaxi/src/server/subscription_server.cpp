@@ -180,7 +180,7 @@ bool SubscriptionServer::xCompose() {
         choice.swap(fNewChoice);
     }
     const std::lock_guard lock(fTable->fMutex);
-    if (choice) {
+    if (choice && !fSendsAllKeys) {
         xChoose(*choice);
     }
     const bool hasNews = xComposePresentKeys() || xComposeRemovedKeys() || xComposeAddedKeys() ||
@@ -268,50 +268,81 @@ bool SubscriptionServer::xComposeAddedKeys() {
 
 bool SubscriptionServer::xComposeValues(bool onlyNewlyChosen) {
     BatchEncoder batch(fNext.mutable_values(), fServer.limits());
-    const std::uint64_t passedOver =
-        fSendsAllKeys ? xPackAll(batch) : xPackChosen(batch, onlyNewlyChosen);
-    const bool isComplete = !batch.isFull();
+    const bool isComplete = fSendsAllKeys ? xPackAll(batch) : xPackChosen(batch, onlyNewlyChosen);
     if (onlyNewlyChosen) {
         fHasNewlyChosen = !isComplete;
     } else {
         fHasMore = !isComplete;
     }
     if (isComplete && !onlyNewlyChosen) {
-        fSeenVersion = fSendsAllKeys ? fTable->fLastVersion : fVersionAtStart;
+        fSeenVersion = fVersionAtStart;
         fHasNewlyChosen = false;
     }
     batch.finish();
-    fNext.mutable_values()->set_passed_over(passedOver);
-    return !batch.isEmpty();
+    if (batch.isEmpty()) {
+        return false;
+    }
+    fNext.mutable_values()->set_passed_over(std::exchange(fPassedOver, 0));
+    return true;
 }
 
-/** Packs new values in the order of their changes. @return the number of changes passed over */
-std::uint64_t SubscriptionServer::xPackAll(BatchEncoder& batch) {
-    std::uint64_t passedOver = 0;
-    for (auto entry = fTable->firstAfter(fSeenVersion);
-         entry != fTable->fEntries.end() && !batch.isFull(); ++entry) {
-        batch.add(entry->fInfo.fId, entry->fValue, entry->fTime);
-        // Each change has its version, and the list has only the last one of each key.
-        const std::uint64_t before = std::max(fSeenVersion, fCountedFrom);
-        if (entry->fVersion > before) {
-            passedOver += entry->fVersion - before - 1;
-        }
-        fSeenVersion = entry->fVersion;
+/**
+ * Packs new values in the order of their changes. The keys of an update that needs several parts
+ * are collected with the first one, so that keys that change all the time leave room for the
+ * others.
+ *
+ * @return true if the update is complete
+ */
+bool SubscriptionServer::xPackAll(BatchEncoder& batch) {
+    if (fCollected.empty()) {
+        xCollect();
     }
-    return passedOver;
+    for (; fNextCollected < fCollected.size() && !batch.isFull(); ++fNextCollected) {
+        const std::uint32_t id = fCollected[fNextCollected];
+        const Table::Entry* entry = fTable->find(id);
+        if (entry == nullptr) {
+            continue;  // removed between two parts
+        }
+        batch.add(id, entry->fValue, entry->fTime);
+        if (entry->fVersion > fVersionAtStart) {
+            fSentAhead.emplace(id, entry->fVersion);
+        } else if (entry->fVersion > fCountedFrom) {
+            ++fSentOfUpdate;
+        }
+    }
+    if (fNextCollected < fCollected.size()) {
+        return false;
+    }
+    fCollected.clear();
+    // Each change has its version.
+    fPassedOver += fVersionAtStart - std::max(fSeenVersion, fCountedFrom) - fSentOfUpdate;
+    return true;
+}
+
+/** Collects the keys that have changed since the last update, except those it sent ahead. */
+void SubscriptionServer::xCollect() {
+    fVersionAtStart = fTable->fLastVersion;
+    fNextCollected = 0;
+    for (auto entry = fTable->firstAfter(fSeenVersion); entry != fTable->fEntries.end(); ++entry) {
+        const auto sent = fSentAhead.find(entry->fInfo.fId);
+        if (sent == fSentAhead.end() || sent->second != entry->fVersion) {
+            fCollected.push_back(entry->fInfo.fId);
+        }
+    }
+    fSentOfUpdate = fSentAhead.size();
+    fSentAhead.clear();
 }
 
 /**
  * Packs new values of the chosen keys. Each part continues behind the one before, so that keys that
  * change all the time leave room for the others.
  *
- * @return the number of changes passed over
+ * @return true if the update is complete
  */
-std::uint64_t SubscriptionServer::xPackChosen(BatchEncoder& batch, bool onlyNewlyChosen) {
+bool SubscriptionServer::xPackChosen(BatchEncoder& batch, bool onlyNewlyChosen) {
     if (fNextChosen == 0) {
         fVersionAtStart = fTable->fLastVersion;
     }
-    std::uint64_t passedOver = 0;
     std::uint32_t last = 0;
     for (auto chosen = fChosen.lower_bound(fNextChosen); chosen != fChosen.end() && !batch.isFull();
          ++chosen) {
@@ -322,13 +353,13 @@ std::uint64_t SubscriptionServer::xPackChosen(BatchEncoder& batch, bool onlyNewl
             !(onlyNewlyChosen && sent.fVersion != 0)) {
             batch.add(id, entry->fValue, entry->fTime);
             if (sent.fChanges) {
-                passedOver += entry->fChanges - *sent.fChanges - 1;
+                fPassedOver += entry->fChanges - *sent.fChanges - 1;
             }
             sent = {entry->fVersion, entry->fChanges};
         }
     }
     fNextChosen = batch.isFull() && !onlyNewlyChosen ? last + 1 : 0;
-    return passedOver;
+    return !batch.isFull();
 }
 
 }  // namespace robaxi

@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace robaxi {
@@ -62,8 +63,9 @@ class SubscriptionServer : public ServerStream<v1::SubscriptionRequest>,
     bool xComposeAddedKeys();
     bool xComposeDueValues(TimerThread::Clock::duration period);
     bool xComposeValues(bool onlyNewlyChosen);
-    std::uint64_t xPackAll(BatchEncoder& batch);
-    std::uint64_t xPackChosen(BatchEncoder& batch, bool onlyNewlyChosen);
+    bool xPackAll(BatchEncoder& batch);
+    void xCollect();
+    bool xPackChosen(BatchEncoder& batch, bool onlyNewlyChosen);
 
     // Guarded by fMutex:
     bool fSendsAllKeys = false;
@@ -82,13 +84,22 @@ class SubscriptionServer : public ServerStream<v1::SubscriptionRequest>,
     std::optional<std::uint64_t> fKnownKeys;  // after a resumption, until they are compared
     bool fHasOtherTable = false;              // than the client knows, until that is sent
     std::uint64_t fSeenVersion = 0;
-    std::uint64_t fCountedFrom = 0;  // changes above this version are passed over if not sent
-    std::map<std::uint32_t, LastSent> fChosen;
-    std::uint32_t fNextChosen = 0;  // where the next part of an update continues; 0 if it is whole
-    std::uint64_t fVersionAtStart = 0;  // of its first part
-    bool fHasNewlyChosen = false;
-    bool fHasMore = false;  // the last batch was full
+    std::uint64_t fCountedFrom = 0;     // changes above this version are passed over if not sent
+    std::uint64_t fPassedOver = 0;      // changes that the next update reports
+    std::uint64_t fVersionAtStart = 0;  // of the first part of an update
+    bool fHasMore = false;              // the update needs another part
     TimerThread::Clock::time_point fLastBatch;
+
+    // With all keys:
+    std::vector<std::uint32_t> fCollected;  // keys of an update; empty if it is complete
+    std::size_t fNextCollected = 0;         // where its next part continues
+    std::uint64_t fSentOfUpdate = 0;        // changes up to fVersionAtStart that were sent
+    std::unordered_map<std::uint32_t, std::uint64_t> fSentAhead;  // versions above it that were
+
+    // With chosen keys:
+    std::map<std::uint32_t, LastSent> fChosen;
+    std::uint32_t fNextChosen = 0;  // where the next part of an update continues; 0 if complete
+    bool fHasNewlyChosen = false;
 
     /** True if the pump will run anyway, so that a changed value need not wake it. */
     std::atomic<bool> fIsAwake{false};
