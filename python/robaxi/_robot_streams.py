@@ -6,9 +6,10 @@ from __future__ import annotations
 import asyncio
 import collections
 import functools
+import logging
 import time
 from typing import (TYPE_CHECKING, Any, AsyncIterator, Callable, Deque, List, Optional, Sequence,
-                    Set, Tuple)
+                    Set, Tuple, TypeVar)
 
 from . import _wire
 from ._robot_session import Session, first_request, run_until_first
@@ -19,6 +20,10 @@ from .v1 import robaxi_pb2 as pb
 
 if TYPE_CHECKING:
     from ._service import Service
+
+_log = logging.getLogger("robaxi")
+
+Result = TypeVar("Result")
 
 _IN_FLIGHT = 2  # updates and frames
 _HIGHEST_RATE = 1000.0
@@ -219,18 +224,26 @@ class Subscription(SideStream):
             # On a thread: a large value takes longer than a client waits for a heartbeat.
             choice, self._choice = self._choice, None
             has_skipped, self._has_skipped_choice = self._has_skipped_choice, False
-            self._waiting.extend(await self._loop.run_in_executor(
-                None, self._compose, choice, has_skipped))
+            self._waiting.extend(await self._run(functools.partial(
+                self._compose, choice, has_skipped)))
             if not self._waiting:
                 return None
             self._last = now
         compose, position = self._waiting.popleft()
-        update = await self._loop.run_in_executor(None, compose)
+        update = await self._run(compose)
         self._sent += 1
         update.number = self._sent
         update.position = position
         await self._context.write(update)
         return 0
+
+    async def _run(self, compose: Callable[[], Result]) -> Result:
+        try:
+            return await self._loop.run_in_executor(None, compose)
+        except Exception as error:
+            _log.exception("a subscription ends")
+            reason = _wire.unexpected(error)
+            raise Ended(reason.cause, reason.text) from error
 
     def _compose(self, choice: Optional[Sequence[int]],
                  has_skipped: bool) -> List[Tuple[_Composed, int]]:

@@ -161,7 +161,7 @@ class Service:
         return session
 
     def run(self, call: pb.Call) -> pb.Result:
-        """Runs a method, on a thread of the pool."""
+        """Runs a method, on a thread of the pool. Its caller receives an answer in any case."""
         limits = self.limits
         result = pb.Result(call_id=call.call_id)
         module = self.modules.get(call.module)
@@ -178,6 +178,9 @@ class Service:
                 result.error.CopyFrom(_wire.to_error(error, by_method))
         except Error as error:
             result.error.CopyFrom(_wire.to_error(error, False))
+        except BaseException as error:  # SystemExit, too: a method does not end the robot
+            _log.exception("the call of %s.%s failed", call.module, call.method)
+            result.error.CopyFrom(_wire.to_error(_wire.unexpected(error), False))
         return result
 
     def list_modules(self, name: str) -> Optional[List[pb.Module]]:

@@ -45,6 +45,11 @@ def malformed(what: str) -> Error:
     return Error(Cause.INTERNAL, f"The other side breaks the protocol: {what}.")
 
 
+def unexpected(error: BaseException) -> Error:
+    """The error for clients whose answer or update a robot cannot compose. The robot logs it."""
+    return Error(Cause.INTERNAL, f"an unexpected {type(error).__name__} in the robot; see its log")
+
+
 # --- Values ----------------------------------------------------------------------------------
 
 def encode_text(text: str) -> bytes:
@@ -192,7 +197,8 @@ def type_name(kind: int) -> str:
 # --- Errors ----------------------------------------------------------------------------------
 
 def to_error(error: Error, by_method: bool) -> pb.Error:
-    return pb.Error(cause=pb.Error.Cause.Name(int(error.cause)), text=plain_text(error.text), by_method=by_method)
+    text = plain_text(error.text).encode()[:_LONGEST_TEXT].decode("utf-8", "ignore")
+    return pb.Error(cause=pb.Error.Cause.Name(int(error.cause)), text=text, by_method=by_method)
 
 
 def cause_of(error: pb.Error) -> Cause:
@@ -246,6 +252,7 @@ class Ended(Exception):
                 ((_DETAILS, details.SerializeToString()),))
 
 
+_LONGEST_TEXT = 65536  # bytes of an error's text, as in the C++ library
 _DETAILS = "robaxi-error-bin"
 _LONGEST_DETAIL = 256  # characters; the protocol allows 1 KiB
 # All others are UNAVAILABLE.

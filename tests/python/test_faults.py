@@ -7,7 +7,7 @@ import pytest
 
 import robaxi
 from conftest import error_of
-from robaxi import Cause
+from robaxi import Cause, Limits, Settings
 
 LATIN1 = b"caf\xe9".decode("utf-8", "surrogateescape")
 SURROGATE = "\ud800"  # unlike that of the text before, it stands for no byte
@@ -91,6 +91,68 @@ def test_an_error_has_any_text(serve, connect):
     assert str(error_of(robot.call, "Strange", "fail")) == "\ufffd caf\ufffd"
     with pytest.raises(KeyError):
         robot.memory[SURROGATE]
+
+
+class Unprintable(Exception):
+    def __str__(self):
+        raise RuntimeError("no text")
+
+
+class Strange(dict):
+    def values(self):
+        raise RuntimeError("no values")
+
+
+def test_a_call_is_answered_whatever_happens(serve, connect, caplog):
+    server = serve()
+    server.module("Strange").bind("result", lambda: Strange(a=1))
+
+    def raising(exception):
+        def fail():
+            raise exception
+        return fail
+
+    failures = [SystemExit(1), KeyboardInterrupt(), Unprintable(), robaxi.Error("cause", "text")]
+    for number, exception in enumerate(failures):
+        server.module(f"Failing{number}").bind("fail", raising(exception))
+    robot = connect(server.port)
+    for module, method, name in [
+            ("Strange", "result", "RuntimeError"), ("Failing0", "fail", "SystemExit"),
+            ("Failing1", "fail", "KeyboardInterrupt"), ("Failing2", "fail", "RuntimeError"),
+            ("Failing3", "fail", "ValueError")]:
+        error = error_of(robot.call, module, method)
+        assert error.cause == Cause.INTERNAL
+        assert f"failed: an unexpected {name} in the robot; see its log." in str(error)
+        assert f"the call of {module}.{method} failed" in caplog.text
+        caplog.clear()
+    assert robot.call("Echo", "echo", 1) == 1
+
+
+def test_the_text_of_an_error_is_bounded(serve, connect):
+    server = serve(settings=Settings(limits=Limits(message=1 << 16)))
+
+    @server.module("Talkative").method
+    def fail():
+        raise ValueError("a" + 100000 * "ü")
+
+    robot = connect(server.port, settings=server._settings)
+    assert str(error_of(robot.call, "Talkative", "fail")) == "a" + 32767 * "ü"
+    assert robot.call("Echo", "echo", 1) == 1
+
+
+def test_a_subscription_that_cannot_go_on_ends_with_an_error(serve, connect, caplog):
+    server = serve()
+    server.memory.add("Count", 0)
+    with connect(server.port).memory.watch(rate=1000) as changes:
+        assert next(changes).value == 0
+        entry = server.memory._find("Count")
+        entry.value = object()  # as the table never does
+        server.memory.add("Other", 1)
+        server.memory._touch([entry], 1)
+        error = error_of(lambda: [*changes])
+    assert error.cause == Cause.INTERNAL
+    assert "an unexpected Error in the robot; see its log." in str(error)
+    assert "a subscription ends" in caplog.text
 
 
 def test_limits_are_numbers(serve):
