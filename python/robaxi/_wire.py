@@ -219,8 +219,12 @@ def end_of(end: grpc.RpcError) -> Optional[pb.Error]:
                 return reason
             except Exception:  # DecodeError, whose place differs between implementations
                 break
+    text = end.details() or ""
+    # gRPC ends an RPC with the same status as a robot that has reached a limit.
+    if end.code() == grpc.StatusCode.RESOURCE_EXHAUSTED and "larger than max" in text:
+        return pb.Error(cause=pb.Error.TOO_LARGE)
     cause = _CAUSES.get(end.code())
-    return None if cause is None else pb.Error(cause=cause, text=end.details() or "")
+    return None if cause is None else pb.Error(cause=cause, text=text)
 
 
 # For robots that send no details.

@@ -155,6 +155,16 @@ def test_a_subscription_that_cannot_go_on_ends_with_an_error(serve, connect, cap
     assert "a subscription ends" in caplog.text
 
 
+def test_an_update_above_the_limit_is_too_large(serve, connect):
+    server = serve()
+    server.memory.add("Map", bytes(3 << 20))
+    modest = Settings(limits=Limits(message=1 << 16))
+    with connect(server.port, settings=modest).memory.watch() as changes:
+        error = error_of(next, changes)
+    assert error.cause == Cause.TOO_LARGE
+    assert str(error).endswith(": a message is larger than the limit. Send it in smaller parts.")
+
+
 def test_limits_are_numbers(serve):
     memory = serve().memory
     for limits in [("a", "b"), (0, 10**400), (0,), (1, 0), (0, math.nan), 5]:
