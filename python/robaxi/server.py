@@ -58,6 +58,7 @@ class Server:
         self._announces = announce
         self._settings = Settings.load() if settings is None else settings
         self._settings.check()
+        self._lock = threading.RLock()  # guards what modules and cameras there are
         self._modules: Dict[str, Module] = {}
         self._memory: Optional[Table] = None
         self._cameras: Optional[Module] = None
@@ -74,37 +75,20 @@ class Server:
 
     def module(self, name: str, description: str = "") -> Module:
         """Adds a module, to which methods can be bound with its decorator `method`."""
-        if name in self._modules:
-            raise Error(Cause.INVALID_ARGUMENT, f"There is already a module {name}.")
-        if len(self._modules) >= self._settings.limits.modules:
-            raise Error(Cause.TOO_MANY, "There are too many modules.")
-        module = self._modules[name] = Module(name, description)
+        module = Module(name, description)
+        with self._lock:
+            if name in self._modules:
+                raise Error(Cause.INVALID_ARGUMENT, f"There is already a module {name}.")
+            if len(self._modules) >= self._settings.limits.modules:
+                raise Error(Cause.TOO_MANY, "There are too many modules.")
+            self._modules[name] = module
         return module
 
     @property
     def memory(self) -> Table:
         """The values of the module KVMemory, which is added when they are used first."""
-        if self._memory is None:
-            self._memory = table = Table()
-            module = self.module("KVMemory", "The robot's values.")
-            module.table = table
-
-            @module.method
-            def getData(key: str) -> Any:
-                """The newest value of a key."""
-                return table[key]
-
-            @module.method
-            def setData(key: str, value: Any) -> None:
-                """Sets a key that can be written."""
-                table.write(key, value)
-
-            @module.method
-            def getDataList(prefix: str) -> List[str]:
-                """The names of the keys that start with a text; all for an empty one."""
-                return table.names(prefix)
-
-        return self._memory
+        with self._lock:
+            return self._memory_table()
 
     def add_camera(self, name: str, width: int = 320, height: int = 240, format: str = "rgb",
                    rate: float = 15.0, *, modes: Optional[Sequence[Mode]] = None,
@@ -116,17 +100,19 @@ class Server:
         settings, a dict of width, height, format and rate, before they apply; it refuses them by
         raising an exception.
         """
-        module = self._video_module()
-        if name in module.cameras:
-            raise Error(Cause.INVALID_ARGUMENT, f"There is already a camera {name}.")
         camera = CameraSource(name, modes or [Mode(width, height, [format], [rate])], description,
                               on_settings, self._settings.limits.frame)
-        module.cameras[name] = camera
+        with self._lock:
+            module = self._video_module()
+            if name in module.cameras:
+                raise Error(Cause.INVALID_ARGUMENT, f"There is already a camera {name}.")
+            module.cameras[name] = camera
         return camera
 
     def remove_camera(self, name: str) -> None:
         """Removes a camera and ends its streams."""
-        camera = self._video_module().cameras.pop(name, None)
+        with self._lock:
+            camera = self._video_module().cameras.pop(name, None)
         if camera is None:
             raise Error(Cause.INVALID_ARGUMENT, f"There is no camera {name}.")
         camera.remove()
@@ -185,6 +171,29 @@ class Server:
 
     def __exit__(self, *_: object) -> None:
         self.stop()
+
+    def _memory_table(self) -> Table:
+        if self._memory is None:
+            table = Table()
+            module = self.module("KVMemory", "The robot's values.")
+            module.table = self._memory = table
+
+            @module.method
+            def getData(key: str) -> Any:
+                """The newest value of a key."""
+                return table[key]
+
+            @module.method
+            def setData(key: str, value: Any) -> None:
+                """Sets a key that can be written."""
+                table.write(key, value)
+
+            @module.method
+            def getDataList(prefix: str) -> List[str]:
+                """The names of the keys that start with a text; all for an empty one."""
+                return table.names(prefix)
+
+        return self._memory
 
     def _video_module(self) -> Module:
         if self._cameras is None:

@@ -32,6 +32,7 @@ class Entry:
         self.limits = limits
         self.writable = writable
         self.on_write = on_write
+        self.writing = threading.RLock()
         self.time = 0
         self.version = 0
 
@@ -159,15 +160,18 @@ class Table(MutableMapping[str, Any]):
         """Sets a key as a client does: checks it, and calls its handler."""
         with self._lock:
             entry = self._find(name)
-            value = entry.fit(value)
-        if entry.on_write is not None:
-            try:
-                entry.on_write(value)
-            except Error:
-                raise
-            except Exception as error:
-                raise Error(Cause.RAISED_BY_MODULE, str(error) or repr(error)) from error
-        self[name] = value
+        # The last value that the handler has received is that of the key.
+        with entry.writing:
+            with self._lock:
+                value = entry.fit(value)
+            if entry.on_write is not None:
+                try:
+                    entry.on_write(value)
+                except Error:
+                    raise
+                except Exception as error:
+                    raise Error(Cause.RAISED_BY_MODULE, str(error) or repr(error)) from error
+            self[name] = value
 
     @property
     def watchers(self) -> int:

@@ -52,6 +52,8 @@ class CameraSource:
         self._on_settings = on_settings
         self._frame_limit = frame_limit
         self._lock = threading.Lock()
+        # One change after the other, with its handler; `_lock` may be taken inside.
+        self._changing = threading.RLock()
         first = self._modes[0]
         self._settings: Dict[str, Any] = {"width": first.width, "height": first.height,
                                           "format": first.formats[0],
@@ -76,28 +78,32 @@ class CameraSource:
                 settings: Optional[Mapping[str, Any]] = None, stride: int = 0) -> None:
         """Sends a frame to the watchers.
 
-        `pixels` are bytes, or a numpy array of bytes. They have the size and format of `settings`,
-        by default the current ones. `stride` is the number of bytes from one row to the next, by
-        default without padding. `time_stamp` is in seconds since 1970, by default now. Raises Error
+        `pixels` are bytes, or a numpy array of bytes. They have the current size and format, or
+        those in `settings`. `stride` is the number of bytes from one row to the next, by default
+        without padding. `time_stamp` is in seconds since 1970, by default now. Raises Error
         INVALID_ARGUMENT for a frame that does not fit, and TOO_LARGE.
         """
-        data = pixels if isinstance(pixels, bytes) else bytes(memoryview(pixels).cast("B"))
-        shape = self.settings if settings is None else settings
+        data = _bytes_of(pixels)
+        shape = {**self.settings, **(settings or {})}
         width, height, kind = shape["width"], shape["height"], shape["format"]
-        if kind != "jpeg":
-            stride = stride or width * _wire.PIXEL_SIZES.get(kind, 0)
+        if kind not in _wire.PICTURE_FORMATS:
+            raise _unsendable("its format is unknown")
+        stride = 0 if kind == "jpeg" else stride or width * _wire.PIXEL_SIZES[kind]
+        time = _wire.to_time(time_stamp)
+        try:
+            header = pb.FrameHeader(time=time, width=width, height=height, stride=stride,
+                                    format=_wire.format_number(kind), size=len(data))
+        except (TypeError, ValueError):
+            raise _unsendable("its width, height and stride are no ints of 32 bits") from None
         damage = _wire.check_frame(kind, width, height, stride, len(data))
         if damage is not None:
-            raise Error(Cause.INVALID_ARGUMENT, f"The frame cannot be sent: {damage}.")
+            raise _unsendable(damage)
         if len(data) > self._frame_limit:
             raise Error(Cause.TOO_LARGE, f"The frame is larger than {self._frame_limit} bytes.")
-        time = _wire.to_time(time_stamp)
         with self._lock:
             self._number += 1
-            self._newest = Picture(pb.FrameHeader(
-                number=self._number, time=time, width=width, height=height,
-                stride=0 if kind == "jpeg" else stride, format=_wire.format_number(kind),
-                size=len(data)), data)
+            header.number = self._number
+            self._newest = Picture(header, data)
             for observer in self._observers:
                 observer()
 
@@ -128,6 +134,10 @@ class CameraSource:
 
     def change(self, changes: Mapping[str, Any]) -> Dict[str, Any]:
         """Changes the settings that are named. Raises Error with what the camera supports."""
+        with self._changing:
+            return self._change(changes)
+
+    def _change(self, changes: Mapping[str, Any]) -> Dict[str, Any]:
         settings = self.settings
         for name, value in changes.items():
             if name not in _SETTINGS:
@@ -174,6 +184,19 @@ class Picture(NamedTuple):
 
     header: pb.FrameHeader
     data: bytes
+
+
+def _bytes_of(pixels: Any) -> bytes:
+    if isinstance(pixels, bytes):
+        return pixels
+    view = memoryview(pixels)
+    if view.itemsize != 1:
+        raise _unsendable("its pixels are not bytes")
+    return view.tobytes()  # also of an array that is a part of another one
+
+
+def _unsendable(damage: str) -> Error:
+    return Error(Cause.INVALID_ARGUMENT, f"The frame cannot be sent: {damage}.")
 
 
 def _listed(items: Iterable[Union[str, float]]) -> str:

@@ -1,7 +1,9 @@
 """Faults in a robot's or a program's own code: refused where its author sees them, or answered."""
 
+import concurrent.futures
 import fractions
 import math
+import time
 
 import pytest
 
@@ -69,14 +71,15 @@ def test_names_and_descriptions_are_valid_texts(serve, connect):
                 lambda: robot.memory.watch(wrong), lambda: robot.camera(wrong).frames(),
                 lambda: robaxi.Robot("127.0.0.1", server.port, name=wrong)]:
             assert error_of(action).cause == Cause.INVALID_ARGUMENT
+
     async def wait():
         pass
 
     for action in [lambda: robaxi.Server(""), lambda: echo.bind("", print),
                    lambda: echo.method(wait)]:
         assert error_of(action).cause == Cause.INVALID_ARGUMENT
-    assert [one.name for one in robot.modules()] == ["Echo", "Ear", "KVMemory", "KVVideo"]
-    assert robot.cameras() == [] == robot.memory.names()
+    assert [one.name for one in robot.modules()] == ["Echo", "Ear", "KVMemory"]
+    assert robot.memory.names() == []
 
 
 def test_an_error_has_any_text(serve, connect):
@@ -163,6 +166,95 @@ def test_an_update_above_the_limit_is_too_large(serve, connect):
         error = error_of(next, changes)
     assert error.cause == Cause.TOO_LARGE
     assert str(error).endswith(": a message is larger than the limit. Send it in smaller parts.")
+
+
+def side_by_side(*actions):
+    """Runs each of them fifty times on a separate thread."""
+    with concurrent.futures.ThreadPoolExecutor(len(actions)) as threads:
+        for repeated in [threads.submit(lambda action=action: [action(i) for i in range(50)])
+                         for action in actions]:
+            repeated.result()
+
+
+def test_changes_of_settings_are_single_steps(serve, connect):
+    server = serve()
+    applied = []
+
+    def apply(settings):
+        # What was applied before is in force.
+        applied.append((camera.settings, settings))
+        time.sleep(0.001)  # as long as a camera takes
+
+    camera = server.add_camera("head", on_settings=apply, modes=[
+        robaxi.Mode(320, 240, ["rgb", "grey"], [5.0, 10.0])])
+    before = camera.settings
+    formats, rates = (connect(server.port).camera("head") for _ in range(2))
+    side_by_side(lambda i: formats.set(format=["grey", "rgb"][i % 2]),
+                 lambda i: rates.set(rate=[10.0, 5.0][i % 2]))
+    for current, settings in applied:
+        assert current == before
+        assert sum(current[name] != settings[name] for name in settings) <= 1
+        before = settings
+    assert len(applied) == 100 and camera.settings == before
+
+
+def test_writes_of_a_key_are_single_steps(serve, connect):
+    server = serve()
+    received = [0]
+
+    def receive(value):
+        received.append((value, server.memory["Count"]))
+        time.sleep(0.001)  # as long as a motor takes
+
+    server.memory.add("Count", 0, on_write=receive)
+    first, second = (connect(server.port).memory for _ in range(2))
+    side_by_side(lambda i: first.__setitem__("Count", i), lambda i: second.__setitem__("Count", -i))
+    values = [0, *(value for value, _ in received[1:])]
+    assert [current for _, current in received[1:]] == values[:-1]
+    assert server.memory["Count"] == values[-1]
+
+
+def test_content_is_added_on_any_thread():
+    for _ in range(50):
+        server = robaxi.Server("Python", settings=Settings())
+        with concurrent.futures.ThreadPoolExecutor(8) as threads:
+            tables = [*threads.map(lambda _: server.memory, range(8))]
+            assert all(table is server.memory for table in tables)
+            cameras = [*threads.map(lambda _: attempt(server.add_camera, "head"), range(8))]
+        assert [type(one) for one in cameras].count(robaxi.CameraSource) == 1
+
+
+def attempt(action, *arguments):
+    try:
+        return action(*arguments)
+    except robaxi.Error as error:
+        return error
+
+
+def test_a_memory_that_cannot_be_added_is_not_there():
+    server = robaxi.Server("Python", settings=Settings())
+    server.module("KVMemory")
+    for _ in range(2):
+        assert error_of(lambda: server.memory).cause == Cause.INVALID_ARGUMENT
+
+
+def test_frames_that_cannot_be_sent_are_refused(serve, connect):
+    numpy = pytest.importorskip("numpy")
+    server = serve()
+    camera = server.add_camera("head", 4, 2, "grey")
+    for pixels, settings, stride in [
+            (bytes(8), {"width": "4"}, 0), (bytes(8), {"width": 2**40}, 0), (bytes(8), {}, 2**40),
+            (bytes(8), {}, -1), (bytes(8), {"format": "h264"}, 0), (bytes(8), {"format": None}, 0),
+            (bytes(8), {"width": 5}, 0), (b"", {}, 0), (numpy.zeros((2, 4)), {}, 0)]:
+        error = error_of(camera.publish, pixels, settings=settings, stride=stride)
+        assert error.cause == Cause.INVALID_ARGUMENT
+        assert str(error).startswith("The frame cannot be sent: ")
+    with connect(server.port).camera("head").frames() as frames:
+        image = numpy.arange(8, dtype=numpy.uint8).reshape(2, 4)
+        camera.publish(image[:, ::-1])
+        assert next(frames).data == bytes([3, 2, 1, 0, 7, 6, 5, 4])
+        camera.publish(b"12", settings={"width": 1})
+        assert next(frames).data == b"12"
 
 
 def test_limits_are_numbers(serve):
