@@ -14,6 +14,8 @@ _log = logging.getLogger("robaxi")
 _PATIENCE = 5.0  # seconds for an answer of the bus or the daemon
 _RUNNING = 2  # state of Avahi's server
 _COLLISION = 3  # state of an entry group
+_NO_DAEMON = [f"org.freedesktop.DBus.Error.{name}"
+              for name in ("ServiceUnknown", "NameHasNoOwner")]
 _TRIES = 20  # names; another program of this machine may have each of them
 
 
@@ -46,30 +48,39 @@ class Announcer:
     def _run(self) -> None:
         try:
             self._Gio, self._GLib, self._bus = open_bus(_PATIENCE)
+            self._announce()
         except Error as error:
             _log.warning("not announced: %s", error)
+        except Exception:
+            _log.exception("not announced")
+        finally:
             self._is_ready.set()
-            return
+
+    def _announce(self) -> None:
         context = self._GLib.MainContext.new()
         context.push_thread_default()
         self._loop = self._GLib.MainLoop.new(context, False)
         self._context = context
-        self._subscribe(None, "org.freedesktop.DBus", "NameOwnerChanged", self._on_owner, AVAHI)
-        self._subscribe(AVAHI, SERVER, "StateChanged", self._on_state)
-        self._subscribe(AVAHI, f"{AVAHI}.EntryGroup", "StateChanged", self._on_group)
-        self._publish()
-        if self._group is None:
-            _log.warning("not announced yet: there is no Avahi daemon")
-        self._is_ready.set()
-        self._loop.run()
-        for subscription in self._subscriptions:
-            self._bus.signal_unsubscribe(subscription)
-        # The daemon withdraws what a connection has announced.
-        self._bus.close_sync(None)
-        # Subscriptions are only released by their context.
-        while context.iteration(False):
-            pass
-        context.pop_thread_default()
+        try:
+            self._subscribe(None, "org.freedesktop.DBus", "NameOwnerChanged", self._on_owner,
+                            AVAHI)
+            self._subscribe(AVAHI, SERVER, "StateChanged", self._on_state)
+            self._subscribe(AVAHI, f"{AVAHI}.EntryGroup", "StateChanged", self._on_group)
+            self._publish()
+            self._is_ready.set()
+            self._loop.run()
+        finally:
+            for subscription in self._subscriptions:
+                self._bus.signal_unsubscribe(subscription)
+            # The daemon withdraws what a connection has announced.
+            try:
+                self._bus.close_sync(None)
+            except self._GLib.Error:
+                pass  # the bus has closed it
+            # Subscriptions are only released by their context.
+            while context.iteration(False):
+                pass
+            context.pop_thread_default()
 
     def _subscribe(self, sender: Optional[str], interface: str, signal: str, handle: Any,
                    argument: Optional[str] = None) -> None:
@@ -98,8 +109,7 @@ class Announcer:
 
     def _on_group(self, path: str, values: Any) -> None:
         if path == self._group and values.unpack()[0] == _COLLISION:
-            self._rename()
-            self._publish()
+            self._publish(is_taken=True)
 
     def _withdraw(self) -> None:
         if self._group is not None:
@@ -109,11 +119,14 @@ class Announcer:
                 pass  # the daemon is gone
             self._group = None
 
-    def _publish(self) -> None:
+    def _publish(self, is_taken: bool = False) -> None:
         self._withdraw()
         try:
             if self._call("/", SERVER, "GetState") != _RUNNING:
+                _log.warning("not announced yet: the Avahi daemon is not ready")
                 return  # it reports when it runs
+            if is_taken:
+                self._rename()
             for _ in range(_TRIES):
                 self._group = self._call("/", SERVER, "EntryGroupNew")
                 if self._add_services():
@@ -122,9 +135,12 @@ class Announcer:
                 self._rename()
             _log.warning("not announced: all names are taken")
         except self._GLib.Error as error:
-            self._group = None
-            if not self._Gio.dbus_error_is_remote_error(error):
-                _log.warning("not announced: %s", error.message)
+            self._withdraw()
+            if self._Gio.dbus_error_get_remote_error(error) in _NO_DAEMON:
+                _log.warning("not announced yet: there is no Avahi daemon")
+            else:
+                self._Gio.dbus_error_strip_remote_error(error)
+                _log.warning("not announced as %s: %s", self.name, error.message)
 
     def _add_services(self) -> bool:
         """Returns false if another program of this machine uses the name."""

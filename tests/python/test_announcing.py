@@ -77,6 +77,24 @@ def test_it_is_announced_again_by_another_daemon():
     eventually(lambda: "marvin" in names())
 
 
+def test_what_cannot_be_announced_is_reported():
+    program = f"""
+import logging, signal, sys, robaxi
+from robaxi._announcer import Announcer
+signal.alarm({PATIENCE})
+logging.basicConfig(stream=sys.stdout, format="%(message)s")
+with robaxi.Server("x" * 64, port=0) as server:
+    print("listens on", server.port)
+Announcer("marvin", [("_robaxi._tcp", "no port")]).close()
+print("closed")
+"""
+    lines = lab("exec", "marvin", "--", sys.executable, "-c", program).splitlines()
+    assert re.fullmatch("not announced as x{64}: .*[Ii]nvalid service name.*", lines[0])
+    assert lines[1].startswith("listens on ")
+    assert lines[2] == "not announced"
+    assert lines[-1] == "closed"
+
+
 def test_a_name_that_is_taken_is_changed():
     lab("exec", "marvin", "--", "sh", "-c",
         f"{sys.executable} {EXAMPLE} marvin 7000 7001 >/dev/null 2>&1 &")
