@@ -201,7 +201,8 @@ def test_a_program_ends_while_it_watches(humanoid):
     program = f"""
 import asyncio, robaxi
 async def main():
-    changes = robaxi.Robot("127.0.0.1", {humanoid.port}).memory.watch("Audio/Volume")
+    robot = robaxi.Robot("127.0.0.1", {humanoid.port}, timeout={PATIENCE})
+    changes = robot.memory.watch("Audio/Volume")
     await changes.__anext__()
     try:
         await asyncio.wait_for(changes.__anext__(), 0.1)

@@ -129,14 +129,24 @@ def test_large_messages_go_on_where_they_were(start_either_echo, reach):
     relay, robot = reach(start_either_echo().port)
     text = "x" * (4 << 20)
     answers = []
-    waiting = threading.Thread(
-        target=lambda: answers.extend(robot.call("Echo", "echo", text) for _ in range(5)))
-    waiting.start()
-    eventually(lambda: len(answers) == 2)
-    hide(relay, robot)
-    relay.restore(keeps_former=False)
-    waiting.join(PATIENCE)
-    assert answers == [text] * 5
+    is_over = threading.Event()
+
+    def call_on():
+        while not is_over.is_set():
+            answers.append(robot.call("Echo", "echo", text))
+
+    calling = threading.Thread(target=call_on)
+    calling.start()
+    try:
+        eventually(lambda: len(answers) >= 2)
+        hide(relay, robot)  # in the middle of a call
+        before = len(answers)
+        relay.restore(keeps_former=False)
+        eventually(lambda: len(answers) >= before + 3)
+    finally:
+        is_over.set()
+        calling.join()
+    assert set(answers) == {text}
 
 
 def test_only_what_has_changed_is_sent_again(start_either_humanoid, reach, connect):
@@ -311,9 +321,9 @@ def test_a_silence_above_the_limit_is_the_loss(echo, reach):
     changes = robot.values("Memory").watch()
     next(changes)
     states = robot.states()
-    assert next(states) == State.CONNECTED
-    relay.cut()
     # On a busy machine the robot may seem silent already before.
+    assert State.CONNECTED in states
+    relay.cut()
     assert [*states][-2:] == [State.SILENT, State.LOST]
     assert robot.state == State.LOST
     assert robot.error.cause == Cause.CONNECTION_LOST
@@ -327,8 +337,9 @@ def test_a_silence_above_the_limit_is_the_loss(echo, reach):
 
 def test_a_robot_that_starts_again_is_another_one(start_either_echo, reach):
     relay, robot = reach(start_either_echo().port)
+    other = start_either_echo()  # now, since a silent robot is lost after 10 s
     hide(relay, robot)
-    relay.robot_port = start_either_echo().port
+    relay.robot_port = other.port
     relay.restore(keeps_former=False)
     eventually(is_state(robot, State.LOST))
     assert "has ended the session" in str(robot.error)
@@ -349,12 +360,14 @@ def test_states_are_watched_with_asyncio(echo, reach):
         seen = []
         async with robot.states() as states:
             async for state in states:
+                if not seen and state == State.SILENT:
+                    continue  # as it may seem on a busy machine
                 seen.append(state)
                 if len(seen) == 1:
                     relay.cut()
-                elif state == State.SILENT:
+                elif len(seen) == 2:
                     relay.restore(keeps_former=False)
-                elif len(seen) >= 3:
+                else:
                     break
         assert [state async for state in states] == []
         return seen

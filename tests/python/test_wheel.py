@@ -11,11 +11,11 @@ import pytest
 import robaxi
 from conftest import PATIENCE, SOURCE
 
-PROGRAM = """
+PROGRAM = f"""
 import robaxi
 with robaxi.Server("wheel", address="127.0.0.1", port=0, announce=False) as server:
     server.memory.add("Battery/Charge", 87.5)
-    with robaxi.Robot("127.0.0.1", server.port) as robot:
+    with robaxi.Robot("127.0.0.1", server.port, timeout={PATIENCE}) as robot:
         print(robaxi.__file__, robot.memory["Battery/Charge"])
 """
 
