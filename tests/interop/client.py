@@ -11,7 +11,7 @@ import messages
 from messages import RemoteError, from_value, to_value
 from robaxi.v1 import robaxi_pb2 as pb
 
-SILENT_HEARTBEATS = 6  # heartbeats without any received message, after which the robot is lost
+SILENT_HEARTBEATS = 6  # heartbeats without any received message, after which a robot is silent
 
 
 class Refused(Exception):
@@ -42,8 +42,9 @@ class Client:
     """One session with a robot. It reads, and sends heartbeats, on separate threads."""
 
     def __init__(self, address, version=messages.PROTOCOL_VERSION, takes_fragments=True, token=b"",
-                 **security):
-        """`security` is what open_channel() takes."""
+                 is_silence_loss=False, **security):
+        """`is_silence_loss`: the session ends when the robot is silent, as it may seem for a moment
+        on a busy machine. `security` is what open_channel() takes."""
         self._channel = open_channel(address, **security)
         self._out = queue.Queue()
         self._lock = threading.Lock()
@@ -51,6 +52,7 @@ class Client:
         self._call_ids = itertools.count(1)
         self._hello = concurrent.futures.Future()
         self._is_over = threading.Event()
+        self._is_silence_loss = is_silence_loss
         self._silent = 0
         self.assembler = messages.Assembler()
         self.heartbeats_returned = 0
@@ -61,7 +63,7 @@ class Client:
             messages.SESSION, pb.ClientBatch.SerializeToString, pb.ServerBatch.FromString)
         self._answers = session(iter(self._out.get, None))
         threading.Thread(target=self._read, daemon=True).start()
-        self.hello = self._hello.result(timeout=20)
+        self.hello = self._hello.result(timeout=messages.PATIENCE)
         threading.Thread(target=self._beat, daemon=True).start()
 
     def __enter__(self):
@@ -73,7 +75,7 @@ class Client:
     def close(self):
         """Ends the session in order: what was sent before is still taken."""
         self._out.put(None)
-        self._is_over.wait(timeout=20)
+        self._is_over.wait(timeout=messages.PATIENCE)
         self._channel.close()
 
     def wait_for_loss(self, timeout):
@@ -81,7 +83,8 @@ class Client:
         return self._is_over.wait(timeout)
 
     def call(self, module, method, *arguments):
-        return from_value(self.start_call(module, method, *arguments)[1].result(timeout=20).value)
+        future = self.start_call(module, method, *arguments)[1]
+        return from_value(future.result(timeout=messages.PATIENCE).value)
 
     def start_call(self, module, method, *arguments):
         """Calls without waiting. Returns the call's number and its future Result."""
@@ -101,7 +104,7 @@ class Client:
     def list_modules(self, module=""):
         call_id, future = self._expect_answer()
         self._say(pb.ClientMessage(list_modules=pb.ListModules(call_id=call_id, module=module)))
-        return list(future.result(timeout=20).modules)
+        return list(future.result(timeout=messages.PATIENCE).modules)
 
     def subscribe(self, module, rate, ids=None):
         """Follows all keys of a module, or those chosen."""
@@ -183,7 +186,7 @@ class Client:
             if self._is_over.wait(messages.HEARTBEAT_PERIOD):
                 return
             self._silent += 1
-            if self._silent > SILENT_HEARTBEATS:
+            if self._is_silence_loss and self._silent > SILENT_HEARTBEATS:
                 self._answers.cancel()
                 return
             self._say(pb.ClientMessage(heartbeat=pb.Heartbeat(number=number)))

@@ -19,7 +19,7 @@ from google.protobuf import json_format
 
 from client import Client, ConnectionLost, Refused
 from free_port import free_port
-from messages import PART_SIZE, RemoteError, from_value
+from messages import PART_SIZE, PATIENCE, RemoteError, from_value
 from robaxi.v1 import robaxi_pb2 as pb
 
 
@@ -99,11 +99,11 @@ class WithEcho(unittest.TestCase):
         call_id, future = client._expect_answer()
         client._say(pb.ClientMessage(call=pb.Call(
             call_id=call_id, module="Echo", method="echo", arguments=[text])))
-        self.assertEqual(future.result(timeout=20).value, text)
+        self.assertEqual(future.result(timeout=PATIENCE).value, text)
 
     def test_a_value_reads_as_what_it_is(self):
         value = self.connect().start_call("Echo", "echo", {"name": "Zürich", "n": 7, "on": True})[1]
-        read = json_format.MessageToDict(value.result(timeout=20).value)
+        read = json_format.MessageToDict(value.result(timeout=PATIENCE).value)
         self.assertEqual(read["keys"], ["n", "name", "on"])
         self.assertEqual([element["type"] for element in read["elements"]], ["INT", "STRING", "BOOL"])
         self.assertEqual(read["elements"][1]["stringValue"], "Zürich")
@@ -138,12 +138,12 @@ class WithEcho(unittest.TestCase):
     def test_results_of_calls_side_by_side_find_their_calls(self):
         client = self.connect()
         calls = [client.start_call("Echo", "echo", number)[1] for number in range(200)]
-        results = [from_value(call.result(timeout=20).value) for call in calls]
+        results = [from_value(call.result(timeout=PATIENCE).value) for call in calls]
         self.assertEqual(results, list(range(200)))
 
     def test_heartbeats_come_back(self):
         client = self.connect()
-        deadline = time.monotonic() + 20
+        deadline = time.monotonic() + PATIENCE
         while client.heartbeats_returned < 3 and time.monotonic() < deadline:
             self.assertFalse(client.wait_for_loss(0.05))
         self.assertGreaterEqual(client.heartbeats_returned, 3)
@@ -151,20 +151,20 @@ class WithEcho(unittest.TestCase):
     def test_the_end_of_a_robot_is_noticed(self):
         client = self.connect()
         self.robot.process.kill()
-        self.assertTrue(client.wait_for_loss(2))
+        self.assertTrue(client.wait_for_loss(PATIENCE))
         with self.assertRaises(ConnectionLost):
             client.call("Echo", "echo", 1)
 
     def test_the_silence_of_a_robot_is_noticed(self):
-        client = self.connect()
+        client = self.connect(is_silence_loss=True)
         _, call = client.start_call("Echo", "echo", 1)
-        call.result(timeout=20)
+        call.result(timeout=PATIENCE)
         self.robot.process.send_signal(signal.SIGSTOP)
         # Its threads stop one after another, and one that still runs could answer.
         os.waitid(os.P_PID, self.robot.process.pid, os.WSTOPPED | os.WEXITED | os.WNOWAIT)
         _, call = client.start_call("Echo", "echo", 1)
-        self.assertTrue(client.wait_for_loss(10))
-        self.assertIsInstance(call.exception(timeout=20), ConnectionLost)
+        self.assertTrue(client.wait_for_loss(PATIENCE))
+        self.assertIsInstance(call.exception(timeout=PATIENCE), ConnectionLost)
 
     def test_values_are_followed(self):
         subscription = self.connect().subscribe("Memory", rate=100)
@@ -241,7 +241,7 @@ class WithRobot(unittest.TestCase):
         with Client(self.robot.address) as other:
             other.post("KVBallamor", "sendClipboard", "posted")
             other.post("KVBallamor", "noSuchMethod", "dropped")
-        deadline = time.monotonic() + 20
+        deadline = time.monotonic() + PATIENCE
         while self.read("Ballamor/ClipboardCount") == 0 and time.monotonic() < deadline:
             pass
         self.assertEqual(self.read("Ballamor/Clipboard"), "posted")

@@ -4,8 +4,9 @@ import grpc
 import reflection_pb2 as reflection
 from google.protobuf import descriptor_pb2, descriptor_pool, json_format, message_factory
 
+from messages import PATIENCE
+
 REFLECTION = "/grpc.reflection.v1alpha.ServerReflection/ServerReflectionInfo"
-TIMEOUT = 20  # seconds
 
 
 class NotFound(Exception):
@@ -46,7 +47,7 @@ class GenericClient:
         return json_format.ParseDict(content, self._class(name)()).SerializeToString()
 
     def _options(self):
-        return {"metadata": self._metadata, "timeout": TIMEOUT}
+        return {"metadata": self._metadata, "timeout": PATIENCE}
 
     def _prepare(self, service, method, request, kind):
         self.learn(service)

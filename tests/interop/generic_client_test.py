@@ -15,6 +15,7 @@ import grpc
 import client_test
 from client import open_channel
 from generic_client import GenericClient, NotFound
+from messages import PATIENCE
 
 ROBAXI = "robaxi.v1.Robaxi"
 HEALTH = "grpc.health.v1.Health"
@@ -77,7 +78,7 @@ class WithEcho(unittest.TestCase):
 
     def end_of(self, method, *requests):
         """The status of a stream on which these bytes are sent, and its details."""
-        stream = self.channel.stream_stream(f"/{ROBAXI}/{method}")(iter(requests), timeout=20)
+        stream = self.channel.stream_stream(f"/{ROBAXI}/{method}")(iter(requests), timeout=PATIENCE)
         with self.assertRaises(grpc.RpcError) as raised:
             for _ in stream:
                 pass
@@ -107,7 +108,7 @@ class WithEcho(unittest.TestCase):
         requests = queue.SimpleQueue()
         requests.put(self.client.encode(f"robaxi.v1.{kind}", content))
         call = self.channel.stream_stream(f"/{ROBAXI}/{method}")
-        return call(iter(requests.get, None), timeout=20), requests
+        return call(iter(requests.get, None), timeout=PATIENCE), requests
 
     def test_streams_end_when_the_client_closes_them_and_with_their_session(self):
         self.client.learn(ROBAXI)
@@ -201,7 +202,7 @@ class WithSecurity(unittest.TestCase):
                     # An empty message is one of every type.
                     call = self.channel.stream_stream(f"/{service}/{method}")
                     with self.assertRaises(grpc.RpcError) as raised:
-                        list(call(iter([b""]), metadata=metadata, timeout=20))
+                        list(call(iter([b""]), metadata=metadata, timeout=PATIENCE))
                     self.assertEqual(raised.exception.code(), grpc.StatusCode.UNAUTHENTICATED)
 
 

@@ -4,6 +4,7 @@ from robaxi.v1 import robaxi_pb2 as pb
 
 PROTOCOL_VERSION = 1
 HEARTBEAT_PERIOD = 0.25  # seconds
+PATIENCE = 60  # seconds, on a busy machine
 PART_SIZE = 64 * 1024
 
 SERVICE = "robaxi.v1.Robaxi"
