@@ -49,6 +49,24 @@ class Listener {
         ::close(connection);
     }
 
+    /**
+     * Accepts connections until a client of HTTP/2 greets, and returns that one's, which the caller
+     * closes.
+     */
+    int acceptHttp2() const {
+        constexpr const char* greeting = "PRI * HTTP/2.0";
+        while (true) {
+            const int connection = ::accept(fSocket, nullptr, nullptr);
+            char buffer[1024];
+            const auto size = ::recv(connection, buffer, sizeof buffer, 0);
+            if (size < 0 ||
+                std::string(buffer, static_cast<std::size_t>(size)).find(greeting) == 0) {
+                return connection;
+            }
+            ::close(connection);
+        }
+    }
+
     /** Fills the queue of connections, after which the system drops all further packets. */
     void fillQueue() {
         constexpr int enough = 16;

@@ -1,4 +1,5 @@
 #include "eventually.h"
+#include "plain_listener.h"
 #include "process_figures.h"
 #include "recording_listener.h"
 #include "test_broker.h"
@@ -12,6 +13,10 @@
 
 #include <functional>
 #include <memory>
+#include <poll.h>
+#include <string>
+#include <sys/socket.h>
+#include <unistd.h>
 
 using namespace robaxi_test;
 using obvista_test::countDescriptors;
@@ -92,4 +97,19 @@ TEST_F(Resources, DoNotGrowWithBrokers) {
         KVProxy proxy("Echo", a_loopback, fServer->getPort(), makeClient(), 10, 0);
         ASSERT_EQ(proxy.call<int>("echo", 1), 1);
     });
+}
+
+// The robot was stopped when its system accepted the connection, and goes on.
+TEST_F(Resources, DoNotGrowWithConnectionsThatAreAnsweredAfterTheyWereGivenUp) {
+    const Listener robot(1);
+    EXPECT_CAUSE(errorOf([&] { KVConnection::open(fClient, a_loopback, robot.port(), 1); }),
+                 TimedOut);
+    const int connection = robot.acceptHttp2();
+    const std::string settings("\0\0\0\4\0\0\0\0\0", 9);
+    ASSERT_EQ(::send(connection, settings.data(), settings.size(), MSG_NOSIGNAL),
+              static_cast<ssize_t>(settings.size()));
+    pollfd polled{connection, POLLRDHUP, 0};
+    constexpr int patience = 30'000;  // milliseconds
+    EXPECT_EQ(::poll(&polled, 1, patience), 1) << "the connection is never closed";
+    ::close(connection);
 }

@@ -1,5 +1,6 @@
 #include "client/client_transport.h"
 
+#include "net/channel_release.h"
 #include "wire/grpc_handover.h"
 #include "wire/raw_message.h"
 
@@ -19,7 +20,9 @@ ClientTransport::ClientTransport(Owner& owner, std::shared_ptr<grpc::Channel> ch
           std::make_shared<Outlet>([this](const grpc::ByteBuffer* bytes) { StartWrite(bytes); })) {
 }
 
-ClientTransport::~ClientTransport() = default;
+ClientTransport::~ClientTransport() {
+    releaseChannel(fChannel);
+}
 
 void ClientTransport::start(const v1::Hello& hello) {
     v1::ClientBatch batch;
