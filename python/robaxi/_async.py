@@ -7,6 +7,7 @@ import asyncio
 import concurrent.futures
 import queue
 import threading
+import weakref
 from typing import Callable, Generic, Optional, Tuple, TypeVar
 
 Item = TypeVar("Item")
@@ -31,17 +32,23 @@ class _Worker(Generic[Item]):
         self._jobs.put(None)
 
     def _run(self) -> None:
-        for function, future in iter(self._jobs.get, None):
+        while True:
+            job = self._jobs.get()
+            if job is None:
+                return
+            function, future = job
             try:
                 future.set_result(function())
             except BaseException as error:
                 future.set_exception(error)
+            # What the function belongs to must not live as long as this thread waits.
+            del job, function, future
 
 
 class Stream(abc.ABC, Generic[Item]):
     """What a robot sends, one item after the other: an iterator, and an asynchronous iterator.
 
-    It ends when it is closed, and raises Error when the robot ends it or is lost. `with` (or
+    It ends when it is closed, and raises Error, once, when the robot ends it or is lost. `with` (or
     `async with`) closes it. One thread or task at a time may iterate; close() may be called on any
     thread.
     """
@@ -74,9 +81,15 @@ class Stream(abc.ABC, Generic[Item]):
         if self._awaited is None:
             if self._worker is None:
                 self._worker = _Worker()
+                weakref.finalize(self, self._worker.close)
             self._awaited = self._worker.submit(self._next)
         # A task that is cancelled while it waits loses nothing: the next one gets the item.
-        item = await asyncio.shield(asyncio.wrap_future(self._awaited))
+        try:
+            item = await asyncio.shield(asyncio.wrap_future(self._awaited))
+        except Exception:
+            self._awaited = None
+            self._end_worker()
+            raise
         self._awaited = None
         if item is None:
             self._end_worker()

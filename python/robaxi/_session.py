@@ -16,9 +16,10 @@ from . import _wire
 from ._outbox import Outbox, Sender
 from ._target import Deadline, Target, find_failure
 from .v1 import robaxi_pb2 as pb
-from .errors import Cause, Error, describe
+from .errors import Cause, Error, describe, describe_loss
 from .settings import Access, Settings, periods, read_file, read_token
 
+_CLOSED = "it was closed by this program"
 # Attempts to resume a session that wait for the robot's answer.
 _MOST_ATTEMPTS = 4
 # Seconds between the first two of a silence; they double from one to the next.
@@ -102,6 +103,7 @@ class Session:
         self._out = Outbox(self.limits.message)
         self._hello: concurrent.futures.Future[pb.HelloReply] = concurrent.futures.Future()
         self._over = threading.Event()
+        self._is_closed = False  # by this program
         # Held while a batch is handled, since two connections may receive at the same time. It
         # guards the following three; `changed` may be taken inside it, not the other way round.
         self._receiving = threading.Lock()
@@ -117,11 +119,12 @@ class Session:
         self._request = pb.Hello(
             protocol_version=_wire.PROTOCOL_VERSION, name=name, takes_fragments=True, token=token,
             resumes=True)
-        self._current = self._open(self._request, 0)
-        self._connections = [self._current]  # the attempts, too
-        self._out.attach(self._current.sender)
-        self._start_reading(self._current)
+        self._connections: List[_Connection] = []  # the attempts, too
         try:
+            self._current = self._open(self._request, 0)
+            self._connections.append(self._current)
+            self._out.attach(self._current.sender)
+            self._start_reading(self._current)
             self.hello = self._hello.result(deadline.left())
         except concurrent.futures.TimeoutError:
             # The handshake of TLS may be what does not end.
@@ -131,6 +134,9 @@ class Session:
         except Error as error:
             if error.cause == Cause.CONNECTION_LOST:
                 raise find_failure(target, self._access, deadline) from None
+            raise
+        except BaseException:  # the user has pressed Ctrl-C
+            self._lose(self._lost(_CLOSED))
             raise
         threading.Thread(target=self._beat, daemon=True, name="robaxi-beat").start()
 
@@ -177,9 +183,10 @@ class Session:
 
     def close(self) -> None:
         """Ends the session in order: what was posted before is still run."""
+        self._is_closed = True
         self._out.close()
         self._over.wait(0.5)
-        self._lose(self._lost("it was closed by this program"))
+        self._lose(self._lost(_CLOSED))
 
     def request(self, message: pb.ClientMessage, attempt: str,
                 deadline: Deadline) -> pb.ServerMessage:
@@ -224,8 +231,7 @@ class Session:
         return self._out.put(message, deadline)
 
     def _lost(self, detail: str = "") -> Error:
-        return describe(f"The connection to {self.target.place} is lost", Cause.CONNECTION_LOST,
-                        detail)
+        return describe_loss(self.target.place, detail)
 
     def _lose(self, error: Error) -> None:
         """Ends the session for this reason, unless it is over."""
@@ -459,7 +465,7 @@ class Session:
         if connection is self._current:
             if not self._hello.done():
                 return self._lost() if reason is None else self._hello_failure(reason)
-            self._end_of_current = self._lost()
+            self._end_of_current = self._lost(_CLOSED if self._is_closed else "")
         if self._attempts():
             return None
         # An attempt is also refused when the former connection has returned, and acknowledged more.

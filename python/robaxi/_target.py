@@ -10,6 +10,7 @@ import time
 from typing import List, NamedTuple, Optional, Sequence, Tuple
 
 from ._race import Unreached, first_to_accept
+from ._wire import check_text
 from .errors import Cause, Error, describe
 from .settings import Access, read_file
 
@@ -20,7 +21,7 @@ class Deadline:
     """A moment until which something may take."""
 
     def __init__(self, seconds: float) -> None:
-        if not 0 < seconds <= threading.TIMEOUT_MAX:
+        if not isinstance(seconds, (int, float)) or not 0 < seconds <= threading.TIMEOUT_MAX:
             raise Error(Cause.INVALID_ARGUMENT, "A time-out must be above 0 seconds.")
         self.seconds = seconds
         self._end = time.monotonic() + seconds
@@ -54,14 +55,14 @@ def is_address(host: str) -> bool:
 
 
 def check_port(port: int) -> int:
-    if not 1 <= port <= 65535:
+    if not isinstance(port, int) or not 1 <= port <= 65535:
         raise Error(Cause.INVALID_ARGUMENT, f"A port is a number from 1 to 65535, not {port}.")
     return port
 
 
 def parse_target(text: str) -> Tuple[str, Optional[int]]:
     """Splits HOST, HOST:PORT, ADDRESS or [ADDRESS]:PORT."""
-    host, rest = text, ""
+    host, rest = check_text("A host", text), ""
     if text.startswith("["):
         host, bracket, rest = text[1:].partition("]")
         if not bracket or not is_address(host):

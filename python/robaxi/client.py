@@ -127,7 +127,8 @@ class Robot:
 
     def module(self, name: str) -> ModuleInfo:
         """The description of a module. Raises Error NO_SUCH_MODULE."""
-        found = self._list_modules(name)
+        # All are listed for an empty name.
+        found = [one for one in self._list_modules(name) if one.name == name]
         if not found:
             raise describe(f"Cannot describe the module {name}", Cause.NO_SUCH_MODULE)
         return found[0]
@@ -141,7 +142,7 @@ class Robot:
         """
         message = pb.ClientMessage(call=self._make_call(module, method, arguments))
         answer = self._session.request(message, self._attempt(module, method),
-                                       Deadline(timeout or self._timeout))
+                                       Deadline(self._timeout if timeout is None else timeout))
         return _wire.from_value(answer.result.value)
 
     def post(self, module: str, method: str, *arguments: Any) -> None:
@@ -372,7 +373,11 @@ class Watch(Stream[Change]):
                 self._continue_after(end)
                 continue
             self._number = update.number
-            self._take(update)
+            try:
+                self._take(update)
+            except Error:
+                self.close()
+                raise
             self._position = update.position
         return None if self._is_closed else self._waiting.popleft()
 
@@ -414,7 +419,6 @@ class Watch(Stream[Change]):
             if self._patterns is not None and self._matches(key.name):
                 chosen.append(key.id)
         if len(self._keys) > self._session.limits.keys:
-            self.close()
             raise describe(self._attempt, Cause.TOO_LARGE, "it has too many keys")
         if chosen:
             self._selected.update(dict.fromkeys(chosen, False))

@@ -114,3 +114,10 @@ def describe(attempt: str, cause: Cause, detail: str = "", advice: str = "") -> 
     why = f"{reason} ({detail})" if reason and detail else reason or detail
     advice = advice or _ADVICE.get(cause, "")
     return Error(cause, f"{attempt}: {why}." + (f" {advice}" if advice else ""))
+
+
+def describe_loss(place: str, detail: str = "") -> Error:
+    """Returns the error for the loss of a connection to a robot."""
+    why = f": {detail}" if detail else ""
+    return Error(Cause.CONNECTION_LOST, f"The connection to {place} is lost{why}. "
+                 f"{_ADVICE[Cause.CONNECTION_LOST]}")

@@ -58,10 +58,11 @@ class Module:
         if not name:
             raise Error(Cause.INVALID_ARGUMENT, "A method needs a name.")
         _wire.check_text("The name of a method", name)
-        if inspect.iscoroutinefunction(function):
-            raise Error(Cause.INVALID_ARGUMENT,
-                        f"The method {name} is a coroutine; methods run on threads.")
-        hints = typing.get_type_hints(function)
+        if not callable(function) or inspect.iscoroutinefunction(function):
+            raise Error(Cause.INVALID_ARGUMENT, f"The method {name} must be a function, and not a "
+                        "coroutine, since methods run on threads.")
+        is_function = inspect.isroutine(function)  # others are objects without annotations
+        hints = typing.get_type_hints(function) if is_function else {}
         types: List[Optional[type]] = []
         shown: List[str] = []
         required = 0

@@ -19,7 +19,7 @@ from ._announcer import Announcer
 from ._icon import IconServer
 from ._service import Service
 from ._generic import handlers
-from ._target import DEFAULT_PORT
+from ._target import DEFAULT_PORT, check_port
 from .discovery import ROBAX, ROBAXI
 from .errors import Cause, Error, describe
 from .module import Module
@@ -59,6 +59,7 @@ class Server:
         self._settings = Settings.load() if settings is None else settings
         self._settings.check()
         self._lock = threading.RLock()  # guards what modules and cameras there are
+        self._stopping = threading.RLock()  # held until the server has stopped
         self._modules: Dict[str, Module] = {}
         self._memory: Optional[Table] = None
         self._cameras: Optional[Module] = None
@@ -148,20 +149,22 @@ class Server:
 
     def stop(self) -> None:
         """Withdraws the announcement and ends all sessions. A running method is not stopped."""
-        atexit.unregister(self.stop)
-        if self._announcer is not None:
-            self._announcer.close()
-            self._announcer = None
-        if self._thread is not None and self._loop is not None and self._end is not None:
-            self._loop.call_soon_threadsafe(self._end.set)
-            self._thread.join()
-            self._thread = None
+        with self._stopping:
+            if self._announcer is not None:
+                self._announcer.close()
+                self._announcer = None
+            if self._thread is not None and self._loop is not None and self._end is not None:
+                self._loop.call_soon_threadsafe(self._end.set)
+                self._thread.join()
+                self._thread = None
+            atexit.unregister(self.stop)
 
     def wait(self) -> None:
         """Waits until the server is stopped by another thread, or the user presses Ctrl-C."""
         try:
-            while self._thread is not None and self._thread.is_alive():
-                self._thread.join(1)
+            thread = self._thread
+            while thread is not None and thread.is_alive():
+                thread.join(1)
         except KeyboardInterrupt:
             pass
 
@@ -230,13 +233,14 @@ class Server:
         credentials, token = self._security()
         service = Service(self.name, self._modules, self._settings, token)
         options = _wire.options(self._settings.limits, is_robot=True) + [("grpc.so_reuseport", 0)]
+        icon = None
         server = grpc.aio.server(options=options)
-        server.add_generic_rpc_handlers([service.handler(), *handlers(service)])
-        self.port = self._listen(server, credentials)
-        await server.start()
-        icon = await self._serve_icon()
-        is_ready.set()
         try:
+            server.add_generic_rpc_handlers([service.handler(), *handlers(service)])
+            self.port = self._listen(server, credentials)
+            await server.start()
+            icon = await self._serve_icon()
+            is_ready.set()
             await self._end.wait()
         finally:
             if icon is not None:
@@ -276,9 +280,9 @@ class Server:
 
     def _check_place(self) -> None:
         """gRPC does not report why it cannot listen."""
-        if not 0 <= self._wanted_port <= 65535:
-            raise Error(Cause.INVALID_ARGUMENT,
-                        f"A port is a number from 1 to 65535, not {self._wanted_port}.")
+        for wanted in [self._wanted_port, self._wanted_http_port]:
+            if wanted != 0:  # which is any free one
+                check_port(wanted)
         family = socket.AF_INET6 if ":" in self._address else socket.AF_INET
         try:
             with socket.socket(family) as probe:

@@ -1,15 +1,26 @@
 """Faults in a robot's or a program's own code: refused where its author sees them, or answered."""
 
+import asyncio
 import concurrent.futures
 import fractions
+import functools
+import gc
 import math
+import os
+import signal
+import socket
+import subprocess
+import sys
+import threading
 import time
 
 import pytest
 
 import robaxi
-from conftest import error_of
+from conftest import PATIENCE, error_of, eventually
 from robaxi import Cause, Limits, Settings
+from robaxi.v1 import robaxi_pb2 as pb
+from scripted_robot import Script, ScriptedRobot
 
 LATIN1 = b"caf\xe9".decode("utf-8", "surrogateescape")
 SURROGATE = "\ud800"  # unlike that of the text before, it stands for no byte
@@ -168,6 +179,11 @@ def test_an_update_above_the_limit_is_too_large(serve, connect):
     assert str(error).endswith(": a message is larger than the limit. Send it in smaller parts.")
 
 
+def running(name):
+    """The number of threads of that name."""
+    return sum(thread.name == name for thread in threading.enumerate())
+
+
 def side_by_side(*actions):
     """Runs each of them fifty times on a separate thread."""
     with concurrent.futures.ThreadPoolExecutor(len(actions)) as threads:
@@ -255,6 +271,142 @@ def test_frames_that_cannot_be_sent_are_refused(serve, connect):
         assert next(frames).data == bytes([3, 2, 1, 0, 7, 6, 5, 4])
         camera.publish(b"12", settings={"width": 1})
         assert next(frames).data == b"12"
+
+
+def test_arguments_of_other_types_are_refused(serve, connect):
+    server = serve()
+    robot = connect(server.port)
+    for action in [
+            *(functools.partial(robot.call, "Echo", "echo", 1, timeout=timeout)
+              for timeout in [0, -1, math.nan, "1"]),
+            *(functools.partial(robaxi.Robot, host) for host in [5, None, b"host", SURROGATE]),
+            *(functools.partial(robaxi.Robot, "127.0.0.1", port) for port in ["9559", 9559.5]),
+            functools.partial(robaxi.Robot, "127.0.0.1", server.port, timeout=None),
+            robaxi.Server("Python", port="1", settings=Settings()).start,
+            robaxi.Server("Python", port=0, http_port=70000, settings=Settings()).start,
+            functools.partial(server.module("Ear").bind, "hear", 5)]:
+        assert error_of(action).cause == Cause.INVALID_ARGUMENT
+    assert error_of(robot.module, "").cause == Cause.NO_SUCH_MODULE
+
+
+def test_any_callable_object_is_a_method(serve, connect):
+    server = serve()
+
+    class Adder:
+        def __call__(self, one: int, other: int) -> int:
+            return one + other
+
+    module = server.module("Sum")
+    module.bind("add", Adder())
+    module.bind("add_two", functools.partial(Adder(), 2))
+    robot = connect(server.port)
+    assert [robot.call("Sum", "add", 1, 2), robot.call("Sum", "add_two", 3)] == [3, 5]
+
+
+def test_a_start_that_fails_leaves_nothing():
+    with socket.create_server(("127.0.0.1", 0)) as taken:
+        program = f"""
+import gc, robaxi
+usual = dict(address="127.0.0.1", port=0, announce=False)
+for options in [dict(port={taken.getsockname()[1]}), dict(address="nowhere.invalid"),
+                dict(icon=b"GIF89a", http_port=-1)]:
+    try:
+        robaxi.Server("Python", **{{**usual, **options}}).start()
+    except robaxi.Error:
+        gc.collect()
+        print("failed")
+"""
+        ended = subprocess.run([sys.executable, "-c", program], capture_output=True, text=True,
+                               check=False, timeout=PATIENCE)
+    assert (ended.stdout, ended.stderr) == (3 * "failed\n", "")
+
+
+@pytest.fixture
+def scripted():
+    """Starts scripted robots."""
+    robots = []
+
+    def start_robot(*scripts):
+        robots.append(ScriptedRobot(*scripts))
+        return robots[-1]
+
+    yield start_robot
+    for robot in robots:
+        robot.end()
+
+
+def test_an_interrupted_attempt_to_connect_leaves_nothing(scripted, connect):
+    robot = scripted(Script())
+    connect(robot.port)
+    before = running("robaxi-read")
+
+    def interrupt():
+        eventually(lambda: robot.ignored)  # it does not answer
+        os.kill(os.getpid(), signal.SIGINT)
+
+    thread = threading.Thread(target=interrupt)
+    thread.start()
+    with pytest.raises(KeyboardInterrupt):
+        robaxi.Robot("127.0.0.1", robot.port, timeout=PATIENCE)
+    thread.join()
+    eventually(lambda: running("robaxi-read") <= before)
+
+
+def test_a_server_is_stopped_by_several_threads():
+    for _ in range(20):
+        server = robaxi.Server("Python", port=0, announce=False, settings=Settings())
+        server.start()
+        with concurrent.futures.ThreadPoolExecutor(16) as threads:
+            for ended in [threads.submit(action) for _ in range(8)
+                          for action in [server.stop, server.wait]]:
+                ended.result(PATIENCE)
+
+
+def test_a_closed_connection_says_who_closed_it(serve, connect):
+    server = serve()
+    robot = connect(server.port)
+    robot.close()
+    place = f"The connection to 127.0.0.1 port {server.port} is lost"
+    assert str(error_of(robot.call, "Echo", "echo", 1)).startswith(
+        f"{place}: it was closed by this program. Check ")
+    other = connect(server.port)
+    server.stop()
+    eventually(lambda: other.error)
+    assert str(other.error).startswith(f"{place}. Check ")
+
+
+def test_a_watch_ends_with_its_error(scripted, connect):
+    unknown = pb.SubscriptionUpdate(values=pb.Values(int_ids=[7], ints=[1]))
+    changes = connect(scripted(Script(updates=[unknown])).port).memory.watch()
+    assert error_of(next, changes).cause == Cause.INTERNAL
+    assert [*changes] == []
+
+
+def test_an_asynchronous_watch_raises_its_error_once(serve, connect):
+    robot = connect(serve().port)
+
+    async def watch():
+        changes = robot.memory.watch()
+        with pytest.raises(robaxi.Error):
+            await changes.__anext__()
+        return [change async for change in changes]
+
+    assert asyncio.run(watch()) == []
+
+
+def test_an_asynchronous_watch_ends_with_its_object(serve, connect):
+    server = serve()
+    server.memory.add("Count", 0)
+    robot = connect(server.port)
+
+    async def watch():
+        async for change in robot.memory.watch():
+            return change.value
+
+    assert asyncio.run(watch()) == 0
+    gc.collect()
+    eventually(lambda: server.memory.watchers == 0)
+    eventually(lambda: running("robaxi-watch") == 0)
 
 
 def test_limits_are_numbers(serve):
