@@ -301,12 +301,13 @@ class Session:
     def _list_modules(self, question: pb.ListModules) -> None:
         if question.call_id == 0:
             return
-        modules = self._service.list_modules(question.module)
-        if modules is None:
-            self._put_error(question.call_id, Error(Cause.NO_SUCH_MODULE, ""), False)
-        else:
-            self._put(pb.ServerMessage(module_list=pb.ModuleList(
-                call_id=question.call_id, modules=modules)))
+        try:
+            answer = self._service.list_modules(question.module)
+        except Error as error:
+            self._put_error(question.call_id, error, False)
+            return
+        answer.call_id = question.call_id
+        self._put(pb.ServerMessage(module_list=answer))
 
     # --- Calls ---
 

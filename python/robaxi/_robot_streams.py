@@ -12,7 +12,7 @@ from typing import (TYPE_CHECKING, Any, AsyncIterator, Callable, Deque, List, Op
                     Set, Tuple, TypeVar)
 
 from . import _wire
-from ._robot_session import Session, first_request, run_until_first
+from ._robot_session import Session, SessionOver, first_request, run_until_first
 from ._wire import Ended
 from .module import Module
 from .table import Entry, Known, Table
@@ -239,7 +239,11 @@ class Subscription(SideStream):
 
     async def _run(self, compose: Callable[[], Result]) -> Result:
         try:
-            return await self._loop.run_in_executor(None, compose)
+            running = self._loop.run_in_executor(None, compose)
+        except RuntimeError:  # the program ends
+            raise SessionOver() from None
+        try:
+            return await running
         except Exception as error:
             _log.exception("a subscription ends")
             reason = _wire.unexpected(error)

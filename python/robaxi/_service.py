@@ -183,12 +183,16 @@ class Service:
             result.error.CopyFrom(_wire.to_error(_wire.unexpected(error), False))
         return result
 
-    def list_modules(self, name: str) -> Optional[List[pb.Module]]:
-        """Descriptions of all modules, or of one; None if there is none of that name."""
+    def list_modules(self, name: str) -> pb.ModuleList:
+        """Descriptions of all modules, or of one. Raises Error."""
         if name and name not in self.modules:
-            return None
-        return [_wire.to_module(self.modules[one].describe())
-                for one in ([name] if name else [*self.modules])]
+            raise Error(Cause.NO_SUCH_MODULE, "")
+        modules = [_wire.to_module(self.modules[one].describe())
+                   for one in ([name] if name else [*self.modules])]
+        answer = pb.ModuleList(modules=modules)
+        if answer.ByteSize() > self.limits.message:
+            raise Error(Cause.TOO_LARGE, "the descriptions of the modules")
+        return answer
 
     async def admit(self, address: str, token: bytes) -> None:
         """Raises Ended if this is not the token."""
@@ -241,10 +245,10 @@ class Service:
         return result
 
     def _list_alone(self, question: pb.ListModules) -> pb.ModuleList:
-        modules = self.list_modules(question.module)
-        if modules is None:
-            raise Ended(pb.Error.NO_SUCH_MODULE)
-        return pb.ModuleList(modules=modules)
+        try:
+            return self.list_modules(question.module)
+        except Error as error:
+            raise Ended(error.cause, error.text) from None
 
     async def _session(self, requests: AsyncIterator[Any], context: Any) -> None:
         await _serve(SessionStream(self, context), requests, context)

@@ -107,6 +107,12 @@ _ADVICE = {
 }
 
 
+def text_of(error: Exception) -> str:
+    """The text of an exception that a robot's author has raised, for the caller."""
+    # That of a KeyError is only the key.
+    return repr(error) if type(error) is KeyError else str(error) or repr(error)
+
+
 def describe(attempt: str, cause: Cause, detail: str = "", advice: str = "") -> Error:
     """Returns an error whose sentence says what was tried, why it failed, and what to try next."""
     detail = detail[:-1] if detail.endswith(".") else detail

@@ -9,7 +9,7 @@ from typing import Any, Callable, Dict, List, NamedTuple, Optional, Tuple, TypeV
 
 from . import _wire
 from ._wire import MethodInfo, ModuleInfo
-from .errors import Cause, Error
+from .errors import Cause, Error, text_of
 from .table import Table
 from .video import CameraSource
 
@@ -66,7 +66,12 @@ class Module:
         types: List[Optional[type]] = []
         shown: List[str] = []
         required = 0
-        for parameter in inspect.signature(function).parameters.values():
+        try:
+            parameters = inspect.signature(function).parameters.values()
+        except ValueError:  # of some that are written in C
+            raise Error(Cause.INVALID_ARGUMENT, f"The parameters of the method {name} are not "
+                        "known: bind a function that calls it.") from None
+        for parameter in parameters:
             if parameter.kind not in (parameter.POSITIONAL_ONLY, parameter.POSITIONAL_OR_KEYWORD):
                 raise Error(Cause.INVALID_ARGUMENT, f"The method {name} may have positional "
                             "parameters only.")
@@ -106,7 +111,7 @@ class Module:
         except Error as error:
             return None, error, True
         except Exception as error:
-            return None, Error(Cause.RAISED_BY_MODULE, str(error) or repr(error)), True
+            return None, Error(Cause.RAISED_BY_MODULE, text_of(error)), True
 
 
 def _plain(hint: Any) -> Any:

@@ -148,7 +148,10 @@ class Server:
             self._announcer = Announcer(self.name, services)
 
     def stop(self) -> None:
-        """Withdraws the announcement and ends all sessions. A running method is not stopped."""
+        """Withdraws the announcement and ends all sessions.
+
+        A running method is not stopped, and the end of the program waits for it.
+        """
         with self._stopping:
             if self._announcer is not None:
                 self._announcer.close()

@@ -12,7 +12,7 @@ from typing import (Any, Callable, Dict, Iterator, List, Mapping, MutableMapping
 
 from . import _wire
 from ._wire import TimedValue
-from .errors import Cause, Error, NoSuchKey
+from .errors import Cause, Error, NoSuchKey, text_of
 from .v1 import robaxi_pb2 as pb
 
 WriteHandler = Callable[[Any], object]
@@ -170,7 +170,7 @@ class Table(MutableMapping[str, Any]):
                 except Error:
                     raise
                 except Exception as error:
-                    raise Error(Cause.RAISED_BY_MODULE, str(error) or repr(error)) from error
+                    raise Error(Cause.RAISED_BY_MODULE, text_of(error)) from error
             self[name] = value
 
     @property

@@ -6,7 +6,7 @@ import threading
 from typing import Any, Callable, Dict, Iterable, List, Mapping, NamedTuple, Optional, Sequence, Set, Union
 
 from . import _wire
-from .errors import Cause, Error
+from .errors import Cause, Error, text_of
 from .v1 import robaxi_pb2 as pb
 
 SettingsHandler = Callable[[Dict[str, Any]], object]
@@ -153,7 +153,7 @@ class CameraSource:
             try:
                 self._on_settings(dict(settings))
             except Exception as error:
-                raise self._refusal(str(error) or repr(error)) from error
+                raise self._refusal(text_of(error)) from error
         with self._lock:
             self._settings = settings
         return dict(settings)

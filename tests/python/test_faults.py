@@ -142,6 +142,27 @@ def test_a_call_is_answered_whatever_happens(serve, connect, caplog):
     assert robot.call("Echo", "echo", 1) == 1
 
 
+def test_descriptions_above_the_limit_are_an_error(serve, connect):
+    server = serve(settings=Settings(limits=Limits(message=1 << 16)))
+    for number in range(7):
+        server.module(f"Talkative{number}", "a" * 10000)
+    robot = connect(server.port, settings=server._settings)
+    error = error_of(robot.modules)
+    assert error.cause == Cause.TOO_LARGE
+    assert "the descriptions of the modules" in str(error)
+    assert len(robot.module("Talkative6").description) == 10000
+
+
+def test_a_key_that_is_missing_is_named_as_such(serve, connect):
+    server = serve()
+    lookup = server.module("Lookup")
+    assert error_of(lookup.bind, "find", {}.__getitem__).cause == Cause.INVALID_ARGUMENT
+    lookup.bind("find", lambda key: {"a": 1}[key])
+    robot = connect(server.port)
+    assert robot.call("Lookup", "find", "a") == 1
+    assert str(error_of(robot.call, "Lookup", "find", "b")) == "KeyError('b')"
+
+
 def test_the_text_of_an_error_is_bounded(serve, connect):
     server = serve(settings=Settings(limits=Limits(message=1 << 16)))
 
@@ -333,6 +354,45 @@ def scripted():
     yield start_robot
     for robot in robots:
         robot.end()
+
+
+def test_a_robot_ends_silently_while_values_change():
+    program = """
+import itertools, threading, time, robaxi
+server = robaxi.Server("Python", address="127.0.0.1", port=0, announce=False)
+server.memory.add("Count", 0)
+server.start()
+robot = robaxi.Robot("127.0.0.1", server.port)
+changes = robot.memory.watch(rate=1000)
+has_read, is_running = threading.Event(), threading.Event()
+
+@server.module("Slow").method
+def hold():
+    is_running.set()
+    while server.memory.watchers:  # the end of the program waits for this
+        time.sleep(0.01)
+
+def change():
+    for number in itertools.count(1):
+        server.memory["Count"] = number
+
+def read():
+    try:
+        for change in changes:
+            if change.value:
+                has_read.set()
+    except robaxi.Error:
+        pass
+
+for run in [change, read]:
+    threading.Thread(target=run, daemon=True).start()
+has_read.wait()
+robot.post("Slow", "hold")
+is_running.wait()
+"""
+    ended = subprocess.run([sys.executable, "-c", program], capture_output=True, text=True,
+                           check=False, timeout=PATIENCE)
+    assert (ended.stderr, ended.returncode) == ("", 0)
 
 
 def test_an_interrupted_attempt_to_connect_leaves_nothing(scripted, connect):
