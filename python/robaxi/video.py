@@ -24,8 +24,9 @@ class Mode(NamedTuple):
 
     def check(self) -> None:
         """Raises Error INVALID_ARGUMENT if no program accepts the mode."""
-        if not (1 <= self.width <= 65535 and 1 <= self.height <= 65535 and self.formats
-                and self.rates and all(0 < rate <= 10000 for rate in self.rates)
+        if not (all(isinstance(side, int) and 1 <= side <= 65535 for side in self[:2])
+                and self.formats and self.rates
+                and all(isinstance(rate, (int, float)) and 0 < rate <= 10000 for rate in self.rates)
                 and all(kind in _wire.PICTURE_FORMATS for kind in self.formats)):
             raise Error(Cause.INVALID_ARGUMENT, f"A camera cannot have the mode {self}.")
 

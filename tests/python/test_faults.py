@@ -310,6 +310,15 @@ def test_arguments_of_other_types_are_refused(serve, connect):
     assert error_of(robot.module, "").cause == Cause.NO_SUCH_MODULE
 
 
+def test_modes_of_other_types_are_refused():
+    server = robaxi.Server("Python", settings=Settings())
+    for mode in [("320", 240), (320, 240.0), (320, 240, [None]), (320, 240, ["rgb"], ["15"]),
+                 (320, 240, ["rgb"], [math.nan])]:
+        error = error_of(server.add_camera, "head", modes=[robaxi.Mode(*mode)])
+        assert error.cause == Cause.INVALID_ARGUMENT
+        assert str(error).startswith("A camera cannot have the mode Mode(")
+
+
 def test_any_callable_object_is_a_method(serve, connect):
     server = serve()
 
