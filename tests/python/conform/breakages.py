@@ -12,7 +12,7 @@ from robaxi.v1 import robaxi_pb2 as pb
 Code = grpc.StatusCode
 HUGE = 1 << 40
 #: Time-out of `robaxi conform` for robots that are found out since they do not answer.
-SOON = 2
+SOON = 5
 
 
 class Case(NamedTuple):

@@ -11,8 +11,6 @@ from breaking_proxy import Proxies
 from conforming import WRITABLE, conform, place, results, results_at_once
 from plain_and_tls import PlainAndTls
 
-#: Shorter than a robot's, since some checks wait for its end.
-HEARTBEAT = {"ROBAXI_HEARTBEAT": "100"}
 AT_ONCE = 6
 
 
@@ -47,7 +45,7 @@ def require_found_out(robot, cases, **environment):
 
 @pytest.fixture
 def robot(start_humanoid):
-    return start_humanoid(**HEARTBEAT)
+    return start_humanoid()
 
 
 def test_session(robot):

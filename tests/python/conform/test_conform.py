@@ -55,7 +55,8 @@ def test_a_token_and_tls(language, start, start_humanoid, make_token, make_certi
 def test_the_value_is_put_back(start_humanoid, connect):
     robot = start_humanoid()
     before = connect(robot.port).memory[WRITABLE]
-    found = results(place(robot.port), "--group", "values", "--write", WRITABLE)
+    found = results(place(robot.port), "--group", "values", "--write", WRITABLE, "--timeout",
+                    PATIENCE)
     assert "values.write" in names(found, "passed")
     assert connect(robot.port).memory[WRITABLE] == before
 
@@ -64,7 +65,7 @@ def test_nothing_is_written_without_write(start):
     """The robot prints each value that a client writes."""
     command = [*PYTHON_ROBOT]
     robot = start(command, "listens on")
-    found = results(place(robot.port), "--group", "values")
+    found = results(place(robot.port), "--group", "values", "--timeout", PATIENCE)
     assert "values.write" in names(found, "skipped")
     robot.end()
     assert robot.process.stdout.read() == ""
@@ -74,7 +75,8 @@ def test_a_robot_with_less():
     """What a robot does not have is skipped, with the reason."""
     with robaxi.Server("poor", address="127.0.0.1", port=0, announce=False,
                        settings=robaxi.Settings()) as server:
-        found = results(place(server.port), "--group", "frames", "--group", "subscriptions")
+        found = results(place(server.port), "--group", "frames", "--group", "subscriptions",
+                        "--timeout", PATIENCE)
     assert names(found, "failed") == []
     assert names(found, "passed") == ["subscriptions.no-module"]
     assert {one["text"] for one in found if one["text"]} >= {
@@ -86,7 +88,7 @@ def test_a_robot_that_hangs(start_humanoid):
     robot = start_humanoid()
     # Connects, since the kernel accepts, and answers nothing.
     running = subprocess.Popen([str(BUILD / "bin/robaxi"), "conform", place(robot.port), "--timeout",
-                                "1"], stdout=subprocess.PIPE, text=True)
+                                "5"], stdout=subprocess.PIPE, text=True)
     line = running.stdout.readline()
     assert line.startswith("passed  session.hello"), line
     robot.stop()
@@ -110,7 +112,7 @@ def test_an_interruption(start_humanoid):
 def test_nobody_listens():
     with socket.socket() as probe:
         probe.bind(("127.0.0.1", 0))
-        ended = conform(place(probe.getsockname()[1]), "--timeout", 1)
+        ended = conform(place(probe.getsockname()[1]), "--timeout", PATIENCE)
     assert ended.returncode == 4
     assert "robaxi doctor" in ended.stderr
 
