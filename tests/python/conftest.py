@@ -31,6 +31,20 @@ def eventually(condition: Callable[[], Any]) -> Any:
     raise AssertionError(f"not within {PATIENCE} s")
 
 
+def until_found(action: Callable[[], Any]) -> Any:
+    """Repeats an action on a robot by its name until the robot is found: a program waits a second
+    for its announcement, which is late on a busy machine."""
+    def attempt() -> Any:
+        try:
+            return action()
+        except robaxi.Error as error:
+            if error.cause != robaxi.Cause.NAME_NOT_FOUND:
+                raise
+            return None
+
+    return eventually(attempt)
+
+
 def lab(*words: str) -> str:
     """Runs lab/ctl, which changes the lab in which the test runs; returns its output."""
     return subprocess.run([LAB_CTL, *words], check=True, stdout=subprocess.PIPE, text=True).stdout

@@ -39,7 +39,7 @@ def choose(reader: ScreenReader, viewer: str, robot: str) -> None:
 
 def connect(reader: ScreenReader) -> None:
     """Connects the viewer to the robot that is chosen."""
-    reader.press(reader.find(lambda one: one.name == "Connect to"))
+    reader.press(eventually(lambda: reader.find(lambda one: one.name == "Connect to")))
 
 
 def expect_texts(reader: ScreenReader, texts: Iterable[str]) -> None:

@@ -8,7 +8,7 @@ import sys
 import pytest
 
 import robaxi
-from conftest import BUILD, PATIENCE, SOURCE, eventually, lab
+from conftest import BUILD, PATIENCE, SOURCE, eventually, lab, until_found
 
 EXAMPLE = SOURCE / "examples/robot.py"
 
@@ -35,10 +35,10 @@ def test_the_example_is_short():
 
 
 def test_it_is_found():
-    [line] = tool("list").splitlines()[1:]
-    assert re.fullmatch(r"marvin +10\.77\.3\.\d +9559 +robot +marvin", line)
-    assert [(one.host, one.port, one.kind) for one in robaxi.discover()] == [
-        ("marvin.local", 9559, "robot")]
+    eventually(lambda: re.fullmatch(r"NAME .*\nmarvin +10\.77\.3\.\d +9559 +robot +marvin\n",
+                                    tool("list")))
+    eventually(lambda: [(one.host, one.port, one.kind) for one in robaxi.discover()] == [
+        ("marvin.local", 9559, "robot")])
 
 
 # Everything that a program needs of a robot: announcement, port, protocol, access and icon.
@@ -64,7 +64,7 @@ def test_it_is_used(tmp_path):
     picture = tmp_path / "head.png"
     assert '"width":160,"height":120,"sent":"grey"' in tool("snapshot", "marvin", "head", "--json",
                                                             "-o", str(picture))
-    with robaxi.Robot("marvin", timeout=PATIENCE) as robot:
+    with until_found(lambda: robaxi.Robot("marvin", timeout=PATIENCE)) as robot:
         assert next(robot.camera("head").frames()).width == 160
         robot.call("KVLeds", "rasta", 2.5)
         eventually(lambda: "rasta for 2.5 s" in lab("output", "marvin"))

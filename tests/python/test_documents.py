@@ -9,7 +9,7 @@ import sys
 
 import pytest
 
-from conftest import BUILD, PATIENCE, SOURCE, eventually, lab
+from conftest import BUILD, PATIENCE, SOURCE, eventually, lab, until_found
 
 import robaxi
 
@@ -33,8 +33,15 @@ def test_there_are_examples():
 def test_an_example_runs_and_prints(number, tmp_path):
     program = tmp_path / "example.py"
     program.write_text(EXAMPLES[number].replace("range(600)", "range(2)"))
-    ended = subprocess.run([sys.executable, program], capture_output=True, text=True,
-                           timeout=PATIENCE, check=False, cwd=SOURCE)
+
+    def run():
+        ended = subprocess.run([sys.executable, program], capture_output=True, text=True,
+                               timeout=PATIENCE, check=False, cwd=SOURCE)
+        # As in until_found().
+        return None if "Cannot reach marvin port 9559: the name does not resolve" in ended.stderr \
+            else ended
+
+    ended = eventually(run)
     assert (ended.returncode, ended.stderr) == (0, ""), EXAMPLES[number]
     assert ended.stdout
 
@@ -51,5 +58,5 @@ def test_the_simulated_robot_has_the_keys_that_the_guides_name():
         named |= set(re.findall(
             r"\b(?:Battery|Joint|Audio|Leds|Motion|Robot)(?:/[A-Z]\w+)+\b(?![/*])", text))
     assert len(named) >= 3
-    with robaxi.Robot("marvin") as robot:
+    with until_found(lambda: robaxi.Robot("marvin", timeout=PATIENCE)) as robot:
         assert sorted(named - set(robot.memory)) == []

@@ -14,6 +14,8 @@ _SHOWING = 25
 _DEEPEST = 30
 #: Milliseconds. A program that does not answer, as while it starts, is read again from the beginning.
 _TIMEOUT = 3000
+#: Milliseconds for what is asked once.
+_PATIENCE = 30_000
 
 
 class Element(NamedTuple):
@@ -40,8 +42,8 @@ class ScreenReader:
         self.find(lambda one: False)
 
     def _call(self, reference: Tuple[str, str], interface: str, method: str,
-              arguments: Any = None) -> Any:
-        return self._bus.call_sync(*reference, interface, method, arguments, None, 0, _TIMEOUT,
+              arguments: Any = None, timeout: int = _TIMEOUT) -> Any:
+        return self._bus.call_sync(*reference, interface, method, arguments, None, 0, timeout,
                                    None).unpack()[0]
 
     def read(self, reference: Tuple[str, str] = _REGISTRY, depth: int = 0) -> Iterator[Element]:
@@ -72,7 +74,8 @@ class ScreenReader:
     def extents(self, element: Element) -> Tuple[int, int, int, int]:
         """Returns left, top, width and height on the screen."""
         left, top, width, height = self._call(
-            element.reference, "org.a11y.atspi.Component", "GetExtents", GLib.Variant("(u)", (0,)))
+            element.reference, "org.a11y.atspi.Component", "GetExtents", GLib.Variant("(u)", (0,)),
+            _PATIENCE)
         return left, top, width, height
 
     def click(self, element: Element, button: int = 1, left_by: int = 0) -> None:
