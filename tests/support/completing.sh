@@ -28,6 +28,16 @@ complete_words() {
     ' bash "$completion_framework" "$OBVISTA_BUILD_DIR/share/bash-completion/completions" "$@" 2>&1
 }
 
+# expect_offered WORDS PROGRAM WORD...: expects these completions. On a busy machine the program may answer later than
+# in the second or two for which its completion waits.
+expect_offered() {
+    expect_eventually are_offered "$@"
+}
+
+are_offered() {
+    [ "$(complete_words "${@:2}")" = "$1" ]
+}
+
 # complete_words_in_zsh LINE: prints the completions of the last word of the line, in one line. An interactive zsh
 # in a pseudo-terminal completes; its "compadd", with which every completion ends, also reports the words.
 complete_words_in_zsh() {

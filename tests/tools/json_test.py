@@ -29,6 +29,7 @@ class Output(unittest.TestCase):
         cls.folder = tempfile.TemporaryDirectory()
         port = str(free_port())
         cls.place = f"127.0.0.1:{port}"
+        cls.reach = (cls.place, "--timeout", "60")  # seconds, on a busy machine
         cls.robot = subprocess.Popen(
             [ROBOT, "--port", port, "--http-port", "0", "--no-announce"], text=True,
             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE)
@@ -69,23 +70,23 @@ class Output(unittest.TestCase):
                                      self.expect("help", "help", "watch")])
 
     def test_values(self):
-        self.expect("modules", "modules", self.place)
-        self.expect("call", "call", self.place, "KVMemory", "getDataList", "")
-        self.expect("call", "call", self.place, "KVLeds", "rasta", "0.1")
-        self.assertGreater(len(self.expect("keys", "keys", self.place)), 10)
-        self.expect("get", "get", self.place, "*")
-        self.expect("get --long", "get", self.place, "--long", "*")
-        self.expect("watch", "watch", self.place, "*", "--count", "50")
+        self.expect("modules", "modules", *self.reach)
+        self.expect("call", "call", *self.reach, "KVMemory", "getDataList", "")
+        self.expect("call", "call", *self.reach, "KVLeds", "rasta", "0.1")
+        self.assertGreater(len(self.expect("keys", "keys", *self.reach)), 10)
+        self.expect("get", "get", *self.reach, "*")
+        self.expect("get --long", "get", *self.reach, "--long", "*")
+        self.expect("watch", "watch", *self.reach, "*", "--count", "50")
         self.assertEqual([{"key": "Audio/Volume", "value": 12}],
-                         self.expect("set", "set", self.place, "Audio/Volume", "12"))
+                         self.expect("set", "set", *self.reach, "Audio/Volume", "12"))
 
     def test_cameras(self):
-        self.assertEqual(2, len(self.expect("snapshot --list", "snapshot", self.place, "--list")))
-        self.expect("snapshot", "snapshot", self.place, "-o", self.path("head.png"))
+        self.assertEqual(2, len(self.expect("snapshot --list", "snapshot", *self.reach, "--list")))
+        self.expect("snapshot", "snapshot", *self.reach, "-o", self.path("head.png"))
 
     def test_recordings(self):
         walk = self.path("walk.mcap")
-        self.expect("record", "record", self.place, "--camera", "head", "--duration", "1",
+        self.expect("record", "record", *self.reach, "--camera", "head", "--duration", "1",
                     "--interval", "0.2", "-o", walk)
         self.expect("recording info", "recording", "info", walk)
         self.expect("recording check", "recording", "check", walk)
@@ -102,10 +103,10 @@ class Output(unittest.TestCase):
         self.expect("recording repair", "recording", "repair", cut_off)
 
     def test_diagnoses(self):
-        self.expect("ping", "ping", self.place, "--count", "2")
+        self.expect("ping", "ping", *self.reach, "--count", "2")
         self.expect("doctor", "doctor", self.place, "--timeout", "1", statuses=(0, 1))
         self.expect("conform --list", "conform", "--list")
-        self.expect("conform", "conform", self.place, "--check", "session.hello")
+        self.expect("conform", "conform", *self.reach, "--check", "session.hello")
 
     def test_aliases(self):
         self.expect("alias", "alias", "kitchen", self.place)

@@ -190,6 +190,13 @@ def with_robot(options, use):
             robot.terminate()
 
 
+def caller_of(place):
+    """Returns a function that calls methods of a robot."""
+    return lambda module, method, *arguments: run(
+        [ROBAXI, "call", "--json", "--timeout", 60, place, module, method,
+         *map(json.dumps, arguments)])
+
+
 class TheirRobots(unittest.TestCase):
     """A recording that the peer has written, replayed."""
 
@@ -203,9 +210,7 @@ class TheirRobots(unittest.TestCase):
             with_robot(["--replay", path, "--paused"], self.check)
 
     def check(self, place):
-        def call(module, method, *arguments):
-            return run([ROBAXI, "call", "--json", place, module, method, *map(json.dumps, arguments)])
-
+        call = caller_of(place)
         start = 1700000000000000
         for i in (49, 0, 17):
             self.assertEqual(call("KVReplay", "seek", start + i * 10000), start + i * 10000)
@@ -246,8 +251,7 @@ class OtherLayouts(unittest.TestCase):
         found = {}
 
         def check(place):
-            def call(module, method, *arguments):
-                return run([ROBAXI, "call", "--json", place, module, method, *map(json.dumps, arguments)])
+            call = caller_of(place)
             call("KVReplay", "seek", call("KVReplay", "getState")["end"])
             found.update({key: call("KVMemory", "getData", key) for key in call("KVMemory", "getDataList", "")})
         with_robot(["--replay", path, "--paused"], check)
