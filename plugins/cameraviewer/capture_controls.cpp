@@ -63,7 +63,7 @@ QString endText(const RecorderStatus& status) {
     }
     //: %1 is a duration, %2 a size such as "2.5 MB", %3 a file
     return CaptureControls::tr("Recorded %1 s (%2) to %3")
-        .arg(QString::number(status.fSeconds, 'f', 1), sizeText(status.fBytes),
+        .arg(QString::number(status.fSeconds, 'f', 1), obvista::sizeText(status.fBytes),
              shown(status.fFile));
 }
 
@@ -174,7 +174,7 @@ QString CaptureControls::progressText() const {
     QStringList parts{
         tr("Recording: %1 s").arg(QString::number(status.fSeconds, 'f', 1)),
         tr("%1 frames", nullptr, obvista::pluralOf(status.fFrames)).arg(status.fFrames),
-        sizeText(status.fBytes)};
+        obvista::sizeText(status.fBytes)};
     if (status.fDropped > 0) {
         //: %1 is a number of pictures
         parts += tr("%1 not recorded: the disk or the processor is too slow", nullptr,

@@ -7,7 +7,6 @@
 #include <obvista/viewer/value_text.h>
 
 #include <QCoreApplication>
-#include <QLocale>
 #include <QStringList>
 
 namespace cameraviewer {
@@ -105,10 +104,6 @@ QString liveAgeText(double microseconds) {
                                 : Texts::tr("unknown (the robot's clock is behind)");
     }
     return ageText(microseconds);
-}
-
-QString sizeText(std::int64_t bytes) {
-    return QLocale::c().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
 }
 
 QString byteRateText(double bytesPerSecond) {

@@ -68,8 +68,6 @@ class FigureMeter {
 QString ageText(double microseconds);
 /** Returns the same, but for a negative one, or one of minutes, that the clocks differ. */
 QString liveAgeText(double microseconds);
-/** Returns for instance "3.4 MB". */
-QString sizeText(std::int64_t bytes);
 /** Returns for instance "27.6 MB/s". */
 QString byteRateText(double bytesPerSecond);
 

@@ -1,8 +1,7 @@
 #include "recording_mark.h"
 
-#include "figures.h"
-
 #include <obvista/viewer/labels.h>
+#include <obvista/viewer/value_text.h>
 
 #include <QHideEvent>
 #include <QPainter>
@@ -13,25 +12,10 @@ namespace cameraviewer {
 
 namespace {
 
-constexpr int a_minute = 60;
-constexpr int a_hour = 60 * a_minute;
 constexpr double a_dotSize = 0.7;  // of the height of a line
 
 int dotSpace(const QFontMetrics& metrics) {
     return metrics.height() * 3 / 2;
-}
-
-/** Returns the time as a clock shows it: "0:07", "1:02:03". */
-QString clockText(double seconds) {
-    const auto whole = static_cast<qint64>(seconds);
-    const auto twoDigits = [](qint64 number) {
-        return QStringLiteral("%1").arg(number, 2, 10, QLatin1Char('0'));
-    };
-    const QString minutes = whole < a_hour
-                                ? QString::number(whole / a_minute)
-                                : QStringLiteral("%1:%2").arg(QString::number(whole / a_hour),
-                                                              twoDigits(whole % a_hour / a_minute));
-    return minutes + QLatin1Char(':') + twoDigits(whole % a_minute);
 }
 
 }  // namespace
@@ -44,7 +28,8 @@ RecordingMark::RecordingMark(QWidget* parent) : QLabel(parent) {
 }
 
 void RecordingMark::showProgress(double seconds, std::int64_t bytes) {
-    const QString progress = clockText(seconds) + obvista::statusSeparator() + sizeText(bytes);
+    const QString progress = obvista::clockText(static_cast<qint64>(seconds)) +
+                             obvista::statusSeparator() + obvista::sizeText(bytes);
     if (progress != text()) {
         setText(progress);
         //: %1 is what the recording says of its progress

@@ -216,14 +216,14 @@ void RecordingTest::saysHowFarItIs() {
     QCOMPARE(xText(), QStringLiteral("Not recording."));
     xWatch("Battery/Voltage");
     xStart();
-    QTRY_VERIFY2(
-        QRegularExpression(
-            QString::fromUtf8("^robot\\.csv  ·  \\d+ values  ·  [\\d.]+ KiB  ·  0:0[1-9]$"))
-            .match(xText())
-            .hasMatch(),
-        qPrintable(xText()));
+    QTRY_VERIFY2(QRegularExpression(
+                     QString::fromUtf8("^robot\\.csv  ·  \\d+ values  ·  [\\d.]+ kB  ·  0:0[1-9]$"))
+                     .match(xText())
+                     .hasMatch(),
+                 qPrintable(xText()));
     xStop();
-    const QString size = QLocale().formattedDataSize(QFileInfo(fFile).size());
+    const QString size =
+        QLocale::c().formattedDataSize(QFileInfo(fFile).size(), 1, QLocale::DataSizeSIFormat);
     QVERIFY2(xText().contains(size), qPrintable(xText()));
 }
 

@@ -14,10 +14,12 @@
 #include <memory>
 #include <string>
 
+using obvista::clockText;
 using obvista::countText;
 using obvista::exactValueText;
 using obvista::plainText;
 using obvista::pluralOf;
+using obvista::sizeText;
 using obvista::valueText;
 using obvista_test::binaryValue;
 
@@ -43,6 +45,8 @@ class ValueTextTest : public QObject {
     void showsEachType();
     void showsNumbersWithAPointInEveryLocale();
     void groupsTheDigitsOfCounts();
+    void showsDurationsAsAClock();
+    void showsSizesInDecimalUnits();
     void exactTextTellsNeighboursApart();
     void showsMarkupAsItStands();
     void makesControlCharactersVisible();
@@ -117,6 +121,23 @@ void ValueTextTest::groupsTheDigitsOfCounts() {
     QCOMPARE(countText(1234567), QStringLiteral("1\u202F234\u202F567"));
     QCOMPARE(pluralOf(1), 1);
     QCOMPARE(pluralOf(1ULL << 40U), std::numeric_limits<int>::max());
+}
+
+void ValueTextTest::showsDurationsAsAClock() {
+    QCOMPARE(clockText(0), QStringLiteral("0:00"));
+    QCOMPARE(clockText(7), QStringLiteral("0:07"));
+    QCOMPARE(clockText(59 * 60 + 59), QStringLiteral("59:59"));
+    QCOMPARE(clockText(60 * 60), QStringLiteral("1:00:00"));
+    QCOMPARE(clockText(25 * 60 * 60 + 2 * 60 + 3), QStringLiteral("25:02:03"));
+}
+
+void ValueTextTest::showsSizesInDecimalUnits() {
+    const QLocale before;
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    QCOMPARE(sizeText(0), QStringLiteral("0 bytes"));
+    QCOMPARE(sizeText(1536), QStringLiteral("1.5 kB"));
+    QCOMPARE(sizeText(2'500'000), QStringLiteral("2.5 MB"));
+    QLocale::setDefault(before);
 }
 
 void ValueTextTest::exactTextTellsNeighboursApart() {

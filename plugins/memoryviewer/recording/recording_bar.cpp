@@ -10,7 +10,6 @@
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QLocale>
 #include <QStyle>
 #include <QToolButton>
 
@@ -19,14 +18,6 @@ namespace memoryviewer {
 namespace {
 
 constexpr int a_updateTime = 250;
-
-QString durationText(double seconds) {
-    constexpr int secondsPerMinute = 60;
-    const auto whole = static_cast<qlonglong>(seconds);
-    return QStringLiteral("%1:%2")
-        .arg(whole / secondsPerMinute)
-        .arg(whole % secondsPerMinute, 2, 10, QLatin1Char('0'));
-}
 
 }  // namespace
 
@@ -102,8 +93,8 @@ QString RecordingBar::xProgressText() const {
     QStringList parts{obvista::plainText(file.toStdString()),
                       tr("%1 values", nullptr, obvista::pluralOf(progress.fChanges))
                           .arg(obvista::countText(progress.fChanges)),
-                      QLocale::c().formattedDataSize(progress.fBytes),
-                      durationText(progress.fSeconds)};
+                      obvista::sizeText(progress.fBytes),
+                      obvista::clockText(static_cast<qint64>(progress.fSeconds))};
     if (progress.fLost > 0) {
         parts += tr("%1 changes lost, since the disk is too slow", nullptr,
                     obvista::pluralOf(progress.fLost))

@@ -4,6 +4,7 @@
 
 #include <obvista/viewer/labels.h>
 #include <obvista/viewer/plain_text.h>
+#include <obvista/viewer/value_text.h>
 #include <obvista/viewer/wrap_layout.h>
 
 #include <QCheckBox>
@@ -32,18 +33,6 @@ constexpr std::int64_t a_microsecondsPerMillisecond = 1000;
 constexpr std::int64_t a_microsecondsPerSecond = 1000000;
 constexpr std::int64_t a_secondsPerDay = 86400;
 constexpr int a_longestFault = 500;
-
-/** Returns for instance "1:02:03" or "2:03". */
-QString durationText(std::int64_t microseconds) {
-    constexpr std::int64_t perMinute = 60;
-    constexpr std::int64_t perHour = 3600;
-    const std::int64_t seconds = microseconds / a_microsecondsPerSecond;
-    const QString rest =
-        QStringLiteral("%1:%2")
-            .arg(seconds % perHour / perMinute, seconds >= perHour ? 2 : 1, 10, QLatin1Char('0'))
-            .arg(seconds % perMinute, 2, 10, QLatin1Char('0'));
-    return seconds >= perHour ? QStringLiteral("%1:%2").arg(seconds / perHour).arg(rest) : rest;
-}
 
 QDateTime dateTime(std::int64_t microseconds) {
     return QDateTime::fromMSecsSinceEpoch(microseconds / a_microsecondsPerMillisecond);
@@ -289,8 +278,9 @@ void TimeBar::xShowPosition() {
     const QString text =
         //: a time of day, the time since the start of a recording, and its length
         tr("%1   %2 of %3")
-            .arg(xTimeText(fState.fPosition), durationText(fState.fPosition - fState.fStart),
-                 durationText(fState.fEnd - fState.fStart));
+            .arg(xTimeText(fState.fPosition),
+                 clockText((fState.fPosition - fState.fStart) / a_microsecondsPerSecond),
+                 clockText((fState.fEnd - fState.fStart) / a_microsecondsPerSecond));
     fPosition->setText(text);
     fPosition->setToolTip(
         dateTime(fState.fPosition).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz t")));

@@ -158,6 +158,20 @@ QString countText(qulonglong count) {
     return text;
 }
 
+QString clockText(qint64 seconds) {
+    constexpr qint64 minute = 60;
+    constexpr qint64 hour = 60 * minute;
+    const QString rest =
+        QStringLiteral("%1:%2")
+            .arg(seconds % hour / minute, seconds >= hour ? 2 : 1, 10, QLatin1Char('0'))
+            .arg(seconds % minute, 2, 10, QLatin1Char('0'));
+    return seconds >= hour ? QStringLiteral("%1:%2").arg(seconds / hour).arg(rest) : rest;
+}
+
+QString sizeText(qint64 bytes) {
+    return QLocale::c().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
+}
+
 int pluralOf(qulonglong count) {
     constexpr qulonglong most = std::numeric_limits<int>::max();
     return static_cast<int>(std::min(count, most));

@@ -28,6 +28,13 @@ OBVISTA_VIEWER_EXPORT QString exactValueText(const KVValue& value, int maxLength
  */
 OBVISTA_VIEWER_EXPORT QString countText(qulonglong count);
 
+/** Returns a duration as a clock shows it: "0:07", "12:05", "1:02:03". Any thread. */
+OBVISTA_VIEWER_EXPORT QString clockText(qint64 seconds);
+
+/** Returns a number of bytes in decimal units, with a point in every language: "312.5 kB",
+ *  "2.5 MB". Any thread. */
+OBVISTA_VIEWER_EXPORT QString sizeText(qint64 bytes);
+
 /** Returns the number that chooses the plural form of a text in tr(). Any thread. */
 OBVISTA_VIEWER_EXPORT int pluralOf(qulonglong count);
 
