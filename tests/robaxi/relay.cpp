@@ -4,6 +4,7 @@
 #include <netinet/in.h>
 #include <poll.h>
 #include <stdexcept>
+#include <string_view>
 #include <sys/socket.h>
 #include <vector>
 
@@ -20,6 +21,18 @@ sockaddr_in loopback(int port) {
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     address.sin_port = htons(static_cast<in_port_t>(port));
     return address;
+}
+
+/** Returns false if the connection is closed. */
+bool sendAll(int socket, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t sent = ::send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+        if (sent < 0) {
+            return false;
+        }
+        bytes.remove_prefix(static_cast<std::size_t>(sent));
+    }
+    return true;
 }
 
 }  // namespace
@@ -133,7 +146,7 @@ void Relay::xAccept() {
 bool Relay::xPass(int from, int to) {
     std::array<char, a_chunk> chunk{};
     const ssize_t size = ::recv(from, chunk.data(), chunk.size(), 0);
-    return size > 0 && base::writeAll(to, {chunk.data(), static_cast<std::size_t>(size)}) == 0;
+    return size > 0 && sendAll(to, {chunk.data(), static_cast<std::size_t>(size)});
 }
 
 }  // namespace robaxi_test
