@@ -1,4 +1,5 @@
 // Our client with robots that break the protocol.
+#include "connection_states.h"
 #include "raw_peer.h"
 #include "recording_listener.h"
 #include "test_broker.h"
@@ -192,6 +193,17 @@ TEST_F(ProtocolClient, WaitsForItsTimeOutWhenTheRobotNeverAnswersACall) {
     };
     KVProxy proxy("Robot", a_loopback, fRobot.port(), fClient, 1, 0);
     EXPECT_CAUSE(errorOf([&] { proxy.callVoid("x"); }), TimedOut);
+}
+
+TEST_F(ProtocolClient, KeepsItsLimitOfSilenceWithTheHeartbeatsThatTheRobotRequires) {
+    fRobot.fHelloReply.set_silence_limit(100);  // a heartbeat at least every 25 ms
+    const auto connection = KVConnection::open(fClient, a_loopback, fRobot.port(), 5);
+    ConnectionStates states;
+    states.watch(*connection);
+    fRobot.fIsSilent = true;
+    EXPECT_TRUE(states.waitFor(KVConnection::State::Silent));
+    EXPECT_GE(connection->getSilence(), 1.5) << "the limit of the default settings";
+    connection->setStateHandler(nullptr);
 }
 
 TEST_F(ProtocolClient, EndsASubscriptionWhoseBatchDoesNotFitTogether) {

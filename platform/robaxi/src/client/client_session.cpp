@@ -323,10 +323,10 @@ void ClientSession::xBeat() {
         xCancel();
         return;
     }
-    if (silent > limits::silentHeartbeatsOfRobot(fLimits)) {
+    if (silent > limits::silentHeartbeats(fLimits, fHeartbeatPeriod)) {
         xBeSilent();
     }
-    if (silent > limits::heartbeatsBeforeProbe(fLimits)) {
+    if (silent > limits::heartbeatsBeforeProbe(fLimits, fHeartbeatPeriod)) {
         xTryToResume();
     } else {
         fProbe.reset();

@@ -32,7 +32,7 @@ void ClientSession::xTryToResume() {
  */
 void ClientSession::xPollProbe() {
     // The probe outlives a silence by up to a heartbeat.
-    if (!fProbe || fSilentHeartbeats <= limits::heartbeatsBeforeProbe(fLimits)) {
+    if (!fProbe || fSilentHeartbeats <= limits::heartbeatsBeforeProbe(fLimits, fHeartbeatPeriod)) {
         return;
     }
     switch (fProbe->poll()) {

@@ -262,7 +262,7 @@ void ServerSession::xEndSilent(v1::Error::Cause cause, const std::string& text) 
 int ServerSession::xSilence() const {
     const bool isServed = fHasHello && !fIsPaused && !fGivesWay && !fHasEnded && !fEnding;
     const int silent = fSilentHeartbeats;
-    return isServed && silent > limits::silentHeartbeatsOfRobot(fLimits) ? silent : 0;
+    return isServed && silent > limits::silentHeartbeats(fLimits, fLimits.fHeartbeat) ? silent : 0;
 }
 
 int ServerSession::silence() {

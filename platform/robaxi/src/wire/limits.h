@@ -28,12 +28,15 @@ constexpr int periodsIn(std::chrono::milliseconds time, std::chrono::millisecond
     return static_cast<int>((time + period - std::chrono::milliseconds(1)) / period);
 }
 /**
- * Heartbeats without any received message after which the robot is silent. The unit is heartbeats,
- * not time, so that a process that was itself suspended does not mistake its own pause for the
- * robot's silence.
+ * Heartbeats without any received message after which the other end is silent. The unit is
+ * heartbeats, not time, so that a process that was itself suspended does not mistake its own pause
+ * for the other end's silence.
+ *
+ * @param period of these heartbeats, which is shorter than the configured one for a robot that
+ *        requires it
  */
-inline int silentHeartbeatsOfRobot(const KVSettings::Limits& limits) {
-    return periodsIn(limits.fLoss, limits.fHeartbeat);
+inline int silentHeartbeats(const KVSettings::Limits& limits, std::chrono::milliseconds period) {
+    return periodsIn(limits.fLoss, period);
 }
 /** Silence after which the other end is lost, if the session can be resumed or the robot is that
  * end. */
@@ -105,8 +108,9 @@ constexpr std::size_t a_acknowledgeAfter = std::size_t{1024} * 1024;
  * Heartbeats without any received message after which a client looks for a connection on which to
  * resume its session: before it reports the silence, so that a short one ends soon.
  */
-inline int heartbeatsBeforeProbe(const KVSettings::Limits& limits) {
-    return silentHeartbeatsOfRobot(limits) / 2;
+inline int heartbeatsBeforeProbe(const KVSettings::Limits& limits,
+                                 std::chrono::milliseconds period) {
+    return silentHeartbeats(limits, period) / 2;
 }
 /** Time after which the outcome of attempts to connect is looked at again. */
 constexpr std::chrono::milliseconds a_betweenPollsOfProbe{20};
