@@ -106,6 +106,33 @@ TEST_F(Silence, IsReportedToALaterHandlerAtOnce) {
     fConnection->setStateHandler(nullptr);
 }
 
+TEST_F(Silence, IsNotReportedByTheDestructorOfAConnection) {
+    constexpr int moreThanThreads = 16;
+    const auto client = makeClient(quickSettings());
+    const auto open = [&] { return KVConnection::open(client, a_loopback, fRelay.port(), 5); };
+    Latch latch;
+    std::vector<std::shared_ptr<KVConnection>> others;
+    for (int i = 0; i < moreThanThreads; ++i) {
+        others.push_back(open());
+        others.back()->setStateHandler([&](State) { latch.enter(); });
+    }
+    auto last = open();
+    ConnectionStates states;
+    states.watch(*last);
+    fRelay.cut();
+    EXPECT_TRUE(latch.waitForEntries(1)) << "the handler of the last one waits for a thread";
+    last.reset();
+    EXPECT_THAT(states.all(), testing::IsEmpty());
+    latch.open();
+}
+
+TEST_F(Silence, MayBeReportedToAHandlerThatDestroysTheConnection) {
+    auto connection = KVConnection::open(fClient, a_loopback, fRelay.port(), 5);
+    cut();
+    connection->setStateHandler([&](State) { connection.reset(); });
+    EXPECT_EQ(connection, nullptr) << "it was called at once";
+}
+
 TEST_F(Silence, ContinuesASubscriptionWithTheNewestValues) {
     const auto subscription = subscribe();
     ASSERT_TRUE(fValues.waitForValue("third", 0));

@@ -20,6 +20,7 @@ struct KVConnection::Private : private robaxi::Link::Listener,
             std::shared_ptr<robaxi::Link> link, robaxi::Target target);
 
     void start();
+    /** Removes the handlers, without calling them any more, and waits for one that runs. */
     void stop();
     void setLostHandler(LostHandler handler);
     void setStateHandler(StateHandler handler);

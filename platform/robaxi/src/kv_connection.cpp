@@ -29,7 +29,16 @@ void KVConnection::Private::start() {
 
 void KVConnection::Private::stop() {
     fLink->removeListener(this);
+    LostHandler lostHandler;
+    StateHandler stateHandler;
+    std::unique_lock lock(fMutex);
+    fLostHandler.swap(lostHandler);
+    fStateHandler.swap(stateHandler);
+    lock.unlock();
     fStrand->close();
+    lock.lock();
+    waitForHandler(lock);
+    lock.unlock();  // before the captures of the handlers are released
 }
 
 void KVConnection::Private::linkLost(const Failure& loss) {
@@ -142,8 +151,6 @@ KVConnection::KVConnection(std::shared_ptr<Private> implementation)
 
 KVConnection::~KVConnection() {
     fPrivate->stop();
-    fPrivate->setLostHandler(nullptr);
-    fPrivate->setStateHandler(nullptr);
 }
 
 const std::string& KVConnection::getIP() const {
@@ -189,9 +196,11 @@ std::vector<KVModuleInfo> KVConnection::getModules(double timeOut) const {
 }
 
 void KVConnection::setLostHandler(LostHandler handler) {
-    fPrivate->setLostHandler(std::move(handler));
+    const auto self = fPrivate;  // the handler may destroy the connection
+    self->setLostHandler(std::move(handler));
 }
 
 void KVConnection::setStateHandler(StateHandler handler) {
-    fPrivate->setStateHandler(std::move(handler));
+    const auto self = fPrivate;
+    self->setStateHandler(std::move(handler));
 }

@@ -65,7 +65,7 @@ class ROBAXI_EXPORT KVConnection {
                                               const std::vector<std::string>& addresses);
 
     /**
-     * Closes the connection without calling the lost handler. Returns when none of its callbacks is
+     * Closes the connection without calling a handler. Returns when none of its handlers is
      * running, except one from which it is called.
      */
     ~KVConnection();
