@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <string>
+#include <sys/resource.h>
 
 using namespace robaxi_test;
 using obvista_test::countListeningSockets;
@@ -115,6 +117,21 @@ TEST(Broker, SaysThatAnAddressCannotBeUsed) {
     EXPECT_CAUSE(error, CannotListen);
     EXPECT_EQ(error.toString().find("Cannot listen on 192.0.2.1 port "), 0U) << error.toString();
     EXPECT_CAUSE(errorOf([] { create(std::string(70, 'x'), 9559); }), NameNotFound);
+}
+
+TEST(Broker, SaysThatThereAreNoDescriptors) {
+    const auto loaded = makeServer();  // what a broker loads needs descriptors, too
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    rlimit none = before;
+    none.rlim_cur = 0;
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    const KVError error = errorOf([] {
+        KVBroker::createBroker({"Broker", a_loopback, 0, KVSettings()});
+    });
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_CAUSE(error, CannotListen);
+    EXPECT_NE(error.toString().find("Too many open files"), std::string::npos) << error.toString();
 }
 
 TEST(Broker, RefusesPortsOutOfRangeAndAnEmptyName) {

@@ -122,6 +122,9 @@ bool hasIpv6() {
 base::FileDescriptor tryToListen(const SocketAddress& address) {
     base::FileDescriptor socket(
         ::socket(address.fStorage.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    if (socket.get() < 0) {
+        return socket;  // the following calls would replace the error
+    }
     const int on = 1;
     const int off = 0;
     ::setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
