@@ -3,6 +3,7 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <system_error>
 
 namespace base {
 
@@ -32,8 +33,12 @@ void Lookups::start(Question question) {
     const std::lock_guard lock(fState->fMutex);
     fState->fWaiting.push_back(std::move(question));
     if (fState->fThreads < fState->fMostThreads) {
-        std::thread(&Lookups::xRun, fState).detach();
-        ++fState->fThreads;
+        try {
+            std::thread(&Lookups::xRun, fState).detach();
+            ++fState->fThreads;
+        } catch (const std::system_error&) {
+            // One of the others, or that of the next question, asks this one, too.
+        }
     }
 }
 
@@ -57,7 +62,12 @@ void releaseInTime(std::shared_ptr<void> object) {
     auto release =
         std::packaged_task<void()>([object = std::move(object)]() mutable { object.reset(); });
     const std::future<void> released = release.get_future();
-    std::thread worker(std::move(release));
+    std::thread worker;
+    try {
+        worker = std::thread(std::move(release));
+    } catch (const std::system_error&) {
+        return;  // the task, and with it the object, was destroyed
+    }
     if (released.wait_for(a_endPatience) == std::future_status::ready) {
         worker.join();
     } else {

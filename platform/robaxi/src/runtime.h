@@ -21,11 +21,12 @@ namespace robaxi {
  * a thread of gRPC, which would wait for itself.
  */
 struct Runtime {
+    /** @throws KVError Internal if its threads cannot be started */
     Runtime(std::string brokerName, KVSettings settings)
         : fBrokerName(std::move(brokerName)),
           fSettings(std::move(settings)),
-          fTimers(TimerThread::create()),
-          fNotices(TaskPool::create(limits::a_noticeThreads)) {}
+          fNotices(TaskPool::create(limits::a_noticeThreads)),
+          fTimers(TimerThread::create()) {}
 
     void stop() {
         fNotices->stop();
@@ -34,9 +35,10 @@ struct Runtime {
 
     const std::string fBrokerName;
     const KVSettings fSettings;
-    const std::shared_ptr<TimerThread> fTimers;
     /** Runs the callbacks of connections, subscriptions and camera streams. */
     const std::shared_ptr<TaskPool> fNotices;
+    /** Last, since it is not stopped if the constructor fails. */
+    const std::shared_ptr<TimerThread> fTimers;
 };
 
 }  // namespace robaxi

@@ -1,5 +1,7 @@
 #include "task_pool.h"
 
+#include "start_thread.h"
+
 #include <utility>
 
 namespace robaxi {
@@ -8,32 +10,46 @@ std::shared_ptr<TaskPool> TaskPool::create(std::size_t largestNumberOfThreads) {
     return std::shared_ptr<TaskPool>(new TaskPool(largestNumberOfThreads));
 }
 
-TaskPool::~TaskPool() = default;
+TaskPool::TaskPool(std::size_t largestNumberOfThreads) : fLimit(largestNumberOfThreads) {
+    xStartThread();
+}
+
+TaskPool::~TaskPool() {
+    stop();
+}
+
+void TaskPool::xStartThread() {
+    fThreads.push_back(startThread([work = fWork] { work->run(); }));
+}
 
 void TaskPool::post(Task task) {
-    std::unique_lock lock(fMutex);
-    if (fStopped) {
+    std::unique_lock lock(fWork->fMutex);
+    if (fWork->fStopped) {
         lock.unlock();  // the task's captures are released without the lock
         return;
     }
-    fTasks.push_back(std::move(task));
-    if (fIdle < fTasks.size() && fThreads.size() < fLimit) {
-        fThreads.emplace_back([self = shared_from_this()] { self->xRun(); });
+    fWork->fTasks.push_back(std::move(task));
+    if (fWork->fIdle < fWork->fTasks.size() && fThreads.size() < fLimit) {
+        try {
+            xStartThread();
+        } catch (const KVError&) {
+            // The threads that exist run the task later.
+        }
     }
     lock.unlock();
-    fWork.notify_one();
+    fWork->fChanged.notify_one();
 }
 
 void TaskPool::stop() {
     std::deque<Task> dropped;
     std::vector<std::thread> threads;
     {
-        const std::lock_guard lock(fMutex);
-        fStopped = true;
-        dropped.swap(fTasks);
+        const std::lock_guard lock(fWork->fMutex);
+        fWork->fStopped = true;
+        dropped.swap(fWork->fTasks);
         threads.swap(fThreads);
     }
-    fWork.notify_all();
+    fWork->fChanged.notify_all();
     for (std::thread& thread : threads) {
         if (thread.get_id() == std::this_thread::get_id()) {
             thread.detach();
@@ -43,11 +59,11 @@ void TaskPool::stop() {
     }
 }
 
-void TaskPool::xRun() {
+void TaskPool::Work::run() {
     std::unique_lock lock(fMutex);
     while (true) {
         ++fIdle;
-        fWork.wait(lock, [this] { return fStopped || !fTasks.empty(); });
+        fChanged.wait(lock, [this] { return fStopped || !fTasks.empty(); });
         --fIdle;
         if (fStopped) {
             return;

@@ -18,15 +18,18 @@ namespace robaxi {
  * A few threads for code that may block: methods of modules and callbacks of the library's users.
  * gRPC's own threads never run such code, since it would delay everything else.
  *
- * Threads start when they are needed, up to the limit, and stay. boost::asio::thread_pool starts
- * all of them at once, and waits for itself when its last reference is released by one of its
- * tasks, as happens to a broker that a callback releases.
+ * The first thread starts with the pool, so that tasks run even if the system permits no further
+ * one later. The others start when they are needed, up to the limit, and stay.
+ * boost::asio::thread_pool starts all of them at once, and waits for itself when its last reference
+ * is released by one of its tasks, as happens to a broker that a callback releases.
  */
-class ROBAXI_EXPORT TaskPool : public std::enable_shared_from_this<TaskPool> {
+class ROBAXI_EXPORT TaskPool {
   public:
     using Task = std::function<void()>;
 
+    /** @throws KVError Internal if its first thread cannot be started */
     static std::shared_ptr<TaskPool> create(std::size_t largestNumberOfThreads);
+    /** Stops, as stop() does. */
     ~TaskPool();
     TaskPool(const TaskPool&) = delete;
     TaskPool& operator=(const TaskPool&) = delete;
@@ -34,23 +37,27 @@ class ROBAXI_EXPORT TaskPool : public std::enable_shared_from_this<TaskPool> {
     /** Queues a task; drops it after stop(). */
     void post(Task task);
 
-    /**
-     * Drops waiting tasks and returns when none is running, except one from which it is called.
-     * Needed before the last reference is released, since the threads hold one.
-     */
+    /** Drops waiting tasks and returns when none is running, except one from which it is called. */
     void stop();
 
   private:
-    explicit TaskPool(std::size_t largestNumberOfThreads) : fLimit(largestNumberOfThreads) {}
-    void xRun();
+    /** Shared with the threads, one of which may destroy the pool. */
+    struct Work {
+        void run();
+
+        std::mutex fMutex;
+        std::condition_variable fChanged;
+        std::deque<Task> fTasks;
+        std::size_t fIdle = 0;
+        bool fStopped = false;
+    };
+
+    explicit TaskPool(std::size_t largestNumberOfThreads);
+    void xStartThread();
 
     const std::size_t fLimit;
-    std::mutex fMutex;
-    std::condition_variable fWork;
-    std::deque<Task> fTasks;
-    std::vector<std::thread> fThreads;
-    std::size_t fIdle = 0;
-    bool fStopped = false;
+    const std::shared_ptr<Work> fWork = std::make_shared<Work>();
+    std::vector<std::thread> fThreads;  // guarded by the mutex of fWork
 };
 
 /**

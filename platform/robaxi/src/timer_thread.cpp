@@ -1,9 +1,13 @@
 #include "timer_thread.h"
 
+#include "start_thread.h"
+
 namespace robaxi {
 
 std::shared_ptr<TimerThread> TimerThread::create() {
-    return std::shared_ptr<TimerThread>(new TimerThread);
+    std::shared_ptr<TimerThread> timers(new TimerThread);
+    timers->fThread = startThread([timers] { timers->xRun(); });
+    return timers;
 }
 
 void TimerThread::stop() {
@@ -66,9 +70,7 @@ void Timer::startAt(Clock::time_point time) {
     fTime = time;
     fIsDue = true;
     fThread->fDue.emplace(time, this);
-    if (!fThread->fThread.joinable()) {
-        fThread->fThread = std::thread([self = fThread] { self->xRun(); });
-    } else if (fThread->fDue.begin()->second == this) {
+    if (fThread->fDue.begin()->second == this) {
         fThread->fChanged.notify_one();
     }
 }

@@ -17,10 +17,11 @@ namespace robaxi {
 class Timer;
 
 /** The thread on which the timers of one broker run: heartbeats and the rates of subscriptions. */
-class ROBAXI_EXPORT TimerThread : public std::enable_shared_from_this<TimerThread> {
+class ROBAXI_EXPORT TimerThread {
   public:
     using Clock = std::chrono::steady_clock;
 
+    /** Starts the thread. @throws KVError Internal if that fails */
     static std::shared_ptr<TimerThread> create();
     TimerThread(const TimerThread&) = delete;
     TimerThread& operator=(const TimerThread&) = delete;

@@ -7,6 +7,7 @@
 #include <future>
 #include <memory>
 #include <optional>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -34,7 +35,8 @@ class Lookups {
     Lookups& operator=(const Lookups&) = delete;
 
     /** Question and answer run on one of the threads, and only one answer at a time. An answer must
-     *  not start another lookup. */
+     *  not start another lookup. If no thread can be started, the question waits for the next one.
+     */
     void start(Question question);
 
   private:
@@ -47,14 +49,18 @@ class Lookups {
 
 /**
  * Returns the result of `ask`, or nothing if there is none by the deadline. It is called on a
- * dedicated thread, which is abandoned then.
+ * dedicated thread, which is abandoned then. Returns nothing at once if no thread can be started.
  */
 template <class Ask>
 auto answerInTime(std::chrono::steady_clock::time_point deadline, Ask ask)
     -> std::optional<decltype(ask())> {
     auto task = std::packaged_task<decltype(ask())()>(std::move(ask));
     auto answer = task.get_future();
-    std::thread(std::move(task)).detach();
+    try {
+        std::thread(std::move(task)).detach();
+    } catch (const std::system_error&) {
+        return std::nullopt;
+    }
     if (answer.wait_until(deadline) != std::future_status::ready) {
         return std::nullopt;
     }
@@ -67,6 +73,7 @@ constexpr std::chrono::milliseconds a_endPatience(300);
 /**
  * Releases an object whose destructor may take long, such as one that says goodbye to another
  * process, on a dedicated thread. The thread is abandoned if it takes longer than a_endPatience.
+ * Releases it on this thread if no other one can be started.
  */
 void releaseInTime(std::shared_ptr<void> object);
 

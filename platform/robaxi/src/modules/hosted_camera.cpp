@@ -1,6 +1,7 @@
 #include "modules/hosted_camera.h"
 
 #include "modules/camera_settings.h"
+#include "start_thread.h"
 
 #include <base/time.h>
 
@@ -20,7 +21,7 @@ HostedCamera::HostedCamera(KVCamera camera, Send send, IsKeyWanted isKeyWanted)
       fIsKeyWanted(std::move(isKeyWanted)),
       fSettings(fCamera.fInfo.fSettings) {
     if (fCamera.fMakeFrame) {
-        fThread = std::thread([this] { xRun(); });
+        fThread = startThread([this] { xRun(); });
     }
 }
 

@@ -1,6 +1,7 @@
 #include "net/connection_acceptor.h"
 
 #include "net/received_bytes.h"
+#include "start_thread.h"
 #include "wire/limits.h"
 
 #include <base/address.h>
@@ -124,7 +125,7 @@ void ConnectionAcceptor::start(std::vector<base::FileDescriptor> listening) {
         descriptor.release();
         fListener.add(std::move(acceptor));
     }
-    fThread = std::thread([this] { fContext.run(); });
+    fThread = startThread([this] { fContext.run(); });
 }
 
 void ConnectionAcceptor::stop() {

@@ -90,6 +90,9 @@ std::vector<SocketAddress> resolve(const std::string& host, int port, Deadline d
     }
     const std::optional<LookUp> found =
         base::answerInTime(deadline, [host, portText] { return lookUp(host, portText, 0); });
+    if (!found && Clock::now() < deadline) {
+        throw Failure{KVError::Cause::Internal, "no thread can be started to resolve the name"};
+    }
     if (!found) {
         throw Failure{KVError::Cause::TimedOut, "the name was not resolved"};
     }
