@@ -123,6 +123,47 @@ TEST_F(AnnouncerTest, aNameTakenOnTheNetworkGetsANumberForAllServices) {
     control({"stop", "other"});
 }
 
+TEST_F(AnnouncerTest, aNameTakenOnThisMachineForOneTypeGetsANumberForAll) {
+    Browser robots(a_robax);
+    const auto first = announcer("half");
+    first->announce({{a_robaxi, 9559}});
+    const auto second = announcer("half");
+    second->announce({{a_robax, 81}, {a_robaxi, 9560}});
+    EXPECT_TRUE(isSeenInTheEnd(a_robaxi, resolved("half\\032\\0352", a_robaxi, 9560)));
+    EXPECT_TRUE(isSeenInTheEnd(a_robax, resolved("half\\032\\0352", a_robax, 81)));
+}
+
+TEST_F(AnnouncerTest, aHostNameTakenOnThisMachineGetsANumber) {
+    const auto first = announcer("double");
+    first->setAddress("10.77.9.1");
+    first->announce({{a_robax, 80}});
+    const auto second = announcer("double");
+    second->setAddress("10.77.9.2");
+    second->announce({{a_robax, 81}});
+    EXPECT_TRUE(isSeenInTheEnd(
+        a_robax, resolved("double\\032\\0352", a_robax, 81, "double-2.local", "10.77.9.2")));
+    EXPECT_TRUE(
+        isSeenInTheEnd(a_robax, resolved("double", a_robax, 80, "double.local", "10.77.9.1")));
+}
+
+TEST_F(AnnouncerTest, aNewHostNameOfTheMachineIsFollowed) {
+    const auto robot = announcer("loyal");
+    robot->announce({{a_robax, 80}});
+    EXPECT_TRUE(isSeenInTheEnd(a_robax, resolved("loyal", a_robax, 80)));
+    const auto rename = [](const std::string& host) {
+        return ChildProcess({"avahi-set-host-name", host}).waitForEnd();
+    };
+    EXPECT_EQ(rename("renamed"), 0);
+    EXPECT_TRUE(isSeenInTheEnd(a_robax, resolved("loyal", a_robax, 80, "renamed.local")));
+    control({"add", "taken"});
+    control({"wait", "taken"});
+    EXPECT_EQ(rename("taken"), 0);
+    EXPECT_TRUE(isSeenInTheEnd(a_robax, resolved("loyal", a_robax, 80, "taken-2.local")));
+    control({"stop", "taken"});
+    EXPECT_EQ(rename("observer"), 0);
+    EXPECT_TRUE(isSeenInTheEnd(a_robax, resolved("loyal", a_robax, 80)));
+}
+
 TEST_F(AnnouncerTest, aRestartOfTheDaemonIsSurvived) {
     const auto robot = announcer("phoenix");
     robot->announce({{a_robax, 80}});

@@ -70,9 +70,11 @@ struct BonjourAnnouncer::Private {
     void connectIn(unsigned milliseconds);
     void setTimer(unsigned milliseconds);
     void publishAll();
-    void publish(const BonjourService& service);
-    int addEntries(AvahiEntryGroup* group, const BonjourService& service);
-    void publishHost();
+    bool publishMissing();
+    int publish(const BonjourService& service);
+    int addService(AvahiEntryGroup* group, const BonjourService& service);
+    int publishHost();
+    int addHost(AvahiEntryGroup* group);
     void withdrawAll();
     void withdrawUnwanted();
     bool isPublished(const BonjourService& service) const;
@@ -203,56 +205,63 @@ void BonjourAnnouncer::Private::publishAll() {
     if (!fClient || avahi_client_get_state(fClient.get()) != AVAHI_CLIENT_S_RUNNING) {
         return;
     }
-    if (!fWanted.fAddress.empty() && !fHost) {
-        publishHost();
-    }
-    for (const BonjourService& service : fWanted.fServices) {
-        if (!isPublished(service)) {
-            publish(service);
-        }
+    // The daemon reports at once that another program of this machine uses a name; onGroup() hears
+    // of other machines later.
+    while (!publishMissing()) {
+        takeAnotherName();
     }
 }
 
-void BonjourAnnouncer::Private::publish(const BonjourService& service) {
+/** Returns false if the name is taken on this machine. */
+bool BonjourAnnouncer::Private::publishMissing() {
+    if (!fWanted.fAddress.empty() && !fHost && publishHost() == AVAHI_ERR_COLLISION) {
+        return false;
+    }
+    const auto& wanted = fWanted.fServices;
+    return std::all_of(wanted.begin(), wanted.end(), [this](const BonjourService& service) {
+        return isPublished(service) || publish(service) != AVAHI_ERR_COLLISION;
+    });
+}
+
+int BonjourAnnouncer::Private::publish(const BonjourService& service) {
     Group group(avahi_entry_group_new(fClient.get(), onGroup, this));
-    const int error = group ? addEntries(group.get(), service) : avahi_client_errno(fClient.get());
-    if (error != AVAHI_OK) {
+    const int error = group ? addService(group.get(), service) : avahi_client_errno(fClient.get());
+    if (error == AVAHI_OK) {
+        fPublished.push_back({service, std::move(group)});
+    } else if (error != AVAHI_ERR_COLLISION) {
         complainOnce("cannot announce " + service.fType + ": " + avahi_strerror(error));
-        return;
     }
-    fPublished.push_back({service, std::move(group)});
+    return error;
 }
 
-int BonjourAnnouncer::Private::addEntries(AvahiEntryGroup* group, const BonjourService& service) {
+int BonjourAnnouncer::Private::addService(AvahiEntryGroup* group, const BonjourService& service) {
     const std::string host = fWanted.fAddress.empty() ? std::string() : bonjour::hostNameFor(fName);
-    for (;;) {
-        const int error = avahi_entry_group_add_service(
-            group, AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC, AvahiPublishFlags(0), fName.c_str(),
-            service.fType.c_str(), nullptr, host.empty() ? nullptr : host.c_str(),
-            static_cast<std::uint16_t>(service.fPort), nullptr);
-        if (error != AVAHI_ERR_COLLISION) {
-            return error == AVAHI_OK ? avahi_entry_group_commit(group) : error;
-        }
-        // Another program of this machine uses the name; the daemon reports that at once.
-        fName = alternativeTo(fName);
-        say("the name is taken; announced as " + base::oneLine(fName));
-    }
+    const int error = avahi_entry_group_add_service(
+        group, AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC, AvahiPublishFlags(0), fName.c_str(),
+        service.fType.c_str(), nullptr, host.empty() ? nullptr : host.c_str(),
+        static_cast<std::uint16_t>(service.fPort), nullptr);
+    return error == AVAHI_OK ? avahi_entry_group_commit(group) : error;
 }
 
-void BonjourAnnouncer::Private::publishHost() {
+int BonjourAnnouncer::Private::publishHost() {
+    Group group(avahi_entry_group_new(fClient.get(), onGroup, this));
+    const int error = group ? addHost(group.get()) : avahi_client_errno(fClient.get());
+    if (error == AVAHI_OK) {
+        fHost = std::move(group);
+    } else if (error != AVAHI_ERR_COLLISION) {
+        complainOnce("cannot announce the address " + fWanted.fAddress + ": " +
+                     avahi_strerror(error));
+    }
+    return error;
+}
+
+int BonjourAnnouncer::Private::addHost(AvahiEntryGroup* group) {
     AvahiAddress address{};
     avahi_address_parse(fWanted.fAddress.c_str(), AVAHI_PROTO_INET, &address);
-    fHost.reset(avahi_entry_group_new(fClient.get(), onGroup, this));
-    const int error =
-        fHost ? avahi_entry_group_add_address(fHost.get(), AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC,
-                                              AVAHI_PUBLISH_NO_REVERSE,
-                                              bonjour::hostNameFor(fName).c_str(), &address)
-              : avahi_client_errno(fClient.get());
-    const int committed = error == AVAHI_OK ? avahi_entry_group_commit(fHost.get()) : error;
-    if (committed != AVAHI_OK) {
-        complainOnce("cannot announce the address " + fWanted.fAddress + ": " +
-                     avahi_strerror(committed));
-    }
+    const int error = avahi_entry_group_add_address(group, AVAHI_IF_UNSPEC, AVAHI_PROTO_UNSPEC,
+                                                    AVAHI_PUBLISH_NO_REVERSE,
+                                                    bonjour::hostNameFor(fName).c_str(), &address);
+    return error == AVAHI_OK ? avahi_entry_group_commit(group) : error;
 }
 
 void BonjourAnnouncer::Private::withdrawAll() {
@@ -278,9 +287,10 @@ bool BonjourAnnouncer::Private::isPublished(const BonjourService& service) const
 void BonjourAnnouncer::Private::takeAnotherName() {
     fName = alternativeTo(fName);
     say("the name is taken; announced as " + base::oneLine(fName));
-    // All services have the same name, so those that did not collide are renamed, too.
+    // All services have the same name, and the host one made of it, so those that did not collide
+    // are renamed, too.
     withdrawAll();
-    publishAll();
+    fRenamePending = false;
 }
 
 void BonjourAnnouncer::Private::say(const std::string& line) {
@@ -338,6 +348,7 @@ void BonjourAnnouncer::Private::onTimer(AvahiTimeout* timeout, void* self) {
     const bool renames = std::exchange(announcer.fRenamePending, false);
     if (renames) {
         announcer.takeAnotherName();
+        announcer.publishAll();
     }
     if (connects) {
         announcer.connect();

@@ -44,7 +44,12 @@ class BONJOUR_EXPORT BonjourProfile {
     std::string fKey;
     /** The mDNS host name, for instance "robot1.local"; at most 255 bytes, safe to show. */
     std::string fHostName;
-    /** Dotted IPv4 address; empty until it is resolved. */
+    /**
+     * An IPv4 address of the host in dotted notation ("10.0.0.5"), at which its icon is downloaded
+     * and connections are opened; the first one of the lookup if there are several, and never an
+     * IPv6 address. Empty until a user of the library has resolved the name, and for a host without
+     * IPv4.
+     */
     std::string fIP;
     /** The announced services, in the order of their announcement. */
     std::vector<BonjourService> fServices;
