@@ -310,7 +310,7 @@ void ComputerFigures::xReadNetwork() {
     for (const fs::path& card : entries(fRoot / "sys/class/net")) {
         if (const std::string state = firstLine(card / "operstate"); !state.empty()) {
             xAdd("Network/" + keyPart(card.filename().string()) + "/State", "",
-                 "True if the network card is up", state);
+                 "State of the network card: \"up\", \"down\" or another one of Linux", state);
         }
     }
 }

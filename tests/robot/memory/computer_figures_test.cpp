@@ -98,6 +98,13 @@ TEST_F(MadeUpMachine, aCounterThatWasResetGivesNoRate) {
     EXPECT_EQ(byName(machine.read(2)).count("Network/eth0/ReceiveRate"), 0U);
 }
 
+TEST_F(MadeUpMachine, stateOfANetworkCardIsAText) {
+    file("sys/class/net/eth0/operstate", "up\n");
+    auto figures = byName(ComputerFigures(fRoot).read(1));
+    EXPECT_EQ(figures.at("Network/eth0/State").fValue, KVValue("up"));
+    EXPECT_EQ(figures.at("Network/eth0/State").fDescription.find("State of the network card"), 0U);
+}
+
 TEST_F(MadeUpMachine, sensorsOfOneNameAreToldApart) {
     for (const std::string zone : {"thermal_zone0", "thermal_zone1"}) {
         file("sys/class/thermal/" + zone + "/type", "acpi\n");
