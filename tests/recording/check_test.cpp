@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <recording/check.h>
+#include <recording/writer.h>
 
 namespace recording_test {
 namespace {
@@ -36,6 +37,36 @@ TEST(Check, NamesWhatIsWrong) {
     const std::string place = std::to_string(chunk - 9 - 24 - 4 - 4);
     EXPECT_EQ(0U, report.fFaults.front().fText.find("chunk at byte " + place + " has "))
         << report.fFaults.front().fText;
+}
+
+TEST(Check, DoesNotAccuseTheChunkBeforeADamagedOne) {
+    const std::string path = pathOf("two.mcap");
+    {
+        recording::WriterOptions options;
+        options.fCompression = recording::Compression::None;
+        options.fOverwrites = true;
+        recording::Writer writer(path, options);
+        const std::uint16_t channel = writer.addChannel(0, "/a", "json");
+        writer.write({channel, 0, 1, 1, "first"});
+        writer.flush();
+        writer.write({channel, 0, 2, 2, "second"});
+        writer.write({channel, 0, 3, 3, "third"});
+        writer.finish();
+    }
+    // The last message becomes a record that may not be in a chunk, and the chunk has no checksum.
+    constexpr std::size_t messageHead = 31;
+    constexpr std::size_t chunkHead = 49;
+    constexpr std::size_t crc = 33;
+    std::string bytes = bytesOf(path);
+    const std::size_t chunk = bytes.find("second") - messageHead - chunkHead;
+    bytes.replace(chunk + crc, 4, 4, '\0');
+    bytes[bytes.find("third") - messageHead] = '\x06';
+    const recording::CheckReport report = check(writeBytes("second.mcap", bytes));
+    ASSERT_FALSE(report.fFaults.empty());
+    EXPECT_EQ(chunk, report.fFaults.front().fOffset) << report.fFaults.front().fText;
+    for (const recording::Damage& fault : report.fFaults) {
+        EXPECT_GE(fault.fOffset, chunk) << fault.fText;
+    }
 }
 
 TEST(Check, ReportsThatAFileIsCutOff) {

@@ -237,21 +237,23 @@ void Checker::xCheckChunk(const OuterRecord& record) {
     fReport.fChecksums += seen.fHead.fCrc == 0 ? 0 : 1;
     std::uint64_t start = 0;
     std::uint64_t end = 0;
+    std::map<std::uint16_t, Entries> found;
     for (std::size_t offset = 0; offset < records.size();) {
         const InnerRecord inner = takeRecord(records, offset, record.fOffset);
         if (inner.fOpcode == Opcode::Message) {
             const Message message = readMessage(inner.fContent);
-            start = fEntries.empty() ? message.fLogTime : std::min(start, message.fLogTime);
+            start = found.empty() ? message.fLogTime : std::min(start, message.fLogTime);
             end = std::max(end, message.fLogTime);
-            fEntries[message.fChannelId].emplace_back(message.fLogTime, inner.fOffset);
+            found[message.fChannelId].emplace_back(message.fLogTime, inner.fOffset);
         }
     }
     if (start != seen.fHead.fStart || end != seen.fHead.fEnd) {
         xReport(record, "has other times than its messages");
     }
-    for (auto& [channel, entries] : fEntries) {
+    for (auto& [channel, entries] : found) {
         std::sort(entries.begin(), entries.end());
     }
+    fEntries = std::move(found);
     fChunk = record.fOffset;
     fChunks.emplace_hint(fChunks.end(), record.fOffset, std::move(seen));
 }
