@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <file_size_limit.h>
 #include <filesystem>
 #include <random>
@@ -17,6 +18,14 @@ using recording::Compression;
 using recording::Reader;
 using recording::Writer;
 using recording::WriterOptions;
+
+/** A text that takes long to compress. */
+std::string slowText(std::size_t size) {
+    std::string text(size, '\0');
+    std::mt19937 random(1);
+    std::generate(text.begin(), text.end(), [&] { return "abcdefgh"[random() % 8]; });
+    return text;
+}
 
 class WriterCompressions : public testing::TestWithParam<Compression> {};
 
@@ -165,6 +174,57 @@ TEST(Writer, TakesMessagesOfSeveralThreads) {
     EXPECT_EQ(0U, recording::check(path).fFaultCount);
 }
 
+TEST(Writer, FlushesWhileMessagesArriveContinuously) {
+    WriterOptions options = smallChunks();
+    options.fOverwrites = true;
+    options.fLevel = 19;
+    options.fWaitingBytes = 200'000;
+    Writer writer(pathOf("flushed.mcap"), options);
+    const std::uint16_t channel = writer.addChannel(0, "/a", "json");
+    constexpr std::uint32_t most = 200;
+    // Each message is a chunk that takes so long to compress that some always wait.
+    const std::string slow = slowText(50'000);
+    std::atomic<std::uint32_t> written{0};
+    std::atomic<bool> isFlushed{false};
+    std::thread thread([&] {
+        for (; written < most && !isFlushed; ++written) {
+            writer.write({channel, written, written, 0, slow});
+        }
+    });
+    while (written < most / 10) {
+        std::this_thread::yield();
+    }
+    writer.flush();
+    isFlushed = true;
+    thread.join();
+    EXPECT_LT(written, most) << "flush() has waited for the last message";
+    EXPECT_GE(writer.progress().fMessages, most / 10);
+}
+
+TEST(Writer, WritesTheLargestMessage) {
+    const std::string path = pathOf("large_message.mcap");
+    const std::string largest(recording::a_largestMessage, 'x');
+    const std::string definition(recording::a_largestDefinition - 100, 'y');
+    WriterOptions options;
+    options.fCompression = Compression::Lz4;
+    options.fOverwrites = true;
+    Writer writer(path, options);
+    const std::uint16_t channel =
+        writer.addChannel(writer.addSchema("", "", definition), definition, "");
+    writer.write({channel, 0, 1, 1, largest});
+    EXPECT_EQ("a message of " + std::to_string(largest.size() + 1) +
+                  " bytes is too large for a recording",
+              sentenceOf([&] {
+                  writer.write({channel, 0, 1, 1, largest + 'x'});
+              }));
+    writer.finish();
+    Reader reader(path);
+    recording::Messages messages = reader.messages();
+    const auto message = messages.next();
+    ASSERT_TRUE(message);
+    EXPECT_TRUE(message->fData == largest);
+}
+
 TEST(Writer, KeepsTheOrderOfChunksThatTakeDifferentTimes) {
     // Every tenth chunk takes much longer to compress than the following ones.
     const std::string path = pathOf("order.mcap");
@@ -174,9 +234,7 @@ TEST(Writer, KeepsTheOrderOfChunksThatTakeDifferentTimes) {
     {
         Writer writer(path, options);
         const std::uint16_t channel = writer.addChannel(0, "/a", "json");
-        std::string slow(200'000, '\0');
-        std::mt19937 random(1);
-        std::generate(slow.begin(), slow.end(), [&] { return "abcdefgh"[random() % 8]; });
+        const std::string slow = slowText(200'000);
         for (std::uint32_t i = 0; i < messages; ++i) {
             writer.write({channel, i, a_start, i, i % 10 == 0 ? slow : std::string(2000, 'x')});
         }

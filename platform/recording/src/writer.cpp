@@ -47,6 +47,9 @@ std::string recordOf(const Record& record, const char* name) {
     return bytes;
 }
 
+// Two definitions may come before a message in its chunk.
+static_assert(a_largestMessage + a_messageHeadSize + 2 * a_largestDefinition <= a_largestChunk);
+
 WriterOptions bounded(WriterOptions options) {
     constexpr std::size_t largest = std::size_t{64} << 20U;
     options.fChunkBytes = std::min(options.fChunkBytes, largest);
@@ -203,9 +206,7 @@ void Writer::Impl::xPlace(std::uint16_t channelId) {
 }
 
 bool Writer::Impl::write(const Message& message) {
-    // Definitions of a channel may come before it.
-    constexpr std::size_t largest = a_largestChunk - 2 * a_largestDefinition - a_messageHeadSize;
-    if (message.fData.size() > largest) {
+    if (message.fData.size() > a_largestMessage) {
         throw RecordingError("a message of " + std::to_string(message.fData.size()) +
                              " bytes is too large for a recording");
     }
@@ -423,7 +424,9 @@ void Writer::Impl::flush() {
     Lock lock(fMutex);
     xThrowIfUnusable();
     xCloseChunk();
-    fProgressed.wait(lock, [this] { return fWaitingBytes == 0 || fError || fIsClosing; });
+    // Not for chunks that are closed later, of which there may always be some.
+    const std::uint64_t last = fTaken + fQueue.size();
+    fProgressed.wait(lock, [this, last] { return fDone >= last || fError; });
     if (fError) {
         throw WriteError(*fError);
     }

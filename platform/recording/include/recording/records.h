@@ -32,6 +32,8 @@ class WriteError : public RecordingError {
 constexpr std::uint64_t a_largestChunk = std::uint64_t{256} << 20U;        ///< bytes, uncompressed
 constexpr std::uint64_t a_largestDefinition = std::uint64_t{16} << 20U;    ///< bytes of one schema,
                                                                            ///< channel or metadata
+constexpr std::uint64_t a_largestMessage = std::uint64_t{223} << 20U;      ///< bytes that are
+                                                                           ///< written
 constexpr std::uint64_t a_largestDefinitions = std::uint64_t{256} << 20U;  ///< bytes of all of them
 constexpr std::uint64_t a_largestAttachment = std::uint64_t{256} << 20U;   ///< bytes
 constexpr std::uint64_t a_largestOpenChunks = std::uint64_t{512} << 20U;   ///< bytes of chunks that

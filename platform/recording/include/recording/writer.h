@@ -84,7 +84,7 @@ class Writer {
      *
      * @return false if the message was dropped (Overflow::Drop)
      * @throw RecordingError after a write error, after finish(), for an unknown channel, and for a
-     *        message of a_largestChunk bytes or more
+     *        message with more than a_largestMessage bytes
      */
     bool write(const Message& message);
 
