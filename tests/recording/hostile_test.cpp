@@ -55,8 +55,9 @@ class Liar {
         record(Opcode::Chunk, content);
     }
 
-    /** Adds the end of a finished file. */
-    void finish(std::uint32_t chunks, std::uint64_t messages) {
+    /** Adds the end of a finished file. The times are those of the statistics. */
+    void finish(std::uint32_t chunks, std::uint64_t messages, std::uint64_t start = 0,
+                std::uint64_t end = 0) {
         record(Opcode::DataEnd, std::string(4, '\0'));
         const std::uint64_t summary = position();
         recording::putRecord(fBytes, recording::Channel{1, 0, "/a", "json", {}});
@@ -64,6 +65,8 @@ class Liar {
         statistics.fMessageCount = messages;
         statistics.fChannelCount = 1;
         statistics.fChunkCount = chunks;
+        statistics.fStart = start;
+        statistics.fEnd = end;
         recording::putRecord(fBytes, statistics);
         for (const Chunk& chunk : fChunks) {
             std::string content;
@@ -180,6 +183,22 @@ TEST(Hostile, MessagesOutsideTheTimesOfTheirChunk) {
     liar.chunk("", Liar::message(7), Liar::message(7).size());
     liar.finish(1, 1);
     EXPECT_NE(std::string::npos, sentenceAbout(liar).find("has a message outside its times"));
+}
+
+TEST(Hostile, StatisticsThatEndBeforeTheyStart) {
+    Liar empty;
+    empty.finish(0, 0, 9, 5);
+    const Reader none(empty.write());
+    EXPECT_TRUE(none.isIndexed());
+    EXPECT_EQ(0U, none.statistics().fStart);
+    EXPECT_EQ(0U, none.statistics().fEnd);
+    Liar liar;
+    liar.chunk("", Liar::message(5), Liar::message(5).size());
+    liar.finish(1, 1, 9, 5);
+    const Reader reader(liar.write());
+    EXPECT_FALSE(reader.isIndexed());
+    EXPECT_EQ(5U, reader.statistics().fStart);
+    EXPECT_EQ(5U, reader.statistics().fEnd);
 }
 
 TEST(Hostile, RecordsInsideChunks) {

@@ -102,6 +102,9 @@ void ChunkStore::xOpenIndexed() {
     if (!isComplete) {
         fail("summary", footer.fSummaryStart, "is not complete");
     }
+    if (fStatistics.fStart > fStatistics.fEnd) {
+        fail("summary", footer.fSummaryStart, "has an end before its start");
+    }
     for (const auto& [id, channel] : fChannels) {
         if (channel.fSchemaId != 0 && fSchemas.count(channel.fSchemaId) == 0) {
             fail("summary", footer.fSummaryStart, "has a channel without its schema");
@@ -148,6 +151,11 @@ void ChunkStore::xReadSummary(Span span) {
                 break;
             case Opcode::Statistics:
                 fStatistics = readStatistics(fieldsOf(fFile, *record));
+                if (fStatistics.fMessageCount == 0) {
+                    // Other programs write other times, of which the start may be the later one.
+                    fStatistics.fStart = 0;
+                    fStatistics.fEnd = 0;
+                }
                 break;
             case Opcode::AttachmentIndex:
                 xCount(record->fLength, record->fOffset);

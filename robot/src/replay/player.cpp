@@ -43,7 +43,7 @@ Player::Player(recording::Reader& reader, Stage& stage, const PlayerOptions& opt
       fStage(stage),
       fListener(std::move(listener)),
       fStart(reader.statistics().fStart),
-      fEnd(std::max(reader.statistics().fStart, reader.statistics().fEnd)),
+      fEnd(reader.statistics().fEnd),
       fChannels(stage.channels()) {
     fChannels.insert(stage.histories().begin(), stage.histories().end());
     fChannels.insert(stage.films().begin(), stage.films().end());

@@ -109,7 +109,7 @@ struct Statistics {
     std::uint32_t fMetadataCount = 0;
     std::uint32_t fChunkCount = 0;
     std::uint64_t fStart = 0;  ///< log time of the first message; 0 without messages
-    std::uint64_t fEnd = 0;    ///< log time of the last message
+    std::uint64_t fEnd = 0;    ///< log time of the last message; not before fStart
     std::map<std::uint16_t, std::uint64_t> fMessagesByChannel;
 };
 
