@@ -15,6 +15,8 @@ constexpr std::size_t a_reportedDamages = 100;
 constexpr std::uint64_t a_mostDamages = 10'000;
 /** Messages outside chunks are read in pieces of about this size. */
 constexpr std::uint64_t a_bareSize = std::uint64_t{1} << 20U;
+/** Numbers in all lists of channels that a scan makes: 16 MiB. Further chunks have no list. */
+constexpr std::size_t a_scannedNumbers = std::size_t{8} << 20U;
 /** The parts of a chunk's record that are not data. */
 constexpr std::uint64_t a_chunkOverhead = std::uint64_t{1} << 20U;
 /** The fields of a chunk index before the pairs of channel and offset. */
@@ -333,6 +335,7 @@ void ChunkStore::xScan() {
     std::fill(fKnown.begin(), fKnown.end(), false);
     fDefinitionBytes = 0;
     fHasChunks = true;
+    fListedAt.assign(a_channelNumbers, 0);
 
     Scanner scanner(fFile, a_magic.size(), fFile.size());
     std::optional<std::vector<std::uint64_t>> points;
@@ -424,6 +427,24 @@ void ChunkStore::xCountMessage(const Message& message, StoredChunk& chunk, bool 
     chunk.fStart = isFirst ? message.fLogTime : std::min(chunk.fStart, message.fLogTime);
     chunk.fEnd = isFirst ? message.fLogTime : std::max(chunk.fEnd, message.fLogTime);
     ++fStatistics.fMessagesByChannel[message.fChannelId];
+    xList(message.fChannelId, chunk);
+}
+
+/** Adds a channel to the list of the last chunk. */
+void ChunkStore::xList(std::uint16_t channel, StoredChunk& chunk) {
+    if (fListedAt[channel] == chunk.fOffset) {
+        return;
+    }
+    if (fScannedLists.size() == a_scannedNumbers) {
+        chunk.fChannelsSize = 0;
+        return;
+    }
+    if (chunk.fChannelsSize == 0) {
+        chunk.fChannelsOffset = fScannedLists.size();
+    }
+    fScannedLists.push_back(channel);
+    ++chunk.fChannelsSize;
+    fListedAt[channel] = chunk.fOffset;
 }
 
 void ChunkStore::xTakeMessage(const OuterRecord& record) {
@@ -515,6 +536,8 @@ void ChunkStore::xFinishScan() {
     fStatistics.fChannelCount = static_cast<std::uint32_t>(fChannels.size());
     fStatistics.fAttachmentCount = static_cast<std::uint32_t>(fAttachments.size());
     fStatistics.fMetadataCount = static_cast<std::uint32_t>(fMetadata.size());
+    fListedAt = std::vector<std::uint64_t>();
+    fScannedLists.shrink_to_fit();
     xSort();
     fStatistics.fEnd = fLatestEnds.empty() ? 0 : fLatestEnds.back();
     // In the order of their beginnings.

@@ -6,6 +6,8 @@
 #include "input_file.h"
 #include "scanner.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <map>
 #include <recording/reader.h>
 #include <set>
@@ -20,7 +22,9 @@ struct StoredChunk {
     std::uint64_t fEnd = 0;     ///< log time of the last message
     std::uint64_t fOffset = 0;  ///< of the record, or of the first message's
     std::uint64_t fLength = 0;
-    std::uint64_t fChannelsOffset = 0;  ///< of the pairs of channel and offset; 0 without
+    /** The channels are listed as pairs of channel and offset in the file, in bytes, or in memory
+     *  if the file has been scanned. A chunk of size 0 has no list and may have every channel. */
+    std::uint64_t fChannelsOffset = 0;
     std::uint32_t fChannelsSize = 0;
     bool fIsBare = false;  ///< not a chunk
 };
@@ -54,9 +58,15 @@ class ChunkStore {
     /** Returns the latest end of a chunk and all before it. */
     std::uint64_t latestEnd(std::size_t chunk) const { return fLatestEnds[chunk]; }
 
-    /** Calls a function with each channel that a chunk contains according to its index. */
+    /** Calls a function with each channel in the list of a chunk. */
     template <class Take>
     void forEachChannel(const StoredChunk& chunk, Take take) const {
+        if (!fIsIndexed) {
+            std::for_each_n(
+                fScannedLists.begin() + static_cast<std::ptrdiff_t>(chunk.fChannelsOffset),
+                chunk.fChannelsSize, take);
+            return;
+        }
         const std::string_view pairs = fFile.view(chunk.fChannelsOffset, chunk.fChannelsSize);
         for (std::size_t pair = 0; pair + a_messageIndexOffsetSize <= pairs.size();
              pair += a_messageIndexOffsetSize) {
@@ -64,7 +74,7 @@ class ChunkStore {
         }
     }
 
-    /** Returns false if the index says that a chunk has none of the channels. */
+    /** Returns false if the list of a chunk has none of the channels. */
     bool mayHave(const StoredChunk& chunk, const std::set<std::uint16_t>& channels) const;
 
     /**
@@ -108,6 +118,7 @@ class ChunkStore {
     void xDefine(Channel channel, std::uint64_t size, std::uint64_t position);
     void xCount(std::uint64_t size, std::uint64_t position);
     void xCountMessage(const Message& message, StoredChunk& chunk, bool isFirst);
+    void xList(std::uint16_t channel, StoredChunk& chunk);
 
     const InputFile fFile;
     bool fIsIndexed = false;
@@ -120,6 +131,10 @@ class ChunkStore {
     std::vector<StoredChunk> fChunks;
     /** For each chunk the latest end of it and all before it. */
     std::vector<std::uint64_t> fLatestEnds;
+    /** The channels of each chunk, one list behind the other, if the file has been scanned. */
+    std::vector<std::uint16_t> fScannedLists;
+    /** In a scan the offset of the chunk that has listed each channel last. */
+    std::vector<std::uint64_t> fListedAt;
     std::vector<Damage> fDamages;
     std::uint64_t fDamageCount = 0;
     ChunkBuffers fScanBuffers;

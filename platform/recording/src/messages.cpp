@@ -77,9 +77,15 @@ void MessagesImpl::xLoadNeeded() {
         const bool isNeeded =
             chunk.fEnd >= fSelection.fFrom && chunk.fStart <= fSelection.fTo &&
             (!fSelection.fChannels || fStore.mayHave(chunk, *fSelection.fChannels));
-        if (isNeeded) {
-            xLoad(chunk);
+        if (!isNeeded) {
+            continue;
         }
+        if (!fSelection.fGoOn()) {
+            fNextChunk = chunks.size();
+            fLoaded.clear();
+            return;
+        }
+        xLoad(chunk);
     }
 }
 

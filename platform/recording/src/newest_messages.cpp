@@ -1,7 +1,6 @@
 #include "newest_messages.h"
 
 #include "fields.h"
-#include "messages.h"
 
 #include <algorithm>
 #include <iterator>
@@ -32,8 +31,15 @@ struct NewestMessages::Search {
     std::map<std::uint16_t, Found> fBest{};
     /** The channels to look for in each chunk, by its number; the last chunk is the next one. */
     std::map<std::size_t, std::set<std::uint16_t>> fQueue{};
-    std::uint64_t fOverlapping = 0;  ///< bytes of chunks read because they overlap others
-    std::uint64_t fMemory = 0;       ///< bytes of data in fBest
+    std::uint64_t fMemory = 0;  ///< bytes of data in fBest
+
+    /** Returns false if a chunk has no newer message of a channel than the best one. */
+    bool mayImprove(std::uint16_t channel, const StoredChunk& chunk) const {
+        const auto best = fBest.find(channel);
+        return best == fBest.end() ||
+               std::tie(best->second.fMessage.fLogTime, best->second.fChunkOffset) <
+                   std::tie(chunk.fEnd, chunk.fOffset);
+    }
 
     void offer(const Found& found) {
         Found& best = fBest[found.fMessage.fChannelId];
@@ -63,8 +69,6 @@ void NewestMessages::xPrepare() {
         return;
     }
     const std::vector<StoredChunk>& chunks = fStore.chunks();
-    fHasLists = std::all_of(chunks.begin(), chunks.end(),
-                            [](const StoredChunk& chunk) { return chunk.fChannelsSize != 0; });
     fIsInFileOrder = std::is_sorted(chunks.begin(), chunks.end(),
                                     [](const StoredChunk& left, const StoredChunk& right) {
                                         return left.fOffset < right.fOffset;
@@ -74,6 +78,11 @@ void NewestMessages::xPrepare() {
     std::uint32_t next = 0;
     for (const auto& [id, channel] : fStore.fChannels) {
         fDense[id] = next++;
+    }
+    for (std::size_t chunk = 0; chunk < chunks.size(); ++chunk) {
+        if (chunks[chunk].fChannelsSize == 0) {
+            fUnlisted.push_back(static_cast<std::uint32_t>(chunk));
+        }
     }
     fCheckpoints.emplace_back(fStore.fChannels.size());
     fStride =
@@ -101,7 +110,7 @@ void NewestMessages::xExtend(std::size_t checkpoint) {
     }
 }
 
-/** Returns the last chunks of all channels before a chunk. */
+/** Returns the last chunks before a chunk whose lists have each channel. */
 const NewestMessages::LastChunks& NewestMessages::xLastBefore(std::size_t chunk) {
     if (!fLastBefore || fLastBeforeChunk != chunk) {
         const std::size_t checkpoint = chunk / fStride;
@@ -120,7 +129,7 @@ bool NewestMessages::find(std::uint64_t time, const std::set<std::uint16_t>& cha
                           const std::function<bool()>& goOn) {
     xPrepare();
     Search search{time, channels};
-    if (!(fHasLists ? xReadIndexed(search, goOn) : xReadStraight(search, goOn))) {
+    if (!xRead(search, goOn)) {
         return false;
     }
     std::vector<const Found*> inOrder;
@@ -133,21 +142,6 @@ bool NewestMessages::find(std::uint64_t time, const std::set<std::uint16_t>& cha
         Message message = found->fMessage;
         message.fData = found->fData;
         take(message);
-    }
-    return true;
-}
-
-bool NewestMessages::xReadStraight(Search& search, const std::function<bool()>& goOn) {
-    constexpr std::size_t messagesPerQuestion = 10'000;
-    MessagesImpl messages(fStore, {0, search.fTime, search.fChannels, Order::LogTime});
-    std::size_t place = 0;
-    while (const std::optional<Message> message = messages.next()) {
-        if (place % messagesPerQuestion == 0 && !goOn()) {
-            return false;
-        }
-        Found found{*message, std::string(message->fData), 0, ++place};
-        found.fMessage.fData = {};
-        search.offer(found);
     }
     return true;
 }
@@ -168,22 +162,25 @@ bool NewestMessages::xIsSettled(std::uint16_t channel, std::size_t chunksLeft,
     return latest < found || (latest == found && fIsInFileOrder);
 }
 
-/** Queues the last chunks before a number in which channels are. */
+/** Queues the last chunks before a number in which channels are or may be. */
 void NewestMessages::xQueue(const std::set<std::uint16_t>& channels, std::size_t before,
                             Search& search) {
     if (channels.empty()) {
         return;
     }
     const LastChunks& last = xLastBefore(before);
+    const auto unlisted = std::lower_bound(fUnlisted.begin(), fUnlisted.end(), before);
+    const std::uint32_t lastUnlisted = unlisted == fUnlisted.begin() ? 0 : *std::prev(unlisted) + 1;
     for (const std::uint16_t channel : channels) {
-        const std::uint32_t chunk = fStore.knows(channel) ? last[fDense[channel]] : 0;
+        const std::uint32_t chunk =
+            fStore.knows(channel) ? std::max(last[fDense[channel]], lastUnlisted) : 0;
         if (chunk != 0) {
             search.fQueue[chunk - 1].insert(channel);
         }
     }
 }
 
-bool NewestMessages::xReadIndexed(Search& search, const std::function<bool()>& goOn) {
+bool NewestMessages::xRead(Search& search, const std::function<bool()>& goOn) {
     const std::vector<StoredChunk>& chunks = fStore.chunks();
     const auto firstLater = std::upper_bound(
         chunks.begin(), chunks.end(), search.fTime,
@@ -193,12 +190,11 @@ bool NewestMessages::xReadIndexed(Search& search, const std::function<bool()>& g
         const auto last = std::prev(search.fQueue.end());
         const std::size_t number = last->first;
         std::set<std::uint16_t> unread;
-        std::set<std::uint16_t> read;
-        for (const std::uint16_t channel : last->second) {
-            if (xIsSettled(channel, number + 1, search)) {
+        const std::set<std::uint16_t> channels = std::move(last->second);
+        for (const std::uint16_t channel : channels) {
+            if (!search.mayImprove(channel, chunks[number])) {
                 continue;
             }
-            read.insert(channel);
             const auto cached = chunks[number].fEnd <= search.fTime
                                     ? fCache.find(cacheKey(number, channel))
                                     : fCache.end();
@@ -216,7 +212,7 @@ bool NewestMessages::xReadIndexed(Search& search, const std::function<bool()>& g
             xReadChunk(number, unread, search);
         }
         std::set<std::uint16_t> unsettled;
-        std::copy_if(read.begin(), read.end(), std::inserter(unsettled, unsettled.end()),
+        std::copy_if(channels.begin(), channels.end(), std::inserter(unsettled, unsettled.end()),
                      [&](std::uint16_t channel) { return !xIsSettled(channel, number, search); });
         xQueue(unsettled, number, search);
     }
@@ -227,15 +223,6 @@ void NewestMessages::xReadChunk(std::size_t number, const std::set<std::uint16_t
                                 Search& search) {
     const StoredChunk& chunk = fStore.chunks()[number];
     const std::string_view records = fStore.load(chunk, fBuffers, fData);
-    const bool isForOverlap =
-        std::any_of(channels.begin(), channels.end(),
-                    [&search](std::uint16_t channel) { return search.fBest.count(channel) != 0; });
-    search.fOverlapping += isForOverlap ? records.size() : 0;
-    if (search.fOverlapping > a_largestOpenChunks) {
-        fail(nameOf(Opcode::Chunk), chunk.fOffset,
-             "overlaps with too many others in time; at most " +
-                 std::to_string(a_largestOpenChunks) + " bytes may");
-    }
     std::vector<bool> isWanted(fDense.size());
     for (const std::uint16_t channel : channels) {
         isWanted[channel] = true;

@@ -19,10 +19,10 @@ namespace recording {
 /**
  * Finds the newest message of each channel at a time.
  *
- * The chunk index lists the channels of each chunk. From this list it is known for some chunks,
- * evenly spread over the file, which earlier chunk has the newest message of each channel; for the
- * chunks between them the lists are read again. So the memory is bounded for any number of chunks
- * and channels, and a chunk is only read for a channel that it contains.
+ * Chunks have lists of their channels. From these it is known for some chunks, evenly spread over
+ * the file, which earlier chunk has the newest message of each channel; for the chunks between them
+ * the lists are read again. So the memory is bounded for any number of chunks and channels, and a
+ * chunk is only read for a channel that it contains. A chunk without list may contain any channel.
  */
 class NewestMessages {
   public:
@@ -50,8 +50,7 @@ class NewestMessages {
     void xAdd(std::size_t chunk, LastChunks& last) const;
     const LastChunks& xLastBefore(std::size_t chunk);
 
-    bool xReadStraight(Search& search, const std::function<bool()>& goOn);
-    bool xReadIndexed(Search& search, const std::function<bool()>& goOn);
+    bool xRead(Search& search, const std::function<bool()>& goOn);
     void xReadChunk(std::size_t number, const std::set<std::uint16_t>& channels, Search& search);
     bool xIsSettled(std::uint16_t channel, std::size_t chunksLeft, const Search& search) const;
     void xQueue(const std::set<std::uint16_t>& channels, std::size_t before, Search& search);
@@ -59,11 +58,11 @@ class NewestMessages {
 
     ChunkStore& fStore;
     bool fIsPrepared = false;
-    bool fHasLists = false;             ///< of channels, for every chunk
     bool fIsInFileOrder = true;         ///< the chunks' times ascend with their offsets
     std::size_t fStride = 1;            ///< chunks from one checkpoint to the next
     std::vector<std::uint32_t> fDense;  ///< index in LastChunks by channel
     std::vector<LastChunks> fCheckpoints;
+    std::vector<std::uint32_t> fUnlisted;  ///< numbers of the chunks without list
     std::size_t fLastBeforeChunk = 0;
     std::optional<LastChunks> fLastBefore;
     /** The newest message of a channel in a chunk, or nothing, by both. */

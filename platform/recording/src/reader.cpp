@@ -1,5 +1,6 @@
 #include "chunk_store.h"
 #include "fields.h"
+#include "latest_times.h"
 #include "messages.h"
 #include "newest_messages.h"
 
@@ -100,6 +101,13 @@ bool Reader::newestAt(std::uint64_t time, const std::set<std::uint16_t>& channel
         fNewest = std::make_unique<NewestMessages>(*fStore);
     }
     return fNewest->find(time, channels, take, goOn);
+}
+
+std::vector<std::uint64_t> Reader::timesBefore(std::uint64_t time,
+                                               const std::set<std::uint16_t>& channels,
+                                               std::size_t count,
+                                               const std::function<bool()>& goOn) {
+    return latestTimes(*fStore, time, channels, count, goOn);
 }
 
 }  // namespace recording

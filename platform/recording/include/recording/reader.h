@@ -1,6 +1,7 @@
 #ifndef RECORDING_READER_H
 #define RECORDING_READER_H
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <limits>
@@ -28,6 +29,8 @@ struct Selection {
     std::uint64_t fTo = std::numeric_limits<std::uint64_t>::max();    ///< log time, included
     std::optional<std::set<std::uint16_t>> fChannels = std::nullopt;  ///< all channels if not set
     Order fOrder = Order::LogTime;
+    /** Called before each chunk is read; false ends the messages. */
+    std::function<bool()> fGoOn = [] { return true; };
 };
 
 /** A part of a file that could not be read. */
@@ -67,7 +70,8 @@ class Messages {
  *
  * Opening reads the definitions and statistics in the file's summary, and messages() reads the
  * chunk index once and then only the chunks that it needs. A file without usable summary is read as
- * a whole when it is opened, up to the first byte that is not part of a whole record.
+ * a whole when it is opened, up to the first byte that is not part of a whole record, and
+ * afterwards as if it had its indexes.
  *
  * For one thread at a time. The file must not become shorter while it is read; it may grow, which
  * is not noticed.
@@ -116,16 +120,29 @@ class Reader {
      * The calls are in the order of messages(); a message's data is valid during its call.
      *
      * Reads the chunk of this time, and earlier ones only for channels that it does not contain.
-     * A file without indexes is read from its beginning.
+     * Chunks whose index does not list their channels are read for every channel.
      *
      * @param goOn called before each chunk is read; false ends the search
      * @return false if `goOn` has ended the search; nothing was taken then
-     * @throw RecordingError for a damaged chunk, and if chunks of more than a_largestOpenChunks
-     *        bytes overlap in time
+     * @throw RecordingError for a damaged chunk, and if the messages have more than
+     *        a_largestOpenChunks bytes
      */
     bool newestAt(
         std::uint64_t time, const std::set<std::uint16_t>& channels,
         const std::function<void(const Message&)>& take,
+        const std::function<bool()>& goOn = [] { return true; });
+
+    /**
+     * Returns the latest `count` log times before a time at which channels have messages, the
+     * latest one first; fewer at the beginning of the file. Reads backwards only the chunks that
+     * may have these messages.
+     *
+     * @param goOn called before each chunk is read; false ends the search
+     * @return nothing if `goOn` has ended the search
+     * @throw RecordingError for a damaged chunk
+     */
+    std::vector<std::uint64_t> timesBefore(
+        std::uint64_t time, const std::set<std::uint16_t>& channels, std::size_t count,
         const std::function<bool()>& goOn = [] { return true; });
 
   private:
