@@ -163,6 +163,9 @@ KVValue::Map KeyHistory::get(const std::string& key, std::uint64_t from, std::ui
     } catch (const recording::RecordingError& error) {
         throw KVError(KVError::Cause::RaisedByModule, std::string(error.what()) + '.');
     }
+    if (fIsStopping) {
+        throw KVError(KVError::Cause::Cancelled, "The replay ends.");
+    }
     return xAnswer(kept, parts.isComplete());
 }
 
@@ -225,7 +228,7 @@ std::optional<KeyHistory::Point> KeyHistory::xPointAt(std::uint64_t time, const 
             }
         }
     };
-    fReader.newestAt(time, fStage.keyChannels(key), take);
+    fReader.newestAt(time, fStage.keyChannels(key), take, [this] { return !fIsStopping; });
     if (fStage.groups().empty()) {
         return newest;
     }
@@ -234,8 +237,8 @@ std::optional<KeyHistory::Point> KeyHistory::xPointAt(std::uint64_t time, const 
     const double bytes = std::max(1.0, xBytesBetween(std::min(start, time), time));
     const double before = static_cast<double>(time - std::min(start, time));
     const auto read = static_cast<std::uint64_t>(before * std::min(1.0, a_mostBytes / bytes));
-    recording::Messages messages = fReader.messages(
-        {std::max(time - read, newestTime), time, fStage.groups(), recording::Order::LogTime});
+    recording::Messages messages =
+        xMessages(std::max(time - read, newestTime), time, fStage.groups());
     while (const std::optional<Message> message = messages.next()) {
         take(*message);
     }
@@ -252,8 +255,7 @@ void KeyHistory::xReadParts(const Parts& parts, std::uint64_t to, const std::str
     };
     const std::uint64_t behind = to == UINT64_MAX ? to : to + 1;
     if (parts.isComplete()) {
-        recording::Messages messages =
-            fReader.messages({parts.fFrom + 1, to, channels, recording::Order::LogTime});
+        recording::Messages messages = xMessages(parts.fFrom + 1, to, channels);
         std::uint64_t end = parts.fFrom + parts.fWidth;
         while (const std::optional<Message> message = messages.next()) {
             if (message->fLogTime >= end) {
@@ -268,8 +270,8 @@ void KeyHistory::xReadParts(const Parts& parts, std::uint64_t to, const std::str
     }
     for (std::size_t i = 0; i < parts.fCount; ++i) {
         const std::uint64_t start = parts.fFrom + 1 + i * parts.fWidth;
-        recording::Messages messages = fReader.messages(
-            {start, std::min(to, start + parts.fRead), channels, recording::Order::LogTime});
+        recording::Messages messages =
+            xMessages(start, std::min(to, start + parts.fRead), channels);
         while (const std::optional<Message> message = messages.next()) {
             take(*message);
         }
@@ -309,8 +311,7 @@ KeyHistory::Removals KeyHistory::xReadRemovals() {
         return removals;
     }
     try {
-        recording::Messages messages =
-            fReader.messages({0, xEndOfEvents(channels), channels, recording::Order::LogTime});
+        recording::Messages messages = xMessages(0, xEndOfEvents(channels), channels);
         std::size_t bytes = 0;
         for (std::optional<Message> message; (message = messages.next()).has_value();) {
             bytes += message->fData.size();
@@ -325,6 +326,13 @@ KeyHistory::Removals KeyHistory::xReadRemovals() {
         // A curve that needs the damaged part reports it.
     }
     return removals;
+}
+
+/** Returns messages that end early when the replay stops. */
+recording::Messages KeyHistory::xMessages(std::uint64_t from, std::uint64_t to,
+                                          const std::set<std::uint16_t>& channels) {
+    return fReader.messages(
+        {from, to, channels, recording::Order::LogTime, [this] { return !fIsStopping; }});
 }
 
 KVValue::Map KeyHistory::xAnswer(const ThinnedPoints& kept, bool isComplete) {

@@ -54,10 +54,14 @@ class KeyHistory {
      * "complete" is false.
      *
      * @throws KVError InvalidArgument for an unknown key; RaisedByModule for a wrong number of
-     *         points, or a damaged part of the file; TooMany beyond a_mostCalls
+     *         points, or a damaged part of the file; TooMany beyond a_mostCalls; Cancelled after
+     *         stop()
      */
     KVValue::Map get(const std::string& key, std::uint64_t from, std::uint64_t to,
                      std::int64_t points);
+
+    /** Ends calls of get() soon: for the end of the program. */
+    void stop() { fIsStopping = true; }
 
   private:
     /** Sections of a span. */
@@ -92,9 +96,12 @@ class KeyHistory {
     std::vector<std::uint64_t> xRemovalsOf(const std::string& key);
     std::uint64_t xEndOfEvents(const std::set<std::uint16_t>& channels) const;
     Removals xReadRemovals();
+    recording::Messages xMessages(std::uint64_t from, std::uint64_t to,
+                                  const std::set<std::uint16_t>& channels);
     static KVValue::Map xAnswer(const ThinnedPoints& kept, bool isComplete);
 
     std::atomic<int> fCalls{0};
+    std::atomic<bool> fIsStopping{false};
     std::mutex fMutex;
     recording::Reader fReader;
     const Stage& fStage;

@@ -60,10 +60,14 @@ Player::Player(recording::Reader& reader, Stage& stage, const PlayerOptions& opt
 }
 
 Player::~Player() {
+    stop();
+    fThread.join();
+}
+
+void Player::stop() {
     fIsStopping = true;
     { const std::lock_guard lock(fMutex); }
     fWake.notify_all();
-    fThread.join();
 }
 
 PlayerState Player::state() const {
@@ -119,12 +123,10 @@ std::uint64_t Player::step(int count, const std::string& camera) {
     const std::set<std::uint16_t> channels =
         camera.empty() ? fChannels : fStage.cameraChannels(camera);
     try {
-        for (int i = 0; i < count && xStepForward(channels); ++i) {
-        }
-        for (int i = 0; i > count && xStepBack(channels); --i) {
-        }
-        if (count < 0) {
-            xJump(fState.fPosition);
+        if (count > 0) {
+            xStepForward(count, channels);
+        } else if (count < 0) {
+            xStepBack(-count, channels);
         }
     } catch (const RecordingError& error) {
         xFail(error.what());
@@ -264,8 +266,7 @@ void Player::xRestage(std::uint64_t time) {
             fStage.show(next->first);
         }
     };
-    recording::Messages histories =
-        fReader.messages({0, time, fStage.histories(), recording::Order::LogTime});
+    recording::Messages histories = xMessages(0, time, fStage.histories());
     while (const std::optional<Message> message =
                fStage.histories().empty() || fIsStopping ? std::nullopt : histories.next()) {
         showUpTo(message->fLogTime);
@@ -285,16 +286,14 @@ void Player::xRestageFilm(std::uint16_t channel, std::uint64_t time) {
         const std::uint64_t nanoseconds = span * 1'000'000'000;
         const std::uint64_t first = time > nanoseconds ? time - nanoseconds : 0;
         std::optional<std::uint64_t> key;
-        recording::Messages search =
-            fReader.messages({first, time, std::set{channel}, recording::Order::LogTime});
+        recording::Messages search = xMessages(first, time, {channel});
         while (const std::optional<Message> message = fIsStopping ? std::nullopt : search.next()) {
             if (fStage.isKeyFrame(*message)) {
                 key = message->fLogTime;
             }
         }
         if (key) {
-            recording::Messages frames =
-                fReader.messages({*key, time, std::set{channel}, recording::Order::LogTime});
+            recording::Messages frames = xMessages(*key, time, {channel});
             while (const std::optional<Message> message =
                        fIsStopping ? std::nullopt : frames.next()) {
                 fStage.show(*message);
@@ -306,40 +305,42 @@ void Player::xRestageFilm(std::uint16_t channel, std::uint64_t time) {
 
 void Player::xContinueAt(std::uint64_t first) {
     fNext.reset();
-    fMessages = fReader.messages({first, fEnd, fChannels, recording::Order::LogTime});
+    fMessages = xMessages(first, fEnd, fChannels);
     fNext = fMessages->next();
 }
 
-/** Returns false at the end. */
-bool Player::xStepForward(const std::set<std::uint16_t>& channels) {
-    recording::Messages messages =
-        fReader.messages({fState.fPosition + 1, fEnd, channels, recording::Order::LogTime});
-    const std::optional<Message> message = messages.next();
-    if (!message) {
-        return false;
-    }
-    const std::uint64_t time = message->fLogTime;
-    if (!fMessages) {
-        xContinueAt(fState.fPosition + 1);
-    }
-    while (!xShowDue(time)) {
-    }
-    fState.fPosition = time;
-    return true;
+/** Returns messages that end early when the player stops. */
+recording::Messages Player::xMessages(std::uint64_t first, std::uint64_t last,
+                                      const std::set<std::uint16_t>& channels) {
+    return fReader.messages(
+        {first, last, channels, recording::Order::LogTime, [this] { return !fIsStopping; }});
 }
 
-/** Changes the position alone. Returns false at the beginning. */
-bool Player::xStepBack(const std::set<std::uint16_t>& channels) {
-    std::uint64_t previous = 0;
-    if (fState.fPosition > fStart) {
-        fReader.newestAt(fState.fPosition - 1, channels,
-                         [&previous](const Message& message) { previous = message.fLogTime; });
+void Player::xStepForward(int count, const std::set<std::uint16_t>& channels) {
+    recording::Messages messages = xMessages(fState.fPosition + 1, fEnd, channels);
+    while (count > 0 && !fIsStopping) {
+        const std::optional<Message> message = messages.next();
+        if (!message) {
+            return;
+        }
+        if (message->fLogTime <= fState.fPosition) {
+            continue;
+        }
+        if (!fMessages) {
+            xContinueAt(fState.fPosition + 1);
+        }
+        while (!fIsStopping && !xShowDue(message->fLogTime)) {
+        }
+        fState.fPosition = message->fLogTime;
+        --count;
     }
-    if (previous < fStart) {
-        return false;
-    }
-    fState.fPosition = previous;
-    return true;
+}
+
+void Player::xStepBack(int count, const std::set<std::uint16_t>& channels) {
+    const std::vector<std::uint64_t> times =
+        fReader.timesBefore(fState.fPosition, channels, static_cast<std::size_t>(count),
+                            [this] { return !fIsStopping; });
+    xJump(times.empty() ? fState.fPosition : std::max(fStart, times.back()));
 }
 
 void Player::xFail(const std::string& fault) {

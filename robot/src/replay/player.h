@@ -54,6 +54,9 @@ class Player {
     std::uint64_t end() const { return fEnd; }
     PlayerState state() const;
 
+    /** Ends operations on other threads soon, and playing: for the end of the program. */
+    void stop();
+
     /** Plays on, at the end from the beginning. */
     void play();
     void pause();
@@ -87,10 +90,11 @@ class Player {
     void xJump(std::uint64_t time);
     void xRestage(std::uint64_t time);
     void xRestageFilm(std::uint16_t channel, std::uint64_t time);
-    bool xStepForward(const std::set<std::uint16_t>& channels);
-    bool xStepBack(const std::set<std::uint16_t>& channels);
+    void xStepForward(int count, const std::set<std::uint16_t>& channels);
+    void xStepBack(int count, const std::set<std::uint16_t>& channels);
     void xContinueAt(std::uint64_t first);
-    void xShow(const recording::Message& message);
+    recording::Messages xMessages(std::uint64_t first, std::uint64_t last,
+                                  const std::set<std::uint16_t>& channels);
     void xFail(const std::string& fault);
     void xReport();
 

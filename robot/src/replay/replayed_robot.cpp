@@ -62,6 +62,9 @@ ReplayedRobot::~ReplayedRobot() {
     if (fAnnouncer) {
         fAnnouncer->announce({});
     }
+    // The broker waits for calls, which may be reading much of the file.
+    fPlayer.stop();
+    fHistory.stop();
 }
 
 std::string ReplayedRobot::xReadIcon(const Options& options, const serving::Output& output) const {

@@ -56,7 +56,7 @@ class Replay {
     }
 
     Player& player() { return *fPlayer; }
-    Stage& stage() { return fStage; }
+    const Stage& stage() const { return fStage; }
     const std::vector<std::string>& complaints() const { return fComplaints; }
 
     std::map<std::string, Expected> shown() const {
@@ -109,8 +109,8 @@ void expectShown(const std::map<std::string, Expected>& expected, const Replay& 
     }
 }
 
-/** Fast and slow keys, of all kinds, in many chunks. */
-void writeWalk(RecordedWalk& walk) {
+/** Fast and slow keys, of all kinds, in many chunks. The file is not finished. */
+void walkOn(RecordedWalk& walk) {
     std::mt19937 random(11);
     std::uint32_t frames = 0;
     for (std::uint64_t time = 10; time < 6000; time += 10) {
@@ -138,6 +138,10 @@ void writeWalk(RecordedWalk& walk) {
         }
     }
     walk.set(a_end, "Rare", true);
+}
+
+void writeWalk(RecordedWalk& walk) {
+    walkOn(walk);
     walk.finish();
 }
 
@@ -192,12 +196,10 @@ TEST(Player, ASeekToAnyTimeOfAnHourShowsWhatAStraightReadingShows) {
     }
 }
 
-TEST(Player, StepsThroughEveryChangeAndBack) {
-    RecordedWalk walk("steps.mcap");
-    writeWalk(walk);
+void stepThroughEveryChangeAndBack(const RecordedWalk& walk, const std::string& path) {
     std::vector<std::uint64_t> times = walk.times();
     times.erase(std::unique(times.begin(), times.end()), times.end());
-    Replay replay(walk.path());
+    Replay replay(path);
     EXPECT_EQ(a_start + times.front(), replay.player().state().fPosition);
     for (std::size_t i = 1; i < times.size(); ++i) {
         ASSERT_EQ(a_start + times[i], replay.player().step(1, ""));
@@ -219,6 +221,87 @@ TEST(Player, StepsThroughEveryChangeAndBack) {
     EXPECT_EQ(a_start + 80 * a_millisecond, replay.player().step(-1, "head"));
     expectShown(walk.at(80 * a_millisecond), replay);
     EXPECT_EQ(a_start + 80 * a_millisecond, replay.player().step(1, "no such camera"));
+    EXPECT_EQ(a_start + 80 * a_millisecond, replay.player().step(-1, "no such camera"));
+}
+
+TEST(Player, StepsThroughEveryChangeAndBack) {
+    RecordedWalk walk("steps.mcap");
+    walkOn(walk);
+    const std::string unfinished = walk.copyUnfinished("unfinished.mcap");
+    walk.finish();
+    stepThroughEveryChangeAndBack(walk, walk.path());
+    stepThroughEveryChangeAndBack(walk, unfinished);
+}
+
+/** A recording that was not finished, of which the first half is damaged while it is read. */
+class HalfOfAWalk {
+  public:
+    HalfOfAWalk() : fWalk("half.mcap") {
+        for (std::uint64_t i = 0; i <= a_messages; ++i) {
+            fWalk.set(i * a_millisecond, "Joint/Knee", static_cast<double>(i));
+        }
+        fPath = fWalk.copyUnfinished("half_unfinished.mcap");
+    }
+
+    const std::string& path() const { return fPath; }
+    void damage() const {
+        const std::string zeros(std::filesystem::file_size(fPath) / 2, '\0');
+        std::fstream(fPath, std::ios::in | std::ios::out | std::ios::binary) << zeros;
+    }
+
+    static constexpr std::uint64_t a_messages = 2000;
+
+  private:
+    RecordedWalk fWalk;
+    std::string fPath;
+};
+
+/** Returns the bytes that this program has read. */
+std::uint64_t bytesRead() {
+    std::ifstream counters("/proc/self/io");
+    std::string name;
+    std::uint64_t bytes = 0;
+    counters >> name >> bytes;
+    EXPECT_EQ("rchar:", name);
+    return bytes;
+}
+
+TEST(Player, StepsBackByReadingThePartOnce) {
+    const HalfOfAWalk half;
+    Replay replay(half.path());
+    replay.player().seek(a_start + HalfOfAWalk::a_messages * a_millisecond);
+    const std::uint64_t before = bytesRead();
+    replay.player().step(-1000, "");
+    EXPECT_EQ(KVValue(1000.0), replay.value("Joint/Knee"));
+    EXPECT_LT(bytesRead() - before, std::filesystem::file_size(half.path()));
+}
+
+TEST(Player, StepsBackWithoutReadingTheFileFromItsBeginning) {
+    const HalfOfAWalk half;
+    Replay replay(half.path());
+    std::uint64_t time = a_start + HalfOfAWalk::a_messages * a_millisecond;
+    EXPECT_EQ(time, replay.player().seek(time));
+    half.damage();
+    time -= 500 * a_millisecond;
+    EXPECT_EQ(time, replay.player().step(-500, ""));
+    EXPECT_EQ(KVValue(1500.0), replay.value("Joint/Knee"));
+    EXPECT_EQ("", replay.player().state().fFault);
+    // The damaged half is reported, and the position stays.
+    EXPECT_EQ(time, replay.player().step(-Player::a_mostSteps, ""));
+    EXPECT_THAT(replay.player().state().fFault, HasSubstr("chunk at byte"));
+}
+
+TEST(Player, ReadsNothingAfterItHasStopped) {
+    const HalfOfAWalk half;
+    Replay replay(half.path());
+    const std::uint64_t middle = a_start + HalfOfAWalk::a_messages / 2 * a_millisecond;
+    replay.player().seek(middle);
+    half.damage();
+    replay.player().stop();
+    EXPECT_EQ(middle, replay.player().step(-Player::a_mostSteps, ""));
+    EXPECT_EQ(middle, replay.player().step(Player::a_mostSteps, ""));
+    EXPECT_EQ(a_start, replay.player().seek(a_start));
+    EXPECT_EQ("", replay.player().state().fFault);
 }
 
 TEST(Player, PlaysToTheEndAndStops) {
@@ -402,6 +485,20 @@ TEST(History, LeavesThreadsToOtherMethods) {
     calls.pop_front();
     EXPECT_THAT(numbersOf(get()), ElementsAre(1.0));
     EXPECT_THAT(numbersOf(get()), ElementsAre(1.0));
+}
+
+TEST(History, ReadsNothingAfterItHasStopped) {
+    const HalfOfAWalk half;
+    const Replay replay(half.path());
+    KeyHistory history(half.path(), replay.stage());
+    half.damage();
+    history.stop();
+    try {
+        history.get("Joint/Knee", a_start, a_start + a_end, 100);
+        FAIL() << "it was not refused";
+    } catch (const KVError& error) {
+        EXPECT_EQ(KVError::Cause::Cancelled, error.cause());
+    }
 }
 
 TEST(History, OutlivesADamagedEvent) {

@@ -121,6 +121,13 @@ void RecordedWalk::addFrame(std::uint64_t time, const std::string& camera, std::
         number, time, image);
 }
 
+std::string RecordedWalk::copyUnfinished(const std::string& name) {
+    fWriter.flush();
+    std::filesystem::copy_file(fPath, pathOf(name),
+                               std::filesystem::copy_options::overwrite_existing);
+    return pathOf(name);
+}
+
 RecordedWalk::Keys RecordedWalk::at(std::uint64_t time) const {
     return at(std::set<std::uint64_t>{time}).at(time);
 }

@@ -41,6 +41,8 @@ class RecordedWalk {
     /** Begins another chunk of the file. */
     void flush() { fWriter.flush(); }
     void finish() { fWriter.finish(); }
+    /** Copies the file as it is before finish(). @return the path of the copy */
+    std::string copyUnfinished(const std::string& name);
 
     const std::string& path() const { return fPath; }
 
