@@ -201,7 +201,7 @@ TEST_P(NewestOf, IsThatOfAStraightReading) {
         std::mt19937_64 random(5);
         std::vector<std::uint64_t> times{0, statistics.fStart - 1, statistics.fStart,
                                          statistics.fEnd, statistics.fEnd + 1};
-        for (std::size_t i = 0; i < 100; ++i) {
+        for (std::size_t i = 0; i < 40; ++i) {
             times.push_back(i % 2 == 0 ? messages[random() % messages.size()].fLogTime
                                        : statistics.fStart +
                                              random() % (statistics.fEnd - statistics.fStart));
@@ -233,6 +233,10 @@ std::uint64_t anywhere(std::size_t /*n*/, std::mt19937& random) {
 std::uint64_t descending(std::size_t n, std::mt19937& /*random*/) {
     return (3000 - n) * 1000;
 }
+/** The newest of messages with the same time is in the chunk with the earlier start. */
+std::uint64_t descendingEqual(std::size_t n, std::mt19937& /*random*/) {
+    return (3000 - n) / 40 * 1000;
+}
 
 INSTANTIATE_TEST_SUITE_P(Shapes, NewestOf,
                          ::testing::Values(Shape{"ascending", 600, ascending},
@@ -240,6 +244,7 @@ INSTANTIATE_TEST_SUITE_P(Shapes, NewestOf,
                                            Shape{"nearby", 600, shuffledNearby},
                                            Shape{"anywhere", 600, anywhere},
                                            Shape{"descending", 600, descending},
+                                           Shape{"descending_equal", 600, descendingEqual},
                                            Shape{"one_chunk", 1'000'000, shuffledNearby}),
                          [](const auto& shape) { return std::string(shape.param.fName); });
 
