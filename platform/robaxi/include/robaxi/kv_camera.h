@@ -30,7 +30,7 @@ struct ROBAXI_EXPORT KVCameraSettings {
 struct ROBAXI_EXPORT KVCameraMode {
     int fWidth = 0;                     ///< pixels
     int fHeight = 0;                    ///< pixels
-    std::vector<std::string> fFormats;  ///< "rgb", "yuv422", "grey", "jpeg"
+    std::vector<std::string> fFormats;  ///< see KVCameraSettings::fFormat
     std::vector<double> fRates;         ///< frames a second
     /** Returns true if size, formats and rates are equal. */
     bool operator==(const KVCameraMode& other) const;

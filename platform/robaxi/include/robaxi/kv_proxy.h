@@ -42,10 +42,15 @@ class ROBAXI_EXPORT KVProxy {
      * Uses an open connection. Sends nothing and never waits: if the module does not exist, calls
      * fail with NoSuchModule.
      *
-     * The proxy shares the connection's link and keeps it open; it does not report its loss.
+     * The proxy shares the connection's link, and keeps it and the broker alive, also after the
+     * connection is destroyed. It does not report the loss of the robot: calls then fail with
+     * ConnectionLost.
      *
-     * @param timeOut seconds for each call
-     * @throws KVError InvalidArgument
+     * @param moduleName the module, for instance "KVLeds"
+     * @param connection an open or lost one
+     * @param timeOut seconds for each call, above 0
+     * @throws KVError InvalidArgument for an empty name, no connection or a time-out that is not
+     *         above 0
      */
     KVProxy(const std::string& moduleName, const std::shared_ptr<KVConnection>& connection,
             double timeOut);

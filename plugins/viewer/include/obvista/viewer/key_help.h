@@ -16,19 +16,20 @@ namespace obvista {
 /** One or more keys and their effect. */
 struct KeyHelp {
     QString fKeys;    ///< Keys, as keyText() writes them
-    QString fEffect;  ///< What they do, as a translated text
+    QString fEffect;  ///< Their effect, translated
 };
 
 /** The keys of one part of a viewer. */
 struct KeyGroup {
     QString fTitle;              ///< Translated heading of the group
-    std::vector<KeyHelp> fKeys;  ///< In the order in which they are listed
+    std::vector<KeyHelp> fKeys;  ///< In the order of the list
 };
 
-/** Returns a key sequence in the user's notation. */
+/** Returns a key sequence in the notation of the user's language and desktop. */
 OBVISTA_VIEWER_EXPORT QString keyText(const QKeySequence& keys);
 
-/** The keys of those actions that have shortcuts; an action's text is the effect. */
+/** Returns a group of those actions that have shortcuts, with all of them; an action's text without
+ *  its "&" is the effect. @param title translated */
 OBVISTA_VIEWER_EXPORT KeyGroup keysOf(const QString& title, const QList<QAction*>& actions);
 
 }  // namespace obvista

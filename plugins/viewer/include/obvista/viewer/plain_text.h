@@ -9,7 +9,8 @@
 
 namespace obvista {
 
-/** Maximum number of displayed characters (UTF-16 units) of a text or value, before an ellipsis. */
+/** Maximum number of displayed characters (UTF-16 units) of a text or value, without the ellipsis
+ *  that follows a text that is cut. */
 constexpr int a_maxTextLength = 1000;
 
 /**
@@ -18,27 +19,39 @@ constexpr int a_maxTextLength = 1000;
  * Control characters, and others that are invisible or change the direction of what follows, are
  * escaped ("\n", "\x1b", "\u{202e}"), and so is the backslash, to distinguish them. Bytes that are
  * not UTF-8 become U+FFFD. The cost for a text of many megabytes is the same as for a short one.
+ *
+ * @param utf8 the text, in UTF-8
+ * @param maxLength UTF-16 units of the result; an ellipsis follows a text that is cut
  */
 OBVISTA_VIEWER_EXPORT QString plainText(const std::string& utf8, int maxLength = a_maxTextLength);
 
-enum class Quotes { None, Double };
+/** Quotation marks that BoundedText::appendSafely() escapes. */
+enum class Quotes {
+    None,
+    Double  ///< each " becomes \"
+};
 
-/** A line with a maximum length. */
+/** A line with a maximum length, of pieces that are appended. */
 class OBVISTA_VIEWER_EXPORT BoundedText {
   public:
-    /** @param maxLength in UTF-16 units; an ellipsis follows a cut text */
+    /** @param maxLength in UTF-16 units, without the ellipsis that follows a text that is cut */
     explicit BoundedText(int maxLength) : fMaxLength(maxLength) {}
 
-    bool isFull() const { return fIsFull; }  ///< Returns true if the limit is reached.
+    /** Returns true if a piece did not fit and was cut; further ones are ignored. */
+    bool isFull() const { return fIsFull; }
 
-    void append(const QString& piece);  ///< Appends what fits
+    /** Appends a text that is safe already, or its beginning if it does not fit. */
+    void append(const QString& piece);
     /**
-     * Appends a text from the robot, made safe as by plainText(); quotation marks are also escaped
-     * with Quotes::Double. The caller adds the enclosing marks.
+     * Appends a text from the robot, made safe as by plainText(), or its beginning if it does not
+     * fit.
+     *
+     * @param utf8 the text, in UTF-8
+     * @param quotes the quotation marks to escape; the caller adds the enclosing ones
      */
     void appendSafely(const std::string& utf8, Quotes quotes);
 
-    QString text() const;  ///< Returns the text, which is within the limit.
+    QString text() const;  ///< Returns the line, with an ellipsis at its end if it was cut.
 
   private:
     QString fText;

@@ -95,15 +95,18 @@ class OBVISTA_VIEWER_EXPORT RobotLink {
      */
     double silence() const;
 
-    /** Takes note of the robot's announcement, by which it is found again if it moves. For
-     *  ViewerWidget, about once a second. */
+    /** Takes note of the robot's announcement, by which it is found again if it moves. ViewerWidget
+     *  calls it about once a second; a widget without that base class does the same. */
     void noteAnnouncement();
 
     /** Returns true if the robot was lost before the link was closed, and has not returned. May be
      *  called from any thread. */
     bool isLost() const { return fIsLost; }
 
-    /** @name Connecting to a lost robot again. For ViewerWidget. */
+    /** @name Connecting to a lost robot again
+     * ViewerWidget calls these operations, since it shows the attempts and asks about other robots.
+     * Only a widget without that base class calls them itself.
+     */
     ///@{
     enum class Return {
         None,       ///< not yet
@@ -122,12 +125,13 @@ class OBVISTA_VIEWER_EXPORT RobotLink {
     void acceptStranger();
     ///@}
 
-    /** The notice that there is something to take from this link, or that it has ended.
-     * ViewerWidget receives it; the threads that bring something give it. */
+    /** Returns the notice that there is something to take from this link, or that it has ended. The
+     *  threads that bring something give it; ViewerWidget receives it, and emits newsArrived(). */
     Notice& notice() { return fNotice; }
 
-    /** Returns the controls of a robot that is a replay; null once the link is closed. For
-     *  ViewerWidget. */
+    /** Returns the controls of a replay; null once the link is closed, and while it connects to a
+     *  lost robot again. Only for ViewerWidget: no header declares them. Other code uses
+     *  ViewerWidget::replayState(). */
     ReplayClient* replay() const { return fReplay.get(); }
 
   protected:
