@@ -44,6 +44,14 @@ std::string nameOf(Verdict verdict) {
     return "skipped";
 }
 
+Finding problemOf(const std::string& text) {
+    const std::size_t end = text.find(". ");
+    if (end == std::string::npos) {
+        return {Verdict::Problem, text, {}};
+    }
+    return {Verdict::Problem, text.substr(0, end + 1), text.substr(end + 2)};
+}
+
 const AnnouncedHost* completeAnnouncement(const Target& target,
                                           const std::map<std::string, AnnouncedHost>& hosts) {
     const auto found = std::find_if(hosts.begin(), hosts.end(), [&target](const auto& entry) {

@@ -30,6 +30,9 @@ struct Finding {
 
 std::string nameOf(Verdict verdict);
 
+/** Returns a problem: the first sentence of a text, and the others as the advice. */
+Finding problemOf(const std::string& text);
+
 /**
  * Returns the announcement of the host that is examined if nothing further can change the report on
  * it: it is a robot with middleware, its addresses are known, and no other host will be taken for

@@ -42,16 +42,6 @@ bool isOfAccess(const KVError& error) {
     }
 }
 
-/** Splits the library's text into the problem and the advice. */
-Finding split(const KVError& error) {
-    const std::string text = error.toString();
-    const std::size_t end = text.find(". ");
-    if (end == std::string::npos) {
-        return {Verdict::Problem, text, {}};
-    }
-    return {Verdict::Problem, text.substr(0, end + 1), text.substr(end + 2)};
-}
-
 Finding unreached(const Endpoint& endpoint, const KVError& error) {
     const std::string place = placeOf(endpoint);
     switch (error.cause()) {
@@ -192,7 +182,7 @@ Finding checkProtocol(Examination& examination) {
                        ? Finding{Verdict::Skipped,
                                  "It refuses access, so its version is not known.",
                                  {}}
-                       : split(*examination.fConnectError);
+                       : problemOf(examination.fConnectError->toString());
     }
 }
 
@@ -201,7 +191,7 @@ Finding checkAccess(Examination& examination) {
         return {Verdict::Good, "It accepts this computer.", {}};
     }
     if (examination.fConnectError && isOfAccess(*examination.fConnectError)) {
-        return split(*examination.fConnectError);
+        return problemOf(examination.fConnectError->toString());
     }
     return {Verdict::Skipped, "There is no connection.", {}};
 }

@@ -41,14 +41,6 @@ std::string textAt(const Values& values, std::string_view key) {
                   : std::string();
 }
 
-/** Splits the bridge's text into the problem and the advice. */
-Finding domainProblem(const std::string& text) {
-    const std::size_t end = text.find(". ");
-    return end == std::string::npos
-               ? Finding{Verdict::Problem, text, {}}
-               : Finding{Verdict::Problem, text.substr(0, end + 1), text.substr(end + 2)};
-}
-
 Finding topicProblems(const Values& values) {
     std::size_t count = 0;
     std::string named;
@@ -84,7 +76,7 @@ Finding checkRos2(Examination& examination) {
             return a_noBridge;
         }
         const std::string problem = textAt(values, a_problem);
-        return problem.empty() ? topicProblems(values) : domainProblem(problem);
+        return problem.empty() ? topicProblems(values) : problemOf(problem);
     } catch (const KVError&) {
         return a_noBridge;
     } catch (const Failure& failure) {
