@@ -15,6 +15,7 @@ import grpc.aio
 from robaxi.v1 import robaxi_pb2 as pb
 
 _DETAILS = "robaxi-error-bin"
+_BETWEEN_FLOODS = 0.05  # seconds; shorter than `robaxi conform` waits for messages that must not come
 _OPTIONS = [("grpc.max_send_message_length", -1), ("grpc.so_reuseport", 0)]
 #: Requests and replies of the robot's RPCs.
 _MESSAGES = {
@@ -67,6 +68,7 @@ class Breakage(NamedTuple):
     closes: bool = True  #: the end of the client's messages passes
     metadata: Optional[Callable[[Dict[str, str]], Dict[str, str]]] = None
     receive_limit: int = -1
+    flood: Any = None  #: a message that the client receives again and again, behind the first reply
 
 
 def each(change: Change) -> Change:
@@ -159,7 +161,18 @@ class _Handler(grpc.GenericRpcHandler):
                 for one in _changed(passage, breakage.reply, types and types[1], data):
                     async with lock:
                         await context.write(one)
+                if breakage.flood:
+                    has_answered.set()
 
+        async def flood() -> None:
+            await has_answered.wait()
+            while True:
+                async with lock:
+                    await context.write(breakage.flood.SerializeToString())
+                await asyncio.sleep(_BETWEEN_FLOODS)
+
+        has_answered = asyncio.Event()
+        flooding = asyncio.ensure_future(flood())
         forwarding = asyncio.ensure_future(forward())
         try:
             returning = asyncio.ensure_future(back())
@@ -177,6 +190,7 @@ class _Handler(grpc.GenericRpcHandler):
                 trailing = () if end.details is None else ((_DETAILS, end.details),)
                 await context.abort(end.code, end.text, trailing)
         finally:
+            flooding.cancel()
             forwarding.cancel()
             returning.cancel()
             robot.cancel()

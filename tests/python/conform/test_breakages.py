@@ -10,6 +10,7 @@ import breakages
 from breaking_proxy import Proxies
 from conforming import WRITABLE, conform, place, results, results_at_once
 from plain_and_tls import PlainAndTls
+from robaxi.v1 import robaxi_pb2 as pb
 
 AT_ONCE = 6
 
@@ -99,6 +100,17 @@ def test_an_unbroken_proxy(robot):
     finally:
         proxies.close()
     assert [one for one in found if one["verdict"] == "failed"] == []
+
+
+def test_messages_without_end(robot):
+    """A robot that sends without being asked does not keep a check waiting."""
+    answer = pb.ServerBatch(messages=[pb.ServerMessage(module_list=pb.ModuleList(call_id=4711))])
+    proxies = Proxies(robot.port, {"flood": breakages.Breakage(flood=answer)})
+    try:
+        found = results(place(proxies.ports["flood"]), "--check", "resuming.repeated")
+    finally:
+        proxies.close()
+    assert [one["verdict"] for one in found] == ["passed"]
 
 
 def test_each_check_has_a_breakage():

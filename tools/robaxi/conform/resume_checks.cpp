@@ -182,7 +182,8 @@ void checkRepeated(Subject& robot) {
     session.ask(1);
     session.send(listMessage(a_repeatedCall, ""), 1);
     session.ask(2);
-    while (session.next(Clock::now() + a_quiet)) {
+    const Clock::time_point deadline = Clock::now() + a_quiet;
+    while (session.next(deadline)) {
     }
     require(session.answered().count(a_repeatedCall) == 0,
             "The robot answered a request in a repeated batch.");

@@ -97,6 +97,7 @@ Rpc::Rpc(Wire& wire, const std::string& method, const std::string& authorization
 }
 
 Rpc::~Rpc() {
+    fIsCancelled = true;
     fContext.TryCancel();
     fWire.fRpcs.erase(this);
     if (fHasStarted && !fRead.fIsPending && !fFinish.fIsPending && !fEnd) {
@@ -159,7 +160,9 @@ void Rpc::xHandle(const Event& event, bool ok) {
             xReadNext();
             break;
         case Step::Read:
-            if (ok) {
+            // A message that has come before the cancellation is followed by the end: reading on
+            // would stop at the bound, without any further event.
+            if (ok && !fIsCancelled) {
                 fIn.push_back(bytesOf(fIncoming));
                 fInBytes += fIn.back().size();
                 xReadNext();

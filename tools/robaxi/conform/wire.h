@@ -125,6 +125,7 @@ class Rpc {
     std::size_t fInBytes = 0;
     bool fHasStarted = false;
     bool fClosesWhenSent = false;
+    bool fIsCancelled = false;
     std::string fSign;  ///< of life
     Clock::duration fSignPeriod{};
     Clock::time_point fNextSign = Clock::time_point::max();
