@@ -235,7 +235,15 @@ void WindowTest::stopsWhileItIsMinimised() {
     QTRY_VERIFY(!fDriver->window().windowHandle()->isExposed());
     QTRY_COMPARE(figureOf(fViewer, QStringLiteral("received")), 0.0);
     const int before = shown.size();
-    fDriver->letTimePass();
+    {
+        // A viewer with its own window shows that the camera sends further frames.
+        const std::unique_ptr<QWidget> other(fDriver->createWidget(fRobot->port()));
+        other->setParent(nullptr);
+        other->show();
+        const std::optional<FrameStamp> stamp = xStampAfter(other.get(), 0);
+        QVERIFY(stamp.has_value());
+        QVERIFY(xStampAfter(other.get(), stamp->fNumber + 5).has_value());
+    }
     QCOMPARE(shown.size(), before);
     fDriver->window().showNormal();
     QTRY_VERIFY(shown.size() > before + 3);

@@ -165,13 +165,13 @@ void PluginTest::keepsItsConnectionWhenHidden() {
     };
     QVERIFY(isLive());
     dock->hide();
-    fViewer->letTimePass();
+    settle(widget);
     dock->show();
     QVERIFY(isLive());
     fViewer->window().tabifyDockWidget(dock, cover);
     QTest::ignoreMessage(QtWarningMsg, "This plugin does not support raise()");
     cover->raise();
-    fViewer->letTimePass();
+    settle(widget);
     dock->raise();
     QVERIFY(isLive());
     dock->setFloating(true);
@@ -179,7 +179,7 @@ void PluginTest::keepsItsConnectionWhenHidden() {
     dock->setFloating(false);  // in the background tab
     dock->raise();
     fViewer->window().close();
-    fViewer->letTimePass();
+    settle(widget);
     fViewer->window().show();
     QVERIFY(isLive());
     QTRY_COMPARE(connectionsTo(fRobot->port()), 1);

@@ -63,7 +63,7 @@ void WindowTest::keepsItsConnectionInAMinimisedWindow() {
     fViewer->window().showMinimized();
     QTRY_COMPARE(fViewer->window().windowState() & Qt::WindowMinimized, Qt::WindowMinimized);
     QTRY_VERIFY(!fViewer->window().windowHandle()->isExposed());
-    fViewer->letTimePass();
+    settle(fDock->widget());
     QTRY_COMPARE(connectionsTo(fRobot->port()), 1);
     fViewer->window().showNormal();
     QVERIFY(waitForExposed(&fViewer->window()));
@@ -78,7 +78,7 @@ void WindowTest::endsItsConnectionByTheDocksCloseButton() {
     QTRY_COMPARE(connectionsTo(fRobot->port()), 0);
     QVERIFY(fDock->isHidden());
     fRobot->stop();
-    fViewer->letTimePass();
+    settle(fDock->widget());
     QCOMPARE(lost.size(), 0);
 }
 

@@ -65,13 +65,14 @@ VideoRobot::~VideoRobot() {
     stop();
 }
 
-void VideoRobot::addCamera(const std::string& name) {
+void VideoRobot::addCamera(const std::string& name, const KVValue::Map& settings) {
+    KVValue::Map all = settings;
+    all.insert({{"width", KVValue(320)},
+                {"height", KVValue(240)},
+                {"format", KVValue("rgb")},
+                {"rate", KVValue(30.0)}});
     const std::lock_guard<std::mutex> lock(fMutex);
-    fCameras.push_back({name,
-                        {{"width", KVValue(320)},
-                         {"height", KVValue(240)},
-                         {"format", KVValue("rgb")},
-                         {"rate", KVValue(30.0)}}});
+    fCameras.push_back({name, all});
     fFrames->addStream(name);
 }
 

@@ -35,9 +35,9 @@ class VideoRobot {
 
     /**
      * Adds a camera of 160x120 and 320x240, in all formats at 5, 15 and 30 frames a second, set to
-     * 320x240 rgb at 30.
+     * 320x240 rgb at 30 except for the given settings.
      */
-    void addCamera(const std::string& name);
+    void addCamera(const std::string& name, const KVValue::Map& settings = {});
     void removeCamera(const std::string& name);
 
     /** Sends a frame; sets the camera's next number and the current time if it has none. */

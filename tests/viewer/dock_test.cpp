@@ -156,7 +156,7 @@ void DockTest::isClosedAloneByAHeldKey() {
     QTRY_VERIFY(fDock->isHidden());
     aControlOf(fOther->widget())->setFocus();
     repeatKey(Qt::Key_W, Qt::ControlModifier);
-    fDriver->letTimePass();
+    settle(fOther->widget());
     QVERIFY(fOther->isVisible());
 }
 
@@ -165,7 +165,7 @@ void DockTest::isNotClosedByKeyboardWhereTheDockForbidsIt() {
     aControlOf(fDock->widget())->setFocus();
     xPress(fDock->widget(), Qt::Key_W, Qt::ControlModifier);
     xPress(fDock->widget(), Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
-    fDriver->letTimePass();
+    settle(fDock->widget());
     QVERIFY(fDock->isVisible());
     QVERIFY(!fDock->isFloating());
 }

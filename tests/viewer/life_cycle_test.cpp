@@ -2,6 +2,8 @@
 #include "viewer_process_command.h"
 
 #include <obvista/widget_interface.h>
+#include <robaxi/kv_broker.h>
+#include <robaxi/kv_connection.h>
 #include <robaxi/kv_error.h>
 
 #include <QAbstractButton>
@@ -68,6 +70,12 @@ KVError::Cause causeOfFailure(PluginDriver& viewer, int port) {
         return error.cause();
     }
     return KVError::Cause::Internal;
+}
+
+/** Connects to a robot, which answers. */
+std::shared_ptr<KVConnection> visit(int port) {
+    constexpr double timeOut = 30;
+    return KVConnection::open(KVBroker::createBroker({"Visitor"}), "127.0.0.1", port, timeOut);
 }
 
 }  // namespace
@@ -274,7 +282,7 @@ void LifeCycleTest::reportsALossOnce() {
     fRobot->stop();
     QTRY_COMPARE(lost.size(), 1);
     QCOMPARE(lost.at(0).at(0).value<WidgetInterface*>(), fViewer->plugin());
-    fViewer->letTimePass();
+    settle(widget);
     QCOMPARE(lost.size(), 1);
 }
 
@@ -298,7 +306,8 @@ void LifeCycleTest::reportsARobotThatStaysSilent() {
     robot.suspend();
     QTRY_COMPARE(lost.size(), 1);
     robot.resume();
-    fViewer->letTimePass();
+    visit(robot.port());
+    settle(widget);
     QCOMPARE(lost.size(), 1);
     QVERIFY(saysLost(widget));
     qunsetenv("ROBAXI_SILENCE");
@@ -396,16 +405,18 @@ void LifeCycleTest::givesUpWhenTheUserDoes() {
     auto* giveUp = widget->findChild<QAbstractButton*>(QStringLiteral("giveUpButton"));
     QTRY_VERIFY(giveUp->isVisible());
     QVERIFY(!saysLost(widget));
-    fViewer->letTimePass();
+    // It has tried several times then.
+    QTRY_VERIFY(!bannerOf(widget).startsWith(QLatin1String("Lost 0 s")));
     QCOMPARE(lost.size(), 0);
     giveUp->click();
     QTRY_COMPARE(lost.size(), 1);
     QVERIFY(saysLost(widget));
     QVERIFY(!giveUp->isVisible());
     fRobot = makeRobot("TestRobot", port);
-    fViewer->letTimePass();
+    const auto visitor = visit(port);
+    settle(widget);
     QCOMPARE(lost.size(), 1);
-    QCOMPARE(connectionsTo(port), 0);
+    QCOMPARE(connectionsTo(port), 1);  // that of the visitor
 }
 
 void LifeCycleTest::asksBeforeItConnectsToAnotherRobot() {
@@ -418,8 +429,10 @@ void LifeCycleTest::asksBeforeItConnectsToAnotherRobot() {
     QTRY_COMPARE(
         bannerOf(widget),
         QStringLiteral("\"OtherRobot\" answers in the place of \"TestRobot\". Connect to it?"));
-    fViewer->letTimePass();
+    QWidget* other = xShow(*fRobot);
+    QTRY_VERIFY(shows(other, 9));
     QVERIFY(shows(widget, 7));
+    delete other;
     xLoseRobot();
     QTRY_VERIFY(bannerOf(widget).startsWith(QLatin1String("Lost ")));
 
@@ -521,13 +534,13 @@ void LifeCycleTest::survivesItsDeletionInsideTheReport() {
     fViewer->onDisconnected(widget, [&](WidgetInterface* plugin) {
         ++reports;
         QCOMPARE(plugin, fViewer->plugin());
-        fViewer->letTimePass();  // simulates a user who reads a dialog
+        settle(widget);  // simulates a user who reads a dialog
         fViewer->deletePlugin();
     });
     QTRY_VERIFY(isLive(widget));
     fRobot->stop();
     QTRY_VERIFY(!fViewer->plugin());
-    fViewer->letTimePass();
+    settle(widget);
     QCOMPARE(reports, 1);
     QVERIFY(saysLost(widget));
 }
@@ -541,7 +554,7 @@ void LifeCycleTest::survivesTheWidgetsDeletionInsideTheReport() {
     fRobot->stop();
     QTRY_VERIFY(!fViewer->plugin());
     QVERIFY(!widget);
-    fViewer->letTimePass();
+    QCoreApplication::sendPostedEvents();
 }
 
 void LifeCycleTest::reportsTheLossesOfTwoRobotsWhileADialogIsOpen() {
@@ -563,7 +576,8 @@ void LifeCycleTest::reportsTheLossesOfTwoRobotsWhileADialogIsOpen() {
     });
     fRobot->stop();
     QTRY_VERIFY(!fViewer->plugin());
-    fViewer->letTimePass();
+    settle(first);
+    settle(second);
     QCOMPARE(firstReports, 1);
     QCOMPARE(secondReports, 1);
 }
@@ -576,7 +590,7 @@ void LifeCycleTest::isSilentAfterThePluginIsDeleted() {
     QCOMPARE(connectionsTo(fRobot->port()), 0);
     fRobot->stop();
     QTRY_VERIFY(saysClosed(widget));
-    fViewer->letTimePass();
+    settle(widget);
     QCOMPARE(lost.size(), 0);
 }
 
@@ -588,7 +602,7 @@ void LifeCycleTest::isSilentWhenThePluginIsDeletedWithALossUnderWay() {
     fRobot->stop();
     QVERIFY(witness.wait());
     fViewer->deletePlugin();
-    fViewer->letTimePass();
+    settle(widget);
     QCOMPARE(lost.size(), 0);
     QVERIFY(saysClosed(widget));
 }
@@ -646,7 +660,7 @@ void LifeCycleTest::isSilentWhenItsDockIsClosedWithALossUnderWay() {
     fRobot->stop();
     QVERIFY(witness.wait());
     QVERIFY(dock->close());
-    fViewer->letTimePass();
+    settle(dock->widget());
     QCOMPARE(lost.size(), 0);
 }
 
@@ -656,7 +670,7 @@ void LifeCycleTest::keepsItsConnectionWhenItsDockIsNotClosedAfterAll() {
     dock.setWidget(widget);
     fViewer->window().addDockWidget(Qt::TopDockWidgetArea, &dock);
     QVERIFY(!dock.close());
-    fViewer->letTimePass();
+    settle(widget);
     fRobot->show(8);
     QTRY_VERIFY(shows(widget, 8));
 }
@@ -684,7 +698,7 @@ void LifeCycleTest::forgetsALossThatADockHeldBackWhenThePluginIsDeleted() {
     QVERIFY(witness.wait());
     QVERIFY(!dock.close());
     fViewer->deletePlugin();
-    fViewer->letTimePass();
+    settle(widget);
     QCOMPARE(lost.size(), 0);
 }
 
@@ -693,8 +707,9 @@ void LifeCycleTest::followsTheDockItIsMovedTo() {
     QWidget* widget = left->widget();
     QDockWidget* moved = fViewer->dock(widget);
     QVERIFY(left->close());
-    fViewer->letTimePass();
-    QTRY_COMPARE(connectionsTo(fRobot->port()), 1);
+    settle(widget);
+    fRobot->show(8);
+    QTRY_VERIFY(shows(widget, 8));
     QVERIFY(moved->close());
     QTRY_COMPARE(connectionsTo(fRobot->port()), 0);
 }

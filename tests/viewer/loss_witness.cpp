@@ -10,7 +10,7 @@ namespace obvista_test {
 
 LossWitness::LossWitness(int port)
     : fBroker(KVBroker::createBroker({"Witness"})),
-      fConnection(KVConnection::open(fBroker, "127.0.0.1", port, 5)) {
+      fConnection(KVConnection::open(fBroker, "127.0.0.1", port, 30)) {
     fConnection->setLostHandler([this](const KVError&) {
         const std::lock_guard<std::mutex> lock(fMutex);
         fIsLost = true;
@@ -22,7 +22,7 @@ LossWitness::~LossWitness() = default;
 
 bool LossWitness::wait() {
     std::unique_lock<std::mutex> lock(fMutex);
-    return fCondition.wait_for(lock, std::chrono::seconds(10), [this] { return fIsLost; });
+    return fCondition.wait_for(lock, std::chrono::seconds(30), [this] { return fIsLost; });
 }
 
 }  // namespace obvista_test

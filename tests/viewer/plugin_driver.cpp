@@ -4,9 +4,9 @@
 #include <QLabel>
 #include <QPluginLoader>
 #include <QSettings>
-#include <QTest>
 
 #include <project_files.h>
+#include <timers.h>
 
 namespace obvista_test {
 
@@ -51,15 +51,15 @@ void PluginDriver::onDisconnected(QWidget* widget, std::function<void(WidgetInte
             SLOT(xOnDisconnected(WidgetInterface*)));
 }
 
-void PluginDriver::letTimePass() {
-    constexpr int frames = 10;
-    constexpr int frameTime = 40;
-    QTest::qWait(frames * frameTime);
-}
-
 void PluginDriver::xOnDisconnected(WidgetInterface* plugin) {
     const auto action = fActions.value(sender());
     action(plugin);
+}
+
+void settle(QWidget* viewer) {
+    QCoreApplication::sendPostedEvents();
+    expire(*viewer->findChild<QTimer*>(QStringLiteral("seenTimer")));
+    QCoreApplication::sendPostedEvents();
 }
 
 QString pluginLibrary(const QString& pluginName) {

@@ -38,12 +38,6 @@ class PluginDriver : public QObject {
     void deletePlugin();
     void onDisconnected(QWidget* widget, std::function<void(WidgetInterface*)> action);
 
-    /**
-     * Runs the event loop for several of a viewer's frames: long enough for an unwanted effect to
-     * appear.
-     */
-    void letTimePass();
-
   private Q_SLOTS:
     void xOnDisconnected(WidgetInterface* plugin);
 
@@ -54,6 +48,12 @@ class PluginDriver : public QObject {
     WidgetInterface* fPlugin = nullptr;
     QHash<QObject*, std::function<void(WidgetInterface*)>> fActions;
 };
+
+/**
+ * Handles everything that is queued, and the viewer's periodic look at its window and robot: the
+ * effects of what has happened have then appeared, wanted or not.
+ */
+void settle(QWidget* viewer);
 
 /** Returns the path of a plugin's library in the build tree. */
 QString pluginLibrary(const QString& pluginName);

@@ -60,7 +60,8 @@ ViewerWidget::ViewerWidget(std::shared_ptr<RobotLink> link, WidgetInterface* plu
       fPlugin(plugin),
       fHeader(new RobotHeader(this)),
       fBanner(new Banner(this)),
-      fTimeBar(new TimeBar(this)) {
+      fTimeBar(new TimeBar(this)),
+      fSeenTimer(this) {
     fHeader->setRobot(robotName(), robotAddress());
     QAction* reconnect = fHeader->reconnectAction();
     const auto showSetting = [reconnect] { reconnect->setChecked(isReconnectWanted()); };
@@ -82,6 +83,7 @@ ViewerWidget::ViewerWidget(std::shared_ptr<RobotLink> link, WidgetInterface* plu
                     replay->call(method, arguments);
                 }
             });
+    fSeenTimer.setObjectName(QStringLiteral("seenTimer"));
     connect(&fSeenTimer, &QTimer::timeout, this, &ViewerWidget::xOnTick);
     fSeenTimer.start(a_seenTime);
     xFollowDock();
