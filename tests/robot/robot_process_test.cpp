@@ -184,7 +184,8 @@ TEST_F(SubscribedRobotTest, rastaPlaysOnTheFaceAndEndsWithTheLedsAsBefore) {
     const char* const led = "Leds/Face/Left/0";
     ASSERT_TRUE(fValues.waitFor(led, [](const auto& history) { return !history.empty(); }));
     const auto leds = proxy("KVLeds", fRobot);
-    EXPECT_GT(leds->pCall<float>("rasta", 1.0F), 0);
+    // Long enough for several updates on a busy machine.
+    EXPECT_GT(leds->pCall<float>("rasta", 3.0F), 0);
     EXPECT_TRUE(fValues.waitFor(led, [](const auto& history) {
         return history.size() >= 4 && history.back() == history.front() && history[1] != history[0];
     }));
@@ -414,9 +415,11 @@ TEST_F(RobotProcessTest, theMiddlewareGoesAndComesBack) {
 
 TEST_F(RobotProcessTest, theInterruptionIsAnsweredAndEndsByItself) {
     RobotProcess robot;
+    const auto connection =
+        KVConnection::open(fBroker, RobotProcess::address(), robot.port(), a_timeOut);
     proxy("KVSim", robot)->callVoid("interruptMiddleware", 0.5);
-    EXPECT_TRUE(
-        comesTrue([&] { return refusal([&] { proxy("KVMemory", robot); }) != "it was accepted"; }));
+    // A busy machine may be too slow for an attempt to connect, but every connection ends.
+    EXPECT_TRUE(comesTrue([&] { return !connection->isConnected(); }));
     EXPECT_TRUE(
         comesTrue([&] { return refusal([&] { proxy("KVMemory", robot); }) == "it was accepted"; }));
 }

@@ -241,7 +241,8 @@ void PanelTest::plotsNoMoreKeysThanItCanShow() {
 void PanelTest::followsTheNewestValues() {
     xPlot(QStringLiteral("A"));
     xAppend(QStringLiteral("A"), fStart, 1);
-    QTRY_COMPARE(xTime().right(), double(fStart));
+    QTRY_VERIFY(xTime().right() >= double(fStart));
+    QVERIFY(xTime().right() < double(fStart + 5 * a_second));
     xAppend(QStringLiteral("A"), fStart + 5 * a_second, 2);
     QTRY_VERIFY(xTime().right() >= double(fStart + 5 * a_second));
     QCOMPARE(xTime().span(), 30.0 * a_second);

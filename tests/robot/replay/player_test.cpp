@@ -314,7 +314,8 @@ TEST(Player, PlaysToTheEndAndStops) {
         return !state.fIsPlaying && state.fPosition == a_start + a_end;
     }));
     expectShown(walk.at(a_end), replay);
-    // Again from the beginning.
+    // Again from the beginning; slowly enough to be seen on a busy machine.
+    replay.player().setSpeed(1);
     replay.player().play();
     EXPECT_TRUE(replay.waitUntil([](const PlayerState& state) {
         return state.fIsPlaying && state.fPosition < a_start + a_end;
