@@ -54,10 +54,10 @@ class Robot {
 
     int port() const { return fBroker->getPort(); }
 
-    /** Waits for the next call; returns an empty string if there is none within five seconds. */
+    /** Waits for the next call; returns an empty string if there is none. */
     std::string nextCall() {
         std::unique_lock<std::mutex> lock(fMutex);
-        fCalled.wait_for(lock, std::chrono::seconds(5), [this] { return !fCall.empty(); });
+        fCalled.wait_for(lock, std::chrono::seconds(60), [this] { return !fCall.empty(); });
         return std::exchange(fCall, std::string());
     }
 

@@ -72,7 +72,7 @@ class Listener {
         const int before = fExceptions.size();
         fThread->start();
         return obvista_test::waitFor([&] { return fExceptions.size() > before; }) &&
-               fThread->wait(5000);
+               fThread->wait(obvista_test::a_qtPatience);
     }
 
     /** Processes all events queued on this thread. */

@@ -35,7 +35,7 @@ constexpr std::chrono::seconds a_patience{30};
  * down: its system asks for the program's hardware address once a second. TCP alone would need 5.7
  * after packets were dropped for 8 s.
  */
-constexpr double a_soon = 2;
+constexpr double a_soon = 4;
 
 /** A robot on a separate host, and a program that watches its values. */
 class Visit {

@@ -34,8 +34,8 @@ constexpr int a_longestUnit = 40 + 1;
 constexpr int a_longestTip = 4 * a_longestValue;
 /** Milliseconds that a user does not perceive as a hanging window. */
 constexpr qint64 a_longestHold = 1000;
-/** The robot needs some seconds to cycle through its changes. */
-constexpr int a_patience = 20000;
+/** Milliseconds: the robot needs some seconds to cycle through its changes. */
+constexpr int a_patience = 60000;
 
 /** Returns true if no character of the text is invisible or moves neighbouring text. */
 bool isPlain(const QString& text) {

@@ -233,8 +233,7 @@ void RecordingTest::endsWithAWholeFileWhenTheRobotIsKilled() {
     xStart();
     QTRY_VERIFY(xValuesSaid() > 10);
     fWindow->robot().kill();
-    QTRY_VERIFY2_WITH_TIMEOUT(xText().startsWith(QLatin1String("Recorded")), qPrintable(xText()),
-                              20000);
+    QTRY_VERIFY2(xText().startsWith(QLatin1String("Recorded")), qPrintable(xText()));
     const QList<Row> rows = rowsOf(fFile);
     QVERIFY(rows.size() > 10);
     QCOMPARE(rows.size(), xValuesSaid());
@@ -315,8 +314,8 @@ void RecordingTest::endsWithAWholeFileWhenTheDiskIsFull() {
     xWatch("Battery/Voltage");
     const FileSizeLimit limit(bytes);
     xStart();
-    QTRY_VERIFY2_WITH_TIMEOUT(xText().contains(QLatin1String("robot.csv cannot be written: ")),
-                              qPrintable(xText()), 20000);
+    QTRY_VERIFY2(xText().contains(QLatin1String("robot.csv cannot be written: ")),
+                 qPrintable(xText()));
     QVERIFY2(xText().contains(QLatin1String("The file contains the values up to that point.")),
              qPrintable(xText()));
     QVERIFY(rowsOf(fFile).size() > 10);

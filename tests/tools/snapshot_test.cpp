@@ -411,7 +411,7 @@ TEST_F(Snapshot, RefusesEachTroubleOfACameraWithASentence) {
         const ToolResult set = runTool({"call", place, "KVSim", "setCamera", "head", trouble});
         ASSERT_EQ(0, set.fStatus) << set.fErrors;
         const ToolResult result =
-            runTool({"snapshot", place, "head", "-o", fFolder / "a.png", "--timeout", "2"});
+            runTool({"snapshot", place, "head", "-o", fFolder / "a.png", "--timeout", "20"});
         EXPECT_EQ(status, result.fStatus) << trouble << ": " << result.fErrors;
         EXPECT_THAT(result.fErrors, StartsWith("robaxi: ")) << trouble;
         EXPECT_TRUE(fs::is_empty(fFolder)) << trouble;
