@@ -33,7 +33,7 @@ TEST(Broker, WithoutAddressPortAndParentListensNowhere) {
     const auto server = makeServer();
     server->addModule(makeEcho());
     EXPECT_EQ(countListeningSockets(), before + 1) << "the count sees a socket that listens";
-    KVProxy proxy("Echo", a_loopback, server->getPort(), light, 5, 0);
+    KVProxy proxy("Echo", a_loopback, server->getPort(), light, a_timeOut, 0);
     EXPECT_EQ(proxy.call<int>("echo", 1), 1);
     EXPECT_EQ(countListeningSockets(), before + 1);
 }
@@ -52,7 +52,7 @@ TEST(Broker, ListensOnItsAddressUntilItGoes) {
 TEST(Broker, ListensOnAllAddressesWhenOnlyAPortIsGiven) {
     const auto server = create("", obvista_test::freePort());
     server->addModule(makeEcho());
-    KVProxy proxy("Echo", "127.0.0.1", server->getPort(), makeClient(), 5, 0);
+    KVProxy proxy("Echo", "127.0.0.1", server->getPort(), makeClient(), a_timeOut, 0);
     EXPECT_EQ(proxy.call<int>("echo", 1), 1);
 }
 
@@ -60,7 +60,7 @@ TEST(Broker, ListensOnTheAddressOfAHostName) {
     const auto server = create("localhost", obvista_test::freePort());
     server->addModule(makeEcho());
     for (const char* address : {"localhost", "127.0.0.1"}) {
-        KVProxy proxy("Echo", address, server->getPort(), makeClient(), 5, 0);
+        KVProxy proxy("Echo", address, server->getPort(), makeClient(), a_timeOut, 0);
         EXPECT_EQ(proxy.call<int>("echo", 1), 1);
     }
 }
@@ -73,7 +73,7 @@ TEST(Broker, WithPortZeroListensOnAnyFreePort) {
         EXPECT_GT(server->getPort(), 0);
         server->addModule(makeEcho());
         KVProxy proxy("Echo", std::string(address) == "0.0.0.0" ? a_loopback : address,
-                      server->getPort(), makeClient(), 5, 0);
+                      server->getPort(), makeClient(), a_timeOut, 0);
         EXPECT_EQ(proxy.call<int>("echo", 1), 1);
     }
     const auto first = create(a_loopback, 0);

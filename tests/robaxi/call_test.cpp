@@ -169,7 +169,7 @@ TEST_F(Call, EndsWithItsProxyAndNoneIsMadeAfterThat) {
 }
 
 TEST_F(Call, GoesOverAConnectionThatIsThere) {
-    auto connection = KVConnection::open(fClient, a_loopback, fServer->getPort(), 2);
+    auto connection = KVConnection::open(fClient, a_loopback, fServer->getPort(), a_timeOut);
     KVProxy echo("Echo", connection, 20);
     KVProxy nobody("Nobody", connection, 20);
     EXPECT_CAUSE(errorOf([&] { KVProxy("Echo", connection, 0); }), InvalidArgument);
@@ -215,7 +215,7 @@ TEST_F(Call, ThatKeepsAllThreadsBusyDoesNotStopTheHeartbeat) {
     }
     ASSERT_TRUE(fLatch.waitForEntries(8));
     std::promise<void> lost;
-    const auto connection = KVConnection::open(fClient, a_loopback, fServer->getPort(), 2);
+    const auto connection = KVConnection::open(fClient, a_loopback, fServer->getPort(), a_timeOut);
     connection->setLostHandler([&](const KVError&) { lost.set_value(); });
     // A lost heartbeat would be detected within two seconds.
     EXPECT_EQ(lost.get_future().wait_for(std::chrono::milliseconds(2500)),
@@ -223,7 +223,7 @@ TEST_F(Call, ThatKeepsAllThreadsBusyDoesNotStopTheHeartbeat) {
     EXPECT_TRUE(connection->isConnected());
     EXPECT_GE(connection->getRoundTrip(), 0.0);
     EXPECT_LT(connection->getRoundTrip(), 1.0);
-    EXPECT_EQ(connection->getModules(2).size(), 2U) << "questions are answered meanwhile";
+    EXPECT_EQ(connection->getModules(a_timeOut).size(), 2U) << "questions are answered meanwhile";
     connection->setLostHandler(nullptr);
     blocker.cancel();
 }
@@ -242,7 +242,8 @@ TEST_F(Call, PostedIsNotWaitedForAndHasAUniqueTaskIdentifier) {
 }
 
 TEST_F(Call, PostedRunsAlthoughItsProxyGoesAtOnce) {
-    KVProxy("Slow", a_loopback, fServer->getPort(), makeClient(), 5, 0).postValue("wait", {});
+    KVProxy("Slow", a_loopback, fServer->getPort(), makeClient(), a_timeOut, 0)
+        .postValue("wait", {});
     EXPECT_TRUE(fLatch.waitForEntries(1));
 }
 
@@ -277,7 +278,7 @@ TEST_F(Call, MayComeFromAMethodOfTheSameBroker) {
         if (a[0].toInt() == 0) {
             return KVValue("bottom");
         }
-        KVProxy next("Relay", a_loopback, fServer->getPort(), fServer, 10, 0);
+        KVProxy next("Relay", a_loopback, fServer->getPort(), fServer, a_timeOut, 0);
         return next.callValue("down", {a[0].toInt() - 1});
     });
     fServer->addModule(relay);
@@ -324,11 +325,11 @@ TEST_F(Call, MayRemoveItsOwnModule) {
 }
 
 TEST_F(Call, ShowsTheModulesAndTheirMethods) {
-    const auto connection = KVConnection::open(fClient, a_loopback, fServer->getPort(), 2);
+    const auto connection = KVConnection::open(fClient, a_loopback, fServer->getPort(), a_timeOut);
     EXPECT_EQ(connection->getPeerName(), "Robot");
     EXPECT_EQ(connection->getIP(), a_loopback);
     EXPECT_EQ(connection->getPort(), fServer->getPort());
-    const auto modules = connection->getModules(2);
+    const auto modules = connection->getModules(a_timeOut);
     ASSERT_EQ(modules.size(), 2U);
     EXPECT_EQ(modules[0].fName, "Echo");
     EXPECT_EQ(modules[1].fName, "Slow");

@@ -6,8 +6,10 @@
 #include <robaxi/kv_connection.h>
 #include <robaxi/kv_settings.h>
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <mutex>
 #include <vector>
 
@@ -30,6 +32,13 @@ class ConnectionStates {
                                  [&] { return !fStates.empty() && fStates.back() == state; });
     }
 
+    /** Returns the last two states; a busy machine may have reported a silence before. */
+    std::vector<KVConnection::State> lastTwo() {
+        const std::lock_guard lock(fMutex);
+        return {fStates.end() - std::min<std::ptrdiff_t>(2, fStates.end() - fStates.begin()),
+                fStates.end()};
+    }
+
     std::vector<KVConnection::State> all() {
         const std::lock_guard lock(fMutex);
         return fStates;
@@ -41,11 +50,11 @@ class ConnectionStates {
     std::vector<KVConnection::State> fStates;
 };
 
-/** Limits with which a silence is noticed after 200 ms. */
+/** Limits with which a silence is noticed after 500 ms. */
 inline KVSettings quickSettings() {
     KVSettings settings;
-    settings.fLimits.fHeartbeat = std::chrono::milliseconds(50);
-    settings.fLimits.fLoss = std::chrono::milliseconds(200);
+    settings.fLimits.fHeartbeat = std::chrono::milliseconds(125);
+    settings.fLimits.fLoss = std::chrono::milliseconds(500);
     settings.fLimits.fSilence = std::chrono::seconds(30);
     return settings;
 }

@@ -30,7 +30,7 @@ class Frames : public testing::Test {
         fSource->addStream("chest");
         fVideo->setFrames(fSource);
         fServer->addModule(fVideo);
-        fConnection = KVConnection::open(fClient, a_loopback, fServer->getPort(), 2);
+        fConnection = KVConnection::open(fClient, a_loopback, fServer->getPort(), a_timeOut);
     }
 
     std::shared_ptr<KVFrameStream> watch(FrameListener& listener,
@@ -385,7 +385,7 @@ TEST_F(Frames, AreRefusedToWhoAsksForNothing) {
 
 TEST_F(Frames, ShowInTheListOfModules) {
     fServer->addModule(makeEcho());
-    for (const KVModuleInfo& info : fConnection->getModules(2)) {
+    for (const KVModuleInfo& info : fConnection->getModules(a_timeOut)) {
         EXPECT_EQ(info.fHasFrames, info.fName == "Video") << info.fName;
     }
 }
@@ -451,7 +451,7 @@ TEST_F(Frames, DoNotKeepCallsAndHeartbeatsWaiting) {
     const auto stream = watch(fListener);
     Camera camera(*fSource, a_pictureBytes, std::chrono::milliseconds(33));
     ASSERT_TRUE(fListener.waitUntil([&] { return fListener.fNumbers.size() > 2; }));
-    KVProxy echo("Echo", a_loopback, fServer->getPort(), fClient, 2, 0);
+    KVProxy echo("Echo", a_loopback, fServer->getPort(), fClient, a_timeOut, 0);
     for (int n = 0; n < 500; ++n) {
         EXPECT_EQ(echo.call<int>("echo", n), n);
     }

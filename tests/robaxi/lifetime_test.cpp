@@ -152,7 +152,7 @@ TEST(Lifetime, OfABrokerMayEndInItsOwnMethod) {
         return KVValue();
     });
     server->addModule(module);
-    KVProxy proxy("Last", a_loopback, port, makeClient(), 10, 0);
+    KVProxy proxy("Last", a_loopback, port, makeClient(), a_timeOut, 0);
     EXPECT_CAUSE(errorOf([&] { proxy.callVoid("end"); }), ConnectionLost);
     EXPECT_EQ(gone.get_future().wait_for(a_patience), std::future_status::ready);
 }
@@ -162,7 +162,8 @@ TEST(Lifetime, OfABrokerLastsAsLongAsItsUsers) {
     server->addModule(makeEcho());
     auto client = makeClient();
     const boost::weak_ptr<KVBroker> weak = client;
-    auto proxy = std::make_unique<KVProxy>("Echo", a_loopback, server->getPort(), client, 5, 0);
+    auto proxy =
+        std::make_unique<KVProxy>("Echo", a_loopback, server->getPort(), client, a_timeOut, 0);
     client.reset();
     EXPECT_EQ(proxy->call<int>("echo", 1), 1);
     EXPECT_FALSE(weak.expired());
@@ -176,10 +177,10 @@ TEST(Lifetime, OfSeveralBrokersIsTheirOwn) {
     one->addModule(makeEcho());
     two->addModule(makeEcho());
     const auto client = makeClient();
-    KVProxy toOne("Echo", a_loopback, one->getPort(), client, 5, 0);
-    KVProxy toTwo("Echo", a_loopback, two->getPort(), client, 5, 0);
-    KVProxy fromTwo("Echo", a_loopback, one->getPort(), two, 5, 0);
-    KVProxy other("Echo", a_loopback, one->getPort(), makeClient(), 5, 0);
+    KVProxy toOne("Echo", a_loopback, one->getPort(), client, a_timeOut, 0);
+    KVProxy toTwo("Echo", a_loopback, two->getPort(), client, a_timeOut, 0);
+    KVProxy fromTwo("Echo", a_loopback, one->getPort(), two, a_timeOut, 0);
+    KVProxy other("Echo", a_loopback, one->getPort(), makeClient(), a_timeOut, 0);
     two->removeModule("Echo");
     EXPECT_CAUSE(errorOf([&] { toTwo.callVoid("echo", 1); }), NoSuchModule);
     EXPECT_EQ(toOne.call<int>("echo", 1), 1);

@@ -42,7 +42,7 @@ class Loss : public testing::Test {
   protected:
     Loss() {
         startRobot();
-        fConnection = KVConnection::open(fClient, a_loopback, fPort, 5);
+        fConnection = KVConnection::open(fClient, a_loopback, fPort, a_timeOut);
     }
 
     void startRobot() { fRobot = startServerProcess(fPort); }
@@ -99,7 +99,7 @@ TEST_F(Loss, OfASilentRobotIsReportedSoon) {
 TEST_F(Loss, OfASilentRobotIsReportedAfterTheConfiguredTime) {
     KVSettings settings;
     settings.fLimits.fSilence = std::chrono::seconds(4);
-    fConnection = KVConnection::open(makeClient(settings), a_loopback, fPort, 5);
+    fConnection = KVConnection::open(makeClient(settings), a_loopback, fPort, a_timeOut);
     EXPECT_GT(secondsUntilLost(SIGSTOP), 3.0) << "the others give it up after 2 s";
 }
 
@@ -113,7 +113,7 @@ TEST_F(Loss, EndsSubscriptionsAndCalls) {
     const auto subscription = KVSubscription::start(
         fConnection, "Memory", KVSubscription::Selection::AllKeys, 50, listener.callbacks());
     ASSERT_TRUE(listener.waitUntil([&] { return listener.fUpdates.size() > 3; }));
-    KVProxy proxy("Echo", a_loopback, fPort, fClient, 10, 0);
+    KVProxy proxy("Echo", a_loopback, fPort, fClient, a_timeOut, 0);
 
     EXPECT_LT(secondsUntilLost(SIGSTOP), a_soon) << "eight heartbeats of 250 ms without an answer";
 
@@ -157,13 +157,13 @@ TEST_F(Loss, IsNotReportedWhenTheUserClosesTheConnection) {
 }
 
 TEST_F(Loss, IsFollowedByANewConnectionToARestartedRobot) {
-    KVProxy old("Echo", a_loopback, fPort, fClient, 5, 0);
+    KVProxy old("Echo", a_loopback, fPort, fClient, a_timeOut, 0);
     secondsUntilLost(SIGKILL);
     fRobot->waitForEnd();
     startRobot();
-    KVProxy proxy("Echo", a_loopback, fPort, fClient, 5, 0);
+    KVProxy proxy("Echo", a_loopback, fPort, fClient, a_timeOut, 0);
     EXPECT_EQ(proxy.call<int>("echo", 7), 7);
-    EXPECT_TRUE(KVConnection::open(fClient, a_loopback, fPort, 5)->isConnected());
+    EXPECT_TRUE(KVConnection::open(fClient, a_loopback, fPort, a_timeOut)->isConnected());
     EXPECT_CAUSE(errorOf([&] { old.callVoid("echo", 7); }), ConnectionLost);
     EXPECT_FALSE(fConnection->isConnected());
 }

@@ -70,13 +70,13 @@ class Resources : public testing::Test {
 
 TEST_F(Resources, DoNotGrowWithConnections) {
     expectNoGrowth([this] {
-        KVProxy proxy("Echo", a_loopback, fServer->getPort(), fClient, 10, 0);
+        KVProxy proxy("Echo", a_loopback, fServer->getPort(), fClient, a_timeOut, 0);
         ASSERT_EQ(proxy.call<int>("echo", 1), 1);
     });
 }
 
 TEST_F(Resources, DoNotGrowWithSubscriptions) {
-    const auto connection = KVConnection::open(fClient, a_loopback, fServer->getPort(), 10);
+    const auto connection = KVConnection::open(fClient, a_loopback, fServer->getPort(), a_timeOut);
     expectNoGrowth([&] {
         RecordingListener listener;
         const auto subscription = KVSubscription::start(
@@ -88,13 +88,14 @@ TEST_F(Resources, DoNotGrowWithSubscriptions) {
 TEST_F(Resources, DoNotGrowWithFailedConnections) {
     const int port = obvista_test::freePort();
     expectNoGrowth([this, port] {
-        EXPECT_CAUSE(errorOf([&] { KVConnection::open(fClient, a_loopback, port, 5); }), Refused);
+        EXPECT_CAUSE(errorOf([&] { KVConnection::open(fClient, a_loopback, port, a_timeOut); }),
+                     Refused);
     });
 }
 
 TEST_F(Resources, DoNotGrowWithBrokers) {
     expectNoGrowth([this] {
-        KVProxy proxy("Echo", a_loopback, fServer->getPort(), makeClient(), 10, 0);
+        KVProxy proxy("Echo", a_loopback, fServer->getPort(), makeClient(), a_timeOut, 0);
         ASSERT_EQ(proxy.call<int>("echo", 1), 1);
     });
 }

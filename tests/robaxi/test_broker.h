@@ -19,6 +19,8 @@ using BrokerPtr = boost::shared_ptr<KVBroker>;
 using ModulePtr = std::shared_ptr<KVModule>;
 
 constexpr const char* a_loopback = "127.0.0.1";
+/** Seconds until a call or an attempt to connect fails; this machine may be busy. */
+constexpr int a_timeOut = 60;
 
 /** Creates a broker that listens on a free port of the loopback. */
 BrokerPtr makeServer(const std::string& name = "Server");

@@ -42,7 +42,7 @@ class Attempts : public testing::Test {
     void connect() { connect(quickSettings(), fRobot.port()); }
 
     void connect(const KVSettings& settings, int port) {
-        fConnection = KVConnection::open(makeClient(settings), a_loopback, port, 5);
+        fConnection = KVConnection::open(makeClient(settings), a_loopback, port, a_timeOut);
         fStates.watch(*fConnection);
     }
 
@@ -92,7 +92,7 @@ TEST_F(Attempts, ThatAreRefusedTooLateDoNotEndTheSession) {
     ASSERT_TRUE(fStates.waitFor(State::Connected));
     fLatch.open();
     for (int i = 0; i < 200; ++i) {
-        ASSERT_EQ(fConnection->getModules(5).size(), 1U);
+        ASSERT_EQ(fConnection->getModules(a_timeOut).size(), 1U);
     }
     EXPECT_EQ(fConnection->getState(), State::Connected);
 }

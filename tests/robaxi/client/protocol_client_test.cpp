@@ -59,13 +59,14 @@ class ProtocolClient : public testing::Test {
     }
 
     KVError connectError() {
-        return errorOf([this] { KVConnection::open(fClient, a_loopback, fRobot.port(), 5); });
+        return errorOf(
+            [this] { KVConnection::open(fClient, a_loopback, fRobot.port(), a_timeOut); });
     }
 
     /** Returns the error with which a subscription ends when the robot sends these updates. */
     KVError subscriptionError(const std::vector<v1::SubscriptionUpdate>& updates) {
         fRobot.sendUpdates(updates);
-        const auto connection = KVConnection::open(fClient, a_loopback, fRobot.port(), 5);
+        const auto connection = KVConnection::open(fClient, a_loopback, fRobot.port(), a_timeOut);
         const auto subscription = KVSubscription::start(
             connection, "Robot", KVSubscription::Selection::AllKeys, 1, fListener.callbacks());
         return fListener.waitForEnd() ? *fListener.fEnd : KVError(KVError::Cause::Internal, "none");
@@ -139,7 +140,7 @@ TEST_F(ProtocolClient, UnderstandsAStatusWithoutDetails) {
 }
 
 TEST_F(ProtocolClient, SaysWhatHappenedWhenTheRobotSaysNothing) {
-    KVProxy proxy("Robot", a_loopback, fRobot.port(), fClient, 5, 0);
+    KVProxy proxy("Robot", a_loopback, fRobot.port(), fClient, a_timeOut, 0);
     for (const bool byMethod : {false, true}) {
         v1::Result result;
         result.mutable_error()->set_cause(v1::Error::RAISED_BY_MODULE);
@@ -161,7 +162,7 @@ TEST_F(ProtocolClient, TellsThatAServerIsNoRobot) {
 }
 
 TEST_F(ProtocolClient, TellsThatAResultCannotBeRead) {
-    KVProxy proxy("Robot", a_loopback, fRobot.port(), fClient, 5, 0);
+    KVProxy proxy("Robot", a_loopback, fRobot.port(), fClient, a_timeOut, 0);
     v1::Value unknownType;
     unknownType.set_type(static_cast<v1::Value::Type>(99));
     v1::Value keyWithoutValue;
@@ -176,7 +177,7 @@ TEST_F(ProtocolClient, TellsThatAResultCannotBeRead) {
 }
 
 TEST_F(ProtocolClient, TakesAnUnknownCauseAsInternal) {
-    KVProxy proxy("Robot", a_loopback, fRobot.port(), fClient, 5, 0);
+    KVProxy proxy("Robot", a_loopback, fRobot.port(), fClient, a_timeOut, 0);
     v1::Result result;
     result.mutable_error()->set_cause(static_cast<v1::Error::Cause>(1000));
     result.mutable_error()->set_text("of a later version");

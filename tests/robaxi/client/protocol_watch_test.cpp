@@ -52,9 +52,9 @@ class WatchingClient : public testing::Test {
         fStream.reset();
         fListener.fEnd.reset();
         fRobot.sendFrames(updates);
-        fStream =
-            KVFrameStream::start(KVConnection::open(makeClient(), a_loopback, fRobot.port(), 5),
-                                 "Robot", "head", fListener.callbacks());
+        fStream = KVFrameStream::start(
+            KVConnection::open(makeClient(), a_loopback, fRobot.port(), a_timeOut), "Robot", "head",
+            fListener.callbacks());
     }
 
     KVError endAfter(const std::vector<v1::WatchUpdate>& updates) {
@@ -101,8 +101,8 @@ class BusyClient : public WatchingClient {
             stream.Read(&request);
         };
         fStream = KVFrameStream::start(
-            KVConnection::open(makeClient(settings), a_loopback, fRobot.port(), 5), "Robot", "head",
-            fListener.callbacks());
+            KVConnection::open(makeClient(settings), a_loopback, fRobot.port(), a_timeOut), "Robot",
+            "head", fListener.callbacks());
         EXPECT_EQ(asked.get_future().wait_for(a_patience), std::future_status::ready);
         EXPECT_TRUE(fListener.waitForFrame(last));
         fStream.reset();
@@ -245,8 +245,9 @@ TEST_F(WatchingClient, PassesOnlyFramesThatCanBeDecodedAndRequestsAKeyFrame) {
         stream.Write(chained(7, true));
         stream.Write(chained(8));
     };
-    fStream = KVFrameStream::start(KVConnection::open(makeClient(), a_loopback, fRobot.port(), 5),
-                                   "Robot", "head", fListener.callbacks());
+    fStream =
+        KVFrameStream::start(KVConnection::open(makeClient(), a_loopback, fRobot.port(), a_timeOut),
+                             "Robot", "head", fListener.callbacks());
     ASSERT_EQ(asked.get_future().wait_for(a_patience), std::future_status::ready);
     ASSERT_TRUE(fListener.waitForFrame(8));
     EXPECT_EQ(fListener.fNumbers, (std::vector<std::uint64_t>{2, 3, 7, 8}));
@@ -264,8 +265,9 @@ TEST_F(WatchingClient, RequestsAKeyFrameForItsListener) {
         }
         asked.set_value();
     };
-    fStream = KVFrameStream::start(KVConnection::open(makeClient(), a_loopback, fRobot.port(), 5),
-                                   "Robot", "head", fListener.callbacks());
+    fStream =
+        KVFrameStream::start(KVConnection::open(makeClient(), a_loopback, fRobot.port(), a_timeOut),
+                             "Robot", "head", fListener.callbacks());
     ASSERT_TRUE(fListener.waitForFrame(1));
     fStream->requestKeyFrame();
     EXPECT_EQ(asked.get_future().wait_for(a_patience), std::future_status::ready);
@@ -285,8 +287,9 @@ TEST_F(WatchingClient, RequestsAKeyFrameLaterIfTheLastRequestWasJustNow) {
             }
         }
     };
-    fStream = KVFrameStream::start(KVConnection::open(makeClient(), a_loopback, fRobot.port(), 5),
-                                   "Robot", "head", fListener.callbacks());
+    fStream =
+        KVFrameStream::start(KVConnection::open(makeClient(), a_loopback, fRobot.port(), a_timeOut),
+                             "Robot", "head", fListener.callbacks());
     ASSERT_TRUE(fListener.waitUntil([this] { return fListener.fLast.has_value(); }));
     fStream->requestKeyFrame();
     ASSERT_TRUE(fListener.waitUntil([&] { return asked == 1; }));
@@ -318,11 +321,12 @@ TEST_F(WatchingClient, DeliversTheFramesThatWaitBeforeTheEnd) {
         numbersAtTheEnd = fListener.fNumbers;
         end(error);
     };
-    fStream = KVFrameStream::start(KVConnection::open(makeClient(), a_loopback, fRobot.port(), 5),
-                                   "Robot", "head", std::move(callbacks));
+    fStream =
+        KVFrameStream::start(KVConnection::open(makeClient(), a_loopback, fRobot.port(), a_timeOut),
+                             "Robot", "head", std::move(callbacks));
     ASSERT_EQ(hasEnded.get_future().wait_for(a_patience), std::future_status::ready);
     // The status arrives earlier than another connection is open.
-    KVConnection::open(makeClient(), a_loopback, fRobot.port(), 5);
+    KVConnection::open(makeClient(), a_loopback, fRobot.port(), a_timeOut);
     busy.open();
     ASSERT_TRUE(fListener.waitForEnd());
     EXPECT_EQ(numbersAtTheEnd.size(), last);

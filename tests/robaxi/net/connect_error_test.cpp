@@ -157,9 +157,9 @@ TEST(ConnectError, ThePortIsOutOfRange) {
 
 TEST(ConnectError, TheArgumentsMakeNoSense) {
     const auto client = makeClient();
-    EXPECT_CAUSE(errorOf([&] { KVProxy proxy("", a_loopback, 9559, client, 2, 0); }),
+    EXPECT_CAUSE(errorOf([&] { KVProxy proxy("", a_loopback, 9559, client, a_timeOut, 0); }),
                  InvalidArgument);
-    EXPECT_CAUSE(errorOf([&] { KVProxy proxy("Echo", a_loopback, 9559, nullptr, 2, 0); }),
+    EXPECT_CAUSE(errorOf([&] { KVProxy proxy("Echo", a_loopback, 9559, nullptr, a_timeOut, 0); }),
                  InvalidArgument);
     EXPECT_CAUSE(errorOf([&] { KVProxy proxy("Echo", a_loopback, 9559, client, 0, 0); }),
                  InvalidArgument);
@@ -202,7 +202,7 @@ TEST(Connect, IsSharedByAllUsersOfOneBroker) {
     std::atomic<int> reached{0};
     for (int i = 0; i < 8; ++i) {
         threads.emplace_back([&] {
-            KVProxy proxy("Echo", a_loopback, server->getPort(), client, 5, 0);
+            KVProxy proxy("Echo", a_loopback, server->getPort(), client, a_timeOut, 0);
             reached += proxy.call<int>("echo", 1);
         });
     }
@@ -215,7 +215,7 @@ TEST(Connect, IsSharedByAllUsersOfOneBroker) {
 TEST(Connect, TakesAHostName) {
     const auto server = makeServer();
     server->addModule(makeEcho());
-    KVProxy proxy("Echo", "localhost", server->getPort(), makeClient(), 5, 0);
+    KVProxy proxy("Echo", "localhost", server->getPort(), makeClient(), a_timeOut, 0);
     EXPECT_EQ(proxy.call<int>("echo", 1), 1);
 }
 
@@ -224,7 +224,7 @@ TEST(Connect, DoesNotUseTheProxyForWebPages) {
     ::setenv("https_proxy", "http://127.0.0.1:1", 1);
     const auto server = makeServer();
     server->addModule(makeEcho());
-    KVProxy proxy("Echo", a_loopback, server->getPort(), makeClient(), 5, 0);
+    KVProxy proxy("Echo", a_loopback, server->getPort(), makeClient(), a_timeOut, 0);
     EXPECT_EQ(proxy.call<int>("echo", 1), 1);
     ::unsetenv("http_proxy");
     ::unsetenv("https_proxy");

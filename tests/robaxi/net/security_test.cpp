@@ -44,7 +44,7 @@ class Security : public testing::Test {
 
     static int call(const BrokerPtr& client, const BrokerPtr& server,
                     const std::string& address = a_loopback) {
-        KVProxy echo("Echo", address, server->getPort(), client, 5, 0);
+        KVProxy echo("Echo", address, server->getPort(), client, a_timeOut, 0);
         return echo.call<int>("echo", 42);
     }
 
@@ -78,7 +78,7 @@ TEST_F(Security, WithTlsCarriesCallsValuesAndFrames) {
 
     const auto client = makeClient(clientOf(fCertificate));
     EXPECT_EQ(call(client, server), 42);
-    const auto connection = KVConnection::open(client, a_loopback, server->getPort(), 5);
+    const auto connection = KVConnection::open(client, a_loopback, server->getPort(), a_timeOut);
     RecordingListener values;
     const auto subscription = KVSubscription::start(
         connection, "Echo", KVSubscription::Selection::AllKeys, 50, values.callbacks());
@@ -247,7 +247,8 @@ TEST_F(Security, SaysWhichFileCannotBeUsed) {
 
 TEST_F(Security, TellsARobotThatIsNotThereAsWithoutTls) {
     const auto client = makeClient(clientOf(fCertificate));
-    EXPECT_CAUSE(
-        errorOf([&] { KVProxy("Echo", a_loopback, obvista_test::freePort(), client, 2, 0); }),
-        Refused);
+    EXPECT_CAUSE(errorOf([&] {
+                     KVProxy("Echo", a_loopback, obvista_test::freePort(), client, a_timeOut, 0);
+                 }),
+                 Refused);
 }

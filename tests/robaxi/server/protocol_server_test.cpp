@@ -33,7 +33,7 @@ class ProtocolServer : public testing::Test {
 
     /** The server must continue to serve others, whatever the one client does. */
     ~ProtocolServer() override {
-        KVProxy proxy("Echo", a_loopback, fServer->getPort(), makeClient(), 10, 0);
+        KVProxy proxy("Echo", a_loopback, fServer->getPort(), makeClient(), a_timeOut, 0);
         EXPECT_EQ(proxy.call<int>("echo", 1), 1);
     }
 
@@ -70,8 +70,8 @@ TEST_F(ProtocolServer, RefusesAClientThatDoesNotSayHello) {
 }
 
 TEST_F(ProtocolServer, EndsASessionThatIsSilent) {
-    fClient.hello();
     const auto start = std::chrono::steady_clock::now();
+    fClient.hello();
     EXPECT_EQ(fClient.finish().error_code(), grpc::StatusCode::DEADLINE_EXCEEDED);
     EXPECT_EQ(fClient.details().cause(), v1::Error::TIMED_OUT);
     const auto seconds =
@@ -246,7 +246,7 @@ TEST(ProtocolServerProcess, KeepsLittleForAClientThatDoesNotReadAndGivesItBack) 
     constexpr std::size_t network = 16 * a_mebibyte;
     const int port = obvista_test::freePort();
     const auto server = startServerProcess(port);
-    KVProxy talker("Talker", a_loopback, port, makeClient(), 10, 0);
+    KVProxy talker("Talker", a_loopback, port, makeClient(), a_timeOut, 0);
     talker.call<KVValue::List>("talk");
     const std::size_t before = residentBytes(server->pid());
     {

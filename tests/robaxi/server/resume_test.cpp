@@ -53,7 +53,7 @@ class TokenFile {
     const std::filesystem::path fPath = std::filesystem::temp_directory_path() / "token";
 };
 
-/** Limits with one session, which gives way after 200 ms. */
+/** Limits with one session, which gives way after 500 ms. */
 KVSettings oneSession() {
     KVSettings settings = quickSettings();
     settings.fLimits.fSessions = 1;

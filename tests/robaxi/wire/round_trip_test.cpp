@@ -30,8 +30,8 @@ class RoundTrip : public testing::Test {
     BrokerPtr fServer = makeServer();
     std::unique_ptr<KVProxy> fProxy = [this] {
         fServer->addModule(makeEcho());
-        return std::make_unique<KVProxy>("Echo", a_loopback, fServer->getPort(), makeClient(), 10,
-                                         0);
+        return std::make_unique<KVProxy>("Echo", a_loopback, fServer->getPort(), makeClient(),
+                                         a_timeOut, 0);
     }();
 };
 
@@ -81,7 +81,7 @@ TEST_F(RoundTrip, KeepsSeveralArguments) {
                            return a[0].toFloat() + a[1].toFloat() + std::stod(a[2].toString());
                        });
     fServer->addModule(module);
-    KVProxy proxy("Sum", a_loopback, fServer->getPort(), makeClient(), 2, 0);
+    KVProxy proxy("Sum", a_loopback, fServer->getPort(), makeClient(), a_timeOut, 0);
     EXPECT_EQ(proxy.call<double>("sum", 1, 2.5, std::string("3")), 6.5);
 }
 
@@ -109,7 +109,7 @@ TEST_F(RoundTrip, RefusesAResultThatIsTooLarge) {
         return KVValue(a[0].toString() + a[0].toString());
     });
     fServer->addModule(module);
-    KVProxy proxy("Big", a_loopback, fServer->getPort(), makeClient(), 10, 0);
+    KVProxy proxy("Big", a_loopback, fServer->getPort(), makeClient(), a_timeOut, 0);
     const std::string half(std::size_t{9} * 1024 * 1024, 'x');
     EXPECT_CAUSE(errorOf([&] { proxy.callValue("twice", {half}); }), TooLarge);
     EXPECT_EQ(proxy.callValue("twice", {"ab"}), KVValue("abab"));
