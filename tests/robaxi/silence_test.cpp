@@ -110,7 +110,9 @@ TEST_F(Silence, IsReportedToALaterHandlerAtOnce) {
 TEST_F(Silence, IsNotReportedByTheDestructorOfAConnection) {
     constexpr int moreThanThreads = 16;
     const auto client = makeClient(quickSettings());
-    const auto open = [&] { return KVConnection::open(client, a_loopback, fRelay.port(), 5); };
+    const auto open = [&] {
+        return KVConnection::open(client, a_loopback, fRelay.port(), a_timeOut);
+    };
     Latch latch;
     std::vector<std::shared_ptr<KVConnection>> others;
     for (int i = 0; i < moreThanThreads; ++i) {
@@ -128,8 +130,11 @@ TEST_F(Silence, IsNotReportedByTheDestructorOfAConnection) {
 }
 
 TEST_F(Silence, MayBeReportedToAHandlerThatDestroysTheConnection) {
-    auto connection = KVConnection::open(fClient, a_loopback, fRelay.port(), 5);
+    auto connection = KVConnection::open(fClient, a_loopback, fRelay.port(), a_timeOut);
+    ConnectionStates states;
+    states.watch(*connection);
     cut();
+    ASSERT_TRUE(states.waitFor(State::Silent)) << "one connection after the other learns of it";
     connection->setStateHandler([&](State) { connection.reset(); });
     EXPECT_EQ(connection, nullptr) << "it was called at once";
 }

@@ -587,7 +587,7 @@ void LifeCycleTest::isSilentAfterThePluginIsDeleted() {
     QSignalSpy lost(widget, SIGNAL(disconnected(WidgetInterface*)));
     QTRY_VERIFY(isLive(widget));
     fViewer->deletePlugin();
-    QCOMPARE(connectionsTo(fRobot->port()), 0);
+    QTRY_COMPARE(connectionsTo(fRobot->port()), 0);
     fRobot->stop();
     QTRY_VERIFY(saysClosed(widget));
     settle(widget);
@@ -718,7 +718,7 @@ void LifeCycleTest::endsItsConnectionWhenDeleted() {
     std::unique_ptr<QWidget> widget(fViewer->createWidget(fRobot->port()));
     QTRY_VERIFY(isLive(widget.get()));
     widget.reset();
-    QCOMPARE(connectionsTo(fRobot->port()), 0);
+    QTRY_COMPARE(connectionsTo(fRobot->port()), 0);
     fViewer->deletePlugin();
 }
 

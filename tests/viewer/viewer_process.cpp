@@ -13,6 +13,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <eventually.h>
 #include <functional>
 #include <plugin_driver.h>
 #include <sockets.h>
@@ -42,8 +43,10 @@ class ExitWitness {
   public:
     explicit ExitWitness(int robotPort) : fRobotPort(robotPort) {}
     ~ExitWitness() {
-        const bool isConnected = obvista_test::connectionsTo(fRobotPort) > 0;
-        say(isConnected ? "still connected" : "connection closed");
+        // The middleware's threads close the sockets of a connection that has ended.
+        const bool isClosed = obvista_test::eventually(
+            [this] { return obvista_test::connectionsTo(fRobotPort) == 0; });
+        say(isClosed ? "connection closed" : "still connected");
     }
     ExitWitness(const ExitWitness&) = delete;
     ExitWitness& operator=(const ExitWitness&) = delete;
