@@ -26,7 +26,7 @@ using namespace obvista_test;
 namespace {
 
 /** Milliseconds: sufficient for a machine that is busy with other tests. */
-constexpr int a_patience = 30000;
+constexpr int a_patience = 90000;
 
 /** A robot whose pictures contain number and time. */
 const RobotProcess::Settings a_stampingRobot{{"--stamp"}};

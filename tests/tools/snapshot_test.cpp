@@ -54,12 +54,18 @@ std::string blackJpeg() {
     return {jpeg.begin(), jpeg.end()};
 }
 
+/**
+ * A rate of a camera in frames a second at which the command waits for ten seconds before it says
+ * that the camera has stopped; at others it waits for one, which is little on a busy machine.
+ */
+constexpr double a_seldom = 0.1;
+
 /** Gives each test a robot and a temporary folder. */
 class Snapshot : public ::testing::Test {
   protected:
     Snapshot() {
-        fRobot.addCamera("head");
-        fRobot.addCamera("chest");
+        fRobot.addCamera("head", {{"rate", KVValue(a_seldom)}});
+        fRobot.addCamera("chest", {{"rate", KVValue(a_seldom)}});
         std::string name = fs::temp_directory_path() / "snapshot.XXXXXX";
         fFolder = mkdtemp(name.data());
     }
@@ -230,6 +236,7 @@ TEST_F(Snapshot, IsNotThePictureThatWasThereBefore) {
 }
 
 TEST_F(Snapshot, OfAStoppedCameraIsItsLastOneWithAMessage) {
+    fRobot.setSettings("head", {{"rate", KVValue(30.0)}});
     fRobot.cameras().publish("head", greyFrame(1));
     const ToolResult result = run({"--json"});
     EXPECT_EQ(0, result.fStatus);
@@ -249,6 +256,7 @@ KVFrame filmFrame(GreyFilm& film, std::int64_t time, bool isKeyWanted = false) {
 
 // A robot sends the H.264 frames of the last 0.3 s to everybody who comes later.
 TEST_F(Snapshot, OfAStoppedFilmIsItsLastPictureWithAMessage) {
+    fRobot.setSettings("head", {{"rate", KVValue(30.0)}});
     GreyFilm film;
     for (const std::int64_t time : {0, 100'000, 300'000}) {
         fRobot.cameras().publish("head", filmFrame(film, time));
@@ -355,8 +363,8 @@ TEST_F(Snapshot, ATerminalDoesNotGetAPicture) {
 
 TEST_F(Snapshot, CamerasAreListed) {
     EXPECT_EQ(
-        "head         320x240    rgb      30.0/s   a camera of a test\n"
-        "chest        320x240    rgb      30.0/s   a camera of a test\n",
+        "head         320x240    rgb      0.1/s    a camera of a test\n"
+        "chest        320x240    rgb      0.1/s    a camera of a test\n",
         outputOf({"--list"}));
     const std::string json = outputOf({"--list", "--json"});
     EXPECT_EQ("head", Json::parse(json.substr(0, json.find('\n')))["name"]);
@@ -386,7 +394,8 @@ TEST_F(Snapshot, ShowsWhatTheSimulatedRobotSeesInEachOfItsFormats) {
     const std::string file = fFolder / "a.pgm";
     for (const std::string format : {"rgb", "yuv422", "grey", "jpeg", "h264"}) {
         const ToolResult set = runTool(
-            {"call", place, "KVVideo", "setSettings", "head", "{\"format\": \"" + format + "\"}"});
+            {"call", place, "KVVideo", "setSettings", "head",
+             "{\"format\": \"" + format + "\", \"rate\": 1}"});  // and so, four seconds of patience
         ASSERT_EQ(0, set.fStatus) << set.fErrors;
         const ToolResult saved = runTool({"snapshot", place, "head", "-o", file, "--json"});
         ASSERT_EQ(0, saved.fStatus) << saved.fErrors;
