@@ -50,7 +50,7 @@ TEST(BridgeLoad, publishersThatComeAndGoLeaveNothingBehind) {
     }
     ASSERT_GT(before.fMemory, 0);
     comeAndGo("100");
-    // What belonged to the last one is released a moment after its keys.
+    // The bridge releases the last one a moment after its keys.
     Resources after;
     EXPECT_TRUE(eventually([&] {
         after = resourcesOf(bridge);

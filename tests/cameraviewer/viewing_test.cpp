@@ -481,7 +481,7 @@ void ViewingTest::remembersEachCameraOfEachRobot() {
 
     QWidget* elsewhere = fDriver->show(other.port());
     QTRY_COMPARE(boxOf(elsewhere, "cameraBox")->currentText(), QStringLiteral("head"));
-    // What the viewer has requested before is part of each further request.
+    // Each request contains the earlier ones.
     QVERIFY(choose(elsewhere, "rateBox", QStringLiteral("5 a second")));
     QTRY_COMPARE(other.settings("head")["rate"], KVValue(5.0));
     QCOMPARE(other.settings("head")["format"], KVValue("rgb"));
@@ -804,7 +804,7 @@ void ViewingTest::leavesWhatSomebodySetsAfterTheRobotReturned() {
     fRobot->setSettings("head", {{"format", KVValue("rgb")}});
     QTRY_VERIFY((fRobot->publish("head", plainFrame(Qt::red)),
                  boxOf(viewer, "formatBox")->currentText() == QLatin1String("RGB")));
-    // What the viewer has requested before is part of each further request.
+    // Each request contains the earlier ones.
     QVERIFY(choose(viewer, "rateBox", QStringLiteral("15 a second")));
     QTRY_COMPARE(fRobot->settings("head")["rate"], KVValue(15.0));
     QCOMPARE(fRobot->settings("head")["format"], KVValue("rgb"));
@@ -841,7 +841,7 @@ void ViewingTest::leavesAnotherRobotAsItIsSet() {
     connection->click();
     QTRY_COMPARE(fRobot->watchers("head"), 1);
     QTRY_COMPARE(boxOf(viewer, "formatBox")->currentText(), QStringLiteral("RGB"));
-    // What the viewer has requested before is part of each further request.
+    // Each request contains the earlier ones.
     QVERIFY(choose(viewer, "rateBox", QStringLiteral("5 a second")));
     QTRY_COMPARE(fRobot->settings("head")["rate"], KVValue(5.0));
     QCOMPARE(fRobot->settings("head")["format"], KVValue("rgb"));

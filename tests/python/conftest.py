@@ -13,6 +13,7 @@ import pytest
 
 import robaxi
 from free_port import free_port
+from scripted_robot import ScriptedRobot
 
 BUILD = pathlib.Path(os.environ["OBVISTA_BUILD_DIR"])
 SOURCE = pathlib.Path(os.environ["OBVISTA_SOURCE_DIR"])
@@ -197,3 +198,17 @@ def make_token(tmp_path: pathlib.Path) -> Callable[[str], str]:
         return str(file)
 
     return write
+
+
+@pytest.fixture
+def script():
+    """Starts scripted robots."""
+    robots = []
+
+    def start_robot(*scripts):
+        robots.append(ScriptedRobot(*scripts))
+        return robots[-1]
+
+    yield start_robot
+    for robot in robots:
+        robot.end()

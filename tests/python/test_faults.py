@@ -20,7 +20,7 @@ import robaxi
 from conftest import PATIENCE, error_of, eventually
 from robaxi import Cause, Limits, Settings
 from robaxi.v1 import robaxi_pb2 as pb
-from scripted_robot import Script, ScriptedRobot
+from scripted_robot import Script
 
 LATIN1 = b"caf\xe9".decode("utf-8", "surrogateescape")
 SURROGATE = "\ud800"  # unlike that of the text before, it stands for no byte
@@ -351,20 +351,6 @@ for options in [dict(port={taken.getsockname()[1]}), dict(address="nowhere.inval
     assert (ended.stdout, ended.stderr) == (3 * "failed\n", "")
 
 
-@pytest.fixture
-def scripted():
-    """Starts scripted robots."""
-    robots = []
-
-    def start_robot(*scripts):
-        robots.append(ScriptedRobot(*scripts))
-        return robots[-1]
-
-    yield start_robot
-    for robot in robots:
-        robot.end()
-
-
 def test_a_robot_ends_silently_while_values_change():
     program = """
 import itertools, threading, time, robaxi
@@ -404,8 +390,8 @@ is_running.wait()
     assert (ended.stderr, ended.returncode) == ("", 0)
 
 
-def test_an_interrupted_attempt_to_connect_leaves_nothing(scripted, connect):
-    robot = scripted(Script())
+def test_an_interrupted_attempt_to_connect_leaves_nothing(script, connect):
+    robot = script(Script())
     connect(robot.port)
     before = running("robaxi-read")
 
@@ -444,9 +430,9 @@ def test_a_closed_connection_says_who_closed_it(serve, connect):
     assert str(other.error).startswith(f"{place}. Check ")
 
 
-def test_a_watch_ends_with_its_error(scripted, connect):
+def test_a_watch_ends_with_its_error(script, connect):
     unknown = pb.SubscriptionUpdate(values=pb.Values(int_ids=[7], ints=[1]))
-    changes = connect(scripted(Script(updates=[unknown])).port).memory.watch()
+    changes = connect(script(Script(updates=[unknown])).port).memory.watch()
     assert error_of(next, changes).cause == Cause.INTERNAL
     assert [*changes] == []
 

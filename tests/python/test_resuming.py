@@ -14,7 +14,7 @@ from relay import Relay
 from robaxi import Cause, State
 from robaxi._outbox import Copies
 from robaxi.v1 import robaxi_pb2 as pb
-from scripted_robot import Script, ScriptedRobot
+from scripted_robot import Script
 
 # Silent after 0.3 s, so that a test takes a moment only.
 QUICK = robaxi.Limits(heartbeat=50, loss=300)
@@ -173,19 +173,6 @@ def test_only_what_has_changed_is_sent_again(start_either_humanoid, reach, conne
     relay.restore(keeps_former=False)
     assert until(lambda one: one.key == "Audio/Volume") == [30]
     assert len(changes.keys) == len({key.name for key in changes.keys}) > 1
-
-
-@pytest.fixture
-def script():
-    robots = []
-
-    def start_robot(*scripts):
-        robots.append(ScriptedRobot(*scripts))
-        return robots[-1]
-
-    yield start_robot
-    for robot in robots:
-        robot.end()
 
 
 def move(scripted, relay, robot):
