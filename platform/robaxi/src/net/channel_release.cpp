@@ -1,10 +1,11 @@
 #include "net/channel_release.h"
 
+#include "start_thread.h"
+
 #include <atomic>
 #include <chrono>
 #include <deque>
 #include <mutex>
-#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -41,9 +42,9 @@ class ConnectingChannels {
             fThread.join();
         }
         try {
-            fThread = std::thread([this] { xRun(); });
+            fThread = startThread([this] { xRun(); });
             fIsRunning = true;
-        } catch (const std::system_error&) {
+        } catch (const KVError&) {
             fChannels.clear();  // without a thread, a connection may stay open
         }
     }
